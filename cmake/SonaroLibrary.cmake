@@ -1,0 +1,67 @@
+# What every target of the project shares: language level, floating point rules, warnings, sanitizers.
+
+# Where a formula's order and width of arithmetic are fixed, results are the same bits on every
+# processor and with every compiler: no contraction to fused multiply-add, no fast math.
+add_library(SonaroOptions INTERFACE)
+target_compile_features(SonaroOptions INTERFACE cxx_std_20)
+target_compile_options(SonaroOptions INTERFACE
+	-ffp-contract=off
+	-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+	-Wcast-align -Wformat=2 -Wundef -Wextra-semi)
+if(SONARO_WARNINGS_AS_ERRORS)
+	target_compile_options(SonaroOptions INTERFACE -Werror)
+endif()
+if(SONARO_SANITIZE)
+	target_compile_options(SonaroOptions INTERFACE
+		-fsanitize=${SONARO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+	target_link_options(SonaroOptions INTERFACE -fsanitize=${SONARO_SANITIZE})
+endif()
+if(SONARO_POISON_SILENCE)
+	target_compile_definitions(SonaroOptions INTERFACE ZORV_POISON_SILENCE=1)
+endif()
+
+if(SONARO_STATIC)
+	set(SONARO_LIBRARY_TYPE STATIC)
+else()
+	set(SONARO_LIBRARY_TYPE SHARED)
+endif()
+
+# Settings of one of the project's libraries. Symbols are hidden unless a header exports them.
+function(sonaro_configure_library inTarget)
+	target_link_libraries(${inTarget} PRIVATE $<BUILD_INTERFACE:SonaroOptions>)
+	target_compile_features(${inTarget} PUBLIC cxx_std_20)
+	set_target_properties(${inTarget} PROPERTIES
+		POSITION_INDEPENDENT_CODE ON
+		CXX_EXTENSIONS OFF
+		CXX_VISIBILITY_PRESET hidden
+		VISIBILITY_INLINES_HIDDEN ON
+		VERSION ${PROJECT_VERSION}
+		SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
+
+# One companion library under Platform/: public headers in Inc/, sources in Src/.
+#
+#   sonaro_add_companion(zorvcore SOURCES Src/a.cpp ... DEPENDS other-companions ...)
+function(sonaro_add_companion inName)
+	cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;DEPENDS")
+	add_library(${inName} ${SONARO_LIBRARY_TYPE} ${arg_SOURCES})
+	add_library(Sonaro::${inName} ALIAS ${inName})
+	sonaro_configure_library(${inName})
+	target_include_directories(${inName} PUBLIC
+		$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/Inc>
+		$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+	target_link_libraries(${inName} PUBLIC ${arg_DEPENDS})
+	set_property(GLOBAL APPEND PROPERTY SONARO_INSTALL_TARGETS ${inName})
+	set_property(GLOBAL APPEND PROPERTY SONARO_INSTALL_HEADERS ${CMAKE_CURRENT_SOURCE_DIR}/Inc/)
+endfunction()
+
+# One test program, its cases entered with ctest.
+#
+#   sonaro_add_test(NAME SOURCES a.cpp ... LIBRARIES target ...)
+function(sonaro_add_test inName)
+	cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+	add_executable(${inName} ${arg_SOURCES})
+	target_link_libraries(${inName} PRIVATE SonaroOptions ${arg_LIBRARIES} GTest::gmock_main)
+	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF)
+	gtest_discover_tests(${inName} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()
