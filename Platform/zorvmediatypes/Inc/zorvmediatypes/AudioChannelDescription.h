@@ -1,0 +1,28 @@
+#pragma once
+
+#include "zorvcore/allocator/MemoryRecycler.h"
+
+#include <cstdint>
+
+namespace zorvmediatypes
+{
+
+// One channel's place. From kDiscrete0 on, channels are told apart by position alone; kDiscrete0 + i is
+// the one at position i.
+enum class AudioChannelDescription : std::uint32_t
+{
+	kUnknown = 0,
+	kMono = 1,
+	kLeft = 2,
+	kRight = 3,
+	kCenter = 4,
+	kLowFrequency = 5,
+	kLeftSurround = 6,
+	kRightSurround = 7,
+	kDiscrete0 = 0x10000,
+};
+
+// A layout: the places of a buffer's channels, in their order.
+using AudioChannelLayout = zorvcore::allocator::Vector<AudioChannelDescription>;
+
+} // namespace zorvmediatypes
