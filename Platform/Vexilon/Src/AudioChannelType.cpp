@@ -11,7 +11,7 @@ AudioChannelLayout const kAudioChannelLayout_Mono = zorvmediatypes::CreateMonoCh
 AudioChannelLayout const kAudioChannelLayout_Stereo = zorvmediatypes::CreateStereoChannelLayout();
 AudioChannelLayout const kAudioChannelLayout_51 = zorvmediatypes::Create51ChannelLayout();
 AudioChannelLayout const kAudioChannelLayout_Multichannel =
-    zorvmediatypes::CreateMultichannelLayout(kAdaptiveChannels);
+	zorvmediatypes::CreateMultichannelLayout(kAdaptiveChannels);
 
 AudioChannelLayout CreateAudioChannelLayout(AudioChannelType inType)
 {

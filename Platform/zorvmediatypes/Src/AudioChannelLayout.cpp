@@ -25,8 +25,8 @@ AudioChannelLayout CreateMultichannelLayout(int inChannels)
 	for (int channel = 0; channel < inChannels; ++channel)
 	{
 		layout.push_back(static_cast<AudioChannelDescription>(
-		    static_cast<std::uint32_t>(AudioChannelDescription::kDiscrete0) +
-		    static_cast<std::uint32_t>(channel)));
+			static_cast<std::uint32_t>(AudioChannelDescription::kDiscrete0) +
+			static_cast<std::uint32_t>(channel)));
 	}
 	return layout;
 }

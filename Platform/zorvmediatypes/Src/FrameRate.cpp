@@ -24,7 +24,7 @@ FrameRate RateOfTicks(double inTicks)
 FrameRate FrameRate::FromSamplesPerSecond(double inSamplesPerSecond)
 {
 	return inSamplesPerSecond > 0.0 ? RateOfTicks(static_cast<double>(kTicksPerSecond) / inSamplesPerSecond)
-	                                : kFrameRate_Invalid;
+									: kFrameRate_Invalid;
 }
 
 double FrameRate::GetSamplesPerSecond() const
@@ -35,13 +35,13 @@ double FrameRate::GetSamplesPerSecond() const
 FrameRate FrameRate::operator*(double inFactor) const
 {
 	return IsValid() && inFactor != 0.0 ? RateOfTicks(static_cast<double>(mTicksPerFrame) / inFactor)
-	                                    : kFrameRate_Invalid;
+										: kFrameRate_Invalid;
 }
 
 FrameRate FrameRate::operator/(double inDivisor) const
 {
 	return IsValid() && inDivisor != 0.0 ? RateOfTicks(static_cast<double>(mTicksPerFrame) * inDivisor)
-	                                     : kFrameRate_Invalid;
+										 : kFrameRate_Invalid;
 }
 
 } // namespace zorvmediatypes

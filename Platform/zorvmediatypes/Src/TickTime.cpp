@@ -211,7 +211,7 @@ TickTime& TickTime::AlignToFrame(FrameRate const& inFrameRate)
 int TickTime::ToFrame32(FrameRate const& inFrameRate) const
 {
 	return static_cast<int>(std::clamp<long long>(
-	    ToFrame64(inFrameRate), std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+		ToFrame64(inFrameRate), std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 long long TickTime::ToFrame64(FrameRate const& inFrameRate) const

@@ -39,6 +39,6 @@ ZORV_API unsigned GetNumChannelsFromType(AudioChannelType inType);
 // The type whose layout this is; for a layout of no type the adaptive type, or with
 // inAdaptiveForOthers false the type "any".
 ZORV_API AudioChannelType CreateAudioChannelTypeOrAny(
-    zorvmediatypes::AudioChannelLayout const& inLayout, bool inAdaptiveForOthers);
+	zorvmediatypes::AudioChannelLayout const& inLayout, bool inAdaptiveForOthers);
 
 } // namespace VX

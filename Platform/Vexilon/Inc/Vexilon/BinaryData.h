@@ -13,7 +13,7 @@ class BinaryData
 public:
 	BinaryData() = default;
 	explicit BinaryData(std::vector<std::uint8_t> inBytes)
-	    : mBytes(std::move(inBytes))
+		: mBytes(std::move(inBytes))
 	{
 	}
 

@@ -21,7 +21,7 @@ public:
 	// The invalid rate.
 	constexpr FrameRate() = default;
 	constexpr explicit FrameRate(std::int64_t inTicksPerFrame)
-	    : mTicksPerFrame(inTicksPerFrame)
+		: mTicksPerFrame(inTicksPerFrame)
 	{
 	}
 

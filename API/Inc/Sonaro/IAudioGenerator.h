@@ -1,0 +1,76 @@
+#pragma once
+
+#include "Sonaro/PrefetchRange.h"
+#include "Sonaro/PrefetchType.h"
+#include "Sonaro/Types.h"
+
+namespace dsp
+{
+class AudioBuffer;
+}
+
+namespace SN
+{
+
+class PrefetchRequestAccumulator;
+
+// A source of audio: a node of the render graph.
+//
+// Order of calls for a start at time T
+//   InitializeAudioFilters   once, before the effects are first used
+//   AccumulatePrefetchRequests  as often as wanted, also while playing
+//   Preroll(T)
+//   GetAudioData             for consecutive blocks
+//   Reset                    before the next start elsewhere
+//   ShutdownAudioFilters     at the end
+//
+// Threads  One at a time pulls a graph. AccumulatePrefetchRequests alone may arrive on another thread
+//          than GetAudioData; a node with state that it touches guards it itself.
+// Errors   None of these reports one: missing input is silence. Exceptions of the libraries beneath
+//          pass through to the caller.
+class SONARO_API IAudioGenerator : public virtual Unknown
+{
+public:
+	static constexpr Identifier<IAudioGenerator> kIdentifier{0x4e6843c336c75e84ull, 0x34b619bc539baf05ull};
+
+	// A new node of the same kind and settings, without run-time history, its children cloned too. A
+	// node that can be shared asks its context for a clone made before; nodes without stream state may
+	// return themselves. Not at the same time as a pull of this node.
+	virtual InterfaceRef<IAudioGenerator> Clone() = 0;
+
+	// True when the output at a time depends on what was asked for before, here or in a child.
+	virtual bool HasHistory() = 0;
+
+	// How late the output runs behind the requested time because of processing inside; never negative.
+	// 0 while the context's delay compensation is off.
+	virtual TickTime GetDelay() = 0;
+
+	// Prepares for playback from inStartTime. Hands no sample to the caller.
+	virtual void Preroll(TickTime const& inStartTime, bool inReverse) = 0;
+
+	// Gives latent content below a head start of inDelayTime before inStartTime, so that its output is
+	// ready when its first block is due: in one go with inForceCompletion, otherwise as far as playing
+	// has come.
+	virtual void FillInitialDelay(
+		TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion) = 0;
+
+	// Tells which range will soon be read. Leaves turn it into requests on the accumulator.
+	virtual void AccumulatePrefetchRequests(
+		PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator) = 0;
+
+	// Fills the UseSize samples of inBuffer with the audio from inTime on, in this node's time base.
+	// inTime is the lowest time of the block in either direction; in reverse, the block holds the same
+	// samples in the opposite order. Every channel is written or flagged silent.
+	virtual void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) = 0;
+
+	// Drops run-time state after a discontinuity; settings stay.
+	virtual void Reset() = 0;
+
+	// Start and stop the effect instances below this node.
+	virtual void InitializeAudioFilters() = 0;
+	virtual void ShutdownAudioFilters() = 0;
+
+	~IAudioGenerator() override = default;
+};
+
+} // namespace SN

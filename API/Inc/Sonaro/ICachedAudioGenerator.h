@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Sonaro/Types.h"
+
+namespace dsp
+{
+class AudioBuffer;
+}
+
+namespace SN
+{
+
+// A track whose block can be rendered ahead of the point where it is mixed.
+class SONARO_API ICachedAudioGenerator : public virtual Unknown
+{
+public:
+	static constexpr Identifier<ICachedAudioGenerator> kIdentifier{
+		0xbccc6cc7928616efull, 0xf89f03609a403c19ull};
+
+	// Renders the block into the node's own buffer; a repeated request for the same block does nothing.
+	virtual void GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse) = 0;
+
+	// Adds the rendered block to inOutBuffer; nothing when there is none or it is silent.
+	virtual void MixCachedAudio(dsp::AudioBuffer& inOutBuffer) = 0;
+};
+
+} // namespace SN

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Sonaro/Types.h"
+
+#include <functional>
+
+namespace SN
+{
+
+class IProcessedAudioStream;
+
+// Reads source audio for an offline process: inCount samples from sample inStart on into ioChannels.
+using OfflineAudioReadCallback = std::function<void(float** ioChannels, long long inStart, int inCount)>;
+
+// Processing that needs whole stretches of audio and gives its results at its own pace.
+class SONARO_API IOfflineAudioProcessor : public virtual Unknown
+{
+public:
+	static constexpr Identifier<IOfflineAudioProcessor> kIdentifier{
+		0xf253fa5b2cb067a5ull, 0x68e10a6f63b22edcull};
+
+	virtual TickTime GetOfflineLatency() = 0;
+
+	// A stream of processed audio of that duration, which pulls its source through inCallback. inFlags
+	// are the effect's own.
+	virtual InterfaceRef<IProcessedAudioStream> CreateProcessedStream(
+		OfflineAudioReadCallback const& inCallback, unsigned inFlags, TickTime const& inDuration) = 0;
+};
+
+} // namespace SN

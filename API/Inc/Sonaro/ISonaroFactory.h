@@ -1,0 +1,230 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioPanProcessor.h"
+#include "Sonaro/IAudioProcessor.h"
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/IAudioSource.h"
+#include "Sonaro/IAudioTrackRenderableItem.h"
+#include "Sonaro/IOfflineAudioProcessor.h"
+#include "Sonaro/PanProcessorType.h"
+#include "Sonaro/Prefetcher.h"
+#include "Sonaro/Types.h"
+#include "zorvcore/threads/AtomicIntegral.h"
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace VX
+{
+class BinaryData;
+class ITimeTransform;
+} // namespace VX
+
+namespace SN
+{
+
+class AudioTransitionParameters;
+class IAudioFilter;
+class IAudioMeterSetter;
+class IAudioTransition;
+class IRenderableAudioComponentParam;
+struct DelayDependency;
+
+// The maker of every node.
+//
+// Results  0 or above for success; a negative code of ResultCodes.h otherwise, and the last argument is
+//          then left as it was. eNullPointer: no context. eInvalidArgument: an invalid frame rate or
+//          another argument out of its range. eNotImplemented: this version does not make that kind.
+// Threads  On the thread that owns the context.
+class SONARO_API ISonaroFactory : public virtual Unknown
+{
+public:
+	static constexpr Identifier<ISonaroFactory> kIdentifier{0x3c16105fb4f1a9abull, 0xa19554b3346c4e9bull};
+
+	// A context for one render. eNullPointer with prefetch on and no prefetcher; eInvalidArgument when
+	// the range start is below -kTimeMax or its end above kTimeMax.
+	virtual int CreateAudioRenderContext(unsigned inMaxBlockSize, bool inPrefetchEnabled,
+		bool inContextOption, TickTime const& inRangeStart, TickTime const& inRangeEnd,
+		unsigned inControlInterval, TickTime const& inMeterInterval, Prefetcher* inPrefetcher,
+		ImmutableString const& inRenderName, bool inFaderParamFlag, bool inPannerParamFlag,
+		bool inFilterParamFlag, bool inSendParamFlag, RenderQuality inRenderQuality,
+		InterfaceRef<IAudioRenderContext>* outContext) const = 0;
+
+	// A leaf that reads a source: channel inChannelIndex of it, or all for -1. Under a key the stream is
+	// shared within the context.
+	virtual int CreateAudioStreamRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioSource> inSource, int inChannelIndex,
+		double inStreamSpeed, InterfaceRef<UnknownBase> inKey,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	// The same without a key; inData is not looked at.
+	virtual int CreateNordekAudioStreamRenderer(InterfaceRef<IAudioRenderContext>& inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioSource> const& inSource, int inChannelIndex,
+		double inStreamSpeed, VX::BinaryData const& inData,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioContentRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
+		InterfaceRef<IAudioGenerator> const& inGenerator, bool inHasOffset, TickTime const& inOffset,
+		TickTime const& inContentEnd, InterfaceRef<UnknownBase> inKey,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioContentMulticamRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
+		std::vector<InterfaceRef<IAudioGenerator>> const& inCameras,
+		std::shared_ptr<zorvcore::threads::AtomicIntegral<int, 0>> inSelectedCamera, bool inHasOffset,
+		TickTime const& inOffset, TickTime const& inContentEnd,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	// One clip out of generators, each with the map of its channels: a fixed gain, and time shifted by
+	// inStartOffset, which counts in the sequence and is scaled by inSpeed, or else by the ratio of the
+	// generators' rate to inFrameRate.
+	virtual int CreateAudioClipRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate,
+		std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> const& inGenerators,
+		AudioChannelLayout const& inChannelLayout, TickTime const& inStartOffset, float inGain,
+		double inSpeed, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	// A context of its own for background work: like the source's, without prefetch, with empty maps
+	// and all flags of the run off. A null source raises the null-pointer exception.
+	virtual int CreateAudioRenderContextForPrefetchThread(
+		InterfaceRef<IAudioRenderContext> inSource, InterfaceRef<IAudioRenderContext>& outContext) const = 0;
+
+	virtual int CreateTimeStretchedAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
+		FrameRate const& inFrameRate, double inSpeed, InterfaceRef<IAudioRenderContext> inPrefetchContext,
+		InterfaceRef<IAudioRenderContext> inRenderContext, InterfaceRef<VX::ITimeTransform> inTimeTransform,
+		bool inMaintainPitch, TickTime const& inSourceEndTime, TickTime const& inSourceOffset,
+		TickTime const& inEndTime, bool inPreferAccuracy,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioMixRenderer(InterfaceRef<IAudioRenderContext> const& inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inFirst, double inFirstTimeScale,
+		InterfaceRef<IAudioGenerator> const& inSecond, double inSecondTimeScale,
+		InterfaceRef<IAudioProcessor> const& inProcessor,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
+		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+		InterfaceRef<IAudioPanProcessor> inPanProcessor, double inSpeed,
+		InterfaceRef<VX::ITimeTransform> inTimeTransform, TickTime const& inTimeOffset,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inGenerator,
+		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+		InterfaceRef<IAudioPanProcessor> inPanner, double inSpeed, bool inReverse, bool inMaintainPitch,
+		InterfaceRef<VX::ITimeTransform> inTimeTransform, TickTime const& inTimeOffset,
+		TickTime const& inSecondTimeOffset, double inScalerSpeed, TickTime const& inItemStartTime,
+		TickTime const& inItemEndTime, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioTransitionRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioTransition> inTransition,
+		AudioTransitionParameters const& inParameters,
+		InterfaceRef<IAudioGenerator> const& inOutgoingGenerator,
+		InterfaceRef<IAudioGenerator> const& inIncomingGenerator, TickTime const& inOutgoingStartTime,
+		TickTime const& inIncomingStartTime, TickTime const& inTransitionStartTime,
+		TickTime const& inTransitionDuration, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioClipTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, AudioTrackRenderableItemList const& inItems,
+		InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
+		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+		InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioMixTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
+		InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
+		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+		InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioTrackInletRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, std::vector<InterfaceRef<UnknownBase>> const& inInputs,
+		AudioChannelLayout const& inChannels, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioTrackGroupRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, std::vector<InterfaceRef<IAudioGenerator>> const& inGenerators,
+		std::deque<std::vector<DelayDependency>> const& inDelayDependencies,
+		std::vector<TickTime> const& inGeneratorDelays, AudioChannelLayout const& inChannels,
+		InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioTrackGroupRendererViaCloning(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<UnknownBase> inOwner,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, PanProcessorType inType, bool inActionFlag,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
+
+	virtual int CreateDirectAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, PanProcessorType inType, int inOutputChannels,
+		AudioChannelMatrix const& inMatrix, bool inActionFlag,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
+
+	virtual int CreateDefaultMultiChannelAudioPanProcessorRenderer(
+		InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		AudioChannelMatrix const& inMatrix, bool inActionFlag,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		AudioChannelLayout const& inInputLayout, AudioChannelLayout const& inOutputLayout,
+		InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
+
+	virtual int CreateChannelMixerAudioPanProcessorRenderer(AudioChannelLayout const& inInputLayout,
+		AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains,
+		InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
+
+	virtual int CreateNoneAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		AudioChannelLayout const& inLayout, InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
+
+	virtual int CreateAudioMeterRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioMeterSetter> inMeter,
+		InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
+
+	virtual int CreateAudioFaderRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
+
+	virtual int CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioFilter> inFilter,
+		InterfaceRef<IAudioFilter> inSecondFilter, bool inActionFlag,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		AudioChannelLayout const& inChannelLayout, InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
+
+	virtual int CreateAudioSendRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<UnknownBase> inSendTarget,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		InterfaceRef<IAudioPanProcessor> inPanner, InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
+
+	virtual int CreateAudioChannelMatrixRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, AudioChannelMatrix const& inMatrix,
+		InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
+
+	// A generator of that layout that gives silence. It needs no context and cannot fail.
+	virtual int CreateSilentRenderer(
+		AudioChannelLayout const& inLayout, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateAlignToFrameRateAudioGeneratorDecorator(
+		InterfaceRef<IAudioGenerator> const& inGenerator, FrameRate const& inFrameRate,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	virtual int CreateOfflineAudioProcessorAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
+		InterfaceRef<IAudioPanProcessor> const& inInputPanner,
+		InterfaceRef<IAudioPanProcessor> const& inOutputPanner, FrameRate const& inFrameRate,
+		TickTime const& inStartTime, TickTime const& inEndTime,
+		InterfaceRef<IOfflineAudioProcessor> const& inProcessor,
+		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
+
+	// The factory itself.
+	virtual operator InterfaceRef<UnknownBase>() = 0;
+
+	~ISonaroFactory() override = default;
+};
+
+} // namespace SN
