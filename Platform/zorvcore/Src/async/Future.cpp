@@ -1,0 +1,120 @@
+#include "zorvcore/async/Future.h"
+
+namespace zorvcore::async
+{
+
+FutureNotReadyException::FutureNotReadyException()
+	: zorv_exception({}, 0, eWaitFailed, "Future: Not Ready")
+{
+}
+
+FutureNotReadyException::FutureNotReadyException(FutureNotReadyException const&) noexcept = default;
+FutureNotReadyException& FutureNotReadyException::operator=(
+	FutureNotReadyException const&) noexcept = default;
+FutureNotReadyException::~FutureNotReadyException() = default;
+
+FutureIsCancelledException::FutureIsCancelledException()
+	: zorv_exception({}, 0, eWaitFailed, "Future Is Cancelled")
+{
+}
+
+FutureIsCancelledException::FutureIsCancelledException(FutureIsCancelledException const&) noexcept = default;
+FutureIsCancelledException& FutureIsCancelledException::operator=(
+	FutureIsCancelledException const&) noexcept = default;
+FutureIsCancelledException::~FutureIsCancelledException() = default;
+
+detail::FutureState::~FutureState() = default;
+
+FutureStatus detail::FutureState::GetStatus() const
+{
+	std::lock_guard const lock(mMutex);
+	return mStatus;
+}
+
+std::exception_ptr detail::FutureState::GetException() const
+{
+	std::lock_guard const lock(mMutex);
+	switch (mStatus)
+	{
+	case FutureStatus::kNotReady:
+		return std::make_exception_ptr(FutureNotReadyException());
+	case FutureStatus::kReady:
+		return nullptr;
+	case FutureStatus::kFailed:
+		return mException;
+	case FutureStatus::kCancelled:
+		break;
+	}
+	return std::make_exception_ptr(FutureIsCancelledException());
+}
+
+bool detail::FutureState::WaitUntil(std::chrono::steady_clock::time_point inTime) const
+{
+	std::unique_lock lock(mMutex);
+	return mChanged.wait_until(lock, inTime, [this] { return mStatus != FutureStatus::kNotReady; });
+}
+
+bool detail::FutureState::Fail(std::exception_ptr inException)
+{
+	std::lock_guard const lock(mMutex);
+	if (mStatus != FutureStatus::kNotReady)
+	{
+		return false;
+	}
+	mException = std::move(inException);
+	SetStatus(FutureStatus::kFailed);
+	return true;
+}
+
+bool detail::FutureState::Cancel()
+{
+	std::lock_guard const lock(mMutex);
+	if (mStatus != FutureStatus::kNotReady)
+	{
+		return false;
+	}
+	SetStatus(FutureStatus::kCancelled);
+	return true;
+}
+
+void detail::FutureState::SetStatus(FutureStatus inStatus)
+{
+	mStatus = inStatus;
+	mChanged.notify_all();
+}
+
+UntypedFuture::UntypedFuture() = default;
+UntypedFuture::UntypedFuture(std::shared_ptr<detail::FutureState> inState)
+	: mState(std::move(inState))
+{
+}
+UntypedFuture::UntypedFuture(UntypedFuture const&) = default;
+UntypedFuture::UntypedFuture(UntypedFuture&&) noexcept = default;
+UntypedFuture& UntypedFuture::operator=(UntypedFuture const&) = default;
+UntypedFuture& UntypedFuture::operator=(UntypedFuture&&) noexcept = default;
+UntypedFuture::~UntypedFuture() = default;
+
+FutureStatus UntypedFuture::GetStatus() const
+{
+	return mState ? mState->GetStatus() : FutureStatus::kCancelled;
+}
+
+std::exception_ptr UntypedFuture::GetException() const
+{
+	return mState ? mState->GetException() : std::make_exception_ptr(FutureIsCancelledException());
+}
+
+void UntypedFuture::Cancel()
+{
+	if (mState)
+	{
+		mState->Cancel();
+	}
+}
+
+bool WaitForUntypedUntil(UntypedFuture const& inFuture, std::chrono::steady_clock::time_point inTime)
+{
+	return !inFuture.mState || inFuture.mState->WaitUntil(inTime);
+}
+
+} // namespace zorvcore::async

@@ -1,0 +1,190 @@
+#include "zorvcore/debug/DebugMonitor.h"
+
+#include "zorvcore/debug/Assert.h"
+#include "zorvcore/string/StringConversion.h"
+
+#include <atomic>
+#include <exception>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+namespace zorvcore::debug
+{
+
+namespace
+{
+
+class Monitor
+{
+public:
+	Monitor(DebugMonitorWriter inWriter, bool inEnabled)
+		: mEnabled(inEnabled),
+		  mWriter(std::move(inWriter))
+	{
+	}
+
+	std::u16string Run()
+	{
+		std::lock_guard const lock(mRunning);
+		DebugMonitorStream stream;
+		try
+		{
+			if (mWriter && !mUnregistered)
+			{
+				mWriter(stream);
+			}
+		}
+		catch (std::exception const& exception)
+		{
+			DoSimpleAssert(__FILE__, __LINE__, exception.what());
+		}
+		catch (...)
+		{
+			DoSimpleAssert(__FILE__, __LINE__, "A debug monitor threw an unknown exception");
+		}
+		return stream.GetText();
+	}
+
+	void Unregister()
+	{
+		std::lock_guard const lock(mRunning);
+		mUnregistered = true;
+	}
+
+	std::atomic<bool> mEnabled;
+
+private:
+	// Held while the writer runs; recursive, so that the writer may unregister its own monitor.
+	std::recursive_mutex mRunning;
+	DebugMonitorWriter const mWriter;
+	bool mUnregistered = false;
+};
+
+using MonitorMap = std::map<std::string, std::shared_ptr<Monitor>, std::less<>>;
+
+// The lock is never held while a writer runs. Never destroyed.
+struct MonitorList
+{
+	static MonitorList& Instance()
+	{
+		static auto& list = *new MonitorList;
+		return list;
+	}
+
+	std::shared_ptr<Monitor> Find(std::string_view inName)
+	{
+		std::lock_guard const lock(mMutex);
+		auto const found = mMonitors.find(inName);
+		return found == mMonitors.end() ? nullptr : found->second;
+	}
+
+	MonitorMap Copy()
+	{
+		std::lock_guard const lock(mMutex);
+		return mMonitors;
+	}
+
+	// Puts inMonitor, which may be null, in place of what has the name now, and returns that.
+	std::shared_ptr<Monitor> Replace(std::string_view inName, std::shared_ptr<Monitor> inMonitor)
+	{
+		std::lock_guard const lock(mMutex);
+		std::shared_ptr<Monitor> former;
+		auto const found = mMonitors.find(inName);
+		if (found != mMonitors.end())
+		{
+			former = std::move(found->second);
+			mMonitors.erase(found);
+		}
+		if (inMonitor)
+		{
+			mMonitors.emplace(inName, std::move(inMonitor));
+		}
+		return former;
+	}
+
+	std::mutex mMutex;
+	MonitorMap mMonitors;
+};
+
+void Replace(std::string_view inName, std::shared_ptr<Monitor> inMonitor)
+{
+	if (auto const former = MonitorList::Instance().Replace(inName, std::move(inMonitor)))
+	{
+		former->Unregister();
+	}
+}
+
+} // namespace
+
+DebugMonitorStream& DebugMonitorStream::operator<<(std::string_view inText)
+{
+	mText += string::UTF8to16(inText);
+	return *this;
+}
+
+void RegisterDebugMonitorCallback(std::string_view inName, DebugMonitorWriter inWriter, bool inEnabled)
+{
+	Replace(inName, std::make_shared<Monitor>(std::move(inWriter), inEnabled));
+}
+
+void UnregisterDebugMonitorCallback(std::string_view inName)
+{
+	Replace(inName, nullptr);
+}
+
+std::vector<std::string> GetDebugMonitorNames()
+{
+	std::vector<std::string> names;
+	for (auto const& [name, monitor] : MonitorList::Instance().Copy())
+	{
+		names.push_back(name);
+	}
+	return names;
+}
+
+std::u16string GetDebugMonitorText(std::string_view inName)
+{
+	auto const monitor = MonitorList::Instance().Find(inName);
+	return monitor ? monitor->Run() : std::u16string();
+}
+
+std::u16string GetDebugMonitorTexts()
+{
+	DebugMonitorStream stream;
+	for (auto const& [name, monitor] : MonitorList::Instance().Copy())
+	{
+		if (monitor->mEnabled)
+		{
+			stream << std::string_view(name) << u"\n" << monitor->Run() << u"\n";
+		}
+	}
+	return stream.GetText();
+}
+
+void SetDebugMonitorEnabled(std::string_view inName, bool inEnabled)
+{
+	if (auto const monitor = MonitorList::Instance().Find(inName))
+	{
+		monitor->mEnabled = inEnabled;
+	}
+}
+
+bool IsDebuggerAttached()
+{
+	std::ifstream status("/proc/self/status");
+	std::string key;
+	while (status >> key)
+	{
+		if (key == "TracerPid:")
+		{
+			long tracer = 0;
+			return status >> tracer && tracer != 0;
+		}
+	}
+	return false;
+}
+
+} // namespace zorvcore::debug

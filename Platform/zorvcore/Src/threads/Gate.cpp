@@ -1,0 +1,39 @@
+#include "zorvcore/threads/Gate.h"
+
+namespace zorvcore::threads
+{
+
+Gate::Gate(bool inOpen)
+	: mOpen(inOpen)
+{
+}
+
+Gate::~Gate() = default;
+
+void Gate::Open()
+{
+	// Notified under the lock, since whoever passes may destroy the gate.
+	std::lock_guard const lock(mMutex);
+	mOpen = true;
+	mOpened.notify_all();
+}
+
+void Gate::Close()
+{
+	std::lock_guard const lock(mMutex);
+	mOpen = false;
+}
+
+void Gate::PassThrough()
+{
+	std::unique_lock lock(mMutex);
+	mOpened.wait(lock, [this] { return mOpen; });
+}
+
+bool Gate::PassThroughUntil(std::chrono::steady_clock::time_point inTime)
+{
+	std::unique_lock lock(mMutex);
+	return mOpened.wait_until(lock, inTime, [this] { return mOpen; });
+}
+
+} // namespace zorvcore::threads
