@@ -1,0 +1,164 @@
+#include "zorvaccelerate/VectorArithmetic.h"
+
+#include "zorvaccelerate/VectorVariants.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <new>
+
+#define VARIANT_NAMESPACE Baseline
+#define VARIANT_NAME "baseline"
+#define VARIANT_TARGET
+#include "VectorKernels.inc"
+
+#if defined(__x86_64__)
+
+#define VARIANT_NAMESPACE Level3
+#define VARIANT_NAME "x86-64-v3"
+#define VARIANT_TARGET __attribute__((target("arch=x86-64-v3")))
+#include "VectorKernels.inc"
+
+#define VARIANT_NAMESPACE Level4
+#define VARIANT_NAME "x86-64-v4"
+#define VARIANT_TARGET __attribute__((target("arch=x86-64-v4")))
+#include "VectorKernels.inc"
+
+#endif
+
+namespace zorvaccelerate::utility
+{
+
+namespace
+{
+
+constexpr std::align_val_t kAlignment{64};
+
+VectorVariant const& BestVariant()
+{
+#if defined(__x86_64__)
+	__builtin_cpu_init();
+	bool const level3 =
+		__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") && __builtin_cpu_supports("bmi2");
+	bool const level4 = level3 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+						__builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+						__builtin_cpu_supports("avx512cd");
+	if (level4)
+	{
+		return Level4::kVariant;
+	}
+	if (level3)
+	{
+		return Level3::kVariant;
+	}
+#endif
+	return Baseline::kVariant;
+}
+
+// Chosen when the library loads.
+VectorVariant const sVariant = BestVariant();
+
+void* Allocate(std::size_t inBytes)
+{
+	constexpr auto kStep = static_cast<std::size_t>(kAlignment);
+	return ::operator new((inBytes + kStep - 1) / kStep * kStep, kAlignment);
+}
+
+} // namespace
+
+std::vector<VectorVariant> RunnableVariants()
+{
+	std::vector<VectorVariant> variants{Baseline::kVariant};
+#if defined(__x86_64__)
+	if (sVariant.mAdd != Baseline::kVariant.mAdd)
+	{
+		variants.push_back(Level3::kVariant);
+	}
+	if (sVariant.mAdd == Level4::kVariant.mAdd)
+	{
+		variants.push_back(Level4::kVariant);
+	}
+#endif
+	return variants;
+}
+
+// The C library chooses for the processor by itself.
+void Copy(unsigned inCount, float const* inInput, float* outOutput)
+{
+	if (inCount != 0)
+	{
+		std::memmove(outOutput, inInput, inCount * sizeof(float));
+	}
+}
+
+void Copy(unsigned inCount, double const* inInput, double* outOutput)
+{
+	if (inCount != 0)
+	{
+		std::memmove(outOutput, inInput, inCount * sizeof(double));
+	}
+}
+
+void Zero(unsigned inCount, float* outOutput)
+{
+	if (inCount != 0)
+	{
+		std::memset(outOutput, 0, inCount * sizeof(float));
+	}
+}
+
+void Zero(unsigned inCount, double* outOutput)
+{
+	if (inCount != 0)
+	{
+		std::memset(outOutput, 0, inCount * sizeof(double));
+	}
+}
+
+void Add(unsigned inCount, float const* inA, float const* inB, float* outOutput)
+{
+	sVariant.mAdd(inCount, inA, inB, outOutput);
+}
+
+void MulConstant_InPlace(unsigned inCount, float* ioData, float inFactor)
+{
+	sVariant.mMulConstant(inCount, ioData, inFactor, ioData);
+}
+
+void MulConstant(unsigned inCount, float const* inInput, float inFactor, float* outOutput)
+{
+	sVariant.mMulConstant(inCount, inInput, inFactor, outOutput);
+}
+
+void Reverse_InPlace(unsigned inCount, float* ioData)
+{
+	sVariant.mReverse(inCount, ioData);
+}
+
+void MulRamp(
+	unsigned inCount, float const* inInput, LinearRamp const& inRamp, unsigned inFirst, float* outOutput)
+{
+	sVariant.mMulRamp(inCount, inInput, inRamp, inFirst, outOutput);
+}
+
+void ConvertInt32ToFloat32_InPlace(unsigned inCount, void* ioData)
+{
+	sVariant.mConvertInt32ToFloat32(inCount, ioData);
+}
+
+float* Malloc_Float(unsigned inCount)
+{
+	return static_cast<float*>(Allocate(std::size_t(inCount) * sizeof(float)));
+}
+
+double* Malloc_Double(unsigned inCount)
+{
+	return static_cast<double*>(Allocate(std::size_t(inCount) * sizeof(double)));
+}
+
+void Free(void* inMemory)
+{
+	::operator delete(inMemory, kAlignment);
+}
+
+} // namespace zorvaccelerate::utility

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "zorvaudiodsp/AudioBuffer.h"
+
+namespace dsp
+{
+
+// A buffer of one channel: a view of one channel of a parent, which must outlive its use. Its silence
+// flag is the parent's. Of a channel that the parent lacks it reads silence and drops what is written.
+class ZORV_API AudioBufferChannel final : public AudioBuffer
+{
+public:
+	AudioBufferChannel() = default;
+	AudioBufferChannel(AudioBufferChannel const&) = delete;
+
+	// The view has the parent's capacity and starts with its UseSize.
+	void Assign(AudioBuffer& ioParent, unsigned long long inChannel);
+
+	bool IsChannelSilent(unsigned long long inChannel) const override;
+	void MarkChannelSilent(unsigned long long inChannel) override;
+	void ClearSilenceFlags(SilenceFlags const& inFlags) override;
+	SilenceFlags GetSilenceFlags() const override;
+	void Zero() override { MarkChannelSilent(0); }
+
+private:
+	float* mViewedChannel = nullptr;
+	AudioBuffer* mParent = nullptr;
+	unsigned long long mParentChannel = 0;
+};
+
+} // namespace dsp

@@ -1,0 +1,123 @@
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include "zorvcore/config/Exceptions.h"
+
+#include <algorithm>
+#include <string>
+
+namespace dsp
+{
+
+void AudioSubBuffer::Init(unsigned long long inChannels)
+{
+	if (inChannels > kMaxChannels)
+	{
+		zorvcore::config::ThrowError(zorvcore::config::ErrorLevel::kError, __FILE__, __LINE__,
+			zorvcore::eInvalidArgument, false,
+			"an audio buffer has at most 64 channels, not " + std::to_string(inChannels));
+	}
+	std::fill(std::begin(mWindowChannels), std::end(mWindowChannels), nullptr);
+	mParent = nullptr;
+	mFlags = SilenceFlags();
+	SetMemory(mWindowChannels, inChannels, 0, false);
+}
+
+void AudioSubBuffer::Assign(AudioBuffer& ioParent, unsigned inOffset)
+{
+	mParent = &ioParent;
+	unsigned const offset = std::min(inOffset, ioParent.GetUseSize());
+	Aim(offset, ioParent.GetUseSize() - offset);
+	SetLength(GetCapacity());
+}
+
+void AudioSubBuffer::ShiftOffset(unsigned inSamples)
+{
+	if (mParent)
+	{
+		unsigned const samples = std::min(inSamples, GetCapacity());
+		unsigned const useSize = GetUseSize() - std::min(samples, GetUseSize());
+		Aim(mOffset + samples, GetCapacity() - samples);
+		SetLength(useSize);
+	}
+}
+
+void AudioSubBuffer::Aim(unsigned inOffset, unsigned inCapacity)
+{
+	mOffset = inOffset;
+	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
+	{
+		float* const samples = mParent->GetChannel(channel);
+		mWindowChannels[channel] = samples ? samples + inOffset : nullptr;
+	}
+	mFlags = SilenceFlags();
+	SetMemory(mWindowChannels, GetNumChannels(), inCapacity, false);
+}
+
+void AudioSubBuffer::SetUseSize(unsigned inSamples)
+{
+	if (inSamples > GetUseSize())
+	{
+		// What comes in may be audible.
+		mFlags = SilenceFlags();
+	}
+	SetLength(inSamples);
+}
+
+bool AudioSubBuffer::IsChannelSilent(unsigned long long inChannel) const
+{
+	return !GetChannel(inChannel) || IsFlagged(inChannel) || mParent->IsChannelSilent(inChannel);
+}
+
+void AudioSubBuffer::MarkChannelSilent(unsigned long long inChannel)
+{
+	if (!GetChannel(inChannel) || mParent->IsChannelSilent(inChannel))
+	{
+		return;
+	}
+	mFlags.Set(inChannel);
+	if (mOffset == 0 && GetUseSize() >= mParent->GetUseSize())
+	{
+		mParent->MarkChannelSilent(inChannel);
+	}
+	else
+	{
+		ZeroChannel(inChannel, GetUseSize(), false);
+	}
+}
+
+void AudioSubBuffer::ClearSilenceFlags(SilenceFlags const& inFlags)
+{
+	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
+	{
+		if (!inFlags.Test(channel) || !GetChannel(channel))
+		{
+			continue;
+		}
+		mFlags.Clear(channel);
+		if (mParent->IsChannelSilent(channel))
+		{
+			mParent->ZeroOutside(channel, mOffset, mOffset + GetUseSize());
+			mParent->ClearSilenceFlags(Bit(channel));
+		}
+	}
+}
+
+SilenceFlags AudioSubBuffer::GetSilenceFlags() const
+{
+	SilenceFlags flags = ~SilenceFlags::First(GetNumChannels());
+	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
+	{
+		flags.Assign(channel, IsChannelSilent(channel));
+	}
+	return flags;
+}
+
+void AudioSubBuffer::Zero()
+{
+	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
+	{
+		MarkChannelSilent(channel);
+	}
+}
+
+} // namespace dsp

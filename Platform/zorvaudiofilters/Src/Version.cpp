@@ -1,0 +1,11 @@
+#include "zorvaudiofilters/Version.h"
+
+namespace zorvaudiofilters
+{
+
+char const* GetVersion()
+{
+	return ZORV_VERSION;
+}
+
+} // namespace zorvaudiofilters
