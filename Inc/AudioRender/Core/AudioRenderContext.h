@@ -1,0 +1,155 @@
+#pragma once
+
+#include "AudioRender/Core/TempBufferPool.h"
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/Prefetcher.h"
+
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace SN
+{
+
+class IRenderableAudioComponentParam;
+
+// What a context is made with.
+struct AudioRenderContextSettings
+{
+	unsigned mMaxBlockSize = 0;
+	bool mPrefetchEnabled = false;
+	bool mContextOption = false;
+	TickTime mRangeStart;
+	TickTime mRangeEnd;
+	// Samples between two updates of automated parameters.
+	unsigned mControlInterval = 0;
+	TickTime mMeterInterval;
+	// Not owned; may be null without prefetch.
+	Prefetcher* mPrefetcher = nullptr;
+	ImmutableString mRenderName;
+	// Handed to the parameters of faders, panners, filters and sends at their Init.
+	bool mFaderParamFlag = false;
+	bool mPannerParamFlag = false;
+	bool mFilterParamFlag = false;
+	bool mSendParamFlag = false;
+	RenderQuality mRenderQuality = RenderQuality::kMedium;
+};
+
+// The one context class. Beyond the interface it serves its nodes, which reach it by querying for the
+// class: the scratch pool, and the maps by which a graph reuses nodes. Keys are compared by the identity
+// of their object. Each Find gives an empty reference when the key is absent; each Add keeps an entry
+// that is there already, except AddTrackRenderer, which overwrites.
+class AudioRenderContext final : public IAudioRenderContext
+{
+public:
+	static constexpr Identifier<AudioRenderContext> kIdentifier{0x567de40dcdb58b3cull, 0x56f929f93f18a083ull};
+
+	// See ISonaroFactory::CreateAudioRenderContext.
+	static int Create(
+		AudioRenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext);
+	// The settings for background work that stands beside inSource; see the factory.
+	static AudioRenderContextSettings SettingsForPrefetchThread(
+		InterfaceRef<IAudioRenderContext> const& inSource);
+
+	AudioRenderContext();
+
+	void PushNestingLevel() override;
+	void PopNestingLevel() override;
+	void IncrementInstanceIndex() override { ++mInstanceIndex; }
+	void DecrementInstanceIndex() override { --mInstanceIndex; }
+	void Clear() override;
+	bool IsPrefetchEnabled() override { return mSettings.mPrefetchEnabled; }
+	bool GetFilterRenderFlag() override { return mFilterRenderFlag; }
+	void SetFilterRenderFlag(bool inFlag) override { mFilterRenderFlag = inFlag; }
+	bool IsImmediateRender() override { return mImmediateRender; }
+	void SetImmediateRender(bool inImmediate) override { mImmediateRender = inImmediate; }
+	bool IsDelayCompensationDisabled() override { return mDelayCompensationDisabled; }
+	void SetDelayCompensationDisabled(bool inDisabled) override { mDelayCompensationDisabled = inDisabled; }
+	bool IsNotTopLevelPlayback() override { return !IsPrefetchEnabled() || GetNestingDepth() != 0; }
+	bool GetContextOption() override { return mSettings.mContextOption; }
+	TickTime GetRangeStart() override { return mSettings.mRangeStart; }
+	TickTime GetRangeEnd() override { return mSettings.mRangeEnd; }
+	ImmutableString GetRenderName() override { return mSettings.mRenderName; }
+	bool IsTrackCacheEnabled() override { return mTrackCacheEnabled; }
+	void SetTrackCacheEnabled(bool inEnabled) override { mTrackCacheEnabled = inEnabled; }
+	bool GetMulticamOption() override { return mMulticamOption; }
+	void SetMulticamOption(bool inOption) override { mMulticamOption = inOption; }
+	RenderQuality GetRenderQuality() override { return mSettings.mRenderQuality; }
+	unsigned GetMaxBlockSize() override { return mSettings.mMaxBlockSize; }
+	unsigned GetNestingDepth() override { return mNestingDepth; }
+	InterfaceRef<ICachedAudioGenerator> FindCachedGenerator(InterfaceRef<UnknownBase> inKey) override;
+	InterfaceRef<IAudioGenerator> FindTrackRenderer(InterfaceRef<UnknownBase> inKey) override;
+
+	unsigned GetControlInterval() const { return mSettings.mControlInterval; }
+	TickTime GetMeterInterval() const { return mSettings.mMeterInterval; }
+	unsigned GetInstanceIndex() const { return mInstanceIndex; }
+	Prefetcher* GetPrefetcher() const { return mSettings.mPrefetcher; }
+	bool GetFaderParamFlag() const { return mSettings.mFaderParamFlag; }
+	bool GetPannerParamFlag() const { return mSettings.mPannerParamFlag; }
+	bool GetFilterParamFlag() const { return mSettings.mFilterParamFlag; }
+	bool GetSendParamFlag() const { return mSettings.mSendParamFlag; }
+	TempBufferPool& GetTempBufferPool() const { return *mTempBufferPool; }
+
+	// From a parameter to its detached copy.
+	InterfaceRef<IRenderableAudioComponentParam> FindParameter(InterfaceRef<UnknownBase> const& inKey) const;
+	void AddParameter(InterfaceRef<UnknownBase> const& inKey,
+		InterfaceRef<IRenderableAudioComponentParam> const& inParameter);
+	InterfaceRef<IAudioGenerator> FindStreamRenderer(InterfaceRef<UnknownBase> const& inKey) const;
+	void AddStreamRenderer(
+		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer);
+	InterfaceRef<IAudioGenerator> FindContentRenderer(InterfaceRef<UnknownBase> const& inKey,
+		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate) const;
+	void AddContentRenderer(InterfaceRef<UnknownBase> const& inKey, FrameRate const& inFrameRate,
+		FrameRate const& inMediaFrameRate, InterfaceRef<IAudioGenerator> const& inRenderer);
+	// From a node to its clone.
+	InterfaceRef<IAudioGenerator> FindClone(InterfaceRef<IAudioGenerator> const& inNode) const;
+	void AddClone(InterfaceRef<IAudioGenerator> const& inNode, InterfaceRef<IAudioGenerator> const& inClone);
+	void ClearCloneMap() { mCloneMap.clear(); }
+	void AddTrackRenderer(
+		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer);
+	void AddCachedGenerator(
+		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<ICachedAudioGenerator> const& inGenerator);
+	// The group, and how many instances were added under its key.
+	InterfaceRef<IAudioGenerator> FindTrackGroup(
+		InterfaceRef<UnknownBase> const& inKey, unsigned long long& outCount) const;
+	void AddTrackGroup(InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inGroup);
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	struct ContentKey
+	{
+		bool operator<(ContentKey const& inOther) const;
+
+		InterfaceRef<UnknownBase> mObject;
+		FrameRate mFrameRate;
+		FrameRate mMediaFrameRate;
+	};
+	using GeneratorByKey = std::map<InterfaceRef<UnknownBase>, InterfaceRef<IAudioGenerator>>;
+	using CachedGeneratorByKey = std::map<InterfaceRef<UnknownBase>, InterfaceRef<ICachedAudioGenerator>>;
+
+	AudioRenderContextSettings mSettings;
+	bool mFilterRenderFlag = false;
+	bool mTrackCacheEnabled = false;
+	bool mMulticamOption = false;
+	bool mImmediateRender = false;
+	bool mDelayCompensationDisabled = false;
+	unsigned mNestingDepth = 0;
+	unsigned mInstanceIndex = 0;
+	// The outer nesting levels, the innermost at the end.
+	std::vector<unsigned> mSavedInstanceIndices;
+	std::vector<std::shared_ptr<CachedGeneratorByKey>> mSavedGeneratorMaps;
+	// The map of the current level; null after Clear, until something is added.
+	std::shared_ptr<CachedGeneratorByKey> mGeneratorMap;
+	std::map<InterfaceRef<UnknownBase>, InterfaceRef<IRenderableAudioComponentParam>> mParameterMap;
+	GeneratorByKey mTrackRendererMap;
+	GeneratorByKey mTrackGroupMap;
+	std::map<InterfaceRef<UnknownBase>, unsigned long long> mTrackGroupCounts;
+	GeneratorByKey mStreamRendererMap;
+	std::map<ContentKey, InterfaceRef<IAudioGenerator>> mContentRendererMap;
+	std::map<InterfaceRef<IAudioGenerator>, InterfaceRef<IAudioGenerator>> mCloneMap;
+	InterfaceRef<TempBufferPool> mTempBufferPool;
+};
+
+} // namespace SN

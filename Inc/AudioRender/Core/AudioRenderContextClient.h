@@ -1,0 +1,63 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContext.h"
+#include "Sonaro/Types.h"
+
+namespace SN
+{
+
+// A node's tie to its render context, embedded in the node. It captures the place in the nesting of
+// sequences where the node was built, also for the time after, so that two nested instances of a
+// sequence never share scratch memory.
+//
+// Every operation but Init raises the null-pointer exception when no context is stored.
+class AudioRenderContextClient
+{
+public:
+	AudioRenderContextClient() = default;
+	AudioRenderContextClient(AudioRenderContextClient const&) = default;
+	AudioRenderContextClient& operator=(AudioRenderContextClient const&) = default;
+	virtual ~AudioRenderContextClient() = default;
+
+	// eNullPointer for an empty context. eInvalidArgument for the invalid rate, which is stored all the
+	// same.
+	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate);
+
+	// The sample rate at which the node runs.
+	FrameRate GetFrameRate() const { return mFrameRate; }
+	// As captured, whatever the context's is now.
+	unsigned GetNestingDepth() const { return mNestingDepth; }
+
+	unsigned GetControlInterval() const { return mRenderContext->GetControlInterval(); }
+	bool IsPrefetchEnabled() const { return mRenderContext->IsPrefetchEnabled(); }
+	bool IsImmediateRender() const { return mRenderContext->IsImmediateRender(); }
+	bool IsDelayCompensationDisabled() const { return mRenderContext->IsDelayCompensationDisabled(); }
+	bool GetFilterRenderFlag() const { return mRenderContext->GetFilterRenderFlag(); }
+	unsigned GetMaxBlockSize() const { return mRenderContext->GetMaxBlockSize(); }
+	Prefetcher* GetPrefetcher() const { return mRenderContext->GetPrefetcher(); }
+	bool GetPannerParamFlag() const { return mRenderContext->GetPannerParamFlag(); }
+	bool GetFaderParamFlag() const { return mRenderContext->GetFaderParamFlag(); }
+	bool GetFilterParamFlag() const { return mRenderContext->GetFilterParamFlag(); }
+	bool GetSendParamFlag() const { return mRenderContext->GetSendParamFlag(); }
+
+	InterfaceRef<IAudioGenerator> FindClone(InterfaceRef<IAudioGenerator> const& inNode) const;
+	void AddClone(
+		InterfaceRef<IAudioGenerator> const& inNode, InterfaceRef<IAudioGenerator> const& inClone) const;
+	void AddCachedGenerator(
+		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<ICachedAudioGenerator> const& inGenerator) const;
+
+	// The pool's operations at the captured place; see TempBufferPool.
+	void ReserveStackAudioBuffer(unsigned inChannels, unsigned inSamples, ImmutableString const& inTag) const;
+	InterfaceRef<StackAudioBuffer> GetStackAudioBuffer(
+		unsigned inChannels, ImmutableString const& inTag) const;
+	void ReserveStackAudioSubBuffer(unsigned inChannels) const;
+	InterfaceRef<StackAudioSubBuffer> GetStackAudioSubBuffer(unsigned inChannels) const;
+
+private:
+	InterfaceRef<AudioRenderContext> mRenderContext;
+	FrameRate mFrameRate;
+	unsigned mNestingDepth = 0;
+	unsigned mInstanceIndex = 0;
+};
+
+} // namespace SN

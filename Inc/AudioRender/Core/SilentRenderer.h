@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/ICachedAudioGenerator.h"
+
+namespace SN
+{
+
+// A generator of silence in a given layout. It has no state, so a clone is the node itself, and it
+// counts as 48000 Hz whatever the graph around it runs at.
+class SilentRenderer final : public IAudioGenerator,
+							 public IAudioGeneratorPrivate,
+							 public ICachedAudioGenerator,
+							 public IAudioRenderGraphNodeInfo
+{
+public:
+	static int Create(AudioChannelLayout const& inLayout, InterfaceRef<IAudioGenerator>* outGenerator);
+
+	explicit SilentRenderer(AudioChannelLayout const& inLayout);
+
+	InterfaceRef<IAudioGenerator> Clone() override { return InterfaceRef<IAudioGenerator>::FromThis(this); }
+	bool HasHistory() override { return false; }
+	TickTime GetDelay() override { return kTimeZero; }
+	void Preroll(TickTime const&, bool) override {}
+	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
+	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
+	{
+	}
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void Reset() override {}
+	void InitializeAudioFilters() override {}
+	void ShutdownAudioFilters() override {}
+
+	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannelLayout.size()); }
+	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	AudioChannelLayout GetAudioChannelLayout() override { return mChannelLayout; }
+	FrameRate GetGeneratorFrameRate() override;
+
+	void GenerateAudio(unsigned, TickTime const&, bool) override {}
+	void MixCachedAudio(dsp::AudioBuffer&) override {}
+
+	std::u16string GetNodeName() override { return u"SilentRenderer"; }
+	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }
+	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	AudioChannelType mChannelType;
+	AudioChannelLayout mChannelLayout;
+};
+
+} // namespace SN

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "zorvaudiodsp/AudioBufferShell.h"
+
+#include <map>
+
+namespace SN
+{
+
+// One clip out of one or more generators: routes their channels onto the clip's layout, applies a fixed
+// gain and shifts time by the clip's start offset. Each generator runs into a scratch buffer.
+//
+// Latency  the largest of the generators'.
+// Silence  output channels from the number of generators on are flagged silent before the generators
+//          run; lower ones that no channel map names stay as the caller left them.
+class AudioClipRenderer final : public IAudioGenerator,
+								public IAudioGeneratorPrivate,
+								public IAudioRenderGraphNodeInfo,
+								public AudioRenderContextClient
+{
+public:
+	// See ISonaroFactory::CreateAudioClipRenderer. Empty generator references are allowed, and skipped.
+	static int Create(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
+		std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> const& inGenerators,
+		AudioChannelLayout const& inChannelLayout, TickTime const& inStartOffset, float inGain,
+		double inSpeed, InterfaceRef<IAudioGenerator>* outGenerator);
+
+	InterfaceRef<IAudioGenerator> Clone() override;
+	bool HasHistory() override;
+	TickTime GetDelay() override;
+	void Preroll(TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) override;
+	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
+		PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
+
+	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannelLayout.size()); }
+	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	AudioChannelLayout GetAudioChannelLayout() override { return mChannelLayout; }
+	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
+
+	std::u16string GetNodeName() override { return u"AudioClipRenderer"; }
+	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
+	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	// Calls inFunction with each generator that is there, in map order.
+	template <class Function>
+	void ForEachGenerator(Function const& inFunction);
+
+	// Learns the generators' widths; the rate of the last one, or inFrameRate.
+	FrameRate MeasureGenerators(FrameRate const& inFrameRate);
+	void RunGenerator(IAudioGenerator& ioGenerator, unsigned inNumChannels, TickTime const& inTime,
+		bool inReverse, dsp::AudioBuffer& ioScratch);
+
+	// By the address of the object.
+	std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> mGenerators;
+	AudioChannelLayout mChannelLayout;
+	// Added to each requested time.
+	TickTime mStartOffset;
+	float mGain = 1.0f;
+	bool mHasGain = false;
+	// Channels of the scratch buffer: the clip's or the widest generator's.
+	unsigned mMaxChannels = 0;
+	// Shows a single generator that is narrower than the scratch a buffer of its own width.
+	dsp::AudioBufferShell mShell;
+};
+
+} // namespace SN

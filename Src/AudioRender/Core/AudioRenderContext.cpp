@@ -1,0 +1,191 @@
+#include "AudioRender/Core/AudioRenderContext.h"
+
+#include <tuple>
+
+namespace SN
+{
+
+namespace
+{
+
+template <class Map, class Key>
+typename Map::mapped_type Find(Map const& inMap, Key const& inKey)
+{
+	auto const found = inMap.find(inKey);
+	return found == inMap.end() ? typename Map::mapped_type() : found->second;
+}
+
+} // namespace
+
+bool AudioRenderContext::ContentKey::operator<(ContentKey const& inOther) const
+{
+	auto const rates = [](ContentKey const& inKey)
+	{ return std::tuple(inKey.mFrameRate.GetTicksPerFrame(), inKey.mMediaFrameRate.GetTicksPerFrame()); };
+	return mObject < inOther.mObject || (mObject == inOther.mObject && rates(*this) < rates(inOther));
+}
+
+int AudioRenderContext::Create(
+	AudioRenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext)
+{
+	auto const context = zorvcore::classref::MakeObject<AudioRenderContext>();
+	if (inSettings.mPrefetchEnabled && !inSettings.mPrefetcher)
+	{
+		return eNullPointer;
+	}
+	if (inSettings.mRangeStart < -kTimeMax || inSettings.mRangeEnd > kTimeMax)
+	{
+		return eInvalidArgument;
+	}
+	context->mSettings = inSettings;
+	*outContext = context;
+	return kSuccess;
+}
+
+AudioRenderContextSettings AudioRenderContext::SettingsForPrefetchThread(
+	InterfaceRef<IAudioRenderContext> const& inSource)
+{
+	InterfaceRef<AudioRenderContext> const source(inSource);
+	AudioRenderContextSettings settings = source->mSettings;
+	settings.mPrefetchEnabled = false;
+	settings.mContextOption = false;
+	settings.mRangeStart = kTimeZero;
+	settings.mRangeEnd = kTimeZero;
+	settings.mPrefetcher = nullptr;
+	settings.mRenderName = ImmutableString();
+	return settings;
+}
+
+AudioRenderContext::AudioRenderContext()
+	: mGeneratorMap(std::make_shared<CachedGeneratorByKey>()),
+	  mTempBufferPool(zorvcore::classref::MakeObject<TempBufferPool>())
+{
+}
+
+void AudioRenderContext::PushNestingLevel()
+{
+	mSavedInstanceIndices.push_back(mInstanceIndex);
+	mInstanceIndex = 0;
+	mSavedGeneratorMaps.push_back(mGeneratorMap);
+	mGeneratorMap = std::make_shared<CachedGeneratorByKey>();
+	++mNestingDepth;
+}
+
+void AudioRenderContext::PopNestingLevel()
+{
+	mInstanceIndex = mSavedInstanceIndices.back();
+	mSavedInstanceIndices.pop_back();
+	mGeneratorMap = mSavedGeneratorMaps.back();
+	mSavedGeneratorMaps.pop_back();
+	--mNestingDepth;
+}
+
+void AudioRenderContext::Clear()
+{
+	mSettings.mRenderName = ImmutableString();
+	mGeneratorMap.reset();
+	mSavedGeneratorMaps.clear();
+	mParameterMap.clear();
+	mTrackRendererMap.clear();
+	mTrackGroupMap.clear();
+	mTrackGroupCounts.clear();
+	mStreamRendererMap.clear();
+	mContentRendererMap.clear();
+	mCloneMap.clear();
+}
+
+InterfaceRef<ICachedAudioGenerator> AudioRenderContext::FindCachedGenerator(InterfaceRef<UnknownBase> inKey)
+{
+	return mGeneratorMap ? Find(*mGeneratorMap, inKey) : InterfaceRef<ICachedAudioGenerator>();
+}
+
+InterfaceRef<IAudioGenerator> AudioRenderContext::FindTrackRenderer(InterfaceRef<UnknownBase> inKey)
+{
+	return Find(mTrackRendererMap, inKey);
+}
+
+InterfaceRef<IRenderableAudioComponentParam> AudioRenderContext::FindParameter(
+	InterfaceRef<UnknownBase> const& inKey) const
+{
+	return Find(mParameterMap, inKey);
+}
+
+void AudioRenderContext::AddParameter(
+	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IRenderableAudioComponentParam> const& inParameter)
+{
+	mParameterMap.emplace(inKey, inParameter);
+}
+
+InterfaceRef<IAudioGenerator> AudioRenderContext::FindStreamRenderer(
+	InterfaceRef<UnknownBase> const& inKey) const
+{
+	return Find(mStreamRendererMap, inKey);
+}
+
+void AudioRenderContext::AddStreamRenderer(
+	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer)
+{
+	mStreamRendererMap.emplace(inKey, inRenderer);
+}
+
+InterfaceRef<IAudioGenerator> AudioRenderContext::FindContentRenderer(InterfaceRef<UnknownBase> const& inKey,
+	FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate) const
+{
+	return Find(mContentRendererMap, ContentKey{inKey, inFrameRate, inMediaFrameRate});
+}
+
+void AudioRenderContext::AddContentRenderer(InterfaceRef<UnknownBase> const& inKey,
+	FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
+	InterfaceRef<IAudioGenerator> const& inRenderer)
+{
+	mContentRendererMap.emplace(ContentKey{inKey, inFrameRate, inMediaFrameRate}, inRenderer);
+}
+
+InterfaceRef<IAudioGenerator> AudioRenderContext::FindClone(InterfaceRef<IAudioGenerator> const& inNode) const
+{
+	return Find(mCloneMap, inNode);
+}
+
+void AudioRenderContext::AddClone(
+	InterfaceRef<IAudioGenerator> const& inNode, InterfaceRef<IAudioGenerator> const& inClone)
+{
+	mCloneMap.emplace(inNode, inClone);
+}
+
+void AudioRenderContext::AddTrackRenderer(
+	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer)
+{
+	mTrackRendererMap[inKey] = inRenderer;
+}
+
+void AudioRenderContext::AddCachedGenerator(
+	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<ICachedAudioGenerator> const& inGenerator)
+{
+	if (!mGeneratorMap)
+	{
+		mGeneratorMap = std::make_shared<CachedGeneratorByKey>();
+	}
+	mGeneratorMap->emplace(inKey, inGenerator);
+}
+
+InterfaceRef<IAudioGenerator> AudioRenderContext::FindTrackGroup(
+	InterfaceRef<UnknownBase> const& inKey, unsigned long long& outCount) const
+{
+	outCount = Find(mTrackGroupCounts, inKey);
+	return Find(mTrackGroupMap, inKey);
+}
+
+void AudioRenderContext::AddTrackGroup(
+	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inGroup)
+{
+	mTrackGroupMap.emplace(inKey, inGroup);
+	++mTrackGroupCounts[inKey];
+}
+
+void* AudioRenderContext::QueryMap(GUID const& inIdentifier)
+{
+	void* const found =
+		zorvcore::classref::QueryInterfaces<IAudioRenderContext, AudioRenderContext>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SN

@@ -1,0 +1,199 @@
+#include "AudioRender/Source/AudioStreamRenderer.h"
+
+#include "AudioRender/Core/StackAudioBufferTags.h"
+#include "Sonaro/IAsyncAudioSource.h"
+#include "Sonaro/IAudioSourceFile.h"
+#include "Sonaro/PrefetchRequestAccumulator.h"
+#include "Vexilon/BinaryData.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include <algorithm>
+
+namespace SN
+{
+
+namespace
+{
+
+// The longest stretch of one prefetch request, in samples.
+constexpr unsigned kMaxPrefetchRequest = 0x10000;
+
+} // namespace
+
+int AudioStreamRenderer::Create(InterfaceRef<IAudioRenderContext> const& inContext,
+	FrameRate const& inFrameRate, InterfaceRef<IAudioSource> const& inSource, int inChannelIndex,
+	double inStreamSpeed, InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator>* outGenerator)
+{
+	if (!inContext)
+	{
+		return eNullPointer;
+	}
+	InterfaceRef<AudioRenderContext> const context(inContext);
+	if (inKey)
+	{
+		// The key alone decides, whatever channel is asked for.
+		if (InterfaceRef<IAudioGenerator> const found = context->FindStreamRenderer(inKey))
+		{
+			*outGenerator = found;
+			return kSuccess;
+		}
+	}
+
+	auto const stream = zorvcore::classref::MakeObject<AudioStreamRenderer>();
+	int const result = stream->AudioRenderContextClient::Init(inContext, inFrameRate);
+	stream->mSource = inSource;
+	stream->mChannelIndex = static_cast<std::uint32_t>(inChannelIndex);
+	stream->mStreamSpeed = inStreamSpeed;
+	if (stream->SelectsChannel())
+	{
+		stream->ReserveStackAudioBuffer(inSource->GetNumChannels(), stream->GetMaxBlockSize(),
+			StackAudioBufferTags::kAudioStreamRenderer);
+	}
+	if (ResultSucceeded(result))
+	{
+		*outGenerator = stream;
+		stream->mIsShared = inKey.IsValid();
+		if (stream->mIsShared)
+		{
+			context->AddStreamRenderer(inKey, *outGenerator);
+		}
+	}
+	return result;
+}
+
+InterfaceRef<IAudioGenerator> AudioStreamRenderer::Clone()
+{
+	if (mIsShared)
+	{
+		return InterfaceRef<IAudioGenerator>::FromThis(this);
+	}
+	auto const clone = zorvcore::classref::MakeObject<AudioStreamRenderer>();
+	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	clone->CopyTimesFrom(*this);
+	clone->mSource = mSource;
+	clone->mChannelIndex = mChannelIndex;
+	clone->mStreamSpeed = mStreamSpeed;
+	clone->mPreviewOffset = mPreviewOffset;
+	clone->mIsShared = mIsShared;
+	return clone;
+}
+
+void AudioStreamRenderer::AccumulatePrefetchRequests(
+	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
+{
+	PrefetchRange range = inRange - mPreviewOffset;
+	range.mStart = std::max(range.mStart, kTimeZero);
+	int const length = (range.mEnd - range.mStart).ToFrame32(GetFrameRate());
+	InterfaceRef<IAsyncAudioSource> const source(mSource);
+	if (length <= 0 || !source)
+	{
+		return;
+	}
+	TickTime time = range.mStart;
+	for (auto remaining = static_cast<unsigned>(length); remaining > 0;)
+	{
+		unsigned const count = std::min(remaining, kMaxPrefetchRequest);
+		inAccumulator.AddPrefetchRequest(inType, source, time, count);
+		remaining -= count;
+		time.AddFrames(count, GetFrameRate());
+	}
+}
+
+void AudioStreamRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse)
+{
+	TickTime const position = inTime - mPreviewOffset;
+	TickTime end = position;
+	if (position < kTimeZero && end.AddFrames(inBuffer.GetUseSize(), GetFrameRate()) < kTimeZero)
+	{
+		inBuffer.Zero();
+		return;
+	}
+	if (SelectsChannel())
+	{
+		ScopedStackAudioBuffer const scratch(
+			GetStackAudioBuffer(mSource->GetNumChannels(), StackAudioBufferTags::kAudioStreamRenderer));
+		dsp::AudioBuffer& source = scratch.GetBuffer();
+		source.SetUseSize(inBuffer.GetUseSize());
+		ReadInto(source, inBuffer, position);
+		if (source.GetUseSize() < inBuffer.GetUseSize())
+		{
+			// A block beyond the context's largest: what the scratch cannot hold is silence.
+			inBuffer.Zero();
+		}
+		inBuffer.CopyChannel(source, mChannelIndex, 0);
+		for (unsigned long long channel = 1; channel < inBuffer.GetNumChannels(); ++channel)
+		{
+			inBuffer.MarkChannelSilent(channel);
+		}
+	}
+	else
+	{
+		ReadInto(inBuffer, inBuffer, position);
+	}
+	if (inReverse)
+	{
+		inBuffer.Reverse();
+	}
+}
+
+// Fills ioTarget, which is ioBuffer or stands in for it, from inPosition on; what lies before the
+// source's start is silence, in a window less for the source to fill.
+void AudioStreamRenderer::ReadInto(
+	dsp::AudioBuffer& ioTarget, dsp::AudioBuffer& ioBuffer, TickTime const& inPosition)
+{
+	if (inPosition >= kTimeZero)
+	{
+		ReadSource(ioTarget, inPosition);
+		return;
+	}
+	ioBuffer.Zero();
+	dsp::AudioSubBuffer window;
+	window.Init(ioTarget.GetNumChannels());
+	window.Assign(ioTarget, static_cast<unsigned>(-inPosition.ToFrame64(GetFrameRate())));
+	ReadSource(window, kTimeZero);
+}
+
+void AudioStreamRenderer::ReadSource(dsp::AudioBuffer& ioTarget, TickTime const& inTime)
+{
+	if (!mSource)
+	{
+		return;
+	}
+	InterfaceRef<IAudioSourceFile> const file(mSource);
+	if (file && !file->IsGrowing() && inTime >= file->GetDuration())
+	{
+		ioTarget.Zero();
+		return;
+	}
+	if (IsPrefetchEnabled())
+	{
+		if (InterfaceRef<IAsyncAudioSource> const async(mSource); async)
+		{
+			async->ReadPrefetchedAudio(inTime, ioTarget);
+			return;
+		}
+	}
+	mSource->ReadAudio(VX::BinaryData(), ioTarget, inTime, false);
+}
+
+unsigned AudioStreamRenderer::GetNumChannels()
+{
+	return mChannelIndex != kAllChannels || !mSource ? 1 : mSource->GetNumChannels();
+}
+
+AudioChannelLayout AudioStreamRenderer::GetAudioChannelLayout()
+{
+	return mChannelIndex == kAllChannels && mSource ? mSource->GetAudioChannelLayout()
+													: VX::kAudioChannelLayout_Mono;
+}
+
+void* AudioStreamRenderer::QueryMap(GUID const& inIdentifier)
+{
+	void* const found =
+		zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate, IOffsetablePreview,
+			IAudioRenderGraphNodeInfo, IAudioTrackRenderableItem, AudioStreamRenderer>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SN

@@ -1,0 +1,214 @@
+#include "AudioRender/Core/AudioRenderContext.h"
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "Sonaro/SonaroFactory.h"
+#include "Support/Contexts.h"
+#include "Support/Fakes.h"
+#include "zorvcore/config/Exceptions.h"
+
+#include <gtest/gtest.h>
+
+namespace SN
+{
+namespace
+{
+
+using namespace Testing;
+using zorvcore::classref::MakeObject;
+
+InterfaceRef<AudioRenderContext> ClassOf(ScopedContext const& inContext)
+{
+	return InterfaceRef<AudioRenderContext>(inContext.Get());
+}
+
+TEST(AudioRenderContext, CreationChecksThePrefetcherBeforeTheTimes)
+{
+	Prefetcher prefetcher;
+	TickTime const tick = TickTime::FromTicks(1);
+	struct Case
+	{
+		char const* mName;
+		bool mPrefetch;
+		Prefetcher* mPrefetcher;
+		TickTime mStart;
+		TickTime mEnd;
+		int mExpected;
+	};
+	Case const cases[] = {
+		{"the whole time line", false, nullptr, -kTimeMax, kTimeMax, kSuccess},
+		{"prefetch with a prefetcher", true, &prefetcher, kTimeZero, kTimeZero, kSuccess},
+		{"no prefetch with a prefetcher", false, &prefetcher, kTimeZero, kTimeZero, kSuccess},
+		{"prefetch without a prefetcher", true, nullptr, kTimeZero, kTimeZero, eNullPointer},
+		{"starts a tick too early", false, nullptr, -kTimeMax - tick, kTimeZero, eInvalidArgument},
+		{"ends a tick too late", false, nullptr, kTimeZero, kTimeMax + tick, eInvalidArgument},
+		{"the other bounds are free", false, nullptr, kTimeNotATime, -kTimeNotATime, kSuccess},
+		{"both faults", true, nullptr, -kTimeNotATime, kTimeNotATime, eNullPointer},
+	};
+	auto const factory = SonaroFactory::CreateClassRef();
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		InterfaceRef<IAudioRenderContext> context;
+		EXPECT_EQ(factory->CreateAudioRenderContext(64, test.mPrefetch, false, test.mStart, test.mEnd, 16,
+					  kTimeZero, test.mPrefetcher, ImmutableString("name"), false, false, false, false,
+					  RenderQuality::kHigh, &context),
+			test.mExpected);
+		EXPECT_EQ(context.IsValid(), test.mExpected == kSuccess);
+	}
+}
+
+TEST(AudioRenderContext, NestingHidesAndRestoresTheOuterLevel)
+{
+	Prefetcher prefetcher;
+	ScopedContext const context(64, &prefetcher);
+	auto const concrete = ClassOf(context);
+	InterfaceRef<IAudioGenerator> silence;
+	SonaroFactory::CreateClassRef()->CreateSilentRenderer({}, &silence);
+	auto const key = MakeObject<FakeGenerator>(1);
+
+	context->IncrementInstanceIndex();
+	context->IncrementInstanceIndex();
+	concrete->AddCachedGenerator(key, silence);
+	AudioRenderContextClient outer;
+	EXPECT_EQ(outer.Init(context.Get(), k48000Hz), kSuccess);
+	EXPECT_FALSE(context->IsNotTopLevelPlayback());
+
+	context->PushNestingLevel();
+	AudioRenderContextClient inner;
+	inner.Init(context.Get(), k48000Hz);
+	EXPECT_EQ(context->GetNestingDepth(), 1u);
+	EXPECT_EQ(concrete->GetInstanceIndex(), 0u);
+	EXPECT_FALSE(context->FindCachedGenerator(key));
+	EXPECT_TRUE(context->IsNotTopLevelPlayback());
+
+	context->PopNestingLevel();
+	EXPECT_EQ(concrete->GetInstanceIndex(), 2u);
+	EXPECT_EQ(context->FindCachedGenerator(key), silence);
+	EXPECT_EQ(outer.GetNestingDepth(), 0u);
+	EXPECT_EQ(inner.GetNestingDepth(), 1u) << "a client keeps the place where it was initialised";
+
+	// The two clients reserve and find under different keys.
+	inner.ReserveStackAudioBuffer(2, 64, ImmutableString("tag"));
+	EXPECT_TRUE(inner.GetStackAudioBuffer(2, ImmutableString("tag")));
+	EXPECT_FALSE(outer.GetStackAudioBuffer(2, ImmutableString("tag")));
+}
+
+TEST(AudioRenderContext, MapsKeepTheFirstEntryExceptTrackRenderers)
+{
+	ScopedContext const context;
+	auto const concrete = ClassOf(context);
+	auto const key = MakeObject<FakeGenerator>(1);
+	auto const other = MakeObject<FakeGenerator>(1);
+	InterfaceRef<IAudioGenerator> const first = MakeObject<FakeGenerator>(1);
+	InterfaceRef<IAudioGenerator> const second = MakeObject<FakeGenerator>(1);
+
+	concrete->AddStreamRenderer(key, first);
+	concrete->AddStreamRenderer(key, second);
+	EXPECT_EQ(concrete->FindStreamRenderer(key), first);
+	EXPECT_FALSE(concrete->FindStreamRenderer(other));
+	// One object is one key, through whatever interface it is named.
+	EXPECT_EQ(concrete->FindStreamRenderer(InterfaceRef<IAudioGeneratorPrivate>(key)), first);
+
+	concrete->AddTrackRenderer(key, first);
+	concrete->AddTrackRenderer(key, second);
+	EXPECT_EQ(context->FindTrackRenderer(key), second);
+
+	concrete->AddContentRenderer(key, k48000Hz, k44100Hz, first);
+	EXPECT_EQ(concrete->FindContentRenderer(key, k48000Hz, k44100Hz), first);
+	EXPECT_FALSE(concrete->FindContentRenderer(key, k44100Hz, k48000Hz));
+	EXPECT_FALSE(concrete->FindContentRenderer(other, k48000Hz, k44100Hz));
+
+	unsigned long long count = 99;
+	EXPECT_FALSE(concrete->FindTrackGroup(key, count));
+	EXPECT_EQ(count, 0u);
+	concrete->AddTrackGroup(key, first);
+	concrete->AddTrackGroup(key, first);
+	EXPECT_EQ(concrete->FindTrackGroup(key, count), first);
+	EXPECT_EQ(count, 2u);
+}
+
+TEST(AudioRenderContext, ClearForgetsEverythingAndLeavesTheContextUsable)
+{
+	ScopedContext const context;
+	auto const concrete = ClassOf(context);
+	InterfaceRef<IAudioGenerator> const node = MakeObject<FakeGenerator>(1);
+	InterfaceRef<IAudioGenerator> silence;
+	SonaroFactory::CreateClassRef()->CreateSilentRenderer({}, &silence);
+	concrete->AddClone(node, silence);
+	concrete->AddStreamRenderer(node, silence);
+	concrete->AddTrackGroup(node, silence);
+	concrete->AddCachedGenerator(node, silence);
+
+	context->Clear();
+
+	unsigned long long count = 99;
+	EXPECT_FALSE(concrete->FindClone(node));
+	EXPECT_FALSE(concrete->FindStreamRenderer(node));
+	EXPECT_FALSE(concrete->FindTrackGroup(node, count));
+	EXPECT_EQ(count, 0u);
+	EXPECT_FALSE(context->FindCachedGenerator(node));
+	EXPECT_EQ(context->GetRenderName(), ImmutableString());
+	concrete->AddCachedGenerator(node, silence);
+	EXPECT_EQ(context->FindCachedGenerator(node), silence);
+}
+
+TEST(AudioRenderContext, ThePrefetchThreadGetsAContextOfItsOwn)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	Prefetcher prefetcher;
+	InterfaceRef<IAudioRenderContext> source;
+	factory->CreateAudioRenderContext(777, true, true, TickTime::FromTicks(1), TickTime::FromTicks(2), 33,
+		TickTime::FromTicks(44), &prefetcher, ImmutableString("name"), true, false, true, false,
+		RenderQuality::kMaximum, &source);
+	source->SetImmediateRender(true);
+	source->SetDelayCompensationDisabled(true);
+	source->SetTrackCacheEnabled(true);
+	source->SetFilterRenderFlag(true);
+	source->SetMulticamOption(true);
+	source->PushNestingLevel();
+
+	InterfaceRef<IAudioRenderContext> made;
+	ASSERT_EQ(factory->CreateAudioRenderContextForPrefetchThread(source, made), kSuccess);
+	InterfaceRef<AudioRenderContext> const context(made);
+	EXPECT_EQ(context->GetMaxBlockSize(), 777u);
+	EXPECT_EQ(context->GetControlInterval(), 33u);
+	EXPECT_EQ(context->GetMeterInterval(), TickTime::FromTicks(44));
+	EXPECT_EQ(context->GetRenderQuality(), RenderQuality::kMaximum);
+	EXPECT_TRUE(context->GetFaderParamFlag());
+	EXPECT_FALSE(context->GetPannerParamFlag());
+	EXPECT_TRUE(context->GetFilterParamFlag());
+	EXPECT_FALSE(context->GetSendParamFlag());
+	EXPECT_FALSE(context->IsPrefetchEnabled());
+	EXPECT_EQ(context->GetPrefetcher(), nullptr);
+	EXPECT_FALSE(context->GetContextOption());
+	EXPECT_EQ(context->GetRangeStart(), kTimeZero);
+	EXPECT_EQ(context->GetRangeEnd(), kTimeZero);
+	EXPECT_EQ(context->GetRenderName(), ImmutableString());
+	EXPECT_EQ(context->GetNestingDepth(), 0u);
+	EXPECT_FALSE(context->IsImmediateRender());
+	EXPECT_FALSE(context->IsDelayCompensationDisabled());
+	EXPECT_FALSE(context->IsTrackCacheEnabled());
+	EXPECT_FALSE(context->GetFilterRenderFlag());
+	EXPECT_FALSE(context->GetMulticamOption());
+	EXPECT_NE(&context->GetTempBufferPool(), &InterfaceRef<AudioRenderContext>(source)->GetTempBufferPool());
+
+	EXPECT_THROW(
+		factory->CreateAudioRenderContextForPrefetchThread({}, made), zorvcore::config::zorv_exception);
+	source->PopNestingLevel();
+}
+
+TEST(AudioRenderContextClient, InitReportsAndKeepsWhatItWasGiven)
+{
+	ScopedContext const context;
+	AudioRenderContextClient client;
+	EXPECT_THROW(client.GetMaxBlockSize(), zorvcore::config::zorv_exception);
+	EXPECT_EQ(client.Init({}, k48000Hz), eNullPointer);
+	EXPECT_EQ(client.Init(context.Get(), FrameRate()), eInvalidArgument);
+	EXPECT_EQ(client.GetMaxBlockSize(), 256u) << "the context is stored all the same";
+	EXPECT_EQ(client.Init(context.Get(), k44100Hz), kSuccess);
+	AudioRenderContextClient const copy = client;
+	EXPECT_EQ(copy.GetFrameRate(), k44100Hz);
+}
+
+} // namespace
+} // namespace SN

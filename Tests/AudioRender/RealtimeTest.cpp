@@ -1,0 +1,164 @@
+#include "Sonaro/IOffsetablePreview.h"
+#include "Sonaro/PrefetchRequestAccumulator.h"
+#include "Sonaro/SonaroFactory.h"
+#include "Support/Contexts.h"
+#include "Support/Fakes.h"
+#include "Support/RealtimeGuard.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <mutex>
+
+namespace SN
+{
+namespace
+{
+
+using namespace Testing;
+using zorvcore::classref::MakeObject;
+
+// Faults planted in a render call: the guard must see each one.
+enum class Fault
+{
+	kNone,
+	kNew,
+	kAlignedAllocation,
+	kRelease,
+	kAllocationInALibrary,
+	kLock,
+};
+
+TEST(RealtimeGuard, SeesWhatIsPlantedInARenderCall)
+{
+	struct Case
+	{
+		char const* mName;
+		Fault mFault;
+		bool mAllocates;
+		bool mLocks;
+	};
+	Case const cases[] = {
+		{"nothing", Fault::kNone, false, false},
+		{"operator new", Fault::kNew, true, false},
+		{"posix_memalign", Fault::kAlignedAllocation, true, false},
+		{"free", Fault::kRelease, true, false},
+		{"an allocation inside a shared library", Fault::kAllocationInALibrary, true, false},
+		{"a mutex", Fault::kLock, false, true},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		ScopedContext const context;
+		std::mutex mutex;
+		void* release = std::malloc(16);
+		void* aligned = nullptr;
+		int* made = nullptr;
+		dsp::AudioBuffer library;
+		auto const source = MakeObject<FakeSource>(1, 1000, SourceKind{},
+			[&](unsigned long long, long long inFrame)
+			{
+				switch (inFrame == 3 ? test.mFault : Fault::kNone)
+				{
+				case Fault::kNone:
+					break;
+				case Fault::kNew:
+					made = new int(1);
+					break;
+				case Fault::kAlignedAllocation:
+					EXPECT_EQ(posix_memalign(&aligned, 64, 64), 0);
+					break;
+				case Fault::kRelease:
+					std::free(release);
+					release = nullptr;
+					break;
+				case Fault::kAllocationInALibrary:
+					library.Init(2, 1000);
+					break;
+				case Fault::kLock:
+					mutex.lock();
+					mutex.unlock();
+					break;
+				}
+				return 0.5f;
+			});
+		source->mRecordsCalls = false;
+		InterfaceRef<IAudioGenerator> stream;
+		SonaroFactory::CreateClassRef()->CreateAudioStreamRenderer(
+			context.Get(), k48000Hz, source, -1, 1.0, {}, &stream);
+		dsp::AudioBuffer buffer(1, 16);
+		{
+			RealtimeGuard const guard;
+			stream->GetAudioData(kTimeZero, buffer, false);
+			EXPECT_EQ(guard.GetAllocations() > 0, test.mAllocates);
+			EXPECT_EQ(guard.GetLocks() > 0, test.mLocks);
+		}
+		delete made;
+		std::free(aligned);
+		std::free(release);
+	}
+}
+
+// Runs inPull over blocks before, across and behind the source's ends, in both directions.
+void ExpectQuiet(IAudioGenerator& ioGenerator, unsigned inChannels)
+{
+	dsp::AudioBuffer buffer(inChannels, 256);
+	std::vector<SynchronousPrefetchRequest> requests;
+	requests.reserve(64);
+	RealtimeGuard const guard;
+	PrefetchRequestAccumulator accumulator(PrefetchRequestAccumulator::FixedCapacity, &requests, nullptr);
+	for (long long const frame : {-1000, -256, -100, 0, 17, 900, 1000, 5000})
+	{
+		for (bool const reverse : {false, true})
+		{
+			TickTime const time(frame, k48000Hz);
+			ioGenerator.AccumulatePrefetchRequests({time, time + kTimeMax}, SynchronousPrefetch, accumulator);
+			ioGenerator.GetAudioData(time, buffer, reverse);
+			ioGenerator.GetDelay();
+			ioGenerator.HasHistory();
+		}
+	}
+	ioGenerator.Reset();
+	EXPECT_EQ(guard.GetAllocations(), 0);
+	EXPECT_EQ(guard.GetLocks(), 0);
+}
+
+TEST(RenderPath, StreamsAndClipsNeitherAllocateNorLock)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	Prefetcher prefetcher;
+	for (bool const prefetch : {false, true})
+	{
+		for (int const channelIndex : {-1, 1})
+		{
+			for (unsigned const clipChannels : {1u, 2u, 6u})
+			{
+				SCOPED_TRACE(testing::Message() << (prefetch ? "prefetch, " : "") << "channel "
+												<< channelIndex << " into " << clipChannels);
+				ScopedContext const context(256, prefetch ? &prefetcher : nullptr);
+				auto const source = MakeObject<FakeSource>(2, 1000, SourceKind{true, true});
+				source->mRecordsCalls = false;
+				InterfaceRef<IAudioGenerator> stream;
+				factory->CreateAudioStreamRenderer(
+					context.Get(), k48000Hz, source, channelIndex, 1.0, {}, &stream);
+				InterfaceRef<IOffsetablePreview>(stream)->AddPreviewOffset(TickTime(-30, k48000Hz));
+				InterfaceRef<IAudioGenerator> clip;
+				factory->CreateAudioClipRenderer(context.Get(), k48000Hz,
+					{{stream, {{0, 0}, {1, 1}, {5, 0}}}},
+					VX::CreateAudioChannelLayout(
+						VX::kAudioChannelTypeAdaptive, static_cast<int>(clipChannels)),
+					TickTime(40, k48000Hz), 0.5f, 1.0, &clip);
+				ExpectQuiet(*stream, 2);
+				ExpectQuiet(*clip, clipChannels);
+				ExpectQuiet(*clip->Clone(), clipChannels);
+			}
+		}
+	}
+	InterfaceRef<IAudioGenerator> silence;
+	factory->CreateSilentRenderer(VX::kAudioChannelLayout_Stereo, &silence);
+	ExpectQuiet(*silence, 2);
+}
+
+} // namespace
+} // namespace SN

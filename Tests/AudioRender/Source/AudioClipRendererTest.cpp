@@ -1,0 +1,262 @@
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/PrefetchRequestAccumulator.h"
+#include "Sonaro/SonaroFactory.h"
+#include "Support/Contexts.h"
+#include "Support/Fakes.h"
+#include "Support/NaiveClip.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvcore/config/Exceptions.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace SN
+{
+namespace
+{
+
+using namespace Testing;
+using zorvcore::classref::MakeObject;
+
+using Generators = std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap>;
+
+struct ClipSettings
+{
+	unsigned mChannels = 1;
+	TickTime mStartOffset;
+	float mGain = 1.0f;
+	double mSpeed = 1.0;
+	FrameRate mFrameRate = k48000Hz;
+};
+
+InterfaceRef<IAudioGenerator> MakeClip(
+	ScopedContext const& inContext, Generators const& inGenerators, ClipSettings const& inSettings = {})
+{
+	AudioChannelLayout const layout =
+		zorvmediatypes::CreateMultichannelLayout(static_cast<int>(inSettings.mChannels));
+	InterfaceRef<IAudioGenerator> clip;
+	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateAudioClipRenderer(inContext.Get(), inSettings.mFrameRate,
+				  inGenerators, layout, inSettings.mStartOffset, inSettings.mGain, inSettings.mSpeed, &clip),
+		kSuccess);
+	return clip;
+}
+
+TickTime Frames(long long inFrames)
+{
+	return {inFrames, k48000Hz};
+}
+
+AudioChannelMap Identity(unsigned inChannels)
+{
+	AudioChannelMap map;
+	for (unsigned channel = 0; channel < inChannels; ++channel)
+	{
+		map[channel] = channel;
+	}
+	return map;
+}
+
+TEST(AudioClipRenderer, AnyRoutingEqualsTheNaiveClip)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	std::mt19937 random(7);
+	for (int trial = 0; trial < 200; ++trial)
+	{
+		SCOPED_TRACE("trial " + std::to_string(trial));
+		ScopedContext const context(128);
+		unsigned const clipChannels = 1 + static_cast<unsigned>(random() % 8);
+		unsigned const count = 1 + static_cast<unsigned>(random() % 3);
+		NaiveClip naive;
+		naive.mStartOffset = static_cast<long long>(random() % 400) - 200;
+		naive.mGain = random() % 2 == 0 ? 1.0 : 0.25;
+		Generators generators;
+		// Each output channel has one feeder at most, and those that the clip does not silence by itself,
+		// the first ones, always have one.
+		for (unsigned index = 0; index < count; ++index)
+		{
+			NaiveStream stream;
+			stream.mSourceChannels = 1 + static_cast<unsigned>(random() % 8);
+			stream.mLength = 300;
+			AudioChannelMap map;
+			for (unsigned out = index; out < clipChannels; out += count)
+			{
+				if (out < count || random() % 3 != 0)
+				{
+					// Also channels that the generator does not have.
+					map[out] = random() % (stream.mSourceChannels + 1);
+				}
+			}
+			InterfaceRef<IAudioGenerator> generator;
+			factory->CreateAudioStreamRenderer(context.Get(), k48000Hz,
+				MakeObject<FakeSource>(stream.mSourceChannels, stream.mLength), -1, 1.0, {}, &generator);
+			generators[generator] = map;
+			naive.mStreams.emplace_back(stream, map);
+		}
+		ClipSettings const settings{
+			clipChannels, Frames(naive.mStartOffset), static_cast<float>(naive.mGain), 1.0, k48000Hz};
+		auto const make = [&] { return MakeClip(context, generators, settings); };
+		PullRange const range{static_cast<long long>(random() % 600) - 300,
+			1 + static_cast<unsigned>(random() % 400), 1 + static_cast<unsigned>(random() % 8)};
+
+		auto const expected = naive.Render(range.mStartFrame, range.mFrames, range.mChannels);
+		Samples const pulled = Pull(*make(), range, BlocksOf(128));
+		for (unsigned channel = 0; channel < range.mChannels; ++channel)
+		{
+			// Lower channels than the number of generators, without a feeder, stay as they came.
+			if (channel >= clipChannels && channel < count)
+			{
+				continue;
+			}
+			EXPECT_EQ(
+				DescribeDifference({pulled[channel]}, {{expected[channel].begin(), expected[channel].end()}}),
+				"");
+		}
+		ExpectAnySplitEqualsWhole(make, range, 128);
+		ExpectAnySplitEqualsWhole([&] { return make()->Clone(); }, range, 128);
+		ASSERT_FALSE(HasFailure());
+	}
+}
+
+TEST(AudioClipRenderer, LowerChannelsWithoutAFeederStayAsTheCallerLeftThem)
+{
+	ScopedContext const context;
+	auto const clip = MakeClip(context,
+		{{MakeObject<FakeGenerator>(1), {{1, 0}}}, {MakeObject<FakeGenerator>(1), {{3, 0}}}},
+		{4, {}, 1.0f, 1.0, k48000Hz});
+	dsp::AudioBuffer buffer(6, 4);
+	for (unsigned channel = 0; channel < 6; ++channel)
+	{
+		buffer.GetChannel(channel)[0] = 5.0f;
+	}
+	clip->GetAudioData(Frames(0), buffer, false);
+	EXPECT_FALSE(buffer.IsChannelSilent(0));
+	EXPECT_EQ(buffer.GetChannel(0)[0], 5.0f);
+	EXPECT_EQ(buffer.GetChannel(1)[0], PositionSample(0, 0));
+	EXPECT_TRUE(buffer.IsChannelSilent(2));
+	EXPECT_EQ(buffer.GetChannel(3)[0], PositionSample(0, 0));
+	EXPECT_TRUE(buffer.IsChannelSilent(4));
+	EXPECT_TRUE(buffer.IsChannelSilent(5));
+}
+
+TEST(AudioClipRenderer, ANarrowSingleGeneratorSeesABufferOfItsOwnWidth)
+{
+	ScopedContext const context;
+	struct Case
+	{
+		char const* mName;
+		unsigned mGeneratorChannels;
+		unsigned mClipChannels;
+		unsigned long long mSeen;
+	};
+	Case const cases[] = {{"narrower", 2, 6, 2}, {"as wide", 6, 6, 6}, {"wider", 8, 6, 8}};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		auto const generator = MakeObject<FakeGenerator>(test.mGeneratorChannels);
+		auto const clip =
+			MakeClip(context, {{generator, Identity(6)}}, {test.mClipChannels, {}, 1.0f, 1.0, k48000Hz});
+		Samples const pulled = PullWhole(*clip, {100, 8, 6});
+		EXPECT_EQ(generator->mSeenChannels, test.mSeen);
+		EXPECT_EQ(pulled[1][7], PositionSample(1, 107));
+		EXPECT_EQ(pulled[5][7], test.mGeneratorChannels > 5 ? PositionSample(5, 107) : 0.0f);
+	}
+}
+
+TEST(AudioClipRenderer, SpeedAndRateActOnTheOffsetAlone)
+{
+	struct Case
+	{
+		char const* mName;
+		long long mOffset;
+		double mSpeed;
+		FrameRate mSourceRate;
+		TickTime mExpected;
+	};
+	Case const cases[] = {
+		{"plain", 480, 1.0, k48000Hz, Frames(480)},
+		{"a tenth of the speed", 1, 0.1, k48000Hz, Frames(1) * 0.1},
+		{"backwards", 480, -2.0, k48000Hz, Frames(-960)},
+		{"the source's rate at speed 1", 480, 1.0, k44100Hz, Frames(441)},
+		{"speed goes before the rate", 480, 0.5, k44100Hz, Frames(240)},
+		{"an invalid source rate counts as 0", 480, 1.0, FrameRate(), Frames(0)},
+	};
+	ScopedContext const context;
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		auto const generator = MakeObject<FakeGenerator>(1, PositionSample, test.mSourceRate);
+		auto const clip = MakeClip(
+			context, {{generator, Identity(1)}}, {1, Frames(test.mOffset), 2.0f, test.mSpeed, k48000Hz});
+		dsp::AudioBuffer buffer(1, 4);
+		clip->GetAudioData(Frames(1000), buffer, true);
+		Call const expected{"GetAudioData", Frames(1000) + test.mExpected, 4, true};
+		EXPECT_EQ(generator->mCalls, std::vector<Call>{expected});
+	}
+}
+
+TEST(AudioClipRenderer, HandsItsCallsOnToEachGenerator)
+{
+	ScopedContext const context;
+	auto const a = MakeObject<FakeGenerator>(1);
+	auto const b = MakeObject<FakeGenerator>(1);
+	a->mDelay = TickTime::FromTicks(3);
+	b->mDelay = TickTime::FromTicks(7);
+	auto const clip = MakeClip(
+		context, {{a, {{0, 0}}}, {b, {{1, 0}}}, {{}, {{0, 0}}}}, {2, Frames(10), 1.0f, 1.0, k48000Hz});
+
+	EXPECT_EQ(clip->GetDelay(), TickTime::FromTicks(7));
+	context->SetDelayCompensationDisabled(true);
+	EXPECT_EQ(clip->GetDelay(), kTimeZero);
+	EXPECT_FALSE(clip->HasHistory());
+	b->mHasHistory = true;
+	EXPECT_TRUE(clip->HasHistory());
+	EXPECT_EQ(InterfaceRef<IAudioRenderGraphNodeInfo>(clip)->GetInputNodes().size(), 3u);
+
+	PrefetchRequestAccumulator nowhere(PrefetchRequestAccumulator::FixedCapacity, nullptr, nullptr);
+	clip->InitializeAudioFilters();
+	clip->AccumulatePrefetchRequests({Frames(5), Frames(25)}, AsynchronousPrefetch, nowhere);
+	clip->Preroll(Frames(100), true);
+	clip->FillInitialDelay(Frames(100), Frames(4), true, false);
+	clip->FillInitialDelay(Frames(100), Frames(4), true, true);
+	clip->Reset();
+	clip->ShutdownAudioFilters();
+	std::vector<Call> const expected = {
+		{"InitializeAudioFilters", {}, 0, false},
+		{"Prefetch 1", Frames(15), Frames(20).GetTicks(), false},
+		{"Preroll", Frames(110), 0, true},
+		// Without the offset, and not at all unless forced.
+		{"FillInitialDelay, forced", Frames(100), Frames(4).GetTicks(), true},
+		{"Reset", {}, 0, false},
+		{"ShutdownAudioFilters", {}, 0, false},
+	};
+	EXPECT_EQ(a->mCalls, expected);
+	EXPECT_EQ(b->mCalls, expected);
+}
+
+TEST(AudioClipRenderer, CreationReportsTheContextAndTheRate)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	ScopedContext const context;
+	InterfaceRef<IAudioGenerator> const before = MakeObject<FakeGenerator>(1);
+	InterfaceRef<IAudioGenerator> clip = before;
+	EXPECT_EQ(factory->CreateAudioClipRenderer({}, k48000Hz, {}, {}, {}, 1.0f, 1.0, &clip), eNullPointer);
+	EXPECT_EQ(factory->CreateAudioClipRenderer(context.Get(), FrameRate(), {}, {}, {}, 1.0f, 1.0, &clip),
+		eInvalidArgument);
+	EXPECT_EQ(clip, before);
+}
+
+TEST(AudioClipRenderer, WithoutGeneratorsEveryChannelIsSilent)
+{
+	ScopedContext const context;
+	auto const clip = MakeClip(context, {}, {2, {}, 0.5f, 1.0, k48000Hz});
+	EXPECT_EQ(clip->GetDelay(), kTimeZero);
+	EXPECT_FALSE(clip->HasHistory());
+	dsp::AudioBuffer buffer(2, 4);
+	clip->GetAudioData(Frames(0), buffer, false);
+	EXPECT_TRUE(buffer.IsSilent());
+}
+
+} // namespace
+} // namespace SN

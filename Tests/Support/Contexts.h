@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/SonaroFactory.h"
+#include "Support/Pull.h"
+
+namespace SN::Testing
+{
+
+// A context for a test, emptied at the end, so that the circle of contexts and nodes is broken.
+class ScopedContext
+{
+public:
+	explicit ScopedContext(unsigned inMaxBlockSize = 256, Prefetcher* inPrefetcher = nullptr)
+	{
+		SonaroFactory::CreateClassRef()->CreateAudioRenderContext(inMaxBlockSize, inPrefetcher != nullptr,
+			false, kTimeZero, kTimeMax, 16, kTimeZero, inPrefetcher, ImmutableString("test"), false, false,
+			false, false, RenderQuality::kMedium, &mContext);
+	}
+	~ScopedContext() { mContext->Clear(); }
+	ScopedContext(ScopedContext const&) = delete;
+	ScopedContext& operator=(ScopedContext const&) = delete;
+
+	InterfaceRef<IAudioRenderContext> const& Get() const { return mContext; }
+	IAudioRenderContext* operator->() const { return mContext.Get(); }
+
+private:
+	InterfaceRef<IAudioRenderContext> mContext;
+};
+
+} // namespace SN::Testing
