@@ -1,0 +1,104 @@
+#include "zorvcore/config/Exceptions.h"
+
+#include "AssertCapture.h"
+#include "zorvcore/async/Future.h"
+#include "zorvcore/utility/MachineException.h"
+
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+namespace
+{
+
+using namespace zorvcore;
+using namespace zorvcore::config;
+
+TEST(Exceptions, ThrowErrorCarriesPlaceCodeAndReplacements)
+{
+	AssertCapture const capture;
+	for (bool const report : {false, true})
+	{
+		try
+		{
+			ThrowError(
+				ErrorLevel::kError, "Mix.cpp", 42, eInvalidArgument, report, "track", 7, std::string("x"));
+		}
+		catch (zorv_exception const& exception)
+		{
+			EXPECT_EQ(exception.GetFileName(), "Mix.cpp");
+			EXPECT_EQ(exception.GetLine(), 42);
+			EXPECT_EQ(exception.GetResultCode(), eInvalidArgument);
+			EXPECT_STREQ(exception.what(), "Error 0xA00F0001: track, 7, x");
+		}
+	}
+	EXPECT_THAT(capture.GetMessages(), testing::ElementsAre("Error 0xA00F0001: track, 7, x"));
+}
+
+TEST(Exceptions, WithoutAMessageThePlaceIsTold)
+{
+	EXPECT_STREQ(zorv_exception("Mix.cpp", 42).what(), "Error 0xF865001E at Mix.cpp:42");
+}
+
+TEST(Exceptions, CopiesKeepTheirContentWhenTheOriginalIsGone)
+{
+	zorv_exception assigned("b", 2, eWaitFailed, "second");
+	{
+		zorv_exception const original("a", 1, eNotImplemented, "first");
+		assigned = original;
+	}
+	EXPECT_STREQ(assigned.what(), "first");
+	EXPECT_EQ(assigned.GetResultCode(), eNotImplemented);
+}
+
+TEST(Exceptions, EveryCapturedExceptionGivesAResultCode)
+{
+	struct Case
+	{
+		char const* mName;
+		std::exception_ptr mException;
+		Result mExpected;
+	};
+	Case const cases[] = {
+		{"none", nullptr, kSuccess},
+		{"of the family", std::make_exception_ptr(zorv_exception("", 0, eInvalidArgument)), eInvalidArgument},
+		{"derived", std::make_exception_ptr(NullPtrException("T")), eNullPointer},
+		{"not ready", std::make_exception_ptr(async::FutureNotReadyException()), eWaitFailed},
+		{"standard", std::make_exception_ptr(std::runtime_error("")), eUnspecifiedFailure},
+		{"no exception class", std::make_exception_ptr(3), eUnspecifiedFailure},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		Result const result = ExtractResultFromException(test.mException);
+		EXPECT_EQ(result, test.mExpected);
+		EXPECT_EQ(ResultSucceeded(result), test.mException == nullptr);
+	}
+}
+
+TEST(MachineException, IsHandledAndReportedWhenAsked)
+{
+	using utility::exceptions::InternalHiddenFilterWindowsSEHException;
+	AssertCapture const capture;
+	for (bool const report : {false, true})
+	{
+		EXPECT_EQ(InternalHiddenFilterWindowsSEHException(0xC0000005u, report, "Filter.cpp", 9, "Render"),
+			utility::exceptions::kExceptionHandled);
+	}
+	EXPECT_THAT(capture.GetMessages(), testing::ElementsAre("Machine exception 0xC0000005 in Render"));
+}
+
+TEST(Assert, AHandlerThatThrowsDoesNoHarmAndReportsAreCounted)
+{
+	auto const before = debug::GetAssertCount();
+	auto const former = debug::SetAssertHandler([](auto const&) { throw std::runtime_error(""); });
+	debug::DoSimpleAssert("deep/in/File.cpp", 1, "a");
+	std::string file;
+	debug::SetAssertHandler([&file](auto const& inReport) { file = inReport.mFile; });
+	debug::DoSimpleAssert("deep/in/File.cpp", 1, "b");
+	debug::SetAssertHandler(former);
+	EXPECT_EQ(file, "File.cpp");
+	EXPECT_EQ(debug::GetAssertCount(), before + 2);
+}
+
+} // namespace

@@ -1,0 +1,257 @@
+#include "zorvcore/threads/AsyncThreadedExecutor.h"
+
+#include "AssertCapture.h"
+#include "zorvcore/threads/CurrentThread.h"
+#include "zorvcore/threads/Gate.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <numeric>
+#include <stdexcept>
+#include <sys/resource.h>
+#include <thread>
+#include <unistd.h>
+
+namespace
+{
+
+using namespace zorvcore::threads;
+
+bool ThreadExists(std::string const& inName)
+{
+	for (auto const& thread : std::filesystem::directory_iterator("/proc/self/task"))
+	{
+		std::string name;
+		std::getline(std::ifstream(thread.path() / "comm"), name);
+		if (name == inName)
+		{
+			return true;
+		}
+	}
+	return false;
+}
+
+TEST(AsyncThreadedExecutor, TheThreadStartsWithTheFirstTaskUnderTheFirst15BytesOfTheName)
+{
+	auto const executor = CreateAsyncThreadedExecutor("SN::AudioPrefetch");
+	EXPECT_FALSE(ThreadExists("SN::AudioPrefet"));
+	bool existed = false;
+	executor->Queue([&existed] { existed = ThreadExists("SN::AudioPrefet"); });
+	executor->Stop();
+	EXPECT_TRUE(existed);
+}
+
+TEST(AsyncThreadedExecutor, OneThreadRunsTasksInOrder)
+{
+	constexpr int kTasks = 1000;
+	std::vector<int> order;
+	auto const executor = CreateAsyncThreadedExecutor("order");
+	for (int i = 0; i < kTasks; ++i)
+	{
+		EXPECT_TRUE(executor->Queue([&order, i] { order.push_back(i); }));
+	}
+	executor->Stop();
+	std::vector<int> expected(kTasks);
+	std::iota(expected.begin(), expected.end(), 0);
+	EXPECT_EQ(order, expected);
+}
+
+TEST(AsyncThreadedExecutor, PausedTasksWaitForTheResume)
+{
+	auto const executor = CreateAsyncThreadedExecutor("pause");
+	std::atomic<bool> resumed{false};
+	bool ranAfterResume = false;
+	executor->Queue([] {});
+	executor->Pause();
+	executor->Queue([&] { ranAfterResume = resumed; });
+	// Time for an executor that ignores the pause to be caught.
+	std::this_thread::sleep_for(std::chrono::milliseconds(20));
+	resumed = true;
+	executor->Resume();
+	executor->Stop();
+	EXPECT_TRUE(ranAfterResume);
+}
+
+TEST(AsyncThreadedExecutor, StopLiftsAPauseDrainsAndRefusesNewTasks)
+{
+	auto const executor = CreateAsyncThreadedExecutor("drain");
+	auto const held = std::make_shared<int>();
+	int ran = 0;
+	executor->Pause();
+	for (int i = 0; i < 100; ++i)
+	{
+		executor->Queue([&ran, held] { ++ran; });
+	}
+	executor->Stop();
+	EXPECT_EQ(ran, 100);
+	EXPECT_EQ(held.use_count(), 1) << "a finished task still holds what it captured";
+	EXPECT_FALSE(executor->Queue([&ran] { ++ran; }));
+	executor->Pause();
+	executor->Stop();
+	executor->Dispose();
+	executor->Dispose();
+	EXPECT_EQ(ran, 100);
+}
+
+TEST(AsyncThreadedExecutor, StopAndDisposeWithoutAnyTaskReturn)
+{
+	auto const executor = CreateAsyncThreadedExecutor("idle", 0);
+	executor->Stop();
+	executor->Dispose();
+	EXPECT_FALSE(executor->Queue([] {}));
+}
+
+TEST(AsyncThreadedExecutor, DisposedInItsOwnTaskItStillRunsWhatWasQueued)
+{
+	Gate begin(false);
+	Gate done(false);
+	int ran = 0;
+	auto executor = CreateAsyncThreadedExecutor("self");
+	executor->Queue(
+		[&]
+		{
+			begin.PassThrough();
+			executor->Stop();
+			EXPECT_FALSE(executor->Queue([] {}));
+			executor->Dispose();
+			executor.reset();
+		});
+	for (int i = 0; i < 10; ++i)
+	{
+		executor->Queue([&ran] { ++ran; });
+	}
+	executor->Queue([&done] { done.Open(); });
+	begin.Open();
+	done.PassThrough();
+	EXPECT_EQ(ran, 10);
+}
+
+TEST(AsyncThreadedExecutor, ReleasingTheLastReferenceInATaskIsHarmless)
+{
+	Gate begin(false);
+	Gate done(false);
+	auto executor = CreateAsyncThreadedExecutor("last", 2);
+	executor->Queue(
+		[&begin, &done, self = executor]() mutable
+		{
+			begin.PassThrough();
+			self.reset();
+			done.Open();
+		});
+	executor.reset();
+	begin.Open();
+	done.PassThrough();
+}
+
+TEST(AsyncThreadedExecutor, ATaskThatThrowsIsReportedAndTheThreadGoesOn)
+{
+	AssertCapture const capture;
+	auto const executor = CreateAsyncThreadedExecutor("thrower");
+	std::thread::id first;
+	std::thread::id second;
+	executor->Queue(
+		[&first]
+		{
+			first = std::this_thread::get_id();
+			throw std::runtime_error("disk gone");
+		});
+	executor->Queue([] { throw 1; });
+	executor->Queue([&second] { second = std::this_thread::get_id(); });
+	executor->Stop();
+	EXPECT_EQ(first, second);
+	EXPECT_THAT(capture.GetMessages(), testing::ElementsAre("A task of \"thrower\" threw: disk gone",
+										   "A task of \"thrower\" threw: unknown exception"));
+}
+
+TEST(AsyncThreadedExecutor, SeveralThreadsWorkAtOnce)
+{
+	constexpr unsigned kThreads = 3;
+	std::atomic<unsigned> arrived{0};
+	Gate allArrived(false);
+	auto const executor = CreateAsyncThreadedExecutor("several", kThreads);
+	for (unsigned i = 0; i < kThreads; ++i)
+	{
+		executor->Queue(
+			[&]
+			{
+				if (++arrived == kThreads)
+				{
+					allArrived.Open();
+				}
+				allArrived.PassThrough();
+			});
+	}
+	executor->Stop();
+	EXPECT_EQ(arrived, kThreads);
+}
+
+TEST(AsyncThreadedExecutor, ManyThreadsMayQueueWhileOneDisposes)
+{
+	for (int round = 0; round < 50; ++round)
+	{
+		std::atomic<int> accepted{0};
+		std::atomic<int> ran{0};
+		auto const executor = CreateAsyncThreadedExecutor("race", 2);
+		auto const produce = [&]
+		{
+			while (executor->Queue([&ran] { ++ran; }))
+			{
+				++accepted;
+			}
+		};
+		std::thread first(produce);
+		std::thread second(produce);
+		while (ran < 20)
+		{
+			std::this_thread::yield();
+		}
+		std::thread disposer([&executor] { executor->Dispose(); });
+		executor->Dispose();
+		first.join();
+		second.join();
+		disposer.join();
+		EXPECT_EQ(ran, accepted);
+	}
+}
+
+TEST(AsyncThreadedExecutor, PrioritiesBecomeNiceValuesOfTheProcess)
+{
+	int const processNice = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
+	struct Case
+	{
+		ThreadPriority mPriority;
+		int mSteps;
+	};
+	constexpr Case kCases[] = {
+		{ThreadPriority::kIdle, 4},
+		{ThreadPriority::kBackground, 2},
+		{ThreadPriority::kNormal, 0},
+		{ThreadPriority::kAboveNormal, -1},
+		{ThreadPriority::kUrgent, -3},
+	};
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(static_cast<int>(test.mPriority));
+		int nice = 0;
+		auto const executor = CreateAsyncThreadedExecutor("nice", 1, test.mPriority);
+		executor->Queue([&nice] { nice = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())); });
+		executor->Stop();
+		int const wanted = std::clamp(processNice + 5 * test.mSteps, -20, 19);
+		// Without the privilege to raise it, a thread has the priority of the process.
+		EXPECT_TRUE(nice == wanted || (test.mSteps < 0 && nice == processNice)) << nice;
+	}
+}
+
+TEST(CurrentThread, OnlyTheFirstThreadIsTheMainThread)
+{
+	bool other = true;
+	std::thread([&other] { other = CurrentThreadIsMainThread(); }).join();
+	EXPECT_FALSE(other);
+	EXPECT_TRUE(CurrentThreadIsMainThread());
+}
+
+} // namespace

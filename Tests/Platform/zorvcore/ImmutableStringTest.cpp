@@ -1,0 +1,98 @@
+#include "zorvcore/utility/ImmutableString.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <thread>
+#include <unordered_set>
+#include <vector>
+
+namespace
+{
+
+using zorvcore::utility::ImmutableString;
+
+TEST(ImmutableString, EqualTextsAreOneContent)
+{
+	std::string const text = "AudioClipRenderer";
+	ImmutableString const a(text);
+	ImmutableString const b(std::string(text).c_str());
+	ImmutableString const other("AudioClipTrackRenderer");
+	EXPECT_EQ(a, b);
+	EXPECT_EQ(a.GetCString(), b.GetCString());
+	EXPECT_NE(a, other);
+	EXPECT_FALSE(a < b || b < a);
+	EXPECT_NE(a < other, other < a);
+	EXPECT_EQ(std::hash<ImmutableString>()(a), std::hash<ImmutableString>()(b));
+	EXPECT_EQ((std::set<ImmutableString>{a, b, other, ImmutableString()}.size()), 3u);
+	EXPECT_EQ((std::unordered_set<ImmutableString>{a, b, other, ImmutableString()}.size()), 3u);
+}
+
+TEST(ImmutableString, KeepsItsTextWhole)
+{
+	std::string const texts[] = {
+		"", "a", std::string("with\0zero", 9), std::string(15, 'x'), std::string(10000, 'y')};
+	for (std::string const& text : texts)
+	{
+		ImmutableString const string(text);
+		EXPECT_EQ(string.GetText(), text);
+		EXPECT_EQ(string.GetCString()[text.size()], '\0');
+		EXPECT_EQ(string.IsEmpty(), text.empty());
+	}
+	EXPECT_NE(ImmutableString(texts[2]), ImmutableString("with"));
+	EXPECT_EQ(ImmutableString(""), ImmutableString());
+}
+
+TEST(ImmutableString, CopiesOutliveTheirOriginals)
+{
+	ImmutableString survivor;
+	{
+		ImmutableString original("short-lived");
+		ImmutableString copy = original;
+		ImmutableString moved = std::move(original);
+		EXPECT_TRUE(original.IsEmpty()); // NOLINT(bugprone-use-after-move): its state is the promise.
+		EXPECT_EQ(copy, moved);
+		survivor = copy;
+		ImmutableString& self = survivor;
+		survivor = self;
+		survivor = std::move(self);
+	}
+	EXPECT_EQ(survivor.GetText(), "short-lived");
+	EXPECT_EQ(survivor, ImmutableString("short-lived"));
+	survivor = ImmutableString();
+	EXPECT_TRUE(survivor.IsEmpty());
+}
+
+// Texts come and go on all threads at once, so that many a lookup meets a content whose last reference
+// is just going.
+TEST(ImmutableString, TwoThatLiveAtOnceAreOneContentUnderThreads)
+{
+	constexpr int kThreads = 4;
+	constexpr int kSteps = 20000;
+	std::vector<std::thread> threads;
+	for (int i = 0; i < kThreads; ++i)
+	{
+		threads.emplace_back(
+			[i]
+			{
+				ImmutableString held;
+				for (int k = 0; k < kSteps; ++k)
+				{
+					std::string const text = "text" + std::to_string((k + i) % 3);
+					ImmutableString const a(text);
+					ImmutableString const b(text);
+					ASSERT_EQ(a, b);
+					ASSERT_EQ(a.GetText(), text);
+					ASSERT_EQ(held == a, held.GetText() == text);
+					held = k % 7 == 0 ? ImmutableString() : b;
+				}
+			});
+	}
+	for (std::thread& thread : threads)
+	{
+		thread.join();
+	}
+}
+
+} // namespace
