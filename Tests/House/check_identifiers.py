@@ -19,7 +19,7 @@ def main(root):
                     continue
                 path = os.path.join(folder, name)
                 with open(path, encoding="utf-8") as file:
-                    text = file.read()
+                    text = re.sub(r"//.*", "", file.read())
                 declared = len(re.findall(r"\bkIdentifier\s*\{", text))
                 matches = PATTERN.findall(text)
                 if declared != len(matches):

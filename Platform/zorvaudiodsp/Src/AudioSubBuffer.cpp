@@ -87,6 +87,11 @@ void AudioSubBuffer::MarkChannelSilent(unsigned long long inChannel)
 
 void AudioSubBuffer::ClearSilenceFlags(SilenceFlags const& inFlags)
 {
+	if (GetUseSize() == 0)
+	{
+		// Nothing audible can have come in.
+		return;
+	}
 	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
 	{
 		if (!inFlags.Test(channel) || !GetChannel(channel))
