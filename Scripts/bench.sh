@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Builds and runs the benchmarks. Arguments go to each of them, for instance --benchmark_filter=Merge.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+Scripts/setup.sh test
+
+mkdir -p build
+cmake --preset release > build/release.configure.log 2>&1 || {
+	cat build/release.configure.log
+	exit 1
+}
+cmake --build --preset release --parallel "$(nproc)" --target benchmarks
+build/release/Benchmarks/benchmarks "$@"

@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Sees to it that what the build needs is there. Safe to run again, and quick when nothing is missing.
+# Usage: setup.sh [build | test]    "test" adds what only tests and benchmarks need
+set -euo pipefail
+
+packages=(g++ cmake ninja-build ccache pkg-config
+	libboost-dev libxxhash-dev libsndfile1-dev nlohmann-json3-dev libcli11-dev)
+if [ "${1:-build}" = test ]; then
+	packages+=(clang libclang-rt-14-dev python3 libgtest-dev libgmock-dev libbenchmark-dev)
+fi
+
+missing=()
+for package in "${packages[@]}"; do
+	[ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+if [ "$(id -u)" -ne 0 ]; then
+	echo "Missing packages. Install them as root and run this again:" >&2
+	echo "  apt-get install ${missing[*]}" >&2
+	exit 1
+fi
+echo "Installing ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq
+apt-get install -y -qq --no-install-recommends "${missing[@]}" > /dev/null

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Builds and runs the whole test suite: under the address and undefined behaviour sanitizers (g++), under
+# the thread sanitizer (clang), and as released (g++). Sets up the machine first.
+# Usage: test.sh [preset ...]    by default asan tsan release
+set -euo pipefail
+cd "$(dirname "$0")/.."
+Scripts/setup.sh test
+
+presets=("$@")
+[ ${#presets[@]} -gt 0 ] || presets=(asan tsan release)
+mkdir -p build
+for preset in "${presets[@]}"; do
+	echo "== $preset"
+	cmake --preset "$preset" > "build/$preset.configure.log" 2>&1 || {
+		cat "build/$preset.configure.log"
+		exit 1
+	}
+	cmake --build --preset "$preset" --parallel "$(nproc)"
+	ctest --preset "$preset" --parallel "$(nproc)"
+done
