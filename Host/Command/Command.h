@@ -1,0 +1,44 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace SonaroCommand
+{
+
+// What the program ends with.
+enum ExitCode : int
+{
+	kExitSuccess = 0,
+	// The input or the output failed.
+	kExitFailure = 1,
+	// Wrong usage.
+	kExitUsage = 2,
+};
+
+// One of the program's commands: "sonaro NAME ...". Its constructor declares the options to the parser.
+class Command
+{
+public:
+	virtual ~Command() = default;
+	Command(Command const&) = delete;
+	Command& operator=(Command const&) = delete;
+
+	// Whether the command line named it.
+	bool IsChosen() const { return mParser->parsed(); }
+
+	// Does it, once its options were parsed. Throws a HostError.
+	virtual int Run() = 0;
+
+protected:
+	Command(CLI::App& ioProgram, char const* inName, char const* inDescription)
+		: mParser(ioProgram.add_subcommand(inName, inDescription))
+	{
+	}
+
+	CLI::App& GetParser() { return *mParser; }
+
+private:
+	CLI::App* mParser;
+};
+
+} // namespace SonaroCommand

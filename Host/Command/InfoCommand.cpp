@@ -1,0 +1,66 @@
+#include "InfoCommand.h"
+
+#include "Console.h"
+#include "Json.h"
+#include "SonaroHost/AudioFileInfo.h"
+#include "SonaroHost/TimePosition.h"
+
+namespace SonaroCommand
+{
+
+namespace
+{
+
+using SonaroHost::AudioFileInfo;
+
+std::string DescribeForPeople(AudioFileInfo const& inInfo)
+{
+	std::string text;
+	auto const add = [&text](std::string inName, std::string const& inValue)
+	{
+		inName.resize(10, ' ');
+		text += inName + inValue + "\n";
+	};
+	add("File", inInfo.mPath.string());
+	add("Format", inInfo.mContainer + ", " + inInfo.mEncoding);
+	add("Channels",
+		std::to_string(inInfo.GetNumChannels()) + " (" + SonaroHost::GetLayoutName(inInfo.mLayout) + ")");
+	add("Rate", std::to_string(inInfo.mSampleRate) + " Hz");
+	add("Length", SonaroHost::FormatTime(inInfo.mFrames, inInfo.mSampleRate) + " (" +
+					  std::to_string(inInfo.mFrames) + " samples" +
+					  (inInfo.mStatesLength ? ")" : "; not stated in the header, found by reading)"));
+	return text;
+}
+
+std::string DescribeForMachines(AudioFileInfo const& inInfo)
+{
+	Json json;
+	json["file"] = inInfo.mPath.string();
+	json["format"] = inInfo.mContainer;
+	json["encoding"] = inInfo.mEncoding;
+	json["channels"] = inInfo.GetNumChannels();
+	json["layout"] = SonaroHost::GetLayoutName(inInfo.mLayout);
+	json["rate"] = inInfo.mSampleRate;
+	json["samples"] = inInfo.mFrames;
+	json["seconds"] = static_cast<double>(inInfo.mFrames) / inInfo.mSampleRate;
+	json["statesLength"] = inInfo.mStatesLength;
+	return ToText(json);
+}
+
+} // namespace
+
+InfoCommand::InfoCommand(CLI::App& ioProgram)
+	: Command(ioProgram, "info", "Tell the format, channels, rate and length of a sound file")
+{
+	GetParser().add_option("INPUT", mInput, "The sound file")->option_text("(required)")->required();
+	GetParser().add_flag("--json", mAsJson, "Print it as JSON");
+}
+
+int InfoCommand::Run()
+{
+	AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput);
+	PrintResult(mAsJson ? DescribeForMachines(info) : DescribeForPeople(info));
+	return kExitSuccess;
+}
+
+} // namespace SonaroCommand

@@ -1,0 +1,90 @@
+#include "Command.h"
+#include "Console.h"
+#include "InfoCommand.h"
+#include "OperatingSystem.h"
+#include "RenderCommand.h"
+#include "SonaroHost/HostError.h"
+
+#include <exception>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using namespace SonaroCommand;
+
+// Wrong usage ends in one line that says where to read on.
+int RefuseUsage(CLI::App const& inProgram, CLI::ParseError const& inError)
+{
+	std::string name = "sonaro";
+	for (CLI::App const* const command : inProgram.get_subcommands())
+	{
+		name += " " + command->get_name();
+	}
+	PrintError(std::string(inError.what()) + " (see " + name + " --help)");
+	return kExitUsage;
+}
+
+int RunCommand(Command& ioCommand)
+{
+	using SonaroHost::HostError;
+	try
+	{
+		return ioCommand.Run();
+	}
+	catch (HostError const& error)
+	{
+		PrintError(error.what());
+		return error.GetKind() == HostError::Kind::eRequest ? kExitUsage : kExitFailure;
+	}
+	catch (std::bad_alloc const&)
+	{
+		PrintError("there is not enough memory");
+	}
+	catch (std::exception const& error)
+	{
+		PrintError(error.what());
+	}
+	return kExitFailure;
+}
+
+} // namespace
+
+int main(int inCount, char** inArguments)
+{
+	MakeFileSizeLimitAnError();
+	CLI::App program("Renders sound, exact to the sample.", "sonaro");
+	program.set_version_flag("--version", "sonaro " SONARO_VERSION);
+	program.require_subcommand(1);
+	program.footer(
+		"\"sonaro COMMAND --help\" tells more about a command.\n"
+		"The program ends with 0, with 1 when the input or the output failed, with 2 for wrong usage.");
+
+	std::vector<std::unique_ptr<Command>> commands;
+	commands.push_back(std::make_unique<RenderCommand>(program));
+	commands.push_back(std::make_unique<InfoCommand>(program));
+	try
+	{
+		program.parse(inCount, inArguments);
+	}
+	catch (CLI::Success const& request)
+	{
+		// Help or the version.
+		return program.exit(request);
+	}
+	catch (CLI::ParseError const& error)
+	{
+		return RefuseUsage(program, error);
+	}
+	for (auto const& command : commands)
+	{
+		if (command->IsChosen())
+		{
+			return RunCommand(*command);
+		}
+	}
+	return kExitUsage;
+}

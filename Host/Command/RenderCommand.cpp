@@ -1,0 +1,301 @@
+#include "RenderCommand.h"
+
+#include "Console.h"
+#include "Json.h"
+#include "OperatingSystem.h"
+#include "ProgressReport.h"
+#include "SonaroHost/HostError.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <stop_token>
+#include <string_view>
+
+namespace SonaroCommand
+{
+
+namespace
+{
+
+using namespace SonaroHost;
+
+// More than any recording needs in either direction.
+constexpr double kLargestGainDecibels = 200.0;
+
+[[noreturn]] void Refuse(std::string const& inMessage)
+{
+	throw HostError(HostError::Kind::eRequest, inMessage);
+}
+
+TimePosition ParseTime(std::string const& inOption, std::string const& inText)
+{
+	auto const time = TimePosition::Parse(inText);
+	if (!time)
+	{
+		Refuse(inOption + ": '" + inText +
+			   "' is no time; give seconds (12.5), minutes (1:02.5), hours (1:00:02.5) or samples (48000s)");
+	}
+	return *time;
+}
+
+// "2,1" to channels from 0 on.
+std::vector<unsigned> ParseChannels(std::string_view inText)
+{
+	std::vector<unsigned> channels;
+	for (std::string_view rest = inText;;)
+	{
+		std::size_t const comma = rest.find(',');
+		std::string_view const field = rest.substr(0, comma);
+		unsigned channel = 0;
+		auto const [end, error] = std::from_chars(field.data(), field.data() + field.size(), channel);
+		if (error != std::errc() || end != field.data() + field.size() || channel < 1)
+		{
+			Refuse("--channels: '" + std::string(inText) +
+				   "' is no list of channels; give numbers from 1 on with commas between, like 2,1");
+		}
+		channels.push_back(channel - 1);
+		if (comma == std::string_view::npos)
+		{
+			return channels;
+		}
+		rest.remove_prefix(comma + 1);
+	}
+}
+
+OutputContainer ChooseContainer(std::string const& inFormat, std::string const& inOutput)
+{
+	auto const container = inFormat.empty() ? FindContainerByEnding(inOutput) : FindContainer(inFormat);
+	if (!container)
+	{
+		Refuse("the ending of " + QuotePath(inOutput) +
+			   " names no output format; end it in .wav, .aiff, .flac or .caf, or give --format");
+	}
+	return *container;
+}
+
+OutputSamples GetSamples(std::string const& inBits)
+{
+	return inBits == "16"   ? OutputSamples::eInteger16
+		   : inBits == "24" ? OutputSamples::eInteger24
+							: OutputSamples::eFloat32;
+}
+
+// "-3.02 dBFS", "-inf dBFS" for silence.
+std::string FormatPeak(float inPeak)
+{
+	std::array<char, 32> text{};
+	std::snprintf(text.data(), text.size(), "%.2f dBFS", 20.0 * std::log10(static_cast<double>(inPeak)));
+	return text.data();
+}
+
+double GetRenderedSeconds(RenderSummary const& inSummary)
+{
+	return static_cast<double>(inSummary.mFrames) / inSummary.mSampleRate;
+}
+
+double GetRealTimeFactor(RenderSummary const& inSummary)
+{
+	return inSummary.mElapsedSeconds > 0.0 ? GetRenderedSeconds(inSummary) / inSummary.mElapsedSeconds : 0.0;
+}
+
+std::string DescribeForPeople(
+	std::string const& inOutput, ClipRenderJob const& inJob, RenderSummary const& inSummary)
+{
+	std::array<char, 64> speed{};
+	std::snprintf(
+		speed.data(), speed.size(), "%.0f times faster than real time", GetRealTimeFactor(inSummary));
+	bool const isDithered = inSummary.mFormat.mDither == Dither::eTriangular;
+	return inOutput + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
+		   std::to_string(inSummary.mFrames) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) + ", " +
+		   std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) + " " +
+		   GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\npeak " +
+		   FormatPeak(inSummary.mPeak) + ", " + speed.data() + "\n";
+}
+
+std::string DescribeForMachines(std::string const& inInput, std::string const& inOutput,
+	ClipRenderJob const& inJob, RenderSummary const& inSummary)
+{
+	// Numbers that are not finite become null.
+	Json json;
+	json["input"] = inInput;
+	json["output"] = inOutput;
+	json["format"] = GetName(inSummary.mFormat.mContainer);
+	json["samples"] = inSummary.mFrames;
+	json["seconds"] = GetRenderedSeconds(inSummary);
+	json["channels"] = inSummary.mChannels;
+	json["layout"] = GetLayoutName(inJob.GetOutputLayout());
+	json["rate"] = inSummary.mSampleRate;
+	json["encoding"] = GetName(inSummary.mFormat.mSamples);
+	json["dither"] = inSummary.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
+	json["peak"] = inSummary.mPeak;
+	json["peakDbfs"] = 20.0 * std::log10(static_cast<double>(inSummary.mPeak));
+	json["clippedSamples"] = inSummary.mClippedSamples;
+	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
+	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
+	return ToText(json);
+}
+
+} // namespace
+
+RenderCommand::RenderCommand(CLI::App& ioProgram)
+	: Command(ioProgram, "render", "Render a sound file into another"),
+	  mBlockFrames(ClipRenderRequest().mBlockFrames)
+{
+	GetParser()
+		.add_option("INPUT", mInput, "The sound file: WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 ...")
+		->option_text("(required)")
+		->required();
+	GetParser()
+		.add_option(
+			"-o,--output", mOutput, "The file to write, complete or not at all; an older one is replaced")
+		->option_text("OUTPUT (required)")
+		->required();
+	AddFormatOptions();
+	AddRangeOptions();
+	AddReportOptions();
+	GetParser().footer(
+		"Times are seconds (12.5), minutes (1:02.5), hours (1:00:02.5) or samples (48000s).\n\n"
+		"Examples:\n"
+		"  sonaro render interview.flac -o interview.wav\n"
+		"  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
+		"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6");
+}
+
+void RenderCommand::AddFormatOptions()
+{
+	GetParser()
+		.add_option("--format", mFormat, "wav, aiff, flac or caf, instead of what OUTPUT ends in")
+		->option_text("NAME")
+		->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
+	GetParser()
+		.add_option("--bits", mBits, "16, 24 or 32f, which is 32-bit float (default: 32f, for FLAC 24)")
+		->option_text("BITS")
+		->check(CLI::IsMember({"16", "24", "32f"}));
+	GetParser()
+		.add_option("--dither", mDither,
+			"tpdf or none (default: tpdf where 16 bits round the input's samples, else none)")
+		->option_text("KIND")
+		->check(CLI::IsMember({"tpdf", "none"}));
+	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Refuse to replace an older file");
+}
+
+void RenderCommand::AddRangeOptions()
+{
+	GetParser().add_option("--start", mStart, "Where in the input to begin")->option_text("TIME");
+	GetParser()
+		.add_option("--duration", mDuration, "How much to render, at most to the end of the input")
+		->option_text("TIME");
+	GetParser()
+		.add_option("--channels", mChannels, "Channels of the input from 1 on, in their new order, like 2,1")
+		->option_text("LIST");
+	GetParser()
+		.add_option("--gain-db", mGainDecibels, "Decibels to make it louder, or below 0 softer")
+		->option_text("DB")
+		->check(CLI::Range(-kLargestGainDecibels, kLargestGainDecibels));
+	GetParser().add_flag("--reverse", mIsReverse, "From the end to the start");
+	GetParser()
+		.add_option("--block", mBlockFrames,
+			"Samples rendered at a time, 1 to 262144 (default: 4096); any gives the same result")
+		->option_text("SAMPLES")
+		->check(CLI::Range(1u, kMaxBlockFrames));
+}
+
+void RenderCommand::AddReportOptions()
+{
+	GetParser().add_flag("--quiet", mIsQuiet, "Tell nothing but warnings and errors");
+	GetParser().add_flag("--json", mAsJson, "Print the summary as JSON on the standard output");
+}
+
+int RenderCommand::Run()
+{
+	ClipRenderJob job(MakeRequest());
+	if (!job.GetInputInfo().mStatesLength)
+	{
+		PrintWarning(QuotePath(mInput) + " states no length; it has the " +
+					 std::to_string(job.GetInputInfo().mFrames) + " samples that can be read");
+	}
+	Report(job, Render(job));
+	return kExitSuccess;
+}
+
+ClipRenderRequest RenderCommand::MakeRequest() const
+{
+	ClipRenderRequest request;
+	request.mInput = mInput;
+	request.mOutput = mOutput;
+	request.mContainer = ChooseContainer(mFormat, mOutput);
+	if (!mBits.empty())
+	{
+		request.mSamples = GetSamples(mBits);
+	}
+	if (!mDither.empty())
+	{
+		request.mDither = mDither == "tpdf" ? Dither::eTriangular : Dither::eNone;
+	}
+	if (!mStart.empty())
+	{
+		request.mStart = ParseTime("--start", mStart);
+	}
+	if (!mDuration.empty())
+	{
+		request.mDuration = ParseTime("--duration", mDuration);
+	}
+	if (!mChannels.empty())
+	{
+		request.mChannels = ParseChannels(mChannels);
+	}
+	if (mGainDecibels != 0.0)
+	{
+		request.mGain = static_cast<float>(std::pow(10.0, mGainDecibels / 20.0));
+	}
+	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
+	request.mBlockFrames = mBlockFrames;
+	request.mReplace = !mKeepsOldFile;
+	return request;
+}
+
+RenderSummary RenderCommand::Render(ClipRenderJob& ioJob) const
+{
+	InterruptGuard interrupt;
+	std::stop_source stop;
+	std::optional<RenderSummary> summary;
+	{
+		ProgressReport report(ioJob.GetInputInfo().mSampleRate, mIsQuiet);
+		auto const progress = [&](RenderProgress const& inProgress)
+		{
+			report.Update(inProgress);
+			if (interrupt.IsInterrupted())
+			{
+				stop.request_stop();
+			}
+		};
+		summary = ioJob.Run(progress, stop.get_token());
+	}
+	if (!summary)
+	{
+		interrupt.EndProcess();
+	}
+	return *summary;
+}
+
+void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
+{
+	if (inSummary.mClippedSamples > 0)
+	{
+		PrintWarning(std::to_string(inSummary.mClippedSamples) + " samples of " + QuotePath(mOutput) +
+					 " were clipped at full scale (peak " + FormatPeak(inSummary.mPeak) +
+					 "); lower --gain-db, or write floats with --bits 32f");
+	}
+	if (mAsJson)
+	{
+		PrintResult(DescribeForMachines(mInput, mOutput, inJob, inSummary));
+	}
+	else if (!mIsQuiet)
+	{
+		PrintResult(DescribeForPeople(mOutput, inJob, inSummary));
+	}
+}
+
+} // namespace SonaroCommand

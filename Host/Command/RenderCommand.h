@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Command.h"
+#include "SonaroHost/ClipRenderJob.h"
+
+#include <string>
+
+namespace SonaroCommand
+{
+
+// "sonaro render INPUT -o OUTPUT": renders a sound file through a clip of the engine.
+class RenderCommand final : public Command
+{
+public:
+	explicit RenderCommand(CLI::App& ioProgram);
+
+	int Run() override;
+
+private:
+	void AddFormatOptions();
+	void AddRangeOptions();
+	void AddReportOptions();
+
+	// The options as the library takes them; throws a HostError for one that makes no sense.
+	SonaroHost::ClipRenderRequest MakeRequest() const;
+	SonaroHost::RenderSummary Render(SonaroHost::ClipRenderJob& ioJob) const;
+	void Report(SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary) const;
+
+	std::string mInput;
+	std::string mOutput;
+	std::string mFormat;
+	std::string mBits;
+	std::string mDither;
+	std::string mStart;
+	std::string mDuration;
+	std::string mChannels;
+	double mGainDecibels = 0.0;
+	bool mIsReverse = false;
+	unsigned mBlockFrames;
+	bool mKeepsOldFile = false;
+	bool mIsQuiet = false;
+	bool mAsJson = false;
+};
+
+} // namespace SonaroCommand

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "zorvmediatypes/AudioChannelDescription.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// The most channels that the engine's buffers carry.
+inline constexpr unsigned kMaxChannels = 64;
+
+// What a sound file says of itself, checked when it was opened.
+struct AudioFileInfo
+{
+	std::filesystem::path mPath;
+	// For people, for instance "WAV (Microsoft)" and "Signed 16 bit PCM".
+	std::string mContainer;
+	std::string mEncoding;
+	// Of integer samples; 0 for floats and for compressed audio that loses bits.
+	int mIntegerBits = 0;
+
+	int mSampleRate = 0;
+	std::int64_t mFrames = 0;
+	// False when the header states no length, so that it was found by decoding or from the file's size.
+	bool mStatesLength = true;
+
+	zorvmediatypes::AudioChannelLayout mLayout;
+	// For each channel of mLayout, its place in a frame of the file.
+	std::vector<unsigned> mChannelOrder;
+
+	unsigned GetNumChannels() const { return static_cast<unsigned>(mChannelOrder.size()); }
+};
+
+// Opens the file, checks that it holds what its header promises, and tells what it is. Throws a
+// HostError that says what is wrong with it.
+AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath);
+
+// "mono", "stereo", "5.1" or "7 channels".
+std::string GetLayoutName(zorvmediatypes::AudioChannelLayout const& inLayout);
+
+} // namespace SonaroHost

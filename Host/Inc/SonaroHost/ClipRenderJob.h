@@ -1,0 +1,105 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/Types.h"
+#include "SonaroHost/AudioFileInfo.h"
+#include "SonaroHost/AudioFileSource.h"
+#include "SonaroHost/OfflineRender.h"
+#include "SonaroHost/OutputFormat.h"
+#include "SonaroHost/TimePosition.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// The largest block that a render may be asked for, in frames.
+inline constexpr unsigned kMaxBlockFrames = 262144;
+
+// One sound file to be rendered into another.
+struct ClipRenderRequest
+{
+	std::filesystem::path mInput;
+	std::filesystem::path mOutput;
+	OutputContainer mContainer = OutputContainer::eWav;
+	// Without these, GetDefaultSamples and ChooseDither decide.
+	std::optional<OutputSamples> mSamples;
+	std::optional<Dither> mDither;
+
+	TimePosition mStart;
+	// At most to the input's end, which is where it ends without one.
+	std::optional<TimePosition> mDuration;
+	// Channels of the input from 0 on, in the order of the output; empty for all.
+	std::vector<unsigned> mChannels;
+	// Linear; at 1, samples pass bit for bit.
+	float mGain = 1.0f;
+	RenderDirection mDirection = RenderDirection::eForward;
+	unsigned mBlockFrames = 4096;
+	// Whether an older file of the output's name may be replaced.
+	bool mReplace = true;
+};
+
+struct RenderProgress
+{
+	std::int64_t mFramesDone = 0;
+	std::int64_t mFramesTotal = 0;
+};
+
+struct RenderSummary
+{
+	std::int64_t mFrames = 0;
+	unsigned mChannels = 0;
+	int mSampleRate = 0;
+	OutputFormat mFormat;
+	// Of the samples before rounding; linear, 1 being full scale.
+	float mPeak = 0.0f;
+	std::int64_t mClippedSamples = 0;
+	// What the render took by the clock.
+	double mElapsedSeconds = 0.0;
+};
+
+// Renders a file through a clip of the engine.
+class ClipRenderJob
+{
+public:
+	// Called after each block, on the rendering thread.
+	using ProgressCallback = std::function<void(RenderProgress const&)>;
+
+	// Opens the input and checks the request against it. Throws a HostError.
+	explicit ClipRenderJob(ClipRenderRequest inRequest);
+
+	AudioFileInfo const& GetInputInfo() const { return mSource->GetInfo(); }
+	// What the output will be.
+	OutputFormat const& GetOutputFormat() const { return mFormat; }
+	SN::AudioChannelLayout const& GetOutputLayout() const { return mLayout; }
+	std::int64_t GetFrames() const { return mFrames; }
+
+	// Renders on the calling thread. Nothing when asked to stop, or throwing a HostError: then there is no
+	// output, and a file that was there before stays. To be called once.
+	std::optional<RenderSummary> Run(
+		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
+
+private:
+	void CheckOutput() const;
+	void ChooseRange();
+	void ChooseChannels();
+	void ChooseFormat();
+	SN::InterfaceRef<SN::IAudioGenerator> MakeClip(
+		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);
+
+	ClipRenderRequest mRequest;
+	SN::InterfaceRef<AudioFileSource> mSource;
+	SN::AudioChannelLayout mLayout;
+	OutputFormat mFormat;
+	// In the input.
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mFrames = 0;
+};
+
+} // namespace SonaroHost

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/Types.h"
+
+#include <cstdint>
+#include <functional>
+#include <stop_token>
+
+namespace dsp
+{
+class AudioBuffer;
+}
+
+namespace SonaroHost
+{
+
+enum class RenderDirection
+{
+	eForward,
+	eReverse,
+};
+
+// What of a graph is rendered, and how: the frames from time 0 on.
+struct OfflineRange
+{
+	std::int64_t mFrames = 0;
+	SN::FrameRate mFrameRate;
+	unsigned mChannels = 0;
+	// At most the context's largest block.
+	unsigned mBlockFrames = 0;
+	RenderDirection mDirection = RenderDirection::eForward;
+};
+
+// Gets each block as it comes, its UseSize frames being the next ones of the output. Channels may be
+// flagged silent.
+using BlockSink = std::function<void(dsp::AudioBuffer const& inBlock)>;
+
+// Pulls a graph from start to end, or in reverse from end to start, as fast as it goes. Returns false
+// when it was asked to stop before the end. Exceptions of the sink and of the graph pass through.
+bool RenderOffline(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, OfflineRange const& inRange,
+	BlockSink const& inSink, std::stop_token const& inStop);
+
+} // namespace SonaroHost

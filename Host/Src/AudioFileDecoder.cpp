@@ -1,0 +1,70 @@
+#include "AudioFileDecoder.h"
+
+#include "MpegLengthTag.h"
+#include "SonaroHost/HostError.h"
+#include "StretchedFile.h"
+
+#include <string>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+// Above this, a count of frames is libsndfile's way to say that it knows none.
+constexpr std::int64_t kLargestLength = std::int64_t{1} << 48;
+
+} // namespace
+
+AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
+{
+	if (auto const tag = ReadMpegLengthTag(inPath); tag && !tag->mIsUsable)
+	{
+		mStatesLength = false;
+		mStretchedFile = std::make_unique<StretchedFile>(inPath);
+		SF_VIRTUAL_IO callbacks = StretchedFile::GetCallbacks();
+		mFile.reset(sf_open_virtual(&callbacks, SFM_READ, &mFormat, mStretchedFile.get()));
+	}
+	else
+	{
+		mFile.reset(sf_open(inPath.c_str(), SFM_READ, &mFormat));
+	}
+	if (!mFile)
+	{
+		throw HostError(HostError::Kind::eInput,
+			"cannot read " + QuotePath(inPath) + " as sound: " + sf_strerror(nullptr));
+	}
+	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
+}
+
+AudioFileDecoder::~AudioFileDecoder() = default;
+
+std::int64_t AudioFileDecoder::Read(float* outSamples, std::int64_t inFrames)
+{
+	std::int64_t done = 0;
+	while (done < inFrames)
+	{
+		sf_count_t const count =
+			sf_readf_float(mFile.get(), outSamples + done * mFormat.channels, inFrames - done);
+		if (count <= 0)
+		{
+			break;
+		}
+		done += count;
+	}
+	mPosition += done;
+	return done;
+}
+
+bool AudioFileDecoder::SeekTo(std::int64_t inFrame)
+{
+	if (sf_seek(mFile.get(), inFrame, SEEK_SET) != inFrame)
+	{
+		return false;
+	}
+	mPosition = inFrame;
+	return true;
+}
+
+} // namespace SonaroHost

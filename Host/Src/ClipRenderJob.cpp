@@ -1,0 +1,210 @@
+#include "SonaroHost/ClipRenderJob.h"
+
+#include "Sonaro/SonaroFactory.h"
+#include "SonaroHost/AudioFileWriter.h"
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/RenderContextScope.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <map>
+#include <numeric>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+[[noreturn]] void Refuse(std::string const& inMessage)
+{
+	throw HostError(HostError::Kind::eRequest, inMessage);
+}
+
+// The larger of inPeak and the largest magnitude in the block; what is not a number is passed over.
+float FindPeak(dsp::AudioBuffer const& inBlock, float inPeak)
+{
+	float peak = inPeak;
+	for (unsigned channel = 0; channel < inBlock.GetNumChannels(); ++channel)
+	{
+		if (inBlock.IsChannelSilent(channel))
+		{
+			continue;
+		}
+		float const* const samples = inBlock.GetChannel(channel);
+		for (unsigned i = 0; i < inBlock.GetUseSize(); ++i)
+		{
+			float const magnitude = std::fabs(samples[i]);
+			peak = magnitude > peak ? magnitude : peak;
+		}
+	}
+	return peak;
+}
+
+} // namespace
+
+ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
+	: mRequest(std::move(inRequest)),
+	  mSource(AudioFileSource::Open(mRequest.mInput))
+{
+	if (mRequest.mBlockFrames < 1 || mRequest.mBlockFrames > kMaxBlockFrames)
+	{
+		Refuse("a block has 1 to " + std::to_string(kMaxBlockFrames) + " samples, not " +
+			   std::to_string(mRequest.mBlockFrames));
+	}
+	CheckOutput();
+	ChooseRange();
+	ChooseChannels();
+	ChooseFormat();
+}
+
+std::optional<RenderSummary> ClipRenderJob::Run(
+	ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
+	auto const begin = std::chrono::steady_clock::now();
+	SN::FrameRate const frameRate = mSource->GetFrameRate();
+	RenderContextScope const context(
+		mRequest.mBlockFrames, SN::TickTime(mFrames, frameRate), mSource->GetName());
+	auto const clip = MakeClip(context.Get());
+	AudioFileWriter writer(mRequest.mOutput, mFormat, GetInputInfo().mSampleRate, mLayout, mFrames);
+
+	RenderSummary summary;
+	auto const sink = [&](dsp::AudioBuffer const& inBlock)
+	{
+		if (auto const& failure = mSource->GetFailure())
+		{
+			throw HostError(HostError::Kind::eInput, *failure);
+		}
+		writer.Write(inBlock);
+		summary.mPeak = FindPeak(inBlock, summary.mPeak);
+		if (inProgress)
+		{
+			inProgress({writer.GetFrames(), mFrames});
+		}
+	};
+	OfflineRange const range{mFrames, frameRate, static_cast<unsigned>(mLayout.size()), mRequest.mBlockFrames,
+		mRequest.mDirection};
+	if (!RenderOffline(clip, range, sink, inStop) || inStop.stop_requested())
+	{
+		return std::nullopt;
+	}
+	writer.Finish();
+
+	summary.mFrames = mFrames;
+	summary.mChannels = range.mChannels;
+	summary.mSampleRate = GetInputInfo().mSampleRate;
+	summary.mFormat = mFormat;
+	summary.mClippedSamples = writer.GetClippedSamples();
+	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+	return summary;
+}
+
+void ClipRenderJob::CheckOutput() const
+{
+	std::error_code error;
+	if (!std::filesystem::exists(mRequest.mOutput, error))
+	{
+		return;
+	}
+	if (std::filesystem::equivalent(mRequest.mInput, mRequest.mOutput, error))
+	{
+		Refuse("the output " + QuotePath(mRequest.mOutput) + " is the input itself; give it another name");
+	}
+	if (!mRequest.mReplace)
+	{
+		throw HostError(
+			HostError::Kind::eOutput, "cannot write " + QuotePath(mRequest.mOutput) + ": it exists already");
+	}
+}
+
+void ClipRenderJob::ChooseRange()
+{
+	AudioFileInfo const& info = GetInputInfo();
+	mFirstFrame = mRequest.mStart.ToSamples(info.mSampleRate);
+	if (mFirstFrame > 0 && mFirstFrame >= info.mFrames)
+	{
+		Refuse(QuotePath(info.mPath) + " is " + FormatTime(info.mFrames, info.mSampleRate) + " (" +
+			   std::to_string(info.mFrames) + " samples) long; the start at sample " +
+			   std::to_string(mFirstFrame) + " lies beyond");
+	}
+	mFrames = info.mFrames - mFirstFrame;
+	if (mRequest.mDuration)
+	{
+		mFrames = std::min(mFrames, mRequest.mDuration->ToSamples(info.mSampleRate));
+	}
+}
+
+void ClipRenderJob::ChooseChannels()
+{
+	AudioFileInfo const& info = GetInputInfo();
+	std::vector<unsigned> all(info.GetNumChannels());
+	std::iota(all.begin(), all.end(), 0u);
+	if (mRequest.mChannels.empty() || mRequest.mChannels == all)
+	{
+		mRequest.mChannels = all;
+		mLayout = info.mLayout;
+		return;
+	}
+	if (mRequest.mChannels.size() > kMaxChannels)
+	{
+		Refuse("at most " + std::to_string(kMaxChannels) + " channels can be chosen, not " +
+			   std::to_string(mRequest.mChannels.size()));
+	}
+	for (unsigned const channel : mRequest.mChannels)
+	{
+		if (channel >= info.GetNumChannels())
+		{
+			Refuse(QuotePath(info.mPath) + " has " + GetLayoutName(info.mLayout) +
+				   " sound; there is no channel " + std::to_string(channel + 1));
+		}
+	}
+	auto const count = static_cast<int>(mRequest.mChannels.size());
+	mLayout = count == 1   ? zorvmediatypes::CreateMonoChannelLayout()
+			  : count == 2 ? zorvmediatypes::CreateStereoChannelLayout()
+						   : zorvmediatypes::CreateMultichannelLayout(count);
+}
+
+void ClipRenderJob::ChooseFormat()
+{
+	mFormat.mContainer = mRequest.mContainer;
+	mFormat.mSamples = mRequest.mSamples.value_or(GetDefaultSamples(mRequest.mContainer));
+	if (mRequest.mDither == Dither::eTriangular && mFormat.mSamples == OutputSamples::eFloat32)
+	{
+		Refuse("dither is for 16 and 24 bits; floats are not rounded");
+	}
+	mFormat.mDither = mRequest.mDither.value_or(
+		ChooseDither(mFormat.mSamples, GetInputInfo().mIntegerBits, mRequest.mGain == 1.0f));
+}
+
+SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeClip(
+	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext)
+{
+	constexpr int kAllChannels = -1;
+	constexpr double kNormalSpeed = 1.0;
+	auto const factory = SN::SonaroFactory::CreateClassRef();
+	SN::FrameRate const frameRate = mSource->GetFrameRate();
+
+	SN::InterfaceRef<SN::IAudioGenerator> stream;
+	CheckEngineResult(factory->CreateAudioStreamRenderer(
+						  inContext, frameRate, mSource, kAllChannels, kNormalSpeed, nullptr, &stream),
+		"a stream");
+
+	SN::AudioChannelMap channels;
+	for (std::size_t i = 0; i < mRequest.mChannels.size(); ++i)
+	{
+		channels[i] = mRequest.mChannels[i];
+	}
+	SN::InterfaceRef<SN::IAudioGenerator> clip;
+	CheckEngineResult(factory->CreateAudioClipRenderer(inContext, frameRate, {{stream, channels}}, mLayout,
+						  SN::TickTime(mFirstFrame, frameRate), mRequest.mGain, kNormalSpeed, &clip),
+		"a clip");
+	return clip;
+}
+
+} // namespace SonaroHost
