@@ -97,6 +97,42 @@ TEST(AsyncThreadedExecutor, StopLiftsAPauseDrainsAndRefusesNewTasks)
 	EXPECT_EQ(ran, 100);
 }
 
+TEST(AsyncThreadedExecutor, StopWaitsForTheTaskThatRuns)
+{
+	Gate running(false);
+	bool finished = false;
+	auto const executor = CreateAsyncThreadedExecutor("running");
+	executor->Queue(
+		[&]
+		{
+			running.Open();
+			// Time for a stop that does not wait to be caught.
+			std::this_thread::sleep_for(std::chrono::milliseconds(20));
+			finished = true;
+		});
+	running.PassThrough();
+	executor->Stop();
+	EXPECT_TRUE(finished);
+}
+
+TEST(AsyncThreadedExecutor, WhatATaskHoldsMayQueueWhenItGoes)
+{
+	bool ran = false;
+	Gate done(false);
+	auto const executor = CreateAsyncThreadedExecutor("release");
+	std::shared_ptr<int> held(new int(0),
+		[&](int const* inObject)
+		{
+			delete inObject;
+			executor->Queue([&ran] { ran = true; });
+			done.Open();
+		});
+	executor->Queue([held = std::move(held)] {});
+	done.PassThrough();
+	executor->Stop();
+	EXPECT_TRUE(ran);
+}
+
 TEST(AsyncThreadedExecutor, StopAndDisposeWithoutAnyTaskReturn)
 {
 	auto const executor = CreateAsyncThreadedExecutor("idle", 0);

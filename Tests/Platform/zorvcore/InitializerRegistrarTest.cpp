@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <thread>
 
 namespace
 {
@@ -123,12 +124,23 @@ TEST(InitializerRegistrar, AStartMayRegisterAFurtherModule)
 	EXPECT_THAT(TakeEvents(), ElementsAre("stop o", "stop n"));
 }
 
+bool sDestroyed = false;
+
+void StopAndLeaveADestruction()
+{
+	zorvcore::classref::detail::CallAsyncDestructionHelper(
+		[]
+		{
+			// Time for a stop that does not wait to be caught.
+			std::this_thread::sleep_for(std::chrono::milliseconds(20));
+			sDestroyed = true;
+		});
+}
+
 TEST(InitializerRegistrar, AStopEndsWithNothingLeftToDestroy)
 {
-	static bool sDestroyed = false;
 	{
-		InitializerRegistrar const module("m", 0, nullptr,
-			[] { zorvcore::classref::detail::CallAsyncDestructionHelper([] { sDestroyed = true; }); });
+		InitializerRegistrar const module("m", 0, nullptr, &StopAndLeaveADestruction);
 	}
 	EXPECT_TRUE(sDestroyed);
 }

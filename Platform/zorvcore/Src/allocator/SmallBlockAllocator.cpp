@@ -87,34 +87,26 @@ struct ThreadList
 	unsigned mActiveCount;
 };
 
-// Kept free of constructors and destructors, so that it serves until the very end of its thread.
 struct ThreadLists
 {
-	enum class State
-	{
-		kNew,
-		kOpen,
-		kClosed
-	};
-
-	ThreadList mLists[kNumClasses];
-	State mState;
+	ThreadList mLists[kNumClasses] = {};
 };
-static_assert(std::is_trivially_destructible_v<ThreadLists>);
 
-constinit thread_local ThreadLists sThreadLists{};
+// Null before the first use in a thread and after the thread's lists were closed. A single pointer, so that
+// it may lie in the part of thread memory that is reached without a call even in a library loaded late.
+[[gnu::tls_model("initial-exec")]] constinit thread_local ThreadLists* sThreadLists = nullptr;
+constinit thread_local bool sThreadListsClosed = false;
 
 // Hands the blocks of a thread that ends to the shared store.
 struct ThreadListsCloser
 {
 	~ThreadListsCloser()
 	{
-		sThreadLists.mState = ThreadLists::State::kClosed;
-		for (std::size_t i = 0; i < kNumClasses; ++i)
+		sThreadListsClosed = true;
+		ThreadLists* const lists = std::exchange(sThreadLists, nullptr);
+		for (std::size_t i = 0; lists && i < kNumClasses; ++i)
 		{
-			ThreadList& list = sThreadLists.mLists[i];
-			for (Block* const batch :
-				{std::exchange(list.mActive, nullptr), std::exchange(list.mSpare, nullptr)})
+			for (Block* const batch : {lists->mLists[i].mActive, lists->mLists[i].mSpare})
 			{
 				if (batch)
 				{
@@ -122,22 +114,33 @@ struct ThreadListsCloser
 				}
 			}
 		}
+		delete lists;
 	}
 
-	void Arm() {}
+	// Without memory the thread goes on without lists.
+	void Open() { sThreadLists = new (std::nothrow) ThreadLists; }
 };
 
 thread_local ThreadListsCloser sThreadListsCloser;
 
-// Whether the calling thread may use its lists.
-bool EnterThreadLists()
+[[gnu::noinline]] ThreadLists* OpenThreadLists()
 {
-	if (sThreadLists.mState == ThreadLists::State::kNew) [[unlikely]]
+	if (!sThreadListsClosed)
 	{
-		sThreadListsCloser.Arm();
-		sThreadLists.mState = ThreadLists::State::kOpen;
+		sThreadListsCloser.Open();
 	}
-	return sThreadLists.mState == ThreadLists::State::kOpen;
+	return sThreadLists;
+}
+
+// The calling thread's list of a size class, null when the thread has none.
+ThreadList* GetThreadList(std::size_t inClass)
+{
+	ThreadLists* lists = sThreadLists;
+	if (!lists) [[unlikely]]
+	{
+		lists = OpenThreadLists();
+	}
+	return lists ? &lists->mLists[inClass] : nullptr;
 }
 
 constexpr std::size_t ClassOf(std::size_t inSize)
@@ -163,7 +166,7 @@ Block* TakeOrMakeBatch(std::size_t inClass)
 	return batch ? batch : MakeBatch(inClass);
 }
 
-// For a thread whose lists are closed: one block, what comes with it goes back.
+// For a thread without lists: one block, what comes with it goes back.
 Block* AllocateUnlisted(std::size_t inClass)
 {
 	Block* const batch = TakeOrMakeBatch(inClass);
@@ -172,6 +175,23 @@ Block* AllocateUnlisted(std::size_t inClass)
 		sStores[inClass].Put(batch->mNext);
 	}
 	return batch;
+}
+
+[[gnu::noinline]] void Refill(ThreadList& ioList, std::size_t inClass)
+{
+	ioList.mActive = ioList.mSpare ? std::exchange(ioList.mSpare, nullptr) : TakeOrMakeBatch(inClass);
+	ioList.mActiveCount = kBatchBlocks;
+}
+
+// Keeps a full list as the spare one, and hands on the spare one before it.
+[[gnu::noinline]] void Spill(ThreadList& ioList, std::size_t inClass)
+{
+	if (ioList.mSpare)
+	{
+		sStores[inClass].Put(ioList.mSpare);
+	}
+	ioList.mSpare = std::exchange(ioList.mActive, nullptr);
+	ioList.mActiveCount = 0;
 }
 
 } // namespace
@@ -183,19 +203,18 @@ void* SmallBlockAllocator::Allocate(std::size_t inSize)
 		return ::operator new(inSize);
 	}
 	std::size_t const sizeClass = ClassOf(inSize);
-	if (!EnterThreadLists()) [[unlikely]]
+	ThreadList* const list = GetThreadList(sizeClass);
+	if (!list) [[unlikely]]
 	{
 		return AllocateUnlisted(sizeClass);
 	}
-	ThreadList& list = sThreadLists.mLists[sizeClass];
-	if (!list.mActive) [[unlikely]]
+	if (!list->mActive) [[unlikely]]
 	{
-		list.mActive = list.mSpare ? std::exchange(list.mSpare, nullptr) : TakeOrMakeBatch(sizeClass);
-		list.mActiveCount = kBatchBlocks;
+		Refill(*list, sizeClass);
 	}
-	Block* const block = list.mActive;
-	list.mActive = block->mNext;
-	list.mActiveCount = list.mActive ? list.mActiveCount - 1 : 0;
+	Block* const block = list->mActive;
+	list->mActive = block->mNext;
+	--list->mActiveCount;
 	return block;
 }
 
@@ -211,21 +230,16 @@ void SmallBlockAllocator::Dispose(void* inBlock, std::size_t inSize) noexcept
 		return;
 	}
 	std::size_t const sizeClass = ClassOf(inSize);
-	if (!EnterThreadLists()) [[unlikely]]
+	ThreadList* const list = GetThreadList(sizeClass);
+	if (!list) [[unlikely]]
 	{
 		sStores[sizeClass].Put(::new (inBlock) Block{nullptr, nullptr});
 		return;
 	}
-	ThreadList& list = sThreadLists.mLists[sizeClass];
-	list.mActive = ::new (inBlock) Block{list.mActive, nullptr};
-	if (++list.mActiveCount >= kBatchBlocks)
+	list->mActive = ::new (inBlock) Block{list->mActive, nullptr};
+	if (++list->mActiveCount >= kBatchBlocks) [[unlikely]]
 	{
-		if (list.mSpare)
-		{
-			sStores[sizeClass].Put(list.mSpare);
-		}
-		list.mSpare = std::exchange(list.mActive, nullptr);
-		list.mActiveCount = 0;
+		Spill(*list, sizeClass);
 	}
 }
 

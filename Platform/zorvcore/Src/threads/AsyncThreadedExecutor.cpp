@@ -50,7 +50,7 @@ public:
 	void SetPaused(bool inPaused)
 	{
 		std::lock_guard const lock(mMutex);
-		mPaused = inPaused && !mStopped;
+		mPaused = inPaused;
 		mWork.notify_all();
 	}
 
@@ -58,7 +58,6 @@ public:
 	{
 		std::unique_lock lock(mMutex);
 		mStopped = true;
-		mPaused = false;
 		mWork.notify_all();
 		if (sCurrentWorker != this)
 		{
@@ -112,7 +111,8 @@ private:
 			++mRunningTasks;
 			lock.unlock();
 			RunTask(task);
-			// What the task holds goes before the task counts as done.
+			// What the task holds goes before the task counts as done, and outside the lock, since it may
+			// come back here when it goes.
 			task = nullptr;
 			lock.lock();
 			--mRunningTasks;
@@ -123,7 +123,7 @@ private:
 		}
 	}
 
-	// False when the executor was stopped and nothing is left to do.
+	// False when the executor was stopped and nothing is left to do. A stop outweighs a pause.
 	bool WaitForTask(std::unique_lock<std::mutex>& ioLock)
 	{
 		++mWaitingThreads;
