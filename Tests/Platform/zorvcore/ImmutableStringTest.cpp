@@ -65,7 +65,7 @@ TEST(ImmutableString, CopiesOutliveTheirOriginals)
 }
 
 // Texts come and go on all threads at once, so that many a lookup meets a content whose last reference
-// is just going. What is held for a while shows when a second content of one text has come up.
+// is just going.
 TEST(ImmutableString, TwoThatLiveAtOnceAreOneContentUnderThreads)
 {
 	constexpr int kThreads = 4;
