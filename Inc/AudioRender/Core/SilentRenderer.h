@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Sonaro/IAudioGenerator.h"
+#include "AudioRender/Core/SilentGenerator.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ICachedAudioGenerator.h"
@@ -10,7 +10,7 @@ namespace SN
 
 // A generator of silence in a given layout. It has no state, so a clone is the node itself, and it
 // counts as 48000 Hz whatever the graph around it runs at.
-class SilentRenderer final : public IAudioGenerator,
+class SilentRenderer final : public SilentGenerator,
 							 public IAudioGeneratorPrivate,
 							 public ICachedAudioGenerator,
 							 public IAudioRenderGraphNodeInfo
@@ -21,17 +21,6 @@ public:
 	explicit SilentRenderer(AudioChannelLayout const& inLayout);
 
 	InterfaceRef<IAudioGenerator> Clone() override { return InterfaceRef<IAudioGenerator>::FromThis(this); }
-	bool HasHistory() override { return false; }
-	TickTime GetDelay() override { return kTimeZero; }
-	void Preroll(TickTime const&, bool) override {}
-	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
-	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
-	{
-	}
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
-	void Reset() override {}
-	void InitializeAudioFilters() override {}
-	void ShutdownAudioFilters() override {}
 
 	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannelLayout.size()); }
 	unsigned GetNumOutputChannels() override { return GetNumChannels(); }

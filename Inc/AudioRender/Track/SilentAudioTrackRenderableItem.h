@@ -1,7 +1,7 @@
 #pragma once
 
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
-#include "Sonaro/IAudioGenerator.h"
+#include "AudioRender/Core/SilentGenerator.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 
 namespace SN
@@ -9,7 +9,7 @@ namespace SN
 
 // The item that stands for nothing: fills gaps. It silences the whole buffer that it is given, so the
 // caller passes a view of exactly the length wanted.
-class SilentAudioTrackRenderableItem final : public IAudioGenerator,
+class SilentAudioTrackRenderableItem final : public SilentGenerator,
 											 public IAudioRenderGraphNodeInfo,
 											 public AudioTrackRenderableItemMixin
 {
@@ -18,17 +18,6 @@ public:
 		0x388c92bc61698448ull, 0x33e55314765ff240ull};
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override { return false; }
-	TickTime GetDelay() override { return kTimeZero; }
-	void Preroll(TickTime const&, bool) override {}
-	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
-	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
-	{
-	}
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
-	void Reset() override {}
-	void InitializeAudioFilters() override {}
-	void ShutdownAudioFilters() override {}
 
 	std::u16string GetNodeName() override { return u"SilentAudioTrackRenderableItem"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }

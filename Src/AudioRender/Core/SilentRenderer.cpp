@@ -1,7 +1,5 @@
 #include "AudioRender/Core/SilentRenderer.h"
 
-#include "zorvaudiodsp/AudioBuffer.h"
-
 namespace SN
 {
 
@@ -22,11 +20,6 @@ SilentRenderer::SilentRenderer(AudioChannelLayout const& inLayout)
 	: mChannelType(VX::CreateAudioChannelTypeOrAny(inLayout, true)),
 	  mChannelLayout(inLayout)
 {
-}
-
-void SilentRenderer::GetAudioData(TickTime const&, dsp::AudioBuffer& inBuffer, bool)
-{
-	inBuffer.Zero();
 }
 
 FrameRate SilentRenderer::GetGeneratorFrameRate()

@@ -1,7 +1,5 @@
 #include "AudioRender/Track/SilentAudioTrackRenderableItem.h"
 
-#include "zorvaudiodsp/AudioBuffer.h"
-
 namespace SN
 {
 
@@ -10,11 +8,6 @@ InterfaceRef<IAudioGenerator> SilentAudioTrackRenderableItem::Clone()
 	auto const clone = zorvcore::classref::MakeObject<SilentAudioTrackRenderableItem>();
 	clone->CopyTimesFrom(*this);
 	return clone;
-}
-
-void SilentAudioTrackRenderableItem::GetAudioData(TickTime const&, dsp::AudioBuffer& inBuffer, bool)
-{
-	inBuffer.Zero();
 }
 
 void* SilentAudioTrackRenderableItem::QueryMap(GUID const& inIdentifier)

@@ -1,6 +1,7 @@
 #include "zorvcore/allocator/MemoryRecycler.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace zorvcore::allocator
 {

@@ -2,10 +2,9 @@
 
 #include "zorvcore/Export.h"
 #include "zorvcore/allocator/SmallBlockAllocator.h"
+#include "zorvcore/allocator/StandardAllocator.h"
 
 #include <cstddef>
-#include <limits>
-#include <new>
 #include <vector>
 
 namespace zorvcore::allocator
@@ -26,54 +25,29 @@ public:
 	static void Recycle(void* inBlock, std::size_t inSize) noexcept;
 };
 
-// The standard allocator over it. Types of a larger alignment come from the heap.
-template <class T>
-class STLAllocator
+namespace detail
 {
-public:
-	using value_type = T;
 
-	STLAllocator() = default;
-	template <class U>
-	STLAllocator(STLAllocator<U> const&) noexcept
+// The recycler in the form that StandardAllocator asks for.
+struct RecycledMemory
+{
+	static constexpr std::size_t kAlignment = SmallBlockAllocator::kAlignment;
+
+	static void* Allocate(std::size_t inSize)
 	{
+		std::size_t actualSize = 0;
+		return MemoryRecycler::Allocate(inSize, actualSize);
 	}
-
-	T* allocate(std::size_t inCount)
+	static void Dispose(void* inBlock, std::size_t inSize) noexcept
 	{
-		if (inCount > std::numeric_limits<std::size_t>::max() / sizeof(T))
-		{
-			throw std::bad_array_new_length();
-		}
-		if constexpr (alignof(T) > SmallBlockAllocator::kAlignment)
-		{
-			return static_cast<T*>(::operator new(inCount * sizeof(T), std::align_val_t(alignof(T))));
-		}
-		else
-		{
-			std::size_t actualSize = 0;
-			return static_cast<T*>(MemoryRecycler::Allocate(inCount * sizeof(T), actualSize));
-		}
-	}
-
-	void deallocate(T* inBlock, [[maybe_unused]] std::size_t inCount) noexcept
-	{
-		if constexpr (alignof(T) > SmallBlockAllocator::kAlignment)
-		{
-			::operator delete(inBlock, std::align_val_t(alignof(T)));
-		}
-		else
-		{
-			MemoryRecycler::Recycle(inBlock, inCount * sizeof(T));
-		}
-	}
-
-	template <class U>
-	friend bool operator==(STLAllocator const&, STLAllocator<U> const&) noexcept
-	{
-		return true;
+		MemoryRecycler::Recycle(inBlock, inSize);
 	}
 };
+
+} // namespace detail
+
+template <class T>
+using STLAllocator = StandardAllocator<T, detail::RecycledMemory>;
 
 template <class T>
 using Vector = std::vector<T, STLAllocator<T>>;

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "zorvcore/Export.h"
+#include "zorvcore/allocator/StandardAllocator.h"
 
 #include <cstddef>
-#include <limits>
-#include <new>
 
 namespace zorvcore::allocator
 {
@@ -29,52 +28,7 @@ public:
 	static void Dispose(void* inBlock, std::size_t inSize) noexcept;
 };
 
-// The standard allocator over it. Types of a larger alignment come from the heap.
 template <class T>
-class SmallBlockSTLAllocator
-{
-public:
-	using value_type = T;
-
-	SmallBlockSTLAllocator() = default;
-	template <class U>
-	SmallBlockSTLAllocator(SmallBlockSTLAllocator<U> const&) noexcept
-	{
-	}
-
-	T* allocate(std::size_t inCount)
-	{
-		if (inCount > std::numeric_limits<std::size_t>::max() / sizeof(T))
-		{
-			throw std::bad_array_new_length();
-		}
-		if constexpr (alignof(T) > SmallBlockAllocator::kAlignment)
-		{
-			return static_cast<T*>(::operator new(inCount * sizeof(T), std::align_val_t(alignof(T))));
-		}
-		else
-		{
-			return static_cast<T*>(SmallBlockAllocator::Allocate(inCount * sizeof(T)));
-		}
-	}
-
-	void deallocate(T* inBlock, [[maybe_unused]] std::size_t inCount) noexcept
-	{
-		if constexpr (alignof(T) > SmallBlockAllocator::kAlignment)
-		{
-			::operator delete(inBlock, std::align_val_t(alignof(T)));
-		}
-		else
-		{
-			SmallBlockAllocator::Dispose(inBlock, inCount * sizeof(T));
-		}
-	}
-
-	template <class U>
-	friend bool operator==(SmallBlockSTLAllocator const&, SmallBlockSTLAllocator<U> const&) noexcept
-	{
-		return true;
-	}
-};
+using SmallBlockSTLAllocator = StandardAllocator<T, SmallBlockAllocator>;
 
 } // namespace zorvcore::allocator

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+
+namespace SN
+{
+
+// The base of generators that give silence: whatever the time, direction and length of a request, the
+// whole buffer is flagged. It has no history, no latency and nothing to prepare.
+class SilentGenerator : public IAudioGenerator
+{
+public:
+	bool HasHistory() override { return false; }
+	TickTime GetDelay() override { return kTimeZero; }
+	void Preroll(TickTime const&, bool) override {}
+	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
+	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
+	{
+	}
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void Reset() override {}
+	void InitializeAudioFilters() override {}
+	void ShutdownAudioFilters() override {}
+};
+
+} // namespace SN
