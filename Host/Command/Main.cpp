@@ -20,11 +20,21 @@ using namespace SonaroCommand;
 int RefuseUsage(CLI::App const& inProgram, CLI::ParseError const& inError)
 {
 	std::string name = "sonaro";
-	for (CLI::App const* const command : inProgram.get_subcommands())
+	std::string reason = inError.what();
+	auto const chosen = inProgram.get_subcommands();
+	if (!chosen.empty())
 	{
-		name += " " + command->get_name();
+		name += " " + chosen.front()->get_name();
 	}
-	PrintError(std::string(inError.what()) + " (see " + name + " --help)");
+	else if (inError.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError))
+	{
+		auto const words = inProgram.remaining();
+		bool const isOption = !words.empty() && words.front().starts_with('-');
+		reason = words.empty() ? "give a command"
+							   : std::string("there is no ") + (isOption ? "option '" : "command '") +
+									 words.front() + "'";
+	}
+	PrintError(reason + " (see " + name + " --help)");
 	return kExitUsage;
 }
 

@@ -192,8 +192,7 @@ void RenderCommand::AddRangeOptions()
 		->option_text("LIST");
 	GetParser()
 		.add_option("--gain-db", mGainDecibels, "Decibels to make it louder, or below 0 softer")
-		->option_text("DB")
-		->check(CLI::Range(-kLargestGainDecibels, kLargestGainDecibels));
+		->option_text("DB");
 	GetParser().add_flag("--reverse", mIsReverse, "From the end to the start");
 	GetParser()
 		.add_option("--block", mBlockFrames,
@@ -245,6 +244,11 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	if (!mChannels.empty())
 	{
 		request.mChannels = ParseChannels(mChannels);
+	}
+	// Written so that what is not a number fails it.
+	if (!(std::abs(mGainDecibels) <= kLargestGainDecibels))
+	{
+		Refuse("--gain-db: give decibels from -200 to 200");
 	}
 	if (mGainDecibels != 0.0)
 	{

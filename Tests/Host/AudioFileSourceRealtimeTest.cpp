@@ -1,0 +1,44 @@
+#include "Media.h"
+#include "SonaroHost/AudioFileSource.h"
+#include "Support/RealtimeGuard.h"
+#include "Vexilon/BinaryData.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Testing
+{
+namespace
+{
+
+TEST(AudioFileSource, ReadingPcmNeitherAllocatesNorLocks)
+{
+	TemporaryFolder const folder;
+	int tested = 0;
+	for (FileKind const& kind : GetFileKinds())
+	{
+		int const codec = kind.mFormat & SF_FORMAT_SUBMASK;
+		if (codec > SF_FORMAT_DOUBLE || (kind.mFormat & SF_FORMAT_TYPEMASK) == SF_FORMAT_FLAC)
+		{
+			continue;
+		}
+		SCOPED_TRACE(kind.mName);
+		WriteSound(folder / "sound", kind.mFormat, MakeSound(kind.mChannels, kind.mSampleRate, 50000));
+		auto const source = AudioFileSource::Open(folder / "sound");
+		dsp::AudioBuffer buffer(source->GetNumChannels(), 4096);
+		VX::BinaryData const options;
+
+		SN::Testing::RealtimeGuard const guard;
+		for (std::int64_t const position : {0, 4096, 30000, 10, 49000, 60000, 49000, 20000})
+		{
+			source->ReadAudio(options, buffer, SN::TickTime(position, source->GetFrameRate()), false);
+		}
+		EXPECT_EQ(guard.GetAllocations(), 0);
+		EXPECT_EQ(guard.GetLocks(), 0);
+		++tested;
+	}
+	EXPECT_GT(tested, 10);
+}
+
+} // namespace
+} // namespace SonaroHost::Testing

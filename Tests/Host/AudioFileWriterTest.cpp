@@ -1,0 +1,348 @@
+#include "SonaroHost/AudioFileWriter.h"
+
+#include "Media.h"
+#include "SonaroHost/HostError.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace SonaroHost::Testing
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+zorvmediatypes::AudioChannelLayout MakeLayout(int inChannels)
+{
+	return inChannels == 6 ? zorvmediatypes::Create51ChannelLayout()
+						   : zorvmediatypes::CreateMultichannelLayout(inChannels);
+}
+
+// Writes blocks of that size, one after the other.
+void WriteBlocks(AudioFileWriter& ioWriter, Sound const& inSound, unsigned inBlockFrames)
+{
+	auto const channels = static_cast<unsigned>(inSound.mChannels);
+	dsp::AudioBuffer buffer(channels, inBlockFrames);
+	for (std::int64_t first = 0; first < inSound.GetFrames(); first += inBlockFrames)
+	{
+		std::int64_t const count = std::min<std::int64_t>(inBlockFrames, inSound.GetFrames() - first);
+		buffer.SetUseSize(static_cast<unsigned>(count));
+		for (unsigned channel = 0; channel < channels; ++channel)
+		{
+			for (std::int64_t i = 0; i < count; ++i)
+			{
+				buffer.GetChannel(channel)[i] =
+					inSound.mSamples[static_cast<std::size_t>((first + i) * inSound.mChannels + channel)];
+			}
+		}
+		ioWriter.Write(buffer);
+	}
+}
+
+// Returns how many samples were clipped.
+std::int64_t WriteFile(std::filesystem::path const& inPath, OutputFormat const& inFormat,
+	Sound const& inSound, unsigned inBlockFrames = 512)
+{
+	AudioFileWriter writer(
+		inPath, inFormat, inSound.mSampleRate, MakeLayout(inSound.mChannels), inSound.GetFrames());
+	WriteBlocks(writer, inSound, inBlockFrames);
+	writer.Finish();
+	return writer.GetClippedSamples();
+}
+
+constexpr OutputContainer kContainers[] = {
+	OutputContainer::eWav, OutputContainer::eAiff, OutputContainer::eFlac, OutputContainer::eCaf};
+
+TEST(AudioFileWriter, FloatsGoInBitForBit)
+{
+	using Limits = std::numeric_limits<float>;
+	std::vector<float> const samples = {0.0f, -0.0f, Limits::denorm_min(), -Limits::denorm_min(),
+		Limits::min() / 2, 1.0f, -1.0f, 1.5f, -1000.0f, Limits::max(), Limits::lowest(), Limits::infinity(),
+		-Limits::infinity(), Limits::quiet_NaN(), 1.0f / 3.0f, 1e-20f};
+	TemporaryFolder const folder;
+	for (OutputContainer const container :
+		{OutputContainer::eWav, OutputContainer::eAiff, OutputContainer::eCaf})
+	{
+		for (int const channels : {1, 2, 4})
+		{
+			SCOPED_TRACE(GetName(container));
+			Sound const sound{channels, 48000, samples};
+			EXPECT_EQ(
+				WriteFile(folder / "out", {container, OutputSamples::eFloat32, Dither::eNone}, sound, 3), 0);
+			EXPECT_TRUE(SameBits(ReadSound(folder / "out"), sound));
+		}
+	}
+}
+
+TEST(AudioFileWriter, IntegersOfEveryContainerComeBackBitForBit)
+{
+	TemporaryFolder const folder;
+	for (OutputSamples const samples : {OutputSamples::eInteger16, OutputSamples::eInteger24})
+	{
+		int const bits = GetIntegerBits(samples);
+		Sound sound{2, 44100, {}};
+		std::vector<int> integers;
+		for (int i = 0; i < 20000; ++i)
+		{
+			int const fullScale = 1 << (bits - 1);
+			int const value = i == 0   ? fullScale - 1
+							  : i == 1 ? -fullScale
+									   : (i * 7919) % fullScale - fullScale / 2;
+			sound.mSamples.push_back(static_cast<float>(value) / static_cast<float>(fullScale));
+			integers.push_back(value * (1 << (32 - bits)));
+		}
+		for (OutputContainer const container : kContainers)
+		{
+			SCOPED_TRACE(GetName(container));
+			EXPECT_EQ(WriteFile(folder / "out", {container, samples, Dither::eNone}, sound), 0);
+			EXPECT_EQ(ReadIntegers(folder / "out"), integers);
+		}
+	}
+}
+
+TEST(AudioFileWriter, SameBytesForAnyBlockSizeAndAnyTime)
+{
+	TemporaryFolder const folder;
+	Sound const sound = MakeSound(3, 48000, 20000);
+	for (OutputContainer const container : kContainers)
+	{
+		for (OutputSamples const samples : {OutputSamples::eInteger16, OutputSamples::eFloat32})
+		{
+			bool const isFloat = samples == OutputSamples::eFloat32;
+			if (isFloat && container == OutputContainer::eFlac)
+			{
+				continue;
+			}
+			SCOPED_TRACE(GetName(container) + " " + GetName(samples));
+			OutputFormat const format{container, samples, isFloat ? Dither::eNone : Dither::eTriangular};
+			WriteFile(folder / "whole", format, sound, 20000);
+			std::string const whole = ReadBytes(folder / "whole");
+			for (unsigned const block : {1u, 7u, 256u, 8192u, 20000u})
+			{
+				WriteFile(folder / "blocks", format, sound, block);
+				EXPECT_EQ(ReadBytes(folder / "blocks"), whole) << block;
+			}
+			// The chunk of peaks holds a time.
+			EXPECT_THAT(whole.substr(0, 200), testing::Not(HasSubstr("PEAK")));
+		}
+	}
+}
+
+TEST(AudioFileWriter, AFlaggedChannelIsZerosWhateverItsSamples)
+{
+	TemporaryFolder const folder;
+	dsp::AudioBuffer buffer(2, 100);
+	std::fill_n(buffer.GetChannel(0), 100, 0.25f);
+	std::fill_n(buffer.GetChannel(1), 100, std::numeric_limits<float>::quiet_NaN());
+	buffer.MarkChannelSilent(1);
+	for (OutputSamples const samples : {OutputSamples::eInteger16, OutputSamples::eFloat32})
+	{
+		AudioFileWriter writer(folder / "out.wav", {OutputContainer::eWav, samples, Dither::eNone}, 48000,
+			zorvmediatypes::CreateStereoChannelLayout(), 100);
+		writer.Write(buffer);
+		writer.Finish();
+		EXPECT_EQ(writer.GetClippedSamples(), 0);
+		Sound expected{2, 48000, {}};
+		for (int i = 0; i < 100; ++i)
+		{
+			expected.mSamples.insert(expected.mSamples.end(), {0.25f, 0.0f});
+		}
+		EXPECT_TRUE(SameBits(ReadSound(folder / "out.wav"), expected));
+	}
+}
+
+TEST(AudioFileWriter, CountsClippedSamplesOverAllChannels)
+{
+	TemporaryFolder const folder;
+	Sound const sound{2, 48000, {1.5f, 0.0f, -2.0f, 1.0f, 0.5f, -1.0f}};
+	OutputFormat const format{OutputContainer::eWav, OutputSamples::eInteger24, Dither::eNone};
+	EXPECT_EQ(WriteFile(folder / "out.wav", format, sound), 3);
+	constexpr int kTop = 0x7fffff00;
+	constexpr int kBottom = std::numeric_limits<int>::min();
+	EXPECT_THAT(ReadIntegers(folder / "out.wav"), ElementsAre(kTop, 0, kBottom, kTop, 0x40000000, kBottom));
+}
+
+TEST(AudioFileWriter, MarksA51FileAsSuch)
+{
+	TemporaryFolder const folder;
+	for (OutputContainer const container :
+		{OutputContainer::eWav, OutputContainer::eAiff, OutputContainer::eCaf})
+	{
+		WriteFile(
+			folder / "out", {container, OutputSamples::eInteger24, Dither::eNone}, MakeSound(6, 48000, 100));
+		SF_INFO info{};
+		SNDFILE* const file = sf_open((folder / "out").c_str(), SFM_READ, &info);
+		ASSERT_TRUE(file);
+		std::vector<int> map(6);
+		EXPECT_TRUE(sf_command(file, SFC_GET_CHANNEL_MAP_INFO, map.data(), 6 * sizeof(int)));
+		EXPECT_THAT(map, ElementsAre(SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER,
+							 SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT));
+		sf_close(file);
+	}
+}
+
+TEST(AudioFileWriter, AWavBeyond4GigabytesHas64BitLengths)
+{
+	TemporaryFolder const folder;
+	// 4 bytes a frame: the last that fits 32 bits with its header, and one that does not.
+	for (bool const isLarge : {false, true})
+	{
+		std::int64_t const frames = isLarge ? 1073741824 : 1073725440;
+		AudioFileWriter writer(folder / "out.wav",
+			{OutputContainer::eWav, OutputSamples::eFloat32, Dither::eNone}, 48000,
+			zorvmediatypes::CreateMonoChannelLayout(), frames);
+		writer.Finish();
+		EXPECT_EQ(ReadBytes(folder / "out.wav").substr(0, 4), isLarge ? "RF64" : "RIFF");
+	}
+}
+
+TEST(AudioFileWriter, RefusesWhatAFormatCannotHoldAndLeavesNothing)
+{
+	struct Case
+	{
+		OutputFormat mFormat;
+		int mChannels;
+		int mSampleRate;
+		std::int64_t mFrames;
+		char const* mReason;
+	};
+	constexpr OutputFormat kFlac{OutputContainer::eFlac, OutputSamples::eInteger24, Dither::eNone};
+	constexpr OutputFormat kFloatFlac{OutputContainer::eFlac, OutputSamples::eFloat32, Dither::eNone};
+	constexpr OutputFormat kAiff{OutputContainer::eAiff, OutputSamples::eInteger24, Dither::eNone};
+	constexpr Case kCases[] = {
+		{kFloatFlac, 2, 48000, 100, "FLAC holds no floats; choose 16 or 24 bits, or WAV"},
+		{kFlac, 9, 48000, 100, "FLAC holds at most 8 channels, not 9; choose WAV or CAF"},
+		{kFlac, 2, 700000, 100, "out.x"},
+		{kAiff, 2, 48000, 800000000, "an AIFF holds at most 4 GB; choose WAV or CAF"},
+	};
+	TemporaryFolder const folder;
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(test.mReason);
+		try
+		{
+			AudioFileWriter const writer(
+				folder / "out.x", test.mFormat, test.mSampleRate, MakeLayout(test.mChannels), test.mFrames);
+			ADD_FAILURE() << "it was not refused";
+		}
+		catch (HostError const& error)
+		{
+			EXPECT_EQ(error.GetKind(), HostError::Kind::eRequest);
+			EXPECT_THAT(error.what(), HasSubstr(test.mReason));
+		}
+		EXPECT_THAT(folder.List(), IsEmpty());
+	}
+}
+
+TEST(AudioFileWriter, AFileAppearsWholeOrNotAtAll)
+{
+	TemporaryFolder const folder;
+	WriteBytes(folder / "old.wav", "what was there before");
+	OutputFormat const format{OutputContainer::eWav, OutputSamples::eFloat32, Dither::eNone};
+	Sound const sound = MakeSound(2, 48000, 30000);
+	{
+		AudioFileWriter writer(folder / "old.wav", format, 48000, MakeLayout(2), 30000);
+		WriteBlocks(writer, sound, 1000);
+		// In the making, the new file stands beside the old one.
+		EXPECT_EQ(folder.List().size(), 2u);
+		EXPECT_EQ(ReadBytes(folder / "old.wav"), "what was there before");
+	}
+	EXPECT_THAT(folder.List(), ElementsAre("old.wav"));
+	EXPECT_EQ(ReadBytes(folder / "old.wav"), "what was there before");
+
+	WriteFile(folder / "old.wav", format, sound);
+	EXPECT_THAT(folder.List(), ElementsAre("old.wav"));
+	EXPECT_TRUE(SameBits(ReadSound(folder / "old.wav"), sound));
+}
+
+TEST(AudioFileWriter, ALinkStaysALink)
+{
+	TemporaryFolder const folder;
+	std::filesystem::create_directory(folder / "elsewhere");
+	WriteBytes(folder / "elsewhere/target.wav", "old");
+	std::filesystem::create_symlink("elsewhere/target.wav", folder / "link.wav");
+	Sound const sound = MakeSound(1, 48000, 100);
+	WriteFile(folder / "link.wav", {OutputContainer::eWav, OutputSamples::eFloat32, Dither::eNone}, sound);
+	EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.wav"));
+	EXPECT_TRUE(SameBits(ReadSound(folder / "elsewhere/target.wav"), sound));
+}
+
+TEST(AudioFileWriter, RefusesPlacesWhereNoFileCanBe)
+{
+	TemporaryFolder const folder;
+	std::filesystem::create_directory(folder / "folder.wav");
+	struct Case
+	{
+		std::filesystem::path mPath;
+		char const* mReason;
+	};
+	Case const cases[] = {
+		{folder / "folder.wav", "it is a folder"},
+		{folder / "missing/out.wav", "missing' does not exist"},
+		{"/dev/null", "it is not a regular file"},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mPath);
+		try
+		{
+			OutputFile const file(test.mPath);
+			ADD_FAILURE() << "it was not refused";
+		}
+		catch (HostError const& error)
+		{
+			EXPECT_EQ(error.GetKind(), HostError::Kind::eOutput);
+			EXPECT_THAT(error.what(), HasSubstr(test.mReason));
+		}
+	}
+	EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST(OutputFormat, ContainersAreFoundByEndingInAnyCase)
+{
+	EXPECT_EQ(FindContainerByEnding("a/b.c/mix.WAV"), OutputContainer::eWav);
+	EXPECT_EQ(FindContainerByEnding("mix.Aif"), OutputContainer::eAiff);
+	EXPECT_EQ(FindContainerByEnding("mix.wav.flac"), OutputContainer::eFlac);
+	EXPECT_EQ(FindContainerByEnding("mix.caf"), OutputContainer::eCaf);
+	for (char const* const path : {"mix", "mix.", "mix.mp3", ".wav", "a.wav/mix", ""})
+	{
+		EXPECT_EQ(FindContainerByEnding(path), std::nullopt) << path;
+	}
+}
+
+TEST(OutputFormat, DitherIsChosenWhereRoundingIsHeard)
+{
+	struct Case
+	{
+		OutputSamples mSamples;
+		int mSourceBits;
+		bool mLevelStays;
+		Dither mExpected;
+	};
+	constexpr Case kCases[] = {
+		// output                   source bits, level stays
+		{OutputSamples::eInteger16, 16, true, Dither::eNone},
+		{OutputSamples::eInteger16, 8, true, Dither::eNone},
+		{OutputSamples::eInteger16, 16, false, Dither::eTriangular},
+		{OutputSamples::eInteger16, 24, true, Dither::eTriangular},
+		{OutputSamples::eInteger16, 0, true, Dither::eTriangular},
+		{OutputSamples::eInteger24, 24, true, Dither::eNone},
+		{OutputSamples::eInteger24, 0, false, Dither::eNone},
+		{OutputSamples::eFloat32, 16, false, Dither::eNone},
+	};
+	for (Case const& test : kCases)
+	{
+		EXPECT_EQ(ChooseDither(test.mSamples, test.mSourceBits, test.mLevelStays), test.mExpected)
+			<< GetName(test.mSamples) << " from " << test.mSourceBits;
+	}
+}
+
+} // namespace
+} // namespace SonaroHost::Testing

@@ -1,0 +1,395 @@
+// Runs the real program, as a shell does.
+
+#include "Media.h"
+#include "ProgramRun.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <csignal>
+#include <thread>
+
+#include <unistd.h>
+
+namespace SonaroHost::Testing
+{
+namespace
+{
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+using Words = std::vector<std::string>;
+
+class CommandTest : public testing::Test
+{
+protected:
+	ProgramResult Run(Words const& inArguments, std::function<void(int)> const& inMeanwhile = {})
+	{
+		mStart.mArguments = inArguments;
+		mStart.mFolder = mFolder.Get().string();
+		return RunProgram(SONARO_COMMAND, mStart, inMeanwhile);
+	}
+
+	// One line on the error output that tells all of inTexts, nothing on the other, that exit code.
+	void ExpectRefusal(Words const& inArguments, int inExitCode, std::vector<std::string> const& inTexts)
+	{
+		SCOPED_TRACE(testing::PrintToString(inArguments));
+		ProgramResult const result = Run(inArguments);
+		EXPECT_EQ(result.mExitCode, inExitCode);
+		EXPECT_EQ(result.mOutput, "");
+		EXPECT_THAT(result.mErrors, StartsWith("sonaro: "));
+		EXPECT_EQ(std::count(result.mErrors.begin(), result.mErrors.end(), '\n'), 1) << result.mErrors;
+		EXPECT_EQ(result.mErrors.back(), '\n');
+		for (std::string const& text : inTexts)
+		{
+			EXPECT_THAT(result.mErrors, HasSubstr(text));
+		}
+	}
+
+	Sound WriteInput(std::string const& inName = "in.wav", std::int64_t inFrames = 48000)
+	{
+		Sound const sound = MakeSound(2, 48000, inFrames);
+		WriteSound(mFolder / inName, SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+		return sound;
+	}
+
+	TemporaryFolder mFolder;
+	ProgramStart mStart;
+};
+
+TEST_F(CommandTest, RendersAFileAndSaysSo)
+{
+	Sound const sound = WriteInput();
+	ProgramResult const result = Run({"render", "in.wav", "-o", "out.wav"});
+	EXPECT_EQ(result.mExitCode, 0);
+	EXPECT_EQ(result.mErrors, "");
+	EXPECT_THAT(result.mOutput, AllOf(StartsWith("out.wav: 0:01.000 (48000 samples), stereo, 48000 Hz, "),
+									HasSubstr(" dBFS, "), HasSubstr("times faster than real time\n")));
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), sound));
+	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav", "out.wav"));
+}
+
+TEST_F(CommandTest, OptionsReachTheRender)
+{
+	Sound const sound = WriteInput();
+	struct Case
+	{
+		Words mOptions;
+		Sound mExpected;
+	};
+	Sound softer = sound;
+	for (float& sample : softer.mSamples)
+	{
+		sample *= 0.1f;
+	}
+	Case const cases[] = {
+		{{"--start", "0.5"}, sound.Cut(24000, 24000)},
+		{{"--start", "100s", "--duration", "0:00.25"}, sound.Cut(100, 12000)},
+		{{"--channels", "2,1"}, sound.Pick({1, 0})},
+		{{"--channels", "2"}, sound.Pick({1})},
+		{{"--reverse", "--block", "7"}, sound.Reversed()},
+		{{"--gain-db", "-20"}, softer},
+		{{"--gain-db=0", "--block", "262144", "--format", "wav"}, sound},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mOptions));
+		Words words = {"render", "in.wav", "-o", "out.wav", "--quiet"};
+		words.insert(words.end(), test.mOptions.begin(), test.mOptions.end());
+		ProgramResult const result = Run(words);
+		EXPECT_EQ(result.mExitCode, 0);
+		EXPECT_EQ(result.mOutput + result.mErrors, "");
+		EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), test.mExpected));
+	}
+}
+
+TEST_F(CommandTest, FormatsGoByEndingAndByOption)
+{
+	WriteInput("in.wav", 4800);
+	struct Case
+	{
+		Words mWords;
+		char const* mOutput;
+		int mFormat;
+	};
+	Case const cases[] = {
+		{{}, "a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT},
+		{{}, "a.AIFF", SF_FORMAT_AIFF | SF_FORMAT_FLOAT},
+		{{}, "a.caf", SF_FORMAT_CAF | SF_FORMAT_FLOAT},
+		{{}, "a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24},
+		{{"--bits", "16"}, "b.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
+		{{"--bits", "24"}, "b.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24},
+		{{"--bits", "16", "--dither", "none"}, "c.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16},
+		{{"--format", "caf", "--bits", "32f"}, "without-ending", SF_FORMAT_CAF | SF_FORMAT_FLOAT},
+		{{"--format", "AIFF", "--bits", "16"}, "d.wav", SF_FORMAT_AIFF | SF_FORMAT_PCM_16},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mOutput);
+		Words words = {"render", "in.wav", "-o", test.mOutput};
+		words.insert(words.end(), test.mWords.begin(), test.mWords.end());
+		EXPECT_EQ(Run(words).mExitCode, 0);
+		SF_INFO info{};
+		SNDFILE* const file = sf_open((mFolder / test.mOutput).c_str(), SFM_READ, &info);
+		ASSERT_TRUE(file);
+		sf_close(file);
+		EXPECT_EQ(info.format & ~SF_FORMAT_ENDMASK, test.mFormat);
+		EXPECT_EQ(info.frames, 4800);
+	}
+}
+
+TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
+{
+	WriteInput();
+	ProgramResult const render = Run({"render", "in.wav", "-o", "out.wav", "--json", "--bits", "16",
+		"--gain-db", "6", "--duration", "0.5"});
+	EXPECT_EQ(render.mExitCode, 0);
+	auto const summary = nlohmann::json::parse(render.mOutput);
+	EXPECT_EQ(summary["output"], "out.wav");
+	EXPECT_EQ(summary["samples"], 24000);
+	EXPECT_EQ(summary["channels"], 2);
+	EXPECT_EQ(summary["rate"], 48000);
+	EXPECT_EQ(summary["seconds"], 0.5);
+	EXPECT_EQ(summary["dither"], "tpdf");
+	EXPECT_TRUE(summary["peakDbfs"].is_number());
+	EXPECT_TRUE(summary["clippedSamples"].is_number_integer());
+
+	ProgramResult const info = Run({"info", "out.wav", "--json"});
+	EXPECT_EQ(info.mExitCode, 0);
+	auto const facts = nlohmann::json::parse(info.mOutput);
+	EXPECT_EQ(facts["format"], "WAV (Microsoft)");
+	EXPECT_EQ(facts["encoding"], "Signed 16 bit PCM");
+	EXPECT_EQ(facts["layout"], "stereo");
+	EXPECT_EQ(facts["samples"], 24000);
+	EXPECT_EQ(facts["seconds"], 0.5);
+}
+
+TEST_F(CommandTest, SilenceHasNoPeakInJson)
+{
+	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {1, 48000, std::vector<float>(100)});
+	ProgramResult const result = Run({"render", "in.wav", "-o", "out.wav", "--json"});
+	EXPECT_TRUE(nlohmann::json::parse(result.mOutput)["peakDbfs"].is_null());
+}
+
+TEST_F(CommandTest, InfoTellsPeopleWhatAFileIs)
+{
+	WriteSound(mFolder / "film.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, MakeSound(6, 48000, 72000));
+	ProgramResult const result = Run({"info", "film.flac"});
+	EXPECT_EQ(result.mExitCode, 0);
+	for (char const* const text :
+		{"film.flac", "FLAC", "24 bit", "6 (5.1)", "48000 Hz", "0:01.500 (72000 samples)"})
+	{
+		EXPECT_THAT(result.mOutput, HasSubstr(text));
+	}
+}
+
+TEST_F(CommandTest, ClippingIsAWarningAndNoFailure)
+{
+	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {1, 48000, {0.0f, 2.0f, -3.0f, 0.5f}});
+	ProgramResult const result = Run({"render", "in.wav", "-o", "out.wav", "--bits", "24", "--quiet"});
+	EXPECT_EQ(result.mExitCode, 0);
+	EXPECT_THAT(result.mErrors, AllOf(StartsWith("sonaro: warning: 2 samples of 'out.wav' were clipped"),
+									HasSubstr("peak 9.54 dBFS")));
+}
+
+TEST_F(CommandTest, BadInputsGiveOneLineAndNoOutput)
+{
+	WriteBytes(mFolder / "empty.wav", "");
+	WriteBytes(mFolder / "text.wav", "This is no sound at all, only some text.\n");
+	std::filesystem::create_directory(mFolder / "folder");
+	WriteInput("whole.wav");
+	std::string const bytes = ReadBytes(mFolder / "whole.wav");
+	WriteBytes(mFolder / "cut.wav", bytes.substr(0, bytes.size() / 2));
+	WriteSound(mFolder / "whole.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, MakeSound(2, 48000, 48000));
+	std::string const flac = ReadBytes(mFolder / "whole.flac");
+	WriteBytes(mFolder / "cut.flac", flac.substr(0, flac.size() / 2));
+	Words const before = mFolder.List();
+
+	for (char const* const command : {"render", "info"})
+	{
+		for (auto const& [input, reason] :
+			{std::pair("missing.wav", "does not exist"), std::pair("empty.wav", "is empty"),
+				std::pair("text.wav", "not recognised"), std::pair("folder", "is a folder"),
+				std::pair("cut.wav", "cut short"), std::pair("cut.flac", "cut short")})
+		{
+			Words words = {command, input};
+			if (words[0] == "render")
+			{
+				words.insert(words.end(), {"-o", "out.wav"});
+			}
+			ExpectRefusal(words, 1, {input, reason});
+		}
+	}
+	EXPECT_EQ(mFolder.List(), before);
+}
+
+TEST_F(CommandTest, AnUnreadableFileIsAnErrorThatSaysWhy)
+{
+	WriteInput();
+	std::string input = "in.wav";
+	std::string reason = "cannot be opened: Permission denied";
+	if (geteuid() == 0)
+	{
+		// Permissions do not bind this user; a link to itself binds everybody.
+		std::filesystem::create_symlink("loop.wav", mFolder / "loop.wav");
+		input = "loop.wav";
+		reason = "loop.wav'";
+	}
+	else
+	{
+		std::filesystem::permissions(mFolder / "in.wav", std::filesystem::perms::none);
+	}
+	ExpectRefusal({"render", input, "-o", "out.wav"}, 1, {input, reason});
+	EXPECT_FALSE(std::filesystem::exists(mFolder / "out.wav"));
+}
+
+TEST_F(CommandTest, BadOutputsGiveOneLineAndLeaveNothing)
+{
+	Sound const sound = WriteInput();
+	WriteBytes(mFolder / "old.wav", "old");
+	std::filesystem::create_directory(mFolder / "folder.wav");
+	ExpectRefusal(
+		{"render", "in.wav", "-o", "no/such/place.wav"}, 1, {"place.wav", "does not exist", "create it"});
+	ExpectRefusal({"render", "in.wav", "-o", "folder.wav"}, 1, {"folder.wav", "is a folder"});
+	ExpectRefusal(
+		{"render", "in.wav", "-o", "/dev/full", "--format", "wav"}, 1, {"/dev/full", "regular file"});
+	ExpectRefusal({"render", "in.wav", "-o", "in.wav"}, 2, {"in.wav", "is the input itself"});
+	ExpectRefusal({"render", "in.wav", "-o", "./folder.wav/../in.wav"}, 2, {"in.wav", "is the input itself"});
+	ExpectRefusal({"render", "in.wav", "-o", "old.wav", "--no-overwrite"}, 1, {"old.wav", "exists already"});
+	EXPECT_THAT(mFolder.List(), ElementsAre("folder.wav", "in.wav", "old.wav"));
+	EXPECT_EQ(ReadBytes(mFolder / "old.wav"), "old");
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "in.wav"), sound));
+}
+
+TEST_F(CommandTest, WrongUsageEndsWith2AndOneLine)
+{
+	WriteInput();
+	struct Case
+	{
+		Words mWords;
+		char const* mText;
+	};
+	Case const cases[] = {
+		{{}, "sonaro --help"},
+		{{"rendre"}, "rendre"},
+		{{"render"}, "INPUT"},
+		{{"render", "in.wav"}, "--output"},
+		{{"render", "in.wav", "-o", "out.wav", "--speed", "2"}, "--speed"},
+		{{"render", "in.wav", "-o", "out.wav", "--start", "-1"}, "--start: '-1'"},
+		{{"render", "in.wav", "-o", "out.wav", "--duration", "-0:01"}, "--duration"},
+		{{"render", "in.wav", "-o", "out.wav", "--duration=-5s"}, "--duration: '-5s'"},
+		{{"render", "in.wav", "-o", "out.wav", "--start", "soon"}, "--start: 'soon' is no time"},
+		{{"render", "in.wav", "-o", "out.wav", "--start", "2"}, "lies beyond"},
+		{{"render", "in.wav", "-o", "out.wav", "--channels", "0"}, "--channels: '0'"},
+		{{"render", "in.wav", "-o", "out.wav", "--channels", "1,"}, "--channels: '1,'"},
+		{{"render", "in.wav", "-o", "out.wav", "--channels", "left"}, "--channels: 'left'"},
+		{{"render", "in.wav", "-o", "out.wav", "--channels", "3"}, "there is no channel 3"},
+		{{"render", "in.wav", "-o", "out.wav", "--block", "0"}, "--block"},
+		{{"render", "in.wav", "-o", "out.wav", "--block", "262145"}, "--block"},
+		{{"render", "in.wav", "-o", "out.wav", "--gain-db", "loud"}, "--gain-db"},
+		{{"render", "in.wav", "-o", "out.wav", "--gain-db", "nan"}, "--gain-db"},
+		{{"render", "in.wav", "-o", "out.wav", "--bits", "20"}, "--bits"},
+		{{"render", "in.wav", "-o", "out.wav", "--dither", "tpdf"}, "dither is for 16 and 24 bits"},
+		{{"render", "in.wav", "-o", "out.flac", "--bits", "32f"}, "FLAC holds no floats"},
+		{{"render", "in.wav", "-o", "out"}, "names no output format"},
+		{{"render", "in.wav", "-o", "out.mp3"}, "names no output format"},
+		{{"render", "in.wav", "-o", "out.wav", "--format", "mp3"}, "--format"},
+		{{"info"}, "INPUT"},
+		{{"info", "in.wav", "in.wav"}, "in.wav"},
+	};
+	for (Case const& test : cases)
+	{
+		ExpectRefusal(test.mWords, 2, {test.mText});
+	}
+	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav"));
+}
+
+TEST_F(CommandTest, HelpAndVersionAreNoErrors)
+{
+	for (Words const& words :
+		{Words{"--help"}, Words{"--version"}, Words{"render", "--help"}, Words{"info", "--help"}})
+	{
+		ProgramResult const result = Run(words);
+		EXPECT_EQ(result.mExitCode, 0);
+		EXPECT_THAT(result.mOutput, HasSubstr("sonaro"));
+		EXPECT_EQ(result.mErrors, "");
+	}
+}
+
+TEST_F(CommandTest, AFullDiskIsAnErrorAndLeavesNothing)
+{
+	WriteInput("in.wav", 200000);
+	WriteBytes(mFolder / "out.wav", "old");
+	// Below what is written before the first sample, in the middle, and where only the end is missing.
+	for (unsigned long const limit : {10ul, 500000ul, 1600050ul})
+	{
+		mStart.mFileSizeLimit = limit;
+		for (char const* const output : {"out.wav", "out.aiff", "out.caf"})
+		{
+			ExpectRefusal({"render", "in.wav", "-o", output}, 1, {output, "File too large"});
+		}
+	}
+	mStart.mFileSizeLimit = 100000;
+	ExpectRefusal({"render", "in.wav", "-o", "out.flac"}, 1, {"out.flac", "File too large"});
+	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav", "out.wav"));
+	EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
+}
+
+TEST_F(CommandTest, AResultThatCannotBePrintedIsAnError)
+{
+	WriteInput();
+	mStart.mOutputFile = "/dev/full";
+	ExpectRefusal({"info", "in.wav", "--json"}, 1, {"standard output", "No space left"});
+}
+
+TEST_F(CommandTest, AnInterruptedRenderLeavesNothingAndEndsByItsSignal)
+{
+	// Hours of silence that take no room on the disk, rendered sample by sample: it will not end first.
+	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, {1, 48000, std::vector<float>(100)});
+	std::string bytes = ReadBytes(mFolder / "in.wav");
+	constexpr std::uint32_t kBytes = 0x78000000;
+	std::size_t const length = bytes.find("data") + 4;
+	for (std::size_t i = 0; i < 4; ++i)
+	{
+		bytes[length + i] = static_cast<char>(kBytes >> 8 * i & 0xff);
+	}
+	WriteBytes(mFolder / "in.wav", bytes);
+	std::filesystem::resize_file(mFolder / "in.wav", length + 4 + kBytes);
+	WriteBytes(mFolder / "out.wav", "old");
+
+	for (int const signal : {SIGINT, SIGTERM, SIGHUP})
+	{
+		SCOPED_TRACE(signal);
+		bool wasRendering = false;
+		auto const interrupt = [&, signal](int inProcess)
+		{
+			// Until the file in the making holds samples; not for ever, should there be none.
+			for (int tries = 0; !wasRendering && tries < 6000; ++tries)
+			{
+				std::this_thread::sleep_for(std::chrono::milliseconds(5));
+				for (std::string const& name : mFolder.List())
+				{
+					std::error_code error;
+					std::uintmax_t const size = std::filesystem::file_size(mFolder / name, error);
+					wasRendering = wasRendering || (name != "in.wav" && !error && size > 10000);
+				}
+			}
+			kill(inProcess, signal);
+		};
+		ProgramResult const result =
+			Run({"render", "in.wav", "-o", "out.wav", "--block", "1", "--quiet"}, interrupt);
+		EXPECT_TRUE(wasRendering);
+		EXPECT_EQ(result.mSignal, signal);
+		EXPECT_THAT(mFolder.List(), ElementsAre("in.wav", "out.wav"));
+		EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
+	}
+}
+
+} // namespace
+} // namespace SonaroHost::Testing

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Testing
+{
+
+// A folder of its own for each test, gone with it.
+class TemporaryFolder
+{
+public:
+	TemporaryFolder();
+	~TemporaryFolder();
+	TemporaryFolder(TemporaryFolder const&) = delete;
+	TemporaryFolder& operator=(TemporaryFolder const&) = delete;
+
+	std::filesystem::path const& Get() const { return mPath; }
+	// The names in it, hidden ones too, in alphabetical order.
+	std::vector<std::string> List() const;
+
+private:
+	std::filesystem::path mPath;
+};
+
+std::filesystem::path operator/(TemporaryFolder const& inFolder, std::string const& inName);
+
+// Interleaved samples.
+struct Sound
+{
+	int mChannels = 0;
+	int mSampleRate = 0;
+	std::vector<float> mSamples;
+
+	std::int64_t GetFrames() const { return static_cast<std::int64_t>(mSamples.size()) / mChannels; }
+	// The frames from inFirst on.
+	Sound Cut(std::int64_t inFirst, std::int64_t inFrames) const;
+	Sound Reversed() const;
+	// The channels of the list, in its order.
+	Sound Pick(std::vector<unsigned> const& inChannels) const;
+};
+
+// Whether both have the same shape and the same bits; otherwise where they part.
+testing::AssertionResult SameBits(Sound const& inA, Sound const& inB);
+
+// Beats, noise, tones and pauses, different in every channel and never repeating: what shakes the state
+// of codecs. Within full scale.
+Sound MakeSound(int inChannels, int inSampleRate, std::int64_t inFrames);
+
+// One way to write a file.
+struct FileKind
+{
+	char const* mName;
+	int mFormat;
+	int mChannels;
+	int mSampleRate;
+	// How hard a codec that loses bits compresses, from 0 to 1.
+	std::optional<double> mCompression = std::nullopt;
+};
+
+// Formats of every kind of codec that libsndfile can write.
+std::vector<FileKind> const& GetFileKinds();
+
+// inChannelMap: libsndfile's places of the channels, where the container has any.
+void WriteSound(std::filesystem::path const& inPath, int inFormat, Sound const& inSound,
+	std::optional<double> inCompression = std::nullopt, std::vector<int> const& inChannelMap = {});
+
+// One plain decode from start to end, by libsndfile alone.
+Sound ReadSound(std::filesystem::path const& inPath);
+
+// The raw integers of a file, upper bits first.
+std::vector<int> ReadIntegers(std::filesystem::path const& inPath);
+
+std::string ReadBytes(std::filesystem::path const& inPath);
+void WriteBytes(std::filesystem::path const& inPath, std::string const& inBytes);
+
+} // namespace SonaroHost::Testing
