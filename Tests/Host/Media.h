@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -63,6 +64,11 @@ struct FileKind
 	// How hard a codec that loses bits compresses, from 0 to 1.
 	std::optional<double> mCompression = std::nullopt;
 };
+
+inline void PrintTo(FileKind const& inKind, std::ostream* ioStream)
+{
+	*ioStream << inKind.mName;
+}
 
 // Formats of every kind of codec that libsndfile can write.
 std::vector<FileKind> const& GetFileKinds();
