@@ -23,8 +23,8 @@ speak() {
 		pad 0.1 0.2 norm -6
 }
 
-speak dialogue-anna en-gb+f3 55 150 "Good evening. The last boat leaves at nine, and nobody has seen the captain."
-speak dialogue-ben en-us+m3 35 145 "Then we row. I know the harbour better than my own kitchen."
+speak dialogue en-gb+f3 55 150 "Good evening. The last boat leaves at nine, and nobody has seen the captain."
+speak dialogue-reply en-us+m3 35 145 "Then we row. I know the harbour better than my own kitchen."
 
 # chord NUMBER BASS LOW MIDDLE HIGH: two beats, plucked one string after the other, stereo.
 chord() {
