@@ -35,6 +35,10 @@ void CheckIsFile(std::filesystem::path const& inPath)
 	{
 		Refuse(inPath, "does not exist");
 	}
+	if (error)
+	{
+		Refuse(inPath, "cannot be opened: " + error.message());
+	}
 	if (std::filesystem::is_directory(status))
 	{
 		Refuse(inPath, "is a folder, not a sound file");

@@ -126,8 +126,12 @@ void ClipRenderJob::CheckOutput() const
 void ClipRenderJob::ChooseRange()
 {
 	AudioFileInfo const& info = GetInputInfo();
+	if (info.mFrames == 0)
+	{
+		throw HostError(HostError::Kind::eInput, QuotePath(info.mPath) + " has no samples");
+	}
 	mFirstFrame = mRequest.mStart.ToSamples(info.mSampleRate);
-	if (mFirstFrame > 0 && mFirstFrame >= info.mFrames)
+	if (mFirstFrame >= info.mFrames)
 	{
 		Refuse(QuotePath(info.mPath) + " is " + FormatTime(info.mFrames, info.mSampleRate) + " (" +
 			   std::to_string(info.mFrames) + " samples) long; the start at sample " +
@@ -137,6 +141,10 @@ void ClipRenderJob::ChooseRange()
 	if (mRequest.mDuration)
 	{
 		mFrames = std::min(mFrames, mRequest.mDuration->ToSamples(info.mSampleRate));
+	}
+	if (mFrames == 0)
+	{
+		Refuse("the duration is less than a sample; there is nothing to render");
 	}
 }
 

@@ -23,7 +23,7 @@ void CheckEngineResult(int inResult, std::string const& inWhat)
 	{
 		std::array<char, 16> code{};
 		std::snprintf(code.data(), code.size(), "0x%08X", static_cast<unsigned>(inResult));
-		throw HostError(HostError::Kind::eRequest,
+		throw HostError(HostError::Kind::eEngine,
 			"the render engine refused to make " + inWhat + " (result " + code.data() + ")");
 	}
 }

@@ -233,19 +233,19 @@ TEST_F(CommandTest, AnUnreadableFileIsAnErrorThatSaysWhy)
 {
 	WriteInput();
 	std::string input = "in.wav";
-	std::string reason = "cannot be opened: Permission denied";
+	std::string reason = "Permission denied";
 	if (geteuid() == 0)
 	{
 		// Permissions do not bind this user; a link to itself binds everybody.
 		std::filesystem::create_symlink("loop.wav", mFolder / "loop.wav");
 		input = "loop.wav";
-		reason = "loop.wav'";
+		reason = "Too many levels of symbolic links";
 	}
 	else
 	{
 		std::filesystem::permissions(mFolder / "in.wav", std::filesystem::perms::none);
 	}
-	ExpectRefusal({"render", input, "-o", "out.wav"}, 1, {input, reason});
+	ExpectRefusal({"render", input, "-o", "out.wav"}, 1, {input, "cannot be opened: " + reason});
 	EXPECT_FALSE(std::filesystem::exists(mFolder / "out.wav"));
 }
 

@@ -18,6 +18,8 @@ public:
 		eRequest,
 		eInput,
 		eOutput,
+		// The engine would not do what the host asked of it.
+		eEngine,
 	};
 
 	HostError(Kind inKind, std::string const& inMessage)
