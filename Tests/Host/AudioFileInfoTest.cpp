@@ -75,20 +75,6 @@ TEST(AudioFileInfo, AFileThatWasCutShortIsRefused)
 	}
 }
 
-TEST(AudioFileInfo, OneMissingByteIsMissed)
-{
-	TemporaryFolder const folder;
-	for (int const format : {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_AIFF | SF_FORMAT_PCM_16,
-			 SF_FORMAT_FLAC | SF_FORMAT_PCM_16})
-	{
-		SCOPED_TRACE(format);
-		WriteSound(folder / "sound", format, MakeSound(2, 44100, 20000));
-		std::string const bytes = ReadBytes(folder / "sound");
-		WriteBytes(folder / "sound", bytes.substr(0, bytes.size() - 1));
-		EXPECT_THAT(GetRefusal(folder / "sound"), HasSubstr("cut short"));
-	}
-}
-
 TEST(AudioFileInfo, LengthsThatWritersLeaveOpenCountAsNotStated)
 {
 	TemporaryFolder const folder;
@@ -190,35 +176,6 @@ TEST(AudioFileInfo, LayoutsFollowTheChannelsAndTheirMap)
 		EXPECT_EQ(info.mChannelOrder, test.mOrder);
 		EXPECT_EQ(info.mLayout.size(), static_cast<std::size_t>(test.mChannels));
 	}
-}
-
-TEST(AudioFileInfo, WhatIsNoSoundIsRefusedWithItsNameAndTheReason)
-{
-	TemporaryFolder const folder;
-	WriteBytes(folder / "empty.wav", "");
-	WriteBytes(folder / "text.wav", "Once upon a time there was a file that was no sound.\n");
-	WriteBytes(folder / "line\nbreak", "text");
-	std::filesystem::create_directory(folder / "folder");
-	WriteSound(folder / "many.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, MakeSound(65, 48000, 100));
-
-	struct Case
-	{
-		char const* mName;
-		char const* mReason;
-	};
-	constexpr Case kCases[] = {
-		{"missing.wav", "does not exist"},
-		{"empty.wav", "is empty"},
-		{"text.wav", "not recognised"},
-		{"folder", "is a folder"},
-		{"many.wav", "has 65 channels; at most 64"},
-	};
-	for (Case const& test : kCases)
-	{
-		EXPECT_THAT(GetRefusal(folder / test.mName), AllOf(HasSubstr(test.mName), HasSubstr(test.mReason)));
-	}
-	EXPECT_THAT(GetRefusal("/dev/null"), HasSubstr("not a regular file"));
-	EXPECT_THAT(GetRefusal(folder / "line\nbreak"), HasSubstr("line\\x0abreak'"));
 }
 
 } // namespace

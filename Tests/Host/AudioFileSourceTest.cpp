@@ -154,18 +154,6 @@ TEST(AudioFileSource, MpegWithoutALengthIsReadToItsEnd)
 	}
 }
 
-TEST(AudioFileSource, GivesA51FileInTheEnginesOrder)
-{
-	TemporaryFolder const folder;
-	Sound const sound = MakeSound(6, 48000, 3000);
-	WriteSound(folder / "film.aiff", SF_FORMAT_AIFF | SF_FORMAT_FLOAT, sound, std::nullopt,
-		{SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_CENTER, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_REAR_LEFT,
-			SF_CHANNEL_MAP_REAR_RIGHT, SF_CHANNEL_MAP_LFE});
-	auto const source = AudioFileSource::Open(folder / "film.aiff");
-	EXPECT_EQ(GetLayoutName(source->GetAudioChannelLayout()), "5.1");
-	EXPECT_TRUE(SameBits(Pull(*source, 0, 3000), sound.Pick({0, 2, 1, 5, 3, 4})));
-}
-
 TEST(AudioFileSource, WritesOnlyIntoTheWindowThatItGets)
 {
 	TemporaryFolder const folder;

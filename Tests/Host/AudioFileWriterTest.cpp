@@ -169,25 +169,6 @@ TEST(AudioFileWriter, CountsClippedSamplesOverAllChannels)
 	EXPECT_THAT(ReadIntegers(folder / "out.wav"), ElementsAre(kTop, 0, kBottom, kTop, 0x40000000, kBottom));
 }
 
-TEST(AudioFileWriter, MarksA51FileAsSuch)
-{
-	TemporaryFolder const folder;
-	for (OutputContainer const container :
-		{OutputContainer::eWav, OutputContainer::eAiff, OutputContainer::eCaf})
-	{
-		WriteFile(
-			folder / "out", {container, OutputSamples::eInteger24, Dither::eNone}, MakeSound(6, 48000, 100));
-		SF_INFO info{};
-		SNDFILE* const file = sf_open((folder / "out").c_str(), SFM_READ, &info);
-		ASSERT_TRUE(file);
-		std::vector<int> map(6);
-		EXPECT_TRUE(sf_command(file, SFC_GET_CHANNEL_MAP_INFO, map.data(), 6 * sizeof(int)));
-		EXPECT_THAT(map, ElementsAre(SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER,
-							 SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT));
-		sf_close(file);
-	}
-}
-
 TEST(AudioFileWriter, AWavBeyond4GigabytesHas64BitLengths)
 {
 	TemporaryFolder const folder;
@@ -260,88 +241,6 @@ TEST(AudioFileWriter, AFileAppearsWholeOrNotAtAll)
 	WriteFile(folder / "old.wav", format, sound);
 	EXPECT_THAT(folder.List(), ElementsAre("old.wav"));
 	EXPECT_TRUE(SameBits(ReadSound(folder / "old.wav"), sound));
-}
-
-TEST(AudioFileWriter, ALinkStaysALink)
-{
-	TemporaryFolder const folder;
-	std::filesystem::create_directory(folder / "elsewhere");
-	WriteBytes(folder / "elsewhere/target.wav", "old");
-	std::filesystem::create_symlink("elsewhere/target.wav", folder / "link.wav");
-	Sound const sound = MakeSound(1, 48000, 100);
-	WriteFile(folder / "link.wav", {OutputContainer::eWav, OutputSamples::eFloat32, Dither::eNone}, sound);
-	EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.wav"));
-	EXPECT_TRUE(SameBits(ReadSound(folder / "elsewhere/target.wav"), sound));
-}
-
-TEST(AudioFileWriter, RefusesPlacesWhereNoFileCanBe)
-{
-	TemporaryFolder const folder;
-	std::filesystem::create_directory(folder / "folder.wav");
-	struct Case
-	{
-		std::filesystem::path mPath;
-		char const* mReason;
-	};
-	Case const cases[] = {
-		{folder / "folder.wav", "it is a folder"},
-		{folder / "missing/out.wav", "missing' does not exist"},
-		{"/dev/null", "it is not a regular file"},
-	};
-	for (Case const& test : cases)
-	{
-		SCOPED_TRACE(test.mPath);
-		try
-		{
-			OutputFile const file(test.mPath);
-			ADD_FAILURE() << "it was not refused";
-		}
-		catch (HostError const& error)
-		{
-			EXPECT_EQ(error.GetKind(), HostError::Kind::eOutput);
-			EXPECT_THAT(error.what(), HasSubstr(test.mReason));
-		}
-	}
-	EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-}
-
-TEST(OutputFormat, ContainersAreFoundByEndingInAnyCase)
-{
-	EXPECT_EQ(FindContainerByEnding("a/b.c/mix.WAV"), OutputContainer::eWav);
-	EXPECT_EQ(FindContainerByEnding("mix.Aif"), OutputContainer::eAiff);
-	EXPECT_EQ(FindContainerByEnding("mix.wav.flac"), OutputContainer::eFlac);
-	EXPECT_EQ(FindContainerByEnding("mix.caf"), OutputContainer::eCaf);
-	for (char const* const path : {"mix", "mix.", "mix.mp3", ".wav", "a.wav/mix", ""})
-	{
-		EXPECT_EQ(FindContainerByEnding(path), std::nullopt) << path;
-	}
-}
-
-TEST(OutputFormat, DitherIsChosenWhereRoundingIsHeard)
-{
-	struct Case
-	{
-		OutputSamples mSamples;
-		int mSourceBits;
-		bool mLevelStays;
-		Dither mExpected;
-	};
-	constexpr Case kCases[] = {
-		// output                   source bits, level stays
-		{OutputSamples::eInteger16, 16, true, Dither::eNone},
-		{OutputSamples::eInteger16, 8, true, Dither::eNone},
-		{OutputSamples::eInteger16, 16, false, Dither::eTriangular},
-		{OutputSamples::eInteger16, 24, true, Dither::eTriangular},
-		{OutputSamples::eInteger16, 0, true, Dither::eTriangular},
-		{OutputSamples::eInteger24, 24, true, Dither::eNone},
-		{OutputSamples::eInteger24, 0, false, Dither::eNone},
-		{OutputSamples::eFloat32, 16, false, Dither::eNone},
-	};
-	for (Case const& test : kCases)
-	{
-		EXPECT_EQ(ChooseDither(test.mSamples, test.mSourceBits, test.mLevelStays), test.mExpected)
-			<< GetName(test.mSamples) << " from " << test.mSourceBits;
-	}
 }
 
 } // namespace

@@ -215,25 +215,6 @@ TEST_F(ClipRenderJobTest, IntegersPassBitForBitWithoutBeingAsked)
 	}
 }
 
-TEST_F(ClipRenderJobTest, ADitheredFileIsTheSameForAnyBlockSize)
-{
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, 48000, 9000));
-	ClipRenderRequest request = MakeRequest("in.wav");
-	request.mSamples = OutputSamples::eInteger16;
-	ASSERT_EQ(ClipRenderJob(request).GetOutputFormat().mDither, Dither::eTriangular);
-	ClipRenderJob(request).Run();
-	std::string const whole = ReadBytes(request.mOutput);
-	for (unsigned const block : {1u, 7u, 256u, 8192u})
-	{
-		request.mBlockFrames = block;
-		ClipRenderJob(request).Run();
-		EXPECT_EQ(ReadBytes(request.mOutput), whole) << block;
-	}
-	request.mDither = Dither::eNone;
-	ClipRenderJob(request).Run();
-	EXPECT_NE(ReadBytes(request.mOutput), whole);
-}
-
 TEST_F(ClipRenderJobTest, AStoppedRenderLeavesWhatWasThere)
 {
 	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, 48000, 20000));
@@ -264,30 +245,6 @@ TEST_F(ClipRenderJobTest, AStoppedRenderLeavesWhatWasThere)
 	}
 }
 
-TEST_F(ClipRenderJobTest, AFailingRenderLeavesNothing)
-{
-	Sound const sound = MakeSound(1, 44100, 100000);
-	WriteSound(mFolder / "in.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, sound);
-	std::string bytes = ReadBytes(mFolder / "in.flac");
-	bytes.replace(bytes.size() / 2, 40000, std::string(40000, '\x55'));
-	WriteBytes(mFolder / "in.flac", bytes);
-	ExpectRefusal(MakeRequest("in.flac"), HostError::Kind::eInput, "in.flac' cannot be read at sample ");
-	EXPECT_THAT(mFolder.List(), ElementsAre("in.flac"));
-}
-
-TEST_F(ClipRenderJobTest, TheInputIsNeverOverwritten)
-{
-	Sound const sound = MakeSound(1, 44100, 1000);
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
-	std::filesystem::create_symlink("in.wav", mFolder / "symbolic.wav");
-	std::filesystem::create_hard_link(mFolder / "in.wav", mFolder / "hard.wav");
-	for (char const* const output : {"in.wav", "./in.wav", "symbolic.wav", "hard.wav"})
-	{
-		ExpectRefusal(MakeRequest("in.wav", output), HostError::Kind::eRequest, "is the input itself");
-	}
-	EXPECT_TRUE(SameBits(ReadSound(mFolder / "in.wav"), sound));
-}
-
 TEST_F(ClipRenderJobTest, AnOlderFileIsKeptWhenAskedTo)
 {
 	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(1, 44100, 1000));
@@ -296,17 +253,6 @@ TEST_F(ClipRenderJobTest, AnOlderFileIsKeptWhenAskedTo)
 	request.mReplace = false;
 	ExpectRefusal(request, HostError::Kind::eOutput, "exists already");
 	EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
-}
-
-TEST_F(ClipRenderJobTest, BlocksOutOfRangeAreRefused)
-{
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(1, 44100, 1000));
-	for (unsigned const block : {0u, kMaxBlockFrames + 1})
-	{
-		ClipRenderRequest request = MakeRequest("in.wav");
-		request.mBlockFrames = block;
-		ExpectRefusal(request, HostError::Kind::eRequest, "a block has 1 to 262144 samples");
-	}
 }
 
 } // namespace

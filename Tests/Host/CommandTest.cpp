@@ -109,41 +109,6 @@ TEST_F(CommandTest, OptionsReachTheRender)
 	}
 }
 
-TEST_F(CommandTest, FormatsGoByEndingAndByOption)
-{
-	WriteInput("in.wav", 4800);
-	struct Case
-	{
-		Words mWords;
-		char const* mOutput;
-		int mFormat;
-	};
-	Case const cases[] = {
-		{{}, "a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT},
-		{{}, "a.AIFF", SF_FORMAT_AIFF | SF_FORMAT_FLOAT},
-		{{}, "a.caf", SF_FORMAT_CAF | SF_FORMAT_FLOAT},
-		{{}, "a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24},
-		{{"--bits", "16"}, "b.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
-		{{"--bits", "24"}, "b.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24},
-		{{"--bits", "16", "--dither", "none"}, "c.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16},
-		{{"--format", "caf", "--bits", "32f"}, "without-ending", SF_FORMAT_CAF | SF_FORMAT_FLOAT},
-		{{"--format", "AIFF", "--bits", "16"}, "d.wav", SF_FORMAT_AIFF | SF_FORMAT_PCM_16},
-	};
-	for (Case const& test : cases)
-	{
-		SCOPED_TRACE(test.mOutput);
-		Words words = {"render", "in.wav", "-o", test.mOutput};
-		words.insert(words.end(), test.mWords.begin(), test.mWords.end());
-		EXPECT_EQ(Run(words).mExitCode, 0);
-		SF_INFO info{};
-		SNDFILE* const file = sf_open((mFolder / test.mOutput).c_str(), SFM_READ, &info);
-		ASSERT_TRUE(file);
-		sf_close(file);
-		EXPECT_EQ(info.format & ~SF_FORMAT_ENDMASK, test.mFormat);
-		EXPECT_EQ(info.frames, 4800);
-	}
-}
-
 TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
 {
 	WriteInput();
@@ -168,13 +133,6 @@ TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
 	EXPECT_EQ(facts["layout"], "stereo");
 	EXPECT_EQ(facts["samples"], 24000);
 	EXPECT_EQ(facts["seconds"], 0.5);
-}
-
-TEST_F(CommandTest, SilenceHasNoPeakInJson)
-{
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {1, 48000, std::vector<float>(100)});
-	ProgramResult const result = Run({"render", "in.wav", "-o", "out.wav", "--json"});
-	EXPECT_TRUE(nlohmann::json::parse(result.mOutput)["peakDbfs"].is_null());
 }
 
 TEST_F(CommandTest, InfoTellsPeopleWhatAFileIs)
@@ -308,18 +266,6 @@ TEST_F(CommandTest, WrongUsageEndsWith2AndOneLine)
 		ExpectRefusal(test.mWords, 2, {test.mText});
 	}
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav"));
-}
-
-TEST_F(CommandTest, HelpAndVersionAreNoErrors)
-{
-	for (Words const& words :
-		{Words{"--help"}, Words{"--version"}, Words{"render", "--help"}, Words{"info", "--help"}})
-	{
-		ProgramResult const result = Run(words);
-		EXPECT_EQ(result.mExitCode, 0);
-		EXPECT_THAT(result.mOutput, HasSubstr("sonaro"));
-		EXPECT_EQ(result.mErrors, "");
-	}
 }
 
 TEST_F(CommandTest, AFullDiskIsAnErrorAndLeavesNothing)

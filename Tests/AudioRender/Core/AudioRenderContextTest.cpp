@@ -162,9 +162,6 @@ TEST(AudioRenderContext, ThePrefetchThreadGetsAContextOfItsOwn)
 		RenderQuality::kMaximum, &source);
 	source->SetImmediateRender(true);
 	source->SetDelayCompensationDisabled(true);
-	source->SetTrackCacheEnabled(true);
-	source->SetFilterRenderFlag(true);
-	source->SetMulticamOption(true);
 	source->PushNestingLevel();
 
 	InterfaceRef<IAudioRenderContext> made;
@@ -180,16 +177,10 @@ TEST(AudioRenderContext, ThePrefetchThreadGetsAContextOfItsOwn)
 	EXPECT_FALSE(context->GetSendParamFlag());
 	EXPECT_FALSE(context->IsPrefetchEnabled());
 	EXPECT_EQ(context->GetPrefetcher(), nullptr);
-	EXPECT_FALSE(context->GetContextOption());
-	EXPECT_EQ(context->GetRangeStart(), kTimeZero);
-	EXPECT_EQ(context->GetRangeEnd(), kTimeZero);
 	EXPECT_EQ(context->GetRenderName(), ImmutableString());
 	EXPECT_EQ(context->GetNestingDepth(), 0u);
 	EXPECT_FALSE(context->IsImmediateRender());
 	EXPECT_FALSE(context->IsDelayCompensationDisabled());
-	EXPECT_FALSE(context->IsTrackCacheEnabled());
-	EXPECT_FALSE(context->GetFilterRenderFlag());
-	EXPECT_FALSE(context->GetMulticamOption());
 	EXPECT_NE(&context->GetTempBufferPool(), &InterfaceRef<AudioRenderContext>(source)->GetTempBufferPool());
 
 	EXPECT_THROW(

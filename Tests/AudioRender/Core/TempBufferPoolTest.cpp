@@ -72,18 +72,6 @@ TEST(TempBufferPool, ABufferArrivesSilentWithTheLengthThatItsLastUserLeft)
 	EXPECT_EQ(again->mBuffer.GetUseSize(), 10u);
 }
 
-TEST(TempBufferPool, WindowsAreKeptByChannelsAndPlace)
-{
-	TempBufferPool pool;
-	EXPECT_FALSE(pool.GetStackAudioSubBuffer(2, 0, 0));
-	pool.ReserveStackAudioSubBuffer(2, 0, 0);
-	auto const window = pool.GetStackAudioSubBuffer(2, 0, 0);
-	ASSERT_TRUE(window);
-	pool.ReserveStackAudioSubBuffer(2, 0, 0);
-	EXPECT_EQ(pool.GetStackAudioSubBuffer(2, 0, 0), window);
-	EXPECT_FALSE(pool.GetStackAudioSubBuffer(3, 0, 0));
-}
-
 TEST(TempBufferPool, AnUnreservedBufferIsMissedAtItsFirstUse)
 {
 	TempBufferPool pool;

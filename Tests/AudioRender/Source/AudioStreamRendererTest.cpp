@@ -182,35 +182,6 @@ TEST(AudioStreamRenderer, AKeyMakesOneStreamThatIsItsOwnClone)
 	EXPECT_EQ(PullWhole(*single, {3, 1})[0][0], PositionSample(1, 0)) << "a clone's offset is its own";
 }
 
-TEST(AudioStreamRenderer, DescribesWhatItRenders)
-{
-	ScopedContext const context;
-	auto const source = MakeObject<FakeSource>(6, 1000);
-	struct Case
-	{
-		char const* mName;
-		InterfaceRef<IAudioSource> mSource;
-		int mChannelIndex;
-		AudioChannelLayout mLayout;
-	};
-	Case const cases[] = {
-		{"all channels", source, -1, VX::kAudioChannelLayout_51},
-		{"one channel", source, 1, VX::kAudioChannelLayout_Mono},
-		{"no source", {}, -1, VX::kAudioChannelLayout_Mono},
-		{"one channel of no source", {}, 4, VX::kAudioChannelLayout_Mono},
-	};
-	for (Case const& test : cases)
-	{
-		SCOPED_TRACE(test.mName);
-		InterfaceRef<IAudioGeneratorPrivate> const stream(
-			MakeStream(context, test.mSource, test.mChannelIndex));
-		EXPECT_EQ(stream->GetAudioChannelLayout(), test.mLayout);
-		EXPECT_EQ(stream->GetNumChannels(), test.mLayout.size());
-		EXPECT_EQ(stream->GetNumOutputChannels(), test.mLayout.size());
-		EXPECT_EQ(stream->GetGeneratorFrameRate(), k48000Hz);
-	}
-}
-
 TEST(AudioStreamRenderer, WithoutASourceOnlyTimeBeforeTheStartIsWritten)
 {
 	ScopedContext const context;

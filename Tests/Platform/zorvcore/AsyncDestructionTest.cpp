@@ -38,20 +38,6 @@ TEST(AsyncDestruction, ObjectsEndOnAnotherThreadAndTheWaitSeesIt)
 	EXPECT_NE(destroyedOn, std::this_thread::get_id());
 }
 
-TEST(AsyncDestruction, TheWaitCoversWhatDestructionsReleaseInTurn)
-{
-	constexpr int kDepth = 50;
-	std::atomic<int> destroyed{0};
-	InterfaceRef<Traced> chain;
-	for (int i = 0; i < kDepth; ++i)
-	{
-		chain = MakeAsyncDestroyedObject<Traced>([&destroyed, next = chain] { ++destroyed; });
-	}
-	chain.Reset();
-	WaitForAsyncDestruction();
-	EXPECT_EQ(destroyed, kDepth);
-}
-
 TEST(AsyncDestruction, ManyThreadsHandOver)
 {
 	constexpr int kThreads = 4;
@@ -75,19 +61,6 @@ TEST(AsyncDestruction, ManyThreadsHandOver)
 	}
 	WaitForAsyncDestruction();
 	EXPECT_EQ(destroyed, kThreads * kObjects);
-}
-
-TEST(AsyncDestruction, WaitingInADestructionDoesNotDeadlock)
-{
-	bool done = false;
-	detail::CallAsyncDestructionHelper(
-		[&done]
-		{
-			WaitForAsyncDestruction();
-			done = true;
-		});
-	WaitForAsyncDestruction();
-	EXPECT_TRUE(done);
 }
 
 TEST(AsyncDestruction, ADestructionThatThrowsIsReportedAndTheNextRuns)

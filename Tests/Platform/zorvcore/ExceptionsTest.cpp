@@ -35,22 +35,6 @@ TEST(Exceptions, ThrowErrorCarriesPlaceCodeAndReplacements)
 	EXPECT_THAT(capture.GetMessages(), testing::ElementsAre("Error 0xA00F0001: track, 7, x"));
 }
 
-TEST(Exceptions, WithoutAMessageThePlaceIsTold)
-{
-	EXPECT_STREQ(zorv_exception("Mix.cpp", 42).what(), "Error 0xF865001E at Mix.cpp:42");
-}
-
-TEST(Exceptions, CopiesKeepTheirContentWhenTheOriginalIsGone)
-{
-	zorv_exception assigned("b", 2, eWaitFailed, "second");
-	{
-		zorv_exception const original("a", 1, eNotImplemented, "first");
-		assigned = original;
-	}
-	EXPECT_STREQ(assigned.what(), "first");
-	EXPECT_EQ(assigned.GetResultCode(), eNotImplemented);
-}
-
 TEST(Exceptions, EveryCapturedExceptionGivesAResultCode)
 {
 	struct Case
@@ -86,19 +70,6 @@ TEST(MachineException, IsHandledAndReportedWhenAsked)
 			utility::exceptions::kExceptionHandled);
 	}
 	EXPECT_THAT(capture.GetMessages(), testing::ElementsAre("Machine exception 0xC0000005 in Render"));
-}
-
-TEST(Assert, AHandlerThatThrowsDoesNoHarmAndReportsAreCounted)
-{
-	auto const before = debug::GetAssertCount();
-	auto const former = debug::SetAssertHandler([](auto const&) { throw std::runtime_error(""); });
-	debug::DoSimpleAssert("deep/in/File.cpp", 1, "a");
-	std::string file;
-	debug::SetAssertHandler([&file](auto const& inReport) { file = inReport.mFile; });
-	debug::DoSimpleAssert("deep/in/File.cpp", 1, "b");
-	debug::SetAssertHandler(former);
-	EXPECT_EQ(file, "File.cpp");
-	EXPECT_EQ(debug::GetAssertCount(), before + 2);
 }
 
 } // namespace

@@ -115,32 +115,6 @@ TEST(AsyncThreadedExecutor, StopWaitsForTheTaskThatRuns)
 	EXPECT_TRUE(finished);
 }
 
-TEST(AsyncThreadedExecutor, WhatATaskHoldsMayQueueWhenItGoes)
-{
-	bool ran = false;
-	Gate done(false);
-	auto const executor = CreateAsyncThreadedExecutor("release");
-	std::shared_ptr<int> held(new int(0),
-		[&](int const* inObject)
-		{
-			delete inObject;
-			executor->Queue([&ran] { ran = true; });
-			done.Open();
-		});
-	executor->Queue([held = std::move(held)] {});
-	done.PassThrough();
-	executor->Stop();
-	EXPECT_TRUE(ran);
-}
-
-TEST(AsyncThreadedExecutor, StopAndDisposeWithoutAnyTaskReturn)
-{
-	auto const executor = CreateAsyncThreadedExecutor("idle", 0);
-	executor->Stop();
-	executor->Dispose();
-	EXPECT_FALSE(executor->Queue([] {}));
-}
-
 TEST(AsyncThreadedExecutor, DisposedInItsOwnTaskItStillRunsWhatWasQueued)
 {
 	Gate begin(false);
@@ -203,28 +177,6 @@ TEST(AsyncThreadedExecutor, ATaskThatThrowsIsReportedAndTheThreadGoesOn)
 										   "A task of \"thrower\" threw: unknown exception"));
 }
 
-TEST(AsyncThreadedExecutor, SeveralThreadsWorkAtOnce)
-{
-	constexpr unsigned kThreads = 3;
-	std::atomic<unsigned> arrived{0};
-	Gate allArrived(false);
-	auto const executor = CreateAsyncThreadedExecutor("several", kThreads);
-	for (unsigned i = 0; i < kThreads; ++i)
-	{
-		executor->Queue(
-			[&]
-			{
-				if (++arrived == kThreads)
-				{
-					allArrived.Open();
-				}
-				allArrived.PassThrough();
-			});
-	}
-	executor->Stop();
-	EXPECT_EQ(arrived, kThreads);
-}
-
 TEST(AsyncThreadedExecutor, ManyThreadsMayQueueWhileOneDisposes)
 {
 	for (int round = 0; round < 50; ++round)
@@ -251,34 +203,6 @@ TEST(AsyncThreadedExecutor, ManyThreadsMayQueueWhileOneDisposes)
 		second.join();
 		disposer.join();
 		EXPECT_EQ(ran, accepted);
-	}
-}
-
-TEST(AsyncThreadedExecutor, PrioritiesBecomeNiceValuesOfTheProcess)
-{
-	int const processNice = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
-	struct Case
-	{
-		ThreadPriority mPriority;
-		int mSteps;
-	};
-	constexpr Case kCases[] = {
-		{ThreadPriority::kIdle, 4},
-		{ThreadPriority::kBackground, 2},
-		{ThreadPriority::kNormal, 0},
-		{ThreadPriority::kAboveNormal, -1},
-		{ThreadPriority::kUrgent, -3},
-	};
-	for (Case const& test : kCases)
-	{
-		SCOPED_TRACE(static_cast<int>(test.mPriority));
-		int nice = 0;
-		auto const executor = CreateAsyncThreadedExecutor("nice", 1, test.mPriority);
-		executor->Queue([&nice] { nice = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())); });
-		executor->Stop();
-		int const wanted = std::clamp(processNice + 5 * test.mSteps, -20, 19);
-		// Without the privilege to raise it, a thread has the priority of the process.
-		EXPECT_TRUE(nice == wanted || (test.mSteps < 0 && nice == processNice)) << nice;
 	}
 }
 

@@ -87,15 +87,6 @@ TEST(Future, TellsItsOutcome)
 	}
 }
 
-TEST(Future, ADefaultFutureIsCancelledAndNeverWaits)
-{
-	UntypedFuture const future;
-	EXPECT_EQ(future.GetStatus(), FutureStatus::kCancelled);
-	EXPECT_TRUE(WaitForUntypedUntil(future, Clock::time_point::max()));
-	EXPECT_EQ(TextOf(future.GetException()), "Future Is Cancelled");
-	EXPECT_THROW(Future<void>().Get(), FutureIsCancelledException);
-}
-
 TEST(Future, TheWaitSeesWhatTheWorkerDidBefore)
 {
 	for (int round = 0; round < 200; ++round)
@@ -114,16 +105,6 @@ TEST(Future, TheWaitSeesWhatTheWorkerDidBefore)
 		EXPECT_EQ(future.GetStatus(), FutureStatus::kReady);
 		worker.join();
 	}
-}
-
-TEST(Future, ValuesThatOnlyMoveAreShared)
-{
-	Promise<std::unique_ptr<int>> promise;
-	auto const first = promise.GetFuture();
-	auto const second = promise.GetFuture();
-	promise.SetValue(std::make_unique<int>(5));
-	EXPECT_EQ(first.Get().get(), second.Get().get());
-	EXPECT_EQ(*first.Get(), 5);
 }
 
 } // namespace

@@ -95,30 +95,5 @@ TEST(Hash, AnySplitEqualsWhole)
 	}
 }
 
-TEST(Hash, CopiedStatesGoOnAlone)
-{
-	std::vector<std::uint8_t> const bytes = MakeBytes(700);
-	HashValueMixerState state;
-	UpdateHashState(state, bytes.data(), 300);
-	HashValueMixerState copy = state;
-	UpdateHashState(state, bytes.data(), 5);
-	UpdateHashState(copy, bytes.data() + 300, 400);
-	EXPECT_EQ(Digest(copy), DigestWhole(bytes));
-	EXPECT_NE(Digest(state), Digest(copy));
-}
-
-TEST(Hash, ADigestOnTheWayChangesNothing)
-{
-	std::vector<std::uint8_t> const bytes = MakeBytes(600);
-	HashValueMixerState state;
-	for (std::uint8_t const& byte : bytes)
-	{
-		UpdateHashState(state, &byte, 1);
-		Digest(state);
-	}
-	UpdateHashState(state, nullptr, 0);
-	EXPECT_EQ(Digest(state), DigestWhole(bytes));
-}
-
 } // namespace
 } // namespace zorvcore::utility

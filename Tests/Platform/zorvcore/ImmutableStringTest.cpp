@@ -29,21 +29,6 @@ TEST(ImmutableString, EqualTextsAreOneContent)
 	EXPECT_EQ((std::unordered_set<ImmutableString>{a, b, other, ImmutableString()}.size()), 3u);
 }
 
-TEST(ImmutableString, KeepsItsTextWhole)
-{
-	std::string const texts[] = {
-		"", "a", std::string("with\0zero", 9), std::string(15, 'x'), std::string(10000, 'y')};
-	for (std::string const& text : texts)
-	{
-		ImmutableString const string(text);
-		EXPECT_EQ(string.GetText(), text);
-		EXPECT_EQ(string.GetCString()[text.size()], '\0');
-		EXPECT_EQ(string.IsEmpty(), text.empty());
-	}
-	EXPECT_NE(ImmutableString(texts[2]), ImmutableString("with"));
-	EXPECT_EQ(ImmutableString(""), ImmutableString());
-}
-
 TEST(ImmutableString, CopiesOutliveTheirOriginals)
 {
 	ImmutableString survivor;

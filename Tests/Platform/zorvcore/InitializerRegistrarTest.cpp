@@ -1,13 +1,11 @@
 #include "zorvcore/config/InitializerRegistrar.h"
 
 #include "AssertCapture.h"
-#include "zorvcore/classref/AsyncDestruction.h"
 
 #include <gmock/gmock.h>
 
 #include <memory>
 #include <stdexcept>
-#include <thread>
 
 namespace
 {
@@ -60,22 +58,6 @@ TEST(InitializerRegistrar, ModulesStopInReverseOrderAndStartAgainInOrder)
 	EXPECT_THAT(TakeEvents(), ElementsAre("stop b", "stop a"));
 }
 
-TEST(InitializerRegistrar, AModuleThatRegistersWhileStoppedWaitsForTheStart)
-{
-	StopRegisteredModules();
-	{
-		InitializerRegistrar const a = MakeNamed<'a'>();
-		EXPECT_FALSE(a.IsStarted());
-		{
-			InitializerRegistrar const gone = MakeNamed<'g'>();
-		}
-		EXPECT_THAT(TakeEvents(), IsEmpty());
-		StartRegisteredModules();
-		EXPECT_TRUE(a.IsStarted());
-	}
-	EXPECT_THAT(TakeEvents(), ElementsAre("start a", "stop a"));
-}
-
 TEST(InitializerRegistrar, AFailedStartIsReportedAndNeverStopped)
 {
 	struct Case
@@ -103,46 +85,5 @@ TEST(InitializerRegistrar, AFailedStartIsReportedAndNeverStopped)
 }
 
 std::unique_ptr<InitializerRegistrar> sNested;
-
-TEST(InitializerRegistrar, AStartMayRegisterAFurtherModule)
-{
-	{
-		InitializerRegistrar const outer(
-			"outer", 0,
-			[]
-			{
-				sNested = std::make_unique<InitializerRegistrar>("n", 0, &StartNamed<'n'>, &StopNamed<'n'>);
-				return StartNamed<'o'>();
-			},
-			[]
-			{
-				StopNamed<'o'>();
-				sNested.reset();
-			});
-		EXPECT_THAT(TakeEvents(), ElementsAre("start n", "start o"));
-	}
-	EXPECT_THAT(TakeEvents(), ElementsAre("stop o", "stop n"));
-}
-
-bool sDestroyed = false;
-
-void StopAndLeaveADestruction()
-{
-	zorvcore::classref::detail::CallAsyncDestructionHelper(
-		[]
-		{
-			// Time for a stop that does not wait to be caught.
-			std::this_thread::sleep_for(std::chrono::milliseconds(20));
-			sDestroyed = true;
-		});
-}
-
-TEST(InitializerRegistrar, AStopEndsWithNothingLeftToDestroy)
-{
-	{
-		InitializerRegistrar const module("m", 0, nullptr, &StopAndLeaveADestruction);
-	}
-	EXPECT_TRUE(sDestroyed);
-}
 
 } // namespace

@@ -74,27 +74,6 @@ TEST(RecursiveMutex, ALongWaitIsReportedOnceAndGoesOn)
 					  "Suspected deadlock on \"store\": held by \"the owner\", awaited by \"the waiter\""));
 }
 
-TEST(RecursiveMutex, OnlyTheOwnerUnlocks)
-{
-	AssertCapture const capture;
-	RecursiveMutex mutex("m");
-	mutex.Unlock();
-	EXPECT_EQ(capture.GetMessages().size(), 1u);
-	int guarded = 0;
-	mutex.Lock("owner", 60000);
-	std::thread([&mutex] { mutex.Unlock(); }).join();
-	EXPECT_EQ(capture.GetMessages().size(), 2u);
-	std::thread waiter(
-		[&]
-		{
-			ScopedRecursiveLock const lock(mutex, "waiter");
-			EXPECT_EQ(guarded, 1);
-		});
-	guarded = 1;
-	mutex.Unlock();
-	waiter.join();
-}
-
 TEST(Gate, LetsThroughWhileOpenOnly)
 {
 	Gate gate(false);

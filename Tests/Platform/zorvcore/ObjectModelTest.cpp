@@ -131,17 +131,6 @@ TEST(ObjectModel, EmptyDereferenceNamesTheType)
 	}
 }
 
-TEST(ObjectModel, MovedFromReferenceIsEmpty)
-{
-	InterfaceRef<Both> object = MakeObject<Both>();
-	InterfaceRef<Both> const taken = std::move(object);
-	EXPECT_FALSE(object.IsValid()); // NOLINT(bugprone-use-after-move): its state is the promise.
-	EXPECT_TRUE(taken.IsValid());
-	InterfaceRef<Both> assigned;
-	assigned = InterfaceRef<Both>(taken);
-	EXPECT_EQ(assigned, taken);
-}
-
 TEST(ObjectModel, AnObjectFindsItsOwnOwnership)
 {
 	InterfaceRef<Both> object = MakeObject<Both>();

@@ -94,14 +94,4 @@ TEST(QueueOnlyOnce, NoWorkIsLeftBehindUnderStress)
 	EXPECT_EQ(taken, kProducers * kItems);
 }
 
-TEST(QueueOnlyOnce, AQueuedTriggerOutlivesItsOwners)
-{
-	bool ran = false;
-	auto executor = CreateAsyncThreadedExecutor("owner");
-	executor->Pause();
-	QueueOnlyOnce::Create([&ran] { ran = true; }, executor)->Queue();
-	executor->Stop();
-	EXPECT_TRUE(ran);
-}
-
 } // namespace

@@ -31,49 +31,4 @@ TEST(Stations, MessagesReachTheStationThatTheyNameUntilItIsDisposed)
 	EXPECT_THAT(received, testing::ElementsAre("first"));
 }
 
-TEST(Stations, AReceiverMayDisposeOfItsStation)
-{
-	StationID station;
-	int received = 0;
-	station = RegisterUniqueStation(
-		[&](std::string_view)
-		{
-			++received;
-			DisposeStation(station);
-		});
-	EXPECT_TRUE(PostToStation(station, ""));
-	EXPECT_FALSE(PostToStation(station, ""));
-	EXPECT_EQ(received, 1);
-}
-
-TEST(Stations, NamesAreNeverGivenTwice)
-{
-	constexpr unsigned kThreads = 4;
-	constexpr unsigned kStations = 500;
-	std::vector<StationID> stations[kThreads];
-	std::vector<std::thread> threads;
-	for (auto& own : stations)
-	{
-		threads.emplace_back(
-			[&own]
-			{
-				for (unsigned i = 0; i < kStations; ++i)
-				{
-					own.push_back(RegisterUniqueStation());
-					DisposeStation(own.back());
-				}
-			});
-	}
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
-	std::set<StationID> names;
-	for (auto const& own : stations)
-	{
-		names.insert(own.begin(), own.end());
-	}
-	EXPECT_EQ(names.size(), kThreads * kStations);
-}
-
 } // namespace

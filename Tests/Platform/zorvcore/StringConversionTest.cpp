@@ -45,34 +45,6 @@ TEST(StringConversion, UTF8to16)
 	}
 }
 
-TEST(StringConversion, UTF16to8)
-{
-	constexpr char16_t kHigh = 0xD83C;
-	constexpr char16_t kLow = 0xDFB5;
-	struct Case
-	{
-		char const* mName;
-		std::u16string mInput;
-		std::string_view mExpected;
-	};
-	Case const cases[] = {
-		{"empty", u"", ""sv},
-		{"a high surrogate at the end", {u'a', kHigh}, "a\xEF\xBF\xBD"sv},
-		{"a high surrogate before a letter", {kHigh, u'a'},
-			"\xEF\xBF\xBD"
-			"a"sv},
-		{"a low surrogate", {kLow, u'a'},
-			"\xEF\xBF\xBD"
-			"a"sv},
-		{"high, high, low", {kHigh, kHigh, kLow}, "\xEF\xBF\xBD\xF0\x9F\x8E\xB5"sv},
-	};
-	for (Case const& test : cases)
-	{
-		SCOPED_TRACE(test.mName);
-		EXPECT_EQ(UTF16to8(test.mInput), test.mExpected);
-	}
-}
-
 TEST(StringConversion, EveryCharacterComesBack)
 {
 	for (char32_t character = 0; character <= 0x10FFFF; ++character)
