@@ -85,8 +85,11 @@ OutputSamples GetSamples(std::string const& inBits)
 // "-3.02 dBFS", "-inf dBFS" for silence.
 std::string FormatPeak(float inPeak)
 {
+	double const decibels = 20.0 * std::log10(static_cast<double>(inPeak));
+	// What rounds to zero from below is shown without a sign.
+	double const shown = std::fabs(decibels) < 0.005 ? 0.0 : decibels;
 	std::array<char, 32> text{};
-	std::snprintf(text.data(), text.size(), "%.2f dBFS", 20.0 * std::log10(static_cast<double>(inPeak)));
+	std::snprintf(text.data(), text.size(), "%.2f dBFS", shown);
 	return text.data();
 }
 

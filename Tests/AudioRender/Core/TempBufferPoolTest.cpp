@@ -17,6 +17,7 @@ TEST(TempBufferPool, ReservingAgainReplacesOnlyATooShortBuffer)
 	pool.ReserveStackAudioBuffer(2, 64, 0, 0, kTag);
 	auto const first = pool.GetStackAudioBuffer(2, 0, 0, kTag);
 	pool.ReserveStackAudioBuffer(2, 32, 0, 0, kTag);
+	pool.ReserveStackAudioBuffer(2, 64, 0, 0, kTag);
 	EXPECT_EQ(pool.GetStackAudioBuffer(2, 0, 0, kTag), first);
 	pool.ReserveStackAudioBuffer(2, 65, 0, 0, kTag);
 	auto const second = pool.GetStackAudioBuffer(2, 0, 0, kTag);
