@@ -62,7 +62,7 @@ public:
 	}
 
 	// The object behind inUnknown as T, by query; empty when it does not answer.
-	static InterfaceRef FromUnknown(std::shared_ptr<Unknown> inUnknown)
+	static InterfaceRef FromUnknown(std::shared_ptr<Unknown> const& inUnknown)
 	{
 		InterfaceRef result;
 		if (inUnknown)
@@ -72,7 +72,7 @@ public:
 			result.mObject = static_cast<T*>(detail::QueryAccess::Query(*inUnknown, T::kIdentifier));
 			if (result.mObject)
 			{
-				result.mUnknown = std::move(inUnknown);
+				result.mUnknown = inUnknown;
 			}
 		}
 		return result;
