@@ -55,8 +55,15 @@ VectorVariant const& BestVariant()
 	return Baseline::kVariant;
 }
 
-// Chosen when the library loads.
-VectorVariant const sVariant = BestVariant();
+// The variant in use: the baseline for static objects that are made before this library's own, then the
+// best one.
+constinit VectorVariant const* sVariant = &Baseline::kVariant;
+
+[[maybe_unused]] bool const sIsChosen = []
+{
+	sVariant = &BestVariant();
+	return true;
+}();
 
 void* Allocate(std::size_t inBytes)
 {
@@ -70,11 +77,11 @@ std::vector<VectorVariant> RunnableVariants()
 {
 	std::vector<VectorVariant> variants{Baseline::kVariant};
 #if defined(__x86_64__)
-	if (sVariant.mAdd != Baseline::kVariant.mAdd)
+	if (sVariant != &Baseline::kVariant)
 	{
 		variants.push_back(Level3::kVariant);
 	}
-	if (sVariant.mAdd == Level4::kVariant.mAdd)
+	if (sVariant == &Level4::kVariant)
 	{
 		variants.push_back(Level4::kVariant);
 	}
@@ -117,33 +124,33 @@ void Zero(unsigned inCount, double* outOutput)
 
 void Add(unsigned inCount, float const* inA, float const* inB, float* outOutput)
 {
-	sVariant.mAdd(inCount, inA, inB, outOutput);
+	sVariant->mAdd(inCount, inA, inB, outOutput);
 }
 
 void MulConstant_InPlace(unsigned inCount, float* ioData, float inFactor)
 {
-	sVariant.mMulConstant(inCount, ioData, inFactor, ioData);
+	sVariant->mMulConstant(inCount, ioData, inFactor, ioData);
 }
 
 void MulConstant(unsigned inCount, float const* inInput, float inFactor, float* outOutput)
 {
-	sVariant.mMulConstant(inCount, inInput, inFactor, outOutput);
+	sVariant->mMulConstant(inCount, inInput, inFactor, outOutput);
 }
 
 void Reverse_InPlace(unsigned inCount, float* ioData)
 {
-	sVariant.mReverse(inCount, ioData);
+	sVariant->mReverse(inCount, ioData);
 }
 
 void MulRamp(
 	unsigned inCount, float const* inInput, LinearRamp const& inRamp, unsigned inFirst, float* outOutput)
 {
-	sVariant.mMulRamp(inCount, inInput, inRamp, inFirst, outOutput);
+	sVariant->mMulRamp(inCount, inInput, inRamp, inFirst, outOutput);
 }
 
 void ConvertInt32ToFloat32_InPlace(unsigned inCount, void* ioData)
 {
-	sVariant.mConvertInt32ToFloat32(inCount, ioData);
+	sVariant->mConvertInt32ToFloat32(inCount, ioData);
 }
 
 float* Malloc_Float(unsigned inCount)
