@@ -19,3 +19,7 @@ read -ra flags <<< "$(pkg-config --cflags --libs --define-variable=prefix="$work
 "$compiler" -std=c++20 "$project/main.cpp" -o "$work/by-pkg-config" "${flags[@]}" \
 	-Wl,-rpath,"$work/installed/lib"
 "$work/by-pkg-config"
+
+if [ -x "$work/installed/bin/sonaro" ]; then
+	"$work/installed/bin/sonaro" --version
+fi
