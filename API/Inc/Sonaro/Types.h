@@ -29,6 +29,7 @@ using zorvcore::classref::UnknownBase;
 using zorvcore::utility::Guid;
 using zorvcore::utility::ImmutableString;
 
+using zorvcore::eFailure;
 using zorvcore::eInvalidArgument;
 using zorvcore::eNotImplemented;
 using zorvcore::eNullPointer;

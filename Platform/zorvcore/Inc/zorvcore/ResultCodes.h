@@ -7,6 +7,8 @@ namespace zorvcore
 using Result = int;
 
 constexpr Result kSuccess = 0;
+// A failure without a nearer reason; a node's wrong number of parameters.
+constexpr Result eFailure = static_cast<Result>(0x80000000u);
 constexpr Result eInvalidArgument = static_cast<Result>(0xA00F0001u);
 // What was waited for did not come: too late, or abandoned.
 constexpr Result eWaitFailed = static_cast<Result>(0xA00F000Bu);
