@@ -1,5 +1,6 @@
 #include "zorvaccelerate/VectorArithmetic.h"
 
+#include "ProcessorLevel.h"
 #include "zorvaccelerate/VectorVariants.h"
 
 #include <cstddef>
@@ -34,34 +35,18 @@ namespace
 
 constexpr std::align_val_t kAlignment{64};
 
-VectorVariant const& BestVariant()
-{
-#if defined(__x86_64__)
-	__builtin_cpu_init();
-	bool const level3 =
-		__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") && __builtin_cpu_supports("bmi2");
-	bool const level4 = level3 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-						__builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
-						__builtin_cpu_supports("avx512cd");
-	if (level4)
-	{
-		return Level4::kVariant;
-	}
-	if (level3)
-	{
-		return Level3::kVariant;
-	}
-#endif
-	return Baseline::kVariant;
-}
-
 // The variant in use: the baseline for static objects that are made before this library's own, then the
 // best one.
 constinit VectorVariant const* sVariant = &Baseline::kVariant;
 
 [[maybe_unused]] bool const sIsChosen = []
 {
-	sVariant = &BestVariant();
+#if defined(__x86_64__)
+	ProcessorLevel const level = GetProcessorLevel();
+	sVariant = level == ProcessorLevel::kLevel4   ? &Level4::kVariant
+			   : level == ProcessorLevel::kLevel3 ? &Level3::kVariant
+												  : &Baseline::kVariant;
+#endif
 	return true;
 }();
 
@@ -77,11 +62,12 @@ std::vector<VectorVariant> RunnableVariants()
 {
 	std::vector<VectorVariant> variants{Baseline::kVariant};
 #if defined(__x86_64__)
-	if (sVariant != &Baseline::kVariant)
+	ProcessorLevel const level = GetProcessorLevel();
+	if (level >= ProcessorLevel::kLevel3)
 	{
 		variants.push_back(Level3::kVariant);
 	}
-	if (sVariant == &Level4::kVariant)
+	if (level >= ProcessorLevel::kLevel4)
 	{
 		variants.push_back(Level4::kVariant);
 	}

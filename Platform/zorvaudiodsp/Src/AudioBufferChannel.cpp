@@ -14,6 +14,11 @@ void AudioBufferChannel::Assign(AudioBuffer& ioParent, unsigned long long inChan
 	SetLength(ioParent.GetUseSize());
 }
 
+void AudioBufferChannel::AssignForReading(AudioBuffer const& inParent, unsigned long long inChannel)
+{
+	Assign(const_cast<AudioBuffer&>(inParent), inChannel);
+}
+
 bool AudioBufferChannel::IsChannelSilent(unsigned long long inChannel) const
 {
 	return inChannel != 0 || !mParent || mParent->IsChannelSilent(mParentChannel);

@@ -15,6 +15,8 @@ public:
 
 	// The view has the parent's capacity and starts with its UseSize.
 	void Assign(AudioBuffer& ioParent, unsigned long long inChannel);
+	// The same for a view that is only read.
+	void AssignForReading(AudioBuffer const& inParent, unsigned long long inChannel);
 
 	bool IsChannelSilent(unsigned long long inChannel) const override;
 	void MarkChannelSilent(unsigned long long inChannel) override;
