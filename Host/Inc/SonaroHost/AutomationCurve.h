@@ -1,0 +1,109 @@
+#pragma once
+
+#include "Sonaro/Types.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// How a curve goes from a point to the next one.
+enum class Interpolation
+{
+	// The point's value up to the next point.
+	eHold,
+	// In a straight line.
+	eLinear,
+	// Rounded, and never beyond the values of the two points.
+	eSmooth,
+};
+
+// What the values of a curve's points are.
+enum class AutomationScale
+{
+	// What the curve gives out.
+	eLinear,
+	// Decibels. The curve runs in decibels and gives out the linear gain.
+	eDecibels,
+};
+
+// At this many decibels or less, minus infinity among them, a gain is exactly 0.
+inline constexpr double kSilenceDecibels = -144.0;
+
+struct AutomationPoint
+{
+	SN::TickTime mTime;
+	double mValue = 0.0;
+	// Of the segment that begins here.
+	Interpolation mInterpolation = Interpolation::eLinear;
+};
+
+// The course of a value over time: points and what lies between them. Before the first point the curve has
+// its value, from the last one on that of the last.
+//
+// Segments  A curve of n points has the segments 0 to n: segment i begins at point i - 1, which belongs to
+//           it, and ends before point i. Segments 0 and n are open and hold.
+// Smooth    Within a row of smooth segments the slope at a point is the weighted harmonic mean of the
+//           slopes of the straight lines to its neighbours, and 0 at local extremes (F. N. Fritsch and
+//           J. Butland, "A method for constructing local monotone piecewise cubic interpolants", 1984).
+//           At the ends of a row it is 0.
+// Threads   Any; it never changes. Nothing allocates after the constructor.
+class AutomationCurve
+{
+public:
+	// In any order; of points at one time the last one given counts. Throws a HostError that names the
+	// point when a time is not within the time line, from -kTimeMax to kTimeMax without the ends, or when
+	// a value, as given out, is no finite float.
+	explicit AutomationCurve(
+		std::vector<AutomationPoint> inPoints, AutomationScale inScale = AutomationScale::eLinear);
+
+	bool IsEmpty() const { return mNodes.empty(); }
+	// Whether every segment holds its value.
+	bool HoldsOnly() const;
+
+	std::size_t FindSegment(SN::TickTime const& inTime) const;
+	// The first time of the segment and the last one. Those of open ends are the ends of 64 bits.
+	SN::TickTime GetSegmentStart(std::size_t inSegment) const;
+	SN::TickTime GetSegmentEnd(std::size_t inSegment) const;
+
+	// The value at a time, in double precision; 0 without points. inSegment is the time's.
+	double GetValue(SN::TickTime const& inTime, std::size_t inSegment) const;
+	double GetValue(SN::TickTime const& inTime) const { return GetValue(inTime, FindSegment(inTime)); }
+
+	// The time itself where the value moves. Otherwise the next time behind it at which the value begins to
+	// move or jumps; kTimeMax when it never does.
+	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime, std::size_t inSegment) const;
+	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime) const
+	{
+		return GetNextInterestingTime(inTime, FindSegment(inTime));
+	}
+
+private:
+	struct Node
+	{
+		SN::TickTime mTime;
+		// In the scale of the points.
+		double mValue = 0.0;
+		Interpolation mInterpolation = Interpolation::eHold;
+		// In values a tick.
+		double mSlope = 0.0;
+		// Whether the segment that begins here has to be sampled all along.
+		bool mIsMoving = false;
+		// The next change behind this point, beginning at another point.
+		SN::TickTime mNextChange = SN::kTimeMax;
+	};
+
+	void TakePoints(std::vector<AutomationPoint> inPoints);
+	void ComputeSlopes();
+	void FindChanges();
+	// The straight line's slope from that point to the next one.
+	double GetSecant(std::size_t inIndex) const;
+	double Interpolate(SN::TickTime const& inTime, Node const& inBegin, Node const& inEnd) const;
+	double ToOutput(double inValue) const;
+
+	std::vector<Node> mNodes;
+	AutomationScale mScale;
+};
+
+} // namespace SonaroHost
