@@ -1,10 +1,29 @@
 #include "Sonaro/SonaroFactory.h"
 
+#include "AudioRender/Component/AudioChannelMatrixRenderer.h"
 #include "AudioRender/Core/AudioRenderContext.h"
 #include "AudioRender/Core/NestingLimit.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Source/AudioClipRenderer.h"
 #include "AudioRender/Source/AudioStreamRenderer.h"
+#include "Panner/AudioPanner51ToAdaptive.h"
+#include "Panner/AudioPanner51ToMono.h"
+#include "Panner/AudioPanner51ToStereo.h"
+#include "Panner/AudioPannerBalance.h"
+#include "Panner/AudioPannerChannelMap.h"
+#include "Panner/AudioPannerDefaultMultiChannel.h"
+#include "Panner/AudioPannerMonoTo51.h"
+#include "Panner/AudioPannerMonoTo51Direct.h"
+#include "Panner/AudioPannerMonoToAdaptive.h"
+#include "Panner/AudioPannerMonoToStereo.h"
+#include "Panner/AudioPannerNone.h"
+#include "Panner/AudioPannerStereoTo51.h"
+#include "Panner/AudioPannerStereoToAdaptive.h"
+#include "Panner/AudioPannerStereoToMono.h"
+#include "Panner/AudioPannerStereoToStereo.h"
+#include "Panner/ChannelMixerAudioPanProcessor.h"
+#include "Prefetch/AudioPrefetchModule.h"
+#include "Sonaro/PanProcessorType.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 
 #include <mutex>
@@ -18,11 +37,13 @@ namespace
 bool StartModule()
 {
 	ReadMaxNestableSequenceInstances();
+	AudioPrefetch::Startup();
 	return true;
 }
 
 void StopModule()
 {
+	AudioPrefetch::Shutdown();
 }
 
 zorvcore::config::InitializerRegistrar const sModule("Sonaro", 0, &StartModule, &StopModule);
@@ -228,39 +249,95 @@ int SonaroFactory::CreateAudioTrackGroupRendererViaCloning(InterfaceRef<IAudioRe
 	return eNotImplemented;
 }
 
-int SonaroFactory::CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	PanProcessorType, bool, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const&,
-	InterfaceRef<IAudioPanProcessor>*) const
+int SonaroFactory::CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, PanProcessorType inType, bool inActionFlag,
+	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+	InterfaceRef<IAudioPanProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	AutomatedPannerSettings const settings{inContext, inFrameRate, inActionFlag, inParams};
+	switch (inType)
+	{
+	case kPanNoneMono:
+	case kPanNoneMonoAlias:
+		return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Mono, outProcessor);
+	case kPanNoneStereo:
+		return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Stereo, outProcessor);
+	case kPanNone51:
+		return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_51, outProcessor);
+	case kPanNoneAdaptive:
+		return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Multichannel, outProcessor);
+	case kPanStereoToStereo:
+		return AudioPannerStereoToStereo::Create(settings, outProcessor);
+	case kPanMonoToStereo:
+		return AudioPannerMonoToStereo::Create(settings, outProcessor);
+	case kPanStereoToMono:
+		return AudioPannerStereoToMono::Create(inContext, inFrameRate, outProcessor);
+	case kPanMonoTo51:
+		return AudioPannerMonoTo51::Create(settings, outProcessor);
+	case kPanStereoTo51:
+		return AudioPannerStereoTo51::Create(settings, outProcessor);
+	case kPan51ToMono:
+		return AudioPanner51ToMono::Create(inContext, inFrameRate, outProcessor);
+	case kPan51ToStereo:
+		return AudioPanner51ToStereo::Create(inContext, inFrameRate, outProcessor);
+	case kPanChannelMapMono:
+		return AudioPannerChannelMap::Create(inContext, inFrameRate, VX::kAudioChannelTypeMono, outProcessor);
+	case kPanBalance:
+		return AudioPannerBalance::Create(settings, AudioPannerBalance::IdentityTest::kOff, outProcessor);
+	case kPanChannelMap51:
+		return AudioPannerChannelMap::Create(inContext, inFrameRate, VX::kAudioChannelType51, outProcessor);
+	case kPanBalanceWithIdentity:
+		return AudioPannerBalance::Create(settings, AudioPannerBalance::IdentityTest::kOn, outProcessor);
+	default:
+		return eInvalidArgument;
+	}
 }
 
-int SonaroFactory::CreateDirectAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	PanProcessorType, int, AudioChannelMatrix const&, bool,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const&, InterfaceRef<IAudioPanProcessor>*) const
+int SonaroFactory::CreateDirectAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, PanProcessorType inType, int inOutputChannels,
+	AudioChannelMatrix const& inMatrix, bool inActionFlag,
+	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+	InterfaceRef<IAudioPanProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	AutomatedPannerSettings const settings{inContext, inFrameRate, inActionFlag, inParams};
+	switch (inType)
+	{
+	case kPanMonoTo51:
+		return AudioPannerMonoTo51Direct::Create(settings, inMatrix, outProcessor);
+	case kPanMonoToAdaptive:
+		return AudioPannerMonoToAdaptive::Create(settings, inOutputChannels, inMatrix, outProcessor);
+	case kPanStereoToAdaptive:
+		return AudioPannerStereoToAdaptive::Create(settings, inOutputChannels, inMatrix, outProcessor);
+	case kPan51ToAdaptive:
+		return AudioPanner51ToAdaptive::Create(
+			inContext, inFrameRate, inOutputChannels, inMatrix, outProcessor);
+	default:
+		return eInvalidArgument;
+	}
 }
 
-int SonaroFactory::CreateDefaultMultiChannelAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext>,
-	FrameRate const&, AudioChannelMatrix const&, bool,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const&, AudioChannelLayout const&,
-	AudioChannelLayout const&, InterfaceRef<IAudioPanProcessor>*) const
+int SonaroFactory::CreateDefaultMultiChannelAudioPanProcessorRenderer(
+	InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+	AudioChannelMatrix const& inMatrix, bool inActionFlag,
+	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+	AudioChannelLayout const& inInputLayout, AudioChannelLayout const& inOutputLayout,
+	InterfaceRef<IAudioPanProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	return AudioPannerDefaultMultiChannel::Create({inContext, inFrameRate, inActionFlag, inParams}, inMatrix,
+		inInputLayout, inOutputLayout, outProcessor);
 }
 
-int SonaroFactory::CreateChannelMixerAudioPanProcessorRenderer(AudioChannelLayout const&,
-	AudioChannelLayout const&, std::vector<std::vector<float>> const&,
-	InterfaceRef<IAudioPanProcessor>*) const
+int SonaroFactory::CreateChannelMixerAudioPanProcessorRenderer(AudioChannelLayout const& inInputLayout,
+	AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains,
+	InterfaceRef<IAudioPanProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	return ChannelMixerAudioPanProcessor::Create(inInputLayout, inOutputLayout, inGains, outProcessor);
 }
 
-int SonaroFactory::CreateNoneAudioPanProcessorRenderer(
-	InterfaceRef<IAudioRenderContext>, AudioChannelLayout const&, InterfaceRef<IAudioPanProcessor>*) const
+int SonaroFactory::CreateNoneAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	AudioChannelLayout const& inLayout, InterfaceRef<IAudioPanProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	return AudioPannerNone::Create(inContext, inLayout, outProcessor);
 }
 
 int SonaroFactory::CreateAudioMeterRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
@@ -290,10 +367,11 @@ int SonaroFactory::CreateAudioSendRenderer(InterfaceRef<IAudioRenderContext>, Fr
 	return eNotImplemented;
 }
 
-int SonaroFactory::CreateAudioChannelMatrixRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	AudioChannelMatrix const&, InterfaceRef<IAudioProcessor>*) const
+int SonaroFactory::CreateAudioChannelMatrixRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, AudioChannelMatrix const& inMatrix,
+	InterfaceRef<IAudioProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	return AudioChannelMatrixRenderer::Create(inContext, inFrameRate, inMatrix, outProcessor);
 }
 
 int SonaroFactory::CreateSilentRenderer(

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Prefetch/DiskLoad.h"
+#include "Prefetch/RequestQueue.h"
+#include "Sonaro/AudioPrefetch.h"
+#include "zorvcore/threads/AsyncThreadedExecutor.h"
+#include "zorvcore/threads/QueueOnlyOnce.h"
+
+#include <memory>
+#include <vector>
+
+namespace zorvcore::debug
+{
+class DebugMonitorStream;
+}
+
+namespace SN::AudioPrefetch
+{
+
+// The two queues of prefetch work and the one thread that works through them.
+//
+// Batches  Playback first, looked at again after each waveform batch. Every batch that leaves a queue
+//          tells its notify once, read or not; a source that throws ends its batch without that, and
+//          the executor reports the exception.
+// Cancel   Counts at once and stands in the queue as a marker: what is ahead of the marker is dequeued
+//          without being read, and the marker ends the cancel.
+// Load     Each batch with a time stamp measures the load at its end, a batch that was given up too, so
+//          that its stamp decides whether the next one is read.
+// Threads  Any. Sources and notifies are called on the executor's thread alone.
+class AudioPrefetchQueue : public std::enable_shared_from_this<AudioPrefetchQueue>
+{
+public:
+	static std::shared_ptr<zorvcore::threads::AsyncThreadedExecutor> CreateExecutor();
+
+	// Throws AudioPrefetchQueueFailure without an executor, which is to have one thread.
+	static std::shared_ptr<AudioPrefetchQueue> Create(
+		std::shared_ptr<zorvcore::threads::AsyncThreadedExecutor> inExecutor = CreateExecutor());
+
+	AudioPrefetchQueue(AudioPrefetchQueue const&) = delete;
+	AudioPrefetchQueue& operator=(AudioPrefetchQueue const&) = delete;
+	~AudioPrefetchQueue();
+
+	// Cancels both priorities, and waits until the thread has emptied the queues and ended. What is queued
+	// later is never looked at.
+	void Shutdown();
+
+	void QueuePrefetchRequests(PrefetchPriority inPriority, std::vector<PrefetchRequest> const& inRequests,
+		unsigned long long inTimeStamp, InterfaceRef<IAudioPrefetchNotify> inNotify);
+	void CancelAllPendingPrefetchRequests(PrefetchPriority inPriority);
+
+	// See the functions of the same names in Sonaro/AudioPrefetch.h.
+	void NotifyPrefetchIntervalChanged(TickTime const& inInterval) { mLoad.SetInterval(inInterval); }
+	void Reset();
+	bool WasPrefetchBehind() { return mLoad.TakeBehind(); }
+
+	// Works until both queues are empty. On the executor's thread.
+	void ServiceQueueOnce();
+
+private:
+	explicit AudioPrefetchQueue(std::shared_ptr<zorvcore::threads::AsyncThreadedExecutor> inExecutor);
+
+	void CreateServiceTrigger();
+	void Service();
+	RequestQueue& GetQueue(PrefetchPriority inPriority);
+
+	// False when the queue was empty.
+	bool RunNextEntry(RequestQueue& ioQueue);
+	void RunBatch(QueueEntry const& inBatch, RequestQueue& ioQueue);
+	// Whether the batch was abandoned at any point.
+	bool RunRequests(QueueEntry const& inBatch, RequestQueue& ioQueue);
+	void RunRequest(PrefetchRequest const& inRequest, unsigned long long inTimeStamp) const;
+
+	void WriteDebugMonitor(zorvcore::debug::DebugMonitorStream& ioStream) const;
+
+	std::shared_ptr<zorvcore::threads::AsyncThreadedExecutor> mExecutor;
+	std::shared_ptr<zorvcore::threads::QueueOnlyOnce> mServiceTrigger;
+	RequestQueue mPlaybackQueue{"SN::AudioPrefetch playback"};
+	RequestQueue mWaveformQueue{"SN::AudioPrefetch waveform"};
+	DiskLoad mLoad;
+	// In milliseconds, before each request.
+	zorvcore::debug::CachedDebugInteger const mRequestProcessingDelay{
+		"Sonaro.Prefetch.RequestProcessingDelay", 0};
+};
+
+} // namespace SN::AudioPrefetch

@@ -1,0 +1,109 @@
+#include "Sonaro/AudioPrefetch.h"
+
+#include "Prefetch/AudioPrefetchModule.h"
+#include "Prefetch/AudioPrefetchQueue.h"
+
+#include <mutex>
+#include <utility>
+
+namespace SN::AudioPrefetch
+{
+
+namespace
+{
+
+// The one instance of the process. Never destroyed: the module may stop later than this file's statics.
+struct InstanceSlot
+{
+	static InstanceSlot& Instance()
+	{
+		static auto& slot = *new InstanceSlot;
+		return slot;
+	}
+
+	std::shared_ptr<AudioPrefetchQueue> Get()
+	{
+		std::lock_guard const lock(mMutex);
+		return mQueue;
+	}
+
+	void Set(std::shared_ptr<AudioPrefetchQueue> inQueue)
+	{
+		// The former one goes outside the lock.
+		std::lock_guard const lock(mMutex);
+		mQueue.swap(inQueue);
+	}
+
+private:
+	std::mutex mMutex;
+	std::shared_ptr<AudioPrefetchQueue> mQueue;
+};
+
+std::shared_ptr<AudioPrefetchQueue> GetQueue()
+{
+	return InstanceSlot::Instance().Get();
+}
+
+std::shared_ptr<AudioPrefetchQueue> GetQueueOrThrow()
+{
+	auto queue = GetQueue();
+	if (!queue)
+	{
+		zorvcore::config::DoThrowNullPtrException(zorvcore::debug::GetTypeName(typeid(AudioPrefetchQueue)));
+	}
+	return queue;
+}
+
+} // namespace
+
+void Startup()
+{
+	if (!GetQueue())
+	{
+		InstanceSlot::Instance().Set(AudioPrefetchQueue::Create());
+	}
+}
+
+void Shutdown()
+{
+	if (auto const queue = GetQueue())
+	{
+		queue->Shutdown();
+		InstanceSlot::Instance().Set(nullptr);
+	}
+}
+
+void PrefetchAudio(PrefetchPriority inPriority, std::vector<PrefetchRequest> const& inRequests,
+	unsigned long long const& inTimeStamp, InterfaceRef<IAudioPrefetchNotify> inNotify)
+{
+	GetQueueOrThrow()->QueuePrefetchRequests(inPriority, inRequests, inTimeStamp, std::move(inNotify));
+}
+
+void CancelAllPendingPrefetchRequests(PrefetchPriority inPriority)
+{
+	GetQueueOrThrow()->CancelAllPendingPrefetchRequests(inPriority);
+}
+
+void NotifyPrefetchIntervalChanged(TickTime const& inInterval)
+{
+	if (auto const queue = GetQueue())
+	{
+		queue->NotifyPrefetchIntervalChanged(inInterval);
+	}
+}
+
+void Reset()
+{
+	if (auto const queue = GetQueue())
+	{
+		queue->Reset();
+	}
+}
+
+bool WasPrefetchBehind()
+{
+	auto const queue = GetQueue();
+	return queue && queue->WasPrefetchBehind();
+}
+
+} // namespace SN::AudioPrefetch

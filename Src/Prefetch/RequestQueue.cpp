@@ -1,0 +1,25 @@
+#include "Prefetch/RequestQueue.h"
+
+namespace SN::AudioPrefetch
+{
+
+using zorvcore::threads::ScopedRecursiveLock;
+
+void RequestQueue::Append(std::list<QueueEntry>&& ioEntry, char const* inContext)
+{
+	ScopedRecursiveLock const lock(mMutex, inContext);
+	mEntries.splice(mEntries.end(), ioEntry);
+}
+
+std::list<QueueEntry> RequestQueue::TakeFront(char const* inContext)
+{
+	std::list<QueueEntry> entry;
+	ScopedRecursiveLock const lock(mMutex, inContext);
+	if (!mEntries.empty())
+	{
+		entry.splice(entry.end(), mEntries, mEntries.begin());
+	}
+	return entry;
+}
+
+} // namespace SN::AudioPrefetch
