@@ -72,6 +72,7 @@ public:
 	}
 	// The pointers of all channels, for as long as the buffer keeps its shape.
 	float** GetChannels() { return mChannels; }
+	float const* const* GetChannels() const { return mChannels; }
 
 	// Whether a loop over a channel may run up to the next multiple of four samples: the memory is
 	// aligned, and what lies behind the end is padding of the channel's own.

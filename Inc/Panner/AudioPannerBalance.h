@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Panner/Algorithm/BalanceProcessor.h"
+#include "Panner/AutomatedPanner.h"
+
+namespace SN
+{
+
+// Balances a multichannel signal, its channels taken as pairs. One control, the pan: 0 left, 0.5 middle,
+// 1 right. Gains do not ramp: a new pan holds from the next block on.
+class AudioPannerBalance final : public AutomatedPanner
+{
+public:
+	// Whether a balance that will always stand in the middle says that it may be skipped.
+	enum class IdentityTest
+	{
+		kOff,
+		kOn,
+	};
+
+	static int Create(AutomatedPannerSettings const& inSettings, IdentityTest inIdentityTest,
+		InterfaceRef<IAudioPanProcessor>* outProcessor);
+
+	AudioPannerBalance();
+
+	int Init(AutomatedPannerSettings const& inSettings, IdentityTest inIdentityTest);
+
+	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
+	// True when the test is on and the pan has no keyframes and stands in the middle, as last sampled.
+	bool DoesNotAlterAudio() override;
+	void ProcessAudioData(
+		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+
+private:
+	IdentityTest mIdentityTest = IdentityTest::kOff;
+	BalanceProcessor mBalance;
+};
+
+} // namespace SN

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "Panner/PanProcessorBase.h"
+#include "Sonaro/AudioChannelMix.h"
+
+namespace SN
+{
+
+// The base of panners without controls: the conversion between two layouts, as it stood when the panner
+// was made.
+class FixedMixPanner : public PanProcessorBase, public AudioRenderContextClient
+{
+public:
+	void ProcessAudioData(
+		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+
+	// eNullPointer without a context, eInvalidArgument for the invalid rate.
+	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate);
+
+protected:
+	using PanProcessorBase::PanProcessorBase;
+
+	void CopyFrom(FixedMixPanner const& inOther);
+
+private:
+	AudioChannelMix::MixFunction mMix;
+};
+
+} // namespace SN

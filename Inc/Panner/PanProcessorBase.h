@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Sonaro/IAudioPanProcessor.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/Types.h"
+
+namespace SN
+{
+
+// What a pan processor tells of itself.
+struct PanProcessorShape
+{
+	char16_t const* mNodeName = u"";
+	AudioChannelType mInputType = VX::kAudioChannelTypeMono;
+	AudioChannelType mOutputType = VX::kAudioChannelTypeMono;
+	AudioChannelLayout mInputLayout;
+	AudioChannelLayout mOutputLayout;
+};
+
+// The base of all pan processors: a stage from one layout to another, without history or inputs of its
+// own, and with nothing to prepare.
+class PanProcessorBase : public IAudioPanProcessor, public IAudioRenderGraphNodeInfo
+{
+public:
+	bool HasHistory() override { return false; }
+	AudioChannelType GetInputChannelType() override { return mShape.mInputType; }
+	AudioChannelType GetOutputChannelType() override { return mShape.mOutputType; }
+	AudioChannelLayout GetInputAudioChannelLayout() override { return mShape.mInputLayout; }
+	AudioChannelLayout GetOutputAudioChannelLayout() override { return mShape.mOutputLayout; }
+	unsigned GetNumInputChannels() override { return static_cast<unsigned>(mShape.mInputLayout.size()); }
+	unsigned GetNumOutputChannels() override { return static_cast<unsigned>(mShape.mOutputLayout.size()); }
+	bool DoesNotAlterAudio() override { return false; }
+	void Preroll(TickTime const&, bool) override {}
+	void Reset() override {}
+
+	std::u16string GetNodeName() override { return mShape.mNodeName; }
+	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }
+	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	// Between the layouts of two types.
+	PanProcessorBase(char16_t const* inNodeName, AudioChannelType inInputType, AudioChannelType inOutputType);
+	// Between any layouts.
+	PanProcessorBase(char16_t const* inNodeName, AudioChannelLayout const& inInputLayout,
+		AudioChannelLayout const& inOutputLayout);
+	explicit PanProcessorBase(PanProcessorShape inShape);
+
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	PanProcessorShape mShape;
+};
+
+} // namespace SN

@@ -1,0 +1,47 @@
+#include "Panner/AudioPannerMonoTo51.h"
+
+#include "Panner/CreatePanner.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <algorithm>
+
+namespace SN
+{
+
+int AudioPannerMonoTo51::Create(
+	AutomatedPannerSettings const& inSettings, InterfaceRef<IAudioPanProcessor>* outProcessor)
+{
+	return CreatePanner<AudioPannerMonoTo51>(outProcessor, inSettings);
+}
+
+AudioPannerMonoTo51::AudioPannerMonoTo51()
+	: SurroundPanner(u"AudioPannerMonoTo51", VX::kAudioChannelTypeMono, &GetMonoSurroundGains)
+{
+}
+
+int AudioPannerMonoTo51::Init(AutomatedPannerSettings const& inSettings)
+{
+	return SurroundPanner::Init(inSettings, kAnyParameterCount);
+}
+
+InterfaceRef<IAudioPanProcessor> AudioPannerMonoTo51::Clone(
+	FrameRate const& inFrameRate, unsigned inControlInterval)
+{
+	auto const clone = zorvcore::classref::MakeObject<AudioPannerMonoTo51>();
+	clone->CopyFrom(*this, inFrameRate, inControlInterval);
+	return clone;
+}
+
+void AudioPannerMonoTo51::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)
+{
+	for (Channel const channel : {kLeft, kRight, kCenter, kLeftSurround, kRightSurround})
+	{
+		GetRamp(channel).Process(inInput, 0, outOutput, channel);
+	}
+	unsigned const frames = std::min(inInput.GetUseSize(), outOutput.GetUseSize());
+	GetFilter().Process(frames, {.mFirst = inInput.GetChannel(0)}, outOutput.GetChannel(kLowFrequency));
+	outOutput.NoteChannelWrite(kLowFrequency, frames);
+	GetRamp(kLowFrequency).Process(outOutput, kLowFrequency);
+}
+
+} // namespace SN

@@ -1,0 +1,73 @@
+#include "Panner/AudioPannerStereoTo51.h"
+
+#include "Panner/CreatePanner.h"
+#include "Vexilon/Constants.h"
+#include "zorvaccelerate/VectorArithmetic.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/ZeroBufferAccordingToSilenceFlags.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace SN
+{
+
+int AudioPannerStereoTo51::Create(
+	AutomatedPannerSettings const& inSettings, InterfaceRef<IAudioPanProcessor>* outProcessor)
+{
+	return CreatePanner<AudioPannerStereoTo51>(outProcessor, inSettings);
+}
+
+AudioPannerStereoTo51::AudioPannerStereoTo51()
+	: SurroundPanner(u"AudioPannerStereoTo51", VX::kAudioChannelTypeStereo, &GetStereoSurroundGains)
+{
+}
+
+int AudioPannerStereoTo51::Init(AutomatedPannerSettings const& inSettings)
+{
+	return SurroundPanner::Init(inSettings, 4);
+}
+
+InterfaceRef<IAudioPanProcessor> AudioPannerStereoTo51::Clone(
+	FrameRate const& inFrameRate, unsigned inControlInterval)
+{
+	auto const clone = zorvcore::classref::MakeObject<AudioPannerStereoTo51>();
+	clone->CopyFrom(*this, inFrameRate, inControlInterval);
+	return clone;
+}
+
+void AudioPannerStereoTo51::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)
+{
+	GetRamp(kLeft).Process(inInput, 0, outOutput, kLeft);
+	GetRamp(kRight).Process(inInput, 1, outOutput, kRight);
+	GetRamp(kLeftSurround).Process(inInput, 0, outOutput, kLeftSurround);
+	GetRamp(kRightSurround).Process(inInput, 1, outOutput, kRightSurround);
+
+	// The sums below read samples, not flags.
+	dsp::ZeroBufferAccordingToSilenceFlags(const_cast<dsp::AudioBuffer&>(inInput));
+	unsigned const frames = std::min(inInput.GetUseSize(), outOutput.GetUseSize());
+	outOutput.NoteChannelWrite(kCenter, frames);
+	outOutput.NoteChannelWrite(kLowFrequency, frames);
+
+	float* const center = outOutput.GetChannel(kCenter);
+	zorvaccelerate::utility::Add(frames, inInput.GetChannel(0), inInput.GetChannel(1), center);
+	zorvaccelerate::utility::MulConstant_InPlace(frames, center, 0.5f);
+	GetRamp(kCenter).Process(outOutput, kCenter);
+
+	GetFilter().Process(frames, GetFeed(inInput), outOutput.GetChannel(kLowFrequency));
+	GetRamp(kLowFrequency).Process(outOutput, kLowFrequency);
+}
+
+LowFrequencyFeed AudioPannerStereoTo51::GetFeed(dsp::AudioBuffer const& inInput)
+{
+	if (GetX() != mLfeX)
+	{
+		constexpr float kHalfPi = 0.5f * VX::kPi;
+		mLfeX = GetX();
+		mLfeLeftGain = std::cos(kHalfPi * mLfeX);
+		mLfeRightGain = std::sin(kHalfPi * mLfeX);
+	}
+	return {inInput.GetChannel(0), inInput.GetChannel(1), mLfeLeftGain, mLfeRightGain};
+}
+
+} // namespace SN

@@ -1,0 +1,36 @@
+#include "Panner/AudioPannerStereoToAdaptive.h"
+
+#include "AudioRender/Core/StackAudioBufferTags.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+namespace SN
+{
+
+int AudioPannerStereoToAdaptive::Create(AutomatedPannerSettings const& inSettings, int inOutputChannels,
+	AudioChannelMatrix const& inMatrix, InterfaceRef<IAudioPanProcessor>* outProcessor)
+{
+	auto const panner = zorvcore::classref::MakeObject<AudioPannerStereoToAdaptive>(
+		zorvmediatypes::CreateMultichannelLayout(inOutputChannels));
+	int const result = panner->Init(inSettings, inMatrix, StackAudioBufferTags::kAudioPannerStereoToAdaptive);
+	if (ResultSucceeded(result))
+	{
+		*outProcessor = panner;
+	}
+	return result;
+}
+
+AudioPannerStereoToAdaptive::AudioPannerStereoToAdaptive(AudioChannelLayout const& inOutputLayout)
+	: AdaptivePanner(u"AudioPannerStereoToAdaptive", VX::kAudioChannelTypeStereo, 1, inOutputLayout)
+{
+}
+
+InterfaceRef<IAudioPanProcessor> AudioPannerStereoToAdaptive::Clone(
+	FrameRate const& inFrameRate, unsigned inControlInterval)
+{
+	auto const clone =
+		zorvcore::classref::MakeObject<AudioPannerStereoToAdaptive>(GetOutputAudioChannelLayout());
+	clone->CopyFrom(*this, inFrameRate, inControlInterval);
+	return clone;
+}
+
+} // namespace SN

@@ -1,0 +1,32 @@
+#include "Panner/FixedMixPanner.h"
+
+#include "zorvaudiodsp/AudioBuffer.h"
+
+namespace SN
+{
+
+void FixedMixPanner::ProcessAudioData(
+	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const&)
+{
+	if (inInput.IsSilent())
+	{
+		outOutput.Zero();
+		return;
+	}
+	// It clears the flags of what it writes.
+	mMix(inInput, outOutput);
+}
+
+int FixedMixPanner::Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate)
+{
+	mMix = AudioChannelMix::GetMixFunction(GetInputAudioChannelLayout(), GetOutputAudioChannelLayout());
+	return AudioRenderContextClient::Init(inContext, inFrameRate);
+}
+
+void FixedMixPanner::CopyFrom(FixedMixPanner const& inOther)
+{
+	static_cast<AudioRenderContextClient&>(*this) = inOther;
+	mMix = inOther.mMix;
+}
+
+} // namespace SN

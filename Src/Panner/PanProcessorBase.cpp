@@ -1,0 +1,34 @@
+#include "Panner/PanProcessorBase.h"
+
+#include <utility>
+
+namespace SN
+{
+
+PanProcessorBase::PanProcessorBase(
+	char16_t const* inNodeName, AudioChannelType inInputType, AudioChannelType inOutputType)
+	: PanProcessorBase({inNodeName, inInputType, inOutputType, VX::CreateAudioChannelLayout(inInputType),
+		  VX::CreateAudioChannelLayout(inOutputType)})
+{
+}
+
+PanProcessorBase::PanProcessorBase(char16_t const* inNodeName, AudioChannelLayout const& inInputLayout,
+	AudioChannelLayout const& inOutputLayout)
+	: PanProcessorBase({inNodeName, VX::CreateAudioChannelTypeOrAny(inInputLayout, true),
+		  VX::CreateAudioChannelTypeOrAny(inOutputLayout, true), inInputLayout, inOutputLayout})
+{
+}
+
+PanProcessorBase::PanProcessorBase(PanProcessorShape inShape)
+	: mShape(std::move(inShape))
+{
+}
+
+void* PanProcessorBase::QueryMap(GUID const& inIdentifier)
+{
+	void* const found = zorvcore::classref::QueryInterfaces<IAudioPanProcessor, IAudioRenderGraphNodeInfo>(
+		this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SN
