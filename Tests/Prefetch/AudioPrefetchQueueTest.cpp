@@ -1,0 +1,518 @@
+#include "Prefetch/AudioPrefetchQueue.h"
+
+#include "Prefetch/AudioPrefetchModule.h"
+#include "Prefetch/AudioPrefetchQueueFailure.h"
+#include "zorvcore/config/InitializerRegistrar.h"
+#include "zorvcore/debug/Assert.h"
+#include "zorvcore/debug/DebugMonitor.h"
+#include "zorvcore/threads/Gate.h"
+#include "zorvcore/utility/HighPrecisionTime.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace SN::AudioPrefetch
+{
+namespace
+{
+
+using zorvcore::classref::MakeObject;
+using zorvcore::debug::DebugDatabase;
+using zorvcore::threads::Gate;
+using zorvcore::utility::HighPrecisionTime::GetCurrentTimeStamp;
+
+constexpr char const* kMonitorName = "SN.AudioPrefetch.AudioPrefetchQueue";
+constexpr char const* kThresholdKey = "Sonaro.Prefetch.DiskOverloadThreshold";
+constexpr char const* kDelayKey = "Sonaro.Prefetch.RequestProcessingDelay";
+
+// What happened, in words with a blank behind each.
+class Log
+{
+public:
+	void Add(std::string const& inWord)
+	{
+		std::lock_guard const lock(mMutex);
+		mText += inWord + " ";
+	}
+	std::string Take()
+	{
+		std::lock_guard const lock(mMutex);
+		return std::exchange(mText, {});
+	}
+
+private:
+	std::mutex mMutex;
+	std::string mText;
+};
+
+class ReadOnlySource final : public IAsyncAudioSource
+{
+public:
+	using Read = std::function<void(unsigned long long, TickTime, unsigned)>;
+
+	explicit ReadOnlySource(Read inRead)
+		: mRead(std::move(inRead))
+	{
+	}
+
+	void PrefetchAudioData(
+		unsigned long long const& inTimeStamp, TickTime const& inTime, unsigned inNumSamples) override
+	{
+		mRead(inTimeStamp, inTime, inNumSamples);
+	}
+	int ReadPrefetchedAudio(TickTime const&, dsp::AudioBuffer&) override { return eNotImplemented; }
+	int GetPrefetchState() override { return eNotImplemented; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<IAsyncAudioSource>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	Read const mRead;
+};
+
+class PreparableSource final : public IAsyncAudioSource, public IPreparableAudioSource
+{
+public:
+	explicit PreparableSource(Log& inLog)
+		: mLog(inLog)
+	{
+	}
+
+	void PrefetchAudioData(unsigned long long const&, TickTime const&, unsigned) override
+	{
+		mLog.Add("read");
+	}
+	int ReadPrefetchedAudio(TickTime const&, dsp::AudioBuffer&) override { return eNotImplemented; }
+	int GetPrefetchState() override { return eNotImplemented; }
+	void PrepareForPrefetch(TickTime const& inTime, unsigned inNumSamples) override
+	{
+		mLog.Add("prepare " + std::to_string(inTime.GetTicks()) + " " + std::to_string(inNumSamples));
+	}
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<IAsyncAudioSource, IPreparableAudioSource>(
+			this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	Log& mLog;
+};
+
+class Notify final : public IAudioPrefetchNotify
+{
+public:
+	explicit Notify(std::function<void(int)> inComplete)
+		: mComplete(std::move(inComplete))
+	{
+	}
+
+	void Complete(int inResult) override { mComplete(inResult); }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<IAudioPrefetchNotify>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	std::function<void(int)> const mComplete;
+};
+
+// A queue whose executor the test can hold still.
+class AudioPrefetchQueueTest : public testing::Test
+{
+protected:
+	~AudioPrefetchQueueTest() override
+	{
+		DebugDatabase::Instance().RemoveEntry(kThresholdKey);
+		DebugDatabase::Instance().RemoveEntry(kDelayKey);
+		if (mQueue)
+		{
+			mQueue->Shutdown();
+		}
+	}
+
+	static InterfaceRef<IAsyncAudioSource> MakeSource(std::function<void()> inRead)
+	{
+		return MakeObject<ReadOnlySource>([inRead](auto, auto, auto) { inRead(); });
+	}
+
+	InterfaceRef<IAsyncAudioSource> MakeNamedSource(std::string const& inName)
+	{
+		return MakeSource([this, inName] { mLog.Add(inName); });
+	}
+
+	// Logs "+name" for success and "-name" for an abandoned batch.
+	InterfaceRef<IAudioPrefetchNotify> MakeNotify(std::string const& inName)
+	{
+		return MakeObject<Notify>(
+			[this, inName](int inResult)
+			{
+				EXPECT_NE(std::this_thread::get_id(), mTestThread);
+				EXPECT_TRUE(inResult == kSuccess || inResult == zorvcore::eWaitFailed);
+				mLog.Add((inResult == kSuccess ? "+" : "-") + inName);
+			});
+	}
+
+	void Queue(PrefetchPriority inPriority, std::string const& inName, unsigned long long inTimeStamp = 0)
+	{
+		mQueue->QueuePrefetchRequests(
+			inPriority, {{0, MakeNamedSource(inName), {}, 64}}, inTimeStamp, MakeNotify(inName));
+	}
+
+	// Lets the executor go, waits until it has done all that was queued so far, and holds it again.
+	std::string Run()
+	{
+		mExecutor->Resume();
+		Gate done(false);
+		mExecutor->Queue([&] { done.Open(); });
+		done.PassThrough();
+		mExecutor->Pause();
+		return mLog.Take();
+	}
+
+	std::thread::id const mTestThread = std::this_thread::get_id();
+	Log mLog;
+	std::shared_ptr<zorvcore::threads::AsyncThreadedExecutor> const mExecutor = []
+	{
+		auto executor = AudioPrefetchQueue::CreateExecutor();
+		executor->Pause();
+		return executor;
+	}();
+	std::shared_ptr<AudioPrefetchQueue> mQueue = AudioPrefetchQueue::Create(mExecutor);
+};
+
+TEST_F(AudioPrefetchQueueTest, PlaybackOvertakesAndACancelReachesItsMarker)
+{
+	struct Case
+	{
+		char const* mName;
+		// P or W and a batch's name, or "!" for a cancel.
+		char const* mQueued;
+		char const* mDone;
+	};
+	Case const cases[] = {
+		{"nothing", "", ""},
+		{"first come first served", "Pa Pb Pc", "a +a b +b c +c "},
+		{"waveforms wait", "Wa Wb Pc Pd", "c +c d +d a +a b +b "},
+		{"unknown priority is no playback", "Xa Pb", "b +b a +a "},
+		{"cancel", "Pa Pb P! Pc", "-a -b c +c "},
+		{"cancel in vain", "P! Pa W! Wb", "a +a b +b "},
+		{"two cancels", "Pa P! Pb P! Pc", "-a -b c +c "},
+		{"cancel of playback", "Wa Pb P! Wc", "-b a +a c +c "},
+		{"cancel of waveforms", "Wa Pb W! Wc", "b +b -a c +c "},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		std::istringstream words(test.mQueued);
+		for (std::string word; words >> word;)
+		{
+			auto const priority = static_cast<PrefetchPriority>(word[0] == 'P'   ? PlaybackPriority
+																: word[0] == 'W' ? WaveformPriority
+																				 : 7);
+			word[1] == '!' ? mQueue->CancelAllPendingPrefetchRequests(priority)
+						   : Queue(priority, word.substr(1));
+		}
+		EXPECT_EQ(Run(), test.mDone);
+	}
+}
+
+TEST_F(AudioPrefetchQueueTest, WorkQueuedDuringARunIsDoneInItsOrder)
+{
+	auto const busy = MakeSource(
+		[&]
+		{
+			mLog.Add("busy");
+			Queue(WaveformPriority, "w");
+			Queue(PlaybackPriority, "p");
+		});
+	auto const another = MakeObject<Notify>([&](int) { Queue(PlaybackPriority, "late"); });
+	mQueue->QueuePrefetchRequests(
+		WaveformPriority, {{0, busy, {}, 1}, {0, MakeNamedSource("rest"), {}, 1}}, 0, another);
+	EXPECT_EQ(Run(), "busy rest p +p late +late w +w ");
+}
+
+TEST_F(AudioPrefetchQueueTest, ACancelEndsABatchBehindTheRequestAtHand)
+{
+	auto const cancels = MakeSource(
+		[&]
+		{
+			mLog.Add("cancels");
+			mQueue->CancelAllPendingPrefetchRequests(PlaybackPriority);
+			// Leaves the measures alone while the cancel is under way.
+			mQueue->Reset();
+		});
+	auto const a = MakeNamedSource("a");
+	mQueue->QueuePrefetchRequests(
+		PlaybackPriority, {{0, a, {}, 1}, {0, cancels, {}, 1}, {0, a, {}, 1}}, 0, MakeNotify("batch"));
+	Queue(PlaybackPriority, "waiting");
+	EXPECT_EQ(Run(), "a cancels -batch -waiting ");
+	Queue(PlaybackPriority, "next");
+	EXPECT_EQ(Run(), "next +next ");
+}
+
+TEST_F(AudioPrefetchQueueTest, ARequestReachesItsSourceOrIsSkipped)
+{
+	auto const reads = MakeObject<ReadOnlySource>(
+		[&](unsigned long long inTimeStamp, TickTime inTime, unsigned inNumSamples)
+		{
+			mLog.Add("read " + std::to_string(inTimeStamp) + " " + std::to_string(inTime.GetTicks()) + " " +
+					 std::to_string(inNumSamples));
+		});
+	auto const prepares = MakeObject<PreparableSource>(mLog);
+	TickTime const time = TickTime::FromTicks(-5);
+	struct Case
+	{
+		char const* mName;
+		std::vector<PrefetchRequest> mRequests;
+		char const* mDone;
+	};
+	Case const cases[] = {
+		{"read", {{0, reads, time, 64}}, "read 77 -5 64 +x "},
+		{"prepare", {{1, prepares, time, 64}}, "prepare -5 64 +x "},
+		{"read what could prepare", {{0, prepares, time, 64}}, "read +x "},
+		{"cannot prepare", {{1, reads, time, 64}}, "+x "},
+		{"no source", {{0, {}, time, 64}, {1, {}, time, 64}, {0, prepares, time, 1}}, "read +x "},
+		{"no such kind", {{2, reads, time, 64}, {-1, reads, time, 64}}, "+x "},
+		{"no request", {}, "+x "},
+	};
+	// The stamp is long past; nothing is behind when an interval lasts longer than the machine.
+	mQueue->NotifyPrefetchIntervalChanged(kTimeMax);
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		mQueue->Reset();
+		mQueue->QueuePrefetchRequests(PlaybackPriority, test.mRequests, 77, MakeNotify("x"));
+		mQueue->QueuePrefetchRequests(PlaybackPriority, {}, 77, {});
+		EXPECT_EQ(Run(), test.mDone);
+	}
+}
+
+TEST_F(AudioPrefetchQueueTest, TheMonitorCountsWhatIsNotFinished)
+{
+	Queue(WaveformPriority, "w");
+	mQueue->QueuePrefetchRequests(PlaybackPriority, {{}, {9, {}, {}, 0}}, 0, {});
+	Queue(PlaybackPriority, "p");
+	mQueue->CancelAllPendingPrefetchRequests(PlaybackPriority);
+	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName),
+		u"Playback:\n\tRequests:\t\t\t2 / 3\n\tCancel Count:\t\t1\n\tDisk Load (%):\t\t0\n"
+		u"Waveform:\n\tRequests:\t\t\t1 / 1\n\tCancel Count:\t\t0\n");
+	EXPECT_EQ(Run(), "-p w +w ");
+	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName),
+		u"Playback:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n\tDisk Load (%):\t\t0\n"
+		u"Waveform:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n");
+	mQueue->Shutdown();
+	mQueue = nullptr;
+	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName), u"");
+}
+
+// A source that takes three milliseconds, first against intervals of one, later of one hour.
+class AudioPrefetchLoadTest : public AudioPrefetchQueueTest
+{
+protected:
+	void Overload()
+	{
+		auto const slow = MakeSource([] { std::this_thread::sleep_for(std::chrono::milliseconds(3)); });
+		mQueue->NotifyPrefetchIntervalChanged(TickTime::FromTicks(254016000));
+		mQueue->QueuePrefetchRequests(
+			PlaybackPriority, {{0, slow, {}, 1}}, GetCurrentTimeStamp(), MakeNotify("slow"));
+		EXPECT_EQ(Run(), "+slow ");
+		mQueue->NotifyPrefetchIntervalChanged(TickTime::FromSeconds(3600));
+	}
+};
+
+TEST_F(AudioPrefetchLoadTest, TheStampOfAnAbandonedBatchDecidesOnTheNext)
+{
+	EXPECT_FALSE(mQueue->WasPrefetchBehind());
+	Overload();
+	EXPECT_TRUE(mQueue->WasPrefetchBehind());
+	EXPECT_FALSE(mQueue->WasPrefetchBehind()) << "asking clears";
+	Queue(PlaybackPriority, "unmeasured", 0);
+	Queue(WaveformPriority, "measured", GetCurrentTimeStamp());
+	Queue(WaveformPriority, "recovered", GetCurrentTimeStamp());
+	EXPECT_EQ(Run(), "-unmeasured -measured recovered +recovered ");
+	EXPECT_TRUE(mQueue->WasPrefetchBehind()) << "two were abandoned";
+	EXPECT_FALSE(mQueue->WasPrefetchBehind());
+}
+
+TEST_F(AudioPrefetchLoadTest, ResetAndTheEndOfACancelForgetTheLoad)
+{
+	Overload();
+	mQueue->Reset();
+	EXPECT_FALSE(mQueue->WasPrefetchBehind());
+	Queue(PlaybackPriority, "a");
+	EXPECT_EQ(Run(), "a +a ");
+	Overload();
+	mQueue->CancelAllPendingPrefetchRequests(WaveformPriority);
+	mQueue->Reset();
+	EXPECT_TRUE(mQueue->WasPrefetchBehind()) << "a cancel under way keeps the measures";
+	Queue(PlaybackPriority, "b");
+	EXPECT_EQ(Run(), "-b ") << "its marker has not been reached";
+	Queue(PlaybackPriority, "c");
+	EXPECT_EQ(Run(), "c +c ");
+}
+
+TEST_F(AudioPrefetchLoadTest, TheDebugDatabaseMovesThresholdAndDelay)
+{
+	DebugDatabase::Instance().SetEntry(kThresholdKey, "2147483647");
+	Overload();
+	Queue(PlaybackPriority, "a");
+	EXPECT_EQ(Run(), "a +a ");
+	DebugDatabase::Instance().RemoveEntry(kThresholdKey);
+	Queue(PlaybackPriority, "b");
+	EXPECT_EQ(Run(), "-b ");
+	mQueue->Reset();
+
+	DebugDatabase::Instance().SetEntry(kDelayKey, "2");
+	auto const start = std::chrono::steady_clock::now();
+	Queue(PlaybackPriority, "a");
+	Queue(PlaybackPriority, "b");
+	EXPECT_EQ(Run(), "a +a b +b ");
+	EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4));
+	// What is skipped does not wait, or this would end in years.
+	DebugDatabase::Instance().SetEntry(kDelayKey, "2147483647");
+	mQueue->QueuePrefetchRequests(PlaybackPriority, {{}, {3, MakeNamedSource("s"), {}, 1}}, 0, {});
+	Run();
+	Queue(PlaybackPriority, "c");
+	mQueue->CancelAllPendingPrefetchRequests(PlaybackPriority);
+	EXPECT_EQ(Run(), "-c ");
+}
+
+TEST_F(AudioPrefetchQueueTest, AThrowingSourceStopsNeitherTheThreadNorWhatWaits)
+{
+	Gate done(false);
+	unsigned long long const asserts = zorvcore::debug::GetAssertCount();
+	auto const throws = MakeSource([] { throw std::runtime_error("no disk"); });
+	mQueue->QueuePrefetchRequests(PlaybackPriority, {{0, throws, {}, 1}}, 0, MakeNotify("throws"));
+	Queue(PlaybackPriority, "waits");
+	mQueue->QueuePrefetchRequests(WaveformPriority, {}, 0, MakeObject<Notify>([&](int) { done.Open(); }));
+	mExecutor->Resume();
+	done.PassThrough();
+	EXPECT_EQ(mLog.Take(), "waits +waits ");
+	EXPECT_EQ(zorvcore::debug::GetAssertCount(), asserts + 1);
+}
+
+TEST_F(AudioPrefetchQueueTest, ShutdownTellsEveryBatchOnThePrefetchThread)
+{
+	Queue(WaveformPriority, "a");
+	Queue(PlaybackPriority, "b");
+	Queue(WaveformPriority, "c");
+	mQueue->Shutdown();
+	EXPECT_EQ(mLog.Take(), "-b -a -c ");
+	mQueue->Shutdown();
+}
+
+TEST_F(AudioPrefetchQueueTest, ALateTriggerFindsNoQueue)
+{
+	Queue(PlaybackPriority, "a");
+	mQueue = nullptr;
+	EXPECT_EQ(Run(), "");
+}
+
+TEST_F(AudioPrefetchQueueTest, NeedsAnExecutor)
+{
+	try
+	{
+		AudioPrefetchQueue::Create(nullptr);
+		FAIL();
+	}
+	catch (AudioPrefetchQueueFailure const& failure)
+	{
+		EXPECT_STREQ(failure.what(), "CreateAsyncThreadedExecutor failed in KTL::AudioPrefetchQueue");
+	}
+}
+
+TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsToldOnce)
+{
+	constexpr int kThreads = 4;
+	constexpr int kBatches = 500;
+	std::vector<std::atomic<int>> told(kThreads * kBatches);
+	std::atomic<int> abandoned = 0;
+	std::atomic<int> reads = 0;
+	auto const source = MakeSource([&] { ++reads; });
+	auto const race = [&](int inThread)
+	{
+		for (int i = 0; i < kBatches; ++i)
+		{
+			auto const priority = i % 3 == 0 ? PlaybackPriority : WaveformPriority;
+			auto const notify = MakeObject<Notify>(
+				[&, index = static_cast<std::size_t>(inThread * kBatches + i)](int inResult)
+				{
+					++told[index];
+					abandoned += inResult == kSuccess ? 0 : 1;
+				});
+			mQueue->QueuePrefetchRequests(priority, {{0, source, {}, 1}}, 0, notify);
+			if (i % 16 == inThread)
+			{
+				mQueue->CancelAllPendingPrefetchRequests(priority);
+			}
+			mQueue->Reset();
+		}
+	};
+	mExecutor->Resume();
+	std::vector<std::thread> threads;
+	for (int i = 0; i < kThreads; ++i)
+	{
+		threads.emplace_back(race, i);
+	}
+	for (std::thread& thread : threads)
+	{
+		thread.join();
+	}
+	mQueue->Shutdown();
+	EXPECT_TRUE(std::all_of(told.begin(), told.end(), [](auto const& inCount) { return inCount == 1; }));
+	EXPECT_EQ(reads + abandoned, kThreads * kBatches);
+	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName),
+		u"Playback:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n\tDisk Load (%):\t\t0\n"
+		u"Waveform:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n");
+}
+
+// The service of the process, which the engine's module has started.
+TEST(AudioPrefetch, StartsAndStopsAThousandTimesWithWorkWaiting)
+{
+	std::atomic<int> told = 0;
+	auto const notify = MakeObject<Notify>([&](int) { ++told; });
+	for (int i = 0; i < 1000; ++i)
+	{
+		PrefetchAudio(WaveformPriority, {}, GetCurrentTimeStamp(), notify);
+		Startup();
+		Shutdown();
+		ASSERT_EQ(told, i + 1);
+		Shutdown();
+		Startup();
+	}
+}
+
+TEST(AudioPrefetch, RunsWhileTheModuleDoes)
+{
+	zorvcore::config::StopRegisteredModules();
+	EXPECT_THROW(PrefetchAudio(PlaybackPriority, {}, 0, {}), zorvcore::config::NullPtrException);
+	EXPECT_THROW(CancelAllPendingPrefetchRequests(WaveformPriority), zorvcore::config::NullPtrException);
+	NotifyPrefetchIntervalChanged(TickTime::FromSeconds(1));
+	Reset();
+	EXPECT_FALSE(WasPrefetchBehind());
+	zorvcore::config::StartRegisteredModules();
+	Gate done(false);
+	PrefetchAudio(PlaybackPriority, {}, 1, MakeObject<Notify>([&](int) { done.Open(); }));
+	done.PassThrough();
+	CancelAllPendingPrefetchRequests(PlaybackPriority);
+}
+
+} // namespace
+} // namespace SN::AudioPrefetch
