@@ -92,9 +92,8 @@ void Run(FixedMix const& inMix, dsp::AudioBuffer const& inInput, dsp::AudioBuffe
 	}
 	unsigned const frames = inInput.GetUseSize();
 	bool const inGroups = inInput.CanProcessInGroupsOfFour() && outOutput.CanProcessInGroupsOfFour();
-	// Whole groups, the last one reaching into the padding, unless the output has samples there.
-	bool const wholeGroups = inGroups && frames == outOutput.GetUseSize();
-	zorvaccelerate::utility::FoldChannels(inMix.mFold, wholeGroups ? (frames + 3) / 4 * 4 : frames, inputs,
+	// The last group ends with the frames, not with the padding behind them: nobody could tell.
+	zorvaccelerate::utility::FoldChannels(inMix.mFold, frames, inputs,
 		inGroups ? inMix.mGroupGains : inMix.mFrameGains, outOutput.GetChannels());
 	ClearFlagsAfterWriting(outOutput, inMix.mOutputs, frames);
 }

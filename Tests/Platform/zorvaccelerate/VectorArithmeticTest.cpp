@@ -1,5 +1,6 @@
 #include "zorvaccelerate/VectorArithmetic.h"
 
+#include "GuardedArray.h"
 #include "zorvaccelerate/VectorVariants.h"
 
 #include <gtest/gtest.h>
@@ -19,88 +20,6 @@ namespace
 {
 
 constexpr unsigned kLargestCount = 67;
-constexpr unsigned kGuard = 16;
-constexpr float kGuardValue = -77.25f;
-
-// What breaks arithmetic that is only nearly right, among ordinary values.
-float AwkwardValue(std::mt19937& ioRandom)
-{
-	using Limits = std::numeric_limits<float>;
-	switch (ioRandom() % 10)
-	{
-	case 0:
-		return 0.0f;
-	case 1:
-		return -0.0f;
-	case 2:
-		return Limits::denorm_min() * static_cast<float>(1 + ioRandom() % 100);
-	case 3:
-		return ioRandom() % 2 == 0 ? Limits::infinity() : -Limits::infinity();
-	case 4:
-		return Limits::quiet_NaN();
-	case 5:
-		return Limits::max();
-	default:
-		return std::ldexp(
-			static_cast<float>(ioRandom() % 2000001) - 1000000.0f, static_cast<int>(ioRandom() % 30) - 35);
-	}
-}
-
-// An array at an offset from an aligned address, between guards that nobody may touch.
-class Guarded
-{
-public:
-	Guarded(unsigned inCount, unsigned inOffset, std::mt19937& ioRandom)
-		: mCount(inCount),
-		  mOffset(inOffset),
-		  mMemory(Malloc_Float(kGuard + inOffset + inCount + kGuard))
-	{
-		std::fill_n(mMemory, GetSize(), kGuardValue);
-		for (unsigned i = 0; i < inCount; ++i)
-		{
-			Data()[i] = AwkwardValue(ioRandom);
-		}
-	}
-	~Guarded() { Free(mMemory); }
-	Guarded(Guarded const&) = delete;
-	Guarded& operator=(Guarded const&) = delete;
-
-	float* Data() { return mMemory + kGuard + mOffset; }
-	std::vector<float> Values() { return {Data(), Data() + mCount}; }
-	bool GuardsAreWhole() const
-	{
-		for (unsigned i = 0; i < GetSize(); ++i)
-		{
-			bool const inside = i >= kGuard + mOffset && i < kGuard + mOffset + mCount;
-			if (!inside && mMemory[i] != kGuardValue)
-			{
-				return false;
-			}
-		}
-		return true;
-	}
-
-private:
-	unsigned GetSize() const { return kGuard + mOffset + mCount + kGuard; }
-
-	unsigned mCount;
-	unsigned mOffset;
-	float* mMemory;
-};
-
-bool SameBits(std::vector<float> const& inA, std::vector<float> const& inB)
-{
-	for (std::size_t i = 0; i < inB.size(); ++i)
-	{
-		bool const bothNaN = std::isnan(inA[i]) && std::isnan(inB[i]);
-		if (!bothNaN && std::bit_cast<std::uint32_t>(inA[i]) != std::bit_cast<std::uint32_t>(inB[i]))
-		{
-			return false;
-		}
-	}
-	return inA.size() == inB.size();
-}
-
 // One operation: what a variant does to an output, given two inputs, and what each element should be.
 struct Operation
 {
@@ -110,13 +29,6 @@ struct Operation
 		std::vector<float> const& inOut, std::size_t inIndex)>
 		mExpected;
 };
-
-// Volatile keeps each step's rounding apart, whatever the compiler would like to do.
-float Rounded(float inValue)
-{
-	float volatile const value = inValue;
-	return value;
-}
 
 constexpr LinearRamp kRamp{0.3f, -1.7f, 4801.0f};
 constexpr unsigned kRampFirst = 4700;
@@ -173,9 +85,9 @@ TEST(VectorArithmetic, EveryVariantGivesTheBitsOfThePlainLoop)
 			{
 				for (VectorVariant const& variant : RunnableVariants())
 				{
-					Guarded a(count, offsets % 8, random);
-					Guarded b(count, (offsets + 3) % 8, random);
-					Guarded out(count, offsets / 8, random);
+					GuardedArray a(count, offsets % 8, random);
+					GuardedArray b(count, (offsets + 3) % 8, random);
+					GuardedArray out(count, offsets / 8, random);
 					std::vector<float> expected(count);
 					for (std::size_t i = 0; i < count; ++i)
 					{
@@ -199,10 +111,10 @@ TEST(VectorArithmetic, TheFunctionsDoWhatTheirVariantsDo)
 	std::mt19937 random(12);
 	VectorVariant const best = RunnableVariants().back();
 	constexpr unsigned kCount = 53;
-	Guarded a(kCount, 1, random);
-	Guarded b(kCount, 2, random);
-	Guarded out(kCount, 3, random);
-	Guarded expected(kCount, 0, random);
+	GuardedArray a(kCount, 1, random);
+	GuardedArray b(kCount, 2, random);
+	GuardedArray out(kCount, 3, random);
+	GuardedArray expected(kCount, 0, random);
 
 	Add(kCount, a.Data(), b.Data(), out.Data());
 	best.mAdd(kCount, a.Data(), b.Data(), expected.Data());
