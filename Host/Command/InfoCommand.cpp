@@ -3,7 +3,12 @@
 #include "Console.h"
 #include "Json.h"
 #include "SonaroHost/AudioFileInfo.h"
+#include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/TimePosition.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
 
 namespace SonaroCommand
 {
@@ -12,6 +17,24 @@ namespace
 {
 
 using SonaroHost::AudioFileInfo;
+
+// "mono", "stereo: left, right", "7 channels without places".
+std::string DescribeLayout(zorvmediatypes::AudioChannelLayout const& inLayout)
+{
+	std::string text = SonaroHost::GetLayoutName(inLayout);
+	std::vector<std::string> const places = SonaroHost::GetPlaceNames(inLayout);
+	if (places.empty())
+	{
+		return text + " without places";
+	}
+	char const* separator = ": ";
+	for (std::size_t i = 0; i < places.size() && places.size() > 1; ++i)
+	{
+		text += separator + places[i];
+		separator = ", ";
+	}
+	return text;
+}
 
 std::string DescribeForPeople(AudioFileInfo const& inInfo)
 {
@@ -23,8 +46,7 @@ std::string DescribeForPeople(AudioFileInfo const& inInfo)
 	};
 	add("File", inInfo.mPath.string());
 	add("Format", inInfo.mContainer + ", " + inInfo.mEncoding);
-	add("Channels",
-		std::to_string(inInfo.GetNumChannels()) + " (" + SonaroHost::GetLayoutName(inInfo.mLayout) + ")");
+	add("Channels", std::to_string(inInfo.GetNumChannels()) + " (" + DescribeLayout(inInfo.mLayout) + ")");
 	add("Rate", std::to_string(inInfo.mSampleRate) + " Hz");
 	add("Length", SonaroHost::FormatTime(inInfo.mFrames, inInfo.mSampleRate) + " (" +
 					  std::to_string(inInfo.mFrames) + " samples" +
@@ -40,6 +62,7 @@ std::string DescribeForMachines(AudioFileInfo const& inInfo)
 	json["encoding"] = inInfo.mEncoding;
 	json["channels"] = inInfo.GetNumChannels();
 	json["layout"] = SonaroHost::GetLayoutName(inInfo.mLayout);
+	json["places"] = SonaroHost::GetPlaceNames(inInfo.mLayout);
 	json["rate"] = inInfo.mSampleRate;
 	json["samples"] = inInfo.mFrames;
 	json["seconds"] = static_cast<double>(inInfo.mFrames) / inInfo.mSampleRate;

@@ -4,6 +4,7 @@
 #include "Json.h"
 #include "OperatingSystem.h"
 #include "ProgressReport.h"
+#include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
 
 #include <array>
@@ -73,6 +74,26 @@ OutputContainer ChooseContainer(std::string const& inFormat, std::string const& 
 			   " names no output format; end it in .wav, .aiff, .flac or .caf, or give --format");
 	}
 	return *container;
+}
+
+SN::AudioChannelLayout ParseLayoutOption(std::string const& inText)
+{
+	auto const layout = ParseLayout(inText);
+	if (!layout)
+	{
+		Refuse("--layout: '" + inText +
+			   "' is no layout; give mono, stereo, 5.1 or a number of channels from 1 to " +
+			   std::to_string(kMaxChannels));
+	}
+	return *layout;
+}
+
+SN::AudioChannelMix::MixdownType51 GetMixdown(std::string const& inName)
+{
+	return inName == "front"        ? SN::AudioChannelMix::kMixdownFront
+		   : inName == "front-rear" ? SN::AudioChannelMix::kMixdownFrontRear
+		   : inName == "front-lfe"  ? SN::AudioChannelMix::kMixdownFrontLFE
+									: SN::AudioChannelMix::kMixdownFrontRearLFE;
 }
 
 OutputSamples GetSamples(std::string const& inBits)
@@ -157,13 +178,16 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 		->required();
 	AddFormatOptions();
 	AddRangeOptions();
+	AddChannelOptions();
 	AddReportOptions();
 	GetParser().footer(
 		"Times are seconds (12.5), minutes (1:02.5), hours (1:00:02.5) or samples (48000s).\n\n"
 		"Examples:\n"
 		"  sonaro render interview.flac -o interview.wav\n"
 		"  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
-		"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6");
+		"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
+		"  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
+		"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3");
 }
 
 void RenderCommand::AddFormatOptions()
@@ -191,9 +215,6 @@ void RenderCommand::AddRangeOptions()
 		.add_option("--duration", mDuration, "How much to render, at most to the end of the input")
 		->option_text("TIME");
 	GetParser()
-		.add_option("--channels", mChannels, "Channels of the input from 1 on, in their new order, like 2,1")
-		->option_text("LIST");
-	GetParser()
 		.add_option("--gain-db", mGainDecibels, "Decibels to make it louder, or below 0 softer")
 		->option_text("DB");
 	GetParser().add_flag("--reverse", mIsReverse, "From the end to the start");
@@ -202,6 +223,26 @@ void RenderCommand::AddRangeOptions()
 			"Samples rendered at a time, 1 to 262144 (default: 4096); any gives the same result")
 		->option_text("SAMPLES")
 		->check(CLI::Range(1u, kMaxBlockFrames));
+}
+
+void RenderCommand::AddChannelOptions()
+{
+	GetParser()
+		.add_option("--channels", mChannels, "Channels of the input from 1 on, in their new order, like 2,1")
+		->option_text("LIST");
+	GetParser()
+		.add_option("--layout", mLayout,
+			"What the channels become: mono, stereo, 5.1, or so many channels without places, by position")
+		->option_text("NAME");
+	GetParser()
+		.add_option("--pan", mPan,
+			"Where the sound stands, from 0 (left) over 0.5 (middle) to 1 (right); mono becomes stereo")
+		->option_text("X");
+	GetParser()
+		.add_option("--mixdown", mMixdown,
+			"What of 5.1 is heard in mono and stereo: front, front-rear, front-lfe or all (default: front)")
+		->option_text("NAME")
+		->check(CLI::IsMember({"front", "front-rear", "front-lfe", "all"}));
 }
 
 void RenderCommand::AddReportOptions()
@@ -248,6 +289,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	{
 		request.mChannels = ParseChannels(mChannels);
 	}
+	request.mLayout = MakeLayoutRequest();
 	// Written so that what is not a number fails it.
 	if (!(std::abs(mGainDecibels) <= kLargestGainDecibels))
 	{
@@ -260,6 +302,21 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
 	request.mBlockFrames = mBlockFrames;
 	request.mReplace = !mKeepsOldFile;
+	return request;
+}
+
+LayoutRequest RenderCommand::MakeLayoutRequest() const
+{
+	LayoutRequest request;
+	if (!mLayout.empty())
+	{
+		request.mLayout = ParseLayoutOption(mLayout);
+	}
+	request.mPan = mPan;
+	if (!mMixdown.empty())
+	{
+		request.mMixdown = GetMixdown(mMixdown);
+	}
 	return request;
 }
 

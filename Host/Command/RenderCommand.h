@@ -3,6 +3,7 @@
 #include "Command.h"
 #include "SonaroHost/ClipRenderJob.h"
 
+#include <optional>
 #include <string>
 
 namespace SonaroCommand
@@ -19,10 +20,12 @@ public:
 private:
 	void AddFormatOptions();
 	void AddRangeOptions();
+	void AddChannelOptions();
 	void AddReportOptions();
 
 	// The options as the library takes them; throws a HostError for one that makes no sense.
 	SonaroHost::ClipRenderRequest MakeRequest() const;
+	SonaroHost::LayoutRequest MakeLayoutRequest() const;
 	SonaroHost::RenderSummary Render(SonaroHost::ClipRenderJob& ioJob) const;
 	void Report(SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary) const;
 
@@ -34,6 +37,9 @@ private:
 	std::string mStart;
 	std::string mDuration;
 	std::string mChannels;
+	std::string mLayout;
+	std::optional<double> mPan;
+	std::string mMixdown;
 	double mGainDecibels = 0.0;
 	bool mIsReverse = false;
 	unsigned mBlockFrames;

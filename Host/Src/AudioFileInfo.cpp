@@ -3,6 +3,7 @@
 #include "AudioFileDecoder.h"
 #include "DeclaredAudio.h"
 #include "MpegLengthTag.h"
+#include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
@@ -213,9 +214,7 @@ void SetLayout(AudioFileInfo& ioInfo, AudioFileDecoder const& inDecoder)
 	}
 	ioInfo.mChannelOrder.resize(static_cast<std::size_t>(channels));
 	std::iota(ioInfo.mChannelOrder.begin(), ioInfo.mChannelOrder.end(), 0u);
-	ioInfo.mLayout = channels == 1   ? zorvmediatypes::CreateMonoChannelLayout()
-					 : channels == 2 ? zorvmediatypes::CreateStereoChannelLayout()
-									 : zorvmediatypes::CreateMultichannelLayout(channels);
+	ioInfo.mLayout = MakeLayoutOfChannels(static_cast<unsigned>(channels));
 	if (channels == 6)
 	{
 		if (auto order = Find51Order(inDecoder.GetHandle()); !order.empty())
@@ -261,23 +260,6 @@ AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
 		Refuse(inPath, "is longer than 100 hours, the end of a time line");
 	}
 	return info;
-}
-
-std::string GetLayoutName(zorvmediatypes::AudioChannelLayout const& inLayout)
-{
-	if (inLayout == zorvmediatypes::CreateMonoChannelLayout())
-	{
-		return "mono";
-	}
-	if (inLayout == zorvmediatypes::CreateStereoChannelLayout())
-	{
-		return "stereo";
-	}
-	if (inLayout == zorvmediatypes::Create51ChannelLayout())
-	{
-		return "5.1";
-	}
-	return std::to_string(inLayout.size()) + (inLayout.size() == 1 ? " channel" : " channels");
 }
 
 } // namespace SonaroHost

@@ -2,10 +2,11 @@
 
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/AudioFileWriter.h"
+#include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/LayoutConversion.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "zorvaudiodsp/AudioBuffer.h"
-#include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
 #include <chrono>
@@ -60,7 +61,7 @@ ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
 	}
 	CheckOutput();
 	ChooseRange();
-	ChooseChannels();
+	mPlan = LayoutPlan(ChooseChannels(), mRequest.mLayout);
 	ChooseFormat();
 }
 
@@ -72,24 +73,29 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	RenderContextScope const context(
 		mRequest.mBlockFrames, SN::TickTime(mFrames, frameRate), mSource->GetName());
 	auto const clip = MakeClip(context.Get());
-	AudioFileWriter writer(mRequest.mOutput, mFormat, GetInputInfo().mSampleRate, mLayout, mFrames);
+	LayoutConversion conversion(mPlan, context.Get(), frameRate);
+	AudioFileWriter writer(mRequest.mOutput, mFormat, GetInputInfo().mSampleRate, GetOutputLayout(), mFrames);
 
 	RenderSummary summary;
-	auto const sink = [&](dsp::AudioBuffer const& inBlock)
+	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const& inTime)
 	{
 		if (auto const& failure = mSource->GetFailure())
 		{
 			throw HostError(HostError::Kind::eInput, *failure);
 		}
-		writer.Write(inBlock);
-		summary.mPeak = FindPeak(inBlock, summary.mPeak);
+		dsp::AudioBuffer const& output = conversion.Convert(ioBlock, inTime);
+		writer.Write(output);
+		summary.mPeak = FindPeak(output, summary.mPeak);
 		if (inProgress)
 		{
 			inProgress({writer.GetFrames(), mFrames});
 		}
 	};
-	OfflineRange const range{mFrames, frameRate, static_cast<unsigned>(mLayout.size()), mRequest.mBlockFrames,
-		mRequest.mDirection};
+	OfflineRange const range{mFrames, frameRate, static_cast<unsigned>(mPlan.GetInputLayout().size()),
+		mRequest.mBlockFrames, mRequest.mDirection};
+	bool const isReverse = mRequest.mDirection == RenderDirection::eReverse;
+	std::int64_t const lastBlock = std::max<std::int64_t>(0, mFrames - mRequest.mBlockFrames);
+	conversion.Preroll(SN::TickTime(isReverse ? lastBlock : 0, frameRate), isReverse);
 	if (!RenderOffline(clip, range, sink, inStop) || inStop.stop_requested())
 	{
 		return std::nullopt;
@@ -97,7 +103,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	writer.Finish();
 
 	summary.mFrames = mFrames;
-	summary.mChannels = range.mChannels;
+	summary.mChannels = static_cast<unsigned>(GetOutputLayout().size());
 	summary.mSampleRate = GetInputInfo().mSampleRate;
 	summary.mFormat = mFormat;
 	summary.mClippedSamples = writer.GetClippedSamples();
@@ -148,7 +154,7 @@ void ClipRenderJob::ChooseRange()
 	}
 }
 
-void ClipRenderJob::ChooseChannels()
+SN::AudioChannelLayout ClipRenderJob::ChooseChannels()
 {
 	AudioFileInfo const& info = GetInputInfo();
 	std::vector<unsigned> all(info.GetNumChannels());
@@ -156,8 +162,7 @@ void ClipRenderJob::ChooseChannels()
 	if (mRequest.mChannels.empty() || mRequest.mChannels == all)
 	{
 		mRequest.mChannels = all;
-		mLayout = info.mLayout;
-		return;
+		return info.mLayout;
 	}
 	if (mRequest.mChannels.size() > kMaxChannels)
 	{
@@ -172,10 +177,7 @@ void ClipRenderJob::ChooseChannels()
 				   " sound; there is no channel " + std::to_string(channel + 1));
 		}
 	}
-	auto const count = static_cast<int>(mRequest.mChannels.size());
-	mLayout = count == 1   ? zorvmediatypes::CreateMonoChannelLayout()
-			  : count == 2 ? zorvmediatypes::CreateStereoChannelLayout()
-						   : zorvmediatypes::CreateMultichannelLayout(count);
+	return MakeLayoutOfChannels(static_cast<unsigned>(mRequest.mChannels.size()));
 }
 
 void ClipRenderJob::ChooseFormat()
@@ -186,8 +188,9 @@ void ClipRenderJob::ChooseFormat()
 	{
 		Refuse("dither is for 16 and 24 bits; floats are not rounded");
 	}
-	mFormat.mDither = mRequest.mDither.value_or(
-		ChooseDither(mFormat.mSamples, GetInputInfo().mIntegerBits, mRequest.mGain == 1.0f));
+	bool const samplesStay = mRequest.mGain == 1.0f && mPlan.KeepsSamples();
+	mFormat.mDither =
+		mRequest.mDither.value_or(ChooseDither(mFormat.mSamples, GetInputInfo().mIntegerBits, samplesStay));
 }
 
 SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeClip(
@@ -209,8 +212,9 @@ SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeClip(
 		channels[i] = mRequest.mChannels[i];
 	}
 	SN::InterfaceRef<SN::IAudioGenerator> clip;
-	CheckEngineResult(factory->CreateAudioClipRenderer(inContext, frameRate, {{stream, channels}}, mLayout,
-						  SN::TickTime(mFirstFrame, frameRate), mRequest.mGain, kNormalSpeed, &clip),
+	CheckEngineResult(
+		factory->CreateAudioClipRenderer(inContext, frameRate, {{stream, channels}}, mPlan.GetInputLayout(),
+			SN::TickTime(mFirstFrame, frameRate), mRequest.mGain, kNormalSpeed, &clip),
 		"a clip");
 	return clip;
 }

@@ -50,8 +50,9 @@ bool RenderOffline(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, Offline
 		}
 		std::int64_t const count = getCount(done);
 		block.SetUseSize(static_cast<unsigned>(count));
-		inGraph->GetAudioData(getTime(done, count), block, isReverse);
-		inSink(block);
+		SN::TickTime const time = getTime(done, count);
+		inGraph->GetAudioData(time, block, isReverse);
+		inSink(block, time);
 		done += count;
 	}
 	return true;

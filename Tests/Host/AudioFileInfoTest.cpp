@@ -1,6 +1,7 @@
 #include "SonaroHost/AudioFileInfo.h"
 
 #include "Media.h"
+#include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
 
 #include <gmock/gmock.h>

@@ -19,9 +19,11 @@ namespace
 
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::FloatNear;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::Pointwise;
 using testing::StartsWith;
 
 using Words = std::vector<std::string>;
@@ -131,6 +133,7 @@ TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
 	EXPECT_EQ(facts["format"], "WAV (Microsoft)");
 	EXPECT_EQ(facts["encoding"], "Signed 16 bit PCM");
 	EXPECT_EQ(facts["layout"], "stereo");
+	EXPECT_EQ(facts["places"], nlohmann::json({"left", "right"}));
 	EXPECT_EQ(facts["samples"], 24000);
 	EXPECT_EQ(facts["seconds"], 0.5);
 }
@@ -141,9 +144,52 @@ TEST_F(CommandTest, InfoTellsPeopleWhatAFileIs)
 	ProgramResult const result = Run({"info", "film.flac"});
 	EXPECT_EQ(result.mExitCode, 0);
 	for (char const* const text :
-		{"film.flac", "FLAC", "24 bit", "6 (5.1)", "48000 Hz", "0:01.500 (72000 samples)"})
+		{"film.flac", "FLAC", "24 bit", "6 (5.1: left, right, centre, LFE, left surround, right surround)",
+			"48000 Hz", "0:01.500 (72000 samples)"})
 	{
 		EXPECT_THAT(result.mOutput, HasSubstr(text));
+	}
+}
+
+TEST_F(CommandTest, LayoutsPansAndMixdownsReachTheRender)
+{
+	// One frame, told apart by its channels.
+	WriteSound(mFolder / "one.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {1, 48000, {0.5f}});
+	WriteSound(mFolder / "two.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {2, 48000, {0.5f, 0.25f}});
+	WriteSound(mFolder / "six.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT,
+		{6, 48000, {0.1f, 0.2f, 0.3f, 0.4f, 0.05f, 0.06f}});
+	struct Case
+	{
+		Words mWords;
+		char const* mLayout;
+		std::vector<float> mFrame;
+	};
+	Case const cases[] = {
+		{{"two.wav", "--layout", "mono"}, "mono", {0.375f}},
+		{{"one.wav", "--layout", "stereo"}, "stereo", {0.5f, 0.5f}},
+		{{"two.wav", "--layout", "5.1"}, "5.1", {0.5f, 0.25f, 0, 0, 0, 0}},
+		{{"two.wav", "--layout", "3"}, "3 channels", {0.5f, 0.25f, 0}},
+		{{"two.wav", "--channels", "2", "--pan", "0"}, "stereo", {0.25f, 0}},
+		{{"one.wav", "--pan", "1", "--layout", "5.1"}, "5.1", {0, 0.5f, 0, 0, 0, 0}},
+		{{"six.wav", "--layout", "stereo"}, "stereo", {0.18f, 0.24f}},
+		{{"six.wav", "--layout", "mono", "--mixdown", "front"}, "mono", {0.2f}},
+		{{"six.wav", "--layout", "mono", "--mixdown", "front-rear"}, "mono", {0.16375f}},
+		{{"six.wav", "--layout", "mono", "--mixdown", "front-lfe"}, "mono", {0.2285707f}},
+		{{"six.wav", "--layout", "mono", "--mixdown", "all"}, "mono", {0.19f}},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mWords));
+		Words words = {"render", "-o", "out.wav", "--json"};
+		words.insert(words.end(), test.mWords.begin(), test.mWords.end());
+		ProgramResult const result = Run(words);
+		ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
+		auto const summary = nlohmann::json::parse(result.mOutput);
+		EXPECT_EQ(summary["layout"], test.mLayout);
+		EXPECT_EQ(summary["channels"], test.mFrame.size());
+		EXPECT_NEAR(
+			summary["peak"].get<float>(), *std::max_element(test.mFrame.begin(), test.mFrame.end()), 1e-6f);
+		EXPECT_THAT(ReadSound(mFolder / "out.wav").mSamples, Pointwise(FloatNear(1e-6f), test.mFrame));
 	}
 }
 
@@ -248,6 +294,16 @@ TEST_F(CommandTest, WrongUsageEndsWith2AndOneLine)
 		{{"render", "in.wav", "-o", "out.wav", "--channels", "1,"}, "--channels: '1,'"},
 		{{"render", "in.wav", "-o", "out.wav", "--channels", "left"}, "--channels: 'left'"},
 		{{"render", "in.wav", "-o", "out.wav", "--channels", "3"}, "there is no channel 3"},
+		{{"render", "in.wav", "-o", "out.wav", "--layout", "quad"}, "--layout: 'quad' is no layout"},
+		{{"render", "in.wav", "-o", "out.wav", "--layout", "0"}, "--layout: '0' is no layout"},
+		{{"render", "in.wav", "-o", "out.wav", "--layout", "65"}, "from 1 to 64"},
+		{{"render", "in.wav", "-o", "out.wav", "--layout", "7.1"}, "--layout: '7.1' is no layout"},
+		{{"render", "in.wav", "-o", "out.wav", "--pan", "left"}, "--pan"},
+		{{"render", "in.wav", "-o", "out.wav", "--pan", "-1"}, "a pan goes from 0"},
+		{{"render", "in.wav", "-o", "out.wav", "--pan", "nan"}, "a pan goes from 0"},
+		{{"render", "in.wav", "-o", "out.wav", "--pan", "0", "--layout", "mono"}, "no pan leads from stereo"},
+		{{"render", "in.wav", "-o", "out.wav", "--mixdown", "rear"}, "--mixdown"},
+		{{"render", "in.wav", "-o", "out.wav", "--mixdown", "all"}, "a mixdown is for 5.1"},
 		{{"render", "in.wav", "-o", "out.wav", "--block", "0"}, "--block"},
 		{{"render", "in.wav", "-o", "out.wav", "--block", "262145"}, "--block"},
 		{{"render", "in.wav", "-o", "out.wav", "--gain-db", "loud"}, "--gain-db"},

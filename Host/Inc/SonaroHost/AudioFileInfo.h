@@ -10,9 +10,6 @@
 namespace SonaroHost
 {
 
-// The most channels that the engine's buffers carry.
-inline constexpr unsigned kMaxChannels = 64;
-
 // What a sound file says of itself, checked when it was opened.
 struct AudioFileInfo
 {
@@ -38,8 +35,5 @@ struct AudioFileInfo
 // Opens the file, checks that it holds what its header promises, and tells what it is. Throws a
 // HostError that says what is wrong with it.
 AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath);
-
-// "mono", "stereo", "5.1" or "7 channels".
-std::string GetLayoutName(zorvmediatypes::AudioChannelLayout const& inLayout);
 
 } // namespace SonaroHost

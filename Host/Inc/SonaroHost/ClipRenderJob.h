@@ -5,6 +5,7 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/AudioFileInfo.h"
 #include "SonaroHost/AudioFileSource.h"
+#include "SonaroHost/LayoutPlan.h"
 #include "SonaroHost/OfflineRender.h"
 #include "SonaroHost/OutputFormat.h"
 #include "SonaroHost/TimePosition.h"
@@ -37,6 +38,8 @@ struct ClipRenderRequest
 	std::optional<TimePosition> mDuration;
 	// Channels of the input from 0 on, in the order of the output; empty for all.
 	std::vector<unsigned> mChannels;
+	// What those become.
+	LayoutRequest mLayout;
 	// Linear; at 1, samples pass bit for bit.
 	float mGain = 1.0f;
 	RenderDirection mDirection = RenderDirection::eForward;
@@ -77,7 +80,7 @@ public:
 	AudioFileInfo const& GetInputInfo() const { return mSource->GetInfo(); }
 	// What the output will be.
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
-	SN::AudioChannelLayout const& GetOutputLayout() const { return mLayout; }
+	SN::AudioChannelLayout const& GetOutputLayout() const { return mPlan.GetOutputLayout(); }
 	std::int64_t GetFrames() const { return mFrames; }
 
 	// Renders on the calling thread. Nothing when asked to stop, or throwing a HostError: then there is no
@@ -88,14 +91,15 @@ public:
 private:
 	void CheckOutput() const;
 	void ChooseRange();
-	void ChooseChannels();
+	SN::AudioChannelLayout ChooseChannels();
 	void ChooseFormat();
 	SN::InterfaceRef<SN::IAudioGenerator> MakeClip(
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);
 
 	ClipRenderRequest mRequest;
 	SN::InterfaceRef<AudioFileSource> mSource;
-	SN::AudioChannelLayout mLayout;
+	// From the clip to the output.
+	LayoutPlan mPlan;
 	OutputFormat mFormat;
 	// In the input.
 	std::int64_t mFirstFrame = 0;

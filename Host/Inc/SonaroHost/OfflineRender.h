@@ -32,9 +32,9 @@ struct OfflineRange
 	RenderDirection mDirection = RenderDirection::eForward;
 };
 
-// Gets each block as it comes, its UseSize frames being the next ones of the output. Channels may be
-// flagged silent.
-using BlockSink = std::function<void(dsp::AudioBuffer const& inBlock)>;
+// Gets each block as it comes, its UseSize frames being the next ones of the output, with the block's time
+// in the graph. Channels may be flagged silent. The sink may work in the block.
+using BlockSink = std::function<void(dsp::AudioBuffer& ioBlock, SN::TickTime const& inTime)>;
 
 // Pulls a graph from start to end, or in reverse from end to start, as fast as it goes. Returns false
 // when it was asked to stop before the end. Exceptions of the sink and of the graph pass through.
