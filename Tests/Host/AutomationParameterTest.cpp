@@ -194,7 +194,7 @@ void Edit(AutomationParameter<float>& ioParameter, float inValue)
 
 TEST(AutomationParameter, ReadersFindWhatWasPublishedWhileAWriterEdits)
 {
-	constexpr int kEdits = 3000;
+	constexpr int kEdits = 20000;
 	auto const parameter = AutomationParameter<float>::Create(0.0f);
 	std::atomic<bool> isDone{false};
 	std::latch begin(3);
