@@ -2,8 +2,12 @@
 
 #include "Prefetch/AudioPrefetchModule.h"
 #include "Prefetch/AudioPrefetchQueue.h"
+#include "zorvcore/config/Exceptions.h"
+#include "zorvcore/debug/TypeName.h"
 
+#include <memory>
 #include <mutex>
+#include <typeinfo>
 #include <utility>
 
 namespace SN::AudioPrefetch

@@ -6,6 +6,8 @@
 
 #include <chrono>
 #include <exception>
+#include <list>
+#include <string_view>
 #include <thread>
 #include <utility>
 

@@ -10,13 +10,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace SN::AudioPrefetch
 {
@@ -52,13 +56,16 @@ private:
 	std::string mText;
 };
 
-class ReadOnlySource final : public IAsyncAudioSource
+// A source that can be prepared only when it is given a function for that.
+class TestSource final : public IAsyncAudioSource, public IPreparableAudioSource
 {
 public:
 	using Read = std::function<void(unsigned long long, TickTime, unsigned)>;
+	using Prepare = std::function<void(TickTime, unsigned)>;
 
-	explicit ReadOnlySource(Read inRead)
-		: mRead(std::move(inRead))
+	explicit TestSource(Read inRead, Prepare inPrepare = {})
+		: mRead(std::move(inRead)),
+		  mPrepare(std::move(inPrepare))
 	{
 	}
 
@@ -69,47 +76,26 @@ public:
 	}
 	int ReadPrefetchedAudio(TickTime const&, dsp::AudioBuffer&) override { return eNotImplemented; }
 	int GetPrefetchState() override { return eNotImplemented; }
+	void PrepareForPrefetch(TickTime const& inTime, unsigned inNumSamples) override
+	{
+		mPrepare(inTime, inNumSamples);
+	}
 
 protected:
 	void* QueryMap(GUID const& inIdentifier) override
 	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAsyncAudioSource>(this, inIdentifier);
+		using zorvcore::classref::QueryInterfaces;
+		void* found = QueryInterfaces<IAsyncAudioSource>(this, inIdentifier);
+		if (!found && mPrepare)
+		{
+			found = QueryInterfaces<IPreparableAudioSource>(this, inIdentifier);
+		}
 		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
 private:
 	Read const mRead;
-};
-
-class PreparableSource final : public IAsyncAudioSource, public IPreparableAudioSource
-{
-public:
-	explicit PreparableSource(Log& inLog)
-		: mLog(inLog)
-	{
-	}
-
-	void PrefetchAudioData(unsigned long long const&, TickTime const&, unsigned) override
-	{
-		mLog.Add("read");
-	}
-	int ReadPrefetchedAudio(TickTime const&, dsp::AudioBuffer&) override { return eNotImplemented; }
-	int GetPrefetchState() override { return eNotImplemented; }
-	void PrepareForPrefetch(TickTime const& inTime, unsigned inNumSamples) override
-	{
-		mLog.Add("prepare " + std::to_string(inTime.GetTicks()) + " " + std::to_string(inNumSamples));
-	}
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAsyncAudioSource, IPreparableAudioSource>(
-			this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-
-private:
-	Log& mLog;
+	Prepare const mPrepare;
 };
 
 class Notify final : public IAudioPrefetchNotify
@@ -149,7 +135,7 @@ protected:
 
 	static InterfaceRef<IAsyncAudioSource> MakeSource(std::function<void()> inRead)
 	{
-		return MakeObject<ReadOnlySource>([inRead](auto, auto, auto) { inRead(); });
+		return MakeObject<TestSource>([inRead](auto, auto, auto) { inRead(); });
 	}
 
 	InterfaceRef<IAsyncAudioSource> MakeNamedSource(std::string const& inName)
@@ -269,13 +255,14 @@ TEST_F(AudioPrefetchQueueTest, ACancelEndsABatchBehindTheRequestAtHand)
 
 TEST_F(AudioPrefetchQueueTest, ARequestReachesItsSourceOrIsSkipped)
 {
-	auto const reads = MakeObject<ReadOnlySource>(
-		[&](unsigned long long inTimeStamp, TickTime inTime, unsigned inNumSamples)
-		{
-			mLog.Add("read " + std::to_string(inTimeStamp) + " " + std::to_string(inTime.GetTicks()) + " " +
-					 std::to_string(inNumSamples));
-		});
-	auto const prepares = MakeObject<PreparableSource>(mLog);
+	auto const tell = [&](std::string const& inWord, TickTime inTime, unsigned inNumSamples)
+	{ mLog.Add(inWord + " " + std::to_string(inTime.GetTicks()) + " " + std::to_string(inNumSamples)); };
+	TestSource::Read const read = [&](unsigned long long inTimeStamp, TickTime inTime, unsigned inNumSamples)
+	{ tell("read " + std::to_string(inTimeStamp), inTime, inNumSamples); };
+	TestSource::Prepare const prepare = [&](TickTime inTime, unsigned inNumSamples)
+	{ tell("prepare", inTime, inNumSamples); };
+	auto const reads = MakeObject<TestSource>(read);
+	auto const prepares = MakeObject<TestSource>(read, prepare);
 	TickTime const time = TickTime::FromTicks(-5);
 	struct Case
 	{
@@ -286,9 +273,9 @@ TEST_F(AudioPrefetchQueueTest, ARequestReachesItsSourceOrIsSkipped)
 	Case const cases[] = {
 		{"read", {{0, reads, time, 64}}, "read 77 -5 64 +x "},
 		{"prepare", {{1, prepares, time, 64}}, "prepare -5 64 +x "},
-		{"read what could prepare", {{0, prepares, time, 64}}, "read +x "},
+		{"read what could prepare", {{0, prepares, time, 64}}, "read 77 -5 64 +x "},
 		{"cannot prepare", {{1, reads, time, 64}}, "+x "},
-		{"no source", {{0, {}, time, 64}, {1, {}, time, 64}, {0, prepares, time, 1}}, "read +x "},
+		{"no source", {{0, {}, time, 64}, {1, {}, time, 64}, {0, prepares, time, 1}}, "read 77 -5 1 +x "},
 		{"no such kind", {{2, reads, time, 64}, {-1, reads, time, 64}}, "+x "},
 		{"no request", {}, "+x "},
 	};
@@ -415,7 +402,6 @@ TEST_F(AudioPrefetchQueueTest, ShutdownTellsEveryBatchOnThePrefetchThread)
 	Queue(WaveformPriority, "c");
 	mQueue->Shutdown();
 	EXPECT_EQ(mLog.Take(), "-b -a -c ");
-	mQueue->Shutdown();
 }
 
 TEST_F(AudioPrefetchQueueTest, ALateTriggerFindsNoQueue)

@@ -71,32 +71,21 @@ TEST(DiskLoad, PercentagesStayWithin32Bits)
 	}
 }
 
-// Stamps far ahead of now make the load a large negative number, and the moments that the test itself
-// takes small beside it.
+// Stamps far ahead of now make the load a large negative number, beside which the moments that the test
+// itself takes are small.
 TEST(DiskLoad, AnIntervalOf0StandsForTwoSeconds)
 {
-	struct Case
-	{
-		char const* mName;
-		double mSeconds;
-		int mPercent;
-	};
-	Case const cases[] = {
-		{"none", 0, -1000000},
-		{"two seconds", 2, -1000000},
-		{"four seconds", 4, -500000},
-	};
-	auto const unit = static_cast<unsigned long long>(Clock::ConvertToNanos(1));
-	unsigned long long const ahead = 20000000000000ull / unit;
+	unsigned long long const ahead =
+		20000000000000ull / static_cast<unsigned long long>(Clock::ConvertToNanos(1));
 	DiskLoad load;
 	load.Measure(Clock::GetCurrentTimeStamp() + ahead);
 	EXPECT_NEAR(load.GetPercent(), -1000000, 100000) << "at first";
-	for (Case const& test : cases)
+	for (double const seconds : {4.0, 2.0, 0.0})
 	{
-		SCOPED_TRACE(test.mName);
-		load.SetInterval(TickTime::FromSeconds(test.mSeconds));
+		SCOPED_TRACE(seconds);
+		load.SetInterval(TickTime::FromSeconds(seconds));
 		load.Measure(Clock::GetCurrentTimeStamp() + ahead);
-		EXPECT_NEAR(load.GetPercent(), test.mPercent, 100000);
+		EXPECT_NEAR(load.GetPercent(), seconds == 4.0 ? -500000 : -1000000, 100000);
 	}
 	EXPECT_FALSE(load.TakeBehind());
 }
