@@ -1,0 +1,266 @@
+#include "Sonaro/AudioChannelMix.h"
+#include "Sonaro/SonaroFactory.h"
+#include "Support/Contexts.h"
+#include "Support/Panning.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <numbers>
+#include <string>
+#include <vector>
+
+namespace SN
+{
+namespace
+{
+
+using namespace Testing;
+
+constexpr double kPi = std::numbers::pi;
+// Two units in the last place of full scale; products of two gains may take a third.
+constexpr double kLastPlaces = 3.6e-7;
+
+struct Position
+{
+	double mX;
+	double mY;
+	double mCenter;
+};
+
+// Gains of left, right, centre, left and right surround, once more in double precision.
+using Gains = std::array<double, 5>;
+
+Gains ReferenceGains(Position const& inPosition, bool inIsStereo)
+{
+	auto const& [x, y, center] = inPosition;
+	double const quarter = kPi / 2;
+	double const front = std::cos(quarter * y);
+	double const rear = std::sin(quarter * y);
+	auto const side = [&](double inShare, double inFar)
+	{ return std::sin(quarter * ((inShare - inFar) * std::cos(quarter * center) + inFar)) * front; };
+	double const farLeft = std::max(0.0, 1.0 - 2.0 * x);
+	double const farRight = std::max(0.0, 2.0 * x - 1.0);
+	double const middle = std::sin(kPi * x);
+	double const phantom = middle * front * std::sin(quarter * center);
+	if (inIsStereo)
+	{
+		return {side(std::min(1.0, 2.0 - 2.0 * x), farLeft), side(std::min(1.0, 2.0 * x), farRight), phantom,
+			x > 0.5 ? middle * rear : rear, x > 0.5 ? rear : middle * rear};
+	}
+	return {side(1.0 - x, farLeft), side(x, farRight), phantom, std::cos(quarter * x) * rear,
+		std::sin(quarter * x) * rear};
+}
+
+constexpr unsigned kMeasured[] = {0, 1, 2, 4, 5};
+
+TEST(SurroundPanner, StandsAtTheGainsOfItsLawAllOverTheField)
+{
+	for (bool const isStereo : {false, true})
+	{
+		for (double x = 0.0; x <= 1.0; x += 1.0 / 16.0)
+		{
+			for (double y = 0.0; y <= 1.0; y += 0.125)
+			{
+				for (double const center : {0.0, 0.3, 0.75, 1.0})
+				{
+					SCOPED_TRACE((isStereo ? "stereo, x " : "mono, x ") + std::to_string(x) + ", y " +
+								 std::to_string(y) + ", centre " + std::to_string(center));
+					ScopedContext const context;
+					auto const panner = MakePanner(context.Get(), isStereo ? kPanStereoTo51 : kPanMonoTo51,
+						ConstantParameters({static_cast<float>(x), static_cast<float>(y),
+							static_cast<float>(center), 0.5f}));
+					auto const gains =
+						GetGainsAt(*panner, {.mFrames = 4, .mInputs = isStereo ? 2u : 1u, .mOutputs = 6});
+					auto const expected = ReferenceGains({x, y, center}, isStereo);
+					for (unsigned i = 0; i < 5; ++i)
+					{
+						EXPECT_NEAR(static_cast<double>(gains[kMeasured[i]]), expected[i], kLastPlaces)
+							<< "channel " << kMeasured[i];
+					}
+				}
+			}
+		}
+	}
+}
+
+TEST(SurroundPanner, EachInputStaysOnItsSideAndTheCentreGetsTheMean)
+{
+	ScopedContext const context;
+	auto const panner =
+		MakePanner(context.Get(), kPanStereoTo51, ConstantParameters({0.5f, 0.5f, 0.5f, 0.0f}));
+	auto const left = GetGainsAt(*panner, {.mFrames = 4, .mInputs = 2, .mOutputs = 6}, 0b10);
+	auto const right = GetGainsAt(*panner, {.mFrames = 4, .mInputs = 2, .mOutputs = 6}, 0b01);
+	auto const both = ReferenceGains({0.5, 0.5, 0.5}, true);
+	double const expectedLeft[] = {both[0], 0.0, both[2] / 2, 0.0, both[3], 0.0};
+	double const expectedRight[] = {0.0, both[1], both[2] / 2, 0.0, 0.0, both[4]};
+	for (unsigned channel = 0; channel < 6; ++channel)
+	{
+		EXPECT_NEAR(static_cast<double>(left[channel]), expectedLeft[channel], kLastPlaces) << channel;
+		EXPECT_NEAR(static_cast<double>(right[channel]), expectedRight[channel], kLastPlaces) << channel;
+	}
+}
+
+// The filter once more: what 120 Hz and that Q give at a rate, run over the whole in double precision.
+std::vector<double> ReferenceFilter(double inRate, std::vector<double> const& inInput)
+{
+	double const w = 2.0 * kPi * 120.0 / inRate;
+	double const alpha = std::sin(w) * std::sqrt(0.5);
+	double const b = (1.0 - std::cos(w)) / 2.0 / (1.0 + alpha);
+	double const a1 = 2.0 * std::cos(w) / (1.0 + alpha);
+	double const a2 = (1.0 - alpha) / (1.0 + alpha);
+	std::vector<double> out;
+	double x1 = 0.0;
+	double x2 = 0.0;
+	double y1 = 0.0;
+	double y2 = 0.0;
+	for (double const x : inInput)
+	{
+		double const y = b * (x + 2.0 * x1 + x2) + a1 * y1 - a2 * y2;
+		x2 = x1;
+		x1 = x;
+		y2 = y1;
+		y1 = y;
+		out.push_back(y);
+	}
+	return out;
+}
+
+TEST(SurroundPanner, DerivesTheLowFrequencyChannel)
+{
+	for (double const rate : {32000.0, 44100.0, 48000.0, 96000.0, 192000.0})
+	{
+		for (bool const isStereo : {false, true})
+		{
+			SCOPED_TRACE((isStereo ? "stereo at " : "mono at ") + std::to_string(rate));
+			ScopedContext const context;
+			InterfaceRef<IAudioPanProcessor> panner;
+			SonaroFactory::CreateClassRef()->CreateAudioPanProcessorRenderer(context.Get(),
+				FrameRate::FromSamplesPerSecond(rate), isStereo ? kPanStereoTo51 : kPanMonoTo51, false,
+				ConstantParameters({0.25f, 0.0f, 0.0f, 0.8f}), &panner);
+			constexpr unsigned kFrames = 20000;
+			auto const sample = [](unsigned long long inChannel, long long inFrame)
+			{
+				double const time = static_cast<double>(inFrame);
+				return static_cast<float>(
+					inChannel == 0 ? 0.5 * std::sin(time * 0.01) + 0.25 : 0.3 * std::cos(time * 0.2));
+			};
+			std::vector<double> input;
+			for (unsigned i = 0; i < kFrames; ++i)
+			{
+				double const left = static_cast<double>(sample(0, i));
+				double const right = static_cast<double>(sample(1, i));
+				input.push_back(isStereo ? left * std::cos(kPi / 8) + right * std::sin(kPi / 8) : left);
+			}
+			auto const expected = ReferenceFilter(rate, input);
+			// Blocks of one length, so that no block counts as a jump even at other rates than 48 kHz.
+			Samples const out =
+				RunPanner(*panner, {.mFrames = kFrames, .mInputs = isStereo ? 2u : 1u, .mOutputs = 6},
+					BlocksOf(kFrames), sample);
+			for (unsigned i = 0; i < kFrames; ++i)
+			{
+				// The poles lie close to 1, so single precision loses the more digits the higher the rate.
+				ASSERT_NEAR(static_cast<double>(out[3][i]), 0.8 * expected[i], 1e-8 * rate) << i;
+			}
+		}
+	}
+}
+
+// Controls that move on their grid, silences, and a filter that neither hears nor forgets in them.
+TEST(SurroundPanner, AnySplitEqualsWhole)
+{
+	for (PanProcessorType const type : {kPanMonoTo51, kPanStereoTo51, kPan51ToMono, kPan51ToStereo})
+	{
+		auto const run = [&](BlockSizes const& inBlocks)
+		{
+			ScopedContext const context;
+			std::vector<InterfaceRef<IRenderableAudioComponentParam>> params;
+			for (double const speed : {7.0, 11.0, 13.0, 17.0})
+			{
+				params.push_back(zorvcore::classref::MakeObject<FakeParameter>([speed](TickTime const& inTime)
+					{ return static_cast<float>(std::fmod(inTime.GetSeconds() * speed * 10.0, 1.0)); }));
+			}
+			auto const panner = MakePanner(context.Get(), type, params);
+			PanRange range{.mFrames = 3000, .mControlInterval = 500};
+			range.mInputs = panner->GetNumInputChannels();
+			range.mOutputs = panner->GetNumOutputChannels();
+			return RunPanner(*panner, range, inBlocks, PositionSample,
+				[](unsigned long long inChannel, long long inFrame)
+				{
+					bool const allSilent = inFrame > 1200 && inFrame < 1700;
+					return allSilent || (inChannel == 1 && inFrame > 300 && inFrame < 800);
+				});
+		};
+		Samples const whole = run(BlocksOf(3000));
+		for (unsigned seed = 1; seed <= 4; ++seed)
+		{
+			EXPECT_EQ(DescribeDifference(run(RandomBlocks(seed, 8 * seed * seed)), whole), "") << type;
+		}
+		EXPECT_EQ(DescribeDifference(run(BlocksOf(1)), whole), "") << type;
+	}
+}
+
+TEST(SurroundPanner, TheFilterRemembersOverJumpsResetsAndSilence)
+{
+	auto const one = [](unsigned long long, long long) { return 1.0f; };
+	auto const lfeOf = [&](IAudioPanProcessor& ioPanner, long long inStart, bool inIsSilent)
+	{
+		return RunPanner(ioPanner, {.mStartFrame = inStart, .mFrames = 500, .mOutputs = 6}, BlocksOf(500),
+			one, [inIsSilent](unsigned long long, long long) { return inIsSilent; })[3];
+	};
+	ScopedContext const context;
+	auto const make = [&] {
+		return MakePanner(context.Get(), kPanMonoTo51, ConstantParameters({0.5f, 0.0f, 0.0f, 1.0f}));
+	};
+	auto const steady = make();
+	auto const first = lfeOf(*steady, 0, false);
+	auto const second = lfeOf(*steady, 500, false);
+
+	auto const disturbed = make();
+	EXPECT_TRUE(disturbed->HasHistory());
+	EXPECT_EQ(lfeOf(*disturbed, 0, false), first);
+	lfeOf(*disturbed, 500, true);
+	disturbed->Reset();
+	disturbed->Preroll(kTimeZero, false);
+	auto const clone = disturbed->Clone(k48000Hz, 16);
+	EXPECT_EQ(lfeOf(*disturbed, 90000, false), second) << "the history was kept";
+	EXPECT_EQ(lfeOf(*clone, 90000, false), first) << "a clone has none";
+
+	for (int i = 0; i < 40; ++i)
+	{
+		lfeOf(*steady, 1000 + 500 * i, false);
+	}
+	EXPECT_NEAR(static_cast<double>(lfeOf(*steady, 21000, false).back()), 1.0, 1e-3)
+		<< "what does not move passes, as nearly as single precision tells";
+}
+
+TEST(SurroundPanner, AFoldKeepsTheMixdownThatItWasMadeWith)
+{
+	ScopedContext const context;
+	auto const rearOf = [](IAudioPanProcessor& ioPanner)
+	{ return GetGainsAt(ioPanner, {.mFrames = 4, .mInputs = 6, .mOutputs = 1}, 0b011111)[0]; };
+	auto const front = MakePanner(context.Get(), kPan51ToMono);
+	AudioChannelMix::Set51MixdownType(AudioChannelMix::kMixdownFrontRear);
+	auto const rear = MakePanner(context.Get(), kPan51ToMono);
+	auto const frontClone = front->Clone(k48000Hz, 16);
+	AudioChannelMix::Set51MixdownType(AudioChannelMix::kMixdownFront);
+	EXPECT_EQ(rearOf(*front), 0.0f);
+	EXPECT_EQ(rearOf(*frontClone), 0.0f);
+	EXPECT_EQ(rearOf(*rear), 0.125f);
+	EXPECT_EQ(rearOf(*rear->Clone(k48000Hz, 16)), 0.125f);
+}
+
+TEST(SurroundPanner, MissingControlsAndChannelsAreHarmless)
+{
+	ScopedContext const context;
+	auto const panner = MakePanner(context.Get(), kPanMonoTo51, ConstantParameters({1.0f}));
+	auto const gains = GetGainsAt(*panner, {.mFrames = 4, .mOutputs = 6});
+	EXPECT_NEAR(static_cast<double>(gains[1]), 1.0, kLastPlaces);
+	EXPECT_EQ(gains[3], 0.0f);
+	EXPECT_EQ(GetGainsAt(*panner, {.mFrames = 4, .mOutputs = 2}), (std::vector<float>{0.0f, 0.0f}));
+	EXPECT_EQ(GetGainsAt(*panner, {.mFrames = 4, .mInputs = 0, .mOutputs = 6}), std::vector<float>(6, 0.0f));
+}
+
+} // namespace
+} // namespace SN

@@ -1,0 +1,129 @@
+#include "Support/Panning.h"
+
+#include "Sonaro/IParameterOwnerMixin.h"
+#include "Sonaro/SonaroFactory.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace SN::Testing
+{
+
+namespace
+{
+
+constexpr float kStale = 9999.0f;
+
+// The longest block from inFirst on within which the flags of all inputs stay.
+unsigned GetUniformLength(
+	SilentAt const& inSilentAt, PanRange const& inRange, long long inFirst, unsigned inLength)
+{
+	for (unsigned i = 1; inSilentAt && i < inLength; ++i)
+	{
+		for (unsigned channel = 0; channel < inRange.mInputs; ++channel)
+		{
+			if (inSilentAt(channel, inFirst + i) != inSilentAt(channel, inFirst))
+			{
+				return i;
+			}
+		}
+	}
+	return inLength;
+}
+
+void RunBlock(IAudioPanProcessor& ioPanner, long long inFirst, dsp::AudioBuffer& ioInput,
+	SampleFunction const& inInput, SilentAt const& inSilentAt, Samples& ioResult)
+{
+	unsigned const frames = ioInput.GetUseSize();
+	ioInput.ClearSilenceFlags(dsp::SilenceFlags::All());
+	for (unsigned channel = 0; channel < ioInput.GetNumChannels(); ++channel)
+	{
+		bool const isSilent = inSilentAt && inSilentAt(channel, inFirst);
+		for (unsigned i = 0; i < frames; ++i)
+		{
+			ioInput.GetChannel(channel)[i] = isSilent ? kStale : inInput(channel, inFirst + i);
+		}
+		ioInput.SetChannelZero(channel, isSilent);
+	}
+	dsp::AudioBuffer output(ioResult.size(), frames);
+	for (unsigned channel = 0; channel < ioResult.size(); ++channel)
+	{
+		std::fill_n(output.GetChannel(channel), frames, kStale);
+	}
+	output.Zero();
+	ioPanner.ProcessAudioData(ioInput, output, TickTime(inFirst, k48000Hz));
+	for (unsigned channel = 0; channel < ioResult.size(); ++channel)
+	{
+		float const* const samples = output.GetChannel(channel);
+		for (unsigned i = 0; i < frames; ++i)
+		{
+			ioResult[channel].push_back(output.IsChannelSilent(channel) ? 0.0f : samples[i]);
+		}
+	}
+}
+
+} // namespace
+
+InterfaceRef<IAudioPanProcessor> MakePanner(InterfaceRef<IAudioRenderContext> const& inContext,
+	PanProcessorType inType, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams)
+{
+	InterfaceRef<IAudioPanProcessor> panner;
+	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateAudioPanProcessorRenderer(
+				  inContext, k48000Hz, inType, false, inParams, &panner),
+		kSuccess);
+	return panner;
+}
+
+InterfaceRef<IAudioPanProcessor> MakeDirectPanner(InterfaceRef<IAudioRenderContext> const& inContext,
+	PanProcessorType inType, int inOutputChannels, AudioChannelMatrix const& inMatrix,
+	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams)
+{
+	InterfaceRef<IAudioPanProcessor> panner;
+	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateDirectAudioPanProcessorRenderer(
+				  inContext, k48000Hz, inType, inOutputChannels, inMatrix, false, inParams, &panner),
+		kSuccess);
+	return panner;
+}
+
+Samples RunPanner(IAudioPanProcessor& ioPanner, PanRange const& inRange, BlockSizes const& inBlockSizes,
+	SampleFunction const& inInput, SilentAt const& inSilentAt)
+{
+	InterfaceRef<IParameterOwnerMixin> const owner(InterfaceRef<Unknown>::FromThis(&ioPanner));
+	Samples result(inRange.mOutputs);
+	dsp::AudioBuffer input(inRange.mInputs, inRange.mFrames);
+	for (unsigned done = 0; done < inRange.mFrames;)
+	{
+		unsigned const inInterval = done % inRange.mControlInterval;
+		long long const first = inRange.mStartFrame + done;
+		if (owner && inInterval == 0)
+		{
+			owner->UpdateControls(TickTime(first, k48000Hz));
+		}
+		unsigned const longest =
+			std::min({inBlockSizes(), inRange.mFrames - done, inRange.mControlInterval - inInterval});
+		unsigned const count = GetUniformLength(inSilentAt, inRange, first, longest);
+		input.SetUseSize(count);
+		RunBlock(ioPanner, first, input, inInput, inSilentAt, result);
+		done += count;
+	}
+	return result;
+}
+
+std::vector<float> GetGainsAt(
+	IAudioPanProcessor& ioPanner, PanRange const& inRange, unsigned long long inSilentInputs)
+{
+	Samples const out = RunPanner(
+		ioPanner, inRange, BlocksOf(inRange.mFrames), [](unsigned long long, long long) { return 1.0f; },
+		[inSilentInputs](unsigned long long inChannel, long long)
+		{ return (inSilentInputs >> inChannel & 1) != 0; });
+	std::vector<float> gains;
+	for (auto const& channel : out)
+	{
+		gains.push_back(channel.back());
+	}
+	return gains;
+}
+
+} // namespace SN::Testing
