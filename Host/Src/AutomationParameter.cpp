@@ -2,6 +2,7 @@
 
 #include "SonaroHost/HostError.h"
 
+#include <cmath>
 #include <type_traits>
 #include <utility>
 
@@ -13,11 +14,15 @@ namespace
 
 std::atomic<std::uint32_t> sGenerations{0};
 
-// What is not a number is the same as itself.
-template <class T>
-bool IsSame(T inA, T inB)
+bool IsSame(bool inA, bool inB)
 {
-	return inA == inB || (inA != inA && inB != inB);
+	return inA == inB;
+}
+
+// What is not a number is the same as itself.
+bool IsSame(float inA, float inB)
+{
+	return inA == inB || (std::isnan(inA) && std::isnan(inB));
 }
 
 } // namespace
