@@ -35,6 +35,7 @@ AutomationCurve MakeCurve(
 	std::vector<Point> const& inPoints, AutomationScale inScale = AutomationScale::eLinear)
 {
 	std::vector<AutomationPoint> points;
+	points.reserve(inPoints.size());
 	for (Point const& point : inPoints)
 	{
 		points.push_back({SN::TickTime::FromSeconds(point.mSeconds), point.mValue, point.mInterpolation});
@@ -102,8 +103,9 @@ TEST(AutomationCurve, RunsByTheFormulasInEitherScale)
 		SCOPED_TRACE(&points - curves);
 		AutomationCurve const linear = MakeCurve(points);
 		AutomationCurve const decibels = MakeCurve(points, AutomationScale::eDecibels);
-		for (double seconds = -3.0; seconds <= 7.0; seconds += 1.0 / 64)
+		for (int step = -3 * 64; step <= 7 * 64; ++step)
 		{
+			double const seconds = step / 64.0;
 			double const expected = GetExpected(points, seconds);
 			SN::TickTime const time = SN::TickTime::FromSeconds(seconds);
 			EXPECT_NEAR(linear.GetValue(time), expected, 1e-12) << seconds;
@@ -206,8 +208,9 @@ TEST(AutomationCurve, PointsComeInAnyOrderAndTheLastOfATimeCounts)
 	AutomationCurve const curve =
 		MakeCurve({{2, 7, eHold}, {0, 1, eLinear}, {1, 100, eHold}, {1, 3, eLinear}, {2, 5, eHold}});
 	std::vector<Point> const sorted{{0, 1, eLinear}, {1, 3, eLinear}, {2, 5, eHold}};
-	for (double seconds = -1.0; seconds <= 3.0; seconds += 0.125)
+	for (int step = -8; step <= 24; ++step)
 	{
+		double const seconds = step / 8.0;
 		EXPECT_EQ(curve.GetValue(SN::TickTime::FromSeconds(seconds)), GetExpected(sorted, seconds))
 			<< seconds;
 	}
@@ -240,7 +243,7 @@ TEST(AutomationCurve, RefusesPointsThatAreNone)
 		SCOPED_TRACE(&test - cases);
 		try
 		{
-			AutomationCurve({{SN::kTimeZero, 0.0}, test.mPoint}, test.mScale);
+			AutomationCurve const curve({{SN::kTimeZero, 0.0}, test.mPoint}, test.mScale);
 			ADD_FAILURE() << "it was not refused";
 		}
 		catch (HostError const& error)

@@ -73,7 +73,7 @@ protected:
 
 	Sound WriteInput(int inChannels, int inFormat = SF_FORMAT_WAV | SF_FORMAT_FLOAT)
 	{
-		Sound const sound = MakeSound(inChannels, 48000, 9001);
+		Sound sound = MakeSound(inChannels, 48000, 9001);
 		WriteSound(mFolder / "in.wav", inFormat, sound);
 		return sound;
 	}
