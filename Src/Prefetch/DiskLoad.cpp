@@ -2,9 +2,10 @@
 
 #include "zorvcore/utility/HighPrecisionTime.h"
 
+#include <boost/rational.hpp>
+
 #include <algorithm>
 #include <limits>
-#include <numeric>
 
 namespace SN::AudioPrefetch
 {
@@ -53,14 +54,13 @@ void DiskLoad::Reset()
 
 long long ToNanoseconds(TickTime const& inTime)
 {
-	constexpr long long kNanosPerSecond = 1000000000;
 	auto const seconds = zorvmediatypes::TimeToRatioTime(inTime);
-	long long const divisor = std::gcd(kNanosPerSecond, seconds.denominator());
-	long long const factor = kNanosPerSecond / divisor;
-	long long const denominator = seconds.denominator() / divisor;
+	// In lowest terms.
+	boost::rational<long long> const factor(1000000000, seconds.denominator());
 	// Whole part and rest apart: the numerator of a long time leaves no room for the factor.
-	return seconds.numerator() / denominator * factor +
-		   seconds.numerator() % denominator * factor / denominator;
+	long long const whole = seconds.numerator() / factor.denominator();
+	long long const rest = seconds.numerator() % factor.denominator();
+	return whole * factor.numerator() + rest * factor.numerator() / factor.denominator();
 }
 
 int ToLoadPercent(long long inElapsedNanos, long long inIntervalNanos)

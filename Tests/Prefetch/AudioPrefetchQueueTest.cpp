@@ -14,6 +14,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <sstream>
 #include <stdexcept>
@@ -133,7 +134,7 @@ protected:
 		}
 	}
 
-	static InterfaceRef<IAsyncAudioSource> MakeSource(std::function<void()> inRead)
+	static InterfaceRef<IAsyncAudioSource> MakeSource(std::function<void()> const& inRead)
 	{
 		return MakeObject<TestSource>([inRead](auto, auto, auto) { inRead(); });
 	}
@@ -155,10 +156,11 @@ protected:
 			});
 	}
 
-	void Queue(PrefetchPriority inPriority, std::string const& inName, unsigned long long inTimeStamp = 0)
+	void Queue(PrefetchPriority inPriority, std::string const& inName, unsigned long long inTimeStamp = 0,
+		std::size_t inRequests = 1)
 	{
-		mQueue->QueuePrefetchRequests(
-			inPriority, {{0, MakeNamedSource(inName), {}, 64}}, inTimeStamp, MakeNotify(inName));
+		std::vector<PrefetchRequest> const requests(inRequests, {0, MakeNamedSource(inName), {}, 64});
+		mQueue->QueuePrefetchRequests(inPriority, requests, inTimeStamp, MakeNotify(inName));
 	}
 
 	// Lets the executor go, waits until it has done all that was queued so far, and holds it again.
@@ -188,7 +190,7 @@ TEST_F(AudioPrefetchQueueTest, PlaybackOvertakesAndACancelReachesItsMarker)
 	struct Case
 	{
 		char const* mName;
-		// P or W and a batch's name, or "!" for a cancel.
+		// P or W and a batch's name, or "!" for a cancel; p for a batch of playback without requests.
 		char const* mQueued;
 		char const* mDone;
 	};
@@ -199,6 +201,7 @@ TEST_F(AudioPrefetchQueueTest, PlaybackOvertakesAndACancelReachesItsMarker)
 		{"unknown priority is no playback", "Xa Pb", "b +b a +a "},
 		{"cancel", "Pa Pb P! Pc", "-a -b c +c "},
 		{"cancel in vain", "P! Pa W! Wb", "a +a b +b "},
+		{"cancel of a batch without requests", "pa P! pb", "-a +b "},
 		{"two cancels", "Pa P! Pb P! Pc", "-a -b c +c "},
 		{"cancel of playback", "Wa Pb P! Wc", "-b a +a c +c "},
 		{"cancel of waveforms", "Wa Pb W! Wc", "b +b -a c +c "},
@@ -209,11 +212,16 @@ TEST_F(AudioPrefetchQueueTest, PlaybackOvertakesAndACancelReachesItsMarker)
 		std::istringstream words(test.mQueued);
 		for (std::string word; words >> word;)
 		{
-			auto const priority = static_cast<PrefetchPriority>(word[0] == 'P'   ? PlaybackPriority
-																: word[0] == 'W' ? WaveformPriority
-																				 : 7);
-			word[1] == '!' ? mQueue->CancelAllPendingPrefetchRequests(priority)
-						   : Queue(priority, word.substr(1));
+			auto const priority = static_cast<PrefetchPriority>(std::map<char, int>{{'P', PlaybackPriority},
+				{'p', PlaybackPriority}, {'W', WaveformPriority}, {'X', 7}}[word[0]]);
+			if (word[1] == '!')
+			{
+				mQueue->CancelAllPendingPrefetchRequests(priority);
+			}
+			else
+			{
+				Queue(priority, word.substr(1), 0, word[0] == 'p' ? 0 : 1);
+			}
 		}
 		EXPECT_EQ(Run(), test.mDone);
 	}
@@ -426,19 +434,19 @@ TEST_F(AudioPrefetchQueueTest, NeedsAnExecutor)
 
 TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsToldOnce)
 {
-	constexpr int kThreads = 4;
-	constexpr int kBatches = 500;
+	constexpr std::size_t kThreads = 4;
+	constexpr std::size_t kBatches = 500;
 	std::vector<std::atomic<int>> told(kThreads * kBatches);
 	std::atomic<int> abandoned = 0;
 	std::atomic<int> reads = 0;
 	auto const source = MakeSource([&] { ++reads; });
-	auto const race = [&](int inThread)
+	auto const race = [&](std::size_t inThread)
 	{
-		for (int i = 0; i < kBatches; ++i)
+		for (std::size_t i = 0; i < kBatches; ++i)
 		{
 			auto const priority = i % 3 == 0 ? PlaybackPriority : WaveformPriority;
 			auto const notify = MakeObject<Notify>(
-				[&, index = static_cast<std::size_t>(inThread * kBatches + i)](int inResult)
+				[&, index = inThread * kBatches + i](int inResult)
 				{
 					++told[index];
 					abandoned += inResult == kSuccess ? 0 : 1;
@@ -453,7 +461,8 @@ TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsToldOnce)
 	};
 	mExecutor->Resume();
 	std::vector<std::thread> threads;
-	for (int i = 0; i < kThreads; ++i)
+	threads.reserve(kThreads);
+	for (std::size_t i = 0; i < kThreads; ++i)
 	{
 		threads.emplace_back(race, i);
 	}
@@ -463,7 +472,7 @@ TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsToldOnce)
 	}
 	mQueue->Shutdown();
 	EXPECT_TRUE(std::all_of(told.begin(), told.end(), [](auto const& inCount) { return inCount == 1; }));
-	EXPECT_EQ(reads + abandoned, kThreads * kBatches);
+	EXPECT_EQ(static_cast<std::size_t>(reads + abandoned), kThreads * kBatches);
 	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName),
 		u"Playback:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n\tDisk Load (%):\t\t0\n"
 		u"Waveform:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n");

@@ -34,7 +34,7 @@ namespace AudioPrefetch
 {
 
 // Any other value counts as WaveformPriority.
-enum PrefetchPriority
+enum PrefetchPriority : int
 {
 	PlaybackPriority = 0,
 	WaveformPriority = 1,
