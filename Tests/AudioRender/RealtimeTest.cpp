@@ -1,7 +1,10 @@
 #include "Sonaro/IOffsetablePreview.h"
+#include "Sonaro/IParameterOwnerMixin.h"
+#include "Sonaro/PanProcessorType.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Sonaro/SonaroFactory.h"
 #include "Support/Contexts.h"
+#include "Support/FakeParameter.h"
 #include "Support/Fakes.h"
 #include "Support/RealtimeGuard.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -158,6 +161,77 @@ TEST(RenderPath, StreamsAndClipsNeitherAllocateNorLock)
 	InterfaceRef<IAudioGenerator> silence;
 	factory->CreateSilentRenderer(VX::kAudioChannelLayout_Stereo, &silence);
 	ExpectQuiet(*silence, 2);
+}
+
+// Every pan processor and the channel matrix, with moving controls, over sound, silence, jumps and blocks of
+// changing length.
+TEST(RenderPath, PannersAndRoutersNeitherAllocateNorLock)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	ScopedContext const context;
+	std::vector<InterfaceRef<IAudioPanProcessor>> panners;
+	auto const params = [](unsigned inCount)
+	{
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> made;
+		for (unsigned i = 0; i < inCount; ++i)
+		{
+			made.push_back(MakeObject<FakeParameter>(
+				[](TickTime const& inTime) { return inTime < TickTime(300, k48000Hz) ? 0.25f : 0.75f; }));
+		}
+		return made;
+	};
+	for (unsigned type = 0; type <= kPanNoneMonoAlias; ++type)
+	{
+		bool const hasOneControl = type == kPanStereoToStereo || type == kPanMonoToStereo;
+		InterfaceRef<IAudioPanProcessor> panner;
+		factory->CreateAudioPanProcessorRenderer(context.Get(), k48000Hz, static_cast<PanProcessorType>(type),
+			false, params(hasOneControl ? 1 : 4), &panner);
+		InterfaceRef<IAudioPanProcessor> direct;
+		factory->CreateDirectAudioPanProcessorRenderer(context.Get(), k48000Hz,
+			static_cast<PanProcessorType>(type), 8, {{0, {0, 1, 4, 5}}}, false, params(4), &direct);
+		for (auto const& made : {panner, direct})
+		{
+			if (made)
+			{
+				panners.push_back(made);
+			}
+		}
+	}
+	panners.emplace_back();
+	factory->CreateChannelMixerAudioPanProcessorRenderer(
+		VX::kAudioChannelLayout_Mono, VX::kAudioChannelLayout_Stereo, {{0.5f, 0.25f}}, &panners.back());
+	ASSERT_EQ(panners.size(), 16u + 4u + 1u);
+	InterfaceRef<IAudioProcessor> matrix;
+	factory->CreateAudioChannelMatrixRenderer(context.Get(), k48000Hz, {{0, {1}}, {1, {0, 2}}}, &matrix);
+
+	for (auto const& panner : panners)
+	{
+		SCOPED_TRACE(
+			testing::Message() << panner->GetInputChannelType() << " to " << panner->GetOutputChannelType());
+		InterfaceRef<IParameterOwnerMixin> const owner(panner);
+		dsp::AudioBuffer input(panner->GetNumInputChannels(), 256);
+		dsp::AudioBuffer output(panner->GetNumOutputChannels(), 256);
+		panner->Preroll(kTimeZero, false);
+		RealtimeGuard const guard;
+		for (long long const frame : {0, 256, 1000, 1200, 1201})
+		{
+			TickTime const time(frame, k48000Hz);
+			input.SetSilenceFlags(dsp::SilenceFlags(frame == 1200 ? ~0ull : 0b10));
+			input.SetUseSize(frame == 1201 ? 37 : 256);
+			output.SetUseSize(input.GetUseSize());
+			if (owner)
+			{
+				owner->GetNextInterestingTime(time);
+				owner->UpdateControls(time);
+			}
+			panner->ProcessAudioData(input, output, time);
+			input.ClearSilenceFlags(dsp::SilenceFlags::All());
+			matrix->ProcessAudioData(input, time);
+		}
+		panner->Reset();
+		EXPECT_EQ(guard.GetAllocations(), 0);
+		EXPECT_EQ(guard.GetLocks(), 0);
+	}
 }
 
 } // namespace

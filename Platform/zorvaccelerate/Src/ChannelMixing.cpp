@@ -37,6 +37,12 @@ struct Surround
 
 } // namespace zorvaccelerate::utility
 
+#if defined(__clang__)
+#define KERNEL_LOOP _Pragma("clang loop vectorize(assume_safety)")
+#else
+#define KERNEL_LOOP _Pragma("GCC ivdep")
+#endif
+
 #define VARIANT_NAMESPACE Baseline
 #define VARIANT_NAME "baseline"
 #define VARIANT_TARGET
