@@ -42,7 +42,7 @@ struct Conversion
 {
 	int mInputChannels;
 	// Nothing when empty.
-	std::string mLayout{};
+	char const* mLayout = "";
 	std::optional<double> mPan = std::nullopt;
 	std::optional<MixdownType51> mMixdown = std::nullopt;
 };
@@ -62,7 +62,7 @@ protected:
 		ClipRenderRequest request;
 		request.mInput = mFolder / "in.wav";
 		request.mOutput = mFolder / "out.wav";
-		if (!inConversion.mLayout.empty())
+		if (inConversion.mLayout[0] != 0)
 		{
 			request.mLayout.mLayout = ParseLayout(inConversion.mLayout).value();
 		}

@@ -34,7 +34,9 @@ using Gains = std::array<double, 5>;
 
 Gains ReferenceGains(Position const& inPosition, bool inIsStereo)
 {
-	auto const& [x, y, center] = inPosition;
+	double const x = inPosition.mX;
+	double const y = inPosition.mY;
+	double const center = inPosition.mCenter;
 	double const quarter = kPi / 2;
 	double const front = std::cos(quarter * y);
 	double const rear = std::sin(quarter * y);

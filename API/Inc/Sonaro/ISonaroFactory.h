@@ -157,17 +157,27 @@ public:
 		FrameRate const& inFrameRate, InterfaceRef<UnknownBase> inOwner,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// A panner of a type. Controls: the pan (0 left, 0.5 middle, 1 right) for those to stereo and the
+	// balances; X, Y (0 front, 1 rear), the share of the centre and the gain of the low frequency channel
+	// for those to 5.1; none for the others. eFailure for another count of controls where one is told:
+	// stereo to stereo and mono to stereo 1, stereo to 5.1 4. eInvalidArgument for a type that is not
+	// made here. The folds from 5.1 keep AudioChannelMix's mixdown of the moment.
 	virtual int CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, PanProcessorType inType, bool inActionFlag,
 		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
 		InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
 
+	// A panner that routes: kPanMonoTo51 (four controls without effect, or eFailure), kPanMonoToAdaptive
+	// and kPanStereoToAdaptive (the pan) and kPan51ToAdaptive (no controls), the last three to
+	// inOutputChannels channels. eInvalidArgument for any other type.
 	virtual int CreateDirectAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, PanProcessorType inType, int inOutputChannels,
 		AudioChannelMatrix const& inMatrix, bool inActionFlag,
 		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
 		InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
 
+	// A panner that copies channels between any two layouts: by the routing, when that has an entry for
+	// each channel of the smaller layout, else by position.
 	virtual int CreateDefaultMultiChannelAudioPanProcessorRenderer(
 		InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
 		AudioChannelMatrix const& inMatrix, bool inActionFlag,
@@ -175,10 +185,13 @@ public:
 		AudioChannelLayout const& inInputLayout, AudioChannelLayout const& inOutputLayout,
 		InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
 
+	// A fixed matrix of linear gains: a row for each input channel, with a gain for each output channel.
+	// eInvalidArgument for more than eight channels on a side, and for rows that do not fit.
 	virtual int CreateChannelMixerAudioPanProcessorRenderer(AudioChannelLayout const& inInputLayout,
 		AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains,
 		InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
 
+	// A panner that leaves the audio as it is, and says so by DoesNotAlterAudio.
 	virtual int CreateNoneAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		AudioChannelLayout const& inLayout, InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
 
@@ -202,6 +215,8 @@ public:
 		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
 		InterfaceRef<IAudioPanProcessor> inPanner, InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
 
+	// A processor that reroutes channels in place at full level. eInvalidArgument for a routing to a
+	// channel from 64 on.
 	virtual int CreateAudioChannelMatrixRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, AudioChannelMatrix const& inMatrix,
 		InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
