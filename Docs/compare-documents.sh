@@ -7,7 +7,7 @@ fresh=$(mktemp -d)
 trap 'rm -rf "$fresh"' EXIT
 "$1" "$fresh"
 for document in "$fresh"/*; do
-	diff -u "$here/$(basename "$document")" "$document" || {
+	cmp "$here/$(basename "$document")" "$document" || {
 		echo "Docs/$(basename "$document") has fallen behind; run Docs/make-documents.sh" >&2
 		exit 1
 	}

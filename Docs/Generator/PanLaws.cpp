@@ -36,7 +36,7 @@ constexpr int kMargin = 44;
 constexpr int kColumns = 2;
 // The top of the scale.
 constexpr double kLargest = 2.4;
-constexpr int kSteps = 100;
+constexpr int kSteps = 50;
 
 constexpr char const* kLeftColour = "#1f77b4";
 constexpr char const* kRightColour = "#d62728";
