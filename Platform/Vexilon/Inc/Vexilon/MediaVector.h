@@ -1,0 +1,168 @@
+#pragma once
+
+#include "Vexilon/MediaEntryLock.h"
+#include "Vexilon/MediaManager.h"
+#include "zorvcore/classref/InterfaceRef.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+namespace VX
+{
+
+// Names a new store.
+ZORV_API zorvcore::utility::Guid CreateMediaMapIdentifier();
+
+// A store of purgeable payloads by index, entered with the media manager. A payload can be moved without
+// throwing, is absent when made by default, and tells its memory by GetSizeInBytes().
+//
+// Nobody waits: a reader who does not find a payload, or finds it being written or purged, goes without.
+// Threads  Any, after Init.
+template <class T>
+class MediaVector final : public IMediaMap
+{
+public:
+	static constexpr zorvcore::classref::Identifier<MediaVector> kIdentifier{
+		0x1f8c2d7ab5e94630ull, 0xa94d07e3c16f5b82ull};
+
+	MediaVector() = default;
+	~MediaVector() override { Discard(); }
+
+	// Makes so many absent entries and registers with the manager. Once, before all else.
+	void Init(unsigned long long inEntries)
+	{
+		mManager = GetMediaManager();
+		mIdentifier = CreateMediaMapIdentifier();
+		mEntries = std::make_unique<MapEntry[]>(inEntries);
+		mNumEntries = inEntries;
+		mManager->Register(*this);
+	}
+
+	unsigned long long GetNumEntries() const { return mNumEntries; }
+
+	// Calls inUse with the payload, which cannot be purged meanwhile; false when it cannot be had. Neither
+	// allocates nor locks nor frees.
+	template <class Use>
+	bool Read(unsigned long long inIndex, Use&& inUse)
+	{
+		if (inIndex >= mNumEntries || !mEntries[inIndex].mLock.TryRead())
+		{
+			return false;
+		}
+		std::forward<Use>(inUse)(std::as_const(mEntries[inIndex].mBuffer));
+		mEntries[inIndex].mLock.ReleaseRead();
+		return true;
+	}
+
+	// Whether the payload is there; then the manager hears that it was used.
+	bool Touch(unsigned long long inIndex)
+	{
+		if (!Read(inIndex, [](T const&) {}))
+		{
+			return false;
+		}
+		mManager->TouchEntry(inIndex, mIdentifier);
+		return true;
+	}
+
+	// Puts a payload where none is; false, and the payload is dropped, when somebody was faster.
+	bool Store(unsigned long long inIndex, T inPayload)
+	{
+		if (inIndex >= mNumEntries || !mEntries[inIndex].mLock.TryWrite())
+		{
+			return false;
+		}
+		MapEntry& entry = mEntries[inIndex];
+		unsigned long long const size = inPayload.GetSizeInBytes();
+		entry.mBuffer = std::move(inPayload);
+		entry.mState = kState;
+		entry.mLock.ReleaseWrite();
+		Enter(inIndex, size);
+		return true;
+	}
+
+	// Empties every entry that nobody uses at the moment.
+	void Discard()
+	{
+		for (unsigned long long index = 0; index < mNumEntries; ++index)
+		{
+			MapEntry& entry = mEntries[index];
+			if (entry.mLock.TryPurge())
+			{
+				mManager->RemoveEntry(index, mIdentifier);
+				T const dropped = TakePayload(entry);
+			}
+		}
+	}
+
+	void Purge(unsigned long long inIndex) override
+	{
+		if (inIndex >= mNumEntries)
+		{
+			return;
+		}
+		MapEntry& entry = mEntries[inIndex];
+		if (entry.mLock.TryPurge())
+		{
+			T const dropped = TakePayload(entry);
+			return;
+		}
+		unsigned long long size = 0;
+		if (Read(inIndex, [&size](T const& inPayload) { size = inPayload.GetSizeInBytes(); }))
+		{
+			Enter(inIndex, size);
+		}
+	}
+
+	zorvcore::utility::Guid GetIdentifier() override { return mIdentifier; }
+
+	bool IsEntryReferenced(unsigned long long inIndex) override
+	{
+		return inIndex < mNumEntries && mEntries[inIndex].mReferenced.load(std::memory_order_acquire) > 0;
+	}
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<IMediaMap, MediaVector>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	// The one state that entries are written with.
+	static constexpr std::uint32_t kState = 3;
+
+	struct MapEntry
+	{
+		T mBuffer{};
+		std::uint32_t mState = kState;
+		MediaEntryLock mLock;
+		// Above 0 while the manager should count the entry as in use.
+		std::atomic<std::uint32_t> mReferenced{0};
+	};
+
+	void Enter(unsigned long long inIndex, unsigned long long inSize)
+	{
+		mManager->AddEntry(
+			inIndex, inSize, kState, false, zorvcore::classref::InterfaceRef<IMediaMap>::FromThis(this));
+	}
+
+	// Under the purge lock, which it releases. The payload is for the caller to drop.
+	static T TakePayload(MapEntry& ioEntry)
+	{
+		T payload = std::exchange(ioEntry.mBuffer, T());
+		ioEntry.mState = kState;
+		ioEntry.mLock.ReleasePurge();
+		ioEntry.mReferenced.exchange(0, std::memory_order_acq_rel);
+		return payload;
+	}
+
+	std::unique_ptr<MapEntry[]> mEntries;
+	unsigned long long mNumEntries = 0;
+	zorvcore::classref::InterfaceRef<IMediaManager> mManager;
+	zorvcore::utility::Guid mIdentifier;
+};
+
+} // namespace VX
