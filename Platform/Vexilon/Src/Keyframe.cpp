@@ -52,7 +52,7 @@ boost::shared_ptr<KeyframeBase> Keyframe<T>::Clone() const
 }
 
 template <class T>
-bool Keyframe<T>::operator==(KeyframeBase const& inOther) const
+bool Keyframe<T>::Equals(KeyframeBase const& inOther) const
 {
 	return GetTypeCode() == inOther.GetTypeCode() && HasFieldsOf(inOther) &&
 		   mValue == static_cast<Keyframe<T> const&>(inOther).mValue;

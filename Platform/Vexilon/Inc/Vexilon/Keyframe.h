@@ -26,10 +26,12 @@ public:
 	virtual ~KeyframeBase();
 	virtual boost::shared_ptr<KeyframeBase> Clone() const = 0;
 	// Whether both are of one type and all fields are equal.
-	virtual bool operator==(KeyframeBase const& inOther) const = 0;
+	virtual bool Equals(KeyframeBase const& inOther) const = 0;
 	// A digest of the type code and all fields.
 	virtual zorvcore::utility::Guid GetHash() const = 0;
 	virtual unsigned GetTypeCode() const = 0;
+
+	friend bool operator==(KeyframeBase const& inA, KeyframeBase const& inB) { return inA.Equals(inB); }
 
 	zorvmediatypes::TickTime mTime;
 	// The parameter's own, like the tangents: by custom the kind of the segment before and of the one
@@ -60,7 +62,7 @@ public:
 	}
 
 	boost::shared_ptr<KeyframeBase> Clone() const override;
-	bool operator==(KeyframeBase const& inOther) const override;
+	bool Equals(KeyframeBase const& inOther) const override;
 	zorvcore::utility::Guid GetHash() const override;
 	unsigned GetTypeCode() const override { return kParamTypeCode<T>; }
 
