@@ -6,9 +6,9 @@
 namespace SN
 {
 
-// Places one channel between left and right with equal power. One control, the pan: 0 left,
-// 0.5 middle, 1 right. A new pan is reached over 5 ms, after the first jump of the playhead over 15 ms; at a jump
-// the gains stand at once.
+// Places one channel between left and right with equal power. One control, the pan:
+// 0 left, 0.5 middle, 1 right. A new pan is reached over 5 ms, after the first jump of the playhead over
+// 15 ms; at a jump the gains stand at once.
 class AudioPannerMonoToStereo final : public AutomatedPanner
 {
 public:

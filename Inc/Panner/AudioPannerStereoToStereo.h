@@ -6,9 +6,9 @@
 namespace SN
 {
 
-// Balances left and right: the side that is panned to keeps its level. One control, the pan: 0 left,
-// 0.5 middle, 1 right. A new pan is reached over 5 ms, after the first jump of the playhead over 15 ms; at a jump
-// the gains stand at once.
+// Balances left and right: the side that is panned to keeps its level. One control, the pan:
+// 0 left, 0.5 middle, 1 right. A new pan is reached over 5 ms, after the first jump of the playhead over
+// 15 ms; at a jump the gains stand at once.
 class AudioPannerStereoToStereo final : public AutomatedPanner
 {
 public:

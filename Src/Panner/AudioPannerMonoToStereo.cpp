@@ -36,7 +36,7 @@ InterfaceRef<IAudioPanProcessor> AudioPannerMonoToStereo::Clone(
 void AudioPannerMonoToStereo::ProcessAudioData(
 	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime)
 {
-	mRamps.SetPan(GetValue(0));
+	mRamps.SetPan(GetValueOrZero(0));
 	if (inInput.IsSilent())
 	{
 		mRamps.AdvanceWithoutProcessing(inInput.GetUseSize());

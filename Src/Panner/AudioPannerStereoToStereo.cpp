@@ -35,13 +35,13 @@ InterfaceRef<IAudioPanProcessor> AudioPannerStereoToStereo::Clone(
 
 bool AudioPannerStereoToStereo::DoesNotAlterAudio()
 {
-	return StandsAt(0, 0.5f);
+	return GetParameterCount() > 0 && StandsAt(0, 0.5f);
 }
 
 void AudioPannerStereoToStereo::ProcessAudioData(
 	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime)
 {
-	mRamps.SetPan(GetValue(0));
+	mRamps.SetPan(GetValueOrZero(0));
 	if (inInput.IsSilent())
 	{
 		mRamps.AdvanceWithoutProcessing(inInput.GetUseSize());

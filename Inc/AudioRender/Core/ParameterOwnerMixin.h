@@ -44,7 +44,8 @@ public:
 	// The bypass index of a node that has no boolean parameter.
 	static constexpr unsigned long long kNoBypass = 0xFFFFFFFF;
 
-	// An empty reference in inParams ends the detaching or the parameters' Init at its place. Always succeeds; an inContext that is none of the engine's raises the null-pointer exception.
+	// An empty reference in inParams ends the detaching, or the Init of shared parameters, at its place.
+	// Always succeeds; a context that is none of the engine's raises the null-pointer exception.
 	int Init(Parameters const& inParams, ParameterOwnerSettings const& inSettings,
 		InterfaceRef<IAudioRenderContext> const& inContext);
 
