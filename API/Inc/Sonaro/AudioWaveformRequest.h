@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Sonaro/IAudioPrefetchNotify.h"
+#include "Sonaro/IAudioWaveformGenerator.h"
+
+#include <memory>
+
+namespace SN
+{
+
+// One range of a generator that is to be computed into a buffer. Given as the notify to a prefetch of the
+// range's audio, it goes on to the waveform thread by itself when the prefetch has ended.
+//
+// Threads  Constant once made, and so any.
+class SONARO_API AudioWaveformRequest final : public AudioPrefetch::IAudioPrefetchNotify
+{
+public:
+	static constexpr Identifier<AudioWaveformRequest> kIdentifier{
+		0xef154e4fbd689c8aull, 0x51fb3f27c6694d28ull};
+
+	// The arguments as IAudioWaveformGenerator tells them.
+	static InterfaceRef<AudioWaveformRequest> CreateAudioWaveformRequest(
+		InterfaceRef<IAudioWaveformGenerator> inGenerator, TickTime const& inStartTime,
+		TickTime const& inEndTime, InterfaceRef<VX::ITimeTransform> const& inTimeTransform,
+		unsigned long long inSampleInterval, InterfaceRef<IAudioWaveformBuffer> inBuffer,
+		std::shared_ptr<zorvcore::threads::Gate> inGate, bool inRequestFlag);
+
+	// For CreateAudioWaveformRequest.
+	AudioWaveformRequest(InterfaceRef<IAudioWaveformGenerator> inGenerator, TickTime const& inStartTime,
+		TickTime const& inEndTime, InterfaceRef<VX::ITimeTransform> const& inTimeTransform,
+		unsigned long long inSampleInterval, InterfaceRef<IAudioWaveformBuffer> inBuffer,
+		std::shared_ptr<zorvcore::threads::Gate> inGate, bool inRequestFlag);
+	~AudioWaveformRequest() override;
+
+	// Calls the generator, on the calling thread; its result is dropped. Raises the null-pointer exception
+	// without a generator.
+	void Process();
+
+	// Queues Process. A prefetch that was given up does not end the request: the generator then reads
+	// what it lacks by itself.
+	void Complete(int inResult) override;
+
+	// Whether both would write the same: the transform and the flag follow from the generator and are
+	// not compared.
+	bool operator==(AudioWaveformRequest const& inOther) const;
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	InterfaceRef<IAudioWaveformGenerator> const mGenerator;
+	TickTime const mStartTime;
+	TickTime const mEndTime;
+	InterfaceRef<VX::ITimeTransform> const mTimeTransform;
+	unsigned long long const mSampleInterval;
+	InterfaceRef<IAudioWaveformBuffer> const mBuffer;
+	std::shared_ptr<zorvcore::threads::Gate> const mGate;
+	bool const mRequestFlag;
+};
+
+} // namespace SN
