@@ -4,6 +4,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace SonaroHost
@@ -16,81 +17,212 @@ SN::InterfaceRef<AudioFileSource> AudioFileSource::Open(std::filesystem::path co
 
 AudioFileSource::AudioFileSource(std::unique_ptr<AudioFileReader> inReader)
 	: mReader(std::move(inReader)),
+	  mChunks(zorvcore::classref::MakeObject<Chunks>()),
 	  mFrameRate(SN::FrameRate::FromSamplesPerSecond(GetInfo().mSampleRate)),
 	  mName(GetInfo().mPath.filename().string()),
 	  mPath(GetInfo().mPath.string())
 {
+	std::int64_t const chunkFrames = mReader->GetBlockFrames();
+	mChunks->Init(static_cast<unsigned long long>((GetInfo().mFrames + chunkFrames - 1) / chunkFrames));
+}
+
+std::optional<std::string> AudioFileSource::GetFailure() const
+{
+	return HasFailed() ? mFailure : std::nullopt;
 }
 
 void AudioFileSource::ReadAudio(
 	VX::BinaryData const&, dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime, bool)
 {
-	std::int64_t const frames = inBuffer.GetUseSize();
-	std::int64_t const position = inTime.ToFrame64(mFrameRate);
-	// The part of the block that lies within the file.
-	std::int64_t const first = std::clamp<std::int64_t>(-position, 0, frames);
-	std::int64_t const end = std::clamp<std::int64_t>(GetInfo().mFrames - position, first, frames);
-	if (first == end || mFailure)
+	Part const part = FindPart(inTime, inBuffer.GetUseSize());
+	if (part.mFirst == part.mEnd || HasFailed())
 	{
 		inBuffer.Zero();
 		return;
 	}
+	auto const lock = LockReader();
 	try
 	{
-		CopyFrames(
-			position + first, inBuffer, static_cast<unsigned>(first), static_cast<unsigned>(end - first));
+		for (unsigned done = 0; done < part.mEnd - part.mFirst;)
+		{
+			Piece const piece = FindPiece(part.mPosition + done, part.mEnd - part.mFirst - done);
+			Decode(piece, inBuffer, part.mFirst + done);
+			done += piece.mFrames;
+		}
 	}
-	catch (HostError const& error)
+	catch (std::exception const& error)
 	{
-		mFailure = error.what();
+		Fail(error.what());
 		inBuffer.Zero();
 		return;
 	}
-	for (unsigned channel = 0; channel < inBuffer.GetNumChannels(); ++channel)
+	FinishBuffer(inBuffer, part);
+}
+
+void AudioFileSource::PrefetchAudioData(
+	unsigned long long const&, SN::TickTime const& inTime, unsigned inNumSamples)
+{
+	Part const part = FindPart(inTime, inNumSamples);
+	for (unsigned done = 0; done < part.mEnd - part.mFirst;)
 	{
-		if (channel >= GetNumChannels())
+		Piece const piece = FindPiece(part.mPosition + done, part.mEnd - part.mFirst - done);
+		done += piece.mFrames;
+		if (mChunks->Touch(static_cast<unsigned long long>(piece.mChunk)))
 		{
-			inBuffer.MarkChannelSilent(channel);
 			continue;
 		}
-		float* const samples = inBuffer.GetChannel(channel);
-		std::fill(samples, samples + first, 0.0f);
-		std::fill(samples + end, samples + frames, 0.0f);
-		inBuffer.NoteChannelWrite(channel, inBuffer.GetUseSize());
+		auto const lock = LockReader();
+		if (HasFailed())
+		{
+			return;
+		}
+		// What escaped here would be lost, and with it the notice to whoever waits for the batch.
+		try
+		{
+			DecodeChunk(piece.mChunk);
+		}
+		catch (std::exception const& error)
+		{
+			Fail(error.what());
+			return;
+		}
 	}
 }
 
-void AudioFileSource::CopyFrames(
-	std::int64_t inPosition, dsp::AudioBuffer& ioBuffer, unsigned inOffset, unsigned inFrames)
+int AudioFileSource::ReadPrefetchedAudio(SN::TickTime const& inTime, dsp::AudioBuffer& inBuffer)
+{
+	Part const part = FindPart(inTime, inBuffer.GetUseSize());
+	unsigned long long const channels =
+		std::min<unsigned long long>(GetNumChannels(), inBuffer.GetNumChannels());
+	bool isAnyThere = false;
+	for (unsigned done = 0; done < part.mEnd - part.mFirst;)
+	{
+		Piece const piece = FindPiece(part.mPosition + done, part.mEnd - part.mFirst - done);
+		unsigned const target = part.mFirst + done;
+		auto const copy = [&](VX::AudioMapEntry const& inChunk)
+		{
+			for (unsigned long long channel = 0; channel < channels; ++channel)
+			{
+				std::copy_n(inChunk.GetBuffer()->GetChannel(channel) + piece.mOffset, piece.mFrames,
+					inBuffer.GetChannel(channel) + target);
+			}
+		};
+		if (mChunks->Read(static_cast<unsigned long long>(piece.mChunk), copy))
+		{
+			isAnyThere = true;
+		}
+		else
+		{
+			for (unsigned long long channel = 0; channel < channels; ++channel)
+			{
+				std::fill_n(inBuffer.GetChannel(channel) + target, piece.mFrames, 0.0f);
+			}
+			mMissCount.fetch_add(1, std::memory_order_relaxed);
+			mMissedFrames.fetch_add(piece.mFrames, std::memory_order_relaxed);
+		}
+		done += piece.mFrames;
+	}
+	if (isAnyThere)
+	{
+		FinishBuffer(inBuffer, part);
+	}
+	else
+	{
+		inBuffer.Zero();
+	}
+	return SN::kSuccess;
+}
+
+AudioFileSource::Part AudioFileSource::FindPart(SN::TickTime const& inTime, std::int64_t inFrames) const
+{
+	std::int64_t const position = inTime.ToFrame64(mFrameRate);
+	std::int64_t const first = std::clamp<std::int64_t>(-position, 0, inFrames);
+	std::int64_t const end = std::clamp<std::int64_t>(GetInfo().mFrames - position, first, inFrames);
+	return {position + first, static_cast<unsigned>(first), static_cast<unsigned>(end)};
+}
+
+AudioFileSource::Piece AudioFileSource::FindPiece(std::int64_t inPosition, std::int64_t inFrames) const
+{
+	std::int64_t const chunkFrames = mReader->GetBlockFrames();
+	std::int64_t const offset = inPosition % chunkFrames;
+	return {inPosition / chunkFrames, static_cast<unsigned>(offset),
+		static_cast<unsigned>(std::min(inFrames, chunkFrames - offset))};
+}
+
+void AudioFileSource::FinishBuffer(dsp::AudioBuffer& ioBuffer, Part const& inPart) const
+{
+	unsigned const frames = ioBuffer.GetUseSize();
+	for (unsigned channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
+	{
+		if (channel >= GetInfo().GetNumChannels())
+		{
+			ioBuffer.MarkChannelSilent(channel);
+			continue;
+		}
+		float* const samples = ioBuffer.GetChannel(channel);
+		std::fill(samples, samples + inPart.mFirst, 0.0f);
+		std::fill(samples + inPart.mEnd, samples + frames, 0.0f);
+		ioBuffer.NoteChannelWrite(channel, frames);
+	}
+}
+
+std::unique_lock<std::mutex> AudioFileSource::LockReader()
+{
+	std::unique_lock lock(mReading, std::try_to_lock);
+	if (!lock.owns_lock())
+	{
+		lock.lock();
+	}
+	return lock;
+}
+
+void AudioFileSource::Decode(Piece const& inPiece, dsp::AudioBuffer& ioBuffer, unsigned inTarget)
 {
 	unsigned const fileChannels = GetNumChannels();
 	auto const channels =
 		static_cast<unsigned>(std::min<unsigned long long>(fileChannels, ioBuffer.GetNumChannels()));
-	for (unsigned done = 0; done < inFrames;)
+	float const* const block =
+		mReader->GetBlock(inPiece.mChunk) + static_cast<std::size_t>(inPiece.mOffset) * fileChannels;
+	for (unsigned channel = 0; channel < channels; ++channel)
 	{
-		std::int64_t const position = inPosition + done;
-		std::int64_t const blockFrames = mReader->GetBlockFrames();
-		std::int64_t const inBlock = position % blockFrames;
-		float const* const block = mReader->GetBlock(position / blockFrames) + inBlock * fileChannels;
-		auto const count =
-			static_cast<unsigned>(std::min<std::int64_t>(inFrames - done, blockFrames - inBlock));
-		for (unsigned channel = 0; channel < channels; ++channel)
+		float const* in = block + GetInfo().mChannelOrder[channel];
+		float* const out = ioBuffer.GetChannel(channel) + inTarget;
+		for (unsigned i = 0; i < inPiece.mFrames; ++i, in += fileChannels)
 		{
-			float const* in = block + GetInfo().mChannelOrder[channel];
-			float* const out = ioBuffer.GetChannel(channel) + inOffset + done;
-			for (unsigned i = 0; i < count; ++i, in += fileChannels)
-			{
-				out[i] = *in;
-			}
+			out[i] = *in;
 		}
-		done += count;
+	}
+}
+
+void AudioFileSource::DecodeChunk(std::int64_t inChunk)
+{
+	auto const index = static_cast<unsigned long long>(inChunk);
+	// Another thread may have been faster while this one waited.
+	if (mChunks->Touch(index))
+	{
+		return;
+	}
+	std::int64_t const position = inChunk * mReader->GetBlockFrames();
+	Piece const whole = FindPiece(position, GetInfo().mFrames - position);
+	auto const buffer = std::make_shared<dsp::AudioBuffer>(GetNumChannels(), whole.mFrames);
+	Decode(whole, *buffer, 0);
+	mChunks->Store(index, VX::AudioMapEntry(buffer));
+}
+
+void AudioFileSource::Fail(std::string inReason)
+{
+	// The first one is the reason of all that follow, and readers may hold on to it already.
+	if (!HasFailed())
+	{
+		mFailure = std::move(inReason);
+		mHasFailed.store(true, std::memory_order_release);
 	}
 }
 
 void* AudioFileSource::QueryMap(SN::Guid const& inIdentifier)
 {
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioSource, IAudioSourceFile, AudioFileSource>(
-		this, inIdentifier);
+	void* const found = zorvcore::classref::QueryInterfaces<IAudioSource, IAudioSourceFile, IAsyncAudioSource,
+		AudioFileSource>(this, inIdentifier);
 	return found ? found : Unknown::QueryMap(inIdentifier);
 }
 

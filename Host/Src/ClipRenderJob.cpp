@@ -79,7 +79,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	RenderSummary summary;
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const& inTime)
 	{
-		if (auto const& failure = mSource->GetFailure())
+		if (auto const failure = mSource->GetFailure())
 		{
 			throw HostError(HostError::Kind::eInput, *failure);
 		}

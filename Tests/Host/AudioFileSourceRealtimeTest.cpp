@@ -40,5 +40,26 @@ TEST(AudioFileSource, ReadingPcmNeitherAllocatesNorLocks)
 	EXPECT_GT(tested, 10);
 }
 
+TEST(AudioFileSource, ReadingWhatWasPrefetchedNeitherAllocatesNorLocks)
+{
+	TemporaryFolder const folder;
+	WriteSound(folder / "sound", SF_FORMAT_OGG | SF_FORMAT_VORBIS, MakeSound(2, 44100, 50000));
+	auto const source = AudioFileSource::Open(folder / "sound");
+	SN::FrameRate const frameRate = source->GetFrameRate();
+	source->PrefetchAudioData(0, SN::TickTime(10000, frameRate), 10000);
+	dsp::AudioBuffer buffer(3, 4096);
+
+	SN::Testing::RealtimeGuard const guard;
+	// There, in part there, missed, and outside of the file.
+	for (std::int64_t const position : {10000, 12000, 5000, 40000, -1000, -10000, 49000, 60000})
+	{
+		source->ReadPrefetchedAudio(SN::TickTime(position, frameRate), buffer);
+		source->GetFailure();
+	}
+	EXPECT_EQ(guard.GetAllocations(), 0);
+	EXPECT_EQ(guard.GetLocks(), 0);
+	EXPECT_GT(source->GetMissCount(), 0u);
+}
+
 } // namespace
 } // namespace SonaroHost::Testing

@@ -3,12 +3,17 @@
 #include "Vexilon/BinaryData.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace SonaroHost::Testing
 {
 
-Sound Pull(AudioFileSource& ioSource, std::int64_t inPosition, unsigned inFrames)
+namespace
+{
+
+template <class Read>
+Sound PullThrough(AudioFileSource& ioSource, unsigned inFrames, Read&& inRead)
 {
 	unsigned const channels = ioSource.GetNumChannels();
 	dsp::AudioBuffer buffer(channels, inFrames);
@@ -17,9 +22,10 @@ Sound Pull(AudioFileSource& ioSource, std::int64_t inPosition, unsigned inFrames
 		// What a source leaves unwritten is seen.
 		std::fill_n(buffer.GetChannel(channel), inFrames, std::numeric_limits<float>::quiet_NaN());
 	}
-	ioSource.ReadAudio(VX::BinaryData(), buffer, SN::TickTime(inPosition, ioSource.GetFrameRate()), false);
+	inRead(buffer);
 
 	Sound sound{static_cast<int>(channels), ioSource.GetInfo().mSampleRate, {}};
+	sound.mSamples.reserve(static_cast<std::size_t>(channels) * inFrames);
 	for (unsigned frame = 0; frame < inFrames; ++frame)
 	{
 		for (unsigned channel = 0; channel < channels; ++channel)
@@ -29,6 +35,28 @@ Sound Pull(AudioFileSource& ioSource, std::int64_t inPosition, unsigned inFrames
 		}
 	}
 	return sound;
+}
+
+} // namespace
+
+Sound Pull(AudioFileSource& ioSource, std::int64_t inPosition, unsigned inFrames)
+{
+	SN::TickTime const time(inPosition, ioSource.GetFrameRate());
+	return PullThrough(ioSource, inFrames,
+		[&](dsp::AudioBuffer& ioBuffer) { ioSource.ReadAudio(VX::BinaryData(), ioBuffer, time, false); });
+}
+
+Sound PullPrefetched(AudioFileSource& ioSource, std::int64_t inPosition, unsigned inFrames)
+{
+	SN::TickTime const time(inPosition, ioSource.GetFrameRate());
+	return PullThrough(ioSource, inFrames,
+		[&](dsp::AudioBuffer& ioBuffer)
+		{ EXPECT_EQ(ioSource.ReadPrefetchedAudio(time, ioBuffer), SN::kSuccess); });
+}
+
+void Prefetch(AudioFileSource& ioSource, std::int64_t inPosition, unsigned inFrames)
+{
+	ioSource.PrefetchAudioData(0, SN::TickTime(inPosition, ioSource.GetFrameRate()), inFrames);
 }
 
 Sound CutWithSilence(Sound const& inSound, std::int64_t inPosition, unsigned inFrames)
