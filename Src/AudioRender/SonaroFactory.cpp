@@ -4,6 +4,7 @@
 #include "AudioRender/Core/AudioRenderContext.h"
 #include "AudioRender/Core/NestingLimit.h"
 #include "AudioRender/Core/SilentRenderer.h"
+#include "AudioRender/Source/AlignToFrameRateAudioGeneratorDecorator.h"
 #include "AudioRender/Source/AudioClipRenderer.h"
 #include "AudioRender/Source/AudioStreamRenderer.h"
 #include "Panner/AudioPanner51ToAdaptive.h"
@@ -381,9 +382,10 @@ int SonaroFactory::CreateSilentRenderer(
 }
 
 int SonaroFactory::CreateAlignToFrameRateAudioGeneratorDecorator(
-	InterfaceRef<IAudioGenerator> const&, FrameRate const&, InterfaceRef<IAudioGenerator>*) const
+	InterfaceRef<IAudioGenerator> const& inGenerator, FrameRate const& inFrameRate,
+	InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return AlignToFrameRateAudioGeneratorDecorator::Create(inGenerator, inFrameRate, outGenerator);
 }
 
 int SonaroFactory::CreateOfflineAudioProcessorAudioGenerator(InterfaceRef<IAudioGenerator> const&,

@@ -225,6 +225,8 @@ public:
 	virtual int CreateSilentRenderer(
 		AudioChannelLayout const& inLayout, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// A generator that moves every position that it is asked for down onto a frame of the rate. Its clones
+	// do not.
 	virtual int CreateAlignToFrameRateAudioGeneratorDecorator(
 		InterfaceRef<IAudioGenerator> const& inGenerator, FrameRate const& inFrameRate,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;

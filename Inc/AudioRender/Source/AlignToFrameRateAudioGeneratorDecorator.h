@@ -1,0 +1,33 @@
+#pragma once
+
+#include "AudioRender/Source/AudioGeneratorDecorator.h"
+
+namespace SN
+{
+
+// Moves every position that it is asked for down onto a frame of a rate; lengths stay as they are.
+class AlignToFrameRateAudioGeneratorDecorator final : public AudioGeneratorDecorator
+{
+public:
+	static int Create(InterfaceRef<IAudioGenerator> const& inGenerator, FrameRate const& inFrameRate,
+		InterfaceRef<IAudioGenerator>* outGenerator);
+
+	explicit AlignToFrameRateAudioGeneratorDecorator(FrameRate const& inFrameRate)
+		: mAlignFrameRate(inFrameRate)
+	{
+	}
+
+	void Preroll(TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) override;
+	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
+		PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+
+private:
+	TickTime Align(TickTime inTime) const { return inTime.AlignToFrame(mAlignFrameRate); }
+
+	FrameRate mAlignFrameRate;
+};
+
+} // namespace SN

@@ -1,0 +1,44 @@
+#include "AudioRender/Source/AudioGeneratorDecorator.h"
+
+#include "zorvcore/classref/AsyncDestruction.h"
+
+namespace SN
+{
+
+void AudioGeneratorDecorator::Init(InterfaceRef<IAudioGenerator> const& inGenerator)
+{
+	mGenerator = inGenerator;
+	mGeneratorPrivate = inGenerator;
+}
+
+InterfaceRef<IAudioGenerator> AudioGeneratorDecorator::Clone()
+{
+	auto const clone = zorvcore::classref::MakeAsyncDestroyedObject<AudioGeneratorDecorator>();
+	clone->Init(mGenerator->Clone());
+	return clone;
+}
+
+void AudioGeneratorDecorator::NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording)
+{
+	if (InterfaceRef<IAudioRecordCompletion> const listener = mGenerator)
+	{
+		listener->NotifyRecordComplete(inRecording);
+	}
+}
+
+void AudioGeneratorDecorator::CollectLiveParameters(LiveAudioParameterMap& outParameters)
+{
+	if (InterfaceRef<ILiveAudioParameterOwner> const owner = mGenerator)
+	{
+		owner->CollectLiveParameters(outParameters);
+	}
+}
+
+void* AudioGeneratorDecorator::QueryMap(GUID const& inIdentifier)
+{
+	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate,
+		IAudioRecordCompletion, IAudioRenderGraphNodeInfo, ILiveAudioParameterOwner>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SN

@@ -1,0 +1,303 @@
+#include "Vexilon/MediaEntryLock.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace VX
+{
+namespace
+{
+
+using Lock = MediaEntryLock;
+
+TEST(MediaEntryLock, FailsWhereTheTableHasNoArrow)
+{
+	struct Case
+	{
+		char const* mName;
+		std::uint32_t mWord;
+		bool mRead;
+		bool mWrite;
+		bool mPurge;
+	};
+	constexpr Case kCases[] = {
+		{"absent", 0x00000000, false, true, false},
+		{"being written", 0x00010000, false, false, false},
+		{"there", 0x80000000, true, false, true},
+		{"there with readers", 0x80000002, true, false, false},
+		{"readers full", 0x8000FFFF, false, false, false},
+		{"being purged", 0x01000000, false, false, false},
+		{"there and being written", 0x80010000, false, false, false},
+		{"there and being purged", 0x81000000, false, false, false},
+	};
+	for (Case const& test : kCases)
+	{
+		EXPECT_EQ(Lock::CanRead(test.mWord), test.mRead) << test.mName;
+		EXPECT_EQ(Lock::CanWrite(test.mWord), test.mWrite) << test.mName;
+		EXPECT_EQ(Lock::CanPurge(test.mWord), test.mPurge) << test.mName;
+	}
+	static_assert(Lock::AfterReleaseWrite(Lock::AfterWrite(0)) == Lock::kPresent);
+	static_assert(Lock::AfterReleasePurge(Lock::AfterPurge(Lock::kPresent)) == 0);
+	static_assert(Lock::AfterReleaseRead(Lock::AfterRead(Lock::kPresent)) == Lock::kPresent);
+
+	// Releases without a try change nothing.
+	Lock lock;
+	lock.ReleaseRead();
+	lock.ReleasePurge();
+	lock.ReleaseWrite();
+	EXPECT_FALSE(lock.TryRead());
+	EXPECT_TRUE(lock.TryWrite());
+	EXPECT_FALSE(lock.TryWrite());
+	lock.ReleaseWrite();
+	EXPECT_TRUE(lock.TryRead());
+	EXPECT_FALSE(lock.TryPurge());
+	lock.ReleaseRead();
+	EXPECT_TRUE(lock.TryPurge());
+	EXPECT_FALSE(lock.TryRead());
+	EXPECT_FALSE(lock.TryWrite());
+	lock.ReleasePurge();
+	EXPECT_FALSE(lock.TryRead());
+}
+
+// A model of threads that each do their operation on the word again and again, one memory access at a
+// time: load, compare and swap (which may fail for no reason), two accesses to the payload, load, compare
+// and swap for the release. Every interleaving is visited.
+enum class Role : std::uint8_t
+{
+	kReader,
+	kWriter,
+	kPurger,
+};
+
+struct Thread
+{
+	friend auto operator<=>(Thread const&, Thread const&) = default;
+
+	Role mRole = Role::kReader;
+	enum Step : std::uint8_t
+	{
+		kLoad,
+		kSwap,
+		kFirstAccess,
+		kSecondAccess,
+		kLoadForRelease,
+		kSwapForRelease,
+	} mStep = kLoad;
+	std::uint32_t mLoaded = 0;
+};
+
+constexpr unsigned kThreads = 4;
+
+struct State
+{
+	friend auto operator<=>(State const&, State const&) = default;
+
+	std::uint32_t mWord = 0;
+	std::array<Thread, kThreads> mThreads;
+	// Both halves of the payload: 0 absent, else what the writer has stored.
+	std::uint8_t mFirstHalf = 0;
+	std::uint8_t mSecondHalf = 0;
+};
+
+bool Can(Role inRole, std::uint32_t inWord)
+{
+	return inRole == Role::kReader   ? Lock::CanRead(inWord)
+		   : inRole == Role::kWriter ? Lock::CanWrite(inWord)
+									 : Lock::CanPurge(inWord);
+}
+
+std::uint32_t After(Role inRole, std::uint32_t inWord)
+{
+	return inRole == Role::kReader   ? Lock::AfterRead(inWord)
+		   : inRole == Role::kWriter ? Lock::AfterWrite(inWord)
+									 : Lock::AfterPurge(inWord);
+}
+
+bool CanRelease(Role inRole, std::uint32_t inWord)
+{
+	return inRole == Role::kReader   ? Lock::CanReleaseRead(inWord)
+		   : inRole == Role::kWriter ? Lock::CanReleaseWrite(inWord)
+									 : Lock::CanReleasePurge(inWord);
+}
+
+std::uint32_t AfterRelease(Role inRole, std::uint32_t inWord)
+{
+	return inRole == Role::kReader   ? Lock::AfterReleaseRead(inWord)
+		   : inRole == Role::kWriter ? Lock::AfterReleaseWrite(inWord)
+									 : Lock::AfterReleasePurge(inWord);
+}
+
+class Model
+{
+public:
+	explicit Model(std::array<Role, kThreads> const& inRoles)
+	{
+		State start;
+		for (unsigned i = 0; i < kThreads; ++i)
+		{
+			start.mThreads[i].mRole = inRoles[i];
+		}
+		Visit(start);
+		while (!mOpen.empty() && mFault.empty())
+		{
+			State const state = mOpen.back();
+			mOpen.pop_back();
+			Check(state);
+			for (unsigned i = 0; i < kThreads; ++i)
+			{
+				Advance(state, i);
+			}
+		}
+	}
+
+	std::string mFault;
+	std::size_t mNumStates = 0;
+	bool mWasRead = false;
+	bool mWasPurged = false;
+
+private:
+	void Visit(State const& inState)
+	{
+		if (mSeen.insert(inState).second)
+		{
+			mOpen.push_back(inState);
+			++mNumStates;
+		}
+	}
+
+	static bool IsInside(Thread const& inThread) { return inThread.mStep >= Thread::kFirstAccess; }
+
+	void Check(State const& inState)
+	{
+		unsigned readers = 0;
+		unsigned owners = 0;
+		for (Thread const& thread : inState.mThreads)
+		{
+			(thread.mRole == Role::kReader ? readers : owners) += IsInside(thread) ? 1 : 0;
+		}
+		if (owners > 1 || (owners == 1 && readers > 0))
+		{
+			mFault = "a writer or purger is not alone";
+		}
+		if ((inState.mWord & Lock::kReaders) != readers)
+		{
+			mFault = "readers are miscounted";
+		}
+		if (owners + readers == 0 && inState.mWord != 0 && inState.mWord != Lock::kPresent)
+		{
+			mFault = "the entry is stuck";
+		}
+	}
+
+	void Advance(State inState, unsigned inThread)
+	{
+		Thread& thread = inState.mThreads[inThread];
+		switch (thread.mStep)
+		{
+		case Thread::kLoad:
+		case Thread::kLoadForRelease:
+			thread.mLoaded = inState.mWord;
+			thread.mStep = thread.mStep == Thread::kLoad ? Thread::kSwap : Thread::kSwapForRelease;
+			break;
+		case Thread::kSwap:
+			if (!Can(thread.mRole, thread.mLoaded))
+			{
+				thread.mStep = Thread::kLoad;
+				break;
+			}
+			SwapMayFail(inState, inThread);
+			if (inState.mWord != thread.mLoaded)
+			{
+				return;
+			}
+			inState.mWord = After(thread.mRole, thread.mLoaded);
+			thread.mStep = Thread::kFirstAccess;
+			break;
+		case Thread::kFirstAccess:
+			Access(thread.mRole, inState.mFirstHalf);
+			thread.mStep = Thread::kSecondAccess;
+			break;
+		case Thread::kSecondAccess:
+			Access(thread.mRole, inState.mSecondHalf);
+			if (thread.mRole == Role::kReader && inState.mFirstHalf != inState.mSecondHalf)
+			{
+				mFault = "a reader sees a mixture";
+			}
+			thread.mStep = Thread::kLoadForRelease;
+			break;
+		case Thread::kSwapForRelease:
+			if (!CanRelease(thread.mRole, thread.mLoaded))
+			{
+				mFault = "a lock was lost";
+				return;
+			}
+			SwapMayFail(inState, inThread);
+			if (inState.mWord != thread.mLoaded)
+			{
+				return;
+			}
+			inState.mWord = AfterRelease(thread.mRole, thread.mLoaded);
+			thread.mStep = Thread::kLoad;
+			break;
+		}
+		if (thread.mStep == Thread::kLoad)
+		{
+			// What was loaded is forgotten, so that equal states are found equal.
+			thread.mLoaded = 0;
+		}
+		Visit(inState);
+	}
+
+	// The weak form loads anew and goes on from there.
+	void SwapMayFail(State inState, unsigned inThread)
+	{
+		inState.mThreads[inThread].mLoaded = inState.mWord;
+		Visit(inState);
+	}
+
+	void Access(Role inRole, std::uint8_t& ioHalf)
+	{
+		bool const wasThere = ioHalf != 0;
+		if (inRole != Role::kWriter && !wasThere)
+		{
+			mFault = "a payload is read or purged that is not there";
+		}
+		if (inRole == Role::kWriter && wasThere)
+		{
+			mFault = "a payload is overwritten";
+		}
+		ioHalf = inRole == Role::kReader ? ioHalf : inRole == Role::kWriter ? 1 : 0;
+		mWasRead = mWasRead || inRole == Role::kReader;
+		mWasPurged = mWasPurged || inRole == Role::kPurger;
+	}
+
+	std::set<State> mSeen;
+	std::vector<State> mOpen;
+};
+
+TEST(MediaEntryLock, HoldsInEveryInterleavingOfFourThreads)
+{
+	using enum Role;
+	constexpr std::array<Role, kThreads> kMixtures[] = {
+		{kReader, kReader, kWriter, kPurger},
+		{kReader, kWriter, kWriter, kPurger},
+		{kReader, kWriter, kPurger, kPurger},
+		{kReader, kReader, kReader, kWriter},
+	};
+	for (auto const& roles : kMixtures)
+	{
+		Model const model(roles);
+		EXPECT_EQ(model.mFault, "");
+		EXPECT_TRUE(model.mWasRead);
+		EXPECT_EQ(model.mWasPurged, roles[3] == kPurger);
+		EXPECT_GT(model.mNumStates, 100u);
+	}
+}
+
+} // namespace
+} // namespace VX

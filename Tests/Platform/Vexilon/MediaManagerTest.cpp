@@ -1,0 +1,149 @@
+#include "Vexilon/MediaManager.h"
+
+#include "Vexilon/MediaVector.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace VX
+{
+namespace
+{
+
+using zorvcore::classref::InterfaceRef;
+using zorvcore::classref::MakeObject;
+
+// A payload of a size that is told.
+struct Payload
+{
+	unsigned long long GetSizeInBytes() const { return mSize; }
+
+	unsigned long long mSize = 0;
+	std::shared_ptr<int> mValue;
+};
+
+using Store = MediaVector<Payload>;
+
+InterfaceRef<Store> MakeStore(unsigned long long inEntries)
+{
+	auto const store = MakeObject<Store>();
+	store->Init(inEntries);
+	return store;
+}
+
+Payload MakePayload(unsigned long long inSize)
+{
+	return {inSize, std::make_shared<int>(7)};
+}
+
+// The entries that are there, as a picture.
+std::string Picture(Store& ioStore)
+{
+	std::string picture;
+	for (unsigned long long index = 0; index < ioStore.GetNumEntries(); ++index)
+	{
+		picture += ioStore.Read(index, [](Payload const&) {}) ? 'X' : '.';
+	}
+	return picture;
+}
+
+class MediaManagerTest : public ::testing::Test
+{
+protected:
+	MediaManagerTest() { mManager->SetByteBudget(mManager->GetByteCount() + 100); }
+	~MediaManagerTest() override { mManager->SetByteBudget(mBudget); }
+
+	InterfaceRef<IMediaManager> const mManager = GetMediaManager();
+	unsigned long long const mBudget = mManager->GetByteBudget();
+	unsigned long long const mBefore = mManager->GetByteCount();
+};
+
+TEST_F(MediaManagerTest, WhatWasNotUsedForLongestGoesFirst)
+{
+	EXPECT_EQ(mBudget, 256ull << 20);
+	auto const first = MakeStore(3);
+	auto const second = MakeStore(2);
+	for (unsigned index = 0; index < 3; ++index)
+	{
+		EXPECT_TRUE(first->Store(index, MakePayload(25)));
+	}
+	second->Store(0, MakePayload(25));
+	EXPECT_EQ(Picture(*first) + Picture(*second), "XXXX.");
+	EXPECT_TRUE(first->Touch(0));
+	second->Store(1, MakePayload(50));
+	EXPECT_EQ(Picture(*first) + Picture(*second), "X..XX");
+	EXPECT_EQ(mManager->GetByteCount(), mBefore + 100);
+	EXPECT_FALSE(first->Touch(1));
+
+	// What is entered again at another size counts once.
+	EXPECT_TRUE(first->Store(1, MakePayload(25)));
+	EXPECT_EQ(mManager->GetByteCount(), mBefore + 100);
+	EXPECT_EQ(Picture(*first) + Picture(*second), "XX..X");
+	mManager->AddEntry(1, 20, 3, false, first);
+	EXPECT_EQ(mManager->GetByteCount(), mBefore + 95);
+}
+
+TEST_F(MediaManagerTest, WhatIsInUseStaysAndOthersGo)
+{
+	auto const store = MakeStore(3);
+	store->Store(0, MakePayload(60));
+	store->Store(1, MakePayload(30));
+	store->Read(0,
+		[&](Payload const& inPayload)
+		{
+			store->Store(2, MakePayload(40));
+			EXPECT_EQ(*inPayload.mValue, 7);
+		});
+	EXPECT_EQ(Picture(*store), "X.X");
+	EXPECT_EQ(mManager->GetByteCount(), mBefore + 100);
+
+	// Beyond the budget while it is in use, and back within it at the next chance.
+	store->Read(0,
+		[&](Payload const&)
+		{
+			mManager->SetByteBudget(mBefore + 10);
+			EXPECT_EQ(mManager->GetByteCount(), mBefore + 60);
+		});
+	mManager->SetByteBudget(mBefore + 10);
+	EXPECT_EQ(Picture(*store), "...");
+	EXPECT_EQ(mManager->GetByteCount(), mBefore);
+}
+
+TEST_F(MediaManagerTest, AStoreTakesItsEntriesAlong)
+{
+	std::weak_ptr<int> value;
+	{
+		auto const store = MakeStore(2);
+		Payload payload = MakePayload(30);
+		value = payload.mValue;
+		store->Store(0, std::move(payload));
+		EXPECT_FALSE(store->Store(0, MakePayload(30))) << "it is there already";
+		EXPECT_FALSE(store->Store(2, MakePayload(30))) << "out of range";
+		store->Store(1, MakePayload(30));
+		store->Purge(1);
+		store->Purge(7);
+		EXPECT_EQ(Picture(*store), "X.");
+		EXPECT_FALSE(store->IsEntryReferenced(0));
+		EXPECT_FALSE(store->IsEntryReferenced(7));
+		EXPECT_FALSE(value.expired());
+	}
+	EXPECT_TRUE(value.expired());
+	// The entry that was purged behind the manager's back may linger until its bytes are wanted.
+	mManager->SetByteBudget(mBefore);
+	EXPECT_EQ(mManager->GetByteCount(), mBefore);
+	mManager->TouchEntry(0, {});
+	mManager->RemoveEntry(0, {});
+
+	auto const discarded = MakeStore(3);
+	mManager->SetByteBudget(mBefore + 100);
+	discarded->Store(0, MakePayload(20));
+	discarded->Store(2, MakePayload(20));
+	discarded->Read(2, [&](Payload const&) { discarded->Discard(); });
+	EXPECT_EQ(Picture(*discarded), "..X");
+	EXPECT_EQ(mManager->GetByteCount(), mBefore + 20);
+}
+
+} // namespace
+} // namespace VX
