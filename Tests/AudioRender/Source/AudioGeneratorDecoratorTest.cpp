@@ -41,8 +41,8 @@ std::vector<Call> CallAll(IAudioGenerator& ioGenerator, FakeGenerator& ioFake)
 
 TEST(AudioGeneratorDecorator, EachKindChangesWhatItPromises)
 {
-	long long const frame = k96000Hz.GetTicksPerFrame();
-	auto const at = [frame](double inFrames)
+	constexpr long long frame = k96000Hz.GetTicksPerFrame();
+	auto const at = [](double inFrames)
 	{ return TickTime::FromTicks(static_cast<long long>(inFrames * static_cast<double>(frame))); };
 	auto const fake = MakeObject<FakeGenerator>(1);
 	fake->mDelay = at(4);
