@@ -24,6 +24,7 @@
 #include "Panner/AudioPannerStereoToStereo.h"
 #include "Panner/ChannelMixerAudioPanProcessor.h"
 #include "Prefetch/AudioPrefetchModule.h"
+#include "Sonaro/AudioWaveformQueue.h"
 #include "Sonaro/PanProcessorType.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 
@@ -44,7 +45,9 @@ bool StartModule()
 
 void StopModule()
 {
+	// In this order: a prefetch that ends may put a request to the waveform queue, and make it anew.
 	AudioPrefetch::Shutdown();
+	AudioWaveformQueue::Shutdown();
 }
 
 zorvcore::config::InitializerRegistrar const sModule("Sonaro", 0, &StartModule, &StopModule);
