@@ -124,6 +124,16 @@ double GetRealTimeFactor(RenderSummary const& inSummary)
 	return inSummary.mElapsedSeconds > 0.0 ? GetRenderedSeconds(inSummary) / inSummary.mElapsedSeconds : 0.0;
 }
 
+std::string DescribePlayback(PlaybackSummary const& inPlayback)
+{
+	ReadAheadReport const& readAhead = inPlayback.mReadAhead;
+	return "read ahead: " + std::to_string(inPlayback.mMisses) + " misses, disk load at most " +
+		   std::to_string(readAhead.mDiskLoadPercent) + " %" +
+		   (readAhead.mGivenUp > 0 ? ", " + std::to_string(readAhead.mGivenUp) + " batches asked for again"
+								   : "") +
+		   (readAhead.mWasBehind ? ", fell behind" : ", never behind") + "\n";
+}
+
 std::string DescribeForPeople(
 	std::string const& inOutput, ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
@@ -135,7 +145,8 @@ std::string DescribeForPeople(
 		   std::to_string(inSummary.mFrames) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) + ", " +
 		   std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) + " " +
 		   GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\npeak " +
-		   FormatPeak(inSummary.mPeak) + ", " + speed.data() + "\n";
+		   FormatPeak(inSummary.mPeak) + ", " + speed.data() + "\n" +
+		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
 }
 
 std::string DescribeForMachines(std::string const& inInput, std::string const& inOutput,
@@ -158,6 +169,14 @@ std::string DescribeForMachines(std::string const& inInput, std::string const& i
 	json["clippedSamples"] = inSummary.mClippedSamples;
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
 	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
+	if (inSummary.mPlayback)
+	{
+		json["playback"]["misses"] = inSummary.mPlayback->mMisses;
+		json["playback"]["missedSamples"] = inSummary.mPlayback->mMissedFrames;
+		json["playback"]["diskLoadPercent"] = inSummary.mPlayback->mReadAhead.mDiskLoadPercent;
+		json["playback"]["batchesGivenUp"] = inSummary.mPlayback->mReadAhead.mGivenUp;
+		json["playback"]["wasBehind"] = inSummary.mPlayback->mReadAhead.mWasBehind;
+	}
 	return ToText(json);
 }
 
@@ -187,7 +206,8 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 		"  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
 		"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
 		"  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
-		"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3");
+		"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
+		"  sonaro render music.flac -o music.wav --as-playback");
 }
 
 void RenderCommand::AddFormatOptions()
@@ -223,6 +243,8 @@ void RenderCommand::AddRangeOptions()
 			"Samples rendered at a time, 1 to 262144 (default: 4096); any gives the same result")
 		->option_text("SAMPLES")
 		->check(CLI::Range(1u, kMaxBlockFrames));
+	GetParser().add_flag("--as-playback", mIsPlayback,
+		"Read ahead on another thread as a player does, with the same result, and tell how that went");
 }
 
 void RenderCommand::AddChannelOptions()
@@ -301,6 +323,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	}
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
 	request.mBlockFrames = mBlockFrames;
+	request.mAsPlayback = mIsPlayback;
 	request.mReplace = !mKeepsOldFile;
 	return request;
 }
@@ -351,6 +374,11 @@ void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSu
 		PrintWarning(std::to_string(inSummary.mClippedSamples) + " samples of " + QuotePath(mOutput) +
 					 " were clipped at full scale (peak " + FormatPeak(inSummary.mPeak) +
 					 "); lower --gain-db, or write floats with --bits 32f");
+	}
+	if (inSummary.mPlayback && inSummary.mPlayback->mMisses > 0)
+	{
+		PrintWarning(std::to_string(inSummary.mPlayback->mMissedFrames) + " samples of " + QuotePath(mInput) +
+					 " were not there when they were due and are silent in " + QuotePath(mOutput));
 	}
 	if (mAsJson)
 	{

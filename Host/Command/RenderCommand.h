@@ -43,6 +43,7 @@ private:
 	double mGainDecibels = 0.0;
 	bool mIsReverse = false;
 	unsigned mBlockFrames;
+	bool mIsPlayback = false;
 	bool mKeepsOldFile = false;
 	bool mIsQuiet = false;
 	bool mAsJson = false;

@@ -69,14 +69,24 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
 	auto const begin = std::chrono::steady_clock::now();
-	SN::FrameRate const frameRate = mSource->GetFrameRate();
+	OfflineRange const range = MakeRange();
+	bool const isReverse = range.mDirection == RenderDirection::eReverse;
+	SN::TickTime const rangeEnd(mFrames, range.mFrameRate);
+	// It does not tell that it runs backwards, as a render without one cannot: told so, a panner would take
+	// the first block for the next one of a playback and fade into it.
+	SN::Prefetcher prefetcher{.mStart = SN::kTimeZero, .mEnd = rangeEnd};
 	RenderContextScope const context(
-		mRequest.mBlockFrames, SN::TickTime(mFrames, frameRate), mSource->GetName());
+		range.mBlockFrames, rangeEnd, mSource->GetName(), mRequest.mAsPlayback ? &prefetcher : nullptr);
 	auto const clip = MakeClip(context.Get());
-	LayoutConversion conversion(mPlan, context.Get(), frameRate);
+	LayoutConversion conversion(mPlan, context.Get(), range.mFrameRate);
 	AudioFileWriter writer(mRequest.mOutput, mFormat, GetInputInfo().mSampleRate, GetOutputLayout(), mFrames);
+	std::optional<ReadAhead> readAhead;
+	if (mRequest.mAsPlayback)
+	{
+		readAhead.emplace(clip, range).Advance(0);
+	}
 
-	RenderSummary summary;
+	RenderSummary summary = DescribeOutput();
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const& inTime)
 	{
 		if (auto const failure = mSource->GetFailure())
@@ -90,24 +100,41 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		{
 			inProgress({writer.GetFrames(), mFrames});
 		}
+		if (readAhead && !inStop.stop_requested())
+		{
+			readAhead->Advance(writer.GetFrames());
+		}
 	};
-	OfflineRange const range{mFrames, frameRate, static_cast<unsigned>(mPlan.GetInputLayout().size()),
-		mRequest.mBlockFrames, mRequest.mDirection};
-	bool const isReverse = mRequest.mDirection == RenderDirection::eReverse;
 	std::int64_t const lastBlock = std::max<std::int64_t>(0, mFrames - mRequest.mBlockFrames);
-	conversion.Preroll(SN::TickTime(isReverse ? lastBlock : 0, frameRate), isReverse);
+	conversion.Preroll(SN::TickTime(isReverse ? lastBlock : 0, range.mFrameRate), isReverse);
 	if (!RenderOffline(clip, range, sink, inStop) || inStop.stop_requested())
 	{
 		return std::nullopt;
 	}
 	writer.Finish();
 
+	if (readAhead)
+	{
+		summary.mPlayback = {readAhead->GetReport(), mSource->GetMissCount(), mSource->GetMissedFrames()};
+	}
+	summary.mClippedSamples = writer.GetClippedSamples();
+	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+	return summary;
+}
+
+OfflineRange ClipRenderJob::MakeRange() const
+{
+	return {mFrames, mSource->GetFrameRate(), static_cast<unsigned>(mPlan.GetInputLayout().size()),
+		mRequest.mBlockFrames, mRequest.mDirection};
+}
+
+RenderSummary ClipRenderJob::DescribeOutput() const
+{
+	RenderSummary summary;
 	summary.mFrames = mFrames;
 	summary.mChannels = static_cast<unsigned>(GetOutputLayout().size());
 	summary.mSampleRate = GetInputInfo().mSampleRate;
 	summary.mFormat = mFormat;
-	summary.mClippedSamples = writer.GetClippedSamples();
-	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 	return summary;
 }
 

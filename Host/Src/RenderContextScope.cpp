@@ -28,16 +28,15 @@ void CheckEngineResult(int inResult, std::string const& inWhat)
 	}
 }
 
-RenderContextScope::RenderContextScope(
-	unsigned inBlockFrames, SN::TickTime const& inRangeEnd, SN::ImmutableString const& inName)
+RenderContextScope::RenderContextScope(unsigned inBlockFrames, SN::TickTime const& inRangeEnd,
+	SN::ImmutableString const& inName, SN::Prefetcher* inPrefetcher)
 {
-	constexpr bool kPrefetch = false;
 	constexpr bool kContextOption = false;
 	// Meters are not in use.
 	SN::TickTime const meterInterval;
-	int const result = SN::SonaroFactory::CreateClassRef()->CreateAudioRenderContext(inBlockFrames, kPrefetch,
-		kContextOption, SN::kTimeZero, inRangeEnd, kControlInterval, meterInterval, nullptr, inName, false,
-		false, false, false, SN::RenderQuality::kMaximum, &mContext);
+	int const result = SN::SonaroFactory::CreateClassRef()->CreateAudioRenderContext(inBlockFrames,
+		inPrefetcher != nullptr, kContextOption, SN::kTimeZero, inRangeEnd, kControlInterval, meterInterval,
+		inPrefetcher, inName, false, false, false, false, SN::RenderQuality::kMaximum, &mContext);
 	CheckEngineResult(result, "a render context");
 }
 

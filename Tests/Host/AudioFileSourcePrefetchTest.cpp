@@ -18,23 +18,6 @@ namespace
 
 constexpr std::int64_t kFrames = 40000;
 
-// As long as it lives, the media manager of the process keeps no more than so many bytes.
-class ByteBudget
-{
-public:
-	explicit ByteBudget(unsigned long long inBytes)
-		: mBefore(VX::GetMediaManager()->GetByteBudget())
-	{
-		VX::GetMediaManager()->SetByteBudget(inBytes);
-	}
-	~ByteBudget() { VX::GetMediaManager()->SetByteBudget(mBefore); }
-	ByteBudget(ByteBudget const&) = delete;
-	ByteBudget& operator=(ByteBudget const&) = delete;
-
-private:
-	unsigned long long mBefore;
-};
-
 class AudioFileSourcePrefetch : public testing::Test
 {
 protected:

@@ -97,6 +97,7 @@ TEST_F(CommandTest, OptionsReachTheRender)
 		{{"--channels", "2"}, sound.Pick({1})},
 		{{"--reverse", "--block", "7"}, sound.Reversed()},
 		{{"--gain-db", "-20"}, softer},
+		{{"--as-playback"}, sound},
 		{{"--gain-db=0", "--block", "262144", "--format", "wav"}, sound},
 	};
 	for (Case const& test : cases)
@@ -126,6 +127,18 @@ TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
 	EXPECT_EQ(summary["dither"], "tpdf");
 	EXPECT_TRUE(summary["peakDbfs"].is_number());
 	EXPECT_TRUE(summary["clippedSamples"].is_number_integer());
+
+	EXPECT_FALSE(summary.contains("playback"));
+
+	ProgramResult const playback = Run({"render", "in.wav", "-o", "out.wav", "--json", "--as-playback",
+		"--bits", "16", "--duration", "0.5"});
+	EXPECT_EQ(playback.mExitCode, 0);
+	auto const readAhead = nlohmann::json::parse(playback.mOutput)["playback"];
+	EXPECT_EQ(readAhead["misses"], 0);
+	EXPECT_EQ(readAhead["missedSamples"], 0);
+	EXPECT_TRUE(readAhead["diskLoadPercent"].is_number_integer());
+	EXPECT_TRUE(readAhead["batchesGivenUp"].is_number_integer());
+	EXPECT_TRUE(readAhead["wasBehind"].is_boolean());
 
 	ProgramResult const info = Run({"info", "out.wav", "--json"});
 	EXPECT_EQ(info.mExitCode, 0);

@@ -1,5 +1,7 @@
 #include "Media.h"
 
+#include "Vexilon/MediaManager.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -79,6 +81,17 @@ std::vector<std::string> TemporaryFolder::List() const
 std::filesystem::path operator/(TemporaryFolder const& inFolder, std::string const& inName)
 {
 	return inFolder.Get() / inName;
+}
+
+ByteBudget::ByteBudget(unsigned long long inBytes)
+	: mBefore(VX::GetMediaManager()->GetByteBudget())
+{
+	VX::GetMediaManager()->SetByteBudget(inBytes);
+}
+
+ByteBudget::~ByteBudget()
+{
+	VX::GetMediaManager()->SetByteBudget(mBefore);
 }
 
 Sound Sound::Cut(std::int64_t inFirst, std::int64_t inFrames) const

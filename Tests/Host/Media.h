@@ -32,6 +32,19 @@ private:
 
 std::filesystem::path operator/(TemporaryFolder const& inFolder, std::string const& inName);
 
+// As long as it lives, the media manager of the process keeps no more than so many bytes.
+class ByteBudget
+{
+public:
+	explicit ByteBudget(unsigned long long inBytes);
+	~ByteBudget();
+	ByteBudget(ByteBudget const&) = delete;
+	ByteBudget& operator=(ByteBudget const&) = delete;
+
+private:
+	unsigned long long mBefore;
+};
+
 // Interleaved samples.
 struct Sound
 {

@@ -8,6 +8,7 @@
 #include "SonaroHost/LayoutPlan.h"
 #include "SonaroHost/OfflineRender.h"
 #include "SonaroHost/OutputFormat.h"
+#include "SonaroHost/ReadAhead.h"
 #include "SonaroHost/TimePosition.h"
 
 #include <cstdint>
@@ -44,6 +45,8 @@ struct ClipRenderRequest
 	float mGain = 1.0f;
 	RenderDirection mDirection = RenderDirection::eForward;
 	unsigned mBlockFrames = 4096;
+	// Reads the input ahead on another thread, as a player does; the samples are the same.
+	bool mAsPlayback = false;
 	// Whether an older file of the output's name may be replaced.
 	bool mReplace = true;
 };
@@ -52,6 +55,14 @@ struct RenderProgress
 {
 	std::int64_t mFramesDone = 0;
 	std::int64_t mFramesTotal = 0;
+};
+
+struct PlaybackSummary
+{
+	ReadAheadReport mReadAhead;
+	// Reads that found nothing, and the input's samples that are silent instead.
+	std::uint64_t mMisses = 0;
+	std::uint64_t mMissedFrames = 0;
 };
 
 struct RenderSummary
@@ -65,6 +76,8 @@ struct RenderSummary
 	std::int64_t mClippedSamples = 0;
 	// What the render took by the clock.
 	double mElapsedSeconds = 0.0;
+	// Of a render as playback.
+	std::optional<PlaybackSummary> mPlayback;
 };
 
 // Renders a file through a clip of the engine.
@@ -89,6 +102,9 @@ public:
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
+	OfflineRange MakeRange() const;
+	// What of the summary is known beforehand.
+	RenderSummary DescribeOutput() const;
 	void CheckOutput() const;
 	void ChooseRange();
 	SN::AudioChannelLayout ChooseChannels();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/Prefetcher.h"
 #include "Sonaro/Types.h"
 
 #include <string>
@@ -12,14 +13,15 @@ namespace SonaroHost
 // failure.
 void CheckEngineResult(int inResult, std::string const& inWhat);
 
-// A render context for one offline render: without prefetch, its sources read as the render needs them.
-// It clears the context at the end, without which context and nodes would hold each other for ever.
+// A render context for one offline render, whose sources read as the render needs them, or through what was
+// read ahead. It clears the context at the end, without which context and nodes would hold each other for ever.
 class RenderContextScope
 {
 public:
-	// inRangeEnd: where the render ends on its time line.
-	RenderContextScope(
-		unsigned inBlockFrames, SN::TickTime const& inRangeEnd, SN::ImmutableString const& inName);
+	// inRangeEnd: where the render ends on its time line. inPrefetcher: the playback whose sources are
+	// read ahead, which outlives this object; null for none.
+	RenderContextScope(unsigned inBlockFrames, SN::TickTime const& inRangeEnd,
+		SN::ImmutableString const& inName, SN::Prefetcher* inPrefetcher = nullptr);
 	~RenderContextScope();
 	RenderContextScope(RenderContextScope const&) = delete;
 	RenderContextScope& operator=(RenderContextScope const&) = delete;
