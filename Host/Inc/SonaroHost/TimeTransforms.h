@@ -1,0 +1,74 @@
+#pragma once
+
+#include "Sonaro/Types.h"
+#include "Vexilon/ITimeTransform.h"
+
+#include <vector>
+
+namespace SonaroHost
+{
+
+// The times of a clip as they are.
+class IdentityTimeTransform final : public VX::ITimeTransform
+{
+public:
+	static constexpr SN::Identifier<IdentityTimeTransform> kIdentifier{
+		0x8d3a5be70c91f264ull, 0xb7204e69d85fa13cull};
+
+	SN::TickTime GetTime(SN::TickTime const& inTime) override { return inTime; }
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override;
+};
+
+// Media that runs at one speed from an offset on: offset + time * speed, to the nearest tick.
+//
+// Speed  Finite. Below 0 it runs backwards, at 0 it stands still; 1 keeps every tick.
+class SpeedTimeTransform final : public VX::ITimeTransform
+{
+public:
+	static constexpr SN::Identifier<SpeedTimeTransform> kIdentifier{
+		0x14e9c7a2f06b3d85ull, 0x9c5d1f38ab7264e0ull};
+
+	// Throws a HostError for a speed that is not finite.
+	explicit SpeedTimeTransform(double inSpeed, SN::TickTime const& inOffset = SN::kTimeZero);
+
+	SN::TickTime GetTime(SN::TickTime const& inTime) override { return mOffset + inTime * mSpeed; }
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override;
+
+private:
+	double mSpeed;
+	SN::TickTime mOffset;
+};
+
+// From a moment of the clip to a moment of its media.
+struct TimeKey
+{
+	SN::TickTime mTime;
+	SN::TickTime mSource;
+};
+
+// Time that is remapped by keys: straight lines between them, the first and the last line going on beyond
+// the ends. The source may turn back or stand still; exact at the keys, to the nearest tick between.
+// A single key stands for the speed 1 through it.
+class KeyframedTimeTransform final : public VX::ITimeTransform
+{
+public:
+	static constexpr SN::Identifier<KeyframedTimeTransform> kIdentifier{
+		0x6f02b8d14ce3975aull, 0xa8317c5e09d4f6b2ull};
+
+	// Throws a HostError unless there is a key and each is later than the one before.
+	explicit KeyframedTimeTransform(std::vector<TimeKey> inKeys);
+
+	SN::TickTime GetTime(SN::TickTime const& inTime) override;
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override;
+
+private:
+	std::vector<TimeKey> mKeys;
+};
+
+} // namespace SonaroHost
