@@ -343,14 +343,19 @@ TEST(AudioChannelMix, RefusalsAndSilenceTouchNoSample)
 	}
 
 	// Sound that the mixdown leaves out folds to zeros, which are not flagged.
-	dsp::AudioBuffer input(6, 8);
 	dsp::AudioBuffer output(2, 8);
-	input.SetSilenceFlags(dsp::SilenceFlags(0b000111));
-	input.GetChannel(3)[0] = input.GetChannel(4)[0] = 1.0f;
-	FillStale(output);
-	GetMixFunction(surround, stereo)(input, output);
-	EXPECT_FALSE(output.IsChannelSilent(0));
-	EXPECT_EQ(output.GetChannel(1)[0], 0.0f);
+	for (AudioChannelLayout const& layout : {VX::kAudioChannelLayout_Mono, stereo})
+	{
+		dsp::AudioBuffer input(6, 8);
+		FillStale(input);
+		input.SetSilenceFlags(dsp::SilenceFlags(0b100111));
+		FillStale(output);
+		GetMixFunction(surround, layout)(input, output);
+		EXPECT_FALSE(output.IsChannelSilent(0));
+		EXPECT_EQ(output.GetChannel(layout.size() - 1)[0], 0.0f);
+		EXPECT_EQ(input.GetChannel(0)[0], 0.0f) << "what is read under a flag is cleared";
+		EXPECT_EQ(input.GetChannel(5)[0], kStale) << "and what is not read stays";
+	}
 
 	// A short input clears the flags of a longer output only after the rest became zeros.
 	dsp::AudioBuffer shortInput(1, 3);
@@ -360,6 +365,33 @@ TEST(AudioChannelMix, RefusalsAndSilenceTouchNoSample)
 	GetMixFunction(VX::kAudioChannelLayout_Mono, stereo)(shortInput, output);
 	EXPECT_EQ(output.GetChannel(1)[2], 0.5f);
 	EXPECT_EQ(output.GetChannel(1)[3], 0.0f);
+}
+
+TEST(AudioChannelMix, GroupsNeedBothBuffersAndClearedFlagsAllChannels)
+{
+	MixFunction const mix = GetMixFunction(VX::kAudioChannelLayout_51, VX::kAudioChannelLayout_Mono);
+	for (unsigned windows = 0; windows < 4; ++windows)
+	{
+		SCOPED_TRACE(windows);
+		dsp::AudioBuffer input(6, 8);
+		// One channel more than the mix writes.
+		dsp::AudioBuffer output(2, 8);
+		std::fill_n(input.GetChannel(0), 8, 1.0f);
+		FillStale(output);
+		output.Zero();
+		dsp::AudioSubBuffer inWindow;
+		dsp::AudioSubBuffer outWindow;
+		inWindow.Init(6);
+		outWindow.Init(2);
+		inWindow.Assign(input, 0);
+		outWindow.Assign(output, 0);
+		dsp::AudioBuffer& from = windows & 1 ? static_cast<dsp::AudioBuffer&>(inWindow) : input;
+		dsp::AudioBuffer& to = windows & 2 ? static_cast<dsp::AudioBuffer&>(outWindow) : output;
+		mix(from, to);
+		EXPECT_EQ(output.GetChannel(0)[7], (windows == 0 ? kInGroups : kFrameByFrame).mThird.mValue);
+		EXPECT_FALSE(output.IsChannelSilent(1));
+		EXPECT_EQ(output.GetChannel(1)[7], 0.0f);
+	}
 }
 
 // The row of gains against the sum formed by hand, over all mixtures of silent inputs, gains of 0 and 1

@@ -139,6 +139,7 @@ TEST(DirectPanners, SumAtFullLevelByTheRouting)
 	auto const four = ConstantParameters({0.1f, 0.2f, 0.3f, 0.4f});
 	auto const mono = MakeDirectPanner(context.Get(), kPanMonoTo51, 0, {{0, {1, 3, 6}}}, four);
 	EXPECT_EQ(Route(*mono, 1, 6), (std::vector<float>{0, 1, 0, 1, 0, 0}));
+	EXPECT_EQ(Route(*mono, 1, 7), (std::vector<float>{0, 1, 0, 1, 0, 0, 0})) << "the layout counts";
 	auto const surround =
 		MakeDirectPanner(context.Get(), kPan51ToAdaptive, 4, {{0, {0, 2}}, {3, {2}}, {5, {1, 9}}, {70, {3}}});
 	for (auto const& one : {surround, surround->Clone(k48000Hz, 16)})
@@ -180,10 +181,17 @@ TEST(MultichannelPanners, CopyByPositionOrByTheRouting)
 		EXPECT_EQ(Route(*panner->Clone(k48000Hz, 16), 3, 4), test.mExpected);
 	}
 
-	auto const none = MakePanner(context.Get(), kPanNone51);
-	EXPECT_EQ(Route(*none, 6, 6), std::vector<float>(6, kStale)) << "nothing is written";
-	EXPECT_TRUE(none->DoesNotAlterAudio());
-	EXPECT_EQ(none->GetNumOutputChannels(), 6u);
+	std::pair<PanProcessorType, unsigned> const nones[] = {{kPanNoneMono, 1}, {kPanNoneMonoAlias, 1},
+		{kPanNoneStereo, 2}, {kPanNone51, 6}, {kPanNoneAdaptive, 32}};
+	for (auto const& [type, channels] : nones)
+	{
+		auto const none = MakePanner(context.Get(), type);
+		EXPECT_EQ(Route(*none, channels, channels), std::vector<float>(channels, kStale))
+			<< "nothing is written";
+		EXPECT_TRUE(none->DoesNotAlterAudio());
+		EXPECT_EQ(none->GetNumInputChannels(), channels);
+		EXPECT_EQ(none->GetNumOutputChannels(), channels);
+	}
 }
 
 TEST(ChannelMixerAudioPanProcessor, MixesByItsGains)
@@ -279,6 +287,14 @@ TEST(AudioChannelMatrixRenderer, ReroutesInPlace)
 	}
 	ScopedContext const context;
 	InterfaceRef<IAudioProcessor> renderer;
+	ASSERT_EQ(AudioChannelMatrixRenderer::Create(context.Get(), k48000Hz, {}, &renderer), kSuccess);
+	dsp::AudioBuffer wide(33, 8);
+	FillWithChannelNumbers(wide);
+	renderer->ProcessAudioData(wide, kTimeZero);
+	EXPECT_EQ(wide.GetChannel(31)[7], 32.0f) << "an empty routing leaves 32 channels";
+	EXPECT_EQ(wide.GetChannel(32)[7], 0.0f);
+	EXPECT_FALSE(wide.IsChannelSilent(32)) << "cleared, not flagged";
+	renderer = {};
 	EXPECT_EQ(AudioChannelMatrixRenderer::Create(context.Get(), k48000Hz, {{0, {64}}}, &renderer),
 		eInvalidArgument);
 	EXPECT_EQ(

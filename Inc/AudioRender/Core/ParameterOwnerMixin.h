@@ -6,6 +6,7 @@
 #include "Sonaro/Types.h"
 #include "Vexilon/Keyframe.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace SN
@@ -75,7 +76,7 @@ protected:
 	{
 		return mParams[inIndex];
 	}
-	// The boolean parameter is true and will always be.
+	// There is a boolean parameter, it is true and it will always be.
 	bool IsBypassConstant();
 
 	void* QueryMap(GUID const& inIdentifier) override;
@@ -83,7 +84,7 @@ protected:
 private:
 	void DetachParameters(Parameters const& inParams, ParameterOwnerSettings const& inSettings,
 		InterfaceRef<IAudioRenderContext> const& inContext, unsigned inBufferFrames);
-	void ResizeValues();
+	void ResizeValues(std::size_t inCount);
 	VX::KeyframeCacheBase* GetCache(unsigned long long inIndex);
 
 	Parameters mParams;

@@ -30,7 +30,8 @@ int ParameterOwnerMixin::Init(Parameters const& inParams, ParameterOwnerSettings
 	}
 	mBypassIndex = inSettings.mBypassIndex;
 	mActionFlag = inSettings.mActionFlag;
-	ResizeValues();
+	// Room also for what an empty reference has cut off, which reads as 0.
+	ResizeValues(inParams.size());
 	return kSuccess;
 }
 
@@ -78,13 +79,13 @@ void ParameterOwnerMixin::CopyFrom(ParameterOwnerMixin const& inOther, bool inCl
 	}
 	mBypassIndex = inOther.mBypassIndex;
 	mActionFlag = inOther.mActionFlag;
-	ResizeValues();
+	ResizeValues(inOther.mValues.size());
 }
 
-void ParameterOwnerMixin::ResizeValues()
+void ParameterOwnerMixin::ResizeValues(std::size_t inCount)
 {
-	mValues.resize(mParams.size());
-	mCaches.resize(mParams.size());
+	mValues.resize(inCount);
+	mCaches.resize(inCount);
 }
 
 VX::KeyframeCacheBase* ParameterOwnerMixin::GetCache(unsigned long long inIndex)
@@ -154,6 +155,10 @@ void ParameterOwnerMixin::Reset()
 
 bool ParameterOwnerMixin::IsBypassConstant()
 {
+	if (mBypassIndex >= mParams.size())
+	{
+		return false;
+	}
 	auto const& bypass = mParams[mBypassIndex];
 	TickTime const next = bypass->GetNextInterestingTime(kTimeZero, &mBypassCache);
 	VX::Keyframe<bool> value;

@@ -91,7 +91,8 @@ int AudioGeneratorSource::ReadPrefetchedAudio(TickTime const& inTime, dsp::Audio
 	}
 	Position position = FindPosition(inTime);
 	mOutputCursor.Assign(inBuffer, 0);
-	for (unsigned long long remaining = inBuffer.GetUseSize(); remaining > 0;)
+	unsigned long long remaining = inBuffer.GetUseSize();
+	while (remaining > 0)
 	{
 		if (position.mChunk >= mNumChunks)
 		{
@@ -108,9 +109,12 @@ int AudioGeneratorSource::ReadPrefetchedAudio(TickTime const& inTime, dsp::Audio
 		{
 			mOutputCursor.Zero();
 		}
-		mOutputCursor.ShiftOffset(count);
 		remaining -= count;
-		position = {position.mChunk + 1, 0};
+		if (remaining > 0)
+		{
+			mOutputCursor.ShiftOffset(count);
+			position = {position.mChunk + 1, 0};
+		}
 	}
 	return kSuccess;
 }

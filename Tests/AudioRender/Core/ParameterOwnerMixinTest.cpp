@@ -28,6 +28,14 @@ public:
 	using ParameterOwnerMixin::IsBypassed;
 	using ParameterOwnerMixin::Preroll;
 	using ParameterOwnerMixin::Reset;
+
+	void UpdateControls(TickTime const& inTime) override
+	{
+		++mSamplings;
+		ParameterOwnerMixin::UpdateControls(inTime);
+	}
+
+	int mSamplings = 0;
 };
 
 struct Fixture
@@ -178,10 +186,17 @@ TEST(ParameterOwnerMixin, CopiesShareOrDetachAndMustBeSampledAnew)
 {
 	Fixture fixture;
 	auto const param = fixture.Add(1.0f);
-	fixture.Add(0.0f);
+	param->mValueAt = [log = param->mLog](TickTime const&)
+	{
+		log->push_back("sample");
+		return 1.0f;
+	};
+	fixture.Add(1.0f);
 	auto const owner = fixture.Make(1);
 	owner->Preroll(kTimeZero);
 	EXPECT_EQ(owner->GetValue(0), 1.0f) << "a preroll samples";
+	EXPECT_THAT(*param->mLog, ElementsAre("detach", "init 16 5292000 flag", "preroll", "sample"));
+	EXPECT_EQ(owner->mSamplings, 1) << "in the way of the node";
 	param->mLog->clear();
 
 	auto const sharing = MakeObject<Owner>();
@@ -195,11 +210,13 @@ TEST(ParameterOwnerMixin, CopiesShareOrDetachAndMustBeSampledAnew)
 	for (auto const& copy : {sharing, detached})
 	{
 		EXPECT_EQ(copy->GetValue(0), 0.0f);
+		EXPECT_FALSE(copy->IsBypassed());
 		copy->UpdateControls(kTimeZero);
 		EXPECT_EQ(copy->GetValue(0), 1.0f);
-		EXPECT_FALSE(copy->IsBypassed());
+		EXPECT_TRUE(copy->IsBypassed());
 		copy->Reset();
 		EXPECT_EQ(copy->GetValue(0), 1.0f) << "what was sampled stays";
+		EXPECT_TRUE(copy->IsBypassed());
 	}
 	EXPECT_EQ(param->mLog->back(), "reset");
 }
@@ -222,6 +239,12 @@ TEST(ParameterOwnerMixin, APendingParameterIsCollectedOnceUnderItsFirstOwner)
 	EXPECT_EQ(map.begin()->first, pending.GetUnknown().get());
 	EXPECT_EQ(map.begin()->second.mParameter, pending);
 	EXPECT_TRUE(map.begin()->second.mActionFlag);
+
+	LiveAudioParameterMap ofCopy;
+	auto const copy = MakeObject<Owner>();
+	copy->CopyFrom(*first, false, k48000Hz, 16);
+	copy->CollectLiveParameters(ofCopy);
+	EXPECT_TRUE(ofCopy.begin()->second.mActionFlag);
 }
 
 TEST(ParameterOwnerMixin, ABypassIsConstantWhenItIsOnAndNeverChanges)

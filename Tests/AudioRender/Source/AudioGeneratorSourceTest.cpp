@@ -162,6 +162,8 @@ TEST(AudioGeneratorSource, PurgedChunksAreSilenceUntilTheyAreRenderedAgain)
 {
 	auto const manager = VX::GetMediaManager();
 	auto const budget = manager->GetByteBudget();
+	// What other tests have released may not be gone yet.
+	zorvcore::classref::WaitForAsyncDestruction();
 	auto const before = manager->GetByteCount();
 	auto const generator = MakeObject<FakeGenerator>(2);
 	{

@@ -71,7 +71,7 @@ TEST(Keyframe, EveryFieldCountsInEqualityAndDigest)
 	{
 		EXPECT_FALSE(*keys[0] == *keys[i]) << "change " << i;
 	}
-	EXPECT_FALSE(Keyframe<float>(kTimeZero, 1.0f) == Keyframe<bool>(kTimeZero, true));
+	EXPECT_FALSE(Keyframe<bool>(kTimeZero, false) == Keyframe<float>(kTimeZero, 0.0f));
 }
 
 TEST(Keyframe, TheDigestRunsOverTheFieldsInTheirOrder)
@@ -122,8 +122,10 @@ TEST(KeyframeCache, CoversNoTimeUntilItIsFilled)
 
 	for (unsigned const count : {5u, 2u, 100u, 0u})
 	{
+		cache[0].mValue = 1.0f;
 		cache.Init(count);
 		EXPECT_FALSE(cache.Contains(kTimeZero)) << count;
+		EXPECT_EQ(cache[0].mValue, 0.0f);
 	}
 	cache.Init(1);
 	EXPECT_TRUE(cache.Contains(kTimeZero));
