@@ -1,0 +1,174 @@
+#include "WaveformRun.h"
+
+#include "Sonaro/AudioWaveformQueue.h"
+#include "Vexilon/ITimeTransform.h"
+#include "zorvcore/threads/Gate.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+constexpr std::int64_t kTransformStep = 64;
+constexpr unsigned kValuesPerColumn = 3;
+// How long a closed gate keeps a run from seeing that it is not wanted any more.
+constexpr auto kGateInterval = std::chrono::milliseconds(20);
+
+} // namespace
+
+WaveformRun::WaveformRun(GraphWindow& ioWindow, SN::IAudioWaveformBuffer& ioBuffer, Plan const& inPlan)
+	: mWindow(ioWindow),
+	  mBuffer(ioBuffer),
+	  mPlan(inPlan),
+	  mColumns(inPlan.mChannels)
+{
+	std::int64_t const frames = mPlan.mFrames.mEnd - mPlan.mFrames.mFirst;
+	std::int64_t const columns = frames / mPlan.mInterval + (frames % mPlan.mInterval != 0 ? 1 : 0);
+	mBuffer.GetChannels().resize(mPlan.mChannels);
+	for (std::vector<float>& channel : mBuffer.GetChannels())
+	{
+		channel.assign(static_cast<std::size_t>(columns) * kValuesPerColumn, 0.0f);
+	}
+}
+
+bool WaveformRun::Compute()
+{
+	if (!MayGoOn() || !(mPlan.mTransform ? ComputeTransformed() : ComputeStraight()))
+	{
+		return false;
+	}
+	mBuffer.SetSampleCount(mNumWritten);
+	mBuffer.SetComplete();
+	return true;
+}
+
+bool WaveformRun::MayGoOn() const
+{
+	auto const isWanted = [this] { return mBuffer.IsPending() && !SN::AudioWaveformQueue::IsAborted(); };
+	while (isWanted())
+	{
+		if (!mPlan.mGate || mPlan.mGate->PassThroughUntil(std::chrono::steady_clock::now() + kGateInterval))
+		{
+			return isWanted();
+		}
+	}
+	return false;
+}
+
+bool WaveformRun::ComputeStraight()
+{
+	auto const [first, end] = mPlan.mFrames;
+	for (std::int64_t position = first; position < end;)
+	{
+		std::int64_t const columnEnd =
+			std::min(end - position, mPlan.mInterval - (position - first) % mPlan.mInterval) + position;
+		if (!AddFrames({position, columnEnd}, mColumns))
+		{
+			return false;
+		}
+		WriteColumns();
+		position = columnEnd;
+	}
+	return true;
+}
+
+bool WaveformRun::ComputeTransformed()
+{
+	std::vector<PeakColumn> passed(mPlan.mChannels);
+	auto const [first, end] = mPlan.mFrames;
+	for (std::int64_t position = first; position < end;)
+	{
+		std::int64_t const columnEnd = position + std::min(end - position, mPlan.mInterval);
+		while (position < columnEnd)
+		{
+			std::int64_t const stepEnd = std::min(position + kTransformStep, columnEnd);
+			std::fill(passed.begin(), passed.end(), PeakColumn());
+			if (!AddFrames(FindPassed(position, stepEnd), passed))
+			{
+				return false;
+			}
+			for (unsigned channel = 0; channel < mPlan.mChannels; ++channel)
+			{
+				mColumns[channel].Add(passed[channel], static_cast<double>(stepEnd - position));
+			}
+			position = stepEnd;
+		}
+		WriteColumns();
+	}
+	return true;
+}
+
+bool WaveformRun::AddFrames(GraphWindow::Range const& inFrames, std::vector<PeakColumn>& ioColumns)
+{
+	GraphWindow::Range const& bounds = mWindow.GetBounds();
+	std::int64_t const first = std::clamp(inFrames.mFirst, bounds.mFirst, bounds.mEnd);
+	std::int64_t const end = std::clamp(inFrames.mEnd, first, bounds.mEnd);
+	double const outside =
+		static_cast<double>(inFrames.mEnd - inFrames.mFirst) - static_cast<double>(end - first);
+	for (PeakColumn& column : ioColumns)
+	{
+		column.AddSilence(outside);
+	}
+	for (std::int64_t position = first; position < end;)
+	{
+		if (!mWindow.Holds(position))
+		{
+			// What is done is shown while the next block is on its way.
+			mBuffer.SetSampleCount(mNumWritten);
+			if (!MayGoOn())
+			{
+				return false;
+			}
+			mWindow.MoveTo(position);
+		}
+		std::int64_t const pieceEnd = std::min(end, mWindow.GetRange().mEnd);
+		for (unsigned channel = 0; channel < mPlan.mChannels; ++channel)
+		{
+			auto const count = static_cast<unsigned>(pieceEnd - position);
+			if (float const* const samples = mWindow.GetSamples(channel, position))
+			{
+				ioColumns[channel].Add(samples, count);
+			}
+			else
+			{
+				ioColumns[channel].AddSilence(count);
+			}
+		}
+		position = pieceEnd;
+	}
+	return true;
+}
+
+GraphWindow::Range WaveformRun::FindPassed(std::int64_t inFrom, std::int64_t inTo) const
+{
+	auto const getFrame = [this](std::int64_t inFrame)
+	{
+		SN::TickTime const time(inFrame, mPlan.mFrameRate);
+		return mPlan.mTransform->GetTime(time).ToFrame64(mPlan.mFrameRate);
+	};
+	std::int64_t const from = getFrame(inFrom);
+	std::int64_t const to = getFrame(inTo);
+	// Backwards, the frame where it begins is passed, and the one where it arrives is not.
+	return to < from ? GraphWindow::Range{to + 1, from + 1}
+					 : GraphWindow::Range{from, std::max(to, from + 1)};
+}
+
+void WaveformRun::WriteColumns()
+{
+	for (unsigned channel = 0; channel < mPlan.mChannels; ++channel)
+	{
+		float* const values =
+			mBuffer.GetChannels()[channel].data() + static_cast<std::size_t>(mNumWritten) * kValuesPerColumn;
+		values[0] = mColumns[channel].GetMinimum();
+		values[1] = mColumns[channel].GetMaximum();
+		values[2] = mColumns[channel].GetRms();
+		mColumns[channel] = PeakColumn();
+	}
+	++mNumWritten;
+}
+
+} // namespace SonaroHost
