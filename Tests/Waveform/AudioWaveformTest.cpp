@@ -15,6 +15,9 @@
 #include <map>
 #include <string>
 #include <thread>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace SN
 {
@@ -23,27 +26,27 @@ namespace
 
 using namespace AudioWaveformQueue;
 using testing::_;
+using testing::Return;
 using zorvcore::classref::MakeObject;
 using zorvcore::threads::Gate;
-using BufferRef = InterfaceRef<IAudioWaveformBuffer>;
+using Buffer = InterfaceRef<IAudioWaveformBuffer>;
 using GateRef = std::shared_ptr<Gate>;
-using Transform = InterfaceRef<VX::ITimeTransform> const&;
+using Transform = InterfaceRef<VX::ITimeTransform>;
 using Time = TickTime const&;
 using Interval = unsigned long long;
 
 // Before any test has cleared the queue.
 bool const sAbortedAtStart = IsAborted();
-
 TickTime const k1 = TickTime::FromTicks(1), k2 = TickTime::FromTicks(2);
 
 // All that a host brings along: a generator, its source and a transform.
 struct Host : IAudioWaveformGenerator, IAsyncAudioSource, VX::ITimeTransform
 {
 	MOCK_METHOD(int, GetWaveformInfo, (TickTime&, TickTime&, unsigned long long&), (override));
-	MOCK_METHOD(int, GenerateWaveform, (Time, Time, Interval, BufferRef, bool, bool), (override));
-	MOCK_METHOD(int, GenerateWaveform, (Time, Time, Interval, BufferRef, GateRef, bool, bool), (override));
-	MOCK_METHOD(
-		int, GenerateWaveform, (Time, Time, Transform, Interval, BufferRef, bool, GateRef, bool), (override));
+	MOCK_METHOD(int, GenerateWaveform, (Time, Time, Interval, Buffer, bool, bool), (override));
+	MOCK_METHOD(int, GenerateWaveform, (Time, Time, Interval, Buffer, GateRef, bool, bool), (override));
+	MOCK_METHOD(int, GenerateWaveform, (Time, Time, Transform const&, Interval, Buffer, bool, GateRef, bool),
+		(override));
 	MOCK_METHOD(InterfaceRef<IAudioWaveformGenerator>, GetSelfReference, (), (override));
 	MOCK_METHOD(void, PrefetchAudioData, (unsigned long long const&, Time, unsigned), (override));
 	MOCK_METHOD(int, ReadPrefetchedAudio, (Time, dsp::AudioBuffer&), (override));
@@ -61,8 +64,7 @@ struct Host : IAudioWaveformGenerator, IAsyncAudioSource, VX::ITimeTransform
 InterfaceRef<AudioWaveformRequest> MakeRequest(std::function<void()> const& inRun)
 {
 	auto const host = MakeObject<Host>();
-	EXPECT_CALL(*host, GenerateWaveform(_, _, _, _, _, _, _, _))
-		.WillOnce(testing::DoAll(inRun, testing::Return(0)));
+	EXPECT_CALL(*host, GenerateWaveform(_, _, _, _, _, _, _, _)).WillOnce(testing::DoAll(inRun, Return(0)));
 	return AudioWaveformRequest::CreateAudioWaveformRequest(host, k1, k2, {}, 3, {}, {}, false);
 }
 
@@ -70,13 +72,12 @@ TEST(AudioWaveformBuffer, StartsPendingAndCompletesWhetherCancelledOrNot)
 {
 	auto const buffer = CreateAudioWaveformBuffer();
 	EXPECT_EQ(CreateAudioWaveformBuffer()->GetBufferId(), buffer->GetBufferId() + 1);
-	EXPECT_EQ(buffer->GetSelfReference(), buffer);
-	EXPECT_TRUE(!buffer->GetHostFlag() && buffer->GetSecondHostFlag());
 	EXPECT_EQ(buffer->GetNumChannels() + buffer->GetNumSamples() + buffer->GetSampleCount(), 0u);
 	buffer->GetChannels() = {{1, 2, 3}, {4}};
-	EXPECT_TRUE(buffer->GetNumChannels() == 2 && buffer->GetNumSamples() == 3);
 	buffer->SetSampleCount(0x500000007);
-	EXPECT_EQ(buffer->GetSampleCount(), 7u);
+	EXPECT_EQ(std::tuple(buffer->GetNumChannels(), buffer->GetNumSamples(), buffer->GetSampleCount()),
+		std::tuple(2u, 3u, 7u));
+	EXPECT_TRUE(buffer->GetSecondHostFlag() && !buffer->GetHostFlag());
 	EXPECT_TRUE(buffer->IsPending() && !buffer->IsComplete());
 	buffer->SetComplete();
 	EXPECT_TRUE(buffer->IsPending() && buffer->IsComplete());
@@ -92,18 +93,19 @@ TEST(AudioWaveformBuffer, DisposesOfItsOwnStationsAndNoOther)
 	{
 		SCOPED_TRACE(steps);
 		StationID const named = RegisterUniqueStation();
+		StationID current;
 		auto buffer = CreateAudioWaveformBuffer();
 		for (char const step : steps)
 		{
-			StationID const before = buffer->GetStationID();
+			StationID const before = std::exchange(current, {});
 			buffer->SetStationID(step == 'n' ? named : StationID());
-			EXPECT_EQ(buffer->GetStationID() == named, step == 'n');
-			EXPECT_TRUE(IsStationRegistered(buffer->GetStationID()) && IsStationRegistered(named));
+			current = buffer->GetStationID();
+			EXPECT_EQ(current == named, step == 'n');
+			EXPECT_TRUE(IsStationRegistered(current) && IsStationRegistered(named));
 			EXPECT_EQ(IsStationRegistered(before), before == named);
 		}
-		StationID const last = buffer->GetStationID();
 		buffer.Reset();
-		EXPECT_EQ(IsStationRegistered(last), last == named);
+		EXPECT_EQ(IsStationRegistered(current), current == named);
 		DisposeStation(named);
 	}
 }
@@ -114,37 +116,34 @@ TEST(AudioWaveformBuffer, ColumnsCanBeReadWhileTheyCome)
 	auto const buffer = CreateAudioWaveformBuffer();
 	auto const write = [&]
 	{
-		buffer->GetChannels().assign(1, std::vector<float>(3 * kColumns));
+		std::vector<float>& channel = buffer->GetChannels().emplace_back(3 * kColumns);
 		for (unsigned i = 0; i < kColumns; buffer->SetSampleCount(++i))
 		{
-			buffer->GetChannels()[0][3 * i + 2] = static_cast<float>(i + 1);
+			channel[3 * i + 2] = static_cast<float>(i + 1);
 		}
-		buffer->SetComplete();
 	};
 	MakeRequest(write)->Complete(kSuccess);
-	unsigned wrong = 0;
 	for (unsigned read = 0, count = 0; read < kColumns; count = buffer->GetSampleCount())
 	{
 		for (; read < count; ++read)
 		{
-			wrong += buffer->GetChannels()[0][3 * read + 2] != static_cast<float>(read + 1);
+			ASSERT_EQ(buffer->GetChannels()[0][3 * read + 2], static_cast<float>(read + 1));
 		}
 	}
-	EXPECT_EQ(wrong, 0u);
 	Clear();
 }
 
 TEST(AudioWaveformQueue, IsAbortedFromClearToTheNextQueueAndForgetsPauses)
 {
 	EXPECT_FALSE(sAbortedAtStart);
+	std::map<int, std::function<void()>> const calls{{'G', GetQueue}, {'C', Clear}, {'S', Shutdown},
+		{'P', [] { Pause(true); }}, {'R', [] { Pause(false); }}};
 	// Get, Clear, Shutdown, Pause, Resume, in this order; in upper case when it ends aborted.
 	for (std::string const steps : {"C", "CC", "SS", "cg", "CP", "cpg", "cgp", "GCR", "GPC", "gpcg", "gssg"})
 	{
 		SCOPED_TRACE(steps);
 		for (char const step : steps)
 		{
-			std::map<int, std::function<void()>> const calls{{'G', GetQueue}, {'C', Clear}, {'S', Shutdown},
-				{'P', [] { Pause(true); }}, {'R', [] { Pause(false); }}};
 			calls.at(std::toupper(step))();
 		}
 		EXPECT_EQ(IsAborted(), steps[0] < 'a');
@@ -165,13 +164,13 @@ TEST(AudioWaveformQueue, APauseHoldsRequestsUntilItEndsOrTheQueueIsCleared)
 	{
 		bool const clears = round % 2 == 1;
 		std::atomic<bool> lifted = false;
-		GetQueue();
+		auto const queue = GetQueue();
 		Pause(true);
 		MakeRequest([&] { EXPECT_TRUE(lifted && IsAborted() == clears); })->Complete(kSuccess);
 		std::this_thread::yield();
 		lifted = true;
 		clears ? Clear() : Pause(false);
-		GetQueue()->Stop();
+		queue->Stop();
 		Clear();
 	}
 }
@@ -195,49 +194,46 @@ TEST(AudioWaveformQueue, AJobMayClearTheQueueItRunsOn)
 	}
 }
 
-TEST(AudioWaveformRequest, GoesFromThePrefetchToTheWaveformThreadEvenIfGivenUp)
+// What a request is made of.
+struct AudioWaveformRequestTest : testing::Test
+{
+	InterfaceRef<Host> const mHost = MakeObject<Host>();
+	Transform const mTransform = MakeObject<Host>();
+	Buffer const mBuffer = CreateAudioWaveformBuffer();
+	GateRef const mGate = std::make_shared<Gate>(true);
+};
+
+TEST_F(AudioWaveformRequestTest, GoesFromThePrefetchToTheWaveformThreadEvenIfGivenUp)
 {
 	using namespace AudioPrefetch;
+	// The disk load that another test may have left.
+	Reset();
 	for (bool const cancelled : {false, true})
 	{
 		SCOPED_TRACE(cancelled);
-		// Starts aborted, which the request ends.
-		Clear();
 		Gate reading(false), cancelling(false), processed(false);
-		std::thread::id prefetchThread, waveformThread;
-		auto const host = MakeObject<Host>(), transform = MakeObject<Host>();
-		auto const buffer = CreateAudioWaveformBuffer();
-		auto const gate = std::make_shared<Gate>(true);
+		std::thread::id readThread, processThread;
 		auto const read = [&]
-		{
-			prefetchThread = std::this_thread::get_id();
-			reading.Open();
-			cancelling.PassThrough();
-		};
-		auto const process = [&]
-		{
-			waveformThread = std::this_thread::get_id();
-			processed.Open();
-			return kSuccess;
-		};
-		EXPECT_CALL(*host, PrefetchAudioData(0, k1, 8)).WillOnce(read);
-		EXPECT_CALL(*host, PrefetchAudioData(0, k2, 9)).Times(cancelled ? 0 : 1);
-		EXPECT_CALL(*host, GenerateWaveform(k1, k2, Transform(transform), 3, buffer, false, gate, cancelled))
-			.WillOnce(process);
-		PrefetchAudio(WaveformPriority, {{0, host, k1, 8}, {0, host, k2, 9}}, 0,
+		{ readThread = std::this_thread::get_id(), reading.Open(), cancelling.PassThrough(); };
+		auto const process = [&] { processThread = std::this_thread::get_id(), processed.Open(); };
+		testing::InSequence const inOrder;
+		EXPECT_CALL(*mHost, PrefetchAudioData(0, k1, 8)).WillOnce(read);
+		EXPECT_CALL(*mHost, PrefetchAudioData(0, k2, 9)).Times(cancelled ? 0 : 1);
+		EXPECT_CALL(*mHost, GenerateWaveform(k1, k2, mTransform, 3, mBuffer, false, mGate, cancelled))
+			.WillOnce(testing::DoAll(process, Return(0)));
+		PrefetchAudio(WaveformPriority, {{0, mHost, k1, 8}, {0, mHost, k2, 9}}, 0,
 			AudioWaveformRequest::CreateAudioWaveformRequest(
-				host, k1, k2, transform, 3, buffer, gate, cancelled));
+				mHost, k1, k2, mTransform, 3, mBuffer, mGate, cancelled));
 		reading.PassThrough();
 		cancelled ? CancelAllPendingPrefetchRequests(WaveformPriority) : void();
 		cancelling.Open();
 		processed.PassThrough();
-		EXPECT_FALSE(IsAborted());
-		EXPECT_NE(prefetchThread, waveformThread);
+		EXPECT_NE(readThread, processThread);
 		Clear();
 	}
 }
 
-TEST(AudioWaveformRequest, IsDoneBeforeTheModuleHasStopped)
+TEST_F(AudioWaveformRequestTest, IsDoneBeforeTheModuleHasStopped)
 {
 	for (int round = 0; round < 50; ++round)
 	{
@@ -250,48 +246,40 @@ TEST(AudioWaveformRequest, IsDoneBeforeTheModuleHasStopped)
 	}
 }
 
-TEST(AudioWaveformRequest, EqualsWhatWouldWriteTheSame)
+TEST_F(AudioWaveformRequestTest, EqualsWhatWouldWriteTheSame)
 {
-	InterfaceRef<IAudioWaveformGenerator> const host = MakeObject<Host>(), other = MakeObject<Host>();
-	auto const buffer = CreateAudioWaveformBuffer();
-	auto const gate = std::make_shared<Gate>(true);
 	auto const make = AudioWaveformRequest::CreateAudioWaveformRequest;
-	auto const plain = make(host, k1, k2, {}, 3, buffer, gate, false);
-	EXPECT_EQ(*plain, *make(host, k1, k2, {}, 3, buffer, gate, false));
-	EXPECT_EQ(*plain, *make(host, k1, k2, host, 3, buffer, gate, true));
-	EXPECT_NE(*plain, *make(other, k1, k2, {}, 3, buffer, gate, false));
-	EXPECT_NE(*plain, *make(host, k2, k2, {}, 3, buffer, gate, false));
-	EXPECT_NE(*plain, *make(host, k1, k1, {}, 3, buffer, gate, false));
-	EXPECT_NE(*plain, *make(host, k1, k2, {}, 4, buffer, gate, false));
-	EXPECT_NE(*plain, *make(host, k1, k2, {}, 3, {}, gate, false));
-	EXPECT_NE(*plain, *make(host, k1, k2, {}, 3, buffer, {}, false));
-	EXPECT_THROW(make({}, k1, k2, {}, 3, buffer, gate, false)->Process(), zorvcore::config::NullPtrException);
+	auto const plain = make(mHost, k1, k2, {}, 3, mBuffer, mGate, false);
+	EXPECT_EQ(*plain, *make(mHost, k1, k2, mTransform, 3, mBuffer, mGate, true));
+	EXPECT_NE(*plain, *make(MakeObject<Host>(), k1, k2, {}, 3, mBuffer, mGate, false));
+	EXPECT_NE(*plain, *make(mHost, k2, k2, {}, 3, mBuffer, mGate, false));
+	EXPECT_NE(*plain, *make(mHost, k1, k1, {}, 3, mBuffer, mGate, false));
+	EXPECT_NE(*plain, *make(mHost, k1, k2, {}, 4, mBuffer, mGate, false));
+	EXPECT_NE(*plain, *make(mHost, k1, k2, {}, 3, {}, mGate, false));
+	EXPECT_NE(*plain, *make(mHost, k1, k2, {}, 3, mBuffer, {}, false));
+	EXPECT_THROW(
+		make({}, k1, k2, {}, 3, mBuffer, mGate, false)->Process(), zorvcore::config::NullPtrException);
 }
 
-TEST(AudioWaveformGeneratorOffsetDecorator, ShiftsBothTimesAndHandsOnTheRest)
+TEST_F(AudioWaveformRequestTest, AnOffsetShiftsBothTimesAndHandsOnTheRest)
 {
-	auto const host = MakeObject<Host>(), transform = MakeObject<Host>();
-	auto const shifted = CreateAudioWaveformGeneratorOffsetDecorator(host, TickTime::FromTicks(10));
-	EXPECT_EQ(shifted->GetSelfReference(), shifted);
-	auto const buffer = CreateAudioWaveformBuffer();
-	auto const gate = std::make_shared<Gate>(true);
+	auto const shifted = CreateAudioWaveformGeneratorOffsetDecorator(mHost, TickTime::FromTicks(10));
 	TickTime const k11 = TickTime::FromTicks(11), k12 = TickTime::FromTicks(12);
 	for (bool const on : {false, true})
 	{
-		using testing::Return;
-		EXPECT_CALL(*host, GenerateWaveform(k11, k12, 3, buffer, on, !on)).WillOnce(Return(2));
-		EXPECT_CALL(*host, GenerateWaveform(k11, k12, 3, buffer, gate, on, !on)).WillOnce(Return(3));
-		EXPECT_CALL(*host, GenerateWaveform(k11, k12, Transform(transform), 3, buffer, on, gate, !on))
+		EXPECT_CALL(*mHost, GenerateWaveform(k11, k12, 3, mBuffer, on, !on)).WillOnce(Return(2));
+		EXPECT_CALL(*mHost, GenerateWaveform(k11, k12, 3, mBuffer, mGate, on, !on)).WillOnce(Return(3));
+		EXPECT_CALL(*mHost, GenerateWaveform(k11, k12, mTransform, 3, mBuffer, on, mGate, !on))
 			.WillOnce(Return(4));
-		EXPECT_EQ(shifted->GenerateWaveform(k1, k2, 3, buffer, on, !on), 2);
-		EXPECT_EQ(shifted->GenerateWaveform(k1, k2, 3, buffer, gate, on, !on), 3);
-		EXPECT_EQ(shifted->GenerateWaveform(k1, k2, transform, 3, buffer, on, gate, !on), 4);
+		EXPECT_EQ(shifted->GenerateWaveform(k1, k2, 3, mBuffer, on, !on), 2);
+		EXPECT_EQ(shifted->GenerateWaveform(k1, k2, 3, mBuffer, mGate, on, !on), 3);
+		EXPECT_EQ(shifted->GenerateWaveform(k1, k2, mTransform, 3, mBuffer, on, mGate, !on), 4);
 	}
-	TickTime start, end;
-	unsigned long long channels = 0;
-	EXPECT_CALL(*host, GetWaveformInfo(testing::Ref(start), testing::Ref(end), testing::Ref(channels)))
-		.WillOnce(testing::Return(1));
-	EXPECT_EQ(shifted->GetWaveformInfo(start, end, channels), 1);
+	TickTime a, b;
+	unsigned long long n = 0;
+	EXPECT_CALL(*mHost, GetWaveformInfo(testing::Ref(a), testing::Ref(b), testing::Ref(n)))
+		.WillOnce(Return(1));
+	EXPECT_EQ(shifted->GetWaveformInfo(a, b, n), 1);
 }
 
 } // namespace
