@@ -215,7 +215,7 @@ TEST_F(AudioWaveformRequestTest, GoesFromThePrefetchToTheWaveformThreadEvenIfGiv
 		std::thread::id readThread, processThread;
 		auto const read = [&]
 		{ readThread = std::this_thread::get_id(), reading.Open(), cancelling.PassThrough(); };
-		auto const process = [&] { processThread = std::this_thread::get_id(), processed.Open(); };
+		auto const process = [&] { processThread = std::this_thread::get_id(); };
 		testing::InSequence const inOrder;
 		EXPECT_CALL(*mHost, PrefetchAudioData(0, k1, 8)).WillOnce(read);
 		EXPECT_CALL(*mHost, PrefetchAudioData(0, k2, 9)).Times(cancelled ? 0 : 1);
@@ -224,6 +224,7 @@ TEST_F(AudioWaveformRequestTest, GoesFromThePrefetchToTheWaveformThreadEvenIfGiv
 		PrefetchAudio(WaveformPriority, {{0, mHost, k1, 8}, {0, mHost, k2, 9}}, 0,
 			AudioWaveformRequest::CreateAudioWaveformRequest(
 				mHost, k1, k2, mTransform, 3, mBuffer, mGate, cancelled));
+		PrefetchAudio(WaveformPriority, {}, 0, MakeRequest([&] { processed.Open(); }));
 		reading.PassThrough();
 		cancelled ? CancelAllPendingPrefetchRequests(WaveformPriority) : void();
 		cancelling.Open();
