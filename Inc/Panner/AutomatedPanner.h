@@ -43,11 +43,6 @@ protected:
 	// The block at inTime was so long.
 	void NoteBlock(TickTime const& inTime, unsigned inFrames);
 
-	// Of a control that may be missing.
-	float GetValueOrZero(unsigned long long inIndex) const
-	{
-		return inIndex < GetParameterCount() ? GetValue(inIndex) : 0.0f;
-	}
 	// Whether a control has no keyframes and was last sampled at inValue.
 	bool StandsAt(unsigned long long inIndex, float inValue) const;
 

@@ -1,6 +1,9 @@
 #include "Sonaro/SonaroFactory.h"
 
 #include "AudioRender/Component/AudioChannelMatrixRenderer.h"
+#include "AudioRender/Component/AudioFaderRenderer.h"
+#include "AudioRender/Component/AudioMeterRenderer.h"
+#include "AudioRender/Component/AudioSendRenderer.h"
 #include "AudioRender/Core/AudioRenderContext.h"
 #include "AudioRender/Core/NestingLimit.h"
 #include "AudioRender/Core/SilentRenderer.h"
@@ -344,16 +347,18 @@ int SonaroFactory::CreateNoneAudioPanProcessorRenderer(InterfaceRef<IAudioRender
 	return AudioPannerNone::Create(inContext, inLayout, outProcessor);
 }
 
-int SonaroFactory::CreateAudioMeterRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	InterfaceRef<IAudioMeterSetter>, InterfaceRef<IAudioProcessor>*) const
+int SonaroFactory::CreateAudioMeterRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, InterfaceRef<IAudioMeterSetter> inMeter,
+	InterfaceRef<IAudioProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	return AudioMeterRenderer::Create(inContext, inFrameRate, inMeter, outProcessor);
 }
 
-int SonaroFactory::CreateAudioFaderRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const&, InterfaceRef<IAudioProcessor>*) const
+int SonaroFactory::CreateAudioFaderRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+	InterfaceRef<IAudioProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	return AudioFaderRenderer::Create(inContext, inFrameRate, inParams, outProcessor);
 }
 
 int SonaroFactory::CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
@@ -364,11 +369,12 @@ int SonaroFactory::CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext>, 
 	return eNotImplemented;
 }
 
-int SonaroFactory::CreateAudioSendRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	InterfaceRef<UnknownBase>, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const&,
-	InterfaceRef<IAudioPanProcessor>, InterfaceRef<IAudioProcessor>*) const
+int SonaroFactory::CreateAudioSendRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, InterfaceRef<UnknownBase> inSendTarget,
+	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+	InterfaceRef<IAudioPanProcessor> inPanner, InterfaceRef<IAudioProcessor>* outProcessor) const
 {
-	return eNotImplemented;
+	return AudioSendRenderer::Create(inContext, inFrameRate, inSendTarget, inParams, inPanner, outProcessor);
 }
 
 int SonaroFactory::CreateAudioChannelMatrixRenderer(InterfaceRef<IAudioRenderContext> inContext,

@@ -1,3 +1,4 @@
+#include "AudioRender/Source/AudioGeneratorSource.h"
 #include "Sonaro/IOffsetablePreview.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/PanProcessorType.h"
@@ -161,6 +162,22 @@ TEST(RenderPath, StreamsAndClipsNeitherAllocateNorLock)
 	InterfaceRef<IAudioGenerator> silence;
 	factory->CreateSilentRenderer(VX::kAudioChannelLayout_Stereo, &silence);
 	ExpectQuiet(*silence, 2);
+}
+
+// Chunks that are there and others that are not, and both ends.
+TEST(RenderPath, ReadingWhatWasPrefetchedNeitherAllocatesNorLocks)
+{
+	auto const source =
+		AudioGeneratorSource::Create(MakeObject<FakeGenerator>(2), 64, TickTime(640, k48000Hz));
+	source->PrefetchAudioData(0, TickTime(64, k48000Hz), 200);
+	dsp::AudioBuffer buffer(2, 256);
+	RealtimeGuard const guard;
+	for (long long const frame : {-5, 0, 100, 500, 1000})
+	{
+		source->ReadPrefetchedAudio(TickTime(frame, k48000Hz), buffer);
+	}
+	EXPECT_EQ(guard.GetAllocations(), 0);
+	EXPECT_EQ(guard.GetLocks(), 0);
 }
 
 // Every pan processor and the channel matrix, with moving controls, over sound, silence, jumps and blocks of

@@ -102,8 +102,8 @@ public:
 	void AddContentRenderer(InterfaceRef<UnknownBase> const& inKey, FrameRate const& inFrameRate,
 		FrameRate const& inMediaFrameRate, InterfaceRef<IAudioGenerator> const& inRenderer);
 	// From a node to its clone.
-	InterfaceRef<IAudioGenerator> FindClone(InterfaceRef<IAudioGenerator> const& inNode) const;
-	void AddClone(InterfaceRef<IAudioGenerator> const& inNode, InterfaceRef<IAudioGenerator> const& inClone);
+	InterfaceRef<UnknownBase> FindClone(InterfaceRef<UnknownBase> const& inNode) const;
+	void AddClone(InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone);
 	void ClearCloneMap() { mCloneMap.clear(); }
 	void AddTrackRenderer(
 		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer);
@@ -148,7 +148,7 @@ private:
 	std::map<InterfaceRef<UnknownBase>, unsigned long long> mTrackGroupCounts;
 	GeneratorByKey mStreamRendererMap;
 	std::map<ContentKey, InterfaceRef<IAudioGenerator>> mContentRendererMap;
-	std::map<InterfaceRef<IAudioGenerator>, InterfaceRef<IAudioGenerator>> mCloneMap;
+	std::map<InterfaceRef<UnknownBase>, InterfaceRef<UnknownBase>> mCloneMap;
 	InterfaceRef<TempBufferPool> mTempBufferPool;
 };
 

@@ -40,9 +40,8 @@ public:
 	bool GetFilterParamFlag() const { return mRenderContext->GetFilterParamFlag(); }
 	bool GetSendParamFlag() const { return mRenderContext->GetSendParamFlag(); }
 
-	InterfaceRef<IAudioGenerator> FindClone(InterfaceRef<IAudioGenerator> const& inNode) const;
-	void AddClone(
-		InterfaceRef<IAudioGenerator> const& inNode, InterfaceRef<IAudioGenerator> const& inClone) const;
+	InterfaceRef<UnknownBase> FindClone(InterfaceRef<UnknownBase> const& inNode) const;
+	void AddClone(InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone) const;
 	void AddCachedGenerator(
 		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<ICachedAudioGenerator> const& inGenerator) const;
 

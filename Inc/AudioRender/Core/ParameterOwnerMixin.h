@@ -70,6 +70,11 @@ protected:
 	{
 		return mValues[inIndex > mBypassIndex ? inIndex - 1 : inIndex];
 	}
+	// The same for a parameter that may be missing.
+	float GetValueOrZero(unsigned long long inIndex) const
+	{
+		return inIndex < mValues.size() ? GetValue(inIndex) : 0.0f;
+	}
 	bool IsBypassed() const { return mBypass; }
 	unsigned long long GetParameterCount() const { return mParams.size(); }
 	InterfaceRef<IRenderableAudioComponentParam> GetParameter(unsigned long long inIndex) const

@@ -140,13 +140,13 @@ void AudioRenderContext::AddContentRenderer(InterfaceRef<UnknownBase> const& inK
 	mContentRendererMap.emplace(ContentKey{inKey, inFrameRate, inMediaFrameRate}, inRenderer);
 }
 
-InterfaceRef<IAudioGenerator> AudioRenderContext::FindClone(InterfaceRef<IAudioGenerator> const& inNode) const
+InterfaceRef<UnknownBase> AudioRenderContext::FindClone(InterfaceRef<UnknownBase> const& inNode) const
 {
 	return Find(mCloneMap, inNode);
 }
 
 void AudioRenderContext::AddClone(
-	InterfaceRef<IAudioGenerator> const& inNode, InterfaceRef<IAudioGenerator> const& inClone)
+	InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone)
 {
 	mCloneMap.emplace(inNode, inClone);
 }

@@ -17,14 +17,13 @@ int AudioRenderContextClient::Init(
 	return inFrameRate.IsValid() ? kSuccess : eInvalidArgument;
 }
 
-InterfaceRef<IAudioGenerator> AudioRenderContextClient::FindClone(
-	InterfaceRef<IAudioGenerator> const& inNode) const
+InterfaceRef<UnknownBase> AudioRenderContextClient::FindClone(InterfaceRef<UnknownBase> const& inNode) const
 {
 	return mRenderContext->FindClone(inNode);
 }
 
 void AudioRenderContextClient::AddClone(
-	InterfaceRef<IAudioGenerator> const& inNode, InterfaceRef<IAudioGenerator> const& inClone) const
+	InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone) const
 {
 	mRenderContext->AddClone(inNode, inClone);
 }
