@@ -4,6 +4,7 @@
 #include "OperatingSystem.h"
 #include "RenderCommand.h"
 #include "SonaroHost/HostError.h"
+#include "WaveformCommand.h"
 
 #include <exception>
 #include <memory>
@@ -75,6 +76,7 @@ int main(int inCount, char** inArguments)
 
 	std::vector<std::unique_ptr<Command>> commands;
 	commands.push_back(std::make_unique<RenderCommand>(program));
+	commands.push_back(std::make_unique<WaveformCommand>(program));
 	commands.push_back(std::make_unique<InfoCommand>(program));
 	try
 	{

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/ClipRenderJob.h"
+#include "SonaroHost/RenderProgress.h"
 
 #include <chrono>
 #include <cstddef>

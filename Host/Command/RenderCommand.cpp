@@ -6,6 +6,7 @@
 #include "ProgressReport.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "TimeOption.h"
 
 #include <array>
 #include <charconv>
@@ -28,17 +29,6 @@ constexpr double kLargestGainDecibels = 200.0;
 [[noreturn]] void Refuse(std::string const& inMessage)
 {
 	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
-TimePosition ParseTime(std::string const& inOption, std::string const& inText)
-{
-	auto const time = TimePosition::Parse(inText);
-	if (!time)
-	{
-		Refuse(inOption + ": '" + inText +
-			   "' is no time; give seconds (12.5), minutes (1:02.5), hours (1:00:02.5) or samples (48000s)");
-	}
-	return *time;
 }
 
 // "2,1" to channels from 0 on.
@@ -199,15 +189,15 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 	AddRangeOptions();
 	AddChannelOptions();
 	AddReportOptions();
-	GetParser().footer(
-		"Times are seconds (12.5), minutes (1:02.5), hours (1:00:02.5) or samples (48000s).\n\n"
-		"Examples:\n"
-		"  sonaro render interview.flac -o interview.wav\n"
-		"  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
-		"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
-		"  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
-		"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
-		"  sonaro render music.flac -o music.wav --as-playback");
+	GetParser().footer(std::string(kTimesHelp) +
+					   "\n\n"
+					   "Examples:\n"
+					   "  sonaro render interview.flac -o interview.wav\n"
+					   "  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
+					   "  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
+					   "  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
+					   "  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
+					   "  sonaro render music.flac -o music.wav --as-playback");
 }
 
 void RenderCommand::AddFormatOptions()

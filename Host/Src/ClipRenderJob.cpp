@@ -1,5 +1,6 @@
 #include "SonaroHost/ClipRenderJob.h"
 
+#include "JobChecks.h"
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/AudioFileWriter.h"
 #include "SonaroHost/ChannelLayouts.h"
@@ -14,7 +15,6 @@
 #include <map>
 #include <numeric>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace SonaroHost
@@ -59,8 +59,10 @@ ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
 		Refuse("a block has 1 to " + std::to_string(kMaxBlockFrames) + " samples, not " +
 			   std::to_string(mRequest.mBlockFrames));
 	}
-	CheckOutput();
-	ChooseRange();
+	CheckOutput(mRequest.mInput, mRequest.mOutput, mRequest.mReplace);
+	FrameRange const range = ChooseRange(GetInputInfo(), mRequest.mStart, mRequest.mDuration);
+	mFirstFrame = range.mFirst;
+	mFrames = range.mFrames;
 	mPlan = LayoutPlan(ChooseChannels(), mRequest.mLayout);
 	ChooseFormat();
 }
@@ -136,49 +138,6 @@ RenderSummary ClipRenderJob::DescribeOutput() const
 	summary.mSampleRate = GetInputInfo().mSampleRate;
 	summary.mFormat = mFormat;
 	return summary;
-}
-
-void ClipRenderJob::CheckOutput() const
-{
-	std::error_code error;
-	if (!std::filesystem::exists(mRequest.mOutput, error))
-	{
-		return;
-	}
-	if (std::filesystem::equivalent(mRequest.mInput, mRequest.mOutput, error))
-	{
-		Refuse("the output " + QuotePath(mRequest.mOutput) + " is the input itself; give it another name");
-	}
-	if (!mRequest.mReplace)
-	{
-		throw HostError(
-			HostError::Kind::eOutput, "cannot write " + QuotePath(mRequest.mOutput) + ": it exists already");
-	}
-}
-
-void ClipRenderJob::ChooseRange()
-{
-	AudioFileInfo const& info = GetInputInfo();
-	if (info.mFrames == 0)
-	{
-		throw HostError(HostError::Kind::eInput, QuotePath(info.mPath) + " has no samples");
-	}
-	mFirstFrame = mRequest.mStart.ToSamples(info.mSampleRate);
-	if (mFirstFrame >= info.mFrames)
-	{
-		Refuse(QuotePath(info.mPath) + " is " + FormatTime(info.mFrames, info.mSampleRate) + " (" +
-			   std::to_string(info.mFrames) + " samples) long; the start at sample " +
-			   std::to_string(mFirstFrame) + " lies beyond");
-	}
-	mFrames = info.mFrames - mFirstFrame;
-	if (mRequest.mDuration)
-	{
-		mFrames = std::min(mFrames, mRequest.mDuration->ToSamples(info.mSampleRate));
-	}
-	if (mFrames == 0)
-	{
-		Refuse("the duration is less than a sample; there is nothing to render");
-	}
 }
 
 SN::AudioChannelLayout ClipRenderJob::ChooseChannels()

@@ -19,7 +19,7 @@ class PlaybackRender : public testing::Test
 {
 protected:
 	// Renders to a file of floats and reads it back.
-	Sound Render(ClipRenderRequest inRequest, ClipRenderJob::ProgressCallback const& inProgress = {})
+	Sound Render(ClipRenderRequest inRequest, ProgressCallback const& inProgress = {})
 	{
 		inRequest.mOutput = mFolder / "out.wav";
 		auto const summary = ClipRenderJob(inRequest).Run(inProgress);

@@ -9,11 +9,11 @@
 #include "SonaroHost/OfflineRender.h"
 #include "SonaroHost/OutputFormat.h"
 #include "SonaroHost/ReadAhead.h"
+#include "SonaroHost/RenderProgress.h"
 #include "SonaroHost/TimePosition.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -51,12 +51,6 @@ struct ClipRenderRequest
 	bool mReplace = true;
 };
 
-struct RenderProgress
-{
-	std::int64_t mFramesDone = 0;
-	std::int64_t mFramesTotal = 0;
-};
-
 struct PlaybackSummary
 {
 	ReadAheadReport mReadAhead;
@@ -84,9 +78,6 @@ struct RenderSummary
 class ClipRenderJob
 {
 public:
-	// Called after each block, on the rendering thread.
-	using ProgressCallback = std::function<void(RenderProgress const&)>;
-
 	// Opens the input and checks the request against it. Throws a HostError.
 	explicit ClipRenderJob(ClipRenderRequest inRequest);
 
@@ -96,7 +87,7 @@ public:
 	SN::AudioChannelLayout const& GetOutputLayout() const { return mPlan.GetOutputLayout(); }
 	std::int64_t GetFrames() const { return mFrames; }
 
-	// Renders on the calling thread. Nothing when asked to stop, or throwing a HostError: then there is no
+	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a HostError: then there is no
 	// output, and a file that was there before stays. To be called once.
 	std::optional<RenderSummary> Run(
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
@@ -105,8 +96,6 @@ private:
 	OfflineRange MakeRange() const;
 	// What of the summary is known beforehand.
 	RenderSummary DescribeOutput() const;
-	void CheckOutput() const;
-	void ChooseRange();
 	SN::AudioChannelLayout ChooseChannels();
 	void ChooseFormat();
 	SN::InterfaceRef<SN::IAudioGenerator> MakeClip(

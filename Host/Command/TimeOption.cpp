@@ -1,0 +1,23 @@
+#include "TimeOption.h"
+
+#include "SonaroHost/HostError.h"
+
+namespace SonaroCommand
+{
+
+using SonaroHost::HostError;
+using SonaroHost::TimePosition;
+
+TimePosition ParseTime(std::string const& inOption, std::string const& inText)
+{
+	auto const time = TimePosition::Parse(inText);
+	if (!time)
+	{
+		throw HostError(HostError::Kind::eRequest,
+			inOption + ": '" + inText +
+				"' is no time; give seconds (12.5), minutes (1:02.5), hours (1:00:02.5) or samples (48000s)");
+	}
+	return *time;
+}
+
+} // namespace SonaroCommand

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "SonaroHost/TimePosition.h"
+
+#include <string>
+
+namespace SonaroCommand
+{
+
+// How times are written, for help texts.
+inline constexpr char const* kTimesHelp =
+	"Times are seconds (12.5), minutes (1:02.5), hours (1:00:02.5) or samples (48000s).";
+
+// What an option was given as a time; throws a HostError that names the option.
+SonaroHost::TimePosition ParseTime(std::string const& inOption, std::string const& inText);
+
+} // namespace SonaroCommand

@@ -1,0 +1,325 @@
+#include "WaveformCommand.h"
+
+#include "Console.h"
+#include "Json.h"
+#include "OperatingSystem.h"
+#include "ProgressReport.h"
+#include "SonaroHost/HostError.h"
+#include "TimeOption.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <stop_token>
+
+namespace SonaroCommand
+{
+
+namespace
+{
+
+using namespace SonaroHost;
+
+struct FormatName
+{
+	char const* mName;
+	char const* mShown;
+	WaveformFormat mFormat;
+};
+
+constexpr FormatName kFormats[] = {
+	{"png", "PNG", WaveformFormat::ePng},
+	{"svg", "SVG", WaveformFormat::eSvg},
+	{"json", "JSON", WaveformFormat::eJson},
+	{"dat", "DAT", WaveformFormat::eDat},
+};
+
+[[noreturn]] void Refuse(std::string const& inMessage)
+{
+	throw HostError(HostError::Kind::eRequest, inMessage);
+}
+
+std::string ToLower(std::string inText)
+{
+	std::transform(inText.begin(), inText.end(), inText.begin(),
+		[](unsigned char inCharacter) { return static_cast<char>(std::tolower(inCharacter)); });
+	return inText;
+}
+
+WaveformFormat ChooseFormat(std::string const& inFormat, std::string const& inOutput)
+{
+	std::string const ending = std::filesystem::path(inOutput).extension().string();
+	std::string const name = ToLower(!inFormat.empty() ? inFormat : ending.empty() ? "" : ending.substr(1));
+	for (FormatName const& format : kFormats)
+	{
+		if (name == format.mName)
+		{
+			return format.mFormat;
+		}
+	}
+	Refuse("the ending of " + QuotePath(inOutput) +
+		   " names no format of waveforms; end it in .png, .svg, .json or .dat, or give --format");
+}
+
+char const* GetName(WaveformFormat inFormat)
+{
+	return std::find_if(std::begin(kFormats), std::end(kFormats),
+		[inFormat](FormatName const& inEntry) { return inEntry.mFormat == inFormat; })
+		->mShown;
+}
+
+void ParseColour(std::string const& inOption, std::string const& inText, Colour& ioColour)
+{
+	if (inText.empty())
+	{
+		return;
+	}
+	auto const colour = Colour::Parse(inText);
+	if (!colour)
+	{
+		Refuse(inOption + ": '" + inText +
+			   "' is no colour; give #rrggbb, #rrggbbaa with what it covers, or none");
+	}
+	ioColour = *colour;
+}
+
+double GetSeconds(WaveformSummary const& inSummary)
+{
+	return static_cast<double>(inSummary.mFrames) / inSummary.mSampleRate;
+}
+
+double GetRealTimeFactor(WaveformSummary const& inSummary)
+{
+	return inSummary.mElapsedSeconds > 0.0 ? GetSeconds(inSummary) / inSummary.mElapsedSeconds : 0.0;
+}
+
+std::string DescribeForPeople(
+	std::string const& inOutput, WaveformRequest const& inRequest, WaveformSummary const& inSummary)
+{
+	std::array<char, 96> text{};
+	std::snprintf(text.data(), text.size(), "%.10g samples per column, %.0f times faster than real time",
+		inSummary.mSamplesPerColumn, GetRealTimeFactor(inSummary));
+	std::string const shape = IsPicture(inRequest.mFormat)
+								  ? " x " + std::to_string(inRequest.mStyle.mHeight) + " pixels"
+								  : " columns of " + std::to_string(inRequest.mBits) + " bits";
+	return inOutput + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
+		   std::to_string(inSummary.mFrames) + " samples), " + std::to_string(inSummary.mColumns) + shape +
+		   ", " + std::to_string(inSummary.mChannels) +
+		   (inSummary.mChannels == 1 ? " channel, " : " channels, ") + GetName(inRequest.mFormat) + "\n" +
+		   text.data() + "\n";
+}
+
+std::string DescribeForMachines(std::string const& inInput, std::string const& inOutput,
+	WaveformRequest const& inRequest, WaveformSummary const& inSummary)
+{
+	Json json;
+	json["input"] = inInput;
+	json["output"] = inOutput;
+	json["format"] = GetName(inRequest.mFormat);
+	json["samples"] = inSummary.mFrames;
+	json["seconds"] = GetSeconds(inSummary);
+	json["channels"] = inSummary.mChannels;
+	json["rate"] = inSummary.mSampleRate;
+	json["columns"] = inSummary.mColumns;
+	json["samplesPerColumn"] = inSummary.mSamplesPerColumn;
+	if (IsPicture(inRequest.mFormat))
+	{
+		json["height"] = inRequest.mStyle.mHeight;
+	}
+	else
+	{
+		json["bits"] = inRequest.mBits;
+	}
+	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
+	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
+	return ToText(json);
+}
+
+} // namespace
+
+WaveformCommand::WaveformCommand(CLI::App& ioProgram)
+	: Command(ioProgram, "waveform", "Draw the waveform of a sound file, or write it for other programs"),
+	  mHeight(WaveformStyle().mHeight),
+	  mFloorDecibels(WaveformStyle().mFloorDecibels)
+{
+	GetParser().add_option("INPUT", mInput, "The sound file")->option_text("(required)")->required();
+	GetParser()
+		.add_option(
+			"-o,--output", mOutput, "The file to write, complete or not at all; an older one is replaced")
+		->option_text("OUTPUT (required)")
+		->required();
+	GetParser()
+		.add_option("--format", mFormat, "png, svg, json or dat, instead of what OUTPUT ends in")
+		->option_text("NAME")
+		->check(CLI::IsMember({"png", "svg", "json", "dat"}, CLI::ignore_case));
+	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Refuse to replace an older file");
+	AddRangeOptions();
+	AddPictureOptions();
+	AddDataOptions();
+	AddReportOptions();
+	GetParser().footer(
+		"PNG and SVG are pictures; JSON and DAT hold minima and maxima for browsers' peak viewers,\n"
+		"in version 2 of their format.\n" +
+		std::string(kTimesHelp) +
+		"\n\n"
+		"Examples:\n"
+		"  sonaro waveform interview.flac -o interview.png\n"
+		"  sonaro waveform music.mp3 -o music.svg --width 800 --height 120 --channels merged\n"
+		"  sonaro waveform quiet.wav -o quiet.png --scale db --floor-db -72 --background none\n"
+		"  sonaro waveform music.wav -o verse.png --start 1:02.5 --duration 30\n"
+		"  sonaro waveform podcast.wav -o podcast.dat --samples-per-column 512 --bits 8");
+}
+
+void WaveformCommand::AddRangeOptions()
+{
+	GetParser().add_option("--start", mStart, "Where in the input to begin")->option_text("TIME");
+	GetParser()
+		.add_option("--duration", mDuration, "How much to show, at most to the end of the input")
+		->option_text("TIME");
+	auto* const width =
+		GetParser()
+			.add_option("--width", mWidth,
+				"Pixels from left to right, up to 32767 (default: 1200); of data, columns at most")
+			->option_text("COLUMNS");
+	GetParser()
+		.add_option("--samples-per-column", mSamplesPerColumn,
+			"Samples behind each column, instead of --width (default for data: 256)")
+		->option_text("SAMPLES")
+		->excludes(width);
+	GetParser()
+		.add_option("--channels", mChannels, "stacked or merged into one (default: stacked)")
+		->option_text("HOW")
+		->check(CLI::IsMember({"stacked", "merged"}));
+}
+
+void WaveformCommand::AddPictureOptions()
+{
+	GetParser()
+		.add_option("--height", mHeight, "Pixels from top to bottom, up to 32767 (default: 240)")
+		->option_text("PIXELS");
+	GetParser()
+		.add_option("--background", mBackground, "#rrggbb, #rrggbbaa or none (default: #ffffff)")
+		->option_text("COLOUR");
+	GetParser()
+		.add_option("--wave", mWave, "Colour from minimum to maximum (default: #24548a)")
+		->option_text("COLOUR");
+	GetParser().add_option("--rms", mRms, "Colour of the RMS (default: #7aaadc)")->option_text("COLOUR");
+	GetParser()
+		.add_option("--scale", mScale, "linear or db, the loudness of it (default: linear)")
+		->option_text("NAME")
+		->check(CLI::IsMember({"linear", "db"}));
+	GetParser()
+		.add_option("--floor-db", mFloorDecibels, "What the middle stands for with --scale db (default: -60)")
+		->option_text("DB");
+}
+
+void WaveformCommand::AddDataOptions()
+{
+	GetParser()
+		.add_option("--bits", mBits, "Of each value in JSON and DAT, 8 or 16 (default: 16)")
+		->option_text("BITS")
+		->check(CLI::IsMember({8, 16}));
+}
+
+void WaveformCommand::AddReportOptions()
+{
+	GetParser().add_flag("--quiet", mIsQuiet, "Tell nothing but warnings and errors");
+	GetParser().add_flag("--json", mAsJson, "Print the summary as JSON on the standard output");
+}
+
+int WaveformCommand::Run()
+{
+	WaveformRequest const request = MakeRequest();
+	WaveformJob job(request);
+	Report(request, Compute(job));
+	return kExitSuccess;
+}
+
+WaveformRequest WaveformCommand::MakeRequest()
+{
+	WaveformRequest request;
+	request.mInput = mInput;
+	request.mOutput = mOutput;
+	request.mFormat = ChooseFormat(mFormat, mOutput);
+	CheckOptionsFit(request.mFormat);
+	if (!mStart.empty())
+	{
+		request.mStart = ParseTime("--start", mStart);
+	}
+	if (!mDuration.empty())
+	{
+		request.mDuration = ParseTime("--duration", mDuration);
+	}
+	request.mWidth = mWidth;
+	request.mSamplesPerColumn = mSamplesPerColumn;
+	request.mChannels = mChannels == "merged" ? WaveformChannels::eMerged : WaveformChannels::eStacked;
+	request.mStyle.mHeight = mHeight;
+	ParseColour("--background", mBackground, request.mStyle.mBackground);
+	ParseColour("--wave", mWave, request.mStyle.mWave);
+	ParseColour("--rms", mRms, request.mStyle.mRms);
+	request.mStyle.mScale = mScale == "db" ? AmplitudeScale::eDecibels : AmplitudeScale::eLinear;
+	request.mStyle.mFloorDecibels = mFloorDecibels;
+	request.mBits = mBits;
+	request.mReplace = !mKeepsOldFile;
+	return request;
+}
+
+void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
+{
+	auto const isGiven = [this](char const* inName) { return GetParser().get_option(inName)->count() > 0; };
+	for (char const* const name : {"--height", "--background", "--wave", "--rms", "--scale", "--floor-db"})
+	{
+		if (!IsPicture(inFormat) && isGiven(name))
+		{
+			Refuse(std::string(name) + " is for pictures, and " + GetName(inFormat) + " is none");
+		}
+	}
+	if (IsPicture(inFormat) && isGiven("--bits"))
+	{
+		Refuse("--bits is for JSON and DAT, and " + std::string(GetName(inFormat)) + " is a picture");
+	}
+	if (isGiven("--floor-db") && mScale != "db")
+	{
+		Refuse("--floor-db is for --scale db; give both");
+	}
+}
+
+WaveformSummary WaveformCommand::Compute(WaveformJob& ioJob) const
+{
+	InterruptGuard interrupt;
+	std::stop_source stop;
+	std::optional<WaveformSummary> summary;
+	{
+		ProgressReport report(ioJob.GetInputInfo().mSampleRate, mIsQuiet);
+		auto const progress = [&](RenderProgress const& inProgress)
+		{
+			report.Update(inProgress);
+			if (interrupt.IsInterrupted())
+			{
+				stop.request_stop();
+			}
+		};
+		summary = ioJob.Run(progress, stop.get_token());
+	}
+	if (!summary)
+	{
+		interrupt.EndProcess();
+	}
+	return *summary;
+}
+
+void WaveformCommand::Report(WaveformRequest const& inRequest, WaveformSummary const& inSummary) const
+{
+	if (mAsJson)
+	{
+		PrintResult(DescribeForMachines(mInput, mOutput, inRequest, inSummary));
+	}
+	else if (!mIsQuiet)
+	{
+		PrintResult(DescribeForPeople(mOutput, inRequest, inSummary));
+	}
+}
+
+} // namespace SonaroCommand

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Command.h"
+#include "SonaroHost/WaveformJob.h"
+
+#include <optional>
+#include <string>
+
+namespace SonaroCommand
+{
+
+// "sonaro waveform INPUT -o OUTPUT": draws the waveform of a sound file, or writes it for other programs.
+class WaveformCommand final : public Command
+{
+public:
+	explicit WaveformCommand(CLI::App& ioProgram);
+
+	int Run() override;
+
+private:
+	void AddRangeOptions();
+	void AddPictureOptions();
+	void AddDataOptions();
+	void AddReportOptions();
+
+	// The options as the library takes them; throws a HostError for one that makes no sense.
+	SonaroHost::WaveformRequest MakeRequest();
+	// Throws a HostError for an option that the format has no use for.
+	void CheckOptionsFit(SonaroHost::WaveformFormat inFormat);
+	SonaroHost::WaveformSummary Compute(SonaroHost::WaveformJob& ioJob) const;
+	void Report(
+		SonaroHost::WaveformRequest const& inRequest, SonaroHost::WaveformSummary const& inSummary) const;
+
+	std::string mInput;
+	std::string mOutput;
+	std::string mFormat;
+	std::string mStart;
+	std::string mDuration;
+	std::optional<std::int64_t> mWidth;
+	std::optional<std::int64_t> mSamplesPerColumn;
+	std::string mChannels = "stacked";
+	unsigned mHeight;
+	std::string mBackground;
+	std::string mWave;
+	std::string mRms;
+	std::string mScale = "linear";
+	double mFloorDecibels;
+	int mBits = 16;
+	bool mKeepsOldFile = false;
+	bool mIsQuiet = false;
+	bool mAsJson = false;
+};
+
+} // namespace SonaroCommand

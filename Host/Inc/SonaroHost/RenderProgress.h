@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace SonaroHost
+{
+
+// How far a job has come.
+struct RenderProgress
+{
+	std::int64_t mFramesDone = 0;
+	std::int64_t mFramesTotal = 0;
+};
+
+// Called now and then, on the thread that runs the job.
+using ProgressCallback = std::function<void(RenderProgress const&)>;
+
+} // namespace SonaroHost

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// A waveform that was computed.
+struct Waveform
+{
+	static constexpr std::size_t kValuesPerColumn = 3;
+
+	struct Column
+	{
+		float mMinimum = 0.0f;
+		float mMaximum = 0.0f;
+		float mRms = 0.0f;
+	};
+
+	std::size_t GetNumColumns() const
+	{
+		return mChannels.empty() ? 0 : mChannels[0].size() / kValuesPerColumn;
+	}
+	Column GetColumn(std::size_t inChannel, std::size_t inColumn) const
+	{
+		float const* const values = mChannels[inChannel].data() + inColumn * kValuesPerColumn;
+		return {values[0], values[1], values[2]};
+	}
+
+	int mSampleRate = 0;
+	std::int64_t mSamplesPerColumn = 0;
+	// Of each channel the columns, as in an IAudioWaveformBuffer.
+	std::vector<std::vector<float>> mChannels;
+};
+
+// One channel that shows all: the extremes of all channels, and the RMS of all their samples.
+Waveform MergeChannels(Waveform const& inWaveform);
+
+} // namespace SonaroHost

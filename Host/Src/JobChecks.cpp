@@ -1,0 +1,67 @@
+#include "JobChecks.h"
+
+#include "SonaroHost/HostError.h"
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+[[noreturn]] void Refuse(std::string const& inMessage)
+{
+	throw HostError(HostError::Kind::eRequest, inMessage);
+}
+
+} // namespace
+
+void CheckOutput(std::filesystem::path const& inInput, std::filesystem::path const& inOutput, bool inReplace)
+{
+	std::error_code error;
+	if (!std::filesystem::exists(inOutput, error))
+	{
+		return;
+	}
+	if (std::filesystem::equivalent(inInput, inOutput, error))
+	{
+		Refuse("the output " + QuotePath(inOutput) + " is the input itself; give it another name");
+	}
+	if (!inReplace)
+	{
+		throw HostError(
+			HostError::Kind::eOutput, "cannot write " + QuotePath(inOutput) + ": it exists already");
+	}
+}
+
+FrameRange ChooseRange(
+	AudioFileInfo const& inInfo, TimePosition const& inStart, std::optional<TimePosition> const& inDuration)
+{
+	if (inInfo.mFrames == 0)
+	{
+		throw HostError(HostError::Kind::eInput, QuotePath(inInfo.mPath) + " has no samples");
+	}
+	FrameRange range;
+	range.mFirst = inStart.ToSamples(inInfo.mSampleRate);
+	if (range.mFirst >= inInfo.mFrames)
+	{
+		Refuse(QuotePath(inInfo.mPath) + " is " + FormatTime(inInfo.mFrames, inInfo.mSampleRate) + " (" +
+			   std::to_string(inInfo.mFrames) + " samples) long; the start at sample " +
+			   std::to_string(range.mFirst) + " lies beyond");
+	}
+	range.mFrames = inInfo.mFrames - range.mFirst;
+	if (inDuration)
+	{
+		range.mFrames = std::min(range.mFrames, inDuration->ToSamples(inInfo.mSampleRate));
+	}
+	if (range.mFrames == 0)
+	{
+		Refuse("the duration is less than a sample; there is nothing to render");
+	}
+	return range;
+}
+
+} // namespace SonaroHost

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "SonaroHost/AudioFileInfo.h"
+#include "SonaroHost/TimePosition.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+
+namespace SonaroHost
+{
+
+// Throws a HostError when the output is the input itself, or exists and may not be replaced.
+void CheckOutput(std::filesystem::path const& inInput, std::filesystem::path const& inOutput, bool inReplace);
+
+// Frames of a file.
+struct FrameRange
+{
+	std::int64_t mFirst = 0;
+	std::int64_t mFrames = 0;
+};
+
+// The range of a file that is asked for, at most to its end. Throws a HostError when there is nothing in it.
+FrameRange ChooseRange(
+	AudioFileInfo const& inInfo, TimePosition const& inStart, std::optional<TimePosition> const& inDuration);
+
+} // namespace SonaroHost

@@ -1,0 +1,236 @@
+#include "SonaroHost/WaveformJob.h"
+
+#include "JobChecks.h"
+#include "Sonaro/AudioWaveformQueue.h"
+#include "Sonaro/SonaroFactory.h"
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/OutputFile.h"
+#include "SonaroHost/PeakWaveformGenerator.h"
+#include "SonaroHost/RenderContextScope.h"
+#include "WaveformData.h"
+#include "WaveformPicture.h"
+
+#include <algorithm>
+#include <chrono>
+#include <future>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+constexpr std::int64_t kDefaultWidth = 1200;
+constexpr std::int64_t kDefaultSamplesPerColumn = 256;
+// The edge of a picture's column is off by at most one in so many of its pixels.
+constexpr std::int64_t kColumnsPerPixel = 16;
+constexpr unsigned kBlockFrames = 8192;
+constexpr auto kProgressInterval = std::chrono::milliseconds(50);
+
+[[noreturn]] void Refuse(std::string const& inMessage)
+{
+	throw HostError(HostError::Kind::eRequest, inMessage);
+}
+
+std::int64_t DivideUp(std::int64_t inDividend, std::int64_t inDivisor)
+{
+	return inDividend / inDivisor + (inDividend % inDivisor != 0 ? 1 : 0);
+}
+
+// Tells the computing thread when nobody waits for it any more.
+class CancelAtEnd
+{
+public:
+	explicit CancelAtEnd(SN::IAudioWaveformBuffer& ioBuffer)
+		: mBuffer(ioBuffer)
+	{
+	}
+	~CancelAtEnd() { mBuffer.Cancel(); }
+	CancelAtEnd(CancelAtEnd const&) = delete;
+	CancelAtEnd& operator=(CancelAtEnd const&) = delete;
+
+private:
+	SN::IAudioWaveformBuffer& mBuffer;
+};
+
+} // namespace
+
+WaveformJob::WaveformJob(WaveformRequest inRequest)
+	: mRequest(std::move(inRequest)),
+	  mSource(AudioFileSource::Open(mRequest.mInput))
+{
+	CheckOutput(mRequest.mInput, mRequest.mOutput, mRequest.mReplace);
+	FrameRange const range = ChooseRange(GetInputInfo(), mRequest.mStart, mRequest.mDuration);
+	mFirstFrame = range.mFirst;
+	mFrames = range.mFrames;
+	ChooseColumns();
+	if (mRequest.mBits != 8 && mRequest.mBits != 16)
+	{
+		Refuse("a value has 8 or 16 bits, not " + std::to_string(mRequest.mBits));
+	}
+	WaveformStyle const& style = mRequest.mStyle;
+	unsigned const bands =
+		mRequest.mChannels == WaveformChannels::eMerged ? 1 : GetInputInfo().GetNumChannels();
+	if (IsPicture(mRequest.mFormat) && (style.mHeight < bands || style.mHeight > kMaxPictureSize))
+	{
+		Refuse("a picture of " + std::to_string(bands) + (bands == 1 ? " band" : " channels") + " is " +
+			   std::to_string(bands) + " to " + std::to_string(kMaxPictureSize) + " pixels high, not " +
+			   std::to_string(style.mHeight));
+	}
+	// Written so that what is not a number fails it.
+	if (!(style.mFloorDecibels < 0.0 && style.mFloorDecibels >= -1000.0))
+	{
+		Refuse("the floor of a picture in decibels lies below 0, down to -1000");
+	}
+}
+
+void WaveformJob::ChooseColumns()
+{
+	if (mRequest.mWidth && mRequest.mSamplesPerColumn)
+	{
+		Refuse("the width and the samples of a column decide the same; give one of them");
+	}
+	if (mRequest.mWidth.value_or(1) < 1 || mRequest.mSamplesPerColumn.value_or(1) < 1)
+	{
+		Refuse("a waveform has at least one column, and a column at least one sample");
+	}
+	bool const isPicture = IsPicture(mRequest.mFormat);
+	std::int64_t const most = isPicture ? kMaxPictureSize : kMaxWaveformColumns;
+	std::int64_t& interval = mWaveform.mSamplesPerColumn;
+	if (mRequest.mSamplesPerColumn || (!isPicture && !mRequest.mWidth))
+	{
+		interval = mRequest.mSamplesPerColumn.value_or(kDefaultSamplesPerColumn);
+		mColumns = DivideUp(mFrames, interval);
+	}
+	else if (isPicture)
+	{
+		mColumns = mRequest.mWidth.value_or(kDefaultWidth);
+		interval = std::max<std::int64_t>(1, mFrames / (std::min(mColumns, most) * kColumnsPerPixel));
+	}
+	else
+	{
+		interval = DivideUp(mFrames, *mRequest.mWidth);
+		mColumns = DivideUp(mFrames, interval);
+	}
+	if (mColumns > most)
+	{
+		Refuse(std::string(isPicture ? "a picture is at most " : "data has at most ") + std::to_string(most) +
+			   (isPicture ? " pixels wide, not " : " columns, not ") + std::to_string(mColumns) +
+			   "; give more samples to a column, or a smaller width");
+	}
+	// What the field of the formats holds.
+	if (!isPicture && interval > std::numeric_limits<std::int32_t>::max())
+	{
+		Refuse("a column of data has at most 2147483647 samples; give fewer");
+	}
+}
+
+std::optional<WaveformSummary> WaveformJob::Run(
+	ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
+	auto const begin = std::chrono::steady_clock::now();
+	OutputFile file(mRequest.mOutput);
+	if (!Compute(inProgress, inStop))
+	{
+		return std::nullopt;
+	}
+	Write(file);
+	file.CheckWritten();
+	if (inProgress)
+	{
+		inProgress({mFrames, mFrames});
+	}
+	if (inStop.stop_requested())
+	{
+		return std::nullopt;
+	}
+	file.Commit();
+
+	WaveformSummary summary;
+	summary.mFrames = mFrames;
+	summary.mSampleRate = GetInputInfo().mSampleRate;
+	summary.mChannels = mWaveform.mChannels.size();
+	summary.mColumns = mColumns;
+	summary.mSamplesPerColumn = IsPicture(mRequest.mFormat) && !mRequest.mSamplesPerColumn
+									? static_cast<double>(mFrames) / static_cast<double>(mColumns)
+									: static_cast<double>(mWaveform.mSamplesPerColumn);
+	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+	return summary;
+}
+
+bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
+	constexpr int kAllChannels = -1;
+	constexpr double kNormalSpeed = 1.0;
+	SN::FrameRate const frameRate = mSource->GetFrameRate();
+	SN::TickTime const start(mFirstFrame, frameRate);
+	SN::TickTime const end(mFirstFrame + mFrames, frameRate);
+	RenderContextScope const context(kBlockFrames, end, mSource->GetName());
+	SN::InterfaceRef<SN::IAudioGenerator> stream;
+	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioStreamRenderer(
+						  context.Get(), frameRate, mSource, kAllChannels, kNormalSpeed, nullptr, &stream),
+		"a stream");
+	auto const generator =
+		zorvcore::classref::MakeObject<PeakWaveformGenerator>(stream, start, end, kBlockFrames);
+	auto const buffer = SN::AudioWaveformQueue::CreateAudioWaveformBuffer();
+	std::int64_t const interval = mWaveform.mSamplesPerColumn;
+	auto computing = std::async(std::launch::async,
+		[&]
+		{
+			return generator->GenerateWaveform(
+				start, end, static_cast<unsigned long long>(interval), buffer, false, false);
+		});
+	{
+		CancelAtEnd const cancel(*buffer);
+		while (computing.wait_for(kProgressInterval) != std::future_status::ready &&
+			   !inStop.stop_requested() && !mSource->GetFailure())
+		{
+			if (inProgress)
+			{
+				inProgress({std::min<std::int64_t>(buffer->GetSampleCount() * interval, mFrames), mFrames});
+			}
+		}
+	}
+	int const result = computing.get();
+	if (auto const failure = mSource->GetFailure())
+	{
+		throw HostError(HostError::Kind::eInput, *failure);
+	}
+	if (inStop.stop_requested())
+	{
+		return false;
+	}
+	CheckEngineResult(result, "a waveform");
+	mWaveform.mSampleRate = GetInputInfo().mSampleRate;
+	mWaveform.mChannels = std::move(buffer->GetChannels());
+	if (mRequest.mChannels == WaveformChannels::eMerged)
+	{
+		mWaveform = MergeChannels(mWaveform);
+	}
+	return true;
+}
+
+void WaveformJob::Write(OutputFile& ioFile) const
+{
+	auto const width = static_cast<unsigned>(mColumns);
+	switch (mRequest.mFormat)
+	{
+	case WaveformFormat::ePng:
+		WriteWaveformPng(mWaveform, mRequest.mStyle, width, ioFile);
+		break;
+	case WaveformFormat::eSvg:
+		WriteWaveformSvg(mWaveform, mRequest.mStyle, width, ioFile);
+		break;
+	case WaveformFormat::eJson:
+		WriteWaveformJson(mWaveform, mRequest.mBits, ioFile);
+		break;
+	case WaveformFormat::eDat:
+		WriteWaveformDat(mWaveform, mRequest.mBits, ioFile);
+		break;
+	}
+}
+
+} // namespace SonaroHost

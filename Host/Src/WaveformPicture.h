@@ -1,0 +1,18 @@
+#pragma once
+
+#include "SonaroHost/OutputFile.h"
+#include "SonaroHost/Waveform.h"
+#include "SonaroHost/WaveformStyle.h"
+
+namespace SonaroHost
+{
+
+// Draws a waveform so many pixels wide, the channels one below the other in bands of the same height, down
+// to a pixel. Each pixel shows the columns within it, or the one around it; neighbours always touch.
+// Throws a HostError when there is no memory for it.
+void WriteWaveformPng(
+	Waveform const& inWaveform, WaveformStyle const& inStyle, unsigned inWidth, OutputFile& ioFile);
+void WriteWaveformSvg(
+	Waveform const& inWaveform, WaveformStyle const& inStyle, unsigned inWidth, OutputFile& ioFile);
+
+} // namespace SonaroHost
