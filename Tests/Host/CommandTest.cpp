@@ -228,7 +228,7 @@ TEST_F(CommandTest, BadInputsGiveOneLineAndNoOutput)
 	WriteBytes(mFolder / "cut.flac", flac.substr(0, flac.size() / 2));
 	Words const before = mFolder.List();
 
-	for (char const* const command : {"render", "info"})
+	for (char const* const command : {"render", "waveform", "info"})
 	{
 		for (auto const& [input, reason] :
 			{std::pair("missing.wav", "does not exist"), std::pair("empty.wav", "is empty"),
@@ -236,9 +236,9 @@ TEST_F(CommandTest, BadInputsGiveOneLineAndNoOutput)
 				std::pair("cut.wav", "cut short"), std::pair("cut.flac", "cut short")})
 		{
 			Words words = {command, input};
-			if (words[0] == "render")
+			if (words[0] != "info")
 			{
-				words.insert(words.end(), {"-o", "out.wav"});
+				words.insert(words.end(), {"-o", words[0] == "render" ? "out.wav" : "out.png"});
 			}
 			ExpectRefusal(words, 1, {input, reason});
 		}
@@ -279,6 +279,10 @@ TEST_F(CommandTest, BadOutputsGiveOneLineAndLeaveNothing)
 	ExpectRefusal({"render", "in.wav", "-o", "in.wav"}, 2, {"in.wav", "is the input itself"});
 	ExpectRefusal({"render", "in.wav", "-o", "./folder.wav/../in.wav"}, 2, {"in.wav", "is the input itself"});
 	ExpectRefusal({"render", "in.wav", "-o", "old.wav", "--no-overwrite"}, 1, {"old.wav", "exists already"});
+	ExpectRefusal(
+		{"waveform", "in.wav", "-o", "no/such/place.png"}, 1, {"place.png", "does not exist", "create it"});
+	ExpectRefusal({"waveform", "in.wav", "-o", "old.wav", "--format", "png", "--no-overwrite"}, 1,
+		{"old.wav", "exists already"});
 	EXPECT_THAT(mFolder.List(), ElementsAre("folder.wav", "in.wav", "old.wav"));
 	EXPECT_EQ(ReadBytes(mFolder / "old.wav"), "old");
 	EXPECT_TRUE(SameBits(ReadSound(mFolder / "in.wav"), sound));
@@ -327,6 +331,30 @@ TEST_F(CommandTest, WrongUsageEndsWith2AndOneLine)
 		{{"render", "in.wav", "-o", "out"}, "names no output format"},
 		{{"render", "in.wav", "-o", "out.mp3"}, "names no output format"},
 		{{"render", "in.wav", "-o", "out.wav", "--format", "mp3"}, "--format"},
+		{{"waveform", "in.wav"}, "--output"},
+		{{"waveform", "in.wav", "-o", "out"}, "names no format of waveforms"},
+		{{"waveform", "in.wav", "-o", "out.jpg"}, "names no format of waveforms"},
+		{{"waveform", "in.wav", "-o", "out.png", "--format", "gif"}, "--format"},
+		{{"waveform", "in.wav", "-o", "out.png", "--width", "0"}, "at least one column"},
+		{{"waveform", "in.wav", "-o", "out.png", "--width", "wide"}, "--width"},
+		{{"waveform", "in.wav", "-o", "out.png", "--width", "40000"}, "at most 32767 pixels wide"},
+		{{"waveform", "in.wav", "-o", "out.png", "--width", "9", "--samples-per-column", "9"}, "--width"},
+		{{"waveform", "in.wav", "-o", "out.png", "--samples-per-column", "1"}, "48000; give more samples"},
+		{{"waveform", "in.wav", "-o", "out.png", "--height", "1"}, "2 to 32767 pixels high"},
+		{{"waveform", "in.wav", "-o", "out.png", "--height", "-1"}, "--height"},
+		{{"waveform", "in.wav", "-o", "out.png", "--channels", "left"}, "--channels"},
+		{{"waveform", "in.wav", "-o", "out.png", "--wave", "blue"}, "--wave: 'blue' is no colour"},
+		{{"waveform", "in.wav", "-o", "out.png", "--background", "#12"}, "--background: '#12'"},
+		{{"waveform", "in.wav", "-o", "out.png", "--rms", "#1234567"}, "--rms: '#1234567'"},
+		{{"waveform", "in.wav", "-o", "out.png", "--scale", "log"}, "--scale"},
+		{{"waveform", "in.wav", "-o", "out.png", "--scale", "db", "--floor-db", "6"}, "lies below 0"},
+		{{"waveform", "in.wav", "-o", "out.png", "--floor-db", "-40"}, "is for --scale db"},
+		{{"waveform", "in.wav", "-o", "out.png", "--bits", "8"}, "--bits is for JSON and DAT"},
+		{{"waveform", "in.wav", "-o", "out.dat", "--bits", "12"}, "--bits"},
+		{{"waveform", "in.wav", "-o", "out.dat", "--height", "100"},
+			"--height is for pictures, and DAT is none"},
+		{{"waveform", "in.wav", "-o", "out.png", "--start", "soon"}, "--start: 'soon' is no time"},
+		{{"waveform", "in.wav", "-o", "in.wav", "--format", "png"}, "is the input itself"},
 		{{"info"}, "INPUT"},
 		{{"info", "in.wav", "in.wav"}, "in.wav"},
 	};
@@ -352,6 +380,11 @@ TEST_F(CommandTest, AFullDiskIsAnErrorAndLeavesNothing)
 	}
 	mStart.mFileSizeLimit = 100000;
 	ExpectRefusal({"render", "in.wav", "-o", "out.flac"}, 1, {"out.flac", "File too large"});
+	mStart.mFileSizeLimit = 1000;
+	for (char const* const output : {"out.png", "out.svg", "out.json", "out.dat"})
+	{
+		ExpectRefusal({"waveform", "in.wav", "-o", output}, 1, {output, "File too large"});
+	}
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav", "out.wav"));
 	EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
 }
@@ -363,7 +396,49 @@ TEST_F(CommandTest, AResultThatCannotBePrintedIsAnError)
 	ExpectRefusal({"info", "in.wav", "--json"}, 1, {"standard output", "No space left"});
 }
 
-TEST_F(CommandTest, AnInterruptedRenderLeavesNothingAndEndsByItsSignal)
+TEST_F(CommandTest, WaveformOptionsReachTheFile)
+{
+	// Columns of two frames, told apart by their values in eighths of full scale.
+	Sound const sound{2, 48000, {0.125f, -0.5f, 0.25f, -0.25f, 0.375f, 0, 0.5f, 0.125f}};
+	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+	struct Case
+	{
+		Words mOptions;
+		std::vector<int> mData;
+	};
+	Case const cases[] = {
+		{{"--samples-per-column", "2"}, {4096, 8192, -16384, -8192, 12288, 16384, 0, 4096}},
+		{{"--samples-per-column", "2", "--bits", "8"}, {16, 32, -64, -32, 48, 64, 0, 16}},
+		{{"--width", "1", "--bits", "8"}, {16, 64, -64, 16}},
+		{{"--width", "1", "--bits", "8", "--channels", "merged"}, {-64, 64}},
+		{{"--width", "1", "--bits", "8", "--start", "1s", "--duration", "2s"}, {32, 48, -32, 0}},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mOptions));
+		Words words = {"waveform", "in.wav", "-o", "out.json", "--quiet"};
+		words.insert(words.end(), test.mOptions.begin(), test.mOptions.end());
+		ProgramResult const result = Run(words);
+		EXPECT_EQ(result.mExitCode, 0);
+		EXPECT_EQ(result.mOutput + result.mErrors, "");
+		EXPECT_EQ(nlohmann::json::parse(ReadBytes(mFolder / "out.json"))["data"], test.mData);
+	}
+	ProgramResult const people = Run({"waveform", "in.wav", "-o", "out.png"});
+	EXPECT_EQ(people.mErrors, "");
+	EXPECT_THAT(
+		people.mOutput, StartsWith("out.png: 0:00.000 (4 samples), 1200 x 240 pixels, 2 channels, PNG\n"));
+	ProgramResult const machines =
+		Run({"waveform", "in.wav", "-o", "out.svg", "--json", "--height", "50", "--scale", "db", "--floor-db",
+			"-40", "--wave", "#ff0000", "--rms", "none", "--background", "#00000080"});
+	auto const summary = nlohmann::json::parse(machines.mOutput);
+	EXPECT_EQ(summary["columns"], 1200);
+	EXPECT_EQ(summary["height"], 50);
+	EXPECT_EQ(summary["samples"], 4);
+	EXPECT_EQ(summary["samplesPerColumn"], 4.0 / 1200.0);
+	EXPECT_THAT(ReadBytes(mFolder / "out.svg"), HasSubstr("100%,0%,0%"));
+}
+
+TEST_F(CommandTest, AnInterruptedJobLeavesNothingAndEndsByItsSignal)
 {
 	// Hours of silence that take no room on the disk, rendered sample by sample: it will not end first.
 	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, {1, 48000, std::vector<float>(100)});
@@ -378,29 +453,40 @@ TEST_F(CommandTest, AnInterruptedRenderLeavesNothingAndEndsByItsSignal)
 	std::filesystem::resize_file(mFolder / "in.wav", length + 4 + kBytes);
 	WriteBytes(mFolder / "out.wav", "old");
 
-	for (int const signal : {SIGINT, SIGTERM, SIGHUP})
+	struct Case
 	{
-		SCOPED_TRACE(signal);
-		bool wasRendering = false;
-		auto const interrupt = [&, signal](int inProcess)
+		Words mWords;
+		// What the file in the making holds when the work is under way.
+		std::uintmax_t mBytes;
+		int mSignal;
+	};
+	Words const render = {"render", "in.wav", "-o", "out.wav", "--block", "1", "--quiet"};
+	Words const waveform = {
+		"waveform", "in.wav", "-o", "out.wav", "--format", "dat", "--samples-per-column", "100", "--quiet"};
+	Case const cases[] = {
+		{render, 10001, SIGINT}, {render, 10001, SIGTERM}, {render, 10001, SIGHUP}, {waveform, 0, SIGINT}};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mWords) + " by " + std::to_string(test.mSignal));
+		bool wasAtWork = false;
+		auto const interrupt = [&](int inProcess)
 		{
-			// Until the file in the making holds samples; not for ever, should there be none.
-			for (int tries = 0; !wasRendering && tries < 6000; ++tries)
+			// Not for ever, should it never come that far.
+			for (int tries = 0; !wasAtWork && tries < 6000; ++tries)
 			{
 				std::this_thread::sleep_for(std::chrono::milliseconds(5));
 				for (std::string const& name : mFolder.List())
 				{
 					std::error_code error;
 					std::uintmax_t const size = std::filesystem::file_size(mFolder / name, error);
-					wasRendering = wasRendering || (name != "in.wav" && !error && size > 10000);
+					wasAtWork = wasAtWork || (name.starts_with(".") && !error && size >= test.mBytes);
 				}
 			}
-			kill(inProcess, signal);
+			kill(inProcess, test.mSignal);
 		};
-		ProgramResult const result =
-			Run({"render", "in.wav", "-o", "out.wav", "--block", "1", "--quiet"}, interrupt);
-		EXPECT_TRUE(wasRendering);
-		EXPECT_EQ(result.mSignal, signal);
+		ProgramResult const result = Run(test.mWords, interrupt);
+		EXPECT_TRUE(wasAtWork);
+		EXPECT_EQ(result.mSignal, test.mSignal);
 		EXPECT_THAT(mFolder.List(), ElementsAre("in.wav", "out.wav"));
 		EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
 	}
