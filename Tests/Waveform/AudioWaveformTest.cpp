@@ -216,6 +216,7 @@ TEST_F(AudioWaveformRequestTest, GoesFromThePrefetchToTheWaveformThreadEvenIfGiv
 		auto const read = [&]
 		{ readThread = std::this_thread::get_id(), reading.Open(), cancelling.PassThrough(); };
 		auto const process = [&] { processThread = std::this_thread::get_id(); };
+		auto const last = MakeRequest([&] { processed.Open(); });
 		testing::InSequence const inOrder;
 		EXPECT_CALL(*mHost, PrefetchAudioData(0, k1, 8)).WillOnce(read);
 		EXPECT_CALL(*mHost, PrefetchAudioData(0, k2, 9)).Times(cancelled ? 0 : 1);
@@ -224,7 +225,7 @@ TEST_F(AudioWaveformRequestTest, GoesFromThePrefetchToTheWaveformThreadEvenIfGiv
 		PrefetchAudio(WaveformPriority, {{0, mHost, k1, 8}, {0, mHost, k2, 9}}, 0,
 			AudioWaveformRequest::CreateAudioWaveformRequest(
 				mHost, k1, k2, mTransform, 3, mBuffer, mGate, cancelled));
-		PrefetchAudio(WaveformPriority, {}, 0, MakeRequest([&] { processed.Open(); }));
+		PrefetchAudio(WaveformPriority, {}, 0, last);
 		reading.PassThrough();
 		cancelled ? CancelAllPendingPrefetchRequests(WaveformPriority) : void();
 		cancelling.Open();
