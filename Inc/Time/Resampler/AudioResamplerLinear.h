@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Time/Resampler/InterpolatingResampler.h"
+
+namespace SN
+{
+
+// A straight line between two neighbouring samples. Without delay: at equal rates the output is the
+// input.
+class AudioResamplerLinear final : public InterpolatingResampler
+{
+public:
+	AudioResamplerLinear();
+
+	// For 0 outputs nearly 2^32 times the ratio, as 0 - 1 wraps around.
+	unsigned GetInputSampleCount(unsigned inNumOutput) override;
+
+private:
+	float InterpolateAt(Channel const& inChannel, double inPosition) const override;
+	void InterpolateInside(unsigned inCount, double const* inPositions, float const* inSamples,
+		float* outSamples) const override;
+	void RenewHistory(Channel const& inChannel, unsigned inNumInput, float* ioHistory,
+		unsigned long long inStride) const override;
+};
+
+} // namespace SN
