@@ -10,6 +10,34 @@
 namespace SonaroHost
 {
 
+namespace
+{
+
+// One channel out of interleaved frames. Stereo is apart because a stride that is known runs in vectors.
+void CopyChannel(float const* inSamples, unsigned inChannels, float* outSamples, unsigned inFrames)
+{
+	if (inChannels == 1)
+	{
+		std::copy_n(inSamples, inFrames, outSamples);
+	}
+	else if (inChannels == 2)
+	{
+		for (std::size_t i = 0; i < inFrames; ++i)
+		{
+			outSamples[i] = inSamples[2 * i];
+		}
+	}
+	else
+	{
+		for (std::size_t i = 0; i < inFrames; ++i)
+		{
+			outSamples[i] = inSamples[inChannels * i];
+		}
+	}
+}
+
+} // namespace
+
 SN::InterfaceRef<AudioFileSource> AudioFileSource::Open(std::filesystem::path const& inPath)
 {
 	return zorvcore::classref::MakeObject<AudioFileSource>(std::make_unique<AudioFileReader>(inPath));
@@ -185,12 +213,8 @@ void AudioFileSource::Decode(Piece const& inPiece, dsp::AudioBuffer& ioBuffer, u
 		mReader->GetBlock(inPiece.mChunk) + static_cast<std::size_t>(inPiece.mOffset) * fileChannels;
 	for (unsigned channel = 0; channel < channels; ++channel)
 	{
-		float const* in = block + GetInfo().mChannelOrder[channel];
-		float* const out = ioBuffer.GetChannel(channel) + inTarget;
-		for (unsigned i = 0; i < inPiece.mFrames; ++i, in += fileChannels)
-		{
-			out[i] = *in;
-		}
+		CopyChannel(block + GetInfo().mChannelOrder[channel], fileChannels,
+			ioBuffer.GetChannel(channel) + inTarget, inPiece.mFrames);
 	}
 }
 
