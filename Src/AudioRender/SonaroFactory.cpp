@@ -10,6 +10,7 @@
 #include "AudioRender/Source/AlignToFrameRateAudioGeneratorDecorator.h"
 #include "AudioRender/Source/AudioClipRenderer.h"
 #include "AudioRender/Source/AudioStreamRenderer.h"
+#include "AudioRender/Track/AudioClipTrackRenderer.h"
 #include "Panner/AudioPanner51ToAdaptive.h"
 #include "Panner/AudioPanner51ToMono.h"
 #include "Panner/AudioPanner51ToStereo.h"
@@ -217,13 +218,16 @@ int SonaroFactory::CreateAudioTransitionRenderer(InterfaceRef<IAudioRenderContex
 	return eNotImplemented;
 }
 
-int SonaroFactory::CreateAudioClipTrackRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	AudioTrackRenderableItemList const&, InterfaceRef<UnknownBase>,
-	std::shared_ptr<zorvcore::threads::AtomicIntegral<int>>,
-	std::vector<InterfaceRef<IAudioProcessor>> const&, InterfaceRef<IAudioPanProcessor>,
-	AudioChannelLayout const&, InterfaceRef<IAudioGenerator>*) const
+int SonaroFactory::CreateAudioClipTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, AudioTrackRenderableItemList const& inItems,
+	InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
+	std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+	InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
+	InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return AudioClipTrackRenderer::Create(
+		{inContext, inFrameRate, inItems, inOwner, inMute, inProcessors, inPanProcessor, inChannels},
+		outGenerator);
 }
 
 int SonaroFactory::CreateAudioMixTrackRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,

@@ -1,0 +1,150 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
+#include "AudioRender/Track/DelayedTrackItems.h"
+#include "AudioRender/Track/ProcessorChain.h"
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "Sonaro/IAudioRecordCompletion.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/ICachedAudioGenerator.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "zorvaudiodsp/GainRamp.h"
+#include "zorvcore/threads/AtomicIntegral.h"
+
+#include <atomic>
+#include <memory>
+
+namespace SN
+{
+
+// What a clip track is made with; see ISonaroFactory::CreateAudioClipTrackRenderer.
+struct AudioClipTrackSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext;
+	FrameRate mFrameRate;
+	AudioTrackRenderableItemList const& mItems;
+	InterfaceRef<UnknownBase> mOwner;
+	std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> mMute;
+	std::vector<InterfaceRef<IAudioProcessor>> const& mProcessors;
+	InterfaceRef<IAudioPanProcessor> mPanProcessor;
+	AudioChannelLayout const& mChannels;
+};
+
+// A track of clips: the node at which a request is cut along the time line. Each item gives its piece in
+// its own time; then processors, pan processor, compensating delay and the fade of the mute follow.
+//
+// Items    Sorted, and covering all time that is asked for: a request that runs off the list is silent as
+//          a whole. A list of exactly two is empty: the host frames the items of a track with a leading and
+//          a trailing one.
+// Latency  Items behind the playhead's first one are filled while playback approaches them; what cannot be
+//          hidden so is the track's own delay.
+// Mute     Live in a playback at the top level, as it stands elsewhere. It fades over 10 ms, after a
+//          jump it stands at once, and while it is complete items are not asked at all.
+// Threads  One at a time; AccumulatePrefetchRequests may come from another.
+class AudioClipTrackRenderer final : public IAudioGenerator,
+									 public ICachedAudioGenerator,
+									 public ILiveAudioParameterOwner,
+									 public IAudioRecordCompletion,
+									 public IAudioGeneratorPrivate,
+									 public IAudioRenderGraphNodeInfo,
+									 public AudioRenderContextClient,
+									 public CompensatingDelayOwnerMixin
+{
+public:
+	static int Create(AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+
+	AudioClipTrackRenderer();
+
+	InterfaceRef<IAudioGenerator> Clone() override;
+	bool HasHistory() override;
+	TickTime GetDelay() override;
+	void Preroll(TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) override;
+	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
+		PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
+
+	void GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse) override;
+	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) override;
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override;
+
+	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
+	unsigned GetNumOutputChannels() override;
+	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
+	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
+
+	std::u16string GetNodeName() override { return u"AudioClipTrackRenderer"; }
+	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
+	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	using Mute = zorvcore::threads::AtomicIntegral<int>;
+
+	// One request on its way through the track.
+	struct Request
+	{
+		TickTime mTime;
+		bool mReverse;
+		// Where the items write: the scratch memory, or the output itself.
+		dsp::AudioBuffer& mItemBuffer;
+		dsp::AudioBuffer& mOutput;
+		bool mPanAlters;
+	};
+
+	static int CreateNew(
+		AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	static bool IsNeverHeard(AudioClipTrackSettings const& inSettings);
+
+	int Init(AudioClipTrackSettings const& inSettings);
+	void SetItems(DelayedTrackItems::Items inItems);
+	void MakeBuffers();
+	bool IsReadAheadPlayback() const { return IsPrefetchEnabled() && !IsImmediateRender(); }
+
+	void RenderRequest(Request const& inRequest);
+	bool FindItem(TickTime const& inTime);
+	bool RenderItems(Request const& inRequest);
+	void RenderChunk(TrackItem const& inItem, TickTime const& inTime, bool inReverse);
+	void RunChain(Request const& inRequest);
+	void PrerollItems(TickTime const& inStartTime, bool inReverse);
+	void PrefetchItems(
+		PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator);
+	float GetMuteGain() const { return mMute->Get() != 0 ? 0.0f : 1.0f; }
+
+	DelayedTrackItems::Items mItems;
+	// The item last played, so that a run of requests costs no search.
+	std::atomic<std::size_t> mCurrentItem{0};
+	DelayedTrackItems mDelayedItems;
+	bool mIsEmpty = false;
+	AudioChannelLayout mChannels;
+	// What the last GenerateAudio gave; none for an empty track.
+	std::unique_ptr<dsp::AudioBuffer> mCacheBuffer;
+	// Not 0 while muted. Never null.
+	std::shared_ptr<Mute> mMute;
+	dsp::GainRamp mMuteRamp;
+	ProcessorChain mChain;
+	// The part of the items' buffer that is worked on, and the part of the output behind the pan.
+	dsp::AudioSubBuffer mItemWindow;
+	dsp::AudioSubBuffer mPanOutput;
+	// The width that items and processors need, and that of the widest stage.
+	unsigned mNumChannels = 0;
+	unsigned mWidestChannels = 0;
+	bool mPrerolled = false;
+	// Of what mCacheBuffer holds; null for nothing.
+	Guid mCacheKey;
+	TickTime mInitialDelay;
+	bool mCachingEnabled = false;
+	// The earliest time for which Preroll did its work.
+	TickTime mEarliestPreroll;
+};
+
+} // namespace SN

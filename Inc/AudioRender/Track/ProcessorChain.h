@@ -1,0 +1,97 @@
+#pragma once
+
+#include "Sonaro/IAudioPanProcessor.h"
+#include "Sonaro/IAudioProcessor.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "Sonaro/IParameterOwnerMixin.h"
+#include "Sonaro/Types.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include <vector>
+
+namespace SN
+{
+
+class AudioRenderContextClient;
+class CompensatingDelayOwnerMixin;
+
+// What a chain works on: one request, in playing order.
+struct ChainRequest
+{
+	// Aimed at the whole request; moved on while the chain runs.
+	dsp::AudioSubBuffer& mWindow;
+	// Where the pan processor writes, aimed likewise; null when it is to be left out.
+	dsp::AudioSubBuffer* mPanOutput = nullptr;
+	// The lowest time of the request.
+	TickTime mTime;
+	FrameRate mFrameRate;
+	bool mReverse = false;
+};
+
+// The processors of a track or an item and the pan processor behind them, run in control blocks.
+//
+// Controls  Where nothing changes within a request, it runs in one piece, with the parameters sampled
+//           once. Otherwise, and always in reverse, it is cut on the grid of the control interval, which
+//           goes on over requests, and the parameters are sampled where a block begins.
+// Order     Processors in order, then the pan processor. In reverse, times fall from the top of the
+//           request.
+// Threads   One at a time. Run allocates nothing.
+class ProcessorChain
+{
+public:
+	using Processors = std::vector<InterfaceRef<IAudioProcessor>>;
+
+	// inDelayOwner has a line for each send among the processors; null where sends hear what is there.
+	struct Policy
+	{
+		CompensatingDelayOwnerMixin* mDelayOwner = nullptr;
+		// Leaves out processors with a latency: it would go uncompensated.
+		bool mSkipsLatentProcessors = false;
+	};
+
+	void Init(Processors const& inProcessors, InterfaceRef<IAudioPanProcessor> const& inPanProcessor);
+	// Clones of the other's processors; the place in the control block is taken over.
+	void CloneFrom(ProcessorChain const& inOther, AudioRenderContextClient const& inClient);
+
+	Processors const& GetProcessors() const { return mProcessors; }
+	// May be empty.
+	InterfaceRef<IAudioPanProcessor> const& GetPanProcessor() const { return mPanProcessor; }
+	unsigned CountSends() const;
+
+	bool HasHistory() const;
+	void Preroll(TickTime const& inTime, bool inReverse) const;
+	void Reset() const;
+	void InitializeAudioFilters() const;
+	void ShutdownAudioFilters() const;
+	// The processors' alone; the pan processor's come first elsewhere.
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) const;
+	// All parameters, at once.
+	void UpdateControls(TickTime const& inTime) const;
+
+	void Run(ChainRequest const& inRequest, AudioRenderContextClient const& inClient, Policy const& inPolicy);
+
+private:
+	// A processor with what it was asked for once.
+	struct Link
+	{
+		InterfaceRef<IAudioProcessor> mProcessor;
+		// Empty for one without parameters.
+		InterfaceRef<IParameterOwnerMixin> mOwner;
+		bool mIsSend = false;
+	};
+
+	TickTime FindNextChange(TickTime const& inTime) const;
+	void RunBlocks(
+		ChainRequest const& inRequest, TickTime inTime, unsigned inInterval, Policy const& inPolicy);
+	void Apply(ChainRequest const& inRequest, TickTime const& inTime, Policy const& inPolicy) const;
+
+	Processors mProcessors;
+	std::vector<Link> mLinks;
+	InterfaceRef<IAudioPanProcessor> mPanProcessor;
+	InterfaceRef<IParameterOwnerMixin> mPanOwner;
+	// Samples of the current control block that are processed.
+	unsigned mBlockPosition = 0;
+};
+
+} // namespace SN

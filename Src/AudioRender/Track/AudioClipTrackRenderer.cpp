@@ -1,0 +1,579 @@
+#include "AudioRender/Track/AudioClipTrackRenderer.h"
+
+#include "AudioRender/Component/AudioFaderRenderer.h"
+#include "AudioRender/Component/AudioSendRenderer.h"
+#include "AudioRender/Core/SilentRenderer.h"
+#include "AudioRender/Core/StackAudioBufferTags.h"
+#include "Sonaro/AudioTrackRenderableItems.h"
+#include "Sonaro/IMuteAwareItem.h"
+#include "zorvcore/utility/Hash.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace SN
+{
+
+namespace
+{
+
+constexpr float kMuteRampSeconds = 0.005f;
+constexpr float kMuteRampSecondsAfterPreroll = 0.01f;
+// A track of the two items that frame every list.
+constexpr std::size_t kNumFramingItems = 2;
+
+Guid HashRequest(unsigned inNumSamples, TickTime const& inTime, bool inReverse)
+{
+	static constexpr char kSalt[] = "AudioClipTrackRenderer::GenerateAudio";
+	zorvcore::utility::HashValueMixerState state;
+	auto const ticks = static_cast<std::int64_t>(inTime.GetTicks());
+	zorvcore::utility::UpdateHashState(state, kSalt, sizeof(kSalt) - 1);
+	zorvcore::utility::UpdateHashState(state, &inNumSamples, sizeof(inNumSamples));
+	zorvcore::utility::UpdateHashState(state, &ticks, sizeof(ticks));
+	zorvcore::utility::UpdateHashState(state, &inReverse, sizeof(inReverse));
+	Guid digest;
+	zorvcore::utility::GetHashResult(state, digest);
+	return digest;
+}
+
+} // namespace
+
+int AudioClipTrackRenderer::Create(
+	AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
+{
+	if (!inSettings.mContext)
+	{
+		return eNullPointer;
+	}
+	InterfaceRef<AudioRenderContext> const context(inSettings.mContext);
+	if (context->IsTrackCacheEnabled())
+	{
+		InterfaceRef<IAudioGenerator> const known = context->FindTrackRenderer(inSettings.mOwner);
+		if (known && !known->HasHistory())
+		{
+			*outGenerator = known;
+			return kSuccess;
+		}
+	}
+	int const result = CreateNew(inSettings, outGenerator);
+	if (ResultSucceeded(result) && context->IsTrackCacheEnabled())
+	{
+		context->AddTrackRenderer(inSettings.mOwner, *outGenerator);
+	}
+	return result;
+}
+
+int AudioClipTrackRenderer::CreateNew(
+	AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
+{
+	// Touches every item, so that a null one is found here.
+	GetAudioTrackRenderableItemListContinuity(inSettings.mItems);
+	if (inSettings.mContext->IsNotTopLevelPlayback() && IsNeverHeard(inSettings))
+	{
+		return SilentRenderer::Create(inSettings.mChannels, outGenerator);
+	}
+	auto const renderer = zorvcore::classref::MakeObject<AudioClipTrackRenderer>();
+	int const result = renderer->Init(inSettings);
+	if (ResultSucceeded(result))
+	{
+		*outGenerator = renderer;
+	}
+	return result;
+}
+
+// A fader that is always closed, and no send, which may tap the audio before it.
+bool AudioClipTrackRenderer::IsNeverHeard(AudioClipTrackSettings const& inSettings)
+{
+	bool isMuted = false;
+	bool hasSend = false;
+	for (InterfaceRef<IAudioProcessor> const& processor : inSettings.mProcessors)
+	{
+		InterfaceRef<AudioFaderRenderer> const fader =
+			isMuted ? nullptr : InterfaceRef<AudioFaderRenderer>(processor);
+		if (fader)
+		{
+			isMuted = fader->IsMuted();
+		}
+		else
+		{
+			hasSend = hasSend || InterfaceRef<AudioSendRenderer>(processor).IsValid();
+		}
+	}
+	return isMuted && !hasSend;
+}
+
+AudioClipTrackRenderer::AudioClipTrackRenderer()
+	: mMuteRamp(48000.0f, 1.0f, kMuteRampSeconds)
+{
+}
+
+int AudioClipTrackRenderer::Init(AudioClipTrackSettings const& inSettings)
+{
+	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
+	mCachingEnabled = inSettings.mContext->IsTrackCacheEnabled();
+	DelayedTrackItems::Items items;
+	for (auto const& item : inSettings.mItems)
+	{
+		items.push_back({item, item});
+	}
+	SetItems(std::move(items));
+	mChannels = inSettings.mChannels;
+	bool const isLive = !inSettings.mContext->IsNotTopLevelPlayback() && inSettings.mMute;
+	mMute =
+		isLive ? inSettings.mMute : std::make_shared<Mute>(inSettings.mMute ? inSettings.mMute->Get() : 0);
+	mChain.Init(inSettings.mProcessors, inSettings.mPanProcessor);
+	MakeBuffers();
+	AddCachedGenerator(
+		inSettings.mOwner, InterfaceRef<ICachedAudioGenerator>(InterfaceRef<Unknown>::FromThis(this)));
+	CompensatingDelayOwnerMixin::Init(mChain.CountSends() + 1, GetMaxBlockSize(), mWidestChannels);
+	mMuteRamp = dsp::GainRamp(GetFrameRate(), 1.0f, kMuteRampSeconds);
+	return result;
+}
+
+void AudioClipTrackRenderer::SetItems(DelayedTrackItems::Items inItems)
+{
+	mItems = std::move(inItems);
+	mCurrentItem.store(0, std::memory_order_relaxed);
+	mDelayedItems.Clear();
+	// The count decides, whatever the items are.
+	mIsEmpty = mItems.size() == kNumFramingItems;
+}
+
+void AudioClipTrackRenderer::MakeBuffers()
+{
+	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
+	mNumChannels = panner ? panner->GetNumInputChannels() : 0;
+	for (TrackItem const& item : mItems)
+	{
+		if (InterfaceRef<IAudioGeneratorPrivate> const generator = item.mGenerator)
+		{
+			mNumChannels = std::max(mNumChannels, generator->GetNumChannels());
+		}
+	}
+	mWidestChannels = std::max(mNumChannels, panner ? panner->GetNumOutputChannels() : 0);
+	if (!mIsEmpty)
+	{
+		mCacheBuffer = std::make_unique<dsp::AudioBuffer>(mWidestChannels, GetMaxBlockSize());
+		mCacheBuffer->Zero();
+		ReserveStackAudioBuffer(
+			mNumChannels, GetMaxBlockSize(), StackAudioBufferTags::kAudioClipTrackRenderer);
+		ReserveStackAudioSubBuffer(mNumChannels);
+	}
+}
+
+InterfaceRef<IAudioGenerator> AudioClipTrackRenderer::Clone()
+{
+	auto const self = InterfaceRef<IAudioGenerator>::FromThis(this);
+	if (InterfaceRef<IAudioGenerator> const known = FindClone(self))
+	{
+		return known;
+	}
+	auto const clone = zorvcore::classref::MakeObject<AudioClipTrackRenderer>();
+	AddClone(self, clone);
+	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	clone->mMute = std::make_shared<Mute>(mMute->Get());
+	clone->mMuteRamp = dsp::GainRamp(GetFrameRate(), 1.0f, kMuteRampSeconds);
+	clone->mChannels = mChannels;
+	clone->mCachingEnabled = mCachingEnabled;
+	DelayedTrackItems::Items items;
+	for (TrackItem const& item : mItems)
+	{
+		InterfaceRef<IAudioGenerator> const generator = item.mGenerator->Clone();
+		items.push_back({generator, generator});
+	}
+	clone->SetItems(std::move(items));
+	clone->mChain.CloneFrom(mChain, *this);
+	clone->MakeBuffers();
+	clone->CopyDimensions(*this);
+	return clone;
+}
+
+bool AudioClipTrackRenderer::HasHistory()
+{
+	return std::any_of(mItems.begin(), mItems.end(),
+			   [](TrackItem const& inItem) { return inItem.mGenerator->HasHistory(); }) ||
+		   mChain.HasHistory();
+}
+
+TickTime AudioClipTrackRenderer::GetDelay()
+{
+	return IsDelayCompensationDisabled() ? kTimeZero : mInitialDelay;
+}
+
+void AudioClipTrackRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
+{
+	// A shared track is prerolled by all who use it, and only the first or the earliest call counts.
+	if (!mPrerolled || (mCachingEnabled && inStartTime < mEarliestPreroll))
+	{
+		PrerollItems(inStartTime, inReverse);
+		mPrerolled = true;
+	}
+	// A preroll never fades.
+	mMuteRamp = dsp::GainRamp(GetFrameRate(), GetMuteGain(), kMuteRampSecondsAfterPreroll);
+}
+
+void AudioClipTrackRenderer::PrerollItems(TickTime const& inStartTime, bool inReverse)
+{
+	mEarliestPreroll = inStartTime;
+	if (mCurrentItem.load(std::memory_order_relaxed) >= mItems.size())
+	{
+		mCurrentItem.store(0, std::memory_order_relaxed);
+	}
+	if (IsReadAheadPlayback())
+	{
+		mDelayedItems.Clear();
+	}
+	for (TrackItem const& item : mItems)
+	{
+		TickTime const itemTime = inStartTime - item.mItem->GetTrackItemStartTime();
+		item.mGenerator->Preroll(std::max(itemTime, kTimeZero), inReverse);
+	}
+	mChain.Preroll(inStartTime, inReverse);
+	if (!IsReadAheadPlayback())
+	{
+		return;
+	}
+	TrackStart const start{inStartTime, inReverse, GetNestingDepth()};
+	for (TrackItem const& item : mDelayedItems.Classify(mItems, start))
+	{
+		item.mGenerator->FillInitialDelay(
+			DelayedTrackItems::GetFillTarget(item, inReverse), kTimeZero, inReverse, true);
+	}
+	mInitialDelay = mDelayedItems.GetInitialDelay(start);
+}
+
+void AudioClipTrackRenderer::FillInitialDelay(
+	TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
+{
+	if (!IsDelayCompensationDisabled())
+	{
+		mDelayedItems.FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
+	}
+}
+
+void AudioClipTrackRenderer::AccumulatePrefetchRequests(
+	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
+{
+	if (mIsEmpty)
+	{
+		return;
+	}
+	Prefetcher const* const prefetcher = GetPrefetcher();
+	if (IsReadAheadPlayback() && prefetcher && prefetcher->mReverse == 0)
+	{
+		mDelayedItems.AccumulatePrefetchRequests(inRange, inType, inAccumulator);
+	}
+	PrefetchItems(inRange, inType, inAccumulator);
+}
+
+void AudioClipTrackRenderer::PrefetchItems(
+	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
+{
+	// Leaves the item last played alone.
+	std::size_t index = mCurrentItem.load(std::memory_order_relaxed);
+	if (index >= mItems.size())
+	{
+		return;
+	}
+	while (inRange.mStart >= mItems[index].mItem->GetEndTime())
+	{
+		if (++index == mItems.size())
+		{
+			return;
+		}
+	}
+	while (index > 0 && inRange.mStart < mItems[index].mItem->GetStartTime())
+	{
+		--index;
+	}
+	TickTime start = inRange.mStart;
+	for (; index < mItems.size(); ++index)
+	{
+		TrackItem const& item = mItems[index];
+		TickTime const end = std::min(item.mItem->GetEndTime(), inRange.mEnd);
+		item.mGenerator->AccumulatePrefetchRequests(
+			PrefetchRange(start, end) - item.mItem->GetTrackItemStartTime(), inType, inAccumulator);
+		if (item.mItem->GetEndTime() >= inRange.mEnd)
+		{
+			return;
+		}
+		start = end;
+	}
+}
+
+void AudioClipTrackRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	if (mIsEmpty || mCurrentItem.load(std::memory_order_relaxed) >= mItems.size())
+	{
+		ioBuffer.Zero();
+		return;
+	}
+	unsigned const frames = ioBuffer.GetUseSize();
+	if (frames > GetMaxBlockSize())
+	{
+		// Beyond the context's largest block: what comes first in playing order is rendered, the rest is
+		// silence.
+		ioBuffer.Zero();
+		dsp::AudioSubBuffer head;
+		head.Init(ioBuffer.GetNumChannels());
+		head.Assign(ioBuffer, 0);
+		head.SetUseSize(GetMaxBlockSize());
+		TickTime time = inTime;
+		time.AddFrames(inReverse ? frames - GetMaxBlockSize() : 0, GetFrameRate());
+		GetAudioData(time, head, inReverse);
+		return;
+	}
+	if (IsReadAheadPlayback())
+	{
+		// Filling keeps pace with playing.
+		FillInitialDelay(inTime, TickTime(frames, GetFrameRate()), inReverse, false);
+	}
+	// What nothing writes is silent.
+	ioBuffer.Zero();
+	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
+	if (panner && !panner->DoesNotAlterAudio())
+	{
+		ScopedStackAudioBuffer const scratch(
+			GetStackAudioBuffer(mNumChannels, StackAudioBufferTags::kAudioClipTrackRenderer));
+		dsp::AudioBuffer& itemBuffer = scratch.GetBuffer();
+		itemBuffer.SetUseSize(frames);
+		itemBuffer.Zero();
+		RenderRequest({inTime, inReverse, itemBuffer, ioBuffer, true});
+	}
+	else
+	{
+		RenderRequest({inTime, inReverse, ioBuffer, ioBuffer, false});
+	}
+}
+
+void AudioClipTrackRenderer::RenderRequest(Request const& inRequest)
+{
+	auto const width = std::min<unsigned long long>(mNumChannels, inRequest.mItemBuffer.GetNumChannels());
+	mItemWindow.Init(width);
+	mItemWindow.Assign(inRequest.mItemBuffer, 0);
+	if (!FindItem(inRequest.mTime) || !RenderItems(inRequest))
+	{
+		// A request is played whole or not at all.
+		inRequest.mOutput.Zero();
+		return;
+	}
+	if (inRequest.mReverse)
+	{
+		// From here on samples stand in playing order.
+		inRequest.mItemBuffer.Reverse();
+	}
+	RunChain(inRequest);
+	GetLastLine().Process(inRequest.mOutput);
+	mMuteRamp.Process(inRequest.mOutput);
+}
+
+// Moves to the item at a time; false when the list ends before it.
+bool AudioClipTrackRenderer::FindItem(TickTime const& inTime)
+{
+	std::size_t index = mCurrentItem.load(std::memory_order_relaxed);
+	bool isFound = true;
+	if (inTime >= mItems[index].mItem->GetStartTime())
+	{
+		while (index < mItems.size() && inTime >= mItems[index].mItem->GetEndTime())
+		{
+			++index;
+		}
+		isFound = index < mItems.size();
+	}
+	else
+	{
+		while (index > 0 && inTime < mItems[index].mItem->GetStartTime())
+		{
+			--index;
+		}
+		isFound = inTime >= mItems[index].mItem->GetStartTime();
+	}
+	mCurrentItem.store(index, std::memory_order_relaxed);
+	return isFound;
+}
+
+// Fills the items' buffer in ascending time; false when the list ends within the request.
+bool AudioClipTrackRenderer::RenderItems(Request const& inRequest)
+{
+	unsigned const total = inRequest.mItemBuffer.GetUseSize();
+	TickTime time = inRequest.mTime;
+	std::size_t index = mCurrentItem.load(std::memory_order_relaxed);
+	for (unsigned done = 0; done < total;)
+	{
+		long long const frames = (mItems[index].mItem->GetEndTime() - time).ToFrame64(GetFrameRate());
+		if (frames <= 0)
+		{
+			mCurrentItem.store(++index, std::memory_order_relaxed);
+			if (index == mItems.size())
+			{
+				return false;
+			}
+			continue;
+		}
+		auto const chunk = static_cast<unsigned>(std::min<long long>(frames, total - done));
+		mItemWindow.Assign(inRequest.mItemBuffer, done);
+		mItemWindow.SetUseSize(chunk);
+		RenderChunk(mItems[index], time, inRequest.mReverse);
+		done += chunk;
+		time.AddFrames(chunk, GetFrameRate());
+	}
+	return true;
+}
+
+void AudioClipTrackRenderer::RenderChunk(TrackItem const& inItem, TickTime const& inTime, bool inReverse)
+{
+	mMuteRamp.SetTargetGain(GetMuteGain());
+	TickTime const itemTime = inTime - inItem.mItem->GetTrackItemStartTime();
+	if (mMuteRamp.HasConstantGainZero())
+	{
+		if (InterfaceRef<IMuteAwareItem>(inItem.mItem))
+		{
+			inItem.mGenerator->GetAudioData(itemTime, mItemWindow, inReverse);
+		}
+		mItemWindow.Zero();
+		return;
+	}
+	inItem.mGenerator->GetAudioData(itemTime, mItemWindow, inReverse);
+	if (inReverse)
+	{
+		mItemWindow.Reverse();
+	}
+}
+
+void AudioClipTrackRenderer::RunChain(Request const& inRequest)
+{
+	mItemWindow.Assign(inRequest.mItemBuffer, 0);
+	if (inRequest.mPanAlters)
+	{
+		mPanOutput.Init(std::min<unsigned long long>(mWidestChannels, inRequest.mOutput.GetNumChannels()));
+		mPanOutput.Assign(inRequest.mOutput, 0);
+	}
+	mChain.Run({mItemWindow, inRequest.mPanAlters ? &mPanOutput : nullptr, inRequest.mTime, GetFrameRate(),
+				   inRequest.mReverse},
+		*this, {this, false});
+}
+
+void AudioClipTrackRenderer::Reset()
+{
+	if (!mPrerolled)
+	{
+		return;
+	}
+	if (mCurrentItem.load(std::memory_order_relaxed) >= mItems.size())
+	{
+		mCurrentItem.store(0, std::memory_order_relaxed);
+	}
+	for (TrackItem const& item : mItems)
+	{
+		item.mGenerator->Reset();
+	}
+	mChain.Reset();
+	mCacheKey = Guid();
+	mPrerolled = false;
+	mEarliestPreroll = kTimeZero;
+}
+
+void AudioClipTrackRenderer::InitializeAudioFilters()
+{
+	for (TrackItem const& item : mItems)
+	{
+		item.mGenerator->InitializeAudioFilters();
+	}
+	mChain.InitializeAudioFilters();
+}
+
+void AudioClipTrackRenderer::ShutdownAudioFilters()
+{
+	for (TrackItem const& item : mItems)
+	{
+		item.mGenerator->ShutdownAudioFilters();
+	}
+	mChain.ShutdownAudioFilters();
+}
+
+void AudioClipTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse)
+{
+	if (mIsEmpty)
+	{
+		mChain.UpdateControls(inTime);
+		return;
+	}
+	Guid const key = HashRequest(inNumSamples, inTime, inReverse);
+	if (key == mCacheKey)
+	{
+		return;
+	}
+	mCacheBuffer->SetUseSize(inNumSamples);
+	mCacheBuffer->Zero();
+	GetAudioData(inTime, *mCacheBuffer, inReverse);
+	mCacheKey = key;
+}
+
+void AudioClipTrackRenderer::MixCachedAudio(dsp::AudioBuffer& ioBuffer)
+{
+	if (!mIsEmpty && mCacheKey != Guid() && !mCacheBuffer->IsSilent())
+	{
+		ioBuffer.Mix(*mCacheBuffer);
+	}
+}
+
+void AudioClipTrackRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
+{
+	if (InterfaceRef<ILiveAudioParameterOwner> const panner = mChain.GetPanProcessor())
+	{
+		panner->CollectLiveParameters(outParameters);
+	}
+	mChain.CollectLiveParameters(outParameters);
+	for (TrackItem const& item : mItems)
+	{
+		if (InterfaceRef<ILiveAudioParameterOwner> const owner = item.mItem)
+		{
+			owner->CollectLiveParameters(outParameters);
+		}
+	}
+}
+
+void AudioClipTrackRenderer::NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording)
+{
+	for (TrackItem const& item : mItems)
+	{
+		if (InterfaceRef<IAudioRecordCompletion> const listener = item.mItem)
+		{
+			listener->NotifyRecordComplete(inRecording);
+		}
+	}
+}
+
+unsigned AudioClipTrackRenderer::GetNumOutputChannels()
+{
+	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
+	return panner ? panner->GetNumOutputChannels() : GetNumChannels();
+}
+
+std::vector<InterfaceRef<UnknownBase>> AudioClipTrackRenderer::GetInputNodes()
+{
+	std::vector<InterfaceRef<UnknownBase>> nodes;
+	for (TrackItem const& item : mItems)
+	{
+		nodes.emplace_back(item.mItem);
+	}
+	return nodes;
+}
+
+std::vector<InterfaceRef<UnknownBase>> AudioClipTrackRenderer::GetProcessorNodes()
+{
+	std::vector<InterfaceRef<UnknownBase>> nodes(
+		mChain.GetProcessors().begin(), mChain.GetProcessors().end());
+	nodes.emplace_back(mChain.GetPanProcessor());
+	return nodes;
+}
+
+void* AudioClipTrackRenderer::QueryMap(GUID const& inIdentifier)
+{
+	void* const found =
+		zorvcore::classref::QueryInterfaces<IAudioGenerator, ICachedAudioGenerator, ILiveAudioParameterOwner,
+			IAudioRecordCompletion, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo>(this, inIdentifier);
+	return found ? found : CompensatingDelayOwnerMixin::QueryMap(inIdentifier);
+}
+
+} // namespace SN
