@@ -1,0 +1,115 @@
+#include "ResamplerRuns.h"
+
+#include "Time/Resampler/AudioResamplerFactory.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace SN::Testing
+{
+
+char const* GetName(ResamplerKind inKind)
+{
+	constexpr char const* kNames[] = {"linear", "cubic", "sinc", "sinc, high quality"};
+	return kNames[static_cast<unsigned>(inKind)];
+}
+
+RatePair::RatePair(double inRatio)
+	: mInput(FrameRate::FromSamplesPerSecond(inRatio)),
+	  mOutput(zorvmediatypes::kTicksPerSecond)
+{
+}
+
+RatePair::RatePair(unsigned inInputRate, unsigned inOutputRate)
+	: mInput(FrameRate::FromSamplesPerSecond(inInputRate)),
+	  mOutput(FrameRate::FromSamplesPerSecond(inOutputRate))
+{
+}
+
+InterfaceRef<IAudioResampler> MakeResampler(
+	ResamplerKind inKind, RatePair const& inRates, unsigned inNumChannels)
+{
+	constexpr RenderQuality kQualities[] = {
+		RenderQuality::kDraft, RenderQuality::kMedium, RenderQuality::kMaximum, RenderQuality::kMaximum};
+	auto const resampler =
+		AudioResamplerFactory::CreateAudioResampler(kQualities[static_cast<unsigned>(inKind)]);
+	resampler->Init(
+		inRates.mInput, inRates.mOutput, inNumChannels, inKind == ResamplerKind::kSincHighQuality);
+	return resampler;
+}
+
+Samples PullThrough(
+	IAudioResampler& ioResampler, Samples const& inInput, unsigned inNumOutput, unsigned inBlock)
+{
+	Samples result;
+	std::size_t cursor = 0;
+	while (result.size() < inNumOutput)
+	{
+		unsigned const numInput = ioResampler.GetInputSampleCount(inBlock);
+		dsp::AudioBuffer input(1, numInput);
+		dsp::AudioBuffer output(1, inBlock);
+		std::size_t const left = inInput.size() - std::min(cursor, inInput.size());
+		std::copy_n(inInput.data() + std::min(cursor, inInput.size()), std::min<std::size_t>(left, numInput),
+			input.GetChannel(0));
+		ioResampler.Process(input, output, numInput, inBlock);
+		result.insert(result.end(), output.GetChannel(0), output.GetChannel(0) + inBlock);
+		cursor += numInput;
+	}
+	result.resize(inNumOutput);
+	return result;
+}
+
+Samples MakeTone(double inFrequency, unsigned inCount)
+{
+	Samples samples(inCount);
+	for (unsigned i = 0; i < inCount; ++i)
+	{
+		samples[i] = static_cast<float>(std::sin(2.0 * std::numbers::pi * inFrequency * i));
+	}
+	return samples;
+}
+
+ToneFit FitTone(Samples const& inMeasured, double inFrequency, double inFirst, double inStep)
+{
+	// The normal equations of sine and cosine.
+	double ss = 0.0;
+	double cc = 0.0;
+	double sc = 0.0;
+	double sm = 0.0;
+	double cm = 0.0;
+	double power = 0.0;
+	for (std::size_t i = 0; i < inMeasured.size(); ++i)
+	{
+		double const angle =
+			2.0 * std::numbers::pi * inFrequency * (inFirst + static_cast<double>(i) * inStep);
+		double const s = std::sin(angle);
+		double const c = std::cos(angle);
+		double const m = static_cast<double>(inMeasured[i]);
+		ss += s * s;
+		cc += c * c;
+		sc += s * c;
+		sm += s * m;
+		cm += c * m;
+		power += m * m;
+	}
+	double const determinant = ss * cc - sc * sc;
+	double const sine = (sm * cc - cm * sc) / determinant;
+	double const cosine = (cm * ss - sm * sc) / determinant;
+	double const signal = sine * sm + cosine * cm;
+	return {std::hypot(sine, cosine), std::atan2(cosine, sine),
+		10.0 * std::log10(signal / std::max(power - signal, 1e-300))};
+}
+
+double MeasureLevel(Samples const& inSamples)
+{
+	double power = 0.0;
+	for (float const sample : inSamples)
+	{
+		power += static_cast<double>(sample) * static_cast<double>(sample);
+	}
+	return 10.0 * std::log10(2.0 * power / static_cast<double>(inSamples.size()));
+}
+
+} // namespace SN::Testing

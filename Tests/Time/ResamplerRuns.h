@@ -1,0 +1,60 @@
+#pragma once
+
+#include "ReferenceResamplers.h"
+#include "Time/Resampler/IAudioResampler.h"
+
+#include <random>
+
+namespace SN::Testing
+{
+
+enum class ResamplerKind
+{
+	kLinear,
+	kCubic,
+	kSinc,
+	kSincHighQuality,
+};
+inline constexpr ResamplerKind kAllResamplers[] = {
+	ResamplerKind::kLinear, ResamplerKind::kCubic, ResamplerKind::kSinc, ResamplerKind::kSincHighQuality};
+char const* GetName(ResamplerKind inKind);
+
+struct RatePair
+{
+	// The rates 1 and inRatio.
+	explicit RatePair(double inRatio);
+	RatePair(unsigned inInputRate, unsigned inOutputRate);
+
+	double GetRatio() const { return mInput.GetSamplesPerSecond() / mOutput.GetSamplesPerSecond(); }
+
+	FrameRate mInput;
+	FrameRate mOutput;
+};
+
+InterfaceRef<IAudioResampler> MakeResampler(
+	ResamplerKind inKind, RatePair const& inRates, unsigned inNumChannels = 1);
+
+// Pulls inNumOutput samples of one channel out of the resampler, in blocks of inBlock, as much input at a
+// time as the resampler asks for. The input goes on in zeros.
+Samples PullThrough(
+	IAudioResampler& ioResampler, Samples const& inInput, unsigned inNumOutput, unsigned inBlock = 512);
+
+// A tone of so many cycles a sample, from sample 0 on.
+Samples MakeTone(double inFrequency, unsigned inCount);
+
+// The tone that comes nearest to what was measured.
+struct ToneFit
+{
+	double mGain;
+	// In radians, ahead of the tone that was expected.
+	double mPhase;
+	// Its power over that of the rest, in dB.
+	double mSignalToNoise;
+};
+// inMeasured should be the tone of so many cycles a sample, at the positions inFirst + k * inStep.
+ToneFit FitTone(Samples const& inMeasured, double inFrequency, double inFirst, double inStep);
+
+// The mean power over that of a tone of full scale, in dB.
+double MeasureLevel(Samples const& inSamples);
+
+} // namespace SN::Testing
