@@ -48,6 +48,13 @@ float FindPeak(dsp::AudioBuffer const& inBlock, float inPeak)
 	return peak;
 }
 
+SN::TickTime GetFirstBlockTime(OfflineRange const& inRange)
+{
+	bool const isReverse = inRange.mDirection == RenderDirection::eReverse;
+	std::int64_t const lastBlock = std::max<std::int64_t>(0, inRange.mFrames - inRange.mBlockFrames);
+	return {isReverse ? lastBlock : 0, inRange.mFrameRate};
+}
+
 } // namespace
 
 ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
@@ -72,7 +79,6 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 {
 	auto const begin = std::chrono::steady_clock::now();
 	OfflineRange const range = MakeRange();
-	bool const isReverse = range.mDirection == RenderDirection::eReverse;
 	SN::TickTime const rangeEnd(mFrames, range.mFrameRate);
 	// It does not tell that it runs backwards, as a render without one cannot: told so, a panner would take
 	// the first block for the next one of a playback and fade into it.
@@ -91,10 +97,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	RenderSummary summary = DescribeOutput();
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const& inTime)
 	{
-		if (auto const failure = mSource->GetFailure())
-		{
-			throw HostError(HostError::Kind::eInput, *failure);
-		}
+		CheckSource();
 		dsp::AudioBuffer const& output = conversion.Convert(ioBlock, inTime);
 		writer.Write(output);
 		summary.mPeak = FindPeak(output, summary.mPeak);
@@ -107,8 +110,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 			readAhead->Advance(writer.GetFrames());
 		}
 	};
-	std::int64_t const lastBlock = std::max<std::int64_t>(0, mFrames - mRequest.mBlockFrames);
-	conversion.Preroll(SN::TickTime(isReverse ? lastBlock : 0, range.mFrameRate), isReverse);
+	conversion.Preroll(GetFirstBlockTime(range), range.mDirection == RenderDirection::eReverse);
 	if (!RenderOffline(clip, range, sink, inStop) || inStop.stop_requested())
 	{
 		return std::nullopt;
@@ -122,6 +124,14 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	summary.mClippedSamples = writer.GetClippedSamples();
 	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 	return summary;
+}
+
+void ClipRenderJob::CheckSource() const
+{
+	if (auto const failure = mSource->GetFailure())
+	{
+		throw HostError(HostError::Kind::eInput, *failure);
+	}
 }
 
 OfflineRange ClipRenderJob::MakeRange() const

@@ -161,20 +161,26 @@ std::optional<WaveformSummary> WaveformJob::Run(
 	return summary;
 }
 
-bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token const& inStop)
+SN::InterfaceRef<SN::IAudioGenerator> WaveformJob::MakeStream(
+	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext) const
 {
 	constexpr int kAllChannels = -1;
 	constexpr double kNormalSpeed = 1.0;
+	SN::InterfaceRef<SN::IAudioGenerator> stream;
+	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioStreamRenderer(inContext,
+						  mSource->GetFrameRate(), mSource, kAllChannels, kNormalSpeed, nullptr, &stream),
+		"a stream");
+	return stream;
+}
+
+bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
 	SN::FrameRate const frameRate = mSource->GetFrameRate();
 	SN::TickTime const start(mFirstFrame, frameRate);
 	SN::TickTime const end(mFirstFrame + mFrames, frameRate);
 	RenderContextScope const context(kBlockFrames, end, mSource->GetName());
-	SN::InterfaceRef<SN::IAudioGenerator> stream;
-	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioStreamRenderer(
-						  context.Get(), frameRate, mSource, kAllChannels, kNormalSpeed, nullptr, &stream),
-		"a stream");
-	auto const generator =
-		zorvcore::classref::MakeObject<PeakWaveformGenerator>(stream, start, end, kBlockFrames);
+	auto const generator = zorvcore::classref::MakeObject<PeakWaveformGenerator>(
+		MakeStream(context.Get()), start, end, kBlockFrames);
 	auto const buffer = SN::AudioWaveformQueue::CreateAudioWaveformBuffer();
 	std::int64_t const interval = mWaveform.mSamplesPerColumn;
 	auto computing = std::async(std::launch::async,

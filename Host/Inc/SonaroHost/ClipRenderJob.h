@@ -93,6 +93,8 @@ public:
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
+	// Throws a HostError when the input could not be read.
+	void CheckSource() const;
 	OfflineRange MakeRange() const;
 	// What of the summary is known beforehand.
 	RenderSummary DescribeOutput() const;

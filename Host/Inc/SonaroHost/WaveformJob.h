@@ -94,6 +94,8 @@ public:
 
 private:
 	void ChooseColumns();
+	SN::InterfaceRef<SN::IAudioGenerator> MakeStream(
+		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext) const;
 	// False when asked to stop.
 	bool Compute(ProgressCallback const& inProgress, std::stop_token const& inStop);
 	void Write(OutputFile& ioFile) const;
