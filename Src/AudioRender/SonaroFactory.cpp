@@ -11,6 +11,7 @@
 #include "AudioRender/Source/AudioClipRenderer.h"
 #include "AudioRender/Source/AudioStreamRenderer.h"
 #include "AudioRender/Track/AudioClipTrackRenderer.h"
+#include "AudioRender/Track/RealtimeAudioClipTrackItemRenderer.h"
 #include "Panner/AudioPanner51ToAdaptive.h"
 #include "Panner/AudioPanner51ToMono.h"
 #include "Panner/AudioPanner51ToStereo.h"
@@ -194,12 +195,17 @@ int SonaroFactory::CreateAudioMixRenderer(InterfaceRef<IAudioRenderContext> cons
 	return eNotImplemented;
 }
 
-int SonaroFactory::CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext>,
-	FrameRate const&, InterfaceRef<IAudioGenerator> const&, std::vector<InterfaceRef<IAudioProcessor>> const&,
-	InterfaceRef<IAudioPanProcessor>, double, InterfaceRef<VX::ITimeTransform>, TickTime const&,
-	InterfaceRef<IAudioGenerator>*) const
+int SonaroFactory::CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
+	std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+	InterfaceRef<IAudioPanProcessor> inPanProcessor, double inSpeed,
+	InterfaceRef<VX::ITimeTransform> inTimeTransform, TickTime const& inTimeOffset,
+	InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return RealtimeAudioClipTrackItemRenderer::Create(
+		{inContext, inFrameRate, inSource, inProcessors, inPanProcessor, inSpeed, inTimeTransform,
+			inTimeOffset},
+		outGenerator);
 }
 
 int SonaroFactory::CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext>,

@@ -66,6 +66,8 @@ public:
 	void ShutdownAudioFilters() const;
 	// The processors' alone; the pan processor's come first elsewhere.
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) const;
+	// The next request begins a control block.
+	void RestartControlBlock() { mBlockPosition = 0; }
 	// All parameters, at once.
 	void UpdateControls(TickTime const& inTime) const;
 

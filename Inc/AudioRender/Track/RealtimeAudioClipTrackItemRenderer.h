@@ -1,0 +1,122 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
+#include "AudioRender/Track/ProcessorChain.h"
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "Time/Resampler/IAudioResampler.h"
+#include "Vexilon/ITimeTransform.h"
+
+#include <memory>
+
+namespace SN
+{
+
+// What a clip on a track is made with; see ISonaroFactory::CreateRealtimeAudioClipTrackItemRenderer.
+struct RealtimeAudioClipTrackItemSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext;
+	FrameRate mFrameRate;
+	InterfaceRef<IAudioGenerator> mSource;
+	std::vector<InterfaceRef<IAudioProcessor>> const& mProcessors;
+	InterfaceRef<IAudioPanProcessor> mPanProcessor;
+	double mSpeed = 1.0;
+	InterfaceRef<VX::ITimeTransform> mTimeTransform;
+	TickTime mTimeOffset;
+};
+
+// A clip on a track: a generator with processors and a pan processor of its own, and, at any speed but 1, a
+// resampler behind them.
+//
+// Time      The item's own. It is shifted by the offset, mapped by the transform and multiplied by the speed
+//           to give the source's time, in which processors and parameters run.
+// Position  With a resampler the source is read on without a gap, and follows the mapped time only where
+//           the two are more than 16 samples apart.
+// Latency   What processors and source need ahead is reported as delay, and made up for by rendering ahead
+//           and throwing away, in FillInitialDelay.
+// Threads   One at a time.
+class RealtimeAudioClipTrackItemRenderer final : public IAudioGenerator,
+												 public ILiveAudioParameterOwner,
+												 public IAudioGeneratorPrivate,
+												 public IAudioRenderGraphNodeInfo,
+												 public AudioRenderContextClient,
+												 public AudioTrackRenderableItemMixin
+{
+public:
+	static int Create(
+		RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+
+	InterfaceRef<IAudioGenerator> Clone() override;
+	bool HasHistory() override;
+	TickTime GetDelay() override { return IsDelayCompensationDisabled() ? kTimeZero : mDelay; }
+	void Preroll(TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) override;
+	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
+		PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
+
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+
+	unsigned GetNumChannels() override { return mChain.GetPanProcessor()->GetNumOutputChannels(); }
+	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	AudioChannelLayout GetAudioChannelLayout() override
+	{
+		return mChain.GetPanProcessor()->GetOutputAudioChannelLayout();
+	}
+	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
+
+	std::u16string GetNodeName() override { return u"RealtimeAudioClipTrackItemRenderer"; }
+	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mSource}; }
+	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	int SetUp(RealtimeAudioClipTrackItemSettings const& inSettings);
+	// The resampler and all memory.
+	void Prepare();
+
+	TickTime ShiftTime(TickTime const& inTime) const;
+	void RenderStraight(TickTime const& inSourceTime, dsp::AudioBuffer& ioBuffer, bool inReverse);
+	void RenderResampled(TickTime const& inSourceTime, dsp::AudioBuffer& ioBuffer, bool inReverse);
+	// Reads so many samples from mSourcePosition on into ioBuffer, in playing order, and moves the
+	// position. Returns the lowest time of what was read.
+	TickTime ReadSource(dsp::AudioBuffer& ioBuffer, unsigned inCount, bool inReverse);
+	void RunChain(
+		dsp::AudioBuffer& ioSource, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse);
+	void WarmUp(TickTime const& inStartTime);
+	void Discard(unsigned inFrames, bool inReverse, bool inPrefetch);
+	bool PanAlters() const { return !mChain.GetPanProcessor()->DoesNotAlterAudio(); }
+	long long GetDelayInFrames() { return GetDelay().ToFrame64(GetFrameRate()); }
+
+	InterfaceRef<IAudioGenerator> mSource;
+	ProcessorChain mChain;
+	dsp::AudioSubBuffer mWindow;
+	dsp::AudioSubBuffer mPanOutput;
+	double mSpeed = 1.0;
+	bool mUsesResampler = false;
+	InterfaceRef<VX::ITimeTransform> mTimeTransform;
+	TickTime mTimeOffset;
+	bool mPrerolled = false;
+	// Where the source was read last: the end of it forward, its start in reverse.
+	TickTime mSourcePosition = -kTimeMax;
+	// Empty at speed 1.
+	InterfaceRef<IAudioResampler> mResampler;
+	// Where filling the delay goes on, and the frames that it has done.
+	TickTime mFillPosition;
+	long long mFramesFilled = 0;
+	TickTime mDelay;
+	unsigned mWidth = 0;
+	// Takes what filling renders.
+	std::unique_ptr<dsp::AudioBuffer> mDiscarded;
+};
+
+} // namespace SN

@@ -1,0 +1,403 @@
+#include "AudioRender/Track/RealtimeAudioClipTrackItemRenderer.h"
+
+#include "AudioRender/Core/StackAudioBufferTags.h"
+#include "AudioRender/Source/GeneratorPrefetch.h"
+#include "AudioRender/Track/PanWorkingWidth.h"
+#include "Sonaro/AudioUtilities.h"
+#include "Time/Resampler/AudioResamplerFactory.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace SN
+{
+
+namespace
+{
+
+// Samples by which the source's position may be off before it is set anew: reading on sounds better.
+constexpr long long kPositionTolerance = 16;
+
+constexpr FrameRate kOneHertz(zorvmediatypes::kTicksPerSecond);
+
+FrameRate GetInputRate(double inSpeed)
+{
+	return inSpeed == 0.0 ? FrameRate() : kOneHertz * inSpeed;
+}
+
+} // namespace
+
+int RealtimeAudioClipTrackItemRenderer::Create(
+	RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
+{
+	auto const renderer = zorvcore::classref::MakeObject<RealtimeAudioClipTrackItemRenderer>();
+	int const result = renderer->SetUp(inSettings);
+	if (ResultSucceeded(result))
+	{
+		*outGenerator = renderer;
+	}
+	return result;
+}
+
+int RealtimeAudioClipTrackItemRenderer::SetUp(RealtimeAudioClipTrackItemSettings const& inSettings)
+{
+	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
+	if (!ResultSucceeded(result))
+	{
+		return result;
+	}
+	if (!inSettings.mPanProcessor)
+	{
+		return eNullPointer;
+	}
+	mSource = inSettings.mSource;
+	mChain.Init(inSettings.mProcessors, inSettings.mPanProcessor);
+	mSpeed = inSettings.mSpeed;
+	mUsesResampler = mSpeed != 1.0;
+	mTimeTransform = inSettings.mTimeTransform;
+	mTimeOffset = inSettings.mTimeOffset;
+	Prepare();
+	return result;
+}
+
+void RealtimeAudioClipTrackItemRenderer::Prepare()
+{
+	IAudioPanProcessor& panner = *mChain.GetPanProcessor();
+	mWidth = GetPanWorkingWidth(panner);
+	// What a resampler reads may be longer than a block.
+	unsigned const samples = mUsesResampler ? GetMaxResampleBufferSize() : GetMaxBlockSize();
+	ReserveStackAudioBuffer(mWidth, samples, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererPan);
+	ReserveStackAudioSubBuffer(mWidth);
+	if (mUsesResampler)
+	{
+		mResampler = AudioResamplerFactory::CreateAudioResampler(RenderQuality::kMedium);
+		mResampler->Init(GetInputRate(mSpeed), kOneHertz, panner.GetNumOutputChannels(), false);
+		ReserveStackAudioBuffer(
+			mWidth, samples, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererResampler);
+	}
+	mDiscarded = std::make_unique<dsp::AudioBuffer>(mWidth, GetMaxBlockSize());
+}
+
+InterfaceRef<IAudioGenerator> RealtimeAudioClipTrackItemRenderer::Clone()
+{
+	auto const clone = zorvcore::classref::MakeObject<RealtimeAudioClipTrackItemRenderer>();
+	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	clone->CopyTimesFrom(*this);
+	clone->mSpeed = mSpeed;
+	clone->mUsesResampler = mUsesResampler;
+	clone->mTimeTransform = mTimeTransform;
+	clone->mTimeOffset = mTimeOffset;
+	clone->mPrerolled = mPrerolled;
+	clone->mSource = mSource->Clone();
+	clone->mChain.CloneFrom(mChain, *this);
+	clone->Prepare();
+	return clone;
+}
+
+bool RealtimeAudioClipTrackItemRenderer::HasHistory()
+{
+	return mSource->HasHistory() || mChain.HasHistory();
+}
+
+void RealtimeAudioClipTrackItemRenderer::GetAudioData(
+	TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	// What nothing writes is silent.
+	ioBuffer.Zero();
+	if ((!IsImmediateRender() && !mPrerolled) || ioBuffer.GetUseSize() == 0)
+	{
+		return;
+	}
+	TickTime const sourceTime = mTimeTransform->GetTime(ShiftTime(inTime));
+	if (mUsesResampler)
+	{
+		RenderResampled(sourceTime * mSpeed, ioBuffer, inReverse);
+	}
+	else
+	{
+		RenderStraight(sourceTime, ioBuffer, inReverse);
+	}
+}
+
+TickTime RealtimeAudioClipTrackItemRenderer::ShiftTime(TickTime const& inTime) const
+{
+	Prefetcher const* const prefetcher = GetPrefetcher();
+	if (IsDelayCompensationDisabled())
+	{
+		return inTime;
+	}
+	TickTime const shifted = inTime + mTimeOffset;
+	if (!prefetcher || prefetcher->mLoopEnabled == 0 || mTimeOffset == kTimeZero)
+	{
+		return shifted;
+	}
+	// What is read ahead of a looping playhead wraps to the loop's other side.
+	TickTime const loop = prefetcher->mEnd - prefetcher->mStart;
+	if (prefetcher->mReverse != 0)
+	{
+		return shifted <= prefetcher->mStart ? shifted + loop : shifted;
+	}
+	return shifted >= prefetcher->mEnd ? shifted - loop : shifted;
+}
+
+void RealtimeAudioClipTrackItemRenderer::RenderStraight(
+	TickTime const& inSourceTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	if (!PanAlters())
+	{
+		mWindow.Init(std::min<unsigned long long>(mWidth, ioBuffer.GetNumChannels()));
+		mWindow.Assign(ioBuffer, 0);
+		mSource->GetAudioData(inSourceTime, mWindow, inReverse);
+		RunChain(ioBuffer, nullptr, inSourceTime, inReverse);
+		return;
+	}
+	ScopedStackAudioBuffer const scratch(
+		GetStackAudioBuffer(mWidth, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererPan));
+	dsp::AudioBuffer& buffer = scratch.GetBuffer();
+	buffer.SetUseSize(ioBuffer.GetUseSize());
+	buffer.Zero();
+	mWindow.Init(mWidth);
+	mWindow.Assign(buffer, 0);
+	mSource->GetAudioData(inSourceTime, mWindow, inReverse);
+	RunChain(buffer, &ioBuffer, inSourceTime, inReverse);
+}
+
+void RealtimeAudioClipTrackItemRenderer::RenderResampled(
+	TickTime const& inSourceTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	unsigned const outputs = ioBuffer.GetUseSize();
+	unsigned const inputs = mResampler->GetInputSampleCount(outputs);
+	if (inputs > GetMaxResampleBufferSize())
+	{
+		return;
+	}
+	if (inReverse)
+	{
+		mSourcePosition.AddFrames(-static_cast<long long>(inputs), GetFrameRate());
+	}
+	long long const off = inSourceTime.ToFrame64(GetFrameRate()) - mSourcePosition.ToFrame64(GetFrameRate());
+	if (off > kPositionTolerance || off < -kPositionTolerance)
+	{
+		mSourcePosition = inSourceTime;
+	}
+	ScopedStackAudioBuffer const readScratch(
+		GetStackAudioBuffer(mWidth, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererResampler));
+	ScopedStackAudioBuffer const panScratch(
+		GetStackAudioBuffer(mWidth, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererPan));
+	dsp::AudioBuffer& read = readScratch.GetBuffer();
+	dsp::AudioBuffer& panned = panScratch.GetBuffer();
+	read.SetUseSize(inputs);
+	read.Zero();
+	panned.SetUseSize(inputs);
+	panned.Zero();
+
+	TickTime const start = ReadSource(read, inputs, inReverse);
+	bool const panAlters = PanAlters();
+	RunChain(read, panAlters ? &panned : nullptr, start, inReverse);
+	mResampler->Process(panAlters ? panned : read, ioBuffer, inputs, outputs);
+}
+
+TickTime RealtimeAudioClipTrackItemRenderer::ReadSource(
+	dsp::AudioBuffer& ioBuffer, unsigned inCount, bool inReverse)
+{
+	TickTime const start = mSourcePosition;
+	TickTime position = start;
+	mWindow.Init(mWidth);
+	for (unsigned done = 0; done < inCount;)
+	{
+		unsigned const piece = std::min(inCount - done, std::max(GetMaxBlockSize(), 1u));
+		mWindow.Assign(ioBuffer, done);
+		mWindow.SetUseSize(piece);
+		mSource->GetAudioData(position, mWindow, inReverse);
+		if (inReverse)
+		{
+			mWindow.Reverse();
+		}
+		position.AddFrames(piece, GetFrameRate());
+		done += piece;
+	}
+	if (inReverse)
+	{
+		ioBuffer.Reverse();
+	}
+	else
+	{
+		mSourcePosition = position;
+	}
+	return start;
+}
+
+void RealtimeAudioClipTrackItemRenderer::RunChain(
+	dsp::AudioBuffer& ioSource, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse)
+{
+	mWindow.Assign(ioSource, 0);
+	if (outPan)
+	{
+		mPanOutput.Init(std::min<unsigned long long>(mWidth, outPan->GetNumChannels()));
+		mPanOutput.Assign(*outPan, 0);
+	}
+	mChain.Run({mWindow, outPan ? &mPanOutput : nullptr, inTime, GetFrameRate(), inReverse}, *this,
+		{nullptr, IsDelayCompensationDisabled()});
+}
+
+void RealtimeAudioClipTrackItemRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
+{
+	if (mPrerolled)
+	{
+		return;
+	}
+	mPrerolled = true;
+	mSource->Preroll(mTimeTransform->GetTime(inStartTime + mTimeOffset), inReverse);
+	mChain.Preroll(inStartTime * mSpeed, inReverse);
+	if (IsDelayCompensationDisabled())
+	{
+		return;
+	}
+	if (IsImmediateRender() || !IsPrefetchEnabled())
+	{
+		WarmUp(inStartTime);
+		return;
+	}
+	mDelay = mSource->GetDelay();
+	if (mUsesResampler)
+	{
+		mDelay /= mSpeed;
+	}
+	mDelay += mTimeOffset;
+	mFramesFilled = 0;
+	long long const frames = GetDelayInFrames();
+	mFillPosition = inStartTime;
+	if (GetNestingDepth() != 0 && inStartTime >= GetDelay())
+	{
+		// The sequence around it has begun long enough ago.
+		mFramesFilled = frames;
+		return;
+	}
+	mFillPosition.AddFrames(inReverse ? frames : -frames, GetFrameRate());
+}
+
+void RealtimeAudioClipTrackItemRenderer::WarmUp(TickTime const& inStartTime)
+{
+	long long const frames = mTimeOffset.ToFrame64(GetFrameRate());
+	if (frames > 0)
+	{
+		mFillPosition = inStartTime;
+		mFillPosition.AddFrames(-frames, GetFrameRate());
+		Discard(static_cast<unsigned>(std::min<long long>(frames, UINT32_MAX)), false, true);
+	}
+}
+
+// Renders so many frames from the fill position on and throws them away: what counts is that processors
+// and resampler have heard them.
+void RealtimeAudioClipTrackItemRenderer::Discard(unsigned inFrames, bool inReverse, bool inPrefetch)
+{
+	for (unsigned remaining = inFrames; remaining > 0;)
+	{
+		unsigned const piece = std::min(remaining, std::max(GetMaxBlockSize(), 1u));
+		TickTime next = mFillPosition;
+		next.AddFrames(inReverse ? -static_cast<long long>(piece) : piece, GetFrameRate());
+		if (inPrefetch)
+		{
+			PrefetchFromAudioGenerator(InterfaceRef<IAudioGenerator>::FromThis(this),
+				{std::min(mFillPosition, next), std::max(mFillPosition, next)}, SynchronousPrefetch, 0);
+		}
+		mDiscarded->SetUseSize(piece);
+		GetAudioData(mFillPosition, *mDiscarded, inReverse);
+		mFillPosition = next;
+		remaining -= piece;
+	}
+}
+
+void RealtimeAudioClipTrackItemRenderer::FillInitialDelay(
+	TickTime const&, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
+{
+	if (IsDelayCompensationDisabled())
+	{
+		return;
+	}
+	if (inForceCompletion)
+	{
+		mSource->FillInitialDelay(mFillPosition, inDelayTime, inReverse, true);
+	}
+	long long const total = GetDelayInFrames();
+	if (mFramesFilled >= total)
+	{
+		return;
+	}
+	long long const wanted = inForceCompletion ? total : inDelayTime.ToFrame64(GetFrameRate());
+	long long const count = std::min(wanted, total - mFramesFilled);
+	mFramesFilled += count;
+	if (count > 0)
+	{
+		Discard(static_cast<unsigned>(std::min<long long>(count, UINT32_MAX)), inReverse, inForceCompletion);
+	}
+}
+
+void RealtimeAudioClipTrackItemRenderer::AccumulatePrefetchRequests(
+	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
+{
+	PrefetchRange range = inRange + mTimeOffset;
+	if (mUsesResampler)
+	{
+		range *= mSpeed;
+		double const ratio = mResampler->GetInputFrameRate().GetSamplesPerSecond() /
+							 mResampler->GetOutputFrameRate().GetSamplesPerSecond();
+		if (ratio > 1.0)
+		{
+			// More source is read than output.
+			range.mEnd = range.mStart + (range.mEnd - range.mStart) * ratio;
+		}
+	}
+	mSource->AccumulatePrefetchRequests(range, inType, inAccumulator);
+}
+
+void RealtimeAudioClipTrackItemRenderer::Reset()
+{
+	mSource->Reset();
+	mChain.Reset();
+	mChain.RestartControlBlock();
+	mPrerolled = false;
+}
+
+void RealtimeAudioClipTrackItemRenderer::InitializeAudioFilters()
+{
+	mSource->InitializeAudioFilters();
+	mChain.InitializeAudioFilters();
+}
+
+void RealtimeAudioClipTrackItemRenderer::ShutdownAudioFilters()
+{
+	mSource->ShutdownAudioFilters();
+	mChain.ShutdownAudioFilters();
+}
+
+void RealtimeAudioClipTrackItemRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
+{
+	if (InterfaceRef<ILiveAudioParameterOwner> const panner = mChain.GetPanProcessor())
+	{
+		panner->CollectLiveParameters(outParameters);
+	}
+	mChain.CollectLiveParameters(outParameters);
+	if (InterfaceRef<ILiveAudioParameterOwner> const source = mSource)
+	{
+		source->CollectLiveParameters(outParameters);
+	}
+}
+
+std::vector<InterfaceRef<UnknownBase>> RealtimeAudioClipTrackItemRenderer::GetProcessorNodes()
+{
+	std::vector<InterfaceRef<UnknownBase>> nodes(
+		mChain.GetProcessors().begin(), mChain.GetProcessors().end());
+	nodes.emplace_back(mChain.GetPanProcessor());
+	return nodes;
+}
+
+void* RealtimeAudioClipTrackItemRenderer::QueryMap(GUID const& inIdentifier)
+{
+	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, ILiveAudioParameterOwner,
+		IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo, IAudioTrackRenderableItem>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SN

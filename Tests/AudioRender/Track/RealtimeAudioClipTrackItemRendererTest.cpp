@@ -1,0 +1,316 @@
+#include "AudioRender/Track/RealtimeAudioClipTrackItemRenderer.h"
+
+#include "Sonaro/AudioTrackRenderableItems.h"
+#include "Sonaro/PrefetchRequestAccumulator.h"
+#include "Sonaro/SonaroFactory.h"
+#include "Support/Contexts.h"
+#include "Support/Fakes.h"
+#include "Support/Panning.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace SN
+{
+namespace
+{
+
+using namespace Testing;
+using ::testing::ElementsAre;
+using zorvcore::classref::MakeObject;
+
+TickTime At(long long inFrame)
+{
+	return {inFrame, k48000Hz};
+}
+
+// Shifts by so many frames.
+class Shift final : public VX::ITimeTransform
+{
+public:
+	explicit Shift(long long inFrames)
+		: mShift(At(inFrames))
+	{
+	}
+	TickTime GetTime(TickTime const& inTime) override { return inTime + mShift; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<VX::ITimeTransform>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	TickTime mShift;
+};
+
+struct ItemParts
+{
+	InterfaceRef<IAudioGenerator> Make(InterfaceRef<IAudioRenderContext> const& inContext) const
+	{
+		InterfaceRef<IAudioGenerator> item;
+		EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateRealtimeAudioClipTrackItemRenderer(inContext,
+					  k48000Hz, mSource, mProcessors, mPanner ? mPanner : MakePanner(inContext, kPanNoneMono),
+					  mSpeed, MakeObject<Shift>(mShift), At(mOffset), &item),
+			kSuccess);
+		return item;
+	}
+
+	InterfaceRef<FakeGenerator> mSource = MakeObject<FakeGenerator>(1);
+	std::vector<InterfaceRef<IAudioProcessor>> mProcessors;
+	InterfaceRef<IAudioPanProcessor> mPanner;
+	double mSpeed = 1.0;
+	long long mShift = 0;
+	long long mOffset = 0;
+};
+
+TEST(RealtimeAudioClipTrackItemRenderer, PlaysItsSourceShiftedAndMapped)
+{
+	auto const make = [](InterfaceRef<IAudioRenderContext> const& inContext)
+	{
+		ItemParts parts;
+		parts.mShift = 1000;
+		parts.mProcessors = {MakeObject<FakeProcessor>(0.5f)};
+		parts.mPanner = MakePanner(inContext, kPanStereoToMono);
+		parts.mSource = MakeObject<FakeGenerator>(2);
+		auto const item = parts.Make(inContext);
+		item->Preroll(At(0), false);
+		return item;
+	};
+	ScopedContext const context(256);
+	ExpectAnySplitEqualsWhole([&] { return make(context.Get()); }, {.mStartFrame = 20, .mFrames = 250}, 256);
+	auto const item = make(context.Get());
+	for (auto const& one : {item, item->Clone()})
+	{
+		EXPECT_EQ(PullWhole(*one, {.mStartFrame = 20, .mFrames = 10})[0][3],
+			0.25f * (PositionSample(0, 1023) + PositionSample(1, 1023)));
+	}
+
+	ItemParts parts;
+	auto const unprepared = parts.Make(context.Get());
+	EXPECT_EQ(PullWhole(*unprepared, {.mFrames = 4})[0], std::vector<float>(4, 0.0f));
+	EXPECT_TRUE(parts.mSource->mCalls.empty()) << "without a preroll the source is not asked";
+	context->SetImmediateRender(true);
+	EXPECT_EQ(PullWhole(*unprepared, {.mFrames = 4})[0][2], PositionSample(0, 2));
+
+	InterfaceRef<IAudioGenerator> none;
+	auto const factory = SonaroFactory::CreateClassRef();
+	EXPECT_EQ(factory->CreateRealtimeAudioClipTrackItemRenderer(context.Get(), k48000Hz, parts.mSource, {},
+				  {}, 1.0, MakeObject<Shift>(0), kTimeZero, &none),
+		eNullPointer);
+	EXPECT_EQ(factory->CreateRealtimeAudioClipTrackItemRenderer(
+				  {}, k48000Hz, parts.mSource, {}, {}, 1.0, MakeObject<Shift>(0), kTimeZero, &none),
+		eNullPointer);
+}
+
+// A slow tone, whose resampled form is known: at twice the speed it is an octave up.
+float Tone(unsigned long long, long long inFrame)
+{
+	return 0.5f * static_cast<float>(std::sin(0.01 * static_cast<double>(inFrame)));
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, ASpeedReadsTheSourceInItsTime)
+{
+	for (double const speed : {0.5, 0.9, 1.5, 2.0, 3.0})
+	{
+		for (Direction const direction : {Direction::kForward, Direction::kReverse})
+		{
+			SCOPED_TRACE(std::to_string(speed) + (direction == Direction::kReverse ? ", in reverse" : ""));
+			ScopedContext const context(256);
+			ItemParts parts;
+			parts.mSource = MakeObject<FakeGenerator>(1, &Tone);
+			parts.mSpeed = speed;
+			auto const item = parts.Make(context.Get());
+			item->Preroll(At(0), false);
+			Samples out =
+				Pull(*item, {.mStartFrame = 1000, .mFrames = 3000}, RandomBlocks(7, 256), direction);
+			if (direction == Direction::kReverse)
+			{
+				out = Reversed(out);
+			}
+			// The position may be up to 16 samples of the source off, and a jump begins with silence.
+			double worst = 0.0;
+			for (unsigned i = 100; i < 2900; ++i)
+			{
+				double nearest = 1.0;
+				for (double shift = -24.0; shift <= 24.0; shift += 0.25)
+				{
+					double const expected = 0.5 * std::sin(0.01 * ((1000.0 + i) * speed + shift));
+					nearest = std::min(nearest, std::abs(static_cast<double>(out[0][i]) - expected));
+				}
+				worst = std::max(worst, nearest);
+			}
+			EXPECT_LT(worst, 2e-3);
+		}
+	}
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, ReadsOnUntilThePositionsDriftApart)
+{
+	struct Case
+	{
+		char const* mName;
+		long long mJump;
+		bool mIsFollowed;
+	};
+	for (Case const& test : {Case{"none", 0, false}, Case{"up to 16 ahead", 8, false},
+			 Case{"more ahead", 9, true}, Case{"up to 16 back", -7, false}, Case{"more back", -9, true}})
+	{
+		SCOPED_TRACE(test.mName);
+		ScopedContext const context(256);
+		ItemParts parts;
+		parts.mSpeed = 2.0;
+		auto const item = parts.Make(context.Get());
+		item->Preroll(At(0), false);
+		PullWhole(*item, {.mStartFrame = 500, .mFrames = 100});
+		// Where the source was read to; the next request is that far in the item's time, and then jumps.
+		Call const last = parts.mSource->mCalls.back();
+		long long const position = last.mTime.ToFrame64(k48000Hz) + last.mAmount;
+		EXPECT_EQ(parts.mSource->mCalls[1].mTime, At(1000)) << "behind the preroll";
+		parts.mSource->mCalls.clear();
+		PullWhole(*item, {.mStartFrame = position / 2 + test.mJump, .mFrames = 10});
+		long long const wanted = position / 2 * 2 + 2 * test.mJump;
+		EXPECT_EQ(parts.mSource->mCalls.front().mTime, At(test.mIsFollowed ? wanted : position));
+	}
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, ALatencyIsReportedAndFilledAhead)
+{
+	Prefetcher prefetcher;
+	ScopedContext const context(256, &prefetcher);
+	ItemParts parts;
+	parts.mSource->mDelay = At(60);
+	parts.mOffset = 40;
+	auto const item = parts.Make(context.Get());
+	EXPECT_EQ(item->GetDelay(), kTimeZero) << "before a preroll";
+	item->Preroll(At(1000), false);
+	EXPECT_EQ(item->GetDelay(), At(100));
+	parts.mSource->mCalls.clear();
+	// Rendered from 900 on, 40 ahead of that in the source.
+	item->FillInitialDelay(At(0), At(30), false, false);
+	item->FillInitialDelay(At(0), At(300), false, false);
+	item->FillInitialDelay(At(0), At(300), false, false);
+	EXPECT_THAT(parts.mSource->mCalls,
+		ElementsAre(Call{"GetAudioData", At(940), 30, false}, Call{"GetAudioData", At(970), 70, false}));
+	context->SetDelayCompensationDisabled(true);
+	EXPECT_EQ(item->GetDelay(), kTimeZero);
+	EXPECT_EQ(PullWhole(*item, {.mStartFrame = 1000, .mFrames = 4})[0][0], PositionSample(0, 1000))
+		<< "the offset is left out";
+	context->SetDelayCompensationDisabled(false);
+	EXPECT_EQ(PullWhole(*item, {.mStartFrame = 1000, .mFrames = 4})[0][0], PositionSample(0, 1040));
+
+	// Forced, in reverse: from the other side, each piece prefetched before.
+	item->Reset();
+	item->Preroll(At(1000), true);
+	parts.mSource->mCalls.clear();
+	item->FillInitialDelay(At(0), kTimeZero, true, true);
+	EXPECT_THAT(parts.mSource->mCalls, ElementsAre(Call{"FillInitialDelay, forced", At(1100), 0, true},
+										   Call{"Prefetch 0", At(1040), At(100).GetTicks(), false},
+										   Call{"GetAudioData", At(1140), 100, true}));
+
+	// Nested, and begun long ago: nothing to fill.
+	context->PushNestingLevel();
+	auto const nested = parts.Make(context.Get());
+	nested->Preroll(At(1000), false);
+	parts.mSource->mCalls.clear();
+	nested->FillInitialDelay(At(0), At(300), false, false);
+	EXPECT_TRUE(parts.mSource->mCalls.empty());
+	context->PopNestingLevel();
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, WithoutPlaybackAnOffsetIsWarmedUp)
+{
+	ScopedContext const context(64);
+	ItemParts parts;
+	parts.mOffset = 100;
+	auto const item = parts.Make(context.Get());
+	item->Preroll(At(1000), false);
+	std::vector<Call> pulls;
+	for (Call const& call : parts.mSource->mCalls)
+	{
+		if (call.mName == "GetAudioData")
+		{
+			pulls.push_back(call);
+		}
+	}
+	EXPECT_THAT(pulls,
+		ElementsAre(Call{"GetAudioData", At(1000), 64, false}, Call{"GetAudioData", At(1064), 36, false}));
+	EXPECT_EQ(item->GetDelay(), kTimeZero);
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, WhatRunsAheadWrapsAtTheEndsOfALoop)
+{
+	struct Case
+	{
+		char const* mName;
+		bool mReverse;
+		long long mOffset;
+		long long mTime;
+		long long mExpected;
+	};
+	for (Case const& test : {Case{"inside", false, 50, 100, 150}, Case{"across the end", false, 50, 960, 10},
+			 Case{"at the end", false, 50, 950, 0}, Case{"in reverse inside", true, -50, 500, 450},
+			 Case{"in reverse across the start", true, -50, 30, 980},
+			 Case{"without an offset", false, 0, 990, 990}})
+	{
+		SCOPED_TRACE(test.mName);
+		Prefetcher prefetcher;
+		prefetcher.mLoopEnabled = 1;
+		prefetcher.mStart = At(0);
+		prefetcher.mEnd = At(1000);
+		prefetcher.mReverse = test.mReverse ? 1 : 0;
+		ScopedContext const context(64, &prefetcher);
+		ItemParts parts;
+		parts.mOffset = test.mOffset;
+		auto const item = parts.Make(context.Get());
+		item->Preroll(At(0), false);
+		parts.mSource->mCalls.clear();
+		dsp::AudioBuffer buffer(1, 4);
+		item->GetAudioData(At(test.mTime), buffer, false);
+		ASSERT_FALSE(parts.mSource->mCalls.empty());
+		EXPECT_EQ(parts.mSource->mCalls.back().mTime, At(test.mExpected));
+	}
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, APrefetchCoversWhatTheResamplerReads)
+{
+	for (auto const& [speed, start, length] :
+		{std::tuple(1.0, 110ll, 100ll), std::tuple(0.5, 55ll, 50ll), std::tuple(2.0, 220ll, 400ll)})
+	{
+		SCOPED_TRACE(speed);
+		ScopedContext const context(64);
+		ItemParts parts;
+		parts.mOffset = 10;
+		parts.mSpeed = speed;
+		auto const item = parts.Make(context.Get());
+		PrefetchRequestAccumulator accumulator(PrefetchRequestAccumulator::ExtendCapacity, nullptr, nullptr);
+		item->AccumulatePrefetchRequests({At(100), At(200)}, AsynchronousPrefetch, accumulator);
+		EXPECT_EQ(
+			parts.mSource->mCalls.back(), (Call{"Prefetch 1", At(start), At(length).GetTicks(), false}));
+	}
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, LatentEffectsAreLeftOutWithoutCompensation)
+{
+	ScopedContext const context(64);
+	ItemParts parts;
+	auto const latent = MakeObject<FakeProcessor>(0.5f);
+	latent->mDelay = At(5);
+	parts.mProcessors = {latent, MakeObject<FakeProcessor>(0.25f)};
+	auto const item = parts.Make(context.Get());
+	item->Preroll(At(0), false);
+	EXPECT_EQ(PullWhole(*item, {.mFrames = 4})[0][1], 0.125f * PositionSample(0, 1));
+	context->SetDelayCompensationDisabled(true);
+	EXPECT_EQ(PullWhole(*item, {.mFrames = 4})[0][1], 0.25f * PositionSample(0, 1));
+}
+
+} // namespace
+} // namespace SN
