@@ -1,4 +1,8 @@
+#include "AudioRender/Core/SilentGenerator.h"
 #include "AudioRender/Source/AudioGeneratorSource.h"
+#include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
+#include "Sonaro/IAudioTrackRenderableItem.h"
+#include "Sonaro/ICachedAudioGenerator.h"
 #include "Sonaro/IOffsetablePreview.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/PanProcessorType.h"
@@ -8,6 +12,7 @@
 #include "Support/FakeParameter.h"
 #include "Support/Fakes.h"
 #include "Support/RealtimeGuard.h"
+#include "Vexilon/ITimeTransform.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>
@@ -246,6 +251,115 @@ TEST(RenderPath, PannersAndRoutersNeitherAllocateNorLock)
 			matrix->ProcessAudioData(input, time);
 		}
 		panner->Reset();
+		EXPECT_EQ(guard.GetAllocations(), 0);
+		EXPECT_EQ(guard.GetLocks(), 0);
+	}
+}
+
+// A generator whose samples are its frames' numbers and that keeps no record.
+class QuietGenerator final : public SilentGenerator, public IAudioGeneratorPrivate
+{
+public:
+	InterfaceRef<IAudioGenerator> Clone() override { return MakeObject<QuietGenerator>(); }
+	TickTime GetDelay() override { return TickTime(300, k48000Hz); }
+	void GetAudioData(TickTime const&, dsp::AudioBuffer& inBuffer, bool) override
+	{
+		for (unsigned i = 0; i < inBuffer.GetUseSize(); ++i)
+		{
+			inBuffer.GetChannel(0)[i] = 0.25f;
+		}
+		inBuffer.NoteChannelWrite(0, inBuffer.GetUseSize());
+	}
+	unsigned GetNumChannels() override { return 1; }
+	unsigned GetNumOutputChannels() override { return 1; }
+	AudioChannelLayout GetAudioChannelLayout() override { return VX::kAudioChannelLayout_Mono; }
+	FrameRate GetGeneratorFrameRate() override { return k48000Hz; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found =
+			zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+};
+
+// No time is changed.
+class SameTime final : public VX::ITimeTransform
+{
+public:
+	TickTime GetTime(TickTime const& inTime) override { return inTime; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<VX::ITimeTransform>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+};
+
+// Clips at several speeds with a fader, a send with a delay and a moving pan, played, filled ahead, cached,
+// muted and thrown about, in both directions.
+TEST(RenderPath, TracksNeitherAllocateNorLock)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	Prefetcher prefetcher;
+	ScopedContext const context(256, &prefetcher);
+	auto const moving = []
+	{
+		auto const parameter = MakeObject<FakeParameter>(
+			[](TickTime const& inTime) { return inTime < TickTime(700, k48000Hz) ? 0.25f : 0.75f; });
+		parameter->mNext = kTimeZero;
+		return parameter;
+	};
+	AudioTrackRenderableItemList items;
+	for (long long start = 0; start < 3000; start += 500)
+	{
+		InterfaceRef<IAudioPanProcessor> none;
+		factory->CreateNoneAudioPanProcessorRenderer(context.Get(), VX::kAudioChannelLayout_Mono, &none);
+		InterfaceRef<IAudioGenerator> clip;
+		factory->CreateRealtimeAudioClipTrackItemRenderer(context.Get(), k48000Hz,
+			MakeObject<QuietGenerator>(), {}, none, start % 1000 == 0 ? 1.0 : 1.25, MakeObject<SameTime>(),
+			kTimeZero, &clip);
+		InterfaceRef<IAudioTrackRenderableItem> const item(clip);
+		item->Init(
+			TickTime(start, k48000Hz), TickTime(start + 500, k48000Hz), TickTime(start, k48000Hz), k48000Hz);
+		items.push_back(item);
+	}
+	std::vector<InterfaceRef<IAudioProcessor>> processors(2);
+	factory->CreateAudioFaderRenderer(
+		context.Get(), k48000Hz, {moving(), MakeObject<FakeParameter>(0.0f)}, &processors[0]);
+	InterfaceRef<IAudioPanProcessor> sendPanner;
+	factory->CreateAudioPanProcessorRenderer(
+		context.Get(), k48000Hz, kPanMonoToStereo, false, {moving()}, &sendPanner);
+	factory->CreateAudioSendRenderer(context.Get(), k48000Hz, moving(),
+		{moving(), MakeObject<FakeParameter>(0.0f)}, sendPanner, &processors[1]);
+	InterfaceRef<IAudioPanProcessor> panner;
+	factory->CreateAudioPanProcessorRenderer(
+		context.Get(), k48000Hz, kPanMonoToStereo, false, {moving()}, &panner);
+	auto const mute = std::make_shared<zorvcore::threads::AtomicIntegral<int>>(0);
+	InterfaceRef<IAudioGenerator> track;
+	ASSERT_EQ(factory->CreateAudioClipTrackRenderer(context.Get(), k48000Hz, items, moving(), mute,
+				  processors, panner, VX::kAudioChannelLayout_Stereo, &track),
+		kSuccess);
+	InterfaceRef<CompensatingDelayOwnerMixin>(track)->SetDelays({{0, 0, 100}, {0, 0, 40}});
+	InterfaceRef<ICachedAudioGenerator> const cached(track);
+	dsp::AudioBuffer buffer(2, 256);
+	for (bool const reverse : {false, true})
+	{
+		prefetcher.mReverse = reverse ? 1 : 0;
+		track->Reset();
+		track->Preroll(TickTime(100, k48000Hz), reverse);
+		RealtimeGuard const guard;
+		for (long long const frame : {100, 356, 612, 2000, 50, 2900, 5000})
+		{
+			TickTime const time(frame, k48000Hz);
+			mute->Set(frame == 2000 ? 1 : 0);
+			track->GetAudioData(time, buffer, reverse);
+			cached->GenerateAudio(200, time, reverse);
+			cached->MixCachedAudio(buffer);
+			track->GetDelay();
+		}
 		EXPECT_EQ(guard.GetAllocations(), 0);
 		EXPECT_EQ(guard.GetLocks(), 0);
 	}
