@@ -2,6 +2,7 @@
 
 #include "Time/Resampler/ResamplerBase.h"
 #include "Time/Resampler/SincFilter.h"
+#include "zorvaccelerate/Resampling.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <array>
@@ -37,7 +38,7 @@ public:
 
 private:
 	// Outputs that are worked out together.
-	static constexpr unsigned kBatch = 8;
+	static constexpr unsigned kBatch = zorvaccelerate::utility::kFilterOutputs;
 
 	// One output: the first sample in the ring that it takes, and the row of the filter. Between that row
 	// and the one before lies mFraction, unused where all steps are whole.

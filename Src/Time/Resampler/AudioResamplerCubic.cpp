@@ -1,5 +1,7 @@
 #include "Time/Resampler/AudioResamplerCubic.h"
 
+#include "zorvaccelerate/Resampling.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -68,14 +70,8 @@ float AudioResamplerCubic::InterpolateAt(Channel const& inChannel, double inPosi
 void AudioResamplerCubic::InterpolateInside(
 	unsigned inCount, double const* inPositions, float const* inSamples, float* outSamples) const
 {
-	float const* const table = mTable->GetCoefficients();
-	for (unsigned i = 0; i < inCount; ++i)
-	{
-		auto const index = static_cast<unsigned>(inPositions[i]);
-		float const* const samples = inSamples + index - 1;
-		outSamples[i] = Interpolate(
-			table + GetRow(inPositions[i] - index), samples[0], samples[1], samples[2], samples[3]);
-	}
+	zorvaccelerate::utility::InterpolateCubic(inCount, inPositions, mTable->GetCoefficients(),
+		CubicCoefficientTable::kSteps, inSamples, outSamples);
 }
 
 void AudioResamplerCubic::RenewHistory(

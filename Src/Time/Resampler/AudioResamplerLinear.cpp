@@ -1,5 +1,7 @@
 #include "Time/Resampler/AudioResamplerLinear.h"
 
+#include "zorvaccelerate/Resampling.h"
+
 #include <cmath>
 
 namespace SN
@@ -47,12 +49,7 @@ float AudioResamplerLinear::InterpolateAt(Channel const& inChannel, double inPos
 void AudioResamplerLinear::InterpolateInside(
 	unsigned inCount, double const* inPositions, float const* inSamples, float* outSamples) const
 {
-	for (unsigned i = 0; i < inCount; ++i)
-	{
-		// Positions are not negative here, so that cutting off goes down.
-		auto const index = static_cast<unsigned>(inPositions[i]);
-		outSamples[i] = Interpolate(inSamples[index], inSamples[index + 1], inPositions[i] - index);
-	}
+	zorvaccelerate::utility::InterpolateLinear(inCount, inPositions, inSamples, outSamples);
 }
 
 void AudioResamplerLinear::RenewHistory(

@@ -1,6 +1,7 @@
 #include "Time/Resampler/AudioResamplerSinc.h"
 
 #include "Sonaro/AudioUtilities.h"
+#include "zorvaccelerate/Resampling.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 
 #include <algorithm>
@@ -275,47 +276,37 @@ void AudioResamplerSinc::FlushBatch(Block& ioBlock)
 void AudioResamplerSinc::InterpolateCoefficients()
 {
 	auto const numTaps = static_cast<unsigned>(mFilter.GetNumTaps());
-	double* coefficients = mCoefficients.data();
 	for (unsigned i = 0; i < mNumPositions; ++i)
 	{
 		Position const& position = mPositions[i];
-		float const* const row = mFilter.GetRow(position.mRow);
-		float const* const above = mFilter.GetRow(position.mRow - 1);
-		double const weight = 1.0 - static_cast<double>(position.mFraction);
-		for (unsigned k = 0; k < numTaps; ++k)
-		{
-			float const share = position.mFraction * above[k];
-			*coefficients++ = static_cast<double>(share) + static_cast<double>(row[k]) * weight;
-		}
+		zorvaccelerate::utility::InterpolateCoefficients(numTaps, mFilter.GetRow(position.mRow),
+			mFilter.GetRow(position.mRow - 1), position.mFraction, mCoefficients.data() + i * numTaps);
 	}
 }
 
 void AudioResamplerSinc::FilterBatch(unsigned long long inChannel, float* outSamples) const
 {
+	using zorvaccelerate::utility::FilterEight;
 	auto const numTaps = static_cast<unsigned>(mFilter.GetNumTaps());
 	float const* const ring = mDelayLine.GetChannel(inChannel);
-	for (unsigned i = 0; i < mNumPositions; ++i)
+	std::array<float const*, kBatch> samples;
+	std::array<float const*, kBatch> rows;
+	std::array<double const*, kBatch> coefficients;
+	for (unsigned i = 0; i < kBatch; ++i)
 	{
-		float const* const samples = ring + mPositions[i].mFirst;
-		double sum = 0.0;
-		if (mStepsAreWhole)
-		{
-			float const* const row = mFilter.GetRow(mPositions[i].mRow);
-			for (unsigned k = 0; k < numTaps; ++k)
-			{
-				float const product = row[k] * samples[k];
-				sum += static_cast<double>(product);
-			}
-		}
-		else
-		{
-			double const* const coefficients = mCoefficients.data() + i * numTaps;
-			for (unsigned k = 0; k < numTaps; ++k)
-			{
-				sum += coefficients[k] * static_cast<double>(samples[k]);
-			}
-		}
-		outSamples[i] = static_cast<float>(sum);
+		// A batch that is not full is filled up with its first output.
+		unsigned const position = i < mNumPositions ? i : 0;
+		samples[i] = ring + mPositions[position].mFirst;
+		rows[i] = mFilter.GetRow(mPositions[position].mRow);
+		coefficients[i] = mCoefficients.data() + position * numTaps;
+	}
+	if (mStepsAreWhole)
+	{
+		FilterEight(numTaps, rows.data(), samples.data(), outSamples);
+	}
+	else
+	{
+		FilterEight(numTaps, coefficients.data(), samples.data(), outSamples);
 	}
 }
 

@@ -1,0 +1,185 @@
+#include "zorvaccelerate/Resampling.h"
+
+#include "GuardedArray.h"
+#include "zorvaccelerate/ResamplingVariants.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace zorvaccelerate::utility
+{
+namespace
+{
+
+double RoundedDouble(double inValue)
+{
+	double volatile const value = inValue;
+	return value;
+}
+
+double Wide(float inValue)
+{
+	return static_cast<double>(inValue);
+}
+
+// Values whose sum tells the order of its additions.
+float OrdinaryValue(std::mt19937& ioRandom)
+{
+	return std::ldexp(
+		static_cast<float>(ioRandom() % 2000001) - 1000000.0f, static_cast<int>(ioRandom() % 50) - 30);
+}
+
+// As FilterEight for one output.
+float AddInOrder(std::vector<double> const& inCoefficients, std::vector<float> const& inSamples)
+{
+	double sum = 0.0;
+	for (std::size_t k = 0; k < inCoefficients.size(); ++k)
+	{
+		sum = RoundedDouble(sum + RoundedDouble(inCoefficients[k] * Wide(inSamples[k])));
+	}
+	return static_cast<float>(sum);
+}
+
+float AddInOrder(std::vector<float> const& inCoefficients, std::vector<float> const& inSamples)
+{
+	double sum = 0.0;
+	for (std::size_t k = 0; k < inCoefficients.size(); ++k)
+	{
+		sum = RoundedDouble(sum + Wide(Rounded(inCoefficients[k] * inSamples[k])));
+	}
+	return static_cast<float>(sum);
+}
+
+TEST(Resampling, EveryVariantFiltersInTheOrderOfTheTaps)
+{
+	std::mt19937 random(31);
+	for (unsigned taps = 0; taps <= 35; ++taps)
+	{
+		for (ResamplingVariant const& variant : RunnableResamplingVariants())
+		{
+			SCOPED_TRACE(std::to_string(taps) + " taps, " + variant.mName);
+			std::deque<GuardedArray> samples;
+			std::deque<GuardedArray> rows;
+			std::deque<std::vector<double>> coefficients;
+			float const* samplePointers[kFilterOutputs];
+			float const* rowPointers[kFilterOutputs];
+			double const* coefficientPointers[kFilterOutputs];
+			std::vector<float> expectedDouble;
+			std::vector<float> expectedSingle;
+			for (unsigned i = 0; i < kFilterOutputs; ++i)
+			{
+				samples.emplace_back(taps, (taps + i) % 8, random);
+				rows.emplace_back(taps, (taps + 3 * i) % 8, random);
+				if (i != taps % kFilterOutputs)
+				{
+					std::generate_n(samples[i].Data(), taps, [&] { return OrdinaryValue(random); });
+					std::generate_n(rows[i].Data(), taps, [&] { return OrdinaryValue(random); });
+				}
+				// One step aside, so that the doubles lie on no boundary of a vector.
+				coefficients.emplace_back(taps + 1);
+				std::vector<double> exact;
+				for (unsigned k = 0; k < taps; ++k)
+				{
+					exact.push_back(Wide(OrdinaryValue(random)) * (1.0 + 1e-12));
+					coefficients[i][k + 1] = exact.back();
+				}
+				samplePointers[i] = samples[i].Data();
+				rowPointers[i] = rows[i].Data();
+				coefficientPointers[i] = coefficients[i].data() + 1;
+				expectedDouble.push_back(AddInOrder(exact, samples[i].Values()));
+				expectedSingle.push_back(AddInOrder(rows[i].Values(), samples[i].Values()));
+			}
+			GuardedArray output(kFilterOutputs, taps % 8, random);
+			variant.mFilterDouble(taps, coefficientPointers, samplePointers, output.Data());
+			EXPECT_TRUE(SameBits(output.Values(), expectedDouble));
+			variant.mFilterSingle(taps, rowPointers, samplePointers, output.Data());
+			EXPECT_TRUE(SameBits(output.Values(), expectedSingle));
+			EXPECT_TRUE(output.GuardsAreWhole());
+		}
+	}
+}
+
+TEST(Resampling, EveryVariantInterpolatesCoefficientsAlike)
+{
+	std::mt19937 random(32);
+	for (unsigned taps = 0; taps <= 35; ++taps)
+	{
+		for (ResamplingVariant const& variant : RunnableResamplingVariants())
+		{
+			SCOPED_TRACE(std::to_string(taps) + " taps, " + variant.mName);
+			GuardedArray row(taps, taps % 8, random);
+			GuardedArray next(taps, (taps + 1) % 8, random);
+			float const fraction = static_cast<float>(random() % 1000) / 1000.0f;
+			std::vector<double> output(taps + 2, -77.25);
+			variant.mInterpolateCoefficients(taps, row.Data(), next.Data(), fraction, output.data() + 1);
+			for (std::size_t k = 0; k < taps; ++k)
+			{
+				double const share = Wide(Rounded(fraction * next.Values()[k]));
+				double const rest =
+					RoundedDouble(Wide(row.Values()[k]) * RoundedDouble(1.0 - Wide(fraction)));
+				double const expected = share + rest;
+				EXPECT_TRUE(
+					std::bit_cast<std::uint64_t>(output[k + 1]) == std::bit_cast<std::uint64_t>(expected) ||
+					(std::isnan(output[k + 1]) && std::isnan(expected)));
+			}
+			EXPECT_EQ(output.front(), -77.25);
+			EXPECT_EQ(output.back(), -77.25);
+		}
+	}
+}
+
+// Awkward samples at positions all over them, up to the last that is allowed.
+TEST(Resampling, EveryVariantInterpolatesSamplesAlike)
+{
+	constexpr unsigned kSamples = 50;
+	constexpr unsigned kSteps = 16;
+	std::mt19937 random(33);
+	for (unsigned count = 0; count <= 35; ++count)
+	{
+		for (ResamplingVariant const& variant : RunnableResamplingVariants())
+		{
+			SCOPED_TRACE(std::to_string(count) + " outputs, " + variant.mName);
+			GuardedArray samples(kSamples, count % 8, random);
+			GuardedArray weights(4 * kSteps, (count + 1) % 8, random);
+			std::vector<float> const s = samples.Values();
+			std::vector<float> const w = weights.Values();
+			std::vector<double> positions;
+			std::vector<float> linear;
+			std::vector<float> cubic;
+			for (unsigned i = 0; i < count; ++i)
+			{
+				std::size_t const index = 1 + random() % (kSamples - 3);
+				double const fraction = static_cast<double>(random() % 4096) / 4096.0;
+				positions.push_back(static_cast<double>(index) + fraction);
+				float const slope = Rounded(s[index + 1] - s[index]);
+				linear.push_back(static_cast<float>(RoundedDouble(Wide(slope) * fraction) + Wide(s[index])));
+				std::size_t const row = 4 * static_cast<std::size_t>(fraction * kSteps);
+				float sum = Rounded(s[index - 1] * w[row]);
+				for (std::size_t k = 1; k < 4; ++k)
+				{
+					sum = Rounded(sum + Rounded(s[index - 1 + k] * w[row + k]));
+				}
+				cubic.push_back(sum);
+			}
+			GuardedArray output(count, (count + 5) % 8, random);
+			variant.mInterpolateLinear(count, positions.data(), samples.Data(), output.Data());
+			EXPECT_TRUE(SameBits(output.Values(), linear));
+			variant.mInterpolateCubic(
+				count, positions.data(), weights.Data(), kSteps, samples.Data(), output.Data());
+			EXPECT_TRUE(SameBits(output.Values(), cubic));
+			EXPECT_TRUE(output.GuardsAreWhole());
+		}
+	}
+}
+
+} // namespace
+} // namespace zorvaccelerate::utility
