@@ -1,6 +1,6 @@
 #include "zorvaccelerate/ChannelMixing.h"
 
-#include "ProcessorLevel.h"
+#include "VariantChoice.h"
 #include "zorvaccelerate/ChannelVariants.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 
@@ -37,30 +37,8 @@ struct Surround
 
 } // namespace zorvaccelerate::utility
 
-#if defined(__clang__)
-#define KERNEL_LOOP _Pragma("clang loop vectorize(assume_safety)")
-#else
-#define KERNEL_LOOP _Pragma("GCC ivdep")
-#endif
-
-#define VARIANT_NAMESPACE Baseline
-#define VARIANT_NAME "baseline"
-#define VARIANT_TARGET
-#include "ChannelKernels.inc"
-
-#if defined(__x86_64__)
-
-#define VARIANT_NAMESPACE Level3
-#define VARIANT_NAME "x86-64-v3"
-#define VARIANT_TARGET __attribute__((target("arch=x86-64-v3")))
-#include "ChannelKernels.inc"
-
-#define VARIANT_NAMESPACE Level4
-#define VARIANT_NAME "x86-64-v4"
-#define VARIANT_TARGET __attribute__((target("arch=x86-64-v4")))
-#include "ChannelKernels.inc"
-
-#endif
+#define KERNEL_FILE "ChannelKernels.inc"
+#include "CompileForEachLevel.inc"
 
 namespace zorvaccelerate::utility
 {
@@ -68,20 +46,8 @@ namespace zorvaccelerate::utility
 namespace
 {
 
-// The variant in use: the baseline for static objects that are made before this library's own, then the
-// best one.
-constinit ChannelVariant const* sVariant = &Baseline::kVariant;
-
-[[maybe_unused]] bool const sIsChosen = []
-{
-#if defined(__x86_64__)
-	ProcessorLevel const level = GetProcessorLevel();
-	sVariant = level == ProcessorLevel::kLevel4   ? &Level4::kVariant
-			   : level == ProcessorLevel::kLevel3 ? &Level3::kVariant
-												  : &Baseline::kVariant;
-#endif
-	return true;
-}();
+constinit VariantChoice sChoice(kVariants);
+[[maybe_unused]] bool const sIsChosen = sChoice.Choose();
 
 // Sample i of the filter's input.
 float GetFeed(FilterFeed const& inFeed, unsigned inIndex)
@@ -95,25 +61,13 @@ float GetFeed(FilterFeed const& inFeed, unsigned inIndex)
 
 std::vector<ChannelVariant> RunnableChannelVariants()
 {
-	std::vector<ChannelVariant> variants{Baseline::kVariant};
-#if defined(__x86_64__)
-	ProcessorLevel const level = GetProcessorLevel();
-	if (level >= ProcessorLevel::kLevel3)
-	{
-		variants.push_back(Level3::kVariant);
-	}
-	if (level >= ProcessorLevel::kLevel4)
-	{
-		variants.push_back(Level4::kVariant);
-	}
-#endif
-	return variants;
+	return sChoice.GetRunnable();
 }
 
 void FoldChannels(ChannelFold inFold, unsigned inCount, float const* const* inInputs,
 	FoldGains const& inGains, float* const* outOutputs)
 {
-	sVariant->mFolds[static_cast<unsigned>(inFold)](inCount, inInputs, inGains, outOutputs);
+	sChoice->mFolds[static_cast<unsigned>(inFold)](inCount, inInputs, inGains, outOutputs);
 }
 
 void WeightedSum(unsigned inCount, unsigned inNumInputs, float const* const* inInputs, float const* inGains,
@@ -124,12 +78,12 @@ void WeightedSum(unsigned inCount, unsigned inNumInputs, float const* const* inI
 		Zero(inCount, outOutput);
 		return;
 	}
-	sVariant->mWeightedSum(inCount, inNumInputs, inInputs, inGains, outOutput);
+	sChoice->mWeightedSum(inCount, inNumInputs, inInputs, inGains, outOutput);
 }
 
 void MulConstantAdd(unsigned inCount, float const* inInput, float inFactor, float* ioOutput)
 {
-	sVariant->mMulConstantAdd(inCount, inInput, inFactor, ioOutput);
+	sChoice->mMulConstantAdd(inCount, inInput, inFactor, ioOutput);
 }
 
 void FeedFilter(unsigned inCount, FilterFeed& ioFeed, float inFactor, float* outOutput)
@@ -147,11 +101,11 @@ void FeedFilter(unsigned inCount, FilterFeed& ioFeed, float inFactor, float* out
 	{
 		if (ioFeed.mSecond)
 		{
-			sVariant->mFeedTwo(inCount, ioFeed, inFactor, outOutput);
+			sChoice->mFeedTwo(inCount, ioFeed, inFactor, outOutput);
 		}
 		else
 		{
-			sVariant->mFeedOne(inCount, ioFeed.mFirst, inFactor, outOutput);
+			sChoice->mFeedOne(inCount, ioFeed.mFirst, inFactor, outOutput);
 		}
 		x1 = GetFeed(ioFeed, inCount - 1);
 		x2 = GetFeed(ioFeed, inCount - 2);

@@ -1,6 +1,6 @@
 #include "zorvaccelerate/VectorArithmetic.h"
 
-#include "ProcessorLevel.h"
+#include "VariantChoice.h"
 #include "zorvaccelerate/VectorVariants.h"
 
 #include <cstddef>
@@ -8,24 +8,8 @@
 #include <cstring>
 #include <new>
 
-#define VARIANT_NAMESPACE Baseline
-#define VARIANT_NAME "baseline"
-#define VARIANT_TARGET
-#include "VectorKernels.inc"
-
-#if defined(__x86_64__)
-
-#define VARIANT_NAMESPACE Level3
-#define VARIANT_NAME "x86-64-v3"
-#define VARIANT_TARGET __attribute__((target("arch=x86-64-v3")))
-#include "VectorKernels.inc"
-
-#define VARIANT_NAMESPACE Level4
-#define VARIANT_NAME "x86-64-v4"
-#define VARIANT_TARGET __attribute__((target("arch=x86-64-v4")))
-#include "VectorKernels.inc"
-
-#endif
+#define KERNEL_FILE "VectorKernels.inc"
+#include "CompileForEachLevel.inc"
 
 namespace zorvaccelerate::utility
 {
@@ -35,20 +19,8 @@ namespace
 
 constexpr std::align_val_t kAlignment{64};
 
-// The variant in use: the baseline for static objects that are made before this library's own, then the
-// best one.
-constinit VectorVariant const* sVariant = &Baseline::kVariant;
-
-[[maybe_unused]] bool const sIsChosen = []
-{
-#if defined(__x86_64__)
-	ProcessorLevel const level = GetProcessorLevel();
-	sVariant = level == ProcessorLevel::kLevel4   ? &Level4::kVariant
-			   : level == ProcessorLevel::kLevel3 ? &Level3::kVariant
-												  : &Baseline::kVariant;
-#endif
-	return true;
-}();
+constinit VariantChoice sChoice(kVariants);
+[[maybe_unused]] bool const sIsChosen = sChoice.Choose();
 
 void* Allocate(std::size_t inBytes)
 {
@@ -60,19 +32,7 @@ void* Allocate(std::size_t inBytes)
 
 std::vector<VectorVariant> RunnableVariants()
 {
-	std::vector<VectorVariant> variants{Baseline::kVariant};
-#if defined(__x86_64__)
-	ProcessorLevel const level = GetProcessorLevel();
-	if (level >= ProcessorLevel::kLevel3)
-	{
-		variants.push_back(Level3::kVariant);
-	}
-	if (level >= ProcessorLevel::kLevel4)
-	{
-		variants.push_back(Level4::kVariant);
-	}
-#endif
-	return variants;
+	return sChoice.GetRunnable();
 }
 
 // The C library chooses for the processor by itself.
@@ -110,33 +70,33 @@ void Zero(unsigned inCount, double* outOutput)
 
 void Add(unsigned inCount, float const* inA, float const* inB, float* outOutput)
 {
-	sVariant->mAdd(inCount, inA, inB, outOutput);
+	sChoice->mAdd(inCount, inA, inB, outOutput);
 }
 
 void MulConstant_InPlace(unsigned inCount, float* ioData, float inFactor)
 {
-	sVariant->mMulConstant(inCount, ioData, inFactor, ioData);
+	sChoice->mMulConstant(inCount, ioData, inFactor, ioData);
 }
 
 void MulConstant(unsigned inCount, float const* inInput, float inFactor, float* outOutput)
 {
-	sVariant->mMulConstant(inCount, inInput, inFactor, outOutput);
+	sChoice->mMulConstant(inCount, inInput, inFactor, outOutput);
 }
 
 void Reverse_InPlace(unsigned inCount, float* ioData)
 {
-	sVariant->mReverse(inCount, ioData);
+	sChoice->mReverse(inCount, ioData);
 }
 
 void MulRamp(
 	unsigned inCount, float const* inInput, LinearRamp const& inRamp, unsigned inFirst, float* outOutput)
 {
-	sVariant->mMulRamp(inCount, inInput, inRamp, inFirst, outOutput);
+	sChoice->mMulRamp(inCount, inInput, inRamp, inFirst, outOutput);
 }
 
 void ConvertInt32ToFloat32_InPlace(unsigned inCount, void* ioData)
 {
-	sVariant->mConvertInt32ToFloat32(inCount, ioData);
+	sChoice->mConvertInt32ToFloat32(inCount, ioData);
 }
 
 float* Malloc_Float(unsigned inCount)
