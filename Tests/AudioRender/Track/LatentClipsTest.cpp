@@ -1,0 +1,173 @@
+#include "Sonaro/AudioTrackRenderableItems.h"
+#include "Sonaro/SonaroFactory.h"
+#include "Support/Contexts.h"
+#include "Support/Fakes.h"
+#include "Support/Panning.h"
+#include "Vexilon/ITimeTransform.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace SN
+{
+namespace
+{
+
+using namespace Testing;
+using zorvcore::classref::MakeObject;
+
+TickTime At(long long inFrame)
+{
+	return {inFrame, k48000Hz};
+}
+
+// An effect that gives its input so many samples late, with silence before.
+class LatentEffect final : public IAudioProcessor
+{
+public:
+	explicit LatentEffect(unsigned inLatency)
+		: mLatency(inLatency),
+		  mPast(inLatency, 0.0f)
+	{
+	}
+
+	InterfaceRef<IAudioProcessor> Clone(FrameRate const&, unsigned, unsigned) override
+	{
+		return MakeObject<LatentEffect>(mLatency);
+	}
+	bool HasHistory() override { return true; }
+	void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const&) override
+	{
+		float* const samples = inBuffer.GetChannel(0);
+		bool const isSilent = inBuffer.IsChannelSilent(0);
+		for (unsigned i = 0; i < inBuffer.GetUseSize(); ++i)
+		{
+			mPast.push_back(isSilent ? 0.0f : samples[i]);
+			samples[i] = mPast.front();
+			mPast.pop_front();
+		}
+		inBuffer.NoteChannelWrite(0, inBuffer.GetUseSize());
+	}
+	void Preroll(TickTime const&, bool) override {}
+	void Reset() override { mPast.assign(mLatency, 0.0f); }
+	void InitializeAudioFilter() override {}
+	void ShutdownAudioFilter() override {}
+	TickTime GetDelay() override { return At(mLatency); }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<IAudioProcessor>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	unsigned mLatency;
+	std::deque<float> mPast;
+};
+
+class SameTime final : public VX::ITimeTransform
+{
+public:
+	TickTime GetTime(TickTime const& inTime) override { return inTime; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<VX::ITimeTransform>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+};
+
+constexpr long long kClipFrames = 8000;
+
+// Three clips of which each has an effect of its latency, and reads as far ahead.
+InterfaceRef<IAudioGenerator> MakeTrack(
+	InterfaceRef<IAudioRenderContext> const& inContext, std::vector<unsigned> const& inLatencies)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	AudioTrackRenderableItemList items;
+	items.push_back(CreateSilentAudioTrackRenderableItem(At(-100), At(0), k48000Hz));
+	long long start = 0;
+	for (unsigned const latency : inLatencies)
+	{
+		InterfaceRef<IAudioGenerator> clip;
+		factory->CreateRealtimeAudioClipTrackItemRenderer(inContext, k48000Hz, MakeObject<FakeGenerator>(1),
+			{MakeObject<LatentEffect>(latency)}, MakePanner(inContext, kPanNoneMono), 1.0,
+			MakeObject<SameTime>(), At(latency), &clip);
+		InterfaceRef<IAudioTrackRenderableItem> const item(clip);
+		item->Init(At(start), At(start + kClipFrames), At(start), k48000Hz);
+		items.push_back(item);
+		start += kClipFrames;
+	}
+	items.push_back(CreateSilentAudioTrackRenderableItem(At(start), At(start + 100000), k48000Hz));
+	InterfaceRef<IAudioGenerator> track;
+	factory->CreateAudioClipTrackRenderer(
+		inContext, k48000Hz, items, {}, {}, {}, {}, VX::kAudioChannelLayout_Mono, &track);
+	return track;
+}
+
+// Wherever playback begins, and in blocks of any length, each clip's sound stands at its own sample from
+// the first one on, though it went through an effect that is late.
+TEST(LatentClips, SoundAtTheirNominalSamples)
+{
+	struct Case
+	{
+		char const* mName;
+		std::vector<unsigned> mLatencies;
+	};
+	Case const cases[] = {
+		{"none", {0, 0, 0}},
+		{"a sample", {1, 1, 1}},
+		{"the last one alone", {0, 0, 700}},
+		{"each another", {100, 1000, 33}},
+		{"long", {5000, 5000, 5000}},
+	};
+	for (Case const& test : cases)
+	{
+		for (long long const start : {0ll, 1234ll, kClipFrames - 10, kClipFrames + 300})
+		{
+			for (unsigned const nesting : {0u, 1u})
+			{
+				SCOPED_TRACE(std::string(test.mName) + " from " + std::to_string(start) + ", depth " +
+							 std::to_string(nesting));
+				Prefetcher prefetcher;
+				ScopedContext const context(512, &prefetcher);
+				for (unsigned level = 0; level < nesting; ++level)
+				{
+					context->PushNestingLevel();
+				}
+				auto const track = MakeTrack(context.Get(), test.mLatencies);
+				track->Preroll(At(start), false);
+				if (track->GetDelay() == kTimeZero)
+				{
+					auto const frames = static_cast<unsigned>(3 * kClipFrames - start);
+					Samples const out =
+						Pull(*track, {.mStartFrame = start, .mFrames = frames}, RandomBlocks(9, 512));
+					for (unsigned i = 0; i < frames; ++i)
+					{
+						ASSERT_EQ(out[0][i], PositionSample(0, (start + i) % kClipFrames))
+							<< "frame " << start + i;
+					}
+				}
+				else
+				{
+					// A nested track cannot hide the delay of the clip that it is in: the sequence around it
+					// asks so much earlier.
+					EXPECT_EQ(nesting, 1u);
+				}
+				for (unsigned level = 0; level < nesting; ++level)
+				{
+					context->PopNestingLevel();
+				}
+			}
+		}
+	}
+}
+
+} // namespace
+} // namespace SN
