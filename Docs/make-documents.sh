@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Writes the documents that are measured on the engine: channel-conversions.md and pan-laws.svg.
+# Writes the documents that are measured on the engine: channel-conversions.md, pan-laws.svg and resamplers.md.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 Scripts/setup.sh test

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "ResamplerRuns.h"
+
 #include <cstddef>
-#include <vector>
 
 // The resamplers written again in the plainest way, sample by sample and channel by channel: what the
 // engine's own must equal to the bit.
 namespace SN::Testing
 {
-
-using Samples = std::vector<float>;
 
 // One channel. Taps beyond the input read zeros.
 class ReferenceResampler

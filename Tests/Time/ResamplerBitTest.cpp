@@ -1,3 +1,4 @@
+#include "ReferenceResamplers.h"
 #include "ResamplerRuns.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
+#include <random>
 #include <string>
 
 namespace SN

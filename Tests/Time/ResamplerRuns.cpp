@@ -73,6 +73,12 @@ Samples MakeTone(double inFrequency, unsigned inCount)
 
 ToneFit FitTone(Samples const& inMeasured, double inFrequency, double inFirst, double inStep)
 {
+	return FitWave(inMeasured, [=](std::size_t inIndex)
+		{ return 2.0 * std::numbers::pi * inFrequency * (inFirst + static_cast<double>(inIndex) * inStep); });
+}
+
+ToneFit FitWave(Samples const& inMeasured, std::function<double(std::size_t)> const& inAngle)
+{
 	// The normal equations of sine and cosine.
 	double ss = 0.0;
 	double cc = 0.0;
@@ -82,8 +88,7 @@ ToneFit FitTone(Samples const& inMeasured, double inFrequency, double inFirst, d
 	double power = 0.0;
 	for (std::size_t i = 0; i < inMeasured.size(); ++i)
 	{
-		double const angle =
-			2.0 * std::numbers::pi * inFrequency * (inFirst + static_cast<double>(i) * inStep);
+		double const angle = inAngle(i);
 		double const s = std::sin(angle);
 		double const c = std::cos(angle);
 		double const m = static_cast<double>(inMeasured[i]);
@@ -99,7 +104,7 @@ ToneFit FitTone(Samples const& inMeasured, double inFrequency, double inFirst, d
 	double const cosine = (cm * ss - sm * sc) / determinant;
 	double const signal = sine * sm + cosine * cm;
 	return {std::hypot(sine, cosine), std::atan2(cosine, sine),
-		10.0 * std::log10(signal / std::max(power - signal, 1e-300))};
+		10.0 * std::log10(signal / std::max(power - signal, 1e-15 * power))};
 }
 
 double MeasureLevel(Samples const& inSamples)

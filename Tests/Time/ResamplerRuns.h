@@ -1,12 +1,15 @@
 #pragma once
 
-#include "ReferenceResamplers.h"
 #include "Time/Resampler/IAudioResampler.h"
 
-#include <random>
+#include <cstddef>
+#include <functional>
+#include <vector>
 
 namespace SN::Testing
 {
+
+using Samples = std::vector<float>;
 
 enum class ResamplerKind
 {
@@ -53,6 +56,8 @@ struct ToneFit
 };
 // inMeasured should be the tone of so many cycles a sample, at the positions inFirst + k * inStep.
 ToneFit FitTone(Samples const& inMeasured, double inFrequency, double inFirst, double inStep);
+// The same for a wave that has the angle inAngle(k) in sample k, in radians.
+ToneFit FitWave(Samples const& inMeasured, std::function<double(std::size_t)> const& inAngle);
 
 // The mean power over that of a tone of full scale, in dB.
 double MeasureLevel(Samples const& inSamples);

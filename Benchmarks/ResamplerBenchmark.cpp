@@ -1,0 +1,249 @@
+// The resamplers, and others where they are installed: output samples a second of one channel beside the
+// signal-to-noise ratio of a tone of 1 kHz and one of 10 kHz.
+
+#include "Time/ResamplerRuns.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <string>
+
+#ifdef SONARO_HAS_SAMPLERATE
+#include <samplerate.h>
+#endif
+#ifdef SONARO_HAS_SOXR
+#include <soxr.h>
+#endif
+#ifdef SONARO_HAS_SPEEXDSP
+#include <speex/speex_resampler.h>
+#endif
+
+namespace
+{
+
+using namespace SN;
+using namespace SN::Testing;
+
+constexpr unsigned kBlock = 1024;
+
+struct Rates
+{
+	unsigned mInput;
+	unsigned mOutput;
+};
+constexpr Rates kRates[] = {{44100, 48000}, {48000, 44100}};
+
+// Takes a block of input and gives the outputs that are ready.
+using Stream = std::function<Samples(float const* inInput, unsigned inCount)>;
+using MakeStream = std::function<Stream(Rates const& inRates)>;
+
+double MeasureNoise(MakeStream const& inMake, Rates const& inRates, double inHertz)
+{
+	Stream const stream = inMake(inRates);
+	Samples const input = MakeTone(inHertz / inRates.mInput, 64 * kBlock);
+	Samples output;
+	for (unsigned cursor = 0; cursor < input.size(); cursor += kBlock)
+	{
+		Samples const block = stream(input.data() + cursor, kBlock);
+		output.insert(output.end(), block.begin(), block.end());
+	}
+	// What is in the middle, far from either end.
+	Samples const middle(output.begin() + 20000, output.begin() + 40000);
+	return FitTone(middle, inHertz / inRates.mOutput, 0.0, 1.0).mSignalToNoise;
+}
+
+void Measure(benchmark::State& ioState, MakeStream const& inMake, Rates const& inRates)
+{
+	Stream const stream = inMake(inRates);
+	Samples const input = MakeTone(1000.0 / inRates.mInput, kBlock);
+	std::size_t outputs = 0;
+	for (auto _ : ioState)
+	{
+		Samples const block = stream(input.data(), kBlock);
+		benchmark::DoNotOptimize(block.data());
+		outputs += block.size();
+	}
+	ioState.SetItemsProcessed(static_cast<std::int64_t>(outputs));
+	ioState.counters["dB_1kHz"] = MeasureNoise(inMake, inRates, 1000.0);
+	ioState.counters["dB_10kHz"] = MeasureNoise(inMake, inRates, 10000.0);
+}
+
+// The engine's own are driven by the outputs that they are asked for, so that the input waits here.
+class OwnStream
+{
+public:
+	OwnStream(ResamplerKind inKind, Rates const& inRates)
+		: mResampler(MakeResampler(inKind, RatePair(inRates.mInput, inRates.mOutput))),
+		  mInput(1, 16 * kBlock),
+		  mOutput(1, kBlock)
+	{
+	}
+
+	Samples Process(float const* inInput, unsigned inCount)
+	{
+		std::copy_n(inInput, inCount, mInput.GetChannel(0) + mWaiting);
+		mWaiting += inCount;
+		Samples result;
+		while (true)
+		{
+			if (!mIsAsked)
+			{
+				mNumInput = mResampler->GetInputSampleCount(kBlock / 2);
+				mIsAsked = true;
+			}
+			if (mNumInput > mWaiting)
+			{
+				return result;
+			}
+			mResampler->Process(mInput, mOutput, mNumInput, kBlock / 2);
+			mIsAsked = false;
+			float* const waiting = mInput.GetChannel(0);
+			std::copy(waiting + mNumInput, waiting + mWaiting, waiting);
+			mWaiting -= mNumInput;
+			result.insert(result.end(), mOutput.GetChannel(0), mOutput.GetChannel(0) + kBlock / 2);
+		}
+	}
+
+private:
+	InterfaceRef<IAudioResampler> mResampler;
+	dsp::AudioBuffer mInput;
+	dsp::AudioBuffer mOutput;
+	unsigned mWaiting = 0;
+	unsigned mNumInput = 0;
+	bool mIsAsked = false;
+};
+
+MakeStream MakeOwn(ResamplerKind inKind)
+{
+	return [inKind](Rates const& inRates) -> Stream
+	{
+		auto const own = std::make_shared<OwnStream>(inKind, inRates);
+		return [own](float const* inInput, unsigned inCount) { return own->Process(inInput, inCount); };
+	};
+}
+
+#ifdef SONARO_HAS_SAMPLERATE
+MakeStream MakeSamplerate(int inConverter)
+{
+	return [inConverter](Rates const& inRates) -> Stream
+	{
+		int error = 0;
+		std::shared_ptr<SRC_STATE> const state(src_new(inConverter, 1, &error), &src_delete);
+		double const ratio = static_cast<double>(inRates.mOutput) / inRates.mInput;
+		return [state, ratio](float const* inInput, unsigned inCount)
+		{
+			Samples output(2 * kBlock);
+			SRC_DATA data{};
+			data.data_in = inInput;
+			data.data_out = output.data();
+			data.input_frames = static_cast<long>(inCount);
+			data.output_frames = static_cast<long>(output.size());
+			data.src_ratio = ratio;
+			src_process(state.get(), &data);
+			output.resize(static_cast<std::size_t>(data.output_frames_gen));
+			return output;
+		};
+	};
+}
+#endif
+
+#ifdef SONARO_HAS_SOXR
+MakeStream MakeSoxr(unsigned long inRecipe)
+{
+	return [inRecipe](Rates const& inRates) -> Stream
+	{
+		soxr_quality_spec_t const quality = soxr_quality_spec(inRecipe, 0);
+		std::shared_ptr<soxr> const state(
+			soxr_create(inRates.mInput, inRates.mOutput, 1, nullptr, nullptr, &quality, nullptr),
+			&soxr_delete);
+		return [state](float const* inInput, unsigned inCount)
+		{
+			Samples output(4 * kBlock);
+			std::size_t used = 0;
+			std::size_t made = 0;
+			soxr_process(state.get(), inInput, inCount, &used, output.data(), output.size(), &made);
+			output.resize(made);
+			return output;
+		};
+	};
+}
+#endif
+
+#ifdef SONARO_HAS_SPEEXDSP
+MakeStream MakeSpeex(int inQuality)
+{
+	return [inQuality](Rates const& inRates) -> Stream
+	{
+		int error = 0;
+		std::shared_ptr<SpeexResamplerState> const state(
+			speex_resampler_init(1, inRates.mInput, inRates.mOutput, inQuality, &error),
+			&speex_resampler_destroy);
+		return [state](float const* inInput, unsigned inCount)
+		{
+			Samples output(2 * kBlock);
+			spx_uint32_t used = inCount;
+			spx_uint32_t made = 2 * kBlock;
+			speex_resampler_process_float(state.get(), 0, inInput, &used, output.data(), &made);
+			output.resize(made);
+			return output;
+		};
+	};
+}
+#endif
+
+void Register(std::string const& inName, MakeStream const& inMake)
+{
+	for (Rates const& rates : kRates)
+	{
+		std::string const name = "BM_Resampler/" + inName + "/" + std::to_string(rates.mInput) + "to" +
+								 std::to_string(rates.mOutput);
+		benchmark::RegisterBenchmark(
+			name.c_str(), [inMake, rates](benchmark::State& ioState) { Measure(ioState, inMake, rates); });
+	}
+}
+
+// Before main, as the other benchmarks are entered.
+[[maybe_unused]] bool const sIsRegistered = []
+{
+	Register("linear", MakeOwn(ResamplerKind::kLinear));
+	Register("cubic", MakeOwn(ResamplerKind::kCubic));
+	Register("sinc", MakeOwn(ResamplerKind::kSinc));
+	Register("sincHighQuality", MakeOwn(ResamplerKind::kSincHighQuality));
+#ifdef SONARO_HAS_SAMPLERATE
+	Register("libsamplerate/best", MakeSamplerate(SRC_SINC_BEST_QUALITY));
+	Register("libsamplerate/medium", MakeSamplerate(SRC_SINC_MEDIUM_QUALITY));
+	Register("libsamplerate/fastest", MakeSamplerate(SRC_SINC_FASTEST));
+	Register("libsamplerate/linear", MakeSamplerate(SRC_LINEAR));
+#endif
+#ifdef SONARO_HAS_SOXR
+	Register("soxr/veryHigh", MakeSoxr(SOXR_VHQ));
+	Register("soxr/high", MakeSoxr(SOXR_HQ));
+	Register("soxr/low", MakeSoxr(SOXR_LQ));
+	Register("soxr/quick", MakeSoxr(SOXR_QQ));
+#endif
+#ifdef SONARO_HAS_SPEEXDSP
+	Register("speexdsp/10", MakeSpeex(10));
+	Register("speexdsp/5", MakeSpeex(5));
+#endif
+	return true;
+}();
+
+// A new resampler, ready to run: the design of its filter.
+void BM_ResamplerInit(benchmark::State& ioState)
+{
+	auto const kind = static_cast<ResamplerKind>(ioState.range(0));
+	for (auto _ : ioState)
+	{
+		benchmark::DoNotOptimize(MakeResampler(kind, RatePair(48000, 44100), 2));
+	}
+}
+BENCHMARK(BM_ResamplerInit)
+	->Arg(static_cast<int>(ResamplerKind::kSinc))
+	->Arg(static_cast<int>(ResamplerKind::kSincHighQuality))
+	->Unit(benchmark::kMillisecond);
+
+} // namespace
