@@ -16,8 +16,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <cmath>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -119,7 +118,7 @@ private:
 	float mValue;
 };
 
-// The largest magnitude of the block.
+// The largest magnitude of all blocks, in vectors.
 class PeakMeter final : public IAudioMeterSetter
 {
 public:
@@ -129,16 +128,13 @@ public:
 		for (unsigned channel = 0; channel < 2; ++channel)
 		{
 			float const* const samples = inBuffer.GetChannel(channel);
-			float peaks[kLanes] = {};
 			for (unsigned i = 0; i + kLanes <= inBuffer.GetUseSize(); i += kLanes)
 			{
-				for (unsigned lane = 0; lane < kLanes; ++lane)
-				{
-					float const magnitude = std::fabs(samples[i + lane]);
-					peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane];
-				}
+				Lanes lanes;
+				std::memcpy(&lanes, samples + i, sizeof(lanes));
+				Lanes const magnitudes = lanes < 0.0f ? -lanes : lanes;
+				mPeaks = magnitudes > mPeaks ? magnitudes : mPeaks;
 			}
-			mPeak = std::max(mPeak, *std::max_element(peaks, peaks + kLanes));
 		}
 	}
 	void Shutdown() override {}
@@ -152,9 +148,10 @@ protected:
 	}
 
 private:
-	static constexpr unsigned kLanes = 16;
+	static constexpr unsigned kLanes = 4;
+	using Lanes = float __attribute__((vector_size(kLanes * sizeof(float))));
 
-	float mPeak = 0.0f;
+	Lanes mPeaks{};
 };
 
 struct Track

@@ -4,6 +4,7 @@
 #include "AudioRender/Component/AudioSendRenderer.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
+#include "AudioRender/Track/WindowWidth.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "Sonaro/IMuteAwareItem.h"
 #include "zorvcore/utility/Hash.h"
@@ -348,8 +349,7 @@ void AudioClipTrackRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuff
 
 void AudioClipTrackRenderer::RenderRequest(Request const& inRequest)
 {
-	auto const width = std::min<unsigned long long>(mNumChannels, inRequest.mItemBuffer.GetNumChannels());
-	mItemWindow.Init(width);
+	SetWidth(mItemWindow, std::min<unsigned long long>(mNumChannels, inRequest.mItemBuffer.GetNumChannels()));
 	mItemWindow.Assign(inRequest.mItemBuffer, 0);
 	if (!FindItem(inRequest.mTime) || !RenderItems(inRequest))
 	{
@@ -445,7 +445,8 @@ void AudioClipTrackRenderer::RunChain(Request const& inRequest)
 	mItemWindow.Assign(inRequest.mItemBuffer, 0);
 	if (inRequest.mPanAlters)
 	{
-		mPanOutput.Init(std::min<unsigned long long>(mWidestChannels, inRequest.mOutput.GetNumChannels()));
+		SetWidth(
+			mPanOutput, std::min<unsigned long long>(mWidestChannels, inRequest.mOutput.GetNumChannels()));
 		mPanOutput.Assign(inRequest.mOutput, 0);
 	}
 	mChain.Run({mItemWindow, inRequest.mPanAlters ? &mPanOutput : nullptr, inRequest.mTime, GetFrameRate(),

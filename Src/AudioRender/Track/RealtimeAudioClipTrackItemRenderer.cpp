@@ -3,6 +3,7 @@
 #include "AudioRender/Core/StackAudioBufferTags.h"
 #include "AudioRender/Source/GeneratorPrefetch.h"
 #include "AudioRender/Track/PanWorkingWidth.h"
+#include "AudioRender/Track/WindowWidth.h"
 #include "Sonaro/AudioUtilities.h"
 #include "Time/Resampler/AudioResamplerFactory.h"
 
@@ -146,7 +147,7 @@ void RealtimeAudioClipTrackItemRenderer::RenderStraight(
 {
 	if (!PanAlters())
 	{
-		mWindow.Init(std::min<unsigned long long>(mWidth, ioBuffer.GetNumChannels()));
+		SetWidth(mWindow, std::min<unsigned long long>(mWidth, ioBuffer.GetNumChannels()));
 		mWindow.Assign(ioBuffer, 0);
 		mSource->GetAudioData(inSourceTime, mWindow, inReverse);
 		RunChain(ioBuffer, nullptr, inSourceTime, inReverse);
@@ -157,7 +158,7 @@ void RealtimeAudioClipTrackItemRenderer::RenderStraight(
 	dsp::AudioBuffer& buffer = scratch.GetBuffer();
 	buffer.SetUseSize(ioBuffer.GetUseSize());
 	buffer.Zero();
-	mWindow.Init(mWidth);
+	SetWidth(mWindow, mWidth);
 	mWindow.Assign(buffer, 0);
 	mSource->GetAudioData(inSourceTime, mWindow, inReverse);
 	RunChain(buffer, &ioBuffer, inSourceTime, inReverse);
@@ -203,7 +204,7 @@ TickTime RealtimeAudioClipTrackItemRenderer::ReadSource(
 {
 	TickTime const start = mSourcePosition;
 	TickTime position = start;
-	mWindow.Init(mWidth);
+	SetWidth(mWindow, mWidth);
 	for (unsigned done = 0; done < inCount;)
 	{
 		unsigned const piece = std::min(inCount - done, std::max(GetMaxBlockSize(), 1u));
@@ -234,7 +235,7 @@ void RealtimeAudioClipTrackItemRenderer::RunChain(
 	mWindow.Assign(ioSource, 0);
 	if (outPan)
 	{
-		mPanOutput.Init(std::min<unsigned long long>(mWidth, outPan->GetNumChannels()));
+		SetWidth(mPanOutput, std::min<unsigned long long>(mWidth, outPan->GetNumChannels()));
 		mPanOutput.Assign(*outPan, 0);
 	}
 	mChain.Run({mWindow, outPan ? &mPanOutput : nullptr, inTime, GetFrameRate(), inReverse}, *this,
