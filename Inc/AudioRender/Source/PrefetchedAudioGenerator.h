@@ -13,7 +13,7 @@ namespace SN
 // Time     Its time 0 lies at inStartTime of the generator; the generator ends at inEndTime of its own.
 // Clones   Have a cache of their own.
 // Threads  As AudioGeneratorSource: pulls on the render thread, rendering on the prefetch thread. Preroll,
-//          Reset and Clone wait for a chunk that is being rendered.
+//          Reset, Clone and the filters' start and stop wait for a chunk that is being rendered.
 class PrefetchedAudioGenerator final : public AudioGeneratorDecorator
 {
 public:
@@ -29,6 +29,8 @@ public:
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
 	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
 
 	std::u16string GetNodeName() override { return u"PrefetchedAudioGenerator"; }
 

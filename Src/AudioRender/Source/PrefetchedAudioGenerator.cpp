@@ -58,6 +58,16 @@ void PrefetchedAudioGenerator::Reset()
 	mSource->BetweenRenderings([this] { AudioGeneratorDecorator::Reset(); });
 }
 
+void PrefetchedAudioGenerator::InitializeAudioFilters()
+{
+	mSource->BetweenRenderings([this] { AudioGeneratorDecorator::InitializeAudioFilters(); });
+}
+
+void PrefetchedAudioGenerator::ShutdownAudioFilters()
+{
+	mSource->BetweenRenderings([this] { AudioGeneratorDecorator::ShutdownAudioFilters(); });
+}
+
 void PrefetchedAudioGenerator::AccumulatePrefetchRequests(
 	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
 {

@@ -109,11 +109,8 @@ public:
 			T const dropped = TakePayload(entry);
 			return;
 		}
-		unsigned long long size = 0;
-		if (Read(inIndex, [&size](T const& inPayload) { size = inPayload.GetSizeInBytes(); }))
-		{
-			Enter(inIndex, size);
-		}
+		// In use: it is entered again while it is held, so that nobody can take it away in between.
+		Read(inIndex, [&](T const& inPayload) { Enter(inIndex, inPayload.GetSizeInBytes()); });
 	}
 
 	zorvcore::utility::Guid GetIdentifier() override { return mIdentifier; }
