@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds and runs the benchmarks. Arguments go to each of them, for instance --benchmark_filter=Merge.
+# Builds and runs the benchmarks, the engine's and the host's. Arguments go to each of them, for instance --benchmark_filter=Merge.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 Scripts/setup.sh test
@@ -9,5 +9,7 @@ cmake --preset release > build/release.configure.log 2>&1 || {
 	cat build/release.configure.log
 	exit 1
 }
-cmake --build --preset release --parallel "$(nproc)" --target benchmarks
-build/release/Benchmarks/benchmarks "$@"
+cmake --build --preset release --parallel "$(nproc)" --target benchmarks host_benchmarks
+for program in benchmarks host_benchmarks; do
+	build/release/Benchmarks/$program "$@"
+done
