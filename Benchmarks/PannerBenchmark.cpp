@@ -3,8 +3,8 @@
 
 #include "Sonaro/AudioChannelMix.h"
 #include "Sonaro/IParameterOwnerMixin.h"
-#include "Sonaro/IRenderableAudioComponentParam.h"
 #include "Sonaro/SonaroFactory.h"
+#include "Support/FakeParameter.h"
 #include "zorvaccelerate/ChannelMixing.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -20,51 +20,9 @@ namespace
 {
 
 using namespace SN;
+using namespace SN::Testing;
 
-constexpr FrameRate k48000Hz{5292000};
 constexpr unsigned kFrames = 512;
-
-// A control that does not move, or swings with time.
-class Control final : public IRenderableAudioComponentParam
-{
-public:
-	explicit Control(bool inMoves)
-		: mMoves(inMoves)
-	{
-	}
-
-	InterfaceRef<IRenderableAudioComponentParam> CloneAndDetach(bool) override
-	{
-		return zorvcore::classref::MakeObject<Control>(mMoves);
-	}
-	void Init(unsigned, FrameRate const&, bool) override {}
-	void UpdateControl(TickTime const& inTime, VX::KeyframeCacheBase*, VX::KeyframeBase* outKeyframe) override
-	{
-		static_cast<VX::Keyframe<float>*>(outKeyframe)->mValue =
-			mMoves ? static_cast<float>(inTime.ToFrame64(k48000Hz) / kFrames % 100) * 0.01f : 0.3f;
-	}
-	TickTime GetNextInterestingTime(TickTime const& inTime, VX::KeyframeCacheBase*) override
-	{
-		return mMoves ? inTime : kTimeMax;
-	}
-	bool HasActionPending() override { return false; }
-	void ReplaceControl(boost::shared_ptr<VX::ParamValueBase>, bool) override {}
-	void Preroll(TickTime const&) override {}
-	void Reset() override {}
-	bool IsEmpty() override { return !mMoves; }
-	boost::shared_ptr<VX::ParamValueBase> GetStartValue() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IRenderableAudioComponentParam>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-
-private:
-	bool mMoves;
-};
 
 void Fill(dsp::AudioBuffer& outBuffer)
 {
@@ -293,7 +251,10 @@ std::vector<InterfaceRef<IRenderableAudioComponentParam>> MakeControls(unsigned 
 	std::vector<InterfaceRef<IRenderableAudioComponentParam>> controls;
 	for (unsigned i = 0; i < inCount; ++i)
 	{
-		controls.push_back(zorvcore::classref::MakeObject<Control>(inMove));
+		controls.push_back(
+			inMove ? zorvcore::classref::MakeObject<FakeParameter>([](TickTime const& inTime)
+						 { return static_cast<float>(inTime.ToFrame64(k48000Hz) / kFrames % 100) * 0.01f; })
+				   : zorvcore::classref::MakeObject<FakeParameter>(0.3f));
 	}
 	return controls;
 }

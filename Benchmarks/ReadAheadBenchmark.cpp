@@ -1,10 +1,9 @@
 // Reading back what was rendered ahead, beside the bare copy that this makes.
 
 #include "AudioRender/Source/AudioGeneratorSource.h"
-#include "Sonaro/SonaroFactory.h"
+#include "Support/SimpleGenerator.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
-#include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <benchmark/benchmark.h>
 
@@ -12,43 +11,22 @@ namespace
 {
 
 using namespace SN;
+using namespace SN::Testing;
 
-constexpr FrameRate k48000Hz{5292000};
 constexpr unsigned kFrames = 512;
 
-// A tone of one value, so that nothing is silent.
-class Tone final : public IAudioGenerator, public IAudioGeneratorPrivate
+// Silence that is not flagged.
+class Tone final : public SimpleGenerator
 {
 public:
-	InterfaceRef<IAudioGenerator> Clone() override { return {}; }
-	bool HasHistory() override { return false; }
-	TickTime GetDelay() override { return kTimeZero; }
-	void Preroll(TickTime const&, bool) override {}
-	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
-	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
+	Tone()
+		: SimpleGenerator(2)
 	{
 	}
+
 	void GetAudioData(TickTime const&, dsp::AudioBuffer& inBuffer, bool) override
 	{
 		inBuffer.ClearSilenceFlags(dsp::SilenceFlags::All());
-	}
-	void Reset() override {}
-	void InitializeAudioFilters() override {}
-	void ShutdownAudioFilters() override {}
-	unsigned GetNumChannels() override { return 2; }
-	unsigned GetNumOutputChannels() override { return 2; }
-	AudioChannelLayout GetAudioChannelLayout() override
-	{
-		return zorvmediatypes::CreateStereoChannelLayout();
-	}
-	FrameRate GetGeneratorFrameRate() override { return k48000Hz; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 };
 

@@ -2,17 +2,14 @@
 // the source and, for each stage that changes the audio, once through the block.
 
 #include "Sonaro/AudioTrackRenderableItems.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioMeterSetter.h"
-#include "Sonaro/IRenderableAudioComponentParam.h"
 #include "Sonaro/PanProcessorType.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Sonaro/SonaroFactory.h"
-#include "Vexilon/ITimeTransform.h"
+#include "Support/FakeParameter.h"
+#include "Support/SimpleGenerator.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvcore/threads/AtomicIntegral.h"
-#include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <benchmark/benchmark.h>
 
@@ -24,98 +21,27 @@ namespace
 {
 
 using namespace SN;
+using namespace SN::Testing;
 
-constexpr FrameRate k48000Hz{5292000};
 constexpr unsigned kFrames = 512;
 constexpr long long kClipFrames = 48000;
 
 // A stereo block that lies in memory, repeated.
-class Source final : public IAudioGenerator, public IAudioGeneratorPrivate
+class Source final : public SimpleGenerator
 {
 public:
-	InterfaceRef<IAudioGenerator> Clone() override { return {}; }
-	bool HasHistory() override { return false; }
-	TickTime GetDelay() override { return kTimeZero; }
-	void Preroll(TickTime const&, bool) override {}
-	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
-	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
+	Source()
+		: SimpleGenerator(2)
 	{
 	}
+
 	void GetAudioData(TickTime const&, dsp::AudioBuffer& inBuffer, bool) override
 	{
 		inBuffer.CopyFrom(mBlock, inBuffer.GetUseSize());
 	}
-	void Reset() override {}
-	void InitializeAudioFilters() override {}
-	void ShutdownAudioFilters() override {}
-	unsigned GetNumChannels() override { return 2; }
-	unsigned GetNumOutputChannels() override { return 2; }
-	AudioChannelLayout GetAudioChannelLayout() override { return VX::kAudioChannelLayout_Stereo; }
-	FrameRate GetGeneratorFrameRate() override { return k48000Hz; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	dsp::AudioBuffer mBlock{2, kFrames};
-};
-
-class SameTime final : public VX::ITimeTransform
-{
-public:
-	TickTime GetTime(TickTime const& inTime) override { return inTime; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<VX::ITimeTransform>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-};
-
-class Control final : public IRenderableAudioComponentParam
-{
-public:
-	explicit Control(float inValue)
-		: mValue(inValue)
-	{
-	}
-
-	InterfaceRef<IRenderableAudioComponentParam> CloneAndDetach(bool) override
-	{
-		return zorvcore::classref::MakeObject<Control>(mValue);
-	}
-	void Init(unsigned, FrameRate const&, bool) override {}
-	void UpdateControl(TickTime const&, VX::KeyframeCacheBase*, VX::KeyframeBase* outKeyframe) override
-	{
-		if (outKeyframe->GetTypeCode() == VX::kParamTypeFloat)
-		{
-			static_cast<VX::Keyframe<float>*>(outKeyframe)->mValue = mValue;
-		}
-	}
-	TickTime GetNextInterestingTime(TickTime const&, VX::KeyframeCacheBase*) override { return kTimeMax; }
-	bool HasActionPending() override { return false; }
-	void ReplaceControl(boost::shared_ptr<VX::ParamValueBase>, bool) override {}
-	void Preroll(TickTime const&) override {}
-	void Reset() override {}
-	bool IsEmpty() override { return true; }
-	boost::shared_ptr<VX::ParamValueBase> GetStartValue() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IRenderableAudioComponentParam>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-
-private:
-	float mValue;
 };
 
 // The largest magnitude of all blocks, in vectors.
@@ -162,7 +88,7 @@ struct Track
 			&mPrefetcher, ImmutableString("benchmark"), false, false, false, false, RenderQuality::kHigh,
 			&mContext);
 		AudioTrackRenderableItemList items;
-		auto const transform = zorvcore::classref::MakeObject<SameTime>();
+		auto const transform = zorvcore::classref::MakeObject<ShiftTransform>();
 		for (long long clip = 0; clip < inClips; ++clip)
 		{
 			InterfaceRef<IAudioPanProcessor> none;
@@ -182,13 +108,13 @@ struct Track
 		{
 			processors.resize(2);
 			mFactory->CreateAudioFaderRenderer(mContext, k48000Hz,
-				{zorvcore::classref::MakeObject<Control>(0.7f),
-					zorvcore::classref::MakeObject<Control>(0.0f)},
+				{zorvcore::classref::MakeObject<FakeParameter>(0.7f),
+					zorvcore::classref::MakeObject<FakeParameter>(0.0f)},
 				&processors[0]);
 			mFactory->CreateAudioMeterRenderer(
 				mContext, k48000Hz, zorvcore::classref::MakeObject<PeakMeter>(), &processors[1]);
 			mFactory->CreateAudioPanProcessorRenderer(mContext, k48000Hz, kPanStereoToStereo, false,
-				{zorvcore::classref::MakeObject<Control>(0.3f)}, &panner);
+				{zorvcore::classref::MakeObject<FakeParameter>(0.3f)}, &panner);
 		}
 		mFactory->CreateAudioClipTrackRenderer(
 			mContext, k48000Hz, items, {}, {}, processors, panner, VX::kAudioChannelLayout_Stereo, &mTrack);

@@ -1,4 +1,3 @@
-#include "AudioRender/Core/SilentGenerator.h"
 #include "AudioRender/Source/AudioGeneratorSource.h"
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
 #include "Sonaro/IAudioTrackRenderableItem.h"
@@ -12,11 +11,12 @@
 #include "Support/FakeParameter.h"
 #include "Support/Fakes.h"
 #include "Support/RealtimeGuard.h"
-#include "Vexilon/ITimeTransform.h"
+#include "Support/SimpleGenerator.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <mutex>
 
@@ -256,45 +256,20 @@ TEST(RenderPath, PannersAndRoutersNeitherAllocateNorLock)
 	}
 }
 
-// A generator whose samples are its frames' numbers and that keeps no record.
-class QuietGenerator final : public SilentGenerator, public IAudioGeneratorPrivate
+// A latent generator of one value.
+class QuietGenerator final : public SimpleGenerator
 {
 public:
-	InterfaceRef<IAudioGenerator> Clone() override { return MakeObject<QuietGenerator>(); }
+	QuietGenerator()
+		: SimpleGenerator(1)
+	{
+	}
+
 	TickTime GetDelay() override { return TickTime(300, k48000Hz); }
 	void GetAudioData(TickTime const&, dsp::AudioBuffer& inBuffer, bool) override
 	{
-		for (unsigned i = 0; i < inBuffer.GetUseSize(); ++i)
-		{
-			inBuffer.GetChannel(0)[i] = 0.25f;
-		}
+		std::fill_n(inBuffer.GetChannel(0), inBuffer.GetUseSize(), 0.25f);
 		inBuffer.NoteChannelWrite(0, inBuffer.GetUseSize());
-	}
-	unsigned GetNumChannels() override { return 1; }
-	unsigned GetNumOutputChannels() override { return 1; }
-	AudioChannelLayout GetAudioChannelLayout() override { return VX::kAudioChannelLayout_Mono; }
-	FrameRate GetGeneratorFrameRate() override { return k48000Hz; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-};
-
-// No time is changed.
-class SameTime final : public VX::ITimeTransform
-{
-public:
-	TickTime GetTime(TickTime const& inTime) override { return inTime; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<VX::ITimeTransform>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 };
 
@@ -319,8 +294,8 @@ TEST(RenderPath, TracksNeitherAllocateNorLock)
 		factory->CreateNoneAudioPanProcessorRenderer(context.Get(), VX::kAudioChannelLayout_Mono, &none);
 		InterfaceRef<IAudioGenerator> clip;
 		factory->CreateRealtimeAudioClipTrackItemRenderer(context.Get(), k48000Hz,
-			MakeObject<QuietGenerator>(), {}, none, start % 1000 == 0 ? 1.0 : 1.25, MakeObject<SameTime>(),
-			kTimeZero, &clip);
+			MakeObject<QuietGenerator>(), {}, none, start % 1000 == 0 ? 1.0 : 1.25,
+			MakeObject<ShiftTransform>(), kTimeZero, &clip);
 		InterfaceRef<IAudioTrackRenderableItem> const item(clip);
 		item->Init(
 			TickTime(start, k48000Hz), TickTime(start + 500, k48000Hz), TickTime(start, k48000Hz), k48000Hz);

@@ -1,8 +1,7 @@
 #include "AudioRender/Source/AudioGeneratorSource.h"
 
-#include "Sonaro/IAudioGeneratorPrivate.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Support/Fakes.h"
+#include "Support/SimpleGenerator.h"
 #include "Vexilon/MediaManager.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -29,37 +28,19 @@ constexpr unsigned kFrames = 40 * kChunk;
 constexpr unsigned kChannels = 2;
 
 // A generator that notices when two render it at once.
-class AloneGenerator final : public IAudioGenerator, public IAudioGeneratorPrivate
+class AloneGenerator final : public SimpleGenerator
 {
 public:
-	InterfaceRef<IAudioGenerator> Clone() override { return {}; }
-	bool HasHistory() override { return false; }
-	TickTime GetDelay() override { return kTimeZero; }
-	void Preroll(TickTime const&, bool) override {}
-	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
-	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
+	AloneGenerator()
+		: SimpleGenerator(kChannels)
 	{
 	}
+
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool) override
 	{
 		EXPECT_FALSE(mIsRendering.exchange(true)) << "two renderings at once";
 		FillFrom(&PositionSample, kChannels, inTime, k48000Hz, inBuffer);
 		mIsRendering.store(false);
-	}
-	void Reset() override {}
-	void InitializeAudioFilters() override {}
-	void ShutdownAudioFilters() override {}
-	unsigned GetNumChannels() override { return kChannels; }
-	unsigned GetNumOutputChannels() override { return kChannels; }
-	AudioChannelLayout GetAudioChannelLayout() override { return VX::kAudioChannelLayout_Stereo; }
-	FrameRate GetGeneratorFrameRate() override { return k48000Hz; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
 private:

@@ -3,7 +3,7 @@
 #include "Support/Contexts.h"
 #include "Support/Fakes.h"
 #include "Support/Panning.h"
-#include "Vexilon/ITimeTransform.h"
+#include "Support/SimpleGenerator.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>
@@ -70,19 +70,6 @@ private:
 	std::deque<float> mPast;
 };
 
-class SameTime final : public VX::ITimeTransform
-{
-public:
-	TickTime GetTime(TickTime const& inTime) override { return inTime; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<VX::ITimeTransform>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-};
-
 constexpr long long kClipFrames = 8000;
 
 // Three clips of which each has an effect of its latency, and reads as far ahead.
@@ -98,7 +85,7 @@ InterfaceRef<IAudioGenerator> MakeTrack(
 		InterfaceRef<IAudioGenerator> clip;
 		factory->CreateRealtimeAudioClipTrackItemRenderer(inContext, k48000Hz, MakeObject<FakeGenerator>(1),
 			{MakeObject<LatentEffect>(latency)}, MakePanner(inContext, kPanNoneMono), 1.0,
-			MakeObject<SameTime>(), At(latency), &clip);
+			MakeObject<ShiftTransform>(), At(latency), &clip);
 		InterfaceRef<IAudioTrackRenderableItem> const item(clip);
 		item->Init(At(start), At(start + kClipFrames), At(start), k48000Hz);
 		items.push_back(item);

@@ -6,6 +6,7 @@
 #include "Support/Contexts.h"
 #include "Support/Fakes.h"
 #include "Support/Panning.h"
+#include "Support/SimpleGenerator.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gmock/gmock.h>
@@ -31,27 +32,6 @@ TickTime At(long long inFrame)
 	return {inFrame, k48000Hz};
 }
 
-// Shifts by so many frames.
-class Shift final : public VX::ITimeTransform
-{
-public:
-	explicit Shift(long long inFrames)
-		: mShift(At(inFrames))
-	{
-	}
-	TickTime GetTime(TickTime const& inTime) override { return inTime + mShift; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<VX::ITimeTransform>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-
-private:
-	TickTime mShift;
-};
-
 struct ItemParts
 {
 	InterfaceRef<IAudioGenerator> Make(InterfaceRef<IAudioRenderContext> const& inContext) const
@@ -59,7 +39,7 @@ struct ItemParts
 		InterfaceRef<IAudioGenerator> item;
 		EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateRealtimeAudioClipTrackItemRenderer(inContext,
 					  k48000Hz, mSource, mProcessors, mPanner ? mPanner : MakePanner(inContext, kPanNoneMono),
-					  mSpeed, MakeObject<Shift>(mShift), At(mOffset), &item),
+					  mSpeed, MakeObject<ShiftTransform>(mShift), At(mOffset), &item),
 			kSuccess);
 		return item;
 	}
@@ -104,10 +84,10 @@ TEST(RealtimeAudioClipTrackItemRenderer, PlaysItsSourceShiftedAndMapped)
 	InterfaceRef<IAudioGenerator> none;
 	auto const factory = SonaroFactory::CreateClassRef();
 	EXPECT_EQ(factory->CreateRealtimeAudioClipTrackItemRenderer(context.Get(), k48000Hz, parts.mSource, {},
-				  {}, 1.0, MakeObject<Shift>(0), kTimeZero, &none),
+				  {}, 1.0, MakeObject<ShiftTransform>(0), kTimeZero, &none),
 		eNullPointer);
 	EXPECT_EQ(factory->CreateRealtimeAudioClipTrackItemRenderer(
-				  {}, k48000Hz, parts.mSource, {}, {}, 1.0, MakeObject<Shift>(0), kTimeZero, &none),
+				  {}, k48000Hz, parts.mSource, {}, {}, 1.0, MakeObject<ShiftTransform>(0), kTimeZero, &none),
 		eNullPointer);
 }
 
