@@ -115,6 +115,7 @@ private:
 	bool RenderItems(Request const& inRequest);
 	void RenderChunk(TrackItem const& inItem, TickTime const& inTime, bool inReverse);
 	void RunChain(Request const& inRequest);
+	void ReturnFromEnd();
 	void PrerollItems(TickTime const& inStartTime, bool inReverse);
 	void PrefetchItems(
 		PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator);

@@ -203,6 +203,7 @@ TickTime AudioClipTrackRenderer::GetDelay()
 
 void AudioClipTrackRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
 {
+	ReturnFromEnd();
 	// A shared track is prerolled by all who use it, and only the first or the earliest call counts.
 	if (!mPrerolled || (mCachingEnabled && inStartTime < mEarliestPreroll))
 	{
@@ -213,13 +214,18 @@ void AudioClipTrackRenderer::Preroll(TickTime const& inStartTime, bool inReverse
 	mMuteRamp = dsp::GainRamp(GetFrameRate(), GetMuteGain(), kMuteRampSecondsAfterPreroll);
 }
 
-void AudioClipTrackRenderer::PrerollItems(TickTime const& inStartTime, bool inReverse)
+// A list that was run off is played from its first item on.
+void AudioClipTrackRenderer::ReturnFromEnd()
 {
-	mEarliestPreroll = inStartTime;
 	if (mCurrentItem.load(std::memory_order_relaxed) >= mItems.size())
 	{
 		mCurrentItem.store(0, std::memory_order_relaxed);
 	}
+}
+
+void AudioClipTrackRenderer::PrerollItems(TickTime const& inStartTime, bool inReverse)
+{
+	mEarliestPreroll = inStartTime;
 	if (IsReadAheadPlayback())
 	{
 		mDelayedItems.Clear();
@@ -276,16 +282,21 @@ void AudioClipTrackRenderer::PrefetchItems(
 	{
 		return;
 	}
-	while (inRange.mStart >= mItems[index].mItem->GetEndTime())
+	bool const isWithinCurrent = inRange.mStart >= mItems[index].mItem->GetStartTime() &&
+								 mItems[index].mItem->GetEndTime() >= inRange.mEnd;
+	if (!isWithinCurrent && inRange.mStart >= mItems[index].mItem->GetEndTime())
 	{
-		if (++index == mItems.size())
+		while (index < mItems.size() && inRange.mStart >= mItems[index].mItem->GetEndTime())
 		{
-			return;
+			++index;
 		}
 	}
-	while (index > 0 && inRange.mStart < mItems[index].mItem->GetStartTime())
+	else
 	{
-		--index;
+		while (index > 0 && inRange.mStart < mItems[index].mItem->GetStartTime())
+		{
+			--index;
+		}
 	}
 	TickTime start = inRange.mStart;
 	for (; index < mItems.size(); ++index)
@@ -456,13 +467,10 @@ void AudioClipTrackRenderer::RunChain(Request const& inRequest)
 
 void AudioClipTrackRenderer::Reset()
 {
+	ReturnFromEnd();
 	if (!mPrerolled)
 	{
 		return;
-	}
-	if (mCurrentItem.load(std::memory_order_relaxed) >= mItems.size())
-	{
-		mCurrentItem.store(0, std::memory_order_relaxed);
 	}
 	for (TrackItem const& item : mItems)
 	{
@@ -504,6 +512,8 @@ void AudioClipTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const
 	{
 		return;
 	}
+	// Of nothing, until all of it is there.
+	mCacheKey = Guid();
 	mCacheBuffer->SetUseSize(inNumSamples);
 	mCacheBuffer->Zero();
 	GetAudioData(inTime, *mCacheBuffer, inReverse);
