@@ -69,6 +69,10 @@ public:
 		unsigned const silentChannel = Pick(8);
 		dsp::AudioBuffer input(kChannels, inNumInput + Pick(2) * Pick(5));
 		dsp::AudioBuffer output(kChannels, inNumOutput);
+		for (unsigned channel = 0; channel < kChannels; ++channel)
+		{
+			std::fill_n(output.GetChannel(channel), inNumOutput, -77.25f);
+		}
 		output.Zero();
 		std::vector<Samples> samples(kChannels, Samples(input.GetCapacity()));
 		for (unsigned channel = 0; channel < kChannels; ++channel)

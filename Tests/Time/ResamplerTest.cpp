@@ -196,7 +196,7 @@ TEST(Resamplers, SilenceOfOneChannelIsFlaggedAlone)
 		unsigned const numInput = resampler->GetInputSampleCount(64);
 		dsp::AudioBuffer input = MakeBuffer(Samples(numInput, 0.5f), 3);
 		input.MarkChannelSilent(1);
-		dsp::AudioBuffer output(4, 64);
+		dsp::AudioBuffer output = MakeBuffer(Samples(64, -77.25f), 4);
 		output.Zero();
 		resampler->Process(input, output, numInput, 64);
 		bool const isSinc = kind >= ResamplerKind::kSinc;
