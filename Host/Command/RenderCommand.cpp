@@ -93,15 +93,25 @@ OutputSamples GetSamples(std::string const& inBits)
 							: OutputSamples::eFloat32;
 }
 
-// "-3.02 dBFS", "-inf dBFS" for silence.
+// "-3.02", "-inf" for silence.
+std::string FormatDecibels(double inDecibels, int inDigits)
+{
+	// What rounds to zero from below is shown without a sign.
+	double const shown = std::fabs(inDecibels) < 0.5 * std::pow(10.0, -inDigits) ? 0.0 : inDecibels;
+	std::array<char, 32> text{};
+	std::snprintf(text.data(), text.size(), "%.*f", inDigits, shown);
+	return text.data();
+}
+
 std::string FormatPeak(float inPeak)
 {
-	double const decibels = 20.0 * std::log10(static_cast<double>(inPeak));
-	// What rounds to zero from below is shown without a sign.
-	double const shown = std::fabs(decibels) < 0.005 ? 0.0 : decibels;
-	std::array<char, 32> text{};
-	std::snprintf(text.data(), text.size(), "%.2f dBFS", shown);
-	return text.data();
+	return FormatDecibels(ToDecibels(static_cast<double>(inPeak)), 2) + " dBFS";
+}
+
+std::string DescribeLoudness(LoudnessReading const& inLoudness)
+{
+	return ", true peak " + FormatDecibels(ToDecibels(inLoudness.mTruePeak), 2) + " dBTP, loudness " +
+		   FormatDecibels(inLoudness.mIntegrated, 1) + " LUFS";
 }
 
 double GetRenderedSeconds(RenderSummary const& inSummary)
@@ -135,8 +145,14 @@ std::string DescribeForPeople(
 		   std::to_string(inSummary.mFrames) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) + ", " +
 		   std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) + " " +
 		   GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\npeak " +
-		   FormatPeak(inSummary.mPeak) + ", " + speed.data() + "\n" +
-		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
+		   FormatPeak(inSummary.mPeak) + (inSummary.mLoudness ? DescribeLoudness(*inSummary.mLoudness) : "") +
+		   "\n" + speed.data() + "\n" + (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
+}
+
+// The number, or the word for silence, which has none in JSON.
+Json GetNumberOrSilence(double inDecibels)
+{
+	return std::isfinite(inDecibels) ? Json(inDecibels) : Json("-inf");
 }
 
 std::string DescribeForMachines(std::string const& inInput, std::string const& inOutput,
@@ -155,7 +171,12 @@ std::string DescribeForMachines(std::string const& inInput, std::string const& i
 	json["encoding"] = GetName(inSummary.mFormat.mSamples);
 	json["dither"] = inSummary.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
 	json["peak"] = inSummary.mPeak;
-	json["peakDbfs"] = 20.0 * std::log10(static_cast<double>(inSummary.mPeak));
+	json["peakDbfs"] = ToDecibels(static_cast<double>(inSummary.mPeak));
+	if (inSummary.mLoudness)
+	{
+		json["truePeakDbtp"] = GetNumberOrSilence(ToDecibels(inSummary.mLoudness->mTruePeak));
+		json["integratedLufs"] = GetNumberOrSilence(inSummary.mLoudness->mIntegrated);
+	}
 	json["clippedSamples"] = inSummary.mClippedSamples;
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
 	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
@@ -314,6 +335,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
 	request.mBlockFrames = mBlockFrames;
 	request.mAsPlayback = mIsPlayback;
+	request.mMeasureLoudness = mAsJson || !mIsQuiet;
 	request.mReplace = !mKeepsOldFile;
 	return request;
 }

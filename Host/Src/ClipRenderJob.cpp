@@ -94,6 +94,12 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		readAhead.emplace(clip, range).Advance(0);
 	}
 
+	std::optional<LoudnessMeter> loudness;
+	if (mRequest.mMeasureLoudness && LoudnessMeter::CanMeasure(GetOutputLayout(), GetInputInfo().mSampleRate))
+	{
+		loudness.emplace(GetOutputLayout(), GetInputInfo().mSampleRate, LoudnessMeter::Memory::eGrowing);
+	}
+
 	RenderSummary summary = DescribeOutput();
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const& inTime)
 	{
@@ -101,6 +107,10 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		dsp::AudioBuffer const& output = conversion.Convert(ioBlock, inTime);
 		writer.Write(output);
 		summary.mPeak = FindPeak(output, summary.mPeak);
+		if (loudness)
+		{
+			loudness->Add(output);
+		}
 		if (inProgress)
 		{
 			inProgress({writer.GetFrames(), mFrames});
@@ -120,6 +130,10 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	if (readAhead)
 	{
 		summary.mPlayback = {readAhead->GetReport(), mSource->GetMissCount(), mSource->GetMissedFrames()};
+	}
+	if (loudness)
+	{
+		summary.mLoudness = loudness->GetReading();
 	}
 	summary.mClippedSamples = writer.GetClippedSamples();
 	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <thread>
 
@@ -72,7 +73,8 @@ TEST_F(CommandTest, RendersAFileAndSaysSo)
 	EXPECT_EQ(result.mExitCode, 0);
 	EXPECT_EQ(result.mErrors, "");
 	EXPECT_THAT(result.mOutput, AllOf(StartsWith("out.wav: 0:01.000 (48000 samples), stereo, 48000 Hz, "),
-									HasSubstr(" dBFS, "), HasSubstr("times faster than real time\n")));
+									HasSubstr(" dBFS, true peak "), HasSubstr(" dBTP, loudness -"),
+									HasSubstr(" LUFS\n"), HasSubstr("times faster than real time\n")));
 	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), sound));
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav", "out.wav"));
 }
@@ -149,6 +151,30 @@ TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
 	EXPECT_EQ(facts["places"], nlohmann::json({"left", "right"}));
 	EXPECT_EQ(facts["samples"], 24000);
 	EXPECT_EQ(facts["seconds"], 0.5);
+}
+
+TEST_F(CommandTest, LoudnessIsPartOfTheSummary)
+{
+	Sound tone{2, 48000, {}};
+	for (int i = 0; i < 48000 * 6; ++i)
+	{
+		tone.mSamples.push_back(0.0707946f * static_cast<float>(std::sin(0.1308996939 * (i / 2))));
+	}
+	WriteSound(mFolder / "tone.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, tone);
+	WriteSound(mFolder / "silence.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT,
+		{1, 48000, std::vector<float>(48000, 0.0f)});
+	EXPECT_THAT(Run({"render", "tone.wav", "-o", "out.wav"}).mOutput,
+		HasSubstr("true peak -23.00 dBTP, loudness -23.0 LUFS\n"));
+	EXPECT_THAT(Run({"render", "silence.wav", "-o", "out.wav"}).mOutput,
+		HasSubstr("peak -inf dBFS, true peak -inf dBTP, loudness -inf LUFS\n"));
+	auto const louder = nlohmann::json::parse(
+		Run({"render", "tone.wav", "-o", "out.wav", "--gain-db", "6", "--quiet", "--json"}).mOutput);
+	EXPECT_NEAR(louder["integratedLufs"].get<double>(), -17.0, 0.05);
+	EXPECT_NEAR(louder["truePeakDbtp"].get<double>(), -17.0, 0.02);
+	auto const silent =
+		nlohmann::json::parse(Run({"render", "silence.wav", "-o", "out.wav", "--json"}).mOutput);
+	EXPECT_EQ(silent["integratedLufs"], "-inf");
+	EXPECT_EQ(silent["truePeakDbtp"], "-inf");
 }
 
 TEST_F(CommandTest, InfoTellsPeopleWhatAFileIs)

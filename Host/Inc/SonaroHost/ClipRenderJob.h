@@ -6,6 +6,7 @@
 #include "SonaroHost/AudioFileInfo.h"
 #include "SonaroHost/AudioFileSource.h"
 #include "SonaroHost/LayoutPlan.h"
+#include "SonaroHost/LoudnessMeter.h"
 #include "SonaroHost/OfflineRender.h"
 #include "SonaroHost/OutputFormat.h"
 #include "SonaroHost/ReadAhead.h"
@@ -47,6 +48,9 @@ struct ClipRenderRequest
 	unsigned mBlockFrames = 4096;
 	// Reads the input ahead on another thread, as a player does; the samples are the same.
 	bool mAsPlayback = false;
+	// Measures loudness and true peak of the output where the rate allows it, which takes longer than many a
+	// render itself.
+	bool mMeasureLoudness = false;
 	// Whether an older file of the output's name may be replaced.
 	bool mReplace = true;
 };
@@ -70,6 +74,8 @@ struct RenderSummary
 	std::int64_t mClippedSamples = 0;
 	// What the render took by the clock.
 	double mElapsedSeconds = 0.0;
+	// Of the samples before rounding, when it was asked for and can be measured.
+	std::optional<LoudnessReading> mLoudness;
 	// Of a render as playback.
 	std::optional<PlaybackSummary> mPlayback;
 };
