@@ -208,6 +208,7 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 		->required();
 	AddFormatOptions();
 	AddRangeOptions();
+	AddFadeOptions();
 	AddChannelOptions();
 	AddReportOptions();
 	GetParser().footer(std::string(kTimesHelp) +
@@ -216,6 +217,7 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 					   "  sonaro render interview.flac -o interview.wav\n"
 					   "  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
 					   "  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
+					   "  sonaro render music.flac -o jingle.wav --duration 12 --fade-in 0.05 --fade-out 3\n"
 					   "  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
 					   "  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
 					   "  sonaro render music.flac -o music.wav --as-playback");
@@ -256,6 +258,18 @@ void RenderCommand::AddRangeOptions()
 		->check(CLI::Range(1u, kMaxBlockFrames));
 	GetParser().add_flag("--as-playback", mIsPlayback,
 		"Read ahead on another thread as a player does, with the same result, and tell how that went");
+}
+
+void RenderCommand::AddFadeOptions()
+{
+	GetParser()
+		.add_option("--fade-in", mFadeIn,
+			"Rise from silence at the start, in a straight line of amplitude (sampled every 64 samples, each "
+			"step a ramp of 5 ms)")
+		->option_text("TIME");
+	GetParser()
+		.add_option("--fade-out", mFadeOut, "Fall to silence at the end; the last sample is silent")
+		->option_text("TIME");
 }
 
 void RenderCommand::AddChannelOptions()
@@ -333,6 +347,14 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 		request.mGain = static_cast<float>(std::pow(10.0, mGainDecibels / 20.0));
 	}
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
+	if (!mFadeIn.empty())
+	{
+		request.mFadeIn = ParseTime("--fade-in", mFadeIn);
+	}
+	if (!mFadeOut.empty())
+	{
+		request.mFadeOut = ParseTime("--fade-out", mFadeOut);
+	}
 	request.mBlockFrames = mBlockFrames;
 	request.mAsPlayback = mIsPlayback;
 	request.mMeasureLoudness = mAsJson || !mIsQuiet;

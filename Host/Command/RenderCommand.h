@@ -20,6 +20,7 @@ public:
 private:
 	void AddFormatOptions();
 	void AddRangeOptions();
+	void AddFadeOptions();
 	void AddChannelOptions();
 	void AddReportOptions();
 
@@ -42,6 +43,8 @@ private:
 	std::string mMixdown;
 	double mGainDecibels = 0.0;
 	bool mIsReverse = false;
+	std::string mFadeIn;
+	std::string mFadeOut;
 	unsigned mBlockFrames;
 	bool mIsPlayback = false;
 	bool mKeepsOldFile = false;

@@ -1,6 +1,8 @@
 #include "SonaroHost/ClipRenderJob.h"
 
+#include "ClipTrack.h"
 #include "JobChecks.h"
+#include "ReversedGenerator.h"
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/AudioFileWriter.h"
 #include "SonaroHost/ChannelLayouts.h"
@@ -48,6 +50,24 @@ float FindPeak(dsp::AudioBuffer const& inBlock, float inPeak)
 	return peak;
 }
 
+// A fader that is closed gives silence for a whole block of it, and the samples' signs with it for a part: so
+// that blocks of any size are alike, every zero is a positive one.
+void DropSignsOfZeros(dsp::AudioBuffer& ioBlock)
+{
+	for (unsigned channel = 0; channel < ioBlock.GetNumChannels(); ++channel)
+	{
+		if (ioBlock.IsChannelSilent(channel))
+		{
+			continue;
+		}
+		float* const samples = ioBlock.GetChannel(channel);
+		for (unsigned i = 0; i < ioBlock.GetUseSize(); ++i)
+		{
+			samples[i] += 0.0f;
+		}
+	}
+}
+
 SN::TickTime GetFirstBlockTime(OfflineRange const& inRange)
 {
 	bool const isReverse = inRange.mDirection == RenderDirection::eReverse;
@@ -71,6 +91,7 @@ ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
 	mFirstFrame = range.mFirst;
 	mFrames = range.mFrames;
 	mPlan = LayoutPlan(ChooseChannels(), mRequest.mLayout);
+	ChooseFades();
 	ChooseFormat();
 }
 
@@ -85,13 +106,13 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	SN::Prefetcher prefetcher{.mStart = SN::kTimeZero, .mEnd = rangeEnd};
 	RenderContextScope const context(
 		range.mBlockFrames, rangeEnd, mSource->GetName(), mRequest.mAsPlayback ? &prefetcher : nullptr);
-	auto const clip = MakeClip(context.Get());
+	auto const graph = MakeGraph(context.Get());
 	LayoutConversion conversion(mPlan, context.Get(), range.mFrameRate);
 	AudioFileWriter writer(mRequest.mOutput, mFormat, GetInputInfo().mSampleRate, GetOutputLayout(), mFrames);
 	std::optional<ReadAhead> readAhead;
 	if (mRequest.mAsPlayback)
 	{
-		readAhead.emplace(clip, range).Advance(0);
+		readAhead.emplace(graph, range).Advance(0);
 	}
 
 	std::optional<LoudnessMeter> loudness;
@@ -104,6 +125,10 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const& inTime)
 	{
 		CheckSource();
+		if (NeedsTrack())
+		{
+			DropSignsOfZeros(ioBlock);
+		}
 		dsp::AudioBuffer const& output = conversion.Convert(ioBlock, inTime);
 		writer.Write(output);
 		summary.mPeak = FindPeak(output, summary.mPeak);
@@ -121,7 +146,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		}
 	};
 	conversion.Preroll(GetFirstBlockTime(range), range.mDirection == RenderDirection::eReverse);
-	if (!RenderOffline(clip, range, sink, inStop) || inStop.stop_requested())
+	if (!RenderOffline(graph, range, sink, inStop) || inStop.stop_requested())
 	{
 		return std::nullopt;
 	}
@@ -150,8 +175,15 @@ void ClipRenderJob::CheckSource() const
 
 OfflineRange ClipRenderJob::MakeRange() const
 {
-	return {mFrames, mSource->GetFrameRate(), static_cast<unsigned>(mPlan.GetInputLayout().size()),
+	OfflineRange range{mFrames, mSource->GetFrameRate(), static_cast<unsigned>(mPlan.GetInputLayout().size()),
 		mRequest.mBlockFrames, mRequest.mDirection};
+	if (NeedsTrack())
+	{
+		// A track runs forward: what lies on it is reversed.
+		range.mDirection = RenderDirection::eForward;
+		range.mBlockFrames = ChooseTrackBlock(mRequest.mBlockFrames);
+	}
+	return range;
 }
 
 RenderSummary ClipRenderJob::DescribeOutput() const
@@ -190,6 +222,17 @@ SN::AudioChannelLayout ClipRenderJob::ChooseChannels()
 	return MakeLayoutOfChannels(static_cast<unsigned>(mRequest.mChannels.size()));
 }
 
+void ClipRenderJob::ChooseFades()
+{
+	int const rate = GetInputInfo().mSampleRate;
+	mFades.mIn = mRequest.mFadeIn ? mRequest.mFadeIn->ToSamples(rate) : 0;
+	mFades.mOut = mRequest.mFadeOut ? mRequest.mFadeOut->ToSamples(rate) : 0;
+	if (mFades.mIn > mFrames - mFades.mOut)
+	{
+		Refuse("the fades take longer than the " + FormatTime(mFrames, rate) + " of the output");
+	}
+}
+
 void ClipRenderJob::ChooseFormat()
 {
 	mFormat.mContainer = mRequest.mContainer;
@@ -198,9 +241,25 @@ void ClipRenderJob::ChooseFormat()
 	{
 		Refuse("dither is for 16 and 24 bits; floats are not rounded");
 	}
-	bool const samplesStay = mRequest.mGain == 1.0f && mPlan.KeepsSamples();
+	bool const samplesStay = mRequest.mGain == 1.0f && !NeedsTrack() && mPlan.KeepsSamples();
 	mFormat.mDither =
 		mRequest.mDither.value_or(ChooseDither(mFormat.mSamples, GetInputInfo().mIntegerBits, samplesStay));
+}
+
+SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeGraph(
+	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext)
+{
+	SN::InterfaceRef<SN::IAudioGenerator> clip = MakeClip(inContext);
+	if (!NeedsTrack())
+	{
+		return clip;
+	}
+	SN::FrameRate const frameRate = mSource->GetFrameRate();
+	if (mRequest.mDirection == RenderDirection::eReverse)
+	{
+		clip = zorvcore::classref::MakeObject<ReversedGenerator>(clip, mFrames, frameRate);
+	}
+	return MakeClipTrack(inContext, clip, {frameRate, mPlan.GetInputLayout(), mFrames, mFades});
 }
 
 SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeClip(

@@ -9,14 +9,6 @@
 namespace SonaroHost
 {
 
-namespace
-{
-
-// Samples between two updates of automated parameters.
-constexpr unsigned kControlInterval = 64;
-
-} // namespace
-
 void CheckEngineResult(int inResult, std::string const& inWhat)
 {
 	if (!SN::ResultSucceeded(inResult))

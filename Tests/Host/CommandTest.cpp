@@ -153,6 +153,18 @@ TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
 	EXPECT_EQ(facts["seconds"], 0.5);
 }
 
+TEST_F(CommandTest, FadesReachTheRender)
+{
+	Sound const sound = WriteInput();
+	ASSERT_EQ(
+		Run({"render", "in.wav", "-o", "out.wav", "--fade-in", "0.2", "--fade-out", "9600s"}).mExitCode, 0);
+	Sound const faded = ReadSound(mFolder / "out.wav");
+	EXPECT_TRUE(SameBits(faded.Cut(10000, 28000), sound.Cut(10000, 28000)));
+	EXPECT_FALSE(SameBits(faded.Cut(9000, 100), sound.Cut(9000, 100)));
+	EXPECT_FALSE(SameBits(faded.Cut(39000, 100), sound.Cut(39000, 100)));
+	ExpectRefusal({"render", "in.wav", "-o", "out.wav", "--fade-in", "2"}, 2, {"the fades take longer than"});
+}
+
 TEST_F(CommandTest, LoudnessIsPartOfTheSummary)
 {
 	Sound tone{2, 48000, {}};

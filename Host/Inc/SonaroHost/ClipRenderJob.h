@@ -5,6 +5,7 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/AudioFileInfo.h"
 #include "SonaroHost/AudioFileSource.h"
+#include "SonaroHost/Fades.h"
 #include "SonaroHost/LayoutPlan.h"
 #include "SonaroHost/LoudnessMeter.h"
 #include "SonaroHost/OfflineRender.h"
@@ -45,6 +46,9 @@ struct ClipRenderRequest
 	// Linear; at 1, samples pass bit for bit.
 	float mGain = 1.0f;
 	RenderDirection mDirection = RenderDirection::eForward;
+	// From silence at the output's start, and to silence at its end. Together at most as long as the output.
+	std::optional<TimePosition> mFadeIn;
+	std::optional<TimePosition> mFadeOut;
 	unsigned mBlockFrames = 4096;
 	// Reads the input ahead on another thread, as a player does; the samples are the same.
 	bool mAsPlayback = false;
@@ -105,7 +109,12 @@ private:
 	// What of the summary is known beforehand.
 	RenderSummary DescribeOutput() const;
 	SN::AudioChannelLayout ChooseChannels();
+	void ChooseFades();
+	// Whether the clip lies on a track; without need it is rendered by itself.
+	bool NeedsTrack() const { return !mFades.IsNone(); }
 	void ChooseFormat();
+	SN::InterfaceRef<SN::IAudioGenerator> MakeGraph(
+		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);
 	SN::InterfaceRef<SN::IAudioGenerator> MakeClip(
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);
 
@@ -114,6 +123,7 @@ private:
 	// From the clip to the output.
 	LayoutPlan mPlan;
 	OutputFormat mFormat;
+	Fades mFades;
 	// In the input.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mFrames = 0;

@@ -9,6 +9,9 @@
 namespace SonaroHost
 {
 
+// Samples between two updates of automated parameters.
+inline constexpr unsigned kControlInterval = 64;
+
 // Throws a HostError when inResult, what the engine answered to inWhat ("a clip", "a context"), is a
 // failure.
 void CheckEngineResult(int inResult, std::string const& inWhat);

@@ -1,0 +1,181 @@
+// What makes a render put its clip on a track.
+
+#include "Media.h"
+#include "SonaroHost/ClipRenderJob.h"
+#include "SonaroHost/HostError.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace SonaroHost::Testing
+{
+namespace
+{
+
+using testing::HasSubstr;
+
+class TrackRenderTest : public testing::Test
+{
+protected:
+	ClipRenderRequest MakeRequest(Sound const& inSound)
+	{
+		WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, inSound);
+		ClipRenderRequest request;
+		request.mInput = mFolder / "in.wav";
+		request.mOutput = mFolder / "out.wav";
+		return request;
+	}
+
+	Sound Render(ClipRenderRequest const& inRequest)
+	{
+		EXPECT_TRUE(ClipRenderJob(inRequest).Run());
+		return ReadSound(inRequest.mOutput);
+	}
+
+	// Blocks of any size and a playback give the same bits, which come back.
+	Sound RenderInManyWays(ClipRenderRequest inRequest)
+	{
+		Sound const whole = Render(inRequest);
+		for (unsigned const block : {1u, 100u, 640u, kMaxBlockFrames})
+		{
+			inRequest.mBlockFrames = block;
+			EXPECT_TRUE(SameBits(Render(inRequest), whole)) << "blocks of " << block;
+		}
+		inRequest.mBlockFrames = 1000;
+		inRequest.mAsPlayback = true;
+		EXPECT_TRUE(SameBits(Render(inRequest), whole)) << "as playback";
+		return whole;
+	}
+
+	void ExpectRefusal(ClipRenderRequest const& inRequest, char const* inReason)
+	{
+		SCOPED_TRACE(inReason);
+		try
+		{
+			ClipRenderJob{inRequest};
+			ADD_FAILURE() << "it was not refused";
+		}
+		catch (HostError const& error)
+		{
+			EXPECT_EQ(error.GetKind(), HostError::Kind::eRequest);
+			EXPECT_THAT(error.what(), HasSubstr(inReason));
+		}
+	}
+
+	TemporaryFolder mFolder;
+};
+
+// A sound that shows the gain by itself.
+Sound MakeOnes(int inChannels, std::int64_t inFrames)
+{
+	return {inChannels, 48000, std::vector<float>(static_cast<std::size_t>(inChannels * inFrames), 1.0f)};
+}
+
+TEST_F(TrackRenderTest, WithoutATrackTheExamplesPassBitForBit)
+{
+	for (auto const& entry : std::filesystem::directory_iterator(SONARO_EXAMPLE_MEDIA))
+	{
+		if (entry.path().extension() != ".flac")
+		{
+			continue;
+		}
+		SCOPED_TRACE(entry.path());
+		ClipRenderRequest request;
+		request.mInput = entry.path();
+		request.mOutput = mFolder / "out.wav";
+		EXPECT_TRUE(SameBits(Render(request), ReadSound(entry.path())));
+		request.mFadeIn = TimePosition::FromSamples(0);
+		request.mFadeOut = TimePosition::FromSamples(0);
+		EXPECT_TRUE(SameBits(Render(request), ReadSound(entry.path()))) << "a fade of no length is none";
+	}
+}
+
+TEST_F(TrackRenderTest, FadesAreStraightAndEndInSilence)
+{
+	constexpr std::int64_t kFrames = 48000;
+	// What the fader follows its parameter by.
+	constexpr std::int64_t kLag = 240 + 64;
+	struct Case
+	{
+		std::int64_t mIn;
+		std::int64_t mOut;
+	};
+	constexpr Case kCases[] = {
+		{12000, 0}, {0, 12000}, {9600, 14400}, {24000, 24000}, {48000, 0}, {0, 48000}, {1, 1}, {100, 20000}};
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(testing::Message() << test.mIn << " in, " << test.mOut << " out");
+		ClipRenderRequest request = MakeRequest(MakeOnes(1, kFrames));
+		request.mFadeIn = TimePosition::FromSamples(test.mIn);
+		request.mFadeOut = TimePosition::FromSamples(test.mOut);
+		std::vector<float> const gains = RenderInManyWays(request).mSamples;
+		ASSERT_EQ(gains.size(), static_cast<std::size_t>(kFrames));
+		// A fade as long as the whole begins or ends within the lag of 1.
+		EXPECT_NEAR(gains.front(), test.mIn > 0 ? 0.0f : 1.0f, test.mIn > 0 ? 0.0f : 0.01f);
+		EXPECT_NEAR(gains.back(), test.mOut > 0 ? 0.0f : 1.0f, test.mOut > 0 ? 0.0f : 0.01f);
+		// Never steeper than the shorter of the fades or the ramp of 5 ms.
+		std::int64_t const shorter =
+			std::min(test.mIn > 0 ? test.mIn : kFrames, test.mOut > 0 ? test.mOut : kFrames);
+		double const steepest = 1.05 / static_cast<double>(std::min<std::int64_t>(
+										   std::max<std::int64_t>(shorter, 240), kFrames - kLag));
+		for (std::int64_t i = 0; i < kFrames; ++i)
+		{
+			auto const get = [&](std::int64_t inFrame)
+			{ return double{gains[static_cast<std::size_t>(inFrame)]}; };
+			auto const in = [&](std::int64_t inFrame)
+			{
+				return test.mIn > 0 ? std::clamp(static_cast<double>(inFrame) / static_cast<double>(test.mIn),
+										  0.0, 1.0)
+									: 1.0;
+			};
+			auto const out = [&](std::int64_t inFrame)
+			{
+				return test.mOut > 0 ? std::clamp(static_cast<double>(kFrames - inFrame) /
+													  static_cast<double>(test.mOut),
+										   0.0, 1.0)
+									 : 1.0;
+			};
+			// Each gain is that of a moment within the lag before, for the way out in advance.
+			ASSERT_LE(get(i), std::min(in(i), out(i)) + 0.002 + 1.0 * (test.mOut > 0 && test.mOut < kLag))
+				<< i;
+			ASSERT_GE(get(i), std::min(in(i - kLag), out(i + kLag)) - 0.002) << i;
+			ASSERT_LE(i > 0 ? std::fabs(get(i) - get(i - 1)) : 0.0, steepest) << i;
+		}
+	}
+}
+
+TEST_F(TrackRenderTest, OutsideOfFadesSamplesPass)
+{
+	for (int const channels : {1, 2, 6, 7})
+	{
+		SCOPED_TRACE(channels);
+		Sound const sound = MakeSound(channels, 48000, 30000);
+		ClipRenderRequest request = MakeRequest(sound);
+		request.mFadeIn = TimePosition::FromSamples(5000);
+		request.mFadeOut = TimePosition::FromSamples(5000);
+		request.mStart = TimePosition::FromSamples(100);
+		request.mDuration = TimePosition::FromSamples(28000);
+		Sound const forward = RenderInManyWays(request);
+		EXPECT_TRUE(SameBits(forward.Cut(6000, 15000), sound.Cut(6100, 15000)));
+		request.mDirection = RenderDirection::eReverse;
+		Sound const backward = RenderInManyWays(request);
+		EXPECT_TRUE(SameBits(backward.Cut(6000, 15000), sound.Cut(100, 28000).Reversed().Cut(6000, 15000)));
+		EXPECT_EQ(backward.mSamples.front(), 0.0f);
+		EXPECT_EQ(backward.mSamples.back(), 0.0f);
+	}
+}
+
+TEST_F(TrackRenderTest, FadesThatDoNotFitAreRefused)
+{
+	ClipRenderRequest request = MakeRequest(MakeOnes(2, 1000));
+	request.mFadeIn = TimePosition::FromSamples(501);
+	request.mFadeOut = TimePosition::FromSamples(500);
+	ExpectRefusal(request, "the fades take longer than the 0:00.021 of the output");
+	request.mFadeIn = TimePosition::FromSamples(500);
+	EXPECT_EQ(Render(request).GetFrames(), 1000);
+}
+
+} // namespace
+} // namespace SonaroHost::Testing
