@@ -30,7 +30,8 @@ struct TrackStart
 // The items of a track that have a latency and lie ahead of the playhead: they are given a head start
 // while playback approaches them.
 //
-// Threads  As for the track: AccumulatePrefetchRequests may come from another thread than the rest.
+// Threads  As for the track: AccumulatePrefetchRequests may come from another thread than FillInitialDelay,
+//          but not while Classify or Clear runs.
 class DelayedTrackItems
 {
 public:
