@@ -208,7 +208,7 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 		->required();
 	AddFormatOptions();
 	AddRangeOptions();
-	AddFadeOptions();
+	AddTrackOptions();
 	AddChannelOptions();
 	AddReportOptions();
 	GetParser().footer(std::string(kTimesHelp) +
@@ -260,8 +260,13 @@ void RenderCommand::AddRangeOptions()
 		"Read ahead on another thread as a player does, with the same result, and tell how that went");
 }
 
-void RenderCommand::AddFadeOptions()
+void RenderCommand::AddTrackOptions()
 {
+	GetParser()
+		.add_option("--speed", mSpeed,
+			"How fast it plays, 0.01 to 100, resampled, so that pitch follows: at 2 an octave up, half as "
+			"long")
+		->option_text("S");
 	GetParser()
 		.add_option("--fade-in", mFadeIn,
 			"Rise from silence at the start, in a straight line of amplitude (sampled every 64 samples, each "
@@ -347,6 +352,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 		request.mGain = static_cast<float>(std::pow(10.0, mGainDecibels / 20.0));
 	}
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
+	request.mSpeed = mSpeed;
 	if (!mFadeIn.empty())
 	{
 		request.mFadeIn = ParseTime("--fade-in", mFadeIn);

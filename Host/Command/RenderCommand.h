@@ -20,7 +20,7 @@ public:
 private:
 	void AddFormatOptions();
 	void AddRangeOptions();
-	void AddFadeOptions();
+	void AddTrackOptions();
 	void AddChannelOptions();
 	void AddReportOptions();
 
@@ -43,6 +43,7 @@ private:
 	std::string mMixdown;
 	double mGainDecibels = 0.0;
 	bool mIsReverse = false;
+	double mSpeed = 1.0;
 	std::string mFadeIn;
 	std::string mFadeOut;
 	unsigned mBlockFrames;

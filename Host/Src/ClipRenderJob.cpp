@@ -91,6 +91,7 @@ ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
 	mFirstFrame = range.mFirst;
 	mFrames = range.mFrames;
 	mPlan = LayoutPlan(ChooseChannels(), mRequest.mLayout);
+	ChooseLength();
 	ChooseFades();
 	ChooseFormat();
 }
@@ -100,7 +101,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 {
 	auto const begin = std::chrono::steady_clock::now();
 	OfflineRange const range = MakeRange();
-	SN::TickTime const rangeEnd(mFrames, range.mFrameRate);
+	SN::TickTime const rangeEnd(mOutputFrames, range.mFrameRate);
 	// It does not tell that it runs backwards, as a render without one cannot: told so, a panner would take
 	// the first block for the next one of a playback and fade into it.
 	SN::Prefetcher prefetcher{.mStart = SN::kTimeZero, .mEnd = rangeEnd};
@@ -108,7 +109,8 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		range.mBlockFrames, rangeEnd, mSource->GetName(), mRequest.mAsPlayback ? &prefetcher : nullptr);
 	auto const graph = MakeGraph(context.Get());
 	LayoutConversion conversion(mPlan, context.Get(), range.mFrameRate);
-	AudioFileWriter writer(mRequest.mOutput, mFormat, GetInputInfo().mSampleRate, GetOutputLayout(), mFrames);
+	AudioFileWriter writer(
+		mRequest.mOutput, mFormat, GetInputInfo().mSampleRate, GetOutputLayout(), mOutputFrames);
 	std::optional<ReadAhead> readAhead;
 	if (mRequest.mAsPlayback)
 	{
@@ -138,7 +140,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		}
 		if (inProgress)
 		{
-			inProgress({writer.GetFrames(), mFrames});
+			inProgress({writer.GetFrames(), mOutputFrames});
 		}
 		if (readAhead && !inStop.stop_requested())
 		{
@@ -175,13 +177,13 @@ void ClipRenderJob::CheckSource() const
 
 OfflineRange ClipRenderJob::MakeRange() const
 {
-	OfflineRange range{mFrames, mSource->GetFrameRate(), static_cast<unsigned>(mPlan.GetInputLayout().size()),
-		mRequest.mBlockFrames, mRequest.mDirection};
+	OfflineRange range{mOutputFrames, mSource->GetFrameRate(),
+		static_cast<unsigned>(mPlan.GetInputLayout().size()), mRequest.mBlockFrames, mRequest.mDirection};
 	if (NeedsTrack())
 	{
 		// A track runs forward: what lies on it is reversed.
 		range.mDirection = RenderDirection::eForward;
-		range.mBlockFrames = ChooseTrackBlock(mRequest.mBlockFrames);
+		range.mBlockFrames = ChooseTrackBlock(mRequest.mBlockFrames, mRequest.mSpeed);
 	}
 	return range;
 }
@@ -189,7 +191,7 @@ OfflineRange ClipRenderJob::MakeRange() const
 RenderSummary ClipRenderJob::DescribeOutput() const
 {
 	RenderSummary summary;
-	summary.mFrames = mFrames;
+	summary.mFrames = mOutputFrames;
 	summary.mChannels = static_cast<unsigned>(GetOutputLayout().size());
 	summary.mSampleRate = GetInputInfo().mSampleRate;
 	summary.mFormat = mFormat;
@@ -222,14 +224,28 @@ SN::AudioChannelLayout ClipRenderJob::ChooseChannels()
 	return MakeLayoutOfChannels(static_cast<unsigned>(mRequest.mChannels.size()));
 }
 
+void ClipRenderJob::ChooseLength()
+{
+	// Written so that what is not a number fails it.
+	if (!(mRequest.mSpeed >= kLowestSpeed && mRequest.mSpeed <= kHighestSpeed))
+	{
+		Refuse("a speed goes from 0.01 to 100");
+	}
+	mOutputFrames = std::llround(static_cast<double>(mFrames) / mRequest.mSpeed);
+	if (mOutputFrames < 1)
+	{
+		Refuse("at that speed the output is less than a sample; there is nothing to render");
+	}
+}
+
 void ClipRenderJob::ChooseFades()
 {
 	int const rate = GetInputInfo().mSampleRate;
 	mFades.mIn = mRequest.mFadeIn ? mRequest.mFadeIn->ToSamples(rate) : 0;
 	mFades.mOut = mRequest.mFadeOut ? mRequest.mFadeOut->ToSamples(rate) : 0;
-	if (mFades.mIn > mFrames - mFades.mOut)
+	if (mFades.mIn > mOutputFrames - mFades.mOut)
 	{
-		Refuse("the fades take longer than the " + FormatTime(mFrames, rate) + " of the output");
+		Refuse("the fades take longer than the " + FormatTime(mOutputFrames, rate) + " of the output");
 	}
 }
 
@@ -259,7 +275,8 @@ SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeGraph(
 	{
 		clip = zorvcore::classref::MakeObject<ReversedGenerator>(clip, mFrames, frameRate);
 	}
-	return MakeClipTrack(inContext, clip, {frameRate, mPlan.GetInputLayout(), mFrames, mFades});
+	return MakeClipTrack(
+		inContext, clip, {frameRate, mPlan.GetInputLayout(), mOutputFrames, mFades, mRequest.mSpeed});
 }
 
 SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeClip(

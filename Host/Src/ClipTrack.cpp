@@ -23,14 +23,13 @@ constexpr double kFaderRampSeconds = 0.005;
 SN::InterfaceRef<SN::IAudioTrackRenderableItem> MakeItem(
 	Context const& inContext, Generator const& inClip, ClipTrackSettings const& inSettings)
 {
-	constexpr double kNormalSpeed = 1.0;
 	auto const factory = SN::SonaroFactory::CreateClassRef();
 	SN::InterfaceRef<SN::IAudioPanProcessor> panner;
 	CheckEngineResult(
 		factory->CreateNoneAudioPanProcessorRenderer(inContext, inSettings.mLayout, &panner), "a panner");
 	Generator generator;
 	CheckEngineResult(factory->CreateRealtimeAudioClipTrackItemRenderer(inContext, inSettings.mFrameRate,
-						  inClip, {}, panner, kNormalSpeed,
+						  inClip, {}, panner, inSettings.mSpeed,
 						  zorvcore::classref::MakeObject<IdentityTimeTransform>(), SN::kTimeZero, &generator),
 		"an item");
 	SN::InterfaceRef<SN::IAudioTrackRenderableItem> item = generator;
@@ -55,9 +54,12 @@ SN::InterfaceRef<SN::IAudioProcessor> MakeFader(Context const& inContext, ClipTr
 
 } // namespace
 
-unsigned ChooseTrackBlock(unsigned inBlockFrames)
+unsigned ChooseTrackBlock(unsigned inBlockFrames, double inSpeed)
 {
-	return (inBlockFrames + kControlInterval - 1) / kControlInterval * kControlInterval;
+	// What is read for a block at the highest speed fits the engine's largest read.
+	constexpr unsigned kResampledFrames = 1024;
+	return inSpeed == 1.0 ? (inBlockFrames + kControlInterval - 1) / kControlInterval * kControlInterval
+						  : kResampledFrames;
 }
 
 Generator MakeClipTrack(

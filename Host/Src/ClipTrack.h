@@ -10,8 +10,9 @@
 namespace SonaroHost
 {
 
-// Blocks of a track are whole numbers of its control blocks, so that their size is not heard.
-unsigned ChooseTrackBlock(unsigned inBlockFrames);
+// The size of blocks by which the size that was asked for is not heard: whole numbers of control blocks, and
+// at any speed but 1, where a resampler goes by blocks, always the same.
+unsigned ChooseTrackBlock(unsigned inBlockFrames, double inSpeed);
 
 // What a clip on a track becomes.
 struct ClipTrackSettings
@@ -21,6 +22,8 @@ struct ClipTrackSettings
 	// Of the track, from time 0 on.
 	std::int64_t mFrames = 0;
 	Fades mFades;
+	// Of the clip; at 1 nothing is resampled.
+	double mSpeed = 1.0;
 };
 
 // A track that holds the clip from time 0 on, with a fader. Throws a HostError when the engine refuses it.

@@ -153,7 +153,7 @@ TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
 	EXPECT_EQ(facts["seconds"], 0.5);
 }
 
-TEST_F(CommandTest, FadesReachTheRender)
+TEST_F(CommandTest, FadesAndSpeedReachTheRender)
 {
 	Sound const sound = WriteInput();
 	ASSERT_EQ(
@@ -162,6 +162,12 @@ TEST_F(CommandTest, FadesReachTheRender)
 	EXPECT_TRUE(SameBits(faded.Cut(10000, 28000), sound.Cut(10000, 28000)));
 	EXPECT_FALSE(SameBits(faded.Cut(9000, 100), sound.Cut(9000, 100)));
 	EXPECT_FALSE(SameBits(faded.Cut(39000, 100), sound.Cut(39000, 100)));
+	ASSERT_EQ(Run({"render", "in.wav", "-o", "out.wav", "--speed", "1.5"}).mExitCode, 0);
+	EXPECT_EQ(ReadSound(mFolder / "out.wav").GetFrames(), 32000);
+	ASSERT_EQ(Run({"render", "in.wav", "-o", "out.wav", "--speed", "1"}).mExitCode, 0);
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), sound));
+	ExpectRefusal(
+		{"render", "in.wav", "-o", "out.wav", "--speed", "0"}, 2, {"a speed goes from 0.01 to 100"});
 	ExpectRefusal({"render", "in.wav", "-o", "out.wav", "--fade-in", "2"}, 2, {"the fades take longer than"});
 }
 

@@ -177,5 +177,95 @@ TEST_F(TrackRenderTest, FadesThatDoNotFitAreRefused)
 	EXPECT_EQ(Render(request).GetFrames(), 1000);
 }
 
+// A tone in both channels, the second one upside down.
+Sound MakeTone(std::int64_t inFrames, double inRadians)
+{
+	Sound sound{2, 48000, {}};
+	for (std::int64_t i = 0; i < inFrames; ++i)
+	{
+		auto const sample = static_cast<float>(0.5 * std::sin(inRadians * static_cast<double>(i)));
+		sound.mSamples.insert(sound.mSamples.end(), {sample, -sample});
+	}
+	return sound;
+}
+
+// The largest distance from the tone that plays from a moment of its own, in samples, at a speed. The ends,
+// where a filter hears what is not there, are left out.
+double FindWorst(Sound const& inSound, double inRadians, double inStart, double inSpeed)
+{
+	std::int64_t const ends = 100 + std::llround(40.0 / std::fabs(inSpeed));
+	double worst = 0.0;
+	for (std::int64_t i = ends; i < inSound.GetFrames() - ends; ++i)
+	{
+		double const expected = 0.5 * std::sin(inRadians * (inStart + static_cast<double>(i) * inSpeed));
+		auto const left = static_cast<std::size_t>(2 * i);
+		worst = std::max(worst, std::fabs(inSound.mSamples[left] - expected));
+		worst = std::max(worst, std::fabs(inSound.mSamples[left + 1] + expected));
+	}
+	return worst;
+}
+
+TEST_F(TrackRenderTest, ASpeedPlaysEverySampleInItsPlace)
+{
+	struct Case
+	{
+		double mSpeed;
+		std::int64_t mFrames;
+		std::int64_t mOutputFrames;
+		// At high speeds the engine's resampler is less than half a sample of the output late.
+		double mLate = 0.0;
+		double mTolerance = 1e-4;
+	};
+	constexpr Case kCases[] = {
+		{0.01, 2000, 200000},
+		{0.3, 60000, 200000},
+		{0.5, 60000, 120000},
+		{0.99, 60000, 60606},
+		{1.001, 60000, 59940},
+		{1.5, 60000, 40000},
+		{2.0, 60001, 30001},
+		{7.3, 60000, 8219},
+		{20.0, 60000, 3000, 8.5, 0.005},
+	};
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(test.mSpeed);
+		double const radians = 0.02 / std::max(1.0, test.mSpeed);
+		ClipRenderRequest request = MakeRequest(MakeTone(test.mFrames, radians));
+		request.mSpeed = test.mSpeed;
+		Sound const forward = RenderInManyWays(request);
+		EXPECT_EQ(forward.GetFrames(), test.mOutputFrames);
+		EXPECT_LT(FindWorst(forward, radians, test.mLate, test.mSpeed), test.mTolerance);
+		request.mDirection = RenderDirection::eReverse;
+		auto const last = static_cast<double>(test.mFrames - 1);
+		EXPECT_LT(FindWorst(Render(request), radians, last - test.mLate, -test.mSpeed), test.mTolerance);
+	}
+}
+
+TEST_F(TrackRenderTest, FadesCountTheTimeOfTheOutput)
+{
+	ClipRenderRequest request = MakeRequest(MakeOnes(1, 48000));
+	request.mSpeed = 2.0;
+	request.mFadeIn = TimePosition::FromSamples(12000);
+	Sound const out = RenderInManyWays(request);
+	ASSERT_EQ(out.GetFrames(), 24000);
+	EXPECT_NEAR(out.mSamples[6000], 0.5f, 0.03f);
+	EXPECT_NEAR(out.mSamples[13000], 1.0f, 1e-4f);
+	request.mFadeIn = TimePosition::FromSamples(24001);
+	ExpectRefusal(request, "the fades take longer than the 0:00.500 of the output");
+}
+
+TEST_F(TrackRenderTest, SpeedsOutOfRangeAreRefused)
+{
+	ClipRenderRequest request = MakeRequest(MakeOnes(1, 40));
+	for (double const speed : {0.0, -1.0, 0.0099, 100.1, std::nan("")})
+	{
+		request.mSpeed = speed;
+		ExpectRefusal(request, "a speed goes from 0.01 to 100");
+	}
+	request.mSpeed = 100.0;
+	ExpectRefusal(request, "less than a sample");
+}
+
 } // namespace
 } // namespace SonaroHost::Testing

@@ -26,6 +26,10 @@ namespace SonaroHost
 // The largest block that a render may be asked for, in frames.
 inline constexpr unsigned kMaxBlockFrames = 262144;
 
+// The speeds that a render may be asked for.
+inline constexpr double kLowestSpeed = 0.01;
+inline constexpr double kHighestSpeed = 100.0;
+
 // One sound file to be rendered into another.
 struct ClipRenderRequest
 {
@@ -46,6 +50,8 @@ struct ClipRenderRequest
 	// Linear; at 1, samples pass bit for bit.
 	float mGain = 1.0f;
 	RenderDirection mDirection = RenderDirection::eForward;
+	// Resampled, so that pitch follows; at 1 nothing is.
+	double mSpeed = 1.0;
 	// From silence at the output's start, and to silence at its end. Together at most as long as the output.
 	std::optional<TimePosition> mFadeIn;
 	std::optional<TimePosition> mFadeOut;
@@ -95,7 +101,7 @@ public:
 	// What the output will be.
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
 	SN::AudioChannelLayout const& GetOutputLayout() const { return mPlan.GetOutputLayout(); }
-	std::int64_t GetFrames() const { return mFrames; }
+	std::int64_t GetFrames() const { return mOutputFrames; }
 
 	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a HostError: then there is no
 	// output, and a file that was there before stays. To be called once.
@@ -109,9 +115,10 @@ private:
 	// What of the summary is known beforehand.
 	RenderSummary DescribeOutput() const;
 	SN::AudioChannelLayout ChooseChannels();
+	void ChooseLength();
 	void ChooseFades();
 	// Whether the clip lies on a track; without need it is rendered by itself.
-	bool NeedsTrack() const { return !mFades.IsNone(); }
+	bool NeedsTrack() const { return !mFades.IsNone() || mRequest.mSpeed != 1.0; }
 	void ChooseFormat();
 	SN::InterfaceRef<SN::IAudioGenerator> MakeGraph(
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);
@@ -127,6 +134,7 @@ private:
 	// In the input.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mFrames = 0;
+	std::int64_t mOutputFrames = 0;
 };
 
 } // namespace SonaroHost
