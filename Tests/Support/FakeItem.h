@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
+#include "Sonaro/IMuteAwareItem.h"
 #include "Support/Fakes.h"
 
 #include <memory>
@@ -13,6 +14,7 @@ namespace SN::Testing
 // All calls go into one log, which its clones share.
 class FakeItem final : public IAudioGenerator,
 					   public IAudioGeneratorPrivate,
+					   public IMuteAwareItem,
 					   public AudioTrackRenderableItemMixin
 {
 public:
@@ -80,12 +82,18 @@ public:
 	std::shared_ptr<std::vector<Call>> mCalls = std::make_shared<std::vector<Call>>();
 	TickTime mDelay;
 	bool mHasHistory = false;
+	// Whether it answers for IMuteAwareItem.
+	bool mIsMuteAware = false;
 
 protected:
 	void* QueryMap(GUID const& inIdentifier) override
 	{
 		void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate,
 			IAudioTrackRenderableItem, FakeItem>(this, inIdentifier);
+		if (!found && mIsMuteAware && inIdentifier == IMuteAwareItem::kIdentifier)
+		{
+			return static_cast<IMuteAwareItem*>(this);
+		}
 		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 

@@ -53,6 +53,7 @@ private:
 		Guid mIdentifier;
 		unsigned long long mIndex = 0;
 		unsigned long long mSize = 0;
+		unsigned mState = 0;
 		WeakMap mOwner;
 	};
 	using Entries = std::list<Entry>;
@@ -80,13 +81,13 @@ void MediaManager::Register(IMediaMap& inMap)
 	mMaps[inMap.GetIdentifier()] = map.GetUnknown();
 }
 
-void MediaManager::AddEntry(unsigned long long inIndex, unsigned long long inSizeInBytes, unsigned, bool,
-	InterfaceRef<IMediaMap> const& inOwner)
+void MediaManager::AddEntry(unsigned long long inIndex, unsigned long long inSizeInBytes, unsigned inState,
+	bool, InterfaceRef<IMediaMap> const& inOwner)
 {
 	Guid const identifier = inOwner->GetIdentifier();
 	// Made beforehand, so that nothing can fail halfway.
 	Entries added;
-	added.push_back({identifier, inIndex, inSizeInBytes, inOwner.GetUnknown()});
+	added.push_back({identifier, inIndex, inSizeInBytes, inState, inOwner.GetUnknown()});
 	{
 		std::lock_guard const lock(mMutex);
 		auto const [known, isNew] = mByKey.try_emplace({identifier, inIndex}, added.begin());
@@ -174,7 +175,7 @@ void MediaManager::PurgeBeyondBudget()
 		}
 		if (map->IsEntryReferenced(victim.front().mIndex))
 		{
-			AddEntry(victim.front().mIndex, victim.front().mSize, 0, false, map);
+			AddEntry(victim.front().mIndex, victim.front().mSize, victim.front().mState, false, map);
 		}
 		else
 		{

@@ -224,6 +224,15 @@ TEST(AudioSendRenderer, CollectsUntilTheDestinationPicksUp)
 		<< "the gain comes behind the pan";
 	EXPECT_NEAR(panned.PickUp(0, 256)[255], 1.0f, 0.1f) << "a millionth of the other side's level";
 
+	// Silence takes its room, and picking it up gives the room back.
+	Send quiet(kPanNoneMono, 0.5f);
+	dsp::AudioBuffer silence(1, 200);
+	silence.Zero();
+	quiet.mSend->ProcessAudioData(silence, At(0));
+	EXPECT_EQ(quiet.PickUp(0, 200), std::vector<float>(200, 1.0f));
+	quiet.Push(0, 200);
+	EXPECT_EQ(quiet.PickUp(0, 200)[199], 1.0f + 0.5f * PositionSample(0, 199));
+
 	Send off(kPanNoneMono, 0.5f, true);
 	off.Push(0, 100);
 	EXPECT_EQ(off.PickUp(0, 100), std::vector<float>(100, 1.0f));

@@ -15,9 +15,11 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <limits>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace SN
@@ -156,6 +158,48 @@ TEST(AudioGeneratorSource, RendersWhatIsAbsentAndTouchesTheRest)
 		EXPECT_EQ(Read(*empty, 0, 3, 1)[0], std::vector<float>(3, 0.0f));
 	}
 	EXPECT_THROW(AudioGeneratorSource::Create({}, 100, At(100)), zorvcore::config::NullPtrException);
+}
+
+TEST(AudioGeneratorSource, ChunksAreCountedInSinglePrecision)
+{
+	// One sample more than 4097 chunks, which a float does not tell from 4097 chunks.
+	auto const generator = MakeObject<FakeGenerator>(1);
+	auto const source = AudioGeneratorSource::Create(generator, 4096, At(4096 * 4097 + 1));
+	source->PrefetchAudioData(0, At(4096 * 4097), 1);
+	EXPECT_TRUE(generator->mCalls.empty());
+	source->PrefetchAudioData(0, At(4096 * 4097 - 1), 1);
+	EXPECT_EQ(GetRenderedFrames(*generator).size(), 1u);
+}
+
+float SlowSample(unsigned long long inChannel, long long inFrame)
+{
+	std::this_thread::yield();
+	return PositionSample(inChannel, inFrame);
+}
+
+TEST(AudioGeneratorSource, AChunkIsRenderedOnceWhoeverAsks)
+{
+	auto const generator = MakeObject<FakeGenerator>(1, &SlowSample);
+	auto const source = AudioGeneratorSource::Create(generator, 16, At(16 * 64));
+	std::atomic<unsigned> ready{0};
+	std::vector<std::thread> callers;
+	for (unsigned i = 0; i < 4; ++i)
+	{
+		callers.emplace_back(
+			[&]
+			{
+				for (++ready; ready < 4;)
+				{
+					std::this_thread::yield();
+				}
+				source->PrefetchAudioData(0, At(0), 16 * 64);
+			});
+	}
+	for (std::thread& caller : callers)
+	{
+		caller.join();
+	}
+	EXPECT_EQ(GetRenderedFrames(*generator).size(), 64u);
 }
 
 TEST(AudioGeneratorSource, PurgedChunksAreSilenceUntilTheyAreRenderedAgain)
@@ -299,6 +343,54 @@ TEST(PrefetchedAudioGenerator, InPlaybackItReadsWhatWasRenderedAndAPrerollStarts
 	prefetched->Preroll(At(5), true);
 	EXPECT_EQ(generator->mCalls.back(), (Call{"Preroll", At(5), 0, true}));
 	EXPECT_EQ(PullWhole(*prefetched, range)[0], std::vector<float>(100, 0.0f));
+}
+
+TEST(PrefetchedAudioGenerator, NobodyComesBetweenTheSamplesOfAChunk)
+{
+	Prefetcher prefetcher;
+	ScopedContext const context(64, &prefetcher);
+	std::vector<Call> const* calls = nullptr;
+	std::size_t callsAtStart = 0;
+	std::atomic<unsigned> disturbed{0};
+	std::atomic<unsigned> rendered{0};
+	auto const generator = MakeObject<FakeGenerator>(1,
+		[&](unsigned long long inChannel, long long inFrame)
+		{
+			callsAtStart = inFrame % 64 == 0 ? calls->size() : callsAtStart;
+			disturbed += calls->size() == callsAtStart ? 0 : 1;
+			++rendered;
+			return SlowSample(inChannel, inFrame);
+		});
+	calls = &generator->mCalls;
+	generator->mCalls.reserve(100000);
+	InterfaceRef<IAudioGenerator> prefetched;
+	PrefetchedAudioGenerator::Create(generator, context.Get(), At(0), At(64 * 10), prefetched);
+	std::atomic<bool> done{false};
+	std::thread reader(
+		[&]
+		{
+			while (!done)
+			{
+				PrefetchFromAudioGenerator(prefetched, {At(0), At(640)}, SynchronousPrefetch, 0);
+			}
+		});
+	for (int i = 0; i < 50; ++i)
+	{
+		unsigned const before = rendered;
+		prefetched->Preroll(At(0), false);
+		while (rendered == before)
+		{
+			std::this_thread::yield();
+		}
+		// Else the next preroll comes amid a chunk.
+		if (i % 2 == 0)
+		{
+			prefetched->Reset();
+		}
+	}
+	done = true;
+	reader.join();
+	EXPECT_EQ(disturbed, 0u);
 }
 
 } // namespace

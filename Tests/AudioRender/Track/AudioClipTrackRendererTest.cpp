@@ -224,6 +224,55 @@ TEST(AudioClipTrackRenderer, ControlsChangeOnTheGridOfTheControlInterval)
 	EXPECT_EQ(InterfaceRef<IAudioGeneratorPrivate>(track)->GetNumOutputChannels(), 2u);
 }
 
+TEST(AudioClipTrackRenderer, ControlBlocksGoOnOverRequests)
+{
+	struct Request
+	{
+		char const* mName;
+		long long mStart;
+		unsigned mFrames;
+		bool mReverse;
+		// Where the pan changes next.
+		TickTime mNext;
+		// Start and length of what the processors are given; the interval is 16.
+		std::vector<std::pair<long long, long long>> mBlocks;
+	};
+	Request const requests[] = {
+		{"before a change", 0, 39, false, At(40), {{0, 39}}},
+		{"up to a change", 0, 40, false, At(40), {{0, 16}, {16, 16}, {32, 8}}},
+		{"nothing changes: the grid starts over", 40, 12, false, kTimeMax, {{40, 12}}},
+		{"a change again", 52, 20, false, At(52), {{52, 16}, {68, 4}}},
+		{"on in the block", 72, 20, false, At(80), {{72, 12}, {84, 8}}},
+		{"nothing again", 92, 1, false, kTimeMax, {{92, 1}}},
+		{"in reverse, always in blocks", 100, 10, true, kTimeMax, {{110, 10}}},
+		{"in reverse, less what is done of the block", 90, 10, true, kTimeMax, {{90, 6}, {84, 4}}},
+	};
+	Prefetcher prefetcher;
+	ScopedContext const context(512, &prefetcher);
+	TrackParts parts;
+	parts.Add(0, 1000, 0);
+	auto const pan = MakeObject<FakeParameter>(0.0f);
+	auto const gain = MakeObject<FakeProcessor>(1.0f);
+	parts.mPanner = MakePanner(context.Get(), kPanMonoToStereo, {pan});
+	parts.mProcessors = {gain};
+	auto const track = parts.Make(context.Get());
+	track->Preroll(At(0), false);
+	for (Request const& request : requests)
+	{
+		SCOPED_TRACE(request.mName);
+		pan->mNext = request.mNext;
+		gain->mCalls.clear();
+		dsp::AudioBuffer buffer(2, request.mFrames);
+		track->GetAudioData(At(request.mStart), buffer, request.mReverse);
+		std::vector<std::pair<long long, long long>> blocks;
+		for (Call const& call : gain->mCalls)
+		{
+			blocks.emplace_back(call.mTime.ToFrame64(k48000Hz), call.mAmount);
+		}
+		EXPECT_EQ(blocks, request.mBlocks);
+	}
+}
+
 TEST(AudioClipTrackRenderer, APanWidensTheTrackAndItsCache)
 {
 	ScopedContext const context(256);
@@ -280,6 +329,10 @@ TEST(AudioClipTrackRenderer, AMuteFadesAndThenAsksNobody)
 	EXPECT_EQ(pull(2000), std::vector<float>(1000, 0.0f));
 	EXPECT_TRUE(item->mCalls->empty());
 	EXPECT_EQ(meter->mCalls.size(), 1u) << "processors go on";
+	item->mIsMuteAware = true;
+	EXPECT_EQ(pull(2000), std::vector<float>(1000, 0.0f));
+	EXPECT_EQ(item->mCalls->size(), 1u) << "unless it has to keep running";
+	item->mIsMuteAware = false;
 	auto const clone = track->Clone();
 	parts.mMute->Set(0);
 	EXPECT_NEAR(static_cast<double>(pull(3000)[240]), 0.5, 1e-6);
@@ -349,6 +402,7 @@ TEST(AudioClipTrackRenderer, ItemsWithALatencyGetTheirHeadStart)
 		{"exactly now", {0, 50, 0, 0}, 50, false, 0, "1", 0},
 		{"reaching behind a latent one", {0, 0, 10, 120}, 50, false, 0, "3", 0},
 		{"reaching only into a latent one", {0, 0, 10, 90}, 50, false, 0, "", 0},
+		{"beginning as a latent one does", {0, 0, 10, 100}, 50, false, 0, "", 0},
 		{"the current one at the top", {30, 0, 0, 0}, 50, false, 0, "0", 0},
 		{"the current one nested, begun", {30, 0, 0, 0}, 20, false, 1, "0", 0},
 		{"the current one nested, past its delay", {30, 0, 0, 0}, 50, false, 1, "", 30},
@@ -358,6 +412,8 @@ TEST(AudioClipTrackRenderer, ItemsWithALatencyGetTheirHeadStart)
 		{"in reverse, too late", {0, 0, 60, 0}, 350, true, 0, "2", 0},
 		{"in reverse, exactly now", {0, 0, 50, 0}, 350, true, 0, "2", 0},
 		{"in reverse, behind a latent one", {120, 10, 0, 0}, 350, true, 0, "0", 0},
+		{"in reverse, beginning as a latent one does", {100, 10, 0, 0}, 350, true, 0, "", 0},
+		{"in reverse, nested, at its end", {0, 0, 30, 0}, 300, true, 1, "", 30},
 		{"in reverse, the current one at the top", {0, 0, 0, 30}, 350, true, 0, "3", 0},
 		{"in reverse, nested, begun", {0, 0, 0, 30}, 380, true, 1, "3", 0},
 		{"in reverse, nested, past its delay", {0, 0, 0, 30}, 350, true, 1, "", 30},
@@ -399,6 +455,19 @@ TEST(AudioClipTrackRenderer, ItemsWithALatencyGetTheirHeadStart)
 	}
 }
 
+TEST(AudioClipTrackRenderer, AnItemThatBeginsBeforeTheSequenceAddsNoDelay)
+{
+	Prefetcher prefetcher;
+	ScopedContext const context(256, &prefetcher);
+	context->PushNestingLevel();
+	TrackParts parts;
+	parts.Add(0, 100, -50)->mDelay = At(30);
+	auto const track = parts.Make(context.Get());
+	track->Preroll(At(0), false);
+	EXPECT_EQ(track->GetDelay(), kTimeZero);
+	context->PopNestingLevel();
+}
+
 TEST(AudioClipTrackRenderer, FillingKeepsPaceWithPlaying)
 {
 	Prefetcher prefetcher;
@@ -419,6 +488,15 @@ TEST(AudioClipTrackRenderer, FillingKeepsPaceWithPlaying)
 	}
 	EXPECT_THAT(*latent->mCalls, ElementsAre(Call{"Fill", At(0), 30, false}, Call{"Fill", At(0), 40, false},
 									 Call{"GetAudioData", At(0), 40, false}));
+
+	// Forced, it is filled from where its delay reaches the playhead.
+	track->Reset();
+	track->Preroll(At(0), false);
+	latent->mCalls->clear();
+	track->FillInitialDelay(At(169), kTimeZero, false, true);
+	EXPECT_TRUE(latent->mCalls->empty());
+	track->FillInitialDelay(At(170), kTimeZero, false, true);
+	EXPECT_THAT(*latent->mCalls, ElementsAre(Call{"Fill, forced", At(0), 0, false}));
 
 	latent->mCalls->clear();
 	std::vector<AudioPrefetch::PrefetchRequest> requests;

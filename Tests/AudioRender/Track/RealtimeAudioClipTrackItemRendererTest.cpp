@@ -138,11 +138,12 @@ TEST(RealtimeAudioClipTrackItemRenderer, ReadsOnUntilThePositionsDriftApart)
 	struct Case
 	{
 		char const* mName;
+		// Samples of the source.
 		long long mJump;
 		bool mIsFollowed;
 	};
-	for (Case const& test : {Case{"none", 0, false}, Case{"up to 16 ahead", 8, false},
-			 Case{"more ahead", 9, true}, Case{"up to 16 back", -7, false}, Case{"more back", -9, true}})
+	for (Case const& test : {Case{"none", 0, false}, Case{"up to 16 ahead", 16, false},
+			 Case{"more ahead", 17, true}, Case{"up to 16 back", -16, false}, Case{"more back", -17, true}})
 	{
 		SCOPED_TRACE(test.mName);
 		ScopedContext const context(256);
@@ -156,10 +157,28 @@ TEST(RealtimeAudioClipTrackItemRenderer, ReadsOnUntilThePositionsDriftApart)
 		long long const position = last.mTime.ToFrame64(k48000Hz) + last.mAmount;
 		EXPECT_EQ(parts.mSource->mCalls[1].mTime, At(1000)) << "behind the preroll";
 		parts.mSource->mCalls.clear();
-		PullWhole(*item, {.mStartFrame = position / 2 + test.mJump, .mFrames = 10});
-		long long const wanted = position / 2 * 2 + 2 * test.mJump;
-		EXPECT_EQ(parts.mSource->mCalls.front().mTime, At(test.mIsFollowed ? wanted : position));
+		dsp::AudioBuffer buffer(1, 10);
+		item->GetAudioData(At(position + test.mJump) / 2.0, buffer, false);
+		EXPECT_EQ(
+			parts.mSource->mCalls.front().mTime, At(test.mIsFollowed ? position + test.mJump : position));
 	}
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, InReverseReadsOnFromTheLowEnd)
+{
+	ScopedContext const context(256);
+	ItemParts parts;
+	parts.mSpeed = 2.0;
+	auto const item = parts.Make(context.Get());
+	item->Preroll(At(0), true);
+	dsp::AudioBuffer buffer(1, 100);
+	item->GetAudioData(At(1000), buffer, true);
+	EXPECT_EQ(parts.mSource->mCalls[1].mTime, At(2000)) << "behind the preroll";
+	parts.mSource->mCalls.clear();
+	// Off by a few samples, which are not followed.
+	item->GetAudioData(At(903), buffer, true);
+	Call const& first = parts.mSource->mCalls.front();
+	EXPECT_EQ(first.mTime.ToFrame64(k48000Hz) + first.mAmount, 2000);
 }
 
 TEST(RealtimeAudioClipTrackItemRenderer, ALatencyIsReportedAndFilledAhead)
@@ -203,6 +222,14 @@ TEST(RealtimeAudioClipTrackItemRenderer, ALatencyIsReportedAndFilledAhead)
 	parts.mSource->mCalls.clear();
 	nested->FillInitialDelay(At(0), At(300), false, false);
 	EXPECT_TRUE(parts.mSource->mCalls.empty());
+	for (bool const isWithinDelay : {false, true})
+	{
+		nested->Reset();
+		nested->Preroll(At(isWithinDelay ? 99 : 100), false);
+		parts.mSource->mCalls.clear();
+		nested->FillInitialDelay(At(0), At(300), false, false);
+		EXPECT_EQ(parts.mSource->mCalls.size(), isWithinDelay ? 1u : 0u);
+	}
 	context->PopNestingLevel();
 }
 

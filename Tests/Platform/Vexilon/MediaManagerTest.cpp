@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace VX
 {
@@ -109,6 +110,41 @@ TEST_F(MediaManagerTest, WhatIsInUseStaysAndOthersGo)
 	mManager->SetByteBudget(mBefore + 10);
 	EXPECT_EQ(Picture(*store), "...");
 	EXPECT_EQ(mManager->GetByteCount(), mBefore);
+}
+
+// A store that only tells what it is asked to purge.
+class RecordingMap final : public IMediaMap
+{
+public:
+	void Purge(unsigned long long inIndex) override { mPurged.push_back(inIndex); }
+	zorvcore::utility::Guid GetIdentifier() override { return mIdentifier; }
+	bool IsEntryReferenced(unsigned long long inIndex) override { return inIndex == mReferenced; }
+
+	std::vector<unsigned long long> mPurged;
+	unsigned long long mReferenced = 0;
+
+protected:
+	void* QueryMap(zorvcore::utility::Guid const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<IMediaMap>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	zorvcore::utility::Guid const mIdentifier = CreateMediaMapIdentifier();
+};
+
+TEST_F(MediaManagerTest, WhatIsReferencedIsPassedOver)
+{
+	auto const map = MakeObject<RecordingMap>();
+	mManager->Register(*map);
+	mManager->AddEntry(0, 60, 3, false, map);
+	mManager->AddEntry(1, 30, 3, false, map);
+	mManager->AddEntry(2, 40, 3, false, map);
+	EXPECT_EQ(map->mPurged, std::vector<unsigned long long>{1});
+	EXPECT_EQ(mManager->GetByteCount(), mBefore + 100);
+	mManager->RemoveEntry(0, map->GetIdentifier());
+	mManager->RemoveEntry(2, map->GetIdentifier());
 }
 
 TEST_F(MediaManagerTest, AStoreTakesItsEntriesAlong)
