@@ -268,6 +268,9 @@ void RenderCommand::AddTrackOptions()
 			"long")
 		->option_text("S");
 	GetParser()
+		.add_option("--rate", mSampleRate, "Samples a second of the output, resampled (default: the input's)")
+		->option_text("HZ");
+	GetParser()
 		.add_option("--fade-in", mFadeIn,
 			"Rise from silence at the start, in a straight line of amplitude (sampled every 64 samples, each "
 			"step a ramp of 5 ms)")
@@ -353,6 +356,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	}
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
 	request.mSpeed = mSpeed;
+	request.mSampleRate = mSampleRate;
 	if (!mFadeIn.empty())
 	{
 		request.mFadeIn = ParseTime("--fade-in", mFadeIn);
@@ -389,7 +393,7 @@ RenderSummary RenderCommand::Render(ClipRenderJob& ioJob) const
 	std::stop_source stop;
 	std::optional<RenderSummary> summary;
 	{
-		ProgressReport report(ioJob.GetInputInfo().mSampleRate, mIsQuiet);
+		ProgressReport report(ioJob.GetSampleRate(), mIsQuiet);
 		auto const progress = [&](RenderProgress const& inProgress)
 		{
 			report.Update(inProgress);

@@ -44,6 +44,7 @@ private:
 	double mGainDecibels = 0.0;
 	bool mIsReverse = false;
 	double mSpeed = 1.0;
+	std::optional<int> mSampleRate;
 	std::string mFadeIn;
 	std::string mFadeOut;
 	unsigned mBlockFrames;

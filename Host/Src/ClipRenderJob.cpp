@@ -2,7 +2,7 @@
 
 #include "ClipTrack.h"
 #include "JobChecks.h"
-#include "ReversedGenerator.h"
+#include "RemappedGenerator.h"
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/AudioFileWriter.h"
 #include "SonaroHost/ChannelLayouts.h"
@@ -109,8 +109,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		range.mBlockFrames, rangeEnd, mSource->GetName(), mRequest.mAsPlayback ? &prefetcher : nullptr);
 	auto const graph = MakeGraph(context.Get());
 	LayoutConversion conversion(mPlan, context.Get(), range.mFrameRate);
-	AudioFileWriter writer(
-		mRequest.mOutput, mFormat, GetInputInfo().mSampleRate, GetOutputLayout(), mOutputFrames);
+	AudioFileWriter writer(mRequest.mOutput, mFormat, GetSampleRate(), GetOutputLayout(), mOutputFrames);
 	std::optional<ReadAhead> readAhead;
 	if (mRequest.mAsPlayback)
 	{
@@ -118,9 +117,9 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	}
 
 	std::optional<LoudnessMeter> loudness;
-	if (mRequest.mMeasureLoudness && LoudnessMeter::CanMeasure(GetOutputLayout(), GetInputInfo().mSampleRate))
+	if (mRequest.mMeasureLoudness && LoudnessMeter::CanMeasure(GetOutputLayout(), GetSampleRate()))
 	{
-		loudness.emplace(GetOutputLayout(), GetInputInfo().mSampleRate, LoudnessMeter::Memory::eGrowing);
+		loudness.emplace(GetOutputLayout(), GetSampleRate(), LoudnessMeter::Memory::eGrowing);
 	}
 
 	RenderSummary summary = DescribeOutput();
@@ -177,13 +176,13 @@ void ClipRenderJob::CheckSource() const
 
 OfflineRange ClipRenderJob::MakeRange() const
 {
-	OfflineRange range{mOutputFrames, mSource->GetFrameRate(),
+	OfflineRange range{mOutputFrames, SN::FrameRate::FromSamplesPerSecond(GetSampleRate()),
 		static_cast<unsigned>(mPlan.GetInputLayout().size()), mRequest.mBlockFrames, mRequest.mDirection};
 	if (NeedsTrack())
 	{
 		// A track runs forward: what lies on it is reversed.
 		range.mDirection = RenderDirection::eForward;
-		range.mBlockFrames = ChooseTrackBlock(mRequest.mBlockFrames, mRequest.mSpeed);
+		range.mBlockFrames = ChooseTrackBlock(mRequest.mBlockFrames, GetReadingSpeed());
 	}
 	return range;
 }
@@ -193,7 +192,7 @@ RenderSummary ClipRenderJob::DescribeOutput() const
 	RenderSummary summary;
 	summary.mFrames = mOutputFrames;
 	summary.mChannels = static_cast<unsigned>(GetOutputLayout().size());
-	summary.mSampleRate = GetInputInfo().mSampleRate;
+	summary.mSampleRate = GetSampleRate();
 	summary.mFormat = mFormat;
 	return summary;
 }
@@ -224,6 +223,11 @@ SN::AudioChannelLayout ClipRenderJob::ChooseChannels()
 	return MakeLayoutOfChannels(static_cast<unsigned>(mRequest.mChannels.size()));
 }
 
+double ClipRenderJob::GetReadingSpeed() const
+{
+	return mRequest.mSpeed * GetInputInfo().mSampleRate / GetSampleRate();
+}
+
 void ClipRenderJob::ChooseLength()
 {
 	// Written so that what is not a number fails it.
@@ -231,7 +235,19 @@ void ClipRenderJob::ChooseLength()
 	{
 		Refuse("a speed goes from 0.01 to 100");
 	}
-	mOutputFrames = std::llround(static_cast<double>(mFrames) / mRequest.mSpeed);
+	if (GetSampleRate() != GetInputInfo().mSampleRate &&
+		(GetSampleRate() < kLowestSampleRate || GetSampleRate() > kHighestSampleRate))
+	{
+		Refuse("a sample rate goes from 1000 to 768000 Hz");
+	}
+	double const speed = GetReadingSpeed();
+	if (speed < kLowestSpeed || speed > kHighestSpeed)
+	{
+		Refuse("from " + std::to_string(GetInputInfo().mSampleRate) + " Hz to " +
+			   std::to_string(GetSampleRate()) +
+			   " Hz at that speed is too far: give a speed nearer to 1 or a rate nearer to the input's");
+	}
+	mOutputFrames = std::llround(static_cast<double>(mFrames) / speed);
 	if (mOutputFrames < 1)
 	{
 		Refuse("at that speed the output is less than a sample; there is nothing to render");
@@ -240,7 +256,7 @@ void ClipRenderJob::ChooseLength()
 
 void ClipRenderJob::ChooseFades()
 {
-	int const rate = GetInputInfo().mSampleRate;
+	int const rate = GetSampleRate();
 	mFades.mIn = mRequest.mFadeIn ? mRequest.mFadeIn->ToSamples(rate) : 0;
 	mFades.mOut = mRequest.mFadeOut ? mRequest.mFadeOut->ToSamples(rate) : 0;
 	if (mFades.mIn > mOutputFrames - mFades.mOut)
@@ -270,13 +286,12 @@ SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeGraph(
 	{
 		return clip;
 	}
-	SN::FrameRate const frameRate = mSource->GetFrameRate();
-	if (mRequest.mDirection == RenderDirection::eReverse)
-	{
-		clip = zorvcore::classref::MakeObject<ReversedGenerator>(clip, mFrames, frameRate);
-	}
+	SN::FrameRate const frameRate = MakeRange().mFrameRate;
+	clip = zorvcore::classref::MakeObject<RemappedGenerator>(
+		clip, FrameMap{mFrames, mSource->GetFrameRate(), frameRate,
+				  mRequest.mDirection == RenderDirection::eReverse});
 	return MakeClipTrack(
-		inContext, clip, {frameRate, mPlan.GetInputLayout(), mOutputFrames, mFades, mRequest.mSpeed});
+		inContext, clip, {frameRate, mPlan.GetInputLayout(), mOutputFrames, mFades, GetReadingSpeed()});
 }
 
 SN::InterfaceRef<SN::IAudioGenerator> ClipRenderJob::MakeClip(

@@ -153,7 +153,7 @@ TEST_F(CommandTest, JsonIsAllThatTheStandardOutputHolds)
 	EXPECT_EQ(facts["seconds"], 0.5);
 }
 
-TEST_F(CommandTest, FadesAndSpeedReachTheRender)
+TEST_F(CommandTest, FadesSpeedAndRateReachTheRender)
 {
 	Sound const sound = WriteInput();
 	ASSERT_EQ(
@@ -164,6 +164,9 @@ TEST_F(CommandTest, FadesAndSpeedReachTheRender)
 	EXPECT_FALSE(SameBits(faded.Cut(39000, 100), sound.Cut(39000, 100)));
 	ASSERT_EQ(Run({"render", "in.wav", "-o", "out.wav", "--speed", "1.5"}).mExitCode, 0);
 	EXPECT_EQ(ReadSound(mFolder / "out.wav").GetFrames(), 32000);
+	ProgramResult const result = Run({"render", "in.wav", "-o", "out.wav", "--rate", "44100"});
+	EXPECT_THAT(result.mOutput, HasSubstr("0:01.000 (44100 samples), stereo, 44100 Hz"));
+	EXPECT_EQ(ReadSound(mFolder / "out.wav").mSampleRate, 44100);
 	ASSERT_EQ(Run({"render", "in.wav", "-o", "out.wav", "--speed", "1"}).mExitCode, 0);
 	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), sound));
 	ExpectRefusal(
@@ -345,7 +348,7 @@ TEST_F(CommandTest, WrongUsageEndsWith2AndOneLine)
 		{{"rendre"}, "rendre"},
 		{{"render"}, "INPUT"},
 		{{"render", "in.wav"}, "--output"},
-		{{"render", "in.wav", "-o", "out.wav", "--speed", "2"}, "--speed"},
+		{{"render", "in.wav", "-o", "out.wav", "--velocity", "2"}, "--velocity"},
 		{{"render", "in.wav", "-o", "out.wav", "--start", "-1"}, "--start: '-1'"},
 		{{"render", "in.wav", "-o", "out.wav", "--duration", "-0:01"}, "--duration"},
 		{{"render", "in.wav", "-o", "out.wav", "--duration=-5s"}, "--duration: '-5s'"},

@@ -242,6 +242,51 @@ TEST_F(TrackRenderTest, ASpeedPlaysEverySampleInItsPlace)
 	}
 }
 
+TEST_F(TrackRenderTest, ARateKeepsPitchAndLength)
+{
+	struct Case
+	{
+		int mRate;
+		double mSpeed;
+		std::int64_t mOutputFrames;
+	};
+	constexpr Case kCases[] = {
+		{44100, 1.0, 55125},
+		{96000, 1.0, 120000},
+		{8000, 1.0, 10000},
+		{22050, 0.5, 55125},
+		{96000, 2.0, 60000},
+		{47999, 1.0, 59999},
+	};
+	constexpr double kRadians = 0.003;
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(testing::Message() << test.mRate << " Hz at " << test.mSpeed);
+		ClipRenderRequest request = MakeRequest(MakeTone(60000, kRadians));
+		request.mSampleRate = test.mRate;
+		request.mSpeed = test.mSpeed;
+		double const speed = test.mSpeed * 48000.0 / test.mRate;
+		Sound const forward = RenderInManyWays(request);
+		EXPECT_EQ(forward.mSampleRate, test.mRate);
+		EXPECT_EQ(forward.GetFrames(), test.mOutputFrames);
+		EXPECT_LT(FindWorst(forward, kRadians, 0.0, speed), 1e-4);
+		request.mDirection = RenderDirection::eReverse;
+		request.mStart = TimePosition::FromSamples(100);
+		EXPECT_LT(FindWorst(Render(request), kRadians, 59999.0, -speed), 1e-4);
+	}
+	ClipRenderRequest request = MakeRequest(MakeTone(60000, kRadians));
+	request.mSampleRate = 48000;
+	EXPECT_TRUE(SameBits(Render(request), MakeTone(60000, kRadians))) << "the input's own rate";
+	for (int const rate : {0, -48000, 999, 768001})
+	{
+		request.mSampleRate = rate;
+		ExpectRefusal(request, "a sample rate goes from 1000 to 768000 Hz");
+	}
+	request.mSampleRate = 8000;
+	request.mSpeed = 50.0;
+	ExpectRefusal(request, "from 48000 Hz to 8000 Hz at that speed is too far");
+}
+
 TEST_F(TrackRenderTest, FadesCountTheTimeOfTheOutput)
 {
 	ClipRenderRequest request = MakeRequest(MakeOnes(1, 48000));

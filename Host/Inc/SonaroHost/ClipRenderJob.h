@@ -30,6 +30,11 @@ inline constexpr unsigned kMaxBlockFrames = 262144;
 inline constexpr double kLowestSpeed = 0.01;
 inline constexpr double kHighestSpeed = 100.0;
 
+// The sample rates that an output may be asked for; and speed times input rate by output rate stays within
+// the range of speeds.
+inline constexpr int kLowestSampleRate = 1000;
+inline constexpr int kHighestSampleRate = 768000;
+
 // One sound file to be rendered into another.
 struct ClipRenderRequest
 {
@@ -52,6 +57,8 @@ struct ClipRenderRequest
 	RenderDirection mDirection = RenderDirection::eForward;
 	// Resampled, so that pitch follows; at 1 nothing is.
 	double mSpeed = 1.0;
+	// Of the output, without one that of the input. Resampled, pitch and length staying.
+	std::optional<int> mSampleRate;
 	// From silence at the output's start, and to silence at its end. Together at most as long as the output.
 	std::optional<TimePosition> mFadeIn;
 	std::optional<TimePosition> mFadeOut;
@@ -102,6 +109,7 @@ public:
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
 	SN::AudioChannelLayout const& GetOutputLayout() const { return mPlan.GetOutputLayout(); }
 	std::int64_t GetFrames() const { return mOutputFrames; }
+	int GetSampleRate() const { return mRequest.mSampleRate.value_or(GetInputInfo().mSampleRate); }
 
 	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a HostError: then there is no
 	// output, and a file that was there before stays. To be called once.
@@ -115,10 +123,15 @@ private:
 	// What of the summary is known beforehand.
 	RenderSummary DescribeOutput() const;
 	SN::AudioChannelLayout ChooseChannels();
+	// Samples of the input for one of the output.
+	double GetReadingSpeed() const;
 	void ChooseLength();
 	void ChooseFades();
 	// Whether the clip lies on a track; without need it is rendered by itself.
-	bool NeedsTrack() const { return !mFades.IsNone() || mRequest.mSpeed != 1.0; }
+	bool NeedsTrack() const
+	{
+		return !mFades.IsNone() || mRequest.mSpeed != 1.0 || GetSampleRate() != GetInputInfo().mSampleRate;
+	}
 	void ChooseFormat();
 	SN::InterfaceRef<SN::IAudioGenerator> MakeGraph(
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);

@@ -8,17 +8,28 @@
 namespace SonaroHost
 {
 
-// The first inFrames frames of a graph from their end to their start, as a graph of its own: what stands
-// behind it hears a programme that runs forward.
-class ReversedGenerator final : public SN::IAudioGenerator
+// How the frames of a graph are counted.
+struct FrameMap
+{
+	// Of the graph, from its time 0 on.
+	std::int64_t mFrames = 0;
+	SN::FrameRate mSourceRate;
+	// At which they are asked for: frame i at this rate is frame i of the graph.
+	SN::FrameRate mRate;
+	// From their end to their start.
+	bool mIsReversed = false;
+};
+
+// A graph whose frames are counted anew, so that what stands behind it hears a programme that runs forward at
+// a rate of its own. Nothing is resampled.
+class RemappedGenerator final : public SN::IAudioGenerator
 {
 public:
-	ReversedGenerator(SN::InterfaceRef<SN::IAudioGenerator> const& inSource, std::int64_t inFrames,
-		SN::FrameRate const& inFrameRate);
+	RemappedGenerator(SN::InterfaceRef<SN::IAudioGenerator> const& inSource, FrameMap const& inMap);
 
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
 	bool HasHistory() override { return mSource->HasHistory(); }
-	SN::TickTime GetDelay() override { return mSource->GetDelay(); }
+	SN::TickTime GetDelay() override;
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(SN::TickTime const& inStartTime, SN::TickTime const& inDelayTime, bool inReverse,
 		bool inForceCompletion) override;
@@ -33,12 +44,12 @@ protected:
 	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
-	SN::TickTime Mirror(SN::TickTime const& inTime) const { return mEnd - inTime; }
+	// The time in the graph at which a run of so many frames begins.
+	SN::TickTime MapRun(SN::TickTime const& inTime, std::int64_t inCount) const;
+	bool MapDirection(bool inReverse) const { return inReverse != mMap.mIsReversed; }
 
 	SN::InterfaceRef<SN::IAudioGenerator> mSource;
-	std::int64_t mFrames;
-	SN::FrameRate mFrameRate;
-	SN::TickTime mEnd;
+	FrameMap mMap;
 };
 
 } // namespace SonaroHost
