@@ -2,8 +2,7 @@
 
 #include "Console.h"
 #include "Json.h"
-#include "OperatingSystem.h"
-#include "ProgressReport.h"
+#include "RunJob.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
 #include "TimeOption.h"
@@ -12,7 +11,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <stop_token>
 #include <string_view>
 
 namespace SonaroCommand
@@ -389,26 +387,7 @@ LayoutRequest RenderCommand::MakeLayoutRequest() const
 
 RenderSummary RenderCommand::Render(ClipRenderJob& ioJob) const
 {
-	InterruptGuard interrupt;
-	std::stop_source stop;
-	std::optional<RenderSummary> summary;
-	{
-		ProgressReport report(ioJob.GetSampleRate(), mIsQuiet);
-		auto const progress = [&](RenderProgress const& inProgress)
-		{
-			report.Update(inProgress);
-			if (interrupt.IsInterrupted())
-			{
-				stop.request_stop();
-			}
-		};
-		summary = ioJob.Run(progress, stop.get_token());
-	}
-	if (!summary)
-	{
-		interrupt.EndProcess();
-	}
-	return *summary;
+	return RunJob(ioJob, ioJob.GetSampleRate(), mIsQuiet);
 }
 
 void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const

@@ -2,8 +2,7 @@
 
 #include "Console.h"
 #include "Json.h"
-#include "OperatingSystem.h"
-#include "ProgressReport.h"
+#include "RunJob.h"
 #include "SonaroHost/HostError.h"
 #include "TimeOption.h"
 
@@ -12,7 +11,6 @@
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
-#include <stop_token>
 
 namespace SonaroCommand
 {
@@ -288,26 +286,7 @@ void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
 
 WaveformSummary WaveformCommand::Compute(WaveformJob& ioJob) const
 {
-	InterruptGuard interrupt;
-	std::stop_source stop;
-	std::optional<WaveformSummary> summary;
-	{
-		ProgressReport report(ioJob.GetInputInfo().mSampleRate, mIsQuiet);
-		auto const progress = [&](RenderProgress const& inProgress)
-		{
-			report.Update(inProgress);
-			if (interrupt.IsInterrupted())
-			{
-				stop.request_stop();
-			}
-		};
-		summary = ioJob.Run(progress, stop.get_token());
-	}
-	if (!summary)
-	{
-		interrupt.EndProcess();
-	}
-	return *summary;
+	return RunJob(ioJob, ioJob.GetInputInfo().mSampleRate, mIsQuiet);
 }
 
 void WaveformCommand::Report(WaveformRequest const& inRequest, WaveformSummary const& inSummary) const
