@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Sonaro/IAudioMeterSetter.h"
+#include "Sonaro/IAudioProcessor.h"
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/Types.h"
+#include "SonaroHost/AutomationParameter.h"
+
+#include <functional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace SonaroHost::Sequence
+{
+
+using NumberParameter = SN::InterfaceRef<AutomationParameter<float>>;
+using SwitchParameter = SN::InterfaceRef<AutomationParameter<bool>>;
+
+// The stages that sound passes through, one after the other.
+//
+// Times  Points of curves stand in the time of what the chain belongs to: the sequence's for a track, a
+//        submix or the master; for an item, time from its start on. Where effects before a stage have a
+//        latency, its curves are delayed with the sound.
+// Live   What a control or a curve of a parameter becomes while a playback runs is heard at once.
+
+// A gain, linear, and a mute. Empty ones stand for 1 and for audible.
+struct Fader
+{
+	NumberParameter mGain;
+	SwitchParameter mMute;
+};
+
+// A processor that the host brings along. It works in place on the chain's layout.
+struct Effect
+{
+	std::string mName;
+	// Gives one of its own for each graph and instance, for blocks of up to inContext->GetMaxBlockSize(). Its
+	// GetDelay is compensated, so it must be the same for ever.
+	std::function<SN::InterfaceRef<SN::IAudioProcessor>(
+		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
+		SN::AudioChannelLayout const& inLayout)>
+		mMake;
+};
+
+// Taps the sound at this place towards a submix; the sound itself goes on unchanged.
+struct Send
+{
+	// Index of the submix.
+	std::size_t mSubmix = 0;
+	Fader mLevel;
+	// From 0, left, over 0.5 to 1, right, where the submix's layout can be panned to; empty for none.
+	NumberParameter mPan;
+};
+
+struct Meter
+{
+	// Hears the sound at this place. Shared by all instances of a nested sequence that has one.
+	SN::InterfaceRef<SN::IAudioMeterSetter> mSetter;
+};
+
+using Stage = std::variant<Fader, Effect, Send, Meter>;
+
+struct Chain
+{
+	std::vector<Stage> mStages;
+	// Behind all stages, where the layout becomes that of the destination; empty for the fixed conversion.
+	NumberParameter mPan;
+};
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,136 @@
+#pragma once
+
+#include "Sonaro/AudioChannelMix.h"
+#include "Sonaro/Types.h"
+#include "SonaroHost/Sequence/Chain.h"
+#include "SonaroHost/Sequence/FadeShape.h"
+#include "SonaroHost/Sequence/Media.h"
+#include "zorvcore/threads/AtomicIntegral.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+// A sequence as an editor knows it, in plain values: what stands where, and what it passes through. It knows
+// neither blocks nor the order of work; a SequenceGraph is made of it, for export and playback alike.
+//
+// Times    In the sequence's time, from 0 on. They are brought to the nearest frame of the rate at which a
+//          graph is made, each for itself, so that items which meet go on meeting.
+// Threads  It stays as it is while graphs are made of it; parameters and mutes are live beyond that.
+namespace SonaroHost::Sequence
+{
+
+struct Description;
+
+using MuteSwitch = std::shared_ptr<zorvcore::threads::AtomicIntegral<int>>;
+
+// A piece of a recording.
+struct Clip
+{
+	std::shared_ptr<Media const> mMedia;
+	// The recording's frame that is heard first; also before its start and beyond its end, where silence is.
+	std::int64_t mFirstFrame = 0;
+	// Channels of the clip from those of the recording, in order, counted from 0; empty for all.
+	std::vector<unsigned> mChannels;
+};
+
+// A stretch of another sequence, from a time of it on.
+struct Nest
+{
+	std::shared_ptr<Description const> mSequence;
+	SN::TickTime mStart;
+};
+
+struct Fade
+{
+	SN::TickTime mLength;
+	FadeShape mShape = FadeShape::eLinear;
+};
+
+// What stands on a track. Items of a track are in the order of time and do not overlap.
+struct Item
+{
+	std::string mName;
+	SN::TickTime mStart;
+	SN::TickTime mEnd;
+	std::variant<Clip, Nest> mContent;
+	// Of the content, pitch following: 2 is twice as fast, below 0 backwards, the frame that is heard first
+	// staying the same. 0 is silence.
+	double mSpeed = 1.0;
+	// Its channels become those of the track; no sends.
+	Chain mChain;
+	// Within the item, from and to silence. Not at an end that a crossfade reaches.
+	Fade mFadeIn;
+	Fade mFadeOut;
+};
+
+// Around the cut between an item and the one that follows without a gap. Both go on under it, beyond their
+// ends, as far as it reaches.
+struct Crossfade
+{
+	// Index of the item that goes out; the next one comes in.
+	std::size_t mOutgoing = 0;
+	// How far it reaches to either side of the cut. It stays within the two items, and crossfades do not
+	// overlap.
+	SN::TickTime mBefore;
+	SN::TickTime mAfter;
+	FadeShape mOutgoingShape = FadeShape::eLinear;
+	FadeShape mIncomingShape = FadeShape::eLinear;
+};
+
+// Where a track or a submix goes.
+struct Output
+{
+	enum class Kind
+	{
+		eMaster,
+		eSubmix,
+		// To its sends alone.
+		eNone,
+	};
+
+	Kind mKind = Kind::eMaster;
+	// Index, for eSubmix.
+	std::size_t mSubmix = 0;
+};
+
+struct Track
+{
+	std::string mName;
+	// Of the items' sound on it.
+	SN::AudioChannelLayout mLayout;
+	std::vector<Item> mItems;
+	std::vector<Crossfade> mCrossfades;
+	Chain mChain;
+	// Empty for a track that is never muted; live in a playback.
+	MuteSwitch mMute;
+	Output mOutput;
+};
+
+struct Submix
+{
+	std::string mName;
+	SN::AudioChannelLayout mLayout;
+	Chain mChain;
+	MuteSwitch mMute;
+	Output mOutput;
+};
+
+struct Description
+{
+	std::string mName;
+	// Of what comes out of it.
+	SN::AudioChannelLayout mLayout;
+	std::vector<Track> mTracks;
+	std::vector<Submix> mSubmixes;
+	// No sends and no pan.
+	Chain mMaster;
+	// What of 5.1 is heard in mono and stereo; without it, the engine's own choice.
+	std::optional<SN::AudioChannelMix::MixdownType51> mMixdown;
+};
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Sonaro/IAudioSource.h"
+#include "Sonaro/Types.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace SonaroHost::Sequence
+{
+
+// A recording that clips are cut from. Clips that share one of these share what the engine reads of it.
+struct Media
+{
+	std::string mName;
+	// Samples a second, as the recording has them.
+	double mSampleRate = 48000.0;
+	std::int64_t mFrames = 0;
+	SN::AudioChannelLayout mLayout;
+	// Gives a source that counts by the rate which it is given: the recording's sample k stands at k frames of
+	// that rate, and GetFrameRate says so. Called on the thread that builds a graph, at most once for each
+	// graph. Throws a HostError when it cannot.
+	std::function<SN::InterfaceRef<SN::IAudioSource>(SN::FrameRate const& inCountingRate)> mOpen;
+};
+
+} // namespace SonaroHost::Sequence
