@@ -119,18 +119,23 @@ void AudioBuffer::MarkChannelSilent(unsigned long long inChannel)
 
 void AudioBuffer::SetSilenceFlags(SilenceFlags const& inFlags)
 {
+	ClearSilenceFlags(~inFlags);
 	for (unsigned long long channel = 0; channel < mNumChannels; ++channel)
 	{
-		SetChannelZero(channel, inFlags.Test(channel));
+		if (inFlags.Test(channel))
+		{
+			MarkChannelSilent(channel);
+		}
 	}
 }
 
 void AudioBuffer::NoteBufferWrite(unsigned inFirst, unsigned inCount)
 {
 	unsigned const end = inCount > mUseSize - std::min(inFirst, mUseSize) ? mUseSize : inFirst + inCount;
+	SilenceFlags const silence = GetSilenceFlags();
 	for (unsigned long long channel = 0; channel < mNumChannels; ++channel)
 	{
-		if (IsChannelSilent(channel))
+		if (silence.Test(channel))
 		{
 			ZeroOutside(channel, std::min(inFirst, mUseSize), end);
 		}
@@ -270,14 +275,16 @@ void AudioBuffer::Mix(AudioBuffer const& inSource)
 {
 	unsigned const count = std::min(mUseSize, inSource.mUseSize);
 	unsigned long long const channels = std::min(mNumChannels, inSource.mNumChannels);
+	SilenceFlags const sourceSilence = inSource.GetSilenceFlags();
+	SilenceFlags const silence = GetSilenceFlags();
 	for (unsigned long long channel = 0; channel < channels; ++channel)
 	{
-		if (inSource.IsChannelSilent(channel) || !GetChannel(channel))
+		if (sourceSilence.Test(channel) || !GetChannel(channel))
 		{
 			continue;
 		}
 		float const* const source = inSource.mChannels[channel];
-		if (IsChannelSilent(channel))
+		if (silence.Test(channel))
 		{
 			Copy(count, source, BeginWrite(channel, count));
 		}
@@ -290,9 +297,10 @@ void AudioBuffer::Mix(AudioBuffer const& inSource)
 
 AudioBuffer& AudioBuffer::operator*=(float inGain)
 {
+	SilenceFlags const silence = GetSilenceFlags();
 	for (unsigned long long channel = 0; channel < mNumChannels; ++channel)
 	{
-		if (!IsChannelSilent(channel))
+		if (!silence.Test(channel))
 		{
 			MulConstant_InPlace(mUseSize, mChannels[channel], inGain);
 		}
@@ -330,9 +338,13 @@ float* AudioBuffer::BeginWrite(unsigned long long inChannel, unsigned inCount)
 
 void AudioBuffer::ZeroOutside(unsigned long long inChannel, unsigned inFirst, unsigned inEnd)
 {
-	if (float* const samples = GetChannel(inChannel))
+	float* const samples = GetChannel(inChannel);
+	if (samples && inFirst > 0)
 	{
 		zorvaccelerate::utility::Zero(inFirst, samples);
+	}
+	if (samples && inEnd < mUseSize)
+	{
 		zorvaccelerate::utility::Zero(mUseSize - inEnd, samples + inEnd);
 	}
 }

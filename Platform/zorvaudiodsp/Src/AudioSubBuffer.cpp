@@ -16,7 +16,7 @@ void AudioSubBuffer::Init(unsigned long long inChannels)
 			zorvcore::eInvalidArgument, false,
 			"an audio buffer has at most 64 channels, not " + std::to_string(inChannels));
 	}
-	std::fill(std::begin(mWindowChannels), std::end(mWindowChannels), nullptr);
+	std::fill_n(mWindowChannels, inChannels, nullptr);
 	mParent = nullptr;
 	mFlags = SilenceFlags();
 	SetMemory(mWindowChannels, inChannels, 0, false);
@@ -92,36 +92,42 @@ void AudioSubBuffer::ClearSilenceFlags(SilenceFlags const& inFlags)
 		// Nothing audible can have come in.
 		return;
 	}
+	mFlags &= ~inFlags;
+	SilenceFlags const flagged = inFlags & GetParentFlags() & SilenceFlags::First(GetNumChannels());
+	if (!mParent || !flagged.Any())
+	{
+		return;
+	}
 	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
 	{
-		if (!inFlags.Test(channel) || !GetChannel(channel))
-		{
-			continue;
-		}
-		mFlags.Clear(channel);
-		if (mParent->IsChannelSilent(channel))
+		if (flagged.Test(channel))
 		{
 			mParent->ZeroOutside(channel, mOffset, mOffset + GetUseSize());
-			mParent->ClearSilenceFlags(Bit(channel));
 		}
 	}
+	mParent->ClearSilenceFlags(flagged);
 }
 
 SilenceFlags AudioSubBuffer::GetSilenceFlags() const
 {
-	SilenceFlags flags = ~SilenceFlags::First(GetNumChannels());
-	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
-	{
-		flags.Assign(channel, IsChannelSilent(channel));
-	}
-	return flags;
+	return mFlags | GetParentFlags() | ~SilenceFlags::First(GetNumChannels());
+}
+
+// Channels that the parent lacks read as set.
+SilenceFlags AudioSubBuffer::GetParentFlags() const
+{
+	return mParent ? mParent->GetSilenceFlags() : SilenceFlags::All();
 }
 
 void AudioSubBuffer::Zero()
 {
-	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
+	SilenceFlags const audible = ~GetParentFlags() & SilenceFlags::First(GetNumChannels());
+	for (unsigned long long channel = 0; audible.Any() && channel < GetNumChannels(); ++channel)
 	{
-		MarkChannelSilent(channel);
+		if (audible.Test(channel))
+		{
+			MarkChannelSilent(channel);
+		}
 	}
 }
 

@@ -50,6 +50,10 @@ void GainRamp::SetTargetGain(float inGain)
 
 void GainRamp::Process(AudioBuffer& ioBuffer)
 {
+	if (IsAtRest() && mTarget == 1.0f)
+	{
+		return;
+	}
 	for (unsigned long long channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
 	{
 		ProcessChannel(ioBuffer, channel, ioBuffer, channel, ioBuffer.GetUseSize());

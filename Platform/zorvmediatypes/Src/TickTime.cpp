@@ -131,16 +131,6 @@ double TickTime::GetSeconds() const
 	return static_cast<double>(mTicks) / static_cast<double>(kTicksPerSecond);
 }
 
-TickTime TickTime::operator+(TickTime const& inOther) const
-{
-	return FromTicks(Saturate(Wide(mTicks) + inOther.mTicks));
-}
-
-TickTime TickTime::operator-(TickTime const& inOther) const
-{
-	return FromTicks(Saturate(Wide(mTicks) - inOther.mTicks));
-}
-
 TickTime TickTime::operator-() const
 {
 	return FromTicks(Saturate(-Wide(mTicks)));
@@ -190,12 +180,9 @@ double TickTime::operator/(TickTime const& inDivisor) const
 	return static_cast<double>(mTicks) / static_cast<double>(inDivisor.mTicks);
 }
 
-TickTime& TickTime::AddFrames(long long inFrames, FrameRate const& inFrameRate)
+TickTime& TickTime::AddFramesWidely(long long inFrames, FrameRate const& inFrameRate)
 {
-	if (inFrameRate.IsCountable())
-	{
-		mTicks = Saturate(mTicks + Wide(inFrames) * inFrameRate.GetTicksPerFrame());
-	}
+	mTicks = Saturate(mTicks + Wide(inFrames) * inFrameRate.GetTicksPerFrame());
 	return *this;
 }
 

@@ -35,8 +35,10 @@ public:
 
 private:
 	void Aim(unsigned inOffset, unsigned inCapacity);
+	SilenceFlags GetParentFlags() const;
 
-	float* mWindowChannels[kMaxChannels] = {};
+	// As many as there are channels; the rest is never looked at, so that making a window is cheap.
+	float* mWindowChannels[kMaxChannels];
 	AudioBuffer* mParent = nullptr;
 	// Of the window's first sample, in the parent.
 	unsigned mOffset = 0;

@@ -7,6 +7,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <limits>
 
 namespace zorvmediatypes
 {
@@ -32,8 +33,18 @@ public:
 	constexpr std::int64_t GetTicks() const { return mTicks; }
 	double GetSeconds() const;
 
-	TickTime operator+(TickTime const& inOther) const;
-	TickTime operator-(TickTime const& inOther) const;
+	TickTime operator+(TickTime const& inOther) const
+	{
+		std::int64_t sum = 0;
+		bool const isBeyond = __builtin_add_overflow(mTicks, inOther.mTicks, &sum);
+		return FromTicks(isBeyond ? GetEnd(inOther.mTicks < 0) : sum);
+	}
+	TickTime operator-(TickTime const& inOther) const
+	{
+		std::int64_t difference = 0;
+		bool const isBeyond = __builtin_sub_overflow(mTicks, inOther.mTicks, &difference);
+		return FromTicks(isBeyond ? GetEnd(inOther.mTicks > 0) : difference);
+	}
 	TickTime operator-() const;
 	TickTime& operator+=(TickTime const& inOther) { return *this = *this + inOther; }
 	TickTime& operator-=(TickTime const& inOther) { return *this = *this - inOther; }
@@ -51,7 +62,20 @@ public:
 	double operator/(TickTime const& inDivisor) const;
 
 	// Later by so many frames; unchanged for a rate that cannot be counted in.
-	TickTime& AddFrames(long long inFrames, FrameRate const& inFrameRate);
+	TickTime& AddFrames(long long inFrames, FrameRate const& inFrameRate)
+	{
+		std::int64_t length = 0;
+		if (!inFrameRate.IsCountable())
+		{
+			return *this;
+		}
+		if (__builtin_mul_overflow(inFrames, inFrameRate.GetTicksPerFrame(), &length))
+		{
+			// Only far beyond any time line; both terms together may still be within 64 bits.
+			return AddFramesWidely(inFrames, inFrameRate);
+		}
+		return *this += FromTicks(length);
+	}
 
 	// Moves the time down onto a frame boundary of that rate: 4.5 frames become 4, -4.5 become -5. A
 	// rate that cannot be counted in leaves it as it is.
@@ -65,6 +89,13 @@ public:
 	friend constexpr auto operator<=>(TickTime const&, TickTime const&) = default;
 
 private:
+	static constexpr std::int64_t GetEnd(bool inNegative)
+	{
+		return inNegative ? std::numeric_limits<std::int64_t>::min()
+						  : std::numeric_limits<std::int64_t>::max();
+	}
+	TickTime& AddFramesWidely(long long inFrames, FrameRate const& inFrameRate);
+
 	std::int64_t mTicks = 0;
 };
 
