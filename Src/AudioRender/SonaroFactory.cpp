@@ -11,6 +11,9 @@
 #include "AudioRender/Source/AudioClipRenderer.h"
 #include "AudioRender/Source/AudioStreamRenderer.h"
 #include "AudioRender/Track/AudioClipTrackRenderer.h"
+#include "AudioRender/Track/AudioMixTrackRenderer.h"
+#include "AudioRender/Track/AudioTrackGroupRenderer.h"
+#include "AudioRender/Track/AudioTrackInletRenderer.h"
 #include "AudioRender/Track/RealtimeAudioClipTrackItemRenderer.h"
 #include "Panner/AudioPanner51ToAdaptive.h"
 #include "Panner/AudioPanner51ToMono.h"
@@ -236,34 +239,40 @@ int SonaroFactory::CreateAudioClipTrackRenderer(InterfaceRef<IAudioRenderContext
 		outGenerator);
 }
 
-int SonaroFactory::CreateAudioMixTrackRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	InterfaceRef<IAudioGenerator> const&, InterfaceRef<UnknownBase>,
-	std::shared_ptr<zorvcore::threads::AtomicIntegral<int>>,
-	std::vector<InterfaceRef<IAudioProcessor>> const&, InterfaceRef<IAudioPanProcessor>,
-	AudioChannelLayout const&, InterfaceRef<IAudioGenerator>*) const
+int SonaroFactory::CreateAudioMixTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
+	InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
+	std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+	InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
+	InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return AudioMixTrackRenderer::Create(
+		{inContext, inFrameRate, inSource, inOwner, inMute, inProcessors, inPanProcessor, inChannels},
+		outGenerator);
 }
 
-int SonaroFactory::CreateAudioTrackInletRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	std::vector<InterfaceRef<UnknownBase>> const&, AudioChannelLayout const&,
-	InterfaceRef<IAudioGenerator>*) const
+int SonaroFactory::CreateAudioTrackInletRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, std::vector<InterfaceRef<UnknownBase>> const& inInputs,
+	AudioChannelLayout const& inChannels, InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return AudioTrackInletRenderer::Create(inContext, inFrameRate, inInputs, inChannels, outGenerator);
 }
 
-int SonaroFactory::CreateAudioTrackGroupRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	std::vector<InterfaceRef<IAudioGenerator>> const&, std::deque<std::vector<DelayDependency>> const&,
-	std::vector<TickTime> const&, AudioChannelLayout const&, InterfaceRef<UnknownBase>,
-	InterfaceRef<IAudioGenerator>*) const
+int SonaroFactory::CreateAudioTrackGroupRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, std::vector<InterfaceRef<IAudioGenerator>> const& inGenerators,
+	std::deque<std::vector<DelayDependency>> const& inDelayDependencies,
+	std::vector<TickTime> const& inGeneratorDelays, AudioChannelLayout const& inChannels,
+	InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return AudioTrackGroupRenderer::Create(
+		{inContext, inFrameRate, inGenerators, inDelayDependencies, inGeneratorDelays, inChannels, inOwner},
+		outGenerator);
 }
 
-int SonaroFactory::CreateAudioTrackGroupRendererViaCloning(InterfaceRef<IAudioRenderContext>,
-	FrameRate const&, InterfaceRef<UnknownBase>, InterfaceRef<IAudioGenerator>*) const
+int SonaroFactory::CreateAudioTrackGroupRendererViaCloning(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const&, InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return AudioTrackGroupRenderer::CreateViaCloning(inContext, inOwner, outGenerator);
 }
 
 int SonaroFactory::CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,

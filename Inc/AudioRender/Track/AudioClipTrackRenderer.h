@@ -4,14 +4,15 @@
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
 #include "AudioRender/Track/DelayedTrackItems.h"
 #include "AudioRender/Track/ProcessorChain.h"
+#include "AudioRender/Track/TrackCache.h"
+#include "AudioRender/Track/TrackMute.h"
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioRecordCompletion.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ICachedAudioGenerator.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
-#include "zorvaudiodsp/GainRamp.h"
-#include "zorvcore/threads/AtomicIntegral.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <atomic>
 #include <memory>
@@ -26,7 +27,7 @@ struct AudioClipTrackSettings
 	FrameRate mFrameRate;
 	AudioTrackRenderableItemList const& mItems;
 	InterfaceRef<UnknownBase> mOwner;
-	std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> mMute;
+	std::shared_ptr<TrackMute::Flag> mMute;
 	std::vector<InterfaceRef<IAudioProcessor>> const& mProcessors;
 	InterfaceRef<IAudioPanProcessor> mPanProcessor;
 	AudioChannelLayout const& mChannels;
@@ -54,8 +55,6 @@ class AudioClipTrackRenderer final : public IAudioGenerator,
 {
 public:
 	static int Create(AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
-
-	AudioClipTrackRenderer();
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	bool HasHistory() override;
@@ -88,8 +87,6 @@ protected:
 	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
-	using Mute = zorvcore::threads::AtomicIntegral<int>;
-
 	// One request on its way through the track.
 	struct Request
 	{
@@ -119,7 +116,6 @@ private:
 	void PrerollItems(TickTime const& inStartTime, bool inReverse);
 	void PrefetchItems(
 		PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator);
-	float GetMuteGain() const { return mMute->Get() != 0 ? 0.0f : 1.0f; }
 
 	DelayedTrackItems::Items mItems;
 	// The item last played, so that a run of requests costs no search.
@@ -128,10 +124,8 @@ private:
 	bool mIsEmpty = false;
 	AudioChannelLayout mChannels;
 	// What the last GenerateAudio gave; none for an empty track.
-	std::unique_ptr<dsp::AudioBuffer> mCacheBuffer;
-	// Not 0 while muted. Never null.
-	std::shared_ptr<Mute> mMute;
-	dsp::GainRamp mMuteRamp;
+	TrackCache mCache;
+	TrackMute mMute;
 	ProcessorChain mChain;
 	// The part of the items' buffer that is worked on, and the part of the output behind the pan.
 	dsp::AudioSubBuffer mItemWindow;
@@ -140,8 +134,6 @@ private:
 	unsigned mNumChannels = 0;
 	unsigned mWidestChannels = 0;
 	bool mPrerolled = false;
-	// Of what mCacheBuffer holds; null for nothing.
-	Guid mCacheKey;
 	TickTime mInitialDelay;
 	bool mCachingEnabled = false;
 	// The earliest time for which Preroll did its work.

@@ -35,19 +35,26 @@ struct ChainRequest
 //           once. Otherwise, and always in reverse, it is cut on the grid of the control interval, which
 //           goes on over requests, and the parameters are sampled where a block begins.
 // Order     Processors in order, then the pan processor. In reverse, times fall from the top of the
-//           request.
+//           request, unless the policy says otherwise.
 // Threads   One at a time. Run allocates nothing.
 class ProcessorChain
 {
 public:
 	using Processors = std::vector<InterfaceRef<IAudioProcessor>>;
 
-	// inDelayOwner has a line for each send among the processors; null where sends hear what is there.
+	// What differs between the nodes that have a chain.
 	struct Policy
 	{
+		// Has a line for each send among the processors; null where sends hear what is there.
 		CompensatingDelayOwnerMixin* mDelayOwner = nullptr;
 		// Leaves out processors with a latency: it would go uncompensated.
 		bool mSkipsLatentProcessors = false;
+		// Times rise from that of the request in both directions.
+		bool mTimesAlwaysRise = false;
+		// Where the request is cut, sends hear what is there in spite of their lines.
+		bool mBlocksSkipSendDelays = false;
+		// A pan processor that is left out has no say in where parameters change, and keeps its own.
+		bool mIdlePanRests = false;
 	};
 
 	void Init(Processors const& inProcessors, InterfaceRef<IAudioPanProcessor> const& inPanProcessor);
@@ -69,7 +76,7 @@ public:
 	// The next request begins a control block.
 	void RestartControlBlock() { mBlockPosition = 0; }
 	// All parameters, at once.
-	void UpdateControls(TickTime const& inTime) const;
+	void UpdateControls(TickTime const& inTime) const { UpdateControls(inTime, true); }
 
 	void Run(ChainRequest const& inRequest, AudioRenderContextClient const& inClient, Policy const& inPolicy);
 
@@ -83,9 +90,10 @@ private:
 		bool mIsSend = false;
 	};
 
-	TickTime FindNextChange(TickTime const& inTime) const;
+	TickTime FindNextChange(TickTime const& inTime, bool inWithPan) const;
+	void UpdateControls(TickTime const& inTime, bool inWithPan) const;
 	void RunBlocks(
-		ChainRequest const& inRequest, TickTime inTime, unsigned inInterval, Policy const& inPolicy);
+		ChainRequest const& inRequest, TickTime const& inTime, unsigned inInterval, Policy const& inPolicy);
 	void Apply(ChainRequest const& inRequest, TickTime const& inTime, Policy const& inPolicy) const;
 
 	Processors mProcessors;

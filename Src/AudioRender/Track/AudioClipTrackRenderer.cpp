@@ -4,10 +4,10 @@
 #include "AudioRender/Component/AudioSendRenderer.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
+#include "AudioRender/Track/FirstBlock.h"
 #include "AudioRender/Track/WindowWidth.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "Sonaro/IMuteAwareItem.h"
-#include "zorvcore/utility/Hash.h"
 
 #include <algorithm>
 #include <utility>
@@ -18,24 +18,8 @@ namespace SN
 namespace
 {
 
-constexpr float kMuteRampSeconds = 0.005f;
-constexpr float kMuteRampSecondsAfterPreroll = 0.01f;
 // A track of the two items that frame every list.
 constexpr std::size_t kNumFramingItems = 2;
-
-Guid HashRequest(unsigned inNumSamples, TickTime const& inTime, bool inReverse)
-{
-	static constexpr char kSalt[] = "AudioClipTrackRenderer::GenerateAudio";
-	zorvcore::utility::HashValueMixerState state;
-	auto const ticks = static_cast<std::int64_t>(inTime.GetTicks());
-	zorvcore::utility::UpdateHashState(state, kSalt, sizeof(kSalt) - 1);
-	zorvcore::utility::UpdateHashState(state, &inNumSamples, sizeof(inNumSamples));
-	zorvcore::utility::UpdateHashState(state, &ticks, sizeof(ticks));
-	zorvcore::utility::UpdateHashState(state, &inReverse, sizeof(inReverse));
-	Guid digest;
-	zorvcore::utility::GetHashResult(state, digest);
-	return digest;
-}
 
 } // namespace
 
@@ -103,11 +87,6 @@ bool AudioClipTrackRenderer::IsNeverHeard(AudioClipTrackSettings const& inSettin
 	return isMuted && !hasSend;
 }
 
-AudioClipTrackRenderer::AudioClipTrackRenderer()
-	: mMuteRamp(48000.0f, 1.0f, kMuteRampSeconds)
-{
-}
-
 int AudioClipTrackRenderer::Init(AudioClipTrackSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
@@ -119,15 +98,12 @@ int AudioClipTrackRenderer::Init(AudioClipTrackSettings const& inSettings)
 	}
 	SetItems(std::move(items));
 	mChannels = inSettings.mChannels;
-	bool const isLive = !inSettings.mContext->IsNotTopLevelPlayback() && inSettings.mMute;
-	mMute =
-		isLive ? inSettings.mMute : std::make_shared<Mute>(inSettings.mMute ? inSettings.mMute->Get() : 0);
+	mMute.Init(*inSettings.mContext, inSettings.mMute, GetFrameRate());
 	mChain.Init(inSettings.mProcessors, inSettings.mPanProcessor);
 	MakeBuffers();
 	AddCachedGenerator(
 		inSettings.mOwner, InterfaceRef<ICachedAudioGenerator>(InterfaceRef<Unknown>::FromThis(this)));
 	CompensatingDelayOwnerMixin::Init(mChain.CountSends() + 1, GetMaxBlockSize(), mWidestChannels);
-	mMuteRamp = dsp::GainRamp(GetFrameRate(), 1.0f, kMuteRampSeconds);
 	return result;
 }
 
@@ -154,8 +130,7 @@ void AudioClipTrackRenderer::MakeBuffers()
 	mWidestChannels = std::max(mNumChannels, panner ? panner->GetNumOutputChannels() : 0);
 	if (!mIsEmpty)
 	{
-		mCacheBuffer = std::make_unique<dsp::AudioBuffer>(mWidestChannels, GetMaxBlockSize());
-		mCacheBuffer->Zero();
+		mCache.Init(mWidestChannels, GetMaxBlockSize());
 		ReserveStackAudioBuffer(
 			mNumChannels, GetMaxBlockSize(), StackAudioBufferTags::kAudioClipTrackRenderer);
 		ReserveStackAudioSubBuffer(mNumChannels);
@@ -172,8 +147,7 @@ InterfaceRef<IAudioGenerator> AudioClipTrackRenderer::Clone()
 	auto const clone = zorvcore::classref::MakeObject<AudioClipTrackRenderer>();
 	AddClone(self, clone);
 	static_cast<AudioRenderContextClient&>(*clone) = *this;
-	clone->mMute = std::make_shared<Mute>(mMute->Get());
-	clone->mMuteRamp = dsp::GainRamp(GetFrameRate(), 1.0f, kMuteRampSeconds);
+	clone->mMute.CloneFrom(mMute, GetFrameRate());
 	clone->mChannels = mChannels;
 	clone->mCachingEnabled = mCachingEnabled;
 	DelayedTrackItems::Items items;
@@ -211,7 +185,7 @@ void AudioClipTrackRenderer::Preroll(TickTime const& inStartTime, bool inReverse
 		mPrerolled = true;
 	}
 	// A preroll never fades.
-	mMuteRamp = dsp::GainRamp(GetFrameRate(), GetMuteGain(), kMuteRampSecondsAfterPreroll);
+	mMute.StartOver(GetFrameRate());
 }
 
 // A list that was run off is played from its first item on.
@@ -323,16 +297,7 @@ void AudioClipTrackRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuff
 	unsigned const frames = ioBuffer.GetUseSize();
 	if (frames > GetMaxBlockSize())
 	{
-		// Beyond the context's largest block: what comes first in playing order is rendered, the rest is
-		// silence.
-		ioBuffer.Zero();
-		dsp::AudioSubBuffer head;
-		head.Init(ioBuffer.GetNumChannels());
-		head.Assign(ioBuffer, 0);
-		head.SetUseSize(GetMaxBlockSize());
-		TickTime time = inTime;
-		time.AddFrames(inReverse ? frames - GetMaxBlockSize() : 0, GetFrameRate());
-		GetAudioData(time, head, inReverse);
+		RenderFirstBlock(*this, inTime, ioBuffer, inReverse);
 		return;
 	}
 	if (IsReadAheadPlayback())
@@ -375,7 +340,7 @@ void AudioClipTrackRenderer::RenderRequest(Request const& inRequest)
 	}
 	RunChain(inRequest);
 	GetLastLine().Process(inRequest.mOutput);
-	mMuteRamp.Process(inRequest.mOutput);
+	mMute.Process(inRequest.mOutput);
 }
 
 // Moves to the item at a time; false when the list ends before it.
@@ -433,9 +398,9 @@ bool AudioClipTrackRenderer::RenderItems(Request const& inRequest)
 
 void AudioClipTrackRenderer::RenderChunk(TrackItem const& inItem, TickTime const& inTime, bool inReverse)
 {
-	mMuteRamp.SetTargetGain(GetMuteGain());
+	mMute.Update();
 	TickTime const itemTime = inTime - inItem.mItem->GetTrackItemStartTime();
-	if (mMuteRamp.HasConstantGainZero())
+	if (mMute.IsComplete())
 	{
 		if (InterfaceRef<IMuteAwareItem>(inItem.mItem))
 		{
@@ -462,7 +427,7 @@ void AudioClipTrackRenderer::RunChain(Request const& inRequest)
 	}
 	mChain.Run({mItemWindow, inRequest.mPanAlters ? &mPanOutput : nullptr, inRequest.mTime, GetFrameRate(),
 				   inRequest.mReverse},
-		*this, {this, false});
+		*this, {.mDelayOwner = this});
 }
 
 void AudioClipTrackRenderer::Reset()
@@ -477,7 +442,7 @@ void AudioClipTrackRenderer::Reset()
 		item.mGenerator->Reset();
 	}
 	mChain.Reset();
-	mCacheKey = Guid();
+	mCache.Forget();
 	mPrerolled = false;
 	mEarliestPreroll = kTimeZero;
 }
@@ -507,25 +472,13 @@ void AudioClipTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const
 		mChain.UpdateControls(inTime);
 		return;
 	}
-	Guid const key = HashRequest(inNumSamples, inTime, inReverse);
-	if (key == mCacheKey)
-	{
-		return;
-	}
-	// Of nothing, until all of it is there.
-	mCacheKey = Guid();
-	mCacheBuffer->SetUseSize(inNumSamples);
-	mCacheBuffer->Zero();
-	GetAudioData(inTime, *mCacheBuffer, inReverse);
-	mCacheKey = key;
+	mCache.Generate("AudioClipTrackRenderer::GenerateAudio", inNumSamples, inTime, inReverse,
+		[&](dsp::AudioBuffer& ioBuffer) { GetAudioData(inTime, ioBuffer, inReverse); });
 }
 
 void AudioClipTrackRenderer::MixCachedAudio(dsp::AudioBuffer& ioBuffer)
 {
-	if (!mIsEmpty && mCacheKey != Guid() && !mCacheBuffer->IsSilent())
-	{
-		ioBuffer.Mix(*mCacheBuffer);
-	}
+	mCache.MixInto(ioBuffer);
 }
 
 void AudioClipTrackRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)

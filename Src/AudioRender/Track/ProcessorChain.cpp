@@ -104,7 +104,7 @@ void ProcessorChain::CollectLiveParameters(LiveAudioParameterMap& outParameters)
 	}
 }
 
-void ProcessorChain::UpdateControls(TickTime const& inTime) const
+void ProcessorChain::UpdateControls(TickTime const& inTime, bool inWithPan) const
 {
 	for (Link const& link : mLinks)
 	{
@@ -113,13 +113,13 @@ void ProcessorChain::UpdateControls(TickTime const& inTime) const
 			link.mOwner->UpdateControls(inTime);
 		}
 	}
-	if (mPanOwner)
+	if (inWithPan && mPanOwner)
 	{
 		mPanOwner->UpdateControls(inTime);
 	}
 }
 
-TickTime ProcessorChain::FindNextChange(TickTime const& inTime) const
+TickTime ProcessorChain::FindNextChange(TickTime const& inTime, bool inWithPan) const
 {
 	TickTime next = kTimeMax;
 	for (Link const& link : mLinks)
@@ -129,7 +129,7 @@ TickTime ProcessorChain::FindNextChange(TickTime const& inTime) const
 			next = std::min(next, link.mOwner->GetNextInterestingTime(inTime));
 		}
 	}
-	return mPanOwner ? std::min(next, mPanOwner->GetNextInterestingTime(inTime)) : next;
+	return inWithPan && mPanOwner ? std::min(next, mPanOwner->GetNextInterestingTime(inTime)) : next;
 }
 
 void ProcessorChain::Run(
@@ -141,37 +141,42 @@ void ProcessorChain::Run(
 	}
 	unsigned const frames = inRequest.mWindow.GetUseSize();
 	TickTime time = inRequest.mTime;
-	if (inRequest.mReverse)
+	if (inRequest.mReverse && !inPolicy.mTimesAlwaysRise)
 	{
 		// Playing order begins at the top, less what is done of the block there.
 		time.AddFrames(static_cast<long long>(frames) - mBlockPosition, inRequest.mFrameRate);
 	}
-	TickTime const change = inRequest.mReverse ? time : FindNextChange(time);
+	bool const withPan = inRequest.mPanOutput || !inPolicy.mIdlePanRests;
+	TickTime const change = inRequest.mReverse ? time : FindNextChange(time, withPan);
 	TickTime end = time;
 	end.AddFrames(frames, inRequest.mFrameRate);
 	if (end >= change)
 	{
 		// An interval of 0 means all that is left.
 		unsigned const interval = inClient.GetControlInterval();
-		RunBlocks(inRequest, time, interval == 0 ? frames : interval, inPolicy);
+		Policy blockPolicy = inPolicy;
+		blockPolicy.mDelayOwner = inPolicy.mBlocksSkipSendDelays ? nullptr : inPolicy.mDelayOwner;
+		RunBlocks(inRequest, time, interval == 0 ? frames : interval, blockPolicy);
 	}
 	else
 	{
-		UpdateControls(time);
+		UpdateControls(time, withPan);
 		Apply(inRequest, time, inPolicy);
 		mBlockPosition = 0;
 	}
 }
 
 void ProcessorChain::RunBlocks(
-	ChainRequest const& inRequest, TickTime inTime, unsigned inInterval, Policy const& inPolicy)
+	ChainRequest const& inRequest, TickTime const& inTime, unsigned inInterval, Policy const& inPolicy)
 {
+	bool const withPan = inRequest.mPanOutput || !inPolicy.mIdlePanRests;
+	bool const timesFall = inRequest.mReverse && !inPolicy.mTimesAlwaysRise;
 	TickTime time = inTime;
 	for (unsigned remaining = inRequest.mWindow.GetUseSize(); remaining > 0;)
 	{
 		if (mBlockPosition == 0)
 		{
-			UpdateControls(time);
+			UpdateControls(time, withPan);
 		}
 		unsigned const size = std::min(remaining, inInterval - std::min(mBlockPosition, inInterval - 1));
 		inRequest.mWindow.SetUseSize(size);
@@ -186,7 +191,7 @@ void ProcessorChain::RunBlocks(
 		}
 		inRequest.mWindow.ShiftOffset(size);
 		auto const step = static_cast<long long>(size);
-		time.AddFrames(inRequest.mReverse ? -step : step, inRequest.mFrameRate);
+		time.AddFrames(timesFall ? -step : step, inRequest.mFrameRate);
 		mBlockPosition += size;
 		mBlockPosition = mBlockPosition >= inInterval ? 0 : mBlockPosition;
 		remaining -= size;

@@ -1,8 +1,9 @@
 #include "AudioRender/Track/RealtimeAudioClipTrackItemRenderer.h"
 
 #include "AudioRender/Core/StackAudioBufferTags.h"
-#include "AudioRender/Source/GeneratorPrefetch.h"
+#include "AudioRender/Track/LoopWrap.h"
 #include "AudioRender/Track/PanWorkingWidth.h"
+#include "AudioRender/Track/RenderAndDiscard.h"
 #include "AudioRender/Track/WindowWidth.h"
 #include "Sonaro/AudioUtilities.h"
 #include "Time/Resampler/AudioResamplerFactory.h"
@@ -123,23 +124,8 @@ void RealtimeAudioClipTrackItemRenderer::GetAudioData(
 
 TickTime RealtimeAudioClipTrackItemRenderer::ShiftTime(TickTime const& inTime) const
 {
-	Prefetcher const* const prefetcher = GetPrefetcher();
-	if (IsDelayCompensationDisabled())
-	{
-		return inTime;
-	}
-	TickTime const shifted = inTime + mTimeOffset;
-	if (!prefetcher || prefetcher->mLoopEnabled == 0 || mTimeOffset == kTimeZero)
-	{
-		return shifted;
-	}
-	// What is read ahead of a looping playhead wraps to the loop's other side.
-	TickTime const loop = prefetcher->mEnd - prefetcher->mStart;
-	if (prefetcher->mReverse != 0)
-	{
-		return shifted <= prefetcher->mStart ? shifted + loop : shifted;
-	}
-	return shifted >= prefetcher->mEnd ? shifted - loop : shifted;
+	bool const isAhead = !IsDelayCompensationDisabled() && mTimeOffset != kTimeZero;
+	return isAhead ? WrapIntoLoop(inTime + mTimeOffset, GetPrefetcher()) : inTime;
 }
 
 void RealtimeAudioClipTrackItemRenderer::RenderStraight(
@@ -239,7 +225,7 @@ void RealtimeAudioClipTrackItemRenderer::RunChain(
 		mPanOutput.Assign(*outPan, 0);
 	}
 	mChain.Run({mWindow, outPan ? &mPanOutput : nullptr, inTime, GetFrameRate(), inReverse}, *this,
-		{nullptr, IsDelayCompensationDisabled()});
+		{.mSkipsLatentProcessors = IsDelayCompensationDisabled()});
 }
 
 void RealtimeAudioClipTrackItemRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
@@ -289,25 +275,12 @@ void RealtimeAudioClipTrackItemRenderer::WarmUp(TickTime const& inStartTime)
 	}
 }
 
-// Renders so many frames from the fill position on and throws them away: what counts is that processors
-// and resampler have heard them.
+// Renders so many frames from the fill position on: what counts is that processors and resampler have heard
+// them.
 void RealtimeAudioClipTrackItemRenderer::Discard(unsigned inFrames, bool inReverse, bool inPrefetch)
 {
-	for (unsigned remaining = inFrames; remaining > 0;)
-	{
-		unsigned const piece = std::min(remaining, std::max(GetMaxBlockSize(), 1u));
-		TickTime next = mFillPosition;
-		next.AddFrames(inReverse ? -static_cast<long long>(piece) : piece, GetFrameRate());
-		if (inPrefetch)
-		{
-			PrefetchFromAudioGenerator(InterfaceRef<IAudioGenerator>::FromThis(this),
-				{std::min(mFillPosition, next), std::max(mFillPosition, next)}, SynchronousPrefetch, 0);
-		}
-		mDiscarded->SetUseSize(piece);
-		GetAudioData(mFillPosition, *mDiscarded, inReverse);
-		mFillPosition = next;
-		remaining -= piece;
-	}
+	RenderAndDiscard(*this, {inFrames, GetFrameRate(), GetMaxBlockSize(), inReverse, inPrefetch},
+		mFillPosition, *mDiscarded);
 }
 
 void RealtimeAudioClipTrackItemRenderer::FillInitialDelay(

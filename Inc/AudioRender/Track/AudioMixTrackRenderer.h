@@ -1,0 +1,103 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
+#include "AudioRender/Track/ProcessorChain.h"
+#include "AudioRender/Track/TrackCache.h"
+#include "AudioRender/Track/TrackMute.h"
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/ICachedAudioGenerator.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include <memory>
+
+namespace SN
+{
+
+// What a submix or the master is made with; see ISonaroFactory::CreateAudioMixTrackRenderer.
+struct AudioMixTrackSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext;
+	FrameRate mFrameRate;
+	InterfaceRef<IAudioGenerator> const& mSource;
+	InterfaceRef<UnknownBase> mOwner;
+	std::shared_ptr<TrackMute::Flag> mMute;
+	std::vector<InterfaceRef<IAudioProcessor>> const& mProcessors;
+	InterfaceRef<IAudioPanProcessor> mPanProcessor;
+	AudioChannelLayout const& mChannels;
+};
+
+// The track of a submix or of the master: one source, mostly an inlet that sums other tracks; then
+// processors, pan processor, compensating delay and the fade of the mute.
+//
+// Reverse  The source delivers in playing order, and nothing here turns it around. Blocks always follow the
+//          control interval then, and their times rise, as forward.
+// Latency  None of its own is reported, and no fill goes on to the source: what lies behind an inlet has its
+//          place in the delays of the group.
+// Sends    Hear the track delayed by their lines, save in a request that is cut at the control interval.
+// Mute     As that of a clip track. While it is complete the source is not asked, yet the processors run on
+//          silence, so that meters and parameters keep in step.
+// Threads  One at a time; AccumulatePrefetchRequests may come from another.
+class AudioMixTrackRenderer final : public IAudioGenerator,
+									public ICachedAudioGenerator,
+									public ILiveAudioParameterOwner,
+									public IAudioGeneratorPrivate,
+									public IAudioRenderGraphNodeInfo,
+									public AudioRenderContextClient,
+									public CompensatingDelayOwnerMixin
+{
+public:
+	static int Create(AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+
+	InterfaceRef<IAudioGenerator> Clone() override;
+	bool HasHistory() override { return mSource->HasHistory() || mChain.HasHistory(); }
+	TickTime GetDelay() override { return kTimeZero; }
+	void Preroll(TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
+	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
+		PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
+
+	void GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse) override;
+	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) override { mCache.MixInto(ioBuffer); }
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+
+	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
+	unsigned GetNumOutputChannels() override;
+	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
+	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
+
+	std::u16string GetNodeName() override { return u"AudioMixTrackRenderer"; }
+	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mSource}; }
+	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	int SetUp(AudioMixTrackSettings const& inSettings);
+	void MakeBuffers();
+	void PullSource(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse);
+	void RunChain(
+		dsp::AudioBuffer& ioSource, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse);
+
+	InterfaceRef<IAudioGenerator> mSource;
+	AudioChannelLayout mChannels;
+	TrackCache mCache;
+	TrackMute mMute;
+	ProcessorChain mChain;
+	// The part of the source's audio that is worked on, and the part of the output behind the pan.
+	dsp::AudioSubBuffer mWindow;
+	dsp::AudioSubBuffer mPanOutput;
+	// The width of the widest stage.
+	unsigned mWidestChannels = 0;
+	bool mPrerolled = false;
+};
+
+} // namespace SN

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "Sonaro/DelayDependency.h"
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "Sonaro/IAudioRecordCompletion.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/ICachedAudioGenerator.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+
+#include <deque>
+#include <vector>
+
+namespace SN
+{
+
+// What a sequence is made with; see ISonaroFactory::CreateAudioTrackGroupRenderer.
+struct AudioTrackGroupSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext;
+	FrameRate mFrameRate;
+	std::vector<InterfaceRef<IAudioGenerator>> const& mGenerators;
+	std::deque<std::vector<DelayDependency>> const& mDelayDependencies;
+	std::vector<TickTime> const& mGeneratorDelays;
+	AudioChannelLayout const& mChannels;
+	InterfaceRef<UnknownBase> mOwner;
+};
+
+// The tracks of a sequence as one generator. The host has sorted them: each track comes before those that
+// it feeds, and the output is the last. All but the last render into their caches, each once for a request,
+// and the last mixes what its inlets find there.
+//
+// Delays   Each track runs ahead of the group's time, in the direction of play, by a delay of its own; a
+//          short list of delays reads as 0. The group's delay is the largest sum of a track's and its own.
+// Loop     At the top level, what runs ahead of a looping playhead wraps to the loop's other side, save the
+//          last.
+// Warm-up  Outside of a playback a nested group renders the stretch of its largest delay before the start
+//          and drops it, so that processors and delay lines have heard it.
+// Empty    Silent without tracks.
+// Threads  One at a time; AccumulatePrefetchRequests may come from another.
+class AudioTrackGroupRenderer final : public IAudioGenerator,
+									  public ILiveAudioParameterOwner,
+									  public IAudioRecordCompletion,
+									  public IAudioGeneratorPrivate,
+									  public IAudioRenderGraphNodeInfo,
+									  public AudioRenderContextClient
+{
+public:
+	static constexpr Identifier<AudioTrackGroupRenderer> kIdentifier{
+		0xd37d8b386462c70dull, 0x0ed325fde5aa174cull};
+
+	static int Create(AudioTrackGroupSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	// One more instance of the owner's sequence; see ISonaroFactory. -1 where there is none on this level.
+	static int CreateViaCloning(InterfaceRef<IAudioRenderContext> const& inContext,
+		InterfaceRef<UnknownBase> const& inOwner, InterfaceRef<IAudioGenerator>* outGenerator);
+
+	InterfaceRef<IAudioGenerator> Clone() override;
+	bool HasHistory() override;
+	TickTime GetDelay() override;
+	void Preroll(TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) override;
+	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
+		PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
+
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override;
+
+	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
+	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
+	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
+
+	std::u16string GetNodeName() override { return u"AudioTrackGroupRenderer"; }
+	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
+	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	// A generator with what it was asked for once.
+	struct Member
+	{
+		InterfaceRef<IAudioGenerator> mGenerator;
+		// May be empty in the last alone.
+		InterfaceRef<ICachedAudioGenerator> mCached;
+		// By which it runs ahead.
+		TickTime mDelay;
+	};
+
+	int SetUp(AudioTrackGroupSettings const& inSettings);
+	void WarmUp(TickTime const& inStartTime);
+
+	std::vector<Member> mMembers;
+	AudioChannelLayout mChannels;
+};
+
+} // namespace SN

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Sonaro/Types.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <string_view>
+
+namespace SN
+{
+
+// The last block that a track has rendered, and which one that was: so many readers of one block cost one
+// rendering. Init alone allocates.
+class TrackCache
+{
+public:
+	void Init(unsigned inNumChannels, unsigned inMaxSamples);
+
+	// Has inRender fill the buffer, unless it holds this block already. inSalt: the name of the operation.
+	template <class Render>
+	void Generate(std::string_view inSalt, unsigned inNumSamples, TickTime const& inTime, bool inReverse,
+		Render const& inRender)
+	{
+		Guid const key = HashRequest(inSalt, inNumSamples, inTime, inReverse);
+		if (key == mKey)
+		{
+			return;
+		}
+		// Of nothing, until all of it is there.
+		mKey = Guid();
+		mBuffer.SetUseSize(inNumSamples);
+		mBuffer.Zero();
+		inRender(mBuffer);
+		mKey = key;
+	}
+
+	// Adds the block, if there is one.
+	void MixInto(dsp::AudioBuffer& ioBuffer) const;
+
+	void Forget() { mKey = Guid(); }
+
+private:
+	static Guid HashRequest(
+		std::string_view inSalt, unsigned inNumSamples, TickTime const& inTime, bool inReverse);
+
+	dsp::AudioBuffer mBuffer;
+	// Of what mBuffer holds; null for nothing.
+	Guid mKey;
+};
+
+} // namespace SN

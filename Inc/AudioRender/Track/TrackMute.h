@@ -1,0 +1,44 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "zorvaudiodsp/GainRamp.h"
+#include "zorvcore/threads/AtomicIntegral.h"
+
+#include <memory>
+
+namespace SN
+{
+
+// The mute of a track and its fade. In a playback at the top level it follows the host's flag, which any
+// thread may write; elsewhere, and in clones, it stands as it stood when it was made.
+class TrackMute
+{
+public:
+	// Not 0 while muted.
+	using Flag = zorvcore::threads::AtomicIntegral<int>;
+
+	// Audible.
+	TrackMute();
+
+	// A null flag reads as audible.
+	void Init(
+		IAudioRenderContext& inContext, std::shared_ptr<Flag> const& inFlag, FrameRate const& inFrameRate);
+	void CloneFrom(TrackMute const& inOther, FrameRate const& inFrameRate);
+
+	// Without a fade, there where the flag stands. Fades take 10 ms from then on.
+	void StartOver(FrameRate const& inFrameRate);
+	// Reads the flag and fades towards it.
+	void Update() { mRamp.SetTargetGain(GetGain()); }
+	// Whether nothing is heard any more.
+	bool IsComplete() const { return mRamp.HasConstantGainZero(); }
+	void Process(dsp::AudioBuffer& ioBuffer) { mRamp.Process(ioBuffer); }
+
+private:
+	float GetGain() const { return mFlag->Get() != 0 ? 0.0f : 1.0f; }
+
+	// Never null.
+	std::shared_ptr<Flag> mFlag;
+	dsp::GainRamp mRamp;
+};
+
+} // namespace SN

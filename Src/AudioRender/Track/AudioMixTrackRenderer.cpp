@@ -1,0 +1,215 @@
+#include "AudioRender/Track/AudioMixTrackRenderer.h"
+
+#include "AudioRender/Core/StackAudioBufferTags.h"
+#include "AudioRender/Track/FirstBlock.h"
+#include "AudioRender/Track/PanWorkingWidth.h"
+#include "AudioRender/Track/WindowWidth.h"
+
+#include <algorithm>
+
+namespace SN
+{
+
+int AudioMixTrackRenderer::Create(
+	AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
+{
+	if (!inSettings.mContext)
+	{
+		return eNullPointer;
+	}
+	auto const renderer = zorvcore::classref::MakeObject<AudioMixTrackRenderer>();
+	int const result = renderer->SetUp(inSettings);
+	if (ResultSucceeded(result))
+	{
+		*outGenerator = renderer;
+	}
+	return result;
+}
+
+int AudioMixTrackRenderer::SetUp(AudioMixTrackSettings const& inSettings)
+{
+	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
+	mSource = inSettings.mSource;
+	mChannels = inSettings.mChannels;
+	mMute.Init(*inSettings.mContext, inSettings.mMute, GetFrameRate());
+	mChain.Init(inSettings.mProcessors, inSettings.mPanProcessor);
+	MakeBuffers();
+	AddCachedGenerator(
+		inSettings.mOwner, InterfaceRef<ICachedAudioGenerator>(InterfaceRef<Unknown>::FromThis(this)));
+	CompensatingDelayOwnerMixin::Init(mChain.CountSends() + 1, GetMaxBlockSize(), mWidestChannels);
+	return result;
+}
+
+void AudioMixTrackRenderer::MakeBuffers()
+{
+	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
+	unsigned const panWidth = panner ? GetPanWorkingWidth(*panner) : 0;
+	mWidestChannels = std::max(GetNumChannels(), panWidth);
+	mCache.Init(mWidestChannels, GetMaxBlockSize());
+	if (panner)
+	{
+		// Also for a pan in the middle: the host may move it while playing.
+		ReserveStackAudioSubBuffer(panWidth);
+		ReserveStackAudioBuffer(
+			GetNumChannels(), GetMaxBlockSize(), StackAudioBufferTags::kAudioMixTrackRenderer);
+	}
+}
+
+InterfaceRef<IAudioGenerator> AudioMixTrackRenderer::Clone()
+{
+	auto const self = InterfaceRef<IAudioGenerator>::FromThis(this);
+	if (InterfaceRef<IAudioGenerator> const known = FindClone(self))
+	{
+		return known;
+	}
+	auto const clone = zorvcore::classref::MakeObject<AudioMixTrackRenderer>();
+	AddClone(self, clone);
+	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	clone->mSource = mSource->Clone();
+	clone->mChannels = mChannels;
+	clone->mMute.CloneFrom(mMute, GetFrameRate());
+	clone->mChain.CloneFrom(mChain, *this);
+	clone->MakeBuffers();
+	clone->CopyDimensions(*this);
+	return clone;
+}
+
+void AudioMixTrackRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
+{
+	if (!mPrerolled)
+	{
+		mSource->Preroll(inStartTime, inReverse);
+		mChain.Preroll(inStartTime, inReverse);
+		mPrerolled = true;
+	}
+	// A preroll never fades.
+	mMute.StartOver(GetFrameRate());
+}
+
+void AudioMixTrackRenderer::AccumulatePrefetchRequests(
+	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
+{
+	mSource->AccumulatePrefetchRequests(inRange, inType, inAccumulator);
+}
+
+void AudioMixTrackRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	if (ioBuffer.GetUseSize() > GetMaxBlockSize())
+	{
+		RenderFirstBlock(*this, inTime, ioBuffer, inReverse);
+		return;
+	}
+	mMute.Update();
+	// What nothing writes is silent.
+	ioBuffer.Zero();
+	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
+	if (panner && !panner->DoesNotAlterAudio())
+	{
+		ScopedStackAudioBuffer const scratch(
+			GetStackAudioBuffer(GetNumChannels(), StackAudioBufferTags::kAudioMixTrackRenderer));
+		dsp::AudioBuffer& source = scratch.GetBuffer();
+		source.SetUseSize(ioBuffer.GetUseSize());
+		source.Zero();
+		PullSource(inTime, source, inReverse);
+		RunChain(source, &ioBuffer, inTime, inReverse);
+	}
+	else
+	{
+		PullSource(inTime, ioBuffer, inReverse);
+		RunChain(ioBuffer, nullptr, inTime, inReverse);
+	}
+	GetLastLine().Process(ioBuffer);
+	mMute.Process(ioBuffer);
+}
+
+void AudioMixTrackRenderer::PullSource(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	if (!mMute.IsComplete())
+	{
+		mSource->GetAudioData(inTime, ioBuffer, inReverse);
+	}
+}
+
+void AudioMixTrackRenderer::RunChain(
+	dsp::AudioBuffer& ioSource, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse)
+{
+	unsigned const width = outPan ? mChain.GetPanProcessor()->GetNumInputChannels() : GetNumChannels();
+	SetWidth(mWindow, std::min<unsigned long long>(width, ioSource.GetNumChannels()));
+	mWindow.Assign(ioSource, 0);
+	if (outPan)
+	{
+		SetWidth(mPanOutput, std::min<unsigned long long>(mWidestChannels, outPan->GetNumChannels()));
+		mPanOutput.Assign(*outPan, 0);
+	}
+	mChain.Run({mWindow, outPan ? &mPanOutput : nullptr, inTime, GetFrameRate(), inReverse}, *this,
+		{.mDelayOwner = this,
+			.mTimesAlwaysRise = true,
+			.mBlocksSkipSendDelays = true,
+			.mIdlePanRests = true});
+}
+
+void AudioMixTrackRenderer::Reset()
+{
+	if (!mPrerolled)
+	{
+		return;
+	}
+	mSource->Reset();
+	mChain.Reset();
+	mCache.Forget();
+	mPrerolled = false;
+}
+
+void AudioMixTrackRenderer::InitializeAudioFilters()
+{
+	mSource->InitializeAudioFilters();
+	mChain.InitializeAudioFilters();
+}
+
+void AudioMixTrackRenderer::ShutdownAudioFilters()
+{
+	mSource->ShutdownAudioFilters();
+	mChain.ShutdownAudioFilters();
+}
+
+void AudioMixTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse)
+{
+	mCache.Generate("AudioMixTrackRenderer::GenerateAudio", inNumSamples, inTime, inReverse,
+		[&](dsp::AudioBuffer& ioBuffer) { GetAudioData(inTime, ioBuffer, inReverse); });
+}
+
+void AudioMixTrackRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
+{
+	if (InterfaceRef<ILiveAudioParameterOwner> const panner = mChain.GetPanProcessor())
+	{
+		panner->CollectLiveParameters(outParameters);
+	}
+	mChain.CollectLiveParameters(outParameters);
+	if (InterfaceRef<ILiveAudioParameterOwner> const source = mSource)
+	{
+		source->CollectLiveParameters(outParameters);
+	}
+}
+
+unsigned AudioMixTrackRenderer::GetNumOutputChannels()
+{
+	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
+	return panner ? panner->GetNumOutputChannels() : GetNumChannels();
+}
+
+std::vector<InterfaceRef<UnknownBase>> AudioMixTrackRenderer::GetProcessorNodes()
+{
+	std::vector<InterfaceRef<UnknownBase>> nodes(
+		mChain.GetProcessors().begin(), mChain.GetProcessors().end());
+	nodes.emplace_back(mChain.GetPanProcessor());
+	return nodes;
+}
+
+void* AudioMixTrackRenderer::QueryMap(GUID const& inIdentifier)
+{
+	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, ICachedAudioGenerator,
+		ILiveAudioParameterOwner, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo>(this, inIdentifier);
+	return found ? found : CompensatingDelayOwnerMixin::QueryMap(inIdentifier);
+}
+
+} // namespace SN

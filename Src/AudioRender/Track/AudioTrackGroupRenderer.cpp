@@ -1,0 +1,270 @@
+#include "AudioRender/Track/AudioTrackGroupRenderer.h"
+
+#include "AudioRender/Core/SilentRenderer.h"
+#include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
+#include "AudioRender/Track/LoopWrap.h"
+#include "AudioRender/Track/RenderAndDiscard.h"
+#include "Sonaro/AudioUtilities.h"
+#include "Sonaro/PrefetchRange.h"
+
+#include <algorithm>
+
+namespace SN
+{
+
+namespace
+{
+
+constexpr int kNothingToClone = -1;
+
+} // namespace
+
+int AudioTrackGroupRenderer::Create(
+	AudioTrackGroupSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
+{
+	if (!inSettings.mContext)
+	{
+		return eNullPointer;
+	}
+	auto const renderer = zorvcore::classref::MakeObject<AudioTrackGroupRenderer>();
+	int const result = renderer->SetUp(inSettings);
+	if (ResultSucceeded(result))
+	{
+		*outGenerator = renderer;
+		InterfaceRef<AudioRenderContext>(inSettings.mContext)->AddTrackGroup(inSettings.mOwner, renderer);
+	}
+	return result;
+}
+
+int AudioTrackGroupRenderer::SetUp(AudioTrackGroupSettings const& inSettings)
+{
+	int const result = Init(inSettings.mContext, inSettings.mFrameRate);
+	for (std::size_t i = 0; i < inSettings.mGenerators.size(); ++i)
+	{
+		InterfaceRef<IAudioGenerator> const& generator = inSettings.mGenerators[i];
+		bool const hasDelay = i < inSettings.mGeneratorDelays.size();
+		mMembers.push_back({generator, generator, hasDelay ? inSettings.mGeneratorDelays[i] : kTimeZero});
+		InterfaceRef<CompensatingDelayOwnerMixin> const delays(generator);
+		if (delays && i < inSettings.mDelayDependencies.size())
+		{
+			delays->SetDelays(inSettings.mDelayDependencies[i]);
+		}
+	}
+	mChannels = inSettings.mChannels;
+	return result;
+}
+
+int AudioTrackGroupRenderer::CreateViaCloning(InterfaceRef<IAudioRenderContext> const& inContext,
+	InterfaceRef<UnknownBase> const& inOwner, InterfaceRef<IAudioGenerator>* outGenerator)
+{
+	if (!inContext)
+	{
+		return eNullPointer;
+	}
+	InterfaceRef<AudioRenderContext> const context(inContext);
+	unsigned long long instances = 0;
+	InterfaceRef<AudioTrackGroupRenderer> const group(context->FindTrackGroup(inOwner, instances));
+	if (!group || group->GetNestingDepth() != context->GetNestingDepth())
+	{
+		return kNothingToClone;
+	}
+	if (!group->HasHistory())
+	{
+		// Any number of consumers may read it.
+		*outGenerator = group;
+		return kSuccess;
+	}
+	if (instances >= GetMaxNestableSequenceInstances())
+	{
+		return SilentRenderer::Create(group->mChannels, outGenerator);
+	}
+	*outGenerator = group->Clone();
+	context->ClearCloneMap();
+	context->AddTrackGroup(inOwner, *outGenerator);
+	return kSuccess;
+}
+
+InterfaceRef<IAudioGenerator> AudioTrackGroupRenderer::Clone()
+{
+	auto const clone = zorvcore::classref::MakeObject<AudioTrackGroupRenderer>();
+	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	clone->mChannels = mChannels;
+	for (Member const& member : mMembers)
+	{
+		InterfaceRef<IAudioGenerator> const generator = member.mGenerator->Clone();
+		clone->mMembers.push_back({generator, generator, member.mDelay});
+	}
+	return clone;
+}
+
+bool AudioTrackGroupRenderer::HasHistory()
+{
+	return std::any_of(mMembers.begin(), mMembers.end(),
+		[](Member const& inMember) { return inMember.mGenerator->HasHistory(); });
+}
+
+TickTime AudioTrackGroupRenderer::GetDelay()
+{
+	if (IsDelayCompensationDisabled() || mMembers.empty())
+	{
+		return kTimeZero;
+	}
+	TickTime largest = -kTimeMax;
+	for (Member const& member : mMembers)
+	{
+		largest = std::max(largest, member.mDelay + member.mGenerator->GetDelay());
+	}
+	return largest;
+}
+
+void AudioTrackGroupRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
+{
+	for (Member const& member : mMembers)
+	{
+		member.mGenerator->Preroll(inStartTime, inReverse);
+	}
+	bool const isNested = GetNestingDepth() != 0;
+	if (IsPrefetchEnabled() && !IsImmediateRender())
+	{
+		if (!isNested)
+		{
+			FillInitialDelay(inStartTime, kTimeZero, inReverse, true);
+		}
+	}
+	else if (isNested)
+	{
+		WarmUp(inStartTime);
+	}
+}
+
+void AudioTrackGroupRenderer::WarmUp(TickTime const& inStartTime)
+{
+	TickTime largest;
+	for (Member const& member : mMembers)
+	{
+		largest = std::max(largest, member.mDelay);
+	}
+	int const frames = largest.ToFrame32(GetFrameRate());
+	if (frames <= 0)
+	{
+		return;
+	}
+	TickTime position = inStartTime;
+	position.AddFrames(-frames, GetFrameRate());
+	dsp::AudioBuffer buffer(GetNumChannels(), GetMaxBlockSize());
+	// Forward, whatever the direction of play.
+	RenderAndDiscard(*this,
+		{.mFrames = static_cast<unsigned>(frames),
+			.mFrameRate = GetFrameRate(),
+			.mMaxBlockSize = GetMaxBlockSize(),
+			.mPrefetches = true},
+		position, buffer);
+}
+
+void AudioTrackGroupRenderer::FillInitialDelay(
+	TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
+{
+	for (Member const& member : mMembers)
+	{
+		member.mGenerator->FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
+	}
+}
+
+void AudioTrackGroupRenderer::AccumulatePrefetchRequests(
+	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
+{
+	for (Member const& member : mMembers)
+	{
+		member.mGenerator->AccumulatePrefetchRequests(inRange + member.mDelay, inType, inAccumulator);
+	}
+}
+
+void AudioTrackGroupRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	ioBuffer.Zero();
+	if (mMembers.empty())
+	{
+		return;
+	}
+	Prefetcher const* const prefetcher = GetPrefetcher();
+	bool const loops = prefetcher && prefetcher->mLoopEnabled != 0 && GetNestingDepth() == 0;
+	auto const ahead = [&](Member const& inMember)
+	{ return inReverse ? inTime - inMember.mDelay : inTime + inMember.mDelay; };
+	Member const& output = mMembers.back();
+	for (Member const& member : mMembers)
+	{
+		if (&member != &output)
+		{
+			// In a loop ahead is later in both directions.
+			TickTime const time = loops ? WrapIntoLoop(inTime + member.mDelay, prefetcher) : ahead(member);
+			member.mCached->GenerateAudio(ioBuffer.GetUseSize(), time, inReverse);
+		}
+	}
+	output.mGenerator->GetAudioData(ahead(output), ioBuffer, inReverse);
+}
+
+void AudioTrackGroupRenderer::Reset()
+{
+	for (Member const& member : mMembers)
+	{
+		member.mGenerator->Reset();
+	}
+}
+
+void AudioTrackGroupRenderer::InitializeAudioFilters()
+{
+	for (Member const& member : mMembers)
+	{
+		member.mGenerator->InitializeAudioFilters();
+	}
+}
+
+void AudioTrackGroupRenderer::ShutdownAudioFilters()
+{
+	for (Member const& member : mMembers)
+	{
+		member.mGenerator->ShutdownAudioFilters();
+	}
+}
+
+void AudioTrackGroupRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
+{
+	for (Member const& member : mMembers)
+	{
+		if (InterfaceRef<ILiveAudioParameterOwner> const owner = member.mGenerator)
+		{
+			owner->CollectLiveParameters(outParameters);
+		}
+	}
+}
+
+void AudioTrackGroupRenderer::NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording)
+{
+	for (Member const& member : mMembers)
+	{
+		if (InterfaceRef<IAudioRecordCompletion> const listener = member.mGenerator)
+		{
+			listener->NotifyRecordComplete(inRecording);
+		}
+	}
+}
+
+std::vector<InterfaceRef<UnknownBase>> AudioTrackGroupRenderer::GetInputNodes()
+{
+	std::vector<InterfaceRef<UnknownBase>> nodes;
+	for (Member const& member : mMembers)
+	{
+		nodes.emplace_back(member.mGenerator);
+	}
+	return nodes;
+}
+
+void* AudioTrackGroupRenderer::QueryMap(GUID const& inIdentifier)
+{
+	void* const found =
+		zorvcore::classref::QueryInterfaces<IAudioGenerator, ILiveAudioParameterOwner, IAudioRecordCompletion,
+			IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo, AudioTrackGroupRenderer>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SN
