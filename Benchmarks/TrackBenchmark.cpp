@@ -13,7 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstring>
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -44,7 +44,7 @@ private:
 	dsp::AudioBuffer mBlock{2, kFrames};
 };
 
-// The largest magnitude of all blocks, in vectors.
+// The largest magnitude of all blocks.
 class PeakMeter final : public IAudioMeterSetter
 {
 public:
@@ -53,14 +53,8 @@ public:
 	{
 		for (unsigned channel = 0; channel < 2; ++channel)
 		{
-			float const* const samples = inBuffer.GetChannel(channel);
-			for (unsigned i = 0; i + kLanes <= inBuffer.GetUseSize(); i += kLanes)
-			{
-				Lanes lanes;
-				std::memcpy(&lanes, samples + i, sizeof(lanes));
-				Lanes const magnitudes = lanes < 0.0f ? -lanes : lanes;
-				mPeaks = magnitudes > mPeaks ? magnitudes : mPeaks;
-			}
+			mPeak = std::max(mPeak,
+				zorvaccelerate::utility::FindPeak(inBuffer.GetUseSize(), inBuffer.GetChannel(channel)));
 		}
 	}
 	void Shutdown() override {}
@@ -74,10 +68,7 @@ protected:
 	}
 
 private:
-	static constexpr unsigned kLanes = 4;
-	using Lanes = float __attribute__((vector_size(kLanes * sizeof(float))));
-
-	Lanes mPeaks{};
+	float mPeak = 0.0f;
 };
 
 struct Track

@@ -3,6 +3,7 @@
 #include "VariantChoice.h"
 #include "zorvaccelerate/VectorVariants.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -92,6 +93,11 @@ void MulRamp(
 	unsigned inCount, float const* inInput, LinearRamp const& inRamp, unsigned inFirst, float* outOutput)
 {
 	sChoice->mMulRamp(inCount, inInput, inRamp, inFirst, outOutput);
+}
+
+float FindPeak(unsigned inCount, float const* inInput)
+{
+	return sChoice->mFindPeak(inCount, inInput);
 }
 
 void ConvertInt32ToFloat32_InPlace(unsigned inCount, void* ioData)

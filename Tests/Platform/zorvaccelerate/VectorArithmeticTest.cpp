@@ -144,6 +144,40 @@ TEST(VectorArithmetic, TheFunctionsDoWhatTheirVariantsDo)
 	Zero(0, static_cast<float*>(nullptr));
 }
 
+TEST(VectorArithmetic, ThePeakIsTheLargestMagnitudeOfNumbers)
+{
+	float const nan = std::numeric_limits<float>::quiet_NaN();
+	float const infinity = std::numeric_limits<float>::infinity();
+	struct Case
+	{
+		std::vector<float> mValues;
+		float mPeak;
+	};
+	Case const cases[] = {
+		{{}, 0.0f},
+		{{-0.0f, 1e-42f}, 1e-42f},
+		{{0.5f, -2.5f, nan, -nan}, 2.5f},
+		{{nan}, 0.0f},
+		{{1.0f, -infinity, nan}, infinity},
+	};
+	for (Case const& test : cases)
+	{
+		// At every place of a vector and behind the last whole one.
+		for (std::size_t lead = 0; lead <= kLargestCount; ++lead)
+		{
+			std::vector<float> values(lead, 0.0f);
+			values.insert(values.end(), test.mValues.begin(), test.mValues.end());
+			for (VectorVariant const& variant : RunnableVariants())
+			{
+				auto const count = static_cast<unsigned>(values.size());
+				ASSERT_EQ(variant.mFindPeak(count, values.data()), test.mPeak)
+					<< variant.mName << ", " << lead;
+				ASSERT_EQ(FindPeak(count, values.data()), test.mPeak);
+			}
+		}
+	}
+}
+
 TEST(VectorArithmetic, MemoryIsAlignedForTheWidestVectors)
 {
 	for (unsigned const count : {0u, 1u, 17u, 100000u})

@@ -35,6 +35,9 @@ struct LinearRamp
 ZORV_API void MulRamp(
 	unsigned inCount, float const* inInput, LinearRamp const& inRamp, unsigned inFirst, float* outOutput);
 
+// The largest magnitude, 0 for no elements. What is not a number is passed over.
+ZORV_API float FindPeak(unsigned inCount, float const* inInput);
+
 // Replaces each 32-bit integer in the memory by the float nearest to it, as a double, times 2^-31.
 ZORV_API void ConvertInt32ToFloat32_InPlace(unsigned inCount, void* ioData);
 

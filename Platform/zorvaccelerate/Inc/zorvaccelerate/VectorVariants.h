@@ -15,6 +15,7 @@ struct VectorVariant
 	void (*mMulConstant)(unsigned, float const*, float, float*);
 	void (*mReverse)(unsigned, float*);
 	void (*mMulRamp)(unsigned, float const*, LinearRamp const&, unsigned, float*);
+	float (*mFindPeak)(unsigned, float const*);
 	void (*mConvertInt32ToFloat32)(unsigned, void*);
 };
 
