@@ -7,10 +7,12 @@
 #include "AudioRender/Core/AudioRenderContext.h"
 #include "AudioRender/Core/NestingLimit.h"
 #include "AudioRender/Core/SilentRenderer.h"
+#include "AudioRender/Routing/AudioTransitionRenderer.h"
 #include "AudioRender/Source/AlignToFrameRateAudioGeneratorDecorator.h"
 #include "AudioRender/Source/AudioClipRenderer.h"
 #include "AudioRender/Source/AudioStreamRenderer.h"
 #include "AudioRender/Track/AudioClipTrackRenderer.h"
+#include "AudioRender/Track/AudioMixRenderer.h"
 #include "AudioRender/Track/AudioMixTrackRenderer.h"
 #include "AudioRender/Track/AudioTrackGroupRenderer.h"
 #include "AudioRender/Track/AudioTrackInletRenderer.h"
@@ -191,11 +193,14 @@ int SonaroFactory::CreateTimeStretchedAudioGenerator(InterfaceRef<IAudioGenerato
 	return eNotImplemented;
 }
 
-int SonaroFactory::CreateAudioMixRenderer(InterfaceRef<IAudioRenderContext> const&, FrameRate const&,
-	InterfaceRef<IAudioGenerator> const&, double, InterfaceRef<IAudioGenerator> const&, double,
-	InterfaceRef<IAudioProcessor> const&, InterfaceRef<IAudioGenerator>*) const
+int SonaroFactory::CreateAudioMixRenderer(InterfaceRef<IAudioRenderContext> const& inContext,
+	FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inFirst, double inFirstTimeScale,
+	InterfaceRef<IAudioGenerator> const& inSecond, double inSecondTimeScale,
+	InterfaceRef<IAudioProcessor> const& inProcessor, InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return AudioMixRenderer::Create(
+		{inContext, inFrameRate, inFirst, inFirstTimeScale, inSecond, inSecondTimeScale, inProcessor},
+		outGenerator);
 }
 
 int SonaroFactory::CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
@@ -219,12 +224,17 @@ int SonaroFactory::CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAud
 	return eNotImplemented;
 }
 
-int SonaroFactory::CreateAudioTransitionRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	InterfaceRef<IAudioTransition>, AudioTransitionParameters const&, InterfaceRef<IAudioGenerator> const&,
-	InterfaceRef<IAudioGenerator> const&, TickTime const&, TickTime const&, TickTime const&, TickTime const&,
-	InterfaceRef<IAudioGenerator>*) const
+int SonaroFactory::CreateAudioTransitionRenderer(InterfaceRef<IAudioRenderContext> inContext,
+	FrameRate const& inFrameRate, InterfaceRef<IAudioTransition> inTransition,
+	AudioTransitionParameters const& inParameters, InterfaceRef<IAudioGenerator> const& inOutgoingGenerator,
+	InterfaceRef<IAudioGenerator> const& inIncomingGenerator, TickTime const& inOutgoingStartTime,
+	TickTime const& inIncomingStartTime, TickTime const& inTransitionStartTime,
+	TickTime const& inTransitionDuration, InterfaceRef<IAudioGenerator>* outGenerator) const
 {
-	return eNotImplemented;
+	return AudioTransitionRenderer::Create(
+		{inContext, inFrameRate, inTransition, inParameters, inOutgoingGenerator, inIncomingGenerator,
+			inOutgoingStartTime, inIncomingStartTime, inTransitionStartTime, inTransitionDuration},
+		outGenerator);
 }
 
 int SonaroFactory::CreateAudioClipTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "AudioRender/Core/AudioRenderContextClient.h"
+#include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/IAudioTransition.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+
+namespace SN
+{
+
+// What a transition between two clips is made with; see ISonaroFactory::CreateAudioTransitionRenderer. Times
+// are those of the sequence.
+struct AudioTransitionSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext;
+	FrameRate mFrameRate;
+	InterfaceRef<IAudioTransition> mTransition;
+	AudioTransitionParameters const& mParameters;
+	InterfaceRef<IAudioGenerator> const& mOutgoing;
+	InterfaceRef<IAudioGenerator> const& mIncoming;
+	// Where each clip's own time is 0.
+	TickTime mOutgoingStartTime;
+	TickTime mIncomingStartTime;
+	TickTime mTransitionStartTime;
+	TickTime mTransitionDuration;
+};
+
+// The item on a track where one clip gives way to the next. Both are pulled, and mixed with the gains that
+// the transition tells for every sample.
+//
+// Time      The item's own begins with the transition.
+// Progress  In single precision, that of a block's first sample rounded, then added up sample by sample: in
+//           blocks of another length the last bits may differ.
+// Silence   A flagged side is not multiplied; where both are flagged, the transition is not asked.
+// Width     The larger of both clips'.
+// Threads   One at a time; AccumulatePrefetchRequests may come from another.
+class AudioTransitionRenderer final : public IAudioGenerator,
+									  public ILiveAudioParameterOwner,
+									  public IAudioGeneratorPrivate,
+									  public IAudioRenderGraphNodeInfo,
+									  public AudioRenderContextClient,
+									  public AudioTrackRenderableItemMixin
+{
+public:
+	static constexpr Identifier<AudioTransitionRenderer> kIdentifier{
+		0x39dfaff257bd18f2ull, 0xc13ec6ee744312ddull};
+
+	static int Create(AudioTransitionSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+
+	InterfaceRef<IAudioGenerator> Clone() override;
+	bool HasHistory() override { return mOutgoing->HasHistory() || mIncoming->HasHistory(); }
+	TickTime GetDelay() override;
+	// The clip that goes is given the time as it is, unlike everywhere else.
+	void Preroll(TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) override;
+	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
+		PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
+	AudioTransitionParameters const& GetParameters() const { return mParameters; }
+
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+
+	unsigned GetNumChannels() override { return mNumChannels; }
+	unsigned GetNumOutputChannels() override { return mNumChannels; }
+	AudioChannelLayout GetAudioChannelLayout() override;
+	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
+
+	std::u16string GetNodeName() override { return u"AudioTransitionRenderer"; }
+	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mOutgoing, mIncoming}; }
+	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override;
+
+private:
+	// The progress of a block's first sample, and by how much each sample adds to it.
+	struct Course
+	{
+		float mStart;
+		float mStep;
+	};
+
+	int SetUp(AudioTransitionSettings const& inSettings);
+	void MeasureWidth();
+	// What takes the item's time to a clip's.
+	TickTime GetOutgoingOffset() const { return mTransitionStartTime - mOutgoingStartTime; }
+	TickTime GetIncomingOffset() const { return mTransitionStartTime - mIncomingStartTime; }
+	InterfaceRef<IAudioGeneratorPrivate> FindWiderClip() const;
+	void Mix(dsp::AudioBuffer const& inOutgoing, dsp::AudioBuffer& ioIncoming, Course const& inCourse) const;
+	// Calls inUse(sample, outgoing gain, incoming gain) for so many samples.
+	template <class Use>
+	void ForEachGain(unsigned inCount, Course const& inCourse, Use const& inUse) const;
+
+	InterfaceRef<IAudioTransition> mTransition;
+	InterfaceRef<IAudioGenerator> mOutgoing;
+	InterfaceRef<IAudioGenerator> mIncoming;
+	TickTime mOutgoingStartTime;
+	TickTime mIncomingStartTime;
+	TickTime mTransitionStartTime;
+	TickTime mTransitionDuration;
+	unsigned mNumChannels = 0;
+	AudioTransitionParameters mParameters;
+};
+
+} // namespace SN

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "zorvcore/config/Exceptions.h"
+
+namespace SN
+{
+
+// A mix renderer lacks a generator or its processor.
+class ZORV_API AudioMixRendererCreateFailure : public zorvcore::config::zorv_exception
+{
+public:
+	AudioMixRendererCreateFailure(char const* inFile, int inLine);
+	AudioMixRendererCreateFailure(AudioMixRendererCreateFailure const&) noexcept;
+	AudioMixRendererCreateFailure& operator=(AudioMixRendererCreateFailure const&) noexcept;
+	~AudioMixRendererCreateFailure() override;
+};
+
+} // namespace SN

@@ -1,0 +1,253 @@
+#include "AudioRender/Routing/AudioTransitionRenderer.h"
+
+#include "AudioRender/Core/StackAudioBufferTags.h"
+#include "AudioRender/Track/FirstBlock.h"
+#include "Sonaro/PrefetchRange.h"
+
+#include <algorithm>
+
+namespace SN
+{
+
+namespace
+{
+
+// Silence behind the end of a clip that has run short.
+void FillUp(dsp::AudioBuffer& ioBuffer, unsigned inFrames)
+{
+	unsigned const filled = ioBuffer.GetUseSize();
+	if (filled >= inFrames)
+	{
+		return;
+	}
+	ioBuffer.SetUseSize(inFrames);
+	for (unsigned long long channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
+	{
+		if (!ioBuffer.IsChannelSilent(channel))
+		{
+			std::fill(ioBuffer.GetChannel(channel) + filled,
+				ioBuffer.GetChannel(channel) + ioBuffer.GetUseSize(), 0.0f);
+		}
+	}
+}
+
+} // namespace
+
+int AudioTransitionRenderer::Create(
+	AudioTransitionSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
+{
+	if (!inSettings.mContext)
+	{
+		return eNullPointer;
+	}
+	auto const renderer = zorvcore::classref::MakeObject<AudioTransitionRenderer>();
+	int const result = renderer->SetUp(inSettings);
+	if (ResultSucceeded(result))
+	{
+		*outGenerator = renderer;
+	}
+	return result;
+}
+
+int AudioTransitionRenderer::SetUp(AudioTransitionSettings const& inSettings)
+{
+	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
+	mTransition = inSettings.mTransition;
+	mParameters = inSettings.mParameters;
+	mOutgoing = inSettings.mOutgoing;
+	mIncoming = inSettings.mIncoming;
+	mOutgoingStartTime = inSettings.mOutgoingStartTime;
+	mIncomingStartTime = inSettings.mIncomingStartTime;
+	mTransitionStartTime = inSettings.mTransitionStartTime;
+	mTransitionDuration = inSettings.mTransitionDuration;
+	MeasureWidth();
+	return result;
+}
+
+void AudioTransitionRenderer::MeasureWidth()
+{
+	InterfaceRef<IAudioGeneratorPrivate> const wider = FindWiderClip();
+	mNumChannels = wider ? wider->GetNumOutputChannels() : 0;
+	ReserveStackAudioBuffer(mNumChannels, GetMaxBlockSize(), StackAudioBufferTags::kAudioTransitionRenderer);
+}
+
+InterfaceRef<IAudioGeneratorPrivate> AudioTransitionRenderer::FindWiderClip() const
+{
+	InterfaceRef<IAudioGeneratorPrivate> const outgoing = mOutgoing;
+	InterfaceRef<IAudioGeneratorPrivate> const incoming = mIncoming;
+	bool const takesIncoming =
+		!outgoing || (incoming && incoming->GetNumOutputChannels() > outgoing->GetNumOutputChannels());
+	return takesIncoming ? incoming : outgoing;
+}
+
+InterfaceRef<IAudioGenerator> AudioTransitionRenderer::Clone()
+{
+	auto const clone = zorvcore::classref::MakeObject<AudioTransitionRenderer>();
+	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	clone->CopyTimesFrom(*this);
+	clone->mTransition = mTransition;
+	clone->mParameters = mParameters;
+	clone->mOutgoing = mOutgoing->Clone();
+	clone->mIncoming = mIncoming->Clone();
+	clone->mOutgoingStartTime = mOutgoingStartTime;
+	clone->mIncomingStartTime = mIncomingStartTime;
+	clone->mTransitionStartTime = mTransitionStartTime;
+	clone->mTransitionDuration = mTransitionDuration;
+	clone->mNumChannels = mNumChannels;
+	return clone;
+}
+
+TickTime AudioTransitionRenderer::GetDelay()
+{
+	return IsDelayCompensationDisabled() ? kTimeZero : std::max(mOutgoing->GetDelay(), mIncoming->GetDelay());
+}
+
+void AudioTransitionRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
+{
+	mOutgoing->Preroll(inStartTime, inReverse);
+	mIncoming->Preroll(inStartTime + GetIncomingOffset(), inReverse);
+}
+
+void AudioTransitionRenderer::FillInitialDelay(
+	TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
+{
+	mOutgoing->FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
+	mIncoming->FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
+}
+
+void AudioTransitionRenderer::AccumulatePrefetchRequests(
+	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
+{
+	mOutgoing->AccumulatePrefetchRequests(inRange + GetOutgoingOffset(), inType, inAccumulator);
+	mIncoming->AccumulatePrefetchRequests(inRange + GetIncomingOffset(), inType, inAccumulator);
+}
+
+void AudioTransitionRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	unsigned const frames = ioBuffer.GetUseSize();
+	if (frames > GetMaxBlockSize())
+	{
+		RenderFirstBlock(*this, inTime, ioBuffer, inReverse);
+		return;
+	}
+	ScopedStackAudioBuffer const scratch(
+		GetStackAudioBuffer(mNumChannels, StackAudioBufferTags::kAudioTransitionRenderer));
+	dsp::AudioBuffer& outgoing = scratch.GetBuffer();
+	outgoing.SetUseSize(frames);
+	mOutgoing->GetAudioData(inTime + GetOutgoingOffset(), outgoing, inReverse);
+	FillUp(outgoing, frames);
+	mIncoming->GetAudioData(inTime + GetIncomingOffset(), ioBuffer, inReverse);
+	FillUp(ioBuffer, frames);
+	if (inReverse)
+	{
+		// Progress rises with time.
+		outgoing.Reverse();
+		ioBuffer.Reverse();
+	}
+	if (!ioBuffer.IsSilent() || !outgoing.IsSilent())
+	{
+		TickTime const oneSample(1, GetFrameRate());
+		Mix(outgoing, ioBuffer,
+			{static_cast<float>(inTime / mTransitionDuration),
+				static_cast<float>(oneSample / mTransitionDuration)});
+	}
+	if (inReverse)
+	{
+		ioBuffer.Reverse();
+	}
+}
+
+void AudioTransitionRenderer::Mix(
+	dsp::AudioBuffer const& inOutgoing, dsp::AudioBuffer& ioIncoming, Course const& inCourse) const
+{
+	unsigned const count = ioIncoming.GetUseSize();
+	for (unsigned long long channel = 0; channel < ioIncoming.GetNumChannels(); ++channel)
+	{
+		float const* const outgoing = inOutgoing.GetChannel(channel);
+		float* const buffer = ioIncoming.GetChannel(channel);
+		bool const outgoingIsSilent = inOutgoing.IsChannelSilent(channel);
+		bool const incomingIsSilent = ioIncoming.IsChannelSilent(channel);
+		if (!outgoingIsSilent && !incomingIsSilent)
+		{
+			ForEachGain(count, inCourse,
+				[=](unsigned inSample, float inOutgoingGain, float inIncomingGain) {
+					buffer[inSample] =
+						inOutgoingGain * outgoing[inSample] + inIncomingGain * buffer[inSample];
+				});
+		}
+		else if (!incomingIsSilent)
+		{
+			ForEachGain(count, inCourse,
+				[=](unsigned inSample, float, float inIncomingGain)
+				{ buffer[inSample] = inIncomingGain * buffer[inSample]; });
+		}
+		else if (!outgoingIsSilent && buffer)
+		{
+			ForEachGain(count, inCourse,
+				[=](unsigned inSample, float inOutgoingGain, float)
+				{ buffer[inSample] = inOutgoingGain * outgoing[inSample]; });
+			ioIncoming.NoteChannelWrite(channel, count);
+		}
+	}
+}
+
+template <class Use>
+void AudioTransitionRenderer::ForEachGain(unsigned inCount, Course const& inCourse, Use const& inUse) const
+{
+	IAudioTransition& transition = *mTransition;
+	float progress = inCourse.mStart;
+	for (unsigned sample = 0; sample < inCount; ++sample)
+	{
+		float outgoingGain = 0.0f;
+		float incomingGain = 0.0f;
+		transition.GetGainValue(mParameters, progress, outgoingGain, incomingGain);
+		inUse(sample, outgoingGain, incomingGain);
+		progress += inCourse.mStep;
+	}
+}
+
+void AudioTransitionRenderer::Reset()
+{
+	mOutgoing->Reset();
+	mIncoming->Reset();
+}
+
+void AudioTransitionRenderer::InitializeAudioFilters()
+{
+	mOutgoing->InitializeAudioFilters();
+	mIncoming->InitializeAudioFilters();
+}
+
+void AudioTransitionRenderer::ShutdownAudioFilters()
+{
+	mOutgoing->ShutdownAudioFilters();
+	mIncoming->ShutdownAudioFilters();
+}
+
+void AudioTransitionRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
+{
+	for (InterfaceRef<IAudioGenerator> const& generator : {mOutgoing, mIncoming})
+	{
+		if (InterfaceRef<ILiveAudioParameterOwner> const owner = generator)
+		{
+			owner->CollectLiveParameters(outParameters);
+		}
+	}
+}
+
+AudioChannelLayout AudioTransitionRenderer::GetAudioChannelLayout()
+{
+	InterfaceRef<IAudioGeneratorPrivate> const wider = FindWiderClip();
+	return wider ? wider->GetAudioChannelLayout() : AudioChannelLayout();
+}
+
+void* AudioTransitionRenderer::QueryMap(GUID const& inIdentifier)
+{
+	void* const found =
+		zorvcore::classref::QueryInterfaces<IAudioGenerator, ILiveAudioParameterOwner, IAudioGeneratorPrivate,
+			IAudioRenderGraphNodeInfo, IAudioTrackRenderableItem, AudioTransitionRenderer>(
+			this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SN
