@@ -132,8 +132,20 @@ std::string DescribePlayback(PlaybackSummary const& inPlayback)
 		   (readAhead.mWasBehind ? ", fell behind" : ", never behind") + "\n";
 }
 
-std::string DescribeForPeople(
-	std::string const& inOutput, ClipRenderJob const& inJob, RenderSummary const& inSummary)
+// Where each input lies in the output.
+std::string DescribeInputs(std::vector<std::string> const& inInputs, ProgrammePlan const& inPlan)
+{
+	std::string text;
+	for (std::size_t i = 0; i < inInputs.size(); ++i)
+	{
+		text += "from " + inInputs[i] + " at " +
+				FormatTime(inPlan.GetClips()[i].mPosition, inPlan.GetSampleRate()) + "\n";
+	}
+	return text;
+}
+
+std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
+	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	std::array<char, 64> speed{};
 	std::snprintf(
@@ -142,9 +154,10 @@ std::string DescribeForPeople(
 	return inOutput + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
 		   std::to_string(inSummary.mFrames) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) + ", " +
 		   std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) + " " +
-		   GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\npeak " +
-		   FormatPeak(inSummary.mPeak) + (inSummary.mLoudness ? DescribeLoudness(*inSummary.mLoudness) : "") +
-		   "\n" + speed.data() + "\n" + (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
+		   GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\n" +
+		   DescribeInputs(inInputs, inJob.GetPlan()) + "peak " + FormatPeak(inSummary.mPeak) +
+		   (inSummary.mLoudness ? DescribeLoudness(*inSummary.mLoudness) : "") + "\n" + speed.data() + "\n" +
+		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
 }
 
 // The number, or the word for silence, which has none in JSON.
@@ -153,12 +166,27 @@ Json GetNumberOrSilence(double inDecibels)
 	return std::isfinite(inDecibels) ? Json(inDecibels) : Json("-inf");
 }
 
-std::string DescribeForMachines(std::string const& inInput, std::string const& inOutput,
+Json ListInputs(std::vector<std::string> const& inInputs, ProgrammePlan const& inPlan)
+{
+	Json list = Json::array();
+	for (std::size_t i = 0; i < inInputs.size(); ++i)
+	{
+		PlannedClip const& clip = inPlan.GetClips()[i];
+		Json input;
+		input["path"] = inInputs[i];
+		input["position"] = clip.mPosition;
+		input["samples"] = clip.mFrames;
+		list.push_back(input);
+	}
+	return list;
+}
+
+std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	// Numbers that are not finite become null.
 	Json json;
-	json["input"] = inInput;
+	json["inputs"] = ListInputs(inInputs, inJob.GetPlan());
 	json["output"] = inOutput;
 	json["format"] = GetName(inSummary.mFormat.mContainer);
 	json["samples"] = inSummary.mFrames;
@@ -192,18 +220,10 @@ std::string DescribeForMachines(std::string const& inInput, std::string const& i
 } // namespace
 
 RenderCommand::RenderCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "render", "Render a sound file into another"),
+	: Command(ioProgram, "render", "Render sound files, one after the other, into another"),
 	  mBlockFrames(ClipRenderRequest().mBlockFrames)
 {
-	GetParser()
-		.add_option("INPUT", mInput, "The sound file: WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 ...")
-		->option_text("(required)")
-		->required();
-	GetParser()
-		.add_option(
-			"-o,--output", mOutput, "The file to write, complete or not at all; an older one is replaced")
-		->option_text("OUTPUT (required)")
-		->required();
+	AddFileOptions();
 	AddFormatOptions();
 	AddRangeOptions();
 	AddTrackOptions();
@@ -218,7 +238,30 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 					   "  sonaro render music.flac -o jingle.wav --duration 12 --fade-in 0.05 --fade-out 3\n"
 					   "  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
 					   "  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
-					   "  sonaro render music.flac -o music.wav --as-playback");
+					   "  sonaro render music.flac -o music.wav --as-playback\n"
+					   "  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
+					   "  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5");
+}
+
+void RenderCommand::AddFileOptions()
+{
+	GetParser()
+		.add_option("INPUT", mInputs,
+			"Sound files, each one where the one before ends: WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 "
+			"...")
+		->option_text("(required) ...")
+		->required();
+	GetParser()
+		.add_option("--at", mPositions,
+			"Where an input begins, once for each in their order; gaps are silent, and where inputs overlap, "
+			"the one given later is heard")
+		->option_text("TIME ...")
+		->allow_extra_args(false);
+	GetParser()
+		.add_option(
+			"-o,--output", mOutput, "The file to write, complete or not at all; an older one is replaced")
+		->option_text("OUTPUT (required)")
+		->required();
 }
 
 void RenderCommand::AddFormatOptions()
@@ -241,14 +284,14 @@ void RenderCommand::AddFormatOptions()
 
 void RenderCommand::AddRangeOptions()
 {
-	GetParser().add_option("--start", mStart, "Where in the input to begin")->option_text("TIME");
+	GetParser().add_option("--start", mStart, "Where in the only input to begin")->option_text("TIME");
 	GetParser()
-		.add_option("--duration", mDuration, "How much to render, at most to the end of the input")
+		.add_option("--duration", mDuration, "How much of the only input to render, at most to its end")
 		->option_text("TIME");
 	GetParser()
 		.add_option("--gain-db", mGainDecibels, "Decibels to make it louder, or below 0 softer")
 		->option_text("DB");
-	GetParser().add_flag("--reverse", mIsReverse, "From the end to the start");
+	GetParser().add_flag("--reverse", mIsReverse, "The whole from the end to the start");
 	GetParser()
 		.add_option("--block", mBlockFrames,
 			"Samples rendered at a time, 1 to 262144 (default: 4096); any gives the same result")
@@ -266,7 +309,8 @@ void RenderCommand::AddTrackOptions()
 			"long")
 		->option_text("S");
 	GetParser()
-		.add_option("--rate", mSampleRate, "Samples a second of the output, resampled (default: the input's)")
+		.add_option("--rate", mSampleRate,
+			"Samples a second of the output, resampled (default: those of the first input)")
 		->option_text("HZ");
 	GetParser()
 		.add_option("--fade-in", mFadeIn,
@@ -281,11 +325,13 @@ void RenderCommand::AddTrackOptions()
 void RenderCommand::AddChannelOptions()
 {
 	GetParser()
-		.add_option("--channels", mChannels, "Channels of the input from 1 on, in their new order, like 2,1")
+		.add_option(
+			"--channels", mChannels, "Channels of the only input from 1 on, in their new order, like 2,1")
 		->option_text("LIST");
 	GetParser()
 		.add_option("--layout", mLayout,
-			"What the channels become: mono, stereo, 5.1, or so many channels without places, by position")
+			"What the channels become: mono, stereo, 5.1, or so many channels without places, by position "
+			"(default: the widest layout of the inputs)")
 		->option_text("NAME");
 	GetParser()
 		.add_option("--pan", mPan,
@@ -307,10 +353,13 @@ void RenderCommand::AddReportOptions()
 int RenderCommand::Run()
 {
 	ClipRenderJob job(MakeRequest());
-	if (!job.GetInputInfo().mStatesLength)
+	for (PlannedClip const& clip : job.GetPlan().GetClips())
 	{
-		PrintWarning(QuotePath(mInput) + " states no length; it has the " +
-					 std::to_string(job.GetInputInfo().mFrames) + " samples that can be read");
+		if (!clip.GetInfo().mStatesLength)
+		{
+			PrintWarning(QuotePath(clip.GetInfo().mPath) + " states no length; it has the " +
+						 std::to_string(clip.GetInfo().mFrames) + " samples that can be read");
+		}
 	}
 	Report(job, Render(job));
 	return kExitSuccess;
@@ -319,7 +368,7 @@ int RenderCommand::Run()
 ClipRenderRequest RenderCommand::MakeRequest() const
 {
 	ClipRenderRequest request;
-	request.mInput = mInput;
+	request.mInputs = MakeInputs();
 	request.mOutput = mOutput;
 	request.mContainer = ChooseContainer(mFormat, mOutput);
 	if (!mBits.empty())
@@ -329,18 +378,6 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	if (!mDither.empty())
 	{
 		request.mDither = mDither == "tpdf" ? Dither::eTriangular : Dither::eNone;
-	}
-	if (!mStart.empty())
-	{
-		request.mStart = ParseTime("--start", mStart);
-	}
-	if (!mDuration.empty())
-	{
-		request.mDuration = ParseTime("--duration", mDuration);
-	}
-	if (!mChannels.empty())
-	{
-		request.mChannels = ParseChannels(mChannels);
 	}
 	request.mLayout = MakeLayoutRequest();
 	// Written so that what is not a number fails it.
@@ -368,6 +405,60 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	request.mMeasureLoudness = mAsJson || !mIsQuiet;
 	request.mReplace = !mKeepsOldFile;
 	return request;
+}
+
+std::vector<ClipInput> RenderCommand::MakeInputs() const
+{
+	if (!mPositions.empty() && mPositions.size() != mInputs.size())
+	{
+		Refuse("--at: there are " + std::to_string(mPositions.size()) + " positions and " +
+			   std::to_string(mInputs.size()) + " inputs; give --at once for each input");
+	}
+	std::vector<ClipInput> inputs;
+	if (mInputs.size() == 1)
+	{
+		inputs.push_back(MakeOnlyInput());
+	}
+	else
+	{
+		for (auto const& [option, text] : {std::pair("--start", &mStart), std::pair("--duration", &mDuration),
+				 std::pair("--channels", &mChannels)})
+		{
+			if (!text->empty())
+			{
+				Refuse(
+					std::string(option) + " is for a single input; render the parts to files of their own");
+			}
+		}
+		for (std::string const& path : mInputs)
+		{
+			inputs.emplace_back().mPath = path;
+		}
+	}
+	for (std::size_t i = 0; i < mPositions.size(); ++i)
+	{
+		inputs[i].mPosition = ParseTime("--at", mPositions[i]);
+	}
+	return inputs;
+}
+
+ClipInput RenderCommand::MakeOnlyInput() const
+{
+	ClipInput input;
+	input.mPath = mInputs.front();
+	if (!mStart.empty())
+	{
+		input.mStart = ParseTime("--start", mStart);
+	}
+	if (!mDuration.empty())
+	{
+		input.mDuration = ParseTime("--duration", mDuration);
+	}
+	if (!mChannels.empty())
+	{
+		input.mChannels = ParseChannels(mChannels);
+	}
+	return input;
 }
 
 LayoutRequest RenderCommand::MakeLayoutRequest() const
@@ -398,18 +489,29 @@ void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSu
 					 " were clipped at full scale (peak " + FormatPeak(inSummary.mPeak) +
 					 "); lower --gain-db, or write floats with --bits 32f");
 	}
-	if (inSummary.mPlayback && inSummary.mPlayback->mMisses > 0)
+	if (inSummary.mPlayback)
 	{
-		PrintWarning(std::to_string(inSummary.mPlayback->mMissedFrames) + " samples of " + QuotePath(mInput) +
-					 " were not there when they were due and are silent in " + QuotePath(mOutput));
+		WarnOfMisses(*inSummary.mPlayback);
 	}
 	if (mAsJson)
 	{
-		PrintResult(DescribeForMachines(mInput, mOutput, inJob, inSummary));
+		PrintResult(DescribeForMachines(mInputs, mOutput, inJob, inSummary));
 	}
 	else if (!mIsQuiet)
 	{
-		PrintResult(DescribeForPeople(mOutput, inJob, inSummary));
+		PrintResult(DescribeForPeople(mInputs, mOutput, inJob, inSummary));
+	}
+}
+
+void RenderCommand::WarnOfMisses(PlaybackSummary const& inPlayback) const
+{
+	for (std::size_t i = 0; i < mInputs.size(); ++i)
+	{
+		if (std::uint64_t const missed = inPlayback.mMissedFramesOfInputs[i]; missed > 0)
+		{
+			PrintWarning(std::to_string(missed) + " samples of " + QuotePath(mInputs[i]) +
+						 " were not there when they were due and are silent in " + QuotePath(mOutput));
+		}
 	}
 }
 

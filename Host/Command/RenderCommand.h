@@ -5,11 +5,12 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace SonaroCommand
 {
 
-// "sonaro render INPUT -o OUTPUT": renders a sound file through a clip of the engine.
+// "sonaro render INPUT ... -o OUTPUT": renders sound files as the clips of a track.
 class RenderCommand final : public Command
 {
 public:
@@ -18,6 +19,7 @@ public:
 	int Run() override;
 
 private:
+	void AddFileOptions();
 	void AddFormatOptions();
 	void AddRangeOptions();
 	void AddTrackOptions();
@@ -26,15 +28,20 @@ private:
 
 	// The options as the library takes them; throws a HostError for one that makes no sense.
 	SonaroHost::ClipRenderRequest MakeRequest() const;
+	std::vector<SonaroHost::ClipInput> MakeInputs() const;
+	SonaroHost::ClipInput MakeOnlyInput() const;
 	SonaroHost::LayoutRequest MakeLayoutRequest() const;
 	SonaroHost::RenderSummary Render(SonaroHost::ClipRenderJob& ioJob) const;
+	// Warnings, and the summary in the form that was asked for.
 	void Report(SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary) const;
+	void WarnOfMisses(SonaroHost::PlaybackSummary const& inPlayback) const;
 
-	std::string mInput;
+	std::vector<std::string> mInputs;
 	std::string mOutput;
 	std::string mFormat;
 	std::string mBits;
 	std::string mDither;
+	std::vector<std::string> mPositions;
 	std::string mStart;
 	std::string mDuration;
 	std::string mChannels;

@@ -1,9 +1,10 @@
 #include "ClipTrack.h"
 
+#include "ConvertedGenerator.h"
+#include "RemappedGenerator.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/AutomationParameter.h"
-#include "SonaroHost/ClipRenderJob.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/TimeTransforms.h"
 
@@ -19,68 +20,121 @@ using Generator = SN::InterfaceRef<SN::IAudioGenerator>;
 using Context = SN::InterfaceRef<SN::IAudioRenderContext>;
 
 constexpr double kFaderRampSeconds = 0.005;
+// Of the media itself; items play it at others.
+constexpr double kNormalSpeed = 1.0;
+
+// The media of a clip, from the first frame to be heard on, at its own rate.
+Generator MakeMedia(Context const& inContext, PlannedClip const& inClip, float inGain)
+{
+	constexpr int kAllChannels = -1;
+	auto const factory = SN::SonaroFactory::CreateClassRef();
+	SN::FrameRate const frameRate = inClip.mSource->GetFrameRate();
+	Generator stream;
+	CheckEngineResult(factory->CreateAudioStreamRenderer(
+						  inContext, frameRate, inClip.mSource, kAllChannels, kNormalSpeed, nullptr, &stream),
+		"a stream");
+	SN::AudioChannelMap channels;
+	for (std::size_t i = 0; i < inClip.mChannels.size(); ++i)
+	{
+		channels[i] = inClip.mChannels[i];
+	}
+	Generator media;
+	CheckEngineResult(factory->CreateAudioClipRenderer(inContext, frameRate, {{stream, channels}},
+						  inClip.mLayout.GetInputLayout(), SN::TickTime(inClip.mFirstFrame, frameRate),
+						  inGain, kNormalSpeed, &media),
+		"a clip");
+	return media;
+}
+
+// The clip as the track takes it: in the programme's layout and direction, its frames counted at the
+// programme's rate.
+Generator MakeClip(Context const& inContext, PlannedClip const& inClip, ProgrammePlan const& inPlan)
+{
+	SN::FrameRate const frameRate = inPlan.GetFrameRate();
+	Generator clip =
+		zorvcore::classref::MakeObject<RemappedGenerator>(MakeMedia(inContext, inClip, inPlan.GetGain()),
+			FrameMap{inClip.mSourceFrames, inClip.mSource->GetFrameRate(), frameRate, inPlan.IsReversed()});
+	if (!inClip.mLayout.PassesThrough())
+	{
+		clip = zorvcore::classref::MakeObject<ConvertedGenerator>(
+			clip, ConversionSettings{inClip.mLayout, inContext, frameRate});
+	}
+	return clip;
+}
 
 SN::InterfaceRef<SN::IAudioTrackRenderableItem> MakeItem(
-	Context const& inContext, Generator const& inClip, ClipTrackSettings const& inSettings)
+	Context const& inContext, PlannedClip const& inClip, ProgrammePlan const& inPlan)
 {
 	auto const factory = SN::SonaroFactory::CreateClassRef();
+	SN::FrameRate const frameRate = inPlan.GetFrameRate();
 	SN::InterfaceRef<SN::IAudioPanProcessor> panner;
 	CheckEngineResult(
-		factory->CreateNoneAudioPanProcessorRenderer(inContext, inSettings.mLayout, &panner), "a panner");
+		factory->CreateNoneAudioPanProcessorRenderer(inContext, inPlan.GetLayout(), &panner), "a panner");
 	Generator generator;
-	CheckEngineResult(factory->CreateRealtimeAudioClipTrackItemRenderer(inContext, inSettings.mFrameRate,
-						  inClip, {}, panner, inSettings.mSpeed,
+	CheckEngineResult(factory->CreateRealtimeAudioClipTrackItemRenderer(inContext, frameRate,
+						  MakeClip(inContext, inClip, inPlan), {}, panner, inClip.mReadingSpeed,
 						  zorvcore::classref::MakeObject<IdentityTimeTransform>(), SN::kTimeZero, &generator),
 		"an item");
 	SN::InterfaceRef<SN::IAudioTrackRenderableItem> item = generator;
-	item->Init(SN::kTimeZero, SN::TickTime(inSettings.mFrames, inSettings.mFrameRate), SN::kTimeZero,
-		inSettings.mFrameRate);
+	SN::TickTime const start(inClip.mPosition, frameRate);
+	item->Init(start, SN::TickTime(inClip.mPosition + inClip.mFrames, frameRate), start, frameRate);
 	return item;
 }
 
-SN::InterfaceRef<SN::IAudioProcessor> MakeFader(Context const& inContext, ClipTrackSettings const& inSettings)
+// All items, over silence that reaches beyond the programme on both sides.
+SN::AudioTrackRenderableItemList LayItems(Context const& inContext, ProgrammePlan const& inPlan)
 {
-	auto const ramp =
-		static_cast<std::int64_t>(std::ceil(inSettings.mFrameRate.GetSamplesPerSecond() * kFaderRampSeconds));
+	SN::FrameRate const frameRate = inPlan.GetFrameRate();
+	SN::TickTime const margin(kMaxBlockFrames, frameRate);
+	SN::TickTime const end = SN::TickTime(inPlan.GetFrames(), frameRate) + margin;
+	SN::AudioTrackRenderableItemList items = {
+		SN::CreateSilentAudioTrackRenderableItem(-margin, end, frameRate)};
+	for (PlannedClip const& clip : inPlan.GetClips())
+	{
+		SN::MergeAudioTrackRenderableItems({MakeItem(inContext, clip, inPlan)}, items, frameRate);
+	}
+	return items;
+}
+
+SN::InterfaceRef<SN::IAudioProcessor> MakeFader(Context const& inContext, ProgrammePlan const& inPlan)
+{
+	SN::FrameRate const frameRate = inPlan.GetFrameRate();
 	auto const gain = AutomationParameter<float>::Create(1.0f);
-	gain->SetCurve(
-		MakeFadeCurve(inSettings.mFades, inSettings.mFrames, ramp + kControlInterval, inSettings.mFrameRate));
+	if (!inPlan.GetFades().IsNone())
+	{
+		auto const ramp =
+			static_cast<std::int64_t>(std::ceil(frameRate.GetSamplesPerSecond() * kFaderRampSeconds));
+		gain->SetCurve(
+			MakeFadeCurve(inPlan.GetFades(), inPlan.GetFrames(), ramp + kControlInterval, frameRate));
+	}
 	SN::InterfaceRef<SN::IAudioProcessor> fader;
-	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioFaderRenderer(inContext,
-						  inSettings.mFrameRate, {gain, AutomationParameter<bool>::Create(false)}, &fader),
+	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioFaderRenderer(
+						  inContext, frameRate, {gain, AutomationParameter<bool>::Create(false)}, &fader),
 		"a fader");
 	return fader;
 }
 
 } // namespace
 
-unsigned ChooseTrackBlock(unsigned inBlockFrames, double inSpeed)
+unsigned ChooseTrackBlock(unsigned inBlockFrames, ProgrammePlan const& inPlan)
 {
 	// What is read for a block at the highest speed fits the engine's largest read.
 	constexpr unsigned kResampledFrames = 1024;
-	return inSpeed == 1.0 ? (inBlockFrames + kControlInterval - 1) / kControlInterval * kControlInterval
-						  : kResampledFrames;
+	if (inPlan.IsResampled())
+	{
+		return kResampledFrames;
+	}
+	return inPlan.GetFades().IsNone()
+			   ? inBlockFrames
+			   : (inBlockFrames + kControlInterval - 1) / kControlInterval * kControlInterval;
 }
 
-Generator MakeClipTrack(
-	Context const& inContext, Generator const& inClip, ClipTrackSettings const& inSettings)
+Generator MakeClipTrack(Context const& inContext, ProgrammePlan const& inPlan)
 {
-	SN::FrameRate const& frameRate = inSettings.mFrameRate;
-	// The list frames the item with silence, as the engine wants it.
-	SN::TickTime const margin(kMaxBlockFrames, frameRate);
-	auto const item = MakeItem(inContext, inClip, inSettings);
-	SN::AudioTrackRenderableItemList const items = {
-		SN::CreateSilentAudioTrackRenderableItem(-margin, SN::kTimeZero, frameRate), item,
-		SN::CreateSilentAudioTrackRenderableItem(item->GetEndTime(), item->GetEndTime() + margin, frameRate)};
-
-	std::vector<SN::InterfaceRef<SN::IAudioProcessor>> processors;
-	if (!inSettings.mFades.IsNone())
-	{
-		processors.push_back(MakeFader(inContext, inSettings));
-	}
 	Generator track;
-	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioClipTrackRenderer(inContext, frameRate,
-						  items, nullptr, nullptr, processors, nullptr, inSettings.mLayout, &track),
+	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioClipTrackRenderer(inContext,
+						  inPlan.GetFrameRate(), LayItems(inContext, inPlan), nullptr, nullptr,
+						  {MakeFader(inContext, inPlan)}, nullptr, inPlan.GetLayout(), &track),
 		"a track");
 	return track;
 }

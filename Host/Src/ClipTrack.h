@@ -2,33 +2,18 @@
 
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioRenderContext.h"
-#include "Sonaro/Types.h"
-#include "SonaroHost/Fades.h"
-
-#include <cstdint>
+#include "SonaroHost/ProgrammePlan.h"
 
 namespace SonaroHost
 {
 
-// The size of blocks by which the size that was asked for is not heard: whole numbers of control blocks, and
-// at any speed but 1, where a resampler goes by blocks, always the same.
-unsigned ChooseTrackBlock(unsigned inBlockFrames, double inSpeed);
+// The size of blocks, at most kMaxBlockFrames, by which the size that was asked for is not heard: with fades
+// whole numbers of control blocks, and where a resampler works, which goes by blocks, always the same.
+unsigned ChooseTrackBlock(unsigned inBlockFrames, ProgrammePlan const& inPlan);
 
-// What a clip on a track becomes.
-struct ClipTrackSettings
-{
-	SN::FrameRate mFrameRate;
-	SN::AudioChannelLayout const& mLayout;
-	// Of the track, from time 0 on.
-	std::int64_t mFrames = 0;
-	Fades mFades;
-	// Of the clip; at 1 nothing is resampled.
-	double mSpeed = 1.0;
-};
-
-// A track that holds the clip from time 0 on, with a fader. Throws a HostError when the engine refuses it.
+// A track that holds the clips of a plan in their places, silence between, with a fader for the fades.
+// Throws a HostError when the engine refuses it.
 SN::InterfaceRef<SN::IAudioGenerator> MakeClipTrack(
-	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext,
-	SN::InterfaceRef<SN::IAudioGenerator> const& inClip, ClipTrackSettings const& inSettings);
+	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, ProgrammePlan const& inPlan);
 
 } // namespace SonaroHost

@@ -23,7 +23,7 @@ protected:
 	ClipRenderRequest MakeRequest(std::string const& inInput, std::string const& inOutput = "out.wav")
 	{
 		ClipRenderRequest request;
-		request.mInput = mFolder / inInput;
+		request.mInputs = {{mFolder / inInput}};
 		request.mOutput = mFolder / inOutput;
 		return request;
 	}
@@ -108,10 +108,10 @@ TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 	{
 		SCOPED_TRACE(test.mStart);
 		ClipRenderRequest request = MakeRequest("in.wav");
-		request.mStart = *TimePosition::Parse(test.mStart);
+		request.mInputs[0].mStart = *TimePosition::Parse(test.mStart);
 		if (test.mDuration)
 		{
-			request.mDuration = TimePosition::Parse(test.mDuration);
+			request.mInputs[0].mDuration = TimePosition::Parse(test.mDuration);
 		}
 		request.mBlockFrames = 333;
 		Sound const expected = sound.Cut(test.mFirst, test.mFrames);
@@ -120,12 +120,12 @@ TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 		EXPECT_TRUE(SameBits(Render(request), expected.Reversed()));
 	}
 	ClipRenderRequest request = MakeRequest("in.wav");
-	request.mStart = TimePosition::FromSamples(kFrames);
+	request.mInputs[0].mStart = TimePosition::FromSamples(kFrames);
 	ExpectRefusal(request, HostError::Kind::eRequest, "lies beyond");
 	request = MakeRequest("in.wav");
 	for (char const* const duration : {"0", "0s", "0.000001"})
 	{
-		request.mDuration = TimePosition::Parse(duration);
+		request.mInputs[0].mDuration = TimePosition::Parse(duration);
 		ExpectRefusal(request, HostError::Kind::eRequest, "nothing to render");
 	}
 	WriteSound(mFolder / "none.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {1, 48000, {}});
@@ -157,15 +157,15 @@ TEST_F(ClipRenderJobTest, ChannelsComeInTheOrderThatWasAskedFor)
 		Sound const sound = MakeSound(test.mSourceChannels, 44100, 3000);
 		WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
 		ClipRenderRequest request = MakeRequest("in.wav");
-		request.mChannels = test.mChannels;
+		request.mInputs[0].mChannels = test.mChannels;
 		request.mBlockFrames = 700;
 		EXPECT_TRUE(SameBits(Render(request), sound.Pick(test.mChannels)));
 		EXPECT_EQ(GetLayoutName(ClipRenderJob(request).GetOutputLayout()), test.mLayout);
 	}
 	ClipRenderRequest request = MakeRequest("in.wav");
-	request.mChannels = {0, 8};
+	request.mInputs[0].mChannels = {0, 8};
 	ExpectRefusal(request, HostError::Kind::eRequest, "there is no channel 9");
-	request.mChannels.assign(65, 0);
+	request.mInputs[0].mChannels.assign(65, 0);
 	ExpectRefusal(request, HostError::Kind::eRequest, "at most 64 channels");
 }
 

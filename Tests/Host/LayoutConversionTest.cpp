@@ -60,7 +60,7 @@ protected:
 	ClipRenderRequest MakeRequest(Conversion const& inConversion)
 	{
 		ClipRenderRequest request;
-		request.mInput = mFolder / "in.wav";
+		request.mInputs = {{mFolder / "in.wav"}};
 		request.mOutput = mFolder / "out.wav";
 		if (inConversion.mLayout[0] != 0)
 		{
@@ -220,7 +220,7 @@ TEST_F(LayoutConversionTest, ChannelsArePickedFirst)
 {
 	Sound const sound = WriteInput(6);
 	ClipRenderRequest request = MakeRequest({6, "mono"});
-	request.mChannels = {4, 5};
+	request.mInputs[0].mChannels = {4, 5};
 	Sound const result = Render(request);
 	for (std::size_t i = 0; i < result.mSamples.size(); ++i)
 	{

@@ -47,7 +47,7 @@ protected:
 	ClipRenderRequest MakeRequest(std::string const& inInput)
 	{
 		ClipRenderRequest request;
-		request.mInput = mFolder / inInput;
+		request.mInputs = {{mFolder / inInput}};
 		return request;
 	}
 
@@ -70,7 +70,7 @@ TEST_F(PlaybackRender, EqualsThePlainRenderOfEachExample)
 	{
 		SCOPED_TRACE(entry.path());
 		ClipRenderRequest request;
-		request.mInput = entry.path();
+		request.mInputs = {{entry.path()}};
 		ExpectSame(request);
 		++tested;
 	}
@@ -100,12 +100,12 @@ TEST_F(PlaybackRender, EqualsThePlainRenderWhateverIsAskedFor)
 		ClipRenderRequest request = plain;
 		request.mBlockFrames = block;
 		ExpectSame(request);
-		request.mStart = TimePosition::FromSamples(12345);
-		request.mDuration = TimePosition::FromSamples(40000);
+		request.mInputs[0].mStart = TimePosition::FromSamples(12345);
+		request.mInputs[0].mDuration = TimePosition::FromSamples(40000);
 		ExpectSame(request);
 	}
 	ClipRenderRequest request = plain;
-	request.mChannels = {1, 0};
+	request.mInputs[0].mChannels = {1, 0};
 	request.mLayout.mPan = 0.3;
 	request.mGain = 0.7f;
 	ExpectSame(request);

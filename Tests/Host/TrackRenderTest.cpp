@@ -23,7 +23,7 @@ protected:
 	{
 		WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, inSound);
 		ClipRenderRequest request;
-		request.mInput = mFolder / "in.wav";
+		request.mInputs = {{mFolder / "in.wav"}};
 		request.mOutput = mFolder / "out.wav";
 		return request;
 	}
@@ -83,7 +83,7 @@ TEST_F(TrackRenderTest, WithoutATrackTheExamplesPassBitForBit)
 		}
 		SCOPED_TRACE(entry.path());
 		ClipRenderRequest request;
-		request.mInput = entry.path();
+		request.mInputs = {{entry.path()}};
 		request.mOutput = mFolder / "out.wav";
 		EXPECT_TRUE(SameBits(Render(request), ReadSound(entry.path())));
 		request.mFadeIn = TimePosition::FromSamples(0);
@@ -155,8 +155,8 @@ TEST_F(TrackRenderTest, OutsideOfFadesSamplesPass)
 		ClipRenderRequest request = MakeRequest(sound);
 		request.mFadeIn = TimePosition::FromSamples(5000);
 		request.mFadeOut = TimePosition::FromSamples(5000);
-		request.mStart = TimePosition::FromSamples(100);
-		request.mDuration = TimePosition::FromSamples(28000);
+		request.mInputs[0].mStart = TimePosition::FromSamples(100);
+		request.mInputs[0].mDuration = TimePosition::FromSamples(28000);
 		Sound const forward = RenderInManyWays(request);
 		EXPECT_TRUE(SameBits(forward.Cut(6000, 15000), sound.Cut(6100, 15000)));
 		request.mDirection = RenderDirection::eReverse;
@@ -271,7 +271,7 @@ TEST_F(TrackRenderTest, ARateKeepsPitchAndLength)
 		EXPECT_EQ(forward.GetFrames(), test.mOutputFrames);
 		EXPECT_LT(FindWorst(forward, kRadians, 0.0, speed), 1e-4);
 		request.mDirection = RenderDirection::eReverse;
-		request.mStart = TimePosition::FromSamples(100);
+		request.mInputs[0].mStart = TimePosition::FromSamples(100);
 		EXPECT_LT(FindWorst(Render(request), kRadians, 59999.0, -speed), 1e-4);
 	}
 	ClipRenderRequest request = MakeRequest(MakeTone(60000, kRadians));
