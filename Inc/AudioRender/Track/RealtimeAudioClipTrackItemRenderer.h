@@ -90,17 +90,17 @@ private:
 	// Reads so many samples from mSourcePosition on into ioBuffer, in playing order, and moves the
 	// position. Returns the lowest time of what was read.
 	TickTime ReadSource(dsp::AudioBuffer& ioBuffer, unsigned inCount, bool inReverse);
+	// ioWindow: aimed at what the source gave.
 	void RunChain(
-		dsp::AudioBuffer& ioSource, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse);
+		dsp::AudioSubBuffer& ioWindow, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse);
 	void WarmUp(TickTime const& inStartTime);
+	void PrepareToDiscard(long long inFrames);
 	void Discard(unsigned inFrames, bool inReverse, bool inPrefetch);
 	bool PanAlters() const { return !mChain.GetPanProcessor()->DoesNotAlterAudio(); }
 	long long GetDelayInFrames() { return GetDelay().ToFrame64(GetFrameRate()); }
 
 	InterfaceRef<IAudioGenerator> mSource;
 	ProcessorChain mChain;
-	dsp::AudioSubBuffer mWindow;
-	dsp::AudioSubBuffer mPanOutput;
 	double mSpeed = 1.0;
 	bool mUsesResampler = false;
 	InterfaceRef<VX::ITimeTransform> mTimeTransform;
@@ -115,7 +115,7 @@ private:
 	long long mFramesFilled = 0;
 	TickTime mDelay;
 	unsigned mWidth = 0;
-	// Takes what filling renders.
+	// Takes what filling renders; made when there is something to fill.
 	std::unique_ptr<dsp::AudioBuffer> mDiscarded;
 };
 

@@ -4,7 +4,6 @@
 #include "AudioRender/Track/LoopWrap.h"
 #include "AudioRender/Track/PanWorkingWidth.h"
 #include "AudioRender/Track/RenderAndDiscard.h"
-#include "AudioRender/Track/WindowWidth.h"
 #include "Sonaro/AudioUtilities.h"
 #include "Time/Resampler/AudioResamplerFactory.h"
 
@@ -78,7 +77,6 @@ void RealtimeAudioClipTrackItemRenderer::Prepare()
 		ReserveStackAudioBuffer(
 			mWidth, samples, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererResampler);
 	}
-	mDiscarded = std::make_unique<dsp::AudioBuffer>(mWidth, GetMaxBlockSize());
 }
 
 InterfaceRef<IAudioGenerator> RealtimeAudioClipTrackItemRenderer::Clone()
@@ -133,10 +131,11 @@ void RealtimeAudioClipTrackItemRenderer::RenderStraight(
 {
 	if (!PanAlters())
 	{
-		SetWidth(mWindow, std::min<unsigned long long>(mWidth, ioBuffer.GetNumChannels()));
-		mWindow.Assign(ioBuffer, 0);
-		mSource->GetAudioData(inSourceTime, mWindow, inReverse);
-		RunChain(ioBuffer, nullptr, inSourceTime, inReverse);
+		dsp::AudioSubBuffer window;
+		window.Init(std::min<unsigned long long>(mWidth, ioBuffer.GetNumChannels()));
+		window.Assign(ioBuffer, 0);
+		mSource->GetAudioData(inSourceTime, window, inReverse);
+		RunChain(window, nullptr, inSourceTime, inReverse);
 		return;
 	}
 	ScopedStackAudioBuffer const scratch(
@@ -144,10 +143,11 @@ void RealtimeAudioClipTrackItemRenderer::RenderStraight(
 	dsp::AudioBuffer& buffer = scratch.GetBuffer();
 	buffer.SetUseSize(ioBuffer.GetUseSize());
 	buffer.Zero();
-	SetWidth(mWindow, mWidth);
-	mWindow.Assign(buffer, 0);
-	mSource->GetAudioData(inSourceTime, mWindow, inReverse);
-	RunChain(buffer, &ioBuffer, inSourceTime, inReverse);
+	dsp::AudioSubBuffer window;
+	window.Init(mWidth);
+	window.Assign(buffer, 0);
+	mSource->GetAudioData(inSourceTime, window, inReverse);
+	RunChain(window, &ioBuffer, inSourceTime, inReverse);
 }
 
 void RealtimeAudioClipTrackItemRenderer::RenderResampled(
@@ -181,7 +181,10 @@ void RealtimeAudioClipTrackItemRenderer::RenderResampled(
 
 	TickTime const start = ReadSource(read, inputs, inReverse);
 	bool const panAlters = PanAlters();
-	RunChain(read, panAlters ? &panned : nullptr, start, inReverse);
+	dsp::AudioSubBuffer window;
+	window.Init(mWidth);
+	window.Assign(read, 0);
+	RunChain(window, panAlters ? &panned : nullptr, start, inReverse);
 	mResampler->Process(panAlters ? panned : read, ioBuffer, inputs, outputs);
 }
 
@@ -190,16 +193,17 @@ TickTime RealtimeAudioClipTrackItemRenderer::ReadSource(
 {
 	TickTime const start = mSourcePosition;
 	TickTime position = start;
-	SetWidth(mWindow, mWidth);
+	dsp::AudioSubBuffer window;
+	window.Init(mWidth);
 	for (unsigned done = 0; done < inCount;)
 	{
 		unsigned const piece = std::min(inCount - done, std::max(GetMaxBlockSize(), 1u));
-		mWindow.Assign(ioBuffer, done);
-		mWindow.SetUseSize(piece);
-		mSource->GetAudioData(position, mWindow, inReverse);
+		window.Assign(ioBuffer, done);
+		window.SetUseSize(piece);
+		mSource->GetAudioData(position, window, inReverse);
 		if (inReverse)
 		{
-			mWindow.Reverse();
+			window.Reverse();
 		}
 		position.AddFrames(piece, GetFrameRate());
 		done += piece;
@@ -216,15 +220,15 @@ TickTime RealtimeAudioClipTrackItemRenderer::ReadSource(
 }
 
 void RealtimeAudioClipTrackItemRenderer::RunChain(
-	dsp::AudioBuffer& ioSource, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse)
+	dsp::AudioSubBuffer& ioWindow, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse)
 {
-	mWindow.Assign(ioSource, 0);
+	dsp::AudioSubBuffer panOutput;
 	if (outPan)
 	{
-		SetWidth(mPanOutput, std::min<unsigned long long>(mWidth, outPan->GetNumChannels()));
-		mPanOutput.Assign(*outPan, 0);
+		panOutput.Init(std::min<unsigned long long>(mWidth, outPan->GetNumChannels()));
+		panOutput.Assign(*outPan, 0);
 	}
-	mChain.Run({mWindow, outPan ? &mPanOutput : nullptr, inTime, GetFrameRate(), inReverse}, *this,
+	mChain.Run({ioWindow, outPan ? &panOutput : nullptr, inTime, GetFrameRate(), inReverse}, *this,
 		{.mSkipsLatentProcessors = IsDelayCompensationDisabled()});
 }
 
@@ -262,6 +266,16 @@ void RealtimeAudioClipTrackItemRenderer::Preroll(TickTime const& inStartTime, bo
 		return;
 	}
 	mFillPosition.AddFrames(inReverse ? frames : -frames, GetFrameRate());
+	PrepareToDiscard(frames);
+}
+
+// Not on the render path, and only for an item that has something to throw away: there may be very many.
+void RealtimeAudioClipTrackItemRenderer::PrepareToDiscard(long long inFrames)
+{
+	if (inFrames > 0 && !mDiscarded)
+	{
+		mDiscarded = std::make_unique<dsp::AudioBuffer>(mWidth, GetMaxBlockSize());
+	}
 }
 
 void RealtimeAudioClipTrackItemRenderer::WarmUp(TickTime const& inStartTime)
@@ -271,6 +285,7 @@ void RealtimeAudioClipTrackItemRenderer::WarmUp(TickTime const& inStartTime)
 	{
 		mFillPosition = inStartTime;
 		mFillPosition.AddFrames(-frames, GetFrameRate());
+		PrepareToDiscard(frames);
 		Discard(static_cast<unsigned>(std::min<long long>(frames, UINT32_MAX)), false, true);
 	}
 }
@@ -295,7 +310,7 @@ void RealtimeAudioClipTrackItemRenderer::FillInitialDelay(
 		mSource->FillInitialDelay(mFillPosition, inDelayTime, inReverse, true);
 	}
 	long long const total = GetDelayInFrames();
-	if (mFramesFilled >= total)
+	if (mFramesFilled >= total || !mDiscarded)
 	{
 		return;
 	}
