@@ -1,37 +1,15 @@
 #include "SonaroHost/LayoutConversion.h"
 
+#include "MixdownScope.h"
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/AutomationParameter.h"
 #include "SonaroHost/RenderContextScope.h"
 
 #include <initializer_list>
-#include <optional>
 #include <vector>
 
 namespace SonaroHost
 {
-
-namespace
-{
-
-// Sets the process's choice of a mixdown for as long as conversions are made.
-class MixdownScope
-{
-public:
-	explicit MixdownScope(std::optional<SN::AudioChannelMix::MixdownType51> const& inMixdown)
-		: mOld(SN::AudioChannelMix::Get51MixdownType())
-	{
-		SN::AudioChannelMix::Set51MixdownType(inMixdown ? *inMixdown : mOld);
-	}
-	~MixdownScope() { SN::AudioChannelMix::Set51MixdownType(mOld); }
-	MixdownScope(MixdownScope const&) = delete;
-	MixdownScope& operator=(MixdownScope const&) = delete;
-
-private:
-	unsigned mOld;
-};
-
-} // namespace
 
 LayoutConversion::LayoutConversion(LayoutPlan const& inPlan,
 	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate)

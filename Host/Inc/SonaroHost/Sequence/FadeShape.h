@@ -1,7 +1,11 @@
 #pragma once
 
-#include "Sonaro/IAudioTransition.h"
 #include "Sonaro/Types.h"
+
+namespace SN
+{
+class IAudioTransition;
+}
 
 namespace SonaroHost::Sequence
 {

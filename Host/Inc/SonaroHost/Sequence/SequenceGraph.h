@@ -12,11 +12,12 @@
 namespace SonaroHost::Sequence
 {
 
-// What became of a description. Frames are those of the graph's rate, in the sequence's own time.
+// What became of a description. Frames are those of the graph's rate, in the time of the sequence that holds
+// them.
 struct ItemReport
 {
-	// The tracks that lead to the item, from the outermost sequence on, as "Dialogue / Scene 4 / Boom".
-	std::string mPlace;
+	// Index of its track in the report.
+	std::size_t mTrack = 0;
 	std::string mName;
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mEndFrame = 0;
@@ -24,12 +25,14 @@ struct ItemReport
 	std::int64_t mLatencyFrames = 0;
 };
 
+// Of a track, a submix or a master.
 struct TrackReport
 {
+	// The tracks and items that lead to it, from the outermost sequence on, as "Dialogue / Scene 4 / Boom".
 	std::string mPlace;
 	// How far ahead of the sequence's time it is asked.
 	std::int64_t mAheadFrames = 0;
-	// Of its effects, and by which it waits for others.
+	// Of its effects, and by which its output waits for others.
 	std::int64_t mLatencyFrames = 0;
 	std::int64_t mWaitFrames = 0;
 };
@@ -64,7 +67,8 @@ public:
 	SN::AudioChannelLayout const& GetLayout() const { return mLayout; }
 
 	// So many frames before the first that is wanted, or, in reverse, behind the last one, are to be pulled and
-	// thrown away.
+	// thrown away: what the tracks are asked ahead by, and what their items need to settle where a run begins
+	// in the middle of them.
 	std::int64_t GetWarmUpFrames() const { return mWarmUpFrames; }
 
 	// How far ahead the tracks of the outermost sequence are asked, without repetition, in rising order. A playback that

@@ -1,0 +1,109 @@
+#include "ChainBuilder.h"
+
+#include "ShiftedParameter.h"
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/RenderContextScope.h"
+
+#include <string>
+#include <utility>
+
+namespace SonaroHost::Sequence
+{
+
+BuiltChain ChainBuilder::Build(Chain const& inChain)
+{
+	for (Stage const& stage : inChain.mStages)
+	{
+		std::visit([this](auto const& inStage) { Add(inStage); }, stage);
+	}
+	mBuilt.mPanner = MakePanner(mSite.mOutput, inChain.mPan);
+	return std::move(mBuilt);
+}
+
+void ChainBuilder::Add(Fader const& inFader)
+{
+	if (!inFader.mGain && !inFader.mMute)
+	{
+		return;
+	}
+	Processor fader;
+	CheckEngineResult(
+		mTools.GetFactory().CreateAudioFaderRenderer(mTools.GetContext(), mTools.GetFrameRate(),
+			{Shift(inFader.mGain, mTools.GetFullGain()), Shift(inFader.mMute, mTools.GetNotMuted())}, &fader),
+		"a fader");
+	mBuilt.mProcessors.push_back(fader);
+}
+
+void ChainBuilder::Add(Effect const& inEffect)
+{
+	Processor const effect = inEffect.mMake(mTools.GetContext(), mTools.GetFrameRate(), mSite.mInput);
+	std::int64_t const latency = mTools.GetLatency(*effect);
+	if (latency < 0)
+	{
+		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " has a latency below 0");
+	}
+	mBuilt.mProcessors.push_back(effect);
+	mBuilt.mLatency += latency;
+}
+
+void ChainBuilder::Add(Send const& inSend)
+{
+	if (!mSite.mTargets)
+	{
+		Refuse(mSite.mPlace, "only tracks and submixes can send; take the send out");
+	}
+	if (inSend.mSubmix >= mSite.mTargets->size())
+	{
+		Refuse(mSite.mPlace, "it sends to submix " + std::to_string(inSend.mSubmix) + " of " +
+								 std::to_string(mSite.mTargets->size()) + ", which are counted from 0");
+	}
+	SendTarget const& target = (*mSite.mTargets)[inSend.mSubmix];
+	Processor send;
+	CheckEngineResult(mTools.GetFactory().CreateAudioSendRenderer(mTools.GetContext(), mTools.GetFrameRate(),
+						  target.mIdentity,
+						  {Shift(inSend.mLevel.mGain, mTools.GetFullGain()),
+							  Shift(inSend.mLevel.mMute, mTools.GetNotMuted())},
+						  MakePanner(target.mLayout, inSend.mPan), &send),
+		"a send");
+	mBuilt.mProcessors.push_back(send);
+	mBuilt.mSends.push_back({send, inSend.mSubmix, mBuilt.mLatency});
+}
+
+void ChainBuilder::Add(Meter const& inMeter)
+{
+	Processor meter;
+	CheckEngineResult(mTools.GetFactory().CreateAudioMeterRenderer(
+						  mTools.GetContext(), mTools.GetFrameRate(), inMeter.mSetter, &meter),
+		"a meter");
+	mBuilt.mProcessors.push_back(meter);
+}
+
+Parameter ChainBuilder::Shift(Parameter const& inParameter, Parameter const& inDefault)
+{
+	if (!inParameter)
+	{
+		return inDefault;
+	}
+	mBuilt.mHasChanges = mBuilt.mHasChanges || ShiftedParameter::Changes(*inParameter);
+	return zorvcore::classref::MakeObject<ShiftedParameter>(
+		inParameter, CurveTime{mTools.ToTime(mSite.mLead + mBuilt.mLatency), mSite.mCurveScale});
+}
+
+Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, Parameter const& inPan)
+{
+	try
+	{
+		return inPan ? mTools.MakePanner(mSite.mInput, inOutput, Shift(inPan, inPan))
+					 : mTools.GetFixedPanner(mSite.mInput, inOutput, mSite.mMixdown);
+	}
+	catch (HostError const& error)
+	{
+		if (error.GetKind() != HostError::Kind::eRequest)
+		{
+			throw;
+		}
+		Refuse(mSite.mPlace, error.what());
+	}
+}
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,28 @@
+#include "ConversionPanner.h"
+
+#include "zorvaudiodsp/AudioBuffer.h"
+
+namespace SonaroHost::Sequence
+{
+
+ConversionPanner::ConversionPanner(
+	SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput)
+	: mInput(inInput),
+	  mOutput(inOutput),
+	  mMix(SN::AudioChannelMix::GetMixFunction(inInput, inOutput))
+{
+}
+
+void ConversionPanner::ProcessAudioData(
+	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, SN::TickTime const&)
+{
+	mMix(inInput, outOutput);
+}
+
+void* ConversionPanner::QueryMap(SN::Guid const& inIdentifier)
+{
+	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioPanProcessor>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SonaroHost::Sequence

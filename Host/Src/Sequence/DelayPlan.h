@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Sequence
+{
+
+// The way from one node of a sequence, a track, a submix or the master, to another: its output or a send.
+struct DelayEdge
+{
+	std::size_t mDestination = 0;
+	// In frames, of the effects before the place at which it leaves the node.
+	std::int64_t mLatency = 0;
+	// In frames, by which it has to wait so that all that meets at the destination belongs to one time. The
+	// plan fills it in.
+	std::int64_t mWait = 0;
+};
+
+struct DelayNode
+{
+	// For messages.
+	std::string mName;
+	// In frames, of all its effects.
+	std::int64_t mLatency = 0;
+	std::vector<DelayEdge> mEdges;
+};
+
+// In which order the nodes of a sequence are rendered, and how far ahead of the sequence's time each one is
+// asked, so that every branch arrives at every mix at its nominal sample.
+//
+// Each node is asked ahead by the most that any of its edges needs: what the destination is asked ahead by,
+// and the edge's own latency. What an edge needs less than that, it waits.
+class DelayPlan
+{
+public:
+	// The last node is the one that all the others end in, if anywhere. Throws a HostError that tells the way
+	// of a circle by its names.
+	explicit DelayPlan(std::vector<DelayNode> inNodes);
+
+	std::vector<DelayNode> const& GetNodes() const { return mNodes; }
+	// Every node behind those that feed it, otherwise as they were given; the last node last.
+	std::vector<std::size_t> const& GetOrder() const { return mOrder; }
+	// In frames, by node.
+	std::int64_t GetAhead(std::size_t inNode) const { return mAhead[inNode]; }
+	std::int64_t GetLargestAhead() const;
+	// Whether an edge waits.
+	bool HasWaits() const;
+
+private:
+	void FindOrder();
+	[[noreturn]] void RefuseCircle(std::vector<std::size_t> const& inFeeders) const;
+	void FindDelays();
+
+	std::vector<DelayNode> mNodes;
+	std::vector<std::size_t> mOrder;
+	std::vector<std::int64_t> mAhead;
+};
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,235 @@
+#include "ItemListBuilder.h"
+
+#include "Sonaro/IAudioTransition.h"
+#include "SonaroHost/RenderContextScope.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace SonaroHost::Sequence
+{
+
+namespace
+{
+
+// As far as lists go in either direction: half of the time line, so that sums of such times stay on it.
+std::int64_t GetFarFrame(SN::FrameRate const& inFrameRate)
+{
+	return SN::kTimeMax.ToFrame64(inFrameRate) / 2;
+}
+
+} // namespace
+
+ItemListBuilder::ItemListBuilder(GraphTools& ioTools, Track const& inTrack, ItemListSite const& inSite)
+	: mTools(ioTools),
+	  mTrack(inTrack),
+	  mSite(inSite),
+	  mEnd(-GetFarFrame(ioTools.GetFrameRate()))
+{
+}
+
+BuiltItemList ItemListBuilder::Build()
+{
+	std::vector<Item> const& items = mTrack.mItems;
+	mPlaced.reserve(items.size());
+	std::int64_t end = 0;
+	for (Item const& item : items)
+	{
+		mPlaced.push_back(PlaceItem(item));
+		if (mPlaced.back().mWhole.mFirst < end)
+		{
+			RefuseItem(item, "it begins before the end of the one before it, or before the sequence");
+		}
+		end = mPlaced.back().mWhole.mEnd;
+	}
+	std::for_each(mTrack.mCrossfades.begin(), mTrack.mCrossfades.end(),
+		[this](Crossfade const& inCrossfade) { PlaceCrossfade(inCrossfade); });
+	for (std::size_t index = 0; index < items.size(); ++index)
+	{
+		bool const hasCrossfadeBehind = index + 1 < items.size() && mPlaced[index + 1].mCrossfade;
+		PlaceFades(items[index], mPlaced[index], hasCrossfadeBehind);
+	}
+	AppendSilence(mPlaced.empty() ? 0 : mPlaced.front().mWhole.mFirst);
+	for (std::size_t index = 0; index < items.size(); ++index)
+	{
+		if (!mPlaced[index].mWhole.IsEmpty())
+		{
+			AddItem(items[index], mPlaced[index]);
+		}
+	}
+	AppendSilence(GetFarFrame(mTools.GetFrameRate()));
+	return std::move(mBuilt);
+}
+
+ItemListBuilder::Placed ItemListBuilder::PlaceItem(Item const& inItem) const
+{
+	Placed placed;
+	placed.mWhole = {mTools.ToFrames(inItem.mStart), mTools.ToFrames(inItem.mEnd)};
+	if (placed.mWhole.mEnd < placed.mWhole.mFirst)
+	{
+		RefuseItem(inItem, "it ends before it begins");
+	}
+	if (placed.mWhole.mEnd > GetFarFrame(mTools.GetFrameRate()))
+	{
+		RefuseItem(inItem, "it ends beyond 50 hours");
+	}
+	placed.mBody = placed.mWhole;
+	placed.mFirstHeard = placed.mWhole.mFirst;
+	return placed;
+}
+
+void ItemListBuilder::PlaceCrossfade(Crossfade const& inCrossfade)
+{
+	std::size_t const index = inCrossfade.mOutgoing;
+	if (mPlaced.size() < 2 || index >= mPlaced.size() - 1)
+	{
+		Refuse(mSite.mPlace, "a crossfade leads from item " + std::to_string(index) + " of " +
+								 std::to_string(mPlaced.size()) + " to the next one, which there is none of");
+	}
+	Placed& outgoing = mPlaced[index];
+	Placed& incoming = mPlaced[index + 1];
+	if (outgoing.mWhole.mEnd != incoming.mWhole.mFirst)
+	{
+		RefuseItem(mTrack.mItems[index], "it does not meet the next one, and so they cannot be crossfaded");
+	}
+	std::int64_t const cut = incoming.mWhole.mFirst;
+	Stretch const stretch{
+		cut - mTools.ToFrames(inCrossfade.mBefore), cut + mTools.ToFrames(inCrossfade.mAfter)};
+	bool const isWithin = stretch.mFirst >= outgoing.mBody.mFirst && stretch.mFirst <= cut &&
+						  stretch.mEnd <= incoming.mBody.mEnd && stretch.mEnd >= cut;
+	if (!isWithin || incoming.mCrossfade || outgoing.mWhole.IsEmpty() || incoming.mWhole.IsEmpty())
+	{
+		RefuseItem(mTrack.mItems[index],
+			"the crossfade at its end reaches beyond an item or into another crossfade; make it shorter");
+	}
+	if (stretch.IsEmpty())
+	{
+		return;
+	}
+	outgoing.mBody.mEnd = stretch.mFirst;
+	incoming.mBody.mFirst = stretch.mEnd;
+	incoming.mFirstHeard = stretch.mFirst;
+	incoming.mCrossfade = &inCrossfade;
+	incoming.mCrossfaded = stretch;
+}
+
+void ItemListBuilder::PlaceFades(Item const& inItem, Placed& ioPlaced, bool inHasCrossfadeBehind) const
+{
+	std::int64_t const fadeIn = mTools.ToFrames(inItem.mFadeIn.mLength);
+	std::int64_t const fadeOut = mTools.ToFrames(inItem.mFadeOut.mLength);
+	if (ioPlaced.mWhole.IsEmpty() || (fadeIn == 0 && fadeOut == 0))
+	{
+		return;
+	}
+	if ((fadeIn != 0 && ioPlaced.mCrossfade) || (fadeOut != 0 && inHasCrossfadeBehind))
+	{
+		RefuseItem(inItem, "a fade stands at an end that a crossfade reaches; take one of them out");
+	}
+	if (fadeIn < 0 || fadeOut < 0 || fadeIn > ioPlaced.mBody.mEnd - ioPlaced.mBody.mFirst - fadeOut)
+	{
+		RefuseItem(inItem, "its fades and crossfades overlap; make them shorter");
+	}
+	ioPlaced.mFadesIn = fadeIn != 0;
+	ioPlaced.mFadesOut = fadeOut != 0;
+	ioPlaced.mBody.mFirst += fadeIn;
+	ioPlaced.mBody.mEnd -= fadeOut;
+}
+
+void ItemListBuilder::RefuseItem(Item const& inItem, std::string const& inReason) const
+{
+	Place place = mSite.mPlace;
+	place.mItemName = &inItem.mName;
+	Refuse(place, inReason);
+}
+
+void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
+{
+	Place place = mSite.mPlace;
+	place.mItemName = &inItem.mName;
+	ItemSite const site{place, mTrack.mLayout, mSite.mMixdown, inPlaced.mWhole.mFirst - inPlaced.mFirstHeard,
+		mSite.mBuildNest};
+	BuiltItem const built = ItemBuilder(mTools, site).Build(inItem);
+	mBuilt.mSettlingFrames = std::max(mBuilt.mSettlingFrames, built.mSettlingFrames);
+	mBuilt.mIsClonable = mBuilt.mIsClonable && built.mIsClonable;
+	mSite.mReport.push_back(
+		{mSite.mTrack, inItem.mName, inPlaced.mWhole.mFirst, inPlaced.mWhole.mEnd, built.mLatency});
+
+	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = built.mGenerator;
+	Stretch const& body = inPlaced.mBody;
+	item->Init(mTools.ToTime(body.mFirst), mTools.ToTime(body.mEnd), mTools.ToTime(inPlaced.mFirstHeard),
+		mTools.GetFrameRate());
+	if (inPlaced.mCrossfade)
+	{
+		AddTransition(inPlaced.mCrossfaded,
+			CreateCrossfade(inPlaced.mCrossfade->mOutgoingShape, inPlaced.mCrossfade->mIncomingShape),
+			mLastItem, built.mGenerator);
+	}
+	if (inPlaced.mFadesIn)
+	{
+		AddFade({inPlaced.mWhole.mFirst, body.mFirst}, inItem.mFadeIn.mShape, built.mGenerator, true);
+	}
+	if (!body.IsEmpty())
+	{
+		Append(item, body);
+	}
+	if (inPlaced.mFadesOut)
+	{
+		AddFade({body.mEnd, inPlaced.mWhole.mEnd}, inItem.mFadeOut.mShape, built.mGenerator, false);
+	}
+	mLastItem = built.mGenerator;
+}
+
+void ItemListBuilder::AddFade(
+	Stretch const& inStretch, FadeShape inShape, Generator const& inItem, bool inIsFadeIn)
+{
+	Generator silence;
+	CheckEngineResult(mTools.GetFactory().CreateSilentRenderer(mTrack.mLayout, &silence), "silence");
+	AddTransition(inStretch, CreateCrossfade(inShape, inShape), inIsFadeIn ? silence : inItem,
+		inIsFadeIn ? inItem : silence);
+}
+
+void ItemListBuilder::AddTransition(Stretch const& inStretch,
+	SN::InterfaceRef<SN::IAudioTransition> const& inTransition, Generator const& inOutgoing,
+	Generator const& inIncoming)
+{
+	SN::AudioTransitionParameters const parameters{};
+	SN::TickTime const start = mTools.ToTime(inStretch.mFirst);
+	Generator transition;
+	CheckEngineResult(mTools.GetFactory().CreateAudioTransitionRenderer(mTools.GetContext(),
+						  mTools.GetFrameRate(), inTransition, parameters, inOutgoing, inIncoming,
+						  GetTrackItemStart(inOutgoing), GetTrackItemStart(inIncoming), start,
+						  mTools.ToTime(inStretch.mEnd - inStretch.mFirst), &transition),
+		"a transition");
+	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = transition;
+	item->Init(start, mTools.ToTime(inStretch.mEnd), start, mTools.GetFrameRate());
+	Append(item, inStretch);
+	mBuilt.mIsClonable = false;
+}
+
+// Silence has none, and needs none.
+SN::TickTime ItemListBuilder::GetTrackItemStart(Generator const& inItem)
+{
+	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = inItem;
+	return item ? item->GetTrackItemStartTime() : SN::kTimeZero;
+}
+
+void ItemListBuilder::Append(
+	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const& inItem, Stretch const& inStretch)
+{
+	AppendSilence(inStretch.mFirst);
+	mBuilt.mItems.push_back(inItem);
+	mEnd = inStretch.mEnd;
+}
+
+void ItemListBuilder::AppendSilence(std::int64_t inEnd)
+{
+	if (mEnd < inEnd)
+	{
+		mBuilt.mItems.push_back(SN::CreateSilentAudioTrackRenderableItem(
+			mTools.ToTime(mEnd), mTools.ToTime(inEnd), mTools.GetFrameRate()));
+		mEnd = inEnd;
+	}
+}
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/Types.h"
+
+#include <cstdint>
+
+namespace SonaroHost::Sequence
+{
+
+// How an item reads its content.
+struct ContentWindow
+{
+	// The content's frame that stands at the item's frame 0.
+	std::int64_t mFirstFrame = 0;
+	// Frame k of the item is the content's mFirstFrame - k instead of mFirstFrame + k.
+	bool mIsBackwards = false;
+	// What the item prerolls its source ahead by, and the frames of content that pass in one of the item's.
+	SN::TickTime mPrerollLead;
+	double mSpeed = 1.0;
+	// So many frames behind a start anywhere, the content gives what it would have given from the beginning
+	// on.
+	std::int64_t mSettlingFrames = 0;
+};
+
+// A nested sequence, as the item around it reads it.
+//
+// Preroll  An item prerolls its source at its own start and offset, whatever its speed, and then begins to
+//          read that offset earlier. The sequence is prerolled at what is read first indeed, less the frames in
+//          which it settles; without a playback these are rendered and thrown away at once.
+// Delay    A playback has the sequence filled for so much longer.
+// Threads  As for the sequence.
+class NestedContent final : public SN::IAudioGenerator
+{
+public:
+	NestedContent(SN::InterfaceRef<SN::IAudioGenerator> const& inSequence,
+		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
+		unsigned inChannels, ContentWindow const& inWindow);
+
+	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
+	bool HasHistory() override { return mSequence->HasHistory(); }
+	SN::TickTime GetDelay() override;
+	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(SN::TickTime const& inStartTime, SN::TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) override;
+	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
+		SN::PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void Reset() override { mSequence->Reset(); }
+	void InitializeAudioFilters() override { mSequence->InitializeAudioFilters(); }
+	void ShutdownAudioFilters() override { mSequence->ShutdownAudioFilters(); }
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override;
+
+private:
+	// The lowest time, in the sequence, of a run of so many frames of the item.
+	SN::TickTime MapRun(std::int64_t inFirstFrame, std::int64_t inCount) const;
+	bool MapDirection(bool inReverse) const { return inReverse != mWindow.mIsBackwards; }
+	void Settle(SN::TickTime const& inTime);
+
+	SN::InterfaceRef<SN::IAudioGenerator> mSequence;
+	SN::InterfaceRef<SN::IAudioRenderContext> mContext;
+	SN::FrameRate mFrameRate;
+	unsigned mChannels;
+	ContentWindow mWindow;
+};
+
+} // namespace SonaroHost::Sequence

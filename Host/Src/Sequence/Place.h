@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+namespace SonaroHost::Sequence
+{
+
+// Where in a description something stands, for messages and reports. It refers to names that outlive it, and
+// makes a text of them only when it is asked for one.
+struct Place
+{
+	// "track", "submix" or "master".
+	char const* mKind = "";
+	// What leads to the sequence, as "Dialogue / Scene 4 / "; empty for the outermost one.
+	std::string const* mPrefix = nullptr;
+	std::string const* mName = nullptr;
+	// Null where no item is meant.
+	std::string const* mItemName = nullptr;
+
+	// As "Dialogue / Scene 4 / Boom".
+	std::string GetPath() const;
+	// What leads to a sequence within the item.
+	std::string GetItemPrefix() const { return GetPath() + " / " + *mItemName + " / "; }
+};
+
+// Throws a HostError of kind eRequest, as "track 'Boom', item 'Scene 4': inReason".
+[[noreturn]] void Refuse(Place const& inPlace, std::string const& inReason);
+
+// For messages: in quotes, on one line.
+std::string Quote(std::string const& inName);
+
+} // namespace SonaroHost::Sequence

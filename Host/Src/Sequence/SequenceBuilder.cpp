@@ -1,0 +1,264 @@
+#include "SequenceBuilder.h"
+
+#include "SonaroHost/RenderContextScope.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace SonaroHost::Sequence
+{
+
+namespace
+{
+
+std::string const sMasterName = "master";
+
+} // namespace
+
+SequenceBuilder::SequenceBuilder(
+	GraphTools& ioTools, Description const& inDescription, SequenceSite const& inSite)
+	: mTools(ioTools),
+	  mDescription(inDescription),
+	  mSite(inSite)
+{
+	for (Submix const& submix : inDescription.mSubmixes)
+	{
+		mTargets.push_back({submix.mLayout, GraphTools::MakeIdentity()});
+	}
+}
+
+BuiltSequence SequenceBuilder::Build()
+{
+	ListNodes();
+	std::size_t const reportIndex = mSite.mReport.mTracks.size();
+	for (Node const& node : mNodes)
+	{
+		mSite.mReport.mTracks.push_back({GetPlace(node).GetPath(), 0, 0, 0});
+	}
+	for (Node& node : mNodes)
+	{
+		BuildChain(node);
+	}
+	// Before any item is made, since a circle is what the whole sequence suffers from.
+	DelayPlan const plan = MakePlan();
+	for (std::size_t index = 0; index < mDescription.mTracks.size(); ++index)
+	{
+		BuildItems(mNodes[index], mDescription.mTracks[index], reportIndex + index);
+	}
+	mBuilt.mIsClonable = mBuilt.mIsClonable && !plan.HasWaits();
+	ReportTracks(plan, reportIndex);
+	for (std::size_t const index : plan.GetOrder())
+	{
+		MakeRenderer(index, plan);
+	}
+	CheckEngineResult(mTools.GetFactory().CreateAudioTrackGroupRenderer(mTools.GetContext(),
+						  mTools.GetFrameRate(), mGenerators, mDelays, mGeneratorDelays, mDescription.mLayout,
+						  mSite.mIdentity, &mBuilt.mGenerator),
+		"a sequence");
+	return std::move(mBuilt);
+}
+
+void SequenceBuilder::ListNodes()
+{
+	auto const add = [this](Kind inKind, auto const& inTrack)
+	{
+		Node& node = mNodes.emplace_back();
+		node.mKind = inKind;
+		node.mName = &inTrack.mName;
+		node.mLayout = &inTrack.mLayout;
+		node.mChain = &inTrack.mChain;
+		node.mMute = inTrack.mMute;
+		if (inTrack.mOutput.mKind != Output::Kind::eNone)
+		{
+			node.mOutput = FindDestination(inTrack.mOutput, GetPlace(node));
+		}
+	};
+	for (Track const& track : mDescription.mTracks)
+	{
+		add(Kind::eTrack, track);
+	}
+	for (Submix const& submix : mDescription.mSubmixes)
+	{
+		add(Kind::eSubmix, submix);
+	}
+	Node& master = mNodes.emplace_back();
+	master.mName = &sMasterName;
+	master.mLayout = &mDescription.mLayout;
+	master.mChain = &mDescription.mMaster;
+}
+
+std::size_t SequenceBuilder::FindDestination(Output const& inOutput, Place const& inPlace) const
+{
+	std::size_t const tracks = mDescription.mTracks.size();
+	std::size_t const submixes = mDescription.mSubmixes.size();
+	if (inOutput.mKind == Output::Kind::eMaster)
+	{
+		return tracks + submixes;
+	}
+	if (inOutput.mSubmix >= submixes)
+	{
+		Refuse(inPlace, "it goes to submix " + std::to_string(inOutput.mSubmix) + " of " +
+							std::to_string(submixes) + ", which are counted from 0");
+	}
+	return tracks + inOutput.mSubmix;
+}
+
+Place SequenceBuilder::GetPlace(Node const& inNode) const
+{
+	char const* const kind = inNode.mKind == Kind::eTrack    ? "track"
+							 : inNode.mKind == Kind::eSubmix ? "submix"
+															 : "sequence";
+	return {kind, &mSite.mPrefix, inNode.mName, nullptr};
+}
+
+void SequenceBuilder::BuildChain(Node& ioNode)
+{
+	bool const isMaster = ioNode.mKind == Kind::eMaster;
+	SN::AudioChannelLayout const& output =
+		ioNode.mOutput ? *mNodes[*ioNode.mOutput].mLayout : *ioNode.mLayout;
+	ChainSite const site{GetPlace(ioNode), *ioNode.mLayout, output, mDescription.mMixdown,
+		isMaster ? nullptr : &mTargets, 0, 1.0};
+	if (isMaster && ioNode.mChain->mPan)
+	{
+		Refuse(site.mPlace, "its layout is that of the sequence and cannot be panned; take the pan out");
+	}
+	ioNode.mBuilt = ChainBuilder(mTools, site).Build(*ioNode.mChain);
+	mBuilt.mIsClonable = mBuilt.mIsClonable && !ioNode.mBuilt.mHasChanges;
+}
+
+void SequenceBuilder::BuildItems(Node& ioNode, Track const& inTrack, std::size_t inReportIndex)
+{
+	ItemListSite const site{
+		GetPlace(ioNode), mDescription.mMixdown, mSite.mBuildNest, inReportIndex, mSite.mReport.mItems};
+	ioNode.mItems = ItemListBuilder(mTools, inTrack, site).Build();
+	mBuilt.mSettlingFrames = std::max(mBuilt.mSettlingFrames, ioNode.mItems.mSettlingFrames);
+	mBuilt.mIsClonable = mBuilt.mIsClonable && ioNode.mItems.mIsClonable;
+}
+
+// Each node's sends in their order, and its output behind them.
+DelayPlan SequenceBuilder::MakePlan() const
+{
+	std::vector<DelayNode> nodes;
+	for (Node const& node : mNodes)
+	{
+		DelayNode& planned = nodes.emplace_back();
+		planned.mName = *node.mName;
+		planned.mLatency = node.mBuilt.mLatency;
+		for (BuiltSend const& send : node.mBuilt.mSends)
+		{
+			planned.mEdges.push_back({mDescription.mTracks.size() + send.mSubmix, send.mLatency, 0});
+		}
+		if (node.mOutput)
+		{
+			planned.mEdges.push_back({*node.mOutput, node.mBuilt.mLatency, 0});
+		}
+	}
+	return DelayPlan(std::move(nodes));
+}
+
+void SequenceBuilder::ReportTracks(DelayPlan const& inPlan, std::size_t inReportIndex)
+{
+	for (std::size_t index = 0; index < mNodes.size(); ++index)
+	{
+		DelayNode const& node = inPlan.GetNodes()[index];
+		TrackReport& report = mSite.mReport.mTracks[inReportIndex + index];
+		report.mAheadFrames = inPlan.GetAhead(index);
+		report.mLatencyFrames = node.mLatency;
+		report.mWaitFrames = mNodes[index].mOutput ? node.mEdges.back().mWait : 0;
+		mBuilt.mAhead.push_back(report.mAheadFrames);
+	}
+	std::sort(mBuilt.mAhead.begin(), mBuilt.mAhead.end());
+	mBuilt.mAhead.erase(std::unique(mBuilt.mAhead.begin(), mBuilt.mAhead.end()), mBuilt.mAhead.end());
+}
+
+void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
+{
+	Node& node = mNodes[inIndex];
+	if (node.mKind == Kind::eTrack)
+	{
+		CheckEngineResult(
+			mTools.GetFactory().CreateAudioClipTrackRenderer(mTools.GetContext(), mTools.GetFrameRate(),
+				node.mItems.mItems, GraphTools::MakeIdentity(), node.mMute, node.mBuilt.mProcessors,
+				node.mBuilt.mPanner, *node.mLayout, &node.mGenerator),
+			"a track");
+		node.mItems = {};
+	}
+	else
+	{
+		node.mGenerator = MakeMixTrack(node, FindInputs(inIndex));
+	}
+	std::int64_t const wait = node.mOutput ? inPlan.GetNodes()[inIndex].mEdges.back().mWait : 0;
+	AddToGroup(node.mGenerator, inPlan.GetAhead(inIndex), node.mBuilt.mSends.size(), wait);
+	MakeReturns(inIndex, inPlan);
+}
+
+Generator SequenceBuilder::MakeMixTrack(Node const& inNode, std::vector<Identity> const& inInputs) const
+{
+	Generator inlet;
+	CheckEngineResult(mTools.GetFactory().CreateAudioTrackInletRenderer(
+						  mTools.GetContext(), mTools.GetFrameRate(), inInputs, *inNode.mLayout, &inlet),
+		"an inlet");
+	Generator track;
+	CheckEngineResult(mTools.GetFactory().CreateAudioMixTrackRenderer(mTools.GetContext(),
+						  mTools.GetFrameRate(), inlet, GraphTools::MakeIdentity(), inNode.mMute,
+						  inNode.mBuilt.mProcessors, inNode.mBuilt.mPanner, *inNode.mLayout, &track),
+		"a submix");
+	return track;
+}
+
+std::vector<Identity> SequenceBuilder::FindInputs(std::size_t inIndex) const
+{
+	std::vector<Identity> inputs;
+	for (Node const& node : mNodes)
+	{
+		if (node.mOutput == inIndex)
+		{
+			inputs.push_back(node.mGenerator);
+		}
+	}
+	for (Node const& node : mNodes)
+	{
+		for (std::size_t send = 0; send < node.mReturns.size(); ++send)
+		{
+			if (mDescription.mTracks.size() + node.mBuilt.mSends[send].mSubmix == inIndex)
+			{
+				inputs.push_back(node.mReturns[send]);
+			}
+		}
+	}
+	return inputs;
+}
+
+void SequenceBuilder::MakeReturns(std::size_t inIndex, DelayPlan const& inPlan)
+{
+	Node& node = mNodes[inIndex];
+	for (std::size_t index = 0; index < node.mBuilt.mSends.size(); ++index)
+	{
+		BuiltSend const& send = node.mBuilt.mSends[index];
+		DelayEdge const& edge = inPlan.GetNodes()[inIndex].mEdges[index];
+		if (edge.mWait == 0)
+		{
+			node.mReturns.push_back(send.mProcessor);
+			continue;
+		}
+		SN::AudioChannelLayout const& layout = mTargets[send.mSubmix].mLayout;
+		Node wait;
+		wait.mLayout = &layout;
+		wait.mBuilt.mPanner = mTools.GetFixedPanner(layout, layout, std::nullopt);
+		Generator const generator = MakeMixTrack(wait, {send.mProcessor});
+		AddToGroup(generator, inPlan.GetAhead(edge.mDestination), 0, edge.mWait);
+		node.mReturns.push_back(generator);
+	}
+}
+
+void SequenceBuilder::AddToGroup(
+	Generator const& inRenderer, std::int64_t inAhead, std::size_t inSends, std::int64_t inWait)
+{
+	mGenerators.push_back(inRenderer);
+	mGeneratorDelays.push_back(mTools.ToTime(inAhead));
+	std::vector<SN::DelayDependency>& lines = mDelays.emplace_back(inSends + 1);
+	lines.back().mDelay = static_cast<std::uint32_t>(inWait);
+}
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "ChainBuilder.h"
+#include "DelayPlan.h"
+#include "GraphTools.h"
+#include "ItemBuilder.h"
+#include "ItemListBuilder.h"
+#include "Sonaro/DelayDependency.h"
+#include "SonaroHost/Sequence/Description.h"
+#include "SonaroHost/Sequence/SequenceGraph.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Sequence
+{
+
+struct BuiltSequence
+{
+	// The group of all tracks.
+	Generator mGenerator;
+	// In frames, of all tracks, submixes and the master, without repetition, in rising order.
+	std::vector<std::int64_t> mAhead;
+	// The most that one of its items needs.
+	std::int64_t mSettlingFrames = 0;
+	// Whether a clone of the engine's would give the same.
+	bool mIsClonable = true;
+};
+
+struct SequenceSite
+{
+	// What leads to it, as "Dialogue / Scene 4 / "; empty for the outermost one.
+	std::string const& mPrefix;
+	// The engine's name for it, under which it is cloned.
+	Identity mIdentity;
+	std::function<BuiltNest(Nest const&, Place const&)> const& mBuildNest;
+	GraphReport& mReport;
+};
+
+// The engine's group of one sequence: a renderer for each track, submix and master, every feeder before what
+// it feeds.
+//
+// Sends   One that has to wait for other branches ends in a return: a mix track without stages that reads
+//         this send alone and waits in its own output, which can be done by the sample in any block.
+class SequenceBuilder
+{
+public:
+	// All outlive this object.
+	SequenceBuilder(GraphTools& ioTools, Description const& inDescription, SequenceSite const& inSite);
+
+	// Once.
+	BuiltSequence Build();
+
+private:
+	enum class Kind
+	{
+		eTrack,
+		eSubmix,
+		eMaster,
+	};
+
+	// A track, a submix or the master, tracks first, the master last.
+	struct Node
+	{
+		Kind mKind = Kind::eMaster;
+		std::string const* mName = nullptr;
+		SN::AudioChannelLayout const* mLayout = nullptr;
+		Chain const* mChain = nullptr;
+		MuteSwitch mMute;
+		// Of the node it goes to; none where it goes to its sends alone.
+		std::optional<std::size_t> mOutput;
+		BuiltChain mBuilt;
+		// Of a track.
+		BuiltItemList mItems;
+		// The engine's renderer.
+		Generator mGenerator;
+		// What the destination of each send reads.
+		std::vector<Identity> mReturns;
+	};
+
+	void ListNodes();
+	std::size_t FindDestination(Output const& inOutput, Place const& inPlace) const;
+	Place GetPlace(Node const& inNode) const;
+	void BuildChain(Node& ioNode);
+	void BuildItems(Node& ioNode, Track const& inTrack, std::size_t inReportIndex);
+	DelayPlan MakePlan() const;
+	void ReportTracks(DelayPlan const& inPlan, std::size_t inReportIndex);
+
+	void MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan);
+	Generator MakeMixTrack(Node const& inNode, std::vector<Identity> const& inInputs) const;
+	std::vector<Identity> FindInputs(std::size_t inIndex) const;
+	void MakeReturns(std::size_t inIndex, DelayPlan const& inPlan);
+	// Enters a renderer into the group, asked so many frames ahead, its output waiting.
+	void AddToGroup(
+		Generator const& inRenderer, std::int64_t inAhead, std::size_t inSends, std::int64_t inWait);
+
+	GraphTools& mTools;
+	Description const& mDescription;
+	SequenceSite const& mSite;
+	std::vector<SendTarget> mTargets;
+	std::vector<Node> mNodes;
+	BuiltSequence mBuilt;
+	// In the group's order.
+	std::vector<Generator> mGenerators;
+	std::deque<std::vector<SN::DelayDependency>> mDelays;
+	std::vector<SN::TickTime> mGeneratorDelays;
+};
+
+} // namespace SonaroHost::Sequence
