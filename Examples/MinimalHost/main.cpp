@@ -1,0 +1,127 @@
+// A host in a hundred lines: two clips on two tracks, mixed by a master, rendered into a WAV file of 32-bit
+// floats. Usage: minimal_host OUTPUT.wav
+#include <Sonaro/AudioTrackRenderableItems.h>
+#include <Sonaro/DelayDependency.h>
+#include <Sonaro/SonaroFactory.h>
+#include <Vexilon/ITimeTransform.h>
+#include <zorvaudiodsp/AudioBuffer.h>
+
+#include <cmath>
+#include <fstream>
+#include <stdexcept>
+
+using namespace SN;
+
+constexpr unsigned kHertz = 48000, kChannels = 2, kBlock = 512, kLength = 2 * kHertz;
+FrameRate const kRate = FrameRate::FromSamplesPerSecond(kHertz);
+AudioChannelLayout const& kStereo = VX::kAudioChannelLayout_Stereo;
+
+// An object of the host's that answers for one interface of the engine's.
+template <class Interface>
+class Object : public Interface
+{
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<Interface>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+};
+
+// Media: a tone. A real host decodes a file here.
+struct Tone final : Object<IAudioSource>
+{
+	FrameRate GetFrameRate() override { return kRate; }
+	TickTime GetLength() override { return TickTime(kLength, kRate); }
+	unsigned GetNumChannels() override { return kChannels; }
+	AudioChannelLayout GetAudioChannelLayout() override { return kStereo; }
+	ImmutableString GetName() override { return ImmutableString("tone"); }
+	void ReadAudio(VX::BinaryData const&, dsp::AudioBuffer& ioBuffer, TickTime const& inTime, bool) override
+	{
+		for (unsigned i = 0; i < ioBuffer.GetUseSize(); ++i)
+		{
+			double const seconds = static_cast<double>(inTime.ToFrame64(kRate) + i) / kHertz;
+			double const sample = 0.25 * std::sin(6.283185307179586 * mHertz * seconds);
+			ioBuffer.GetChannel(0)[i] = ioBuffer.GetChannel(1)[i] = static_cast<float>(sample);
+		}
+		// Written behind the buffer's back: the silence flags go.
+		ioBuffer.NoteBufferWrite(0, ioBuffer.GetUseSize());
+	}
+	double mHertz = 440.0;
+};
+
+// The clip runs as its track does.
+struct SameTime final : Object<VX::ITimeTransform>
+{
+	TickTime GetTime(TickTime const& inTime) override { return inTime; }
+};
+
+void Check(int inResult)
+{
+	if (!ResultSucceeded(inResult))
+	{
+		throw std::runtime_error("the engine refused");
+	}
+}
+
+int main(int, char** inArguments)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	InterfaceRef<IAudioRenderContext> context;
+	Check(factory->CreateAudioRenderContext(kBlock, false, false, kTimeZero, kTimeMax, 64, kTimeZero, nullptr,
+		ImmutableString("example"), false, false, false, false, RenderQuality::kHigh, &context));
+
+	// A clip of a second on each track, framed by silence; the second begins half a second later.
+	InterfaceRef<IAudioGenerator> tracks[2];
+	for (unsigned i = 0; i < 2; ++i)
+	{
+		InterfaceRef<IAudioGenerator> stream, clip, item;
+		InterfaceRef<IAudioPanProcessor> noPan;
+		auto const tone = zorvcore::classref::MakeObject<Tone>();
+		tone->mHertz *= i + 1;
+		TickTime const start(i * kHertz / 2, kRate), end = start + TickTime(kHertz, kRate);
+		Check(factory->CreateAudioStreamRenderer(context, kRate, tone, -1, 1.0, {}, &stream));
+		Check(factory->CreateAudioClipRenderer(
+			context, kRate, {{stream, {{0, 0}, {1, 1}}}}, kStereo, kTimeZero, 1.0f, 1.0, &clip));
+		Check(factory->CreateNoneAudioPanProcessorRenderer(context, kStereo, &noPan));
+		Check(factory->CreateRealtimeAudioClipTrackItemRenderer(context, kRate, clip, {}, noPan, 1.0,
+			zorvcore::classref::MakeObject<SameTime>(), kTimeZero, &item));
+		InterfaceRef<IAudioTrackRenderableItem>(item)->Init(start, end, start, kRate);
+		Check(factory->CreateAudioClipTrackRenderer(context, kRate,
+			{CreateSilentAudioTrackRenderableItem(-kTimeMax, start, kRate), item,
+				CreateSilentAudioTrackRenderableItem(end, kTimeMax, kRate)},
+			tone, {}, {}, noPan, kStereo, &tracks[i]));
+	}
+
+	// The master sums what the tracks before it in the group have rendered.
+	InterfaceRef<IAudioGenerator> inlet, master, sequence;
+	Check(factory->CreateAudioTrackInletRenderer(context, kRate, {tracks[0], tracks[1]}, kStereo, &inlet));
+	Check(factory->CreateAudioMixTrackRenderer(context, kRate, inlet, {}, {}, {}, {}, kStereo, &master));
+	Check(factory->CreateAudioTrackGroupRenderer(
+		context, kRate, {tracks[0], tracks[1], master}, {}, {}, kStereo, {}, &sequence));
+
+	std::vector<float> samples(kLength * kChannels);
+	dsp::AudioBuffer block(kChannels, kBlock);
+	sequence->Preroll(kTimeZero, false);
+	for (unsigned frame = 0; frame < kLength; ++frame)
+	{
+		if (frame % kBlock == 0)
+		{
+			sequence->GetAudioData(TickTime(frame, kRate), block, false);
+		}
+		for (unsigned channel = 0; channel < kChannels; ++channel)
+		{
+			// A channel whose silence flag is set counts as zeros, whatever its samples hold.
+			bool const isSilent = block.IsChannelSilent(channel);
+			samples[frame * kChannels + channel] = isSilent ? 0 : block.GetChannel(channel)[frame % kBlock];
+		}
+	}
+	context->Clear();
+
+	auto const bytes = static_cast<unsigned>(samples.size() * sizeof(float));
+	unsigned const header[] = {0x46464952, 36 + bytes, 0x45564157, 0x20746d66, 16, 3 | kChannels << 16,
+		kHertz, kHertz * kChannels * 4, kChannels * 4 | 32 << 16, 0x61746164, bytes};
+	std::ofstream output(inArguments[1], std::ios::binary);
+	output.write(reinterpret_cast<char const*>(header), sizeof(header));
+	output.write(reinterpret_cast<char const*>(samples.data()), bytes);
+	return output.good() ? 0 : 1;
+}
