@@ -1,6 +1,6 @@
 #include "ChainBuilder.h"
 
-#include "ShiftedParameter.h"
+#include "EffectStage.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/RenderContextScope.h"
 
@@ -42,7 +42,9 @@ void ChainBuilder::Add(Effect const& inEffect)
 	{
 		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " has a latency below 0");
 	}
-	mBuilt.mProcessors.push_back(effect);
+	EffectTerms const terms{static_cast<unsigned>(mSite.mInput.size()),
+		mTools.GetContext()->GetMaxBlockSize(), mTools.GetFrameRate(), GetCurveTime()};
+	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<EffectStage>(effect, terms));
 	mBuilt.mLatency += latency;
 }
 
@@ -85,8 +87,12 @@ Parameter ChainBuilder::Shift(Parameter const& inParameter, Parameter const& inD
 		return inDefault;
 	}
 	mBuilt.mHasChanges = mBuilt.mHasChanges || ShiftedParameter::Changes(*inParameter);
-	return zorvcore::classref::MakeObject<ShiftedParameter>(
-		inParameter, CurveTime{mTools.ToTime(mSite.mLead + mBuilt.mLatency), mSite.mCurveScale});
+	return zorvcore::classref::MakeObject<ShiftedParameter>(inParameter, GetCurveTime());
+}
+
+CurveTime ChainBuilder::GetCurveTime() const
+{
+	return {mTools.ToTime(mSite.mLead + mBuilt.mLatency), mSite.mCurveScale};
 }
 
 Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, Parameter const& inPan)

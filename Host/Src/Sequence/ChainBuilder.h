@@ -2,6 +2,7 @@
 
 #include "GraphTools.h"
 #include "Place.h"
+#include "ShiftedParameter.h"
 #include "SonaroHost/Sequence/Chain.h"
 
 #include <cstddef>
@@ -73,6 +74,8 @@ private:
 	void Add(Meter const& inMeter);
 	// inDefault: for an empty parameter.
 	Parameter Shift(Parameter const& inParameter, Parameter const& inDefault);
+	// Of the next stage.
+	CurveTime GetCurveTime() const;
 	Panner MakePanner(SN::AudioChannelLayout const& inOutput, Parameter const& inPan);
 
 	GraphTools& mTools;

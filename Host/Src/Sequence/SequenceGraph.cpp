@@ -17,7 +17,9 @@ SequenceGraph::SequenceGraph(Description const& inDescription,
 	BuiltSequence built = NestBuilder(tools, mReport).BuildOutermost(inDescription);
 	mGenerator = built.mGenerator;
 	mAheadFrames = std::move(built.mAhead);
-	mWarmUpFrames = mAheadFrames.back() + built.mSettlingFrames;
+	// A playback fills an item that it begins within while it plays, and only then the item settles.
+	std::int64_t const settlings = inContext->IsPrefetchEnabled() ? 2 : 1;
+	mWarmUpFrames = mAheadFrames.back() + settlings * built.mSettlingFrames;
 }
 
 SN::TickTime GetLength(Description const& inDescription)
