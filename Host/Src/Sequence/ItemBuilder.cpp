@@ -22,7 +22,7 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	mSpeed = mIsSilent ? 1.0 : std::abs(speed);
 	CheckSpeed();
 	bool const isResampled = mSpeed != 1.0;
-	mLead = std::llround(static_cast<double>(mSite.mExtension) * mSpeed) + (isResampled ? 1 : 0);
+	mLead = std::llround(static_cast<double>(mSite.mExtension) * mSpeed);
 
 	ChainSite const site{
 		mSite.mPlace, GetContentLayout(inItem), mSite.mLayout, mSite.mMixdown, nullptr, mLead, 1.0 / mSpeed};
@@ -124,7 +124,7 @@ Generator ItemBuilder::MakeContent(Nest const& inNest, SN::AudioChannelLayout co
 		std::llround(static_cast<double>(nest.mAheadFrames + nest.mSettlingFrames) / mSpeed);
 	mBuilt.mIsClonable = mBuilt.mIsClonable && nest.mIsClonable;
 	ContentWindow const window{GetFirstFrame(mTools.ToFrames(inNest.mStart)), mIsBackwards,
-		mTools.ToTime(mBuilt.mLatency), mSpeed, nest.mSettlingFrames};
+		mTools.ToTime(mBuilt.mLatency), mSpeed, nest.mAheadFrames, nest.mSettlingFrames};
 	return zorvcore::classref::MakeObject<NestedContent>(nest.mGenerator, mTools.GetContext(),
 		mTools.GetFrameRate(), static_cast<unsigned>(inLayout.size()), window);
 }

@@ -47,9 +47,10 @@ struct ItemSite
 // The engine's item of a clip or a nested sequence: what is read of the content, the chain, and, at a speed
 // other than 1, the resampler behind them.
 //
-// Speed   Frames of content, at the graph's rate, for one of the item's: a recording's own rate is part of it,
-//         as its samples are counted at the graph's.
-// Offset  The engine's resampler begins one frame behind its place; the content is read one earlier.
+// Speed    Frames of content, at the graph's rate, for one of the item's: a recording's own rate is part of
+//          it, as its samples are counted at the graph's.
+// Latency  Where it is no whole number of the item's frames, the sound stands up to a frame of content beside
+//          its place.
 class ItemBuilder
 {
 public:

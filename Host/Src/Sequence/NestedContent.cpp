@@ -4,6 +4,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace SonaroHost::Sequence
 {
@@ -36,30 +37,29 @@ void NestedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 	SN::TickTime const first = (inStartTime - mWindow.mPrerollLead) * mWindow.mSpeed;
 	SN::TickTime const start = MapRun(first.ToFrame64(mFrameRate), 0);
 	bool const isPlayback = mContext->IsPrefetchEnabled() && !mContext->IsImmediateRender();
-	if (isPlayback || MapDirection(inReverse) || mContext->IsDelayCompensationDisabled())
+	bool const isReverse = MapDirection(inReverse);
+	std::int64_t const settling = mWindow.mSettlingFrames + (isReverse ? mWindow.mAheadFrames : 0);
+	if (isPlayback || settling == 0 || mContext->IsDelayCompensationDisabled())
 	{
-		mSequence->Preroll(start, MapDirection(inReverse));
+		mSequence->Preroll(start, isReverse);
 		return;
 	}
-	SN::TickTime const settling(mWindow.mSettlingFrames, mFrameRate);
-	mSequence->Preroll(start - settling, false);
-	Settle(start - settling);
+	SN::TickTime const span(settling, mFrameRate);
+	mSequence->Preroll(isReverse ? start + span : start - span, isReverse);
+	Settle(start, isReverse ? -settling : settling);
 }
 
-void NestedContent::Settle(SN::TickTime const& inTime)
+void NestedContent::Settle(SN::TickTime const& inTime, std::int64_t inFrames)
 {
-	if (mWindow.mSettlingFrames == 0)
-	{
-		return;
-	}
 	dsp::AudioBuffer discarded(mChannels, std::max(mContext->GetMaxBlockSize(), 1u));
-	SN::TickTime time = inTime;
-	for (std::int64_t remaining = mWindow.mSettlingFrames; remaining > 0;)
+	bool const isReverse = inFrames < 0;
+	for (std::int64_t remaining = std::abs(inFrames); remaining > 0;)
 	{
 		std::int64_t const count = std::min<std::int64_t>(remaining, discarded.GetCapacity());
+		SN::TickTime const time = isReverse ? inTime + SN::TickTime(remaining - count, mFrameRate)
+											: inTime - SN::TickTime(remaining, mFrameRate);
 		discarded.SetUseSize(static_cast<unsigned>(count));
-		mSequence->GetAudioData(time, discarded, false);
-		time.AddFrames(count, mFrameRate);
+		mSequence->GetAudioData(time, discarded, isReverse);
 		remaining -= count;
 	}
 }

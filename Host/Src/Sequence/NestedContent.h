@@ -19,8 +19,9 @@ struct ContentWindow
 	// What the item prerolls its source ahead by, and the frames of content that pass in one of the item's.
 	SN::TickTime mPrerollLead;
 	double mSpeed = 1.0;
-	// So many frames behind a start anywhere, the content gives what it would have given from the beginning
-	// on.
+	// How far ahead its tracks are asked at most, which it renders itself at a start forward; and so many
+	// frames behind that it gives what it would have given from the beginning on.
+	std::int64_t mAheadFrames = 0;
 	std::int64_t mSettlingFrames = 0;
 };
 
@@ -58,7 +59,8 @@ private:
 	// The lowest time, in the sequence, of a run of so many frames of the item.
 	SN::TickTime MapRun(std::int64_t inFirstFrame, std::int64_t inCount) const;
 	bool MapDirection(bool inReverse) const { return inReverse != mWindow.mIsBackwards; }
-	void Settle(SN::TickTime const& inTime);
+	// Renders so many frames up to a time, from below it or, backwards, from above, and throws them away.
+	void Settle(SN::TickTime const& inTime, std::int64_t inFrames);
 
 	SN::InterfaceRef<SN::IAudioGenerator> mSequence;
 	SN::InterfaceRef<SN::IAudioRenderContext> mContext;
