@@ -411,8 +411,8 @@ std::vector<ClipInput> RenderCommand::MakeInputs() const
 {
 	if (!mPositions.empty() && mPositions.size() != mInputs.size())
 	{
-		Refuse("--at: there are " + std::to_string(mPositions.size()) + " positions and " +
-			   std::to_string(mInputs.size()) + " inputs; give --at once for each input");
+		Refuse("--at was given " + std::to_string(mPositions.size()) + " times for " +
+			   std::to_string(mInputs.size()) + " inputs; give it once for each, or not at all");
 	}
 	std::vector<ClipInput> inputs;
 	if (mInputs.size() == 1)

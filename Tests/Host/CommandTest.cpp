@@ -174,6 +174,24 @@ TEST_F(CommandTest, FadesSpeedAndRateReachTheRender)
 	ExpectRefusal({"render", "in.wav", "-o", "out.wav", "--fade-in", "2"}, 2, {"the fades take longer than"});
 }
 
+TEST_F(CommandTest, SeveralInputsAreLaidOutAndAllAreNamed)
+{
+	Sound const first = WriteInput("a.wav", 24000);
+	Sound const second = WriteInput("b.wav", 12000);
+	EXPECT_THAT(Run({"render", "a.wav", "b.wav", "a.wav", "-o", "out.wav"}).mOutput,
+		AllOf(StartsWith("out.wav: 0:01.250 (60000 samples), stereo, 48000 Hz, 32-bit float WAV\n"),
+			HasSubstr("\nfrom a.wav at 0:00.000\nfrom b.wav at 0:00.500\nfrom a.wav at 0:00.750\npeak ")));
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav").Cut(24000, 12000), second));
+	auto const summary = nlohmann::json::parse(
+		Run({"render", "a.wav", "--at", "0:01", "-o", "out.wav", "--json", "b.wav", "--at=100s"}).mOutput);
+	EXPECT_EQ(
+		summary["inputs"], nlohmann::json::parse(R"([{"path": "a.wav", "position": 48000, "samples": 24000},
+			{"path": "b.wav", "position": 100, "samples": 12000}])"));
+	EXPECT_EQ(summary["samples"], 72000);
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav").Cut(48000, 24000), first));
+	ExpectRefusal({"render", "a.wav", "missing.wav", "-o", "out.wav"}, 1, {"'missing.wav' does not exist"});
+}
+
 TEST_F(CommandTest, LoudnessIsPartOfTheSummary)
 {
 	Sound tone{2, 48000, {}};
@@ -378,6 +396,13 @@ TEST_F(CommandTest, WrongUsageEndsWith2AndOneLine)
 		{{"render", "in.wav", "-o", "out"}, "names no output format"},
 		{{"render", "in.wav", "-o", "out.mp3"}, "names no output format"},
 		{{"render", "in.wav", "-o", "out.wav", "--format", "mp3"}, "--format"},
+		{{"render", "in.wav", "in.wav", "-o", "out.wav", "--at", "0"}, "--at was given 1 times for 2 inputs"},
+		{{"render", "in.wav", "-o", "out.wav", "--at", "0", "--at", "1"}, "2 times for 1 inputs"},
+		{{"render", "in.wav", "-o", "out.wav", "--at", "-1"}, "--at: '-1' is no time"},
+		{{"render", "in.wav", "-o", "out.wav", "--at", "999999:00"}, "'in.wav' would end beyond"},
+		{{"render", "in.wav", "in.wav", "-o", "out.wav", "--start", "0"}, "--start is for a single input"},
+		{{"render", "in.wav", "in.wav", "-o", "out.wav", "--channels", "1"}, "--channels is for a single"},
+		{{"render", "in.wav", "in.wav", "-o", "out.wav", "--mixdown", "all"}, "'in.wav': a mixdown is for"},
 		{{"waveform", "in.wav"}, "--output"},
 		{{"waveform", "in.wav", "-o", "out"}, "names no format of waveforms"},
 		{{"waveform", "in.wav", "-o", "out.jpg"}, "names no format of waveforms"},

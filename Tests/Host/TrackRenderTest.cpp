@@ -1,6 +1,7 @@
-// What makes a render put its clip on a track.
+// Renders of clips on a track: one or several, with fades, speeds and rates.
 
 #include "Media.h"
+#include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/ClipRenderJob.h"
 #include "SonaroHost/HostError.h"
 
@@ -8,6 +9,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
+#include <tuple>
 
 namespace SonaroHost::Testing
 {
@@ -32,6 +35,16 @@ protected:
 	{
 		EXPECT_TRUE(ClipRenderJob(inRequest).Run());
 		return ReadSound(inRequest.mOutput);
+	}
+
+	// Without a position it follows the one before.
+	void AddInput(
+		ClipRenderRequest& ioRequest, Sound const& inSound, std::optional<TimePosition> inPosition = {})
+	{
+		auto const path = mFolder / ("in" + std::to_string(ioRequest.mInputs.size()) + ".wav");
+		WriteSound(path, SF_FORMAT_WAV | SF_FORMAT_FLOAT, inSound);
+		ioRequest.mInputs.push_back({path, {}, {}, {}, inPosition});
+		ioRequest.mOutput = mFolder / "out.wav";
 	}
 
 	// Blocks of any size and a playback give the same bits, which come back.
@@ -73,7 +86,7 @@ Sound MakeOnes(int inChannels, std::int64_t inFrames)
 	return {inChannels, 48000, std::vector<float>(static_cast<std::size_t>(inChannels * inFrames), 1.0f)};
 }
 
-TEST_F(TrackRenderTest, WithoutATrackTheExamplesPassBitForBit)
+TEST_F(TrackRenderTest, PlainRendersOfTheExamplesPassBitForBit)
 {
 	for (auto const& entry : std::filesystem::directory_iterator(SONARO_EXAMPLE_MEDIA))
 	{
@@ -310,6 +323,127 @@ TEST_F(TrackRenderTest, SpeedsOutOfRangeAreRefused)
 	}
 	request.mSpeed = 100.0;
 	ExpectRefusal(request, "less than a sample");
+}
+
+TEST_F(TrackRenderTest, InputsLieWhereTheyArePutAndTheLaterOneIsHeard)
+{
+	std::mt19937 random(1);
+	auto const draw = [&](int inFirst, int inLast)
+	{ return std::uniform_int_distribution<std::int64_t>(inFirst, inLast)(random); };
+	for (int round = 0; round < 30; ++round)
+	{
+		SCOPED_TRACE(round);
+		ClipRenderRequest request;
+		// Every sample says which input it is of and where it stood there.
+		Sound expected{1, 48000, {}};
+		std::int64_t end = 0;
+		for (std::int64_t input = draw(1, 6); input > 0; --input)
+		{
+			Sound sound{1, 48000, {}};
+			for (std::int64_t i = draw(1, round % 3 == 0 ? 20 : 3000); i > 0; --i)
+			{
+				sound.mSamples.push_back(static_cast<float>(input * 100000 + i));
+			}
+			bool const follows = draw(0, 2) == 0;
+			std::int64_t const start = follows ? end : draw(0, 5000);
+			AddInput(
+				request, sound, follows ? std::nullopt : std::optional(TimePosition::FromSamples(start)));
+			end = start + sound.GetFrames();
+			expected.mSamples.resize(std::max(expected.mSamples.size(), static_cast<std::size_t>(end)));
+			std::copy(sound.mSamples.begin(), sound.mSamples.end(), expected.mSamples.begin() + start);
+		}
+		EXPECT_TRUE(SameBits(RenderInManyWays(request), expected));
+		request.mDirection = RenderDirection::eReverse;
+		EXPECT_TRUE(SameBits(RenderInManyWays(request), expected.Reversed()));
+	}
+}
+
+TEST_F(TrackRenderTest, InputsOfAnyRateKeepTheirPlaces)
+{
+	// The first input's rate, the output's, the speed, and whether it runs backwards.
+	constexpr std::tuple<int, int, double, bool> kCases[] = {{48000, 48000, 1.0, false},
+		{44100, 44100, 1.0, true}, {48000, 96000, 1.0, false}, {22050, 32000, 1.7, false},
+		{48000, 48000, 0.3, true}};
+	for (auto const& [firstRate, rate, speed, isReverse] : kCases)
+	{
+		SCOPED_TRACE(testing::Message() << rate << " Hz at " << speed);
+		ClipRenderRequest request;
+		request.mSampleRate = rate;
+		request.mSpeed = speed;
+		request.mDirection = isReverse ? RenderDirection::eReverse : RenderDirection::eForward;
+		// Each begins at its time in tenths of a second, plays for 0.4 s, and its samples are the seconds since
+		// its start, to which its number is added.
+		constexpr int kTenths[] = {0, 6, 12, 3};
+		int const rates[] = {firstRate, 44100, 8000, 96000};
+		for (int input = 0; input < 4; ++input)
+		{
+			Sound sound{1, rates[input], {}};
+			for (int i = 0; i < rates[input] * 4 / 10; ++i)
+			{
+				sound.mSamples.push_back(static_cast<float>(input + 1.0 * i / rates[input]));
+			}
+			AddInput(request, sound, TimePosition::FromSamples(rate * kTenths[input] / 10));
+		}
+		Sound const whole = RenderInManyWays(request);
+		Sound const sound = isReverse ? whole.Reversed() : whole;
+		// Starts and lengths are rounded by themselves.
+		ASSERT_NEAR(static_cast<double>(sound.GetFrames()), 1.6 * rate / speed, 1.0);
+		// The last input covers the end of the first and the start of the second.
+		constexpr int kHeard[] = {0, 0, 0, 3, 3, 3, 3, 1, 1, 1, -1, -1, 2, 2, 2, 2};
+		for (std::int64_t i = 0; i < sound.GetFrames(); ++i)
+		{
+			double const tenths = static_cast<double>(i) / rate * speed * 10.0;
+			int const input = kHeard[std::min(static_cast<int>(tenths), 15)];
+			// Where clips meet, the resampler's filter hears what is not there.
+			if (input < 0 || std::fabs(tenths - std::round(tenths)) < 0.01)
+			{
+				continue;
+			}
+			auto const start = std::llround(rate * kTenths[input] / 10 / speed);
+			// Backwards, a clip begins with its very last sample.
+			double const lead = isReverse ? 1.0 / rates[input] - speed / rate : 0.0;
+			double const expected = input + static_cast<double>(i - start) * speed / rate - lead;
+			// A clip that is cut at its start is entered at a whole sample of its own.
+			double const tolerance = input == 1 ? 1.0 / rates[1] : 1e-6;
+			ASSERT_NEAR(sound.mSamples[static_cast<std::size_t>(i)], expected, tolerance) << i;
+		}
+	}
+}
+
+TEST_F(TrackRenderTest, EachInputSoundsAsItWouldAlone)
+{
+	constexpr auto kMixdown = SN::AudioChannelMix::kMixdownFrontRear;
+	std::tuple<std::vector<int>, LayoutRequest, char const*> const cases[] = {
+		{{1, 6, 2}, {}, "5.1"},
+		{{2, 7, 1}, {}, "7 channels"},
+		{{6, 1, 2}, {ParseLayout("stereo"), std::nullopt, kMixdown}, "stereo"},
+		{{1, 2}, {std::nullopt, 0.3, std::nullopt}, "stereo"},
+		{{2, 1}, {ParseLayout("5.1"), 0.3, std::nullopt}, "5.1"},
+	};
+	for (auto const& [allChannels, layoutRequest, layout] : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(allChannels) + " to " + layout);
+		ClipRenderRequest request;
+		request.mLayout = layoutRequest;
+		request.mGain = 0.7f;
+		for (int const channels : allChannels)
+		{
+			AddInput(request, MakeSound(channels, 48000, 3000 + channels));
+		}
+		request.mLayout.mLayout = ClipRenderJob(request).GetOutputLayout();
+		EXPECT_EQ(GetLayoutName(*request.mLayout.mLayout), layout);
+		Sound const whole = RenderInManyWays(request);
+		std::int64_t first = 0;
+		for (std::size_t i = 0; i < allChannels.size(); ++i)
+		{
+			ClipRenderRequest alone = request;
+			alone.mInputs = {request.mInputs[i]};
+			alone.mLayout.mMixdown = allChannels[i] == 6 ? layoutRequest.mMixdown : std::nullopt;
+			Sound const part = Render(alone);
+			EXPECT_TRUE(SameBits(whole.Cut(first, part.GetFrames()), part));
+			first += part.GetFrames();
+		}
+	}
 }
 
 } // namespace
