@@ -1,6 +1,8 @@
 #include "AudioRender/Source/AudioGeneratorSource.h"
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
+#include "Sonaro/DelayDependency.h"
 #include "Sonaro/IAudioTrackRenderableItem.h"
+#include "Sonaro/IAudioTransition.h"
 #include "Sonaro/ICachedAudioGenerator.h"
 #include "Sonaro/IOffsetablePreview.h"
 #include "Sonaro/IParameterOwnerMixin.h"
@@ -335,6 +337,84 @@ TEST(RenderPath, TracksNeitherAllocateNorLock)
 			cached->MixCachedAudio(buffer);
 			track->GetDelay();
 		}
+		EXPECT_EQ(guard.GetAllocations(), 0);
+		EXPECT_EQ(guard.GetLocks(), 0);
+	}
+}
+
+// What halves the way between two clips.
+class Halves final : public IAudioTransition
+{
+public:
+	void GetGainValue(
+		AudioTransitionParameters const&, float, float& outOutgoingGain, float& outIncomingGain) override
+	{
+		outOutgoingGain = outIncomingGain = 0.5f;
+	}
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<IAudioTransition>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+};
+
+// A looping sequence of a transition, of two generators joined, and of a submix of both with a send, a fader
+// and a pan, in the original and in a clone.
+TEST(RenderPath, SequencesNeitherAllocateNorLock)
+{
+	auto const factory = SonaroFactory::CreateClassRef();
+	Prefetcher prefetcher{kTimeZero, TickTime(3000, k48000Hz), 1, 0};
+	ScopedContext const context(256, &prefetcher);
+	TickTime const start(100, k48000Hz);
+	std::vector<InterfaceRef<IAudioGenerator>> items(2);
+	InterfaceRef<IAudioGenerator> const source(MakeObject<QuietGenerator>());
+	factory->CreateAudioTransitionRenderer(context.Get(), k48000Hz, MakeObject<Halves>(), {}, source, source,
+		kTimeZero, kTimeZero, start, start, &items[0]);
+	std::vector<InterfaceRef<IAudioProcessor>> processors(2);
+	InterfaceRef<IAudioPanProcessor> panner;
+	auto const parameter = MakeObject<FakeParameter>(0.25f);
+	auto const off = MakeObject<FakeParameter>(0.0f);
+	factory->CreateAudioFaderRenderer(context.Get(), k48000Hz, {parameter, off}, &processors[0]);
+	factory->CreateAudioPanProcessorRenderer(
+		context.Get(), k48000Hz, kPanMonoToStereo, false, {parameter}, &panner);
+	factory->CreateAudioSendRenderer(
+		context.Get(), k48000Hz, {}, {parameter, off}, panner->Clone(k48000Hz, 16), &processors[1]);
+	factory->CreateAudioMixRenderer(
+		context.Get(), k48000Hz, source, 1.0, source, 2.0, processors[0], &items[1]);
+	std::vector<InterfaceRef<IAudioGenerator>> tracks(4);
+	auto const addMix = [&](std::vector<InterfaceRef<UnknownBase>> const& inInputs, std::size_t inTrack)
+	{
+		InterfaceRef<IAudioGenerator> inlet;
+		factory->CreateAudioTrackInletRenderer(
+			context.Get(), k48000Hz, inInputs, VX::kAudioChannelLayout_Mono, &inlet);
+		factory->CreateAudioMixTrackRenderer(context.Get(), k48000Hz, inlet, {}, {},
+			inTrack == 2 ? processors : std::vector<InterfaceRef<IAudioProcessor>>(), panner,
+			VX::kAudioChannelLayout_Mono, &tracks[inTrack]);
+	};
+	addMix({items[0], items[1]}, 0);
+	addMix({items[1]}, 1);
+	addMix({tracks[0], tracks[1], source}, 2);
+	addMix({tracks[0], tracks[2], processors[1]}, 3);
+	InterfaceRef<IAudioGenerator> group;
+	ASSERT_EQ(factory->CreateAudioTrackGroupRenderer(context.Get(), k48000Hz, tracks,
+				  {{{0, 0, 9}}, {}, {{0, 0, 7}, {0, 0, 9}}}, {start, start}, VX::kAudioChannelLayout_Stereo,
+				  {}, &group),
+		kSuccess);
+	dsp::AudioBuffer buffer(2, 256);
+	for (auto const& one : {group, group->Clone()})
+	{
+		one->Preroll(kTimeZero, false);
+		RealtimeGuard const guard;
+		for (long long const frame : {0, 256, 2900, 600})
+		{
+			parameter->mNext = frame == 256 ? kTimeZero : kTimeMax;
+			one->GetAudioData(TickTime(frame, k48000Hz), buffer, frame == 600);
+			one->GetDelay();
+			one->HasHistory();
+		}
+		EXPECT_FALSE(buffer.IsSilent());
 		EXPECT_EQ(guard.GetAllocations(), 0);
 		EXPECT_EQ(guard.GetLocks(), 0);
 	}

@@ -31,7 +31,14 @@ public:
 	void Update() { mRamp.SetTargetGain(GetGain()); }
 	// Whether nothing is heard any more.
 	bool IsComplete() const { return mRamp.HasConstantGainZero(); }
-	void Process(dsp::AudioBuffer& ioBuffer) { mRamp.Process(ioBuffer); }
+	void Process(dsp::AudioBuffer& ioBuffer)
+	{
+		// Mostly there is nothing to do, for as many tracks as there are.
+		if (!mRamp.IsAtRest() || mRamp.GetTargetGain() != 1.0f)
+		{
+			mRamp.Process(ioBuffer);
+		}
+	}
 
 private:
 	float GetGain() const { return mFlag->Get() != 0 ? 0.0f : 1.0f; }
