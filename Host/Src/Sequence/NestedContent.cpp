@@ -4,7 +4,6 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace SonaroHost::Sequence
 {
@@ -15,15 +14,18 @@ NestedContent::NestedContent(SN::InterfaceRef<SN::IAudioGenerator> const& inSequ
 	: mSequence(inSequence),
 	  mContext(inContext),
 	  mFrameRate(inFrameRate),
-	  mChannels(inChannels),
 	  mWindow(inWindow)
 {
+	if (mWindow.mAheadFrames + mWindow.mSettlingFrames > 0)
+	{
+		mDiscarded.Init(inChannels, std::max(mContext->GetMaxBlockSize(), 1u));
+	}
 }
 
 SN::InterfaceRef<SN::IAudioGenerator> NestedContent::Clone()
 {
-	return zorvcore::classref::MakeObject<NestedContent>(
-		mSequence->Clone(), mContext, mFrameRate, mChannels, mWindow);
+	return zorvcore::classref::MakeObject<NestedContent>(mSequence->Clone(), mContext, mFrameRate,
+		static_cast<unsigned>(mDiscarded.GetNumChannels()), mWindow);
 }
 
 SN::TickTime NestedContent::GetDelay()
@@ -35,31 +37,28 @@ SN::TickTime NestedContent::GetDelay()
 void NestedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 {
 	SN::TickTime const first = (inStartTime - mWindow.mPrerollLead) * mWindow.mSpeed;
-	SN::TickTime const start = MapRun(first.ToFrame64(mFrameRate), 0);
-	bool const isPlayback = mContext->IsPrefetchEnabled() && !mContext->IsImmediateRender();
-	bool const isReverse = MapDirection(inReverse);
-	std::int64_t const settling = mWindow.mSettlingFrames + (isReverse ? mWindow.mAheadFrames : 0);
-	if (isPlayback || settling == 0 || mContext->IsDelayCompensationDisabled())
+	std::int64_t const frame = first.ToFrame64(mFrameRate);
+	mSequence->Preroll(MapRun(frame, 0), MapDirection(inReverse));
+	mNextFrame.reset();
+	if (!mContext->IsPrefetchEnabled() || mContext->IsImmediateRender())
 	{
-		mSequence->Preroll(start, isReverse);
-		return;
+		Settle(frame, 0, inReverse);
+		mNextFrame = frame;
 	}
-	SN::TickTime const span(settling, mFrameRate);
-	mSequence->Preroll(isReverse ? start + span : start - span, isReverse);
-	Settle(start, isReverse ? -settling : settling);
 }
 
-void NestedContent::Settle(SN::TickTime const& inTime, std::int64_t inFrames)
+void NestedContent::Settle(std::int64_t inFrame, std::int64_t inCount, bool inReverse)
 {
-	dsp::AudioBuffer discarded(mChannels, std::max(mContext->GetMaxBlockSize(), 1u));
-	bool const isReverse = inFrames < 0;
-	for (std::int64_t remaining = std::abs(inFrames); remaining > 0;)
+	if (mDiscarded.GetNumChannels() == 0 || mContext->IsDelayCompensationDisabled())
 	{
-		std::int64_t const count = std::min<std::int64_t>(remaining, discarded.GetCapacity());
-		SN::TickTime const time = isReverse ? inTime + SN::TickTime(remaining - count, mFrameRate)
-											: inTime - SN::TickTime(remaining, mFrameRate);
-		discarded.SetUseSize(static_cast<unsigned>(count));
-		mSequence->GetAudioData(time, discarded, isReverse);
+		return;
+	}
+	for (std::int64_t remaining = mWindow.mAheadFrames + mWindow.mSettlingFrames; remaining > 0;)
+	{
+		std::int64_t const count = std::min<std::int64_t>(remaining, mDiscarded.GetCapacity());
+		std::int64_t const first = inReverse ? inFrame + inCount + remaining - count : inFrame - remaining;
+		mDiscarded.SetUseSize(static_cast<unsigned>(count));
+		mSequence->GetAudioData(MapRun(first, count), mDiscarded, MapDirection(inReverse));
 		remaining -= count;
 	}
 }
@@ -84,8 +83,14 @@ void NestedContent::AccumulatePrefetchRequests(
 
 void NestedContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
 {
-	mSequence->GetAudioData(
-		MapRun(inTime.ToFrame64(mFrameRate), ioBuffer.GetUseSize()), ioBuffer, MapDirection(inReverse));
+	std::int64_t const frame = inTime.ToFrame64(mFrameRate);
+	std::int64_t const count = ioBuffer.GetUseSize();
+	if (mNextFrame && *mNextFrame != (inReverse ? frame + count : frame))
+	{
+		Settle(frame, count, inReverse);
+	}
+	mNextFrame = inReverse ? frame : frame + count;
+	mSequence->GetAudioData(MapRun(frame, count), ioBuffer, MapDirection(inReverse));
 }
 
 SN::TickTime NestedContent::MapRun(std::int64_t inFirstFrame, std::int64_t inCount) const

@@ -3,8 +3,10 @@
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/Types.h"
+#include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace SonaroHost::Sequence
 {
@@ -28,10 +30,13 @@ struct ContentWindow
 // A nested sequence, as the item around it reads it.
 //
 // Preroll  An item prerolls its source at its own start and offset, whatever its speed, and then begins to
-//          read that offset earlier. The sequence is prerolled at what is read first indeed, less the frames in
-//          which it settles; without a playback these are rendered and thrown away at once.
-// Delay    A playback has the sequence filled for so much longer.
-// Threads  As for the sequence.
+//          read that offset earlier. The sequence is prerolled at what is read first indeed; without a
+//          playback it settles there at once.
+// Delay    A playback has the sequence filled for as long as it needs to settle.
+// Jumps    Where it is read elsewhere than where the last block has ended, as when a playback comes round to
+//          the start of its loop, it settles first: what it needs is rendered and thrown away. A playback's
+//          first block behind a preroll goes without: it is that of filling.
+// Threads  As for the sequence. Nothing allocates after the constructor.
 class NestedContent final : public SN::IAudioGenerator
 {
 public:
@@ -59,14 +64,19 @@ private:
 	// The lowest time, in the sequence, of a run of so many frames of the item.
 	SN::TickTime MapRun(std::int64_t inFirstFrame, std::int64_t inCount) const;
 	bool MapDirection(bool inReverse) const { return inReverse != mWindow.mIsBackwards; }
-	// Renders so many frames up to a time, from below it or, backwards, from above, and throws them away.
-	void Settle(SN::TickTime const& inTime, std::int64_t inFrames);
+	// Renders up to an item's frame, from below it or, where the sequence is read in reverse, from above, and
+	// throws it away.
+	void Settle(std::int64_t inFrame, std::int64_t inCount, bool inReverse);
 
 	SN::InterfaceRef<SN::IAudioGenerator> mSequence;
 	SN::InterfaceRef<SN::IAudioRenderContext> mContext;
 	SN::FrameRate mFrameRate;
-	unsigned mChannels;
 	ContentWindow mWindow;
+	// In which settling renders; without channels where nothing has to settle.
+	dsp::AudioBuffer mDiscarded;
+	// The item's frame at which the next block begins, or in reverse ends, if it follows; none behind the
+	// preroll of a playback.
+	std::optional<std::int64_t> mNextFrame;
 };
 
 } // namespace SonaroHost::Sequence
