@@ -1,16 +1,14 @@
 #include "RenderCommand.h"
 
 #include "Console.h"
-#include "Json.h"
+#include "RenderReport.h"
 #include "RunJob.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
 #include "TimeOption.h"
 
-#include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <string_view>
 
 namespace SonaroCommand
@@ -89,132 +87,6 @@ OutputSamples GetSamples(std::string const& inBits)
 	return inBits == "16"   ? OutputSamples::eInteger16
 		   : inBits == "24" ? OutputSamples::eInteger24
 							: OutputSamples::eFloat32;
-}
-
-// "-3.02", "-inf" for silence.
-std::string FormatDecibels(double inDecibels, int inDigits)
-{
-	// What rounds to zero from below is shown without a sign.
-	double const shown = std::fabs(inDecibels) < 0.5 * std::pow(10.0, -inDigits) ? 0.0 : inDecibels;
-	std::array<char, 32> text{};
-	std::snprintf(text.data(), text.size(), "%.*f", inDigits, shown);
-	return text.data();
-}
-
-std::string FormatPeak(float inPeak)
-{
-	return FormatDecibels(ToDecibels(static_cast<double>(inPeak)), 2) + " dBFS";
-}
-
-std::string DescribeLoudness(LoudnessReading const& inLoudness)
-{
-	return ", true peak " + FormatDecibels(ToDecibels(inLoudness.mTruePeak), 2) + " dBTP, loudness " +
-		   FormatDecibels(inLoudness.mIntegrated, 1) + " LUFS";
-}
-
-double GetRenderedSeconds(RenderSummary const& inSummary)
-{
-	return static_cast<double>(inSummary.mFrames) / inSummary.mSampleRate;
-}
-
-double GetRealTimeFactor(RenderSummary const& inSummary)
-{
-	return inSummary.mElapsedSeconds > 0.0 ? GetRenderedSeconds(inSummary) / inSummary.mElapsedSeconds : 0.0;
-}
-
-std::string DescribePlayback(PlaybackSummary const& inPlayback)
-{
-	ReadAheadReport const& readAhead = inPlayback.mReadAhead;
-	return "read ahead: " + std::to_string(inPlayback.mMisses) + " misses, disk load at most " +
-		   std::to_string(readAhead.mDiskLoadPercent) + " %" +
-		   (readAhead.mGivenUp > 0 ? ", " + std::to_string(readAhead.mGivenUp) + " batches asked for again"
-								   : "") +
-		   (readAhead.mWasBehind ? ", fell behind" : ", never behind") + "\n";
-}
-
-// Where each input lies in the output.
-std::string DescribeInputs(std::vector<std::string> const& inInputs, ProgrammePlan const& inPlan)
-{
-	std::string text;
-	for (std::size_t i = 0; i < inInputs.size(); ++i)
-	{
-		text += "from " + inInputs[i] + " at " +
-				FormatTime(inPlan.GetClips()[i].mPosition, inPlan.GetSampleRate()) + "\n";
-	}
-	return text;
-}
-
-std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
-	ClipRenderJob const& inJob, RenderSummary const& inSummary)
-{
-	std::array<char, 64> speed{};
-	std::snprintf(
-		speed.data(), speed.size(), "%.0f times faster than real time", GetRealTimeFactor(inSummary));
-	bool const isDithered = inSummary.mFormat.mDither == Dither::eTriangular;
-	return inOutput + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
-		   std::to_string(inSummary.mFrames) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) + ", " +
-		   std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) + " " +
-		   GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\n" +
-		   DescribeInputs(inInputs, inJob.GetPlan()) + "peak " + FormatPeak(inSummary.mPeak) +
-		   (inSummary.mLoudness ? DescribeLoudness(*inSummary.mLoudness) : "") + "\n" + speed.data() + "\n" +
-		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
-}
-
-// The number, or the word for silence, which has none in JSON.
-Json GetNumberOrSilence(double inDecibels)
-{
-	return std::isfinite(inDecibels) ? Json(inDecibels) : Json("-inf");
-}
-
-Json ListInputs(std::vector<std::string> const& inInputs, ProgrammePlan const& inPlan)
-{
-	Json list = Json::array();
-	for (std::size_t i = 0; i < inInputs.size(); ++i)
-	{
-		PlannedClip const& clip = inPlan.GetClips()[i];
-		Json input;
-		input["path"] = inInputs[i];
-		input["position"] = clip.mPosition;
-		input["samples"] = clip.mFrames;
-		list.push_back(input);
-	}
-	return list;
-}
-
-std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
-	ClipRenderJob const& inJob, RenderSummary const& inSummary)
-{
-	// Numbers that are not finite become null.
-	Json json;
-	json["inputs"] = ListInputs(inInputs, inJob.GetPlan());
-	json["output"] = inOutput;
-	json["format"] = GetName(inSummary.mFormat.mContainer);
-	json["samples"] = inSummary.mFrames;
-	json["seconds"] = GetRenderedSeconds(inSummary);
-	json["channels"] = inSummary.mChannels;
-	json["layout"] = GetLayoutName(inJob.GetOutputLayout());
-	json["rate"] = inSummary.mSampleRate;
-	json["encoding"] = GetName(inSummary.mFormat.mSamples);
-	json["dither"] = inSummary.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
-	json["peak"] = inSummary.mPeak;
-	json["peakDbfs"] = ToDecibels(static_cast<double>(inSummary.mPeak));
-	if (inSummary.mLoudness)
-	{
-		json["truePeakDbtp"] = GetNumberOrSilence(ToDecibels(inSummary.mLoudness->mTruePeak));
-		json["integratedLufs"] = GetNumberOrSilence(inSummary.mLoudness->mIntegrated);
-	}
-	json["clippedSamples"] = inSummary.mClippedSamples;
-	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
-	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
-	if (inSummary.mPlayback)
-	{
-		json["playback"]["misses"] = inSummary.mPlayback->mMisses;
-		json["playback"]["missedSamples"] = inSummary.mPlayback->mMissedFrames;
-		json["playback"]["diskLoadPercent"] = inSummary.mPlayback->mReadAhead.mDiskLoadPercent;
-		json["playback"]["batchesGivenUp"] = inSummary.mPlayback->mReadAhead.mGivenUp;
-		json["playback"]["wasBehind"] = inSummary.mPlayback->mReadAhead.mWasBehind;
-	}
-	return ToText(json);
 }
 
 } // namespace

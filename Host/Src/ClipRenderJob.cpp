@@ -61,6 +61,50 @@ void DropSignsOfZeros(dsp::AudioBuffer& ioBlock)
 	}
 }
 
+// Where blocks go: into the file, and into what is measured of them.
+class Output
+{
+public:
+	Output(ClipRenderRequest const& inRequest, ProgrammePlan const& inPlan, OutputFormat const& inFormat)
+		: mWriter(inRequest.mOutput, inFormat, inPlan.GetSampleRate(), inPlan.GetLayout(), inPlan.GetFrames())
+	{
+		if (inRequest.mMeasureLoudness &&
+			LoudnessMeter::CanMeasure(inPlan.GetLayout(), inPlan.GetSampleRate()))
+		{
+			mLoudness.emplace(inPlan.GetLayout(), inPlan.GetSampleRate(), LoudnessMeter::Memory::eGrowing);
+		}
+	}
+
+	void Add(dsp::AudioBuffer const& inBlock)
+	{
+		mWriter.Write(inBlock);
+		mPeak = FindPeak(inBlock, mPeak);
+		if (mLoudness)
+		{
+			mLoudness->Add(inBlock);
+		}
+	}
+
+	std::int64_t GetFrames() const { return mWriter.GetFrames(); }
+
+	// Lets the file appear.
+	void Finish(RenderSummary& outSummary)
+	{
+		mWriter.Finish();
+		outSummary.mPeak = mPeak;
+		outSummary.mClippedSamples = mWriter.GetClippedSamples();
+		if (mLoudness)
+		{
+			outSummary.mLoudness = mLoudness->GetReading();
+		}
+	}
+
+private:
+	AudioFileWriter mWriter;
+	std::optional<LoudnessMeter> mLoudness;
+	float mPeak = 0.0f;
+};
+
 // Throws a HostError when it is out of range.
 ClipRenderRequest CheckBlock(ClipRenderRequest inRequest)
 {
@@ -94,20 +138,12 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		SN::ImmutableString(mRequest.mOutput.filename().string().c_str()),
 		mRequest.mAsPlayback ? &prefetcher : nullptr);
 	auto const graph = MakeClipTrack(context.Get(), mPlan);
-	AudioFileWriter writer(mRequest.mOutput, mFormat, GetSampleRate(), GetOutputLayout(), GetFrames());
+	Output output(mRequest, mPlan, mFormat);
 	std::optional<ReadAhead> readAhead;
 	if (mRequest.mAsPlayback)
 	{
 		readAhead.emplace(graph, range).Advance(0);
 	}
-
-	std::optional<LoudnessMeter> loudness;
-	if (mRequest.mMeasureLoudness && LoudnessMeter::CanMeasure(GetOutputLayout(), GetSampleRate()))
-	{
-		loudness.emplace(GetOutputLayout(), GetSampleRate(), LoudnessMeter::Memory::eGrowing);
-	}
-
-	RenderSummary summary = DescribeOutput();
 	bool const dropsSigns = mPlan.IsResampled() || !mPlan.GetFades().IsNone();
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const&)
 	{
@@ -116,36 +152,26 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 		{
 			DropSignsOfZeros(ioBlock);
 		}
-		writer.Write(ioBlock);
-		summary.mPeak = FindPeak(ioBlock, summary.mPeak);
-		if (loudness)
-		{
-			loudness->Add(ioBlock);
-		}
+		output.Add(ioBlock);
 		if (inProgress)
 		{
-			inProgress({writer.GetFrames(), GetFrames()});
+			inProgress({output.GetFrames(), GetFrames()});
 		}
 		if (readAhead && !inStop.stop_requested())
 		{
-			readAhead->Advance(writer.GetFrames());
+			readAhead->Advance(output.GetFrames());
 		}
 	};
 	if (!RenderOffline(graph, range, sink, inStop) || inStop.stop_requested())
 	{
 		return std::nullopt;
 	}
-	writer.Finish();
-
+	RenderSummary summary = DescribeOutput();
+	output.Finish(summary);
 	if (readAhead)
 	{
 		summary.mPlayback = DescribePlayback(*readAhead);
 	}
-	if (loudness)
-	{
-		summary.mLoudness = loudness->GetReading();
-	}
-	summary.mClippedSamples = writer.GetClippedSamples();
 	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 	return summary;
 }
