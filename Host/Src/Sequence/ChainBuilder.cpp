@@ -86,7 +86,7 @@ Parameter ChainBuilder::Shift(Parameter const& inParameter, Parameter const& inD
 	{
 		return inDefault;
 	}
-	mBuilt.mHasChanges = mBuilt.mHasChanges || ShiftedParameter::Changes(*inParameter);
+	mBuilt.mIsClonable = mBuilt.mIsClonable && !ShiftedParameter::Changes(*inParameter);
 	return zorvcore::classref::MakeObject<ShiftedParameter>(inParameter, GetCurveTime());
 }
 
@@ -97,6 +97,8 @@ CurveTime ChainBuilder::GetCurveTime() const
 
 Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, Parameter const& inPan)
 {
+	// Clones of panners begin in the middle.
+	mBuilt.mIsClonable = mBuilt.mIsClonable && !inPan;
 	try
 	{
 		return inPan ? mTools.MakePanner(mSite.mInput, inOutput, Shift(inPan, inPan))

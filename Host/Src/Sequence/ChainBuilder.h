@@ -49,8 +49,8 @@ struct BuiltChain
 	Panner mPanner;
 	// In frames, of all effects.
 	std::int64_t mLatency = 0;
-	// Whether a parameter changes over time by itself.
-	bool mHasChanges = false;
+	// Whether a clone of the engine's would give the same.
+	bool mIsClonable = true;
 };
 
 // The engine's processors for the stages of a chain, each one's curves delayed by the effects before it.

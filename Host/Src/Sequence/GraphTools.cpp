@@ -2,11 +2,13 @@
 
 #include "../MixdownScope.h"
 #include "ConversionPanner.h"
+#include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/AutomationParameter.h"
 #include "SonaroHost/LayoutPlan.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/TimeTransforms.h"
+#include "zorvaudiodsp/AudioBuffer.h"
 
 namespace SonaroHost::Sequence
 {
@@ -18,6 +20,19 @@ namespace
 class BareIdentity final : public SN::Unknown
 {
 };
+
+// A panner moves to its place from the middle, if the first that it hears is silence. One sample that is not
+// flagged puts it there.
+void Prime(SN::IAudioPanProcessor& ioPanner, std::size_t inInputs, std::size_t inOutputs)
+{
+	if (auto const parameters = SN::InterfaceRef<SN::IParameterOwnerMixin>::FromThis(&ioPanner))
+	{
+		parameters->UpdateControls(SN::kTimeZero);
+	}
+	dsp::AudioBuffer const input(inInputs, 1);
+	dsp::AudioBuffer output(inOutputs, 1);
+	ioPanner.ProcessAudioData(input, output, SN::kTimeZero);
+}
 
 } // namespace
 
@@ -104,6 +119,7 @@ Panner GraphTools::MakePanner(SN::AudioChannelLayout const& inInput, SN::AudioCh
 	CheckEngineResult(mFactory->CreateAudioPanProcessorRenderer(
 						  mContext, mFrameRate, type, kActionFlag, parameters, &panner),
 		"a panner");
+	Prime(*panner, inInput.size(), inOutput.size());
 	return panner;
 }
 

@@ -29,7 +29,7 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	BuiltChain const chain = ChainBuilder(mTools, site).Build(inItem.mChain);
 	mBuilt.mLatency = std::llround(static_cast<double>(chain.mLatency) / mSpeed);
 	mBuilt.mSettlingFrames = mBuilt.mLatency;
-	mBuilt.mIsClonable = !isResampled && !chain.mHasChanges;
+	mBuilt.mIsClonable = !isResampled && chain.mIsClonable;
 	// Where the latency is no whole number of the item's frames, the content makes up for it.
 	mLead += std::llround(static_cast<double>(mBuilt.mLatency) * mSpeed) - chain.mLatency;
 	CheckEngineResult(

@@ -38,25 +38,32 @@ void NestedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 {
 	SN::TickTime const first = (inStartTime - mWindow.mPrerollLead) * mWindow.mSpeed;
 	std::int64_t const frame = first.ToFrame64(mFrameRate);
-	mSequence->Preroll(MapRun(frame, 0), MapDirection(inReverse));
 	mNextFrame.reset();
-	if (!mContext->IsPrefetchEnabled() || mContext->IsImmediateRender())
+	bool const isReverse = MapDirection(inReverse);
+	if ((mContext->IsPrefetchEnabled() && !mContext->IsImmediateRender()) || !NeedsToSettle())
 	{
-		Settle(frame, 0, inReverse);
-		mNextFrame = frame;
+		mSequence->Preroll(MapRun(frame, 0), isReverse);
+		return;
 	}
+	// Forward, the sequence itself renders what its tracks are asked ahead, before it settles: in one run with
+	// that, so that items which begin therein keep the head start of their effects.
+	std::int64_t const count = mWindow.mSettlingFrames + (isReverse ? mWindow.mAheadFrames : 0);
+	mSequence->Preroll(MapRun(inReverse ? frame + count : frame - count, 0), isReverse);
+	Settle(frame, count, inReverse);
+	mNextFrame = frame;
+}
+
+bool NestedContent::NeedsToSettle() const
+{
+	return mDiscarded.GetNumChannels() != 0 && !mContext->IsDelayCompensationDisabled();
 }
 
 void NestedContent::Settle(std::int64_t inFrame, std::int64_t inCount, bool inReverse)
 {
-	if (mDiscarded.GetNumChannels() == 0 || mContext->IsDelayCompensationDisabled())
-	{
-		return;
-	}
-	for (std::int64_t remaining = mWindow.mAheadFrames + mWindow.mSettlingFrames; remaining > 0;)
+	for (std::int64_t remaining = inCount; remaining > 0;)
 	{
 		std::int64_t const count = std::min<std::int64_t>(remaining, mDiscarded.GetCapacity());
-		std::int64_t const first = inReverse ? inFrame + inCount + remaining - count : inFrame - remaining;
+		std::int64_t const first = inReverse ? inFrame + remaining - count : inFrame - remaining;
 		mDiscarded.SetUseSize(static_cast<unsigned>(count));
 		mSequence->GetAudioData(MapRun(first, count), mDiscarded, MapDirection(inReverse));
 		remaining -= count;
@@ -85,9 +92,10 @@ void NestedContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& i
 {
 	std::int64_t const frame = inTime.ToFrame64(mFrameRate);
 	std::int64_t const count = ioBuffer.GetUseSize();
-	if (mNextFrame && *mNextFrame != (inReverse ? frame + count : frame))
+	std::int64_t const begin = inReverse ? frame + count : frame;
+	if (mNextFrame && *mNextFrame != begin && NeedsToSettle())
 	{
-		Settle(frame, count, inReverse);
+		Settle(begin, mWindow.mAheadFrames + mWindow.mSettlingFrames, inReverse);
 	}
 	mNextFrame = inReverse ? frame : frame + count;
 	mSequence->GetAudioData(MapRun(frame, count), ioBuffer, MapDirection(inReverse));

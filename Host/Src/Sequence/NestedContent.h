@@ -64,8 +64,8 @@ private:
 	// The lowest time, in the sequence, of a run of so many frames of the item.
 	SN::TickTime MapRun(std::int64_t inFirstFrame, std::int64_t inCount) const;
 	bool MapDirection(bool inReverse) const { return inReverse != mWindow.mIsBackwards; }
-	// Renders up to an item's frame, from below it or, where the sequence is read in reverse, from above, and
-	// throws it away.
+	bool NeedsToSettle() const;
+	// Renders so many of the item's frames before one, in reverse behind it, and throws them away.
 	void Settle(std::int64_t inFrame, std::int64_t inCount, bool inReverse);
 
 	SN::InterfaceRef<SN::IAudioGenerator> mSequence;

@@ -124,7 +124,7 @@ void SequenceBuilder::BuildChain(Node& ioNode)
 		Refuse(site.mPlace, "its layout is that of the sequence and cannot be panned; take the pan out");
 	}
 	ioNode.mBuilt = ChainBuilder(mTools, site).Build(*ioNode.mChain);
-	mBuilt.mIsClonable = mBuilt.mIsClonable && !ioNode.mBuilt.mHasChanges;
+	mBuilt.mIsClonable = mBuilt.mIsClonable && ioNode.mBuilt.mIsClonable;
 }
 
 void SequenceBuilder::BuildItems(Node& ioNode, Track const& inTrack, std::size_t inReportIndex)
