@@ -1,0 +1,36 @@
+#pragma once
+
+#include "SonaroHost/Otio/Reader.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace SonaroHost::Otio
+{
+
+class TemporaryFolder;
+
+// A timeline as it lies on the disk: a bare .otio file; an .otiod bundle, a folder with "content.otio" and
+// "media/"; or an .otioz bundle, the same in a zip archive, whose media are unpacked into a temporary folder that
+// lives as long as this.
+class TimelineFile
+{
+public:
+	// Throws a HostError of kind eInput that says what is wrong with the file, or eOutput when there is no room to
+	// unpack it.
+	explicit TimelineFile(std::filesystem::path const& inPath);
+	~TimelineFile();
+	TimelineFile(TimelineFile&&) noexcept;
+	TimelineFile& operator=(TimelineFile&&) noexcept;
+
+	Document const& GetDocument() const { return mDocument; }
+	// From which relative media count.
+	std::filesystem::path const& GetFolder() const { return mFolder; }
+
+private:
+	std::unique_ptr<TemporaryFolder> mUnpacked;
+	std::filesystem::path mFolder;
+	Document mDocument;
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Sonaro/Types.h"
+#include "SonaroHost/Otio/Ratio.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+// What became of the parts of a timeline, for people. Frames are those of the render's rate, counted from the start
+// of the programme: frame 0 is heard first. Places are JSON pointers into the file.
+namespace SonaroHost::Otio
+{
+
+// A clip that stands on an audio track.
+struct ClipRow
+{
+	enum class Status
+	{
+		eHeard,
+		// On purpose: disabled, muted, frozen, cut away by what it is nested in ...
+		eSilent,
+		// Its media cannot be found or read.
+		eMissing,
+	};
+
+	Status mStatus = Status::eHeard;
+	// Why it is not heard.
+	std::string mReason;
+	std::string mName;
+	// The tracks and stacks that it stands in, outermost first, as "Dialogue / Scene 4 / Boom".
+	std::string mTrack;
+	std::string mPlace;
+
+	// As far as it is visible through what it is nested in; without what crossfades add to it.
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mEndFrame = 0;
+
+	// Empty where there is none.
+	std::filesystem::path mMedia;
+	int mMediaRate = 0;
+	// The part of the media that sounds meanwhile, in its samples, counted from the file's first one;
+	// the smaller one first, also where it is read backwards. Beyond either end of the file is silence.
+	std::int64_t mFirstMediaSample = 0;
+	std::int64_t mEndMediaSample = 0;
+	// All time warps together: media time that passes in a second of the programme's.
+	double mSpeed = 1.0;
+};
+
+// A track, a nested stack, or a clip that stands in a stack by itself.
+struct TrackRow
+{
+	bool mIsHeard = true;
+	// Why it is not.
+	std::string mReason;
+	std::string mName;
+	std::string mTrack;
+	std::string mPlace;
+	// Of the stack that it stands in: which of its children it is.
+	std::size_t mIndex = 0;
+	// How many stacks stand around the one that it stands in; 0 for tracks of the timeline itself.
+	std::size_t mDepth = 0;
+	SN::AudioChannelLayout mLayout;
+};
+
+struct MissingMedia
+{
+	std::string mClip;
+	std::string mTrack;
+	std::string mPlace;
+	// Where it was looked for; empty for a clip without a reference to a file.
+	std::filesystem::path mPath;
+	std::string mReason;
+};
+
+// A marker of anything that is heard, where it falls into what is visible of that.
+struct MarkerRow
+{
+	std::string mName;
+	std::string mComment;
+	// Of the item that carries it; empty for the timeline itself.
+	std::string mTrack;
+	std::string mPlace;
+	// Exact, in seconds from the start of the programme. The end is cut off where the item ends.
+	Ratio mStart;
+	Ratio mEnd;
+};
+
+} // namespace SonaroHost::Otio
