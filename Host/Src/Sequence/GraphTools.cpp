@@ -10,6 +10,8 @@
 #include "SonaroHost/TimeTransforms.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
+#include <cmath>
+
 namespace SonaroHost::Sequence
 {
 
@@ -21,16 +23,19 @@ class BareIdentity final : public SN::Unknown
 {
 };
 
-// A panner moves to its place from the middle, if the first that it hears is silence. One sample that is not
-// flagged puts it there.
-void Prime(SN::IAudioPanProcessor& ioPanner, std::size_t inInputs, std::size_t inOutputs)
+// A panner begins in the middle and moves to its place, unless what it hears first is sound and not in reverse.
+// A silence longer than its ramps has it arrive.
+void Prime(SN::IAudioPanProcessor& ioPanner, SN::FrameRate const& inFrameRate)
 {
+	constexpr double kSilenceSeconds = 0.02;
+	auto const frames = static_cast<unsigned>(std::ceil(inFrameRate.GetSamplesPerSecond() * kSilenceSeconds));
 	if (auto const parameters = SN::InterfaceRef<SN::IParameterOwnerMixin>::FromThis(&ioPanner))
 	{
 		parameters->UpdateControls(SN::kTimeZero);
 	}
-	dsp::AudioBuffer const input(inInputs, 1);
-	dsp::AudioBuffer output(inOutputs, 1);
+	dsp::AudioBuffer input(ioPanner.GetNumInputChannels(), frames);
+	dsp::AudioBuffer output(ioPanner.GetNumOutputChannels(), frames);
+	input.Zero();
 	ioPanner.ProcessAudioData(input, output, SN::kTimeZero);
 }
 
@@ -119,7 +124,7 @@ Panner GraphTools::MakePanner(SN::AudioChannelLayout const& inInput, SN::AudioCh
 	CheckEngineResult(mFactory->CreateAudioPanProcessorRenderer(
 						  mContext, mFrameRate, type, kActionFlag, parameters, &panner),
 		"a panner");
-	Prime(*panner, inInput.size(), inOutput.size());
+	Prime(*panner, mFrameRate);
 	return panner;
 }
 

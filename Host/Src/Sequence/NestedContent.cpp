@@ -1,5 +1,6 @@
 #include "NestedContent.h"
 
+#include "ControlBlocks.h"
 #include "Sonaro/PrefetchRange.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -30,8 +31,12 @@ SN::InterfaceRef<SN::IAudioGenerator> NestedContent::Clone()
 
 SN::TickTime NestedContent::GetDelay()
 {
-	SN::TickTime const settling(mWindow.mSettlingFrames, mFrameRate);
-	return mContext->IsDelayCompensationDisabled() ? SN::kTimeZero : mSequence->GetDelay() + settling;
+	if (mContext->IsDelayCompensationDisabled())
+	{
+		return SN::kTimeZero;
+	}
+	return {
+		ToControlBlocks(mSequence->GetDelay().ToFrame64(mFrameRate) + mWindow.mSettlingFrames), mFrameRate};
 }
 
 void NestedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)

@@ -1,5 +1,6 @@
 #include "SonaroHost/Sequence/SequenceGraph.h"
 
+#include "ControlBlocks.h"
 #include "GraphTools.h"
 #include "NestBuilder.h"
 
@@ -19,7 +20,7 @@ SequenceGraph::SequenceGraph(Description const& inDescription,
 	mAheadFrames = std::move(built.mAhead);
 	// A playback fills an item that it begins within while it plays, and only then the item settles.
 	std::int64_t const settlings = inContext->IsPrefetchEnabled() ? 2 : 1;
-	mWarmUpFrames = mAheadFrames.back() + settlings * built.mSettlingFrames;
+	mWarmUpFrames = ToControlBlocks(mAheadFrames.back() + settlings * built.mSettlingFrames);
 }
 
 SN::TickTime GetLength(Description const& inDescription)
