@@ -28,13 +28,12 @@ TickTime At(long long inFrame)
 	return {inFrame, k48000Hz};
 }
 
-// Never gives more than so many samples, and notes how many were wanted.
+// Never gives more than so many samples, added to what is there, and notes how many were wanted.
 class ShortGenerator final : public SimpleGenerator
 {
 public:
-	explicit ShortGenerator(unsigned inLimit)
-		: SimpleGenerator(2),
-		  mLimit(inLimit)
+	ShortGenerator()
+		: SimpleGenerator(2)
 	{
 	}
 
@@ -42,13 +41,13 @@ public:
 	{
 		mWanted.push_back(inBuffer.GetUseSize());
 		inBuffer.SetUseSize(std::min(inBuffer.GetUseSize(), mLimit));
-		FillFrom(PositionSample, 2, inTime, k48000Hz, inBuffer);
+		dsp::AudioBuffer sound(2, inBuffer.GetUseSize());
+		FillFrom(PositionSample, 2, inTime, k48000Hz, sound);
+		inBuffer.Mix(sound);
 	}
 
 	std::vector<unsigned> mWanted;
-
-private:
-	unsigned mLimit;
+	unsigned mLimit = 64;
 };
 
 InterfaceRef<IAudioGenerator> Make(ScopedContext const& inContext,
@@ -112,8 +111,8 @@ TEST(AudioMixRenderer, EachTimeIsScaledAndTheProcessorsIsNot)
 	mix->AccumulatePrefetchRequests({At(10), At(20)}, SynchronousPrefetch, accumulator);
 	dsp::AudioBuffer buffer(2, 6);
 	mix->GetAudioData(At(10), buffer, true);
-	mix->Clone()->GetAudioData(At(10), buffer, true);
-	EXPECT_EQ(buffer.GetChannel(0)[5], PositionSample(0, 20)) << "a clone has the same scales";
+	Make(context, first, second, MakeJoin(context), 2.0, -0.5)->Clone()->GetAudioData(At(10), buffer, true);
+	EXPECT_EQ(buffer.GetChannel(0)[5], PositionSample(0, 20) + PositionSample(1, -5)) << "cloned with scales";
 	auto const calls = [](long long inTime, long long inPrefetched)
 	{
 		return std::vector<Call>{{"Preroll", At(inTime), 0, true},
@@ -152,9 +151,14 @@ TEST(AudioMixRenderer, AShortFirstGeneratorEndsTheRequest)
 	{
 		SCOPED_TRACE(test.mName);
 		ScopedContext const context(64);
-		auto const first = MakeObject<ShortGenerator>(test.mFirst);
-		auto const mix = Make(context, first, MakeObject<ShortGenerator>(test.mSecond), MakeJoin(context));
+		auto const first = MakeObject<ShortGenerator>();
+		auto const second = MakeObject<ShortGenerator>();
+		auto const mix = Make(context, first, second, MakeJoin(context));
 		dsp::AudioBuffer buffer(2, 200);
+		mix->GetAudioData(At(0), buffer, false);
+		first->mWanted.clear();
+		first->mLimit = test.mFirst;
+		second->mLimit = test.mSecond;
 		buffer.SetUseSize(test.mFrames);
 		mix->GetAudioData(At(7), buffer, false);
 		EXPECT_EQ(buffer.GetUseSize(), test.mWritten);
@@ -162,8 +166,8 @@ TEST(AudioMixRenderer, AShortFirstGeneratorEndsTheRequest)
 		for (unsigned i = 0; i < test.mWritten; ++i)
 		{
 			long long const frame = 7 + i % 64;
-			float const second = i % 64 < test.mSecond ? PositionSample(1, frame) : 0.0f;
-			ASSERT_EQ(buffer.GetChannel(0)[i], PositionSample(0, frame) + second) << i;
+			float const other = i % 64 < test.mSecond ? PositionSample(1, frame) : 0.0f;
+			ASSERT_EQ(buffer.GetChannel(0)[i], PositionSample(0, frame) + other) << i;
 		}
 	}
 }

@@ -2,6 +2,7 @@
 
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
 #include "Sonaro/AudioUtilities.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Sonaro/SonaroFactory.h"
@@ -187,10 +188,15 @@ TEST(AudioTrackGroupRenderer, NotOneSampleIsOutOfPlaceInRandomSequences)
 				expected[0].push_back(sequence.Hear(
 					sequence.mParts.size() - 1, i, reverse ? 1000 + kFrames - 1 : 1000, reverse ? -1 : 1));
 			}
-			std::size_t blocks = 0;
+			std::vector<SynchronousPrefetchRequest> requests;
+			PrefetchRequestAccumulator accumulator(
+				PrefetchRequestAccumulator::ExtendCapacity, &requests, nullptr);
+			sequence.mGroup->AccumulatePrefetchRequests(
+				{At(1000), At(1010)}, SynchronousPrefetch, accumulator);
+			std::size_t calls = 1;
 			BlockSizes const sizes = [&, size = RandomBlocks(trial, 64)]
 			{
-				++blocks;
+				++calls;
 				return size();
 			};
 			ASSERT_EQ(DescribeDifference(Pull(*sequence.mGroup, {.mStartFrame = 1000, .mFrames = kFrames},
@@ -200,8 +206,8 @@ TEST(AudioTrackGroupRenderer, NotOneSampleIsOutOfPlaceInRandomSequences)
 			for (Part const& part : sequence.mParts)
 			{
 				// Clones share the record of their original.
-				ASSERT_EQ(part.mIsMix ? blocks : part.mItem->mCalls->size() / (isClone ? 2 : 1), blocks)
-					<< "each track is rendered once";
+				ASSERT_EQ(part.mIsMix ? calls : part.mItem->mCalls->size() / (isClone ? 2 : 1), calls)
+					<< "each track is read ahead and rendered once";
 			}
 		}
 	}
@@ -335,14 +341,20 @@ TEST(AudioTrackGroupRenderer, InstancesBeyondTheLimitAreSilent)
 		SubmixPair const pair(context.Get(), {}, owner);
 		pair.mFirst.mSource->mHasHistory = hasHistory;
 		std::set<InterfaceRef<IAudioGenerator>> instances{pair.mGroup};
+		std::set<InterfaceRef<UnknownBase>> tracks;
 		for (unsigned i = 2; i <= 201; ++i)
 		{
 			ASSERT_EQ(clone(), kSuccess);
 			instances.insert(instance);
+			for (auto const& track : InterfaceRef<IAudioRenderGraphNodeInfo>(instance)->GetInputNodes())
+			{
+				tracks.insert(track);
+			}
 			bool const isHeard = PullWhole(*instance, {.mFrames = 1})[0][0] != 0.0f;
 			ASSERT_EQ(isHeard, !hasHistory || i <= GetMaxNestableSequenceInstances()) << i;
 		}
 		EXPECT_EQ(instances.size(), hasHistory ? 201u : 1u);
+		EXPECT_EQ(tracks.size(), hasHistory ? 2 * 199u : 2u) << "each clone has tracks of its own";
 		context->PushNestingLevel();
 		EXPECT_EQ(clone(), -1) << "built on another level";
 	}
