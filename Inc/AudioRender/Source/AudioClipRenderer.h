@@ -7,12 +7,14 @@
 #include "zorvaudiodsp/AudioBufferShell.h"
 
 #include <map>
+#include <vector>
 
 namespace SN
 {
 
 // One clip out of one or more generators: routes their channels onto the clip's layout, applies a fixed
-// gain and shifts time by the clip's start offset. Each generator runs into a scratch buffer.
+// gain and shifts time by the clip's start offset. Each generator runs into a scratch buffer, save a single
+// one whose channels stay what they are.
 //
 // Latency  the largest of the generators'.
 // Silence  output channels from the number of generators on are flagged silent before the generators
@@ -61,16 +63,22 @@ private:
 
 	// Learns the generators' widths; the rate of the last one, or inFrameRate.
 	FrameRate MeasureGenerators(FrameRate const& inFrameRate);
+	// Whether a single generator gives all the clip's channels in their order.
+	bool KeepsChannels() const;
+	void RunGenerators(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse);
 	void RunGenerator(IAudioGenerator& ioGenerator, unsigned inNumChannels, TickTime const& inTime,
 		bool inReverse, dsp::AudioBuffer& ioScratch);
 
 	// By the address of the object.
 	std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> mGenerators;
+	// How many channels each of them has, 0 for an empty reference.
+	std::vector<unsigned> mGeneratorWidths;
 	AudioChannelLayout mChannelLayout;
 	// Added to each requested time.
 	TickTime mStartOffset;
 	float mGain = 1.0f;
 	bool mHasGain = false;
+	bool mKeepsChannels = false;
 	// Channels of the scratch buffer: the clip's or the widest generator's.
 	unsigned mMaxChannels = 0;
 	// Shows a single generator that is narrower than the scratch a buffer of its own width.

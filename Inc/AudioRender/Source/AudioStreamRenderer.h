@@ -5,7 +5,9 @@
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/IAsyncAudioSource.h"
 #include "Sonaro/IAudioSource.h"
+#include "Sonaro/IAudioSourceFile.h"
 #include "Sonaro/IOffsetablePreview.h"
 
 #include <cstdint>
@@ -64,10 +66,14 @@ protected:
 private:
 	// One channel of a source that is there: read through scratch memory.
 	bool SelectsChannel() const { return mChannelIndex != kAllChannels && mSource; }
+	void SetSource(InterfaceRef<IAudioSource> const& inSource);
 	void ReadInto(dsp::AudioBuffer& ioTarget, dsp::AudioBuffer& ioBuffer, TickTime const& inPosition);
 	void ReadSource(dsp::AudioBuffer& ioTarget, TickTime const& inTime);
 
 	InterfaceRef<IAudioSource> mSource;
+	// The same source, where it answers to these.
+	InterfaceRef<IAudioSourceFile> mFile;
+	InterfaceRef<IAsyncAudioSource> mAsync;
 	std::uint32_t mChannelIndex = kAllChannels;
 	// Kept for the host and without effect here.
 	double mStreamSpeed = 1.0;

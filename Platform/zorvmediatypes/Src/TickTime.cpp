@@ -138,6 +138,10 @@ TickTime TickTime::operator-() const
 
 TickTime TickTime::operator*(double inFactor) const
 {
+	if (inFactor == 1.0)
+	{
+		return *this;
+	}
 	if (std::isnan(inFactor))
 	{
 		return kTimeNotATime;

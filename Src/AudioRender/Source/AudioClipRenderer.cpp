@@ -100,12 +100,14 @@ FrameRate AudioClipRenderer::MeasureGenerators(FrameRate const& inFrameRate)
 	FrameRate sourceRate = inFrameRate;
 	for (auto const& [generator, channels] : mGenerators)
 	{
+		mGeneratorWidths.push_back(0);
 		if (!generator)
 		{
 			continue;
 		}
 		InterfaceRef<IAudioGeneratorPrivate> const description(generator);
 		unsigned const numChannels = description->GetNumChannels();
+		mGeneratorWidths.back() = numChannels;
 		sourceRate = description->GetGeneratorFrameRate();
 		mMaxChannels = std::max(mMaxChannels, numChannels);
 		if (mGenerators.size() == 1 && numChannels < mMaxChannels)
@@ -113,7 +115,20 @@ FrameRate AudioClipRenderer::MeasureGenerators(FrameRate const& inFrameRate)
 			mShell.Init(numChannels);
 		}
 	}
+	mKeepsChannels = KeepsChannels();
 	return sourceRate;
+}
+
+bool AudioClipRenderer::KeepsChannels() const
+{
+	if (mGenerators.size() != 1 || mGeneratorWidths[0] != mMaxChannels ||
+		mGenerators.begin()->second.size() != mMaxChannels)
+	{
+		return false;
+	}
+	AudioChannelMap const& channels = mGenerators.begin()->second;
+	return std::all_of(channels.begin(), channels.end(),
+		[&](auto const& inEntry) { return inEntry.first == inEntry.second && inEntry.first < mMaxChannels; });
 }
 
 InterfaceRef<IAudioGenerator> AudioClipRenderer::Clone()
@@ -130,10 +145,8 @@ InterfaceRef<IAudioGenerator> AudioClipRenderer::Clone()
 		clone->mGenerators.emplace(
 			generator ? generator->Clone() : InterfaceRef<IAudioGenerator>(), channels);
 	}
-	if (mShell.GetNumChannels() != 0)
-	{
-		clone->mShell.Init(mShell.GetNumChannels());
-	}
+	// In an order of their own.
+	clone->MeasureGenerators(GetFrameRate());
 	return clone;
 }
 
@@ -185,14 +198,35 @@ void AudioClipRenderer::AccumulatePrefetchRequests(
 
 void AudioClipRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse)
 {
-	// From the number of generators, not of channels: deliberately so.
-	for (unsigned long long channel = mGenerators.size(); channel < inBuffer.GetNumChannels(); ++channel)
-	{
-		inBuffer.MarkChannelSilent(channel);
-	}
 	TickTime const time = inTime + mStartOffset;
+	if (mKeepsChannels && inBuffer.GetNumChannels() == mMaxChannels &&
+		inBuffer.GetUseSize() <= GetMaxBlockSize())
+	{
+		// What the generator does not write is silent.
+		inBuffer.Zero();
+		mGenerators.begin()->first->GetAudioData(time, inBuffer, inReverse);
+	}
+	else
+	{
+		RunGenerators(time, inBuffer, inReverse);
+	}
+	if (mHasGain)
+	{
+		inBuffer *= mGain;
+	}
+}
+
+void AudioClipRenderer::RunGenerators(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	// From the number of generators, not of channels: deliberately so.
+	for (unsigned long long channel = mGenerators.size(); channel < ioBuffer.GetNumChannels(); ++channel)
+	{
+		ioBuffer.MarkChannelSilent(channel);
+	}
+	std::size_t index = 0;
 	for (auto const& [generator, channels] : mGenerators)
 	{
+		unsigned const numChannels = mGeneratorWidths[index++];
 		if (!generator)
 		{
 			continue;
@@ -200,15 +234,10 @@ void AudioClipRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& i
 		ScopedStackAudioBuffer const scoped(
 			GetStackAudioBuffer(mMaxChannels, StackAudioBufferTags::kAudioClipRenderer));
 		dsp::AudioBuffer& scratch = scoped.GetBuffer();
-		scratch.SetUseSize(inBuffer.GetUseSize());
+		scratch.SetUseSize(ioBuffer.GetUseSize());
 		scratch.SetSilenceFlags(dsp::SilenceFlags::All());
-		unsigned const numChannels = InterfaceRef<IAudioGeneratorPrivate>(generator)->GetNumChannels();
-		RunGenerator(*generator, numChannels, time, inReverse, scratch);
-		CopyChannels(scratch, channels, inBuffer);
-	}
-	if (mHasGain)
-	{
-		inBuffer *= mGain;
+		RunGenerator(*generator, numChannels, inTime, inReverse, scratch);
+		CopyChannels(scratch, channels, ioBuffer);
 	}
 }
 

@@ -1,8 +1,6 @@
 #include "AudioRender/Source/AudioStreamRenderer.h"
 
 #include "AudioRender/Core/StackAudioBufferTags.h"
-#include "Sonaro/IAsyncAudioSource.h"
-#include "Sonaro/IAudioSourceFile.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Vexilon/BinaryData.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -42,7 +40,7 @@ int AudioStreamRenderer::Create(InterfaceRef<IAudioRenderContext> const& inConte
 
 	auto const stream = zorvcore::classref::MakeObject<AudioStreamRenderer>();
 	int const result = stream->AudioRenderContextClient::Init(inContext, inFrameRate);
-	stream->mSource = inSource;
+	stream->SetSource(inSource);
 	stream->mChannelIndex = static_cast<std::uint32_t>(inChannelIndex);
 	stream->mStreamSpeed = inStreamSpeed;
 	if (stream->SelectsChannel())
@@ -62,6 +60,13 @@ int AudioStreamRenderer::Create(InterfaceRef<IAudioRenderContext> const& inConte
 	return result;
 }
 
+void AudioStreamRenderer::SetSource(InterfaceRef<IAudioSource> const& inSource)
+{
+	mSource = inSource;
+	mFile = inSource;
+	mAsync = inSource;
+}
+
 InterfaceRef<IAudioGenerator> AudioStreamRenderer::Clone()
 {
 	if (mIsShared)
@@ -71,7 +76,7 @@ InterfaceRef<IAudioGenerator> AudioStreamRenderer::Clone()
 	auto const clone = zorvcore::classref::MakeObject<AudioStreamRenderer>();
 	static_cast<AudioRenderContextClient&>(*clone) = *this;
 	clone->CopyTimesFrom(*this);
-	clone->mSource = mSource;
+	clone->SetSource(mSource);
 	clone->mChannelIndex = mChannelIndex;
 	clone->mStreamSpeed = mStreamSpeed;
 	clone->mPreviewOffset = mPreviewOffset;
@@ -85,8 +90,7 @@ void AudioStreamRenderer::AccumulatePrefetchRequests(
 	PrefetchRange range = inRange - mPreviewOffset;
 	range.mStart = std::max(range.mStart, kTimeZero);
 	int const length = (range.mEnd - range.mStart).ToFrame32(GetFrameRate());
-	InterfaceRef<IAsyncAudioSource> const source(mSource);
-	if (length <= 0 || !source)
+	if (length <= 0 || !mAsync)
 	{
 		return;
 	}
@@ -94,7 +98,7 @@ void AudioStreamRenderer::AccumulatePrefetchRequests(
 	for (auto remaining = static_cast<unsigned>(length); remaining > 0;)
 	{
 		unsigned const count = std::min(remaining, kMaxPrefetchRequest);
-		inAccumulator.AddPrefetchRequest(inType, source, time, count);
+		inAccumulator.AddPrefetchRequest(inType, mAsync, time, count);
 		remaining -= count;
 		time.AddFrames(count, GetFrameRate());
 	}
@@ -160,19 +164,15 @@ void AudioStreamRenderer::ReadSource(dsp::AudioBuffer& ioTarget, TickTime const&
 	{
 		return;
 	}
-	InterfaceRef<IAudioSourceFile> const file(mSource);
-	if (file && !file->IsGrowing() && inTime >= file->GetDuration())
+	if (mFile && !mFile->IsGrowing() && inTime >= mFile->GetDuration())
 	{
 		ioTarget.Zero();
 		return;
 	}
-	if (IsPrefetchEnabled())
+	if (mAsync && IsPrefetchEnabled())
 	{
-		if (InterfaceRef<IAsyncAudioSource> const async(mSource); async)
-		{
-			async->ReadPrefetchedAudio(inTime, ioTarget);
-			return;
-		}
+		mAsync->ReadPrefetchedAudio(inTime, ioTarget);
+		return;
 	}
 	mSource->ReadAudio(VX::BinaryData(), ioTarget, inTime, false);
 }
