@@ -1,6 +1,7 @@
 #include "ChainBuilder.h"
 
 #include "EffectStage.h"
+#include "Priming.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/RenderContextScope.h"
 
@@ -31,6 +32,7 @@ void ChainBuilder::Add(Fader const& inFader)
 		mTools.GetFactory().CreateAudioFaderRenderer(mTools.GetContext(), mTools.GetFrameRate(),
 			{Shift(inFader.mGain, mTools.GetFullGain()), Shift(inFader.mMute, mTools.GetNotMuted())}, &fader),
 		"a fader");
+	PrimeFader(*fader, static_cast<unsigned>(mSite.mInput.size()), mTools.GetFrameRate());
 	mBuilt.mProcessors.push_back(fader);
 }
 

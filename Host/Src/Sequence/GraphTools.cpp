@@ -2,15 +2,12 @@
 
 #include "../MixdownScope.h"
 #include "ConversionPanner.h"
-#include "Sonaro/IParameterOwnerMixin.h"
+#include "Priming.h"
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/AutomationParameter.h"
 #include "SonaroHost/LayoutPlan.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/TimeTransforms.h"
-#include "zorvaudiodsp/AudioBuffer.h"
-
-#include <cmath>
 
 namespace SonaroHost::Sequence
 {
@@ -22,22 +19,6 @@ namespace
 class BareIdentity final : public SN::Unknown
 {
 };
-
-// A panner begins in the middle and moves to its place, unless what it hears first is sound and not in reverse.
-// A silence longer than its ramps has it arrive.
-void Prime(SN::IAudioPanProcessor& ioPanner, SN::FrameRate const& inFrameRate)
-{
-	constexpr double kSilenceSeconds = 0.02;
-	auto const frames = static_cast<unsigned>(std::ceil(inFrameRate.GetSamplesPerSecond() * kSilenceSeconds));
-	if (auto const parameters = SN::InterfaceRef<SN::IParameterOwnerMixin>::FromThis(&ioPanner))
-	{
-		parameters->UpdateControls(SN::kTimeZero);
-	}
-	dsp::AudioBuffer input(ioPanner.GetNumInputChannels(), frames);
-	dsp::AudioBuffer output(ioPanner.GetNumOutputChannels(), frames);
-	input.Zero();
-	ioPanner.ProcessAudioData(input, output, SN::kTimeZero);
-}
 
 } // namespace
 
@@ -124,7 +105,7 @@ Panner GraphTools::MakePanner(SN::AudioChannelLayout const& inInput, SN::AudioCh
 	CheckEngineResult(mFactory->CreateAudioPanProcessorRenderer(
 						  mContext, mFrameRate, type, kActionFlag, parameters, &panner),
 		"a panner");
-	Prime(*panner, mFrameRate);
+	PrimePanner(*panner, mFrameRate);
 	return panner;
 }
 
