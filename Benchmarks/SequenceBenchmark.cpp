@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace
@@ -209,11 +210,13 @@ void BM_MakeGraph(benchmark::State& ioState)
 	sequence.mLayout = VX::kAudioChannelLayout_Stereo;
 	sequence.mTracks.assign(static_cast<std::size_t>(ioState.range(0)),
 		MakeTrack(MakeMedia(recording), ioState.range(1), kClipFrames));
+	// Freeing them is another matter.
+	std::optional<RenderContextScope> context;
+	std::optional<Sequence::SequenceGraph> graph;
 	for (auto _ : ioState)
 	{
-		RenderContextScope const context(512, kTimeMax, ImmutableString("benchmark"));
-		Sequence::SequenceGraph const graph(sequence, context.Get(), GetRate());
-		benchmark::DoNotOptimize(graph.GetWarmUpFrames());
+		context.emplace(512u, kTimeMax, ImmutableString("benchmark"));
+		graph.emplace(sequence, context->Get(), GetRate());
 	}
 	rusage usage{};
 	getrusage(RUSAGE_SELF, &usage);

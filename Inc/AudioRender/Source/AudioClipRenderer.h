@@ -71,7 +71,7 @@ private:
 
 	// By the address of the object.
 	std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> mGenerators;
-	// How many channels each of them has, 0 for an empty reference.
+	// How many channels each of them has, 0 for an empty reference; without entries where mKeepsChannels tells.
 	std::vector<unsigned> mGeneratorWidths;
 	AudioChannelLayout mChannelLayout;
 	// Added to each requested time.

@@ -116,6 +116,11 @@ FrameRate AudioClipRenderer::MeasureGenerators(FrameRate const& inFrameRate)
 		}
 	}
 	mKeepsChannels = KeepsChannels();
+	if (mKeepsChannels)
+	{
+		// Not looked at, and there may be very many clips.
+		mGeneratorWidths = {};
+	}
 	return sourceRate;
 }
 
@@ -226,7 +231,7 @@ void AudioClipRenderer::RunGenerators(TickTime const& inTime, dsp::AudioBuffer& 
 	std::size_t index = 0;
 	for (auto const& [generator, channels] : mGenerators)
 	{
-		unsigned const numChannels = mGeneratorWidths[index++];
+		unsigned const numChannels = mKeepsChannels ? mMaxChannels : mGeneratorWidths[index++];
 		if (!generator)
 		{
 			continue;
