@@ -123,7 +123,8 @@ Generator ItemBuilder::MakeContent(Nest const& inNest, SN::AudioChannelLayout co
 	mBuilt.mSettlingFrames +=
 		std::llround(static_cast<double>(nest.mAheadFrames + nest.mSettlingFrames) / mSpeed);
 	mBuilt.mIsClonable = mBuilt.mIsClonable && nest.mIsClonable;
-	ContentWindow const window{GetFirstFrame(mTools.ToFrames(inNest.mStart)), mIsBackwards,
+	ContentWindow const window{GetFirstFrame(mTools.ToFrames(inNest.mStart)),
+		std::llround(static_cast<double>(mSite.mLength) * mSpeed), mIsBackwards,
 		mTools.ToTime(mBuilt.mLatency), mSpeed, nest.mAheadFrames, nest.mSettlingFrames};
 	return zorvcore::classref::MakeObject<NestedContent>(nest.mGenerator, mTools.GetContext(),
 		mTools.GetFrameRate(), static_cast<unsigned>(inLayout.size()), window);

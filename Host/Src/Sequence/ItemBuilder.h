@@ -41,6 +41,8 @@ struct ItemSite
 	Mixdown const& mMixdown;
 	// Frames by which it begins before its own start, under a crossfade.
 	std::int64_t mExtension = 0;
+	// In frames, with what is under crossfades.
+	std::int64_t mLength = 0;
 	std::function<BuiltNest(Nest const&, Place const&)> const& mBuildNest;
 };
 

@@ -75,7 +75,7 @@ ItemListBuilder::Placed ItemListBuilder::PlaceItem(Item const& inItem) const
 		RefuseItem(inItem, "it ends beyond 50 hours");
 	}
 	placed.mBody = placed.mWhole;
-	placed.mFirstHeard = placed.mWhole.mFirst;
+	placed.mHeard = placed.mWhole;
 	return placed;
 }
 
@@ -109,7 +109,8 @@ void ItemListBuilder::PlaceCrossfade(Crossfade const& inCrossfade)
 	}
 	outgoing.mBody.mEnd = stretch.mFirst;
 	incoming.mBody.mFirst = stretch.mEnd;
-	incoming.mFirstHeard = stretch.mFirst;
+	outgoing.mHeard.mEnd = stretch.mEnd;
+	incoming.mHeard.mFirst = stretch.mFirst;
 	incoming.mCrossfade = &inCrossfade;
 	incoming.mCrossfaded = stretch;
 }
@@ -147,7 +148,8 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 {
 	Place place = mSite.mPlace;
 	place.mItemName = &inItem.mName;
-	ItemSite const site{place, mTrack.mLayout, mSite.mMixdown, inPlaced.mWhole.mFirst - inPlaced.mFirstHeard,
+	ItemSite const site{place, mTrack.mLayout, mSite.mMixdown,
+		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, inPlaced.mHeard.mEnd - inPlaced.mHeard.mFirst,
 		mSite.mBuildNest};
 	BuiltItem const built = ItemBuilder(mTools, site).Build(inItem);
 	mBuilt.mSettlingFrames = std::max(mBuilt.mSettlingFrames, built.mSettlingFrames);
@@ -157,7 +159,7 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 
 	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = built.mGenerator;
 	Stretch const& body = inPlaced.mBody;
-	item->Init(mTools.ToTime(body.mFirst), mTools.ToTime(body.mEnd), mTools.ToTime(inPlaced.mFirstHeard),
+	item->Init(mTools.ToTime(body.mFirst), mTools.ToTime(body.mEnd), mTools.ToTime(inPlaced.mHeard.mFirst),
 		mTools.GetFrameRate());
 	if (inPlaced.mCrossfade)
 	{

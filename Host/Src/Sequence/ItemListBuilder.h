@@ -65,8 +65,8 @@ private:
 		Stretch mWhole;
 		// What is heard of it alone, at full level.
 		Stretch mBody;
-		// Begins at mWhole, save under a crossfade.
-		std::int64_t mFirstHeard = 0;
+		// As mWhole, but for what is under crossfades beyond.
+		Stretch mHeard;
 		// The one at its start.
 		Crossfade const* mCrossfade = nullptr;
 		Stretch mCrossfaded;

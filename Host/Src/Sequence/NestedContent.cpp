@@ -63,6 +63,11 @@ bool NestedContent::NeedsToSettle() const
 	return mDiscarded.GetNumChannels() != 0 && !mContext->IsDelayCompensationDisabled();
 }
 
+bool NestedContent::IsInTurn(std::int64_t inFrame, bool inReverse) const
+{
+	return mNextFrame ? *mNextFrame == inFrame : inReverse ? inFrame > mWindow.mFrames : inFrame < 0;
+}
+
 void NestedContent::Settle(std::int64_t inFrame, std::int64_t inCount, bool inReverse)
 {
 	for (std::int64_t remaining = inCount; remaining > 0;)
@@ -98,7 +103,7 @@ void NestedContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& i
 	std::int64_t const frame = inTime.ToFrame64(mFrameRate);
 	std::int64_t const count = ioBuffer.GetUseSize();
 	std::int64_t const begin = inReverse ? frame + count : frame;
-	if (mNextFrame && *mNextFrame != begin && NeedsToSettle())
+	if (NeedsToSettle() && !IsInTurn(begin, inReverse))
 	{
 		Settle(begin, mWindow.mAheadFrames + mWindow.mSettlingFrames, inReverse);
 	}

@@ -16,6 +16,8 @@ struct ContentWindow
 {
 	// The content's frame that stands at the item's frame 0.
 	std::int64_t mFirstFrame = 0;
+	// Of the item, in frames of content.
+	std::int64_t mFrames = 0;
 	// Frame k of the item is the content's mFirstFrame - k instead of mFirstFrame + k.
 	bool mIsBackwards = false;
 	// What the item prerolls its source ahead by, and the frames of content that pass in one of the item's.
@@ -34,8 +36,8 @@ struct ContentWindow
 //          playback it settles there at once.
 // Delay    A playback has the sequence filled for as long as it needs to settle.
 // Jumps    Where it is read elsewhere than where the last block has ended, as when a playback comes round to
-//          the start of its loop, it settles first: what it needs is rendered and thrown away. A playback's
-//          first block behind a preroll goes without: it is that of filling.
+//          the start of its loop, it settles first: what it needs is rendered and thrown away. A playback
+//          that fills the item begins outside of it, and so needs nothing more.
 // Threads  As for the sequence. Nothing allocates after the constructor.
 class NestedContent final : public SN::IAudioGenerator
 {
@@ -65,6 +67,8 @@ private:
 	SN::TickTime MapRun(std::int64_t inFirstFrame, std::int64_t inCount) const;
 	bool MapDirection(bool inReverse) const { return inReverse != mWindow.mIsBackwards; }
 	bool NeedsToSettle() const;
+	// Whether a block that begins at an item's frame, in reverse ends there, follows what was rendered.
+	bool IsInTurn(std::int64_t inFrame, bool inReverse) const;
 	// Renders so many of the item's frames before one, in reverse behind it, and throws them away.
 	void Settle(std::int64_t inFrame, std::int64_t inCount, bool inReverse);
 
