@@ -38,7 +38,13 @@ void ChainBuilder::Add(Fader const& inFader)
 
 void ChainBuilder::Add(Effect const& inEffect)
 {
-	Processor const effect = inEffect.mMake(mTools.GetContext(), mTools.GetFrameRate(), mSite.mInput);
+	Processor const effect = inEffect.mMake
+								 ? inEffect.mMake(mTools.GetContext(), mTools.GetFrameRate(), mSite.mInput)
+								 : Processor();
+	if (!effect)
+	{
+		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " cannot be made");
+	}
 	std::int64_t const latency = mTools.GetLatency(*effect);
 	if (latency < 0)
 	{
@@ -75,6 +81,10 @@ void ChainBuilder::Add(Send const& inSend)
 
 void ChainBuilder::Add(Meter const& inMeter)
 {
+	if (!inMeter.mSetter)
+	{
+		Refuse(mSite.mPlace, "a meter shows nothing to anybody");
+	}
 	Processor meter;
 	CheckEngineResult(mTools.GetFactory().CreateAudioMeterRenderer(
 						  mTools.GetContext(), mTools.GetFrameRate(), inMeter.mSetter, &meter),

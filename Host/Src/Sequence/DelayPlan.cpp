@@ -77,6 +77,11 @@ void DelayPlan::RefuseCircle(std::vector<std::size_t> const& inFeeders) const
 	{
 		node = findFeeder(node);
 	}
+	std::size_t const anywhere = node;
+	for (std::size_t feeder = findFeeder(anywhere); feeder != anywhere; feeder = findFeeder(feeder))
+	{
+		node = std::min(node, feeder);
+	}
 	std::string circle = mNodes[node].mName;
 	for (std::size_t feeder = findFeeder(node); feeder != node; feeder = findFeeder(feeder))
 	{

@@ -16,6 +16,7 @@ namespace SonaroHost::Sequence
 
 BuiltItem ItemBuilder::Build(Item const& inItem)
 {
+	CheckContent(inItem);
 	double const speed = GetReadingSpeed(inItem);
 	mIsSilent = speed == 0.0;
 	mIsBackwards = speed < 0.0;
@@ -40,12 +41,31 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	return std::move(mBuilt);
 }
 
-double ItemBuilder::GetReadingSpeed(Item const& inItem) const
+void ItemBuilder::CheckContent(Item const& inItem) const
 {
+	if (Nest const* const nest = std::get_if<Nest>(&inItem.mContent))
+	{
+		if (!nest->mSequence)
+		{
+			Refuse(mSite.mPlace, "it has no sequence");
+		}
+	}
+	else if (auto const& media = std::get<Clip>(inItem.mContent).mMedia; !media || !media->mOpen)
+	{
+		Refuse(mSite.mPlace, "it has no recording");
+	}
+	else if (!(media->mSampleRate > 0.0) || !std::isfinite(media->mSampleRate))
+	{
+		Refuse(mSite.mPlace, "the sample rate of " + Quote(media->mName) + " is none");
+	}
 	if (!std::isfinite(inItem.mSpeed))
 	{
 		Refuse(mSite.mPlace, "a speed is a finite number");
 	}
+}
+
+double ItemBuilder::GetReadingSpeed(Item const& inItem) const
+{
 	Clip const* const clip = std::get_if<Clip>(&inItem.mContent);
 	double const rate = mTools.GetFrameRate().GetSamplesPerSecond();
 	return clip ? inItem.mSpeed * (clip->mMedia->mSampleRate / rate) : inItem.mSpeed;

@@ -67,6 +67,7 @@ public:
 	BuiltItem Build(Item const& inItem);
 
 private:
+	void CheckContent(Item const& inItem) const;
 	// Frames of content for one of the item's, below 0 backwards, 0 for silence.
 	double GetReadingSpeed(Item const& inItem) const;
 	void CheckSpeed() const;

@@ -1,5 +1,6 @@
 #include "SequenceBuilder.h"
 
+#include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/RenderContextScope.h"
 
 #include <algorithm>
@@ -38,6 +39,7 @@ BuiltSequence SequenceBuilder::Build()
 	}
 	for (Node& node : mNodes)
 	{
+		CheckLayout(node);
 		BuildChain(node);
 	}
 	// Before any item is made, since a circle is what the whole sequence suffers from.
@@ -110,6 +112,16 @@ Place SequenceBuilder::GetPlace(Node const& inNode) const
 							 : inNode.mKind == Kind::eSubmix ? "submix"
 															 : "sequence";
 	return {kind, &mSite.mPrefix, inNode.mName, nullptr};
+}
+
+void SequenceBuilder::CheckLayout(Node const& inNode) const
+{
+	std::size_t const channels = inNode.mLayout->size();
+	if (channels == 0 || channels > kMaxChannels)
+	{
+		Refuse(GetPlace(inNode), "a layout has 1 to " + std::to_string(kMaxChannels) + " channels, not " +
+									 std::to_string(channels));
+	}
 }
 
 void SequenceBuilder::BuildChain(Node& ioNode)

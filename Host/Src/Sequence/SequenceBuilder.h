@@ -85,6 +85,7 @@ private:
 	void ListNodes();
 	std::size_t FindDestination(Output const& inOutput, Place const& inPlace) const;
 	Place GetPlace(Node const& inNode) const;
+	void CheckLayout(Node const& inNode) const;
 	void BuildChain(Node& ioNode);
 	void BuildItems(Node& ioNode, Track const& inTrack, std::size_t inReportIndex);
 	DelayPlan MakePlan() const;
