@@ -1,0 +1,535 @@
+// Whole sequences whose branches have latencies of their own, against what is to be heard of them: samples
+// are whole numbers and all gains powers of two, so that sums are exact and one sample astray shows.
+
+#include "SonaroHost/Sequence/SequenceGraph.h"
+#include "MemoryMedia.h"
+#include "Sonaro/Prefetcher.h"
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/RenderContextScope.h"
+#include "Support/Pull.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+#include <string>
+#include <utility>
+
+namespace SonaroHost::Sequence::Testing
+{
+namespace
+{
+
+using SN::Testing::k48000Hz;
+using SN::Testing::Samples;
+
+// How a sequence is rendered.
+struct Rendering
+{
+	std::int64_t mFirstFrame = 0;
+	unsigned mFrames = 0;
+	bool mIsPlayback = false;
+	SN::Testing::BlockSizes mBlocks = SN::Testing::BlocksOf(256);
+	// With a length, playback goes round from its end to its start.
+	std::int64_t mLoopFirst = 0;
+	std::int64_t mLoopEnd = 0;
+};
+
+SN::TickTime Frames(std::int64_t inFrames)
+{
+	return {inFrames, k48000Hz};
+}
+
+// Where a block has to end, at the latest, that begins at a frame of a loop: wherever a track that runs ahead
+// reaches the loop's end.
+std::int64_t FindBlockEnd(SequenceGraph const& inGraph, std::int64_t inLoopEnd, std::int64_t inFrame)
+{
+	std::int64_t end = inLoopEnd;
+	for (std::int64_t const ahead : inGraph.GetAheadFrames())
+	{
+		end = inLoopEnd - ahead > inFrame ? std::min(end, inLoopEnd - ahead) : end;
+	}
+	return end;
+}
+
+// What is wanted, in mono or stereo, without what warms up.
+Samples PullAll(SequenceGraph const& inGraph, Rendering const& inRendering)
+{
+	Samples result(inGraph.GetLayout().size());
+	bool const isLooping = inRendering.mLoopEnd > 0;
+	std::int64_t frame = inRendering.mFirstFrame - inGraph.GetWarmUpFrames();
+	inGraph.GetGenerator()->Preroll(Frames(frame), false);
+	for (std::int64_t remaining = inRendering.mFrames + inGraph.GetWarmUpFrames(); remaining > 0;)
+	{
+		std::int64_t count = std::min<std::int64_t>(inRendering.mBlocks(), remaining);
+		count =
+			isLooping ? std::min(count, FindBlockEnd(inGraph, inRendering.mLoopEnd, frame) - frame) : count;
+		dsp::AudioBuffer block(result.size(), static_cast<unsigned>(count));
+		inGraph.GetGenerator()->GetAudioData(Frames(frame), block, false);
+		for (std::size_t channel = 0; channel < result.size(); ++channel)
+		{
+			bool const isSilent = block.IsChannelSilent(channel);
+			result[channel].resize(result[channel].size() + block.GetUseSize());
+			std::copy_n(block.GetChannel(channel), isSilent ? 0 : count, result[channel].end() - count);
+		}
+		remaining -= count;
+		frame += count;
+		frame = isLooping && frame == inRendering.mLoopEnd ? inRendering.mLoopFirst : frame;
+	}
+	for (std::vector<float>& samples : result)
+	{
+		samples.erase(samples.begin(), samples.begin() + inGraph.GetWarmUpFrames());
+	}
+	return result;
+}
+
+Samples Render(Description const& inDescription, Rendering const& inRendering)
+{
+	SN::Prefetcher prefetcher;
+	prefetcher.mStart = Frames(inRendering.mLoopFirst);
+	prefetcher.mEnd = Frames(inRendering.mLoopEnd);
+	prefetcher.mLoopEnabled = inRendering.mLoopEnd > 0;
+	RenderContextScope const context(
+		256, SN::kTimeMax, SN::ImmutableString("test"), inRendering.mIsPlayback ? &prefetcher : nullptr);
+	SequenceGraph const graph(inDescription, context.Get(), k48000Hz);
+	graph.GetGenerator()->InitializeAudioFilters();
+	Samples const result = PullAll(graph, inRendering);
+	graph.GetGenerator()->ShutdownAudioFilters();
+	return result;
+}
+
+constexpr std::int64_t kMediaFrames = 20000;
+constexpr unsigned kFrames = 6000;
+
+// Never 0 within the recording.
+float Noise(std::int64_t inFrame)
+{
+	bool const isInside = inFrame >= 0 && inFrame < kMediaFrames;
+	return isInside ? static_cast<float>((inFrame * 7919 + 13) % 1009 + 1) : 0.0f;
+}
+
+// At so many samples a second.
+std::shared_ptr<Media const> MakeMedia(double inSampleRate, float (*inSample)(std::int64_t))
+{
+	MemoryMedia::Samples samples(1);
+	for (std::int64_t frame = 0; frame < kMediaFrames; ++frame)
+	{
+		samples[0].push_back(inSample(frame));
+	}
+	return std::make_shared<MemoryMedia const>(inSampleRate, samples);
+}
+
+Effect Late(std::int64_t inFrames)
+{
+	return {"late", LatentEffect{inFrames}};
+}
+
+Item MakeClip(std::int64_t inFirst, std::int64_t inEnd, std::int64_t inMediaFrame, std::int64_t inLatency = 0)
+{
+	Item item;
+	item.mName = "clip";
+	item.mStart = Frames(inFirst);
+	item.mEnd = Frames(inEnd);
+	static auto const sNoise = MakeMedia(48000, &Noise);
+	item.mContent = Clip{sNoise, inMediaFrame, {}};
+	if (inLatency > 0)
+	{
+		item.mChain.mStages.emplace_back(Late(inLatency));
+	}
+	return item;
+}
+
+Track MakeTrack(std::vector<Item> inItems, std::vector<Stage> inStages = {}, Output const& inOutput = {})
+{
+	Track track;
+	track.mName = "track";
+	track.mLayout = zorvmediatypes::CreateMonoChannelLayout();
+	track.mItems = std::move(inItems);
+	track.mChain.mStages = std::move(inStages);
+	track.mOutput = inOutput;
+	return track;
+}
+
+Submix MakeSubmix(std::vector<Stage> inStages, Output const& inOutput = {})
+{
+	Submix submix;
+	submix.mName = "submix";
+	submix.mLayout = zorvmediatypes::CreateMonoChannelLayout();
+	submix.mChain.mStages = std::move(inStages);
+	submix.mOutput = inOutput;
+	return submix;
+}
+
+Output ToSubmix(std::size_t inSubmix)
+{
+	return {Output::Kind::eSubmix, inSubmix};
+}
+
+Stage SendTo(std::size_t inSubmix)
+{
+	return Send{inSubmix, {}, {}};
+}
+
+Description MakeSequence(
+	std::vector<Track> inTracks, std::vector<Submix> inSubmixes = {}, std::vector<Stage> inMaster = {})
+{
+	Description description;
+	description.mName = "sequence";
+	description.mLayout = zorvmediatypes::CreateMonoChannelLayout();
+	description.mTracks = std::move(inTracks);
+	description.mSubmixes = std::move(inSubmixes);
+	description.mMaster.mStages = std::move(inMaster);
+	return description;
+}
+
+// The two clips that every track below plays: from 500 on, and from 3000 on.
+std::vector<Item> MakeClips(std::int64_t inLatency = 0)
+{
+	return {MakeClip(500, 2000, 100, inLatency), MakeClip(3000, 5000, 4000, inLatency)};
+}
+
+float GetClips(std::int64_t inFrame)
+{
+	return inFrame >= 500 && inFrame < 2000    ? Noise(inFrame - 400)
+		   : inFrame >= 3000 && inFrame < 5000 ? Noise(inFrame + 1000)
+											   : 0.0f;
+}
+
+Item MakeNest(std::shared_ptr<Description const> const& inSequence, std::int64_t inFirst, std::int64_t inEnd,
+	std::int64_t inStart, std::int64_t inLatency = 0)
+{
+	Item item = MakeClip(inFirst, inEnd, 0, inLatency);
+	item.mName = "nest";
+	item.mContent = Nest{inSequence, Frames(inStart)};
+	return item;
+}
+
+// The same sequence within so many others, the clips in their place in every one.
+Description NestDeep(Description const& inInnermost, int inDepth, std::int64_t inItemLatency)
+{
+	Description description = inInnermost;
+	for (int depth = 0; depth < inDepth; ++depth)
+	{
+		auto const inner = std::make_shared<Description const>(std::move(description));
+		description = MakeSequence(
+			{MakeTrack({MakeNest(inner, 0, 7000, 0, inItemLatency)}, {Late(5)}), MakeTrack({}, {Late(77)})});
+	}
+	return description;
+}
+
+struct Branches
+{
+	char const* mName;
+	Description mDescription;
+	// Of the clips.
+	float mGain = 1.0f;
+};
+
+std::vector<Branches> MakeBranches(std::int64_t inItemLatency)
+{
+	auto const clips = MakeClips(inItemLatency);
+	Description const sends = MakeSequence({MakeTrack(clips, {SendTo(0), Late(300), SendTo(1), Late(40)}),
+											   MakeTrack(clips, {Late(7), SendTo(0)})},
+		{MakeSubmix({Late(90), SendTo(1)}), MakeSubmix({Late(11)})}, {Late(3)});
+	Track const toSends = MakeTrack(clips, {Late(9), SendTo(0)}, {Output::Kind::eNone, 0});
+	return {
+		{"plain", MakeSequence({MakeTrack(clips)}), 1},
+		{"tracks",
+			MakeSequence({MakeTrack(clips, {Late(1)}), MakeTrack(clips, {Late(700)}), MakeTrack(clips)}), 3},
+		{"submixes",
+			MakeSequence({MakeTrack(clips, {Late(3)}, ToSubmix(1)), MakeTrack(clips),
+							 MakeTrack(clips, {}, ToSubmix(0))},
+				{MakeSubmix({Late(20)}), MakeSubmix({Late(200)}, ToSubmix(0))}, {Late(64)}),
+			3},
+		// To the master twice; to submix 0 twice and from there to the master and to submix 1, to which the
+		// first track sends too.
+		{"sends", sends, 2 + 2 + 2 + 1},
+		{"sends alone", MakeSequence({toSends, MakeTrack(clips, {Late(1000)})}, {MakeSubmix({})}), 2},
+		{"nested", NestDeep(MakeSequence({MakeTrack(clips)}), 3, 0), 1},
+		{"nested sends", NestDeep(sends, 2, 0), 7},
+	};
+}
+
+void ExpectClips(Samples const& inSamples, std::int64_t inFirstFrame, float inGain)
+{
+	Samples expected(1);
+	for (std::size_t frame = 0; frame < inSamples[0].size(); ++frame)
+	{
+		expected[0].push_back(inGain * GetClips(inFirstFrame + static_cast<std::int64_t>(frame)));
+	}
+	EXPECT_EQ(SN::Testing::DescribeDifference(inSamples, expected), "");
+}
+
+TEST(SequenceGraph, EveryBranchArrivesAtItsNominalSample)
+{
+	for (std::int64_t const itemLatency : {0, 150})
+	{
+		for (Branches const& branches : MakeBranches(itemLatency))
+		{
+			// From the start, and from within a clip.
+			for (std::int64_t const first : {0, 1003})
+			{
+				for (unsigned const block : {0u, 1u, 256u})
+				{
+					SCOPED_TRACE(testing::Message()
+								 << branches.mName << ", items " << itemLatency << ", from " << first);
+					auto const blocks =
+						block == 0 ? SN::Testing::RandomBlocks(1, 256) : SN::Testing::BlocksOf(block);
+					ExpectClips(Render(branches.mDescription, {first, kFrames, false, blocks}), first,
+						branches.mGain);
+					ExpectClips(
+						Render(branches.mDescription, {first, kFrames, true, blocks}), first, branches.mGain);
+				}
+			}
+		}
+	}
+}
+
+// The samples of the recordings are their own frames, so that what is heard tells where it was read.
+TEST(SequenceGraph, ResampledItemsAreReadWhereTheyShould)
+{
+	struct Case
+	{
+		double mSampleRate;
+		double mSpeed;
+		std::int64_t mLatency;
+		bool mIsNested;
+	};
+	// So many frames behind a start, the resampler has heard nothing but the recording.
+	constexpr std::int64_t kTransient = 100;
+	for (Case const& test :
+		{Case{48000, 0.5, 0, false}, {48000, 1.7, 0, false}, {48000, 0.3, 51, false}, {48000, 3.0, 50, false},
+			{44100, 1.0, 0, false}, {96000, 1.0, 33, false}, {48000, -1.0, 0, false},
+			{48000, -1.0, 20, false}, {44100, -1.3, 0, false}, {48000, -0.4, 31, false},
+			{48000, 0.5, 0, true}, {48000, 1.5, 20, true}, {48000, -1.0, 0, true}, {48000, -2.0, 7, true}})
+	{
+		SCOPED_TRACE(testing::Message() << test.mSampleRate << " Hz at " << test.mSpeed << ", latency "
+										<< test.mLatency << (test.mIsNested ? ", nested" : ""));
+		auto const ramp =
+			MakeMedia(test.mSampleRate, [](std::int64_t inFrame) { return static_cast<float>(inFrame); });
+		Item item = MakeClip(1000, 3000, 0, test.mLatency);
+		item.mSpeed = test.mSpeed;
+		item.mContent = Clip{ramp, 9000, {}};
+		if (test.mIsNested)
+		{
+			// Items have no reverse.
+			Item whole = MakeClip(0, kMediaFrames, 0, test.mSpeed > 0 ? 11 : 0);
+			whole.mContent = Clip{ramp, 0, {}};
+			auto const nested = std::make_shared<Description const>(
+				MakeSequence({MakeTrack({whole}, {Late(200)}), MakeTrack({}, {Late(300)})}));
+			item.mContent = Nest{nested, Frames(9000)};
+		}
+		double const step = test.mSpeed * test.mSampleRate / 48000;
+		for (bool const isPlayback : {false, true})
+		{
+			Samples const samples = Render(MakeSequence({MakeTrack({item})}), {0, 4000, isPlayback});
+			EXPECT_EQ(samples[0][999], 0.0f);
+			EXPECT_EQ(samples[0][3000], 0.0f);
+			double largest = 0.0;
+			for (std::int64_t frame = kTransient; frame < 2000; ++frame)
+			{
+				double const expected = 9000 + static_cast<double>(frame) * step;
+				largest = std::max(
+					largest, std::abs(samples[0][static_cast<std::size_t>(1000 + frame)] - expected));
+			}
+			// A latency is a whole number of the item's frames, each of which counts so much of the content.
+			EXPECT_LT(largest, test.mLatency > 0 && test.mSpeed != -1.0 ? 1.01 : 0.05);
+		}
+	}
+}
+
+// Moves, holds and jumps, from an origin on.
+NumberParameter MakeCurve(std::int64_t inOrigin)
+{
+	auto const parameter = AutomationParameter<float>::Create(1.0f);
+	parameter->SetCurve(std::make_shared<AutomationCurve const>(
+		std::vector<AutomationPoint>{{Frames(inOrigin + 700), 1.0, Interpolation::eLinear},
+			{Frames(inOrigin + 1500), 0.25, Interpolation::eHold},
+			{Frames(inOrigin + 3300), 0.75, Interpolation::eSmooth},
+			{Frames(inOrigin + 4400), 0.0, Interpolation::eHold}}));
+	return parameter;
+}
+
+// A curve everywhere that one can stand, each behind latent effects. inLatency: whole control blocks.
+Description MakeAutomated(std::int64_t inLatency)
+{
+	auto const clip = [&]
+	{
+		Item item = MakeClip(500, 5500, 100, inLatency);
+		item.mChain.mStages.emplace_back(Fader{MakeCurve(-500), {}});
+		return item;
+	};
+	Fader const fader{MakeCurve(0), {}};
+	Track const toSubmix = MakeTrack({clip()}, {Late(inLatency), Send{0, fader, {}}, fader}, ToSubmix(0));
+	Track panned = MakeTrack({clip()}, {Late(inLatency), Late(inLatency)});
+	panned.mChain.mPan = MakeCurve(100);
+	Description description =
+		MakeSequence({toSubmix, panned}, {MakeSubmix({Late(inLatency), fader})}, {Late(inLatency), fader});
+	description.mLayout = zorvmediatypes::CreateStereoChannelLayout();
+	return description;
+}
+
+TEST(SequenceGraph, CurvesAreDelayedWithTheirSound)
+{
+	Rendering const rendering{0, kFrames};
+	Samples const expected = Render(MakeAutomated(0), rendering);
+	EXPECT_NE(expected[0][2500], 0.0f);
+	for (std::int64_t const latency : {kControlInterval, 10 * kControlInterval})
+	{
+		Samples const samples = Render(MakeAutomated(latency), rendering);
+		EXPECT_EQ(SN::Testing::DescribeDifference(samples, expected), "") << latency;
+	}
+}
+
+TEST(SequenceGraph, LoopsComeRoundWithoutASeam)
+{
+	for (Branches const& branches : MakeBranches(0))
+	{
+		for (unsigned const seed : {1u, 2u})
+		{
+			SCOPED_TRACE(branches.mName);
+			Rendering rendering{1000, 3 * 3000, true, SN::Testing::RandomBlocks(seed, 256)};
+			rendering.mLoopFirst = 1000;
+			rendering.mLoopEnd = 4000;
+			Samples const samples = Render(branches.mDescription, rendering);
+			for (std::ptrdiff_t pass = 0; pass < 3; ++pass)
+			{
+				auto const begin = samples[0].begin() + pass * 3000;
+				ExpectClips({{begin, begin + 3000}}, 1000, branches.mGain);
+			}
+		}
+	}
+}
+
+// Cloned or built anew, under any item.
+TEST(SequenceGraph, EachInstanceOfASequenceKeepsItsOwnTime)
+{
+	std::vector<Branches> all = MakeBranches(0);
+	all.push_back({"latent items", MakeSequence({MakeTrack(MakeClips(60), {Late(8)})}, {}, {Late(31)}), 1});
+	for (Branches const& branches : all)
+	{
+		auto const nested = std::make_shared<Description const>(branches.mDescription);
+		std::vector<Track> tracks;
+		for (std::int64_t instance = 0; instance < 5; ++instance)
+		{
+			tracks.push_back(MakeTrack({MakeNest(nested, instance * 100, 2500, 0, instance),
+				MakeNest(nested, 2500, 5500, 2500 - instance * 100)}));
+		}
+		for (bool const isPlayback : {false, true})
+		{
+			SCOPED_TRACE(std::string(branches.mName) + (isPlayback ? ", playback" : ""));
+			Samples const samples = Render(MakeSequence(tracks), {0, 5500, isPlayback});
+			Samples expected(1, std::vector<float>(5500));
+			for (std::int64_t frame = 0; frame < 5500; ++frame)
+			{
+				for (std::int64_t instance = 0; instance < 5; ++instance)
+				{
+					expected[0][static_cast<std::size_t>(frame)] +=
+						branches.mGain * GetClips(frame - instance * 100);
+				}
+			}
+			EXPECT_EQ(SN::Testing::DescribeDifference(samples, expected), "");
+		}
+	}
+}
+
+std::string GetRefusal(Description const& inDescription)
+{
+	try
+	{
+		Render(inDescription, {0, 1});
+	}
+	catch (HostError const& error)
+	{
+		EXPECT_EQ(error.GetKind(), HostError::Kind::eRequest);
+		return error.what();
+	}
+	return "none";
+}
+
+TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
+{
+	auto const name = [](auto inNamed, char const* inName)
+	{
+		inNamed.mName = inName;
+		return inNamed;
+	};
+	auto const clip = name(MakeClip(0, 100, 0), "take 1");
+	Track crossfaded = MakeTrack({clip, MakeClip(100, 200, 0)});
+	Track faded = crossfaded;
+	crossfaded.mCrossfades = {{0, Frames(101), Frames(0)}};
+	faded.mCrossfades = {{0, Frames(10), Frames(10)}};
+	faded.mItems[0].mFadeOut.mLength = Frames(5);
+	Item fast = clip;
+	fast.mSpeed = 2000;
+	auto const own = std::make_shared<Description>(MakeSequence({}));
+	own->mName = "loop";
+	own->mTracks = {MakeTrack({name(MakeNest(own, 0, 100, 0), "itself")})};
+	std::vector<Submix> const circle = {name(MakeSubmix({}, ToSubmix(1)), "hall"),
+		name(MakeSubmix({SendTo(2)}), "plate"), name(MakeSubmix({}, ToSubmix(0)), "drums"),
+		MakeSubmix({}, ToSubmix(2))};
+	std::pair<Description, std::string> const cases[] = {
+		{MakeSequence({}, circle), "sends run in a circle: hall -> plate -> drums -> hall; take out one"},
+		{MakeSequence({}, {MakeSubmix({SendTo(0)})}),
+			"sends run in a circle: submix -> submix; take out one"},
+		{MakeSequence({MakeTrack({}, {SendTo(1)})}, {MakeSubmix({})}),
+			"track 'track': it sends to submix 1 of 1"},
+		{MakeSequence({MakeTrack({clip, clip})}), "track 'track', item 'take 1': it begins before the end"},
+		{MakeSequence({crossfaded}), "track 'track', item 'take 1': the crossfade at its end reaches"},
+		{MakeSequence({faded}), "track 'track', item 'take 1': a fade stands at an end that a crossfade"},
+		{MakeSequence({MakeTrack({fast})}), "track 'track', item 'take 1': so fast, its blocks would be"},
+		{MakeSequence({MakeTrack({name(MakeNest(own, 0, 100, 0), "inner")})}),
+			"track 'track / inner / track', item 'itself': the sequence 'loop' is nested in itself"},
+	};
+	for (auto const& [description, message] : cases)
+	{
+		EXPECT_EQ(GetRefusal(description).substr(0, message.size()), message);
+	}
+	// It holds itself.
+	own->mTracks.clear();
+}
+
+TEST(SequenceGraph, ReportsWhereEverythingStands)
+{
+	auto const nested = std::make_shared<Description const>(
+		MakeSequence({MakeTrack({MakeClip(10, 20, 0, 4)}, {Late(30)}), MakeTrack({MakeClip(0, 5, 0)})}));
+	std::vector<Item> const nests = {MakeNest(nested, 100, 200, 0), MakeNest(nested, 200, 300, 0)};
+	Description const description =
+		MakeSequence({MakeTrack(nests, {Late(7), SendTo(0)})}, {MakeSubmix({Late(5)})}, {Late(2)});
+	RenderContextScope const context(256, SN::kTimeMax, SN::ImmutableString("test"));
+	SequenceGraph const graph(description, context.Get(), SN::Testing::k48000Hz);
+	std::ostringstream text;
+	for (TrackReport const& track : graph.GetReport().mTracks)
+	{
+		text << track.mPlace << " ahead " << track.mAheadFrames << " late " << track.mLatencyFrames
+			 << " waits " << track.mWaitFrames << "\n";
+	}
+	for (ItemReport const& item : graph.GetReport().mItems)
+	{
+		text << item.mTrack << " " << item.mName << " " << item.mFirstFrame << " to " << item.mEndFrame
+			 << " late " << item.mLatencyFrames << "\n";
+	}
+	EXPECT_EQ(text.str(), R"(track ahead 14 late 7 waits 5
+submix ahead 7 late 5 waits 0
+master ahead 2 late 2 waits 0
+track / nest / track ahead 30 late 30 waits 0
+track / nest / track ahead 0 late 0 waits 0
+track / nest / master ahead 0 late 0 waits 0
+track / nest / track ahead 30 late 30 waits 0
+track / nest / track ahead 0 late 0 waits 0
+track / nest / master ahead 0 late 0 waits 0
+3 clip 10 to 20 late 4
+4 clip 0 to 5 late 0
+0 nest 100 to 200 late 0
+6 clip 10 to 20 late 4
+7 clip 0 to 5 late 0
+0 nest 200 to 300 late 0
+)");
+	EXPECT_EQ(graph.GetAheadFrames(), (std::vector<std::int64_t>{2, 7, 14}));
+}
+
+} // namespace
+} // namespace SonaroHost::Sequence::Testing
