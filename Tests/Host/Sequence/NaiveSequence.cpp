@@ -8,7 +8,7 @@
 #include <functional>
 #include <map>
 #include <numbers>
-#include <stdexcept>
+#include <numeric>
 
 namespace SonaroHost::Sequence::Testing
 {
@@ -39,9 +39,16 @@ double GetLevel(Fader const& inFader, SN::TickTime const& inTime)
 	return isMuted ? 0.0 : inFader.mGain ? GetValue(inFader.mGain, inTime) : 1.0;
 }
 
-bool IsOn(MuteSwitch const& inSwitch)
+LatentEffect GetEffect(Stage const& inStage)
 {
-	return inSwitch && inSwitch->Get() != 0;
+	auto const* const effect = std::get_if<Effect>(&inStage);
+	return effect ? *effect->mMake.target<LatentEffect>() : LatentEffect();
+}
+
+std::int64_t GetLatency(Chain const& inChain)
+{
+	return std::accumulate(inChain.mStages.begin(), inChain.mStages.end(), std::int64_t{0},
+		[](std::int64_t inSum, Stage const& inStage) { return inSum + GetEffect(inStage).mDelayFrames; });
 }
 
 // Gains by output and input channel.
@@ -49,31 +56,28 @@ using Matrix = std::vector<std::vector<double>>;
 
 // 5.1 as left, right, centre, low frequency, left surround, right surround; with the engine's constants,
 // which are cut to a few digits.
-Matrix GetMixdownGains(std::size_t inOutputs, SN::AudioChannelMix::MixdownType51 inType)
+Matrix GetMixdownGains(std::size_t inOutputs, unsigned inType)
 {
+	bool const isMono = inOutputs == kMono;
 	bool const hasRear = inType == SN::AudioChannelMix::kMixdownFrontRear ||
 						 inType == SN::AudioChannelMix::kMixdownFrontRearLFE;
 	bool const hasLow = inType == SN::AudioChannelMix::kMixdownFrontLFE ||
 						inType == SN::AudioChannelMix::kMixdownFrontRearLFE;
-	if (inOutputs == kMono)
-	{
-		double const whole = hasRear && hasLow ? 0.666666 : hasRear ? 0.75 : hasLow ? 0.85714 : 1.0;
-		double const front = whole * 0.333333;
-		double const other = whole / 6.0;
-		double const rear = hasRear ? other : 0.0;
-		return {{front, front, front, hasLow ? other : 0.0, rear, rear}};
-	}
-	double const whole = hasRear && hasLow ? 0.521739 : hasRear || hasLow ? 0.63157 : 0.8;
-	double const other = whole * 0.33;
-	double const rear = hasRear ? other : 0.0;
+	double const whole = hasRear && hasLow ? (isMono ? 0.666666 : 0.521739)
+						 : hasRear         ? (isMono ? 0.75 : 0.63157)
+						 : hasLow          ? (isMono ? 0.85714 : 0.63157)
+										   : (isMono ? 1.0 : 0.8);
+	double const side = whole * (isMono ? 0.333333 : 0.75);
+	double const centre = whole * (isMono ? 0.333333 : 0.5);
+	double const other = whole * (isMono ? 1.0 / 6.0 : 0.33);
 	double const low = hasLow ? other : 0.0;
-	return {
-		{whole * 0.75, 0.0, whole * 0.5, low, rear, 0.0}, {0.0, whole * 0.75, whole * 0.5, low, 0.0, rear}};
+	double const rear = hasRear ? other : 0.0;
+	return isMono ? Matrix{{side, side, centre, low, rear, rear}}
+				  : Matrix{{side, 0.0, centre, low, rear, 0.0}, {0.0, side, centre, low, 0.0, rear}};
 }
 
 // Without a pan. What has no conversion of its own goes by place.
-Matrix GetFixedGains(
-	std::size_t inInputs, std::size_t inOutputs, SN::AudioChannelMix::MixdownType51 inMixdown)
+Matrix GetFixedGains(std::size_t inInputs, std::size_t inOutputs, unsigned inMixdown)
 {
 	if (inInputs == kSurround && inOutputs != kSurround)
 	{
@@ -100,41 +104,42 @@ Matrix GetFixedGains(
 Matrix GetPannedGains(std::size_t inInputs, std::size_t inOutputs, double inPan)
 {
 	Matrix gains(inOutputs, std::vector<double>(inInputs, 0.0));
-	if (inInputs == kMono)
-	{
-		gains[0][0] = std::cos(kQuarterTurn * inPan);
-		gains[1][0] = std::sin(kQuarterTurn * inPan);
-	}
-	else
-	{
-		gains[0][0] = std::sin(kQuarterTurn * std::min(1.0, 2.0 * (1.0 - inPan)));
-		gains[1][1] = std::sin(kQuarterTurn * std::min(1.0, 2.0 * inPan));
-	}
+	bool const isSingle = inInputs == kMono;
+	double const reach = isSingle ? 1.0 : 2.0;
+	gains[0][0] = std::sin(kQuarterTurn * std::min(1.0, reach * (1.0 - inPan)));
+	gains[1][isSingle ? 0 : 1] = std::sin(kQuarterTurn * std::min(1.0, reach * inPan));
 	return gains;
 }
 
-Signal Apply(Matrix const& inGains, Signal const& inSound)
+Signal MakeSilence(std::size_t inChannels, std::int64_t inFrames)
 {
-	Signal result(inGains.size(), std::vector<double>(inSound.front().size(), 0.0));
-	for (std::size_t output = 0; output < inGains.size(); ++output)
+	return Signal(inChannels, std::vector<double>(static_cast<std::size_t>(inFrames), 0.0));
+}
+
+Signal Convert(Signal const& inSound, std::size_t inOutputs, NumberParameter const& inPan, unsigned inMixdown)
+{
+	Matrix const gains = inPan ? GetPannedGains(inSound.size(), inOutputs, GetValue(inPan, {}))
+							   : GetFixedGains(inSound.size(), inOutputs, inMixdown);
+	Signal result(inOutputs, std::vector<double>(inSound.front().size(), 0.0));
+	for (std::size_t output = 0; output < inOutputs; ++output)
 	{
 		for (std::size_t input = 0; input < inSound.size(); ++input)
 		{
-			double const gain = inGains[output][input];
-			for (std::size_t i = 0; gain != 0.0 && i < inSound[input].size(); ++i)
+			for (std::size_t i = 0; gains[output][input] != 0.0 && i < inSound[input].size(); ++i)
 			{
-				result[output][i] += gain * inSound[input][i];
+				result[output][i] += gains[output][input] * inSound[input][i];
 			}
 		}
 	}
 	return result;
 }
 
-void Scale(Signal& ioSound, std::function<double(std::size_t)> const& inGainAt)
+template <class GainAt>
+void Scale(Signal& ioSound, GainAt const& inGainAt)
 {
 	for (std::size_t i = 0; i < ioSound.front().size(); ++i)
 	{
-		double const gain = inGainAt(i);
+		double const gain = inGainAt(static_cast<std::int64_t>(i));
 		for (std::vector<double>& channel : ioSound)
 		{
 			channel[i] *= gain;
@@ -142,439 +147,375 @@ void Scale(Signal& ioSound, std::function<double(std::size_t)> const& inGainAt)
 	}
 }
 
-void Add(Signal const& inSound, Signal& ioSum)
+// Frame 0 of the sound falls on that frame of the sum; what lies beyond it is lost.
+void Add(Signal const& inSound, std::int64_t inFirst, Signal& ioSum)
 {
+	auto const frames = static_cast<std::int64_t>(ioSum.front().size());
+	auto const end = std::min(frames, inFirst + static_cast<std::int64_t>(inSound.front().size()));
 	for (std::size_t channel = 0; channel < ioSum.size(); ++channel)
 	{
-		std::transform(inSound[channel].begin(), inSound[channel].end(), ioSum[channel].begin(),
-			ioSum[channel].begin(), std::plus<>());
+		for (std::int64_t frame = std::max<std::int64_t>(0, inFirst); frame < end; ++frame)
+		{
+			ioSum[channel][static_cast<std::size_t>(frame)] +=
+				inSound[channel][static_cast<std::size_t>(frame - inFirst)];
+		}
 	}
 }
 
-double GetRise(FadeShape inShape, double inProgress)
+double GetRise(FadeShape inShape, std::int64_t inFrame, std::int64_t inFrames)
 {
-	switch (inShape)
-	{
-	case FadeShape::eEqualPower:
-		return std::sin(kQuarterTurn * inProgress);
-	case FadeShape::eSCurve:
-		return inProgress * inProgress * (3.0 - 2.0 * inProgress);
-	default:
-		return inProgress;
-	}
+	double const progress = static_cast<double>(inFrame) / static_cast<double>(inFrames);
+	return inShape == FadeShape::eEqualPower ? std::sin(kQuarterTurn * progress)
+		   : inShape == FadeShape::eSCurve   ? progress * progress * (3.0 - 2.0 * progress)
+											 : progress;
 }
 
 // Where an item is heard, in frames of its track, and how it comes and goes.
 struct Extent
 {
+	double GetGain(std::int64_t inFrame) const
+	{
+		std::int64_t const done = inFrame - mStart;
+		std::int64_t const left = mEnd - inFrame;
+		return (done < mRise ? GetRise(mRiseShape, done, mRise) : 1.0) *
+			   (left <= mFall ? GetRise(mFallShape, left, mFall) : 1.0);
+	}
+
 	std::int64_t mStart = 0;
 	std::int64_t mEnd = 0;
 	std::int64_t mRise = 0;
 	std::int64_t mFall = 0;
 	FadeShape mRiseShape = FadeShape::eLinear;
 	FadeShape mFallShape = FadeShape::eLinear;
-
-	double GetGain(std::int64_t inFrame) const
-	{
-		double gain = 1.0;
-		if (inFrame < mStart + mRise)
-		{
-			gain *= GetRise(mRiseShape, static_cast<double>(inFrame - mStart) / static_cast<double>(mRise));
-		}
-		if (inFrame >= mEnd - mFall)
-		{
-			gain *= GetRise(mFallShape, static_cast<double>(mEnd - inFrame) / static_cast<double>(mFall));
-		}
-		return gain;
-	}
 };
 
-std::int64_t GetLatency(Stage const& inStage)
+// What all sequences of a render share.
+struct Naive
 {
-	auto const* const effect = std::get_if<Effect>(&inStage);
-	return effect ? effect->mMake.target<LatentEffect>()->mDelayFrames : 0;
-}
-
-std::int64_t GetLatency(Chain const& inChain)
-{
-	std::int64_t sum = 0;
-	for (Stage const& stage : inChain.mStages)
+	std::int64_t ToFrame(SN::TickTime const& inTime) const
 	{
-		sum += GetLatency(stage);
+		return GetNearestFrame(inTime, mRange.mFrameRate);
 	}
-	return sum;
-}
-
-// Submixes are made ahead of time by what lies between them and the output; so are the tracks.
-class HeadStarts
-{
-public:
-	explicit HeadStarts(Description const& inSequence)
-		: mSequence(inSequence)
-	{
-	}
-
-	std::int64_t GetAhead(Chain const& inChain, Output const& inOutput) const
-	{
-		std::int64_t ahead = GetLatency(inChain);
-		if (inOutput.mKind != Output::Kind::eNone)
-		{
-			ahead += inOutput.mKind == Output::Kind::eMaster ? GetLatency(mSequence.mMaster)
-															 : GetAhead(inOutput.mSubmix);
-		}
-		std::int64_t before = 0;
-		for (Stage const& stage : inChain.mStages)
-		{
-			before += GetLatency(stage);
-			if (auto const* const send = std::get_if<Send>(&stage))
-			{
-				ahead = std::max(ahead, before + GetAhead(send->mSubmix));
-			}
-		}
-		return ahead;
-	}
-
-private:
-	std::int64_t GetAhead(std::size_t inSubmix) const
-	{
-		return GetAhead(mSequence.mSubmixes[inSubmix].mChain, mSequence.mSubmixes[inSubmix].mOutput);
-	}
-
-	Description const& mSequence;
-};
-
-class Naive
-{
-public:
-	explicit Naive(NaiveRange const& inRange)
-		: mRange(inRange)
-	{
-	}
-
-	Signal Render(Description const& inSequence, std::int64_t inFrames, bool inIsOutermost)
-	{
-		return Mix(*this, inSequence, inFrames, inIsOutermost).Run();
-	}
-
-private:
-	class Mix
-	{
-	public:
-		Mix(Naive& ioNaive, Description const& inSequence, std::int64_t inFrames, bool inIsOutermost)
-			: mNaive(ioNaive),
-			  mSequence(inSequence),
-			  mFrames(inFrames),
-			  mIsOutermost(inIsOutermost),
-			  mMixdown(inSequence.mMixdown.value_or(SN::AudioChannelMix::kMixdownFront))
-		{
-		}
-
-		Signal Run()
-		{
-			mMaster = MakeSilence(mSequence.mLayout.size(), mFrames);
-			for (Submix const& submix : mSequence.mSubmixes)
-			{
-				mBuses.push_back(MakeSilence(submix.mLayout.size(), mFrames));
-			}
-			for (Track const& track : mSequence.mTracks)
-			{
-				RunStrip(MakeTrack(track), track.mChain, track.mMute, track.mOutput);
-			}
-			std::vector<bool> isDone(mBuses.size(), false);
-			for (std::size_t next = FindReady(isDone); next < mBuses.size(); next = FindReady(isDone))
-			{
-				Submix const& submix = mSequence.mSubmixes[next];
-				RunStrip(mBuses[next], submix.mChain, submix.mMute, submix.mOutput);
-				isDone[next] = true;
-			}
-			RunStages(mSequence.mMaster, GetLatency(mSequence.mMaster), mMaster);
-			return mMaster;
-		}
-
-	private:
-		static Signal MakeSilence(std::size_t inChannels, std::int64_t inFrames)
-		{
-			return Signal(inChannels, std::vector<double>(static_cast<std::size_t>(inFrames), 0.0));
-		}
-
-		static bool Feeds(Submix const& inFrom, std::size_t inTo)
-		{
-			bool const isOutput =
-				inFrom.mOutput.mKind == Output::Kind::eSubmix && inFrom.mOutput.mSubmix == inTo;
-			return isOutput || std::any_of(inFrom.mChain.mStages.begin(), inFrom.mChain.mStages.end(),
-								   [inTo](Stage const& inStage)
-								   {
-									   auto const* const send = std::get_if<Send>(&inStage);
-									   return send && send->mSubmix == inTo;
-								   });
-		}
-
-		// A submix that waits for no other, of those that are not done.
-		std::size_t FindReady(std::vector<bool> const& inIsDone) const
-		{
-			for (std::size_t to = 0; to < inIsDone.size(); ++to)
-			{
-				bool isReady = !inIsDone[to];
-				for (std::size_t from = 0; from < inIsDone.size(); ++from)
-				{
-					isReady = isReady && (inIsDone[from] || !Feeds(mSequence.mSubmixes[from], to));
-				}
-				if (isReady)
-				{
-					return to;
-				}
-			}
-			return inIsDone.size();
-		}
-
-		Signal Convert(Signal const& inSound, std::size_t inOutputs, NumberParameter const& inPan) const
-		{
-			return Apply(inPan ? GetPannedGains(inSound.size(), inOutputs, GetValue(inPan, {}))
-							   : GetFixedGains(inSound.size(), inOutputs, mMixdown),
-				inSound);
-		}
-
-		void RunStrip(Signal ioSound, Chain const& inChain, MuteSwitch const& inMute, Output const& inOutput)
-		{
-			if (IsOn(inMute))
-			{
-				ioSound = MakeSilence(ioSound.size(), mFrames);
-			}
-			RunStages(inChain, HeadStarts(mSequence).GetAhead(inChain, inOutput), ioSound);
-			if (inOutput.mKind != Output::Kind::eNone)
-			{
-				Signal& target = inOutput.mKind == Output::Kind::eMaster ? mMaster : mBuses[inOutput.mSubmix];
-				Add(Convert(ioSound, target.size(), inChain.mPan), target);
-			}
-		}
-
-		void RunStages(Chain const& inChain, std::int64_t inAhead, Signal& ioSound)
-		{
-			std::int64_t lag = 0;
-			for (Stage const& stage : inChain.mStages)
-			{
-				// The frame of this sound at which the stage begins to work.
-				std::int64_t const begin = mNaive.mRange.mFirstPulled + inAhead - lag;
-				if (auto const* const fader = std::get_if<Fader>(&stage))
-				{
-					std::vector<double> const gains = FollowFader(*fader, begin);
-					Scale(ioSound, [&](std::size_t inFrame) { return gains[inFrame]; });
-				}
-				else if (auto const* const send = std::get_if<Send>(&stage))
-				{
-					Signal sent = Convert(ioSound, mBuses[send->mSubmix].size(), send->mPan);
-					Scale(sent, [&](std::size_t inFrame)
-						{ return LevelAtBlock(send->mLevel, begin, static_cast<std::int64_t>(inFrame)); });
-					Add(sent, mBuses[send->mSubmix]);
-				}
-				else if (auto const* const effect = std::get_if<Effect>(&stage))
-				{
-					double const gain = effect->mMake.target<LatentEffect>()->mGain;
-					Scale(ioSound, [gain](std::size_t) { return gain; });
-				}
-				lag += GetLatency(stage);
-			}
-		}
-
-		// As it was sampled at the first frame of the control block that holds the frame.
-		double LevelAtBlock(Fader const& inFader, std::int64_t inBegin, std::int64_t inFrame) const
-		{
-			std::int64_t const block = std::max<std::int64_t>(inFrame - inBegin, 0) / kControlFrames;
-			std::int64_t const frame = mIsOutermost ? inBegin + block * kControlFrames : 0;
-			return GetLevel(inFader, SN::TickTime(frame, mNaive.mRange.mFrameRate));
-		}
-
-		// Each new level is reached in a straight line, which begins where the one before has got to.
-		std::vector<double> FollowFader(Fader const& inFader, std::int64_t inBegin) const
-		{
-			double const rate = mNaive.mRange.mFrameRate.GetSamplesPerSecond();
-			auto const length =
-				std::max<std::int64_t>(1, std::llround(rate * static_cast<double>(kRampSeconds)));
-			double from = LevelAtBlock(inFader, inBegin, inBegin);
-			double target = from;
-			std::int64_t done = length;
-			std::vector<double> gains(static_cast<std::size_t>(mFrames), target);
-			auto const getGain = [&]
-			{
-				return done >= length
-						   ? target
-						   : from + (target - from) * static_cast<double>(done) / static_cast<double>(length);
-			};
-			for (std::int64_t frame = inBegin; mIsOutermost && frame < mFrames; ++frame, ++done)
-			{
-				bool const isBlockStart = (frame - inBegin) % kControlFrames == 0;
-				double const level = isBlockStart ? LevelAtBlock(inFader, inBegin, frame) : target;
-				if (level != target)
-				{
-					from = getGain();
-					target = level;
-					done = 0;
-				}
-				if (frame >= 0)
-				{
-					gains[static_cast<std::size_t>(frame)] = getGain();
-				}
-			}
-			return gains;
-		}
-
-		Signal MakeTrack(Track const& inTrack)
-		{
-			Signal sound = MakeSilence(inTrack.mLayout.size(), mFrames);
-			for (std::size_t index = 0; index < inTrack.mItems.size(); ++index)
-			{
-				AddItem(inTrack, index, sound);
-			}
-			return sound;
-		}
-
-		std::int64_t ToFrame(SN::TickTime const& inTime) const
-		{
-			return GetNearestFrame(inTime, mNaive.mRange.mFrameRate);
-		}
-
-		Extent GetExtent(Track const& inTrack, std::size_t inIndex) const
-		{
-			Item const& item = inTrack.mItems[inIndex];
-			Extent extent{ToFrame(item.mStart), ToFrame(item.mEnd), ToFrame(item.mFadeIn.mLength),
-				ToFrame(item.mFadeOut.mLength), item.mFadeIn.mShape, item.mFadeOut.mShape};
-			for (Crossfade const& crossfade : inTrack.mCrossfades)
-			{
-				std::int64_t const before = ToFrame(crossfade.mBefore);
-				std::int64_t const after = ToFrame(crossfade.mAfter);
-				if (crossfade.mOutgoing == inIndex)
-				{
-					extent.mEnd += after;
-					extent.mFall = before + after;
-					extent.mFallShape = crossfade.mOutgoingShape;
-				}
-				if (crossfade.mOutgoing + 1 == inIndex)
-				{
-					extent.mStart -= before;
-					extent.mRise = before + after;
-					extent.mRiseShape = crossfade.mIncomingShape;
-				}
-			}
-			return extent;
-		}
-
-		void AddItem(Track const& inTrack, std::size_t inIndex, Signal& ioTrack)
-		{
-			Item const& item = inTrack.mItems[inIndex];
-			Extent const extent = GetExtent(inTrack, inIndex);
-			if (extent.mEnd <= extent.mStart)
-			{
-				return;
-			}
-			// Where frame 0 of the track stands in what the item plays.
-			std::int64_t const shift = extent.mStart;
-			Signal sound = Read(item, shift - ToFrame(item.mStart), extent.mEnd - extent.mStart);
-			for (Stage const& stage : item.mChain.mStages)
-			{
-				auto const* const fader = std::get_if<Fader>(&stage);
-				double const gain = fader ? GetLevel(*fader, {})
-										  : std::get<Effect>(stage).mMake.target<LatentEffect>()->mGain;
-				Scale(sound, [gain](std::size_t) { return gain; });
-			}
-			sound = Convert(sound, ioTrack.size(), item.mChain.mPan);
-			Scale(sound, [&](std::size_t inFrame)
-				{ return extent.GetGain(shift + static_cast<std::int64_t>(inFrame)); });
-			for (std::size_t channel = 0; channel < ioTrack.size(); ++channel)
-			{
-				for (std::int64_t frame = std::max<std::int64_t>(0, shift);
-					 frame < std::min(extent.mEnd, mFrames); ++frame)
-				{
-					ioTrack[channel][static_cast<std::size_t>(frame)] +=
-						sound[channel][static_cast<std::size_t>(frame - shift)];
-				}
-			}
-		}
-
-		// Of the item's content so many frames, from one on that is told from the item's start.
-		Signal Read(Item const& inItem, std::int64_t inFirst, std::int64_t inFrames)
-		{
-			auto const step = static_cast<std::int64_t>(inItem.mSpeed);
-			auto const read = [&](auto const& inSamples, std::vector<unsigned> const& inChannels,
-								  std::int64_t inContentFirst)
-			{
-				Signal result = MakeSilence(inChannels.size(), inFrames);
-				auto const end = static_cast<std::int64_t>(inSamples.front().size());
-				for (std::size_t channel = 0; step != 0 && channel < inChannels.size(); ++channel)
-				{
-					for (std::int64_t i = 0; i < inFrames; ++i)
-					{
-						std::int64_t const frame = inContentFirst + step * (inFirst + i);
-						bool const isInside = frame >= 0 && frame < end;
-						result[channel][static_cast<std::size_t>(i)] =
-							isInside ? static_cast<double>(
-										   inSamples[inChannels[channel]][static_cast<std::size_t>(frame)])
-									 : 0.0;
-					}
-				}
-				return result;
-			};
-			auto const listChannels = [](std::size_t inCount)
-			{
-				std::vector<unsigned> channels(inCount);
-				for (unsigned channel = 0; channel < inCount; ++channel)
-				{
-					channels[channel] = channel;
-				}
-				return channels;
-			};
-			if (auto const* const clip = std::get_if<Clip>(&inItem.mContent))
-			{
-				auto const& samples = *static_cast<MemoryMedia const&>(*clip->mMedia).mSamples;
-				return read(samples, clip->mChannels.empty() ? listChannels(samples.size()) : clip->mChannels,
-					clip->mFirstFrame);
-			}
-			auto const& nest = std::get<Nest>(inItem.mContent);
-			Signal const& samples = mNaive.GetNested(*nest.mSequence);
-			return read(samples, listChannels(samples.size()), ToFrame(nest.mStart));
-		}
-
-		Naive& mNaive;
-		Description const& mSequence;
-		std::int64_t mFrames;
-		bool mIsOutermost;
-		SN::AudioChannelMix::MixdownType51 mMixdown;
-		Signal mMaster;
-		std::vector<Signal> mBuses;
-	};
-
-	Signal const& GetNested(Description const& inSequence)
-	{
-		auto const found = mNested.find(&inSequence);
-		if (found != mNested.end())
-		{
-			return found->second;
-		}
-		std::int64_t frames = 0;
-		for (Track const& track : inSequence.mTracks)
-		{
-			for (Item const& item : track.mItems)
-			{
-				frames = std::max(frames, GetNearestFrame(item.mEnd, mRange.mFrameRate));
-			}
-		}
-		return mNested.emplace(&inSequence, Render(inSequence, frames, false)).first->second;
-	}
+	Signal const& GetNested(Description const& inSequence);
 
 	NaiveRange mRange;
 	std::map<Description const*, Signal> mNested;
 };
 
+// The items of one track, in one array.
+class NaiveTrack
+{
+public:
+	NaiveTrack(Naive& ioNaive, Track const& inTrack, unsigned inMixdown)
+		: mNaive(ioNaive),
+		  mTrack(inTrack),
+		  mMixdown(inMixdown)
+	{
+	}
+
+	Signal Render(std::int64_t inFrames)
+	{
+		Signal sound = MakeSilence(mTrack.mLayout.size(), inFrames);
+		for (std::size_t index = 0; index < mTrack.mItems.size(); ++index)
+		{
+			Extent const extent = GetExtent(index);
+			if (extent.mEnd > extent.mStart)
+			{
+				Add(MakeItem(mTrack.mItems[index], extent), extent.mStart, sound);
+			}
+		}
+		return sound;
+	}
+
+private:
+	Extent GetExtent(std::size_t inIndex) const
+	{
+		Item const& item = mTrack.mItems[inIndex];
+		Extent extent{mNaive.ToFrame(item.mStart), mNaive.ToFrame(item.mEnd),
+			mNaive.ToFrame(item.mFadeIn.mLength), mNaive.ToFrame(item.mFadeOut.mLength), item.mFadeIn.mShape,
+			item.mFadeOut.mShape};
+		for (Crossfade const& crossfade : mTrack.mCrossfades)
+		{
+			std::int64_t const before = mNaive.ToFrame(crossfade.mBefore);
+			std::int64_t const after = mNaive.ToFrame(crossfade.mAfter);
+			if (crossfade.mOutgoing == inIndex)
+			{
+				extent.mEnd += after;
+				extent.mFall = before + after;
+				extent.mFallShape = crossfade.mOutgoingShape;
+			}
+			if (crossfade.mOutgoing + 1 == inIndex)
+			{
+				extent.mStart -= before;
+				extent.mRise = before + after;
+				extent.mRiseShape = crossfade.mIncomingShape;
+			}
+		}
+		return extent;
+	}
+
+	Signal MakeItem(Item const& inItem, Extent const& inExtent)
+	{
+		Signal sound =
+			Read(inItem, inExtent.mStart - mNaive.ToFrame(inItem.mStart), inExtent.mEnd - inExtent.mStart);
+		for (Stage const& stage : inItem.mChain.mStages)
+		{
+			auto const* const fader = std::get_if<Fader>(&stage);
+			double const gain = fader ? GetLevel(*fader, {}) : static_cast<double>(GetEffect(stage).mGain);
+			Scale(sound, [gain](std::int64_t) { return gain; });
+		}
+		sound = Convert(sound, mTrack.mLayout.size(), inItem.mChain.mPan, mMixdown);
+		Scale(sound, [&](std::int64_t inFrame) { return inExtent.GetGain(inExtent.mStart + inFrame); });
+		return sound;
+	}
+
+	// Of the item's content so many frames, from one on that is counted from the item's start.
+	Signal Read(Item const& inItem, std::int64_t inFirst, std::int64_t inFrames)
+	{
+		auto const step = static_cast<std::int64_t>(inItem.mSpeed);
+		auto const read = [&](auto const& inSamples, std::vector<unsigned> inChannels, std::int64_t inStart)
+		{
+			if (inChannels.empty())
+			{
+				inChannels.resize(inSamples.size());
+				std::iota(inChannels.begin(), inChannels.end(), 0u);
+			}
+			Signal result = MakeSilence(inChannels.size(), inFrames);
+			for (std::size_t channel = 0; step != 0 && channel < inChannels.size(); ++channel)
+			{
+				auto const& samples = inSamples[inChannels[channel]];
+				for (std::int64_t i = 0; i < inFrames; ++i)
+				{
+					std::int64_t const frame = inStart + step * (inFirst + i);
+					if (frame >= 0 && frame < static_cast<std::int64_t>(samples.size()))
+					{
+						result[channel][static_cast<std::size_t>(i)] =
+							static_cast<double>(samples[static_cast<std::size_t>(frame)]);
+					}
+				}
+			}
+			return result;
+		};
+		if (auto const* const clip = std::get_if<Clip>(&inItem.mContent))
+		{
+			auto const& media = static_cast<MemoryMedia const&>(*clip->mMedia);
+			return read(*media.mSamples, clip->mChannels, clip->mFirstFrame);
+		}
+		auto const& nest = std::get<Nest>(inItem.mContent);
+		return read(mNaive.GetNested(*nest.mSequence), {}, mNaive.ToFrame(nest.mStart));
+	}
+
+	Naive& mNaive;
+	Track const& mTrack;
+	unsigned mMixdown;
+};
+
+// One sequence: what its tracks and submixes add up to.
+class NaiveMix
+{
+public:
+	NaiveMix(Naive& ioNaive, Description const& inSequence, std::int64_t inFrames, bool inIsOutermost)
+		: mNaive(ioNaive),
+		  mSequence(inSequence),
+		  mFrames(inFrames),
+		  mIsOutermost(inIsOutermost),
+		  mMixdown(inSequence.mMixdown.value_or(SN::AudioChannelMix::kMixdownFront))
+	{
+	}
+
+	Signal Run()
+	{
+		mMaster = MakeSilence(mSequence.mLayout.size(), mFrames);
+		for (Submix const& submix : mSequence.mSubmixes)
+		{
+			mBuses.push_back(MakeSilence(submix.mLayout.size(), mFrames));
+		}
+		for (Track const& track : mSequence.mTracks)
+		{
+			RunStrip(NaiveTrack(mNaive, track, mMixdown).Render(mFrames), track);
+		}
+		std::vector<bool> isDone(mBuses.size(), false);
+		for (std::size_t next = FindReady(isDone); next < mBuses.size(); next = FindReady(isDone))
+		{
+			RunStrip(mBuses[next], mSequence.mSubmixes[next]);
+			isDone[next] = true;
+		}
+		RunStages(mSequence.mMaster, GetLatency(mSequence.mMaster), mMaster);
+		return std::move(mMaster);
+	}
+
+private:
+	static bool Feeds(Submix const& inFrom, std::size_t inTo)
+	{
+		auto const isSendThere = [inTo](Stage const& inStage)
+		{
+			auto const* const send = std::get_if<Send>(&inStage);
+			return send && send->mSubmix == inTo;
+		};
+		return (inFrom.mOutput.mKind == Output::Kind::eSubmix && inFrom.mOutput.mSubmix == inTo) ||
+			   std::any_of(inFrom.mChain.mStages.begin(), inFrom.mChain.mStages.end(), isSendThere);
+	}
+
+	// Of the submixes that are not done, one that waits for none of them.
+	std::size_t FindReady(std::vector<bool> const& inIsDone) const
+	{
+		for (std::size_t to = 0; to < inIsDone.size(); ++to)
+		{
+			bool isReady = !inIsDone[to];
+			for (std::size_t from = 0; from < inIsDone.size(); ++from)
+			{
+				isReady = isReady && (inIsDone[from] || !Feeds(mSequence.mSubmixes[from], to));
+			}
+			if (isReady)
+			{
+				return to;
+			}
+		}
+		return inIsDone.size();
+	}
+
+	// By how much a track or a submix runs ahead of time: by the longest way from it to the output.
+	template <class Strip>
+	std::int64_t GetAhead(Strip const& inStrip) const
+	{
+		std::int64_t ahead = 0;
+		std::int64_t before = 0;
+		bool hasSends = false;
+		for (Stage const& stage : inStrip.mChain.mStages)
+		{
+			before += GetEffect(stage).mDelayFrames;
+			if (auto const* const send = std::get_if<Send>(&stage))
+			{
+				ahead = std::max(ahead, before + GetAhead(mSequence.mSubmixes[send->mSubmix]));
+				hasSends = true;
+			}
+		}
+		if (inStrip.mOutput.mKind == Output::Kind::eNone)
+		{
+			return hasSends ? ahead : before;
+		}
+		bool const isMaster = inStrip.mOutput.mKind == Output::Kind::eMaster;
+		return std::max(ahead, before + (isMaster ? GetLatency(mSequence.mMaster)
+												  : GetAhead(mSequence.mSubmixes[inStrip.mOutput.mSubmix])));
+	}
+
+	template <class Strip>
+	void RunStrip(Signal ioSound, Strip const& inStrip)
+	{
+		if (inStrip.mMute && inStrip.mMute->Get() != 0)
+		{
+			ioSound = MakeSilence(ioSound.size(), mFrames);
+		}
+		RunStages(inStrip.mChain, GetAhead(inStrip), ioSound);
+		if (inStrip.mOutput.mKind != Output::Kind::eNone)
+		{
+			bool const isMaster = inStrip.mOutput.mKind == Output::Kind::eMaster;
+			Signal& target = isMaster ? mMaster : mBuses[inStrip.mOutput.mSubmix];
+			Add(Convert(ioSound, target.size(), inStrip.mChain.mPan, mMixdown), 0, target);
+		}
+	}
+
+	void RunStages(Chain const& inChain, std::int64_t inAhead, Signal& ioSound)
+	{
+		std::int64_t lag = 0;
+		for (Stage const& stage : inChain.mStages)
+		{
+			// The frame of this sound at which the stage begins to work.
+			std::int64_t const begin = mNaive.mRange.mFirstPulled + inAhead - lag;
+			if (auto const* const fader = std::get_if<Fader>(&stage))
+			{
+				std::vector<double> const gains = FollowFader(*fader, begin);
+				Scale(
+					ioSound, [&](std::int64_t inFrame) { return gains[static_cast<std::size_t>(inFrame)]; });
+			}
+			else if (auto const* const send = std::get_if<Send>(&stage))
+			{
+				Signal& target = mBuses[send->mSubmix];
+				Signal sent = Convert(ioSound, target.size(), send->mPan, mMixdown);
+				Scale(sent,
+					[&](std::int64_t inFrame) { return GetLevelOfBlock(send->mLevel, begin, inFrame); });
+				Add(sent, 0, target);
+			}
+			else
+			{
+				Scale(ioSound, [&](std::int64_t) { return static_cast<double>(GetEffect(stage).mGain); });
+			}
+			lag += GetEffect(stage).mDelayFrames;
+		}
+	}
+
+	// As it was sampled at the first frame of the control block that holds the frame.
+	double GetLevelOfBlock(Fader const& inFader, std::int64_t inBegin, std::int64_t inFrame) const
+	{
+		std::int64_t const block = std::max<std::int64_t>(inFrame - inBegin, 0) / kControlFrames;
+		std::int64_t const frame = mIsOutermost ? inBegin + block * kControlFrames : 0;
+		return GetLevel(inFader, SN::TickTime(frame, mNaive.mRange.mFrameRate));
+	}
+
+	// Each new level is reached in a straight line, which begins where the one before has got to.
+	std::vector<double> FollowFader(Fader const& inFader, std::int64_t inBegin) const
+	{
+		double const rate = mNaive.mRange.mFrameRate.GetSamplesPerSecond();
+		double const length = std::max(1.0, std::round(rate * static_cast<double>(kRampSeconds)));
+		double target = GetLevelOfBlock(inFader, inBegin, inBegin);
+		double from = target;
+		double done = length;
+		std::vector<double> gains(static_cast<std::size_t>(mFrames), target);
+		for (std::int64_t frame = inBegin; mIsOutermost && frame < mFrames; ++frame, ++done)
+		{
+			auto const getGain = [&] { return from + (target - from) * std::min(done / length, 1.0); };
+			bool const isBlockStart = (frame - inBegin) % kControlFrames == 0;
+			double const level = isBlockStart ? GetLevelOfBlock(inFader, inBegin, frame) : target;
+			if (level != target)
+			{
+				from = getGain();
+				target = level;
+				done = 0.0;
+			}
+			if (frame >= 0)
+			{
+				gains[static_cast<std::size_t>(frame)] = getGain();
+			}
+		}
+		return gains;
+	}
+
+	Naive& mNaive;
+	Description const& mSequence;
+	std::int64_t mFrames;
+	bool mIsOutermost;
+	unsigned mMixdown;
+	Signal mMaster;
+	std::vector<Signal> mBuses;
+};
+
+Signal const& Naive::GetNested(Description const& inSequence)
+{
+	auto const found = mNested.find(&inSequence);
+	if (found != mNested.end())
+	{
+		return found->second;
+	}
+	std::int64_t frames = 0;
+	for (Track const& track : inSequence.mTracks)
+	{
+		frames = track.mItems.empty() ? frames : std::max(frames, ToFrame(track.mItems.back().mEnd));
+	}
+	return mNested.emplace(&inSequence, NaiveMix(*this, inSequence, frames, false).Run()).first->second;
+}
+
 } // namespace
 
 Signal RenderNaively(Description const& inSequence, NaiveRange const& inRange)
 {
-	return Naive(inRange).Render(inSequence, inRange.mFrames, true);
+	Naive naive{inRange, {}};
+	return NaiveMix(naive, inSequence, inRange.mFrames, true).Run();
 }
 
 std::int64_t GetNearestFrame(SN::TickTime const& inTime, SN::FrameRate const& inFrameRate)
 {
-	std::int64_t const ticks = inFrameRate.GetTicksPerFrame();
-	return (SN::TickTime::FromTicks(inTime.GetTicks() + ticks / 2)).ToFrame64(inFrameRate);
+	SN::TickTime const half = SN::TickTime::FromTicks(inFrameRate.GetTicksPerFrame() / 2);
+	return (inTime + half).ToFrame64(inFrameRate);
 }
 
 } // namespace SonaroHost::Sequence::Testing

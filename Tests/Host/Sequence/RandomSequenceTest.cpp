@@ -1,11 +1,14 @@
 // Graphs of random sequences against a renderer that knows neither blocks nor latencies.
 
 #include "RandomSequence.h"
+#include "MemoryMedia.h"
 #include "NaiveSequence.h"
 #include "SequenceShrinking.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
+#include "Support/Pull.h"
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +16,6 @@
 #include <cmath>
 #include <functional>
 #include <limits>
-#include <random>
 #include <sstream>
 
 namespace SonaroHost::Sequence::Testing
@@ -23,19 +25,9 @@ namespace
 
 constexpr unsigned kBlockFrames = 4096;
 
-// The length of each next block.
-using BlockSizes = std::function<unsigned()>;
-
-BlockSizes BlocksOf(unsigned inFrames)
-{
-	return [inFrames] { return inFrames; };
-}
-
-BlockSizes RandomBlocks(unsigned inSeed, unsigned inLargest)
-{
-	return [random = std::mt19937(inSeed), inLargest]() mutable
-	{ return 1 + static_cast<unsigned>(random() % inLargest); };
-}
+using SN::Testing::BlockSizes;
+using SN::Testing::BlocksOf;
+using SN::Testing::RandomBlocks;
 
 struct Run
 {
@@ -58,6 +50,7 @@ struct Rendered
 Rendered Render(Description const& inSequence, SN::FrameRate const& inFrameRate, Run inRun)
 {
 	SN::Prefetcher prefetcher;
+	prefetcher.mReverse = inRun.mIsReverse;
 	RenderContextScope const context(
 		kBlockFrames, SN::kTimeMax, SN::ImmutableString("test"), inRun.mIsPlayback ? &prefetcher : nullptr);
 	SequenceGraph const graph(inSequence, context.Get(), inFrameRate);
@@ -171,7 +164,7 @@ std::int64_t GetFrames(Description const& inSequence, SN::FrameRate const& inFra
 	return GetNearestFrame(GetLength(inSequence), inFrameRate) + kBeyond;
 }
 
-void ExpectTruth(unsigned inSeed, RandomTraits const& inTraits)
+void ExpectTruth(unsigned inSeed, RandomTraits const& inTraits, bool inIsPlayback = false)
 {
 	RandomSequence const random = MakeRandomSequence(inSeed, inTraits);
 	auto const check = [&](Description const& inSequence)
@@ -179,8 +172,8 @@ void ExpectTruth(unsigned inSeed, RandomTraits const& inTraits)
 		std::int64_t const frames = GetFrames(inSequence, random.mFrameRate);
 		// Every third one begins in the middle.
 		std::int64_t const first = inSeed % 3 == 0 ? std::min<std::int64_t>(frames - 1, inSeed * 37) : 0;
-		Rendered const rendered =
-			Render(inSequence, random.mFrameRate, {first, frames, RandomBlocks(inSeed, kBlockFrames)});
+		Rendered const rendered = Render(inSequence, random.mFrameRate,
+			{first, frames, RandomBlocks(inSeed, kBlockFrames), false, inIsPlayback});
 		Signal const truth =
 			RenderNaively(inSequence, {frames, first - rendered.mWarmUpFrames, random.mFrameRate});
 		return FindDifference(rendered.mSound, truth, first, random.mTolerance);
@@ -203,6 +196,72 @@ void ExpectSame(unsigned inSeed, RandomTraits const& inTraits, Run const& inOthe
 			random.mHasExactFades ? 0.0 : random.mTolerance);
 	};
 	ExpectNoDifference(inSeed, random, check);
+}
+
+// A mono item of 1, 2, 3 and so on up to 8.
+Item MakeCount(std::int64_t inStart, std::int64_t inEnd, std::int64_t inFirstFrame, double inSpeed = 1.0)
+{
+	auto const media = std::make_shared<MemoryMedia const>(
+		48000.0, MemoryMedia::Samples{{1.0f, 2.0f, 3.0f, 4.0f, 5.0f, 6.0f, 7.0f, 8.0f}});
+	Item item;
+	item.mStart = SN::TickTime(inStart, SN::Testing::k48000Hz);
+	item.mEnd = SN::TickTime(inEnd, SN::Testing::k48000Hz);
+	item.mContent = Clip{media, inFirstFrame, {}};
+	item.mSpeed = inSpeed;
+	return item;
+}
+
+Description MakeMono(std::vector<Item> inItems, Chain inChain = {})
+{
+	Description sequence;
+	sequence.mLayout = zorvmediatypes::CreateMonoChannelLayout();
+	Track track;
+	track.mLayout = sequence.mLayout;
+	track.mItems = std::move(inItems);
+	track.mChain = std::move(inChain);
+	sequence.mTracks.push_back(std::move(track));
+	return sequence;
+}
+
+Fader MakeGain(float inGain)
+{
+	return {AutomationParameter<float>::Create(inGain), {}};
+}
+
+TEST(NaiveSequence, SoundsAsWorkedOutByHand)
+{
+	SN::TickTime const two(2, SN::Testing::k48000Hz);
+	Description crossfade = MakeMono({MakeCount(0, 4, 0), MakeCount(4, 8, 0)});
+	crossfade.mTracks[0].mCrossfades.push_back({0, two, two});
+	Item nest = MakeCount(1, 4, 0);
+	nest.mContent = Nest{
+		std::make_shared<Description const>(MakeMono({MakeCount(0, 4, 0)}, {{MakeGain(0.5f)}, {}})), two};
+	Item late = MakeCount(0, 2, 0);
+	late.mChain.mStages.push_back(Effect{"late", LatentEffect{700, 3.0f}});
+	// Before and behind the fader, into a submix.
+	Description sends = MakeMono({MakeCount(0, 3, 0)},
+		{{Send{0, MakeGain(2.0f), {}}, MakeGain(0.25f), Send{0, MakeGain(4.0f), {}}}, {}});
+	sends.mSubmixes.push_back(
+		{"", zorvmediatypes::CreateStereoChannelLayout(), {{MakeGain(10.0f)}, {}}, {}, {}});
+	struct Case
+	{
+		char const* mName;
+		Description mSequence;
+		std::vector<double> mExpected;
+	};
+	Case const cases[] = {
+		{"before its start", MakeMono({MakeCount(2, 6, -1)}), {0, 0, 0, 1, 2, 3, 0, 0}},
+		{"backwards beyond its start", MakeMono({MakeCount(0, 4, 2, -1.0)}), {3, 2, 1, 0, 0, 0, 0, 0}},
+		{"crossfade", crossfade, {1, 2, 3, 3, 3, 3, 3, 4}},
+		{"nested", MakeMono({nest}), {0, 1.5, 2, 0, 0, 0, 0, 0}},
+		{"late", MakeMono({late}), {3, 6, 0, 0, 0, 0, 0, 0}},
+		{"sends", sends, {30.25, 60.5, 90.75, 0, 0, 0, 0, 0}},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		EXPECT_EQ(RenderNaively(test.mSequence, {8, 0, SN::Testing::k48000Hz}), Signal{test.mExpected});
+	}
 }
 
 TEST(RandomSequence, SoundsAsItsDescriptionSays)
@@ -236,18 +295,32 @@ TEST(RandomSequence, AnyCutEqualsTheWhole)
 
 TEST(RandomSequence, PlaybackEqualsExport)
 {
-	for (unsigned seed = 3001; seed <= 3060; ++seed)
+	for (unsigned seed = 3001; seed <= 3100; ++seed)
 	{
 		ExpectSame(seed, {}, {.mBlocks = RandomBlocks(seed, kBlockFrames), .mIsPlayback = true});
+	}
+	for (unsigned seed = 3101; seed <= 3150; ++seed)
+	{
+		constexpr bool kIsPlayback = true;
+		ExpectTruth(seed, {.mCurves = true}, kIsPlayback);
 	}
 }
 
 TEST(RandomSequence, ReverseIsTheForwardOneTurnedRound)
 {
-	for (unsigned seed = 4001; seed <= 4060; ++seed)
+	for (unsigned seed = 4001; seed <= 4100; ++seed)
 	{
 		ExpectSame(
 			seed, {.mItemLatency = false}, {.mBlocks = RandomBlocks(seed, kBlockFrames), .mIsReverse = true});
+	}
+}
+
+TEST(RandomSequence, ReversePlaybackIsTheForwardOneTurnedRound)
+{
+	for (unsigned seed = 5001; seed <= 5100; ++seed)
+	{
+		ExpectSame(seed, {.mItemLatency = false},
+			{.mBlocks = RandomBlocks(seed, kBlockFrames), .mIsReverse = true, .mIsPlayback = true});
 	}
 }
 

@@ -1,9 +1,9 @@
 #include "SequenceShrinking.h"
 
-#include "MemoryMedia.h"
 #include "NaiveSequence.h"
 #include "SonaroHost/ChannelLayouts.h"
 
+#include <limits>
 #include <map>
 #include <sstream>
 
@@ -13,164 +13,105 @@ namespace SonaroHost::Sequence::Testing
 namespace
 {
 
-template <class T>
-std::vector<T> Without(std::vector<T> inList, std::size_t inIndex)
-{
-	inList.erase(inList.begin() + static_cast<std::ptrdiff_t>(inIndex));
-	return inList;
-}
+using Nested = std::shared_ptr<Description const>;
 
-// Copies of a description, each changed by one call.
-class Variants
+// Counts everything that can be left away, and leaves away the one whose number it was given. What is shared
+// stays shared.
+class Remover
 {
 public:
-	explicit Variants(Description const& inOriginal)
-		: mOriginal(inOriginal)
+	explicit Remover(std::size_t inNumber)
+		: mLeft(inNumber)
 	{
 	}
 
-	template <class Change>
-	void Add(Change&& inChange)
-	{
-		mVariants.push_back(mOriginal);
-		inChange(mVariants.back());
-	}
+	bool HasRemoved() const { return mLeft == kDone; }
 
-	// inGet: from a description to a chain of it.
-	template <class Get>
-	void AddSmallerChains(Chain const& inChain, Get&& inGet)
+	void Visit(Description& ioSequence)
 	{
-		for (std::size_t index = 0; index < inChain.mStages.size(); ++index)
+		EraseOne(ioSequence.mTracks);
+		for (Track& track : ioSequence.mTracks)
 		{
-			Add([&](Description& ioVariant) { inGet(ioVariant).mStages = Without(inChain.mStages, index); });
-		}
-		if (inChain.mPan)
-		{
-			Add([&](Description& ioVariant) { inGet(ioVariant).mPan = {}; });
-		}
-	}
-
-	// inGet: from a description to a track or a submix of it.
-	template <class Strip, class Get>
-	void AddSimplerStrips(Strip const& inStrip, Get&& inGet)
-	{
-		AddSmallerChains(
-			inStrip.mChain, [&](Description& ioVariant) -> Chain& { return inGet(ioVariant).mChain; });
-		if (inStrip.mMute)
-		{
-			Add([&](Description& ioVariant) { inGet(ioVariant).mMute = {}; });
-		}
-		if (inStrip.mOutput.mKind == Output::Kind::eSubmix)
-		{
-			Add(
-				[&](Description& ioVariant)
-				{
-					inGet(ioVariant).mOutput = {};
-					inGet(ioVariant).mChain.mPan = {};
-				});
-		}
-	}
-
-	void AddSimplerItems(std::size_t inTrack)
-	{
-		auto const getTrack = [inTrack](Description& ioVariant) -> Track&
-		{ return ioVariant.mTracks[inTrack]; };
-		Track const& track = mOriginal.mTracks[inTrack];
-		for (std::size_t index = 0; index < track.mCrossfades.size(); ++index)
-		{
-			Add([&](Description& ioVariant)
-				{ getTrack(ioVariant).mCrossfades = Without(track.mCrossfades, index); });
-		}
-		for (std::size_t index = 0; index < track.mItems.size(); ++index)
-		{
-			auto const getItem = [&](Description& ioVariant) -> Item&
-			{ return getTrack(ioVariant).mItems[index]; };
 			if (track.mCrossfades.empty())
 			{
-				Add([&](Description& ioVariant)
-					{ getTrack(ioVariant).mItems = Without(track.mItems, index); });
+				EraseOne(track.mItems);
 			}
-			if (track.mItems[index].mFadeIn.mLength > SN::kTimeZero)
+			EraseOne(track.mCrossfades);
+			VisitStrip(track);
+			for (Item& item : track.mItems)
 			{
-				Add([&](Description& ioVariant) { getItem(ioVariant).mFadeIn = {}; });
+				VisitItem(item);
 			}
-			if (track.mItems[index].mFadeOut.mLength > SN::kTimeZero)
-			{
-				Add([&](Description& ioVariant) { getItem(ioVariant).mFadeOut = {}; });
-			}
-			AddSmallerChains(track.mItems[index].mChain,
-				[&](Description& ioVariant) -> Chain& { return getItem(ioVariant).mChain; });
 		}
-	}
-
-	// Only one that nothing leads to.
-	void AddWithoutSubmix(std::size_t inSubmix)
-	{
-		bool isFed = false;
-		Description variant = mOriginal;
-		variant.mSubmixes = Without(variant.mSubmixes, inSubmix);
-		auto const follow = [&](auto& ioStrip)
+		for (Submix& submix : ioSequence.mSubmixes)
 		{
-			auto const moveUp = [&](std::size_t& ioIndex)
-			{
-				isFed = isFed || ioIndex == inSubmix;
-				ioIndex -= ioIndex > inSubmix ? 1 : 0;
-			};
-			if (ioStrip.mOutput.mKind == Output::Kind::eSubmix)
-			{
-				moveUp(ioStrip.mOutput.mSubmix);
-			}
-			for (Stage& stage : ioStrip.mChain.mStages)
-			{
-				if (auto* const send = std::get_if<Send>(&stage))
-				{
-					moveUp(send->mSubmix);
-				}
-			}
-		};
-		for (Track& track : variant.mTracks)
-		{
-			follow(track);
+			VisitStrip(submix);
 		}
-		for (Submix& submix : variant.mSubmixes)
-		{
-			follow(submix);
-		}
-		if (!isFed)
-		{
-			mVariants.push_back(std::move(variant));
-		}
-	}
-
-	std::vector<Description> Run()
-	{
-		for (std::size_t index = 0; index < mOriginal.mTracks.size(); ++index)
-		{
-			Add([&](Description& ioVariant) { ioVariant.mTracks = Without(mOriginal.mTracks, index); });
-		}
-		for (std::size_t index = 0; index < mOriginal.mTracks.size(); ++index)
-		{
-			AddSimplerItems(index);
-			AddSimplerStrips(mOriginal.mTracks[index],
-				[index](Description& ioVariant) -> Track& { return ioVariant.mTracks[index]; });
-		}
-		for (std::size_t index = 0; index < mOriginal.mSubmixes.size(); ++index)
-		{
-			AddWithoutSubmix(index);
-			AddSimplerStrips(mOriginal.mSubmixes[index],
-				[index](Description& ioVariant) -> Submix& { return ioVariant.mSubmixes[index]; });
-		}
-		AddSmallerChains(
-			mOriginal.mMaster, [](Description& ioVariant) -> Chain& { return ioVariant.mMaster; });
-		return std::move(mVariants);
+		EraseOne(ioSequence.mMaster.mStages);
 	}
 
 private:
-	Description const& mOriginal;
-	std::vector<Description> mVariants;
-};
+	static constexpr std::size_t kDone = std::numeric_limits<std::size_t>::max();
 
-using Nested = std::shared_ptr<Description const>;
+	template <class T>
+	void EraseOne(std::vector<T>& ioList)
+	{
+		if (mLeft < ioList.size())
+		{
+			ioList.erase(ioList.begin() + static_cast<std::ptrdiff_t>(mLeft));
+			mLeft = kDone;
+		}
+		else if (mLeft != kDone)
+		{
+			mLeft -= ioList.size();
+		}
+	}
+
+	bool IsNext(bool inIsThere)
+	{
+		std::vector<bool> one(inIsThere ? 1 : 0);
+		EraseOne(one);
+		return inIsThere && one.empty();
+	}
+
+	template <class Strip>
+	void VisitStrip(Strip& ioStrip)
+	{
+		EraseOne(ioStrip.mChain.mStages);
+		ioStrip.mMute = IsNext(ioStrip.mMute != nullptr) ? MuteSwitch() : ioStrip.mMute;
+		bool const isRedirected = IsNext(ioStrip.mOutput.mKind == Output::Kind::eSubmix);
+		ioStrip.mOutput = isRedirected ? Output() : ioStrip.mOutput;
+		if (IsNext(static_cast<bool>(ioStrip.mChain.mPan)) || isRedirected)
+		{
+			ioStrip.mChain.mPan = {};
+		}
+	}
+
+	void VisitItem(Item& ioItem)
+	{
+		EraseOne(ioItem.mChain.mStages);
+		ioItem.mChain.mPan =
+			IsNext(static_cast<bool>(ioItem.mChain.mPan)) ? NumberParameter() : ioItem.mChain.mPan;
+		for (Fade* const fade : {&ioItem.mFadeIn, &ioItem.mFadeOut})
+		{
+			*fade = IsNext(fade->mLength > SN::kTimeZero) ? Fade() : *fade;
+		}
+		if (auto* const nest = std::get_if<Nest>(&ioItem.mContent))
+		{
+			Nested& seen = mSeen[nest->mSequence];
+			if (!seen)
+			{
+				auto const copy = std::make_shared<Description>(*nest->mSequence);
+				Visit(*copy);
+				seen = copy;
+			}
+			nest->mSequence = seen;
+		}
+	}
+
+	std::size_t mLeft;
+	std::map<Nested, Nested> mSeen;
+};
 
 void CollectNested(Description const& inSequence, std::vector<Nested>& ioNested)
 {
@@ -188,52 +129,34 @@ void CollectNested(Description const& inSequence, std::vector<Nested>& ioNested)
 	}
 }
 
-// Puts one nested sequence in the place of another one, wherever that stands; ioMade keeps what is shared
-// shared.
-Description Replace(
-	Description inSequence, Nested const& inOld, Nested const& inNew, std::map<Nested, Nested>& ioMade)
+// The first smaller one that still fails, if any.
+bool ShrinkOnce(Description& ioSequence, std::function<bool(Description const&)> const& inFails)
 {
-	for (Track& track : inSequence.mTracks)
-	{
-		for (Item& item : track.mItems)
-		{
-			if (auto* const nest = std::get_if<Nest>(&item.mContent))
-			{
-				Nested& made = ioMade[nest->mSequence];
-				if (!made)
-				{
-					made = nest->mSequence == inOld ? inNew
-													: std::make_shared<Description const>(
-														  Replace(*nest->mSequence, inOld, inNew, ioMade));
-				}
-				nest->mSequence = made;
-			}
-		}
-	}
-	return inSequence;
-}
-
-std::vector<Description> GetSmaller(Description const& inSequence)
-{
-	std::vector<Description> smaller;
 	std::vector<Nested> nested;
-	CollectNested(inSequence, nested);
+	CollectNested(ioSequence, nested);
 	for (Nested const& one : nested)
 	{
-		smaller.push_back(*one);
-	}
-	std::vector<Description> variants = Variants(inSequence).Run();
-	smaller.insert(smaller.end(), variants.begin(), variants.end());
-	for (Nested const& one : nested)
-	{
-		for (Description& variant : Variants(*one).Run())
+		if (inFails(*one))
 		{
-			std::map<Nested, Nested> made;
-			smaller.push_back(
-				Replace(inSequence, one, std::make_shared<Description const>(std::move(variant)), made));
+			ioSequence = Description(*one);
+			return true;
 		}
 	}
-	return smaller;
+	for (std::size_t number = 0;; ++number)
+	{
+		Description smaller = ioSequence;
+		Remover remover(number);
+		remover.Visit(smaller);
+		bool const fails = remover.HasRemoved() && inFails(smaller);
+		if (fails)
+		{
+			ioSequence = std::move(smaller);
+		}
+		if (fails || !remover.HasRemoved())
+		{
+			return fails;
+		}
+	}
 }
 
 class Writer
@@ -246,12 +169,7 @@ public:
 
 	void Write(Description const& inSequence)
 	{
-		mText << inSequence.mName << ", " << GetLayoutName(inSequence.mLayout);
-		if (inSequence.mMixdown)
-		{
-			mText << ", mixdown " << *inSequence.mMixdown;
-		}
-		mText << "\n";
+		mText << inSequence.mName << ", " << GetLayoutName(inSequence.mLayout) << "\n";
 		for (Track const& track : inSequence.mTracks)
 		{
 			Write(track);
@@ -271,16 +189,6 @@ public:
 		}
 		mText << "  master";
 		Write(inSequence.mMaster);
-		std::vector<Nested> nested;
-		CollectNested(inSequence, nested);
-		for (Nested const& one : nested)
-		{
-			if (std::find(mWritten.begin(), mWritten.end(), one) == mWritten.end())
-			{
-				mWritten.push_back(one);
-				Write(*one);
-			}
-		}
 	}
 
 	std::string GetText() const { return mText.str(); }
@@ -290,15 +198,12 @@ private:
 
 	void Write(Fader const& inFader)
 	{
-		auto const write = [this](char const* inName, auto const& inParameter)
-		{
-			if (inParameter)
-			{
-				mText << inName << (inParameter->IsEmpty() ? "" : " by a curve");
-			}
-		};
-		write(" gain", inFader.mGain);
-		write(" mute", inFader.mMute);
+		mText << (!inFader.mGain                ? ""
+					 : inFader.mGain->IsEmpty() ? " gain"
+												: " gain by a curve")
+			  << (!inFader.mMute                ? ""
+					 : inFader.mMute->IsEmpty() ? " mute"
+												: " mute by a curve");
 	}
 
 	void Write(Chain const& inChain)
@@ -326,19 +231,13 @@ private:
 	template <class Strip>
 	void Write(Strip const& inStrip)
 	{
-		mText << "  " << inStrip.mName << ", " << GetLayoutName(inStrip.mLayout) << ", to ";
-		switch (inStrip.mOutput.mKind)
+		mText << "  " << inStrip.mName << ", " << GetLayoutName(inStrip.mLayout);
+		if (inStrip.mOutput.mKind != Output::Kind::eMaster)
 		{
-		case Output::Kind::eMaster:
-			mText << "master";
-			break;
-		case Output::Kind::eSubmix:
-			mText << inStrip.mOutput.mSubmix;
-			break;
-		default:
-			mText << "nothing";
+			bool const isSubmix = inStrip.mOutput.mKind == Output::Kind::eSubmix;
+			mText << ", to " << (isSubmix ? "submix " + std::to_string(inStrip.mOutput.mSubmix) : "nothing");
 		}
-		mText << (!inStrip.mMute ? "" : inStrip.mMute->Get() != 0 ? ", muted" : ", not muted");
+		mText << (inStrip.mMute && inStrip.mMute->Get() != 0 ? ", muted" : "");
 		Write(inStrip.mChain);
 	}
 
@@ -348,11 +247,11 @@ private:
 			  << ") of ";
 		if (auto const* const clip = std::get_if<Clip>(&inItem.mContent))
 		{
-			mText << GetLayoutName(clip->mMedia->mLayout) << " of " << clip->mMedia->mFrames << " from "
-				  << clip->mFirstFrame << " channels";
+			mText << clip->mMedia->mFrames << " frames " << GetLayoutName(clip->mMedia->mLayout) << " from "
+				  << clip->mFirstFrame;
 			for (unsigned const channel : clip->mChannels)
 			{
-				mText << " " << channel;
+				mText << ", channel " << channel;
 			}
 		}
 		else
@@ -360,32 +259,21 @@ private:
 			auto const& nest = std::get<Nest>(inItem.mContent);
 			mText << nest.mSequence->mName << " from " << Frame(nest.mStart);
 		}
-		mText << ", speed " << inItem.mSpeed << ", fades " << Frame(inItem.mFadeIn.mLength) << ", "
+		mText << ", speed " << inItem.mSpeed << ", fades " << Frame(inItem.mFadeIn.mLength) << " and "
 			  << Frame(inItem.mFadeOut.mLength);
 		Write(inItem.mChain);
 	}
 
 	SN::FrameRate mFrameRate;
 	std::ostringstream mText;
-	std::vector<Nested> mWritten;
 };
 
 } // namespace
 
 Description Shrink(Description inSequence, std::function<bool(Description const&)> const& inFails)
 {
-	for (bool isSmaller = true; isSmaller;)
+	while (ShrinkOnce(inSequence, inFails))
 	{
-		isSmaller = false;
-		for (Description& candidate : GetSmaller(inSequence))
-		{
-			if (inFails(candidate))
-			{
-				inSequence = std::move(candidate);
-				isSmaller = true;
-				break;
-			}
-		}
 	}
 	return inSequence;
 }
@@ -394,6 +282,12 @@ std::string Describe(Description const& inSequence, SN::FrameRate const& inFrame
 {
 	Writer writer(inFrameRate);
 	writer.Write(inSequence);
+	std::vector<Nested> nested;
+	CollectNested(inSequence, nested);
+	for (Nested const& one : nested)
+	{
+		writer.Write(*one);
+	}
 	return writer.GetText();
 }
 
