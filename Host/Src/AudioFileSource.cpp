@@ -38,15 +38,18 @@ void CopyChannel(float const* inSamples, unsigned inChannels, float* outSamples,
 
 } // namespace
 
-SN::InterfaceRef<AudioFileSource> AudioFileSource::Open(std::filesystem::path const& inPath)
+SN::InterfaceRef<AudioFileSource> AudioFileSource::Open(
+	std::filesystem::path const& inPath, std::optional<SN::FrameRate> const& inCountingRate)
 {
-	return zorvcore::classref::MakeObject<AudioFileSource>(std::make_unique<AudioFileReader>(inPath));
+	return zorvcore::classref::MakeObject<AudioFileSource>(
+		std::make_unique<AudioFileReader>(inPath), inCountingRate);
 }
 
-AudioFileSource::AudioFileSource(std::unique_ptr<AudioFileReader> inReader)
+AudioFileSource::AudioFileSource(
+	std::unique_ptr<AudioFileReader> inReader, std::optional<SN::FrameRate> const& inCountingRate)
 	: mReader(std::move(inReader)),
 	  mChunks(zorvcore::classref::MakeObject<Chunks>()),
-	  mFrameRate(SN::FrameRate::FromSamplesPerSecond(GetInfo().mSampleRate)),
+	  mFrameRate(inCountingRate.value_or(SN::FrameRate::FromSamplesPerSecond(GetInfo().mSampleRate))),
 	  mName(GetInfo().mPath.filename().string()),
 	  mPath(GetInfo().mPath.string())
 {

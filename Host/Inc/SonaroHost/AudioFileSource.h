@@ -35,10 +35,14 @@ public:
 	static constexpr SN::Identifier<AudioFileSource> kIdentifier{
 		0xd16a24bb9fd1a84cull, 0x2f0c94a3c3d70a95ull};
 
-	// Throws a HostError when the file cannot be opened.
-	static SN::InterfaceRef<AudioFileSource> Open(std::filesystem::path const& inPath);
+	// Throws a HostError when the file cannot be opened. inCountingRate: see the constructor.
+	static SN::InterfaceRef<AudioFileSource> Open(std::filesystem::path const& inPath,
+		std::optional<SN::FrameRate> const& inCountingRate = std::nullopt);
 
-	explicit AudioFileSource(std::unique_ptr<AudioFileReader> inReader);
+	// Sample k stands at k frames of inCountingRate, for which the file's own rate serves where it is left
+	// away. Nothing is resampled.
+	explicit AudioFileSource(std::unique_ptr<AudioFileReader> inReader,
+		std::optional<SN::FrameRate> const& inCountingRate = std::nullopt);
 
 	AudioFileInfo const& GetInfo() const { return mReader->GetInfo(); }
 	// The error that stopped reading.

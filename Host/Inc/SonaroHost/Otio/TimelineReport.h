@@ -58,7 +58,7 @@ struct TrackRow
 	std::string mPlace;
 	// Of the stack that it stands in: which of its children it is.
 	std::size_t mIndex = 0;
-	// How many stacks stand around the one that it stands in; 0 for tracks of the timeline itself.
+	// How many compositions stand around it below the timeline's own stack; 0 for those of the timeline itself.
 	std::size_t mDepth = 0;
 	SN::AudioChannelLayout mLayout;
 };
@@ -78,7 +78,7 @@ struct MarkerRow
 {
 	std::string mName;
 	std::string mComment;
-	// Of the item that carries it; empty for the timeline itself.
+	// With the item that carries it.
 	std::string mTrack;
 	std::string mPlace;
 	// Exact, in seconds from the start of the programme. The end is cut off where the item ends.

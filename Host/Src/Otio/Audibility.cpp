@@ -1,0 +1,62 @@
+#include "Audibility.h"
+
+#include "Measures.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+bool IsSolo(Composable const& inChild)
+{
+	Item const* const item = inChild.AsItem();
+	return item && item->mIsEnabled && item->GetSettings().mSolo.value_or(false);
+}
+
+} // namespace
+
+std::string FindSilence(Item const& inItem)
+{
+	if (!inItem.mIsEnabled)
+	{
+		return "it is disabled";
+	}
+	if (inItem.GetSettings().mMute.value_or(false))
+	{
+		return "it is muted";
+	}
+	return GetSpeed(inItem).mIsFrozen ? "it is a freeze frame" : "";
+}
+
+std::vector<std::string> FindSilences(Stack const& inStack, std::optional<std::size_t> const& inOnlyChild)
+{
+	bool const hasSolo =
+		!inOnlyChild && std::any_of(inStack.mChildren.begin(), inStack.mChildren.end(), IsSolo);
+	std::vector<std::string> silences;
+	for (std::size_t index = 0; index < inStack.mChildren.size(); ++index)
+	{
+		Composable const& child = inStack.mChildren[index];
+		Item const* const item = child.AsItem();
+		Track const* const track = child.As<Track>();
+		std::string reason = item ? FindSilence(*item) : "it is a transition";
+		if (track && !track->IsAudio())
+		{
+			reason = "its kind is " + (track->mKind.empty() ? "unknown" : track->mKind);
+		}
+		else if (inOnlyChild && *inOnlyChild != index)
+		{
+			reason = "another one is heard alone";
+		}
+		else if (hasSolo && !IsSolo(child) && reason.empty())
+		{
+			reason = "others are soloed";
+		}
+		silences.push_back(reason);
+	}
+	return silences;
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "SonaroHost/Otio/FileMedia.h"
+#include "SonaroHost/Otio/MediaFinder.h"
+#include "SonaroHost/Otio/Model.h"
+#include "SonaroHost/Otio/Note.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+// What a clip is cut from, if from anything.
+struct ClipMedia
+{
+	// Null for silence.
+	std::shared_ptr<Sequence::Media const> mMedia;
+	std::filesystem::path mPath;
+	// Of the media, counted from 0; empty for all.
+	std::vector<unsigned> mChannels;
+	// Why it is silent, and whether against the timeline's will.
+	std::string mWhySilent;
+	bool mIsMissing = false;
+};
+
+// Looks up the media of clips, each once, and takes notes of what it finds.
+class ClipMediaTable
+{
+public:
+	// All outlive this object.
+	ClipMediaTable(MediaFinder const& inFinder, FileMedia& ioFiles, std::vector<Note>& ioNotes)
+		: mFinder(inFinder),
+		  mFiles(ioFiles),
+		  mNotes(ioNotes)
+	{
+	}
+
+	// Valid as long as this object.
+	ClipMedia const& Get(Clip const& inClip);
+
+private:
+	ClipMedia Resolve(Clip const& inClip);
+	void ChooseChannels(Clip const& inClip, ClipMedia& ioMedia);
+	ClipMedia ResolveFile(MediaReference const& inReference);
+
+	MediaFinder const& mFinder;
+	FileMedia& mFiles;
+	std::vector<Note>& mNotes;
+	std::unordered_map<Clip const*, ClipMedia> mClips;
+	std::unordered_map<std::string, FoundMedia> mFound;
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,77 @@
+#include "SonaroHost/Otio/FileMedia.h"
+
+#include "SonaroHost/HostError.h"
+
+#include <utility>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+// What graphs have opened. The graphs alone keep it open.
+class FileMedia::OpenSources
+{
+public:
+	SN::InterfaceRef<SN::IAudioSource> Open(
+		std::filesystem::path const& inPath, SN::FrameRate const& inCountingRate)
+	{
+		SN::InterfaceRef<AudioFileSource> const source = AudioFileSource::Open(inPath, inCountingRate);
+		std::erase_if(mSources, [](auto const& inSource) { return inSource.expired(); });
+		mSources.push_back(source.GetUnknown());
+		return source;
+	}
+
+	std::optional<std::string> GetFailure() const
+	{
+		for (std::weak_ptr<SN::Unknown> const& held : mSources)
+		{
+			auto const source = SN::InterfaceRef<AudioFileSource>::FromUnknown(held.lock());
+			if (auto failure = source ? source->GetFailure() : std::nullopt)
+			{
+				return failure;
+			}
+		}
+		return std::nullopt;
+	}
+
+private:
+	std::vector<std::weak_ptr<SN::Unknown>> mSources;
+};
+
+FileMedia::FileMedia()
+	: mSources(std::make_shared<OpenSources>())
+{
+}
+
+std::shared_ptr<Sequence::Media const> FileMedia::Get(std::filesystem::path const& inPath)
+{
+	auto const [place, isNew] = mFiles.try_emplace(inPath);
+	File& file = place->second;
+	if (isNew)
+	{
+		try
+		{
+			AudioFileInfo const info = InspectAudioFile(inPath);
+			file.mMedia = std::make_shared<Sequence::Media>(Sequence::Media{inPath.filename().string(),
+				static_cast<double>(info.mSampleRate), info.mFrames, info.mLayout,
+				[sources = mSources, inPath](SN::FrameRate const& inCountingRate)
+				{ return sources->Open(inPath, inCountingRate); }});
+		}
+		catch (HostError const& error)
+		{
+			file.mError = error.what();
+		}
+	}
+	if (!file.mMedia)
+	{
+		throw HostError(HostError::Kind::eInput, file.mError);
+	}
+	return file.mMedia;
+}
+
+std::optional<std::string> FileMedia::GetFailure() const
+{
+	return mSources->GetFailure();
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "ItemMaker.h"
+
+#include <cstdint>
+
+namespace SonaroHost::Otio
+{
+
+// What transitions do to the ends of an item, in frames within it.
+struct ItemEnds
+{
+	// By crossfades.
+	std::int64_t mTakenBefore = 0;
+	std::int64_t mTakenAfter = 0;
+	// By fades from and to silence.
+	std::int64_t mFadeIn = 0;
+	std::int64_t mFadeOut = 0;
+	FadeShape mFadeInShape = FadeShape::eLinear;
+	FadeShape mFadeOutShape = FadeShape::eLinear;
+};
+
+// Gives ioItem its fades, by transitions or by its settings, made short enough for it, and tells of what cannot
+// be.
+void PlaceFades(SequenceMaking& ioMaking, Item const& inItem, Placement const& inPlacement,
+	Grid const& inGrid, ItemEnds inEnds, Sequence::Item& ioItem);
+
+// Whether there are any by its settings.
+bool HasFades(Item const& inItem);
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "Scope.h"
+#include "SequenceMaking.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace SonaroHost::Otio
+{
+
+// Where an item stands in a sequence.
+struct Placement
+{
+	// Exact, and as frames of the sequence's grid.
+	Ratio mStart;
+	Ratio mEnd;
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mEndFrame = 0;
+	// By which crossfades reach beyond its ends.
+	std::int64_t mFramesBefore = 0;
+	std::int64_t mFramesAfter = 0;
+};
+
+Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const& inGrid);
+
+// Makes a sequence's item of a clip or a composition.
+//
+// Content  Forward, what is heard at the item's start is the start of its range, and time passes there by
+//          its speed. Backward, it is the last of its range.
+class ItemMaker
+{
+public:
+	// What its levels are applied to: the item, or the track that it alone stands on.
+	enum class LevelsOn
+	{
+		eItem,
+		eTrack,
+	};
+
+	// Both outlive this object. inLayout: of the track that it stands on.
+	ItemMaker(SequenceMaking& ioMaking, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
+		: mMaking(ioMaking),
+		  mScope(inScope),
+		  mLayout(inLayout)
+	{
+	}
+
+	// Adds the rows of all that is in it. Gives nothing where nothing of it is heard. Its fades are left to the
+	// caller.
+	std::optional<Sequence::Item> Make(
+		ItemView const& inItem, Placement const& inPlacement, LevelsOn inLevelsOn);
+
+	// Only the markers of one that stands at the scope's time 0.
+	void AddMarkersOf(ItemView const& inItem);
+
+	// Silence in the item's place.
+	Sequence::Item MakeSilence(Item const& inItem, Placement const& inPlacement) const;
+
+private:
+	// How the item's own time passes in that of the sequence.
+	struct Passing
+	{
+		ExactRange mRange;
+		Ratio mSpeed = Ratio(1);
+		// From the sequence's time to the item's.
+		TimeMap mToContent;
+		// The item's time at its first frame.
+		Ratio mFirst;
+	};
+
+	Passing FindPassing(ItemView const& inItem, Placement const& inPlacement) const;
+	Sequence::Item MakeItem(Item const& inItem, Placement const& inPlacement, Passing const& inPassing) const;
+	void AddMarkers(Item const& inItem, Placement const& inPlacement, Passing const& inPassing);
+	void AddLevels(Item const& inItem, SN::AudioChannelLayout const& inFrom, Ratio const& inLength,
+		Sequence::Chain& outChain);
+	void CheckWidth(Item const& inItem, SN::AudioChannelLayout const& inFrom);
+	SN::AudioChannelLayout ChooseNestLayout(ItemView const& inItem) const;
+
+	std::optional<Sequence::Item> MakeClip(Clip const& inClip, Placement const& inPlacement,
+		Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn);
+	// The part that is visible.
+	void AddClipRow(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+		ClipMedia const* inMedia, std::string const& inWhySilent);
+	void CheckHandles(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+		Sequence::Media const& inMedia);
+	Ratio GetMediaStart(Clip const& inClip) const;
+
+	std::optional<Sequence::Item> MakeNest(ItemView const& inItem, Placement const& inPlacement,
+		Passing const& inPassing, std::string const& inWhySilent, LevelsOn inLevelsOn);
+
+	SequenceMaking& mMaking;
+	Scope const& mScope;
+	SN::AudioChannelLayout const& mLayout;
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "ClipMedia.h"
+#include "Measures.h"
+
+#include "Sonaro/Types.h"
+
+#include <unordered_map>
+
+namespace SonaroHost::Otio
+{
+
+// How wide things are: clips as their media or their routing, compositions as the widest of what is heard in them,
+// stacks as they say. What is panned is at least stereo.
+class Layouts
+{
+public:
+	// Outlives this object.
+	explicit Layouts(ClipMediaTable& ioMedia)
+		: mMedia(ioMedia)
+	{
+	}
+
+	// Before any pan of its own.
+	SN::AudioChannelLayout const& GetLayout(Clip const& inClip);
+	// Without channels where nothing is heard. The inner one is before any pan of its own.
+	SN::AudioChannelLayout const& GetInnerWidth(ItemView const& inItem);
+	SN::AudioChannelLayout GetWidth(ItemView const& inItem);
+
+	// The wider one of two.
+	static SN::AudioChannelLayout const& Choose(
+		SN::AudioChannelLayout const& inA, SN::AudioChannelLayout const& inB);
+	// inLayout as far as it is no wider than inLimit, and inLimit for none.
+	static SN::AudioChannelLayout const& Limit(
+		SN::AudioChannelLayout const& inLayout, SN::AudioChannelLayout const& inLimit);
+	static bool CanPan(SN::AudioChannelLayout const& inFrom, SN::AudioChannelLayout const& inTo);
+
+private:
+	SN::AudioChannelLayout FindWidth(ItemView const& inItem);
+
+	ClipMediaTable& mMedia;
+	std::unordered_map<Item const*, SN::AudioChannelLayout> mWidths;
+	std::unordered_map<Clip const*, SN::AudioChannelLayout> mClips;
+};
+
+} // namespace SonaroHost::Otio

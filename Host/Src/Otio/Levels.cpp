@@ -1,0 +1,133 @@
+#include "Levels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+// Beyond it either way is as good as at it; the engine's time line is not much longer.
+constexpr std::int64_t kFarSeconds = 99 * 3600;
+constexpr double kMaxDecibels = 100.0;
+
+SN::TickTime ToTicks(Ratio const& inSeconds)
+{
+	Ratio const clamped = std::clamp(inSeconds, Ratio(-kFarSeconds), Ratio(kFarSeconds));
+	return SN::TickTime::FromTicks((clamped * Ratio(zorvmediatypes::kTicksPerSecond)).Round());
+}
+
+double ToLinear(double inGain, AutomationScale inScale)
+{
+	if (inScale == AutomationScale::eLinear)
+	{
+		return inGain;
+	}
+	return inGain <= kSilenceDecibels ? 0.0 : std::pow(10.0, inGain / 20.0);
+}
+
+// What is beyond every use is brought to where it can be counted with.
+double LimitGain(double inGain, AutomationScale inScale)
+{
+	static double const sLargest = ToLinear(kMaxDecibels, AutomationScale::eDecibels);
+	return inScale == AutomationScale::eLinear ? std::clamp(inGain, -sLargest, sLargest)
+											   : std::clamp(inGain, kSilenceDecibels, kMaxDecibels);
+}
+
+template <class ToValue>
+Sequence::NumberParameter MakeParameter(
+	Curve const& inCurve, CurveSite const& inSite, AutomationScale inScale, ToValue const& inToValue)
+{
+	std::vector<AutomationPoint> points;
+	for (Curve::Keyframe const& keyframe : inCurve.mKeyframes)
+	{
+		Ratio const time = ToSeconds(keyframe.mTime);
+		bool const isFraction = inCurve.mTimeUnit == Curve::TimeUnit::eFractionOfLength;
+		points.push_back({inSite.mStart + ToTicks(isFraction ? time * inSite.mLength : time),
+			inToValue(keyframe.mValue), keyframe.mInterpolation});
+	}
+	auto const first = static_cast<float>(
+		ToLinear(points.empty() ? inToValue(inCurve.mConstant) : points.front().mValue, inScale));
+	Sequence::NumberParameter parameter = AutomationParameter<float>::Create(first);
+	if (!points.empty())
+	{
+		parameter->SetCurve(std::make_shared<AutomationCurve const>(std::move(points), inScale));
+	}
+	return parameter;
+}
+
+Curve const* ToPointer(std::optional<Curve> const& inCurve)
+{
+	return inCurve ? &*inCurve : nullptr;
+}
+
+bool StaysInTheMiddle(Curve const& inPan)
+{
+	return std::all_of(inPan.mKeyframes.begin(), inPan.mKeyframes.end(),
+			   [](Curve::Keyframe const& inKeyframe) { return inKeyframe.mValue == 0.0; }) &&
+		   (!inPan.IsConstant() || inPan.mConstant == 0.0);
+}
+
+} // namespace
+
+Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveSite const& inSite)
+{
+	AutomationScale const scale = inCurve.mScale;
+	if (inCurve.IsConstant() && ToLinear(inCurve.mConstant, scale) == 1.0)
+	{
+		return {};
+	}
+	return MakeParameter(
+		inCurve, inSite, scale, [scale](double inValue) { return LimitGain(inValue, scale); });
+}
+
+Sequence::NumberParameter MakePan(Curve const& inCurve, CurveSite const& inSite)
+{
+	return MakeParameter(inCurve, inSite, AutomationScale::eLinear,
+		[](double inValue) { return std::clamp((inValue + 1.0) / 2.0, 0.0, 1.0); });
+}
+
+std::vector<Sequence::Stage> MakeFaders(Item const& inItem, CurveSite const& inSite)
+{
+	std::vector<Sequence::Stage> stages;
+	auto const add = [&stages, &inSite](std::optional<Curve> const& inGain)
+	{
+		auto const gain = inGain ? MakeGain(*inGain, inSite) : Sequence::NumberParameter();
+		if (gain)
+		{
+			stages.push_back(Sequence::Fader{gain, {}});
+		}
+	};
+	MixSettings const& settings = inItem.GetSettings();
+	add(settings.mGain ? settings.mGain : settings.mForeign.mGain);
+	for (Effect const& effect : inItem.mEffects)
+	{
+		if (effect.mIsEnabled)
+		{
+			add(effect.mLevels.mGain);
+		}
+	}
+	return stages;
+}
+
+Curve const* FindPan(Item const& inItem)
+{
+	MixSettings const& settings = inItem.GetSettings();
+	if (settings.mPan)
+	{
+		return &*settings.mPan;
+	}
+	Curve const* found = ToPointer(settings.mForeign.mPan);
+	for (Effect const& effect : inItem.mEffects)
+	{
+		bool const isFree = !found || StaysInTheMiddle(*found);
+		found = isFree && effect.mIsEnabled && effect.mLevels.mPan ? ToPointer(effect.mLevels.mPan) : found;
+	}
+	return found && StaysInTheMiddle(*found) ? nullptr : found;
+}
+
+} // namespace SonaroHost::Otio

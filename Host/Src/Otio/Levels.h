@@ -1,0 +1,32 @@
+#pragma once
+
+#include "SonaroHost/Otio/Model.h"
+#include "SonaroHost/Sequence/Chain.h"
+
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+// How the times of an item's curves lie.
+struct CurveSite
+{
+	// Of the item, for keyframes that stand at fractions of it.
+	Ratio mLength;
+	// Where the item's start lies in the time of the chain.
+	SN::TickTime mStart;
+};
+
+// A gain, linear; null for one that is 1 for ever.
+Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveSite const& inSite);
+// From 0, left, to 1, right.
+Sequence::NumberParameter MakePan(Curve const& inCurve, CurveSite const& inSite);
+
+// All gains of an item: its own, or what others left in its metadata; and those of its effects.
+std::vector<Sequence::Stage> MakeFaders(Item const& inItem, CurveSite const& inSite);
+
+// The pan that counts of those of an item; null for none. One of others that stays in the middle is none: they
+// write it everywhere.
+Curve const* FindPan(Item const& inItem);
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,130 @@
+#include "Measures.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+ExactRange ToExactRange(TimeRange const& inRange)
+{
+	return {ToSeconds(inRange.mStartTime), ToSeconds(inRange.mDuration)};
+}
+
+} // namespace
+
+Speed GetSpeed(Item const& inItem)
+{
+	Speed speed;
+	for (Effect const& effect : inItem.mEffects)
+	{
+		if (effect.mIsEnabled && effect.mKind == Effect::Kind::eLinearTimeWarp)
+		{
+			speed.mFactor = speed.mFactor * Ratio::FromDouble(effect.mTimeScalar);
+		}
+		speed.mIsFrozen =
+			speed.mIsFrozen || (effect.mIsEnabled && effect.mKind == Effect::Kind::eFreezeFrame);
+	}
+	// Several of them can come to less than a fraction tells.
+	speed.mIsFrozen = speed.mIsFrozen || speed.mFactor == Ratio();
+	return speed;
+}
+
+ItemView::ItemView(Composable const& inChild)
+	: mItem(inChild.AsItem()),
+	  mClip(inChild.As<Clip>()),
+	  mTrack(inChild.As<Track>()),
+	  mStack(inChild.As<Stack>())
+{
+}
+
+ItemView::ItemView(Stack const& inStack)
+	: mItem(&inStack),
+	  mStack(&inStack)
+{
+}
+
+ItemView::ItemView(Track const& inTrack)
+	: mItem(&inTrack),
+	  mTrack(&inTrack)
+{
+}
+
+ExactRange Measures::GetRange(ItemView const& inItem)
+{
+	if (!inItem.mItem)
+	{
+		return {};
+	}
+	if (inItem.mItem->mSourceRange)
+	{
+		return ToExactRange(*inItem.mItem->mSourceRange);
+	}
+	if (inItem.mClip)
+	{
+		return MeasureMedia(*inItem.mClip);
+	}
+	return {Ratio(), GetContentLength(inItem)};
+}
+
+ExactRange Measures::MeasureMedia(Clip const& inClip)
+{
+	MediaReference const* const reference = inClip.FindActiveMedia();
+	if (reference && reference->mAvailableRange)
+	{
+		return ToExactRange(*reference->mAvailableRange);
+	}
+	if (!mIsHeard)
+	{
+		return {};
+	}
+	auto const [place, isNew] = mLengths.try_emplace(&inClip);
+	if (isNew)
+	{
+		if (auto const& media = mMedia.Get(inClip).mMedia)
+		{
+			place->second = Ratio(media->mFrames) / Ratio::FromDouble(media->mSampleRate);
+		}
+		else
+		{
+			mNotes.push_back({Note::Kind::eGuess, inClip.mPlace,
+				"the clip has no source_range, and its media tell no length; it counts as 0"});
+		}
+	}
+	return {Ratio(), place->second};
+}
+
+Ratio Measures::GetContentLength(ItemView const& inComposition)
+{
+	if (!inComposition.mTrack && !inComposition.mStack)
+	{
+		return {};
+	}
+	auto const found = mLengths.find(inComposition.mItem);
+	if (found != mLengths.end())
+	{
+		return found->second;
+	}
+	bool const wasHeard = mIsHeard;
+	mIsHeard = mIsHeard && (!inComposition.mTrack || inComposition.mTrack->IsAudio());
+	Ratio const length = AddUp(inComposition);
+	mIsHeard = wasHeard;
+	mLengths.emplace(inComposition.mItem, length);
+	return length;
+}
+
+Ratio Measures::AddUp(ItemView const& inComposition)
+{
+	Ratio length;
+	for (Composable const& child :
+		inComposition.mTrack ? inComposition.mTrack->mChildren : inComposition.mStack->mChildren)
+	{
+		Ratio const part = GetRange(child).mLength;
+		length = inComposition.mTrack ? length + part : std::max(length, part);
+	}
+	return length;
+}
+
+} // namespace SonaroHost::Otio

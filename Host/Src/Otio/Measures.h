@@ -1,0 +1,70 @@
+#pragma once
+
+#include "ClipMedia.h"
+
+#include "SonaroHost/Otio/Model.h"
+
+#include <unordered_map>
+
+namespace SonaroHost::Otio
+{
+
+// In seconds of an item's own time.
+struct ExactRange
+{
+	Ratio GetEnd() const { return mStart + mLength; }
+
+	Ratio mStart;
+	Ratio mLength;
+};
+
+// How fast an item's content passes, all its time warps together.
+struct Speed
+{
+	Ratio mFactor = Ratio(1);
+	bool mIsFrozen = false;
+};
+
+Speed GetSpeed(Item const& inItem);
+
+// An item as what it is: at most one of the classes is there, none for a gap and for a transition.
+struct ItemView
+{
+	ItemView(Composable const& inChild);
+	ItemView(Track const& inTrack);
+	ItemView(Stack const& inStack);
+
+	Item const* mItem = nullptr;
+	Clip const* mClip = nullptr;
+	Track const* mTrack = nullptr;
+	Stack const* mStack = nullptr;
+};
+
+// How long things are. The file of a clip is asked where the timeline does not tell, except below tracks that are
+// not heard.
+class Measures
+{
+public:
+	// Both outlive this object.
+	Measures(ClipMediaTable& ioMedia, std::vector<Note>& ioNotes)
+		: mMedia(ioMedia),
+		  mNotes(ioNotes)
+	{
+	}
+
+	// What is used of an item: its source_range, or all that it holds.
+	ExactRange GetRange(ItemView const& inItem);
+	// All that a track or a stack holds, from 0 on.
+	Ratio GetContentLength(ItemView const& inComposition);
+
+private:
+	ExactRange MeasureMedia(Clip const& inClip);
+	Ratio AddUp(ItemView const& inComposition);
+
+	ClipMediaTable& mMedia;
+	std::vector<Note>& mNotes;
+	bool mIsHeard = true;
+	std::unordered_map<Item const*, Ratio> mLengths;
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+// What a timeline's URL or path may mean.
+struct MediaLocation
+{
+	// Paths on this system to be tried in this order. Empty for a URL of the network.
+	std::vector<std::filesystem::path> mPaths;
+	// Of a URL that is no file's: "https".
+	std::string mForeignScheme;
+};
+
+MediaLocation ParseMediaLocation(std::string_view inUrl);
+
+// Each "%" with two hexadecimal digits becomes the byte; others stay.
+std::string DecodePercent(std::string_view inText);
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,42 @@
+#include "Scope.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Otio
+{
+
+Grid Grid::MakeThrough(Ratio const& inTime, int inSampleRate, std::int64_t& outFrame)
+{
+	outFrame = std::max<std::int64_t>(-(-(inTime * Ratio(inSampleRate))).Floor(), 0);
+	return {inSampleRate, inTime - Ratio(outFrame, inSampleRate)};
+}
+
+SN::TickTime Grid::ToTicks(std::int64_t inFrame) const
+{
+	return {inFrame, SN::FrameRate::FromSamplesPerSecond(mSampleRate)};
+}
+
+TimeSpan TimeSpan::Intersect(TimeSpan const& inOther) const
+{
+	return {std::max(mStart, inOther.mStart), std::min(mEnd, inOther.mEnd)};
+}
+
+TimeMap TimeMap::After(TimeMap const& inFirst) const
+{
+	return {Ratio(), Map(inFirst.mOffset), mFactor * inFirst.mFactor};
+}
+
+TimeSpan TimeMap::Map(TimeSpan const& inSpan) const
+{
+	Ratio const start = Map(inSpan.mStart);
+	Ratio const end = Map(inSpan.mEnd);
+	return inSpan.IsEmpty() ? TimeSpan{start, start} : TimeSpan{std::min(start, end), std::max(start, end)};
+}
+
+std::string AppendName(std::string const& inTrack, Item const& inItem, char const* inKind)
+{
+	std::string const name = inItem.mName.empty() ? inKind : inItem.mName;
+	return inTrack.empty() ? name : inTrack + " / " + name;
+}
+
+} // namespace SonaroHost::Otio

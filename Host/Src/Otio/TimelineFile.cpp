@@ -1,0 +1,186 @@
+#include "SonaroHost/Otio/TimelineFile.h"
+
+#include "TemporaryFolder.h"
+#include "ZipArchive.h"
+
+#include "SonaroHost/HostError.h"
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <string>
+#include <system_error>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+constexpr char const* kContent = "content.otio";
+constexpr char const* kMedia = "media";
+// Beyond it a size is taken for nonsense, whatever the room.
+constexpr std::uint64_t kMaxUnpackedBytes = std::uint64_t{1} << 40;
+
+[[noreturn]] void Refuse(std::filesystem::path const& inPath, std::string const& inReason)
+{
+	throw HostError(HostError::Kind::eInput, QuotePath(inPath) + ": " + inReason);
+}
+
+std::string GetLowerExtension(std::filesystem::path const& inPath)
+{
+	std::string extension = inPath.extension().string();
+	std::transform(extension.begin(), extension.end(), extension.begin(),
+		[](unsigned char inChar) { return static_cast<char>(std::tolower(inChar)); });
+	return extension;
+}
+
+// The entry's path below the folder that it is unpacked into.
+std::filesystem::path GetSafePath(std::filesystem::path const& inArchive, std::string const& inName)
+{
+	std::filesystem::path const path(inName);
+	bool const leaves = path.is_absolute() || inName.find('\\') != std::string::npos ||
+						std::find(path.begin(), path.end(), "..") != path.end();
+	if (leaves)
+	{
+		Refuse(inArchive, "the entry " + QuotePath(inName) +
+							  " would leave the folder that it is unpacked into; the bundle is not trusted");
+	}
+	return path.lexically_normal();
+}
+
+class Unpacking
+{
+public:
+	Unpacking(std::filesystem::path const& inArchive, std::filesystem::path inFolder)
+		: mPath(inArchive),
+		  mArchive(inArchive),
+		  mFolder(std::move(inFolder))
+	{
+	}
+
+	// Gives the content, and unpacks the media.
+	std::string Run()
+	{
+		std::string content;
+		bool hasContent = false;
+		CheckRoom();
+		for (ZipArchive::Entry const& entry : mArchive.GetEntries())
+		{
+			std::filesystem::path const path = GetSafePath(mPath, entry.mName);
+			if (path == kContent)
+			{
+				content = ReadContent(entry);
+				hasContent = true;
+			}
+			else if (IsMedia(entry))
+			{
+				Unpack(entry, mFolder / path);
+			}
+		}
+		if (!hasContent)
+		{
+			Refuse(mPath, std::string("has no \"") + kContent + "\", so that it is no bundle of a timeline");
+		}
+		return content;
+	}
+
+private:
+	static bool IsMedia(ZipArchive::Entry const& inEntry)
+	{
+		std::filesystem::path const path = std::filesystem::path(inEntry.mName).lexically_normal();
+		return !inEntry.mName.empty() && inEntry.mName.back() != '/' && *path.begin() == kMedia;
+	}
+
+	void CheckRoom() const
+	{
+		std::uint64_t total = 0;
+		for (ZipArchive::Entry const& entry : mArchive.GetEntries())
+		{
+			total += IsMedia(entry) ? std::min(entry.mBytes, kMaxUnpackedBytes) : 0;
+			if (total >= kMaxUnpackedBytes)
+			{
+				Refuse(mPath, "claims to hold 1 TiB of media or more, which is taken for damage");
+			}
+		}
+		std::error_code error;
+		std::filesystem::space_info const space = std::filesystem::space(mFolder, error);
+		if (!error && total > space.available)
+		{
+			constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
+			throw HostError(HostError::Kind::eOutput,
+				QuotePath(mPath) + ": its media take up " + std::to_string(total / kMebibyte) +
+					" MiB unpacked, and there are " + std::to_string(space.available / kMebibyte) +
+					" MiB in " + QuotePath(mFolder.parent_path()) + "; name another folder in TMPDIR");
+		}
+	}
+
+	std::string ReadContent(ZipArchive::Entry const& inEntry) const
+	{
+		if (inEntry.mBytes > kMaxFileBytes)
+		{
+			Refuse(mPath, std::string("its \"") + kContent + "\" is larger than 1 GiB; split the timeline");
+		}
+		std::string content;
+		mArchive.Read(inEntry,
+			[&content](char const* inBytes, std::size_t inCount) { content.append(inBytes, inCount); });
+		return content;
+	}
+
+	void Unpack(ZipArchive::Entry const& inEntry, std::filesystem::path const& inTarget) const
+	{
+		std::error_code error;
+		std::filesystem::create_directories(inTarget.parent_path(), error);
+		if (error || std::filesystem::exists(inTarget))
+		{
+			Refuse(mPath, "the entry " + QuotePath(inEntry.mName) + " stands in the way of another one");
+		}
+		std::ofstream file(inTarget, std::ios::binary);
+		mArchive.Read(inEntry, [&file](char const* inBytes, std::size_t inCount)
+			{ file.write(inBytes, static_cast<std::streamsize>(inCount)); });
+		if (!file.flush())
+		{
+			throw HostError(HostError::Kind::eOutput, QuotePath(mPath) + ": the entry " +
+														  QuotePath(inEntry.mName) +
+														  " cannot be written to " + QuotePath(inTarget));
+		}
+	}
+
+	std::filesystem::path const& mPath;
+	ZipArchive mArchive;
+	std::filesystem::path mFolder;
+};
+
+} // namespace
+
+TimelineFile::TimelineFile(std::filesystem::path const& inPath)
+	: mFolder(inPath.parent_path())
+{
+	// Otherwise files of the working folder would be told without a place.
+	mFolder = mFolder.empty() ? "." : mFolder;
+	if (GetLowerExtension(inPath) == ".otioz")
+	{
+		mUnpacked = std::make_unique<TemporaryFolder>();
+		mFolder = mUnpacked->GetPath();
+		mDocument = ReadDocument(Unpacking(inPath, mFolder).Run(), inPath);
+	}
+	else if (std::filesystem::is_directory(inPath))
+	{
+		mFolder = inPath;
+		if (!std::filesystem::exists(inPath / kContent))
+		{
+			Refuse(inPath, std::string("is a folder without \"") + kContent + "\" in it, and so no bundle");
+		}
+		mDocument = ReadDocumentFile(inPath / kContent);
+	}
+	else
+	{
+		mDocument = ReadDocumentFile(inPath);
+	}
+}
+
+TimelineFile::~TimelineFile() = default;
+TimelineFile::TimelineFile(TimelineFile&&) noexcept = default;
+TimelineFile& TimelineFile::operator=(TimelineFile&&) noexcept = default;
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,175 @@
+#include "TrackMaker.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+void TrackMaker::Make(Sequence::Track& ioTrack)
+{
+	ListSlots();
+	std::vector<std::optional<Sequence::Item>> items;
+	for (Slot const& slot : mSlots)
+	{
+		items.push_back(slot.IsMaterial() ? ItemMaker(mMaking, mScope, ioTrack.mLayout)
+												.Make(slot.mView, slot.mPlacement, ItemMaker::LevelsOn::eItem)
+										  : std::nullopt);
+	}
+	for (std::size_t index = 0; index < mSlots.size(); ++index)
+	{
+		// One that is silent is there all the same where the other one of a crossfade is heard.
+		bool const leads = mSlots[index].mCrossfade && items[index + 1];
+		bool const follows = index > 0 && mSlots[index - 1].mCrossfade && items[index - 1];
+		if (!items[index] && (leads || follows))
+		{
+			Slot const& slot = mSlots[index];
+			AddItem(index,
+				ItemMaker(mMaking, mScope, ioTrack.mLayout).MakeSilence(*slot.mView.mItem, slot.mPlacement),
+				ioTrack);
+			continue;
+		}
+		AddItem(index, items[index], ioTrack);
+	}
+}
+
+void TrackMaker::ListSlots()
+{
+	struct Joint
+	{
+		Transition const* mTransition;
+		std::size_t mRight;
+	};
+	std::vector<Joint> joints;
+	Ratio time;
+	for (Composable const& child : mTrack.mChildren)
+	{
+		if (Transition const* const transition = child.As<Transition>())
+		{
+			joints.push_back({transition, mSlots.size()});
+			continue;
+		}
+		Slot& slot = mSlots.emplace_back(child);
+		Ratio const length = mMaking.mMeasures.GetRange(child).mLength;
+		slot.mPlacement = MakePlacement(time, length, mScope.mGrid);
+		time = time + length;
+	}
+	for (Joint const& joint : joints)
+	{
+		if (joint.mTransition->mIsEnabled)
+		{
+			PlaceTransition(*joint.mTransition, joint.mRight > 0 ? &mSlots[joint.mRight - 1] : nullptr,
+				joint.mRight < mSlots.size() ? &mSlots[joint.mRight] : nullptr);
+		}
+	}
+}
+
+void TrackMaker::PlaceTransition(Transition const& inTransition, Slot* ioLeft, Slot* ioRight)
+{
+	bool const hasLeft = ioLeft && ioLeft->IsMaterial();
+	bool const hasRight = ioRight && ioRight->IsMaterial();
+	if (hasLeft && hasRight)
+	{
+		PlaceCrossfade(inTransition, *ioLeft, *ioRight);
+	}
+	else if (hasRight)
+	{
+		PlaceFadeIn(inTransition, *ioRight);
+	}
+	else if (hasLeft)
+	{
+		PlaceFadeOut(inTransition, *ioLeft);
+	}
+}
+
+void TrackMaker::PlaceCrossfade(Transition const& inTransition, Slot& ioLeft, Slot& ioRight)
+{
+	std::int64_t const cut = ioRight.mPlacement.mFirstFrame;
+	Ratio const time = ioRight.mPlacement.mStart;
+	std::int64_t const wantedBefore = cut - mScope.mGrid.ToFrame(time - ToSeconds(inTransition.mInOffset));
+	std::int64_t const wantedAfter = mScope.mGrid.ToFrame(time + ToSeconds(inTransition.mOutOffset)) - cut;
+	std::int64_t const before = std::min(wantedBefore, ioLeft.GetLength() - ioLeft.mEnds.mTakenBefore);
+	std::int64_t const after = std::min(wantedAfter, ioRight.GetLength());
+	if (before < wantedBefore || after < wantedAfter)
+	{
+		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
+			"the transition is longer than what it stands between, or reaches into another one; it is made "
+			"shorter");
+	}
+	if (before + after == 0 || ioLeft.GetLength() == 0 || ioRight.GetLength() == 0)
+	{
+		return;
+	}
+	ioLeft.mCrossfade = &inTransition;
+	ioLeft.mEnds.mTakenAfter = before;
+	ioLeft.mPlacement.mFramesAfter = after;
+	ioRight.mEnds.mTakenBefore = after;
+	ioRight.mPlacement.mFramesBefore = before;
+}
+
+void TrackMaker::PlaceFadeIn(Transition const& inTransition, Slot& ioSlot)
+{
+	Ratio const end = ioSlot.mPlacement.mStart + ToSeconds(inTransition.mOutOffset);
+	ioSlot.mEnds.mFadeIn = mScope.mGrid.ToFrame(end) - ioSlot.mPlacement.mFirstFrame;
+	ioSlot.mEnds.mFadeInShape = GetShape(inTransition);
+	if (inTransition.mInOffset.mValue > 0.0)
+	{
+		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
+			"of a transition from a gap, the part within the gap is silent");
+	}
+}
+
+void TrackMaker::PlaceFadeOut(Transition const& inTransition, Slot& ioSlot)
+{
+	Ratio const start = ioSlot.mPlacement.mEnd - ToSeconds(inTransition.mInOffset);
+	ioSlot.mEnds.mFadeOut = ioSlot.mPlacement.mEndFrame - mScope.mGrid.ToFrame(start);
+	ioSlot.mEnds.mFadeOutShape = GetShape(inTransition);
+	if (inTransition.mOutOffset.mValue > 0.0)
+	{
+		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
+			"of a transition to a gap, the part within the gap is silent");
+	}
+}
+
+void TrackMaker::AddItem(std::size_t inIndex, std::optional<Sequence::Item> inItem, Sequence::Track& ioTrack)
+{
+	Slot const& slot = mSlots[inIndex];
+	Transition const* const crossfade = inIndex > 0 ? mSlots[inIndex - 1].mCrossfade : nullptr;
+	if (inItem && crossfade && mHasItemBefore)
+	{
+		FadeShape const shape = GetShape(*crossfade);
+		ioTrack.mCrossfades.push_back(
+			{ioTrack.mItems.size() - 1, mScope.mGrid.ToTicks(slot.mPlacement.mFramesBefore),
+				mScope.mGrid.ToTicks(slot.mEnds.mTakenBefore), shape, shape});
+	}
+	mHasItemBefore = inItem.has_value();
+	if (inItem)
+	{
+		PlaceFades(mMaking, *slot.mView.mItem, slot.mPlacement, mScope.mGrid, slot.mEnds, *inItem);
+		ioTrack.mItems.push_back(std::move(*inItem));
+	}
+}
+
+FadeShape TrackMaker::GetShape(Transition const& inTransition) const
+{
+	return inTransition.GetSettings().mShape.value_or(mMaking.mOptions.mFadeShape);
+}
+
+std::shared_ptr<Sequence::Description const> MakeTrackSequence(SequenceMaking& ioMaking, Track const& inTrack,
+	Scope const& inScope, SN::AudioChannelLayout const& inLayout)
+{
+	auto description = std::make_shared<Sequence::Description>();
+	description->mName = inTrack.mName;
+	description->mLayout = inLayout;
+	Sequence::Track track;
+	track.mName = inTrack.mName;
+	track.mLayout = inLayout;
+	TrackMaker(ioMaking, inTrack, inScope).Make(track);
+	if (!track.mItems.empty())
+	{
+		description->mTracks.push_back(std::move(track));
+	}
+	return description;
+}
+
+} // namespace SonaroHost::Otio
