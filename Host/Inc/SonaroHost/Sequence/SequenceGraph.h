@@ -51,7 +51,12 @@ struct GraphReport
 //           ahead. What comes out first therefore needs GetWarmUpFrames of the graph before it.
 // Cuts      Any cut of a range into blocks gives the same samples, unless something is resampled, or a fade's
 //           progress, which is rounded to single precision and carried along a block, is not exact.
-// Start     A graph renders one run: Preroll, then block after block forward or in reverse.
+// Start     A graph renders one run: Preroll, then block after block forward or in reverse. A run may begin
+//           anywhere; from the same frame on, curves are sampled at the same frames.
+// Reverse   Tracks, submixes and nested sequences are exact. What the effects of items delay is made up for
+//           forward alone, and in a loop when the items are reached without a jump.
+// Jumps     A nested sequence that is read out of turn, as where a loop comes round, renders on the spot what
+//           its branches need to settle, as many frames as they are asked ahead.
 // Threads   The constructor: the one that owns the context.
 class SequenceGraph
 {
