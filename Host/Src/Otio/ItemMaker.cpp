@@ -64,6 +64,8 @@ Sequence::Item ItemMaker::MakeSilence(Item const& inItem, Placement const& inPla
 {
 	Sequence::Media media;
 	media.mLayout = mLayout;
+	// At speed 0 nothing is opened.
+	media.mOpen = [](SN::FrameRate const&) { return SN::InterfaceRef<SN::IAudioSource>(); };
 	Sequence::Item item = MakeItem(inItem, inPlacement, {});
 	item.mContent = Sequence::Clip{std::make_shared<Sequence::Media const>(std::move(media)), 0, {}};
 	item.mSpeed = 0.0;

@@ -1,0 +1,151 @@
+#pragma once
+
+#include "SonaroHost/Otio/Media.h"
+#include "SonaroHost/Otio/MixSettings.h"
+#include "SonaroHost/Otio/RationalTime.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+// What an OpenTimelineIO file tells, checked: every number is within its range, every rate above 0, every
+// name of a submix leads somewhere. All are plain values; they can be copied, moved and built by hand.
+//
+// Places    Each object carries its JSON pointer, for messages.
+// Metadata  Each carries its metadata of others as compact JSON, empty when there is none, without the
+//           object "sonaro"; not-a-number and infinite values in it have become null.
+namespace SonaroHost::Otio
+{
+
+struct Effect
+{
+	enum class Kind
+	{
+		eLinearTimeWarp,
+		eFreezeFrame,
+		// Everything else. It is not rendered, except for its levels.
+		eOther,
+	};
+
+	Kind mKind = Kind::eOther;
+	// "Name.version".
+	std::string mSchema;
+	std::string mName;
+	std::string mEffectName;
+	bool mIsEnabled = true;
+	// eLinearTimeWarp: media time that passes in a second of the item's; not 0, at most 1000 either way.
+	double mTimeScalar = 1.0;
+	ForeignLevels mLevels;
+	std::string mMetadata;
+	std::string mPlace;
+};
+
+struct Marker
+{
+	std::string mName;
+	// In the time of the item that carries it, before its source_range cuts.
+	TimeRange mMarkedRange;
+	std::string mColor;
+	std::string mComment;
+	std::string mMetadata;
+	std::string mPlace;
+};
+
+// What everything has that takes up time.
+struct Item
+{
+	// Those that are there, or none.
+	MixSettings const& GetSettings() const;
+
+	std::string mName;
+	// The part that is used, in the item's own time: that of the media or of the children.
+	std::optional<TimeRange> mSourceRange;
+	bool mIsEnabled = true;
+	std::vector<Effect> mEffects;
+	std::vector<Marker> mMarkers;
+	// Null for none, which is the rule.
+	std::shared_ptr<MixSettings const> mSettings;
+	std::string mMetadata;
+	std::string mPlace;
+};
+
+struct Clip : Item
+{
+	// The active one, or null for none, which counts as missing.
+	MediaReference const* FindActiveMedia() const;
+
+	// With different keys.
+	std::vector<MediaReference> mMediaReferences;
+	std::string mActiveMediaKey;
+};
+
+// Also what stands for an object of an unknown schema: mSchema tells which then.
+struct Gap : Item
+{
+	// Empty for a true gap, otherwise "Name.version".
+	std::string mSchema;
+};
+
+// Takes up no time itself. On a track at most one stands between two neighbours, or at an end.
+struct Transition
+{
+	MixSettings const& GetSettings() const;
+
+	std::string mName;
+	std::string mTransitionType;
+	bool mIsEnabled = true;
+	// How far it reaches to either side of the cut. Not negative.
+	RationalTime mInOffset;
+	RationalTime mOutOffset;
+	// Null for none.
+	std::shared_ptr<MixSettings const> mSettings;
+	std::string mMetadata;
+	std::string mPlace;
+};
+
+struct Composable;
+
+// Children lie one behind the other.
+struct Track : Item
+{
+	bool IsAudio() const { return mKind == "Audio"; }
+
+	// "Audio", "Video" or anything else; only the first is heard.
+	std::string mKind;
+	std::vector<Composable> mChildren;
+};
+
+// Children begin together. It has no transitions.
+struct Stack : Item
+{
+	std::vector<Composable> mChildren;
+};
+
+struct Composable
+{
+	// Null where it is something else.
+	template <class T>
+	T const* As() const
+	{
+		return std::get_if<T>(&mValue);
+	}
+	// Null for a transition.
+	Item const* AsItem() const;
+
+	std::variant<Clip, Gap, Transition, Track, Stack> mValue;
+};
+
+struct Timeline
+{
+	std::string mName;
+	// A label of the first frame.
+	std::optional<RationalTime> mGlobalStartTime;
+	// The timeline's own settings are among the stack's.
+	Stack mTracks;
+	std::string mMetadata;
+	std::string mPlace;
+};
+
+} // namespace SonaroHost::Otio

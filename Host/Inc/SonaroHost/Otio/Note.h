@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+namespace SonaroHost::Otio
+{
+
+// Something about a file that its author should know.
+struct Note
+{
+	enum class Kind
+	{
+		// Told for completeness; the sound is as the file says.
+		eRemark,
+		// The file leaves the meaning open; this one was taken.
+		eGuess,
+		// Something that may have been meant to be heard has no effect.
+		eIgnored,
+	};
+
+	Kind mKind = Kind::eRemark;
+	// A JSON pointer such as "/tracks/children/0/effects/2"; empty for the file as a whole.
+	std::string mPlace;
+	std::string mText;
+};
+
+} // namespace SonaroHost::Otio

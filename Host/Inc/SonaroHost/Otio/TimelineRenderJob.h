@@ -1,0 +1,109 @@
+#pragma once
+
+#include "SonaroHost/LoudnessMeter.h"
+#include "SonaroHost/Otio/TimelineInput.h"
+#include "SonaroHost/Otio/TimelineRange.h"
+#include "SonaroHost/Otio/TimelineRenderRequest.h"
+#include "SonaroHost/RenderProgress.h"
+#include "SonaroHost/Sequence/SequenceGraph.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+// A file that was written.
+struct RenderedFile
+{
+	std::filesystem::path mPath;
+	// Of the track or marker; empty for the mix.
+	std::string mName;
+	// In the programme.
+	ProgrammeRange mRange;
+	// What a WAV carries as its place in time, in samples since midnight.
+	std::optional<std::int64_t> mTimeReference;
+	// Of the samples before rounding; linear, 1 being full scale.
+	float mPeak = 0.0f;
+	std::int64_t mClippedSamples = 0;
+	std::optional<LoudnessReading> mLoudness;
+	// The least gain of the limiter; 1 where it had nothing to do.
+	double mSmallestLimiterGain = 1.0;
+};
+
+struct TimelineRenderSummary
+{
+	OutputFormat mFormat;
+	std::vector<RenderedFile> mFiles;
+	// Of the mix in the range, before it is normalized and limited; when it was measured.
+	std::optional<LoudnessReading> mMix;
+	// For each row of the sequence's tracks, behind its fader; nothing for those that are not heard. What a nested
+	// sequence renders to settle, a few milliseconds, counts in its tracks.
+	std::vector<std::optional<LoudnessReading>> mTracks;
+	// Linear; 1 without normalizing.
+	double mNormalizingGain = 1.0;
+	// With a limiter, how far the loudness stays from what was asked for, in LU.
+	double mLoudnessError = 0.0;
+	// Of the mix.
+	Sequence::GraphReport mGraph;
+	double mElapsedSeconds = 0.0;
+};
+
+// Renders a timeline into sound files.
+//
+// Passes      Normalizing renders the mix once more before, into a meter: that takes time instead of room on the disk,
+//             and both passes have the same samples. With a limiter, which makes the mix softer, it is repeated until
+//             the loudness is right to 0.02 LU, at most six times.
+// Range       Its samples are those of the whole render, where nothing of what came before rings on.
+class TimelineRenderJob
+{
+public:
+	// Opens the timeline and checks the request against it. Throws a HostError.
+	explicit TimelineRenderJob(TimelineRenderRequest inRequest);
+	~TimelineRenderJob();
+	TimelineRenderJob(TimelineRenderJob const&) = delete;
+	TimelineRenderJob& operator=(TimelineRenderJob const&) = delete;
+
+	TimelineSequence const& GetSequence() const { return mSequence; }
+	// Of reading and laying out.
+	std::vector<Note> const& GetNotes() const { return mNotes; }
+	ProgrammeRange const& GetRange() const { return mRange; }
+	OutputFormat const& GetOutputFormat() const { return mFormat; }
+	SN::AudioChannelLayout const& GetOutputLayout() const { return mSequence.mDescription->mLayout; }
+	int GetSampleRate() const { return mSequence.mSampleRate; }
+
+	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a
+	// HostError: then there is no output, and files that were there before stay. Several files appear together once all
+	// are complete. To be called once.
+	std::optional<TimelineRenderSummary> Run(
+		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
+
+private:
+	class Passes;
+
+	void ChooseFormat();
+	void CheckNumbers() const;
+	void PlanFiles();
+	void CheckFiles() const;
+
+	struct PlannedFile
+	{
+		RenderedFile mFile;
+		std::optional<std::size_t> mOnlyChild;
+	};
+
+	TimelineRenderRequest mRequest;
+	TimelineInput mInput;
+	TimelineSequence mSequence;
+	std::vector<Note> mNotes;
+	ProgrammeRange mRange;
+	OutputFormat mFormat;
+	std::vector<PlannedFile> mFiles;
+};
+
+} // namespace SonaroHost::Otio

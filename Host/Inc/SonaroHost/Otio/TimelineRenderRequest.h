@@ -1,0 +1,67 @@
+#pragma once
+
+#include "SonaroHost/Otio/TimelineSequence.h"
+#include "SonaroHost/OutputFormat.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+// How the programme is cut into files.
+enum class Stems
+{
+	// Into one.
+	eNone,
+	// One for each child of the timeline that is heard. Without limiting and effects of the sum they add up to the mix.
+	eTracks,
+	// One for each marker that has a length, of the mix.
+	eMarkers,
+};
+
+// What is measured, which takes longer than many a render itself.
+enum class Measuring
+{
+	eNothing,
+	// Loudness and true peak of what is written.
+	eOutput,
+	// Of the mix, of each track and of each nested sequence as well.
+	eTracks,
+};
+
+// A timeline that is to be rendered into sound files.
+struct TimelineRenderRequest
+{
+	std::filesystem::path mInput;
+	std::vector<std::filesystem::path> mMediaFolders;
+	// The file; of stems the folder, which is made where there is none.
+	std::filesystem::path mOutput;
+	OutputContainer mContainer = OutputContainer::eWav;
+	// Without these, GetDefaultSamples and ChooseDither decide.
+	std::optional<OutputSamples> mSamples;
+	std::optional<Dither> mDither;
+
+	// As TimelineOptions have them.
+	std::optional<int> mSampleRate;
+	std::optional<SN::AudioChannelLayout> mLayout;
+	FadeShape mFadeShape = FadeShape::eEqualPower;
+
+	// As FindRange reads it; empty for all.
+	std::string mRange;
+	Stems mStems = Stems::eNone;
+	// The integrated loudness of the mix in the range, in LUFS. Stems get the gain of the mix.
+	std::optional<double> mNormalizeLoudness;
+	// The highest true peak of each file, in dBTP.
+	std::optional<double> mLimitDecibels;
+
+	Measuring mMeasuring = Measuring::eNothing;
+	// Whether older files of the outputs' names may be replaced.
+	bool mReplace = true;
+	// 2048 is fastest: what is mixed stays in the cache nearest to the processor.
+	unsigned mBlockFrames = 2048;
+};
+
+} // namespace SonaroHost::Otio

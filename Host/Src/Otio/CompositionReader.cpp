@@ -1,0 +1,192 @@
+#include "CompositionReader.h"
+
+#include "Fields.h"
+#include "ItemReader.h"
+#include "Schema.h"
+
+#include "SonaroHost/Otio/Reader.h"
+
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+enum class Around
+{
+	eStack,
+	eTrack,
+};
+
+void ReadGap(Cursor const& inObject, Gap& outGap)
+{
+	TellUnknownKeys(inObject, {}, kItemKeys);
+	ReadItem(inObject, SettingsOwner::eGap, outGap);
+	if (!outGap.mSourceRange)
+	{
+		inObject.Tell(Note::Kind::eGuess, "the gap has no source_range; its length is 0");
+	}
+}
+
+// What it is cannot be told, but how long it is can.
+void ReadUnknown(Cursor const& inObject, Around inAround, Gap& outGap)
+{
+	outGap.mSchema = GetSchemaLabel(inObject);
+	outGap.mPlace = inObject.GetPlace();
+	outGap.mName = ReadLabel(Cursor(inObject, "name"));
+	outGap.mMetadata = ReadMetadata(inObject);
+	std::string const what =
+		outGap.mSchema.empty() ? "names no schema" : "is of the schema " + Quote(outGap.mSchema);
+	outGap.mSourceRange = ReadIfThere(Cursor(inObject, "source_range"), ReadRange);
+	if (!outGap.mSourceRange && inAround == Around::eTrack)
+	{
+		inObject.Refuse(what + ", which is not known here, and has no source_range, so that nobody can tell "
+							   "where what follows it begins; remove it or write it as a Gap");
+	}
+	inObject.Tell(
+		Note::Kind::eIgnored, what + ", which is not known here; it is silent and takes up its time");
+}
+
+// False for what is left out.
+bool ReadTransitionOf(Cursor const& inObject, Around inAround, std::vector<Composable>& ioChildren)
+{
+	if (inAround == Around::eStack)
+	{
+		inObject.Tell(Note::Kind::eIgnored, "a transition in a stack has nothing to join; it is ignored");
+		return false;
+	}
+	if (ioChildren.size() > 1 && ioChildren[ioChildren.size() - 2].As<Transition>() != nullptr)
+	{
+		inObject.Tell(
+			Note::Kind::eIgnored, "a transition stands right behind another transition; it is ignored");
+		return false;
+	}
+	ReadTransition(inObject, ioChildren.back().mValue.emplace<Transition>());
+	return true;
+}
+
+void ReadChild(
+	Cursor const& inObject, Around inAround, std::size_t inDepth, std::vector<Composable>& ioChildren)
+{
+	if (!inObject.IsObject())
+	{
+		inObject.RefuseType("a clip, gap, transition, track or stack");
+	}
+	auto& value = ioChildren.emplace_back().mValue;
+	switch (ReadSchema(inObject))
+	{
+	case SchemaKind::eClip:
+		ReadClip(inObject, value.emplace<Clip>());
+		break;
+	case SchemaKind::eGap:
+		ReadGap(inObject, value.emplace<Gap>());
+		break;
+	case SchemaKind::eTrack:
+		ReadTrack(inObject, inDepth, value.emplace<Track>());
+		break;
+	case SchemaKind::eStack:
+		ReadStack(inObject, inDepth, value.emplace<Stack>());
+		break;
+	case SchemaKind::eTransition:
+		if (!ReadTransitionOf(inObject, inAround, ioChildren))
+		{
+			ioChildren.pop_back();
+		}
+		break;
+	default:
+		ReadUnknown(inObject, inAround, value.emplace<Gap>());
+		break;
+	}
+}
+
+void ReadChildren(
+	Cursor const& inObject, Around inAround, std::size_t inDepth, std::vector<Composable>& outChildren)
+{
+	if (inDepth >= kMaxCompositionDepth)
+	{
+		inObject.Refuse("stacks and tracks are nested more than " + std::to_string(kMaxCompositionDepth) +
+						" deep; flatten the timeline");
+	}
+	ForEach(Cursor(inObject, "children"), [inAround, inDepth, &outChildren](Cursor const& inChild)
+		{ ReadChild(inChild, inAround, inDepth + 1, outChildren); });
+}
+
+std::string ReadKind(Cursor const& inObject)
+{
+	Cursor const kind(inObject, "kind");
+	if (kind.IsNothing())
+	{
+		kind.Tell(Note::Kind::eGuess, "is missing; the track counts as Video, which is not heard");
+		return "Video";
+	}
+	std::string name = ReadText(kind);
+	if (name != "Audio" && name != "Video")
+	{
+		kind.Tell(Note::Kind::eIgnored, "is " + Quote(name) + "; only tracks of kind Audio are heard");
+	}
+	return name;
+}
+
+} // namespace
+
+void ReadStack(Cursor const& inObject, std::size_t inDepth, Stack& outStack)
+{
+	TellUnknownKeys(inObject, {"children"}, kItemKeys);
+	ReadItem(inObject, SettingsOwner::eStack, outStack);
+	ReadChildren(inObject, Around::eStack, inDepth, outStack.mChildren);
+	// The outermost stack has the timeline's submixes too.
+	if (inDepth > 0)
+	{
+		CheckRouting(outStack.mChildren, outStack.GetSettings().mSubmixes);
+	}
+}
+
+void ReadTrack(Cursor const& inObject, std::size_t inDepth, Track& outTrack)
+{
+	TellUnknownKeys(inObject, {"kind", "children"}, kItemKeys);
+	outTrack.mKind = ReadKind(inObject);
+	SilenceScope const scope(inObject.GetFindings(), !outTrack.IsAudio());
+	ReadItem(inObject, SettingsOwner::eTrack, outTrack);
+	ReadChildren(inObject, Around::eTrack, inDepth, outTrack.mChildren);
+	CheckRouting(outTrack.mChildren, {});
+}
+
+void CheckRouting(std::vector<Composable> const& inChildren, std::vector<Submix> const& inSubmixes)
+{
+	std::unordered_set<std::string_view> names;
+	for (Submix const& submix : inSubmixes)
+	{
+		names.insert(submix.mName);
+	}
+	auto const check = [&names](Track const& inTrack, std::string const& inKey, std::string const& inName)
+	{
+		if (!names.contains(inName))
+		{
+			throw Refusal(inTrack.mPlace + "/metadata/sonaro/" + inKey,
+				"is " + Quote(inName) + "; the stack around the track has no submix of that name");
+		}
+	};
+	for (Composable const& child : inChildren)
+	{
+		auto const* const track = child.As<Track>();
+		if (track == nullptr || !track->mSettings)
+		{
+			continue;
+		}
+		if (track->mSettings->mOutput)
+		{
+			check(*track, "output", *track->mSettings->mOutput);
+		}
+		for (std::size_t i = 0; i < track->mSettings->mSends.size(); ++i)
+		{
+			check(*track, "sends/" + std::to_string(i) + "/to", track->mSettings->mSends[i].mTo);
+		}
+	}
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,189 @@
+#include "Fields.h"
+
+#include "Schema.h"
+
+#include "SonaroHost/Otio/Reader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+// Refuses what is no object of the schema, or of none.
+void CheckObject(Cursor const& inValue, SchemaKind inKind, char const* inName)
+{
+	if (!inValue.IsObject())
+	{
+		inValue.RefuseType(std::string("a ") + inName);
+	}
+	SchemaKind const kind = ReadSchema(inValue);
+	if (kind == SchemaKind::eNone)
+	{
+		inValue.Tell(Note::Kind::eGuess, std::string("names no schema; it is read as ") + inName);
+	}
+	else if (kind != inKind)
+	{
+		inValue.Refuse("is of the schema " + Quote(GetSchemaLabel(inValue)) + "; it must be a " + inName);
+	}
+}
+
+} // namespace
+
+RepeatedKeys::RepeatedKeys(JsonValue const& inObject)
+	: mObject(inObject)
+{
+	constexpr std::size_t kLarge = 64;
+	std::span<JsonMember const> const members = inObject.GetMembers();
+	if (members.size() <= kLarge)
+	{
+		return;
+	}
+	for (JsonMember const& member : members)
+	{
+		mLast[member.mKey] = &member.mValue;
+	}
+}
+
+bool RepeatedKeys::Has(JsonMember const& inMember) const
+{
+	return &inMember.mValue != (mLast.empty() ? mObject.Find(inMember.mKey) : mLast.at(inMember.mKey));
+}
+
+void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_view> inKnown,
+	std::span<std::string_view const> inShared)
+{
+	auto const isIn = [](auto const& inKeys, std::string_view inKey)
+	{ return std::find(inKeys.begin(), inKeys.end(), inKey) != inKeys.end(); };
+	RepeatedKeys const repeated(inObject.Get());
+	for (JsonMember const& member : inObject.Get().GetMembers())
+	{
+		if (member.mKey == "OTIO_SCHEMA")
+		{
+			continue;
+		}
+		if (!isIn(inKnown, member.mKey) && !isIn(inShared, member.mKey))
+		{
+			Cursor(inObject, member).Tell(Note::Kind::eIgnored, "the key is not known here; it is ignored");
+		}
+		else if (repeated.Has(member))
+		{
+			Cursor(inObject, member)
+				.Tell(Note::Kind::eGuess, "the key is given more than once; the last one counts");
+		}
+	}
+}
+
+std::string ReadLabel(Cursor const& inValue)
+{
+	if (inValue.IsNothing() || inValue.Is(JsonValue::Type::eString))
+	{
+		return inValue.IsNothing() ? std::string() : std::string(inValue.Get().GetString());
+	}
+	inValue.Tell(Note::Kind::eRemark,
+		"is " + std::string(GetTypeName(inValue.Get().GetType())) + " and not a text; it is left empty");
+	return {};
+}
+
+std::string ReadText(Cursor const& inValue)
+{
+	if (!inValue.Is(JsonValue::Type::eString))
+	{
+		inValue.RefuseType("a text");
+	}
+	return std::string(inValue.Get().GetString());
+}
+
+double ReadNumber(Cursor const& inValue, double inSmallest, double inLargest)
+{
+	if (!inValue.Is(JsonValue::Type::eNumber))
+	{
+		inValue.RefuseType("a number");
+	}
+	double const number = inValue.Get().GetNumber();
+	if (!std::isfinite(number))
+	{
+		inValue.Refuse("is " + Write(number) + "; it must be a finite number");
+	}
+	if (number < inSmallest || number > inLargest)
+	{
+		inValue.Refuse(
+			"is " + Write(number) + "; it must be from " + Write(inSmallest) + " to " + Write(inLargest));
+	}
+	return number;
+}
+
+bool ReadBool(Cursor const& inValue)
+{
+	if (!inValue.Is(JsonValue::Type::eBool))
+	{
+		inValue.RefuseType("true or false");
+	}
+	return inValue.Get().GetBool();
+}
+
+bool ReadEnabled(Cursor const& inValue)
+{
+	if (inValue.IsNothing())
+	{
+		return true;
+	}
+	if (inValue.Is(JsonValue::Type::eNumber))
+	{
+		bool const isEnabled = inValue.Get().GetNumber() != 0.0;
+		inValue.Tell(
+			Note::Kind::eGuess, std::string("is a number; it counts as ") + (isEnabled ? "true" : "false"));
+		return isEnabled;
+	}
+	return ReadBool(inValue);
+}
+
+RationalTime ReadTime(Cursor const& inValue)
+{
+	CheckObject(inValue, SchemaKind::eRationalTime, "RationalTime");
+	TellUnknownKeys(inValue, {"value", "rate"});
+	constexpr double kAny = std::numeric_limits<double>::max();
+	RationalTime time;
+	time.mRate = ReadNumber(Cursor(inValue, "rate"), kMinRate, kMaxRate);
+	Cursor const value(inValue, "value");
+	time.mValue = ReadNumber(value, -kAny, kAny);
+	if (std::abs(time.mValue) > kMaxSeconds * time.mRate)
+	{
+		value.Refuse("is " + Write(time.mValue) + " at a rate of " + Write(time.mRate) +
+					 "; times must be within " + Write(kMaxSeconds) + " seconds");
+	}
+	return time;
+}
+
+RationalTime ReadDuration(Cursor const& inValue)
+{
+	RationalTime const duration = ReadTime(inValue);
+	if (duration.mValue < 0.0)
+	{
+		Cursor(inValue, "value").Refuse("is " + Write(duration.mValue) + "; it must not be negative");
+	}
+	return duration;
+}
+
+TimeRange ReadRange(Cursor const& inValue)
+{
+	CheckObject(inValue, SchemaKind::eTimeRange, "TimeRange");
+	TellUnknownKeys(inValue, {"start_time", "duration"});
+	TimeRange range;
+	range.mDuration = ReadDuration(Cursor(inValue, "duration"));
+	Cursor const start(inValue, "start_time");
+	if (start.IsNothing())
+	{
+		inValue.Tell(Note::Kind::eGuess, "has no start_time; it begins at 0");
+		range.mStartTime.mRate = range.mDuration.mRate;
+		return range;
+	}
+	range.mStartTime = ReadTime(start);
+	return range;
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "Cursor.h"
+
+#include "SonaroHost/Otio/RationalTime.h"
+
+#include <initializer_list>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+// Readers of single values. Each throws a Refusal for a value that is not what it has to be, and says so.
+namespace SonaroHost::Otio
+{
+
+// Which members of an object are given again behind them.
+class RepeatedKeys
+{
+public:
+	explicit RepeatedKeys(JsonValue const& inObject);
+
+	bool Has(JsonMember const& inMember) const;
+
+private:
+	JsonValue const& mObject;
+	// Only of large objects, for which asking member by member would take long.
+	std::unordered_map<std::string_view, JsonValue const*> mLast;
+};
+
+// Tells of members that nobody reads, and of those that are given more than once. inShared: more known keys.
+void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_view> inKnown,
+	std::span<std::string_view const> inShared = {});
+
+// A name or a label: anything but a text is told of and gives an empty one, which nothing gives too.
+std::string ReadLabel(Cursor const& inValue);
+
+std::string ReadText(Cursor const& inValue);
+// Finite, and within the range.
+double ReadNumber(Cursor const& inValue, double inSmallest, double inLargest);
+bool ReadBool(Cursor const& inValue);
+// Nothing counts as true, and so do numbers but 0, which are told of.
+bool ReadEnabled(Cursor const& inValue);
+
+RationalTime ReadTime(Cursor const& inValue);
+TimeRange ReadRange(Cursor const& inValue);
+// A ReadTime that is not negative.
+RationalTime ReadDuration(Cursor const& inValue);
+
+// What a reader gives; nothing, and a note, where it refuses, and for nothing.
+template <class Reader>
+auto ReadIfUsable(Cursor const& inValue, Reader const& inRead) -> std::optional<decltype(inRead(inValue))>
+{
+	if (inValue.IsNothing())
+	{
+		return std::nullopt;
+	}
+	try
+	{
+		return inRead(inValue);
+	}
+	catch (Refusal const& refusal)
+	{
+		inValue.GetFindings().Tell(Note::Kind::eIgnored, refusal.what() + std::string("; it is ignored"),
+			[&refusal] { return refusal.GetPlace(); });
+		return std::nullopt;
+	}
+}
+
+// The same, refusing.
+template <class Reader>
+auto ReadIfThere(Cursor const& inValue, Reader const& inRead) -> std::optional<decltype(inRead(inValue))>
+{
+	return inValue.IsNothing() ? std::nullopt : std::optional(inRead(inValue));
+}
+
+// Refuses what is no list; nothing is an empty one. inRead(Cursor) for each element.
+template <class Reader>
+void ForEach(Cursor const& inList, Reader const& inRead)
+{
+	if (inList.IsNothing())
+	{
+		return;
+	}
+	if (!inList.Is(JsonValue::Type::eArray))
+	{
+		inList.RefuseType("a list");
+	}
+	for (std::size_t i = 0; i < inList.Get().GetElements().size(); ++i)
+	{
+		inRead(Cursor(inList, i));
+	}
+}
+
+} // namespace SonaroHost::Otio

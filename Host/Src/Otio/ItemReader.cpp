@@ -1,0 +1,164 @@
+#include "ItemReader.h"
+
+#include "EffectReader.h"
+#include "Fields.h"
+#include "ForeignLevelsReader.h"
+#include "MediaReader.h"
+#include "Schema.h"
+
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+void ReadMediaOfKeys(Cursor const& inReferences, std::string const& inActiveKey, Clip& outClip)
+{
+	if (!inReferences.IsObject())
+	{
+		inReferences.RefuseType("an object of media references");
+	}
+	RepeatedKeys const repeated(inReferences.Get());
+	for (JsonMember const& member : inReferences.Get().GetMembers())
+	{
+		Cursor const reference(inReferences, member);
+		if (repeated.Has(member))
+		{
+			reference.Tell(Note::Kind::eGuess, "the key is given more than once; the last one counts");
+			continue;
+		}
+		outClip.mMediaReferences.push_back(
+			ReadMedia(reference, std::string(member.mKey), member.mKey == inActiveKey));
+	}
+}
+
+// A key that leads nowhere: a single reference can only be the one that was meant.
+void ResolveActiveKey(Cursor const& inObject, Clip& ioClip)
+{
+	if (ioClip.FindActiveMedia() != nullptr || ioClip.mMediaReferences.empty())
+	{
+		return;
+	}
+	Cursor const key(inObject, "active_media_reference_key");
+	if (ioClip.mMediaReferences.size() > 1)
+	{
+		key.Tell(Note::Kind::eGuess, "there is no media reference " + Quote(ioClip.mActiveMediaKey) +
+										 "; the clip counts as without media");
+		return;
+	}
+	key.Tell(Note::Kind::eGuess, "there is no media reference " + Quote(ioClip.mActiveMediaKey) +
+									 "; the only one, " + Quote(ioClip.mMediaReferences[0].mKey) +
+									 ", is taken");
+	ioClip.mActiveMediaKey = ioClip.mMediaReferences[0].mKey;
+}
+
+void TellMissingLength(Cursor const& inObject, Clip const& inClip)
+{
+	MediaReference const* const media = inClip.FindActiveMedia();
+	if (inClip.mSourceRange || (media != nullptr && media->mAvailableRange))
+	{
+		return;
+	}
+	bool const hasFile = media != nullptr && media->mKind == MediaReference::Kind::eExternal;
+	inObject.Tell(Note::Kind::eGuess,
+		hasFile ? "the clip has neither a source_range nor an available_range; it plays its whole file"
+				: "the clip has neither a source_range nor an available_range nor a file; its length is 0");
+}
+
+} // namespace
+
+std::shared_ptr<MixSettings const> ShareSettings(MixSettings inSettings)
+{
+	MixSettings const& settings = inSettings;
+	bool const isEmpty = !settings.mGain && !settings.mPan && !settings.mMute && !settings.mSolo &&
+						 settings.mChannels.empty() && !settings.mFadeIn && !settings.mFadeOut &&
+						 !settings.mShape && !settings.mLayout && settings.mSubmixes.empty() &&
+						 !settings.mOutput && settings.mSends.empty() && settings.mForeign.IsEmpty();
+	return isEmpty ? nullptr : std::make_shared<MixSettings const>(std::move(inSettings));
+}
+
+std::string ReadMetadata(Cursor const& inObject)
+{
+	Cursor const metadata(inObject, "metadata");
+	if (!metadata.IsNothing() && !metadata.IsObject())
+	{
+		metadata.Tell(Note::Kind::eIgnored, "is no object; it is ignored");
+		return {};
+	}
+	return DumpJson(metadata.Get(), "sonaro");
+}
+
+void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem)
+{
+	outItem.mPlace = inObject.GetPlace();
+	outItem.mName = ReadLabel(Cursor(inObject, "name"));
+	outItem.mSourceRange = ReadIfThere(Cursor(inObject, "source_range"), ReadRange);
+	outItem.mIsEnabled = ReadEnabled(Cursor(inObject, "enabled"));
+	std::optional<double> const rate =
+		outItem.mSourceRange ? std::optional(outItem.mSourceRange->mDuration.mRate) : std::nullopt;
+	ReadEffects(Cursor(inObject, "effects"), rate, outItem.mEffects);
+	ReadMarkers(Cursor(inObject, "markers"), outItem.mMarkers);
+	Cursor const metadata(inObject, "metadata");
+	MixSettings settings = ReadMixSettings(metadata, inOwner);
+	settings.mForeign = ReadItemLevels(metadata, rate);
+	outItem.mSettings = ShareSettings(std::move(settings));
+	outItem.mMetadata = ReadMetadata(inObject);
+}
+
+void ReadClip(Cursor const& inObject, Clip& outClip)
+{
+	constexpr char const* kDefaultKey = "DEFAULT_MEDIA";
+	TellUnknownKeys(
+		inObject, {"media_reference", "media_references", "active_media_reference_key"}, kItemKeys);
+	ReadItem(inObject, SettingsOwner::eClip, outClip);
+	Cursor const active(inObject, "active_media_reference_key");
+	outClip.mActiveMediaKey = active.IsNothing() ? kDefaultKey : ReadText(active);
+
+	Cursor const references(inObject, "media_references");
+	Cursor const reference(inObject, "media_reference");
+	// What version 1 has and version 2 has; the label of the version is not always right.
+	if (!references.IsNothing())
+	{
+		ReadMediaOfKeys(references, outClip.mActiveMediaKey, outClip);
+		if (!reference.IsNothing())
+		{
+			reference.Tell(Note::Kind::eGuess, "the clip also has media_references; those count");
+		}
+	}
+	else if (!reference.IsNothing())
+	{
+		outClip.mActiveMediaKey = kDefaultKey;
+		outClip.mMediaReferences.push_back(ReadMedia(reference, kDefaultKey, true));
+	}
+	ResolveActiveKey(inObject, outClip);
+	TellMissingLength(inObject, outClip);
+}
+
+void ReadTransition(Cursor const& inObject, Transition& outTransition)
+{
+	TellUnknownKeys(inObject,
+		{"name", "metadata", "enabled", "transition_type", "in_offset", "out_offset", "parameters", "color"});
+	outTransition.mPlace = inObject.GetPlace();
+	outTransition.mName = ReadLabel(Cursor(inObject, "name"));
+	outTransition.mTransitionType = ReadLabel(Cursor(inObject, "transition_type"));
+	outTransition.mIsEnabled = ReadEnabled(Cursor(inObject, "enabled"));
+	auto const readOffset = [&inObject](char const* inKey)
+	{
+		Cursor const offset(inObject, inKey);
+		if (offset.IsNothing())
+		{
+			offset.Tell(Note::Kind::eGuess, "is missing; it counts as 0");
+			return RationalTime();
+		}
+		return ReadDuration(offset);
+	};
+	outTransition.mInOffset = readOffset("in_offset");
+	outTransition.mOutOffset = readOffset("out_offset");
+	outTransition.mSettings =
+		ShareSettings(ReadMixSettings(Cursor(inObject, "metadata"), SettingsOwner::eTransition));
+	outTransition.mMetadata = ReadMetadata(inObject);
+}
+
+} // namespace SonaroHost::Otio

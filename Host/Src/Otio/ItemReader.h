@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Cursor.h"
+#include "MixSettingsReader.h"
+
+#include "SonaroHost/Otio/Model.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace SonaroHost::Otio
+{
+
+// The keys that every item has besides those of its kind.
+inline constexpr std::string_view kItemKeys[] = {
+	"name", "source_range", "enabled", "effects", "markers", "metadata", "color"};
+
+// What all items share.
+void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem);
+
+void ReadClip(Cursor const& inObject, Clip& outClip);
+void ReadTransition(Cursor const& inObject, Transition& outTransition);
+
+// The object's "metadata" as text, without what is read of it.
+std::string ReadMetadata(Cursor const& inObject);
+
+// Null when there is nothing in them.
+std::shared_ptr<MixSettings const> ShareSettings(MixSettings inSettings);
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Cursor.h"
+
+#include "SonaroHost/Otio/Media.h"
+
+#include <string>
+
+namespace SonaroHost::Otio
+{
+
+// inIsActive: whether it is the reference that the clip plays. Of others an available_range that cannot be used
+// is told of and ignored.
+MediaReference ReadMedia(Cursor const& inReference, std::string inKey, bool inIsActive);
+
+} // namespace SonaroHost::Otio

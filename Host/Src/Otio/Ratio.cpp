@@ -1,0 +1,191 @@
+#include "SonaroHost/Otio/Ratio.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+__extension__ using Wide = __int128;
+
+constexpr Wide kLargest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kSaturated = std::int64_t{1} << 62;
+constexpr int kFinestBits = 44;
+
+Wide FloorDivide(Wide inA, Wide inB)
+{
+	Wide const quotient = inA / inB;
+	return quotient * inB > inA ? quotient - 1 : quotient;
+}
+
+struct WideRatio
+{
+	Wide mNumerator;
+	// Above 0 and below 2^126, as the numerator's magnitude is below 2^127.
+	Wide mDenominator;
+};
+
+WideRatio Reduce(WideRatio const& inRatio)
+{
+	Wide a = inRatio.mNumerator < 0 ? -inRatio.mNumerator : inRatio.mNumerator;
+	Wide b = inRatio.mDenominator;
+	while (b != 0)
+	{
+		Wide const rest = a % b;
+		a = b;
+		b = rest;
+	}
+	return {inRatio.mNumerator / a, inRatio.mDenominator / a};
+}
+
+// The nearest multiple of the finest power of two, up to 2^-44, whose numerator fits.
+Ratio Approximate(WideRatio const& inRatio)
+{
+	Wide result = FloorDivide(inRatio.mNumerator, inRatio.mDenominator);
+	if (result >= kSaturated || result < -Wide{kSaturated})
+	{
+		return Ratio(result > 0 ? kSaturated : -kSaturated);
+	}
+	Wide rest = inRatio.mNumerator - result * inRatio.mDenominator;
+	int bits = 0;
+	while (bits < kFinestBits && result < kSaturated / 2 && result >= -Wide{kSaturated / 2})
+	{
+		rest *= 2;
+		Wide const bit = rest >= inRatio.mDenominator ? 1 : 0;
+		rest -= bit * inRatio.mDenominator;
+		result = 2 * result + bit;
+		++bits;
+	}
+	result += 2 * rest >= inRatio.mDenominator ? 1 : 0;
+	return Ratio(static_cast<std::int64_t>(result), std::int64_t{1} << bits);
+}
+
+Ratio ToRatio(WideRatio const& inRatio)
+{
+	WideRatio const reduced = Reduce(inRatio);
+	if (reduced.mNumerator <= kLargest && reduced.mNumerator >= -kLargest && reduced.mDenominator <= kLargest)
+	{
+		return Ratio(
+			static_cast<std::int64_t>(reduced.mNumerator), static_cast<std::int64_t>(reduced.mDenominator));
+	}
+	return Approximate(reduced);
+}
+
+// The best continued fraction p / q of a number from 0 to 1, q up to inLargest, that is within inTolerance;
+// q is 0 when there is none.
+Ratio FindSimplest(double inFraction, double inTolerance, std::int64_t inLargest, bool& outIsFound)
+{
+	std::int64_t numerator = 0;
+	std::int64_t denominator = 1;
+	std::int64_t nextNumerator = 1;
+	std::int64_t nextDenominator = 0;
+	double rest = inFraction;
+	outIsFound = false;
+	for (;;)
+	{
+		// Of the recurrence h[n] = a[n] h[n - 1] + h[n - 2], beginning with 0 / 1 and 1 / 0.
+		auto const term = static_cast<std::int64_t>(std::min(std::floor(rest), 1.0e9));
+		std::int64_t const newNumerator = term * nextNumerator + numerator;
+		std::int64_t const newDenominator = term * nextDenominator + denominator;
+		if (newDenominator > inLargest)
+		{
+			return {};
+		}
+		numerator = nextNumerator;
+		denominator = nextDenominator;
+		nextNumerator = newNumerator;
+		nextDenominator = newDenominator;
+		double const quotient = static_cast<double>(nextNumerator) / static_cast<double>(nextDenominator);
+		if (std::abs(quotient - inFraction) <= inTolerance)
+		{
+			outIsFound = true;
+			return {nextNumerator, nextDenominator};
+		}
+		rest = 1.0 / (rest - std::floor(rest));
+	}
+}
+
+} // namespace
+
+Ratio::Ratio(std::int64_t inNumerator, std::int64_t inDenominator)
+{
+	std::int64_t const divisor = std::gcd(inNumerator, inDenominator) * (inDenominator < 0 ? -1 : 1);
+	mNumerator = inNumerator / divisor;
+	mDenominator = inDenominator / divisor;
+}
+
+Ratio Ratio::FromDouble(double inValue)
+{
+	constexpr double kLargestWhole = 4611686018427387904.0; // 2^62
+	constexpr std::int64_t kLargestDenominator = 100000;
+	if (std::abs(inValue) >= kLargestWhole)
+	{
+		return Ratio(inValue < 0.0 ? -kSaturated : kSaturated);
+	}
+	double const whole = std::floor(inValue);
+	double const fraction = inValue - whole;
+	auto const wholePart = Ratio(static_cast<std::int64_t>(whole));
+	if (fraction == 0.0)
+	{
+		return wholePart;
+	}
+	double const tolerance = 4.0 * std::abs(inValue) * std::numeric_limits<double>::epsilon();
+	bool isFound = false;
+	Ratio const simple = FindSimplest(fraction, tolerance, kLargestDenominator, isFound);
+	if (isFound)
+	{
+		return wholePart + simple;
+	}
+	constexpr int kBits = 32;
+	return wholePart + Ratio(std::llround(std::ldexp(fraction, kBits)), std::int64_t{1} << kBits);
+}
+
+std::int64_t Ratio::Round() const
+{
+	Wide const doubled = 2 * Wide{mNumerator} + mDenominator;
+	return static_cast<std::int64_t>(FloorDivide(doubled, 2 * Wide{mDenominator}));
+}
+
+std::int64_t Ratio::Floor() const
+{
+	return static_cast<std::int64_t>(FloorDivide(mNumerator, mDenominator));
+}
+
+Ratio operator+(Ratio const& inA, Ratio const& inB)
+{
+	return ToRatio({Wide{inA.mNumerator} * inB.mDenominator + Wide{inB.mNumerator} * inA.mDenominator,
+		Wide{inA.mDenominator} * inB.mDenominator});
+}
+
+Ratio operator*(Ratio const& inA, Ratio const& inB)
+{
+	return ToRatio({Wide{inA.mNumerator} * inB.mNumerator, Wide{inA.mDenominator} * inB.mDenominator});
+}
+
+Ratio operator/(Ratio const& inA, Ratio const& inB)
+{
+	Wide const sign = inB.mNumerator < 0 ? -1 : 1;
+	return ToRatio({sign * inA.mNumerator * inB.mDenominator, sign * inA.mDenominator * inB.mNumerator});
+}
+
+Ratio Ratio::operator-() const
+{
+	Ratio negative = *this;
+	negative.mNumerator = -mNumerator;
+	return negative;
+}
+
+std::strong_ordering operator<=>(Ratio const& inA, Ratio const& inB)
+{
+	Wide const a = Wide{inA.mNumerator} * inB.mDenominator;
+	Wide const b = Wide{inB.mNumerator} * inA.mDenominator;
+	return a < b ? std::strong_ordering::less
+				 : (a > b ? std::strong_ordering::greater : std::strong_ordering::equal);
+}
+
+} // namespace SonaroHost::Otio

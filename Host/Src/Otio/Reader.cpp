@@ -1,0 +1,190 @@
+#include "SonaroHost/Otio/Reader.h"
+
+#include "CompositionReader.h"
+#include "Cursor.h"
+#include "Fields.h"
+#include "ItemReader.h"
+#include "JsonTree.h"
+#include "MixSettingsReader.h"
+#include "Schema.h"
+
+#include "SonaroHost/HostError.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <fstream>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+[[noreturn]] void Refuse(
+	std::filesystem::path const& inPath, std::string const& inPlace, std::string const& inWhy)
+{
+	std::string const place = inPlace.empty() ? std::string() : ", " + inPlace;
+	throw HostError(HostError::Kind::eInput, QuotePath(inPath) + place + ": " + inWhy);
+}
+
+// "line 3, column 17", both from 1; columns are bytes.
+std::string DescribeOffset(std::string_view inBytes, std::size_t inOffset)
+{
+	std::string_view const before = inBytes.substr(0, inOffset);
+	auto const line = std::count(before.begin(), before.end(), '\n') + 1;
+	std::size_t const lineStart = before.rfind('\n') == std::string_view::npos ? 0 : before.rfind('\n') + 1;
+	return "line " + std::to_string(line) + ", column " + std::to_string(before.size() - lineStart + 1);
+}
+
+void ReadTracks(Cursor const& inTimeline, Stack& outTracks)
+{
+	Cursor const tracks(inTimeline, "tracks");
+	if (tracks.IsNothing())
+	{
+		tracks.Tell(Note::Kind::eGuess, "is missing; the timeline is empty");
+		outTracks.mPlace = tracks.GetPlace();
+		return;
+	}
+	if (!tracks.IsObject() || ReadSchema(tracks) != SchemaKind::eStack)
+	{
+		tracks.Refuse("is no Stack; a timeline's tracks stand in one");
+	}
+	ReadStack(tracks, 0, outTracks);
+}
+
+void ReadTimeline(Cursor const& inObject, Timeline& outTimeline)
+{
+	TellUnknownKeys(inObject, {"name", "global_start_time", "tracks", "metadata"});
+	outTimeline.mPlace = inObject.GetPlace();
+	outTimeline.mName = ReadLabel(Cursor(inObject, "name"));
+	outTimeline.mGlobalStartTime = ReadIfUsable(Cursor(inObject, "global_start_time"), ReadTime);
+	outTimeline.mMetadata = ReadMetadata(inObject);
+	MixSettings settings = ReadMixSettings(Cursor(inObject, "metadata"), SettingsOwner::eTimeline);
+	Stack& tracks = outTimeline.mTracks;
+	ReadTracks(inObject, tracks);
+	tracks.mSettings = ShareSettings(MergeSettings(std::move(settings), tracks.GetSettings(), inObject));
+	CheckRouting(tracks.mChildren, tracks.GetSettings().mSubmixes);
+}
+
+// A composition that stands for itself, with a timeline put around it.
+void Wrap(Cursor const& inObject, SchemaKind inKind, Document& outDocument)
+{
+	inObject.Tell(Note::Kind::eGuess, inKind == SchemaKind::eStack
+										  ? "the file holds a Stack and no Timeline; it is taken as one"
+										  : "the file holds a Track and no Timeline; it is taken as one");
+	Timeline& timeline = outDocument.mTimelines.emplace_back();
+	if (inKind == SchemaKind::eStack)
+	{
+		ReadStack(inObject, 0, timeline.mTracks);
+	}
+	else
+	{
+		ReadTrack(inObject, 1, timeline.mTracks.mChildren.emplace_back().mValue.emplace<Track>());
+	}
+	timeline.mName =
+		inKind == SchemaKind::eStack ? timeline.mTracks.mName : timeline.mTracks.mChildren[0].AsItem()->mName;
+	CheckRouting(timeline.mTracks.mChildren, timeline.mTracks.GetSettings().mSubmixes);
+}
+
+void ReadCollection(Cursor const& inObject, Document& outDocument)
+{
+	TellUnknownKeys(inObject, {"name", "children", "metadata"});
+	ForEach(Cursor(inObject, "children"),
+		[&outDocument](Cursor const& inChild)
+		{
+			SchemaKind const kind = ReadSchema(inChild);
+			if (kind == SchemaKind::eTimeline)
+			{
+				ReadTimeline(inChild, outDocument.mTimelines.emplace_back());
+			}
+			else if (kind == SchemaKind::eCollection)
+			{
+				ReadCollection(inChild, outDocument);
+			}
+			else
+			{
+				inChild.Tell(Note::Kind::eIgnored, "is no Timeline; of a collection only timelines are read");
+			}
+		});
+}
+
+void ReadRoot(Cursor const& inRoot, Document& outDocument)
+{
+	SchemaKind const kind = ReadSchema(inRoot);
+	switch (kind)
+	{
+	case SchemaKind::eTimeline:
+		ReadTimeline(inRoot, outDocument.mTimelines.emplace_back());
+		break;
+	case SchemaKind::eCollection:
+		ReadCollection(inRoot, outDocument);
+		break;
+	case SchemaKind::eStack:
+	case SchemaKind::eTrack:
+		Wrap(inRoot, kind, outDocument);
+		break;
+	case SchemaKind::eNone:
+		inRoot.Refuse("has no OTIO_SCHEMA, so that this is no OpenTimelineIO file");
+	default:
+		inRoot.Refuse("is of the schema " + Quote(GetSchemaLabel(inRoot)) +
+					  "; only a Timeline, a SerializableCollection, a Stack or a Track can be rendered");
+	}
+	if (outDocument.mTimelines.empty())
+	{
+		inRoot.Refuse("the collection has no Timeline in it; there is nothing to render");
+	}
+}
+
+} // namespace
+
+Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inPath)
+{
+	if (inBytes.size() > kMaxFileBytes)
+	{
+		Refuse(inPath, {}, "is larger than 1 GiB; split the timeline");
+	}
+	try
+	{
+		JsonTree const tree(inBytes, kMaxJsonDepth);
+		Findings findings;
+		Document document;
+		ReadRoot(Cursor(tree.GetRoot(), findings), document);
+		document.mNotes = findings.TakeNotes();
+		return document;
+	}
+	catch (JsonError const& error)
+	{
+		Refuse(inPath, DescribeOffset(inBytes, error.GetOffset()), error.what());
+	}
+	catch (Refusal const& refusal)
+	{
+		Refuse(
+			inPath, refusal.GetPlace().empty() ? "the top of the file" : refusal.GetPlace(), refusal.what());
+	}
+}
+
+Document ReadDocumentFile(std::filesystem::path const& inPath)
+{
+	std::error_code error;
+	if (!std::filesystem::is_regular_file(inPath, error))
+	{
+		Refuse(inPath, {}, std::filesystem::exists(inPath, error) ? "is no file" : "does not exist");
+	}
+	std::uintmax_t const size = std::filesystem::file_size(inPath, error);
+	if (error || size > kMaxFileBytes)
+	{
+		Refuse(inPath, {}, "is larger than 1 GiB; split the timeline");
+	}
+	std::string bytes(size, '\0');
+	std::ifstream file(inPath, std::ios::binary);
+	if (!file.read(bytes.data(), static_cast<std::streamsize>(size)))
+	{
+		Refuse(inPath, {}, "cannot be read");
+	}
+	return ReadDocument(bytes, inPath);
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,40 @@
+#include "SonaroHost/Otio/TimelineInput.h"
+
+#include <algorithm>
+#include <cctype>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+bool IsTimelinePath(std::filesystem::path const& inPath)
+{
+	// The name of a folder may end in a slash.
+	std::filesystem::path const path = inPath.has_filename() ? inPath : inPath.parent_path();
+	std::string ending = path.extension().string();
+	std::transform(ending.begin(), ending.end(), ending.begin(),
+		[](unsigned char inCharacter) { return static_cast<char>(std::tolower(inCharacter)); });
+	return ending == ".otio" || ending == ".otioz" || ending == ".otiod";
+}
+
+TimelineInput::TimelineInput(
+	std::filesystem::path const& inPath, std::vector<std::filesystem::path> inMediaFolders)
+	: mFile(inPath),
+	  mFinder(mFile.GetFolder(), std::move(inMediaFolders)),
+	  mNotes(mFile.GetDocument().mNotes)
+{
+	std::size_t const timelines = mFile.GetDocument().mTimelines.size();
+	if (timelines > 1)
+	{
+		mNotes.push_back({Note::Kind::eGuess, GetTimeline().mPlace,
+			"the file holds " + std::to_string(timelines) + " timelines; the first one, \"" +
+				GetTimeline().mName + "\", is taken"});
+	}
+}
+
+TimelineSequence TimelineInput::MakeSequence(TimelineOptions const& inOptions)
+{
+	return MakeTimelineSequence(GetTimeline(), mFinder, mMedia, inOptions);
+}
+
+} // namespace SonaroHost::Otio

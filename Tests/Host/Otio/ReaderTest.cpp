@@ -1,0 +1,481 @@
+#include "Samples.h"
+
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/Reader.h"
+
+#include <random>
+#include <string>
+#include <string_view>
+
+#include <gmock/gmock.h>
+
+namespace SonaroHost::Otio
+{
+namespace
+{
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+Document ReadText(std::string_view inText)
+{
+	return ReadDocument(inText, "edit.otio");
+}
+
+Document Read(json const& inJson)
+{
+	return ReadText(inJson.dump());
+}
+
+// What the refusal says; empty when the file is read.
+std::string GetRefusal(std::string_view inText)
+{
+	try
+	{
+		ReadText(inText);
+	}
+	catch (HostError const& error)
+	{
+		EXPECT_EQ(error.GetKind(), HostError::Kind::eInput);
+		return error.what();
+	}
+	return {};
+}
+
+// "place: text" of each note.
+std::vector<std::string> GetNotes(Document const& inDocument, Note::Kind inKind)
+{
+	std::vector<std::string> notes;
+	for (Note const& note : inDocument.mNotes)
+	{
+		if (note.mKind == inKind)
+		{
+			notes.push_back(note.mPlace + ": " + note.mText);
+		}
+	}
+	return notes;
+}
+
+Item const& GetChild(Document const& inDocument, std::size_t inIndex)
+{
+	return *inDocument.mTimelines[0].mTracks.mChildren[0].As<Track>()->mChildren[inIndex].AsItem();
+}
+
+// Puts a value at a pointer of the full timeline; the text "gone" takes it away.
+json Patch(std::string const& inPointer, std::string const& inValue)
+{
+	json timeline = MakeFullTimeline();
+	json::json_pointer const pointer(inPointer);
+	if (inValue == "gone")
+	{
+		timeline[pointer.parent_pointer()].erase(pointer.back());
+	}
+	else
+	{
+		timeline[pointer] = json::parse(inValue);
+	}
+	return timeline;
+}
+
+TEST(OtioReader, EverythingOfTheFullTimelineArrives)
+{
+	Document const document = Read(MakeFullTimeline());
+	EXPECT_THAT(GetNotes(document, Note::Kind::eGuess), IsEmpty());
+	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored), IsEmpty());
+
+	ASSERT_THAT(document.mTimelines, SizeIs(1));
+	Timeline const& timeline = document.mTimelines[0];
+	EXPECT_EQ(timeline.mGlobalStartTime, (RationalTime{86400, 24}));
+	ASSERT_THAT(timeline.mTracks.mChildren, SizeIs(2));
+	EXPECT_EQ(timeline.mTracks.mMarkers.at(0).mMarkedRange, (TimeRange{{10, 25}, {50, 25}}));
+	MixSettings const& mix = timeline.mTracks.GetSettings();
+	EXPECT_EQ(mix.mLayout, "5.1");
+	EXPECT_EQ(mix.mGain->mConstant, -1.5);
+	EXPECT_EQ(mix.mFadeIn->mShape, FadeShape::eSCurve);
+	EXPECT_EQ(mix.mSubmixes.at(0).mOutput, "main");
+
+	auto const* const track = timeline.mTracks.mChildren[0].As<Track>();
+	ASSERT_NE(track, nullptr);
+	EXPECT_EQ(track->mMetadata, R"({"other":[1,"two"]})");
+	EXPECT_EQ(track->GetSettings().mSends.at(0).mGain.mConstant, -12.0);
+	ASSERT_THAT(track->mChildren, SizeIs(5));
+
+	auto const* const clip = track->mChildren[0].As<Clip>();
+	EXPECT_EQ(clip->mPlace, "/tracks/children/0/children/0");
+	EXPECT_EQ(clip->FindActiveMedia()->mTargetUrl, "sound/one.wav");
+	EXPECT_EQ(clip->FindActiveMedia()->mAvailableRange->mDuration, (RationalTime{48000, 48000}));
+	EXPECT_EQ(clip->mEffects.at(0).mTimeScalar, 2.0);
+	EXPECT_THAT(clip->GetSettings().mChannels, testing::ElementsAre(2, 1));
+	auto const& keyframes = clip->GetSettings().mGain->mKeyframes;
+	ASSERT_THAT(keyframes, SizeIs(2));
+	EXPECT_EQ(keyframes[0].mTime, (RationalTime{25, 25}));
+	EXPECT_EQ(keyframes[1].mInterpolation, Interpolation::eSmooth);
+
+	auto const* const transition = track->mChildren[1].As<Transition>();
+	EXPECT_EQ(transition->mInOffset, (RationalTime{5, 29.97}));
+	EXPECT_EQ(transition->GetSettings().mShape, FadeShape::eLinear);
+	EXPECT_EQ(track->mChildren[2].As<Clip>()->FindActiveMedia()->mTargetUrl, "two.wav");
+	auto const* const nested = track->mChildren[4].As<Stack>()->mChildren.at(0).As<Track>();
+	EXPECT_EQ(nested->mChildren.at(0).As<Clip>()->FindActiveMedia()->mKind, MediaReference::Kind::eGenerator);
+}
+
+TEST(OtioReader, RefusalsNameThePlace)
+{
+	struct Case
+	{
+		std::string mPointer;
+		std::string mValue;
+		// What follows the place; the place is the pointer with mBelow behind it.
+		std::string mReason;
+		std::string mBelow;
+	};
+	std::string const track = "/tracks/children/0";
+	std::string const clip = track + "/children/0";
+	std::string const range = clip + "/source_range";
+	std::string const sonaro = clip + "/metadata/sonaro";
+	std::string const submixes = "/metadata/sonaro/submixes";
+	Case const cases[] = {
+		{range + "/duration/value", "-1", "is -1; it must not be negative", ""},
+		{range + "/duration/rate", "0", "is 0; it must be from 1e-04 to 1e+12", ""},
+		{range + "/start_time/rate", "-25", "is -25; it must be from 1e-04", ""},
+		{range + "/start_time/rate", "1e300", "is 1e+300; it must be", ""},
+		{range + "/start_time/value", "1e17", "is 1e+17 at a rate of 25; times must be within", ""},
+		{range + "/start_time/value", "null", "is missing; it must be a number", ""},
+		{range + "/start_time/value", R"("7")", "is a text; it must be a number", ""},
+		{range + "/duration", "gone", "is missing; it must be a RationalTime", ""},
+		{range, R"({"OTIO_SCHEMA": "RationalTime.1"})", "is of the schema 'RationalTime.1'; it must be a Ti",
+			""},
+		{clip + "/enabled", R"("no")", "is a text; it must be true or false", ""},
+		{clip + "/effects", "{}", "is an object; it must be a list", ""},
+		{clip + "/effects/0/time_scalar", "1e9", "is 1e+09; it must be from -1000 to 1000", ""},
+		{clip + "/effects/0", "7", "is a number; it must be an effect", ""},
+		{clip + "/media_references", "[]", "is a list; it must be an object of media references", ""},
+		{clip + "/media_references/DEFAULT_MEDIA/available_range/duration/rate", "0", "is 0; it must be", ""},
+		{clip + "/media_references/DEFAULT_MEDIA/target_url", "5", "is a number; it must be a text", ""},
+		{track + "/children/1/in_offset/value", "-3", "is -3; it must not be negative", ""},
+		{track + "/children/3", R"({"OTIO_SCHEMA": "Title.1"})", "is of the schema 'Title.1', which is not",
+			""},
+		{track + "/children/3", R"("Gap")", "is a text; it must be a clip, gap", ""},
+		{track + "/children", "0", "is a number; it must be a list", ""},
+		{track + "/kind", "{}", "is an object; it must be a text", ""},
+		{"/tracks", R"({"OTIO_SCHEMA": "Track.1"})", "is no Stack", ""},
+		{"/tracks", "[]", "is no Stack", ""},
+		{sonaro, "[]", "is a list; it must be an object", ""},
+		{sonaro + "/gain", "101", "is 101; it must be from", ""},
+		{sonaro + "/gain", R"("loud")", "is a text; it must be a number", ""},
+		{sonaro + "/gain", "{}", "is missing; it must be a list of at least one", "/keyframes"},
+		{sonaro + "/gain/keyframes/0/time", "null", "is missing; it must be seconds or a RationalTime", ""},
+		{sonaro + "/gain/keyframes/0/interpolation", R"("sharp")", "is 'sharp'; it must be", ""},
+		{sonaro + "/gain/keyframes/1", "3", "is missing; it must be seconds or a", "/time"},
+		{sonaro + "/pan", "1.5", "is 1.5; it must be from -1 to 1", ""},
+		{sonaro + "/channels", "[]", "lists 0 channels", ""},
+		{sonaro + "/channels/1", "0", "is 0; it must be from 1 to 64", ""},
+		{sonaro + "/channels/1", "1.5", "is 1.5; it must be a whole number", ""},
+		{sonaro + "/fade_out", R"({"duration": -1})", "is negative", "/duration"},
+		{sonaro + "/fade_out", R"({"duration": 1, "curve": "log"})", "is 'log'; it must be", "/curve"},
+		{"/metadata/sonaro/layout", R"("7.1")", "is '7.1'; it must be", ""},
+		{"/metadata/sonaro/layout", "2.5", "is '2.5'; it must be", ""},
+		{submixes + "/1/name", R"("dialogue")", "is 'dialogue'; another submix has", ""},
+		{submixes + "/1/output", R"("dialogue")", "leads round in a circle", "/../../0/output"},
+		{submixes + "/2/output", R"("gone")", "is 'gone'; there is no submix of that name", ""},
+		{track + "/metadata/sonaro/output", R"("main 2")", "is 'main 2'; the stack around", ""},
+		{track + "/metadata/sonaro/sends/0/to", R"("a\nb")", R"(is 'a\x0ab'; the stack around)", ""},
+		{"/OTIO_SCHEMA", "gone", "has no OTIO_SCHEMA", "/.."},
+		{"/OTIO_SCHEMA", R"("Clip.2")", "is of the schema 'Clip.2'; only a Timeline", "/.."},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mPointer + " " + test.mValue);
+		auto const place = std::filesystem::path(test.mPointer + test.mBelow).lexically_normal().string();
+		bool const isTop = test.mBelow == "/..";
+		EXPECT_THAT(GetRefusal(Patch(test.mPointer, test.mValue).dump()),
+			testing::StartsWith(
+				"'edit.otio', " + (isTop ? "the top of the file" : place) + ": " + test.mReason));
+	}
+}
+
+TEST(OtioReader, NoJsonIsRefusedWithLineAndColumn)
+{
+	std::string const deepMetadata = R"({"OTIO_SCHEMA": "Timeline.1", "metadata":)" +
+									 std::string(10000, '[') + std::string(10000, ']') + "}";
+	struct Case
+	{
+		std::string mText;
+		std::string mWanted;
+	};
+	Case const cases[] = {
+		{"", "'edit.otio', line 1, column 1: "},
+		{"{\n\t\"a\": }", "'edit.otio', line 2, column 7: syntax error"},
+		{"{} {}", "line 1, column 4: syntax error"},
+		{"{\"a\": 1e999}", "line 1, column 11: number overflow"},
+		{"{\"a\": \"\xff\"}", "line 1, column 8: syntax error"},
+		{"{\"a\": NaNny}",
+			"line 1, column 11: syntax error while parsing object - invalid literal; expected"},
+		{"{\n NaN: 1}", "line 2, column 2: a number in the place of a key"},
+		{"// none\n{}", "line 1, column 1: syntax error"},
+		{std::string(10000, '['), "line 1, column 1001: objects and lists are nested more than 1000 deep"},
+		{deepMetadata, "column 1041: objects and lists are nested"},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mText.substr(0, 40));
+		EXPECT_THAT(GetRefusal(test.mText), HasSubstr(test.mWanted));
+	}
+}
+
+TEST(OtioReader, NumbersOfPythonAreRefusedByName)
+{
+	struct Case
+	{
+		char const* mLiteral;
+		char const* mName;
+	};
+	for (Case const& test : {Case{"NaN", "NaN"}, {"Infinity", "Infinity"}, {"-Infinity", "-Infinity"},
+			 {"Inf", "Infinity"}, {"-Inf", "-Infinity"}, {"-NaN", "NaN"}})
+	{
+		SCOPED_TRACE(test.mLiteral);
+		// Texts with the same words and with quotes stand before them.
+		std::string text = Patch("/name", R"("NaN \" Infinity")").dump();
+		std::size_t const value = text.find("\"value\":50.0");
+		text.replace(value + 8, 4, test.mLiteral);
+		EXPECT_EQ(
+			GetRefusal(text), "'edit.otio', /tracks/children/0/children/0/source_range/duration/value: is " +
+								  std::string(test.mName) + "; it must be a finite number");
+	}
+	std::string label = MakeFullTimeline().dump();
+	label.replace(label.find("86400.0"), 7, "NaN");
+	Document const document = ReadText(label);
+	EXPECT_FALSE(document.mTimelines[0].mGlobalStartTime);
+	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored),
+		testing::ElementsAre("/global_start_time/value: is NaN; it must be a finite number; it is ignored"));
+}
+
+TEST(OtioReader, SchemasOfTheWildAreUnderstood)
+{
+	struct Case
+	{
+		char const* mPointer;
+		char const* mValue;
+		// Of the one note that is expected, and its kind; empty for none.
+		Note::Kind mKind;
+		std::string mNote;
+	};
+	std::string const children = "/tracks/children/0/children";
+	Case const cases[] = {
+		{"/tracks/children/0/OTIO_SCHEMA", R"("Sequence.1")", Note::Kind::eRemark,
+			"/tracks/children/0: Sequence is the old name of Track and read as such"},
+		{"/tracks/children/0/children/3/OTIO_SCHEMA", R"("Filler.1")", Note::Kind::eRemark,
+			children + "/3: Filler is the old name of Gap and read as such"},
+		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip.1")", Note::Kind::eGuess, ""},
+		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip.3")", Note::Kind::eGuess,
+			children + "/0: the schema 'Clip.3' is newer than what is known; it is read as Clip.2"},
+		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip")", Note::Kind::eGuess,
+			children + "/0: the schema 'Clip' has no version; it is read as Clip.2"},
+		{"/tracks/children/0/children/0/source_range/duration/OTIO_SCHEMA", "gone", Note::Kind::eGuess,
+			children + "/0/source_range/duration: names no schema; it is read as RationalTime"},
+		{"/tracks/children/0/children/0/source_range/start_time", "null", Note::Kind::eGuess,
+			children + "/0/source_range: has no start_time; it begins at 0"},
+		{"/tracks/children/0/children/0/active_media_reference_key", R"("proxy")", Note::Kind::eGuess,
+			children + "/0/active_media_reference_key: there is no media reference 'proxy'; the only one, "
+					   "'DEFAULT_MEDIA', is taken"},
+		{"/tracks/children/0/children/2/active_media_reference_key", R"("proxy")", Note::Kind::eGuess,
+			children + "/2/active_media_reference_key: there is no media reference 'proxy'; the clip counts "
+					   "as without media"},
+		{"/tracks/children/0/children/0/media_references/DEFAULT_MEDIA/OTIO_SCHEMA", R"("Cloud.1")",
+			Note::Kind::eIgnored, "which is not known; it counts as missing"},
+		{"/tracks/children/0/children/3/OTIO_SCHEMA", R"("UnknownSchema.1")", Note::Kind::eIgnored,
+			children + "/3: is of the schema 'UnknownSchema.1', which is not known here; it is silent"},
+		{"/tracks/children/0/children/0/effects/0/OTIO_SCHEMA", R"("TimeEffect.1")", Note::Kind::eIgnored,
+			"the effect 'LinearTimeWarp' of the schema 'TimeEffect.1' is not rendered"},
+		{"/tracks/children/0/children/0/effects/0/time_scalar", "0", Note::Kind::eRemark,
+			children + "/0/effects/0/time_scalar: is 0, which is a freeze frame"},
+		{"/tracks/children/0/children/0/reel", "3", Note::Kind::eIgnored,
+			children + "/0/reel: the key is not known here; it is ignored"},
+		{"/tracks/children/0/kind", R"("Subtitle")", Note::Kind::eIgnored,
+			"/tracks/children/0/kind: is 'Subtitle'; only tracks of kind Audio are heard"},
+		{"/tracks/children/0/metadata/sonaro/curve", R"("linear")", Note::Kind::eIgnored,
+			"/tracks/children/0/metadata/sonaro/curve: the key has no meaning on such an object"},
+		{"/tracks/children/0/metadata/sonaro/a~b", "1", Note::Kind::eIgnored, "sonaro/a~0b: the key is not"},
+		{"/tracks/children/0/children/0", R"({"OTIO_SCHEMA": "Transition.1", "in_offset": null, "out_offset":
+			{"OTIO_SCHEMA": "RationalTime.1", "value": 1, "rate": 1}})",
+			Note::Kind::eIgnored, children + "/1: a transition stands right behind another transition"},
+		{"/tracks/markers/0/marked_range", "7", Note::Kind::eIgnored,
+			"/tracks/markers/0/marked_range: is a number; it must be a TimeRange; it is ignored"},
+		{"/tracks/metadata/sonaro/layout", R"("mono")", Note::Kind::eGuess,
+			R"(: the timeline and its stack both have sonaro's "layout"; the timeline's counts)"},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(std::string(test.mPointer) + " " + test.mValue);
+		json timeline = Patch(test.mPointer[0] == '/' && std::string_view(test.mPointer).ends_with("a~b")
+								  ? "/tracks/children/0/metadata/sonaro/a~0b"
+								  : test.mPointer,
+			test.mValue);
+		auto const notes = GetNotes(Read(timeline), test.mKind);
+		EXPECT_THAT(notes, testing::IsSupersetOf(std::vector<testing::Matcher<std::string>>(
+							   test.mNote.empty() ? 0 : 1, HasSubstr(test.mNote))));
+		EXPECT_EQ(notes.empty(), test.mNote.empty());
+	}
+}
+
+TEST(OtioReader, OfKeysGivenTwiceTheLastCounts)
+{
+	// Few keys, and so many that a search for each of them would take forever.
+	for (std::size_t const others : {0U, 100000U})
+	{
+		std::string keys = R"("name": "first", "active_media_reference_key": "a", "name": "last", )";
+		std::string media =
+			R"("a": null, "b": null, "a": {"OTIO_SCHEMA": "MissingReference.1", "name": "x"})";
+		for (std::size_t i = 0; i < others; ++i)
+		{
+			keys += "\"name\": 1, \"k" + std::to_string(i) + "\": 0, ";
+			media += ", \"m" + std::to_string(i) + "\": null";
+		}
+		std::string text = MakeTimeline("X").dump();
+		text.replace(text.find("\"X\""), 3,
+			R"([{"OTIO_SCHEMA": "Clip.2", "source_range": null, )" + keys +
+				R"("name": "kept", "media_references": {)" + media + "}}]");
+		Document const document = ReadText(text);
+		EXPECT_EQ(GetChild(document, 0).mName, "kept");
+		EXPECT_EQ(static_cast<Clip const&>(GetChild(document, 0)).FindActiveMedia()->mName, "x");
+		EXPECT_THAT(GetNotes(document, Note::Kind::eGuess),
+			testing::Contains("/tracks/children/0/children/0/name: the key is given more than once; the last "
+							  "one counts"));
+	}
+}
+
+TEST(OtioReader, WhatIsNotHeardGivesRemarksOnly)
+{
+	Document const document =
+		Read(Patch("/tracks/children/1/children/0/source_range/duration/odd", R"("x")"));
+	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored), IsEmpty());
+	EXPECT_THAT(GetNotes(document, Note::Kind::eRemark),
+		testing::Contains(HasSubstr("/tracks/children/1/children/0/effects/0: the effect 'blur'")));
+}
+
+TEST(OtioReader, CollectionsAndBareCompositionsGiveTimelines)
+{
+	json const timeline = MakeFullTimeline();
+	json const inner = {{"OTIO_SCHEMA", "SerializeableCollection.1"}, {"children", {timeline}}};
+	json const outer = {{"OTIO_SCHEMA", "SerializableCollection.1"},
+		{"children", {timeline, inner, timeline["tracks"]["children"][0]["children"][0]}}};
+	Document const document = Read(outer);
+	ASSERT_THAT(document.mTimelines, SizeIs(2));
+	EXPECT_EQ(document.mTimelines[1].mPlace, "/children/1/children/0");
+	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored),
+		testing::ElementsAre("/children/2: is no Timeline; of a collection only timelines are read"));
+
+	json track = timeline["tracks"]["children"][0];
+	EXPECT_THAT(GetRefusal(track.dump()), HasSubstr(", /metadata/sonaro/output: is 'dialogue'"));
+	track.erase("metadata");
+	EXPECT_THAT(GetChild(Read(track), 0).mName, "one");
+	EXPECT_THAT(GetRefusal(R"({"OTIO_SCHEMA": "SerializableCollection.1", "children": []})"),
+		HasSubstr("the top of the file: the collection has no Timeline"));
+}
+
+TEST(OtioReader, CompositionsNestAsDeepAsPromisedAndNoDeeper)
+{
+	auto const nest = [](std::size_t inDepth)
+	{
+		std::string text = R"({"OTIO_SCHEMA": "Timeline.1", "tracks": )";
+		for (std::size_t i = 0; i < inDepth; ++i)
+		{
+			text += i % 2 == 0 ? R"({"OTIO_SCHEMA": "Stack.1", "children": [)"
+							   : R"({"OTIO_SCHEMA": "Track.1", "kind": "Audio", "children": [)";
+		}
+		for (std::size_t i = 0; i < inDepth; ++i)
+		{
+			text += "]}";
+		}
+		return text + "}";
+	};
+	Document const document = ReadText(nest(kMaxCompositionDepth));
+	Document const copy = document;
+	EXPECT_THAT(copy.mTimelines[0].mTracks.mChildren, SizeIs(1));
+	std::string const refusal = GetRefusal(nest(kMaxCompositionDepth + 1));
+	EXPECT_THAT(refusal, testing::StartsWith("'edit.otio', /tracks/children/0/children/0"));
+	EXPECT_THAT(refusal, HasSubstr("nested more than 256 deep; flatten the timeline"));
+	EXPECT_LT(refusal.size(), 600U);
+	EXPECT_THAT(GetRefusal(nest(10000)), HasSubstr("nested more than 1000 deep"));
+}
+
+TEST(OtioReader, AHundredThousandClipsKeepTheirPlacesAndNotesStayFew)
+{
+	constexpr std::size_t kClips = 100000;
+	std::string const clip =
+		json({{"OTIO_SCHEMA", "Clip.2"}, {"source_range", MakeRange(1, 2, 24)}, {"reel", 1}}).dump();
+	std::string clips;
+	for (std::size_t i = 0; i < kClips; ++i)
+	{
+		clips += (i == 0 ? "" : ",") + clip;
+	}
+	std::string text = MakeTimeline("X").dump();
+	text.replace(text.find("\"X\""), 3, "[" + clips + "]");
+	Document const document = ReadText(text);
+	EXPECT_EQ(GetChild(document, kClips - 1).mPlace, "/tracks/children/0/children/99999");
+	EXPECT_THAT(document.mNotes, SizeIs(21));
+	EXPECT_THAT(document.mNotes.back().mText, HasSubstr("at 99980 more places: the key is not known here"));
+}
+
+// Bytes that are changed, doubled, cut out, cut off or replaced by what readers stumble over.
+std::string Mutate(std::string inText, std::mt19937& ioRandom)
+{
+	constexpr std::string_view kStumbles[] = {"NaN", "-Infinity", "1e308", "-1", "0", "null", "[[", "}}",
+		"\"", "\\u0000", "\xc3", "{}", "[]", "18446744073709551616", "1e-320", "\"Stack.1\"",
+		"\"Transition.1\""};
+	auto const upTo = [&ioRandom](std::size_t inLimit) { return ioRandom() % inLimit; };
+	for (std::size_t changes = 1 + upTo(4); changes > 0 && !inText.empty(); --changes)
+	{
+		std::size_t const at = upTo(inText.size());
+		std::size_t const length = 1 + upTo(12);
+		switch (upTo(6))
+		{
+		case 0:
+			inText[at] = static_cast<char>(upTo(256));
+			break;
+		case 1:
+			inText.insert(upTo(inText.size()), inText.substr(at, upTo(400)));
+			break;
+		case 2:
+			inText.erase(at, length);
+			break;
+		case 3:
+			inText.resize(upTo(8) == 0 ? at : inText.size());
+			break;
+		default:
+			// Mostly in the place of a value, so that the text stays JSON.
+			std::size_t const colon = inText.find(':', at);
+			std::size_t const begin = colon == std::string::npos ? at : colon + 1;
+			std::size_t const end = inText.find_first_of(",}]", begin);
+			std::string_view const stumble = kStumbles[upTo(std::size(kStumbles))];
+			inText.replace(begin, (end == std::string::npos ? inText.size() : end) - begin, stumble);
+			break;
+		}
+	}
+	return inText;
+}
+
+TEST(OtioReader, MutatedFilesAreReadOrRefusedInOneLine)
+{
+	constexpr unsigned kFiles = 2000;
+	auto const corpus = MakeSeedCorpus();
+	std::size_t refusals = 0;
+	for (unsigned seed = 0; seed < kFiles; ++seed)
+	{
+		SCOPED_TRACE("seed " + std::to_string(seed));
+		std::mt19937 random(seed);
+		std::string const text = Mutate(corpus[seed % corpus.size()], random);
+		std::string const refusal = GetRefusal(text);
+		refusals += refusal.empty() ? 0 : 1;
+		EXPECT_EQ(refusal.find('\n'), std::string::npos);
+		EXPECT_TRUE(refusal.empty() || refusal.starts_with("'edit.otio', "));
+	}
+	// Both sides of the reader are reached.
+	EXPECT_GT(refusals, kFiles / 10);
+	EXPECT_LT(refusals, kFiles * 9 / 10);
+}
+
+} // namespace
+} // namespace SonaroHost::Otio
