@@ -152,7 +152,11 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn)
 {
 	ClipMedia const* const media = inWhySilent.empty() ? &mMaking.mMedia.Get(inClip) : nullptr;
-	inWhySilent = media ? media->mWhySilent : std::move(inWhySilent);
+	if (media)
+	{
+		inWhySilent =
+			media->mMedia ? CheckClip(inClip, inPlacement, inPassing, *media->mMedia) : media->mWhySilent;
+	}
 	AddClipRow(inClip, inPlacement, inPassing, media, inWhySilent);
 	if (media && media->mIsMissing)
 	{
@@ -169,7 +173,6 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 		(inPassing.mFirst - GetMediaStart(inClip)) * Ratio::FromDouble(media->mMedia->mSampleRate);
 	content.mFirstFrame = first.Round() - (inPassing.mSpeed < Ratio() ? 1 : 0);
 	SN::AudioChannelLayout const& layout = mMaking.mLayouts.GetLayout(inClip);
-	CheckHandles(inClip, inPlacement, inPassing, *media->mMedia);
 	CheckWidth(inClip, layout);
 	item.mContent = std::move(content);
 	if (inLevelsOn == LevelsOn::eItem)
@@ -177,6 +180,17 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 		AddLevels(inClip, layout, inPassing.mRange.mLength, item.mChain);
 	}
 	return item;
+}
+
+std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+	Sequence::Media const& inMedia)
+{
+	Ratio const rate = Ratio::FromDouble(inMedia.mSampleRate);
+	Ratio const start = GetMediaStart(inClip);
+	std::string whySilent = CheckReach(inClip, inPlacement, inPassing,
+		{{start, start + Ratio(inMedia.mFrames) / rate}, rate, "media", true});
+	return whySilent.empty() ? CheckSpeed(inClip, inPassing, rate / Ratio(mScope.mGrid.GetSampleRate()))
+							 : whySilent;
 }
 
 Ratio ItemMaker::GetMediaStart(Clip const& inClip) const
@@ -218,38 +232,59 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Pas
 	mMaking.mResult.mClips.push_back(std::move(row));
 }
 
-void ItemMaker::CheckHandles(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
-	Sequence::Media const& inMedia)
+std::string ItemMaker::CheckReach(
+	Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent)
 {
-	Ratio const rate = Ratio::FromDouble(inMedia.mSampleRate);
-	Ratio const start = GetMediaStart(inClip);
-	TimeSpan const file{Ratio(), Ratio(inMedia.mFrames)};
 	auto const findShortage = [&](TimeSpan const& inTimes)
 	{
 		TimeSpan const used = inPassing.mToContent.Map(inTimes);
-		Ratio const first = (used.mStart - start) * rate;
-		Ratio const end = (used.mEnd - start) * rate;
-		return std::max(file.mStart - first, end - file.mEnd).Round();
+		Ratio const before = inContent.mSpan.mStart - used.mStart;
+		Ratio const behind = used.mEnd - inContent.mSpan.mEnd;
+		return (std::max(before, behind) * inContent.mRate).Round();
 	};
+	TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
+	if (inPassing.mToContent.Map(reach).Intersect(inContent.mSpan).IsEmpty())
+	{
+		std::string const text = std::string("its range lies beyond its ") + inContent.mName;
+		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace, text + "; it is silent");
+		return text;
+	}
 	std::int64_t const lacking = findShortage({inPlacement.mStart, inPlacement.mEnd});
-	std::int64_t const lackingHandle = findShortage(GetReach(inPlacement, mScope.mGrid));
+	std::int64_t const lackingHandle = findShortage(reach);
 	if (lacking > 0)
 	{
-		bool const isUsual = Ratio(lacking * kUsualGapsPerSecond) <= rate;
-		mMaking.Tell(isUsual ? Note::Kind::eRemark : Note::Kind::eIgnored, inClip.mPlace,
-			"the clip reaches " + std::to_string(lacking) + " samples beyond its media; silence is there");
+		bool const isUsual =
+			!inContent.mIsMedia || Ratio(lacking) * Ratio(kUsualGapsPerSecond) <= inContent.mRate;
+		mMaking.Tell(isUsual ? Note::Kind::eRemark : Note::Kind::eIgnored, inItem.mPlace,
+			"it reaches " + std::to_string(lacking) + " samples beyond its " + inContent.mName +
+				"; silence is there");
 	}
 	// More than the rounding of an end.
-	else if (lackingHandle > 1)
+	if (lackingHandle > std::max<std::int64_t>(lacking, 0) + 1)
 	{
-		mMaking.Tell(Note::Kind::eIgnored, inClip.mPlace,
-			"a transition reaches " + std::to_string(lackingHandle) +
-				" samples beyond the clip's media; silence is there");
+		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+			"a transition reaches " + std::to_string(lackingHandle) + " samples beyond its " +
+				inContent.mName + "; silence is there");
 	}
+	return {};
+}
+
+std::string ItemMaker::CheckSpeed(Item const& inItem, Passing const& inPassing, Ratio const& inRates)
+{
+	// What the resampler has room for in the largest blocks of a render.
+	Ratio const largest(60);
+	Ratio const speed = inPassing.mSpeed * inRates;
+	if (std::max(speed, -speed) <= largest)
+	{
+		return {};
+	}
+	mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+		"more than 60 samples would pass for one, which is too fast; it is silent");
+	return "it is too fast";
 }
 
 std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placement const& inPlacement,
-	Passing const& inPassing, std::string const& inWhySilent, LevelsOn inLevelsOn)
+	Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn)
 {
 	Item const& item = *inItem.mItem;
 	if (inItem.mTrack && !inItem.mTrack->IsAudio())
@@ -257,25 +292,9 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 		mMaking.Tell(Note::Kind::eRemark, item.mPlace, "a nested track that is not of kind Audio is silent");
 		return std::nullopt;
 	}
+	inWhySilent = inWhySilent.empty() ? CheckNest(inItem, inPlacement, inPassing) : std::move(inWhySilent);
 	std::int64_t first = 0;
-	Scope scope{Grid::MakeThrough(inPassing.mFirst, mScope.mGrid.GetSampleRate(), first),
-		mScope.mToProgramme.After(inPassing.mToContent.Invert()), {}, {}, {}, mScope.mDepth, inWhySilent};
-	bool const isBackwards = inPassing.mSpeed < Ratio();
-	if (isBackwards && first == 0)
-	{
-		// The frame before the first one's boundary is heard first, and there is none before 0.
-		scope.mGrid =
-			Grid(mScope.mGrid.GetSampleRate(), inPassing.mFirst - Ratio(1, mScope.mGrid.GetSampleRate()));
-		first = 1;
-	}
-	TimeSpan const own{inPlacement.mStart, inPlacement.mEnd};
-	scope.mVisible = inPassing.mToContent.Map(own.Intersect(mScope.mVisible));
-	scope.mNeeded = inPassing.mToContent.Map(GetReach(inPlacement, mScope.mGrid).Intersect(mScope.mNeeded));
-	if (inItem.mItem != mMaking.mTimelineStack)
-	{
-		scope.mTrack = AppendName(mScope.mTrack, item, inItem.mTrack ? "track" : "stack");
-		++scope.mDepth;
-	}
+	Scope const scope = MakeInnerScope(inItem, inPlacement, inPassing, inWhySilent, first);
 	SN::AudioChannelLayout const layout = inWhySilent.empty() ? ChooseNestLayout(inItem) : mLayout;
 	auto const description = inItem.mTrack ? MakeTrackSequence(mMaking, *inItem.mTrack, scope, layout)
 										   : StackMaker(mMaking, *inItem.mStack, scope, layout).Make();
@@ -285,12 +304,54 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 	}
 	CheckWidth(item, layout);
 	Sequence::Item result = MakeItem(item, inPlacement, inPassing);
-	result.mContent = Sequence::Nest{description, scope.mGrid.ToTicks(first - (isBackwards ? 1 : 0))};
+	result.mContent = Sequence::Nest{description, scope.mGrid.ToTicks(first)};
 	if (inLevelsOn == LevelsOn::eItem)
 	{
 		AddLevels(item, layout, inPassing.mRange.mLength, result.mChain);
 	}
 	return result;
+}
+
+std::string ItemMaker::CheckNest(
+	ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing)
+{
+	TimeSpan const content{Ratio(), mMaking.mMeasures.GetContentLength(inItem)};
+	std::string whySilent;
+	if (!content.IsEmpty())
+	{
+		whySilent = CheckReach(*inItem.mItem, inPlacement, inPassing,
+			{content, Ratio(mScope.mGrid.GetSampleRate()), "content", false});
+	}
+	return whySilent.empty() ? CheckSpeed(*inItem.mItem, inPassing, Ratio(1)) : whySilent;
+}
+
+Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlacement,
+	Passing const& inPassing, std::string const& inWhySilent, std::int64_t& outFirstFrame) const
+{
+	int const rate = mScope.mGrid.GetSampleRate();
+	Scope scope{Grid::MakeThrough(inPassing.mFirst, rate, outFirstFrame),
+		mScope.mToProgramme.After(inPassing.mToContent.Invert()), {}, {}, mScope.mTrack, mScope.mDepth,
+		inWhySilent};
+	if (inPassing.mSpeed < Ratio())
+	{
+		// The frame before the boundary is heard first, and there is none before 0.
+		if (outFirstFrame == 0)
+		{
+			scope.mGrid = Grid(rate, inPassing.mFirst - Ratio(1, rate));
+			outFirstFrame = 1;
+		}
+		--outFirstFrame;
+	}
+	TimeSpan const own{inPlacement.mStart, inPlacement.mEnd};
+	TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
+	scope.mVisible = inPassing.mToContent.Map(own.Intersect(mScope.mVisible));
+	scope.mNeeded = inPassing.mToContent.Map(reach.Intersect(mScope.mNeeded));
+	if (inItem.mItem != mMaking.mTimelineStack)
+	{
+		scope.mTrack = AppendName(mScope.mTrack, *inItem.mItem, inItem.mTrack ? "track" : "stack");
+		++scope.mDepth;
+	}
+	return scope;
 }
 
 SN::AudioChannelLayout ItemMaker::ChooseNestLayout(ItemView const& inItem) const

@@ -69,6 +69,16 @@ private:
 		Ratio mFirst;
 	};
 
+	// What there is to be heard, in the item's own time.
+	struct Content
+	{
+		TimeSpan mSpan;
+		// In which shortages are told.
+		Ratio mRate;
+		char const* mName;
+		bool mIsMedia;
+	};
+
 	Passing FindPassing(ItemView const& inItem, Placement const& inPlacement) const;
 	Sequence::Item MakeItem(Item const& inItem, Placement const& inPlacement, Passing const& inPassing) const;
 	void AddMarkers(Item const& inItem, Placement const& inPlacement, Passing const& inPassing);
@@ -82,12 +92,21 @@ private:
 	// The part that is visible.
 	void AddClipRow(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
 		ClipMedia const* inMedia, std::string const& inWhySilent);
-	void CheckHandles(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+	// Why it cannot be heard; empty when it can. They take notes.
+	std::string CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
 		Sequence::Media const& inMedia);
+	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing);
+	std::string CheckReach(
+		Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent);
+	// inRates: by which the speed is multiplied where rates differ.
+	std::string CheckSpeed(Item const& inItem, Passing const& inPassing, Ratio const& inRates);
 	Ratio GetMediaStart(Clip const& inClip) const;
 
 	std::optional<Sequence::Item> MakeNest(ItemView const& inItem, Placement const& inPlacement,
-		Passing const& inPassing, std::string const& inWhySilent, LevelsOn inLevelsOn);
+		Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn);
+	// outFirstFrame: of the inner grid, the one that is heard first.
+	Scope MakeInnerScope(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing,
+		std::string const& inWhySilent, std::int64_t& outFirstFrame) const;
 
 	SequenceMaking& mMaking;
 	Scope const& mScope;

@@ -60,6 +60,7 @@ void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
 	mMaking.mResult.mTracks.push_back(row);
 	if (child.mTrack && !child.mTrack->IsAudio())
 	{
+		ItemMaker(mMaking, mScope, mLayout).AddMarkersOf(child);
 		if (mScope.mWhySilent.empty())
 		{
 			mMaking.Tell(Note::Kind::eRemark, row.mPlace, "the track is not heard: " + inWhySilent);

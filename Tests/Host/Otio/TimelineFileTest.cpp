@@ -1,0 +1,258 @@
+#include "SonaroHost/Otio/TimelineFile.h"
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/FileMedia.h"
+#include "SonaroHost/Otio/MediaFinder.h"
+#include "SonaroHost/Otio/TimelineSequence.h"
+#include "Vexilon/BinaryData.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <zip.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+using std::filesystem::path;
+using testing::HasSubstr;
+
+path const kConformance = path(SONARO_CONFORMANCE) / "otio";
+
+std::string ReadFile(path const& inPath)
+{
+	std::ifstream file(inPath, std::ios::binary);
+	return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteFile(path const& inPath, std::string const& inBytes)
+{
+	std::filesystem::create_directories(inPath.parent_path());
+	std::ofstream(inPath, std::ios::binary) << inBytes;
+}
+
+using Entries = std::vector<std::pair<std::string, std::string>>;
+
+void WriteZip(path const& inPath, Entries const& inEntries)
+{
+	zip_t* const archive = zip_open(inPath.c_str(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
+	for (auto const& [name, bytes] : inEntries)
+	{
+		zip_source_t* const source = zip_source_buffer(archive, bytes.data(), bytes.size(), 0);
+		ASSERT_GE(zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8), 0);
+	}
+	ASSERT_EQ(zip_close(archive), 0);
+}
+
+std::string GetRefusal(path const& inPath)
+{
+	try
+	{
+		TimelineFile const file(inPath);
+		return {};
+	}
+	catch (HostError const& error)
+	{
+		return error.what();
+	}
+}
+
+class OtioFiles : public testing::Test
+{
+protected:
+	void SetUp() override
+	{
+		mFolder =
+			path(testing::TempDir()) /
+			("sonaro-otio-" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+		std::filesystem::remove_all(mFolder);
+		std::filesystem::create_directories(mFolder / "temporary");
+		setenv("TMPDIR", (mFolder / "temporary").c_str(), 1);
+	}
+	void TearDown() override
+	{
+		unsetenv("TMPDIR");
+		std::filesystem::remove_all(mFolder);
+	}
+
+	bool IsTemporaryEmpty() const { return std::filesystem::is_empty(mFolder / "temporary"); }
+
+	path mFolder;
+};
+
+TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
+{
+	for (char const* const name : {"edit/media/a b.wav", "edit/media/100%25.wav", "edit/media/100%.wav",
+			 "edit/x:y.wav", "out/äö.wav", "extra/Audio/deep.wav", "extra/flat.wav", "more/flat.wav"})
+	{
+		WriteFile(mFolder / name, "x");
+	}
+	std::string const root = mFolder.string();
+	struct Case
+	{
+		std::string mUrl;
+		// Empty for missing.
+		std::string mFile;
+		bool mIsElsewhere = false;
+	};
+	Case const cases[] = {
+		{"media/a b.wav", "edit/media/a b.wav"},
+		{"media/a%20b.wav", "edit/media/a b.wav"},
+		{"./media/../media/a%20b.wav", "edit/media/a b.wav"},
+		{"media\\a b.wav", "edit/media/a b.wav"},
+		// As it stands before it is decoded; and only what is two digits is decoded.
+		{"media/100%25.wav", "edit/media/100%25.wav"},
+		{"media/100%.wav", "edit/media/100%.wav"},
+		{"file:media/100%25.wav", "edit/media/100%.wav"},
+		{"x:y.wav", "edit/x:y.wav"},
+		{"../out/%C3%A4%c3%b6.wav", "out/äö.wav"},
+		{root + "/out/äö.wav", "out/äö.wav"},
+		{"file://" + root + "/edit/media/a%20b.wav", "edit/media/a b.wav"},
+		{"file://" + root + "/edit/media/a b.wav", "edit/media/a b.wav"},
+		{"file://localhost" + root + "/edit/media/a%20b.wav", "edit/media/a b.wav"},
+		{"FILE:" + root + "/edit/media/a%20b.wav", "edit/media/a b.wav"},
+		// Ever shorter ends in the media folders, the first folder first.
+		{"/Volumes/Disk/Project/Audio/deep.wav", "extra/Audio/deep.wav", true},
+		{"file:///C:/Project/Audio/deep.wav", "extra/Audio/deep.wav", true},
+		{"file:///C%3A/Project/Audio/deep.wav", "extra/Audio/deep.wav", true},
+		{"C:\\Project\\Audio\\deep.wav", "extra/Audio/deep.wav", true},
+		{"\\\\server\\share\\flat.wav", "extra/flat.wav", true},
+		{"file://server/share/flat.wav", "extra/flat.wav", true},
+		{"../../flat.wav", "extra/flat.wav", true},
+		{"deep.wav", ""},
+		{"media", ""},
+		{"", ""},
+		{"%00", ""},
+		{"https://example.org/flat.wav", ""},
+		{"other.otioz", ""},
+	};
+	MediaFinder const finder(mFolder / "edit", {mFolder / "extra", mFolder / "more"});
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mUrl);
+		FoundMedia const found = finder.Find(test.mUrl);
+		EXPECT_EQ(found.IsFound(), !test.mFile.empty()) << found.mPath << found.mWhyMissing;
+		EXPECT_EQ(!found.mRemark.empty(), test.mIsElsewhere);
+		if (found.IsFound() && !test.mFile.empty())
+		{
+			EXPECT_TRUE(std::filesystem::equivalent(found.mPath, mFolder / test.mFile)) << found.mPath;
+		}
+	}
+}
+
+TEST_F(OtioFiles, BundlesHoldTheirMediaAndLeaveNothingBehind)
+{
+	std::string content = ReadFile(kConformance / "cases/source-range.otio");
+	content.replace(content.find("../media"), 8, "media");
+	std::string const sound = ReadFile(kConformance / "media/a.wav");
+	WriteFile(mFolder / "edit.otiod/content.otio", content);
+	WriteFile(mFolder / "edit.otiod/media/a.wav", sound);
+	WriteZip(mFolder / "edit.otioz",
+		{{"version.txt", "1.0"}, {"content.otio", content}, {"media/", ""}, {"media/a.wav", sound}});
+	for (char const* const name : {"edit.otiod", "edit.otioz"})
+	{
+		SCOPED_TRACE(name);
+		TimelineFile const file(mFolder / name);
+		FileMedia media;
+		TimelineSequence const sequence =
+			MakeTimelineSequence(file.GetDocument().mTimelines.front(), MediaFinder(file.GetFolder()), media);
+		EXPECT_TRUE(sequence.mMissing.empty());
+		EXPECT_EQ(sequence.mFrames, 2000);
+		ASSERT_EQ(sequence.mClips.size(), 1u);
+		EXPECT_EQ(sequence.mClips[0].mFirstMediaSample, 1000);
+	}
+	EXPECT_TRUE(IsTemporaryEmpty());
+}
+
+TEST_F(OtioFiles, BundlesThatAreNotToBeTrustedAreRefused)
+{
+	std::string const content = ReadFile(kConformance / "cases/source-range.otio");
+	struct Case
+	{
+		Entries mEntries;
+		char const* mReason;
+	};
+	Case const cases[] = {
+		{{{"content.otio", content}, {"../escaped.wav", "x"}}, "would leave the folder"},
+		{{{"content.otio", content}, {"media/../../escaped.wav", "x"}}, "would leave the folder"},
+		{{{"content.otio", content}, {"/escaped.wav", "x"}}, "would leave the folder"},
+		{{{"content.otio", content}, {"media/..\\..\\escaped.wav", "x"}}, "would leave the folder"},
+		{{{"content.otio", content}, {"media/a", "x"}, {"media/a/b", "x"}}, "in the way of another"},
+		{{{"content.otio", content}, {"media/a", "x"}, {"media/./a", "x"}}, "in the way of another"},
+		{{{"media/a.wav", "x"}}, "has no \"content.otio\""},
+		{{{"content.otio", "{"}}, "line 1"},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mEntries.back().first);
+		WriteZip(mFolder / "edit.otioz", test.mEntries);
+		std::string const refusal = GetRefusal(mFolder / "edit.otioz");
+		EXPECT_THAT(refusal, HasSubstr("edit.otioz"));
+		EXPECT_THAT(refusal, HasSubstr(test.mReason));
+		EXPECT_FALSE(std::filesystem::exists(mFolder / "escaped.wav"));
+		EXPECT_FALSE(std::filesystem::exists(mFolder / "temporary/escaped.wav"));
+	}
+	EXPECT_TRUE(IsTemporaryEmpty());
+}
+
+TEST_F(OtioFiles, DamagedArchivesAreReadOrRefusedByName)
+{
+	path const archive = mFolder / "edit.otioz";
+	WriteZip(archive, {{"content.otio", ReadFile(kConformance / "cases/source-range.otio")},
+						  {"media/a.wav", std::string(300, 'x')}});
+	std::string const whole = ReadFile(archive);
+	std::size_t refused = 0;
+	for (std::size_t i = 0; i < whole.size(); ++i)
+	{
+		std::string damaged = whole;
+		damaged[i] = static_cast<char>(damaged[i] ^ 0xff);
+		WriteFile(archive, i % 2 == 0 ? damaged : whole.substr(0, i));
+		std::string const refusal = GetRefusal(archive);
+		refused += refusal.empty() ? 0 : 1;
+		EXPECT_TRUE(refusal.empty() || refusal.find("edit.otioz") != std::string::npos) << refusal;
+	}
+	EXPECT_GT(refused, whole.size() / 2);
+	EXPECT_TRUE(IsTemporaryEmpty());
+}
+
+TEST_F(OtioFiles, SourcesCountByTheRateTheyAreGivenAndTellWhenTheyFail)
+{
+	path const file = mFolder / "a44.wav";
+	std::string const whole = ReadFile(kConformance / "media/a44.wav");
+	WriteFile(file, whole);
+	FileMedia media;
+	auto const recording = media.Get(file);
+	EXPECT_EQ(media.Get(file), recording);
+	EXPECT_EQ(recording->mSampleRate, 44100.0);
+	SN::FrameRate const rate = SN::FrameRate::FromSamplesPerSecond(48000);
+	auto const source = recording->mOpen(rate);
+	EXPECT_EQ(source->GetFrameRate(), rate);
+	EXPECT_EQ(source->GetLength(), SN::TickTime(4410, rate));
+	dsp::AudioBuffer buffer(1, 4);
+	for (long long const frame : {0ll, 1000ll, 4406ll})
+	{
+		source->ReadAudio({}, buffer, SN::TickTime(frame, rate), false);
+		EXPECT_EQ(buffer.GetChannel(0)[0], static_cast<float>(frame + 1) / 32768.0f);
+	}
+	EXPECT_EQ(media.GetFailure(), std::nullopt);
+
+	auto const failing = recording->mOpen(rate);
+	WriteFile(file, whole.substr(0, 1000));
+	failing->ReadAudio({}, buffer, SN::TickTime(4000, rate), false);
+	ASSERT_TRUE(media.GetFailure());
+	EXPECT_THAT(*media.GetFailure(), HasSubstr("a44.wav"));
+}
+
+} // namespace
+
+} // namespace SonaroHost::Otio
