@@ -33,6 +33,8 @@ void ChainBuilder::Add(Fader const& inFader)
 			{Shift(inFader.mGain, mTools.GetFullGain()), Shift(inFader.mMute, mTools.GetNotMuted())}, &fader),
 		"a fader");
 	PrimeFader(*fader, static_cast<unsigned>(mSite.mInput.size()), mTools.GetFrameRate());
+	// Clones of faders begin at full gain where a playback runs in reverse.
+	mBuilt.mIsClonable = mBuilt.mIsClonable && !mTools.GetContext()->IsPrefetchEnabled();
 	mBuilt.mProcessors.push_back(fader);
 }
 

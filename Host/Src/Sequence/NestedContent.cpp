@@ -15,6 +15,7 @@ NestedContent::NestedContent(SN::InterfaceRef<SN::IAudioGenerator> const& inSequ
 	: mSequence(inSequence),
 	  mContext(inContext),
 	  mFrameRate(inFrameRate),
+	  mNestingDepth(inContext->GetNestingDepth()),
 	  mWindow(inWindow)
 {
 	if (mWindow.mAheadFrames + mWindow.mSettlingFrames > 0)
@@ -25,8 +26,10 @@ NestedContent::NestedContent(SN::InterfaceRef<SN::IAudioGenerator> const& inSequ
 
 SN::InterfaceRef<SN::IAudioGenerator> NestedContent::Clone()
 {
-	return zorvcore::classref::MakeObject<NestedContent>(mSequence->Clone(), mContext, mFrameRate,
+	auto const clone = zorvcore::classref::MakeObject<NestedContent>(mSequence->Clone(), mContext, mFrameRate,
 		static_cast<unsigned>(mDiscarded.GetNumChannels()), mWindow);
+	clone->mNestingDepth = mNestingDepth;
+	return clone;
 }
 
 SN::TickTime NestedContent::GetDelay()
@@ -45,7 +48,13 @@ void NestedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 	std::int64_t const frame = first.ToFrame64(mFrameRate);
 	mNextFrame.reset();
 	bool const isReverse = MapDirection(inReverse);
-	if ((mContext->IsPrefetchEnabled() && !mContext->IsImmediateRender()) || !NeedsToSettle())
+	if (mContext->IsPrefetchEnabled() && !mContext->IsImmediateRender())
+	{
+		std::int64_t const filled = GetFilledFrames(inStartTime);
+		mSequence->Preroll(MapRun(inReverse ? frame + filled : frame - filled, 0), isReverse);
+		return;
+	}
+	if (!NeedsToSettle())
 	{
 		mSequence->Preroll(MapRun(frame, 0), isReverse);
 		return;
@@ -56,6 +65,14 @@ void NestedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 	mSequence->Preroll(MapRun(inReverse ? frame + count : frame - count, 0), isReverse);
 	Settle(frame, count, inReverse);
 	mNextFrame = frame;
+}
+
+std::int64_t NestedContent::GetFilledFrames(SN::TickTime const& inStartTime)
+{
+	SN::TickTime const itemStart = inStartTime - mWindow.mPrerollLead;
+	bool const hasBegunBefore =
+		mNestingDepth != 0 && itemStart >= GetDelay() / mWindow.mSpeed + mWindow.mPrerollLead;
+	return hasBegunBefore ? 0 : GetDelay().ToFrame64(mFrameRate);
 }
 
 bool NestedContent::NeedsToSettle() const

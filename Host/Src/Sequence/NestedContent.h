@@ -66,6 +66,9 @@ private:
 	// The lowest time, in the sequence, of a run of so many frames of the item.
 	SN::TickTime MapRun(std::int64_t inFirstFrame, std::int64_t inCount) const;
 	bool MapDirection(bool inReverse) const { return inReverse != mWindow.mIsBackwards; }
+	// In a playback, those that the item fills ahead of a start: what is read first. None where the sequence
+	// around it has begun long enough ago.
+	std::int64_t GetFilledFrames(SN::TickTime const& inStartTime);
 	bool NeedsToSettle() const;
 	// Whether a block that begins at an item's frame, in reverse ends there, follows what was rendered.
 	bool IsInTurn(std::int64_t inFrame, bool inReverse) const;
@@ -75,6 +78,8 @@ private:
 	SN::InterfaceRef<SN::IAudioGenerator> mSequence;
 	SN::InterfaceRef<SN::IAudioRenderContext> mContext;
 	SN::FrameRate mFrameRate;
+	// Of the item.
+	unsigned mNestingDepth;
 	ContentWindow mWindow;
 	// In which settling renders; without channels where nothing has to settle.
 	dsp::AudioBuffer mDiscarded;
