@@ -46,7 +46,7 @@ public:
 
 	RandomSequence Run()
 	{
-		for (std::size_t const channels : {1, 2, 6, 1, 2})
+		for (std::size_t const channels : {1u, 2u, 6u, 1u, 2u})
 		{
 			mMedia.push_back(MakeMedia(channels));
 		}

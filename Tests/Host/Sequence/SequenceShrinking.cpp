@@ -159,114 +159,91 @@ bool ShrinkOnce(Description& ioSequence, std::function<bool(Description const&)>
 	}
 }
 
-class Writer
+std::string Describe(Fader const& inFader)
 {
-public:
-	explicit Writer(SN::FrameRate const& inFrameRate)
-		: mFrameRate(inFrameRate)
+	std::string const gain = !inFader.mGain ? "" : inFader.mGain->IsEmpty() ? " gain" : " gain by a curve";
+	return gain + (!inFader.mMute ? "" : inFader.mMute->IsEmpty() ? " mute" : " mute by a curve");
+}
+
+std::string Describe(Chain const& inChain)
+{
+	std::string text;
+	for (Stage const& stage : inChain.mStages)
 	{
+		if (auto const* const fader = std::get_if<Fader>(&stage))
+		{
+			text += " | fader" + Describe(*fader);
+		}
+		else if (auto const* const send = std::get_if<Send>(&stage))
+		{
+			text += " | send to " + std::to_string(send->mSubmix) + (send->mPan ? " panned" : "") +
+					Describe(send->mLevel);
+		}
+		else if (auto const* const effect = std::get_if<Effect>(&stage))
+		{
+			text += " | effect " + effect->mName;
+		}
 	}
+	return text + (inChain.mPan ? " | pan\n" : "\n");
+}
 
-	void Write(Description const& inSequence)
+template <class Strip>
+std::string DescribeStrip(Strip const& inStrip)
+{
+	bool const isSubmix = inStrip.mOutput.mKind == Output::Kind::eSubmix;
+	bool const isNone = inStrip.mOutput.mKind == Output::Kind::eNone;
+	bool const isMuted = inStrip.mMute && inStrip.mMute->Get() != 0;
+	return "  " + inStrip.mName + ", " + GetLayoutName(inStrip.mLayout) +
+		   (isSubmix    ? ", to submix " + std::to_string(inStrip.mOutput.mSubmix)
+			   : isNone ? ", to nothing"
+						: "") +
+		   (isMuted ? ", muted" : "") + Describe(inStrip.mChain);
+}
+
+std::string DescribeContent(Item const& inItem, SN::FrameRate const& inFrameRate)
+{
+	if (auto const* const nest = std::get_if<Nest>(&inItem.mContent))
 	{
-		mText << inSequence.mName << ", " << GetLayoutName(inSequence.mLayout) << "\n";
-		for (Track const& track : inSequence.mTracks)
-		{
-			Write(track);
-			for (Item const& item : track.mItems)
-			{
-				Write(item);
-			}
-			for (Crossfade const& crossfade : track.mCrossfades)
-			{
-				mText << "    crossfade from " << crossfade.mOutgoing << ", " << Frame(crossfade.mBefore)
-					  << " + " << Frame(crossfade.mAfter) << "\n";
-			}
-		}
-		for (Submix const& submix : inSequence.mSubmixes)
-		{
-			Write(submix);
-		}
-		mText << "  master";
-		Write(inSequence.mMaster);
+		return nest->mSequence->mName + " from " + std::to_string(GetNearestFrame(nest->mStart, inFrameRate));
 	}
-
-	std::string GetText() const { return mText.str(); }
-
-private:
-	std::int64_t Frame(SN::TickTime const& inTime) const { return GetNearestFrame(inTime, mFrameRate); }
-
-	void Write(Fader const& inFader)
+	auto const& clip = std::get<Clip>(inItem.mContent);
+	std::string text = std::to_string(clip.mMedia->mFrames) + " frames " +
+					   GetLayoutName(clip.mMedia->mLayout) + " from " + std::to_string(clip.mFirstFrame);
+	for (unsigned const channel : clip.mChannels)
 	{
-		mText << (!inFader.mGain                ? ""
-					 : inFader.mGain->IsEmpty() ? " gain"
-												: " gain by a curve")
-			  << (!inFader.mMute                ? ""
-					 : inFader.mMute->IsEmpty() ? " mute"
-												: " mute by a curve");
+		text += ", channel " + std::to_string(channel);
 	}
+	return text;
+}
 
-	void Write(Chain const& inChain)
+std::string DescribeOne(Description const& inSequence, SN::FrameRate const& inFrameRate)
+{
+	auto const toFrame = [&](SN::TickTime const& inTime) { return GetNearestFrame(inTime, inFrameRate); };
+	std::ostringstream text;
+	text << inSequence.mName << ", " << GetLayoutName(inSequence.mLayout) << "\n";
+	for (Track const& track : inSequence.mTracks)
 	{
-		for (Stage const& stage : inChain.mStages)
+		text << DescribeStrip(track);
+		for (Item const& item : track.mItems)
 		{
-			if (auto const* const fader = std::get_if<Fader>(&stage))
-			{
-				mText << " | fader";
-				Write(*fader);
-			}
-			else if (auto const* const send = std::get_if<Send>(&stage))
-			{
-				mText << " | send to " << send->mSubmix << (send->mPan ? " panned" : "");
-				Write(send->mLevel);
-			}
-			else if (auto const* const effect = std::get_if<Effect>(&stage))
-			{
-				mText << " | effect " << effect->mName;
-			}
+			text << "    " << item.mName << " [" << toFrame(item.mStart) << ", " << toFrame(item.mEnd)
+				 << ") of " << DescribeContent(item, inFrameRate) << ", speed " << item.mSpeed << ", fades "
+				 << toFrame(item.mFadeIn.mLength) << " and " << toFrame(item.mFadeOut.mLength)
+				 << Describe(item.mChain);
 		}
-		mText << (inChain.mPan ? " | pan\n" : "\n");
+		for (Crossfade const& crossfade : track.mCrossfades)
+		{
+			text << "    crossfade from " << crossfade.mOutgoing << ", " << toFrame(crossfade.mBefore)
+				 << " + " << toFrame(crossfade.mAfter) << "\n";
+		}
 	}
-
-	template <class Strip>
-	void Write(Strip const& inStrip)
+	for (Submix const& submix : inSequence.mSubmixes)
 	{
-		mText << "  " << inStrip.mName << ", " << GetLayoutName(inStrip.mLayout);
-		if (inStrip.mOutput.mKind != Output::Kind::eMaster)
-		{
-			bool const isSubmix = inStrip.mOutput.mKind == Output::Kind::eSubmix;
-			mText << ", to " << (isSubmix ? "submix " + std::to_string(inStrip.mOutput.mSubmix) : "nothing");
-		}
-		mText << (inStrip.mMute && inStrip.mMute->Get() != 0 ? ", muted" : "");
-		Write(inStrip.mChain);
+		text << DescribeStrip(submix);
 	}
-
-	void Write(Item const& inItem)
-	{
-		mText << "    " << inItem.mName << " [" << Frame(inItem.mStart) << ", " << Frame(inItem.mEnd)
-			  << ") of ";
-		if (auto const* const clip = std::get_if<Clip>(&inItem.mContent))
-		{
-			mText << clip->mMedia->mFrames << " frames " << GetLayoutName(clip->mMedia->mLayout) << " from "
-				  << clip->mFirstFrame;
-			for (unsigned const channel : clip->mChannels)
-			{
-				mText << ", channel " << channel;
-			}
-		}
-		else
-		{
-			auto const& nest = std::get<Nest>(inItem.mContent);
-			mText << nest.mSequence->mName << " from " << Frame(nest.mStart);
-		}
-		mText << ", speed " << inItem.mSpeed << ", fades " << Frame(inItem.mFadeIn.mLength) << " and "
-			  << Frame(inItem.mFadeOut.mLength);
-		Write(inItem.mChain);
-	}
-
-	SN::FrameRate mFrameRate;
-	std::ostringstream mText;
-};
+	text << "  master" << Describe(inSequence.mMaster);
+	return text.str();
+}
 
 } // namespace
 
@@ -280,15 +257,14 @@ Description Shrink(Description inSequence, std::function<bool(Description const&
 
 std::string Describe(Description const& inSequence, SN::FrameRate const& inFrameRate)
 {
-	Writer writer(inFrameRate);
-	writer.Write(inSequence);
+	std::string text = DescribeOne(inSequence, inFrameRate);
 	std::vector<Nested> nested;
 	CollectNested(inSequence, nested);
 	for (Nested const& one : nested)
 	{
-		writer.Write(*one);
+		text += DescribeOne(*one, inFrameRate);
 	}
-	return writer.GetText();
+	return text;
 }
 
 } // namespace SonaroHost::Sequence::Testing
