@@ -15,9 +15,9 @@ bool IsFade(std::optional<Fade> const& inFade)
 }
 
 // Whether a fade of the settings has its end for itself.
-bool IsFree(SequenceMaking& ioMaking, Item const& inItem, std::int64_t inTaken, std::int64_t inFade)
+bool IsFree(SequenceMaking& ioMaking, Item const& inItem, bool inHasCrossfade, std::int64_t inFade)
 {
-	if (inTaken > 0 || inFade > 0)
+	if (inHasCrossfade || inFade > 0)
 	{
 		ioMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
 			"a fade stands at an end that a transition reaches; the transition counts");
@@ -39,13 +39,13 @@ void PlaceFades(SequenceMaking& ioMaking, Item const& inItem, Placement const& i
 {
 	MixSettings const& settings = inItem.GetSettings();
 	FadeShape const shape = ioMaking.mOptions.mFadeShape;
-	if (IsFade(settings.mFadeIn) && IsFree(ioMaking, inItem, inEnds.mTakenBefore, inEnds.mFadeIn))
+	if (IsFade(settings.mFadeIn) && IsFree(ioMaking, inItem, inEnds.mHasCrossfadeBefore, inEnds.mFadeIn))
 	{
 		Ratio const end = inPlacement.mStart + ToSeconds(settings.mFadeIn->mDuration);
 		inEnds.mFadeIn = inGrid.ToFrame(end) - inPlacement.mFirstFrame;
 		inEnds.mFadeInShape = settings.mFadeIn->mShape.value_or(shape);
 	}
-	if (IsFade(settings.mFadeOut) && IsFree(ioMaking, inItem, inEnds.mTakenAfter, inEnds.mFadeOut))
+	if (IsFade(settings.mFadeOut) && IsFree(ioMaking, inItem, inEnds.mHasCrossfadeAfter, inEnds.mFadeOut))
 	{
 		Ratio const start = inPlacement.mEnd - ToSeconds(settings.mFadeOut->mDuration);
 		inEnds.mFadeOut = inPlacement.mEndFrame - inGrid.ToFrame(start);

@@ -10,7 +10,9 @@ namespace SonaroHost::Otio
 // What transitions do to the ends of an item, in frames within it.
 struct ItemEnds
 {
-	// By crossfades.
+	// By crossfades, which may lie wholly on the other side.
+	bool mHasCrossfadeBefore = false;
+	bool mHasCrossfadeAfter = false;
 	std::int64_t mTakenBefore = 0;
 	std::int64_t mTakenAfter = 0;
 	// By fades from and to silence.

@@ -105,12 +105,13 @@ void ItemMaker::AddMarkers(Item const& inItem, Placement const& inPlacement, Pas
 		Ratio const start = ToSeconds(marker.mMarkedRange.mStartTime);
 		Ratio const a = toSequence.Map(start);
 		Ratio const b = toSequence.Map(start + ToSeconds(marker.mMarkedRange.mDuration));
+		TimeSpan const whole{std::min(a, b), std::max(a, b)};
 		// One without length may stand at the end.
-		TimeSpan const marked = TimeSpan{std::min(a, b), std::max(a, b)}.Intersect(visible);
-		if (marked.mEnd < marked.mStart)
+		if (whole.mEnd < visible.mStart || visible.mEnd < whole.mStart)
 		{
 			continue;
 		}
+		TimeSpan const marked = whole.Intersect(visible);
 		Ratio const first = mScope.mToProgramme.Map(marked.mStart);
 		Ratio const last = mScope.mToProgramme.Map(marked.mEnd);
 		mMaking.mResult.mMarkers.push_back(

@@ -18,7 +18,7 @@ SN::TickTime Grid::ToTicks(std::int64_t inFrame) const
 
 TimeSpan TimeSpan::Intersect(TimeSpan const& inOther) const
 {
-	return {std::max(mStart, inOther.mStart), std::min(mEnd, inOther.mEnd)};
+	return {std::clamp(mStart, inOther.mStart, inOther.mEnd), std::clamp(mEnd, inOther.mStart, inOther.mEnd)};
 }
 
 TimeMap TimeMap::After(TimeMap const& inFirst) const

@@ -39,6 +39,7 @@ private:
 struct TimeSpan
 {
 	bool IsEmpty() const { return !(mStart < mEnd); }
+	// Empty, at the end of inOther that is nearer, where they do not meet.
 	TimeSpan Intersect(TimeSpan const& inOther) const;
 
 	Ratio mStart;

@@ -101,6 +101,8 @@ void TrackMaker::PlaceCrossfade(Transition const& inTransition, Slot& ioLeft, Sl
 		return;
 	}
 	ioLeft.mCrossfade = &inTransition;
+	ioLeft.mEnds.mHasCrossfadeAfter = true;
+	ioRight.mEnds.mHasCrossfadeBefore = true;
 	ioLeft.mEnds.mTakenAfter = before;
 	ioLeft.mPlacement.mFramesAfter = after;
 	ioRight.mEnds.mTakenBefore = after;

@@ -1,0 +1,335 @@
+#include "SonaroHost/Otio/TimelineSequence.h"
+#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Sequence/SequenceGraph.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+constexpr int kRate = 48000;
+constexpr std::int64_t kMediaFrames = 4800;
+
+// Timelines of cuts and nesting, and, if wanted, of everything that has to fit with each other.
+class RandomTimeline
+{
+public:
+	RandomTimeline(unsigned inSeed, bool inHasAll)
+		: mRandom(inSeed),
+		  mHasAll(inHasAll)
+	{
+	}
+
+	Timeline Make()
+	{
+		Timeline timeline;
+		timeline.mTracks = MakeStack(0);
+		return timeline;
+	}
+
+private:
+	int Pick(int inLeast, int inMost) { return std::uniform_int_distribution(inLeast, inMost)(mRandom); }
+	bool Flip(int inOdds) { return Pick(1, inOdds) == 1; }
+
+	// Up to a 20th of a second, and never of a common unit.
+	RationalTime MakeTime(int inLeastMilliseconds)
+	{
+		constexpr double kRates[] = {24.0, 23.976, 25.0, 29.97, 59.94, 1000.0, 44100.0, 48000.0, 96000.0};
+		double const rate = kRates[Pick(0, 8)];
+		return {std::floor(rate * Pick(inLeastMilliseconds, 50) / 1000.0) + (Flip(4) ? 0.25 : 0.0), rate};
+	}
+
+	void FinishItem(Item& ioItem, bool inNeedsRange)
+	{
+		if (inNeedsRange || Flip(2))
+		{
+			ioItem.mSourceRange = TimeRange{MakeTime(inNeedsRange ? 0 : -10), MakeTime(0)};
+		}
+		ioItem.mIsEnabled = !Flip(12);
+		if (!mHasAll)
+		{
+			return;
+		}
+		if (Flip(5))
+		{
+			Effect warp;
+			warp.mKind = Effect::Kind::eLinearTimeWarp;
+			warp.mTimeScalar = Flip(2) ? -1.0 : Pick(-30, 30) / 8.0;
+			warp.mKind = warp.mTimeScalar == 0.0 ? Effect::Kind::eFreezeFrame : warp.mKind;
+			ioItem.mEffects.push_back(warp);
+		}
+		if (Flip(3))
+		{
+			auto settings = std::make_shared<MixSettings>();
+			settings->mFadeIn = Fade{MakeTime(0), {}};
+			settings->mFadeOut = Fade{MakeTime(0), FadeShape::eSCurve};
+			ioItem.mSettings = settings;
+		}
+	}
+
+	Clip MakeClip()
+	{
+		Clip clip;
+		MediaReference media;
+		media.mKind = MediaReference::Kind::eExternal;
+		media.mTargetUrl = Flip(8) ? "none.wav" : "a.wav";
+		clip.mMediaReferences.push_back(media);
+		FinishItem(clip, true);
+		return clip;
+	}
+
+	Track MakeTrack(int inDepth)
+	{
+		Track track;
+		track.mKind = Flip(10) ? "Video" : "Audio";
+		bool hasTransitionBefore = false;
+		for (int count = Pick(0, 6); count > 0; --count)
+		{
+			if (mHasAll && !hasTransitionBefore && Flip(3))
+			{
+				Transition transition;
+				transition.mInOffset = MakeTime(0);
+				transition.mOutOffset = MakeTime(0);
+				track.mChildren.push_back({transition});
+				hasTransitionBefore = true;
+				continue;
+			}
+			track.mChildren.push_back(MakeChild(inDepth));
+			hasTransitionBefore = false;
+		}
+		FinishItem(track, false);
+		return track;
+	}
+
+	Stack MakeStack(int inDepth)
+	{
+		Stack stack;
+		for (int count = Pick(1, 3); count > 0; --count)
+		{
+			stack.mChildren.push_back(Flip(5) ? MakeChild(inDepth) : Composable{MakeTrack(inDepth)});
+		}
+		FinishItem(stack, false);
+		return stack;
+	}
+
+	Composable MakeChild(int inDepth)
+	{
+		int const kind = Pick(0, inDepth < 3 ? 5 : 2);
+		if (kind == 0)
+		{
+			Gap gap;
+			FinishItem(gap, true);
+			return {gap};
+		}
+		if (kind <= 3)
+		{
+			return {MakeClip()};
+		}
+		return kind == 4 ? Composable{MakeStack(inDepth + 1)} : Composable{MakeTrack(inDepth + 1)};
+	}
+
+	std::mt19937 mRandom;
+	bool mHasAll;
+};
+
+// Cuts and nesting, sample by sample: every boundary is added up to an absolute time and rounded there.
+class Naive
+{
+public:
+	std::vector<double> Render(Stack const& inStack)
+	{
+		Ratio const length = GetRange(inStack, &inStack.mChildren, nullptr).second;
+		mOutput.assign(static_cast<std::size_t>(ToSamples(length, kRate)), 0.0);
+		Place(inStack, Ratio(), {0, ToSamples(length, kRate)});
+		return mOutput;
+	}
+
+private:
+	using Window = std::pair<std::int64_t, std::int64_t>;
+	using Children = std::vector<Composable>;
+
+	static Children const* FindChildren(Composable const& inChild)
+	{
+		Track const* const track = inChild.As<Track>();
+		Stack const* const stack = inChild.As<Stack>();
+		return track ? &track->mChildren : (stack ? &stack->mChildren : nullptr);
+	}
+
+	// Start and length.
+	static std::pair<Ratio, Ratio> GetRange(
+		Item const& inItem, Children const* inChildren, Track const* inTrack)
+	{
+		if (inItem.mSourceRange)
+		{
+			return {ToSeconds(inItem.mSourceRange->mStartTime), ToSeconds(inItem.mSourceRange->mDuration)};
+		}
+		Ratio length;
+		for (Composable const& child : *inChildren)
+		{
+			Ratio const part = GetRange(*child.AsItem(), FindChildren(child), child.As<Track>()).second;
+			length = inTrack ? length + part : std::max(length, part);
+		}
+		return {Ratio(), length};
+	}
+
+	template <class T>
+	void Place(T const& inItem, Ratio const& inStart, Window const& inWindow)
+	{
+		if constexpr (std::is_base_of_v<Item, T>)
+		{
+			PlaceItem(inItem, inStart, inWindow);
+		}
+	}
+
+	template <class T>
+	void PlaceItem(T const& inItem, Ratio const& inStart, Window const& inWindow)
+	{
+		Children const* children = nullptr;
+		Track const* track = nullptr;
+		if constexpr (std::is_same_v<T, Track>)
+		{
+			track = &inItem;
+		}
+		if constexpr (std::is_same_v<T, Track> || std::is_same_v<T, Stack>)
+		{
+			children = &inItem.mChildren;
+		}
+		auto const [first, length] = GetRange(inItem, children, track);
+		Window const window{std::max(inWindow.first, ToSamples(inStart, kRate)),
+			std::min(inWindow.second, ToSamples(inStart + length, kRate))};
+		bool const isHeard = inItem.mIsEnabled && (!track || track->IsAudio());
+		if (!isHeard)
+		{
+			return;
+		}
+		if constexpr (std::is_same_v<T, Clip>)
+		{
+			AddSamples(inItem, inStart, first, window);
+		}
+		Ratio time = inStart - first;
+		for (std::size_t i = 0; children && i < children->size(); ++i)
+		{
+			Composable const& child = (*children)[i];
+			std::visit([&](auto const& inChild) { Place(inChild, time, window); }, child.mValue);
+			Ratio const part = GetRange(*child.AsItem(), FindChildren(child), child.As<Track>()).second;
+			time = track ? time + part : time;
+		}
+	}
+
+	void AddSamples(Clip const& inClip, Ratio const& inStart, Ratio const& inFirst, Window const& inWindow)
+	{
+		std::int64_t const shift = ToSamples(inFirst - inStart, kRate);
+		for (std::int64_t frame = inWindow.first; frame < inWindow.second; ++frame)
+		{
+			std::int64_t const position = frame + shift;
+			bool const isThere =
+				position >= 0 && position < kMediaFrames && inClip.mMediaReferences[0].mTargetUrl == "a.wav";
+			mOutput[static_cast<std::size_t>(frame)] +=
+				isThere ? static_cast<double>(position + 1) / 32768.0 : 0.0;
+		}
+	}
+
+	std::vector<double> mOutput;
+};
+
+std::vector<double> Render(TimelineSequence const& inSequence, unsigned inBlock)
+{
+	SN::FrameRate const rate = SN::FrameRate::FromSamplesPerSecond(kRate);
+	RenderContextScope const context(inBlock, SN::kTimeMax, SN::ImmutableString("random"));
+	Sequence::SequenceGraph const graph(*inSequence.mDescription, context.Get(), rate);
+	auto const& generator = graph.GetGenerator();
+	generator->InitializeAudioFilters();
+	std::int64_t const warmUp = graph.GetWarmUpFrames();
+	std::int64_t const end = inSequence.mFirstFrame + inSequence.mFrames;
+	std::int64_t frame = inSequence.mFirstFrame - warmUp;
+	generator->Preroll({frame, rate}, false);
+	std::vector<double> samples;
+	while (frame < end)
+	{
+		auto const count = static_cast<unsigned>(std::min<std::int64_t>(inBlock, end - frame));
+		dsp::AudioBuffer buffer(graph.GetLayout().size(), count);
+		generator->GetAudioData({frame, rate}, buffer, false);
+		for (unsigned i = 0; i < count; ++i)
+		{
+			samples.push_back(buffer.IsChannelSilent(0) ? 0.0 : double{buffer.GetChannel(0)[i]});
+		}
+		frame += count;
+	}
+	generator->ShutdownAudioFilters();
+	samples.erase(samples.begin(), samples.begin() + std::min<std::int64_t>(warmUp, std::ssize(samples)));
+	return samples;
+}
+
+TimelineSequence MakeSequence(Timeline const& inTimeline, FileMedia& ioMedia)
+{
+	TimelineOptions options;
+	options.mSampleRate = kRate;
+	return MakeTimelineSequence(
+		inTimeline, MediaFinder(std::filesystem::path(SONARO_CONFORMANCE) / "otio/media"), ioMedia, options);
+}
+
+TEST(RandomTimelines, CutsAndNestingSoundAsAddedUpOneByOne)
+{
+	std::size_t heard = 0;
+	for (unsigned seed = 1; seed <= 300; ++seed)
+	{
+		SCOPED_TRACE("seed " + std::to_string(seed));
+		Timeline timeline = RandomTimeline(seed, false).Make();
+		timeline.mTracks.mIsEnabled = true;
+		FileMedia media;
+		TimelineSequence const sequence = MakeSequence(timeline, media);
+		std::vector<double> const expected = Naive().Render(timeline.mTracks);
+		std::vector<double> const actual = Render(sequence, 64 + seed);
+		ASSERT_EQ(actual.size(), expected.size());
+		for (std::size_t frame = 0; frame < expected.size(); ++frame)
+		{
+			ASSERT_NEAR(actual[frame], expected[frame], 1.0e-6) << "at " << frame;
+			heard += expected[frame] != 0.0 ? 1 : 0;
+		}
+	}
+	EXPECT_GT(heard, 100000u);
+}
+
+TEST(RandomTimelines, WhateverIsPutTogetherMakesAGraph)
+{
+	for (unsigned seed = 1; seed <= 300; ++seed)
+	{
+		SCOPED_TRACE("seed " + std::to_string(seed));
+		Timeline const timeline = RandomTimeline(seed, true).Make();
+		FileMedia media;
+		TimelineSequence const sequence = MakeSequence(timeline, media);
+		std::vector<double> const samples = Render(sequence, 512);
+		ASSERT_EQ(std::ssize(samples), sequence.mFrames);
+		for (double const sample : samples)
+		{
+			// Fewer than 100 branches of less than 1/6.
+			ASSERT_LT(std::abs(sample), 16.0);
+		}
+		for (ClipRow const& row : sequence.mClips)
+		{
+			ASSERT_LE(row.mFirstFrame, row.mEndFrame);
+			ASSERT_GE(row.mFirstFrame, 0) << row.mReason;
+			ASSERT_LE(row.mEndFrame, sequence.mFrames);
+		}
+	}
+}
+
+} // namespace
+
+} // namespace SonaroHost::Otio
