@@ -9,8 +9,10 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -276,10 +278,12 @@ std::vector<double> Render(TimelineSequence const& inSequence, unsigned inBlock)
 	return samples;
 }
 
-TimelineSequence MakeSequence(Timeline const& inTimeline, FileMedia& ioMedia)
+TimelineSequence MakeSequence(
+	Timeline const& inTimeline, FileMedia& ioMedia, std::optional<std::size_t> const& inOnlyChild = {})
 {
 	TimelineOptions options;
 	options.mSampleRate = kRate;
+	options.mOnlyChild = inOnlyChild;
 	return MakeTimelineSequence(
 		inTimeline, MediaFinder(std::filesystem::path(SONARO_CONFORMANCE) / "otio/media"), ioMedia, options);
 }
@@ -304,6 +308,28 @@ TEST(RandomTimelines, CutsAndNestingSoundAsAddedUpOneByOne)
 		}
 	}
 	EXPECT_GT(heard, 100000u);
+}
+
+TEST(RandomTimelines, StemsAddUpToTheMix)
+{
+	for (unsigned seed = 1; seed <= 100; ++seed)
+	{
+		SCOPED_TRACE("seed " + std::to_string(seed));
+		Timeline const timeline = RandomTimeline(seed, true).Make();
+		FileMedia media;
+		std::vector<double> const mix = Render(MakeSequence(timeline, media), 512);
+		std::vector<double> sum(mix.size());
+		for (std::size_t child = 0; child < timeline.mTracks.mChildren.size(); ++child)
+		{
+			std::vector<double> const stem = Render(MakeSequence(timeline, media, child), 512);
+			ASSERT_EQ(stem.size(), sum.size());
+			std::transform(stem.begin(), stem.end(), sum.begin(), sum.begin(), std::plus<>());
+		}
+		for (std::size_t frame = 0; frame < mix.size(); ++frame)
+		{
+			ASSERT_NEAR(sum[frame], mix[frame], 1.0e-5) << "at " << frame;
+		}
+	}
 }
 
 TEST(RandomTimelines, WhateverIsPutTogetherMakesAGraph)
