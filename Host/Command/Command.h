@@ -13,6 +13,8 @@ enum ExitCode : int
 	kExitFailure = 1,
 	// Wrong usage.
 	kExitUsage = 2,
+	// Done, but with silence for media that are missing.
+	kExitMissing = 3,
 };
 
 // One of the program's commands: "sonaro NAME ...". Its constructor declares the options to the parser.

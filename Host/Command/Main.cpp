@@ -70,9 +70,10 @@ int main(int inCount, char** inArguments)
 	CLI::App program("Renders sound, exact to the sample.", "sonaro");
 	program.set_version_flag("--version", "sonaro " SONARO_VERSION);
 	program.require_subcommand(1);
-	program.footer(
-		"\"sonaro COMMAND --help\" tells more about a command.\n"
-		"The program ends with 0, with 1 when the input or the output failed, with 2 for wrong usage.");
+	program.footer("\"sonaro COMMAND --help\" tells more about a command.\n"
+				   "The program ends with 0, with 1 when the input or the output failed, with 2 for wrong "
+				   "usage, and with 3\n"
+				   "when a timeline was rendered with silence for media that are missing.");
 
 	std::vector<std::unique_ptr<Command>> commands;
 	commands.push_back(std::make_unique<RenderCommand>(program));

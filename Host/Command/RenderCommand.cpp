@@ -51,29 +51,6 @@ std::vector<unsigned> ParseChannels(std::string_view inText)
 	}
 }
 
-OutputContainer ChooseContainer(std::string const& inFormat, std::string const& inOutput)
-{
-	auto const container = inFormat.empty() ? FindContainerByEnding(inOutput) : FindContainer(inFormat);
-	if (!container)
-	{
-		Refuse("the ending of " + QuotePath(inOutput) +
-			   " names no output format; end it in .wav, .aiff, .flac or .caf, or give --format");
-	}
-	return *container;
-}
-
-SN::AudioChannelLayout ParseLayoutOption(std::string const& inText)
-{
-	auto const layout = ParseLayout(inText);
-	if (!layout)
-	{
-		Refuse("--layout: '" + inText +
-			   "' is no layout; give mono, stereo, 5.1 or a number of channels from 1 to " +
-			   std::to_string(kMaxChannels));
-	}
-	return *layout;
-}
-
 SN::AudioChannelMix::MixdownType51 GetMixdown(std::string const& inName)
 {
 	return inName == "front"        ? SN::AudioChannelMix::kMixdownFront
@@ -82,18 +59,11 @@ SN::AudioChannelMix::MixdownType51 GetMixdown(std::string const& inName)
 									: SN::AudioChannelMix::kMixdownFrontRearLFE;
 }
 
-OutputSamples GetSamples(std::string const& inBits)
-{
-	return inBits == "16"   ? OutputSamples::eInteger16
-		   : inBits == "24" ? OutputSamples::eInteger24
-							: OutputSamples::eFloat32;
-}
-
 } // namespace
 
 RenderCommand::RenderCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "render", "Render sound files, one after the other, into another"),
-	  mBlockFrames(ClipRenderRequest().mBlockFrames)
+	: Command(ioProgram, "render", "Render sound files, one after the other, or a timeline"),
+	  mTimeline(GetParser(), mOptions)
 {
 	AddFileOptions();
 	AddFormatOptions();
@@ -101,18 +71,22 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 	AddTrackOptions();
 	AddChannelOptions();
 	AddReportOptions();
-	GetParser().footer(std::string(kTimesHelp) +
-					   "\n\n"
-					   "Examples:\n"
-					   "  sonaro render interview.flac -o interview.wav\n"
-					   "  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
-					   "  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
-					   "  sonaro render music.flac -o jingle.wav --duration 12 --fade-in 0.05 --fade-out 3\n"
-					   "  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
-					   "  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
-					   "  sonaro render music.flac -o music.wav --as-playback\n"
-					   "  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
-					   "  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5");
+	mTimeline.AddOptions();
+	GetParser().footer(
+		std::string(kTimesHelp) +
+		"\n\n"
+		"Examples:\n"
+		"  sonaro render interview.flac -o interview.wav\n"
+		"  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
+		"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
+		"  sonaro render music.flac -o jingle.wav --duration 12 --fade-in 0.05 --fade-out 3\n"
+		"  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
+		"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
+		"  sonaro render music.flac -o music.wav --as-playback\n"
+		"  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
+		"  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5\n"
+		"  sonaro render edit.otio -o mix.wav --normalize -16 --limit-dbtp -1 --report mix.json\n"
+		"  sonaro render edit.otio -o stems --stems track --range 01:00:10:00+20");
 }
 
 void RenderCommand::AddFileOptions()
@@ -120,7 +94,7 @@ void RenderCommand::AddFileOptions()
 	GetParser()
 		.add_option("INPUT", mInputs,
 			"Sound files, each one where the one before ends: WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 "
-			"...")
+			"...; or a timeline: .otio, .otioz, .otiod")
 		->option_text("(required) ...")
 		->required();
 	GetParser()
@@ -130,8 +104,8 @@ void RenderCommand::AddFileOptions()
 		->option_text("TIME ...")
 		->allow_extra_args(false);
 	GetParser()
-		.add_option(
-			"-o,--output", mOutput, "The file to write, complete or not at all; an older one is replaced")
+		.add_option("-o,--output", mOptions.mOutput,
+			"The file to write, complete or not at all; an older one is replaced")
 		->option_text("OUTPUT (required)")
 		->required();
 }
@@ -139,19 +113,20 @@ void RenderCommand::AddFileOptions()
 void RenderCommand::AddFormatOptions()
 {
 	GetParser()
-		.add_option("--format", mFormat, "wav, aiff, flac or caf, instead of what OUTPUT ends in")
+		.add_option("--format", mOptions.mFormat, "wav, aiff, flac or caf, instead of what OUTPUT ends in")
 		->option_text("NAME")
 		->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
 	GetParser()
-		.add_option("--bits", mBits, "16, 24 or 32f, which is 32-bit float (default: 32f, for FLAC 24)")
+		.add_option(
+			"--bits", mOptions.mBits, "16, 24 or 32f, which is 32-bit float (default: 32f, for FLAC 24)")
 		->option_text("BITS")
 		->check(CLI::IsMember({"16", "24", "32f"}));
 	GetParser()
-		.add_option("--dither", mDither,
+		.add_option("--dither", mOptions.mDither,
 			"tpdf or none (default: tpdf where 16 bits round the input's samples, else none)")
 		->option_text("KIND")
 		->check(CLI::IsMember({"tpdf", "none"}));
-	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Refuse to replace an older file");
+	GetParser().add_flag("--no-overwrite", mOptions.mKeepsOldFile, "Refuse to replace an older file");
 }
 
 void RenderCommand::AddRangeOptions()
@@ -165,8 +140,8 @@ void RenderCommand::AddRangeOptions()
 		->option_text("DB");
 	GetParser().add_flag("--reverse", mIsReverse, "The whole from the end to the start");
 	GetParser()
-		.add_option("--block", mBlockFrames,
-			"Samples rendered at a time, 1 to 262144 (default: 4096); any gives the same result")
+		.add_option("--block", mOptions.mBlockFrames,
+			"Samples rendered at a time, 1 to 262144 (default: 4096, for timelines 2048)")
 		->option_text("SAMPLES")
 		->check(CLI::Range(1u, kMaxBlockFrames));
 	GetParser().add_flag("--as-playback", mIsPlayback,
@@ -181,7 +156,7 @@ void RenderCommand::AddTrackOptions()
 			"long")
 		->option_text("S");
 	GetParser()
-		.add_option("--rate", mSampleRate,
+		.add_option("--rate", mOptions.mSampleRate,
 			"Samples a second of the output, resampled (default: those of the first input)")
 		->option_text("HZ");
 	GetParser()
@@ -201,7 +176,7 @@ void RenderCommand::AddChannelOptions()
 			"--channels", mChannels, "Channels of the only input from 1 on, in their new order, like 2,1")
 		->option_text("LIST");
 	GetParser()
-		.add_option("--layout", mLayout,
+		.add_option("--layout", mOptions.mLayout,
 			"What the channels become: mono, stereo, 5.1, or so many channels without places, by position "
 			"(default: the widest layout of the inputs)")
 		->option_text("NAME");
@@ -218,12 +193,18 @@ void RenderCommand::AddChannelOptions()
 
 void RenderCommand::AddReportOptions()
 {
-	GetParser().add_flag("--quiet", mIsQuiet, "Tell nothing but warnings and errors");
-	GetParser().add_flag("--json", mAsJson, "Print the summary as JSON on the standard output");
+	GetParser().add_flag("--quiet", mOptions.mIsQuiet, "Tell nothing but warnings and errors");
+	GetParser().add_flag("--json", mOptions.mAsJson, "Print the summary as JSON on the standard output");
 }
 
 int RenderCommand::Run()
 {
+	if (mTimeline.IsMeant(mInputs))
+	{
+		CheckOptionsFitTimelines();
+		return mTimeline.Run(mInputs.front());
+	}
+	mTimeline.CheckUnused();
 	ClipRenderJob job(MakeRequest());
 	for (PlannedClip const& clip : job.GetPlan().GetClips())
 	{
@@ -237,20 +218,29 @@ int RenderCommand::Run()
 	return kExitSuccess;
 }
 
+void RenderCommand::CheckOptionsFitTimelines()
+{
+	for (char const* const name : {"--at", "--start", "--duration", "--gain-db", "--reverse", "--as-playback",
+			 "--speed", "--fade-in", "--fade-out", "--channels", "--pan", "--mixdown"})
+	{
+		if (GetParser().get_option(name)->count() > 0)
+		{
+			Refuse(std::string(name) + " is for sound files; a timeline says itself what becomes of them" +
+				   (std::string_view(name) == "--start" || std::string_view(name) == "--duration"
+						   ? " (--range renders a part of it)"
+						   : ""));
+		}
+	}
+}
+
 ClipRenderRequest RenderCommand::MakeRequest() const
 {
 	ClipRenderRequest request;
 	request.mInputs = MakeInputs();
-	request.mOutput = mOutput;
-	request.mContainer = ChooseContainer(mFormat, mOutput);
-	if (!mBits.empty())
-	{
-		request.mSamples = GetSamples(mBits);
-	}
-	if (!mDither.empty())
-	{
-		request.mDither = mDither == "tpdf" ? Dither::eTriangular : Dither::eNone;
-	}
+	request.mOutput = mOptions.mOutput;
+	request.mContainer = mOptions.ChooseContainer();
+	request.mSamples = mOptions.GetSamples();
+	request.mDither = mOptions.GetDither();
 	request.mLayout = MakeLayoutRequest();
 	// Written so that what is not a number fails it.
 	if (!(std::abs(mGainDecibels) <= kLargestGainDecibels))
@@ -263,7 +253,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	}
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
 	request.mSpeed = mSpeed;
-	request.mSampleRate = mSampleRate;
+	request.mSampleRate = mOptions.mSampleRate;
 	if (!mFadeIn.empty())
 	{
 		request.mFadeIn = ParseTime("--fade-in", mFadeIn);
@@ -272,10 +262,10 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	{
 		request.mFadeOut = ParseTime("--fade-out", mFadeOut);
 	}
-	request.mBlockFrames = mBlockFrames;
+	request.mBlockFrames = mOptions.mBlockFrames.value_or(request.mBlockFrames);
 	request.mAsPlayback = mIsPlayback;
-	request.mMeasureLoudness = mAsJson || !mIsQuiet;
-	request.mReplace = !mKeepsOldFile;
+	request.mMeasureLoudness = mOptions.mAsJson || !mOptions.mIsQuiet;
+	request.mReplace = !mOptions.mKeepsOldFile;
 	return request;
 }
 
@@ -336,10 +326,7 @@ ClipInput RenderCommand::MakeOnlyInput() const
 LayoutRequest RenderCommand::MakeLayoutRequest() const
 {
 	LayoutRequest request;
-	if (!mLayout.empty())
-	{
-		request.mLayout = ParseLayoutOption(mLayout);
-	}
+	request.mLayout = mOptions.ParseLayout();
 	request.mPan = mPan;
 	if (!mMixdown.empty())
 	{
@@ -350,28 +337,28 @@ LayoutRequest RenderCommand::MakeLayoutRequest() const
 
 RenderSummary RenderCommand::Render(ClipRenderJob& ioJob) const
 {
-	return RunJob(ioJob, ioJob.GetSampleRate(), mIsQuiet);
+	return RunJob(ioJob, ioJob.GetSampleRate(), mOptions.mIsQuiet);
 }
 
 void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
 {
 	if (inSummary.mClippedSamples > 0)
 	{
-		PrintWarning(std::to_string(inSummary.mClippedSamples) + " samples of " + QuotePath(mOutput) +
-					 " were clipped at full scale (peak " + FormatPeak(inSummary.mPeak) +
-					 "); lower --gain-db, or write floats with --bits 32f");
+		PrintWarning(std::to_string(inSummary.mClippedSamples) + " samples of " +
+					 QuotePath(mOptions.mOutput) + " were clipped at full scale (peak " +
+					 FormatPeak(inSummary.mPeak) + "); lower --gain-db, or write floats with --bits 32f");
 	}
 	if (inSummary.mPlayback)
 	{
 		WarnOfMisses(*inSummary.mPlayback);
 	}
-	if (mAsJson)
+	if (mOptions.mAsJson)
 	{
-		PrintResult(DescribeForMachines(mInputs, mOutput, inJob, inSummary));
+		PrintResult(DescribeForMachines(mInputs, mOptions.mOutput, inJob, inSummary));
 	}
-	else if (!mIsQuiet)
+	else if (!mOptions.mIsQuiet)
 	{
-		PrintResult(DescribeForPeople(mInputs, mOutput, inJob, inSummary));
+		PrintResult(DescribeForPeople(mInputs, mOptions.mOutput, inJob, inSummary));
 	}
 }
 
@@ -382,7 +369,8 @@ void RenderCommand::WarnOfMisses(PlaybackSummary const& inPlayback) const
 		if (std::uint64_t const missed = inPlayback.mMissedFramesOfInputs[i]; missed > 0)
 		{
 			PrintWarning(std::to_string(missed) + " samples of " + QuotePath(mInputs[i]) +
-						 " were not there when they were due and are silent in " + QuotePath(mOutput));
+						 " were not there when they were due and are silent in " +
+						 QuotePath(mOptions.mOutput));
 		}
 	}
 }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Command.h"
+#include "RenderOptions.h"
 #include "SonaroHost/ClipRenderJob.h"
+#include "TimelineRender.h"
 
 #include <optional>
 #include <string>
@@ -10,7 +12,7 @@
 namespace SonaroCommand
 {
 
-// "sonaro render INPUT ... -o OUTPUT": renders sound files as the clips of a track.
+// "sonaro render INPUT ... -o OUTPUT": renders sound files as the clips of a track, or a timeline.
 class RenderCommand final : public Command
 {
 public:
@@ -26,6 +28,8 @@ private:
 	void AddChannelOptions();
 	void AddReportOptions();
 
+	// Throws a HostError for an option that a timeline has no use for.
+	void CheckOptionsFitTimelines();
 	// The options as the library takes them; throws a HostError for one that makes no sense.
 	SonaroHost::ClipRenderRequest MakeRequest() const;
 	std::vector<SonaroHost::ClipInput> MakeInputs() const;
@@ -37,28 +41,20 @@ private:
 	void WarnOfMisses(SonaroHost::PlaybackSummary const& inPlayback) const;
 
 	std::vector<std::string> mInputs;
-	std::string mOutput;
-	std::string mFormat;
-	std::string mBits;
-	std::string mDither;
+	RenderOptions mOptions;
+	TimelineRender mTimeline;
 	std::vector<std::string> mPositions;
 	std::string mStart;
 	std::string mDuration;
 	std::string mChannels;
-	std::string mLayout;
 	std::optional<double> mPan;
 	std::string mMixdown;
 	double mGainDecibels = 0.0;
 	bool mIsReverse = false;
 	double mSpeed = 1.0;
-	std::optional<int> mSampleRate;
 	std::string mFadeIn;
 	std::string mFadeOut;
-	unsigned mBlockFrames;
 	bool mIsPlayback = false;
-	bool mKeepsOldFile = false;
-	bool mIsQuiet = false;
-	bool mAsJson = false;
 };
 
 } // namespace SonaroCommand

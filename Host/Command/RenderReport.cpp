@@ -1,10 +1,10 @@
 #include "RenderReport.h"
 
 #include "Json.h"
+#include "Levels.h"
 #include "SonaroHost/ChannelLayouts.h"
 
 #include <array>
-#include <cmath>
 #include <cstdio>
 
 namespace SonaroCommand
@@ -14,16 +14,6 @@ using namespace SonaroHost;
 
 namespace
 {
-
-// "-3.02", "-inf" for silence.
-std::string FormatDecibels(double inDecibels, int inDigits)
-{
-	// What rounds to zero from below is shown without a sign.
-	double const shown = std::fabs(inDecibels) < 0.5 * std::pow(10.0, -inDigits) ? 0.0 : inDecibels;
-	std::array<char, 32> text{};
-	std::snprintf(text.data(), text.size(), "%.*f", inDigits, shown);
-	return text.data();
-}
 
 std::string DescribeLoudness(LoudnessReading const& inLoudness)
 {
@@ -61,12 +51,6 @@ std::string DescribeInputs(std::vector<std::string> const& inInputs, ProgrammePl
 				FormatTime(inPlan.GetClips()[i].mPosition, inPlan.GetSampleRate()) + "\n";
 	}
 	return text;
-}
-
-// The number, or the word for silence, which has none in JSON.
-Json GetNumberOrSilence(double inDecibels)
-{
-	return std::isfinite(inDecibels) ? Json(inDecibels) : Json("-inf");
 }
 
 Json ListInputs(std::vector<std::string> const& inInputs, ProgrammePlan const& inPlan)

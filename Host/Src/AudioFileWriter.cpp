@@ -105,6 +105,28 @@ SF_VIRTUAL_IO GetCallbacks()
 	return callbacks;
 }
 
+// As EBU Tech 3285 lays it out, version 1, everything empty but the time reference. libsndfile's own way to make
+// it would add its name and version.
+void AddBroadcastExtension(SNDFILE* ioFile, std::int64_t inTimeReference)
+{
+	constexpr std::size_t kReferenceOffset = 338;
+	constexpr std::size_t kReferenceBytes = 8;
+	constexpr std::size_t kVersionOffset = kReferenceOffset + kReferenceBytes;
+	std::array<unsigned char, 602> bytes{};
+	for (std::size_t i = 0; i < kReferenceBytes; ++i)
+	{
+		bytes[kReferenceOffset + i] =
+			static_cast<unsigned char>(static_cast<std::uint64_t>(inTimeReference) >> (8 * i));
+	}
+	bytes[kVersionOffset] = 1;
+	SF_CHUNK_INFO chunk{};
+	std::copy_n("bext", 4, chunk.id);
+	chunk.id_size = 4;
+	chunk.datalen = static_cast<unsigned>(bytes.size());
+	chunk.data = bytes.data();
+	sf_set_chunk(ioFile, &chunk);
+}
+
 } // namespace
 
 // libsndfile's handle.
@@ -119,7 +141,8 @@ struct AudioFileWriter::Encoder
 };
 
 AudioFileWriter::AudioFileWriter(std::filesystem::path const& inPath, OutputFormat const& inFormat,
-	int inSampleRate, zorvmediatypes::AudioChannelLayout const& inLayout, std::int64_t inFrames)
+	int inSampleRate, zorvmediatypes::AudioChannelLayout const& inLayout, std::int64_t inFrames,
+	std::optional<std::int64_t> inTimeReference)
 	: mFile(inPath),
 	  mChannels(static_cast<unsigned>(inLayout.size())),
 	  mEncoder(std::make_unique<Encoder>())
@@ -140,6 +163,11 @@ AudioFileWriter::AudioFileWriter(std::filesystem::path const& inPath, OutputForm
 		std::array<int, 6> map{SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER,
 			SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT};
 		sf_command(file, SFC_SET_CHANNEL_MAP_INFO, map.data(), sizeof map);
+	}
+
+	if (inTimeReference && inFormat.mContainer == OutputContainer::eWav)
+	{
+		AddBroadcastExtension(file, *inTimeReference);
 	}
 
 	std::size_t const pieceSamples = std::size_t{kPieceFrames} * mChannels;
@@ -202,8 +230,12 @@ void AudioFileWriter::WritePiece(dsp::AudioBuffer const& inBuffer, unsigned inFi
 	mFrames += inFrames;
 }
 
-void AudioFileWriter::Finish()
+void AudioFileWriter::Complete()
 {
+	if (!mEncoder->mHandle)
+	{
+		return;
+	}
 	// Closing writes the header and what the encoder still holds.
 	int const result = sf_close(mEncoder->mHandle.release());
 	mFile.CheckWritten();
@@ -212,6 +244,12 @@ void AudioFileWriter::Finish()
 		throw HostError(HostError::Kind::eOutput,
 			"cannot finish " + QuotePath(mFile.GetPath()) + ": " + sf_error_number(result));
 	}
+	mFile.Close();
+}
+
+void AudioFileWriter::Finish()
+{
+	Complete();
 	mFile.Commit();
 }
 

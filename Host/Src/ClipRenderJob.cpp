@@ -2,13 +2,13 @@
 
 #include "ClipTrack.h"
 #include "SonaroHost/AudioFileWriter.h"
+#include "SonaroHost/BlockPeak.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <string>
 #include <utility>
 
@@ -21,26 +21,6 @@ namespace
 [[noreturn]] void Refuse(std::string const& inMessage)
 {
 	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
-// The larger of inPeak and the largest magnitude in the block; what is not a number is passed over.
-float FindPeak(dsp::AudioBuffer const& inBlock, float inPeak)
-{
-	float peak = inPeak;
-	for (unsigned channel = 0; channel < inBlock.GetNumChannels(); ++channel)
-	{
-		if (inBlock.IsChannelSilent(channel))
-		{
-			continue;
-		}
-		float const* const samples = inBlock.GetChannel(channel);
-		for (unsigned i = 0; i < inBlock.GetUseSize(); ++i)
-		{
-			float const magnitude = std::fabs(samples[i]);
-			peak = magnitude > peak ? magnitude : peak;
-		}
-	}
-	return peak;
 }
 
 // A fader that is closed gives silence for a whole block of it, and the samples' signs with it for a part: so

@@ -1,4 +1,4 @@
-#include "JobChecks.h"
+#include "SonaroHost/JobChecks.h"
 
 #include "SonaroHost/HostError.h"
 

@@ -33,16 +33,23 @@ bool RenderOffline(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, Offline
 	BlockSink const& inSink, std::stop_token const& inStop)
 {
 	bool const isReverse = inRange.mDirection == RenderDirection::eReverse;
+	std::int64_t const total = inRange.mWarmUpFrames + inRange.mFrames;
 	// In either direction the time of a block is its lowest.
 	auto const getTime = [&](std::int64_t inDone, std::int64_t inCount)
-	{ return SN::TickTime(isReverse ? inRange.mFrames - inDone - inCount : inDone, inRange.mFrameRate); };
+	{
+		std::int64_t const frame = isReverse ? total - inDone - inCount : inDone - inRange.mWarmUpFrames;
+		return SN::TickTime(inRange.mFirstFrame + frame, inRange.mFrameRate);
+	};
 	auto const getCount = [&](std::int64_t inDone)
-	{ return std::min<std::int64_t>(inRange.mBlockFrames, inRange.mFrames - inDone); };
+	{
+		std::int64_t const end = inDone < inRange.mWarmUpFrames ? inRange.mWarmUpFrames : total;
+		return std::min<std::int64_t>(inRange.mBlockFrames, end - inDone);
+	};
 
 	dsp::AudioBuffer block(inRange.mChannels, inRange.mBlockFrames);
 	RunningFilters const filters(inGraph);
 	inGraph->Preroll(getTime(0, getCount(0)), isReverse);
-	for (std::int64_t done = 0; done < inRange.mFrames;)
+	for (std::int64_t done = 0; done < total;)
 	{
 		if (inStop.stop_requested())
 		{

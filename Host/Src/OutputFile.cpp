@@ -127,14 +127,23 @@ void OutputFile::CheckWritten()
 	}
 }
 
-void OutputFile::Commit()
+void OutputFile::Close()
 {
+	if (!mFile)
+	{
+		return;
+	}
 	errno = 0;
 	NoteFailure(std::fflush(mFile.get()) != 0);
 	CheckWritten();
 	errno = 0;
 	NoteFailure(std::fclose(mFile.release()) != 0);
 	CheckWritten();
+}
+
+void OutputFile::Commit()
+{
+	Close();
 	std::error_code error;
 	std::filesystem::rename(mTemporaryPath, mPath, error);
 	if (error)

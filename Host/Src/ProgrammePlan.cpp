@@ -1,8 +1,8 @@
 #include "SonaroHost/ProgrammePlan.h"
 
-#include "JobChecks.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/JobChecks.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include "SonaroHost/WaveformJob.h"
 
-#include "JobChecks.h"
 #include "Sonaro/AudioWaveformQueue.h"
 #include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/JobChecks.h"
 #include "SonaroHost/OutputFile.h"
 #include "SonaroHost/PeakWaveformGenerator.h"
 #include "SonaroHost/RenderContextScope.h"

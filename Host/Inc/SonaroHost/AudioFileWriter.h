@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace dsp
@@ -28,9 +29,11 @@ class AudioFileWriter
 {
 public:
 	// inFrames: how many will be written. Throws a HostError when the format cannot hold that, or the
-	// file cannot be made.
+	// file cannot be made. inTimeReference: the first sample's place in samples since midnight, which a WAV
+	// carries in its broadcast extension; other containers have no room for it.
 	AudioFileWriter(std::filesystem::path const& inPath, OutputFormat const& inFormat, int inSampleRate,
-		zorvmediatypes::AudioChannelLayout const& inLayout, std::int64_t inFrames);
+		zorvmediatypes::AudioChannelLayout const& inLayout, std::int64_t inFrames,
+		std::optional<std::int64_t> inTimeReference = std::nullopt);
 	// Without Finish, nothing is left of the file.
 	~AudioFileWriter();
 
@@ -38,6 +41,8 @@ public:
 	// the disk is full.
 	void Write(dsp::AudioBuffer const& inBuffer);
 
+	// Completes the file under its temporary name; Finish gives it its own.
+	void Complete();
 	// Completes the file and gives it its name.
 	void Finish();
 

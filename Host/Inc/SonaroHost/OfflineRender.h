@@ -21,7 +21,7 @@ enum class RenderDirection
 	eReverse,
 };
 
-// What of a graph is rendered, and how: the frames from time 0 on.
+// What of a graph is rendered, and how.
 struct OfflineRange
 {
 	std::int64_t mFrames = 0;
@@ -30,6 +30,10 @@ struct OfflineRange
 	// At most the context's largest block.
 	unsigned mBlockFrames = 0;
 	RenderDirection mDirection = RenderDirection::eForward;
+	std::int64_t mFirstFrame = 0;
+	// So many frames before the first, or, in reverse, behind the last one, are pulled ahead of them. The sink gets
+	// them, too, in blocks of their own.
+	std::int64_t mWarmUpFrames = 0;
 };
 
 // Gets each block as it comes, its UseSize frames being the next ones of the output, with the block's time

@@ -33,6 +33,8 @@ public:
 	// Throws a HostError with the system's reason when an operation has failed.
 	void CheckWritten();
 
+	// Closes the file, complete under its temporary name; nothing more can be written. Throws a HostError.
+	void Close();
 	// Closes the file and gives it its name, in place of an older one. Throws a HostError.
 	void Commit();
 

@@ -1,6 +1,7 @@
 #include "ChainBuilder.h"
 
 #include "EffectStage.h"
+#include "MeterTap.h"
 #include "Priming.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/RenderContextScope.h"
@@ -86,6 +87,13 @@ void ChainBuilder::Add(Meter const& inMeter)
 	if (!inMeter.mSetter)
 	{
 		Refuse(mSite.mPlace, "a meter shows nothing to anybody");
+	}
+	if (mTools.GetContext()->IsNotTopLevelPlayback())
+	{
+		// The engine's own would hear nothing.
+		Add(Effect{"meter", [&inMeter](auto const&, auto const&, auto const&)
+			{ return zorvcore::classref::MakeObject<MeterTap>(inMeter.mSetter); }});
+		return;
 	}
 	Processor meter;
 	CheckEngineResult(mTools.GetFactory().CreateAudioMeterRenderer(

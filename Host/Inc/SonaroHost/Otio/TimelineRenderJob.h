@@ -24,6 +24,8 @@ struct RenderedFile
 	std::filesystem::path mPath;
 	// Of the track or marker; empty for the mix.
 	std::string mName;
+	// Of a stem, the child of the timeline's stack that is heard alone.
+	std::optional<std::size_t> mOnlyChild;
 	// In the programme.
 	ProgrammeRange mRange;
 	// What a WAV carries as its place in time, in samples since midnight.
@@ -84,18 +86,10 @@ public:
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
-	class Passes;
-
 	void ChooseFormat();
 	void CheckNumbers() const;
 	void PlanFiles();
 	void CheckFiles() const;
-
-	struct PlannedFile
-	{
-		RenderedFile mFile;
-		std::optional<std::size_t> mOnlyChild;
-	};
 
 	TimelineRenderRequest mRequest;
 	TimelineInput mInput;
@@ -103,7 +97,8 @@ private:
 	std::vector<Note> mNotes;
 	ProgrammeRange mRange;
 	OutputFormat mFormat;
-	std::vector<PlannedFile> mFiles;
+	// As planned.
+	std::vector<RenderedFile> mFiles;
 };
 
 } // namespace SonaroHost::Otio

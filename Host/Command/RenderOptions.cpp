@@ -1,0 +1,68 @@
+#include "RenderOptions.h"
+
+#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/HostError.h"
+
+namespace SonaroCommand
+{
+
+using namespace SonaroHost;
+
+namespace
+{
+
+[[noreturn]] void Refuse(std::string const& inMessage)
+{
+	throw HostError(HostError::Kind::eRequest, inMessage);
+}
+
+} // namespace
+
+OutputContainer RenderOptions::ChooseContainer() const
+{
+	auto const container = mFormat.empty() ? FindContainerByEnding(mOutput) : FindContainer(mFormat);
+	if (!container)
+	{
+		Refuse("the ending of " + QuotePath(mOutput) +
+			   " names no output format; end it in .wav, .aiff, .flac or .caf, or give --format");
+	}
+	return *container;
+}
+
+std::optional<OutputSamples> RenderOptions::GetSamples() const
+{
+	if (mBits.empty())
+	{
+		return std::nullopt;
+	}
+	return mBits == "16"   ? OutputSamples::eInteger16
+		   : mBits == "24" ? OutputSamples::eInteger24
+						   : OutputSamples::eFloat32;
+}
+
+std::optional<Dither> RenderOptions::GetDither() const
+{
+	if (mDither.empty())
+	{
+		return std::nullopt;
+	}
+	return mDither == "tpdf" ? Dither::eTriangular : Dither::eNone;
+}
+
+std::optional<SN::AudioChannelLayout> RenderOptions::ParseLayout() const
+{
+	if (mLayout.empty())
+	{
+		return std::nullopt;
+	}
+	auto const layout = SonaroHost::ParseLayout(mLayout);
+	if (!layout)
+	{
+		Refuse("--layout: '" + mLayout +
+			   "' is no layout; give mono, stereo, 5.1 or a number of channels from 1 to " +
+			   std::to_string(kMaxChannels));
+	}
+	return layout;
+}
+
+} // namespace SonaroCommand

@@ -1,0 +1,31 @@
+#include "TimelineOptions.h"
+
+namespace SonaroCommand
+{
+
+using SonaroHost::Sequence::FadeShape;
+
+void AddTimelineOptions(CLI::App& ioParser, std::vector<std::string>& outMediaFolders, std::string& outFades)
+{
+	ioParser
+		.add_option("--media", outMediaFolders,
+			"A folder in which to look for a timeline's media that are not in their place; may be given "
+			"again")
+		->option_text("DIR ...")
+		->allow_extra_args(false);
+	ioParser
+		.add_option("--fades", outFades,
+			"The shape of a timeline's transitions and fades that name none: linear, equal-power or s-curve "
+			"(default: equal-power)")
+		->option_text("NAME")
+		->check(CLI::IsMember({"linear", "equal-power", "s-curve"}));
+}
+
+FadeShape ParseFades(std::string const& inName)
+{
+	return inName == "linear"    ? FadeShape::eLinear
+		   : inName == "s-curve" ? FadeShape::eSCurve
+								 : FadeShape::eEqualPower;
+}
+
+} // namespace SonaroCommand

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "SonaroHost/Sequence/FadeShape.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+namespace SonaroCommand
+{
+
+// The options of every command that lays out a timeline: --media and --fades.
+void AddTimelineOptions(CLI::App& ioParser, std::vector<std::string>& outMediaFolders, std::string& outFades);
+
+// Of --fades.
+SonaroHost::Sequence::FadeShape ParseFades(std::string const& inName);
+
+} // namespace SonaroCommand

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "RenderOptions.h"
+#include "SonaroHost/Otio/TimelineRenderJob.h"
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SonaroCommand
+{
+
+// What "sonaro render" does with a timeline.
+class TimelineRender
+{
+public:
+	// inShared: the options of the command that mean the same for sound files.
+	TimelineRender(CLI::App& ioParser, RenderOptions const& inShared);
+
+	void AddOptions();
+
+	// Whether the inputs are one timeline. Throws a HostError when there are others beside it.
+	bool IsMeant(std::vector<std::string> const& inInputs) const;
+	// Throws a HostError for an option that sound files have no use for.
+	void CheckUnused() const;
+
+	// Gives the program's exit code.
+	int Run(std::string const& inInput);
+
+private:
+	SonaroHost::Otio::TimelineRenderRequest MakeRequest(std::string const& inInput) const;
+	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob) const;
+	// That it can be written, before the work begins.
+	void CheckReport() const;
+	void Report(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
+		SonaroHost::Otio::TimelineRenderSummary const& inSummary) const;
+	void WarnOfLevels(SonaroHost::Otio::TimelineRenderSummary const& inSummary) const;
+
+	CLI::App& mParser;
+	RenderOptions const& mShared;
+	std::string mRange;
+	std::string mStems;
+	std::optional<double> mNormalizeLoudness;
+	std::optional<double> mLimitDecibels;
+	std::vector<std::string> mMediaFolders;
+	std::string mFades;
+	bool mIsStrict = false;
+	std::string mReport;
+};
+
+} // namespace SonaroCommand

@@ -1,0 +1,229 @@
+#include "TimelineRenderReport.h"
+
+#include "Json.h"
+#include "Levels.h"
+#include "RenderReport.h"
+#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/TimePosition.h"
+#include "TimelineNotes.h"
+#include "TimelineRows.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <map>
+#include <utility>
+
+namespace SonaroCommand
+{
+
+using namespace SonaroHost;
+using namespace SonaroHost::Otio;
+
+namespace
+{
+
+// Of the keys of the report: one more for any change that a reader would stumble over.
+constexpr int kReportVersion = 1;
+
+std::string FormatLoudness(LoudnessReading const& inReading)
+{
+	std::array<char, 64> text{};
+	std::snprintf(text.data(), text.size(), "%8s LUFS %8s dBTP",
+		FormatDecibels(inReading.mIntegrated, 1).c_str(),
+		FormatDecibels(ToDecibels(inReading.mTruePeak), 2).c_str());
+	return text.data();
+}
+
+// One line for each track that was measured, nested ones indented, and one for the mix.
+std::string MakeLoudnessTable(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+{
+	std::string text;
+	for (std::size_t i = 0; i < inSummary.mTracks.size(); ++i)
+	{
+		TrackRow const& row = inJob.GetSequence().mTracks[i];
+		if (inSummary.mTracks[i])
+		{
+			text += FormatLoudness(*inSummary.mTracks[i]) + "  " + std::string(2 * row.mDepth, ' ') +
+					row.mTrack + "\n";
+		}
+	}
+	if (inSummary.mMix && !text.empty())
+	{
+		text += FormatLoudness(*inSummary.mMix) + "  the mix\n";
+	}
+	return text;
+}
+
+std::string DescribeFile(
+	TimelineRenderJob const& inJob, RenderedFile const& inFile, OutputFormat const& inFormat)
+{
+	bool const isDithered = inFormat.mDither == Dither::eTriangular;
+	std::string text = inFile.mPath.string() + ": " +
+					   FormatTime(inFile.mRange.mFrames, inJob.GetSampleRate()) + " (" +
+					   std::to_string(inFile.mRange.mFrames) + " samples), " +
+					   GetLayoutName(inJob.GetOutputLayout()) + ", " + std::to_string(inJob.GetSampleRate()) +
+					   " Hz, " + GetName(inFormat.mSamples) + " " + GetName(inFormat.mContainer) +
+					   (isDithered ? ", dithered" : "") + "\n  peak " + FormatPeak(inFile.mPeak);
+	if (inFile.mLoudness)
+	{
+		text += ", true peak " + FormatDecibels(ToDecibels(inFile.mLoudness->mTruePeak), 2) +
+				" dBTP, loudness " + FormatDecibels(inFile.mLoudness->mIntegrated, 1) + " LUFS";
+	}
+	if (inFile.mSmallestLimiterGain < 1.0)
+	{
+		text += ", limited by up to " + FormatDecibels(-ToDecibels(inFile.mSmallestLimiterGain), 1) + " dB";
+	}
+	return text + "\n";
+}
+
+double GetRealTimeFactor(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+{
+	double const seconds = static_cast<double>(inJob.GetRange().mFrames) / inJob.GetSampleRate();
+	return inSummary.mElapsedSeconds > 0.0 ? seconds / inSummary.mElapsedSeconds : 0.0;
+}
+
+Json ListFiles(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+{
+	Json list = Json::array();
+	for (RenderedFile const& file : inSummary.mFiles)
+	{
+		Json json;
+		json["path"] = file.mPath.string();
+		if (!file.mName.empty())
+		{
+			json["name"] = file.mName;
+		}
+		json["format"] = GetName(inSummary.mFormat.mContainer);
+		json["encoding"] = GetName(inSummary.mFormat.mSamples);
+		json["dither"] = inSummary.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
+		json["layout"] = GetLayoutName(inJob.GetOutputLayout());
+		json["rate"] = inJob.GetSampleRate();
+		json["firstSample"] = file.mRange.mFirstFrame;
+		json["samples"] = file.mRange.mFrames;
+		if (file.mTimeReference && inSummary.mFormat.mContainer == OutputContainer::eWav)
+		{
+			json["timeReference"] = *file.mTimeReference;
+		}
+		json["peak"] = file.mPeak;
+		if (file.mLoudness)
+		{
+			AddLoudness(json, *file.mLoudness);
+		}
+		json["clippedSamples"] = file.mClippedSamples;
+		json["limiterReductionDb"] = 0.0 - ToDecibels(file.mSmallestLimiterGain);
+		list.push_back(std::move(json));
+	}
+	return list;
+}
+
+Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob,
+	TimelineRenderSummary const& inSummary, std::optional<double> const& inNormalize)
+{
+	Json json;
+	json["schema"] = "sonaro.timeline-render";
+	json["version"] = kReportVersion;
+	json["input"] = inInput;
+	json["programme"] = DescribeProgramme(inJob.GetSequence());
+	json["range"] = {{"firstSample", inJob.GetRange().mFirstFrame}, {"samples", inJob.GetRange().mFrames}};
+	json["outputs"] = ListFiles(inJob, inSummary);
+	if (inSummary.mMix)
+	{
+		AddLoudness(json["mix"], *inSummary.mMix);
+	}
+	if (inNormalize)
+	{
+		json["normalizing"] = {{"targetLufs", *inNormalize},
+			{"gainDb", ToDecibels(inSummary.mNormalizingGain)}, {"errorLu", inSummary.mLoudnessError}};
+	}
+	json["missing"] = ListMissing(inJob.GetSequence().mMissing);
+	json["notes"] = ListNotes(inJob.GetNotes());
+	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
+	json["realTimeFactor"] = GetRealTimeFactor(inJob, inSummary);
+	return json;
+}
+
+// What the graph tells of a track is found by its place; tracks of one name come in the same order.
+Json ListTracks(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+{
+	std::multimap<std::string, Sequence::TrackReport const*> reports;
+	for (Sequence::TrackReport const& report : inSummary.mGraph.mTracks)
+	{
+		reports.emplace(report.mPlace, &report);
+	}
+	Json list = Json::array();
+	for (std::size_t i = 0; i < inJob.GetSequence().mTracks.size(); ++i)
+	{
+		TrackRow const& row = inJob.GetSequence().mTracks[i];
+		Json json = DescribeTrack(row);
+		if (auto const found = row.mIsHeard ? reports.find(row.mTrack) : reports.end();
+			found != reports.end())
+		{
+			json["aheadSamples"] = found->second->mAheadFrames;
+			json["latencySamples"] = found->second->mLatencyFrames;
+			json["waitSamples"] = found->second->mWaitFrames;
+			reports.erase(found);
+		}
+		if (i < inSummary.mTracks.size() && inSummary.mTracks[i])
+		{
+			AddLoudness(json, *inSummary.mTracks[i]);
+		}
+		list.push_back(std::move(json));
+	}
+	return list;
+}
+
+// Of the effects of items; the same name on the same track has the same ones.
+void AddLatencies(Json& ioClips, Sequence::GraphReport const& inReport)
+{
+	std::map<std::pair<std::string, std::string>, std::int64_t> latencies;
+	for (Sequence::ItemReport const& item : inReport.mItems)
+	{
+		latencies[{inReport.mTracks[item.mTrack].mPlace, item.mName}] = item.mLatencyFrames;
+	}
+	for (Json& clip : ioClips)
+	{
+		auto const found =
+			latencies.find({clip["track"].get<std::string>(), clip["name"].get<std::string>()});
+		clip["latencySamples"] = found == latencies.end() ? 0 : found->second;
+	}
+}
+
+} // namespace
+
+std::string SummarizeForPeople(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+{
+	std::string text;
+	for (RenderedFile const& file : inSummary.mFiles)
+	{
+		text += DescribeFile(inJob, file, inSummary.mFormat);
+	}
+	text += MakeLoudnessTable(inJob, inSummary);
+	if (inSummary.mNormalizingGain != 1.0)
+	{
+		text += "normalized by " + FormatDecibels(ToDecibels(inSummary.mNormalizingGain), 2) + " dB\n";
+	}
+	std::array<char, 64> speed{};
+	std::snprintf(speed.data(), speed.size(), "%.0f times faster than real time\n",
+		GetRealTimeFactor(inJob, inSummary));
+	return text + speed.data();
+}
+
+std::string SummarizeForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
+	TimelineRenderSummary const& inSummary, std::optional<double> const& inNormalize)
+{
+	return ToText(Summarize(inInput, inJob, inSummary, inNormalize));
+}
+
+std::string ReportForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
+	TimelineRenderSummary const& inSummary, std::optional<double> const& inNormalize)
+{
+	Json json = Summarize(inInput, inJob, inSummary, inNormalize);
+	json["tracks"] = ListTracks(inJob, inSummary);
+	json["clips"] = ListClips(inJob.GetSequence().mClips);
+	AddLatencies(json["clips"], inSummary.mGraph);
+	json["markers"] = ListMarkers(inJob.GetSequence());
+	return ToText(json);
+}
+
+} // namespace SonaroCommand

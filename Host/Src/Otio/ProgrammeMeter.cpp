@@ -1,0 +1,51 @@
+#include "ProgrammeMeter.h"
+
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+ProgrammeMeter::ProgrammeMeter(SN::AudioChannelLayout inLayout)
+	: mLayout(std::move(inLayout))
+{
+}
+
+void ProgrammeMeter::Init(SN::FrameRate const& inFrameRate, unsigned)
+{
+	double const rate = inFrameRate.GetSamplesPerSecond();
+	if (LoudnessMeter::CanMeasure(mLayout, rate))
+	{
+		mMeter.emplace(mLayout, rate, LoudnessMeter::Memory::eGrowing);
+	}
+}
+
+void ProgrammeMeter::SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime const&)
+{
+	if (mMeter)
+	{
+		mMeter->Add(inBuffer);
+	}
+}
+
+void ProgrammeMeter::Shutdown()
+{
+	mMeter.reset();
+}
+
+void ProgrammeMeter::Reset()
+{
+}
+
+std::optional<LoudnessReading> ProgrammeMeter::GetReading() const
+{
+	return mMeter ? std::optional(mMeter->GetReading()) : std::nullopt;
+}
+
+void* ProgrammeMeter::QueryMap(SN::Guid const& inIdentifier)
+{
+	void* const found =
+		zorvcore::classref::QueryInterfaces<SN::IAudioMeterSetter, ProgrammeMeter>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,102 @@
+#include "TimelineOutput.h"
+
+#include "SonaroHost/BlockPeak.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+TimelineOutput::TimelineOutput(Setup const& inSetup, RenderedFile inFile)
+	: mSetup(inSetup),
+	  mFile(std::move(inFile))
+{
+	auto const channels = static_cast<unsigned>(mSetup.mLayout.size());
+	if (mSetup.mWrites)
+	{
+		mWriter.emplace(mFile.mPath, mSetup.mFormat, mSetup.mSampleRate, mSetup.mLayout, mFile.mRange.mFrames,
+			mFile.mTimeReference);
+	}
+	if (mSetup.mMeasures && LoudnessMeter::CanMeasure(mSetup.mLayout, mSetup.mSampleRate))
+	{
+		mMeter.emplace(mSetup.mLayout, mSetup.mSampleRate, LoudnessMeter::Memory::eGrowing);
+	}
+	if (mSetup.mLimit)
+	{
+		mLimiter.emplace(channels, mSetup.mSampleRate, *mSetup.mLimit);
+		mFramesToDrop = mLimiter->GetLatencyFrames();
+	}
+}
+
+void TimelineOutput::Add(dsp::AudioBuffer& ioBlock)
+{
+	if (mSetup.mGain != 1.0f)
+	{
+		ioBlock *= mSetup.mGain;
+	}
+	Take(ioBlock);
+}
+
+void TimelineOutput::Take(dsp::AudioBuffer& ioBlock)
+{
+	if (!mLimiter)
+	{
+		Finish(ioBlock);
+		return;
+	}
+	mLimiter->Process(ioBlock);
+	std::int64_t const dropped = std::min<std::int64_t>(mFramesToDrop, ioBlock.GetUseSize());
+	mFramesToDrop -= dropped;
+	if (dropped == ioBlock.GetUseSize())
+	{
+		return;
+	}
+	dsp::AudioSubBuffer rest;
+	rest.Init(ioBlock.GetNumChannels());
+	rest.Assign(ioBlock, static_cast<unsigned>(dropped));
+	Finish(rest);
+}
+
+void TimelineOutput::Finish(dsp::AudioBuffer& ioBlock)
+{
+	if (mWriter)
+	{
+		mWriter->Write(ioBlock);
+	}
+	mFile.mPeak = FindPeak(ioBlock, mFile.mPeak);
+	if (mMeter)
+	{
+		mMeter->Add(ioBlock);
+	}
+}
+
+void TimelineOutput::Complete()
+{
+	if (mLimiter)
+	{
+		// What the limiter still holds comes out behind as many zeros.
+		dsp::AudioBuffer silence(mSetup.mLayout.size(), static_cast<unsigned>(mLimiter->GetLatencyFrames()));
+		silence.Zero();
+		Take(silence);
+		mFile.mSmallestLimiterGain = mLimiter->GetSmallestGain();
+	}
+	if (mMeter)
+	{
+		mFile.mLoudness = mMeter->GetReading();
+	}
+	if (mWriter)
+	{
+		mWriter->Complete();
+		mFile.mClippedSamples = mWriter->GetClippedSamples();
+	}
+}
+
+void TimelineOutput::Commit()
+{
+	mWriter->Finish();
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,241 @@
+#include "SonaroHost/Otio/TimelineRenderJob.h"
+
+#include "RenderPasses.h"
+#include "StemName.h"
+
+#include "SonaroHost/ClipRenderRequest.h"
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/JobChecks.h"
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+[[noreturn]] void Refuse(std::string const& inMessage)
+{
+	throw HostError(HostError::Kind::eRequest, inMessage);
+}
+
+TimelineOptions MakeOptions(TimelineRenderRequest const& inRequest)
+{
+	TimelineOptions options;
+	options.mSampleRate = inRequest.mSampleRate;
+	options.mLayout = inRequest.mLayout;
+	options.mFadeShape = inRequest.mFadeShape;
+	return options;
+}
+
+std::string GetEnding(OutputContainer inContainer)
+{
+	switch (inContainer)
+	{
+	case OutputContainer::eWav:
+		return ".wav";
+	case OutputContainer::eAiff:
+		return ".aiff";
+	case OutputContainer::eFlac:
+		return ".flac";
+	case OutputContainer::eCaf:
+		break;
+	}
+	return ".caf";
+}
+
+// A folder that is there for the output, and gone again where there is none.
+class OutputFolder
+{
+public:
+	explicit OutputFolder(std::filesystem::path const& inPath)
+	{
+		std::error_code error;
+		if (std::filesystem::create_directory(inPath, error))
+		{
+			mMade = inPath;
+		}
+		if (!std::filesystem::is_directory(inPath))
+		{
+			throw HostError(
+				HostError::Kind::eOutput, "cannot make the folder " + QuotePath(inPath) + ": " +
+											  (error ? error.message() : std::string("a file has its name")));
+		}
+	}
+	~OutputFolder()
+	{
+		if (!mMade.empty())
+		{
+			std::error_code error;
+			// Only while it is empty.
+			std::filesystem::remove(mMade, error);
+		}
+	}
+	OutputFolder(OutputFolder const&) = delete;
+	OutputFolder& operator=(OutputFolder const&) = delete;
+
+private:
+	std::filesystem::path mMade;
+};
+
+} // namespace
+
+TimelineRenderJob::TimelineRenderJob(TimelineRenderRequest inRequest)
+	: mRequest(std::move(inRequest)),
+	  mInput(mRequest.mInput, mRequest.mMediaFolders)
+{
+	CheckNumbers();
+	ChooseFormat();
+	mSequence = mInput.MakeSequence(MakeOptions(mRequest));
+	mNotes = mInput.GetNotes();
+	mNotes.insert(mNotes.end(), mSequence.mNotes.begin(), mSequence.mNotes.end());
+	if (mSequence.mFrames == 0)
+	{
+		throw HostError(HostError::Kind::eInput, QuotePath(mRequest.mInput) + " has no length");
+	}
+	mRange = mRequest.mRange.empty() ? ProgrammeRange{0, mSequence.mFrames}
+									 : FindRange(mRequest.mRange, mInput.GetTimeline(), mSequence);
+	PlanFiles();
+	CheckFiles();
+}
+
+TimelineRenderJob::~TimelineRenderJob() = default;
+
+void TimelineRenderJob::CheckNumbers() const
+{
+	if (mRequest.mBlockFrames < 1 || mRequest.mBlockFrames > kMaxBlockFrames)
+	{
+		Refuse("a block has 1 to " + std::to_string(kMaxBlockFrames) + " samples, not " +
+			   std::to_string(mRequest.mBlockFrames));
+	}
+	// Written so that what is not a number fails them.
+	if (mRequest.mNormalizeLoudness &&
+		!(*mRequest.mNormalizeLoudness >= -70.0 && *mRequest.mNormalizeLoudness <= 0.0))
+	{
+		Refuse("a loudness to normalize to lies between -70 and 0 LUFS");
+	}
+	if (mRequest.mLimitDecibels && !(*mRequest.mLimitDecibels >= -60.0 && *mRequest.mLimitDecibels <= 20.0))
+	{
+		Refuse("a limit lies between -60 and 20 dBTP");
+	}
+}
+
+void TimelineRenderJob::ChooseFormat()
+{
+	mFormat.mContainer = mRequest.mContainer;
+	mFormat.mSamples = mRequest.mSamples.value_or(GetDefaultSamples(mRequest.mContainer));
+	if (mRequest.mDither == Dither::eTriangular && mFormat.mSamples == OutputSamples::eFloat32)
+	{
+		Refuse("dither is for 16 and 24 bits; floats are not rounded");
+	}
+	constexpr int kFloats = 0;
+	mFormat.mDither = mRequest.mDither.value_or(ChooseDither(mFormat.mSamples, kFloats, false));
+}
+
+void TimelineRenderJob::PlanFiles()
+{
+	struct Stem
+	{
+		std::string mName;
+		ProgrammeRange mRange;
+		std::optional<std::size_t> mOnlyChild;
+	};
+	std::vector<Stem> stems;
+	for (TrackRow const& row : mSequence.mTracks)
+	{
+		if (mRequest.mStems == Stems::eTracks && row.mDepth == 0 && row.mIsHeard)
+		{
+			stems.push_back({row.mName, mRange, row.mIndex});
+		}
+	}
+	for (MarkerRow const& marker : mSequence.mMarkers)
+	{
+		ProgrammeRange const own = FindRange(marker, mSequence);
+		std::int64_t const first = std::max(own.mFirstFrame, mRange.mFirstFrame);
+		std::int64_t const end = std::min(own.mFirstFrame + own.mFrames, mRange.mFirstFrame + mRange.mFrames);
+		if (mRequest.mStems == Stems::eMarkers && first < end)
+		{
+			stems.push_back({marker.mName, {first, end - first}, std::nullopt});
+		}
+	}
+	if (mRequest.mStems == Stems::eNone)
+	{
+		stems.push_back({"", mRange, std::nullopt});
+	}
+	if (stems.empty())
+	{
+		Refuse(mRequest.mStems == Stems::eTracks
+				   ? "no track of the timeline is heard, so there are no stems"
+				   : "no marker of the timeline has a length, so there are no stems");
+	}
+	for (Stem const& stem : stems)
+	{
+		RenderedFile& planned = mFiles.emplace_back();
+		planned.mOnlyChild = stem.mOnlyChild;
+		planned.mName = stem.mName;
+		planned.mRange = stem.mRange;
+		planned.mPath = mRequest.mStems == Stems::eNone
+							? mRequest.mOutput
+							: mRequest.mOutput / MakeStemName(mFiles.size() - 1, stems.size(), stem.mName,
+													 GetEnding(mFormat.mContainer));
+		std::int64_t const label =
+			ToSamples(mSequence.mGlobalStart.value_or(Ratio()), GetSampleRate()) + stem.mRange.mFirstFrame;
+		if (mSequence.mGlobalStart && label >= 0)
+		{
+			planned.mTimeReference = label;
+		}
+	}
+}
+
+void TimelineRenderJob::CheckFiles() const
+{
+	std::set<std::filesystem::path> inputs{mRequest.mInput};
+	for (ClipRow const& clip : mSequence.mClips)
+	{
+		if (!clip.mMedia.empty())
+		{
+			inputs.insert(clip.mMedia);
+		}
+	}
+	for (RenderedFile const& planned : mFiles)
+	{
+		std::error_code error;
+		if (!std::filesystem::exists(planned.mPath, error))
+		{
+			continue;
+		}
+		for (std::filesystem::path const& input : inputs)
+		{
+			CheckOutput(input, planned.mPath, mRequest.mReplace);
+		}
+	}
+}
+
+std::optional<TimelineRenderSummary> TimelineRenderJob::Run(
+	ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
+	auto const begin = std::chrono::steady_clock::now();
+	std::optional<OutputFolder> folder;
+	if (mRequest.mStems != Stems::eNone)
+	{
+		folder.emplace(mRequest.mOutput);
+	}
+	TimelineOptions options = MakeOptions(mRequest);
+	options.mSampleRate = mSequence.mSampleRate;
+	options.mLayout = GetOutputLayout();
+	RenderPasses passes(mRequest, mInput, std::move(options), mRange, mFormat, {inProgress, inStop});
+	auto summary = passes.Run(mFiles);
+	if (summary)
+	{
+		summary->mElapsedSeconds =
+			std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+	}
+	return summary;
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,34 @@
+#include "MeterTap.h"
+
+namespace SonaroHost::Sequence
+{
+
+MeterTap::MeterTap(SN::InterfaceRef<SN::IAudioMeterSetter> const& inMeter)
+	: mMeter(inMeter)
+{
+}
+
+SN::InterfaceRef<SN::IAudioProcessor> MeterTap::Clone(SN::FrameRate const&, unsigned, unsigned)
+{
+	return zorvcore::classref::MakeObject<MeterTap>(mMeter);
+}
+
+void MeterTap::ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime)
+{
+	mMeter->SetMeterData(inBuffer, inTime);
+}
+
+void MeterTap::Reset()
+{
+	mMeter->Reset();
+}
+
+void* MeterTap::QueryMap(SN::Guid const& inIdentifier)
+{
+	void* const found =
+		zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::IAudioRenderGraphNodeInfo>(
+			this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SonaroHost::Sequence

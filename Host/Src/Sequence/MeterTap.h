@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Sonaro/IAudioMeterSetter.h"
+#include "Sonaro/IAudioProcessor.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/Types.h"
+
+namespace SonaroHost::Sequence
+{
+
+// Hands audio to a meter and leaves it alone, like the engine's own stage, and unlike it in an export, too.
+class MeterTap final : public SN::IAudioProcessor, public SN::IAudioRenderGraphNodeInfo
+{
+public:
+	explicit MeterTap(SN::InterfaceRef<SN::IAudioMeterSetter> const& inMeter);
+
+	SN::InterfaceRef<SN::IAudioProcessor> Clone(SN::FrameRate const&, unsigned, unsigned) override;
+	bool HasHistory() override { return false; }
+	void ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime) override;
+	void Preroll(SN::TickTime const&, bool) override {}
+	void Reset() override;
+	void InitializeAudioFilter() override {}
+	void ShutdownAudioFilter() override {}
+	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+
+	std::u16string GetNodeName() override { return u"MeterTap"; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override;
+
+private:
+	SN::InterfaceRef<SN::IAudioMeterSetter> mMeter;
+};
+
+} // namespace SonaroHost::Sequence
