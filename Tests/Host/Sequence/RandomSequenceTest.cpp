@@ -235,7 +235,7 @@ void ExpectLoop(unsigned inSeed)
 		Rendering plain;
 		plain.mEnd = GetFrames(inSequence, random.mFrameRate) + 20000;
 		Rendering loop{
-			.mFirst = 100 + inSeed, .mBlocks = RandomBlocks(inSeed, kBlockFrames), .mIsPlayback = true};
+			.mFirst = inSeed % 1000, .mBlocks = RandomBlocks(inSeed, kBlockFrames), .mIsPlayback = true};
 		loop.mLoopFirst = loop.mFirst;
 		loop.mLoopEnd = plain.mEnd - 100;
 		std::int64_t const length = loop.mLoopEnd - loop.mLoopFirst;
