@@ -1,5 +1,6 @@
 #include "AudioRender/Routing/AudioTransitionRenderer.h"
 
+#include "AudioRender/Core/FillUp.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
 #include "AudioRender/Track/FirstBlock.h"
 #include "Sonaro/PrefetchRange.h"
@@ -8,30 +9,6 @@
 
 namespace SN
 {
-
-namespace
-{
-
-// Silence behind the end of a clip that has run short.
-void FillUp(dsp::AudioBuffer& ioBuffer, unsigned inFrames)
-{
-	unsigned const filled = ioBuffer.GetUseSize();
-	if (filled >= inFrames)
-	{
-		return;
-	}
-	ioBuffer.SetUseSize(inFrames);
-	for (unsigned long long channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
-	{
-		if (!ioBuffer.IsChannelSilent(channel))
-		{
-			std::fill(ioBuffer.GetChannel(channel) + filled,
-				ioBuffer.GetChannel(channel) + ioBuffer.GetUseSize(), 0.0f);
-		}
-	}
-}
-
-} // namespace
 
 int AudioTransitionRenderer::Create(
 	AudioTransitionSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)

@@ -1,5 +1,6 @@
 #include "AudioRender/Source/AudioClipRenderer.h"
 
+#include "AudioRender/Core/FillUp.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioBufferChannel.h"
@@ -208,8 +209,10 @@ void AudioClipRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& i
 		inBuffer.GetUseSize() <= GetMaxBlockSize())
 	{
 		// What the generator does not write is silent.
+		unsigned const frames = inBuffer.GetUseSize();
 		inBuffer.Zero();
 		mGenerators.begin()->first->GetAudioData(time, inBuffer, inReverse);
+		FillUp(inBuffer, frames);
 	}
 	else
 	{

@@ -2,6 +2,7 @@
 
 #include "AudioRender/Component/AudioFaderRenderer.h"
 #include "AudioRender/Component/AudioSendRenderer.h"
+#include "AudioRender/Core/FillUp.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
 #include "AudioRender/Track/FirstBlock.h"
@@ -400,16 +401,19 @@ void AudioClipTrackRenderer::RenderChunk(TrackItem const& inItem, TickTime const
 {
 	mMute.Update();
 	TickTime const itemTime = inTime - inItem.mItem->GetTrackItemStartTime();
+	unsigned const frames = mItemWindow.GetUseSize();
 	if (mMute.IsComplete())
 	{
 		if (InterfaceRef<IMuteAwareItem>(inItem.mItem))
 		{
 			inItem.mGenerator->GetAudioData(itemTime, mItemWindow, inReverse);
+			FillUp(mItemWindow, frames);
 		}
 		mItemWindow.Zero();
 		return;
 	}
 	inItem.mGenerator->GetAudioData(itemTime, mItemWindow, inReverse);
+	FillUp(mItemWindow, frames);
 	if (inReverse)
 	{
 		mItemWindow.Reverse();

@@ -1,5 +1,6 @@
 #include "AudioRender/Track/AudioMixTrackRenderer.h"
 
+#include "AudioRender/Core/FillUp.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
 #include "AudioRender/Track/FirstBlock.h"
 #include "AudioRender/Track/PanWorkingWidth.h"
@@ -126,7 +127,9 @@ void AudioMixTrackRenderer::PullSource(TickTime const& inTime, dsp::AudioBuffer&
 {
 	if (!mMute.IsComplete())
 	{
+		unsigned const frames = ioBuffer.GetUseSize();
 		mSource->GetAudioData(inTime, ioBuffer, inReverse);
+		FillUp(ioBuffer, frames);
 	}
 }
 

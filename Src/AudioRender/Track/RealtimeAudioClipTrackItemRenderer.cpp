@@ -1,5 +1,6 @@
 #include "AudioRender/Track/RealtimeAudioClipTrackItemRenderer.h"
 
+#include "AudioRender/Core/FillUp.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
 #include "AudioRender/Track/LoopWrap.h"
 #include "AudioRender/Track/PanWorkingWidth.h"
@@ -135,6 +136,7 @@ void RealtimeAudioClipTrackItemRenderer::RenderStraight(
 		window.Init(std::min<unsigned long long>(mWidth, ioBuffer.GetNumChannels()));
 		window.Assign(ioBuffer, 0);
 		mSource->GetAudioData(inSourceTime, window, inReverse);
+		FillUp(window, ioBuffer.GetUseSize());
 		RunChain(window, nullptr, inSourceTime, inReverse);
 		return;
 	}
@@ -147,6 +149,7 @@ void RealtimeAudioClipTrackItemRenderer::RenderStraight(
 	window.Init(mWidth);
 	window.Assign(buffer, 0);
 	mSource->GetAudioData(inSourceTime, window, inReverse);
+	FillUp(window, ioBuffer.GetUseSize());
 	RunChain(window, &ioBuffer, inSourceTime, inReverse);
 }
 
@@ -201,6 +204,7 @@ TickTime RealtimeAudioClipTrackItemRenderer::ReadSource(
 		window.Assign(ioBuffer, done);
 		window.SetUseSize(piece);
 		mSource->GetAudioData(position, window, inReverse);
+		FillUp(window, piece);
 		if (inReverse)
 		{
 			window.Reverse();
