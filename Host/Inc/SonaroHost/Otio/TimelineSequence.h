@@ -25,11 +25,11 @@ struct TimelineOptions
 	std::optional<SN::AudioChannelLayout> mLayout;
 	// Of transitions and fades that name none.
 	FadeShape mFadeShape = FadeShape::eEqualPower;
-	// Only this child of the timeline's stack is heard, whatever it is soloed by; its mute holds. All stems together
-	// are the mix, where the master has no effects.
+	// Only this child of the timeline's stack is heard, for a stem: solos do not count, mutes do. All of them
+	// together are the mix where none is solo.
 	std::optional<std::size_t> mOnlyChild;
-	// Asked for each track and nested stack that is heard, in the order of their rows, and gives what listens to it, behind its
-	// fader and pan excepted, or nothing.
+	// Asked for each child of a stack that is heard, once its items are made. What it gives listens behind the
+	// gain and before the pan; it may be nothing.
 	std::function<SN::InterfaceRef<SN::IAudioMeterSetter>(TrackRow const&)> mMakeMeter;
 	// The same for the sum.
 	SN::InterfaceRef<SN::IAudioMeterSetter> mMasterMeter;
