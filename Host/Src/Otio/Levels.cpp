@@ -21,6 +21,12 @@ SN::TickTime ToTicks(Ratio const& inSeconds)
 	return SN::TickTime::FromTicks((clamped * Ratio(zorvmediatypes::kTicksPerSecond)).Round());
 }
 
+SN::TickTime AddOnTimeLine(SN::TickTime const& inStart, Ratio const& inSeconds)
+{
+	SN::TickTime const far = ToTicks(Ratio(kFarSeconds));
+	return std::clamp(std::clamp(inStart, -far, far) + ToTicks(inSeconds), -far, far);
+}
+
 double ToLinear(double inGain, AutomationScale inScale)
 {
 	if (inScale == AutomationScale::eLinear)
@@ -47,7 +53,7 @@ Sequence::NumberParameter MakeParameter(
 	{
 		Ratio const time = ToSeconds(keyframe.mTime);
 		bool const isFraction = inCurve.mTimeUnit == Curve::TimeUnit::eFractionOfLength;
-		points.push_back({inSite.mStart + ToTicks(isFraction ? time * inSite.mLength : time),
+		points.push_back({AddOnTimeLine(inSite.mStart, isFraction ? time * inSite.mLength : time),
 			inToValue(keyframe.mValue), keyframe.mInterpolation});
 	}
 	auto const first = static_cast<float>(
