@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Sets up a fresh machine, builds the sonaro command and renders an example with it.
+# Sets up a fresh machine, builds the sonaro command and renders the example timeline with it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 Scripts/setup.sh build
@@ -13,9 +13,13 @@ fi
 cmake --build build/demo/tool --parallel "$(nproc)"
 
 sonaro=build/demo/tool/Host/sonaro
+timeline=Examples/Timeline/edit.otio
 echo
-"$sonaro" info Examples/Media/dialogue.flac
+"$sonaro" render "$timeline" -o build/demo/mix.wav --report build/demo/mix.json
+"$sonaro" waveform build/demo/mix.wav -o build/demo/mix.png --quiet
+"$sonaro" graph "$timeline" -o build/demo/graph.svg --quiet
 echo
-"$sonaro" render Examples/Media/dialogue.flac --gain-db -3 -o build/demo/dialogue.wav
-echo
-echo "The render: $PWD/build/demo/dialogue.wav"
+echo "The mix:      $PWD/build/demo/mix.wav"
+echo "Its report:   $PWD/build/demo/mix.json"
+echo "Its waveform: $PWD/build/demo/mix.png"
+echo "The graph:    $PWD/build/demo/graph.svg"

@@ -4,7 +4,8 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build ccache pkg-config
-	libboost-dev libxxhash-dev libcairo2-dev libsndfile1-dev libebur128-dev libzip-dev nlohmann-json3-dev libcli11-dev)
+	libboost-dev libxxhash-dev libcairo2-dev libsndfile1-dev libebur128-dev libzip-dev libgraphviz-dev
+	nlohmann-json3-dev libcli11-dev)
 if [ "${1:-build}" = test ]; then
 	packages+=(clang libclang-rt-14-dev python3 libgtest-dev libgmock-dev libbenchmark-dev)
 fi

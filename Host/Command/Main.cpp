@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "Console.h"
+#include "GraphCommand.h"
 #include "InfoCommand.h"
 #include "OperatingSystem.h"
 #include "RenderCommand.h"
@@ -79,6 +80,7 @@ int main(int inCount, char** inArguments)
 	commands.push_back(std::make_unique<RenderCommand>(program));
 	commands.push_back(std::make_unique<WaveformCommand>(program));
 	commands.push_back(std::make_unique<InfoCommand>(program));
+	commands.push_back(std::make_unique<GraphCommand>(program));
 	try
 	{
 		program.parse(inCount, inArguments);

@@ -66,7 +66,9 @@ void* EffectStage::QueryMap(SN::Guid const& inIdentifier)
 	{
 		return mLiveParameters.Get();
 	}
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioProcessor>(this, inIdentifier);
+	void* const found =
+		zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::IAudioRenderGraphNodeInfo>(
+			this, inIdentifier);
 	void* const owner =
 		mParameters ? zorvcore::classref::QueryInterfaces<SN::IParameterOwnerMixin>(this, inIdentifier)
 					: nullptr;

@@ -2,9 +2,13 @@
 
 #include "ShiftedParameter.h"
 #include "Sonaro/IAudioProcessor.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Types.h"
+
+#include <string>
+#include <vector>
 
 namespace SonaroHost::Sequence
 {
@@ -21,7 +25,9 @@ struct EffectTerms
 // A host's effect within a chain of the engine: it hears its own layout where the engine's buffer is wider, for
 // a conversion behind it; blocks no larger than agreed where a resampler reads more; and the time that its
 // sound belongs to. Parameters of its own are found through it.
-class EffectStage final : public SN::IAudioProcessor, public SN::IParameterOwnerMixin
+class EffectStage final : public SN::IAudioProcessor,
+						  public SN::IParameterOwnerMixin,
+						  public SN::IAudioRenderGraphNodeInfo
 {
 public:
 	EffectStage(SN::InterfaceRef<SN::IAudioProcessor> const& inEffect, EffectTerms const& inTerms);
@@ -38,6 +44,10 @@ public:
 
 	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime) override;
 	void UpdateControls(SN::TickTime const& inTime) override;
+
+	std::u16string GetNodeName() override { return u"EffectStage"; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {mEffect}; }
 
 protected:
 	void* QueryMap(SN::Guid const& inIdentifier) override;

@@ -2,11 +2,14 @@
 
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/Types.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace SonaroHost::Sequence
 {
@@ -39,7 +42,7 @@ struct ContentWindow
 //          the start of its loop, it settles first: what it needs is rendered and thrown away. A playback
 //          that fills the item begins outside of it, and so needs nothing more.
 // Threads  As for the sequence. Nothing allocates after the constructor.
-class NestedContent final : public SN::IAudioGenerator
+class NestedContent final : public SN::IAudioGenerator, public SN::IAudioRenderGraphNodeInfo
 {
 public:
 	NestedContent(SN::InterfaceRef<SN::IAudioGenerator> const& inSequence,
@@ -58,6 +61,10 @@ public:
 	void Reset() override { mSequence->Reset(); }
 	void InitializeAudioFilters() override { mSequence->InitializeAudioFilters(); }
 	void ShutdownAudioFilters() override { mSequence->ShutdownAudioFilters(); }
+
+	std::u16string GetNodeName() override { return u"NestedContent"; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {mSequence}; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
 
 protected:
 	void* QueryMap(SN::Guid const& inIdentifier) override;

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Command.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SonaroCommand
+{
+
+// "sonaro graph INPUT -o OUTPUT": draws the engine's graph of a timeline.
+class GraphCommand final : public Command
+{
+public:
+	explicit GraphCommand(CLI::App& ioProgram);
+
+	int Run() override;
+
+private:
+	std::string mInput;
+	std::string mOutput;
+	std::string mFormat;
+	std::string mLayout;
+	std::optional<int> mSampleRate;
+	std::vector<std::string> mMediaFolders;
+	std::string mFades;
+	bool mIsQuiet = false;
+};
+
+} // namespace SonaroCommand

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/Types.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace SonaroHost
+{
+
+class OutputFile;
+
+// The nodes of a graph as they tell of themselves, for pictures of it.
+//
+// Nodes    Each object is one, however many others it feeds.
+// Threads  The one that owns the graph.
+class GraphDrawing
+{
+public:
+	GraphDrawing(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, SN::FrameRate const& inFrameRate);
+
+	std::size_t GetNumNodes() const { return mNodes.size(); }
+
+	// In the language of Graphviz: what a node is fed by with solid lines, what works in it with dashed ones.
+	std::string ToDot(std::string const& inTitle) const;
+
+private:
+	struct Edge
+	{
+		std::size_t mFrom = 0;
+		std::size_t mTo = 0;
+		bool mIsProcessor = false;
+	};
+	struct Node
+	{
+		std::string mName;
+		// The file behind a source, or empty.
+		std::string mFile;
+		std::int64_t mLatencyFrames = 0;
+	};
+	class Walk;
+
+	std::vector<Node> mNodes;
+	std::vector<Edge> mEdges;
+};
+
+enum class GraphFormat
+{
+	eDot,
+	eSvg,
+	ePng,
+};
+
+// Writes a drawing, laid out by Graphviz unless it stays text. Throws a HostError of kind eOutput when that cannot.
+// Threads: one at a time.
+void WriteGraph(std::string const& inDot, GraphFormat inFormat, OutputFile& ioFile);
+
+} // namespace SonaroHost
