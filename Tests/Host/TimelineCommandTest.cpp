@@ -1,0 +1,336 @@
+// Runs the real program on timelines, as a shell does.
+
+#include "Media.h"
+#include "ProgramRun.h"
+#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/LoudnessMeter.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <csignal>
+#include <random>
+#include <set>
+#include <sstream>
+#include <thread>
+
+namespace SonaroHost::Testing
+{
+namespace
+{
+
+using testing::Contains;
+using testing::HasSubstr;
+using Json = nlohmann::json;
+using Words = std::vector<std::string>;
+
+constexpr int kRate = 48000;
+
+Json Time(double inSeconds)
+{
+	return {{"OTIO_SCHEMA", "RationalTime.1"}, {"value", inSeconds * 25.0}, {"rate", 25.0}};
+}
+
+Json Range(double inStart, double inSeconds)
+{
+	return {{"OTIO_SCHEMA", "TimeRange.1"}, {"start_time", Time(inStart)}, {"duration", Time(inSeconds)}};
+}
+
+Json Clip(std::string const& inName, std::string const& inMedia, double inStart, double inSeconds)
+{
+	return {{"OTIO_SCHEMA", "Clip.1"}, {"name", inName}, {"source_range", Range(inStart, inSeconds)},
+		{"media_reference", {{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", inMedia}}}};
+}
+
+Json Gap(double inSeconds)
+{
+	return {{"OTIO_SCHEMA", "Gap.1"}, {"source_range", Range(0.0, inSeconds)}};
+}
+
+Json Track(std::string const& inName, Json inChildren, double inGain = 0.0)
+{
+	return {{"OTIO_SCHEMA", "Track.1"}, {"name", inName}, {"kind", "Audio"},
+		{"children", std::move(inChildren)}, {"metadata", {{"sonaro", {{"gain", inGain}}}}}};
+}
+
+Json Marker(std::string const& inName, double inStart, double inSeconds)
+{
+	return {{"OTIO_SCHEMA", "Marker.2"}, {"name", inName}, {"marked_range", Range(inStart, inSeconds)}};
+}
+
+class TimelineCommandTest : public testing::Test
+{
+protected:
+	void SetUp() override
+	{
+		WriteSound(mFolder / "tone.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, kRate, 4 * kRate));
+		Sound impulse{1, kRate, std::vector<float>(2 * kRate)};
+		impulse.mSamples[kImpulse] = 0.5f;
+		WriteSound(mFolder / "impulse.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, impulse);
+	}
+
+	void WriteTimeline(std::string const& inName, Json inTracks, Json inMarkers = Json::array())
+	{
+		Json const timeline = {{"OTIO_SCHEMA", "Timeline.1"}, {"name", "test"},
+			{"global_start_time", Time(36000.0)}, {"metadata", {{"sonaro", {{"layout", "stereo"}}}}},
+			{"tracks", {{"OTIO_SCHEMA", "Stack.1"}, {"children", std::move(inTracks)},
+						   {"markers", std::move(inMarkers)}}}};
+		WriteBytes(mFolder / inName, timeline.dump());
+	}
+
+	// Tone under impulses, three seconds long.
+	void WriteEdit()
+	{
+		WriteTimeline("edit.otio",
+			{Track("Tone", {Clip("first", "tone.wav", 0.0, 1.6), Clip("second", "tone.wav", 2.0, 1.4)}, -6.0),
+				Track("Impulse/s", {Gap(1.0), Clip("click", "impulse.wav", 0.2, 1.0)})},
+			{Marker("Verse", 0.4, 0.8), Marker("Point", 1.0, 0.0), Marker("End", 2.0, 1.0)});
+	}
+
+	ProgramResult Run(Words const& inArguments, std::function<void(int)> const& inMeanwhile = {})
+	{
+		mStart.mArguments = inArguments;
+		mStart.mFolder = mFolder.Get().string();
+		return RunProgram(SONARO_COMMAND, mStart, inMeanwhile);
+	}
+
+	Sound Render(Words inOptions, std::string const& inOutput = "out.wav")
+	{
+		inOptions.insert(inOptions.begin(), {"render", "edit.otio", "-o", inOutput});
+		ProgramResult const result = Run(inOptions);
+		EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
+		return std::filesystem::is_directory(mFolder / inOutput) ? Sound() : ReadSound(mFolder / inOutput);
+	}
+
+	static constexpr std::size_t kImpulse = 20000;
+
+	TemporaryFolder mFolder;
+	ProgramStart mStart;
+};
+
+LoudnessReading Measure(Sound const& inSound)
+{
+	LoudnessMeter meter(MakeLayoutOfChannels(static_cast<unsigned>(inSound.mChannels)), inSound.mSampleRate,
+		LoudnessMeter::Memory::eGrowing);
+	dsp::AudioBuffer block(
+		static_cast<unsigned>(inSound.mChannels), static_cast<unsigned>(inSound.GetFrames()));
+	for (std::size_t i = 0; i < inSound.mSamples.size(); ++i)
+	{
+		auto const channels = static_cast<std::size_t>(inSound.mChannels);
+		block.GetChannel(i % channels)[i / channels] = inSound.mSamples[i];
+	}
+	meter.Add(block);
+	return meter.GetReading();
+}
+
+TEST_F(TimelineCommandTest, ExitCodesTellWhatBecameOfIt)
+{
+	WriteEdit();
+	WriteTimeline("missing.otio", {Track("Dialogue", {Clip("Take 3", "gone.wav", 0.0, 1.0)}),
+									  Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)})});
+	Json odd = Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)});
+	odd["metadata"]["sonaro"]["gian"] = 3;
+	WriteTimeline("odd.otio", {odd});
+	struct Case
+	{
+		Words mWords;
+		int mExitCode;
+		std::vector<std::string> mTexts;
+	};
+	Case const cases[] = {
+		{{"edit.otio"}, 0, {}},
+		{{"edit.otio", "--strict"}, 0, {}},
+		{{"missing.otio"}, 3, {"Take 3", "Dialogue", "gone.wav", "silent"}},
+		{{"missing.otio", "--strict"}, 1, {"--strict", "1 clips have no media"}},
+		{{"odd.otio"}, 0, {"gian", "/tracks/children/0"}},
+		{{"odd.otio", "--strict"}, 1, {"--strict"}},
+		{{"none.otio"}, 1, {"none.otio"}},
+		{{"edit.otio", "tone.wav"}, 2, {"edit.otio", "timeline"}},
+		{{"edit.otio", "--speed", "2"}, 2, {"--speed"}},
+		{{"edit.otio", "--start", "1"}, 2, {"--start", "--range"}},
+		{{"tone.wav", "--stems", "track"}, 2, {"--stems"}},
+		{{"edit.otio", "--range", "Chorus"}, 2, {"Chorus"}},
+		{{"edit.otio", "--range", "Point"}, 2, {"Point"}},
+		{{"edit.otio", "--range", "5..6"}, 2, {"5..6"}},
+		{{"edit.otio", "--range", "10:00:01:25+1"}, 2, {"10:00:01:25"}},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mWords));
+		Words words = {"render", "-o", "new.wav", "--quiet"};
+		words.insert(words.end(), test.mWords.begin(), test.mWords.end());
+		ProgramResult const result = Run(words);
+		EXPECT_EQ(result.mExitCode, test.mExitCode) << result.mErrors;
+		EXPECT_EQ(result.mErrors.empty(), test.mTexts.empty()) << result.mErrors;
+		for (std::string const& text : test.mTexts)
+		{
+			EXPECT_THAT(result.mErrors, HasSubstr(text));
+		}
+		bool const isWritten = test.mExitCode == 0 || test.mExitCode == 3;
+		EXPECT_EQ(std::filesystem::remove(mFolder / "new.wav"), isWritten);
+	}
+}
+
+TEST_F(TimelineCommandTest, ARangeIsACutOfTheWhole)
+{
+	WriteEdit();
+	Sound const whole = Render({"--quiet"});
+	struct Case
+	{
+		std::string mRange;
+		double mStart;
+		double mEnd;
+	};
+	Case const cases[] = {
+		{"0.5..1.75", 0.5, 1.75},
+		{"1+0:01", 1.0, 2.0},
+		{"10:00:01:05..10:00:02:00", 1.2, 2.0},
+		{"10:00:00:13+00:00:01:00", 0.52, 1.52},
+		{"24000s+100:00", 0.5, 3.0},
+		{"Verse", 0.4, 1.2},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mRange);
+		auto const first = static_cast<std::int64_t>(std::lround(test.mStart * kRate));
+		auto const frames = static_cast<std::int64_t>(std::lround(test.mEnd * kRate)) - first;
+		EXPECT_TRUE(SameBits(Render({"--range", test.mRange, "--quiet"}), whole.Cut(first, frames)));
+	}
+}
+
+TEST_F(TimelineCommandTest, StemsAddUpToTheMixAndMarkersAreCuts)
+{
+	WriteEdit();
+	Sound const mix = Render({"--quiet", "--normalize", "-20"});
+	Render({"--quiet", "--normalize", "-20", "--stems", "track"}, "stems");
+	Sound const tone = ReadSound(mFolder / "stems" / "01 Tone.wav");
+	Sound const impulse = ReadSound(mFolder / "stems" / "02 Impulse_s.wav");
+	ASSERT_EQ(tone.mSamples.size(), mix.mSamples.size());
+	ASSERT_EQ(impulse.mSamples.size(), mix.mSamples.size());
+	for (std::size_t i = 0; i < mix.mSamples.size(); ++i)
+	{
+		ASSERT_NEAR(tone.mSamples[i] + impulse.mSamples[i], mix.mSamples[i], 1e-6f) << i;
+	}
+	Render({"--quiet", "--normalize", "-20", "--stems", "marker"}, "parts");
+	EXPECT_TRUE(
+		SameBits(ReadSound(mFolder / "parts" / "01 Verse.wav"), mix.Cut(kRate * 2 / 5, kRate * 4 / 5)));
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "parts" / "02 End.wav"), mix.Cut(2 * kRate, kRate)));
+	EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder / "parts"), {}), 2);
+}
+
+TEST_F(TimelineCommandTest, LoudnessAndTruePeakAreThoseAskedFor)
+{
+	WriteEdit();
+	EXPECT_NEAR(Measure(Render({"--normalize", "-23"})).mIntegrated, -23.0, 0.1);
+	double const natural = ToDecibels(Measure(Render({})).mTruePeak);
+	LoudnessReading const limited = Measure(Render({"--limit-dbtp", std::to_string(natural - 6.0)}));
+	EXPECT_LE(ToDecibels(limited.mTruePeak), natural - 6.0 + 0.05);
+	EXPECT_GE(ToDecibels(limited.mTruePeak), natural - 6.5);
+	LoudnessReading const both = Measure(Render({"--normalize", "-18", "--limit-dbtp", "-7"}));
+	EXPECT_LE(ToDecibels(both.mTruePeak), -6.95);
+	EXPECT_NEAR(both.mIntegrated, -18.0, 0.1);
+}
+
+TEST_F(TimelineCommandTest, TheReportAgreesWithTheFile)
+{
+	WriteEdit();
+	Sound const mix = Render({"--report", "report.json"});
+	Json const report = Json::parse(ReadBytes(mFolder / "report.json"));
+	EXPECT_EQ(report["version"], 1);
+	EXPECT_EQ(report["missing"], Json::array());
+	Json const& click = report["clips"][2];
+	EXPECT_EQ(click["name"], "click");
+	EXPECT_EQ(click["place"], "/tracks/children/1/children/1");
+	std::int64_t const position = click["firstSample"].get<std::int64_t>() + std::int64_t{kImpulse} -
+								  click["firstMediaSample"].get<std::int64_t>();
+	Sound const rest = Render({"--stems", "track"}, "stems").mSamples.empty()
+						   ? ReadSound(mFolder / "stems" / "02 Impulse_s.wav")
+						   : Sound();
+	auto const isHeard = [](float inSample) { return inSample != 0.0f; };
+	auto const found = std::find_if(rest.mSamples.begin(), rest.mSamples.end(), isHeard);
+	EXPECT_EQ((found - rest.mSamples.begin()) / 2, position);
+
+	LoudnessReading const measured = Measure(mix);
+	Json const& output = report["outputs"][0];
+	EXPECT_EQ(output["samples"], mix.GetFrames());
+	EXPECT_NEAR(output["integratedLufs"].get<double>(), measured.mIntegrated, 0.01);
+	EXPECT_NEAR(output["truePeakDbtp"].get<double>(), ToDecibels(measured.mTruePeak), 0.01);
+	EXPECT_NEAR(report["tracks"][0]["integratedLufs"].get<double>(),
+		Measure(ReadSound(mFolder / "stems" / "01 Tone.wav")).mIntegrated, 0.01);
+
+	Render({"--range", "1..2"}, "second.wav");
+	struct Label
+	{
+		std::string mFile;
+		std::int64_t mSamples;
+	};
+	for (Label const& label :
+		{Label{"out.wav", std::int64_t{36000} * kRate}, {"second.wav", std::int64_t{36001} * kRate}})
+	{
+		SCOPED_TRACE(label.mFile);
+		SF_INFO info{};
+		SNDFILE* const file = sf_open((mFolder / label.mFile).c_str(), SFM_READ, &info);
+		SF_BROADCAST_INFO extension{};
+		EXPECT_EQ(sf_command(file, SFC_GET_BROADCAST_INFO, &extension, sizeof extension), SF_TRUE);
+		EXPECT_EQ(
+			std::int64_t{extension.time_reference_high} << 32 | extension.time_reference_low, label.mSamples);
+		EXPECT_EQ(std::string(extension.originator) + extension.origination_date, "");
+		sf_close(file);
+	}
+}
+
+TEST_F(TimelineCommandTest, TheGraphHasEachNodeOnce)
+{
+	WriteEdit();
+	EXPECT_EQ(Run({"graph", "edit.otio", "-o", "graph.dot"}).mExitCode, 0);
+	std::istringstream lines(ReadBytes(mFolder / "graph.dot"));
+	std::set<std::string> nodes;
+	int files = 0;
+	int edges = 0;
+	for (std::string line; std::getline(lines, line);)
+	{
+		std::istringstream words(line);
+		std::string from;
+		std::string what;
+		std::string to;
+		words >> from >> what >> to;
+		if (what == "->")
+		{
+			++edges;
+			EXPECT_THAT(nodes, testing::AllOf(Contains(from), Contains(to)));
+		}
+		else if (what.starts_with("[label") && from != "node")
+		{
+			EXPECT_TRUE(nodes.insert(from).second) << line;
+			files += line.find("tone.wav") != std::string::npos ? 1 : 0;
+		}
+	}
+	EXPECT_EQ(files, 1);
+	EXPECT_GE(edges, static_cast<int>(nodes.size()) - 1);
+	EXPECT_EQ(Run({"graph", "edit.otio", "-o", "graph.svg"}).mExitCode, 0);
+	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("</svg>"));
+}
+
+TEST_F(TimelineCommandTest, KilledAtAnyMomentItLeavesNoHalfFile)
+{
+	WriteTimeline("edit.otio", {Track("Long", {Gap(3600.0), Clip("click", "impulse.wav", 0.0, 1.0)})});
+	WriteBytes(mFolder / "out.wav", "old");
+	std::mt19937 random(9);
+	for (int i = 0; i < 4; ++i)
+	{
+		auto const wait = std::chrono::milliseconds(random() % 300);
+		auto const finish = [&wait](int inProcess)
+		{
+			std::this_thread::sleep_for(wait);
+			kill(inProcess, SIGKILL);
+		};
+		ProgramResult const result = Run({"render", "edit.otio", "-o", "out.wav", "--block", "8"}, finish);
+		ASSERT_EQ(result.mSignal, SIGKILL);
+		EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
+	}
+}
+
+} // namespace
+} // namespace SonaroHost::Testing
