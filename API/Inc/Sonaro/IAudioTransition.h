@@ -24,9 +24,11 @@ class SONARO_API IAudioTransition : public virtual Unknown
 public:
 	static constexpr Identifier<IAudioTransition> kIdentifier{0x0c764bed4cdb86caull, 0x55df9c1ba0fede97ull};
 
-	// The gains, as linear amplitudes, of the clip that goes and of the one that comes. inProgress runs from
-	// 0 at the start of the transition to 1 at its end. Called on the render thread for each sample of each
-	// channel that is heard, so it must be cheap, and depend on nothing but its arguments.
+	// The gains, as linear amplitudes, of the clip that goes and of the one that comes. inProgress is the
+	// place on the transition, whatever the direction of play: 0 at its start, 1 at its end, and past either
+	// by a rounding error at most. Called for each sample of each channel that is heard, so it must be cheap.
+	// Copies of a graph share the transition and may render on several threads at once: the result depends
+	// on the arguments alone.
 	virtual void GetGainValue(AudioTransitionParameters const& inParameters, float inProgress,
 		float& outOutgoingGain, float& outIncomingGain) = 0;
 
