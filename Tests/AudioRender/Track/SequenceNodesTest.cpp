@@ -1,0 +1,263 @@
+#include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
+#include "Sonaro/DelayDependency.h"
+#include "Sonaro/IAudioRecordCompletion.h"
+#include "Sonaro/IAudioTransition.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "Sonaro/SonaroFactory.h"
+#include "Support/Contexts.h"
+#include "Support/FakeParameter.h"
+#include "Support/Fakes.h"
+#include "Support/SimpleGenerator.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvcore/config/Exceptions.h"
+#include "zorvcore/threads/AtomicIntegral.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace SN
+{
+namespace
+{
+
+using namespace Testing;
+using zorvcore::classref::MakeObject;
+using Calls = std::string;
+
+TickTime At(long long inFrame)
+{
+	return {inFrame, k48000Hz};
+}
+
+// A source and, beside it, a processor: writes its letter and that of each call into one log.
+class Listener final : public SimpleGenerator,
+					   public IAudioProcessor,
+					   public ILiveAudioParameterOwner,
+					   public IAudioRecordCompletion
+{
+public:
+	Listener(char inLetter, bool inIsProcessor, Calls& ioCalls)
+		: SimpleGenerator(1),
+		  mLetter(inLetter),
+		  mIsProcessor(inIsProcessor),
+		  mCalls(ioCalls)
+	{
+	}
+
+	InterfaceRef<IAudioGenerator> Clone() override { return SimpleGenerator::Clone(); }
+	InterfaceRef<IAudioProcessor> Clone(FrameRate const&, unsigned, unsigned) override
+	{
+		return InterfaceRef<IAudioProcessor>::FromThis(this);
+	}
+	bool HasHistory() override { return mHasHistory; }
+	TickTime GetDelay() override { return At(40); }
+	void GetAudioData(TickTime const&, dsp::AudioBuffer&, bool) override {}
+	void ProcessAudioData(dsp::AudioBuffer&, TickTime const&) override {}
+	void Preroll(TickTime const&, bool) override { Log('p'); }
+	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool inForced) override
+	{
+		Log(inForced ? 'F' : 'f');
+	}
+	void Reset() override { Log('r'); }
+	void InitializeAudioFilters() override { Log('i'); }
+	void ShutdownAudioFilters() override { Log('s'); }
+	void InitializeAudioFilter() override { Log('i'); }
+	void ShutdownAudioFilter() override { Log('s'); }
+	void CollectLiveParameters(LiveAudioParameterMap&) override { Log('l'); }
+	void NotifyRecordComplete(InterfaceRef<UnknownBase> const&) override { Log('n'); }
+
+	bool mHasHistory = false;
+
+protected:
+	void* QueryMap(GUID const& inIdentifier) override
+	{
+		using namespace zorvcore::classref;
+		void* const found =
+			mIsProcessor ? QueryInterfaces<ILiveAudioParameterOwner, IAudioProcessor>(this, inIdentifier)
+						 : QueryInterfaces<ILiveAudioParameterOwner, IAudioRecordCompletion, IAudioGenerator,
+							   IAudioGeneratorPrivate>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	void Log(char inCall) const { mCalls += {mLetter, inCall, ' '}; }
+
+	char mLetter;
+	bool mIsProcessor;
+	Calls& mCalls;
+};
+
+struct Nodes
+{
+	// A and B are sources, P a processor.
+	explicit Nodes(IAudioRenderContext& ioContext)
+	{
+		auto const context = InterfaceRef<IAudioRenderContext>::FromThis(&ioContext);
+		auto const factory = SonaroFactory::CreateClassRef();
+		factory->CreateAudioTrackInletRenderer(
+			context, k48000Hz, {mA, mP, mB}, VX::kAudioChannelLayout_Mono, &mInlet);
+		factory->CreateAudioMixTrackRenderer(
+			context, k48000Hz, mA, {}, {}, {mP}, {}, VX::kAudioChannelLayout_Mono, &mSubmix);
+		factory->CreateAudioTrackGroupRenderer(
+			context, k48000Hz, {mA, mB}, {}, {At(30), At(10)}, VX::kAudioChannelLayout_Mono, {}, &mGroup);
+		factory->CreateAudioMixRenderer(context, k48000Hz, mA, 1.0, mB, 1.0, mP, &mJoin);
+		factory->CreateAudioTransitionRenderer(
+			context, k48000Hz, {}, {}, mA, mB, At(0), At(0), At(0), At(100), &mTransition);
+	}
+
+	Calls mCalls;
+	InterfaceRef<Listener> mA = MakeObject<Listener>('A', false, mCalls);
+	InterfaceRef<Listener> mB = MakeObject<Listener>('B', false, mCalls);
+	InterfaceRef<Listener> mP = MakeObject<Listener>('P', true, mCalls);
+	InterfaceRef<IAudioGenerator> mInlet;
+	InterfaceRef<IAudioGenerator> mSubmix;
+	InterfaceRef<IAudioGenerator> mGroup;
+	InterfaceRef<IAudioGenerator> mJoin;
+	InterfaceRef<IAudioGenerator> mTransition;
+};
+
+TEST(SequenceNodes, EveryCallReachesWhatItConcernsInOrder)
+{
+	struct Case
+	{
+		char const* mName;
+		InterfaceRef<IAudioGenerator> Nodes::*mNode;
+		// Filling in steps, filling at once, then the filters' start and end, the parameters, the end of a
+		// recording; a reset before and after a preroll.
+		Calls mCalls;
+	};
+	Case const cases[] = {
+		{"an inlet", &Nodes::mInlet, "AF BF | Ai Pi Bi As Ps Bs | | Ar Pr Br | Ap Bp | Ar Pr Br "},
+		{"a submix", &Nodes::mSubmix, "| Ai Pi As Ps | Pl Al | | Ap Pp | Ar Pr "},
+		{"a group", &Nodes::mGroup, "Af Bf AF BF | Ai Bi As Bs | Al Bl An Bn | Ar Br | Ap Bp AF BF | Ar Br "},
+		{"a join", &Nodes::mJoin,
+			"Af Bf AF BF | Ai Bi Pi As Bs Ps | Al Bl Pl | Ar Br Pr | Ap Bp Pp | Ar Br Pr "},
+		{"a transition", &Nodes::mTransition, "Af Bf AF BF | Ai Bi As Bs | Al Bl | Ar Br | Ap Bp | Ar Br "},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		Prefetcher prefetcher;
+		ScopedContext const context(64, &prefetcher);
+		Nodes nodes(*context.Get());
+		IAudioGenerator& node = *(nodes.*test.mNode);
+		node.FillInitialDelay(At(0), At(1), false, false);
+		node.FillInitialDelay(At(0), At(1), false, true);
+		nodes.mCalls += "| ";
+		node.InitializeAudioFilters();
+		node.ShutdownAudioFilters();
+		nodes.mCalls += "| ";
+		LiveAudioParameterMap parameters;
+		if (InterfaceRef<ILiveAudioParameterOwner> const owner = nodes.*test.mNode)
+		{
+			owner->CollectLiveParameters(parameters);
+		}
+		if (InterfaceRef<IAudioRecordCompletion> const completion = nodes.*test.mNode)
+		{
+			completion->NotifyRecordComplete({});
+		}
+		nodes.mCalls += "| ";
+		node.Reset();
+		nodes.mCalls += "| ";
+		node.Preroll(At(0), false);
+		nodes.mCalls += "| ";
+		node.Reset();
+		EXPECT_EQ(nodes.mCalls, test.mCalls);
+	}
+}
+
+TEST(SequenceNodes, DelaysAndHistoriesComeFromBehind)
+{
+	ScopedContext const context(64);
+	context->PushNestingLevel();
+	Nodes const nodes(*context.Get());
+	EXPECT_EQ(nodes.mGroup->GetDelay(), At(70)) << "what a track runs ahead, and its own";
+	EXPECT_EQ(nodes.mInlet->GetDelay(), kTimeZero);
+	dsp::AudioBuffer buffer(1, 4);
+	EXPECT_THROW(nodes.mInlet->GetAudioData(At(0), buffer, false), zorvcore::config::NullPtrException)
+		<< "a processor without a cache has nothing to be heard";
+	auto const histories = [&]
+	{
+		std::vector<bool> result;
+		for (auto const& node : {nodes.mInlet, nodes.mSubmix, nodes.mGroup, nodes.mJoin, nodes.mTransition})
+		{
+			result.push_back(node->HasHistory());
+		}
+		return result;
+	};
+	EXPECT_EQ(histories(), (std::vector<bool>{false, false, false, false, false}));
+	nodes.mP->mHasHistory = true;
+	EXPECT_EQ(histories(), (std::vector<bool>{true, true, false, false, false}));
+	nodes.mP->mHasHistory = false;
+	nodes.mA->mHasHistory = true;
+	EXPECT_EQ(histories(), (std::vector<bool>{true, true, true, true, true}));
+}
+
+TEST(SequenceNodes, ClonesStandWhereTheirOriginalsStand)
+{
+	ScopedContext const context;
+	Nodes const nodes(*context.Get());
+	for (auto const& node : {nodes.mJoin, nodes.mTransition})
+	{
+		InterfaceRef<IAudioTrackRenderableItem>(node)->Init(At(20), At(30), At(5), k48000Hz);
+		InterfaceRef<IAudioTrackRenderableItem> const clone(node->Clone());
+		EXPECT_EQ(clone->GetStartTime(), At(20));
+		EXPECT_EQ(clone->GetEndTime(), At(30));
+		EXPECT_EQ(clone->GetTrackItemStartTime(), At(5));
+	}
+}
+
+TEST(SequenceNodes, AJoinSamplesItsParametersAtTheStartOfEachRequest)
+{
+	ScopedContext const context(64);
+	auto const factory = SonaroFactory::CreateClassRef();
+	InterfaceRef<IAudioProcessor> fader;
+	factory->CreateAudioFaderRenderer(context.Get(), k48000Hz,
+		{MakeObject<FakeParameter>([](TickTime const& inTime) { return inTime < At(64) ? 1.0f : 0.0f; }),
+			MakeObject<FakeParameter>(0.0f)},
+		&fader);
+	auto const source = MakeObject<FakeGenerator>(1);
+	InterfaceRef<IAudioGenerator> join;
+	factory->CreateAudioMixRenderer(context.Get(), k48000Hz, source, 1.0, source, 1.0, fader, &join);
+	dsp::AudioBuffer buffer(1, 200);
+	join->GetAudioData(At(60), buffer, false);
+	EXPECT_EQ(buffer.GetChannel(0)[199], PositionSample(0, 60 + 7)) << "the same time and gain in each pass";
+	join->GetAudioData(At(64), buffer, false);
+	EXPECT_NE(buffer.GetChannel(0)[199], PositionSample(0, 64 + 7));
+}
+
+TEST(SequenceNodes, OnlyPlaybackAtTheTopFollowsTheHostsMuteAndFillsDelays)
+{
+	for (bool const isPlayback : {false, true})
+	{
+		for (bool const isNested : {false, true})
+		{
+			SCOPED_TRACE(testing::Message() << isPlayback << isNested);
+			Prefetcher prefetcher;
+			ScopedContext const context(1024, isPlayback ? &prefetcher : nullptr);
+			if (isNested)
+			{
+				context->PushNestingLevel();
+			}
+			auto const mute = std::make_shared<zorvcore::threads::AtomicIntegral<int>>(0);
+			InterfaceRef<IAudioGenerator> submix;
+			SonaroFactory::CreateClassRef()->CreateAudioMixTrackRenderer(context.Get(), k48000Hz,
+				MakeObject<FakeGenerator>(1), {}, mute, {}, {}, VX::kAudioChannelLayout_Mono, &submix);
+			mute->Set(1);
+			float const last = PullWhole(*submix, {.mFrames = 1000})[0][999];
+			EXPECT_EQ(last, isPlayback && !isNested ? 0.0f : PositionSample(0, 999));
+			if (isPlayback)
+			{
+				Nodes const nodes(*context.Get());
+				nodes.mGroup->Preroll(At(0), false);
+				EXPECT_EQ(nodes.mCalls, isNested ? "Ap Bp " : "Ap Bp AF BF ");
+			}
+		}
+	}
+}
+
+} // namespace
+} // namespace SN
