@@ -16,7 +16,7 @@ sonaro=build/demo/tool/Host/sonaro
 timeline=Examples/Timeline/edit.otio
 echo
 "$sonaro" render "$timeline" -o build/demo/mix.wav --report build/demo/mix.json
-"$sonaro" waveform build/demo/mix.wav -o build/demo/mix.png --quiet
+"$sonaro" waveform "$timeline" -o build/demo/mix.png --quiet
 "$sonaro" graph "$timeline" -o build/demo/graph.svg --quiet
 echo
 echo "The mix:      $PWD/build/demo/mix.wav"

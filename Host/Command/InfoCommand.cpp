@@ -4,9 +4,13 @@
 #include "Json.h"
 #include "SonaroHost/AudioFileInfo.h"
 #include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/TimelineInput.h"
 #include "SonaroHost/TimePosition.h"
+#include "TimelineInfo.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -73,14 +77,35 @@ std::string DescribeForMachines(AudioFileInfo const& inInfo)
 } // namespace
 
 InfoCommand::InfoCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "info", "Tell the format, channels, rate and length of a sound file")
+	: Command(ioProgram, "info", "Tell what a sound file or a timeline is")
 {
-	GetParser().add_option("INPUT", mInput, "The sound file")->option_text("(required)")->required();
+	GetParser()
+		.add_option("INPUT", mInput, "The sound file, or a timeline: .otio, .otioz, .otiod")
+		->option_text("(required)")
+		->required();
+	GetParser()
+		.add_option("--media", mMediaFolders,
+			"A folder in which to look for a timeline's media that are not in their place; may be given "
+			"again")
+		->option_text("DIR ...")
+		->allow_extra_args(false);
 	GetParser().add_flag("--json", mAsJson, "Print it as JSON");
 }
 
 int InfoCommand::Run()
 {
+	if (SonaroHost::Otio::IsTimelinePath(mInput))
+	{
+		std::vector<std::filesystem::path> const folders(mMediaFolders.begin(), mMediaFolders.end());
+		PrintResult(mAsJson ? DescribeTimelineForMachines(mInput, folders)
+							: DescribeTimelineForPeople(mInput, folders));
+		return kExitSuccess;
+	}
+	if (!mMediaFolders.empty())
+	{
+		throw SonaroHost::HostError(
+			SonaroHost::HostError::Kind::eRequest, "--media is for timelines (.otio, .otioz, .otiod)");
+	}
 	AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput);
 	PrintResult(mAsJson ? DescribeForMachines(info) : DescribeForPeople(info));
 	return kExitSuccess;

@@ -3,11 +3,12 @@
 #include "Command.h"
 
 #include <string>
+#include <vector>
 
 namespace SonaroCommand
 {
 
-// "sonaro info INPUT": what a sound file is.
+// "sonaro info INPUT": what a sound file or a timeline is.
 class InfoCommand final : public Command
 {
 public:
@@ -17,6 +18,7 @@ public:
 
 private:
 	std::string mInput;
+	std::vector<std::string> mMediaFolders;
 	bool mAsJson = false;
 };
 

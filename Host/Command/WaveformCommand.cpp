@@ -5,6 +5,8 @@
 #include "RunJob.h"
 #include "SonaroHost/HostError.h"
 #include "TimeOption.h"
+#include "TimelineOptions.h"
+#include "TimelineWaveform.h"
 
 #include <algorithm>
 #include <array>
@@ -138,11 +140,15 @@ std::string DescribeForMachines(std::string const& inInput, std::string const& i
 } // namespace
 
 WaveformCommand::WaveformCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "waveform", "Draw the waveform of a sound file, or write it for other programs"),
+	: Command(ioProgram, "waveform",
+		  "Draw the waveform of a sound file or a timeline, or write it for other programs"),
 	  mHeight(WaveformStyle().mHeight),
 	  mFloorDecibels(WaveformStyle().mFloorDecibels)
 {
-	GetParser().add_option("INPUT", mInput, "The sound file")->option_text("(required)")->required();
+	GetParser()
+		.add_option("INPUT", mInput, "The sound file, or a timeline: .otio, .otioz, .otiod")
+		->option_text("(required)")
+		->required();
 	GetParser()
 		.add_option(
 			"-o,--output", mOutput, "The file to write, complete or not at all; an older one is replaced")
@@ -157,6 +163,7 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 	AddPictureOptions();
 	AddDataOptions();
 	AddReportOptions();
+	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
 	GetParser().footer(
 		"PNG and SVG are pictures; JSON and DAT hold minima and maxima for browsers' peak viewers,\n"
 		"in version 2 of their format.\n" +
@@ -167,7 +174,8 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 		"  sonaro waveform music.mp3 -o music.svg --width 800 --height 120 --channels merged\n"
 		"  sonaro waveform quiet.wav -o quiet.png --scale db --floor-db -72 --background none\n"
 		"  sonaro waveform music.wav -o verse.png --start 1:02.5 --duration 30\n"
-		"  sonaro waveform podcast.wav -o podcast.dat --samples-per-column 512 --bits 8");
+		"  sonaro waveform podcast.wav -o podcast.dat --samples-per-column 512 --bits 8\n"
+		"  sonaro waveform edit.otio -o edit.png");
 }
 
 void WaveformCommand::AddRangeOptions()
@@ -229,6 +237,11 @@ void WaveformCommand::AddReportOptions()
 
 int WaveformCommand::Run()
 {
+	if (Otio::IsTimelinePath(mInput))
+	{
+		return DrawTimeline(MakeTimelineRequest(), {mInput, mOutput, mIsQuiet, mAsJson});
+	}
+	RefuseOptions({"--media", "--fades"}, "is for timelines (.otio, .otioz, .otiod)");
 	WaveformRequest const request = MakeRequest();
 	WaveformJob job(request);
 	Report(request, Compute(job));
@@ -253,15 +266,56 @@ WaveformRequest WaveformCommand::MakeRequest()
 	request.mWidth = mWidth;
 	request.mSamplesPerColumn = mSamplesPerColumn;
 	request.mChannels = mChannels == "merged" ? WaveformChannels::eMerged : WaveformChannels::eStacked;
-	request.mStyle.mHeight = mHeight;
-	ParseColour("--background", mBackground, request.mStyle.mBackground);
-	ParseColour("--wave", mWave, request.mStyle.mWave);
-	ParseColour("--rms", mRms, request.mStyle.mRms);
-	request.mStyle.mScale = mScale == "db" ? AmplitudeScale::eDecibels : AmplitudeScale::eLinear;
-	request.mStyle.mFloorDecibels = mFloorDecibels;
+	request.mStyle = MakeStyle();
 	request.mBits = mBits;
 	request.mReplace = !mKeepsOldFile;
 	return request;
+}
+
+TimelineWaveformRequest WaveformCommand::MakeTimelineRequest()
+{
+	RefuseOptions({"--start", "--duration", "--samples-per-column", "--channels", "--bits"},
+		"is for sound files; a timeline is drawn whole, its channels in one");
+	TimelineWaveformRequest request;
+	request.mInput = mInput;
+	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
+	request.mOutput = mOutput;
+	request.mFormat = ChooseFormat(mFormat, mOutput);
+	request.mOptions.mFadeShape = ParseFades(mFades);
+	if (mWidth)
+	{
+		request.mWidth = static_cast<unsigned>(std::clamp<std::int64_t>(*mWidth, 0, kMaxPictureSize + 1));
+	}
+	if (GetParser().get_option("--height")->count() > 0)
+	{
+		request.mHeight = mHeight;
+	}
+	request.mStyle = MakeStyle();
+	request.mReplace = !mKeepsOldFile;
+	return request;
+}
+
+WaveformStyle WaveformCommand::MakeStyle() const
+{
+	WaveformStyle style;
+	style.mHeight = mHeight;
+	ParseColour("--background", mBackground, style.mBackground);
+	ParseColour("--wave", mWave, style.mWave);
+	ParseColour("--rms", mRms, style.mRms);
+	style.mScale = mScale == "db" ? AmplitudeScale::eDecibels : AmplitudeScale::eLinear;
+	style.mFloorDecibels = mFloorDecibels;
+	return style;
+}
+
+void WaveformCommand::RefuseOptions(std::vector<char const*> const& inNames, char const* inWhy)
+{
+	for (char const* const name : inNames)
+	{
+		if (GetParser().get_option(name)->count() > 0)
+		{
+			Refuse(std::string(name) + " " + inWhy);
+		}
+	}
 }
 
 void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)

@@ -1,15 +1,17 @@
 #pragma once
 
 #include "Command.h"
+#include "SonaroHost/TimelineWaveformJob.h"
 #include "SonaroHost/WaveformJob.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace SonaroCommand
 {
 
-// "sonaro waveform INPUT -o OUTPUT": draws the waveform of a sound file, or writes it for other programs.
+// "sonaro waveform INPUT -o OUTPUT": draws the waveform of a sound file or a timeline, or writes it for other programs.
 class WaveformCommand final : public Command
 {
 public:
@@ -25,6 +27,10 @@ private:
 
 	// The options as the library takes them; throws a HostError for one that makes no sense.
 	SonaroHost::WaveformRequest MakeRequest();
+	SonaroHost::TimelineWaveformRequest MakeTimelineRequest();
+	SonaroHost::WaveformStyle MakeStyle() const;
+	// Throws a HostError for any of them that was given.
+	void RefuseOptions(std::vector<char const*> const& inNames, char const* inWhy);
 	// Throws a HostError for an option that the format has no use for.
 	void CheckOptionsFit(SonaroHost::WaveformFormat inFormat);
 	SonaroHost::WaveformSummary Compute(SonaroHost::WaveformJob& ioJob) const;
@@ -46,6 +52,8 @@ private:
 	std::string mScale = "linear";
 	double mFloorDecibels;
 	int mBits = 16;
+	std::vector<std::string> mMediaFolders;
+	std::string mFades;
 	bool mKeepsOldFile = false;
 	bool mIsQuiet = false;
 	bool mAsJson = false;

@@ -1,0 +1,64 @@
+#include "TimelineWaveform.h"
+
+#include "Command.h"
+#include "Console.h"
+#include "Json.h"
+#include "RunJob.h"
+#include "SonaroHost/TimePosition.h"
+#include "TimelineNotes.h"
+
+namespace SonaroCommand
+{
+
+using namespace SonaroHost;
+
+namespace
+{
+
+std::string DescribeForPeople(TimelineWaveformRequest const& inRequest, std::string const& inOutput,
+	TimelineWaveformSummary const& inSummary)
+{
+	std::string text = inOutput + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + ", " +
+					   std::to_string(inRequest.mWidth) + " x " + std::to_string(inSummary.mHeight) +
+					   " pixels, from the top:\n";
+	for (std::string const& band : inSummary.mBands)
+	{
+		text += "  " + band + "\n";
+	}
+	return text;
+}
+
+std::string DescribeForMachines(TimelineWaveformRequest const& inRequest,
+	TimelineWaveformReport const& inReport, TimelineWaveformSummary const& inSummary)
+{
+	Json json;
+	json["input"] = inReport.mInput;
+	json["output"] = inReport.mOutput;
+	json["samples"] = inSummary.mFrames;
+	json["rate"] = inSummary.mSampleRate;
+	json["columns"] = inRequest.mWidth;
+	json["height"] = inSummary.mHeight;
+	json["bands"] = inSummary.mBands;
+	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
+	return ToText(json);
+}
+
+} // namespace
+
+int DrawTimeline(TimelineWaveformRequest const& inRequest, TimelineWaveformReport const& inReport)
+{
+	TimelineWaveformJob job(inRequest);
+	WarnOfNotes(job.GetSequence().mMissing, {});
+	TimelineWaveformSummary const summary = RunJob(job, job.GetSampleRate(), inReport.mIsQuiet);
+	if (inReport.mAsJson)
+	{
+		PrintResult(DescribeForMachines(inRequest, inReport, summary));
+	}
+	else if (!inReport.mIsQuiet)
+	{
+		PrintResult(DescribeForPeople(inRequest, inReport.mOutput, summary));
+	}
+	return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
+}
+
+} // namespace SonaroCommand

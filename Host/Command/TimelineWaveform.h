@@ -1,0 +1,23 @@
+#pragma once
+
+#include "SonaroHost/TimelineWaveformJob.h"
+
+#include <string>
+
+namespace SonaroCommand
+{
+
+struct TimelineWaveformReport
+{
+	// As the user gave them.
+	std::string mInput;
+	std::string mOutput;
+	bool mIsQuiet = false;
+	bool mAsJson = false;
+};
+
+// Draws a timeline, tells about it and gives the program's exit code.
+int DrawTimeline(
+	SonaroHost::TimelineWaveformRequest const& inRequest, TimelineWaveformReport const& inReport);
+
+} // namespace SonaroCommand
