@@ -76,9 +76,9 @@ def keyframes(*points):
 
 dialogue = track("Dialogue", [
     gap(2),
-    clip("The captain", "dialogue", 0, 4.4, {"fade_out": {"duration": 0.08}}),
-    gap(0.8),
-    clip("The reply", "dialogue-reply", 0, 3.4),
+    clip("The captain", "dialogue", 0, 5.48, {"fade_out": {"duration": 0.08}}),
+    gap(0.32),
+    clip("The reply", "dialogue-reply", 0, 3.92),
 ], {"pan": -0.15, "sends": [{"to": "harbour", "gain": -9}]})
 
 # The music makes room while somebody speaks. In the middle it is cut and crossfaded.
@@ -88,7 +88,7 @@ music = track("Music", [
     clip("Refrain", "music", 2, 6.4),
     transition(1.2, 0),
     gap(0.4),
-], {"gain": keyframes((0, -4), (1.6, -4), (2.2, -14), (6.2, -14), (6.6, -10), (7.2, -14), (10.4, -14), (11, -4))})
+], {"gain": keyframes((0, 2), (1.6, 2), (2.2, -8), (7.2, -8), (7.5, -5), (7.8, -8), (11.2, -8), (11.8, -2))})
 
 # What was mixed elsewhere comes as a nested sequence.
 scene = item("Stack.1", "The quay", 0, 6, {"gain": -3}, children=[
@@ -112,7 +112,7 @@ effects = track("Effects", [
 ], {"sends": [{"to": "harbour", "gain": -12}]})
 
 stack = item("Stack.1", "tracks", 0, None, None, children=[dialogue, music, effects])
-stack["markers"] = [marker("Conversation", 2, 8.6), marker("Title", 0, 2)]
+stack["markers"] = [marker("Conversation", 2, 9.72), marker("Title", 0, 2)]
 timeline = {
     "OTIO_SCHEMA": "Timeline.1",
     "name": "The last boat",

@@ -1,0 +1,200 @@
+#!/usr/bin/env python3
+"""Writes what tells of the sonaro command: its man page and the completions for bash and zsh.
+
+    Docs/make-command-documents.py PROGRAM            writes them
+    Docs/make-command-documents.py PROGRAM --check    only tells when one has fallen behind
+
+What the program's --help says is all that they know, but for the values that an option takes.
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+# The words that options take, for completion; those for one command alone stand under "command option".
+VALUES = {
+    "render --format": "wav aiff flac caf",
+    "waveform --format": "png svg json dat",
+    "graph --format": "svg png dot",
+    "render --bits": "16 24 32f",
+    "waveform --bits": "8 16",
+    "--dither": "tpdf none",
+    "--mixdown": "front front-rear front-lfe all",
+    "--stems": "track marker",
+    "--fades": "linear equal-power s-curve",
+    "waveform --channels": "stacked merged",
+    "--scale": "linear db",
+    "--layout": "mono stereo 5.1",
+}
+FOLDERS = {"--media"}
+
+
+class Option:
+    def __init__(self, names, value, text):
+        self.names = names
+        self.value = value
+        self.text = text
+
+
+class Help:
+    """What --help of the program or of one of its commands says."""
+
+    def __init__(self, program, command=None):
+        words = [program] + ([command] if command else []) + ["--help"]
+        text = subprocess.run(words, check=True, capture_output=True, text=True).stdout
+        self.command = command
+        head, *rest = text.split("\n")
+        self.summary = head
+        self.usage = re.sub(r"^Usage: sonaro *\S*", "", rest[0]) if command else rest[0]
+        self.entries = {"Positionals": [], "Options": [], "Subcommands": []}
+        section = None
+        self.footer = []
+        for line in rest[1:]:
+            title = re.fullmatch(r"(Positionals|Options|Subcommands):", line)
+            if title:
+                section = title.group(1)
+            elif section and line.startswith("  "):
+                self.add(section, line)
+            elif section and not line.strip() and not self.footer:
+                continue
+            elif section:
+                section = "footer"
+                self.footer.append(line)
+
+    def add(self, section, line):
+        entry = re.fullmatch(r"  (\S.*?)(?: {2,}(\S.*))?", line)
+        if section == "footer":
+            self.footer.append(line)
+        elif line.startswith(" " * 10):
+            self.entries[section][-1].text += line.strip()
+        else:
+            names, _, value = entry.group(1).partition(" ")
+            self.entries[section].append(Option(names.split(","), re.sub(r" ?\(required\) ?", "", value), entry.group(2) or ""))
+
+    def options(self):
+        return self.entries["Options"]
+
+
+def roff(text):
+    return re.sub(r"^([.'])", r"\\&\1", text.replace("\\", "\\e").replace("-", "\\-"), flags=re.M)
+
+
+def footer_roff(lines):
+    """Sentences as they are, examples line by line."""
+    text = []
+    for line in lines:
+        if not line.strip():
+            text.append(".PP")
+        elif line.startswith("  "):
+            text += [".nf", ".RS", roff(line.strip()), ".RE", ".fi"]
+        else:
+            text.append(roff(line))
+    while text and text[-1] == ".PP":
+        text.pop()
+    return text
+
+
+def man_page(main, commands):
+    page = [
+        ".\\\" Written by make-command-documents.py from what --help says.",
+        ".TH SONARO 1",
+        ".SH NAME",
+        "sonaro \\- render the sound of timelines and sound files, exact to the sample",
+        ".SH SYNOPSIS",
+    ]
+    for command in commands:
+        page += [".B sonaro " + command.command, roff(command.usage.strip()), ".br"]
+    page += [
+        ".SH DESCRIPTION",
+        "Renders OpenTimelineIO timelines (.otio, .otioz, .otiod) and sound files into sound files, draws their",
+        "waveforms and graphs, and tells what they are.",
+        "A file appears under its name only when it is whole.",
+        ".SH EXIT STATUS",
+        ".TP", ".B 0", "Done.",
+        ".TP", ".B 1", "The input or the output failed, or \\-\\-strict found something.",
+        ".TP", ".B 2", "It was used wrongly.",
+        ".TP", ".B 3", "Done, with silence for media of a timeline that are missing.",
+    ]
+    for command in commands:
+        page += [".SH SONARO " + command.command.upper(), roff(command.summary) + "."]
+        for option in command.entries["Positionals"] + command.options():
+            page += [".TP", ".B " + roff(", ".join(option.names)) + (" \\fI" + roff(option.value) + "\\fR" if option.value else ""),
+                     roff(option.text) + "."]
+        page += [".PP"] + footer_roff(command.footer)
+    return "\n".join(page) + "\n"
+
+
+def values_of(command, option):
+    for name in option.names:
+        values = VALUES.get(command.command + " " + name, VALUES.get(name))
+        if values:
+            return values
+    return None
+
+
+def bash_completion(commands):
+    text = ["# Completion of the sonaro command for bash. Written by make-command-documents.py.", "_sonaro()", "{",
+            "\tlocal word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}",
+            "\tif [ \"$COMP_CWORD\" -eq 1 ]; then",
+            "\t\tCOMPREPLY=($(compgen -W \"" + " ".join(c.command for c in commands) + " --help --version\" -- \"$word\"))",
+            "\t\treturn", "\tfi", "\tcase \"$command $before\" in"]
+    for command in commands:
+        for option in command.options():
+            values = values_of(command, option)
+            pattern = " | ".join('"' + command.command + " " + name + '"' for name in option.names)
+            if values:
+                text += [f"\t{pattern}) COMPREPLY=($(compgen -W \"{values}\" -- \"$word\")); return ;;"]
+            elif FOLDERS.intersection(option.names):
+                text += [f"\t{pattern}) compopt -o filenames; COMPREPLY=($(compgen -d -- \"$word\")); return ;;"]
+    text += ["\tesac", "\tcase \"$word\" in", "\t-*)", "\t\tcase \"$command\" in"]
+    for command in commands:
+        names = " ".join(name for option in command.options() for name in option.names)
+        text += [f"\t\t{command.command}) COMPREPLY=($(compgen -W \"{names}\" -- \"$word\")) ;;"]
+    text += ["\t\tesac", "\t\t;;", "\t*)", "\t\tcompopt -o filenames", "\t\tCOMPREPLY=($(compgen -f -- \"$word\"))",
+             "\t\t;;", "\tesac", "}", "complete -F _sonaro sonaro"]
+    return "\n".join(text) + "\n"
+
+
+def zsh_text(text):
+    return re.sub(r"([\[\]:])", r"\\\1", text.replace("'", "'\\''"))
+
+
+def zsh_completion(commands):
+    text = ["#compdef sonaro", "# Completion of the sonaro command for zsh. Written by make-command-documents.py.", "",
+            "local context state line", "_arguments -C '1:command:((" +
+            " ".join(f"{c.command}\\:\"{zsh_text(c.summary)}\"" for c in commands) + "))' '*::argument:->rest'", "",
+            "case $line[1] in"]
+    for command in commands:
+        text += [command.command + ")", "\t_arguments \\"]
+        for option in command.options():
+            values = values_of(command, option)
+            action = f"({values})" if values else "_files -/" if FOLDERS.intersection(option.names) else "_files"
+            argument = f":{zsh_text(option.value.lower().replace(' ...', ''))}:{action}" if option.value else ""
+            repeat = "*" if option.value.endswith("...") else ""
+            for name in option.names:
+                text += [f"\t\t'{repeat}{name}[{zsh_text(option.text)}]{argument}' \\"]
+        text += ["\t\t'*:input:_files'", "\t;;"]
+    return "\n".join(text + ["esac"]) + "\n"
+
+
+def main():
+    program = sys.argv[1]
+    top = Help(program)
+    commands = [Help(program, option.names[0]) for option in top.entries["Subcommands"]]
+    behind = []
+    for path, text in ((ROOT / "Docs/sonaro.1", man_page(top, commands)),
+                       (ROOT / "Host/Completions/sonaro.bash", bash_completion(commands)),
+                       (ROOT / "Host/Completions/_sonaro", zsh_completion(commands))):
+        if "--check" not in sys.argv:
+            path.write_text(text)
+        elif not path.exists() or path.read_text() != text:
+            behind.append(str(path))
+    for path in behind:
+        print(f"{path} has fallen behind: run Docs/make-command-documents.py PROGRAM")
+    return 1 if behind else 0
+
+
+sys.exit(main())

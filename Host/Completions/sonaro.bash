@@ -1,0 +1,45 @@
+# Completion of the sonaro command for bash. Written by make-command-documents.py.
+_sonaro()
+{
+	local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
+	if [ "$COMP_CWORD" -eq 1 ]; then
+		COMPREPLY=($(compgen -W "render waveform info graph --help --version" -- "$word"))
+		return
+	fi
+	case "$command $before" in
+	"render --format") COMPREPLY=($(compgen -W "wav aiff flac caf" -- "$word")); return ;;
+	"render --bits") COMPREPLY=($(compgen -W "16 24 32f" -- "$word")); return ;;
+	"render --dither") COMPREPLY=($(compgen -W "tpdf none" -- "$word")); return ;;
+	"render --layout") COMPREPLY=($(compgen -W "mono stereo 5.1" -- "$word")); return ;;
+	"render --mixdown") COMPREPLY=($(compgen -W "front front-rear front-lfe all" -- "$word")); return ;;
+	"render --stems") COMPREPLY=($(compgen -W "track marker" -- "$word")); return ;;
+	"render --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"render --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	"waveform --format") COMPREPLY=($(compgen -W "png svg json dat" -- "$word")); return ;;
+	"waveform --channels") COMPREPLY=($(compgen -W "stacked merged" -- "$word")); return ;;
+	"waveform --scale") COMPREPLY=($(compgen -W "linear db" -- "$word")); return ;;
+	"waveform --bits") COMPREPLY=($(compgen -W "8 16" -- "$word")); return ;;
+	"waveform --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"waveform --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	"info --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"graph --format") COMPREPLY=($(compgen -W "svg png dot" -- "$word")); return ;;
+	"graph --layout") COMPREPLY=($(compgen -W "mono stereo 5.1" -- "$word")); return ;;
+	"graph --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"graph --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	esac
+	case "$word" in
+	-*)
+		case "$command" in
+		render) COMPREPLY=($(compgen -W "-h --help --at -o --output --format --bits --dither --no-overwrite --start --duration --gain-db --reverse --block --as-playback --speed --rate --fade-in --fade-out --channels --layout --pan --mixdown --quiet --json --range --stems --normalize --limit-dbtp --media --fades --strict --report" -- "$word")) ;;
+		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --start --duration --width --samples-per-column --channels --height --background --wave --rms --scale --floor-db --bits --quiet --json --media --fades" -- "$word")) ;;
+		info) COMPREPLY=($(compgen -W "-h --help --media --json" -- "$word")) ;;
+		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --rate --layout --media --fades --quiet" -- "$word")) ;;
+		esac
+		;;
+	*)
+		compopt -o filenames
+		COMPREPLY=($(compgen -f -- "$word"))
+		;;
+	esac
+}
+complete -F _sonaro sonaro
