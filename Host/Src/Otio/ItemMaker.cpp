@@ -295,8 +295,15 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 	}
 	inWhySilent = inWhySilent.empty() ? CheckNest(inItem, inPlacement, inPassing) : std::move(inWhySilent);
 	std::int64_t first = 0;
-	Scope const scope = MakeInnerScope(inItem, inPlacement, inPassing, inWhySilent, first);
+	Scope scope = MakeInnerScope(inItem, inPlacement, inPassing, inWhySilent, first);
 	SN::AudioChannelLayout const layout = inWhySilent.empty() ? ChooseNestLayout(inItem) : mLayout;
+	SN::InterfaceRef<SN::IAudioMeterSetter> meter;
+	// Otherwise it has a row already, or is the sum.
+	if (inLevelsOn == LevelsOn::eItem && &item != mMaking.mTimelineStack)
+	{
+		meter = AddNestRow(item, scope, layout);
+		scope.mDepth += inItem.mStack ? 1 : 0;
+	}
 	auto const description = inItem.mTrack ? MakeTrackSequence(mMaking, *inItem.mTrack, scope, layout)
 										   : StackMaker(mMaking, *inItem.mStack, scope, layout).Make();
 	if (!inWhySilent.empty() || description->mTracks.empty())
@@ -310,7 +317,27 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 	{
 		AddLevels(item, layout, inPassing.mRange.mLength, result.mChain);
 	}
+	if (meter)
+	{
+		result.mChain.mStages.emplace_back().emplace<Sequence::Meter>().mSetter = meter;
+	}
 	return result;
+}
+
+SN::InterfaceRef<SN::IAudioMeterSetter> ItemMaker::AddNestRow(
+	Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout)
+{
+	TrackRow row;
+	row.mIsHeard = inInner.mWhySilent.empty();
+	row.mReason = inInner.mWhySilent;
+	row.mName = inItem.mName;
+	row.mTrack = inInner.mTrack;
+	row.mPlace = inItem.mPlace;
+	row.mDepth = inInner.mDepth;
+	row.mLayout = inLayout;
+	mMaking.mResult.mTracks.push_back(row);
+	return row.mIsHeard && mMaking.mOptions.mMakeMeter ? mMaking.mOptions.mMakeMeter(row)
+													   : SN::InterfaceRef<SN::IAudioMeterSetter>();
 }
 
 std::string ItemMaker::CheckNest(

@@ -95,6 +95,9 @@ private:
 	// Why it cannot be heard; empty when it can. They take notes.
 	std::string CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
 		Sequence::Media const& inMedia);
+	// For one on a track; gives what listens to it, or nothing.
+	SN::InterfaceRef<SN::IAudioMeterSetter> AddNestRow(
+		Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout);
 	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing);
 	std::string CheckReach(
 		Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent);

@@ -29,7 +29,7 @@ std::string Describe(std::optional<Curve> const& inCurve)
 	}
 	for (Curve::Keyframe const& keyframe : inCurve->mKeyframes)
 	{
-		text += " " + json(keyframe.mTime.mValue).dump() + "/" + json(keyframe.mTime.mRate).dump() + ":" +
+		text += ' ' + json(keyframe.mTime.mValue).dump() + "/" + json(keyframe.mTime.mRate).dump() + ":" +
 				json(keyframe.mValue).dump();
 	}
 	return text;

@@ -47,7 +47,7 @@ struct ClipRow
 	double mSpeed = 1.0;
 };
 
-// A track, a nested stack, or a clip that stands in a stack by itself.
+// A track, a nested stack or track, or a clip that stands in a stack by itself.
 struct TrackRow
 {
 	bool mIsHeard = true;
@@ -56,7 +56,7 @@ struct TrackRow
 	std::string mName;
 	std::string mTrack;
 	std::string mPlace;
-	// Of the stack that it stands in: which of its children it is.
+	// Of the stack that it stands in: which of its children it is. 0 on a track.
 	std::size_t mIndex = 0;
 	// How many compositions stand around it below the timeline's own stack; 0 for those of the timeline itself.
 	std::size_t mDepth = 0;
