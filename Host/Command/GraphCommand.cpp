@@ -4,6 +4,7 @@
 #include "RenderOptions.h"
 #include "SonaroHost/GraphDrawing.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/JobChecks.h"
 #include "SonaroHost/Otio/TimelineInput.h"
 #include "SonaroHost/OutputFile.h"
 #include "SonaroHost/RenderContextScope.h"
@@ -78,6 +79,7 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 int GraphCommand::Run()
 {
 	GraphFormat const format = ChooseFormat(mFormat, mOutput);
+	CheckOutput(mInput, mOutput, true);
 	RenderOptions layout;
 	layout.mLayout = mLayout;
 	Otio::TimelineOptions options;

@@ -157,7 +157,9 @@ void RenderCommand::AddTrackOptions()
 		->option_text("S");
 	GetParser()
 		.add_option("--rate", mOptions.mSampleRate,
-			"Samples a second of the output, resampled (default: those of the first input)")
+			"Samples a second of the output, resampled (default: those of the first input, of a timeline "
+			"those of "
+			"most of its clips)")
 		->option_text("HZ");
 	GetParser()
 		.add_option("--fade-in", mFadeIn,
@@ -178,7 +180,7 @@ void RenderCommand::AddChannelOptions()
 	GetParser()
 		.add_option("--layout", mOptions.mLayout,
 			"What the channels become: mono, stereo, 5.1, or so many channels without places, by position "
-			"(default: the widest layout of the inputs)")
+			"(default: the widest layout of the inputs, the one that a timeline names, or stereo)")
 		->option_text("NAME");
 	GetParser()
 		.add_option("--pan", mPan,

@@ -5,6 +5,7 @@
 #include "RenderReport.h"
 #include "RunJob.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/JobChecks.h"
 #include "SonaroHost/OutputFile.h"
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
@@ -94,7 +95,7 @@ int TimelineRender::Run(std::string const& inInput)
 	TimelineRenderJob job(MakeRequest(inInput));
 	WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
 	CheckStrictly(job);
-	CheckReport();
+	CheckReport(inInput);
 	auto const summary = RunJob(job, job.GetSampleRate(), mShared.mIsQuiet);
 	WarnOfLevels(summary);
 	Report(job, inInput, summary);
@@ -139,10 +140,11 @@ void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob) const
 	}
 }
 
-void TimelineRender::CheckReport() const
+void TimelineRender::CheckReport(std::string const& inInput) const
 {
 	if (!mReport.empty())
 	{
+		CheckOutput(inInput, mReport, !mShared.mKeepsOldFile);
 		OutputFile const file(mReport);
 	}
 }

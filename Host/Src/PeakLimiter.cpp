@@ -1,6 +1,6 @@
 #include "SonaroHost/PeakLimiter.h"
 
-#include "PeakLimiterStage.h"
+#include "FrameLimiter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -9,32 +9,17 @@
 namespace SonaroHost
 {
 
-namespace
-{
-
-constexpr int kNumStages = 2;
-
-} // namespace
-
 PeakLimiter::PeakLimiter(unsigned inChannels, int inSampleRate, double inLimit)
-	: mFrame(inChannels)
+	: mLimiter(std::make_unique<FrameLimiter>(inChannels, inSampleRate, inLimit)),
+	  mFrame(inChannels)
 {
-	for (int i = 0; i < kNumStages; ++i)
-	{
-		mStages.emplace_back(inChannels, inSampleRate, inLimit);
-	}
 }
 
 PeakLimiter::~PeakLimiter() = default;
 
 std::int64_t PeakLimiter::GetLatencyFrames() const
 {
-	std::int64_t frames = 0;
-	for (PeakLimiterStage const& stage : mStages)
-	{
-		frames += stage.GetLatencyFrames();
-	}
-	return frames;
+	return mLimiter->GetLatencyFrames();
 }
 
 void PeakLimiter::Process(dsp::AudioBuffer& ioBlock)
@@ -55,12 +40,7 @@ void PeakLimiter::Process(dsp::AudioBuffer& ioBlock)
 			float const sample = channels[channel][i];
 			mFrame[channel] = std::isfinite(sample) ? sample : 0.0f;
 		}
-		double gain = 1.0;
-		for (PeakLimiterStage& stage : mStages)
-		{
-			gain *= stage.Process(mFrame.data());
-		}
-		mSmallestGain = std::min(mSmallestGain, gain);
+		mSmallestGain = std::min(mSmallestGain, mLimiter->Process(mFrame.data()));
 		for (unsigned channel = 0; channel < mFrame.size(); ++channel)
 		{
 			channels[channel][i] = mFrame[channel];

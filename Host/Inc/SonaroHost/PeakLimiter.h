@@ -12,7 +12,7 @@ class AudioBuffer;
 namespace SonaroHost
 {
 
-class PeakLimiterStage;
+class FrameLimiter;
 
 // Keeps the true peak of a programme below a limit. All channels get the same gain, so that places stay.
 //
@@ -20,7 +20,6 @@ class PeakLimiterStage;
 //           at most 0.05 dB above the limit.
 // Gain      Never above 1. It is down before a peak comes, by 1.5 ms, smoothly and without overshoot, and recovers by
 //           a time constant of 100 ms. While it is 1, samples pass bit for bit.
-// Stages    Two, since a gain that moves while a peak passes moves the peak: the second takes what is left of it.
 // Samples   Those that are not finite become 0.
 // Blocks    Any cut gives the same samples.
 class PeakLimiter
@@ -42,7 +41,7 @@ public:
 	double GetSmallestGain() const { return mSmallestGain; }
 
 private:
-	std::vector<PeakLimiterStage> mStages;
+	std::unique_ptr<FrameLimiter> mLimiter;
 	std::vector<float> mFrame;
 	double mSmallestGain = 1.0;
 };

@@ -1,4 +1,4 @@
-#include "PeakLimiterStage.h"
+#include "FrameLimiter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +20,7 @@ constexpr double kMargin = 0.9999;
 
 } // namespace
 
-PeakLimiterStage::PeakLimiterStage(unsigned inChannels, int inSampleRate, double inLimit)
+FrameLimiter::FrameLimiter(unsigned inChannels, int inSampleRate, double inLimit)
 	: mPeaks(inChannels, inSampleRate),
 	  mLimit(inLimit * kMargin),
 	  mRecovery(std::exp(-1.0 / (kRecoverySeconds * inSampleRate))),
@@ -49,7 +49,7 @@ PeakLimiterStage::PeakLimiterStage(unsigned inChannels, int inSampleRate, double
 	mDelayed.assign(std::max<std::size_t>(mLatencyFrames, 1) * mChannels, 0.0f);
 }
 
-double PeakLimiterStage::Process(float* ioFrame)
+double FrameLimiter::Process(float* ioFrame)
 {
 	double const peak = mPeaks.Process(ioFrame);
 	double const held = Hold(peak > mLimit ? mLimit / peak : 1.0);
@@ -61,7 +61,7 @@ double PeakLimiterStage::Process(float* ioFrame)
 	return gain;
 }
 
-double PeakLimiterStage::Hold(double inGain)
+double FrameLimiter::Hold(double inGain)
 {
 	while (!mHeld.empty() && mHeld.back().mGain >= inGain)
 	{
@@ -75,7 +75,7 @@ double PeakLimiterStage::Hold(double inGain)
 	return mHeld.front().mGain;
 }
 
-double PeakLimiterStage::Smooth(double inGain)
+double FrameLimiter::Smooth(double inGain)
 {
 	mGains[mNextGain] = inGain;
 	mNextGain = mNextGain + 1 == mGains.size() ? 0 : mNextGain + 1;
@@ -98,7 +98,7 @@ double PeakLimiterStage::Smooth(double inGain)
 	return std::min(sum, 1.0);
 }
 
-void PeakLimiterStage::Delay(float* ioFrame, double inGain)
+void FrameLimiter::Delay(float* ioFrame, double inGain)
 {
 	float* const delayed = mDelayed.data() + mNextDelayed * mChannels;
 	for (std::size_t channel = 0; channel < mChannels; ++channel)
