@@ -48,7 +48,8 @@ std::string GetName(NodeRef const& inNode)
 	{
 		return Narrow(info->GetNodeName());
 	}
-	std::string const name = zorvcore::debug::GetTypeName(typeid(*inNode.GetUnknown()));
+	SN::Unknown const& object = *inNode.GetUnknown();
+	std::string const name = zorvcore::debug::GetTypeName(typeid(object));
 	return name.substr(name.rfind(':') + 1);
 }
 
