@@ -141,7 +141,7 @@ void RenderCommand::AddRangeOptions()
 	GetParser().add_flag("--reverse", mIsReverse, "The whole from the end to the start");
 	GetParser()
 		.add_option("--block", mOptions.mBlockFrames,
-			"Samples rendered at a time, 1 to 262144 (default: 4096, for timelines 2048)")
+			"Samples rendered at a time, 1 to 262144 (default: 4096)")
 		->option_text("SAMPLES")
 		->check(CLI::Range(1u, kMaxBlockFrames));
 	GetParser().add_flag("--as-playback", mIsPlayback,

@@ -14,9 +14,10 @@ namespace SonaroHost
 namespace
 {
 
-// A block of at most so many floats, a quarter of a megabyte.
+// A block of at most so many floats, a quarter of a megabyte, and of so few frames that it is used where it
+// was decoded, in the caches, also of many files.
 constexpr std::int64_t kBlockSamples = 65536;
-constexpr std::int64_t kLargestBlockFrames = 8192;
+constexpr std::int64_t kLargestBlockFrames = 2048;
 
 // A packet of ALAC. The last one of a file may be short and is only right after the one before.
 constexpr std::int64_t kAlacPacketFrames = 4096;
@@ -80,7 +81,6 @@ AudioFileReader::~AudioFileReader() = default;
 float const* AudioFileReader::GetBlock(std::int64_t inIndex)
 {
 	++mUseCount;
-	Block* oldest = &mBlocks.front();
 	for (Block& block : mBlocks)
 	{
 		if (block.mIndex == inIndex)
@@ -88,14 +88,27 @@ float const* AudioFileReader::GetBlock(std::int64_t inIndex)
 			block.mLastUse = mUseCount;
 			return block.mSamples.data();
 		}
-		oldest = block.mLastUse < oldest->mLastUse ? &block : oldest;
 	}
+	Block& block = ChooseBlockToFill(inIndex);
 	// It holds nothing if filling it fails.
-	oldest->mIndex = -1;
-	FillBlock(inIndex, oldest->mSamples.data());
-	oldest->mIndex = inIndex;
-	oldest->mLastUse = mUseCount;
-	return oldest->mSamples.data();
+	block.mIndex = -1;
+	FillBlock(inIndex, block.mSamples.data());
+	block.mIndex = inIndex;
+	block.mLastUse = mUseCount;
+	return block.mSamples.data();
+}
+
+// Whoever reads on, in either direction, leaves a block behind, whose memory is still near the processor.
+// Otherwise it is the one that was not used for longest.
+AudioFileReader::Block& AudioFileReader::ChooseBlockToFill(std::int64_t inIndex)
+{
+	auto const leftBehind = std::find_if(mBlocks.begin(), mBlocks.end(),
+		[&](Block const& inBlock)
+		{ return inBlock.mIndex >= 0 && (inBlock.mIndex == inIndex - 2 || inBlock.mIndex == inIndex + 2); });
+	return leftBehind != mBlocks.end()
+			   ? *leftBehind
+			   : *std::min_element(mBlocks.begin(), mBlocks.end(),
+					 [](Block const& inA, Block const& inB) { return inA.mLastUse < inB.mLastUse; });
 }
 
 void AudioFileReader::FillBlock(std::int64_t inIndex, float* outSamples)

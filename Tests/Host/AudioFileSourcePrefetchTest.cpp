@@ -245,7 +245,7 @@ TEST_F(AudioFileSourcePrefetch, ReadersPrefetchersAndPurgesMeet)
 	{
 		// Within one chunk.
 		std::int64_t const position = chunk * static_cast<std::int64_t>(random() % 4) +
-									  static_cast<std::int64_t>(random() % (8192 - kPiece));
+									  static_cast<std::int64_t>(random()) % (chunk - kPiece);
 		Sound const read = PullPrefetched(*source, position, kPiece);
 		bool const isThere = bool(SameBits(read, CutWithSilence(mReference, position, kPiece)));
 		bool const isSilent = bool(SameBits(read, {2, 48000, std::vector<float>(2 * kPiece)}));

@@ -52,6 +52,7 @@ private:
 		std::vector<float> mSamples;
 	};
 
+	Block& ChooseBlockToFill(std::int64_t inIndex);
 	void FillBlock(std::int64_t inIndex, float* outSamples);
 	std::int64_t ReadFrames(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
 	std::int64_t ReadSeekable(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
