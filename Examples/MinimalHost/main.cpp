@@ -1,7 +1,6 @@
 // A host in a hundred lines: two clips on two tracks, mixed by a master, rendered into a WAV file of 32-bit
 // floats. Usage: minimal_host OUTPUT.wav
 #include <Sonaro/AudioTrackRenderableItems.h>
-#include <Sonaro/DelayDependency.h>
 #include <Sonaro/SonaroFactory.h>
 #include <Vexilon/ITimeTransform.h>
 #include <zorvaudiodsp/AudioBuffer.h>

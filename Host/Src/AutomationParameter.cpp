@@ -175,8 +175,7 @@ template <class T>
 T AutomationParameter<T>::Sample(
 	State const& inState, SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache)
 {
-	// Only what changes is written, so that threads which sample one parameter do not take its memory from
-	// each other.
+	// Only what changes is written: stores take the memory from other threads that sample the parameter.
 	if (inState.mIsPending.load(std::memory_order_relaxed))
 	{
 		inState.mIsPending.store(false, std::memory_order_relaxed);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/DelayDependency.h"
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioPanProcessor.h"
 #include "Sonaro/IAudioProcessor.h"
@@ -31,7 +32,6 @@ class IAudioFilter;
 class IAudioMeterSetter;
 class IAudioTransition;
 class IRenderableAudioComponentParam;
-struct DelayDependency;
 
 // The maker of every node.
 //
@@ -100,12 +100,19 @@ public:
 		TickTime const& inEndTime, bool inPreferAccuracy,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// Two generators, each asked for the time multiplied by its scale, joined by one processor: it works on the
+	// channels of the first, followed by as many of the second, and leaves its result in the lower half. An item
+	// of a track. Throws a zorv_exception when a generator or the processor is empty.
 	virtual int CreateAudioMixRenderer(InterfaceRef<IAudioRenderContext> const& inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inFirst, double inFirstTimeScale,
 		InterfaceRef<IAudioGenerator> const& inSecond, double inSecondTimeScale,
 		InterfaceRef<IAudioProcessor> const& inProcessor,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// An item of a track: a source with processors and a pan processor, which is required, of its own. Its
+	// time is shifted by inTimeOffset, by which the processors delay, mapped by the transform and multiplied
+	// by the speed, with a resampler behind the processors at any speed but 1. Give it its place on the track
+	// by IAudioTrackRenderableItem::Init.
 	virtual int CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
 		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
@@ -121,6 +128,8 @@ public:
 		TickTime const& inSecondTimeOffset, double inScalerSpeed, TickTime const& inItemStartTime,
 		TickTime const& inItemEndTime, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// An item of a track: two generators mixed sample by sample with the gains of inTransition. Its time t is the
+	// clips' t + inTransitionStartTime - the start of the clip; the progress goes from 0 to 1 over the duration.
 	virtual int CreateAudioTransitionRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioTransition> inTransition,
 		AudioTransitionParameters const& inParameters,
@@ -129,6 +138,11 @@ public:
 		TickTime const& inIncomingStartTime, TickTime const& inTransitionStartTime,
 		TickTime const& inTransitionDuration, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// A track of items, sorted and flush, framed by a leading and a trailing one: exactly two items count as
+	// none. inOwner: the host's object of the track, by which others find it in the context; may be empty.
+	// inMute: not 0 while muted, live in a playback at the top level; null for never. inPanProcessor: to the
+	// layout of what the track feeds; empty for none. inChannels: of the track itself. A track that is never
+	// heard becomes a silent generator, unless a send taps it.
 	virtual int CreateAudioClipTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, AudioTrackRenderableItemList const& inItems,
 		InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
@@ -136,6 +150,7 @@ public:
 		InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// The track of a submix or of the master over a source, mostly an inlet. The rest as for a track of items.
 	virtual int CreateAudioMixTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
 		InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
@@ -143,16 +158,24 @@ public:
 		InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// The sum of inputs: of tracks and sends what they hold of the block that the group has rendered, of other
+	// generators what they give.
 	virtual int CreateAudioTrackInletRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, std::vector<InterfaceRef<UnknownBase>> const& inInputs,
 		AudioChannelLayout const& inChannels, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// The tracks of a sequence, each before those that it feeds; the last one is the output. inDelayDependencies:
+	// for each track, by their mDelay, how many samples each of its sends waits, in their order, and last its
+	// output; without a record, not at all. inGeneratorDelays: how far ahead of the sequence's time each track is
+	// asked, forward later and in reverse earlier; without one, 0. inOwner: the host's object of the sequence.
 	virtual int CreateAudioTrackGroupRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, std::vector<InterfaceRef<IAudioGenerator>> const& inGenerators,
 		std::deque<std::vector<DelayDependency>> const& inDelayDependencies,
 		std::vector<TickTime> const& inGeneratorDelays, AudioChannelLayout const& inChannels,
 		InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// A further instance of the group that was made under this owner at the same nesting depth: the group itself
+	// where it has no history, else a clone, and silence beyond the limit of instances. -1 where there is none.
 	virtual int CreateAudioTrackGroupRendererViaCloning(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<UnknownBase> inOwner,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
