@@ -21,6 +21,9 @@
 #ifdef SONARO_HAS_SPEEXDSP
 #include <speex/speex_resampler.h>
 #endif
+#ifdef SONARO_HAS_ZITA
+#include <zita-resampler/resampler.h>
+#endif
 
 namespace
 {
@@ -195,6 +198,30 @@ MakeStream MakeSpeex(int inQuality)
 }
 #endif
 
+#ifdef SONARO_HAS_ZITA
+// inHalfLength: of its filter, 16 to 96.
+MakeStream MakeZita(unsigned inHalfLength)
+{
+	return [inHalfLength](Rates const& inRates) -> Stream
+	{
+		auto const state = std::make_shared<Resampler>();
+		state->setup(inRates.mInput, inRates.mOutput, 1, inHalfLength);
+		return [state](float const* inInput, unsigned inCount)
+		{
+			Samples output(2 * kBlock);
+			// It takes no const and writes nothing there.
+			state->inp_data = const_cast<float*>(inInput);
+			state->inp_count = inCount;
+			state->out_data = output.data();
+			state->out_count = static_cast<unsigned>(output.size());
+			state->process();
+			output.resize(output.size() - state->out_count);
+			return output;
+		};
+	};
+}
+#endif
+
 void Register(std::string const& inName, MakeStream const& inMake)
 {
 	for (Rates const& rates : kRates)
@@ -228,6 +255,10 @@ void Register(std::string const& inName, MakeStream const& inMake)
 #ifdef SONARO_HAS_SPEEXDSP
 	Register("speexdsp/10", MakeSpeex(10));
 	Register("speexdsp/5", MakeSpeex(5));
+#endif
+#ifdef SONARO_HAS_ZITA
+	Register("zita/96", MakeZita(96));
+	Register("zita/16", MakeZita(16));
 #endif
 	return true;
 }();
