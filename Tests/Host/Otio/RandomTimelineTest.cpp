@@ -1,14 +1,18 @@
+#include "SonaroHost/Otio/TimelineRenderJob.h"
 #include "SonaroHost/Otio/TimelineSequence.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sndfile.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -24,6 +28,8 @@ namespace SonaroHost::Otio
 
 namespace
 {
+
+using Json = nlohmann::json;
 
 constexpr int kRate = 48000;
 constexpr std::int64_t kMediaFrames = 4800;
@@ -308,6 +314,107 @@ TEST(RandomTimelines, CutsAndNestingSoundAsAddedUpOneByOne)
 		}
 	}
 	EXPECT_GT(heard, 100000u);
+}
+
+Json ToJson(RationalTime const& inTime)
+{
+	return {{"OTIO_SCHEMA", "RationalTime.1"}, {"value", inTime.mValue}, {"rate", inTime.mRate}};
+}
+
+Json ToJson(char const* inSchema, Item const& inItem)
+{
+	Json json = {{"OTIO_SCHEMA", inSchema}, {"name", "random"}, {"enabled", inItem.mIsEnabled}};
+	if (inItem.mSourceRange)
+	{
+		json["source_range"] = {{"OTIO_SCHEMA", "TimeRange.1"},
+			{"start_time", ToJson(inItem.mSourceRange->mStartTime)},
+			{"duration", ToJson(inItem.mSourceRange->mDuration)}};
+	}
+	return json;
+}
+
+Json ToJson(Composable const& inChild);
+
+Json ToJson(char const* inSchema, Item const& inItem, std::vector<Composable> const& inChildren)
+{
+	Json json = ToJson(inSchema, inItem);
+	json["children"] = Json::array();
+	for (Composable const& child : inChildren)
+	{
+		json["children"].push_back(ToJson(child));
+	}
+	return json;
+}
+
+// Of timelines of cuts.
+Json ToJson(Composable const& inChild)
+{
+	if (Clip const* const clip = inChild.As<Clip>())
+	{
+		Json json = ToJson("Clip.1", *clip);
+		json["media_reference"] = {
+			{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", clip->mMediaReferences[0].mTargetUrl}};
+		return json;
+	}
+	if (Track const* const track = inChild.As<Track>())
+	{
+		Json json = ToJson("Track.1", *track, track->mChildren);
+		json["kind"] = track->mKind;
+		return json;
+	}
+	Stack const* const stack = inChild.As<Stack>();
+	return stack ? ToJson("Stack.1", *stack, stack->mChildren) : ToJson("Gap.1", *inChild.AsItem());
+}
+
+std::vector<float> ReadFirstChannel(std::filesystem::path const& inPath)
+{
+	SF_INFO info{};
+	std::unique_ptr<SNDFILE, decltype(&sf_close)> const file(
+		sf_open(inPath.c_str(), SFM_READ, &info), &sf_close);
+	std::vector<float> all(static_cast<std::size_t>(info.frames * info.channels));
+	sf_readf_float(file.get(), all.data(), info.frames);
+	std::vector<float> first;
+	for (std::size_t i = 0; i < all.size(); i += static_cast<std::size_t>(info.channels))
+	{
+		first.push_back(all[i]);
+	}
+	return first;
+}
+
+TEST(RandomTimelines, FromTheFileToTheSamplesOfTheWav)
+{
+	std::string name = (std::filesystem::temp_directory_path() / "timelines-XXXXXX").string();
+	std::filesystem::path const folder = mkdtemp(name.data());
+	unsigned rendered = 0;
+	for (unsigned seed = 301; seed <= 360; ++seed)
+	{
+		SCOPED_TRACE("seed " + std::to_string(seed));
+		Timeline timeline = RandomTimeline(seed, false).Make();
+		timeline.mTracks.mIsEnabled = true;
+		std::vector<double> const expected = Naive().Render(timeline.mTracks);
+		if (expected.empty())
+		{
+			continue;
+		}
+		Json const json = {{"OTIO_SCHEMA", "Timeline.1"}, {"name", "random"},
+			{"tracks", ToJson("Stack.1", timeline.mTracks, timeline.mTracks.mChildren)}};
+		std::ofstream(folder / "edit.otio") << json.dump();
+		TimelineRenderRequest request;
+		request.mInput = folder / "edit.otio";
+		request.mMediaFolders = {std::filesystem::path(SONARO_CONFORMANCE) / "otio/media"};
+		request.mOutput = folder / "mix.wav";
+		request.mSampleRate = kRate;
+		ASSERT_TRUE(TimelineRenderJob(request).Run());
+		std::vector<float> const actual = ReadFirstChannel(request.mOutput);
+		ASSERT_EQ(actual.size(), expected.size());
+		for (std::size_t frame = 0; frame < expected.size(); ++frame)
+		{
+			ASSERT_NEAR(actual[frame], expected[frame], 1.0e-6) << "at " << frame;
+		}
+		++rendered;
+	}
+	EXPECT_GT(rendered, 40u);
+	std::filesystem::remove_all(folder);
 }
 
 TEST(RandomTimelines, StemsAddUpToTheMix)
