@@ -1,8 +1,9 @@
 #include "SonaroHost/BlockPeak.h"
 
+#include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
-#include <cmath>
+#include <algorithm>
 
 namespace SonaroHost
 {
@@ -16,12 +17,8 @@ float FindPeak(dsp::AudioBuffer const& inBlock, float inPeak)
 		{
 			continue;
 		}
-		float const* const samples = inBlock.GetChannel(channel);
-		for (unsigned i = 0; i < inBlock.GetUseSize(); ++i)
-		{
-			float const magnitude = std::fabs(samples[i]);
-			peak = magnitude > peak ? magnitude : peak;
-		}
+		peak = std::max(
+			peak, zorvaccelerate::utility::FindPeak(inBlock.GetUseSize(), inBlock.GetChannel(channel)));
 	}
 	return peak;
 }

@@ -366,6 +366,20 @@ Json ToJson(Composable const& inChild)
 	return stack ? ToJson("Stack.1", *stack, stack->mChildren) : ToJson("Gap.1", *inChild.AsItem());
 }
 
+struct TemporaryFolder
+{
+	TemporaryFolder()
+	{
+		std::string name = (std::filesystem::temp_directory_path() / "timelines-XXXXXX").string();
+		mPath = mkdtemp(name.data());
+	}
+	~TemporaryFolder() { std::filesystem::remove_all(mPath); }
+	TemporaryFolder(TemporaryFolder const&) = delete;
+	TemporaryFolder& operator=(TemporaryFolder const&) = delete;
+
+	std::filesystem::path mPath;
+};
+
 std::vector<float> ReadFirstChannel(std::filesystem::path const& inPath)
 {
 	SF_INFO info{};
@@ -383,8 +397,8 @@ std::vector<float> ReadFirstChannel(std::filesystem::path const& inPath)
 
 TEST(RandomTimelines, FromTheFileToTheSamplesOfTheWav)
 {
-	std::string name = (std::filesystem::temp_directory_path() / "timelines-XXXXXX").string();
-	std::filesystem::path const folder = mkdtemp(name.data());
+	TemporaryFolder const temporary;
+	std::filesystem::path const& folder = temporary.mPath;
 	unsigned rendered = 0;
 	for (unsigned seed = 301; seed <= 360; ++seed)
 	{
@@ -414,7 +428,6 @@ TEST(RandomTimelines, FromTheFileToTheSamplesOfTheWav)
 		++rendered;
 	}
 	EXPECT_GT(rendered, 40u);
-	std::filesystem::remove_all(folder);
 }
 
 TEST(RandomTimelines, StemsAddUpToTheMix)
