@@ -8,6 +8,8 @@
 #include "SonaroHost/ChannelLayouts.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -49,8 +51,23 @@ std::optional<Sequence::Item> ItemMaker::Make(
 	{
 		whySilent = "it is cut away by what it stands in, or has no length";
 	}
+	if (whySilent.empty() && passing.mSpeed < Ratio())
+	{
+		TellStretch(inItem, passing);
+	}
 	return inItem.mClip ? MakeClip(*inItem.mClip, inPlacement, passing, std::move(whySilent), inLevelsOn)
 						: MakeNest(inItem, inPlacement, passing, whySilent, inLevelsOn);
+}
+
+void ItemMaker::TellStretch(ItemView const& inItem, Passing const& inPassing)
+{
+	std::array<char, 32> speed{};
+	std::snprintf(speed.data(), speed.size(), "%.6g", inPassing.mSpeed.ToDouble());
+	Ratio const start = inPassing.mRange.mStart;
+	mMaking.Tell(Note::Kind::eRemark, inItem.mItem->mPlace,
+		std::string("at speed ") + speed.data() + " it is heard backwards, from " +
+			DescribeTime(start - inPassing.mSpeed * inPassing.mRange.mLength) + " back to " +
+			DescribeTime(start) + " of its " + (inItem.mClip ? "media" : "content"));
 }
 
 void ItemMaker::AddMarkersOf(ItemView const& inItem)
@@ -78,9 +95,9 @@ ItemMaker::Passing ItemMaker::FindPassing(ItemView const& inItem, Placement cons
 	passing.mRange = mMaking.mMeasures.GetRange(inItem);
 	Speed const speed = GetSpeed(*inItem.mItem);
 	passing.mSpeed = speed.mIsFrozen ? Ratio(1) : speed.mFactor;
-	bool const isBackwards = passing.mSpeed < Ratio();
-	Ratio const first = isBackwards ? passing.mRange.GetEnd() : passing.mRange.mStart;
-	passing.mToContent = TimeMap(inPlacement.mStart, first, passing.mSpeed);
+	// Either way the same stretch is heard, backwards from its end on.
+	Ratio const passed = std::max(-passing.mSpeed, Ratio()) * passing.mRange.mLength;
+	passing.mToContent = TimeMap(inPlacement.mStart, passing.mRange.mStart + passed, passing.mSpeed);
 	passing.mFirst = passing.mToContent.Map(mScope.mGrid.ToTime(inPlacement.mFirstFrame));
 	return passing;
 }

@@ -26,8 +26,8 @@ Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const&
 
 // Makes a sequence's item of a clip or a composition.
 //
-// Content  Forward, what is heard at the item's start is the start of its range, and time passes there by
-//          its speed. Backward, it is the last of its range.
+// Content  Of a range from s on that is d long, at speed k: forward, from s to s + k d; backward, from s + |k| d
+//          back to s, the last sample before s + |k| d first.
 class ItemMaker
 {
 public:
@@ -79,6 +79,8 @@ private:
 		bool mIsMedia;
 	};
 
+	// Which part of its content is heard backwards.
+	void TellStretch(ItemView const& inItem, Passing const& inPassing);
 	Passing FindPassing(ItemView const& inItem, Placement const& inPlacement) const;
 	Sequence::Item MakeItem(Item const& inItem, Placement const& inPlacement, Passing const& inPassing) const;
 	void AddMarkers(Item const& inItem, Placement const& inPlacement, Passing const& inPassing);

@@ -1,6 +1,9 @@
 #include "Scope.h"
 
+#include "SonaroHost/TimePosition.h"
+
 #include <algorithm>
+#include <cstdlib>
 
 namespace SonaroHost::Otio
 {
@@ -31,6 +34,15 @@ TimeSpan TimeMap::Map(TimeSpan const& inSpan) const
 	Ratio const start = Map(inSpan.mStart);
 	Ratio const end = Map(inSpan.mEnd);
 	return inSpan.IsEmpty() ? TimeSpan{start, start} : TimeSpan{std::min(start, end), std::max(start, end)};
+}
+
+std::string DescribeTime(Ratio const& inSeconds)
+{
+	constexpr int kMilliseconds = 1000;
+	std::int64_t const rounded = ToSamples(inSeconds, kMilliseconds);
+	std::string text = FormatTime(std::abs(rounded), kMilliseconds);
+	text.insert(0, rounded < 0 ? 1 : 0, '-');
+	return text;
 }
 
 std::string AppendName(std::string const& inTrack, Item const& inItem, char const* inKind)

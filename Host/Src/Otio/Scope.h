@@ -87,6 +87,9 @@ struct Scope
 	std::string mWhySilent;
 };
 
+// A time for people, to the millisecond: "1:02:03.500", "-0:00.250".
+std::string DescribeTime(Ratio const& inSeconds);
+
 // inTrack with a name behind it.
 std::string AppendName(std::string const& inTrack, Item const& inItem, char const* inKind);
 

@@ -328,8 +328,19 @@ def speed_cases():
     case("half-as-fast", "At 1/2 half as much passes.",
          timeline(track(clip("a.wav", r(1000, 2000), effects=[warp(0.5)]))), 2000,
          [[run(0, 2000, "a.wav", 1000, step=0.5)]], within=0.2, unsettled=40)
-    case("twice-as-fast-backwards", "At -2 the last of the range comes first and twice as much passes.",
-         timeline(track(clip("a.wav", r(2500, 2000), effects=[warp(-2)]))), 2000,
+    case("twice-as-fast-backwards", "At -2 what is heard at 2 comes the other way round: from 500 + 2 * 2000 back "
+         "to 500, the last sample first.",
+         timeline(track(clip("a.wav", r(500, 2000), effects=[warp(-2)]))), 2000,
+         [[run(0, 2000, "a.wav", 4499, step=-2)]], within=0.2, unsettled=40)
+    case("half-as-fast-backwards", "At -1/2 from 1000 + 2000 / 2 back to 1000; the end of the range is not reached.",
+         timeline(track(clip("a.wav", r(1000, 2000), effects=[warp(-0.5)]))), 2000,
+         [[run(0, 2000, "a.wav", 1999, step=-0.5)]], within=0.2, unsettled=40)
+    case("backwards-beyond-the-media", "At -2 from 3000 + 2 * 1000 on, of which the first 200 are beyond the file's "
+         "4800: 100 samples of silence.",
+         timeline(track(clip("a.wav", r(3000, 1000), effects=[warp(-2)]))), 1000,
+         [[run(100, 1000, "a.wav", 4799, step=-2)]], within=0.2, unsettled=40)
+    case("warps-multiply-backwards", "-1/2 and 4 are -2, and the range is worked out from their product.",
+         timeline(track(clip("a.wav", r(500, 2000), effects=[warp(-0.5), warp(4)]))), 2000,
          [[run(0, 2000, "a.wav", 4499, step=-2)]], within=0.2, unsettled=40)
     case("freeze-frame", "A freeze frame is silent and takes its time.",
          timeline(track(clip("a.wav", r(0, 500), effects=[item("FreezeFrame.1", {"time_scalar": 0})]),
@@ -351,7 +362,34 @@ def speed_cases():
          timeline(track(stack(track(clip("a.wav", r(0, 4000))), source_range=r(500, 1000),
                               effects=[warp(2)]))), 1000,
          [[run(0, 1000, "a.wav", 500, step=2)]], within=0.2, unsettled=40)
-    case("transition-backwards", "What is read backwards has its handle before its range: a goes on below "
+    long = stack(track(gap(100), clip("a.wav", r(1000, 3000))), source_range=r(500, 800))
+    case("nested-twice-as-fast-backwards", "A nested stack at -2: its time 500 + 2 * 800 back to 500, which is the "
+         "clip's 2000 back to 400 and the media's 3000 back to 1400.",
+         timeline(track({**long, "effects": [warp(-2)]})), 800,
+         [[run(0, 800, "a.wav", 2999, step=-2)]], within=0.2, unsettled=40)
+    slow = stack(track(clip("a.wav", r(1000, 3000), effects=[warp(-0.5)])), source_range=r(500, 800))
+    case("half-backwards-within-double", "A clip at -1/2 goes from 1000 + 3000 / 2 back to 1000; the nest at 2 begins "
+         "500 into that, at 2250, and passes by 2 * -1/2.",
+         timeline(track({**slow, "effects": [warp(2)]})), 800,
+         [[run(0, 800, "a.wav", 2249, step=-1)]], within=0.3, unsettled=40)
+    case("half-backwards-within-double-backwards", "The nest at -2 begins at 500 + 2 * 800, where the clip is at 2500 - "
+         "2100 / 2, and goes forward.",
+         timeline(track({**slow, "effects": [warp(-2)]})), 800,
+         # The last sample of the nest is heard first, its 2099th; the clip's resampler, run backwards, is a sample
+         # or two beside its place.
+         [[run(0, 800, "a.wav", 1449.5, step=1)]], within=2, unsettled=40)
+    case("transitions-half-backwards", "At -1/2 the clip is at 2000 where it begins and at 1500 where it ends. Before its "
+         "start it borrows above, 100 samples for 200; behind its end below, 150 for 300.",
+         timeline(track(clip("b.wav", r(0, 1000)), transition(200, 0),
+                        clip("a.wav", r(1500, 1000), effects=[warp(-0.5)]), transition(0, 300),
+                        clip("b.wav", r(1000, 1000)))), 3000,
+         [[run(0, 800, "b.wav", 0), run(800, 1000, "b.wav", 800, fade=["equal-power", "out", 800, 1000]),
+           run(800, 1000, "a.wav", 2099, step=-0.5, fade=["equal-power", "in", 800, 1000]),
+           run(1000, 2000, "a.wav", 1999, step=-0.5),
+           run(2000, 2300, "a.wav", 1499, step=-0.5, fade=["equal-power", "out", 2000, 2300]),
+           run(2000, 2300, "b.wav", 1000, fade=["equal-power", "in", 2000, 2300]),
+           run(2300, 3000, "b.wav", 1300)]], within=0.2, unsettled=40)
+    case("transition-backwards", "What is read backwards goes on below its range behind its end: a goes on below "
          "its sample 1000.",
          timeline(track(clip("a.wav", r(1000, 1000), effects=[warp(-1)]), transition(200, 300),
                         clip("b.wav", r(1000, 1000)))), 2000,

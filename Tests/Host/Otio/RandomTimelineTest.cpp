@@ -17,6 +17,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -428,6 +429,225 @@ TEST(RandomTimelines, FromTheFileToTheSamplesOfTheWav)
 		++rendered;
 	}
 	EXPECT_GT(rendered, 40u);
+}
+
+// One item at any speed between two clips, with transitions to both, and a stack with a clip at a speed of its own
+// as that item. What is heard is worked out from the rule alone: a range from s on of length d plays from s to s + k d,
+// or, at k below 0, from s + |k| d back to s, the last sample first.
+class SpeedTrial
+{
+public:
+	explicit SpeedTrial(unsigned inSeed)
+		: mRandom(inSeed)
+	{
+		mOuter = {PickSpeed(), 0, 8 * Pick(40, 60)};
+		mIsNest = Pick(0, 1) == 1;
+		mInner = {mIsNest ? PickSpeed() : 1.0, 0, 0};
+		mBefore = Pick(0, 1) * 8 * Pick(1, 10);
+		mAfter = Pick(0, 1) * 8 * Pick(1, 10);
+		// As much as the transitions borrow, and room for the resamplers, lies on both sides.
+		std::int64_t const passed = GetPassed(mOuter);
+		auto const margin = static_cast<std::int64_t>(std::abs(mOuter.mFactor) * 80.0) + 64;
+		mOuter.mStart = margin + 8 * Pick(0, 10);
+		if (mIsNest)
+		{
+			mInner.mFrames = (mOuter.mStart + passed + margin + 7) / 8 * 8;
+			mInner.mStart = 8 * Pick(0, 10);
+			// A gap stands before the clip; it is passed over.
+			mGap = Pick(0, 1) * (mOuter.mStart - margin);
+		}
+	}
+
+	bool Fits() const
+	{
+		Stretch const& lowest = mIsNest ? mInner : mOuter;
+		return lowest.mStart + GetPassed(lowest) + 400 < kMediaFrames;
+	}
+
+	Timeline MakeTimeline() const
+	{
+		Composable middle{MakeClip("a.wav", mIsNest ? mInner : mOuter)};
+		if (mIsNest)
+		{
+			Track track;
+			track.mKind = "Audio";
+			Gap gap;
+			gap.mSourceRange = TimeRange{{0.0, double{kRate}}, {static_cast<double>(mGap), double{kRate}}};
+			track.mChildren = {Composable{gap}, middle};
+			Stack stack;
+			stack.mChildren = {Composable{track}};
+			Cut(stack, mOuter);
+			middle = Composable{stack};
+		}
+		Track track;
+		track.mKind = "Audio";
+		track.mChildren.push_back({MakeClip("b.wav", {1.0, 500, kSideFrames})});
+		AddTransition(mBefore, 0, track);
+		track.mChildren.push_back(middle);
+		AddTransition(0, mAfter, track);
+		track.mChildren.push_back({MakeClip("b.wav", {1.0, 1500, kSideFrames})});
+		Timeline timeline;
+		timeline.mTracks.mChildren.push_back({track});
+		return timeline;
+	}
+
+	// In 32768ths. Nothing within kSettling samples of where something resampled begins or ends.
+	std::optional<double> GetSample(std::int64_t inFrame) const
+	{
+		std::int64_t const frame = inFrame - kSideFrames;
+		std::int64_t const end = mOuter.mFrames;
+		bool const isResampled = std::abs(mOuter.mFactor) != 1.0 || std::abs(mInner.mFactor) != 1.0;
+		for (std::int64_t const edge : {-mBefore, end + mAfter})
+		{
+			if (isResampled && std::abs(frame - edge) < kSettling)
+			{
+				return std::nullopt;
+			}
+		}
+		double const middle = GetMiddle(static_cast<double>(frame));
+		auto const mixed = [](double inOut, double inIn, double inProgress)
+		{ return inOut * (1.0 - inProgress) + inIn * inProgress; };
+		double const left = static_cast<double>(10001 + 500 + inFrame);
+		double const right = static_cast<double>(10001 + 1500 + frame - end);
+		auto const at = static_cast<double>(frame);
+		if (frame < -mBefore || frame >= end + mAfter)
+		{
+			return frame < 0 ? left : right;
+		}
+		return frame < 0
+				   ? mixed(left, middle, (at + static_cast<double>(mBefore)) / static_cast<double>(mBefore))
+			   : frame >= end
+				   ? mixed(middle, right, (at - static_cast<double>(end)) / static_cast<double>(mAfter))
+				   : middle;
+	}
+
+	double GetTolerance() const
+	{
+		// A resampler begins with a whole sample of what it reads; one that is read backwards is up to two of
+		// its samples beside its place.
+		double const inner = std::max(std::abs(mInner.mFactor), 1.0);
+		bool const isInnerExact = std::abs(mInner.mFactor) == 1.0;
+		return isInnerExact ? 0.2 : mOuter.mFactor < 0.0 ? 0.5 + 2.0 * inner : inner;
+	}
+
+	std::int64_t GetFrames() const { return 2 * kSideFrames + mOuter.mFrames; }
+	bool IsBackwards() const { return mOuter.mFactor < 0.0 || mInner.mFactor < 0.0; }
+
+	friend std::ostream& operator<<(std::ostream& ioStream, SpeedTrial const& inTrial)
+	{
+		return ioStream << "speeds " << inTrial.mOuter.mFactor << " and " << inTrial.mInner.mFactor << ", "
+						<< inTrial.mOuter.mFrames << " frames from " << inTrial.mOuter.mStart
+						<< " on, transitions " << inTrial.mBefore << " and " << inTrial.mAfter << ", gap "
+						<< inTrial.mGap;
+	}
+
+private:
+	struct Stretch
+	{
+		double mFactor;
+		std::int64_t mStart;
+		std::int64_t mFrames;
+	};
+
+	static constexpr std::int64_t kSideFrames = 200;
+	static constexpr std::int64_t kSettling = 60;
+
+	int Pick(int inLeast, int inMost) { return std::uniform_int_distribution(inLeast, inMost)(mRandom); }
+	double PickSpeed()
+	{
+		int const eighths = Pick(2, 20);
+		return (Pick(1, 4) == 1 ? 8 : eighths) * (Pick(1, 3) > 1 ? -0.125 : 0.125);
+	}
+
+	static std::int64_t GetPassed(Stretch const& inStretch)
+	{
+		return static_cast<std::int64_t>(
+			std::abs(inStretch.mFactor) * static_cast<double>(inStretch.mFrames));
+	}
+
+	static double GetPlace(Stretch const& inStretch, double inFrame)
+	{
+		auto const first = static_cast<double>(
+			inStretch.mFactor < 0.0 ? inStretch.mStart + GetPassed(inStretch) - 1 : inStretch.mStart);
+		return first + inStretch.mFactor * inFrame;
+	}
+
+	double GetMiddle(double inFrame) const
+	{
+		double const place = GetPlace(mOuter, inFrame);
+		return 1.0 + (mIsNest ? GetPlace(mInner, place - static_cast<double>(mGap)) : place);
+	}
+
+	static void Cut(Item& ioItem, Stretch const& inStretch)
+	{
+		ioItem.mSourceRange = TimeRange{{static_cast<double>(inStretch.mStart), double{kRate}},
+			{static_cast<double>(inStretch.mFrames), double{kRate}}};
+		Effect warp;
+		warp.mKind = Effect::Kind::eLinearTimeWarp;
+		// Two that multiply.
+		for (double const factor : {inStretch.mFactor * 2.0, 0.5})
+		{
+			warp.mTimeScalar = factor;
+			ioItem.mEffects.push_back(warp);
+		}
+	}
+
+	static Clip MakeClip(char const* inMedia, Stretch const& inStretch)
+	{
+		Clip clip;
+		MediaReference media;
+		media.mKind = MediaReference::Kind::eExternal;
+		media.mTargetUrl = inMedia;
+		clip.mMediaReferences.push_back(media);
+		Cut(clip, inStretch);
+		return clip;
+	}
+
+	static void AddTransition(std::int64_t inBefore, std::int64_t inAfter, Track& ioTrack)
+	{
+		auto settings = std::make_shared<MixSettings>();
+		settings->mShape = FadeShape::eLinear;
+		Transition transition;
+		transition.mInOffset = {static_cast<double>(inBefore), double{kRate}};
+		transition.mOutOffset = {static_cast<double>(inAfter), double{kRate}};
+		transition.mSettings = settings;
+		ioTrack.mChildren.push_back({transition});
+	}
+
+	std::mt19937 mRandom;
+	Stretch mOuter{};
+	Stretch mInner{};
+	bool mIsNest = false;
+	std::int64_t mGap = 0;
+	std::int64_t mBefore = 0;
+	std::int64_t mAfter = 0;
+};
+
+TEST(RandomTimelines, SpeedsOfEitherSignPlayTheirStretch)
+{
+	unsigned backwards = 0;
+	for (unsigned seed = 1; seed <= 200; ++seed)
+	{
+		SpeedTrial const trial(seed);
+		if (!trial.Fits())
+		{
+			continue;
+		}
+		SCOPED_TRACE(testing::Message() << "seed " << seed << ": " << trial);
+		FileMedia media;
+		TimelineSequence const sequence = MakeSequence(trial.MakeTimeline(), media);
+		ASSERT_FALSE(HasGuesses(sequence.mNotes)) << sequence.mNotes.back().mText;
+		std::vector<double> const actual = Render(sequence, 512);
+		ASSERT_EQ(std::ssize(actual), trial.GetFrames());
+		for (std::int64_t frame = 0; frame < trial.GetFrames(); ++frame)
+		{
+			auto const expected = trial.GetSample(frame);
+			double const sample = actual[static_cast<std::size_t>(frame)] * 32768.0;
+			ASSERT_NEAR(sample, expected.value_or(sample), trial.GetTolerance()) << "at " << frame;
+		}
+		backwards += trial.IsBackwards() ? 1 : 0;
+	}
+	EXPECT_GT(backwards, 60u);
 }
 
 TEST(RandomTimelines, StemsAddUpToTheMix)
