@@ -140,8 +140,8 @@ void RenderCommand::AddRangeOptions()
 		->option_text("DB");
 	GetParser().add_flag("--reverse", mIsReverse, "The whole from the end to the start");
 	GetParser()
-		.add_option("--block", mOptions.mBlockFrames,
-			"Samples rendered at a time, 1 to 262144 (default: 4096)")
+		.add_option(
+			"--block", mOptions.mBlockFrames, "Samples rendered at a time, 1 to 262144 (default: 4096)")
 		->option_text("SAMPLES")
 		->check(CLI::Range(1u, kMaxBlockFrames));
 	GetParser().add_flag("--as-playback", mIsPlayback,
@@ -266,7 +266,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	}
 	request.mBlockFrames = mOptions.mBlockFrames.value_or(request.mBlockFrames);
 	request.mAsPlayback = mIsPlayback;
-	request.mMeasureLoudness = mOptions.mAsJson || !mOptions.mIsQuiet;
+	request.mMeasuring = mOptions.mAsJson || !mOptions.mIsQuiet ? Measuring::eOutput : Measuring::eNothing;
 	request.mReplace = !mOptions.mKeepsOldFile;
 	return request;
 }
@@ -344,11 +344,12 @@ RenderSummary RenderCommand::Render(ClipRenderJob& ioJob) const
 
 void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
 {
-	if (inSummary.mClippedSamples > 0)
+	if (inSummary.GetFile().mClippedSamples > 0)
 	{
-		PrintWarning(std::to_string(inSummary.mClippedSamples) + " samples of " +
+		PrintWarning(std::to_string(inSummary.GetFile().mClippedSamples) + " samples of " +
 					 QuotePath(mOptions.mOutput) + " were clipped at full scale (peak " +
-					 FormatPeak(inSummary.mPeak) + "); lower --gain-db, or write floats with --bits 32f");
+					 FormatPeak(inSummary.GetFile().mPeak) +
+					 "); lower --gain-db, or write floats with --bits 32f");
 	}
 	if (inSummary.mPlayback)
 	{

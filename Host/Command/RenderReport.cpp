@@ -23,7 +23,7 @@ std::string DescribeLoudness(LoudnessReading const& inLoudness)
 
 double GetRenderedSeconds(RenderSummary const& inSummary)
 {
-	return static_cast<double>(inSummary.mFrames) / inSummary.mSampleRate;
+	return static_cast<double>(inSummary.GetFrames()) / inSummary.mSampleRate;
 }
 
 double GetRealTimeFactor(RenderSummary const& inSummary)
@@ -82,13 +82,13 @@ std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::str
 	std::snprintf(
 		speed.data(), speed.size(), "%.0f times faster than real time", GetRealTimeFactor(inSummary));
 	bool const isDithered = inSummary.mFormat.mDither == Dither::eTriangular;
-	return inOutput + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
-		   std::to_string(inSummary.mFrames) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) + ", " +
-		   std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) + " " +
-		   GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\n" +
-		   DescribeInputs(inInputs, inJob.GetPlan()) + "peak " + FormatPeak(inSummary.mPeak) +
-		   (inSummary.mLoudness ? DescribeLoudness(*inSummary.mLoudness) : "") + "\n" + speed.data() + "\n" +
-		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
+	return inOutput + ": " + FormatTime(inSummary.GetFrames(), inSummary.mSampleRate) + " (" +
+		   std::to_string(inSummary.GetFrames()) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) +
+		   ", " + std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) +
+		   " " + GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\n" +
+		   DescribeInputs(inInputs, inJob.GetPlan()) + "peak " + FormatPeak(inSummary.GetFile().mPeak) +
+		   (inSummary.GetFile().mLoudness ? DescribeLoudness(*inSummary.GetFile().mLoudness) : "") + "\n" +
+		   speed.data() + "\n" + (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
 }
 
 std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
@@ -99,21 +99,21 @@ std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::s
 	json["inputs"] = ListInputs(inInputs, inJob.GetPlan());
 	json["output"] = inOutput;
 	json["format"] = GetName(inSummary.mFormat.mContainer);
-	json["samples"] = inSummary.mFrames;
+	json["samples"] = inSummary.GetFrames();
 	json["seconds"] = GetRenderedSeconds(inSummary);
 	json["channels"] = inSummary.mChannels;
 	json["layout"] = GetLayoutName(inJob.GetOutputLayout());
 	json["rate"] = inSummary.mSampleRate;
 	json["encoding"] = GetName(inSummary.mFormat.mSamples);
 	json["dither"] = inSummary.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
-	json["peak"] = inSummary.mPeak;
-	json["peakDbfs"] = ToDecibels(static_cast<double>(inSummary.mPeak));
-	if (inSummary.mLoudness)
+	json["peak"] = inSummary.GetFile().mPeak;
+	json["peakDbfs"] = ToDecibels(static_cast<double>(inSummary.GetFile().mPeak));
+	if (inSummary.GetFile().mLoudness)
 	{
-		json["truePeakDbtp"] = GetNumberOrSilence(ToDecibels(inSummary.mLoudness->mTruePeak));
-		json["integratedLufs"] = GetNumberOrSilence(inSummary.mLoudness->mIntegrated);
+		json["truePeakDbtp"] = GetNumberOrSilence(ToDecibels(inSummary.GetFile().mLoudness->mTruePeak));
+		json["integratedLufs"] = GetNumberOrSilence(inSummary.GetFile().mLoudness->mIntegrated);
 	}
-	json["clippedSamples"] = inSummary.mClippedSamples;
+	json["clippedSamples"] = inSummary.GetFile().mClippedSamples;
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
 	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
 	if (inSummary.mPlayback)

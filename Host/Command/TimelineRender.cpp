@@ -118,8 +118,8 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mLayout = mShared.ParseLayout();
 	request.mFadeShape = ParseFades(mFades);
 	request.mRange = mRange;
-	request.mNormalizeLoudness = mNormalizeLoudness;
-	request.mLimitDecibels = mLimitDecibels;
+	request.mLevels.mNormalizeLoudness = mNormalizeLoudness;
+	request.mLevels.mLimitDecibels = mLimitDecibels;
 	request.mMeasuring = !mReport.empty()                       ? Measuring::eTracks
 						 : mShared.mAsJson || !mShared.mIsQuiet ? Measuring::eOutput
 																: Measuring::eNothing;

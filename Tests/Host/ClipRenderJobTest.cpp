@@ -186,7 +186,7 @@ TEST_F(ClipRenderJobTest, GainMultipliesEachSampleOnce)
 		}
 		auto const summary = ClipRenderJob(request).Run();
 		ASSERT_TRUE(summary);
-		EXPECT_EQ(summary->mPeak, peak);
+		EXPECT_EQ(summary->GetFile().mPeak, peak);
 		EXPECT_TRUE(SameBits(ReadSound(request.mOutput), expected));
 	}
 }

@@ -2,11 +2,11 @@
 
 #include "Sonaro/Types.h"
 #include "SonaroHost/ClipRenderRequest.h"
-#include "SonaroHost/LoudnessMeter.h"
 #include "SonaroHost/OutputFormat.h"
 #include "SonaroHost/ProgrammePlan.h"
 #include "SonaroHost/ReadAhead.h"
 #include "SonaroHost/RenderProgress.h"
+#include "SonaroHost/RenderedFile.h"
 
 #include <cstdint>
 #include <optional>
@@ -15,6 +15,8 @@
 
 namespace SonaroHost
 {
+
+struct RenderPlan;
 
 struct PlaybackSummary
 {
@@ -26,24 +28,21 @@ struct PlaybackSummary
 	std::vector<std::uint64_t> mMissedFramesOfInputs;
 };
 
-struct RenderSummary
+// Of the one file of the output.
+struct RenderSummary : RenderedFiles
 {
-	std::int64_t mFrames = 0;
 	unsigned mChannels = 0;
 	int mSampleRate = 0;
-	OutputFormat mFormat;
-	// Of the samples before rounding; linear, 1 being full scale.
-	float mPeak = 0.0f;
-	std::int64_t mClippedSamples = 0;
 	// What the render took by the clock.
 	double mElapsedSeconds = 0.0;
-	// Of the samples before rounding, when it was asked for and can be measured.
-	std::optional<LoudnessReading> mLoudness;
 	// Of a render as playback.
 	std::optional<PlaybackSummary> mPlayback;
+
+	RenderedFile const& GetFile() const { return mFiles.front(); }
+	std::int64_t GetFrames() const { return GetFile().mRange.mFrames; }
 };
 
-// Renders files as the clips of a track of the engine.
+// Renders files as the clips of a track of the engine, in as many passes as a TimelineRenderJob.
 class ClipRenderJob
 {
 public:
@@ -64,12 +63,7 @@ public:
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
-	// Throws a HostError when an input could not be read.
-	void CheckSources() const;
-	OfflineRange MakeRange() const;
-	// What of the summary is known beforehand.
-	RenderSummary DescribeOutput() const;
-	PlaybackSummary DescribePlayback(ReadAhead& ioReadAhead) const;
+	RenderPlan MakePlan() const;
 	OutputFormat ChooseFormat() const;
 
 	ClipRenderRequest mRequest;

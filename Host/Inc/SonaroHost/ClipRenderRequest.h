@@ -3,6 +3,7 @@
 #include "SonaroHost/LayoutPlan.h"
 #include "SonaroHost/OfflineRender.h"
 #include "SonaroHost/OutputFormat.h"
+#include "SonaroHost/OutputLevels.h"
 #include "SonaroHost/TimePosition.h"
 
 #include <filesystem>
@@ -57,6 +58,7 @@ struct ClipRenderRequest
 	LayoutRequest mLayout;
 	// Linear; at 1, samples pass bit for bit.
 	float mGain = 1.0f;
+	OutputLevels mLevels;
 	// Of the whole programme, as the speed is.
 	RenderDirection mDirection = RenderDirection::eForward;
 	// Resampled, so that pitch follows; at 1 nothing is.
@@ -70,9 +72,8 @@ struct ClipRenderRequest
 	unsigned mBlockFrames = 4096;
 	// Reads the inputs ahead on another thread, as a player does; the samples are the same.
 	bool mAsPlayback = false;
-	// Measures loudness and true peak of the output where the rate allows it, which takes longer than many a
-	// render itself.
-	bool mMeasureLoudness = false;
+	// There are no tracks to measure, so eTracks means the output.
+	Measuring mMeasuring = Measuring::eNothing;
 	// Whether an older file of the output's name may be replaced.
 	bool mReplace = true;
 };

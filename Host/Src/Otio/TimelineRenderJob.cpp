@@ -1,7 +1,8 @@
 #include "SonaroHost/Otio/TimelineRenderJob.h"
 
-#include "RenderPasses.h"
+#include "../RenderPasses.h"
 #include "StemName.h"
+#include "TimelineRenderer.h"
 
 #include "SonaroHost/ClipRenderRequest.h"
 #include "SonaroHost/HostError.h"
@@ -113,16 +114,8 @@ void TimelineRenderJob::CheckNumbers() const
 		Refuse("a block has 1 to " + std::to_string(kMaxBlockFrames) + " samples, not " +
 			   std::to_string(mRequest.mBlockFrames));
 	}
-	// Written so that what is not a number fails them.
-	if (mRequest.mNormalizeLoudness &&
-		!(*mRequest.mNormalizeLoudness >= -70.0 && *mRequest.mNormalizeLoudness <= 0.0))
-	{
-		Refuse("a loudness to normalize to lies between -70 and 0 LUFS");
-	}
-	if (mRequest.mLimitDecibels && !(*mRequest.mLimitDecibels >= -60.0 && *mRequest.mLimitDecibels <= 20.0))
-	{
-		Refuse("a limit lies between -60 and 20 dBTP");
-	}
+	constexpr float kOwnGain = 1.0f;
+	CheckLevels(mRequest.mLevels, kOwnGain);
 }
 
 void TimelineRenderJob::ChooseFormat()
@@ -228,14 +221,33 @@ std::optional<TimelineRenderSummary> TimelineRenderJob::Run(
 	TimelineOptions options = MakeOptions(mRequest);
 	options.mSampleRate = mSequence.mSampleRate;
 	options.mLayout = GetOutputLayout();
-	RenderPasses passes(mRequest, mInput, std::move(options), mRange, mFormat, {inProgress, inStop});
-	auto summary = passes.Run(mFiles);
-	if (summary)
+	TimelineRenderer renderer(mInput, std::move(options), mRequest.mBlockFrames, inStop);
+	auto const render = [&renderer](RenderPass const& inPass, RenderPasses::Sink const& inSink)
+	{ return renderer.Render(inPass, inSink); };
+	auto files = RenderPasses(MakePlan(), render, inProgress).Run();
+	if (!files)
 	{
-		summary->mElapsedSeconds =
-			std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+		return std::nullopt;
 	}
+	TimelineRenderSummary summary;
+	static_cast<RenderedFiles&>(summary) = std::move(*files);
+	renderer.Describe(summary);
+	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 	return summary;
+}
+
+RenderPlan TimelineRenderJob::MakePlan() const
+{
+	RenderPlan plan;
+	plan.mSampleRate = GetSampleRate();
+	plan.mLayout = GetOutputLayout();
+	plan.mFormat = mFormat;
+	plan.mLevels = mRequest.mLevels;
+	plan.mMeasuring = mRequest.mMeasuring;
+	plan.mMix.mRange = mRange;
+	plan.mFiles = mFiles;
+	plan.mWritesMix = mRequest.mStems == Stems::eNone;
+	return plan;
 }
 
 } // namespace SonaroHost::Otio

@@ -2,19 +2,12 @@
 
 #include "SonaroHost/Otio/Model.h"
 #include "SonaroHost/Otio/TimelineSequence.h"
+#include "SonaroHost/ProgrammeRange.h"
 
-#include <cstdint>
 #include <string>
 
 namespace SonaroHost::Otio
 {
-
-// Frames of a programme, counted from its start.
-struct ProgrammeRange
-{
-	std::int64_t mFirstFrame = 0;
-	std::int64_t mFrames = 0;
-};
 
 // The part of a programme that a person asks for, at most to its end.
 //

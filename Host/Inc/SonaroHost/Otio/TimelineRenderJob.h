@@ -5,52 +5,27 @@
 #include "SonaroHost/Otio/TimelineRange.h"
 #include "SonaroHost/Otio/TimelineRenderRequest.h"
 #include "SonaroHost/RenderProgress.h"
+#include "SonaroHost/RenderedFile.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 
-#include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stop_token>
-#include <string>
 #include <vector>
+
+namespace SonaroHost
+{
+struct RenderPlan;
+}
 
 namespace SonaroHost::Otio
 {
 
-// A file that was written.
-struct RenderedFile
+struct TimelineRenderSummary : RenderedFiles
 {
-	std::filesystem::path mPath;
-	// Of the track or marker; empty for the mix.
-	std::string mName;
-	// Of a stem, the child of the timeline's stack that is heard alone.
-	std::optional<std::size_t> mOnlyChild;
-	// In the programme.
-	ProgrammeRange mRange;
-	// What a WAV carries as its place in time, in samples since midnight.
-	std::optional<std::int64_t> mTimeReference;
-	// Of the samples before rounding; linear, 1 being full scale.
-	float mPeak = 0.0f;
-	std::int64_t mClippedSamples = 0;
-	std::optional<LoudnessReading> mLoudness;
-	// The least gain of the limiter; 1 where it had nothing to do.
-	double mSmallestLimiterGain = 1.0;
-};
-
-struct TimelineRenderSummary
-{
-	OutputFormat mFormat;
-	std::vector<RenderedFile> mFiles;
-	// Of the mix in the range, before it is normalized and limited; when it was measured.
-	std::optional<LoudnessReading> mMix;
 	// For each row of the sequence's tracks, behind its fader; nothing for those that are not heard. What a nested
 	// sequence renders to settle, a few milliseconds, counts in its tracks.
 	std::vector<std::optional<LoudnessReading>> mTracks;
-	// Linear; 1 without normalizing.
-	double mNormalizingGain = 1.0;
-	// With a limiter, how far the loudness stays from what was asked for, in LU.
-	double mLoudnessError = 0.0;
 	// Of the mix.
 	Sequence::GraphReport mGraph;
 	double mElapsedSeconds = 0.0;
@@ -58,10 +33,10 @@ struct TimelineRenderSummary
 
 // Renders a timeline into sound files.
 //
-// Passes      Normalizing renders the mix once more before, into a meter: that takes time instead of room on the disk,
-//             and both passes have the same samples. With a limiter, which makes the mix softer, it is repeated until
-//             the loudness is right to 0.02 LU, at most six times.
-// Range       Its samples are those of the whole render, where nothing of what came before rings on.
+// Passes  Normalizing renders the mix once more before, into a meter: that takes time instead of room on the disk, and
+//         both passes have the same samples. With a limiter, which makes the mix softer, it is repeated until the
+//         loudness is right to 0.02 LU, at most six times.
+// Range   Its samples are those of the whole render, where nothing of what came before rings on.
 class TimelineRenderJob
 {
 public:
@@ -90,6 +65,7 @@ private:
 	void CheckNumbers() const;
 	void PlanFiles();
 	void CheckFiles() const;
+	RenderPlan MakePlan() const;
 
 	TimelineRenderRequest mRequest;
 	TimelineInput mInput;

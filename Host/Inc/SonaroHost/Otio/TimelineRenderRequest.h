@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Otio/TimelineSequence.h"
 #include "SonaroHost/OutputFormat.h"
+#include "SonaroHost/OutputLevels.h"
 
 #include <filesystem>
 #include <optional>
@@ -20,16 +21,6 @@ enum class Stems
 	eTracks,
 	// One for each marker that has a length, of the mix.
 	eMarkers,
-};
-
-// What is measured, which takes longer than many a render itself.
-enum class Measuring
-{
-	eNothing,
-	// Loudness and true peak of what is written.
-	eOutput,
-	// Of the mix, of each track and of each nested sequence as well.
-	eTracks,
 };
 
 // A timeline that is to be rendered into sound files.
@@ -52,10 +43,7 @@ struct TimelineRenderRequest
 	// As FindRange reads it; empty for all.
 	std::string mRange;
 	Stems mStems = Stems::eNone;
-	// The integrated loudness of the mix in the range, in LUFS. Stems get the gain of the mix.
-	std::optional<double> mNormalizeLoudness;
-	// The highest true peak of each file, in dBTP.
-	std::optional<double> mLimitDecibels;
+	OutputLevels mLevels;
 
 	Measuring mMeasuring = Measuring::eNothing;
 	// Whether older files of the outputs' names may be replaced.

@@ -2,8 +2,8 @@
 
 #include "SonaroHost/AudioFileWriter.h"
 #include "SonaroHost/LoudnessMeter.h"
-#include "SonaroHost/Otio/TimelineRenderJob.h"
 #include "SonaroHost/PeakLimiter.h"
+#include "SonaroHost/RenderedFile.h"
 
 #include <cstdint>
 #include <optional>
@@ -13,11 +13,11 @@ namespace dsp
 class AudioBuffer;
 }
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 // What becomes of the blocks of a pass: a gain, a limiter whose latency is made up for, a meter, a file.
-class TimelineOutput
+class RenderOutput
 {
 public:
 	struct Setup
@@ -33,7 +33,7 @@ public:
 		bool mWrites = true;
 	};
 
-	TimelineOutput(Setup const& inSetup, RenderedFile inFile);
+	RenderOutput(Setup const& inSetup, RenderedFile inFile);
 
 	// Works in the block.
 	void Add(dsp::AudioBuffer& ioBlock);
@@ -58,4 +58,4 @@ private:
 	std::int64_t mFramesToDrop = 0;
 };
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

@@ -1,4 +1,4 @@
-#include "TimelineOutput.h"
+#include "RenderOutput.h"
 
 #include "SonaroHost/BlockPeak.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <utility>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
-TimelineOutput::TimelineOutput(Setup const& inSetup, RenderedFile inFile)
+RenderOutput::RenderOutput(Setup const& inSetup, RenderedFile inFile)
 	: mSetup(inSetup),
 	  mFile(std::move(inFile))
 {
@@ -31,7 +31,7 @@ TimelineOutput::TimelineOutput(Setup const& inSetup, RenderedFile inFile)
 	}
 }
 
-void TimelineOutput::Add(dsp::AudioBuffer& ioBlock)
+void RenderOutput::Add(dsp::AudioBuffer& ioBlock)
 {
 	if (mSetup.mGain != 1.0f)
 	{
@@ -40,7 +40,7 @@ void TimelineOutput::Add(dsp::AudioBuffer& ioBlock)
 	Take(ioBlock);
 }
 
-void TimelineOutput::Take(dsp::AudioBuffer& ioBlock)
+void RenderOutput::Take(dsp::AudioBuffer& ioBlock)
 {
 	if (!mLimiter)
 	{
@@ -60,7 +60,7 @@ void TimelineOutput::Take(dsp::AudioBuffer& ioBlock)
 	Finish(rest);
 }
 
-void TimelineOutput::Finish(dsp::AudioBuffer& ioBlock)
+void RenderOutput::Finish(dsp::AudioBuffer& ioBlock)
 {
 	if (mWriter)
 	{
@@ -73,7 +73,7 @@ void TimelineOutput::Finish(dsp::AudioBuffer& ioBlock)
 	}
 }
 
-void TimelineOutput::Complete()
+void RenderOutput::Complete()
 {
 	if (mLimiter)
 	{
@@ -94,9 +94,9 @@ void TimelineOutput::Complete()
 	}
 }
 
-void TimelineOutput::Commit()
+void RenderOutput::Commit()
 {
 	mWriter->Finish();
 }
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+
+namespace SonaroHost
+{
+
+// What a whole render is brought to, once everything is mixed.
+struct OutputLevels
+{
+	// The integrated loudness of the mix in the range, in LUFS, -70 to 0. Stems get the gain of the mix. Not together
+	// with a gain for the whole, which it would undo.
+	std::optional<double> mNormalizeLoudness;
+	// The highest true peak of each file, in dBTP, -60 to 20.
+	std::optional<double> mLimitDecibels;
+
+	// Whether samples pass as they are.
+	bool IsNone() const { return !mNormalizeLoudness && !mLimitDecibels; }
+};
+
+// inGain: linear, of the whole render. Throws a HostError for what is out of range or contradicts itself.
+void CheckLevels(OutputLevels const& inLevels, float inGain);
+
+// What is measured, which takes longer than many a render itself.
+enum class Measuring
+{
+	eNothing,
+	// Loudness and true peak of what is written.
+	eOutput,
+	// Of the mix, of each track and of each nested sequence as well.
+	eTracks,
+};
+
+} // namespace SonaroHost
