@@ -1,11 +1,16 @@
 #include "SonaroHost/OutputFile.h"
 
+#include "FilePlace.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/StandardStreams.h"
+#include "SystemFiles.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <random>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace SonaroHost
@@ -14,30 +19,73 @@ namespace SonaroHost
 namespace
 {
 
+constexpr std::string_view kEnding = ".tmp";
+constexpr std::string_view kDigits = "0123456789abcdef";
+constexpr std::size_t kNumDigits = 8;
+
 [[noreturn]] void Refuse(std::string const& inMessage)
 {
 	throw HostError(HostError::Kind::eOutput, inMessage);
 }
 
-// The file behind a link, or the path itself.
-std::filesystem::path FollowLink(std::filesystem::path const& inPath)
+std::filesystem::path GetFolder(std::filesystem::path const& inPath)
 {
-	std::error_code error;
-	if (!std::filesystem::is_symlink(inPath, error))
-	{
-		return inPath;
-	}
-	std::filesystem::path const target = std::filesystem::weakly_canonical(inPath, error);
-	return error ? inPath : target;
+	return inPath.has_parent_path() ? inPath.parent_path() : ".";
 }
 
-std::filesystem::path MakeTemporaryName()
+// What all temporary names of an output begin with. Names are at most 255 bytes long, nearly everywhere.
+std::string MakeTemporaryStart(std::filesystem::path const& inPath)
+{
+	constexpr std::size_t kMostBytes = 200;
+	std::string name = inPath.filename().string();
+	if (name.size() > kMostBytes)
+	{
+		std::size_t length = kMostBytes;
+		// Not in the middle of a character of UTF-8.
+		while (length > 0 && (static_cast<unsigned char>(name[length]) & 0xc0) == 0x80)
+		{
+			--length;
+		}
+		name.resize(length);
+	}
+	return "." + name + ".sonaro-";
+}
+
+std::string MakeTemporaryName(std::filesystem::path const& inPath)
 {
 	std::random_device random;
-	std::array<char, 32> name{};
-	std::snprintf(name.data(), name.size(), ".sonaro-%08x%08x.tmp", random(), random());
-	return name.data();
+	std::string name = MakeTemporaryStart(inPath);
+	for (std::size_t i = 0; i < kNumDigits; ++i)
+	{
+		name += kDigits[random() % kDigits.size()];
+	}
+	return name.append(kEnding);
 }
+
+bool IsTemporaryName(std::string_view inName, std::string_view inStart)
+{
+	return inName.size() == inStart.size() + kNumDigits + kEnding.size() && inName.starts_with(inStart) &&
+		   inName.ends_with(kEnding) &&
+		   inName.substr(inStart.size(), kNumDigits).find_first_not_of(kDigits) == std::string_view::npos;
+}
+
+// What processes that were killed left of an output.
+void RemoveLeftovers(std::filesystem::path const& inPath)
+{
+	std::string const start = MakeTemporaryStart(inPath);
+	std::filesystem::path const folder = GetFolder(inPath);
+	std::error_code error;
+	for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+		 entry.increment(error))
+	{
+		if (IsTemporaryName(entry->path().filename().string(), start))
+		{
+			RemoveUnmarked(entry->path());
+		}
+	}
+}
+
+} // namespace
 
 void CheckPlace(std::filesystem::path const& inPath)
 {
@@ -51,7 +99,12 @@ void CheckPlace(std::filesystem::path const& inPath)
 	{
 		Refuse("cannot write " + QuotePath(inPath) + ": it is not a regular file");
 	}
-	std::filesystem::path const folder = inPath.has_parent_path() ? inPath.parent_path() : ".";
+	// A folder that is closed, or links that lead in a circle.
+	if (!std::filesystem::status_known(status))
+	{
+		Refuse("cannot write " + QuotePath(inPath) + ": " + error.message());
+	}
+	std::filesystem::path const folder = GetFolder(FollowLinks(inPath));
 	if (!std::filesystem::is_directory(folder, error))
 	{
 		Refuse("cannot write " + QuotePath(inPath) + ": the folder " + QuotePath(folder) +
@@ -59,16 +112,20 @@ void CheckPlace(std::filesystem::path const& inPath)
 	}
 }
 
-} // namespace
-
 OutputFile::OutputFile(std::filesystem::path const& inPath)
-	: mPath(FollowLink(inPath))
+	: mPath(FollowLinks(inPath))
 {
-	CheckPlace(mPath);
-	mTemporaryPath = mPath.parent_path() / MakeTemporaryName();
-	errno = 0;
-	// "x": never a file or a link that is there already.
-	mFile.reset(std::fopen(mTemporaryPath.c_str(), "w+bx"));
+	if (IsStandardStream(inPath))
+	{
+		mPath = inPath;
+		mFile.reset(MakeUnnamedFile().release());
+	}
+	else
+	{
+		CheckPlace(mPath);
+		RemoveLeftovers(mPath);
+		MakeTemporary();
+	}
 	if (!mFile)
 	{
 		ThrowFailure(errno);
@@ -82,6 +139,25 @@ OutputFile::~OutputFile()
 		mFile.reset();
 		std::error_code error;
 		std::filesystem::remove(mTemporaryPath, error);
+	}
+}
+
+void OutputFile::MakeTemporary()
+{
+	constexpr int kMostTries = 16;
+	mMark = std::make_unique<FileMark>();
+	for (int tries = 0; !mFile && tries < kMostTries; ++tries)
+	{
+		std::filesystem::path const path = mPath.parent_path() / MakeTemporaryName(mPath);
+		mFile.reset(mMark->Make(path).release());
+		if (mFile)
+		{
+			mTemporaryPath = path;
+		}
+		else if (errno != EEXIST)
+		{
+			return;
+		}
 	}
 }
 
@@ -136,6 +212,10 @@ void OutputFile::Close()
 	errno = 0;
 	NoteFailure(std::fflush(mFile.get()) != 0);
 	CheckWritten();
+	if (IsStandardStream(mPath))
+	{
+		return;
+	}
 	errno = 0;
 	NoteFailure(std::fclose(mFile.release()) != 0);
 	CheckWritten();
@@ -144,6 +224,11 @@ void OutputFile::Close()
 void OutputFile::Commit()
 {
 	Close();
+	if (IsStandardStream(mPath))
+	{
+		CopyToStandardOutput();
+		return;
+	}
 	std::error_code error;
 	std::filesystem::rename(mTemporaryPath, mPath, error);
 	if (error)
@@ -151,11 +236,28 @@ void OutputFile::Commit()
 		ThrowFailure(error.value());
 	}
 	mTemporaryPath.clear();
+	mMark.reset();
+}
+
+void OutputFile::CopyToStandardOutput()
+{
+	constexpr std::size_t kPieceBytes = 65536;
+	std::array<char, kPieceBytes> piece{};
+	std::rewind(mFile.get());
+	errno = 0;
+	while (std::size_t const count = std::fread(piece.data(), 1, piece.size(), mFile.get()))
+	{
+		NoteFailure(std::fwrite(piece.data(), 1, count, stdout) != count);
+		CheckWritten();
+	}
+	NoteFailure(std::ferror(mFile.get()) != 0 || std::fflush(stdout) != 0);
+	CheckWritten();
+	mFile.reset();
 }
 
 void OutputFile::ThrowFailure(int inError) const
 {
-	Refuse("cannot write " + QuotePath(mPath) + ": " + std::generic_category().message(inError));
+	Refuse("cannot write " + QuoteOutput(mPath) + ": " + std::generic_category().message(inError));
 }
 
 void OutputFile::NoteFailure(bool inFailed)

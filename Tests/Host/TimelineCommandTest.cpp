@@ -117,6 +117,14 @@ protected:
 		return std::filesystem::is_directory(mFolder / inOutput) ? Sound() : ReadSound(mFolder / inOutput);
 	}
 
+	// Of out.wav.
+	bool HasTemporaryFile() const
+	{
+		std::vector<std::string> const names = mFolder.List();
+		return std::any_of(names.begin(), names.end(),
+			[](std::string const& inName) { return inName.starts_with(".out.wav.sonaro-"); });
+	}
+
 	static constexpr std::size_t kImpulse = 20000;
 
 	TemporaryFolder mFolder;
@@ -334,7 +342,7 @@ TEST_F(TimelineCommandTest, TheGraphHasEachNodeOnce)
 	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("</svg>"));
 }
 
-TEST_F(TimelineCommandTest, KilledAtAnyMomentItLeavesNoHalfFile)
+TEST_F(TimelineCommandTest, KilledAtAnyMomentItLeavesNoHalfFileAndTheNextRunClearsUp)
 {
 	WriteTimeline("edit.otio", {Track("Long", {Gap(3600.0), Clip("click", "impulse.wav", 0.0, 1.0)})});
 	WriteBytes(mFolder / "out.wav", "old");
@@ -351,6 +359,20 @@ TEST_F(TimelineCommandTest, KilledAtAnyMomentItLeavesNoHalfFile)
 		ASSERT_EQ(result.mSignal, SIGKILL);
 		EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
 	}
+	// At work for sure.
+	auto const waitForWork = [this](int inProcess)
+	{
+		for (int tries = 0; !HasTemporaryFile() && tries < 6000; ++tries)
+		{
+			std::this_thread::sleep_for(std::chrono::milliseconds(5));
+		}
+		kill(inProcess, SIGKILL);
+	};
+	Run({"render", "edit.otio", "-o", "out.wav", "--block", "8"}, waitForWork);
+	EXPECT_TRUE(HasTemporaryFile());
+	WriteEdit();
+	Render({"--quiet"});
+	EXPECT_FALSE(HasTemporaryFile());
 }
 
 } // namespace

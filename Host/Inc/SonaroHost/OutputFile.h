@@ -8,14 +8,25 @@
 namespace SonaroHost
 {
 
+class FileMark;
+
+// Throws a HostError when no file can have that path, since its folder does not exist, or a folder or something
+// else that is no regular file has its name.
+void CheckPlace(std::filesystem::path const& inPath);
+
 // A file that appears under its name only when it is whole: it is written under a temporary name in
 // the same folder and renamed by Commit. Without a Commit the destructor removes it, and what was there
 // before stays.
+//
+// Temporary name  Of "mix.wav" it is ".mix.wav.sonaro-1a2b3c4d.tmp", with other digits each time. One that a process
+//                 had to leave behind, since it was killed, is removed by the next OutputFile of the same path;
+//                 one that is still being written stays.
+// "-"             The standard output. It gets the whole by Commit, out of a file without a name in the folder for
+//                 temporary ones (TMPDIR), and nothing before.
 class OutputFile
 {
 public:
-	// Follows a link to what it points at. Throws a HostError when the folder does not exist or cannot
-	// be written, or when something other than a regular file has the name.
+	// Follows links, also to where no file is yet. Throws a HostError when the file cannot be made there.
 	explicit OutputFile(std::filesystem::path const& inPath);
 	~OutputFile();
 	OutputFile(OutputFile const&) = delete;
@@ -33,9 +44,9 @@ public:
 	// Throws a HostError with the system's reason when an operation has failed.
 	void CheckWritten();
 
-	// Closes the file, complete under its temporary name; nothing more can be written. Throws a HostError.
+	// Completes the file under its temporary name; nothing more can be written. Throws a HostError.
 	void Close();
-	// Closes the file and gives it its name, in place of an older one. Throws a HostError.
+	// Completes the file and gives it its name, in place of an older one. Throws a HostError.
 	void Commit();
 
 private:
@@ -44,11 +55,17 @@ private:
 		void operator()(std::FILE* inFile) const { std::fclose(inFile); }
 	};
 
+	// Leaves the reason in errno where none can be made.
+	void MakeTemporary();
+	void CopyToStandardOutput();
 	[[noreturn]] void ThrowFailure(int inError) const;
 	void NoteFailure(bool inFailed);
 
 	std::filesystem::path mPath;
+	// Empty for the standard output, and once the file has its own name.
 	std::filesystem::path mTemporaryPath;
+	// On the temporary file, until it has its own name.
+	std::unique_ptr<FileMark> mMark;
 	std::unique_ptr<std::FILE, Closer> mFile;
 	// The system's number of the first error.
 	int mError = 0;

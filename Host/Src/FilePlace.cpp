@@ -1,0 +1,163 @@
+#include "FilePlace.h"
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+// As many as the system itself follows.
+constexpr int kMostLinks = 40;
+
+bool IsLetter(char inCharacter)
+{
+	return (inCharacter >= 'a' && inCharacter <= 'z') || (inCharacter >= 'A' && inCharacter <= 'Z');
+}
+
+std::string SwapCase(std::string inName)
+{
+	constexpr char kCaseBit = 0x20;
+	for (char& character : inName)
+	{
+		character = IsLetter(character) ? static_cast<char>(character ^ kCaseBit) : character;
+	}
+	return inName;
+}
+
+std::string FoldCase(std::string inName)
+{
+	for (char& character : inName)
+	{
+		character =
+			character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+	}
+	return inName;
+}
+
+// Whether a file is found by its name in the other case, too. Two links to one file whose names differ like that look
+// the same, which errs on the safe side.
+bool IgnoresCase(std::filesystem::path const& inFolder)
+{
+	std::error_code error;
+	for (std::filesystem::directory_iterator entry(inFolder, error), end; !error && entry != end;
+		 entry.increment(error))
+	{
+		std::string const name = entry->path().filename().string();
+		if (std::any_of(name.begin(), name.end(), IsLetter))
+		{
+			auto const number = FindFileNumber(inFolder / name);
+			return number && number == FindFileNumber(inFolder / SwapCase(name));
+		}
+	}
+	return false;
+}
+
+} // namespace
+
+std::filesystem::path FollowLinks(std::filesystem::path const& inPath)
+{
+	std::filesystem::path path = inPath;
+	for (int links = 0; links < kMostLinks; ++links)
+	{
+		std::error_code error;
+		std::filesystem::path const target = std::filesystem::read_symlink(path, error);
+		if (error)
+		{
+			return path;
+		}
+		path = path.parent_path() / target;
+	}
+	return inPath;
+}
+
+FilePlace::FilePlace(std::filesystem::path const& inPath)
+{
+	Resolve(inPath);
+	auto const leadsUp = [this] { return !mNames.empty() && mNames.front() == ".."; };
+	if (leadsUp())
+	{
+		std::filesystem::path path = mPath;
+		for (std::filesystem::path const& name : mNames)
+		{
+			path /= name;
+		}
+		mNames.clear();
+		Resolve(path);
+	}
+}
+
+void FilePlace::Resolve(std::filesystem::path const& inPath)
+{
+	std::filesystem::path names;
+	mPath = inPath.empty() ? "." : inPath;
+	for (mNumber = FindFileNumber(mPath); !mNumber; mNumber = FindFileNumber(mPath))
+	{
+		std::filesystem::path const target = FollowLinks(mPath);
+		if (target != mPath)
+		{
+			mPath = target;
+			continue;
+		}
+		names = names.empty() ? mPath.filename() : mPath.filename() / names;
+		std::filesystem::path const parent = mPath.parent_path();
+		if (parent == mPath)
+		{
+			break;
+		}
+		mPath = parent.empty() ? "." : parent;
+	}
+	names = names.lexically_normal();
+	for (std::filesystem::path const& name : names)
+	{
+		if (!name.empty() && name != ".")
+		{
+			mNames.push_back(name);
+		}
+	}
+}
+
+bool FilePlace::IsSame(FilePlace const& inOther) const
+{
+	return mNames.size() == inOther.mNames.size() && HasSameStart(inOther, mNames.size());
+}
+
+bool FilePlace::IsWithin(FilePlace const& inFolder) const
+{
+	if (!inFolder.IsThere())
+	{
+		return mNames.size() > inFolder.mNames.size() && HasSameStart(inFolder, inFolder.mNames.size());
+	}
+	std::error_code error;
+	std::filesystem::path folder = std::filesystem::canonical(mPath, error);
+	folder = IsThere() ? folder.parent_path() : folder;
+	for (; !folder.empty(); folder = folder.parent_path())
+	{
+		if (FindFileNumber(folder) == inFolder.mNumber)
+		{
+			return true;
+		}
+		if (folder == folder.parent_path())
+		{
+			break;
+		}
+	}
+	return false;
+}
+
+bool FilePlace::HasSameStart(FilePlace const& inOther, std::size_t inNames) const
+{
+	bool isSame = mNumber && mNumber == inOther.mNumber;
+	bool isSpelledSame = true;
+	for (std::size_t i = 0; isSame && i < inNames; ++i)
+	{
+		isSpelledSame = isSpelledSame && mNames[i] == inOther.mNames[i];
+		isSame = FoldCase(mNames[i].string()) == FoldCase(inOther.mNames[i].string());
+	}
+	return isSame && (isSpelledSame || IgnoresCase(mPath));
+}
+
+} // namespace SonaroHost

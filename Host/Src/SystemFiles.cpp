@@ -1,0 +1,134 @@
+#include "SystemFiles.h"
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+FileNumber GetNumber(struct stat const& inStatus)
+{
+	return {static_cast<std::uint64_t>(inStatus.st_dev), static_cast<std::uint64_t>(inStatus.st_ino)};
+}
+
+// Whether the name still leads to the open file.
+bool HasName(int inDescriptor, std::filesystem::path const& inPath)
+{
+	struct stat open = {};
+	struct stat named = {};
+	return fstat(inDescriptor, &open) == 0 && lstat(inPath.c_str(), &named) == 0 &&
+		   GetNumber(open) == GetNumber(named);
+}
+
+// Null without a descriptor. Takes it over.
+FileHandle Open(int inDescriptor)
+{
+	FileHandle file(inDescriptor < 0 ? nullptr : fdopen(inDescriptor, "w+b"));
+	if (!file && inDescriptor >= 0)
+	{
+		close(inDescriptor);
+	}
+	return file;
+}
+
+} // namespace
+
+std::optional<FileNumber> FindFileNumber(std::filesystem::path const& inPath)
+{
+	struct stat status = {};
+	return stat(inPath.c_str(), &status) == 0 ? std::optional(GetNumber(status)) : std::nullopt;
+}
+
+FileMark::~FileMark()
+{
+	Release();
+}
+
+FileHandle FileMark::Make(std::filesystem::path const& inPath)
+{
+	constexpr mode_t kEverybodyAsFarAsTheMaskAllows = 0666;
+	Release();
+	// Never a file or a link that is there already.
+	int const made =
+		open(inPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kEverybodyAsFarAsTheMaskAllows);
+	if (made < 0)
+	{
+		return nullptr;
+	}
+	// Between both calls, a process that looks for files that were left behind may have taken this one for such.
+	bool const isRefused = flock(made, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+	if (isRefused || !HasName(made, inPath))
+	{
+		close(made);
+		errno = EEXIST;
+		return nullptr;
+	}
+	// The mark belongs to both descriptors, and so outlives the handle.
+	mDescriptor = fcntl(made, F_DUPFD_CLOEXEC, 0);
+	return Open(made);
+}
+
+void FileMark::Release()
+{
+	if (mDescriptor >= 0)
+	{
+		close(mDescriptor);
+		mDescriptor = -1;
+	}
+}
+
+void RemoveUnmarked(std::filesystem::path const& inPath)
+{
+	// Opening anything but a regular file, such as a pipe, must not wait.
+	int const file = open(inPath.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+	if (file < 0)
+	{
+		return;
+	}
+	struct stat status = {};
+	if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && flock(file, LOCK_EX | LOCK_NB) == 0 &&
+		HasName(file, inPath))
+	{
+		unlink(inPath.c_str());
+	}
+	close(file);
+}
+
+FileHandle MakeUnnamedFile()
+{
+	std::error_code error;
+	std::filesystem::path const folder = std::filesystem::temp_directory_path(error);
+	if (error)
+	{
+		errno = error.value();
+		return nullptr;
+	}
+	if (FileHandle file = Open(open(folder.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, S_IRUSR | S_IWUSR)))
+	{
+		return file;
+	}
+	// Not every file system has files without names.
+	std::string name = (folder / "sonaro-XXXXXX").string();
+	int const file = mkostemp(name.data(), O_CLOEXEC);
+	if (file >= 0)
+	{
+		unlink(name.c_str());
+	}
+	return Open(file);
+}
+
+std::filesystem::path GetPathOfOpenFile(std::FILE* inFile)
+{
+	return "/proc/self/fd/" + std::to_string(fileno(inFile));
+}
+
+} // namespace SonaroHost

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace SonaroHost
+{
+
+// What the host library asks of the operating system about files, beyond the standard library.
+
+// Under which the system knows a file or folder, whatever paths lead to it.
+struct FileNumber
+{
+	std::uint64_t mDevice = 0;
+	std::uint64_t mNode = 0;
+
+	bool operator==(FileNumber const&) const = default;
+};
+
+// Nothing when there is no file, or when it cannot be reached. Links are followed.
+std::optional<FileNumber> FindFileNumber(std::filesystem::path const& inPath);
+
+struct FileCloser
+{
+	void operator()(std::FILE* inFile) const { std::fclose(inFile); }
+};
+using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+
+// Marks a file as in use by this process. The system takes the mark away when the process ends, however it ends.
+class FileMark
+{
+public:
+	FileMark() = default;
+	~FileMark();
+	FileMark(FileMark const&) = delete;
+	FileMark& operator=(FileMark const&) = delete;
+
+	// Makes a new file, to be read and written, and marks it until Release or the end of this. Null, with the
+	// reason in errno, when that fails; EEXIST when the name is taken.
+	FileHandle Make(std::filesystem::path const& inPath);
+	void Release();
+
+private:
+	int mDescriptor = -1;
+};
+
+// Removes a regular file unless somebody has marked it. On file systems without such marks, it stays.
+void RemoveUnmarked(std::filesystem::path const& inPath);
+
+// A new file without a name, to be read and written, in the folder for temporary files (TMPDIR): nothing is left of it
+// once it is closed. Null, with the reason in errno, when none can be made.
+FileHandle MakeUnnamedFile();
+
+// The file by which it can be opened again, as often as needed, as long as it is open.
+std::filesystem::path GetPathOfOpenFile(std::FILE* inFile);
+
+} // namespace SonaroHost

@@ -1,0 +1,104 @@
+#include "SonaroHost/OutputFile.h"
+#include "Media.h"
+#include "SonaroHost/HostError.h"
+
+#include <gmock/gmock.h>
+
+namespace SonaroHost::Testing
+{
+namespace
+{
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+using testing::SizeIs;
+
+void Write(OutputFile& ioFile, std::string const& inText)
+{
+	ioFile.Write(inText.data(), static_cast<std::int64_t>(inText.size()));
+}
+
+TEST(OutputFileTest, RemovesWhatWasLeftOfTheSameOutputAndNothingElse)
+{
+	TemporaryFolder const folder;
+	std::string const leftovers[] = {".mix.wav.sonaro-01234567.tmp", ".mix.wav.sonaro-89abcdef.tmp"};
+	std::string const others[] = {
+		".mix.wav.sonaro-0123456.tmp",
+		".mix.wav.sonaro-0123456g.tmp",
+		".mix.wav.sonaro-01234567.tmp2",
+		".other.wav.sonaro-01234567.tmp",
+		"mix.wav.sonaro-01234567.tmp",
+		"mix.wav",
+	};
+	for (std::string const& name : leftovers)
+	{
+		WriteBytes(folder / name, "left");
+	}
+	for (std::string const& name : others)
+	{
+		WriteBytes(folder / name, "kept");
+	}
+	std::filesystem::create_directory(folder / ".mix.wav.sonaro-aaaaaaaa.tmp");
+	std::filesystem::create_symlink("mix.wav", folder / ".mix.wav.sonaro-bbbbbbbb.tmp");
+	{
+		OutputFile const file(folder / "mix.wav");
+		std::vector<std::string> const names = folder.List();
+		EXPECT_THAT(names, AllOf(Not(Contains(leftovers[0])), Not(Contains(leftovers[1])), SizeIs(9)));
+	}
+	EXPECT_THAT(folder.List(), SizeIs(8));
+	for (std::string const& name : others)
+	{
+		EXPECT_EQ(ReadBytes(folder / name), "kept") << name;
+	}
+}
+
+TEST(OutputFileTest, LeavesTheTemporaryFileOfAnotherRunAloneUntilItHasItsName)
+{
+	TemporaryFolder const folder;
+	OutputFile first(folder / "mix.wav");
+	Write(first, "first");
+	{
+		OutputFile second(folder / "mix.wav");
+		Write(second, "second");
+		second.Commit();
+	}
+	first.Close();
+	OutputFile third(folder / "mix.wav");
+	EXPECT_EQ(ReadBytes(folder / "mix.wav"), "second");
+	first.Commit();
+	EXPECT_EQ(ReadBytes(folder / "mix.wav"), "first");
+	third.Commit();
+	EXPECT_EQ(ReadBytes(folder / "mix.wav"), "");
+	EXPECT_THAT(folder.List(), ElementsAre("mix.wav"));
+}
+
+TEST(OutputFileTest, GoesWhereLinksLeadAndTakesTheLongestNames)
+{
+	TemporaryFolder const folder;
+	std::filesystem::create_directory(folder / "sub");
+	std::filesystem::create_symlink("sub/second", folder / "first");
+	std::filesystem::create_symlink("target.wav", folder / "sub/second");
+	for (char const* const text : {"not there yet", "there"})
+	{
+		OutputFile file(folder / "first");
+		Write(file, text);
+		file.Commit();
+		EXPECT_EQ(ReadBytes(folder / "sub/target.wav"), text);
+		EXPECT_TRUE(std::filesystem::is_symlink(folder / "first"));
+	}
+	std::string longest;
+	for (int i = 0; i < 127; ++i)
+	{
+		longest += "\u00e4";
+	}
+	OutputFile file(folder / longest);
+	file.Commit();
+	EXPECT_TRUE(std::filesystem::exists(folder / longest));
+	std::filesystem::create_symlink("loop", folder / "loop");
+	EXPECT_THROW(OutputFile(folder / "loop"), HostError);
+}
+
+} // namespace
+} // namespace SonaroHost::Testing
