@@ -119,44 +119,36 @@ OutputFile::OutputFile(std::filesystem::path const& inPath)
 	{
 		mPath = inPath;
 		mFile.reset(MakeUnnamedFile().release());
+		if (!mFile)
+		{
+			ThrowFailure(errno);
+		}
 	}
 	else
 	{
 		CheckPlace(mPath);
 		RemoveLeftovers(mPath);
-		MakeTemporary();
-	}
-	if (!mFile)
-	{
-		ThrowFailure(errno);
+		mTemporary.emplace([this] { return MakeTemporary(); });
 	}
 }
 
-OutputFile::~OutputFile()
-{
-	if (!mTemporaryPath.empty())
-	{
-		mFile.reset();
-		std::error_code error;
-		std::filesystem::remove(mTemporaryPath, error);
-	}
-}
+OutputFile::~OutputFile() = default;
 
-void OutputFile::MakeTemporary()
+std::filesystem::path OutputFile::MakeTemporary()
 {
 	constexpr int kMostTries = 16;
 	mMark = std::make_unique<FileMark>();
-	for (int tries = 0; !mFile && tries < kMostTries; ++tries)
+	for (int tries = 1;; ++tries)
 	{
-		std::filesystem::path const path = mPath.parent_path() / MakeTemporaryName(mPath);
+		std::filesystem::path path = mPath.parent_path() / MakeTemporaryName(mPath);
 		mFile.reset(mMark->Make(path).release());
 		if (mFile)
 		{
-			mTemporaryPath = path;
+			return path;
 		}
-		else if (errno != EEXIST)
+		if (errno != EEXIST || tries == kMostTries)
 		{
-			return;
+			ThrowFailure(errno);
 		}
 	}
 }
@@ -229,13 +221,10 @@ void OutputFile::Commit()
 		CopyToStandardOutput();
 		return;
 	}
-	std::error_code error;
-	std::filesystem::rename(mTemporaryPath, mPath, error);
-	if (error)
+	if (std::error_code const error = mTemporary->Rename(mPath))
 	{
 		ThrowFailure(error.value());
 	}
-	mTemporaryPath.clear();
 	mMark.reset();
 }
 

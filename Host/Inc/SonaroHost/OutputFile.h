@@ -1,9 +1,12 @@
 #pragma once
 
+#include "SonaroHost/Temporary.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 namespace SonaroHost
 {
@@ -55,17 +58,17 @@ private:
 		void operator()(std::FILE* inFile) const { std::fclose(inFile); }
 	};
 
-	// Leaves the reason in errno where none can be made.
-	void MakeTemporary();
+	// Returns its path.
+	std::filesystem::path MakeTemporary();
 	void CopyToStandardOutput();
 	[[noreturn]] void ThrowFailure(int inError) const;
 	void NoteFailure(bool inFailed);
 
 	std::filesystem::path mPath;
-	// Empty for the standard output, and once the file has its own name.
-	std::filesystem::path mTemporaryPath;
 	// On the temporary file, until it has its own name.
 	std::unique_ptr<FileMark> mMark;
+	// None for the standard output.
+	std::optional<Temporary> mTemporary;
 	std::unique_ptr<std::FILE, Closer> mFile;
 	// The system's number of the first error.
 	int mError = 0;

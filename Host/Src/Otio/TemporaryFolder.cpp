@@ -33,24 +33,20 @@ TemporaryFolder::TemporaryFolder()
 {
 	std::error_code error;
 	std::filesystem::path const parent = std::filesystem::temp_directory_path(error);
-	if (!error)
-	{
-		mPath = parent / MakeName();
-	}
-	// False when something has the name already, which must not be ours by chance then.
-	if (error || !std::filesystem::create_directory(mPath, error))
-	{
-		throw HostError(HostError::Kind::eOutput, "no temporary folder can be made in " + QuotePath(parent) +
-													  (error ? ": " + error.message() : std::string()) +
-													  "; name another one in TMPDIR");
-	}
-	std::filesystem::permissions(mPath, std::filesystem::perms::owner_all, error);
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-	std::error_code error;
-	std::filesystem::remove_all(mPath, error);
+	mFolder.emplace(
+		[&]
+		{
+			std::filesystem::path path = parent / MakeName();
+			// False when something has the name already, which must not be ours by chance then.
+			if (error || !std::filesystem::create_directory(path, error))
+			{
+				throw HostError(HostError::Kind::eOutput,
+					"no temporary folder can be made in " + QuotePath(parent) +
+						(error ? ": " + error.message() : std::string()) + "; name another one in TMPDIR");
+			}
+			return path;
+		});
+	std::filesystem::permissions(GetPath(), std::filesystem::perms::owner_all, error);
 }
 
 } // namespace SonaroHost::Otio

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "SonaroHost/Temporary.h"
+
 #include <filesystem>
+#include <optional>
 
 namespace SonaroHost::Otio
 {
@@ -11,14 +14,13 @@ class TemporaryFolder
 public:
 	// Throws a HostError when none can be made.
 	TemporaryFolder();
-	~TemporaryFolder();
 	TemporaryFolder(TemporaryFolder const&) = delete;
 	TemporaryFolder& operator=(TemporaryFolder const&) = delete;
 
-	std::filesystem::path const& GetPath() const { return mPath; }
+	std::filesystem::path const& GetPath() const { return mFolder->GetPath(); }
 
 private:
-	std::filesystem::path mPath;
+	std::optional<Temporary> mFolder;
 };
 
 } // namespace SonaroHost::Otio

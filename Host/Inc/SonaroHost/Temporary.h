@@ -1,0 +1,43 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <system_error>
+
+namespace SonaroHost
+{
+
+// A file or folder that is there only while it is worked on: removed with all that is in it at the end,
+// unless it was given another name before.
+//
+// All of the process are kept in one list, for the case that the process has to end while some thread is
+// in a library that cannot be stopped: RemoveAll then clears up in its place.
+//
+// Threads  Different ones at once, RemoveAll among them.
+class Temporary
+{
+public:
+	// inMake makes it and returns its path, or throws. No clean-up comes between that and the entry in the
+	// list.
+	explicit Temporary(std::function<std::filesystem::path()> const& inMake);
+	~Temporary();
+	Temporary(Temporary const&) = delete;
+	Temporary& operator=(Temporary const&) = delete;
+
+	std::filesystem::path const& GetPath() const { return mPath; }
+
+	// Gives it its final name, in place of an older file; from then on it is no longer temporary. Returns the
+	// system's error, after which it still is. A clean-up comes before or after it, never in between.
+	std::error_code Rename(std::filesystem::path const& inName);
+
+	// For the end of the process: removes all of them. Afterwards whoever makes or renames one waits for
+	// ever, so that nothing new appears.
+	// Relative paths need the working folder that they were made in.
+	static void RemoveAll();
+
+private:
+	std::filesystem::path mPath;
+	bool mIsRenamed = false;
+};
+
+} // namespace SonaroHost

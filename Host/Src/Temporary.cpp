@@ -1,0 +1,88 @@
+#include "SonaroHost/Temporary.h"
+
+#include <mutex>
+#include <set>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+struct List
+{
+	std::mutex mMutex;
+	std::set<std::filesystem::path> mPaths;
+};
+
+// Never destroyed: a clean-up may come while the process is ending in another way.
+List& GetList()
+{
+	static List* const sList = new List;
+	return *sList;
+}
+
+void Remove(std::filesystem::path const& inPath)
+{
+	// Another thread may still be adding files to a folder; once the folder is gone it cannot.
+	constexpr int kTries = 100;
+	std::error_code error;
+	for (int tries = 0; tries < kTries; ++tries)
+	{
+		std::filesystem::remove_all(inPath, error);
+		if (error != std::errc::directory_not_empty)
+		{
+			return;
+		}
+	}
+}
+
+} // namespace
+
+Temporary::Temporary(std::function<std::filesystem::path()> const& inMake)
+{
+	List& list = GetList();
+	std::lock_guard const lock(list.mMutex);
+	mPath = inMake();
+	list.mPaths.insert(mPath);
+}
+
+Temporary::~Temporary()
+{
+	if (mIsRenamed)
+	{
+		return;
+	}
+	// Not under the lock, since large folders take long; a clean-up at the same time does no harm.
+	Remove(mPath);
+	List& list = GetList();
+	std::lock_guard const lock(list.mMutex);
+	list.mPaths.erase(mPath);
+}
+
+std::error_code Temporary::Rename(std::filesystem::path const& inName)
+{
+	List& list = GetList();
+	std::lock_guard const lock(list.mMutex);
+	std::error_code error;
+	std::filesystem::rename(mPath, inName, error);
+	if (!error)
+	{
+		mIsRenamed = true;
+		list.mPaths.erase(mPath);
+	}
+	return error;
+}
+
+void Temporary::RemoveAll()
+{
+	List& list = GetList();
+	// Never given back.
+	list.mMutex.lock();
+	for (std::filesystem::path const& path : list.mPaths)
+	{
+		Remove(path);
+	}
+}
+
+} // namespace SonaroHost
