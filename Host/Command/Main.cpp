@@ -5,6 +5,7 @@
 #include "OperatingSystem.h"
 #include "RenderCommand.h"
 #include "SonaroHost/HostError.h"
+#include "StopSignals.h"
 #include "WaveformCommand.h"
 
 #include <exception>
@@ -43,6 +44,17 @@ int RefuseUsage(CLI::App const& inProgram, CLI::ParseError const& inError)
 int RunCommand(Command& ioCommand)
 {
 	using SonaroHost::HostError;
+	// Whatever a command that was asked to stop ends with, it ends by the signal.
+	struct SignalFirst
+	{
+		~SignalFirst()
+		{
+			if (StopSignals::GetToken().stop_requested())
+			{
+				StopSignals::EndProcess();
+			}
+		}
+	} const signalFirst;
 	try
 	{
 		return ioCommand.Run();
@@ -68,6 +80,7 @@ int RunCommand(Command& ioCommand)
 int main(int inCount, char** inArguments)
 {
 	MakeFileSizeLimitAnError();
+	StopSignals::Watch();
 	CLI::App program("Renders sound, exact to the sample.", "sonaro");
 	program.set_version_flag("--version", "sonaro " SONARO_VERSION);
 	program.require_subcommand(1);

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "OperatingSystem.h"
 #include "ProgressReport.h"
-
-#include <stop_token>
+#include "StopSignals.h"
 
 namespace SonaroCommand
 {
@@ -13,25 +11,16 @@ namespace SonaroCommand
 template <class Job>
 auto RunJob(Job& ioJob, int inSampleRate, bool inIsQuiet)
 {
-	InterruptGuard interrupt;
-	std::stop_source stop;
 	auto const run = [&]
 	{
 		ProgressReport report(inSampleRate, inIsQuiet);
-		auto const progress = [&](SonaroHost::RenderProgress const& inProgress)
-		{
-			report.Update(inProgress);
-			if (interrupt.IsInterrupted())
-			{
-				stop.request_stop();
-			}
-		};
-		return ioJob.Run(progress, stop.get_token());
+		return ioJob.Run([&](SonaroHost::RenderProgress const& inProgress) { report.Update(inProgress); },
+			StopSignals::GetToken());
 	};
 	auto const summary = run();
 	if (!summary)
 	{
-		interrupt.EndProcess();
+		StopSignals::EndProcess();
 	}
 	return *summary;
 }
