@@ -4,9 +4,9 @@
 #include "RenderOptions.h"
 #include "SonaroHost/GraphDrawing.h"
 #include "SonaroHost/HostError.h"
-#include "SonaroHost/JobChecks.h"
 #include "SonaroHost/Otio/TimelineInput.h"
 #include "SonaroHost/OutputFile.h"
+#include "SonaroHost/OutputPlan.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "TimelineNotes.h"
@@ -62,6 +62,7 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 		.add_option("--format", mFormat, "svg, png or dot, instead of what OUTPUT ends in")
 		->option_text("NAME")
 		->check(CLI::IsMember({"svg", "png", "dot"}));
+	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Refuse to replace an older file");
 	GetParser().add_option("--rate", mSampleRate, "Samples a second of the render")->option_text("HZ");
 	GetParser()
 		.add_option(
@@ -79,7 +80,6 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 int GraphCommand::Run()
 {
 	GraphFormat const format = ChooseFormat(mFormat, mOutput);
-	CheckOutput(mInput, mOutput, true);
 	RenderOptions layout;
 	layout.mLayout = mLayout;
 	Otio::TimelineOptions options;
@@ -87,11 +87,14 @@ int GraphCommand::Run()
 	options.mLayout = layout.ParseLayout();
 	options.mFadeShape = ParseFades(mFades);
 	Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
+	OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
 	Otio::TimelineSequence const sequence = input.MakeSequence(options);
 	WarnOfNotes(sequence.mMissing, {});
 	GraphDrawing const drawing = Draw(sequence);
+	std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);
+	// Not before the drawing, which may take long and may be stopped.
 	OutputFile file(mOutput);
-	WriteGraph(drawing.ToDot(input.GetTimeline().mName), format, file);
+	file.Write(picture.data(), static_cast<std::int64_t>(picture.size()));
 	file.Commit();
 	if (!mIsQuiet)
 	{

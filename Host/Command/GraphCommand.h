@@ -25,6 +25,7 @@ private:
 	std::optional<int> mSampleRate;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;
+	bool mKeepsOldFile = false;
 	bool mIsQuiet = false;
 };
 

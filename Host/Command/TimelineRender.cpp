@@ -5,7 +5,6 @@
 #include "RenderReport.h"
 #include "RunJob.h"
 #include "SonaroHost/HostError.h"
-#include "SonaroHost/JobChecks.h"
 #include "SonaroHost/OutputFile.h"
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
@@ -95,7 +94,7 @@ int TimelineRender::Run(std::string const& inInput)
 	TimelineRenderJob job(MakeRequest(inInput));
 	WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
 	CheckStrictly(job);
-	CheckReport(inInput);
+	CheckReport();
 	auto const summary = RunJob(job, job.GetSampleRate(), mShared.mIsQuiet);
 	WarnOfLevels(summary);
 	Report(job, inInput, summary);
@@ -108,6 +107,10 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mInput = inInput;
 	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 	request.mOutput = mShared.mOutput;
+	if (!mReport.empty())
+	{
+		request.mOtherOutputs.emplace_back(mReport);
+	}
 	request.mStems = mStems.empty() ? Stems::eNone : mStems == "track" ? Stems::eTracks : Stems::eMarkers;
 	// A folder's name ends in nothing.
 	bool const isFolder = request.mStems != Stems::eNone && mShared.mFormat.empty();
@@ -140,11 +143,12 @@ void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob) const
 	}
 }
 
-void TimelineRender::CheckReport(std::string const& inInput) const
+void TimelineRender::CheckReport() const
 {
-	if (!mReport.empty())
+	std::filesystem::path const folder = std::filesystem::path(mReport).parent_path();
+	// That of stems may be missing so far.
+	if (!mReport.empty() && (folder.empty() || std::filesystem::is_directory(folder)))
 	{
-		CheckOutput(inInput, mReport, !mShared.mKeepsOldFile);
 		OutputFile const file(mReport);
 	}
 }

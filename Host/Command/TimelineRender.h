@@ -33,7 +33,7 @@ private:
 	SonaroHost::Otio::TimelineRenderRequest MakeRequest(std::string const& inInput) const;
 	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob) const;
 	// That it can be written, before the work begins.
-	void CheckReport(std::string const& inInput) const;
+	void CheckReport() const;
 	void Report(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
 		SonaroHost::Otio::TimelineRenderSummary const& inSummary) const;
 	void WarnOfLevels(SonaroHost::Otio::TimelineRenderSummary const& inSummary) const;

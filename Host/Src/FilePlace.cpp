@@ -76,21 +76,22 @@ std::filesystem::path FollowLinks(std::filesystem::path const& inPath)
 
 FilePlace::FilePlace(std::filesystem::path const& inPath)
 {
-	Resolve(inPath);
-	auto const leadsUp = [this] { return !mNames.empty() && mNames.front() == ".."; };
-	if (leadsUp())
+	std::filesystem::path names = Resolve(inPath);
+	// A way up again through what is not there.
+	if (std::find(names.begin(), names.end(), "..") != names.end())
 	{
-		std::filesystem::path path = mPath;
-		for (std::filesystem::path const& name : mNames)
+		names = Resolve(mPath / names.lexically_normal());
+	}
+	for (std::filesystem::path const& name : names)
+	{
+		if (!name.empty() && name != ".")
 		{
-			path /= name;
+			mNames.push_back(name);
 		}
-		mNames.clear();
-		Resolve(path);
 	}
 }
 
-void FilePlace::Resolve(std::filesystem::path const& inPath)
+std::filesystem::path FilePlace::Resolve(std::filesystem::path const& inPath)
 {
 	std::filesystem::path names;
 	mPath = inPath.empty() ? "." : inPath;
@@ -110,14 +111,7 @@ void FilePlace::Resolve(std::filesystem::path const& inPath)
 		}
 		mPath = parent.empty() ? "." : parent;
 	}
-	names = names.lexically_normal();
-	for (std::filesystem::path const& name : names)
-	{
-		if (!name.empty() && name != ".")
-		{
-			mNames.push_back(name);
-		}
-	}
+	return names;
 }
 
 bool FilePlace::IsSame(FilePlace const& inOther) const

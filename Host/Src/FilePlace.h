@@ -32,7 +32,8 @@ public:
 	bool IsWithin(FilePlace const& inFolder) const;
 
 private:
-	void Resolve(std::filesystem::path const& inPath);
+	// Finds mPath and mNumber, and gives the names below.
+	std::filesystem::path Resolve(std::filesystem::path const& inPath);
 	// Whether both have the same folder and the same first names.
 	bool HasSameStart(FilePlace const& inOther, std::size_t inNames) const;
 

@@ -1,6 +1,5 @@
 #include "SonaroHost/GraphDrawing.h"
 #include "SonaroHost/HostError.h"
-#include "SonaroHost/OutputFile.h"
 
 #include <graphviz/gvc.h>
 
@@ -31,20 +30,13 @@ struct RenderFree
 	void operator()(char* inData) const { gvFreeRenderData(inData); }
 };
 
-void WriteAll(OutputFile& ioFile, char const* inBytes, std::size_t inCount)
-{
-	ioFile.Write(inBytes, static_cast<std::int64_t>(inCount));
-	ioFile.CheckWritten();
-}
-
 } // namespace
 
-void WriteGraph(std::string const& inDot, GraphFormat inFormat, OutputFile& ioFile)
+std::string DrawGraph(std::string const& inDot, GraphFormat inFormat)
 {
 	if (inFormat == GraphFormat::eDot)
 	{
-		WriteAll(ioFile, inDot.data(), inDot.size());
-		return;
+		return inDot;
 	}
 	std::unique_ptr<GVC_t, ContextFree> const context(gvContext());
 	std::unique_ptr<Agraph_t, GraphFree> const graph(agmemread(inDot.c_str()));
@@ -66,7 +58,7 @@ void WriteGraph(std::string const& inDot, GraphFormat inFormat, OutputFile& ioFi
 	{
 		Refuse("Graphviz cannot render it; install the package graphviz");
 	}
-	WriteAll(ioFile, data, size);
+	return {data, size};
 }
 
 } // namespace SonaroHost

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <string>
-#include <system_error>
 
 namespace SonaroHost
 {
@@ -18,24 +17,6 @@ namespace
 }
 
 } // namespace
-
-void CheckOutput(std::filesystem::path const& inInput, std::filesystem::path const& inOutput, bool inReplace)
-{
-	std::error_code error;
-	if (!std::filesystem::exists(inOutput, error))
-	{
-		return;
-	}
-	if (std::filesystem::equivalent(inInput, inOutput, error))
-	{
-		Refuse("the output " + QuotePath(inOutput) + " is the input itself; give it another name");
-	}
-	if (!inReplace)
-	{
-		throw HostError(
-			HostError::Kind::eOutput, "cannot write " + QuotePath(inOutput) + ": it exists already");
-	}
-}
 
 FrameRange ChooseRange(
 	AudioFileInfo const& inInfo, TimePosition const& inStart, std::optional<TimePosition> const& inDuration)

@@ -3,6 +3,7 @@
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/JobChecks.h"
+#include "SonaroHost/OutputPlan.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
@@ -89,11 +90,16 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	{
 		Refuse("there is no input");
 	}
+	OutputPlan outputs;
+	outputs.mFiles = inRequest.mOtherOutputs;
+	outputs.mFiles.push_back(inRequest.mOutput);
+	outputs.mReplaces = inRequest.mReplace;
 	for (ClipInput const& input : inRequest.mInputs)
 	{
 		mClips.push_back(OpenClip(input));
-		CheckOutput(input.mPath, inRequest.mOutput, inRequest.mReplace);
+		outputs.mInputs.push_back(input.mPath);
 	}
+	outputs.Check();
 	ChooseSampleRate(inRequest);
 	ChooseLayouts(inRequest.mLayout);
 	PlaceClips(inRequest);

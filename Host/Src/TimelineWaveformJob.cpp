@@ -2,8 +2,8 @@
 
 #include "Otio/TimelinePass.h"
 #include "SonaroHost/HostError.h"
-#include "SonaroHost/JobChecks.h"
 #include "SonaroHost/OutputFile.h"
+#include "SonaroHost/OutputPlan.h"
 #include "WaveformBand.h"
 #include "WaveformPicture.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -73,7 +73,7 @@ TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
 	  mInput(mRequest.mInput, mRequest.mMediaFolders),
 	  mSequence(mInput.MakeSequence(mRequest.mOptions))
 {
-	CheckOutput(mRequest.mInput, mRequest.mOutput, mRequest.mReplace);
+	OutputPlan{{mRequest.mOutput}, {}, {mRequest.mInput}, mInput.ListMedia(), mRequest.mReplace}.Check();
 	if (!IsPicture(mRequest.mFormat))
 	{
 		Refuse("the waveform of a timeline is drawn; end the output in .png or .svg");

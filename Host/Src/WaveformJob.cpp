@@ -5,6 +5,7 @@
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/JobChecks.h"
 #include "SonaroHost/OutputFile.h"
+#include "SonaroHost/OutputPlan.h"
 #include "SonaroHost/PeakWaveformGenerator.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "WaveformData.h"
@@ -62,7 +63,7 @@ WaveformJob::WaveformJob(WaveformRequest inRequest)
 	: mRequest(std::move(inRequest)),
 	  mSource(AudioFileSource::Open(mRequest.mInput))
 {
-	CheckOutput(mRequest.mInput, mRequest.mOutput, mRequest.mReplace);
+	OutputPlan{{mRequest.mOutput}, {}, {mRequest.mInput}, {}, mRequest.mReplace}.Check();
 	FrameRange const range = ChooseRange(GetInputInfo(), mRequest.mStart, mRequest.mDuration);
 	mFirstFrame = range.mFirst;
 	mFrames = range.mFrames;

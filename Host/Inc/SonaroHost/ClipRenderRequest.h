@@ -31,6 +31,7 @@ inline constexpr int kMostHours = 1000;
 // A sound file, or a part of one, in a programme.
 struct ClipInput
 {
+	// "-" for the standard input.
 	std::filesystem::path mPath;
 	// In the file.
 	TimePosition mStart = {};
@@ -48,7 +49,10 @@ struct ClipRenderRequest
 {
 	// At least one. Where they overlap, the later one in this list is heard alone.
 	std::vector<ClipInput> mInputs;
+	// A file, or "-" for the standard output.
 	std::filesystem::path mOutput;
+	// What the caller writes besides, such as a report: checked together with the output.
+	std::vector<std::filesystem::path> mOtherOutputs = {};
 	OutputContainer mContainer = OutputContainer::eWav;
 	// Without these, GetDefaultSamples and ChooseDither decide.
 	std::optional<OutputSamples> mSamples;
@@ -74,7 +78,7 @@ struct ClipRenderRequest
 	bool mAsPlayback = false;
 	// There are no tracks to measure, so eTracks means the output.
 	Measuring mMeasuring = Measuring::eNothing;
-	// Whether an older file of the output's name may be replaced.
+	// Whether older files of the outputs' names may be replaced.
 	bool mReplace = true;
 };
 

@@ -11,8 +11,6 @@
 namespace SonaroHost
 {
 
-class OutputFile;
-
 // The nodes of a graph as they tell of themselves, for pictures of it.
 //
 // Nodes    Each object is one, however many others it feeds.
@@ -54,8 +52,9 @@ enum class GraphFormat
 	ePng,
 };
 
-// Writes a drawing, laid out by Graphviz unless it stays text. Throws a HostError of kind eOutput when that cannot.
+// The bytes of a file with a drawing, laid out by Graphviz unless it stays text. Throws a HostError of kind eOutput when
+// that cannot.
 // Threads: one at a time.
-void WriteGraph(std::string const& inDot, GraphFormat inFormat, OutputFile& ioFile);
+std::string DrawGraph(std::string const& inDot, GraphFormat inFormat);
 
 } // namespace SonaroHost

@@ -4,14 +4,10 @@
 #include "SonaroHost/TimePosition.h"
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 
 namespace SonaroHost
 {
-
-// Throws a HostError when the output is the input itself, or exists and may not be replaced.
-void CheckOutput(std::filesystem::path const& inInput, std::filesystem::path const& inOutput, bool inReplace);
 
 // Frames of a file.
 struct FrameRange

@@ -81,15 +81,23 @@ FoundMedia MediaFinder::Find(std::string_view inUrl) const
 					  ", and only files are read; copy it and name its folder as one of media";
 		return found;
 	}
+	auto const isFile = [&found](std::filesystem::path const& inPath)
+	{
+		bool const isThere = IsFile(inPath);
+		(isThere ? found.mPath : found.mLookedFor.emplace_back()) = inPath;
+		return isThere;
+	};
 	for (std::filesystem::path const& path : location.mPaths)
 	{
 		if (IsTimeline(path))
 		{
-			return {mFolder / path, "is a timeline, which cannot be the media of another one", {}};
+			found.mPath = mFolder / path;
+			found.mWhyMissing = "is a timeline, which cannot be the media of another one";
+			return found;
 		}
-		if (IsFile(mFolder / path))
+		if (isFile(mFolder / path))
 		{
-			return {mFolder / path, {}, {}};
+			return found;
 		}
 	}
 	for (std::filesystem::path const& folder : mMediaFolders)
@@ -98,11 +106,11 @@ FoundMedia MediaFinder::Find(std::string_view inUrl) const
 		{
 			for (std::filesystem::path tail = GetTail(path); !tail.empty(); tail = WithoutFirst(tail))
 			{
-				if (IsFile(folder / tail))
+				if (isFile(folder / tail))
 				{
-					return {folder / tail, {},
-						QuotePath(mFolder / location.mPaths.front()) + " is not there; taken from " +
-							QuotePath(folder / tail)};
+					found.mRemark = QuotePath(mFolder / location.mPaths.front()) +
+									" is not there; taken from " + QuotePath(found.mPath);
+					return found;
 				}
 			}
 		}

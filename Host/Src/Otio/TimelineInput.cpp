@@ -1,5 +1,7 @@
 #include "SonaroHost/Otio/TimelineInput.h"
 
+#include "MediaList.h"
+
 #include <algorithm>
 #include <cctype>
 #include <utility>
@@ -30,6 +32,16 @@ TimelineInput::TimelineInput(
 			"the file holds " + std::to_string(timelines) + " timelines; the first one, \"" +
 				GetTimeline().mName + "\", is taken"});
 	}
+}
+
+std::vector<std::filesystem::path> TimelineInput::ListMedia() const
+{
+	MediaList list(mFinder);
+	for (Timeline const& timeline : mFile.GetDocument().mTimelines)
+	{
+		list.Add(timeline);
+	}
+	return {list.GetPaths().begin(), list.GetPaths().end()};
 }
 
 TimelineSequence TimelineInput::MakeSequence(TimelineOptions const& inOptions)

@@ -1,17 +1,16 @@
 #include "SonaroHost/Otio/TimelineRenderJob.h"
 
+#include "../OutputFolder.h"
 #include "../RenderPasses.h"
 #include "StemName.h"
 #include "TimelineRenderer.h"
 
 #include "SonaroHost/ClipRenderRequest.h"
 #include "SonaroHost/HostError.h"
-#include "SonaroHost/JobChecks.h"
+#include "SonaroHost/OutputPlan.h"
 
 #include <algorithm>
 #include <chrono>
-#include <set>
-#include <system_error>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -49,40 +48,6 @@ std::string GetEnding(OutputContainer inContainer)
 	}
 	return ".caf";
 }
-
-// A folder that is there for the output, and gone again where there is none.
-class OutputFolder
-{
-public:
-	explicit OutputFolder(std::filesystem::path const& inPath)
-	{
-		std::error_code error;
-		if (std::filesystem::create_directory(inPath, error))
-		{
-			mMade = inPath;
-		}
-		if (!std::filesystem::is_directory(inPath))
-		{
-			throw HostError(
-				HostError::Kind::eOutput, "cannot make the folder " + QuotePath(inPath) + ": " +
-											  (error ? error.message() : std::string("a file has its name")));
-		}
-	}
-	~OutputFolder()
-	{
-		if (!mMade.empty())
-		{
-			std::error_code error;
-			// Only while it is empty.
-			std::filesystem::remove(mMade, error);
-		}
-	}
-	OutputFolder(OutputFolder const&) = delete;
-	OutputFolder& operator=(OutputFolder const&) = delete;
-
-private:
-	std::filesystem::path mMade;
-};
 
 } // namespace
 
@@ -187,26 +152,17 @@ void TimelineRenderJob::PlanFiles()
 
 void TimelineRenderJob::CheckFiles() const
 {
-	std::set<std::filesystem::path> inputs{mRequest.mInput};
-	for (ClipRow const& clip : mSequence.mClips)
-	{
-		if (!clip.mMedia.empty())
-		{
-			inputs.insert(clip.mMedia);
-		}
-	}
+	OutputPlan plan;
+	plan.mFiles = mRequest.mOtherOutputs;
 	for (RenderedFile const& planned : mFiles)
 	{
-		std::error_code error;
-		if (!std::filesystem::exists(planned.mPath, error))
-		{
-			continue;
-		}
-		for (std::filesystem::path const& input : inputs)
-		{
-			CheckOutput(input, planned.mPath, mRequest.mReplace);
-		}
+		plan.mFiles.push_back(planned.mPath);
 	}
+	plan.mFolder = mRequest.mStems != Stems::eNone ? mRequest.mOutput : std::filesystem::path();
+	plan.mInputs = {mRequest.mInput};
+	plan.mMedia = mInput.ListMedia();
+	plan.mReplaces = mRequest.mReplace;
+	plan.Check();
 }
 
 std::optional<TimelineRenderSummary> TimelineRenderJob::Run(

@@ -19,6 +19,8 @@ struct FoundMedia
 	std::string mWhyMissing;
 	// Where the timeline's own place is empty and the file was taken from elsewhere; otherwise empty.
 	std::string mRemark;
+	// The places that were empty. A file there would be taken the next time.
+	std::vector<std::filesystem::path> mLookedFor = {};
 };
 
 // Finds the files that a timeline's URLs and paths stand for.

@@ -28,6 +28,10 @@ public:
 	Timeline const& GetTimeline() const { return mFile.GetDocument().mTimelines.front(); }
 	FileMedia const& GetMedia() const { return mMedia; }
 
+	// What no output may replace: media of all timelines in the file, heard or not, and the places where they were
+	// looked for.
+	std::vector<std::filesystem::path> ListMedia() const;
+
 	TimelineSequence MakeSequence(TimelineOptions const& inOptions = {});
 
 	// Those of the reader, and of what was chosen here.

@@ -28,8 +28,11 @@ struct TimelineRenderRequest
 {
 	std::filesystem::path mInput;
 	std::vector<std::filesystem::path> mMediaFolders;
-	// The file; of stems the folder, which is made where there is none.
+	// The file, or "-" for the standard output; of stems the folder, which is made where there is none, with the folders
+	// above it.
 	std::filesystem::path mOutput;
+	// What the caller writes besides, such as a report: checked together with the outputs.
+	std::vector<std::filesystem::path> mOtherOutputs;
 	OutputContainer mContainer = OutputContainer::eWav;
 	// Without these, GetDefaultSamples and ChooseDither decide.
 	std::optional<OutputSamples> mSamples;
@@ -46,7 +49,7 @@ struct TimelineRenderRequest
 	OutputLevels mLevels;
 
 	Measuring mMeasuring = Measuring::eNothing;
-	// Whether older files of the outputs' names may be replaced.
+	// Whether older files of the outputs' names may be replaced, the other outputs' too.
 	bool mReplace = true;
 	// More costs memory and gains nothing.
 	unsigned mBlockFrames = 4096;

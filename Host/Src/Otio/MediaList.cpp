@@ -1,0 +1,48 @@
+#include "MediaList.h"
+
+namespace SonaroHost::Otio
+{
+
+void MediaList::Add(Timeline const& inTimeline)
+{
+	Add(inTimeline.mTracks.mChildren);
+}
+
+void MediaList::Add(std::vector<Composable> const& inChildren)
+{
+	for (Composable const& child : inChildren)
+	{
+		if (auto const* const clip = child.As<Clip>())
+		{
+			Add(*clip);
+		}
+		else if (auto const* const track = child.As<Track>())
+		{
+			Add(track->mChildren);
+		}
+		else if (auto const* const stack = child.As<Stack>())
+		{
+			Add(stack->mChildren);
+		}
+	}
+}
+
+void MediaList::Add(Clip const& inClip)
+{
+	for (MediaReference const& reference : inClip.mMediaReferences)
+	{
+		bool const isNew =
+			reference.mKind == MediaReference::Kind::eExternal && mUrls.insert(reference.mTargetUrl).second;
+		if (isNew)
+		{
+			FoundMedia const found = mFinder.Find(reference.mTargetUrl);
+			if (found.IsFound())
+			{
+				mPaths.insert(found.mPath);
+			}
+			mPaths.insert(found.mLookedFor.begin(), found.mLookedFor.end());
+		}
+	}
+}
+
+} // namespace SonaroHost::Otio

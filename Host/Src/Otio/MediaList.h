@@ -1,0 +1,35 @@
+#pragma once
+
+#include "SonaroHost/Otio/MediaFinder.h"
+#include "SonaroHost/Otio/Model.h"
+
+#include <filesystem>
+#include <set>
+
+namespace SonaroHost::Otio
+{
+
+// All media that clips refer to, heard or not, pictures too: the files, and the places where they were looked for
+// before.
+class MediaList
+{
+public:
+	// The finder outlives this object.
+	explicit MediaList(MediaFinder const& inFinder)
+		: mFinder(inFinder)
+	{
+	}
+
+	void Add(Timeline const& inTimeline);
+	std::set<std::filesystem::path> const& GetPaths() const { return mPaths; }
+
+private:
+	void Add(std::vector<Composable> const& inChildren);
+	void Add(Clip const& inClip);
+
+	MediaFinder const& mFinder;
+	std::set<std::string> mUrls;
+	std::set<std::filesystem::path> mPaths;
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// A folder for outputs, made with the folders above it where there is none. At the end, those that it made and that are
+// still empty are gone again.
+class OutputFolder
+{
+public:
+	// Throws a HostError when it cannot be made.
+	explicit OutputFolder(std::filesystem::path const& inPath);
+	~OutputFolder();
+	OutputFolder(OutputFolder const&) = delete;
+	OutputFolder& operator=(OutputFolder const&) = delete;
+
+private:
+	// Outermost first.
+	std::vector<std::filesystem::path> mMade;
+};
+
+} // namespace SonaroHost
