@@ -33,7 +33,7 @@ _sonaro()
 		render) COMPREPLY=($(compgen -W "-h --help --at -o --output --format --bits --dither --no-overwrite --start --duration --gain-db --reverse --block --as-playback --speed --rate --fade-in --fade-out --channels --layout --pan --mixdown --quiet --json --range --stems --normalize --limit-dbtp --media --fades --strict --report" -- "$word")) ;;
 		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --start --duration --width --samples-per-column --channels --height --background --wave --rms --scale --floor-db --bits --quiet --json --media --fades" -- "$word")) ;;
 		info) COMPREPLY=($(compgen -W "-h --help --media --json" -- "$word")) ;;
-		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --rate --layout --media --fades --quiet" -- "$word")) ;;
+		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --media --fades --quiet" -- "$word")) ;;
 		esac
 		;;
 	*)
