@@ -32,6 +32,15 @@ SN::InterfaceRef<SN::IAudioGenerator> NestedContent::Clone()
 	return clone;
 }
 
+bool NestedContent::HasHistory()
+{
+	if (!mHasHistory)
+	{
+		mHasHistory = mSequence->HasHistory();
+	}
+	return *mHasHistory;
+}
+
 SN::TickTime NestedContent::GetDelay()
 {
 	if (mContext->IsDelayCompensationDisabled())
@@ -47,6 +56,8 @@ void NestedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 	SN::TickTime const first = (inStartTime - mWindow.mPrerollLead) * mWindow.mSpeed;
 	std::int64_t const frame = first.ToFrame64(mFrameRate);
 	mNextFrame.reset();
+	mFilledFrom.reset();
+	mIsReset = false;
 	bool const isReverse = MapDirection(inReverse);
 	if (mContext->IsPrefetchEnabled() && !mContext->IsImmediateRender())
 	{
@@ -100,8 +111,14 @@ void NestedContent::Settle(std::int64_t inFrame, std::int64_t inCount, bool inRe
 void NestedContent::FillInitialDelay(
 	SN::TickTime const& inStartTime, SN::TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
 {
-	mSequence->FillInitialDelay(MapRun(inStartTime.ToFrame64(mFrameRate), 0), inDelayTime,
-		MapDirection(inReverse), inForceCompletion);
+	SN::TickTime const start = MapRun(inStartTime.ToFrame64(mFrameRate), 0);
+	if (inForceCompletion && mFilledFrom == start)
+	{
+		return;
+	}
+	mFilledFrom = inForceCompletion ? std::optional(start) : std::nullopt;
+	mIsReset = false;
+	mSequence->FillInitialDelay(start, inDelayTime, MapDirection(inReverse), inForceCompletion);
 }
 
 void NestedContent::AccumulatePrefetchRequests(
@@ -120,12 +137,40 @@ void NestedContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& i
 	std::int64_t const frame = inTime.ToFrame64(mFrameRate);
 	std::int64_t const count = ioBuffer.GetUseSize();
 	std::int64_t const begin = inReverse ? frame + count : frame;
+	mIsReset = false;
 	if (NeedsToSettle() && !IsInTurn(begin, inReverse))
 	{
 		Settle(begin, mWindow.mAheadFrames + mWindow.mSettlingFrames, inReverse);
 	}
 	mNextFrame = inReverse ? frame : frame + count;
 	mSequence->GetAudioData(MapRun(frame, count), ioBuffer, MapDirection(inReverse));
+}
+
+void NestedContent::Reset()
+{
+	if (!mIsReset)
+	{
+		mIsReset = true;
+		mSequence->Reset();
+	}
+}
+
+void NestedContent::InitializeAudioFilters()
+{
+	if (!mAreFiltersRunning)
+	{
+		mAreFiltersRunning = true;
+		mSequence->InitializeAudioFilters();
+	}
+}
+
+void NestedContent::ShutdownAudioFilters()
+{
+	if (mAreFiltersRunning)
+	{
+		mAreFiltersRunning = false;
+		mSequence->ShutdownAudioFilters();
+	}
 }
 
 SN::TickTime NestedContent::MapRun(std::int64_t inFirstFrame, std::int64_t inCount) const

@@ -41,6 +41,11 @@ struct ContentWindow
 // Jumps    Where it is read elsewhere than where the last block has ended, as when a playback comes round to
 //          the start of its loop, it settles first: what it needs is rendered and thrown away. A playback
 //          that fills the item begins outside of it, and so needs nothing more.
+// Once     A sequence is reached in several ways: the group around it hands on to its tracks and to the mix of
+//          them, which hands on to the tracks again, and a track to its items and to the transitions between
+//          them. What starts, stops, fills or resets the sequence is handed on once, lest the ways multiply
+//          with every level.
+// Live     Its parameters are no live ones: what is nested does not change while it plays.
 // Threads  As for the sequence. Nothing allocates after the constructor.
 class NestedContent final : public SN::IAudioGenerator, public SN::IAudioRenderGraphNodeInfo
 {
@@ -50,7 +55,7 @@ public:
 		unsigned inChannels, ContentWindow const& inWindow);
 
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
-	bool HasHistory() override { return mSequence->HasHistory(); }
+	bool HasHistory() override;
 	SN::TickTime GetDelay() override;
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(SN::TickTime const& inStartTime, SN::TickTime const& inDelayTime, bool inReverse,
@@ -58,9 +63,9 @@ public:
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
 		SN::PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
-	void Reset() override { mSequence->Reset(); }
-	void InitializeAudioFilters() override { mSequence->InitializeAudioFilters(); }
-	void ShutdownAudioFilters() override { mSequence->ShutdownAudioFilters(); }
+	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
 
 	std::u16string GetNodeName() override { return u"NestedContent"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {mSequence}; }
@@ -93,6 +98,13 @@ private:
 	// The item's frame at which the next block begins, or in reverse ends, if it follows; none behind the
 	// preroll of a playback.
 	std::optional<std::int64_t> mNextFrame;
+	// What the sequence has answered; it does not change.
+	std::optional<bool> mHasHistory;
+	bool mAreFiltersRunning = false;
+	// Whether nothing has run since the last reset.
+	bool mIsReset = false;
+	// Where it was filled from last, since the preroll.
+	std::optional<SN::TickTime> mFilledFrom;
 };
 
 } // namespace SonaroHost::Sequence
