@@ -1,6 +1,7 @@
 #include "Console.h"
 
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/PrintableText.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -16,7 +17,8 @@ namespace
 void PrintLine(std::string inText)
 {
 	std::replace(inText.begin(), inText.end(), '\n', ' ');
-	inText += '\n';
+	// Whatever a message is made of, nothing in it reaches the terminal as a command.
+	inText = SonaroHost::MakePrintable(inText) + "\n";
 	// In one piece, so that lines of several processes do not mix.
 	std::fwrite(inText.data(), 1, inText.size(), stderr);
 }
@@ -35,8 +37,9 @@ void PrintWarning(std::string const& inMessage)
 
 void PrintResult(std::string const& inText)
 {
+	std::string const text = SonaroHost::MakePrintableLines(inText);
 	errno = 0;
-	bool const isWritten = std::fwrite(inText.data(), 1, inText.size(), stdout) == inText.size();
+	bool const isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
 	if (!isWritten || std::fflush(stdout) != 0)
 	{
 		throw SonaroHost::HostError(SonaroHost::HostError::Kind::eOutput,

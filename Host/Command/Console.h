@@ -9,7 +9,8 @@ namespace SonaroCommand
 void PrintError(std::string const& inMessage);
 void PrintWarning(std::string const& inMessage);
 
-// Writes to the standard output. Throws a HostError when that fails, for instance on a full disk.
+// Writes lines to the standard output; what could command a terminal is written out, and JSON means the same then.
+// Throws a HostError when that fails, for instance on a full disk.
 void PrintResult(std::string const& inText);
 
 } // namespace SonaroCommand

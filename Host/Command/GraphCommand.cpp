@@ -4,11 +4,11 @@
 #include "RenderOptions.h"
 #include "SonaroHost/GraphDrawing.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/TimelineGraph.h"
 #include "SonaroHost/Otio/TimelineInput.h"
 #include "SonaroHost/OutputFile.h"
 #include "SonaroHost/OutputPlan.h"
 #include "SonaroHost/RenderContextScope.h"
-#include "SonaroHost/Sequence/SequenceGraph.h"
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
 
@@ -40,7 +40,7 @@ GraphDrawing Draw(Otio::TimelineSequence const& inSequence)
 	constexpr unsigned kBlockFrames = 2048;
 	auto const rate = SN::FrameRate::FromSamplesPerSecond(inSequence.mSampleRate);
 	RenderContextScope const context(kBlockFrames, SN::kTimeMax, SN::ImmutableString("drawing"));
-	Sequence::SequenceGraph const graph(*inSequence.mDescription, context.Get(), rate);
+	Sequence::SequenceGraph const graph = Otio::MakeTimelineGraph(inSequence, context.Get());
 	return GraphDrawing(graph.GetGenerator(), rate);
 }
 

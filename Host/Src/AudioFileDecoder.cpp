@@ -33,7 +33,7 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	if (!mFile)
 	{
 		throw HostError(HostError::Kind::eInput,
-			"cannot read " + QuotePath(inPath) + " as sound: " + sf_strerror(nullptr));
+			{inPath, {}, std::string("cannot be read as sound: ") + sf_strerror(nullptr), {}});
 	}
 	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
 }

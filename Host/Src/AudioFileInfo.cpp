@@ -23,9 +23,10 @@ namespace
 // The end of the engine's time line, 100 hours.
 constexpr std::int64_t kMaxSeconds = 360000;
 
-[[noreturn]] void Refuse(std::filesystem::path const& inPath, std::string const& inReason)
+[[noreturn]] void Refuse(
+	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy = {})
 {
-	throw HostError(HostError::Kind::eInput, QuotePath(inPath) + " " + inReason);
+	throw HostError(HostError::Kind::eInput, {inPath, {}, inReason, inRemedy});
 }
 
 void CheckIsFile(std::filesystem::path const& inPath)
@@ -62,9 +63,10 @@ void CheckIsFile(std::filesystem::path const& inPath)
 
 void RefuseCutFile(std::filesystem::path const& inPath, std::int64_t inPromised, std::int64_t inThere)
 {
-	Refuse(inPath, "is cut short: its header promises " + std::to_string(inPromised) +
-					   " bytes of audio, the file has " + std::to_string(std::max<std::int64_t>(inThere, 0)) +
-					   "; get a whole copy");
+	Refuse(inPath,
+		"is cut short: its header promises " + std::to_string(inPromised) + " bytes of audio, the file has " +
+			std::to_string(std::max<std::int64_t>(inThere, 0)),
+		"get a whole copy");
 }
 
 // Compares what the headers promise with the size of the file. Returns whether a length is stated.
@@ -86,9 +88,10 @@ bool CheckFileSize(std::filesystem::path const& inPath)
 	}
 	if (declared->mIsUnfinished)
 	{
-		Refuse(inPath, "was never finished: its header states no audio, yet " +
-						   std::to_string(size - declared->mStart) +
-						   " bytes follow; repair the header first");
+		Refuse(inPath,
+			"was never finished: its header states no audio, yet " + std::to_string(size - declared->mStart) +
+				" bytes follow",
+			"repair the header first");
 	}
 	if (declared->mBytes && declared->mStart + *declared->mBytes > size)
 	{
@@ -134,9 +137,10 @@ void CheckLastFrame(AudioFileDecoder& ioDecoder, AudioFileInfo const& inInfo)
 	std::array<float, kMaxChannels> frame{};
 	if (!ioDecoder.SeekTo(inInfo.mFrames - 1) || ioDecoder.Read(frame.data(), 1) != 1)
 	{
-		Refuse(inInfo.mPath, "is cut short or damaged: its header promises " +
-								 std::to_string(inInfo.mFrames) +
-								 " samples, but the last one cannot be read; get a whole copy");
+		Refuse(inInfo.mPath,
+			"is cut short or damaged: its header promises " + std::to_string(inInfo.mFrames) +
+				" samples, but the last one cannot be read",
+			"get a whole copy");
 	}
 }
 

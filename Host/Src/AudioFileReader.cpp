@@ -172,9 +172,11 @@ void AudioFileReader::DecodeUpTo(std::int64_t inPosition, float* ioScratch)
 void AudioFileReader::ThrowCutShort(std::int64_t inPosition) const
 {
 	throw HostError(HostError::Kind::eInput,
-		QuotePath(mInfo.mPath) + " cannot be read at sample " + std::to_string(inPosition) + " (" +
-			FormatTime(inPosition, mInfo.mSampleRate) + "), though its header promises " +
-			std::to_string(mInfo.mFrames) + ": it is cut short or damaged; get a whole copy");
+		{mInfo.mPath, {},
+			"cannot be read at sample " + std::to_string(inPosition) + " (" +
+				FormatTime(inPosition, mInfo.mSampleRate) + "), though its header promises " +
+				std::to_string(mInfo.mFrames) + ": it is cut short or damaged",
+			"get a whole copy"});
 }
 
 } // namespace SonaroHost

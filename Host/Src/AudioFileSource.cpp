@@ -1,6 +1,5 @@
 #include "SonaroHost/AudioFileSource.h"
 
-#include "SonaroHost/HostError.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -57,7 +56,7 @@ AudioFileSource::AudioFileSource(
 	mChunks->Init(static_cast<unsigned long long>((GetInfo().mFrames + chunkFrames - 1) / chunkFrames));
 }
 
-std::optional<std::string> AudioFileSource::GetFailure() const
+std::optional<HostError> AudioFileSource::GetFailure() const
 {
 	return HasFailed() ? mFailure : std::nullopt;
 }
@@ -83,7 +82,7 @@ void AudioFileSource::ReadAudio(
 	}
 	catch (std::exception const& error)
 	{
-		Fail(error.what());
+		Fail(error);
 		inBuffer.Zero();
 		return;
 	}
@@ -114,7 +113,7 @@ void AudioFileSource::PrefetchAudioData(
 		}
 		catch (std::exception const& error)
 		{
-			Fail(error.what());
+			Fail(error);
 			return;
 		}
 	}
@@ -236,12 +235,14 @@ void AudioFileSource::DecodeChunk(std::int64_t inChunk)
 	mChunks->Store(index, VX::AudioMapEntry(buffer));
 }
 
-void AudioFileSource::Fail(std::string inReason)
+void AudioFileSource::Fail(std::exception const& inReason)
 {
 	// The first one is the reason of all that follow, and readers may hold on to it already.
 	if (!HasFailed())
 	{
-		mFailure = std::move(inReason);
+		auto const* const known = dynamic_cast<HostError const*>(&inReason);
+		mFailure =
+			known ? *known : HostError(HostError::Kind::eInput, {GetInfo().mPath, {}, inReason.what(), {}});
 		mHasFailed.store(true, std::memory_order_release);
 	}
 }

@@ -98,7 +98,7 @@ void ClipRenderer::CheckSources() const
 	{
 		if (auto const failure = clip.mSource->GetFailure())
 		{
-			throw HostError(HostError::Kind::eInput, *failure);
+			throw *failure;
 		}
 	}
 }

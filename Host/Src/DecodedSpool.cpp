@@ -63,9 +63,10 @@ void DecodedSpool::ExtendTo(std::int64_t inEnd)
 
 void DecodedSpool::ThrowFailure() const
 {
-	throw HostError(HostError::Kind::eInput,
-		"cannot keep the decoded samples of " + QuotePath(mPath) + " in a temporary file: " +
-			std::generic_category().message(errno) + "; convert it to WAV, which needs none");
+	throw HostError(HostError::Kind::eInput, {mPath, {},
+												 "its decoded samples cannot be kept in a temporary file: " +
+													 std::generic_category().message(errno),
+												 "convert it to WAV, which needs none"});
 }
 
 } // namespace SonaroHost

@@ -1,26 +1,48 @@
 #include "SonaroHost/HostError.h"
 
+#include "SonaroHost/PrintableText.h"
+
+#include <utility>
+
 namespace SonaroHost
 {
 
+namespace
+{
+
+// Of bytes, in a message: the way to deeply nested objects is longer.
+constexpr std::size_t kLongestPlace = 400;
+
+std::string Compose(HostError::Parts const& inParts)
+{
+	std::string where = inParts.mFile.empty() ? std::string() : QuotePath(inParts.mFile);
+	if (!inParts.mPlace.empty())
+	{
+		where += where.empty() ? "" : ", ";
+		where += ShortenMiddle(inParts.mPlace, kLongestPlace);
+	}
+	return where + (where.empty() ? "" : ": ") + inParts.mReason +
+		   (inParts.mRemedy.empty() ? "" : "; " + inParts.mRemedy);
+}
+
+} // namespace
+
+HostError::HostError(Kind inKind, Parts inParts)
+	: std::runtime_error(Compose(inParts)),
+	  mKind(inKind),
+	  mParts(std::move(inParts))
+{
+}
+
+HostError::HostError(Kind inKind, std::string const& inReason)
+	: HostError(inKind, Parts{{}, {}, inReason, {}})
+{
+}
+
 std::string QuotePath(std::filesystem::path const& inPath)
 {
-	constexpr char kHexDigits[] = "0123456789abcdef";
 	std::string quoted = "'";
-	for (char const character : inPath.string())
-	{
-		auto const code = static_cast<unsigned char>(character);
-		if (code < 0x20 || code == 0x7f)
-		{
-			quoted += "\\x";
-			quoted += kHexDigits[code / 16];
-			quoted += kHexDigits[code % 16];
-		}
-		else
-		{
-			quoted += character;
-		}
-	}
+	quoted += MakePrintable(inPath.string());
 	return quoted + "'";
 }
 

@@ -76,7 +76,8 @@ LayoutPlan MakeLayoutPlan(PlannedClip const& inClip, LayoutRequest const& inRequ
 	}
 	catch (HostError const& error)
 	{
-		throw HostError(error.GetKind(), QuotePath(inClip.GetInfo().mPath) + ": " + error.what());
+		HostError::Parts const& parts = error.GetParts();
+		throw HostError(error.GetKind(), {inClip.GetInfo().mPath, {}, parts.mReason, parts.mRemedy});
 	}
 }
 

@@ -2,6 +2,7 @@
 
 #include "Otio/TimelinePass.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/TimelineGraph.h"
 #include "SonaroHost/OutputFile.h"
 #include "SonaroHost/OutputPlan.h"
 #include "WaveformBand.h"
@@ -82,10 +83,7 @@ TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
 	{
 		Refuse("a picture is 1 to " + std::to_string(kMaxPictureSize) + " pixels wide");
 	}
-	if (mSequence.mFrames == 0)
-	{
-		throw HostError(HostError::Kind::eInput, QuotePath(mRequest.mInput) + " has no length");
-	}
+	Otio::CheckHasLength(mSequence);
 }
 
 std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(

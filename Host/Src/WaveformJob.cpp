@@ -204,7 +204,7 @@ bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token co
 	int const result = computing.get();
 	if (auto const failure = mSource->GetFailure())
 	{
-		throw HostError(HostError::Kind::eInput, *failure);
+		throw *failure;
 	}
 	if (inStop.stop_requested())
 	{

@@ -4,7 +4,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <atomic>
 #include <random>
@@ -203,7 +203,7 @@ TEST_F(AudioFileSourcePrefetch, DamageIsMissedAndToldWhileTheRestStays)
 	EXPECT_FALSE(source->GetFailure());
 	Prefetch(*source, 0, 100000);
 	ASSERT_TRUE(source->GetFailure());
-	EXPECT_NE(source->GetFailure()->find("a.flac' cannot be read at sample "), std::string::npos);
+	EXPECT_THAT(source->GetFailure()->what(), testing::HasSubstr("a.flac': cannot be read at sample "));
 	EXPECT_TRUE(SameBits(PullPrefetched(*source, 0, 1000), start));
 	EXPECT_EQ(source->GetMissCount(), 0u);
 	PullPrefetched(*source, 99000, 1000);

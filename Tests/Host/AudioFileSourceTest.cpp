@@ -205,7 +205,7 @@ TEST(AudioFileSource, DamageInTheMiddleIsSilenceAndAnErrorThatTellsWhere)
 		Pull(*source, position, 1000);
 	}
 	ASSERT_TRUE(source->GetFailure());
-	EXPECT_THAT(*source->GetFailure(), HasSubstr("a.flac' cannot be read at sample "));
+	EXPECT_THAT(source->GetFailure()->what(), HasSubstr("a.flac': cannot be read at sample "));
 	EXPECT_TRUE(SameBits(Pull(*source, 99000, 1000), Sound{1, 44100, std::vector<float>(1000)}));
 }
 

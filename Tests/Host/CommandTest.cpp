@@ -189,7 +189,7 @@ TEST_F(CommandTest, SeveralInputsAreLaidOutAndAllAreNamed)
 			{"path": "b.wav", "position": 100, "samples": 12000}])"));
 	EXPECT_EQ(summary["samples"], 72000);
 	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav").Cut(48000, 24000), first));
-	ExpectRefusal({"render", "a.wav", "missing.wav", "-o", "out.wav"}, 1, {"'missing.wav' does not exist"});
+	ExpectRefusal({"render", "a.wav", "missing.wav", "-o", "out.wav"}, 1, {"'missing.wav': does not exist"});
 }
 
 TEST_F(CommandTest, LoudnessIsPartOfTheSummary)

@@ -4,11 +4,13 @@
 #include "Sonaro/IAudioSource.h"
 #include "Sonaro/IAudioSourceFile.h"
 #include "SonaroHost/AudioFileReader.h"
+#include "SonaroHost/HostError.h"
 #include "Vexilon/AudioMapEntry.h"
 #include "Vexilon/MediaVector.h"
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -46,7 +48,7 @@ public:
 
 	AudioFileInfo const& GetInfo() const { return mReader->GetInfo(); }
 	// The error that stopped reading.
-	std::optional<std::string> GetFailure() const;
+	std::optional<HostError> GetFailure() const;
 
 	// How often a read went without a chunk, and how many frames were silent because of it.
 	std::uint64_t GetMissCount() const { return mMissCount.load(std::memory_order_relaxed); }
@@ -108,12 +110,12 @@ private:
 	void DecodeChunk(std::int64_t inChunk);
 	bool HasFailed() const { return mHasFailed.load(std::memory_order_acquire); }
 	// Under the lock.
-	void Fail(std::string inReason);
+	void Fail(std::exception const& inReason);
 
 	// The reader's state, and what is written once before mHasFailed says so.
 	std::mutex mReading;
 	std::unique_ptr<AudioFileReader> mReader;
-	std::optional<std::string> mFailure;
+	std::optional<HostError> mFailure;
 	std::atomic<bool> mHasFailed{false};
 
 	SN::InterfaceRef<Chunks> mChunks;

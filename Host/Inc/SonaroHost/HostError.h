@@ -8,7 +8,7 @@ namespace SonaroHost
 {
 
 // A failure that a person can act on. Its message is one line that names the file, the place, the
-// reason and, where there is one, the remedy.
+// reason and, where there is one, the remedy: "'edit.otio', /tracks/children/0: ends beyond 50 hours; cut it".
 class HostError : public std::runtime_error
 {
 public:
@@ -22,16 +22,28 @@ public:
 		eEngine,
 	};
 
-	HostError(Kind inKind, std::string const& inMessage)
-		: std::runtime_error(inMessage),
-		  mKind(inKind)
+	// What a message is made of; all but the reason may be empty.
+	struct Parts
 	{
-	}
+		// As the user named it, or as a path of the system.
+		std::filesystem::path mFile;
+		// Within the file: a JSON pointer (RFC 6901), or a line and a column. Long ones are shortened in the message.
+		std::string mPlace;
+		std::string mReason;
+		// What to do about it, in the imperative.
+		std::string mRemedy;
+	};
+
+	HostError(Kind inKind, Parts inParts);
+	// One whose message has a reason alone.
+	HostError(Kind inKind, std::string const& inReason);
 
 	Kind GetKind() const noexcept { return mKind; }
+	Parts const& GetParts() const noexcept { return mParts; }
 
 private:
 	Kind mKind;
+	Parts mParts;
 };
 
 // A path for messages: in quotes, control characters escaped, so that any name stays on one line.

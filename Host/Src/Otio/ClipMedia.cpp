@@ -109,12 +109,8 @@ ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference)
 	}
 	catch (HostError const& error)
 	{
-		// The message names the file itself.
-		std::string const quoted = QuotePath(found.mPath) + ": ";
-		std::string const message = error.what();
-		bool const isQuoted = message.compare(0, quoted.size(), quoted) == 0;
-		return MakeMissing(
-			found.mPath, "cannot be read: " + (isQuoted ? message.substr(quoted.size()) : message));
+		HostError::Parts const& parts = error.GetParts();
+		return MakeMissing(found.mPath, parts.mReason + (parts.mRemedy.empty() ? "" : "; " + parts.mRemedy));
 	}
 }
 

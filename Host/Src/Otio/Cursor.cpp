@@ -1,5 +1,7 @@
 #include "Cursor.h"
 
+#include "SonaroHost/PrintableText.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -23,26 +25,6 @@ std::string_view CutAt(std::string_view inText, std::size_t inLength)
 		--length;
 	}
 	return inText.substr(0, length);
-}
-
-// Control characters escaped, so that any text stays on one line.
-void AppendPrintable(std::string_view inText, std::string& ioText)
-{
-	constexpr char kHexDigits[] = "0123456789abcdef";
-	for (char const character : inText)
-	{
-		auto const code = static_cast<unsigned char>(character);
-		if (code < 0x20 || code == 0x7f)
-		{
-			ioText += "\\x";
-			ioText += kHexDigits[code / 16];
-			ioText += kHexDigits[code % 16];
-		}
-		else
-		{
-			ioText += character;
-		}
-	}
 }
 
 } // namespace
@@ -74,8 +56,9 @@ Cursor::Cursor(Cursor const& inAround, std::size_t inIndex)
 
 std::string Cursor::GetPlace() const
 {
-	constexpr std::size_t kLongest = 400;
-	constexpr std::size_t kKept = 180;
+	// What may be nested and is heard has shorter ones.
+	constexpr std::size_t kLongest = 2400;
+	constexpr std::size_t kKept = 1100;
 	std::string place;
 	AppendPlace(place);
 	if (place.size() <= kLongest)
@@ -107,7 +90,7 @@ void Cursor::AppendPlace(std::string& ioPlace) const
 	{
 		escaped += character == '~' ? "~0" : (character == '/' ? "~1" : std::string(1, character));
 	}
-	AppendPrintable(escaped, ioPlace);
+	ioPlace += MakePrintable(escaped);
 	ioPlace += key.size() < mKey.size() ? "..." : "";
 }
 
@@ -132,7 +115,7 @@ std::string Quote(std::string_view inText)
 	constexpr std::size_t kLongest = 60;
 	std::string_view const cut = CutAt(inText, kLongest);
 	std::string quoted = "'";
-	AppendPrintable(cut, quoted);
+	quoted += MakePrintable(cut);
 	return quoted + (cut.size() < inText.size() ? "...'" : "'");
 }
 

@@ -21,7 +21,7 @@ public:
 		return source;
 	}
 
-	std::optional<std::string> GetFailure() const
+	std::optional<HostError> GetFailure() const
 	{
 		for (std::weak_ptr<SN::Unknown> const& held : mSources)
 		{
@@ -59,17 +59,17 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(std::filesystem::path cons
 		}
 		catch (HostError const& error)
 		{
-			file.mError = error.what();
+			file.mError = error;
 		}
 	}
 	if (!file.mMedia)
 	{
-		throw HostError(HostError::Kind::eInput, file.mError);
+		throw *file.mError;
 	}
 	return file.mMedia;
 }
 
-std::optional<std::string> FileMedia::GetFailure() const
+std::optional<HostError> FileMedia::GetFailure() const
 {
 	return mSources->GetFailure();
 }

@@ -107,6 +107,7 @@ Sequence::Item ItemMaker::MakeItem(
 {
 	Sequence::Item item;
 	item.mName = inItem.mName;
+	item.mOrigin = inItem.mPlace;
 	item.mStart = mScope.mGrid.ToTicks(inPlacement.mFirstFrame);
 	item.mEnd = mScope.mGrid.ToTicks(inPlacement.mEndFrame);
 	item.mSpeed = inPassing.mSpeed.ToDouble();

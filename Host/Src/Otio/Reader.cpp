@@ -26,8 +26,7 @@ namespace
 [[noreturn]] void Refuse(
 	std::filesystem::path const& inPath, std::string const& inPlace, std::string const& inWhy)
 {
-	std::string const place = inPlace.empty() ? std::string() : ", " + inPlace;
-	throw HostError(HostError::Kind::eInput, QuotePath(inPath) + place + ": " + inWhy);
+	throw HostError(HostError::Kind::eInput, {inPath, inPlace, inWhy, {}});
 }
 
 // "line 3, column 17", both from 1; columns are bytes.
@@ -161,8 +160,7 @@ Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inP
 	}
 	catch (Refusal const& refusal)
 	{
-		Refuse(
-			inPath, refusal.GetPlace().empty() ? "the top of the file" : refusal.GetPlace(), refusal.what());
+		Refuse(inPath, refusal.GetPlace(), refusal.what());
 	}
 }
 

@@ -33,6 +33,7 @@ void StackMaker::AddSubmixes()
 	{
 		Sequence::Submix& made = mSequence->mSubmixes.emplace_back();
 		made.mName = submix.mName;
+		made.mOrigin = mStack.mPlace;
 		made.mLayout = mLayout;
 		made.mOutput = FindOutput(submix.mOutput);
 		if (auto const gain = submix.mGain ? MakeGain(*submix.mGain, site) : Sequence::NumberParameter())
@@ -69,6 +70,7 @@ void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
 	}
 	Sequence::Track track;
 	track.mName = child.mItem->mName;
+	track.mOrigin = row.mPlace;
 	track.mLayout = row.mLayout;
 	AddItems(child, inWhySilent, track);
 	if (inWhySilent.empty() && !track.mItems.empty())

@@ -24,7 +24,7 @@ constexpr std::uint64_t kMaxUnpackedBytes = std::uint64_t{1} << 40;
 
 [[noreturn]] void Refuse(std::filesystem::path const& inPath, std::string const& inReason)
 {
-	throw HostError(HostError::Kind::eInput, QuotePath(inPath) + ": " + inReason);
+	throw HostError(HostError::Kind::eInput, {inPath, {}, inReason, {}});
 }
 
 std::string GetLowerExtension(std::filesystem::path const& inPath)
@@ -109,9 +109,11 @@ private:
 		{
 			constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
 			throw HostError(HostError::Kind::eOutput,
-				QuotePath(mPath) + ": its media take up " + std::to_string(total / kMebibyte) +
-					" MiB unpacked, and there are " + std::to_string(space.available / kMebibyte) +
-					" MiB in " + QuotePath(mFolder.parent_path()) + "; name another folder in TMPDIR");
+				{mPath, {},
+					"its media take up " + std::to_string(total / kMebibyte) +
+						" MiB unpacked, and there are " + std::to_string(space.available / kMebibyte) +
+						" MiB in " + QuotePath(mFolder.parent_path()),
+					"name another folder in TMPDIR"});
 		}
 	}
 
@@ -140,9 +142,11 @@ private:
 			{ file.write(inBytes, static_cast<std::streamsize>(inCount)); });
 		if (!file.flush())
 		{
-			throw HostError(HostError::Kind::eOutput, QuotePath(mPath) + ": the entry " +
-														  QuotePath(inEntry.mName) +
-														  " cannot be written to " + QuotePath(inTarget));
+			throw HostError(HostError::Kind::eOutput,
+				{mPath, {},
+					"the entry " + QuotePath(inEntry.mName) + " cannot be unpacked into " +
+						QuotePath(mFolder.parent_path()),
+					"make room there, or name another folder in TMPDIR"});
 		}
 	}
 

@@ -21,7 +21,8 @@ bool IsTimelinePath(std::filesystem::path const& inPath)
 
 TimelineInput::TimelineInput(
 	std::filesystem::path const& inPath, std::vector<std::filesystem::path> inMediaFolders)
-	: mFile(inPath),
+	: mPath(inPath),
+	  mFile(inPath),
 	  mFinder(mFile.GetFolder(), std::move(inMediaFolders)),
 	  mNotes(mFile.GetDocument().mNotes)
 {
@@ -46,7 +47,9 @@ std::vector<std::filesystem::path> TimelineInput::ListMedia() const
 
 TimelineSequence TimelineInput::MakeSequence(TimelineOptions const& inOptions)
 {
-	return MakeTimelineSequence(GetTimeline(), mFinder, mMedia, inOptions);
+	TimelineSequence sequence = MakeTimelineSequence(GetTimeline(), mFinder, mMedia, inOptions);
+	sequence.mFile = mPath;
+	return sequence;
 }
 
 } // namespace SonaroHost::Otio

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/OfflineRender.h"
+#include "SonaroHost/Otio/TimelineGraph.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -15,10 +16,10 @@ std::optional<Sequence::GraphReport> RunPass(TimelineSequence const& inSequence,
 	std::int64_t const first = inSequence.mFirstFrame + inPass.mRange.mFirstFrame;
 	RenderContextScope const context(inPass.mBlockFrames, SN::TickTime(first + inPass.mRange.mFrames, rate),
 		SN::ImmutableString("timeline"));
-	Sequence::SequenceGraph const graph(*inSequence.mDescription, context.Get(), rate);
-	if (inMedia.GetFailure())
+	Sequence::SequenceGraph const graph = MakeTimelineGraph(inSequence, context.Get());
+	if (auto const failure = inMedia.GetFailure())
 	{
-		throw HostError(HostError::Kind::eInput, *inMedia.GetFailure());
+		throw *failure;
 	}
 
 	OfflineRange range{
@@ -42,7 +43,7 @@ std::optional<Sequence::GraphReport> RunPass(TimelineSequence const& inSequence,
 	{
 		if (auto const failure = inMedia.GetFailure())
 		{
-			throw HostError(HostError::Kind::eInput, *failure);
+			throw *failure;
 		}
 		if (isWarm)
 		{

@@ -7,6 +7,7 @@
 
 #include "SonaroHost/ClipRenderRequest.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/TimelineGraph.h"
 #include "SonaroHost/OutputPlan.h"
 
 #include <algorithm>
@@ -60,10 +61,7 @@ TimelineRenderJob::TimelineRenderJob(TimelineRenderRequest inRequest)
 	mSequence = mInput.MakeSequence(MakeOptions(mRequest));
 	mNotes = mInput.GetNotes();
 	mNotes.insert(mNotes.end(), mSequence.mNotes.begin(), mSequence.mNotes.end());
-	if (mSequence.mFrames == 0)
-	{
-		throw HostError(HostError::Kind::eInput, QuotePath(mRequest.mInput) + " has no length");
-	}
+	CheckHasLength(mSequence);
 	mRange = mRequest.mRange.empty() ? ProgrammeRange{0, mSequence.mFrames}
 									 : FindRange(mRequest.mRange, mInput.GetTimeline(), mSequence);
 	PlanFiles();

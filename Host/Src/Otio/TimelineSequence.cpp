@@ -103,6 +103,7 @@ public:
 	TimelineSequence Make()
 	{
 		CheckOptions();
+		mResult.mPlace = mStack.mPlace;
 		mResult.mSampleRate = ChooseRate();
 		mWhySilent = FindSilence(mStack);
 		mLayout = ChooseLayout();
@@ -181,6 +182,7 @@ private:
 		description->mLayout = mLayout;
 		Sequence::Track track;
 		track.mName = mStack.mName;
+		track.mOrigin = mStack.mPlace;
 		track.mLayout = mLayout;
 		auto item =
 			ItemMaker(mMaking, scope, track.mLayout).Make(mStack, placement, ItemMaker::LevelsOn::eItem);

@@ -17,7 +17,7 @@ struct FileClosing
 
 [[noreturn]] void RefuseArchive(std::filesystem::path const& inPath, std::string const& inReason)
 {
-	throw HostError(HostError::Kind::eInput, QuotePath(inPath) + ": " + inReason);
+	throw HostError(HostError::Kind::eInput, {inPath, {}, inReason, {}});
 }
 
 } // namespace

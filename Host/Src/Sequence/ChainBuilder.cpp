@@ -63,7 +63,7 @@ void ChainBuilder::Add(Send const& inSend)
 {
 	if (!mSite.mTargets)
 	{
-		Refuse(mSite.mPlace, "only tracks and submixes can send; take the send out");
+		Refuse(mSite.mPlace, "only tracks and submixes can send", "take the send out");
 	}
 	if (inSend.mSubmix >= mSite.mTargets->size())
 	{
@@ -132,7 +132,7 @@ Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, Paramete
 		{
 			throw;
 		}
-		Refuse(mSite.mPlace, error.what());
+		Refuse(mSite.mPlace, error.GetParts().mReason, error.GetParts().mRemedy);
 	}
 }
 

@@ -78,9 +78,10 @@ void ItemBuilder::CheckSpeed() const
 	double const frames = mTools.GetContext()->GetMaxBlockSize() * mSpeed + kMargin;
 	if (mSpeed != 1.0 && frames > SN::GetMaxResampleBufferSize())
 	{
-		Refuse(mSite.mPlace, "so fast, its blocks would be longer than the " +
-								 std::to_string(SN::GetMaxResampleBufferSize()) +
-								 " frames that can be resampled; render in smaller blocks or slow it down");
+		Refuse(mSite.mPlace,
+			"so fast, its blocks would be longer than the " + std::to_string(SN::GetMaxResampleBufferSize()) +
+				" frames that can be resampled",
+			"render in smaller blocks or slow it down");
 	}
 }
 

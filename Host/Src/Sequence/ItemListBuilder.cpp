@@ -72,7 +72,7 @@ ItemListBuilder::Placed ItemListBuilder::PlaceItem(Item const& inItem) const
 	}
 	if (placed.mWhole.mEnd > GetFarFrame(mTools.GetFrameRate()))
 	{
-		RefuseItem(inItem, "it ends beyond 50 hours");
+		RefuseItem(inItem, "it ends beyond 50 hours", "let it end earlier");
 	}
 	placed.mBody = placed.mWhole;
 	placed.mHeard = placed.mWhole;
@@ -101,7 +101,7 @@ void ItemListBuilder::PlaceCrossfade(Crossfade const& inCrossfade)
 	if (!isWithin || incoming.mCrossfade || outgoing.mWhole.IsEmpty() || incoming.mWhole.IsEmpty())
 	{
 		RefuseItem(mTrack.mItems[index],
-			"the crossfade at its end reaches beyond an item or into another crossfade; make it shorter");
+			"the crossfade at its end reaches beyond an item or into another crossfade", "make it shorter");
 	}
 	if (stretch.IsEmpty())
 	{
@@ -125,11 +125,11 @@ void ItemListBuilder::PlaceFades(Item const& inItem, Placed& ioPlaced, bool inHa
 	}
 	if ((fadeIn != 0 && ioPlaced.mCrossfade) || (fadeOut != 0 && inHasCrossfadeBehind))
 	{
-		RefuseItem(inItem, "a fade stands at an end that a crossfade reaches; take one of them out");
+		RefuseItem(inItem, "a fade stands at an end that a crossfade reaches", "take one of them out");
 	}
 	if (fadeIn < 0 || fadeOut < 0 || fadeIn > ioPlaced.mBody.mEnd - ioPlaced.mBody.mFirst - fadeOut)
 	{
-		RefuseItem(inItem, "its fades and crossfades overlap; make them shorter");
+		RefuseItem(inItem, "its fades and crossfades overlap", "make them shorter");
 	}
 	ioPlaced.mFadesIn = fadeIn != 0;
 	ioPlaced.mFadesOut = fadeOut != 0;
@@ -137,17 +137,20 @@ void ItemListBuilder::PlaceFades(Item const& inItem, Placed& ioPlaced, bool inHa
 	ioPlaced.mBody.mEnd -= fadeOut;
 }
 
-void ItemListBuilder::RefuseItem(Item const& inItem, std::string const& inReason) const
+void ItemListBuilder::RefuseItem(
+	Item const& inItem, std::string const& inReason, std::string const& inRemedy) const
 {
 	Place place = mSite.mPlace;
 	place.mItemName = &inItem.mName;
-	Refuse(place, inReason);
+	place.mOrigin = &inItem.mOrigin;
+	Refuse(place, inReason, inRemedy);
 }
 
 void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 {
 	Place place = mSite.mPlace;
 	place.mItemName = &inItem.mName;
+	place.mOrigin = &inItem.mOrigin;
 	ItemSite const site{place, mTrack.mLayout, mSite.mMixdown,
 		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, inPlaced.mHeard.mEnd - inPlaced.mHeard.mFirst,
 		mSite.mBuildNest};

@@ -77,7 +77,8 @@ private:
 	Placed PlaceItem(Item const& inItem) const;
 	void PlaceCrossfade(Crossfade const& inCrossfade);
 	void PlaceFades(Item const& inItem, Placed& ioPlaced, bool inHasCrossfadeBehind) const;
-	[[noreturn]] void RefuseItem(Item const& inItem, std::string const& inReason) const;
+	[[noreturn]] void RefuseItem(
+		Item const& inItem, std::string const& inReason, std::string const& inRemedy = {}) const;
 
 	void AddItem(Item const& inItem, Placed const& inPlaced);
 	void AddTransition(Stretch const& inStretch, SN::InterfaceRef<SN::IAudioTransition> const& inTransition,

@@ -79,7 +79,8 @@ void NestBuilder::CheckPath(Description const& inDescription, Place const& inPla
 	}
 	if (mPath.size() >= kMaxDepth)
 	{
-		Refuse(inPlace, "sequences are nested deeper than " + std::to_string(kMaxDepth) + " levels");
+		Refuse(inPlace, "sequences are nested deeper than " + std::to_string(kMaxDepth) + " levels",
+			"take levels out, or render the inner ones to files of their own");
 	}
 }
 

@@ -1,20 +1,34 @@
 #include "Place.h"
 
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/PrintableText.h"
+
+#include <cstddef>
 
 namespace SonaroHost::Sequence
 {
+
+namespace
+{
+
+// Of bytes; deeply nested sequences have very long ones.
+constexpr std::size_t kLongestPath = 300;
+
+} // namespace
 
 std::string Place::GetPath() const
 {
 	return (mPrefix ? *mPrefix : std::string()) + *mName;
 }
 
-void Refuse(Place const& inPlace, std::string const& inReason)
+void Refuse(Place const& inPlace, std::string const& inReason, std::string const& inRemedy)
 {
 	std::string const item = inPlace.mItemName ? ", item " + Quote(*inPlace.mItemName) : "";
 	throw HostError(HostError::Kind::eRequest,
-		std::string(inPlace.mKind) + " " + Quote(inPlace.GetPath()) + item + ": " + inReason);
+		{{}, inPlace.mOrigin ? *inPlace.mOrigin : std::string(),
+			std::string(inPlace.mKind) + " " + Quote(ShortenMiddle(inPlace.GetPath(), kLongestPath)) + item +
+				": " + inReason,
+			inRemedy});
 }
 
 std::string Quote(std::string const& inName)

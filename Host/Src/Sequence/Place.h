@@ -16,6 +16,8 @@ struct Place
 	std::string const* mName = nullptr;
 	// Null where no item is meant.
 	std::string const* mItemName = nullptr;
+	// Of the item, or of the track; may be null.
+	std::string const* mOrigin = nullptr;
 
 	// As "Dialogue / Scene 4 / Boom".
 	std::string GetPath() const;
@@ -23,8 +25,8 @@ struct Place
 	std::string GetItemPrefix() const { return GetPath() + " / " + *mItemName + " / "; }
 };
 
-// Throws a HostError of kind eRequest, as "track 'Boom', item 'Scene 4': inReason".
-[[noreturn]] void Refuse(Place const& inPlace, std::string const& inReason);
+// Throws a HostError of kind eRequest, as "track 'Boom', item 'Scene 4': inReason; inRemedy", whose place is the origin.
+[[noreturn]] void Refuse(Place const& inPlace, std::string const& inReason, std::string const& inRemedy = {});
 
 // For messages: in quotes, on one line.
 std::string Quote(std::string const& inName);

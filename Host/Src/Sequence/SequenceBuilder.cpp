@@ -68,6 +68,7 @@ void SequenceBuilder::ListNodes()
 		Node& node = mNodes.emplace_back();
 		node.mKind = inKind;
 		node.mName = &inTrack.mName;
+		node.mOrigin = &inTrack.mOrigin;
 		node.mLayout = &inTrack.mLayout;
 		node.mChain = &inTrack.mChain;
 		node.mMute = inTrack.mMute;
@@ -111,7 +112,7 @@ Place SequenceBuilder::GetPlace(Node const& inNode) const
 	char const* const kind = inNode.mKind == Kind::eTrack    ? "track"
 							 : inNode.mKind == Kind::eSubmix ? "submix"
 															 : "sequence";
-	return {kind, &mSite.mPrefix, inNode.mName, nullptr};
+	return {kind, &mSite.mPrefix, inNode.mName, nullptr, inNode.mOrigin};
 }
 
 void SequenceBuilder::CheckLayout(Node const& inNode) const
@@ -133,7 +134,7 @@ void SequenceBuilder::BuildChain(Node& ioNode)
 		isMaster ? nullptr : &mTargets, 0, 1.0};
 	if (isMaster && ioNode.mChain->mPan)
 	{
-		Refuse(site.mPlace, "its layout is that of the sequence and cannot be panned; take the pan out");
+		Refuse(site.mPlace, "its layout is that of the sequence and cannot be panned", "take the pan out");
 	}
 	ioNode.mBuilt = ChainBuilder(mTools, site).Build(*ioNode.mChain);
 	mBuilt.mIsClonable = mBuilt.mIsClonable && ioNode.mBuilt.mIsClonable;

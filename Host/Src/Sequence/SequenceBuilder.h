@@ -68,6 +68,7 @@ private:
 	{
 		Kind mKind = Kind::eMaster;
 		std::string const* mName = nullptr;
+		std::string const* mOrigin = nullptr;
 		SN::AudioChannelLayout const* mLayout = nullptr;
 		Chain const* mChain = nullptr;
 		MuteSwitch mMute;

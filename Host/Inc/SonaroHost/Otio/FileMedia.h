@@ -1,13 +1,13 @@
 #pragma once
 
 #include "SonaroHost/AudioFileSource.h"
+#include "SonaroHost/HostError.h"
 #include "SonaroHost/Sequence/Media.h"
 
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
-#include <string>
 
 namespace SonaroHost::Otio
 {
@@ -26,14 +26,14 @@ public:
 	std::shared_ptr<Sequence::Media const> Get(std::filesystem::path const& inPath);
 
 	// Why one of the sources that graphs have opened and still hold stopped being decoded; the first one's.
-	std::optional<std::string> GetFailure() const;
+	std::optional<HostError> GetFailure() const;
 
 private:
 	struct File
 	{
 		std::shared_ptr<Sequence::Media const> mMedia;
 		// Without media.
-		std::string mError;
+		std::optional<HostError> mError;
 	};
 	class OpenSources;
 

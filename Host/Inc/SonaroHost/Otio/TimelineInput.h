@@ -38,6 +38,7 @@ public:
 	std::vector<Note> const& GetNotes() const { return mNotes; }
 
 private:
+	std::filesystem::path mPath;
 	TimelineFile mFile;
 	MediaFinder mFinder;
 	FileMedia mMedia;

@@ -9,6 +9,7 @@
 #include "SonaroHost/Sequence/Description.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -38,6 +39,10 @@ struct TimelineOptions
 // A timeline as a sequence that a graph can be made of, and what is to be told of it.
 struct TimelineSequence
 {
+	// The timeline's, for messages; empty where it is from none.
+	std::filesystem::path mFile;
+	// Of its stack, a JSON pointer.
+	std::string mPlace;
 	// At which mDescription is to be rendered: its times are whole frames of this rate.
 	int mSampleRate = 48000;
 	std::shared_ptr<Sequence::Description const> mDescription;

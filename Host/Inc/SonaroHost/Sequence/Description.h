@@ -66,6 +66,8 @@ struct Item
 	// Within the item, from and to silence. Not at an end that a crossfade reaches.
 	Fade mFadeIn;
 	Fade mFadeOut;
+	// What it was made from, for messages: a JSON pointer into a file, for instance; or nothing.
+	std::string mOrigin;
 };
 
 // Around the cut between an item and the one that follows without a gap. Both go on under it, beyond their
@@ -109,6 +111,8 @@ struct Track
 	// Empty for a track that is never muted; live in a playback.
 	MuteSwitch mMute;
 	Output mOutput;
+	// As of an item.
+	std::string mOrigin;
 };
 
 struct Submix
@@ -118,6 +122,8 @@ struct Submix
 	Chain mChain;
 	MuteSwitch mMute;
 	Output mOutput;
+	// As of an item.
+	std::string mOrigin;
 };
 
 struct Description

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Sonaro/IAudioRenderContext.h"
+#include "SonaroHost/Otio/TimelineSequence.h"
+#include "SonaroHost/Sequence/SequenceGraph.h"
+
+namespace SonaroHost::Otio
+{
+
+// The engine's graph of a timeline, at the timeline's rate; inContext as SequenceGraph wants it. Throws a HostError of
+// kind eInput that names the timeline's file and the place in it for a timeline that cannot be rendered, such as one
+// that is nested too deep or has a clip that ends beyond 50 hours.
+Sequence::SequenceGraph MakeTimelineGraph(
+	TimelineSequence const& inSequence, SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);
+
+// Throws the HostError that a render of the timeline would end with before its first block, for those who render
+// nothing of it: for no length, or for a graph that cannot be made.
+void CheckCanRender(TimelineSequence const& inSequence);
+
+// Throws a HostError for a programme without a sample.
+void CheckHasLength(TimelineSequence const& inSequence);
+
+} // namespace SonaroHost::Otio

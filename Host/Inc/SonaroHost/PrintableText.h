@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace SonaroHost
+{
+
+// A text from a file for a terminal: whatever could move its cursor, change its colours, break the line or turn
+// the direction of writing is written out, as "\x1b", "\u009b" or "\u202e"; so are bytes that are no UTF-8. All
+// else stays as it is.
+std::string MakePrintable(std::string_view inText);
+
+// The same for text of several lines, whose line ends stay.
+std::string MakePrintableLines(std::string_view inText);
+
+// A text of more than inLongest bytes with "..." for its middle, so that it is no longer. Characters of UTF-8 stay whole.
+std::string ShortenMiddle(std::string_view inText, std::size_t inLongest);
+
+} // namespace SonaroHost

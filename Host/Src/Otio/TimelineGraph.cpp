@@ -1,0 +1,56 @@
+#include "SonaroHost/Otio/TimelineGraph.h"
+
+#include "SonaroHost/HostError.h"
+#include "SonaroHost/RenderContextScope.h"
+
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+// Of renders, whose largest speed hangs on it.
+constexpr unsigned kBlockFrames = 4096;
+
+} // namespace
+
+Sequence::SequenceGraph MakeTimelineGraph(
+	TimelineSequence const& inSequence, SN::InterfaceRef<SN::IAudioRenderContext> const& inContext)
+{
+	try
+	{
+		return {
+			*inSequence.mDescription, inContext, SN::FrameRate::FromSamplesPerSecond(inSequence.mSampleRate)};
+	}
+	catch (HostError const& error)
+	{
+		if (error.GetKind() != HostError::Kind::eRequest)
+		{
+			throw;
+		}
+		// What a description asks for in vain is the file's fault here.
+		HostError::Parts parts = error.GetParts();
+		parts.mFile = inSequence.mFile;
+		throw HostError(HostError::Kind::eInput, std::move(parts));
+	}
+}
+
+void CheckCanRender(TimelineSequence const& inSequence)
+{
+	CheckHasLength(inSequence);
+	RenderContextScope const context(kBlockFrames, SN::kTimeMax, SN::ImmutableString("check"));
+	MakeTimelineGraph(inSequence, context.Get());
+}
+
+void CheckHasLength(TimelineSequence const& inSequence)
+{
+	if (inSequence.mFrames == 0)
+	{
+		throw HostError(HostError::Kind::eInput,
+			{inSequence.mFile, inSequence.mPlace, "has no length; there is nothing to render", {}});
+	}
+}
+
+} // namespace SonaroHost::Otio
