@@ -49,13 +49,15 @@ class Help:
         head, *rest = text.split("\n")
         self.summary = head
         self.usage = re.sub(r"^Usage: sonaro *\S*", "", rest[0]) if command else rest[0]
-        self.entries = {"Positionals": [], "Options": [], "Subcommands": []}
+        # By title; options stand under one or several titles of their own.
+        self.entries = {"Positionals": [], "Subcommands": []}
         section = None
         self.footer = []
         for line in rest[1:]:
-            title = re.fullmatch(r"(Positionals|Options|Subcommands):", line)
+            title = re.fullmatch(r"(?!Examples)(\w[\w ]*):", line) if section != "footer" else None
             if title:
                 section = title.group(1)
+                self.entries.setdefault(section, [])
             elif section and line.startswith("  "):
                 self.add(section, line)
             elif section and not line.strip() and not self.footer:
@@ -74,8 +76,13 @@ class Help:
             names, _, value = entry.group(1).partition(" ")
             self.entries[section].append(Option(names.split(","), re.sub(r" ?\(required\) ?", "", value), entry.group(2) or ""))
 
+    def groups(self):
+        """Titles and options under them."""
+        return [(title, options) for title, options in self.entries.items()
+                if title not in ("Positionals", "Subcommands")]
+
     def options(self):
-        return self.entries["Options"]
+        return [option for _, options in self.groups() for option in options]
 
 
 def roff(text):

@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "Json.h"
+#include "OptionGroups.h"
 #include "SonaroHost/AudioFileInfo.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
@@ -90,6 +91,7 @@ InfoCommand::InfoCommand(CLI::App& ioProgram)
 		->option_text("DIR ...")
 		->allow_extra_args(false);
 	GetParser().add_flag("--json", mAsJson, "Print it as JSON");
+	GroupByInput(GetParser(), {}, {"--media"});
 }
 
 int InfoCommand::Run()
@@ -101,11 +103,7 @@ int InfoCommand::Run()
 							: DescribeTimelineForPeople(mInput, folders));
 		return kExitSuccess;
 	}
-	if (!mMediaFolders.empty())
-	{
-		throw SonaroHost::HostError(
-			SonaroHost::HostError::Kind::eRequest, "--media is for timelines (.otio, .otioz, .otiod)");
-	}
+	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
 	AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput);
 	PrintResult(mAsJson ? DescribeForMachines(info) : DescribeForPeople(info));
 	return kExitSuccess;

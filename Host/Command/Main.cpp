@@ -6,6 +6,7 @@
 #include "RenderCommand.h"
 #include "SonaroHost/HostError.h"
 #include "StopSignals.h"
+#include "UsageError.h"
 #include "WaveformCommand.h"
 
 #include <exception>
@@ -18,28 +19,6 @@ namespace
 {
 
 using namespace SonaroCommand;
-
-// Wrong usage ends in one line that says where to read on.
-int RefuseUsage(CLI::App const& inProgram, CLI::ParseError const& inError)
-{
-	std::string name = "sonaro";
-	std::string reason = inError.what();
-	auto const chosen = inProgram.get_subcommands();
-	if (!chosen.empty())
-	{
-		name += " " + chosen.front()->get_name();
-	}
-	else if (inError.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError))
-	{
-		auto const words = inProgram.remaining();
-		bool const isOption = !words.empty() && words.front().starts_with('-');
-		reason = words.empty() ? "give a command"
-							   : std::string("there is no ") + (isOption ? "option '" : "command '") +
-									 words.front() + "'";
-	}
-	PrintError(reason + " (see " + name + " --help)");
-	return kExitUsage;
-}
 
 int RunCommand(Command& ioCommand)
 {
@@ -105,7 +84,8 @@ int main(int inCount, char** inArguments)
 	}
 	catch (CLI::ParseError const& error)
 	{
-		return RefuseUsage(program, error);
+		PrintError(DescribeUsageError(program, error));
+		return kExitUsage;
 	}
 	for (auto const& command : commands)
 	{

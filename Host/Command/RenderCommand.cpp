@@ -1,6 +1,7 @@
 #include "RenderCommand.h"
 
 #include "Console.h"
+#include "OptionGroups.h"
 #include "RenderReport.h"
 #include "RunJob.h"
 #include "SonaroHost/ChannelLayouts.h"
@@ -72,6 +73,7 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 	AddChannelOptions();
 	AddReportOptions();
 	mTimeline.AddOptions();
+	GroupOptions();
 	GetParser().footer(
 		std::string(kTimesHelp) +
 		"\n\n"
@@ -206,7 +208,7 @@ int RenderCommand::Run()
 		CheckOptionsFitTimelines();
 		return mTimeline.Run(mInputs.front());
 	}
-	mTimeline.CheckUnused();
+	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
 	ClipRenderJob job(MakeRequest());
 	for (PlannedClip const& clip : job.GetPlan().GetClips())
 	{
@@ -220,19 +222,25 @@ int RenderCommand::Run()
 	return kExitSuccess;
 }
 
+void RenderCommand::GroupOptions()
+{
+	GroupByInput(GetParser(),
+		{"--at", "--start", "--duration", "--gain-db", "--reverse", "--as-playback", "--speed", "--fade-in",
+			"--fade-out", "--channels", "--pan", "--mixdown"},
+		{"--range", "--stems", "--normalize", "--limit-dbtp", "--media", "--fades", "--strict", "--report"});
+}
+
 void RenderCommand::CheckOptionsFitTimelines()
 {
-	for (char const* const name : {"--at", "--start", "--duration", "--gain-db", "--reverse", "--as-playback",
-			 "--speed", "--fade-in", "--fade-out", "--channels", "--pan", "--mixdown"})
+	constexpr char const* kWhy = "is for sound files; a timeline says itself what becomes of them";
+	for (char const* const name : {"--start", "--duration"})
 	{
 		if (GetParser().get_option(name)->count() > 0)
 		{
-			Refuse(std::string(name) + " is for sound files; a timeline says itself what becomes of them" +
-				   (std::string_view(name) == "--start" || std::string_view(name) == "--duration"
-						   ? " (--range renders a part of it)"
-						   : ""));
+			Refuse(std::string(name) + " " + kWhy + " (--range renders a part of it)");
 		}
 	}
+	RefuseGroup(GetParser(), kForSoundFiles, kWhy);
 }
 
 ClipRenderRequest RenderCommand::MakeRequest() const

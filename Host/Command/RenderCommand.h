@@ -27,6 +27,8 @@ private:
 	void AddTrackOptions();
 	void AddChannelOptions();
 	void AddReportOptions();
+	// Under the kinds of inputs that they are for.
+	void GroupOptions();
 
 	// Throws a HostError for an option that a timeline has no use for.
 	void CheckOptionsFitTimelines();

@@ -24,9 +24,6 @@ namespace
 using namespace SonaroHost;
 using namespace SonaroHost::Otio;
 
-constexpr char const* kOptions[] = {
-	"--range", "--stems", "--normalize", "--limit-dbtp", "--media", "--fades", "--strict", "--report"};
-
 [[noreturn]] void Refuse(std::string const& inMessage)
 {
 	throw HostError(HostError::Kind::eRequest, inMessage);
@@ -76,17 +73,6 @@ bool TimelineRender::IsMeant(std::vector<std::string> const& inInputs) const
 		Refuse(QuotePath(*found) + " is a timeline, which is rendered by itself; give no other inputs");
 	}
 	return found != inInputs.end();
-}
-
-void TimelineRender::CheckUnused() const
-{
-	for (char const* const name : kOptions)
-	{
-		if (mParser.get_option(name)->count() > 0)
-		{
-			Refuse(std::string(name) + " is for timelines (.otio, .otioz, .otiod)");
-		}
-	}
 }
 
 int TimelineRender::Run(std::string const& inInput)

@@ -23,8 +23,6 @@ public:
 
 	// Whether the inputs are one timeline. Throws a HostError when there are others beside it.
 	bool IsMeant(std::vector<std::string> const& inInputs) const;
-	// Throws a HostError for an option that sound files have no use for.
-	void CheckUnused() const;
 
 	// Gives the program's exit code.
 	int Run(std::string const& inInput);

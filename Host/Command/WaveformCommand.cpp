@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "Json.h"
+#include "OptionGroups.h"
 #include "RunJob.h"
 #include "SonaroHost/HostError.h"
 #include "TimeOption.h"
@@ -164,6 +165,8 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 	AddDataOptions();
 	AddReportOptions();
 	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
+	GroupByInput(GetParser(), {"--start", "--duration", "--samples-per-column", "--channels", "--bits"},
+		{"--media", "--fades"});
 	GetParser().footer(
 		"PNG and SVG are pictures; JSON and DAT hold minima and maxima for browsers' peak viewers,\n"
 		"in version 2 of their format.\n" +
@@ -241,7 +244,7 @@ int WaveformCommand::Run()
 	{
 		return DrawTimeline(MakeTimelineRequest(), {mInput, mOutput, mIsQuiet, mAsJson});
 	}
-	RefuseOptions({"--media", "--fades"}, "is for timelines (.otio, .otioz, .otiod)");
+	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
 	WaveformRequest const request = MakeRequest();
 	WaveformJob job(request);
 	Report(request, Compute(job));
@@ -274,8 +277,8 @@ WaveformRequest WaveformCommand::MakeRequest()
 
 TimelineWaveformRequest WaveformCommand::MakeTimelineRequest()
 {
-	RefuseOptions({"--start", "--duration", "--samples-per-column", "--channels", "--bits"},
-		"is for sound files; a timeline is drawn whole, its channels in one");
+	RefuseGroup(
+		GetParser(), kForSoundFiles, "is for sound files; a timeline is drawn whole, its channels in one");
 	TimelineWaveformRequest request;
 	request.mInput = mInput;
 	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
@@ -305,17 +308,6 @@ WaveformStyle WaveformCommand::MakeStyle() const
 	style.mScale = mScale == "db" ? AmplitudeScale::eDecibels : AmplitudeScale::eLinear;
 	style.mFloorDecibels = mFloorDecibels;
 	return style;
-}
-
-void WaveformCommand::RefuseOptions(std::vector<char const*> const& inNames, char const* inWhy)
-{
-	for (char const* const name : inNames)
-	{
-		if (GetParser().get_option(name)->count() > 0)
-		{
-			Refuse(std::string(name) + " " + inWhy);
-		}
-	}
 }
 
 void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)

@@ -29,8 +29,6 @@ private:
 	SonaroHost::WaveformRequest MakeRequest();
 	SonaroHost::TimelineWaveformRequest MakeTimelineRequest();
 	SonaroHost::WaveformStyle MakeStyle() const;
-	// Throws a HostError for any of them that was given.
-	void RefuseOptions(std::vector<char const*> const& inNames, char const* inWhy);
 	// Throws a HostError for an option that the format has no use for.
 	void CheckOptionsFit(SonaroHost::WaveformFormat inFormat);
 	SonaroHost::WaveformSummary Compute(SonaroHost::WaveformJob& ioJob) const;

@@ -1,0 +1,38 @@
+#include "OptionGroups.h"
+
+#include "SonaroHost/HostError.h"
+
+namespace SonaroCommand
+{
+
+using SonaroHost::HostError;
+
+void GroupByInput(CLI::App& ioParser, std::initializer_list<char const*> inForSoundFiles,
+	std::initializer_list<char const*> inForTimelines)
+{
+	for (CLI::Option* const option : ioParser.get_options())
+	{
+		option->group(kForAllInputs);
+	}
+	for (char const* const name : inForSoundFiles)
+	{
+		ioParser.get_option(name)->group(kForSoundFiles);
+	}
+	for (char const* const name : inForTimelines)
+	{
+		ioParser.get_option(name)->group(kForTimelines);
+	}
+}
+
+void RefuseGroup(CLI::App& ioParser, char const* inGroup, std::string const& inWhy)
+{
+	for (CLI::Option const* const option : ioParser.get_options())
+	{
+		if (option->get_group() == inGroup && option->count() > 0)
+		{
+			throw HostError(HostError::Kind::eRequest, option->get_name() + " " + inWhy);
+		}
+	}
+}
+
+} // namespace SonaroCommand

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <initializer_list>
+#include <string>
+
+namespace SonaroCommand
+{
+
+// The titles under which --help lists the options of commands that take sound files and timelines.
+inline constexpr char const* kForAllInputs = "All inputs";
+inline constexpr char const* kForSoundFiles = "Sound files";
+inline constexpr char const* kForTimelines = "Timelines";
+
+// To be called once a command has all its options: those that are for one kind of input alone by their names, and all
+// others are for all inputs.
+void GroupByInput(CLI::App& ioParser, std::initializer_list<char const*> inForSoundFiles,
+	std::initializer_list<char const*> inForTimelines);
+
+// Throws a HostError for any option of a group that was given, as "--stems is for timelines".
+void RefuseGroup(CLI::App& ioParser, char const* inGroup, std::string const& inWhy);
+
+} // namespace SonaroCommand
