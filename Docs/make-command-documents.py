@@ -76,6 +76,19 @@ class Help:
             names, _, value = entry.group(1).partition(" ")
             self.entries[section].append(Option(names.split(","), re.sub(r" ?\(required\) ?", "", value), entry.group(2) or ""))
 
+    def table(self, title):
+        """Of the footer: the rows under a title, each a word and a text."""
+        rows = []
+        for line in self.footer[self.footer.index(title + ":") + 1:]:
+            row = re.fullmatch(r"  (\S+) {2,}(\S.*)", line)
+            if row:
+                rows.append([row.group(1), row.group(2)])
+            elif rows and line.startswith("     "):
+                rows[-1][1] += " " + line.strip()
+            else:
+                break
+        return rows
+
     def groups(self):
         """Titles and options under them."""
         return [(title, options) for title, options in self.entries.items()
@@ -106,6 +119,7 @@ def footer_roff(lines):
 
 def man_page(main, commands):
     page = [
+        "'\\\" t",
         ".\\\" Written by make-command-documents.py from what --help says.",
         ".TH SONARO 1",
         ".SH NAME",
@@ -119,18 +133,20 @@ def man_page(main, commands):
         "Renders OpenTimelineIO timelines (.otio, .otioz, .otiod) and sound files into sound files, draws their",
         "waveforms and graphs, and tells what they are.",
         "A file appears under its name only when it is whole.",
-        ".SH EXIT STATUS",
-        ".TP", ".B 0", "Done.",
-        ".TP", ".B 1", "The input or the output failed, or \\-\\-strict found something.",
-        ".TP", ".B 2", "It was used wrongly.",
-        ".TP", ".B 3", "Done, with silence for media of a timeline that are missing.",
     ]
     for command in commands:
         page += [".SH SONARO " + command.command.upper(), roff(command.summary) + "."]
-        for option in command.entries["Positionals"] + command.options():
-            page += [".TP", ".B " + roff(", ".join(option.names)) + (" \\fI" + roff(option.value) + "\\fR" if option.value else ""),
-                     roff(option.text) + "."]
+        for title, options in [(None, command.entries["Positionals"])] + command.groups():
+            page += [".SS " + title] if title else []
+            for option in options:
+                value = " \\fI" + roff(option.value) + "\\fR" if option.value else ""
+                page += [".TP", ".B " + roff(", ".join(option.names)) + value, roff(option.text) + "."]
         page += [".PP"] + footer_roff(command.footer)
+    page += [".SH EXIT STATUS", ".TS", "tab(@);", "n lx."]
+    page += [code + "@T{\n" + roff(text) + ".\nT}" for code, text in main.table("Exit codes")]
+    page += [".TE", ".SH ENVIRONMENT"]
+    for name, text in main.table("Environment"):
+        page += [".TP", ".B " + name, roff(text) + "."]
     return "\n".join(page) + "\n"
 
 

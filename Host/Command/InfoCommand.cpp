@@ -99,9 +99,7 @@ int InfoCommand::Run()
 	if (SonaroHost::Otio::IsTimelinePath(mInput))
 	{
 		std::vector<std::filesystem::path> const folders(mMediaFolders.begin(), mMediaFolders.end());
-		PrintResult(mAsJson ? DescribeTimelineForMachines(mInput, folders)
-							: DescribeTimelineForPeople(mInput, folders));
-		return kExitSuccess;
+		return TellOfTimeline(mInput, folders, mAsJson);
 	}
 	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
 	AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput);

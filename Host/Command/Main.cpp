@@ -64,9 +64,16 @@ int main(int inCount, char** inArguments)
 	program.set_version_flag("--version", "sonaro " SONARO_VERSION);
 	program.require_subcommand(1);
 	program.footer("\"sonaro COMMAND --help\" tells more about a command.\n"
-				   "The program ends with 0, with 1 when the input or the output failed, with 2 for wrong "
-				   "usage, and with 3\n"
-				   "when a timeline was rendered with silence for media that are missing.");
+				   "\n"
+				   "Exit codes:\n"
+				   "  0  Done\n"
+				   "  1  The input or the output failed, or --strict found something\n"
+				   "  2  Wrong usage: a word of the command line makes no sense, by itself or for this input\n"
+				   "  3  Media of a timeline are missing and silent in the output\n"
+				   "\n"
+				   "Environment:\n"
+				   "  TMPDIR  The folder for what is needed meanwhile, such as the unpacked media of bundles;\n"
+				   "          without it /tmp");
 
 	std::vector<std::unique_ptr<Command>> commands;
 	commands.push_back(std::make_unique<RenderCommand>(program));

@@ -1,8 +1,11 @@
 #include "TimelineInfo.h"
 
+#include "Command.h"
+#include "Console.h"
 #include "Json.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/TimelineGraph.h"
 #include "SonaroHost/Otio/TimelineInput.h"
 #include "SonaroHost/TimePosition.h"
 #include "TimelineNotes.h"
@@ -11,6 +14,7 @@
 #include <array>
 #include <cstdio>
 #include <map>
+#include <optional>
 
 namespace SonaroCommand
 {
@@ -29,6 +33,14 @@ struct Described
 		  mNotes(mInput.GetNotes())
 	{
 		mNotes.insert(mNotes.end(), mSequence.mNotes.begin(), mSequence.mNotes.end());
+		try
+		{
+			CheckCanRender(mSequence);
+		}
+		catch (HostError const& error)
+		{
+			mRefusal = error;
+		}
 	}
 
 	// Of each file its rate and how many clips are cut from it.
@@ -50,6 +62,8 @@ struct Described
 	TimelineInput mInput;
 	TimelineSequence mSequence;
 	std::vector<Note> mNotes;
+	// Why it cannot be rendered, if so.
+	std::optional<HostError> mRefusal;
 };
 
 std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
@@ -73,14 +87,10 @@ std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
 						  : std::string(", ") + GetName(inClip.mStatus) + ": " + inClip.mReason);
 }
 
-} // namespace
-
-std::string DescribeTimelineForPeople(
-	std::string const& inInput, std::vector<std::filesystem::path> const& inMediaFolders)
+std::string DescribeForPeople(Described const& inDescribed)
 {
-	Described const described(inInput, inMediaFolders);
-	TimelineSequence const& sequence = described.mSequence;
-	std::string text = "Timeline  " + described.mInput.GetTimeline().mName + "\n" + "Length    " +
+	TimelineSequence const& sequence = inDescribed.mSequence;
+	std::string text = "Timeline  " + inDescribed.mInput.GetTimeline().mName + "\n" + "Length    " +
 					   FormatTime(sequence.mFrames, sequence.mSampleRate) + " (" +
 					   std::to_string(sequence.mFrames) + " samples)\n" + "Rate      " +
 					   std::to_string(sequence.mSampleRate) + " Hz\n" + "Layout    " +
@@ -104,7 +114,7 @@ std::string DescribeTimelineForPeople(
 				"  " + marker.mName + "\n";
 	}
 	text += "Media\n";
-	for (auto const& [path, use] : described.CountMedia())
+	for (auto const& [path, use] : inDescribed.CountMedia())
 	{
 		text += "  " + path.string() + ", " + std::to_string(use.first) + " Hz, " +
 				std::to_string(use.second) + (use.second == 1 ? " clip\n" : " clips\n");
@@ -117,14 +127,12 @@ std::string DescribeTimelineForPeople(
 	return text;
 }
 
-std::string DescribeTimelineForMachines(
-	std::string const& inInput, std::vector<std::filesystem::path> const& inMediaFolders)
+std::string DescribeForMachines(std::string const& inInput, Described const& inDescribed)
 {
-	Described const described(inInput, inMediaFolders);
-	TimelineSequence const& sequence = described.mSequence;
+	TimelineSequence const& sequence = inDescribed.mSequence;
 	Json json;
 	json["file"] = inInput;
-	json["name"] = described.mInput.GetTimeline().mName;
+	json["name"] = inDescribed.mInput.GetTimeline().mName;
 	json["programme"] = DescribeProgramme(sequence);
 	json["tracks"] = Json::array();
 	for (TrackRow const& track : sequence.mTracks)
@@ -134,13 +142,34 @@ std::string DescribeTimelineForMachines(
 	json["clips"] = ListClips(sequence.mClips);
 	json["markers"] = ListMarkers(sequence);
 	json["media"] = Json::array();
-	for (auto const& [path, use] : described.CountMedia())
+	for (auto const& [path, use] : inDescribed.CountMedia())
 	{
 		json["media"].push_back({{"path", path.string()}, {"rate", use.first}, {"clips", use.second}});
 	}
 	json["missing"] = ListMissing(sequence.mMissing);
-	json["notes"] = ListNotes(described.mNotes);
+	json["notes"] = ListNotes(inDescribed.mNotes);
+	if (inDescribed.mRefusal)
+	{
+		HostError::Parts const& parts = inDescribed.mRefusal->GetParts();
+		json["refusal"] = {{"file", parts.mFile.string()}, {"place", parts.mPlace}, {"reason", parts.mReason},
+			{"remedy", parts.mRemedy}};
+	}
 	return ToText(json);
+}
+
+} // namespace
+
+int TellOfTimeline(
+	std::string const& inInput, std::vector<std::filesystem::path> const& inMediaFolders, bool inAsJson)
+{
+	Described const described(inInput, inMediaFolders);
+	PrintResult(inAsJson ? DescribeForMachines(inInput, described) : DescribeForPeople(described));
+	if (!described.mRefusal)
+	{
+		return kExitSuccess;
+	}
+	PrintError(described.mRefusal->what());
+	return kExitFailure;
 }
 
 } // namespace SonaroCommand

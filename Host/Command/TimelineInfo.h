@@ -7,10 +7,9 @@
 namespace SonaroCommand
 {
 
-// What a timeline is: tracks, clips, media, markers, what is missing.
-std::string DescribeTimelineForPeople(
-	std::string const& inInput, std::vector<std::filesystem::path> const& inMediaFolders);
-std::string DescribeTimelineForMachines(
-	std::string const& inInput, std::vector<std::filesystem::path> const& inMediaFolders);
+// Tells what a timeline is, for people or as JSON: tracks, clips, media, markers, what is missing. One that cannot be
+// rendered is told all the same, and then why. Gives the program's exit code.
+int TellOfTimeline(
+	std::string const& inInput, std::vector<std::filesystem::path> const& inMediaFolders, bool inAsJson);
 
 } // namespace SonaroCommand
