@@ -89,6 +89,7 @@ int GraphCommand::Run()
 	Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
 	OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
 	Otio::TimelineSequence const sequence = input.MakeSequence(options);
+	Otio::CheckHasLength(sequence);
 	WarnOfNotes(sequence.mMissing, {});
 	GraphDrawing const drawing = Draw(sequence);
 	std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);
