@@ -16,8 +16,8 @@ _sonaro()
 	"render --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"render --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	"waveform --format") COMPREPLY=($(compgen -W "png svg json dat" -- "$word")); return ;;
-	"waveform --channels") COMPREPLY=($(compgen -W "stacked merged" -- "$word")); return ;;
 	"waveform --scale") COMPREPLY=($(compgen -W "linear db" -- "$word")); return ;;
+	"waveform --channels") COMPREPLY=($(compgen -W "stacked merged" -- "$word")); return ;;
 	"waveform --bits") COMPREPLY=($(compgen -W "8 16" -- "$word")); return ;;
 	"waveform --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"waveform --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
@@ -30,10 +30,10 @@ _sonaro()
 	case "$word" in
 	-*)
 		case "$command" in
-		render) COMPREPLY=($(compgen -W "-h --help --at -o --output --format --bits --dither --no-overwrite --start --duration --gain-db --reverse --block --as-playback --speed --rate --fade-in --fade-out --channels --layout --pan --mixdown --quiet --json --range --stems --normalize --limit-dbtp --media --fades --strict --report" -- "$word")) ;;
-		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --start --duration --width --samples-per-column --channels --height --background --wave --rms --scale --floor-db --bits --quiet --json --media --fades" -- "$word")) ;;
-		info) COMPREPLY=($(compgen -W "-h --help --media --json" -- "$word")) ;;
-		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --media --fades --quiet" -- "$word")) ;;
+		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --rate --layout --quiet --json --at --start --duration --gain-db --reverse --as-playback --speed --fade-in --fade-out --channels --pan --mixdown --range --stems --normalize --limit-dbtp --media --fades --strict --report" -- "$word")) ;;
+		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --channels --bits --media --fades" -- "$word")) ;;
+		info) COMPREPLY=($(compgen -W "-h --help --json --media" -- "$word")) ;;
+		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --rate --layout --media --fades --quiet" -- "$word")) ;;
 		esac
 		;;
 	*)
