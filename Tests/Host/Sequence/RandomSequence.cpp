@@ -336,7 +336,7 @@ private:
 		for (std::size_t index = 0; index < targets.size(); ++index)
 		{
 			targets[index] = index;
-			sequence->mSubmixes.push_back({"submix " + std::to_string(index), PickLayout(), {}, {}, {}});
+			sequence->mSubmixes.push_back({"submix " + std::to_string(index), PickLayout(), {}, {}, {}, {}});
 			std::swap(targets[index],
 				targets[static_cast<std::size_t>(Below(static_cast<std::int64_t>(index) + 1))]);
 		}
