@@ -1,15 +1,19 @@
 #include "SonaroHost/LoudnessMeter.h"
 
+#include "MeterLanes.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/LoudnessBank.h"
+#include "TruePeakTaps.h"
+#include "WeightedProgramme.h"
+#include "zorvaccelerate/Metering.h"
 #include "zorvaudiodsp/AudioBuffer.h"
-
-#include <ebur128.h>
 
 #include <algorithm>
 #include <cmath>
-#include <new>
-#include <numeric>
+#include <cstddef>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace SonaroHost
 {
@@ -17,21 +21,18 @@ namespace SonaroHost
 namespace
 {
 
-int GetWeighting(zorvmediatypes::AudioChannelDescription inChannel)
-{
-	using Place = zorvmediatypes::AudioChannelDescription;
-	return inChannel == Place::kLeft            ? EBUR128_LEFT
-		   : inChannel == Place::kRight         ? EBUR128_RIGHT
-		   : inChannel == Place::kLowFrequency  ? EBUR128_UNUSED
-		   : inChannel == Place::kLeftSurround  ? EBUR128_LEFT_SURROUND
-		   : inChannel == Place::kRightSurround ? EBUR128_RIGHT_SURROUND
-												: EBUR128_CENTER;
-}
+using zorvaccelerate::utility::InterpolationTaps;
 
-double GetLoudness(int (*inMeasure)(ebur128_state*, double*), ebur128_state* inState)
+// Of a meter's own lanes.
+constexpr unsigned kOwnFrames = 1024;
+// As many points as are found at once.
+constexpr unsigned kPointStep = 16;
+static_assert(kPointStep + zorvaccelerate::utility::kInterpolationReach <= MeterLanes::kHistory);
+
+std::optional<InterpolationTaps> MakeTaps(double inSampleRate)
 {
-	double loudness = LoudnessReading::kSilent;
-	return inMeasure(inState, &loudness) == EBUR128_SUCCESS ? loudness : LoudnessReading::kSilent;
+	std::size_t const factor = GetTruePeakFactor(inSampleRate);
+	return factor > 1 ? std::optional(GetTruePeakTaps(factor)) : std::nullopt;
 }
 
 } // namespace
@@ -43,16 +44,66 @@ double ToDecibels(double inAmplitude)
 
 struct LoudnessMeter::Measure
 {
-	explicit Measure(ebur128_state* inState)
-		: mState(inState)
+	Measure(SN::AudioChannelLayout const& inLayout, double inSampleRate, Memory inMemory, Windows inWindows)
+		: mProgramme(inLayout, inSampleRate, inMemory, inWindows),
+		  mHistory(inLayout.size() * MeterLanes::kHistory),
+		  mTaps(MakeTaps(inSampleRate))
 	{
 	}
-	~Measure() { ebur128_destroy(&mState); }
-	Measure(Measure const&) = delete;
-	Measure& operator=(Measure const&) = delete;
 
-	ebur128_state* mState;
+	void Add(
+		dsp::AudioBuffer const& inBlock, unsigned inFirst, unsigned inFrames, MeterLanes::Tenant& ioTenant);
+	bool IsSilentAtRest(dsp::AudioBuffer const& inBlock) const;
+
+	WeightedProgramme mProgramme;
+	std::vector<float> mHistory;
+	std::optional<InterpolationTaps> mTaps;
+	std::shared_ptr<LoudnessBank> mBank;
+	std::optional<MeterLanes> mOwnLanes;
+	MeterLanes* mLanes = nullptr;
+	float mPeak = 0.0f;
+	float mTruePeak = 0.0f;
 };
+
+// What lies between samples is looked for where all channels' samples do not exceed it already.
+void LoudnessMeter::Measure::Add(
+	dsp::AudioBuffer const& inBlock, unsigned inFirst, unsigned inFrames, MeterLanes::Tenant& ioTenant)
+{
+	unsigned const channels = mProgramme.GetNumChannels();
+	for (unsigned channel = 0; channel < channels; ++channel)
+	{
+		float* const lane = mLanes->GetEnd(ioTenant, channel);
+		if (inBlock.IsChannelSilent(channel))
+		{
+			std::fill_n(lane, inFrames, 0.0f);
+			continue;
+		}
+		mPeak = std::max(mPeak,
+			zorvaccelerate::utility::CopyPlausible(inFrames, inBlock.GetChannel(channel) + inFirst, lane));
+	}
+	mTruePeak = std::max(mTruePeak, mPeak);
+	for (unsigned channel = 0; mTaps && channel < channels; ++channel)
+	{
+		// Some points may be found a second time, to make whole steps.
+		unsigned const points = (inFrames + kPointStep - 1) / kPointStep * kPointStep;
+		mTruePeak = zorvaccelerate::utility::FindInterpolatedPeak(
+			points, mLanes->GetEnd(ioTenant, channel) + inFrames - points, *mTaps, mTruePeak);
+	}
+	ioTenant.mFrames += inFrames;
+}
+
+bool LoudnessMeter::Measure::IsSilentAtRest(dsp::AudioBuffer const& inBlock) const
+{
+	for (unsigned channel = 0; channel < mProgramme.GetNumChannels(); ++channel)
+	{
+		if (!inBlock.IsChannelSilent(channel))
+		{
+			return false;
+		}
+	}
+	return !mLanes->Holds(mProgramme) && mProgramme.IsAtRest() &&
+		   std::all_of(mHistory.begin(), mHistory.end(), [](float inSample) { return inSample == 0.0f; });
+}
 
 bool LoudnessMeter::CanMeasure(SN::AudioChannelLayout const& inLayout, double inSampleRate)
 {
@@ -62,98 +113,71 @@ bool LoudnessMeter::CanMeasure(SN::AudioChannelLayout const& inLayout, double in
 		   inSampleRate >= kLowestRate && inSampleRate <= kHighestRate;
 }
 
-LoudnessMeter::LoudnessMeter(SN::AudioChannelLayout const& inLayout, double inSampleRate, Memory inMemory)
-	: mChannels(static_cast<unsigned>(inLayout.size())),
-	  mPiece(std::size_t{kPieceFrames} * mChannels),
-	  mSquares(mChannels)
+LoudnessMeter::LoudnessMeter(SN::AudioChannelLayout const& inLayout, double inSampleRate, Memory inMemory,
+	Windows inWindows, std::shared_ptr<LoudnessBank> inBank)
 {
 	if (!CanMeasure(inLayout, inSampleRate))
 	{
-		throw HostError(HostError::Kind::eRequest, "the loudness of " + std::to_string(mChannels) +
+		throw HostError(HostError::Kind::eRequest, "the loudness of " + std::to_string(inLayout.size()) +
 													   " channels at " + std::to_string(inSampleRate) +
 													   " Hz cannot be measured");
 	}
-	int const mode = EBUR128_MODE_S | EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK |
-					 (inMemory == Memory::eFixed ? EBUR128_MODE_HISTOGRAM : 0);
-	// Fractional rates, like 48000 * 1000 / 1001, are near enough to whole ones for filters and windows.
-	ebur128_state* const state =
-		ebur128_init(mChannels, static_cast<unsigned long>(std::llround(inSampleRate)), mode);
-	if (!state)
+	if (inBank && inBank->GetSampleRate() != inSampleRate)
 	{
-		throw std::bad_alloc();
+		throw HostError(HostError::Kind::eRequest, "a meter at " + std::to_string(inSampleRate) +
+													   " Hz cannot share a bank at " +
+													   std::to_string(inBank->GetSampleRate()) + " Hz");
 	}
-	mMeasure = std::make_unique<Measure>(state);
-	for (unsigned channel = 0; channel < mChannels; ++channel)
-	{
-		ebur128_set_channel(state, channel, GetWeighting(inLayout[channel]));
-	}
+	mMeasure = std::make_unique<Measure>(inLayout, inSampleRate, inMemory, inWindows);
+	mMeasure->mBank = std::move(inBank);
+	mMeasure->mLanes = mMeasure->mBank ? mMeasure->mBank->mLanes.get()
+									   : &mMeasure->mOwnLanes.emplace(inSampleRate, kOwnFrames);
+	mMeasure->mLanes->Reserve(inLayout.size());
 }
 
-LoudnessMeter::~LoudnessMeter() = default;
+LoudnessMeter::~LoudnessMeter()
+{
+	if (mMeasure && mMeasure->mBank && mMeasure->mLanes->Holds(mMeasure->mProgramme))
+	{
+		mMeasure->mLanes->Run();
+	}
+}
 
 void LoudnessMeter::Add(dsp::AudioBuffer const& inBlock)
 {
-	for (unsigned first = 0; first < inBlock.GetUseSize(); first += kPieceFrames)
+	unsigned const frames = inBlock.GetUseSize();
+	if (mMeasure->IsSilentAtRest(inBlock))
 	{
-		unsigned const count = std::min(kPieceFrames, inBlock.GetUseSize() - first);
-		for (unsigned channel = 0; channel < mChannels; ++channel)
-		{
-			TakeChannel(inBlock, channel, first, count);
-		}
-		if (ebur128_add_frames_float(mMeasure->mState, mPiece.data(), count) != EBUR128_SUCCESS)
-		{
-			throw std::bad_alloc();
-		}
-		mFrames += count;
-	}
-}
-
-void LoudnessMeter::TakeChannel(
-	dsp::AudioBuffer const& inBlock, unsigned inChannel, unsigned inFirst, unsigned inCount)
-{
-	float* output = mPiece.data() + inChannel;
-	if (inBlock.IsChannelSilent(inChannel))
-	{
-		for (unsigned i = 0; i < inCount; ++i, output += mChannels)
-		{
-			*output = 0.0f;
-		}
+		mMeasure->mProgramme.AdvanceAtRest(frames);
 		return;
 	}
-	float const* const samples = inBlock.GetChannel(inChannel) + inFirst;
-	float peak = mPeak;
-	double squares = mSquares[inChannel];
-	for (unsigned i = 0; i < inCount; ++i, output += mChannels)
+	for (unsigned first = 0; first < frames;)
 	{
-		float const sample = std::isfinite(samples[i]) ? samples[i] : 0.0f;
-		peak = std::max(peak, std::fabs(sample));
-		squares += double{sample} * sample;
-		*output = sample;
+		MeterLanes::Tenant& tenant = mMeasure->mLanes->Open(mMeasure->mProgramme, mMeasure->mHistory);
+		unsigned const count = std::min(frames - first, mMeasure->mLanes->GetRoom(tenant));
+		mMeasure->Add(inBlock, first, count, tenant);
+		first += count;
 	}
-	mPeak = peak;
-	mSquares[inChannel] = squares;
 }
 
 LoudnessReading LoudnessMeter::GetReading() const
 {
-	ebur128_state* const state = mMeasure->mState;
+	mMeasure->mLanes->Run();
+	WeightedProgramme const& programme = mMeasure->mProgramme;
 	LoudnessReading reading;
-	reading.mPeak = mPeak;
-	reading.mTruePeak = mPeak;
-	for (unsigned channel = 0; channel < mChannels; ++channel)
+	reading.mPeak = static_cast<double>(mMeasure->mPeak);
+	reading.mTruePeak = static_cast<double>(mMeasure->mTruePeak);
+	if (programme.GetFrames() > 0)
 	{
-		double truePeak = 0.0;
-		ebur128_true_peak(state, channel, &truePeak);
-		reading.mTruePeak = std::max(reading.mTruePeak, truePeak);
+		reading.mRMS = std::sqrt(programme.GetSquares() /
+								 (static_cast<double>(programme.GetFrames()) * programme.GetNumChannels()));
 	}
-	if (mFrames > 0)
+	if (programme.HasWindows())
 	{
-		double const squares = std::accumulate(mSquares.begin(), mSquares.end(), 0.0);
-		reading.mRMS = std::sqrt(squares / (static_cast<double>(mFrames) * mChannels));
+		reading.mMomentary = programme.GetMomentary();
+		reading.mShortTerm = programme.GetShortTerm();
 	}
-	reading.mMomentary = GetLoudness(&ebur128_loudness_momentary, state);
-	reading.mShortTerm = GetLoudness(&ebur128_loudness_shortterm, state);
-	reading.mIntegrated = GetLoudness(&ebur128_loudness_global, state);
+	reading.mIntegrated = programme.GetIntegrated();
 	return reading;
 }
 

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/LoudnessBank.h"
 #include "SonaroHost/LoudnessMeterSetter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -11,6 +12,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <numbers>
 #include <vector>
 
@@ -149,19 +151,22 @@ TEST(LoudnessMeter, TruePeakFindsWhatLiesBetweenTheSamples)
 	EXPECT_EQ(nothing.mRMS, 0.0);
 }
 
+// A reading as a row.
+std::vector<double> List(LoudnessReading const& inReading)
+{
+	return {inReading.mPeak, inReading.mTruePeak, inReading.mRMS, inReading.mMomentary, inReading.mShortTerm,
+		inReading.mIntegrated};
+}
+
 TEST(LoudnessMeter, AnyCutIntoBlocksGivesTheSameReading)
 {
-	std::vector<Tone> const tones = {{1.7, -12, 440}, {0.9, -30, 3000, 0.3, 1}, {2.2, -18, 90}};
+	std::vector<Tone> const tones = {
+		{1.7, -12, 440}, {0.9, -30, 3000, 0.3, 1}, {0.8, -18, 90, 0, 0}, {2.2, -18, 90}};
 	LoudnessReading const whole = Measure(tones);
 	for (unsigned const longest : {1u, 17u, 512u, 100000u})
 	{
 		LoudnessReading const cut = Measure(tones, "stereo", 48000, Memory::eGrowing, longest);
-		EXPECT_EQ(cut.mPeak, whole.mPeak);
-		EXPECT_EQ(cut.mTruePeak, whole.mTruePeak);
-		EXPECT_EQ(cut.mRMS, whole.mRMS);
-		EXPECT_EQ(cut.mMomentary, whole.mMomentary);
-		EXPECT_EQ(cut.mShortTerm, whole.mShortTerm);
-		EXPECT_EQ(cut.mIntegrated, whole.mIntegrated);
+		EXPECT_EQ(List(cut), List(whole)) << longest;
 	}
 }
 
@@ -179,6 +184,74 @@ TEST(LoudnessMeter, WhatIsNotFiniteSpoilsNothing)
 
 	EXPECT_THROW(LoudnessMeter(ParseLayout("stereo").value(), 1.0, Memory::eFixed), HostError);
 	EXPECT_THROW(LoudnessMeter({}, 48000, Memory::eFixed), HostError);
+}
+
+TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
+{
+	struct Case
+	{
+		char const* mLayout;
+		LoudnessMeter::Windows mWindows;
+		std::vector<Tone> mTones;
+		unsigned mLongestBlock;
+	};
+	using Windows = LoudnessMeter::Windows;
+	// More channels than are run at once, blocks of all lengths, silence between, and meters of which nothing is heard.
+	std::vector<Case> const cases = {
+		{"stereo", Windows::eNone, {{3, -20}, {1, -20, 100, 0, 0}, {1, -15}}, 512},
+		{"5.1", Windows::eSliding, {{2, -12, 440, 0.3, 63}, {1.7, -30, 90, 0, 20}}, 6000},
+		{"mono", Windows::eNone, {{5, -6, 997, 0, 1}}, 64},
+		{"20", Windows::eSliding, {{0.9, -23, 2000, 0, 0xfffff}}, 4096},
+		{"8", Windows::eNone, {}, 1},
+		{"5.1", Windows::eNone, {{1, -12, 30, 0.3, 32}}, 4096},
+		{"stereo", Windows::eSliding, {{4, -20, 5000}}, 100000},
+	};
+	auto const bank = std::make_shared<LoudnessBank>(48000.0);
+	std::vector<std::unique_ptr<LoudnessMeter>> meters;
+	std::vector<std::vector<double>> alone;
+	// In turns of a block each.
+	std::vector<std::vector<dsp::AudioBuffer>> blocks(cases.size());
+	for (std::size_t i = 0; i < cases.size(); ++i)
+	{
+		auto const layout = ParseLayout(cases[i].mLayout).value();
+		meters.push_back(
+			std::make_unique<LoudnessMeter>(layout, 48000, Memory::eGrowing, cases[i].mWindows, bank));
+		LoudnessMeter single(layout, 48000, Memory::eGrowing, cases[i].mWindows);
+		Play(cases[i].mTones, static_cast<unsigned>(layout.size()), 48000, cases[i].mLongestBlock,
+			[&](dsp::AudioBuffer const& inBlock)
+			{
+				single.Add(inBlock);
+				dsp::AudioBuffer& copy = blocks[i].emplace_back(layout.size(), inBlock.GetUseSize());
+				copy.CopyFrom(inBlock);
+			});
+		alone.push_back(List(single.GetReading()));
+	}
+	auto forgotten = std::make_unique<LoudnessMeter>(
+		ParseLayout("mono").value(), 48000, Memory::eGrowing, Windows::eNone, bank);
+	for (std::size_t turn = 0; turn < 5000; ++turn)
+	{
+		for (std::size_t i = 0; i < cases.size(); ++i)
+		{
+			if (turn < blocks[i].size())
+			{
+				meters[i]->Add(blocks[i][turn]);
+			}
+		}
+		if (forgotten)
+		{
+			forgotten->Add(blocks[2][turn]);
+		}
+		if (turn == 7)
+		{
+			forgotten.reset();
+		}
+	}
+	for (std::size_t i = 0; i < cases.size(); ++i)
+	{
+		EXPECT_EQ(List(meters[i]->GetReading()), alone[i]) << i;
+	}
+	EXPECT_THROW(
+		LoudnessMeter(ParseLayout("mono").value(), 44100, Memory::eGrowing, Windows::eNone, bank), HostError);
 }
 
 TEST(LoudnessMeterSetter, EachRunIsMeasuredByItself)

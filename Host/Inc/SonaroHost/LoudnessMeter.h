@@ -2,10 +2,8 @@
 
 #include "Sonaro/Types.h"
 
-#include <cstdint>
 #include <limits>
 #include <memory>
-#include <vector>
 
 namespace dsp
 {
@@ -14,6 +12,8 @@ class AudioBuffer;
 
 namespace SonaroHost
 {
+
+class LoudnessBank;
 
 // What a meter shows of a programme. Loudness is in LUFS and minus infinity for silence, for less audio than
 // its window, and where everything is below the gate of -70 LUFS.
@@ -40,27 +40,35 @@ double ToDecibels(double inAmplitude);
 // samples.
 //
 // Channels  LFE is measured for peaks and RMS alone, surrounds are weighted by 1.5 dB, all else counts alike.
-// Samples   Those that are not finite count as 0.
+// Samples   Those that are not finite, or beyond 2^40 (+241 dB), count as 0.
 // Blocks    Any cut into blocks gives the same reading.
 // Threads   One at a time.
 class LoudnessMeter
 {
 public:
-	// The longest run of frames that is handed on at once; blocks may be longer.
-	static constexpr unsigned kPieceFrames = 1024;
-
 	enum class Memory
 	{
-		// The integrated loudness is exact. A block of 100 ms of audio costs 16 bytes, allocated on the way.
+		// The integrated loudness is exact. A block of 100 ms of audio costs 8 bytes, allocated on the way.
 		eGrowing,
-		// It is rounded to steps of 0.1 LU, and nothing allocates after the constructor.
+		// Blocks near the relative gate pass it or not in classes of 0.01 LU, and nothing allocates after the
+		// constructor.
 		eFixed,
+	};
+
+	enum class Windows
+	{
+		// Momentary and short-term loudness stay at minus infinity.
+		eNone,
+		// They are measured, in 12 bytes for each frame of a second.
+		eSliding,
 	};
 
 	// From 16 Hz to 2.8224 MHz, and 1 to 64 channels.
 	static bool CanMeasure(SN::AudioChannelLayout const& inLayout, double inSampleRate);
-	// Throws a HostError for what cannot be measured.
-	LoudnessMeter(SN::AudioChannelLayout const& inLayout, double inSampleRate, Memory inMemory);
+	// inBank: of the same sample rate, for one of many meters; then they share a thread. Throws a HostError for what
+	// cannot be measured.
+	LoudnessMeter(SN::AudioChannelLayout const& inLayout, double inSampleRate, Memory inMemory,
+		Windows inWindows = Windows::eSliding, std::shared_ptr<LoudnessBank> inBank = nullptr);
 	~LoudnessMeter();
 	LoudnessMeter(LoudnessMeter const&) = delete;
 	LoudnessMeter& operator=(LoudnessMeter const&) = delete;
@@ -68,23 +76,13 @@ public:
 	// Hears the block. Channels that it lacks are silent.
 	void Add(dsp::AudioBuffer const& inBlock);
 
-	// Costs as much as measuring a few seconds, so not for every block.
+	// Costs as much as measuring a second or so, so not for every block.
 	LoudnessReading GetReading() const;
 
 private:
 	struct Measure;
 
-	// Takes the samples of one channel into the piece.
-	void TakeChannel(dsp::AudioBuffer const& inBlock, unsigned inChannel, unsigned inFirst, unsigned inCount);
-
 	std::unique_ptr<Measure> mMeasure;
-	unsigned mChannels;
-	// Interleaved.
-	std::vector<float> mPiece;
-	float mPeak = 0.0f;
-	// Sums of their own keep the order of the samples, whatever the blocks.
-	std::vector<double> mSquares;
-	std::int64_t mFrames = 0;
 };
 
 } // namespace SonaroHost

@@ -21,7 +21,7 @@ struct OutputLevels
 // inGain: linear, of the whole render. Throws a HostError for what is out of range or contradicts itself.
 void CheckLevels(OutputLevels const& inLevels, float inGain);
 
-// What is measured, which takes longer than many a render itself.
+// What is measured. All tracks together take about as long as a render itself.
 enum class Measuring
 {
 	eNothing,

@@ -10,12 +10,17 @@ ProgrammeMeter::ProgrammeMeter(SN::AudioChannelLayout inLayout)
 {
 }
 
+void ProgrammeMeter::Share(std::shared_ptr<LoudnessBank> inBank)
+{
+	mBank = std::move(inBank);
+}
+
 void ProgrammeMeter::Init(SN::FrameRate const& inFrameRate, unsigned)
 {
 	double const rate = inFrameRate.GetSamplesPerSecond();
 	if (LoudnessMeter::CanMeasure(mLayout, rate))
 	{
-		mMeter.emplace(mLayout, rate, LoudnessMeter::Memory::eGrowing);
+		mMeter.emplace(mLayout, rate, LoudnessMeter::Memory::eGrowing, LoudnessMeter::Windows::eNone, mBank);
 	}
 }
 

@@ -2,8 +2,10 @@
 
 #include "Sonaro/IAudioMeterSetter.h"
 #include "Sonaro/Types.h"
+#include "SonaroHost/LoudnessBank.h"
 #include "SonaroHost/LoudnessMeter.h"
 
+#include <memory>
 #include <optional>
 
 namespace SonaroHost::Otio
@@ -17,6 +19,9 @@ public:
 	static constexpr SN::Identifier<ProgrammeMeter> kIdentifier{0x5d1c0a94be72f638ull, 0x83e7f2096ab4d15cull};
 
 	explicit ProgrammeMeter(SN::AudioChannelLayout inLayout);
+
+	// To be measured beside others, from the next Init on.
+	void Share(std::shared_ptr<LoudnessBank> inBank);
 
 	void Init(SN::FrameRate const& inFrameRate, unsigned inChannels) override;
 	void SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime const& inTime) override;
@@ -32,6 +37,7 @@ protected:
 
 private:
 	SN::AudioChannelLayout mLayout;
+	std::shared_ptr<LoudnessBank> mBank;
 	std::optional<LoudnessMeter> mMeter;
 };
 

@@ -18,8 +18,10 @@ SN::InterfaceRef<SN::IAudioMeterSetter> TrackMeters::Make(TrackRow const& inRow)
 
 void TrackMeters::Begin(SN::FrameRate const& inFrameRate)
 {
+	auto const bank = std::make_shared<LoudnessBank>(inFrameRate.GetSamplesPerSecond());
 	for (auto const& [place, meter] : mMeters)
 	{
+		meter->Share(bank);
 		meter->Init(inFrameRate, 0);
 	}
 }
