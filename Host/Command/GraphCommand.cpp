@@ -12,7 +12,10 @@
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
 
+#include <charconv>
+#include <cstddef>
 #include <filesystem>
+#include <vector>
 
 namespace SonaroCommand
 {
@@ -35,13 +38,59 @@ GraphFormat ChooseFormat(std::string const& inFormat, std::string const& inOutpu
 	return name == ".dot" ? GraphFormat::eDot : name == ".svg" ? GraphFormat::eSvg : GraphFormat::ePng;
 }
 
-GraphDrawing Draw(Otio::TimelineSequence const& inSequence)
+GraphDrawing Draw(Otio::TimelineSequence const& inSequence, std::optional<std::size_t> inMaxDepth)
 {
 	constexpr unsigned kBlockFrames = 2048;
 	auto const rate = SN::FrameRate::FromSamplesPerSecond(inSequence.mSampleRate);
 	RenderContextScope const context(kBlockFrames, SN::kTimeMax, SN::ImmutableString("drawing"));
 	Sequence::SequenceGraph const graph = Otio::MakeTimelineGraph(inSequence, context.Get());
-	return GraphDrawing(graph.GetGenerator(), rate);
+	return GraphDrawing(graph.GetGenerator(), rate, inMaxDepth);
+}
+
+// A track's place among the children of the timeline's stack, by its name or by its number, counted from 1.
+std::size_t FindTrack(Otio::Stack const& inStack, std::string const& inName)
+{
+	std::vector<std::size_t> places;
+	std::string list;
+	for (std::size_t index = 0; index < inStack.mChildren.size(); ++index)
+	{
+		// A stack has no transitions.
+		std::string const& name = inStack.mChildren[index].AsItem()->mName;
+		std::string const number = std::to_string(index + 1);
+		if (name == inName)
+		{
+			places.push_back(index);
+		}
+		list += (list.empty() ? "" : ", ") + number + (name.empty() ? "" : " (" + name + ")");
+	}
+	std::size_t number = 0;
+	auto const parsed = std::from_chars(inName.data(), inName.data() + inName.size(), number);
+	bool const isNumber = parsed.ec == std::errc() && parsed.ptr == inName.data() + inName.size();
+	if (places.empty() && isNumber && number >= 1 && number <= inStack.mChildren.size())
+	{
+		return number - 1;
+	}
+	if (places.size() != 1)
+	{
+		throw HostError(HostError::Kind::eRequest,
+			(places.empty()
+					? "there is no track '" + inName + "'"
+					: "several tracks are called '" + inName + "', of which one can be given by its number") +
+				"; the timeline has " + list);
+	}
+	return places.front();
+}
+
+void CheckNodes(GraphDrawing const& inDrawing, GraphFormat inFormat)
+{
+	if (inFormat != GraphFormat::eDot && inDrawing.GetNumNodes() > GraphDrawing::kMaxPictureNodes)
+	{
+		throw HostError(HostError::Kind::eOutput,
+			"the graph has " + std::to_string(inDrawing.GetNumNodes()) +
+				" nodes, and pictures of more than " + std::to_string(GraphDrawing::kMaxPictureNodes) +
+				" would take very long; give --depth to draw fewer levels of nesting or --track for a single "
+				"track, or write .dot, which needs no layout");
+	}
 }
 
 } // namespace
@@ -68,13 +117,22 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 		.add_option(
 			"--layout", mLayout, "What the timeline is mixed to: mono, stereo, 5.1 or a count of channels")
 		->option_text("NAME");
+	GetParser()
+		.add_option("--depth", mDepth,
+			"Levels of nesting to draw, from 0; what is nested deeper is one node (default: all)")
+		->option_text("COUNT");
+	GetParser()
+		.add_option("--track", mTrack,
+			"Draw this track of the timeline alone: its name or its number, from 1, all tracks counted")
+		->option_text("NAME");
 	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
 	GetParser().add_flag("--quiet", mIsQuiet, "Tell nothing but warnings and errors");
 	GetParser().footer(
 		"Solid lines are sound on its way, dashed ones lead from what works on it within a node.\n\n"
 		"Examples:\n"
 		"  sonaro graph edit.otio -o graph.svg\n"
-		"  sonaro graph edit.otio -o graph.dot --media /mnt/sound");
+		"  sonaro graph edit.otio -o graph.dot --media /mnt/sound\n"
+		"  sonaro graph film.otio -o dialogue.svg --track Dialogue --depth 1");
 }
 
 int GraphCommand::Run()
@@ -88,10 +146,15 @@ int GraphCommand::Run()
 	options.mFadeShape = ParseFades(mFades);
 	Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
 	OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
+	if (!mTrack.empty())
+	{
+		options.mOnlyChild = FindTrack(input.GetTimeline().mTracks, mTrack);
+	}
 	Otio::TimelineSequence const sequence = input.MakeSequence(options);
 	Otio::CheckHasLength(sequence);
 	WarnOfNotes(sequence.mMissing, {});
-	GraphDrawing const drawing = Draw(sequence);
+	GraphDrawing const drawing = Draw(sequence, mDepth);
+	CheckNodes(drawing, format);
 	std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);
 	// Not before the drawing, which may take long and may be stopped.
 	OutputFile file(mOutput);

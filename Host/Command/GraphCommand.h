@@ -2,6 +2,7 @@
 
 #include "Command.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +24,8 @@ private:
 	std::string mFormat;
 	std::string mLayout;
 	std::optional<int> mSampleRate;
+	std::optional<std::size_t> mDepth;
+	std::string mTrack;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;
 	bool mKeepsOldFile = false;

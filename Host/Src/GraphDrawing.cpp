@@ -1,5 +1,6 @@
 #include "SonaroHost/GraphDrawing.h"
 
+#include "Sequence/NestedContent.h"
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "SonaroHost/AudioFileSource.h"
@@ -79,19 +80,20 @@ std::int64_t GetLatency(NodeRef const& inNode, SN::FrameRate const& inFrameRate)
 class GraphDrawing::Walk
 {
 public:
-	Walk(GraphDrawing& outDrawing, SN::FrameRate const& inFrameRate)
+	Walk(GraphDrawing& outDrawing, SN::FrameRate const& inFrameRate, std::optional<std::size_t> inMaxDepth)
 		: mDrawing(outDrawing),
-		  mFrameRate(inFrameRate)
+		  mFrameRate(inFrameRate),
+		  mMaxDepth(inMaxDepth)
 	{
 	}
 
 	void Run(NodeRef const& inRoot)
 	{
-		Find(inRoot);
+		Find(inRoot, 0);
 		for (std::size_t i = 0; i < mFound.size(); ++i)
 		{
-			auto const info = SN::InterfaceRef<SN::IAudioRenderGraphNodeInfo>(mFound[i]);
-			if (info)
+			auto const info = SN::InterfaceRef<SN::IAudioRenderGraphNodeInfo>(mFound[i].mNode);
+			if (info && !mDrawing.mNodes[i].mIsClosed)
 			{
 				AddEdges(info->GetInputNodes(), i, false);
 				AddEdges(info->GetProcessorNodes(), i, true);
@@ -100,50 +102,65 @@ public:
 	}
 
 private:
+	struct Found
+	{
+		NodeRef mNode;
+		// Nested sequences on the way to it, itself among them.
+		std::size_t mDepth = 0;
+	};
+
 	void AddEdges(std::vector<NodeRef> const& inNodes, std::size_t inTo, bool inAreProcessors)
 	{
 		for (NodeRef const& node : inNodes)
 		{
 			if (node)
 			{
-				mDrawing.mEdges.push_back({Find(node), inTo, inAreProcessors});
+				mDrawing.mEdges.push_back({Find(node, mFound[inTo].mDepth), inTo, inAreProcessors});
 			}
 		}
 	}
 
-	std::size_t Find(NodeRef const& inNode)
+	std::size_t Find(NodeRef const& inNode, std::size_t inDepth)
 	{
 		auto const [place, isNew] = mIndices.try_emplace(inNode.GetUnknown().get(), mFound.size());
 		if (isNew)
 		{
-			mFound.push_back(inNode);
-			mDrawing.mNodes.push_back({GetName(inNode), GetFile(inNode), GetLatency(inNode, mFrameRate)});
+			bool const isNest = static_cast<bool>(SN::InterfaceRef<Sequence::NestedContent>(inNode));
+			std::size_t const depth = inDepth + (isNest ? 1 : 0);
+			mFound.push_back({inNode, depth});
+			mDrawing.mNodes.push_back({GetName(inNode), GetFile(inNode), GetLatency(inNode, mFrameRate),
+				isNest && mMaxDepth && depth > *mMaxDepth});
 		}
 		return place->second;
 	}
 
 	GraphDrawing& mDrawing;
 	SN::FrameRate mFrameRate;
-	std::vector<NodeRef> mFound;
+	std::optional<std::size_t> mMaxDepth;
+	std::vector<Found> mFound;
 	std::map<void const*, std::size_t> mIndices;
 };
 
-GraphDrawing::GraphDrawing(
-	SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, SN::FrameRate const& inFrameRate)
+GraphDrawing::GraphDrawing(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph,
+	SN::FrameRate const& inFrameRate, std::optional<std::size_t> inMaxDepth)
 {
-	Walk(*this, inFrameRate).Run(inGraph);
+	Walk(*this, inFrameRate, inMaxDepth).Run(inGraph);
 }
 
 std::string GraphDrawing::ToDot(std::string const& inTitle) const
 {
+	// Graphviz tries as often as these limits say, times the nodes, to shorten edges: without them, nests of a few
+	// levels take it minutes.
 	std::string text = "digraph {\n\tlabel=\"" + Escape(inTitle) +
-					   "\"\n\trankdir=LR\n\tnode [shape=box, fontname=\"sans-serif\", fontsize=10]\n";
+					   "\"\n\trankdir=LR\n\tnslimit=2\n\tnslimit1=2\n\tnode [shape=box, "
+					   "fontname=\"sans-serif\", fontsize=10]\n";
 	for (std::size_t i = 0; i < mNodes.size(); ++i)
 	{
 		Node const& node = mNodes[i];
 		text += "\tn" + std::to_string(i) + " [label=\"" + Escape(node.mName);
 		text += node.mFile.empty() ? "" : "\\n" + Escape(node.mFile);
 		text += node.mLatencyFrames == 0 ? "" : "\\n" + std::to_string(node.mLatencyFrames) + " samples late";
+		text += node.mIsClosed ? "\\nnested deeper, not drawn" : "";
 		text += "\"]\n";
 	}
 	for (Edge const& edge : mEdges)

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,13 @@ namespace SonaroHost
 class GraphDrawing
 {
 public:
-	GraphDrawing(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, SN::FrameRate const& inFrameRate);
+	// What Graphviz can lay out while somebody waits: its time grows faster than the square of the nodes.
+	static constexpr std::size_t kMaxPictureNodes = 2000;
+
+	// inMaxDepth: so many levels of nested sequences are drawn, and what is nested deeper is one node each; all
+	// of them without it.
+	GraphDrawing(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, SN::FrameRate const& inFrameRate,
+		std::optional<std::size_t> inMaxDepth = std::nullopt);
 
 	std::size_t GetNumNodes() const { return mNodes.size(); }
 
@@ -38,6 +45,8 @@ private:
 		// The file behind a source, or empty.
 		std::string mFile;
 		std::int64_t mLatencyFrames = 0;
+		// What feeds it is left out.
+		bool mIsClosed = false;
 	};
 	class Walk;
 

@@ -182,9 +182,8 @@ SN::TickTime NestedContent::MapRun(std::int64_t inFirstFrame, std::int64_t inCou
 
 void* NestedContent::QueryMap(SN::Guid const& inIdentifier)
 {
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioGenerator, SN::IAudioRenderGraphNodeInfo>(
-			this, inIdentifier);
+	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioGenerator,
+		SN::IAudioRenderGraphNodeInfo, NestedContent>(this, inIdentifier);
 	return found ? found : Unknown::QueryMap(inIdentifier);
 }
 

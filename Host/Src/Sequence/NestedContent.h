@@ -50,6 +50,8 @@ struct ContentWindow
 class NestedContent final : public SN::IAudioGenerator, public SN::IAudioRenderGraphNodeInfo
 {
 public:
+	static constexpr SN::Identifier<NestedContent> kIdentifier{0x3c1f9be07a5d4e26ull, 0x91d7c04ab8e35f12ull};
+
 	NestedContent(SN::InterfaceRef<SN::IAudioGenerator> const& inSequence,
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
 		unsigned inChannels, ContentWindow const& inWindow);
