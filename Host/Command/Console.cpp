@@ -2,6 +2,7 @@
 
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/PrintableText.h"
+#include "SonaroHost/StandardStreams.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,6 +14,9 @@ namespace SonaroCommand
 
 namespace
 {
+
+// Where results are printed.
+std::FILE* sResults = stdout;
 
 void PrintLine(std::string inText)
 {
@@ -35,12 +39,24 @@ void PrintWarning(std::string const& inMessage)
 	PrintLine("sonaro: warning: " + inMessage);
 }
 
+std::string ShowOutput(std::string const& inPath)
+{
+	return SonaroHost::IsStandardStream(inPath) ? "standard output" : inPath;
+}
+
+void MakeRoomForOutputs(std::initializer_list<std::string> inPaths)
+{
+	bool const isTaken = std::any_of(inPaths.begin(), inPaths.end(),
+		[](std::string const& inPath) { return SonaroHost::IsStandardStream(inPath); });
+	sResults = isTaken ? stderr : stdout;
+}
+
 void PrintResult(std::string const& inText)
 {
 	std::string const text = SonaroHost::MakePrintableLines(inText);
 	errno = 0;
-	bool const isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-	if (!isWritten || std::fflush(stdout) != 0)
+	bool const isWritten = std::fwrite(text.data(), 1, text.size(), sResults) == text.size();
+	if (!isWritten || std::fflush(sResults) != 0)
 	{
 		throw SonaroHost::HostError(SonaroHost::HostError::Kind::eOutput,
 			"cannot write to the standard output: " + std::generic_category().message(errno));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 
 namespace SonaroCommand
@@ -8,6 +9,12 @@ namespace SonaroCommand
 // One line on the error output, behind the program's name.
 void PrintError(std::string const& inMessage);
 void PrintWarning(std::string const& inMessage);
+
+// For messages: a path as it was given, or "standard output" for "-".
+std::string ShowOutput(std::string const& inPath);
+
+// When one of the outputs is the standard output: from then on the error output gets what PrintResult prints.
+void MakeRoomForOutputs(std::initializer_list<std::string> inPaths);
 
 // Writes lines to the standard output; what could command a terminal is written out, and JSON means the same then.
 // Throws a HostError when that fails, for instance on a full disk.

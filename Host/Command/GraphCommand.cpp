@@ -9,6 +9,7 @@
 #include "SonaroHost/OutputFile.h"
 #include "SonaroHost/OutputPlan.h"
 #include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/StandardStreams.h"
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
 
@@ -27,6 +28,11 @@ using namespace SonaroHost;
 
 GraphFormat ChooseFormat(std::string const& inFormat, std::string const& inOutput)
 {
+	if (inFormat.empty() && IsStandardStream(inOutput))
+	{
+		throw HostError(HostError::Kind::eRequest,
+			"give --format for the standard output, which has no ending that names one");
+	}
 	std::string const ending = std::filesystem::path(inOutput).extension().string();
 	std::string const name = inFormat.empty() ? ending : "." + inFormat;
 	if (name != ".dot" && name != ".svg" && name != ".png")
@@ -103,8 +109,9 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 		->option_text("(required)")
 		->required();
 	GetParser()
-		.add_option(
-			"-o,--output", mOutput, "The file to write, complete or not at all; an older one is replaced")
+		.add_option("-o,--output", mOutput,
+			"The file to write, complete or not at all; an older one is replaced; - is the standard output, "
+			"with --format")
 		->option_text("OUTPUT (required)")
 		->required();
 	GetParser()
@@ -137,6 +144,7 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 
 int GraphCommand::Run()
 {
+	MakeRoomForOutputs({mOutput});
 	GraphFormat const format = ChooseFormat(mFormat, mOutput);
 	RenderOptions layout;
 	layout.mLayout = mLayout;
@@ -162,7 +170,7 @@ int GraphCommand::Run()
 	file.Commit();
 	if (!mIsQuiet)
 	{
-		PrintResult(mOutput + ": " + std::to_string(drawing.GetNumNodes()) + " nodes\n");
+		PrintResult(ShowOutput(mOutput) + ": " + std::to_string(drawing.GetNumNodes()) + " nodes\n");
 	}
 	return sequence.mMissing.empty() ? kExitSuccess : kExitMissing;
 }

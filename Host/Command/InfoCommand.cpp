@@ -81,7 +81,8 @@ InfoCommand::InfoCommand(CLI::App& ioProgram)
 	: Command(ioProgram, "info", "Tell what a sound file or a timeline is")
 {
 	GetParser()
-		.add_option("INPUT", mInput, "The sound file, or a timeline: .otio, .otioz, .otiod")
+		.add_option(
+			"INPUT", mInput, "The sound file, - for the standard input, or a timeline: .otio, .otioz, .otiod")
 		->option_text("(required)")
 		->required();
 	GetParser()

@@ -58,7 +58,7 @@ int RunCommand(Command& ioCommand)
 
 int main(int inCount, char** inArguments)
 {
-	MakeFileSizeLimitAnError();
+	MakeFailedWritesErrors();
 	StopSignals::Watch();
 	CLI::App program("Renders sound, exact to the sample.", "sonaro");
 	program.set_version_flag("--version", "sonaro " SONARO_VERSION);

@@ -20,9 +20,10 @@ int GetTerminalWidth()
 	return isKnown ? size.ws_col : 80;
 }
 
-void MakeFileSizeLimitAnError()
+void MakeFailedWritesErrors()
 {
 	std::signal(SIGXFSZ, SIG_IGN);
+	std::signal(SIGPIPE, SIG_IGN);
 }
 
 } // namespace SonaroCommand

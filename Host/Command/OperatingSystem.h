@@ -10,8 +10,8 @@ bool IsErrorOutputTerminal();
 // Columns of the terminal behind the error output; 80 when it does not tell.
 int GetTerminalWidth();
 
-// A write beyond the limit of a file's size then fails like one to a full disk, instead of ending the
-// process.
-void MakeFileSizeLimitAnError();
+// A write beyond the limit of a file's size, or to a pipe that nobody reads any more, then fails like one to a full
+// disk, instead of ending the process.
+void MakeFailedWritesErrors();
 
 } // namespace SonaroCommand

@@ -6,6 +6,7 @@
 #include "RunJob.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/StandardStreams.h"
 #include "TimeOption.h"
 
 #include <charconv>
@@ -96,7 +97,7 @@ void RenderCommand::AddFileOptions()
 	GetParser()
 		.add_option("INPUT", mInputs,
 			"Sound files, each one where the one before ends: WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 "
-			"...; or a timeline: .otio, .otioz, .otiod")
+			"...; - is the standard input; or a timeline: .otio, .otioz, .otiod")
 		->option_text("(required) ...")
 		->required();
 	GetParser()
@@ -107,7 +108,7 @@ void RenderCommand::AddFileOptions()
 		->allow_extra_args(false);
 	GetParser()
 		.add_option("-o,--output", mOptions.mOutput,
-			"The file to write, complete or not at all; an older one is replaced")
+			"The file to write, complete or not at all; an older one is replaced; - is the standard output")
 		->option_text("OUTPUT (required)")
 		->required();
 }
@@ -209,12 +210,13 @@ int RenderCommand::Run()
 		return mTimeline.Run(mInputs.front());
 	}
 	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
+	MakeRoomForOutputs({mOptions.mOutput});
 	ClipRenderJob job(MakeRequest());
 	for (PlannedClip const& clip : job.GetPlan().GetClips())
 	{
 		if (!clip.GetInfo().mStatesLength)
 		{
-			PrintWarning(QuotePath(clip.GetInfo().mPath) + " states no length; it has the " +
+			PrintWarning(QuoteInput(clip.GetInfo().mPath) + " states no length; it has the " +
 						 std::to_string(clip.GetInfo().mFrames) + " samples that can be read");
 		}
 	}

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/StandardStreams.h"
 
 namespace SonaroCommand
 {
@@ -20,6 +21,10 @@ namespace
 
 OutputContainer RenderOptions::ChooseContainer() const
 {
+	if (mFormat.empty() && IsStandardStream(mOutput))
+	{
+		return OutputContainer::eWav;
+	}
 	auto const container = mFormat.empty() ? FindContainerByEnding(mOutput) : FindContainer(mFormat);
 	if (!container)
 	{

@@ -1,5 +1,6 @@
 #include "RenderReport.h"
 
+#include "Console.h"
 #include "Json.h"
 #include "Levels.h"
 #include "SonaroHost/ChannelLayouts.h"
@@ -82,7 +83,7 @@ std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::str
 	std::snprintf(
 		speed.data(), speed.size(), "%.0f times faster than real time", GetRealTimeFactor(inSummary));
 	bool const isDithered = inSummary.mFormat.mDither == Dither::eTriangular;
-	return inOutput + ": " + FormatTime(inSummary.GetFrames(), inSummary.mSampleRate) + " (" +
+	return ShowOutput(inOutput) + ": " + FormatTime(inSummary.GetFrames(), inSummary.mSampleRate) + " (" +
 		   std::to_string(inSummary.GetFrames()) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) +
 		   ", " + std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) +
 		   " " + GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\n" +

@@ -6,6 +6,7 @@
 #include "RunJob.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/OutputFile.h"
+#include "SonaroHost/StandardStreams.h"
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
 #include "TimelineRenderReport.h"
@@ -60,7 +61,9 @@ void TimelineRender::AddOptions()
 	mParser.add_flag("--strict", mIsStrict,
 		"Write nothing and end with 1 when media of a timeline are missing or something in it was guessed or "
 		"ignored; without it the program ends with 3 when media are missing");
-	mParser.add_option("--report", mReport, "Write what became of a timeline's parts as JSON")
+	mParser
+		.add_option(
+			"--report", mReport, "Write what became of a timeline's parts as JSON; - is the standard output")
 		->option_text("FILE");
 }
 
@@ -77,6 +80,7 @@ bool TimelineRender::IsMeant(std::vector<std::string> const& inInputs) const
 
 int TimelineRender::Run(std::string const& inInput)
 {
+	MakeRoomForOutputs({mShared.mOutput, mReport});
 	TimelineRenderJob job(MakeRequest(inInput));
 	WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
 	CheckStrictly(job);
@@ -96,6 +100,10 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	if (!mReport.empty())
 	{
 		request.mOtherOutputs.emplace_back(mReport);
+	}
+	if (!mStems.empty() && IsStandardStream(mShared.mOutput))
+	{
+		Refuse("--stems: stems are files of their own; give a folder as the output");
 	}
 	request.mStems = mStems.empty() ? Stems::eNone : mStems == "track" ? Stems::eTracks : Stems::eMarkers;
 	// A folder's name ends in nothing.

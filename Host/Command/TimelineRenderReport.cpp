@@ -1,5 +1,6 @@
 #include "TimelineRenderReport.h"
 
+#include "Console.h"
 #include "Json.h"
 #include "Levels.h"
 #include "RenderReport.h"
@@ -59,7 +60,7 @@ std::string DescribeFile(
 	TimelineRenderJob const& inJob, RenderedFile const& inFile, OutputFormat const& inFormat)
 {
 	bool const isDithered = inFormat.mDither == Dither::eTriangular;
-	std::string text = inFile.mPath.string() + ": " +
+	std::string text = ShowOutput(inFile.mPath.string()) + ": " +
 					   FormatTime(inFile.mRange.mFrames, inJob.GetSampleRate()) + " (" +
 					   std::to_string(inFile.mRange.mFrames) + " samples), " +
 					   GetLayoutName(inJob.GetOutputLayout()) + ", " + std::to_string(inJob.GetSampleRate()) +

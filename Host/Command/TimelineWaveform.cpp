@@ -18,8 +18,8 @@ namespace
 std::string DescribeForPeople(TimelineWaveformRequest const& inRequest, std::string const& inOutput,
 	TimelineWaveformSummary const& inSummary)
 {
-	std::string text = inOutput + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + ", " +
-					   std::to_string(inRequest.mWidth) + " x " + std::to_string(inSummary.mHeight) +
+	std::string text = ShowOutput(inOutput) + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) +
+					   ", " + std::to_string(inRequest.mWidth) + " x " + std::to_string(inSummary.mHeight) +
 					   " pixels, from the top:\n";
 	for (std::string const& band : inSummary.mBands)
 	{

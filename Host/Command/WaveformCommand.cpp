@@ -5,6 +5,7 @@
 #include "OptionGroups.h"
 #include "RunJob.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/StandardStreams.h"
 #include "TimeOption.h"
 #include "TimelineOptions.h"
 #include "TimelineWaveform.h"
@@ -51,6 +52,10 @@ std::string ToLower(std::string inText)
 
 WaveformFormat ChooseFormat(std::string const& inFormat, std::string const& inOutput)
 {
+	if (inFormat.empty() && IsStandardStream(inOutput))
+	{
+		Refuse("give --format for the standard output, which has no ending that names one");
+	}
 	std::string const ending = std::filesystem::path(inOutput).extension().string();
 	std::string const name = ToLower(!inFormat.empty() ? inFormat : ending.empty() ? "" : ending.substr(1));
 	for (FormatName const& format : kFormats)
@@ -105,7 +110,7 @@ std::string DescribeForPeople(
 	std::string const shape = IsPicture(inRequest.mFormat)
 								  ? " x " + std::to_string(inRequest.mStyle.mHeight) + " pixels"
 								  : " columns of " + std::to_string(inRequest.mBits) + " bits";
-	return inOutput + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
+	return ShowOutput(inOutput) + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
 		   std::to_string(inSummary.mFrames) + " samples), " + std::to_string(inSummary.mColumns) + shape +
 		   ", " + std::to_string(inSummary.mChannels) +
 		   (inSummary.mChannels == 1 ? " channel, " : " channels, ") + GetName(inRequest.mFormat) + "\n" +
@@ -147,12 +152,14 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 	  mFloorDecibels(WaveformStyle().mFloorDecibels)
 {
 	GetParser()
-		.add_option("INPUT", mInput, "The sound file, or a timeline: .otio, .otioz, .otiod")
+		.add_option(
+			"INPUT", mInput, "The sound file, - for the standard input, or a timeline: .otio, .otioz, .otiod")
 		->option_text("(required)")
 		->required();
 	GetParser()
-		.add_option(
-			"-o,--output", mOutput, "The file to write, complete or not at all; an older one is replaced")
+		.add_option("-o,--output", mOutput,
+			"The file to write, complete or not at all; an older one is replaced; - is the standard output, "
+			"with --format")
 		->option_text("OUTPUT (required)")
 		->required();
 	GetParser()
@@ -240,6 +247,7 @@ void WaveformCommand::AddReportOptions()
 
 int WaveformCommand::Run()
 {
+	MakeRoomForOutputs({mOutput});
 	if (Otio::IsTimelinePath(mInput))
 	{
 		return DrawTimeline(MakeTimelineRequest(), {mInput, mOutput, mIsQuiet, mAsJson});

@@ -2,6 +2,7 @@
 
 #include "MpegLengthTag.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/StandardStreams.h"
 #include "StretchedFile.h"
 
 #include <string>
@@ -19,21 +20,22 @@ constexpr std::int64_t kLargestLength = std::int64_t{1} << 48;
 
 AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 {
-	if (auto const tag = ReadMpegLengthTag(inPath); tag && !tag->mIsUsable)
+	std::filesystem::path const path = GetReadablePath(inPath);
+	if (auto const tag = ReadMpegLengthTag(path); tag && !tag->mIsUsable)
 	{
 		mStatesLength = false;
-		mStretchedFile = std::make_unique<StretchedFile>(inPath);
+		mStretchedFile = std::make_unique<StretchedFile>(path);
 		SF_VIRTUAL_IO callbacks = StretchedFile::GetCallbacks();
 		mFile.reset(sf_open_virtual(&callbacks, SFM_READ, &mFormat, mStretchedFile.get()));
 	}
 	else
 	{
-		mFile.reset(sf_open(inPath.c_str(), SFM_READ, &mFormat));
+		mFile.reset(sf_open(path.c_str(), SFM_READ, &mFormat));
 	}
 	if (!mFile)
 	{
 		throw HostError(HostError::Kind::eInput,
-			{inPath, {}, std::string("cannot be read as sound: ") + sf_strerror(nullptr), {}});
+			MakeInputParts(inPath, std::string("cannot be read as sound: ") + sf_strerror(nullptr)));
 	}
 	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
 }

@@ -5,6 +5,7 @@
 #include "MpegLengthTag.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/StandardStreams.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
@@ -26,13 +27,14 @@ constexpr std::int64_t kMaxSeconds = 360000;
 [[noreturn]] void Refuse(
 	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy = {})
 {
-	throw HostError(HostError::Kind::eInput, {inPath, {}, inReason, inRemedy});
+	throw HostError(HostError::Kind::eInput, MakeInputParts(inPath, inReason, inRemedy));
 }
 
 void CheckIsFile(std::filesystem::path const& inPath)
 {
 	std::error_code error;
-	std::filesystem::file_status const status = std::filesystem::status(inPath, error);
+	std::filesystem::path const path = GetReadablePath(inPath);
+	std::filesystem::file_status const status = std::filesystem::status(path, error);
 	if (status.type() == std::filesystem::file_type::not_found)
 	{
 		Refuse(inPath, "does not exist");
@@ -50,11 +52,11 @@ void CheckIsFile(std::filesystem::path const& inPath)
 		Refuse(inPath, "is not a regular file; sound is read from files alone");
 	}
 	errno = 0;
-	if (!std::ifstream(inPath, std::ios::binary))
+	if (!std::ifstream(path, std::ios::binary))
 	{
 		Refuse(inPath, "cannot be opened: " + std::generic_category().message(errno));
 	}
-	std::uintmax_t const size = std::filesystem::file_size(inPath, error);
+	std::uintmax_t const size = std::filesystem::file_size(path, error);
 	if (!error && size == 0)
 	{
 		Refuse(inPath, "is empty");
@@ -72,8 +74,9 @@ void RefuseCutFile(std::filesystem::path const& inPath, std::int64_t inPromised,
 // Compares what the headers promise with the size of the file. Returns whether a length is stated.
 bool CheckFileSize(std::filesystem::path const& inPath)
 {
-	auto const size = static_cast<std::int64_t>(std::filesystem::file_size(inPath));
-	if (auto const tag = ReadMpegLengthTag(inPath); tag && tag->mBytes)
+	std::filesystem::path const path = GetReadablePath(inPath);
+	auto const size = static_cast<std::int64_t>(std::filesystem::file_size(path));
+	if (auto const tag = ReadMpegLengthTag(path); tag && tag->mBytes)
 	{
 		std::int64_t const there = size - tag->mFirstFrame;
 		if (there < *tag->mBytes)
@@ -81,7 +84,7 @@ bool CheckFileSize(std::filesystem::path const& inPath)
 			RefuseCutFile(inPath, *tag->mBytes, there);
 		}
 	}
-	auto const declared = ReadDeclaredAudio(inPath);
+	auto const declared = ReadDeclaredAudio(path);
 	if (!declared)
 	{
 		return true;

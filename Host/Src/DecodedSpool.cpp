@@ -13,7 +13,7 @@ namespace SonaroHost
 DecodedSpool::DecodedSpool(std::filesystem::path const& inPath)
 	: mPath(inPath),
 	  mDecoder(inPath),
-	  mFile(std::tmpfile())
+	  mFile(MakeUnnamedFile())
 {
 	if (!mFile)
 	{

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "AudioFileDecoder.h"
+#include "SystemFiles.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 
 namespace SonaroHost
 {
@@ -24,18 +23,13 @@ public:
 	std::int64_t Read(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
 
 private:
-	struct Closer
-	{
-		void operator()(std::FILE* inFile) const { std::fclose(inFile); }
-	};
-
 	// Decodes until inEnd, as far as the stream goes.
 	void ExtendTo(std::int64_t inEnd);
 	[[noreturn]] void ThrowFailure() const;
 
 	std::filesystem::path mPath;
 	AudioFileDecoder mDecoder;
-	std::unique_ptr<std::FILE, Closer> mFile;
+	FileHandle mFile;
 };
 
 } // namespace SonaroHost

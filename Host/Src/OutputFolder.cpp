@@ -11,14 +11,9 @@ namespace SonaroHost
 namespace
 {
 
-void RemoveEmpty(std::vector<std::filesystem::path> const& inFolders)
+[[noreturn]] void Refuse(std::filesystem::path const& inPath, std::string const& inWhy)
 {
-	for (auto folder = inFolders.rbegin(); folder != inFolders.rend(); ++folder)
-	{
-		std::error_code error;
-		// Not while something is in it.
-		std::filesystem::remove(*folder, error);
-	}
+	throw HostError(HostError::Kind::eOutput, "cannot make the folder " + QuotePath(inPath) + ": " + inWhy);
 }
 
 } // namespace
@@ -30,22 +25,24 @@ OutputFolder::OutputFolder(std::filesystem::path const& inPath)
 	for (std::filesystem::path const& name : inPath)
 	{
 		folder /= name;
-		if (!name.empty() && std::filesystem::create_directory(folder, error))
+		if (!name.empty() && !std::filesystem::exists(folder, error))
 		{
-			mMade.push_back(folder);
+			auto const make = [&]
+			{
+				std::filesystem::create_directory(folder, error);
+				if (error)
+				{
+					Refuse(inPath, error.message());
+				}
+				return folder;
+			};
+			mMade.emplace_front(make, Temporary::Removal::eWhileEmpty);
 		}
 	}
 	if (!std::filesystem::is_directory(inPath))
 	{
-		RemoveEmpty(mMade);
-		throw HostError(HostError::Kind::eOutput, "cannot make the folder " + QuotePath(inPath) + ": " +
-													  (error ? error.message() : "a file has its name"));
+		Refuse(inPath, "a file has its name");
 	}
-}
-
-OutputFolder::~OutputFolder()
-{
-	RemoveEmpty(mMade);
 }
 
 } // namespace SonaroHost

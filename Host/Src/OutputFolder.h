@@ -1,7 +1,9 @@
 #pragma once
 
+#include "SonaroHost/Temporary.h"
+
 #include <filesystem>
-#include <vector>
+#include <list>
 
 namespace SonaroHost
 {
@@ -13,13 +15,12 @@ class OutputFolder
 public:
 	// Throws a HostError when it cannot be made.
 	explicit OutputFolder(std::filesystem::path const& inPath);
-	~OutputFolder();
 	OutputFolder(OutputFolder const&) = delete;
 	OutputFolder& operator=(OutputFolder const&) = delete;
 
 private:
-	// Outermost first.
-	std::vector<std::filesystem::path> mMade;
+	// Innermost first: so it is removed.
+	std::list<Temporary> mMade;
 };
 
 } // namespace SonaroHost

@@ -19,11 +19,13 @@ namespace SonaroHost
 namespace
 {
 
+// The timeline of a bundle.
+constexpr char const* kContent = "content.otio";
 constexpr char const* kRemedy = "; give it another name";
 
 struct Output
 {
-	// As it was given, in quotes.
+	// For messages: "the output" and its path in quotes, or "the standard output".
 	std::string mName;
 	std::filesystem::path mPath;
 	FilePlace mPlace;
@@ -32,7 +34,7 @@ struct Output
 
 [[noreturn]] void Refuse(Output const& inOutput, std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::eRequest, "the output " + inOutput.mName + " " + inWhy);
+	throw HostError(HostError::Kind::eRequest, inOutput.mName + " " + inWhy);
 }
 
 // Where a path leads. Of the standard streams, where they are files: others, such as a terminal, may well be input and
@@ -59,7 +61,7 @@ std::string GetLowerEnding(std::filesystem::path const& inPath)
 bool IsBundle(std::filesystem::path const& inFolder)
 {
 	std::error_code error;
-	return GetLowerEnding(inFolder) == ".otiod" && std::filesystem::exists(inFolder / "content.otio", error);
+	return GetLowerEnding(inFolder) == ".otiod" && std::filesystem::exists(inFolder / kContent, error);
 }
 
 void CheckBundle(Output const& inOutput)
@@ -78,7 +80,7 @@ void CheckBundle(Output const& inOutput)
 
 void CheckTimeline(Output const& inOutput)
 {
-	std::string const ending = GetLowerEnding(inOutput.mPath);
+	std::string const ending = GetLowerEnding(FollowLinks(inOutput.mPath));
 	if (!inOutput.mIsFolder && inOutput.mPlace.IsThere() && (ending == ".otio" || ending == ".otioz"))
 	{
 		Refuse(inOutput, std::string("would replace a timeline") + kRemedy);
@@ -87,7 +89,7 @@ void CheckTimeline(Output const& inOutput)
 
 void CheckInput(Output const& inOutput, std::filesystem::path const& inInput, FilePlace const& inPlace)
 {
-	if (inOutput.mPlace.IsSame(inPlace))
+	if (inOutput.mPlace.IsSame(inPlace) || inOutput.mPlace.IsSame(FilePlace(inInput / kContent)))
 	{
 		Refuse(inOutput, std::string("is the input itself") + kRemedy);
 	}
@@ -117,13 +119,13 @@ void CheckOther(Output const& inOutput, Output const& inOther)
 {
 	if (inOutput.mPlace.IsSame(inOther.mPlace))
 	{
-		Refuse(inOutput, "is the same as the output " + inOther.mName + kRemedy);
+		Refuse(inOutput, "is the same as " + inOther.mName + kRemedy);
 	}
 	for (auto const& [file, other] : {std::pair(&inOutput, &inOther), std::pair(&inOther, &inOutput)})
 	{
 		if (!file->mIsFolder && !file->mPlace.IsThere() && other->mPlace.IsWithin(file->mPlace))
 		{
-			Refuse(*file, "has the name of a folder of the output " + other->mName + kRemedy);
+			Refuse(*file, "has the name of a folder of " + other->mName + kRemedy);
 		}
 	}
 }
@@ -150,13 +152,14 @@ std::vector<Output> FindOutputs(OutputPlan const& inPlan)
 		isStreamTaken = isStreamTaken || isStream;
 		if (auto const file = FindFile(path, stdout))
 		{
-			outputs.push_back({QuoteOutput(path), *file, FilePlace(*file)});
+			outputs.push_back({(isStream ? "" : "the output ") + QuoteOutput(path), *file, FilePlace(*file)});
 		}
 	}
 	if (!inPlan.mFolder.empty())
 	{
 		constexpr bool kIsFolder = true;
-		outputs.push_back({QuotePath(inPlan.mFolder), inPlan.mFolder, FilePlace(inPlan.mFolder), kIsFolder});
+		outputs.push_back({"the output " + QuotePath(inPlan.mFolder), inPlan.mFolder,
+			FilePlace(inPlan.mFolder), kIsFolder});
 	}
 	return outputs;
 }

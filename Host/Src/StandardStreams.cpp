@@ -1,6 +1,5 @@
 #include "SonaroHost/StandardStreams.h"
 
-#include "SonaroHost/HostError.h"
 #include "SystemFiles.h"
 
 #include <array>
@@ -59,6 +58,13 @@ std::string QuoteInput(std::filesystem::path const& inPath)
 std::string QuoteOutput(std::filesystem::path const& inPath)
 {
 	return IsStandardStream(inPath) ? "the standard output" : QuotePath(inPath);
+}
+
+HostError::Parts MakeInputParts(
+	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy)
+{
+	return IsStandardStream(inPath) ? HostError::Parts{{}, {}, "the standard input " + inReason, inRemedy}
+									: HostError::Parts{inPath, {}, inReason, inRemedy};
 }
 
 std::filesystem::path GetReadablePath(std::filesystem::path const& inPath)

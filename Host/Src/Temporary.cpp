@@ -1,7 +1,7 @@
 #include "SonaroHost/Temporary.h"
 
+#include <map>
 #include <mutex>
-#include <set>
 
 namespace SonaroHost
 {
@@ -12,7 +12,7 @@ namespace
 struct List
 {
 	std::mutex mMutex;
-	std::set<std::filesystem::path> mPaths;
+	std::map<std::filesystem::path, Temporary::Removal> mPaths;
 };
 
 // Never destroyed: a clean-up may come while the process is ending in another way.
@@ -22,11 +22,16 @@ List& GetList()
 	return *sList;
 }
 
-void Remove(std::filesystem::path const& inPath)
+void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
 {
 	// Another thread may still be adding files to a folder; once the folder is gone it cannot.
 	constexpr int kTries = 100;
 	std::error_code error;
+	if (inRemoval == Temporary::Removal::eWhileEmpty)
+	{
+		std::filesystem::remove(inPath, error);
+		return;
+	}
 	for (int tries = 0; tries < kTries; ++tries)
 	{
 		std::filesystem::remove_all(inPath, error);
@@ -39,12 +44,13 @@ void Remove(std::filesystem::path const& inPath)
 
 } // namespace
 
-Temporary::Temporary(std::function<std::filesystem::path()> const& inMake)
+Temporary::Temporary(std::function<std::filesystem::path()> const& inMake, Removal inRemoval)
+	: mRemoval(inRemoval)
 {
 	List& list = GetList();
 	std::lock_guard const lock(list.mMutex);
 	mPath = inMake();
-	list.mPaths.insert(mPath);
+	list.mPaths.emplace(mPath, mRemoval);
 }
 
 Temporary::~Temporary()
@@ -54,7 +60,7 @@ Temporary::~Temporary()
 		return;
 	}
 	// Not under the lock, since large folders take long; a clean-up at the same time does no harm.
-	Remove(mPath);
+	Remove(mPath, mRemoval);
 	List& list = GetList();
 	std::lock_guard const lock(list.mMutex);
 	list.mPaths.erase(mPath);
@@ -79,9 +85,10 @@ void Temporary::RemoveAll()
 	List& list = GetList();
 	// Never given back.
 	list.mMutex.lock();
-	for (std::filesystem::path const& path : list.mPaths)
+	// What is in a folder comes after it in the list.
+	for (auto entry = list.mPaths.rbegin(); entry != list.mPaths.rend(); ++entry)
 	{
-		Remove(path);
+		Remove(entry->first, entry->second);
 	}
 }
 

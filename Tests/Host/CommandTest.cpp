@@ -468,6 +468,69 @@ TEST_F(CommandTest, AResultThatCannotBePrintedIsAnError)
 	ExpectRefusal({"info", "in.wav", "--json"}, 1, {"standard output", "No space left"});
 }
 
+TEST_F(CommandTest, StandardStreamsAreLikeFiles)
+{
+	WriteInput();
+	mStart.mInputFile = (mFolder / "in.wav").string();
+	struct Case
+	{
+		Words mFromFile;
+		Words mFromStreams;
+	};
+	Case const cases[] = {
+		{{"render", "in.wav", "-o", "out"}, {"render", "-", "-o", "-"}},
+		{{"render", "in.wav", "-o", "out", "--format", "flac"},
+			{"render", "-", "-o", "-", "--format", "flac"}},
+		{{"render", "in.wav", "in.wav", "-o", "out", "--reverse"},
+			{"render", "-", "-", "-o", "-", "--reverse"}},
+		{{"waveform", "in.wav", "-o", "out", "--format", "png"},
+			{"waveform", "-", "-o", "-", "--format", "png"}},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mFromStreams));
+		Words words = test.mFromFile;
+		if (std::find(words.begin(), words.end(), "--format") == words.end())
+		{
+			words.insert(words.end(), {"--format", "wav"});
+		}
+		ASSERT_EQ(Run(words).mExitCode, 0);
+		ProgramResult const result = Run(test.mFromStreams);
+		EXPECT_EQ(result.mExitCode, 0);
+		// The summary does not get between.
+		EXPECT_THAT(result.mErrors, StartsWith("standard output: "));
+		EXPECT_TRUE(result.mOutput == ReadBytes(mFolder / "out"));
+	}
+	EXPECT_THAT(Run({"info", "-"}).mOutput, HasSubstr("48000 samples"));
+	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav", "out"));
+}
+
+TEST_F(CommandTest, StandardStreamsThatCannotBeUsedAreErrors)
+{
+	Sound const sound = WriteInput();
+	WriteBytes(mFolder / "empty", "");
+	WriteBytes(mFolder / "text", "no sound");
+	mStart.mInputFile = (mFolder / "in.wav").string();
+	ExpectRefusal({"render", "-", "-o", "in.wav"}, 2, {"'in.wav' is the input itself"});
+	ExpectRefusal({"waveform", "-", "-o", "-"}, 2, {"give --format for the standard output"});
+	ExpectRefusal({"graph", "edit.otio", "-o", "-"}, 2, {"give --format for the standard output"});
+	mStart.mInputFile = (mFolder / "empty").string();
+	ExpectRefusal({"render", "-", "-o", "out.wav"}, 1, {"the standard input is empty"});
+	mStart.mInputFile = (mFolder / "text").string();
+	ExpectRefusal({"info", "-"}, 1, {"the standard input cannot be read as sound"});
+	mStart.mInputFile.clear();
+	mStart.mOutputFile = (mFolder / "in.wav").string();
+	ExpectRefusal({"render", "in.wav", "-o", "-"}, 2, {"the standard output is the input itself"});
+	mStart.mOutputFile = "/dev/full";
+	ExpectRefusal({"render", "in.wav", "-o", "-"}, 1, {"cannot write the standard output: No space left"});
+	mStart.mOutputFile.clear();
+	mStart.mClosesOutput = true;
+	ExpectRefusal({"render", "in.wav", "-o", "-"}, 1, {"cannot write the standard output: Broken pipe"});
+	ExpectRefusal({"info", "in.wav"}, 1, {"standard output: Broken pipe"});
+	EXPECT_THAT(mFolder.List(), ElementsAre("empty", "in.wav", "text"));
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "in.wav"), sound));
+}
+
 TEST_F(CommandTest, WaveformOptionsReachTheFile)
 {
 	// Columns of two frames, told apart by their values in eighths of full scale.

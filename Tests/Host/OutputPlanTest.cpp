@@ -30,6 +30,8 @@ protected:
 		std::filesystem::create_symlink("media/b.wav", mFolder / "soft.wav");
 		std::filesystem::create_symlink("soft.wav", mFolder / "softer.wav");
 		std::filesystem::create_hard_link(mFolder / "media/b.wav", mFolder / "hard.wav");
+		std::filesystem::create_hard_link(mFolder / "edit.otiod/content.otio", mFolder / "content.wav");
+		std::filesystem::create_symlink("other.otioz", mFolder / "zipped.wav");
 		std::filesystem::create_symlink("media/gone.wav", mFolder / "dangling.wav");
 		std::filesystem::create_symlink("media", mFolder / "linked");
 		std::filesystem::create_symlink("edit.otiod/media", mFolder / "inside");
@@ -122,7 +124,9 @@ TEST_F(OutputPlanTest, NothingThatSomebodyNeedsIsWritten)
 		{"inside/new.wav", "2 lies in the input"},
 		{"other.otiod/content.otio", "2 would change the bundle"},
 		{"other.otiod/new.wav", "2 would change the bundle"},
+		{"content.wav", "2 is the input itself"},
 		{"other.otioz", "2 would replace a timeline"},
+		{"zipped.wav", "2 would replace a timeline"},
 		{"new.otioz", nullptr},
 		{"none/mix.wav", "1 does not exist; create it first"},
 		{"in.wav/mix.wav", "1 create it first"},

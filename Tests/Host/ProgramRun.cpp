@@ -49,8 +49,13 @@ std::string ReadToEnd(int inDescriptor)
 	// It does not outlive the test.
 	prctl(PR_SET_PDEATHSIG, SIGKILL);
 	bool isReady = inStart.mFolder.empty() || chdir(inStart.mFolder.c_str()) == 0;
-	int const output = inStart.mOutputFile.empty() ? inOutput.mEnds[1]
-												   : open(inStart.mOutputFile.c_str(), O_WRONLY | O_CLOEXEC);
+	if (!inStart.mInputFile.empty())
+	{
+		isReady = isReady && dup2(open(inStart.mInputFile.c_str(), O_RDONLY | O_CLOEXEC), STDIN_FILENO) >= 0;
+	}
+	constexpr int kAppending = O_WRONLY | O_APPEND | O_CLOEXEC;
+	int const output =
+		inStart.mOutputFile.empty() ? inOutput.mEnds[1] : open(inStart.mOutputFile.c_str(), kAppending);
 	isReady = isReady && dup2(output, STDOUT_FILENO) >= 0 && dup2(inErrors.mEnds[1], STDERR_FILENO) >= 0;
 	if (inStart.mFileSizeLimit > 0)
 	{
@@ -80,6 +85,10 @@ ProgramResult RunProgram(
 
 	Pipe const output;
 	Pipe const errors;
+	if (inStart.mClosesOutput)
+	{
+		close(output.mEnds[0]);
+	}
 	pid_t const process = fork();
 	if (process == 0)
 	{
@@ -94,7 +103,7 @@ ProgramResult RunProgram(
 	{
 		inMeanwhile(process);
 	}
-	result.mOutput = ReadToEnd(output.mEnds[0]);
+	result.mOutput = inStart.mClosesOutput ? std::string() : ReadToEnd(output.mEnds[0]);
 	reader.join();
 	int status = 0;
 	waitpid(process, &status, 0);

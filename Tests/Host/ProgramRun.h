@@ -23,8 +23,12 @@ struct ProgramStart
 	std::vector<std::string> mArguments;
 	// The working folder.
 	std::string mFolder;
-	// Where the standard output goes, instead of into the result.
+	// Where the standard output goes at its end, instead of into the result.
 	std::string mOutputFile;
+	// The standard input; without one, that of the test.
+	std::string mInputFile;
+	// Nobody reads what it prints.
+	bool mClosesOutput = false;
 	// The largest file in bytes that it may write; 0 for any.
 	unsigned long mFileSizeLimit = 0;
 };

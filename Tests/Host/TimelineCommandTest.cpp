@@ -312,6 +312,58 @@ TEST_F(TimelineCommandTest, TheReportAgreesWithTheFile)
 	}
 }
 
+TEST_F(TimelineCommandTest, OneOutputGoesToTheStandardOutput)
+{
+	WriteEdit();
+	Render({"--quiet"});
+	ProgramResult const mix = Run({"render", "edit.otio", "-o", "-", "--report", "mix.json"});
+	EXPECT_EQ(mix.mExitCode, 0);
+	EXPECT_TRUE(mix.mOutput == ReadBytes(mFolder / "out.wav"));
+	EXPECT_EQ(Json::parse(ReadBytes(mFolder / "mix.json"))["outputs"][0]["path"], "-");
+	EXPECT_THAT(mix.mErrors, HasSubstr("standard output: "));
+	ProgramResult const report = Run({"render", "edit.otio", "-o", "new.wav", "--report", "-", "--json"});
+	EXPECT_EQ(Json::parse(report.mOutput)["version"], 1);
+	EXPECT_EQ(Json::parse(report.mErrors)["outputs"][0]["path"], "new.wav");
+	EXPECT_THAT(
+		Run({"graph", "edit.otio", "-o", "-", "--format", "dot"}).mOutput, testing::StartsWith("digraph"));
+	for (auto const& [words, text] :
+		{std::pair(Words{"-o", "-", "--report", "-"}, "the standard output takes one output"),
+			std::pair(Words{"-o", "-", "--stems", "track"}, "--stems")})
+	{
+		Words all = {"render", "edit.otio"};
+		all.insert(all.end(), words.begin(), words.end());
+		ProgramResult const refused = Run(all);
+		EXPECT_EQ(refused.mExitCode, 2);
+		EXPECT_EQ(refused.mOutput, "");
+		EXPECT_THAT(refused.mErrors, HasSubstr(text));
+	}
+}
+
+TEST_F(TimelineCommandTest, FoldersOfStemsAreMadeAndRemovedAgainByARunThatFails)
+{
+	WriteEdit();
+	Render({"--quiet", "--stems", "track", "--report", "a/b/report.json"}, "a/b");
+	EXPECT_EQ(Json::parse(ReadBytes(mFolder / "a/b/report.json"))["outputs"].size(), 2u);
+	std::vector<std::string> const before = mFolder.List();
+	mStart.mFileSizeLimit = 100000;
+	ProgramResult const result = Run({"render", "edit.otio", "-o", "c/d/e", "--stems", "track"});
+	EXPECT_EQ(result.mExitCode, 1);
+	EXPECT_THAT(result.mErrors, HasSubstr("File too large"));
+	EXPECT_EQ(mFolder.List(), before);
+	mStart.mFileSizeLimit = 0;
+	for (auto const& [report, text] : {std::pair("edit.otio", "is the input itself"),
+			 std::pair("tone.wav", "is a medium"), std::pair("c/x/report.json", "create it first")})
+	{
+		ProgramResult const refused =
+			Run({"render", "edit.otio", "-o", "c/d/e", "--stems", "track", "--report", report});
+		EXPECT_THAT(refused.mErrors, HasSubstr(text));
+		EXPECT_EQ(mFolder.List(), before);
+	}
+	// In a folder that is made on the way.
+	Render({"--quiet", "--stems", "track", "--report", "c/report.json"}, "c/d/e");
+	EXPECT_TRUE(std::filesystem::exists(mFolder / "c/report.json"));
+}
+
 TEST_F(TimelineCommandTest, TheGraphHasEachNodeOnce)
 {
 	WriteEdit();

@@ -32,7 +32,7 @@ struct AudioFileInfo
 	unsigned GetNumChannels() const { return static_cast<unsigned>(mChannelOrder.size()); }
 };
 
-// Opens the file, checks that it holds what its header promises, and tells what it is. Throws a
+// Opens the file, or the standard input for "-", checks that it holds what its header promises, and tells what it is. Throws a
 // HostError that says what is wrong with it.
 AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath);
 

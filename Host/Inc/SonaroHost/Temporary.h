@@ -17,9 +17,18 @@ namespace SonaroHost
 class Temporary
 {
 public:
+	// How much of it goes.
+	enum class Removal
+	{
+		eWithContents,
+		// A folder only while nothing is in it that is to stay.
+		eWhileEmpty,
+	};
+
 	// inMake makes it and returns its path, or throws. No clean-up comes between that and the entry in the
 	// list.
-	explicit Temporary(std::function<std::filesystem::path()> const& inMake);
+	explicit Temporary(
+		std::function<std::filesystem::path()> const& inMake, Removal inRemoval = Removal::eWithContents);
 	~Temporary();
 	Temporary(Temporary const&) = delete;
 	Temporary& operator=(Temporary const&) = delete;
@@ -37,6 +46,7 @@ public:
 
 private:
 	std::filesystem::path mPath;
+	Removal mRemoval;
 	bool mIsRenamed = false;
 };
 
