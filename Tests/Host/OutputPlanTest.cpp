@@ -118,7 +118,7 @@ TEST_F(OutputPlanTest, NothingThatSomebodyNeedsIsWritten)
 		{"absent/deep/d.wav", "2 is where a medium"},
 		{"absent/deep/f.wav", "1 does not exist; create it first"},
 		{"media", "1 it is a folder"},
-		{"edit.otiod/content.otio", "2 lies in the input"},
+		{"edit.otiod/content.otio", "2 is the input itself"},
 		{"edit.otiod/new.wav", "2 lies in the input"},
 		{"edit.otiod/media/c.wav", "2 lies in the input"},
 		{"inside/new.wav", "2 lies in the input"},
