@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SonaroHost/HostError.h"
+
 #include <CLI/CLI.hpp>
 
 namespace SonaroCommand
@@ -13,9 +15,17 @@ enum ExitCode : int
 	kExitFailure = 1,
 	// Wrong usage.
 	kExitUsage = 2,
-	// Done, but with silence for media that are missing.
+	// Done, but with silence for media that are missing; or not done, since nothing of a timeline is heard.
 	kExitMissing = 3,
 };
+
+inline ExitCode GetExitCode(SonaroHost::HostError::Kind inKind)
+{
+	using Kind = SonaroHost::HostError::Kind;
+	return inKind == Kind::eRequest        ? kExitUsage
+		   : inKind == Kind::eNothingHeard ? kExitMissing
+										   : kExitFailure;
+}
 
 // One of the program's commands: "sonaro NAME ...". Its constructor declares the options to the parser.
 class Command

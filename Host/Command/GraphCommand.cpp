@@ -159,7 +159,7 @@ int GraphCommand::Run()
 		options.mOnlyChild = FindTrack(input.GetTimeline().mTracks, mTrack);
 	}
 	Otio::TimelineSequence const sequence = input.MakeSequence(options);
-	Otio::CheckHasLength(sequence);
+	Otio::CheckHasSound(sequence);
 	WarnOfNotes(sequence.mMissing, {});
 	GraphDrawing const drawing = Draw(sequence, mDepth);
 	CheckNodes(drawing, format);

@@ -41,7 +41,7 @@ int RunCommand(Command& ioCommand)
 	catch (HostError const& error)
 	{
 		PrintError(error.what());
-		return error.GetKind() == HostError::Kind::eRequest ? kExitUsage : kExitFailure;
+		return GetExitCode(error.GetKind());
 	}
 	catch (std::bad_alloc const&)
 	{
@@ -63,17 +63,20 @@ int main(int inCount, char** inArguments)
 	CLI::App program("Renders sound, exact to the sample.", "sonaro");
 	program.set_version_flag("--version", "sonaro " SONARO_VERSION);
 	program.require_subcommand(1);
-	program.footer("\"sonaro COMMAND --help\" tells more about a command.\n"
-				   "\n"
-				   "Exit codes:\n"
-				   "  0  Done\n"
-				   "  1  The input or the output failed, or --strict found something\n"
-				   "  2  Wrong usage: a word of the command line makes no sense, by itself or for this input\n"
-				   "  3  Media of a timeline are missing and silent in the output\n"
-				   "\n"
-				   "Environment:\n"
-				   "  TMPDIR  The folder for what is needed meanwhile, such as the unpacked media of bundles;\n"
-				   "          without it /tmp");
+	program.footer(
+		"\"sonaro COMMAND --help\" tells more about a command.\n"
+		"\n"
+		"Exit codes:\n"
+		"  0  Done\n"
+		"  1  The input or the output failed, or --strict found something\n"
+		"  2  Wrong usage: a word of the command line makes no sense, by itself or for this input\n"
+		"  3  Media of a timeline are missing and silent in the output; or nothing in it is heard, and "
+		"nothing "
+		"is written\n"
+		"\n"
+		"Environment:\n"
+		"  TMPDIR  The folder for what is needed meanwhile, such as the unpacked media of bundles;\n"
+		"          without it /tmp");
 
 	std::vector<std::unique_ptr<Command>> commands;
 	commands.push_back(std::make_unique<RenderCommand>(program));

@@ -169,7 +169,7 @@ int TellOfTimeline(
 		return kExitSuccess;
 	}
 	PrintError(described.mRefusal->what());
-	return kExitFailure;
+	return GetExitCode(described.mRefusal->GetKind());
 }
 
 } // namespace SonaroCommand

@@ -18,6 +18,8 @@ char const* GetName(ClipRow::Status inStatus)
 		return "heard";
 	case ClipRow::Status::eSilent:
 		return "silent";
+	case ClipRow::Status::eOutside:
+		return "outside";
 	case ClipRow::Status::eMissing:
 		break;
 	}

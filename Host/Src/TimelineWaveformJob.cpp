@@ -83,7 +83,7 @@ TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
 	{
 		Refuse("a picture is 1 to " + std::to_string(kMaxPictureSize) + " pixels wide");
 	}
-	Otio::CheckHasLength(mSequence);
+	Otio::CheckHasSound(mSequence);
 }
 
 std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(

@@ -161,6 +161,8 @@ TEST_F(TimelineCommandTest, ExitCodesTellWhatBecameOfIt)
 	WriteEdit();
 	WriteTimeline("missing.otio", {Track("Dialogue", {Clip("Take 3", "gone.wav", 0.0, 1.0)}),
 									  Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)})});
+	WriteTimeline("hour.otio", {Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)}),
+								   Track("Dialogue", {Clip("Take 4", "tone.wav", 3600.0, 2.0)})});
 	Json odd = Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)});
 	odd["metadata"]["sonaro"]["gian"] = 3;
 	WriteTimeline("odd.otio", {odd});
@@ -175,6 +177,9 @@ TEST_F(TimelineCommandTest, ExitCodesTellWhatBecameOfIt)
 		{{"edit.otio", "--strict"}, 0, {}},
 		{{"missing.otio"}, 3, {"Take 3", "Dialogue", "gone.wav", "silent"}},
 		{{"missing.otio", "--strict"}, 1, {"--strict", "1 clips have no media"}},
+		{{"hour.otio"}, 3,
+			{"Take 4", "Dialogue", "tone.wav", "0:00.000 to 0:04.000", "1:00:00.000 to 1:00:02.000"}},
+		{{"hour.otio", "--strict"}, 1, {"--strict", "1 clips have no media"}},
 		{{"odd.otio"}, 0, {"gian", "/tracks/children/0"}},
 		{{"odd.otio", "--strict"}, 1, {"--strict"}},
 		{{"none.otio"}, 1, {"none.otio"}},
@@ -201,6 +206,63 @@ TEST_F(TimelineCommandTest, ExitCodesTellWhatBecameOfIt)
 		}
 		bool const isWritten = test.mExitCode == 0 || test.mExitCode == 3;
 		EXPECT_EQ(std::filesystem::remove(mFolder / "new.wav"), isWritten);
+	}
+}
+
+TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
+{
+	auto const with = [](Json inObject, Json const& inFields)
+	{
+		inObject.update(inFields);
+		return inObject;
+	};
+	Json const clip = Clip("first", "tone.wav", 0.0, 1.0);
+	Json const pictures = with(Track("Pictures", {clip}), {{"kind", "Video"}});
+	Json const muted = Json::parse(R"({"metadata": {"sonaro": {"mute": true}}})");
+	Json const stack = {
+		{"OTIO_SCHEMA", "Stack.1"}, {"children", List({Track("A1", {clip})})}, {"enabled", false}};
+	Json const generator = with(clip, {{"media_reference", {{"OTIO_SCHEMA", "GeneratorReference.1"}}}});
+	struct Case
+	{
+		std::string mWhy;
+		Json mTracks;
+	};
+	Case const cases[] = {
+		{"2 tracks of kind Video, none of kind Audio", List({pictures, pictures})},
+		{"1 track of kind Video, 1 track of kind 'Subtitle', none of kind Audio",
+			List({pictures, with(pictures, {{"kind", "Subtitle"}})})},
+		{"1 track of kind Video, 1 track of kind Audio (muted), 1 stack (disabled)",
+			List({pictures, with(Track("A1", {clip}), muted), stack})},
+		{"1 track of kind Audio without clips", List({Track("A1", {Gap(1.0)})})},
+		{"1 track of kind Audio with 2 clips (disabled), 1 clip (what a generator would make is not "
+		 "rendered)",
+			List({Track(
+				"A1", {with(clip, {{"enabled", false}}), with(clip, {{"enabled", false}}), generator})})},
+		{"1 track of kind Audio with 1 clip (cut away by what it stands in, or has no length)",
+			List({with(Track("A1", {Gap(1.0), clip}), {{"source_range", Range(0.0, 0.5)}})})},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mWhy);
+		WriteTimeline("silent.otio", {});
+		Json timeline = Json::parse(ReadBytes(mFolder / "silent.otio"));
+		timeline["tracks"]["children"] = test.mTracks;
+		WriteBytes(mFolder / "silent.otio", timeline.dump());
+		for (Words const& words : {Words{"render", "silent.otio", "-o", "new.wav", "--report", "new.json"},
+				 Words{"render", "silent.otio", "-o", "new", "--stems", "track"},
+				 Words{"waveform", "silent.otio", "-o", "new.svg"},
+				 Words{"graph", "silent.otio", "-o", "new.dot"}})
+		{
+			ProgramResult const result = Run(words);
+			EXPECT_EQ(result.mExitCode, 3);
+			EXPECT_THAT(result.mErrors, HasSubstr("silent.otio"));
+			EXPECT_THAT(result.mErrors, HasSubstr("nothing in this timeline is heard: " + test.mWhy + "\n"));
+		}
+		EXPECT_EQ(mFolder.List(), (Words{"impulse.wav", "silent.otio", "tone.wav"}));
+		ProgramResult const info = Run({"info", "silent.otio", "--json"});
+		EXPECT_EQ(info.mExitCode, 3);
+		EXPECT_EQ(Json::parse(info.mOutput)["refusal"]["reason"],
+			"nothing in this timeline is heard: " + test.mWhy);
 	}
 }
 

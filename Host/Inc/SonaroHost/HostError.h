@@ -18,6 +18,8 @@ public:
 		eRequest,
 		eInput,
 		eOutput,
+		// The input is in order, and nothing in it is heard.
+		eNothingHeard,
 		// The engine would not do what the host asked of it.
 		eEngine,
 	};

@@ -6,6 +6,7 @@
 #include "TrackMaker.h"
 
 #include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/HostError.h"
 
 #include <algorithm>
 #include <array>
@@ -171,16 +172,21 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn)
 {
 	ClipMedia const* const media = inWhySilent.empty() ? &mMaking.mMedia.Get(inClip) : nullptr;
-	if (media)
+	ClipRow::Status status = inWhySilent.empty() ? ClipRow::Status::eHeard : ClipRow::Status::eSilent;
+	if (media && !media->mMedia)
 	{
-		inWhySilent =
-			media->mMedia ? CheckClip(inClip, inPlacement, inPassing, *media->mMedia) : media->mWhySilent;
+		status = media->mIsMissing ? ClipRow::Status::eMissing : ClipRow::Status::eSilent;
+		inWhySilent = media->mWhySilent;
 	}
-	AddClipRow(inClip, inPlacement, inPassing, media, inWhySilent);
-	if (media && media->mIsMissing)
+	else if (media)
+	{
+		inWhySilent = CheckClip(inClip, inPlacement, inPassing, *media, status);
+	}
+	AddClipRow(inClip, inPlacement, inPassing, media, {status, inWhySilent});
+	if (status == ClipRow::Status::eMissing || status == ClipRow::Status::eOutside)
 	{
 		mMaking.mResult.mMissing.push_back(
-			{inClip.mName, mScope.mTrack, inClip.mPlace, media->mPath, media->mWhySilent});
+			{inClip.mName, mScope.mTrack, inClip.mPlace, media->mPath, inWhySilent});
 	}
 	if (!inWhySilent.empty())
 	{
@@ -202,14 +208,27 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 }
 
 std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
-	Sequence::Media const& inMedia)
+	ClipMedia const& inMedia, ClipRow::Status& outStatus)
 {
-	Ratio const rate = Ratio::FromDouble(inMedia.mSampleRate);
+	Ratio const rate = Ratio::FromDouble(inMedia.mMedia->mSampleRate);
 	Ratio const start = GetMediaStart(inClip);
-	std::string whySilent = CheckReach(inClip, inPlacement, inPassing,
-		{{start, start + Ratio(inMedia.mFrames) / rate}, rate, "media", true});
-	return whySilent.empty() ? CheckSpeed(inClip, inPassing, rate / Ratio(mScope.mGrid.GetSampleRate()))
-							 : whySilent;
+	Content const content{{start, start + Ratio(inMedia.mMedia->mFrames) / rate}, rate, "media", true};
+	std::string whySilent;
+	if (IsOutside(inPlacement, inPassing, content.mSpan))
+	{
+		outStatus = ClipRow::Status::eOutside;
+		TimeSpan const wanted = inPassing.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
+		whySilent = "has sound from " + DescribeSpan(content.mSpan) + ", and the clip asks for " +
+					DescribeSpan(wanted);
+		mMaking.Tell(Note::Kind::eIgnored, inClip.mPlace,
+			QuotePath(inMedia.mPath) + " " + whySilent +
+				"; it is silent; correct its source_range or the available_range of the media");
+		return whySilent;
+	}
+	CheckReach(inClip, inPlacement, inPassing, content);
+	whySilent = CheckSpeed(inClip, inPassing, rate / Ratio(mScope.mGrid.GetSampleRate()));
+	outStatus = whySilent.empty() ? ClipRow::Status::eHeard : ClipRow::Status::eSilent;
+	return whySilent;
 }
 
 Ratio ItemMaker::GetMediaStart(Clip const& inClip) const
@@ -220,16 +239,14 @@ Ratio ItemMaker::GetMediaStart(Clip const& inClip) const
 }
 
 void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
-	ClipMedia const* inMedia, std::string const& inWhySilent)
+	ClipMedia const* inMedia, ClipState const& inState)
 {
 	ClipRow row;
 	row.mName = inClip.mName;
 	row.mTrack = mScope.mTrack;
 	row.mPlace = inClip.mPlace;
-	row.mReason = inWhySilent;
-	row.mStatus = inWhySilent.empty()              ? ClipRow::Status::eHeard
-				  : inMedia && inMedia->mIsMissing ? ClipRow::Status::eMissing
-												   : ClipRow::Status::eSilent;
+	row.mReason = inState.mWhySilent;
+	row.mStatus = inState.mStatus;
 	int const rate = mScope.mGrid.GetSampleRate();
 	TimeSpan const visible =
 		mScope.mToProgramme.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible));
@@ -251,7 +268,13 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Pas
 	mMaking.mResult.mClips.push_back(std::move(row));
 }
 
-std::string ItemMaker::CheckReach(
+bool ItemMaker::IsOutside(
+	Placement const& inPlacement, Passing const& inPassing, TimeSpan const& inContent) const
+{
+	return inPassing.mToContent.Map(GetReach(inPlacement, mScope.mGrid)).Intersect(inContent).IsEmpty();
+}
+
+void ItemMaker::CheckReach(
 	Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent)
 {
 	auto const findShortage = [&](TimeSpan const& inTimes)
@@ -261,15 +284,8 @@ std::string ItemMaker::CheckReach(
 		Ratio const behind = used.mEnd - inContent.mSpan.mEnd;
 		return (std::max(before, behind) * inContent.mRate).Round();
 	};
-	TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
-	if (inPassing.mToContent.Map(reach).Intersect(inContent.mSpan).IsEmpty())
-	{
-		std::string const text = std::string("its range lies beyond its ") + inContent.mName;
-		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace, text + "; it is silent");
-		return text;
-	}
 	std::int64_t const lacking = findShortage({inPlacement.mStart, inPlacement.mEnd});
-	std::int64_t const lackingHandle = findShortage(reach);
+	std::int64_t const lackingHandle = findShortage(GetReach(inPlacement, mScope.mGrid));
 	if (lacking > 0)
 	{
 		bool const isUsual =
@@ -285,7 +301,6 @@ std::string ItemMaker::CheckReach(
 			"a transition reaches " + std::to_string(lackingHandle) + " samples beyond its " +
 				inContent.mName + "; silence is there");
 	}
-	return {};
 }
 
 std::string ItemMaker::CheckSpeed(Item const& inItem, Passing const& inPassing, Ratio const& inRates)
@@ -362,13 +377,18 @@ std::string ItemMaker::CheckNest(
 	ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing)
 {
 	TimeSpan const content{Ratio(), mMaking.mMeasures.GetContentLength(inItem)};
-	std::string whySilent;
+	if (!content.IsEmpty() && IsOutside(inPlacement, inPassing, content))
+	{
+		mMaking.Tell(
+			Note::Kind::eIgnored, inItem.mItem->mPlace, "its range lies beyond its content; it is silent");
+		return "its range lies beyond its content";
+	}
 	if (!content.IsEmpty())
 	{
-		whySilent = CheckReach(*inItem.mItem, inPlacement, inPassing,
+		CheckReach(*inItem.mItem, inPlacement, inPassing,
 			{content, Ratio(mScope.mGrid.GetSampleRate()), "content", false});
 	}
-	return whySilent.empty() ? CheckSpeed(*inItem.mItem, inPassing, Ratio(1)) : whySilent;
+	return CheckSpeed(*inItem.mItem, inPassing, Ratio(1));
 }
 
 Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlacement,

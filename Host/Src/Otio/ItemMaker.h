@@ -79,6 +79,12 @@ private:
 		bool mIsMedia;
 	};
 
+	struct ClipState
+	{
+		ClipRow::Status mStatus;
+		std::string const& mWhySilent;
+	};
+
 	// Which part of its content is heard backwards.
 	void TellStretch(ItemView const& inItem, Passing const& inPassing);
 	Passing FindPassing(ItemView const& inItem, Placement const& inPlacement) const;
@@ -93,15 +99,18 @@ private:
 		Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn);
 	// The part that is visible.
 	void AddClipRow(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
-		ClipMedia const* inMedia, std::string const& inWhySilent);
+		ClipMedia const* inMedia, ClipState const& inState);
 	// Why it cannot be heard; empty when it can. They take notes.
 	std::string CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
-		Sequence::Media const& inMedia);
+		ClipMedia const& inMedia, ClipRow::Status& outStatus);
 	// For one on a track; gives what listens to it, or nothing.
 	SN::InterfaceRef<SN::IAudioMeterSetter> AddNestRow(
 		Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout);
 	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing);
-	std::string CheckReach(
+	// Whether it hears nothing of its content, transitions and all.
+	bool IsOutside(Placement const& inPlacement, Passing const& inPassing, TimeSpan const& inContent) const;
+	// Takes notes of the parts that its content lacks.
+	void CheckReach(
 		Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent);
 	// inRates: by which the speed is multiplied where rates differ.
 	std::string CheckSpeed(Item const& inItem, Passing const& inPassing, Ratio const& inRates);

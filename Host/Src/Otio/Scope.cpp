@@ -45,6 +45,11 @@ std::string DescribeTime(Ratio const& inSeconds)
 	return text;
 }
 
+std::string DescribeSpan(TimeSpan const& inSpan)
+{
+	return DescribeTime(inSpan.mStart) + " to " + DescribeTime(inSpan.mEnd);
+}
+
 std::string AppendName(std::string const& inTrack, Item const& inItem, char const* inKind)
 {
 	std::string const name = inItem.mName.empty() ? inKind : inItem.mName;

@@ -89,6 +89,8 @@ struct Scope
 
 // A time for people, to the millisecond: "1:02:03.500", "-0:00.250".
 std::string DescribeTime(Ratio const& inSeconds);
+// "0:01.000 to 0:02.500".
+std::string DescribeSpan(TimeSpan const& inSpan);
 
 // inTrack with a name behind it.
 std::string AppendName(std::string const& inTrack, Item const& inItem, char const* inKind);

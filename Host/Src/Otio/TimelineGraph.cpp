@@ -39,17 +39,23 @@ Sequence::SequenceGraph MakeTimelineGraph(
 
 void CheckCanRender(TimelineSequence const& inSequence)
 {
-	CheckHasLength(inSequence);
+	CheckHasSound(inSequence);
 	RenderContextScope const context(kBlockFrames, SN::kTimeMax, SN::ImmutableString("check"));
 	MakeTimelineGraph(inSequence, context.Get());
 }
 
-void CheckHasLength(TimelineSequence const& inSequence)
+void CheckHasSound(TimelineSequence const& inSequence)
 {
 	if (inSequence.mFrames == 0)
 	{
 		throw HostError(HostError::Kind::eInput,
 			{inSequence.mFile, inSequence.mPlace, "has no length; there is nothing to render", {}});
+	}
+	if (!inSequence.mWhySilent.empty())
+	{
+		throw HostError(HostError::Kind::eNothingHeard,
+			{inSequence.mFile, inSequence.mPlace,
+				"nothing in this timeline is heard: " + inSequence.mWhySilent, {}});
 	}
 }
 

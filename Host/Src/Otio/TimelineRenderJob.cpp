@@ -61,7 +61,7 @@ TimelineRenderJob::TimelineRenderJob(TimelineRenderRequest inRequest)
 	mSequence = mInput.MakeSequence(MakeOptions(mRequest));
 	mNotes = mInput.GetNotes();
 	mNotes.insert(mNotes.end(), mSequence.mNotes.begin(), mSequence.mNotes.end());
-	CheckHasLength(mSequence);
+	CheckHasSound(mSequence);
 	mRange = mRequest.mRange.empty() ? ProgrammeRange{0, mSequence.mFrames}
 									 : FindRange(mRequest.mRange, mInput.GetTimeline(), mSequence);
 	PlanFiles();

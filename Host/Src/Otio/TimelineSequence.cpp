@@ -4,6 +4,7 @@
 #include "ItemFades.h"
 #include "Levels.h"
 #include "StackMaker.h"
+#include "TimelineSilence.h"
 
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
@@ -110,6 +111,7 @@ public:
 		mRange = mMeasures.GetRange(mStack);
 		mNeedsNesting = HasFades(mStack) || FindPan(mStack) || GetSpeed(mStack).mFactor != Ratio(1);
 		mResult.mDescription = mNeedsNesting ? MakeNested() : MakeDirectly();
+		mResult.mWhySilent = FindWhySilent(mStack, mResult);
 		TellGlobalStart();
 		std::stable_sort(mResult.mMarkers.begin(), mResult.mMarkers.end(),
 			[](MarkerRow const& inA, MarkerRow const& inB) { return inA.mStart < inB.mStart; });

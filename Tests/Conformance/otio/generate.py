@@ -142,8 +142,8 @@ def cut_cases():
     case("available-range-alone", "Without source_range the available_range is what is used, not the file.",
          timeline(track(clip("a.wav", None, r(86400, 1, 24)))), 2000, [[run(0, 2000, "a.wav", 0)]])
     case("before-the-media", "What is asked for before the start of the media is silence; it is reported.",
-         timeline(track(clip("a.wav", r(47000, 3000), r(50000, 4800)))), 3000,
-         [[run(3000, 3000, "a.wav", 0)]], warns=True)
+         timeline(track(clip("a.wav", r(47000, 4000), r(50000, 4800)))), 4000,
+         [[run(3000, 4000, "a.wav", 0)]], warns=True)
     case("before-the-media-in-part", "The media begin 1 sample of 24000 late, which is 2 of 48000.",
          timeline(track(clip("a.wav", r(0, 1000, 24000), r(1, 2400, 24000)))), 2000,
          [[run(2, 2000, "a.wav", 0)]])
@@ -389,7 +389,7 @@ def speed_cases():
            run(2000, 2300, "a.wav", 1499, step=-0.5, fade=["equal-power", "out", 2000, 2300]),
            run(2000, 2300, "b.wav", 1000, fade=["equal-power", "in", 2000, 2300]),
            run(2300, 3000, "b.wav", 1300)]], within=0.2, unsettled=40)
-    case("transition-backwards", "What is read backwards goes on below its range behind its end: a goes on below "
+    case("transition-backwards", "What is read backwards goes on below its range after its end: a goes on below "
          "its sample 1000.",
          timeline(track(clip("a.wav", r(1000, 1000), effects=[warp(-1)]), transition(200, 300),
                         clip("b.wav", r(1000, 1000)))), 2000,
@@ -412,6 +412,10 @@ def media_cases():
          timeline(track(clip({"OTIO_SCHEMA": "MissingReference.1"}, r(0, 500), name="lost"),
                         clip("b.wav", r(0, 500)))), 1000,
          [[run(500, 1000, "b.wav", 0)]], missing=["lost"], warns=True)
+    case("outside-the-media", "A clip of which nothing lies within its media is missing: its timecode is an hour, that "
+         "of the file 0.",
+         timeline(track(clip("a.wav", r(3600, 0.01, 1), name="hour"), clip("b.wav", r(0, 500)))), 980,
+         [[run(480, 980, "b.wav", 0)]], missing=["hour"], warns=True)
     case("generator", "What a generator would make is silent, and nothing is missing.",
          timeline(track(clip({"OTIO_SCHEMA": "GeneratorReference.1", "generator_kind": "tone"}, r(0, 500)),
                         clip("b.wav", r(0, 500)))), 1000, [[run(500, 1000, "b.wav", 0)]])

@@ -1,3 +1,4 @@
+#include "SonaroHost/HostError.h"
 #include "SonaroHost/Otio/TimelineRenderJob.h"
 #include "SonaroHost/Otio/TimelineSequence.h"
 #include "SonaroHost/RenderContextScope.h"
@@ -401,7 +402,7 @@ TEST(RandomTimelines, FromTheFileToTheSamplesOfTheWav)
 	TemporaryFolder const temporary;
 	std::filesystem::path const& folder = temporary.mPath;
 	unsigned rendered = 0;
-	for (unsigned seed = 301; seed <= 360; ++seed)
+	for (unsigned seed = 301; seed <= 390; ++seed)
 	{
 		SCOPED_TRACE("seed " + std::to_string(seed));
 		Timeline timeline = RandomTimeline(seed, false).Make();
@@ -419,7 +420,16 @@ TEST(RandomTimelines, FromTheFileToTheSamplesOfTheWav)
 		request.mMediaFolders = {std::filesystem::path(SONARO_CONFORMANCE) / "otio/media"};
 		request.mOutput = folder / "mix.wav";
 		request.mSampleRate = kRate;
-		ASSERT_TRUE(TimelineRenderJob(request).Run());
+		try
+		{
+			ASSERT_TRUE(TimelineRenderJob(request).Run());
+		}
+		catch (HostError const& error)
+		{
+			ASSERT_EQ(error.GetKind(), HostError::Kind::eNothingHeard) << error.what();
+			ASSERT_EQ(expected, std::vector<double>(expected.size()));
+			continue;
+		}
 		std::vector<float> const actual = ReadFirstChannel(request.mOutput);
 		ASSERT_EQ(actual.size(), expected.size());
 		for (std::size_t frame = 0; frame < expected.size(); ++frame)

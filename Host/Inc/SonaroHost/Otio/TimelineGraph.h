@@ -14,10 +14,10 @@ Sequence::SequenceGraph MakeTimelineGraph(
 	TimelineSequence const& inSequence, SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);
 
 // Throws the HostError that a render of the timeline would end with before its first block, for those who render
-// nothing of it: for no length, or for a graph that cannot be made.
+// nothing of it: for no length, for silence, or for a graph that cannot be made.
 void CheckCanRender(TimelineSequence const& inSequence);
 
-// Throws a HostError for a programme without a sample.
-void CheckHasLength(TimelineSequence const& inSequence);
+// Throws a HostError for a programme without a sample, and one of kind eNothingHeard where nothing of it is heard.
+void CheckHasSound(TimelineSequence const& inSequence);
 
 } // namespace SonaroHost::Otio

@@ -22,6 +22,8 @@ struct ClipRow
 		eSilent,
 		// Its media cannot be found or read.
 		eMissing,
+		// Its media are there, and all that it asks for lies outside of them.
+		eOutside,
 	};
 
 	Status mStatus = Status::eHeard;
@@ -63,12 +65,14 @@ struct TrackRow
 	SN::AudioChannelLayout mLayout;
 };
 
+// What a clip is without, against the timeline's will: all of its media, or the part that it asks for.
 struct MissingMedia
 {
 	std::string mClip;
 	std::string mTrack;
 	std::string mPlace;
-	// Where it was looked for; empty for a clip without a reference to a file.
+	// The media; where there are none, the place where they were looked for first; empty for a clip without a
+	// reference to a file.
 	std::filesystem::path mPath;
 	std::string mReason;
 };

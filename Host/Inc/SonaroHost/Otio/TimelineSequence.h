@@ -51,6 +51,10 @@ struct TimelineSequence
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mFrames = 0;
 
+	// Why nothing of the programme is heard, such as "2 tracks of kind Video, none of kind Audio". Empty where a clip is
+	// heard, or would be if its media were there; one that its gain alone makes silent counts as heard.
+	std::string mWhySilent;
+
 	// The label of frame 0, in seconds, and the rate in which the timeline gives it.
 	std::optional<Ratio> mGlobalStart;
 	double mGlobalStartRate = 0.0;
