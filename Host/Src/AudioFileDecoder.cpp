@@ -1,5 +1,6 @@
 #include "AudioFileDecoder.h"
 
+#include "MovieFile.h"
 #include "MpegLengthTag.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/StandardStreams.h"
@@ -35,7 +36,10 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	if (!mFile)
 	{
 		throw HostError(HostError::Kind::eInput,
-			MakeInputParts(inPath, std::string("cannot be read as sound: ") + sf_strerror(nullptr)));
+			IsMovieFile(inPath)
+				? HostError::Parts{inPath, {}, "is a movie, and the sound of movies is not read",
+					  "export it as a sound file"}
+				: MakeInputParts(inPath, std::string("cannot be read as sound: ") + sf_strerror(nullptr)));
 	}
 	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
 }

@@ -183,6 +183,8 @@ TEST_F(TimelineCommandTest, ExitCodesTellWhatBecameOfIt)
 		{{"odd.otio"}, 0, {"gian", "/tracks/children/0"}},
 		{{"odd.otio", "--strict"}, 1, {"--strict"}},
 		{{"none.otio"}, 1, {"none.otio"}},
+		{{"edit.otio", "--media", "gone/folder"}, 2, {"'gone/folder'", "does not exist"}},
+		{{"edit.otio", "--media", "tone.wav"}, 2, {"'tone.wav'", "is no folder"}},
 		{{"edit.otio", "tone.wav"}, 2, {"edit.otio", "timeline"}},
 		{{"edit.otio", "--speed", "2"}, 2, {"--speed"}},
 		{{"edit.otio", "--start", "1"}, 2, {"--start", "--range"}},
@@ -263,6 +265,21 @@ TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
 		EXPECT_EQ(info.mExitCode, 3);
 		EXPECT_EQ(Json::parse(info.mOutput)["refusal"]["reason"],
 			"nothing in this timeline is heard: " + test.mWhy);
+	}
+}
+
+TEST_F(TimelineCommandTest, AMediaFolderThatIsNotThereIsRefusedByEveryCommand)
+{
+	WriteEdit();
+	for (Words words : {Words{"render", "edit.otio", "-o", "new.wav"}, Words{"info", "edit.otio"},
+			 Words{"waveform", "edit.otio", "-o", "new.svg"}, Words{"graph", "edit.otio", "-o", "new.dot"}})
+	{
+		SCOPED_TRACE(words.front());
+		words.insert(words.end(), {"--media", ".", "--media", "gone"});
+		ProgramResult const result = Run(words);
+		EXPECT_EQ(result.mExitCode, 2);
+		EXPECT_THAT(result.mErrors, HasSubstr("'gone': the folder of media does not exist"));
+		EXPECT_EQ(mFolder.List(), (Words{"edit.otio", "impulse.wav", "tone.wav"}));
 	}
 }
 

@@ -1,7 +1,10 @@
 #include "ClipMedia.h"
 
+#include "../MovieFile.h"
 #include "SonaroHost/HostError.h"
 
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -17,6 +20,12 @@ ClipMedia MakeMissing(std::filesystem::path inPath, std::string inReason)
 	media.mWhySilent = std::move(inReason);
 	media.mIsMissing = true;
 	return media;
+}
+
+bool IsThere(std::filesystem::path const& inPath)
+{
+	std::error_code error;
+	return std::filesystem::exists(inPath, error);
 }
 
 } // namespace
@@ -86,31 +95,76 @@ void ClipMediaTable::ChooseChannels(Clip const& inClip, ClipMedia& ioMedia)
 
 ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference)
 {
-	auto const [place, isNew] = mFound.try_emplace(inReference.mTargetUrl);
-	FoundMedia& found = place->second;
+	auto const [place, isNew] = mOpened.try_emplace(inReference.mTargetUrl);
 	if (isNew)
 	{
-		found = mFinder.Find(inReference.mTargetUrl);
+		place->second = Open(inReference.mTargetUrl);
 	}
+	FoundMedia const& found = place->second.mFound;
 	if (!found.IsFound())
 	{
 		return MakeMissing(found.mPath, found.mWhyMissing);
 	}
 	if (!found.mRemark.empty())
 	{
-		mNotes.push_back({Note::Kind::eRemark, inReference.mPlace, found.mRemark});
+		mNotes.push_back(
+			{found.mIsGuess ? Note::Kind::eGuess : Note::Kind::eRemark, inReference.mPlace, found.mRemark});
 	}
+	ClipMedia media;
+	media.mPath = found.mPath;
+	media.mMedia = place->second.mMedia;
+	return media;
+}
+
+ClipMediaTable::File ClipMediaTable::Open(std::string const& inUrl)
+{
+	File file;
+	file.mFound = mFinder.Find(inUrl);
+	bool const isThere = file.mFound.IsFound();
+	if (isThere)
+	{
+		Read(file);
+	}
+	if (!file.mMedia && (isThere ? IsMovieFile(file.mFound.mPath) : HasMovieEnding(file.mFound.mPath)))
+	{
+		TakeSound(inUrl, file);
+	}
+	return file;
+}
+
+void ClipMediaTable::TakeSound(std::string const& inUrl, File& ioFile)
+{
+	FoundMedia& movie = ioFile.mFound;
+	if (auto const path = mFinder.FindSound(inUrl))
+	{
+		File sound;
+		sound.mFound.mPath = *path;
+		sound.mFound.mRemark = QuotePath(movie.mPath) + " is a movie, whose sound is not read; " +
+							   QuotePath(*path) + " is taken in its place";
+		sound.mFound.mIsGuess = true;
+		Read(sound);
+		if (sound.mMedia)
+		{
+			ioFile = std::move(sound);
+			return;
+		}
+	}
+	movie.mWhyMissing = (IsThere(movie.mPath) ? "is a movie, and the sound of movies is not read"
+											  : movie.mWhyMissing + ", and the sound of movies is not read") +
+						"; put its sound into a folder of media as a sound file of the same name";
+}
+
+void ClipMediaTable::Read(File& ioFile)
+{
+	FoundMedia& found = ioFile.mFound;
 	try
 	{
-		ClipMedia media;
-		media.mPath = found.mPath;
-		media.mMedia = mFiles.Get(found.mPath);
-		return media;
+		ioFile.mMedia = mFiles.Get(found.mPath);
 	}
 	catch (HostError const& error)
 	{
 		HostError::Parts const& parts = error.GetParts();
-		return MakeMissing(found.mPath, parts.mReason + (parts.mRemedy.empty() ? "" : "; " + parts.mRemedy));
+		found.mWhyMissing = parts.mReason + (parts.mRemedy.empty() ? "" : "; " + parts.mRemedy);
 	}
 }
 

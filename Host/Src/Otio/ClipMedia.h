@@ -47,11 +47,24 @@ private:
 	void ChooseChannels(Clip const& inClip, ClipMedia& ioMedia);
 	ClipMedia ResolveFile(MediaReference const& inReference);
 
+	// A URL's file, and what is cut from it; null where it is missing.
+	struct File
+	{
+		FoundMedia mFound;
+		std::shared_ptr<Sequence::Media const> mMedia;
+	};
+
+	File Open(std::string const& inUrl);
+	// Where the file is a movie, in whose place a sound file may lie.
+	void TakeSound(std::string const& inUrl, File& ioFile);
+	// Sets why the file cannot be read where that fails.
+	void Read(File& ioFile);
+
 	MediaFinder const& mFinder;
 	FileMedia& mFiles;
 	std::vector<Note>& mNotes;
 	std::unordered_map<Clip const*, ClipMedia> mClips;
-	std::unordered_map<std::string, FoundMedia> mFound;
+	std::unordered_map<std::string, File> mOpened;
 };
 
 } // namespace SonaroHost::Otio

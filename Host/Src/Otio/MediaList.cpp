@@ -1,5 +1,9 @@
 #include "MediaList.h"
 
+#include "../MovieFile.h"
+
+#include <optional>
+
 namespace SonaroHost::Otio
 {
 
@@ -41,6 +45,11 @@ void MediaList::Add(Clip const& inClip)
 				mPaths.insert(found.mPath);
 			}
 			mPaths.insert(found.mLookedFor.begin(), found.mLookedFor.end());
+			if (auto const sound =
+					IsMovieFile(found.mPath) ? mFinder.FindSound(reference.mTargetUrl) : std::nullopt)
+			{
+				mPaths.insert(*sound);
+			}
 		}
 	}
 }

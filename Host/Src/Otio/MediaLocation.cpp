@@ -117,6 +117,13 @@ MediaLocation ParseMediaLocation(std::string_view inUrl)
 	else
 	{
 		location.mForeignScheme = scheme;
+		std::string_view const rest = inUrl.substr(scheme.size() + 3);
+		std::string_view const path = rest.substr(0, rest.find_first_of("?#"));
+		// The query of a signed address goes; but names in some stores hold its characters.
+		for (std::string const& text : {DecodePercent(path), std::string(path), DecodePercent(rest)})
+		{
+			Add(text, location.mElsewhere);
+		}
 	}
 	return location;
 }

@@ -92,8 +92,11 @@ protected:
 
 TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
 {
-	for (char const* const name : {"edit/media/a b.wav", "edit/media/100%25.wav", "edit/media/100%.wav",
-			 "edit/x:y.wav", "out/äö.wav", "extra/Audio/deep.wav", "extra/flat.wav", "more/flat.wav"})
+	for (char const* const name :
+		{"edit/media/a b.wav", "edit/media/100%25.wav", "edit/media/100%.wav", "edit/x:y.wav", "out/äö.wav",
+			"extra/Audio/deep.wav", "extra/flat.wav", "more/flat.wav", "extra/#1.wav",
+			// Composed, and decomposed beside another case.
+			"extra/\u00dcber.wav", "extra/e\u0301t\u00e9.wav", "extra/\u00c9t\u00e9.wav"})
 	{
 		WriteFile(mFolder / name, "x");
 	}
@@ -103,8 +106,16 @@ TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
 		std::string mUrl;
 		// Empty for missing.
 		std::string mFile;
-		bool mIsElsewhere = false;
+		// How it is reported.
+		enum
+		{
+			eSilently,
+			eAsElsewhere,
+			eAsGuess,
+		} mReported = eSilently;
 	};
+	auto const eElsewhere = Case::eAsElsewhere;
+	auto const eGuess = Case::eAsGuess;
 	Case const cases[] = {
 		{"media/a b.wav", "edit/media/a b.wav"},
 		{"media/a%20b.wav", "edit/media/a b.wav"},
@@ -122,18 +133,32 @@ TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
 		{"file://localhost" + root + "/edit/media/a%20b.wav", "edit/media/a b.wav"},
 		{"FILE:" + root + "/edit/media/a%20b.wav", "edit/media/a b.wav"},
 		// Ever shorter ends in the media folders, the first folder first.
-		{"/Volumes/Disk/Project/Audio/deep.wav", "extra/Audio/deep.wav", true},
-		{"file:///C:/Project/Audio/deep.wav", "extra/Audio/deep.wav", true},
-		{"file:///C%3A/Project/Audio/deep.wav", "extra/Audio/deep.wav", true},
-		{"C:\\Project\\Audio\\deep.wav", "extra/Audio/deep.wav", true},
-		{"\\\\server\\share\\flat.wav", "extra/flat.wav", true},
-		{"file://server/share/flat.wav", "extra/flat.wav", true},
-		{"../../flat.wav", "extra/flat.wav", true},
+		{"/Volumes/Disk/Project/Audio/deep.wav", "extra/Audio/deep.wav", eElsewhere},
+		{"file:///C:/Project/Audio/deep.wav", "extra/Audio/deep.wav", eElsewhere},
+		{"file:///C%3A/Project/Audio/deep.wav", "extra/Audio/deep.wav", eElsewhere},
+		{"C:\\Project\\Audio\\deep.wav", "extra/Audio/deep.wav", eElsewhere},
+		{"\\\\server\\share\\flat.wav", "extra/flat.wav", eElsewhere},
+		{"file://server/share/flat.wav", "extra/flat.wav", eElsewhere},
+		{"../../flat.wav", "extra/flat.wav", eElsewhere},
 		{"deep.wav", ""},
 		{"media", ""},
 		{"", ""},
 		{"%00", ""},
-		{"https://example.org/flat.wav", ""},
+		// Addresses of other schemes likewise.
+		{"s3://bucket/Audio/deep.wav", "extra/Audio/deep.wav", eElsewhere},
+		{"s3://bucket/%231.wav", "extra/#1.wav", eElsewhere},
+		{"s3://bucket/#1.wav", "extra/#1.wav", eElsewhere},
+		{"https://example.org/flat.wav?key=a%2Fb#c", "extra/flat.wav", eElsewhere},
+		{"s3://bucket/none.wav", ""},
+		{"https://", ""},
+		// Another case and another form of Unicode, in place and in the media folders; what is nearer goes first.
+		{"Media/A B.WAV", "edit/media/a b.wav", eGuess},
+		{"FLAT.wav", "extra/flat.wav", eGuess},
+		{"s3://bucket/AUDIO/Deep.wav", "extra/Audio/deep.wav", eGuess},
+		{"U\u0308ber.wav", "extra/\u00dcber.wav", eGuess},
+		{"u\u0308BER.wav", "extra/\u00dcber.wav", eGuess},
+		{"\u00e9t\u00e9.wav", "extra/e\u0301t\u00e9.wav", eGuess},
+		{"\xff.wav", ""},
 		{"other.otioz", ""},
 	};
 	MediaFinder const finder(mFolder / "edit", {mFolder / "extra", mFolder / "more"});
@@ -142,10 +167,86 @@ TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
 		SCOPED_TRACE(test.mUrl);
 		FoundMedia const found = finder.Find(test.mUrl);
 		EXPECT_EQ(found.IsFound(), !test.mFile.empty()) << found.mPath << found.mWhyMissing;
-		EXPECT_EQ(!found.mRemark.empty(), test.mIsElsewhere);
+		EXPECT_EQ(found.mRemark.empty(), test.mReported == Case::eSilently);
+		EXPECT_EQ(found.mIsGuess, test.mReported == Case::eAsGuess);
 		if (found.IsFound() && !test.mFile.empty())
 		{
 			EXPECT_TRUE(std::filesystem::equivalent(found.mPath, mFolder / test.mFile)) << found.mPath;
+		}
+	}
+}
+
+TEST_F(OtioFiles, WhereMediaWereLookedForIsKnown)
+{
+	std::filesystem::create_directories(mFolder / "extra");
+	MediaFinder const finder(mFolder, {mFolder / "extra"});
+	FoundMedia const found = finder.Find("Audio/none.wav");
+	EXPECT_EQ(found.mLookedFor, (std::vector<path>{mFolder / "Audio/none.wav",
+									mFolder / "extra/Audio/none.wav", mFolder / "extra/none.wav"}));
+	WriteFile(mFolder / "file", "x");
+	for (char const* const name : {"none", "file"})
+	{
+		EXPECT_THROW(MediaFinder(mFolder, {mFolder / "extra", mFolder / name}), HostError) << name;
+	}
+}
+
+TEST_F(OtioFiles, OfMoviesTheSoundBesideThemOrInMediaFoldersIsTaken)
+{
+	std::string const movie("\0\0\0\x14"
+							"ftypqt  ",
+		12);
+	std::string const soundAlone("\0\0\0\x14"
+								 "ftypM4A ",
+		12);
+	std::string const matroska = "\x1a\x45\xdf\xa3";
+	std::string const sound = ReadFile(kConformance / "media/a.wav");
+	std::filesystem::create_directories(mFolder / "extra");
+	for (auto const& [name, bytes] :
+		Entries{{"alone.mov", movie}, {"content", movie}, {"song.m4a", soundAlone}, {"noise.wav", "noise"},
+			{"beside.MKV", matroska}, {"beside.wav", sound}, {"film.mxf", "?"}, {"extra/film.WAV", sound},
+			{"extra/gone.wav", sound}, {"broken.mp4", movie}, {"broken.wav", "?"}, {"honest.mov", sound}})
+	{
+		WriteFile(mFolder / name, bytes);
+	}
+	struct Case
+	{
+		std::string mUrl;
+		// Empty for missing.
+		std::string mFile;
+		std::string mNote;
+	};
+	std::string const isMovie = "is a movie, and the sound of movies is not read";
+	Case const cases[] = {
+		{"alone.mov", "", isMovie},
+		{"content", "", isMovie},
+		{"broken.mp4", "", isMovie},
+		{"missing.mov", "", "does not exist, and the sound of movies is not read"},
+		{"missing.wav", "", "does not exist; it is silent"},
+		{"song.m4a", "", "cannot be read as sound: "},
+		{"noise.wav", "", "cannot be read as sound: "},
+		{"beside.MKV", "beside.wav", "is taken in its place"},
+		{"file:///C:/Cut/film.mxf", "extra/film.WAV", "is taken in its place"},
+		{"s3://bucket/gone.mov", "extra/gone.wav", "is taken in its place"},
+		// What can be read is no movie, whatever its name.
+		{"honest.mov", "honest.mov", ""},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mUrl);
+		TimelineFile const file(kConformance / "cases/source-range.otio");
+		Timeline timeline = file.GetDocument().mTimelines.front();
+		auto& track = std::get<Track>(timeline.mTracks.mChildren.front().mValue);
+		std::get<Clip>(track.mChildren.front().mValue).mMediaReferences.front().mTargetUrl = test.mUrl;
+		FileMedia media;
+		TimelineSequence const sequence =
+			MakeTimelineSequence(timeline, MediaFinder(mFolder, {mFolder / "extra"}), media);
+		EXPECT_EQ(sequence.mMissing.empty(), !test.mFile.empty());
+		EXPECT_EQ(HasGuesses(sequence.mNotes), !test.mNote.empty());
+		std::string const note = sequence.mNotes.empty() ? "" : sequence.mNotes.front().mText;
+		EXPECT_THAT(note, HasSubstr(test.mNote));
+		if (!test.mFile.empty())
+		{
+			EXPECT_TRUE(std::filesystem::equivalent(sequence.mClips.front().mMedia, mFolder / test.mFile));
 		}
 	}
 }

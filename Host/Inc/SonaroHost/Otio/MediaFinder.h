@@ -1,12 +1,16 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace SonaroHost::Otio
 {
+
+class AlikeNames;
 
 // What became of the search for a clip's media.
 struct FoundMedia
@@ -19,6 +23,8 @@ struct FoundMedia
 	std::string mWhyMissing;
 	// Where the timeline's own place is empty and the file was taken from elsewhere; otherwise empty.
 	std::string mRemark;
+	// Whether the remark is a guess: another file may have been meant.
+	bool mIsGuess = false;
 	// The places that were empty. A file there would be taken the next time.
 	std::vector<std::filesystem::path> mLookedFor = {};
 };
@@ -28,20 +34,42 @@ struct FoundMedia
 // Named   "file:" URLs, percent-encoded, with or without "localhost"; relative URLs; plain paths, those with
 //         drive letters and backslashes too. A path that is there as it stands is never decoded.
 // Order   The place itself, relative ones from the timeline's folder on; then in each media folder the path
-//         as it stands and its ever shorter ends, down to the name of the file.
-// Threads Any; it never changes.
+//         as it stands and its ever shorter ends, down to the name of the file; then the same places again for
+//         a name that differs in the case of letters or in the form of Unicode alone, which is a guess.
+//         Addresses of other schemes, as "s3://bucket/sound/a.wav", are looked for in the media folders.
+// Threads One at a time.
 class MediaFinder
 {
 public:
-	// inFolder: of the timeline.
+	// inFolder: of the timeline. Throws a HostError of the kind eRequest for a media folder that is not there.
 	explicit MediaFinder(
 		std::filesystem::path inFolder, std::vector<std::filesystem::path> inMediaFolders = {});
 
 	FoundMedia Find(std::string_view inUrl) const;
 
+	// A sound file that lies where the URL's file would, or does, and has its name but for the ending: the sound of a
+	// movie. A guess.
+	std::optional<std::filesystem::path> FindSound(std::string_view inUrl) const;
+
 private:
+	// A path below a folder.
+	struct Place
+	{
+		std::filesystem::path GetPath() const { return mFolder / mTail; }
+
+		std::filesystem::path mFolder;
+		std::filesystem::path mTail;
+	};
+
+	// The timeline's own places.
+	std::vector<Place> ListOwn(std::vector<std::filesystem::path> const& inPaths) const;
+	// Those in the media folders.
+	std::vector<Place> ListElsewhere(std::vector<std::filesystem::path> const& inPaths) const;
+	std::optional<std::filesystem::path> FindAlike(std::vector<Place> const& inPlaces) const;
+
 	std::filesystem::path mFolder;
 	std::vector<std::filesystem::path> mMediaFolders;
+	std::shared_ptr<AlikeNames> mAlikeNames;
 };
 
 } // namespace SonaroHost::Otio
