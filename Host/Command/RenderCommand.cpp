@@ -3,6 +3,8 @@
 #include "Console.h"
 #include "OptionGroups.h"
 #include "RenderReport.h"
+#include "RenderedFileRows.h"
+#include "ReportFile.h"
 #include "RunJob.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
@@ -10,7 +12,6 @@
 #include "TimeOption.h"
 
 #include <charconv>
-#include <cmath>
 #include <string_view>
 
 namespace SonaroCommand
@@ -20,9 +21,6 @@ namespace
 {
 
 using namespace SonaroHost;
-
-// More than any recording needs in either direction.
-constexpr double kLargestGainDecibels = 200.0;
 
 [[noreturn]] void Refuse(std::string const& inMessage)
 {
@@ -71,6 +69,7 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 	AddFormatOptions();
 	AddRangeOptions();
 	AddTrackOptions();
+	AddLevelOptions();
 	AddChannelOptions();
 	AddReportOptions();
 	mTimeline.AddOptions();
@@ -138,9 +137,6 @@ void RenderCommand::AddRangeOptions()
 	GetParser()
 		.add_option("--duration", mDuration, "How much of the only input to render, at most to its end")
 		->option_text("TIME");
-	GetParser()
-		.add_option("--gain-db", mGainDecibels, "Decibels to make it louder, or below 0 softer")
-		->option_text("DB");
 	GetParser().add_flag("--reverse", mIsReverse, "The whole from the end to the start");
 	GetParser()
 		.add_option(
@@ -164,13 +160,30 @@ void RenderCommand::AddTrackOptions()
 			"those of "
 			"most of its clips)")
 		->option_text("HZ");
+}
+
+void RenderCommand::AddLevelOptions()
+{
 	GetParser()
-		.add_option("--fade-in", mFadeIn,
-			"Rise from silence at the start, in a straight line of amplitude (sampled every 64 samples, each "
-			"step a ramp of 5 ms)")
+		.add_option("--gain-db", mOptions.mGainDecibels,
+			"Decibels to make it louder, or below 0 softer; not together with --normalize")
+		->option_text("DB");
+	GetParser()
+		.add_option("--normalize", mOptions.mLevels.mNormalizeLoudness,
+			"The loudness that the output gets, such as -16; of a timeline, the mix")
+		->option_text("LUFS");
+	GetParser()
+		.add_option("--limit-dbtp", mOptions.mLevels.mLimitDecibels,
+			"The highest true peak of the output, such as -1 (default: no limit)")
+		->option_text("DB");
+	GetParser()
+		.add_option("--fade-in", mOptions.mFadeIn,
+			"Rise from silence at the start of each file, in a straight line of amplitude (sampled every 64 "
+			"samples, each step a ramp of 5 ms)")
 		->option_text("TIME");
 	GetParser()
-		.add_option("--fade-out", mFadeOut, "Fall to silence at the end; the last sample is silent")
+		.add_option("--fade-out", mOptions.mFadeOut,
+			"Fall to silence at the end of each file; the last sample is silent")
 		->option_text("TIME");
 }
 
@@ -198,6 +211,10 @@ void RenderCommand::AddChannelOptions()
 
 void RenderCommand::AddReportOptions()
 {
+	GetParser()
+		.add_option("--report", mOptions.mReport,
+			"Write as JSON what lies where, how loud it is, and what became of a timeline's parts")
+		->option_text("FILE");
 	GetParser().add_flag("--quiet", mOptions.mIsQuiet, "Tell nothing but warnings and errors");
 	GetParser().add_flag("--json", mOptions.mAsJson, "Print the summary as JSON on the standard output");
 }
@@ -210,8 +227,9 @@ int RenderCommand::Run()
 		return mTimeline.Run(mInputs.front());
 	}
 	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
-	MakeRoomForOutputs({mOptions.mOutput});
+	MakeRoomForOutputs({mOptions.mOutput, mOptions.mReport});
 	ClipRenderJob job(MakeRequest());
+	CheckReport(mOptions, ReportFolder::eIsThere);
 	for (PlannedClip const& clip : job.GetPlan().GetClips())
 	{
 		if (!clip.GetInfo().mStatesLength)
@@ -227,9 +245,9 @@ int RenderCommand::Run()
 void RenderCommand::GroupOptions()
 {
 	GroupByInput(GetParser(),
-		{"--at", "--start", "--duration", "--gain-db", "--reverse", "--as-playback", "--speed", "--fade-in",
-			"--fade-out", "--channels", "--pan", "--mixdown"},
-		{"--range", "--stems", "--normalize", "--limit-dbtp", "--media", "--fades", "--strict", "--report"});
+		{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--channels", "--pan",
+			"--mixdown"},
+		{"--range", "--stems", "--media", "--fades", "--strict"});
 }
 
 void RenderCommand::CheckOptionsFitTimelines()
@@ -250,30 +268,21 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	ClipRenderRequest request;
 	request.mInputs = MakeInputs();
 	request.mOutput = mOptions.mOutput;
+	if (!mOptions.mReport.empty())
+	{
+		request.mOtherOutputs.emplace_back(mOptions.mReport);
+	}
 	request.mContainer = mOptions.ChooseContainer();
 	request.mSamples = mOptions.GetSamples();
 	request.mDither = mOptions.GetDither();
 	request.mLayout = MakeLayoutRequest();
-	// Written so that what is not a number fails it.
-	if (!(std::abs(mGainDecibels) <= kLargestGainDecibels))
-	{
-		Refuse("--gain-db: give decibels from -200 to 200");
-	}
-	if (mGainDecibels != 0.0)
-	{
-		request.mGain = static_cast<float>(std::pow(10.0, mGainDecibels / 20.0));
-	}
+	request.mGain = mOptions.GetGain();
+	request.mLevels = mOptions.mLevels;
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
 	request.mSpeed = mSpeed;
 	request.mSampleRate = mOptions.mSampleRate;
-	if (!mFadeIn.empty())
-	{
-		request.mFadeIn = ParseTime("--fade-in", mFadeIn);
-	}
-	if (!mFadeOut.empty())
-	{
-		request.mFadeOut = ParseTime("--fade-out", mFadeOut);
-	}
+	request.mFadeIn = mOptions.ParseFadeIn();
+	request.mFadeOut = mOptions.ParseFadeOut();
 	request.mBlockFrames = mOptions.mBlockFrames.value_or(request.mBlockFrames);
 	request.mAsPlayback = mIsPlayback;
 	request.mMeasuring = mOptions.mAsJson || !mOptions.mIsQuiet ? Measuring::eOutput : Measuring::eNothing;
@@ -354,16 +363,14 @@ RenderSummary RenderCommand::Render(ClipRenderJob& ioJob) const
 
 void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
 {
-	if (inSummary.GetFile().mClippedSamples > 0)
-	{
-		PrintWarning(std::to_string(inSummary.GetFile().mClippedSamples) + " samples of " +
-					 QuotePath(mOptions.mOutput) + " were clipped at full scale (peak " +
-					 FormatPeak(inSummary.GetFile().mPeak) +
-					 "); lower --gain-db, or write floats with --bits 32f");
-	}
+	WarnOfLevels(inSummary);
 	if (inSummary.mPlayback)
 	{
 		WarnOfMisses(*inSummary.mPlayback);
+	}
+	if (!mOptions.mReport.empty())
+	{
+		WriteReport(mOptions, ReportForMachines(mInputs, inJob, inSummary, mOptions.mLevels));
 	}
 	if (mOptions.mAsJson)
 	{

@@ -25,6 +25,7 @@ private:
 	void AddFormatOptions();
 	void AddRangeOptions();
 	void AddTrackOptions();
+	void AddLevelOptions();
 	void AddChannelOptions();
 	void AddReportOptions();
 	// Under the kinds of inputs that they are for.
@@ -51,11 +52,8 @@ private:
 	std::string mChannels;
 	std::optional<double> mPan;
 	std::string mMixdown;
-	double mGainDecibels = 0.0;
 	bool mIsReverse = false;
 	double mSpeed = 1.0;
-	std::string mFadeIn;
-	std::string mFadeOut;
 	bool mIsPlayback = false;
 };
 

@@ -3,6 +3,9 @@
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/StandardStreams.h"
+#include "TimeOption.h"
+
+#include <cmath>
 
 namespace SonaroCommand
 {
@@ -11,6 +14,9 @@ using namespace SonaroHost;
 
 namespace
 {
+
+// More than any recording needs in either direction.
+constexpr double kLargestGainDecibels = 200.0;
 
 [[noreturn]] void Refuse(std::string const& inMessage)
 {
@@ -68,6 +74,33 @@ std::optional<SN::AudioChannelLayout> RenderOptions::ParseLayout() const
 			   std::to_string(kMaxChannels));
 	}
 	return layout;
+}
+
+float RenderOptions::GetGain() const
+{
+	// Written so that what is not a number fails it.
+	if (!(std::abs(mGainDecibels) <= kLargestGainDecibels))
+	{
+		Refuse("--gain-db: give decibels from -200 to 200");
+	}
+	return mGainDecibels == 0.0 ? 1.0f : static_cast<float>(std::pow(10.0, mGainDecibels / 20.0));
+}
+
+std::optional<TimePosition> RenderOptions::ParseFadeIn() const
+{
+	return mFadeIn.empty() ? std::nullopt : std::optional(ParseTime("--fade-in", mFadeIn));
+}
+
+std::optional<TimePosition> RenderOptions::ParseFadeOut() const
+{
+	return mFadeOut.empty() ? std::nullopt : std::optional(ParseTime("--fade-out", mFadeOut));
+}
+
+Measuring RenderOptions::GetMeasuring() const
+{
+	return !mReport.empty()       ? Measuring::eTracks
+		   : mAsJson || !mIsQuiet ? Measuring::eOutput
+								  : Measuring::eNothing;
 }
 
 } // namespace SonaroCommand

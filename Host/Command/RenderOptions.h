@@ -2,6 +2,8 @@
 
 #include "Sonaro/Types.h"
 #include "SonaroHost/OutputFormat.h"
+#include "SonaroHost/OutputLevels.h"
+#include "SonaroHost/TimePosition.h"
 
 #include <optional>
 #include <string>
@@ -19,6 +21,11 @@ struct RenderOptions
 	std::string mLayout;
 	std::optional<int> mSampleRate;
 	std::optional<unsigned> mBlockFrames;
+	double mGainDecibels = 0.0;
+	std::string mFadeIn;
+	std::string mFadeOut;
+	SonaroHost::OutputLevels mLevels;
+	std::string mReport;
 	bool mKeepsOldFile = false;
 	bool mIsQuiet = false;
 	bool mAsJson = false;
@@ -28,6 +35,13 @@ struct RenderOptions
 	std::optional<SonaroHost::OutputSamples> GetSamples() const;
 	std::optional<SonaroHost::Dither> GetDither() const;
 	std::optional<SN::AudioChannelLayout> ParseLayout() const;
+	// Linear.
+	float GetGain() const;
+	std::optional<SonaroHost::TimePosition> ParseFadeIn() const;
+	std::optional<SonaroHost::TimePosition> ParseFadeOut() const;
+
+	// What is shown or written of it.
+	SonaroHost::Measuring GetMeasuring() const;
 };
 
 } // namespace SonaroCommand

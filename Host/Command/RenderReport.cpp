@@ -3,6 +3,7 @@
 #include "Console.h"
 #include "Json.h"
 #include "Levels.h"
+#include "RenderedFileRows.h"
 #include "SonaroHost/ChannelLayouts.h"
 
 #include <array>
@@ -15,6 +16,9 @@ using namespace SonaroHost;
 
 namespace
 {
+
+// Of the keys of the report: one more for any change that a reader would stumble over.
+constexpr int kReportVersion = 1;
 
 std::string DescribeLoudness(LoudnessReading const& inLoudness)
 {
@@ -69,6 +73,34 @@ Json ListInputs(std::vector<std::string> const& inInputs, ProgrammePlan const& i
 	return list;
 }
 
+void AddPlayback(Json& ioJson, RenderSummary const& inSummary)
+{
+	if (inSummary.mPlayback)
+	{
+		ioJson["playback"]["misses"] = inSummary.mPlayback->mMisses;
+		ioJson["playback"]["missedSamples"] = inSummary.mPlayback->mMissedFrames;
+		ioJson["playback"]["diskLoadPercent"] = inSummary.mPlayback->mReadAhead.mDiskLoadPercent;
+		ioJson["playback"]["batchesGivenUp"] = inSummary.mPlayback->mReadAhead.mGivenUp;
+		ioJson["playback"]["wasBehind"] = inSummary.mPlayback->mReadAhead.mWasBehind;
+	}
+}
+
+// As the report of a timeline lists them. Where they overlap, the later one is heard alone.
+Json ListClips(ProgrammePlan const& inPlan)
+{
+	Json list = Json::array();
+	for (PlannedClip const& clip : inPlan.GetClips())
+	{
+		AudioFileInfo const& info = clip.GetInfo();
+		list.push_back({{"name", info.mPath.filename().string()}, {"status", "heard"},
+			{"firstSample", clip.mPosition}, {"endSample", clip.mPosition + clip.mFrames},
+			{"media", info.mPath.string()}, {"mediaRate", info.mSampleRate},
+			{"firstMediaSample", clip.mFirstFrame}, {"endMediaSample", clip.mFirstFrame + clip.mSourceFrames},
+			{"speed", inPlan.IsReversed() ? -inPlan.GetSpeed() : inPlan.GetSpeed()}});
+	}
+	return list;
+}
+
 } // namespace
 
 std::string FormatPeak(float inPeak)
@@ -88,8 +120,9 @@ std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::str
 		   ", " + std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) +
 		   " " + GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\n" +
 		   DescribeInputs(inInputs, inJob.GetPlan()) + "peak " + FormatPeak(inSummary.GetFile().mPeak) +
-		   (inSummary.GetFile().mLoudness ? DescribeLoudness(*inSummary.GetFile().mLoudness) : "") + "\n" +
-		   speed.data() + "\n" + (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
+		   (inSummary.GetFile().mLoudness ? DescribeLoudness(*inSummary.GetFile().mLoudness) : "") +
+		   DescribeLimiting(inSummary.GetFile()) + "\n" + DescribeNormalizing(inSummary) + speed.data() +
+		   "\n" + (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
 }
 
 std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
@@ -117,14 +150,26 @@ std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::s
 	json["clippedSamples"] = inSummary.GetFile().mClippedSamples;
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
 	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
-	if (inSummary.mPlayback)
-	{
-		json["playback"]["misses"] = inSummary.mPlayback->mMisses;
-		json["playback"]["missedSamples"] = inSummary.mPlayback->mMissedFrames;
-		json["playback"]["diskLoadPercent"] = inSummary.mPlayback->mReadAhead.mDiskLoadPercent;
-		json["playback"]["batchesGivenUp"] = inSummary.mPlayback->mReadAhead.mGivenUp;
-		json["playback"]["wasBehind"] = inSummary.mPlayback->mReadAhead.mWasBehind;
-	}
+	AddPlayback(json, inSummary);
+	return ToText(json);
+}
+
+std::string ReportForMachines(std::vector<std::string> const& inInputs, ClipRenderJob const& inJob,
+	RenderSummary const& inSummary, OutputLevels const& inLevels)
+{
+	Json json;
+	json["schema"] = "sonaro.file-render";
+	json["version"] = kReportVersion;
+	json["inputs"] = ListInputs(inInputs, inJob.GetPlan());
+	json["programme"] = {{"rate", inSummary.mSampleRate}, {"samples", inSummary.GetFrames()},
+		{"seconds", GetRenderedSeconds(inSummary)}, {"layout", GetLayoutName(inJob.GetOutputLayout())}};
+	json["range"] = {{"firstSample", 0}, {"samples", inSummary.GetFrames()}};
+	json["outputs"] = ListFiles(inSummary, inJob.GetOutputLayout(), inSummary.mSampleRate);
+	AddMix(json, inSummary, inLevels);
+	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
+	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
+	AddPlayback(json, inSummary);
+	json["clips"] = ListClips(inJob.GetPlan());
 	return ToText(json);
 }
 

@@ -17,4 +17,9 @@ std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::str
 std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary);
 
+// What --report writes, in the shape that it has for timelines. inLevels: those that were asked for.
+std::string ReportForMachines(std::vector<std::string> const& inInputs,
+	SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary,
+	SonaroHost::OutputLevels const& inLevels);
+
 } // namespace SonaroCommand

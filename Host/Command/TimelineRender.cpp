@@ -2,19 +2,16 @@
 
 #include "Command.h"
 #include "Console.h"
-#include "RenderReport.h"
+#include "RenderedFileRows.h"
+#include "ReportFile.h"
 #include "RunJob.h"
 #include "SonaroHost/HostError.h"
-#include "SonaroHost/OutputFile.h"
 #include "SonaroHost/StandardStreams.h"
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
 #include "TimelineRenderReport.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdio>
 
 namespace SonaroCommand
 {
@@ -24,6 +21,15 @@ namespace
 
 using namespace SonaroHost;
 using namespace SonaroHost::Otio;
+
+constexpr char const* kStrictInMedia = "media";
+
+// Gives the reason against it. A flag without a value comes as "true".
+std::string CheckStrictness(std::string const& inValue)
+{
+	bool const isKnown = inValue == "true" || inValue == "all" || inValue == kStrictInMedia;
+	return isKnown ? "" : "there is no '" + inValue + "'; give --strict=media or --strict=all";
+}
 
 [[noreturn]] void Refuse(std::string const& inMessage)
 {
@@ -42,29 +48,24 @@ void TimelineRender::AddOptions()
 {
 	mParser
 		.add_option("--range", mRange,
-			"The part of a timeline to render: START..END or START+DURATION, in times or timecode, or a "
-			"marker's name")
+			"The part of a timeline to render: START..END, START.., ..END or START+DURATION, in times, "
+			"timecode or "
+			"names of markers, or a marker's name")
 		->option_text("RANGE");
 	mParser
 		.add_option("--stems", mStems,
 			"Write a timeline's track or marker each into a file of its own, in the folder OUTPUT")
 		->option_text("WHAT")
 		->check(CLI::IsMember({"track", "marker"}));
-	mParser
-		.add_option("--normalize", mNormalizeLoudness, "The loudness that a timeline's mix gets, such as -16")
-		->option_text("LUFS");
-	mParser
-		.add_option("--limit-dbtp", mLimitDecibels,
-			"The highest true peak of a timeline's output, such as -1 (default: no limit)")
-		->option_text("DB");
 	AddTimelineOptions(mParser, mMediaFolders, mFades);
-	mParser.add_flag("--strict", mIsStrict,
-		"Write nothing and end with 1 when media of a timeline are missing or something in it was guessed or "
-		"ignored; without it the program ends with 3 when media are missing");
 	mParser
-		.add_option(
-			"--report", mReport, "Write what became of a timeline's parts as JSON; - is the standard output")
-		->option_text("FILE");
+		.add_flag("--strict", mStrict,
+			"Write nothing but the report and end with 1 when media of a timeline are missing "
+			"(--strict=media) or "
+			"also when something in it was guessed or ignored (--strict=all, or --strict alone); without it "
+			"the "
+			"program ends with 3 when media are missing")
+		->check(CheckStrictness);
 }
 
 bool TimelineRender::IsMeant(std::vector<std::string> const& inInputs) const
@@ -80,11 +81,11 @@ bool TimelineRender::IsMeant(std::vector<std::string> const& inInputs) const
 
 int TimelineRender::Run(std::string const& inInput)
 {
-	MakeRoomForOutputs({mShared.mOutput, mReport});
+	MakeRoomForOutputs({mShared.mOutput, mShared.mReport});
 	TimelineRenderJob job(MakeRequest(inInput));
 	WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
-	CheckStrictly(job);
-	CheckReport();
+	CheckReport(mShared, mStems.empty() ? ReportFolder::eIsThere : ReportFolder::eIsMade);
+	CheckStrictly(job, inInput);
 	auto const summary = RunJob(job, job.GetSampleRate(), mShared.mIsQuiet);
 	WarnOfLevels(summary);
 	Report(job, inInput, summary);
@@ -97,9 +98,9 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mInput = inInput;
 	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 	request.mOutput = mShared.mOutput;
-	if (!mReport.empty())
+	if (!mShared.mReport.empty())
 	{
-		request.mOtherOutputs.emplace_back(mReport);
+		request.mOtherOutputs.emplace_back(mShared.mReport);
 	}
 	if (!mStems.empty() && IsStandardStream(mShared.mOutput))
 	{
@@ -115,72 +116,46 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mLayout = mShared.ParseLayout();
 	request.mFadeShape = ParseFades(mFades);
 	request.mRange = mRange;
-	request.mLevels.mNormalizeLoudness = mNormalizeLoudness;
-	request.mLevels.mLimitDecibels = mLimitDecibels;
-	request.mMeasuring = !mReport.empty()                       ? Measuring::eTracks
-						 : mShared.mAsJson || !mShared.mIsQuiet ? Measuring::eOutput
-																: Measuring::eNothing;
+	request.mGain = mShared.GetGain();
+	request.mFadeIn = mShared.ParseFadeIn();
+	request.mFadeOut = mShared.ParseFadeOut();
+	request.mLevels = mShared.mLevels;
+	request.mMeasuring = mShared.GetMeasuring();
 	request.mReplace = !mShared.mKeepsOldFile;
 	request.mBlockFrames = mShared.mBlockFrames.value_or(request.mBlockFrames);
 	return request;
 }
 
-void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob) const
+void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string const& inInput) const
 {
 	std::size_t const missing = inJob.GetSequence().mMissing.size();
-	if (mIsStrict && (missing > 0 || HasGuesses(inJob.GetNotes())))
+	bool const isStrictInAll = mStrict != kStrictInMedia;
+	if (mStrict.empty() || (missing == 0 && !(isStrictInAll && HasGuesses(inJob.GetNotes()))))
 	{
-		throw HostError(
-			HostError::Kind::eInput, "nothing was written, since --strict was given and " +
-										 (missing > 0 ? std::to_string(missing) + " clips have no media"
-													  : std::string("something was guessed or ignored")));
+		return;
 	}
-}
-
-void TimelineRender::CheckReport() const
-{
-	std::filesystem::path const folder = std::filesystem::path(mReport).parent_path();
-	// That of stems may be missing so far.
-	if (!mReport.empty() && (folder.empty() || std::filesystem::is_directory(folder)))
+	std::string const reason = missing > 0 ? std::to_string(missing) + " clips have no media"
+										   : std::string("something was guessed or ignored");
+	if (!mShared.mReport.empty())
 	{
-		OutputFile const file(mReport);
+		WriteReport(mShared, ReportRefusal(inInput, inJob, mShared.mLevels, reason));
 	}
-}
-
-void TimelineRender::WarnOfLevels(TimelineRenderSummary const& inSummary) const
-{
-	for (RenderedFile const& file : inSummary.mFiles)
-	{
-		if (file.mClippedSamples > 0)
-		{
-			PrintWarning(std::to_string(file.mClippedSamples) + " samples of " + QuotePath(file.mPath) +
-						 " were clipped at full scale (peak " + FormatPeak(file.mPeak) +
-						 "); give --limit-dbtp -1, or write floats with --bits 32f");
-		}
-	}
-	constexpr double kTolerance = 0.1;
-	if (std::fabs(inSummary.mLoudnessError) > kTolerance)
-	{
-		std::array<char, 96> text{};
-		std::snprintf(text.data(), text.size(), "with the limiter the loudness stays %.1f LU %s --normalize",
-			std::fabs(inSummary.mLoudnessError), inSummary.mLoudnessError < 0.0 ? "below" : "above");
-		PrintWarning(text.data());
-	}
+	throw HostError(HostError::Kind::eInput,
+		(mShared.mReport.empty() ? "nothing was written" : "nothing but the report was written") +
+			std::string(", since ") + (isStrictInAll ? "--strict" : "--strict=media") + " was given and " +
+			reason);
 }
 
 void TimelineRender::Report(
 	TimelineRenderJob const& inJob, std::string const& inInput, TimelineRenderSummary const& inSummary) const
 {
-	if (!mReport.empty())
+	if (!mShared.mReport.empty())
 	{
-		std::string const text = ReportForMachines(inInput, inJob, inSummary, mNormalizeLoudness);
-		OutputFile file(mReport);
-		file.Write(text.data(), static_cast<std::int64_t>(text.size()));
-		file.Commit();
+		WriteReport(mShared, ReportForMachines(inInput, inJob, inSummary, mShared.mLevels));
 	}
 	if (mShared.mAsJson)
 	{
-		PrintResult(SummarizeForMachines(inInput, inJob, inSummary, mNormalizeLoudness));
+		PrintResult(SummarizeForMachines(inInput, inJob, inSummary, mShared.mLevels));
 	}
 	else if (!mShared.mIsQuiet)
 	{

@@ -29,23 +29,19 @@ public:
 
 private:
 	SonaroHost::Otio::TimelineRenderRequest MakeRequest(std::string const& inInput) const;
-	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob) const;
-	// That it can be written, before the work begins.
-	void CheckReport() const;
+	// Throws a HostError when --strict forbids the render, after writing its report.
+	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput) const;
 	void Report(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
 		SonaroHost::Otio::TimelineRenderSummary const& inSummary) const;
-	void WarnOfLevels(SonaroHost::Otio::TimelineRenderSummary const& inSummary) const;
 
 	CLI::App& mParser;
 	RenderOptions const& mShared;
 	std::string mRange;
 	std::string mStems;
-	std::optional<double> mNormalizeLoudness;
-	std::optional<double> mLimitDecibels;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;
-	bool mIsStrict = false;
-	std::string mReport;
+	// Empty without it.
+	std::string mStrict;
 };
 
 } // namespace SonaroCommand

@@ -4,6 +4,7 @@
 #include "Json.h"
 #include "Levels.h"
 #include "RenderReport.h"
+#include "RenderedFileRows.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/TimePosition.h"
 #include "TimelineNotes.h"
@@ -71,11 +72,7 @@ std::string DescribeFile(
 		text += ", true peak " + FormatDecibels(ToDecibels(inFile.mLoudness->mTruePeak), 2) +
 				" dBTP, loudness " + FormatDecibels(inFile.mLoudness->mIntegrated, 1) + " LUFS";
 	}
-	if (inFile.mSmallestLimiterGain < 1.0)
-	{
-		text += ", limited by up to " + FormatDecibels(-ToDecibels(inFile.mSmallestLimiterGain), 1) + " dB";
-	}
-	return text + "\n";
+	return text + DescribeLimiting(inFile) + "\n";
 }
 
 double GetRealTimeFactor(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
@@ -84,42 +81,8 @@ double GetRealTimeFactor(TimelineRenderJob const& inJob, TimelineRenderSummary c
 	return inSummary.mElapsedSeconds > 0.0 ? seconds / inSummary.mElapsedSeconds : 0.0;
 }
 
-Json ListFiles(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
-{
-	Json list = Json::array();
-	for (RenderedFile const& file : inSummary.mFiles)
-	{
-		Json json;
-		json["path"] = file.mPath.string();
-		if (!file.mName.empty())
-		{
-			json["name"] = file.mName;
-		}
-		json["format"] = GetName(inSummary.mFormat.mContainer);
-		json["encoding"] = GetName(inSummary.mFormat.mSamples);
-		json["dither"] = inSummary.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
-		json["layout"] = GetLayoutName(inJob.GetOutputLayout());
-		json["rate"] = inJob.GetSampleRate();
-		json["firstSample"] = file.mRange.mFirstFrame;
-		json["samples"] = file.mRange.mFrames;
-		if (file.mTimeReference && inSummary.mFormat.mContainer == OutputContainer::eWav)
-		{
-			json["timeReference"] = *file.mTimeReference;
-		}
-		json["peak"] = file.mPeak;
-		if (file.mLoudness)
-		{
-			AddLoudness(json, *file.mLoudness);
-		}
-		json["clippedSamples"] = file.mClippedSamples;
-		json["limiterReductionDb"] = 0.0 - ToDecibels(file.mSmallestLimiterGain);
-		list.push_back(std::move(json));
-	}
-	return list;
-}
-
 Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob,
-	TimelineRenderSummary const& inSummary, std::optional<double> const& inNormalize)
+	TimelineRenderSummary const& inSummary, OutputLevels const& inLevels)
 {
 	Json json;
 	json["schema"] = "sonaro.timeline-render";
@@ -127,16 +90,8 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob,
 	json["input"] = inInput;
 	json["programme"] = DescribeProgramme(inJob.GetSequence());
 	json["range"] = {{"firstSample", inJob.GetRange().mFirstFrame}, {"samples", inJob.GetRange().mFrames}};
-	json["outputs"] = ListFiles(inJob, inSummary);
-	if (inSummary.mMix)
-	{
-		AddLoudness(json["mix"], *inSummary.mMix);
-	}
-	if (inNormalize)
-	{
-		json["normalizing"] = {{"targetLufs", *inNormalize},
-			{"gainDb", ToDecibels(inSummary.mNormalizingGain)}, {"errorLu", inSummary.mLoudnessError}};
-	}
+	json["outputs"] = ListFiles(inSummary, inJob.GetOutputLayout(), inJob.GetSampleRate());
+	AddMix(json, inSummary, inLevels);
 	json["missing"] = ListMissing(inJob.GetSequence().mMissing);
 	json["notes"] = ListNotes(inJob.GetNotes());
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
@@ -190,6 +145,20 @@ void AddLatencies(Json& ioClips, Sequence::GraphReport const& inReport)
 	}
 }
 
+Json Report(std::string const& inInput, TimelineRenderJob const& inJob,
+	TimelineRenderSummary const& inSummary, OutputLevels const& inLevels)
+{
+	Json json = Summarize(inInput, inJob, inSummary, inLevels);
+	json["tracks"] = ListTracks(inJob, inSummary);
+	json["clips"] = ListClips(inJob.GetSequence().mClips);
+	if (!inSummary.mFiles.empty())
+	{
+		AddLatencies(json["clips"], inSummary.mGraph);
+	}
+	json["markers"] = ListMarkers(inJob.GetSequence());
+	return json;
+}
+
 } // namespace
 
 std::string SummarizeForPeople(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
@@ -199,11 +168,7 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, TimelineRenderSum
 	{
 		text += DescribeFile(inJob, file, inSummary.mFormat);
 	}
-	text += MakeLoudnessTable(inJob, inSummary);
-	if (inSummary.mNormalizingGain != 1.0)
-	{
-		text += "normalized by " + FormatDecibels(ToDecibels(inSummary.mNormalizingGain), 2) + " dB\n";
-	}
+	text += MakeLoudnessTable(inJob, inSummary) + DescribeNormalizing(inSummary);
 	std::array<char, 64> speed{};
 	std::snprintf(speed.data(), speed.size(), "%.0f times faster than real time\n",
 		GetRealTimeFactor(inJob, inSummary));
@@ -211,19 +176,22 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, TimelineRenderSum
 }
 
 std::string SummarizeForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
-	TimelineRenderSummary const& inSummary, std::optional<double> const& inNormalize)
+	TimelineRenderSummary const& inSummary, OutputLevels const& inLevels)
 {
-	return ToText(Summarize(inInput, inJob, inSummary, inNormalize));
+	return ToText(Summarize(inInput, inJob, inSummary, inLevels));
 }
 
 std::string ReportForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
-	TimelineRenderSummary const& inSummary, std::optional<double> const& inNormalize)
+	TimelineRenderSummary const& inSummary, OutputLevels const& inLevels)
 {
-	Json json = Summarize(inInput, inJob, inSummary, inNormalize);
-	json["tracks"] = ListTracks(inJob, inSummary);
-	json["clips"] = ListClips(inJob.GetSequence().mClips);
-	AddLatencies(json["clips"], inSummary.mGraph);
-	json["markers"] = ListMarkers(inJob.GetSequence());
+	return ToText(Report(inInput, inJob, inSummary, inLevels));
+}
+
+std::string ReportRefusal(std::string const& inInput, TimelineRenderJob const& inJob,
+	OutputLevels const& inLevels, std::string const& inReason)
+{
+	Json json = Report(inInput, inJob, {}, inLevels);
+	json["refused"] = inReason;
 	return ToText(json);
 }
 

@@ -1,6 +1,7 @@
 #include "ClipRenderer.h"
 
 #include "ClipTrack.h"
+#include "SignsOfZeros.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -10,29 +11,6 @@
 
 namespace SonaroHost
 {
-
-namespace
-{
-
-// A fader that is closed gives silence for a whole block of it, and the samples' signs with it for a part: so
-// that blocks of any size are alike, every zero is a positive one.
-void DropSignsOfZeros(dsp::AudioBuffer& ioBlock)
-{
-	for (unsigned channel = 0; channel < ioBlock.GetNumChannels(); ++channel)
-	{
-		if (ioBlock.IsChannelSilent(channel))
-		{
-			continue;
-		}
-		float* const samples = ioBlock.GetChannel(channel);
-		for (unsigned i = 0; i < ioBlock.GetUseSize(); ++i)
-		{
-			samples[i] += 0.0f;
-		}
-	}
-}
-
-} // namespace
 
 ClipRenderer::ClipRenderer(
 	ClipRenderRequest const& inRequest, ProgrammePlan const& inPlan, std::stop_token inStop)

@@ -8,8 +8,6 @@
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/TimeTransforms.h"
 
-#include <cmath>
-
 namespace SonaroHost
 {
 
@@ -19,7 +17,6 @@ namespace
 using Generator = SN::InterfaceRef<SN::IAudioGenerator>;
 using Context = SN::InterfaceRef<SN::IAudioRenderContext>;
 
-constexpr double kFaderRampSeconds = 0.005;
 // Of the media itself; items play it at others.
 constexpr double kNormalSpeed = 1.0;
 
@@ -99,14 +96,7 @@ SN::AudioTrackRenderableItemList LayItems(Context const& inContext, ProgrammePla
 SN::InterfaceRef<SN::IAudioProcessor> MakeFader(Context const& inContext, ProgrammePlan const& inPlan)
 {
 	SN::FrameRate const frameRate = inPlan.GetFrameRate();
-	auto const gain = AutomationParameter<float>::Create(1.0f);
-	if (!inPlan.GetFades().IsNone())
-	{
-		auto const ramp =
-			static_cast<std::int64_t>(std::ceil(frameRate.GetSamplesPerSecond() * kFaderRampSeconds));
-		gain->SetCurve(
-			MakeFadeCurve(inPlan.GetFades(), inPlan.GetFrames(), ramp + kControlInterval, frameRate));
-	}
+	auto const gain = MakeFadeGain(inPlan.GetFades(), {0, inPlan.GetFrames()}, frameRate);
 	SN::InterfaceRef<SN::IAudioProcessor> fader;
 	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioFaderRenderer(
 						  inContext, frameRate, {gain, AutomationParameter<bool>::Create(false)}, &fader),

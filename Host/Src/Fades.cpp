@@ -1,21 +1,39 @@
 #include "SonaroHost/Fades.h"
 
+#include "SonaroHost/RenderContextScope.h"
+
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <utility>
 #include <vector>
 
 namespace SonaroHost
 {
 
+namespace
+{
+
+constexpr double kFaderRampSeconds = 0.005;
+
+// By which a fader is late: it asks at the start of a control block, and ramps.
+std::int64_t GetLagFrames(SN::FrameRate const& inFrameRate)
+{
+	auto const ramp =
+		static_cast<std::int64_t>(std::ceil(inFrameRate.GetSamplesPerSecond() * kFaderRampSeconds));
+	return ramp + kControlInterval;
+}
+
 std::shared_ptr<AutomationCurve const> MakeFadeCurve(
-	Fades const& inFades, std::int64_t inFrames, std::int64_t inLagFrames, SN::FrameRate const& inFrameRate)
+	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate)
 {
 	std::vector<AutomationPoint> points;
-	auto const add = [&](std::int64_t inFrame, double inGain) {
-		points.push_back({SN::TickTime(inFrame, inFrameRate), inGain, Interpolation::eLinear});
+	auto const add = [&](std::int64_t inFrame, double inGain)
+	{
+		points.push_back(
+			{SN::TickTime(inRange.mFirstFrame + inFrame, inFrameRate), inGain, Interpolation::eLinear});
 	};
-	std::int64_t const end = std::max<std::int64_t>(inFrames - inLagFrames, 1);
+	std::int64_t const end = std::max<std::int64_t>(inRange.mFrames - GetLagFrames(inFrameRate), 1);
 	std::int64_t const outStart = end - inFades.mOut;
 	if (inFades.mIn > 0 && inFades.mOut > 0 && outStart < inFades.mIn)
 	{
@@ -37,6 +55,19 @@ std::shared_ptr<AutomationCurve const> MakeFadeCurve(
 		add(end, 0.0);
 	}
 	return std::make_shared<AutomationCurve const>(std::move(points));
+}
+
+} // namespace
+
+SN::InterfaceRef<AutomationParameter<float>> MakeFadeGain(
+	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate)
+{
+	auto gain = AutomationParameter<float>::Create(1.0f);
+	if (!inFades.IsNone())
+	{
+		gain->SetCurve(MakeFadeCurve(inFades, inRange, inFrameRate));
+	}
+	return gain;
 }
 
 } // namespace SonaroHost

@@ -3,7 +3,6 @@
 #include "SonaroHost/HostError.h"
 
 #include <algorithm>
-#include <string>
 
 namespace SonaroHost
 {
@@ -43,6 +42,18 @@ FrameRange ChooseRange(
 		Refuse("the duration is less than a sample; there is nothing to render");
 	}
 	return range;
+}
+
+Fades ChooseFades(std::optional<TimePosition> const& inFadeIn, std::optional<TimePosition> const& inFadeOut,
+	std::int64_t inFrames, int inSampleRate, std::string const& inWhat)
+{
+	Fades const fades{
+		inFadeIn ? inFadeIn->ToSamples(inSampleRate) : 0, inFadeOut ? inFadeOut->ToSamples(inSampleRate) : 0};
+	if (fades.mIn > inFrames - fades.mOut)
+	{
+		Refuse("the fades take longer than the " + FormatTime(inFrames, inSampleRate) + " of " + inWhat);
+	}
+	return fades;
 }
 
 } // namespace SonaroHost

@@ -85,6 +85,7 @@ LayoutPlan MakeLayoutPlan(PlannedClip const& inClip, LayoutRequest const& inRequ
 
 ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	: mGain(inRequest.mGain),
+	  mSpeed(inRequest.mSpeed),
 	  mIsReversed(inRequest.mDirection == RenderDirection::eReverse)
 {
 	if (inRequest.mInputs.empty())
@@ -104,7 +105,7 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	ChooseSampleRate(inRequest);
 	ChooseLayouts(inRequest.mLayout);
 	PlaceClips(inRequest);
-	ChooseFades(inRequest);
+	mFades = ChooseFades(inRequest.mFadeIn, inRequest.mFadeOut, mFrames, mSampleRate);
 }
 
 bool ProgrammePlan::IsResampled() const
@@ -204,16 +205,6 @@ void ProgrammePlan::PlaceClips(ClipRenderRequest const& inRequest)
 		{
 			clip.mPosition = mFrames - clip.mPosition - clip.mFrames;
 		}
-	}
-}
-
-void ProgrammePlan::ChooseFades(ClipRenderRequest const& inRequest)
-{
-	mFades.mIn = inRequest.mFadeIn ? inRequest.mFadeIn->ToSamples(mSampleRate) : 0;
-	mFades.mOut = inRequest.mFadeOut ? inRequest.mFadeOut->ToSamples(mSampleRate) : 0;
-	if (mFades.mIn > mFrames - mFades.mOut)
-	{
-		Refuse("the fades take longer than the " + FormatTime(mFrames, mSampleRate) + " of the output");
 	}
 }
 

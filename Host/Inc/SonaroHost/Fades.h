@@ -1,9 +1,9 @@
 #pragma once
 
-#include "SonaroHost/AutomationCurve.h"
+#include "SonaroHost/AutomationParameter.h"
+#include "SonaroHost/ProgrammeRange.h"
 
 #include <cstdint>
-#include <memory>
 
 namespace SonaroHost
 {
@@ -17,9 +17,9 @@ struct Fades
 	bool IsNone() const { return mIn == 0 && mOut == 0; }
 };
 
-// The gain of a fader that fades a programme of inFrames frames, in straight lines of amplitude. The fader
-// follows its parameter by inLagFrames; so the way out is that much early, and the last sample is silent.
-std::shared_ptr<AutomationCurve const> MakeFadeCurve(
-	Fades const& inFades, std::int64_t inFrames, std::int64_t inLagFrames, SN::FrameRate const& inFrameRate);
+// The gain for an engine's fader that fades a range of what it hears, in straight lines of amplitude. The fader
+// follows it late; so the way out is that much early, and the range's last sample is silent.
+SN::InterfaceRef<AutomationParameter<float>> MakeFadeGain(
+	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate);
 
 } // namespace SonaroHost

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "SonaroHost/AudioFileInfo.h"
+#include "SonaroHost/Fades.h"
 #include "SonaroHost/TimePosition.h"
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 namespace SonaroHost
 {
@@ -19,5 +21,10 @@ struct FrameRange
 // The range of a file that is asked for, at most to its end. Throws a HostError when there is nothing in it.
 FrameRange ChooseRange(
 	AudioFileInfo const& inInfo, TimePosition const& inStart, std::optional<TimePosition> const& inDuration);
+
+// The fades of so many frames that a file is to get. Throws a HostError, which calls the file inWhat, when they are
+// longer together.
+Fades ChooseFades(std::optional<TimePosition> const& inFadeIn, std::optional<TimePosition> const& inFadeOut,
+	std::int64_t inFrames, int inSampleRate, std::string const& inWhat = "the output");
 
 } // namespace SonaroHost

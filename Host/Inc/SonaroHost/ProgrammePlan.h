@@ -51,6 +51,8 @@ public:
 	// The clips are reversed and in the order of the reversed programme already.
 	bool IsReversed() const { return mIsReversed; }
 	float GetGain() const { return mGain; }
+	// As it was asked for, of the whole.
+	double GetSpeed() const { return mSpeed; }
 	bool IsResampled() const;
 	// Each sample of the output is one of an input or zero.
 	bool KeepsSamples() const;
@@ -60,13 +62,13 @@ private:
 	void ChooseLayouts(LayoutRequest const& inRequest);
 	void ChooseReadingSpeed(PlannedClip& ioClip, double inSpeed) const;
 	void PlaceClips(ClipRenderRequest const& inRequest);
-	void ChooseFades(ClipRenderRequest const& inRequest);
 
 	std::vector<PlannedClip> mClips;
 	int mSampleRate = 0;
 	std::int64_t mFrames = 0;
 	Fades mFades;
 	float mGain = 1.0f;
+	double mSpeed = 1.0;
 	bool mIsReversed = false;
 };
 

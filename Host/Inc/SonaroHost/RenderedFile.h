@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SonaroHost/Fades.h"
 #include "SonaroHost/LoudnessMeter.h"
 #include "SonaroHost/OutputFormat.h"
 #include "SonaroHost/ProgrammeRange.h"
@@ -24,6 +25,8 @@ struct RenderedFile
 	std::optional<std::size_t> mOnlyChild;
 	// In the programme.
 	ProgrammeRange mRange;
+	// At the ends of that range.
+	Fades mFades;
 	// What a WAV carries as its place in time, in samples since midnight.
 	std::optional<std::int64_t> mTimeReference;
 	// Of the samples before rounding; linear, 1 being full scale.

@@ -77,8 +77,7 @@ void TimelineRenderJob::CheckNumbers() const
 		Refuse("a block has 1 to " + std::to_string(kMaxBlockFrames) + " samples, not " +
 			   std::to_string(mRequest.mBlockFrames));
 	}
-	constexpr float kOwnGain = 1.0f;
-	CheckLevels(mRequest.mLevels, kOwnGain);
+	CheckLevels(mRequest.mLevels, mRequest.mGain);
 }
 
 void TimelineRenderJob::ChooseFormat()
@@ -135,6 +134,8 @@ void TimelineRenderJob::PlanFiles()
 		planned.mOnlyChild = stem.mOnlyChild;
 		planned.mName = stem.mName;
 		planned.mRange = stem.mRange;
+		planned.mFades = ChooseFades(mRequest.mFadeIn, mRequest.mFadeOut, stem.mRange.mFrames,
+			GetSampleRate(), stem.mName.empty() ? "the output" : "\"" + stem.mName + "\"");
 		planned.mPath = mRequest.mStems == Stems::eNone
 							? mRequest.mOutput
 							: mRequest.mOutput / MakeStemName(mFiles.size() - 1, stems.size(), stem.mName,
@@ -175,7 +176,8 @@ std::optional<TimelineRenderSummary> TimelineRenderJob::Run(
 	TimelineOptions options = MakeOptions(mRequest);
 	options.mSampleRate = mSequence.mSampleRate;
 	options.mLayout = GetOutputLayout();
-	TimelineRenderer renderer(mInput, std::move(options), mRequest.mBlockFrames, inStop);
+	TimelineRenderer renderer(
+		mInput, std::move(options), {mSequence.mFirstFrame, mRequest.mBlockFrames}, inStop);
 	auto const render = [&renderer](RenderPass const& inPass, RenderPasses::Sink const& inSink)
 	{ return renderer.Render(inPass, inSink); };
 	auto files = RenderPasses(MakePlan(), render, inProgress).Run();
@@ -196,9 +198,15 @@ RenderPlan TimelineRenderJob::MakePlan() const
 	plan.mSampleRate = GetSampleRate();
 	plan.mLayout = GetOutputLayout();
 	plan.mFormat = mFormat;
+	plan.mGain = mRequest.mGain;
 	plan.mLevels = mRequest.mLevels;
 	plan.mMeasuring = mRequest.mMeasuring;
 	plan.mMix.mRange = mRange;
+	if (mRequest.mStems != Stems::eMarkers)
+	{
+		// All stems of tracks have those of the mix.
+		plan.mMix.mFades = mFiles.front().mFades;
+	}
 	plan.mFiles = mFiles;
 	plan.mWritesMix = mRequest.mStems == Stems::eNone;
 	return plan;

@@ -1,5 +1,6 @@
 #include "TimelineRenderer.h"
 
+#include "../SignsOfZeros.h"
 #include "TimelinePass.h"
 #include "TrackMeters.h"
 
@@ -9,18 +10,25 @@ namespace SonaroHost::Otio
 {
 
 TimelineRenderer::TimelineRenderer(
-	TimelineInput& ioInput, TimelineOptions inOptions, unsigned inBlockFrames, std::stop_token inStop)
+	TimelineInput& ioInput, TimelineOptions inOptions, Frames inFrames, std::stop_token inStop)
 	: mInput(ioInput),
 	  mOptions(std::move(inOptions)),
-	  mBlockFrames(inBlockFrames),
+	  mFrames(inFrames),
 	  mStop(std::move(inStop))
 {
 }
 
 bool TimelineRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const& inSink)
 {
+	RenderedFile const& file = inPass.mFile;
 	TimelineOptions options = mOptions;
-	options.mOnlyChild = inPass.mFile.mOnlyChild;
+	options.mOnlyChild = file.mOnlyChild;
+	if (!file.mFades.IsNone())
+	{
+		options.mMasterGain =
+			MakeFadeGain(file.mFades, {mFrames.mFirst + file.mRange.mFirstFrame, file.mRange.mFrames},
+				SN::FrameRate::FromSamplesPerSecond(*options.mSampleRate));
+	}
 	TrackMeters meters;
 	if (inPass.mMeasuresTracks)
 	{
@@ -28,10 +36,17 @@ bool TimelineRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const
 	}
 	TimelineSequence const sequence = mInput.MakeSequence(options);
 	TimelinePass pass;
-	pass.mRange = inPass.mFile.mRange;
-	pass.mBlockFrames = mBlockFrames;
+	pass.mRange = file.mRange;
+	pass.mBlockFrames = mFrames.mOfBlock;
 	pass.mBegin = [&] { meters.Begin(SN::FrameRate::FromSamplesPerSecond(sequence.mSampleRate)); };
-	pass.mSink = inSink;
+	pass.mSink = [&](dsp::AudioBuffer& ioBlock)
+	{
+		if (!file.mFades.IsNone())
+		{
+			DropSignsOfZeros(ioBlock);
+		}
+		inSink(ioBlock);
+	};
 	auto report = RunPass(sequence, mInput.GetMedia(), pass, mStop);
 	if (!report)
 	{

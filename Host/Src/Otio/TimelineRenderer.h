@@ -4,7 +4,10 @@
 #include "SonaroHost/Otio/TimelineInput.h"
 #include "SonaroHost/Otio/TimelineRenderJob.h"
 
+#include <cstdint>
+#include <optional>
 #include <stop_token>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -13,9 +16,16 @@ namespace SonaroHost::Otio
 class TimelineRenderer
 {
 public:
+	struct Frames
+	{
+		// Of the programme, within the description.
+		std::int64_t mFirst = 0;
+		unsigned mOfBlock = 0;
+	};
+
 	// inOptions: of the mix, with rate and layout.
 	TimelineRenderer(
-		TimelineInput& ioInput, TimelineOptions inOptions, unsigned inBlockFrames, std::stop_token inStop);
+		TimelineInput& ioInput, TimelineOptions inOptions, Frames inFrames, std::stop_token inStop);
 
 	// As RenderPasses::Renderer has it.
 	bool Render(RenderPass const& inPass, RenderPasses::Sink const& inSink);
@@ -26,7 +36,7 @@ public:
 private:
 	TimelineInput& mInput;
 	TimelineOptions mOptions;
-	unsigned mBlockFrames;
+	Frames mFrames;
 	std::stop_token mStop;
 	std::vector<std::optional<LoudnessReading>> mTracks;
 	Sequence::GraphReport mGraph;

@@ -194,7 +194,7 @@ private:
 			track.mItems.push_back(std::move(*item));
 			description->mTracks.push_back(std::move(track));
 		}
-		AddMeter(*description);
+		AddOptions(*description);
 		return description;
 	}
 
@@ -213,11 +213,15 @@ private:
 	void FinishMaster(Sequence::Description& ioDescription, CurveSite const& inSite)
 	{
 		ioDescription.mMaster.mStages = MakeFaders(mStack, inSite);
-		AddMeter(ioDescription);
+		AddOptions(ioDescription);
 	}
 
-	void AddMeter(Sequence::Description& ioDescription) const
+	void AddOptions(Sequence::Description& ioDescription) const
 	{
+		if (mOptions.mMasterGain)
+		{
+			ioDescription.mMaster.mStages.push_back(Sequence::Fader{mOptions.mMasterGain, {}});
+		}
 		if (mOptions.mMasterMeter)
 		{
 			ioDescription.mMaster.mStages.push_back(Sequence::Meter{mOptions.mMasterMeter});

@@ -3,6 +3,7 @@
 #include "SonaroHost/Otio/TimelineSequence.h"
 #include "SonaroHost/OutputFormat.h"
 #include "SonaroHost/OutputLevels.h"
+#include "SonaroHost/TimePosition.h"
 
 #include <filesystem>
 #include <optional>
@@ -46,6 +47,11 @@ struct TimelineRenderRequest
 	// As FindRange reads it; empty for all.
 	std::string mRange;
 	Stems mStems = Stems::eNone;
+	// Linear, of each file alike; at 1, samples pass bit for bit.
+	float mGain = 1.0f;
+	// From silence at the start of each file, and to silence at its end; together at most as long as the file.
+	std::optional<TimePosition> mFadeIn;
+	std::optional<TimePosition> mFadeOut;
 	OutputLevels mLevels;
 
 	Measuring mMeasuring = Measuring::eNothing;

@@ -34,6 +34,9 @@ struct TimelineOptions
 	std::function<SN::InterfaceRef<SN::IAudioMeterSetter>(TrackRow const&)> mMakeMeter;
 	// The same for the sum.
 	SN::InterfaceRef<SN::IAudioMeterSetter> mMasterMeter;
+	// A gain of the sum, after the timeline's own and before its meter, with curves in the description's time; empty
+	// for none.
+	Sequence::NumberParameter mMasterGain;
 };
 
 // A timeline as a sequence that a graph can be made of, and what is to be told of it.

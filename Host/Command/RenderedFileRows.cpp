@@ -1,0 +1,102 @@
+#include "RenderedFileRows.h"
+
+#include "Console.h"
+#include "Levels.h"
+#include "RenderReport.h"
+#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/HostError.h"
+#include "TimelineRows.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <utility>
+
+namespace SonaroCommand
+{
+
+using namespace SonaroHost;
+
+Json ListFiles(RenderedFiles const& inFiles, SN::AudioChannelLayout const& inLayout, int inSampleRate)
+{
+	Json list = Json::array();
+	for (RenderedFile const& file : inFiles.mFiles)
+	{
+		Json json;
+		json["path"] = file.mPath.string();
+		if (!file.mName.empty())
+		{
+			json["name"] = file.mName;
+		}
+		json["format"] = GetName(inFiles.mFormat.mContainer);
+		json["encoding"] = GetName(inFiles.mFormat.mSamples);
+		json["dither"] = inFiles.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
+		json["layout"] = GetLayoutName(inLayout);
+		json["rate"] = inSampleRate;
+		json["firstSample"] = file.mRange.mFirstFrame;
+		json["samples"] = file.mRange.mFrames;
+		if (file.mTimeReference && inFiles.mFormat.mContainer == OutputContainer::eWav)
+		{
+			json["timeReference"] = *file.mTimeReference;
+		}
+		json["peak"] = file.mPeak;
+		if (file.mLoudness)
+		{
+			AddLoudness(json, *file.mLoudness);
+		}
+		json["clippedSamples"] = file.mClippedSamples;
+		json["limiterReductionDb"] = 0.0 - ToDecibels(file.mSmallestLimiterGain);
+		list.push_back(std::move(json));
+	}
+	return list;
+}
+
+void AddMix(Json& ioJson, RenderedFiles const& inFiles, OutputLevels const& inLevels)
+{
+	if (inFiles.mMix)
+	{
+		AddLoudness(ioJson["mix"], *inFiles.mMix);
+	}
+	if (inLevels.mNormalizeLoudness && !inFiles.mFiles.empty())
+	{
+		ioJson["normalizing"] = {{"targetLufs", *inLevels.mNormalizeLoudness},
+			{"gainDb", ToDecibels(inFiles.mNormalizingGain)}, {"errorLu", inFiles.mLoudnessError}};
+	}
+}
+
+std::string DescribeLimiting(RenderedFile const& inFile)
+{
+	return inFile.mSmallestLimiterGain < 1.0
+			   ? ", limited by up to " + FormatDecibels(-ToDecibels(inFile.mSmallestLimiterGain), 1) + " dB"
+			   : "";
+}
+
+std::string DescribeNormalizing(RenderedFiles const& inFiles)
+{
+	return inFiles.mNormalizingGain != 1.0
+			   ? "normalized by " + FormatDecibels(ToDecibels(inFiles.mNormalizingGain), 2) + " dB\n"
+			   : "";
+}
+
+void WarnOfLevels(RenderedFiles const& inFiles)
+{
+	for (RenderedFile const& file : inFiles.mFiles)
+	{
+		if (file.mClippedSamples > 0)
+		{
+			PrintWarning(std::to_string(file.mClippedSamples) + " samples of " + QuotePath(file.mPath) +
+						 " were clipped at full scale (peak " + FormatPeak(file.mPeak) +
+						 "); lower --gain-db, give --limit-dbtp -1, or write floats with --bits 32f");
+		}
+	}
+	constexpr double kTolerance = 0.1;
+	if (std::fabs(inFiles.mLoudnessError) > kTolerance)
+	{
+		std::array<char, 96> text{};
+		std::snprintf(text.data(), text.size(), "with the limiter the loudness stays %.1f LU %s --normalize",
+			std::fabs(inFiles.mLoudnessError), inFiles.mLoudnessError < 0.0 ? "below" : "above");
+		PrintWarning(text.data());
+	}
+}
+
+} // namespace SonaroCommand
