@@ -169,6 +169,10 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, TimelineRenderSum
 		text += DescribeFile(inJob, file, inSummary.mFormat);
 	}
 	text += MakeLoudnessTable(inJob, inSummary) + DescribeNormalizing(inSummary);
+	for (Note const& note : inJob.GetRangeNotes())
+	{
+		text += note.mText + "\n";
+	}
 	std::array<char, 64> speed{};
 	std::snprintf(speed.data(), speed.size(), "%.0f times faster than real time\n",
 		GetRealTimeFactor(inJob, inSummary));

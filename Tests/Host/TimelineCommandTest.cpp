@@ -135,6 +135,15 @@ protected:
 			[](std::string const& inName) { return inName.starts_with(".out.wav.sonaro-"); });
 	}
 
+	// Of a sound file.
+	Sound RenderFile(std::string const& inFile, Words inOptions)
+	{
+		inOptions.insert(inOptions.begin(), {"render", inFile, "-o", "file.wav", "--quiet"});
+		ProgramResult const result = Run(inOptions);
+		EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
+		return ReadSound(mFolder / "file.wav");
+	}
+
 	static constexpr std::size_t kImpulse = 20000;
 
 	TemporaryFolder mFolder;
@@ -182,6 +191,14 @@ TEST_F(TimelineCommandTest, ExitCodesTellWhatBecameOfIt)
 		{{"hour.otio", "--strict"}, 1, {"--strict", "1 clips have no media"}},
 		{{"odd.otio"}, 0, {"gian", "/tracks/children/0"}},
 		{{"odd.otio", "--strict"}, 1, {"--strict"}},
+		{{"odd.otio", "--strict=some"}, 2, {"some", "--strict=media"}},
+		{{"edit.otio", "--gain-db", "-3", "--normalize", "-16"}, 2, {"gain", "loudness"}},
+		{{"tone.wav", "--gain-db", "-3", "--normalize", "-16"}, 2, {"gain", "loudness"}},
+		{{"tone.wav", "--normalize", "1"}, 2, {"-70", "LUFS"}},
+		{{"tone.wav", "--limit-dbtp", "nan"}, 2, {"dBTP"}},
+		{{"edit.otio", "--gain-db", "201"}, 2, {"--gain-db"}},
+		{{"edit.otio", "--range", "1..2", "--fade-in", "0.6", "--fade-out", "0.6"}, 2, {"fades", "0:01.000"}},
+		{{"edit.otio", "--stems", "marker", "--fade-in", "0.9"}, 2, {"fades", "0:00.800", "Verse"}},
 		{{"none.otio"}, 1, {"none.otio"}},
 		{{"edit.otio", "--media", "gone/folder"}, 2, {"'gone/folder'", "does not exist"}},
 		{{"edit.otio", "--media", "tone.wav"}, 2, {"'tone.wav'", "is no folder"}},
@@ -190,7 +207,6 @@ TEST_F(TimelineCommandTest, ExitCodesTellWhatBecameOfIt)
 		{{"edit.otio", "--start", "1"}, 2, {"--start", "--range"}},
 		{{"tone.wav", "--stems", "track"}, 2, {"--stems"}},
 		{{"edit.otio", "--range", "Chorus"}, 2, {"Chorus"}},
-		{{"edit.otio", "--range", "Point"}, 2, {"Point"}},
 		{{"edit.otio", "--range", "5..6"}, 2, {"5..6"}},
 		{{"edit.otio", "--range", "10:00:01:25+1"}, 2, {"10:00:01:25"}},
 	};
@@ -300,6 +316,10 @@ TEST_F(TimelineCommandTest, ARangeIsACutOfTheWhole)
 		{"10:00:00:13+00:00:01:00", 0.52, 1.52},
 		{"24000s+100:00", 0.5, 3.0},
 		{"Verse", 0.4, 1.2},
+		{"Point", 1.0, 2.0},
+		{"Verse..End", 0.4, 2.0},
+		{"Point..", 1.0, 3.0},
+		{"..10:00:02:00", 0.0, 2.0},
 	};
 	for (Case const& test : cases)
 	{
@@ -310,37 +330,195 @@ TEST_F(TimelineCommandTest, ARangeIsACutOfTheWhole)
 	}
 }
 
-TEST_F(TimelineCommandTest, StemsAddUpToTheMixAndMarkersAreCuts)
+TEST_F(TimelineCommandTest, StemsAddUpToTheMixWhateverBecomesOfIt)
+{
+	WriteEdit();
+	for (Words const& levels : {Words{"--normalize", "-20"},
+			 {"--gain-db", "-3", "--fade-in", "0.5", "--fade-out", "0.7", "--range", "0.3.."}})
+	{
+		SCOPED_TRACE(testing::PrintToString(levels));
+		Words words = {"--quiet"};
+		words.insert(words.end(), levels.begin(), levels.end());
+		Sound const mix = Render(words);
+		words.insert(words.end(), {"--stems", "track"});
+		Render(words, "stems");
+		Sound const tone = ReadSound(mFolder / "stems" / "01 Tone.wav");
+		Sound const impulse = ReadSound(mFolder / "stems" / "02 Impulse_s.wav");
+		ASSERT_EQ(tone.mSamples.size(), mix.mSamples.size());
+		ASSERT_EQ(impulse.mSamples.size(), mix.mSamples.size());
+		for (std::size_t i = 0; i < mix.mSamples.size(); ++i)
+		{
+			ASSERT_NEAR(tone.mSamples[i] + impulse.mSamples[i], mix.mSamples[i], 1e-6f) << i;
+		}
+	}
+}
+
+TEST_F(TimelineCommandTest, EachMarkerNamesAPartOfTheMix)
 {
 	WriteEdit();
 	Sound const mix = Render({"--quiet", "--normalize", "-20"});
-	Render({"--quiet", "--normalize", "-20", "--stems", "track"}, "stems");
-	Sound const tone = ReadSound(mFolder / "stems" / "01 Tone.wav");
-	Sound const impulse = ReadSound(mFolder / "stems" / "02 Impulse_s.wav");
-	ASSERT_EQ(tone.mSamples.size(), mix.mSamples.size());
-	ASSERT_EQ(impulse.mSamples.size(), mix.mSamples.size());
-	for (std::size_t i = 0; i < mix.mSamples.size(); ++i)
-	{
-		ASSERT_NEAR(tone.mSamples[i] + impulse.mSamples[i], mix.mSamples[i], 1e-6f) << i;
-	}
 	Render({"--quiet", "--normalize", "-20", "--stems", "marker"}, "parts");
-	EXPECT_TRUE(
-		SameBits(ReadSound(mFolder / "parts" / "01 Verse.wav"), mix.Cut(kRate * 2 / 5, kRate * 4 / 5)));
-	EXPECT_TRUE(SameBits(ReadSound(mFolder / "parts" / "02 End.wav"), mix.Cut(2 * kRate, kRate)));
-	EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder / "parts"), {}), 2);
+	Render({"--quiet", "--normalize", "-20", "--stems", "marker", "--fade-in", "0.2", "--fade-out", "0.3"},
+		"faded");
+	struct Case
+	{
+		char const* mFile;
+		double mStart;
+		double mEnd;
+	};
+	for (Case const& test :
+		{Case{"01 Verse.wav", 0.4, 1.2}, {"02 Point.wav", 1.0, 2.0}, {"03 End.wav", 2.0, 3.0}})
+	{
+		SCOPED_TRACE(test.mFile);
+		auto const first = static_cast<std::int64_t>(std::lround(test.mStart * kRate));
+		auto const end = static_cast<std::int64_t>(std::lround(test.mEnd * kRate));
+		EXPECT_TRUE(SameBits(ReadSound(mFolder / "parts" / test.mFile), mix.Cut(first, end - first)));
+		// The gain of normalizing comes after the fades of the one and before those of the other.
+		Sound const faded = ReadSound(mFolder / "faded" / test.mFile);
+		Sound const expected =
+			RenderFile(std::string("parts/") + test.mFile, {"--fade-in", "0.2", "--fade-out", "0.3"});
+		ASSERT_EQ(faded.mSamples.size(), expected.mSamples.size());
+		for (std::size_t i = 0; i < faded.mSamples.size(); ++i)
+		{
+			ASSERT_NEAR(faded.mSamples[i], expected.mSamples[i], 1e-6f) << i;
+		}
+	}
+	EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder / "parts"), {}), 3);
+}
+
+TEST_F(TimelineCommandTest, GainAndFadesAreThoseOfTheWrittenFile)
+{
+	WriteEdit();
+	float const gain = static_cast<float>(std::pow(10.0, -3.0 / 20.0));
+	// Whole control blocks from the start, so that both fade by the same steps.
+	for (std::string const range : {"0..3", "1..2.5", "64s..100000s"})
+	{
+		SCOPED_TRACE(range);
+		Words const fades = {"--fade-in", "0.41", "--fade-out", "0.73"};
+		Render({"--quiet", "--range", range}, "plain.wav");
+		Sound const faded = RenderFile("plain.wav", fades);
+		EXPECT_FALSE(SameBits(faded, ReadSound(mFolder / "plain.wav")));
+		for (std::string const block : {"4096", "100"})
+		{
+			Words words = {"--quiet", "--range", range, "--block", block};
+			words.insert(words.end(), fades.begin(), fades.end());
+			EXPECT_TRUE(SameBits(Render(words), faded)) << "blocks of " << block;
+			words.insert(words.end(), {"--gain-db", "-3"});
+			Sound softer = faded;
+			for (float& sample : softer.mSamples)
+			{
+				sample *= gain;
+			}
+			EXPECT_TRUE(SameBits(Render(words), softer)) << "blocks of " << block;
+		}
+	}
+	// Anywhere else the steps lie as in the whole, and the ends are silent all the same.
+	Sound const part =
+		Render({"--quiet", "--range", "24011s..96003s", "--fade-in", "0.2", "--fade-out", "0.3"});
+	Sound const whole = Render({"--quiet"});
+	constexpr std::int64_t kFrames = 96003 - 24011;
+	constexpr std::int64_t kLag = 240 + 64;
+	constexpr std::int64_t kIn = kRate / 5 + kLag;
+	constexpr std::int64_t kOut = kRate * 3 / 10 + kLag;
+	EXPECT_EQ(part.GetFrames(), kFrames);
+	EXPECT_TRUE(SameBits(part.Cut(kIn, kFrames - kIn - kOut), whole.Cut(24011 + kIn, kFrames - kIn - kOut)));
+	EXPECT_THAT(part.Cut(0, 1).mSamples, testing::Each(0.0f));
+	EXPECT_THAT(part.Cut(kFrames - 1, 1).mSamples, testing::Each(0.0f));
 }
 
 TEST_F(TimelineCommandTest, LoudnessAndTruePeakAreThoseAskedFor)
 {
 	WriteEdit();
-	EXPECT_NEAR(Measure(Render({"--normalize", "-23"})).mIntegrated, -23.0, 0.1);
-	double const natural = ToDecibels(Measure(Render({})).mTruePeak);
-	LoudnessReading const limited = Measure(Render({"--limit-dbtp", std::to_string(natural - 6.0)}));
-	EXPECT_LE(ToDecibels(limited.mTruePeak), natural - 6.0 + 0.05);
-	EXPECT_GE(ToDecibels(limited.mTruePeak), natural - 6.5);
-	LoudnessReading const both = Measure(Render({"--normalize", "-18", "--limit-dbtp", "-7"}));
-	EXPECT_LE(ToDecibels(both.mTruePeak), -6.95);
-	EXPECT_NEAR(both.mIntegrated, -18.0, 0.1);
+	using Renderer = std::function<Sound(Words const&)>;
+	Renderer const renderTimeline = [this](Words const& inOptions) { return Render(inOptions); };
+	Renderer const renderFile = [this](Words const& inOptions) { return RenderFile("tone.wav", inOptions); };
+	for (Renderer const& render : {renderTimeline, renderFile})
+	{
+		SCOPED_TRACE(&render == &renderFile ? "a sound file" : "a timeline");
+		EXPECT_NEAR(Measure(render({"--normalize", "-23"})).mIntegrated, -23.0, 0.01);
+		EXPECT_NEAR(Measure(render({"--normalize", "-23", "--fade-in", "1", "--fade-out", "1"})).mIntegrated,
+			-23.0, 0.01);
+		double const natural = ToDecibels(Measure(render({})).mTruePeak);
+		LoudnessReading const limited = Measure(render({"--limit-dbtp", std::to_string(natural - 6.0)}));
+		EXPECT_LE(ToDecibels(limited.mTruePeak), natural - 6.0 + 0.05);
+		EXPECT_GE(ToDecibels(limited.mTruePeak), natural - 6.5);
+		LoudnessReading const loud =
+			Measure(render({"--gain-db", "6", "--limit-dbtp", std::to_string(natural - 3.0)}));
+		EXPECT_LE(ToDecibels(loud.mTruePeak), natural - 3.0 + 0.05) << "the gain comes before the limiter";
+		LoudnessReading const both = Measure(render({"--normalize", "-18", "--limit-dbtp", "-7"}));
+		EXPECT_LE(ToDecibels(both.mTruePeak), -6.95);
+		EXPECT_NEAR(both.mIntegrated, -18.0, 0.1);
+	}
+	Words const words = {"--normalize", "-18", "--limit-dbtp", "-7"};
+	Words asPlayback = words;
+	asPlayback.emplace_back("--as-playback");
+	EXPECT_TRUE(SameBits(RenderFile("tone.wav", asPlayback), RenderFile("tone.wav", words)));
+}
+
+TEST_F(TimelineCommandTest, TheReportOfSoundFilesSaysWhatLiesWhere)
+{
+	ProgramResult const result = Run({"render", "tone.wav", "impulse.wav", "-o", "out.wav", "--at", "0.5",
+		"--at", "3", "--speed", "2", "--limit-dbtp", "-6", "--report", "report.json"});
+	ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
+	Json const report = Json::parse(ReadBytes(mFolder / "report.json"));
+	EXPECT_EQ(report["version"], 1);
+	EXPECT_EQ(report["inputs"][1]["position"], kRate * 3 / 2);
+	Json const& tone = report["clips"][0];
+	Json const& impulse = report["clips"][1];
+	EXPECT_EQ(tone["firstSample"], kRate / 4);
+	EXPECT_EQ(tone["endSample"], kRate / 4 + 2 * kRate);
+	EXPECT_EQ(tone["endMediaSample"], 4 * kRate);
+	EXPECT_EQ(impulse["firstSample"], kRate * 3 / 2);
+	EXPECT_EQ(impulse["speed"], 2.0);
+	Sound const written = ReadSound(mFolder / "out.wav");
+	LoudnessReading const measured = Measure(written);
+	Json const& output = report["outputs"][0];
+	EXPECT_EQ(output["samples"], written.GetFrames());
+	EXPECT_NEAR(output["integratedLufs"].get<double>(), measured.mIntegrated, 0.01);
+	EXPECT_NEAR(output["truePeakDbtp"].get<double>(), ToDecibels(measured.mTruePeak), 0.01);
+	EXPECT_GT(output["limiterReductionDb"].get<double>(), 0.0);
+}
+
+TEST_F(TimelineCommandTest, AStrictRenderThatIsRefusedStillReports)
+{
+	WriteEdit();
+	WriteTimeline("missing.otio", {Track("Dialogue", {Clip("Take 3", "gone.wav", 0.0, 1.0)}),
+									  Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)})});
+	Json odd = Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)});
+	odd["metadata"]["sonaro"]["gian"] = 3;
+	WriteTimeline("odd.otio", {odd});
+	struct Case
+	{
+		char const* mTimeline;
+		char const* mStrictness;
+		int mExitCode;
+	};
+	constexpr Case kCases[] = {
+		{"edit.otio", "--strict", 0},
+		{"edit.otio", "--strict=all", 0},
+		{"edit.otio", "--strict=media", 0},
+		{"missing.otio", "--strict", 1},
+		{"missing.otio", "--strict=all", 1},
+		{"missing.otio", "--strict=media", 1},
+		{"odd.otio", "--strict", 1},
+		{"odd.otio", "--strict=all", 1},
+		{"odd.otio", "--strict=media", 0},
+	};
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(std::string(test.mTimeline) + " " + test.mStrictness);
+		// The timeline is not taken for the option's value.
+		ProgramResult const result = Run({"render", "-o", "new.wav", "--report", "report.json", "--quiet",
+			test.mStrictness, test.mTimeline});
+		EXPECT_EQ(result.mExitCode, test.mExitCode) << result.mErrors;
+		EXPECT_EQ(std::filesystem::remove(mFolder / "new.wav"), test.mExitCode == 0);
+		Json const report = Json::parse(ReadBytes(mFolder / "report.json"));
+		EXPECT_EQ(report.contains("refused"), test.mExitCode != 0);
+		EXPECT_EQ(report["outputs"].empty(), test.mExitCode != 0);
+		EXPECT_FALSE(report["clips"].empty());
+		EXPECT_EQ(report["missing"].empty(), std::string_view(test.mTimeline) != "missing.otio");
+		EXPECT_TRUE(std::filesystem::remove(mFolder / "report.json"));
+	}
 }
 
 TEST_F(TimelineCommandTest, TheReportAgreesWithTheFile)

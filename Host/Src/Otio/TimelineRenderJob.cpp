@@ -7,6 +7,7 @@
 
 #include "SonaroHost/ClipRenderRequest.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/JobChecks.h"
 #include "SonaroHost/Otio/TimelineGraph.h"
 #include "SonaroHost/OutputPlan.h"
 
@@ -62,13 +63,24 @@ TimelineRenderJob::TimelineRenderJob(TimelineRenderRequest inRequest)
 	mNotes = mInput.GetNotes();
 	mNotes.insert(mNotes.end(), mSequence.mNotes.begin(), mSequence.mNotes.end());
 	CheckHasSound(mSequence);
-	mRange = mRequest.mRange.empty() ? ProgrammeRange{0, mSequence.mFrames}
-									 : FindRange(mRequest.mRange, mInput.GetTimeline(), mSequence);
+	ChooseRange();
 	PlanFiles();
 	CheckFiles();
 }
 
 TimelineRenderJob::~TimelineRenderJob() = default;
+
+void TimelineRenderJob::ChooseRange()
+{
+	mRange = {0, mSequence.mFrames};
+	if (!mRequest.mRange.empty())
+	{
+		FoundRange found = FindRange(mRequest.mRange, mInput.GetTimeline(), mSequence);
+		mRange = found.mRange;
+		mRangeNotes = std::move(found.mNotes);
+		mNotes.insert(mNotes.end(), mRangeNotes.begin(), mRangeNotes.end());
+	}
+}
 
 void TimelineRenderJob::CheckNumbers() const
 {
@@ -110,7 +122,7 @@ void TimelineRenderJob::PlanFiles()
 	}
 	for (MarkerRow const& marker : mSequence.mMarkers)
 	{
-		ProgrammeRange const own = FindRange(marker, mSequence);
+		ProgrammeRange const own = FindNamedRange(marker, mSequence);
 		std::int64_t const first = std::max(own.mFirstFrame, mRange.mFirstFrame);
 		std::int64_t const end = std::min(own.mFirstFrame + own.mFrames, mRange.mFirstFrame + mRange.mFrames);
 		if (mRequest.mStems == Stems::eMarkers && first < end)
@@ -126,7 +138,7 @@ void TimelineRenderJob::PlanFiles()
 	{
 		Refuse(mRequest.mStems == Stems::eTracks
 				   ? "no track of the timeline is heard, so there are no stems"
-				   : "no marker of the timeline has a length, so there are no stems");
+				   : "no marker stands before the end of what is rendered, so there are no stems");
 	}
 	for (Stem const& stem : stems)
 	{

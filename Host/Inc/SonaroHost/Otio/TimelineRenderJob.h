@@ -47,8 +47,10 @@ public:
 	TimelineRenderJob& operator=(TimelineRenderJob const&) = delete;
 
 	TimelineSequence const& GetSequence() const { return mSequence; }
-	// Of reading and laying out.
+	// Of reading and laying out, and of the range.
 	std::vector<Note> const& GetNotes() const { return mNotes; }
+	// Of the range alone: how it was understood.
+	std::vector<Note> const& GetRangeNotes() const { return mRangeNotes; }
 	ProgrammeRange const& GetRange() const { return mRange; }
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
 	SN::AudioChannelLayout const& GetOutputLayout() const { return mSequence.mDescription->mLayout; }
@@ -63,6 +65,7 @@ public:
 private:
 	void ChooseFormat();
 	void CheckNumbers() const;
+	void ChooseRange();
 	void PlanFiles();
 	void CheckFiles() const;
 	RenderPlan MakePlan() const;
@@ -71,6 +74,7 @@ private:
 	TimelineInput mInput;
 	TimelineSequence mSequence;
 	std::vector<Note> mNotes;
+	std::vector<Note> mRangeNotes;
 	ProgrammeRange mRange;
 	OutputFormat mFormat;
 	// As planned.

@@ -20,7 +20,7 @@ enum class Stems
 	eNone,
 	// One for each child of the timeline that is heard. Without limiting and effects of the sum they add up to the mix.
 	eTracks,
-	// One for each marker that has a length, of the mix.
+	// One for each marker, of the mix; a point names all up to the next one.
 	eMarkers,
 };
 
