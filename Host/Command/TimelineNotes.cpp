@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
 #include <string>
 
 namespace SonaroCommand
@@ -25,10 +26,22 @@ char const* GetName(Note::Kind inKind)
 		return "remark";
 	case Note::Kind::eGuess:
 		return "guess";
+	case Note::Kind::eLevelNotRead:
+		return "level not read";
 	case Note::Kind::eIgnored:
 		break;
 	}
 	return "ignored";
+}
+
+bool IsUnreadLevel(Note const& inNote)
+{
+	return inNote.mKind == Note::Kind::eLevelNotRead;
+}
+
+std::string Describe(Note const& inNote)
+{
+	return inNote.mText + (inNote.mPlace.empty() ? "" : " (" + inNote.mPlace + ")");
 }
 
 std::string Describe(MissingMedia const& inMissing)
@@ -57,6 +70,13 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 			PrintWarning(inText);
 		}
 	};
+	for (Note const& note : inNotes)
+	{
+		if (IsUnreadLevel(note))
+		{
+			warn("level not read: " + Describe(note));
+		}
+	}
 	for (MissingMedia const& missing : inMissing)
 	{
 		warn(Describe(missing));
@@ -65,9 +85,9 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 	{
 		bool const isTold = std::any_of(inMissing.begin(), inMissing.end(),
 			[&note](MissingMedia const& inOne) { return TellsOf(note, inOne); });
-		if (note.mKind != Note::Kind::eRemark && !isTold)
+		if (note.mKind != Note::Kind::eRemark && !IsUnreadLevel(note) && !isTold)
 		{
-			warn(note.mText + (note.mPlace.empty() ? "" : " (" + note.mPlace + ")"));
+			warn(Describe(note));
 		}
 	}
 	if (lines > kMostLines)
@@ -91,11 +111,24 @@ Json ListMissing(std::vector<MissingMedia> const& inMissing)
 Json ListNotes(std::vector<Note> const& inNotes)
 {
 	Json list = Json::array();
-	for (Note const& note : inNotes)
+	for (bool const areLevels : {true, false})
 	{
-		list.push_back({{"kind", GetName(note.mKind)}, {"place", note.mPlace}, {"text", note.mText}});
+		for (Note const& note : inNotes)
+		{
+			if (IsUnreadLevel(note) == areLevels)
+			{
+				list.push_back({{"kind", GetName(note.mKind)}, {"place", note.mPlace}, {"text", note.mText}});
+			}
+		}
 	}
 	return list;
+}
+
+std::size_t CountUnreadLevels(std::vector<Note> const& inNotes)
+{
+	return std::accumulate(inNotes.begin(), inNotes.end(), std::size_t{0},
+		[](std::size_t inCount, Note const& inNote)
+		{ return inCount + (IsUnreadLevel(inNote) ? inNote.mCount : 0); });
 }
 
 } // namespace SonaroCommand

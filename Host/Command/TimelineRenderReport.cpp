@@ -93,6 +93,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob,
 	json["outputs"] = ListFiles(inSummary, inJob.GetOutputLayout(), inJob.GetSampleRate());
 	AddMix(json, inSummary, inLevels);
 	json["missing"] = ListMissing(inJob.GetSequence().mMissing);
+	json["levelsNotRead"] = CountUnreadLevels(inJob.GetNotes());
 	json["notes"] = ListNotes(inJob.GetNotes());
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
 	json["realTimeFactor"] = GetRealTimeFactor(inJob, inSummary);
@@ -172,6 +173,11 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, TimelineRenderSum
 	for (Note const& note : inJob.GetRangeNotes())
 	{
 		text += note.mText + "\n";
+	}
+	if (std::size_t const levels = CountUnreadLevels(inJob.GetNotes()))
+	{
+		text += std::to_string(levels) + (levels == 1 ? " level" : " levels") +
+				" of other programs not read: parts may be too loud or too soft\n";
 	}
 	std::array<char, 64> speed{};
 	std::snprintf(speed.data(), speed.size(), "%.0f times faster than real time\n",

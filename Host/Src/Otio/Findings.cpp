@@ -42,17 +42,18 @@ std::vector<Note> Findings::TakeNotes()
 		{
 			std::size_t const more = tally.mCount - kListedOfOneText;
 			rest.push_back(
-				{tally.mKind, {}, "at " + std::to_string(more) + " more places: " + key.substr(1)});
+				{tally.mKind, {}, "at " + std::to_string(more) + " more places: " + key.substr(1), more});
 		}
 	}
 	std::sort(
 		rest.begin(), rest.end(), [](Note const& inA, Note const& inB) { return inA.mText < inB.mText; });
 	std::move(rest.begin(), rest.end(), std::back_inserter(mNotes));
-	for (Note::Kind const kind : {Note::Kind::eRemark, Note::Kind::eGuess, Note::Kind::eIgnored})
+	for (Note::Kind const kind :
+		{Note::Kind::eRemark, Note::Kind::eGuess, Note::Kind::eIgnored, Note::Kind::eLevelNotRead})
 	{
 		if (std::size_t const count = mUncounted[static_cast<std::size_t>(kind)])
 		{
-			mNotes.push_back({kind, {}, std::to_string(count) + " further notes are not listed"});
+			mNotes.push_back({kind, {}, std::to_string(count) + " further notes are not listed", count});
 		}
 	}
 	return std::move(mNotes);

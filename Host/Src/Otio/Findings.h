@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Otio/Note.h"
 
+#include <array>
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -40,7 +41,7 @@ public:
 		Note::Kind const kind = mIsSilent ? Note::Kind::eRemark : inKind;
 		if (Count(kind, inText))
 		{
-			mNotes.push_back({kind, inPlace(), std::move(inText)});
+			mNotes.push_back({kind, inPlace(), std::move(inText), 1});
 		}
 	}
 
@@ -64,7 +65,8 @@ private:
 	bool mIsSilent = false;
 	std::vector<Note> mNotes;
 	std::unordered_map<std::string, Tally> mTallies;
-	std::size_t mUncounted[3] = {};
+	// By kind.
+	std::array<std::size_t, 4> mUncounted{};
 };
 
 // Silences the notes of a scope.

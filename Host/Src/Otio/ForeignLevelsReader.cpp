@@ -132,14 +132,12 @@ public:
 																  : ReadConstant(inLevel);
 		if (!isRead)
 		{
-			inLevel.Tell(Note::Kind::eIgnored,
-				"a level of another program, in a form that is not known; it is ignored");
+			inLevel.Tell(Note::Kind::eLevelNotRead, "another program wrote it in a form that is not known");
 			return std::nullopt;
 		}
 		if (!(mName.mIsPan ? InterpretPan(inLevel) : InterpretGain(inLevel)))
 		{
-			inLevel.Tell(
-				Note::Kind::eIgnored, "a level of another program, whose unit is not clear; it is ignored");
+			inLevel.Tell(Note::Kind::eLevelNotRead, "another program wrote it in a unit that is not clear");
 			return std::nullopt;
 		}
 		if (!mCurve.IsConstant())
@@ -342,7 +340,7 @@ public:
 		std::optional<Curve>& level = inName.mIsPan ? mLevels.mPan : mLevels.mGain;
 		if (level)
 		{
-			inLevel.Tell(Note::Kind::eIgnored, "one more gain or pan at the same place; it is ignored");
+			inLevel.Tell(Note::Kind::eLevelNotRead, "it is one more of the same; the first one counts");
 			return;
 		}
 		level = LevelReader(inName, mRate).Read(inLevel);

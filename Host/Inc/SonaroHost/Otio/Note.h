@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace SonaroHost::Otio
@@ -16,12 +17,17 @@ struct Note
 		eGuess,
 		// Something that may have been meant to be heard has no effect.
 		eIgnored,
+		// A gain, pan, fade, mute, solo or choice of channels of another program, in a form that is not known: what
+		// is heard may be louder, softer or elsewhere than it was made.
+		eLevelNotRead,
 	};
 
 	Kind mKind = Kind::eRemark;
 	// A JSON pointer such as "/tracks/children/0/effects/2"; empty for the file as a whole.
 	std::string mPlace;
 	std::string mText;
+	// How many places of the file it stands for.
+	std::size_t mCount = 1;
 };
 
 } // namespace SonaroHost::Otio
