@@ -147,6 +147,7 @@ std::string DescribeForMachines(std::string const& inInput, Described const& inD
 		json["media"].push_back({{"path", path.string()}, {"rate", use.first}, {"clips", use.second}});
 	}
 	json["missing"] = ListMissing(sequence.mMissing);
+	json["levelsNotRead"] = CountUnreadLevels(inDescribed.mNotes);
 	json["notes"] = ListNotes(inDescribed.mNotes);
 	if (inDescribed.mRefusal)
 	{

@@ -79,6 +79,13 @@ ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
 void ClipMediaTable::ChooseChannels(Clip const& inClip, ClipMedia& ioMedia)
 {
 	std::size_t const count = ioMedia.mMedia->mLayout.size();
+	std::size_t const first = inClip.GetSettings().mForeign.mFirstChannels;
+	if (first > 0 && first < count)
+	{
+		mNotes.push_back({Note::Kind::eLevelNotRead, inClip.mPlace,
+			"another program takes the first " + std::to_string(first) + " of the " + std::to_string(count) +
+				" channels; all are heard unless \"channels\" in metadata.sonaro says otherwise"});
+	}
 	for (unsigned const channel : inClip.GetSettings().mChannels)
 	{
 		if (channel > count)

@@ -3,10 +3,12 @@
 #include "Fields.h"
 #include "ForeignLevelsReader.h"
 #include "ItemReader.h"
+#include "LevelShapes.h"
 #include "Schema.h"
 
 #include "SonaroHost/Otio/Reader.h"
 
+#include <cmath>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -32,7 +34,30 @@ void ReadTimeScalar(Cursor const& inObject, Effect& outEffect)
 	}
 }
 
-Effect ReadEffect(Cursor const& inObject, std::optional<double> inRate)
+// Reports what of an effect is not heard. One at its defaults leaves nothing out.
+void TellOfRest(Cursor const& inObject, Effect const& inEffect, EffectLevels const& inLevels)
+{
+	bool const hasLevels = !inLevels.mLevels.IsEmpty() || inLevels.mHasUnreadLevel;
+	bool const isComplete =
+		hasLevels ? inLevels.mRest != ParameterState::eChanged : inLevels.mRest == ParameterState::eDefault;
+	if (isComplete)
+	{
+		return;
+	}
+	std::string const& label = inEffect.mEffectName.empty() ? inEffect.mName : inEffect.mEffectName;
+	std::string const& name = inLevels.mName.empty() ? label : inLevels.mName;
+	if (hasLevels)
+	{
+		inObject.Tell(
+			Note::Kind::eIgnored, "of the effect " + Quote(name) + " not all parameters are rendered");
+		return;
+	}
+	bool const isLevel = NamesLevels(name) || NamesLevels(label);
+	inObject.Tell(isLevel ? Note::Kind::eLevelNotRead : Note::Kind::eIgnored,
+		"the effect " + Quote(name) + " of the schema " + Quote(inEffect.mSchema) + " is not rendered");
+}
+
+Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRange)
 {
 	if (!inObject.IsObject())
 	{
@@ -57,14 +82,40 @@ Effect ReadEffect(Cursor const& inObject, std::optional<double> inRate)
 		effect.mTimeScalar = 0.0;
 		return effect;
 	}
-	effect.mLevels = ReadEffectLevels(Cursor(inObject, "metadata"), inRate);
-	if (effect.mLevels.IsEmpty() && effect.mIsEnabled)
+	if (effect.mIsEnabled)
 	{
-		std::string const& name = effect.mEffectName.empty() ? effect.mName : effect.mEffectName;
-		inObject.Tell(Note::Kind::eIgnored,
-			"the effect " + Quote(name) + " of the schema " + Quote(effect.mSchema) + " is not rendered");
+		EffectLevels levels = ReadEffectLevels(Cursor(inObject, "metadata"), inRange);
+		TellOfRest(inObject, effect, levels);
+		effect.mLevels = std::move(levels.mLevels);
 	}
 	return effect;
+}
+
+// Markers have a text or a Color, which has a name or is written as "#ff8000".
+std::string ReadColor(Cursor const& inValue)
+{
+	if (!inValue.IsObject() || ReadSchema(inValue) != SchemaKind::eColor)
+	{
+		return ReadLabel(inValue);
+	}
+	TellUnknownKeys(inValue, {"name", "r", "g", "b", "a"});
+	std::string name = ReadLabel(Cursor(inValue, "name"));
+	if (!name.empty())
+	{
+		return name;
+	}
+	constexpr double kLargest = 255.0;
+	constexpr char kHexDigits[] = "0123456789abcdef";
+	std::string code(1, '#');
+	for (char const* const part : {"r", "g", "b"})
+	{
+		auto const share = ReadIfUsable(
+			Cursor(inValue, part), [](Cursor const& inPart) { return ReadNumber(inPart, 0.0, 1.0); });
+		auto const byte = static_cast<unsigned>(std::lround(share.value_or(0.0) * kLargest));
+		code += kHexDigits[byte / 16];
+		code += kHexDigits[byte % 16];
+	}
+	return code;
 }
 
 Marker ReadMarker(Cursor const& inObject)
@@ -77,7 +128,7 @@ Marker ReadMarker(Cursor const& inObject)
 	Marker marker;
 	marker.mPlace = inObject.GetPlace();
 	marker.mName = ReadLabel(Cursor(inObject, "name"));
-	marker.mColor = ReadLabel(Cursor(inObject, "color"));
+	marker.mColor = ReadColor(Cursor(inObject, "color"));
 	marker.mComment = ReadLabel(Cursor(inObject, "comment"));
 	// Version 1 called it "range".
 	bool const isOld = Cursor(inObject, "marked_range").IsNothing() && !Cursor(inObject, "range").IsNothing();
@@ -88,10 +139,11 @@ Marker ReadMarker(Cursor const& inObject)
 
 } // namespace
 
-void ReadEffects(Cursor const& inList, std::optional<double> inRate, std::vector<Effect>& outEffects)
+void ReadEffects(
+	Cursor const& inList, std::optional<TimeRange> const& inRange, std::vector<Effect>& outEffects)
 {
-	ForEach(inList, [inRate, &outEffects](Cursor const& inObject)
-		{ outEffects.push_back(ReadEffect(inObject, inRate)); });
+	ForEach(inList, [&inRange, &outEffects](Cursor const& inObject)
+		{ outEffects.push_back(ReadEffect(inObject, inRange)); });
 }
 
 void ReadMarkers(Cursor const& inList, std::vector<Marker>& outMarkers)

@@ -10,8 +10,9 @@
 namespace SonaroHost::Otio
 {
 
-// inRate: of the item that has the effects, where it is known.
-void ReadEffects(Cursor const& inList, std::optional<double> inRate, std::vector<Effect>& outEffects);
+// inRange: what the item that has the effects shows of its own time, where that is known.
+void ReadEffects(
+	Cursor const& inList, std::optional<TimeRange> const& inRange, std::vector<Effect>& outEffects);
 
 // Markers that cannot be used are told of and left out.
 void ReadMarkers(Cursor const& inList, std::vector<Marker>& outMarkers);

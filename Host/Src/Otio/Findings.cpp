@@ -35,6 +35,12 @@ bool Findings::Count(Note::Kind inKind, std::string const& inText)
 
 std::vector<Note> Findings::TakeNotes()
 {
+	for (auto const& [text, index] : mOnce)
+	{
+		std::size_t const count = mNotes[index].mCount;
+		mNotes[index].mText +=
+			" (" + std::to_string(count) + (count == 1 ? " item" : " items") + " of the file)";
+	}
 	std::vector<Note> rest;
 	for (auto const& [key, tally] : mTallies)
 	{

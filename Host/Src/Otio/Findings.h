@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
@@ -45,6 +46,23 @@ public:
 		}
 	}
 
+	// A note for the whole file: it stands at the first of its places and says how many there are. Within what is not
+	// heard anyway it is not taken.
+	template <class Place>
+	void TellOnce(Note::Kind inKind, std::string const& inText, Place const& inPlace)
+	{
+		if (mIsSilent)
+		{
+			return;
+		}
+		auto const [found, isNew] = mOnce.try_emplace(inText, mNotes.size());
+		if (isNew)
+		{
+			mNotes.push_back({inKind, inPlace(), inText, 0});
+		}
+		++mNotes[found->second].mCount;
+	}
+
 	// Within what is not heard anyway every note is a remark.
 	bool IsSilent() const { return mIsSilent; }
 	void SetSilent(bool inIsSilent) { mIsSilent = inIsSilent; }
@@ -65,6 +83,8 @@ private:
 	bool mIsSilent = false;
 	std::vector<Note> mNotes;
 	std::unordered_map<std::string, Tally> mTallies;
+	// Of the notes that are told once, their indices.
+	std::map<std::string, std::size_t> mOnce;
 	// By kind.
 	std::array<std::size_t, 4> mUncounted{};
 };

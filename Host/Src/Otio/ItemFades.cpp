@@ -9,9 +9,27 @@ namespace SonaroHost::Otio
 namespace
 {
 
-bool IsFade(std::optional<Fade> const& inFade)
+// The item's own, otherwise what others left, in its metadata or the first of its effects; nothing for none.
+std::optional<Fade> FindFade(Item const& inItem, std::optional<Fade> MixSettings::*inOwn,
+	std::optional<Fade> ForeignLevels::*inForeign)
 {
-	return inFade && inFade->mDuration.mValue > 0.0;
+	MixSettings const& settings = inItem.GetSettings();
+	std::optional<Fade> fade = settings.*inOwn ? settings.*inOwn : settings.mForeign.*inForeign;
+	for (Effect const& effect : inItem.mEffects)
+	{
+		fade = fade || !effect.mIsEnabled ? fade : effect.mLevels.*inForeign;
+	}
+	return fade && fade->mDuration.mValue > 0.0 ? fade : std::nullopt;
+}
+
+std::optional<Fade> FindFadeIn(Item const& inItem)
+{
+	return FindFade(inItem, &MixSettings::mFadeIn, &ForeignLevels::mFadeIn);
+}
+
+std::optional<Fade> FindFadeOut(Item const& inItem)
+{
+	return FindFade(inItem, &MixSettings::mFadeOut, &ForeignLevels::mFadeOut);
 }
 
 // Whether a fade of the settings has its end for itself.
@@ -30,26 +48,26 @@ bool IsFree(SequenceMaking& ioMaking, Item const& inItem, bool inHasCrossfade, s
 
 bool HasFades(Item const& inItem)
 {
-	MixSettings const& settings = inItem.GetSettings();
-	return IsFade(settings.mFadeIn) || IsFade(settings.mFadeOut);
+	return FindFadeIn(inItem) || FindFadeOut(inItem);
 }
 
 void PlaceFades(SequenceMaking& ioMaking, Item const& inItem, Placement const& inPlacement,
 	Grid const& inGrid, ItemEnds inEnds, Sequence::Item& ioItem)
 {
-	MixSettings const& settings = inItem.GetSettings();
+	std::optional<Fade> const in = FindFadeIn(inItem);
+	std::optional<Fade> const out = FindFadeOut(inItem);
 	FadeShape const shape = ioMaking.mOptions.mFadeShape;
-	if (IsFade(settings.mFadeIn) && IsFree(ioMaking, inItem, inEnds.mHasCrossfadeBefore, inEnds.mFadeIn))
+	if (in && IsFree(ioMaking, inItem, inEnds.mHasCrossfadeBefore, inEnds.mFadeIn))
 	{
-		Ratio const end = inPlacement.mStart + ToSeconds(settings.mFadeIn->mDuration);
+		Ratio const end = inPlacement.mStart + ToSeconds(in->mDuration);
 		inEnds.mFadeIn = inGrid.ToFrame(end) - inPlacement.mFirstFrame;
-		inEnds.mFadeInShape = settings.mFadeIn->mShape.value_or(shape);
+		inEnds.mFadeInShape = in->mShape.value_or(shape);
 	}
-	if (IsFade(settings.mFadeOut) && IsFree(ioMaking, inItem, inEnds.mHasCrossfadeAfter, inEnds.mFadeOut))
+	if (out && IsFree(ioMaking, inItem, inEnds.mHasCrossfadeAfter, inEnds.mFadeOut))
 	{
-		Ratio const start = inPlacement.mEnd - ToSeconds(settings.mFadeOut->mDuration);
+		Ratio const start = inPlacement.mEnd - ToSeconds(out->mDuration);
 		inEnds.mFadeOut = inPlacement.mEndFrame - inGrid.ToFrame(start);
-		inEnds.mFadeOutShape = settings.mFadeOut->mShape.value_or(shape);
+		inEnds.mFadeOutShape = out->mShape.value_or(shape);
 	}
 	std::int64_t const room = std::max<std::int64_t>(
 		inPlacement.mEndFrame - inPlacement.mFirstFrame - inEnds.mTakenBefore - inEnds.mTakenAfter, 0);

@@ -2,10 +2,11 @@
 
 #include "EffectReader.h"
 #include "Fields.h"
-#include "ForeignLevelsReader.h"
+#include "ItemLevelsReader.h"
 #include "MediaReader.h"
 #include "Schema.h"
 
+#include <cmath>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -67,6 +68,25 @@ void TellMissingLength(Cursor const& inObject, Clip const& inClip)
 				: "the clip has neither a source_range nor an available_range nor a file; its length is 0");
 }
 
+// The format leaves open which of two lengths a source_range has under a time warp, and programs differ.
+void TellOfLength(Cursor const& inObject, Item const& inItem)
+{
+	constexpr double kSameSpeed = 1.0e-9;
+	double speed = 1.0;
+	for (Effect const& effect : inItem.mEffects)
+	{
+		speed *= effect.mIsEnabled && effect.mKind != Effect::Kind::eOther ? effect.mTimeScalar : 1.0;
+	}
+	// At rest nothing is heard.
+	if (speed != 0.0 && std::abs(std::abs(speed) - 1.0) > kSameSpeed)
+	{
+		inObject.GetFindings().TellOnce(Note::Kind::eGuess,
+			"under a time warp the length of source_range is taken as that on the track; some programs write "
+			"that of the media instead",
+			[&inObject] { return inObject.GetPlace(); });
+	}
+}
+
 } // namespace
 
 std::shared_ptr<MixSettings const> ShareSettings(MixSettings inSettings)
@@ -90,19 +110,20 @@ std::string ReadMetadata(Cursor const& inObject)
 	return DumpJson(metadata.Get(), "sonaro");
 }
 
-void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem)
+void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem,
+	std::optional<TimeRange> const& inMediaRange)
 {
 	outItem.mPlace = inObject.GetPlace();
 	outItem.mName = ReadLabel(Cursor(inObject, "name"));
 	outItem.mSourceRange = ReadIfThere(Cursor(inObject, "source_range"), ReadRange);
 	outItem.mIsEnabled = ReadEnabled(Cursor(inObject, "enabled"));
-	std::optional<double> const rate =
-		outItem.mSourceRange ? std::optional(outItem.mSourceRange->mDuration.mRate) : std::nullopt;
-	ReadEffects(Cursor(inObject, "effects"), rate, outItem.mEffects);
+	std::optional<TimeRange> const& range = outItem.mSourceRange ? outItem.mSourceRange : inMediaRange;
+	ReadEffects(Cursor(inObject, "effects"), range, outItem.mEffects);
+	TellOfLength(inObject, outItem);
 	ReadMarkers(Cursor(inObject, "markers"), outItem.mMarkers);
 	Cursor const metadata(inObject, "metadata");
 	MixSettings settings = ReadMixSettings(metadata, inOwner);
-	settings.mForeign = ReadItemLevels(metadata, rate);
+	settings.mForeign = ReadItemLevels(metadata, range, settings);
 	outItem.mSettings = ShareSettings(std::move(settings));
 	outItem.mMetadata = ReadMetadata(inObject);
 }
@@ -112,7 +133,6 @@ void ReadClip(Cursor const& inObject, Clip& outClip)
 	constexpr char const* kDefaultKey = "DEFAULT_MEDIA";
 	TellUnknownKeys(
 		inObject, {"media_reference", "media_references", "active_media_reference_key"}, kItemKeys);
-	ReadItem(inObject, SettingsOwner::eClip, outClip);
 	Cursor const active(inObject, "active_media_reference_key");
 	outClip.mActiveMediaKey = active.IsNothing() ? kDefaultKey : ReadText(active);
 
@@ -133,6 +153,12 @@ void ReadClip(Cursor const& inObject, Clip& outClip)
 		outClip.mMediaReferences.push_back(ReadMedia(reference, kDefaultKey, true));
 	}
 	ResolveActiveKey(inObject, outClip);
+	MediaReference const* const media = outClip.FindActiveMedia();
+	ReadItem(
+		inObject, SettingsOwner::eClip, outClip, media != nullptr ? media->mAvailableRange : std::nullopt);
+	Cursor const chosen(references, std::string_view(outClip.mActiveMediaKey));
+	Cursor const metadata(references.IsNothing() ? reference : chosen, "metadata");
+	TellOfMediaLevels(metadata, outClip.GetSettings());
 	TellMissingLength(inObject, outClip);
 }
 

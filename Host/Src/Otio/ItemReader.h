@@ -6,6 +6,7 @@
 #include "SonaroHost/Otio/Model.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,8 +17,9 @@ namespace SonaroHost::Otio
 inline constexpr std::string_view kItemKeys[] = {
 	"name", "source_range", "enabled", "effects", "markers", "metadata", "color"};
 
-// What all items share.
-void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem);
+// What all items share. inMediaRange: what is shown without a source_range, where that is known.
+void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem,
+	std::optional<TimeRange> const& inMediaRange = std::nullopt);
 
 void ReadClip(Cursor const& inObject, Clip& outClip);
 void ReadTransition(Cursor const& inObject, Transition& outTransition);

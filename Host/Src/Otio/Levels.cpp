@@ -110,11 +110,13 @@ std::vector<Sequence::Stage> MakeFaders(Item const& inItem, CurveSite const& inS
 	};
 	MixSettings const& settings = inItem.GetSettings();
 	add(settings.mGain ? settings.mGain : settings.mForeign.mGain);
+	add(settings.mMute ? std::nullopt : settings.mForeign.mMute);
 	for (Effect const& effect : inItem.mEffects)
 	{
 		if (effect.mIsEnabled)
 		{
 			add(effect.mLevels.mGain);
+			add(effect.mLevels.mMute);
 		}
 	}
 	return stages;

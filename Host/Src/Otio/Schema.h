@@ -25,6 +25,7 @@ enum class SchemaKind
 	eFreezeFrame,
 	eEffect,
 	eMarker,
+	eColor,
 	eRationalTime,
 	eTimeRange,
 	eUnknown,

@@ -103,13 +103,17 @@ def timeline(*tracks, **stack_fields):
 # ---------------------------------------------------------------------------------------------------------
 # Expectations.
 
-def run(start, end, media, first, channel=0, step=1, gain=1, fade=None):
+def run(start, end, media, first, channel=0, step=1, gain=1, fade=None, ramp=None):
     """Output samples start to end hear media samples first, first + step ... times gain, and times the
-    fade: [shape, "in" or "out", output sample at which it begins, output sample at which it is over]."""
+    fade: [shape, "in" or "out", output sample at which it begins, output sample at which it is over], and times the
+    ramp: ["decibels" or "linear", output sample at which it begins, output sample at which it is over, value there,
+    value here]."""
     result = {"from": start, "to": end, "media": media, "channel": channel, "first": first, "step": step,
               "gain": gain}
     if fade:
         result["fade"] = fade
+    if ramp:
+        result["ramp"] = ramp
     return result
 
 
@@ -118,11 +122,23 @@ def near(seconds):
     return math.floor(Fraction(seconds) * RATE + Fraction(1, 2))
 
 
+def length_is_open(made):
+    """Whether an item plays at a speed other than 1, so that programs differ on which length its source_range has."""
+    if isinstance(made, list):
+        return any(map(length_is_open, made))
+    if not isinstance(made, dict):
+        return False
+    speed = math.prod(effect.get("time_scalar", 1) for effect in made.get("effects", []) if effect.get("enabled", True))
+    return abs(speed) not in (0, 1) or any(map(length_is_open, made.values()))
+
+
 CASES = {}
 
 
 def case(name, why, made, frames, channels, **more):
     assert name not in CASES
+    if length_is_open(made) or more.get("unread"):
+        more["warns"] = True
     CASES[name] = (made, {"why": why, "rate": RATE, "frames": frames, "channels": channels, **more})
 
 
@@ -498,6 +514,120 @@ def mix_cases():
                   sonaro={"submixes": [{"name": "room", "mute": True}]}), 500, [[run(0, 500, "a.wav", 0)]])
 
 
+def editor_effect(name, *parameters, **more):
+    """An effect whose parameters have an identifier, decibels and frames."""
+    return {"OTIO_SCHEMA": "Effect.1", "effect_name": "Editor Effect", "metadata": {"Editor_A": {
+        "Effect Name": name, "Enabled": True, "Parameters": list(parameters), **more}}}
+
+
+def editor_parameter(name, value, keys=None, default=0):
+    return {"Parameter ID": name, "Parameter Value": value, "Default Parameter Value": default,
+            "Key Frames": {str(frame): {"Value": level} for frame, level in (keys or {}).items()}}
+
+
+def display_effect(*parameters):
+    """An effect whose parameters have a name to show, factors and positions."""
+    return {"OTIO_SCHEMA": "Effect.1", "effect_name": "Volume", "metadata": {"Editor_B": {
+        "MatchName": "Volume", "Parameters": list(parameters)}}}
+
+
+def display_parameter(name, start=None, keys=None, rate=RATE):
+    result = {"DisplayName": name, "ID": 1,
+              "Keyframes": [{"Position": t(position, rate), "Value": value} for position, value in keys or []]}
+    if start is not None:
+        result["StartValue"] = {"Position": t(-10800000, 30), "Value": start}
+    return result
+
+
+def plain_effect(**metadata):
+    return {"OTIO_SCHEMA": "Effect.1", "name": "level", "metadata": metadata}
+
+
+# A moving gain may be smoothed against clicks, and is where it leads to by then.
+SETTLING = RATE // 100
+
+
+def level_case(name, why, effects, channels, source=r(1000, 3000), skipped=(), **more):
+    if skipped:
+        more["skipped"] = list(skipped)
+    case("level-" + name, why, timeline(track(clip("a.wav", source, effects=effects))), source["duration"]["value"],
+         channels, **more)
+
+
+def moving(start, end):
+    """Full level to start, a tenth from end on, and what is not compared between them."""
+    return ([[run(0, start, "a.wav", 1000), run(end, 3000, "a.wav", 1000 + end, gain=0.1)]], r(1000, 3000),
+            [[start, end + SETTLING]])
+
+
+def level_cases():
+    tenth = [[run(0, 3000, "a.wav", 1000, gain=0.1)]]
+    same = [[run(0, 3000, "a.wav", 1000)]]
+    level_case("parameter-id", "\"Parameter ID\" volume is in decibels.",
+               [editor_effect("Clip Volume", editor_parameter("volume", -20))], tenth)
+    level_case("parameter-id-keyframes", "Its keyframes are frames from the clip's start, and go before its value.",
+               [editor_effect("Clip Volume", editor_parameter("volume", -2, {1200: -20, 480: 0}))], *moving(480, 1200))
+    level_case("parameter-id-ramp", "Between keyframes decibels go in a straight line. Who follows it smoothed over some "
+               "milliseconds is late by them; a line of factors would be off by twice as much.",
+               [editor_effect("Clip Volume", editor_parameter("volume", 0, {0: 0, 3000: -20}))],
+               [[run(0, 3000, "a.wav", 1000, ramp=["decibels", 0, 3000, 0, -20])]], within=300)
+    level_case("parameter-id-silence", "Its lowest volume, -100, is silence.",
+               [editor_effect("Clip Volume", editor_parameter("volume", -100))], [[]])
+    level_case("parameter-id-fades", "faderIn and faderOut are frames of the clip's rate; the shape is the render's.",
+               [editor_effect("Clip Fader", editor_parameter("faderIn", 480), editor_parameter("faderOut", 240))],
+               [[run(0, 480, "a.wav", 1000, fade=["equal-power", "in", 0, 480]), run(480, 2760, "a.wav", 1480),
+                 run(2760, 3000, "a.wav", 3760, fade=["equal-power", "out", 2760, 3000])]])
+    case("level-parameter-id-pan", "pan -100 is the very left.",
+         timeline(track(clip("stereo.wav", r(0, 500), sonaro={"channels": [1]},
+                             effects=[editor_effect("Pan", editor_parameter("pan", -100))])),
+                  sonaro={"layout": "stereo"}), 500, [[run(0, 500, "stereo.wav", 0)], []])
+    level_case("display-name", "\"DisplayName\" Level is a factor, its StartValue holds wherever it stands.",
+               [display_effect(display_parameter("Mute"), display_parameter("Level", 0.1))], tenth)
+    level_case("display-name-keyframes", "Its positions are times of the media: 1500 is the clip's 500. A guess.",
+               [display_effect(display_parameter("Level", 0.7, [(1500, 1), (2700, 0.1)]))], *moving(500, 1700),
+               warns=True)
+    level_case("display-name-ramp", "Between keyframes factors go in a straight line, which is followed smoothed.",
+               [display_effect(display_parameter("Level", 0.7, [(1000, 1), (4000, 0)]))],
+               [[run(0, 3000, "a.wav", 1000, ramp=["linear", 0, 3000, 1, 0])]], within=400, warns=True)
+    level_case("display-name-clip-times", "Where no position falls into the media's range they count from the clip's "
+               "start. A guess.", [display_effect(display_parameter("Level", 1, [(0, 1), (48, 1), (400, 0.1)]))],
+               [[run(0, 48, "a.wav", 3000), run(400, 1000, "a.wav", 3400, gain=0.1)]], r(3000, 1000),
+               skipped=[[48, 400 + SETTLING]], warns=True)
+    level_case("display-name-mute", "Mute, from its keyframe on. A jump may be rounded off against clicks.",
+               [display_effect(display_parameter("Mute", None, [(1000, False), (2280, True)]))],
+               [[run(0, 1280, "a.wav", 1000)]], skipped=[[1280, 1280 + SETTLING]], warns=True)
+    level_case("name-and-value", "A list of parameters with names; a factor, which is a guess.",
+               [plain_effect(x={"Params": [{"Name": "Level", "Value": "0.1"}]})], tenth, warns=True)
+    level_case("object", "A value with its unit.", [plain_effect(gain={"value": -20, "unit": "dB"})], tenth)
+    level_case("list", "Keyframes, in seconds from the clip's start.",
+               [plain_effect(gain_db=[{"time": 0.01, "value": 0}, {"time": 0.025, "value": -20}])],
+               *moving(480, 1200), warns=True)
+    level_case("value", "A value under its name.", [plain_effect(Gain_dB=-20)], tenth)
+    case("level-control-points", "Control points in a clip's own metadata: fractions of its length.",
+         timeline(track(clip("a.wav", r(1000, 3000), metadata={"x": {"Gain_dB": {"ControlPoints": [
+             {"Time": "1/4", "Value": -20}, {"Time": "1/1", "Value": -20}]}}}))), 3000, tenth)
+    level_case("disabled", "Effects that are switched off, by whichever key, are not heard and not reported.",
+               [editor_effect("Clip Volume", editor_parameter("volume", -20), Enabled=False),
+                {**plain_effect(gain_db=-20), "enabled": False}], same)
+    level_case("at-default", "Effects at their defaults are not reported, of whatever kind.",
+               [editor_effect("Clip Volume", editor_parameter("volume", 0), editor_parameter("faderIn", 0)),
+                editor_effect("Equalizer", editor_parameter("band1", 3, default=3)),
+                editor_effect("Transform"), display_effect(display_parameter("Mute"))], same)
+    level_case("not-read", "A level in a form that is not known is not heard, and reported as one that is not read.",
+               [editor_effect("Clip Volume", editor_parameter("volume", "loud")),
+                plain_effect(x={"Effect Name": "Channel Volume", "left": 0.3})], same, unread=2)
+    for channels, unread in ((1, 1), (2, 0)):
+        heard = {"x": {"Channels": [{"Source Channel ID": channel} for channel in range(channels)]}}
+        case(f"level-channels-{channels}-of-2", "Where another program takes fewer channels than the media have, all "
+             "are heard, and it is reported.",
+             timeline(track(clip("stereo.wav", r(0, 500), metadata=heard))), 500,
+             [[run(0, 500, "stereo.wav", 0)], [run(0, 500, "stereo.wav", 0, channel=1)]],
+             **({"unread": unread} if unread else {}))
+    solo = {"x": {"SoloOn": True, "mute": False}}
+    case("level-solo-not-read", "A solo that another program wrote is reported as not read.",
+         timeline(track(clip("a.wav", r(1000, 3000)), metadata=solo)), 3000, same, unread=1)
+
+
 def layout_cases():
     case("stereo", "Stereo media make a stereo programme.",
          timeline(track(clip("stereo.wav", r(10, 500)))), 500,
@@ -534,11 +664,16 @@ def label_cases():
          "global start time is a label and moves nothing.",
          made, 550, [[run(50, 550, "a.wav", 1000)]],
          markers=[["stack", 10], ["track", 250], ["clip", 250]], global_start=3600)
+    newer = {**marker("newer", 60), "OTIO_SCHEMA": "Marker.3",
+             "color": {"OTIO_SCHEMA": "Color.1", "r": 1.0, "g": 0, "b": 0, "a": 1, "name": "Red"}}
+    case("newer-marker", "Marker.3 has a Color; nothing of it is a guess.",
+         timeline(track(clip("a.wav", r(1000, 500), markers=[{**newer, "marked_range": r(1060, 0)}]))), 500,
+         [[run(0, 500, "a.wav", 1000)]], markers=[["newer", 60]])
 
 
 def make_all():
     for define in (cut_cases, nesting_cases, rounding_cases, transition_cases, enabled_cases, speed_cases,
-                   media_cases, mix_cases, layout_cases, label_cases):
+                   media_cases, mix_cases, level_cases, layout_cases, label_cases):
         define()
     files = {"media/" + name: wave_file(name) for name in MEDIA}
     for name, (made, expected) in CASES.items():

@@ -83,6 +83,19 @@ double GetFade(json const& inRun, std::int64_t inFrame)
 	return GetShapeGain(fade[0], fade[1] == "in" ? progress : 1.0 - progress);
 }
 
+double GetRamp(json const& inRun, std::int64_t inFrame)
+{
+	if (!inRun.contains("ramp"))
+	{
+		return 1.0;
+	}
+	json const& ramp = inRun["ramp"];
+	double const begin = ramp[1].get<double>();
+	double const progress = (static_cast<double>(inFrame) - begin) / (ramp[2].get<double>() - begin);
+	double const value = std::lerp(ramp[3].get<double>(), ramp[4].get<double>(), progress);
+	return ramp[0] == "linear" ? value : std::pow(10.0, value / 20.0);
+}
+
 Samples WorkOut(json const& inExpected)
 {
 	auto const frames = inExpected["frames"].get<std::size_t>();
@@ -99,7 +112,7 @@ Samples WorkOut(json const& inExpected)
 				double const position = run["first"].get<double>() + run["step"].get<double>() * passed;
 				channel[static_cast<std::size_t>(frame)] +=
 					ReadMedia(media, run["channel"].get<std::int64_t>(), position) *
-					run["gain"].get<double>() * GetFade(run, frame);
+					run["gain"].get<double>() * GetFade(run, frame) * GetRamp(run, frame);
 			}
 		}
 	}
@@ -243,6 +256,13 @@ TEST_P(OtioConformance, EverySampleIsAsTheCaseTells)
 	bool const warns = HasGuesses(sequence.mNotes) || HasGuesses(file.GetDocument().mNotes);
 	EXPECT_EQ(warns, expected.value("warns", false))
 		<< Join(file.GetDocument().mNotes) << Join(sequence.mNotes);
+	auto const countUnread = [](std::vector<Note> const& inNotes)
+	{
+		return std::count_if(inNotes.begin(), inNotes.end(),
+			[](Note const& inNote) { return inNote.mKind == Note::Kind::eLevelNotRead; });
+	};
+	EXPECT_EQ(
+		countUnread(file.GetDocument().mNotes) + countUnread(sequence.mNotes), expected.value("unread", 0));
 	std::vector<std::string> missing;
 	for (MissingMedia const& entry : sequence.mMissing)
 	{

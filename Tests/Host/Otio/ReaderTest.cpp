@@ -106,7 +106,7 @@ TEST(OtioReader, EverythingOfTheFullTimelineArrives)
 	EXPECT_EQ(clip->mPlace, "/tracks/children/0/children/0");
 	EXPECT_EQ(clip->FindActiveMedia()->mTargetUrl, "sound/one.wav");
 	EXPECT_EQ(clip->FindActiveMedia()->mAvailableRange->mDuration, (RationalTime{48000, 48000}));
-	EXPECT_EQ(clip->mEffects.at(0).mTimeScalar, 2.0);
+	EXPECT_EQ(clip->mEffects.at(0).mTimeScalar, -1.0);
 	EXPECT_THAT(clip->GetSettings().mChannels, testing::ElementsAre(2, 1));
 	auto const& keyframes = clip->GetSettings().mGain->mKeyframes;
 	ASSERT_THAT(keyframes, SizeIs(2));
@@ -352,6 +352,52 @@ TEST(OtioReader, WhatIsNotHeardGivesRemarksOnly)
 	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored), IsEmpty());
 	EXPECT_THAT(GetNotes(document, Note::Kind::eRemark),
 		testing::Contains(HasSubstr("/tracks/children/1/children/0/effects/0: the effect 'blur'")));
+}
+
+TEST(OtioReader, OpenLengthsUnderTimeWarpsAreOneGuessOfTheFile)
+{
+	auto const makeGap = [](json const& inFactors)
+	{
+		json gap = {
+			{"OTIO_SCHEMA", "Gap.1"}, {"source_range", MakeRange(0, 90, 30)}, {"effects", json::array()}};
+		for (json const& factor : inFactors)
+		{
+			gap["effects"].push_back({{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", factor}});
+		}
+		return gap;
+	};
+	// At 1, -1 and at rest all programs agree.
+	json children = json::array({makeGap({-1.0}), makeGap({4.0, 0.5, -0.5}), makeGap({0.0})});
+	EXPECT_THAT(GetNotes(Read(MakeTimeline(children)), Note::Kind::eGuess), IsEmpty());
+	for (int i = 0; i < 30; ++i)
+	{
+		children.push_back(makeGap({i % 2 == 0 ? 0.5 : -2.0}));
+	}
+	EXPECT_THAT(GetNotes(Read(MakeTimeline(children)), Note::Kind::eGuess),
+		testing::ElementsAre(testing::AllOf(HasSubstr("/tracks/children/0/children/3: "),
+			HasSubstr("source_range"), HasSubstr("(30 items of the file)"))));
+}
+
+TEST(OtioReader, ColorsOfMarkersAreNamesOrCodes)
+{
+	struct Case
+	{
+		char const* mColor;
+		char const* mRead;
+	};
+	for (Case const& test :
+		{Case{R"("RED")", "RED"}, {R"({"OTIO_SCHEMA": "Color.1", "r": 1, "name": "Red"})", "Red"},
+			{R"({"OTIO_SCHEMA": "Color.1", "r": 1.0, "g": 0.5, "b": 0, "a": 1, "name": ""})", "#ff8000"}})
+	{
+		SCOPED_TRACE(test.mColor);
+		json timeline = Patch("/tracks/markers/0/color", test.mColor);
+		timeline["tracks"]["markers"][0]["OTIO_SCHEMA"] = "Marker.3";
+		Document const document = Read(timeline);
+		EXPECT_EQ(document.mTimelines[0].mTracks.mMarkers.at(0).mColor, test.mRead);
+		EXPECT_THAT(GetNotes(document, Note::Kind::eGuess), IsEmpty());
+		EXPECT_THAT(
+			GetNotes(document, Note::Kind::eRemark), testing::Not(testing::Contains(HasSubstr("/color"))));
+	}
 }
 
 TEST(OtioReader, CollectionsAndBareCompositionsGiveTimelines)

@@ -22,7 +22,7 @@ constexpr char const* kFullTimeline = R"({
 			 "children": [
 				{"OTIO_SCHEMA": "Clip.2", "name": "one", "enabled": true, "source_range": {}, "markers": [],
 				 "effects": [{"OTIO_SCHEMA": "LinearTimeWarp.1", "name": "fast", "effect_name": "LinearTimeWarp",
-					"time_scalar": 2.0, "metadata": {}}],
+					"time_scalar": -1.0, "metadata": {}}],
 				 "metadata": {"sonaro": {"channels": [2, 1], "mute": false, "gain": {"keyframes": [
 					{"time": 2, "value": -6, "interpolation": "smooth"}, {"time": {}, "value": 0}]}}},
 				 "media_references": {"DEFAULT_MEDIA": {"OTIO_SCHEMA": "ExternalReference.1", "name": "",

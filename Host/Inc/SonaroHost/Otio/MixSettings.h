@@ -4,6 +4,7 @@
 #include "SonaroHost/Otio/RationalTime.h"
 #include "SonaroHost/Sequence/FadeShape.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -71,14 +72,20 @@ struct Submix
 	std::optional<std::string> mOutput;
 };
 
-// Gain and pan that other programs left behind: in the parameters of an effect, or in the metadata of an
-// item. Gains of several effects multiply.
+// Levels that other programs left behind: in the parameters of an effect, or in the metadata of an item. Gains of
+// several effects multiply; of their pans and fades the first one counts.
 struct ForeignLevels
 {
-	bool IsEmpty() const { return !mGain && !mPan; }
+	bool IsEmpty() const { return !mGain && !mPan && !mMute && !mFadeIn && !mFadeOut && mFirstChannels == 0; }
 
 	std::optional<Curve> mGain;
 	std::optional<Curve> mPan;
+	// A linear factor: 0 where it is muted, otherwise 1.
+	std::optional<Curve> mMute;
+	std::optional<Fade> mFadeIn;
+	std::optional<Fade> mFadeOut;
+	// Of a clip: it has so many channels, which are the first ones of its media in their order. 0 where nothing says so.
+	std::size_t mFirstChannels = 0;
 };
 
 // How an object is mixed, from its "metadata.sonaro". Which of these it can have depends on its kind;

@@ -1,0 +1,193 @@
+#include "ItemLevelsReader.h"
+
+#include "LevelShapes.h"
+#include "LevelTaker.h"
+#include "LooseNumber.h"
+#include "ParameterState.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+char const* GetSettingOf(LevelTarget inTarget)
+{
+	switch (inTarget)
+	{
+	case LevelTarget::eGain:
+		return "gain";
+	case LevelTarget::ePan:
+		return "pan";
+	case LevelTarget::eMute:
+		return "mute";
+	case LevelTarget::eFadeIn:
+		return "fade_in";
+	case LevelTarget::eFadeOut:
+		return "fade_out";
+	case LevelTarget::eSolo:
+		return "solo";
+	case LevelTarget::eChannels:
+		break;
+	}
+	return "channels";
+}
+
+bool IsOwn(MixSettings const& inOwn, LevelTarget inTarget)
+{
+	switch (inTarget)
+	{
+	case LevelTarget::eGain:
+		return inOwn.mGain.has_value();
+	case LevelTarget::ePan:
+		return inOwn.mPan.has_value();
+	case LevelTarget::eMute:
+		return inOwn.mMute.has_value();
+	case LevelTarget::eSolo:
+		return inOwn.mSolo.has_value();
+	case LevelTarget::eChannels:
+		return !inOwn.mChannels.empty();
+	default:
+		return true;
+	}
+}
+
+// The number of a channel: the element itself, or its member with "channel" in its name.
+std::optional<double> FindChannel(JsonValue const& inElement)
+{
+	if (inElement.Is(JsonValue::Type::eNumber))
+	{
+		return inElement.GetNumber();
+	}
+	JsonMember const* const member = FindMember(inElement, "sourcechannelid|sourcechannel|channelid|channel");
+	bool const isNumber = member != nullptr && member->mValue.Is(JsonValue::Type::eNumber);
+	return isNumber ? std::optional(member->mValue.GetNumber()) : std::nullopt;
+}
+
+// How many channels a map has that takes each for itself, from the first one on, counted from 0 or 1; 0 for others.
+std::size_t CountPlainChannels(JsonValue const& inMap)
+{
+	double next = 0.0;
+	for (JsonValue const& element : inMap.GetElements())
+	{
+		auto const channel = FindChannel(element);
+		bool const isFirst = &element == inMap.GetElements().data();
+		if (!channel || (isFirst ? *channel != 0.0 && *channel != 1.0 : *channel != next))
+		{
+			return 0;
+		}
+		next = *channel + 1.0;
+	}
+	return inMap.GetElements().size();
+}
+
+// Whether the value changes nothing, or says nothing that could be meant.
+bool ChangesNothing(LevelName const& inName, JsonValue const& inValue)
+{
+	JsonMember const* const member = FindMember(inValue, "value");
+	JsonValue const& value = member != nullptr ? member->mValue : inValue;
+	auto const number = ParseLooseNumber(value);
+	if (inName.mTarget == LevelTarget::eChannels)
+	{
+		bool const canBeMap = inValue.Is(JsonValue::Type::eArray) || inValue.Is(JsonValue::Type::eObject);
+		return !canBeMap || IsEmpty(inValue);
+	}
+	bool const isGain = inName.mTarget == LevelTarget::eGain && !inName.mIsDecibels;
+	return !number || number->GetValue() == (isGain ? 1.0 : 0.0);
+}
+
+class ItemSearch
+{
+public:
+	ItemSearch(LevelTaker* ioTaker, MixSettings const& inOwn)
+		: mTaker(ioTaker),
+		  mOwn(inOwn)
+	{
+	}
+
+	void Search(Cursor const& inObject, std::size_t inDepth)
+	{
+		constexpr std::size_t kDeepest = 3;
+		for (JsonMember const& member : inObject.Get().GetMembers())
+		{
+			Cursor const value(inObject, member);
+			// An object at the top is what one program wrote, whatever it is called.
+			bool const canBeLevel = inDepth > 0 || !value.IsObject();
+			auto const name = canBeLevel ? ParseLevelName(member.mKey) : std::nullopt;
+			if (name)
+			{
+				Consider(*name, value, inDepth);
+			}
+			else if (value.Is(JsonValue::Type::eArray) && MatchesKey(member.mKey, "channels|audiochannels"))
+			{
+				Consider({LevelTarget::eChannels, false}, value, inDepth);
+			}
+			else if (inDepth < kDeepest && value.IsObject() && (inDepth > 0 || member.mKey != "sonaro"))
+			{
+				Search(value, inDepth + 1);
+			}
+		}
+	}
+
+	std::size_t GetFirstChannels() const { return mFirstChannels; }
+
+private:
+	void Consider(LevelName const& inName, Cursor const& inValue, std::size_t inDepth)
+	{
+		bool const isSwitch = inName.mTarget == LevelTarget::eMute || inName.mTarget == LevelTarget::eSolo ||
+							  inName.mTarget == LevelTarget::eChannels;
+		// Gain and pan are words of pictures, too.
+		if (IsOwn(mOwn, inName.mTarget) || (!isSwitch && (mTaker == nullptr || inDepth != 1)))
+		{
+			return;
+		}
+		LevelShape const* const shape = FindShape(inValue.Get());
+		if (!isSwitch && shape != nullptr && FindMember(inValue.Get(), shape->mKeyframes) != nullptr)
+		{
+			mTaker->Take(inName, shape, inValue);
+			return;
+		}
+		if (ChangesNothing(inName, inValue.Get()))
+		{
+			return;
+		}
+		if (std::size_t const channels =
+				inName.mTarget == LevelTarget::eChannels ? CountPlainChannels(inValue.Get()) : 0)
+		{
+			mFirstChannels = channels;
+			return;
+		}
+		std::string const setting = GetSettingOf(inName.mTarget);
+		inValue.Tell(Note::Kind::eLevelNotRead, "another program wrote a " + setting +
+													" that is not read; say it as \"" + setting +
+													"\" in metadata.sonaro, which goes before");
+	}
+
+	LevelTaker* mTaker;
+	MixSettings const& mOwn;
+	std::size_t mFirstChannels = 0;
+};
+
+} // namespace
+
+ForeignLevels ReadItemLevels(
+	Cursor const& inMetadata, std::optional<TimeRange> const& inRange, MixSettings const& inOwn)
+{
+	LevelTaker taker(inRange);
+	ItemSearch search(&taker, inOwn);
+	search.Search(inMetadata, 0);
+	ForeignLevels levels = taker.TakeLevels();
+	levels.mFirstChannels = search.GetFirstChannels();
+	return levels;
+}
+
+void TellOfMediaLevels(Cursor const& inMetadata, MixSettings const& inOwn)
+{
+	ItemSearch(nullptr, inOwn).Search(inMetadata, 0);
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,234 @@
+#include "LevelShapes.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <string>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+using Form = LevelShape::Form;
+using Positions = LevelShape::Positions;
+using Unit = LevelUnit;
+
+constexpr std::string_view kKeyframes = "keyframes|keyframe";
+constexpr std::string_view kPoints = "controlpoints|pointlist";
+constexpr std::string_view kTimes = "time|frame|when";
+
+// The first one that fits counts. Docs/OTIO.md has the same rows.
+constexpr LevelShape kShapes[] = {
+	{"parameter-id", Form::eNamed, "parameterid", "parametervalue", "defaultparametervalue", "keyframes", "",
+		"value", Unit::eDecibels, Unit::ePercent, Unit::eFrames, Positions::eItem},
+	{"display-name", Form::eNamed, "displayname", "startvalue", "", "keyframes", "position", "value",
+		Unit::eLinear, Unit::eUnclear, Unit::eUnclear, Positions::eMedia},
+	{"name-and-value", Form::eNamed, "name|parameterid|displayname|id", "value", "default|defaultvalue",
+		kKeyframes, kTimes, "value", Unit::eUnclear, Unit::eUnclear, Unit::eUnclear, Positions::eItem},
+	{"control-points", Form::eObject, "", "", "", kPoints, kTimes, "value", Unit::eUnclear, Unit::eUnclear,
+		Unit::eUnclear, Positions::eItem},
+	{"object", Form::eObject, "", "value", "default|defaultvalue", kKeyframes, kTimes, "value",
+		Unit::eUnclear, Unit::eUnclear, Unit::eUnclear, Positions::eItem},
+	{"list", Form::eList, "", "", "", "", kTimes, "value", Unit::eUnclear, Unit::eUnclear, Unit::eUnclear,
+		Positions::eItem},
+	{"value", Form::eValue, "", "", "", "", "", "", Unit::eUnclear, Unit::eUnclear, Unit::eUnclear,
+		Positions::eItem},
+};
+
+struct KnownName
+{
+	std::string_view mLetters;
+	LevelTarget mTarget;
+};
+
+constexpr KnownName kNames[] = {
+	{"gain", LevelTarget::eGain},
+	{"volume", LevelTarget::eGain},
+	{"level", LevelTarget::eGain},
+	{"pan", LevelTarget::ePan},
+	{"mute", LevelTarget::eMute},
+	{"muted", LevelTarget::eMute},
+	{"ismuted", LevelTarget::eMute},
+	{"muteon", LevelTarget::eMute},
+	{"faderin", LevelTarget::eFadeIn},
+	{"fadein", LevelTarget::eFadeIn},
+	{"faderout", LevelTarget::eFadeOut},
+	{"fadeout", LevelTarget::eFadeOut},
+	{"solo", LevelTarget::eSolo},
+	{"soloed", LevelTarget::eSolo},
+	{"issolo", LevelTarget::eSolo},
+	{"soloon", LevelTarget::eSolo},
+	{"channelmap", LevelTarget::eChannels},
+	{"channelmapping", LevelTarget::eChannels},
+	{"audiochannelmap", LevelTarget::eChannels},
+	{"audiochannelmapping", LevelTarget::eChannels},
+};
+
+// Of names of effects.
+constexpr std::string_view kWords[] = {"gain", "volume", "level", "levels", "pan", "panner", "panning",
+	"balance", "mute", "solo", "fade", "fader"};
+
+bool IsUpper(char inCharacter)
+{
+	return inCharacter >= 'A' && inCharacter <= 'Z';
+}
+
+// 0 for what is neither a letter nor a digit.
+char Fold(char inCharacter)
+{
+	if (IsUpper(inCharacter))
+	{
+		return static_cast<char>(inCharacter - 'A' + 'a');
+	}
+	bool const isLower = inCharacter >= 'a' && inCharacter <= 'z';
+	bool const isDigit = inCharacter >= '0' && inCharacter <= '9';
+	return isLower || isDigit ? inCharacter : '\0';
+}
+
+bool IsSame(std::string_view inKey, std::string_view inFolded)
+{
+	std::size_t matched = 0;
+	for (char const character : inKey)
+	{
+		if (char const folded = Fold(character))
+		{
+			if (matched == inFolded.size() || inFolded[matched] != folded)
+			{
+				return false;
+			}
+			++matched;
+		}
+	}
+	return matched == inFolded.size() && matched > 0;
+}
+
+// inFunction(alternative) until it gives true.
+template <class Function>
+bool AnyAlternative(std::string_view inAlternatives, Function const& inFunction)
+{
+	while (!inAlternatives.empty())
+	{
+		std::size_t const end = std::min(inAlternatives.find('|'), inAlternatives.size());
+		if (inFunction(inAlternatives.substr(0, end)))
+		{
+			return true;
+		}
+		inAlternatives.remove_prefix(std::min(end + 1, inAlternatives.size()));
+	}
+	return false;
+}
+
+bool Has(JsonValue const& inObject, std::string_view inAlternatives)
+{
+	return FindMember(inObject, inAlternatives) != nullptr;
+}
+
+} // namespace
+
+LevelShape const* FindShape(JsonValue const& inLevel)
+{
+	bool const isObject = inLevel.Is(JsonValue::Type::eObject);
+	Form const form =
+		isObject ? Form::eObject : (inLevel.Is(JsonValue::Type::eArray) ? Form::eList : Form::eValue);
+	auto const* const found = std::find_if(std::begin(kShapes), std::end(kShapes),
+		[&inLevel, form, isObject](LevelShape const& inShape)
+		{
+			return inShape.mForm == form &&
+				   (!isObject || Has(inLevel, inShape.mValue) || Has(inLevel, inShape.mKeyframes));
+		});
+	return found == std::end(kShapes) ? nullptr : found;
+}
+
+LevelShape const* FindNamedShape(JsonValue const& inParameter)
+{
+	auto const* const found = std::find_if(std::begin(kShapes), std::end(kShapes),
+		[&inParameter](LevelShape const& inShape)
+		{
+			JsonMember const* const name = FindMember(inParameter, inShape.mNamedBy);
+			return name != nullptr && name->mValue.Is(JsonValue::Type::eString) &&
+				   (Has(inParameter, inShape.mValue) || Has(inParameter, inShape.mKeyframes));
+		});
+	return found == std::end(kShapes) ? nullptr : found;
+}
+
+JsonValue const* FindParameterName(JsonValue const& inParameter)
+{
+	for (LevelShape const& shape : kShapes)
+	{
+		JsonMember const* const name = FindMember(inParameter, shape.mNamedBy);
+		if (name != nullptr && name->mValue.Is(JsonValue::Type::eString))
+		{
+			return &name->mValue;
+		}
+	}
+	return nullptr;
+}
+
+std::optional<LevelName> ParseLevelName(std::string_view inName)
+{
+	constexpr std::size_t kLongest = 32;
+	std::string letters;
+	for (char const character : inName.substr(0, kLongest))
+	{
+		char const folded = Fold(character);
+		if (folded >= 'a')
+		{
+			letters.push_back(folded);
+		}
+	}
+	std::string_view stem = letters;
+	bool const isDecibels = stem.ends_with("db");
+	stem.remove_suffix(isDecibels ? 2 : 0);
+	auto const* const found = std::find_if(std::begin(kNames), std::end(kNames),
+		[stem](KnownName const& inKnown) { return inKnown.mLetters == stem; });
+	bool const isKnown = found != std::end(kNames) && (!isDecibels || found->mTarget == LevelTarget::eGain);
+	return isKnown ? std::optional(LevelName{found->mTarget, isDecibels}) : std::nullopt;
+}
+
+bool NamesLevels(std::string_view inName)
+{
+	// Each word's letters; a capital behind a small letter begins one.
+	std::size_t begin = 0;
+	for (std::size_t i = 0; i <= inName.size(); ++i)
+	{
+		bool const isLetter = i < inName.size() && Fold(inName[i]) != '\0';
+		bool const isCapital = isLetter && i > begin && IsUpper(inName[i]) && !IsUpper(inName[i - 1]);
+		if (isLetter && !isCapital)
+		{
+			continue;
+		}
+		std::string_view const word = inName.substr(begin, i - begin);
+		if (std::any_of(std::begin(kWords), std::end(kWords),
+				[word](std::string_view inWord) { return IsSame(word, inWord); }))
+		{
+			return true;
+		}
+		begin = isCapital ? i : i + 1;
+	}
+	return false;
+}
+
+bool MatchesKey(std::string_view inKey, std::string_view inAlternatives)
+{
+	return AnyAlternative(
+		inAlternatives, [inKey](std::string_view inAlternative) { return IsSame(inKey, inAlternative); });
+}
+
+JsonMember const* FindMember(JsonValue const& inObject, std::string_view inAlternatives)
+{
+	JsonMember const* found = nullptr;
+	AnyAlternative(inAlternatives,
+		[&inObject, &found](std::string_view inAlternative)
+		{
+			for (JsonMember const& member : inObject.GetMembers())
+			{
+				found = IsSame(member.mKey, inAlternative) ? &member : found;
+			}
+			return found != nullptr;
+		});
+	return found;
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "LevelShapes.h"
+
+namespace SonaroHost::Otio
+{
+
+// What a parameter does, as far as it says so itself.
+enum class ParameterState
+{
+	// It states its default and has it, or no value at all.
+	eDefault,
+	eUnknown,
+	// It states its default and has another value, or it has keyframes.
+	eChanged,
+};
+
+ParameterState FindState(JsonValue const& inParameter, LevelShape const& inShape);
+
+// An effect or parameter that says so by "enabled".
+bool IsSwitchedOff(JsonValue const& inObject);
+
+// Null, or a list or an object of nothing.
+bool IsEmpty(JsonValue const& inValue);
+
+} // namespace SonaroHost::Otio
