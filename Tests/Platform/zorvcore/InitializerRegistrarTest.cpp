@@ -1,6 +1,8 @@
 #include "zorvcore/config/InitializerRegistrar.h"
 
 #include "AssertCapture.h"
+#include "zorvcore/classref/AsyncDestruction.h"
+#include "zorvcore/classref/Unknown.h"
 
 #include <gmock/gmock.h>
 
@@ -84,6 +86,24 @@ TEST(InitializerRegistrar, AFailedStartIsReportedAndNeverStopped)
 	}
 }
 
-std::unique_ptr<InitializerRegistrar> sNested;
+// Loads and unloads a module while it dies.
+class Loader final : public zorvcore::classref::Unknown
+{
+public:
+	~Loader() override { InitializerRegistrar const module = MakeNamed<'l'>(); }
+};
+
+TEST(InitializerRegistrar, WhatDiesInTheBackgroundAtAStopMayLoadModules)
+{
+	auto const stop = [] { zorvcore::classref::MakeAsyncDestroyedObject<Loader>(); };
+	{
+		InitializerRegistrar const module("outer", 0, nullptr, stop);
+		StopRegisteredModules();
+		// Not started while all modules are stopped.
+		EXPECT_THAT(TakeEvents(), IsEmpty());
+		StartRegisteredModules();
+	}
+	EXPECT_THAT(TakeEvents(), ElementsAre("start l", "stop l"));
+}
 
 } // namespace

@@ -5,13 +5,16 @@
 
 #include <exception>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace zorvcore::config
 {
 
-// The registered modules in the order of their registration. The mutex is held while modules start and
-// stop, and recursive because a start may load a library with modules of its own. Never destroyed.
+// The registered modules in the order of their registration. The lock is held while modules start and
+// stop, and recursive because a start may load a library with modules of its own. It is let go, on all
+// levels, while background destruction is awaited: an object that dies there may load or unload a library.
+// Never destroyed.
 class ModuleList
 {
 public:
@@ -23,7 +26,7 @@ public:
 
 	void Add(InitializerRegistrar& inModule)
 	{
-		std::lock_guard const lock(mMutex);
+		Lock const lock(*this);
 		mModules.push_back(&inModule);
 		if (mRunning)
 		{
@@ -33,15 +36,20 @@ public:
 
 	void Remove(InitializerRegistrar& inModule)
 	{
-		std::lock_guard const lock(mMutex);
-		inModule.Stop();
+		Lock const lock(*this);
+		bool const wasStarted = inModule.Stop();
 		std::erase(mModules, &inModule);
+		if (wasStarted)
+		{
+			AwaitDestruction();
+		}
 	}
 
 	// By index, since a module may register or go while another starts or stops.
 	void StartAll()
 	{
-		std::lock_guard const lock(mMutex);
+		std::lock_guard const change(mChangeMutex);
+		Lock const lock(*this);
 		mRunning = true;
 		for (std::size_t i = 0; i < mModules.size(); ++i)
 		{
@@ -51,25 +59,67 @@ public:
 
 	void StopAll()
 	{
-		std::lock_guard const lock(mMutex);
+		std::lock_guard const change(mChangeMutex);
+		Lock const lock(*this);
 		mRunning = false;
 		for (std::size_t i = mModules.size(); i-- > 0;)
 		{
-			if (i < mModules.size())
+			if (i < mModules.size() && mModules[i]->Stop())
 			{
-				mModules[i]->Stop();
+				AwaitDestruction();
 			}
 		}
 	}
 
 	bool IsStarted(InitializerRegistrar const& inModule)
 	{
-		std::lock_guard const lock(mMutex);
+		Lock const lock(*this);
 		return inModule.mStarted;
 	}
 
 private:
+	class Lock
+	{
+	public:
+		explicit Lock(ModuleList& ioList)
+			: mList(ioList)
+		{
+			mList.mMutex.lock();
+			++mList.mDepth;
+		}
+		~Lock()
+		{
+			--mList.mDepth;
+			mList.mMutex.unlock();
+		}
+		Lock(Lock const&) = delete;
+		Lock& operator=(Lock const&) = delete;
+
+	private:
+		ModuleList& mList;
+	};
+
+	// Called with the lock held.
+	void AwaitDestruction()
+	{
+		unsigned const depth = std::exchange(mDepth, 0u);
+		for (unsigned level = 0; level < depth; ++level)
+		{
+			mMutex.unlock();
+		}
+		classref::WaitForAsyncDestruction();
+		for (unsigned level = 0; level < depth; ++level)
+		{
+			mMutex.lock();
+		}
+		mDepth = depth;
+	}
+
+	// Keeps a start and a stop of all modules apart, also while the lock is let go. Taken before mMutex.
+	std::recursive_mutex mChangeMutex;
 	std::recursive_mutex mMutex;
+	// How often the thread that holds mMutex has locked it.
+	unsigned mDepth = 0;
 	std::vector<InitializerRegistrar*> mModules;
 	bool mRunning = true;
 };
@@ -127,11 +177,11 @@ void InitializerRegistrar::Start()
 	}
 }
 
-void InitializerRegistrar::Stop()
+bool InitializerRegistrar::Stop()
 {
 	if (!mStarted)
 	{
-		return;
+		return false;
 	}
 	mStarted = false;
 	try
@@ -149,7 +199,7 @@ void InitializerRegistrar::Stop()
 	{
 		ReportFailure(mName, "the stop threw an unknown exception");
 	}
-	classref::WaitForAsyncDestruction();
+	return true;
 }
 
 void StopRegisteredModules()

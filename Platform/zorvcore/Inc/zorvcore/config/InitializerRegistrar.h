@@ -13,8 +13,8 @@ namespace zorvcore::config
 //
 // Start    Returns whether it worked. False or an exception is reported and counts as not started: the
 //          module's stop will not be called.
-// Stop     Ends with WaitForAsyncDestruction, so that nothing of the module is destroyed later on a
-//          background thread. An exception is reported.
+// Stop     Is followed by WaitForAsyncDestruction, so that nothing of the module is destroyed later on a
+//          background thread. What dies there may make and destroy registrars. An exception is reported.
 // Threads  Any; starts and stops run one at a time, and may themselves make further registrars.
 class ZORV_API InitializerRegistrar
 {
@@ -34,7 +34,8 @@ private:
 	friend class ModuleList;
 
 	void Start();
-	void Stop();
+	// Whether it was running.
+	bool Stop();
 
 	std::string const mName;
 	StartFunction const mStart;
