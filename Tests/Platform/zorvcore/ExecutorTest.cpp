@@ -206,6 +206,34 @@ TEST(AsyncThreadedExecutor, ManyThreadsMayQueueWhileOneDisposes)
 	}
 }
 
+TEST(AsyncThreadedExecutor, EachOfTwoDisposalsWaitsForTheThreadToEnd)
+{
+	static std::atomic<bool> sHasEnded;
+	// Dies with its thread, after the last task.
+	struct LateEnd
+	{
+		~LateEnd()
+		{
+			std::this_thread::sleep_for(std::chrono::milliseconds(20));
+			sHasEnded = true;
+		}
+	};
+	for (int round = 0; round < 5; ++round)
+	{
+		sHasEnded = false;
+		auto const executor = CreateAsyncThreadedExecutor("late");
+		executor->Queue([] { [[maybe_unused]] thread_local LateEnd sLateEnd; });
+		auto const dispose = [&executor]
+		{
+			executor->Dispose();
+			EXPECT_TRUE(sHasEnded);
+		};
+		std::thread other(dispose);
+		dispose();
+		other.join();
+	}
+}
+
 TEST(CurrentThread, OnlyTheFirstThreadIsTheMainThread)
 {
 	bool other = true;

@@ -68,25 +68,32 @@ public:
 	void Dispose()
 	{
 		Stop();
-		std::vector<std::thread> threads;
+		std::unique_lock lock(mMutex);
+		std::vector<std::thread> threads = std::exchange(mThreads, {});
+		if (sCurrentWorker == this)
 		{
-			std::lock_guard const lock(mMutex);
-			threads.swap(mThreads);
+			std::for_each(threads.begin(), threads.end(), [](std::thread& ioThread) { ioThread.detach(); });
+			return;
 		}
-		for (std::thread& thread : threads)
-		{
-			sCurrentWorker == this ? thread.detach() : thread.join();
-		}
+		++mJoiningCalls;
+		lock.unlock();
+		std::for_each(threads.begin(), threads.end(), [](std::thread& ioThread) { ioThread.join(); });
+		lock.lock();
+		--mJoiningCalls;
+		mDrained.notify_all();
+		// Another call may have taken the threads, to join or to detach them.
+		mDrained.wait(lock, [this] { return mJoiningCalls == 0 && mLiveThreads == 0; });
 	}
 
 private:
-	// Called with the lock held, behind a task that was just queued.
+	// Called with the lock held, after a task was queued.
 	void StartThread()
 	{
 		try
 		{
 			mThreads.reserve(mThreads.size() + 1);
 			mThreads.emplace_back([self = shared_from_this()] { self->RunThread(); });
+			++mLiveThreads;
 		}
 		catch (...)
 		{
@@ -121,6 +128,8 @@ private:
 				mDrained.notify_all();
 			}
 		}
+		--mLiveThreads;
+		mDrained.notify_all();
 	}
 
 	// False when the executor was stopped and nothing is left to do. A stop outweighs a pause.
@@ -167,6 +176,10 @@ private:
 	std::condition_variable mDrained;
 	std::deque<std::function<void()>> mTasks;
 	std::vector<std::thread> mThreads;
+	// Calls of Dispose that wait for threads to end.
+	std::size_t mJoiningCalls = 0;
+	// Threads that have been started and have tasks to wait for.
+	std::size_t mLiveThreads = 0;
 	std::size_t mWaitingThreads = 0;
 	std::size_t mRunningTasks = 0;
 	bool mPaused = false;
