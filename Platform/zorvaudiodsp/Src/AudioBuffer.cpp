@@ -180,7 +180,8 @@ void AudioBuffer::ZeroChannel(unsigned long long inChannel, unsigned inSamples, 
 	if (float* const samples = GetChannel(inChannel))
 	{
 		zorvaccelerate::utility::Zero(std::min(inSamples, mUseSize), samples);
-		if (inMarkSilent)
+		// What lies beyond a part is still heard.
+		if (inMarkSilent && inSamples >= mUseSize)
 		{
 			MarkChannelSilent(inChannel);
 		}
@@ -246,13 +247,21 @@ void AudioBuffer::CopyOneChannel(AudioBuffer const& inSource, unsigned long long
 		float const* const source = inSource.mChannels[inSourceChannel];
 		Copy(count, source, BeginWrite(inDestinationChannel, count));
 	}
-	else if (count == mUseSize)
+	else
 	{
-		MarkChannelSilent(inDestinationChannel);
+		Silence(inDestinationChannel, count);
 	}
-	else if (!IsChannelSilent(inDestinationChannel))
+}
+
+void AudioBuffer::Silence(unsigned long long inChannel, unsigned inCount)
+{
+	if (inCount == mUseSize)
 	{
-		zorvaccelerate::utility::Zero(count, mChannels[inDestinationChannel]);
+		MarkChannelSilent(inChannel);
+	}
+	else if (!IsChannelSilent(inChannel))
+	{
+		ZeroChannel(inChannel, inCount, false);
 	}
 }
 
@@ -263,7 +272,7 @@ void AudioBuffer::CopyFromScale(AudioBuffer const& inSource, float inGain)
 	{
 		if (inGain == 0.0f || inSource.IsChannelSilent(channel) || !GetChannel(channel))
 		{
-			MarkChannelSilent(channel);
+			Silence(channel, count);
 			continue;
 		}
 		float const* const source = inSource.mChannels[channel];

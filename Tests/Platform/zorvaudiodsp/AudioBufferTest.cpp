@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -108,6 +109,38 @@ TEST(AudioBuffer, PartialWritesIntoSilenceLeaveNoStaleSamples)
 	std::fill_n(buffer.GetChannel(0) + 1, 2, 7.0f);
 	buffer.NoteBufferWrite(1, 2);
 	EXPECT_EQ(Heard(buffer, 0), Values({0, 7, 7, 0}));
+}
+
+TEST(AudioBuffer, PartialSilenceLeavesTheRestAudible)
+{
+	struct Case
+	{
+		char const* mName;
+		std::function<void(AudioBuffer&)> mSilence;
+	};
+	AudioBuffer flagged(1, 2);
+	flagged.Zero();
+	AudioBuffer sounding(1, 2);
+	Write(sounding, 0, {5, 6});
+	Case const cases[] = {
+		{"zeros that would mark the channel",
+			[](AudioBuffer& ioBuffer) { ioBuffer.ZeroChannel(0, 2, true); }},
+		{"a copy of silence", [&](AudioBuffer& ioBuffer) { ioBuffer.CopyChannel(flagged, 0, 0); }},
+		{"a scaled copy of silence", [&](AudioBuffer& ioBuffer) { ioBuffer.CopyFromScale(flagged, 2.0f); }},
+		{"a copy at gain 0", [&](AudioBuffer& ioBuffer) { ioBuffer.CopyFromScale(sounding, 0.0f); }},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		AudioBuffer buffer(1, 4);
+		Write(buffer, 0, {1, 2, 3, 4});
+		test.mSilence(buffer);
+		EXPECT_FALSE(buffer.IsChannelSilent(0));
+		EXPECT_EQ(Heard(buffer, 0), Values({0, 0, 3, 4}));
+		buffer.Zero();
+		test.mSilence(buffer);
+		EXPECT_TRUE(buffer.IsChannelSilent(0)) << "silence stays silence";
+	}
 }
 
 TEST(AudioBuffer, CopyFromTakesOverTheLengthUpToTheCapacity)

@@ -80,7 +80,8 @@ public:
 
 	// Writes zeros into UseSize samples of every channel and leaves the flags alone.
 	void ZeroBuffers();
-	// Writes zeros into the first samples of one channel. inMarkSilent also sets its flag.
+	// Writes zeros into the first samples of one channel. inMarkSilent also sets its flag when these are
+	// all UseSize samples; what lies beyond a part is still heard.
 	void ZeroChannel(unsigned long long inChannel, unsigned inSamples, bool inMarkSilent);
 	void SetChannelZero(unsigned long long inChannel, bool inSilent);
 
@@ -128,6 +129,8 @@ private:
 	float* BeginWrite(unsigned long long inChannel, unsigned inCount);
 	void CopyOneChannel(AudioBuffer const& inSource, unsigned long long inSourceChannel,
 		unsigned long long inDestinationChannel, unsigned inCount);
+	// Makes the first inCount samples of a channel silent: by the flag where these are all.
+	void Silence(unsigned long long inChannel, unsigned inCount);
 	// Zeros in [0, inFirst) and [inEnd, UseSize) of one channel.
 	void ZeroOutside(unsigned long long inChannel, unsigned inFirst, unsigned inEnd);
 
