@@ -6,7 +6,6 @@
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "zorvaudiodsp/AudioBufferShell.h"
 
-#include <map>
 #include <vector>
 
 namespace SN
@@ -14,7 +13,7 @@ namespace SN
 
 // One clip out of one or more generators: routes their channels onto the clip's layout, applies a fixed
 // gain and shifts time by the clip's start offset. Each generator runs into a scratch buffer, save a single
-// one whose channels stay what they are.
+// one whose channels stay what they are; what it does not fill of the request is silent.
 //
 // Latency  the largest of the generators'.
 // Silence  output channels from the number of generators on are flagged silent before the generators
@@ -57,7 +56,17 @@ protected:
 	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
-	// Calls inFunction with each generator that is there, in map order.
+	struct Input
+	{
+		// May be empty.
+		InterfaceRef<IAudioGenerator> mGenerator;
+		// From channels of the clip to channels of the generator.
+		AudioChannelMap mChannels;
+		// Channels of the generator, 0 for an empty reference.
+		unsigned mWidth = 0;
+	};
+
+	// Calls inFunction with each generator that is there, in their order.
 	template <class Function>
 	void ForEachGenerator(Function const& inFunction);
 
@@ -66,13 +75,11 @@ private:
 	// Whether a single generator gives all the clip's channels in their order.
 	bool KeepsChannels() const;
 	void RunGenerators(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse);
-	void RunGenerator(IAudioGenerator& ioGenerator, unsigned inNumChannels, TickTime const& inTime,
-		bool inReverse, dsp::AudioBuffer& ioScratch);
+	void RunIntoScratch(
+		Input const& inInput, TickTime const& inTime, bool inReverse, dsp::AudioBuffer& ioScratch);
 
-	// By the address of the object.
-	std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> mGenerators;
-	// How many channels each of them has, 0 for an empty reference; without entries where mKeepsChannels tells.
-	std::vector<unsigned> mGeneratorWidths;
+	// Ordered by the address of the generator.
+	std::vector<Input> mInputs;
 	AudioChannelLayout mChannelLayout;
 	// Added to each requested time.
 	TickTime mStartOffset;

@@ -49,16 +49,26 @@ void CopyChannels(dsp::AudioBuffer& ioScratch, AudioChannelMap const& inChannels
 	}
 }
 
+// What the generator does not write of the request is silent.
+void RunGenerator(
+	IAudioGenerator& ioGenerator, TickTime const& inTime, bool inReverse, dsp::AudioBuffer& ioBuffer)
+{
+	unsigned const frames = ioBuffer.GetUseSize();
+	ioBuffer.Zero();
+	ioGenerator.GetAudioData(inTime, ioBuffer, inReverse);
+	FillUp(ioBuffer, frames);
+}
+
 } // namespace
 
 template <class Function>
 void AudioClipRenderer::ForEachGenerator(Function const& inFunction)
 {
-	for (auto const& [generator, channels] : mGenerators)
+	for (Input const& input : mInputs)
 	{
-		if (generator)
+		if (input.mGenerator)
 		{
-			inFunction(*generator);
+			inFunction(*input.mGenerator);
 		}
 	}
 }
@@ -75,7 +85,10 @@ int AudioClipRenderer::Create(InterfaceRef<IAudioRenderContext> const& inContext
 	{
 		return result;
 	}
-	clip->mGenerators = inGenerators;
+	for (auto const& [generator, channels] : inGenerators)
+	{
+		clip->mInputs.push_back({generator, channels});
+	}
 	clip->mChannelLayout = inChannelLayout;
 	clip->mStartOffset = inStartOffset;
 	clip->mGain = inGain;
@@ -99,40 +112,33 @@ int AudioClipRenderer::Create(InterfaceRef<IAudioRenderContext> const& inContext
 FrameRate AudioClipRenderer::MeasureGenerators(FrameRate const& inFrameRate)
 {
 	FrameRate sourceRate = inFrameRate;
-	for (auto const& [generator, channels] : mGenerators)
+	for (Input& input : mInputs)
 	{
-		mGeneratorWidths.push_back(0);
-		if (!generator)
+		if (!input.mGenerator)
 		{
 			continue;
 		}
-		InterfaceRef<IAudioGeneratorPrivate> const description(generator);
-		unsigned const numChannels = description->GetNumChannels();
-		mGeneratorWidths.back() = numChannels;
+		InterfaceRef<IAudioGeneratorPrivate> const description(input.mGenerator);
+		input.mWidth = description->GetNumChannels();
 		sourceRate = description->GetGeneratorFrameRate();
-		mMaxChannels = std::max(mMaxChannels, numChannels);
-		if (mGenerators.size() == 1 && numChannels < mMaxChannels)
+		mMaxChannels = std::max(mMaxChannels, input.mWidth);
+		if (mInputs.size() == 1 && input.mWidth < mMaxChannels)
 		{
-			mShell.Init(numChannels);
+			mShell.Init(input.mWidth);
 		}
 	}
 	mKeepsChannels = KeepsChannels();
-	if (mKeepsChannels)
-	{
-		// Not looked at, and there may be very many clips.
-		mGeneratorWidths = {};
-	}
 	return sourceRate;
 }
 
 bool AudioClipRenderer::KeepsChannels() const
 {
-	if (mGenerators.size() != 1 || mGeneratorWidths[0] != mMaxChannels ||
-		mGenerators.begin()->second.size() != mMaxChannels)
+	if (mInputs.size() != 1 || !mInputs[0].mGenerator || mInputs[0].mWidth != mMaxChannels ||
+		mInputs[0].mChannels.size() != mMaxChannels)
 	{
 		return false;
 	}
-	AudioChannelMap const& channels = mGenerators.begin()->second;
+	AudioChannelMap const& channels = mInputs[0].mChannels;
 	return std::all_of(channels.begin(), channels.end(),
 		[&](auto const& inEntry) { return inEntry.first == inEntry.second && inEntry.first < mMaxChannels; });
 }
@@ -146,20 +152,21 @@ InterfaceRef<IAudioGenerator> AudioClipRenderer::Clone()
 	clone->mGain = mGain;
 	clone->mHasGain = mHasGain;
 	clone->mMaxChannels = mMaxChannels;
-	for (auto const& [generator, channels] : mGenerators)
+	for (Input const& input : mInputs)
 	{
-		clone->mGenerators.emplace(
-			generator ? generator->Clone() : InterfaceRef<IAudioGenerator>(), channels);
+		clone->mInputs.push_back(
+			{input.mGenerator ? input.mGenerator->Clone() : input.mGenerator, input.mChannels});
 	}
-	// In an order of their own.
+	std::sort(clone->mInputs.begin(), clone->mInputs.end(),
+		[](Input const& inLeft, Input const& inRight) { return inLeft.mGenerator < inRight.mGenerator; });
 	clone->MeasureGenerators(GetFrameRate());
 	return clone;
 }
 
 bool AudioClipRenderer::HasHistory()
 {
-	return std::any_of(mGenerators.begin(), mGenerators.end(),
-		[](auto const& inEntry) { return inEntry.first && inEntry.first->HasHistory(); });
+	return std::any_of(mInputs.begin(), mInputs.end(),
+		[](Input const& inInput) { return inInput.mGenerator && inInput.mGenerator->HasHistory(); });
 }
 
 TickTime AudioClipRenderer::GetDelay()
@@ -189,7 +196,7 @@ void AudioClipRenderer::FillInitialDelay(
 	ForEachGenerator(
 		[&](IAudioGenerator& ioGenerator)
 		{
-			// Without the start offset, unlike Preroll: deliberately so.
+			// Without the start offset, unlike Preroll: the start time stays the caller's.
 			ioGenerator.FillInitialDelay(inStartTime, inDelayTime, inReverse, true);
 		});
 }
@@ -208,11 +215,7 @@ void AudioClipRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& i
 	if (mKeepsChannels && inBuffer.GetNumChannels() == mMaxChannels &&
 		inBuffer.GetUseSize() <= GetMaxBlockSize())
 	{
-		// What the generator does not write is silent.
-		unsigned const frames = inBuffer.GetUseSize();
-		inBuffer.Zero();
-		mGenerators.begin()->first->GetAudioData(time, inBuffer, inReverse);
-		FillUp(inBuffer, frames);
+		RunGenerator(*mInputs[0].mGenerator, time, inReverse, inBuffer);
 	}
 	else
 	{
@@ -226,16 +229,15 @@ void AudioClipRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& i
 
 void AudioClipRenderer::RunGenerators(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
 {
-	// From the number of generators, not of channels: deliberately so.
-	for (unsigned long long channel = mGenerators.size(); channel < ioBuffer.GetNumChannels(); ++channel)
+	// Channels below the number of generators stay the caller's, so that clips of one channel each can share
+	// a buffer.
+	for (unsigned long long channel = mInputs.size(); channel < ioBuffer.GetNumChannels(); ++channel)
 	{
 		ioBuffer.MarkChannelSilent(channel);
 	}
-	std::size_t index = 0;
-	for (auto const& [generator, channels] : mGenerators)
+	for (Input const& input : mInputs)
 	{
-		unsigned const numChannels = mKeepsChannels ? mMaxChannels : mGeneratorWidths[index++];
-		if (!generator)
+		if (!input.mGenerator)
 		{
 			continue;
 		}
@@ -243,23 +245,23 @@ void AudioClipRenderer::RunGenerators(TickTime const& inTime, dsp::AudioBuffer& 
 			GetStackAudioBuffer(mMaxChannels, StackAudioBufferTags::kAudioClipRenderer));
 		dsp::AudioBuffer& scratch = scoped.GetBuffer();
 		scratch.SetUseSize(ioBuffer.GetUseSize());
-		scratch.SetSilenceFlags(dsp::SilenceFlags::All());
-		RunGenerator(*generator, numChannels, inTime, inReverse, scratch);
-		CopyChannels(scratch, channels, ioBuffer);
+		RunIntoScratch(input, inTime, inReverse, scratch);
+		CopyChannels(scratch, input.mChannels, ioBuffer);
 	}
 }
 
-void AudioClipRenderer::RunGenerator(IAudioGenerator& ioGenerator, unsigned inNumChannels,
-	TickTime const& inTime, bool inReverse, dsp::AudioBuffer& ioScratch)
+void AudioClipRenderer::RunIntoScratch(
+	Input const& inInput, TickTime const& inTime, bool inReverse, dsp::AudioBuffer& ioScratch)
 {
-	if (mGenerators.size() != 1 || inNumChannels >= mMaxChannels)
+	if (mInputs.size() != 1 || inInput.mWidth >= mMaxChannels)
 	{
-		ioGenerator.GetAudioData(inTime, ioScratch, inReverse);
+		RunGenerator(*inInput.mGenerator, inTime, inReverse, ioScratch);
 		return;
 	}
+	ioScratch.SetSilenceFlags(dsp::SilenceFlags::All());
 	mShell.Assign(ioScratch.GetChannels(), ioScratch.GetCapacity());
 	mShell.SetUseSize(ioScratch.GetUseSize());
-	ioGenerator.GetAudioData(inTime, mShell, inReverse);
+	RunGenerator(*inInput.mGenerator, inTime, inReverse, mShell);
 	if (!mShell.IsSilent())
 	{
 		ioScratch.ClearSilenceFlags(~mShell.GetSilenceFlags());
@@ -284,9 +286,9 @@ void AudioClipRenderer::ShutdownAudioFilters()
 std::vector<InterfaceRef<UnknownBase>> AudioClipRenderer::GetInputNodes()
 {
 	std::vector<InterfaceRef<UnknownBase>> nodes;
-	for (auto const& [generator, channels] : mGenerators)
+	for (Input const& input : mInputs)
 	{
-		nodes.push_back(generator);
+		nodes.push_back(input.mGenerator);
 	}
 	return nodes;
 }

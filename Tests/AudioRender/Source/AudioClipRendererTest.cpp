@@ -4,6 +4,7 @@
 #include "Support/Contexts.h"
 #include "Support/Fakes.h"
 #include "Support/NaiveClip.h"
+#include "Support/SimpleGenerator.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvcore/config/Exceptions.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
@@ -233,6 +234,49 @@ TEST(AudioClipRenderer, HandsItsCallsOnToEachGenerator)
 	};
 	EXPECT_EQ(a->mCalls, expected);
 	EXPECT_EQ(b->mCalls, expected);
+}
+
+// Gives no more than three samples of a request.
+class CutGenerator final : public SimpleGenerator
+{
+public:
+	using SimpleGenerator::SimpleGenerator;
+
+	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool) override
+	{
+		FillFrom(PositionSample, GetNumChannels(), inTime, k48000Hz, inBuffer);
+		inBuffer.SetUseSize(std::min(inBuffer.GetUseSize(), 3u));
+	}
+};
+
+TEST(AudioClipRenderer, WhatAGeneratorLeavesOfARequestIsSilent)
+{
+	struct Case
+	{
+		char const* mName;
+		unsigned mGeneratorChannels;
+		unsigned mClipChannels;
+	};
+	for (Case const& test : {Case{"into the caller's buffer", 1, 1}, Case{"through a shell", 1, 2},
+			 Case{"through the scratch", 2, 1}})
+	{
+		SCOPED_TRACE(test.mName);
+		ScopedContext const context(8);
+		ClipSettings const settings{test.mClipChannels, {}, 1.0f, 1.0, k48000Hz};
+		auto const full =
+			MakeClip(context, {{MakeObject<FakeGenerator>(test.mGeneratorChannels), {{0, 0}}}}, settings);
+		auto const cut =
+			MakeClip(context, {{MakeObject<CutGenerator>(test.mGeneratorChannels), {{0, 0}}}}, settings);
+		dsp::AudioBuffer buffer(test.mClipChannels, 8);
+		// Leaves its samples in the scratch that both clips share.
+		full->GetAudioData(Frames(100), buffer, false);
+		cut->GetAudioData(Frames(0), buffer, false);
+		ASSERT_EQ(buffer.GetUseSize(), 8u);
+		for (unsigned frame = 0; frame < 8; ++frame)
+		{
+			EXPECT_EQ(buffer.GetChannel(0)[frame], frame < 3 ? PositionSample(0, frame) : 0.0f) << frame;
+		}
+	}
 }
 
 TEST(AudioClipRenderer, CreationReportsTheContextAndTheRate)
