@@ -27,6 +27,10 @@ int AdaptivePanner::Init(AutomatedPannerSettings const& inSettings, AudioChannel
 {
 	AudioPannerDirectChannelAssignmentBase::Init(inMatrix, GetOutputAudioChannelLayout());
 	int const result = AutomatedPanner::Init(inSettings, kAnyParameterCount);
+	if (ResultSucceeded(result) && GetNumOutputChannels() > dsp::AudioBuffer::kMaxChannels)
+	{
+		return eInvalidArgument;
+	}
 	if (ResultSucceeded(result))
 	{
 		ReserveStackAudioBuffer(GetNumOutputChannels(), GetMaxBlockSize(), inTag);

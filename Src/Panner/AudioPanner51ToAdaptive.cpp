@@ -1,5 +1,6 @@
 #include "Panner/AudioPanner51ToAdaptive.h"
 
+#include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 namespace SN
@@ -13,6 +14,10 @@ int AudioPanner51ToAdaptive::Create(InterfaceRef<IAudioRenderContext> const& inC
 		zorvmediatypes::CreateMultichannelLayout(inOutputChannels));
 	panner->AudioPannerDirectChannelAssignmentBase::Init(inMatrix, panner->GetOutputAudioChannelLayout());
 	int const result = panner->AudioRenderContextClient::Init(inContext, inFrameRate);
+	if (ResultSucceeded(result) && panner->GetNumOutputChannels() > dsp::AudioBuffer::kMaxChannels)
+	{
+		return eInvalidArgument;
+	}
 	if (ResultSucceeded(result))
 	{
 		*outProcessor = panner;

@@ -39,6 +39,11 @@ void AudioPannerMonoTo51::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::Au
 		GetRamp(channel).Process(inInput, 0, outOutput, channel);
 	}
 	unsigned const frames = std::min(inInput.GetUseSize(), outOutput.GetUseSize());
+	if (inInput.IsChannelSilent(0))
+	{
+		// Another channel of a wider buffer is heard. What a flag covers counts as zeros, and the filter rings on.
+		const_cast<dsp::AudioBuffer&>(inInput).ZeroChannel(0, frames, false);
+	}
 	GetFilter().Process(frames, {.mFirst = inInput.GetChannel(0)}, outOutput.GetChannel(kLowFrequency));
 	outOutput.NoteChannelWrite(kLowFrequency, frames);
 	GetRamp(kLowFrequency).Process(outOutput, kLowFrequency);

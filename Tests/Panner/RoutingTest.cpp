@@ -1,4 +1,5 @@
 #include "AudioRender/Component/AudioChannelMatrixRenderer.h"
+#include "Sonaro/AudioChannelMix.h"
 #include "Sonaro/SonaroFactory.h"
 #include "Support/Contexts.h"
 #include "Support/Panning.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -301,6 +303,66 @@ TEST(AudioChannelMatrixRenderer, ReroutesInPlace)
 		AudioChannelMatrixRenderer::Create(context.Get(), FrameRate(), {}, &renderer), eInvalidArgument);
 	EXPECT_EQ(AudioChannelMatrixRenderer::Create({}, k48000Hz, {}, &renderer), eNullPointer);
 	EXPECT_FALSE(renderer);
+}
+
+TEST(DirectPanners, MoreChannelsThanABufferHasAreRefused)
+{
+	ScopedContext const context;
+	for (PanProcessorType const type : {kPanMonoToAdaptive, kPanStereoToAdaptive, kPan51ToAdaptive})
+	{
+		SCOPED_TRACE(type);
+		for (int const outputs : {64, 65, 1000})
+		{
+			InterfaceRef<IAudioPanProcessor> panner;
+			EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateDirectAudioPanProcessorRenderer(context.Get(),
+						  k48000Hz, type, outputs, {{0, {0}}}, false, ConstantParameters({0.5f}), &panner),
+				outputs == 64 ? kSuccess : eInvalidArgument);
+			EXPECT_EQ(static_cast<bool>(panner), outputs == 64);
+		}
+	}
+}
+
+// The first channel is flagged, and the second, which mono has not, sounds.
+TEST(MonoInputs, AFlaggedChannelOfAWiderBufferCountsAsZeros)
+{
+	constexpr unsigned kFrames = 16;
+	ScopedContext const context;
+	auto const stereo = MakePanner(context.Get(), kPanMonoToStereo, ConstantParameters({0.5f}));
+	auto const surround =
+		MakePanner(context.Get(), kPanMonoTo51, ConstantParameters({0.5f, 0.5f, 0.5f, 1.0f}));
+	struct Case
+	{
+		char const* mName;
+		unsigned mOutputs;
+		std::function<void(dsp::AudioBuffer const&, dsp::AudioBuffer&)> mRun;
+	};
+	Case const cases[] = {
+		{"panner to stereo", 2,
+			[&](auto const& inInput, auto& outOutput)
+			{ stereo->ProcessAudioData(inInput, outOutput, kTimeZero); }},
+		{"panner to 5.1", 6,
+			[&](auto const& inInput, auto& outOutput)
+			{ surround->ProcessAudioData(inInput, outOutput, kTimeZero); }},
+		{"fold to stereo", 2,
+			AudioChannelMix::GetMixFunction(VX::kAudioChannelLayout_Mono, VX::kAudioChannelLayout_Stereo)},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		dsp::AudioBuffer input(2, kFrames);
+		std::fill_n(input.GetChannel(0), kFrames, kStale);
+		std::fill_n(input.GetChannel(1), kFrames, 1.0f);
+		input.MarkChannelSilent(0);
+		dsp::AudioBuffer output(test.mOutputs, kFrames);
+		test.mRun(input, output);
+		for (unsigned channel = 0; channel < test.mOutputs; ++channel)
+		{
+			for (unsigned frame = 0; frame < kFrames && !output.IsChannelSilent(channel); ++frame)
+			{
+				ASSERT_EQ(output.GetChannel(channel)[frame], 0.0f) << channel;
+			}
+		}
+	}
 }
 
 } // namespace

@@ -192,7 +192,7 @@ public:
 
 	// A panner that routes: kPanMonoTo51 (four controls without effect, or eFailure), kPanMonoToAdaptive
 	// and kPanStereoToAdaptive (the pan) and kPan51ToAdaptive (no controls), the last three to
-	// inOutputChannels channels. eInvalidArgument for any other type.
+	// inOutputChannels channels, 64 at most. eInvalidArgument for any other type, and for more channels.
 	virtual int CreateDirectAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, PanProcessorType inType, int inOutputChannels,
 		AudioChannelMatrix const& inMatrix, bool inActionFlag,

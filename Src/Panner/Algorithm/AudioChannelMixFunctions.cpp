@@ -203,6 +203,8 @@ void ACMMonoToStereoDefault(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& o
 	{
 		return;
 	}
+	// Another channel of a wider buffer may be heard.
+	ZeroFlaggedChannels(inInput, 1);
 	unsigned const frames = inInput.GetUseSize();
 	unsigned const outputs = std::min(2u, static_cast<unsigned>(outOutput.GetNumChannels()));
 	for (unsigned channel = 0; channel < outputs; ++channel)
