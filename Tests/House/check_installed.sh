@@ -15,7 +15,7 @@ cmake --build "$work/package"
 "$work/package/minimal_host" "$work/package.wav"
 
 export PKG_CONFIG_PATH="$work/installed/lib/pkgconfig"
-read -ra flags <<< "$(pkg-config --cflags --libs --define-variable=prefix="$work/installed" sonaro)"
+read -ra flags <<< "$(pkg-config --cflags --libs sonaro)"
 "$compiler" -std=c++20 "$project/main.cpp" -o "$work/by-pkg-config" "${flags[@]}" \
 	-Wl,-rpath,"$work/installed/lib"
 "$work/by-pkg-config" "$work/by-pkg-config.wav"
