@@ -3,25 +3,22 @@
 #include "Prefetch/DiskLoad.h"
 #include "Prefetch/RequestQueue.h"
 #include "Sonaro/AudioPrefetch.h"
+#include "zorvcore/debug/DebugMonitor.h"
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
 #include "zorvcore/threads/QueueOnlyOnce.h"
 
+#include <exception>
 #include <memory>
 #include <vector>
-
-namespace zorvcore::debug
-{
-class DebugMonitorStream;
-}
 
 namespace SN::AudioPrefetch
 {
 
 // The two queues of prefetch work and the one thread that works through them.
 //
-// Batches  Playback first, looked at again after each waveform batch. Every batch that leaves a queue
-//          tells its notify once, read or not; a source that throws ends its batch without that, and
-//          the executor reports the exception.
+// Batches  Playback first, looked at again after each waveform batch. Every batch that was taken tells
+//          its notify once, read or not. A source that throws abandons the rest of its batch; the other
+//          batches are served, and then the first exception goes on to the executor, which reports it.
 // Cancel   Counts at once and stands in the queue as a marker: what is ahead of the marker is dequeued
 //          without being read, and the marker ends the cancel.
 // Load     Each batch with a time stamp measures the load at its end, a batch that was given up too, so
@@ -40,27 +37,29 @@ public:
 	AudioPrefetchQueue& operator=(AudioPrefetchQueue const&) = delete;
 	~AudioPrefetchQueue();
 
-	// Cancels both priorities, and waits until the thread has emptied the queues and ended. What is queued
-	// later is never looked at.
+	// Cancels both priorities, refuses what comes later, and waits until the thread has emptied the queues
+	// and ended.
 	void Shutdown();
 
-	void QueuePrefetchRequests(PrefetchPriority inPriority, std::vector<PrefetchRequest> const& inRequests,
+	// False, and nothing is queued, from the shutdown on.
+	bool QueuePrefetchRequests(PrefetchPriority inPriority, std::vector<PrefetchRequest> const& inRequests,
 		unsigned long long inTimeStamp, InterfaceRef<IAudioPrefetchNotify> inNotify);
-	void CancelAllPendingPrefetchRequests(PrefetchPriority inPriority);
+	bool CancelAllPendingPrefetchRequests(PrefetchPriority inPriority);
 
 	// See the functions of the same names in Sonaro/AudioPrefetch.h.
 	void NotifyPrefetchIntervalChanged(TickTime const& inInterval) { mLoad.SetInterval(inInterval); }
 	void Reset();
 	bool WasPrefetchBehind() { return mLoad.TakeBehind(); }
 
-	// Works until both queues are empty. On the executor's thread.
+	// Works until both queues are empty. On the executor's thread. Throws what a source or a notify threw
+	// first.
 	void ServiceQueueOnce();
 
 private:
 	explicit AudioPrefetchQueue(std::shared_ptr<zorvcore::threads::AsyncThreadedExecutor> inExecutor);
 
 	void CreateServiceTrigger();
-	void Service();
+	void WatchByMonitor();
 	RequestQueue& GetQueue(PrefetchPriority inPriority);
 
 	// False when the queue was empty.
@@ -69,6 +68,9 @@ private:
 	// Whether the batch was abandoned at any point.
 	bool RunRequests(QueueEntry const& inBatch, RequestQueue& ioQueue);
 	void RunRequest(PrefetchRequest const& inRequest, unsigned long long inTimeStamp) const;
+	// Runs code of the host's. False when it threw.
+	template <class Function>
+	bool RunGuarded(Function const& inFunction);
 
 	void WriteDebugMonitor(zorvcore::debug::DebugMonitorStream& ioStream) const;
 
@@ -77,9 +79,13 @@ private:
 	RequestQueue mPlaybackQueue{"SN::AudioPrefetch playback"};
 	RequestQueue mWaveformQueue{"SN::AudioPrefetch waveform"};
 	DiskLoad mLoad;
+	// The first exception since the executor was told of one. On the executor's thread.
+	std::exception_ptr mFailure;
 	// In milliseconds, before each request.
 	zorvcore::debug::CachedDebugInteger const mRequestProcessingDelay{
 		"Sonaro.Prefetch.RequestProcessingDelay", 0};
+	// Last, so that it ends before what it shows.
+	zorvcore::debug::DebugMonitorRegistration mMonitor;
 };
 
 } // namespace SN::AudioPrefetch

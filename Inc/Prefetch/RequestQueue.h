@@ -27,7 +27,7 @@ struct QueueEntry
 // The work of one priority. The lock is held only while the list is changed; the counts are read without
 // it, so that a long batch notices a cancel.
 //
-// Threads  Append: any. TakeFront: the prefetch thread.
+// Threads  Append, Close: any. TakeFront: the prefetch thread.
 class RequestQueue
 {
 public:
@@ -37,15 +37,19 @@ public:
 	{
 	}
 
-	// Takes a list of one, so that nothing is allocated or copied under the lock and nothing can fail.
-	void Append(std::list<QueueEntry>&& ioEntry, char const* inContext);
+	// Takes a list of one, so that nothing is allocated or copied under the lock. False, and nothing is
+	// taken, once the queue is closed.
+	bool Append(std::list<QueueEntry>&& ioEntry, char const* inContext);
+
+	// Nothing is appended from now on; what was appended stays.
+	void Close(char const* inContext);
 
 	// The front entry as a list of one, empty when there is none.
 	std::list<QueueEntry> TakeFront(char const* inContext);
 
 	// The cancels asked for and not yet dequeued.
 	zorvcore::threads::AtomicIntegral<int> mCancelCount;
-	// Queued and not finished. Counted behind the append, so that the prefetch thread may be first and
+	// Queued and not finished. Counted after the append, so that the prefetch thread may be first and
 	// they dip below 0 for a moment.
 	zorvcore::threads::AtomicIntegral<int> mPendingBatchCount;
 	zorvcore::threads::AtomicIntegral<int> mPendingRequestCount;
@@ -53,6 +57,7 @@ public:
 private:
 	zorvcore::threads::RecursiveMutex mMutex;
 	std::list<QueueEntry> mEntries;
+	bool mIsClosed = false;
 };
 
 } // namespace SN::AudioPrefetch

@@ -48,14 +48,13 @@ std::shared_ptr<AudioPrefetchQueue> GetQueue()
 	return InstanceSlot::Instance().Get();
 }
 
-std::shared_ptr<AudioPrefetchQueue> GetQueueOrThrow()
+// Without an instance, and from its shutdown on, a caller is refused.
+void CheckTaken(bool inIsTaken)
 {
-	auto queue = GetQueue();
-	if (!queue)
+	if (!inIsTaken)
 	{
 		zorvcore::config::DoThrowNullPtrException(zorvcore::debug::GetTypeName(typeid(AudioPrefetchQueue)));
 	}
-	return queue;
 }
 
 } // namespace
@@ -80,12 +79,15 @@ void Shutdown()
 void PrefetchAudio(PrefetchPriority inPriority, std::vector<PrefetchRequest> const& inRequests,
 	unsigned long long const& inTimeStamp, InterfaceRef<IAudioPrefetchNotify> inNotify)
 {
-	GetQueueOrThrow()->QueuePrefetchRequests(inPriority, inRequests, inTimeStamp, std::move(inNotify));
+	auto const queue = GetQueue();
+	CheckTaken(
+		queue && queue->QueuePrefetchRequests(inPriority, inRequests, inTimeStamp, std::move(inNotify)));
 }
 
 void CancelAllPendingPrefetchRequests(PrefetchPriority inPriority)
 {
-	GetQueueOrThrow()->CancelAllPendingPrefetchRequests(inPriority);
+	auto const queue = GetQueue();
+	CheckTaken(queue && queue->CancelAllPendingPrefetchRequests(inPriority));
 }
 
 void NotifyPrefetchIntervalChanged(TickTime const& inInterval)

@@ -48,19 +48,21 @@ std::shared_ptr<AudioPrefetchQueue> AudioPrefetchQueue::Create(
 {
 	std::shared_ptr<AudioPrefetchQueue> queue(new AudioPrefetchQueue(std::move(inExecutor)));
 	queue->CreateServiceTrigger();
+	queue->WatchByMonitor();
 	return queue;
 }
 
 AudioPrefetchQueue::AudioPrefetchQueue(std::shared_ptr<AsyncThreadedExecutor> inExecutor)
 	: mExecutor(std::move(inExecutor))
 {
-	zorvcore::debug::RegisterDebugMonitorCallback(
-		kMonitorName, [this](auto& ioStream) { WriteDebugMonitor(ioStream); }, true);
 }
 
-AudioPrefetchQueue::~AudioPrefetchQueue()
+AudioPrefetchQueue::~AudioPrefetchQueue() = default;
+
+void AudioPrefetchQueue::WatchByMonitor()
 {
-	zorvcore::debug::UnregisterDebugMonitorCallback(kMonitorName);
+	mMonitor = zorvcore::debug::RegisterDebugMonitorCallback(
+		kMonitorName, [this](auto& ioStream) { WriteDebugMonitor(ioStream); }, true);
 }
 
 void AudioPrefetchQueue::CreateServiceTrigger()
@@ -74,7 +76,7 @@ void AudioPrefetchQueue::CreateServiceTrigger()
 	{
 		if (auto const self = weakSelf.lock())
 		{
-			self->Service();
+			self->ServiceQueueOnce();
 		}
 	};
 	mServiceTrigger = QueueOnlyOnce::Create(service, mExecutor);
@@ -84,6 +86,11 @@ void AudioPrefetchQueue::Shutdown()
 {
 	CancelAllPendingPrefetchRequests(PlaybackPriority);
 	CancelAllPendingPrefetchRequests(WaveformPriority);
+	// A notify that asks for more in turn is refused from here on, and the queues run empty.
+	mPlaybackQueue.Close("SN::AudioPrefetch::AudioPrefetchQueue::Shutdown");
+	mWaveformQueue.Close("SN::AudioPrefetch::AudioPrefetchQueue::Shutdown");
+	// For a caller that has appended a batch and not come to its trigger yet.
+	mServiceTrigger->Queue();
 	try
 	{
 		if (auto const executor = std::exchange(mExecutor, nullptr))
@@ -103,29 +110,38 @@ RequestQueue& AudioPrefetchQueue::GetQueue(PrefetchPriority inPriority)
 	return inPriority == PlaybackPriority ? mPlaybackQueue : mWaveformQueue;
 }
 
-void AudioPrefetchQueue::QueuePrefetchRequests(PrefetchPriority inPriority,
+bool AudioPrefetchQueue::QueuePrefetchRequests(PrefetchPriority inPriority,
 	std::vector<PrefetchRequest> const& inRequests, unsigned long long inTimeStamp,
 	InterfaceRef<IAudioPrefetchNotify> inNotify)
 {
 	RequestQueue& queue = GetQueue(inPriority);
 	std::list<QueueEntry> entry;
 	entry.push_back({QueueEntry::kBatch, inRequests, inTimeStamp, std::move(inNotify)});
-	queue.Append(std::move(entry), "SN::AudioPrefetch::AudioPrefetchQueue::QueuePrefetchRequests");
+	if (!queue.Append(std::move(entry), "SN::AudioPrefetch::AudioPrefetchQueue::QueuePrefetchRequests"))
+	{
+		return false;
+	}
 	queue.mPendingBatchCount.Add(1);
 	queue.mPendingRequestCount.Add(static_cast<int>(inRequests.size()));
 	mServiceTrigger->Queue();
+	return true;
 }
 
-void AudioPrefetchQueue::CancelAllPendingPrefetchRequests(PrefetchPriority inPriority)
+bool AudioPrefetchQueue::CancelAllPendingPrefetchRequests(PrefetchPriority inPriority)
 {
 	RequestQueue& queue = GetQueue(inPriority);
 	// Made before the count, which must never stand without its marker.
 	std::list<QueueEntry> marker;
 	marker.push_back({QueueEntry::kCancelMarker, {}, 0, {}});
 	queue.mCancelCount.Add(1);
-	queue.Append(
-		std::move(marker), "SN::AudioPrefetch::AudioPrefetchQueue::CancelAllPendingPrefetchRequests");
+	if (!queue.Append(
+			std::move(marker), "SN::AudioPrefetch::AudioPrefetchQueue::CancelAllPendingPrefetchRequests"))
+	{
+		queue.mCancelCount.Add(-1);
+		return false;
+	}
 	mServiceTrigger->Queue();
+	return true;
 }
 
 void AudioPrefetchQueue::Reset()
@@ -136,24 +152,29 @@ void AudioPrefetchQueue::Reset()
 	}
 }
 
-void AudioPrefetchQueue::Service()
-{
-	try
-	{
-		ServiceQueueOnce();
-	}
-	catch (...)
-	{
-		// The entries behind the one that threw do not wait for the next caller.
-		mServiceTrigger->Queue();
-		throw;
-	}
-}
-
 void AudioPrefetchQueue::ServiceQueueOnce()
 {
 	while (RunNextEntry(mPlaybackQueue) || RunNextEntry(mWaveformQueue))
 	{
+	}
+	if (auto const failure = std::exchange(mFailure, nullptr))
+	{
+		std::rethrow_exception(failure);
+	}
+}
+
+template <class Function>
+bool AudioPrefetchQueue::RunGuarded(Function const& inFunction)
+{
+	try
+	{
+		inFunction();
+		return true;
+	}
+	catch (...)
+	{
+		mFailure = mFailure ? mFailure : std::current_exception();
+		return false;
 	}
 }
 
@@ -184,7 +205,7 @@ void AudioPrefetchQueue::RunBatch(QueueEntry const& inBatch, RequestQueue& ioQue
 	ioQueue.mPendingBatchCount.Add(-1);
 	if (inBatch.notify)
 	{
-		inBatch.notify->Complete(abandoned ? zorvcore::eWaitFailed : zorvcore::kSuccess);
+		RunGuarded([&] { inBatch.notify->Complete(abandoned ? zorvcore::eWaitFailed : zorvcore::kSuccess); });
 	}
 	if (inBatch.timeStamp != 0)
 	{
@@ -205,11 +226,8 @@ bool AudioPrefetchQueue::RunRequests(QueueEntry const& inBatch, RequestQueue& io
 	}
 	for (PrefetchRequest const& request : inBatch.requests)
 	{
-		abandoned = abandoned || ioQueue.mCancelCount.Get() > 0;
-		if (!abandoned)
-		{
-			RunRequest(request, inBatch.timeStamp);
-		}
+		abandoned = abandoned || ioQueue.mCancelCount.Get() > 0 ||
+					!RunGuarded([&] { RunRequest(request, inBatch.timeStamp); });
 		ioQueue.mPendingRequestCount.Add(-1);
 	}
 	return abandoned;

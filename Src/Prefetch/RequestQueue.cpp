@@ -5,10 +5,20 @@ namespace SN::AudioPrefetch
 
 using zorvcore::threads::ScopedRecursiveLock;
 
-void RequestQueue::Append(std::list<QueueEntry>&& ioEntry, char const* inContext)
+bool RequestQueue::Append(std::list<QueueEntry>&& ioEntry, char const* inContext)
 {
 	ScopedRecursiveLock const lock(mMutex, inContext);
-	mEntries.splice(mEntries.end(), ioEntry);
+	if (!mIsClosed)
+	{
+		mEntries.splice(mEntries.end(), ioEntry);
+	}
+	return !mIsClosed;
+}
+
+void RequestQueue::Close(char const* inContext)
+{
+	ScopedRecursiveLock const lock(mMutex, inContext);
+	mIsClosed = true;
 }
 
 std::list<QueueEntry> RequestQueue::TakeFront(char const* inContext)

@@ -34,6 +34,9 @@ using zorvcore::threads::Gate;
 using zorvcore::utility::HighPrecisionTime::GetCurrentTimeStamp;
 
 constexpr char const* kMonitorName = "SN.AudioPrefetch.AudioPrefetchQueue";
+constexpr char16_t const* kIdleText =
+	u"Playback:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n\tDisk Load (%):\t\t0\n"
+	u"Waveform:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n";
 constexpr char const* kThresholdKey = "Sonaro.Prefetch.DiskOverloadThreshold";
 constexpr char const* kDelayKey = "Sonaro.Prefetch.RequestProcessingDelay";
 
@@ -309,9 +312,7 @@ TEST_F(AudioPrefetchQueueTest, TheMonitorCountsWhatIsNotFinished)
 		u"Playback:\n\tRequests:\t\t\t2 / 3\n\tCancel Count:\t\t1\n\tDisk Load (%):\t\t0\n"
 		u"Waveform:\n\tRequests:\t\t\t1 / 1\n\tCancel Count:\t\t0\n");
 	EXPECT_EQ(Run(), "-p w +w ");
-	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName),
-		u"Playback:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n\tDisk Load (%):\t\t0\n"
-		u"Waveform:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n");
+	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName), kIdleText);
 	mQueue->Shutdown();
 	mQueue = nullptr;
 	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName), u"");
@@ -389,18 +390,30 @@ TEST_F(AudioPrefetchLoadTest, TheDebugDatabaseMovesThresholdAndDelay)
 	EXPECT_EQ(Run(), "-c ");
 }
 
-TEST_F(AudioPrefetchQueueTest, AThrowingSourceStopsNeitherTheThreadNorWhatWaits)
+TEST_F(AudioPrefetchQueueTest, WhatThrowsKeepsNothingElseFromBeingServed)
 {
-	Gate done(false);
-	unsigned long long const asserts = zorvcore::debug::GetAssertCount();
 	auto const throws = MakeSource([] { throw std::runtime_error("no disk"); });
-	mQueue->QueuePrefetchRequests(PlaybackPriority, {{0, throws, {}, 1}}, 0, MakeNotify("throws"));
-	Queue(PlaybackPriority, "waits");
-	mQueue->QueuePrefetchRequests(WaveformPriority, {}, 0, MakeObject<Notify>([&](int) { done.Open(); }));
-	mExecutor->Resume();
-	done.PassThrough();
-	EXPECT_EQ(mLog.Take(), "waits +waits ");
-	EXPECT_EQ(zorvcore::debug::GetAssertCount(), asserts + 1);
+	auto const notifyThrows = MakeObject<Notify>([](int) { throw std::runtime_error("no listener"); });
+	for (bool const isShutDown : {false, true})
+	{
+		SCOPED_TRACE(isShutDown ? "during the shutdown" : "while it runs");
+		unsigned long long const asserts = zorvcore::debug::GetAssertCount();
+		mQueue->QueuePrefetchRequests(PlaybackPriority,
+			{{0, throws, {}, 1}, {0, MakeNamedSource("after"), {}, 1}}, 0, MakeNotify("throws"));
+		mQueue->QueuePrefetchRequests(WaveformPriority, {}, 0, notifyThrows);
+		Queue(WaveformPriority, "waits");
+		if (isShutDown)
+		{
+			mQueue->Shutdown();
+			EXPECT_EQ(mLog.Take(), "-throws -waits ");
+		}
+		else
+		{
+			EXPECT_EQ(Run(), "-throws waits +waits ");
+		}
+		EXPECT_EQ(zorvcore::debug::GetAssertCount(), asserts + 1) << "the first exception is reported";
+		EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName), kIdleText);
+	}
 }
 
 TEST_F(AudioPrefetchQueueTest, ShutdownTellsEveryBatchOnThePrefetchThread)
@@ -473,9 +486,54 @@ TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsToldOnce)
 	mQueue->Shutdown();
 	EXPECT_TRUE(std::all_of(told.begin(), told.end(), [](auto const& inCount) { return inCount == 1; }));
 	EXPECT_EQ(static_cast<std::size_t>(reads + abandoned), kThreads * kBatches);
-	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName),
-		u"Playback:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n\tDisk Load (%):\t\t0\n"
-		u"Waveform:\n\tRequests:\t\t\t0 / 0\n\tCancel Count:\t\t0\n");
+	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName), kIdleText);
+}
+
+TEST_F(AudioPrefetchQueueTest, WhatIsTakenWhileItShutsDownIsToldOnceAndTheRestRefused)
+{
+	constexpr int kRounds = 300;
+	for (int round = 0; round < kRounds; ++round)
+	{
+		auto const queue = AudioPrefetchQueue::Create();
+		std::atomic<int> taken = 0;
+		std::atomic<int> told = 0;
+		// Asks for more whenever it is told, as a player does.
+		std::function<bool()> ask = [&]
+		{
+			auto const notify = MakeObject<Notify>(
+				[&](int)
+				{
+					++told;
+					ask();
+				});
+			bool const isTaken = queue->QueuePrefetchRequests(PlaybackPriority, {}, 0, notify);
+			taken += isTaken ? 1 : 0;
+			return isTaken;
+		};
+		std::thread caller(
+			[&]
+			{
+				for (int count = 0; count < 100 && ask(); ++count)
+				{
+				}
+			});
+		queue->Shutdown();
+		caller.join();
+		ASSERT_EQ(told, taken) << "round " << round;
+		ASSERT_FALSE(ask());
+		ASSERT_FALSE(queue->CancelAllPendingPrefetchRequests(PlaybackPriority));
+	}
+}
+
+TEST_F(AudioPrefetchQueueTest, TheMonitorOutlivesTheEndOfAFormerQueueAndAFailedCreation)
+{
+	auto const next = AudioPrefetchQueue::Create();
+	mQueue->Shutdown();
+	mQueue = nullptr;
+	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName), kIdleText);
+	EXPECT_THROW(AudioPrefetchQueue::Create(nullptr), AudioPrefetchQueueFailure);
+	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName), kIdleText);
+	next->Shutdown();
 }
 
 // The service of the process, which the engine's module has started.

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -18,10 +19,12 @@ TEST(DebugMonitor, ShowsEnabledMonitorsByName)
 {
 	auto const writer = [](char const* inText)
 	{ return [inText](DebugMonitorStream& ioStream) { ioStream << inText; }; };
-	RegisterDebugMonitorCallback("b", writer("old"), true);
-	RegisterDebugMonitorCallback("b", writer("second"), true);
-	RegisterDebugMonitorCallback("a", writer("first"), true);
-	RegisterDebugMonitorCallback("c", writer("hidden"), false);
+	auto former = RegisterDebugMonitorCallback("b", writer("old"), true);
+	auto const second = RegisterDebugMonitorCallback("b", writer("second"), true);
+	auto const first = RegisterDebugMonitorCallback("a", writer("first"), true);
+	auto const hidden = RegisterDebugMonitorCallback("c", writer("hidden"), false);
+	// Takes off nothing but itself.
+	former = {};
 	EXPECT_THAT(GetDebugMonitorNames(), testing::ElementsAre("a", "b", "c"));
 	EXPECT_EQ(GetDebugMonitorTexts(), u"a\nfirst\nb\nsecond\n");
 	SetDebugMonitorEnabled("c", true);
@@ -32,14 +35,19 @@ TEST(DebugMonitor, ShowsEnabledMonitorsByName)
 		UnregisterDebugMonitorCallback(name);
 	}
 	EXPECT_EQ(GetDebugMonitorTexts(), u"");
+	{
+		auto const last = RegisterDebugMonitorCallback("a", writer("last"), true);
+		EXPECT_EQ(GetDebugMonitorTexts(), u"a\nlast\n");
+	}
+	EXPECT_EQ(GetDebugMonitorTexts(), u"");
 }
 
-TEST(DebugMonitor, UnregisteringWaitsForARunningWriter)
+void ExpectUnregisteringWaits(bool inIsByName)
 {
 	Gate running(false);
 	Gate release(false);
 	bool finished = false;
-	RegisterDebugMonitorCallback(
+	std::optional registration = RegisterDebugMonitorCallback(
 		"m",
 		[&](DebugMonitorStream&)
 		{
@@ -51,9 +59,13 @@ TEST(DebugMonitor, UnregisteringWaitsForARunningWriter)
 	std::thread viewer([] { GetDebugMonitorText("m"); });
 	running.PassThrough();
 	std::thread owner(
-		[&finished]
+		[&]
 		{
-			UnregisterDebugMonitorCallback("m");
+			if (inIsByName)
+			{
+				UnregisterDebugMonitorCallback("m");
+			}
+			registration.reset();
 			EXPECT_TRUE(finished);
 		});
 	// Time for an owner that does not wait to be caught.
@@ -63,9 +75,15 @@ TEST(DebugMonitor, UnregisteringWaitsForARunningWriter)
 	owner.join();
 }
 
+TEST(DebugMonitor, UnregisteringWaitsForARunningWriter)
+{
+	ExpectUnregisteringWaits(true);
+	ExpectUnregisteringWaits(false);
+}
+
 TEST(DebugMonitor, AWriterMayUnregisterItself)
 {
-	RegisterDebugMonitorCallback(
+	auto const registration = RegisterDebugMonitorCallback(
 		"m",
 		[](DebugMonitorStream& ioStream)
 		{

@@ -105,6 +105,17 @@ struct MonitorList
 		return former;
 	}
 
+	// Takes inMonitor off when it is what has the name now.
+	void Remove(std::string_view inName, std::shared_ptr<void> const& inMonitor)
+	{
+		std::lock_guard const lock(mMutex);
+		auto const found = mMonitors.find(inName);
+		if (found != mMonitors.end() && found->second == inMonitor)
+		{
+			mMonitors.erase(found);
+		}
+	}
+
 	std::mutex mMutex;
 	MonitorMap mMonitors;
 };
@@ -125,9 +136,34 @@ DebugMonitorStream& DebugMonitorStream::operator<<(std::string_view inText)
 	return *this;
 }
 
-void RegisterDebugMonitorCallback(std::string_view inName, DebugMonitorWriter inWriter, bool inEnabled)
+DebugMonitorRegistration::DebugMonitorRegistration(DebugMonitorRegistration&& ioOther) noexcept = default;
+
+DebugMonitorRegistration& DebugMonitorRegistration::operator=(DebugMonitorRegistration&& ioOther) noexcept
 {
-	Replace(inName, std::make_shared<Monitor>(std::move(inWriter), inEnabled));
+	DebugMonitorRegistration former(std::move(*this));
+	mName = std::move(ioOther.mName);
+	mMonitor = std::move(ioOther.mMonitor);
+	return *this;
+}
+
+DebugMonitorRegistration::~DebugMonitorRegistration()
+{
+	if (mMonitor)
+	{
+		MonitorList::Instance().Remove(mName, mMonitor);
+		static_cast<Monitor*>(mMonitor.get())->Unregister();
+	}
+}
+
+DebugMonitorRegistration RegisterDebugMonitorCallback(
+	std::string_view inName, DebugMonitorWriter inWriter, bool inEnabled)
+{
+	auto const monitor = std::make_shared<Monitor>(std::move(inWriter), inEnabled);
+	Replace(inName, monitor);
+	DebugMonitorRegistration registration;
+	registration.mName = inName;
+	registration.mMonitor = monitor;
+	return registration;
 }
 
 void UnregisterDebugMonitorCallback(std::string_view inName)

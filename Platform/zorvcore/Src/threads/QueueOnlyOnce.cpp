@@ -22,31 +22,19 @@ QueueOnlyOnce::~QueueOnlyOnce() = default;
 
 bool QueueOnlyOnce::Queue()
 {
-	// An exchange also where the mark stands already: the run that clears it reads from this write, and so
-	// sees all that came before it.
-	if (mQueued.exchange(true, std::memory_order_acq_rel))
-	{
-		return true;
-	}
-	try
-	{
-		if (mExecutor->Queue([self = shared_from_this()] { self->Run(); }))
-		{
-			return true;
-		}
-	}
-	catch (...)
-	{
-		mQueued.store(false, std::memory_order_release);
-		throw;
-	}
-	mQueued.store(false, std::memory_order_release);
-	return false;
+	// The mark is set only when the executor has taken the task, so that no trigger counts on a run that is
+	// then refused. A run clears it under the lock, and so sees all that came before the triggers.
+	std::lock_guard const lock(mMutex);
+	mQueued = mQueued || mExecutor->Queue([self = shared_from_this()] { self->Run(); });
+	return mQueued;
 }
 
 void QueueOnlyOnce::Run()
 {
-	mQueued.exchange(false, std::memory_order_acq_rel);
+	{
+		std::lock_guard const lock(mMutex);
+		mQueued = false;
+	}
 	mFunction();
 }
 

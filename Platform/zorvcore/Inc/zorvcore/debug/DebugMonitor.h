@@ -4,6 +4,7 @@
 
 #include <concepts>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -41,17 +42,37 @@ private:
 
 using DebugMonitorWriter = std::function<void(DebugMonitorStream&)>;
 
+// One registration, which ends with this object: exactly this one, also when another has taken its name
+// since. The destructor waits for the writer when it is running, save in the writer itself; after it the
+// writer never runs again.
+class ZORV_API DebugMonitorRegistration
+{
+public:
+	DebugMonitorRegistration() = default;
+	DebugMonitorRegistration(DebugMonitorRegistration&& ioOther) noexcept;
+	DebugMonitorRegistration& operator=(DebugMonitorRegistration&& ioOther) noexcept;
+	~DebugMonitorRegistration();
+
+private:
+	friend ZORV_API DebugMonitorRegistration RegisterDebugMonitorCallback(
+		std::string_view inName, DebugMonitorWriter inWriter, bool inEnabled);
+
+	std::string mName;
+	// The monitor, for those who made it.
+	std::shared_ptr<void> mMonitor;
+};
+
 // Registers a source of text about the present state of a component. Whoever looks at monitors runs the
 // writer on the thread that looks, and no writer runs twice at a time; a writer that throws is reported
 // and its text ends there. A monitor already registered under the name is unregistered first.
 // inEnabled: whether GetDebugMonitorTexts shows it.
 //
 // All functions here: any thread.
-ZORV_API void RegisterDebugMonitorCallback(
+[[nodiscard]] ZORV_API DebugMonitorRegistration RegisterDebugMonitorCallback(
 	std::string_view inName, DebugMonitorWriter inWriter, bool inEnabled);
 
-// Waits for the writer when it is running; after this it never runs again. In the writer itself it does not
-// wait. Nothing when there is no such monitor.
+// Unregisters what has the name now, whoever registered it. Waits for the writer when it is running; after
+// this it never runs again. In the writer itself it does not wait. Nothing when there is no such monitor.
 ZORV_API void UnregisterDebugMonitorCallback(std::string_view inName);
 
 ZORV_API std::vector<std::string> GetDebugMonitorNames();

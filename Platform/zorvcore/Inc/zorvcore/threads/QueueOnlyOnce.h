@@ -3,9 +3,9 @@
 #include "zorvcore/Export.h"
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
 
-#include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 
 namespace zorvcore::threads
 {
@@ -25,7 +25,8 @@ public:
 	QueueOnlyOnce& operator=(QueueOnlyOnce const&) = delete;
 	~QueueOnlyOnce();
 
-	// Whether a run will follow: false when the executor was stopped. While queued, this stays alive.
+	// Whether a run will follow: false when the executor was stopped. While queued, this stays alive. The
+	// executor is not to run the task within its Queue.
 	bool Queue();
 
 private:
@@ -35,7 +36,8 @@ private:
 
 	std::function<void()> const mFunction;
 	std::shared_ptr<AsyncThreadedExecutor> const mExecutor;
-	std::atomic<bool> mQueued{false};
+	std::mutex mMutex;
+	bool mQueued = false;
 };
 
 } // namespace zorvcore::threads
