@@ -79,13 +79,20 @@ endfunction()
 
 # One test program, its cases entered with ctest.
 #
-#   sonaro_add_test(NAME SOURCES a.cpp ... LIBRARIES target ...)
+#   sonaro_add_test(NAME [OPTIMIZED] SOURCES a.cpp ... LIBRARIES target ...)
+#
+# OPTIMIZED: its own code is most of what it runs, as that of a naive renderer, and is made fast with sanitizers, too.
 function(sonaro_add_test inName)
-	cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+	cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMIZED" "" "SOURCES;LIBRARIES")
 	add_executable(${inName} ${arg_SOURCES})
-	target_link_libraries(${inName} PRIVATE SonaroOptions SonaroTestOptions ${arg_LIBRARIES} GTest::gmock_main)
+	target_link_libraries(${inName} PRIVATE
+		SonaroOptions ${arg_LIBRARIES} GTest::gmock_main Boost::headers)
+	if(NOT arg_OPTIMIZED)
+		target_link_libraries(${inName} PRIVATE SonaroTestOptions)
+	endif()
 	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF)
-	if(NOT SONARO_PRECOMPILE STREQUAL none)
+	# A compiler takes precompiled headers of the same level of optimisation only.
+	if(NOT SONARO_PRECOMPILE STREQUAL none AND NOT (arg_OPTIMIZED AND SONARO_SANITIZE))
 		target_precompile_headers(${inName} REUSE_FROM SonaroTestHeaders)
 	endif()
 	gtest_discover_tests(${inName} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)

@@ -129,7 +129,7 @@ TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 		ExpectRefusal(request, HostError::Kind::eRequest, "nothing to render");
 	}
 	WriteSound(mFolder / "none.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {1, 48000, {}});
-	ExpectRefusal(MakeRequest("none.wav"), HostError::Kind::eInput, "none.wav' has no samples");
+	ExpectRefusal(MakeRequest("none.wav"), HostError::Kind::eInput, "none.wav': has no samples");
 }
 
 TEST_F(ClipRenderJobTest, ChannelsComeInTheOrderThatWasAskedFor)

@@ -173,7 +173,7 @@ protected:
 	// A place where nobody is in the way: a new one, or one whose name differs in case alone.
 	std::string ChooseFreePlace(char const* inEnding)
 	{
-		return Pick(4) == 0 ? GetPath("media/" + std::string(Pick(2) == 0 ? "A.WAV" : "Gone.wav"))
+		return Pick(4) == 0 ? GetPath("media/" + std::string(Pick(2) == 0 ? "A.WAV" : "New.wav"))
 							: Disguise("out/" + MakeName(inEnding));
 	}
 

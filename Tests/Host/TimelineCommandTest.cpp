@@ -314,7 +314,7 @@ TEST_F(TimelineCommandTest, AMediaFolderThatIsNotThereIsRefusedByEveryCommand)
 		words.insert(words.end(), {"--media", ".", "--media", "gone"});
 		ProgramResult const result = Run(words);
 		EXPECT_EQ(result.mExitCode, 2);
-		EXPECT_THAT(result.mErrors, HasSubstr("the folder of media 'gone' does not exist"));
+		EXPECT_THAT(result.mErrors, HasSubstr("'gone': the folder of media does not exist"));
 		EXPECT_EQ(mFolder.List(), (Words{"edit.otio", "impulse.wav", "tone.wav"}));
 	}
 }

@@ -351,7 +351,7 @@ TEST_F(OtioFiles, SourcesCountByTheRateTheyAreGivenAndTellWhenTheyFail)
 	WriteFile(file, whole.substr(0, 1000));
 	failing->ReadAudio({}, buffer, SN::TickTime(4000, rate), false);
 	ASSERT_TRUE(media.GetFailure());
-	EXPECT_THAT(*media.GetFailure(), HasSubstr("a44.wav"));
+	EXPECT_THAT(std::string(media.GetFailure()->what()), HasSubstr("a44.wav"));
 }
 
 } // namespace

@@ -299,7 +299,7 @@ TEST(NaiveSequence, SoundsAsWorkedOutByHand)
 	Description sends = MakeMono({MakeCount(0, 3, 0)},
 		{{Send{0, MakeGain(2.0f), {}}, MakeGain(0.25f), Send{0, MakeGain(4.0f), {}}}, {}});
 	sends.mSubmixes.push_back(
-		{"", zorvmediatypes::CreateStereoChannelLayout(), {{MakeGain(10.0f)}, {}}, {}, {}});
+		{"", zorvmediatypes::CreateStereoChannelLayout(), {{MakeGain(10.0f)}, {}}, {}, {}, {}});
 	struct Case
 	{
 		char const* mName;
