@@ -79,7 +79,7 @@ private:
 	RequestQueue mPlaybackQueue{"SN::AudioPrefetch playback"};
 	RequestQueue mWaveformQueue{"SN::AudioPrefetch waveform"};
 	DiskLoad mLoad;
-	// The first exception since the executor was told of one. On the executor's thread.
+	// The first exception that the executor has not heard of yet. On the executor's thread.
 	std::exception_ptr mFailure;
 	// In milliseconds, before each request.
 	zorvcore::debug::CachedDebugInteger const mRequestProcessingDelay{

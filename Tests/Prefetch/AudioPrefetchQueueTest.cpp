@@ -497,7 +497,7 @@ TEST_F(AudioPrefetchQueueTest, WhatIsTakenWhileItShutsDownIsToldOnceAndTheRestRe
 		auto const queue = AudioPrefetchQueue::Create();
 		std::atomic<int> taken = 0;
 		std::atomic<int> told = 0;
-		// Asks for more whenever it is told, as a player does.
+		// Asks for more at each notification, as a player does.
 		std::function<bool()> ask = [&]
 		{
 			auto const notify = MakeObject<Notify>(
