@@ -140,7 +140,8 @@ TEST(AudioFileSource, MpegWithoutALengthIsReadToItsEnd)
 		// The second frame starts like the first but for its bit rate and padding.
 		std::size_t const second = bytes.find(bytes.substr(0, 2), 4);
 		ASSERT_NE(second, std::string::npos);
-		std::string const id3v1 = "TAG" + std::string(125, ' ');
+		std::string id3v1 = "TAG";
+		id3v1.resize(128, ' ');
 		WriteBytes(folder / "bare.mp3", bytes.substr(second) + id3v1);
 
 		auto const source = AudioFileSource::Open(folder / "bare.mp3");
