@@ -54,7 +54,6 @@ private:
 		unsigned long long mIndex = 0;
 		unsigned long long mSize = 0;
 		unsigned mState = 0;
-		WeakMap mOwner;
 	};
 	using Entries = std::list<Entry>;
 	using Key = std::pair<Guid, unsigned long long>;
@@ -62,6 +61,8 @@ private:
 	void PurgeBeyondBudget();
 	// The entry that was not used for the longest time, out of the list; empty within the budget.
 	Entries TakeVictim();
+	// Empty when the store is gone.
+	InterfaceRef<IMediaMap> FindMap(Guid const& inIdentifier);
 	std::size_t GetNumEntries();
 
 	std::mutex mMutex;
@@ -87,9 +88,13 @@ void MediaManager::AddEntry(unsigned long long inIndex, unsigned long long inSiz
 	Guid const identifier = inOwner->GetIdentifier();
 	// Made beforehand, so that nothing can fail halfway.
 	Entries added;
-	added.push_back({identifier, inIndex, inSizeInBytes, inState, inOwner.GetUnknown()});
+	added.push_back({identifier, inIndex, inSizeInBytes, inState});
 	{
 		std::lock_guard const lock(mMutex);
+		if (!mMaps.contains(identifier))
+		{
+			return;
+		}
 		auto const [known, isNew] = mByKey.try_emplace({identifier, inIndex}, added.begin());
 		if (isNew)
 		{
@@ -168,7 +173,7 @@ void MediaManager::PurgeBeyondBudget()
 		{
 			break;
 		}
-		auto const map = InterfaceRef<IMediaMap>::FromUnknown(victim.front().mOwner.lock());
+		auto const map = FindMap(victim.front().mIdentifier);
 		if (!map)
 		{
 			continue;
@@ -182,6 +187,17 @@ void MediaManager::PurgeBeyondBudget()
 			map->Purge(victim.front().mIndex);
 		}
 	}
+}
+
+InterfaceRef<IMediaMap> MediaManager::FindMap(Guid const& inIdentifier)
+{
+	std::shared_ptr<Unknown> map;
+	{
+		std::lock_guard const lock(mMutex);
+		auto const known = mMaps.find(inIdentifier);
+		map = known != mMaps.end() ? known->second.lock() : nullptr;
+	}
+	return InterfaceRef<IMediaMap>::FromUnknown(map);
 }
 
 std::size_t MediaManager::GetNumEntries()

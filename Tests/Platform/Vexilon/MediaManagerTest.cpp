@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace VX
@@ -179,6 +181,45 @@ TEST_F(MediaManagerTest, AStoreTakesItsEntriesAlong)
 	discarded->Read(2, [&](Payload const&) { discarded->Discard(); });
 	EXPECT_EQ(Picture(*discarded), "..X");
 	EXPECT_EQ(mManager->GetByteCount(), mBefore + 20);
+}
+
+TEST_F(MediaManagerTest, WhatIsEnteredByNobodyKnownIsNotTaken)
+{
+	mManager->AddEntry(0, 60, 3, false, MakeObject<RecordingMap>());
+	EXPECT_EQ(mManager->GetByteCount(), mBefore);
+}
+
+TEST_F(MediaManagerTest, AReadThatThrowsReleasesItsEntry)
+{
+	auto const store = MakeStore(1);
+	store->Store(0, MakePayload(10));
+	EXPECT_THROW(store->Read(0, [](Payload const&) { throw 1; }), int);
+	store->Discard();
+	EXPECT_EQ(Picture(*store), ".");
+}
+
+TEST_F(MediaManagerTest, ADiscardMissesNothingThatIsOnlyTouched)
+{
+	auto const store = MakeStore(1);
+	std::atomic<bool> isOver{false};
+	std::thread toucher(
+		[&]
+		{
+			while (!isOver)
+			{
+				store->Touch(0);
+			}
+		});
+	int missed = 0;
+	for (int i = 0; i < 50000; ++i)
+	{
+		store->Store(0, MakePayload(10));
+		store->Discard();
+		missed += Picture(*store) == "X" ? 1 : 0;
+	}
+	isOver = true;
+	toucher.join();
+	EXPECT_EQ(missed, 0);
 }
 
 } // namespace

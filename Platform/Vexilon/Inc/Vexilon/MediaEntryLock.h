@@ -34,7 +34,7 @@ public:
 	static constexpr std::uint32_t kWriter = 0x00010000;
 	static constexpr std::uint32_t kReaders = 0x0000FFFF;
 
-	// The arrows of the table: whether a word allows the step, and the word behind it.
+	// The arrows of the table: whether a word allows the step, and the word after it.
 	static constexpr bool CanRead(std::uint32_t inWord)
 	{
 		return (inWord & kPresent) != 0 && (inWord & (kWriters | kPurgers)) == 0 &&
@@ -57,6 +57,10 @@ public:
 		return (inWord | kPresent) - kWriter;
 	}
 	static constexpr std::uint32_t AfterReleasePurge(std::uint32_t inWord) { return inWord - kPurger; }
+
+	// Whether a TryRead would succeed, without holding the entry for a moment: a purge at the same time is
+	// not turned away by it.
+	bool IsReadable() const { return CanRead(mWord.load(std::memory_order_acquire)); }
 
 	bool TryRead() { return Step(&CanRead, &AfterRead, std::memory_order_acquire); }
 	bool TryWrite() { return Step(&CanWrite, &AfterWrite, std::memory_order_acquire); }

@@ -40,7 +40,7 @@ public:
 	static constexpr zorvcore::classref::Identifier<IMediaManager> kIdentifier{
 		0xd4507f9a3c1e46b8ull, 0x86e2b90f5da7413cull};
 
-	// Makes a store known, before its first entry.
+	// Makes a store known, before its first entry: what it enters without is not taken.
 	virtual void Register(IMediaMap& inMap) = 0;
 
 	// An entry is there, so many bytes large and just used; one that is known already gets the new size.

@@ -43,7 +43,7 @@ public:
 	unsigned long long GetNumEntries() const { return mNumEntries; }
 
 	// Calls inUse with the payload, which cannot be purged meanwhile; false when it cannot be had. Neither
-	// allocates nor locks nor frees.
+	// allocates nor locks nor frees. What inUse throws passes through.
 	template <class Use>
 	bool Read(unsigned long long inIndex, Use&& inUse)
 	{
@@ -51,15 +51,17 @@ public:
 		{
 			return false;
 		}
+		auto const release = [](MediaEntryLock* ioLock) { ioLock->ReleaseRead(); };
+		std::unique_ptr<MediaEntryLock, decltype(release)> const scope(&mEntries[inIndex].mLock, release);
 		std::forward<Use>(inUse)(std::as_const(mEntries[inIndex].mBuffer));
-		mEntries[inIndex].mLock.ReleaseRead();
 		return true;
 	}
 
-	// Whether the payload is there; then the manager hears that it was used.
+	// Whether the payload is there; then the manager hears that it was used. The entry is not held for it,
+	// so that a Discard at the same time does not pass it over.
 	bool Touch(unsigned long long inIndex)
 	{
-		if (!Read(inIndex, [](T const&) {}))
+		if (inIndex >= mNumEntries || !mEntries[inIndex].mLock.IsReadable())
 		{
 			return false;
 		}
