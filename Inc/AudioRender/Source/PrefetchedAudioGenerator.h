@@ -13,7 +13,7 @@ namespace SN
 // Time     Its time 0 lies at inStartTime of the generator; the generator ends at inEndTime of its own.
 // Clones   Have a cache of their own.
 // Threads  As AudioGeneratorSource: pulls on the render thread, rendering on the prefetch thread. Preroll,
-//          Reset, Clone and the filters' start and stop wait for a chunk that is being rendered.
+//          FillInitialDelay, Reset, Clone and the filters' start and stop wait for a chunk that is being rendered.
 class PrefetchedAudioGenerator final : public AudioGeneratorDecorator
 {
 public:
@@ -25,6 +25,8 @@ public:
 	bool HasHistory() override { return true; }
 	// Also empties the cache, so that a jump starts clean.
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;

@@ -53,6 +53,15 @@ void PrefetchedAudioGenerator::Preroll(TickTime const& inStartTime, bool inRever
 	mSource->Discard();
 }
 
+void PrefetchedAudioGenerator::FillInitialDelay(
+	TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
+{
+	mSource->BetweenRenderings(
+		[&] {
+			AudioGeneratorDecorator::FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
+		});
+}
+
 void PrefetchedAudioGenerator::Reset()
 {
 	mSource->BetweenRenderings([this] { AudioGeneratorDecorator::Reset(); });

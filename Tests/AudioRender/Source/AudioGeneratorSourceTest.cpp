@@ -383,9 +383,13 @@ TEST(PrefetchedAudioGenerator, NobodyComesBetweenTheSamplesOfAChunk)
 			std::this_thread::yield();
 		}
 		// Else the next preroll comes amid a chunk.
-		if (i % 2 == 0)
+		if (i % 4 == 0)
 		{
 			prefetched->Reset();
+		}
+		else if (i % 4 == 2)
+		{
+			prefetched->FillInitialDelay(At(0), At(1), false, true);
 		}
 	}
 	done = true;
