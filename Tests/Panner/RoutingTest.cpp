@@ -336,6 +336,8 @@ TEST(MonoInputs, AFlaggedChannelOfAWiderBufferCountsAsZeros)
 		unsigned mOutputs;
 		std::function<void(dsp::AudioBuffer const&, dsp::AudioBuffer&)> mRun;
 	};
+	stereo->Preroll(kTimeZero, false);
+	surround->Preroll(kTimeZero, false);
 	Case const cases[] = {
 		{"panner to stereo", 2,
 			[&](auto const& inInput, auto& outOutput)

@@ -1,6 +1,6 @@
 #include "zorvcore/classref/AsyncDestruction.h"
 
-#include "AssertCapture.h"
+#include "Support/AssertCapture.h"
 
 #include <gmock/gmock.h>
 

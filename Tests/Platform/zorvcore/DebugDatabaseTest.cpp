@@ -1,6 +1,6 @@
 #include "zorvcore/debug/DebugDatabase.h"
 
-#include "AssertCapture.h"
+#include "Support/AssertCapture.h"
 
 #include <gtest/gtest.h>
 

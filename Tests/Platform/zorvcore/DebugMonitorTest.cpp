@@ -1,6 +1,6 @@
 #include "zorvcore/debug/DebugMonitor.h"
 
-#include "AssertCapture.h"
+#include "Support/AssertCapture.h"
 #include "zorvcore/threads/Gate.h"
 
 #include <gmock/gmock.h>

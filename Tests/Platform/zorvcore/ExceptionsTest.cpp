@@ -1,6 +1,6 @@
 #include "zorvcore/config/Exceptions.h"
 
-#include "AssertCapture.h"
+#include "Support/AssertCapture.h"
 #include "zorvcore/async/Future.h"
 #include "zorvcore/utility/MachineException.h"
 

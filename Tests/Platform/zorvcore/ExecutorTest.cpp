@@ -1,6 +1,6 @@
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
 
-#include "AssertCapture.h"
+#include "Support/AssertCapture.h"
 #include "zorvcore/threads/CurrentThread.h"
 #include "zorvcore/threads/Gate.h"
 

@@ -1,6 +1,6 @@
 #include "zorvcore/config/InitializerRegistrar.h"
 
-#include "AssertCapture.h"
+#include "Support/AssertCapture.h"
 #include "zorvcore/classref/AsyncDestruction.h"
 #include "zorvcore/classref/Unknown.h"
 

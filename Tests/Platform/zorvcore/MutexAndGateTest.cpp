@@ -1,4 +1,4 @@
-#include "AssertCapture.h"
+#include "Support/AssertCapture.h"
 #include "zorvcore/threads/AtomicIntegral.h"
 #include "zorvcore/threads/Gate.h"
 #include "zorvcore/threads/RecursiveMutex.h"

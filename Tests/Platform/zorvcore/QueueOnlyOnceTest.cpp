@@ -4,8 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
+#include <future>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace
@@ -50,6 +55,37 @@ TEST(QueueOnlyOnce, ATriggerDuringTheRunQueuesItAgain)
 	triggered.Open();
 	executor->Stop();
 	EXPECT_EQ(runs, 2);
+}
+
+// Refuses a task, but not before somebody else has had the time to trigger it too.
+class RefusingExecutor final : public AsyncThreadedExecutor
+{
+public:
+	bool Queue(std::function<void()>) override
+	{
+		if (mMeanwhile)
+		{
+			mResult = std::async(std::launch::async, std::exchange(mMeanwhile, nullptr));
+			mResult.wait_for(std::chrono::milliseconds(100));
+		}
+		return false;
+	}
+	void Pause() override {}
+	void Resume() override {}
+	void Stop() override {}
+	void Dispose() override {}
+
+	std::function<bool()> mMeanwhile;
+	std::future<bool> mResult;
+};
+
+TEST(QueueOnlyOnce, NoTriggerCountsOnOneThatIsRefused)
+{
+	auto const executor = std::make_shared<RefusingExecutor>();
+	auto const trigger = QueueOnlyOnce::Create([] { FAIL(); }, executor);
+	executor->mMeanwhile = [&] { return trigger->Queue(); };
+	EXPECT_FALSE(trigger->Queue());
+	EXPECT_FALSE(executor->mResult.get());
 }
 
 // The service pattern: producers add work and trigger; a run takes all that it finds. Nothing may be left
