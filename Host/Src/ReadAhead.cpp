@@ -5,6 +5,7 @@
 #include "Sonaro/PrefetchRequestAccumulator.h"
 
 #include <algorithm>
+#include <exception>
 #include <vector>
 
 namespace SonaroHost
@@ -40,9 +41,18 @@ ReadAhead::ReadAhead(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, Offli
 
 ReadAhead::~ReadAhead()
 {
-	if (mBatch)
+	if (!mBatch)
+	{
+		return;
+	}
+	try
 	{
 		SN::AudioPrefetch::CancelAllPendingPrefetchRequests(SN::AudioPrefetch::PlaybackPriority);
+	}
+	catch (std::exception const&)
+	{
+		// The engine's module has stopped and given up the batch itself, or there is no memory for the mark;
+		// the batch is then read for nothing.
 	}
 }
 

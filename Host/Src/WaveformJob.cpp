@@ -10,11 +10,14 @@
 #include "SonaroHost/RenderContextScope.h"
 #include "WaveformData.h"
 #include "WaveformPicture.h"
+#include "zorvcore/threads/AsyncThreadedExecutor.h"
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <future>
 #include <limits>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -41,21 +44,38 @@ std::int64_t DivideUp(std::int64_t inDividend, std::int64_t inDivisor)
 	return inDividend / inDivisor + (inDividend % inDivisor != 0 ? 1 : 0);
 }
 
-// Tells the computing thread when nobody waits for it any more.
+// Ends the computation when nobody wants it any more, and waits for that: it uses what its caller holds.
 class CancelAtEnd
 {
 public:
-	explicit CancelAtEnd(SN::IAudioWaveformBuffer& ioBuffer)
-		: mBuffer(ioBuffer)
+	CancelAtEnd(SN::IAudioWaveformBuffer& ioBuffer, std::future<int> const& inComputing)
+		: mBuffer(ioBuffer),
+		  mComputing(inComputing)
 	{
 	}
-	~CancelAtEnd() { mBuffer.Cancel(); }
+	~CancelAtEnd()
+	{
+		mBuffer.Cancel();
+		mComputing.wait();
+	}
 	CancelAtEnd(CancelAtEnd const&) = delete;
 	CancelAtEnd& operator=(CancelAtEnd const&) = delete;
 
 private:
 	SN::IAudioWaveformBuffer& mBuffer;
+	std::future<int> const& mComputing;
 };
+
+// Runs a task on the waveform thread.
+std::future<int> QueueWaveform(std::function<int()> inTask)
+{
+	auto const task = std::make_shared<std::packaged_task<int()>>(std::move(inTask));
+	// A queue that is cleared in between refuses; the next one is new.
+	while (!SN::AudioWaveformQueue::GetQueue()->Queue([task] { (*task)(); }))
+	{
+	}
+	return task->get_future();
+}
 
 } // namespace
 
@@ -184,14 +204,14 @@ bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token co
 		MakeStream(context.Get()), start, end, kBlockFrames);
 	auto const buffer = SN::AudioWaveformQueue::CreateAudioWaveformBuffer();
 	std::int64_t const interval = mWaveform.mSamplesPerColumn;
-	auto computing = std::async(std::launch::async,
+	auto computing = QueueWaveform(
 		[&]
 		{
 			return generator->GenerateWaveform(
 				start, end, static_cast<unsigned long long>(interval), buffer, false, false);
 		});
 	{
-		CancelAtEnd const cancel(*buffer);
+		CancelAtEnd const cancel(*buffer, computing);
 		while (computing.wait_for(kProgressInterval) != std::future_status::ready &&
 			   !inStop.stop_requested() && !mSource->GetFailure())
 		{

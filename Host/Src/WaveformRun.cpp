@@ -48,7 +48,7 @@ bool WaveformRun::Compute()
 
 bool WaveformRun::MayGoOn() const
 {
-	auto const isWanted = [this] { return mBuffer.IsPending() && !SN::AudioWaveformQueue::IsAborted(); };
+	auto const isWanted = [this] { return mBuffer.IsPending() && !SN::AudioWaveformQueue::IsJobAborted(); };
 	while (isWanted())
 	{
 		if (!mPlan.mGate || mPlan.mGate->PassThroughUntil(std::chrono::steady_clock::now() + kGateInterval))

@@ -5,6 +5,7 @@
 #include "zorvcore/threads/RecursiveMutex.h"
 #include "zorvcore/threads/ThreadPriority.h"
 
+#include <atomic>
 #include <utility>
 
 namespace SN::AudioWaveformQueue
@@ -15,6 +16,12 @@ using zorvcore::threads::ScopedRecursiveLock;
 
 namespace
 {
+
+// Whether an executor was cleared. It and its thread hold one each.
+using ClearedMark = std::shared_ptr<std::atomic<bool>>;
+
+// That of the executor whose thread this is; none on other threads.
+thread_local ClearedMark sMarkOfThread;
 
 // What the functions share. Never destroyed: jobs that were cleared by one of them may end later than
 // this file's statics.
@@ -28,8 +35,18 @@ struct State
 
 	zorvcore::threads::RecursiveMutex mMutex{"SN::AudioWaveformQueue"};
 	std::shared_ptr<AsyncThreadedExecutor> mExecutor;
+	ClearedMark mMark;
 	bool mAborted = false;
 };
+
+std::shared_ptr<AsyncThreadedExecutor> CreateExecutor(ClearedMark const& inMark)
+{
+	auto executor = zorvcore::threads::CreateAsyncThreadedExecutor(
+		"SN::AudioWaveformQueue", 1, zorvcore::threads::ThreadPriority::kBackground);
+	// Ahead of all jobs, on the one thread.
+	executor->Queue([inMark] { sMarkOfThread = inMark; });
+	return executor;
+}
 
 } // namespace
 
@@ -39,9 +56,9 @@ std::shared_ptr<AsyncThreadedExecutor> GetQueue()
 	ScopedRecursiveLock const lock(state.mMutex, "SN::AudioWaveformQueue::GetQueue");
 	if (!state.mExecutor)
 	{
+		state.mMark = std::make_shared<std::atomic<bool>>(false);
+		state.mExecutor = CreateExecutor(state.mMark);
 		state.mAborted = false;
-		state.mExecutor = zorvcore::threads::CreateAsyncThreadedExecutor(
-			"SN::AudioWaveformQueue", 1, zorvcore::threads::ThreadPriority::kBackground);
 	}
 	return state.mExecutor;
 }
@@ -61,6 +78,10 @@ void Clear()
 		ScopedRecursiveLock const lock(state.mMutex, "SN::AudioWaveformQueue::Clear");
 		executor.swap(state.mExecutor);
 		state.mAborted = true;
+		if (executor)
+		{
+			*state.mMark = true;
+		}
 	}
 	// Outside the lock, which the last jobs take too.
 	if (executor)
@@ -85,6 +106,11 @@ bool IsAborted()
 	State& state = State::Instance();
 	ScopedRecursiveLock const lock(state.mMutex, "SN::AudioWaveformQueue::IsAborted");
 	return state.mAborted;
+}
+
+bool IsJobAborted()
+{
+	return sMarkOfThread ? sMarkOfThread->load() : IsAborted();
 }
 
 void Shutdown()

@@ -4,6 +4,7 @@
 #include "Sonaro/AudioPrefetch.h"
 #include "SonaroHost/ClipRenderJob.h"
 #include "SonaroHost/HostError.h"
+#include "zorvcore/config/InitializerRegistrar.h"
 #include "zorvcore/debug/DebugDatabase.h"
 
 #include <gtest/gtest.h>
@@ -109,6 +110,16 @@ TEST_F(PlaybackRender, EqualsThePlainRenderWhateverIsAskedFor)
 	request.mLayout.mPan = 0.3;
 	request.mGain = 0.7f;
 	ExpectSame(request);
+}
+
+TEST_F(PlaybackRender, EndsWithAnErrorWhenTheModuleIsStopped)
+{
+	WriteInput();
+	ClipRenderRequest request = MakeRequest("in.wav");
+	request.mAsPlayback = true;
+	auto const stop = [](RenderProgress const&) { zorvcore::config::StopRegisteredModules(); };
+	EXPECT_THROW(Render(request, stop), std::exception);
+	zorvcore::config::StartRegisteredModules();
 }
 
 TEST_F(PlaybackRender, WhatIsCancelledIsAskedForAgain)

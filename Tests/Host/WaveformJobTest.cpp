@@ -1,7 +1,9 @@
 #include "SonaroHost/WaveformJob.h"
 
 #include "Media.h"
+#include "Sonaro/AudioWaveformQueue.h"
 #include "SonaroHost/HostError.h"
+#include "zorvcore/config/InitializerRegistrar.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -310,6 +312,29 @@ TEST_F(WaveformJobTest, AStoppedOrFailedJobLeavesWhatWasThere)
 	EXPECT_THROW(WaveformJob(request).Run(), HostError);
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.flac", "in.wav", "out"));
 	EXPECT_EQ(ReadBytes(mFolder / "out"), "old");
+}
+
+TEST_F(WaveformJobTest, RunsOnTheWaveformThreadWhateverWasClearedBefore)
+{
+	WriteInput();
+	SN::AudioWaveformQueue::Clear();
+	Run(MakeRequest(WaveformFormat::eJson));
+	zorvcore::config::StopRegisteredModules();
+	zorvcore::config::StartRegisteredModules();
+	Run(MakeRequest(WaveformFormat::eJson));
+
+	// Held back with the queue; let go on the first news of it.
+	SN::AudioWaveformQueue::GetQueue();
+	SN::AudioWaveformQueue::Pause(true);
+	std::vector<std::int64_t> news;
+	auto const release = [&](RenderProgress const& inProgress)
+	{
+		news.push_back(inProgress.mFramesDone);
+		SN::AudioWaveformQueue::Pause(false);
+	};
+	EXPECT_TRUE(WaveformJob(MakeRequest(WaveformFormat::eJson)).Run(release));
+	ASSERT_GE(news.size(), 2u);
+	EXPECT_EQ(news.front(), 0);
 }
 
 TEST(WaveformStyle, AmplitudesAreScaledToTheHeight)

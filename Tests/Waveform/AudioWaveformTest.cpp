@@ -194,6 +194,30 @@ TEST(AudioWaveformQueue, AJobMayClearTheQueueItRunsOn)
 	}
 }
 
+TEST(AudioWaveformQueue, AClearedJobKnowsItEvenWhenTheNextQueueIsThere)
+{
+	Gate running(false), next(false);
+	std::vector<bool> told;
+	auto const note = [&] { told.insert(told.end(), {IsJobAborted(), IsAborted()}); };
+	MakeRequest([&] { note(), running.Open(), next.PassThrough(), note(); })->Complete(kSuccess);
+	MakeRequest(note)->Complete(kSuccess);
+	running.PassThrough();
+	std::thread clearing(Clear);
+	while (!IsAborted())
+	{
+		std::this_thread::yield();
+	}
+	EXPECT_TRUE(IsJobAborted()) << "on other threads";
+	GetQueue();
+	EXPECT_FALSE(IsJobAborted()) << "on other threads";
+	next.Open();
+	clearing.join();
+	MakeRequest(note)->Complete(kSuccess);
+	GetQueue()->Stop();
+	EXPECT_EQ(told, (std::vector<bool>{false, false, true, false, true, false, false, false}));
+	Clear();
+}
+
 // What a request is made of.
 struct AudioWaveformRequestTest : testing::Test
 {

@@ -23,7 +23,7 @@ namespace SN
 // Times     Of the generator's own time line; the range ends before inEndTime.
 // Interval  inSampleInterval: samples of the generator's rate in a column of the buffer.
 // Giving up A generator that runs for long looks now and then whether the buffer is still pending and
-//           whether AudioWaveformQueue::IsAborted, and returns early.
+//           whether AudioWaveformQueue::IsJobAborted, and returns early.
 // Gate      One to wait at between columns while it is closed; null for none. Stopping the queue does
 //           not open it.
 // Threads   Requests call from the waveform thread, one at a time; a host may call from any thread.

@@ -86,9 +86,9 @@ public:
 
 	AudioFileInfo const& GetInputInfo() const { return mSource->GetInfo(); }
 
-	// Computes on a thread of its own, and calls inProgress on the calling one every now and then. Nothing
-	// when asked to stop, or throwing a HostError: then there is no output, and a file that was there before
-	// stays. To be called once.
+	// Computes on the engine's waveform thread, whose queue must not be paused for good, and calls inProgress on
+	// the calling one, another one, every now and then. Nothing when asked to stop, or throwing a HostError: then
+	// there is no output, and a file that was there before stays. To be called once.
 	std::optional<WaveformSummary> Run(
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
