@@ -1,6 +1,6 @@
 #include "Sonaro/AudioChannelMix.h"
 
-#include "Panner/Algorithm/AudioChannelMatrixMasks.h"
+#include "Sonaro/AudioChannelMatrixMasks.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"

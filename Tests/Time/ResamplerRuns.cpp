@@ -1,6 +1,6 @@
 #include "ResamplerRuns.h"
 
-#include "Time/Resampler/AudioResamplerFactory.h"
+#include "Sonaro/AudioResamplerFactory.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>

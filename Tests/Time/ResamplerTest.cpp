@@ -1,5 +1,5 @@
 #include "ResamplerRuns.h"
-#include "Time/Resampler/AudioResamplerFactory.h"
+#include "Sonaro/AudioResamplerFactory.h"
 #include "Time/Resampler/CubicCoefficientTable.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"

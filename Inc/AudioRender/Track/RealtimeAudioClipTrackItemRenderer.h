@@ -6,8 +6,8 @@
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/IAudioResampler.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
-#include "Time/Resampler/IAudioResampler.h"
 #include "Vexilon/ITimeTransform.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Panner/Algorithm/AudioChannelMatrixMasks.h"
+#include "Sonaro/AudioChannelMatrixMasks.h"
 #include "Sonaro/Types.h"
 
 namespace dsp

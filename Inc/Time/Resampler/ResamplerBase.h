@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Time/Resampler/IAudioResampler.h"
+#include "Sonaro/IAudioResampler.h"
 
 namespace SN
 {

@@ -1,6 +1,6 @@
 #include "AudioRender/Source/AudioGeneratorSource.h"
 
-#include "AudioRender/Source/GeneratorPrefetch.h"
+#include "Sonaro/GeneratorPrefetch.h"
 #include "zorvcore/classref/AsyncDestruction.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "AudioRender/Source/GeneratorPrefetch.h"
+#include "Sonaro/GeneratorPrefetch.h"
 
 #include "Sonaro/AudioPrefetch.h"
 #include "Sonaro/IAsyncAudioSource.h"

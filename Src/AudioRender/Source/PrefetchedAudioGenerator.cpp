@@ -1,6 +1,6 @@
 #include "AudioRender/Source/PrefetchedAudioGenerator.h"
 
-#include "AudioRender/Source/GeneratorPrefetch.h"
+#include "Sonaro/GeneratorPrefetch.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvcore/classref/AsyncDestruction.h"

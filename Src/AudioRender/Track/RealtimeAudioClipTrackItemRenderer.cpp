@@ -5,8 +5,8 @@
 #include "AudioRender/Track/LoopWrap.h"
 #include "AudioRender/Track/PanWorkingWidth.h"
 #include "AudioRender/Track/RenderAndDiscard.h"
+#include "Sonaro/AudioResamplerFactory.h"
 #include "Sonaro/AudioUtilities.h"
-#include "Time/Resampler/AudioResamplerFactory.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "AudioRender/Track/RenderAndDiscard.h"
 
-#include "AudioRender/Source/GeneratorPrefetch.h"
+#include "Sonaro/GeneratorPrefetch.h"
 
 #include <algorithm>
 

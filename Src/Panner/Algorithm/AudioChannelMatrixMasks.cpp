@@ -1,4 +1,4 @@
-#include "Panner/Algorithm/AudioChannelMatrixMasks.h"
+#include "Sonaro/AudioChannelMatrixMasks.h"
 
 namespace SN
 {

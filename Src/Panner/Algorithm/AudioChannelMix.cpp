@@ -1,6 +1,6 @@
 #include "Sonaro/AudioChannelMix.h"
 
-#include "Panner/Algorithm/AudioChannelMixFunctions.h"
+#include "Sonaro/AudioChannelMixFunctions.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 #include "zorvmediatypes/ChannelConversionMatrix.h"
 

@@ -1,4 +1,4 @@
-#include "Panner/Algorithm/AudioChannelMixFunctions.h"
+#include "Sonaro/AudioChannelMixFunctions.h"
 
 #include "zorvaccelerate/ChannelMixing.h"
 #include "zorvaccelerate/VectorArithmetic.h"

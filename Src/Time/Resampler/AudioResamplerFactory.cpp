@@ -1,4 +1,4 @@
-#include "Time/Resampler/AudioResamplerFactory.h"
+#include "Sonaro/AudioResamplerFactory.h"
 
 #include "Time/Resampler/AudioResamplerCubic.h"
 #include "Time/Resampler/AudioResamplerLinear.h"

@@ -1,8 +1,8 @@
 #include "AudioRender/Source/AudioGeneratorSource.h"
 
-#include "AudioRender/Source/GeneratorPrefetch.h"
 #include "AudioRender/Source/PrefetchedAudioGenerator.h"
 #include "Sonaro/AudioPrefetch.h"
+#include "Sonaro/GeneratorPrefetch.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Support/Contexts.h"
 #include "Support/Fakes.h"

@@ -11,12 +11,12 @@ namespace SN
 using ChannelMask = zorvcore::utility::Flags<unsigned long long>;
 
 // The input channels that a routing names, channel modulo 64 by bit.
-ChannelMask EnumerateInputChannels(AudioChannelMatrix const& inMatrix);
+SONARO_API ChannelMask EnumerateInputChannels(AudioChannelMatrix const& inMatrix);
 
 // The output channels that any of them feeds, channel modulo 64 by bit.
-ChannelMask EnumerateOutputChannels(AudioChannelMatrix const& inMatrix);
+SONARO_API ChannelMask EnumerateOutputChannels(AudioChannelMatrix const& inMatrix);
 
 // Always empty: a place for diagnostics that produces nothing.
-std::wstring AudioMatrixToString(AudioChannelMatrix const& inMatrix);
+SONARO_API std::wstring AudioMatrixToString(AudioChannelMatrix const& inMatrix);
 
 } // namespace SN

@@ -15,12 +15,12 @@ namespace SN
 // SynchronousPrefetch, reads the rest on the calling thread, which returns when that is done. inTimeStamp:
 // see AudioPrefetch::PrefetchAudio. Raises the null-pointer exception without a generator and while the
 // engine's module is stopped.
-void PrefetchFromAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
+SONARO_API void PrefetchFromAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
 	PrefetchRange const& inRange, PrefetchType inType, unsigned long long inTimeStamp);
 
 // Reads the requests in their order on the calling thread. An empty source raises the null-pointer
 // exception.
-void ProcessSynchronousPrefetchRequests(
+SONARO_API void ProcessSynchronousPrefetchRequests(
 	std::vector<SynchronousPrefetchRequest> const& inRequests, unsigned long long inTimeStamp);
 
 } // namespace SN

@@ -19,7 +19,7 @@ namespace SN
 // Memory    Only Init allocates. A tap beyond the input reads the buffer's own samples up to its
 //           capacity and zeros from there on.
 // Threads   One at a time.
-class IAudioResampler : public virtual Unknown
+class SONARO_API IAudioResampler : public virtual Unknown
 {
 public:
 	static constexpr Identifier<IAudioResampler> kIdentifier{0xe9aa0b85024c9465ull, 0xf3b68634175b25deull};

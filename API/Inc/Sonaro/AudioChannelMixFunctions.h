@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/Types.h"
 #include "zorvmediatypes/ChannelConversionMatrix.h"
 
 namespace dsp
@@ -24,39 +25,39 @@ namespace SN::AudioChannelMix
 {
 
 // a(L + R + C)
-void ACM51FrontToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACM51FrontToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 // g(0.75 L + 0.5 C), and the same for the right side.
-void ACM51FrontToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACM51FrontToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 // 0.75 (a(L + R + C) + b(Ls + Rs))
-void ACM51FrontRearToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACM51FrontRearToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 // g(0.75 L + 0.5 C + c Ls)
-void ACM51FrontRearToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACM51FrontRearToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 // g(a(L + R + C) + b F)
-void ACM51FrontLFEToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACM51FrontLFEToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 // g(0.75 L + 0.5 C + c F)
-void ACM51FrontLFEToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACM51FrontLFEToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 // g(b(Ls + Rs + F) + a(L + R + C))
-void ACM51FrontRearLFEToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACM51FrontRearLFEToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 // g(0.75 L + 0.5 C + c(Ls + F))
-void ACM51FrontRearLFEToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACM51FrontRearLFEToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 
 // 0.5 (L + R)
-void ACMStereoToMonoDefault(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACMStereoToMonoDefault(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 // Both channels the input, at full level.
-void ACMMonoToStereoDefault(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACMMonoToStereoDefault(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 
 // A copy, which takes over length and flags.
-void ACMSame(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACMSame(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 
 // One operation under the four names that the selection tells apart: the first channels by position,
 // unmixed.
-void ACMMultichannelToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
-void ACMMultichannelToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
-void ACMMultichannelTo51(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
-void ACMMultichannelToArbitrary(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACMMultichannelToMono(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACMMultichannelToStereo(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACMMultichannelTo51(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+SONARO_API void ACMMultichannelToArbitrary(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 
 // Each output is the sum of the inputs by its row of gains, in the order of the columns.
-void ACMArbitraryToArbitrary(zorvmediatypes::ChannelConversionMatrix const& inMatrix,
+SONARO_API void ACMArbitraryToArbitrary(zorvmediatypes::ChannelConversionMatrix const& inMatrix,
 	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 
 } // namespace SN::AudioChannelMix
