@@ -5,7 +5,7 @@
 #include "AudioRender/Component/AudioMeterRenderer.h"
 #include "AudioRender/Component/AudioSendRenderer.h"
 #include "AudioRender/Core/AudioRenderContext.h"
-#include "AudioRender/Core/NestingLimit.h"
+#include "AudioRender/Core/Module.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Routing/AudioTransitionRenderer.h"
 #include "AudioRender/Source/AlignToFrameRateAudioGeneratorDecorator.h"
@@ -33,36 +33,12 @@
 #include "Panner/AudioPannerStereoToMono.h"
 #include "Panner/AudioPannerStereoToStereo.h"
 #include "Panner/ChannelMixerAudioPanProcessor.h"
-#include "Prefetch/AudioPrefetchModule.h"
-#include "Sonaro/AudioWaveformQueue.h"
 #include "Sonaro/PanProcessorType.h"
-#include "zorvcore/config/InitializerRegistrar.h"
 
 #include <mutex>
 
 namespace SN
 {
-
-namespace
-{
-
-bool StartModule()
-{
-	ReadMaxNestableSequenceInstances();
-	AudioPrefetch::Startup();
-	return true;
-}
-
-void StopModule()
-{
-	// In this order: a prefetch that ends may put a request to the waveform queue, and make it anew.
-	AudioPrefetch::Shutdown();
-	AudioWaveformQueue::Shutdown();
-}
-
-zorvcore::config::InitializerRegistrar const sModule("Sonaro", 0, &StartModule, &StopModule);
-
-} // namespace
 
 InterfaceRef<SonaroFactory> SonaroFactory::CreateClassRef()
 {
@@ -84,6 +60,7 @@ InterfaceRef<SonaroFactory> SonaroFactory::CreateClassRefInternal(bool inCreate)
 	static std::mutex sMutex;
 	static std::weak_ptr<SonaroFactory> sWeakSingleton;
 
+	EnsureModule();
 	std::lock_guard const lock(sMutex);
 	std::shared_ptr<SonaroFactory> factory = sWeakSingleton.lock();
 	if (!factory && inCreate)

@@ -17,14 +17,19 @@ enum Control : unsigned long long
 	kControlLowFrequency,
 };
 
-dsp::GainRamp const kRampAtRest(48000.0f, 1.0f, kPannerRampSeconds);
+// Until Init knows the rate.
+dsp::GainRamp MakeRampAtRest()
+{
+	return {48000.0f, 1.0f, kPannerRampSeconds};
+}
 
 } // namespace
 
 SurroundPanner::SurroundPanner(char16_t const* inNodeName, AudioChannelType inInputType, Law inLaw)
 	: AutomatedPanner(inNodeName, inInputType, VX::kAudioChannelType51),
 	  mLaw(inLaw),
-	  mRamps{kRampAtRest, kRampAtRest, kRampAtRest, kRampAtRest, kRampAtRest, kRampAtRest}
+	  mRamps{MakeRampAtRest(), MakeRampAtRest(), MakeRampAtRest(), MakeRampAtRest(), MakeRampAtRest(),
+		  MakeRampAtRest()}
 {
 }
 

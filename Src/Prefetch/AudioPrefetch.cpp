@@ -1,5 +1,6 @@
 #include "Sonaro/AudioPrefetch.h"
 
+#include "AudioRender/Core/Module.h"
 #include "Prefetch/AudioPrefetchModule.h"
 #include "Prefetch/AudioPrefetchQueue.h"
 #include "zorvcore/config/Exceptions.h"
@@ -45,6 +46,7 @@ private:
 
 std::shared_ptr<AudioPrefetchQueue> GetQueue()
 {
+	EnsureModule();
 	return InstanceSlot::Instance().Get();
 }
 
@@ -61,7 +63,7 @@ void CheckTaken(bool inIsTaken)
 
 void Startup()
 {
-	if (!GetQueue())
+	if (!InstanceSlot::Instance().Get())
 	{
 		InstanceSlot::Instance().Set(AudioPrefetchQueue::Create());
 	}
@@ -69,7 +71,7 @@ void Startup()
 
 void Shutdown()
 {
-	if (auto const queue = GetQueue())
+	if (auto const queue = InstanceSlot::Instance().Get())
 	{
 		queue->Shutdown();
 		InstanceSlot::Instance().Set(nullptr);

@@ -1,5 +1,6 @@
 #include "Sonaro/AudioWaveformQueue.h"
 
+#include "AudioRender/Core/Module.h"
 #include "Waveform/AudioWaveformBuffer.h"
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
 #include "zorvcore/threads/RecursiveMutex.h"
@@ -52,6 +53,8 @@ std::shared_ptr<AsyncThreadedExecutor> CreateExecutor(ClearedMark const& inMark)
 
 std::shared_ptr<AsyncThreadedExecutor> GetQueue()
 {
+	// Whose stop clears the queue.
+	EnsureModule();
 	State& state = State::Instance();
 	ScopedRecursiveLock const lock(state.mMutex, "SN::AudioWaveformQueue::GetQueue");
 	if (!state.mExecutor)

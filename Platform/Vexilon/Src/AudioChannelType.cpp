@@ -1,5 +1,6 @@
 #include "Vexilon/AudioChannelType.h"
 
+#include "zorvcore/Early.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 namespace VX
@@ -7,10 +8,10 @@ namespace VX
 
 using zorvmediatypes::AudioChannelLayout;
 
-AudioChannelLayout const kAudioChannelLayout_Mono = zorvmediatypes::CreateMonoChannelLayout();
-AudioChannelLayout const kAudioChannelLayout_Stereo = zorvmediatypes::CreateStereoChannelLayout();
-AudioChannelLayout const kAudioChannelLayout_51 = zorvmediatypes::Create51ChannelLayout();
-AudioChannelLayout const kAudioChannelLayout_Multichannel =
+ZORV_EARLY AudioChannelLayout const kAudioChannelLayout_Mono = zorvmediatypes::CreateMonoChannelLayout();
+ZORV_EARLY AudioChannelLayout const kAudioChannelLayout_Stereo = zorvmediatypes::CreateStereoChannelLayout();
+ZORV_EARLY AudioChannelLayout const kAudioChannelLayout_51 = zorvmediatypes::Create51ChannelLayout();
+ZORV_EARLY AudioChannelLayout const kAudioChannelLayout_Multichannel =
 	zorvmediatypes::CreateMultichannelLayout(kAdaptiveChannels);
 
 AudioChannelLayout CreateAudioChannelLayout(AudioChannelType inType)

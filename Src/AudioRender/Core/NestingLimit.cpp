@@ -1,5 +1,6 @@
 #include "AudioRender/Core/NestingLimit.h"
 
+#include "AudioRender/Core/Module.h"
 #include "Sonaro/AudioUtilities.h"
 #include "zorvcore/debug/DebugDatabase.h"
 
@@ -20,12 +21,13 @@ std::atomic<unsigned> sMaxNestableSequenceInstances{200};
 void ReadMaxNestableSequenceInstances()
 {
 	std::string const entry = zorvcore::debug::DebugDatabase::Instance().GetEntry(
-		"OQ.Sonaro.ComplexityBeforeRender", std::to_string(GetMaxNestableSequenceInstances()));
+		"OQ.Sonaro.ComplexityBeforeRender", std::to_string(sMaxNestableSequenceInstances));
 	sMaxNestableSequenceInstances = static_cast<unsigned>(std::strtoul(entry.c_str(), nullptr, 10));
 }
 
 unsigned GetMaxNestableSequenceInstances()
 {
+	EnsureModule();
 	return sMaxNestableSequenceInstances;
 }
 

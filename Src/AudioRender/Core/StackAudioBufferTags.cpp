@@ -1,22 +1,26 @@
 #include "AudioRender/Core/StackAudioBufferTags.h"
 
+#include "zorvcore/Early.h"
+
 namespace SN::StackAudioBufferTags
 {
 
-ImmutableString const kAudioClipRenderer("AudioClipRenderer");
-ImmutableString const kAudioClipTrackRenderer("AudioClipTrackRenderer");
-ImmutableString const kAudioMixTrackRenderer("AudioMixTrackRenderer");
-ImmutableString const kAudioStreamRenderer("AudioStreamRenderer");
-ImmutableString const kAudioTrackInletRenderer("AudioTrackInletRenderer");
-ImmutableString const kAudioTransitionRenderer("AudioTransitionRenderer");
-ImmutableString const kRealtimeAudioClipTrackItemRendererPan("RealtimeAudioClipTrackItemRenderer::Pan");
-ImmutableString const kRealtimeAudioClipTrackItemRendererResampler(
+ZORV_EARLY ImmutableString const kAudioClipRenderer("AudioClipRenderer");
+ZORV_EARLY ImmutableString const kAudioClipTrackRenderer("AudioClipTrackRenderer");
+ZORV_EARLY ImmutableString const kAudioMixTrackRenderer("AudioMixTrackRenderer");
+ZORV_EARLY ImmutableString const kAudioStreamRenderer("AudioStreamRenderer");
+ZORV_EARLY ImmutableString const kAudioTrackInletRenderer("AudioTrackInletRenderer");
+ZORV_EARLY ImmutableString const kAudioTransitionRenderer("AudioTransitionRenderer");
+ZORV_EARLY ImmutableString const kRealtimeAudioClipTrackItemRendererPan(
+	"RealtimeAudioClipTrackItemRenderer::Pan");
+ZORV_EARLY ImmutableString const kRealtimeAudioClipTrackItemRendererResampler(
 	"RealtimeAudioClipTrackItemRenderer::Resampler");
-ImmutableString const kTimeAlteredAudioClipTrackItemRendererPan("TimeAlteredAudioClipTrackItemRenderer::Pan");
-ImmutableString const kTimeAlteredAudioClipTrackItemRendererResampler(
+ZORV_EARLY ImmutableString const kTimeAlteredAudioClipTrackItemRendererPan(
+	"TimeAlteredAudioClipTrackItemRenderer::Pan");
+ZORV_EARLY ImmutableString const kTimeAlteredAudioClipTrackItemRendererResampler(
 	"TimeAlteredAudioClipTrackItemRenderer::Resampler");
-ImmutableString const kAudioChannelMatrixRenderer("AudioChannelMatrixRenderer");
-ImmutableString const kAudioPannerMonoToAdaptive("AudioPannerMonoToAdaptive");
-ImmutableString const kAudioPannerStereoToAdaptive("AudioPannerStereoToAdaptive");
+ZORV_EARLY ImmutableString const kAudioChannelMatrixRenderer("AudioChannelMatrixRenderer");
+ZORV_EARLY ImmutableString const kAudioPannerMonoToAdaptive("AudioPannerMonoToAdaptive");
+ZORV_EARLY ImmutableString const kAudioPannerStereoToAdaptive("AudioPannerStereoToAdaptive");
 
 } // namespace SN::StackAudioBufferTags

@@ -1,5 +1,6 @@
 #include "AudioRender/Core/TempBufferPool.h"
 
+#include "AudioRender/Core/StackAudioBufferTags.h"
 #include "zorvcore/config/Exceptions.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,13 @@ namespace
 {
 
 ImmutableString const kTag("tag");
+// While the statics of the program are made, in whatever order.
+ImmutableString const sTagBeforeMain = StackAudioBufferTags::kAudioClipRenderer;
+
+TEST(StackAudioBufferTags, AreThereBeforeMain)
+{
+	EXPECT_EQ(sTagBeforeMain, ImmutableString("AudioClipRenderer"));
+}
 
 TEST(TempBufferPool, ReservingAgainReplacesOnlyATooShortBuffer)
 {

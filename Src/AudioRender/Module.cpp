@@ -1,0 +1,37 @@
+#include "AudioRender/Core/Module.h"
+
+#include "AudioRender/Core/NestingLimit.h"
+#include "Prefetch/AudioPrefetchModule.h"
+#include "Sonaro/AudioWaveformQueue.h"
+#include "zorvcore/config/InitializerRegistrar.h"
+
+namespace SN
+{
+
+namespace
+{
+
+bool StartModule()
+{
+	ReadMaxNestableSequenceInstances();
+	AudioPrefetch::Startup();
+	return true;
+}
+
+void StopModule()
+{
+	// In this order: a prefetch that ends may put a request to the waveform queue, and make it anew.
+	AudioPrefetch::Shutdown();
+	AudioWaveformQueue::Shutdown();
+}
+
+[[maybe_unused]] bool const sIsStartedWithTheLibrary = (EnsureModule(), true);
+
+} // namespace
+
+void EnsureModule()
+{
+	static zorvcore::config::InitializerRegistrar const sModule("Sonaro", 0, &StartModule, &StopModule);
+}
+
+} // namespace SN
