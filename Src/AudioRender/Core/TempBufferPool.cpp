@@ -23,6 +23,8 @@ void TempBufferPool::ReserveStackAudioBuffer(unsigned inChannels, unsigned inSam
 	}
 	auto const buffer = zorvcore::classref::MakeObject<StackAudioBuffer>();
 	buffer->mBuffer.Init(inChannels, inSamples);
+	// Flagged from the start, which in debug builds means not-a-number, as after each user.
+	buffer->mBuffer.Zero();
 	mStackBuffers.insert_or_assign(key, buffer);
 }
 
@@ -34,7 +36,7 @@ InterfaceRef<StackAudioBuffer> TempBufferPool::GetStackAudioBuffer(
 	{
 		return {};
 	}
-	found->second->mBuffer.SetSilenceFlags(dsp::SilenceFlags::All());
+	found->second->mBuffer.Zero();
 	return found->second;
 }
 

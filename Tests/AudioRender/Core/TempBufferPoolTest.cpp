@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace SN
 {
 namespace
@@ -77,6 +79,10 @@ TEST(TempBufferPool, ABufferArrivesSilentWithTheLengthThatItsLastUserLeft)
 	}
 	auto const again = pool.GetStackAudioBuffer(2, 0, 0, kTag);
 	EXPECT_FALSE(again->mInUse);
+#ifdef ZORV_POISON_SILENCE
+	EXPECT_TRUE(std::isnan(again->mBuffer.GetChannel(1)[0])) << "what the last user left";
+	EXPECT_TRUE(std::isnan(again->mBuffer.GetChannel(1)[63])) << "what nobody has used";
+#endif
 	EXPECT_TRUE(again->mBuffer.IsSilent());
 	EXPECT_EQ(again->mBuffer.GetUseSize(), 10u);
 }
