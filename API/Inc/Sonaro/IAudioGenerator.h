@@ -24,8 +24,8 @@ class PrefetchRequestAccumulator;
 //   Reset                    before the next start elsewhere
 //   ShutdownAudioFilters     at the end
 //
-// Threads  One at a time pulls a graph. AccumulatePrefetchRequests alone may arrive on another thread
-//          than GetAudioData; a node with state that it touches guards it itself.
+// Threads  One at a time. AccumulatePrefetchRequests alone may come on another than GetAudioData, never
+//          beside Preroll or Reset; a node with state that it touches guards it itself.
 // Errors   None of these reports one: missing input is silence. Exceptions of the libraries beneath
 //          pass through to the caller.
 class SONARO_API IAudioGenerator : public virtual Unknown

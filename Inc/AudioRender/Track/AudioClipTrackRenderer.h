@@ -43,7 +43,7 @@ struct AudioClipTrackSettings
 //          hidden so is the track's own delay.
 // Mute     Live in a playback at the top level, as it stands elsewhere. It fades over 10 ms, after a
 //          jump it stands at once, and while it is complete items are not asked at all.
-// Threads  One at a time; AccumulatePrefetchRequests may come from another.
+// Threads  One at a time; AccumulatePrefetchRequests may come from another, but not beside Preroll or Reset.
 class AudioClipTrackRenderer final : public IAudioGenerator,
 									 public ICachedAudioGenerator,
 									 public ILiveAudioParameterOwner,

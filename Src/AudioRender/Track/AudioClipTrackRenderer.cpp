@@ -52,7 +52,7 @@ int AudioClipTrackRenderer::Create(
 int AudioClipTrackRenderer::CreateNew(
 	AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
 {
-	// Touches every item, so that a null one is found here.
+	// Asks neighbours that lie end to end, so that a null one among them is found here.
 	GetAudioTrackRenderableItemListContinuity(inSettings.mItems);
 	if (inSettings.mContext->IsNotTopLevelPlayback() && IsNeverHeard(inSettings))
 	{
