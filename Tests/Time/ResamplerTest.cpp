@@ -282,6 +282,16 @@ TEST(Resamplers, MisuseIsSilent)
 		EXPECT_EQ(MeasureLevel(Convert(*resampler, Samples(64, 0.5f), 64)), -HUGE_VAL);
 		resampler->Init(FrameRate(1000), FrameRate(1000), 1, false);
 		EXPECT_EQ(MeasureLevel(Convert(*resampler, {}, 16)), -HUGE_VAL);
+
+		// A window that is wider than its parent.
+		auto const wide = MakeResampler(kind, RatePair(1.0), 2);
+		dsp::AudioBuffer const input(2, wide->GetInputSampleCount(16));
+		dsp::AudioBuffer output(1, 16);
+		dsp::AudioSubBuffer window;
+		window.Init(2);
+		window.Assign(output, 0);
+		wide->Process(input, window, input.GetUseSize(), 16);
+		EXPECT_FALSE(output.IsSilent());
 	}
 	auto const raw = AudioResamplerFactory::CreateAudioResampler(RenderQuality::kMaximum);
 	EXPECT_EQ(raw->GetInputSampleCount(64), 0u);

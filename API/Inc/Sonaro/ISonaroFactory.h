@@ -111,8 +111,9 @@ public:
 
 	// An item of a track: a source with processors and a pan processor, which is required, of its own. Its
 	// time is shifted by inTimeOffset, by which the processors delay, mapped by the transform and multiplied
-	// by the speed, with a resampler behind the processors at any speed but 1. Give it its place on the track
-	// by IAudioTrackRenderableItem::Init.
+	// by the speed, with a resampler behind the processors at any speed but 1. A delay of the source that would
+	// take longer than a minute at a low speed counts as none. Give it its place on the track by
+	// IAudioTrackRenderableItem::Init. eInvalidArgument for a speed that is not a number.
 	virtual int CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
 		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
@@ -166,7 +167,8 @@ public:
 
 	// The tracks of a sequence, each before those that it feeds; the last one is the output. inDelayDependencies:
 	// for each track, by their mDelay, how many samples each of its sends waits, in their order, and last its
-	// output; without a record, not at all. inGeneratorDelays: how far ahead of the sequence's time each track is
+	// output, below 2^31; without a record, not at all. A send's wait is not kept in control blocks, which is
+	// while a control of its track changes. inGeneratorDelays: how far ahead of the sequence's time each track is
 	// asked, forward later and in reverse earlier; without one, 0. inOwner: the host's object of the sequence.
 	virtual int CreateAudioTrackGroupRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, std::vector<InterfaceRef<IAudioGenerator>> const& inGenerators,

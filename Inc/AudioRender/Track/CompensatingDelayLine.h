@@ -18,7 +18,8 @@ public:
 	// Inactive, for blocks of up to inMaxSamples.
 	void Init(unsigned inMaxSamples, unsigned inNumChannels);
 
-	// Delays by so many samples from now on, with silence before. 0 leaves the line as it is.
+	// Delays by so many samples from now on, with silence before. 0 leaves the line as it is. Throws
+	// std::length_error where delay and block are longer than 2^31 samples.
 	void SetDelay(unsigned inSamples);
 
 	// From now on the line delays the buffer that it is given; before, it leaves a delayed copy.

@@ -93,6 +93,7 @@ private:
 	// ioWindow: aimed at what the source gave.
 	void RunChain(
 		dsp::AudioSubBuffer& ioWindow, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse);
+	TickTime GetSourceDelay() const;
 	void WarmUp(TickTime const& inStartTime);
 	void PrepareToDiscard(long long inFrames);
 	void Discard(unsigned inFrames, bool inReverse, bool inPrefetch);

@@ -26,6 +26,16 @@ void Poison([[maybe_unused]] float* outSamples, [[maybe_unused]] unsigned inCoun
 #endif
 }
 
+void CheckChannelCount(unsigned long long inChannels)
+{
+	if (inChannels > AudioBuffer::kMaxChannels)
+	{
+		zorvcore::config::ThrowError(zorvcore::config::ErrorLevel::kError, __FILE__, __LINE__,
+			zorvcore::eInvalidArgument, false,
+			"an audio buffer has at most 64 channels, not " + std::to_string(inChannels));
+	}
+}
+
 } // namespace
 
 void AudioBuffer::Free::operator()(float* inMemory) const
@@ -59,12 +69,7 @@ AudioBuffer::~AudioBuffer() = default;
 
 void AudioBuffer::Init(unsigned long long inChannels, unsigned inSamples)
 {
-	if (inChannels > kMaxChannels)
-	{
-		zorvcore::config::ThrowError(zorvcore::config::ErrorLevel::kError, __FILE__, __LINE__,
-			zorvcore::eInvalidArgument, false,
-			"an audio buffer has at most 64 channels, not " + std::to_string(inChannels));
-	}
+	CheckChannelCount(inChannels);
 	unsigned long long const stride = (inSamples + kPadding - 1) / kPadding * kPadding;
 	unsigned long long const total = stride * inChannels;
 	if (total > std::numeric_limits<unsigned>::max())
@@ -87,6 +92,7 @@ void AudioBuffer::Init(unsigned long long inChannels, unsigned inSamples)
 void AudioBuffer::SetMemory(
 	float** inChannels, unsigned long long inNumChannels, unsigned inCapacity, bool inGroupsOfFour)
 {
+	CheckChannelCount(inNumChannels);
 	mChannels = inChannels;
 	mNumChannels = inNumChannels;
 	mCapacity = inCapacity;

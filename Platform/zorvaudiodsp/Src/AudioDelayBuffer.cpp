@@ -3,6 +3,8 @@
 #include "zorvaccelerate/VectorArithmetic.h"
 
 #include <algorithm>
+#include <limits>
+#include <stdexcept>
 
 namespace dsp
 {
@@ -16,6 +18,10 @@ using namespace zorvaccelerate::utility;
 
 void AudioDelayBuffer::Init(unsigned long long inChannels, unsigned inDelaySamples, unsigned inMaxBlockSize)
 {
+	if (0ull + inDelaySamples + inMaxBlockSize > std::numeric_limits<unsigned>::max() / 2)
+	{
+		throw std::length_error("vector too long");
+	}
 	mDelay = inDelaySamples;
 	mMaxBlockSize = inMaxBlockSize;
 	mRing.Init(inChannels, inDelaySamples + inMaxBlockSize);
@@ -72,6 +78,11 @@ void AudioDelayBuffer::Read(AudioBuffer& outBlock) const
 		}
 		float const* const ring = mRing.GetChannel(channel);
 		float* const out = outBlock.GetChannel(channel);
+		if (!out)
+		{
+			// A window that is wider than its parent.
+			continue;
+		}
 		Copy(head, ring + first, out);
 		Copy(count - head, ring, out + head);
 		if (count < outBlock.GetUseSize())

@@ -1,25 +1,16 @@
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
-#include "zorvcore/config/Exceptions.h"
-
 #include <algorithm>
-#include <string>
 
 namespace dsp
 {
 
 void AudioSubBuffer::Init(unsigned long long inChannels)
 {
-	if (inChannels > kMaxChannels)
-	{
-		zorvcore::config::ThrowError(zorvcore::config::ErrorLevel::kError, __FILE__, __LINE__,
-			zorvcore::eInvalidArgument, false,
-			"an audio buffer has at most 64 channels, not " + std::to_string(inChannels));
-	}
+	SetMemory(mWindowChannels, inChannels, 0, false);
 	std::fill_n(mWindowChannels, inChannels, nullptr);
 	mParent = nullptr;
 	mFlags = SilenceFlags();
-	SetMemory(mWindowChannels, inChannels, 0, false);
 }
 
 void AudioSubBuffer::Assign(AudioBuffer& ioParent, unsigned inOffset)

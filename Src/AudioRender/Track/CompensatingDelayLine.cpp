@@ -4,11 +4,19 @@
 
 #include <algorithm>
 #include <bit>
+#include <stdexcept>
 
 namespace SN
 {
 
 using namespace zorvaccelerate::utility;
+
+namespace
+{
+
+constexpr unsigned long long kLongestRing = 1ull << 31;
+
+} // namespace
 
 void CompensatingDelayLine::Init(unsigned inMaxSamples, unsigned inNumChannels)
 {
@@ -23,10 +31,14 @@ void CompensatingDelayLine::SetDelay(unsigned inSamples)
 	{
 		return;
 	}
-	mOutput = std::make_shared<dsp::AudioBuffer>(mNumChannels, mMaxSamples);
 	// Room for the delay and a whole block, so that no block overwrites what it is about to read.
-	unsigned const room = inSamples < mMaxSamples ? mMaxSamples * 2 : mMaxSamples + inSamples;
-	unsigned const length = std::bit_ceil(std::max(room, 1u));
+	unsigned long long const room = std::max(1ull, 0ull + mMaxSamples + std::max(mMaxSamples, inSamples));
+	if (room > kLongestRing)
+	{
+		throw std::length_error("vector too long");
+	}
+	auto const length = static_cast<unsigned>(std::bit_ceil(room));
+	mOutput = std::make_shared<dsp::AudioBuffer>(mNumChannels, mMaxSamples);
 	mRing = std::make_shared<dsp::AudioBuffer>(mNumChannels, length);
 	mRing->ZeroBuffers();
 	mWriteIndex = 0;
@@ -79,7 +91,8 @@ void CompensatingDelayLine::ProcessChannel(
 		}
 		done += run;
 	}
-	for (unsigned done = 0; done < inCount;)
+	// Nothing is read into a window that is wider than its parent.
+	for (unsigned done = 0; outOutput && done < inCount;)
 	{
 		unsigned const read = (mReadIndex + done) & mMask;
 		unsigned const run = std::min(inCount - done, length - read);

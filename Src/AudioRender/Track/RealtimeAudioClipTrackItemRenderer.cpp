@@ -21,6 +21,8 @@ namespace
 // Samples by which the source's position may be off before it is set anew: reading on sounds better.
 constexpr long long kPositionTolerance = 16;
 
+constexpr TickTime kLongestFill = TickTime::FromTicks(60 * zorvmediatypes::kTicksPerSecond);
+
 constexpr FrameRate kOneHertz(zorvmediatypes::kTicksPerSecond);
 
 FrameRate GetInputRate(double inSpeed)
@@ -52,6 +54,10 @@ int RealtimeAudioClipTrackItemRenderer::SetUp(RealtimeAudioClipTrackItemSettings
 	if (!inSettings.mPanProcessor)
 	{
 		return eNullPointer;
+	}
+	if (std::isnan(inSettings.mSpeed))
+	{
+		return eInvalidArgument;
 	}
 	mSource = inSettings.mSource;
 	mChain.Init(inSettings.mProcessors, inSettings.mPanProcessor);
@@ -188,7 +194,13 @@ void RealtimeAudioClipTrackItemRenderer::RenderResampled(
 	window.Init(mWidth);
 	window.Assign(read, 0);
 	RunChain(window, panAlters ? &panned : nullptr, start, inReverse);
-	mResampler->Process(panAlters ? panned : read, ioBuffer, inputs, outputs);
+	dsp::AudioBuffer& input = panAlters ? panned : read;
+	if (inputs == 0)
+	{
+		// The outputs lie in what the resampler still holds, which no flag of an empty block may hide.
+		input.ClearSilenceFlags(dsp::SilenceFlags::All());
+	}
+	mResampler->Process(input, ioBuffer, inputs, outputs);
 }
 
 TickTime RealtimeAudioClipTrackItemRenderer::ReadSource(
@@ -254,12 +266,7 @@ void RealtimeAudioClipTrackItemRenderer::Preroll(TickTime const& inStartTime, bo
 		WarmUp(inStartTime);
 		return;
 	}
-	mDelay = mSource->GetDelay();
-	if (mUsesResampler)
-	{
-		mDelay /= mSpeed;
-	}
-	mDelay += mTimeOffset;
+	mDelay = GetSourceDelay() + mTimeOffset;
 	mFramesFilled = 0;
 	long long const frames = GetDelayInFrames();
 	mFillPosition = inStartTime;
@@ -271,6 +278,17 @@ void RealtimeAudioClipTrackItemRenderer::Preroll(TickTime const& inStartTime, bo
 	}
 	mFillPosition.AddFrames(inReverse ? frames : -frames, GetFrameRate());
 	PrepareToDiscard(frames);
+}
+
+// In the item's own time. An item that stands still, or nearly so, would fill for ever.
+TickTime RealtimeAudioClipTrackItemRenderer::GetSourceDelay() const
+{
+	if (!mUsesResampler)
+	{
+		return mSource->GetDelay();
+	}
+	TickTime const delay = mSpeed == 0.0 ? kTimeMax : mSource->GetDelay() / mSpeed;
+	return delay > kLongestFill ? kTimeZero : delay;
 }
 
 // Not on the render path, and only for an item that has something to throw away: there may be very many.

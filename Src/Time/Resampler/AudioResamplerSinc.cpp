@@ -314,10 +314,10 @@ void AudioResamplerSinc::Finish(Block& ioBlock) const
 {
 	for (unsigned long long channel = 0; channel < ioBlock.mOutput.GetNumChannels(); ++channel)
 	{
-		bool const isOurs = channel < mNumChannels;
+		float* const output = ioBlock.mOutput.GetChannel(channel);
+		bool const isOurs = channel < mNumChannels && output;
 		if (isOurs)
 		{
-			float* const output = ioBlock.mOutput.GetChannel(channel);
 			std::fill(output + ioBlock.mProduced, output + ioBlock.mNumOutput, 0.0f);
 		}
 		ioBlock.mOutput.NoteChannelWrite(channel, isOurs ? ioBlock.mNumOutput : 0);

@@ -75,11 +75,12 @@ void InterpolatingResampler::Process(
 		}
 		for (unsigned long long channel = 0; channel < channels; ++channel)
 		{
-			// Samples under a flag count as zeros whatever they are.
-			if (!inInput.IsChannelSilent(channel))
+			float* const out = outOutput.GetChannel(channel);
+			// Samples under a flag count as zeros whatever they are, and a window may be wider than its parent.
+			if (out && !inInput.IsChannelSilent(channel))
 			{
-				InterpolateBlock(count, positions.data(), GetChannel(inInput, channel), inInput.GetCapacity(),
-					outOutput.GetChannel(channel) + done);
+				InterpolateBlock(
+					count, positions.data(), GetChannel(inInput, channel), inInput.GetCapacity(), out + done);
 			}
 		}
 		done += count;

@@ -6,10 +6,13 @@
 #include "Support/Contexts.h"
 #include "Support/Panning.h"
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -255,6 +258,32 @@ TEST(CompensatingDelayLine, LengthsOfRings)
 		line.SetDelay(test.mDelay);
 		EXPECT_EQ(line.GetRingLength(), test.mRing) << test.mDelay;
 		EXPECT_EQ(line.IsActive(), test.mDelay != 0);
+	}
+	for (unsigned const delay : {(1u << 31) - 1023, 1u << 31, ~0u})
+	{
+		CompensatingDelayLine line;
+		line.Init(1024, 0);
+		EXPECT_THROW(line.SetDelay(delay), std::length_error) << delay;
+		EXPECT_FALSE(line.IsActive());
+	}
+}
+
+TEST(CompensatingDelayLine, AWindowWiderThanItsParentLosesNothing)
+{
+	CompensatingDelayLine line;
+	line.Init(8, 2);
+	line.SetDelay(4);
+	line.SetInPlace();
+	dsp::AudioBuffer parent(1, 8);
+	dsp::AudioSubBuffer window;
+	window.Init(2);
+	for (float const expected : {0.0f, 1.0f})
+	{
+		std::fill_n(parent.GetChannel(0), 8, 1.0f);
+		window.Assign(parent, 0);
+		line.Process(window);
+		EXPECT_EQ(parent.GetChannel(0)[3], expected);
+		EXPECT_EQ(parent.GetChannel(0)[4], 1.0f);
 	}
 }
 

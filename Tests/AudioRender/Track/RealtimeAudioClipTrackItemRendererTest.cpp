@@ -233,6 +233,62 @@ TEST(RealtimeAudioClipTrackItemRenderer, ALatencyIsReportedAndFilledAhead)
 	context->PopNestingLevel();
 }
 
+TEST(RealtimeAudioClipTrackItemRenderer, TheDelayOfTheSourceIsDividedByTheSpeed)
+{
+	struct Case
+	{
+		double mSpeed;
+		// In frames.
+		long long mSourceDelay;
+		long long mDelay;
+	};
+	constexpr Case kCases[] = {{2.0, 60, 30}, {0.5, 60, 120}, {0.5, 48000 * 29, 48000 * 58},
+		{0.5, 48000 * 31, 0}, {1e-9, 60, 0}, {0.0, 60, 0}, {0.0, 0, 0}};
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(testing::Message() << "speed " << test.mSpeed << ", delay " << test.mSourceDelay);
+		Prefetcher prefetcher;
+		ScopedContext const context(256, &prefetcher);
+		ItemParts parts;
+		parts.mSource->mDelay = At(test.mSourceDelay);
+		parts.mSpeed = test.mSpeed;
+		parts.mOffset = 40;
+		auto const item = parts.Make(context.Get());
+		item->Preroll(At(1000), false);
+		EXPECT_EQ(item->GetDelay(), At(test.mDelay + 40));
+		item->FillInitialDelay(At(0), kTimeZero, false, true);
+	}
+	ScopedContext const context(256);
+	InterfaceRef<IAudioGenerator> item;
+	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateRealtimeAudioClipTrackItemRenderer(context.Get(),
+				  k48000Hz, MakeObject<FakeGenerator>(1), {}, MakePanner(context.Get(), kPanNoneMono),
+				  std::nan(""), MakeObject<ShiftTransform>(0), kTimeZero, &item),
+		eInvalidArgument);
+	EXPECT_FALSE(item);
+}
+
+// Blocks so short that the resampler wants no input for them.
+TEST(RealtimeAudioClipTrackItemRenderer, WhatTheResamplerHoldsIsHeardInBlocksWithoutInput)
+{
+	for (PanProcessorType const panner : {kPanNoneMono, kPanMonoToStereo})
+	{
+		SCOPED_TRACE(panner);
+		ScopedContext const context(256);
+		ItemParts parts;
+		parts.mSource = MakeObject<FakeGenerator>(1, [](unsigned long long, long long) { return 1.0f; });
+		parts.mPanner = MakePanner(
+			context.Get(), panner, ConstantParameters(std::vector<float>(panner == kPanNoneMono ? 0 : 1)));
+		parts.mSpeed = 0.1;
+		auto const item = parts.Make(context.Get());
+		item->Preroll(At(0), false);
+		Samples const out = Pull(*item, {.mFrames = 300, .mChannels = 1}, BlocksOf(1));
+		for (unsigned i = 100; i < 300; ++i)
+		{
+			ASSERT_NEAR(out[0][i], 1.0f, 1e-3f) << i;
+		}
+	}
+}
+
 TEST(RealtimeAudioClipTrackItemRenderer, WithoutPlaybackAnOffsetIsWarmedUp)
 {
 	ScopedContext const context(64);

@@ -59,6 +59,8 @@ TEST(AudioBuffer, BeginsWithZerosInAlignedAndPaddedMemory)
 	buffer.SetUseSize(100);
 	EXPECT_EQ(buffer.GetUseSize(), 21u);
 	EXPECT_THROW(AudioBuffer(65, 1), zorvcore::config::zorv_exception);
+	EXPECT_THROW(AudioBufferShell().Init(65), zorvcore::config::zorv_exception);
+	EXPECT_THROW(AudioSubBuffer().Init(65), zorvcore::config::zorv_exception);
 	EXPECT_TRUE(AudioBuffer().IsSilent());
 	EXPECT_TRUE(AudioBuffer(0, 8).IsSilent());
 }

@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <random>
+#include <stdexcept>
 #include <vector>
 
 namespace dsp
@@ -233,6 +235,26 @@ TEST(AudioDelayBuffer, ResetForgetsHistoryAndSilenceComesOutFlagged)
 		line.Write(block);
 	}
 	EXPECT_EQ(silent, std::vector<bool>({false, false, true}));
+}
+
+TEST(AudioDelayBuffer, RefusesEndlessDelaysAndSparesAbsentChannels)
+{
+	AudioDelayBuffer delay;
+	for (unsigned const samples : {(1u << 31) - 64, 1u << 31, ~0u})
+	{
+		EXPECT_THROW(delay.Init(0, samples, 64), std::length_error) << samples;
+	}
+	delay.Init(2, 2, 4);
+	AudioBuffer block(2, 4);
+	std::fill_n(block.GetChannel(0), 4, 1.0f);
+	delay.Write(block);
+	AudioBuffer parent(1, 4);
+	AudioSubBuffer window;
+	window.Init(2);
+	window.Assign(parent, 0);
+	delay.Read(window);
+	EXPECT_EQ(parent.GetChannel(0)[1], 0.0f);
+	EXPECT_EQ(parent.GetChannel(0)[2], 1.0f);
 }
 
 TEST(AudioDelayBuffer, ABlockBeyondTheLargestIsCutShortNotOverrun)
