@@ -285,11 +285,12 @@ TEST(Resamplers, MisuseIsSilent)
 
 		// A window that is wider than its parent.
 		auto const wide = MakeResampler(kind, RatePair(1.0), 2);
-		dsp::AudioBuffer const input(2, wide->GetInputSampleCount(16));
 		dsp::AudioBuffer output(1, 16);
 		dsp::AudioSubBuffer window;
 		window.Init(2);
 		window.Assign(output, 0);
+		wide->Process(dsp::AudioBuffer(2, 0), window, 0, 16);
+		dsp::AudioBuffer const input(2, wide->GetInputSampleCount(16));
 		wide->Process(input, window, input.GetUseSize(), 16);
 		EXPECT_FALSE(output.IsSilent());
 	}
