@@ -81,7 +81,7 @@ endfunction()
 #
 #   sonaro_add_test(NAME [OPTIMIZED] SOURCES a.cpp ... LIBRARIES target ...)
 #
-# OPTIMIZED: its own code is most of what it runs, as that of a naive renderer, and is made fast with sanitizers, too.
+# OPTIMIZED: its own code is most of what it runs, as that of a naive renderer, and is made as fast as the product.
 function(sonaro_add_test inName)
 	cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMIZED" "" "SOURCES;LIBRARIES")
 	add_executable(${inName} ${arg_SOURCES})
@@ -92,7 +92,7 @@ function(sonaro_add_test inName)
 	endif()
 	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF)
 	# A compiler takes precompiled headers of the same level of optimisation only.
-	if(NOT SONARO_PRECOMPILE STREQUAL none AND NOT (arg_OPTIMIZED AND SONARO_SANITIZE))
+	if(NOT SONARO_PRECOMPILE STREQUAL none AND NOT arg_OPTIMIZED)
 		target_precompile_headers(${inName} REUSE_FROM SonaroTestHeaders)
 	endif()
 	gtest_discover_tests(${inName} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
