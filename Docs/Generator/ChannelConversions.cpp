@@ -2,6 +2,7 @@
 
 #include "Sonaro/AudioChannelMix.h"
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
@@ -36,16 +37,29 @@ Layout MakeDiscrete(int inChannels)
 	return layout;
 }
 
+struct Gain
+{
+	float mInBuffers;
+	float mInWindows;
+};
+
 // What a conversion makes of full scale on one input.
-float MeasureGain(AudioChannelMix::MixFunction const& inMix, Layout const& inFrom, Layout const& inTo,
+Gain MeasureGain(AudioChannelMix::MixFunction const& inMix, Layout const& inFrom, Layout const& inTo,
 	unsigned inInput, unsigned inOutput)
 {
 	constexpr unsigned kFrames = 4;
 	dsp::AudioBuffer input(inFrom.mLayout.size(), kFrames);
 	dsp::AudioBuffer output(inTo.mLayout.size(), kFrames);
 	std::fill_n(input.GetChannel(inInput), kFrames, 1.0f);
+	auto const read = [&]
+	{ return output.IsChannelSilent(inOutput) ? 0.0f : output.GetChannel(inOutput)[0]; };
 	inMix(input, output);
-	return output.IsChannelSilent(inOutput) ? 0.0f : output.GetChannel(inOutput)[0];
+	float const inBuffers = read();
+	dsp::AudioSubBuffer window;
+	window.Init(input.GetNumChannels());
+	window.Assign(input, 0);
+	inMix(window, output);
+	return {inBuffers, read()};
 }
 
 std::string FormatGain(float inGain)
@@ -57,6 +71,13 @@ std::string FormatGain(float inGain)
 	char text[16];
 	std::snprintf(text, sizeof(text), "%.4f", static_cast<double>(inGain));
 	return text;
+}
+
+std::string FormatGain(Gain const& inGain)
+{
+	std::string const inBuffers = FormatGain(inGain.mInBuffers);
+	std::string const inWindows = FormatGain(inGain.mInWindows);
+	return inBuffers == inWindows ? inBuffers : inBuffers + " / " + inWindows;
 }
 
 std::string DescribePair(Layout const& inFrom, Layout const& inTo, std::string const& inRemark = {})
@@ -92,11 +113,16 @@ std::string DescribeConversions()
 	using enum AudioChannelDescription;
 	Layout const quad{"four places", {kLeft, kRight, kLeftSurround, kRightSurround}, {"L", "R", "Ls", "Rs"}};
 
-	std::string text = "# Conversions between channel layouts\n\n"
-					   "What each output (row) gets of each input (column), as linear gains measured on the "
-					   "engine; a dot is "
-					   "nothing. `Docs/make-documents.sh` writes this page.\n\n"
-					   "## Fixed conversions\n\n";
+	std::string text =
+		"# Conversions between channel layouts\n\n"
+		"What each output (row) gets of each input (column), as linear gains measured on the "
+		"engine; a dot is "
+		"nothing. `Docs/make-documents.sh` writes this page.\n\n"
+		"## Fixed conversions\n\n"
+		"Where two gains stand, the first is that of whole buffers, the second that of windows. "
+		"Tracks, their items and their sends work in windows, so the second is what `sonaro` and "
+		"every sequence render; the first is heard where a host converts buffers of its own by "
+		"`AudioChannelMix::GetMixFunction`.\n\n";
 	text += DescribePair(mono, stereo) + DescribePair(stereo, mono);
 	constexpr std::pair<unsigned, char const*> kMixdowns[] = {
 		{AudioChannelMix::kMixdownFront, ", front channels"},

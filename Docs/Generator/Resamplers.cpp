@@ -2,8 +2,10 @@
 
 #include "Time/ResamplerRuns.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 namespace SonaroDocuments
 {
@@ -17,12 +19,20 @@ struct Rates
 {
 	unsigned mInput;
 	unsigned mOutput;
+	// Outputs that are left out at the start, and those that are measured.
+	unsigned mSettled = 8000;
+	unsigned mMeasured = 48000;
 };
 constexpr Rates kRates[] = {{44100, 48000}, {48000, 44100}, {96000, 48000}};
 
-// Outputs that are left out at the start, and those that are measured.
-constexpr unsigned kSettled = 8000;
-constexpr unsigned kMeasured = 48000;
+// Where speeds end, and a half.
+struct Ratio
+{
+	char const* mName;
+	Rates mRates;
+};
+constexpr Ratio kRatios[] = {
+	{"0.5", {24000, 48000}}, {"0.04", {1920, 48000}}, {"100", {4800000, 48000, 200, 1000}}};
 
 // A wave whose frequency goes from one to the other in a straight line, over what is measured.
 struct Sweep
@@ -39,31 +49,41 @@ struct Sweep
 
 double GetDuration(Rates const& inRates)
 {
-	return static_cast<double>(kSettled + kMeasured) / inRates.mOutput;
+	return static_cast<double>(inRates.mSettled + inRates.mMeasured) / inRates.mOutput;
 }
 
-Samples Convert(ResamplerKind inKind, Rates const& inRates, Sweep const& inSweep)
+// All at once, since a filter takes longer to work out than to run.
+std::vector<Samples> Convert(ResamplerKind inKind, Rates const& inRates, std::vector<Sweep> const& inSweeps)
 {
 	double const duration = GetDuration(inRates);
-	Samples input(static_cast<std::size_t>((duration + 0.2) * inRates.mInput));
-	for (std::size_t i = 0; i < input.size(); ++i)
+	std::vector<Samples> inputs;
+	for (Sweep const& sweep : inSweeps)
 	{
-		double const seconds = static_cast<double>(i) / inRates.mInput;
-		input[i] = static_cast<float>(std::sin(inSweep.GetAngle(seconds, duration)));
+		Samples& input = inputs.emplace_back(static_cast<std::size_t>((duration + 0.2) * inRates.mInput));
+		for (std::size_t i = 0; i < input.size(); ++i)
+		{
+			double const seconds = static_cast<double>(i) / inRates.mInput;
+			input[i] = static_cast<float>(std::sin(sweep.GetAngle(seconds, duration)));
+		}
 	}
-	auto const resampler = MakeResampler(inKind, RatePair(inRates.mInput, inRates.mOutput));
-	Samples const output = PullThrough(*resampler, input, kSettled + kMeasured);
-	return Samples(output.begin() + kSettled, output.end());
+	auto const resampler = MakeResampler(
+		inKind, RatePair(inRates.mInput, inRates.mOutput), static_cast<unsigned>(inputs.size()));
+	auto outputs = PullChannelsThrough(*resampler, inputs, inRates.mSettled + inRates.mMeasured);
+	for (Samples& output : outputs)
+	{
+		output.erase(output.begin(), output.begin() + inRates.mSettled);
+	}
+	return outputs;
 }
 
-double MeasureNoise(ResamplerKind inKind, Rates const& inRates, Sweep const& inSweep)
+double MeasureNoise(ResamplerKind inKind, Rates const& inRates, Sweep const& inSweep, Samples const& inOutput)
 {
 	// The sinc resamplers stand one input sample ahead.
 	double const ahead = inKind >= ResamplerKind::kSinc ? 1.0 / inRates.mInput : 0.0;
-	return FitWave(Convert(inKind, inRates, inSweep),
+	return FitWave(inOutput,
 		[&](std::size_t inIndex)
 		{
-			double const seconds = static_cast<double>(kSettled + inIndex) / inRates.mOutput + ahead;
+			double const seconds = static_cast<double>(inRates.mSettled + inIndex) / inRates.mOutput + ahead;
 			return inSweep.GetAngle(seconds, GetDuration(inRates));
 		})
 		.mSignalToNoise;
@@ -75,22 +95,24 @@ std::string Format(double inDecibels)
 	return inDecibels > 120.0 ? "over 120" : std::to_string(std::lround(inDecibels));
 }
 
-std::string DescribePair(ResamplerKind inKind, Rates const& inRates)
+// inScale: of the frequencies, which are those for 48 kHz.
+std::string DescribePair(
+	ResamplerKind inKind, std::string const& inName, Rates const& inRates, double inScale)
 {
+	// The last one goes from a twentieth above the output's band to the end of the input's.
+	std::vector<Sweep> const sweeps{{1000.0 * inScale, 1000.0 * inScale},
+		{10000.0 * inScale, 10000.0 * inScale}, {20.0 * inScale, 16000.0 * inScale},
+		{0.525 * inRates.mOutput, 0.5 * inRates.mInput}};
+	auto const outputs = Convert(inKind, inRates, sweeps);
 	std::string text("| ");
-	text.append(GetName(inKind)).append(" | ").append(std::to_string(inRates.mInput)).append(" to ");
-	text.append(std::to_string(inRates.mOutput)).append(" |");
-	for (Sweep const& sweep : {Sweep{1000.0, 1000.0}, Sweep{10000.0, 10000.0}, Sweep{20.0, 16000.0}})
+	text.append(GetName(inKind)).append(" | ").append(inName).append(" |");
+	for (std::size_t i = 0; i < 3; ++i)
 	{
-		text.append(" ").append(Format(MeasureNoise(inKind, inRates, sweep))).append(" |");
+		double const noise = MeasureNoise(inKind, inRates, sweeps[i], outputs[i]);
+		text.append(" ").append(Format(noise)).append(" |");
 	}
-	if (inRates.mInput <= inRates.mOutput)
-	{
-		return text + " · |\n";
-	}
-	// From a twentieth above the output's band to the end of the input's.
-	Sweep const beyond{0.525 * inRates.mOutput, 0.5 * inRates.mInput};
-	return text.append(" ").append(Format(-MeasureLevel(Convert(inKind, inRates, beyond)))).append(" |\n");
+	bool const losesBand = inRates.mInput > inRates.mOutput;
+	return text.append(" ").append(losesBand ? Format(-MeasureLevel(outputs[3])) : "·").append(" |\n");
 }
 
 } // namespace
@@ -110,7 +132,20 @@ std::string DescribeResamplers()
 	{
 		for (Rates const& rates : kRates)
 		{
-			text += DescribePair(kind, rates);
+			std::string const name = std::to_string(rates.mInput) + " to " + std::to_string(rates.mOutput);
+			text += DescribePair(kind, name, rates, 1.0);
+		}
+	}
+	text +=
+		"\nThe same by ratio, input samples for an output: a half, and the ends of the range of speeds. The "
+		"frequencies are parts of the lower rate here: 1/48, 10/48, and from 1/2400 to 1/3.\n\n"
+		"| Resampler | Ratio | 1/48 | 10/48 | Sweep | Alias rejection |\n|---|---|---|---|---|---|\n";
+	for (ResamplerKind const kind : kAllResamplers)
+	{
+		for (Ratio const& ratio : kRatios)
+		{
+			double const lower = std::min(ratio.mRates.mInput, ratio.mRates.mOutput);
+			text += DescribePair(kind, ratio.mName, ratio.mRates, lower / 48000.0);
 		}
 	}
 	return text;

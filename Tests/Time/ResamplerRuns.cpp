@@ -43,22 +43,36 @@ InterfaceRef<IAudioResampler> MakeResampler(
 Samples PullThrough(
 	IAudioResampler& ioResampler, Samples const& inInput, unsigned inNumOutput, unsigned inBlock)
 {
-	Samples result;
+	return PullChannelsThrough(ioResampler, {inInput}, inNumOutput, inBlock)[0];
+}
+
+std::vector<Samples> PullChannelsThrough(IAudioResampler& ioResampler, std::vector<Samples> const& inInputs,
+	unsigned inNumOutput, unsigned inBlock)
+{
+	std::vector<Samples> results(inInputs.size());
 	std::size_t cursor = 0;
-	while (result.size() < inNumOutput)
+	for (unsigned done = 0; done < inNumOutput; done += inBlock)
 	{
 		unsigned const numInput = ioResampler.GetInputSampleCount(inBlock);
-		dsp::AudioBuffer input(1, numInput);
-		dsp::AudioBuffer output(1, inBlock);
-		std::size_t const left = inInput.size() - std::min(cursor, inInput.size());
-		std::copy_n(inInput.data() + std::min(cursor, inInput.size()), std::min<std::size_t>(left, numInput),
-			input.GetChannel(0));
+		dsp::AudioBuffer input(inInputs.size(), numInput);
+		dsp::AudioBuffer output(inInputs.size(), inBlock);
+		for (std::size_t channel = 0; channel < inInputs.size(); ++channel)
+		{
+			Samples const& samples = inInputs[channel];
+			std::size_t const first = std::min(cursor, samples.size());
+			std::copy_n(samples.data() + first, std::min<std::size_t>(samples.size() - first, numInput),
+				input.GetChannel(channel));
+		}
 		ioResampler.Process(input, output, numInput, inBlock);
-		result.insert(result.end(), output.GetChannel(0), output.GetChannel(0) + inBlock);
+		unsigned const count = std::min(inBlock, inNumOutput - done);
+		for (std::size_t channel = 0; channel < inInputs.size(); ++channel)
+		{
+			float const* const samples = output.GetChannel(channel);
+			results[channel].insert(results[channel].end(), samples, samples + count);
+		}
 		cursor += numInput;
 	}
-	result.resize(inNumOutput);
-	return result;
+	return results;
 }
 
 Samples MakeTone(double inFrequency, unsigned inCount)

@@ -41,6 +41,9 @@ InterfaceRef<IAudioResampler> MakeResampler(
 // time as the resampler asks for. The input goes on in zeros.
 Samples PullThrough(
 	IAudioResampler& ioResampler, Samples const& inInput, unsigned inNumOutput, unsigned inBlock = 512);
+// The same of several channels.
+std::vector<Samples> PullChannelsThrough(IAudioResampler& ioResampler, std::vector<Samples> const& inInputs,
+	unsigned inNumOutput, unsigned inBlock = 512);
 
 // A tone of so many cycles a sample, from sample 0 on.
 Samples MakeTone(double inFrequency, unsigned inCount);
