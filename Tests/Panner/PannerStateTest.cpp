@@ -160,42 +160,6 @@ TEST(Panners, AMissingControlStandsAtZero)
 	}
 }
 
-// Every control moves what it stands for on its own, and over 15 ms after the jump to the first block.
-TEST(SurroundPanner, EachControlAloneIsHeard)
-{
-	constexpr unsigned kHeard[] = {1, 0, 2, 3};
-	for (PanProcessorType const type : {kPanMonoTo51, kPanStereoTo51})
-	{
-		for (unsigned moved = 0; moved < 4; ++moved)
-		{
-			SCOPED_TRACE("type " + std::to_string(type) + ", control " + std::to_string(moved));
-			Prefetcher prefetcher;
-			ScopedContext const context(4096, &prefetcher);
-			std::vector<InterfaceRef<FakeParameter>> fakes;
-			std::vector<float> values(4, 0.25f);
-			for (float const value : values)
-			{
-				fakes.push_back(zorvcore::classref::MakeObject<FakeParameter>(value));
-			}
-			auto const panner = MakePanner(context.Get(), type, {fakes[0], fakes[1], fakes[2], fakes[3]});
-			PanRange range = RangeOf(*panner, 2000);
-			Samples const before = RunPanner(*panner, range, BlocksOf(2000), One);
-			fakes[moved]->mValueAt = [](TickTime const&) { return 0.75f; };
-			values[moved] = 0.75f;
-			range.mStartFrame = 2000;
-			Samples const behind = RunPanner(*panner, range, BlocksOf(500), One);
-			auto const fresh = MakePanner(context.Get(), type, ConstantParameters(values));
-			Samples const expected = RunPanner(*fresh, range, BlocksOf(2000), One);
-			unsigned const channel = kHeard[moved];
-			double const from = static_cast<double>(before[channel][1999]);
-			double const to = static_cast<double>(expected[channel][1999]);
-			EXPECT_GT(std::abs(to - from), 0.05);
-			EXPECT_NEAR(static_cast<double>(behind[channel][360]), (from + to) / 2.0, 1e-3);
-			EXPECT_NEAR(static_cast<double>(behind[channel][1999]), to, 1e-3);
-		}
-	}
-}
-
 // One step of arithmetic, rounded apart.
 float Rounded(float inValue)
 {

@@ -162,25 +162,31 @@ TEST(MultichannelPanners, CopyByPositionOrByTheRouting)
 	struct Case
 	{
 		char const* mName;
+		unsigned mInputs;
 		AudioChannelMatrix mMatrix;
 		std::vector<float> mExpected;
 	};
 	Case const cases[] = {
-		{"an entry for each channel", {{0, {2, 3}}, {1, {0}}, {2, {1}}}, {2, 3, 1, kStale}},
-		{"fewer entries", {{0, {2}}}, {1, 2, 3, kStale}},
-		{"more entries", {{0, {2}}, {1, {0}}, {2, {1}}, {3, {3}}}, {1, 2, 3, kStale}},
-		{"no outputs for one", {{0, {0}}, {1, {}}, {2, {3}}}, {1, kStale, kStale, 3}},
+		{"an entry for each channel", 3, {{0, {2, 3}}, {1, {0}}, {2, {1}}}, {2, 3, 1, kStale}},
+		{"fewer entries", 3, {{0, {2}}}, {1, 2, 3, kStale}},
+		{"more entries", 3, {{0, {2}}, {1, {0}}, {2, {1}}, {3, {3}}}, {1, 2, 3, kStale}},
+		{"no outputs for one", 3, {{0, {0}}, {1, {}}, {2, {3}}}, {1, kStale, kStale, 3}},
+		{"more inputs than outputs", 6, {{1, {0}}, {3, {1}}, {4, {2}}, {5, {3}}}, {2, 4, 5, 6}},
+		{"more inputs, by position", 6, {{5, {0}}}, {1, 2, 3, 4}},
+		{"more inputs, an entry for each", 6, {{0, {3}}, {1, {3}}, {2, {3}}, {3, {3}}, {4, {3}}, {5, {3}}},
+			{1, 2, 3, 4}},
 	};
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(test.mName);
 		InterfaceRef<IAudioPanProcessor> panner;
-		ASSERT_EQ(factory->CreateDefaultMultiChannelAudioPanProcessorRenderer(context.Get(), k48000Hz,
-					  test.mMatrix, false, ConstantParameters({0.1f}), CreateMultichannelLayout(3),
-					  CreateMultichannelLayout(4), &panner),
+		ASSERT_EQ(
+			factory->CreateDefaultMultiChannelAudioPanProcessorRenderer(context.Get(), k48000Hz, test.mMatrix,
+				false, ConstantParameters({0.1f}), CreateMultichannelLayout(static_cast<int>(test.mInputs)),
+				CreateMultichannelLayout(4), &panner),
 			kSuccess);
-		EXPECT_EQ(Route(*panner, 3, 4), test.mExpected);
-		EXPECT_EQ(Route(*panner->Clone(k48000Hz, 16), 3, 4), test.mExpected);
+		EXPECT_EQ(Route(*panner, test.mInputs, 4), test.mExpected);
+		EXPECT_EQ(Route(*panner->Clone(k48000Hz, 16), test.mInputs, 4), test.mExpected);
 	}
 
 	std::pair<PanProcessorType, unsigned> const nones[] = {{kPanNoneMono, 1}, {kPanNoneMonoAlias, 1},

@@ -1,3 +1,5 @@
+#include "PannerReference.h"
+
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/SonaroFactory.h"
@@ -9,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <numbers>
 #include <string>
 #include <vector>
 
@@ -20,25 +21,12 @@ namespace
 
 using namespace Testing;
 
-constexpr double kPi = std::numbers::pi;
 // Two units in the last place of full scale.
 constexpr double kTwoUnits = 2.4e-7;
 
 float One(unsigned long long, long long)
 {
 	return 1.0f;
-}
-
-// The laws, once more in double precision.
-double SideKeeping(double inPan, bool inIsRight)
-{
-	double const share = inIsRight ? inPan : 1.0 - inPan;
-	return share < 0.5 ? std::sin(kPi * share) : 1.0;
-}
-
-double EqualPower(double inPan, bool inIsRight)
-{
-	return inIsRight ? std::sin(kPi / 2 * inPan) : std::cos(kPi / 2 * inPan);
 }
 
 TEST(StereoPanner, StandsAtTheGainsOfItsLawFromTheFirstBlockOn)
@@ -55,8 +43,9 @@ TEST(StereoPanner, StandsAtTheGainsOfItsLawFromTheFirstBlockOn)
 		auto const stereoGains = GetGainsAt(*stereo, {.mFrames = 4, .mInputs = 2});
 		for (unsigned side = 0; side < 2; ++side)
 		{
-			EXPECT_NEAR(static_cast<double>(monoGains[side]), EqualPower(pan, side == 1), kTwoUnits);
-			EXPECT_NEAR(static_cast<double>(stereoGains[side]), SideKeeping(pan, side == 1), kTwoUnits);
+			EXPECT_NEAR(static_cast<double>(monoGains[side]), GetEqualPowerReference(pan)[side], kTwoUnits);
+			EXPECT_NEAR(
+				static_cast<double>(stereoGains[side]), GetSideKeepingReference(pan)[side], kTwoUnits);
 		}
 		EXPECT_FALSE(mono->DoesNotAlterAudio());
 		EXPECT_EQ(stereo->DoesNotAlterAudio(), step == 32);

@@ -1,3 +1,5 @@
+#include "PannerReference.h"
+
 #include "Sonaro/AudioChannelMix.h"
 #include "Sonaro/SonaroFactory.h"
 #include "Support/Contexts.h"
@@ -5,9 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
-#include <numbers>
 #include <string>
 #include <vector>
 
@@ -18,42 +18,8 @@ namespace
 
 using namespace Testing;
 
-constexpr double kPi = std::numbers::pi;
 // Two units in the last place of full scale; products of two gains may take a third.
 constexpr double kLastPlaces = 3.6e-7;
-
-struct Position
-{
-	double mX;
-	double mY;
-	double mCenter;
-};
-
-// Gains of left, right, centre, left and right surround, once more in double precision.
-using Gains = std::array<double, 5>;
-
-Gains ReferenceGains(Position const& inPosition, bool inIsStereo)
-{
-	double const x = inPosition.mX;
-	double const y = inPosition.mY;
-	double const center = inPosition.mCenter;
-	double const quarter = kPi / 2;
-	double const front = std::cos(quarter * y);
-	double const rear = std::sin(quarter * y);
-	auto const side = [&](double inShare, double inFar)
-	{ return std::sin(quarter * ((inShare - inFar) * std::cos(quarter * center) + inFar)) * front; };
-	double const farLeft = std::max(0.0, 1.0 - 2.0 * x);
-	double const farRight = std::max(0.0, 2.0 * x - 1.0);
-	double const middle = std::sin(kPi * x);
-	double const phantom = middle * front * std::sin(quarter * center);
-	if (inIsStereo)
-	{
-		return {side(std::min(1.0, 2.0 - 2.0 * x), farLeft), side(std::min(1.0, 2.0 * x), farRight), phantom,
-			x > 0.5 ? middle * rear : rear, x > 0.5 ? rear : middle * rear};
-	}
-	return {side(1.0 - x, farLeft), side(x, farRight), phantom, std::cos(quarter * x) * rear,
-		std::sin(quarter * x) * rear};
-}
 
 constexpr unsigned kMeasured[] = {0, 1, 2, 4, 5};
 
@@ -75,7 +41,7 @@ TEST(SurroundPanner, StandsAtTheGainsOfItsLawAllOverTheField)
 							static_cast<float>(center), 0.5f}));
 					auto const gains =
 						GetGainsAt(*panner, {.mFrames = 4, .mInputs = isStereo ? 2u : 1u, .mOutputs = 6});
-					auto const expected = ReferenceGains({x, y, center}, isStereo);
+					auto const expected = GetSurroundReference({x, y, center}, isStereo);
 					for (unsigned i = 0; i < 5; ++i)
 					{
 						EXPECT_NEAR(static_cast<double>(gains[kMeasured[i]]), expected[i], kLastPlaces)
@@ -94,78 +60,13 @@ TEST(SurroundPanner, EachInputStaysOnItsSideAndTheCentreGetsTheMean)
 		MakePanner(context.Get(), kPanStereoTo51, ConstantParameters({0.5f, 0.5f, 0.5f, 0.0f}));
 	auto const left = GetGainsAt(*panner, {.mFrames = 4, .mInputs = 2, .mOutputs = 6}, 0b10);
 	auto const right = GetGainsAt(*panner, {.mFrames = 4, .mInputs = 2, .mOutputs = 6}, 0b01);
-	auto const both = ReferenceGains({0.5, 0.5, 0.5}, true);
+	auto const both = GetSurroundReference({0.5, 0.5, 0.5}, true);
 	double const expectedLeft[] = {both[0], 0.0, both[2] / 2, 0.0, both[3], 0.0};
 	double const expectedRight[] = {0.0, both[1], both[2] / 2, 0.0, 0.0, both[4]};
 	for (unsigned channel = 0; channel < 6; ++channel)
 	{
 		EXPECT_NEAR(static_cast<double>(left[channel]), expectedLeft[channel], kLastPlaces) << channel;
 		EXPECT_NEAR(static_cast<double>(right[channel]), expectedRight[channel], kLastPlaces) << channel;
-	}
-}
-
-// The filter once more: what 120 Hz and that Q give at a rate, run over the whole in double precision.
-std::vector<double> ReferenceFilter(double inRate, std::vector<double> const& inInput)
-{
-	double const w = 2.0 * kPi * 120.0 / inRate;
-	double const alpha = std::sin(w) * std::sqrt(0.5);
-	double const b = (1.0 - std::cos(w)) / 2.0 / (1.0 + alpha);
-	double const a1 = 2.0 * std::cos(w) / (1.0 + alpha);
-	double const a2 = (1.0 - alpha) / (1.0 + alpha);
-	std::vector<double> out;
-	double x1 = 0.0;
-	double x2 = 0.0;
-	double y1 = 0.0;
-	double y2 = 0.0;
-	for (double const x : inInput)
-	{
-		double const y = b * (x + 2.0 * x1 + x2) + a1 * y1 - a2 * y2;
-		x2 = x1;
-		x1 = x;
-		y2 = y1;
-		y1 = y;
-		out.push_back(y);
-	}
-	return out;
-}
-
-TEST(SurroundPanner, DerivesTheLowFrequencyChannel)
-{
-	for (double const rate : {32000.0, 44100.0, 48000.0, 96000.0, 192000.0})
-	{
-		for (bool const isStereo : {false, true})
-		{
-			SCOPED_TRACE((isStereo ? "stereo at " : "mono at ") + std::to_string(rate));
-			ScopedContext const context;
-			InterfaceRef<IAudioPanProcessor> panner;
-			SonaroFactory::CreateClassRef()->CreateAudioPanProcessorRenderer(context.Get(),
-				FrameRate::FromSamplesPerSecond(rate), isStereo ? kPanStereoTo51 : kPanMonoTo51, false,
-				ConstantParameters({0.25f, 0.0f, 0.0f, 0.8f}), &panner);
-			constexpr unsigned kFrames = 20000;
-			auto const sample = [](unsigned long long inChannel, long long inFrame)
-			{
-				double const time = static_cast<double>(inFrame);
-				return static_cast<float>(
-					inChannel == 0 ? 0.5 * std::sin(time * 0.01) + 0.25 : 0.3 * std::cos(time * 0.2));
-			};
-			std::vector<double> input;
-			for (unsigned i = 0; i < kFrames; ++i)
-			{
-				double const left = static_cast<double>(sample(0, i));
-				double const right = static_cast<double>(sample(1, i));
-				input.push_back(isStereo ? left * std::cos(kPi / 8) + right * std::sin(kPi / 8) : left);
-			}
-			auto const expected = ReferenceFilter(rate, input);
-			// Blocks of one length, so that no block counts as a jump even at other rates than 48 kHz.
-			Samples const out =
-				RunPanner(*panner, {.mFrames = kFrames, .mInputs = isStereo ? 2u : 1u, .mOutputs = 6},
-					BlocksOf(kFrames), sample);
-			for (unsigned i = 0; i < kFrames; ++i)
-			{
-				// The poles lie close to 1, so single precision loses the more digits the higher the rate.
-				ASSERT_NEAR(static_cast<double>(out[3][i]), 0.8 * expected[i], 1e-8 * rate) << i;
-			}
-		}
 	}
 }
 

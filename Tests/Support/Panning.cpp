@@ -33,8 +33,8 @@ unsigned GetUniformLength(
 	return inLength;
 }
 
-void RunBlock(IAudioPanProcessor& ioPanner, long long inFirst, dsp::AudioBuffer& ioInput,
-	SampleFunction const& inInput, SilentAt const& inSilentAt, Samples& ioResult)
+void RunBlock(IAudioPanProcessor& ioPanner, long long inFirst, FrameRate const& inRate,
+	dsp::AudioBuffer& ioInput, SampleFunction const& inInput, SilentAt const& inSilentAt, Samples& ioResult)
 {
 	unsigned const frames = ioInput.GetUseSize();
 	ioInput.ClearSilenceFlags(dsp::SilenceFlags::All());
@@ -53,7 +53,7 @@ void RunBlock(IAudioPanProcessor& ioPanner, long long inFirst, dsp::AudioBuffer&
 		std::fill_n(output.GetChannel(channel), frames, kStale);
 	}
 	output.Zero();
-	ioPanner.ProcessAudioData(ioInput, output, TickTime(inFirst, k48000Hz));
+	ioPanner.ProcessAudioData(ioInput, output, TickTime(inFirst, inRate));
 	for (unsigned channel = 0; channel < ioResult.size(); ++channel)
 	{
 		float const* const samples = output.GetChannel(channel);
@@ -99,13 +99,13 @@ Samples RunPanner(IAudioPanProcessor& ioPanner, PanRange const& inRange, BlockSi
 		long long const first = inRange.mStartFrame + done;
 		if (owner && inInterval == 0)
 		{
-			owner->UpdateControls(TickTime(first, k48000Hz));
+			owner->UpdateControls(TickTime(first, inRange.mFrameRate));
 		}
 		unsigned const longest =
 			std::min({inBlockSizes(), inRange.mFrames - done, inRange.mControlInterval - inInterval});
 		unsigned const count = GetUniformLength(inSilentAt, inRange, first, longest);
 		input.SetUseSize(count);
-		RunBlock(ioPanner, first, input, inInput, inSilentAt, result);
+		RunBlock(ioPanner, first, inRange.mFrameRate, input, inInput, inSilentAt, result);
 		done += count;
 	}
 	return result;

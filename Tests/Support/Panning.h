@@ -29,6 +29,7 @@ struct PanRange
 	unsigned mOutputs = 2;
 	// Samples between two updates of the parameters, counted from the start of the range.
 	unsigned mControlInterval = 0x10000;
+	FrameRate mFrameRate = k48000Hz;
 };
 
 // A channel of the input that is flagged at a frame; a block is cut where this changes.
