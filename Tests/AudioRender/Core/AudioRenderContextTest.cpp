@@ -3,10 +3,15 @@
 #include "AudioRender/Core/AudioRenderContextClient.h"
 #include "Sonaro/SonaroFactory.h"
 #include "Support/Contexts.h"
+#include "Support/FakeParameter.h"
 #include "Support/Fakes.h"
 #include "zorvcore/config/Exceptions.h"
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace SN
 {
@@ -93,63 +98,91 @@ TEST(AudioRenderContext, NestingHidesAndRestoresTheOuterLevel)
 	EXPECT_FALSE(outer.GetStackAudioBuffer(2, ImmutableString("tag")));
 }
 
-TEST(AudioRenderContext, MapsKeepTheFirstEntryExceptTrackRenderers)
+using Object = InterfaceRef<UnknownBase>;
+
+// One of the maps of a context, with two values for it.
+struct Map
+{
+	char const* mName;
+	Object mFirst;
+	Object mSecond;
+	std::function<void(Object const& inKey, Object const& inValue)> mAdd;
+	std::function<Object(Object const& inKey)> mFind;
+};
+
+std::vector<Map> GetMaps(InterfaceRef<AudioRenderContext> const& inContext)
+{
+	Object const first = MakeObject<FakeGenerator>(1);
+	Object const second = MakeObject<FakeGenerator>(1);
+	InterfaceRef<IAudioGenerator> firstSilence;
+	InterfaceRef<IAudioGenerator> secondSilence;
+	SonaroFactory::CreateClassRef()->CreateSilentRenderer({}, &firstSilence);
+	SonaroFactory::CreateClassRef()->CreateSilentRenderer({}, &secondSilence);
+	AudioRenderContext& context = *inContext;
+	return {
+		{"parameters", MakeObject<FakeParameter>(0.0f), MakeObject<FakeParameter>(0.0f),
+			[&](auto const& inKey, auto const& inValue) { context.AddParameter(inKey, inValue); },
+			[&](auto const& inKey) { return context.FindParameter(inKey); }},
+		{"streams", first, second,
+			[&](auto const& inKey, auto const& inValue) { context.AddStreamRenderer(inKey, inValue); },
+			[&](auto const& inKey) { return context.FindStreamRenderer(inKey); }},
+		{"contents", first, second,
+			[&](auto const& inKey, auto const& inValue)
+			{ context.AddContentRenderer(inKey, k48000Hz, k44100Hz, inValue); },
+			[&](auto const& inKey) { return context.FindContentRenderer(inKey, k48000Hz, k44100Hz); }},
+		{"clones", first, second,
+			[&](auto const& inKey, auto const& inValue) { context.AddClone(inKey, inValue); },
+			[&](auto const& inKey) { return context.FindClone(inKey); }},
+		{"cached generators", firstSilence, secondSilence,
+			[&](auto const& inKey, auto const& inValue) { context.AddCachedGenerator(inKey, inValue); },
+			[&](auto const& inKey) { return context.FindCachedGenerator(inKey); }},
+		{"groups", first, second,
+			[&](auto const& inKey, auto const& inValue) { context.AddTrackGroup(inKey, inValue); },
+			[&](auto const& inKey)
+			{
+				unsigned long long count = 0;
+				return context.FindTrackGroup(inKey, count);
+			}},
+		{"tracks", first, second,
+			[&](auto const& inKey, auto const& inValue) { context.AddTrackRenderer(inKey, inValue); },
+			[&](auto const& inKey) { return context.FindTrackRenderer(inKey); }},
+	};
+}
+
+TEST(AudioRenderContext, MapsKeepTheFirstEntryExceptTrackRenderersAndAllForgetAtAClear)
 {
 	ScopedContext const context;
 	auto const concrete = ClassOf(context);
 	auto const key = MakeObject<FakeGenerator>(1);
-	auto const other = MakeObject<FakeGenerator>(1);
-	InterfaceRef<IAudioGenerator> const first = MakeObject<FakeGenerator>(1);
-	InterfaceRef<IAudioGenerator> const second = MakeObject<FakeGenerator>(1);
-
-	concrete->AddStreamRenderer(key, first);
-	concrete->AddStreamRenderer(key, second);
-	EXPECT_EQ(concrete->FindStreamRenderer(key), first);
-	EXPECT_FALSE(concrete->FindStreamRenderer(other));
-	// One object is one key, through whatever interface it is named.
-	EXPECT_EQ(concrete->FindStreamRenderer(InterfaceRef<IAudioGeneratorPrivate>(key)), first);
-
-	concrete->AddTrackRenderer(key, first);
-	concrete->AddTrackRenderer(key, second);
-	EXPECT_EQ(context->FindTrackRenderer(key), second);
-
-	concrete->AddContentRenderer(key, k48000Hz, k44100Hz, first);
-	EXPECT_EQ(concrete->FindContentRenderer(key, k48000Hz, k44100Hz), first);
+	auto const maps = GetMaps(concrete);
+	for (Map const& map : maps)
+	{
+		SCOPED_TRACE(map.mName);
+		EXPECT_FALSE(map.mFind(key));
+		map.mAdd(key, map.mFirst);
+		map.mAdd(key, map.mSecond);
+		EXPECT_EQ(map.mFind(key), std::string(map.mName) == "tracks" ? map.mSecond : map.mFirst);
+		EXPECT_FALSE(map.mFind(MakeObject<FakeGenerator>(1)));
+		// One object is one key, through whatever interface it is named.
+		EXPECT_TRUE(map.mFind(InterfaceRef<IAudioGeneratorPrivate>(key)));
+	}
 	EXPECT_FALSE(concrete->FindContentRenderer(key, k44100Hz, k48000Hz));
-	EXPECT_FALSE(concrete->FindContentRenderer(other, k48000Hz, k44100Hz));
-
-	unsigned long long count = 99;
-	EXPECT_FALSE(concrete->FindTrackGroup(key, count));
-	EXPECT_EQ(count, 0u);
-	concrete->AddTrackGroup(key, first);
-	concrete->AddTrackGroup(key, first);
-	EXPECT_EQ(concrete->FindTrackGroup(key, count), first);
+	unsigned long long count = 0;
+	concrete->FindTrackGroup(key, count);
 	EXPECT_EQ(count, 2u);
-}
 
-TEST(AudioRenderContext, ClearForgetsEverythingAndLeavesTheContextUsable)
-{
-	ScopedContext const context;
-	auto const concrete = ClassOf(context);
-	InterfaceRef<IAudioGenerator> const node = MakeObject<FakeGenerator>(1);
-	InterfaceRef<IAudioGenerator> silence;
-	SonaroFactory::CreateClassRef()->CreateSilentRenderer({}, &silence);
-	concrete->AddClone(node, silence);
-	concrete->AddStreamRenderer(node, silence);
-	concrete->AddTrackGroup(node, silence);
-	concrete->AddCachedGenerator(node, silence);
-
+	context->PushNestingLevel();
 	context->Clear();
-
-	unsigned long long count = 99;
-	EXPECT_FALSE(concrete->FindClone(node));
-	EXPECT_FALSE(concrete->FindStreamRenderer(node));
-	EXPECT_FALSE(concrete->FindTrackGroup(node, count));
-	EXPECT_EQ(count, 0u);
-	EXPECT_FALSE(context->FindCachedGenerator(node));
 	EXPECT_EQ(context->GetRenderName(), ImmutableString());
-	concrete->AddCachedGenerator(node, silence);
-	EXPECT_EQ(context->FindCachedGenerator(node), silence);
+	concrete->FindTrackGroup(key, count);
+	EXPECT_EQ(count, 0u);
+	for (Map const& map : maps)
+	{
+		SCOPED_TRACE(map.mName);
+		EXPECT_FALSE(map.mFind(key));
+		map.mAdd(key, map.mFirst);
+		EXPECT_EQ(map.mFind(key), map.mFirst) << "it can be used again";
+	}
 }
 
 TEST(AudioRenderContext, ThePrefetchThreadGetsAContextOfItsOwn)
