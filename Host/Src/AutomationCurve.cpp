@@ -40,6 +40,7 @@ AutomationCurve::AutomationCurve(std::vector<AutomationPoint> inPoints, Automati
 	TakePoints(std::move(inPoints));
 	ComputeSlopes();
 	FindChanges();
+	FindRamps();
 }
 
 void AutomationCurve::TakePoints(std::vector<AutomationPoint> inPoints)
@@ -109,6 +110,55 @@ void AutomationCurve::FindChanges()
 		begin.mIsMoving = differ && !isHeld;
 		begin.mNextChange = (differ && isHeld) || end.mIsMoving ? end.mTime : end.mNextChange;
 	}
+}
+
+void AutomationCurve::FindRamps()
+{
+	for (std::size_t i = 1; i < mNodes.size(); ++i)
+	{
+		Node const& before = mNodes[i - 1];
+		Node& node = mNodes[i];
+		node.mRampStart = before.mRampStart;
+		node.mRampFrom = before.mRampFrom;
+		if (!before.mIsMoving && before.mValue != node.mValue)
+		{
+			node.mRampFrom = GetOnRamp(before, node.mTime, ToOutput(before.mValue));
+			node.mRampStart = node.mTime;
+		}
+	}
+}
+
+double AutomationCurve::GetOnRamp(Node const& inBegin, SN::TickTime const& inTime, double inValue)
+{
+	SN::TickTime const age = inTime - inBegin.mRampStart;
+	if (age >= kCurveRamp)
+	{
+		return inValue;
+	}
+	double const progress = static_cast<double>(age.GetTicks()) / static_cast<double>(kCurveRamp.GetTicks());
+	return inBegin.mRampFrom + (inValue - inBegin.mRampFrom) * progress;
+}
+
+double AutomationCurve::GetRampedValue(SN::TickTime const& inTime) const
+{
+	std::size_t const segment = FindSegment(inTime);
+	double const value = GetValue(inTime, segment);
+	return segment == 0 ? value : GetOnRamp(mNodes[segment - 1], inTime, value);
+}
+
+bool AutomationCurve::IsConstant(SN::TickTime const& inFirst, SN::TickTime const& inLast) const
+{
+	return GetNextInterestingTime(inFirst - kCurveRamp) > inLast;
+}
+
+AutomationCurve AutomationCurve::MakeSwitch() const
+{
+	std::vector<AutomationPoint> points;
+	for (Node const& node : mNodes)
+	{
+		points.push_back({node.mTime, ToOutput(node.mValue) != 0.0 ? 1.0 : 0.0, Interpolation::eHold});
+	}
+	return AutomationCurve(std::move(points));
 }
 
 bool AutomationCurve::HoldsOnly() const

@@ -68,7 +68,7 @@ void AutomationParameter<T>::ReplaceControl(boost::shared_ptr<VX::ParamValueBase
 }
 
 template <class T>
-SN::InterfaceRef<SN::IRenderableAudioComponentParam> AutomationParameter<T>::CloneAndDetach(bool)
+SN::InterfaceRef<AutomationParameter<T>> AutomationParameter<T>::Detach() const
 {
 	Reader const state(mState);
 	return zorvcore::classref::MakeObject<AutomationParameter>(state->mControl->Clone(), state->mCurve);
@@ -144,7 +144,8 @@ typename AutomationParameter<T>::Curve AutomationParameter<T>::CheckCurve(Curve 
 		throw HostError(HostError::Kind::eRequest,
 			"the curve of a switch can only hold; let each of its points hold its value");
 	}
-	return inCurve;
+	return std::is_same_v<T, bool> && inCurve ? std::make_shared<AutomationCurve const>(inCurve->MakeSwitch())
+											  : inCurve;
 }
 
 // In a cache the first keyframe has the segment's first time, generation and index, and the last one its
@@ -171,22 +172,36 @@ std::size_t AutomationParameter<T>::FindSegment(
 	return segment;
 }
 
+// Only what changes is written: stores take the memory from other threads that sample the parameter.
 template <class T>
-T AutomationParameter<T>::Sample(
-	State const& inState, SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache)
+T AutomationParameter<T>::Hear(State const& inState)
 {
-	// Only what changes is written: stores take the memory from other threads that sample the parameter.
 	if (inState.mIsPending.load(std::memory_order_relaxed))
 	{
 		inState.mIsPending.store(false, std::memory_order_relaxed);
 	}
+	T const heard = inState.mControl->GetValue();
+	if (!inState.HasPoints() && !IsSame(inState.mHeard.load(std::memory_order_relaxed), heard))
+	{
+		inState.mHeard.store(heard, std::memory_order_relaxed);
+	}
+	return heard;
+}
+
+template <class T>
+AutomationParameter<T>::Reading::Reading(AutomationParameter const& inParameter)
+	: mState(inParameter.mState),
+	  mControl(Hear(*mState))
+{
+}
+
+template <class T>
+T AutomationParameter<T>::Sample(
+	State const& inState, SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache)
+{
+	T const heard = Hear(inState);
 	if (!inState.HasPoints())
 	{
-		T const heard = inState.mControl->GetValue();
-		if (!IsSame(inState.mHeard.load(std::memory_order_relaxed), heard))
-		{
-			inState.mHeard.store(heard, std::memory_order_relaxed);
-		}
 		return heard;
 	}
 	double const value = inState.mCurve->GetValue(inTime, FindSegment(inState, inTime, ioCache));

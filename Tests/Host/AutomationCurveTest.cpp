@@ -163,6 +163,35 @@ TEST(AutomationCurve, TellsWhenItHasToBeSampledNext)
 	}
 }
 
+// A point for each millisecond of the table's times.
+TEST(AutomationCurve, JumpsAreRampsOfFiveMillisecondsForWhoFollowsThem)
+{
+	auto const at = [](double inMilliseconds) { return SN::TickTime::FromSeconds(inMilliseconds / 1000.0); };
+	// Down and up again before the ramp is over, a line that a ramp leads into, and one that ends in a jump.
+	AutomationCurve const curve({{at(0), 1.0, Interpolation::eHold}, {at(10), 0.0, Interpolation::eHold},
+		{at(12), 1.0, Interpolation::eHold}, {at(30), 0.0, Interpolation::eLinear},
+		{at(40), 1.0, Interpolation::eHold}, {at(60), 0.5, Interpolation::eLinear},
+		{at(70), 0.5, Interpolation::eHold}});
+	struct Case
+	{
+		double mMilliseconds;
+		double mValue;
+	};
+	constexpr Case kCases[] = {{9.999, 1.0}, {10, 1.0}, {11, 0.8}, {12, 0.6}, {14.5, 0.8}, {17, 1.0},
+		{30, 1.0}, {32, 0.6 + 0.08}, {35, 0.5}, {37.5, 0.75}, {40, 1.0}, {60, 1.0}, {62.5, 0.75}, {65, 0.5},
+		{80, 0.5}};
+	for (Case const& test : kCases)
+	{
+		EXPECT_NEAR(curve.GetRampedValue(at(test.mMilliseconds)), test.mValue, 1e-9) << test.mMilliseconds;
+	}
+	EXPECT_TRUE(curve.IsConstant(at(0), at(9.9)));
+	EXPECT_FALSE(curve.IsConstant(at(0), at(10)));
+	EXPECT_FALSE(curve.IsConstant(at(16), at(20)));
+	EXPECT_TRUE(curve.IsConstant(at(17.1), at(29.9)));
+	EXPECT_TRUE(curve.IsConstant(at(46), at(59)));
+	EXPECT_TRUE(curve.IsConstant(at(65.1), at(1e6)));
+}
+
 TEST(AutomationCurve, NeverTurnsBetweenTwoPoints)
 {
 	std::mt19937 random(20240607);

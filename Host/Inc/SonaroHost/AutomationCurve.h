@@ -28,6 +28,9 @@ enum class AutomationScale
 	eDecibels,
 };
 
+// How long a jump takes for who follows a curve with ramps: 5 milliseconds.
+inline constexpr SN::TickTime kCurveRamp = SN::TickTime::FromTicks(1270080000);
+
 // At this many decibels or less, minus infinity among them, a gain is exactly 0.
 inline constexpr double kSilenceDecibels = -144.0;
 
@@ -44,6 +47,8 @@ struct AutomationPoint
 //
 // Segments  A curve of n points has the segments 0 to n: segment i begins at point i - 1, which belongs to
 //           it, and ends before point i. Segments 0 and n are open and hold.
+// Ramps     A follower that must not click hears each jump as a straight line from where it stood to the curve,
+//           over kCurveRamp from the jump on. It is worked out from the points, not from what was asked before.
 // Smooth    Within a row of smooth segments the slope at a point is the weighted harmonic mean of the
 //           slopes of the straight lines to its neighbours, and 0 at local extremes (F. N. Fritsch and
 //           J. Butland, "A method for constructing local monotone piecewise cubic interpolants", 1984).
@@ -71,6 +76,14 @@ public:
 	double GetValue(SN::TickTime const& inTime, std::size_t inSegment) const;
 	double GetValue(SN::TickTime const& inTime) const { return GetValue(inTime, FindSegment(inTime)); }
 
+	// With jumps as ramps. What has only jumped once stays between the values on both sides of the jump.
+	double GetRampedValue(SN::TickTime const& inTime) const;
+	// Whether the value with ramps is the same all the way from one time to a later one.
+	bool IsConstant(SN::TickTime const& inFirst, SN::TickTime const& inLast) const;
+
+	// The same curve with every value but 0 turned into 1.
+	AutomationCurve MakeSwitch() const;
+
 	// The time itself where the value moves. Otherwise the next time behind it at which the value begins to
 	// move or jumps; kTimeMax when it never does.
 	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime, std::size_t inSegment) const;
@@ -92,11 +105,18 @@ private:
 		bool mIsMoving = false;
 		// The next change behind this point, beginning at another point.
 		SN::TickTime mNextChange = SN::kTimeMax;
+		// The last jump at or before this point, and where the ramps stood at it, as given out. Without one, a
+		// time that is over long ago.
+		SN::TickTime mRampStart = -SN::kTimeMax;
+		double mRampFrom = 0.0;
 	};
 
 	void TakePoints(std::vector<AutomationPoint> inPoints);
 	void ComputeSlopes();
 	void FindChanges();
+	void FindRamps();
+	// A value of the segment behind that point, as its ramp has got to it.
+	static double GetOnRamp(Node const& inBegin, SN::TickTime const& inTime, double inValue);
 	// The straight line's slope from that point to the next one.
 	double GetSecant(std::size_t inIndex) const;
 	double Interpolate(SN::TickTime const& inTime, Node const& inBegin, Node const& inEnd) const;

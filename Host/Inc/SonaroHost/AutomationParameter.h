@@ -34,13 +34,18 @@ public:
 	// Throws a HostError like ReplaceControl and SetCurve. No curve is one without points.
 	explicit AutomationParameter(boost::shared_ptr<VX::ParamValueBase> const& inControl, Curve inCurve = {});
 
+	class Reading;
+
 	// A parameter that stands at a value until its control moves.
 	static SN::InterfaceRef<AutomationParameter> Create(T inValue);
 
 	// Throws a HostError when a boolean parameter gets a curve that moves.
 	void SetCurve(Curve inCurve);
 
-	SN::InterfaceRef<SN::IRenderableAudioComponentParam> CloneAndDetach(bool inForRender) override;
+	// A parameter like this one at present, that edits of this one do not reach.
+	SN::InterfaceRef<AutomationParameter> Detach() const;
+
+	SN::InterfaceRef<SN::IRenderableAudioComponentParam> CloneAndDetach(bool) override { return Detach(); }
 	void Init(unsigned, SN::FrameRate const&, bool) override {}
 	void UpdateControl(
 		SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache, VX::KeyframeBase* outKeyframe) override;
@@ -80,9 +85,30 @@ private:
 	// The segment of a curve with points, by the cache where that covers the time, and into it.
 	static std::size_t FindSegment(
 		State const& inState, SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache);
+	// Marks a state as heard and gives the control's value.
+	static T Hear(State const& inState);
 	static T Sample(State const& inState, SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache);
 
 	PublishedState<State> mState;
+};
+
+// What a parameter is at one moment, for who follows its curve frame by frame. It counts as a sampling. Short-lived,
+// on one thread; it never waits, locks, allocates or frees.
+template <class T>
+class AutomationParameter<T>::Reading
+{
+public:
+	explicit Reading(AutomationParameter const& inParameter);
+
+	// Null where the control counts.
+	AutomationCurve const* GetCurve() const { return mState->HasPoints() ? mState->mCurve.get() : nullptr; }
+	T GetControl() const { return mControl; }
+	// Another one after every edit but a move of the control.
+	std::uint32_t GetGeneration() const { return mState->mGeneration; }
+
+private:
+	Reader mState;
+	T mControl;
 };
 
 extern template class AutomationParameter<float>;
