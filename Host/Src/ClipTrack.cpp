@@ -1,12 +1,14 @@
 #include "ClipTrack.h"
 
 #include "ConvertedGenerator.h"
+#include "ProgrammeFader.h"
 #include "RemappedGenerator.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "Sonaro/SonaroFactory.h"
-#include "SonaroHost/AutomationParameter.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/TimeTransforms.h"
+
+#include <vector>
 
 namespace SonaroHost
 {
@@ -93,17 +95,6 @@ SN::AudioTrackRenderableItemList LayItems(Context const& inContext, ProgrammePla
 	return items;
 }
 
-SN::InterfaceRef<SN::IAudioProcessor> MakeFader(Context const& inContext, ProgrammePlan const& inPlan)
-{
-	SN::FrameRate const frameRate = inPlan.GetFrameRate();
-	auto const gain = MakeFadeGain(inPlan.GetFades(), {0, inPlan.GetFrames()}, frameRate);
-	SN::InterfaceRef<SN::IAudioProcessor> fader;
-	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioFaderRenderer(
-						  inContext, frameRate, {gain, AutomationParameter<bool>::Create(false)}, &fader),
-		"a fader");
-	return fader;
-}
-
 } // namespace
 
 unsigned ChooseTrackBlock(unsigned inBlockFrames, ProgrammePlan const& inPlan)
@@ -114,17 +105,22 @@ unsigned ChooseTrackBlock(unsigned inBlockFrames, ProgrammePlan const& inPlan)
 	{
 		return kResampledFrames;
 	}
-	return inPlan.GetFades().IsNone()
-			   ? inBlockFrames
-			   : (inBlockFrames + kControlInterval - 1) / kControlInterval * kControlInterval;
+	return inBlockFrames;
 }
 
 Generator MakeClipTrack(Context const& inContext, ProgrammePlan const& inPlan)
 {
+	SN::FrameRate const frameRate = inPlan.GetFrameRate();
+	std::vector<SN::InterfaceRef<SN::IAudioProcessor>> processors;
+	if (!inPlan.GetFades().IsNone())
+	{
+		processors.push_back(zorvcore::classref::MakeObject<ProgrammeFader>(
+			MakeFadeCurve(inPlan.GetFades(), {0, inPlan.GetFrames()}, frameRate), frameRate));
+	}
 	Generator track;
-	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioClipTrackRenderer(inContext,
-						  inPlan.GetFrameRate(), LayItems(inContext, inPlan), nullptr, nullptr,
-						  {MakeFader(inContext, inPlan)}, nullptr, inPlan.GetLayout(), &track),
+	CheckEngineResult(
+		SN::SonaroFactory::CreateClassRef()->CreateAudioClipTrackRenderer(inContext, frameRate,
+			LayItems(inContext, inPlan), nullptr, nullptr, processors, nullptr, inPlan.GetLayout(), &track),
 		"a track");
 	return track;
 }

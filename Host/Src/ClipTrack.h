@@ -7,8 +7,8 @@
 namespace SonaroHost
 {
 
-// The size of blocks, at most kMaxBlockFrames, by which the size that was asked for is not heard: with fades
-// whole numbers of control blocks, and where a resampler works, which goes by blocks, always the same.
+// The size of blocks, at most kMaxBlockFrames, by which the size that was asked for is not heard: where a resampler
+// works, which goes by blocks, always the same.
 unsigned ChooseTrackBlock(unsigned inBlockFrames, ProgrammePlan const& inPlan);
 
 // A track that holds the clips of a plan in their places, silence between, with a fader for the fades.

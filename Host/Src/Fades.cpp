@@ -1,7 +1,5 @@
 #include "SonaroHost/Fades.h"
 
-#include "SonaroHost/RenderContextScope.h"
-
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -10,19 +8,6 @@
 
 namespace SonaroHost
 {
-
-namespace
-{
-
-constexpr double kFaderRampSeconds = 0.005;
-
-// By which a fader is late: it asks at the start of a control block, and ramps.
-std::int64_t GetLagFrames(SN::FrameRate const& inFrameRate)
-{
-	auto const ramp =
-		static_cast<std::int64_t>(std::ceil(inFrameRate.GetSamplesPerSecond() * kFaderRampSeconds));
-	return ramp + kControlInterval;
-}
 
 std::shared_ptr<AutomationCurve const> MakeFadeCurve(
 	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate)
@@ -33,7 +18,7 @@ std::shared_ptr<AutomationCurve const> MakeFadeCurve(
 		points.push_back(
 			{SN::TickTime(inRange.mFirstFrame + inFrame, inFrameRate), inGain, Interpolation::eLinear});
 	};
-	std::int64_t const end = std::max<std::int64_t>(inRange.mFrames - GetLagFrames(inFrameRate), 1);
+	std::int64_t const end = std::max<std::int64_t>(inRange.mFrames - 1, 1);
 	std::int64_t const outStart = end - inFades.mOut;
 	if (inFades.mIn > 0 && inFades.mOut > 0 && outStart < inFades.mIn)
 	{
@@ -56,8 +41,6 @@ std::shared_ptr<AutomationCurve const> MakeFadeCurve(
 	}
 	return std::make_shared<AutomationCurve const>(std::move(points));
 }
-
-} // namespace
 
 SN::InterfaceRef<AutomationParameter<float>> MakeFadeGain(
 	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate)

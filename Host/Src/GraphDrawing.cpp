@@ -1,6 +1,6 @@
 #include "SonaroHost/GraphDrawing.h"
 
-#include "Sequence/NestedContent.h"
+#include "Sequence/SequenceNode.h"
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "SonaroHost/AudioFileSource.h"
@@ -125,7 +125,8 @@ private:
 		auto const [place, isNew] = mIndices.try_emplace(inNode.GetUnknown().get(), mFound.size());
 		if (isNew)
 		{
-			bool const isNest = static_cast<bool>(SN::InterfaceRef<Sequence::NestedContent>(inNode));
+			bool const isNest =
+				!mFound.empty() && static_cast<bool>(SN::InterfaceRef<Sequence::SequenceNode>(inNode));
 			std::size_t const depth = inDepth + (isNest ? 1 : 0);
 			mFound.push_back({inNode, depth});
 			mDrawing.mNodes.push_back({GetName(inNode), GetFile(inNode), GetLatency(inNode, mFrameRate),

@@ -4,6 +4,7 @@
 #include "SonaroHost/ProgrammeRange.h"
 
 #include <cstdint>
+#include <memory>
 
 namespace SonaroHost
 {
@@ -17,8 +18,12 @@ struct Fades
 	bool IsNone() const { return mIn == 0 && mOut == 0; }
 };
 
-// The gain for an engine's fader that fades a range of what it hears, in straight lines of amplitude. The fader
-// follows it late; so the way out is that much early, and the range's last sample is silent.
+// The gain that fades a range of a programme, in straight lines of amplitude, its first and last sample being silent
+// where it fades there.
+std::shared_ptr<AutomationCurve const> MakeFadeCurve(
+	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate);
+
+// That as a parameter, at 1 without fades.
 SN::InterfaceRef<AutomationParameter<float>> MakeFadeGain(
 	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate);
 

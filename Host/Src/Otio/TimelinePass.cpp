@@ -25,34 +25,17 @@ std::optional<Sequence::GraphReport> RunPass(TimelineSequence const& inSequence,
 	OfflineRange range{
 		inPass.mRange.mFrames, rate, static_cast<unsigned>(graph.GetLayout().size()), inPass.mBlockFrames};
 	range.mFirstFrame = first;
-	range.mWarmUpFrames = graph.GetWarmUpFrames() + inPass.mRange.mFirstFrame % kControlInterval;
-	bool isWarm = false;
-	auto const begin = [&]
+	if (inPass.mBegin)
 	{
-		isWarm = true;
-		if (inPass.mBegin)
-		{
-			inPass.mBegin();
-		}
-	};
-	if (range.mWarmUpFrames == 0)
-	{
-		begin();
+		inPass.mBegin();
 	}
-	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const& inTime)
+	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const&)
 	{
 		if (auto const failure = inMedia.GetFailure())
 		{
 			throw *failure;
 		}
-		if (isWarm)
-		{
-			inPass.mSink(ioBlock);
-		}
-		else if (inTime.ToFrame64(rate) + ioBlock.GetUseSize() == first)
-		{
-			begin();
-		}
+		inPass.mSink(ioBlock);
 	};
 	bool const isDone = RenderOffline(graph.GetGenerator(), range, sink, inStop);
 	return isDone && !inStop.stop_requested() ? std::optional(graph.GetReport()) : std::nullopt;

@@ -22,13 +22,13 @@ struct TimelinePass
 	// Within the programme.
 	ProgrammeRange mRange;
 	unsigned mBlockFrames = 0;
-	// Called once the graph has warmed up, before the range's first block leaves it.
+	// Called before the range's first block leaves the graph.
 	std::function<void()> mBegin;
 	// Gets each block of the range and may work in it.
 	std::function<void(dsp::AudioBuffer& ioBlock)> mSink;
 };
 
-// Renders a range of a programme once. Control blocks lie as in the whole programme, so that curves sound the same.
+// Renders a range of a programme once, with the samples that the whole programme has there.
 // Nothing when asked to stop. Throws a HostError, also when one of the media cannot be decoded.
 std::optional<Sequence::GraphReport> RunPass(TimelineSequence const& inSequence, FileMedia const& inMedia,
 	TimelinePass const& inPass, std::stop_token const& inStop);

@@ -1,10 +1,12 @@
 #include "ChainBuilder.h"
 
 #include "EffectStage.h"
+#include "LevelStage.h"
 #include "MeterTap.h"
-#include "Priming.h"
+#include "PanStage.h"
+#include "SendStage.h"
 #include "SonaroHost/HostError.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/LayoutPlan.h"
 
 #include <string>
 #include <utility>
@@ -28,15 +30,7 @@ void ChainBuilder::Add(Fader const& inFader)
 	{
 		return;
 	}
-	Processor fader;
-	CheckEngineResult(
-		mTools.GetFactory().CreateAudioFaderRenderer(mTools.GetContext(), mTools.GetFrameRate(),
-			{Shift(inFader.mGain, mTools.GetFullGain()), Shift(inFader.mMute, mTools.GetNotMuted())}, &fader),
-		"a fader");
-	PrimeFader(*fader, static_cast<unsigned>(mSite.mInput.size()), mTools.GetFrameRate());
-	// Clones of faders begin at full gain where a playback runs in reverse.
-	mBuilt.mIsClonable = mBuilt.mIsClonable && !mTools.GetContext()->IsPrefetchEnabled();
-	mBuilt.mProcessors.push_back(fader);
+	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<LevelStage>(MakeLevel(inFader), MakeClock()));
 }
 
 void ChainBuilder::Add(Effect const& inEffect)
@@ -53,8 +47,13 @@ void ChainBuilder::Add(Effect const& inEffect)
 	{
 		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " has a latency below 0");
 	}
-	EffectTerms const terms{static_cast<unsigned>(mSite.mInput.size()),
-		mTools.GetContext()->GetMaxBlockSize(), mTools.GetFrameRate(), GetCurveTime()};
+	if (mSite.mDropsLateEffects && effect->GetDelay() != SN::kTimeZero &&
+		mTools.GetContext()->IsDelayCompensationDisabled())
+	{
+		return;
+	}
+	EffectTerms const terms{
+		static_cast<unsigned>(mSite.mInput.size()), mTools.GetContext()->GetMaxBlockSize(), MakeClock()};
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<EffectStage>(effect, terms));
 	mBuilt.mLatency += latency;
 }
@@ -71,13 +70,9 @@ void ChainBuilder::Add(Send const& inSend)
 								 std::to_string(mSite.mTargets->size()) + ", which are counted from 0");
 	}
 	SendTarget const& target = (*mSite.mTargets)[inSend.mSubmix];
-	Processor send;
-	CheckEngineResult(mTools.GetFactory().CreateAudioSendRenderer(mTools.GetContext(), mTools.GetFrameRate(),
-						  target.mIdentity,
-						  {Shift(inSend.mLevel.mGain, mTools.GetFullGain()),
-							  Shift(inSend.mLevel.mMute, mTools.GetNotMuted())},
-						  MakePanner(target.mLayout, inSend.mPan), &send),
-		"a send");
+	Processor const send =
+		zorvcore::classref::MakeObject<SendStage>(SendStage::Settings{MakeLevel(inSend.mLevel), MakeClock(),
+			MakePanner(target.mLayout, inSend.mPan), mSite.mMute, mTools.GetContext()->GetMaxBlockSize()});
 	mBuilt.mProcessors.push_back(send);
 	mBuilt.mSends.push_back({send, inSend.mSubmix, mBuilt.mLatency});
 }
@@ -88,52 +83,31 @@ void ChainBuilder::Add(Meter const& inMeter)
 	{
 		Refuse(mSite.mPlace, "a meter shows nothing to anybody");
 	}
-	if (mTools.GetContext()->IsNotTopLevelPlayback())
+	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<MeterTap>(inMeter.mSetter, MakeClock()));
+}
+
+Level ChainBuilder::MakeLevel(Fader const& inFader) const
+{
+	return Level({mTools.GetHeard(inFader.mGain), mTools.GetHeard(inFader.mMute)});
+}
+
+Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan)
+{
+	if (!inPan)
 	{
-		// The engine's own would hear nothing.
-		Add(Effect{"meter", [&inMeter](auto const&, auto const&, auto const&)
-			{ return zorvcore::classref::MakeObject<MeterTap>(inMeter.mSetter); }});
-		return;
+		return mTools.GetFixedPanner(mSite.mInput, inOutput, mSite.mMixdown);
 	}
-	Processor meter;
-	CheckEngineResult(mTools.GetFactory().CreateAudioMeterRenderer(
-						  mTools.GetContext(), mTools.GetFrameRate(), inMeter.mSetter, &meter),
-		"a meter");
-	mBuilt.mProcessors.push_back(meter);
-}
-
-Parameter ChainBuilder::Shift(Parameter const& inParameter, Parameter const& inDefault)
-{
-	if (!inParameter)
-	{
-		return inDefault;
-	}
-	mBuilt.mIsClonable = mBuilt.mIsClonable && !ShiftedParameter::Changes(*inParameter);
-	return zorvcore::classref::MakeObject<ShiftedParameter>(inParameter, GetCurveTime());
-}
-
-CurveTime ChainBuilder::GetCurveTime() const
-{
-	return {mTools.ToTime(mSite.mLead + mBuilt.mLatency), mSite.mCurveScale};
-}
-
-Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, Parameter const& inPan)
-{
-	// Clones of panners begin in the middle.
-	mBuilt.mIsClonable = mBuilt.mIsClonable && !inPan;
 	try
 	{
-		return inPan ? mTools.MakePanner(mSite.mInput, inOutput, Shift(inPan, inPan))
-					 : mTools.GetFixedPanner(mSite.mInput, inOutput, mSite.mMixdown);
+		constexpr double kMiddle = 0.5;
+		LayoutPlan(mSite.mInput, {.mLayout = inOutput, .mPan = kMiddle, .mMixdown = {}});
 	}
 	catch (HostError const& error)
 	{
-		if (error.GetKind() != HostError::Kind::eRequest)
-		{
-			throw;
-		}
 		Refuse(mSite.mPlace, error.GetParts().mReason, error.GetParts().mRemedy);
 	}
+	return zorvcore::classref::MakeObject<PanStage>(PanStage::Layouts{mSite.mInput, inOutput},
+		ParameterFollower<float>(mTools.GetHeard(inPan), 0.0f), MakeClock());
 }
 
 } // namespace SonaroHost::Sequence

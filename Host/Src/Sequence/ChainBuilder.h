@@ -1,9 +1,11 @@
 #pragma once
 
 #include "GraphTools.h"
+#include "Level.h"
 #include "Place.h"
-#include "ShiftedParameter.h"
+#include "Playhead.h"
 #include "SonaroHost/Sequence/Chain.h"
+#include "SonaroHost/Sequence/Description.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -28,10 +30,11 @@ struct ChainSite
 	Mixdown mMixdown;
 	// Null where nothing can be sent to.
 	std::vector<SendTarget> const* mTargets = nullptr;
-	// Frames of the processors' time by which that is ahead of the curves' time, and how much of this passes
-	// in one of those.
-	std::int64_t mLead = 0;
-	double mCurveScale = 1.0;
+	ChainTime mTime;
+	// Of the track, to which its sends keep.
+	MuteSwitch mMute = {};
+	// Nobody hears an effect that is late while nothing is compensated for, as on an item.
+	bool mDropsLateEffects = false;
 };
 
 struct BuiltSend
@@ -49,11 +52,9 @@ struct BuiltChain
 	Panner mPanner;
 	// In frames, of all effects.
 	std::int64_t mLatency = 0;
-	// Whether a clone of the engine's would give the same.
-	bool mIsClonable = true;
 };
 
-// The engine's processors for the stages of a chain, each one's curves delayed by the effects before it.
+// The processors for the stages of a chain, each one's curves delayed by the effects before it.
 class ChainBuilder
 {
 public:
@@ -72,11 +73,10 @@ private:
 	void Add(Effect const& inEffect);
 	void Add(Send const& inSend);
 	void Add(Meter const& inMeter);
-	// inDefault: for an empty parameter.
-	Parameter Shift(Parameter const& inParameter, Parameter const& inDefault);
 	// Of the next stage.
-	CurveTime GetCurveTime() const;
-	Panner MakePanner(SN::AudioChannelLayout const& inOutput, Parameter const& inPan);
+	StageClock MakeClock() const { return {mSite.mTime, mBuilt.mLatency}; }
+	Level MakeLevel(Fader const& inFader) const;
+	Panner MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan);
 
 	GraphTools& mTools;
 	ChainSite const& mSite;

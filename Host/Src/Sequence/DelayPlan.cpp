@@ -110,19 +110,4 @@ void DelayPlan::FindDelays()
 	}
 }
 
-std::int64_t DelayPlan::GetLargestAhead() const
-{
-	return mAhead.empty() ? 0 : *std::max_element(mAhead.begin(), mAhead.end());
-}
-
-bool DelayPlan::HasWaits() const
-{
-	return std::any_of(mNodes.begin(), mNodes.end(),
-		[](DelayNode const& inNode)
-		{
-			return std::any_of(inNode.mEdges.begin(), inNode.mEdges.end(),
-				[](DelayEdge const& inEdge) { return inEdge.mWait > 0; });
-		});
-}
-
 } // namespace SonaroHost::Sequence

@@ -45,9 +45,6 @@ public:
 	std::vector<std::size_t> const& GetOrder() const { return mOrder; }
 	// In frames, by node.
 	std::int64_t GetAhead(std::size_t inNode) const { return mAhead[inNode]; }
-	std::int64_t GetLargestAhead() const;
-	// Whether an edge waits.
-	bool HasWaits() const;
 
 private:
 	void FindOrder();

@@ -1,5 +1,6 @@
 #include "EffectStage.h"
 
+#include "SonaroHost/RenderContextScope.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
@@ -19,60 +20,62 @@ EffectStage::EffectStage(SN::InterfaceRef<SN::IAudioProcessor> const& inEffect, 
 SN::InterfaceRef<SN::IAudioProcessor> EffectStage::Clone(
 	SN::FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval)
 {
-	EffectTerms terms = mTerms;
-	terms.mMaxBlockSize = inMaxBlockSize;
 	return zorvcore::classref::MakeObject<EffectStage>(
-		mEffect->Clone(inFrameRate, inMaxBlockSize, inControlInterval), terms);
+		mEffect->Clone(inFrameRate, inMaxBlockSize, inControlInterval),
+		EffectTerms{mTerms.mChannels, inMaxBlockSize, mTerms.mClock.Clone()});
 }
 
-void EffectStage::ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const& inTime)
+void EffectStage::ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const&)
 {
-	unsigned const frames = ioBuffer.GetUseSize();
-	if (ioBuffer.GetNumChannels() == mTerms.mChannels && frames <= mTerms.mMaxBlockSize)
-	{
-		mEffect->ProcessAudioData(ioBuffer, mTerms.mTime.Map(inTime));
-		return;
-	}
 	dsp::AudioSubBuffer window;
 	window.Init(std::min<unsigned long long>(mTerms.mChannels, ioBuffer.GetNumChannels()));
-	unsigned const largest = std::max(mTerms.mMaxBlockSize, 1u);
-	for (unsigned done = 0; done < frames; done += largest)
+	mTerms.mClock.Take(ioBuffer.GetUseSize(),
+		[&](FrameRun const& inRun, unsigned inOffset)
+		{
+			for (FrameRun left = inRun; left.mCount > 0;)
+			{
+				std::int64_t const count = Prepare(left);
+				window.Assign(ioBuffer, inOffset + static_cast<unsigned>(inRun.mCount - left.mCount));
+				window.SetUseSize(static_cast<unsigned>(count));
+				mEffect->ProcessAudioData(window, mTerms.mClock.ToCurveTime(left.mFirst));
+				left = {left.GetFrame(count), left.mStep, left.mCount - count};
+			}
+		});
+}
+
+std::int64_t EffectStage::Prepare(FrameRun const& inRun)
+{
+	std::int64_t const largest = std::min<std::int64_t>(inRun.mCount, std::max(mTerms.mMaxBlockSize, 1u));
+	if (!mParameters)
 	{
-		window.Assign(ioBuffer, done);
-		window.SetUseSize(std::min(largest, frames - done));
-		mEffect->ProcessAudioData(window, mTerms.mTime.Map(inTime + SN::TickTime(done, mTerms.mFrameRate)));
+		return largest;
 	}
+	constexpr std::int64_t kGrid = kControlInterval;
+	// From 0 on, also below 0.
+	std::int64_t const within = ((inRun.mFirst % kGrid) + kGrid) % kGrid;
+	mParameters->UpdateControls(mTerms.mClock.ToCurveTime(inRun.mFirst - within));
+	bool const moves = mParameters->GetNextInterestingTime(-SN::kTimeMax) != SN::kTimeMax;
+	return moves ? std::min(largest, inRun.mStep > 0 ? kGrid - within : within + 1) : largest;
 }
 
 void EffectStage::Preroll(SN::TickTime const& inTime, bool inReverse)
 {
-	mEffect->Preroll(mTerms.mTime.Map(inTime), inReverse);
+	mEffect->Preroll(inTime, inReverse);
 }
 
-SN::TickTime EffectStage::GetNextInterestingTime(SN::TickTime const& inTime)
+void EffectStage::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
 {
-	// As for a shifted parameter.
-	return mParameters->GetNextInterestingTime(-SN::kTimeMax) == SN::kTimeMax ? SN::kTimeMax : inTime;
-}
-
-void EffectStage::UpdateControls(SN::TickTime const& inTime)
-{
-	mParameters->UpdateControls(mTerms.mTime.Map(inTime));
+	if (mLiveParameters)
+	{
+		mLiveParameters->CollectLiveParameters(outParameters);
+	}
 }
 
 void* EffectStage::QueryMap(SN::Guid const& inIdentifier)
 {
-	if (inIdentifier == SN::ILiveAudioParameterOwner::kIdentifier)
-	{
-		return mLiveParameters.Get();
-	}
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::IAudioRenderGraphNodeInfo>(
-			this, inIdentifier);
-	void* const owner =
-		mParameters ? zorvcore::classref::QueryInterfaces<SN::IParameterOwnerMixin>(this, inIdentifier)
-					: nullptr;
-	return found ? found : owner ? owner : Unknown::QueryMap(inIdentifier);
+	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::ILiveAudioParameterOwner,
+		SN::IAudioRenderGraphNodeInfo>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
 }
 
 } // namespace SonaroHost::Sequence

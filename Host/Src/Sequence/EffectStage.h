@@ -1,12 +1,14 @@
 #pragma once
 
-#include "ShiftedParameter.h"
+#include "Playhead.h"
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Types.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,15 +20,17 @@ struct EffectTerms
 {
 	unsigned mChannels = 0;
 	unsigned mMaxBlockSize = 0;
-	SN::FrameRate mFrameRate;
-	CurveTime mTime;
+	StageClock mClock;
 };
 
 // A host's effect within a chain of the engine: it hears its own layout where the engine's buffer is wider, for
 // a conversion behind it; blocks no larger than agreed where a resampler reads more; and the time that its
-// sound belongs to. Parameters of its own are found through it.
+// sound belongs to.
+//
+// Parameters  Those of its own are sampled at every 64th frame of the sound, wherever a block begins, and held from
+//             there to the next one in either direction.
 class EffectStage final : public SN::IAudioProcessor,
-						  public SN::IParameterOwnerMixin,
+						  public SN::ILiveAudioParameterOwner,
 						  public SN::IAudioRenderGraphNodeInfo
 {
 public:
@@ -41,9 +45,7 @@ public:
 	void InitializeAudioFilter() override { mEffect->InitializeAudioFilter(); }
 	void ShutdownAudioFilter() override { mEffect->ShutdownAudioFilter(); }
 	SN::TickTime GetDelay() override { return mEffect->GetDelay(); }
-
-	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime) override;
-	void UpdateControls(SN::TickTime const& inTime) override;
+	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
 	std::u16string GetNodeName() override { return u"EffectStage"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }
@@ -53,6 +55,9 @@ protected:
 	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
+	// How many frames of a run the effect may hear at once, its parameters sampled for them.
+	std::int64_t Prepare(FrameRun const& inRun);
+
 	SN::InterfaceRef<SN::IAudioProcessor> mEffect;
 	// Empty where the effect has none.
 	SN::InterfaceRef<SN::IParameterOwnerMixin> mParameters;

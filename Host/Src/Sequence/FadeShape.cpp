@@ -1,72 +1,38 @@
 #include "SonaroHost/Sequence/FadeShape.h"
 
-#include "Sonaro/IAudioTransition.h"
-
 #include <cmath>
 #include <numbers>
 
 namespace SonaroHost::Sequence
 {
 
-namespace
-{
-
-class Crossfading final : public SN::IAudioTransition
-{
-public:
-	Crossfading(FadeShape inOutgoing, FadeShape inIncoming)
-		: mOutgoing(inOutgoing),
-		  mIncoming(inIncoming)
-	{
-	}
-
-	void GetGainValue(SN::AudioTransitionParameters const&, float inProgress, float& outOutgoing,
-		float& outIncoming) override
-	{
-		outOutgoing = GetFadeGain(mOutgoing, 1.0f - inProgress);
-		outIncoming = GetFadeGain(mIncoming, inProgress);
-	}
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioTransition>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-
-private:
-	FadeShape mOutgoing;
-	FadeShape mIncoming;
-};
-
-} // namespace
-
-float GetFadeGain(FadeShape inShape, float inProgress)
+double GetFadeGain(FadeShape inShape, double inProgress)
 {
 	// Written so that what is not a number is silence.
-	if (!(inProgress > 0.0f))
+	if (!(inProgress > 0.0))
 	{
-		return 0.0f;
+		return 0.0;
 	}
-	if (inProgress >= 1.0f)
+	if (inProgress >= 1.0)
 	{
-		return 1.0f;
+		return 1.0;
 	}
 	switch (inShape)
 	{
 	case FadeShape::eLinear:
 		return inProgress;
 	case FadeShape::eEqualPower:
-		return std::sin(inProgress * std::numbers::pi_v<float> / 2.0f);
+		return std::sin(inProgress * std::numbers::pi / 2.0);
 	case FadeShape::eSCurve:
-		return inProgress * inProgress * (3.0f - 2.0f * inProgress);
+		return inProgress * inProgress * (3.0 - 2.0 * inProgress);
 	}
 	return inProgress;
 }
 
-SN::InterfaceRef<SN::IAudioTransition> CreateCrossfade(FadeShape inOutgoing, FadeShape inIncoming)
+float GetFadeGain(FadeShape inShape, std::int64_t inFrame, std::int64_t inFrames)
 {
-	return zorvcore::classref::MakeObject<Crossfading>(inOutgoing, inIncoming);
+	return static_cast<float>(
+		GetFadeGain(inShape, static_cast<double>(inFrame) / static_cast<double>(inFrames)));
 }
 
 } // namespace SonaroHost::Sequence

@@ -2,12 +2,11 @@
 
 #include "../MixdownScope.h"
 #include "ConversionPanner.h"
-#include "Priming.h"
 #include "Sonaro/SonaroFactory.h"
-#include "SonaroHost/AutomationParameter.h"
-#include "SonaroHost/LayoutPlan.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/TimeTransforms.h"
+
+#include <algorithm>
 
 namespace SonaroHost::Sequence
 {
@@ -27,9 +26,7 @@ GraphTools::GraphTools(
 	: mContext(inContext),
 	  mFrameRate(inFrameRate),
 	  mFactory(SN::SonaroFactory::CreateClassRef()),
-	  mSameTime(zorvcore::classref::MakeObject<IdentityTimeTransform>()),
-	  mFullGain(AutomationParameter<float>::Create(1.0f)),
-	  mNotMuted(AutomationParameter<bool>::Create(false))
+	  mSameTime(zorvcore::classref::MakeObject<IdentityTimeTransform>())
 {
 }
 
@@ -86,27 +83,21 @@ Panner GraphTools::MakeFixedPanner(SN::AudioChannelLayout const& inInput,
 	return panner;
 }
 
-Panner GraphTools::MakePanner(SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput,
-	Parameter const& inPan) const
+std::shared_ptr<dsp::AudioBuffer> GraphTools::GetScratch(ScratchUse inUse, std::size_t inChannels)
 {
-	constexpr double kMiddle = 0.5;
-	LayoutRequest request;
-	request.mLayout = inOutput;
-	request.mPan = kMiddle;
-	SN::PanProcessorType const type = *LayoutPlan(inInput, request).GetPanner();
-	std::vector<Parameter> parameters = {inPan};
-	if (type == SN::kPanMonoTo51 || type == SN::kPanStereoTo51)
+	auto& buffer = mScratch[{inUse, mContext->GetNestingDepth(), inChannels}];
+	if (!buffer)
 	{
-		// In front, nothing to the centre nor to the low frequency channel.
-		parameters.resize(4, AutomationParameter<float>::Create(0.0f));
+		buffer = std::make_shared<dsp::AudioBuffer>(inChannels, std::max(mContext->GetMaxBlockSize(), 1u));
 	}
-	constexpr bool kActionFlag = true;
-	Panner panner;
-	CheckEngineResult(mFactory->CreateAudioPanProcessorRenderer(
-						  mContext, mFrameRate, type, kActionFlag, parameters, &panner),
-		"a panner");
-	PrimePanner(*panner, mFrameRate);
-	return panner;
+	return buffer;
+}
+
+MuteSwitch GraphTools::GetHeard(MuteSwitch const& inMute) const
+{
+	return inMute && mContext->IsNotTopLevelPlayback()
+			   ? std::make_shared<MuteSwitch::element_type>(inMute->Get())
+			   : inMute;
 }
 
 Identity GraphTools::MakeIdentity()

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "Sonaro/IRenderableAudioComponentParam.h"
 #include "Sonaro/ISonaroFactory.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "Vexilon/ITimeTransform.h"
+#include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 namespace SonaroHost::Sequence
@@ -16,7 +18,6 @@ namespace SonaroHost::Sequence
 using Generator = SN::InterfaceRef<SN::IAudioGenerator>;
 using Processor = SN::InterfaceRef<SN::IAudioProcessor>;
 using Panner = SN::InterfaceRef<SN::IAudioPanProcessor>;
-using Parameter = SN::InterfaceRef<SN::IRenderableAudioComponentParam>;
 using Identity = SN::InterfaceRef<SN::UnknownBase>;
 using Mixdown = std::optional<SN::AudioChannelMix::MixdownType51>;
 
@@ -41,12 +42,26 @@ public:
 	// The fixed conversion, the same object for equal layouts: it has no state.
 	Panner GetFixedPanner(SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput,
 		Mixdown const& inMixdown);
-	// Of its own. inPan: the place that the sound is panned to. Throws where no panner leads.
-	Panner MakePanner(SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput,
-		Parameter const& inPan) const;
+	// For what is read within a block, of so many channels and a block's frames. On one level of nesting nobody
+	// reads two things for the same use at once, so all that have as many channels share one.
+	enum class ScratchUse
+	{
+		eItem,
+		eFade,
+		eSettling,
+	};
+	std::shared_ptr<dsp::AudioBuffer> GetScratch(ScratchUse inUse, std::size_t inChannels);
+	// The parameter itself in a playback, where it is live; else one that stays as this one is now. Empty for an
+	// empty one.
+	template <class T>
+	SN::InterfaceRef<AutomationParameter<T>> GetHeard(
+		SN::InterfaceRef<AutomationParameter<T>> const& inParameter) const
+	{
+		return inParameter && !mContext->IsPrefetchEnabled() ? inParameter->Detach() : inParameter;
+	}
+	// Of a track: live where the engine has it so, in the outermost sequence of a playback.
+	MuteSwitch GetHeard(MuteSwitch const& inMute) const;
 	SN::InterfaceRef<VX::ITimeTransform> const& GetSameTime() const { return mSameTime; }
-	Parameter const& GetFullGain() const { return mFullGain; }
-	Parameter const& GetNotMuted() const { return mNotMuted; }
 
 	static Identity MakeIdentity();
 
@@ -68,8 +83,8 @@ private:
 	std::map<Media const*, Generator> mStreams;
 	std::vector<FixedPanner> mFixedPanners;
 	SN::InterfaceRef<VX::ITimeTransform> mSameTime;
-	Parameter mFullGain;
-	Parameter mNotMuted;
+	// By use, level and channels.
+	std::map<std::tuple<ScratchUse, unsigned, std::size_t>, std::shared_ptr<dsp::AudioBuffer>> mScratch;
 };
 
 } // namespace SonaroHost::Sequence

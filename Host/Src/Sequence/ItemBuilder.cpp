@@ -1,8 +1,7 @@
 #include "ItemBuilder.h"
 
-#include "../RemappedGenerator.h"
 #include "ChainBuilder.h"
-#include "NestedContent.h"
+#include "ItemContent.h"
 #include "Sonaro/AudioUtilities.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/RenderContextScope.h"
@@ -22,21 +21,25 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	mIsBackwards = speed < 0.0;
 	mSpeed = mIsSilent ? 1.0 : std::abs(speed);
 	CheckSpeed();
-	bool const isResampled = mSpeed != 1.0;
 	mLead = std::llround(static_cast<double>(mSite.mExtension) * mSpeed);
 
-	ChainSite const site{
-		mSite.mPlace, GetContentLayout(inItem), mSite.mLayout, mSite.mMixdown, nullptr, mLead, 1.0 / mSpeed};
+	auto const playhead = std::make_shared<Playhead>();
+	auto const latency = std::make_shared<std::int64_t>(0);
+	ChainSite site{mSite.mPlace, GetContentLayout(inItem), mSite.mLayout, mSite.mMixdown, nullptr,
+		{playhead, latency, mTools.GetFrameRate(), mLead, 1.0 / mSpeed}};
+	site.mDropsLateEffects = true;
 	BuiltChain const chain = ChainBuilder(mTools, site).Build(inItem.mChain);
+	*latency = chain.mLatency;
 	mBuilt.mLatency = std::llround(static_cast<double>(chain.mLatency) / mSpeed);
-	mBuilt.mSettlingFrames = mBuilt.mLatency;
-	mBuilt.mIsClonable = !isResampled && chain.mIsClonable;
-	// Where the latency is no whole number of the item's frames, the content makes up for it.
-	mLead += std::llround(static_cast<double>(mBuilt.mLatency) * mSpeed) - chain.mLatency;
-	CheckEngineResult(
-		mTools.GetFactory().CreateRealtimeAudioClipTrackItemRenderer(mTools.GetContext(),
-			mTools.GetFrameRate(), MakeContent(inItem, site.mInput), chain.mProcessors, chain.mPanner, mSpeed,
-			mTools.GetSameTime(), mTools.ToTime(mBuilt.mLatency), &mBuilt.mGenerator),
+	std::int64_t const first = GetFirstFrame(inItem);
+	auto const content = zorvcore::classref::MakeObject<ItemContent>(
+		ItemContent::Settings{MakeContent(inItem, site.mInput), mIsBackwards ? first + mLead : first - mLead,
+			mIsBackwards, chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mSite.mPlayhead,
+			mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::eItem, site.mInput.size())});
+	CheckEngineResult(mTools.GetFactory().CreateRealtimeAudioClipTrackItemRenderer(mTools.GetContext(),
+						  mTools.GetFrameRate(), content, {},
+						  mTools.GetFixedPanner(mSite.mLayout, mSite.mLayout, std::nullopt), mSpeed,
+						  mTools.GetSameTime(), SN::kTimeZero, &mBuilt.mGenerator),
 		"an item");
 	return std::move(mBuilt);
 }
@@ -122,33 +125,26 @@ Generator ItemBuilder::MakeContent(Clip const& inClip, SN::AudioChannelLayout co
 		}
 		channels.emplace(channel, source);
 	}
-	std::int64_t const first = GetFirstFrame(inClip.mFirstFrame);
 	constexpr float kGain = 1.0f;
 	constexpr double kClipSpeed = 1.0;
 	SN::FrameRate const& rate = mTools.GetFrameRate();
 	Generator clip;
 	CheckEngineResult(mTools.GetFactory().CreateAudioClipRenderer(mTools.GetContext(), rate,
-						  {{mTools.GetStream(*inClip.mMedia), channels}}, inLayout,
-						  mTools.ToTime(mIsBackwards ? 0 : first), kGain, kClipSpeed, &clip),
+						  {{mTools.GetStream(*inClip.mMedia), channels}}, inLayout, SN::kTimeZero, kGain,
+						  kClipSpeed, &clip),
 		"a clip");
-	if (mIsBackwards)
-	{
-		return zorvcore::classref::MakeObject<RemappedGenerator>(clip, FrameMap{first + 1, rate, rate, true});
-	}
 	return clip;
 }
 
-Generator ItemBuilder::MakeContent(Nest const& inNest, SN::AudioChannelLayout const& inLayout)
+Generator ItemBuilder::MakeContent(Nest const& inNest, SN::AudioChannelLayout const&)
 {
-	BuiltNest const nest = mSite.mBuildNest(inNest, mSite.mPlace);
-	mBuilt.mSettlingFrames +=
-		std::llround(static_cast<double>(nest.mAheadFrames + nest.mSettlingFrames) / mSpeed);
-	mBuilt.mIsClonable = mBuilt.mIsClonable && nest.mIsClonable;
-	ContentWindow const window{GetFirstFrame(mTools.ToFrames(inNest.mStart)),
-		std::llround(static_cast<double>(mSite.mLength) * mSpeed), mIsBackwards,
-		mTools.ToTime(mBuilt.mLatency), mSpeed, nest.mAheadFrames, nest.mSettlingFrames};
-	return zorvcore::classref::MakeObject<NestedContent>(nest.mGenerator, mTools.GetContext(),
-		mTools.GetFrameRate(), static_cast<unsigned>(inLayout.size()), window);
+	return mSite.mBuildNest(inNest, mSite.mPlace);
+}
+
+std::int64_t ItemBuilder::GetFirstFrame(Item const& inItem) const
+{
+	Nest const* const nest = std::get_if<Nest>(&inItem.mContent);
+	return nest ? mTools.ToFrames(nest->mStart) : std::get<Clip>(inItem.mContent).mFirstFrame;
 }
 
 } // namespace SonaroHost::Sequence

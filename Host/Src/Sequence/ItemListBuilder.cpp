@@ -1,6 +1,5 @@
 #include "ItemListBuilder.h"
 
-#include "Sonaro/IAudioTransition.h"
 #include "SonaroHost/RenderContextScope.h"
 
 #include <algorithm>
@@ -152,11 +151,8 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 	place.mItemName = &inItem.mName;
 	place.mOrigin = &inItem.mOrigin;
 	ItemSite const site{place, mTrack.mLayout, mSite.mMixdown,
-		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, inPlaced.mHeard.mEnd - inPlaced.mHeard.mFirst,
-		mSite.mBuildNest};
+		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, mSite.mBuildNest, mSite.mPlayhead};
 	BuiltItem const built = ItemBuilder(mTools, site).Build(inItem);
-	mBuilt.mSettlingFrames = std::max(mBuilt.mSettlingFrames, built.mSettlingFrames);
-	mBuilt.mIsClonable = mBuilt.mIsClonable && built.mIsClonable;
 	mSite.mReport.push_back(
 		{mSite.mTrack, inItem.mName, inPlaced.mWhole.mFirst, inPlaced.mWhole.mEnd, built.mLatency});
 
@@ -166,13 +162,12 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 		mTools.GetFrameRate());
 	if (inPlaced.mCrossfade)
 	{
-		AddTransition(inPlaced.mCrossfaded,
-			CreateCrossfade(inPlaced.mCrossfade->mOutgoingShape, inPlaced.mCrossfade->mIncomingShape),
-			mLastItem, built.mGenerator);
+		AddFade(inPlaced.mCrossfaded, MakeSide(mLastItem, inPlaced.mCrossfade->mOutgoingShape),
+			MakeSide(built.mGenerator, inPlaced.mCrossfade->mIncomingShape));
 	}
 	if (inPlaced.mFadesIn)
 	{
-		AddFade({inPlaced.mWhole.mFirst, body.mFirst}, inItem.mFadeIn.mShape, built.mGenerator, true);
+		AddFade({inPlaced.mWhole.mFirst, body.mFirst}, {}, MakeSide(built.mGenerator, inItem.mFadeIn.mShape));
 	}
 	if (!body.IsEmpty())
 	{
@@ -180,43 +175,27 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 	}
 	if (inPlaced.mFadesOut)
 	{
-		AddFade({body.mEnd, inPlaced.mWhole.mEnd}, inItem.mFadeOut.mShape, built.mGenerator, false);
+		AddFade({body.mEnd, inPlaced.mWhole.mEnd}, MakeSide(built.mGenerator, inItem.mFadeOut.mShape), {});
 	}
 	mLastItem = built.mGenerator;
 }
 
-void ItemListBuilder::AddFade(
-	Stretch const& inStretch, FadeShape inShape, Generator const& inItem, bool inIsFadeIn)
-{
-	Generator silence;
-	CheckEngineResult(mTools.GetFactory().CreateSilentRenderer(mTrack.mLayout, &silence), "silence");
-	AddTransition(inStretch, CreateCrossfade(inShape, inShape), inIsFadeIn ? silence : inItem,
-		inIsFadeIn ? inItem : silence);
-}
-
-void ItemListBuilder::AddTransition(Stretch const& inStretch,
-	SN::InterfaceRef<SN::IAudioTransition> const& inTransition, Generator const& inOutgoing,
-	Generator const& inIncoming)
-{
-	SN::AudioTransitionParameters const parameters{};
-	SN::TickTime const start = mTools.ToTime(inStretch.mFirst);
-	Generator transition;
-	CheckEngineResult(mTools.GetFactory().CreateAudioTransitionRenderer(mTools.GetContext(),
-						  mTools.GetFrameRate(), inTransition, parameters, inOutgoing, inIncoming,
-						  GetTrackItemStart(inOutgoing), GetTrackItemStart(inIncoming), start,
-						  mTools.ToTime(inStretch.mEnd - inStretch.mFirst), &transition),
-		"a transition");
-	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = transition;
-	item->Init(start, mTools.ToTime(inStretch.mEnd), start, mTools.GetFrameRate());
-	Append(item, inStretch);
-	mBuilt.mIsClonable = false;
-}
-
-// Silence has none, and needs none.
-SN::TickTime ItemListBuilder::GetTrackItemStart(Generator const& inItem)
+FadeItem::Side ItemListBuilder::MakeSide(Generator const& inItem, FadeShape inShape) const
 {
 	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = inItem;
-	return item ? item->GetTrackItemStartTime() : SN::kTimeZero;
+	return {inItem, item->GetTrackItemStartTime().ToFrame64(mTools.GetFrameRate()), inShape};
+}
+
+void ItemListBuilder::AddFade(
+	Stretch const& inStretch, FadeItem::Side const& inOutgoing, FadeItem::Side const& inIncoming)
+{
+	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item =
+		zorvcore::classref::MakeObject<FadeItem>(FadeItem::Settings{inOutgoing, inIncoming, inStretch.mFirst,
+			inStretch.mEnd - inStretch.mFirst, mTrack.mLayout, mTools.GetFrameRate(),
+			mTools.GetScratch(GraphTools::ScratchUse::eFade, mTrack.mLayout.size())});
+	SN::TickTime const start = mTools.ToTime(inStretch.mFirst);
+	item->Init(start, mTools.ToTime(inStretch.mEnd), start, mTools.GetFrameRate());
+	Append(item, inStretch);
 }
 
 void ItemListBuilder::Append(

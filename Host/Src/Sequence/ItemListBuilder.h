@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FadeItem.h"
 #include "GraphTools.h"
 #include "ItemBuilder.h"
 #include "Place.h"
@@ -17,10 +18,6 @@ struct BuiltItemList
 {
 	// Without gaps, far beyond both ends.
 	SN::AudioTrackRenderableItemList mItems;
-	// The most that one of them needs.
-	std::int64_t mSettlingFrames = 0;
-	// Whether clones of the engine's would give the same.
-	bool mIsClonable = true;
 };
 
 // Where the items of a track stand.
@@ -29,7 +26,9 @@ struct ItemListSite
 	// The track.
 	Place mPlace;
 	Mixdown const& mMixdown;
-	std::function<BuiltNest(Nest const&, Place const&)> const& mBuildNest;
+	NestMaker const& mBuildNest;
+	// Of the sequence.
+	std::shared_ptr<Playhead const> mPlayhead;
 	// Of the report.
 	std::size_t mTrack = 0;
 	std::vector<ItemReport>& mReport;
@@ -38,7 +37,7 @@ struct ItemListSite
 // The list of items that the engine plays as one track: the bodies of the items, the crossfades and fades
 // between them, and silence everywhere else.
 //
-// An item and the transitions at its ends read the same renderer, so that effects, resampler and automation
+// An item and the fades at its ends read the same renderer, so that effects, resampler and automation
 // run on from one to the other.
 class ItemListBuilder
 {
@@ -81,13 +80,12 @@ private:
 		Item const& inItem, std::string const& inReason, std::string const& inRemedy = {}) const;
 
 	void AddItem(Item const& inItem, Placed const& inPlaced);
-	void AddTransition(Stretch const& inStretch, SN::InterfaceRef<SN::IAudioTransition> const& inTransition,
-		Generator const& inOutgoing, Generator const& inIncoming);
-	void AddFade(Stretch const& inStretch, FadeShape inShape, Generator const& inItem, bool inIsFadeIn);
+	void AddFade(
+		Stretch const& inStretch, FadeItem::Side const& inOutgoing, FadeItem::Side const& inIncoming);
+	FadeItem::Side MakeSide(Generator const& inItem, FadeShape inShape) const;
 	// Behind silence, if there is a gap.
 	void Append(SN::InterfaceRef<SN::IAudioTrackRenderableItem> const& inItem, Stretch const& inStretch);
 	void AppendSilence(std::int64_t inEnd);
-	static SN::TickTime GetTrackItemStart(Generator const& inItem);
 
 	GraphTools& mTools;
 	Track const& mTrack;

@@ -3,19 +3,23 @@
 namespace SonaroHost::Sequence
 {
 
-MeterTap::MeterTap(SN::InterfaceRef<SN::IAudioMeterSetter> const& inMeter)
-	: mMeter(inMeter)
+MeterTap::MeterTap(SN::InterfaceRef<SN::IAudioMeterSetter> const& inMeter, StageClock const& inClock)
+	: mMeter(inMeter),
+	  mClock(inClock)
 {
 }
 
 SN::InterfaceRef<SN::IAudioProcessor> MeterTap::Clone(SN::FrameRate const&, unsigned, unsigned)
 {
-	return zorvcore::classref::MakeObject<MeterTap>(mMeter);
+	return zorvcore::classref::MakeObject<MeterTap>(mMeter, mClock.Clone());
 }
 
 void MeterTap::ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime)
 {
-	mMeter->SetMeterData(inBuffer, inTime);
+	if (!mClock.IsSettling())
+	{
+		mMeter->SetMeterData(inBuffer, inTime);
+	}
 }
 
 void MeterTap::Reset()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Playhead.h"
 #include "Sonaro/IAudioMeterSetter.h"
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
@@ -8,11 +9,12 @@
 namespace SonaroHost::Sequence
 {
 
-// Hands audio to a meter and leaves it alone, like the engine's own stage, and unlike it in an export, too.
+// Hands audio to a meter and leaves it alone, like the engine's own stage; unlike it in exports and nested sequences,
+// too, and nothing of what is only rendered to fill histories.
 class MeterTap final : public SN::IAudioProcessor, public SN::IAudioRenderGraphNodeInfo
 {
 public:
-	explicit MeterTap(SN::InterfaceRef<SN::IAudioMeterSetter> const& inMeter);
+	MeterTap(SN::InterfaceRef<SN::IAudioMeterSetter> const& inMeter, StageClock const& inClock);
 
 	SN::InterfaceRef<SN::IAudioProcessor> Clone(SN::FrameRate const&, unsigned, unsigned) override;
 	bool HasHistory() override { return false; }
@@ -32,6 +34,7 @@ protected:
 
 private:
 	SN::InterfaceRef<SN::IAudioMeterSetter> mMeter;
+	StageClock mClock;
 };
 
 } // namespace SonaroHost::Sequence

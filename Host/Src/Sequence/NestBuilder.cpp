@@ -52,23 +52,35 @@ NestBuilder::NestBuilder(GraphTools& ioTools, GraphReport& ioReport)
 {
 }
 
-BuiltSequence NestBuilder::BuildOutermost(Description const& inDescription)
+Generator NestBuilder::BuildOutermost(Description const& inDescription, SN::Prefetcher const* inPrefetcher)
 {
 	mPath = {&inDescription};
 	std::string const prefix;
-	SequenceSite const site{prefix, GraphTools::MakeIdentity(), mBuildNest, mReport};
+	SequenceSite const site{prefix, mBuildNest, mReport, inPrefetcher};
 	return SequenceBuilder(mTools, inDescription, site).Build();
 }
 
-BuiltNest NestBuilder::BuildNest(Nest const& inNest, Place const& inPlace)
+Generator NestBuilder::BuildNest(Nest const& inNest, Place const& inPlace)
 {
 	Description const& description = *inNest.mSequence;
 	CheckPath(description, inPlace);
+	if (mBuilt[&description] >= SN::GetMaxNestableSequenceInstances())
+	{
+		mReport.mOmittedNests.push_back(inPlace.GetPath() + " / " + *inPlace.mItemName);
+		Generator silence;
+		CheckEngineResult(mTools.GetFactory().CreateSilentRenderer(description.mLayout, &silence), "silence");
+		return silence;
+	}
+	++mBuilt[&description];
+	std::size_t const level = mPath.size();
+	mInstances.resize(std::max(mInstances.size(), level + 1));
+	LevelScope const scope(*mTools.GetContext(), mInstances[level]++);
+	mPath.push_back(&description);
 	std::string const prefix = inPlace.GetItemPrefix();
-	Known& known = mKnown[{&description, mPath.size()}];
-	bool const isCloned = known.mNest.mGenerator && known.mNest.mIsClonable &&
-						  known.mInstances < SN::GetMaxNestableSequenceInstances();
-	return isCloned ? CloneKnown(known, prefix) : BuildAnew(description, prefix, known);
+	SequenceSite const site{prefix, mBuildNest, mReport};
+	Generator const nest = SequenceBuilder(mTools, description, site).Build();
+	mPath.pop_back();
+	return nest;
 }
 
 void NestBuilder::CheckPath(Description const& inDescription, Place const& inPlace) const
@@ -81,54 +93,6 @@ void NestBuilder::CheckPath(Description const& inDescription, Place const& inPla
 	{
 		Refuse(inPlace, "sequences are nested deeper than " + std::to_string(kMaxDepth) + " levels",
 			"take levels out, or render the inner ones to files of their own");
-	}
-}
-
-BuiltNest NestBuilder::BuildAnew(
-	Description const& inDescription, std::string const& inPrefix, Known& outKnown)
-{
-	std::size_t const level = mPath.size();
-	mInstances.resize(std::max(mInstances.size(), level + 1));
-	LevelScope const scope(*mTools.GetContext(), mInstances[level]++);
-	ReportRange range{mReport.mTracks.size(), 0, mReport.mItems.size(), 0};
-	mPath.push_back(&inDescription);
-	SequenceSite const site{inPrefix, GraphTools::MakeIdentity(), mBuildNest, mReport};
-	BuiltSequence const built = SequenceBuilder(mTools, inDescription, site).Build();
-	mPath.pop_back();
-	range.mEndTrack = mReport.mTracks.size();
-	range.mEndItem = mReport.mItems.size();
-	BuiltNest const nest{built.mGenerator, built.mAhead.back(), built.mSettlingFrames, built.mIsClonable};
-	outKnown = {site.mIdentity, nest, 1, inPrefix, range};
-	return nest;
-}
-
-BuiltNest NestBuilder::CloneKnown(Known& ioKnown, std::string const& inPrefix)
-{
-	LevelScope const scope(*mTools.GetContext(), 0);
-	BuiltNest nest = ioKnown.mNest;
-	CheckEngineResult(mTools.GetFactory().CreateAudioTrackGroupRendererViaCloning(
-						  mTools.GetContext(), mTools.GetFrameRate(), ioKnown.mIdentity, &nest.mGenerator),
-		"a nested sequence");
-	++ioKnown.mInstances;
-	RepeatReport(ioKnown, inPrefix);
-	return nest;
-}
-
-void NestBuilder::RepeatReport(Known const& inKnown, std::string const& inPrefix)
-{
-	ReportRange const& range = inKnown.mReport;
-	std::size_t const shift = mReport.mTracks.size() - range.mFirstTrack;
-	for (std::size_t index = range.mFirstTrack; index < range.mEndTrack; ++index)
-	{
-		TrackReport report = mReport.mTracks[index];
-		report.mPlace.replace(0, inKnown.mPrefix.size(), inPrefix);
-		mReport.mTracks.push_back(std::move(report));
-	}
-	for (std::size_t index = range.mFirstItem; index < range.mEndItem; ++index)
-	{
-		ItemReport report = mReport.mItems[index];
-		report.mTrack += shift;
-		mReport.mItems.push_back(std::move(report));
 	}
 }
 

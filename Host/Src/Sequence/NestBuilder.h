@@ -19,48 +19,28 @@ namespace SonaroHost::Sequence
 
 // The sequences of one graph, each on its level of nesting.
 //
-// Again    A sequence that stands on a level once more is the engine's clone of the first one, or that one
-//          itself, where that gives the same samples. Otherwise it is built anew.
+// Again    A sequence that stands in several items is built for each one, up to the engine's limit of instances
+//          (OQ.Sonaro.ComplexityBeforeRender). What goes beyond it is silent and reported.
 class NestBuilder
 {
 public:
 	// All outlive this object.
 	NestBuilder(GraphTools& ioTools, GraphReport& ioReport);
 
-	BuiltSequence BuildOutermost(Description const& inDescription);
+	// inPrefetcher: of a playback, or null.
+	Generator BuildOutermost(Description const& inDescription, SN::Prefetcher const* inPrefetcher);
 
 private:
-	// A part of the report.
-	struct ReportRange
-	{
-		std::size_t mFirstTrack = 0;
-		std::size_t mEndTrack = 0;
-		std::size_t mFirstItem = 0;
-		std::size_t mEndItem = 0;
-	};
-
-	// A sequence that was built on a level.
-	struct Known
-	{
-		Identity mIdentity;
-		BuiltNest mNest;
-		unsigned mInstances = 0;
-		std::string mPrefix;
-		ReportRange mReport;
-	};
-
-	BuiltNest BuildNest(Nest const& inNest, Place const& inPlace);
+	Generator BuildNest(Nest const& inNest, Place const& inPlace);
 	void CheckPath(Description const& inDescription, Place const& inPlace) const;
-	BuiltNest BuildAnew(Description const& inDescription, std::string const& inPrefix, Known& outKnown);
-	BuiltNest CloneKnown(Known& ioKnown, std::string const& inPrefix);
-	void RepeatReport(Known const& inKnown, std::string const& inPrefix);
 
 	GraphTools& mTools;
 	GraphReport& mReport;
-	std::function<BuiltNest(Nest const&, Place const&)> mBuildNest;
+	NestMaker mBuildNest;
 	// From the outermost sequence to the one that is being built.
 	std::vector<Description const*> mPath;
-	std::map<std::pair<Description const*, std::size_t>, Known> mKnown;
+	// How often each one was built.
+	std::map<Description const*, unsigned> mBuilt;
 	// By level.
 	std::vector<unsigned> mInstances;
 };

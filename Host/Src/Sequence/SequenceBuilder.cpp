@@ -1,5 +1,7 @@
 #include "SequenceBuilder.h"
 
+#include "SequenceNode.h"
+
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/RenderContextScope.h"
 
@@ -29,7 +31,7 @@ SequenceBuilder::SequenceBuilder(
 	}
 }
 
-BuiltSequence SequenceBuilder::Build()
+Generator SequenceBuilder::Build()
 {
 	ListNodes();
 	std::size_t const reportIndex = mSite.mReport.mTracks.size();
@@ -48,17 +50,27 @@ BuiltSequence SequenceBuilder::Build()
 	{
 		BuildItems(mNodes[index], mDescription.mTracks[index], reportIndex + index);
 	}
-	mBuilt.mIsClonable = mBuilt.mIsClonable && !plan.HasWaits();
 	ReportTracks(plan, reportIndex);
 	for (std::size_t const index : plan.GetOrder())
 	{
 		MakeRenderer(index, plan);
 	}
-	CheckEngineResult(mTools.GetFactory().CreateAudioTrackGroupRenderer(mTools.GetContext(),
-						  mTools.GetFrameRate(), mGenerators, mDelays, mGeneratorDelays, mDescription.mLayout,
-						  mSite.mIdentity, &mBuilt.mGenerator),
+	return zorvcore::classref::MakeObject<SequenceNode>(
+		SequenceNode::Settings{MakeGroup(), mAhead, mPlayhead, mTools.GetFrameRate(),
+			mTools.GetScratch(GraphTools::ScratchUse::eSettling, mDescription.mLayout.size()),
+			mSite.mPrefetcher});
+}
+
+// Nothing is asked ahead by the group itself; the sequence asks its tracks.
+Generator SequenceBuilder::MakeGroup() const
+{
+	Generator group;
+	CheckEngineResult(
+		mTools.GetFactory().CreateAudioTrackGroupRenderer(mTools.GetContext(), mTools.GetFrameRate(),
+			mGenerators, mDelays, std::vector<SN::TickTime>(mGenerators.size()), mDescription.mLayout,
+			GraphTools::MakeIdentity(), &group),
 		"a sequence");
-	return std::move(mBuilt);
+	return group;
 }
 
 void SequenceBuilder::ListNodes()
@@ -130,23 +142,21 @@ void SequenceBuilder::BuildChain(Node& ioNode)
 	bool const isMaster = ioNode.mKind == Kind::eMaster;
 	SN::AudioChannelLayout const& output =
 		ioNode.mOutput ? *mNodes[*ioNode.mOutput].mLayout : *ioNode.mLayout;
-	ChainSite const site{GetPlace(ioNode), *ioNode.mLayout, output, mDescription.mMixdown,
-		isMaster ? nullptr : &mTargets, 0, 1.0};
+	ChainSite site{GetPlace(ioNode), *ioNode.mLayout, output, mDescription.mMixdown,
+		isMaster ? nullptr : &mTargets, {mPlayhead, ioNode.mAhead, mTools.GetFrameRate()}};
+	site.mMute = mTools.GetHeard(ioNode.mMute);
 	if (isMaster && ioNode.mChain->mPan)
 	{
 		Refuse(site.mPlace, "its layout is that of the sequence and cannot be panned", "take the pan out");
 	}
 	ioNode.mBuilt = ChainBuilder(mTools, site).Build(*ioNode.mChain);
-	mBuilt.mIsClonable = mBuilt.mIsClonable && ioNode.mBuilt.mIsClonable;
 }
 
 void SequenceBuilder::BuildItems(Node& ioNode, Track const& inTrack, std::size_t inReportIndex)
 {
-	ItemListSite const site{
-		GetPlace(ioNode), mDescription.mMixdown, mSite.mBuildNest, inReportIndex, mSite.mReport.mItems};
+	ItemListSite const site{GetPlace(ioNode), mDescription.mMixdown, mSite.mBuildNest, mPlayhead,
+		inReportIndex, mSite.mReport.mItems};
 	ioNode.mItems = ItemListBuilder(mTools, inTrack, site).Build();
-	mBuilt.mSettlingFrames = std::max(mBuilt.mSettlingFrames, ioNode.mItems.mSettlingFrames);
-	mBuilt.mIsClonable = mBuilt.mIsClonable && ioNode.mItems.mIsClonable;
 }
 
 // Each node's sends in their order, and its output behind them.
@@ -179,10 +189,8 @@ void SequenceBuilder::ReportTracks(DelayPlan const& inPlan, std::size_t inReport
 		report.mAheadFrames = inPlan.GetAhead(index);
 		report.mLatencyFrames = node.mLatency;
 		report.mWaitFrames = mNodes[index].mOutput ? node.mEdges.back().mWait : 0;
-		mBuilt.mAhead.push_back(report.mAheadFrames);
+		*mNodes[index].mAhead = report.mAheadFrames;
 	}
-	std::sort(mBuilt.mAhead.begin(), mBuilt.mAhead.end());
-	mBuilt.mAhead.erase(std::unique(mBuilt.mAhead.begin(), mBuilt.mAhead.end()), mBuilt.mAhead.end());
 }
 
 void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
@@ -202,7 +210,7 @@ void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
 		node.mGenerator = MakeMixTrack(node, FindInputs(inIndex));
 	}
 	std::int64_t const wait = node.mOutput ? inPlan.GetNodes()[inIndex].mEdges.back().mWait : 0;
-	AddToGroup(node.mGenerator, inPlan.GetAhead(inIndex), node.mBuilt.mSends.size(), wait);
+	AddToGroup(node.mGenerator, inPlan.GetAhead(inIndex), wait);
 	MakeReturns(inIndex, inPlan);
 }
 
@@ -260,18 +268,17 @@ void SequenceBuilder::MakeReturns(std::size_t inIndex, DelayPlan const& inPlan)
 		wait.mLayout = &layout;
 		wait.mBuilt.mPanner = mTools.GetFixedPanner(layout, layout, std::nullopt);
 		Generator const generator = MakeMixTrack(wait, {send.mProcessor});
-		AddToGroup(generator, inPlan.GetAhead(edge.mDestination), 0, edge.mWait);
+		AddToGroup(generator, inPlan.GetAhead(edge.mDestination), edge.mWait);
 		node.mReturns.push_back(generator);
 	}
 }
 
-void SequenceBuilder::AddToGroup(
-	Generator const& inRenderer, std::int64_t inAhead, std::size_t inSends, std::int64_t inWait)
+void SequenceBuilder::AddToGroup(Generator const& inRenderer, std::int64_t inAhead, std::int64_t inWait)
 {
 	mGenerators.push_back(inRenderer);
-	mGeneratorDelays.push_back(mTools.ToTime(inAhead));
-	std::vector<SN::DelayDependency>& lines = mDelays.emplace_back(inSends + 1);
-	lines.back().mDelay = static_cast<std::uint32_t>(inWait);
+	mAhead.push_back(inAhead);
+	// Sends have lines only where they are the engine's own.
+	mDelays.emplace_back(1).back().mDelay = static_cast<std::uint32_t>(inWait);
 }
 
 } // namespace SonaroHost::Sequence

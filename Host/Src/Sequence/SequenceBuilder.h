@@ -5,13 +5,16 @@
 #include "GraphTools.h"
 #include "ItemBuilder.h"
 #include "ItemListBuilder.h"
+#include "Playhead.h"
 #include "Sonaro/DelayDependency.h"
+#include "Sonaro/Prefetcher.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,26 +22,14 @@
 namespace SonaroHost::Sequence
 {
 
-struct BuiltSequence
-{
-	// The group of all tracks.
-	Generator mGenerator;
-	// In frames, of all tracks, submixes and the master, without repetition, in rising order.
-	std::vector<std::int64_t> mAhead;
-	// The most that one of its items needs.
-	std::int64_t mSettlingFrames = 0;
-	// Whether a clone of the engine's would give the same.
-	bool mIsClonable = true;
-};
-
 struct SequenceSite
 {
 	// What leads to it, as "Dialogue / Scene 4 / "; empty for the outermost one.
 	std::string const& mPrefix;
-	// The engine's name for it, under which it is cloned.
-	Identity mIdentity;
-	std::function<BuiltNest(Nest const&, Place const&)> const& mBuildNest;
+	NestMaker const& mBuildNest;
 	GraphReport& mReport;
+	// Of the outermost sequence in a playback; else null.
+	SN::Prefetcher const* mPrefetcher = nullptr;
 };
 
 // The engine's group of one sequence: a renderer for each track, submix and master, every feeder before what
@@ -53,7 +44,7 @@ public:
 	SequenceBuilder(GraphTools& ioTools, Description const& inDescription, SequenceSite const& inSite);
 
 	// Once.
-	BuiltSequence Build();
+	Generator Build();
 
 private:
 	enum class Kind
@@ -74,6 +65,8 @@ private:
 		MuteSwitch mMute;
 		// Of the node it goes to; none where it goes to its sends alone.
 		std::optional<std::size_t> mOutput;
+		// How far ahead the node is asked, once there is a plan.
+		std::shared_ptr<std::int64_t> mAhead = std::make_shared<std::int64_t>(0);
 		BuiltChain mBuilt;
 		// Of a track.
 		BuiltItemList mItems;
@@ -97,19 +90,19 @@ private:
 	std::vector<Identity> FindInputs(std::size_t inIndex) const;
 	void MakeReturns(std::size_t inIndex, DelayPlan const& inPlan);
 	// Enters a renderer into the group, asked so many frames ahead, its output waiting.
-	void AddToGroup(
-		Generator const& inRenderer, std::int64_t inAhead, std::size_t inSends, std::int64_t inWait);
+	void AddToGroup(Generator const& inRenderer, std::int64_t inAhead, std::int64_t inWait);
+	Generator MakeGroup() const;
 
 	GraphTools& mTools;
 	Description const& mDescription;
 	SequenceSite const& mSite;
 	std::vector<SendTarget> mTargets;
 	std::vector<Node> mNodes;
-	BuiltSequence mBuilt;
+	std::shared_ptr<Playhead> mPlayhead = std::make_shared<Playhead>();
 	// In the group's order.
 	std::vector<Generator> mGenerators;
 	std::deque<std::vector<SN::DelayDependency>> mDelays;
-	std::vector<SN::TickTime> mGeneratorDelays;
+	std::vector<std::int64_t> mAhead;
 };
 
 } // namespace SonaroHost::Sequence

@@ -157,18 +157,16 @@ Samples Render(TimelineSequence const& inSequence, FileMedia const& inMedia)
 	Sequence::SequenceGraph const graph(*inSequence.mDescription, context.Get(), rate);
 	auto const& generator = graph.GetGenerator();
 	generator->InitializeAudioFilters();
-	std::int64_t frame = inSequence.mFirstFrame - graph.GetWarmUpFrames();
+	std::int64_t frame = inSequence.mFirstFrame;
 	std::int64_t const end = inSequence.mFirstFrame + inSequence.mFrames;
 	generator->Preroll({frame, rate}, false);
 	Samples samples(graph.GetLayout().size());
 	while (frame < end)
 	{
-		bool const isWarm = frame >= inSequence.mFirstFrame;
-		auto const count = static_cast<unsigned>(
-			std::min<std::int64_t>(kBlock, (isWarm ? end : inSequence.mFirstFrame) - frame));
+		auto const count = static_cast<unsigned>(std::min<std::int64_t>(kBlock, end - frame));
 		dsp::AudioBuffer buffer(graph.GetLayout().size(), count);
 		generator->GetAudioData({frame, rate}, buffer, false);
-		for (std::size_t channel = 0; isWarm && channel < samples.size(); ++channel)
+		for (std::size_t channel = 0; channel < samples.size(); ++channel)
 		{
 			auto const* const block = buffer.GetChannel(channel);
 			for (unsigned i = 0; i < count; ++i)

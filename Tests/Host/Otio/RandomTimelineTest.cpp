@@ -265,9 +265,8 @@ std::vector<double> Render(TimelineSequence const& inSequence, unsigned inBlock)
 	Sequence::SequenceGraph const graph(*inSequence.mDescription, context.Get(), rate);
 	auto const& generator = graph.GetGenerator();
 	generator->InitializeAudioFilters();
-	std::int64_t const warmUp = graph.GetWarmUpFrames();
 	std::int64_t const end = inSequence.mFirstFrame + inSequence.mFrames;
-	std::int64_t frame = inSequence.mFirstFrame - warmUp;
+	std::int64_t frame = inSequence.mFirstFrame;
 	generator->Preroll({frame, rate}, false);
 	std::vector<double> samples;
 	while (frame < end)
@@ -282,7 +281,6 @@ std::vector<double> Render(TimelineSequence const& inSequence, unsigned inBlock)
 		frame += count;
 	}
 	generator->ShutdownAudioFilters();
-	samples.erase(samples.begin(), samples.begin() + std::min<std::int64_t>(warmUp, std::ssize(samples)));
 	return samples;
 }
 

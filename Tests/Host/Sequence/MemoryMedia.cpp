@@ -5,6 +5,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -24,9 +25,12 @@ SN::AudioChannelLayout GetLayoutOf(std::size_t inChannels)
 class MemorySource final : public SN::IAudioSource, public SN::IAsyncAudioSource
 {
 public:
-	MemorySource(std::shared_ptr<MemoryMedia::Samples const> inSamples, SN::FrameRate const& inFrameRate)
+	MemorySource(std::shared_ptr<MemoryMedia::Samples const> inSamples, SN::FrameRate const& inFrameRate,
+		std::shared_ptr<PrefetchLedger> inLedger)
 		: mSamples(std::move(inSamples)),
-		  mFrameRate(inFrameRate)
+		  mFrameRate(inFrameRate),
+		  mLedger(std::move(inLedger)),
+		  mBatches(mLedger ? GetFrames() : 0)
 	{
 	}
 
@@ -41,10 +45,24 @@ public:
 		Fill(inTime, inBuffer);
 	}
 
-	void PrefetchAudioData(unsigned long long const&, SN::TickTime const&, unsigned) override {}
+	void PrefetchAudioData(unsigned long long const&, SN::TickTime const& inTime, unsigned inCount) override
+	{
+		long long const first = inTime.ToFrame64(mFrameRate);
+		for (long long frame = std::max(first, 0ll); mLedger && frame < first + inCount; ++frame)
+		{
+			if (frame < static_cast<long long>(mBatches.size()))
+			{
+				mBatches[static_cast<std::size_t>(frame)] = mLedger->mBatch;
+			}
+		}
+	}
 	int ReadPrefetchedAudio(SN::TickTime const& inTime, dsp::AudioBuffer& inBuffer) override
 	{
 		Fill(inTime, inBuffer);
+		if (mLedger && mLedger->mIsStrict)
+		{
+			DropEvicted(inTime.ToFrame64(mFrameRate), inBuffer);
+		}
 		return SN::kSuccess;
 	}
 	int GetPrefetchState() override { return SN::kSuccess; }
@@ -81,8 +99,27 @@ private:
 		}
 	}
 
+	void DropEvicted(long long inFirst, dsp::AudioBuffer& ioBuffer) const
+	{
+		for (unsigned i = 0; i < ioBuffer.GetUseSize(); ++i)
+		{
+			long long const frame = inFirst + i;
+			bool const isInside = frame >= 0 && frame < static_cast<long long>(mBatches.size());
+			if (isInside && mBatches[static_cast<std::size_t>(frame)] != mLedger->mBatch)
+			{
+				for (std::size_t channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
+				{
+					ioBuffer.GetChannel(channel)[i] = 0.0f;
+				}
+			}
+		}
+	}
+
 	std::shared_ptr<MemoryMedia::Samples const> mSamples;
 	SN::FrameRate mFrameRate;
+	std::shared_ptr<PrefetchLedger> mLedger;
+	// In which each frame was read ahead last.
+	std::vector<unsigned> mBatches;
 };
 
 class LatentProcessor final : public SN::IAudioProcessor
@@ -158,17 +195,18 @@ private:
 
 } // namespace
 
-MemoryMedia::MemoryMedia(double inSampleRate, Samples inSamples)
+MemoryMedia::MemoryMedia(
+	double inSampleRate, Samples inSamples, std::shared_ptr<PrefetchLedger> const& inLedger)
 	: mSamples(std::make_shared<Samples const>(std::move(inSamples)))
 {
 	mName = "memory";
 	mSampleRate = inSampleRate;
 	mFrames = static_cast<std::int64_t>(mSamples->front().size());
 	mLayout = GetLayoutOf(mSamples->size());
-	mOpen = [samples = mSamples](SN::FrameRate const& inCountingRate)
+	mOpen = [samples = mSamples, inLedger](SN::FrameRate const& inCountingRate)
 	{
 		return SN::InterfaceRef<SN::IAudioSource>(
-			zorvcore::classref::MakeObject<MemorySource>(samples, inCountingRate));
+			zorvcore::classref::MakeObject<MemorySource>(samples, inCountingRate, inLedger));
 	};
 }
 

@@ -10,13 +10,21 @@
 namespace SonaroHost::Sequence::Testing
 {
 
+// What of all recordings has been read ahead, in batches. When it is strict, a playback gets silence for what was not
+// part of the last batch: everything else has been evicted.
+struct PrefetchLedger
+{
+	bool mIsStrict = false;
+	unsigned mBatch = 0;
+};
+
 // A recording in memory. Its source can be read ahead, too, and is silent outside of the recording.
 struct MemoryMedia : Media
 {
 	// By channel and frame.
 	using Samples = std::vector<std::vector<float>>;
 
-	MemoryMedia(double inSampleRate, Samples inSamples);
+	MemoryMedia(double inSampleRate, Samples inSamples, std::shared_ptr<PrefetchLedger> const& inLedger = {});
 
 	std::shared_ptr<Samples const> mSamples;
 };

@@ -1,7 +1,6 @@
 #include "NaiveSequence.h"
 
 #include "MemoryMedia.h"
-#include "Vexilon/Keyframe.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,6 +8,7 @@
 #include <map>
 #include <numbers>
 #include <numeric>
+#include <type_traits>
 
 namespace SonaroHost::Sequence::Testing
 {
@@ -20,24 +20,8 @@ constexpr std::size_t kMono = 1;
 constexpr std::size_t kStereo = 2;
 constexpr std::size_t kSurround = 6;
 constexpr double kQuarterTurn = std::numbers::pi / 2;
-constexpr std::int64_t kControlFrames = 64;
-// Single precision, which decides where the frames are half a one.
-constexpr float kRampSeconds = 0.005f;
-
-template <class T>
-double GetValue(SN::InterfaceRef<AutomationParameter<T>> const& inParameter, SN::TickTime const& inTime)
-{
-	VX::KeyframeCache<VX::Keyframe<T>> cache;
-	VX::Keyframe<T> keyframe;
-	inParameter->UpdateControl(inTime, &cache, &keyframe);
-	return static_cast<double>(keyframe.mValue);
-}
-
-double GetLevel(Fader const& inFader, SN::TickTime const& inTime)
-{
-	bool const isMuted = inFader.mMute && GetValue(inFader.mMute, inTime) != 0.0;
-	return isMuted ? 0.0 : inFader.mGain ? GetValue(inFader.mGain, inTime) : 1.0;
-}
+// Of a mute that has been prerolled.
+constexpr double kMuteSeconds = 0.01;
 
 LatentEffect GetEffect(Stage const& inStage)
 {
@@ -116,16 +100,23 @@ Signal MakeSilence(std::size_t inChannels, std::int64_t inFrames)
 	return Signal(inChannels, std::vector<double>(static_cast<std::size_t>(inFrames), 0.0));
 }
 
-Signal Convert(Signal const& inSound, std::size_t inOutputs, NumberParameter const& inPan, unsigned inMixdown)
+// inPanAt: of a frame; empty without a pan.
+Signal Convert(Signal const& inSound, std::size_t inOutputs,
+	std::function<double(std::int64_t)> const& inPanAt, unsigned inMixdown)
 {
-	Matrix const gains = inPan ? GetPannedGains(inSound.size(), inOutputs, GetValue(inPan, {}))
-							   : GetFixedGains(inSound.size(), inOutputs, inMixdown);
+	Matrix gains = GetFixedGains(inSound.size(), inOutputs, inMixdown);
 	Signal result(inOutputs, std::vector<double>(inSound.front().size(), 0.0));
-	for (std::size_t output = 0; output < inOutputs; ++output)
+	double pan = -1.0;
+	for (std::size_t i = 0; i < inSound.front().size(); ++i)
 	{
-		for (std::size_t input = 0; input < inSound.size(); ++input)
+		if (double const next = inPanAt ? inPanAt(static_cast<std::int64_t>(i)) : pan; next != pan)
 		{
-			for (std::size_t i = 0; gains[output][input] != 0.0 && i < inSound[input].size(); ++i)
+			pan = next;
+			gains = GetPannedGains(inSound.size(), inOutputs, pan);
+		}
+		for (std::size_t output = 0; output < inOutputs; ++output)
+		{
+			for (std::size_t input = 0; input < inSound.size(); ++input)
 			{
 				result[output][i] += gains[output][input] * inSound[input][i];
 			}
@@ -198,6 +189,75 @@ struct Naive
 	}
 	Signal const& GetNested(Description const& inSequence);
 
+	template <class T>
+	NaiveParameter<T> Follow(
+		SN::InterfaceRef<AutomationParameter<T>> const& inParameter, NaivePlace const& inPlace) const
+	{
+		auto const find = [&](auto const& inEdits) -> decltype(&inEdits.begin()->second)
+		{
+			auto const found = inEdits.find(inParameter.Get());
+			return found == inEdits.end() ? nullptr : &found->second;
+		};
+		if constexpr (std::is_same_v<T, bool>)
+		{
+			auto const* const edits = mRange.mEdits ? find(mRange.mEdits->mSwitches) : nullptr;
+			return {inParameter, mRange.mFrameRate, edits, inPlace};
+		}
+		else
+		{
+			auto const* const edits = mRange.mEdits ? find(mRange.mEdits->mNumbers) : nullptr;
+			return {inParameter, mRange.mFrameRate, edits, inPlace};
+		}
+	}
+
+	// Multiplies by a fader. inShift: what its frames are more than the curve's.
+	void Fade(Fader const& inFader, NaivePlace const& inPlace, std::int64_t inShift, Signal& ioSound) const
+	{
+		if (inFader.mGain)
+		{
+			auto const gain = Follow(inFader.mGain, inPlace);
+			Scale(ioSound, [&](std::int64_t inFrame) { return gain.GetValue(inFrame, inShift); });
+		}
+		if (inFader.mMute)
+		{
+			auto const mute = Follow(inFader.mMute, inPlace);
+			Scale(ioSound, [&](std::int64_t inFrame) { return 1.0 - mute.GetValue(inFrame, inShift); });
+		}
+	}
+
+	// As above, with a pan, which may be empty.
+	Signal Pan(Signal const& inSound, std::size_t inOutputs, NumberParameter const& inPan,
+		NaivePlace const& inPlace, std::int64_t inShift, unsigned inMixdown) const
+	{
+		if (!inPan)
+		{
+			return Convert(inSound, inOutputs, {}, inMixdown);
+		}
+		auto const pan = Follow(inPan, inPlace);
+		return Convert(
+			inSound, inOutputs, [&](std::int64_t inFrame) { return pan.GetValue(inFrame, inShift); },
+			inMixdown);
+	}
+
+	// What is left of a track or a submix, 0 to 1, at a frame of the playhead.
+	double GetAudible(MuteSwitch const& inMute, std::int64_t inPlayhead, double inRampSeconds) const
+	{
+		if (!inMute)
+		{
+			return 1.0;
+		}
+		if (mRange.mEdits)
+		{
+			auto const found = mRange.mEdits->mMutes.find(inMute.get());
+			if (found != mRange.mEdits->mMutes.end())
+			{
+				double const frames = mRange.mFrameRate.GetSamplesPerSecond() * inRampSeconds;
+				return 1.0 - FollowEdits(found->second, inPlayhead, std::llround(frames));
+			}
+		}
+		return inMute->Get() == 0 ? 1.0 : 0.0;
+	}
+
 	NaiveRange mRange;
 	std::map<Description const*, Signal> mNested;
 };
@@ -206,10 +266,12 @@ struct Naive
 class NaiveTrack
 {
 public:
-	NaiveTrack(Naive& ioNaive, Track const& inTrack, unsigned inMixdown)
+	// inAhead: in frames, of the track.
+	NaiveTrack(Naive& ioNaive, Track const& inTrack, unsigned inMixdown, std::int64_t inAhead)
 		: mNaive(ioNaive),
 		  mTrack(inTrack),
-		  mMixdown(inMixdown)
+		  mMixdown(inMixdown),
+		  mAhead(inAhead)
 	{
 	}
 
@@ -258,13 +320,20 @@ private:
 	{
 		Signal sound =
 			Read(inItem, inExtent.mStart - mNaive.ToFrame(inItem.mStart), inExtent.mEnd - inExtent.mStart);
+		// Frames of this sound count from where the item is heard first, its curves' from its own start.
+		std::int64_t const shift = mNaive.ToFrame(inItem.mStart) - inExtent.mStart;
+		NaivePlace place{mAhead - inExtent.mStart + GetLatency(inItem.mChain), inExtent.mStart - mAhead};
 		for (Stage const& stage : inItem.mChain.mStages)
 		{
-			auto const* const fader = std::get_if<Fader>(&stage);
-			double const gain = fader ? GetLevel(*fader, {}) : static_cast<double>(GetEffect(stage).mGain);
-			Scale(sound, [gain](std::int64_t) { return gain; });
+			if (auto const* const fader = std::get_if<Fader>(&stage))
+			{
+				mNaive.Fade(*fader, place, shift, sound);
+			}
+			LatentEffect const effect = GetEffect(stage);
+			Scale(sound, [&](std::int64_t) { return static_cast<double>(effect.mGain); });
+			place.mAhead -= effect.mDelayFrames;
 		}
-		sound = Convert(sound, mTrack.mLayout.size(), inItem.mChain.mPan, mMixdown);
+		sound = mNaive.Pan(sound, mTrack.mLayout.size(), inItem.mChain.mPan, place, shift, mMixdown);
 		Scale(sound, [&](std::int64_t inFrame) { return inExtent.GetGain(inExtent.mStart + inFrame); });
 		return sound;
 	}
@@ -308,17 +377,17 @@ private:
 	Naive& mNaive;
 	Track const& mTrack;
 	unsigned mMixdown;
+	std::int64_t mAhead;
 };
 
 // One sequence: what its tracks and submixes add up to.
 class NaiveMix
 {
 public:
-	NaiveMix(Naive& ioNaive, Description const& inSequence, std::int64_t inFrames, bool inIsOutermost)
+	NaiveMix(Naive& ioNaive, Description const& inSequence, std::int64_t inFrames)
 		: mNaive(ioNaive),
 		  mSequence(inSequence),
 		  mFrames(inFrames),
-		  mIsOutermost(inIsOutermost),
 		  mMixdown(inSequence.mMixdown.value_or(SN::AudioChannelMix::kMixdownFront))
 	{
 	}
@@ -332,7 +401,7 @@ public:
 		}
 		for (Track const& track : mSequence.mTracks)
 		{
-			RunStrip(NaiveTrack(mNaive, track, mMixdown).Render(mFrames), track);
+			RunStrip(NaiveTrack(mNaive, track, mMixdown, GetAhead(track)).Render(mFrames), track);
 		}
 		std::vector<bool> isDone(mBuses.size(), false);
 		for (std::size_t next = FindReady(isDone); next < mBuses.size(); next = FindReady(isDone))
@@ -340,7 +409,7 @@ public:
 			RunStrip(mBuses[next], mSequence.mSubmixes[next]);
 			isDone[next] = true;
 		}
-		RunStages(mSequence.mMaster, GetLatency(mSequence.mMaster), mMaster);
+		RunStages(mSequence.mMaster, GetLatency(mSequence.mMaster), {}, mMaster);
 		return std::move(mMaster);
 	}
 
@@ -402,88 +471,63 @@ private:
 	template <class Strip>
 	void RunStrip(Signal ioSound, Strip const& inStrip)
 	{
-		if (inStrip.mMute && inStrip.mMute->Get() != 0)
-		{
-			ioSound = MakeSilence(ioSound.size(), mFrames);
-		}
-		RunStages(inStrip.mChain, GetAhead(inStrip), ioSound);
+		std::int64_t const ahead = GetAhead(inStrip);
+		// Whoever is muted hears nothing from where the ramp has ended.
+		Scale(ioSound,
+			[&](std::int64_t inFrame)
+			{
+				// The first frame of a ramp that rises is as silent as what is not asked for.
+				std::int64_t const playhead = inFrame - ahead;
+				return std::max(mNaive.GetAudible(inStrip.mMute, playhead, kMuteSeconds),
+						   mNaive.GetAudible(inStrip.mMute, playhead + 1, kMuteSeconds)) > 0.0
+						   ? 1.0
+						   : 0.0;
+			});
+		RunStages(inStrip.mChain, ahead, inStrip.mMute, ioSound);
 		if (inStrip.mOutput.mKind != Output::Kind::eNone)
 		{
 			bool const isMaster = inStrip.mOutput.mKind == Output::Kind::eMaster;
 			Signal& target = isMaster ? mMaster : mBuses[inStrip.mOutput.mSubmix];
-			Add(Convert(ioSound, target.size(), inStrip.mChain.mPan, mMixdown), 0, target);
+			std::int64_t const targetAhead = isMaster
+												 ? GetLatency(mSequence.mMaster)
+												 : GetAhead(mSequence.mSubmixes[inStrip.mOutput.mSubmix]);
+			Signal sound = mNaive.Pan(ioSound, target.size(), inStrip.mChain.mPan,
+				{ahead - GetLatency(inStrip.mChain)}, 0, mMixdown);
+			Scale(sound, [&](std::int64_t inFrame)
+				{ return mNaive.GetAudible(inStrip.mMute, inFrame - targetAhead, kMuteSeconds); });
+			Add(sound, 0, target);
 		}
 	}
 
-	void RunStages(Chain const& inChain, std::int64_t inAhead, Signal& ioSound)
+	void RunStages(Chain const& inChain, std::int64_t inAhead, MuteSwitch const& inMute, Signal& ioSound)
 	{
-		std::int64_t lag = 0;
+		std::int64_t ahead = inAhead;
 		for (Stage const& stage : inChain.mStages)
 		{
-			// The frame of this sound at which the stage begins to work.
-			std::int64_t const begin = mNaive.mRange.mFirstPulled + inAhead - lag;
 			if (auto const* const fader = std::get_if<Fader>(&stage))
 			{
-				std::vector<double> const gains = FollowFader(*fader, begin);
-				Scale(
-					ioSound, [&](std::int64_t inFrame) { return gains[static_cast<std::size_t>(inFrame)]; });
+				mNaive.Fade(*fader, {ahead}, 0, ioSound);
 			}
 			else if (auto const* const send = std::get_if<Send>(&stage))
 			{
 				Signal& target = mBuses[send->mSubmix];
-				Signal sent = Convert(ioSound, target.size(), send->mPan, mMixdown);
-				Scale(sent,
-					[&](std::int64_t inFrame) { return GetLevelOfBlock(send->mLevel, begin, inFrame); });
+				Signal sent = mNaive.Pan(ioSound, target.size(), send->mPan, {ahead}, 0, mMixdown);
+				mNaive.Fade(send->mLevel, {ahead}, 0, sent);
+				Scale(sent, [&](std::int64_t inFrame)
+					{ return mNaive.GetAudible(inMute, inFrame - ahead, kMuteSeconds); });
 				Add(sent, 0, target);
 			}
 			else
 			{
 				Scale(ioSound, [&](std::int64_t) { return static_cast<double>(GetEffect(stage).mGain); });
 			}
-			lag += GetEffect(stage).mDelayFrames;
+			ahead -= GetEffect(stage).mDelayFrames;
 		}
-	}
-
-	// As it was sampled at the first frame of the control block that holds the frame.
-	double GetLevelOfBlock(Fader const& inFader, std::int64_t inBegin, std::int64_t inFrame) const
-	{
-		std::int64_t const block = std::max<std::int64_t>(inFrame - inBegin, 0) / kControlFrames;
-		std::int64_t const frame = mIsOutermost ? inBegin + block * kControlFrames : 0;
-		return GetLevel(inFader, SN::TickTime(frame, mNaive.mRange.mFrameRate));
-	}
-
-	// Each new level is reached in a straight line, which begins where the one before has got to.
-	std::vector<double> FollowFader(Fader const& inFader, std::int64_t inBegin) const
-	{
-		double const rate = mNaive.mRange.mFrameRate.GetSamplesPerSecond();
-		double const length = std::max(1.0, std::round(rate * static_cast<double>(kRampSeconds)));
-		double target = GetLevelOfBlock(inFader, inBegin, inBegin);
-		double from = target;
-		double done = length;
-		std::vector<double> gains(static_cast<std::size_t>(mFrames), target);
-		for (std::int64_t frame = inBegin; mIsOutermost && frame < mFrames; ++frame, ++done)
-		{
-			auto const getGain = [&] { return from + (target - from) * std::min(done / length, 1.0); };
-			bool const isBlockStart = (frame - inBegin) % kControlFrames == 0;
-			double const level = isBlockStart ? GetLevelOfBlock(inFader, inBegin, frame) : target;
-			if (level != target)
-			{
-				from = getGain();
-				target = level;
-				done = 0.0;
-			}
-			if (frame >= 0)
-			{
-				gains[static_cast<std::size_t>(frame)] = getGain();
-			}
-		}
-		return gains;
 	}
 
 	Naive& mNaive;
 	Description const& mSequence;
 	std::int64_t mFrames;
-	bool mIsOutermost;
 	unsigned mMixdown;
 	Signal mMaster;
 	std::vector<Signal> mBuses;
@@ -501,7 +545,7 @@ Signal const& Naive::GetNested(Description const& inSequence)
 	{
 		frames = track.mItems.empty() ? frames : std::max(frames, ToFrame(track.mItems.back().mEnd));
 	}
-	return mNested.emplace(&inSequence, NaiveMix(*this, inSequence, frames, false).Run()).first->second;
+	return mNested.emplace(&inSequence, NaiveMix(*this, inSequence, frames).Run()).first->second;
 }
 
 } // namespace
@@ -509,7 +553,7 @@ Signal const& Naive::GetNested(Description const& inSequence)
 Signal RenderNaively(Description const& inSequence, NaiveRange const& inRange)
 {
 	Naive naive{inRange, {}};
-	return NaiveMix(naive, inSequence, inRange.mFrames, true).Run();
+	return NaiveMix(naive, inSequence, inRange.mFrames).Run();
 }
 
 std::int64_t GetNearestFrame(SN::TickTime const& inTime, SN::FrameRate const& inFrameRate)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "NaiveParameter.h"
 #include "SonaroHost/Sequence/Description.h"
 
 #include <cstdint>
@@ -15,14 +16,13 @@ struct NaiveRange
 {
 	// Frames from the sequence's time 0 on.
 	std::int64_t mFrames = 0;
-	// Where the pull of the graph begins, warm-up included: there the grid begins on which curves are sampled.
-	std::int64_t mFirstPulled = 0;
 	SN::FrameRate mFrameRate;
+	// Of tracks, submixes, items and the master of the outermost sequence; null for none.
+	LiveEdits const* mEdits = nullptr;
 };
 
 // What a sequence means: each track in one array of doubles over all time, without blocks and latencies.
-// Media are MemoryMedia at the range's rate, effects LatentEffects, speeds 1, 0 and -1. Curves are heard on
-// faders and sends of the outermost sequence's tracks, submixes and master; elsewhere parameters stand still.
+// Media are MemoryMedia at the range's rate, effects LatentEffects, speeds 1, 0 and -1.
 Signal RenderNaively(Description const& inSequence, NaiveRange const& inRange);
 
 // The frame of that rate which is nearest to a time.

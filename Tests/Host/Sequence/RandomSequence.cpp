@@ -4,7 +4,6 @@
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <random>
 #include <string>
@@ -23,21 +22,18 @@ struct Nestable
 	std::shared_ptr<Description const> mSequence;
 	// Of sequences in one another, itself included.
 	unsigned mDepth = 1;
-	bool mHasItemLatency = false;
 };
 
 class Generator
 {
 public:
-	Generator(unsigned inSeed, RandomTraits const& inTraits)
-		: mRandom(inSeed),
-		  mTraits(inTraits)
+	explicit Generator(unsigned inSeed)
+		: mRandom(inSeed)
 	{
 		constexpr double kRates[] = {44100.0, 48000.0, 96000.0};
 		mSamplesPerSecond = kRates[Below(3)];
 		mFrameRate = SN::FrameRate::FromSamplesPerSecond(mSamplesPerSecond);
 		mFrames = static_cast<std::int64_t>(mSamplesPerSecond * (0.05 + 0.35 * Unit()));
-		mHasExactFades = !Chance(0.1);
 		if (Chance(0.2))
 		{
 			mMixdown = static_cast<SN::AudioChannelMix::MixdownType51>(1 + Below(4));
@@ -54,10 +50,9 @@ public:
 		{
 			mNestable.push_back(MakeSequence(false));
 		}
-		constexpr double kSingle = 1e-6;
-		constexpr double kCarriedProgress = 2e-4;
-		return {MakeSequence(true).mSequence, mFrameRate, mHasExactFades ? kSingle : kCarriedProgress,
-			mHasExactFades};
+		RandomSequence result{MakeSequence(true).mSequence, mFrameRate, mLedger, {}};
+		MakeEdits(*result.mSequence, result.mEdits);
+		return result;
 	}
 
 private:
@@ -78,7 +73,7 @@ private:
 			std::generate(
 				channel.begin(), channel.end(), [this] { return static_cast<float>(2.0 * Unit() - 1.0); });
 		}
-		return std::make_shared<MemoryMedia>(mSamplesPerSecond, std::move(samples));
+		return std::make_shared<MemoryMedia>(mSamplesPerSecond, std::move(samples), mLedger);
 	}
 
 	SN::AudioChannelLayout PickLayout()
@@ -105,13 +100,6 @@ private:
 		return ToTime(inFrame) + SN::TickTime::FromTicks(isExact ? 0 : Below(2 * largest) - largest);
 	}
 
-	std::int64_t PickFadeLength(std::int64_t inLongest)
-	{
-		std::int64_t const length = PickLength(inLongest);
-		return mHasExactFades ? static_cast<std::int64_t>(std::bit_floor(static_cast<std::uint64_t>(length)))
-							  : length;
-	}
-
 	FadeShape PickShape() { return static_cast<FadeShape>(Below(3)); }
 
 	SN::InterfaceRef<AutomationParameter<float>> MakeCurve(double inLow, double inHigh)
@@ -128,23 +116,24 @@ private:
 		return parameter;
 	}
 
-	NumberParameter MakeConstant(double inLow, double inHigh)
+	NumberParameter MakeNumber(double inLow, double inHigh)
 	{
-		return AutomationParameter<float>::Create(static_cast<float>(inLow + (inHigh - inLow) * Unit()));
+		return Chance(0.5) ? MakeCurve(inLow, inHigh)
+						   : AutomationParameter<float>::Create(static_cast<float>(
+								 Chance(0.1) ? inHigh : inLow + (inHigh - inLow) * Unit()));
 	}
 
-	Fader MakeFader(bool inMayMove)
+	Fader MakeFader()
 	{
 		Fader fader;
-		bool const moves = inMayMove && mTraits.mCurves && Chance(0.6);
 		if (Chance(0.8))
 		{
-			fader.mGain = moves ? MakeCurve(0.0, 1.2) : MakeConstant(Chance(0.1) ? 1.0 : 0.2, 1.0);
+			fader.mGain = MakeNumber(0.0, 1.0);
 		}
 		if (Chance(0.2))
 		{
 			fader.mMute = AutomationParameter<bool>::Create(Chance(0.3));
-			if (moves)
+			if (Chance(0.6))
 			{
 				SN::TickTime const on = ToRoughTime(Below(mFrames));
 				fader.mMute->SetCurve(std::make_shared<AutomationCurve const>(std::vector<AutomationPoint>{
@@ -159,33 +148,30 @@ private:
 	NumberParameter MakePan(SN::AudioChannelLayout const& inFrom, SN::AudioChannelLayout const& inTo)
 	{
 		bool const canPan = inFrom.size() <= 2 && inTo.size() >= 2;
-		return canPan && Chance(0.5) ? MakeConstant(0.0, 1.0) : NumberParameter();
+		return canPan && Chance(0.5) ? MakeNumber(0.0, 1.0) : NumberParameter();
 	}
 
-	Effect MakeEffect(bool inMayBeLate)
+	Effect MakeEffect()
 	{
 		LatentEffect effect;
-		effect.mDelayFrames = inMayBeLate && Chance(0.7) ? PickLength(kMostLatency) : 0;
+		effect.mDelayFrames = Chance(0.7) ? PickLength(kMostLatency) : 0;
 		effect.mGain = static_cast<float>(1.0 - 0.4 * Unit());
 		return {"late by " + std::to_string(effect.mDelayFrames), effect};
 	}
 
-	Chain MakeItemChain(Nestable& ioSequence)
+	Chain MakeItemChain()
 	{
 		Chain chain;
-		while (Chance(0.3))
+		while (Chance(0.35))
 		{
-			bool const isLate = mTraits.mItemLatency && Chance(0.5);
-			ioSequence.mHasItemLatency = ioSequence.mHasItemLatency || isLate;
-			chain.mStages.push_back(Chance(0.5) ? Stage(MakeFader(false)) : Stage(MakeEffect(isLate)));
+			chain.mStages.push_back(Chance(0.5) ? Stage(MakeFader()) : Stage(MakeEffect()));
 		}
 		return chain;
 	}
 
 	// Of a track or a submix; inTargets are the submixes that it may feed.
 	void MakeRouting(Description const& inSequence, std::vector<std::size_t> const& inTargets,
-		bool inIsOutermost, SN::AudioChannelLayout const& inLayout, Chain& outChain, MuteSwitch& outMute,
-		Output& outOutput)
+		SN::AudioChannelLayout const& inLayout, Chain& outChain, MuteSwitch& outMute, Output& outOutput)
 	{
 		auto const pick = [&]
 		{ return inTargets[static_cast<std::size_t>(Below(static_cast<std::int64_t>(inTargets.size())))]; };
@@ -195,13 +181,12 @@ private:
 			if (choice < 0.4 && !inTargets.empty())
 			{
 				std::size_t const target = pick();
-				outChain.mStages.push_back(Send{target, MakeFader(inIsOutermost),
-					MakePan(inLayout, inSequence.mSubmixes[target].mLayout)});
+				outChain.mStages.push_back(
+					Send{target, MakeFader(), MakePan(inLayout, inSequence.mSubmixes[target].mLayout)});
 			}
 			else
 			{
-				outChain.mStages.push_back(
-					choice < 0.7 ? Stage(MakeFader(inIsOutermost)) : Stage(MakeEffect(true)));
+				outChain.mStages.push_back(choice < 0.7 ? Stage(MakeFader()) : Stage(MakeEffect()));
 			}
 		}
 		if (Chance(0.2))
@@ -251,12 +236,11 @@ private:
 		{
 			Nestable const& nested =
 				mNestable[static_cast<std::size_t>(Below(static_cast<std::int64_t>(mNestable.size())))];
-			if (nested.mDepth < kDeepest && !(nested.mHasItemLatency && outItem.mSpeed < 0.0))
+			if (nested.mDepth < kDeepest)
 			{
 				--ioNests;
 				outItem.mContent = Nest{nested.mSequence, ToRoughTime(Chance(0.3) ? 0 : Below(mFrames))};
 				ioSequence.mDepth = std::max(ioSequence.mDepth, nested.mDepth + 1);
-				ioSequence.mHasItemLatency = ioSequence.mHasItemLatency || nested.mHasItemLatency;
 				return nested.mSequence->mLayout;
 			}
 		}
@@ -283,7 +267,7 @@ private:
 			time = ToRoughTime(frame += lengths.back());
 			item.mEnd = time;
 			SN::AudioChannelLayout const layout = MakeContent(ioSequence, ioNests, item);
-			item.mChain = MakeItemChain(ioSequence);
+			item.mChain = MakeItemChain();
 			item.mChain.mPan = MakePan(layout, ioTrack.mLayout);
 			ioTrack.mItems.push_back(std::move(item));
 			isFollowed.push_back(Chance(0.6) && count > 1 && frame < mFrames);
@@ -306,12 +290,12 @@ private:
 			std::int64_t const half = inLengths[index] / 2;
 			if (!isReached && half > 0 && Chance(0.3))
 			{
-				item.mFadeIn = {ToTime(PickFadeLength(half)), PickShape()};
+				item.mFadeIn = {ToTime(PickLength(half)), PickShape()};
 			}
 			isReached = false;
 			if (half > 0 && inIsFollowed[index] && inLengths[index + 1] > 1 && Chance(0.6))
 			{
-				std::int64_t const length = PickFadeLength(std::min(half, inLengths[index + 1] / 2));
+				std::int64_t const length = PickLength(std::min(half, inLengths[index + 1] / 2));
 				std::int64_t const before = Below(length + 1);
 				ioTrack.mCrossfades.push_back(
 					{index, ToTime(before), ToTime(length - before), PickShape(), PickShape()});
@@ -319,7 +303,7 @@ private:
 			}
 			else if (half > 0 && Chance(0.3))
 			{
-				item.mFadeOut = {ToTime(PickFadeLength(half)), PickShape()};
+				item.mFadeOut = {ToTime(PickLength(half)), PickShape()};
 			}
 		}
 	}
@@ -347,32 +331,98 @@ private:
 			track.mName = "track " + std::to_string(sequence->mTracks.size());
 			track.mLayout = PickLayout();
 			FillTrack(result, nests, track);
-			MakeRouting(
-				*sequence, targets, inIsOutermost, track.mLayout, track.mChain, track.mMute, track.mOutput);
+			MakeRouting(*sequence, targets, track.mLayout, track.mChain, track.mMute, track.mOutput);
 			sequence->mTracks.push_back(std::move(track));
 		}
 		while (!targets.empty())
 		{
 			Submix& submix = sequence->mSubmixes[targets.front()];
 			targets.erase(targets.begin());
-			MakeRouting(*sequence, targets, inIsOutermost, submix.mLayout, submix.mChain, submix.mMute,
-				submix.mOutput);
+			MakeRouting(*sequence, targets, submix.mLayout, submix.mChain, submix.mMute, submix.mOutput);
 		}
 		while (Chance(0.4))
 		{
-			sequence->mMaster.mStages.push_back(
-				Chance(0.5) ? Stage(MakeFader(inIsOutermost)) : Stage(MakeEffect(true)));
+			sequence->mMaster.mStages.push_back(Chance(0.5) ? Stage(MakeFader()) : Stage(MakeEffect()));
 		}
 		result.mSequence = sequence;
 		return result;
 	}
 
+	// One edit of some of the parameters that stand still, and of some mutes.
+	void MakeEdits(Description const& inSequence, LiveEdits& outEdits)
+	{
+		for (Track const& track : inSequence.mTracks)
+		{
+			EditStrip(track, outEdits);
+			// What is not asked for hears its edits later.
+			if (!track.mMute || !outEdits.mMutes.contains(track.mMute.get()))
+			{
+				for (Item const& item : track.mItems)
+				{
+					EditChain(item.mChain, outEdits);
+				}
+			}
+		}
+		for (Submix const& submix : inSequence.mSubmixes)
+		{
+			EditStrip(submix, outEdits);
+		}
+		EditChain(inSequence.mMaster, outEdits);
+	}
+
+	template <class Strip>
+	void EditStrip(Strip const& inStrip, LiveEdits& outEdits)
+	{
+		EditChain(inStrip.mChain, outEdits);
+		if (inStrip.mMute && Chance(0.7))
+		{
+			int const muted = inStrip.mMute->Get();
+			outEdits.mMutes[inStrip.mMute.get()] = {{0, muted}, {1 + Below(mFrames), 1 - muted}};
+		}
+	}
+
+	void EditChain(Chain const& inChain, LiveEdits& outEdits)
+	{
+		for (Stage const& stage : inChain.mStages)
+		{
+			if (auto const* const fader = std::get_if<Fader>(&stage))
+			{
+				EditFader(*fader, outEdits);
+			}
+			else if (auto const* const send = std::get_if<Send>(&stage))
+			{
+				EditFader(send->mLevel, outEdits);
+				EditNumber(send->mPan, outEdits);
+			}
+		}
+		EditNumber(inChain.mPan, outEdits);
+	}
+
+	void EditFader(Fader const& inFader, LiveEdits& outEdits)
+	{
+		EditNumber(inFader.mGain, outEdits);
+		if (inFader.mMute && inFader.mMute->IsEmpty() && Chance(0.5))
+		{
+			bool const isMuted = AutomationParameter<bool>::Reading(*inFader.mMute).GetControl();
+			outEdits.mSwitches[inFader.mMute.Get()] = {{0, isMuted}, {1 + Below(mFrames), !isMuted}};
+		}
+	}
+
+	void EditNumber(NumberParameter const& inParameter, LiveEdits& outEdits)
+	{
+		if (inParameter && inParameter->IsEmpty() && Chance(0.5))
+		{
+			float const value = AutomationParameter<float>::Reading(*inParameter).GetControl();
+			outEdits.mNumbers[inParameter.Get()] = {
+				{0, value}, {1 + Below(mFrames), static_cast<float>(Unit())}};
+		}
+	}
+
 	std::mt19937_64 mRandom;
-	RandomTraits mTraits;
+	std::shared_ptr<PrefetchLedger> mLedger = std::make_shared<PrefetchLedger>();
 	double mSamplesPerSecond = 0.0;
 	SN::FrameRate mFrameRate;
 	std::int64_t mFrames = 0;
-	bool mHasExactFades = true;
 	std::optional<SN::AudioChannelMix::MixdownType51> mMixdown;
 	std::vector<std::shared_ptr<Media const>> mMedia;
 	std::vector<Nestable> mNestable;
@@ -380,9 +430,9 @@ private:
 
 } // namespace
 
-RandomSequence MakeRandomSequence(unsigned inSeed, RandomTraits const& inTraits)
+RandomSequence MakeRandomSequence(unsigned inSeed)
 {
-	return Generator(inSeed, inTraits).Run();
+	return Generator(inSeed).Run();
 }
 
 } // namespace SonaroHost::Sequence::Testing

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "MemoryMedia.h"
+#include "NaiveParameter.h"
 #include "SonaroHost/Sequence/Description.h"
 
 #include <cstdint>
@@ -8,27 +10,19 @@
 namespace SonaroHost::Sequence::Testing
 {
 
-// Which of the things that are told apart a random sequence has.
-struct RandomTraits
-{
-	// Effects with a latency on items.
-	bool mItemLatency = true;
-	// Curves on faders and sends of the outermost sequence.
-	bool mCurves = false;
-};
-
 struct RandomSequence
 {
 	std::shared_ptr<Description const> mSequence;
 	SN::FrameRate mFrameRate;
-	// How far a render may be from the truth, in parts of full scale.
-	double mTolerance = 0.0;
-	// Whether fades have lengths at which single precision tells their progress exactly.
-	bool mHasExactFades = true;
+	// Of its recordings.
+	std::shared_ptr<PrefetchLedger> mLedger;
+	// Of the outermost sequence, for a playback from its start.
+	LiveEdits mEdits;
 };
 
 // The same one for a seed, whatever the machine: tracks, submixes, sends and nested sequences of a second or
-// less, made of MemoryMedia and LatentEffects.
-RandomSequence MakeRandomSequence(unsigned inSeed, RandomTraits const& inTraits);
+// less, up to four within each other, made of MemoryMedia and LatentEffects, items forward and backwards, with fades
+// of any length, and curves on all parameters.
+RandomSequence MakeRandomSequence(unsigned inSeed);
 
 } // namespace SonaroHost::Sequence::Testing

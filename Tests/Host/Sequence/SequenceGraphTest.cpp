@@ -3,6 +3,8 @@
 
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "MemoryMedia.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Prefetcher.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/RenderContextScope.h"
@@ -43,30 +45,17 @@ SN::TickTime Frames(std::int64_t inFrames)
 	return {inFrames, k48000Hz};
 }
 
-// Where a block has to end, at the latest, that begins at a frame of a loop: wherever a track that runs ahead
-// reaches the loop's end.
-std::int64_t FindBlockEnd(SequenceGraph const& inGraph, std::int64_t inLoopEnd, std::int64_t inFrame)
-{
-	std::int64_t end = inLoopEnd;
-	for (std::int64_t const ahead : inGraph.GetAheadFrames())
-	{
-		end = inLoopEnd - ahead > inFrame ? std::min(end, inLoopEnd - ahead) : end;
-	}
-	return end;
-}
-
-// What is wanted, in mono or stereo, without what warms up.
+// In mono or stereo.
 Samples PullAll(SequenceGraph const& inGraph, Rendering const& inRendering)
 {
 	Samples result(inGraph.GetLayout().size());
 	bool const isLooping = inRendering.mLoopEnd > 0;
-	std::int64_t frame = inRendering.mFirstFrame - inGraph.GetWarmUpFrames();
+	std::int64_t frame = inRendering.mFirstFrame;
 	inGraph.GetGenerator()->Preroll(Frames(frame), false);
-	for (std::int64_t remaining = inRendering.mFrames + inGraph.GetWarmUpFrames(); remaining > 0;)
+	for (std::int64_t remaining = inRendering.mFrames; remaining > 0;)
 	{
 		std::int64_t count = std::min<std::int64_t>(inRendering.mBlocks(), remaining);
-		count =
-			isLooping ? std::min(count, FindBlockEnd(inGraph, inRendering.mLoopEnd, frame) - frame) : count;
+		count = isLooping ? std::min(count, inRendering.mLoopEnd - frame) : count;
 		dsp::AudioBuffer block(result.size(), static_cast<unsigned>(count));
 		inGraph.GetGenerator()->GetAudioData(Frames(frame), block, false);
 		for (std::size_t channel = 0; channel < result.size(); ++channel)
@@ -79,10 +68,6 @@ Samples PullAll(SequenceGraph const& inGraph, Rendering const& inRendering)
 		frame += count;
 		frame = isLooping && frame == inRendering.mLoopEnd ? inRendering.mLoopFirst : frame;
 	}
-	for (std::vector<float>& samples : result)
-	{
-		samples.erase(samples.begin(), samples.begin() + inGraph.GetWarmUpFrames());
-	}
 	return result;
 }
 
@@ -94,7 +79,8 @@ Samples Render(Description const& inDescription, Rendering const& inRendering)
 	prefetcher.mLoopEnabled = inRendering.mLoopEnd > 0;
 	RenderContextScope const context(
 		256, SN::kTimeMax, SN::ImmutableString("test"), inRendering.mIsPlayback ? &prefetcher : nullptr);
-	SequenceGraph const graph(inDescription, context.Get(), k48000Hz);
+	SequenceGraph const graph(
+		inDescription, context.Get(), k48000Hz, inRendering.mIsPlayback ? &prefetcher : nullptr);
 	graph.GetGenerator()->InitializeAudioFilters();
 	Samples const result = PullAll(graph, inRendering);
 	graph.GetGenerator()->ShutdownAudioFilters();
@@ -436,6 +422,191 @@ TEST(SequenceGraph, EachInstanceOfASequenceKeepsItsOwnTime)
 	}
 }
 
+// A playback of a sequence, block by block.
+class Playback
+{
+public:
+	explicit Playback(Description const& inDescription)
+		: mContext(256, SN::kTimeMax, SN::ImmutableString("test"), &mPrefetcher),
+		  mGraph(inDescription, mContext.Get(), k48000Hz, &mPrefetcher)
+	{
+		mGraph.GetGenerator()->InitializeAudioFilters();
+		mGraph.GetGenerator()->Preroll(SN::kTimeZero, false);
+	}
+	~Playback() { mGraph.GetGenerator()->ShutdownAudioFilters(); }
+	Playback(Playback const&) = delete;
+	Playback& operator=(Playback const&) = delete;
+
+	// The next frames of the first channel.
+	std::vector<float> Play(unsigned inFrames)
+	{
+		dsp::AudioBuffer block(mGraph.GetLayout().size(), inFrames);
+		mGraph.GetGenerator()->GetAudioData(Frames(mFrame), block, false);
+		mFrame += inFrames;
+		return block.IsChannelSilent(0)
+				   ? std::vector<float>(inFrames)
+				   : std::vector<float>(block.GetChannel(0), block.GetChannel(0) + inFrames);
+	}
+
+	SN::LiveAudioParameterMap Collect()
+	{
+		SN::LiveAudioParameterMap parameters;
+		SN::InterfaceRef<SN::ILiveAudioParameterOwner>(mGraph.GetGenerator())
+			->CollectLiveParameters(parameters);
+		return parameters;
+	}
+
+	GraphReport const& GetReport() const { return mGraph.GetReport(); }
+
+private:
+	SN::Prefetcher mPrefetcher;
+	RenderContextScope mContext;
+	SequenceGraph mGraph;
+	std::int64_t mFrame = 0;
+};
+
+// Of the recording's 1 everywhere.
+Item MakeSteadyClip()
+{
+	static auto const sOnes = MakeMedia(48000, [](std::int64_t) { return 1.0f; });
+	Item item = MakeClip(0, kMediaFrames, 0);
+	item.mContent = Clip{sOnes, 0, {}};
+	return item;
+}
+
+TEST(SequenceGraph, EditsOnAnyLevelReachTheHostAndAreHeardAtOnce)
+{
+	auto const gain = AutomationParameter<float>::Create(1.0f);
+	Item item = MakeSteadyClip();
+	item.mChain.mStages = {Fader{gain, {}}};
+	auto const inner = std::make_shared<Description const>(MakeSequence({MakeTrack({item})}));
+	Item back = MakeNest(inner, 0, kMediaFrames, kMediaFrames - 1);
+	back.mSpeed = -1.0;
+	auto const outer = std::make_shared<Description const>(MakeSequence({MakeTrack({back})}));
+	Playback playback(MakeSequence({MakeTrack({MakeNest(outer, 0, kMediaFrames, 0)})}));
+	EXPECT_EQ(playback.Play(256)[255], 1.0f);
+	EXPECT_TRUE(playback.Collect().empty());
+
+	boost::static_pointer_cast<VX::ParamValue<float>>(gain->GetStartValue())->SetValue(0.0f);
+	SN::LiveAudioParameterMap const collected = playback.Collect();
+	ASSERT_EQ(collected.size(), 1u);
+	EXPECT_EQ(
+		collected.begin()->second.mParameter, SN::InterfaceRef<SN::IRenderableAudioComponentParam>(gain));
+	std::vector<float> const ramp = playback.Play(256);
+	EXPECT_EQ(ramp[0], 1.0f);
+	EXPECT_FLOAT_EQ(ramp[120], 0.5f);
+	EXPECT_EQ(ramp[240], 0.0f);
+	EXPECT_TRUE(playback.Collect().empty());
+}
+
+TEST(SequenceGraph, AMuteRampsSendsAndLeavesNoStaleSound)
+{
+	auto const mute = std::make_shared<zorvcore::threads::AtomicIntegral<int>>(0);
+	// The send alone, and the way to the master alone.
+	for (bool const isSent : {true, false})
+	{
+		Item item = isSent ? MakeSteadyClip() : MakeClip(0, kMediaFrames, 0, 1000);
+		Track track = MakeTrack({item}, {}, {isSent ? Output::Kind::eNone : Output::Kind::eMaster, 0});
+		if (isSent)
+		{
+			track.mChain.mStages = {SendTo(0)};
+		}
+		track.mMute = mute;
+		mute->Set(0);
+		Playback playback(MakeSequence({track}, {MakeSubmix({})}));
+		playback.Play(256);
+		mute->Set(1);
+		std::vector<float> falling = playback.Play(256);
+		std::vector<float> const rest = playback.Play(256);
+		falling.insert(falling.end(), rest.begin(), rest.end());
+		for (unsigned i = 0; i + 1 < falling.size() && isSent; ++i)
+		{
+			EXPECT_LE(std::abs(falling[i + 1] - falling[i]), 0.01f) << i;
+		}
+		EXPECT_EQ(falling.back(), 0.0f);
+		playback.Play(256);
+		mute->Set(0);
+		std::vector<float> const rising = playback.Play(256);
+		std::vector<float> const risen = playback.Play(256);
+		std::vector<float> const after = playback.Play(256);
+		EXPECT_LE(rising[1], 0.01f * (isSent ? 1.0f : 1009.0f));
+		EXPECT_EQ(after[0], isSent ? 1.0f : Noise(6 * 256));
+		EXPECT_LT(risen[0], isSent ? 1.0f : 1009.0f);
+	}
+}
+
+TEST(SequenceGraph, InstancesBeyondTheLimitAreSilentAndReported)
+{
+	auto const nested = std::make_shared<Description const>(MakeSequence({MakeTrack({MakeSteadyClip()})}));
+	std::vector<Item> nests;
+	for (std::int64_t index = 0; index < 202; ++index)
+	{
+		nests.push_back(MakeNest(nested, index * 10, index * 10 + 10, 0));
+	}
+	Description const description = MakeSequence({MakeTrack(nests)});
+	Samples const samples = Render(description, {1990, 30});
+	EXPECT_EQ(samples[0][9], 1.0f);
+	EXPECT_EQ(samples[0][10], 0.0f);
+	EXPECT_EQ(samples[0][29], 0.0f);
+	EXPECT_EQ(Playback(description).GetReport().mOmittedNests,
+		(std::vector<std::string>{"track / nest", "track / nest"}));
+}
+
+// Notes when its parameters were sampled for the frames that it hears.
+class SteppedEffect final : public SN::IAudioProcessor, public SN::IParameterOwnerMixin
+{
+public:
+	SN::InterfaceRef<SN::IAudioProcessor> Clone(SN::FrameRate const&, unsigned, unsigned) override
+	{
+		return zorvcore::classref::MakeObject<SteppedEffect>();
+	}
+	bool HasHistory() override { return false; }
+	void ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const&) override
+	{
+		std::fill_n(ioBuffer.GetChannel(0), ioBuffer.GetUseSize(), mSampled);
+		ioBuffer.NoteBufferWrite(0, ioBuffer.GetUseSize());
+	}
+	void Preroll(SN::TickTime const&, bool) override {}
+	void Reset() override {}
+	void InitializeAudioFilter() override {}
+	void ShutdownAudioFilter() override {}
+	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime) override { return inTime; }
+	void UpdateControls(SN::TickTime const& inTime) override
+	{
+		mSampled = static_cast<float>(inTime.ToFrame64(k48000Hz));
+	}
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override
+	{
+		void* const found =
+			zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::IParameterOwnerMixin>(
+				this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+
+private:
+	float mSampled = 0.0f;
+};
+
+TEST(SequenceGraph, ParametersOfEffectsAreSampledAtTheSameFramesInAnyCut)
+{
+	Effect const stepped{"stepped", [](auto const&, auto const&, auto const&)
+		{ return SN::InterfaceRef<SN::IAudioProcessor>(zorvcore::classref::MakeObject<SteppedEffect>()); }};
+	Description const description =
+		MakeSequence({MakeTrack({MakeSteadyClip()}, {Late(100), stepped, Late(37)})});
+	for (std::int64_t const first : {0, 1003})
+	{
+		Samples const samples = Render(description, {first, 2000, false, SN::Testing::RandomBlocks(7, 256)});
+		for (std::int64_t i = 0; i < 2000; ++i)
+		{
+			ASSERT_EQ(samples[0][static_cast<std::size_t>(i)], static_cast<float>((first + i) / 64 * 64))
+				<< first + i;
+		}
+	}
+}
+
 std::string GetRefusal(Description const& inDescription)
 {
 	try
@@ -528,7 +699,6 @@ track / nest / master ahead 0 late 0 waits 0
 7 clip 0 to 5 late 0
 0 nest 200 to 300 late 0
 )");
-	EXPECT_EQ(graph.GetAheadFrames(), (std::vector<std::int64_t>{2, 7, 14}));
 }
 
 } // namespace

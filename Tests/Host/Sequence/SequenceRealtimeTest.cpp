@@ -24,16 +24,15 @@ TEST(SequenceGraph, PullingNeitherAllocatesNorLocks)
 		bool const isPlayback = seed % 2 == 1;
 		bool const isReverse = seed % 3 == 2;
 		SCOPED_TRACE(testing::Message() << "seed " << seed);
-		RandomSequence const random = MakeRandomSequence(seed, {.mItemLatency = !isReverse, .mCurves = true});
+		RandomSequence const random = MakeRandomSequence(seed);
 		SN::Prefetcher prefetcher{.mReverse = isReverse};
 		RenderContextScope const context(
 			kBlockFrames, SN::kTimeMax, SN::ImmutableString("test"), isPlayback ? &prefetcher : nullptr);
-		SequenceGraph const graph(*random.mSequence, context.Get(), random.mFrameRate);
+		SequenceGraph const graph(
+			*random.mSequence, context.Get(), random.mFrameRate, isPlayback ? &prefetcher : nullptr);
 		dsp::AudioBuffer block(graph.GetLayout().size(), kBlockFrames);
-		std::int64_t const warmUp = graph.GetWarmUpFrames();
-		std::int64_t const first = isReverse ? 0 : -warmUp;
-		std::int64_t const end =
-			GetLength(*random.mSequence).ToFrame64(random.mFrameRate) + (isReverse ? warmUp : 0);
+		std::int64_t const first = 0;
+		std::int64_t const end = GetLength(*random.mSequence).ToFrame64(random.mFrameRate);
 		SN::IAudioGenerator& generator = *graph.GetGenerator();
 		generator.InitializeAudioFilters();
 		generator.Preroll(SN::TickTime(isReverse ? end : first, random.mFrameRate), isReverse);

@@ -22,7 +22,10 @@ using SwitchParameter = SN::InterfaceRef<AutomationParameter<bool>>;
 // Times  Points of curves stand in the time of what the chain belongs to: the sequence's for a track, a
 //        submix or the master; for an item, time from its start on. Where effects before a stage have a
 //        latency, its curves are delayed with the sound.
-// Live   What a control or a curve of a parameter becomes while a playback runs is heard at once.
+// Curves Every frame has the value of its own time, whatever is rendered before. Jumps, and edits while a playback
+//        runs, are reached in a straight line over 5 milliseconds.
+// Live   What a control or a curve of a parameter becomes while a playback runs is heard at once, on every level of
+//        nesting. An export keeps to what the parameter was when its graph was made.
 
 // A gain, linear, and a mute. Empty ones stand for 1 and for audible.
 struct Fader

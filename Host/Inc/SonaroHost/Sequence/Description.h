@@ -20,7 +20,8 @@
 //
 // Times    In the sequence's time, from 0 on. They are brought to the nearest frame of the rate at which a
 //          graph is made, each for itself, so that items which meet go on meeting.
-// Threads  It stays as it is while graphs are made of it; parameters and mutes are live beyond that.
+// Threads  It stays as it is while graphs are made of it; parameters are live beyond
+//          that, and so are the mutes of the outermost sequence.
 namespace SonaroHost::Sequence
 {
 

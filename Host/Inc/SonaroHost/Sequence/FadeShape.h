@@ -1,11 +1,6 @@
 #pragma once
 
-#include "Sonaro/Types.h"
-
-namespace SN
-{
-class IAudioTransition;
-}
+#include <cstdint>
 
 namespace SonaroHost::Sequence
 {
@@ -22,9 +17,9 @@ enum class FadeShape
 };
 
 // Exactly 0 at 0 and below, exactly 1 at 1 and above.
-float GetFadeGain(FadeShape inShape, float inProgress);
+double GetFadeGain(FadeShape inShape, double inProgress);
 
-// The engine's transition that gives these gains, whatever its parameters.
-SN::InterfaceRef<SN::IAudioTransition> CreateCrossfade(FadeShape inOutgoing, FadeShape inIncoming);
+// That many frames into a fade that has so many.
+float GetFadeGain(FadeShape inShape, std::int64_t inFrame, std::int64_t inFrames);
 
 } // namespace SonaroHost::Sequence

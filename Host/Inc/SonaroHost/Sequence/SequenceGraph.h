@@ -2,6 +2,7 @@
 
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/Prefetcher.h"
 #include "Sonaro/Types.h"
 #include "SonaroHost/Sequence/Description.h"
 
@@ -41,22 +42,29 @@ struct GraphReport
 {
 	std::vector<ItemReport> mItems;
 	std::vector<TrackReport> mTracks;
+	// Nested sequences that stay silent, since the same sequence stands in more items than the engine's limit of
+	// instances allows: what leads to each one, as for a track.
+	std::vector<std::string> mOmittedNests;
 };
 
 // The engine's graph of a sequence: each clip an item of its track, each track and submix a renderer, all in one
 // group, every feeder before what it feeds; nested sequences are groups within items.
 //
-// Latency   Every branch arrives at every mix at its nominal sample. Of tracks, submixes and sends, each one
-//           is asked ahead of time by what lies between it and the output; of items, the engine renders
-//           ahead. What comes out first therefore needs GetWarmUpFrames of the graph before it.
-// Cuts      Any cut of a range into blocks gives the same samples, unless something is resampled, or a fade's
-//           progress, which is rounded to single precision and carried along a block, is not exact.
-// Start     A graph renders one run: Preroll, then block after block forward or in reverse. A run may begin
-//           anywhere; from the same frame on, curves are sampled at the same frames.
-// Reverse   Tracks, submixes and nested sequences are exact. What the effects of items delay is made up for
-//           forward alone, and in a loop when the items are reached without a jump.
-// Jumps     A nested sequence that is read out of turn, as where a loop comes round, renders on the spot what
-//           its branches need to settle, as many frames as they are asked ahead.
+// Meaning   What is heard at a frame is a function of the description and the frame: the same for an export and a
+//           playback, after any start, in any cut into blocks, in a loop, and in reverse, whatever was asked before.
+//           Docs/sequence.md lists what the engine's definitions except from that.
+// Latency   Every branch arrives at every mix at its nominal sample. Each track is asked ahead of time by what lies
+//           between it and the output, each effect of an item hears its sound ahead.
+// Settling  What is read out of turn, at a start, a seek, a jump or an item's beginning, is first run for as long as
+//           its effects are late, within the block that asks for it. So such a block takes longer, by about the time
+//           that it takes to render the latencies below it. Meters do not hear it. Nobody needs to pull anything ahead
+//           of what is wanted.
+// Runs      Any number: Preroll, then blocks, forward or in reverse; between runs Reset, which Preroll does by itself.
+//           Within a run time may jump.
+// Loops     A playback's loop range may have any length and may change while it plays. Blocks end at its end at the
+//           latest, in reverse at its start, and go on from its other side.
+// Reading   AccumulatePrefetchRequests asks for all that the output of a range depends on, also in reverse and beyond
+//           the jump of a loop.
 // Threads   The constructor: the one that owns the context.
 class SequenceGraph
 {
@@ -65,28 +73,19 @@ public:
 	// is done with. Throws a HostError that names the track and the item: of kind eRequest for a description
 	// that contradicts itself, such as sends that run in a circle, which is told by its names; of kind eInput
 	// for media that cannot be opened; of kind eEngine.
+	// inPrefetcher: that of the context, which outlives this object; null for an export.
 	SequenceGraph(Description const& inDescription,
-		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate);
+		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
+		SN::Prefetcher const* inPrefetcher = nullptr);
 
 	SN::InterfaceRef<SN::IAudioGenerator> const& GetGenerator() const { return mGenerator; }
 	SN::AudioChannelLayout const& GetLayout() const { return mLayout; }
-
-	// So many frames before the first that is wanted, or, in reverse, behind the last one, are to be pulled and
-	// thrown away: what the tracks are asked ahead by, and what their items need to settle where a run begins
-	// in the middle of them.
-	std::int64_t GetWarmUpFrames() const { return mWarmUpFrames; }
-
-	// How far ahead the tracks of the outermost sequence are asked, without repetition, in rising order. A playback that
-	// loops ends a block wherever one of them crosses the loop's end, which is where it wraps.
-	std::vector<std::int64_t> const& GetAheadFrames() const { return mAheadFrames; }
 
 	GraphReport const& GetReport() const { return mReport; }
 
 private:
 	SN::InterfaceRef<SN::IAudioGenerator> mGenerator;
 	SN::AudioChannelLayout mLayout;
-	std::int64_t mWarmUpFrames = 0;
-	std::vector<std::int64_t> mAheadFrames;
 	GraphReport mReport;
 };
 

@@ -1,0 +1,176 @@
+#include "FadeItem.h"
+
+#include "Sonaro/PrefetchRange.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Sequence
+{
+
+FadeItem::FadeItem(Settings const& inSettings)
+	: mSettings(inSettings)
+{
+}
+
+template <class Use>
+void FadeItem::ForEachItem(Use const& inUse)
+{
+	for (Side const* const side : {&mSettings.mOutgoing, &mSettings.mIncoming})
+	{
+		if (side->mItem)
+		{
+			inUse(*side->mItem, GetShift(*side));
+		}
+	}
+}
+
+SN::TickTime FadeItem::GetShift(Side const& inSide) const
+{
+	return {mSettings.mFirstFrame - inSide.mItemStart, mSettings.mFrameRate};
+}
+
+SN::InterfaceRef<SN::IAudioGenerator> FadeItem::Clone()
+{
+	Settings settings = mSettings;
+	settings.mScratch = std::make_shared<dsp::AudioBuffer>(
+		mSettings.mScratch->GetNumChannels(), mSettings.mScratch->GetCapacity());
+	for (Side* const side : {&settings.mOutgoing, &settings.mIncoming})
+	{
+		if (side->mItem)
+		{
+			side->mItem = side->mItem->Clone();
+		}
+	}
+	auto const clone = zorvcore::classref::MakeObject<FadeItem>(settings);
+	clone->Init(mStart, mEnd, mTrackItemStart, mSettings.mFrameRate);
+	return clone;
+}
+
+bool FadeItem::HasHistory()
+{
+	bool hasHistory = false;
+	ForEachItem([&](SN::IAudioGenerator& inItem, SN::TickTime const&)
+		{ hasHistory = hasHistory || inItem.HasHistory(); });
+	return hasHistory;
+}
+
+void FadeItem::Preroll(SN::TickTime const& inStartTime, bool inReverse)
+{
+	ForEachItem([&](SN::IAudioGenerator& ioItem, SN::TickTime const& inShift)
+		{ ioItem.Preroll(inStartTime + inShift, inReverse); });
+}
+
+void FadeItem::AccumulatePrefetchRequests(
+	SN::PrefetchRange const& inRange, SN::PrefetchType inType, SN::PrefetchRequestAccumulator& inAccumulator)
+{
+	ForEachItem([&](SN::IAudioGenerator& ioItem, SN::TickTime const& inShift)
+		{ ioItem.AccumulatePrefetchRequests(inRange + inShift, inType, inAccumulator); });
+}
+
+void FadeItem::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	Read(mSettings.mOutgoing, false, inTime, inReverse, ioBuffer);
+	if (!mSettings.mIncoming.mItem)
+	{
+		return;
+	}
+	dsp::AudioBuffer& scratch = *mSettings.mScratch;
+	scratch.SetUseSize(ioBuffer.GetUseSize());
+	dsp::AudioSubBuffer window;
+	window.Init(scratch.GetNumChannels());
+	window.Assign(scratch, 0);
+	Read(mSettings.mIncoming, true, inTime, inReverse, window);
+	ioBuffer.Mix(window);
+}
+
+void FadeItem::Read(Side const& inSide, bool inIsIncoming, SN::TickTime const& inTime, bool inReverse,
+	dsp::AudioBuffer& outBuffer)
+{
+	outBuffer.Zero();
+	if (!inSide.mItem)
+	{
+		return;
+	}
+	inSide.mItem->GetAudioData(inTime + GetShift(inSide), outBuffer, inReverse);
+	std::int64_t const first = inTime.ToFrame64(mSettings.mFrameRate);
+	std::int64_t const count = outBuffer.GetUseSize();
+	for (std::int64_t i = 0; i < count && !outBuffer.IsSilent(); ++i)
+	{
+		std::int64_t const frame = inReverse ? first + count - 1 - i : first + i;
+		// Of the side's own rise, which is turned round where it goes out.
+		std::int64_t const risen = inIsIncoming ? frame : mSettings.mFrames - frame;
+		float const gain = GetFadeGain(inSide.mShape, risen, mSettings.mFrames);
+		for (unsigned long long channel = 0; channel < outBuffer.GetNumChannels(); ++channel)
+		{
+			if (!outBuffer.IsChannelSilent(channel))
+			{
+				float& sample = outBuffer.GetChannel(channel)[i];
+				sample = gain == 0.0f ? 0.0f : sample * gain;
+			}
+		}
+	}
+}
+
+void FadeItem::Reset()
+{
+	ForEachItem([](SN::IAudioGenerator& ioItem, SN::TickTime const&) { ioItem.Reset(); });
+}
+
+void FadeItem::InitializeAudioFilters()
+{
+	ForEachItem([](SN::IAudioGenerator& ioItem, SN::TickTime const&) { ioItem.InitializeAudioFilters(); });
+}
+
+void FadeItem::ShutdownAudioFilters()
+{
+	ForEachItem([](SN::IAudioGenerator& ioItem, SN::TickTime const&) { ioItem.ShutdownAudioFilters(); });
+}
+
+void FadeItem::Init(SN::TickTime const& inStartTime, SN::TickTime const& inEndTime,
+	SN::TickTime const& inTrackItemStartTime, SN::FrameRate const& inFrameRate)
+{
+	auto const align = [&](SN::TickTime inTime)
+	{
+		inTime.AlignToFrame(inFrameRate);
+		return inTime;
+	};
+	mStart = align(inStartTime);
+	mEnd = align(inEndTime);
+	mTrackItemStart = align(inTrackItemStartTime);
+}
+
+void FadeItem::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
+{
+	for (Side const* const side : {&mSettings.mOutgoing, &mSettings.mIncoming})
+	{
+		if (SN::InterfaceRef<SN::ILiveAudioParameterOwner> const owner = side->mItem)
+		{
+			owner->CollectLiveParameters(outParameters);
+		}
+	}
+}
+
+std::vector<SN::InterfaceRef<SN::UnknownBase>> FadeItem::GetInputNodes()
+{
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> nodes;
+	for (Side const* const side : {&mSettings.mOutgoing, &mSettings.mIncoming})
+	{
+		if (side->mItem)
+		{
+			nodes.emplace_back(side->mItem);
+		}
+	}
+	return nodes;
+}
+
+void* FadeItem::QueryMap(SN::Guid const& inIdentifier)
+{
+	void* const found =
+		zorvcore::classref::QueryInterfaces<SN::IAudioGenerator, SN::IAudioTrackRenderableItem,
+			SN::IAudioGeneratorPrivate, SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>(
+			this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "GraphTools.h"
+#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/IAudioTrackRenderableItem.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "SonaroHost/Sequence/FadeShape.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Sequence
+{
+
+// What stands on a track where one item goes over into another one, or into silence. The gains are worked out for
+// each frame by its place in the fade, so that they are the same in any cut; the engine's own transition carries a
+// progress in single precision along each block.
+class FadeItem final : public SN::IAudioGenerator,
+					   public SN::IAudioTrackRenderableItem,
+					   public SN::IAudioGeneratorPrivate,
+					   public SN::ILiveAudioParameterOwner,
+					   public SN::IAudioRenderGraphNodeInfo
+{
+public:
+	struct Side
+	{
+		// Empty for silence.
+		Generator mItem;
+		// Of the track: where the item's time begins.
+		std::int64_t mItemStart = 0;
+		FadeShape mShape = FadeShape::eLinear;
+	};
+	struct Settings
+	{
+		Side mOutgoing;
+		Side mIncoming;
+		// Of the track.
+		std::int64_t mFirstFrame = 0;
+		std::int64_t mFrames = 0;
+		SN::AudioChannelLayout mLayout;
+		SN::FrameRate mFrameRate;
+		// Of the layout's channels.
+		std::shared_ptr<dsp::AudioBuffer> mScratch;
+	};
+
+	explicit FadeItem(Settings const& inSettings);
+
+	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
+	bool HasHistory() override;
+	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) override {}
+	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
+		SN::PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void Reset() override;
+	void InitializeAudioFilters() override;
+	void ShutdownAudioFilters() override;
+
+	void Init(SN::TickTime const& inStartTime, SN::TickTime const& inEndTime,
+		SN::TickTime const& inTrackItemStartTime, SN::FrameRate const& inFrameRate) override;
+	SN::TickTime GetStartTime() override { return mStart; }
+	SN::TickTime GetEndTime() override { return mEnd; }
+	SN::TickTime GetTrackItemStartTime() override { return mTrackItemStart; }
+
+	unsigned GetNumChannels() override { return static_cast<unsigned>(mSettings.mLayout.size()); }
+	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	SN::AudioChannelLayout GetAudioChannelLayout() override { return mSettings.mLayout; }
+	SN::FrameRate GetGeneratorFrameRate() override { return mSettings.mFrameRate; }
+
+	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
+
+	std::u16string GetNodeName() override { return u"FadeItem"; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override;
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override;
+
+private:
+	// Each side that is an item, with what its time is ahead of the fade's.
+	template <class Use>
+	void ForEachItem(Use const& inUse);
+	SN::TickTime GetShift(Side const& inSide) const;
+	// Reads a side and scales it, inFrame being the frame of the fade at the block's first sample.
+	void Read(Side const& inSide, bool inIsIncoming, SN::TickTime const& inTime, bool inReverse,
+		dsp::AudioBuffer& outBuffer);
+
+	Settings mSettings;
+	SN::TickTime mStart;
+	SN::TickTime mEnd;
+	SN::TickTime mTrackItemStart;
+};
+
+} // namespace SonaroHost::Sequence

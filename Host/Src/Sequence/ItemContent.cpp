@@ -1,0 +1,232 @@
+#include "ItemContent.h"
+
+#include "Sonaro/PrefetchRange.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Sequence
+{
+
+ItemContent::ItemContent(Settings const& inSettings)
+	: mSettings(inSettings),
+	  mNest(inSettings.mContent)
+{
+}
+
+SN::InterfaceRef<SN::IAudioGenerator> ItemContent::Clone()
+{
+	Settings settings = mSettings;
+	settings.mPlayhead = std::make_shared<Playhead>();
+	settings.mScratch = std::make_shared<dsp::AudioBuffer>(
+		mSettings.mScratch->GetNumChannels(), mSettings.mScratch->GetCapacity());
+	if (mSettings.mOuter->mClone)
+	{
+		settings.mOuter = mSettings.mOuter->mClone;
+	}
+	mSettings.mPlayhead->mClone = settings.mPlayhead;
+	settings.mContent = mSettings.mContent->Clone();
+	unsigned const frames = mSettings.mScratch->GetCapacity();
+	for (Processor& processor : settings.mProcessors)
+	{
+		processor = processor->Clone(mSettings.mFrameRate, frames, frames);
+	}
+	settings.mPanner = mSettings.mPanner->Clone(mSettings.mFrameRate, frames);
+	mSettings.mPlayhead->mClone.reset();
+	return zorvcore::classref::MakeObject<ItemContent>(settings);
+}
+
+bool ItemContent::HasHistory()
+{
+	if (!mHasHistory)
+	{
+		mHasHistory = mSettings.mLatency > 0 || mSettings.mContent->HasHistory() ||
+					  std::any_of(mSettings.mProcessors.begin(), mSettings.mProcessors.end(),
+						  [](Processor const& inProcessor) { return inProcessor->HasHistory(); });
+	}
+	return *mHasHistory;
+}
+
+void ItemContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
+{
+	if (mIsPrerolled)
+	{
+		return;
+	}
+	mIsPrerolled = true;
+	mNext.reset();
+	mSettings.mContent->Preroll(
+		MapRun(inStartTime.ToFrame64(mSettings.mFrameRate), 0), MapDirection(inReverse));
+	for (Processor const& processor : mSettings.mProcessors)
+	{
+		processor->Preroll(inStartTime, inReverse);
+	}
+	mSettings.mPanner->Preroll(inStartTime, inReverse);
+}
+
+void ItemContent::Reset()
+{
+	if (!mIsPrerolled)
+	{
+		return;
+	}
+	mIsPrerolled = false;
+	mNext.reset();
+	mSettings.mContent->Reset();
+	for (Processor const& processor : mSettings.mProcessors)
+	{
+		processor->Reset();
+	}
+	mSettings.mPanner->Reset();
+}
+
+void ItemContent::InitializeAudioFilters()
+{
+	if (!mAreFiltersRunning)
+	{
+		mAreFiltersRunning = true;
+		mSettings.mContent->InitializeAudioFilters();
+		for (Processor const& processor : mSettings.mProcessors)
+		{
+			processor->InitializeAudioFilter();
+		}
+	}
+}
+
+void ItemContent::ShutdownAudioFilters()
+{
+	if (mAreFiltersRunning)
+	{
+		mAreFiltersRunning = false;
+		mSettings.mContent->ShutdownAudioFilters();
+		for (Processor const& processor : mSettings.mProcessors)
+		{
+			processor->ShutdownAudioFilter();
+		}
+	}
+}
+
+void ItemContent::AccumulatePrefetchRequests(
+	SN::PrefetchRange const& inRange, SN::PrefetchType inType, SN::PrefetchRequestAccumulator& inAccumulator)
+{
+	bool const isReverse = mSettings.mOuter->mIsPrefetchedInReverse;
+	std::int64_t first = inRange.mStart.ToFrame64(mSettings.mFrameRate);
+	// Ends between two frames count whole.
+	std::int64_t count = (inRange.mEnd - inRange.mStart).ToFrame64(mSettings.mFrameRate) + 2;
+	first -= isReverse ? mSettings.mLatency : 0;
+	count += mSettings.mLatency;
+	SN::TickTime const start = MapRun(first, count);
+	if (mNest)
+	{
+		mNest->SetPrefetchDirection(MapDirection(isReverse));
+	}
+	mSettings.mContent->AccumulatePrefetchRequests(
+		{start, start + SN::TickTime(count, mSettings.mFrameRate)}, inType, inAccumulator);
+}
+
+void ItemContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	std::int64_t const frame = inTime.ToFrame64(mSettings.mFrameRate);
+	std::int64_t const frames = ioBuffer.GetUseSize();
+	std::int64_t const begin = inReverse ? frame + frames : frame;
+	bool const isInTurn = mNext == begin && mIsReverse == inReverse;
+	mSettings.mPlayhead->mIsFresh = !isInTurn;
+	if (!isInTurn)
+	{
+		Settle(begin, inReverse);
+	}
+	mNext = inReverse ? frame : frame + frames;
+	mIsReverse = inReverse;
+	dsp::AudioSubBuffer window;
+	window.Init(
+		std::min<unsigned long long>(mSettings.mPanner->GetNumOutputChannels(), ioBuffer.GetNumChannels()));
+	for (std::int64_t done = 0; done < frames;)
+	{
+		std::int64_t const count = std::min<std::int64_t>(frames - done, mSettings.mScratch->GetCapacity());
+		window.Assign(ioBuffer, static_cast<unsigned>(done));
+		window.SetUseSize(static_cast<unsigned>(count));
+		done += count;
+		Render(inReverse ? begin - done : begin + done - count, count, inReverse, &window);
+	}
+}
+
+void ItemContent::Settle(std::int64_t inBegin, bool inReverse)
+{
+	mSettings.mPlayhead->mIsSettling = true;
+	for (std::int64_t left = mSettings.mLatency; left > 0;)
+	{
+		std::int64_t const count = std::min<std::int64_t>(left, mSettings.mScratch->GetCapacity());
+		Render(inReverse ? inBegin + left - count : inBegin - left, count, inReverse, nullptr);
+		left -= count;
+	}
+	mSettings.mPlayhead->mIsSettling = false;
+}
+
+void ItemContent::Render(
+	std::int64_t inFrame, std::int64_t inCount, bool inReverse, dsp::AudioBuffer* outBuffer)
+{
+	mSettings.mPlayhead->Begin(inFrame, inCount, inReverse);
+	std::int64_t const ahead = inReverse ? -mSettings.mLatency : mSettings.mLatency;
+	mSettings.mScratch->SetUseSize(static_cast<unsigned>(inCount));
+	mSettings.mScratch->Zero();
+	dsp::AudioSubBuffer sound;
+	sound.Init(mSettings.mScratch->GetNumChannels());
+	sound.Assign(*mSettings.mScratch, 0);
+	mSettings.mContent->GetAudioData(MapRun(inFrame + ahead, inCount), sound, MapDirection(inReverse));
+	SN::TickTime const time(inFrame, mSettings.mFrameRate);
+	for (Processor const& processor : mSettings.mProcessors)
+	{
+		processor->ProcessAudioData(sound, time);
+	}
+	if (!outBuffer)
+	{
+		return;
+	}
+	if (mSettings.mPanner->DoesNotAlterAudio())
+	{
+		outBuffer->CopyFrom(sound);
+	}
+	else
+	{
+		mSettings.mPanner->ProcessAudioData(sound, *outBuffer, time);
+	}
+}
+
+SN::TickTime ItemContent::MapRun(std::int64_t inFrame, std::int64_t inCount) const
+{
+	std::int64_t const first = mSettings.mIsBackwards ? mSettings.mFirstFrame + 1 - inFrame - inCount
+													  : mSettings.mFirstFrame + inFrame;
+	return {first, mSettings.mFrameRate};
+}
+
+void ItemContent::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
+{
+	auto const collect = [&](auto const& inNode)
+	{
+		if (SN::InterfaceRef<SN::ILiveAudioParameterOwner> const owner = inNode)
+		{
+			owner->CollectLiveParameters(outParameters);
+		}
+	};
+	collect(mSettings.mPanner);
+	std::for_each(mSettings.mProcessors.begin(), mSettings.mProcessors.end(), collect);
+	collect(mSettings.mContent);
+}
+
+std::vector<SN::InterfaceRef<SN::UnknownBase>> ItemContent::GetProcessorNodes()
+{
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> nodes(
+		mSettings.mProcessors.begin(), mSettings.mProcessors.end());
+	nodes.emplace_back(mSettings.mPanner);
+	return nodes;
+}
+
+void* ItemContent::QueryMap(SN::Guid const& inIdentifier)
+{
+	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioGenerator, SN::ILiveAudioParameterOwner,
+		SN::IAudioRenderGraphNodeInfo>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "Level.h"
+#include "Playhead.h"
+#include "Sonaro/IAudioPanProcessor.h"
+#include "Sonaro/IAudioProcessor.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/ICachedAudioGenerator.h"
+#include "SonaroHost/Sequence/Description.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/GainRamp.h"
+
+#include <cstdint>
+
+namespace SonaroHost::Sequence
+{
+
+// Taps a chain's sound towards a submix and leaves it alone: panned, at its level, and muted with its track, whose
+// own mute comes behind all stages. The submix's inlet finds the copy here.
+class SendStage final : public SN::IAudioProcessor,
+						public SN::ICachedAudioGenerator,
+						public SN::ILiveAudioParameterOwner,
+						public SN::IAudioRenderGraphNodeInfo
+{
+public:
+	struct Settings
+	{
+		Level mLevel;
+		StageClock mClock;
+		SN::InterfaceRef<SN::IAudioPanProcessor> mPanner;
+		// Empty for none.
+		MuteSwitch mMute;
+		unsigned mMaxBlockSize = 0;
+	};
+
+	explicit SendStage(Settings const& inSettings);
+
+	SN::InterfaceRef<SN::IAudioProcessor> Clone(
+		SN::FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval) override;
+	bool HasHistory() override { return false; }
+	void ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime) override;
+	void Preroll(SN::TickTime const& inTime, bool inReverse) override;
+	void Reset() override {}
+	void InitializeAudioFilter() override {}
+	void ShutdownAudioFilter() override {}
+	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+
+	void GenerateAudio(unsigned, SN::TickTime const&, bool) override {}
+	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) override;
+	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
+
+	std::u16string GetNodeName() override { return u"SendStage"; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override
+	{
+		return {mSettings.mPanner};
+	}
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override;
+
+private:
+	bool IsMuted() const { return mSettings.mMute && mSettings.mMute->Get() != 0; }
+
+	Settings mSettings;
+	// Of the request, so many frames of it.
+	dsp::AudioBuffer mSent;
+	std::uint64_t mRequest = 0;
+	unsigned mFrames = 0;
+	dsp::GainRamp mMuteRamp;
+};
+
+} // namespace SonaroHost::Sequence

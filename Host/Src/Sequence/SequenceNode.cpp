@@ -1,0 +1,243 @@
+#include "SequenceNode.h"
+
+#include "Sonaro/PrefetchRange.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Sequence
+{
+
+SequenceNode::SequenceNode(Settings const& inSettings)
+	: mSettings(inSettings)
+{
+	SN::InterfaceRef<SN::IAudioRenderGraphNodeInfo> const info(mSettings.mGroup);
+	for (SN::InterfaceRef<SN::UnknownBase> const& node : info->GetInputNodes())
+	{
+		Generator const generator(node);
+		mMembers.push_back({generator, generator, mSettings.mAhead[mMembers.size()], {}, 0});
+		mSettlingFrames = std::max(mSettlingFrames, mMembers.back().mAhead);
+	}
+}
+
+SN::InterfaceRef<SN::IAudioGenerator> SequenceNode::Clone()
+{
+	Settings settings = mSettings;
+	settings.mPlayhead = std::make_shared<Playhead>();
+	settings.mDiscarded = std::make_shared<dsp::AudioBuffer>(
+		mSettings.mDiscarded->GetNumChannels(), mSettings.mDiscarded->GetCapacity());
+	mSettings.mPlayhead->mClone = settings.mPlayhead;
+	settings.mGroup = mSettings.mGroup->Clone();
+	mSettings.mPlayhead->mClone.reset();
+	return zorvcore::classref::MakeObject<SequenceNode>(settings);
+}
+
+void SequenceNode::Preroll(SN::TickTime const& inStartTime, bool inReverse)
+{
+	if (mIsPrerolled)
+	{
+		Reset();
+	}
+	mIsPrerolled = true;
+	mNext.reset();
+	// Not the group: it would warm up, too.
+	for (Member const& member : mMembers)
+	{
+		member.mGenerator->Preroll(inStartTime, inReverse);
+	}
+}
+
+void SequenceNode::Reset()
+{
+	mIsPrerolled = false;
+	mNext.reset();
+	mSettings.mGroup->Reset();
+}
+
+LoopRange SequenceNode::GetLoop() const
+{
+	SN::Prefetcher const* const prefetcher = mSettings.mPrefetcher;
+	if (!prefetcher || prefetcher->mLoopEnabled == 0)
+	{
+		return {};
+	}
+	return {
+		prefetcher->mStart.ToFrame64(mSettings.mFrameRate), prefetcher->mEnd.ToFrame64(mSettings.mFrameRate)};
+}
+
+void SequenceNode::AccumulatePrefetchRequests(
+	SN::PrefetchRange const& inRange, SN::PrefetchType inType, SN::PrefetchRequestAccumulator& inAccumulator)
+{
+	if (mSettings.mPrefetcher)
+	{
+		SetPrefetchDirection(mSettings.mPrefetcher->mReverse != 0);
+	}
+	bool const isReverse = mSettings.mPlayhead->mIsPrefetchedInReverse;
+	LoopRange const loop = GetLoop();
+	SN::FrameRate const& rate = mSettings.mFrameRate;
+	for (Member const& member : mMembers)
+	{
+		SN::TickTime const ahead(member.mAhead, rate);
+		SN::PrefetchRange range = isReverse ? SN::PrefetchRange(inRange.mStart - ahead, inRange.mEnd)
+											: SN::PrefetchRange(inRange.mStart, inRange.mEnd + ahead);
+		if (!loop.IsEmpty())
+		{
+			// What lies beyond the loop comes from its other side.
+			SN::TickTime const first(loop.mFirst, rate);
+			SN::TickTime const end(loop.mEnd, rate);
+			SN::TickTime const beyond =
+				std::min(isReverse ? first - range.mStart : range.mEnd - end, end - first);
+			if (beyond > SN::kTimeZero)
+			{
+				member.mGenerator->AccumulatePrefetchRequests(isReverse
+																  ? SN::PrefetchRange(end - beyond, end)
+																  : SN::PrefetchRange(first, first + beyond),
+					inType, inAccumulator);
+				range = isReverse ? SN::PrefetchRange(std::min(first, range.mEnd), range.mEnd)
+								  : SN::PrefetchRange(range.mStart, std::max(end, range.mStart));
+			}
+		}
+		if (range.IsValid())
+		{
+			member.mGenerator->AccumulatePrefetchRequests(range, inType, inAccumulator);
+		}
+	}
+}
+
+void SequenceNode::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	std::int64_t const frame = inTime.ToFrame64(mSettings.mFrameRate);
+	std::int64_t const end = frame + ioBuffer.GetUseSize();
+	std::int64_t const begin = inReverse ? end : frame;
+	Playhead& head = *mSettings.mPlayhead;
+	LoopRange const loop = GetLoop();
+	head.mIsFresh = !IsInTurn(begin, inReverse, loop);
+	head.mLoop = loop;
+	if (head.mIsFresh)
+	{
+		Settle(begin, inReverse);
+	}
+	mNext = inReverse ? frame : end;
+	mIsReverse = inReverse;
+	Render(frame, ioBuffer, inReverse);
+}
+
+bool SequenceNode::IsInTurn(std::int64_t inBegin, bool inReverse, LoopRange const& inLoop) const
+{
+	if (!mNext || mIsReverse != inReverse)
+	{
+		return false;
+	}
+	// Another loop: tracks that are ahead have to be elsewhere.
+	LoopRange const& before = mSettings.mPlayhead->mLoop;
+	bool const isSameLoop = before.mFirst == inLoop.mFirst && before.mEnd == inLoop.mEnd;
+	bool const isAround =
+		!inLoop.IsEmpty() && (inReverse ? *mNext == inLoop.mFirst && inBegin == inLoop.mEnd
+										: *mNext == inLoop.mEnd && inBegin == inLoop.mFirst);
+	return (*mNext == inBegin || isAround) && (isSameLoop || mSettlingFrames == 0);
+}
+
+void SequenceNode::Settle(std::int64_t inBegin, bool inReverse)
+{
+	mSettings.mPlayhead->mIsSettling = true;
+	dsp::AudioBuffer& discarded = *mSettings.mDiscarded;
+	for (std::int64_t left = mSettlingFrames; left > 0;)
+	{
+		std::int64_t const count = std::min<std::int64_t>(left, discarded.GetCapacity());
+		discarded.SetUseSize(static_cast<unsigned>(count));
+		Render(inReverse ? inBegin + left - count : inBegin - left, discarded, inReverse);
+		left -= count;
+	}
+	mSettings.mPlayhead->mIsSettling = false;
+}
+
+void SequenceNode::Render(std::int64_t inFrame, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	std::int64_t const frames = ioBuffer.GetUseSize();
+	if (mSettings.mPlayhead->mLoop.IsEmpty())
+	{
+		RenderRun(inFrame, ioBuffer, inReverse);
+		return;
+	}
+	dsp::AudioSubBuffer window;
+	window.Init(ioBuffer.GetNumChannels());
+	for (std::int64_t done = 0; done < frames;)
+	{
+		std::int64_t const begin = inReverse ? inFrame + frames - 1 - done : inFrame + done;
+		std::int64_t const count = GetRunLength(begin, frames - done, inReverse);
+		window.Assign(ioBuffer, static_cast<unsigned>(done));
+		window.SetUseSize(static_cast<unsigned>(count));
+		RenderRun(inReverse ? begin - count + 1 : begin, window, inReverse);
+		done += count;
+	}
+}
+
+std::int64_t SequenceNode::GetRunLength(std::int64_t inBegin, std::int64_t inCount, bool inReverse) const
+{
+	LoopRange const& loop = mSettings.mPlayhead->mLoop;
+	std::int64_t count = inCount;
+	for (Member const& member : mMembers)
+	{
+		std::int64_t const frame =
+			loop.Wrap(inReverse ? inBegin - member.mAhead : inBegin + member.mAhead, inReverse);
+		count = loop.GetRunLength(frame, count, inReverse);
+	}
+	return count;
+}
+
+void SequenceNode::RenderRun(std::int64_t inFrame, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	std::int64_t const count = ioBuffer.GetUseSize();
+	Playhead& head = *mSettings.mPlayhead;
+	head.Begin(inFrame, count, inReverse);
+	ioBuffer.Zero();
+	for (std::size_t index = 0; index < mMembers.size(); ++index)
+	{
+		Member& member = mMembers[index];
+		// A run does not jump, so that its highest frame tells where it lies in reverse.
+		std::int64_t const first =
+			inReverse ? head.mLoop.Wrap(inFrame + count - 1 - member.mAhead, true) - count + 1
+					  : head.mLoop.Wrap(inFrame + member.mAhead, false);
+		SN::TickTime const time(first, mSettings.mFrameRate);
+		if (index + 1 < mMembers.size())
+		{
+			RenderCached(member, count, time, inReverse);
+		}
+		else
+		{
+			member.mGenerator->GetAudioData(time, ioBuffer, inReverse);
+		}
+	}
+}
+
+// A track that is asked for the same once more answers with what it has, and its effects stand still. In a short loop
+// it may be the next round that is asked for; a request for nothing lets it forget.
+void SequenceNode::RenderCached(
+	Member& ioMember, std::int64_t inCount, SN::TickTime const& inTime, bool inReverse)
+{
+	if (ioMember.mTime == inTime && ioMember.mCount == inCount)
+	{
+		ioMember.mCached->GenerateAudio(0, inTime, inReverse);
+	}
+	ioMember.mTime = inTime;
+	ioMember.mCount = inCount;
+	ioMember.mCached->GenerateAudio(static_cast<unsigned>(inCount), inTime, inReverse);
+}
+
+void SequenceNode::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
+{
+	if (SN::InterfaceRef<SN::ILiveAudioParameterOwner> const group = mSettings.mGroup)
+	{
+		group->CollectLiveParameters(outParameters);
+	}
+}
+
+void* SequenceNode::QueryMap(SN::Guid const& inIdentifier)
+{
+	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioGenerator, SN::ILiveAudioParameterOwner,
+		SN::IAudioRenderGraphNodeInfo, SequenceNode>(this, inIdentifier);
+	return found ? found : Unknown::QueryMap(inIdentifier);
+}
+
+} // namespace SonaroHost::Sequence
