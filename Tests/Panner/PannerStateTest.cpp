@@ -208,32 +208,47 @@ TEST(SurroundPanner, TheFilterRoundsEveryStepToSinglePrecision)
 	}
 }
 
-TEST(Panners, HandTheirFlagsToTheirControls)
+// Faders, panners and sends have a flag each, which reaches their controls alone.
+TEST(Panners, AndFadersAndSendsHandTheirFlagsToTheirControls)
 {
 	Prefetcher prefetcher;
 	auto const factory = SonaroFactory::CreateClassRef();
-	for (bool const flag : {false, true})
+	for (bool const isPanner : {false, true})
 	{
-		InterfaceRef<IAudioRenderContext> context;
-		factory->CreateAudioRenderContext(256, true, false, kTimeZero, kTimeMax, 16, kTimeZero, &prefetcher,
-			ImmutableString("flags"), !flag, flag, !flag, !flag, RenderQuality::kMedium, &context);
-		auto const pan = zorvcore::classref::MakeObject<FakeParameter>(0.5f);
-		pan->mIsPending = true;
-		InterfaceRef<IAudioPanProcessor> stereo;
-		InterfaceRef<IAudioPanProcessor> any;
-		factory->CreateAudioPanProcessorRenderer(context, k48000Hz, kPanMonoToStereo, flag, {pan}, &stereo);
-		factory->CreateDefaultMultiChannelAudioPanProcessorRenderer(context, k48000Hz, {}, flag, {pan},
-			VX::kAudioChannelLayout_Mono, VX::kAudioChannelLayout_Mono, &any);
-		std::string const init = flag ? "init 16 5292000 flag" : "init 16 5292000";
-		EXPECT_EQ(*pan->mLog, (FakeParameter::Log{init, init}));
-		for (auto const& panner : {stereo, any, stereo->Clone(k48000Hz, 16), any->Clone(k48000Hz, 16)})
+		for (bool const isSend : {false, true})
 		{
-			LiveAudioParameterMap map;
-			InterfaceRef<ILiveAudioParameterOwner>(panner)->CollectLiveParameters(map);
-			ASSERT_EQ(map.size(), 1u);
-			EXPECT_EQ(map.begin()->second.mActionFlag, flag);
+			InterfaceRef<IAudioRenderContext> context;
+			factory->CreateAudioRenderContext(256, true, false, kTimeZero, kTimeMax, 16, kTimeZero,
+				&prefetcher, ImmutableString("flags"), !isPanner, isPanner, !isSend, isSend,
+				RenderQuality::kMedium, &context);
+			InterfaceRef<IAudioPanProcessor> stereo;
+			InterfaceRef<IAudioPanProcessor> any;
+			InterfaceRef<IAudioProcessor> fader;
+			InterfaceRef<IAudioProcessor> send;
+			auto const pan = zorvcore::classref::MakeObject<FakeParameter>(0.5f);
+			auto const gain = zorvcore::classref::MakeObject<FakeParameter>(0.5f);
+			auto const level = zorvcore::classref::MakeObject<FakeParameter>(0.5f);
+			pan->mIsPending = true;
+			factory->CreateAudioPanProcessorRenderer(
+				context, k48000Hz, kPanMonoToStereo, isPanner, {pan}, &stereo);
+			factory->CreateDefaultMultiChannelAudioPanProcessorRenderer(context, k48000Hz, {}, isPanner,
+				{pan}, VX::kAudioChannelLayout_Mono, VX::kAudioChannelLayout_Mono, &any);
+			factory->CreateAudioFaderRenderer(context, k48000Hz, {gain}, &fader);
+			factory->CreateAudioSendRenderer(
+				context, k48000Hz, {}, {level}, MakePanner(context, kPanNoneMono), &send);
+			auto const init = [](bool inFlag) { return inFlag ? "init 16 5292000 flag" : "init 16 5292000"; };
+			EXPECT_EQ(*pan->mLog, (FakeParameter::Log{init(isPanner), init(isPanner)}));
+			EXPECT_EQ(*gain->mLog, FakeParameter::Log{init(!isPanner)});
+			EXPECT_EQ(*level->mLog, FakeParameter::Log{init(isSend)});
+			for (auto const& panner : {stereo, any, stereo->Clone(k48000Hz, 16), any->Clone(k48000Hz, 16)})
+			{
+				LiveAudioParameterMap map;
+				InterfaceRef<ILiveAudioParameterOwner>(panner)->CollectLiveParameters(map);
+				ASSERT_EQ(map.size(), 1u);
+				EXPECT_EQ(map.begin()->second.mActionFlag, isPanner);
+			}
+			context->Clear();
 		}
-		context->Clear();
 	}
 }
 

@@ -3,6 +3,7 @@
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
 #include "Sonaro/IMuteAwareItem.h"
 #include "Support/Fakes.h"
+#include "zorvaudiodsp/AudioBuffer.h"
 
 #include <memory>
 #include <vector>

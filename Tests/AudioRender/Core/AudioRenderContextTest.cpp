@@ -10,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace SN
@@ -171,7 +173,6 @@ TEST(AudioRenderContext, MapsKeepTheFirstEntryExceptTrackRenderersAndAllForgetAt
 	concrete->FindTrackGroup(key, count);
 	EXPECT_EQ(count, 2u);
 
-	context->PushNestingLevel();
 	context->Clear();
 	EXPECT_EQ(context->GetRenderName(), ImmutableString());
 	concrete->FindTrackGroup(key, count);
@@ -183,6 +184,16 @@ TEST(AudioRenderContext, MapsKeepTheFirstEntryExceptTrackRenderersAndAllForgetAt
 		map.mAdd(key, map.mFirst);
 		EXPECT_EQ(map.mFind(key), map.mFirst) << "it can be used again";
 	}
+
+	// What outer levels hold goes, too.
+	InterfaceRef<IAudioGenerator> silence;
+	SonaroFactory::CreateClassRef()->CreateSilentRenderer({}, &silence);
+	std::weak_ptr<Unknown> const outer = silence.GetUnknown();
+	concrete->AddCachedGenerator(MakeObject<FakeGenerator>(1), std::exchange(silence, {}));
+	context->PushNestingLevel();
+	EXPECT_FALSE(outer.expired());
+	context->Clear();
+	EXPECT_TRUE(outer.expired());
 }
 
 TEST(AudioRenderContext, ThePrefetchThreadGetsAContextOfItsOwn)

@@ -258,6 +258,14 @@ TEST(GeneratorPrefetch, SynchronousRequestsAreReadInOrderOnTheCallersThread)
 	EXPECT_THROW(ProcessSynchronousPrefetchRequests({{{}, At(0), 1}}, 0), zorvcore::config::NullPtrException);
 	EXPECT_THROW(PrefetchFromAudioGenerator({}, {At(0), At(1)}, SynchronousPrefetch, 0),
 		zorvcore::config::NullPtrException);
+
+	auto const generator = MakeObject<FakeGenerator>(1);
+	for (PrefetchType const type :
+		{SynchronousPrefetch, AsynchronousPrefetch, AsynchronousPrepareForPrefetch})
+	{
+		PrefetchFromAudioGenerator(generator, {At(0), At(1)}, type, 0);
+		EXPECT_EQ(generator->mCalls.back().mName, "Prefetch " + std::to_string(type));
+	}
 }
 
 TEST(PrefetchedAudioGenerator, TurnsRangesIntoRequestsOfItsOwn)

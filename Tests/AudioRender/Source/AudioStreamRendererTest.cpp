@@ -159,6 +159,13 @@ TEST(AudioStreamRenderer, PrefetchIsCutIntoRequestsThatMeet)
 			found.emplace_back(request.time.ToFrame64(k48000Hz), request.numSamples);
 		}
 		EXPECT_EQ(found, test.mExpected);
+
+		std::vector<AudioPrefetch::PrefetchRequest> later;
+		PrefetchRequestAccumulator both(PrefetchRequestAccumulator::ExtendCapacity, &requests, &later);
+		stream->AccumulatePrefetchRequests(
+			{Frames(test.mStart + 1000), Frames(test.mEnd + 1000)}, AsynchronousPrepareForPrefetch, both);
+		EXPECT_EQ(requests.size(), found.size());
+		EXPECT_EQ(later.size(), found.size());
 	}
 }
 

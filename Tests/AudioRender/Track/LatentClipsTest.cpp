@@ -1,6 +1,8 @@
+#include "AudioRender/Track/DelayedTrackItems.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "Sonaro/SonaroFactory.h"
 #include "Support/Contexts.h"
+#include "Support/FakeItem.h"
 #include "Support/Fakes.h"
 #include "Support/Panning.h"
 #include "Support/SimpleGenerator.h"
@@ -10,6 +12,7 @@
 
 #include <deque>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace SN
@@ -152,6 +155,55 @@ TEST(LatentClips, SoundAtTheirNominalSamples)
 					context->PopNestingLevel();
 				}
 			}
+		}
+	}
+}
+
+// Three items without gaps, the two that are played later with a latency of 40 frames: both are filled while the
+// one before is played.
+TEST(DelayedTrackItems, AreFilledOnTheWayInBothDirections)
+{
+	struct Step
+	{
+		long long mStart;
+		// Frames by which each of the two is filled.
+		long long mFirst;
+		long long mSecond;
+	};
+	struct Case
+	{
+		bool mReverse;
+		std::vector<Step> mSteps;
+	};
+	Case const cases[] = {
+		{false, {{0, 0, 0}, {250, 0, 0}, {255, 5, 0}, {300, 10, 0}, {560, 10, 10}, {610, 0, 10}}},
+		{true, {{900, 0, 0}, {650, 0, 0}, {645, 5, 0}, {600, 10, 0}, {340, 10, 10}, {290, 0, 10}}},
+	};
+	for (Case const& test : cases)
+	{
+		DelayedTrackItems::Items items;
+		std::vector<InterfaceRef<FakeItem>> fakes;
+		for (long long const start : {0, 300, 600})
+		{
+			fakes.push_back(FakeItem::Make(1, start, start + 300, start));
+			items.push_back({fakes.back(), fakes.back()});
+		}
+		std::size_t const last = test.mReverse ? 0 : 2;
+		fakes[1]->mDelay = At(40);
+		fakes[last]->mDelay = At(40);
+		DelayedTrackItems delayed;
+		EXPECT_TRUE(delayed.Classify(items, {At(test.mReverse ? 900 : 0), test.mReverse, 0}).empty());
+		for (Step const& step : test.mSteps)
+		{
+			SCOPED_TRACE(testing::Message() << (test.mReverse ? "in reverse at " : "at ") << step.mStart);
+			delayed.FillInitialDelay(At(step.mStart), At(10), test.mReverse, false);
+			auto const getFilled = [](FakeItem& ioItem)
+			{
+				auto const calls = std::exchange(*ioItem.mCalls, {});
+				return calls.empty() ? 0 : calls.back().mAmount;
+			};
+			EXPECT_EQ(getFilled(*fakes[1]), step.mFirst);
+			EXPECT_EQ(getFilled(*fakes[last]), step.mSecond);
 		}
 	}
 }

@@ -233,6 +233,34 @@ TEST(RealtimeAudioClipTrackItemRenderer, ALatencyIsReportedAndFilledAhead)
 	context->PopNestingLevel();
 }
 
+TEST(RealtimeAudioClipTrackItemRenderer, ACloneLiesAndPlaysWhereTheOriginalDoes)
+{
+	for (double const speed : {1.0, 0.5, 2.0})
+	{
+		SCOPED_TRACE(speed);
+		Prefetcher prefetcher;
+		ScopedContext const context(256, &prefetcher);
+		ItemParts parts;
+		parts.mSpeed = speed;
+		parts.mOffset = 40;
+		parts.mShift = 1000;
+		auto const item = parts.Make(context.Get());
+		InterfaceRef<IAudioTrackRenderableItem>(item)->Init(At(100), At(900), At(150), k48000Hz);
+		auto const clone = item->Clone();
+		InterfaceRef<IAudioTrackRenderableItem> const place(clone);
+		EXPECT_EQ(place->GetStartTime(), At(100));
+		EXPECT_EQ(place->GetEndTime(), At(900));
+		EXPECT_EQ(place->GetTrackItemStartTime(), At(150));
+		PullRange const range{.mStartFrame = 200, .mFrames = 300};
+		item->Preroll(At(200), false);
+		clone->Preroll(At(200), false);
+		EXPECT_EQ(clone->GetDelay(), item->GetDelay());
+		Samples const expected = PullWhole(*item, range);
+		EXPECT_GT(std::abs(expected[0][299]), 0.0f);
+		EXPECT_EQ(DescribeDifference(PullWhole(*clone, range), expected), "");
+	}
+}
+
 TEST(RealtimeAudioClipTrackItemRenderer, TheDelayOfTheSourceIsDividedByTheSpeed)
 {
 	struct Case

@@ -1,12 +1,15 @@
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
+#include "AudioRender/Source/AudioGeneratorContentSpeedAdapter.h"
 #include "Sonaro/DelayDependency.h"
 #include "Sonaro/IAudioRecordCompletion.h"
 #include "Sonaro/IAudioTransition.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/SonaroFactory.h"
 #include "Support/Contexts.h"
+#include "Support/FakeItem.h"
 #include "Support/FakeParameter.h"
 #include "Support/Fakes.h"
+#include "Support/Panning.h"
 #include "Support/SimpleGenerator.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvcore/config/Exceptions.h"
@@ -14,8 +17,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace SN
@@ -32,11 +37,12 @@ TickTime At(long long inFrame)
 	return {inFrame, k48000Hz};
 }
 
-// A source and, beside it, a processor: writes its letter and that of each call into one log.
+// A source, which can be an item of a track, and, beside it, a processor: writes its letter and that of each call into one log.
 class Listener final : public SimpleGenerator,
 					   public IAudioProcessor,
 					   public ILiveAudioParameterOwner,
-					   public IAudioRecordCompletion
+					   public IAudioRecordCompletion,
+					   public AudioTrackRenderableItemMixin
 {
 public:
 	Listener(char inLetter, bool inIsProcessor, Calls& ioCalls)
@@ -61,6 +67,11 @@ public:
 	{
 		Log(inForced ? 'F' : 'f');
 	}
+	void AccumulatePrefetchRequests(
+		PrefetchRange const&, PrefetchType inType, PrefetchRequestAccumulator&) override
+	{
+		Log(static_cast<char>('0' + inType));
+	}
 	void Reset() override { Log('r'); }
 	void InitializeAudioFilters() override { Log('i'); }
 	void ShutdownAudioFilters() override { Log('s'); }
@@ -78,7 +89,7 @@ protected:
 		void* const found =
 			mIsProcessor ? QueryInterfaces<ILiveAudioParameterOwner, IAudioProcessor>(this, inIdentifier)
 						 : QueryInterfaces<ILiveAudioParameterOwner, IAudioRecordCompletion, IAudioGenerator,
-							   IAudioGeneratorPrivate>(this, inIdentifier);
+							   IAudioGeneratorPrivate, IAudioTrackRenderableItem>(this, inIdentifier);
 		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
@@ -117,6 +128,43 @@ struct Nodes
 	InterfaceRef<IAudioGenerator> mGroup;
 	InterfaceRef<IAudioGenerator> mJoin;
 	InterfaceRef<IAudioGenerator> mTransition;
+};
+
+// The nodes that Nodes has not, each over A, those of tracks and items with P and a panner whose control waits.
+// On the track B follows A; two items would be taken for its frame alone.
+struct FurtherNodes
+{
+	explicit FurtherNodes(Nodes const& inNodes, IAudioRenderContext& ioContext)
+	{
+		auto const context = InterfaceRef<IAudioRenderContext>::FromThis(&ioContext);
+		auto const factory = SonaroFactory::CreateClassRef();
+		auto const panner = [&]
+		{
+			auto const pan = MakeObject<FakeParameter>(0.5f);
+			pan->mIsPending = true;
+			return MakePanner(context, kPanMonoToStereo, {pan});
+		};
+		inNodes.mA->Init(At(0), At(100), At(0), k48000Hz);
+		inNodes.mB->Init(At(1000), At(1100), At(1000), k48000Hz);
+		factory->CreateAudioClipTrackRenderer(context, k48000Hz,
+			{inNodes.mA, inNodes.mB, FakeItem::Make(1, 2000, 2100, 2000)}, {}, {}, {inNodes.mP}, panner(),
+			VX::kAudioChannelLayout_Mono, &mTrack);
+		factory->CreateAudioMixTrackRenderer(context, k48000Hz, inNodes.mA, {}, {}, {inNodes.mP}, panner(),
+			VX::kAudioChannelLayout_Mono, &mSubmix);
+		factory->CreateRealtimeAudioClipTrackItemRenderer(context, k48000Hz, inNodes.mA, {inNodes.mP},
+			panner(), 1.0, MakeObject<ShiftTransform>(0), kTimeZero, &mItem);
+		factory->CreateAudioClipRenderer(context, k48000Hz, {{inNodes.mA, {{0, 0}}}},
+			VX::kAudioChannelLayout_Mono, kTimeZero, 1.0f, 1.0, &mClip);
+		factory->CreateAlignToFrameRateAudioGeneratorDecorator(inNodes.mA, k48000Hz, &mAligned);
+		AudioGeneratorContentSpeedAdapter::Create(inNodes.mA, 2.0, &mAdapted);
+	}
+
+	InterfaceRef<IAudioGenerator> mTrack;
+	InterfaceRef<IAudioGenerator> mSubmix;
+	InterfaceRef<IAudioGenerator> mItem;
+	InterfaceRef<IAudioGenerator> mClip;
+	InterfaceRef<IAudioGenerator> mAligned;
+	InterfaceRef<IAudioGenerator> mAdapted;
 };
 
 TEST(SequenceNodes, EveryCallReachesWhatItConcernsInOrder)
@@ -166,6 +214,63 @@ TEST(SequenceNodes, EveryCallReachesWhatItConcernsInOrder)
 		nodes.mCalls += "| ";
 		node.Reset();
 		EXPECT_EQ(nodes.mCalls, test.mCalls);
+	}
+}
+
+TEST(SequenceNodes, LiveParametersRecordingsAndTypesOfPrefetchReachTheSources)
+{
+	Prefetcher prefetcher;
+	ScopedContext const context(64, &prefetcher);
+	Nodes nodes(*context.Get());
+	FurtherNodes const further(nodes, *context.Get());
+	struct Case
+	{
+		char const* mName;
+		InterfaceRef<IAudioGenerator> mNode;
+		Calls mLive;
+		std::size_t mPannersParameters;
+		Calls mRecording;
+		// Of a prefetch of type T; a latent item that lies ahead is asked to be filled, and then to be played.
+		Calls mPrefetch;
+	};
+	Case const cases[] = {
+		{"a track", further.mTrack, "Pl Al Bl ", 1, "An Bn ", "BT AT BT "},
+		{"a submix", further.mSubmix, "Pl Al ", 1, "", "AT "},
+		{"an item", further.mItem, "Pl Al ", 1, "", "AT "},
+		{"a clip", further.mClip, "", 0, "", "AT "},
+		{"a decorator", further.mAligned, "Al ", 0, "An ", "AT "},
+		{"another one", further.mAdapted, "Al ", 0, "An ", "AT "},
+		{"a group", nodes.mGroup, "Al Bl ", 0, "An Bn ", "AT BT "},
+		{"a join", nodes.mJoin, "Al Bl Pl ", 0, "", "AT BT "},
+		{"a transition", nodes.mTransition, "Al Bl ", 0, "", "AT BT "},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		test.mNode->Preroll(At(0), false);
+		nodes.mCalls.clear();
+		LiveAudioParameterMap parameters;
+		if (InterfaceRef<ILiveAudioParameterOwner> const owner = test.mNode)
+		{
+			owner->CollectLiveParameters(parameters);
+		}
+		EXPECT_EQ(std::exchange(nodes.mCalls, {}), test.mLive);
+		EXPECT_EQ(parameters.size(), test.mPannersParameters);
+		if (InterfaceRef<IAudioRecordCompletion> const completion = test.mNode)
+		{
+			completion->NotifyRecordComplete({});
+		}
+		EXPECT_EQ(std::exchange(nodes.mCalls, {}), test.mRecording);
+		for (PrefetchType const type :
+			{SynchronousPrefetch, AsynchronousPrefetch, AsynchronousPrepareForPrefetch})
+		{
+			PrefetchRequestAccumulator accumulator(
+				PrefetchRequestAccumulator::ExtendCapacity, nullptr, nullptr);
+			test.mNode->AccumulatePrefetchRequests({At(0), At(2000)}, type, accumulator);
+			Calls expected = test.mPrefetch;
+			std::replace(expected.begin(), expected.end(), 'T', static_cast<char>('0' + type));
+			EXPECT_EQ(std::exchange(nodes.mCalls, {}), expected);
+		}
 	}
 }
 
