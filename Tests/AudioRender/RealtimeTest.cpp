@@ -9,6 +9,7 @@
 #include "Sonaro/PanProcessorType.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Sonaro/SonaroFactory.h"
+#include "Support/Answers.h"
 #include "Support/Contexts.h"
 #include "Support/FakeParameter.h"
 #include "Support/Fakes.h"
@@ -343,20 +344,13 @@ TEST(RenderPath, TracksNeitherAllocateNorLock)
 }
 
 // What halves the way between two clips.
-class Halves final : public IAudioTransition
+class Halves final : public Answers<IAudioTransition>
 {
 public:
 	void GetGainValue(
 		AudioTransitionParameters const&, float, float& outOutgoingGain, float& outIncomingGain) override
 	{
 		outOutgoingGain = outIncomingGain = 0.5f;
-	}
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioTransition>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 };
 

@@ -2,6 +2,7 @@
 
 #include "Prefetch/AudioPrefetchModule.h"
 #include "Prefetch/AudioPrefetchQueueFailure.h"
+#include "Support/Answers.h"
 #include "Support/AssertCapture.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 #include "zorvcore/debug/DebugMonitor.h"
@@ -103,7 +104,7 @@ private:
 	Prepare const mPrepare;
 };
 
-class Notify final : public IAudioPrefetchNotify
+class Notify final : public Testing::Answers<IAudioPrefetchNotify>
 {
 public:
 	explicit Notify(std::function<void(int)> inComplete)
@@ -112,13 +113,6 @@ public:
 	}
 
 	void Complete(int inResult) override { mComplete(inResult); }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioPrefetchNotify>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	std::function<void(int)> const mComplete;

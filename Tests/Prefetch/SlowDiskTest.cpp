@@ -1,5 +1,6 @@
 #include "AudioRender/Source/AudioGeneratorSource.h"
 #include "Sonaro/AudioPrefetch.h"
+#include "Support/Answers.h"
 #include "Support/Fakes.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvcore/ResultCodes.h"
@@ -28,7 +29,7 @@ constexpr std::chrono::milliseconds kInterval(1000);
 constexpr unsigned kChunk = 256;
 
 // Keeps the result of a batch and lets a test wait for it.
-class Waiter final : public IAudioPrefetchNotify
+class Waiter final : public Testing::Answers<IAudioPrefetchNotify>
 {
 public:
 	void Complete(int inResult) override
@@ -40,13 +41,6 @@ public:
 	{
 		mGate.PassThrough();
 		return mResult.load();
-	}
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioPrefetchNotify>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
 private:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sonaro/IRenderableAudioComponentParam.h"
+#include "Support/Answers.h"
 #include "Support/Pull.h"
 
 #include <functional>
@@ -13,7 +14,7 @@ namespace SN::Testing
 
 // A parameter whose value is a function of time, and which keeps a record of its calls, shared with its
 // clones. Answers keyframes of both types.
-class FakeParameter final : public IRenderableAudioComponentParam
+class FakeParameter final : public Answers<IRenderableAudioComponentParam>
 {
 public:
 	using ValueAt = std::function<float(TickTime const& inTime)>;
@@ -76,14 +77,6 @@ public:
 	TickTime mNext = kTimeMax;
 	VX::KeyframeCacheBase* mLastCache = nullptr;
 	std::shared_ptr<Log> mLog = std::make_shared<Log>();
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IRenderableAudioComponentParam>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 };
 
 // Parameters that stand at these values.

@@ -13,6 +13,12 @@ namespace SN::Testing
 inline constexpr FrameRate k44100Hz{5760000};
 inline constexpr FrameRate k48000Hz{5292000};
 
+// The time of a frame at 48000 Hz.
+inline TickTime At(long long inFrame)
+{
+	return {inFrame, k48000Hz};
+}
+
 // Audible samples by channel and frame: a flagged channel reads as zeros.
 using Samples = std::vector<std::vector<float>>;
 

@@ -3,6 +3,7 @@
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
+#include "Support/Answers.h"
 #include "Support/Pull.h"
 #include "Vexilon/ITimeTransform.h"
 
@@ -11,7 +12,7 @@ namespace SN::Testing
 
 // A generator at 48000 Hz that does nothing but what a subclass says: the least that a graph needs, without
 // a record of its calls.
-class SimpleGenerator : public IAudioGenerator, public IAudioGeneratorPrivate
+class SimpleGenerator : public Answers<IAudioGenerator, IAudioGeneratorPrivate>
 {
 public:
 	explicit SimpleGenerator(unsigned inChannels)
@@ -41,20 +42,12 @@ public:
 	}
 	FrameRate GetGeneratorFrameRate() override { return k48000Hz; }
 
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-
 private:
 	unsigned mNumChannels;
 };
 
 // Shifts by so many frames at 48000 Hz.
-class ShiftTransform final : public VX::ITimeTransform
+class ShiftTransform final : public Answers<VX::ITimeTransform>
 {
 public:
 	explicit ShiftTransform(long long inFrames = 0)
@@ -63,13 +56,6 @@ public:
 	}
 
 	TickTime GetTime(TickTime const& inTime) override { return inTime + mShift; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<VX::ITimeTransform>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	TickTime mShift;

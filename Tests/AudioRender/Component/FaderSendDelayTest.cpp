@@ -3,6 +3,7 @@
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
 #include "Sonaro/IAudioMeterSetter.h"
 #include "Sonaro/SonaroFactory.h"
+#include "Support/Answers.h"
 #include "Support/Contexts.h"
 #include "Support/Panning.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -23,11 +24,6 @@ namespace
 
 using namespace Testing;
 using zorvcore::classref::MakeObject;
-
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
 
 // One block of ones through a processor whose controls are sampled before.
 std::vector<float> Process(IAudioProcessor& ioProcessor, long long inFrame, unsigned inFrames)
@@ -105,7 +101,7 @@ TEST(AudioFaderRenderer, IsMutedWhenNothingWillEverPass)
 	EXPECT_EQ(Process(*fader, 0, 4), std::vector<float>(4, 0.0f)) << "a missing gain is 0";
 }
 
-class CountingMeter final : public IAudioMeterSetter
+class CountingMeter final : public Answers<IAudioMeterSetter>
 {
 public:
 	void Init(FrameRate const&, unsigned) override {}
@@ -118,13 +114,6 @@ public:
 
 	unsigned mHeard = 0;
 	unsigned mResets = 0;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioMeterSetter>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 };
 
 TEST(AudioMeterRenderer, OnlyAPlaybackAtTheTopIsMetered)

@@ -2,6 +2,7 @@
 
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Sonaro/SonaroFactory.h"
+#include "Support/Answers.h"
 #include "Support/Contexts.h"
 #include "Support/Fakes.h"
 #include "Support/SimpleGenerator.h"
@@ -20,13 +21,8 @@ namespace
 using namespace Testing;
 using zorvcore::classref::MakeObject;
 
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
-
 // Gains that tell a wrong progress, in whichever place of the float.
-class CrossFade final : public IAudioTransition
+class CrossFade final : public Answers<IAudioTransition>
 {
 public:
 	void GetGainValue(AudioTransitionParameters const& inParameters, float inProgress, float& outOutgoingGain,
@@ -40,13 +36,6 @@ public:
 
 	unsigned mCalls = 0;
 	AudioTransitionParameters mParameters;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioTransition>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 };
 
 // A clip of which channels are flagged.

@@ -44,11 +44,6 @@ InterfaceRef<IAudioGenerator> MakeClip(
 	return clip;
 }
 
-TickTime Frames(long long inFrames)
-{
-	return {inFrames, k48000Hz};
-}
-
 AudioChannelMap Identity(unsigned inChannels)
 {
 	AudioChannelMap map;
@@ -96,7 +91,7 @@ TEST(AudioClipRenderer, AnyRoutingEqualsTheNaiveClip)
 			naive.mStreams.emplace_back(stream, map);
 		}
 		ClipSettings const settings{
-			clipChannels, Frames(naive.mStartOffset), static_cast<float>(naive.mGain), 1.0, k48000Hz};
+			clipChannels, At(naive.mStartOffset), static_cast<float>(naive.mGain), 1.0, k48000Hz};
 		auto const make = [&] { return MakeClip(context, generators, settings); };
 		PullRange const range{static_cast<long long>(random() % 600) - 300,
 			1 + static_cast<unsigned>(random() % 400), 1 + static_cast<unsigned>(random() % 8)};
@@ -131,7 +126,7 @@ TEST(AudioClipRenderer, LowerChannelsWithoutAFeederStayAsTheCallerLeftThem)
 	{
 		buffer.GetChannel(channel)[0] = 5.0f;
 	}
-	clip->GetAudioData(Frames(0), buffer, false);
+	clip->GetAudioData(At(0), buffer, false);
 	EXPECT_FALSE(buffer.IsChannelSilent(0));
 	EXPECT_EQ(buffer.GetChannel(0)[0], 5.0f);
 	EXPECT_EQ(buffer.GetChannel(1)[0], PositionSample(0, 0));
@@ -176,23 +171,23 @@ TEST(AudioClipRenderer, SpeedAndRateActOnTheOffsetAlone)
 		TickTime mExpected;
 	};
 	Case const cases[] = {
-		{"plain", 480, 1.0, k48000Hz, Frames(480)},
-		{"a tenth of the speed", 1, 0.1, k48000Hz, Frames(1) * 0.1},
-		{"backwards", 480, -2.0, k48000Hz, Frames(-960)},
-		{"the source's rate at speed 1", 480, 1.0, k44100Hz, Frames(441)},
-		{"speed goes before the rate", 480, 0.5, k44100Hz, Frames(240)},
-		{"an invalid source rate counts as 0", 480, 1.0, FrameRate(), Frames(0)},
+		{"plain", 480, 1.0, k48000Hz, At(480)},
+		{"a tenth of the speed", 1, 0.1, k48000Hz, At(1) * 0.1},
+		{"backwards", 480, -2.0, k48000Hz, At(-960)},
+		{"the source's rate at speed 1", 480, 1.0, k44100Hz, At(441)},
+		{"speed goes before the rate", 480, 0.5, k44100Hz, At(240)},
+		{"an invalid source rate counts as 0", 480, 1.0, FrameRate(), At(0)},
 	};
 	ScopedContext const context;
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(test.mName);
 		auto const generator = MakeObject<FakeGenerator>(1, PositionSample, test.mSourceRate);
-		auto const clip = MakeClip(
-			context, {{generator, Identity(1)}}, {1, Frames(test.mOffset), 2.0f, test.mSpeed, k48000Hz});
+		auto const clip =
+			MakeClip(context, {{generator, Identity(1)}}, {1, At(test.mOffset), 2.0f, test.mSpeed, k48000Hz});
 		dsp::AudioBuffer buffer(1, 4);
-		clip->GetAudioData(Frames(1000), buffer, true);
-		Call const expected{"GetAudioData", Frames(1000) + test.mExpected, 4, true};
+		clip->GetAudioData(At(1000), buffer, true);
+		Call const expected{"GetAudioData", At(1000) + test.mExpected, 4, true};
 		EXPECT_EQ(generator->mCalls, std::vector<Call>{expected});
 	}
 }
@@ -204,8 +199,8 @@ TEST(AudioClipRenderer, HandsItsCallsOnToEachGenerator)
 	auto const b = MakeObject<FakeGenerator>(1);
 	a->mDelay = TickTime::FromTicks(3);
 	b->mDelay = TickTime::FromTicks(7);
-	auto const clip = MakeClip(
-		context, {{a, {{0, 0}}}, {b, {{1, 0}}}, {{}, {{0, 0}}}}, {2, Frames(10), 1.0f, 1.0, k48000Hz});
+	auto const clip =
+		MakeClip(context, {{a, {{0, 0}}}, {b, {{1, 0}}}, {{}, {{0, 0}}}}, {2, At(10), 1.0f, 1.0, k48000Hz});
 
 	EXPECT_EQ(clip->GetDelay(), TickTime::FromTicks(7));
 	context->SetDelayCompensationDisabled(true);
@@ -217,18 +212,18 @@ TEST(AudioClipRenderer, HandsItsCallsOnToEachGenerator)
 
 	PrefetchRequestAccumulator nowhere(PrefetchRequestAccumulator::FixedCapacity, nullptr, nullptr);
 	clip->InitializeAudioFilters();
-	clip->AccumulatePrefetchRequests({Frames(5), Frames(25)}, AsynchronousPrefetch, nowhere);
-	clip->Preroll(Frames(100), true);
-	clip->FillInitialDelay(Frames(100), Frames(4), true, false);
-	clip->FillInitialDelay(Frames(100), Frames(4), true, true);
+	clip->AccumulatePrefetchRequests({At(5), At(25)}, AsynchronousPrefetch, nowhere);
+	clip->Preroll(At(100), true);
+	clip->FillInitialDelay(At(100), At(4), true, false);
+	clip->FillInitialDelay(At(100), At(4), true, true);
 	clip->Reset();
 	clip->ShutdownAudioFilters();
 	std::vector<Call> const expected = {
 		{"InitializeAudioFilters", {}, 0, false},
-		{"Prefetch 1", Frames(15), Frames(20).GetTicks(), false},
-		{"Preroll", Frames(110), 0, true},
+		{"Prefetch 1", At(15), At(20).GetTicks(), false},
+		{"Preroll", At(110), 0, true},
 		// Without the offset, and not at all unless forced.
-		{"FillInitialDelay, forced", Frames(100), Frames(4).GetTicks(), true},
+		{"FillInitialDelay, forced", At(100), At(4).GetTicks(), true},
 		{"Reset", {}, 0, false},
 		{"ShutdownAudioFilters", {}, 0, false},
 	};
@@ -269,8 +264,8 @@ TEST(AudioClipRenderer, WhatAGeneratorLeavesOfARequestIsSilent)
 			MakeClip(context, {{MakeObject<CutGenerator>(test.mGeneratorChannels), {{0, 0}}}}, settings);
 		dsp::AudioBuffer buffer(test.mClipChannels, 8);
 		// Leaves its samples in the scratch that both clips share.
-		full->GetAudioData(Frames(100), buffer, false);
-		cut->GetAudioData(Frames(0), buffer, false);
+		full->GetAudioData(At(100), buffer, false);
+		cut->GetAudioData(At(0), buffer, false);
 		ASSERT_EQ(buffer.GetUseSize(), 8u);
 		for (unsigned frame = 0; frame < 8; ++frame)
 		{
@@ -298,7 +293,7 @@ TEST(AudioClipRenderer, WithoutGeneratorsEveryChannelIsSilent)
 	EXPECT_EQ(clip->GetDelay(), kTimeZero);
 	EXPECT_FALSE(clip->HasHistory());
 	dsp::AudioBuffer buffer(2, 4);
-	clip->GetAudioData(Frames(0), buffer, false);
+	clip->GetAudioData(At(0), buffer, false);
 	EXPECT_TRUE(buffer.IsSilent());
 }
 

@@ -4,6 +4,7 @@
 #include "Sonaro/AudioPrefetch.h"
 #include "Sonaro/GeneratorPrefetch.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
+#include "Support/Answers.h"
 #include "Support/Contexts.h"
 #include "Support/Fakes.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -30,11 +31,6 @@ namespace
 using namespace Testing;
 using ::testing::ElementsAre;
 using zorvcore::classref::MakeObject;
-
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
 
 // Reads into a stale buffer; what is flagged reads as 0.
 Samples Read(IAsyncAudioSource& ioSource, long long inFrame, unsigned inFrames, unsigned inChannels)
@@ -228,7 +224,7 @@ TEST(AudioGeneratorSource, PurgedChunksAreSilenceUntilTheyAreRenderedAgain)
 }
 
 // A source that records what it is asked to read, whoever asks.
-class RecordingSource final : public IAsyncAudioSource
+class RecordingSource final : public Answers<IAsyncAudioSource>
 {
 public:
 	void PrefetchAudioData(
@@ -240,13 +236,6 @@ public:
 	int GetPrefetchState() override { return kSuccess; }
 
 	std::vector<std::array<long long unsigned, 3>> mReads;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAsyncAudioSource>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 };
 
 TEST(GeneratorPrefetch, SynchronousRequestsAreReadInOrderOnTheCallersThread)

@@ -31,11 +31,6 @@ InterfaceRef<IAudioGenerator> MakeStream(ScopedContext const& inContext,
 	return stream;
 }
 
-TickTime Frames(long long inFrames)
-{
-	return {inFrames, k48000Hz};
-}
-
 TEST(AudioStreamRenderer, EveryRangeIsTheSourcesSamplesAtTheirPlaces)
 {
 	std::mt19937 random(20240607);
@@ -54,7 +49,7 @@ TEST(AudioStreamRenderer, EveryRangeIsTheSourcesSamplesAtTheirPlaces)
 		auto const make = [&]
 		{
 			auto stream = MakeStream(context, source, naive.mChannelIndex);
-			InterfaceRef<IOffsetablePreview>(stream)->AddPreviewOffset(Frames(naive.mPreviewOffset));
+			InterfaceRef<IOffsetablePreview>(stream)->AddPreviewOffset(At(naive.mPreviewOffset));
 			return stream;
 		};
 		PullRange const range{static_cast<long long>(random() % 800) - 400,
@@ -91,19 +86,17 @@ TEST(AudioStreamRenderer, ReadsTheSourceAsItsKindAllows)
 		std::vector<Call> mExpected;
 	};
 	Case const cases[] = {
-		{"plain", {}, false, false, 0, {{"ReadAudio", Frames(0), 64, false}}},
-		{"plain with prefetch", {}, true, false, 0, {{"ReadAudio", Frames(0), 64, false}}},
-		{"async without prefetch", {false, true}, false, false, 0, {{"ReadAudio", Frames(0), 64, false}}},
-		{"async with prefetch", {false, true}, true, false, 0,
-			{{"ReadPrefetchedAudio", Frames(0), 64, false}}},
-		{"file before its end", {true, false}, false, false, 999, {{"ReadAudio", Frames(999), 64, false}}},
+		{"plain", {}, false, false, 0, {{"ReadAudio", At(0), 64, false}}},
+		{"plain with prefetch", {}, true, false, 0, {{"ReadAudio", At(0), 64, false}}},
+		{"async without prefetch", {false, true}, false, false, 0, {{"ReadAudio", At(0), 64, false}}},
+		{"async with prefetch", {false, true}, true, false, 0, {{"ReadPrefetchedAudio", At(0), 64, false}}},
+		{"file before its end", {true, false}, false, false, 999, {{"ReadAudio", At(999), 64, false}}},
 		{"file at its end", {true, false}, false, false, 1000, {}},
 		{"file beyond its end", {true, true}, true, false, 5000, {}},
-		{"growing file at its end", {true, false}, false, true, 1000,
-			{{"ReadAudio", Frames(1000), 64, false}}},
-		{"no file at its end", {}, false, false, 1000, {{"ReadAudio", Frames(1000), 64, false}}},
-		{"from ahead of the start into it", {}, false, false, -40, {{"ReadAudio", Frames(0), 24, false}}},
-		{"ends at the start", {}, false, false, -64, {{"ReadAudio", Frames(0), 0, false}}},
+		{"growing file at its end", {true, false}, false, true, 1000, {{"ReadAudio", At(1000), 64, false}}},
+		{"no file at its end", {}, false, false, 1000, {{"ReadAudio", At(1000), 64, false}}},
+		{"from ahead of the start into it", {}, false, false, -40, {{"ReadAudio", At(0), 24, false}}},
+		{"ends at the start", {}, false, false, -64, {{"ReadAudio", At(0), 0, false}}},
 		{"ends a frame ahead of the start", {}, false, false, -65, {}},
 	};
 	for (Case const& test : cases)
@@ -115,7 +108,7 @@ TEST(AudioStreamRenderer, ReadsTheSourceAsItsKindAllows)
 		source->mIsGrowing = test.mGrowing;
 		auto const stream = MakeStream(context, source);
 		dsp::AudioBuffer buffer(2, 64);
-		stream->GetAudioData(Frames(test.mFrame), buffer, false);
+		stream->GetAudioData(At(test.mFrame), buffer, false);
 		EXPECT_EQ(source->mCalls, test.mExpected);
 		EXPECT_EQ(buffer.IsSilent(), test.mExpected.empty() || test.mFrame == -64);
 	}
@@ -145,17 +138,17 @@ TEST(AudioStreamRenderer, PrefetchIsCutIntoRequestsThatMeet)
 		SCOPED_TRACE(test.mName);
 		auto const source = MakeObject<FakeSource>(2, 1000, SourceKind{false, true});
 		auto const stream = MakeStream(context, source);
-		InterfaceRef<IOffsetablePreview>(stream)->AddPreviewOffset(Frames(1000));
+		InterfaceRef<IOffsetablePreview>(stream)->AddPreviewOffset(At(1000));
 		std::vector<SynchronousPrefetchRequest> requests;
 		PrefetchRequestAccumulator accumulator(
 			PrefetchRequestAccumulator::ExtendCapacity, &requests, nullptr);
 		stream->AccumulatePrefetchRequests(
-			{Frames(test.mStart + 1000), Frames(test.mEnd + 1000)}, SynchronousPrefetch, accumulator);
+			{At(test.mStart + 1000), At(test.mEnd + 1000)}, SynchronousPrefetch, accumulator);
 		std::vector<std::pair<long long, unsigned>> found;
 		for (SynchronousPrefetchRequest const& request : requests)
 		{
 			EXPECT_EQ(request.source, source);
-			EXPECT_EQ(request.time, Frames(request.time.ToFrame64(k48000Hz)));
+			EXPECT_EQ(request.time, At(request.time.ToFrame64(k48000Hz)));
 			found.emplace_back(request.time.ToFrame64(k48000Hz), request.numSamples);
 		}
 		EXPECT_EQ(found, test.mExpected);
@@ -163,7 +156,7 @@ TEST(AudioStreamRenderer, PrefetchIsCutIntoRequestsThatMeet)
 		std::vector<AudioPrefetch::PrefetchRequest> later;
 		PrefetchRequestAccumulator both(PrefetchRequestAccumulator::ExtendCapacity, &requests, &later);
 		stream->AccumulatePrefetchRequests(
-			{Frames(test.mStart + 1000), Frames(test.mEnd + 1000)}, AsynchronousPrepareForPrefetch, both);
+			{At(test.mStart + 1000), At(test.mEnd + 1000)}, AsynchronousPrepareForPrefetch, both);
 		EXPECT_EQ(requests.size(), found.size());
 		EXPECT_EQ(later.size(), found.size());
 	}
@@ -180,12 +173,12 @@ TEST(AudioStreamRenderer, AKeyMakesOneStreamThatIsItsOwnClone)
 	EXPECT_EQ(shared->Clone(), shared);
 
 	auto const single = MakeStream(context, source, 1);
-	InterfaceRef<IOffsetablePreview>(single)->AddPreviewOffset(Frames(3));
+	InterfaceRef<IOffsetablePreview>(single)->AddPreviewOffset(At(3));
 	auto const clone = single->Clone();
 	EXPECT_FALSE(clone == single);
 	PullRange const range{-10, 100};
 	EXPECT_EQ(DescribeDifference(PullWhole(*clone, range), PullWhole(*single, range)), "");
-	InterfaceRef<IOffsetablePreview>(clone)->AddPreviewOffset(Frames(5));
+	InterfaceRef<IOffsetablePreview>(clone)->AddPreviewOffset(At(5));
 	EXPECT_EQ(PullWhole(*single, {3, 1})[0][0], PositionSample(1, 0)) << "a clone's offset is its own";
 }
 
@@ -197,10 +190,10 @@ TEST(AudioStreamRenderer, WithoutASourceOnlyTimeBeforeTheStartIsWritten)
 		auto const stream = MakeStream(context, {}, channelIndex);
 		dsp::AudioBuffer buffer(1, 4);
 		buffer.GetChannel(0)[0] = 7.0f;
-		stream->GetAudioData(Frames(0), buffer, false);
+		stream->GetAudioData(At(0), buffer, false);
 		EXPECT_FALSE(buffer.IsSilent());
 		EXPECT_EQ(buffer.GetChannel(0)[0], 7.0f);
-		stream->GetAudioData(Frames(-9), buffer, false);
+		stream->GetAudioData(At(-9), buffer, false);
 		EXPECT_TRUE(buffer.IsSilent());
 	}
 }

@@ -27,11 +27,6 @@ using ::testing::ElementsAre;
 using zorvcore::classref::MakeObject;
 using Mute = zorvcore::threads::AtomicIntegral<int>;
 
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
-
 // A track under construction.
 struct TrackParts
 {

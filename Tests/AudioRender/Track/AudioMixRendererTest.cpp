@@ -23,11 +23,6 @@ using namespace Testing;
 using ::testing::ElementsAre;
 using zorvcore::classref::MakeObject;
 
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
-
 // Never gives more than so many samples, added to what is there, and notes how many were wanted.
 class ShortGenerator final : public SimpleGenerator
 {

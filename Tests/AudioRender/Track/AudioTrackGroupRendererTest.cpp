@@ -28,11 +28,6 @@ using namespace Testing;
 using ::testing::ElementsAre;
 using zorvcore::classref::MakeObject;
 
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
-
 // Small whole numbers, so that sums of many are exact in any order.
 SampleFunction Sound(std::size_t inPart)
 {

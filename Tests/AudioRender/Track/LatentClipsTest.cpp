@@ -1,6 +1,7 @@
 #include "AudioRender/Track/DelayedTrackItems.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "Sonaro/SonaroFactory.h"
+#include "Support/Answers.h"
 #include "Support/Contexts.h"
 #include "Support/FakeItem.h"
 #include "Support/Fakes.h"
@@ -23,13 +24,8 @@ namespace
 using namespace Testing;
 using zorvcore::classref::MakeObject;
 
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
-
 // An effect that gives its input so many samples late, with silence before.
-class LatentEffect final : public IAudioProcessor
+class LatentEffect final : public Answers<IAudioProcessor>
 {
 public:
 	explicit LatentEffect(unsigned inLatency)
@@ -60,13 +56,6 @@ public:
 	void InitializeAudioFilter() override {}
 	void ShutdownAudioFilter() override {}
 	TickTime GetDelay() override { return At(mLatency); }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioProcessor>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	unsigned mLatency;

@@ -27,11 +27,6 @@ using namespace Testing;
 using ::testing::ElementsAre;
 using zorvcore::classref::MakeObject;
 
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
-
 struct ItemParts
 {
 	InterfaceRef<IAudioGenerator> Make(InterfaceRef<IAudioRenderContext> const& inContext) const

@@ -32,11 +32,6 @@ using namespace Testing;
 using zorvcore::classref::MakeObject;
 using Calls = std::string;
 
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
-
 // A source, which can be an item of a track, and, beside it, a processor: writes its letter and that of each call into one log.
 class Listener final : public SimpleGenerator,
 					   public IAudioProcessor,

@@ -23,11 +23,6 @@ using zorvcore::classref::MakeObject;
 constexpr unsigned kFrames = 100;
 constexpr unsigned kGiven = 40;
 
-TickTime At(long long inFrame)
-{
-	return {inFrame, k48000Hz};
-}
-
 // Has samples for so many frames in playing order and leaves what it likes behind them.
 class ShortSource final : public SimpleGenerator, public AudioTrackRenderableItemMixin
 {
