@@ -2,10 +2,10 @@
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
+#include "Sonaro/IAsyncAudioSource.h"
 #include "Sonaro/IAudioGenerator.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
-#include "Sonaro/IAsyncAudioSource.h"
 #include "Sonaro/IAudioSource.h"
 #include "Sonaro/IAudioSourceFile.h"
 #include "Sonaro/IOffsetablePreview.h"
