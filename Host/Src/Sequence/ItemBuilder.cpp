@@ -32,10 +32,10 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	*latency = chain.mLatency;
 	mBuilt.mLatency = std::llround(static_cast<double>(chain.mLatency) / mSpeed);
 	std::int64_t const first = GetFirstFrame(inItem);
-	auto const content = zorvcore::classref::MakeObject<ItemContent>(
-		ItemContent::Settings{MakeContent(inItem, site.mInput), mIsBackwards ? first + mLead : first - mLead,
-			mIsBackwards, chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mSite.mPlayhead,
-			mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::eItem, site.mInput.size())});
+	auto const content = zorvcore::classref::MakeObject<ItemContent>(ItemContent::Settings{
+		MakeContent(inItem, site.mInput), mIsBackwards ? first + mLead : first - mLead, mIsBackwards,
+		chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mSite.mPlayhead, mSite.mJumps,
+		mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::eItem, site.mInput.size())});
 	CheckEngineResult(mTools.GetFactory().CreateRealtimeAudioClipTrackItemRenderer(mTools.GetContext(),
 						  mTools.GetFrameRate(), content, {},
 						  mTools.GetFixedPanner(mSite.mLayout, mSite.mLayout, std::nullopt), mSpeed,

@@ -33,6 +33,8 @@ struct ItemSite
 	NestMaker const& mBuildNest;
 	// Of the sequence around it.
 	std::shared_ptr<Playhead const> mPlayhead;
+	// How often the track has jumped.
+	std::shared_ptr<std::uint64_t const> mJumps;
 };
 
 // The engine's item of a clip or a nested sequence: what is read of the content through the chain, and, at a speed

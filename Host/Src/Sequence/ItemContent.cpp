@@ -19,6 +19,7 @@ SN::InterfaceRef<SN::IAudioGenerator> ItemContent::Clone()
 {
 	Settings settings = mSettings;
 	settings.mPlayhead = std::make_shared<Playhead>();
+	settings.mJumps = std::make_shared<std::uint64_t>(0);
 	settings.mScratch = std::make_shared<dsp::AudioBuffer>(
 		mSettings.mScratch->GetNumChannels(), mSettings.mScratch->GetCapacity());
 	if (mSettings.mOuter->mClone)
@@ -130,10 +131,15 @@ void ItemContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioB
 	std::int64_t const frame = inTime.ToFrame64(mSettings.mFrameRate);
 	std::int64_t const frames = ioBuffer.GetUseSize();
 	std::int64_t const begin = inReverse ? frame + frames : frame;
-	bool const isInTurn = mNext == begin && mIsReverse == inReverse;
+	bool const isInTurn = mNext == begin && mIsReverse == inReverse && mJumps == *mSettings.mJumps;
+	mJumps = *mSettings.mJumps;
 	mSettings.mPlayhead->mIsFresh = !isInTurn;
 	if (!isInTurn)
 	{
+		if (mNest)
+		{
+			mNest->Interrupt();
+		}
 		Settle(begin, inReverse);
 	}
 	mNext = inReverse ? frame : frame + frames;

@@ -44,6 +44,8 @@ public:
 		std::shared_ptr<Playhead> mPlayhead;
 		// Of the sequence around the item.
 		std::shared_ptr<Playhead const> mOuter;
+		// How often the track around it has jumped: whoever comes back to where he left was away in between.
+		std::shared_ptr<std::uint64_t const> mJumps;
 		SN::FrameRate mFrameRate;
 		// What the content is read into: of its channels and at least one sample.
 		std::shared_ptr<dsp::AudioBuffer> mScratch;
@@ -88,6 +90,7 @@ private:
 	bool mAreFiltersRunning = false;
 	// Where the next request begins, in reverse ends, if it follows, and how it is played.
 	std::optional<std::int64_t> mNext;
+	std::uint64_t mJumps = 0;
 	bool mIsReverse = false;
 };
 

@@ -29,6 +29,8 @@ struct ItemListSite
 	NestMaker const& mBuildNest;
 	// Of the sequence.
 	std::shared_ptr<Playhead const> mPlayhead;
+	// How often the track has jumped.
+	std::shared_ptr<std::uint64_t const> mJumps;
 	// Of the report.
 	std::size_t mTrack = 0;
 	std::vector<ItemReport>& mReport;

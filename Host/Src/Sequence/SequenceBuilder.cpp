@@ -56,7 +56,7 @@ Generator SequenceBuilder::Build()
 		MakeRenderer(index, plan);
 	}
 	return zorvcore::classref::MakeObject<SequenceNode>(
-		SequenceNode::Settings{MakeGroup(), mAhead, mPlayhead, mTools.GetFrameRate(),
+		SequenceNode::Settings{MakeGroup(), mTracks, mPlayhead, mTools.GetFrameRate(),
 			mTools.GetScratch(GraphTools::ScratchUse::eSettling, mDescription.mLayout.size()),
 			mSite.mPrefetcher});
 }
@@ -155,7 +155,7 @@ void SequenceBuilder::BuildChain(Node& ioNode)
 void SequenceBuilder::BuildItems(Node& ioNode, Track const& inTrack, std::size_t inReportIndex)
 {
 	ItemListSite const site{GetPlace(ioNode), mDescription.mMixdown, mSite.mBuildNest, mPlayhead,
-		inReportIndex, mSite.mReport.mItems};
+		ioNode.mJumps, inReportIndex, mSite.mReport.mItems};
 	ioNode.mItems = ItemListBuilder(mTools, inTrack, site).Build();
 }
 
@@ -210,7 +210,7 @@ void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
 		node.mGenerator = MakeMixTrack(node, FindInputs(inIndex));
 	}
 	std::int64_t const wait = node.mOutput ? inPlan.GetNodes()[inIndex].mEdges.back().mWait : 0;
-	AddToGroup(node.mGenerator, inPlan.GetAhead(inIndex), wait);
+	AddToGroup(node.mGenerator, {inPlan.GetAhead(inIndex), node.mJumps}, wait);
 	MakeReturns(inIndex, inPlan);
 }
 
@@ -268,15 +268,16 @@ void SequenceBuilder::MakeReturns(std::size_t inIndex, DelayPlan const& inPlan)
 		wait.mLayout = &layout;
 		wait.mBuilt.mPanner = mTools.GetFixedPanner(layout, layout, std::nullopt);
 		Generator const generator = MakeMixTrack(wait, {send.mProcessor});
-		AddToGroup(generator, inPlan.GetAhead(edge.mDestination), edge.mWait);
+		AddToGroup(generator, {inPlan.GetAhead(edge.mDestination), wait.mJumps}, edge.mWait);
 		node.mReturns.push_back(generator);
 	}
 }
 
-void SequenceBuilder::AddToGroup(Generator const& inRenderer, std::int64_t inAhead, std::int64_t inWait)
+void SequenceBuilder::AddToGroup(
+	Generator const& inRenderer, SequenceNode::Settings::Track const& inTrack, std::int64_t inWait)
 {
 	mGenerators.push_back(inRenderer);
-	mAhead.push_back(inAhead);
+	mTracks.push_back(inTrack);
 	// Sends have lines only where they are the engine's own.
 	mDelays.emplace_back(1).back().mDelay = static_cast<std::uint32_t>(inWait);
 }

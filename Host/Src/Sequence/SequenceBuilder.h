@@ -6,6 +6,7 @@
 #include "ItemBuilder.h"
 #include "ItemListBuilder.h"
 #include "Playhead.h"
+#include "SequenceNode.h"
 #include "Sonaro/DelayDependency.h"
 #include "Sonaro/Prefetcher.h"
 #include "SonaroHost/Sequence/Description.h"
@@ -67,6 +68,7 @@ private:
 		std::optional<std::size_t> mOutput;
 		// How far ahead the node is asked, once there is a plan.
 		std::shared_ptr<std::int64_t> mAhead = std::make_shared<std::int64_t>(0);
+		std::shared_ptr<std::uint64_t> mJumps = std::make_shared<std::uint64_t>(0);
 		BuiltChain mBuilt;
 		// Of a track.
 		BuiltItemList mItems;
@@ -90,7 +92,8 @@ private:
 	std::vector<Identity> FindInputs(std::size_t inIndex) const;
 	void MakeReturns(std::size_t inIndex, DelayPlan const& inPlan);
 	// Enters a renderer into the group, asked so many frames ahead, its output waiting.
-	void AddToGroup(Generator const& inRenderer, std::int64_t inAhead, std::int64_t inWait);
+	void AddToGroup(
+		Generator const& inRenderer, SequenceNode::Settings::Track const& inTrack, std::int64_t inWait);
 	Generator MakeGroup() const;
 
 	GraphTools& mTools;
@@ -102,7 +105,7 @@ private:
 	// In the group's order.
 	std::vector<Generator> mGenerators;
 	std::deque<std::vector<SN::DelayDependency>> mDelays;
-	std::vector<std::int64_t> mAhead;
+	std::vector<SequenceNode::Settings::Track> mTracks;
 };
 
 } // namespace SonaroHost::Sequence

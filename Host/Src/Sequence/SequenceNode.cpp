@@ -16,8 +16,8 @@ SequenceNode::SequenceNode(Settings const& inSettings)
 	for (SN::InterfaceRef<SN::UnknownBase> const& node : info->GetInputNodes())
 	{
 		Generator const generator(node);
-		mMembers.push_back({generator, generator, mSettings.mAhead[mMembers.size()], {}, 0});
-		mSettlingFrames = std::max(mSettlingFrames, mMembers.back().mAhead);
+		mMembers.push_back({generator, generator, mSettings.mTracks[mMembers.size()], 0, 0});
+		mSettlingFrames = std::max(mSettlingFrames, mMembers.back().mTrack.mAhead);
 	}
 }
 
@@ -28,6 +28,10 @@ SN::InterfaceRef<SN::IAudioGenerator> SequenceNode::Clone()
 	settings.mDiscarded = std::make_shared<dsp::AudioBuffer>(
 		mSettings.mDiscarded->GetNumChannels(), mSettings.mDiscarded->GetCapacity());
 	mSettings.mPlayhead->mClone = settings.mPlayhead;
+	for (Settings::Track& track : settings.mTracks)
+	{
+		track.mJumps = std::make_shared<std::uint64_t>(0);
+	}
 	settings.mGroup = mSettings.mGroup->Clone();
 	mSettings.mPlayhead->mClone.reset();
 	return zorvcore::classref::MakeObject<SequenceNode>(settings);
@@ -78,7 +82,7 @@ void SequenceNode::AccumulatePrefetchRequests(
 	SN::FrameRate const& rate = mSettings.mFrameRate;
 	for (Member const& member : mMembers)
 	{
-		SN::TickTime const ahead(member.mAhead, rate);
+		SN::TickTime const ahead(member.mTrack.mAhead, rate);
 		SN::PrefetchRange range = isReverse ? SN::PrefetchRange(inRange.mStart - ahead, inRange.mEnd)
 											: SN::PrefetchRange(inRange.mStart, inRange.mEnd + ahead);
 		if (!loop.IsEmpty())
@@ -116,6 +120,7 @@ void SequenceNode::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& io
 	head.mLoop = loop;
 	if (head.mIsFresh)
 	{
+		mHasJumped = true;
 		Settle(begin, inReverse);
 	}
 	mNext = inReverse ? frame : end;
@@ -180,7 +185,7 @@ std::int64_t SequenceNode::GetRunLength(std::int64_t inBegin, std::int64_t inCou
 	for (Member const& member : mMembers)
 	{
 		std::int64_t const frame =
-			loop.Wrap(inReverse ? inBegin - member.mAhead : inBegin + member.mAhead, inReverse);
+			loop.Wrap(inReverse ? inBegin - member.mTrack.mAhead : inBegin + member.mTrack.mAhead, inReverse);
 		count = loop.GetRunLength(frame, count, inReverse);
 	}
 	return count;
@@ -197,32 +202,38 @@ void SequenceNode::RenderRun(std::int64_t inFrame, dsp::AudioBuffer& ioBuffer, b
 		Member& member = mMembers[index];
 		// A run does not jump, so that its highest frame tells where it lies in reverse.
 		std::int64_t const first =
-			inReverse ? head.mLoop.Wrap(inFrame + count - 1 - member.mAhead, true) - count + 1
-					  : head.mLoop.Wrap(inFrame + member.mAhead, false);
+			inReverse ? head.mLoop.Wrap(inFrame + count - 1 - member.mTrack.mAhead, true) - count + 1
+					  : head.mLoop.Wrap(inFrame + member.mTrack.mAhead, false);
 		SN::TickTime const time(first, mSettings.mFrameRate);
+		NoteRequest(member, first, count, inReverse);
 		if (index + 1 < mMembers.size())
 		{
-			RenderCached(member, count, time, inReverse);
+			member.mCached->GenerateAudio(static_cast<unsigned>(count), time, inReverse);
 		}
 		else
 		{
 			member.mGenerator->GetAudioData(time, ioBuffer, inReverse);
 		}
 	}
+	mHasJumped = false;
 }
 
 // A track that is asked for the same once more answers with what it has, and its effects stand still. In a short loop
 // it may be the next round that is asked for; a request for nothing lets it forget.
-void SequenceNode::RenderCached(
-	Member& ioMember, std::int64_t inCount, SN::TickTime const& inTime, bool inReverse)
+void SequenceNode::NoteRequest(Member& ioMember, std::int64_t inFrame, std::int64_t inCount, bool inReverse)
 {
-	if (ioMember.mTime == inTime && ioMember.mCount == inCount)
+	bool const follows =
+		inReverse ? inFrame + inCount == ioMember.mFrame : inFrame == ioMember.mFrame + ioMember.mCount;
+	if (!follows || mHasJumped)
 	{
-		ioMember.mCached->GenerateAudio(0, inTime, inReverse);
+		++*ioMember.mTrack.mJumps;
 	}
-	ioMember.mTime = inTime;
+	if (ioMember.mCached && inFrame == ioMember.mFrame && inCount == ioMember.mCount)
+	{
+		ioMember.mCached->GenerateAudio(0, SN::TickTime(inFrame, mSettings.mFrameRate), inReverse);
+	}
+	ioMember.mFrame = inFrame;
 	ioMember.mCount = inCount;
-	ioMember.mCached->GenerateAudio(static_cast<unsigned>(inCount), inTime, inReverse);
 }
 
 void SequenceNode::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)

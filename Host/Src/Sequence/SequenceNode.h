@@ -39,9 +39,16 @@ public:
 
 	struct Settings
 	{
-		// The engine's, and how far ahead each of its tracks is asked, in its order.
+		struct Track
+		{
+			// How far ahead it is asked.
+			std::int64_t mAhead = 0;
+			// How often it has jumped, for its items.
+			std::shared_ptr<std::uint64_t> mJumps;
+		};
+		// The engine's, and its tracks in its order.
 		Generator mGroup;
-		std::vector<std::int64_t> mAhead;
+		std::vector<Track> mTracks;
 		std::shared_ptr<Playhead> mPlayhead;
 		SN::FrameRate mFrameRate;
 		// What settling renders into: of the sequence's channels and at least one sample.
@@ -66,6 +73,8 @@ public:
 	void ShutdownAudioFilters() override { mSettings.mGroup->ShutdownAudioFilters(); }
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
+	// What comes next does not follow what was asked before, wherever it is.
+	void Interrupt() { mNext.reset(); }
 	// Of a nested sequence: in which direction it is played, for what is read ahead.
 	void SetPrefetchDirection(bool inIsReverse) { mSettings.mPlayhead->mIsPrefetchedInReverse = inIsReverse; }
 
@@ -81,9 +90,9 @@ private:
 	{
 		Generator mGenerator;
 		SN::InterfaceRef<SN::ICachedAudioGenerator> mCached;
-		std::int64_t mAhead = 0;
-		// What was asked for last.
-		SN::TickTime mTime;
+		Settings::Track mTrack;
+		// What was asked for last, from its lowest frame on.
+		std::int64_t mFrame = 0;
 		std::int64_t mCount = 0;
 	};
 
@@ -96,13 +105,15 @@ private:
 	// How many frames from one on can be rendered before a track jumps; in reverse, down from one.
 	std::int64_t GetRunLength(std::int64_t inBegin, std::int64_t inCount, bool inReverse) const;
 	void RenderRun(std::int64_t inFrame, dsp::AudioBuffer& ioBuffer, bool inReverse);
-	static void RenderCached(
-		Member& ioMember, std::int64_t inCount, SN::TickTime const& inTime, bool inReverse);
+	// Before a member is asked for frames from a lowest one on.
+	void NoteRequest(Member& ioMember, std::int64_t inFrame, std::int64_t inCount, bool inReverse);
 
 	Settings mSettings;
 	std::vector<Member> mMembers;
 	std::int64_t mSettlingFrames = 0;
 	bool mIsPrerolled = false;
+	// Whether all tracks begin elsewhere with the next run.
+	bool mHasJumped = true;
 	// Where the next request begins, if it follows, and how it is played.
 	std::optional<std::int64_t> mNext;
 	bool mIsReverse = false;

@@ -20,6 +20,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <random>
 #include <sstream>
@@ -545,7 +546,7 @@ void ExpectSeed(unsigned inSeed, bool inTriesAll)
 	ExpectNoDifference(inSeed, random, "export against the truth",
 		[&](Description const& inSequence) { return FindUntruth(random, inSequence, nullptr, inSeed); });
 	unsigned turn = 0;
-	auto const isDue = [&] { return inTriesAll || turn++ % 3 == inSeed % 3; };
+	auto const isDue = [&] { return inTriesAll || turn++ == inSeed % (std::size(kKinds) + 1); };
 	if (isDue())
 	{
 		ExpectNoDifference(inSeed, random, "edits against the truth",
@@ -573,13 +574,22 @@ unsigned GetSetting(char const* inName, unsigned inDefault)
 // SONARO_SEQUENCE_SEEDS of them from SONARO_FIRST_SEED on, each in every way, where these are set.
 TEST(RandomSequence, PlaysAsDescribedInEveryWay)
 {
+#ifdef SONARO_FEWER_SEEDS
+	constexpr unsigned kSeeds = 60;
+#else
 	constexpr unsigned kSeeds = 300;
+#endif
 	unsigned const seeds = GetSetting("SONARO_SEQUENCE_SEEDS", kSeeds);
 	unsigned const first = GetSetting("SONARO_FIRST_SEED", 1);
 	bool const triesAll = std::getenv("SONARO_SEQUENCE_SEEDS") != nullptr;
 	for (unsigned seed = first; seed < first + seeds; ++seed)
 	{
 		ExpectSeed(seed, triesAll);
+	}
+	// Loops that come back to where an item was left while it was only settling.
+	for (unsigned const seed : {798u, 5131u, 5202u, 5527u})
+	{
+		ExpectSeed(seed, true);
 	}
 }
 
