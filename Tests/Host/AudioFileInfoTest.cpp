@@ -1,5 +1,6 @@
 #include "SonaroHost/AudioFileInfo.h"
 
+#include "Host/Refusal.h"
 #include "Media.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
@@ -19,16 +20,7 @@ using testing::HasSubstr;
 // The message with which a file is refused; empty when it is not.
 std::string GetRefusal(std::filesystem::path const& inPath)
 {
-	try
-	{
-		InspectAudioFile(inPath);
-	}
-	catch (HostError const& error)
-	{
-		EXPECT_EQ(error.GetKind(), HostError::Kind::eInput);
-		return error.what();
-	}
-	return {};
+	return GetRefusalOf([&] { InspectAudioFile(inPath); });
 }
 
 // Where in a file the 32 bits of the length behind a chunk's name stand.

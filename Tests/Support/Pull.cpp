@@ -1,5 +1,6 @@
 #include "Support/Pull.h"
 
+#include "Support/SameBits.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>
@@ -46,12 +47,6 @@ Samples PullBlock(IAudioGenerator& ioGenerator, TickTime const& inTime, unsigned
 		}
 	}
 	return block;
-}
-
-bool SameBits(float inA, float inB)
-{
-	return (std::isnan(inA) && std::isnan(inB)) ||
-		   std::bit_cast<std::uint32_t>(inA) == std::bit_cast<std::uint32_t>(inB);
 }
 
 } // namespace

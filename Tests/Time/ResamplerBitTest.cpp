@@ -1,5 +1,6 @@
 #include "ReferenceResamplers.h"
 #include "ResamplerRuns.h"
+#include "Support/SameBits.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>
@@ -32,11 +33,6 @@ std::unique_ptr<ReferenceResampler> MakeReference(ResamplerKind inKind, double i
 	default:
 		return std::make_unique<ReferenceSinc>(inRatio, inKind == ResamplerKind::kSincHighQuality);
 	}
-}
-
-bool SameBits(float inA, float inB)
-{
-	return std::bit_cast<std::uint32_t>(inA) == std::bit_cast<std::uint32_t>(inB);
 }
 
 // The engine's resampler and a reference for each channel, fed with the same noise block by block.

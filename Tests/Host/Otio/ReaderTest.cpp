@@ -1,5 +1,6 @@
 #include "Samples.h"
 
+#include "Host/Refusal.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/Otio/Reader.h"
 
@@ -32,16 +33,7 @@ Document Read(json const& inJson)
 // What the refusal says; empty when the file is read.
 std::string GetRefusal(std::string_view inText)
 {
-	try
-	{
-		ReadText(inText);
-	}
-	catch (HostError const& error)
-	{
-		EXPECT_EQ(error.GetKind(), HostError::Kind::eInput);
-		return error.what();
-	}
-	return {};
+	return SonaroHost::Testing::GetRefusalOf([&] { ReadText(inText); });
 }
 
 // "place: text" of each note.

@@ -1,4 +1,5 @@
 #include "SonaroHost/Otio/TimelineFile.h"
+#include "Host/Refusal.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/Otio/FileMedia.h"
 #include "SonaroHost/Otio/MediaFinder.h"
@@ -56,15 +57,7 @@ void WriteZip(path const& inPath, Entries const& inEntries)
 
 std::string GetRefusal(path const& inPath)
 {
-	try
-	{
-		TimelineFile const file(inPath);
-		return {};
-	}
-	catch (HostError const& error)
-	{
-		return error.what();
-	}
+	return SonaroHost::Testing::GetRefusalOf([&] { TimelineFile const file(inPath); });
 }
 
 class OtioFiles : public testing::Test

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Support/SameBits.h"
+
 #include "zorvaccelerate/VectorArithmetic.h"
 
 #include <algorithm>
@@ -82,19 +84,6 @@ private:
 	unsigned mOffset;
 	float* mMemory;
 };
-
-inline bool SameBits(std::vector<float> const& inA, std::vector<float> const& inB)
-{
-	for (std::size_t i = 0; i < inB.size(); ++i)
-	{
-		bool const bothNaN = std::isnan(inA[i]) && std::isnan(inB[i]);
-		if (!bothNaN && std::bit_cast<std::uint32_t>(inA[i]) != std::bit_cast<std::uint32_t>(inB[i]))
-		{
-			return false;
-		}
-	}
-	return inA.size() == inB.size();
-}
 
 // Volatile keeps each step's rounding apart, whatever the compiler would like to do.
 inline float Rounded(float inValue)
