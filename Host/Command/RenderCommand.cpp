@@ -178,8 +178,7 @@ void RenderCommand::AddLevelOptions()
 		->option_text("DB");
 	GetParser()
 		.add_option("--fade-in", mOptions.mFadeIn,
-			"Rise from silence at the start of each file, in a straight line of amplitude (sampled every 64 "
-			"samples, each step a ramp of 5 ms)")
+			"Rise from silence at the start of each file, in a straight line of amplitude")
 		->option_text("TIME");
 	GetParser()
 		.add_option("--fade-out", mOptions.mFadeOut,

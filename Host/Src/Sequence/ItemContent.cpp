@@ -134,6 +134,7 @@ void ItemContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioB
 	bool const isInTurn = mNext == begin && mIsReverse == inReverse && mJumps == *mSettings.mJumps;
 	mJumps = *mSettings.mJumps;
 	mSettings.mPlayhead->mIsFresh = !isInTurn;
+	mSettings.mPlayhead->mIsUnheard = mSettings.mOuter->mIsSettling || mSettings.mOuter->mIsUnheard;
 	if (!isInTurn)
 	{
 		if (mNest)
@@ -172,7 +173,12 @@ void ItemContent::Settle(std::int64_t inBegin, bool inReverse)
 void ItemContent::Render(
 	std::int64_t inFrame, std::int64_t inCount, bool inReverse, dsp::AudioBuffer* outBuffer)
 {
-	mSettings.mPlayhead->Begin(inFrame, inCount, inReverse);
+	Playhead& head = *mSettings.mPlayhead;
+	head.Begin(inFrame, inCount, inReverse);
+	if (mNest)
+	{
+		mNest->SetUnheard(head.mIsSettling || head.mIsUnheard);
+	}
 	std::int64_t const ahead = inReverse ? -mSettings.mLatency : mSettings.mLatency;
 	mSettings.mScratch->SetUseSize(static_cast<unsigned>(inCount));
 	mSettings.mScratch->Zero();

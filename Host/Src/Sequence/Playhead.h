@@ -58,6 +58,8 @@ struct Playhead
 	// What is rendered now only fills histories and is thrown away, or follows such a stretch.
 	bool mIsSettling = false;
 	bool mIsFresh = false;
+	// Whether somebody around it does so.
+	bool mIsUnheard = false;
 	std::uint64_t mRequest = 0;
 	LoopRange mLoop;
 	// In which direction it is read ahead. For nobody but who reads ahead, perhaps on another thread.
@@ -110,7 +112,8 @@ public:
 	// Whether what is rendered now does not follow what was heard before.
 	bool IsJumping() const { return mTime.mPlayhead->mIsSettling || mTime.mPlayhead->mIsFresh; }
 	std::uint64_t GetRequest() const { return mTime.mPlayhead->mRequest; }
-	bool IsSettling() const { return mTime.mPlayhead->mIsSettling; }
+	// Whether nobody hears what is rendered now.
+	bool IsSettling() const { return mTime.mPlayhead->mIsSettling || mTime.mPlayhead->mIsUnheard; }
 	SN::FrameRate const& GetFrameRate() const { return mTime.mFrameRate; }
 
 private:

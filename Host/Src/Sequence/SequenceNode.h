@@ -75,7 +75,9 @@ public:
 
 	// What comes next does not follow what was asked before, wherever it is.
 	void Interrupt() { mNext.reset(); }
-	// Of a nested sequence: in which direction it is played, for what is read ahead.
+	// Of a nested sequence: whether what is around it settles, and in which direction it is played, for what is read
+	// ahead.
+	void SetUnheard(bool inIsUnheard) { mSettings.mPlayhead->mIsUnheard = inIsUnheard; }
 	void SetPrefetchDirection(bool inIsReverse) { mSettings.mPlayhead->mIsPrefetchedInReverse = inIsReverse; }
 
 	std::u16string GetNodeName() override { return u"SequenceNode"; }

@@ -3,6 +3,7 @@
 
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "MemoryMedia.h"
+#include "Sonaro/IAudioMeterSetter.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Prefetcher.h"
@@ -605,6 +606,40 @@ TEST(SequenceGraph, ParametersOfEffectsAreSampledAtTheSameFramesInAnyCut)
 				<< first + i;
 		}
 	}
+}
+
+// Counts what it hears.
+class CountingMeter final : public SN::IAudioMeterSetter
+{
+public:
+	void Init(SN::FrameRate const&, unsigned) override {}
+	void SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime const&) override
+	{
+		mFrames += inBuffer.GetUseSize();
+	}
+	void Shutdown() override {}
+	void Reset() override {}
+
+	std::int64_t mFrames = 0;
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override
+	{
+		void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioMeterSetter>(this, inIdentifier);
+		return found ? found : Unknown::QueryMap(inIdentifier);
+	}
+};
+
+TEST(SequenceGraph, MetersOnAnyLevelHearNothingOfWhatOnlySettles)
+{
+	auto const outer = zorvcore::classref::MakeObject<CountingMeter>();
+	auto const inner = zorvcore::classref::MakeObject<CountingMeter>();
+	auto const nested = std::make_shared<Description const>(
+		MakeSequence({MakeTrack({MakeSteadyClip()}, {Late(300), Meter{inner}})}, {}, {Late(70)}));
+	Item const nest = MakeNest(nested, 0, kMediaFrames, 0, 50);
+	Render(MakeSequence({MakeTrack({nest}, {Late(500), Meter{outer}})}, {}, {Late(900)}), {5000, 1000});
+	EXPECT_EQ(outer->mFrames, 1000);
+	EXPECT_EQ(inner->mFrames, 1000);
 }
 
 std::string GetRefusal(Description const& inDescription)

@@ -23,8 +23,8 @@ namespace SonaroHost::Otio
 
 struct TimelineRenderSummary : RenderedFiles
 {
-	// For each row of the sequence's tracks, behind its fader; nothing for those that are not heard. What a nested
-	// sequence renders to settle, a few milliseconds, counts in its tracks.
+	// For each row of the sequence's tracks, behind its fader; nothing for those that are not heard. What is only
+	// rendered for effects to settle does not count.
 	std::vector<std::optional<LoudnessReading>> mTracks;
 	// Of the mix.
 	Sequence::GraphReport mGraph;
