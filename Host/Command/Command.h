@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <string>
+
 namespace SonaroCommand
 {
 
@@ -40,6 +42,9 @@ public:
 
 	// Does it, once its options were parsed. Throws a HostError.
 	virtual int Run() = 0;
+
+	// What it takes, for those who gave something else: "it draws timelines (.otio, .otioz, .otiod)".
+	virtual std::string DescribeInputs() const = 0;
 
 protected:
 	Command(CLI::App& ioProgram, char const* inName, char const* inDescription)

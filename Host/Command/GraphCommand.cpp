@@ -16,6 +16,7 @@
 #include <charconv>
 #include <cstddef>
 #include <filesystem>
+#include <system_error>
 #include <vector>
 
 namespace SonaroCommand
@@ -142,8 +143,20 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 		"  sonaro graph film.otio -o dialogue.svg --track Dialogue --depth 1");
 }
 
+std::string GraphCommand::DescribeInputs() const
+{
+	return "graph draws timelines (.otio, .otioz, .otiod)";
+}
+
 int GraphCommand::Run()
 {
+	if (!Otio::IsTimelinePath(mInput))
+	{
+		std::error_code error;
+		bool const isThere = std::filesystem::exists(mInput, error);
+		throw HostError(HostError::Kind::eInput,
+			{mInput, {}, isThere ? "is no timeline by its name" : "does not exist", DescribeInputs()});
+	}
 	MakeRoomForOutputs({mOutput});
 	GraphFormat const format = ChooseFormat(mFormat, mOutput);
 	RenderOptions layout;

@@ -17,6 +17,7 @@ public:
 	explicit GraphCommand(CLI::App& ioProgram);
 
 	int Run() override;
+	std::string DescribeInputs() const override;
 
 private:
 	std::string mInput;

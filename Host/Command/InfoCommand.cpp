@@ -7,6 +7,7 @@
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/Otio/TimelineInput.h"
+#include "SonaroHost/PrintableText.h"
 #include "SonaroHost/TimePosition.h"
 #include "TimelineInfo.h"
 
@@ -49,7 +50,7 @@ std::string DescribeForPeople(AudioFileInfo const& inInfo)
 		inName.resize(10, ' ');
 		text += inName + inValue + "\n";
 	};
-	add("File", inInfo.mPath.string());
+	add("File", SonaroHost::MakePrintable(inInfo.mPath.string()));
 	add("Format", inInfo.mContainer + ", " + inInfo.mEncoding);
 	add("Channels", std::to_string(inInfo.GetNumChannels()) + " (" + DescribeLayout(inInfo.mLayout) + ")");
 	add("Rate", std::to_string(inInfo.mSampleRate) + " Hz");
@@ -93,6 +94,12 @@ InfoCommand::InfoCommand(CLI::App& ioProgram)
 		->allow_extra_args(false);
 	GetParser().add_flag("--json", mAsJson, "Print it as JSON");
 	GroupByInput(GetParser(), {}, {"--media"});
+}
+
+std::string InfoCommand::DescribeInputs() const
+{
+	return "info takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+		   ".otiod)";
 }
 
 int InfoCommand::Run()

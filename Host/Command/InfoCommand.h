@@ -15,6 +15,7 @@ public:
 	explicit InfoCommand(CLI::App& ioProgram);
 
 	int Run() override;
+	std::string DescribeInputs() const override;
 
 private:
 	std::string mInput;

@@ -4,6 +4,7 @@
 #include "InfoCommand.h"
 #include "OperatingSystem.h"
 #include "RenderCommand.h"
+#include "SonaroHost/AudioFileInfo.h"
 #include "SonaroHost/HostError.h"
 #include "StopSignals.h"
 #include "UsageError.h"
@@ -37,6 +38,11 @@ int RunCommand(Command& ioCommand)
 	try
 	{
 		return ioCommand.Run();
+	}
+	catch (SonaroHost::NoSoundError const& error)
+	{
+		PrintError(std::string(error.what()) + "; " + ioCommand.DescribeInputs());
+		return kExitFailure;
 	}
 	catch (HostError const& error)
 	{

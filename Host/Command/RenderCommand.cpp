@@ -218,6 +218,12 @@ void RenderCommand::AddReportOptions()
 	GetParser().add_flag("--json", mOptions.mAsJson, "Print the summary as JSON on the standard output");
 }
 
+std::string RenderCommand::DescribeInputs() const
+{
+	return "render takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+		   ".otiod)";
+}
+
 int RenderCommand::Run()
 {
 	if (mTimeline.IsMeant(mInputs))

@@ -19,6 +19,7 @@ public:
 	explicit RenderCommand(CLI::App& ioProgram);
 
 	int Run() override;
+	std::string DescribeInputs() const override;
 
 private:
 	void AddFileOptions();

@@ -3,18 +3,25 @@
 #include "Command.h"
 #include "Console.h"
 #include "Json.h"
+#include "SonaroHost/AudioFileInfo.h"
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/Labels.h"
+#include "SonaroHost/Otio/ProgrammeTimecode.h"
 #include "SonaroHost/Otio/TimelineGraph.h"
 #include "SonaroHost/Otio/TimelineInput.h"
+#include "SonaroHost/PrintableText.h"
 #include "SonaroHost/TimePosition.h"
+#include "TextTable.h"
 #include "TimelineNotes.h"
 #include "TimelineRows.h"
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <map>
 #include <optional>
+#include <vector>
 
 namespace SonaroCommand
 {
@@ -43,25 +50,22 @@ struct Described
 		}
 	}
 
-	// Of each file its rate and how many clips are cut from it.
-	std::map<std::filesystem::path, std::pair<int, std::size_t>> CountMedia() const
+	// Of each file how many clips are cut from it.
+	std::map<std::filesystem::path, std::size_t> CountMedia() const
 	{
-		std::map<std::filesystem::path, std::pair<int, std::size_t>> media;
+		std::map<std::filesystem::path, std::size_t> media;
 		for (ClipRow const& clip : mSequence.mClips)
 		{
-			if (clip.mMediaRate > 0)
-			{
-				auto& [rate, count] = media[clip.mMedia];
-				rate = clip.mMediaRate;
-				++count;
-			}
+			media[clip.mMedia] += clip.mMediaRate > 0 ? 1 : 0;
 		}
+		std::erase_if(media, [](auto const& inUse) { return inUse.second == 0; });
 		return media;
 	}
 
 	TimelineInput mInput;
 	TimelineSequence mSequence;
 	std::vector<Note> mNotes;
+	std::optional<ProgrammeTimecode> mTimecode = ProgrammeTimecode::Find(mInput.GetTimeline(), mSequence);
 	// Why it cannot be rendered, if so.
 	std::optional<HostError> mRefusal;
 };
@@ -69,11 +73,11 @@ struct Described
 std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
 {
 	std::string text = FormatTime(inClip.mFirstFrame, inSampleRate) + " - " +
-					   FormatTime(inClip.mEndFrame, inSampleRate) + "  " + inClip.mTrack + ": " +
-					   (inClip.mName.empty() ? "(no name)" : inClip.mName);
+					   FormatTime(inClip.mEndFrame, inSampleRate) + "  " + MakePrintable(inClip.mTrack) +
+					   ": " + MakePrintable(MakeLabel(inClip.mName, "clip", inClip.mPlace));
 	if (inClip.mMediaRate > 0)
 	{
-		text += ", " + inClip.mMedia.filename().string() + " from " +
+		text += ", " + MakePrintable(inClip.mMedia.filename().string()) + " from " +
 				FormatTime(inClip.mFirstMediaSample, inClip.mMediaRate);
 	}
 	if (inClip.mSpeed != 1.0)
@@ -82,49 +86,120 @@ std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
 		std::snprintf(speed.data(), speed.size(), ", speed %.6g", inClip.mSpeed);
 		text += speed.data();
 	}
-	return text + (inClip.mReason.empty()
-						  ? ""
-						  : std::string(", ") + GetName(inClip.mStatus) + ": " + inClip.mReason);
+	return text + (inClip.mReason.empty() ? ""
+										  : std::string(", ") + GetName(inClip.mStatus) + ": " +
+												MakePrintable(inClip.mReason));
+}
+
+std::string FormatLength(std::int64_t inFrames, int inSampleRate)
+{
+	return FormatTime(inFrames, inSampleRate) + " (" + std::to_string(inFrames) + " samples)";
+}
+
+std::string FormatRate(double inRate)
+{
+	std::array<char, 32> text{};
+	std::snprintf(text.data(), text.size(), "%.6g", inRate);
+	return text.data();
+}
+
+std::string DescribeProgrammeForPeople(Described const& inDescribed)
+{
+	TimelineSequence const& sequence = inDescribed.mSequence;
+	auto const& timecode = inDescribed.mTimecode;
+	Ratio const length(sequence.mFrames, sequence.mSampleRate);
+	std::string text = "Timeline  " + MakePrintable(inDescribed.mInput.GetTimeline().mName) + "\n";
+	if (sequence.mGlobalStart)
+	{
+		text += "Start     " + timecode->GetLabel(Ratio()) + "\n";
+	}
+	text += "Length    " + (timecode ? timecode->GetLength(length) + ", " : "") +
+			FormatLength(sequence.mFrames, sequence.mSampleRate) + "\n";
+	text += "Rate      " + (timecode ? FormatRate(timecode->GetRate()) + " frames a second, " : "") +
+			std::to_string(sequence.mSampleRate) + " Hz\n";
+	return text + "Layout    " + GetLayoutName(sequence.mDescription->mLayout) + "\n";
+}
+
+std::string ListMarkersForPeople(Described const& inDescribed)
+{
+	int const rate = inDescribed.mSequence.mSampleRate;
+	std::vector<std::vector<std::string>> rows;
+	for (MarkerRow const& marker : inDescribed.mSequence.mMarkers)
+	{
+		std::string const from = FormatTime(ToSamples(marker.mStart, rate), rate);
+		std::string const to = FormatTime(ToSamples(marker.mEnd, rate), rate);
+		auto const& timecode = inDescribed.mTimecode;
+		std::string const labels =
+			timecode ? timecode->GetLabel(marker.mStart) + " - " + timecode->GetLabel(marker.mEnd) : "";
+		rows.push_back({from + " - " + to, labels, MakePrintable(marker.mName)});
+	}
+	return rows.empty() ? "" : "Markers\n" + FormatTable(rows);
+}
+
+std::string ListMediaForPeople(Described const& inDescribed)
+{
+	std::vector<std::vector<std::string>> rows{
+		{"clips", "format", "encoding", "channels", "Hz", "length", "file"}};
+	for (auto const& [path, clips] : inDescribed.CountMedia())
+	{
+		if (AudioFileInfo const* const info = inDescribed.mInput.GetMedia().FindInfo(path))
+		{
+			rows.push_back({std::to_string(clips), info->mContainer, info->mEncoding,
+				std::to_string(info->GetNumChannels()), std::to_string(info->mSampleRate),
+				FormatTime(info->mFrames, info->mSampleRate), MakePrintable(path.string())});
+		}
+	}
+	return rows.size() == 1 ? "" : "Media\n" + FormatTable(rows);
+}
+
+std::string ListMissingForPeople(Described const& inDescribed)
+{
+	std::string text;
+	for (MissingFile const& file : GroupByFile(inDescribed.mSequence.mMissing))
+	{
+		MissingMedia const& first = *file.mFirst;
+		text += "  " + DescribeReason(first) + ": " +
+				(file.mClips == 1 ? "clip " : std::to_string(file.mClips) + " clips, the first one ") +
+				QuoteName(GetClipLabel(first)) + " on " + QuoteName(first.mTrack) + " (" + first.mPlace +
+				")\n";
+	}
+	return text.empty() ? "" : "Missing media\n" + text;
 }
 
 std::string DescribeForPeople(Described const& inDescribed)
 {
 	TimelineSequence const& sequence = inDescribed.mSequence;
-	std::string text = "Timeline  " + inDescribed.mInput.GetTimeline().mName + "\n" + "Length    " +
-					   FormatTime(sequence.mFrames, sequence.mSampleRate) + " (" +
-					   std::to_string(sequence.mFrames) + " samples)\n" + "Rate      " +
-					   std::to_string(sequence.mSampleRate) + " Hz\n" + "Layout    " +
-					   GetLayoutName(sequence.mDescription->mLayout) + "\n";
+	std::string text = DescribeProgrammeForPeople(inDescribed);
 	text += "Tracks\n";
 	for (TrackRow const& track : sequence.mTracks)
 	{
-		text += "  " + std::string(2 * track.mDepth, ' ') + track.mTrack +
-				(track.mReason.empty() ? "" : " (silent: " + track.mReason + ")") + "\n";
+		text += "  " + std::string(2 * track.mDepth, ' ') + MakePrintable(track.mTrack) +
+				(track.mReason.empty() ? "" : " (silent: " + MakePrintable(track.mReason) + ")") + "\n";
 	}
 	text += "Clips\n";
 	for (ClipRow const& clip : sequence.mClips)
 	{
 		text += "  " + DescribeClip(clip, sequence.mSampleRate) + "\n";
 	}
-	text += sequence.mMarkers.empty() ? "" : "Markers\n";
-	for (MarkerRow const& marker : sequence.mMarkers)
+	return text + ListMarkersForPeople(inDescribed) + ListMediaForPeople(inDescribed) +
+		   ListMissingForPeople(inDescribed);
+}
+
+Json ListMediaForMachines(Described const& inDescribed)
+{
+	Json list = Json::array();
+	for (auto const& [path, clips] : inDescribed.CountMedia())
 	{
-		text += "  " + FormatTime(ToSamples(marker.mStart, sequence.mSampleRate), sequence.mSampleRate) +
-				" - " + FormatTime(ToSamples(marker.mEnd, sequence.mSampleRate), sequence.mSampleRate) +
-				"  " + marker.mName + "\n";
+		if (AudioFileInfo const* const info = inDescribed.mInput.GetMedia().FindInfo(path))
+		{
+			list.push_back(
+				{{"path", path.string()}, {"format", info->mContainer}, {"encoding", info->mEncoding},
+					{"channels", info->GetNumChannels()}, {"layout", GetLayoutName(info->mLayout)},
+					{"rate", info->mSampleRate}, {"samples", info->mFrames},
+					{"seconds", static_cast<double>(info->mFrames) / info->mSampleRate}, {"clips", clips}});
+		}
 	}
-	text += "Media\n";
-	for (auto const& [path, use] : inDescribed.CountMedia())
-	{
-		text += "  " + path.string() + ", " + std::to_string(use.first) + " Hz, " +
-				std::to_string(use.second) + (use.second == 1 ? " clip\n" : " clips\n");
-	}
-	for (MissingMedia const& missing : sequence.mMissing)
-	{
-		text += "  missing: " + (missing.mPath.empty() ? "" : QuotePath(missing.mPath) + " ") +
-				missing.mReason + " (\"" + missing.mClip + "\" on " + missing.mTrack + ")\n";
-	}
-	return text;
+	return list;
 }
 
 std::string DescribeForMachines(std::string const& inInput, Described const& inDescribed)
@@ -134,6 +209,13 @@ std::string DescribeForMachines(std::string const& inInput, Described const& inD
 	json["file"] = inInput;
 	json["name"] = inDescribed.mInput.GetTimeline().mName;
 	json["programme"] = DescribeProgramme(sequence);
+	if (auto const& timecode = inDescribed.mTimecode)
+	{
+		json["programme"]["timecodeRate"] = timecode->GetRate();
+		json["programme"]["startTimecode"] = timecode->GetLabel(Ratio());
+		json["programme"]["lengthTimecode"] =
+			timecode->GetLength(Ratio(sequence.mFrames, sequence.mSampleRate));
+	}
 	json["tracks"] = Json::array();
 	for (TrackRow const& track : sequence.mTracks)
 	{
@@ -141,11 +223,7 @@ std::string DescribeForMachines(std::string const& inInput, Described const& inD
 	}
 	json["clips"] = ListClips(sequence.mClips);
 	json["markers"] = ListMarkers(sequence);
-	json["media"] = Json::array();
-	for (auto const& [path, use] : inDescribed.CountMedia())
-	{
-		json["media"].push_back({{"path", path.string()}, {"rate", use.first}, {"clips", use.second}});
-	}
+	json["media"] = ListMediaForMachines(inDescribed);
 	json["missing"] = ListMissing(sequence.mMissing);
 	json["levelsNotRead"] = CountUnreadLevels(inDescribed.mNotes);
 	json["notes"] = ListNotes(inDescribed.mNotes);

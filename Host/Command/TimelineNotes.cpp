@@ -2,21 +2,29 @@
 
 #include "Console.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/Labels.h"
+#include "SonaroHost/PrintableText.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 #include <numeric>
 #include <string>
+#include <utility>
 
 namespace SonaroCommand
 {
 
+using namespace SonaroHost;
 using namespace SonaroHost::Otio;
 
 namespace
 {
 
 constexpr std::size_t kMostLines = 20;
+// Of bytes; deeply nested things have long ones.
+constexpr std::size_t kLongestTrack = 200;
+constexpr std::size_t kLongestPlace = 400;
 
 char const* GetName(Note::Kind inKind)
 {
@@ -39,16 +47,48 @@ bool IsUnreadLevel(Note const& inNote)
 	return inNote.mKind == Note::Kind::eLevelNotRead;
 }
 
-std::string Describe(Note const& inNote)
+// Which clip and which track, as far as they are known.
+std::string DescribeWhere(std::string const& inClip, std::string const& inTrack)
 {
-	return inNote.mText + (inNote.mPlace.empty() ? "" : " (" + inNote.mPlace + ")");
+	std::string const track = inTrack.empty() ? "" : QuoteName(ShortenMiddle(inTrack, kLongestTrack));
+	return inClip.empty() ? (track.empty() ? "" : "track " + track)
+						  : "clip " + QuoteName(inClip) + (track.empty() ? "" : " on " + track);
 }
 
-std::string Describe(MissingMedia const& inMissing)
+std::string DescribePlace(std::string const& inPlace)
 {
-	std::string text = "the clip \"" + inMissing.mClip + "\" on \"" + inMissing.mTrack + "\" is silent: ";
-	return text + (inMissing.mPath.empty() ? "" : SonaroHost::QuotePath(inMissing.mPath) + " ") +
-		   inMissing.mReason;
+	return inPlace.empty() ? "" : " (" + ShortenMiddle(inPlace, kLongestPlace) + ")";
+}
+
+// The clip that is named stands for all of them.
+std::string Describe(MissingFile const& inFile)
+{
+	MissingMedia const& first = *inFile.mFirst;
+	std::string const where = DescribeWhere(GetClipLabel(first), first.mTrack);
+	std::string const clips =
+		inFile.mClips == 1 ? where + " is silent"
+						   : std::to_string(inFile.mClips) + " clips are silent, the first one " + where;
+	return clips + ": " + DescribeReason(first) + DescribePlace(first.mPlace);
+}
+
+std::string Describe(Note const& inNote)
+{
+	std::string const where = DescribeWhere(inNote.mClip, inNote.mTrack);
+	return where + (where.empty() ? "" : ": ") + inNote.mText + DescribePlace(inNote.mPlace);
+}
+
+Json MakeJson(Note const& inNote)
+{
+	Json json{{"kind", GetName(inNote.mKind)}, {"place", inNote.mPlace}, {"text", inNote.mText}};
+	if (!inNote.mClip.empty())
+	{
+		json["clip"] = inNote.mClip;
+	}
+	if (!inNote.mTrack.empty())
+	{
+		json["track"] = inNote.mTrack;
+	}
+	return json;
 }
 
 // Missing media are noted, too.
@@ -59,6 +99,33 @@ bool TellsOf(Note const& inNote, MissingMedia const& inMissing)
 }
 
 } // namespace
+
+std::vector<MissingFile> GroupByFile(std::vector<MissingMedia> const& inMissing)
+{
+	std::vector<MissingFile> files;
+	std::map<std::pair<std::filesystem::path, std::string>, std::size_t> indices;
+	for (MissingMedia const& missing : inMissing)
+	{
+		auto const [place, isNew] = indices.try_emplace({missing.mPath, missing.mReason}, files.size());
+		if (isNew)
+		{
+			files.push_back({&missing, 0});
+		}
+		++files[place->second].mClips;
+	}
+	return files;
+}
+
+std::string GetClipLabel(MissingMedia const& inMissing)
+{
+	return MakeLabel(inMissing.mClip, "clip", inMissing.mPlace);
+}
+
+std::string DescribeReason(MissingMedia const& inMissing)
+{
+	return (inMissing.mPath.empty() ? "" : QuotePath(inMissing.mPath) + " ") +
+		   MakePrintable(inMissing.mReason);
+}
 
 void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> const& inNotes)
 {
@@ -77,9 +144,9 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 			warn("level not read: " + Describe(note));
 		}
 	}
-	for (MissingMedia const& missing : inMissing)
+	for (MissingFile const& file : GroupByFile(inMissing))
 	{
-		warn(Describe(missing));
+		warn(Describe(file));
 	}
 	for (Note const& note : inNotes)
 	{
@@ -117,7 +184,7 @@ Json ListNotes(std::vector<Note> const& inNotes)
 		{
 			if (IsUnreadLevel(note) == areLevels)
 			{
-				list.push_back({{"kind", GetName(note.mKind)}, {"place", note.mPlace}, {"text", note.mText}});
+				list.push_back(MakeJson(note));
 			}
 		}
 	}

@@ -5,10 +5,25 @@
 #include "SonaroHost/Otio/TimelineReport.h"
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 namespace SonaroCommand
 {
+
+// Clips whose media are missing for one reason.
+struct MissingFile
+{
+	SonaroHost::Otio::MissingMedia const* mFirst = nullptr;
+	std::size_t mClips = 0;
+};
+
+// In the order of their first clips. inMissing outlives the result.
+std::vector<MissingFile> GroupByFile(std::vector<SonaroHost::Otio::MissingMedia> const& inMissing);
+
+// For messages: what the clip is called, and "'media/a.wav' does not exist".
+std::string GetClipLabel(SonaroHost::Otio::MissingMedia const& inMissing);
+std::string DescribeReason(SonaroHost::Otio::MissingMedia const& inMissing);
 
 // Warns of levels that are not read, of missing media, and of what was guessed or ignored, in this order; beyond 20
 // lines they are only counted.

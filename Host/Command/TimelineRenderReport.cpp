@@ -6,6 +6,8 @@
 #include "RenderReport.h"
 #include "RenderedFileRows.h"
 #include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/Otio/Labels.h"
+#include "SonaroHost/PrintableText.h"
 #include "SonaroHost/TimePosition.h"
 #include "TimelineNotes.h"
 #include "TimelineRows.h"
@@ -47,7 +49,7 @@ std::string MakeLoudnessTable(TimelineRenderJob const& inJob, TimelineRenderSumm
 		if (inSummary.mTracks[i])
 		{
 			text += FormatLoudness(*inSummary.mTracks[i]) + "  " + std::string(2 * row.mDepth, ' ') +
-					row.mTrack + "\n";
+					MakePrintable(row.mTrack) + "\n";
 		}
 	}
 	if (inSummary.mMix && !text.empty())
@@ -61,7 +63,7 @@ std::string DescribeFile(
 	TimelineRenderJob const& inJob, RenderedFile const& inFile, OutputFormat const& inFormat)
 {
 	bool const isDithered = inFormat.mDither == Dither::eTriangular;
-	std::string text = ShowOutput(inFile.mPath.string()) + ": " +
+	std::string text = MakePrintable(ShowOutput(inFile.mPath.string())) + ": " +
 					   FormatTime(inFile.mRange.mFrames, inJob.GetSampleRate()) + " (" +
 					   std::to_string(inFile.mRange.mFrames) + " samples), " +
 					   GetLayoutName(inJob.GetOutputLayout()) + ", " + std::to_string(inJob.GetSampleRate()) +
@@ -140,8 +142,9 @@ void AddLatencies(Json& ioClips, Sequence::GraphReport const& inReport)
 	}
 	for (Json& clip : ioClips)
 	{
-		auto const found =
-			latencies.find({clip["track"].get<std::string>(), clip["name"].get<std::string>()});
+		std::string const name =
+			MakeLabel(clip["name"].get<std::string>(), "clip", clip["place"].get<std::string>());
+		auto const found = latencies.find({clip["track"].get<std::string>(), name});
 		clip["latencySamples"] = found == latencies.end() ? 0 : found->second;
 	}
 }

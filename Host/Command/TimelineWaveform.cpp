@@ -4,6 +4,7 @@
 #include "Console.h"
 #include "Json.h"
 #include "RunJob.h"
+#include "SonaroHost/PrintableText.h"
 #include "SonaroHost/TimePosition.h"
 #include "TimelineNotes.h"
 
@@ -23,7 +24,7 @@ std::string DescribeForPeople(TimelineWaveformRequest const& inRequest, std::str
 					   " pixels, from the top:\n";
 	for (std::string const& band : inSummary.mBands)
 	{
-		text += "  " + band + "\n";
+		text += "  " + SonaroHost::MakePrintable(band) + "\n";
 	}
 	return text;
 }

@@ -245,6 +245,12 @@ void WaveformCommand::AddReportOptions()
 	GetParser().add_flag("--json", mAsJson, "Print the summary as JSON on the standard output");
 }
 
+std::string WaveformCommand::DescribeInputs() const
+{
+	return "waveform takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+		   ".otiod)";
+}
+
 int WaveformCommand::Run()
 {
 	MakeRoomForOutputs({mOutput});

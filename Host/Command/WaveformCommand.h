@@ -18,6 +18,7 @@ public:
 	explicit WaveformCommand(CLI::App& ioProgram);
 
 	int Run() override;
+	std::string DescribeInputs() const override;
 
 private:
 	void AddRangeOptions();

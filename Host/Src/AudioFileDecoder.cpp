@@ -2,7 +2,7 @@
 
 #include "MovieFile.h"
 #include "MpegLengthTag.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/AudioFileInfo.h"
 #include "SonaroHost/StandardStreams.h"
 #include "StretchedFile.h"
 
@@ -35,7 +35,7 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	}
 	if (!mFile)
 	{
-		throw HostError(HostError::Kind::eInput,
+		throw NoSoundError(
 			IsMovieFile(inPath)
 				? HostError::Parts{inPath, {}, "is a movie, and the sound of movies is not read",
 					  "export it as a sound file"}

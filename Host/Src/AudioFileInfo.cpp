@@ -4,7 +4,6 @@
 #include "DeclaredAudio.h"
 #include "MpegLengthTag.h"
 #include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/HostError.h"
 #include "SonaroHost/StandardStreams.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
@@ -45,7 +44,7 @@ void CheckIsFile(std::filesystem::path const& inPath)
 	}
 	if (std::filesystem::is_directory(status))
 	{
-		Refuse(inPath, "is a folder, not a sound file");
+		throw NoSoundError(MakeInputParts(inPath, "is a folder, not a sound file"));
 	}
 	if (!std::filesystem::is_regular_file(status))
 	{

@@ -106,6 +106,13 @@ std::string MakePrintableLines(std::string_view inText)
 	return Escape(inText, true);
 }
 
+std::string QuoteName(std::string_view inName)
+{
+	std::string quoted = "\"";
+	quoted += MakePrintable(inName);
+	return quoted + "\"";
+}
+
 std::string ShortenMiddle(std::string_view inText, std::size_t inLongest)
 {
 	constexpr std::string_view kEllipsis = "...";

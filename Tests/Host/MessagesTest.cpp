@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cctype>
+#include <set>
 #include <sstream>
 
 namespace SonaroHost::Testing
@@ -221,6 +223,222 @@ TEST_F(MessagesTest, HelpGroupsOptionsByWhatTheyAreFor)
 			group = !line.empty() && line.back() == ':' && line.front() != ' ' ? line : group;
 		}
 		EXPECT_EQ(group, test.mGroup);
+	}
+}
+
+TEST_F(MessagesTest, EveryExitCodeOfTheHelpIsMetAndThereIsNoOther)
+{
+	WriteBytes(mFolder / "missing.otio",
+		Timeline(Track("A1", Clip("one", "tone.wav") + "," + Clip("two", "gone.wav"))));
+	struct Case
+	{
+		int mExitCode;
+		Words mWords;
+	};
+	Case const cases[] = {
+		{0, {"--help"}},
+		{0, {"--version"}},
+		{0, {"render", "edit.otio", "-o", "out.wav"}},
+		{0, {"render", "tone.wav", "-o", "out.wav"}},
+		{0, {"waveform", "edit.otio", "-o", "out.png"}},
+		{0, {"graph", "edit.otio", "-o", "out.dot"}},
+		{0, {"info", "missing.otio"}},
+		{1, {"render", "gone.wav", "-o", "out.wav"}},
+		{1, {"render", "tone.wav", "-o", "no/such/folder.wav"}},
+		{1, {"render", "missing.otio", "-o", "out.wav", "--strict"}},
+		{1, {"info", "gone.otio"}},
+		{2, {}},
+		{2, {"render", "edit.otio"}},
+		{2, {"render", "edit.otio", "-o", "out.wav", "--speed", "2"}},
+		{2, {"waveform", "tone.wav", "-o", "out.xyz"}},
+		{3, {"render", "missing.otio", "-o", "out.wav"}},
+		{3, {"waveform", "missing.otio", "-o", "out.png"}},
+		{3, {"graph", "missing.otio", "-o", "out.dot"}},
+	};
+	std::set<int> met;
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mWords));
+		EXPECT_EQ(Run(test.mWords).mExitCode, test.mExitCode);
+		met.insert(test.mExitCode);
+	}
+	std::istringstream help(Run({"--help"}).mOutput);
+	std::set<int> told;
+	bool isTold = false;
+	for (std::string line; std::getline(help, line);)
+	{
+		isTold = line == "Exit codes:" || (isTold && !line.empty());
+		if (isTold && line.size() > 2 && std::isdigit(static_cast<unsigned char>(line[2])))
+		{
+			told.insert(line[2] - '0');
+		}
+	}
+	EXPECT_EQ(told, met);
+}
+
+TEST_F(MessagesTest, CommandsSayWhatTheyTake)
+{
+	WriteBytes(mFolder / "notes.txt", "This is no sound.\n");
+	std::filesystem::create_directory(mFolder / "takes");
+	struct Case
+	{
+		Words mWords;
+		std::string mMessage;
+	};
+	constexpr char const* kSounds = " takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines";
+	Case const cases[] = {
+		{{"graph", "tone.wav", "-o", "out.svg"}, "is no timeline by its name; graph draws timelines (.otio"},
+		{{"graph", "takes", "-o", "out.svg"}, "is no timeline by its name; graph draws timelines (.otio"},
+		{{"graph", "gone.wav", "-o", "out.svg"}, "'gone.wav': does not exist; graph draws timelines (.otio"},
+		{{"waveform", "notes.txt", "-o", "out.png"}, std::string("waveform") + kSounds},
+		{{"waveform", "takes", "-o", "out.png"}, "is a folder, not a sound file; waveform takes sound files"},
+		{{"render", "notes.txt", "-o", "out.wav"}, std::string("render") + kSounds},
+		{{"info", "takes"}, std::string("info") + kSounds},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mWords));
+		ProgramResult const result = Run(test.mWords);
+		EXPECT_EQ(result.mExitCode, 1);
+		EXPECT_THAT(result.mErrors, HasSubstr(test.mMessage));
+	}
+}
+
+TEST_F(MessagesTest, NamesFromFilesCannotCommandATerminal)
+{
+	// Colours, the 8-bit form of the same in UTF-8 and as a bare byte, a bell, a new line, the other direction of writing.
+	std::string const evil = "\x1b[31mred\xc2\x9b"
+							 "1mbold\a\nnext\xe2\x80\xaeltr\x7f";
+	std::string const shown = R"(\x1b[31mred\u009b1mbold\x07\x0anext\u202eltr\u007f)";
+	WriteBytes(mFolder / "edit.otio",
+		Timeline(Track(evil, Clip(evil, evil + ".wav") + "," + Clip(evil + "2", "tone.wav"),
+					 R"(, "metadata": {"sonaro": {)" + Json(evil).dump() + ": 1}}"),
+			R"(, "markers": [)" +
+				Object("Marker.2", "\"name\": " + Json(evil).dump() + ", \"marked_range\": " + Range(0, 5)) +
+				"]"));
+	Words const commands[] = {{"info", "edit.otio"}, {"render", "edit.otio", "-o", "out.wav"},
+		{"render", "edit.otio", "-o", "out", "--stems", "track"}, {"info", evil + ".otio"},
+		{"render", "edit.otio", "-o", "out.wav", "--report", "out.json"},
+		{"waveform", "edit.otio", "-o", "out.png"}, {"graph", "edit.otio", "-o", "out.dot"},
+		{"info", "edit.otio", "--json"}};
+	for (Words const& words : commands)
+	{
+		SCOPED_TRACE(testing::PrintToString(words));
+		ProgramResult const result = Run(words);
+		std::string const text = result.mOutput + result.mErrors;
+		EXPECT_TRUE(std::none_of(text.begin(), text.end(),
+			[](unsigned char inByte) { return (inByte < 0x20 && inByte != '\n') || inByte == 0x7f; }))
+			<< text;
+		EXPECT_THAT(text, testing::Not(HasSubstr("\xc2\x9b")));
+		EXPECT_THAT(text, testing::Not(HasSubstr("\xe2\x80\xae")));
+		EXPECT_THAT(text, testing::Not(HasSubstr("\nnext")));
+		EXPECT_THAT(text, HasSubstr(words.back() == "--json" ? R"(\u001b[31mred\u009b1m)" : shown));
+	}
+	Json const info = Json::parse(Run({"info", "edit.otio", "--json"}).mOutput);
+	EXPECT_EQ(info["clips"][0]["name"], evil);
+	EXPECT_EQ(info["tracks"][0]["name"], evil);
+	EXPECT_EQ(info["markers"][0]["name"], evil);
+}
+
+TEST_F(MessagesTest, NotesAndMissingMediaNameClipAndTrack)
+{
+	WriteBytes(mFolder / "edit.otio",
+		Timeline(Object("Track.1", R"("kind": "Video", )" + Children("")) + "," +
+				 Track("", Clip("", "gone.wav") + "," + Clip("b", "gone.wav") + "," + Clip("c", "lost.wav") +
+							   "," + Clip("long", "tone.wav", 100) + "," +
+							   Object("Stack.1", Children(Track("", Clip("", "tone.wav", 100))))) +
+				 "," + Track("Odd", Clip("one", "tone.wav"), R"(, "metadata": {"sonaro": {"gian": 1}})")));
+	ProgramResult const result = Run({"render", "edit.otio", "-o", "out", "--stems", "track", "--quiet"});
+	EXPECT_EQ(result.mExitCode, 3);
+	constexpr char const* kLines[] = {
+		R"x(2 clips are silent, the first one clip "clip 1" on "track 2 (A)": './gone.wav' does not exist (/tracks/children/1/children/0))x",
+		R"x(clip "c" on "track 2 (A)" is silent: './lost.wav' does not exist (/tracks/children/1/children/2))x",
+		R"x(clip "long" on "track 2 (A)": it reaches 96000 samples beyond its media; silence is there (/tracks/children/1/children/3))x",
+		R"x(clip "clip 1" on "track 2 (A) / stack 5 / track 1 (A)": it reaches 96000 samples beyond its media; silence is there (/tracks/children/1/children/4/children/0/children/0))x",
+		R"x(track "Odd": )x",
+	};
+	for (std::string const line : kLines)
+	{
+		EXPECT_THAT(result.mErrors, HasSubstr("sonaro: warning: " + line));
+	}
+	EXPECT_EQ(std::count(result.mErrors.begin(), result.mErrors.end(), '\n'), 5) << result.mErrors;
+	EXPECT_TRUE(std::filesystem::exists(mFolder / "out/01 track 2 (A).wav"));
+	EXPECT_TRUE(std::filesystem::exists(mFolder / "out/02 Odd.wav"));
+}
+
+TEST_F(MessagesTest, InfoTellsATimelineInItsTimecode)
+{
+	std::string const start =
+		R"(, "global_start_time": {"OTIO_SCHEMA": "RationalTime.1", "rate": 25, "value": 90010})";
+	std::string const markers =
+		R"(, "markers": [)" + Object("Marker.2", "\"name\": \"Verse\", \"marked_range\": " + Range(10, 20)) +
+		"]";
+	std::string timeline =
+		Timeline(Track("Dialogue",
+					 Clip("one", "tone.wav") + "," + Clip("two", "tone.wav") + "," + Clip("", "gone.wav")),
+			markers);
+	timeline.insert(timeline.size() - 1, start);
+	WriteBytes(mFolder / "edit.otio", timeline);
+	EXPECT_EQ(Run({"info", "edit.otio"}).mOutput,
+		"Timeline  test\n"
+		"Start     01:00:00:10\n"
+		"Length    00:00:03:00, 0:03.000 (144000 samples)\n"
+		"Rate      25 frames a second, 48000 Hz\n"
+		"Layout    stereo\n"
+		"Tracks\n"
+		"  Dialogue\n"
+		"Clips\n"
+		"  0:00.000 - 0:01.000  Dialogue: one, tone.wav from 0:00.000\n"
+		"  0:01.000 - 0:02.000  Dialogue: two, tone.wav from 0:00.000\n"
+		"  0:02.000 - 0:03.000  Dialogue: clip 3, missing: does not exist\n"
+		"Markers\n"
+		"  0:00.400 - 0:01.200  01:00:00:20 - 01:00:01:15  Verse\n"
+		"Media\n"
+		"  clips  format           encoding      channels     Hz    length  file\n"
+		"      2  WAV (Microsoft)  32 bit float         2  48000  0:02.000  ./tone.wav\n"
+		"Missing media\n"
+		"  './gone.wav' does not exist: clip \"clip 3\" on \"Dialogue\" (/tracks/children/0/children/2)\n");
+	Json const info = Json::parse(Run({"info", "edit.otio", "--json"}).mOutput);
+	EXPECT_EQ(info["programme"]["startTimecode"], "01:00:00:10");
+	EXPECT_EQ(info["programme"]["lengthTimecode"], "00:00:03:00");
+	EXPECT_EQ(info["media"][0]["encoding"], "32 bit float");
+	EXPECT_EQ(info["media"][0]["clips"], 2);
+}
+
+TEST_F(MessagesTest, TimecodeGoesWithTheClockWhereNumbersAreDropped)
+{
+	struct Case
+	{
+		std::string mRate;
+		long long mFrame;
+		std::string mLabel;
+	};
+	Case const cases[] = {
+		{"24", 86399, "00:59:59:23"},
+		{"23.976", 86400, "01:00:00:00"},
+		{"30", 1800, "00:01:00:00"},
+		{"29.97", 1799, "00:00:59;29"},
+		{"29.97", 1800, "00:01:00;02"},
+		{"29.97", 3597, "00:01:59;29"},
+		{"29.97", 3598, "00:02:00;02"},
+		{"29.97", 17981, "00:09:59;29"},
+		{"29.97", 17982, "00:10:00;00"},
+		{"29.97", 107892, "01:00:00;00"},
+		{"59.94", 3600, "00:01:00;04"},
+		{"59.94", 215784, "01:00:00;00"},
+		{"25", -30, "-00:00:01:05"},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mRate + " " + test.mLabel);
+		std::string timeline = Timeline(Track("A1", Clip("one", "tone.wav")));
+		timeline.insert(timeline.size() - 1,
+			", \"global_start_time\": " +
+				Object("RationalTime.1",
+					"\"rate\": " + test.mRate + ", \"value\": " + std::to_string(test.mFrame)));
+		WriteBytes(mFolder / "edit.otio", timeline);
+		Json const info = Json::parse(Run({"info", "edit.otio", "--json"}).mOutput);
+		EXPECT_EQ(info["programme"]["startTimecode"], test.mLabel);
 	}
 }
 

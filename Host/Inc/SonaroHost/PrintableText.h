@@ -15,6 +15,9 @@ std::string MakePrintable(std::string_view inText);
 // The same for text of several lines, whose line ends stay.
 std::string MakePrintableLines(std::string_view inText);
 
+// A name within a message, printable and in double quotes.
+std::string QuoteName(std::string_view inName);
+
 // A text of more than inLongest bytes with "..." for its middle, so that it is no longer. Characters of UTF-8 stay whole.
 std::string ShortenMiddle(std::string_view inText, std::size_t inLongest);
 

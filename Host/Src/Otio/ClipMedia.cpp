@@ -110,7 +110,7 @@ ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference)
 	FoundMedia const& found = place->second.mFound;
 	if (!found.IsFound())
 	{
-		return MakeMissing(found.mPath, found.mWhyMissing);
+		return MakeMissing(found.mShownPath, found.mWhyMissing);
 	}
 	if (!found.mRemark.empty())
 	{
@@ -118,7 +118,7 @@ ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference)
 			{found.mIsGuess ? Note::Kind::eGuess : Note::Kind::eRemark, inReference.mPlace, found.mRemark});
 	}
 	ClipMedia media;
-	media.mPath = found.mPath;
+	media.mPath = found.mShownPath;
 	media.mMedia = place->second.mMedia;
 	return media;
 }
@@ -146,8 +146,9 @@ void ClipMediaTable::TakeSound(std::string const& inUrl, File& ioFile)
 	{
 		File sound;
 		sound.mFound.mPath = *path;
-		sound.mFound.mRemark = QuotePath(movie.mPath) + " is a movie, whose sound is not read; " +
-							   QuotePath(*path) + " is taken in its place";
+		sound.mFound.mShownPath = mFinder.GetShown(*path);
+		sound.mFound.mRemark = QuotePath(movie.mShownPath) + " is a movie, whose sound is not read; " +
+							   QuotePath(sound.mFound.mShownPath) + " is taken in its place";
 		sound.mFound.mIsGuess = true;
 		Read(sound);
 		if (sound.mMedia)
@@ -166,7 +167,7 @@ void ClipMediaTable::Read(File& ioFile)
 	FoundMedia& found = ioFile.mFound;
 	try
 	{
-		ioFile.mMedia = mFiles.Get(found.mPath);
+		ioFile.mMedia = mFiles.Get(found.mPath, found.mShownPath);
 	}
 	catch (HostError const& error)
 	{

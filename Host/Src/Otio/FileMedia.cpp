@@ -43,15 +43,20 @@ FileMedia::FileMedia()
 {
 }
 
-std::shared_ptr<Sequence::Media const> FileMedia::Get(std::filesystem::path const& inPath)
+std::shared_ptr<Sequence::Media const> FileMedia::Get(
+	std::filesystem::path const& inPath, std::filesystem::path const& inShownPath)
 {
 	auto const [place, isNew] = mFiles.try_emplace(inPath);
 	File& file = place->second;
 	if (isNew)
 	{
+		file.mInfo.mPath = inShownPath;
+		mShownFiles.try_emplace(inShownPath, &file);
 		try
 		{
-			AudioFileInfo const info = InspectAudioFile(inPath);
+			file.mInfo = InspectAudioFile(inPath);
+			file.mInfo.mPath = inShownPath;
+			AudioFileInfo const& info = file.mInfo;
 			file.mMedia = std::make_shared<Sequence::Media>(Sequence::Media{inPath.filename().string(),
 				static_cast<double>(info.mSampleRate), info.mFrames, info.mLayout,
 				[sources = mSources, inPath](SN::FrameRate const& inCountingRate)
@@ -59,7 +64,7 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(std::filesystem::path cons
 		}
 		catch (HostError const& error)
 		{
-			file.mError = error;
+			file.mError = NameAsShown(error);
 		}
 	}
 	if (!file.mMedia)
@@ -71,7 +76,24 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(std::filesystem::path cons
 
 std::optional<HostError> FileMedia::GetFailure() const
 {
-	return mSources->GetFailure();
+	auto const failure = mSources->GetFailure();
+	return failure ? std::optional(NameAsShown(*failure)) : std::nullopt;
+}
+
+AudioFileInfo const* FileMedia::FindInfo(std::filesystem::path const& inShownPath) const
+{
+	auto const found = mShownFiles.find(inShownPath);
+	return found != mShownFiles.end() && found->second->mMedia ? &found->second->mInfo : nullptr;
+}
+
+HostError FileMedia::NameAsShown(HostError const& inError) const
+{
+	HostError::Parts parts = inError.GetParts();
+	if (auto const found = mFiles.find(parts.mFile); found != mFiles.end())
+	{
+		parts.mFile = found->second.mInfo.mPath;
+	}
+	return HostError(inError.GetKind(), std::move(parts));
 }
 
 } // namespace SonaroHost::Otio

@@ -7,6 +7,7 @@
 
 #include "SonaroHost/ChannelLayouts.h"
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/Labels.h"
 
 #include <algorithm>
 #include <array>
@@ -47,7 +48,7 @@ std::optional<Sequence::Item> ItemMaker::Make(
 		mMaking.Tell(Note::Kind::eRemark, item.mPlace, "a freeze frame is silent");
 	}
 	Passing const passing = FindPassing(inItem, inPlacement);
-	AddMarkers(item, inPlacement, passing);
+	AddMarkers(inItem, inPlacement, passing);
 	if (whySilent.empty() && GetReach(inPlacement, mScope.mGrid).Intersect(mScope.mNeeded).IsEmpty())
 	{
 		whySilent = "it is cut away by what it stands in, or has no length";
@@ -75,10 +76,10 @@ void ItemMaker::AddMarkersOf(ItemView const& inItem)
 {
 	Placement const placement =
 		MakePlacement(Ratio(), mMaking.mMeasures.GetRange(inItem).mLength, mScope.mGrid);
-	AddMarkers(*inItem.mItem, placement, FindPassing(inItem, placement));
+	AddMarkers(inItem, placement, FindPassing(inItem, placement));
 }
 
-Sequence::Item ItemMaker::MakeSilence(Item const& inItem, Placement const& inPlacement) const
+Sequence::Item ItemMaker::MakeSilence(ItemView const& inItem, Placement const& inPlacement) const
 {
 	Sequence::Media media;
 	media.mLayout = mLayout;
@@ -104,22 +105,22 @@ ItemMaker::Passing ItemMaker::FindPassing(ItemView const& inItem, Placement cons
 }
 
 Sequence::Item ItemMaker::MakeItem(
-	Item const& inItem, Placement const& inPlacement, Passing const& inPassing) const
+	ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing) const
 {
 	Sequence::Item item;
-	item.mName = inItem.mName;
-	item.mOrigin = inItem.mPlace;
+	item.mName = GetLabel(inItem);
+	item.mOrigin = inItem.mItem->mPlace;
 	item.mStart = mScope.mGrid.ToTicks(inPlacement.mFirstFrame);
 	item.mEnd = mScope.mGrid.ToTicks(inPlacement.mEndFrame);
 	item.mSpeed = inPassing.mSpeed.ToDouble();
 	return item;
 }
 
-void ItemMaker::AddMarkers(Item const& inItem, Placement const& inPlacement, Passing const& inPassing)
+void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing)
 {
 	TimeSpan const visible = TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible);
 	TimeMap const toSequence = inPassing.mToContent.Invert();
-	for (Marker const& marker : inItem.mMarkers)
+	for (Marker const& marker : inItem.mItem->mMarkers)
 	{
 		Ratio const start = ToSeconds(marker.mMarkedRange.mStartTime);
 		Ratio const a = toSequence.Map(start);
@@ -134,7 +135,7 @@ void ItemMaker::AddMarkers(Item const& inItem, Placement const& inPlacement, Pas
 		Ratio const first = mScope.mToProgramme.Map(marked.mStart);
 		Ratio const last = mScope.mToProgramme.Map(marked.mEnd);
 		mMaking.mResult.mMarkers.push_back(
-			{marker.mName, marker.mComment, AppendName(mScope.mTrack, inItem, "item"), marker.mPlace,
+			{marker.mName, marker.mComment, AppendLabel(mScope.mTrack, GetLabel(inItem)), marker.mPlace,
 				std::min(first, last), std::max(first, last)});
 	}
 }
@@ -344,7 +345,7 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 		return std::nullopt;
 	}
 	CheckWidth(item, layout);
-	Sequence::Item result = MakeItem(item, inPlacement, inPassing);
+	Sequence::Item result = MakeItem(inItem, inPlacement, inPassing);
 	result.mContent = Sequence::Nest{description, scope.mGrid.ToTicks(first)};
 	if (inLevelsOn == LevelsOn::eItem)
 	{
@@ -414,7 +415,7 @@ Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlace
 	scope.mNeeded = inPassing.mToContent.Map(reach.Intersect(mScope.mNeeded));
 	if (inItem.mItem != mMaking.mTimelineStack)
 	{
-		scope.mTrack = AppendName(mScope.mTrack, *inItem.mItem, inItem.mTrack ? "track" : "stack");
+		scope.mTrack = AppendLabel(mScope.mTrack, GetLabel(inItem));
 		++scope.mDepth;
 	}
 	return scope;

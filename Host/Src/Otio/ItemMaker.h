@@ -55,7 +55,7 @@ public:
 	void AddMarkersOf(ItemView const& inItem);
 
 	// Silence in the item's place.
-	Sequence::Item MakeSilence(Item const& inItem, Placement const& inPlacement) const;
+	Sequence::Item MakeSilence(ItemView const& inItem, Placement const& inPlacement) const;
 
 private:
 	// How the item's own time passes in that of the sequence.
@@ -88,8 +88,9 @@ private:
 	// Which part of its content is heard backwards.
 	void TellStretch(ItemView const& inItem, Passing const& inPassing);
 	Passing FindPassing(ItemView const& inItem, Placement const& inPlacement) const;
-	Sequence::Item MakeItem(Item const& inItem, Placement const& inPlacement, Passing const& inPassing) const;
-	void AddMarkers(Item const& inItem, Placement const& inPlacement, Passing const& inPassing);
+	Sequence::Item MakeItem(
+		ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing) const;
+	void AddMarkers(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing);
 	void AddLevels(Item const& inItem, SN::AudioChannelLayout const& inFrom, Ratio const& inLength,
 		Sequence::Chain& outChain);
 	void CheckWidth(Item const& inItem, SN::AudioChannelLayout const& inFrom);

@@ -46,6 +46,12 @@ ItemView::ItemView(Stack const& inStack)
 {
 }
 
+ItemView::ItemView(Clip const& inClip)
+	: mItem(&inClip),
+	  mClip(&inClip)
+{
+}
+
 ItemView::ItemView(Track const& inTrack)
 	: mItem(&inTrack),
 	  mTrack(&inTrack)

@@ -31,6 +31,7 @@ Speed GetSpeed(Item const& inItem);
 struct ItemView
 {
 	ItemView(Composable const& inChild);
+	ItemView(Clip const& inClip);
 	ItemView(Track const& inTrack);
 	ItemView(Stack const& inStack);
 

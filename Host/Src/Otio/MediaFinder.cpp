@@ -79,8 +79,10 @@ void CheckFolder(std::filesystem::path const& inFolder)
 
 } // namespace
 
-MediaFinder::MediaFinder(std::filesystem::path inFolder, std::vector<std::filesystem::path> inMediaFolders)
+MediaFinder::MediaFinder(std::filesystem::path inFolder, std::vector<std::filesystem::path> inMediaFolders,
+	std::filesystem::path inShownFolder)
 	: mFolder(std::move(inFolder)),
+	  mShownFolder(std::move(inShownFolder)),
 	  mMediaFolders(std::move(inMediaFolders)),
 	  mAlikeNames(std::make_shared<AlikeNames>())
 {
@@ -88,6 +90,21 @@ MediaFinder::MediaFinder(std::filesystem::path inFolder, std::vector<std::filesy
 }
 
 FoundMedia MediaFinder::Find(std::string_view inUrl) const
+{
+	FoundMedia found = Search(inUrl);
+	found.mShownPath = GetShown(found.mPath);
+	return found;
+}
+
+std::filesystem::path MediaFinder::GetShown(std::filesystem::path const& inPath) const
+{
+	std::string const folder = mFolder.string() + "/";
+	std::string const path = inPath.string();
+	bool const isRenamed = !mShownFolder.empty() && path.starts_with(folder);
+	return isRenamed ? mShownFolder / path.substr(folder.size()) : inPath;
+}
+
+FoundMedia MediaFinder::Search(std::string_view inUrl) const
 {
 	MediaLocation const location = ParseMediaLocation(inUrl);
 	bool const isForeign = !location.mForeignScheme.empty();
@@ -119,8 +136,8 @@ FoundMedia MediaFinder::Find(std::string_view inUrl) const
 	{
 		if (isFile(place.GetPath()))
 		{
-			found.mRemark = QuotePath(named) + " is not " + (isForeign ? "a file" : "there") +
-							"; taken from " + QuotePath(found.mPath);
+			found.mRemark = QuotePath(GetShown(named)) + " is not " + (isForeign ? "a file" : "there") +
+							"; taken from " + QuotePath(GetShown(found.mPath));
 			return found;
 		}
 	}
@@ -129,8 +146,8 @@ FoundMedia MediaFinder::Find(std::string_view inUrl) const
 		if (auto const path = FindAlike(*places))
 		{
 			found.mPath = *path;
-			found.mRemark =
-				QuotePath(named) + " is not there; " + QuotePath(*path) + ", whose name is alike, is taken";
+			found.mRemark = QuotePath(GetShown(named)) + " is not there; " + QuotePath(GetShown(*path)) +
+							", whose name is alike, is taken";
 			found.mIsGuess = true;
 			return found;
 		}

@@ -1,5 +1,7 @@
 #include "Scope.h"
 
+#include "SonaroHost/Otio/Labels.h"
+
 #include "SonaroHost/TimePosition.h"
 
 #include <algorithm>
@@ -50,10 +52,12 @@ std::string DescribeSpan(TimeSpan const& inSpan)
 	return DescribeTime(inSpan.mStart) + " to " + DescribeTime(inSpan.mEnd);
 }
 
-std::string AppendName(std::string const& inTrack, Item const& inItem, char const* inKind)
+std::string GetLabel(ItemView const& inItem)
 {
-	std::string const name = inItem.mName.empty() ? inKind : inItem.mName;
-	return inTrack.empty() ? name : inTrack + " / " + name;
+	return inItem.mTrack   ? GetLabel(*inItem.mTrack)
+		   : inItem.mStack ? GetLabel(*inItem.mStack)
+		   : inItem.mClip  ? GetLabel(*inItem.mClip)
+						   : MakeLabel(inItem.mItem->mName, "gap", inItem.mItem->mPlace);
 }
 
 } // namespace SonaroHost::Otio

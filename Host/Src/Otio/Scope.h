@@ -92,7 +92,7 @@ std::string DescribeTime(Ratio const& inSeconds);
 // "0:01.000 to 0:02.500".
 std::string DescribeSpan(TimeSpan const& inSpan);
 
-// inTrack with a name behind it.
-std::string AppendName(std::string const& inTrack, Item const& inItem, char const* inKind);
+// What the item is called.
+std::string GetLabel(ItemView const& inItem);
 
 } // namespace SonaroHost::Otio

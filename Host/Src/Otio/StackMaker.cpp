@@ -5,6 +5,7 @@
 #include "TrackMaker.h"
 
 #include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/Otio/Labels.h"
 
 #include <algorithm>
 #include <utility>
@@ -69,7 +70,7 @@ void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
 		return;
 	}
 	Sequence::Track track;
-	track.mName = child.mItem->mName;
+	track.mName = GetLabel(child);
 	track.mOrigin = row.mPlace;
 	track.mLayout = row.mLayout;
 	AddItems(child, inWhySilent, track);
@@ -88,8 +89,7 @@ TrackRow StackMaker::MakeRow(
 	row.mIsHeard = inWhySilent.empty();
 	row.mReason = inWhySilent;
 	row.mName = inChild.mItem->mName;
-	row.mTrack = AppendName(
-		mScope.mTrack, *inChild.mItem, inChild.mTrack ? "track" : (inChild.mStack ? "stack" : "clip"));
+	row.mTrack = AppendLabel(mScope.mTrack, GetLabel(inChild));
 	row.mPlace = inChild.mItem->mPlace;
 	row.mIndex = inIndex;
 	row.mDepth = mScope.mDepth;
@@ -104,7 +104,7 @@ void StackMaker::AddItems(ItemView const& inChild, std::string const& inWhySilen
 	scope.mWhySilent = inWhySilent;
 	if (IsPlain(inChild))
 	{
-		scope.mTrack = AppendName(mScope.mTrack, *inChild.mItem, "track");
+		scope.mTrack = AppendLabel(mScope.mTrack, GetLabel(inChild));
 		ItemMaker(mMaking, mScope, ioTrack.mLayout).AddMarkersOf(inChild);
 		TrackMaker(mMaking, *inChild.mTrack, scope).Make(ioTrack);
 		return;

@@ -7,6 +7,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 
 namespace SonaroHost::Otio
 {
@@ -50,6 +52,25 @@ std::optional<Fields> Split(std::string_view inText)
 	return fields;
 }
 
+// How frames are counted at a rate.
+struct Counting
+{
+	explicit Counting(double inRate)
+		: mRate(ToExactRate(inRate)),
+		  mNominal(std::max<std::int64_t>(1, std::llround(std::ceil(mRate.ToDouble() - 1.0e-9))))
+	{
+	}
+
+	// Whether numbers can be left out.
+	bool CanDrop() const { return (mNominal == 30 || mNominal == 60) && mRate < Ratio(mNominal); }
+	// Two of 30, four of 60, at the start of each minute but every tenth.
+	std::int64_t GetDropped() const { return mNominal / 15; }
+
+	Ratio mRate;
+	// Frames that a second is counted to have.
+	std::int64_t mNominal;
+};
+
 } // namespace
 
 bool IsTimecode(std::string_view inText)
@@ -60,27 +81,49 @@ bool IsTimecode(std::string_view inText)
 std::optional<Ratio> ParseTimecode(std::string_view inText, double inRate)
 {
 	auto const fields = Split(inText);
-	Ratio const rate = ToExactRate(inRate);
-	std::int64_t const nominal = std::max<std::int64_t>(1, std::llround(std::ceil(rate.ToDouble() - 1.0e-9)));
-	if (!fields || fields->mValues[1] >= 60 || fields->mValues[2] >= 60 || fields->mValues[3] >= nominal)
+	Counting const counting(inRate);
+	if (!fields || fields->mValues[1] >= 60 || fields->mValues[2] >= 60 ||
+		fields->mValues[3] >= counting.mNominal)
 	{
 		return std::nullopt;
 	}
 	auto const [hours, minutes, seconds, frames] = fields->mValues;
-	std::int64_t count = ((hours * 60 + minutes) * 60 + seconds) * nominal + frames;
+	std::int64_t count = ((hours * 60 + minutes) * 60 + seconds) * counting.mNominal + frames;
 	if (fields->mDrops)
 	{
-		// Two numbers of 30, four of 60, at the start of each minute but every tenth.
-		std::int64_t const dropped = nominal / 15;
-		bool const canDrop = (nominal == 30 || nominal == 60) && rate < Ratio(nominal);
-		if (!canDrop || (minutes % 10 != 0 && seconds == 0 && frames < dropped))
+		std::int64_t const dropped = counting.GetDropped();
+		if (!counting.CanDrop() || (minutes % 10 != 0 && seconds == 0 && frames < dropped))
 		{
 			return std::nullopt;
 		}
 		std::int64_t const allMinutes = hours * 60 + minutes;
 		count -= dropped * (allMinutes - allMinutes / 10);
 	}
-	return Ratio(count) / rate;
+	return Ratio(count) / counting.mRate;
+}
+
+std::string FormatTimecode(Ratio const& inTime, double inRate)
+{
+	Counting const counting(inRate);
+	std::int64_t const signedCount = (inTime * counting.mRate).Round();
+	std::int64_t count = std::abs(signedCount);
+	if (counting.CanDrop())
+	{
+		std::int64_t const dropped = counting.GetDropped();
+		std::int64_t const framesOfMinute = 60 * counting.mNominal - dropped;
+		std::int64_t const framesOfTen = 10 * framesOfMinute + dropped;
+		std::int64_t const rest = count % framesOfTen;
+		// The first minute of ten has all its numbers.
+		std::int64_t const minutes = std::max<std::int64_t>(0, rest - dropped) / framesOfMinute;
+		count += dropped * (9 * (count / framesOfTen) + minutes);
+	}
+	std::int64_t const seconds = count / counting.mNominal;
+	std::array<char, 64> text{};
+	std::snprintf(text.data(), text.size(), "%s%02lld:%02lld:%02lld%c%02lld", signedCount < 0 ? "-" : "",
+		static_cast<long long>(seconds / 3600), static_cast<long long>(seconds / 60 % 60),
+		static_cast<long long>(seconds % 60), counting.CanDrop() ? ';' : ':',
+		static_cast<long long>(count % counting.mNominal));
+	return text.data();
 }
 
 } // namespace SonaroHost::Otio

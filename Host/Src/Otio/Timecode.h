@@ -3,6 +3,7 @@
 #include "SonaroHost/Otio/Ratio.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace SonaroHost::Otio
@@ -15,5 +16,9 @@ bool IsTimecode(std::string_view inText);
 // for frames that the rate does not have, and for dropped ones: ";" before the frames stands for the counting at 29.97
 // and 59.94 that leaves numbers out (SMPTE 12M), so that the label goes with the clock.
 std::optional<Ratio> ParseTimecode(std::string_view inText, double inRate);
+
+// The timecode of the frame that is nearest to a time, in seconds, at a rate: "01:00:10:12", and "01:00:10;12" at 29.97
+// and 59.94, whose numbers go with the clock. "-" stands before times below 0.
+std::string FormatTimecode(Ratio const& inTime, double inRate);
 
 } // namespace SonaroHost::Otio

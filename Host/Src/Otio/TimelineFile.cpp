@@ -181,6 +181,7 @@ TimelineFile::TimelineFile(std::filesystem::path const& inPath)
 	{
 		mDocument = ReadDocumentFile(inPath);
 	}
+	mShownFolder = mUnpacked ? inPath : mFolder;
 }
 
 TimelineFile::~TimelineFile() = default;

@@ -1,6 +1,9 @@
 #include "SonaroHost/Otio/TimelineInput.h"
 
 #include "MediaList.h"
+#include "PlaceNames.h"
+
+#include "SonaroHost/PrintableText.h"
 
 #include <algorithm>
 #include <cctype>
@@ -23,16 +26,17 @@ TimelineInput::TimelineInput(
 	std::filesystem::path const& inPath, std::vector<std::filesystem::path> inMediaFolders)
 	: mPath(inPath),
 	  mFile(inPath),
-	  mFinder(mFile.GetFolder(), std::move(inMediaFolders)),
+	  mFinder(mFile.GetFolder(), std::move(inMediaFolders), mFile.GetShownFolder()),
 	  mNotes(mFile.GetDocument().mNotes)
 {
 	std::size_t const timelines = mFile.GetDocument().mTimelines.size();
 	if (timelines > 1)
 	{
 		mNotes.push_back({Note::Kind::eGuess, GetTimeline().mPlace,
-			"the file holds " + std::to_string(timelines) + " timelines; the first one, \"" +
-				GetTimeline().mName + "\", is taken"});
+			"the file holds " + std::to_string(timelines) + " timelines; the first one, " +
+				QuoteName(GetTimeline().mName) + ", is taken"});
 	}
+	PlaceNames(GetTimeline()).Name(mNotes);
 }
 
 std::vector<std::filesystem::path> TimelineInput::ListMedia() const
@@ -49,6 +53,7 @@ TimelineSequence TimelineInput::MakeSequence(TimelineOptions const& inOptions)
 {
 	TimelineSequence sequence = MakeTimelineSequence(GetTimeline(), mFinder, mMedia, inOptions);
 	sequence.mFile = mPath;
+	PlaceNames(GetTimeline()).Name(sequence.mNotes);
 	return sequence;
 }
 

@@ -3,6 +3,7 @@
 #include "Timecode.h"
 
 #include "SonaroHost/HostError.h"
+#include "SonaroHost/Otio/ProgrammeTimecode.h"
 #include "SonaroHost/TimePosition.h"
 
 #include <algorithm>
@@ -18,33 +19,6 @@ namespace
 [[noreturn]] void Refuse(std::string const& inMessage)
 {
 	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
-// Of the first item with a range, in the order of the file.
-std::optional<double> FindRate(Item const& inItem)
-{
-	return inItem.mSourceRange ? std::optional(inItem.mSourceRange->mDuration.mRate) : std::nullopt;
-}
-
-std::optional<double> FindRate(Timeline const& inTimeline)
-{
-	if (inTimeline.mGlobalStartTime)
-	{
-		return inTimeline.mGlobalStartTime->mRate;
-	}
-	for (Composable const& child : inTimeline.mTracks.mChildren)
-	{
-		Track const* const track = child.As<Track>();
-		for (std::size_t i = 0; track && i < track->mChildren.size(); ++i)
-		{
-			Item const* const item = track->mChildren[i].AsItem();
-			if (auto const rate = item ? FindRate(*item) : std::nullopt)
-			{
-				return rate;
-			}
-		}
-	}
-	return std::nullopt;
 }
 
 class RangeParser
@@ -148,7 +122,7 @@ private:
 			auto const time = TimePosition::Parse(inText);
 			return time ? Frame(time->ToSamples(mSequence.mSampleRate)) : std::nullopt;
 		}
-		auto const rate = FindRate(mTimeline);
+		auto const rate = FindTimecodeRate(mTimeline);
 		auto const time = rate ? ParseTimecode(inText, *rate) : std::nullopt;
 		if (!rate)
 		{

@@ -117,7 +117,7 @@ void TimelineRenderJob::PlanFiles()
 	{
 		if (mRequest.mStems == Stems::eTracks && row.mDepth == 0 && row.mIsHeard)
 		{
-			stems.push_back({row.mName, mRange, row.mIndex});
+			stems.push_back({row.mTrack, mRange, row.mIndex});
 		}
 	}
 	for (MarkerRow const& marker : mSequence.mMarkers)

@@ -25,7 +25,7 @@ void TrackMaker::Make(Sequence::Track& ioTrack)
 		{
 			Slot const& slot = mSlots[index];
 			AddItem(index,
-				ItemMaker(mMaking, mScope, ioTrack.mLayout).MakeSilence(*slot.mView.mItem, slot.mPlacement),
+				ItemMaker(mMaking, mScope, ioTrack.mLayout).MakeSilence(slot.mView, slot.mPlacement),
 				ioTrack);
 			continue;
 		}

@@ -3,7 +3,7 @@
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/Otio/FileMedia.h"
 #include "SonaroHost/Otio/MediaFinder.h"
-#include "SonaroHost/Otio/TimelineSequence.h"
+#include "SonaroHost/Otio/TimelineInput.h"
 #include "Vexilon/BinaryData.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -256,14 +256,24 @@ TEST_F(OtioFiles, BundlesHoldTheirMediaAndLeaveNothingBehind)
 	for (char const* const name : {"edit.otiod", "edit.otioz"})
 	{
 		SCOPED_TRACE(name);
-		TimelineFile const file(mFolder / name);
-		FileMedia media;
-		TimelineSequence const sequence =
-			MakeTimelineSequence(file.GetDocument().mTimelines.front(), MediaFinder(file.GetFolder()), media);
+		TimelineInput input(mFolder / name);
+		TimelineSequence const sequence = input.MakeSequence();
 		EXPECT_TRUE(sequence.mMissing.empty());
 		EXPECT_EQ(sequence.mFrames, 2000);
 		ASSERT_EQ(sequence.mClips.size(), 1u);
 		EXPECT_EQ(sequence.mClips[0].mFirstMediaSample, 1000);
+		// And not by the place that they were unpacked to.
+		EXPECT_EQ(sequence.mClips[0].mMedia, mFolder / name / "media/a.wav");
+		ASSERT_TRUE(input.GetMedia().FindInfo(mFolder / name / "media/a.wav"));
+	}
+	WriteZip(mFolder / "edit.otioz", {{"content.otio", content}, {"media/a.wav", "no sound"}});
+	{
+		TimelineInput input(mFolder / "edit.otioz");
+		TimelineSequence const sequence = input.MakeSequence();
+		ASSERT_EQ(sequence.mMissing.size(), 1u);
+		EXPECT_EQ(sequence.mMissing[0].mPath, mFolder / "edit.otioz/media/a.wav");
+		ASSERT_FALSE(sequence.mNotes.empty());
+		EXPECT_THAT(sequence.mNotes[0].mText, HasSubstr("edit.otioz/media/a.wav' cannot be read as sound"));
 	}
 	EXPECT_TRUE(IsTemporaryEmpty());
 }

@@ -25,6 +25,8 @@ struct FoundMedia
 	std::string mRemark;
 	// Whether the remark is a guess: another file may have been meant.
 	bool mIsGuess = false;
+	// mPath for people: what was unpacked from a bundle lies in the bundle.
+	std::filesystem::path mShownPath;
 	// The places that were empty. A file there would be taken the next time.
 	std::vector<std::filesystem::path> mLookedFor = {};
 };
@@ -41,17 +43,22 @@ struct FoundMedia
 class MediaFinder
 {
 public:
-	// inFolder: of the timeline. Throws a HostError of the kind eRequest for a media folder that is not there.
-	explicit MediaFinder(
-		std::filesystem::path inFolder, std::vector<std::filesystem::path> inMediaFolders = {});
+	// inFolder: of the timeline. inShownFolder: what it is called before people, when that is something else. Throws a
+	// HostError of the kind eRequest for a media folder that is not there.
+	explicit MediaFinder(std::filesystem::path inFolder,
+		std::vector<std::filesystem::path> inMediaFolders = {}, std::filesystem::path inShownFolder = {});
 
 	FoundMedia Find(std::string_view inUrl) const;
+	// The path as it is called before people.
+	std::filesystem::path GetShown(std::filesystem::path const& inPath) const;
 
 	// A sound file that lies where the URL's file would, or does, and has its name but for the ending: the sound of a
 	// movie. A guess.
 	std::optional<std::filesystem::path> FindSound(std::string_view inUrl) const;
 
 private:
+	FoundMedia Search(std::string_view inUrl) const;
+
 	// A path below a folder.
 	struct Place
 	{
@@ -68,6 +75,7 @@ private:
 	std::optional<std::filesystem::path> FindAlike(std::vector<Place> const& inPlaces) const;
 
 	std::filesystem::path mFolder;
+	std::filesystem::path mShownFolder;
 	std::vector<std::filesystem::path> mMediaFolders;
 	std::shared_ptr<AlikeNames> mAlikeNames;
 };

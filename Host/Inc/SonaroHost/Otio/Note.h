@@ -28,6 +28,9 @@ struct Note
 	std::string mText;
 	// How many places of the file it stands for.
 	std::size_t mCount = 1;
+	// Where the place lies for people: the clip's name, if in one, and the tracks and stacks as "Dialogue / Scene 4".
+	std::string mClip = {};
+	std::string mTrack = {};
 };
 
 } // namespace SonaroHost::Otio

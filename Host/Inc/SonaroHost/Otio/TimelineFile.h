@@ -26,10 +26,13 @@ public:
 	Document const& GetDocument() const { return mDocument; }
 	// From which relative media count.
 	std::filesystem::path const& GetFolder() const { return mFolder; }
+	// What the folder is called before people: the archive, where it was unpacked.
+	std::filesystem::path const& GetShownFolder() const { return mShownFolder; }
 
 private:
 	std::unique_ptr<TemporaryFolder> mUnpacked;
 	std::filesystem::path mFolder;
+	std::filesystem::path mShownFolder;
 	Document mDocument;
 };
 
