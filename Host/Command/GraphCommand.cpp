@@ -49,7 +49,8 @@ GraphDrawing Draw(Otio::TimelineSequence const& inSequence, std::optional<std::s
 {
 	constexpr unsigned kBlockFrames = 2048;
 	auto const rate = SN::FrameRate::FromSamplesPerSecond(inSequence.mSampleRate);
-	RenderContextScope const context(kBlockFrames, SN::kTimeMax, SN::ImmutableString("drawing"));
+	RenderContextScope const context(
+		Otio::ChooseBlock(inSequence, kBlockFrames), SN::kTimeMax, SN::ImmutableString("drawing"));
 	Sequence::SequenceGraph const graph = Otio::MakeTimelineGraph(inSequence, context.Get());
 	return GraphDrawing(graph.GetGenerator(), rate, inMaxDepth);
 }

@@ -117,7 +117,7 @@ std::string DescribeProgrammeForPeople(Described const& inDescribed)
 			FormatLength(sequence.mFrames, sequence.mSampleRate) + "\n";
 	text += "Rate      " + (timecode ? FormatRate(timecode->GetRate()) + " frames a second, " : "") +
 			std::to_string(sequence.mSampleRate) + " Hz\n";
-	return text + "Layout    " + GetLayoutName(sequence.mDescription->mLayout) + "\n";
+	return text + "Layout    " + GetLayoutName(sequence.mLayout) + "\n";
 }
 
 std::string ListMarkersForPeople(Described const& inDescribed)

@@ -121,6 +121,7 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mFadeOut = mShared.ParseFadeOut();
 	request.mLevels = mShared.mLevels;
 	request.mMeasuring = mShared.GetMeasuring();
+	request.mKeepsRows = !mShared.mReport.empty();
 	request.mReplace = !mShared.mKeepsOldFile;
 	request.mBlockFrames = mShared.mBlockFrames.value_or(request.mBlockFrames);
 	return request;

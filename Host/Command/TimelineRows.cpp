@@ -98,7 +98,7 @@ Json DescribeProgramme(TimelineSequence const& inSequence)
 	json["rate"] = inSequence.mSampleRate;
 	json["samples"] = inSequence.mFrames;
 	json["seconds"] = static_cast<double>(inSequence.mFrames) / inSequence.mSampleRate;
-	json["layout"] = GetLayoutName(inSequence.mDescription->mLayout);
+	json["layout"] = GetLayoutName(inSequence.mLayout);
 	if (inSequence.mGlobalStart)
 	{
 		json["globalStartSeconds"] = inSequence.mGlobalStart->ToDouble();

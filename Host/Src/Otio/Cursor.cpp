@@ -63,6 +63,8 @@ std::string Cursor::GetPlace() const
 	AppendPlace(place);
 	if (place.size() <= kLongest)
 	{
+		// Each part of a document keeps one.
+		place.shrink_to_fit();
 		return place;
 	}
 	std::size_t const lastSlash = place.find('/', place.size() - kKept);

@@ -3,6 +3,7 @@
 #include "SonaroHost/HostError.h"
 #include "SonaroHost/RenderContextScope.h"
 
+#include <cstdint>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -37,10 +38,23 @@ Sequence::SequenceGraph MakeTimelineGraph(
 	}
 }
 
+unsigned ChooseBlock(TimelineSequence const& inSequence, unsigned inWanted)
+{
+	constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 21;
+	std::uint64_t const channels = Sequence::CountChannels(*inSequence.mDescription);
+	unsigned frames = inWanted;
+	while (frames >= 2 * kControlInterval && frames * channels > kMostSamples)
+	{
+		frames /= 2;
+	}
+	return frames;
+}
+
 void CheckCanRender(TimelineSequence const& inSequence)
 {
 	CheckHasSound(inSequence);
-	RenderContextScope const context(kBlockFrames, SN::kTimeMax, SN::ImmutableString("check"));
+	RenderContextScope const context(
+		ChooseBlock(inSequence, kBlockFrames), SN::kTimeMax, SN::ImmutableString("check"));
 	MakeTimelineGraph(inSequence, context.Get());
 }
 

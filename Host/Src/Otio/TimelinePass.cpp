@@ -14,16 +14,17 @@ std::optional<Sequence::GraphReport> RunPass(TimelineSequence const& inSequence,
 {
 	auto const rate = SN::FrameRate::FromSamplesPerSecond(inSequence.mSampleRate);
 	std::int64_t const first = inSequence.mFirstFrame + inPass.mRange.mFirstFrame;
-	RenderContextScope const context(inPass.mBlockFrames, SN::TickTime(first + inPass.mRange.mFrames, rate),
-		SN::ImmutableString("timeline"));
-	Sequence::SequenceGraph const graph = MakeTimelineGraph(inSequence, context.Get());
+	unsigned const blockFrames = ChooseBlock(inSequence, inPass.mBlockFrames);
+	RenderContextScope const context(
+		blockFrames, SN::TickTime(first + inPass.mRange.mFrames, rate), SN::ImmutableString("timeline"));
+	Sequence::SequenceGraph graph = MakeTimelineGraph(inSequence, context.Get());
 	if (auto const failure = inMedia.GetFailure())
 	{
 		throw *failure;
 	}
 
 	OfflineRange range{
-		inPass.mRange.mFrames, rate, static_cast<unsigned>(graph.GetLayout().size()), inPass.mBlockFrames};
+		inPass.mRange.mFrames, rate, static_cast<unsigned>(graph.GetLayout().size()), blockFrames};
 	range.mFirstFrame = first;
 	if (inPass.mBegin)
 	{
@@ -38,7 +39,7 @@ std::optional<Sequence::GraphReport> RunPass(TimelineSequence const& inSequence,
 		inPass.mSink(ioBlock);
 	};
 	bool const isDone = RenderOffline(graph.GetGenerator(), range, sink, inStop);
-	return isDone && !inStop.stop_requested() ? std::optional(graph.GetReport()) : std::nullopt;
+	return isDone && !inStop.stop_requested() ? std::optional(graph.TakeReport()) : std::nullopt;
 }
 
 } // namespace SonaroHost::Otio

@@ -66,6 +66,8 @@ TimelineRenderJob::TimelineRenderJob(TimelineRenderRequest inRequest)
 	ChooseRange();
 	PlanFiles();
 	CheckFiles();
+	// Each pass makes its own, with its meters.
+	mSequence.mDescription.reset();
 }
 
 TimelineRenderJob::~TimelineRenderJob() = default;
@@ -184,6 +186,10 @@ std::optional<TimelineRenderSummary> TimelineRenderJob::Run(
 	if (mRequest.mStems != Stems::eNone)
 	{
 		folder.emplace(mRequest.mOutput);
+	}
+	if (!mRequest.mKeepsRows && mRequest.mMeasuring != Measuring::eTracks)
+	{
+		DropRows(mSequence);
 	}
 	TimelineOptions options = MakeOptions(mRequest);
 	options.mSampleRate = mSequence.mSampleRate;

@@ -34,7 +34,11 @@ bool TimelineRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const
 	{
 		options.mMakeMeter = [&meters](TrackRow const& inRow) { return meters.Make(inRow); };
 	}
-	TimelineSequence const sequence = mInput.MakeSequence(options);
+	TimelineSequence sequence = mInput.MakeSequence(options);
+	if (!inPass.mMeasuresTracks)
+	{
+		DropRows(sequence);
+	}
 	TimelinePass pass;
 	pass.mRange = file.mRange;
 	pass.mBlockFrames = mFrames.mOfBlock;

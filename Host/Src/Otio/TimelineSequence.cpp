@@ -108,6 +108,7 @@ public:
 		mResult.mSampleRate = ChooseRate();
 		mWhySilent = FindSilence(mStack);
 		mLayout = ChooseLayout();
+		mResult.mLayout = mLayout;
 		mRange = mMeasures.GetRange(mStack);
 		mNeedsNesting = HasFades(mStack) || FindPan(mStack) || GetSpeed(mStack).mFactor != Ratio(1);
 		mResult.mDescription = mNeedsNesting ? MakeNested() : MakeDirectly();
@@ -257,6 +258,12 @@ TimelineSequence MakeTimelineSequence(Timeline const& inTimeline, MediaFinder co
 	FileMedia& ioMedia, TimelineOptions const& inOptions)
 {
 	return Maker(inTimeline, inFinder, ioMedia, inOptions).Make();
+}
+
+void DropRows(TimelineSequence& ioSequence)
+{
+	ioSequence.mClips = std::vector<ClipRow>();
+	ioSequence.mTracks = std::vector<TrackRow>();
 }
 
 bool HasGuesses(std::vector<Note> const& inNotes)

@@ -13,7 +13,7 @@ namespace
 
 constexpr std::size_t kMaxDepth = 64;
 
-// Builds on the next level, as an instance that shares scratch memory with no other one there.
+// Builds on the next level, as an instance that shares scratch memory with the others of its number there.
 class LevelScope
 {
 public:
@@ -55,6 +55,7 @@ NestBuilder::NestBuilder(GraphTools& ioTools, GraphReport& ioReport)
 Generator NestBuilder::BuildOutermost(Description const& inDescription, SN::Prefetcher const* inPrefetcher)
 {
 	mPath = {&inDescription};
+	CountUses(inDescription);
 	std::string const prefix;
 	SequenceSite const site{prefix, mBuildNest, mReport, inPrefetcher};
 	return SequenceBuilder(mTools, inDescription, site).Build();
@@ -72,15 +73,43 @@ Generator NestBuilder::BuildNest(Nest const& inNest, Place const& inPlace)
 		return silence;
 	}
 	++mBuilt[&description];
-	std::size_t const level = mPath.size();
-	mInstances.resize(std::max(mInstances.size(), level + 1));
-	LevelScope const scope(*mTools.GetContext(), mInstances[level]++);
+	LevelScope const scope(*mTools.GetContext(), ChooseInstance(description));
 	mPath.push_back(&description);
 	std::string const prefix = inPlace.GetItemPrefix();
 	SequenceSite const site{prefix, mBuildNest, mReport};
 	Generator const nest = SequenceBuilder(mTools, description, site).Build();
 	mPath.pop_back();
 	return nest;
+}
+
+void NestBuilder::CountUses(Description const& inDescription)
+{
+	if (mUses[&inDescription]++ != 0)
+	{
+		return;
+	}
+	for (Track const& track : inDescription.mTracks)
+	{
+		for (Item const& item : track.mItems)
+		{
+			Nest const* const nest = std::get_if<Nest>(&item.mContent);
+			if (nest && nest->mSequence)
+			{
+				CountUses(*nest->mSequence);
+			}
+		}
+	}
+}
+
+unsigned NestBuilder::ChooseInstance(Description const& inDescription)
+{
+	if (mUses.at(&inDescription) == 1)
+	{
+		return 0;
+	}
+	std::size_t const level = mPath.size();
+	mInstances.resize(std::max(mInstances.size(), level + 1));
+	return ++mInstances[level];
 }
 
 void NestBuilder::CheckPath(Description const& inDescription, Place const& inPlace) const

@@ -19,6 +19,8 @@ namespace SonaroHost::Sequence
 
 // The sequences of one graph, each on its level of nesting.
 //
+// Scratch  Sequences on one level share their scratch memory: they render one after the other. One that stands in
+//          several places has its own.
 // Again    A sequence that stands in several items is built for each one, up to the engine's limit of instances
 //          (OQ.Sonaro.ComplexityBeforeRender). What goes beyond it is silent and reported.
 class NestBuilder
@@ -32,6 +34,9 @@ public:
 
 private:
 	Generator BuildNest(Nest const& inNest, Place const& inPlace);
+	void CountUses(Description const& inDescription);
+	// By which the scratch memory is told apart.
+	unsigned ChooseInstance(Description const& inDescription);
 	void CheckPath(Description const& inDescription, Place const& inPlace) const;
 
 	GraphTools& mTools;
@@ -41,7 +46,9 @@ private:
 	std::vector<Description const*> mPath;
 	// How often each one was built.
 	std::map<Description const*, unsigned> mBuilt;
-	// By level.
+	// How many places each one stands in.
+	std::map<Description const*, unsigned> mUses;
+	// By level, those that have scratch memory of their own.
 	std::vector<unsigned> mInstances;
 };
 

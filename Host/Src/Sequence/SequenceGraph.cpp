@@ -4,9 +4,53 @@
 #include "NestBuilder.h"
 
 #include <algorithm>
+#include <map>
 
 namespace SonaroHost::Sequence
 {
+
+namespace
+{
+
+// Sequences that stand in many places are counted in once.
+class ChannelCount
+{
+public:
+	std::uint64_t Get(Description const& inDescription)
+	{
+		auto const known = mCounts.find(&inDescription);
+		if (known != mCounts.end())
+		{
+			return known->second;
+		}
+		// For one that is nested in itself, which is refused later.
+		mCounts[&inDescription] = 0;
+		std::uint64_t count = inDescription.mLayout.size();
+		for (Submix const& submix : inDescription.mSubmixes)
+		{
+			count += submix.mLayout.size();
+		}
+		for (Track const& track : inDescription.mTracks)
+		{
+			count += track.mLayout.size();
+			for (Item const& item : track.mItems)
+			{
+				Nest const* const nest = std::get_if<Nest>(&item.mContent);
+				std::uint64_t const inner = nest && nest->mSequence ? Get(*nest->mSequence) : 0;
+				// Doubling with each level, it may be more than there are numbers for.
+				count = std::min(count + inner, kMost);
+			}
+		}
+		return mCounts[&inDescription] = count;
+	}
+
+private:
+	static constexpr std::uint64_t kMost = std::uint64_t{1} << 62;
+
+	std::map<Description const*, std::uint64_t> mCounts;
+};
+
+} // namespace
 
 SequenceGraph::SequenceGraph(Description const& inDescription,
 	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
@@ -15,6 +59,11 @@ SequenceGraph::SequenceGraph(Description const& inDescription,
 {
 	GraphTools tools(inContext, inFrameRate);
 	mGenerator = NestBuilder(tools, mReport).BuildOutermost(inDescription, inPrefetcher);
+}
+
+std::uint64_t CountChannels(Description const& inDescription)
+{
+	return ChannelCount().Get(inDescription);
 }
 
 SN::TickTime GetLength(Description const& inDescription)

@@ -109,9 +109,10 @@ private:
 
 	void RenderRequest(Request const& inRequest);
 	bool FindItem(TickTime const& inTime);
-	bool RenderItems(Request const& inRequest);
-	void RenderChunk(TrackItem const& inItem, TickTime const& inTime, bool inReverse);
-	void RunChain(Request const& inRequest);
+	bool RenderItems(Request const& inRequest, dsp::AudioSubBuffer& ioWindow);
+	void RenderChunk(
+		TrackItem const& inItem, TickTime const& inTime, bool inReverse, dsp::AudioSubBuffer& ioWindow);
+	void RunChain(Request const& inRequest, dsp::AudioSubBuffer& ioWindow);
 	void ReturnFromEnd();
 	void PrerollItems(TickTime const& inStartTime, bool inReverse);
 	void PrefetchItems(
@@ -127,9 +128,6 @@ private:
 	TrackCache mCache;
 	TrackMute mMute;
 	ProcessorChain mChain;
-	// The part of the items' buffer that is worked on, and the part of the output behind the pan.
-	dsp::AudioSubBuffer mItemWindow;
-	dsp::AudioSubBuffer mPanOutput;
 	// The width that items and processors need, and that of the widest stage.
 	unsigned mNumChannels = 0;
 	unsigned mWidestChannels = 0;

@@ -92,9 +92,6 @@ private:
 	TrackCache mCache;
 	TrackMute mMute;
 	ProcessorChain mChain;
-	// The part of the source's audio that is worked on, and the part of the output behind the pan.
-	dsp::AudioSubBuffer mWindow;
-	dsp::AudioSubBuffer mPanOutput;
 	// The width of the widest stage.
 	unsigned mWidestChannels = 0;
 	bool mPrerolled = false;

@@ -6,7 +6,6 @@
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
 #include "AudioRender/Track/FirstBlock.h"
-#include "AudioRender/Track/WindowWidth.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "Sonaro/IMuteAwareItem.h"
 
@@ -326,9 +325,11 @@ void AudioClipTrackRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuff
 
 void AudioClipTrackRenderer::RenderRequest(Request const& inRequest)
 {
-	SetWidth(mItemWindow, std::min<unsigned long long>(mNumChannels, inRequest.mItemBuffer.GetNumChannels()));
-	mItemWindow.Assign(inRequest.mItemBuffer, 0);
-	if (!FindItem(inRequest.mTime) || !RenderItems(inRequest))
+	// A window takes more memory than the rest of the track, and is cheap to make.
+	dsp::AudioSubBuffer window;
+	window.Init(std::min<unsigned long long>(mNumChannels, inRequest.mItemBuffer.GetNumChannels()));
+	window.Assign(inRequest.mItemBuffer, 0);
+	if (!FindItem(inRequest.mTime) || !RenderItems(inRequest, window))
 	{
 		// A request is played whole or not at all.
 		inRequest.mOutput.Zero();
@@ -339,7 +340,7 @@ void AudioClipTrackRenderer::RenderRequest(Request const& inRequest)
 		// From here on samples stand in playing order.
 		inRequest.mItemBuffer.Reverse();
 	}
-	RunChain(inRequest);
+	RunChain(inRequest, window);
 	GetLastLine().Process(inRequest.mOutput);
 	mMute.Process(inRequest.mOutput);
 }
@@ -370,7 +371,7 @@ bool AudioClipTrackRenderer::FindItem(TickTime const& inTime)
 }
 
 // Fills the items' buffer in ascending time; false when the list ends within the request.
-bool AudioClipTrackRenderer::RenderItems(Request const& inRequest)
+bool AudioClipTrackRenderer::RenderItems(Request const& inRequest, dsp::AudioSubBuffer& ioWindow)
 {
 	unsigned const total = inRequest.mItemBuffer.GetUseSize();
 	TickTime time = inRequest.mTime;
@@ -388,48 +389,49 @@ bool AudioClipTrackRenderer::RenderItems(Request const& inRequest)
 			continue;
 		}
 		auto const chunk = static_cast<unsigned>(std::min<long long>(frames, total - done));
-		mItemWindow.Assign(inRequest.mItemBuffer, done);
-		mItemWindow.SetUseSize(chunk);
-		RenderChunk(mItems[index], time, inRequest.mReverse);
+		ioWindow.Assign(inRequest.mItemBuffer, done);
+		ioWindow.SetUseSize(chunk);
+		RenderChunk(mItems[index], time, inRequest.mReverse, ioWindow);
 		done += chunk;
 		time.AddFrames(chunk, GetFrameRate());
 	}
 	return true;
 }
 
-void AudioClipTrackRenderer::RenderChunk(TrackItem const& inItem, TickTime const& inTime, bool inReverse)
+void AudioClipTrackRenderer::RenderChunk(
+	TrackItem const& inItem, TickTime const& inTime, bool inReverse, dsp::AudioSubBuffer& ioWindow)
 {
 	mMute.Update();
 	TickTime const itemTime = inTime - inItem.mItem->GetTrackItemStartTime();
-	unsigned const frames = mItemWindow.GetUseSize();
+	unsigned const frames = ioWindow.GetUseSize();
 	if (mMute.IsComplete())
 	{
 		if (InterfaceRef<IMuteAwareItem>(inItem.mItem))
 		{
-			inItem.mGenerator->GetAudioData(itemTime, mItemWindow, inReverse);
-			FillUp(mItemWindow, frames);
+			inItem.mGenerator->GetAudioData(itemTime, ioWindow, inReverse);
+			FillUp(ioWindow, frames);
 		}
-		mItemWindow.Zero();
+		ioWindow.Zero();
 		return;
 	}
-	inItem.mGenerator->GetAudioData(itemTime, mItemWindow, inReverse);
-	FillUp(mItemWindow, frames);
+	inItem.mGenerator->GetAudioData(itemTime, ioWindow, inReverse);
+	FillUp(ioWindow, frames);
 	if (inReverse)
 	{
-		mItemWindow.Reverse();
+		ioWindow.Reverse();
 	}
 }
 
-void AudioClipTrackRenderer::RunChain(Request const& inRequest)
+void AudioClipTrackRenderer::RunChain(Request const& inRequest, dsp::AudioSubBuffer& ioWindow)
 {
-	mItemWindow.Assign(inRequest.mItemBuffer, 0);
+	ioWindow.Assign(inRequest.mItemBuffer, 0);
+	dsp::AudioSubBuffer panOutput;
 	if (inRequest.mPanAlters)
 	{
-		SetWidth(
-			mPanOutput, std::min<unsigned long long>(mWidestChannels, inRequest.mOutput.GetNumChannels()));
-		mPanOutput.Assign(inRequest.mOutput, 0);
+		panOutput.Init(std::min<unsigned long long>(mWidestChannels, inRequest.mOutput.GetNumChannels()));
+		panOutput.Assign(inRequest.mOutput, 0);
 	}
-	mChain.Run({mItemWindow, inRequest.mPanAlters ? &mPanOutput : nullptr, inRequest.mTime, GetFrameRate(),
+	mChain.Run({ioWindow, inRequest.mPanAlters ? &panOutput : nullptr, inRequest.mTime, GetFrameRate(),
 				   inRequest.mReverse},
 		*this, {.mDelayOwner = this});
 }

@@ -4,7 +4,6 @@
 #include "AudioRender/Core/StackAudioBufferTags.h"
 #include "AudioRender/Track/FirstBlock.h"
 #include "AudioRender/Track/PanWorkingWidth.h"
-#include "AudioRender/Track/WindowWidth.h"
 
 #include <algorithm>
 
@@ -137,14 +136,17 @@ void AudioMixTrackRenderer::RunChain(
 	dsp::AudioBuffer& ioSource, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse)
 {
 	unsigned const width = outPan ? mChain.GetPanProcessor()->GetNumInputChannels() : GetNumChannels();
-	SetWidth(mWindow, std::min<unsigned long long>(width, ioSource.GetNumChannels()));
-	mWindow.Assign(ioSource, 0);
+	// Windows take more memory than the rest of a track, and are cheap to make.
+	dsp::AudioSubBuffer window;
+	window.Init(std::min<unsigned long long>(width, ioSource.GetNumChannels()));
+	window.Assign(ioSource, 0);
+	dsp::AudioSubBuffer panOutput;
 	if (outPan)
 	{
-		SetWidth(mPanOutput, std::min<unsigned long long>(mWidestChannels, outPan->GetNumChannels()));
-		mPanOutput.Assign(*outPan, 0);
+		panOutput.Init(std::min<unsigned long long>(mWidestChannels, outPan->GetNumChannels()));
+		panOutput.Assign(*outPan, 0);
 	}
-	mChain.Run({mWindow, outPan ? &mPanOutput : nullptr, inTime, GetFrameRate(), inReverse}, *this,
+	mChain.Run({window, outPan ? &panOutput : nullptr, inTime, GetFrameRate(), inReverse}, *this,
 		{.mDelayOwner = this,
 			.mTimesAlwaysRise = true,
 			.mBlocksSkipSendDelays = true,

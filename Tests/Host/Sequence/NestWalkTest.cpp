@@ -191,5 +191,25 @@ TEST(NestWalk, ReachesEachNestOnce)
 	}
 }
 
+TEST(NestWalk, CountsTheChannelsOfEachPlaceThatANestStandsIn)
+{
+	Calls calls;
+	Item clip = MakeItem(false);
+	clip.mContent = Clip{};
+	// A track and the master; then two places of all below, and again a track and the master.
+	auto sequence = std::make_shared<Description const>(MakeSequence(clip, calls));
+	std::uint64_t expected = 2;
+	for (int level = 0; level < 100; ++level)
+	{
+		EXPECT_EQ(CountChannels(*sequence), std::min(expected, std::uint64_t{1} << 62));
+		Item nest = MakeItem(false);
+		nest.mContent = Nest{sequence, {}};
+		Description outer = MakeSequence(nest, calls);
+		outer.mTracks.front().mItems.push_back(nest);
+		sequence = std::make_shared<Description const>(std::move(outer));
+		expected = level < 60 ? 2 + 2 * expected : ~std::uint64_t{0};
+	}
+}
+
 } // namespace
 } // namespace SonaroHost::Sequence::Testing

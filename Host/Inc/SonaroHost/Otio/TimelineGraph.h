@@ -13,6 +13,11 @@ namespace SonaroHost::Otio
 Sequence::SequenceGraph MakeTimelineGraph(
 	TimelineSequence const& inSequence, SN::InterfaceRef<SN::IAudioRenderContext> const& inContext);
 
+// How many frames to render at a time: as many as wanted, unless the channels of very many tracks would keep more
+// than 8 MiB of such blocks. Besides the memory, smaller ones then save time, since they fit into the caches of
+// processors.
+unsigned ChooseBlock(TimelineSequence const& inSequence, unsigned inWanted);
+
 // Throws the HostError that a render of the timeline would end with before its first block, for those who render
 // nothing of it: for no length, for silence, or for a graph that cannot be made.
 void CheckCanRender(TimelineSequence const& inSequence);

@@ -46,6 +46,7 @@ public:
 	TimelineRenderJob(TimelineRenderJob const&) = delete;
 	TimelineRenderJob& operator=(TimelineRenderJob const&) = delete;
 
+	// Without a description, which each pass makes anew; see TimelineRenderRequest::mKeepsRows.
 	TimelineSequence const& GetSequence() const { return mSequence; }
 	// Of reading and laying out, and of the range.
 	std::vector<Note> const& GetNotes() const { return mNotes; }
@@ -53,7 +54,7 @@ public:
 	std::vector<Note> const& GetRangeNotes() const { return mRangeNotes; }
 	ProgrammeRange const& GetRange() const { return mRange; }
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
-	SN::AudioChannelLayout const& GetOutputLayout() const { return mSequence.mDescription->mLayout; }
+	SN::AudioChannelLayout const& GetOutputLayout() const { return mSequence.mLayout; }
 	int GetSampleRate() const { return mSequence.mSampleRate; }
 
 	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a

@@ -55,6 +55,9 @@ struct TimelineRenderRequest
 	OutputLevels mLevels;
 
 	Measuring mMeasuring = Measuring::eNothing;
+	// Whether the job's sequence keeps its rows of tracks and clips when it runs, for a report. Measuring tracks keeps
+	// them anyway.
+	bool mKeepsRows = true;
 	// Whether older files of the outputs' names may be replaced, the other outputs' too.
 	bool mReplace = true;
 	// More costs memory and gains nothing.

@@ -49,6 +49,8 @@ struct TimelineSequence
 	// At which mDescription is to be rendered: its times are whole frames of this rate.
 	int mSampleRate = 48000;
 	std::shared_ptr<Sequence::Description const> mDescription;
+	// Of the programme.
+	SN::AudioChannelLayout mLayout;
 	// The programme within the description: its first frame, and so many. What else the description holds is cut
 	// away by the timeline.
 	std::int64_t mFirstFrame = 0;
@@ -77,6 +79,9 @@ struct TimelineSequence
 // Threads: one at a time for one ioMedia.
 TimelineSequence MakeTimelineSequence(Timeline const& inTimeline, MediaFinder const& inFinder,
 	FileMedia& ioMedia, TimelineOptions const& inOptions = {});
+
+// Frees the rows of tracks and clips: of many clips they take as much memory as a graph.
+void DropRows(TimelineSequence& ioSequence);
 
 // Why the programme is not as the timeline means it: whether a note tells of something that was guessed or ignored.
 bool HasGuesses(std::vector<Note> const& inNotes);

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace SonaroHost::Sequence
@@ -82,6 +83,8 @@ public:
 	SN::AudioChannelLayout const& GetLayout() const { return mLayout; }
 
 	GraphReport const& GetReport() const { return mReport; }
+	// For the last who asks; none is left.
+	GraphReport TakeReport() { return std::move(mReport); }
 
 private:
 	SN::InterfaceRef<SN::IAudioGenerator> mGenerator;
@@ -91,5 +94,9 @@ private:
 
 // The end of the last item, 0 without any.
 SN::TickTime GetLength(Description const& inDescription);
+
+// Of all tracks, submixes and masters, those of nested sequences for each place that these stand in: each of
+// them keeps blocks in memory.
+std::uint64_t CountChannels(Description const& inDescription);
 
 } // namespace SonaroHost::Sequence
