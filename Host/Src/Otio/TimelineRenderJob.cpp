@@ -66,8 +66,6 @@ TimelineRenderJob::TimelineRenderJob(TimelineRenderRequest inRequest)
 	ChooseRange();
 	PlanFiles();
 	CheckFiles();
-	// Each pass makes its own, with its meters.
-	mSequence.mDescription.reset();
 }
 
 TimelineRenderJob::~TimelineRenderJob() = default;
@@ -194,8 +192,7 @@ std::optional<TimelineRenderSummary> TimelineRenderJob::Run(
 	TimelineOptions options = MakeOptions(mRequest);
 	options.mSampleRate = mSequence.mSampleRate;
 	options.mLayout = GetOutputLayout();
-	TimelineRenderer renderer(
-		mInput, std::move(options), {mSequence.mFirstFrame, mRequest.mBlockFrames}, inStop);
+	TimelineRenderer renderer(mInput, mSequence, std::move(options), mRequest.mBlockFrames, inStop);
 	auto const render = [&renderer](RenderPass const& inPass, RenderPasses::Sink const& inSink)
 	{ return renderer.Render(inPass, inSink); };
 	auto files = RenderPasses(MakePlan(), render, inProgress).Run();

@@ -2,23 +2,24 @@
 
 #include "../SignsOfZeros.h"
 #include "TimelinePass.h"
-#include "TrackMeters.h"
 
+#include <optional>
 #include <utility>
 
 namespace SonaroHost::Otio
 {
 
-TimelineRenderer::TimelineRenderer(
-	TimelineInput& ioInput, TimelineOptions inOptions, Frames inFrames, std::stop_token inStop)
+TimelineRenderer::TimelineRenderer(TimelineInput& ioInput, TimelineSequence const& inMix,
+	TimelineOptions inOptions, unsigned inBlockFrames, std::stop_token inStop)
 	: mInput(ioInput),
+	  mMix(inMix),
 	  mOptions(std::move(inOptions)),
-	  mFrames(inFrames),
+	  mBlockFrames(inBlockFrames),
 	  mStop(std::move(inStop))
 {
 }
 
-bool TimelineRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const& inSink)
+TimelineOptions TimelineRenderer::MakeOptions(RenderPass const& inPass, TrackMeters& ioMeters) const
 {
 	RenderedFile const& file = inPass.mFile;
 	TimelineOptions options = mOptions;
@@ -26,22 +27,26 @@ bool TimelineRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const
 	if (!file.mFades.IsNone())
 	{
 		options.mMasterGain =
-			MakeFadeGain(file.mFades, {mFrames.mFirst + file.mRange.mFirstFrame, file.mRange.mFrames},
-				SN::FrameRate::FromSamplesPerSecond(*options.mSampleRate));
+			MakeFadeGain(file.mFades, {mMix.mFirstFrame + file.mRange.mFirstFrame, file.mRange.mFrames},
+				SN::FrameRate::FromSamplesPerSecond(mMix.mSampleRate));
 	}
-	TrackMeters meters;
 	if (inPass.mMeasuresTracks)
 	{
-		options.mMakeMeter = [&meters](TrackRow const& inRow) { return meters.Make(inRow); };
+		options.mMakeMeter = [&ioMeters](TrackRow const& inRow) { return ioMeters.Make(inRow); };
 	}
-	TimelineSequence sequence = mInput.MakeSequence(options);
-	if (!inPass.mMeasuresTracks)
-	{
-		DropRows(sequence);
-	}
+	return options;
+}
+
+bool TimelineRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const& inSink)
+{
+	RenderedFile const& file = inPass.mFile;
+	TrackMeters meters;
+	bool const isMix = !file.mOnlyChild && file.mFades.IsNone() && !inPass.mMeasuresTracks;
+	auto const anew = isMix ? std::nullopt : std::optional(mInput.MakeSequence(MakeOptions(inPass, meters)));
+	TimelineSequence const& sequence = anew ? *anew : mMix;
 	TimelinePass pass;
 	pass.mRange = file.mRange;
-	pass.mBlockFrames = mFrames.mOfBlock;
+	pass.mBlockFrames = mBlockFrames;
 	pass.mBegin = [&] { meters.Begin(SN::FrameRate::FromSamplesPerSecond(sequence.mSampleRate)); };
 	pass.mSink = [&](dsp::AudioBuffer& ioBlock)
 	{
@@ -60,7 +65,7 @@ bool TimelineRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const
 	{
 		mTracks = meters.GetReadings(sequence.mTracks);
 	}
-	if (!options.mOnlyChild)
+	if (!file.mOnlyChild)
 	{
 		mGraph = std::move(*report);
 	}

@@ -3,8 +3,8 @@
 #include "../RenderPasses.h"
 #include "SonaroHost/Otio/TimelineInput.h"
 #include "SonaroHost/Otio/TimelineRenderJob.h"
+#include "TrackMeters.h"
 
-#include <cstdint>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -16,16 +16,10 @@ namespace SonaroHost::Otio
 class TimelineRenderer
 {
 public:
-	struct Frames
-	{
-		// Of the programme, within the description.
-		std::int64_t mFirst = 0;
-		unsigned mOfBlock = 0;
-	};
-
-	// inOptions: of the mix, with rate and layout.
-	TimelineRenderer(
-		TimelineInput& ioInput, TimelineOptions inOptions, Frames inFrames, std::stop_token inStop);
+	// inMix: laid out with inOptions, which have its rate and layout. Passes with fades, meters of tracks or one track
+	// alone lay it out anew. Both inputs outlive this.
+	TimelineRenderer(TimelineInput& ioInput, TimelineSequence const& inMix, TimelineOptions inOptions,
+		unsigned inBlockFrames, std::stop_token inStop);
 
 	// As RenderPasses::Renderer has it.
 	bool Render(RenderPass const& inPass, RenderPasses::Sink const& inSink);
@@ -34,9 +28,12 @@ public:
 	void Describe(TimelineRenderSummary& ioSummary) const;
 
 private:
+	TimelineOptions MakeOptions(RenderPass const& inPass, TrackMeters& ioMeters) const;
+
 	TimelineInput& mInput;
+	TimelineSequence const& mMix;
 	TimelineOptions mOptions;
-	Frames mFrames;
+	unsigned mBlockFrames;
 	std::stop_token mStop;
 	std::vector<std::optional<LoudnessReading>> mTracks;
 	Sequence::GraphReport mGraph;

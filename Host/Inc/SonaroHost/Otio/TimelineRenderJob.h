@@ -46,7 +46,7 @@ public:
 	TimelineRenderJob(TimelineRenderJob const&) = delete;
 	TimelineRenderJob& operator=(TimelineRenderJob const&) = delete;
 
-	// Without a description, which each pass makes anew; see TimelineRenderRequest::mKeepsRows.
+	// See TimelineRenderRequest::mKeepsRows.
 	TimelineSequence const& GetSequence() const { return mSequence; }
 	// Of reading and laying out, and of the range.
 	std::vector<Note> const& GetNotes() const { return mNotes; }
