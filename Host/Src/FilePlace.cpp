@@ -1,5 +1,7 @@
 #include "FilePlace.h"
 
+#include "NameForms.h"
+
 #include <algorithm>
 #include <string>
 #include <system_error>
@@ -24,16 +26,6 @@ std::string SwapCase(std::string inName)
 	for (char& character : inName)
 	{
 		character = IsLetter(character) ? static_cast<char>(character ^ kCaseBit) : character;
-	}
-	return inName;
-}
-
-std::string FoldCase(std::string inName)
-{
-	for (char& character : inName)
-	{
-		character =
-			character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
 	}
 	return inName;
 }
@@ -114,6 +106,11 @@ std::filesystem::path FilePlace::Resolve(std::filesystem::path const& inPath)
 	return names;
 }
 
+bool FilePlace::IsAlike(FilePlace const& inOther) const
+{
+	return !IsThere() && mNames.size() == inOther.mNames.size() && HasAlikeStart(inOther, mNames.size());
+}
+
 bool FilePlace::IsSame(FilePlace const& inOther) const
 {
 	return mNames.size() == inOther.mNames.size() && HasSameStart(inOther, mNames.size());
@@ -144,14 +141,19 @@ bool FilePlace::IsWithin(FilePlace const& inFolder) const
 
 bool FilePlace::HasSameStart(FilePlace const& inOther, std::size_t inNames) const
 {
-	bool isSame = mNumber && mNumber == inOther.mNumber;
-	bool isSpelledSame = true;
-	for (std::size_t i = 0; isSame && i < inNames; ++i)
-	{
-		isSpelledSame = isSpelledSame && mNames[i] == inOther.mNames[i];
-		isSame = FoldCase(mNames[i].string()) == FoldCase(inOther.mNames[i].string());
-	}
-	return isSame && (isSpelledSame || IgnoresCase(mPath));
+	return HasAlikeStart(inOther, inNames) &&
+		   (std::equal(mNames.begin(), mNames.begin() + static_cast<std::ptrdiff_t>(inNames),
+				inOther.mNames.begin()) ||
+			   IgnoresCase(mPath));
+}
+
+bool FilePlace::HasAlikeStart(FilePlace const& inOther, std::size_t inNames) const
+{
+	return mNumber && mNumber == inOther.mNumber &&
+		   std::equal(mNames.begin(), mNames.begin() + static_cast<std::ptrdiff_t>(inNames),
+			   inOther.mNames.begin(),
+			   [](std::filesystem::path const& inA, std::filesystem::path const& inB)
+			   { return inA == inB || FoldName(inA.native()) == FoldName(inB.native()); });
 }
 
 } // namespace SonaroHost

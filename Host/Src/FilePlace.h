@@ -28,14 +28,17 @@ public:
 
 	bool IsThere() const { return mNames.empty(); }
 	bool IsSame(FilePlace const& inOther) const;
+	// Whether neither is there, and their names differ at most in the case of letters and in the form of Unicode.
+	bool IsAlike(FilePlace const& inOther) const;
 	// Whether it is in the folder, at any depth.
 	bool IsWithin(FilePlace const& inFolder) const;
 
 private:
 	// Finds mPath and mNumber, and gives the names below.
 	std::filesystem::path Resolve(std::filesystem::path const& inPath);
-	// Whether both have the same folder and the same first names.
+	// Whether both have the same folder and the same first names, or such as are alike.
 	bool HasSameStart(FilePlace const& inOther, std::size_t inNames) const;
+	bool HasAlikeStart(FilePlace const& inOther, std::size_t inNames) const;
 
 	// What is there of the path, with links followed, and its number.
 	std::filesystem::path mPath;

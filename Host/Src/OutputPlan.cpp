@@ -102,7 +102,8 @@ void CheckInput(Output const& inOutput, std::filesystem::path const& inInput, Fi
 
 void CheckMedium(Output const& inOutput, std::filesystem::path const& inMedium, FilePlace const& inPlace)
 {
-	if (inOutput.mPlace.IsSame(inPlace))
+	// A name that is alike would be taken for the medium the next time.
+	if (inOutput.mPlace.IsSame(inPlace) || inOutput.mPlace.IsAlike(inPlace))
 	{
 		Refuse(inOutput, (inPlace.IsThere() ? "is a medium of the timeline, "
 											: "is where a medium of the timeline is looked for, ") +

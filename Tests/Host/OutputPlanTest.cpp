@@ -108,7 +108,7 @@ TEST_F(OutputPlanTest, NothingThatSomebodyNeedsIsWritten)
 		{"linked/gone.wav", "2 is where a medium"},
 		{"dangling.wav", "2 is where a medium"},
 		{"none/../media/gone.wav", "2 is where a medium"},
-		{"media/Gone.wav", nullptr},
+		{"media/Gone.wav", "2 is where a medium"},
 		{"cased/Gone.wav", "2 is where a medium"},
 		{"cased/gONE.WAV", "2 is where a medium"},
 		{"up.wav", "2 is where a medium"},

@@ -92,7 +92,7 @@ protected:
 		for (std::string const& base : {std::string(), std::string("edit.otiod/")})
 		{
 			for (char const* const name : {"media/a.wav", "media/b.wav", "media/film.mov", "media/gone.wav",
-					 "edit.otio", "content.otio"})
+					 "media/Gone.WAV", "media/film.wav", "edit.otio", "content.otio"})
 			{
 				bool const isThere = std::filesystem::exists(mFolder / (base + name));
 				files[base + name] = isThere ? ReadBytes(mFolder / (base + name)) : "none";
@@ -160,7 +160,8 @@ protected:
 			"edit.otiod/media/a.wav", "edit.otiod/media/gone.wav"};
 		if (!inIsBundle)
 		{
-			targets.insert(targets.end(), {"media/a.wav", "media/b.wav", "media/film.mov", "media/gone.wav"});
+			targets.insert(targets.end(), {"media/a.wav", "media/b.wav", "media/film.mov", "media/gone.wav",
+											  "media/Gone.WAV", "media/film.wav"});
 		}
 		return targets[Pick(targets.size())];
 	}

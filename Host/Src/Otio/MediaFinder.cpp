@@ -163,6 +163,21 @@ FoundMedia MediaFinder::Search(std::string_view inUrl) const
 
 std::optional<std::filesystem::path> MediaFinder::FindSound(std::string_view inUrl) const
 {
+	return FindAlike(ListSounds(inUrl));
+}
+
+std::vector<std::filesystem::path> MediaFinder::ListPlacesOfSound(std::string_view inUrl) const
+{
+	std::vector<std::filesystem::path> paths;
+	for (Place const& place : ListSounds(inUrl))
+	{
+		paths.push_back(place.GetPath());
+	}
+	return paths;
+}
+
+std::vector<MediaFinder::Place> MediaFinder::ListSounds(std::string_view inUrl) const
+{
 	MediaLocation const location = ParseMediaLocation(inUrl);
 	std::vector<Place> places = ListOwn(location.mPaths);
 	std::vector<Place> const elsewhere =
@@ -177,7 +192,7 @@ std::optional<std::filesystem::path> MediaFinder::FindSound(std::string_view inU
 			sound.mTail.replace_extension(ending);
 		}
 	}
-	return FindAlike(sounds);
+	return sounds;
 }
 
 std::vector<MediaFinder::Place> MediaFinder::ListOwn(std::vector<std::filesystem::path> const& inPaths) const

@@ -3,6 +3,7 @@
 #include "../MovieFile.h"
 
 #include <optional>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -45,13 +46,23 @@ void MediaList::Add(Clip const& inClip)
 				mPaths.insert(found.mPath);
 			}
 			mPaths.insert(found.mLookedFor.begin(), found.mLookedFor.end());
-			if (auto const sound =
-					IsMovieFile(found.mPath) ? mFinder.FindSound(reference.mTargetUrl) : std::nullopt)
+			if (found.IsFound() ? IsMovieFile(found.mPath) : HasMovieEnding(found.mPath))
 			{
-				mPaths.insert(*sound);
+				AddSoundOf(reference.mTargetUrl);
 			}
 		}
 	}
+}
+
+void MediaList::AddSoundOf(std::string const& inUrl)
+{
+	if (auto const sound = mFinder.FindSound(inUrl))
+	{
+		mPaths.insert(*sound);
+		return;
+	}
+	std::vector<std::filesystem::path> const places = mFinder.ListPlacesOfSound(inUrl);
+	mPaths.insert(places.begin(), places.end());
 }
 
 } // namespace SonaroHost::Otio

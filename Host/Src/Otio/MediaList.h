@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <set>
+#include <string>
 
 namespace SonaroHost::Otio
 {
@@ -26,6 +27,8 @@ public:
 private:
 	void Add(std::vector<Composable> const& inChildren);
 	void Add(Clip const& inClip);
+	// Of a movie, the sound file that is taken for its sound, or the places where one would be.
+	void AddSoundOf(std::string const& inUrl);
 
 	MediaFinder const& mFinder;
 	std::set<std::string> mUrls;

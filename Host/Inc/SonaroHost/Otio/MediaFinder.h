@@ -55,6 +55,8 @@ public:
 	// A sound file that lies where the URL's file would, or does, and has its name but for the ending: the sound of a
 	// movie. A guess.
 	std::optional<std::filesystem::path> FindSound(std::string_view inUrl) const;
+	// Where that looks.
+	std::vector<std::filesystem::path> ListPlacesOfSound(std::string_view inUrl) const;
 
 private:
 	FoundMedia Search(std::string_view inUrl) const;
@@ -72,6 +74,7 @@ private:
 	std::vector<Place> ListOwn(std::vector<std::filesystem::path> const& inPaths) const;
 	// Those in the media folders.
 	std::vector<Place> ListElsewhere(std::vector<std::filesystem::path> const& inPaths) const;
+	std::vector<Place> ListSounds(std::string_view inUrl) const;
 	std::optional<std::filesystem::path> FindAlike(std::vector<Place> const& inPlaces) const;
 
 	std::filesystem::path mFolder;
