@@ -13,6 +13,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -60,10 +61,25 @@ int RunCommand(Command& ioCommand)
 	return kExitFailure;
 }
 
+bool Print(std::string const& inText)
+{
+	try
+	{
+		PrintResult(inText);
+		return true;
+	}
+	catch (SonaroHost::HostError const& error)
+	{
+		PrintError(error.what());
+		return false;
+	}
+}
+
 } // namespace
 
 int main(int inCount, char** inArguments)
 {
+	HoldStandardStreams();
 	MakeFailedWritesErrors();
 	StopSignals::Watch();
 	CLI::App program("Renders sound, exact to the sample.", "sonaro");
@@ -94,7 +110,9 @@ int main(int inCount, char** inArguments)
 	catch (CLI::Success const& request)
 	{
 		// Help or the version.
-		return program.exit(request);
+		std::ostringstream text;
+		int const code = program.exit(request, text, text);
+		return Print(text.str()) ? code : kExitFailure;
 	}
 	catch (CLI::ParseError const& error)
 	{

@@ -1,7 +1,10 @@
 #include "OperatingSystem.h"
 
+#include <cerrno>
 #include <csignal>
+#include <initializer_list>
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -18,6 +21,18 @@ int GetTerminalWidth()
 	winsize size{};
 	bool const isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
 	return isKnown ? size.ws_col : 80;
+}
+
+void HoldStandardStreams()
+{
+	for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+	{
+		if (fcntl(stream, F_GETFD) == -1 && errno == EBADF)
+		{
+			// Open the wrong way round, so that using it fails. It gets the lowest number that is free, which is this.
+			static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+		}
+	}
 }
 
 void MakeFailedWritesErrors()

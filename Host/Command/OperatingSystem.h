@@ -10,6 +10,10 @@ bool IsErrorOutputTerminal();
 // Columns of the terminal behind the error output; 80 when it does not tell.
 int GetTerminalWidth();
 
+// A standard stream that is closed at the start stays one that fails, whatever is opened later: the next file would
+// get its number and what is meant for the stream.
+void HoldStandardStreams();
+
 // A write beyond the limit of a file's size, or to a pipe that nobody reads any more, then fails like one to a full
 // disk, instead of ending the process.
 void MakeFailedWritesErrors();
