@@ -84,6 +84,8 @@ std::stop_token StopSignals::GetToken()
 
 void StopSignals::EndProcess()
 {
+	// What the callers of this still have: they do not come to their ends.
+	SonaroHost::Temporary::RemoveAll();
 	EndBy(sSignal);
 }
 

@@ -24,7 +24,7 @@ List& GetList()
 
 void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
 {
-	// Another thread may still be adding files to a folder; once the folder is gone it cannot.
+	// Another thread may still be adding files to a folder, or removing it, too; once it is gone it cannot.
 	constexpr int kTries = 100;
 	std::error_code error;
 	if (inRemoval == Temporary::Removal::eWhileEmpty)
@@ -35,7 +35,7 @@ void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
 	for (int tries = 0; tries < kTries; ++tries)
 	{
 		std::filesystem::remove_all(inPath, error);
-		if (error != std::errc::directory_not_empty)
+		if (!std::filesystem::exists(std::filesystem::symlink_status(inPath, error)))
 		{
 			return;
 		}

@@ -1,12 +1,16 @@
 #include "TemporaryFolder.h"
 
+#include "../SystemFiles.h"
 #include "SonaroHost/HostError.h"
 
 #include <array>
 #include <charconv>
+#include <cstdlib>
 #include <random>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -14,10 +18,14 @@ namespace SonaroHost::Otio
 namespace
 {
 
+constexpr std::string_view kPrefix = "sonaro-";
+// Marked as long as the folder is in use.
+constexpr std::string_view kMark = "in-use";
+
 std::string MakeName()
 {
 	std::random_device random;
-	std::string name = "sonaro-";
+	std::string name(kPrefix);
 	for (int i = 0; i < 4; ++i)
 	{
 		std::array<char, 8> digits{};
@@ -27,12 +35,47 @@ std::string MakeName()
 	return name;
 }
 
+// Those of processes that were killed. A folder without a mark may be anybody's.
+void RemoveStale(std::filesystem::path const& inParent)
+{
+	std::error_code error;
+	std::vector<std::filesystem::path> found;
+	for (std::filesystem::directory_iterator entry(inParent, error), end; !error && entry != end;
+		 entry.increment(error))
+	{
+		std::error_code ignored;
+		bool const isMarked =
+			entry->path().filename().native().starts_with(kPrefix) &&
+			std::filesystem::is_directory(entry->symlink_status(ignored)) &&
+			std::filesystem::is_regular_file(std::filesystem::symlink_status(entry->path() / kMark, ignored));
+		if (isMarked)
+		{
+			found.push_back(entry->path());
+		}
+	}
+	for (std::filesystem::path const& folder : found)
+	{
+		RemoveUnmarked(folder / kMark);
+		if (!std::filesystem::exists(folder / kMark, error) && !error)
+		{
+			std::filesystem::remove_all(folder, error);
+		}
+	}
+}
+
 } // namespace
 
 TemporaryFolder::TemporaryFolder()
+	: mMark(std::make_unique<FileMark>())
 {
 	std::error_code error;
-	std::filesystem::path const parent = std::filesystem::temp_directory_path(error);
+	std::filesystem::path parent = std::filesystem::temp_directory_path(error);
+	if (char const* const named = std::getenv("TMPDIR"); error && named != nullptr)
+	{
+		// For the message; the library gives nothing then.
+		parent = named;
+	}
+	RemoveStale(parent);
 	mFolder.emplace(
 		[&]
 		{
@@ -47,6 +90,10 @@ TemporaryFolder::TemporaryFolder()
 			return path;
 		});
 	std::filesystem::permissions(GetPath(), std::filesystem::perms::owner_all, error);
+	// Without a mark, as on file systems that have none, it stays after a crash.
+	mMark->Make(GetPath() / kMark);
 }
+
+TemporaryFolder::~TemporaryFolder() = default;
 
 } // namespace SonaroHost::Otio
