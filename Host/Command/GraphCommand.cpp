@@ -27,6 +27,9 @@ namespace
 
 using namespace SonaroHost;
 
+// More than any timeline has.
+constexpr int kMostDepth = 1000000;
+
 GraphFormat ChooseFormat(std::string const& inFormat, std::string const& inOutput)
 {
 	if (inFormat.empty() && IsStandardStream(inOutput))
@@ -129,7 +132,8 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 	GetParser()
 		.add_option("--depth", mDepth,
 			"Levels of nesting to draw, from 0; what is nested deeper is one node (default: all)")
-		->option_text("COUNT");
+		->option_text("COUNT")
+		->check(CLI::Range(0, kMostDepth));
 	GetParser()
 		.add_option("--track", mTrack,
 			"Draw this track of the timeline alone: its name or its number, from 1, all tracks counted")

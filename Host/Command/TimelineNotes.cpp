@@ -77,6 +77,28 @@ std::string Describe(Note const& inNote)
 	return where + (where.empty() ? "" : ": ") + inNote.mText + DescribePlace(inNote.mPlace);
 }
 
+// A guess that is the same in several places, such as one about a file that many clips use, gets one line, with the first
+// of them.
+std::vector<std::string> DescribeEachOnce(std::vector<Note const*> const& inNotes)
+{
+	std::map<std::string, std::size_t> counts;
+	for (Note const* const note : inNotes)
+	{
+		++counts[note->mText];
+	}
+	std::vector<std::string> texts;
+	for (Note const* const note : inNotes)
+	{
+		bool const isGuess = note->mKind == Note::Kind::eGuess;
+		if (std::size_t const count = isGuess ? std::exchange(counts[note->mText], 0) : 1; count > 0)
+		{
+			texts.push_back(
+				Describe(*note) + (count > 1 ? ", and so in " + std::to_string(count - 1) + " more" : ""));
+		}
+	}
+	return texts;
+}
+
 Json MakeJson(Note const& inNote)
 {
 	Json json{{"kind", GetName(inNote.mKind)}, {"place", inNote.mPlace}, {"text", inNote.mText}};
@@ -137,25 +159,32 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 			PrintWarning(inText);
 		}
 	};
+	std::vector<Note const*> unread;
+	std::vector<Note const*> others;
 	for (Note const& note : inNotes)
 	{
+		bool const isTold = std::any_of(inMissing.begin(), inMissing.end(),
+			[&note](MissingMedia const& inOne) { return TellsOf(note, inOne); });
 		if (IsUnreadLevel(note))
 		{
-			warn("level not read: " + Describe(note));
+			unread.push_back(&note);
 		}
+		else if (note.mKind != Note::Kind::eRemark && !isTold)
+		{
+			others.push_back(&note);
+		}
+	}
+	for (std::string const& text : DescribeEachOnce(unread))
+	{
+		warn("level not read: " + text);
 	}
 	for (MissingFile const& file : GroupByFile(inMissing))
 	{
 		warn(Describe(file));
 	}
-	for (Note const& note : inNotes)
+	for (std::string const& text : DescribeEachOnce(others))
 	{
-		bool const isTold = std::any_of(inMissing.begin(), inMissing.end(),
-			[&note](MissingMedia const& inOne) { return TellsOf(note, inOne); });
-		if (note.mKind != Note::Kind::eRemark && !IsUnreadLevel(note) && !isTold)
-		{
-			warn(Describe(note));
-		}
+		warn(text);
 	}
 	if (lines > kMostLines)
 	{

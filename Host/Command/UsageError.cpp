@@ -126,6 +126,30 @@ std::string DescribeNoCommand(CLI::App const& inProgram, CLI::ParseError const& 
 						 : DescribeUnknown("command", words.front(), ListCommands(inProgram));
 }
 
+// The library's own words name the option and leave out what to do.
+std::string DescribeWrongValue(CLI::ParseError const& inError)
+{
+	std::string const text = inError.what();
+	std::string const option = text.substr(0, text.find(':'));
+	switch (static_cast<CLI::ExitCodes>(inError.get_exit_code()))
+	{
+	case CLI::ExitCodes::ArgumentMismatch:
+		return option + (text.find("At Most") != std::string::npos ? " is given more than once; give it once"
+																   : " needs a value");
+	case CLI::ExitCodes::ConversionError:
+	{
+		std::string const pair = text.substr(text.find(':') + 1);
+		std::size_t const start = pair.find_first_not_of(' ');
+		std::size_t const equals = pair.find(" = ");
+		return equals == std::string::npos ? text
+										   : pair.substr(start, equals - start) + ": '" +
+												 pair.substr(equals + 3) + "' is no number that fits";
+	}
+	default:
+		return text;
+	}
+}
+
 } // namespace
 
 std::string DescribeUsageError(CLI::App const& inProgram, CLI::ParseError const& inError)
@@ -136,7 +160,8 @@ std::string DescribeUsageError(CLI::App const& inProgram, CLI::ParseError const&
 		return DescribeNoCommand(inProgram, inError) + " (see sonaro --help)";
 	}
 	auto const unknown = FindUnknownOption(*chosen.front());
-	return unknown.value_or(inError.what()) + " (see sonaro " + chosen.front()->get_name() + " --help)";
+	return unknown.value_or(DescribeWrongValue(inError)) + " (see sonaro " + chosen.front()->get_name() +
+		   " --help)";
 }
 
 } // namespace SonaroCommand

@@ -17,6 +17,14 @@ namespace
 // Above this, a count of frames is libsndfile's way to say that it knows none.
 constexpr std::int64_t kLargestLength = std::int64_t{1} << 48;
 
+// What libsndfile says of the last file, without the full stop that some of its sentences have.
+std::string DescribeFailure()
+{
+	std::string text = sf_strerror(nullptr);
+	text.erase(text.find_last_not_of(". ") + 1);
+	return text;
+}
+
 } // namespace
 
 AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
@@ -39,7 +47,7 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 			IsMovieFile(inPath)
 				? HostError::Parts{inPath, {}, "is a movie, and the sound of movies is not read",
 					  "export it as a sound file"}
-				: MakeInputParts(inPath, std::string("cannot be read as sound: ") + sf_strerror(nullptr)));
+				: MakeInputParts(inPath, "cannot be read as sound: " + DescribeFailure()));
 	}
 	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
 }

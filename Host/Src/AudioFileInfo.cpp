@@ -31,6 +31,10 @@ constexpr std::int64_t kMaxSeconds = 360000;
 
 void CheckIsFile(std::filesystem::path const& inPath)
 {
+	if (inPath.empty())
+	{
+		Refuse(inPath, "the name of the input is empty", "give the name of a file");
+	}
 	std::error_code error;
 	std::filesystem::path const path = GetReadablePath(inPath);
 	std::filesystem::file_status const status = std::filesystem::status(path, error);

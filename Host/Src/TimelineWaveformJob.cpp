@@ -83,6 +83,10 @@ TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
 	{
 		Refuse("a picture is 1 to " + std::to_string(kMaxPictureSize) + " pixels wide");
 	}
+	if (mRequest.mFormat == WaveformFormat::ePng)
+	{
+		CheckBitmapSize(mRequest.mWidth, mRequest.mHeight.value_or(1));
+	}
 	Otio::CheckHasSound(mSequence);
 }
 
@@ -129,6 +133,10 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	{
 		Refuse("a picture of " + std::to_string(numBands) + " bands is " + std::to_string(numBands) + " to " +
 			   std::to_string(kMaxPictureSize) + " pixels high, not " + std::to_string(style.mHeight));
+	}
+	if (mRequest.mFormat == WaveformFormat::ePng)
+	{
+		CheckBitmapSize(mRequest.mWidth, style.mHeight);
 	}
 	auto* const write = mRequest.mFormat == WaveformFormat::ePng ? &WriteWaveformPng : &WriteWaveformSvg;
 	write(bands.Take(grid, sequence.mSampleRate), style, mRequest.mWidth, file);

@@ -101,6 +101,10 @@ WaveformJob::WaveformJob(WaveformRequest inRequest)
 			   std::to_string(bands) + " to " + std::to_string(kMaxPictureSize) + " pixels high, not " +
 			   std::to_string(style.mHeight));
 	}
+	if (mRequest.mFormat == WaveformFormat::ePng)
+	{
+		CheckBitmapSize(mColumns, style.mHeight);
+	}
 	// Written so that what is not a number fails it.
 	if (!(style.mFloorDecibels < 0.0 && style.mFloorDecibels >= -1000.0))
 	{

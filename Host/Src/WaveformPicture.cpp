@@ -220,4 +220,15 @@ void WriteWaveformSvg(
 	Check(cairo_surface_status(surface.get()));
 }
 
+void CheckBitmapSize(std::int64_t inWidth, std::int64_t inHeight)
+{
+	constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
+	if (inWidth * inHeight > kMostPixels)
+	{
+		throw HostError(HostError::Kind::eRequest,
+			"a picture of " + std::to_string(inWidth) + " x " + std::to_string(inHeight) +
+				" pixels is too large for a bitmap; draw it smaller or as .svg");
+	}
+}
+
 } // namespace SonaroHost

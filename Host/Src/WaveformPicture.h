@@ -4,6 +4,8 @@
 #include "SonaroHost/Waveform.h"
 #include "SonaroHost/WaveformStyle.h"
 
+#include <cstdint>
+
 namespace SonaroHost
 {
 
@@ -14,5 +16,8 @@ void WriteWaveformPng(
 	Waveform const& inWaveform, WaveformStyle const& inStyle, unsigned inWidth, OutputFile& ioFile);
 void WriteWaveformSvg(
 	Waveform const& inWaveform, WaveformStyle const& inStyle, unsigned inWidth, OutputFile& ioFile);
+
+// Throws a HostError for a picture that would take more than 1 GiB of memory as a bitmap.
+void CheckBitmapSize(std::int64_t inWidth, std::int64_t inHeight);
 
 } // namespace SonaroHost

@@ -304,6 +304,46 @@ TEST_F(MessagesTest, CommandsSayWhatTheyTake)
 	}
 }
 
+TEST_F(MessagesTest, OddFilesAndWrongWordsGetAReasonAndARemedy)
+{
+	WriteBytes(mFolder / "empty.otio", " \n");
+	WriteBytes(mFolder / "binary.otio", std::string("\0\1\2", 3));
+	WriteBytes(mFolder / "noise.wav", "RIFFnoise");
+	std::filesystem::create_directory(mFolder / "folder.otioz");
+	struct Case
+	{
+		int mExitCode;
+		Words mWords;
+		std::string mMessage;
+	};
+	Case const cases[] = {
+		{1, {"info", ""}, "the name of the input is empty; give the name of a file"},
+		{1, {"info", "empty.otio"}, "'empty.otio': is empty"},
+		{1, {"info", "binary.otio"}, "'binary.otio': is no OpenTimelineIO file"},
+		{1, {"info", "folder.otioz"},
+			"is a folder and no zip archive; a bundle that is a folder ends in .otiod"},
+		{1, {"info", "noise.wav"}, "; info takes sound files"},
+		{2, {"graph", "edit.otio", "-o", "out.svg", "--depth", "-1"}, "--depth: "},
+		{2, {"render", "tone.wav", "-o", "a.wav", "-o", "b.wav"},
+			"--output is given more than once; give it once"},
+		{2, {"render", "tone.wav", "-o"}, "--output needs a value"},
+		{2, {"render", "tone.wav", "-o", "out.wav", "--rate", "fast"},
+			"--rate: 'fast' is no number that fits"},
+		{2, {"waveform", "tone.wav", "-o", "out.png", "--width", "32767", "--height", "32767"},
+			"is too large for a bitmap; draw it smaller or as .svg"},
+		{2, {"waveform", "edit.otio", "-o", "out.png", "--width", "32767", "--height", "32767"},
+			"is too large for a bitmap; draw it smaller or as .svg"},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mWords));
+		ProgramResult const result = Run(test.mWords);
+		EXPECT_EQ(result.mExitCode, test.mExitCode);
+		EXPECT_THAT(result.mErrors, HasSubstr(test.mMessage));
+		EXPECT_THAT(result.mErrors, testing::Not(HasSubstr(".;")));
+	}
+}
+
 TEST_F(MessagesTest, NamesFromFilesCannotCommandATerminal)
 {
 	// Colours, the 8-bit form of the same in UTF-8 and as a bare byte, a bell, a new line, the other direction of writing.

@@ -15,28 +15,6 @@ namespace SonaroHost::Otio
 namespace
 {
 
-char const* GetSettingOf(LevelTarget inTarget)
-{
-	switch (inTarget)
-	{
-	case LevelTarget::eGain:
-		return "gain";
-	case LevelTarget::ePan:
-		return "pan";
-	case LevelTarget::eMute:
-		return "mute";
-	case LevelTarget::eFadeIn:
-		return "fade_in";
-	case LevelTarget::eFadeOut:
-		return "fade_out";
-	case LevelTarget::eSolo:
-		return "solo";
-	case LevelTarget::eChannels:
-		break;
-	}
-	return "channels";
-}
-
 bool IsOwn(MixSettings const& inOwn, LevelTarget inTarget)
 {
 	switch (inTarget)
@@ -161,10 +139,8 @@ private:
 			mFirstChannels = channels;
 			return;
 		}
-		std::string const setting = GetSettingOf(inName.mTarget);
-		inValue.Tell(Note::Kind::eLevelNotRead, "another program wrote a " + setting +
-													" that is not read; say it as \"" + setting +
-													"\" in metadata.sonaro, which goes before");
+		inValue.Tell(
+			Note::Kind::eLevelNotRead, DescribeUnread(inName.mTarget, "is in a form that is not known"));
 	}
 
 	LevelTaker* mTaker;

@@ -36,8 +36,8 @@ std::optional<Curve> LevelReader::ReadCurve(Cursor const& inLevel)
 	Outcome const outcome = Read(inLevel);
 	if (outcome == Outcome::eNotRead)
 	{
-		TellNotRead(inLevel, mLacksRate ? "its keyframes are frames, and nothing says at which rate"
-										: "another program wrote it in a form that is not known");
+		TellNotRead(inLevel, mLacksRate ? "has keyframes in frames, and nothing says at which rate"
+										: "is in a form that is not known");
 	}
 	if (outcome != Outcome::eRead)
 	{
@@ -45,7 +45,7 @@ std::optional<Curve> LevelReader::ReadCurve(Cursor const& inLevel)
 	}
 	if (!ApplyUnit(inLevel, mName, mShape, mAreFractions, mCurve))
 	{
-		TellNotRead(inLevel, "another program wrote it in a unit that is not clear, or beyond what that has");
+		TellNotRead(inLevel, "is in a unit that is not clear, or beyond what that has");
 		return std::nullopt;
 	}
 	if (!mCurve.IsConstant())
@@ -70,8 +70,8 @@ std::optional<Fade> LevelReader::ReadFade(Cursor const& inLevel)
 			: std::nullopt;
 	if (!duration || duration->mValue < 0.0)
 	{
-		TellNotRead(inLevel, mLacksRate ? "its length is in frames, and nothing says at which rate"
-										: "another program wrote it in a form that is not known");
+		TellNotRead(inLevel,
+			mLacksRate ? "is in frames, and nothing says at which rate" : "is in a form that is not known");
 		return std::nullopt;
 	}
 	return Fade{*duration, {}};
@@ -272,7 +272,7 @@ std::optional<LooseNumber> LevelReader::ParseValue(JsonValue const& inValue) con
 void LevelReader::TellNotRead(Cursor const& inLevel, char const* inWhy)
 {
 	mHasFailed = true;
-	inLevel.Tell(Note::Kind::eLevelNotRead, inWhy);
+	inLevel.Tell(Note::Kind::eLevelNotRead, DescribeUnread(mName.mTarget, inWhy));
 }
 
 } // namespace SonaroHost::Otio

@@ -231,4 +231,37 @@ JsonMember const* FindMember(JsonValue const& inObject, std::string_view inAlter
 	return found;
 }
 
+std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy)
+{
+	struct Words
+	{
+		char const* mName;
+		// In metadata.sonaro.
+		char const* mSetting;
+	};
+	Words const words = [inTarget]() -> Words
+	{
+		switch (inTarget)
+		{
+		case LevelTarget::eGain:
+			return {"gain", "gain"};
+		case LevelTarget::ePan:
+			return {"pan", "pan"};
+		case LevelTarget::eMute:
+			return {"mute", "mute"};
+		case LevelTarget::eFadeIn:
+			return {"fade-in", "fade_in"};
+		case LevelTarget::eFadeOut:
+			return {"fade-out", "fade_out"};
+		case LevelTarget::eSolo:
+			return {"solo", "solo"};
+		case LevelTarget::eChannels:
+			break;
+		}
+		return {"choice of channels", "channels"};
+	}();
+	return std::string("the ") + words.mName + " of another program " + std::string(inWhy) +
+		   "; say it as \"" + words.mSetting + "\" in metadata.sonaro, which goes before";
+}
+
 } // namespace SonaroHost::Otio

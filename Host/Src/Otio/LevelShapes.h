@@ -3,6 +3,7 @@
 #include "JsonTree.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace SonaroHost::Otio
@@ -89,6 +90,9 @@ JsonValue const* FindParameterName(JsonValue const& inParameter);
 std::optional<LevelName> ParseLevelName(std::string_view inName);
 // Whether one of the words of the name of an effect is about levels: "Clip Volume", "AudioGain".
 bool NamesLevels(std::string_view inName);
+
+// Of a level that is not read: what it is, why, and what to write in its place.
+std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy);
 
 // Whether the key is one of the alternatives.
 bool MatchesKey(std::string_view inKey, std::string_view inAlternatives);

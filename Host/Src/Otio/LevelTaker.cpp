@@ -36,7 +36,7 @@ void LevelTaker::Take(LevelName const& inName, LevelShape const* inShape, Cursor
 	{
 		if (!IsAtRest(inLevel.Get(), inShape))
 		{
-			TellNotRead(inLevel, "another program wrote it in a form that is not known");
+			TellNotRead(inLevel, inName, "is in a form that is not known");
 		}
 		return;
 	}
@@ -51,11 +51,12 @@ void LevelTaker::Take(LevelName const& inName, LevelShape const* inShape, Cursor
 }
 
 template <class Level, class Reader>
-void LevelTaker::Put(std::optional<Level>& ioLevel, Cursor const& inLevel, Reader const& inRead)
+void LevelTaker::Put(
+	std::optional<Level>& ioLevel, Cursor const& inLevel, LevelName const& inName, Reader const& inRead)
 {
 	if (ioLevel)
 	{
-		TellNotRead(inLevel, "it is one more of the same; the first one counts");
+		TellNotRead(inLevel, inName, "is one more of the same, of which the first one counts");
 		return;
 	}
 	ioLevel = inRead();
@@ -67,27 +68,27 @@ void LevelTaker::Read(LevelName const& inName, LevelShape const& inShape, Cursor
 	switch (inName.mTarget)
 	{
 	case LevelTarget::ePan:
-		Put(mLevels.mPan, inLevel, [&] { return reader.ReadCurve(inLevel); });
+		Put(mLevels.mPan, inLevel, inName, [&] { return reader.ReadCurve(inLevel); });
 		break;
 	case LevelTarget::eMute:
-		Put(mLevels.mMute, inLevel, [&] { return reader.ReadCurve(inLevel); });
+		Put(mLevels.mMute, inLevel, inName, [&] { return reader.ReadCurve(inLevel); });
 		break;
 	case LevelTarget::eFadeIn:
-		Put(mLevels.mFadeIn, inLevel, [&] { return reader.ReadFade(inLevel); });
+		Put(mLevels.mFadeIn, inLevel, inName, [&] { return reader.ReadFade(inLevel); });
 		break;
 	case LevelTarget::eFadeOut:
-		Put(mLevels.mFadeOut, inLevel, [&] { return reader.ReadFade(inLevel); });
+		Put(mLevels.mFadeOut, inLevel, inName, [&] { return reader.ReadFade(inLevel); });
 		break;
 	default:
-		Put(mLevels.mGain, inLevel, [&] { return reader.ReadCurve(inLevel); });
+		Put(mLevels.mGain, inLevel, inName, [&] { return reader.ReadCurve(inLevel); });
 		break;
 	}
 	mHasUnreadLevel |= reader.HasFailed();
 }
 
-void LevelTaker::TellNotRead(Cursor const& inLevel, char const* inWhy)
+void LevelTaker::TellNotRead(Cursor const& inLevel, LevelName const& inName, char const* inWhy)
 {
-	inLevel.Tell(Note::Kind::eLevelNotRead, inWhy);
+	inLevel.Tell(Note::Kind::eLevelNotRead, DescribeUnread(inName.mTarget, inWhy));
 	mHasUnreadLevel = true;
 }
 

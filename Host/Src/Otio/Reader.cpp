@@ -11,6 +11,7 @@
 #include "SonaroHost/HostError.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <fstream>
 #include <string>
@@ -137,6 +138,23 @@ void ReadRoot(Cursor const& inRoot, Document& outDocument)
 	}
 }
 
+// Anything that is no JSON from its first character on gets a plain word, not that of a parser.
+void CheckIsJson(std::string_view inBytes, std::filesystem::path const& inPath)
+{
+	constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+	std::string_view const text =
+		inBytes.substr(inBytes.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
+	std::size_t const first = text.find_first_not_of(" \t\r\n");
+	if (first == std::string_view::npos)
+	{
+		Refuse(inPath, {}, "is empty");
+	}
+	if (std::string_view("{[\"-0123456789tfn/").find(text[first]) == std::string_view::npos)
+	{
+		Refuse(inPath, {}, "is no OpenTimelineIO file, which would be JSON and begin with \"{\"");
+	}
+}
+
 } // namespace
 
 Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inPath)
@@ -145,6 +163,7 @@ Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inP
 	{
 		Refuse(inPath, {}, "is larger than 1 GiB; split the timeline");
 	}
+	CheckIsJson(inBytes, inPath);
 	try
 	{
 		JsonTree const tree(inBytes, kMaxJsonDepth);
@@ -177,10 +196,12 @@ Document ReadDocumentFile(std::filesystem::path const& inPath)
 		Refuse(inPath, {}, "is larger than 1 GiB; split the timeline");
 	}
 	std::string bytes(size, '\0');
+	errno = 0;
 	std::ifstream file(inPath, std::ios::binary);
 	if (!file.read(bytes.data(), static_cast<std::streamsize>(size)))
 	{
-		Refuse(inPath, {}, "cannot be read");
+		Refuse(inPath, {},
+			"cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : std::string()));
 	}
 	return ReadDocument(bytes, inPath);
 }

@@ -78,6 +78,11 @@ bool IsTimecode(std::string_view inText)
 	return Split(inText).has_value();
 }
 
+bool CanDropFrames(double inRate)
+{
+	return Counting(inRate).CanDrop();
+}
+
 std::optional<Ratio> ParseTimecode(std::string_view inText, double inRate)
 {
 	auto const fields = Split(inText);

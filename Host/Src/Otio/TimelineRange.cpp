@@ -132,6 +132,13 @@ private:
 		{
 			Excuse("there is no timecode '" + inText + "' at " + std::to_string(*rate) + " frames a second");
 		}
+		else if (CanDropFrames(*rate) && inText.find_first_of(";,") == std::string::npos)
+		{
+			mNotes.push_back({Note::Kind::eRemark, "",
+				"'" + inText + "' in the range '" + mText +
+					"' is read as timecode that drops no frames; for drop-frame timecode write a semicolon "
+					"before the frames"});
+		}
 		return time ? Frame(ToSamples(*time - inZero, mSequence.mSampleRate)) : std::nullopt;
 	}
 

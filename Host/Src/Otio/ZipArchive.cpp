@@ -4,6 +4,9 @@
 
 #include <zip.h>
 
+#include <filesystem>
+#include <system_error>
+
 namespace SonaroHost::Otio
 {
 
@@ -30,6 +33,11 @@ void ZipArchive::Closing::operator()(zip* inArchive) const
 ZipArchive::ZipArchive(std::filesystem::path const& inPath)
 	: mPath(inPath)
 {
+	std::error_code folderError;
+	if (std::filesystem::is_directory(inPath, folderError))
+	{
+		RefuseArchive(inPath, "is a folder and no zip archive; a bundle that is a folder ends in .otiod");
+	}
 	int code = 0;
 	mArchive.reset(zip_open(inPath.c_str(), ZIP_RDONLY, &code));
 	if (!mArchive)

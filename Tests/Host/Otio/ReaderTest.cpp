@@ -197,7 +197,8 @@ TEST(OtioReader, NoJsonIsRefusedWithLineAndColumn)
 		std::string mWanted;
 	};
 	Case const cases[] = {
-		{"", "'edit.otio', line 1, column 1: "},
+		{"", "'edit.otio': is empty"},
+		{"\x7f", "'edit.otio': is no OpenTimelineIO file"},
 		{"{\n\t\"a\": }", "'edit.otio', line 2, column 7: syntax error"},
 		{"{} {}", "line 1, column 4: syntax error"},
 		{"{\"a\": 1e999}", "line 1, column 11: number overflow"},

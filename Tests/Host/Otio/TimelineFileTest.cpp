@@ -278,6 +278,26 @@ TEST_F(OtioFiles, BundlesHoldTheirMediaAndLeaveNothingBehind)
 	EXPECT_TRUE(IsTemporaryEmpty());
 }
 
+TEST_F(OtioFiles, WhatAKilledProcessUnpackedGoesWithTheNextBundleAndNothingElse)
+{
+	std::string const content = ReadFile(kConformance / "cases/source-range.otio");
+	WriteZip(mFolder / "edit.otioz", {{"content.otio", content}, {"media/a.wav", "no sound"}});
+	path const temporary = mFolder / "temporary";
+	for (char const* const name : {"sonaro-killed/media", "sonaro-notes", "other"})
+	{
+		std::filesystem::create_directories(temporary / name);
+	}
+	WriteFile(temporary / "sonaro-killed/in-use", "");
+	WriteFile(temporary / "sonaro-killed/media/a.wav", "no sound");
+	WriteFile(temporary / "other/in-use", "");
+	TimelineFile const first(mFolder / "edit.otioz");
+	TimelineFile const second(mFolder / "edit.otioz");
+	EXPECT_FALSE(std::filesystem::exists(temporary / "sonaro-killed"));
+	EXPECT_TRUE(std::filesystem::exists(temporary / "sonaro-notes"));
+	EXPECT_TRUE(std::filesystem::exists(temporary / "other/in-use"));
+	EXPECT_TRUE(std::filesystem::exists(first.GetFolder() / "media/a.wav"));
+}
+
 TEST_F(OtioFiles, BundlesThatAreNotToBeTrustedAreRefused)
 {
 	std::string const content = ReadFile(kConformance / "cases/source-range.otio");
@@ -335,8 +355,8 @@ TEST_F(OtioFiles, SourcesCountByTheRateTheyAreGivenAndTellWhenTheyFail)
 	std::string const whole = ReadFile(kConformance / "media/a44.wav");
 	WriteFile(file, whole);
 	FileMedia media;
-	auto const recording = media.Get(file);
-	EXPECT_EQ(media.Get(file), recording);
+	auto const recording = media.Get(file, file);
+	EXPECT_EQ(media.Get(file, file), recording);
 	EXPECT_EQ(recording->mSampleRate, 44100.0);
 	SN::FrameRate const rate = SN::FrameRate::FromSamplesPerSecond(48000);
 	auto const source = recording->mOpen(rate);
