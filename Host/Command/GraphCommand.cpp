@@ -10,6 +10,7 @@
 #include "SonaroHost/OutputPlan.h"
 #include "SonaroHost/RenderContextScope.h"
 #include "SonaroHost/StandardStreams.h"
+#include "StopSignals.h"
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
 
@@ -158,9 +159,10 @@ int GraphCommand::Run()
 	if (!Otio::IsTimelinePath(mInput))
 	{
 		std::error_code error;
-		bool const isThere = std::filesystem::exists(mInput, error);
-		throw HostError(HostError::Kind::eInput,
-			{mInput, {}, isThere ? "is no timeline by its name" : "does not exist", DescribeInputs()});
+		char const* const reason = IsStandardStream(mInput)                 ? "stands for the standard input"
+								   : std::filesystem::exists(mInput, error) ? "is no timeline by its name"
+																			: "does not exist";
+		throw HostError(HostError::Kind::eInput, {mInput, {}, reason, DescribeInputs()});
 	}
 	MakeRoomForOutputs({mOutput});
 	GraphFormat const format = ChooseFormat(mFormat, mOutput);
@@ -185,6 +187,11 @@ int GraphCommand::Run()
 	// Not before the drawing, which may take long and may be stopped.
 	OutputFile file(mOutput);
 	file.Write(picture.data(), static_cast<std::int64_t>(picture.size()));
+	// Drawing cannot be stopped; what comes of it can.
+	if (StopSignals::GetToken().stop_requested())
+	{
+		StopSignals::EndProcess();
+	}
 	file.Commit();
 	if (!mIsQuiet)
 	{

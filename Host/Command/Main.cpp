@@ -42,7 +42,9 @@ int RunCommand(Command& ioCommand)
 	}
 	catch (SonaroHost::NoSoundError const& error)
 	{
-		PrintError(std::string(error.what()) + "; " + ioCommand.DescribeInputs());
+		bool const isStream = error.GetParts().mFile.empty();
+		PrintError(std::string(error.what()) + "; " + ioCommand.DescribeInputs() +
+				   (isStream ? ", timelines from files alone" : ""));
 		return kExitFailure;
 	}
 	catch (HostError const& error)

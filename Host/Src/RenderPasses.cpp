@@ -84,8 +84,9 @@ bool RenderPasses::Normalize()
 {
 	if (!mResult.mMix || !std::isfinite(mResult.mMix->mIntegrated))
 	{
-		throw HostError(HostError::Kind::eInput, "the mix cannot be normalized: it is silent, or too short "
-												 "or too soft for its loudness to be measured");
+		throw HostError(HostError::Kind::eInput,
+			"the programme cannot be normalized: it is silent, or too short "
+			"or too soft for its loudness to be measured");
 	}
 	double const wanted = *mPlan.mLevels.mNormalizeLoudness;
 	double decibels = wanted - mResult.mMix->mIntegrated;

@@ -140,6 +140,10 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	}
 	auto* const write = mRequest.mFormat == WaveformFormat::ePng ? &WriteWaveformPng : &WriteWaveformSvg;
 	write(bands.Take(grid, sequence.mSampleRate), style, mRequest.mWidth, file);
+	if (inStop.stop_requested())
+	{
+		return std::nullopt;
+	}
 	file.Commit();
 	return TimelineWaveformSummary{sequence.mFrames, sequence.mSampleRate, style.mHeight, bands.GetNames(),
 		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
