@@ -185,9 +185,17 @@ std::optional<TimelineRenderSummary> TimelineRenderJob::Run(
 	{
 		folder.emplace(mRequest.mOutput);
 	}
-	if (!mRequest.mKeepsRows && mRequest.mMeasuring != Measuring::eTracks)
+	bool const measuresTracks = mRequest.mMeasuring == Measuring::eTracks;
+	if (!mRequest.mKeepsRows && !measuresTracks)
 	{
 		DropRows(mSequence);
+	}
+	bool const isMixAlone = std::all_of(mFiles.begin(), mFiles.end(),
+		[measuresTracks](RenderedFile const& inFile)
+		{ return TimelineRenderer::IsMix(inFile, measuresTracks); });
+	if (isMixAlone)
+	{
+		mInput.DropTimeline();
 	}
 	TimelineOptions options = MakeOptions(mRequest);
 	options.mSampleRate = mSequence.mSampleRate;

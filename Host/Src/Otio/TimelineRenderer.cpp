@@ -37,11 +37,16 @@ TimelineOptions TimelineRenderer::MakeOptions(RenderPass const& inPass, TrackMet
 	return options;
 }
 
+bool TimelineRenderer::IsMix(RenderedFile const& inFile, bool inMeasuresTracks)
+{
+	return !inFile.mOnlyChild && inFile.mFades.IsNone() && !inMeasuresTracks;
+}
+
 bool TimelineRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const& inSink)
 {
 	RenderedFile const& file = inPass.mFile;
 	TrackMeters meters;
-	bool const isMix = !file.mOnlyChild && file.mFades.IsNone() && !inPass.mMeasuresTracks;
+	bool const isMix = IsMix(file, inPass.mMeasuresTracks);
 	auto const anew = isMix ? std::nullopt : std::optional(mInput.MakeSequence(MakeOptions(inPass, meters)));
 	TimelineSequence const& sequence = anew ? *anew : mMix;
 	TimelinePass pass;

@@ -21,6 +21,9 @@ public:
 	TimelineRenderer(TimelineInput& ioInput, TimelineSequence const& inMix, TimelineOptions inOptions,
 		unsigned inBlockFrames, std::stop_token inStop);
 
+	// Whether the mix is all that such a pass needs.
+	static bool IsMix(RenderedFile const& inFile, bool inMeasuresTracks);
+
 	// As RenderPasses::Renderer has it.
 	bool Render(RenderPass const& inPass, RenderPasses::Sink const& inSink);
 

@@ -34,6 +34,10 @@ public:
 
 	TimelineSequence MakeSequence(TimelineOptions const& inOptions = {});
 
+	// Frees the timeline, once it is laid out for the last time: the graph of many clips finds room in its place. From
+	// then on there are the media alone.
+	void DropTimeline() { mFile.DropDocument(); }
+
 	// Those of the reader, and of what was chosen here.
 	std::vector<Note> const& GetNotes() const { return mNotes; }
 
