@@ -14,6 +14,14 @@ namespace
 // Values that move are worked out for so many frames at once.
 constexpr std::int64_t kPiece = 256;
 
+void ApplyAtRest(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount, float inGain, float inMute)
+{
+	if (inGain != 1.0f || inMute != 0.0f)
+	{
+		ApplyGain(ioBuffer, inFirst, inCount, inGain * (1.0f - inMute));
+	}
+}
+
 } // namespace
 
 Level::Level(Fader const& inFader)
@@ -27,6 +35,13 @@ void Level::Apply(dsp::AudioBuffer& ioBuffer, StageClock& ioClock)
 	ioClock.Take(ioBuffer.GetUseSize(),
 		[&](FrameRun const& inRun, unsigned inOffset)
 		{
+			auto const gain = mGain.FollowAtRest(inRun, ioClock);
+			auto const mute = gain ? mMute.FollowAtRest(inRun, ioClock) : std::nullopt;
+			if (gain && mute)
+			{
+				ApplyAtRest(ioBuffer, inOffset, static_cast<unsigned>(inRun.mCount), *gain, *mute);
+				return;
+			}
 			FrameRun piece = inRun;
 			for (std::int64_t done = 0; done < inRun.mCount; done += piece.mCount)
 			{
@@ -44,15 +59,17 @@ void Level::ApplyTo(
 	float mutes[kPiece];
 	auto const gain = mGain.Follow(inRun, inClock, gains);
 	auto const mute = mMute.Follow(inRun, inClock, mutes);
-	if (gain == 1.0f && mute == 0.0f)
+	auto const count = static_cast<unsigned>(inRun.mCount);
+	if (gain && mute)
 	{
+		ApplyAtRest(ioBuffer, inOffset, count, *gain, *mute);
 		return;
 	}
 	for (std::int64_t i = 0; i < inRun.mCount; ++i)
 	{
 		gains[i] = gain.value_or(gains[i]) * (1.0f - mute.value_or(mutes[i]));
 	}
-	ApplyGains(ioBuffer, inOffset, static_cast<unsigned>(inRun.mCount), gains);
+	ApplyGains(ioBuffer, inOffset, count, gains);
 }
 
 void Level::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) const

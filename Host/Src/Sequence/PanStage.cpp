@@ -1,5 +1,6 @@
 #include "PanStage.h"
 
+#include "../FrameGains.h"
 #include "Level.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -48,13 +49,18 @@ void PanStage::ProcessAudioData(
 			if (!inInput.IsChannelSilent(IsMono() ? 0 : channel))
 			{
 				outOutput.NoteChannelWrite(channel, outOutput.GetUseSize());
-				std::fill_n(outOutput.GetChannel(channel), outOutput.GetUseSize(), 0.0f);
+				std::fill_n(outOutput.GetChannel(channel) + frames, outOutput.GetUseSize() - frames, 0.0f);
 			}
 		}
 	}
 	mClock.Take(frames,
 		[&](FrameRun const& inRun, unsigned inOffset)
 		{
+			if (auto const pan = mPan.FollowAtRest(inRun, mClock))
+			{
+				PlaceAtRest(inInput, outOutput, *pan, inOffset, static_cast<unsigned>(inRun.mCount));
+				return;
+			}
 			FrameRun piece = inRun;
 			for (std::int64_t done = 0; done < inRun.mCount; done += piece.mCount)
 			{
@@ -65,16 +71,37 @@ void PanStage::ProcessAudioData(
 		});
 }
 
+void PanStage::PlaceAtRest(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan,
+	unsigned inOffset, unsigned inCount) const
+{
+	Gains const gains = GetGains(inPan);
+	for (unsigned long long channel = 0; channel < outOutput.GetNumChannels(); ++channel)
+	{
+		if (!outOutput.IsChannelSilent(channel))
+		{
+			ScaleBy(inCount, inInput.GetChannel(IsMono() ? 0 : channel) + inOffset,
+				channel % 2 == 0 ? gains.mLeft : gains.mRight, outOutput.GetChannel(channel) + inOffset);
+		}
+	}
+}
+
 void PanStage::Place(
 	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, FrameRun const& inRun, unsigned inOffset)
 {
 	float pans[kPiece];
-	Gains gains[kPiece];
-	auto const pan = mPan.Follow(inRun, mClock, pans);
-	Gains const fixed = GetGains(pan.value_or(0.0f));
-	for (std::int64_t i = 0; i < inRun.mCount; ++i)
+	auto const count = static_cast<unsigned>(inRun.mCount);
+	if (auto const pan = mPan.Follow(inRun, mClock, pans))
 	{
-		gains[i] = pan ? fixed : GetGains(pans[i]);
+		PlaceAtRest(inInput, outOutput, *pan, inOffset, count);
+		return;
+	}
+	// Of the left and of the right.
+	float gains[2][kPiece];
+	for (unsigned i = 0; i < count; ++i)
+	{
+		Gains const moving = GetGains(pans[i]);
+		gains[0][i] = moving.mLeft;
+		gains[1][i] = moving.mRight;
 	}
 	for (unsigned long long channel = 0; channel < outOutput.GetNumChannels(); ++channel)
 	{
@@ -82,12 +109,13 @@ void PanStage::Place(
 		{
 			continue;
 		}
+		float const* const side = gains[channel % 2];
 		float const* const input = inInput.GetChannel(IsMono() ? 0 : channel) + inOffset;
 		float* const output = outOutput.GetChannel(channel) + inOffset;
-		for (std::int64_t i = 0; i < inRun.mCount; ++i)
+		for (unsigned i = 0; i < count; ++i)
 		{
-			float const gain = channel % 2 == 0 ? gains[i].mLeft : gains[i].mRight;
-			output[i] = gain == 0.0f ? 0.0f : input[i] * gain;
+			float const scaled = input[i] * side[i];
+			output[i] = side[i] == 0.0f ? 0.0f : scaled;
 		}
 	}
 }

@@ -64,6 +64,8 @@ private:
 
 	Gains GetGains(float inPan) const;
 	bool IsMono() const { return mLayouts.mInput.size() == 1; }
+	void PlaceAtRest(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan,
+		unsigned inOffset, unsigned inCount) const;
 	void Place(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, FrameRun const& inRun,
 		unsigned inOffset);
 

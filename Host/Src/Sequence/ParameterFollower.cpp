@@ -6,6 +6,31 @@ namespace SonaroHost::Sequence
 {
 
 template <class T>
+std::optional<float> ParameterFollower<T>::FollowAtRest(FrameRun const& inRun, StageClock const& inClock)
+{
+	return mParameter ? FollowAtRest(Reading(*mParameter), inRun, inClock) : mDefault;
+}
+
+template <class T>
+std::optional<float> ParameterFollower<T>::FollowAtRest(
+	Reading const& inReading, FrameRun const& inRun, StageClock const& inClock)
+{
+	NoteEdit(inReading, inClock);
+	if (mRampDone < mRampFrames)
+	{
+		return std::nullopt;
+	}
+	AutomationCurve const* const curve = inReading.GetCurve();
+	SN::TickTime const first = inClock.ToCurveTime(inRun.GetLowest());
+	if (curve && !curve->IsConstant(first, inClock.ToCurveTime(inRun.GetHighest())))
+	{
+		return std::nullopt;
+	}
+	mLast = curve ? static_cast<float>(curve->GetRampedValue(first)) : mControl;
+	return mLast;
+}
+
+template <class T>
 std::optional<float> ParameterFollower<T>::Follow(
 	FrameRun const& inRun, StageClock const& inClock, float* outValues)
 {
@@ -14,21 +39,16 @@ std::optional<float> ParameterFollower<T>::Follow(
 		return mDefault;
 	}
 	Reading const reading(*mParameter);
-	NoteEdit(reading, inClock);
-	AutomationCurve const* const curve = reading.GetCurve();
-	SN::TickTime const first = inClock.ToCurveTime(inRun.GetLowest());
-	bool const isConstant = !curve || curve->IsConstant(first, inClock.ToCurveTime(inRun.GetHighest()));
-	float const value = curve ? static_cast<float>(curve->GetRampedValue(first)) : mControl;
-	if (isConstant && mRampDone >= mRampFrames)
+	if (auto const value = FollowAtRest(reading, inRun, inClock))
 	{
-		mLast = value;
 		return value;
 	}
+	AutomationCurve const* const curve = reading.GetCurve();
 	for (std::int64_t i = 0; i < inRun.mCount; ++i)
 	{
 		float const at =
-			isConstant ? value
-					   : static_cast<float>(curve->GetRampedValue(inClock.ToCurveTime(inRun.GetFrame(i))));
+			curve ? static_cast<float>(curve->GetRampedValue(inClock.ToCurveTime(inRun.GetFrame(i))))
+				  : mControl;
 		outValues[i] = GetOnRamp(at);
 	}
 	mLast = outValues[inRun.mCount - 1];

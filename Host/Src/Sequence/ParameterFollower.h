@@ -33,12 +33,16 @@ public:
 	ParameterFollower Clone() const { return {mParameter, mDefault}; }
 	Parameter const& GetParameter() const { return mParameter; }
 
+	// The value all over a run of any length; nothing where it moves.
+	std::optional<float> FollowAtRest(FrameRun const& inRun, StageClock const& inClock);
 	// The value all over a run, or, where it moves, one for each frame into outValues.
 	std::optional<float> Follow(FrameRun const& inRun, StageClock const& inClock, float* outValues);
 
 private:
 	using Reading = typename AutomationParameter<T>::Reading;
 
+	std::optional<float> FollowAtRest(
+		Reading const& inReading, FrameRun const& inRun, StageClock const& inClock);
 	// Begins a ramp where the parameter has been edited.
 	void NoteEdit(Reading const& inReading, StageClock const& inClock);
 	float GetOnRamp(float inValue);

@@ -128,7 +128,7 @@ TEST(VectorArithmetic, TheFunctionsDoWhatTheirVariantsDo)
 	Copy(kCount, b.Data(), out.Data());
 	EXPECT_TRUE(SameBits(out.Values(), b.Values()));
 	Reverse_InPlace(kCount, out.Data());
-	EXPECT_TRUE(SameBits({out.Data()[0]}, {b.Data()[kCount - 1]}));
+	EXPECT_EQ(out.Data()[0], b.Data()[kCount - 1]);
 	Zero(kCount, out.Data());
 	EXPECT_EQ(out.Values(), std::vector<float>(kCount, 0.0f));
 	EXPECT_TRUE(out.GuardsAreWhole());
