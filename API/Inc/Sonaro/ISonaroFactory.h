@@ -114,6 +114,8 @@ public:
 	// by the speed, with a resampler behind the processors at any speed but 1. A delay of the source that would
 	// take longer than a minute at a low speed counts as none. Give it its place on the track by
 	// IAudioTrackRenderableItem::Init. eInvalidArgument for a speed that is not a number.
+	// In reverse the offset is added, too: an item with late processors then stands twice their delay beside its
+	// place. Who plays in both directions gives no offset and lets the source make up for the delay.
 	virtual int CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
 		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
