@@ -19,7 +19,7 @@ public:
 	int ReadPrefetchedAudio(TickTime const&, dsp::AudioBuffer&) override { return eNotImplemented; }
 	int GetPrefetchState() override { return eNotImplemented; }
 
-	// The prefetch thread's; to be read once the last batch was told.
+	// The prefetch thread's; to be read once the last batch was notified.
 	std::int64_t mReads = 0;
 
 protected:

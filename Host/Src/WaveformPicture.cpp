@@ -27,7 +27,7 @@ using Cairo = std::unique_ptr<cairo_t, Destroyer>;
 
 void Check(cairo_status_t inStatus)
 {
-	// A failed write is told by the file itself.
+	// A failed write is reported by the file itself.
 	if (inStatus != CAIRO_STATUS_SUCCESS && inStatus != CAIRO_STATUS_WRITE_ERROR)
 	{
 		throw HostError(HostError::Kind::eOutput,

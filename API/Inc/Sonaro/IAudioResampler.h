@@ -15,7 +15,7 @@ namespace SN
 // Driving   The caller asks with GetInputSampleCount how many input samples the next outputs need,
 //           fetches those and calls Process with both counts. Blocks are at most
 //           GetMaxResampleBufferSize() samples long.
-// Channels  Those that Init was told; further ones of a buffer are left alone.
+// Channels  Those that Init was given; further ones of a buffer are left alone.
 // Memory    Only Init allocates. A tap beyond the input reads the buffer's own samples up to its
 //           capacity and zeros from there on.
 // Threads   One at a time.

@@ -22,7 +22,7 @@ class SONARO_API IAudioSource : public virtual Unknown
 public:
 	static constexpr Identifier<IAudioSource> kIdentifier{0x98b68c27c5b919b9ull, 0x55b679a29ac1eec3ull};
 
-	// Samples a second that the source counts by. The engine does not ask: a stream is told its rate.
+	// Samples a second that the source counts by. The engine does not ask: a stream is given its rate.
 	virtual FrameRate GetFrameRate() = 0;
 	// The length; the engine asks IAudioSourceFile instead.
 	virtual TickTime GetLength() = 0;

@@ -19,7 +19,7 @@ namespace SN
 //           read the vectors and their sizes, and the columns below the count.
 // Flags     The two host flags and the station mean what the host agrees with itself: the engine reads
 //           neither and posts nothing.
-// Threads   Any, but for two: the channels as told above; the station is set before other threads know
+// Threads   Any, but for two: the channels as said above; the station is set before other threads know
 //           the buffer, or while none of them asks for it.
 class SONARO_API IAudioWaveformBuffer : public virtual Unknown
 {

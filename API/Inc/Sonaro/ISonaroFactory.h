@@ -186,7 +186,7 @@ public:
 
 	// A panner of a type. Controls: the pan (0 left, 0.5 middle, 1 right) for those to stereo and the
 	// balances; X, Y (0 front, 1 rear), the share of the centre and the gain of the low frequency channel
-	// for those to 5.1; none for the others. eFailure for another count of controls where one is told:
+	// for those to 5.1; none for the others. eFailure for another count of controls where one is named:
 	// stereo to stereo and mono to stereo 1, stereo to 5.1 4. eInvalidArgument for a type that is not
 	// made here. The folds from 5.1 keep AudioChannelMix's mixdown of the moment.
 	virtual int CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,

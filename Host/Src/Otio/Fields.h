@@ -33,7 +33,7 @@ private:
 void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_view> inKnown,
 	std::span<std::string_view const> inShared = {});
 
-// A name or a label: anything but a text is told of and gives an empty one, which nothing gives too.
+// A name or a label: anything but a text is noted and gives an empty one, which nothing gives too.
 std::string ReadLabel(Cursor const& inValue);
 
 std::string ReadText(Cursor const& inValue);

@@ -22,7 +22,7 @@ struct JsonLiteral
 std::vector<JsonLiteral> FindLiterals(std::string_view inText);
 
 // The text with a string of the same width in the place of each literal, so that it is plain JSON and
-// every other byte stays where it was. Which strings are stand-ins is told by their number.
+// every other byte stays where it was. Which strings are stand-ins is known by their number.
 std::string ReplaceLiterals(std::string_view inText, std::vector<JsonLiteral> const& inLiterals);
 
 } // namespace SonaroHost::Otio

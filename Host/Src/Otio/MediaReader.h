@@ -10,7 +10,7 @@ namespace SonaroHost::Otio
 {
 
 // inIsActive: whether it is the reference that the clip plays. Of others an available_range that cannot be used
-// is told of and ignored.
+// is noted and ignored.
 MediaReference ReadMedia(Cursor const& inReference, std::string inKey, bool inIsActive);
 
 } // namespace SonaroHost::Otio

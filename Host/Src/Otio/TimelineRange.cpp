@@ -142,7 +142,7 @@ private:
 		return time ? Frame(ToSamples(*time - inZero, mSequence.mSampleRate)) : std::nullopt;
 	}
 
-	// The first reason is told, with what would be right.
+	// The first reason is given, with what would be right.
 	void Excuse(std::string const& inReason)
 	{
 		if (mReason.empty())

@@ -35,7 +35,7 @@ public:
 private:
 	Generator BuildNest(Nest const& inNest, Place const& inPlace);
 	void CountUses(Description const& inDescription);
-	// By which the scratch memory is told apart.
+	// By which the scratch memory is distinguished.
 	unsigned ChooseInstance(Description const& inDescription);
 	void CheckPath(Description const& inDescription, Place const& inPlace) const;
 

@@ -18,7 +18,7 @@ namespace
 using zorvcore::classref::InterfaceRef;
 using zorvcore::classref::MakeObject;
 
-// A payload of a size that is told.
+// A payload of a given size.
 struct Payload
 {
 	unsigned long long GetSizeInBytes() const { return mSize; }

@@ -19,7 +19,7 @@ namespace
 
 constexpr float kRate = 48000.0f;
 
-// The gain of sample k of a ramp, each step rounded to single precision in the told order.
+// The gain of sample k of a ramp, each step rounded to single precision in the order of the formula.
 float ExpectedGain(float inStart, float inTarget, unsigned inK, unsigned inN)
 {
 	if (inK >= inN)
