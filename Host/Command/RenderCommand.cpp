@@ -22,11 +22,6 @@ namespace
 
 using namespace SonaroHost;
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 // "2,1" to channels from 0 on.
 std::vector<unsigned> ParseChannels(std::string_view inText)
 {

@@ -18,11 +18,6 @@ namespace
 // More than any recording needs in either direction.
 constexpr double kLargestGainDecibels = 200.0;
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 } // namespace
 
 OutputContainer RenderOptions::ChooseContainer() const

@@ -31,11 +31,6 @@ std::string CheckStrictness(std::string const& inValue)
 	return isKnown ? "" : "there is no '" + inValue + "'; give --strict=media or --strict=all";
 }
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 } // namespace
 
 TimelineRender::TimelineRender(CLI::App& ioParser, RenderOptions const& inShared)

@@ -38,11 +38,6 @@ constexpr FormatName kFormats[] = {
 	{"dat", "DAT", WaveformFormat::eDat},
 };
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 std::string ToLower(std::string inText)
 {
 	std::transform(inText.begin(), inText.end(), inText.begin(),

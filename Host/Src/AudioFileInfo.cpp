@@ -23,7 +23,7 @@ namespace
 // The end of the engine's time line, 100 hours.
 constexpr std::int64_t kMaxSeconds = 360000;
 
-[[noreturn]] void Refuse(
+[[noreturn]] void RefuseInput(
 	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy = {})
 {
 	throw HostError(HostError::Kind::eInput, MakeInputParts(inPath, inReason, inRemedy));
@@ -33,18 +33,18 @@ void CheckIsFile(std::filesystem::path const& inPath)
 {
 	if (inPath.empty())
 	{
-		Refuse(inPath, "the name of the input is empty", "give the name of a file");
+		RefuseInput(inPath, "the name of the input is empty", "give the name of a file");
 	}
 	std::error_code error;
 	std::filesystem::path const path = GetReadablePath(inPath);
 	std::filesystem::file_status const status = std::filesystem::status(path, error);
 	if (status.type() == std::filesystem::file_type::not_found)
 	{
-		Refuse(inPath, "does not exist");
+		RefuseInput(inPath, "does not exist");
 	}
 	if (error)
 	{
-		Refuse(inPath, "cannot be opened: " + error.message());
+		RefuseInput(inPath, "cannot be opened: " + error.message());
 	}
 	if (std::filesystem::is_directory(status))
 	{
@@ -52,23 +52,23 @@ void CheckIsFile(std::filesystem::path const& inPath)
 	}
 	if (!std::filesystem::is_regular_file(status))
 	{
-		Refuse(inPath, "is not a regular file; sound is read from files alone");
+		RefuseInput(inPath, "is not a regular file; sound is read from files alone");
 	}
 	errno = 0;
 	if (!std::ifstream(path, std::ios::binary))
 	{
-		Refuse(inPath, "cannot be opened: " + std::generic_category().message(errno));
+		RefuseInput(inPath, "cannot be opened: " + std::generic_category().message(errno));
 	}
 	std::uintmax_t const size = std::filesystem::file_size(path, error);
 	if (!error && size == 0)
 	{
-		Refuse(inPath, "is empty");
+		RefuseInput(inPath, "is empty");
 	}
 }
 
 void RefuseCutFile(std::filesystem::path const& inPath, std::int64_t inPromised, std::int64_t inThere)
 {
-	Refuse(inPath,
+	RefuseInput(inPath,
 		"is cut short: its header promises " + std::to_string(inPromised) + " bytes of audio, the file has " +
 			std::to_string(std::max<std::int64_t>(inThere, 0)),
 		"get a whole copy");
@@ -94,7 +94,7 @@ bool CheckFileSize(std::filesystem::path const& inPath)
 	}
 	if (declared->mIsUnfinished)
 	{
-		Refuse(inPath,
+		RefuseInput(inPath,
 			"was never finished: its header states no audio, yet " + std::to_string(size - declared->mStart) +
 				" bytes follow",
 			"repair the header first");
@@ -143,7 +143,7 @@ void CheckLastFrame(AudioFileDecoder& ioDecoder, AudioFileInfo const& inInfo)
 	std::array<float, kMaxChannels> frame{};
 	if (!ioDecoder.SeekTo(inInfo.mFrames - 1) || ioDecoder.Read(frame.data(), 1) != 1)
 	{
-		Refuse(inInfo.mPath,
+		RefuseInput(inInfo.mPath,
 			"is cut short or damaged: its header promises " + std::to_string(inInfo.mFrames) +
 				" samples, but the last one cannot be read",
 			"get a whole copy");
@@ -219,8 +219,8 @@ void SetLayout(AudioFileInfo& ioInfo, AudioFileDecoder const& inDecoder)
 	int const channels = inDecoder.GetFormat().channels;
 	if (channels < 1 || channels > static_cast<int>(kMaxChannels))
 	{
-		Refuse(ioInfo.mPath, "has " + std::to_string(channels) + " channels; at most " +
-								 std::to_string(kMaxChannels) + " are supported");
+		RefuseInput(ioInfo.mPath, "has " + std::to_string(channels) + " channels; at most " +
+									  std::to_string(kMaxChannels) + " are supported");
 	}
 	ioInfo.mChannelOrder.resize(static_cast<std::size_t>(channels));
 	std::iota(ioInfo.mChannelOrder.begin(), ioInfo.mChannelOrder.end(), 0u);
@@ -253,7 +253,7 @@ AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
 	info.mSampleRate = format.samplerate;
 	if (info.mSampleRate < 1)
 	{
-		Refuse(inPath, "states no sample rate");
+		RefuseInput(inPath, "states no sample rate");
 	}
 	info.mFrames = format.frames;
 	if (decoder.StatesLength())
@@ -267,7 +267,7 @@ AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
 	}
 	if (info.mFrames / info.mSampleRate >= kMaxSeconds)
 	{
-		Refuse(inPath, "is longer than 100 hours, the end of a time line");
+		RefuseInput(inPath, "is longer than 100 hours, the end of a time line");
 	}
 	return info;
 }

@@ -22,7 +22,7 @@ constexpr unsigned kPieceFrames = 4096;
 // The length fields of WAV and AIFF have 32 bits; this leaves room for their headers.
 constexpr std::int64_t kLargestData = 0xffff0000;
 
-[[noreturn]] void Refuse(std::filesystem::path const& inPath, std::string const& inReason)
+[[noreturn]] void RefuseToWrite(std::filesystem::path const& inPath, std::string const& inReason)
 {
 	throw HostError(HostError::Kind::eRequest, "cannot write " + QuotePath(inPath) + ": " + inReason);
 }
@@ -64,16 +64,16 @@ SF_INFO MakeFormat(std::filesystem::path const& inPath, OutputFormat const& inFo
 	bool const isLarge = inFrames * channels * GetSampleSize(inFormat.mSamples) > kLargestData;
 	if (inFormat.mContainer == OutputContainer::eFlac && inFormat.mSamples == OutputSamples::eFloat32)
 	{
-		Refuse(inPath, "FLAC holds no floats; choose 16 or 24 bits, or WAV");
+		RefuseToWrite(inPath, "FLAC holds no floats; choose 16 or 24 bits, or WAV");
 	}
 	if (inFormat.mContainer == OutputContainer::eFlac && channels > 8)
 	{
-		Refuse(
+		RefuseToWrite(
 			inPath, "FLAC holds at most 8 channels, not " + std::to_string(channels) + "; choose WAV or CAF");
 	}
 	if (inFormat.mContainer == OutputContainer::eAiff && isLarge)
 	{
-		Refuse(inPath, "an AIFF holds at most 4 GB; choose WAV or CAF");
+		RefuseToWrite(inPath, "an AIFF holds at most 4 GB; choose WAV or CAF");
 	}
 	SF_INFO info{};
 	info.samplerate = inSampleRate;
@@ -83,9 +83,9 @@ SF_INFO MakeFormat(std::filesystem::path const& inPath, OutputFormat const& inFo
 		GetContainerFormat(inFormat.mContainer, isLarge, inLayout == zorvmediatypes::Create51ChannelLayout());
 	if (sf_format_check(&info) == SF_FALSE)
 	{
-		Refuse(inPath, GetName(inFormat.mContainer) + " cannot hold " + std::to_string(channels) +
-						   " channels of " + GetName(inFormat.mSamples) + " at " +
-						   std::to_string(inSampleRate) + " Hz; choose another format");
+		RefuseToWrite(inPath, GetName(inFormat.mContainer) + " cannot hold " + std::to_string(channels) +
+								  " channels of " + GetName(inFormat.mSamples) + " at " +
+								  std::to_string(inSampleRate) + " Hz; choose another format");
 	}
 	return info;
 }
@@ -154,7 +154,7 @@ AudioFileWriter::AudioFileWriter(std::filesystem::path const& inPath, OutputForm
 	mFile.CheckWritten();
 	if (!file)
 	{
-		Refuse(inPath, sf_strerror(nullptr));
+		RefuseToWrite(inPath, sf_strerror(nullptr));
 	}
 	// The chunk of peaks holds the time of writing.
 	sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);

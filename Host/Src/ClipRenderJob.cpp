@@ -14,11 +14,6 @@ namespace SonaroHost
 namespace
 {
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 // Throws a HostError when a number is out of range.
 ClipRenderRequest CheckNumbers(ClipRenderRequest inRequest)
 {

@@ -13,7 +13,7 @@ namespace SonaroHost
 namespace
 {
 
-[[noreturn]] void Refuse(std::string const& inReason)
+[[noreturn]] void RefuseToDraw(std::string const& inReason)
 {
 	throw HostError(HostError::Kind::eOutput,
 		"the graph cannot be drawn: " + inReason + "; a drawing in .dot needs no Graphviz");
@@ -70,11 +70,11 @@ std::string DrawGraph(std::string const& inDot, GraphFormat inFormat)
 	std::unique_ptr<Agraph_t, GraphFree> const graph(agmemread(inDot.c_str()));
 	if (!context || !graph)
 	{
-		Refuse("Graphviz does not take it");
+		RefuseToDraw("Graphviz does not take it");
 	}
 	if (gvLayout(context.get(), graph.get(), "dot") != 0)
 	{
-		Refuse("Graphviz cannot lay it out; install the package graphviz");
+		RefuseToDraw("Graphviz cannot lay it out; install the package graphviz");
 	}
 	std::unique_ptr<Agraph_t, LayoutFree> const layout(graph.get(), {context.get()});
 	if (inFormat == GraphFormat::ePng)
@@ -88,7 +88,7 @@ std::string DrawGraph(std::string const& inDot, GraphFormat inFormat)
 	std::unique_ptr<char, RenderFree> const owned(data);
 	if (result != 0 || !data)
 	{
-		Refuse("Graphviz cannot render it; install the package graphviz");
+		RefuseToDraw("Graphviz cannot render it; install the package graphviz");
 	}
 	return {data, size};
 }

@@ -39,6 +39,11 @@ HostError::HostError(Kind inKind, std::string const& inReason)
 {
 }
 
+void Refuse(std::string const& inReason)
+{
+	throw HostError(HostError::Kind::eRequest, inReason);
+}
+
 std::string QuotePath(std::filesystem::path const& inPath)
 {
 	std::string quoted = "'";

@@ -7,16 +7,6 @@
 namespace SonaroHost
 {
 
-namespace
-{
-
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
-} // namespace
-
 FrameRange ChooseRange(
 	AudioFileInfo const& inInfo, TimePosition const& inStart, std::optional<TimePosition> const& inDuration)
 {

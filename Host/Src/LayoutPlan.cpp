@@ -12,11 +12,6 @@ namespace SonaroHost
 namespace
 {
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 std::optional<SN::PanProcessorType> FindPanner(
 	SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput)
 {

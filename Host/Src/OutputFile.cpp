@@ -23,7 +23,7 @@ constexpr std::string_view kEnding = ".tmp";
 constexpr std::string_view kDigits = "0123456789abcdef";
 constexpr std::size_t kNumDigits = 8;
 
-[[noreturn]] void Refuse(std::string const& inMessage)
+[[noreturn]] void RefuseWriting(std::string const& inMessage)
 {
 	throw HostError(HostError::Kind::eOutput, inMessage);
 }
@@ -93,22 +93,22 @@ void CheckPlace(std::filesystem::path const& inPath)
 	std::filesystem::file_status const status = std::filesystem::status(inPath, error);
 	if (std::filesystem::is_directory(status))
 	{
-		Refuse("cannot write " + QuotePath(inPath) + ": it is a folder; give the name of a file");
+		RefuseWriting("cannot write " + QuotePath(inPath) + ": it is a folder; give the name of a file");
 	}
 	if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
 	{
-		Refuse("cannot write " + QuotePath(inPath) + ": it is not a regular file");
+		RefuseWriting("cannot write " + QuotePath(inPath) + ": it is not a regular file");
 	}
 	// A folder that is closed, or links that lead in a circle.
 	if (!std::filesystem::status_known(status))
 	{
-		Refuse("cannot write " + QuotePath(inPath) + ": " + error.message());
+		RefuseWriting("cannot write " + QuotePath(inPath) + ": " + error.message());
 	}
 	std::filesystem::path const folder = GetFolder(FollowLinks(inPath));
 	if (!std::filesystem::is_directory(folder, error))
 	{
-		Refuse("cannot write " + QuotePath(inPath) + ": the folder " + QuotePath(folder) +
-			   " does not exist; create it first");
+		RefuseWriting("cannot write " + QuotePath(inPath) + ": the folder " + QuotePath(folder) +
+					  " does not exist; create it first");
 	}
 }
 
@@ -246,7 +246,7 @@ void OutputFile::CopyToStandardOutput()
 
 void OutputFile::ThrowFailure(int inError) const
 {
-	Refuse("cannot write " + QuoteOutput(mPath) + ": " + std::generic_category().message(inError));
+	RefuseWriting("cannot write " + QuoteOutput(mPath) + ": " + std::generic_category().message(inError));
 }
 
 void OutputFile::NoteFailure(bool inFailed)

@@ -11,7 +11,7 @@ namespace SonaroHost
 namespace
 {
 
-[[noreturn]] void Refuse(std::filesystem::path const& inPath, std::string const& inWhy)
+[[noreturn]] void RefuseFolder(std::filesystem::path const& inPath, std::string const& inWhy)
 {
 	throw HostError(HostError::Kind::eOutput, "cannot make the folder " + QuotePath(inPath) + ": " + inWhy);
 }
@@ -32,7 +32,7 @@ OutputFolder::OutputFolder(std::filesystem::path const& inPath)
 				std::filesystem::create_directory(folder, error);
 				if (error)
 				{
-					Refuse(inPath, error.message());
+					RefuseFolder(inPath, error.message());
 				}
 				return folder;
 			};
@@ -41,7 +41,7 @@ OutputFolder::OutputFolder(std::filesystem::path const& inPath)
 	}
 	if (!std::filesystem::is_directory(inPath))
 	{
-		Refuse(inPath, "a file has its name");
+		RefuseFolder(inPath, "a file has its name");
 	}
 }
 

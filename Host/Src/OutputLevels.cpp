@@ -7,16 +7,6 @@
 namespace SonaroHost
 {
 
-namespace
-{
-
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
-} // namespace
-
 void CheckLevels(OutputLevels const& inLevels, float inGain)
 {
 	// Written so that what is not a number fails them.

@@ -32,7 +32,7 @@ struct Output
 	bool mIsFolder = false;
 };
 
-[[noreturn]] void Refuse(Output const& inOutput, std::string const& inWhy)
+[[noreturn]] void RefuseOutput(Output const& inOutput, std::string const& inWhy)
 {
 	throw HostError(HostError::Kind::eRequest, inOutput.mName + " " + inWhy);
 }
@@ -73,7 +73,7 @@ void CheckBundle(Output const& inOutput)
 	{
 		if (IsBundle(folder))
 		{
-			Refuse(inOutput, "would change the bundle " + QuotePath(folder) + "; write it elsewhere");
+			RefuseOutput(inOutput, "would change the bundle " + QuotePath(folder) + "; write it elsewhere");
 		}
 	}
 }
@@ -83,7 +83,7 @@ void CheckTimeline(Output const& inOutput)
 	std::string const ending = GetLowerEnding(FollowLinks(inOutput.mPath));
 	if (!inOutput.mIsFolder && inOutput.mPlace.IsThere() && (ending == ".otio" || ending == ".otioz"))
 	{
-		Refuse(inOutput, std::string("would replace a timeline") + kRemedy);
+		RefuseOutput(inOutput, std::string("would replace a timeline") + kRemedy);
 	}
 }
 
@@ -91,12 +91,12 @@ void CheckInput(Output const& inOutput, std::filesystem::path const& inInput, Fi
 {
 	if (inOutput.mPlace.IsSame(inPlace) || inOutput.mPlace.IsSame(FilePlace(inInput / kContent)))
 	{
-		Refuse(inOutput, std::string("is the input itself") + kRemedy);
+		RefuseOutput(inOutput, std::string("is the input itself") + kRemedy);
 	}
 	std::error_code error;
 	if (std::filesystem::is_directory(inInput, error) && inOutput.mPlace.IsWithin(inPlace))
 	{
-		Refuse(inOutput, "lies in the input " + QuoteInput(inInput) + "; write it elsewhere");
+		RefuseOutput(inOutput, "lies in the input " + QuoteInput(inInput) + "; write it elsewhere");
 	}
 }
 
@@ -105,14 +105,14 @@ void CheckMedium(Output const& inOutput, std::filesystem::path const& inMedium, 
 	// A name that is alike would be taken for the medium the next time.
 	if (inOutput.mPlace.IsSame(inPlace) || inOutput.mPlace.IsAlike(inPlace))
 	{
-		Refuse(inOutput, (inPlace.IsThere() ? "is a medium of the timeline, "
-											: "is where a medium of the timeline is looked for, ") +
-							 QuotePath(inMedium) + kRemedy);
+		RefuseOutput(inOutput, (inPlace.IsThere() ? "is a medium of the timeline, "
+												  : "is where a medium of the timeline is looked for, ") +
+								   QuotePath(inMedium) + kRemedy);
 	}
 	if (!inOutput.mIsFolder && !inOutput.mPlace.IsThere() && inPlace.IsWithin(inOutput.mPlace))
 	{
-		Refuse(inOutput, "has the name of a folder in which a medium of the timeline is looked for, " +
-							 QuotePath(inMedium) + kRemedy);
+		RefuseOutput(inOutput, "has the name of a folder in which a medium of the timeline is looked for, " +
+								   QuotePath(inMedium) + kRemedy);
 	}
 }
 
@@ -120,13 +120,13 @@ void CheckOther(Output const& inOutput, Output const& inOther)
 {
 	if (inOutput.mPlace.IsSame(inOther.mPlace))
 	{
-		Refuse(inOutput, "is the same as " + inOther.mName + kRemedy);
+		RefuseOutput(inOutput, "is the same as " + inOther.mName + kRemedy);
 	}
 	for (auto const& [file, other] : {std::pair(&inOutput, &inOther), std::pair(&inOther, &inOutput)})
 	{
 		if (!file->mIsFolder && !file->mPlace.IsThere() && other->mPlace.IsWithin(file->mPlace))
 		{
-			Refuse(*file, "has the name of a folder of " + other->mName + kRemedy);
+			RefuseOutput(*file, "has the name of a folder of " + other->mName + kRemedy);
 		}
 	}
 }

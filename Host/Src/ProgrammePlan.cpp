@@ -19,11 +19,6 @@ namespace SonaroHost
 namespace
 {
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<unsigned> const& inWanted)
 {
 	if (inWanted.empty())

@@ -42,6 +42,12 @@ FileHandle Open(int inDescriptor)
 
 } // namespace
 
+bool IsThere(std::filesystem::path const& inPath)
+{
+	std::error_code error;
+	return std::filesystem::exists(inPath, error);
+}
+
 std::optional<FileNumber> FindFileNumber(std::filesystem::path const& inPath)
 {
 	struct stat status = {};

@@ -11,6 +11,9 @@ namespace SonaroHost
 
 // What the host library asks of the operating system about files, beyond the standard library.
 
+// Whether there is anything of that name; links are followed. Not, when it cannot be found out.
+bool IsThere(std::filesystem::path const& inPath);
+
 // Under which the system knows a file or folder, whatever paths lead to it.
 struct FileNumber
 {

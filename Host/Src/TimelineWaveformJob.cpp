@@ -24,11 +24,6 @@ constexpr unsigned kBlockFrames = 2048;
 // As for files: the edge of a picture's column is off by at most one in so many of its pixels.
 constexpr std::int64_t kColumnsPerPixel = 16;
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 // The bands of one picture while they are filled.
 class Bands
 {

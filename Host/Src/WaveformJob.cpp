@@ -34,11 +34,6 @@ constexpr std::int64_t kColumnsPerPixel = 16;
 constexpr unsigned kBlockFrames = 8192;
 constexpr auto kProgressInterval = std::chrono::milliseconds(50);
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 std::int64_t DivideUp(std::int64_t inDividend, std::int64_t inDivisor)
 {
 	return inDividend / inDivisor + (inDividend % inDivisor != 0 ? 1 : 0);

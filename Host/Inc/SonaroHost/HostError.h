@@ -48,6 +48,9 @@ private:
 	Parts mParts;
 };
 
+// Throws a HostError of the kind eRequest.
+[[noreturn]] void Refuse(std::string const& inReason);
+
 // A path for messages: in quotes, control characters escaped, so that any name stays on one line.
 std::string QuotePath(std::filesystem::path const& inPath);
 

@@ -1,6 +1,7 @@
 #include "AlikeNames.h"
 
 #include "../NameForms.h"
+#include "../SystemFiles.h"
 
 #include <algorithm>
 #include <system_error>
@@ -10,12 +11,6 @@ namespace SonaroHost::Otio
 
 namespace
 {
-
-bool IsThere(std::filesystem::path const& inPath)
-{
-	std::error_code error;
-	return std::filesystem::exists(inPath, error);
-}
 
 std::string const& Choose(std::vector<std::string> const& inNames, std::string const& inWanted)
 {

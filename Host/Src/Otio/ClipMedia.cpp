@@ -1,10 +1,10 @@
 #include "ClipMedia.h"
 
 #include "../MovieFile.h"
+#include "../SystemFiles.h"
 #include "SonaroHost/HostError.h"
 
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -20,12 +20,6 @@ ClipMedia MakeMissing(std::filesystem::path inPath, std::string inReason)
 	media.mWhySilent = std::move(inReason);
 	media.mIsMissing = true;
 	return media;
-}
-
-bool IsThere(std::filesystem::path const& inPath)
-{
-	std::error_code error;
-	return std::filesystem::exists(inPath, error);
 }
 
 } // namespace

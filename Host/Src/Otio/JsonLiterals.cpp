@@ -18,12 +18,12 @@ struct Word
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 // Longer ones before those that they begin with.
-constexpr Word kWords[] = {{"NaN", kNotANumber}, {"-NaN", kNotANumber}, {"Infinity", kInfinity},
+constexpr Word kLiterals[] = {{"NaN", kNotANumber}, {"-NaN", kNotANumber}, {"Infinity", kInfinity},
 	{"-Infinity", -kInfinity}, {"Inf", kInfinity}, {"-Inf", -kInfinity}};
 
 Word const* FindWord(std::string_view inText)
 {
-	for (Word const& word : kWords)
+	for (Word const& word : kLiterals)
 	{
 		if (inText.starts_with(word.mText))
 		{

@@ -67,7 +67,7 @@ constexpr KnownName kNames[] = {
 };
 
 // Of names of effects.
-constexpr std::string_view kWords[] = {"gain", "volume", "level", "levels", "pan", "panner", "panning",
+constexpr std::string_view kLevelWords[] = {"gain", "volume", "level", "levels", "pan", "panner", "panning",
 	"balance", "mute", "solo", "fade", "fader"};
 
 bool IsUpper(char inCharacter)
@@ -200,7 +200,7 @@ bool NamesLevels(std::string_view inName)
 			continue;
 		}
 		std::string_view const word = inName.substr(begin, i - begin);
-		if (std::any_of(std::begin(kWords), std::end(kWords),
+		if (std::any_of(std::begin(kLevelWords), std::end(kLevelWords),
 				[word](std::string_view inWord) { return IsSame(word, inWord); }))
 		{
 			return true;

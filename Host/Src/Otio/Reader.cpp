@@ -24,7 +24,7 @@ namespace SonaroHost::Otio
 namespace
 {
 
-[[noreturn]] void Refuse(
+[[noreturn]] void RefuseAt(
 	std::filesystem::path const& inPath, std::string const& inPlace, std::string const& inWhy)
 {
 	throw HostError(HostError::Kind::eInput, {inPath, inPlace, inWhy, {}});
@@ -147,11 +147,11 @@ void CheckIsJson(std::string_view inBytes, std::filesystem::path const& inPath)
 	std::size_t const first = text.find_first_not_of(" \t\r\n");
 	if (first == std::string_view::npos)
 	{
-		Refuse(inPath, {}, "is empty");
+		RefuseAt(inPath, {}, "is empty");
 	}
 	if (std::string_view("{[\"-0123456789tfn/").find(text[first]) == std::string_view::npos)
 	{
-		Refuse(inPath, {}, "is no OpenTimelineIO file, which would be JSON and begin with \"{\"");
+		RefuseAt(inPath, {}, "is no OpenTimelineIO file, which would be JSON and begin with \"{\"");
 	}
 }
 
@@ -161,7 +161,7 @@ Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inP
 {
 	if (inBytes.size() > kMaxFileBytes)
 	{
-		Refuse(inPath, {}, "is larger than 1 GiB; split the timeline");
+		RefuseAt(inPath, {}, "is larger than 1 GiB; split the timeline");
 	}
 	CheckIsJson(inBytes, inPath);
 	try
@@ -175,11 +175,11 @@ Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inP
 	}
 	catch (JsonError const& error)
 	{
-		Refuse(inPath, DescribeOffset(inBytes, error.GetOffset()), error.what());
+		RefuseAt(inPath, DescribeOffset(inBytes, error.GetOffset()), error.what());
 	}
 	catch (Refusal const& refusal)
 	{
-		Refuse(inPath, refusal.GetPlace(), refusal.what());
+		RefuseAt(inPath, refusal.GetPlace(), refusal.what());
 	}
 }
 
@@ -188,19 +188,19 @@ Document ReadDocumentFile(std::filesystem::path const& inPath)
 	std::error_code error;
 	if (!std::filesystem::is_regular_file(inPath, error))
 	{
-		Refuse(inPath, {}, std::filesystem::exists(inPath, error) ? "is no file" : "does not exist");
+		RefuseAt(inPath, {}, std::filesystem::exists(inPath, error) ? "is no file" : "does not exist");
 	}
 	std::uintmax_t const size = std::filesystem::file_size(inPath, error);
 	if (error || size > kMaxFileBytes)
 	{
-		Refuse(inPath, {}, "is larger than 1 GiB; split the timeline");
+		RefuseAt(inPath, {}, "is larger than 1 GiB; split the timeline");
 	}
 	std::string bytes(size, '\0');
 	errno = 0;
 	std::ifstream file(inPath, std::ios::binary);
 	if (!file.read(bytes.data(), static_cast<std::streamsize>(size)))
 	{
-		Refuse(inPath, {},
+		RefuseAt(inPath, {},
 			"cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : std::string()));
 	}
 	return ReadDocument(bytes, inPath);

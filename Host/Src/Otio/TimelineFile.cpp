@@ -22,7 +22,7 @@ constexpr char const* kMedia = "media";
 // Beyond it a size is taken for nonsense, whatever the room.
 constexpr std::uint64_t kMaxUnpackedBytes = std::uint64_t{1} << 40;
 
-[[noreturn]] void Refuse(std::filesystem::path const& inPath, std::string const& inReason)
+[[noreturn]] void RefuseFile(std::filesystem::path const& inPath, std::string const& inReason)
 {
 	throw HostError(HostError::Kind::eInput, {inPath, {}, inReason, {}});
 }
@@ -43,8 +43,9 @@ std::filesystem::path GetSafePath(std::filesystem::path const& inArchive, std::s
 						std::find(path.begin(), path.end(), "..") != path.end();
 	if (leaves)
 	{
-		Refuse(inArchive, "the entry " + QuotePath(inName) +
-							  " would leave the folder that it is unpacked into; the bundle is not trusted");
+		RefuseFile(
+			inArchive, "the entry " + QuotePath(inName) +
+						   " would leave the folder that it is unpacked into; the bundle is not trusted");
 	}
 	return path.lexically_normal();
 }
@@ -80,7 +81,8 @@ public:
 		}
 		if (!hasContent)
 		{
-			Refuse(mPath, std::string("has no \"") + kContent + "\", so that it is no bundle of a timeline");
+			RefuseFile(
+				mPath, std::string("has no \"") + kContent + "\", so that it is no bundle of a timeline");
 		}
 		return content;
 	}
@@ -100,7 +102,7 @@ private:
 			total += IsMedia(entry) ? std::min(entry.mBytes, kMaxUnpackedBytes) : 0;
 			if (total >= kMaxUnpackedBytes)
 			{
-				Refuse(mPath, "claims to hold 1 TiB of media or more, which is taken for damage");
+				RefuseFile(mPath, "claims to hold 1 TiB of media or more, which is taken for damage");
 			}
 		}
 		std::error_code error;
@@ -121,7 +123,8 @@ private:
 	{
 		if (inEntry.mBytes > kMaxFileBytes)
 		{
-			Refuse(mPath, std::string("its \"") + kContent + "\" is larger than 1 GiB; split the timeline");
+			RefuseFile(
+				mPath, std::string("its \"") + kContent + "\" is larger than 1 GiB; split the timeline");
 		}
 		std::string content;
 		mArchive.Read(inEntry,
@@ -135,7 +138,7 @@ private:
 		std::filesystem::create_directories(inTarget.parent_path(), error);
 		if (error || std::filesystem::exists(inTarget))
 		{
-			Refuse(mPath, "the entry " + QuotePath(inEntry.mName) + " stands in the way of another one");
+			RefuseFile(mPath, "the entry " + QuotePath(inEntry.mName) + " stands in the way of another one");
 		}
 		std::ofstream file(inTarget, std::ios::binary);
 		mArchive.Read(inEntry, [&file](char const* inBytes, std::size_t inCount)
@@ -173,7 +176,8 @@ TimelineFile::TimelineFile(std::filesystem::path const& inPath)
 		mFolder = inPath;
 		if (!std::filesystem::exists(inPath / kContent))
 		{
-			Refuse(inPath, std::string("is a folder without \"") + kContent + "\" in it, and so no bundle");
+			RefuseFile(
+				inPath, std::string("is a folder without \"") + kContent + "\" in it, and so no bundle");
 		}
 		mDocument = ReadDocumentFile(inPath / kContent);
 	}

@@ -16,11 +16,6 @@ namespace SonaroHost::Otio
 namespace
 {
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 class RangeParser
 {
 public:

@@ -21,11 +21,6 @@ namespace SonaroHost::Otio
 namespace
 {
 
-[[noreturn]] void Refuse(std::string const& inMessage)
-{
-	throw HostError(HostError::Kind::eRequest, inMessage);
-}
-
 TimelineOptions MakeOptions(TimelineRenderRequest const& inRequest)
 {
 	TimelineOptions options;

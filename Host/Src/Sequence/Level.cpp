@@ -12,7 +12,7 @@ namespace
 {
 
 // Values that move are worked out for so many frames at once.
-constexpr std::int64_t kPiece = 256;
+constexpr std::int64_t kLevelPiece = 256;
 
 void ApplyAtRest(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount, float inGain, float inMute)
 {
@@ -46,7 +46,7 @@ void Level::Apply(dsp::AudioBuffer& ioBuffer, StageClock& ioClock)
 			for (std::int64_t done = 0; done < inRun.mCount; done += piece.mCount)
 			{
 				piece.mFirst = inRun.GetFrame(done);
-				piece.mCount = std::min(kPiece, inRun.mCount - done);
+				piece.mCount = std::min(kLevelPiece, inRun.mCount - done);
 				ApplyTo(ioBuffer, piece, inOffset + static_cast<unsigned>(done), ioClock);
 			}
 		});
@@ -55,8 +55,8 @@ void Level::Apply(dsp::AudioBuffer& ioBuffer, StageClock& ioClock)
 void Level::ApplyTo(
 	dsp::AudioBuffer& ioBuffer, FrameRun const& inRun, unsigned inOffset, StageClock const& inClock)
 {
-	float gains[kPiece];
-	float mutes[kPiece];
+	float gains[kLevelPiece];
+	float mutes[kLevelPiece];
 	auto const gain = mGain.Follow(inRun, inClock, gains);
 	auto const mute = mMute.Follow(inRun, inClock, mutes);
 	auto const count = static_cast<unsigned>(inRun.mCount);

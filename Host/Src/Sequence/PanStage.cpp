@@ -16,7 +16,7 @@ namespace
 {
 
 // Places are worked out for so many frames at once.
-constexpr std::int64_t kPiece = 256;
+constexpr std::int64_t kPanPiece = 256;
 
 } // namespace
 
@@ -65,7 +65,7 @@ void PanStage::ProcessAudioData(
 			for (std::int64_t done = 0; done < inRun.mCount; done += piece.mCount)
 			{
 				piece.mFirst = inRun.GetFrame(done);
-				piece.mCount = std::min(kPiece, inRun.mCount - done);
+				piece.mCount = std::min(kPanPiece, inRun.mCount - done);
 				Place(inInput, outOutput, piece, inOffset + static_cast<unsigned>(done));
 			}
 		});
@@ -88,7 +88,7 @@ void PanStage::PlaceAtRest(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& ou
 void PanStage::Place(
 	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, FrameRun const& inRun, unsigned inOffset)
 {
-	float pans[kPiece];
+	float pans[kPanPiece];
 	auto const count = static_cast<unsigned>(inRun.mCount);
 	if (auto const pan = mPan.Follow(inRun, mClock, pans))
 	{
@@ -96,7 +96,7 @@ void PanStage::Place(
 		return;
 	}
 	// Of the left and of the right.
-	float gains[2][kPiece];
+	float gains[2][kPanPiece];
 	for (unsigned i = 0; i < count; ++i)
 	{
 		Gains const moving = GetGains(pans[i]);

@@ -8,7 +8,7 @@ namespace SN
 namespace
 {
 
-constexpr unsigned long long kGain = 0;
+constexpr unsigned long long kFaderGain = 0;
 constexpr unsigned long long kMute = 1;
 constexpr float kRampSeconds = 0.005f;
 
@@ -54,7 +54,7 @@ InterfaceRef<IAudioProcessor> AudioFaderRenderer::Clone(
 
 void AudioFaderRenderer::ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime)
 {
-	float const gain = IsBypassed() ? 0.0f : GetValueOrZero(kGain);
+	float const gain = IsBypassed() ? 0.0f : GetValueOrZero(kFaderGain);
 	if (IsDelayCompensationDisabled())
 	{
 		inBuffer *= gain;

@@ -6,7 +6,7 @@ namespace SN
 namespace
 {
 
-constexpr unsigned long long kGain = 0;
+constexpr unsigned long long kSendGain = 0;
 constexpr unsigned long long kBypass = 1;
 
 } // namespace
@@ -84,12 +84,12 @@ void AudioSendRenderer::ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime co
 	}
 	else if (mPanner->DoesNotAlterAudio())
 	{
-		mWriteView.CopyFromScale(heard, GetValueOrZero(kGain));
+		mWriteView.CopyFromScale(heard, GetValueOrZero(kSendGain));
 	}
 	else
 	{
 		mPanner->ProcessAudioData(heard, mWriteView, inTime);
-		mWriteView *= GetValueOrZero(kGain);
+		mWriteView *= GetValueOrZero(kSendGain);
 	}
 	mWriteView.ShiftOffset(frames);
 }
