@@ -2,8 +2,8 @@
 // thread, CPU time of the process. Then the same with meters, of the mix alone and of every track for a report. Makes its
 // media, 16-bit stereo at 48 kHz, in a temporary folder, prints tables and clears up.
 
-#include "SonaroHost/Otio/TimelineRenderJob.h"
-#include "SonaroHost/Otio/TimelineRenderRequest.h"
+#include "SonaroHost/Render/TimelineRenderJob.h"
+#include "SonaroHost/Render/TimelineRenderRequest.h"
 #include "nlohmann/json.hpp"
 
 #include <sndfile.h>

@@ -1,7 +1,7 @@
 // Rendering whole sequences from memory: stereo tracks with fader and pan into one master, on one thread, beside a
 // plain loop that multiplies and adds the same samples. And making the graph of a very large one.
 
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"

@@ -2,9 +2,9 @@
 
 #include "Sonaro/AudioWaveformQueue.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
-#include "SonaroHost/PeakColumn.h"
-#include "SonaroHost/PeakWaveformGenerator.h"
-#include "SonaroHost/TimeTransforms.h"
+#include "SonaroHost/Engine/TimeTransforms.h"
+#include "SonaroHost/Waveform/PeakColumn.h"
+#include "SonaroHost/Waveform/PeakWaveformGenerator.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 

@@ -90,7 +90,8 @@ function(sonaro_add_test inName)
 	if(NOT arg_OPTIMIZED)
 		target_link_libraries(${inName} PRIVATE SonaroTestOptions)
 	endif()
-	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF)
+	# Files of tests name their helpers alike.
+	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF UNITY_BUILD OFF)
 	# A compiler takes precompiled headers of the same level of optimisation only.
 	if(NOT SONARO_PRECOMPILE STREQUAL none AND NOT arg_OPTIMIZED)
 		target_precompile_headers(${inName} REUSE_FROM SonaroTestHeaders)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <CLI/CLI.hpp>
 

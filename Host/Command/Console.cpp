@@ -1,8 +1,8 @@
 #include "Console.h"
 
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/PrintableText.h"
-#include "SonaroHost/StandardStreams.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/Files/StandardStreams.h"
 
 #include <algorithm>
 #include <cerrno>

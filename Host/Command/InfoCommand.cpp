@@ -3,12 +3,12 @@
 #include "Console.h"
 #include "Json.h"
 #include "OptionGroups.h"
-#include "SonaroHost/AudioFileInfo.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/Otio/TimelineInput.h"
-#include "SonaroHost/PrintableText.h"
-#include "SonaroHost/TimePosition.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "TimelineInfo.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "ProgressReport.h"
 
 #include "OperatingSystem.h"
-#include "SonaroHost/TimePosition.h"
+#include "SonaroHost/Base/TimePosition.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/RenderProgress.h"
+#include "SonaroHost/Base/RenderProgress.h"
 
 #include <chrono>
 #include <cstddef>

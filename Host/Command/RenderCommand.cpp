@@ -6,9 +6,9 @@
 #include "RenderedFileRows.h"
 #include "ReportFile.h"
 #include "RunJob.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/StandardStreams.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/StandardStreams.h"
 #include "TimeOption.h"
 
 #include <charconv>

@@ -2,7 +2,7 @@
 
 #include "Command.h"
 #include "RenderOptions.h"
-#include "SonaroHost/ClipRenderJob.h"
+#include "SonaroHost/Render/ClipRenderJob.h"
 #include "TimelineRender.h"
 
 #include <optional>

@@ -1,8 +1,8 @@
 #include "RenderOptions.h"
 
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/StandardStreams.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/StandardStreams.h"
 #include "TimeOption.h"
 
 #include <cmath>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Sonaro/Types.h"
-#include "SonaroHost/OutputFormat.h"
-#include "SonaroHost/OutputLevels.h"
-#include "SonaroHost/TimePosition.h"
+#include "SonaroHost/Base/OutputFormat.h"
+#include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Render/OutputLevels.h"
 
 #include <optional>
 #include <string>

@@ -4,7 +4,7 @@
 #include "Json.h"
 #include "Levels.h"
 #include "RenderedFileRows.h"
-#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
 
 #include <array>
 #include <cstdio>

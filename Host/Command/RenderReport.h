@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/ClipRenderJob.h"
+#include "SonaroHost/Render/ClipRenderJob.h"
 
 #include <string>
 #include <vector>

@@ -3,8 +3,8 @@
 #include "Console.h"
 #include "Levels.h"
 #include "RenderReport.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
 #include "TimelineRows.h"
 
 #include <array>

@@ -2,8 +2,8 @@
 
 #include "Json.h"
 #include "Sonaro/Types.h"
-#include "SonaroHost/OutputLevels.h"
-#include "SonaroHost/RenderedFile.h"
+#include "SonaroHost/Render/OutputLevels.h"
+#include "SonaroHost/Render/RenderedFile.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "ReportFile.h"
 
-#include "SonaroHost/OutputFile.h"
+#include "SonaroHost/Files/OutputFile.h"
 
 #include <cstdint>
 #include <filesystem>

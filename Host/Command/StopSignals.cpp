@@ -1,6 +1,6 @@
 #include "StopSignals.h"
 
-#include "SonaroHost/Temporary.h"
+#include "SonaroHost/Files/Temporary.h"
 
 #include <atomic>
 #include <csignal>

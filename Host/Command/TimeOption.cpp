@@ -1,6 +1,6 @@
 #include "TimeOption.h"
 
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 namespace SonaroCommand
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/TimePosition.h"
+#include "SonaroHost/Base/TimePosition.h"
 
 #include <string>
 

@@ -1,9 +1,9 @@
 #include "TimelineNotes.h"
 
 #include "Console.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Otio/Labels.h"
-#include "SonaroHost/PrintableText.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,7 +2,7 @@
 
 #include "Json.h"
 #include "SonaroHost/Otio/Note.h"
-#include "SonaroHost/Otio/TimelineReport.h"
+#include "SonaroHost/OtioSequence/TimelineReport.h"
 
 #include <cstddef>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "RenderOptions.h"
-#include "SonaroHost/Otio/TimelineRenderJob.h"
+#include "SonaroHost/Render/TimelineRenderJob.h"
 
 #include <CLI/CLI.hpp>
 

@@ -5,10 +5,10 @@
 #include "Levels.h"
 #include "RenderReport.h"
 #include "RenderedFileRows.h"
-#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Otio/Labels.h"
-#include "SonaroHost/PrintableText.h"
-#include "SonaroHost/TimePosition.h"
 #include "TimelineNotes.h"
 #include "TimelineRows.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/Otio/TimelineRenderJob.h"
+#include "SonaroHost/Render/TimelineRenderJob.h"
 
 #include <string>
 

@@ -1,8 +1,8 @@
 #include "TimelineRows.h"
 
 #include "Levels.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/Otio/TimelineRange.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/OtioSequence/TimelineRange.h"
 
 namespace SonaroCommand
 {

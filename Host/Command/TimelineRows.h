@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Json.h"
-#include "SonaroHost/LoudnessMeter.h"
-#include "SonaroHost/Otio/TimelineSequence.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
+#include "SonaroHost/OtioSequence/TimelineSequence.h"
 
 #include <vector>
 

@@ -4,8 +4,8 @@
 #include "Console.h"
 #include "Json.h"
 #include "RunJob.h"
-#include "SonaroHost/PrintableText.h"
-#include "SonaroHost/TimePosition.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/Base/TimePosition.h"
 #include "TimelineNotes.h"
 
 namespace SonaroCommand

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/TimelineWaveformJob.h"
+#include "SonaroHost/Render/TimelineWaveformJob.h"
 
 #include <string>
 

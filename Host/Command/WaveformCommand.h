@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Command.h"
-#include "SonaroHost/TimelineWaveformJob.h"
-#include "SonaroHost/WaveformJob.h"
+#include "SonaroHost/Render/TimelineWaveformJob.h"
+#include "SonaroHost/Render/WaveformJob.h"
 
 #include <optional>
 #include <string>

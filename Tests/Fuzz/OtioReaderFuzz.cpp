@@ -1,4 +1,4 @@
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Otio/Reader.h"
 
 #include <cstddef>

@@ -1,9 +1,9 @@
-#include "SonaroHost/AudioFileInfo.h"
+#include "SonaroHost/Media/AudioFileInfo.h"
 
 #include "Host/Refusal.h"
 #include "Media.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 #include "Pulling.h"
-#include "SonaroHost/AudioFileReader.h"
+#include "SonaroHost/Media/AudioFileReader.h"
 #include "Vexilon/MediaManager.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"

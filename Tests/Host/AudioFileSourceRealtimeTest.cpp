@@ -1,5 +1,5 @@
 #include "Media.h"
-#include "SonaroHost/AudioFileSource.h"
+#include "SonaroHost/Media/AudioFileSource.h"
 #include "Support/RealtimeGuard.h"
 #include "Vexilon/BinaryData.h"
 #include "zorvaudiodsp/AudioBuffer.h"

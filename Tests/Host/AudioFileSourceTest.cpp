@@ -1,6 +1,6 @@
 #include "Pulling.h"
-#include "SonaroHost/AudioFileReader.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/AudioFileReader.h"
 #include "Vexilon/BinaryData.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"

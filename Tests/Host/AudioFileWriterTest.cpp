@@ -1,7 +1,7 @@
-#include "SonaroHost/AudioFileWriter.h"
+#include "SonaroHost/Render/AudioFileWriter.h"
 
 #include "Media.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 

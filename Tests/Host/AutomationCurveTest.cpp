@@ -1,6 +1,6 @@
-#include "SonaroHost/AutomationCurve.h"
+#include "SonaroHost/Automation/AutomationCurve.h"
 
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <gmock/gmock.h>
 

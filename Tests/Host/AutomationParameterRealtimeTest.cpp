@@ -1,4 +1,4 @@
-#include "SonaroHost/AutomationParameter.h"
+#include "SonaroHost/Automation/AutomationParameter.h"
 #include "Support/RealtimeGuard.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "SonaroHost/AutomationParameter.h"
+#include "SonaroHost/Automation/AutomationParameter.h"
 
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "SonaroHost/ClipRenderJob.h"
+#include "SonaroHost/Render/ClipRenderJob.h"
 
 #include "Media.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/LayoutConversion.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
+#include "SonaroHost/Render/LayoutConversion.h"
 #include "Support/RealtimeGuard.h"
 
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 
 #include "Media.h"
 #include "Sonaro/AudioChannelMix.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/ClipRenderJob.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Render/ClipRenderJob.h"
 
 #include <gmock/gmock.h>
 

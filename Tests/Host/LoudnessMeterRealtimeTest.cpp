@@ -1,5 +1,5 @@
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/LoudnessMeterSetter.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Metering/LoudnessMeterSetter.h"
 #include "Support/RealtimeGuard.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 

@@ -1,9 +1,9 @@
-#include "SonaroHost/LoudnessMeter.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
 
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/LoudnessBank.h"
-#include "SonaroHost/LoudnessMeterSetter.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Metering/LoudnessBank.h"
+#include "SonaroHost/Metering/LoudnessMeterSetter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The loudness meter beside libebur128.
 
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/LoudnessMeter.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <ebur128.h>

@@ -1,6 +1,6 @@
-#include "SonaroHost/OutputFile.h"
+#include "SonaroHost/Files/OutputFile.h"
 #include "Media.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
-#include "SonaroHost/OutputPlan.h"
+#include "SonaroHost/Files/OutputPlan.h"
 #include "Media.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <gmock/gmock.h>
 

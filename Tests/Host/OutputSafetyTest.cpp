@@ -3,11 +3,11 @@
 #include "Media.h"
 #include "Otio/Samples.h"
 #include "ProgramRun.h"
-#include "SonaroHost/ClipRenderJob.h"
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/Otio/TimelineRenderJob.h"
-#include "SonaroHost/OutputFile.h"
-#include "SonaroHost/TimelineWaveformJob.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/OutputFile.h"
+#include "SonaroHost/Render/ClipRenderJob.h"
+#include "SonaroHost/Render/TimelineRenderJob.h"
+#include "SonaroHost/Render/TimelineWaveformJob.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
-#include "SonaroHost/PeakLimiter.h"
+#include "SonaroHost/Metering/PeakLimiter.h"
 
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/LoudnessMeter.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>

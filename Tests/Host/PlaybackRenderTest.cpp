@@ -2,8 +2,8 @@
 
 #include "Media.h"
 #include "Sonaro/AudioPrefetch.h"
-#include "SonaroHost/ClipRenderJob.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Render/ClipRenderJob.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 #include "zorvcore/debug/DebugDatabase.h"
 

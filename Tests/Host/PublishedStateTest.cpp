@@ -1,4 +1,4 @@
-#include "SonaroHost/PublishedState.h"
+#include "SonaroHost/Automation/PublishedState.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Media.h"
-#include "SonaroHost/AudioFileSource.h"
+#include "SonaroHost/Media/AudioFileSource.h"
 
 #include <cstdint>
 

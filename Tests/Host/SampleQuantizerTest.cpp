@@ -1,4 +1,4 @@
-#include "SonaroHost/SampleQuantizer.h"
+#include "SonaroHost/Metering/SampleQuantizer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "SonaroHost/Temporary.h"
+#include "SonaroHost/Files/Temporary.h"
 #include "Media.h"
-#include "SonaroHost/OutputFile.h"
+#include "SonaroHost/Files/OutputFile.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "SonaroHost/TimePosition.h"
+#include "SonaroHost/Base/TimePosition.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "SonaroHost/TimeTransforms.h"
+#include "SonaroHost/Engine/TimeTransforms.h"
 
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #include "Media.h"
 #include "ProgramRun.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/LoudnessMeter.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gmock/gmock.h>

@@ -1,9 +1,9 @@
 // Renders of clips on a track: one or several, with fades, speeds and rates.
 
 #include "Media.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/ClipRenderJob.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Render/ClipRenderJob.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,8 @@
-#include "SonaroHost/WaveformJob.h"
+#include "SonaroHost/Render/WaveformJob.h"
 
 #include "Media.h"
 #include "Sonaro/AudioWaveformQueue.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
 // Looks at the pixels of small pictures.
 
 #include "Media.h"
-#include "SonaroHost/WaveformJob.h"
+#include "SonaroHost/Render/WaveformJob.h"
 
 #include <cairo.h>
 #include <gtest/gtest.h>

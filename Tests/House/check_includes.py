@@ -32,7 +32,7 @@ PREFIXES = sorted(
     ((prefix, floor) for floor, prefixes in enumerate(FLOORS) for prefix in prefixes),
     key=lambda entry: -len(entry[0]),
 )
-INCLUDE_ROOTS = ["API/Inc", "Inc", "Host/Inc"]
+INCLUDE_ROOTS = ["API/Inc", "Inc", "Host/Inc", "Host/Src"]
 
 
 def floor_of(path):

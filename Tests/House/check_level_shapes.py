@@ -9,7 +9,7 @@ import sys
 
 
 def main(root):
-    source = (root / "Host/Src/Otio/LevelShapes.cpp").read_text(encoding="utf-8")
+    source = (root / "Host/Src/Otio/Levels/LevelShapes.cpp").read_text(encoding="utf-8")
     table = source[source.index("kShapes[] = {"):source.index("\n};")]
     shapes = re.findall(r'\{"([a-z-]+)",\s*Form::', table)
     document = (root / "Docs/OTIO.md").read_text(encoding="utf-8")

@@ -14,7 +14,7 @@ namespace SN::Testing
 namespace
 {
 
-constexpr float kStale = 9999.0f;
+constexpr float kStaleInput = 9999.0f;
 
 // The longest block from inFirst on within which the flags of all inputs stay.
 unsigned GetUniformLength(
@@ -43,14 +43,14 @@ void RunBlock(IAudioPanProcessor& ioPanner, long long inFirst, FrameRate const& 
 		bool const isSilent = inSilentAt && inSilentAt(channel, inFirst);
 		for (unsigned i = 0; i < frames; ++i)
 		{
-			ioInput.GetChannel(channel)[i] = isSilent ? kStale : inInput(channel, inFirst + i);
+			ioInput.GetChannel(channel)[i] = isSilent ? kStaleInput : inInput(channel, inFirst + i);
 		}
 		ioInput.SetChannelZero(channel, isSilent);
 	}
 	dsp::AudioBuffer output(ioResult.size(), frames);
 	for (unsigned channel = 0; channel < ioResult.size(); ++channel)
 	{
-		std::fill_n(output.GetChannel(channel), frames, kStale);
+		std::fill_n(output.GetChannel(channel), frames, kStaleInput);
 	}
 	output.Zero();
 	ioPanner.ProcessAudioData(ioInput, output, TickTime(inFirst, inRate));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Cursor.h"
+#include "Otio/Json/Cursor.h"
 
 #include "SonaroHost/Otio/Model.h"
 

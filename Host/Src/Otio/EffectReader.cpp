@@ -1,10 +1,10 @@
 #include "EffectReader.h"
 
-#include "Fields.h"
-#include "ForeignLevelsReader.h"
 #include "ItemReader.h"
-#include "LevelShapes.h"
-#include "Schema.h"
+#include "Otio/Json/Fields.h"
+#include "Otio/Json/Schema.h"
+#include "Otio/Levels/ForeignLevelsReader.h"
+#include "Otio/Levels/LevelShapes.h"
 
 #include "SonaroHost/Otio/Reader.h"
 

@@ -1,10 +1,10 @@
 #include "ItemReader.h"
 
 #include "EffectReader.h"
-#include "Fields.h"
-#include "ItemLevelsReader.h"
 #include "MediaReader.h"
-#include "Schema.h"
+#include "Otio/Json/Fields.h"
+#include "Otio/Json/Schema.h"
+#include "Otio/Levels/ItemLevelsReader.h"
 
 #include <cmath>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Cursor.h"
-#include "MixSettingsReader.h"
+#include "Otio/Json/Cursor.h"
+#include "Otio/Levels/MixSettingsReader.h"
 
 #include "SonaroHost/Otio/Model.h"
 

@@ -1,8 +1,8 @@
 #include "MediaReader.h"
 
-#include "Fields.h"
 #include "ItemReader.h"
-#include "Schema.h"
+#include "Otio/Json/Fields.h"
+#include "Otio/Json/Schema.h"
 
 #include <utility>
 

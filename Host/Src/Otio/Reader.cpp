@@ -1,14 +1,14 @@
 #include "SonaroHost/Otio/Reader.h"
 
 #include "CompositionReader.h"
-#include "Cursor.h"
-#include "Fields.h"
 #include "ItemReader.h"
-#include "JsonTree.h"
-#include "MixSettingsReader.h"
-#include "Schema.h"
+#include "Otio/Json/Cursor.h"
+#include "Otio/Json/Fields.h"
+#include "Otio/Json/JsonTree.h"
+#include "Otio/Json/Schema.h"
+#include "Otio/Levels/MixSettingsReader.h"
 
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,9 +1,9 @@
 #include "SonaroHost/Otio/TimelineFile.h"
 
-#include "TemporaryFolder.h"
-#include "ZipArchive.h"
+#include "Files/TemporaryFolder.h"
+#include "Files/ZipArchive.h"
 
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <algorithm>
 #include <cctype>

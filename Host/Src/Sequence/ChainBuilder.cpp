@@ -1,12 +1,12 @@
 #include "ChainBuilder.h"
 
-#include "EffectStage.h"
-#include "LevelStage.h"
-#include "MeterTap.h"
-#include "PanStage.h"
-#include "SendStage.h"
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/LayoutPlan.h"
+#include "Sequence/Stage/EffectStage.h"
+#include "Sequence/Stage/LevelStage.h"
+#include "Sequence/Stage/MeterTap.h"
+#include "Sequence/Stage/PanStage.h"
+#include "Sequence/Stage/SendStage.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Engine/LayoutPlan.h"
 
 #include <string>
 #include <utility>

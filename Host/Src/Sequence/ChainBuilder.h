@@ -1,9 +1,9 @@
 #pragma once
 
-#include "GraphTools.h"
-#include "Level.h"
-#include "Place.h"
-#include "Playhead.h"
+#include "Sequence/Node/GraphTools.h"
+#include "Sequence/Node/Place.h"
+#include "Sequence/Stage/Level.h"
+#include "Sequence/Stage/Playhead.h"
 #include "SonaroHost/Sequence/Chain.h"
 #include "SonaroHost/Sequence/Description.h"
 

@@ -1,6 +1,6 @@
 #include "DelayPlan.h"
 
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,10 +1,10 @@
 #include "ItemBuilder.h"
 
 #include "ChainBuilder.h"
-#include "ItemContent.h"
+#include "Sequence/Node/ItemContent.h"
 #include "Sonaro/AudioUtilities.h"
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 
 #include <cmath>
 #include <string>

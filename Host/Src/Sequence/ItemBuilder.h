@@ -1,8 +1,8 @@
 #pragma once
 
-#include "GraphTools.h"
-#include "Place.h"
-#include "Playhead.h"
+#include "Sequence/Node/GraphTools.h"
+#include "Sequence/Node/Place.h"
+#include "Sequence/Stage/Playhead.h"
 
 #include <cstdint>
 #include <functional>

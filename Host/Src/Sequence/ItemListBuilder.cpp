@@ -1,6 +1,6 @@
 #include "ItemListBuilder.h"
 
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 
 #include <algorithm>
 #include <string>

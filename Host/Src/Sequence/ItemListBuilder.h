@@ -1,9 +1,9 @@
 #pragma once
 
-#include "FadeItem.h"
-#include "GraphTools.h"
 #include "ItemBuilder.h"
-#include "Place.h"
+#include "Sequence/Node/FadeItem.h"
+#include "Sequence/Node/GraphTools.h"
+#include "Sequence/Node/Place.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 

@@ -1,7 +1,7 @@
 #include "NestBuilder.h"
 
 #include "Sonaro/AudioUtilities.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 
 #include <algorithm>
 

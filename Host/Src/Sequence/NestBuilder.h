@@ -1,8 +1,8 @@
 #pragma once
 
-#include "GraphTools.h"
 #include "ItemBuilder.h"
-#include "Place.h"
+#include "Sequence/Node/GraphTools.h"
+#include "Sequence/Node/Place.h"
 #include "SequenceBuilder.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"

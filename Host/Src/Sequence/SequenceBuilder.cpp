@@ -1,9 +1,9 @@
 #include "SequenceBuilder.h"
 
-#include "SequenceNode.h"
+#include "Sequence/Node/SequenceNode.h"
 
-#include "SonaroHost/ChannelLayouts.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 
 #include <algorithm>
 #include <string>

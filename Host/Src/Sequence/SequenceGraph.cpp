@@ -1,7 +1,7 @@
 #include "SonaroHost/Sequence/SequenceGraph.h"
 
-#include "GraphTools.h"
 #include "NestBuilder.h"
+#include "Sequence/Node/GraphTools.h"
 
 #include <algorithm>
 #include <map>

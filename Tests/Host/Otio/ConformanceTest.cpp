@@ -1,7 +1,7 @@
-#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Otio/TimelineFile.h"
-#include "SonaroHost/Otio/TimelineSequence.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/OtioSequence/TimelineSequence.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 

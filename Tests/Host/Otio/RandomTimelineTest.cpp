@@ -1,7 +1,7 @@
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/Otio/TimelineRenderJob.h"
-#include "SonaroHost/Otio/TimelineSequence.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
+#include "SonaroHost/OtioSequence/TimelineSequence.h"
+#include "SonaroHost/Render/TimelineRenderJob.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 

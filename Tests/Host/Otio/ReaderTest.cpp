@@ -1,7 +1,7 @@
 #include "Samples.h"
 
 #include "Host/Refusal.h"
-#include "SonaroHost/HostError.h"
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Otio/Reader.h"
 
 #include <random>

@@ -1,9 +1,9 @@
 #include "SonaroHost/Otio/TimelineFile.h"
 #include "Host/Refusal.h"
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/Otio/FileMedia.h"
-#include "SonaroHost/Otio/MediaFinder.h"
-#include "SonaroHost/Otio/TimelineInput.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/MediaFinder.h"
+#include "SonaroHost/OtioSequence/TimelineInput.h"
+#include "SonaroHost/Sequence/FileMedia.h"
 #include "Vexilon/BinaryData.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 

@@ -1,9 +1,9 @@
-#include "SonaroHost/Otio/TimelineRange.h"
+#include "SonaroHost/OtioSequence/TimelineRange.h"
 
-#include "SonaroHost/HostError.h"
-#include "SonaroHost/Otio/FileMedia.h"
-#include "SonaroHost/Otio/MediaFinder.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/MediaFinder.h"
 #include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/Sequence/FileMedia.h"
 
 #include <gmock/gmock.h>
 

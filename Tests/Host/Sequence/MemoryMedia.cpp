@@ -1,7 +1,7 @@
 #include "MemoryMedia.h"
 
 #include "Sonaro/IAsyncAudioSource.h"
-#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 

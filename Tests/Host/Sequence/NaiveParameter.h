@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/AutomationParameter.h"
+#include "SonaroHost/Automation/AutomationParameter.h"
 #include "SonaroHost/Sequence/Description.h"
 
 #include <algorithm>

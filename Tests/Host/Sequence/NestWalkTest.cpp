@@ -5,7 +5,7 @@
 #include "Sonaro/PrefetchRange.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Sonaro/Prefetcher.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "Support/Pull.h"
 #include "zorvaudiodsp/AudioBuffer.h"

@@ -8,7 +8,7 @@
 #include "Sonaro/IAsyncAudioSource.h"
 #include "Sonaro/PrefetchRange.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "Support/Pull.h"
 #include "zorvaudiodsp/AudioBuffer.h"

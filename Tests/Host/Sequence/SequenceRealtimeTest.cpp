@@ -1,5 +1,5 @@
 #include "RandomSequence.h"
-#include "SonaroHost/RenderContextScope.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "Support/RealtimeGuard.h"
 #include "zorvaudiodsp/AudioBuffer.h"

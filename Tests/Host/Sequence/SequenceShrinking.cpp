@@ -1,7 +1,7 @@
 #include "SequenceShrinking.h"
 
 #include "NaiveSequence.h"
-#include "SonaroHost/ChannelLayouts.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
 
 #include <limits>
 #include <map>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/AutomationCurve.h"
+#include "SonaroHost/Automation/AutomationCurve.h"
 #include "SonaroHost/Otio/RationalTime.h"
 #include "SonaroHost/Sequence/FadeShape.h"
 

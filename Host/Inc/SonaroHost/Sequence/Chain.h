@@ -4,7 +4,7 @@
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/Types.h"
-#include "SonaroHost/AutomationParameter.h"
+#include "SonaroHost/Automation/AutomationParameter.h"
 
 #include <functional>
 #include <string>

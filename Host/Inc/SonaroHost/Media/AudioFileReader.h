@@ -1,0 +1,76 @@
+#pragma once
+
+#include "SonaroHost/Media/AudioFileInfo.h"
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+namespace SonaroHost
+{
+
+class AudioFileDecoder;
+class DecodedSpool;
+
+// Reads a sound file at any position, to the bit what one decode from start to end gives.
+//
+// Method   Samples come in blocks of a fixed size, the last few of which are kept. Formats that can be
+//          entered anywhere (PCM, FLAC, ALAC and block ADPCM) are seeked, early enough for the codec to
+//          have its state. The state of the others (Vorbis, Opus, MPEG, GSM and stream ADPCM) depends on
+//          all that came before, so they are decoded from the start; once such a file is read backwards,
+//          its decoded samples go to a nameless temporary file.
+// Cost     Reading forward never seeks, and never allocates in seekable formats.
+// Threads  One at a time.
+class AudioFileReader
+{
+public:
+	// Opens the file; throws a HostError like InspectAudioFile.
+	explicit AudioFileReader(std::filesystem::path const& inPath);
+	~AudioFileReader();
+	AudioFileReader(AudioFileReader const&) = delete;
+	AudioFileReader& operator=(AudioFileReader const&) = delete;
+
+	AudioFileInfo const& GetInfo() const noexcept { return mInfo; }
+
+	// Frames of a block; all but the last are full.
+	std::int64_t GetBlockFrames() const noexcept { return mBlockFrames; }
+
+	// The frames from inIndex * GetBlockFrames() on, interleaved in the file's order, valid until the
+	// next call. inIndex lies within the file. Throws a HostError where the file is damaged.
+	float const* GetBlock(std::int64_t inIndex);
+
+	// How often decoding did not go on where it had stopped.
+	std::uint64_t GetJumpCount() const noexcept { return mJumpCount; }
+
+private:
+	struct Block
+	{
+		std::int64_t mIndex = -1;
+		std::uint64_t mLastUse = 0;
+		std::vector<float> mSamples;
+	};
+
+	Block& ChooseBlockToFill(std::int64_t inIndex);
+	void FillBlock(std::int64_t inIndex, float* outSamples);
+	std::int64_t ReadFrames(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
+	std::int64_t ReadSeekable(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
+	std::int64_t ReadFromStart(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
+	// Decodes up to inPosition, using ioScratch (one block) for what is dropped.
+	void DecodeUpTo(std::int64_t inPosition, float* ioScratch);
+	[[noreturn]] void ThrowCutShort(std::int64_t inPosition) const;
+
+	AudioFileInfo mInfo;
+	std::unique_ptr<AudioFileDecoder> mDecoder;
+	std::unique_ptr<DecodedSpool> mSpool;
+	bool mIsSeekable;
+	// How many frames before the wanted one a seek goes.
+	std::int64_t mPrerollFrames;
+	std::int64_t mBlockFrames;
+	std::array<Block, 8> mBlocks;
+	std::uint64_t mUseCount = 0;
+	std::uint64_t mJumpCount = 0;
+};
+
+} // namespace SonaroHost

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "SonaroHost/Otio/Model.h"
+#include "SonaroHost/OtioSequence/TimelineSequence.h"
+
+#include <optional>
+#include <string>
+
+namespace SonaroHost::Otio
+{
+
+// Frames a second in which a timeline counts: those of its global start, or else of the first range in it.
+std::optional<double> FindTimecodeRate(Timeline const& inTimeline);
+
+// Times of a programme as timecode, at the timeline's rate.
+class ProgrammeTimecode
+{
+public:
+	// Nothing for a timeline that names no rate.
+	static std::optional<ProgrammeTimecode> Find(
+		Timeline const& inTimeline, TimelineSequence const& inSequence);
+
+	double GetRate() const { return mRate; }
+	// Of a time in seconds from the start of the programme, which bears the timeline's global start.
+	std::string GetLabel(Ratio const& inTime) const;
+	std::string GetLength(Ratio const& inLength) const;
+
+private:
+	ProgrammeTimecode(double inRate, Ratio const& inStart)
+		: mRate(inRate),
+		  mStart(inStart)
+	{
+	}
+
+	double mRate;
+	Ratio mStart;
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Sonaro/IAudioMeterSetter.h"
+#include "SonaroHost/Media/MediaFinder.h"
+#include "SonaroHost/Otio/Model.h"
+#include "SonaroHost/Otio/Note.h"
+#include "SonaroHost/OtioSequence/TimelineReport.h"
+#include "SonaroHost/Sequence/Description.h"
+#include "SonaroHost/Sequence/FileMedia.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+struct TimelineOptions
+{
+	// Without one, that of the most clips' media; 48000 where there are none.
+	std::optional<int> mSampleRate;
+	// Without one, the timeline's own; stereo where it names none, unless all that is heard is mono.
+	std::optional<SN::AudioChannelLayout> mLayout;
+	// Of transitions and fades that name none.
+	FadeShape mFadeShape = FadeShape::eEqualPower;
+	// Only this child of the timeline's stack is heard, for a stem: solos do not count, mutes do. All of them
+	// together are the mix where none is solo.
+	std::optional<std::size_t> mOnlyChild;
+	// Asked for each child of a stack that is heard, once its items are made. What it gives listens behind the
+	// gain and before the pan; it may be nothing.
+	std::function<SN::InterfaceRef<SN::IAudioMeterSetter>(TrackRow const&)> mMakeMeter;
+	// The same for the sum.
+	SN::InterfaceRef<SN::IAudioMeterSetter> mMasterMeter;
+	// A gain of the sum, after the timeline's own and before its meter, with curves in the description's time; empty
+	// for none.
+	Sequence::NumberParameter mMasterGain;
+};
+
+// A timeline as a sequence that a graph can be made of, and what is to be told of it.
+struct TimelineSequence
+{
+	// The timeline's, for messages; empty where it is from none.
+	std::filesystem::path mFile;
+	// Of its stack, a JSON pointer.
+	std::string mPlace;
+	// At which mDescription is to be rendered: its times are whole frames of this rate.
+	int mSampleRate = 48000;
+	std::shared_ptr<Sequence::Description const> mDescription;
+	// Of the programme.
+	SN::AudioChannelLayout mLayout;
+	// The programme within the description: its first frame, and so many. What else the description holds is cut
+	// away by the timeline.
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mFrames = 0;
+
+	// Why nothing of the programme is heard, such as "2 tracks of kind Video, none of kind Audio". Empty where a clip is
+	// heard, or would be if its media were there; one that its gain alone makes silent counts as heard.
+	std::string mWhySilent;
+
+	// The label of frame 0, in seconds, and the rate in which the timeline gives it.
+	std::optional<Ratio> mGlobalStart;
+	double mGlobalStartRate = 0.0;
+
+	// In the order of the file.
+	std::vector<ClipRow> mClips;
+	std::vector<TrackRow> mTracks;
+	// In the order of time.
+	std::vector<MarkerRow> mMarkers;
+	std::vector<MissingMedia> mMissing;
+	// Without those of the reader.
+	std::vector<Note> mNotes;
+};
+
+// Docs/OTIO.md tells what is rendered how. ioMedia is to live on: it tells of failures in a render. Throws a
+// HostError for options that make no sense and for timelines that are too long.
+// Threads: one at a time for one ioMedia.
+TimelineSequence MakeTimelineSequence(Timeline const& inTimeline, MediaFinder const& inFinder,
+	FileMedia& ioMedia, TimelineOptions const& inOptions = {});
+
+// Frees the rows of tracks and clips: of many clips they take as much memory as a graph.
+void DropRows(TimelineSequence& ioSequence);
+
+// Why the programme is not as the timeline means it: whether a note tells of something that was guessed or ignored.
+bool HasGuesses(std::vector<Note> const& inNotes);
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "SonaroHost/Base/OutputFormat.h"
+#include "SonaroHost/Files/OutputFile.h"
+#include "SonaroHost/Metering/SampleQuantizer.h"
+#include "zorvmediatypes/AudioChannelDescription.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace dsp
+{
+class AudioBuffer;
+}
+
+namespace SonaroHost
+{
+
+// Writes rendered blocks into a sound file. The same samples give the same bytes, however they are cut
+// into blocks and whenever it is done: nothing of the time or the machine goes into the file.
+//
+// Integers  Rounded by SampleQuantizer. Floats go in bit for bit.
+// Size      A WAV beyond 4 GB becomes an RF64, its 64-bit form; an AIFF beyond is refused at the start.
+// Layout    5.1 is marked as such; other layouts of more than two channels have no marks.
+class AudioFileWriter
+{
+public:
+	// inFrames: how many will be written. Throws a HostError when the format cannot hold that, or the
+	// file cannot be made. inTimeReference: the first sample's place in samples since midnight, which a WAV
+	// carries in its broadcast extension; other containers have no room for it.
+	AudioFileWriter(std::filesystem::path const& inPath, OutputFormat const& inFormat, int inSampleRate,
+		zorvmediatypes::AudioChannelLayout const& inLayout, std::int64_t inFrames,
+		std::optional<std::int64_t> inTimeReference = std::nullopt);
+	// Without Finish, nothing is left of the file.
+	~AudioFileWriter();
+
+	// Appends the UseSize frames of the buffer, which has the layout's channels. Throws a HostError when
+	// the disk is full.
+	void Write(dsp::AudioBuffer const& inBuffer);
+
+	// Completes the file under its temporary name; Finish gives it its own.
+	void Complete();
+	// Completes the file and gives it its name.
+	void Finish();
+
+	std::int64_t GetFrames() const { return mFrames; }
+	// Over all channels; 0 for floats.
+	std::int64_t GetClippedSamples() const;
+
+private:
+	struct Encoder;
+
+	void WritePiece(dsp::AudioBuffer const& inBuffer, unsigned inFirst, unsigned inFrames);
+
+	OutputFile mFile;
+	unsigned mChannels;
+	std::int64_t mFrames = 0;
+	std::unique_ptr<Encoder> mEncoder;
+	// One for each channel; none for floats.
+	std::vector<SampleQuantizer> mQuantizers;
+	int mIntegerShift = 0;
+	std::vector<int> mIntegers;
+	std::vector<float> mFloats;
+};
+
+} // namespace SonaroHost

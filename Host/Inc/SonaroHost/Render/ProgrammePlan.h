@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Sonaro/Types.h"
+#include "SonaroHost/Engine/LayoutPlan.h"
+#include "SonaroHost/Media/AudioFileSource.h"
+#include "SonaroHost/Render/ClipRenderRequest.h"
+#include "SonaroHost/Render/Fades.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// One input of a programme, opened and put in its place.
+struct PlannedClip
+{
+	SN::InterfaceRef<AudioFileSource> mSource;
+	// In the source, in its own frames.
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mSourceFrames = 0;
+	// Of the source, in the order of the layout that the plan begins with.
+	std::vector<unsigned> mChannels;
+	LayoutPlan mLayout;
+	// Samples of the source for one of the output; at 1 nothing is resampled.
+	double mReadingSpeed = 1.0;
+	// In the output.
+	std::int64_t mPosition = 0;
+	std::int64_t mFrames = 0;
+
+	AudioFileInfo const& GetInfo() const { return mSource->GetInfo(); }
+	bool IsResampled() const { return mReadingSpeed != 1.0; }
+};
+
+// What a request comes to once its inputs are open: where each lies in the output, from which rate and layout
+// to which.
+class ProgrammePlan
+{
+public:
+	// Throws a HostError when an input cannot be opened or the request does not fit the inputs.
+	explicit ProgrammePlan(ClipRenderRequest const& inRequest);
+
+	// In the order of the request; later ones cover earlier ones.
+	std::vector<PlannedClip> const& GetClips() const { return mClips; }
+	// Of the output.
+	int GetSampleRate() const { return mSampleRate; }
+	SN::FrameRate GetFrameRate() const { return SN::FrameRate::FromSamplesPerSecond(mSampleRate); }
+	std::int64_t GetFrames() const { return mFrames; }
+	SN::AudioChannelLayout const& GetLayout() const { return mClips.front().mLayout.GetOutputLayout(); }
+	Fades const& GetFades() const { return mFades; }
+	// The clips are reversed and in the order of the reversed programme already.
+	bool IsReversed() const { return mIsReversed; }
+	float GetGain() const { return mGain; }
+	// As it was asked for, of the whole.
+	double GetSpeed() const { return mSpeed; }
+	bool IsResampled() const;
+	// Each sample of the output is one of an input or zero.
+	bool KeepsSamples() const;
+
+private:
+	void ChooseSampleRate(ClipRenderRequest const& inRequest);
+	void ChooseLayouts(LayoutRequest const& inRequest);
+	void ChooseReadingSpeed(PlannedClip& ioClip, double inSpeed) const;
+	void PlaceClips(ClipRenderRequest const& inRequest);
+
+	std::vector<PlannedClip> mClips;
+	int mSampleRate = 0;
+	std::int64_t mFrames = 0;
+	Fades mFades;
+	float mGain = 1.0f;
+	double mSpeed = 1.0;
+	bool mIsReversed = false;
+};
+
+} // namespace SonaroHost

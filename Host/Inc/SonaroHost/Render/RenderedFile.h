@@ -1,0 +1,53 @@
+#pragma once
+
+#include "SonaroHost/Base/OutputFormat.h"
+#include "SonaroHost/Base/ProgrammeRange.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
+#include "SonaroHost/Render/Fades.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// A file that a render writes: as planned, and what came of it.
+struct RenderedFile
+{
+	std::filesystem::path mPath;
+	// Of the track or marker; empty for the mix.
+	std::string mName;
+	// Of a stem, the child of the timeline's stack that is heard alone.
+	std::optional<std::size_t> mOnlyChild;
+	// In the programme.
+	ProgrammeRange mRange;
+	// At the ends of that range.
+	Fades mFades;
+	// What a WAV carries as its place in time, in samples since midnight.
+	std::optional<std::int64_t> mTimeReference;
+	// Of the samples before rounding; linear, 1 being full scale.
+	float mPeak = 0.0f;
+	std::int64_t mClippedSamples = 0;
+	std::optional<LoudnessReading> mLoudness;
+	// The least gain of the limiter; 1 where it had nothing to do.
+	double mSmallestLimiterGain = 1.0;
+};
+
+// What the passes of a render came to.
+struct RenderedFiles
+{
+	OutputFormat mFormat;
+	std::vector<RenderedFile> mFiles;
+	// Of the mix in the range, before it is normalized and limited; when it was measured.
+	std::optional<LoudnessReading> mMix;
+	// Linear; 1 without normalizing.
+	double mNormalizingGain = 1.0;
+	// With a limiter, how far the loudness stays from what was asked for, in LU.
+	double mLoudnessError = 0.0;
+};
+
+} // namespace SonaroHost

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "SonaroHost/Base/RenderProgress.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
+#include "SonaroHost/OtioSequence/TimelineInput.h"
+#include "SonaroHost/OtioSequence/TimelineRange.h"
+#include "SonaroHost/Render/RenderedFile.h"
+#include "SonaroHost/Render/TimelineRenderRequest.h"
+#include "SonaroHost/Sequence/SequenceGraph.h"
+
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace SonaroHost
+{
+struct RenderPlan;
+}
+
+namespace SonaroHost::Otio
+{
+
+struct TimelineRenderSummary : RenderedFiles
+{
+	// For each row of the sequence's tracks, behind its fader; nothing for those that are not heard. What is only
+	// rendered for effects to settle does not count.
+	std::vector<std::optional<LoudnessReading>> mTracks;
+	// Of the mix.
+	Sequence::GraphReport mGraph;
+	double mElapsedSeconds = 0.0;
+};
+
+// Renders a timeline into sound files.
+//
+// Passes  Normalizing renders the mix once more before, into a meter: that takes time instead of room on the disk, and
+//         both passes have the same samples. With a limiter, which makes the mix softer, it is repeated until the
+//         loudness is right to 0.02 LU, at most six times.
+// Range   Its samples are those of the whole render, where nothing of what came before rings on.
+class TimelineRenderJob
+{
+public:
+	// Opens the timeline and checks the request against it. Throws a HostError.
+	explicit TimelineRenderJob(TimelineRenderRequest inRequest);
+	~TimelineRenderJob();
+	TimelineRenderJob(TimelineRenderJob const&) = delete;
+	TimelineRenderJob& operator=(TimelineRenderJob const&) = delete;
+
+	// See TimelineRenderRequest::mKeepsRows.
+	TimelineSequence const& GetSequence() const { return mSequence; }
+	// Of reading and laying out, and of the range.
+	std::vector<Note> const& GetNotes() const { return mNotes; }
+	// Of the range alone: how it was understood.
+	std::vector<Note> const& GetRangeNotes() const { return mRangeNotes; }
+	ProgrammeRange const& GetRange() const { return mRange; }
+	OutputFormat const& GetOutputFormat() const { return mFormat; }
+	SN::AudioChannelLayout const& GetOutputLayout() const { return mSequence.mLayout; }
+	int GetSampleRate() const { return mSequence.mSampleRate; }
+
+	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a
+	// HostError: then there is no output, and files that were there before stay. Several files appear together once all
+	// are complete. To be called once.
+	std::optional<TimelineRenderSummary> Run(
+		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
+
+private:
+	void ChooseFormat();
+	void CheckNumbers() const;
+	void ChooseRange();
+	void PlanFiles();
+	void CheckFiles() const;
+	RenderPlan MakePlan() const;
+
+	TimelineRenderRequest mRequest;
+	TimelineInput mInput;
+	TimelineSequence mSequence;
+	std::vector<Note> mNotes;
+	std::vector<Note> mRangeNotes;
+	ProgrammeRange mRange;
+	OutputFormat mFormat;
+	// As planned.
+	std::vector<RenderedFile> mFiles;
+};
+
+} // namespace SonaroHost::Otio

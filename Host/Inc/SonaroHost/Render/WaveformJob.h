@@ -1,0 +1,114 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioRenderContext.h"
+#include "SonaroHost/Base/RenderProgress.h"
+#include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Media/AudioFileSource.h"
+#include "SonaroHost/Waveform/Waveform.h"
+#include "SonaroHost/Waveform/WaveformStyle.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <stop_token>
+
+namespace SonaroHost
+{
+
+class OutputFile;
+
+// Pixels in either direction.
+inline constexpr unsigned kMaxPictureSize = 32767;
+// Columns in a file of data.
+inline constexpr std::int64_t kMaxWaveformColumns = 1 << 24;
+
+enum class WaveformFormat
+{
+	ePng,
+	eSvg,
+	// Minima and maxima in version 2 of the format that browsers' peak viewers read, as text or binary.
+	eJson,
+	eDat,
+};
+
+inline bool IsPicture(WaveformFormat inFormat)
+{
+	return inFormat == WaveformFormat::ePng || inFormat == WaveformFormat::eSvg;
+}
+
+enum class WaveformChannels
+{
+	eStacked,
+	eMerged,
+};
+
+// A sound file whose waveform is wanted.
+struct WaveformRequest
+{
+	std::filesystem::path mInput;
+	std::filesystem::path mOutput;
+	WaveformFormat mFormat = WaveformFormat::ePng;
+	TimePosition mStart;
+	// At most to the input's end, which is where it ends without one.
+	std::optional<TimePosition> mDuration;
+	// At most one of both. A picture is exactly so wide, 1200 pixels without either; data has at most so many
+	// columns, of 256 samples without either.
+	std::optional<std::int64_t> mWidth;
+	std::optional<std::int64_t> mSamplesPerColumn;
+	WaveformChannels mChannels = WaveformChannels::eStacked;
+	// Of pictures.
+	WaveformStyle mStyle;
+	// Of a value in data: 8 or 16.
+	int mBits = 16;
+	// Whether an older file of the output's name may be replaced.
+	bool mReplace = true;
+};
+
+struct WaveformSummary
+{
+	std::int64_t mFrames = 0;
+	int mSampleRate = 0;
+	// Of the output; a picture's columns are its pixels.
+	std::size_t mChannels = 0;
+	std::int64_t mColumns = 0;
+	// On average, in a picture.
+	double mSamplesPerColumn = 0.0;
+	double mElapsedSeconds = 0.0;
+};
+
+// Draws or writes the waveform of a sound file.
+class WaveformJob
+{
+public:
+	// Opens the input and checks the request against it. Throws a HostError.
+	explicit WaveformJob(WaveformRequest inRequest);
+
+	AudioFileInfo const& GetInputInfo() const { return mSource->GetInfo(); }
+
+	// Computes on the engine's waveform thread, whose queue must not be paused for good, and calls inProgress on
+	// the calling one, another one, every now and then. Nothing when asked to stop, or throwing a HostError: then
+	// there is no output, and a file that was there before stays. To be called once.
+	std::optional<WaveformSummary> Run(
+		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
+
+private:
+	void ChooseColumns();
+	SN::InterfaceRef<SN::IAudioGenerator> MakeStream(
+		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext) const;
+	// False when asked to stop.
+	bool Compute(ProgressCallback const& inProgress, std::stop_token const& inStop);
+	void Write(OutputFile& ioFile) const;
+
+	WaveformRequest mRequest;
+	SN::InterfaceRef<AudioFileSource> mSource;
+	// In the input.
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mFrames = 0;
+	// Of the output.
+	std::int64_t mColumns = 0;
+	// As it is computed: for a picture finer than its pixels, if possible.
+	Waveform mWaveform;
+};
+
+} // namespace SonaroHost

@@ -1,0 +1,104 @@
+#include "SonaroHost/Base/ChannelLayouts.h"
+
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <system_error>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+using zorvmediatypes::AudioChannelDescription;
+using zorvmediatypes::AudioChannelLayout;
+
+// Null for a channel without a place.
+char const* FindPlaceName(AudioChannelDescription inChannel)
+{
+	switch (inChannel)
+	{
+	case AudioChannelDescription::kMono:
+		return "mono";
+	case AudioChannelDescription::kLeft:
+		return "left";
+	case AudioChannelDescription::kRight:
+		return "right";
+	case AudioChannelDescription::kCenter:
+		return "centre";
+	case AudioChannelDescription::kLowFrequency:
+		return "LFE";
+	case AudioChannelDescription::kLeftSurround:
+		return "left surround";
+	case AudioChannelDescription::kRightSurround:
+		return "right surround";
+	default:
+		return nullptr;
+	}
+}
+
+} // namespace
+
+AudioChannelLayout MakeLayoutOfChannels(unsigned inChannels)
+{
+	return inChannels == 1   ? zorvmediatypes::CreateMonoChannelLayout()
+		   : inChannels == 2 ? zorvmediatypes::CreateStereoChannelLayout()
+							 : zorvmediatypes::CreateMultichannelLayout(static_cast<int>(inChannels));
+}
+
+std::optional<AudioChannelLayout> ParseLayout(std::string_view inText)
+{
+	for (AudioChannelLayout const& layout : {zorvmediatypes::CreateMonoChannelLayout(),
+			 zorvmediatypes::CreateStereoChannelLayout(), zorvmediatypes::Create51ChannelLayout()})
+	{
+		if (inText == GetLayoutName(layout))
+		{
+			return layout;
+		}
+	}
+	unsigned count = 0;
+	auto const [end, error] = std::from_chars(inText.data(), inText.data() + inText.size(), count);
+	if (error != std::errc() || end != inText.data() + inText.size() || count < 1 || count > kMaxChannels)
+	{
+		return std::nullopt;
+	}
+	return zorvmediatypes::CreateMultichannelLayout(static_cast<int>(count));
+}
+
+std::string GetLayoutName(AudioChannelLayout const& inLayout)
+{
+	if (inLayout == zorvmediatypes::CreateMonoChannelLayout())
+	{
+		return "mono";
+	}
+	if (inLayout == zorvmediatypes::CreateStereoChannelLayout())
+	{
+		return "stereo";
+	}
+	if (inLayout == zorvmediatypes::Create51ChannelLayout())
+	{
+		return "5.1";
+	}
+	return std::to_string(inLayout.size()) + (inLayout.size() == 1 ? " channel" : " channels");
+}
+
+bool HasPlaces(AudioChannelLayout const& inLayout)
+{
+	return std::all_of(inLayout.begin(), inLayout.end(),
+		[](AudioChannelDescription inChannel) { return FindPlaceName(inChannel) != nullptr; });
+}
+
+std::vector<std::string> GetPlaceNames(AudioChannelLayout const& inLayout)
+{
+	std::vector<std::string> names;
+	if (HasPlaces(inLayout))
+	{
+		std::transform(inLayout.begin(), inLayout.end(), std::back_inserter(names), FindPlaceName);
+	}
+	return names;
+}
+
+} // namespace SonaroHost

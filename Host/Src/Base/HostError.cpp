@@ -1,0 +1,54 @@
+#include "SonaroHost/Base/HostError.h"
+
+#include "SonaroHost/Base/PrintableText.h"
+
+#include <utility>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+// Of bytes, in a message: the way to deeply nested objects is longer.
+constexpr std::size_t kLongestPlace = 400;
+
+std::string Compose(HostError::Parts const& inParts)
+{
+	std::string where = inParts.mFile.empty() ? std::string() : QuotePath(inParts.mFile);
+	if (!inParts.mPlace.empty())
+	{
+		where += where.empty() ? "" : ", ";
+		where += ShortenMiddle(inParts.mPlace, kLongestPlace);
+	}
+	return where + (where.empty() ? "" : ": ") + inParts.mReason +
+		   (inParts.mRemedy.empty() ? "" : "; " + inParts.mRemedy);
+}
+
+} // namespace
+
+HostError::HostError(Kind inKind, Parts inParts)
+	: std::runtime_error(Compose(inParts)),
+	  mKind(inKind),
+	  mParts(std::move(inParts))
+{
+}
+
+HostError::HostError(Kind inKind, std::string const& inReason)
+	: HostError(inKind, Parts{{}, {}, inReason, {}})
+{
+}
+
+void Refuse(std::string const& inReason)
+{
+	throw HostError(HostError::Kind::eRequest, inReason);
+}
+
+std::string QuotePath(std::filesystem::path const& inPath)
+{
+	std::string quoted = "'";
+	quoted += MakePrintable(inPath.string());
+	return quoted + "'";
+}
+
+} // namespace SonaroHost

@@ -1,0 +1,117 @@
+#include "SonaroHost/Engine/ReadAhead.h"
+
+#include "PrefetchBatch.h"
+#include "Sonaro/AudioPrefetch.h"
+#include "Sonaro/PrefetchRequestAccumulator.h"
+
+#include <algorithm>
+#include <exception>
+#include <vector>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+constexpr double kStretchSeconds = 2.0;
+
+// A batch that was given up leaves a low load behind, so that the next try is read. It takes others who
+// keep the queue busy to need more.
+constexpr int kMostTries = 10;
+
+std::int64_t ChooseStretchFrames(OfflineRange const& inRange)
+{
+	std::int64_t const wanted = SN::TickTime::FromSeconds(kStretchSeconds).ToFrame64(inRange.mFrameRate);
+	std::int64_t const blocks = (wanted + inRange.mBlockFrames - 1) / inRange.mBlockFrames;
+	return std::max<std::int64_t>(blocks, 1) * inRange.mBlockFrames;
+}
+
+} // namespace
+
+ReadAhead::ReadAhead(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, OfflineRange const& inRange)
+	: mGraph(inGraph),
+	  mRange(inRange),
+	  mStretchFrames(ChooseStretchFrames(inRange))
+{
+	SN::AudioPrefetch::NotifyPrefetchIntervalChanged(SN::TickTime(mStretchFrames, mRange.mFrameRate));
+	SN::AudioPrefetch::Reset();
+	Request(0);
+}
+
+ReadAhead::~ReadAhead()
+{
+	if (!mBatch)
+	{
+		return;
+	}
+	try
+	{
+		SN::AudioPrefetch::CancelAllPendingPrefetchRequests(SN::AudioPrefetch::PlaybackPriority);
+	}
+	catch (std::exception const&)
+	{
+		// The engine's module has stopped and given up the batch itself, or there is no memory for the mark;
+		// the batch is then read for nothing.
+	}
+}
+
+void ReadAhead::Advance(std::int64_t inFramesDone)
+{
+	if (inFramesDone % mStretchFrames == 0 && inFramesDone < mRange.mFrames)
+	{
+		WaitFor(inFramesDone);
+		Request(inFramesDone + mStretchFrames);
+	}
+}
+
+ReadAheadReport ReadAhead::GetReport()
+{
+	mReport.mWasBehind = SN::AudioPrefetch::WasPrefetchBehind() || mReport.mWasBehind;
+	return mReport;
+}
+
+void ReadAhead::Request(std::int64_t inFramesDone)
+{
+	mBatch = {};
+	if (inFramesDone >= mRange.mFrames)
+	{
+		return;
+	}
+	std::int64_t first = inFramesDone;
+	std::int64_t end = std::min(inFramesDone + mStretchFrames, mRange.mFrames);
+	if (mRange.mDirection == RenderDirection::eReverse)
+	{
+		first = mRange.mFrames - end;
+		end = mRange.mFrames - inFramesDone;
+	}
+	std::vector<SN::AudioPrefetch::PrefetchRequest> requests;
+	SN::PrefetchRequestAccumulator accumulator(
+		SN::PrefetchRequestAccumulator::ExtendCapacity, nullptr, &requests);
+	mGraph->AccumulatePrefetchRequests(
+		{SN::TickTime(first, mRange.mFrameRate), SN::TickTime(end, mRange.mFrameRate)},
+		SN::AsynchronousPrefetch, accumulator);
+	mBatch = zorvcore::classref::MakeObject<PrefetchBatch>();
+	SN::AudioPrefetch::PrefetchAudio(
+		SN::AudioPrefetch::PlaybackPriority, requests, mBatch->GetTimeStamp(), mBatch);
+}
+
+void ReadAhead::WaitFor(std::int64_t inFramesDone)
+{
+	double const interval = SN::TickTime(mStretchFrames, mRange.mFrameRate).GetSeconds();
+	for (int tries = 0; tries < kMostTries; ++tries)
+	{
+		PrefetchBatch::End const end = mBatch->Wait();
+		double const percent = static_cast<double>(end.mElapsedNanos) / (interval * 1e7);
+		mReport.mDiskLoadPercent =
+			std::max(mReport.mDiskLoadPercent, static_cast<int>(std::min(percent, 1e9)));
+		if (end.mWasRead)
+		{
+			return;
+		}
+		++mReport.mGivenUp;
+		Request(inFramesDone);
+	}
+}
+
+} // namespace SonaroHost

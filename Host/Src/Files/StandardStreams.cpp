@@ -1,0 +1,81 @@
+#include "SonaroHost/Files/StandardStreams.h"
+
+#include "SystemFiles.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+[[noreturn]] void RefuseInput(std::string const& inWhy)
+{
+	throw HostError(HostError::Kind::eInput, inWhy + ": " + std::generic_category().message(errno));
+}
+
+// Takes the standard input to its end.
+FileHandle SpoolStandardInput()
+{
+	constexpr std::size_t kPieceBytes = 65536;
+	constexpr char const* kWhyNotKept =
+		"the standard input cannot be kept in a temporary file (TMPDIR names the folder)";
+	FileHandle spool = MakeUnnamedFile();
+	if (!spool)
+	{
+		RefuseInput(kWhyNotKept);
+	}
+	std::array<char, kPieceBytes> piece{};
+	while (std::size_t const count = std::fread(piece.data(), 1, piece.size(), stdin))
+	{
+		if (std::fwrite(piece.data(), 1, count, spool.get()) != count)
+		{
+			RefuseInput(kWhyNotKept);
+		}
+	}
+	if (std::ferror(stdin) != 0)
+	{
+		RefuseInput("the standard input cannot be read");
+	}
+	if (std::fflush(spool.get()) != 0)
+	{
+		RefuseInput(kWhyNotKept);
+	}
+	return spool;
+}
+
+} // namespace
+
+std::string QuoteInput(std::filesystem::path const& inPath)
+{
+	return IsStandardStream(inPath) ? "the standard input" : QuotePath(inPath);
+}
+
+std::string QuoteOutput(std::filesystem::path const& inPath)
+{
+	return IsStandardStream(inPath) ? "the standard output" : QuotePath(inPath);
+}
+
+HostError::Parts MakeInputParts(
+	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy)
+{
+	return IsStandardStream(inPath) ? HostError::Parts{{}, {}, "the standard input " + inReason, inRemedy}
+									: HostError::Parts{inPath, {}, inReason, inRemedy};
+}
+
+std::filesystem::path GetReadablePath(std::filesystem::path const& inPath)
+{
+	if (!IsStandardStream(inPath))
+	{
+		return inPath;
+	}
+	// What was read once is gone from the stream.
+	static FileHandle const sSpool = SpoolStandardInput();
+	return GetPathOfOpenFile(sSpool.get());
+}
+
+} // namespace SonaroHost

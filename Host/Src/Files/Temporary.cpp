@@ -1,0 +1,95 @@
+#include "SonaroHost/Files/Temporary.h"
+
+#include <map>
+#include <mutex>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+struct List
+{
+	std::mutex mMutex;
+	std::map<std::filesystem::path, Temporary::Removal> mPaths;
+};
+
+// Never destroyed: a clean-up may come while the process is ending in another way.
+List& GetList()
+{
+	static List* const sList = new List;
+	return *sList;
+}
+
+void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
+{
+	// Another thread may still be adding files to a folder, or removing it, too; once it is gone it cannot.
+	constexpr int kTries = 100;
+	std::error_code error;
+	if (inRemoval == Temporary::Removal::eWhileEmpty)
+	{
+		std::filesystem::remove(inPath, error);
+		return;
+	}
+	for (int tries = 0; tries < kTries; ++tries)
+	{
+		std::filesystem::remove_all(inPath, error);
+		if (!std::filesystem::exists(std::filesystem::symlink_status(inPath, error)))
+		{
+			return;
+		}
+	}
+}
+
+} // namespace
+
+Temporary::Temporary(std::function<std::filesystem::path()> const& inMake, Removal inRemoval)
+	: mRemoval(inRemoval)
+{
+	List& list = GetList();
+	std::lock_guard const lock(list.mMutex);
+	mPath = inMake();
+	list.mPaths.emplace(mPath, mRemoval);
+}
+
+Temporary::~Temporary()
+{
+	if (mIsRenamed)
+	{
+		return;
+	}
+	// Not under the lock, since large folders take long; a clean-up at the same time does no harm.
+	Remove(mPath, mRemoval);
+	List& list = GetList();
+	std::lock_guard const lock(list.mMutex);
+	list.mPaths.erase(mPath);
+}
+
+std::error_code Temporary::Rename(std::filesystem::path const& inName)
+{
+	List& list = GetList();
+	std::lock_guard const lock(list.mMutex);
+	std::error_code error;
+	std::filesystem::rename(mPath, inName, error);
+	if (!error)
+	{
+		mIsRenamed = true;
+		list.mPaths.erase(mPath);
+	}
+	return error;
+}
+
+void Temporary::RemoveAll()
+{
+	List& list = GetList();
+	// Never given back.
+	list.mMutex.lock();
+	// What is in a folder comes after it in the list.
+	for (auto entry = list.mPaths.rbegin(); entry != list.mPaths.rend(); ++entry)
+	{
+		Remove(entry->first, entry->second);
+	}
+}
+
+} // namespace SonaroHost

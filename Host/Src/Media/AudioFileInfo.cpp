@@ -1,0 +1,275 @@
+#include "SonaroHost/Media/AudioFileInfo.h"
+
+#include "AudioFileDecoder.h"
+#include "DeclaredAudio.h"
+#include "MpegLengthTag.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Files/StandardStreams.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <numeric>
+#include <system_error>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+// The end of the engine's time line, 100 hours.
+constexpr std::int64_t kMaxSeconds = 360000;
+
+[[noreturn]] void RefuseInput(
+	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy = {})
+{
+	throw HostError(HostError::Kind::eInput, MakeInputParts(inPath, inReason, inRemedy));
+}
+
+void CheckIsFile(std::filesystem::path const& inPath)
+{
+	if (inPath.empty())
+	{
+		RefuseInput(inPath, "the name of the input is empty", "give the name of a file");
+	}
+	std::error_code error;
+	std::filesystem::path const path = GetReadablePath(inPath);
+	std::filesystem::file_status const status = std::filesystem::status(path, error);
+	if (status.type() == std::filesystem::file_type::not_found)
+	{
+		RefuseInput(inPath, "does not exist");
+	}
+	if (error)
+	{
+		RefuseInput(inPath, "cannot be opened: " + error.message());
+	}
+	if (std::filesystem::is_directory(status))
+	{
+		throw NoSoundError(MakeInputParts(inPath, "is a folder, not a sound file"));
+	}
+	if (!std::filesystem::is_regular_file(status))
+	{
+		RefuseInput(inPath, "is not a regular file; sound is read from files alone");
+	}
+	errno = 0;
+	if (!std::ifstream(path, std::ios::binary))
+	{
+		RefuseInput(inPath, "cannot be opened: " + std::generic_category().message(errno));
+	}
+	std::uintmax_t const size = std::filesystem::file_size(path, error);
+	if (!error && size == 0)
+	{
+		RefuseInput(inPath, "is empty");
+	}
+}
+
+void RefuseCutFile(std::filesystem::path const& inPath, std::int64_t inPromised, std::int64_t inThere)
+{
+	RefuseInput(inPath,
+		"is cut short: its header promises " + std::to_string(inPromised) + " bytes of audio, the file has " +
+			std::to_string(std::max<std::int64_t>(inThere, 0)),
+		"get a whole copy");
+}
+
+// Compares what the headers promise with the size of the file. Returns whether a length is stated.
+bool CheckFileSize(std::filesystem::path const& inPath)
+{
+	std::filesystem::path const path = GetReadablePath(inPath);
+	auto const size = static_cast<std::int64_t>(std::filesystem::file_size(path));
+	if (auto const tag = ReadMpegLengthTag(path); tag && tag->mBytes)
+	{
+		std::int64_t const there = size - tag->mFirstFrame;
+		if (there < *tag->mBytes)
+		{
+			RefuseCutFile(inPath, *tag->mBytes, there);
+		}
+	}
+	auto const declared = ReadDeclaredAudio(path);
+	if (!declared)
+	{
+		return true;
+	}
+	if (declared->mIsUnfinished)
+	{
+		RefuseInput(inPath,
+			"was never finished: its header states no audio, yet " + std::to_string(size - declared->mStart) +
+				" bytes follow",
+			"repair the header first");
+	}
+	if (declared->mBytes && declared->mStart + *declared->mBytes > size)
+	{
+		RefuseCutFile(inPath, *declared->mBytes, size - declared->mStart);
+	}
+	return declared->mBytes.has_value();
+}
+
+// The length of a stream that does not state one: what can be decoded.
+std::int64_t CountFrames(std::filesystem::path const& inPath)
+{
+	constexpr std::int64_t kChunk = 4096;
+	AudioFileDecoder decoder(inPath);
+	std::vector<float> samples(static_cast<std::size_t>(kChunk * decoder.GetFormat().channels));
+	while (decoder.Read(samples.data(), kChunk) == kChunk)
+	{
+	}
+	if (sf_error(decoder.GetHandle()) == SF_ERR_NO_ERROR)
+	{
+		return decoder.GetPosition();
+	}
+	// The read that failed lost what it had decoded already: the last frames are counted one by one.
+	std::int64_t const end = decoder.GetPosition();
+	AudioFileDecoder again(inPath);
+	while (again.GetPosition() < end &&
+		   again.Read(samples.data(), std::min(kChunk, end - again.GetPosition())) > 0)
+	{
+	}
+	while (again.Read(samples.data(), 1) == 1)
+	{
+	}
+	return again.GetPosition();
+}
+
+// Whether the last frame that a FLAC file promises can be decoded; its header says nothing of bytes.
+void CheckLastFrame(AudioFileDecoder& ioDecoder, AudioFileInfo const& inInfo)
+{
+	bool const isFlac = (ioDecoder.GetFormat().format & SF_FORMAT_TYPEMASK) == SF_FORMAT_FLAC;
+	if (!isFlac || inInfo.mFrames == 0)
+	{
+		return;
+	}
+	std::array<float, kMaxChannels> frame{};
+	if (!ioDecoder.SeekTo(inInfo.mFrames - 1) || ioDecoder.Read(frame.data(), 1) != 1)
+	{
+		RefuseInput(inInfo.mPath,
+			"is cut short or damaged: its header promises " + std::to_string(inInfo.mFrames) +
+				" samples, but the last one cannot be read",
+			"get a whole copy");
+	}
+}
+
+std::string GetFormatName(int inFormat)
+{
+	SF_FORMAT_INFO info{};
+	info.format = inFormat;
+	sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info);
+	return info.name ? info.name : "unknown";
+}
+
+int GetIntegerBits(int inFormat)
+{
+	switch (inFormat & SF_FORMAT_SUBMASK)
+	{
+	case SF_FORMAT_PCM_S8:
+	case SF_FORMAT_PCM_U8:
+		return 8;
+	case SF_FORMAT_PCM_16:
+	case SF_FORMAT_ALAC_16:
+		return 16;
+	case SF_FORMAT_ALAC_20:
+		return 20;
+	case SF_FORMAT_PCM_24:
+	case SF_FORMAT_ALAC_24:
+		return 24;
+	case SF_FORMAT_PCM_32:
+	case SF_FORMAT_ALAC_32:
+		return 32;
+	default:
+		return 0;
+	}
+}
+
+// Where the channels of a 5.1 file stand, in the engine's order: left, right, centre, low frequency,
+// left and right surround. Empty when the file's channel map is that of another layout.
+std::vector<unsigned> Find51Order(SNDFILE* inFile)
+{
+	constexpr std::array<std::array<int, 2>, 6> kPlaces{{
+		{SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_FRONT_LEFT},
+		{SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_FRONT_RIGHT},
+		{SF_CHANNEL_MAP_CENTER, SF_CHANNEL_MAP_FRONT_CENTER},
+		{SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_LFE},
+		{SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_SIDE_LEFT},
+		{SF_CHANNEL_MAP_REAR_RIGHT, SF_CHANNEL_MAP_SIDE_RIGHT},
+	}};
+	std::vector<unsigned> order(kPlaces.size());
+	std::iota(order.begin(), order.end(), 0u);
+	std::array<int, 6> map{};
+	if (sf_command(inFile, SFC_GET_CHANNEL_MAP_INFO, map.data(), sizeof map) == SF_FALSE)
+	{
+		// Without a map, six channels are 5.1 in the common order.
+		return order;
+	}
+	for (std::size_t channel = 0; channel < kPlaces.size(); ++channel)
+	{
+		auto const found =
+			std::find_first_of(map.begin(), map.end(), kPlaces[channel].begin(), kPlaces[channel].end());
+		if (found == map.end())
+		{
+			return {};
+		}
+		order[channel] = static_cast<unsigned>(found - map.begin());
+	}
+	return order;
+}
+
+void SetLayout(AudioFileInfo& ioInfo, AudioFileDecoder const& inDecoder)
+{
+	int const channels = inDecoder.GetFormat().channels;
+	if (channels < 1 || channels > static_cast<int>(kMaxChannels))
+	{
+		RefuseInput(ioInfo.mPath, "has " + std::to_string(channels) + " channels; at most " +
+									  std::to_string(kMaxChannels) + " are supported");
+	}
+	ioInfo.mChannelOrder.resize(static_cast<std::size_t>(channels));
+	std::iota(ioInfo.mChannelOrder.begin(), ioInfo.mChannelOrder.end(), 0u);
+	ioInfo.mLayout = MakeLayoutOfChannels(static_cast<unsigned>(channels));
+	if (channels == 6)
+	{
+		if (auto order = Find51Order(inDecoder.GetHandle()); !order.empty())
+		{
+			ioInfo.mLayout = zorvmediatypes::Create51ChannelLayout();
+			ioInfo.mChannelOrder = std::move(order);
+		}
+	}
+}
+
+} // namespace
+
+AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
+{
+	CheckIsFile(inPath);
+	AudioFileInfo info;
+	info.mPath = inPath;
+	info.mStatesLength = CheckFileSize(inPath);
+
+	AudioFileDecoder decoder(inPath);
+	SF_INFO const& format = decoder.GetFormat();
+	SetLayout(info, decoder);
+	info.mContainer = GetFormatName(format.format & SF_FORMAT_TYPEMASK);
+	info.mEncoding = GetFormatName(format.format & SF_FORMAT_SUBMASK);
+	info.mIntegerBits = GetIntegerBits(format.format);
+	info.mSampleRate = format.samplerate;
+	if (info.mSampleRate < 1)
+	{
+		RefuseInput(inPath, "states no sample rate");
+	}
+	info.mFrames = format.frames;
+	if (decoder.StatesLength())
+	{
+		CheckLastFrame(decoder, info);
+	}
+	else
+	{
+		info.mStatesLength = false;
+		info.mFrames = CountFrames(inPath);
+	}
+	if (info.mFrames / info.mSampleRate >= kMaxSeconds)
+	{
+		RefuseInput(inPath, "is longer than 100 hours, the end of a time line");
+	}
+	return info;
+}
+
+} // namespace SonaroHost

@@ -1,0 +1,182 @@
+#include "SonaroHost/Media/AudioFileReader.h"
+
+#include "AudioFileDecoder.h"
+#include "DecodedSpool.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/TimePosition.h"
+
+#include <algorithm>
+#include <string>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+// A block of at most so many floats, a quarter of a megabyte, and of so few frames that it is used where it
+// was decoded, in the caches, also of many files.
+constexpr std::int64_t kBlockSamples = 65536;
+constexpr std::int64_t kLargestBlockFrames = 2048;
+
+// A packet of ALAC. The last one of a file may be short and is only right after the one before.
+constexpr std::int64_t kAlacPacketFrames = 4096;
+
+// Whether samples are the same after a seek as in one decode from the start. Measured for each codec at
+// random positions; seeks in Vorbis, Opus and MPEG files miss bits, or even the position, however early
+// they go.
+bool IsSeekExact(SF_INFO const& inFormat)
+{
+	if (!inFormat.seekable || (inFormat.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_PAF)
+	{
+		return false;
+	}
+	switch (inFormat.format & SF_FORMAT_SUBMASK)
+	{
+	case SF_FORMAT_PCM_S8:
+	case SF_FORMAT_PCM_U8:
+	case SF_FORMAT_PCM_16:
+	case SF_FORMAT_PCM_24:
+	case SF_FORMAT_PCM_32:
+	case SF_FORMAT_FLOAT:
+	case SF_FORMAT_DOUBLE:
+	case SF_FORMAT_ULAW:
+	case SF_FORMAT_ALAW:
+	case SF_FORMAT_IMA_ADPCM:
+	case SF_FORMAT_MS_ADPCM:
+	case SF_FORMAT_ALAC_16:
+	case SF_FORMAT_ALAC_20:
+	case SF_FORMAT_ALAC_24:
+	case SF_FORMAT_ALAC_32:
+		return true;
+	default:
+		return false;
+	}
+}
+
+std::int64_t GetPrerollFrames(SF_INFO const& inFormat)
+{
+	int const codec = inFormat.format & SF_FORMAT_SUBMASK;
+	bool const isAlac = codec >= SF_FORMAT_ALAC_16 && codec <= SF_FORMAT_ALAC_32;
+	return isAlac ? kAlacPacketFrames : 0;
+}
+
+} // namespace
+
+AudioFileReader::AudioFileReader(std::filesystem::path const& inPath)
+	: mInfo(InspectAudioFile(inPath)),
+	  mDecoder(std::make_unique<AudioFileDecoder>(inPath)),
+	  mIsSeekable(mDecoder->StatesLength() && IsSeekExact(mDecoder->GetFormat())),
+	  mPrerollFrames(GetPrerollFrames(mDecoder->GetFormat())),
+	  mBlockFrames(std::min(kLargestBlockFrames, kBlockSamples / mInfo.GetNumChannels()))
+{
+	for (Block& block : mBlocks)
+	{
+		block.mSamples.resize(static_cast<std::size_t>(mBlockFrames * mInfo.GetNumChannels()));
+	}
+}
+
+AudioFileReader::~AudioFileReader() = default;
+
+float const* AudioFileReader::GetBlock(std::int64_t inIndex)
+{
+	++mUseCount;
+	for (Block& block : mBlocks)
+	{
+		if (block.mIndex == inIndex)
+		{
+			block.mLastUse = mUseCount;
+			return block.mSamples.data();
+		}
+	}
+	Block& block = ChooseBlockToFill(inIndex);
+	// It holds nothing if filling it fails.
+	block.mIndex = -1;
+	FillBlock(inIndex, block.mSamples.data());
+	block.mIndex = inIndex;
+	block.mLastUse = mUseCount;
+	return block.mSamples.data();
+}
+
+// Whoever reads on, in either direction, leaves a block behind, whose memory is still near the processor.
+// Otherwise it is the one that was not used for longest.
+AudioFileReader::Block& AudioFileReader::ChooseBlockToFill(std::int64_t inIndex)
+{
+	auto const leftBehind = std::find_if(mBlocks.begin(), mBlocks.end(),
+		[&](Block const& inBlock)
+		{ return inBlock.mIndex >= 0 && (inBlock.mIndex == inIndex - 2 || inBlock.mIndex == inIndex + 2); });
+	return leftBehind != mBlocks.end()
+			   ? *leftBehind
+			   : *std::min_element(mBlocks.begin(), mBlocks.end(),
+					 [](Block const& inA, Block const& inB) { return inA.mLastUse < inB.mLastUse; });
+}
+
+void AudioFileReader::FillBlock(std::int64_t inIndex, float* outSamples)
+{
+	std::int64_t const position = inIndex * mBlockFrames;
+	std::int64_t const wanted = std::min(mBlockFrames, mInfo.mFrames - position);
+	std::int64_t const count = ReadFrames(position, outSamples, wanted);
+	if (count < wanted)
+	{
+		ThrowCutShort(position + count);
+	}
+}
+
+std::int64_t AudioFileReader::ReadFrames(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
+{
+	return mIsSeekable ? ReadSeekable(inPosition, outSamples, inFrames)
+					   : ReadFromStart(inPosition, outSamples, inFrames);
+}
+
+std::int64_t AudioFileReader::ReadSeekable(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
+{
+	if (mDecoder->GetPosition() != inPosition)
+	{
+		++mJumpCount;
+		if (!mDecoder->SeekTo(std::max<std::int64_t>(inPosition - mPrerollFrames, 0)))
+		{
+			ThrowCutShort(inPosition);
+		}
+		DecodeUpTo(inPosition, outSamples);
+	}
+	return mDecoder->Read(outSamples, inFrames);
+}
+
+std::int64_t AudioFileReader::ReadFromStart(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
+{
+	if (!mSpool && mDecoder->GetPosition() > inPosition)
+	{
+		++mJumpCount;
+		mSpool = std::make_unique<DecodedSpool>(mInfo.mPath);
+	}
+	if (mSpool)
+	{
+		return mSpool->Read(inPosition, outSamples, inFrames);
+	}
+	DecodeUpTo(inPosition, outSamples);
+	return mDecoder->Read(outSamples, inFrames);
+}
+
+void AudioFileReader::DecodeUpTo(std::int64_t inPosition, float* ioScratch)
+{
+	while (mDecoder->GetPosition() < inPosition)
+	{
+		std::int64_t const count = std::min(mBlockFrames, inPosition - mDecoder->GetPosition());
+		if (mDecoder->Read(ioScratch, count) < count)
+		{
+			ThrowCutShort(mDecoder->GetPosition());
+		}
+	}
+}
+
+void AudioFileReader::ThrowCutShort(std::int64_t inPosition) const
+{
+	throw HostError(HostError::Kind::eInput,
+		{mInfo.mPath, {},
+			"cannot be read at sample " + std::to_string(inPosition) + " (" +
+				FormatTime(inPosition, mInfo.mSampleRate) + "), though its header promises " +
+				std::to_string(mInfo.mFrames) + ": it is cut short or damaged",
+			"get a whole copy"});
+}
+
+} // namespace SonaroHost

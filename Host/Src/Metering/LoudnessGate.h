@@ -1,0 +1,48 @@
+#pragma once
+
+#include "SonaroHost/Metering/LoudnessMeter.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// In LUFS, of a weighted power; minus infinity for 0.
+double ToLoudness(double inPower);
+
+// The integrated loudness of a programme, gated by EBU R 128, from the powers of its stretches of 100 ms.
+class LoudnessGate
+{
+public:
+	explicit LoudnessGate(LoudnessMeter::Memory inMemory);
+
+	// Of the next stretch. With eFixed this allocates nothing.
+	void Add(double inPower);
+	double GetLoudness() const;
+
+private:
+	// A class of loudness, or a single block.
+	struct Blocks
+	{
+		double mPower = 0.0;
+		std::int64_t mCount = 0;
+	};
+
+	void AddBlock(double inPower);
+
+	bool mIsGrowing;
+	// Of the last stretches, in a ring: a block is four of them.
+	std::array<double, 4> mStretches{};
+	std::int64_t mStretch = 0;
+	// Above the absolute gate.
+	Blocks mAll;
+	// Of each block.
+	std::vector<double> mPowers;
+	// By loudness, so that blocks change sides of the relative gate a class at a time.
+	std::vector<Blocks> mClasses;
+};
+
+} // namespace SonaroHost

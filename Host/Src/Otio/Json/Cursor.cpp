@@ -1,0 +1,135 @@
+#include "Cursor.h"
+
+#include "SonaroHost/Base/PrintableText.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+constexpr JsonValue kNothing{};
+
+// inLength of the text's bytes, fewer where that would split a character of UTF-8.
+std::string_view CutAt(std::string_view inText, std::size_t inLength)
+{
+	std::size_t length = inLength;
+	while (
+		length > 0 && length < inText.size() && (static_cast<unsigned char>(inText[length]) & 0xc0) == 0x80)
+	{
+		--length;
+	}
+	return inText.substr(0, length);
+}
+
+} // namespace
+
+Cursor::Cursor(Cursor const& inAround, std::string_view inKey)
+	: mValue(inAround.mValue->Find(inKey)),
+	  mFindings(inAround.mFindings),
+	  mAround(&inAround),
+	  mKey(inKey)
+{
+	mValue = mValue == nullptr ? &kNothing : mValue;
+}
+
+Cursor::Cursor(Cursor const& inAround, JsonMember const& inMember)
+	: mValue(&inMember.mValue),
+	  mFindings(inAround.mFindings),
+	  mAround(&inAround),
+	  mKey(inMember.mKey)
+{
+}
+
+Cursor::Cursor(Cursor const& inAround, std::size_t inIndex)
+	: mValue(&inAround.mValue->GetElements()[inIndex]),
+	  mFindings(inAround.mFindings),
+	  mAround(&inAround),
+	  mIndex(inIndex)
+{
+}
+
+std::string Cursor::GetPlace() const
+{
+	// What may be nested and is heard has shorter ones.
+	constexpr std::size_t kLongest = 2400;
+	constexpr std::size_t kKept = 1100;
+	std::string place;
+	AppendPlace(place);
+	if (place.size() <= kLongest)
+	{
+		// Each part of a document keeps one.
+		place.shrink_to_fit();
+		return place;
+	}
+	std::size_t const lastSlash = place.find('/', place.size() - kKept);
+	std::size_t const end = lastSlash == std::string::npos ? place.size() : lastSlash;
+	return std::string(CutAt(place, kKept)) + "..." + place.substr(end);
+}
+
+void Cursor::AppendPlace(std::string& ioPlace) const
+{
+	if (mAround == nullptr)
+	{
+		return;
+	}
+	constexpr std::size_t kLongestKey = 80;
+	mAround->AppendPlace(ioPlace);
+	ioPlace += '/';
+	if (mAround->Is(JsonValue::Type::eArray))
+	{
+		ioPlace += std::to_string(mIndex);
+		return;
+	}
+	std::string_view const key = CutAt(mKey, kLongestKey);
+	std::string escaped;
+	for (char const character : key)
+	{
+		escaped += character == '~' ? "~0" : (character == '/' ? "~1" : std::string(1, character));
+	}
+	ioPlace += MakePrintable(escaped);
+	ioPlace += key.size() < mKey.size() ? "..." : "";
+}
+
+void Cursor::Refuse(std::string const& inWhy) const
+{
+	throw Refusal(GetPlace(), inWhy);
+}
+
+void Cursor::RefuseType(std::string const& inWanted) const
+{
+	Refuse("is " + std::string(IsNothing() ? "missing" : GetTypeName(mValue->GetType())) + "; it must be " +
+		   inWanted);
+}
+
+void Cursor::Tell(Note::Kind inKind, std::string inText) const
+{
+	mFindings.Tell(inKind, std::move(inText), [this] { return GetPlace(); });
+}
+
+std::string Quote(std::string_view inText)
+{
+	constexpr std::size_t kLongest = 60;
+	std::string_view const cut = CutAt(inText, kLongest);
+	std::string quoted = "'";
+	quoted += MakePrintable(cut);
+	return quoted + (cut.size() < inText.size() ? "...'" : "'");
+}
+
+std::string Write(double inNumber)
+{
+	if (!std::isfinite(inNumber))
+	{
+		return std::isnan(inNumber) ? "NaN" : (inNumber < 0.0 ? "-Infinity" : "Infinity");
+	}
+	std::array<char, 32> digits{};
+	auto const end = std::to_chars(digits.data(), digits.data() + digits.size(), inNumber).ptr;
+	return {digits.data(), end};
+}
+
+} // namespace SonaroHost::Otio

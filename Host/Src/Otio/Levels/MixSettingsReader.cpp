@@ -1,0 +1,427 @@
+#include "MixSettingsReader.h"
+
+#include "Otio/Json/Fields.h"
+
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Otio/Reader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// Seconds, or a RationalTime.
+RationalTime ReadSecondsOrTime(Cursor const& inValue)
+{
+	if (inValue.Is(JsonValue::Type::eNumber))
+	{
+		return {ReadNumber(inValue, -kMaxSeconds, kMaxSeconds), 1.0};
+	}
+	if (!inValue.IsObject())
+	{
+		inValue.RefuseType("seconds or a RationalTime");
+	}
+	return ReadTime(inValue);
+}
+
+double ReadDecibels(Cursor const& inValue)
+{
+	bool const isSilence = inValue.Is(JsonValue::Type::eNumber) && inValue.Get().GetNumber() == -kInfinity;
+	constexpr double kLowest = std::numeric_limits<double>::lowest();
+	return isSilence ? -kInfinity : ReadNumber(inValue, kLowest, kMaxGainDecibels);
+}
+
+double ReadPanPosition(Cursor const& inValue)
+{
+	return ReadNumber(inValue, -1.0, 1.0);
+}
+
+Interpolation ReadInterpolation(Cursor const& inValue)
+{
+	std::string const name = inValue.IsNothing() ? "linear" : ReadText(inValue);
+	if (name == "hold")
+	{
+		return Interpolation::eHold;
+	}
+	if (name == "smooth")
+	{
+		return Interpolation::eSmooth;
+	}
+	if (name != "linear")
+	{
+		inValue.Refuse("is " + Quote(name) + R"(; it must be "hold", "linear" or "smooth")");
+	}
+	return Interpolation::eLinear;
+}
+
+Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadValue)(Cursor const&))
+{
+	Curve curve;
+	curve.mScale = inScale;
+	if (!inValue.IsObject())
+	{
+		curve.mConstant = inReadValue(inValue);
+		return curve;
+	}
+	TellUnknownKeys(inValue, {"keyframes"});
+	Cursor const keyframes(inValue, "keyframes");
+	ForEach(keyframes,
+		[&curve, inReadValue](Cursor const& inKeyframe)
+		{
+			TellUnknownKeys(inKeyframe, {"time", "value", "interpolation"});
+			curve.mKeyframes.push_back(
+				{ReadSecondsOrTime(Cursor(inKeyframe, "time")), inReadValue(Cursor(inKeyframe, "value")),
+					ReadInterpolation(Cursor(inKeyframe, "interpolation"))});
+		});
+	if (curve.mKeyframes.empty())
+	{
+		keyframes.RefuseType("a list of at least one keyframe");
+	}
+	SortKeyframes(curve, keyframes);
+	return curve;
+}
+
+Curve ReadGain(Cursor const& inValue)
+{
+	return ReadCurve(inValue, AutomationScale::eDecibels, ReadDecibels);
+}
+
+Curve ReadPan(Cursor const& inValue)
+{
+	return ReadCurve(inValue, AutomationScale::eLinear, ReadPanPosition);
+}
+
+FadeShape ReadShape(Cursor const& inValue)
+{
+	std::string const name = ReadText(inValue);
+	if (name == "equal-power")
+	{
+		return FadeShape::eEqualPower;
+	}
+	if (name == "s-curve")
+	{
+		return FadeShape::eSCurve;
+	}
+	if (name != "linear")
+	{
+		inValue.Refuse("is " + Quote(name) + R"(; it must be "linear", "equal-power" or "s-curve")");
+	}
+	return FadeShape::eLinear;
+}
+
+void RequireObject(Cursor const& inValue, char const* inWanted)
+{
+	if (!inValue.IsObject())
+	{
+		inValue.RefuseType(inWanted);
+	}
+}
+
+Fade ReadFade(Cursor const& inValue)
+{
+	RequireObject(inValue, "an object with a duration");
+	TellUnknownKeys(inValue, {"duration", "curve"});
+	Cursor const duration(inValue, "duration");
+	Fade fade;
+	fade.mDuration = ReadSecondsOrTime(duration);
+	if (fade.mDuration.mValue < 0.0)
+	{
+		duration.Refuse("is negative; it must be 0 or more");
+	}
+	fade.mShape = ReadIfThere(Cursor(inValue, "curve"), ReadShape);
+	return fade;
+}
+
+std::vector<unsigned> ReadChannels(Cursor const& inValue)
+{
+	std::vector<unsigned> channels;
+	ForEach(inValue,
+		[&channels](Cursor const& inChannel)
+		{
+			double const number = ReadNumber(inChannel, 1.0, kMaxChannels);
+			if (number != std::floor(number))
+			{
+				inChannel.Refuse("is " + Write(number) + "; it must be a whole number");
+			}
+			channels.push_back(static_cast<unsigned>(number));
+		});
+	if (!inValue.IsNothing() && (channels.empty() || channels.size() > kMaxChannels))
+	{
+		inValue.Refuse("lists " + std::to_string(channels.size()) + " channels; it must list 1 to " +
+					   std::to_string(kMaxChannels));
+	}
+	return channels;
+}
+
+std::string ReadLayout(Cursor const& inValue)
+{
+	std::string const layout = inValue.Is(JsonValue::Type::eNumber)
+								   ? Write(ReadNumber(inValue, 1.0, kMaxChannels))
+								   : ReadText(inValue);
+	if (!ParseLayout(layout))
+	{
+		inValue.Refuse("is " + Quote(layout) + R"(; it must be "mono", "stereo", "5.1" or a count of )" +
+					   "channels from 1 to " + std::to_string(kMaxChannels));
+	}
+	return layout;
+}
+
+std::string ReadName(Cursor const& inValue)
+{
+	std::string name = ReadText(inValue);
+	if (name.empty())
+	{
+		inValue.Refuse("is empty; it must be a name");
+	}
+	return name;
+}
+
+Send ReadSend(Cursor const& inValue)
+{
+	RequireObject(inValue, "an object that tells where to send");
+	TellUnknownKeys(inValue, {"to", "gain", "pre_fader"});
+	Send send;
+	send.mTo = ReadName(Cursor(inValue, "to"));
+	send.mGain.mScale = AutomationScale::eDecibels;
+	if (auto gain = ReadIfThere(Cursor(inValue, "gain"), ReadGain))
+	{
+		send.mGain = std::move(*gain);
+	}
+	send.mIsPreFader = ReadIfThere(Cursor(inValue, "pre_fader"), ReadBool).value_or(false);
+	return send;
+}
+
+Submix ReadSubmix(Cursor const& inValue)
+{
+	RequireObject(inValue, "an object with a name");
+	TellUnknownKeys(inValue, {"name", "gain", "pan", "mute", "output"});
+	Submix submix;
+	submix.mName = ReadName(Cursor(inValue, "name"));
+	submix.mGain = ReadIfThere(Cursor(inValue, "gain"), ReadGain);
+	submix.mPan = ReadIfThere(Cursor(inValue, "pan"), ReadPan);
+	submix.mMute = ReadIfThere(Cursor(inValue, "mute"), ReadBool).value_or(false);
+	submix.mOutput = ReadIfThere(Cursor(inValue, "output"), ReadName);
+	return submix;
+}
+
+using SubmixIndices = std::unordered_map<std::string, std::size_t>;
+
+void CheckOutputs(Cursor const& inList, std::vector<Submix> const& inSubmixes, SubmixIndices const& inIndices)
+{
+	constexpr std::size_t kSum = std::numeric_limits<std::size_t>::max();
+	std::vector<std::size_t> outputs;
+	for (std::size_t i = 0; i < inSubmixes.size(); ++i)
+	{
+		auto const& output = inSubmixes[i].mOutput;
+		auto const found = output ? inIndices.find(*output) : inIndices.end();
+		if (output && found == inIndices.end())
+		{
+			Cursor const submix(inList, i);
+			Cursor(submix, "output").Refuse("is " + Quote(*output) + "; there is no submix of that name");
+		}
+		outputs.push_back(found == inIndices.end() ? kSum : found->second);
+	}
+	for (std::size_t i = 0; i < outputs.size(); ++i)
+	{
+		std::size_t next = outputs[i];
+		for (std::size_t steps = 0; next != kSum; next = outputs[next])
+		{
+			if (++steps > outputs.size())
+			{
+				Cursor const submix(inList, i);
+				Cursor(submix, "output")
+					.Refuse(
+						"leads round in a circle; one submix of it must go to the stack's own sum (null)");
+			}
+		}
+	}
+}
+
+std::vector<Submix> ReadSubmixes(Cursor const& inList)
+{
+	std::vector<Submix> submixes;
+	SubmixIndices indices;
+	ForEach(inList,
+		[&submixes, &indices](Cursor const& inValue)
+		{
+			if (submixes.size() == kMaxSubmixes)
+			{
+				inValue.Refuse("is one submix too many; there may be " + std::to_string(kMaxSubmixes));
+			}
+			submixes.push_back(ReadSubmix(inValue));
+			if (!indices.emplace(submixes.back().mName, submixes.size() - 1).second)
+			{
+				Cursor(inValue, "name")
+					.Refuse("is " + Quote(submixes.back().mName) + "; another submix has that name already");
+			}
+		});
+	CheckOutputs(inList, submixes, indices);
+	return submixes;
+}
+
+void ReadSends(Cursor const& inList, std::vector<Send>& outSends)
+{
+	ForEach(inList, [&outSends](Cursor const& inValue) { outSends.push_back(ReadSend(inValue)); });
+}
+
+constexpr unsigned operator|(SettingsOwner inA, SettingsOwner inB)
+{
+	return static_cast<unsigned>(inA) | static_cast<unsigned>(inB);
+}
+
+constexpr unsigned operator|(unsigned inA, SettingsOwner inB)
+{
+	return inA | static_cast<unsigned>(inB);
+}
+
+struct Setting
+{
+	std::string_view mKey;
+	unsigned mOwners;
+	void (*mRead)(Cursor const& inValue, MixSettings& outSettings);
+};
+
+using Owner = SettingsOwner;
+
+constexpr Setting kSettings[] = {
+	{"gain", Owner::eTimeline | Owner::eStack | Owner::eTrack | Owner::eClip,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mGain = ReadGain(inValue); }},
+	{"pan", Owner::eTimeline | Owner::eStack | Owner::eTrack | Owner::eClip,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mPan = ReadPan(inValue); }},
+	{"mute", Owner::eStack | Owner::eTrack | Owner::eClip,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mMute = ReadBool(inValue); }},
+	{"solo", Owner::eStack | Owner::eTrack,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mSolo = ReadBool(inValue); }},
+	{"channels", 0U | Owner::eClip,
+		[](Cursor const& inValue, MixSettings& outSettings)
+		{ outSettings.mChannels = ReadChannels(inValue); }},
+	{"fade_in", Owner::eTimeline | Owner::eStack | Owner::eTrack | Owner::eClip,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mFadeIn = ReadFade(inValue); }},
+	{"fade_out", Owner::eTimeline | Owner::eStack | Owner::eTrack | Owner::eClip,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mFadeOut = ReadFade(inValue); }},
+	{"curve", 0U | Owner::eTransition,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mShape = ReadShape(inValue); }},
+	{"layout", Owner::eTimeline | Owner::eStack,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mLayout = ReadLayout(inValue); }},
+	{"submixes", Owner::eTimeline | Owner::eStack,
+		[](Cursor const& inValue, MixSettings& outSettings)
+		{ outSettings.mSubmixes = ReadSubmixes(inValue); }},
+	{"output", 0U | Owner::eTrack,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mOutput = ReadName(inValue); }},
+	{"sends", 0U | Owner::eTrack,
+		[](Cursor const& inValue, MixSettings& outSettings) { ReadSends(inValue, outSettings.mSends); }},
+};
+
+template <class T>
+void Choose(T& ioChosen, T const& inOther, char const* inKey, Cursor const& inPlace)
+{
+	auto const isThere = [](T const& inValue)
+	{
+		if constexpr (requires { inValue.has_value(); })
+		{
+			return inValue.has_value();
+		}
+		else
+		{
+			return !inValue.empty();
+		}
+	};
+	if (isThere(ioChosen) && isThere(inOther))
+	{
+		inPlace.Tell(Note::Kind::eGuess, std::string("the timeline and its stack both have sonaro's \"") +
+											 inKey + "\"; the timeline's counts");
+	}
+	else if (isThere(inOther))
+	{
+		ioChosen = inOther;
+	}
+}
+
+} // namespace
+
+MixSettings ReadMixSettings(Cursor const& inMetadata, SettingsOwner inOwner)
+{
+	MixSettings settings;
+	Cursor const sonaro(inMetadata, "sonaro");
+	if (sonaro.IsNothing())
+	{
+		return settings;
+	}
+	RequireObject(sonaro, "an object");
+	RepeatedKeys const repeated(sonaro.Get());
+	for (JsonMember const& member : sonaro.Get().GetMembers())
+	{
+		Cursor const value(sonaro, member);
+		auto const* const setting = std::find_if(std::begin(kSettings), std::end(kSettings),
+			[&member](Setting const& inSetting) { return inSetting.mKey == member.mKey; });
+		if (setting == std::end(kSettings))
+		{
+			value.Tell(Note::Kind::eIgnored, "the key is not known here; it is ignored");
+		}
+		else if ((setting->mOwners & static_cast<unsigned>(inOwner)) == 0)
+		{
+			value.Tell(Note::Kind::eIgnored, "the key has no meaning on such an object; it is ignored");
+		}
+		else if (repeated.Has(member))
+		{
+			value.Tell(Note::Kind::eGuess, "the key is given more than once; the last one counts");
+		}
+		else if (!value.IsNothing())
+		{
+			setting->mRead(value, settings);
+		}
+	}
+	return settings;
+}
+
+void SortKeyframes(Curve& ioCurve, Cursor const& inPlace)
+{
+	struct Entry
+	{
+		Ratio mSeconds;
+		Curve::Keyframe mKeyframe;
+	};
+	std::vector<Entry> entries;
+	for (Curve::Keyframe const& keyframe : ioCurve.mKeyframes)
+	{
+		entries.push_back({ToSeconds(keyframe.mTime), keyframe});
+	}
+	std::stable_sort(entries.begin(), entries.end(),
+		[](Entry const& inA, Entry const& inB) { return inA.mSeconds < inB.mSeconds; });
+	ioCurve.mKeyframes.clear();
+	for (std::size_t i = 0; i < entries.size(); ++i)
+	{
+		if (i + 1 < entries.size() && entries[i].mSeconds == entries[i + 1].mSeconds)
+		{
+			inPlace.Tell(Note::Kind::eGuess, "two keyframes have the same time; the last one counts");
+			continue;
+		}
+		ioCurve.mKeyframes.push_back(entries[i].mKeyframe);
+	}
+}
+
+MixSettings MergeSettings(MixSettings inTimeline, MixSettings const& inStack, Cursor const& inPlace)
+{
+	Choose(inTimeline.mGain, inStack.mGain, "gain", inPlace);
+	Choose(inTimeline.mPan, inStack.mPan, "pan", inPlace);
+	Choose(inTimeline.mMute, inStack.mMute, "mute", inPlace);
+	Choose(inTimeline.mSolo, inStack.mSolo, "solo", inPlace);
+	Choose(inTimeline.mFadeIn, inStack.mFadeIn, "fade_in", inPlace);
+	Choose(inTimeline.mFadeOut, inStack.mFadeOut, "fade_out", inPlace);
+	Choose(inTimeline.mLayout, inStack.mLayout, "layout", inPlace);
+	Choose(inTimeline.mSubmixes, inStack.mSubmixes, "submixes", inPlace);
+	inTimeline.mForeign = inStack.mForeign;
+	return inTimeline;
+}
+
+} // namespace SonaroHost::Otio

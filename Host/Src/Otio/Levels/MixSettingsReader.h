@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Otio/Json/Cursor.h"
+
+#include "SonaroHost/Otio/MixSettings.h"
+
+#include <cstddef>
+
+namespace SonaroHost::Otio
+{
+
+// What carries settings; it decides which there can be.
+enum class SettingsOwner : unsigned
+{
+	eTimeline = 1,
+	eStack = 2,
+	eTrack = 4,
+	eClip = 8,
+	eGap = 16,
+	eTransition = 32,
+};
+
+// Gains in decibels, minus infinity among them.
+inline constexpr double kMaxGainDecibels = 100.0;
+inline constexpr std::size_t kMaxSubmixes = 1000;
+
+// The settings under "sonaro" of an object's metadata. A wrong value is refused, an unknown key told of.
+MixSettings ReadMixSettings(Cursor const& inMetadata, SettingsOwner inOwner);
+
+// Puts keyframes into the order of time; of those at one time the last one stays, and inPlace tells so.
+void SortKeyframes(Curve& ioCurve, Cursor const& inPlace);
+
+// What the timeline tells goes before what its stack tells.
+MixSettings MergeSettings(MixSettings inTimeline, MixSettings const& inStack, Cursor const& inPlace);
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,431 @@
+#include "ItemMaker.h"
+
+#include "OtioSequence/Survey/Audibility.h"
+#include "OtioSequence/Survey/Levels.h"
+#include "StackMaker.h"
+#include "TrackMaker.h"
+
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Otio/Labels.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+// Frames from the sequence's time on that the item is asked for, crossfades among them.
+TimeSpan GetReach(Placement const& inPlacement, Grid const& inGrid)
+{
+	return {inGrid.ToTime(inPlacement.mFirstFrame - inPlacement.mFramesBefore),
+		inGrid.ToTime(inPlacement.mEndFrame + inPlacement.mFramesAfter)};
+}
+
+// Media that ends within a picture of its clip is usual.
+constexpr std::int64_t kUsualGapsPerSecond = 20;
+
+} // namespace
+
+Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const& inGrid)
+{
+	Ratio const end = inStart + inLength;
+	return {inStart, end, inGrid.ToFrame(inStart), inGrid.ToFrame(end), 0, 0};
+}
+
+std::optional<Sequence::Item> ItemMaker::Make(
+	ItemView const& inItem, Placement const& inPlacement, LevelsOn inLevelsOn)
+{
+	Item const& item = *inItem.mItem;
+	std::string whySilent = mScope.mWhySilent.empty() ? FindSilence(item) : mScope.mWhySilent;
+	if (mScope.mWhySilent.empty() && item.mIsEnabled && GetSpeed(item).mIsFrozen)
+	{
+		mMaking.Tell(Note::Kind::eRemark, item.mPlace, "a freeze frame is silent");
+	}
+	Passing const passing = FindPassing(inItem, inPlacement);
+	AddMarkers(inItem, inPlacement, passing);
+	if (whySilent.empty() && GetReach(inPlacement, mScope.mGrid).Intersect(mScope.mNeeded).IsEmpty())
+	{
+		whySilent = "it is cut away by what it stands in, or has no length";
+	}
+	if (whySilent.empty() && passing.mSpeed < Ratio())
+	{
+		TellStretch(inItem, passing);
+	}
+	return inItem.mClip ? MakeClip(*inItem.mClip, inPlacement, passing, std::move(whySilent), inLevelsOn)
+						: MakeNest(inItem, inPlacement, passing, whySilent, inLevelsOn);
+}
+
+void ItemMaker::TellStretch(ItemView const& inItem, Passing const& inPassing)
+{
+	std::array<char, 32> speed{};
+	std::snprintf(speed.data(), speed.size(), "%.6g", inPassing.mSpeed.ToDouble());
+	Ratio const start = inPassing.mRange.mStart;
+	mMaking.Tell(Note::Kind::eRemark, inItem.mItem->mPlace,
+		std::string("at speed ") + speed.data() + " it is heard backwards, from " +
+			DescribeTime(start - inPassing.mSpeed * inPassing.mRange.mLength) + " back to " +
+			DescribeTime(start) + " of its " + (inItem.mClip ? "media" : "content"));
+}
+
+void ItemMaker::AddMarkersOf(ItemView const& inItem)
+{
+	Placement const placement =
+		MakePlacement(Ratio(), mMaking.mMeasures.GetRange(inItem).mLength, mScope.mGrid);
+	AddMarkers(inItem, placement, FindPassing(inItem, placement));
+}
+
+Sequence::Item ItemMaker::MakeSilence(ItemView const& inItem, Placement const& inPlacement) const
+{
+	Sequence::Media media;
+	media.mLayout = mLayout;
+	// At speed 0 nothing is opened.
+	media.mOpen = [](SN::FrameRate const&) { return SN::InterfaceRef<SN::IAudioSource>(); };
+	Sequence::Item item = MakeItem(inItem, inPlacement, {});
+	item.mContent = Sequence::Clip{std::make_shared<Sequence::Media const>(std::move(media)), 0, {}};
+	item.mSpeed = 0.0;
+	return item;
+}
+
+ItemMaker::Passing ItemMaker::FindPassing(ItemView const& inItem, Placement const& inPlacement) const
+{
+	Passing passing;
+	passing.mRange = mMaking.mMeasures.GetRange(inItem);
+	Speed const speed = GetSpeed(*inItem.mItem);
+	passing.mSpeed = speed.mIsFrozen ? Ratio(1) : speed.mFactor;
+	// Either way the same stretch is heard, backwards from its end on.
+	Ratio const passed = std::max(-passing.mSpeed, Ratio()) * passing.mRange.mLength;
+	passing.mToContent = TimeMap(inPlacement.mStart, passing.mRange.mStart + passed, passing.mSpeed);
+	passing.mFirst = passing.mToContent.Map(mScope.mGrid.ToTime(inPlacement.mFirstFrame));
+	return passing;
+}
+
+Sequence::Item ItemMaker::MakeItem(
+	ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing) const
+{
+	Sequence::Item item;
+	item.mName = GetLabel(inItem);
+	item.mOrigin = inItem.mItem->mPlace;
+	item.mStart = mScope.mGrid.ToTicks(inPlacement.mFirstFrame);
+	item.mEnd = mScope.mGrid.ToTicks(inPlacement.mEndFrame);
+	item.mSpeed = inPassing.mSpeed.ToDouble();
+	return item;
+}
+
+void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing)
+{
+	TimeSpan const visible = TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible);
+	TimeMap const toSequence = inPassing.mToContent.Invert();
+	for (Marker const& marker : inItem.mItem->mMarkers)
+	{
+		Ratio const start = ToSeconds(marker.mMarkedRange.mStartTime);
+		Ratio const a = toSequence.Map(start);
+		Ratio const b = toSequence.Map(start + ToSeconds(marker.mMarkedRange.mDuration));
+		TimeSpan const whole{std::min(a, b), std::max(a, b)};
+		// One without length may stand at the end.
+		if (whole.mEnd < visible.mStart || visible.mEnd < whole.mStart)
+		{
+			continue;
+		}
+		TimeSpan const marked = whole.Intersect(visible);
+		Ratio const first = mScope.mToProgramme.Map(marked.mStart);
+		Ratio const last = mScope.mToProgramme.Map(marked.mEnd);
+		mMaking.mResult.mMarkers.push_back(
+			{marker.mName, marker.mComment, AppendLabel(mScope.mTrack, GetLabel(inItem)), marker.mPlace,
+				std::min(first, last), std::max(first, last)});
+	}
+}
+
+void ItemMaker::AddLevels(Item const& inItem, SN::AudioChannelLayout const& inFrom, Ratio const& inLength,
+	Sequence::Chain& outChain)
+{
+	CurveSite const site{inLength, SN::kTimeZero};
+	outChain.mStages = MakeFaders(inItem, site);
+	Curve const* const pan = FindPan(inItem);
+	if (pan && Layouts::CanPan(inFrom, mLayout))
+	{
+		outChain.mPan = MakePan(*pan, site);
+	}
+	else if (pan)
+	{
+		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+			"no pan leads from " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) +
+				"; it is ignored");
+	}
+}
+
+void ItemMaker::CheckWidth(Item const& inItem, SN::AudioChannelLayout const& inFrom)
+{
+	bool const losesChannels = inFrom.size() > mLayout.size() && !(HasPlaces(inFrom) && HasPlaces(mLayout));
+	if (losesChannels)
+	{
+		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+			"of " + GetLayoutName(inFrom) + " those beyond " + GetLayoutName(mLayout) +
+				" are not heard; choose some by \"channels\" or another layout");
+	}
+}
+
+std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement const& inPlacement,
+	Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn)
+{
+	ClipMedia const* const media = inWhySilent.empty() ? &mMaking.mMedia.Get(inClip) : nullptr;
+	ClipRow::Status status = inWhySilent.empty() ? ClipRow::Status::eHeard : ClipRow::Status::eSilent;
+	if (media && !media->mMedia)
+	{
+		status = media->mIsMissing ? ClipRow::Status::eMissing : ClipRow::Status::eSilent;
+		inWhySilent = media->mWhySilent;
+	}
+	else if (media)
+	{
+		inWhySilent = CheckClip(inClip, inPlacement, inPassing, *media, status);
+	}
+	AddClipRow(inClip, inPlacement, inPassing, media, {status, inWhySilent});
+	if (status == ClipRow::Status::eMissing || status == ClipRow::Status::eOutside)
+	{
+		mMaking.mResult.mMissing.push_back(
+			{inClip.mName, mScope.mTrack, inClip.mPlace, media->mPath, inWhySilent});
+	}
+	if (!inWhySilent.empty())
+	{
+		return std::nullopt;
+	}
+	Sequence::Item item = MakeItem(inClip, inPlacement, inPassing);
+	Sequence::Clip content{media->mMedia, 0, media->mChannels};
+	Ratio const first =
+		(inPassing.mFirst - GetMediaStart(inClip)) * Ratio::FromDouble(media->mMedia->mSampleRate);
+	content.mFirstFrame = first.Round() - (inPassing.mSpeed < Ratio() ? 1 : 0);
+	SN::AudioChannelLayout const& layout = mMaking.mLayouts.GetLayout(inClip);
+	CheckWidth(inClip, layout);
+	item.mContent = std::move(content);
+	if (inLevelsOn == LevelsOn::eItem)
+	{
+		AddLevels(inClip, layout, inPassing.mRange.mLength, item.mChain);
+	}
+	return item;
+}
+
+std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+	ClipMedia const& inMedia, ClipRow::Status& outStatus)
+{
+	Ratio const rate = Ratio::FromDouble(inMedia.mMedia->mSampleRate);
+	Ratio const start = GetMediaStart(inClip);
+	Content const content{{start, start + Ratio(inMedia.mMedia->mFrames) / rate}, rate, "media", true};
+	std::string whySilent;
+	if (IsOutside(inPlacement, inPassing, content.mSpan))
+	{
+		outStatus = ClipRow::Status::eOutside;
+		TimeSpan const wanted = inPassing.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
+		whySilent = "has sound from " + DescribeSpan(content.mSpan) + ", and the clip asks for " +
+					DescribeSpan(wanted);
+		mMaking.Tell(Note::Kind::eIgnored, inClip.mPlace,
+			QuotePath(inMedia.mPath) + " " + whySilent +
+				"; it is silent; correct its source_range or the available_range of the media");
+		return whySilent;
+	}
+	CheckReach(inClip, inPlacement, inPassing, content);
+	whySilent = CheckSpeed(inClip, inPassing, rate / Ratio(mScope.mGrid.GetSampleRate()));
+	outStatus = whySilent.empty() ? ClipRow::Status::eHeard : ClipRow::Status::eSilent;
+	return whySilent;
+}
+
+Ratio ItemMaker::GetMediaStart(Clip const& inClip) const
+{
+	MediaReference const* const reference = inClip.FindActiveMedia();
+	bool const tellsRange = reference && reference->mAvailableRange;
+	return tellsRange ? ToSeconds(reference->mAvailableRange->mStartTime) : Ratio();
+}
+
+void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+	ClipMedia const* inMedia, ClipState const& inState)
+{
+	ClipRow row;
+	row.mName = inClip.mName;
+	row.mTrack = mScope.mTrack;
+	row.mPlace = inClip.mPlace;
+	row.mReason = inState.mWhySilent;
+	row.mStatus = inState.mStatus;
+	int const rate = mScope.mGrid.GetSampleRate();
+	TimeSpan const visible =
+		mScope.mToProgramme.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible));
+	row.mFirstFrame = ToSamples(visible.mStart, rate);
+	row.mEndFrame = ToSamples(visible.mEnd, rate);
+	row.mSpeed = (inPassing.mSpeed / mScope.mToProgramme.GetFactor()).ToDouble();
+	row.mMedia = inMedia ? inMedia->mPath : std::filesystem::path();
+	if (inMedia && inMedia->mMedia)
+	{
+		double const mediaRate = inMedia->mMedia->mSampleRate;
+		TimeMap const toContent = inPassing.mToContent.After(mScope.mToProgramme.Invert());
+		TimeSpan const used =
+			toContent.Map(TimeSpan{Ratio(row.mFirstFrame, rate), Ratio(row.mEndFrame, rate)});
+		Ratio const start = GetMediaStart(inClip);
+		row.mMediaRate = static_cast<int>(mediaRate);
+		row.mFirstMediaSample = ((used.mStart - start) * Ratio::FromDouble(mediaRate)).Round();
+		row.mEndMediaSample = ((used.mEnd - start) * Ratio::FromDouble(mediaRate)).Round();
+	}
+	mMaking.mResult.mClips.push_back(std::move(row));
+}
+
+bool ItemMaker::IsOutside(
+	Placement const& inPlacement, Passing const& inPassing, TimeSpan const& inContent) const
+{
+	return inPassing.mToContent.Map(GetReach(inPlacement, mScope.mGrid)).Intersect(inContent).IsEmpty();
+}
+
+void ItemMaker::CheckReach(
+	Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent)
+{
+	auto const findShortage = [&](TimeSpan const& inTimes)
+	{
+		TimeSpan const used = inPassing.mToContent.Map(inTimes);
+		Ratio const before = inContent.mSpan.mStart - used.mStart;
+		Ratio const behind = used.mEnd - inContent.mSpan.mEnd;
+		return (std::max(before, behind) * inContent.mRate).Round();
+	};
+	std::int64_t const lacking = findShortage({inPlacement.mStart, inPlacement.mEnd});
+	std::int64_t const lackingHandle = findShortage(GetReach(inPlacement, mScope.mGrid));
+	if (lacking > 0)
+	{
+		bool const isUsual =
+			!inContent.mIsMedia || Ratio(lacking) * Ratio(kUsualGapsPerSecond) <= inContent.mRate;
+		mMaking.Tell(isUsual ? Note::Kind::eRemark : Note::Kind::eIgnored, inItem.mPlace,
+			"it reaches " + std::to_string(lacking) + " samples beyond its " + inContent.mName +
+				"; silence is there");
+	}
+	// More than the rounding of an end.
+	if (lackingHandle > std::max<std::int64_t>(lacking, 0) + 1)
+	{
+		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+			"a transition reaches " + std::to_string(lackingHandle) + " samples beyond its " +
+				inContent.mName + "; silence is there");
+	}
+}
+
+std::string ItemMaker::CheckSpeed(Item const& inItem, Passing const& inPassing, Ratio const& inRates)
+{
+	// What the resampler has room for in the largest blocks of a render.
+	Ratio const largest(60);
+	Ratio const speed = inPassing.mSpeed * inRates;
+	if (std::max(speed, -speed) <= largest)
+	{
+		return {};
+	}
+	mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+		"more than 60 samples would pass for one, which is too fast; it is silent");
+	return "it is too fast";
+}
+
+std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placement const& inPlacement,
+	Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn)
+{
+	Item const& item = *inItem.mItem;
+	if (inItem.mTrack && !inItem.mTrack->IsAudio())
+	{
+		mMaking.Tell(Note::Kind::eRemark, item.mPlace, "a nested track that is not of kind Audio is silent");
+		return std::nullopt;
+	}
+	inWhySilent = inWhySilent.empty() ? CheckNest(inItem, inPlacement, inPassing) : std::move(inWhySilent);
+	std::int64_t first = 0;
+	Scope scope = MakeInnerScope(inItem, inPlacement, inPassing, inWhySilent, first);
+	SN::AudioChannelLayout const layout = inWhySilent.empty() ? ChooseNestLayout(inItem) : mLayout;
+	SN::InterfaceRef<SN::IAudioMeterSetter> meter;
+	// Otherwise it has a row already, or is the sum.
+	if (inLevelsOn == LevelsOn::eItem && &item != mMaking.mTimelineStack)
+	{
+		meter = AddNestRow(item, scope, layout);
+		scope.mDepth += inItem.mStack ? 1 : 0;
+	}
+	auto const description = inItem.mTrack ? MakeTrackSequence(mMaking, *inItem.mTrack, scope, layout)
+										   : StackMaker(mMaking, *inItem.mStack, scope, layout).Make();
+	if (!inWhySilent.empty() || description->mTracks.empty())
+	{
+		return std::nullopt;
+	}
+	CheckWidth(item, layout);
+	Sequence::Item result = MakeItem(inItem, inPlacement, inPassing);
+	result.mContent = Sequence::Nest{description, scope.mGrid.ToTicks(first)};
+	if (inLevelsOn == LevelsOn::eItem)
+	{
+		AddLevels(item, layout, inPassing.mRange.mLength, result.mChain);
+	}
+	if (meter)
+	{
+		result.mChain.mStages.emplace_back().emplace<Sequence::Meter>().mSetter = meter;
+	}
+	return result;
+}
+
+SN::InterfaceRef<SN::IAudioMeterSetter> ItemMaker::AddNestRow(
+	Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout)
+{
+	TrackRow row;
+	row.mIsHeard = inInner.mWhySilent.empty();
+	row.mReason = inInner.mWhySilent;
+	row.mName = inItem.mName;
+	row.mTrack = inInner.mTrack;
+	row.mPlace = inItem.mPlace;
+	row.mDepth = inInner.mDepth;
+	row.mLayout = inLayout;
+	mMaking.mResult.mTracks.push_back(row);
+	return row.mIsHeard && mMaking.mOptions.mMakeMeter ? mMaking.mOptions.mMakeMeter(row)
+													   : SN::InterfaceRef<SN::IAudioMeterSetter>();
+}
+
+std::string ItemMaker::CheckNest(
+	ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing)
+{
+	TimeSpan const content{Ratio(), mMaking.mMeasures.GetContentLength(inItem)};
+	if (!content.IsEmpty() && IsOutside(inPlacement, inPassing, content))
+	{
+		mMaking.Tell(
+			Note::Kind::eIgnored, inItem.mItem->mPlace, "its range lies beyond its content; it is silent");
+		return "its range lies beyond its content";
+	}
+	if (!content.IsEmpty())
+	{
+		CheckReach(*inItem.mItem, inPlacement, inPassing,
+			{content, Ratio(mScope.mGrid.GetSampleRate()), "content", false});
+	}
+	return CheckSpeed(*inItem.mItem, inPassing, Ratio(1));
+}
+
+Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlacement,
+	Passing const& inPassing, std::string const& inWhySilent, std::int64_t& outFirstFrame) const
+{
+	int const rate = mScope.mGrid.GetSampleRate();
+	Scope scope{Grid::MakeThrough(inPassing.mFirst, rate, outFirstFrame),
+		mScope.mToProgramme.After(inPassing.mToContent.Invert()), {}, {}, mScope.mTrack, mScope.mDepth,
+		inWhySilent};
+	if (inPassing.mSpeed < Ratio())
+	{
+		// The frame before the boundary is heard first, and there is none before 0.
+		if (outFirstFrame == 0)
+		{
+			scope.mGrid = Grid(rate, inPassing.mFirst - Ratio(1, rate));
+			outFirstFrame = 1;
+		}
+		--outFirstFrame;
+	}
+	TimeSpan const own{inPlacement.mStart, inPlacement.mEnd};
+	TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
+	scope.mVisible = inPassing.mToContent.Map(own.Intersect(mScope.mVisible));
+	scope.mNeeded = inPassing.mToContent.Map(reach.Intersect(mScope.mNeeded));
+	if (inItem.mItem != mMaking.mTimelineStack)
+	{
+		scope.mTrack = AppendLabel(mScope.mTrack, GetLabel(inItem));
+		++scope.mDepth;
+	}
+	return scope;
+}
+
+SN::AudioChannelLayout ItemMaker::ChooseNestLayout(ItemView const& inItem) const
+{
+	SN::AudioChannelLayout const& width = mMaking.mLayouts.GetInnerWidth(inItem);
+	bool const isTold = inItem.mStack && inItem.mItem->GetSettings().mLayout;
+	return isTold ? width : Layouts::Limit(width, mLayout);
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "OtioSequence/Survey/Measures.h"
+
+#include "Sonaro/Types.h"
+#include "SonaroHost/Otio/RationalTime.h"
+
+#include <cstdint>
+#include <string>
+
+namespace SonaroHost::Otio
+{
+
+// The frames of a sequence in the time of what it is made of. Times are rounded here and nowhere else; the
+// origin of a nested sequence lies so that its frames fall on those of what it is nested in.
+class Grid
+{
+public:
+	Grid(int inSampleRate, Ratio const& inOrigin)
+		: mSampleRate(inSampleRate),
+		  mOrigin(inOrigin)
+	{
+	}
+	// The grid in which inTime is a whole frame, outFrame, and 0 none below 0.
+	static Grid MakeThrough(Ratio const& inTime, int inSampleRate, std::int64_t& outFrame);
+
+	int GetSampleRate() const { return mSampleRate; }
+	// The nearest frame, halves up.
+	std::int64_t ToFrame(Ratio const& inTime) const { return ToSamples(inTime - mOrigin, mSampleRate); }
+	Ratio ToTime(std::int64_t inFrame) const { return mOrigin + Ratio(inFrame, mSampleRate); }
+	// In the sequence's own time.
+	SN::TickTime ToTicks(std::int64_t inFrame) const;
+
+private:
+	int mSampleRate;
+	Ratio mOrigin;
+};
+
+struct TimeSpan
+{
+	bool IsEmpty() const { return !(mStart < mEnd); }
+	// Empty, at the end of inOther that is nearer, where they do not meet.
+	TimeSpan Intersect(TimeSpan const& inOther) const;
+
+	Ratio mStart;
+	Ratio mEnd;
+};
+
+// From one time to another: times a factor that is not 0, plus an offset.
+class TimeMap
+{
+public:
+	TimeMap() = default;
+	// inFrom becomes inTo.
+	TimeMap(Ratio const& inFrom, Ratio const& inTo, Ratio const& inFactor)
+		: mOffset(inTo - inFrom * inFactor),
+		  mFactor(inFactor)
+	{
+	}
+
+	Ratio const& GetFactor() const { return mFactor; }
+	Ratio Map(Ratio const& inTime) const { return mOffset + inTime * mFactor; }
+	// Behind inFirst.
+	TimeMap After(TimeMap const& inFirst) const;
+	TimeMap Invert() const { return {mOffset, Ratio(), Ratio(1) / mFactor}; }
+	TimeSpan Map(TimeSpan const& inSpan) const;
+
+private:
+	Ratio mOffset;
+	Ratio mFactor = Ratio(1);
+};
+
+// Where in the timeline a composition is made.
+struct Scope
+{
+	Grid mGrid;
+	// From the composition's time to that of the programme.
+	TimeMap mToProgramme;
+	// Of the composition's time, what is visible through all that it is nested in.
+	TimeSpan mVisible;
+	// The same with what crossfades of those add.
+	TimeSpan mNeeded;
+	// "Dialogue / Scene 4"; empty for the timeline itself.
+	std::string mTrack;
+	std::size_t mDepth = 0;
+	// Why nothing of it is heard; then only its rows count.
+	std::string mWhySilent;
+};
+
+// A time for people, to the millisecond: "1:02:03.500", "-0:00.250".
+std::string DescribeTime(Ratio const& inSeconds);
+// "0:01.000 to 0:02.500".
+std::string DescribeSpan(TimeSpan const& inSpan);
+
+// What the item is called.
+std::string GetLabel(ItemView const& inItem);
+
+} // namespace SonaroHost::Otio

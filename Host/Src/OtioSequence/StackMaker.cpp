@@ -1,0 +1,195 @@
+#include "StackMaker.h"
+
+#include "ItemFades.h"
+#include "OtioSequence/Survey/Audibility.h"
+#include "TrackMaker.h"
+
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Otio/Labels.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+std::shared_ptr<Sequence::Description> StackMaker::Make()
+{
+	mSequence->mName = mStack.mName;
+	mSequence->mLayout = mLayout;
+	AddSubmixes();
+	bool const isOutermost = &mStack == mMaking.mTimelineStack;
+	auto const silences = FindSilences(mStack, isOutermost ? mMaking.mOptions.mOnlyChild : std::nullopt);
+	for (std::size_t index = 0; index < silences.size(); ++index)
+	{
+		AddChild(index, mScope.mWhySilent.empty() ? silences[index] : mScope.mWhySilent);
+	}
+	return std::move(mSequence);
+}
+
+void StackMaker::AddSubmixes()
+{
+	CurveSite const site{Ratio(), GetStart()};
+	for (Submix const& submix : mStack.GetSettings().mSubmixes)
+	{
+		Sequence::Submix& made = mSequence->mSubmixes.emplace_back();
+		made.mName = submix.mName;
+		made.mOrigin = mStack.mPlace;
+		made.mLayout = mLayout;
+		made.mOutput = FindOutput(submix.mOutput);
+		if (auto const gain = submix.mGain ? MakeGain(*submix.mGain, site) : Sequence::NumberParameter())
+		{
+			made.mChain.mStages.push_back(Sequence::Fader{gain, {}});
+		}
+		made.mChain.mPan = MakePanFrom(mLayout, submix.mPan ? &*submix.mPan : nullptr, site, mStack.mPlace);
+		if (submix.mMute)
+		{
+			constexpr int kMuted = 1;
+			made.mMute = std::make_shared<Sequence::MuteSwitch::element_type>(kMuted);
+		}
+	}
+}
+
+void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
+{
+	ItemView const child(mStack.mChildren[inIndex]);
+	bool const canBeHeard = child.mClip || child.mTrack || child.mStack;
+	if (!canBeHeard)
+	{
+		return;
+	}
+	TrackRow const row = MakeRow(child, inIndex, inWhySilent);
+	mMaking.mResult.mTracks.push_back(row);
+	if (child.mTrack && !child.mTrack->IsAudio())
+	{
+		ItemMaker(mMaking, mScope, mLayout).AddMarkersOf(child);
+		if (mScope.mWhySilent.empty())
+		{
+			mMaking.Tell(Note::Kind::eRemark, row.mPlace, "the track is not heard: " + inWhySilent);
+		}
+		return;
+	}
+	Sequence::Track track;
+	track.mName = GetLabel(child);
+	track.mOrigin = row.mPlace;
+	track.mLayout = row.mLayout;
+	AddItems(child, inWhySilent, track);
+	if (inWhySilent.empty() && !track.mItems.empty())
+	{
+		track.mChain = MakeChain(child, row);
+		track.mOutput = FindOutput(child.mItem->GetSettings().mOutput);
+		mSequence->mTracks.push_back(std::move(track));
+	}
+}
+
+TrackRow StackMaker::MakeRow(
+	ItemView const& inChild, std::size_t inIndex, std::string const& inWhySilent) const
+{
+	TrackRow row;
+	row.mIsHeard = inWhySilent.empty();
+	row.mReason = inWhySilent;
+	row.mName = inChild.mItem->mName;
+	row.mTrack = AppendLabel(mScope.mTrack, GetLabel(inChild));
+	row.mPlace = inChild.mItem->mPlace;
+	row.mIndex = inIndex;
+	row.mDepth = mScope.mDepth;
+	row.mLayout =
+		inWhySilent.empty() ? Layouts::Limit(mMaking.mLayouts.GetInnerWidth(inChild), mLayout) : mLayout;
+	return row;
+}
+
+void StackMaker::AddItems(ItemView const& inChild, std::string const& inWhySilent, Sequence::Track& ioTrack)
+{
+	Scope scope = mScope;
+	scope.mWhySilent = inWhySilent;
+	if (IsPlain(inChild))
+	{
+		scope.mTrack = AppendLabel(mScope.mTrack, GetLabel(inChild));
+		ItemMaker(mMaking, mScope, ioTrack.mLayout).AddMarkersOf(inChild);
+		TrackMaker(mMaking, *inChild.mTrack, scope).Make(ioTrack);
+		return;
+	}
+	Placement const placement =
+		MakePlacement(Ratio(), mMaking.mMeasures.GetRange(inChild).mLength, scope.mGrid);
+	auto item =
+		ItemMaker(mMaking, scope, ioTrack.mLayout).Make(inChild, placement, ItemMaker::LevelsOn::eTrack);
+	if (item)
+	{
+		PlaceFades(mMaking, *inChild.mItem, placement, scope.mGrid, {}, *item);
+		ioTrack.mItems.push_back(std::move(*item));
+	}
+}
+
+bool StackMaker::IsPlain(ItemView const& inChild) const
+{
+	if (!inChild.mTrack || HasFades(*inChild.mItem) || GetSpeed(*inChild.mItem).mFactor != Ratio(1))
+	{
+		return false;
+	}
+	ExactRange const range = mMaking.mMeasures.GetRange(inChild);
+	return range.mStart == Ratio() && range.mLength >= mMaking.mMeasures.GetContentLength(inChild);
+}
+
+Sequence::Chain StackMaker::MakeChain(ItemView const& inChild, TrackRow const& inRow)
+{
+	Item const& item = *inChild.mItem;
+	MixSettings const& settings = item.GetSettings();
+	CurveSite const site{mMaking.mMeasures.GetRange(inChild).mLength, GetStart()};
+	Sequence::Chain chain;
+	auto const addSends = [&](bool inIsPreFader)
+	{
+		for (Send const& send : settings.mSends)
+		{
+			if (send.mIsPreFader == inIsPreFader)
+			{
+				chain.mStages.push_back(
+					Sequence::Send{FindSubmix(send.mTo), {MakeGain(send.mGain, site), {}}, {}});
+			}
+		}
+	};
+	addSends(true);
+	auto faders = MakeFaders(item, site);
+	std::move(faders.begin(), faders.end(), std::back_inserter(chain.mStages));
+	addSends(false);
+	if (auto const meter = mMaking.mOptions.mMakeMeter ? mMaking.mOptions.mMakeMeter(inRow)
+													   : SN::InterfaceRef<SN::IAudioMeterSetter>())
+	{
+		chain.mStages.push_back(Sequence::Meter{meter});
+	}
+	chain.mPan = MakePanFrom(inRow.mLayout, FindPan(item), site, item.mPlace);
+	return chain;
+}
+
+Sequence::NumberParameter StackMaker::MakePanFrom(SN::AudioChannelLayout const& inFrom, Curve const* inPan,
+	CurveSite const& inSite, std::string const& inPlace)
+{
+	if (inPan && !Layouts::CanPan(inFrom, mLayout))
+	{
+		mMaking.Tell(Note::Kind::eIgnored, inPlace,
+			"no pan leads from " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) +
+				"; it is ignored");
+		return {};
+	}
+	return inPan ? MakePan(*inPan, inSite) : Sequence::NumberParameter();
+}
+
+Sequence::Output StackMaker::FindOutput(std::optional<std::string> const& inName) const
+{
+	return inName ? Sequence::Output{Sequence::Output::Kind::eSubmix, FindSubmix(*inName)}
+				  : Sequence::Output{};
+}
+
+std::size_t StackMaker::FindSubmix(std::string const& inName) const
+{
+	auto const& submixes = mStack.GetSettings().mSubmixes;
+	auto const found = std::find_if(submixes.begin(), submixes.end(),
+		[&inName](Submix const& inSubmix) { return inSubmix.mName == inName; });
+	return static_cast<std::size_t>(found - submixes.begin());
+}
+
+SN::TickTime StackMaker::GetStart() const
+{
+	return mScope.mGrid.ToTicks(mScope.mGrid.ToFrame(Ratio()));
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "ItemMaker.h"
+#include "OtioSequence/Survey/Levels.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+// Makes a sequence of a stack: each child that is heard becomes a track.
+class StackMaker
+{
+public:
+	// All outlive this object.
+	StackMaker(SequenceMaking& ioMaking, Stack const& inStack, Scope const& inScope,
+		SN::AudioChannelLayout const& inLayout)
+		: mMaking(ioMaking),
+		  mStack(inStack),
+		  mScope(inScope),
+		  mLayout(inLayout)
+	{
+	}
+
+	// Without the stack's own levels.
+	std::shared_ptr<Sequence::Description> Make();
+
+private:
+	void AddSubmixes();
+	void AddChild(std::size_t inIndex, std::string const& inWhySilent);
+	TrackRow MakeRow(ItemView const& inChild, std::size_t inIndex, std::string const& inWhySilent) const;
+	void AddItems(ItemView const& inChild, std::string const& inWhySilent, Sequence::Track& ioTrack);
+	// Whether a track's items can stand on the sequence's one as they are.
+	bool IsPlain(ItemView const& inChild) const;
+	Sequence::Chain MakeChain(ItemView const& inChild, TrackRow const& inRow);
+	Sequence::NumberParameter MakePanFrom(SN::AudioChannelLayout const& inFrom, Curve const* inPan,
+		CurveSite const& inSite, std::string const& inPlace);
+	Sequence::Output FindOutput(std::optional<std::string> const& inName) const;
+	std::size_t FindSubmix(std::string const& inName) const;
+	// Where time 0 of the stack as it is cut lies.
+	SN::TickTime GetStart() const;
+
+	SequenceMaking& mMaking;
+	Stack const& mStack;
+	Scope const& mScope;
+	SN::AudioChannelLayout const& mLayout;
+	std::shared_ptr<Sequence::Description> mSequence = std::make_shared<Sequence::Description>();
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "SonaroHost/Media/MediaFinder.h"
+#include "SonaroHost/Otio/Model.h"
+#include "SonaroHost/Otio/Note.h"
+#include "SonaroHost/Sequence/FileMedia.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace SonaroHost::Otio
+{
+
+// What a clip is cut from, if from anything.
+struct ClipMedia
+{
+	// Null for silence.
+	std::shared_ptr<Sequence::Media const> mMedia;
+	std::filesystem::path mPath;
+	// Of the media, counted from 0; empty for all.
+	std::vector<unsigned> mChannels;
+	// Why it is silent, and whether against the timeline's will.
+	std::string mWhySilent;
+	bool mIsMissing = false;
+};
+
+// Looks up the media of clips, each once, and takes notes of what it finds.
+class ClipMediaTable
+{
+public:
+	// All outlive this object.
+	ClipMediaTable(MediaFinder const& inFinder, FileMedia& ioFiles, std::vector<Note>& ioNotes)
+		: mFinder(inFinder),
+		  mFiles(ioFiles),
+		  mNotes(ioNotes)
+	{
+	}
+
+	// Valid as long as this object.
+	ClipMedia const& Get(Clip const& inClip);
+
+private:
+	ClipMedia Resolve(Clip const& inClip);
+	void ChooseChannels(Clip const& inClip, ClipMedia& ioMedia);
+	ClipMedia ResolveFile(MediaReference const& inReference);
+
+	// A URL's file, and what is cut from it; null where it is missing.
+	struct File
+	{
+		FoundMedia mFound;
+		std::shared_ptr<Sequence::Media const> mMedia;
+	};
+
+	File Open(std::string const& inUrl);
+	// Where the file is a movie, in whose place a sound file may lie.
+	void TakeSound(std::string const& inUrl, File& ioFile);
+	// Sets why the file cannot be read where that fails.
+	void Read(File& ioFile);
+
+	MediaFinder const& mFinder;
+	FileMedia& mFiles;
+	std::vector<Note>& mNotes;
+	std::unordered_map<Clip const*, ClipMedia> mClips;
+	std::unordered_map<std::string, File> mOpened;
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,106 @@
+#include "Layouts.h"
+
+#include "Audibility.h"
+#include "Levels.h"
+
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Engine/LayoutPlan.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+namespace SonaroHost::Otio
+{
+
+SN::AudioChannelLayout const& Layouts::GetLayout(Clip const& inClip)
+{
+	auto const [place, isNew] = mClips.try_emplace(&inClip);
+	ClipMedia const& media = mMedia.Get(inClip);
+	if (isNew && media.mMedia)
+	{
+		place->second = media.mChannels.empty()
+							? media.mMedia->mLayout
+							: MakeLayoutOfChannels(static_cast<unsigned>(media.mChannels.size()));
+	}
+	return place->second;
+}
+
+SN::AudioChannelLayout const& Layouts::GetInnerWidth(ItemView const& inItem)
+{
+	auto found = mWidths.find(inItem.mItem);
+	if (found == mWidths.end())
+	{
+		found = mWidths.emplace(inItem.mItem, FindWidth(inItem)).first;
+	}
+	return found->second;
+}
+
+SN::AudioChannelLayout Layouts::GetWidth(ItemView const& inItem)
+{
+	SN::AudioChannelLayout const& inner = GetInnerWidth(inItem);
+	return inner.size() == 1 && FindPan(*inItem.mItem) ? zorvmediatypes::CreateStereoChannelLayout() : inner;
+}
+
+SN::AudioChannelLayout Layouts::FindWidth(ItemView const& inItem)
+{
+	SN::AudioChannelLayout width;
+	if (inItem.mClip)
+	{
+		return GetLayout(*inItem.mClip);
+	}
+	if (inItem.mTrack && inItem.mTrack->IsAudio())
+	{
+		for (Composable const& child : inItem.mTrack->mChildren)
+		{
+			Item const* const item = child.AsItem();
+			width = item && FindSilence(*item).empty() ? Choose(width, GetWidth(child)) : width;
+		}
+	}
+	if (inItem.mStack && inItem.mItem->GetSettings().mLayout)
+	{
+		return *ParseLayout(*inItem.mItem->GetSettings().mLayout);
+	}
+	if (inItem.mStack)
+	{
+		auto const silences = FindSilences(*inItem.mStack, std::nullopt);
+		for (std::size_t index = 0; index < silences.size(); ++index)
+		{
+			width =
+				silences[index].empty() ? Choose(width, GetWidth(inItem.mStack->mChildren[index])) : width;
+		}
+		for (Submix const& submix : inItem.mItem->GetSettings().mSubmixes)
+		{
+			width = submix.mPan && width.size() == 1 ? zorvmediatypes::CreateStereoChannelLayout() : width;
+		}
+	}
+	return width;
+}
+
+SN::AudioChannelLayout const& Layouts::Choose(
+	SN::AudioChannelLayout const& inA, SN::AudioChannelLayout const& inB)
+{
+	return inB.size() > inA.size() ? inB : inA;
+}
+
+SN::AudioChannelLayout const& Layouts::Limit(
+	SN::AudioChannelLayout const& inLayout, SN::AudioChannelLayout const& inLimit)
+{
+	return inLayout.empty() || inLayout.size() > inLimit.size() ? inLimit : inLayout;
+}
+
+bool Layouts::CanPan(SN::AudioChannelLayout const& inFrom, SN::AudioChannelLayout const& inTo)
+{
+	constexpr double kMiddle = 0.5;
+	LayoutRequest request;
+	request.mLayout = inTo;
+	request.mPan = kMiddle;
+	try
+	{
+		return LayoutPlan(inFrom, request).GetPanner().has_value();
+	}
+	catch (HostError const&)
+	{
+		return false;
+	}
+}
+
+} // namespace SonaroHost::Otio

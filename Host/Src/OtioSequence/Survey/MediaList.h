@@ -1,0 +1,38 @@
+#pragma once
+
+#include "SonaroHost/Media/MediaFinder.h"
+#include "SonaroHost/Otio/Model.h"
+
+#include <filesystem>
+#include <set>
+#include <string>
+
+namespace SonaroHost::Otio
+{
+
+// All media that clips refer to, heard or not, pictures too: the files, and the places where they were looked for
+// before.
+class MediaList
+{
+public:
+	// The finder outlives this object.
+	explicit MediaList(MediaFinder const& inFinder)
+		: mFinder(inFinder)
+	{
+	}
+
+	void Add(Timeline const& inTimeline);
+	std::set<std::filesystem::path> const& GetPaths() const { return mPaths; }
+
+private:
+	void Add(std::vector<Composable> const& inChildren);
+	void Add(Clip const& inClip);
+	// Of a movie, the sound file that is taken for its sound, or the places where one would be.
+	void AddSoundOf(std::string const& inUrl);
+
+	MediaFinder const& mFinder;
+	std::set<std::string> mUrls;
+	std::set<std::filesystem::path> mPaths;
+};
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,206 @@
+#include "SonaroHost/Render/ProgrammePlan.h"
+
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/OutputPlan.h"
+#include "SonaroHost/Render/JobChecks.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<unsigned> const& inWanted)
+{
+	if (inWanted.empty())
+	{
+		std::vector<unsigned> all(inInfo.GetNumChannels());
+		std::iota(all.begin(), all.end(), 0u);
+		return all;
+	}
+	if (inWanted.size() > kMaxChannels)
+	{
+		Refuse("at most " + std::to_string(kMaxChannels) + " channels can be chosen, not " +
+			   std::to_string(inWanted.size()));
+	}
+	for (unsigned const channel : inWanted)
+	{
+		if (channel >= inInfo.GetNumChannels())
+		{
+			Refuse(QuotePath(inInfo.mPath) + " has " + GetLayoutName(inInfo.mLayout) +
+				   " sound; there is no channel " + std::to_string(channel + 1));
+		}
+	}
+	return inWanted;
+}
+
+PlannedClip OpenClip(ClipInput const& inInput)
+{
+	PlannedClip clip;
+	clip.mSource = AudioFileSource::Open(inInput.mPath);
+	FrameRange const range = ChooseRange(clip.GetInfo(), inInput.mStart, inInput.mDuration);
+	clip.mFirstFrame = range.mFirst;
+	clip.mSourceFrames = range.mFrames;
+	clip.mChannels = ChooseChannels(clip.GetInfo(), inInput.mChannels);
+	return clip;
+}
+
+// All channels in their order keep the places that the file gives them.
+SN::AudioChannelLayout GetSourceLayout(PlannedClip const& inClip)
+{
+	AudioFileInfo const& info = inClip.GetInfo();
+	bool const isWhole = inClip.mChannels == ChooseChannels(info, {});
+	return isWhole ? info.mLayout : MakeLayoutOfChannels(static_cast<unsigned>(inClip.mChannels.size()));
+}
+
+// Throws a HostError that names the input.
+LayoutPlan MakeLayoutPlan(PlannedClip const& inClip, LayoutRequest const& inRequest)
+{
+	try
+	{
+		return {GetSourceLayout(inClip), inRequest};
+	}
+	catch (HostError const& error)
+	{
+		HostError::Parts const& parts = error.GetParts();
+		throw HostError(error.GetKind(), {inClip.GetInfo().mPath, {}, parts.mReason, parts.mRemedy});
+	}
+}
+
+} // namespace
+
+ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
+	: mGain(inRequest.mGain),
+	  mSpeed(inRequest.mSpeed),
+	  mIsReversed(inRequest.mDirection == RenderDirection::eReverse)
+{
+	if (inRequest.mInputs.empty())
+	{
+		Refuse("there is no input");
+	}
+	OutputPlan outputs;
+	outputs.mFiles = inRequest.mOtherOutputs;
+	outputs.mFiles.push_back(inRequest.mOutput);
+	outputs.mReplaces = inRequest.mReplace;
+	for (ClipInput const& input : inRequest.mInputs)
+	{
+		mClips.push_back(OpenClip(input));
+		outputs.mInputs.push_back(input.mPath);
+	}
+	outputs.Check();
+	ChooseSampleRate(inRequest);
+	ChooseLayouts(inRequest.mLayout);
+	PlaceClips(inRequest);
+	mFades = ChooseFades(inRequest.mFadeIn, inRequest.mFadeOut, mFrames, mSampleRate);
+}
+
+bool ProgrammePlan::IsResampled() const
+{
+	return std::any_of(
+		mClips.begin(), mClips.end(), [](PlannedClip const& inClip) { return inClip.IsResampled(); });
+}
+
+bool ProgrammePlan::KeepsSamples() const
+{
+	return mGain == 1.0f && mFades.IsNone() && !IsResampled() &&
+		   std::all_of(mClips.begin(), mClips.end(),
+			   [](PlannedClip const& inClip) { return inClip.mLayout.KeepsSamples(); });
+}
+
+void ProgrammePlan::ChooseSampleRate(ClipRenderRequest const& inRequest)
+{
+	int const own = mClips.front().GetInfo().mSampleRate;
+	mSampleRate = inRequest.mSampleRate.value_or(own);
+	if (mSampleRate != own && (mSampleRate < kLowestSampleRate || mSampleRate > kHighestSampleRate))
+	{
+		Refuse("a sample rate goes from 1000 to 768000 Hz");
+	}
+	// Written so that what is not a number fails it.
+	if (!(inRequest.mSpeed >= kLowestSpeed && inRequest.mSpeed <= kHighestSpeed))
+	{
+		Refuse("a speed goes from 0.01 to 100");
+	}
+	for (PlannedClip& clip : mClips)
+	{
+		ChooseReadingSpeed(clip, inRequest.mSpeed);
+	}
+}
+
+void ProgrammePlan::ChooseReadingSpeed(PlannedClip& ioClip, double inSpeed) const
+{
+	AudioFileInfo const& info = ioClip.GetInfo();
+	double const speed = inSpeed * info.mSampleRate / mSampleRate;
+	if (speed < kLowestSpeed || speed > kHighestSpeed)
+	{
+		Refuse(QuotePath(info.mPath) + ": from " + std::to_string(info.mSampleRate) + " Hz to " +
+			   std::to_string(mSampleRate) +
+			   " Hz at that speed is too far: give a speed nearer to 1 or a rate nearer to the input's");
+	}
+	ioClip.mReadingSpeed = speed;
+	ioClip.mFrames = std::llround(static_cast<double>(ioClip.mSourceFrames) / speed);
+	if (ioClip.mFrames < 1)
+	{
+		Refuse(QuotePath(info.mPath) +
+			   ": at that speed the output is less than a sample; there is nothing to render");
+	}
+}
+
+void ProgrammePlan::ChooseLayouts(LayoutRequest const& inRequest)
+{
+	PlannedClip const& widest = *std::max_element(mClips.begin(), mClips.end(),
+		[](PlannedClip const& inA, PlannedClip const& inB)
+		{ return inA.mChannels.size() < inB.mChannels.size(); });
+	LayoutRequest request = inRequest;
+	request.mMixdown = std::nullopt;
+	request.mLayout = MakeLayoutPlan(widest, request).GetOutputLayout();
+	// Where no input has 5.1, the first one finds the mixdown wrong.
+	auto const isSurround = [](PlannedClip const& inClip)
+	{ return GetSourceLayout(inClip) == zorvmediatypes::Create51ChannelLayout(); };
+	bool const hasSurround = std::any_of(mClips.begin(), mClips.end(), isSurround);
+	for (PlannedClip& clip : mClips)
+	{
+		bool const isMixedDown = !hasSurround || isSurround(clip);
+		request.mMixdown = isMixedDown ? inRequest.mMixdown : std::nullopt;
+		clip.mLayout = MakeLayoutPlan(clip, request);
+	}
+}
+
+void ProgrammePlan::PlaceClips(ClipRenderRequest const& inRequest)
+{
+	std::int64_t end = 0;
+	for (std::size_t i = 0; i < mClips.size(); ++i)
+	{
+		PlannedClip& clip = mClips[i];
+		clip.mPosition = end;
+		if (auto const& position = inRequest.mInputs[i].mPosition)
+		{
+			clip.mPosition =
+				std::llround(static_cast<double>(position->ToSamples(mSampleRate)) / inRequest.mSpeed);
+		}
+		end = clip.mPosition + clip.mFrames;
+		if (end / mSampleRate / 3600 >= kMostHours)
+		{
+			Refuse(QuotePath(clip.GetInfo().mPath) + " would end beyond the longest output, " +
+				   std::to_string(kMostHours) + " hours");
+		}
+		mFrames = std::max(mFrames, end);
+	}
+	if (mIsReversed)
+	{
+		for (PlannedClip& clip : mClips)
+		{
+			clip.mPosition = mFrames - clip.mPosition - clip.mFrames;
+		}
+	}
+}
+
+} // namespace SonaroHost

@@ -1,0 +1,103 @@
+#include "RenderOutput.h"
+
+#include "SonaroHost/Metering/BlockPeak.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace SonaroHost
+{
+
+RenderOutput::RenderOutput(Setup const& inSetup, RenderedFile inFile)
+	: mSetup(inSetup),
+	  mFile(std::move(inFile))
+{
+	auto const channels = static_cast<unsigned>(mSetup.mLayout.size());
+	if (mSetup.mWrites)
+	{
+		mWriter.emplace(mFile.mPath, mSetup.mFormat, mSetup.mSampleRate, mSetup.mLayout, mFile.mRange.mFrames,
+			mFile.mTimeReference);
+	}
+	if (mSetup.mMeasures && LoudnessMeter::CanMeasure(mSetup.mLayout, mSetup.mSampleRate))
+	{
+		mMeter.emplace(mSetup.mLayout, mSetup.mSampleRate, LoudnessMeter::Memory::eGrowing,
+			LoudnessMeter::Windows::eNone);
+	}
+	if (mSetup.mLimit)
+	{
+		mLimiter.emplace(channels, mSetup.mSampleRate, *mSetup.mLimit);
+		mFramesToDrop = mLimiter->GetLatencyFrames();
+	}
+}
+
+void RenderOutput::Add(dsp::AudioBuffer& ioBlock)
+{
+	if (mSetup.mGain != 1.0f)
+	{
+		ioBlock *= mSetup.mGain;
+	}
+	Take(ioBlock);
+}
+
+void RenderOutput::Take(dsp::AudioBuffer& ioBlock)
+{
+	if (!mLimiter)
+	{
+		Finish(ioBlock);
+		return;
+	}
+	mLimiter->Process(ioBlock);
+	std::int64_t const dropped = std::min<std::int64_t>(mFramesToDrop, ioBlock.GetUseSize());
+	mFramesToDrop -= dropped;
+	if (dropped == ioBlock.GetUseSize())
+	{
+		return;
+	}
+	dsp::AudioSubBuffer rest;
+	rest.Init(ioBlock.GetNumChannels());
+	rest.Assign(ioBlock, static_cast<unsigned>(dropped));
+	Finish(rest);
+}
+
+void RenderOutput::Finish(dsp::AudioBuffer& ioBlock)
+{
+	if (mWriter)
+	{
+		mWriter->Write(ioBlock);
+	}
+	mFile.mPeak = FindPeak(ioBlock, mFile.mPeak);
+	if (mMeter)
+	{
+		mMeter->Add(ioBlock);
+	}
+}
+
+void RenderOutput::Complete()
+{
+	if (mLimiter)
+	{
+		// What the limiter still holds comes out behind as many zeros.
+		dsp::AudioBuffer silence(mSetup.mLayout.size(), static_cast<unsigned>(mLimiter->GetLatencyFrames()));
+		silence.Zero();
+		Take(silence);
+		mFile.mSmallestLimiterGain = mLimiter->GetSmallestGain();
+	}
+	if (mMeter)
+	{
+		mFile.mLoudness = mMeter->GetReading();
+	}
+	if (mWriter)
+	{
+		mWriter->Complete();
+		mFile.mClippedSamples = mWriter->GetClippedSamples();
+	}
+}
+
+void RenderOutput::Commit()
+{
+	mWriter->Finish();
+}
+
+} // namespace SonaroHost

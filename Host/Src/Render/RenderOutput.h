@@ -1,0 +1,61 @@
+#pragma once
+
+#include "SonaroHost/Metering/LoudnessMeter.h"
+#include "SonaroHost/Metering/PeakLimiter.h"
+#include "SonaroHost/Render/AudioFileWriter.h"
+#include "SonaroHost/Render/RenderedFile.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace dsp
+{
+class AudioBuffer;
+}
+
+namespace SonaroHost
+{
+
+// What becomes of the blocks of a pass: a gain, a limiter whose latency is made up for, a meter, a file.
+class RenderOutput
+{
+public:
+	struct Setup
+	{
+		int mSampleRate = 0;
+		SN::AudioChannelLayout mLayout;
+		OutputFormat mFormat;
+		float mGain = 1.0f;
+		// Linear.
+		std::optional<double> mLimit;
+		bool mMeasures = false;
+		// Without it, it is only measured.
+		bool mWrites = true;
+	};
+
+	RenderOutput(Setup const& inSetup, RenderedFile inFile);
+
+	// Works in the block.
+	void Add(dsp::AudioBuffer& ioBlock);
+	// After the last block: completes the file under its temporary name.
+	void Complete();
+	// Gives it its own.
+	void Commit();
+
+	RenderedFile const& GetFile() const { return mFile; }
+
+private:
+	// What is finished, later ones of what Add has got.
+	void Take(dsp::AudioBuffer& ioBlock);
+	void Finish(dsp::AudioBuffer& ioBlock);
+
+	Setup mSetup;
+	RenderedFile mFile;
+	std::optional<AudioFileWriter> mWriter;
+	std::optional<LoudnessMeter> mMeter;
+	std::optional<PeakLimiter> mLimiter;
+	// Of the limiter, to be dropped at the start.
+	std::int64_t mFramesToDrop = 0;
+};
+
+} // namespace SonaroHost

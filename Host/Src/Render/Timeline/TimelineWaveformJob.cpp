@@ -1,0 +1,145 @@
+#include "SonaroHost/Render/TimelineWaveformJob.h"
+
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/OutputFile.h"
+#include "SonaroHost/Files/OutputPlan.h"
+#include "SonaroHost/Render/TimelineGraph.h"
+#include "TimelinePass.h"
+#include "Waveform/WaveformBand.h"
+#include "Waveform/WaveformPicture.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+constexpr unsigned kBandHeight = 80;
+constexpr unsigned kTrackBlockFrames = 2048;
+
+// The bands of one picture while they are filled.
+class Bands
+{
+public:
+	Bands() { Add("the mix"); }
+
+	SN::InterfaceRef<WaveformBand> Add(std::string const& inName)
+	{
+		mNames.push_back(inName);
+		return mBands.emplace_back(zorvcore::classref::MakeObject<WaveformBand>());
+	}
+
+	void SetGrid(WaveformBand::Grid const& inGrid)
+	{
+		for (SN::InterfaceRef<WaveformBand> const& band : mBands)
+		{
+			band->SetGrid(inGrid);
+		}
+	}
+
+	WaveformBand& GetMix() const { return *mBands.front(); }
+	std::vector<std::string> const& GetNames() const { return mNames; }
+
+	Waveform Take(WaveformBand::Grid const& inGrid, int inSampleRate) const
+	{
+		Waveform waveform{inSampleRate, inGrid.mFramesPerColumn, {}};
+		for (SN::InterfaceRef<WaveformBand> const& band : mBands)
+		{
+			waveform.mChannels.push_back(band->GetValues());
+		}
+		return waveform;
+	}
+
+private:
+	std::vector<std::string> mNames;
+	std::vector<SN::InterfaceRef<WaveformBand>> mBands;
+};
+
+} // namespace
+
+TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
+	: mRequest(std::move(inRequest)),
+	  mInput(mRequest.mInput, mRequest.mMediaFolders),
+	  mSequence(mInput.MakeSequence(mRequest.mOptions))
+{
+	OutputPlan{{mRequest.mOutput}, {}, {mRequest.mInput}, mInput.ListMedia(), mRequest.mReplace}.Check();
+	if (!IsPicture(mRequest.mFormat))
+	{
+		Refuse("the waveform of a timeline is drawn; end the output in .png or .svg");
+	}
+	if (mRequest.mWidth < 1 || mRequest.mWidth > kMaxPictureSize)
+	{
+		Refuse("a picture is 1 to " + std::to_string(kMaxPictureSize) + " pixels wide");
+	}
+	if (mRequest.mFormat == WaveformFormat::ePng)
+	{
+		CheckBitmapSize(mRequest.mWidth, mRequest.mHeight.value_or(1));
+	}
+	Otio::CheckHasSound(mSequence);
+}
+
+std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
+	ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
+	auto const begin = std::chrono::steady_clock::now();
+	OutputFile file(mRequest.mOutput);
+	Bands bands;
+	Otio::TimelineOptions options = mRequest.mOptions;
+	options.mMakeMeter = [&bands](Otio::TrackRow const& inRow)
+	{
+		return inRow.mDepth == 0 ? SN::InterfaceRef<SN::IAudioMeterSetter>(bands.Add(inRow.mTrack))
+								 : SN::InterfaceRef<SN::IAudioMeterSetter>();
+	};
+	Otio::TimelineSequence const sequence = mInput.MakeSequence(options);
+	WaveformBand::Grid const grid{sequence.mFirstFrame, sequence.mFrames,
+		std::max<std::int64_t>(1, sequence.mFrames / (mRequest.mWidth * kColumnsPerPixel)),
+		SN::FrameRate::FromSamplesPerSecond(sequence.mSampleRate)};
+	bands.SetGrid(grid);
+
+	std::int64_t done = 0;
+	Otio::TimelinePass pass;
+	pass.mRange = {0, sequence.mFrames};
+	pass.mBlockFrames = kTrackBlockFrames;
+	pass.mSink = [&](dsp::AudioBuffer& ioBlock)
+	{
+		bands.GetMix().Add(ioBlock, sequence.mFirstFrame + done);
+		done += ioBlock.GetUseSize();
+		if (inProgress)
+		{
+			inProgress({done, sequence.mFrames});
+		}
+	};
+	if (!Otio::RunPass(sequence, mInput.GetMedia(), pass, inStop))
+	{
+		return std::nullopt;
+	}
+
+	auto const numBands = static_cast<unsigned>(bands.GetNames().size());
+	WaveformStyle style = mRequest.mStyle;
+	style.mHeight = mRequest.mHeight.value_or(std::min(kBandHeight * numBands, kMaxPictureSize));
+	if (style.mHeight < numBands || style.mHeight > kMaxPictureSize)
+	{
+		Refuse("a picture of " + std::to_string(numBands) + " bands is " + std::to_string(numBands) + " to " +
+			   std::to_string(kMaxPictureSize) + " pixels high, not " + std::to_string(style.mHeight));
+	}
+	if (mRequest.mFormat == WaveformFormat::ePng)
+	{
+		CheckBitmapSize(mRequest.mWidth, style.mHeight);
+	}
+	auto* const write = mRequest.mFormat == WaveformFormat::ePng ? &WriteWaveformPng : &WriteWaveformSvg;
+	write(bands.Take(grid, sequence.mSampleRate), style, mRequest.mWidth, file);
+	if (inStop.stop_requested())
+	{
+		return std::nullopt;
+	}
+	file.Commit();
+	return TimelineWaveformSummary{sequence.mFrames, sequence.mSampleRate, style.mHeight, bands.GetNames(),
+		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
+}
+
+} // namespace SonaroHost

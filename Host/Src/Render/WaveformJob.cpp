@@ -1,0 +1,260 @@
+#include "SonaroHost/Render/WaveformJob.h"
+
+#include "Sonaro/AudioWaveformQueue.h"
+#include "Sonaro/SonaroFactory.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
+#include "SonaroHost/Files/OutputFile.h"
+#include "SonaroHost/Files/OutputPlan.h"
+#include "SonaroHost/Render/JobChecks.h"
+#include "SonaroHost/Waveform/PeakWaveformGenerator.h"
+#include "Waveform/WaveformData.h"
+#include "Waveform/WaveformPicture.h"
+#include "zorvcore/threads/AsyncThreadedExecutor.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <limits>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+constexpr std::int64_t kDefaultWidth = 1200;
+constexpr std::int64_t kDefaultSamplesPerColumn = 256;
+constexpr unsigned kFileBlockFrames = 8192;
+constexpr auto kProgressInterval = std::chrono::milliseconds(50);
+
+std::int64_t DivideUp(std::int64_t inDividend, std::int64_t inDivisor)
+{
+	return inDividend / inDivisor + (inDividend % inDivisor != 0 ? 1 : 0);
+}
+
+// Ends the computation when nobody wants it any more, and waits for that: it uses what its caller holds.
+class CancelAtEnd
+{
+public:
+	CancelAtEnd(SN::IAudioWaveformBuffer& ioBuffer, std::future<int> const& inComputing)
+		: mBuffer(ioBuffer),
+		  mComputing(inComputing)
+	{
+	}
+	~CancelAtEnd()
+	{
+		mBuffer.Cancel();
+		mComputing.wait();
+	}
+	CancelAtEnd(CancelAtEnd const&) = delete;
+	CancelAtEnd& operator=(CancelAtEnd const&) = delete;
+
+private:
+	SN::IAudioWaveformBuffer& mBuffer;
+	std::future<int> const& mComputing;
+};
+
+// Runs a task on the waveform thread.
+std::future<int> QueueWaveform(std::function<int()> inTask)
+{
+	auto const task = std::make_shared<std::packaged_task<int()>>(std::move(inTask));
+	// A queue that is cleared in between refuses; the next one is new.
+	while (!SN::AudioWaveformQueue::GetQueue()->Queue([task] { (*task)(); }))
+	{
+	}
+	return task->get_future();
+}
+
+} // namespace
+
+WaveformJob::WaveformJob(WaveformRequest inRequest)
+	: mRequest(std::move(inRequest)),
+	  mSource(AudioFileSource::Open(mRequest.mInput))
+{
+	OutputPlan{{mRequest.mOutput}, {}, {mRequest.mInput}, {}, mRequest.mReplace}.Check();
+	FrameRange const range = ChooseRange(GetInputInfo(), mRequest.mStart, mRequest.mDuration);
+	mFirstFrame = range.mFirst;
+	mFrames = range.mFrames;
+	ChooseColumns();
+	if (mRequest.mBits != 8 && mRequest.mBits != 16)
+	{
+		Refuse("a value has 8 or 16 bits, not " + std::to_string(mRequest.mBits));
+	}
+	WaveformStyle const& style = mRequest.mStyle;
+	unsigned const bands =
+		mRequest.mChannels == WaveformChannels::eMerged ? 1 : GetInputInfo().GetNumChannels();
+	if (IsPicture(mRequest.mFormat) && (style.mHeight < bands || style.mHeight > kMaxPictureSize))
+	{
+		Refuse("a picture of " + std::to_string(bands) + (bands == 1 ? " band" : " channels") + " is " +
+			   std::to_string(bands) + " to " + std::to_string(kMaxPictureSize) + " pixels high, not " +
+			   std::to_string(style.mHeight));
+	}
+	if (mRequest.mFormat == WaveformFormat::ePng)
+	{
+		CheckBitmapSize(mColumns, style.mHeight);
+	}
+	// Written so that what is not a number fails it.
+	if (!(style.mFloorDecibels < 0.0 && style.mFloorDecibels >= -1000.0))
+	{
+		Refuse("the floor of a picture in decibels lies below 0, down to -1000");
+	}
+}
+
+void WaveformJob::ChooseColumns()
+{
+	if (mRequest.mWidth && mRequest.mSamplesPerColumn)
+	{
+		Refuse("the width and the samples of a column decide the same; give one of them");
+	}
+	if (mRequest.mWidth.value_or(1) < 1 || mRequest.mSamplesPerColumn.value_or(1) < 1)
+	{
+		Refuse("a waveform has at least one column, and a column at least one sample");
+	}
+	bool const isPicture = IsPicture(mRequest.mFormat);
+	std::int64_t const most = isPicture ? kMaxPictureSize : kMaxWaveformColumns;
+	std::int64_t& interval = mWaveform.mSamplesPerColumn;
+	if (mRequest.mSamplesPerColumn || (!isPicture && !mRequest.mWidth))
+	{
+		interval = mRequest.mSamplesPerColumn.value_or(kDefaultSamplesPerColumn);
+		mColumns = DivideUp(mFrames, interval);
+	}
+	else if (isPicture)
+	{
+		mColumns = mRequest.mWidth.value_or(kDefaultWidth);
+		interval = std::max<std::int64_t>(1, mFrames / (std::min(mColumns, most) * kColumnsPerPixel));
+	}
+	else
+	{
+		interval = DivideUp(mFrames, *mRequest.mWidth);
+		mColumns = DivideUp(mFrames, interval);
+	}
+	if (mColumns > most)
+	{
+		Refuse(std::string(isPicture ? "a picture is at most " : "data has at most ") + std::to_string(most) +
+			   (isPicture ? " pixels wide, not " : " columns, not ") + std::to_string(mColumns) +
+			   "; give more samples to a column, or a smaller width");
+	}
+	// What the field of the formats holds.
+	if (!isPicture && interval > std::numeric_limits<std::int32_t>::max())
+	{
+		Refuse("a column of data has at most 2147483647 samples; give fewer");
+	}
+}
+
+std::optional<WaveformSummary> WaveformJob::Run(
+	ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
+	auto const begin = std::chrono::steady_clock::now();
+	OutputFile file(mRequest.mOutput);
+	if (!Compute(inProgress, inStop))
+	{
+		return std::nullopt;
+	}
+	Write(file);
+	file.CheckWritten();
+	if (inProgress)
+	{
+		inProgress({mFrames, mFrames});
+	}
+	if (inStop.stop_requested())
+	{
+		return std::nullopt;
+	}
+	file.Commit();
+
+	WaveformSummary summary;
+	summary.mFrames = mFrames;
+	summary.mSampleRate = GetInputInfo().mSampleRate;
+	summary.mChannels = mWaveform.mChannels.size();
+	summary.mColumns = mColumns;
+	summary.mSamplesPerColumn = IsPicture(mRequest.mFormat) && !mRequest.mSamplesPerColumn
+									? static_cast<double>(mFrames) / static_cast<double>(mColumns)
+									: static_cast<double>(mWaveform.mSamplesPerColumn);
+	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+	return summary;
+}
+
+SN::InterfaceRef<SN::IAudioGenerator> WaveformJob::MakeStream(
+	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext) const
+{
+	constexpr int kAllChannels = -1;
+	constexpr double kNormalSpeed = 1.0;
+	SN::InterfaceRef<SN::IAudioGenerator> stream;
+	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioStreamRenderer(inContext,
+						  mSource->GetFrameRate(), mSource, kAllChannels, kNormalSpeed, nullptr, &stream),
+		"a stream");
+	return stream;
+}
+
+bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
+	SN::FrameRate const frameRate = mSource->GetFrameRate();
+	SN::TickTime const start(mFirstFrame, frameRate);
+	SN::TickTime const end(mFirstFrame + mFrames, frameRate);
+	RenderContextScope const context(kFileBlockFrames, end, mSource->GetName());
+	auto const generator = zorvcore::classref::MakeObject<PeakWaveformGenerator>(
+		MakeStream(context.Get()), start, end, kFileBlockFrames);
+	auto const buffer = SN::AudioWaveformQueue::CreateAudioWaveformBuffer();
+	std::int64_t const interval = mWaveform.mSamplesPerColumn;
+	auto computing = QueueWaveform(
+		[&]
+		{
+			return generator->GenerateWaveform(
+				start, end, static_cast<unsigned long long>(interval), buffer, false, false);
+		});
+	{
+		CancelAtEnd const cancel(*buffer, computing);
+		while (computing.wait_for(kProgressInterval) != std::future_status::ready &&
+			   !inStop.stop_requested() && !mSource->GetFailure())
+		{
+			if (inProgress)
+			{
+				inProgress({std::min<std::int64_t>(buffer->GetSampleCount() * interval, mFrames), mFrames});
+			}
+		}
+	}
+	int const result = computing.get();
+	if (auto const failure = mSource->GetFailure())
+	{
+		throw *failure;
+	}
+	if (inStop.stop_requested())
+	{
+		return false;
+	}
+	CheckEngineResult(result, "a waveform");
+	mWaveform.mSampleRate = GetInputInfo().mSampleRate;
+	mWaveform.mChannels = std::move(buffer->GetChannels());
+	if (mRequest.mChannels == WaveformChannels::eMerged)
+	{
+		mWaveform = MergeChannels(mWaveform);
+	}
+	return true;
+}
+
+void WaveformJob::Write(OutputFile& ioFile) const
+{
+	auto const width = static_cast<unsigned>(mColumns);
+	switch (mRequest.mFormat)
+	{
+	case WaveformFormat::ePng:
+		WriteWaveformPng(mWaveform, mRequest.mStyle, width, ioFile);
+		break;
+	case WaveformFormat::eSvg:
+		WriteWaveformSvg(mWaveform, mRequest.mStyle, width, ioFile);
+		break;
+	case WaveformFormat::eJson:
+		WriteWaveformJson(mWaveform, mRequest.mBits, ioFile);
+		break;
+	case WaveformFormat::eDat:
+		WriteWaveformDat(mWaveform, mRequest.mBits, ioFile);
+		break;
+	}
+}
+
+} // namespace SonaroHost

@@ -1,0 +1,108 @@
+#include "GraphTools.h"
+
+#include "Engine/MixdownScope.h"
+#include "Sequence/Stage/ConversionPanner.h"
+#include "Sonaro/SonaroFactory.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
+#include "SonaroHost/Engine/TimeTransforms.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Sequence
+{
+
+namespace
+{
+
+// Something to be told apart by.
+class BareIdentity final : public SN::Unknown
+{
+};
+
+} // namespace
+
+GraphTools::GraphTools(
+	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate)
+	: mContext(inContext),
+	  mFrameRate(inFrameRate),
+	  mFactory(SN::SonaroFactory::CreateClassRef()),
+	  mSameTime(zorvcore::classref::MakeObject<IdentityTimeTransform>())
+{
+}
+
+std::int64_t GraphTools::ToFrames(SN::TickTime const& inTime) const
+{
+	SN::TickTime const half = SN::TickTime::FromTicks(mFrameRate.GetTicksPerFrame() / 2);
+	return (inTime + half).ToFrame64(mFrameRate);
+}
+
+std::int64_t GraphTools::GetLatency(SN::IAudioProcessor& inProcessor) const
+{
+	return mContext->IsDelayCompensationDisabled() ? 0 : ToFrames(inProcessor.GetDelay());
+}
+
+Generator GraphTools::GetStream(Media const& inMedia)
+{
+	Generator& stream = mStreams[&inMedia];
+	if (!stream)
+	{
+		constexpr int kAllChannels = -1;
+		constexpr double kStreamSpeed = 1.0;
+		// Under a key the clones of clips go on sharing it.
+		CheckEngineResult(mFactory->CreateAudioStreamRenderer(mContext, mFrameRate, inMedia.mOpen(mFrameRate),
+							  kAllChannels, kStreamSpeed, MakeIdentity(), &stream),
+			"a stream");
+	}
+	return stream;
+}
+
+Panner GraphTools::GetFixedPanner(
+	SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput, Mixdown const& inMixdown)
+{
+	for (FixedPanner const& known : mFixedPanners)
+	{
+		if (known.mInput == inInput && known.mOutput == inOutput && known.mMixdown == inMixdown)
+		{
+			return known.mPanner;
+		}
+	}
+	mFixedPanners.push_back({inInput, inOutput, inMixdown, MakeFixedPanner(inInput, inOutput, inMixdown)});
+	return mFixedPanners.back().mPanner;
+}
+
+Panner GraphTools::MakeFixedPanner(SN::AudioChannelLayout const& inInput,
+	SN::AudioChannelLayout const& inOutput, Mixdown const& inMixdown) const
+{
+	if (inInput != inOutput)
+	{
+		MixdownScope const mixdown(inMixdown);
+		return zorvcore::classref::MakeObject<ConversionPanner>(inInput, inOutput);
+	}
+	Panner panner;
+	CheckEngineResult(mFactory->CreateNoneAudioPanProcessorRenderer(mContext, inInput, &panner), "a panner");
+	return panner;
+}
+
+std::shared_ptr<dsp::AudioBuffer> GraphTools::GetScratch(ScratchUse inUse, std::size_t inChannels)
+{
+	auto& buffer = mScratch[{inUse, mContext->GetNestingDepth(), inChannels}];
+	if (!buffer)
+	{
+		buffer = std::make_shared<dsp::AudioBuffer>(inChannels, std::max(mContext->GetMaxBlockSize(), 1u));
+	}
+	return buffer;
+}
+
+MuteSwitch GraphTools::GetHeard(MuteSwitch const& inMute) const
+{
+	return inMute && mContext->IsNotTopLevelPlayback()
+			   ? std::make_shared<MuteSwitch::element_type>(inMute->Get())
+			   : inMute;
+}
+
+Identity GraphTools::MakeIdentity()
+{
+	return zorvcore::classref::MakeObject<BareIdentity>();
+}
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,39 @@
+#include "Place.h"
+
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
+
+#include <cstddef>
+
+namespace SonaroHost::Sequence
+{
+
+namespace
+{
+
+// Of bytes; deeply nested sequences have very long ones.
+constexpr std::size_t kLongestPath = 300;
+
+} // namespace
+
+std::string Place::GetPath() const
+{
+	return (mPrefix ? *mPrefix : std::string()) + *mName;
+}
+
+void Refuse(Place const& inPlace, std::string const& inReason, std::string const& inRemedy)
+{
+	std::string const item = inPlace.mItemName ? ", item " + Quote(*inPlace.mItemName) : "";
+	throw HostError(HostError::Kind::eRequest,
+		{{}, inPlace.mOrigin ? *inPlace.mOrigin : std::string(),
+			std::string(inPlace.mKind) + " " + Quote(ShortenMiddle(inPlace.GetPath(), kLongestPath)) + item +
+				": " + inReason,
+			inRemedy});
+}
+
+std::string Quote(std::string const& inName)
+{
+	return QuotePath(inName);
+}
+
+} // namespace SonaroHost::Sequence

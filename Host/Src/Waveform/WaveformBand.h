@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Sonaro/IAudioMeterSetter.h"
+#include "Sonaro/Types.h"
+#include "SonaroHost/Waveform/PeakColumn.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// The columns of a waveform, filled by what passes a place in a graph, all channels in one.
+// Threads: that of the render.
+class WaveformBand final : public SN::IAudioMeterSetter
+{
+public:
+	static constexpr SN::Identifier<WaveformBand> kIdentifier{0x7ec93b51d0a8462full, 0xb06fe4d7391a5c82ull};
+
+	// Where the columns lie in the graph's time.
+	struct Grid
+	{
+		std::int64_t mFirstFrame = 0;
+		std::int64_t mFrames = 0;
+		std::int64_t mFramesPerColumn = 1;
+		SN::FrameRate mFrameRate;
+	};
+
+	// Before the render.
+	void SetGrid(Grid const& inGrid);
+	// Frames outside of the grid are passed over.
+	void Add(dsp::AudioBuffer const& inBuffer, std::int64_t inFirstFrame);
+	// As in a Waveform. What was not heard is silence.
+	std::vector<float> GetValues() const;
+
+	void Init(SN::FrameRate const&, unsigned) override {}
+	void SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime const& inTime) override;
+	void Shutdown() override {}
+	void Reset() override {}
+
+protected:
+	void* QueryMap(SN::Guid const& inIdentifier) override;
+
+private:
+	Grid mGrid;
+	std::vector<PeakColumn> mColumns;
+};
+
+} // namespace SonaroHost
