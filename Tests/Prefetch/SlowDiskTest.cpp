@@ -4,14 +4,13 @@
 #include "Support/Fakes.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvcore/ResultCodes.h"
+#include "zorvcore/debug/DebugDatabase.h"
 #include "zorvcore/threads/Gate.h"
 #include "zorvcore/utility/HighPrecisionTime.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
-#include <thread>
 #include <vector>
 
 namespace SN
@@ -22,10 +21,10 @@ namespace
 using namespace Testing;
 using AudioPrefetch::IAudioPrefetchNotify;
 using zorvcore::classref::MakeObject;
+using zorvcore::debug::DebugDatabase;
 using zorvcore::threads::Gate;
+namespace Clock = zorvcore::utility::HighPrecisionTime;
 
-// Long enough that a busy machine does not turn half an interval into a whole one.
-constexpr std::chrono::milliseconds kInterval(1000);
 constexpr unsigned kChunk = 256;
 
 // Keeps the result of a batch and lets a test wait for it.
@@ -48,65 +47,22 @@ private:
 	std::atomic<int> mResult{0};
 };
 
-// A generator that takes its time, as from a slow disk.
-InterfaceRef<AudioGeneratorSource> MakeSlowSource(std::chrono::milliseconds const& inPerChunk)
-{
-	auto const generator = MakeObject<FakeGenerator>(2,
-		[inPerChunk](unsigned long long inChannel, long long inFrame)
-		{
-			if (inChannel == 0 && inFrame % kChunk == 0)
-			{
-				std::this_thread::sleep_for(inPerChunk);
-			}
-			return PositionSample(inChannel, inFrame);
-		});
-	return AudioGeneratorSource::Create(generator, kChunk, TickTime(16 * kChunk, k48000Hz));
-}
-
-// Asks for one chunk, wanted now, and waits for the answer.
-int PrefetchChunk(AudioGeneratorSource& ioSource, long long inChunk)
-{
-	auto const waiter = MakeObject<Waiter>();
-	AudioPrefetch::PrefetchAudio(AudioPrefetch::PlaybackPriority,
-		{{AudioPrefetch::PrefetchRequest::kKindRead, InterfaceRef<Unknown>::FromThis(&ioSource),
-			TickTime(inChunk * kChunk, k48000Hz), kChunk}},
-		zorvcore::utility::HighPrecisionTime::GetCurrentTimeStamp(), waiter);
-	return waiter->Wait();
-}
-
-bool IsHeard(AudioGeneratorSource& ioSource, long long inChunk)
-{
-	dsp::AudioBuffer buffer(2, kChunk);
-	ioSource.ReadPrefetchedAudio(TickTime(inChunk * kChunk, k48000Hz), buffer);
-	return !buffer.IsChannelSilent(0) && buffer.GetChannel(0)[7] == PositionSample(0, inChunk * kChunk + 7);
-}
-
-// A batch is measured behind its notice.
-bool BecomesBehind()
-{
-	auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-	while (std::chrono::steady_clock::now() < deadline)
-	{
-		if (AudioPrefetch::WasPrefetchBehind())
-		{
-			return true;
-		}
-		std::this_thread::sleep_for(std::chrono::milliseconds(1));
-	}
-	return false;
-}
-
+// The service of the process, asked for audio once an hour. A slow disk shows in the age of the batches
+// alone, so that stamps from the past stand for it: beside hours, what the machine itself takes is nothing.
 class SlowDisk : public ::testing::Test
 {
 protected:
+	static constexpr double kIntervalNanos = 3600e9;
+	static constexpr char const* kThreshold = "Sonaro.Prefetch.DiskOverloadThreshold";
+
 	SlowDisk()
 	{
-		AudioPrefetch::NotifyPrefetchIntervalChanged(
-			TickTime::FromSeconds(static_cast<double>(kInterval.count()) * 1e-3));
+		AudioPrefetch::NotifyPrefetchIntervalChanged(TickTime::FromSeconds(kIntervalNanos * 1e-9));
 		Forget();
 	}
 	~SlowDisk() override
 	{
+		DebugDatabase::Instance().RemoveEntry(kThreshold);
 		AudioPrefetch::NotifyPrefetchIntervalChanged(kTimeZero);
 		Forget();
 	}
@@ -116,57 +72,81 @@ protected:
 		AudioPrefetch::Reset();
 		AudioPrefetch::WasPrefetchBehind();
 	}
+
+	// Prefetches one chunk that was wanted so many intervals ago, and waits for the answer.
+	int PrefetchChunk(long long inChunk, double inIntervalsAgo) const
+	{
+		auto const age = static_cast<unsigned long long>(
+			inIntervalsAgo * kIntervalNanos / static_cast<double>(Clock::ConvertToNanos(1)));
+		return Prefetch({{AudioPrefetch::PrefetchRequest::kKindRead, mSource,
+							TickTime(inChunk * kChunk, k48000Hz), kChunk}},
+			Clock::GetCurrentTimeStamp() - age);
+	}
+
+	// A batch is measured after its notice, but before the next batch begins: here one that is neither given
+	// up nor measured.
+	static bool IsBehindOnceMeasured()
+	{
+		DebugDatabase::Instance().SetEntry(kThreshold, "2147483647");
+		EXPECT_EQ(Prefetch({}, 0), kSuccess);
+		DebugDatabase::Instance().RemoveEntry(kThreshold);
+		return AudioPrefetch::WasPrefetchBehind();
+	}
+
+	bool IsHeard(long long inChunk) const
+	{
+		dsp::AudioBuffer buffer(2, kChunk);
+		mSource->ReadPrefetchedAudio(TickTime(inChunk * kChunk, k48000Hz), buffer);
+		return !buffer.IsChannelSilent(0) &&
+			   buffer.GetChannel(0)[7] == PositionSample(0, inChunk * kChunk + 7);
+	}
+
+private:
+	static int Prefetch(
+		std::vector<AudioPrefetch::PrefetchRequest> const& inRequests, unsigned long long inTimeStamp)
+	{
+		auto const waiter = MakeObject<Waiter>();
+		AudioPrefetch::PrefetchAudio(AudioPrefetch::PlaybackPriority, inRequests, inTimeStamp, waiter);
+		return waiter->Wait();
+	}
+
+	InterfaceRef<AudioGeneratorSource> const mSource =
+		AudioGeneratorSource::Create(MakeObject<FakeGenerator>(2u), kChunk, TickTime(16 * kChunk, k48000Hz));
 };
 
-TEST_F(SlowDisk, KeepsUpAtHalfAnInterval)
+TEST_F(SlowDisk, ABatchIsGivenUpAfterOneThatEndedMuchTooLate)
 {
-	auto const source = MakeSlowSource(kInterval / 2);
-	for (long long chunk = 0; chunk < 2; ++chunk)
+	struct Case
 	{
-		EXPECT_EQ(PrefetchChunk(*source, chunk), kSuccess);
-		EXPECT_TRUE(IsHeard(*source, chunk));
-	}
-	EXPECT_FALSE(AudioPrefetch::WasPrefetchBehind());
-}
-
-TEST_F(SlowDisk, IsBehindAtTwoIntervalsGivesUpABatchAndRecovers)
-{
-	auto const slow = MakeSlowSource(2 * kInterval);
-	EXPECT_EQ(PrefetchChunk(*slow, 0), kSuccess) << "what was begun is read to its end";
-	EXPECT_TRUE(IsHeard(*slow, 0));
-	EXPECT_TRUE(BecomesBehind());
-	EXPECT_FALSE(AudioPrefetch::WasPrefetchBehind()) << "told once";
-
-	EXPECT_EQ(PrefetchChunk(*slow, 1), zorvcore::eWaitFailed);
-	EXPECT_FALSE(IsHeard(*slow, 1));
-	EXPECT_TRUE(AudioPrefetch::WasPrefetchBehind()) << "a batch that is given up counts";
-
-	// That batch was quick to give up, so the next one is read again.
-	auto const quick = MakeSlowSource(std::chrono::milliseconds(0));
-	EXPECT_EQ(PrefetchChunk(*quick, 0), kSuccess);
-	EXPECT_TRUE(IsHeard(*quick, 0));
-	EXPECT_FALSE(AudioPrefetch::WasPrefetchBehind());
-}
-
-TEST_F(SlowDisk, AtAnIntervalPerBatchTheBacklogIsGivenUp)
-{
-	auto const source = MakeSlowSource(kInterval);
-	std::vector<InterfaceRef<Waiter>> waiters;
-	for (long long chunk = 0; chunk < 4; ++chunk)
+		char const* mName;
+		double mIntervalsLate;
+		bool mIsRead;
+		bool mIsBehind;
+	};
+	Case const cases[] = {
+		{"half an interval late", 0.5, true, false},
+		{"half an interval late again", 0.5, true, false},
+		{"two intervals late: what was begun is read to its end", 2, true, true},
+		{"given up, which counts as behind", 0, false, true},
+		{"read again, since that one was quick to give up", 0, true, false},
+		// From here on a disk that takes an interval for each of four batches that were wanted at once.
+		{"first of a backlog", 1, true, false},
+		{"second of a backlog", 2, true, true},
+		{"third of a backlog", 2, false, true},
+		{"fourth of a backlog", 2, false, true},
+		{"given up after the backlog", 0, false, true},
+		{"in time", 0, true, false},
+	};
+	long long chunk = 0;
+	for (Case const& test : cases)
 	{
-		waiters.push_back(MakeObject<Waiter>());
-		AudioPrefetch::PrefetchAudio(AudioPrefetch::PlaybackPriority,
-			{{AudioPrefetch::PrefetchRequest::kKindRead, source, TickTime(chunk * kChunk, k48000Hz), kChunk}},
-			zorvcore::utility::HighPrecisionTime::GetCurrentTimeStamp(), waiters.back());
+		SCOPED_TRACE(test.mName);
+		EXPECT_EQ(PrefetchChunk(chunk, test.mIntervalsLate), test.mIsRead ? kSuccess : zorvcore::eWaitFailed);
+		EXPECT_EQ(IsHeard(chunk), test.mIsRead);
+		EXPECT_EQ(IsBehindOnceMeasured(), test.mIsBehind);
+		EXPECT_FALSE(AudioPrefetch::WasPrefetchBehind()) << "reported once";
+		++chunk;
 	}
-	// All were wanted at once: the second ends two intervals late, so that what comes behind it is not read.
-	EXPECT_EQ(waiters[0]->Wait(), kSuccess);
-	waiters[1]->Wait();
-	EXPECT_EQ(waiters[2]->Wait(), zorvcore::eWaitFailed);
-	EXPECT_EQ(waiters[3]->Wait(), zorvcore::eWaitFailed);
-	EXPECT_TRUE(AudioPrefetch::WasPrefetchBehind());
-	EXPECT_TRUE(IsHeard(*source, 0));
-	EXPECT_FALSE(IsHeard(*source, 3));
 }
 
 } // namespace
