@@ -1,5 +1,7 @@
 #include "Levels.h"
 
+#include "SonaroHost/Metering/LoudnessMeter.h"
+
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -14,6 +16,11 @@ std::string FormatDecibels(double inDecibels, int inDigits)
 	std::array<char, 32> text{};
 	std::snprintf(text.data(), text.size(), "%.*f", inDigits, shown);
 	return text.data();
+}
+
+std::string FormatPeak(float inPeak)
+{
+	return FormatDecibels(SonaroHost::ToDecibels(static_cast<double>(inPeak)), 2) + " dBFS";
 }
 
 Json GetNumberOrSilence(double inDecibels)

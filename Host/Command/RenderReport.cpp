@@ -103,11 +103,6 @@ Json ListClips(ProgrammePlan const& inPlan)
 
 } // namespace
 
-std::string FormatPeak(float inPeak)
-{
-	return FormatDecibels(ToDecibels(static_cast<double>(inPeak)), 2) + " dBFS";
-}
-
 std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {

@@ -8,9 +8,6 @@
 namespace SonaroCommand
 {
 
-// "-3.02 dBFS", "-inf dBFS" for silence.
-std::string FormatPeak(float inPeak);
-
 // What a render came to. The names of the files are those that the user gave.
 std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary);

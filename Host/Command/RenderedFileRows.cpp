@@ -2,7 +2,6 @@
 
 #include "Console.h"
 #include "Levels.h"
-#include "RenderReport.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "TimelineRows.h"

@@ -3,7 +3,7 @@
 namespace SonaroCommand
 {
 
-using SonaroHost::Sequence::FadeShape;
+using SonaroHost::FadeShape;
 
 void AddTimelineOptions(CLI::App& ioParser, std::vector<std::string>& outMediaFolders, std::string& outFades)
 {

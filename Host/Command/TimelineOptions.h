@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/Sequence/FadeShape.h"
+#include "SonaroHost/Base/FadeShape.h"
 
 #include <CLI/CLI.hpp>
 
@@ -14,6 +14,6 @@ namespace SonaroCommand
 void AddTimelineOptions(CLI::App& ioParser, std::vector<std::string>& outMediaFolders, std::string& outFades);
 
 // Of --fades.
-SonaroHost::Sequence::FadeShape ParseFades(std::string const& inName);
+SonaroHost::FadeShape ParseFades(std::string const& inName);
 
 } // namespace SonaroCommand

@@ -3,7 +3,7 @@
 #include "MovieFile.h"
 #include "MpegLengthTag.h"
 #include "SonaroHost/Files/StandardStreams.h"
-#include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/Media/NoSoundError.h"
 #include "StretchedFile.h"
 
 #include <string>

@@ -1,5 +1,7 @@
 #include "LoudnessGate.h"
 
+#include "SonaroHost/Metering/LoudnessReading.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -31,8 +33,8 @@ double ToLoudness(double inPower)
 	return inPower > 0.0 ? kOffset + 10.0 * std::log10(inPower) : LoudnessReading::kSilent;
 }
 
-LoudnessGate::LoudnessGate(LoudnessMeter::Memory inMemory)
-	: mIsGrowing(inMemory == LoudnessMeter::Memory::eGrowing),
+LoudnessGate::LoudnessGate(LoudnessMemory inMemory)
+	: mIsGrowing(inMemory == LoudnessMemory::eGrowing),
 	  mClasses(mIsGrowing ? 0 : kClasses)
 {
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/Metering/LoudnessMeter.h"
+#include "SonaroHost/Metering/LoudnessOptions.h"
 
 #include <array>
 #include <cstddef>
@@ -17,7 +17,7 @@ double ToLoudness(double inPower);
 class LoudnessGate
 {
 public:
-	explicit LoudnessGate(LoudnessMeter::Memory inMemory);
+	explicit LoudnessGate(LoudnessMemory inMemory);
 
 	// Of the next stretch. With eFixed this allocates nothing.
 	void Add(double inPower);

@@ -29,7 +29,7 @@ double GetWeight(zorvmediatypes::AudioChannelDescription inChannel)
 } // namespace
 
 WeightedProgramme::WeightedProgramme(SN::AudioChannelLayout const& inLayout, double inSampleRate,
-	LoudnessMeter::Memory inMemory, LoudnessMeter::Windows inWindows)
+	LoudnessMemory inMemory, LoudnessWindows inWindows)
 	: mWeighting(inSampleRate),
 	  mChannels(inLayout.size()),
 	  mGate(inMemory),
@@ -39,7 +39,7 @@ WeightedProgramme::WeightedProgramme(SN::AudioChannelLayout const& inLayout, dou
 	{
 		mChannels[channel].mWeight = GetWeight(inLayout[channel]) * mWeighting.mPowerGain;
 	}
-	if (inWindows == LoudnessMeter::Windows::eSliding)
+	if (inWindows == LoudnessWindows::eSliding)
 	{
 		mWindow.assign(std::size_t{mStretchFrames} * kStretchesOfWindow, 0.0f);
 	}

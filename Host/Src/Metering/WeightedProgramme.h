@@ -3,7 +3,7 @@
 #include "KWeighting.h"
 #include "LoudnessGate.h"
 #include "Sonaro/Types.h"
-#include "SonaroHost/Metering/LoudnessMeter.h"
+#include "SonaroHost/Metering/LoudnessOptions.h"
 #include "zorvaccelerate/Metering.h"
 
 #include <array>
@@ -21,8 +21,8 @@ namespace SonaroHost
 class WeightedProgramme
 {
 public:
-	WeightedProgramme(SN::AudioChannelLayout const& inLayout, double inSampleRate,
-		LoudnessMeter::Memory inMemory, LoudnessMeter::Windows inWindows);
+	WeightedProgramme(SN::AudioChannelLayout const& inLayout, double inSampleRate, LoudnessMemory inMemory,
+		LoudnessWindows inWindows);
 
 	// The longest run of the filters at once. Sums of so many squares are exact to 0.0003 dB in single precision.
 	static constexpr unsigned kStepFrames = 1024;

@@ -4,7 +4,7 @@
 #include "Otio/Json/Fields.h"
 #include "Otio/Json/Schema.h"
 
-#include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/Otio/Limits.h"
 
 #include <string>
 #include <string_view>

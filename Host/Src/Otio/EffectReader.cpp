@@ -1,12 +1,11 @@
 #include "EffectReader.h"
 
-#include "ItemReader.h"
 #include "Otio/Json/Fields.h"
 #include "Otio/Json/Schema.h"
 #include "Otio/Levels/ForeignLevelsReader.h"
 #include "Otio/Levels/LevelShapes.h"
 
-#include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/Otio/Limits.h"
 
 #include <cmath>
 #include <utility>

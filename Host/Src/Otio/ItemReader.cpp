@@ -99,17 +99,6 @@ std::shared_ptr<MixSettings const> ShareSettings(MixSettings inSettings)
 	return isEmpty ? nullptr : std::make_shared<MixSettings const>(std::move(inSettings));
 }
 
-std::string ReadMetadata(Cursor const& inObject)
-{
-	Cursor const metadata(inObject, "metadata");
-	if (!metadata.IsNothing() && !metadata.IsObject())
-	{
-		metadata.Tell(Note::Kind::eIgnored, "is no object; it is ignored");
-		return {};
-	}
-	return DumpJson(metadata.Get(), "sonaro");
-}
-
 void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem,
 	std::optional<TimeRange> const& inMediaRange)
 {

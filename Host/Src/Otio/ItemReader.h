@@ -24,9 +24,6 @@ void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem,
 void ReadClip(Cursor const& inObject, Clip& outClip);
 void ReadTransition(Cursor const& inObject, Transition& outTransition);
 
-// The object's "metadata" as text, without what is read of it.
-std::string ReadMetadata(Cursor const& inObject);
-
 // Null when there is nothing in them.
 std::shared_ptr<MixSettings const> ShareSettings(MixSettings inSettings);
 

@@ -1,6 +1,5 @@
 #include "MediaReader.h"
 
-#include "ItemReader.h"
 #include "Otio/Json/Fields.h"
 #include "Otio/Json/Schema.h"
 

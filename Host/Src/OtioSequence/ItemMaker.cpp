@@ -2,8 +2,6 @@
 
 #include "OtioSequence/Survey/Audibility.h"
 #include "OtioSequence/Survey/Levels.h"
-#include "StackMaker.h"
-#include "TrackMaker.h"
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
@@ -338,8 +336,7 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 		meter = AddNestRow(item, scope, layout);
 		scope.mDepth += inItem.mStack ? 1 : 0;
 	}
-	auto const description = inItem.mTrack ? MakeTrackSequence(mMaking, *inItem.mTrack, scope, layout)
-										   : StackMaker(mMaking, *inItem.mStack, scope, layout).Make();
+	auto const description = mMaking.mMakeNested(inItem, scope, layout);
 	if (!inWhySilent.empty() || description->mTracks.empty())
 	{
 		return std::nullopt;

@@ -3,9 +3,12 @@
 #include "OtioSequence/Survey/ClipMedia.h"
 #include "OtioSequence/Survey/Layouts.h"
 #include "OtioSequence/Survey/Measures.h"
+#include "Scope.h"
 
 #include "SonaroHost/OtioSequence/TimelineSequence.h"
 
+#include <functional>
+#include <memory>
 #include <string>
 
 namespace SonaroHost::Otio
@@ -26,6 +29,11 @@ struct SequenceMaking
 	Layouts& mLayouts;
 	// Notes, rows, markers.
 	TimelineSequence& mResult;
+	// Makes the sequence within a track or a stack. It is called through here, since the makers of items stand below
+	// those of sequences.
+	std::function<std::shared_ptr<Sequence::Description const>(
+		ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout)>
+		mMakeNested;
 };
 
 } // namespace SonaroHost::Otio

@@ -192,4 +192,14 @@ SN::TickTime StackMaker::GetStart() const
 	return mScope.mGrid.ToTicks(mScope.mGrid.ToFrame(Ratio()));
 }
 
+std::shared_ptr<Sequence::Description const> MakeNestedSequence(SequenceMaking& ioMaking,
+	ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
+{
+	if (inItem.mTrack)
+	{
+		return MakeTrackSequence(ioMaking, *inItem.mTrack, inScope, inLayout);
+	}
+	return StackMaker(ioMaking, *inItem.mStack, inScope, inLayout).Make();
+}
+
 } // namespace SonaroHost::Otio

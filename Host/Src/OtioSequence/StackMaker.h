@@ -50,4 +50,8 @@ private:
 	std::shared_ptr<Sequence::Description> mSequence = std::make_shared<Sequence::Description>();
 };
 
+// A sequence of what is in a stack or a track, without its own levels.
+std::shared_ptr<Sequence::Description const> MakeNestedSequence(SequenceMaking& ioMaking,
+	ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout);
+
 } // namespace SonaroHost::Otio

@@ -4,6 +4,7 @@
 #include "OtioSequence/Survey/MediaList.h"
 
 #include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/OtioSequence/TimelineMaker.h"
 
 #include <algorithm>
 #include <cctype>

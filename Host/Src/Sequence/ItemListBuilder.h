@@ -5,7 +5,7 @@
 #include "Sequence/Node/GraphTools.h"
 #include "Sequence/Node/Place.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
-#include "SonaroHost/Sequence/SequenceGraph.h"
+#include "SonaroHost/Sequence/GraphReport.h"
 
 #include <cstddef>
 #include <cstdint>

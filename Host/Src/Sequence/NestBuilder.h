@@ -5,7 +5,7 @@
 #include "Sequence/Node/Place.h"
 #include "SequenceBuilder.h"
 #include "SonaroHost/Sequence/Description.h"
-#include "SonaroHost/Sequence/SequenceGraph.h"
+#include "SonaroHost/Sequence/GraphReport.h"
 
 #include <cstddef>
 #include <functional>

@@ -10,7 +10,7 @@
 #include "Sonaro/DelayDependency.h"
 #include "Sonaro/Prefetcher.h"
 #include "SonaroHost/Sequence/Description.h"
-#include "SonaroHost/Sequence/SequenceGraph.h"
+#include "SonaroHost/Sequence/GraphReport.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Otio/TimelineFile.h"
-#include "SonaroHost/OtioSequence/TimelineSequence.h"
+#include "SonaroHost/OtioSequence/TimelineMaker.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 

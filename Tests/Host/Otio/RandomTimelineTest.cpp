@@ -1,6 +1,6 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
-#include "SonaroHost/OtioSequence/TimelineSequence.h"
+#include "SonaroHost/OtioSequence/TimelineMaker.h"
 #include "SonaroHost/Render/TimelineRenderJob.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "zorvaudiodsp/AudioBuffer.h"

@@ -3,6 +3,7 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MediaFinder.h"
 #include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/OtioSequence/TimelineMaker.h"
 #include "SonaroHost/Sequence/FileMedia.h"
 
 #include <gmock/gmock.h>

@@ -1,32 +1,13 @@
 #pragma once
 
 #include "Sonaro/Types.h"
+#include "SonaroHost/Base/CurveShape.h"
 
 #include <cstddef>
 #include <vector>
 
 namespace SonaroHost
 {
-
-// How a curve goes from a point to the next one.
-enum class Interpolation
-{
-	// The point's value up to the next point.
-	eHold,
-	// In a straight line.
-	eLinear,
-	// Rounded, and never beyond the values of the two points.
-	eSmooth,
-};
-
-// What the values of a curve's points are.
-enum class AutomationScale
-{
-	// What the curve gives out.
-	eLinear,
-	// Decibels. The curve runs in decibels and gives out the linear gain.
-	eDecibels,
-};
 
 // How long a jump takes for who follows a curve with ramps: 5 milliseconds.
 inline constexpr SN::TickTime kCurveRamp = SN::TickTime::FromTicks(1270080000);

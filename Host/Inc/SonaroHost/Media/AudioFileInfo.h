@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/NoSoundError.h"
 #include "zorvmediatypes/AudioChannelDescription.h"
 
 #include <cstdint>
@@ -32,16 +32,6 @@ struct AudioFileInfo
 	std::vector<unsigned> mChannelOrder;
 
 	unsigned GetNumChannels() const { return static_cast<unsigned>(mChannelOrder.size()); }
-};
-
-// For what is no sound file at all: a folder, a text. Whoever reads more than sound files says what it takes then.
-class NoSoundError final : public HostError
-{
-public:
-	explicit NoSoundError(Parts inParts)
-		: HostError(Kind::eInput, std::move(inParts))
-	{
-	}
 };
 
 // Opens the file, or the standard input for "-", checks that it holds what its header promises, and tells what it is. Throws a

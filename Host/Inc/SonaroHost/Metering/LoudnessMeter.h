@@ -1,8 +1,9 @@
 #pragma once
 
 #include "Sonaro/Types.h"
+#include "SonaroHost/Metering/LoudnessOptions.h"
+#include "SonaroHost/Metering/LoudnessReading.h"
 
-#include <limits>
 #include <memory>
 
 namespace dsp
@@ -14,23 +15,6 @@ namespace SonaroHost
 {
 
 class LoudnessBank;
-
-// What a meter shows of a programme. Loudness is in LUFS and minus infinity for silence, for less audio than
-// its window, and where everything is below the gate of -70 LUFS.
-struct LoudnessReading
-{
-	static constexpr double kSilent = -std::numeric_limits<double>::infinity();
-
-	// Linear, 1 being full scale: the largest magnitude of the samples, and of the signal through them.
-	double mPeak = 0.0;
-	double mTruePeak = 0.0;
-	// Of all samples of all channels; linear.
-	double mRMS = 0.0;
-	// Of the last 400 ms, of the last 3 s, and of everything since the start.
-	double mMomentary = kSilent;
-	double mShortTerm = kSilent;
-	double mIntegrated = kSilent;
-};
 
 // Decibels of a linear amplitude; minus infinity for 0.
 double ToDecibels(double inAmplitude);
@@ -46,22 +30,8 @@ double ToDecibels(double inAmplitude);
 class LoudnessMeter
 {
 public:
-	enum class Memory
-	{
-		// The integrated loudness is exact. A block of 100 ms of audio costs 8 bytes, allocated on the way.
-		eGrowing,
-		// Blocks near the relative gate pass it or not in classes of 0.01 LU, and nothing allocates after the
-		// constructor.
-		eFixed,
-	};
-
-	enum class Windows
-	{
-		// Momentary and short-term loudness stay at minus infinity.
-		eNone,
-		// They are measured, in 12 bytes for each frame of a second.
-		eSliding,
-	};
+	using Memory = LoudnessMemory;
+	using Windows = LoudnessWindows;
 
 	// From 16 Hz to 2.8224 MHz, and 1 to 64 channels.
 	static bool CanMeasure(SN::AudioChannelLayout const& inLayout, double inSampleRate);

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "SonaroHost/Automation/AutomationCurve.h"
+#include "SonaroHost/Base/CurveShape.h"
+#include "SonaroHost/Base/FadeShape.h"
 #include "SonaroHost/Otio/RationalTime.h"
-#include "SonaroHost/Sequence/FadeShape.h"
 
 #include <cstddef>
 #include <optional>
@@ -43,8 +43,6 @@ struct Curve
 	AutomationScale mScale = AutomationScale::eLinear;
 	TimeUnit mTimeUnit = TimeUnit::eTime;
 };
-
-using Sequence::FadeShape;
 
 struct Fade
 {

@@ -1,12 +1,10 @@
 #pragma once
 
 #include "Sonaro/IAudioMeterSetter.h"
-#include "SonaroHost/Media/MediaFinder.h"
 #include "SonaroHost/Otio/Model.h"
 #include "SonaroHost/Otio/Note.h"
 #include "SonaroHost/OtioSequence/TimelineReport.h"
 #include "SonaroHost/Sequence/Description.h"
-#include "SonaroHost/Sequence/FileMedia.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -73,12 +71,6 @@ struct TimelineSequence
 	// Without those of the reader.
 	std::vector<Note> mNotes;
 };
-
-// Docs/OTIO.md tells what is rendered how. ioMedia is to live on: it tells of failures in a render. Throws a
-// HostError for options that make no sense and for timelines that are too long.
-// Threads: one at a time for one ioMedia.
-TimelineSequence MakeTimelineSequence(Timeline const& inTimeline, MediaFinder const& inFinder,
-	FileMedia& ioMedia, TimelineOptions const& inOptions = {});
 
 // Frees the rows of tracks and clips: of many clips they take as much memory as a graph.
 void DropRows(TimelineSequence& ioSequence);

@@ -2,8 +2,8 @@
 
 #include "Sonaro/AudioChannelMix.h"
 #include "Sonaro/Types.h"
+#include "SonaroHost/Base/FadeShape.h"
 #include "SonaroHost/Sequence/Chain.h"
-#include "SonaroHost/Sequence/FadeShape.h"
 #include "SonaroHost/Sequence/Media.h"
 #include "zorvcore/threads/AtomicIntegral.h"
 

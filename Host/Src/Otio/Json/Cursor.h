@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Findings.h"
-#include "JsonTree.h"
+#include "JsonValue.h"
 
 #include "SonaroHost/Otio/Note.h"
 

@@ -2,7 +2,7 @@
 
 #include "Schema.h"
 
-#include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/Otio/Limits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -184,6 +184,17 @@ TimeRange ReadRange(Cursor const& inValue)
 	}
 	range.mStartTime = ReadTime(start);
 	return range;
+}
+
+std::string ReadMetadata(Cursor const& inObject)
+{
+	Cursor const metadata(inObject, "metadata");
+	if (!metadata.IsNothing() && !metadata.IsObject())
+	{
+		metadata.Tell(Note::Kind::eIgnored, "is no object; it is ignored");
+		return {};
+	}
+	return DumpJson(metadata.Get(), "sonaro");
 }
 
 } // namespace SonaroHost::Otio

@@ -48,6 +48,9 @@ TimeRange ReadRange(Cursor const& inValue);
 // A ReadTime that is not negative.
 RationalTime ReadDuration(Cursor const& inValue);
 
+// The object's "metadata" as text, without what is read of it.
+std::string ReadMetadata(Cursor const& inObject);
+
 // What a reader gives; nothing, and a note, where it refuses, and for nothing.
 template <class Reader>
 auto ReadIfUsable(Cursor const& inValue, Reader const& inRead) -> std::optional<decltype(inRead(inValue))>

@@ -34,7 +34,7 @@ bool JsonTreeBuilder::end_object()
 {
 	auto const first = mStack.begin() + static_cast<std::ptrdiff_t>(mFrames.back().mFirst);
 	auto const count = static_cast<std::size_t>(mStack.end() - first);
-	auto* const members = std::pmr::polymorphic_allocator<JsonMember>(&mTree.mMemory).allocate(count);
+	auto* const members = std::pmr::polymorphic_allocator<JsonMember>(&mMemory).allocate(count);
 	std::uninitialized_copy(first, mStack.end(), members);
 	Close(JsonValue(std::span<JsonMember const>(members, count)));
 	return true;
@@ -44,7 +44,7 @@ bool JsonTreeBuilder::end_array()
 {
 	auto const first = mStack.begin() + static_cast<std::ptrdiff_t>(mFrames.back().mFirst);
 	auto const count = static_cast<std::size_t>(mStack.end() - first);
-	auto* const elements = std::pmr::polymorphic_allocator<JsonValue>(&mTree.mMemory).allocate(count);
+	auto* const elements = std::pmr::polymorphic_allocator<JsonValue>(&mMemory).allocate(count);
 	std::transform(first, mStack.end(), elements, [](JsonMember const& inMember) { return inMember.mValue; });
 	Close(JsonValue(std::span<JsonValue const>(elements, count)));
 	return true;
@@ -94,7 +94,7 @@ bool JsonTreeBuilder::Add(JsonValue inValue)
 {
 	if (mFrames.empty())
 	{
-		mTree.mRoot = inValue;
+		mRoot = inValue;
 	}
 	else
 	{
@@ -119,7 +119,7 @@ std::string_view JsonTreeBuilder::Keep(std::string_view inText)
 	{
 		return "";
 	}
-	auto* const bytes = std::pmr::polymorphic_allocator<char>(&mTree.mMemory).allocate(inText.size());
+	auto* const bytes = std::pmr::polymorphic_allocator<char>(&mMemory).allocate(inText.size());
 	std::memcpy(bytes, inText.data(), inText.size());
 	return {bytes, inText.size()};
 }

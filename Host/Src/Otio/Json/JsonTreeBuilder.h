@@ -1,10 +1,11 @@
 #pragma once
 
 #include "JsonLiterals.h"
-#include "JsonTree.h"
+#include "JsonValue.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -15,13 +16,16 @@
 namespace SonaroHost::Otio
 {
 
-// Takes the parser's events and builds the tree in its memory. Every value waits on one stack until the
+// Takes the parser's events and builds the tree in the memory given. Every value waits on one stack until the
 // object or array around it ends.
 class JsonTreeBuilder final : public nlohmann::json_sax<nlohmann::json>
 {
 public:
-	JsonTreeBuilder(JsonTree& outTree, std::vector<JsonLiteral> const& inLiterals, std::size_t inMaxDepth)
-		: mTree(outTree),
+	// Both outlive this object, and what ioMemory holds outlives outRoot.
+	JsonTreeBuilder(std::pmr::memory_resource& ioMemory, JsonValue& outRoot,
+		std::vector<JsonLiteral> const& inLiterals, std::size_t inMaxDepth)
+		: mMemory(ioMemory),
+		  mRoot(outRoot),
 		  mLiterals(inLiterals),
 		  mMaxDepth(inMaxDepth)
 	{
@@ -69,7 +73,8 @@ private:
 	JsonLiteral const* TakeString();
 	std::string_view Keep(std::string_view inText);
 
-	JsonTree& mTree;
+	std::pmr::memory_resource& mMemory;
+	JsonValue& mRoot;
 	std::vector<JsonLiteral> const& mLiterals;
 	std::size_t mMaxDepth;
 	std::vector<JsonMember> mStack;

@@ -4,8 +4,8 @@
 #include "MixSettingsReader.h"
 #include "Otio/Json/Fields.h"
 
+#include "SonaroHost/Otio/Limits.h"
 #include "SonaroHost/Otio/Ratio.h"
-#include "SonaroHost/Otio/Reader.h"
 
 #include <algorithm>
 #include <cmath>

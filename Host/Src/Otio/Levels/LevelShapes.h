@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Otio/Json/JsonTree.h"
+#include "Otio/Json/JsonValue.h"
 
 #include <optional>
 #include <string>

@@ -2,7 +2,7 @@
 
 #include "MixSettingsReader.h"
 
-#include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/Otio/Limits.h"
 
 #include <algorithm>
 #include <cmath>

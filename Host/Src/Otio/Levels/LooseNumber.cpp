@@ -1,6 +1,6 @@
 #include "LooseNumber.h"
 
-#include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/Otio/Limits.h"
 
 #include <charconv>
 #include <cmath>

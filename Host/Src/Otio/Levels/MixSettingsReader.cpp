@@ -3,7 +3,7 @@
 #include "Otio/Json/Fields.h"
 
 #include "SonaroHost/Base/ChannelLayouts.h"
-#include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/Otio/Limits.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,7 +5,7 @@
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/IAudioTrackRenderableItem.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
-#include "SonaroHost/Sequence/FadeShape.h"
+#include "SonaroHost/Base/FadeShape.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstdint>

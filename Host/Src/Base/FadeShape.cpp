@@ -1,9 +1,9 @@
-#include "SonaroHost/Sequence/FadeShape.h"
+#include "SonaroHost/Base/FadeShape.h"
 
 #include <cmath>
 #include <numbers>
 
-namespace SonaroHost::Sequence
+namespace SonaroHost
 {
 
 double GetFadeGain(FadeShape inShape, double inProgress)
@@ -35,4 +35,4 @@ float GetFadeGain(FadeShape inShape, std::int64_t inFrame, std::int64_t inFrames
 		GetFadeGain(inShape, static_cast<double>(inFrame) / static_cast<double>(inFrames)));
 }
 
-} // namespace SonaroHost::Sequence
+} // namespace SonaroHost

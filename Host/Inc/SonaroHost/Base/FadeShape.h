@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace SonaroHost::Sequence
+namespace SonaroHost
 {
 
 // How a gain rises from 0 to 1 over the progress p of a fade; it falls by the same course at 1 - p.
@@ -22,4 +22,4 @@ double GetFadeGain(FadeShape inShape, double inProgress);
 // That many frames into a fade that has so many.
 float GetFadeGain(FadeShape inShape, std::int64_t inFrame, std::int64_t inFrames);
 
-} // namespace SonaroHost::Sequence
+} // namespace SonaroHost

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <limits>
+
+namespace SonaroHost
+{
+
+// What a meter shows of a programme. Loudness is in LUFS and minus infinity for silence, for less audio than
+// its window, and where everything is below the gate of -70 LUFS.
+struct LoudnessReading
+{
+	static constexpr double kSilent = -std::numeric_limits<double>::infinity();
+
+	// Linear, 1 being full scale: the largest magnitude of the samples, and of the signal through them.
+	double mPeak = 0.0;
+	double mTruePeak = 0.0;
+	// Of all samples of all channels; linear.
+	double mRMS = 0.0;
+	// Of the last 400 ms, of the last 3 s, and of everything since the start.
+	double mMomentary = kSilent;
+	double mShortTerm = kSilent;
+	double mIntegrated = kSilent;
+};
+
+} // namespace SonaroHost

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Sequence
+{
+
+// What became of a description. Frames are those of the graph's rate, in the time of the sequence that holds
+// them.
+struct ItemReport
+{
+	// Index of its track in the report.
+	std::size_t mTrack = 0;
+	std::string mName;
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mEndFrame = 0;
+	// Of its own effects, compensated.
+	std::int64_t mLatencyFrames = 0;
+};
+
+// Of a track, a submix or a master.
+struct TrackReport
+{
+	// The tracks and items that lead to it, from the outermost sequence on, as "Dialogue / Scene 4 / Boom".
+	std::string mPlace;
+	// How far ahead of the sequence's time it is asked.
+	std::int64_t mAheadFrames = 0;
+	// Of its effects, and by which its output waits for others.
+	std::int64_t mLatencyFrames = 0;
+	std::int64_t mWaitFrames = 0;
+};
+
+struct GraphReport
+{
+	std::vector<ItemReport> mItems;
+	std::vector<TrackReport> mTracks;
+	// Nested sequences that stay silent, since the same sequence stands in more items than the engine's limit of
+	// instances allows: what leads to each one, as for a track.
+	std::vector<std::string> mOmittedNests;
+};
+
+} // namespace SonaroHost::Sequence

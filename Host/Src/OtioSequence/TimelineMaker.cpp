@@ -1,0 +1,265 @@
+#include "SonaroHost/OtioSequence/TimelineMaker.h"
+
+#include "ItemFades.h"
+#include "OtioSequence/Survey/Audibility.h"
+#include "OtioSequence/Survey/Levels.h"
+#include "StackMaker.h"
+#include "TimelineSilence.h"
+
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+constexpr int kDefaultSampleRate = 48000;
+
+// How many clips that are heard have media of a rate; of equals the first one counts.
+class RateCount
+{
+public:
+	explicit RateCount(ClipMediaTable& ioMedia)
+		: mMedia(ioMedia)
+	{
+	}
+
+	void Add(Stack const& inStack)
+	{
+		auto const silences = FindSilences(inStack, std::nullopt);
+		for (std::size_t index = 0; index < silences.size(); ++index)
+		{
+			if (silences[index].empty())
+			{
+				Add(inStack.mChildren[index]);
+			}
+		}
+	}
+
+	int GetRate() const { return mBest == 0 ? kDefaultSampleRate : mBest; }
+
+private:
+	void Add(Composable const& inChild)
+	{
+		if (Stack const* const stack = inChild.As<Stack>())
+		{
+			Add(*stack);
+		}
+		else if (Track const* const track = inChild.As<Track>(); track && track->IsAudio())
+		{
+			for (Composable const& child : track->mChildren)
+			{
+				Item const* const item = child.AsItem();
+				if (item && FindSilence(*item).empty())
+				{
+					Add(child);
+				}
+			}
+		}
+		else if (Clip const* const clip = inChild.As<Clip>())
+		{
+			Count(mMedia.Get(*clip));
+		}
+	}
+
+	void Count(ClipMedia const& inMedia)
+	{
+		if (inMedia.mMedia)
+		{
+			int const rate = static_cast<int>(inMedia.mMedia->mSampleRate);
+			std::size_t const count = ++mCounts[rate];
+			// Only one that overtakes becomes the first.
+			mBest = mBest == 0 || count > mCounts[mBest] ? rate : mBest;
+		}
+	}
+
+	ClipMediaTable& mMedia;
+	std::map<int, std::size_t> mCounts;
+	int mBest = 0;
+};
+
+class Maker
+{
+public:
+	Maker(Timeline const& inTimeline, MediaFinder const& inFinder, FileMedia& ioMedia,
+		TimelineOptions const& inOptions)
+		: mTimeline(inTimeline),
+		  mStack(inTimeline.mTracks),
+		  mOptions(inOptions),
+		  mMedia(inFinder, ioMedia, mResult.mNotes),
+		  mMeasures(mMedia, mResult.mNotes),
+		  mLayouts(mMedia),
+		  mMaking{inOptions, &mStack, mMedia, mMeasures, mLayouts, mResult,
+			  [this](ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
+			  { return MakeNestedSequence(mMaking, inItem, inScope, inLayout); }}
+	{
+	}
+
+	TimelineSequence Make()
+	{
+		CheckOptions();
+		mResult.mPlace = mStack.mPlace;
+		mResult.mSampleRate = ChooseRate();
+		mWhySilent = FindSilence(mStack);
+		mLayout = ChooseLayout();
+		mResult.mLayout = mLayout;
+		mRange = mMeasures.GetRange(mStack);
+		mNeedsNesting = HasFades(mStack) || FindPan(mStack) || GetSpeed(mStack).mFactor != Ratio(1);
+		mResult.mDescription = mNeedsNesting ? MakeNested() : MakeDirectly();
+		mResult.mWhySilent = FindWhySilent(mStack, mResult);
+		TellGlobalStart();
+		std::stable_sort(mResult.mMarkers.begin(), mResult.mMarkers.end(),
+			[](MarkerRow const& inA, MarkerRow const& inB) { return inA.mStart < inB.mStart; });
+		return std::move(mResult);
+	}
+
+private:
+	void CheckOptions() const
+	{
+		if (mOptions.mSampleRate && (*mOptions.mSampleRate < 1 || *mOptions.mSampleRate > 768000))
+		{
+			throw HostError(HostError::Kind::eRequest,
+				"a sample rate of " + std::to_string(*mOptions.mSampleRate) + " is not within 1 to 768000");
+		}
+		if (mOptions.mOnlyChild && *mOptions.mOnlyChild >= mStack.mChildren.size())
+		{
+			throw HostError(HostError::Kind::eRequest, "track " + std::to_string(*mOptions.mOnlyChild + 1) +
+														   " of " + std::to_string(mStack.mChildren.size()) +
+														   " is to be heard alone; there is none");
+		}
+	}
+
+	int ChooseRate()
+	{
+		if (mOptions.mSampleRate)
+		{
+			return *mOptions.mSampleRate;
+		}
+		RateCount count(mMedia);
+		count.Add(mStack);
+		return count.GetRate();
+	}
+
+	SN::AudioChannelLayout ChooseLayout()
+	{
+		if (mOptions.mLayout)
+		{
+			return *mOptions.mLayout;
+		}
+		if (auto const& layout = mStack.GetSettings().mLayout)
+		{
+			return *ParseLayout(*layout);
+		}
+		return mWhySilent.empty() && mLayouts.GetWidth(mStack).size() == 1
+				   ? zorvmediatypes::CreateMonoChannelLayout()
+				   : zorvmediatypes::CreateStereoChannelLayout();
+	}
+
+	// The stack's own range is a stretch of the sequence, and its levels are those of the master.
+	std::shared_ptr<Sequence::Description> MakeDirectly()
+	{
+		int const rate = mResult.mSampleRate;
+		Scope scope{Grid::MakeThrough(mRange.mStart, rate, mResult.mFirstFrame),
+			TimeMap(mRange.mStart, Ratio(), Ratio(1)), {mRange.mStart, mRange.GetEnd()},
+			{mRange.mStart, mRange.GetEnd()}, {}, 0, mWhySilent};
+		mResult.mFrames = scope.mGrid.ToFrame(mRange.GetEnd()) - mResult.mFirstFrame;
+		AddStackMarkers();
+		auto description = StackMaker(mMaking, mStack, scope, mLayout).Make();
+		FinishMaster(*description, {mRange.mLength, scope.mGrid.ToTicks(mResult.mFirstFrame)});
+		return description;
+	}
+
+	// As an item on a track, where only items have what the stack wants.
+	std::shared_ptr<Sequence::Description> MakeNested()
+	{
+		Scope const scope = MakeProgrammeScope();
+		mResult.mFrames = scope.mGrid.ToFrame(mRange.mLength);
+		Placement const placement = MakePlacement(Ratio(), mRange.mLength, scope.mGrid);
+		auto description = std::make_shared<Sequence::Description>();
+		description->mLayout = mLayout;
+		Sequence::Track track;
+		track.mName = mStack.mName;
+		track.mOrigin = mStack.mPlace;
+		track.mLayout = mLayout;
+		auto item =
+			ItemMaker(mMaking, scope, track.mLayout).Make(mStack, placement, ItemMaker::LevelsOn::eItem);
+		if (item)
+		{
+			PlaceFades(mMaking, mStack, placement, scope.mGrid, {}, *item);
+			track.mItems.push_back(std::move(*item));
+			description->mTracks.push_back(std::move(track));
+		}
+		AddOptions(*description);
+		return description;
+	}
+
+	Scope MakeProgrammeScope() const
+	{
+		TimeSpan const whole{Ratio(), mRange.mLength};
+		return {Grid(mResult.mSampleRate, Ratio()), TimeMap(), whole, whole, {}, 0, mWhySilent};
+	}
+
+	void AddStackMarkers()
+	{
+		Scope const scope = MakeProgrammeScope();
+		ItemMaker(mMaking, scope, mLayout).AddMarkersOf(mStack);
+	}
+
+	void FinishMaster(Sequence::Description& ioDescription, CurveSite const& inSite)
+	{
+		ioDescription.mMaster.mStages = MakeFaders(mStack, inSite);
+		AddOptions(ioDescription);
+	}
+
+	void AddOptions(Sequence::Description& ioDescription) const
+	{
+		if (mOptions.mMasterGain)
+		{
+			ioDescription.mMaster.mStages.push_back(Sequence::Fader{mOptions.mMasterGain, {}});
+		}
+		if (mOptions.mMasterMeter)
+		{
+			ioDescription.mMaster.mStages.push_back(Sequence::Meter{mOptions.mMasterMeter});
+		}
+	}
+
+	void TellGlobalStart()
+	{
+		if (mTimeline.mGlobalStartTime)
+		{
+			mResult.mGlobalStart = ToSeconds(*mTimeline.mGlobalStartTime);
+			mResult.mGlobalStartRate = mTimeline.mGlobalStartTime->mRate;
+		}
+	}
+
+	Timeline const& mTimeline;
+	Stack const& mStack;
+	TimelineOptions const& mOptions;
+	TimelineSequence mResult;
+	ClipMediaTable mMedia;
+	Measures mMeasures;
+	Layouts mLayouts;
+	SequenceMaking mMaking;
+	std::string mWhySilent;
+	SN::AudioChannelLayout mLayout;
+	ExactRange mRange;
+	bool mNeedsNesting = false;
+};
+
+} // namespace
+
+TimelineSequence MakeTimelineSequence(Timeline const& inTimeline, MediaFinder const& inFinder,
+	FileMedia& ioMedia, TimelineOptions const& inOptions)
+{
+	return Maker(inTimeline, inFinder, ioMedia, inOptions).Make();
+}
+
+} // namespace SonaroHost::Otio
