@@ -11,7 +11,9 @@ presets=("$@")
 mkdir -p build
 for preset in "${presets[@]}"; do
 	echo "== $preset"
-	cmake --preset "$preset" > "build/$preset.configure.log" 2>&1 || {
+	# Sources are compiled in groups, which takes a third of the time; after edits, -DCMAKE_UNITY_BUILD=OFF builds less.
+	cmake --preset "$preset" -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=16 \
+		> "build/$preset.configure.log" 2>&1 || {
 		cat "build/$preset.configure.log"
 		exit 1
 	}
