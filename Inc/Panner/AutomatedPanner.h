@@ -22,14 +22,15 @@ struct AutomatedPannerSettings
 // tell a jump of the playhead, over which no gain may ramp.
 //
 // Clones share the controls and nothing else.
-class AutomatedPanner : public PanProcessorBase, public AudioRenderContextClient, public ParameterOwnerMixin
+class AutomatedPanner : public Implements<AutomatedPanner, PanProcessorBase, ParameterOwnerMixin>,
+						public AudioRenderContextClient
 {
 public:
 	void Preroll(TickTime const& inTime, bool) override { ParameterOwnerMixin::Preroll(inTime); }
 	void Reset() override { ParameterOwnerMixin::Reset(); }
 
 protected:
-	using PanProcessorBase::PanProcessorBase;
+	using Implements::Implements;
 
 	static constexpr std::size_t kAnyParameterCount = std::numeric_limits<std::size_t>::max();
 
@@ -45,8 +46,6 @@ protected:
 
 	// Whether a control has no keyframes and was last sampled at inValue.
 	bool StandsAt(unsigned long long inIndex, float inValue) const;
-
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	// Where the next block begins when it follows the last one.

@@ -19,7 +19,7 @@ struct PanProcessorShape
 
 // The base of all pan processors: a stage from one layout to another, without history or inputs of its
 // own, and with nothing to prepare.
-class PanProcessorBase : public IAudioPanProcessor, public IAudioRenderGraphNodeInfo
+class PanProcessorBase : public Implements<PanProcessorBase, IAudioPanProcessor, IAudioRenderGraphNodeInfo>
 {
 public:
 	bool HasHistory() override { return false; }
@@ -44,8 +44,6 @@ protected:
 	PanProcessorBase(char16_t const* inNodeName, AudioChannelLayout const& inInputLayout,
 		AudioChannelLayout const& inOutputLayout);
 	explicit PanProcessorBase(PanProcessorShape inShape);
-
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	PanProcessorShape mShape;

@@ -81,13 +81,6 @@ SonaroFactory::operator InterfaceRef<UnknownBase>()
 	return InterfaceRef<UnknownBase>::FromThis(this);
 }
 
-void* SonaroFactory::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<ISonaroFactory, SonaroFactory>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 int SonaroFactory::CreateAudioRenderContext(unsigned inMaxBlockSize, bool inPrefetchEnabled,
 	bool inContextOption, TickTime const& inRangeStart, TickTime const& inRangeEnd,
 	unsigned inControlInterval, TickTime const& inMeterInterval, Prefetcher* inPrefetcher,

@@ -53,10 +53,4 @@ bool AutomatedPanner::StandsAt(unsigned long long inIndex, float inValue) const
 	return GetParameter(inIndex)->IsEmpty() && GetValue(inIndex) == inValue;
 }
 
-void* AutomatedPanner::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = PanProcessorBase::QueryMap(inIdentifier);
-	return found ? found : ParameterOwnerMixin::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -24,11 +24,4 @@ PanProcessorBase::PanProcessorBase(PanProcessorShape inShape)
 {
 }
 
-void* PanProcessorBase::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioPanProcessor, IAudioRenderGraphNodeInfo>(
-		this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

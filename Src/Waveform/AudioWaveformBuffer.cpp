@@ -12,7 +12,7 @@ using zorvcore::threads::AtomicIntegral;
 
 AtomicIntegral<unsigned> sLastBufferId;
 
-class AudioWaveformBuffer final : public IAudioWaveformBuffer
+class AudioWaveformBuffer final : public Implements<AudioWaveformBuffer, IAudioWaveformBuffer>
 {
 public:
 	~AudioWaveformBuffer() override
@@ -43,13 +43,6 @@ public:
 	InterfaceRef<IAudioWaveformBuffer> GetSelfReference() override
 	{
 		return InterfaceRef<IAudioWaveformBuffer>::FromThis(this);
-	}
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioWaveformBuffer>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
 private:

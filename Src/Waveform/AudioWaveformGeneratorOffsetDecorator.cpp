@@ -10,7 +10,8 @@ namespace SN
 namespace
 {
 
-class AudioWaveformGeneratorOffsetDecorator final : public IAudioWaveformGenerator
+class AudioWaveformGeneratorOffsetDecorator final
+	: public Implements<AudioWaveformGeneratorOffsetDecorator, IAudioWaveformGenerator>
 {
 public:
 	AudioWaveformGeneratorOffsetDecorator(
@@ -49,13 +50,6 @@ public:
 	InterfaceRef<IAudioWaveformGenerator> GetSelfReference() override
 	{
 		return InterfaceRef<IAudioWaveformGenerator>::FromThis(this);
-	}
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioWaveformGenerator>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
 private:

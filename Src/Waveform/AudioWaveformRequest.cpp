@@ -57,12 +57,4 @@ bool AudioWaveformRequest::operator==(AudioWaveformRequest const& inOther) const
 		   mBuffer == inOther.mBuffer && mGate == inOther.mGate;
 }
 
-void* AudioWaveformRequest::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<AudioPrefetch::IAudioPrefetchNotify, AudioWaveformRequest>(
-			this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

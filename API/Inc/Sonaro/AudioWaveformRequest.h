@@ -12,7 +12,8 @@ namespace SN
 // range's audio, it goes on to the waveform thread by itself when the prefetch has ended.
 //
 // Threads  Constant once made, and so any.
-class SONARO_API AudioWaveformRequest final : public AudioPrefetch::IAudioPrefetchNotify
+class SONARO_API AudioWaveformRequest final
+	: public Implements<AudioWaveformRequest, AudioPrefetch::IAudioPrefetchNotify>
 {
 public:
 	static constexpr Identifier<AudioWaveformRequest> kIdentifier{
@@ -43,9 +44,6 @@ public:
 	// Whether both would write the same: the transform and the flag follow from the generator and are
 	// not compared.
 	bool operator==(AudioWaveformRequest const& inOther) const;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	InterfaceRef<IAudioWaveformGenerator> const mGenerator;

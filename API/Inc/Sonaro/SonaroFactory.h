@@ -7,7 +7,7 @@ namespace SN
 
 // The one public door to the graph: a process-wide object without state, made at the first call and
 // gone with its last reference. Getting it works from any thread.
-class SONARO_API SonaroFactory final : public ISonaroFactory
+class SONARO_API SonaroFactory final : public Implements<SonaroFactory, ISonaroFactory>
 {
 public:
 	static constexpr Identifier<SonaroFactory> kIdentifier{0xd7ffcb5c40ea305cull, 0x518f4cd3adbbc8aeull};
@@ -150,9 +150,6 @@ public:
 		InterfaceRef<IAudioGenerator>* outGenerator) const override;
 
 	operator InterfaceRef<UnknownBase>() override;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	static InterfaceRef<SonaroFactory> CreateClassRefInternal(bool inCreate);

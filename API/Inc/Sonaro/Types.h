@@ -4,6 +4,7 @@
 #include "zorvcore/Export.h"
 #include "zorvcore/ResultCodes.h"
 #include "zorvcore/allocator/MemoryRecycler.h"
+#include "zorvcore/classref/Implements.h"
 #include "zorvcore/classref/InterfaceRef.h"
 #include "zorvcore/classref/Unknown.h"
 #include "zorvcore/utility/ImmutableString.h"
@@ -23,6 +24,7 @@ namespace SN
 {
 
 using zorvcore::classref::Identifier;
+using zorvcore::classref::Implements;
 using zorvcore::classref::InterfaceRef;
 using zorvcore::classref::Unknown;
 using zorvcore::classref::UnknownBase;

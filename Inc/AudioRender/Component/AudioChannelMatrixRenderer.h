@@ -10,9 +10,9 @@ namespace SN
 // Reroutes the channels of a buffer in place, at full level: each output is the sum of the inputs that the
 // routing sends to it, and what nothing reaches is silent. A routing of every channel to itself leaves
 // the channels where they are and clears those above the highest one that it names.
-class AudioChannelMatrixRenderer final : public IAudioProcessor,
-										 public IAudioRenderGraphNodeInfo,
-										 public AudioRenderContextClient
+class AudioChannelMatrixRenderer final
+	: public Implements<AudioChannelMatrixRenderer, IAudioProcessor, IAudioRenderGraphNodeInfo>,
+	  public AudioRenderContextClient
 {
 public:
 	// eInvalidArgument also for a routing beyond the 64 channels of a buffer.
@@ -32,9 +32,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioChannelMatrixRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,

@@ -12,10 +12,9 @@ namespace SN
 // Scales audio by a linear gain, control 0, and silences it while a switch, control 1, is on. A new gain is
 // reached over 5 ms; after a jump of the playhead it stands at once. Without delay compensation, as when
 // scrubbing, it takes effect in steps.
-class AudioFaderRenderer final : public IAudioProcessor,
-								 public IAudioRenderGraphNodeInfo,
-								 public AudioRenderContextClient,
-								 public ParameterOwnerMixin
+class AudioFaderRenderer final
+	: public Implements<AudioFaderRenderer, IAudioProcessor, IAudioRenderGraphNodeInfo, ParameterOwnerMixin>,
+	  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioFaderRenderer> kIdentifier{0x4e72d9a15f0c43b6ull, 0x8d1b7c60e3a94f25ull};
@@ -39,9 +38,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioFaderRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	dsp::GainRamp mGainRamp{48000.0f, 1.0f, 0.005f};

@@ -10,9 +10,9 @@ namespace SN
 
 // Hands audio to a host's meter and leaves it alone. Only a playback at the top level has a meter: in any
 // other context nothing is called.
-class AudioMeterRenderer final : public IAudioProcessor,
-								 public IAudioRenderGraphNodeInfo,
-								 public AudioRenderContextClient
+class AudioMeterRenderer final
+	: public Implements<AudioMeterRenderer, IAudioProcessor, IAudioRenderGraphNodeInfo>,
+	  public AudioRenderContextClient
 {
 public:
 	static int Create(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
@@ -31,9 +31,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioMeterRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	InterfaceRef<IAudioMeterSetter> mMeter;

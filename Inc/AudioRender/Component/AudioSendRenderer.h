@@ -18,11 +18,9 @@ namespace SN
 //
 // The destination finds its senders in the render context, under the target. Source and destination are
 // pulled in this order on one thread.
-class AudioSendRenderer final : public IAudioProcessor,
-								public ICachedAudioGenerator,
-								public IAudioRenderGraphNodeInfo,
-								public AudioRenderContextClient,
-								public ParameterOwnerMixin
+class AudioSendRenderer final : public Implements<AudioSendRenderer, IAudioProcessor, ICachedAudioGenerator,
+									IAudioRenderGraphNodeInfo, ParameterOwnerMixin>,
+								public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioSendRenderer> kIdentifier{0xa6d38e5b92f04c17ull, 0xb50e1f7843ca6d92ull};
@@ -48,9 +46,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioSendRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	void MakeBuffers(unsigned inMaxBlockSize);

@@ -39,7 +39,7 @@ struct AudioRenderContextSettings
 // class: the scratch pool, and the maps by which a graph reuses nodes. Keys are compared by the identity
 // of their object. Each Find gives an empty reference when the key is absent; each Add keeps an entry
 // that is there already, except AddTrackRenderer, which overwrites.
-class AudioRenderContext final : public IAudioRenderContext
+class AudioRenderContext final : public Implements<AudioRenderContext, IAudioRenderContext>
 {
 public:
 	static constexpr Identifier<AudioRenderContext> kIdentifier{0x567de40dcdb58b3cull, 0x56f929f93f18a083ull};
@@ -113,9 +113,6 @@ public:
 	InterfaceRef<IAudioGenerator> FindTrackGroup(
 		InterfaceRef<UnknownBase> const& inKey, unsigned long long& outCount) const;
 	void AddTrackGroup(InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inGroup);
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	struct ContentKey

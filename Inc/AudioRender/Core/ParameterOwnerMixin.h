@@ -37,7 +37,8 @@ struct ParameterOwnerSettings
 // Errors   An empty reference among the parameters raises the null-pointer exception in every operation
 //          that walks them. Exceptions of a parameter pass through.
 // Threads  One at a time. Nothing allocates after Init, but for what a parameter does.
-class ParameterOwnerMixin : public ILiveAudioParameterOwner, public IParameterOwnerMixin
+class ParameterOwnerMixin
+	: public Implements<ParameterOwnerMixin, ILiveAudioParameterOwner, IParameterOwnerMixin>
 {
 public:
 	using Parameters = std::vector<InterfaceRef<IRenderableAudioComponentParam>>;
@@ -83,8 +84,6 @@ protected:
 	}
 	// There is a boolean parameter, it is true and it will always be.
 	bool IsBypassConstant();
-
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	void DetachParameters(Parameters const& inParams, ParameterOwnerSettings const& inSettings,

@@ -10,10 +10,8 @@ namespace SN
 
 // A generator of silence in a given layout. It has no state, so a clone is the node itself, and it
 // counts as 48000 Hz whatever the graph around it runs at.
-class SilentRenderer final : public SilentGenerator,
-							 public IAudioGeneratorPrivate,
-							 public ICachedAudioGenerator,
-							 public IAudioRenderGraphNodeInfo
+class SilentRenderer final : public Implements<SilentRenderer, SilentGenerator, IAudioGeneratorPrivate,
+								 ICachedAudioGenerator, IAudioRenderGraphNodeInfo>
 {
 public:
 	static int Create(AudioChannelLayout const& inLayout, InterfaceRef<IAudioGenerator>* outGenerator);
@@ -33,9 +31,6 @@ public:
 	std::u16string GetNodeName() override { return u"SilentRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	AudioChannelType mChannelType;

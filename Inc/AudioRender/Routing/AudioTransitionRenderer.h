@@ -37,12 +37,10 @@ struct AudioTransitionSettings
 // Silence   A flagged side is not multiplied; where both are flagged, the transition is not asked.
 // Width     The larger of both clips'.
 // Threads   One at a time; AccumulatePrefetchRequests may come from another.
-class AudioTransitionRenderer final : public IAudioGenerator,
-									  public ILiveAudioParameterOwner,
-									  public IAudioGeneratorPrivate,
-									  public IAudioRenderGraphNodeInfo,
-									  public AudioRenderContextClient,
-									  public AudioTrackRenderableItemMixin
+class AudioTransitionRenderer final
+	: public Implements<AudioTransitionRenderer, IAudioGenerator, ILiveAudioParameterOwner,
+		  IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo, AudioTrackRenderableItemMixin>,
+	  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioTransitionRenderer> kIdentifier{
@@ -75,9 +73,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioTransitionRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mOutgoing, mIncoming}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	// The progress of a block's first sample, and by how much each sample adds to it.

@@ -18,9 +18,8 @@ namespace SN
 // Latency  the largest of the generators'.
 // Silence  output channels from the number of generators on are flagged silent before the generators
 //          run; lower ones that no channel map names stay as the caller left them.
-class AudioClipRenderer final : public IAudioGenerator,
-								public IAudioGeneratorPrivate,
-								public IAudioRenderGraphNodeInfo,
+class AudioClipRenderer final : public Implements<AudioClipRenderer, IAudioGenerator, IAudioGeneratorPrivate,
+									IAudioRenderGraphNodeInfo>,
 								public AudioRenderContextClient
 {
 public:
@@ -51,9 +50,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioClipRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	struct Input

@@ -12,11 +12,9 @@ namespace SN
 // Passes every operation on to the generator that it wraps, so that a subclass changes only what it must.
 // A clone is a plain decorator around a clone of the generator: what a subclass changes is not carried
 // over. Without a generator the first operation that is passed on raises the null-pointer exception.
-class AudioGeneratorDecorator : public IAudioGenerator,
-								public IAudioGeneratorPrivate,
-								public IAudioRecordCompletion,
-								public IAudioRenderGraphNodeInfo,
-								public ILiveAudioParameterOwner
+class AudioGeneratorDecorator
+	: public Implements<AudioGeneratorDecorator, IAudioGenerator, IAudioGeneratorPrivate,
+		  IAudioRecordCompletion, IAudioRenderGraphNodeInfo, ILiveAudioParameterOwner>
 {
 public:
 	void Init(InterfaceRef<IAudioGenerator> const& inGenerator);
@@ -61,8 +59,6 @@ public:
 protected:
 	InterfaceRef<IAudioGenerator> const& GetGenerator() const { return mGenerator; }
 	InterfaceRef<IAudioGeneratorPrivate> const& GetGeneratorPrivate() const { return mGeneratorPrivate; }
-
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	InterfaceRef<IAudioGenerator> mGenerator;

@@ -22,7 +22,7 @@ namespace SN
 //          ReadPrefetchedAudio: one at a time, the render thread; it does not wait, allocate or free, and
 //          what is not there is silence. Discard: any. The source may be released on the render thread:
 //          its destruction happens elsewhere.
-class AudioGeneratorSource final : public IAsyncAudioSource
+class AudioGeneratorSource final : public Implements<AudioGeneratorSource, IAsyncAudioSource>
 {
 public:
 	static constexpr Identifier<AudioGeneratorSource> kIdentifier{
@@ -50,9 +50,6 @@ public:
 		std::lock_guard const lock(mRenderMutex);
 		return std::forward<Action>(inAction)();
 	}
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	using Store = VX::MediaVector<VX::AudioMapEntry>;

@@ -18,12 +18,10 @@ namespace SN
 // The leaf of the graph: a host's source as a generator, at the source's own sample rate, with all its
 // channels or one of them. Time before the source's start is silence. With prefetch on it reads what
 // was read ahead, otherwise it reads blocking. It keeps nothing from block to block.
-class AudioStreamRenderer final : public IAudioGenerator,
-								  public IAudioGeneratorPrivate,
-								  public IOffsetablePreview,
-								  public IAudioRenderGraphNodeInfo,
-								  public AudioRenderContextClient,
-								  public AudioTrackRenderableItemMixin
+class AudioStreamRenderer final
+	: public Implements<AudioStreamRenderer, IAudioGenerator, IAudioGeneratorPrivate, IOffsetablePreview,
+		  IAudioRenderGraphNodeInfo, AudioTrackRenderableItemMixin>,
+	  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioStreamRenderer> kIdentifier{
@@ -59,9 +57,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioStreamRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mSource}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	// One channel of a source that is there: read through scratch memory.

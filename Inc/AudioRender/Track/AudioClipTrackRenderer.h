@@ -44,14 +44,11 @@ struct AudioClipTrackSettings
 // Mute     Live in a playback at the top level, as it stands elsewhere. It fades over 10 ms, after a
 //          jump it stands at once, and while it is complete items are not asked at all.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another, but not beside Preroll or Reset.
-class AudioClipTrackRenderer final : public IAudioGenerator,
-									 public ICachedAudioGenerator,
-									 public ILiveAudioParameterOwner,
-									 public IAudioRecordCompletion,
-									 public IAudioGeneratorPrivate,
-									 public IAudioRenderGraphNodeInfo,
-									 public AudioRenderContextClient,
-									 public CompensatingDelayOwnerMixin
+class AudioClipTrackRenderer final
+	: public Implements<AudioClipTrackRenderer, IAudioGenerator, ICachedAudioGenerator,
+		  ILiveAudioParameterOwner, IAudioRecordCompletion, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo,
+		  CompensatingDelayOwnerMixin>,
+	  public AudioRenderContextClient
 {
 public:
 	static int Create(AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
@@ -82,9 +79,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioClipTrackRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	// One request on its way through the track.

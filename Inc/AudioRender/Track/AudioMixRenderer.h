@@ -36,12 +36,10 @@ struct AudioMixSettings
 //           histories as far as the processor goes.
 // Blocks    A request beyond the context's largest block asks for the same time again and again.
 // Threads   One at a time; AccumulatePrefetchRequests may come from another.
-class AudioMixRenderer final : public IAudioGenerator,
-							   public IAudioRenderGraphNodeInfo,
-							   public AudioRenderContextClient,
-							   public AudioTrackRenderableItemMixin,
-							   public IAudioGeneratorPrivate,
-							   public ILiveAudioParameterOwner
+class AudioMixRenderer final
+	: public Implements<AudioMixRenderer, IAudioGenerator, IAudioRenderGraphNodeInfo,
+		  AudioTrackRenderableItemMixin, IAudioGeneratorPrivate, ILiveAudioParameterOwner>,
+	  public AudioRenderContextClient
 {
 public:
 	// Throws AudioMixRendererCreateFailure when a generator or the processor is missing.
@@ -74,9 +72,6 @@ public:
 		return {mFirst.mGenerator, mSecond.mGenerator};
 	}
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {mProcessor}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	struct Input

@@ -41,13 +41,11 @@ struct AudioMixTrackSettings
 // Mute     As that of a clip track. While it is complete the source is not asked, yet the processors run on
 //          silence, so that meters and parameters keep in step.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another.
-class AudioMixTrackRenderer final : public IAudioGenerator,
-									public ICachedAudioGenerator,
-									public ILiveAudioParameterOwner,
-									public IAudioGeneratorPrivate,
-									public IAudioRenderGraphNodeInfo,
-									public AudioRenderContextClient,
-									public CompensatingDelayOwnerMixin
+class AudioMixTrackRenderer final
+	: public Implements<AudioMixTrackRenderer, IAudioGenerator, ICachedAudioGenerator,
+		  ILiveAudioParameterOwner, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo,
+		  CompensatingDelayOwnerMixin>,
+	  public AudioRenderContextClient
 {
 public:
 	static int Create(AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
@@ -76,9 +74,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioMixTrackRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mSource}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	int SetUp(AudioMixTrackSettings const& inSettings);

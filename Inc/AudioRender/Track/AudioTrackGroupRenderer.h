@@ -39,12 +39,10 @@ struct AudioTrackGroupSettings
 //          and drops it, so that processors and delay lines have heard it.
 // Empty    Silent without tracks.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another.
-class AudioTrackGroupRenderer final : public IAudioGenerator,
-									  public ILiveAudioParameterOwner,
-									  public IAudioRecordCompletion,
-									  public IAudioGeneratorPrivate,
-									  public IAudioRenderGraphNodeInfo,
-									  public AudioRenderContextClient
+class AudioTrackGroupRenderer final
+	: public Implements<AudioTrackGroupRenderer, IAudioGenerator, ILiveAudioParameterOwner,
+		  IAudioRecordCompletion, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo>,
+	  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioTrackGroupRenderer> kIdentifier{
@@ -79,9 +77,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioTrackGroupRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	// A generator with what it was asked for once.

@@ -20,9 +20,8 @@ namespace SN
 //          are neither, raise the null-pointer exception when they are to be heard.
 // Latency  None: what lies behind an inlet has its place in the delays of the group.
 // Threads  That of the group; AccumulatePrefetchRequests may come from another.
-class AudioTrackInletRenderer final : public IAudioGenerator,
-									  public IAudioGeneratorPrivate,
-									  public IAudioRenderGraphNodeInfo,
+class AudioTrackInletRenderer final : public Implements<AudioTrackInletRenderer, IAudioGenerator,
+										  IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo>,
 									  public AudioRenderContextClient
 {
 public:
@@ -52,9 +51,6 @@ public:
 	std::u16string GetNodeName() override { return u"AudioTrackInletRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	// A node with what it was asked for once; each may be empty.

@@ -12,7 +12,7 @@ namespace SN
 // The delays by which a track waits for others of larger latency: a line for each of its sends, in their
 // order, and last the line of its output. Only the last one changes the buffer that it is given: a send
 // hears delayed audio while the track's own path goes on undelayed until its line.
-class CompensatingDelayOwnerMixin : public virtual Unknown
+class CompensatingDelayOwnerMixin : public Implements<CompensatingDelayOwnerMixin>
 {
 public:
 	static constexpr Identifier<CompensatingDelayOwnerMixin> kIdentifier{
@@ -28,9 +28,6 @@ public:
 
 	CompensatingDelayLine& GetLine(unsigned inIndex) { return mDelayLines[inIndex]; }
 	CompensatingDelayLine& GetLastLine() { return mDelayLines.back(); }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	std::vector<CompensatingDelayLine> mDelayLines;

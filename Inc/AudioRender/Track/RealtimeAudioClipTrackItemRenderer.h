@@ -38,12 +38,10 @@ struct RealtimeAudioClipTrackItemSettings
 // Latency   What processors and source need ahead is reported as delay, and made up for by rendering ahead
 //           and throwing away, in FillInitialDelay.
 // Threads   One at a time.
-class RealtimeAudioClipTrackItemRenderer final : public IAudioGenerator,
-												 public ILiveAudioParameterOwner,
-												 public IAudioGeneratorPrivate,
-												 public IAudioRenderGraphNodeInfo,
-												 public AudioRenderContextClient,
-												 public AudioTrackRenderableItemMixin
+class RealtimeAudioClipTrackItemRenderer final
+	: public Implements<RealtimeAudioClipTrackItemRenderer, IAudioGenerator, ILiveAudioParameterOwner,
+		  IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo, AudioTrackRenderableItemMixin>,
+	  public AudioRenderContextClient
 {
 public:
 	static int Create(
@@ -75,9 +73,6 @@ public:
 	std::u16string GetNodeName() override { return u"RealtimeAudioClipTrackItemRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mSource}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	int SetUp(RealtimeAudioClipTrackItemSettings const& inSettings);

@@ -9,9 +9,9 @@ namespace SN
 
 // The item that stands for nothing: fills gaps. It silences the whole buffer that it is given, so the
 // caller passes a view of exactly the length wanted.
-class SilentAudioTrackRenderableItem final : public SilentGenerator,
-											 public IAudioRenderGraphNodeInfo,
-											 public AudioTrackRenderableItemMixin
+class SilentAudioTrackRenderableItem final
+	: public Implements<SilentAudioTrackRenderableItem, SilentGenerator, IAudioRenderGraphNodeInfo,
+		  AudioTrackRenderableItemMixin>
 {
 public:
 	static constexpr Identifier<SilentAudioTrackRenderableItem> kIdentifier{
@@ -22,9 +22,6 @@ public:
 	std::u16string GetNodeName() override { return u"SilentAudioTrackRenderableItem"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 };
 
 } // namespace SN

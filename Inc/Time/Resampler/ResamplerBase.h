@@ -6,7 +6,7 @@ namespace SN
 {
 
 // What all general resamplers share: the rates, the channels and the identity.
-class ResamplerBase : public IAudioResampler
+class ResamplerBase : public Implements<ResamplerBase, IAudioResampler>
 {
 public:
 	FrameRate GetInputFrameRate() override { return mInputFrameRate; }
@@ -23,8 +23,6 @@ protected:
 
 	// The count nearest to inCount that an unsigned holds; 0 for not-a-number.
 	static unsigned ToCount(double inCount);
-
-	void* QueryMap(GUID const& inIdentifier) override;
 
 	unsigned long long mNumChannels = 0;
 

@@ -28,7 +28,7 @@ using zorvcore::utility::Guid;
 
 constexpr unsigned long long kDefaultByteBudget = 256ull << 20;
 
-class MediaManager final : public IMediaManager
+class MediaManager final : public zorvcore::classref::Implements<MediaManager, IMediaManager>
 {
 public:
 	void Register(IMediaMap& inMap) override;
@@ -41,9 +41,6 @@ public:
 	unsigned long long GetByteCount() override;
 
 	static unsigned long long ReadByteBudget();
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	using WeakMap = std::weak_ptr<Unknown>;
@@ -227,12 +224,6 @@ unsigned long long MediaManager::ReadByteBudget()
 	unsigned long long budget = kDefaultByteBudget;
 	auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), budget);
 	return error == std::errc() ? budget : kDefaultByteBudget;
-}
-
-void* MediaManager::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IMediaManager>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
 }
 
 } // namespace

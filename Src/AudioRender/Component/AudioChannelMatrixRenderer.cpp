@@ -105,11 +105,4 @@ void AudioChannelMatrixRenderer::Route(dsp::AudioBuffer& ioBuffer) const
 	ioBuffer.CopyFrom(routed, routed.GetUseSize());
 }
 
-void* AudioChannelMatrixRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioProcessor, IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

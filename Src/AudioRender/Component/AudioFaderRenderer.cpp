@@ -74,12 +74,4 @@ void AudioFaderRenderer::ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime c
 	mNextTime.AddFrames(inBuffer.GetUseSize(), GetFrameRate());
 }
 
-void* AudioFaderRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioProcessor, IAudioRenderGraphNodeInfo, AudioFaderRenderer>(
-			this, inIdentifier);
-	return found ? found : ParameterOwnerMixin::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -48,11 +48,4 @@ void AudioMeterRenderer::Reset()
 	}
 }
 
-void* AudioMeterRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioProcessor, IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -116,11 +116,4 @@ void AudioSendRenderer::Reset()
 	ParameterOwnerMixin::Reset();
 }
 
-void* AudioSendRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioProcessor, ICachedAudioGenerator,
-		IAudioRenderGraphNodeInfo, AudioSendRenderer>(this, inIdentifier);
-	return found ? found : ParameterOwnerMixin::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -181,11 +181,4 @@ void AudioRenderContext::AddTrackGroup(
 	++mTrackGroupCounts[inKey];
 }
 
-void* AudioRenderContext::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioRenderContext, AudioRenderContext>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

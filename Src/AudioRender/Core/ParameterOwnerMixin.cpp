@@ -166,11 +166,4 @@ bool ParameterOwnerMixin::IsBypassConstant()
 	return next == kTimeMax && value.mValue;
 }
 
-void* ParameterOwnerMixin::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<ILiveAudioParameterOwner, IParameterOwnerMixin>(
-		this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -27,11 +27,4 @@ FrameRate SilentRenderer::GetGeneratorFrameRate()
 	return k48000Hz;
 }
 
-void* SilentRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate,
-		ICachedAudioGenerator, IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -218,13 +218,4 @@ AudioChannelLayout AudioTransitionRenderer::GetAudioChannelLayout()
 	return wider ? wider->GetAudioChannelLayout() : AudioChannelLayout();
 }
 
-void* AudioTransitionRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioGenerator, ILiveAudioParameterOwner, IAudioGeneratorPrivate,
-			IAudioRenderGraphNodeInfo, IAudioTrackRenderableItem, AudioTransitionRenderer>(
-			this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -293,11 +293,4 @@ std::vector<InterfaceRef<UnknownBase>> AudioClipRenderer::GetInputNodes()
 	return nodes;
 }
 
-void* AudioClipRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate,
-		IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -34,11 +34,4 @@ void AudioGeneratorDecorator::CollectLiveParameters(LiveAudioParameterMap& outPa
 	}
 }
 
-void* AudioGeneratorDecorator::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate,
-		IAudioRecordCompletion, IAudioRenderGraphNodeInfo, ILiveAudioParameterOwner>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

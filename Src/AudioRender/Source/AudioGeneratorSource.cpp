@@ -126,11 +126,4 @@ AudioGeneratorSource::Position AudioGeneratorSource::FindPosition(TickTime const
 	return mChunkSize == 0 ? Position{} : Position{start / mChunkSize, start % mChunkSize};
 }
 
-void* AudioGeneratorSource::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAsyncAudioSource, AudioGeneratorSource>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -188,12 +188,4 @@ AudioChannelLayout AudioStreamRenderer::GetAudioChannelLayout()
 													: VX::kAudioChannelLayout_Mono;
 }
 
-void* AudioStreamRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate, IOffsetablePreview,
-			IAudioRenderGraphNodeInfo, IAudioTrackRenderableItem, AudioStreamRenderer>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

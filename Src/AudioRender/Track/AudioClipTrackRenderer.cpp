@@ -538,12 +538,4 @@ std::vector<InterfaceRef<UnknownBase>> AudioClipTrackRenderer::GetProcessorNodes
 	return nodes;
 }
 
-void* AudioClipTrackRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioGenerator, ICachedAudioGenerator, ILiveAudioParameterOwner,
-			IAudioRecordCompletion, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : CompensatingDelayOwnerMixin::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -219,11 +219,4 @@ FrameRate AudioMixRenderer::GetGeneratorFrameRate()
 	return mDescription ? mDescription->GetGeneratorFrameRate() : FrameRate();
 }
 
-void* AudioMixRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioRenderGraphNodeInfo,
-		IAudioTrackRenderableItem, IAudioGeneratorPrivate, ILiveAudioParameterOwner>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

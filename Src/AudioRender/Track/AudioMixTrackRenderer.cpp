@@ -210,11 +210,4 @@ std::vector<InterfaceRef<UnknownBase>> AudioMixTrackRenderer::GetProcessorNodes(
 	return nodes;
 }
 
-void* AudioMixTrackRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, ICachedAudioGenerator,
-		ILiveAudioParameterOwner, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : CompensatingDelayOwnerMixin::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -259,12 +259,4 @@ std::vector<InterfaceRef<UnknownBase>> AudioTrackGroupRenderer::GetInputNodes()
 	return nodes;
 }
 
-void* AudioTrackGroupRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioGenerator, ILiveAudioParameterOwner, IAudioRecordCompletion,
-			IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo, AudioTrackGroupRenderer>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -210,11 +210,4 @@ std::vector<InterfaceRef<UnknownBase>> AudioTrackInletRenderer::GetInputNodes()
 	return nodes;
 }
 
-void* AudioTrackInletRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate,
-		IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

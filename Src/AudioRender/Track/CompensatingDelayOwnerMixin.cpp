@@ -36,10 +36,4 @@ void CompensatingDelayOwnerMixin::SetDelays(std::vector<DelayDependency> const& 
 	}
 }
 
-void* CompensatingDelayOwnerMixin::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<CompensatingDelayOwnerMixin>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -404,11 +404,4 @@ std::vector<InterfaceRef<UnknownBase>> RealtimeAudioClipTrackItemRenderer::GetPr
 	return nodes;
 }
 
-void* RealtimeAudioClipTrackItemRenderer::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, ILiveAudioParameterOwner,
-		IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo, IAudioTrackRenderableItem>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -10,11 +10,4 @@ InterfaceRef<IAudioGenerator> SilentAudioTrackRenderableItem::Clone()
 	return clone;
 }
 
-void* SilentAudioTrackRenderableItem::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioRenderGraphNodeInfo,
-		IAudioTrackRenderableItem, SilentAudioTrackRenderableItem>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -28,10 +28,4 @@ unsigned ResamplerBase::ToCount(double inCount)
 			   : static_cast<unsigned>(static_cast<std::int64_t>(inCount));
 }
 
-void* ResamplerBase::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioResampler>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SN

@@ -1,3 +1,4 @@
+#include "zorvcore/classref/Implements.h"
 #include "zorvcore/classref/InterfaceRef.h"
 
 #include <gmock/gmock.h>
@@ -31,7 +32,7 @@ public:
 };
 
 // Its interfaces lie at different addresses, with data between them.
-class Both : public IFirst, public ISecond
+class Both : public Implements<Both, IFirst, ISecond>
 {
 public:
 	static constexpr Identifier<Both> kIdentifier{0x2a9c7e5f10b84d63ull, 0x8d4f1b6a92c3e075ull};
@@ -44,28 +45,46 @@ public:
 	int First() override { return mValue; }
 	int Second() override { return mValue + 1; }
 
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = QueryInterfaces<IFirst, ISecond, Both>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-
 private:
 	int mValue;
 };
 
-class Derived : public Both
+// Made with the arguments of its base.
+class Derived : public Implements<Derived, Both>
 {
 public:
 	static constexpr Identifier<Derived> kIdentifier{0xf03d6b81a7c54e29ull, 0x9b62d8c4e1a5f730ull};
 
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = QueryInterfaces<Derived>(this, inIdentifier);
-		return found ? found : Both::QueryMap(inIdentifier);
-	}
+	using Implements::Implements;
+};
+
+// Fills an interface in and has no identifier of its own.
+class FirstMixin : public IFirst
+{
+public:
+	int First() override { return 7; }
+};
+
+// An object of its own, with an identifier and no interface.
+class Trait : public Implements<Trait>
+{
+public:
+	static constexpr Identifier<Trait> kIdentifier{0x5be1047d93ac4f28ull, 0xa0c96d7e12f4b385ull};
+	int mTrait = 9;
+};
+
+class Counted
+{
+public:
+	virtual ~Counted() = default;
+	int mCount = 3;
+};
+
+// Has no identifier: the interfaces of its bases are all that it answers for.
+class Assembled : public Implements<Assembled, FirstMixin, Trait, ISecond>, public Counted
+{
+public:
+	int Second() override { return 8; }
 };
 
 TEST(ObjectModel, EveryInterfaceLeadsToEveryOther)
@@ -87,6 +106,30 @@ TEST(ObjectModel, DerivedClassAnswersForItsBase)
 	EXPECT_TRUE(InterfaceRef<Both>(second).IsValid());
 	EXPECT_TRUE(InterfaceRef<Derived>(second).IsValid());
 	EXPECT_FALSE(InterfaceRef<Derived>(InterfaceRef<ISecond>(MakeObject<Both>())).IsValid());
+}
+
+TEST(ObjectModel, AnAnswerIsWhatACastOfTheObjectGives)
+{
+	auto const derived = MakeObject<Derived>(40);
+	InterfaceRef<Unknown> const asUnknown = derived;
+	EXPECT_EQ(asUnknown.Get(), static_cast<Unknown*>(derived.Get()));
+	EXPECT_EQ(InterfaceRef<UnknownBase>(asUnknown).Get(), static_cast<UnknownBase*>(derived.Get()));
+	EXPECT_EQ(InterfaceRef<ISecond>(asUnknown).Get(), static_cast<ISecond*>(derived.Get()));
+	EXPECT_EQ(InterfaceRef<Both>(asUnknown).Get(), static_cast<Both*>(derived.Get()));
+	EXPECT_EQ(InterfaceRef<Derived>(asUnknown).Get(), derived.Get());
+	EXPECT_EQ(derived->Second(), 41);
+
+	auto const assembled = MakeObject<Assembled>();
+	InterfaceRef<ISecond> const second(InterfaceRef<Unknown>{assembled});
+	ASSERT_TRUE(second.IsValid());
+	EXPECT_EQ(second.Get(), static_cast<ISecond*>(assembled.Get()));
+	InterfaceRef<IFirst> const first = second;
+	ASSERT_TRUE(first.IsValid());
+	EXPECT_EQ(first.Get(), static_cast<IFirst*>(assembled.Get()));
+	InterfaceRef<Trait> const trait = second;
+	ASSERT_TRUE(trait.IsValid());
+	EXPECT_EQ(trait.Get(), static_cast<Trait*>(assembled.Get()));
+	EXPECT_FALSE(InterfaceRef<Both>(second).IsValid());
 }
 
 TEST(ObjectModel, UnansweredQueryGivesAnEmptyReference)

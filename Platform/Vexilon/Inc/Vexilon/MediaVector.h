@@ -2,6 +2,7 @@
 
 #include "Vexilon/MediaEntryLock.h"
 #include "Vexilon/MediaManager.h"
+#include "zorvcore/classref/Implements.h"
 #include "zorvcore/classref/InterfaceRef.h"
 
 #include <atomic>
@@ -21,7 +22,7 @@ ZORV_API zorvcore::utility::Guid CreateMediaMapIdentifier();
 // Nobody waits: a reader who does not find a payload, or finds it being written or purged, goes without.
 // Threads  Any, after Init.
 template <class T>
-class MediaVector final : public IMediaMap
+class MediaVector final : public zorvcore::classref::Implements<MediaVector<T>, IMediaMap>
 {
 public:
 	static constexpr zorvcore::classref::Identifier<MediaVector> kIdentifier{
@@ -120,13 +121,6 @@ public:
 	bool IsEntryReferenced(unsigned long long inIndex) override
 	{
 		return inIndex < mNumEntries && mEntries[inIndex].mReferenced.load(std::memory_order_acquire) > 0;
-	}
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IMediaMap, MediaVector>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
 private:

@@ -46,7 +46,7 @@ public:
 
 protected:
 	// The object as the interface or class that inIdentifier names, or null if it is none of its own.
-	// A class lists what it answers with QueryInterfaces and falls back to its base.
+	// See Implements, which fills it in.
 	virtual void* QueryMap(GUID const& inIdentifier);
 
 private:
@@ -78,13 +78,7 @@ struct QueryAccess
 
 } // namespace detail
 
-// inSelf as the first of Ts that inIdentifier names, or null. The building block of QueryMap:
-//
-//	void* QueryMap(GUID const& inIdentifier) override
-//	{
-//		void* const found = QueryInterfaces<IAudioGenerator, IAudioRenderGraphNodeInfo>(this, inIdentifier);
-//		return found ? found : Unknown::QueryMap(inIdentifier);
-//	}
+// inSelf as the first of Ts that inIdentifier names, or null. For objects that answer otherwise than by their bases.
 template <class... Ts, class Self>
 void* QueryInterfaces(Self* inSelf, Guid const& inIdentifier)
 {
