@@ -116,14 +116,6 @@ boost::shared_ptr<VX::ParamValueBase> AutomationParameter<T>::GetStartValue()
 }
 
 template <class T>
-void* AutomationParameter<T>::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IRenderableAudioComponentParam>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
-template <class T>
 boost::shared_ptr<typename AutomationParameter<T>::Control> AutomationParameter<T>::CheckControl(
 	boost::shared_ptr<VX::ParamValueBase> const& inControl)
 {

@@ -30,11 +30,4 @@ PrefetchBatch::End PrefetchBatch::Wait()
 	return *mEnd;
 }
 
-void* PrefetchBatch::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<IAudioPrefetchNotify, PrefetchBatch>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost

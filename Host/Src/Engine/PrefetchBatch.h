@@ -12,7 +12,7 @@ namespace SonaroHost
 // Hears the end of one batch of prefetch requests for those who wait for it.
 //
 // Threads  Any.
-class PrefetchBatch final : public SN::AudioPrefetch::IAudioPrefetchNotify
+class PrefetchBatch final : public SN::Implements<PrefetchBatch, SN::AudioPrefetch::IAudioPrefetchNotify>
 {
 public:
 	static constexpr SN::Identifier<PrefetchBatch> kIdentifier{0x5b0e6f3c94d7a218ull, 0xe31f80c26a97d54bull};
@@ -33,9 +33,6 @@ public:
 	void Complete(int inResult) override;
 
 	End Wait();
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	unsigned long long mTimeStamp;

@@ -12,12 +12,6 @@ namespace SonaroHost
 namespace
 {
 
-template <class Transform>
-void* QueryTransform(Transform* inSelf, SN::Guid const& inIdentifier)
-{
-	return zorvcore::classref::QueryInterfaces<VX::ITimeTransform, Transform>(inSelf, inIdentifier);
-}
-
 // inSpan * inNumerator / inDenominator to the nearest tick, halves away from zero, without overflow in
 // between.
 SN::TickTime Scale(
@@ -34,12 +28,6 @@ SN::TickTime Scale(
 
 } // namespace
 
-void* IdentityTimeTransform::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = QueryTransform(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 SpeedTimeTransform::SpeedTimeTransform(double inSpeed, SN::TickTime const& inOffset)
 	: mSpeed(inSpeed),
 	  mOffset(inOffset)
@@ -48,12 +36,6 @@ SpeedTimeTransform::SpeedTimeTransform(double inSpeed, SN::TickTime const& inOff
 	{
 		throw HostError(HostError::Kind::eRequest, "a speed is a finite number");
 	}
-}
-
-void* SpeedTimeTransform::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = QueryTransform(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
 }
 
 KeyframedTimeTransform::KeyframedTimeTransform(std::vector<TimeKey> inKeys)
@@ -84,12 +66,6 @@ SN::TickTime KeyframedTimeTransform::GetTime(SN::TickTime const& inTime)
 	TimeKey const& from = *(end - 1);
 	TimeKey const& to = *end;
 	return from.mSource + Scale(inTime - from.mTime, to.mSource - from.mSource, to.mTime - from.mTime);
-}
-
-void* KeyframedTimeTransform::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = QueryTransform(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
 }
 
 } // namespace SonaroHost

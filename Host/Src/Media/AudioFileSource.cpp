@@ -247,11 +247,4 @@ void AudioFileSource::Fail(std::exception const& inReason)
 	}
 }
 
-void* AudioFileSource::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioSource, IAudioSourceFile, IAsyncAudioSource,
-		AudioFileSource>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost

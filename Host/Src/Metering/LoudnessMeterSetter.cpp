@@ -122,11 +122,4 @@ std::unique_ptr<LoudnessMeter> LoudnessMeterSetter::MakeMeter() const
 	return std::make_unique<LoudnessMeter>(mLayout, mSampleRate, LoudnessMeter::Memory::eFixed);
 }
 
-void* LoudnessMeterSetter::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioMeterSetter, LoudnessMeterSetter>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost

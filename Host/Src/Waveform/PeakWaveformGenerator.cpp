@@ -99,12 +99,4 @@ SN::InterfaceRef<SN::IAudioWaveformGenerator> PeakWaveformGenerator::GetSelfRefe
 	return SN::InterfaceRef<SN::IAudioWaveformGenerator>::FromThis(this);
 }
 
-void* PeakWaveformGenerator::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioWaveformGenerator, PeakWaveformGenerator>(
-			this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost

@@ -58,11 +58,4 @@ void WaveformBand::SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime c
 	Add(inBuffer, inTime.ToFrame64(mGrid.mFrameRate));
 }
 
-void* WaveformBand::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioMeterSetter, WaveformBand>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost

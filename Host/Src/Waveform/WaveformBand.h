@@ -12,7 +12,7 @@ namespace SonaroHost
 
 // The columns of a waveform, filled by what passes a place in a graph, all channels in one.
 // Threads: that of the render.
-class WaveformBand final : public SN::IAudioMeterSetter
+class WaveformBand final : public SN::Implements<WaveformBand, SN::IAudioMeterSetter>
 {
 public:
 	static constexpr SN::Identifier<WaveformBand> kIdentifier{0x7ec93b51d0a8462full, 0xb06fe4d7391a5c82ull};
@@ -37,9 +37,6 @@ public:
 	void SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime const& inTime) override;
 	void Shutdown() override {}
 	void Reset() override {}
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	Grid mGrid;

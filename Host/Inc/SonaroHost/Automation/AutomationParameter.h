@@ -25,7 +25,8 @@ namespace SonaroHost
 // Threads  UpdateControl, GetNextInterestingTime, HasActionPending and IsEmpty: any number at once, while
 //          others edit; they never wait, lock, allocate or free. The rest: the host's threads.
 template <class T>
-class AutomationParameter final : public SN::IRenderableAudioComponentParam
+class AutomationParameter final
+	: public SN::Implements<AutomationParameter<T>, SN::IRenderableAudioComponentParam>
 {
 public:
 	using Control = VX::ParamValue<T>;
@@ -58,9 +59,6 @@ public:
 	void Reset() override {}
 	bool IsEmpty() override;
 	boost::shared_ptr<VX::ParamValueBase> GetStartValue() override;
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	// Only what is heard of it changes once it is published.

@@ -9,22 +9,19 @@ namespace SonaroHost
 {
 
 // The times of a clip as they are.
-class IdentityTimeTransform final : public VX::ITimeTransform
+class IdentityTimeTransform final : public SN::Implements<IdentityTimeTransform, VX::ITimeTransform>
 {
 public:
 	static constexpr SN::Identifier<IdentityTimeTransform> kIdentifier{
 		0x8d3a5be70c91f264ull, 0xb7204e69d85fa13cull};
 
 	SN::TickTime GetTime(SN::TickTime const& inTime) override { return inTime; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 };
 
 // Media that runs at one speed from an offset on: offset + time * speed, to the nearest tick.
 //
 // Speed  Finite. Below 0 it runs backwards, at 0 it stands still; 1 keeps every tick.
-class SpeedTimeTransform final : public VX::ITimeTransform
+class SpeedTimeTransform final : public SN::Implements<SpeedTimeTransform, VX::ITimeTransform>
 {
 public:
 	static constexpr SN::Identifier<SpeedTimeTransform> kIdentifier{
@@ -34,9 +31,6 @@ public:
 	explicit SpeedTimeTransform(double inSpeed, SN::TickTime const& inOffset = SN::kTimeZero);
 
 	SN::TickTime GetTime(SN::TickTime const& inTime) override { return mOffset + inTime * mSpeed; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	double mSpeed;
@@ -53,7 +47,7 @@ struct TimeKey
 // Time that is remapped by keys: straight lines between them, the first and the last line going on beyond
 // the ends. The source may turn back or stand still; exact at the keys, to the nearest tick between.
 // A single key stands for the speed 1 through it.
-class KeyframedTimeTransform final : public VX::ITimeTransform
+class KeyframedTimeTransform final : public SN::Implements<KeyframedTimeTransform, VX::ITimeTransform>
 {
 public:
 	static constexpr SN::Identifier<KeyframedTimeTransform> kIdentifier{
@@ -63,9 +57,6 @@ public:
 	explicit KeyframedTimeTransform(std::vector<TimeKey> inKeys);
 
 	SN::TickTime GetTime(SN::TickTime const& inTime) override;
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	std::vector<TimeKey> mKeys;

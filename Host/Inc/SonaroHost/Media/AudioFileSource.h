@@ -29,9 +29,8 @@ namespace SonaroHost
 //           GetFailure tells why. Whoever renders asks after each block.
 // Threads   Any. ReadPrefetchedAudio, GetFailure before there is one, and the counts of misses neither
 //           wait, lock nor allocate; ReadAudio and PrefetchAudioData decode one at a time.
-class AudioFileSource final : public SN::IAudioSource,
-							  public SN::IAudioSourceFile,
-							  public SN::IAsyncAudioSource
+class AudioFileSource final
+	: public SN::Implements<AudioFileSource, SN::IAudioSource, SN::IAudioSourceFile, SN::IAsyncAudioSource>
 {
 public:
 	static constexpr SN::Identifier<AudioFileSource> kIdentifier{
@@ -72,9 +71,6 @@ public:
 		unsigned long long const& inTimeStamp, SN::TickTime const& inTime, unsigned inNumSamples) override;
 	int ReadPrefetchedAudio(SN::TickTime const& inTime, dsp::AudioBuffer& inBuffer) override;
 	int GetPrefetchState() override { return SN::eNotImplemented; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	using Chunks = VX::MediaVector<VX::AudioMapEntry>;

@@ -19,7 +19,7 @@ namespace SonaroHost
 //          not heard until then.
 // Threads  SetMeterData and Reset: the render thread; they neither lock nor allocate. GetReading: one
 //          thread of the host, at any time between Init and Shutdown. The rest: while nothing renders.
-class LoudnessMeterSetter final : public SN::IAudioMeterSetter
+class LoudnessMeterSetter final : public SN::Implements<LoudnessMeterSetter, SN::IAudioMeterSetter>
 {
 public:
 	static constexpr SN::Identifier<LoudnessMeterSetter> kIdentifier{
@@ -35,9 +35,6 @@ public:
 	void Reset() override;
 
 	LoudnessReading GetReading();
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	static constexpr std::size_t kNumValues = 6;

@@ -21,7 +21,7 @@ namespace SonaroHost
 //            than 2147483647 columns; eWaitFailed when it was given up: the buffer is not complete then.
 //            Exceptions of the graph and of the transform pass through.
 // Threads    Any; ranges are computed one after the other.
-class PeakWaveformGenerator final : public SN::IAudioWaveformGenerator
+class PeakWaveformGenerator final : public SN::Implements<PeakWaveformGenerator, SN::IAudioWaveformGenerator>
 {
 public:
 	static constexpr SN::Identifier<PeakWaveformGenerator> kIdentifier{
@@ -45,9 +45,6 @@ public:
 		SN::InterfaceRef<SN::IAudioWaveformBuffer> inBuffer, bool inOption,
 		std::shared_ptr<zorvcore::threads::Gate> inGate, bool inRequestFlag) override;
 	SN::InterfaceRef<SN::IAudioWaveformGenerator> GetSelfReference() override;
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	SN::InterfaceRef<SN::IAudioGenerator> mGraph;

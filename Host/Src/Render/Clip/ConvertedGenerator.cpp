@@ -45,10 +45,4 @@ void ConvertedGenerator::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuff
 	ioBuffer.CopyFrom(mConversion.Convert(mBlock, inTime), ioBuffer.GetUseSize());
 }
 
-void* ConvertedGenerator::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioGenerator>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost

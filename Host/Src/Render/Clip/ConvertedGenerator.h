@@ -20,7 +20,7 @@ struct ConversionSettings
 
 // A graph in another layout. It reads into a buffer of its own: a conversion may go by other constants in a
 // window of somebody else's.
-class ConvertedGenerator final : public SN::IAudioGenerator
+class ConvertedGenerator final : public SN::Implements<ConvertedGenerator, SN::IAudioGenerator>
 {
 public:
 	ConvertedGenerator(
@@ -39,9 +39,6 @@ public:
 	void Reset() override { mSource->Reset(); }
 	void InitializeAudioFilters() override { mSource->InitializeAudioFilters(); }
 	void ShutdownAudioFilters() override { mSource->ShutdownAudioFilters(); }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	SN::InterfaceRef<SN::IAudioGenerator> mSource;

@@ -54,10 +54,4 @@ void ProgrammeFader::ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime c
 	}
 }
 
-void* ProgrammeFader::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioProcessor>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost

@@ -11,7 +11,7 @@ namespace SonaroHost
 
 // Multiplies what plays forward by a curve, frame by frame: any cut into blocks gives the same samples. The engine's
 // own fader follows a curve in ramps that begin with its control blocks.
-class ProgrammeFader final : public SN::IAudioProcessor
+class ProgrammeFader final : public SN::Implements<ProgrammeFader, SN::IAudioProcessor>
 {
 public:
 	ProgrammeFader(std::shared_ptr<AutomationCurve const> inCurve, SN::FrameRate const& inFrameRate);
@@ -25,9 +25,6 @@ public:
 	void InitializeAudioFilter() override {}
 	void ShutdownAudioFilter() override {}
 	SN::TickTime GetDelay() override { return SN::kTimeZero; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	std::shared_ptr<AutomationCurve const> mCurve;

@@ -56,10 +56,4 @@ SN::TickTime RemappedGenerator::MapRun(SN::TickTime const& inTime, std::int64_t 
 	return {mMap.mIsReversed ? mMap.mFrames - first - inCount : first, mMap.mSourceRate};
 }
 
-void* RemappedGenerator::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioGenerator>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost

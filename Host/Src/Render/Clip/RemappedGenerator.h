@@ -22,7 +22,7 @@ struct FrameMap
 
 // A graph whose frames are counted anew, so that what stands behind it hears a programme that runs forward at
 // a rate of its own. Nothing is resampled.
-class RemappedGenerator final : public SN::IAudioGenerator
+class RemappedGenerator final : public SN::Implements<RemappedGenerator, SN::IAudioGenerator>
 {
 public:
 	RemappedGenerator(SN::InterfaceRef<SN::IAudioGenerator> const& inSource, FrameMap const& inMap);
@@ -39,9 +39,6 @@ public:
 	void Reset() override { mSource->Reset(); }
 	void InitializeAudioFilters() override { mSource->InitializeAudioFilters(); }
 	void ShutdownAudioFilters() override { mSource->ShutdownAudioFilters(); }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	// The time in the graph at which a run of so many frames begins.

@@ -46,11 +46,4 @@ std::optional<LoudnessReading> ProgrammeMeter::GetReading() const
 	return mMeter ? std::optional(mMeter->GetReading()) : std::nullopt;
 }
 
-void* ProgrammeMeter::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioMeterSetter, ProgrammeMeter>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Otio

@@ -13,7 +13,7 @@ namespace SonaroHost::Otio
 
 // A meter within a graph that is rendered once: what it hears after Init counts, whatever runs it comes in.
 // Threads: that of the render.
-class ProgrammeMeter final : public SN::IAudioMeterSetter
+class ProgrammeMeter final : public SN::Implements<ProgrammeMeter, SN::IAudioMeterSetter>
 {
 public:
 	static constexpr SN::Identifier<ProgrammeMeter> kIdentifier{0x5d1c0a94be72f638ull, 0x83e7f2096ab4d15cull};
@@ -31,9 +31,6 @@ public:
 
 	// Nothing before Init, and for what cannot be measured.
 	std::optional<LoudnessReading> GetReading() const;
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	SN::AudioChannelLayout mLayout;

@@ -164,13 +164,4 @@ std::vector<SN::InterfaceRef<SN::UnknownBase>> FadeItem::GetInputNodes()
 	return nodes;
 }
 
-void* FadeItem::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioGenerator, SN::IAudioTrackRenderableItem,
-			SN::IAudioGeneratorPrivate, SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>(
-			this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Sequence

@@ -19,11 +19,9 @@ namespace SonaroHost::Sequence
 // What stands on a track where one item goes over into another one, or into silence. The gains are worked out for
 // each frame by its place in the fade, so that they are the same in any cut; the engine's own transition carries a
 // progress in single precision along each block.
-class FadeItem final : public SN::IAudioGenerator,
-					   public SN::IAudioTrackRenderableItem,
-					   public SN::IAudioGeneratorPrivate,
-					   public SN::ILiveAudioParameterOwner,
-					   public SN::IAudioRenderGraphNodeInfo
+class FadeItem final
+	: public SN::Implements<FadeItem, SN::IAudioGenerator, SN::IAudioTrackRenderableItem,
+		  SN::IAudioGeneratorPrivate, SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
 {
 public:
 	struct Side
@@ -77,9 +75,6 @@ public:
 	std::u16string GetNodeName() override { return u"FadeItem"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override;
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	// Each side that is an item, with what its time is ahead of the fade's.

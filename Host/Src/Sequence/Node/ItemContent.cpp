@@ -234,11 +234,4 @@ std::vector<SN::InterfaceRef<SN::UnknownBase>> ItemContent::GetProcessorNodes()
 	return nodes;
 }
 
-void* ItemContent::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioGenerator, SN::ILiveAudioParameterOwner,
-		SN::IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Sequence

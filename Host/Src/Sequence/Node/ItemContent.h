@@ -25,9 +25,8 @@ namespace SonaroHost::Sequence
 // Playing   Effects of an item that is read backwards, and all within a nested sequence that is, hear the sound
 //           turned round.
 // Threads   As for the sequence. Nothing allocates after the constructor.
-class ItemContent final : public SN::IAudioGenerator,
-						  public SN::ILiveAudioParameterOwner,
-						  public SN::IAudioRenderGraphNodeInfo
+class ItemContent final : public SN::Implements<ItemContent, SN::IAudioGenerator,
+							  SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
 {
 public:
 	struct Settings
@@ -70,9 +69,6 @@ public:
 	std::u16string GetNodeName() override { return u"ItemContent"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {mSettings.mContent}; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override;
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	bool MapDirection(bool inReverse) const { return inReverse != mSettings.mIsBackwards; }

@@ -244,11 +244,4 @@ void SequenceNode::CollectLiveParameters(SN::LiveAudioParameterMap& outParameter
 	}
 }
 
-void* SequenceNode::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioGenerator, SN::ILiveAudioParameterOwner,
-		SN::IAudioRenderGraphNodeInfo, SequenceNode>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Sequence

@@ -30,9 +30,8 @@ namespace SonaroHost::Sequence
 //           of its own. So it only holds the tracks and their delay lines, and the tracks are run from here.
 // Threads   One at a time. AccumulatePrefetchRequests may be called by another one. Nothing allocates after the
 //           constructor.
-class SequenceNode final : public SN::IAudioGenerator,
-						   public SN::ILiveAudioParameterOwner,
-						   public SN::IAudioRenderGraphNodeInfo
+class SequenceNode final : public SN::Implements<SequenceNode, SN::IAudioGenerator,
+							   SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
 {
 public:
 	static constexpr SN::Identifier<SequenceNode> kIdentifier{0x3c1f9be07a5d4e26ull, 0x91d7c04ab8e35f12ull};
@@ -83,9 +82,6 @@ public:
 	std::u16string GetNodeName() override { return u"SequenceNode"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {mSettings.mGroup}; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	struct Member

@@ -19,10 +19,4 @@ void ConversionPanner::ProcessAudioData(
 	mMix(inInput, outOutput);
 }
 
-void* ConversionPanner::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioPanProcessor>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Sequence

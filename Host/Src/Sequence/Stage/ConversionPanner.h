@@ -10,7 +10,7 @@ namespace SonaroHost::Sequence
 
 // The engine's fixed conversion between two layouts, as a pan processor: for layouts of any size, and without
 // state, so that one serves any number of tracks and items.
-class ConversionPanner final : public SN::IAudioPanProcessor
+class ConversionPanner final : public SN::Implements<ConversionPanner, SN::IAudioPanProcessor>
 {
 public:
 	// By the mixdown of the moment.
@@ -33,9 +33,6 @@ public:
 	void Reset() override {}
 	void ProcessAudioData(
 		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, SN::TickTime const& inTime) override;
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	SN::AudioChannelLayout mInput;

@@ -71,11 +71,4 @@ void EffectStage::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters
 	}
 }
 
-void* EffectStage::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::ILiveAudioParameterOwner,
-		SN::IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Sequence

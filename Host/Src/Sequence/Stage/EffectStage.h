@@ -29,9 +29,8 @@ struct EffectTerms
 //
 // Parameters  Those of its own are sampled at every 64th frame of the sound, wherever a block begins, and held from
 //             there to the next one in either direction.
-class EffectStage final : public SN::IAudioProcessor,
-						  public SN::ILiveAudioParameterOwner,
-						  public SN::IAudioRenderGraphNodeInfo
+class EffectStage final : public SN::Implements<EffectStage, SN::IAudioProcessor,
+							  SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
 {
 public:
 	EffectStage(SN::InterfaceRef<SN::IAudioProcessor> const& inEffect, EffectTerms const& inTerms);
@@ -50,9 +49,6 @@ public:
 	std::u16string GetNodeName() override { return u"EffectStage"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {mEffect}; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	// How many frames of a run the effect may hear at once, its parameters sampled for them.

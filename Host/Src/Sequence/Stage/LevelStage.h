@@ -10,9 +10,8 @@ namespace SonaroHost::Sequence
 
 // A fader as a stage of a chain. Unlike the engine's own, whose ramps go on from wherever they stood, it gives
 // every frame its gain whatever was rendered before; see ParameterFollower.
-class LevelStage final : public SN::IAudioProcessor,
-						 public SN::ILiveAudioParameterOwner,
-						 public SN::IAudioRenderGraphNodeInfo
+class LevelStage final : public SN::Implements<LevelStage, SN::IAudioProcessor, SN::ILiveAudioParameterOwner,
+							 SN::IAudioRenderGraphNodeInfo>
 {
 public:
 	LevelStage(Level const& inLevel, StageClock const& inClock)
@@ -43,14 +42,6 @@ public:
 	std::u16string GetNodeName() override { return u"LevelStage"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioProcessor,
-			SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	Level mLevel;

@@ -27,12 +27,4 @@ void MeterTap::Reset()
 	mMeter->Reset();
 }
 
-void* MeterTap::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::IAudioRenderGraphNodeInfo>(
-			this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Sequence

@@ -11,7 +11,7 @@ namespace SonaroHost::Sequence
 
 // Hands audio to a meter and leaves it alone, like the engine's own stage; unlike it in exports and nested sequences,
 // too, and nothing of what is only rendered to fill histories.
-class MeterTap final : public SN::IAudioProcessor, public SN::IAudioRenderGraphNodeInfo
+class MeterTap final : public SN::Implements<MeterTap, SN::IAudioProcessor, SN::IAudioRenderGraphNodeInfo>
 {
 public:
 	MeterTap(SN::InterfaceRef<SN::IAudioMeterSetter> const& inMeter, StageClock const& inClock);
@@ -28,9 +28,6 @@ public:
 	std::u16string GetNodeName() override { return u"MeterTap"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	SN::InterfaceRef<SN::IAudioMeterSetter> mMeter;

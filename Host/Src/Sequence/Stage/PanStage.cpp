@@ -125,12 +125,4 @@ void PanStage::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
 	CollectLiveParameter(mPan.GetParameter(), outParameters);
 }
 
-void* PanStage::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found =
-		zorvcore::classref::QueryInterfaces<SN::IAudioPanProcessor, SN::ILiveAudioParameterOwner>(
-			this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Sequence

@@ -16,7 +16,7 @@ namespace SonaroHost::Sequence
 //
 // Laws  Mono keeps its power. All else keeps the side that it is panned to: the first channel of each pair is left,
 //       the second one right. In 5.1 the front pair alone is heard.
-class PanStage final : public SN::IAudioPanProcessor, public SN::ILiveAudioParameterOwner
+class PanStage final : public SN::Implements<PanStage, SN::IAudioPanProcessor, SN::ILiveAudioParameterOwner>
 {
 public:
 	struct Layouts
@@ -51,9 +51,6 @@ public:
 	void ProcessAudioData(
 		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, SN::TickTime const& inTime) override;
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	struct Gains

@@ -79,11 +79,4 @@ void SendStage::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
 	}
 }
 
-void* SendStage::QueryMap(SN::Guid const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::ICachedAudioGenerator,
-		SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
-}
-
 } // namespace SonaroHost::Sequence

@@ -17,10 +17,8 @@ namespace SonaroHost::Sequence
 
 // Taps a chain's sound towards a submix and leaves it alone: panned, at its level, and muted with its track, whose
 // own mute comes behind all stages. The submix's inlet finds the copy here.
-class SendStage final : public SN::IAudioProcessor,
-						public SN::ICachedAudioGenerator,
-						public SN::ILiveAudioParameterOwner,
-						public SN::IAudioRenderGraphNodeInfo
+class SendStage final : public SN::Implements<SendStage, SN::IAudioProcessor, SN::ICachedAudioGenerator,
+							SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
 {
 public:
 	struct Settings
@@ -55,9 +53,6 @@ public:
 	{
 		return {mSettings.mPanner};
 	}
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override;
 
 private:
 	bool IsMuted() const { return mSettings.mMute && mSettings.mMute->Get() != 0; }
