@@ -92,6 +92,13 @@ def sources(root):
                     yield os.path.relpath(os.path.join(folder, name), root)
 
 
+def include_roots(root):
+    """Where the compiler looks for what is included in quotes."""
+    platform = os.path.join(root, "Platform")
+    return INCLUDE_ROOTS + [
+        f"Platform/{name}/{folder}" for name in sorted(os.listdir(platform)) for folder in ("Inc", "Src")]
+
+
 def includes(root, path, roots):
     """The line number, the text and the file of each include in quotes; the file is None when there is none."""
     with open(os.path.join(root, path), encoding="utf-8") as text:
@@ -109,9 +116,7 @@ def unit_of(path):
 
 def find_faults(root):
     rooms = Rooms()
-    platform = os.path.join(root, "Platform")
-    roots = INCLUDE_ROOTS + [
-        f"Platform/{name}/{folder}" for name in sorted(os.listdir(platform)) for folder in ("Inc", "Src")]
+    roots = include_roots(root)
     faults = []
     graph = {}
     paths = sorted(sources(root))
