@@ -12,14 +12,14 @@ namespace SonaroHost
 // How long a jump takes for who follows a curve with ramps: 5 milliseconds.
 inline constexpr SN::TickTime kCurveRamp = SN::TickTime::FromTicks(1270080000);
 
-// At this many decibels or less, minus infinity among them, a gain is exactly 0.
+// A gain of this many decibels or fewer, minus infinity among them, is exactly 0.
 inline constexpr double kSilenceDecibels = -144.0;
 
 struct AutomationPoint
 {
 	SN::TickTime mTime;
 	double mValue = 0.0;
-	// Of the segment that begins here.
+	// How the segment that begins here runs.
 	Interpolation mInterpolation = Interpolation::eLinear;
 };
 
@@ -57,7 +57,7 @@ public:
 	double GetValue(SN::TickTime const& inTime, std::size_t inSegment) const;
 	double GetValue(SN::TickTime const& inTime) const { return GetValue(inTime, FindSegment(inTime)); }
 
-	// With jumps as ramps. What has only jumped once stays between the values on both sides of the jump.
+	// The value with jumps as ramps. What has only jumped once stays between the values on both sides of the jump.
 	double GetRampedValue(SN::TickTime const& inTime) const;
 	// Whether the value with ramps is the same all the way from one time to a later one.
 	bool IsConstant(SN::TickTime const& inFirst, SN::TickTime const& inLast) const;
@@ -65,7 +65,7 @@ public:
 	// The same curve with every value but 0 turned into 1.
 	AutomationCurve MakeSwitch() const;
 
-	// The time itself where the value moves. Otherwise the next time behind it at which the value begins to
+	// The time itself where the value moves. Otherwise the next time after it at which the value begins to
 	// move or jumps; kTimeMax when it never does.
 	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime, std::size_t inSegment) const;
 	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime) const
@@ -77,14 +77,14 @@ private:
 	struct Node
 	{
 		SN::TickTime mTime;
-		// In the scale of the points.
+		// The value in the scale of the points.
 		double mValue = 0.0;
 		Interpolation mInterpolation = Interpolation::eHold;
-		// In values a tick.
+		// The slope in values per tick.
 		double mSlope = 0.0;
 		// Whether the segment that begins here has to be sampled all along.
 		bool mIsMoving = false;
-		// The next change behind this point, beginning at another point.
+		// The next change after this point, beginning at another point.
 		SN::TickTime mNextChange = SN::kTimeMax;
 		// The last jump at or before this point, and where the ramps stood at it, as given out. Without one, a
 		// time that is over long ago.
@@ -96,7 +96,7 @@ private:
 	void ComputeSlopes();
 	void FindChanges();
 	void FindRamps();
-	// A value of the segment behind that point, as its ramp has got to it.
+	// A value of the segment after that point, as its ramp has got to it.
 	static double GetOnRamp(Node const& inBegin, SN::TickTime const& inTime, double inValue);
 	// The straight line's slope from that point to the next one.
 	double GetSecant(std::size_t inIndex) const;

@@ -51,7 +51,7 @@ public:
 	void UpdateControl(
 		SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache, VX::KeyframeBase* outKeyframe) override;
 	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache) override;
-	// From an edit until a sampling has heard it.
+	// True from an edit until a sampling has heard it.
 	bool HasActionPending() override;
 	// Throws a HostError when the control is null or of another type.
 	void ReplaceControl(boost::shared_ptr<VX::ParamValueBase> inControl, bool inFlag) override;
@@ -70,7 +70,7 @@ private:
 
 		boost::shared_ptr<Control> mControl;
 		Curve mCurve;
-		// Tells in a cache whose segments it has; of all states of the process.
+		// Identifies the state whose segments a cache holds, among all states of the process.
 		std::uint32_t mGeneration;
 		// Whether a sampling has heard this state, and what of the control was heard last.
 		mutable std::atomic<bool> mIsPending;

@@ -21,7 +21,7 @@ namespace SonaroHost
 // W2    writer  loads mReaders                              seq_cst
 // W3    writer  at 0, frees all old states
 //
-// A reader whose R1 comes behind W2 in the one order of all seq_cst operations finds at R2 what W1 has put
+// A reader whose R1 comes after W2 in the one order of all seq_cst operations finds at R2 what W1 has put
 // there or something newer. One whose R1 comes before W2 has left with R4 when W2 reads 0, and what it read
 // at R3 happened before W3. So an old state is freed only when nobody can see it. While W2 finds readers,
 // old states wait for a later edit or for the destructor: two words and their contents for each edit.

@@ -8,7 +8,7 @@ enum class Interpolation
 {
 	// The point's value up to the next point.
 	eHold,
-	// In a straight line.
+	// A straight line.
 	eLinear,
 	// Rounded, and never beyond the values of the two points.
 	eSmooth,

@@ -27,9 +27,9 @@ public:
 	// What a message is made of; all but the reason may be empty.
 	struct Parts
 	{
-		// As the user named it, or as a path of the system.
+		// The file as the user named it, or a path of the system.
 		std::filesystem::path mFile;
-		// Within the file: a JSON pointer (RFC 6901), or a line and a column. Long ones are shortened in the message.
+		// The place in the file: a JSON pointer (RFC 6901), or a line and a column. Long ones are shortened in the message.
 		std::string mPlace;
 		std::string mReason;
 		// What to do about it, in the imperative.

@@ -36,11 +36,11 @@ struct OutputFormat
 {
 	OutputContainer mContainer = OutputContainer::eWav;
 	OutputSamples mSamples = OutputSamples::eFloat32;
-	// For integer samples.
+	// How integer samples are rounded.
 	Dither mDither = Dither::eNone;
 };
 
-// By name or by the ending of a file name, in upper or lower case: "wav", "wave", "aif", "aiff",
+// Finds a container by its name or by the ending of a file name, in upper or lower case: "wav", "wave", "aif", "aiff",
 // "aifc", "flac", "caf".
 std::optional<OutputContainer> FindContainer(std::string_view inName);
 std::optional<OutputContainer> FindContainerByEnding(std::filesystem::path const& inPath);

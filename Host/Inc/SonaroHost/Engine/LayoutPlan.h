@@ -15,9 +15,9 @@ inline constexpr unsigned kMaxPanChannels = 32;
 // What the channels of a sound are to become.
 struct LayoutRequest
 {
-	// Without one, the sound's own; stereo where mono is panned.
+	// The wanted layout. Without one it is the sound's own, and stereo where mono is panned.
 	std::optional<SN::AudioChannelLayout> mLayout;
-	// From 0, left, over 0.5, the middle, to 1, right.
+	// The pan from 0 (left) through 0.5 (middle) to 1 (right).
 	std::optional<double> mPan;
 	// What of 5.1 is heard in mono and stereo; without it, the engine's own choice.
 	std::optional<SN::AudioChannelMix::MixdownType51> mMixdown;
@@ -27,7 +27,7 @@ struct LayoutRequest
 class LayoutPlan
 {
 public:
-	// From nothing to nothing.
+	// A plan without channels.
 	LayoutPlan() = default;
 	// Throws a HostError for a request that does not fit the sound.
 	LayoutPlan(SN::AudioChannelLayout const& inInput, LayoutRequest const& inRequest);
@@ -40,7 +40,7 @@ public:
 	// Each sample of the output is one of the input or zero: nothing is scaled or added.
 	bool KeepsSamples() const;
 
-	// With a pan, the kind of panner and where it stands.
+	// The kind of panner, and where it stands; nothing without a pan.
 	std::optional<SN::PanProcessorType> const& GetPanner() const { return mPanner; }
 	float GetPan() const { return static_cast<float>(*mRequest.mPan); }
 	std::optional<SN::AudioChannelMix::MixdownType51> const& GetMixdown() const { return mRequest.mMixdown; }

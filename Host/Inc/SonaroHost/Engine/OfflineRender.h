@@ -27,11 +27,11 @@ struct OfflineRange
 	std::int64_t mFrames = 0;
 	SN::FrameRate mFrameRate;
 	unsigned mChannels = 0;
-	// At most the context's largest block.
+	// The frames of a block, at most the context's largest.
 	unsigned mBlockFrames = 0;
 	RenderDirection mDirection = RenderDirection::eForward;
 	std::int64_t mFirstFrame = 0;
-	// So many frames before the first, or, in reverse, behind the last one, are pulled ahead of them. The sink gets
+	// So many frames before the first, or, in reverse, after the last one, are pulled ahead of them. The sink gets
 	// them, too, in blocks of their own.
 	std::int64_t mWarmUpFrames = 0;
 };

@@ -18,7 +18,7 @@ struct ReadAheadReport
 	int mDiskLoadPercent = 0;
 	// Batches that were given up for overload and had to be asked for again.
 	unsigned mGivenUp = 0;
-	// What the engine tells of it.
+	// What the engine measures of it.
 	bool mWasBehind = false;
 };
 
@@ -39,7 +39,7 @@ public:
 	ReadAhead(ReadAhead const&) = delete;
 	ReadAhead& operator=(ReadAhead const&) = delete;
 
-	// Before the first block, and behind each: so many frames of the output are rendered. Returns when the
+	// Called before the first block, and after each one: so many frames of the output are rendered. Returns when the
 	// next block's audio was read.
 	void Advance(std::int64_t inFramesDone);
 

@@ -37,7 +37,7 @@ private:
 	SN::TickTime mOffset;
 };
 
-// From a moment of the clip to a moment of its media.
+// A moment of the clip, and the moment of its media that is heard then.
 struct TimeKey
 {
 	SN::TickTime mTime;

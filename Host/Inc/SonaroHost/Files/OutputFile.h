@@ -65,7 +65,7 @@ private:
 	void NoteFailure(bool inFailed);
 
 	std::filesystem::path mPath;
-	// On the temporary file, until it has its own name.
+	// The mark on the temporary file, until the file has its own name.
 	std::unique_ptr<FileMark> mMark;
 	// None for the standard output.
 	std::optional<Temporary> mTemporary;

@@ -23,7 +23,7 @@ struct OutputPlan
 	std::filesystem::path mFolder;
 	// Sound files, timelines, bundles.
 	std::vector<std::filesystem::path> mInputs;
-	// Of timelines: files that are there, and places where files are looked for.
+	// A timeline's media: files that are there, and places where files are looked for.
 	std::vector<std::filesystem::path> mMedia;
 	// Whether older files may be replaced.
 	bool mReplaces = true;

@@ -8,17 +8,17 @@
 namespace SonaroHost
 {
 
-// As a path, "-" is the standard input or output; a file of that name is "./-".
+// The path "-" is the standard input or output; a file of that name is "./-".
 inline bool IsStandardStream(std::filesystem::path const& inPath)
 {
 	return inPath == "-";
 }
 
-// For messages: the path in quotes; of the standard streams "the standard input" and "the standard output".
+// What messages call a path: itself in quotes; for the standard streams "the standard input" and "the standard output".
 std::string QuoteInput(std::filesystem::path const& inPath);
 std::string QuoteOutput(std::filesystem::path const& inPath);
 
-// Of an error about an input, in which the standard one is called so.
+// The parts of an error about an input; the standard input is called by that name.
 HostError::Parts MakeInputParts(
 	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy = {});
 

@@ -39,7 +39,7 @@ public:
 	// system's error, after which it still is. A clean-up comes before or after it, never in between.
 	std::error_code Rename(std::filesystem::path const& inName);
 
-	// For the end of the process: removes all of them. Afterwards whoever makes or renames one waits for
+	// Removes all of them at the end of the process. Afterwards whoever makes or renames one waits for
 	// ever, so that nothing new appears.
 	// Relative paths need the working folder that they were made in.
 	static void RemoveAll();

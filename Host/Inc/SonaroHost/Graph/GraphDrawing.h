@@ -12,7 +12,7 @@
 namespace SonaroHost
 {
 
-// The nodes of a graph as they tell of themselves, for pictures of it.
+// The nodes of a graph as they describe themselves, for pictures of it.
 //
 // Nodes    Each object is one, however many others it feeds.
 // Threads  The one that owns the graph.
@@ -29,7 +29,7 @@ public:
 
 	std::size_t GetNumNodes() const { return mNodes.size(); }
 
-	// In the language of Graphviz: what a node is fed by with solid lines, what works in it with dashed ones.
+	// The drawing in the language of Graphviz: what a node is fed by with solid lines, what works in it with dashed ones.
 	std::string ToDot(std::string const& inTitle) const;
 
 private:

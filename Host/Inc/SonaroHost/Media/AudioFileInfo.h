@@ -16,10 +16,10 @@ namespace SonaroHost
 struct AudioFileInfo
 {
 	std::filesystem::path mPath;
-	// For people, for instance "WAV (Microsoft)" and "Signed 16 bit PCM".
+	// Names for people, for instance "WAV (Microsoft)" and "Signed 16 bit PCM".
 	std::string mContainer;
 	std::string mEncoding;
-	// Of integer samples; 0 for floats and for compressed audio that loses bits.
+	// Bits of integer samples; 0 for floats and for compressed audio that loses bits.
 	int mIntegerBits = 0;
 
 	int mSampleRate = 0;
@@ -28,13 +28,13 @@ struct AudioFileInfo
 	bool mStatesLength = true;
 
 	zorvmediatypes::AudioChannelLayout mLayout;
-	// For each channel of mLayout, its place in a frame of the file.
+	// The place of each channel of mLayout in a frame of the file.
 	std::vector<unsigned> mChannelOrder;
 
 	unsigned GetNumChannels() const { return static_cast<unsigned>(mChannelOrder.size()); }
 };
 
-// Opens the file, or the standard input for "-", checks that it holds what its header promises, and tells what it is. Throws a
+// Opens the file, or the standard input for "-", checks that it holds what its header promises, and says what it is. Throws a
 // HostError that says what is wrong with it.
 AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath);
 

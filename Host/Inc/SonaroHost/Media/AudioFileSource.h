@@ -26,7 +26,7 @@ namespace SonaroHost
 // Ahead     What was prefetched waits in chunks, the reader's blocks, which the media manager takes away
 //           again when memory runs short. What is not there when it is read is silence and a miss.
 // Errors    A read cannot report one: where the file cannot be decoded it gives silence from then on, and
-//           GetFailure tells why. Whoever renders asks after each block.
+//           GetFailure says why. Whoever renders asks after each block.
 // Threads   Any. ReadPrefetchedAudio, GetFailure before there is one, and the counts of misses neither
 //           wait, lock nor allocate; ReadAudio and PrefetchAudioData decode one at a time.
 class AudioFileSource final
@@ -100,12 +100,12 @@ private:
 
 	// Waits for other decoders, but takes no lock when there is none.
 	std::unique_lock<std::mutex> LockReader();
-	// Under the lock: copies frames of one chunk to inTarget in the buffer.
+	// Called under the lock. Copies frames of one chunk to inTarget in the buffer.
 	void Decode(Piece const& inPiece, dsp::AudioBuffer& ioBuffer, unsigned inTarget);
-	// Under the lock; throws what decoding throws.
+	// Called under the lock. Throws what decoding throws.
 	void DecodeChunk(std::int64_t inChunk);
 	bool HasFailed() const { return mHasFailed.load(std::memory_order_acquire); }
-	// Under the lock.
+	// Called under the lock.
 	void Fail(std::exception const& inReason);
 
 	// The reader's state, and what is written once before mHasFailed says so.

@@ -19,7 +19,7 @@ struct FoundMedia
 
 	// The file; where there is none, the place where it was looked for first, or as the timeline names it.
 	std::filesystem::path mPath;
-	// For people, such as "does not exist"; empty when the file was found.
+	// The reason for people, such as "does not exist"; empty when the file was found.
 	std::string mWhyMissing;
 	// Where the timeline's own place is empty and the file was taken from elsewhere; otherwise empty.
 	std::string mRemark;

@@ -7,7 +7,8 @@
 namespace SonaroHost
 {
 
-// For what is no sound file at all: a folder, a text. Whoever reads more than sound files says what it takes then.
+// Thrown for what is no sound file at all, such as a folder or a text. Whoever reads more than sound files then says
+// what it takes.
 class NoSoundError final : public HostError
 {
 public:

@@ -15,7 +15,7 @@ class MeterLanes;
 class LoudnessBank
 {
 public:
-	// Of meters at this sample rate.
+	// A bank for meters at this sample rate.
 	explicit LoudnessBank(double inSampleRate);
 	~LoudnessBank();
 	LoudnessBank(LoudnessBank const&) = delete;

@@ -33,7 +33,7 @@ public:
 	using Memory = LoudnessMemory;
 	using Windows = LoudnessWindows;
 
-	// From 16 Hz to 2.8224 MHz, and 1 to 64 channels.
+	// Whether the rate is from 16 Hz to 2.8224 MHz, and the layout has 1 to 64 channels.
 	static bool CanMeasure(SN::AudioChannelLayout const& inLayout, double inSampleRate);
 	// inBank: of the same sample rate, for one of many meters; then they share a thread. Throws a HostError for what
 	// cannot be measured.

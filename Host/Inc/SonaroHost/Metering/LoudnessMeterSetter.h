@@ -54,7 +54,7 @@ private:
 	// Whose mSpare is: the render thread's to take while it is fresh, else the host's to make anew.
 	std::atomic<bool> mIsSpareFresh{false};
 	std::unique_ptr<LoudnessMeter> mSpare;
-	// In the order of LoudnessReading.
+	// The values in the order of LoudnessReading.
 	std::array<std::atomic<double>, kNumValues> mValues;
 };
 

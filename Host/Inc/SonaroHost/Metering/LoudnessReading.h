@@ -14,9 +14,9 @@ struct LoudnessReading
 	// Linear, 1 being full scale: the largest magnitude of the samples, and of the signal through them.
 	double mPeak = 0.0;
 	double mTruePeak = 0.0;
-	// Of all samples of all channels; linear.
+	// The root mean square of all samples of all channels; linear.
 	double mRMS = 0.0;
-	// Of the last 400 ms, of the last 3 s, and of everything since the start.
+	// The loudness of the last 400 ms, of the last 3 s, and of everything since the start.
 	double mMomentary = kSilent;
 	double mShortTerm = kSilent;
 	double mIntegrated = kSilent;

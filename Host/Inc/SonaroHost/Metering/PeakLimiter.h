@@ -31,7 +31,7 @@ public:
 	PeakLimiter(PeakLimiter const&) = delete;
 	PeakLimiter& operator=(PeakLimiter const&) = delete;
 
-	// By which the output is late.
+	// Frames by which the output is late.
 	std::int64_t GetLatencyFrames() const;
 
 	// Works in place.

@@ -26,7 +26,7 @@ public:
 	std::int64_t GetClippedSamples() const { return mClippedSamples; }
 
 private:
-	// In steps, above -1 and below 1.
+	// The next value of the dither in steps, above -1 and below 1.
 	double GetNextDither();
 
 	double mScale;

@@ -13,12 +13,12 @@ namespace SonaroHost::Otio
 // "clip 3". One that is no child is called by inKind alone.
 std::string MakeLabel(std::string const& inName, std::string const& inKind, std::string_view inPlace);
 
-// Of tracks without a name "track 2 (A)", "(V)" for one of kind Video, and nothing for other kinds.
+// A name; tracks without one are "track 2 (A)", "(V)" for one of kind Video, and nothing for other kinds.
 std::string GetLabel(Track const& inTrack);
 std::string GetLabel(Stack const& inStack);
 std::string GetLabel(Clip const& inClip);
 
-// "Dialogue / Scene 4": a label behind those of what it stands in.
+// "Dialogue / Scene 4": a label after those of what it stands in.
 std::string AppendLabel(std::string const& inAround, std::string const& inLabel);
 
 } // namespace SonaroHost::Otio

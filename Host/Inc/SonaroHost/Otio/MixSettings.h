@@ -12,7 +12,7 @@
 namespace SonaroHost::Otio
 {
 
-// A value over time, as a file tells it.
+// A value over time, as a file states it.
 struct Curve
 {
 	enum class TimeUnit
@@ -25,20 +25,20 @@ struct Curve
 
 	struct Keyframe
 	{
-		// From the start of the item as it is cut, which is time 0 for its parent's ears.
+		// Time from the start of the item as it is cut, which is time 0 for its parent's ears.
 		RationalTime mTime;
 		double mValue = 0.0;
-		// Up to the next keyframe.
+		// How the curve runs up to the next keyframe.
 		Interpolation mInterpolation = Interpolation::eLinear;
 	};
 
 	bool IsConstant() const { return mKeyframes.empty(); }
 
-	// Without keyframes this holds.
+	// The value where there are no keyframes.
 	double mConstant = 0.0;
-	// In rising order of time, no two at one time.
+	// The keyframes in rising order of time, no two at one time.
 	std::vector<Keyframe> mKeyframes;
-	// Of a gain: decibels, which may be minus infinity, or a linear factor. Of a pan: always eLinear, from
+	// A gain is in decibels, which may be minus infinity, or a linear factor. A pan is always eLinear, from
 	// -1 (left) to 1 (right).
 	AutomationScale mScale = AutomationScale::eLinear;
 	TimeUnit mTimeUnit = TimeUnit::eTime;
@@ -47,7 +47,7 @@ struct Curve
 struct Fade
 {
 	RationalTime mDuration;
-	// Without it the render's own choice.
+	// The shape; without one the render chooses.
 	std::optional<FadeShape> mShape;
 };
 
@@ -70,7 +70,7 @@ struct Submix
 	std::optional<std::string> mOutput;
 };
 
-// Levels that other programs left behind: in the parameters of an effect, or in the metadata of an item. Gains of
+// Levels that other programs left: in the parameters of an effect, or in the metadata of an item. Gains of
 // several effects multiply; of their pans and fades the first one counts.
 struct ForeignLevels
 {
@@ -82,32 +82,32 @@ struct ForeignLevels
 	std::optional<Curve> mMute;
 	std::optional<Fade> mFadeIn;
 	std::optional<Fade> mFadeOut;
-	// Of a clip: it has so many channels, which are the first ones of its media in their order. 0 where nothing says so.
+	// How many channels a clip has, which are the first ones of its media in their order. 0 where nothing says so.
 	std::size_t mFirstChannels = 0;
 };
 
 // How an object is mixed, from its "metadata.sonaro". Which of these it can have depends on its kind;
-// Docs/otio-metadata.schema.json tells.
+// Docs/otio-metadata.schema.json says which.
 struct MixSettings
 {
-	// In decibels.
+	// The gain in decibels.
 	std::optional<Curve> mGain;
 	std::optional<Curve> mPan;
 	std::optional<bool> mMute;
 	std::optional<bool> mSolo;
-	// Of a clip: for each of its channels the one of the media that feeds it, from 1. Empty for all.
+	// A clip's channels: for each the channel of the media that feeds it, from 1. Empty for all.
 	std::vector<unsigned> mChannels;
 	std::optional<Fade> mFadeIn;
 	std::optional<Fade> mFadeOut;
-	// Of a transition.
+	// The shape of a transition.
 	std::optional<FadeShape> mShape;
-	// As ParseLayout reads it.
+	// A layout as ParseLayout reads it.
 	std::optional<std::string> mLayout;
 	std::vector<Submix> mSubmixes;
 	// A submix of the stack that the track stands in; without it the stack's own sum.
 	std::optional<std::string> mOutput;
 	std::vector<Send> mSends;
-	// What others left in the item's metadata; where the above tells the same, it counts.
+	// What others left in the item's metadata; the settings above go before it.
 	ForeignLevels mForeign;
 };
 

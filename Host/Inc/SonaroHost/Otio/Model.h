@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-// What an OpenTimelineIO file tells, checked: every number is within its range, every rate above 0, every
+// What an OpenTimelineIO file says, checked: every number is within its range, every rate above 0, every
 // name of a submix leads somewhere. All are plain values; they can be copied, moved and built by hand.
 //
 // Places    Each object carries its JSON pointer, for messages.
@@ -45,7 +45,7 @@ struct Effect
 struct Marker
 {
 	std::string mName;
-	// In the time of the item that carries it, before its source_range cuts.
+	// The range in the time of the item that carries it, before its source_range cuts.
 	TimeRange mMarkedRange;
 	std::string mColor;
 	std::string mComment;
@@ -76,12 +76,12 @@ struct Clip : Item
 	// The active one, or null for none, which counts as missing.
 	MediaReference const* FindActiveMedia() const;
 
-	// With different keys.
+	// The media references, each with a key of its own.
 	std::vector<MediaReference> mMediaReferences;
 	std::string mActiveMediaKey;
 };
 
-// Also what stands for an object of an unknown schema: mSchema tells which then.
+// Also what stands for an object of an unknown schema: mSchema then says which.
 struct Gap : Item
 {
 	// Empty for a true gap, otherwise "Name.version".
@@ -107,7 +107,7 @@ struct Transition
 
 struct Composable;
 
-// Children lie one behind the other.
+// Children lie one after the other.
 struct Track : Item
 {
 	bool IsAudio() const { return mKind == "Audio"; }

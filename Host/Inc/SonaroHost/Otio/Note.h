@@ -11,7 +11,7 @@ struct Note
 {
 	enum class Kind
 	{
-		// Told for completeness; the sound is as the file says.
+		// Noted for completeness; the sound is as the file says.
 		eRemark,
 		// The file leaves the meaning open; this one was taken.
 		eGuess,

@@ -28,7 +28,7 @@ public:
 	static Ratio FromDouble(double inValue);
 
 	std::int64_t GetNumerator() const { return mNumerator; }
-	// Above 0.
+	// The denominator, above 0.
 	std::int64_t GetDenominator() const { return mDenominator; }
 	double ToDouble() const { return static_cast<double>(mNumerator) / static_cast<double>(mDenominator); }
 

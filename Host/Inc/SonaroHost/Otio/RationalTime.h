@@ -7,7 +7,7 @@
 namespace SonaroHost::Otio
 {
 
-// A time as the file tells it: so many units of which a second has mRate.
+// A time as the file states it: so many units of which a second has mRate.
 struct RationalTime
 {
 	double mValue = 0.0;
@@ -29,7 +29,7 @@ struct TimeRange
 // 59.94, 47952.05 ...) stand for exactly that; whole rates for themselves. inRate is above 0.
 Ratio ToExactRate(double inRate);
 
-// In seconds.
+// The time in seconds.
 Ratio ToSeconds(RationalTime const& inTime);
 
 // The nearest sample of a time in seconds, halves up.

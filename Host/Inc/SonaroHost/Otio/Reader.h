@@ -16,12 +16,12 @@ struct Document
 {
 	// One, except for collections. Never empty.
 	std::vector<Timeline> mTimelines;
-	// In the order of the file. A text that came up very often is listed for its first places and then
+	// The notes in the order of the file. A text that came up very often is listed for its first places and then
 	// counted.
 	std::vector<Note> mNotes;
 };
 
-// Reads the bytes of an .otio file. Throws a HostError of kind eInput for anything that is no sound file of
+// Reads the bytes of an .otio file. Throws a HostError of kind eInput for anything that is no valid file of
 // the format; its message names inPath, which serves for nothing else, the place and what to do.
 // Threads: any.
 Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inPath);

@@ -26,7 +26,7 @@ public:
 	Document const& GetDocument() const { return mDocument; }
 	// Frees it; what was unpacked stays.
 	void DropDocument() { mDocument = Document(); }
-	// From which relative media count.
+	// The folder from which relative media count.
 	std::filesystem::path const& GetFolder() const { return mFolder; }
 	// What the folder is called before people: the archive, where it was unpacked.
 	std::filesystem::path const& GetShownFolder() const { return mShownFolder; }

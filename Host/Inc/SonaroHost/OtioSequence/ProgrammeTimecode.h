@@ -21,7 +21,7 @@ public:
 		Timeline const& inTimeline, TimelineSequence const& inSequence);
 
 	double GetRate() const { return mRate; }
-	// Of a time in seconds from the start of the programme, which bears the timeline's global start.
+	// The label of a time in seconds from the start of the programme, which bears the timeline's global start.
 	std::string GetLabel(Ratio const& inTime) const;
 	std::string GetLength(Ratio const& inLength) const;
 

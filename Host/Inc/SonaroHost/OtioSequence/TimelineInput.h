@@ -24,7 +24,7 @@ public:
 	explicit TimelineInput(
 		std::filesystem::path const& inPath, std::vector<std::filesystem::path> inMediaFolders = {});
 
-	// Of several timelines the first one.
+	// The timeline; the first one where there are several.
 	Timeline const& GetTimeline() const { return mFile.GetDocument().mTimelines.front(); }
 	FileMedia const& GetMedia() const { return mMedia; }
 

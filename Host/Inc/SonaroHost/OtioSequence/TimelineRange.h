@@ -28,12 +28,12 @@ struct FoundRange
 //            its global start, or else of the first range in it. As START or END it is a label, the programme beginning
 //            at the global start.
 //
-// Of several markers of a name the first one counts, as END the first one that starts after START.
+// Where several markers have one name, the first one counts, and as END the first one that starts after START.
 // Throws a HostError for anything else, and for a range without a frame.
 FoundRange FindRange(
 	std::string const& inText, Timeline const& inTimeline, TimelineSequence const& inSequence);
 
-// Of a marker; without a frame where it has no length or lies beyond the end.
+// The range of a marker; without a frame where it has no length or lies beyond the end.
 ProgrammeRange FindRange(MarkerRow const& inMarker, TimelineSequence const& inSequence);
 
 // What a marker names: its own range, or, of a point, all up to the next marker that starts later, or to the end.

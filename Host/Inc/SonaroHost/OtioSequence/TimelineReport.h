@@ -18,7 +18,7 @@ struct ClipRow
 	enum class Status
 	{
 		eHeard,
-		// On purpose: disabled, muted, frozen, cut away by what it is nested in ...
+		// Silent on purpose: disabled, muted, frozen, cut away by what it is nested in ...
 		eSilent,
 		// Its media cannot be found or read.
 		eMissing,
@@ -34,7 +34,7 @@ struct ClipRow
 	std::string mTrack;
 	std::string mPlace;
 
-	// As far as it is visible through what it is nested in; without what crossfades add to it.
+	// The frames in which it is visible through what it is nested in; without what crossfades add to it.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mEndFrame = 0;
 
@@ -58,7 +58,7 @@ struct TrackRow
 	std::string mName;
 	std::string mTrack;
 	std::string mPlace;
-	// Of the stack that it stands in: which of its children it is. 0 on a track.
+	// Which child it is of the stack that it stands in. 0 on a track.
 	std::size_t mIndex = 0;
 	// How many compositions stand around it below the timeline's own stack; 0 for those of the timeline itself.
 	std::size_t mDepth = 0;
@@ -82,7 +82,7 @@ struct MarkerRow
 {
 	std::string mName;
 	std::string mComment;
-	// With the item that carries it.
+	// The track with the item that carries it.
 	std::string mTrack;
 	std::string mPlace;
 	// Exact, in seconds from the start of the programme. The end is cut off where the item ends.

@@ -18,16 +18,16 @@ namespace SonaroHost::Otio
 
 struct TimelineOptions
 {
-	// Without one, that of the most clips' media; 48000 where there are none.
+	// The rate. Without one it is that of the most clips' media, and 48000 where there are none.
 	std::optional<int> mSampleRate;
-	// Without one, the timeline's own; stereo where it names none, unless all that is heard is mono.
+	// The layout. Without one it is the timeline's own, and stereo where it names none, unless all that is heard is mono.
 	std::optional<SN::AudioChannelLayout> mLayout;
-	// Of transitions and fades that name none.
+	// The shape of transitions and fades that name none.
 	FadeShape mFadeShape = FadeShape::eEqualPower;
 	// Only this child of the timeline's stack is heard, for a stem: solos do not count, mutes do. All of them
 	// together are the mix where none is solo.
 	std::optional<std::size_t> mOnlyChild;
-	// Asked for each child of a stack that is heard, once its items are made. What it gives listens behind the
+	// Asked for each child of a stack that is heard, once its items are made. What it gives listens after the
 	// gain and before the pan; it may be nothing.
 	std::function<SN::InterfaceRef<SN::IAudioMeterSetter>(TrackRow const&)> mMakeMeter;
 	// The same for the sum.
@@ -37,17 +37,17 @@ struct TimelineOptions
 	Sequence::NumberParameter mMasterGain;
 };
 
-// A timeline as a sequence that a graph can be made of, and what is to be told of it.
+// A timeline as a sequence that a graph can be made of, and what is to be reported about it.
 struct TimelineSequence
 {
 	// The timeline's, for messages; empty where it is from none.
 	std::filesystem::path mFile;
-	// Of its stack, a JSON pointer.
+	// The place of its stack, a JSON pointer.
 	std::string mPlace;
-	// At which mDescription is to be rendered: its times are whole frames of this rate.
+	// The rate at which mDescription is to be rendered: its times are whole frames of this rate.
 	int mSampleRate = 48000;
 	std::shared_ptr<Sequence::Description const> mDescription;
-	// Of the programme.
+	// The layout of the programme.
 	SN::AudioChannelLayout mLayout;
 	// The programme within the description: its first frame, and so many. What else the description holds is cut
 	// away by the timeline.
@@ -62,20 +62,20 @@ struct TimelineSequence
 	std::optional<Ratio> mGlobalStart;
 	double mGlobalStartRate = 0.0;
 
-	// In the order of the file.
+	// The rows in the order of the file.
 	std::vector<ClipRow> mClips;
 	std::vector<TrackRow> mTracks;
-	// In the order of time.
+	// The markers in the order of time.
 	std::vector<MarkerRow> mMarkers;
 	std::vector<MissingMedia> mMissing;
-	// Without those of the reader.
+	// The notes of laying out, without those of the reader.
 	std::vector<Note> mNotes;
 };
 
 // Frees the rows of tracks and clips: of many clips they take as much memory as a graph.
 void DropRows(TimelineSequence& ioSequence);
 
-// Why the programme is not as the timeline means it: whether a note tells of something that was guessed or ignored.
+// Why the programme is not as the timeline means it: whether a note reports something that was guessed or ignored.
 bool HasGuesses(std::vector<Note> const& inNotes);
 
 } // namespace SonaroHost::Otio

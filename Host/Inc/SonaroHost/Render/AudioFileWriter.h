@@ -47,7 +47,7 @@ public:
 	void Finish();
 
 	std::int64_t GetFrames() const { return mFrames; }
-	// Over all channels; 0 for floats.
+	// How many samples of all channels were clipped; 0 for floats.
 	std::int64_t GetClippedSamples() const;
 
 private:

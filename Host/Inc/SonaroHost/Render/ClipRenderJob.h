@@ -28,14 +28,14 @@ struct PlaybackSummary
 	std::vector<std::uint64_t> mMissedFramesOfInputs;
 };
 
-// Of the one file of the output.
+// What became of the one file of the output.
 struct RenderSummary : RenderedFiles
 {
 	unsigned mChannels = 0;
 	int mSampleRate = 0;
 	// What the render took by the clock.
 	double mElapsedSeconds = 0.0;
-	// Of a render as playback.
+	// What the reading ahead of a render as playback came to.
 	std::optional<PlaybackSummary> mPlayback;
 
 	RenderedFile const& GetFile() const { return mFiles.front(); }

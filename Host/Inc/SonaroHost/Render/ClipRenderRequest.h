@@ -33,13 +33,13 @@ struct ClipInput
 {
 	// "-" for the standard input.
 	std::filesystem::path mPath;
-	// In the file.
+	// The start in the file.
 	TimePosition mStart = {};
-	// At most to the file's end, which is where it ends without one.
+	// The length, at most to the file's end, which is where it ends without one.
 	std::optional<TimePosition> mDuration = std::nullopt;
 	// Channels of the file from 0 on, in a new order; empty for all.
 	std::vector<unsigned> mChannels = {};
-	// In the programme at the speed 1, in seconds or in samples of the output; without one, where the input
+	// The place in the programme at the speed 1, in seconds or in samples of the output; without one, where the input
 	// before ends.
 	std::optional<TimePosition> mPosition = std::nullopt;
 };
@@ -47,7 +47,7 @@ struct ClipInput
 // Sound files to be rendered into another, one after the other or wherever they are put.
 struct ClipRenderRequest
 {
-	// At least one. Where they overlap, the later one in this list is heard alone.
+	// One input or more. Where they overlap, the later one in this list is heard alone.
 	std::vector<ClipInput> mInputs;
 	// A file, or "-" for the standard output.
 	std::filesystem::path mOutput;
@@ -63,14 +63,14 @@ struct ClipRenderRequest
 	// Linear; at 1, samples pass bit for bit.
 	float mGain = 1.0f;
 	OutputLevels mLevels;
-	// Of the whole programme, as the speed is.
+	// The direction of the whole programme, as the speed is its speed.
 	RenderDirection mDirection = RenderDirection::eForward;
 	// Resampled, so that pitch follows; at 1 nothing is.
 	double mSpeed = 1.0;
-	// Of the output, without one that of the first input. Inputs of another rate are resampled, pitch and
+	// The output's rate; without one it is that of the first input. Inputs of another rate are resampled, pitch and
 	// length staying.
 	std::optional<int> mSampleRate;
-	// From silence at the output's start, and to silence at its end. Together at most as long as the output.
+	// Times of the fades from silence at the output's start and to silence at its end. Together at most as long as the output.
 	std::optional<TimePosition> mFadeIn;
 	std::optional<TimePosition> mFadeOut;
 	unsigned mBlockFrames = 4096;

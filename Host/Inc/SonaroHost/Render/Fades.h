@@ -9,7 +9,7 @@
 namespace SonaroHost
 {
 
-// From silence at the start of a programme, and to silence at its end; in frames, 0 for none.
+// Fades from silence at the start of a programme and to silence at its end, in frames; 0 for none.
 struct Fades
 {
 	std::int64_t mIn = 0;

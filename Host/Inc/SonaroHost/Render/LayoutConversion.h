@@ -19,11 +19,11 @@ namespace SonaroHost
 class LayoutConversion
 {
 public:
-	// inContext: of the render, which has the largest block and clears up behind the panner.
+	// inContext: that of the render, which has the largest block and clears up after the panner.
 	LayoutConversion(LayoutPlan const& inPlan, SN::InterfaceRef<SN::IAudioRenderContext> const& inContext,
 		SN::FrameRate const& inFrameRate);
 
-	// Before the first block.
+	// Called before the first block.
 	void Preroll(SN::TickTime const& inTime, bool inReverse);
 
 	// The block in the output's layout, until the next call: ioBlock itself where nothing is to be done.
@@ -34,7 +34,7 @@ private:
 	void MakePanner(LayoutPlan const& inPlan, SN::InterfaceRef<SN::IAudioRenderContext> const& inContext,
 		SN::FrameRate const& inFrameRate);
 
-	// At most one of them; neither where the channels pass as they are.
+	// One of them at most; neither where the channels pass as they are.
 	SN::AudioChannelMix::MixFunction mMix;
 	SN::InterfaceRef<SN::IAudioPanProcessor> mPanner;
 	// The panner's parameters; empty for a panner without any.

@@ -27,7 +27,7 @@ enum class Measuring
 	eNothing,
 	// Loudness and true peak of what is written.
 	eOutput,
-	// Of the mix, of each track and of each nested sequence as well.
+	// The mix is measured, and each track and nested sequence as well.
 	eTracks,
 };
 

@@ -16,15 +16,15 @@ namespace SonaroHost
 struct PlannedClip
 {
 	SN::InterfaceRef<AudioFileSource> mSource;
-	// In the source, in its own frames.
+	// The range in the source, in its own frames.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mSourceFrames = 0;
-	// Of the source, in the order of the layout that the plan begins with.
+	// Channels of the source, in the order of the layout that the plan begins with.
 	std::vector<unsigned> mChannels;
 	LayoutPlan mLayout;
 	// Samples of the source for one of the output; at 1 nothing is resampled.
 	double mReadingSpeed = 1.0;
-	// In the output.
+	// The range in the output.
 	std::int64_t mPosition = 0;
 	std::int64_t mFrames = 0;
 
@@ -40,9 +40,9 @@ public:
 	// Throws a HostError when an input cannot be opened or the request does not fit the inputs.
 	explicit ProgrammePlan(ClipRenderRequest const& inRequest);
 
-	// In the order of the request; later ones cover earlier ones.
+	// The clips in the order of the request; later ones cover earlier ones.
 	std::vector<PlannedClip> const& GetClips() const { return mClips; }
-	// Of the output.
+	// The rate of the output.
 	int GetSampleRate() const { return mSampleRate; }
 	SN::FrameRate GetFrameRate() const { return SN::FrameRate::FromSamplesPerSecond(mSampleRate); }
 	std::int64_t GetFrames() const { return mFrames; }
@@ -51,7 +51,7 @@ public:
 	// The clips are reversed and in the order of the reversed programme already.
 	bool IsReversed() const { return mIsReversed; }
 	float GetGain() const { return mGain; }
-	// As it was asked for, of the whole.
+	// The speed of the whole, as it was asked for.
 	double GetSpeed() const { return mSpeed; }
 	bool IsResampled() const;
 	// Each sample of the output is one of an input or zero.

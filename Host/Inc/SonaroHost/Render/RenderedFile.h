@@ -19,17 +19,17 @@ namespace SonaroHost
 struct RenderedFile
 {
 	std::filesystem::path mPath;
-	// Of the track or marker; empty for the mix.
+	// The name of the track or marker; empty for the mix.
 	std::string mName;
-	// Of a stem, the child of the timeline's stack that is heard alone.
+	// The child of the timeline's stack that is heard alone.
 	std::optional<std::size_t> mOnlyChild;
-	// In the programme.
+	// The range in the programme.
 	ProgrammeRange mRange;
-	// At the ends of that range.
+	// The fades at the ends of that range.
 	Fades mFades;
 	// What a WAV carries as its place in time, in samples since midnight.
 	std::optional<std::int64_t> mTimeReference;
-	// Of the samples before rounding; linear, 1 being full scale.
+	// The peak of the samples before rounding; linear, 1 being full scale.
 	float mPeak = 0.0f;
 	std::int64_t mClippedSamples = 0;
 	std::optional<LoudnessReading> mLoudness;
@@ -42,11 +42,11 @@ struct RenderedFiles
 {
 	OutputFormat mFormat;
 	std::vector<RenderedFile> mFiles;
-	// Of the mix in the range, before it is normalized and limited; when it was measured.
+	// The reading of the mix in the range, before it is normalized and limited; when it was measured.
 	std::optional<LoudnessReading> mMix;
 	// Linear; 1 without normalizing.
 	double mNormalizingGain = 1.0;
-	// With a limiter, how far the loudness stays from what was asked for, in LU.
+	// How far a limiter keeps the loudness from what was asked for, in LU.
 	double mLoudnessError = 0.0;
 };
 

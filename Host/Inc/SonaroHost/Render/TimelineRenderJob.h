@@ -23,10 +23,10 @@ namespace SonaroHost::Otio
 
 struct TimelineRenderSummary : RenderedFiles
 {
-	// For each row of the sequence's tracks, behind its fader; nothing for those that are not heard. What is only
+	// The reading of each row of the sequence's tracks, after its fader; nothing for those that are not heard. What is only
 	// rendered for effects to settle does not count.
 	std::vector<std::optional<LoudnessReading>> mTracks;
-	// Of the mix.
+	// The graph of the mix.
 	Sequence::GraphReport mGraph;
 	double mElapsedSeconds = 0.0;
 };
@@ -48,9 +48,9 @@ public:
 
 	// See TimelineRenderRequest::mKeepsRows.
 	TimelineSequence const& GetSequence() const { return mSequence; }
-	// Of reading and laying out, and of the range.
+	// Notes of reading and laying out, and of the range.
 	std::vector<Note> const& GetNotes() const { return mNotes; }
-	// Of the range alone: how it was understood.
+	// Notes of the range alone: how it was understood.
 	std::vector<Note> const& GetRangeNotes() const { return mRangeNotes; }
 	ProgrammeRange const& GetRange() const { return mRange; }
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
@@ -78,7 +78,7 @@ private:
 	std::vector<Note> mRangeNotes;
 	ProgrammeRange mRange;
 	OutputFormat mFormat;
-	// As planned.
+	// The files as planned.
 	std::vector<RenderedFile> mFiles;
 };
 

@@ -39,17 +39,17 @@ struct TimelineRenderRequest
 	std::optional<OutputSamples> mSamples;
 	std::optional<Dither> mDither;
 
-	// As TimelineOptions have them.
+	// The same as in TimelineOptions.
 	std::optional<int> mSampleRate;
 	std::optional<SN::AudioChannelLayout> mLayout;
 	FadeShape mFadeShape = FadeShape::eEqualPower;
 
-	// As FindRange reads it; empty for all.
+	// The range as FindRange reads it; empty for all.
 	std::string mRange;
 	Stems mStems = Stems::eNone;
 	// Linear, of each file alike; at 1, samples pass bit for bit.
 	float mGain = 1.0f;
-	// From silence at the start of each file, and to silence at its end; together at most as long as the file.
+	// Times of the fades from silence at the start of each file and to silence at its end; together at most as long as the file.
 	std::optional<TimePosition> mFadeIn;
 	std::optional<TimePosition> mFadeOut;
 	OutputLevels mLevels;

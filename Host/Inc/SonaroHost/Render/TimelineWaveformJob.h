@@ -38,13 +38,13 @@ struct TimelineWaveformSummary
 	std::int64_t mFrames = 0;
 	int mSampleRate = 0;
 	unsigned mHeight = 0;
-	// From the top down: the mix, and each track as it arrives there.
+	// The bands from the top down: the mix, and each track as it arrives there.
 	std::vector<std::string> mBands;
 	double mElapsedSeconds = 0.0;
 };
 
 // Draws what is heard of a timeline: a band for the mix and one for each of its tracks that is heard, each with all its
-// channels in one. It is rendered once; tracks are seen behind their faders, before their pans.
+// channels in one. It is rendered once; tracks are seen after their faders, before their pans.
 class TimelineWaveformJob
 {
 public:
@@ -54,14 +54,14 @@ public:
 	Otio::TimelineSequence const& GetSequence() const { return mSequence; }
 	int GetSampleRate() const { return mSequence.mSampleRate; }
 
-	// As WaveformJob, on the calling thread.
+	// The same as that of WaveformJob, on the calling thread.
 	std::optional<TimelineWaveformSummary> Run(
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
 	TimelineWaveformRequest mRequest;
 	Otio::TimelineInput mInput;
-	// To tell of; without what listens.
+	// The rows for reports; without meters.
 	Otio::TimelineSequence mSequence;
 };
 

@@ -50,16 +50,16 @@ struct WaveformRequest
 	std::filesystem::path mOutput;
 	WaveformFormat mFormat = WaveformFormat::ePng;
 	TimePosition mStart;
-	// At most to the input's end, which is where it ends without one.
+	// The length, at most to the input's end, which is where it ends without one.
 	std::optional<TimePosition> mDuration;
-	// At most one of both. A picture is exactly so wide, 1200 pixels without either; data has at most so many
+	// One of both at most. A picture is exactly so wide, 1200 pixels without either; data has at most so many
 	// columns, of 256 samples without either.
 	std::optional<std::int64_t> mWidth;
 	std::optional<std::int64_t> mSamplesPerColumn;
 	WaveformChannels mChannels = WaveformChannels::eStacked;
-	// Of pictures.
+	// The style of pictures.
 	WaveformStyle mStyle;
-	// Of a value in data: 8 or 16.
+	// Bits of a value in data: 8 or 16.
 	int mBits = 16;
 	// Whether an older file of the output's name may be replaced.
 	bool mReplace = true;
@@ -69,10 +69,10 @@ struct WaveformSummary
 {
 	std::int64_t mFrames = 0;
 	int mSampleRate = 0;
-	// Of the output; a picture's columns are its pixels.
+	// The size of the output; a picture's columns are its pixels.
 	std::size_t mChannels = 0;
 	std::int64_t mColumns = 0;
-	// On average, in a picture.
+	// An average, in a picture.
 	double mSamplesPerColumn = 0.0;
 	double mElapsedSeconds = 0.0;
 };
@@ -102,12 +102,12 @@ private:
 
 	WaveformRequest mRequest;
 	SN::InterfaceRef<AudioFileSource> mSource;
-	// In the input.
+	// The range in the input.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mFrames = 0;
-	// Of the output.
+	// The columns of the output.
 	std::int64_t mColumns = 0;
-	// As it is computed: for a picture finer than its pixels, if possible.
+	// The waveform as it is computed: for a picture finer than its pixels, if possible.
 	Waveform mWaveform;
 };
 

@@ -52,7 +52,7 @@ struct Send
 	// Index of the submix.
 	std::size_t mSubmix = 0;
 	Fader mLevel;
-	// From 0, left, over 0.5 to 1, right, where the submix's layout can be panned to; empty for none.
+	// The pan from 0 (left) through 0.5 to 1 (right), where the submix's layout can be panned to; empty for none.
 	NumberParameter mPan;
 };
 
@@ -67,7 +67,7 @@ using Stage = std::variant<Fader, Effect, Send, Meter>;
 struct Chain
 {
 	std::vector<Stage> mStages;
-	// Behind all stages, where the layout becomes that of the destination; empty for the fixed conversion.
+	// The pan after all stages, where the layout becomes that of the destination; empty for the fixed conversion.
 	NumberParameter mPan;
 };
 

@@ -59,12 +59,12 @@ struct Item
 	SN::TickTime mStart;
 	SN::TickTime mEnd;
 	std::variant<Clip, Nest> mContent;
-	// Of the content, pitch following: 2 is twice as fast, below 0 backwards, the frame that is heard first
+	// The speed of the content, pitch following: 2 is twice as fast, below 0 backwards, the frame that is heard first
 	// staying the same. 0 is silence.
 	double mSpeed = 1.0;
 	// Its channels become those of the track; no sends.
 	Chain mChain;
-	// Within the item, from and to silence. Not at an end that a crossfade reaches.
+	// Fades within the item, from and to silence. None at an end that a crossfade reaches.
 	Fade mFadeIn;
 	Fade mFadeOut;
 	// What it was made from, for messages: a JSON pointer into a file, for instance; or nothing.
@@ -92,7 +92,7 @@ struct Output
 	{
 		eMaster,
 		eSubmix,
-		// To its sends alone.
+		// It is heard through its sends alone.
 		eNone,
 	};
 
@@ -104,7 +104,7 @@ struct Output
 struct Track
 {
 	std::string mName;
-	// Of the items' sound on it.
+	// The layout of the items' sound on it.
 	SN::AudioChannelLayout mLayout;
 	std::vector<Item> mItems;
 	std::vector<Crossfade> mCrossfades;
@@ -112,7 +112,7 @@ struct Track
 	// Empty for a track that is never muted; live in a playback.
 	MuteSwitch mMute;
 	Output mOutput;
-	// As of an item.
+	// The same as that of an item.
 	std::string mOrigin;
 };
 
@@ -123,14 +123,14 @@ struct Submix
 	Chain mChain;
 	MuteSwitch mMute;
 	Output mOutput;
-	// As of an item.
+	// The same as that of an item.
 	std::string mOrigin;
 };
 
 struct Description
 {
 	std::string mName;
-	// Of what comes out of it.
+	// The layout of what comes out of it.
 	SN::AudioChannelLayout mLayout;
 	std::vector<Track> mTracks;
 	std::vector<Submix> mSubmixes;

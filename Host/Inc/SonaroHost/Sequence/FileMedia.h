@@ -39,7 +39,7 @@ private:
 		std::shared_ptr<Sequence::Media const> mMedia;
 		// Its path is the one for people.
 		AudioFileInfo mInfo;
-		// Without media.
+		// Why there are no media.
 		std::optional<HostError> mError;
 	};
 	class OpenSources;
@@ -47,7 +47,7 @@ private:
 	HostError NameAsShown(HostError const& inError) const;
 
 	std::map<std::filesystem::path, File> mFiles;
-	// By the path for people.
+	// Files by the path for people.
 	std::map<std::filesystem::path, File const*> mShownFiles;
 	// Shared with the media, which outlive this where a graph does.
 	std::shared_ptr<OpenSources> mSources;

@@ -17,18 +17,18 @@ struct ItemReport
 	std::string mName;
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mEndFrame = 0;
-	// Of its own effects, compensated.
+	// The latency of its own effects, which is compensated.
 	std::int64_t mLatencyFrames = 0;
 };
 
-// Of a track, a submix or a master.
+// What became of a track, a submix or a master.
 struct TrackReport
 {
 	// The tracks and items that lead to it, from the outermost sequence on, as "Dialogue / Scene 4 / Boom".
 	std::string mPlace;
 	// How far ahead of the sequence's time it is asked.
 	std::int64_t mAheadFrames = 0;
-	// Of its effects, and by which its output waits for others.
+	// The latency of its effects, and the frames by which its output waits for others.
 	std::int64_t mLatencyFrames = 0;
 	std::int64_t mWaitFrames = 0;
 };

@@ -48,7 +48,7 @@ public:
 	SN::AudioChannelLayout const& GetLayout() const { return mLayout; }
 
 	GraphReport const& GetReport() const { return mReport; }
-	// For the last who asks; none is left.
+	// Hands the report over; it is empty afterwards.
 	GraphReport TakeReport() { return std::move(mReport); }
 
 private:
@@ -60,8 +60,8 @@ private:
 // The end of the last item, 0 without any.
 SN::TickTime GetLength(Description const& inDescription);
 
-// Of all tracks, submixes and masters, those of nested sequences for each place that these stand in: each of
-// them keeps blocks in memory.
+// How many channels all tracks, submixes and masters have, those of nested sequences for each place that these stand
+// in: each of them keeps blocks in memory.
 std::uint64_t CountChannels(Description const& inDescription);
 
 } // namespace SonaroHost::Sequence

@@ -31,7 +31,7 @@ struct Waveform
 
 	int mSampleRate = 0;
 	std::int64_t mSamplesPerColumn = 0;
-	// Of each channel the columns, as in an IAudioWaveformBuffer.
+	// The columns of each channel, as in an IAudioWaveformBuffer.
 	std::vector<std::vector<float>> mChannels;
 };
 

@@ -26,24 +26,24 @@ struct Colour
 enum class AmplitudeScale
 {
 	eLinear,
-	// From the floor in the middle to full scale at the edge.
+	// Decibels, from the floor in the middle to full scale at the edge.
 	eDecibels,
 };
 
 // What a picture of a waveform looks like.
 struct WaveformStyle
 {
-	// In pixels; the channels share it.
+	// The height in pixels; the channels share it.
 	unsigned mHeight = 240;
 	Colour mBackground{255, 255, 255, 255};
 	Colour mWave{36, 84, 138, 255};
 	Colour mRms{122, 170, 220, 255};
 	AmplitudeScale mScale = AmplitudeScale::eLinear;
-	// Below 0.
+	// The floor, below 0.
 	double mFloorDecibels = -60.0;
 };
 
-// From -1, full scale below, to 1, full scale above. What lies beyond is cut off.
+// The place in a picture from -1 (full scale below) to 1 (full scale above). What lies beyond is cut off.
 double ScaleAmplitude(double inSample, WaveformStyle const& inStyle);
 
 } // namespace SonaroHost
