@@ -42,7 +42,7 @@ FrameLimiter::FrameLimiter(unsigned inChannels, int inSampleRate, double inLimit
 	}
 	mGains.assign(lookAhead, 1.0);
 	mFramesAtRest = lookAhead;
-	// A peak that is found at frame t lies between t - reach and the frame behind it. The gain of frame f is due when
+	// A peak that is found at frame t lies between t - reach and the frame after it. The gain of frame f is due when
 	// the peaks from f - reach - 1 to f + reach have been in every gain of the average.
 	mLatencyFrames = lookAhead - 1 + 2 * reach;
 	mHoldFrames = lookAhead + 2 * reach + 1;

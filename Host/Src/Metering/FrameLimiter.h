@@ -49,7 +49,7 @@ private:
 	std::deque<Allowed> mHeld;
 	double mGain = 1.0;
 	std::vector<double> mWeights;
-	// As long as the weights, in a ring.
+	// A ring as long as the weights.
 	std::vector<double> mGains;
 	std::size_t mNextGain = 0;
 	// Since the last gain below 1.

@@ -9,7 +9,7 @@ namespace SonaroHost
 namespace
 {
 
-// Of the analogue filters that the coefficients of BS.1770 for 48 kHz come from by the bilinear transform.
+// The analogue filters that the coefficients of BS.1770 for 48 kHz come from by the bilinear transform.
 constexpr double kShelfHertz = 1681.974450955533;
 constexpr double kShelfQ = 0.7071752369554196;
 constexpr double kShelfDecibels = 3.999843853973347;

@@ -9,7 +9,7 @@ namespace SonaroHost
 namespace
 {
 
-// As many as a render hands on at once, where nobody asks for other blocks.
+// The frames that a render hands on at once, where nobody asks for other blocks.
 constexpr unsigned kFrames = 4096;
 
 } // namespace

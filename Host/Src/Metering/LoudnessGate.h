@@ -10,7 +10,7 @@
 namespace SonaroHost
 {
 
-// In LUFS, of a weighted power; minus infinity for 0.
+// The loudness of a weighted power in LUFS; minus infinity for 0.
 double ToLoudness(double inPower);
 
 // The integrated loudness of a programme, gated by EBU R 128, from the powers of its stretches of 100 ms.
@@ -19,7 +19,7 @@ class LoudnessGate
 public:
 	explicit LoudnessGate(LoudnessMemory inMemory);
 
-	// Of the next stretch. With eFixed this allocates nothing.
+	// inPower: that of the next stretch. With eFixed this allocates nothing.
 	void Add(double inPower);
 	double GetLoudness() const;
 
@@ -34,14 +34,14 @@ private:
 	void AddBlock(double inPower);
 
 	bool mIsGrowing;
-	// Of the last stretches, in a ring: a block is four of them.
+	// A ring of the last stretches' powers: a block is four of them.
 	std::array<double, 4> mStretches{};
 	std::int64_t mStretch = 0;
-	// Above the absolute gate.
+	// All blocks above the absolute gate.
 	Blocks mAll;
-	// Of each block.
+	// The power of each block.
 	std::vector<double> mPowers;
-	// By loudness, so that blocks change sides of the relative gate a class at a time.
+	// Blocks sorted by loudness, so that they change sides of the relative gate a class at a time.
 	std::vector<Blocks> mClasses;
 };
 

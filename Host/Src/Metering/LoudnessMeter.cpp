@@ -23,9 +23,9 @@ namespace
 
 using zorvaccelerate::utility::InterpolationTaps;
 
-// Of a meter's own lanes.
+// The largest block of a meter's own lanes.
 constexpr unsigned kOwnFrames = 1024;
-// As many points as are found at once.
+// The points that are found at once.
 constexpr unsigned kPointStep = 16;
 static_assert(kPointStep + zorvaccelerate::utility::kInterpolationReach <= MeterLanes::kHistory);
 

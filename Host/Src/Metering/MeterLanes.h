@@ -22,7 +22,7 @@ public:
 	struct Tenant
 	{
 		WeightedProgramme* mProgramme;
-		// Of each channel kHistory samples, one channel after the other.
+		// kHistory samples of each channel, one channel after the other.
 		std::vector<float>* mHistory;
 		std::size_t mFirstLane;
 		unsigned mFrames;

@@ -15,7 +15,7 @@ class TruePeakFinder
 public:
 	TruePeakFinder(unsigned inChannels, int inSampleRate);
 
-	// Of what lies from the sample GetLatencyFrames before this frame on, up to the one behind it.
+	// The peak of what lies between the sample GetLatencyFrames before this frame and the one after that.
 	double Process(float const* inFrame);
 
 	// So many frames to either side are within the filter's reach.
@@ -24,7 +24,7 @@ public:
 private:
 	struct Phase
 	{
-		// For the newest sample first.
+		// The newest sample's tap comes first.
 		std::vector<double> mTaps;
 	};
 
@@ -33,8 +33,8 @@ private:
 	// Samples of a channel that the filter sees.
 	std::size_t mSpan = 1;
 	std::size_t mNewest = 0;
-	// Of each channel twice the span, the second half repeating the first, so that any run of it is contiguous,
-	// the newest sample first.
+	// Twice the span for each channel, the second half repeating the first, so that any run of it is contiguous; the
+	// newest sample comes first.
 	std::vector<std::vector<float>> mHistories;
 };
 

@@ -15,7 +15,7 @@ namespace
 using Taps = std::vector<double>;
 using zorvaccelerate::utility::InterpolationTaps;
 
-// Of a point that lies inPhase steps of 1 / inFactor after the older one of the samples beside it.
+// The taps of a point that lies inPhase steps of 1 / inFactor after the older one of the samples beside it.
 Taps GetPhase(std::size_t inPhase, std::size_t inFactor)
 {
 	Taps taps;

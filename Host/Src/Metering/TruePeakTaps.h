@@ -11,10 +11,10 @@ namespace SonaroHost
 // rate below 192 kHz, and none from there on; the filter of libebur128, so that its true peak is found here too.
 constexpr std::size_t kTruePeakTaps = 49;
 
-// By which the rate is multiplied, 1 for no interpolation.
+// The factor by which the rate is multiplied; 1 for no interpolation.
 std::size_t GetTruePeakFactor(double inSampleRate);
 
-// Of the filter at so many times the rate.
+// A tap of the filter at inFactor times the rate.
 double GetTruePeakTap(std::size_t inIndex, std::size_t inFactor);
 
 // inFactor: above 1.

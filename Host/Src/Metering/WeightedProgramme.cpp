@@ -170,7 +170,7 @@ double WeightedProgramme::GetSquares() const
 double WeightedProgramme::GetRecent(unsigned inStretches) const
 {
 	std::size_t const frames = std::size_t{mStretchFrames} * inStretches;
-	// From the oldest on; the end of the ring comes first where the window reaches over its seam.
+	// The oldest come first: where the window reaches over the ring's seam, those at its end.
 	std::size_t const beforeSeam = frames > mNextInWindow ? frames - mNextInWindow : 0;
 	double power = 0.0;
 	auto const add = [&power](float inPower) { power += static_cast<double>(inPower); };

@@ -37,9 +37,9 @@ public:
 	// A channel's filter onto a lane and back.
 	void Load(unsigned inChannel, unsigned inLane, zorvaccelerate::utility::LaneStates& outStates) const;
 	void Store(unsigned inChannel, unsigned inLane, zorvaccelerate::utility::LaneStates const& inStates);
-	// With windows: what comes out of a channel's filter, inStride apart. The first channel's comes first.
+	// Only with windows: takes what comes out of a channel's filter, inStride apart. The first channel's comes first.
 	void TakeFiltered(unsigned inChannel, unsigned inFrames, float const* inFiltered, std::size_t inStride);
-	// At most GetFramesToStep.
+	// inFrames: at most GetFramesToStep.
 	void Advance(unsigned inFrames);
 	// Any number of frames of silence, at rest.
 	void AdvanceAtRest(std::int64_t inFrames);
@@ -47,7 +47,7 @@ public:
 	double GetSquares() const;
 	std::int64_t GetFrames() const { return mFrames; }
 	double GetIntegrated() const { return mGate.GetLoudness(); }
-	// Of the last 400 ms or 3 s; with windows.
+	// The loudness of the last 400 ms or 3 s; only with windows.
 	double GetMomentary() const { return GetRecent(kStretchesOfMoment); }
 	double GetShortTerm() const { return GetRecent(kStretchesOfWindow); }
 
@@ -63,9 +63,9 @@ private:
 		float mRecentSquares = 0.0f;
 		float mRecentFilteredSquares = 0.0f;
 		double mSquares = 0.0;
-		// Of this stretch.
+		// The sum over this stretch.
 		double mFilteredSquares = 0.0;
-		// Of BS.1770.
+		// The channel's weight in BS.1770.
 		double mWeight = 1.0;
 	};
 
