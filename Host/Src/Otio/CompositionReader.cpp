@@ -33,7 +33,7 @@ void ReadGap(Cursor const& inObject, Gap& outGap)
 	}
 }
 
-// What it is cannot be told, but how long it is can.
+// What it is stays unknown, but how long it is can be read.
 void ReadUnknown(Cursor const& inObject, Around inAround, Gap& outGap)
 {
 	outGap.mSchema = GetSchemaLabel(inObject);

@@ -14,7 +14,7 @@ namespace SonaroHost::Otio
 void ReadEffects(
 	Cursor const& inList, std::optional<TimeRange> const& inRange, std::vector<Effect>& outEffects);
 
-// Markers that cannot be used are told of and left out.
+// Markers that cannot be used are left out, and a note says so.
 void ReadMarkers(Cursor const& inList, std::vector<Marker>& outMarkers);
 
 } // namespace SonaroHost::Otio

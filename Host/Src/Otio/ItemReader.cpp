@@ -77,7 +77,7 @@ void TellOfLength(Cursor const& inObject, Item const& inItem)
 	{
 		speed *= effect.mIsEnabled && effect.mKind != Effect::Kind::eOther ? effect.mTimeScalar : 1.0;
 	}
-	// At rest nothing is heard.
+	// An item at rest is not heard.
 	if (speed != 0.0 && std::abs(std::abs(speed) - 1.0) > kSameSpeed)
 	{
 		inObject.GetFindings().TellOnce(Note::Kind::eGuess,

@@ -19,7 +19,7 @@ public:
 	{
 	}
 
-	// In each note that has neither.
+	// Fills them in for each note that has neither.
 	void Name(std::vector<Note>& ioNotes) const;
 
 private:

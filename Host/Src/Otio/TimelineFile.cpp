@@ -163,7 +163,7 @@ private:
 TimelineFile::TimelineFile(std::filesystem::path const& inPath)
 	: mFolder(inPath.parent_path())
 {
-	// Otherwise files of the working folder would be told without a place.
+	// Otherwise messages would name files of the working folder without a place.
 	mFolder = mFolder.empty() ? "." : mFolder;
 	if (GetLowerExtension(inPath) == ".otioz")
 	{

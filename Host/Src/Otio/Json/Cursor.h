@@ -35,7 +35,7 @@ public:
 	bool IsNothing() const { return Is(JsonValue::Type::eNull); }
 	bool IsObject() const { return Is(JsonValue::Type::eObject); }
 
-	// As a JSON pointer (RFC 6901). A very long one has "..." for its middle.
+	// The place as a JSON pointer (RFC 6901). A very long one has "..." for its middle.
 	std::string GetPlace() const;
 
 	// Throws a Refusal; inWhy goes on after the place.

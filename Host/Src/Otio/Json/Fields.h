@@ -15,7 +15,7 @@
 namespace SonaroHost::Otio
 {
 
-// Which members of an object are given again behind them.
+// Knows which members of an object are given again further down.
 class RepeatedKeys
 {
 public:
@@ -29,7 +29,7 @@ private:
 	std::unordered_map<std::string_view, JsonValue const*> mLast;
 };
 
-// Tells of members that nobody reads, and of those that are given more than once. inShared: more known keys.
+// Notes members that nobody reads, and those that are given more than once. inShared: more known keys.
 void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_view> inKnown,
 	std::span<std::string_view const> inShared = {});
 
@@ -40,7 +40,7 @@ std::string ReadText(Cursor const& inValue);
 // Finite, and within the range.
 double ReadNumber(Cursor const& inValue, double inSmallest, double inLargest);
 bool ReadBool(Cursor const& inValue);
-// Nothing counts as true, and so do numbers but 0, which are told of.
+// A missing value counts as true, and so does any number but 0; a note reports numbers.
 bool ReadEnabled(Cursor const& inValue);
 
 RationalTime ReadTime(Cursor const& inValue);

@@ -14,8 +14,8 @@
 namespace SonaroHost::Otio
 {
 
-// Why a part of a file cannot be used. Either the part is optional and a note tells of it, or the whole file
-// is refused.
+// Why a part of a file cannot be used. Either the part is optional and a note reports it, or the whole file is
+// refused.
 class Refusal : public std::runtime_error
 {
 public:
@@ -63,7 +63,7 @@ public:
 		++mNotes[found->second].mCount;
 	}
 
-	// Within what is not heard anyway every note is a remark.
+	// In parts that are not heard anyway every note is a remark.
 	bool IsSilent() const { return mIsSilent; }
 	void SetSilent(bool inIsSilent) { mIsSilent = inIsSilent; }
 
@@ -83,9 +83,9 @@ private:
 	bool mIsSilent = false;
 	std::vector<Note> mNotes;
 	std::unordered_map<std::string, Tally> mTallies;
-	// Of the notes that are told once, their indices.
+	// The indices of the notes that TellOnce adds, by their text.
 	std::map<std::string, std::size_t> mOnce;
-	// By kind.
+	// The notes of each kind that are only counted.
 	std::array<std::size_t, 4> mUncounted{};
 };
 

@@ -33,7 +33,7 @@ Word const* FindWord(std::string_view inText)
 	return nullptr;
 }
 
-// The offset behind a string whose opening quote is at inQuote.
+// The offset just past a string whose opening quote is at inQuote.
 std::size_t SkipString(std::string_view inText, std::size_t inQuote)
 {
 	std::size_t offset = inQuote + 1;

@@ -13,7 +13,7 @@ struct JsonLiteral
 {
 	// Where it stands among the strings of the document, keys among them, from 0.
 	std::size_t mString = 0;
-	// Of its first byte.
+	// The offset of its first byte.
 	std::size_t mOffset = 0;
 	double mValue = 0.0;
 };

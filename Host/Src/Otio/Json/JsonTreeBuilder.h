@@ -32,7 +32,7 @@ public:
 	}
 
 	bool IsTooDeep() const { return mFrames.size() > mMaxDepth; }
-	// Of an error that the parser found: the byte, from 0, and the reason in its words.
+	// An error that the parser found: the byte, counted from 0, and the reason in the parser's words.
 	std::size_t GetErrorOffset() const { return mErrorOffset; }
 	std::string const& GetError() const { return mError; }
 
@@ -80,7 +80,7 @@ private:
 	std::vector<JsonMember> mStack;
 	std::vector<Frame> mFrames;
 	std::unordered_set<std::string_view> mKeys;
-	// Of the value that comes next.
+	// The key of the value that comes next.
 	std::string_view mKey;
 	std::size_t mStrings = 0;
 	std::size_t mNextLiteral = 0;

@@ -91,8 +91,8 @@ struct JsonMember
 // "a text", "a number", "an object": for messages.
 char const* GetTypeName(JsonValue::Type inType);
 
-// As compact JSON without the named member of the value itself. Numbers that JSON lacks become null. Empty
-// for null and for an object of no other members.
+// Compact JSON without the named member of the value itself. Numbers that JSON lacks become null. Empty for null and
+// for an object of no other members.
 std::string DumpJson(JsonValue const& inValue, std::string_view inLeaveOut);
 
 } // namespace SonaroHost::Otio

@@ -14,7 +14,7 @@ struct KnownSchema
 	std::string_view mName;
 	SchemaKind mKind;
 	int mNewestVersion;
-	// Of old names.
+	// What an old name became; empty for present names.
 	std::string_view mPresentName = {};
 };
 
@@ -58,7 +58,7 @@ KnownSchema const* FindSchema(std::string_view inName)
 	return nullptr;
 }
 
-// Below 1 for what is no version.
+// Gives less than 1 for what is no version.
 int ParseVersion(std::string_view inDigits)
 {
 	int version = 0;

@@ -33,8 +33,8 @@ enum class SchemaKind
 	eNone,
 };
 
-// By the object's "OTIO_SCHEMA", in any version and by old names too. Notes tell of versions that are newer
-// than what is known here, and of labels that are no "Name.version".
+// Goes by the object's "OTIO_SCHEMA", in any version and by old names too. Notes report versions that are newer than
+// what is known here, and labels that are no "Name.version".
 SchemaKind ReadSchema(Cursor const& inObject);
 
 // The label as it stands, for messages and reports.

@@ -17,11 +17,11 @@ namespace SonaroHost::Otio
 struct EffectLevels
 {
 	ForeignLevels mLevels;
-	// Of its other parameters together; an effect that is switched off is at its default.
+	// The state of its other parameters together; an effect that is switched off is at its default.
 	ParameterState mRest = ParameterState::eUnknown;
 	// A level in it is not read, and a note says so.
 	bool mHasUnreadLevel = false;
-	// As the metadata have it; empty for none.
+	// The name that the metadata give; empty for none.
 	std::string mName;
 };
 

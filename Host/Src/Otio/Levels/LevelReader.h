@@ -25,7 +25,8 @@ public:
 	{
 	}
 
-	// To be called once, one of them. Nothing also for a level that states no value, which is at its default.
+	// One of the two is called, and once. Gives nothing also for a level that states no value, which is at its
+	// default.
 	std::optional<Curve> ReadCurve(Cursor const& inLevel);
 	std::optional<Fade> ReadFade(Cursor const& inLevel);
 
@@ -59,7 +60,7 @@ private:
 	std::optional<TimeRange> const& mRange;
 	Curve mCurve;
 	std::size_t mRelativeTimes = 0;
-	// Of keyframes, their times.
+	// Keyframes whose times are rational.
 	std::size_t mRationalTimes = 0;
 	// Values are written as "1/2".
 	bool mAreFractions = false;

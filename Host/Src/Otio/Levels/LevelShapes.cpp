@@ -66,7 +66,7 @@ constexpr KnownName kNames[] = {
 	{"audiochannelmapping", LevelTarget::eChannels},
 };
 
-// Of names of effects.
+// Words in names of effects that speak of levels.
 constexpr std::string_view kLevelWords[] = {"gain", "volume", "level", "levels", "pan", "panner", "panning",
 	"balance", "mute", "solo", "fade", "fader"};
 
@@ -189,7 +189,7 @@ std::optional<LevelName> ParseLevelName(std::string_view inName)
 
 bool NamesLevels(std::string_view inName)
 {
-	// Each word's letters; a capital behind a small letter begins one.
+	// Goes through each word's letters; a capital after a small letter begins a word.
 	std::size_t begin = 0;
 	for (std::size_t i = 0; i <= inName.size(); ++i)
 	{
@@ -236,7 +236,7 @@ std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy)
 	struct Words
 	{
 		char const* mName;
-		// In metadata.sonaro.
+		// The key in metadata.sonaro.
 		char const* mSetting;
 	};
 	Words const words = [inTarget]() -> Words

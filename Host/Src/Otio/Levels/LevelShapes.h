@@ -30,7 +30,7 @@ struct LevelName
 
 enum class LevelUnit
 {
-	// To be concluded from the values.
+	// The values have to show it.
 	eUnclear,
 	// A factor.
 	eLinear,
@@ -71,7 +71,7 @@ struct LevelShape
 	std::string_view mKeyframes;
 	// Empty where keyframes are an object whose keys are frames.
 	std::string_view mTime;
-	// Of keyframes, and of a value that is an object.
+	// The key of the value within a keyframe, and within a value that is an object.
 	std::string_view mInnerValue;
 	LevelUnit mGainUnit;
 	LevelUnit mPanUnit;
@@ -91,7 +91,7 @@ std::optional<LevelName> ParseLevelName(std::string_view inName);
 // Whether one of the words of the name of an effect is about levels: "Clip Volume", "AudioGain".
 bool NamesLevels(std::string_view inName);
 
-// Of a level that is not read: what it is, why, and what to write in its place.
+// Describes a level that is not read: what it is, why, and what to write in its place.
 std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy);
 
 // Whether the key is one of the alternatives.

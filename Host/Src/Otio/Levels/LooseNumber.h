@@ -14,7 +14,7 @@ struct LooseNumber
 	double GetValue() const { return mNumerator / mDenominator; }
 
 	double mNumerator = 0.0;
-	// At least 1.
+	// The denominator is at least 1.
 	double mDenominator = 1.0;
 	bool mIsFraction = false;
 };

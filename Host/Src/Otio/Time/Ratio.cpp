@@ -26,7 +26,7 @@ Wide FloorDivide(Wide inA, Wide inB)
 struct WideRatio
 {
 	Wide mNumerator;
-	// Above 0 and below 2^126, as the numerator's magnitude is below 2^127.
+	// The denominator is above 0 and below 2^126, as the numerator's magnitude is below 2^127.
 	Wide mDenominator;
 };
 
@@ -88,7 +88,7 @@ Ratio FindSimplest(double inFraction, double inTolerance, std::int64_t inLargest
 	outIsFound = false;
 	for (;;)
 	{
-		// Of the recurrence h[n] = a[n] h[n - 1] + h[n - 2], beginning with 0 / 1 and 1 / 0.
+		// The recurrence is h[n] = a[n] h[n - 1] + h[n - 2], beginning with 0 / 1 and 1 / 0.
 		auto const term = static_cast<std::int64_t>(std::min(std::floor(rest), 1.0e9));
 		std::int64_t const newNumerator = term * nextNumerator + numerator;
 		std::int64_t const newDenominator = term * nextDenominator + denominator;
