@@ -33,8 +33,7 @@ AudioPanner51ToAdaptive::AudioPanner51ToAdaptive(AudioChannelLayout const& inOut
 
 InterfaceRef<IAudioPanProcessor> AudioPanner51ToAdaptive::Clone(FrameRate const&, unsigned)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioPanner51ToAdaptive>(GetOutputAudioChannelLayout());
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this, GetOutputAudioChannelLayout());
 	clone->AudioPannerDirectChannelAssignmentBase::Init(GetMatrix(), GetOutputLayout());
 	return clone;
 }

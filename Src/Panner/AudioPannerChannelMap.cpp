@@ -25,8 +25,7 @@ AudioPannerChannelMap::AudioPannerChannelMap(AudioChannelType inOutputType)
 
 InterfaceRef<IAudioPanProcessor> AudioPannerChannelMap::Clone(FrameRate const&, unsigned)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioPannerChannelMap>(GetOutputChannelType());
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this, GetOutputChannelType());
 	return clone;
 }
 

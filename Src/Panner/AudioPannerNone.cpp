@@ -24,8 +24,7 @@ AudioPannerNone::AudioPannerNone(AudioChannelLayout const& inLayout)
 
 InterfaceRef<IAudioPanProcessor> AudioPannerNone::Clone(FrameRate const&, unsigned)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioPannerNone>(GetInputAudioChannelLayout());
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this, GetInputAudioChannelLayout());
 	return clone;
 }
 

@@ -2,11 +2,8 @@
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/IAudioTransition.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 
 namespace SN
 {
@@ -37,10 +34,9 @@ struct AudioTransitionSettings
 // Silence   A flagged side is not multiplied; where both are flagged, the transition is not asked.
 // Width     The larger of both clips'.
 // Threads   One at a time; AccumulatePrefetchRequests may come from another.
-class AudioTransitionRenderer final
-	: public Implements<AudioTransitionRenderer, IAudioGenerator, ILiveAudioParameterOwner,
-		  IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo, AudioTrackRenderableItemMixin>,
-	  public AudioRenderContextClient
+class AudioTransitionRenderer final : public Implements<AudioTransitionRenderer, GeneratorWithInputs,
+										  ILiveAudioParameterOwner, AudioTrackRenderableItemMixin>,
+									  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioTransitionRenderer> kIdentifier{
@@ -49,7 +45,6 @@ public:
 	static int Create(AudioTransitionSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override { return mOutgoing->HasHistory() || mIncoming->HasHistory(); }
 	TickTime GetDelay() override;
 	// The clip that goes is given the time as it is, unlike everywhere else.
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
@@ -58,12 +53,12 @@ public:
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
-	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 	AudioTransitionParameters const& GetParameters() const { return mParameters; }
 
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
+	{
+		CollectFromNodes(outParameters);
+	}
 
 	unsigned GetNumChannels() override { return mNumChannels; }
 	unsigned GetNumOutputChannels() override { return mNumChannels; }
@@ -71,8 +66,9 @@ public:
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 
 	std::u16string GetNodeName() override { return u"AudioTransitionRenderer"; }
-	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mOutgoing, mIncoming}; }
-	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
 	// The progress of a block's first sample, and by how much each sample adds to it.

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "zorvaudiodsp/AudioBufferShell.h"
 
 #include <vector>
@@ -18,8 +16,7 @@ namespace SN
 // Latency  the largest of the generators'.
 // Silence  output channels from the number of generators on are flagged silent before the generators
 //          run; lower ones that no channel map names stay as the caller left them.
-class AudioClipRenderer final : public Implements<AudioClipRenderer, IAudioGenerator, IAudioGeneratorPrivate,
-									IAudioRenderGraphNodeInfo>,
+class AudioClipRenderer final : public Implements<AudioClipRenderer, GeneratorWithInputs>,
 								public AudioRenderContextClient
 {
 public:
@@ -30,7 +27,6 @@ public:
 		double inSpeed, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override;
 	TickTime GetDelay() override;
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
@@ -38,18 +34,16 @@ public:
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
-	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 
 	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannelLayout.size()); }
-	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannelLayout; }
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 
 	std::u16string GetNodeName() override { return u"AudioClipRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
-	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
 	struct Input

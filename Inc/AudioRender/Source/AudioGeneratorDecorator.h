@@ -1,10 +1,7 @@
 #pragma once
 
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/IAudioRecordCompletion.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 
 namespace SN
 {
@@ -12,15 +9,13 @@ namespace SN
 // Passes every operation on to the generator that it wraps, so that a subclass changes only what it must.
 // A clone is a plain decorator around a clone of the generator: what a subclass changes is not carried
 // over. Without a generator the first operation that is passed on raises the null-pointer exception.
-class AudioGeneratorDecorator
-	: public Implements<AudioGeneratorDecorator, IAudioGenerator, IAudioGeneratorPrivate,
-		  IAudioRecordCompletion, IAudioRenderGraphNodeInfo, ILiveAudioParameterOwner>
+class AudioGeneratorDecorator : public Implements<AudioGeneratorDecorator, GeneratorWithInputs,
+									IAudioRecordCompletion, ILiveAudioParameterOwner>
 {
 public:
 	void Init(InterfaceRef<IAudioGenerator> const& inGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override { return mGenerator->HasHistory(); }
 	TickTime GetDelay() override { return mGenerator->GetDelay(); }
 	void Preroll(TickTime const& inStartTime, bool inReverse) override
 	{
@@ -40,25 +35,26 @@ public:
 	{
 		mGenerator->GetAudioData(inTime, inBuffer, inReverse);
 	}
-	void Reset() override { mGenerator->Reset(); }
-	void InitializeAudioFilters() override { mGenerator->InitializeAudioFilters(); }
-	void ShutdownAudioFilters() override { mGenerator->ShutdownAudioFilters(); }
 
 	unsigned GetNumChannels() override { return mGeneratorPrivate->GetNumChannels(); }
 	unsigned GetNumOutputChannels() override { return mGeneratorPrivate->GetNumOutputChannels(); }
 	AudioChannelLayout GetAudioChannelLayout() override { return mGeneratorPrivate->GetAudioChannelLayout(); }
 	FrameRate GetGeneratorFrameRate() override { return mGeneratorPrivate->GetGeneratorFrameRate(); }
 
-	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override;
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override
+	{
+		NotifyInputs(inRecording);
+	}
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
+	{
+		CollectFromNodes(outParameters);
+	}
 
 	std::u16string GetNodeName() override { return u"AudioGeneratorDecorator"; }
-	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mGenerator}; }
-	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
 
 protected:
 	InterfaceRef<IAudioGenerator> const& GetGenerator() const { return mGenerator; }
-	InterfaceRef<IAudioGeneratorPrivate> const& GetGeneratorPrivate() const { return mGeneratorPrivate; }
+	void VisitNodes(NodeVisitor& ioVisitor) override { ioVisitor.Visit(mGenerator); }
 
 private:
 	InterfaceRef<IAudioGenerator> mGenerator;

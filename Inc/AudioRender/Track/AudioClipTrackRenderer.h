@@ -1,17 +1,14 @@
 #pragma once
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
 #include "AudioRender/Track/DelayedTrackItems.h"
 #include "AudioRender/Track/ProcessorChain.h"
 #include "AudioRender/Track/TrackCache.h"
 #include "AudioRender/Track/TrackMute.h"
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioRecordCompletion.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ICachedAudioGenerator.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <atomic>
@@ -45,16 +42,14 @@ struct AudioClipTrackSettings
 //          jump it stands at once, and while it is complete items are not asked at all.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another, but not beside Preroll or Reset.
 class AudioClipTrackRenderer final
-	: public Implements<AudioClipTrackRenderer, IAudioGenerator, ICachedAudioGenerator,
-		  ILiveAudioParameterOwner, IAudioRecordCompletion, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo,
-		  CompensatingDelayOwnerMixin>,
+	: public Implements<AudioClipTrackRenderer, GeneratorWithInputs, ICachedAudioGenerator,
+		  ILiveAudioParameterOwner, IAudioRecordCompletion, CompensatingDelayOwnerMixin>,
 	  public AudioRenderContextClient
 {
 public:
 	static int Create(AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override;
 	TickTime GetDelay() override;
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
@@ -63,13 +58,17 @@ public:
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
 	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 
 	void GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse) override;
 	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) override;
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
-	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override;
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
+	{
+		CollectFromNodes(outParameters);
+	}
+	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override
+	{
+		NotifyInputs(inRecording);
+	}
 
 	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
 	unsigned GetNumOutputChannels() override;
@@ -77,8 +76,9 @@ public:
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 
 	std::u16string GetNodeName() override { return u"AudioClipTrackRenderer"; }
-	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
-	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
+
+protected:
+	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
 	// One request on its way through the track.

@@ -2,10 +2,8 @@
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/IAudioProcessor.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -36,10 +34,9 @@ struct AudioMixSettings
 //           histories as far as the processor goes.
 // Blocks    A request beyond the context's largest block asks for the same time again and again.
 // Threads   One at a time; AccumulatePrefetchRequests may come from another.
-class AudioMixRenderer final
-	: public Implements<AudioMixRenderer, IAudioGenerator, IAudioRenderGraphNodeInfo,
-		  AudioTrackRenderableItemMixin, IAudioGeneratorPrivate, ILiveAudioParameterOwner>,
-	  public AudioRenderContextClient
+class AudioMixRenderer final : public Implements<AudioMixRenderer, GeneratorWithInputs,
+								   AudioTrackRenderableItemMixin, ILiveAudioParameterOwner>,
+							   public AudioRenderContextClient
 {
 public:
 	// Throws AudioMixRendererCreateFailure when a generator or the processor is missing.
@@ -54,9 +51,6 @@ public:
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
-	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
 
@@ -71,7 +65,9 @@ public:
 	{
 		return {mFirst.mGenerator, mSecond.mGenerator};
 	}
-	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {mProcessor}; }
+
+protected:
+	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
 	struct Input

@@ -1,15 +1,12 @@
 #pragma once
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
 #include "AudioRender/Track/ProcessorChain.h"
 #include "AudioRender/Track/TrackCache.h"
 #include "AudioRender/Track/TrackMute.h"
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ICachedAudioGenerator.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <memory>
@@ -42,16 +39,14 @@ struct AudioMixTrackSettings
 //          silence, so that meters and parameters keep in step.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another.
 class AudioMixTrackRenderer final
-	: public Implements<AudioMixTrackRenderer, IAudioGenerator, ICachedAudioGenerator,
-		  ILiveAudioParameterOwner, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo,
-		  CompensatingDelayOwnerMixin>,
+	: public Implements<AudioMixTrackRenderer, GeneratorWithInputs, ICachedAudioGenerator,
+		  ILiveAudioParameterOwner, CompensatingDelayOwnerMixin>,
 	  public AudioRenderContextClient
 {
 public:
 	static int Create(AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override { return mSource->HasHistory() || mChain.HasHistory(); }
 	TickTime GetDelay() override { return kTimeZero; }
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
@@ -59,12 +54,13 @@ public:
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
 	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 
 	void GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse) override;
 	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) override { mCache.MixInto(ioBuffer); }
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
+	{
+		CollectFromNodes(outParameters);
+	}
 
 	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
 	unsigned GetNumOutputChannels() override;
@@ -72,8 +68,9 @@ public:
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 
 	std::u16string GetNodeName() override { return u"AudioMixTrackRenderer"; }
-	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mSource}; }
-	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
+
+protected:
+	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
 	int SetUp(AudioMixTrackSettings const& inSettings);

@@ -1,13 +1,10 @@
 #pragma once
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/DelayDependency.h"
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioRecordCompletion.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ICachedAudioGenerator.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 
 #include <deque>
 #include <vector>
@@ -39,10 +36,9 @@ struct AudioTrackGroupSettings
 //          and drops it, so that processors and delay lines have heard it.
 // Empty    Silent without tracks.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another.
-class AudioTrackGroupRenderer final
-	: public Implements<AudioTrackGroupRenderer, IAudioGenerator, ILiveAudioParameterOwner,
-		  IAudioRecordCompletion, IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo>,
-	  public AudioRenderContextClient
+class AudioTrackGroupRenderer final : public Implements<AudioTrackGroupRenderer, GeneratorWithInputs,
+										  ILiveAudioParameterOwner, IAudioRecordCompletion>,
+									  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioTrackGroupRenderer> kIdentifier{
@@ -54,7 +50,6 @@ public:
 		InterfaceRef<UnknownBase> const& inOwner, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override;
 	TickTime GetDelay() override;
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
@@ -62,21 +57,24 @@ public:
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
-	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
-	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override;
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
+	{
+		CollectFromNodes(outParameters);
+	}
+	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override
+	{
+		NotifyInputs(inRecording);
+	}
 
 	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
-	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 
 	std::u16string GetNodeName() override { return u"AudioTrackGroupRenderer"; }
-	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
-	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
 	// A generator with what it was asked for once.

@@ -1,10 +1,8 @@
 #pragma once
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/IAudioProcessor.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ICachedAudioGenerator.h"
 
 #include <vector>
@@ -20,8 +18,7 @@ namespace SN
 //          are neither, raise the null-pointer exception when they are to be heard.
 // Latency  None: what lies behind an inlet has its place in the delays of the group.
 // Threads  That of the group; AccumulatePrefetchRequests may come from another.
-class AudioTrackInletRenderer final : public Implements<AudioTrackInletRenderer, IAudioGenerator,
-										  IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo>,
+class AudioTrackInletRenderer final : public Implements<AudioTrackInletRenderer, GeneratorWithInputs>,
 									  public AudioRenderContextClient
 {
 public:
@@ -31,7 +28,6 @@ public:
 		InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override;
 	TickTime GetDelay() override { return kTimeZero; }
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
@@ -39,18 +35,17 @@ public:
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
-	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 
 	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
-	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 
 	std::u16string GetNodeName() override { return u"AudioTrackInletRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
+
+protected:
+	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
 	// A node with what it was asked for once; each may be empty.

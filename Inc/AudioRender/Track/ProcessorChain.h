@@ -1,8 +1,6 @@
 #pragma once
 
-#include "Sonaro/IAudioPanProcessor.h"
-#include "Sonaro/IAudioProcessor.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "AudioRender/Core/NodeVisitor.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Types.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -66,13 +64,9 @@ public:
 	InterfaceRef<IAudioPanProcessor> const& GetPanProcessor() const { return mPanProcessor; }
 	unsigned CountSends() const;
 
-	bool HasHistory() const;
+	// In their order, the pan processor last.
+	void VisitNodes(NodeVisitor& ioVisitor) const;
 	void Preroll(TickTime const& inTime, bool inReverse) const;
-	void Reset() const;
-	void InitializeAudioFilters() const;
-	void ShutdownAudioFilters() const;
-	// The processors' alone; the pan processor's come first elsewhere.
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) const;
 	// The next request begins a control block.
 	void RestartControlBlock() { mBlockPosition = 0; }
 	// All parameters, at once.

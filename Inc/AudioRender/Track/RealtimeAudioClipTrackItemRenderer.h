@@ -2,12 +2,9 @@
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
+#include "AudioRender/Core/GeneratorWithInputs.h"
 #include "AudioRender/Track/ProcessorChain.h"
-#include "Sonaro/IAudioGenerator.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/IAudioResampler.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Vexilon/ITimeTransform.h"
 
 #include <memory>
@@ -39,8 +36,8 @@ struct RealtimeAudioClipTrackItemSettings
 //           and throwing away, in FillInitialDelay.
 // Threads   One at a time.
 class RealtimeAudioClipTrackItemRenderer final
-	: public Implements<RealtimeAudioClipTrackItemRenderer, IAudioGenerator, ILiveAudioParameterOwner,
-		  IAudioGeneratorPrivate, IAudioRenderGraphNodeInfo, AudioTrackRenderableItemMixin>,
+	: public Implements<RealtimeAudioClipTrackItemRenderer, GeneratorWithInputs, ILiveAudioParameterOwner,
+		  AudioTrackRenderableItemMixin>,
 	  public AudioRenderContextClient
 {
 public:
@@ -48,7 +45,6 @@ public:
 		RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	bool HasHistory() override;
 	TickTime GetDelay() override { return IsDelayCompensationDisabled() ? kTimeZero : mDelay; }
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
@@ -57,13 +53,13 @@ public:
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
 	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
+	{
+		CollectFromNodes(outParameters);
+	}
 
 	unsigned GetNumChannels() override { return mChain.GetPanProcessor()->GetNumOutputChannels(); }
-	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
 	AudioChannelLayout GetAudioChannelLayout() override
 	{
 		return mChain.GetPanProcessor()->GetOutputAudioChannelLayout();
@@ -71,8 +67,9 @@ public:
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 
 	std::u16string GetNodeName() override { return u"RealtimeAudioClipTrackItemRenderer"; }
-	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {mSource}; }
-	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override;
+
+protected:
+	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
 	int SetUp(RealtimeAudioClipTrackItemSettings const& inSettings);

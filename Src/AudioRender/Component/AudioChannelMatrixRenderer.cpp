@@ -54,8 +54,7 @@ int AudioChannelMatrixRenderer::Init(InterfaceRef<IAudioRenderContext> const& in
 
 InterfaceRef<IAudioProcessor> AudioChannelMatrixRenderer::Clone(FrameRate const&, unsigned, unsigned)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioChannelMatrixRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->mMatrix = mMatrix;
 	clone->mIdentity = mIdentity;
 	clone->mChannelCount = mChannelCount;

@@ -45,8 +45,7 @@ int AudioFaderRenderer::Create(InterfaceRef<IAudioRenderContext> const& inContex
 InterfaceRef<IAudioProcessor> AudioFaderRenderer::Clone(
 	FrameRate const& inFrameRate, unsigned, unsigned inControlInterval)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioFaderRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->CopyFrom(*this, false, inFrameRate, inControlInterval);
 	clone->mGainRamp = dsp::GainRamp(inFrameRate, 1.0f, kRampSeconds);
 	return clone;

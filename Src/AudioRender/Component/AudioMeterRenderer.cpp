@@ -26,8 +26,7 @@ int AudioMeterRenderer::Create(InterfaceRef<IAudioRenderContext> const& inContex
 
 InterfaceRef<IAudioProcessor> AudioMeterRenderer::Clone(FrameRate const&, unsigned, unsigned)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioMeterRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->mMeter = mMeter;
 	return clone;
 }

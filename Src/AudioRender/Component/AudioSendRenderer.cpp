@@ -50,8 +50,7 @@ void AudioSendRenderer::MakeBuffers(unsigned inMaxBlockSize)
 InterfaceRef<IAudioProcessor> AudioSendRenderer::Clone(
 	FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioSendRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->CopyFrom(*this, false, inFrameRate, inControlInterval);
 	clone->mPanner = mPanner->Clone(inFrameRate, inControlInterval);
 	clone->MakeBuffers(inMaxBlockSize);

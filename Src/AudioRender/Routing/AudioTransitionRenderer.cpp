@@ -59,8 +59,7 @@ InterfaceRef<IAudioGeneratorPrivate> AudioTransitionRenderer::FindWiderClip() co
 
 InterfaceRef<IAudioGenerator> AudioTransitionRenderer::Clone()
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioTransitionRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->CopyTimesFrom(*this);
 	clone->mTransition = mTransition;
 	clone->mParameters = mParameters;
@@ -183,39 +182,16 @@ void AudioTransitionRenderer::ForEachGain(unsigned inCount, Course const& inCour
 	}
 }
 
-void AudioTransitionRenderer::Reset()
-{
-	mOutgoing->Reset();
-	mIncoming->Reset();
-}
-
-void AudioTransitionRenderer::InitializeAudioFilters()
-{
-	mOutgoing->InitializeAudioFilters();
-	mIncoming->InitializeAudioFilters();
-}
-
-void AudioTransitionRenderer::ShutdownAudioFilters()
-{
-	mOutgoing->ShutdownAudioFilters();
-	mIncoming->ShutdownAudioFilters();
-}
-
-void AudioTransitionRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
-{
-	for (InterfaceRef<IAudioGenerator> const& generator : {mOutgoing, mIncoming})
-	{
-		if (InterfaceRef<ILiveAudioParameterOwner> const owner = generator)
-		{
-			owner->CollectLiveParameters(outParameters);
-		}
-	}
-}
-
 AudioChannelLayout AudioTransitionRenderer::GetAudioChannelLayout()
 {
 	InterfaceRef<IAudioGeneratorPrivate> const wider = FindWiderClip();
 	return wider ? wider->GetAudioChannelLayout() : AudioChannelLayout();
+}
+
+void AudioTransitionRenderer::VisitNodes(NodeVisitor& ioVisitor)
+{
+	ioVisitor.Visit(mOutgoing);
+	ioVisitor.Visit(mIncoming);
 }
 
 } // namespace SN

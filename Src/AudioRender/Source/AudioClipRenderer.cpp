@@ -145,8 +145,7 @@ bool AudioClipRenderer::KeepsChannels() const
 
 InterfaceRef<IAudioGenerator> AudioClipRenderer::Clone()
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioClipRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->mChannelLayout = mChannelLayout;
 	clone->mStartOffset = mStartOffset;
 	clone->mGain = mGain;
@@ -161,12 +160,6 @@ InterfaceRef<IAudioGenerator> AudioClipRenderer::Clone()
 		[](Input const& inLeft, Input const& inRight) { return inLeft.mGenerator < inRight.mGenerator; });
 	clone->MeasureGenerators(GetFrameRate());
 	return clone;
-}
-
-bool AudioClipRenderer::HasHistory()
-{
-	return std::any_of(mInputs.begin(), mInputs.end(),
-		[](Input const& inInput) { return inInput.mGenerator && inInput.mGenerator->HasHistory(); });
 }
 
 TickTime AudioClipRenderer::GetDelay()
@@ -268,21 +261,6 @@ void AudioClipRenderer::RunIntoScratch(
 	}
 }
 
-void AudioClipRenderer::Reset()
-{
-	ForEachGenerator([&](IAudioGenerator& ioGenerator) { ioGenerator.Reset(); });
-}
-
-void AudioClipRenderer::InitializeAudioFilters()
-{
-	ForEachGenerator([&](IAudioGenerator& ioGenerator) { ioGenerator.InitializeAudioFilters(); });
-}
-
-void AudioClipRenderer::ShutdownAudioFilters()
-{
-	ForEachGenerator([&](IAudioGenerator& ioGenerator) { ioGenerator.ShutdownAudioFilters(); });
-}
-
 std::vector<InterfaceRef<UnknownBase>> AudioClipRenderer::GetInputNodes()
 {
 	std::vector<InterfaceRef<UnknownBase>> nodes;
@@ -291,6 +269,17 @@ std::vector<InterfaceRef<UnknownBase>> AudioClipRenderer::GetInputNodes()
 		nodes.push_back(input.mGenerator);
 	}
 	return nodes;
+}
+
+void AudioClipRenderer::VisitNodes(NodeVisitor& ioVisitor)
+{
+	for (Input const& input : mInputs)
+	{
+		if (input.mGenerator)
+		{
+			ioVisitor.Visit(input.mGenerator);
+		}
+	}
 }
 
 } // namespace SN

@@ -18,20 +18,4 @@ InterfaceRef<IAudioGenerator> AudioGeneratorDecorator::Clone()
 	return clone;
 }
 
-void AudioGeneratorDecorator::NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording)
-{
-	if (InterfaceRef<IAudioRecordCompletion> const listener = mGenerator)
-	{
-		listener->NotifyRecordComplete(inRecording);
-	}
-}
-
-void AudioGeneratorDecorator::CollectLiveParameters(LiveAudioParameterMap& outParameters)
-{
-	if (InterfaceRef<ILiveAudioParameterOwner> const owner = mGenerator)
-	{
-		owner->CollectLiveParameters(outParameters);
-	}
-}
-
 } // namespace SN

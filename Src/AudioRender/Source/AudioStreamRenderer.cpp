@@ -73,8 +73,7 @@ InterfaceRef<IAudioGenerator> AudioStreamRenderer::Clone()
 	{
 		return InterfaceRef<IAudioGenerator>::FromThis(this);
 	}
-	auto const clone = zorvcore::classref::MakeObject<AudioStreamRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->CopyTimesFrom(*this);
 	clone->SetSource(mSource);
 	clone->mChannelIndex = mChannelIndex;

@@ -144,9 +144,8 @@ InterfaceRef<IAudioGenerator> AudioClipTrackRenderer::Clone()
 	{
 		return known;
 	}
-	auto const clone = zorvcore::classref::MakeObject<AudioClipTrackRenderer>();
+	auto const clone = StartClone(*this);
 	AddClone(self, clone);
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
 	clone->mMute.CloneFrom(mMute, GetFrameRate());
 	clone->mChannels = mChannels;
 	clone->mCachingEnabled = mCachingEnabled;
@@ -161,13 +160,6 @@ InterfaceRef<IAudioGenerator> AudioClipTrackRenderer::Clone()
 	clone->MakeBuffers();
 	clone->CopyDimensions(*this);
 	return clone;
-}
-
-bool AudioClipTrackRenderer::HasHistory()
-{
-	return std::any_of(mItems.begin(), mItems.end(),
-			   [](TrackItem const& inItem) { return inItem.mGenerator->HasHistory(); }) ||
-		   mChain.HasHistory();
 }
 
 TickTime AudioClipTrackRenderer::GetDelay()
@@ -443,32 +435,10 @@ void AudioClipTrackRenderer::Reset()
 	{
 		return;
 	}
-	for (TrackItem const& item : mItems)
-	{
-		item.mGenerator->Reset();
-	}
-	mChain.Reset();
+	GeneratorWithInputs::Reset();
 	mCache.Forget();
 	mPrerolled = false;
 	mEarliestPreroll = kTimeZero;
-}
-
-void AudioClipTrackRenderer::InitializeAudioFilters()
-{
-	for (TrackItem const& item : mItems)
-	{
-		item.mGenerator->InitializeAudioFilters();
-	}
-	mChain.InitializeAudioFilters();
-}
-
-void AudioClipTrackRenderer::ShutdownAudioFilters()
-{
-	for (TrackItem const& item : mItems)
-	{
-		item.mGenerator->ShutdownAudioFilters();
-	}
-	mChain.ShutdownAudioFilters();
 }
 
 void AudioClipTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse)
@@ -487,55 +457,19 @@ void AudioClipTrackRenderer::MixCachedAudio(dsp::AudioBuffer& ioBuffer)
 	mCache.MixInto(ioBuffer);
 }
 
-void AudioClipTrackRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
-{
-	if (InterfaceRef<ILiveAudioParameterOwner> const panner = mChain.GetPanProcessor())
-	{
-		panner->CollectLiveParameters(outParameters);
-	}
-	mChain.CollectLiveParameters(outParameters);
-	for (TrackItem const& item : mItems)
-	{
-		if (InterfaceRef<ILiveAudioParameterOwner> const owner = item.mItem)
-		{
-			owner->CollectLiveParameters(outParameters);
-		}
-	}
-}
-
-void AudioClipTrackRenderer::NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording)
-{
-	for (TrackItem const& item : mItems)
-	{
-		if (InterfaceRef<IAudioRecordCompletion> const listener = item.mItem)
-		{
-			listener->NotifyRecordComplete(inRecording);
-		}
-	}
-}
-
 unsigned AudioClipTrackRenderer::GetNumOutputChannels()
 {
 	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
 	return panner ? panner->GetNumOutputChannels() : GetNumChannels();
 }
 
-std::vector<InterfaceRef<UnknownBase>> AudioClipTrackRenderer::GetInputNodes()
+void AudioClipTrackRenderer::VisitNodes(NodeVisitor& ioVisitor)
 {
-	std::vector<InterfaceRef<UnknownBase>> nodes;
 	for (TrackItem const& item : mItems)
 	{
-		nodes.emplace_back(item.mItem);
+		ioVisitor.Visit(item.mGenerator, item.mItem.GetUnknown());
 	}
-	return nodes;
-}
-
-std::vector<InterfaceRef<UnknownBase>> AudioClipTrackRenderer::GetProcessorNodes()
-{
-	std::vector<InterfaceRef<UnknownBase>> nodes(
-		mChain.GetProcessors().begin(), mChain.GetProcessors().end());
-	nodes.emplace_back(mChain.GetPanProcessor());
-	return nodes;
+	mChain.VisitNodes(ioVisitor);
 }
 
 } // namespace SN

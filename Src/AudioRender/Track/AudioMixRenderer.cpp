@@ -54,8 +54,7 @@ void AudioMixRenderer::SetNodes(
 
 InterfaceRef<IAudioGenerator> AudioMixRenderer::Clone()
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioMixRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->CopyTimesFrom(*this);
 	clone->SetNodes({mFirst.mGenerator->Clone(), mFirst.mTimeScale},
 		{mSecond.mGenerator->Clone(), mSecond.mTimeScale},
@@ -164,27 +163,6 @@ void AudioMixRenderer::PullInput(
 	inInput.mGenerator->GetAudioData(inTime * inInput.mTimeScale, mGeneratorBuffer, inReverse);
 }
 
-void AudioMixRenderer::Reset()
-{
-	mFirst.mGenerator->Reset();
-	mSecond.mGenerator->Reset();
-	mProcessor->Reset();
-}
-
-void AudioMixRenderer::InitializeAudioFilters()
-{
-	mFirst.mGenerator->InitializeAudioFilters();
-	mSecond.mGenerator->InitializeAudioFilters();
-	mProcessor->InitializeAudioFilter();
-}
-
-void AudioMixRenderer::ShutdownAudioFilters()
-{
-	mFirst.mGenerator->ShutdownAudioFilters();
-	mSecond.mGenerator->ShutdownAudioFilters();
-	mProcessor->ShutdownAudioFilter();
-}
-
 void AudioMixRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
 {
 	for (InterfaceRef<ILiveAudioParameterOwner> const& owner :
@@ -217,6 +195,13 @@ AudioChannelLayout AudioMixRenderer::GetAudioChannelLayout()
 FrameRate AudioMixRenderer::GetGeneratorFrameRate()
 {
 	return mDescription ? mDescription->GetGeneratorFrameRate() : FrameRate();
+}
+
+void AudioMixRenderer::VisitNodes(NodeVisitor& ioVisitor)
+{
+	ioVisitor.Visit(mFirst.mGenerator);
+	ioVisitor.Visit(mSecond.mGenerator);
+	ioVisitor.Visit(mProcessor);
 }
 
 } // namespace SN

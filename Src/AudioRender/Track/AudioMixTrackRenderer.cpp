@@ -62,9 +62,8 @@ InterfaceRef<IAudioGenerator> AudioMixTrackRenderer::Clone()
 	{
 		return known;
 	}
-	auto const clone = zorvcore::classref::MakeObject<AudioMixTrackRenderer>();
+	auto const clone = StartClone(*this);
 	AddClone(self, clone);
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
 	clone->mSource = mSource->Clone();
 	clone->mChannels = mChannels;
 	clone->mMute.CloneFrom(mMute, GetFrameRate());
@@ -159,22 +158,9 @@ void AudioMixTrackRenderer::Reset()
 	{
 		return;
 	}
-	mSource->Reset();
-	mChain.Reset();
+	GeneratorWithInputs::Reset();
 	mCache.Forget();
 	mPrerolled = false;
-}
-
-void AudioMixTrackRenderer::InitializeAudioFilters()
-{
-	mSource->InitializeAudioFilters();
-	mChain.InitializeAudioFilters();
-}
-
-void AudioMixTrackRenderer::ShutdownAudioFilters()
-{
-	mSource->ShutdownAudioFilters();
-	mChain.ShutdownAudioFilters();
 }
 
 void AudioMixTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse)
@@ -183,31 +169,16 @@ void AudioMixTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const&
 		[&](dsp::AudioBuffer& ioBuffer) { GetAudioData(inTime, ioBuffer, inReverse); });
 }
 
-void AudioMixTrackRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
-{
-	if (InterfaceRef<ILiveAudioParameterOwner> const panner = mChain.GetPanProcessor())
-	{
-		panner->CollectLiveParameters(outParameters);
-	}
-	mChain.CollectLiveParameters(outParameters);
-	if (InterfaceRef<ILiveAudioParameterOwner> const source = mSource)
-	{
-		source->CollectLiveParameters(outParameters);
-	}
-}
-
 unsigned AudioMixTrackRenderer::GetNumOutputChannels()
 {
 	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
 	return panner ? panner->GetNumOutputChannels() : GetNumChannels();
 }
 
-std::vector<InterfaceRef<UnknownBase>> AudioMixTrackRenderer::GetProcessorNodes()
+void AudioMixTrackRenderer::VisitNodes(NodeVisitor& ioVisitor)
 {
-	std::vector<InterfaceRef<UnknownBase>> nodes(
-		mChain.GetProcessors().begin(), mChain.GetProcessors().end());
-	nodes.emplace_back(mChain.GetPanProcessor());
-	return nodes;
+	ioVisitor.Visit(mSource);
+	mChain.VisitNodes(ioVisitor);
 }
 
 } // namespace SN

@@ -86,8 +86,7 @@ int AudioTrackGroupRenderer::CreateViaCloning(InterfaceRef<IAudioRenderContext> 
 
 InterfaceRef<IAudioGenerator> AudioTrackGroupRenderer::Clone()
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioTrackGroupRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->mChannels = mChannels;
 	for (Member const& member : mMembers)
 	{
@@ -95,12 +94,6 @@ InterfaceRef<IAudioGenerator> AudioTrackGroupRenderer::Clone()
 		clone->mMembers.push_back({generator, generator, member.mDelay});
 	}
 	return clone;
-}
-
-bool AudioTrackGroupRenderer::HasHistory()
-{
-	return std::any_of(mMembers.begin(), mMembers.end(),
-		[](Member const& inMember) { return inMember.mGenerator->HasHistory(); });
 }
 
 TickTime AudioTrackGroupRenderer::GetDelay()
@@ -203,60 +196,12 @@ void AudioTrackGroupRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuf
 	output.mGenerator->GetAudioData(ahead(output), ioBuffer, inReverse);
 }
 
-void AudioTrackGroupRenderer::Reset()
+void AudioTrackGroupRenderer::VisitNodes(NodeVisitor& ioVisitor)
 {
 	for (Member const& member : mMembers)
 	{
-		member.mGenerator->Reset();
+		ioVisitor.Visit(member.mGenerator);
 	}
-}
-
-void AudioTrackGroupRenderer::InitializeAudioFilters()
-{
-	for (Member const& member : mMembers)
-	{
-		member.mGenerator->InitializeAudioFilters();
-	}
-}
-
-void AudioTrackGroupRenderer::ShutdownAudioFilters()
-{
-	for (Member const& member : mMembers)
-	{
-		member.mGenerator->ShutdownAudioFilters();
-	}
-}
-
-void AudioTrackGroupRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
-{
-	for (Member const& member : mMembers)
-	{
-		if (InterfaceRef<ILiveAudioParameterOwner> const owner = member.mGenerator)
-		{
-			owner->CollectLiveParameters(outParameters);
-		}
-	}
-}
-
-void AudioTrackGroupRenderer::NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording)
-{
-	for (Member const& member : mMembers)
-	{
-		if (InterfaceRef<IAudioRecordCompletion> const listener = member.mGenerator)
-		{
-			listener->NotifyRecordComplete(inRecording);
-		}
-	}
-}
-
-std::vector<InterfaceRef<UnknownBase>> AudioTrackGroupRenderer::GetInputNodes()
-{
-	std::vector<InterfaceRef<UnknownBase>> nodes;
-	for (Member const& member : mMembers)
-	{
-		nodes.emplace_back(member.mGenerator);
-	}
-	return nodes;
 }
 
 } // namespace SN

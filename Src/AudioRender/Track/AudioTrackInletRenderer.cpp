@@ -46,8 +46,7 @@ void AudioTrackInletRenderer::SetInputs(std::vector<InterfaceRef<UnknownBase>> c
 
 InterfaceRef<IAudioGenerator> AudioTrackInletRenderer::Clone()
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioTrackInletRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->mChannels = mChannels;
 	std::vector<InterfaceRef<UnknownBase>> nodes;
 	for (Input const& input : mInputs)
@@ -77,16 +76,6 @@ InterfaceRef<UnknownBase> AudioTrackInletRenderer::CloneInput(Input const& inInp
 		return inInput.mProcessor->Clone(GetFrameRate(), GetMaxBlockSize(), GetControlInterval());
 	}
 	return inInput.mNode;
-}
-
-bool AudioTrackInletRenderer::HasHistory()
-{
-	return std::any_of(mInputs.begin(), mInputs.end(),
-		[](Input const& inInput)
-		{
-			return (inInput.mGenerator && inInput.mGenerator->HasHistory()) ||
-				   (inInput.mProcessor && inInput.mProcessor->HasHistory());
-		});
 }
 
 void AudioTrackInletRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
@@ -152,51 +141,6 @@ void AudioTrackInletRenderer::PullInput(
 	ioBuffer.Mix(buffer);
 }
 
-void AudioTrackInletRenderer::Reset()
-{
-	for (Input const& input : mInputs)
-	{
-		if (input.mGenerator)
-		{
-			input.mGenerator->Reset();
-		}
-		else if (input.mProcessor)
-		{
-			input.mProcessor->Reset();
-		}
-	}
-}
-
-void AudioTrackInletRenderer::InitializeAudioFilters()
-{
-	for (Input const& input : mInputs)
-	{
-		if (input.mGenerator)
-		{
-			input.mGenerator->InitializeAudioFilters();
-		}
-		else if (input.mProcessor)
-		{
-			input.mProcessor->InitializeAudioFilter();
-		}
-	}
-}
-
-void AudioTrackInletRenderer::ShutdownAudioFilters()
-{
-	for (Input const& input : mInputs)
-	{
-		if (input.mGenerator)
-		{
-			input.mGenerator->ShutdownAudioFilters();
-		}
-		else if (input.mProcessor)
-		{
-			input.mProcessor->ShutdownAudioFilter();
-		}
-	}
-}
-
 std::vector<InterfaceRef<UnknownBase>> AudioTrackInletRenderer::GetInputNodes()
 {
 	std::vector<InterfaceRef<UnknownBase>> nodes;
@@ -208,6 +152,21 @@ std::vector<InterfaceRef<UnknownBase>> AudioTrackInletRenderer::GetInputNodes()
 		}
 	}
 	return nodes;
+}
+
+void AudioTrackInletRenderer::VisitNodes(NodeVisitor& ioVisitor)
+{
+	for (Input const& input : mInputs)
+	{
+		if (input.mGenerator)
+		{
+			ioVisitor.Visit(input.mGenerator);
+		}
+		else if (input.mProcessor)
+		{
+			ioVisitor.Visit(input.mProcessor);
+		}
+	}
 }
 
 } // namespace SN

@@ -46,11 +46,13 @@ unsigned ProcessorChain::CountSends() const
 		std::count_if(mLinks.begin(), mLinks.end(), [](Link const& inLink) { return inLink.mIsSend; }));
 }
 
-bool ProcessorChain::HasHistory() const
+void ProcessorChain::VisitNodes(NodeVisitor& ioVisitor) const
 {
-	return std::any_of(mProcessors.begin(), mProcessors.end(),
-			   [](InterfaceRef<IAudioProcessor> const& inProcessor) { return inProcessor->HasHistory(); }) ||
-		   (mPanProcessor && mPanProcessor->HasHistory());
+	for (InterfaceRef<IAudioProcessor> const& processor : mProcessors)
+	{
+		ioVisitor.Visit(processor);
+	}
+	ioVisitor.Visit(mPanProcessor);
 }
 
 void ProcessorChain::Preroll(TickTime const& inTime, bool inReverse) const
@@ -62,45 +64,6 @@ void ProcessorChain::Preroll(TickTime const& inTime, bool inReverse) const
 	if (mPanProcessor)
 	{
 		mPanProcessor->Preroll(inTime, inReverse);
-	}
-}
-
-void ProcessorChain::Reset() const
-{
-	for (InterfaceRef<IAudioProcessor> const& processor : mProcessors)
-	{
-		processor->Reset();
-	}
-	if (mPanProcessor)
-	{
-		mPanProcessor->Reset();
-	}
-}
-
-void ProcessorChain::InitializeAudioFilters() const
-{
-	for (InterfaceRef<IAudioProcessor> const& processor : mProcessors)
-	{
-		processor->InitializeAudioFilter();
-	}
-}
-
-void ProcessorChain::ShutdownAudioFilters() const
-{
-	for (InterfaceRef<IAudioProcessor> const& processor : mProcessors)
-	{
-		processor->ShutdownAudioFilter();
-	}
-}
-
-void ProcessorChain::CollectLiveParameters(LiveAudioParameterMap& outParameters) const
-{
-	for (InterfaceRef<IAudioProcessor> const& processor : mProcessors)
-	{
-		if (InterfaceRef<ILiveAudioParameterOwner> const owner = processor)
-		{
-			owner->CollectLiveParameters(outParameters);
-		}
 	}
 }
 

@@ -88,8 +88,7 @@ void RealtimeAudioClipTrackItemRenderer::Prepare()
 
 InterfaceRef<IAudioGenerator> RealtimeAudioClipTrackItemRenderer::Clone()
 {
-	auto const clone = zorvcore::classref::MakeObject<RealtimeAudioClipTrackItemRenderer>();
-	static_cast<AudioRenderContextClient&>(*clone) = *this;
+	auto const clone = StartClone(*this);
 	clone->CopyTimesFrom(*this);
 	clone->mSpeed = mSpeed;
 	clone->mUsesResampler = mUsesResampler;
@@ -100,11 +99,6 @@ InterfaceRef<IAudioGenerator> RealtimeAudioClipTrackItemRenderer::Clone()
 	clone->mChain.CloneFrom(mChain, *this);
 	clone->Prepare();
 	return clone;
-}
-
-bool RealtimeAudioClipTrackItemRenderer::HasHistory()
-{
-	return mSource->HasHistory() || mChain.HasHistory();
 }
 
 void RealtimeAudioClipTrackItemRenderer::GetAudioData(
@@ -365,43 +359,15 @@ void RealtimeAudioClipTrackItemRenderer::AccumulatePrefetchRequests(
 
 void RealtimeAudioClipTrackItemRenderer::Reset()
 {
-	mSource->Reset();
-	mChain.Reset();
+	GeneratorWithInputs::Reset();
 	mChain.RestartControlBlock();
 	mPrerolled = false;
 }
 
-void RealtimeAudioClipTrackItemRenderer::InitializeAudioFilters()
+void RealtimeAudioClipTrackItemRenderer::VisitNodes(NodeVisitor& ioVisitor)
 {
-	mSource->InitializeAudioFilters();
-	mChain.InitializeAudioFilters();
-}
-
-void RealtimeAudioClipTrackItemRenderer::ShutdownAudioFilters()
-{
-	mSource->ShutdownAudioFilters();
-	mChain.ShutdownAudioFilters();
-}
-
-void RealtimeAudioClipTrackItemRenderer::CollectLiveParameters(LiveAudioParameterMap& outParameters)
-{
-	if (InterfaceRef<ILiveAudioParameterOwner> const panner = mChain.GetPanProcessor())
-	{
-		panner->CollectLiveParameters(outParameters);
-	}
-	mChain.CollectLiveParameters(outParameters);
-	if (InterfaceRef<ILiveAudioParameterOwner> const source = mSource)
-	{
-		source->CollectLiveParameters(outParameters);
-	}
-}
-
-std::vector<InterfaceRef<UnknownBase>> RealtimeAudioClipTrackItemRenderer::GetProcessorNodes()
-{
-	std::vector<InterfaceRef<UnknownBase>> nodes(
-		mChain.GetProcessors().begin(), mChain.GetProcessors().end());
-	nodes.emplace_back(mChain.GetPanProcessor());
-	return nodes;
+	ioVisitor.Visit(mSource);
+	mChain.VisitNodes(ioVisitor);
 }
 
 } // namespace SN
