@@ -16,6 +16,10 @@ namespace SN
 class AdaptivePanner : public AutomatedPanner, public AudioPannerDirectChannelAssignmentBase
 {
 public:
+	// inTag: of the scratch memory that is set aside for the output's channels.
+	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix,
+		ImmutableString const& inTag);
+
 	void ProcessAudioData(
 		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
 
@@ -24,9 +28,6 @@ protected:
 	AdaptivePanner(char16_t const* inNodeName, AudioChannelType inInputType, unsigned long long inRightInput,
 		AudioChannelLayout const& inOutputLayout);
 
-	// inTag: of the scratch memory that is set aside for the output's channels.
-	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix,
-		ImmutableString const& inTag);
 	void CopyFrom(AdaptivePanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
 private:

@@ -19,6 +19,9 @@ public:
 
 	explicit AudioPanner51ToAdaptive(AudioChannelLayout const& inOutputLayout);
 
+	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
+		AudioChannelMatrix const& inMatrix);
+
 	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
 	void ProcessAudioData(
 		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;

@@ -26,6 +26,10 @@ class AutomatedPanner : public Implements<AutomatedPanner, PanProcessorBase, Par
 						public AudioRenderContextClient
 {
 public:
+	// eNullPointer without a context, eFailure for another count of controls than inParameterCount,
+	// eInvalidArgument for the invalid rate.
+	int Init(AutomatedPannerSettings const& inSettings, std::size_t inParameterCount);
+
 	void Preroll(TickTime const& inTime, bool) override { ParameterOwnerMixin::Preroll(inTime); }
 	void Reset() override { ParameterOwnerMixin::Reset(); }
 
@@ -34,9 +38,6 @@ protected:
 
 	static constexpr std::size_t kAnyParameterCount = std::numeric_limits<std::size_t>::max();
 
-	// eNullPointer without a context, eFailure for another count of controls than inParameterCount,
-	// eInvalidArgument for the invalid rate.
-	int Init(AutomatedPannerSettings const& inSettings, std::size_t inParameterCount);
 	void CopyFrom(AutomatedPanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
 	// Whether the block at inTime does not follow the last one. In reverse no block counts as a jump.

@@ -5,18 +5,24 @@
 namespace SN
 {
 
-// What the Create functions of panners do: makes one, has it set itself up, and hands it out when that
-// succeeds.
+// What the Create functions of panners do: has a new panner set itself up, and hands it out when that succeeds.
+template <class Panner, class... Args>
+int CreatePanner(InterfaceRef<Panner> const& inPanner, InterfaceRef<IAudioPanProcessor>* outProcessor,
+	Args const&... inArgs)
+{
+	int const result = inPanner->Init(inArgs...);
+	if (ResultSucceeded(result))
+	{
+		*outProcessor = inPanner;
+	}
+	return result;
+}
+
+// The same for a panner that is made without arguments.
 template <class Panner, class... Args>
 int CreatePanner(InterfaceRef<IAudioPanProcessor>* outProcessor, Args const&... inArgs)
 {
-	auto const panner = zorvcore::classref::MakeObject<Panner>();
-	int const result = panner->Init(inArgs...);
-	if (ResultSucceeded(result))
-	{
-		*outProcessor = panner;
-	}
-	return result;
+	return CreatePanner(zorvcore::classref::MakeObject<Panner>(), outProcessor, inArgs...);
 }
 
 } // namespace SN

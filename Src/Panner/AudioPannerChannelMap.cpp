@@ -1,5 +1,6 @@
 #include "Panner/AudioPannerChannelMap.h"
 
+#include "Panner/CreatePanner.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 namespace SN
@@ -9,13 +10,8 @@ int AudioPannerChannelMap::Create(InterfaceRef<IAudioRenderContext> const& inCon
 	FrameRate const& inFrameRate, AudioChannelType inOutputType,
 	InterfaceRef<IAudioPanProcessor>* outProcessor)
 {
-	auto const panner = zorvcore::classref::MakeObject<AudioPannerChannelMap>(inOutputType);
-	int const result = panner->AudioRenderContextClient::Init(inContext, inFrameRate);
-	if (ResultSucceeded(result))
-	{
-		*outProcessor = panner;
-	}
-	return result;
+	return CreatePanner(zorvcore::classref::MakeObject<AudioPannerChannelMap>(inOutputType), outProcessor,
+		inContext, inFrameRate);
 }
 
 AudioPannerChannelMap::AudioPannerChannelMap(AudioChannelType inOutputType)

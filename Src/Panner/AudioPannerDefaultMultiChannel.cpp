@@ -1,5 +1,6 @@
 #include "Panner/AudioPannerDefaultMultiChannel.h"
 
+#include "Panner/CreatePanner.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -11,14 +12,9 @@ int AudioPannerDefaultMultiChannel::Create(AutomatedPannerSettings const& inSett
 	AudioChannelMatrix const& inMatrix, AudioChannelLayout const& inInputLayout,
 	AudioChannelLayout const& inOutputLayout, InterfaceRef<IAudioPanProcessor>* outProcessor)
 {
-	auto const panner = zorvcore::classref::MakeObject<AudioPannerDefaultMultiChannel>(
-		inInputLayout, inOutputLayout, inMatrix);
-	int const result = panner->Init(inSettings, kAnyParameterCount);
-	if (ResultSucceeded(result))
-	{
-		*outProcessor = panner;
-	}
-	return result;
+	return CreatePanner(zorvcore::classref::MakeObject<AudioPannerDefaultMultiChannel>(
+							inInputLayout, inOutputLayout, inMatrix),
+		outProcessor, inSettings, kAnyParameterCount);
 }
 
 AudioPannerDefaultMultiChannel::AudioPannerDefaultMultiChannel(AudioChannelLayout const& inInputLayout,

@@ -1,6 +1,7 @@
 #include "Panner/AudioPannerMonoToAdaptive.h"
 
 #include "AudioRender/Core/StackAudioBufferTags.h"
+#include "Panner/CreatePanner.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 namespace SN
@@ -30,15 +31,9 @@ AudioChannelMatrix FeedWholePairs(AudioChannelMatrix inMatrix)
 int AudioPannerMonoToAdaptive::Create(AutomatedPannerSettings const& inSettings, int inOutputChannels,
 	AudioChannelMatrix const& inMatrix, InterfaceRef<IAudioPanProcessor>* outProcessor)
 {
-	auto const panner = zorvcore::classref::MakeObject<AudioPannerMonoToAdaptive>(
-		zorvmediatypes::CreateMultichannelLayout(inOutputChannels));
-	int const result =
-		panner->Init(inSettings, FeedWholePairs(inMatrix), StackAudioBufferTags::kAudioPannerMonoToAdaptive);
-	if (ResultSucceeded(result))
-	{
-		*outProcessor = panner;
-	}
-	return result;
+	auto const layout = zorvmediatypes::CreateMultichannelLayout(inOutputChannels);
+	return CreatePanner(zorvcore::classref::MakeObject<AudioPannerMonoToAdaptive>(layout), outProcessor,
+		inSettings, FeedWholePairs(inMatrix), StackAudioBufferTags::kAudioPannerMonoToAdaptive);
 }
 
 AudioPannerMonoToAdaptive::AudioPannerMonoToAdaptive(AudioChannelLayout const& inOutputLayout)

@@ -1,6 +1,7 @@
 #include "Panner/AudioPannerStereoToAdaptive.h"
 
 #include "AudioRender/Core/StackAudioBufferTags.h"
+#include "Panner/CreatePanner.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 namespace SN
@@ -9,14 +10,9 @@ namespace SN
 int AudioPannerStereoToAdaptive::Create(AutomatedPannerSettings const& inSettings, int inOutputChannels,
 	AudioChannelMatrix const& inMatrix, InterfaceRef<IAudioPanProcessor>* outProcessor)
 {
-	auto const panner = zorvcore::classref::MakeObject<AudioPannerStereoToAdaptive>(
-		zorvmediatypes::CreateMultichannelLayout(inOutputChannels));
-	int const result = panner->Init(inSettings, inMatrix, StackAudioBufferTags::kAudioPannerStereoToAdaptive);
-	if (ResultSucceeded(result))
-	{
-		*outProcessor = panner;
-	}
-	return result;
+	auto const layout = zorvmediatypes::CreateMultichannelLayout(inOutputChannels);
+	return CreatePanner(zorvcore::classref::MakeObject<AudioPannerStereoToAdaptive>(layout), outProcessor,
+		inSettings, inMatrix, StackAudioBufferTags::kAudioPannerStereoToAdaptive);
 }
 
 AudioPannerStereoToAdaptive::AudioPannerStereoToAdaptive(AudioChannelLayout const& inOutputLayout)

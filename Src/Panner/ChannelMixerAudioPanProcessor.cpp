@@ -1,5 +1,6 @@
 #include "Panner/ChannelMixerAudioPanProcessor.h"
 
+#include "Panner/CreatePanner.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -11,14 +12,9 @@ int ChannelMixerAudioPanProcessor::Create(AudioChannelLayout const& inInputLayou
 	AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains,
 	InterfaceRef<IAudioPanProcessor>* outProcessor)
 {
-	auto const panner =
-		zorvcore::classref::MakeObject<ChannelMixerAudioPanProcessor>(inInputLayout, inOutputLayout);
-	int const result = panner->Init(inGains);
-	if (ResultSucceeded(result))
-	{
-		*outProcessor = panner;
-	}
-	return result;
+	return CreatePanner(
+		zorvcore::classref::MakeObject<ChannelMixerAudioPanProcessor>(inInputLayout, inOutputLayout),
+		outProcessor, inGains);
 }
 
 ChannelMixerAudioPanProcessor::ChannelMixerAudioPanProcessor(
