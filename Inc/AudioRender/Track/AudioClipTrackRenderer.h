@@ -6,12 +6,12 @@
 #include "AudioRender/Track/DelayedTrackItems.h"
 #include "AudioRender/Track/ProcessorChain.h"
 #include "AudioRender/Track/TrackCache.h"
+#include "AudioRender/Track/TrackItemCursor.h"
 #include "AudioRender/Track/TrackMute.h"
 #include "Sonaro/IAudioRecordCompletion.h"
 #include "Sonaro/ICachedAudioGenerator.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
-#include <atomic>
 #include <memory>
 
 namespace SN
@@ -102,19 +102,13 @@ private:
 	bool IsReadAheadPlayback() const { return IsPrefetchEnabled() && !IsImmediateRender(); }
 
 	void RenderRequest(Request const& inRequest);
-	bool FindItem(TickTime const& inTime);
 	bool RenderItems(Request const& inRequest, dsp::AudioSubBuffer& ioWindow);
 	void RenderChunk(
 		TrackItem const& inItem, TickTime const& inTime, bool inReverse, dsp::AudioSubBuffer& ioWindow);
 	void RunChain(Request const& inRequest, dsp::AudioSubBuffer& ioWindow);
-	void ReturnFromEnd();
 	void PrerollItems(TickTime const& inStartTime, bool inReverse);
-	void PrefetchItems(
-		PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator);
 
-	DelayedTrackItems::Items mItems;
-	// The item last played, so that a run of requests costs no search.
-	std::atomic<std::size_t> mCurrentItem{0};
+	TrackItemCursor mItems;
 	DelayedTrackItems mDelayedItems;
 	bool mIsEmpty = false;
 	AudioChannelLayout mChannels;

@@ -109,11 +109,10 @@ int AudioClipTrackRenderer::Init(AudioClipTrackSettings const& inSettings)
 
 void AudioClipTrackRenderer::SetItems(DelayedTrackItems::Items inItems)
 {
-	mItems = std::move(inItems);
-	mCurrentItem.store(0, std::memory_order_relaxed);
-	mDelayedItems.Clear();
 	// The count decides, whatever the items are.
-	mIsEmpty = mItems.size() == kNumFramingItems;
+	mIsEmpty = inItems.size() == kNumFramingItems;
+	mItems.SetItems(std::move(inItems));
+	mDelayedItems.Clear();
 }
 
 void AudioClipTrackRenderer::MakeBuffers()
@@ -169,7 +168,7 @@ TickTime AudioClipTrackRenderer::GetDelay()
 
 void AudioClipTrackRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
 {
-	ReturnFromEnd();
+	mItems.ReturnFromEnd();
 	// A shared track is prerolled by all who use it, and only the first or the earliest call counts.
 	if (!mPrerolled || (mCachingEnabled && inStartTime < mEarliestPreroll))
 	{
@@ -178,15 +177,6 @@ void AudioClipTrackRenderer::Preroll(TickTime const& inStartTime, bool inReverse
 	}
 	// A preroll never fades.
 	mMute.StartOver(GetFrameRate());
-}
-
-// A list that was run off is played from its first item on.
-void AudioClipTrackRenderer::ReturnFromEnd()
-{
-	if (mCurrentItem.load(std::memory_order_relaxed) >= mItems.size())
-	{
-		mCurrentItem.store(0, std::memory_order_relaxed);
-	}
 }
 
 void AudioClipTrackRenderer::PrerollItems(TickTime const& inStartTime, bool inReverse)
@@ -207,7 +197,7 @@ void AudioClipTrackRenderer::PrerollItems(TickTime const& inStartTime, bool inRe
 		return;
 	}
 	TrackStart const start{inStartTime, inReverse, GetNestingDepth()};
-	for (TrackItem const& item : mDelayedItems.Classify(mItems, start))
+	for (TrackItem const& item : mDelayedItems.Classify(mItems.GetItems(), start))
 	{
 		item.mGenerator->FillInitialDelay(
 			DelayedTrackItems::GetFillTarget(item, inReverse), kTimeZero, inReverse, true);
@@ -236,52 +226,17 @@ void AudioClipTrackRenderer::AccumulatePrefetchRequests(
 	{
 		mDelayedItems.AccumulatePrefetchRequests(inRange, inType, inAccumulator);
 	}
-	PrefetchItems(inRange, inType, inAccumulator);
-}
-
-void AudioClipTrackRenderer::PrefetchItems(
-	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
-{
-	// Leaves the item last played alone.
-	std::size_t index = mCurrentItem.load(std::memory_order_relaxed);
-	if (index >= mItems.size())
-	{
-		return;
-	}
-	bool const isWithinCurrent = inRange.mStart >= mItems[index].mItem->GetStartTime() &&
-								 mItems[index].mItem->GetEndTime() >= inRange.mEnd;
-	if (!isWithinCurrent && inRange.mStart >= mItems[index].mItem->GetEndTime())
-	{
-		while (index < mItems.size() && inRange.mStart >= mItems[index].mItem->GetEndTime())
+	mItems.ForEachWithin(inRange,
+		[&](TrackItem const& inItem, PrefetchRange const& inPart)
 		{
-			++index;
-		}
-	}
-	else
-	{
-		while (index > 0 && inRange.mStart < mItems[index].mItem->GetStartTime())
-		{
-			--index;
-		}
-	}
-	TickTime start = inRange.mStart;
-	for (; index < mItems.size(); ++index)
-	{
-		TrackItem const& item = mItems[index];
-		TickTime const end = std::min(item.mItem->GetEndTime(), inRange.mEnd);
-		item.mGenerator->AccumulatePrefetchRequests(
-			PrefetchRange(start, end) - item.mItem->GetTrackItemStartTime(), inType, inAccumulator);
-		if (item.mItem->GetEndTime() >= inRange.mEnd)
-		{
-			return;
-		}
-		start = end;
-	}
+			inItem.mGenerator->AccumulatePrefetchRequests(
+				inPart - inItem.mItem->GetTrackItemStartTime(), inType, inAccumulator);
+		});
 }
 
 void AudioClipTrackRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
 {
-	if (mIsEmpty || mCurrentItem.load(std::memory_order_relaxed) >= mItems.size())
+	if (mIsEmpty || mItems.IsAtEnd())
 	{
 		ioBuffer.Zero();
 		return;
@@ -321,7 +276,7 @@ void AudioClipTrackRenderer::RenderRequest(Request const& inRequest)
 	dsp::AudioSubBuffer window;
 	window.Init(std::min<unsigned long long>(mNumChannels, inRequest.mItemBuffer.GetNumChannels()));
 	window.Assign(inRequest.mItemBuffer, 0);
-	if (!FindItem(inRequest.mTime) || !RenderItems(inRequest, window))
+	if (!mItems.MoveTo(inRequest.mTime) || !RenderItems(inRequest, window))
 	{
 		// A request is played whole or not at all.
 		inRequest.mOutput.Zero();
@@ -337,44 +292,18 @@ void AudioClipTrackRenderer::RenderRequest(Request const& inRequest)
 	mMute.Process(inRequest.mOutput);
 }
 
-// Moves to the item at a time; false when the list ends before it.
-bool AudioClipTrackRenderer::FindItem(TickTime const& inTime)
-{
-	std::size_t index = mCurrentItem.load(std::memory_order_relaxed);
-	bool isFound = true;
-	if (inTime >= mItems[index].mItem->GetStartTime())
-	{
-		while (index < mItems.size() && inTime >= mItems[index].mItem->GetEndTime())
-		{
-			++index;
-		}
-		isFound = index < mItems.size();
-	}
-	else
-	{
-		while (index > 0 && inTime < mItems[index].mItem->GetStartTime())
-		{
-			--index;
-		}
-		isFound = inTime >= mItems[index].mItem->GetStartTime();
-	}
-	mCurrentItem.store(index, std::memory_order_relaxed);
-	return isFound;
-}
-
 // Fills the items' buffer in ascending time; false when the list ends within the request.
 bool AudioClipTrackRenderer::RenderItems(Request const& inRequest, dsp::AudioSubBuffer& ioWindow)
 {
 	unsigned const total = inRequest.mItemBuffer.GetUseSize();
 	TickTime time = inRequest.mTime;
-	std::size_t index = mCurrentItem.load(std::memory_order_relaxed);
 	for (unsigned done = 0; done < total;)
 	{
-		long long const frames = (mItems[index].mItem->GetEndTime() - time).ToFrame64(GetFrameRate());
+		TrackItem const& item = mItems.GetCurrent();
+		long long const frames = (item.mItem->GetEndTime() - time).ToFrame64(GetFrameRate());
 		if (frames <= 0)
 		{
-			mCurrentItem.store(++index, std::memory_order_relaxed);
-			if (index == mItems.size())
+			if (!mItems.MoveOn())
 			{
 				return false;
 			}
@@ -383,7 +312,7 @@ bool AudioClipTrackRenderer::RenderItems(Request const& inRequest, dsp::AudioSub
 		auto const chunk = static_cast<unsigned>(std::min<long long>(frames, total - done));
 		ioWindow.Assign(inRequest.mItemBuffer, done);
 		ioWindow.SetUseSize(chunk);
-		RenderChunk(mItems[index], time, inRequest.mReverse, ioWindow);
+		RenderChunk(item, time, inRequest.mReverse, ioWindow);
 		done += chunk;
 		time.AddFrames(chunk, GetFrameRate());
 	}
@@ -430,7 +359,7 @@ void AudioClipTrackRenderer::RunChain(Request const& inRequest, dsp::AudioSubBuf
 
 void AudioClipTrackRenderer::Reset()
 {
-	ReturnFromEnd();
+	mItems.ReturnFromEnd();
 	if (!mPrerolled)
 	{
 		return;
