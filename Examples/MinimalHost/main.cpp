@@ -15,19 +15,8 @@ constexpr unsigned kHertz = 48000, kChannels = 2, kBlock = 512, kLength = 2 * kH
 FrameRate const kRate = FrameRate::FromSamplesPerSecond(kHertz);
 AudioChannelLayout const& kStereo = VX::kAudioChannelLayout_Stereo;
 
-// An object of the host's that answers for one interface of the engine's.
-template <class Interface>
-class Object : public Interface
-{
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<Interface>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
-};
-
 // Media: a tone. A real host decodes a file here.
-struct Tone final : Object<IAudioSource>
+struct Tone final : Implements<Tone, IAudioSource>
 {
 	FrameRate GetFrameRate() override { return kRate; }
 	TickTime GetLength() override { return TickTime(kLength, kRate); }
@@ -49,7 +38,7 @@ struct Tone final : Object<IAudioSource>
 };
 
 // The clip runs as its track does.
-struct SameTime final : Object<VX::ITimeTransform>
+struct SameTime final : Implements<SameTime, VX::ITimeTransform>
 {
 	TickTime GetTime(TickTime const& inTime) override { return inTime; }
 };

@@ -2,8 +2,6 @@
 
 #include "AudioRender/Core/StackAudioBufferTags.h"
 
-#include <algorithm>
-
 namespace SN
 {
 
