@@ -20,7 +20,7 @@ constexpr FrameRate k48000Hz{5292000};
 constexpr unsigned kLargestBlock = 4096;
 
 // A stereo file of ten minutes that lies in memory, one block repeated.
-class MemorySource final : public IAudioSource, public IAudioSourceFile
+class MemorySource final : public Implements<MemorySource, IAudioSource, IAudioSourceFile>
 {
 public:
 	FrameRate GetFrameRate() override { return k48000Hz; }
@@ -40,14 +40,6 @@ public:
 	ImmutableString GetPath() override { return {}; }
 	unsigned GetRevision() override { return 0; }
 	TickTime GetDuration() override { return GetLength(); }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IAudioSource, IAudioSourceFile>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	dsp::AudioBuffer mBlock{2, kLargestBlock};

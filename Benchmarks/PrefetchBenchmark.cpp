@@ -12,7 +12,7 @@ namespace
 using namespace SN;
 using zorvcore::classref::MakeObject;
 
-class CountingSource final : public IAsyncAudioSource
+class CountingSource final : public Implements<CountingSource, IAsyncAudioSource>
 {
 public:
 	void PrefetchAudioData(unsigned long long const&, TickTime const&, unsigned) override { ++mReads; }
@@ -21,16 +21,9 @@ public:
 
 	// The prefetch thread's; to be read once the last batch was notified.
 	std::int64_t mReads = 0;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAsyncAudioSource>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 };
 
-class CountingNotify final : public AudioPrefetch::IAudioPrefetchNotify
+class CountingNotify final : public Implements<CountingNotify, AudioPrefetch::IAudioPrefetchNotify>
 {
 public:
 	explicit CountingNotify(std::int64_t inExpected)
@@ -47,14 +40,6 @@ public:
 	}
 
 	void Wait() { mAllTold.PassThrough(); }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<AudioPrefetch::IAudioPrefetchNotify>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	std::int64_t mExpected;

@@ -47,7 +47,7 @@ struct Recording
 
 using Recordings = std::vector<std::shared_ptr<Recording const>>;
 
-class MemorySource final : public IAudioSource
+class MemorySource final : public Implements<MemorySource, IAudioSource>
 {
 public:
 	explicit MemorySource(std::shared_ptr<Recording const> inRecording)
@@ -73,13 +73,6 @@ public:
 				count, mRecording->GetChannel(channel) + first, 1.0f, ioBuffer.GetChannel(channel));
 		}
 		ioBuffer.NoteBufferWrite(0, count);
-	}
-
-protected:
-	void* QueryMap(Guid const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioSource>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
 private:

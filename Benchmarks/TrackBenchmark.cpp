@@ -45,7 +45,7 @@ private:
 };
 
 // The largest magnitude of all blocks.
-class PeakMeter final : public IAudioMeterSetter
+class PeakMeter final : public Implements<PeakMeter, IAudioMeterSetter>
 {
 public:
 	void Init(FrameRate const&, unsigned) override {}
@@ -59,13 +59,6 @@ public:
 	}
 	void Shutdown() override {}
 	void Reset() override {}
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioMeterSetter>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	float mPeak = 0.0f;

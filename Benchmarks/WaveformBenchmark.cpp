@@ -32,7 +32,7 @@ std::vector<float> MakeSamples()
 }
 
 // Stereo of the same block again and again, which costs no more than a copy.
-class LoopGenerator final : public IAudioGenerator, public IAudioGeneratorPrivate
+class LoopGenerator final : public Implements<LoopGenerator, IAudioGenerator, IAudioGeneratorPrivate>
 {
 public:
 	InterfaceRef<IAudioGenerator> Clone() override { return InterfaceRef<IAudioGenerator>::FromThis(this); }
@@ -62,14 +62,6 @@ public:
 		return zorvmediatypes::CreateStereoChannelLayout();
 	}
 	FrameRate GetGeneratorFrameRate() override { return FrameRate::FromSamplesPerSecond(48000.0); }
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<IAudioGenerator, IAudioGeneratorPrivate>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	std::vector<float> mSamples = MakeSamples();
