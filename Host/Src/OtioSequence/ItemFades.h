@@ -10,19 +10,19 @@ namespace SonaroHost::Otio
 // What transitions do to the ends of an item, in frames within it.
 struct ItemEnds
 {
-	// By crossfades, which may lie wholly on the other side.
+	// What crossfades do, which may lie wholly on the other side.
 	bool mHasCrossfadeBefore = false;
 	bool mHasCrossfadeAfter = false;
 	std::int64_t mTakenBefore = 0;
 	std::int64_t mTakenAfter = 0;
-	// By fades from and to silence.
+	// What fades from and to silence take.
 	std::int64_t mFadeIn = 0;
 	std::int64_t mFadeOut = 0;
 	FadeShape mFadeInShape = FadeShape::eLinear;
 	FadeShape mFadeOutShape = FadeShape::eLinear;
 };
 
-// Gives ioItem its fades, by transitions or by its settings, made short enough for it, and tells of what cannot
+// Gives ioItem its fades, by transitions or by its settings, made short enough for it, and notes those that cannot
 // be.
 void PlaceFades(SequenceMaking& ioMaking, Item const& inItem, Placement const& inPlacement,
 	Grid const& inGrid, ItemEnds inEnds, Sequence::Item& ioItem);

@@ -81,7 +81,7 @@ Sequence::Item ItemMaker::MakeSilence(ItemView const& inItem, Placement const& i
 {
 	Sequence::Media media;
 	media.mLayout = mLayout;
-	// At speed 0 nothing is opened.
+	// An item at speed 0 opens nothing.
 	media.mOpen = [](SN::FrameRate const&) { return SN::InterfaceRef<SN::IAudioSource>(); };
 	Sequence::Item item = MakeItem(inItem, inPlacement, {});
 	item.mContent = Sequence::Clip{std::make_shared<Sequence::Media const>(std::move(media)), 0, {}};

@@ -17,7 +17,7 @@ struct Placement
 	Ratio mEnd;
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mEndFrame = 0;
-	// By which crossfades reach beyond its ends.
+	// Frames by which crossfades reach beyond its ends.
 	std::int64_t mFramesBefore = 0;
 	std::int64_t mFramesAfter = 0;
 };
@@ -26,7 +26,7 @@ Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const&
 
 // Makes a sequence's item of a clip or a composition.
 //
-// Content  Of a range from s on that is d long, at speed k: forward, from s to s + k d; backward, from s + |k| d
+// Content  A range from s on that is d long, at speed k: forward, from s to s + k d; backward, from s + |k| d
 //          back to s, the last sample before s + |k| d first.
 class ItemMaker
 {
@@ -63,7 +63,7 @@ private:
 	{
 		ExactRange mRange;
 		Ratio mSpeed = Ratio(1);
-		// From the sequence's time to the item's.
+		// Maps the sequence's time to the item's.
 		TimeMap mToContent;
 		// The item's time at its first frame.
 		Ratio mFirst;
@@ -73,7 +73,7 @@ private:
 	struct Content
 	{
 		TimeSpan mSpan;
-		// In which shortages are told.
+		// The rate in which notes give what is missing.
 		Ratio mRate;
 		char const* mName;
 		bool mIsMedia;
@@ -104,7 +104,7 @@ private:
 	// Why it cannot be heard; empty when it can. They take notes.
 	std::string CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
 		ClipMedia const& inMedia, ClipRow::Status& outStatus);
-	// For one on a track; gives what listens to it, or nothing.
+	// Adds the row of a nest on a track; gives what listens to it, or nothing.
 	SN::InterfaceRef<SN::IAudioMeterSetter> AddNestRow(
 		Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout);
 	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing);

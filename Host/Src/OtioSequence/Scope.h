@@ -28,7 +28,7 @@ public:
 	// The nearest frame, halves up.
 	std::int64_t ToFrame(Ratio const& inTime) const { return ToSamples(inTime - mOrigin, mSampleRate); }
 	Ratio ToTime(std::int64_t inFrame) const { return mOrigin + Ratio(inFrame, mSampleRate); }
-	// In the sequence's own time.
+	// The frame's time in the sequence's own time.
 	SN::TickTime ToTicks(std::int64_t inFrame) const;
 
 private:
@@ -46,7 +46,7 @@ struct TimeSpan
 	Ratio mEnd;
 };
 
-// From one time to another: times a factor that is not 0, plus an offset.
+// Maps one time to another: times a factor that is not 0, plus an offset.
 class TimeMap
 {
 public:
@@ -60,7 +60,7 @@ public:
 
 	Ratio const& GetFactor() const { return mFactor; }
 	Ratio Map(Ratio const& inTime) const { return mOffset + inTime * mFactor; }
-	// Behind inFirst.
+	// The map that applies inFirst and then this one.
 	TimeMap After(TimeMap const& inFirst) const;
 	TimeMap Invert() const { return {mOffset, Ratio(), Ratio(1) / mFactor}; }
 	TimeSpan Map(TimeSpan const& inSpan) const;
@@ -74,9 +74,9 @@ private:
 struct Scope
 {
 	Grid mGrid;
-	// From the composition's time to that of the programme.
+	// Maps the composition's time to that of the programme.
 	TimeMap mToProgramme;
-	// Of the composition's time, what is visible through all that it is nested in.
+	// The part of the composition's time that is visible through all that it is nested in.
 	TimeSpan mVisible;
 	// The same with what crossfades of those add.
 	TimeSpan mNeeded;

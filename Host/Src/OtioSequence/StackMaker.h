@@ -25,7 +25,7 @@ public:
 	{
 	}
 
-	// Without the stack's own levels.
+	// Leaves the stack's own levels out.
 	std::shared_ptr<Sequence::Description> Make();
 
 private:

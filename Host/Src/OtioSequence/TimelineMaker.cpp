@@ -177,7 +177,7 @@ private:
 		return description;
 	}
 
-	// As an item on a track, where only items have what the stack wants.
+	// Makes the stack an item on a track, where only items have what the stack wants.
 	std::shared_ptr<Sequence::Description> MakeNested()
 	{
 		Scope const scope = MakeProgrammeScope();

@@ -26,7 +26,7 @@ public:
 	{
 	}
 
-	// As asked for; it may reach beyond the programme.
+	// The range as asked for; it may reach beyond the programme.
 	ProgrammeRange Parse()
 	{
 		for (std::string const separator : {"..", "+"})
@@ -77,7 +77,7 @@ private:
 		return frames ? std::optional(ProgrammeRange{*start, *frames}) : std::nullopt;
 	}
 
-	// Of several markers the first one after inAfter.
+	// Takes the first one after inAfter of several markers.
 	Frame FindPlace(std::string const& inText, std::int64_t inAfter)
 	{
 		Frame const time = ParseTime(inText, mSequence.mGlobalStart.value_or(Ratio()));

@@ -41,7 +41,7 @@ private:
 		ItemView mView;
 		Placement mPlacement;
 		ItemEnds mEnds;
-		// To the slot behind it.
+		// The crossfade to the slot after it.
 		Transition const* mCrossfade = nullptr;
 	};
 

@@ -105,8 +105,8 @@ SF_VIRTUAL_IO GetCallbacks()
 	return callbacks;
 }
 
-// As EBU Tech 3285 lays it out, version 1, everything empty but the time reference. libsndfile's own way to make
-// it would add its name and version.
+// The extension as EBU Tech 3285 lays it out, version 1, everything empty but the time reference. libsndfile's own
+// way to make it would add its name and version.
 void AddBroadcastExtension(SNDFILE* ioFile, std::int64_t inTimeReference)
 {
 	constexpr std::size_t kReferenceOffset = 338;

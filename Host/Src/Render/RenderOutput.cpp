@@ -78,7 +78,7 @@ void RenderOutput::Complete()
 {
 	if (mLimiter)
 	{
-		// What the limiter still holds comes out behind as many zeros.
+		// What the limiter still holds comes out once as many zeros have gone in.
 		dsp::AudioBuffer silence(mSetup.mLayout.size(), static_cast<unsigned>(mLimiter->GetLatencyFrames()));
 		silence.Zero();
 		Take(silence);

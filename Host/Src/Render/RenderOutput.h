@@ -29,7 +29,7 @@ public:
 		// Linear.
 		std::optional<double> mLimit;
 		bool mMeasures = false;
-		// Without it, it is only measured.
+		// False where it is only measured.
 		bool mWrites = true;
 	};
 
@@ -54,7 +54,7 @@ private:
 	std::optional<AudioFileWriter> mWriter;
 	std::optional<LoudnessMeter> mMeter;
 	std::optional<PeakLimiter> mLimiter;
-	// Of the limiter, to be dropped at the start.
+	// The limiter's frames that are still to be dropped at the start.
 	std::int64_t mFramesToDrop = 0;
 };
 

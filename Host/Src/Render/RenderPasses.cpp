@@ -116,7 +116,7 @@ bool RenderPasses::WriteFiles()
 {
 	mSetup.mMeasures = mPlan.mMeasuring != Measuring::eNothing;
 	bool const measuresTracks = mPlan.mWritesMix && MeasuresTracks() && !NeedsMixAlone();
-	// Without moving what has been opened.
+	// A deque does not move what has been opened.
 	std::deque<RenderOutput> outputs;
 	for (RenderedFile const& file : mPlan.mFiles)
 	{

@@ -72,7 +72,7 @@ private:
 
 	bool NeedsMixAlone() const;
 	bool MeasuresTracks() const { return mPlan.mMeasuring == Measuring::eTracks; }
-	// Of a pass that only measures the mix.
+	// The setup of a pass that only measures the mix.
 	RenderOutput::Setup MakeMeasuringSetup() const;
 
 	RenderPlan mPlan;

@@ -20,7 +20,7 @@ struct ClipMedia
 	// Null for silence.
 	std::shared_ptr<Sequence::Media const> mMedia;
 	std::filesystem::path mPath;
-	// Of the media, counted from 0; empty for all.
+	// Channels of the media, counted from 0; empty for all.
 	std::vector<unsigned> mChannels;
 	// Why it is silent, and whether against the timeline's will.
 	std::string mWhySilent;

@@ -21,9 +21,9 @@ public:
 	{
 	}
 
-	// Before any pan of its own.
+	// The clip's layout before any pan of its own.
 	SN::AudioChannelLayout const& GetLayout(Clip const& inClip);
-	// Without channels where nothing is heard. The inner one is before any pan of its own.
+	// They have no channels where nothing is heard. The inner one is before any pan of its own.
 	SN::AudioChannelLayout const& GetInnerWidth(ItemView const& inItem);
 	SN::AudioChannelLayout GetWidth(ItemView const& inItem);
 

@@ -11,7 +11,7 @@ namespace SonaroHost::Otio
 // How the times of an item's curves lie.
 struct CurveSite
 {
-	// Of the item, for keyframes that stand at fractions of it.
+	// The item's length, for keyframes that stand at fractions of it.
 	Ratio mLength;
 	// Where the item's start lies in the time of the chain.
 	SN::TickTime mStart;
@@ -19,7 +19,7 @@ struct CurveSite
 
 // A gain, linear; null for one that is 1 for ever.
 Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveSite const& inSite);
-// From 0, left, to 1, right.
+// The pan goes from 0, left, to 1, right.
 Sequence::NumberParameter MakePan(Curve const& inCurve, CurveSite const& inSite);
 
 // All gains of an item: its own, or what others left in its metadata; and those of its effects.

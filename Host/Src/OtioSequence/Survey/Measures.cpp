@@ -27,7 +27,7 @@ Speed GetSpeed(Item const& inItem)
 		speed.mIsFrozen =
 			speed.mIsFrozen || (effect.mIsEnabled && effect.mKind == Effect::Kind::eFreezeFrame);
 	}
-	// Several of them can come to less than a fraction tells.
+	// The product of several can be too small for a fraction to hold.
 	speed.mIsFrozen = speed.mIsFrozen || speed.mFactor == Ratio();
 	return speed;
 }

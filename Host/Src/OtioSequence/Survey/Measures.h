@@ -9,7 +9,7 @@
 namespace SonaroHost::Otio
 {
 
-// In seconds of an item's own time.
+// A range in seconds of an item's own time.
 struct ExactRange
 {
 	Ratio GetEnd() const { return mStart + mLength; }
@@ -41,8 +41,8 @@ struct ItemView
 	Stack const* mStack = nullptr;
 };
 
-// How long things are. The file of a clip is asked where the timeline does not tell, except below tracks that are
-// not heard.
+// How long things are. Where the timeline does not say, the file of a clip is asked, except below tracks that are not
+// heard.
 class Measures
 {
 public:

@@ -27,7 +27,7 @@ public:
 private:
 	void Add(std::vector<Composable> const& inChildren);
 	void Add(Clip const& inClip);
-	// Of a movie, the sound file that is taken for its sound, or the places where one would be.
+	// Adds the sound file that is taken for a movie's sound, or the places where one would be.
 	void AddSoundOf(std::string const& inUrl);
 
 	MediaFinder const& mFinder;

@@ -25,8 +25,8 @@ bool ClipRenderer::Render(RenderPass const& inPass, RenderPasses::Sink const& in
 	OfflineRange const range = MakeRange();
 	SN::TickTime const rangeEnd(range.mFrames, range.mFrameRate);
 	bool const isPlayback = mRequest.mAsPlayback && inPass.mWrites;
-	// It does not tell of a reversed programme: what lies on the track is reversed, and the track runs
-	// forward.
+	// The prefetcher is set up for a forward run even of a reversed programme: what lies on the track is reversed,
+	// and the track runs forward.
 	SN::Prefetcher prefetcher{.mStart = SN::kTimeZero, .mEnd = rangeEnd};
 	RenderContextScope const context(range.mBlockFrames, rangeEnd,
 		SN::ImmutableString(mRequest.mOutput.filename().string().c_str()),

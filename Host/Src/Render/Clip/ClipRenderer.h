@@ -16,10 +16,10 @@ public:
 	// Both are to live on.
 	ClipRenderer(ClipRenderRequest const& inRequest, ProgrammePlan const& inPlan, std::stop_token inStop);
 
-	// As RenderPasses::Renderer has it.
+	// Works as RenderPasses::Renderer says.
 	bool Render(RenderPass const& inPass, RenderPasses::Sink const& inSink);
 
-	// Of the pass as playback, if there was one.
+	// The summary of the pass as playback, if there was one.
 	std::optional<PlaybackSummary> const& GetPlayback() const { return mPlayback; }
 
 private:

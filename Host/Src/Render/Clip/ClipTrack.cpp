@@ -19,7 +19,7 @@ namespace
 using Generator = SN::InterfaceRef<SN::IAudioGenerator>;
 using Context = SN::InterfaceRef<SN::IAudioRenderContext>;
 
-// Of the media itself; items play it at others.
+// The speed of the media itself; items play it at others.
 constexpr double kNormalSpeed = 1.0;
 
 // The media of a clip, from the first frame to be heard on, at its own rate.

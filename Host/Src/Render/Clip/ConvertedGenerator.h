@@ -34,7 +34,7 @@ public:
 		bool inForceCompletion) override;
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
 		SN::PrefetchRequestAccumulator& inAccumulator) override;
-	// At most the context's largest block.
+	// ioBuffer holds at most the context's largest block.
 	void GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
 	void Reset() override { mSource->Reset(); }
 	void InitializeAudioFilters() override { mSource->InitializeAudioFilters(); }

@@ -11,17 +11,17 @@ namespace SonaroHost
 // How the frames of a graph are counted.
 struct FrameMap
 {
-	// Of the graph, from its time 0 on.
+	// Frames of the graph, from its time 0 on.
 	std::int64_t mFrames = 0;
 	SN::FrameRate mSourceRate;
-	// At which they are asked for: frame i at this rate is frame i of the graph.
+	// The rate at which they are asked for: frame i at this rate is frame i of the graph.
 	SN::FrameRate mRate;
-	// From their end to their start.
+	// They are played from their end to their start.
 	bool mIsReversed = false;
 };
 
-// A graph whose frames are counted anew, so that what stands behind it hears a programme that runs forward at
-// a rate of its own. Nothing is resampled.
+// A graph whose frames are counted anew, so that what it feeds hears a programme that runs forward at a rate of its
+// own. Nothing is resampled.
 class RemappedGenerator final : public SN::Implements<RemappedGenerator, SN::IAudioGenerator>
 {
 public:

@@ -20,7 +20,7 @@ public:
 
 	explicit ProgrammeMeter(SN::AudioChannelLayout inLayout);
 
-	// To be measured beside others, from the next Init on.
+	// From the next Init on it is measured beside others in inBank.
 	void Share(std::shared_ptr<LoudnessBank> inBank);
 
 	void Init(SN::FrameRate const& inFrameRate, unsigned inChannels) override;

@@ -12,7 +12,7 @@ namespace SonaroHost::Otio
 namespace
 {
 
-// Of renders, whose largest speed hangs on it.
+// The largest block of renders, on which their largest speed depends.
 constexpr unsigned kBlockFrames = 4096;
 
 } // namespace

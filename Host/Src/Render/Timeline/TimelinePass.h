@@ -19,7 +19,7 @@ namespace SonaroHost::Otio
 
 struct TimelinePass
 {
-	// Within the programme.
+	// The range within the programme.
 	ProgrammeRange mRange;
 	unsigned mBlockFrames = 0;
 	// Called before the range's first block leaves the graph.

@@ -24,7 +24,7 @@ public:
 	// Whether the mix is all that such a pass needs.
 	static bool IsMix(RenderedFile const& inFile, bool inMeasuresTracks);
 
-	// As RenderPasses::Renderer has it.
+	// Works as RenderPasses::Renderer says.
 	bool Render(RenderPass const& inPass, RenderPasses::Sink const& inSink);
 
 	// Adds what TimelineRenderSummary has beside the files, except for the time that it took.

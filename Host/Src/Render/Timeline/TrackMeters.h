@@ -23,16 +23,16 @@ public:
 	TrackMeters(TrackMeters const&) = delete;
 	TrackMeters& operator=(TrackMeters const&) = delete;
 
-	// To be asked for them by the making of the sequence.
+	// Makes the meter of a row; called while the sequence is made.
 	SN::InterfaceRef<SN::IAudioMeterSetter> Make(TrackRow const& inRow);
 	// From now on they hear what passes.
 	void Begin(SN::FrameRate const& inFrameRate);
 
-	// For each row.
+	// A reading for each row.
 	std::vector<std::optional<LoudnessReading>> GetReadings(std::vector<TrackRow> const& inRows) const;
 
 private:
-	// By the place of the row.
+	// The meters by the places of their rows.
 	std::map<std::string, SN::InterfaceRef<ProgrammeMeter>> mMeters;
 };
 
