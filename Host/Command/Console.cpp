@@ -23,7 +23,7 @@ void PrintLine(std::string inText)
 	std::replace(inText.begin(), inText.end(), '\n', ' ');
 	// Whatever a message is made of, nothing in it reaches the terminal as a command.
 	inText = SonaroHost::MakePrintable(inText) + "\n";
-	// In one piece, so that lines of several processes do not mix.
+	// The line is written in one piece, so that lines of several processes do not mix.
 	std::fwrite(inText.data(), 1, inText.size(), stderr);
 }
 

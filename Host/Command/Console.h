@@ -6,11 +6,11 @@
 namespace SonaroCommand
 {
 
-// One line on the error output, behind the program's name.
+// Prints one line on the error output, after the program's name.
 void PrintError(std::string const& inMessage);
 void PrintWarning(std::string const& inMessage);
 
-// For messages: a path as it was given, or "standard output" for "-".
+// A path for messages: as it was given, or "standard output" for "-".
 std::string ShowOutput(std::string const& inPath);
 
 // When one of the outputs is the standard output: from then on the error output gets what PrintResult prints.

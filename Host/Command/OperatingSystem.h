@@ -7,7 +7,7 @@ namespace SonaroCommand
 
 bool IsErrorOutputTerminal();
 
-// Columns of the terminal behind the error output; 80 when it does not tell.
+// Columns of the terminal that the error output goes to; 80 when it does not say.
 int GetTerminalWidth();
 
 // A standard stream that is closed at the start stays one that fails, whatever is opened later: the next file would

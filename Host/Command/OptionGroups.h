@@ -13,7 +13,7 @@ inline constexpr char const* kForAllInputs = "All inputs";
 inline constexpr char const* kForSoundFiles = "Sound files";
 inline constexpr char const* kForTimelines = "Timelines";
 
-// To be called once a command has all its options: those that are for one kind of input alone by their names, and all
+// Called once a command has all its options: those that are for one kind of input alone by their names, and all
 // others are for all inputs.
 void GroupByInput(CLI::App& ioParser, std::initializer_list<char const*> inForSoundFiles,
 	std::initializer_list<char const*> inForTimelines);

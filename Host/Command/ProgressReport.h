@@ -8,12 +8,12 @@
 namespace SonaroCommand
 {
 
-// Tells on the error output how far a render has come: a bar on a terminal, a line every ten seconds
-// elsewhere. Its end clears the bar.
+// Shows on the error output how far a render has come: a bar on a terminal, a line every ten seconds elsewhere. Its
+// end clears the bar.
 class ProgressReport
 {
 public:
-	// Quiet, it tells nothing.
+	// inIsQuiet: it shows nothing.
 	ProgressReport(int inSampleRate, bool inIsQuiet);
 	~ProgressReport();
 	ProgressReport(ProgressReport const&) = delete;

@@ -29,7 +29,7 @@ private:
 	void AddLevelOptions();
 	void AddChannelOptions();
 	void AddReportOptions();
-	// Under the kinds of inputs that they are for.
+	// Groups them under the kinds of inputs that they are for.
 	void GroupOptions();
 
 	// Throws a HostError for an option that a timeline has no use for.

@@ -17,7 +17,7 @@ using namespace SonaroHost;
 namespace
 {
 
-// Of the keys of the report: one more for any change that a reader would stumble over.
+// The version of the report's keys: one more for any change that a reader would stumble over.
 constexpr int kReportVersion = 1;
 
 std::string DescribeLoudness(LoudnessReading const& inLoudness)
@@ -85,7 +85,7 @@ void AddPlayback(Json& ioJson, RenderSummary const& inSummary)
 	}
 }
 
-// As the report of a timeline lists them. Where they overlap, the later one is heard alone.
+// Lists the clips as the report of a timeline does. Where they overlap, the later one is heard alone.
 Json ListClips(ProgrammePlan const& inPlan)
 {
 	Json list = Json::array();

@@ -13,7 +13,7 @@ namespace SonaroCommand
 namespace
 {
 
-// For jobs to clear up by themselves.
+// The time that jobs have to clear up by themselves.
 constexpr timespec kPatience{0, 500'000'000};
 
 std::atomic<int> sSignal = 0;

@@ -50,7 +50,7 @@ struct Described
 		}
 	}
 
-	// Of each file how many clips are cut from it.
+	// How many clips are cut from each file.
 	std::map<std::filesystem::path, std::size_t> CountMedia() const
 	{
 		std::map<std::filesystem::path, std::size_t> media;

@@ -22,7 +22,7 @@ namespace
 {
 
 constexpr std::size_t kMostLines = 20;
-// Of bytes; deeply nested things have long ones.
+// The longest labels and places in bytes; deeply nested things have long ones.
 constexpr std::size_t kLongestTrack = 200;
 constexpr std::size_t kLongestPlace = 400;
 

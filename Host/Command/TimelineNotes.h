@@ -18,10 +18,10 @@ struct MissingFile
 	std::size_t mClips = 0;
 };
 
-// In the order of their first clips. inMissing outlives the result.
+// The files come in the order of their first clips. inMissing outlives the result.
 std::vector<MissingFile> GroupByFile(std::vector<SonaroHost::Otio::MissingMedia> const& inMissing);
 
-// For messages: what the clip is called, and "'media/a.wav' does not exist".
+// Texts for messages: what the clip is called, and "'media/a.wav' does not exist".
 std::string GetClipLabel(SonaroHost::Otio::MissingMedia const& inMissing);
 std::string DescribeReason(SonaroHost::Otio::MissingMedia const& inMissing);
 
@@ -34,7 +34,7 @@ Json ListMissing(std::vector<SonaroHost::Otio::MissingMedia> const& inMissing);
 // Levels that are not read stand first.
 Json ListNotes(std::vector<SonaroHost::Otio::Note> const& inNotes);
 
-// At how many places levels are not read.
+// The number of places where levels are not read.
 std::size_t CountUnreadLevels(std::vector<SonaroHost::Otio::Note> const& inNotes);
 
 } // namespace SonaroCommand

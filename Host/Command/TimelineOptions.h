@@ -13,7 +13,7 @@ namespace SonaroCommand
 // The options of every command that lays out a timeline: --media and --fades.
 void AddTimelineOptions(CLI::App& ioParser, std::vector<std::string>& outMediaFolders, std::string& outFades);
 
-// Of --fades.
+// The shape that --fades names.
 SonaroHost::FadeShape ParseFades(std::string const& inName);
 
 } // namespace SonaroCommand

@@ -27,7 +27,7 @@ using namespace SonaroHost::Otio;
 namespace
 {
 
-// Of the keys of the report: one more for any change that a reader would stumble over.
+// The version of the report's keys: one more for any change that a reader would stumble over.
 constexpr int kReportVersion = 1;
 
 std::string FormatLoudness(LoudnessReading const& inReading)
@@ -102,7 +102,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob,
 	return json;
 }
 
-// What the graph tells of a track is found by its place; tracks of one name come in the same order.
+// What the graph reports of a track is found by its place; tracks of one name come in the same order.
 Json ListTracks(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
 {
 	std::multimap<std::string, Sequence::TrackReport const*> reports;
@@ -132,7 +132,7 @@ Json ListTracks(TimelineRenderJob const& inJob, TimelineRenderSummary const& inS
 	return list;
 }
 
-// Of the effects of items; the same name on the same track has the same ones.
+// Adds the latencies of items' effects; items of the same name on the same track have the same ones.
 void AddLatencies(Json& ioClips, Sequence::GraphReport const& inReport)
 {
 	std::map<std::pair<std::string, std::string>, std::int64_t> latencies;

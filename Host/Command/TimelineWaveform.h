@@ -9,14 +9,14 @@ namespace SonaroCommand
 
 struct TimelineWaveformReport
 {
-	// As the user gave them.
+	// The paths as the user gave them.
 	std::string mInput;
 	std::string mOutput;
 	bool mIsQuiet = false;
 	bool mAsJson = false;
 };
 
-// Draws a timeline, tells about it and gives the program's exit code.
+// Draws a timeline, reports on it and gives the program's exit code.
 int DrawTimeline(
 	SonaroHost::TimelineWaveformRequest const& inRequest, TimelineWaveformReport const& inReport);
 

@@ -110,7 +110,7 @@ std::optional<std::string> FindUnknownOption(CLI::App const& inParser)
 	return std::nullopt;
 }
 
-// Of a command line without a command.
+// Describes what is wrong with a command line without a command.
 std::string DescribeNoCommand(CLI::App const& inProgram, CLI::ParseError const& inError)
 {
 	if (auto unknown = FindUnknownOption(inProgram))
