@@ -140,8 +140,7 @@ typename AutomationParameter<T>::Curve AutomationParameter<T>::CheckCurve(Curve 
 											  : inCurve;
 }
 
-// In a cache the first keyframe has the segment's first time, generation and index, and the last one its
-// last time.
+// The first keyframe of a cache has the segment's first time, generation and index, and the last one its last time.
 template <class T>
 std::size_t AutomationParameter<T>::FindSegment(
 	State const& inState, SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache)

@@ -10,7 +10,7 @@ namespace SonaroHost
 namespace
 {
 
-// Of bytes, in a message: the way to deeply nested objects is longer.
+// The longest place in a message, in bytes: the way to deeply nested objects is longer.
 constexpr std::size_t kLongestPlace = 400;
 
 std::string Compose(HostError::Parts const& inParts)

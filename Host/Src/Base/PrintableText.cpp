@@ -12,7 +12,7 @@ namespace
 struct Character
 {
 	std::uint32_t mCode = 0;
-	// In bytes; 0 where the text is no UTF-8.
+	// The length in bytes; 0 where the text is no UTF-8.
 	std::size_t mLength = 0;
 };
 

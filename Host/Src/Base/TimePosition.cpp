@@ -31,7 +31,7 @@ std::optional<std::int64_t> ParseDigits(std::string_view inText, std::int64_t in
 	return value;
 }
 
-// The digits behind a decimal point, in nanoseconds.
+// The digits after a decimal point, in nanoseconds.
 std::optional<std::int64_t> ParseFraction(std::string_view inDigits)
 {
 	std::string digits(inDigits.substr(0, 9));

@@ -12,7 +12,7 @@ namespace SonaroHost
 namespace
 {
 
-// As many as the system itself follows.
+// The number of links after which the system itself gives up.
 constexpr int kMostLinks = 40;
 
 bool IsLetter(char inCharacter)

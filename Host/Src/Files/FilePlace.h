@@ -18,8 +18,8 @@ std::filesystem::path FollowLinks(std::filesystem::path const& inPath);
 // links of both kinds; one that could be there by the nearest folder above it that is, and the names below that.
 // A path that cannot be reached is like one of nothing.
 //
-// Case     Names of what is not there differ in case alone only where that folder tells "a" from "A". It is asked by
-//          what it holds; an empty one counts as telling them apart.
+// Case     Names of what is not there differ in case alone only where that folder distinguishes "a" from "A". What it
+//          holds shows that; an empty one counts as distinguishing them.
 // Threads  Any. It is the state at the time when it was made.
 class FilePlace
 {

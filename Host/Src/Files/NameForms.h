@@ -9,7 +9,7 @@ namespace SonaroHost
 // The forms in which names of files are compared. "é" is one character or an "e" with an accent, and file systems
 // differ in which they keep. Bytes that are no UTF-8 stay as they are.
 
-// In the composed form (NFC).
+// The name in the composed form (NFC).
 std::string ComposeName(std::string_view inName);
 // The same without the case of letters.
 std::string FoldName(std::string_view inName);

@@ -25,7 +25,7 @@ constexpr char const* kRemedy = "; give it another name";
 
 struct Output
 {
-	// For messages: "the output" and its path in quotes, or "the standard output".
+	// The name for messages: "the output" and its path in quotes, or "the standard output".
 	std::string mName;
 	std::filesystem::path mPath;
 	FilePlace mPlace;

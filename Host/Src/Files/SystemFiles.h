@@ -14,7 +14,7 @@ namespace SonaroHost
 // Whether there is anything of that name; links are followed. Not, when it cannot be found out.
 bool IsThere(std::filesystem::path const& inPath);
 
-// Under which the system knows a file or folder, whatever paths lead to it.
+// The number under which the system knows a file or folder, whatever paths lead to it.
 struct FileNumber
 {
 	std::uint64_t mDevice = 0;

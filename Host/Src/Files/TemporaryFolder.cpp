@@ -72,7 +72,7 @@ TemporaryFolder::TemporaryFolder()
 	std::filesystem::path parent = std::filesystem::temp_directory_path(error);
 	if (char const* const named = std::getenv("TMPDIR"); error && named != nullptr)
 	{
-		// For the message; the library gives nothing then.
+		// The message names it; the library gives nothing then.
 		parent = named;
 	}
 	RemoveStale(parent);
@@ -90,7 +90,7 @@ TemporaryFolder::TemporaryFolder()
 			return path;
 		});
 	std::filesystem::permissions(GetPath(), std::filesystem::perms::owner_all, error);
-	// Without a mark, as on file systems that have none, it stays after a crash.
+	// Where the mark cannot be made, as on file systems that have none, the folder stays after a crash.
 	mMark->Make(GetPath() / kMark);
 }
 

@@ -19,7 +19,7 @@ public:
 	struct Entry
 	{
 		std::uint64_t mIndex = 0;
-		// As the archive has it; folders end in a slash.
+		// The name as the archive has it; folders end in a slash.
 		std::string mName;
 		// Unpacked, as the archive claims.
 		std::uint64_t mBytes = 0;

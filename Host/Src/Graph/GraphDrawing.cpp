@@ -29,7 +29,7 @@ std::string Narrow(std::u16string const& inText)
 	return text;
 }
 
-// As it stands between quotes in the language.
+// The text as it stands between quotes in Graphviz's language.
 std::string Escape(std::string const& inText)
 {
 	std::string text;
@@ -76,7 +76,7 @@ std::int64_t GetLatency(NodeRef const& inNode, SN::FrameRate const& inFrameRate)
 
 } // namespace
 
-// From the output on, what feeds a node behind it.
+// Goes from the output on, and from each node to what feeds it.
 class GraphDrawing::Walk
 {
 public:

@@ -38,12 +38,12 @@ struct RenderFree
 	void operator()(char* inData) const { gvFreeRenderData(inData); }
 };
 
-// Of more, Graphviz makes a smaller picture in which nothing can be read.
+// Refuses what is too large: Graphviz would make a smaller picture of it, in which nothing can be read.
 void CheckBitmap(Agraph_t* inGraph)
 {
 	constexpr double kPointsPerInch = 72.0;
 	constexpr double kPixelsPerInch = 96.0;
-	// On a side, and of the whole: 1 GiB of memory.
+	// The pixels on a side, and of the whole: 1 GiB of memory.
 	constexpr double kMostPixels = 32767.0;
 	constexpr double kMostArea = 268435456.0;
 	boxf const box = GD_bb(inGraph);

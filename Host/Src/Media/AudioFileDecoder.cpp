@@ -14,7 +14,7 @@ namespace SonaroHost
 namespace
 {
 
-// Above this, a count of frames is libsndfile's way to say that it knows none.
+// A count of frames above this is libsndfile's way to say that it knows none.
 constexpr std::int64_t kLargestLength = std::int64_t{1} << 48;
 
 // What libsndfile says of the last file, without the full stop that some of its sentences have.

@@ -98,8 +98,8 @@ float const* AudioFileReader::GetBlock(std::int64_t inIndex)
 	return block.mSamples.data();
 }
 
-// Whoever reads on, in either direction, leaves a block behind, whose memory is still near the processor.
-// Otherwise it is the one that was not used for longest.
+// Whoever reads on, in either direction, has just left a block, whose memory is still near the processor. Otherwise
+// it is the one that was not used for longest.
 AudioFileReader::Block& AudioFileReader::ChooseBlockToFill(std::int64_t inIndex)
 {
 	auto const leftBehind = std::find_if(mBlocks.begin(), mBlocks.end(),

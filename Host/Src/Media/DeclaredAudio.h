@@ -14,7 +14,7 @@ namespace SonaroHost
 // more here.
 struct DeclaredAudio
 {
-	// In bytes from the start of the file.
+	// Where the audio starts, in bytes from the start of the file.
 	std::int64_t mStart = 0;
 	// Nothing when the header says "until the end", as writers do that cannot go back to it.
 	std::optional<std::int64_t> mBytes;

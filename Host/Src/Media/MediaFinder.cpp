@@ -200,7 +200,7 @@ std::vector<MediaFinder::Place> MediaFinder::ListOwn(std::vector<std::filesystem
 	std::vector<Place> places;
 	for (std::filesystem::path const& path : inPaths)
 	{
-		// Of an absolute path the root is the folder.
+		// The folder of an absolute path is its root.
 		places.push_back({path.is_absolute() ? path.root_path() : mFolder, path.relative_path()});
 	}
 	return places;

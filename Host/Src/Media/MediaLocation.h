@@ -13,7 +13,7 @@ struct MediaLocation
 {
 	// Paths on this system to be tried in this order. Empty for a URL of the network.
 	std::vector<std::filesystem::path> mPaths;
-	// Of a URL that is no file's: "https". Then mElsewhere is what its path would be in a folder of media.
+	// The scheme of a URL that is no file's: "https". Then mElsewhere is what its path would be in a folder of media.
 	std::string mForeignScheme;
 	std::vector<std::filesystem::path> mElsewhere;
 };

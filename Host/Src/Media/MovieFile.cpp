@@ -21,7 +21,7 @@ constexpr std::string_view kEndings[] = {".mov", ".mp4", ".m4v", ".mkv", ".webm"
 	".m2ts", ".m2t", ".ts", ".mpg", ".mpeg", ".m2v", ".vob", ".wmv", ".asf", ".flv", ".3gp", ".3g2", ".ogv",
 	".dv", ".qt", ".r3d", ".braw"};
 
-// Of ISO base media files whose type says that there is sound alone.
+// Types of ISO base media files that say that there is sound alone.
 constexpr std::string_view kSoundTypes[] = {"M4A ", "M4B ", "M4P ", "F4A ", "F4B "};
 
 struct Mark

@@ -57,8 +57,8 @@ std::uint32_t ReadBigEndian32(std::uint8_t const* inBytes)
 		   static_cast<std::uint32_t>(inBytes[2]) << 8 | inBytes[3];
 }
 
-// Where the stream starts: behind an ID3v2 tag (ten bytes, then a length in four times seven bits), 0
-// without one.
+// Where the stream starts: after an ID3v2 tag (ten bytes, the last four of which hold a length in seven bits each),
+// or at 0.
 std::int64_t GetStreamStart(std::ifstream& ioFile)
 {
 	std::array<char, 10> bytes{};
@@ -100,7 +100,7 @@ std::optional<MpegLengthTag> ReadMpegLengthTag(std::filesystem::path const& inPa
 	}
 
 	std::uint8_t const* const xing = start.data() + (HasChecksum(header) ? 6 : 4) + GetSideInfoSize(header);
-	// The other kind of tag always stands behind the longest side information.
+	// The other kind of tag always stands where the longest side information would end.
 	std::uint8_t const* const vbri = start.data() + 36;
 	if (std::memcmp(xing, "Xing", 4) == 0 || std::memcmp(xing, "Info", 4) == 0)
 	{

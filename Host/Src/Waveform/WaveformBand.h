@@ -26,11 +26,11 @@ public:
 		SN::FrameRate mFrameRate;
 	};
 
-	// Before the render.
+	// Called before the render.
 	void SetGrid(Grid const& inGrid);
 	// Frames outside of the grid are passed over.
 	void Add(dsp::AudioBuffer const& inBuffer, std::int64_t inFirstFrame);
-	// As in a Waveform. What was not heard is silence.
+	// The values as a Waveform has them. What was not heard is silence.
 	std::vector<float> GetValues() const;
 
 	void Init(SN::FrameRate const&, unsigned) override {}

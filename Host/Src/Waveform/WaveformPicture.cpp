@@ -41,7 +41,7 @@ cairo_status_t WriteToFile(void* inFile, unsigned char const* inBytes, unsigned 
 	return isWritten ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
 }
 
-// Of the columns from inFirst to inEnd.
+// Joins the columns from inFirst to inEnd into one.
 Waveform::Column Join(
 	Waveform const& inWaveform, std::size_t inChannel, std::size_t inFirst, std::size_t inEnd)
 {
@@ -58,7 +58,7 @@ Waveform::Column Join(
 	return joined;
 }
 
-// From the top down.
+// Pixels counted from the top down.
 struct Extent
 {
 	double mTop = 0.0;
@@ -79,7 +79,7 @@ public:
 	{
 	}
 
-	// At least a pixel high.
+	// The extent is at least a pixel high.
 	Extent Find(float inMinimum, float inMaximum) const
 	{
 		Extent extent{FindY(inMaximum), FindY(inMinimum)};

@@ -57,7 +57,7 @@ private:
 	GraphWindow& mWindow;
 	SN::IAudioWaveformBuffer& mBuffer;
 	Plan mPlan;
-	// Of each channel, the column in the making.
+	// The column in the making of each channel.
 	std::vector<PeakColumn> mColumns;
 	std::uint64_t mNumWritten = 0;
 };
