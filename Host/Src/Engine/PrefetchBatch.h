@@ -21,7 +21,7 @@ public:
 	{
 		// False when the batch was given up.
 		bool mWasRead = false;
-		// From the making of this object on.
+		// The time since this object was made.
 		long long mElapsedNanos = 0;
 	};
 

@@ -16,8 +16,8 @@ namespace
 
 constexpr double kStretchSeconds = 2.0;
 
-// A batch that was given up leaves a low load behind, so that the next try is read. It takes others who
-// keep the queue busy to need more.
+// A batch that was given up leaves the load low, so that the next try is read. More are needed only while others keep
+// the queue busy.
 constexpr int kMostTries = 10;
 
 std::int64_t ChooseStretchFrames(OfflineRange const& inRange)

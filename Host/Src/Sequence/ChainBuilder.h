@@ -31,7 +31,7 @@ struct ChainSite
 	// Null where nothing can be sent to.
 	std::vector<SendTarget> const* mTargets = nullptr;
 	ChainTime mTime;
-	// Of the track, to which its sends keep.
+	// The track's mute, which its sends follow.
 	MuteSwitch mMute = {};
 	// Nobody hears an effect that is late while nothing is compensated for, as on an item.
 	bool mDropsLateEffects = false;
@@ -41,7 +41,7 @@ struct BuiltSend
 {
 	Processor mProcessor;
 	std::size_t mSubmix = 0;
-	// In frames, of the effects before it.
+	// The latency of the effects before it, in frames.
 	std::int64_t mLatency = 0;
 };
 
@@ -50,7 +50,7 @@ struct BuiltChain
 	std::vector<Processor> mProcessors;
 	std::vector<BuiltSend> mSends;
 	Panner mPanner;
-	// In frames, of all effects.
+	// The latency of all effects, in frames.
 	std::int64_t mLatency = 0;
 };
 
@@ -73,7 +73,7 @@ private:
 	void Add(Effect const& inEffect);
 	void Add(Send const& inSend);
 	void Add(Meter const& inMeter);
-	// Of the next stage.
+	// The clock of the next stage.
 	StageClock MakeClock() const { return {mSite.mTime, mBuilt.mLatency}; }
 	Level MakeLevel(Fader const& inFader) const;
 	Panner MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan);

@@ -12,23 +12,22 @@ namespace SonaroHost::Sequence
 struct DelayEdge
 {
 	std::size_t mDestination = 0;
-	// In frames, of the effects before the place at which it leaves the node.
+	// The latency, in frames, of the effects before the place at which it leaves the node.
 	std::int64_t mLatency = 0;
-	// In frames, by which it has to wait so that all that meets at the destination belongs to one time. The
-	// plan fills it in.
+	// Frames that it has to wait so that all that meets at the destination belongs to one time. The plan fills it in.
 	std::int64_t mWait = 0;
 };
 
 struct DelayNode
 {
-	// For messages.
+	// The name for messages.
 	std::string mName;
-	// In frames, of all its effects.
+	// The latency of all its effects, in frames.
 	std::int64_t mLatency = 0;
 	std::vector<DelayEdge> mEdges;
 };
 
-// In which order the nodes of a sequence are rendered, and how far ahead of the sequence's time each one is
+// The order in which the nodes of a sequence are rendered, and how far ahead of the sequence's time each one is
 // asked, so that every branch arrives at every mix at its nominal sample.
 //
 // Each node is asked ahead by the most that any of its edges needs: what the destination is asked ahead by,
@@ -36,14 +35,14 @@ struct DelayNode
 class DelayPlan
 {
 public:
-	// The last node is the one that all the others end in, if anywhere. Throws a HostError that tells the way
-	// of a circle by its names.
+	// The last node is the one that all the others end in, if anywhere. Throws a HostError that shows the way of a
+	// circle by its names.
 	explicit DelayPlan(std::vector<DelayNode> inNodes);
 
 	std::vector<DelayNode> const& GetNodes() const { return mNodes; }
-	// Every node behind those that feed it, otherwise as they were given; the last node last.
+	// Every node comes after those that feed it, otherwise as they were given; the last node last.
 	std::vector<std::size_t> const& GetOrder() const { return mOrder; }
-	// In frames, by node.
+	// How far ahead a node is asked, in frames.
 	std::int64_t GetAhead(std::size_t inNode) const { return mAhead[inNode]; }
 
 private:

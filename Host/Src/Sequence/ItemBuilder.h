@@ -14,7 +14,7 @@ namespace SonaroHost::Sequence
 struct BuiltItem
 {
 	Generator mGenerator;
-	// In frames, by its own effects.
+	// The latency of its own effects, in frames.
 	std::int64_t mLatency = 0;
 };
 
@@ -25,20 +25,20 @@ using NestMaker = std::function<Generator(Nest const&, Place const&)>;
 struct ItemSite
 {
 	Place mPlace;
-	// Of the track.
+	// The track's layout.
 	SN::AudioChannelLayout const& mLayout;
 	Mixdown const& mMixdown;
 	// Frames by which it begins before its own start, under a crossfade.
 	std::int64_t mExtension = 0;
 	NestMaker const& mBuildNest;
-	// Of the sequence around it.
+	// The playhead of the sequence around it.
 	std::shared_ptr<Playhead const> mPlayhead;
 	// How often the track has jumped.
 	std::shared_ptr<std::uint64_t const> mJumps;
 };
 
 // The engine's item of a clip or a nested sequence: what is read of the content through the chain, and, at a speed
-// other than 1, the resampler behind it.
+// other than 1, the resampler after it.
 //
 // Speed    Frames of content, at the graph's rate, for one of the item's: a recording's own rate is part of
 //          it, as its samples are counted at the graph's.
@@ -72,7 +72,7 @@ private:
 	BuiltItem mBuilt;
 	bool mIsSilent = false;
 	bool mIsBackwards = false;
-	// Without a sign; 1 for silence.
+	// The speed without its sign; 1 for silence.
 	double mSpeed = 1.0;
 	// Frames of content that are read before the one that is to be heard first at the item's own start.
 	std::int64_t mLead = 0;

@@ -12,7 +12,7 @@ namespace SonaroHost::Sequence
 namespace
 {
 
-// As far as lists go in either direction: half of the time line, so that sums of such times stay on it.
+// The frame up to which lists go in either direction: half of the time line, so that sums of such times stay on it.
 std::int64_t GetFarFrame(SN::FrameRate const& inFrameRate)
 {
 	return SN::kTimeMax.ToFrame64(inFrameRate) / 2;

@@ -16,7 +16,7 @@ namespace SonaroHost::Sequence
 
 struct BuiltItemList
 {
-	// Without gaps, far beyond both ends.
+	// The items without gaps, far beyond both ends.
 	SN::AudioTrackRenderableItemList mItems;
 };
 
@@ -27,11 +27,11 @@ struct ItemListSite
 	Place mPlace;
 	Mixdown const& mMixdown;
 	NestMaker const& mBuildNest;
-	// Of the sequence.
+	// The sequence's playhead.
 	std::shared_ptr<Playhead const> mPlayhead;
 	// How often the track has jumped.
 	std::shared_ptr<std::uint64_t const> mJumps;
-	// Of the report.
+	// The track's index in the report.
 	std::size_t mTrack = 0;
 	std::vector<ItemReport>& mReport;
 };
@@ -66,7 +66,7 @@ private:
 		Stretch mWhole;
 		// What is heard of it alone, at full level.
 		Stretch mBody;
-		// As mWhole, but for what is under crossfades beyond.
+		// The same as mWhole, but for what is under crossfades beyond.
 		Stretch mHeard;
 		// The one at its start.
 		Crossfade const* mCrossfade = nullptr;
@@ -85,7 +85,7 @@ private:
 	void AddFade(
 		Stretch const& inStretch, FadeItem::Side const& inOutgoing, FadeItem::Side const& inIncoming);
 	FadeItem::Side MakeSide(Generator const& inItem, FadeShape inShape) const;
-	// Behind silence, if there is a gap.
+	// Appends the item, after silence if there is a gap.
 	void Append(SN::InterfaceRef<SN::IAudioTrackRenderableItem> const& inItem, Stretch const& inStretch);
 	void AppendSilence(std::int64_t inEnd);
 

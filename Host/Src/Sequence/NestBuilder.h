@@ -35,20 +35,20 @@ public:
 private:
 	Generator BuildNest(Nest const& inNest, Place const& inPlace);
 	void CountUses(Description const& inDescription);
-	// By which the scratch memory is distinguished.
+	// Gives the number by which its scratch memory is distinguished.
 	unsigned ChooseInstance(Description const& inDescription);
 	void CheckPath(Description const& inDescription, Place const& inPlace) const;
 
 	GraphTools& mTools;
 	GraphReport& mReport;
 	NestMaker mBuildNest;
-	// From the outermost sequence to the one that is being built.
+	// The sequences from the outermost to the one that is being built.
 	std::vector<Description const*> mPath;
 	// How often each one was built.
 	std::map<Description const*, unsigned> mBuilt;
 	// How many places each one stands in.
 	std::map<Description const*, unsigned> mUses;
-	// By level, those that have scratch memory of their own.
+	// How many instances have scratch memory of their own, by level.
 	std::vector<unsigned> mInstances;
 };
 

@@ -44,7 +44,7 @@ Generator SequenceBuilder::Build()
 		CheckLayout(node);
 		BuildChain(node);
 	}
-	// Before any item is made, since a circle is what the whole sequence suffers from.
+	// The plan is made before any item, since a circle is what the whole sequence suffers from.
 	DelayPlan const plan = MakePlan();
 	for (std::size_t index = 0; index < mDescription.mTracks.size(); ++index)
 	{
@@ -159,7 +159,7 @@ void SequenceBuilder::BuildItems(Node& ioNode, Track const& inTrack, std::size_t
 	ioNode.mItems = ItemListBuilder(mTools, inTrack, site).Build();
 }
 
-// Each node's sends in their order, and its output behind them.
+// The edges are each node's sends in their order, and its output after them.
 DelayPlan SequenceBuilder::MakePlan() const
 {
 	std::vector<DelayNode> nodes;

@@ -29,7 +29,7 @@ struct SequenceSite
 	std::string const& mPrefix;
 	NestMaker const& mBuildNest;
 	GraphReport& mReport;
-	// Of the outermost sequence in a playback; else null.
+	// The prefetcher of the outermost sequence in a playback; else null.
 	SN::Prefetcher const* mPrefetcher = nullptr;
 };
 
@@ -64,13 +64,13 @@ private:
 		SN::AudioChannelLayout const* mLayout = nullptr;
 		Chain const* mChain = nullptr;
 		MuteSwitch mMute;
-		// Of the node it goes to; none where it goes to its sends alone.
+		// The index of the node it goes to; none where it goes to its sends alone.
 		std::optional<std::size_t> mOutput;
 		// How far ahead the node is asked, once there is a plan.
 		std::shared_ptr<std::int64_t> mAhead = std::make_shared<std::int64_t>(0);
 		std::shared_ptr<std::uint64_t> mJumps = std::make_shared<std::uint64_t>(0);
 		BuiltChain mBuilt;
-		// Of a track.
+		// The items of a track.
 		BuiltItemList mItems;
 		// The engine's renderer.
 		Generator mGenerator;
@@ -102,7 +102,7 @@ private:
 	std::vector<SendTarget> mTargets;
 	std::vector<Node> mNodes;
 	std::shared_ptr<Playhead> mPlayhead = std::make_shared<Playhead>();
-	// In the group's order.
+	// The generators in the group's order.
 	std::vector<Generator> mGenerators;
 	std::deque<std::vector<SN::DelayDependency>> mDelays;
 	std::vector<SequenceNode::Settings::Track> mTracks;

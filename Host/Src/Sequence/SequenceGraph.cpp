@@ -23,7 +23,7 @@ public:
 		{
 			return known->second;
 		}
-		// For one that is nested in itself, which is refused later.
+		// The 0 serves a sequence that is nested in itself, which is refused later.
 		mCounts[&inDescription] = 0;
 		std::uint64_t count = inDescription.mLayout.size();
 		for (Submix const& submix : inDescription.mSubmixes)

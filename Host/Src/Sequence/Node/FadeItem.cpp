@@ -98,7 +98,7 @@ void FadeItem::Read(Side const& inSide, bool inIsIncoming, SN::TickTime const& i
 	for (std::int64_t i = 0; i < count && !outBuffer.IsSilent(); ++i)
 	{
 		std::int64_t const frame = inReverse ? first + count - 1 - i : first + i;
-		// Of the side's own rise, which is turned round where it goes out.
+		// The frame of the side's own rise, which is turned round where it goes out.
 		std::int64_t const risen = inIsIncoming ? frame : mSettings.mFrames - frame;
 		float const gain = GetFadeGain(inSide.mShape, risen, mSettings.mFrames);
 		for (unsigned long long channel = 0; channel < outBuffer.GetNumChannels(); ++channel)

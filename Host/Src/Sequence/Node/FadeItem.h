@@ -28,7 +28,7 @@ public:
 	{
 		// Empty for silence.
 		Generator mItem;
-		// Of the track: where the item's time begins.
+		// The track's frame at which the item's time begins.
 		std::int64_t mItemStart = 0;
 		FadeShape mShape = FadeShape::eLinear;
 	};
@@ -36,12 +36,12 @@ public:
 	{
 		Side mOutgoing;
 		Side mIncoming;
-		// Of the track.
+		// The track's frame at which the fade begins.
 		std::int64_t mFirstFrame = 0;
 		std::int64_t mFrames = 0;
 		SN::AudioChannelLayout mLayout;
 		SN::FrameRate mFrameRate;
-		// Of the layout's channels.
+		// A buffer of the layout's channels.
 		std::shared_ptr<dsp::AudioBuffer> mScratch;
 	};
 

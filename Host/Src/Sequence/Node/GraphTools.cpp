@@ -14,7 +14,7 @@ namespace SonaroHost::Sequence
 namespace
 {
 
-// Something to be told apart by.
+// An object that serves as an identity and does nothing else.
 class BareIdentity final : public SN::Unknown
 {
 };
@@ -48,7 +48,7 @@ Generator GraphTools::GetStream(Media const& inMedia)
 	{
 		constexpr int kAllChannels = -1;
 		constexpr double kStreamSpeed = 1.0;
-		// Under a key the clones of clips go on sharing it.
+		// The key lets the clones of clips go on sharing it.
 		CheckEngineResult(mFactory->CreateAudioStreamRenderer(mContext, mFrameRate, inMedia.mOpen(mFrameRate),
 							  kAllChannels, kStreamSpeed, MakeIdentity(), &stream),
 			"a stream");

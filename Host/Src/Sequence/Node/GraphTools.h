@@ -31,10 +31,10 @@ public:
 	SN::FrameRate const& GetFrameRate() const { return mFrameRate; }
 	SN::ISonaroFactory const& GetFactory() const { return *mFactory; }
 
-	// To the nearest frame.
+	// Rounds to the nearest frame.
 	std::int64_t ToFrames(SN::TickTime const& inTime) const;
 	SN::TickTime ToTime(std::int64_t inFrames) const { return {inFrames, mFrameRate}; }
-	// In frames; 0 while the context compensates for nothing, and below 0 for a processor that says so.
+	// The latency in frames; 0 while the context compensates for nothing, and below 0 for a processor that says so.
 	std::int64_t GetLatency(SN::IAudioProcessor& inProcessor) const;
 
 	// All clips of a recording read through one stream.
@@ -42,8 +42,8 @@ public:
 	// The fixed conversion, the same object for equal layouts: it has no state.
 	Panner GetFixedPanner(SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput,
 		Mixdown const& inMixdown);
-	// For what is read within a block, of so many channels and a block's frames. On one level of nesting nobody
-	// reads two things for the same use at once, so all that have as many channels share one.
+	// The uses of scratch memory for what is read within a block, of so many channels and a block's frames. On one
+	// level of nesting nobody reads two things for the same use at once, so all that have as many channels share one.
 	enum class ScratchUse
 	{
 		eItem,
@@ -59,7 +59,7 @@ public:
 	{
 		return inParameter && !mContext->IsPrefetchEnabled() ? inParameter->Detach() : inParameter;
 	}
-	// Of a track: live where the engine has it so, in the outermost sequence of a playback.
+	// A track's mute: live where the engine has it so, in the outermost sequence of a playback.
 	MuteSwitch GetHeard(MuteSwitch const& inMute) const;
 	SN::InterfaceRef<VX::ITimeTransform> const& GetSameTime() const { return mSameTime; }
 
@@ -83,7 +83,7 @@ private:
 	std::map<Media const*, Generator> mStreams;
 	std::vector<FixedPanner> mFixedPanners;
 	SN::InterfaceRef<VX::ITimeTransform> mSameTime;
-	// By use, level and channels.
+	// The scratch memory by use, level and channels.
 	std::map<std::tuple<ScratchUse, unsigned, std::size_t>, std::shared_ptr<dsp::AudioBuffer>> mScratch;
 };
 

@@ -38,10 +38,10 @@ public:
 		bool mIsBackwards = false;
 		std::vector<Processor> mProcessors;
 		Panner mPanner;
-		// In frames, of the processors.
+		// The latency of the processors, in frames.
 		std::int64_t mLatency = 0;
 		std::shared_ptr<Playhead> mPlayhead;
-		// Of the sequence around the item.
+		// The playhead of the sequence around the item.
 		std::shared_ptr<Playhead const> mOuter;
 		// How often the track around it has jumped: whoever comes back to where he left was away in between.
 		std::shared_ptr<std::uint64_t const> mJumps;

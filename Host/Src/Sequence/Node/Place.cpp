@@ -11,7 +11,7 @@ namespace SonaroHost::Sequence
 namespace
 {
 
-// Of bytes; deeply nested sequences have very long ones.
+// The longest path in bytes; deeply nested sequences have very long ones.
 constexpr std::size_t kLongestPath = 300;
 
 } // namespace

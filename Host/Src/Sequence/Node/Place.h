@@ -16,10 +16,10 @@ struct Place
 	std::string const* mName = nullptr;
 	// Null where no item is meant.
 	std::string const* mItemName = nullptr;
-	// Of the item, or of the track; may be null.
+	// The origin of the item, or of the track; may be null.
 	std::string const* mOrigin = nullptr;
 
-	// As "Dialogue / Scene 4 / Boom".
+	// The path in the form "Dialogue / Scene 4 / Boom".
 	std::string GetPath() const;
 	// What leads to a sequence within the item.
 	std::string GetItemPrefix() const { return GetPath() + " / " + *mItemName + " / "; }
@@ -28,7 +28,7 @@ struct Place
 // Throws a HostError of kind eRequest, as "track 'Boom', item 'Scene 4': inReason; inRemedy", whose place is the origin.
 [[noreturn]] void Refuse(Place const& inPlace, std::string const& inReason, std::string const& inRemedy = {});
 
-// For messages: in quotes, on one line.
+// The name for messages: in quotes, on one line.
 std::string Quote(std::string const& inName);
 
 } // namespace SonaroHost::Sequence

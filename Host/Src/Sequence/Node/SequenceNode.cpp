@@ -200,7 +200,7 @@ void SequenceNode::RenderRun(std::int64_t inFrame, dsp::AudioBuffer& ioBuffer, b
 	for (std::size_t index = 0; index < mMembers.size(); ++index)
 	{
 		Member& member = mMembers[index];
-		// A run does not jump, so that its highest frame tells where it lies in reverse.
+		// A run does not jump, so that its highest frame shows where it lies in reverse.
 		std::int64_t const first =
 			inReverse ? head.mLoop.Wrap(inFrame + count - 1 - member.mTrack.mAhead, true) - count + 1
 					  : head.mLoop.Wrap(inFrame + member.mTrack.mAhead, false);

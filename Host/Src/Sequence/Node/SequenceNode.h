@@ -52,7 +52,7 @@ public:
 		SN::FrameRate mFrameRate;
 		// What settling renders into: of the sequence's channels and at least one sample.
 		std::shared_ptr<dsp::AudioBuffer> mDiscarded;
-		// Of the outermost sequence in a playback; else null.
+		// The prefetcher of the outermost sequence in a playback; else null.
 		SN::Prefetcher const* mPrefetcher = nullptr;
 	};
 
@@ -74,7 +74,7 @@ public:
 
 	// What comes next does not follow what was asked before, wherever it is.
 	void Interrupt() { mNext.reset(); }
-	// Of a nested sequence: whether what is around it settles, and in which direction it is played, for what is read
+	// For a nested sequence: whether what is around it settles, and in which direction it is played, for what is read
 	// ahead.
 	void SetUnheard(bool inIsUnheard) { mSettings.mPlayhead->mIsUnheard = inIsUnheard; }
 	void SetPrefetchDirection(bool inIsReverse) { mSettings.mPlayhead->mIsPrefetchedInReverse = inIsReverse; }
@@ -103,7 +103,7 @@ private:
 	// How many frames from one on can be rendered before a track jumps; in reverse, down from one.
 	std::int64_t GetRunLength(std::int64_t inBegin, std::int64_t inCount, bool inReverse) const;
 	void RenderRun(std::int64_t inFrame, dsp::AudioBuffer& ioBuffer, bool inReverse);
-	// Before a member is asked for frames from a lowest one on.
+	// Called before a member is asked for frames from a lowest one on.
 	void NoteRequest(Member& ioMember, std::int64_t inFrame, std::int64_t inCount, bool inReverse);
 
 	Settings mSettings;

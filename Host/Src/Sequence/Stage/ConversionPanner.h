@@ -13,7 +13,7 @@ namespace SonaroHost::Sequence
 class ConversionPanner final : public SN::Implements<ConversionPanner, SN::IAudioPanProcessor>
 {
 public:
-	// By the mixdown of the moment.
+	// Converts by the mixdown that is set when this object is made.
 	ConversionPanner(SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput);
 
 	SN::InterfaceRef<SN::IAudioPanProcessor> Clone(SN::FrameRate const&, unsigned) override
@@ -21,7 +21,7 @@ public:
 		return SN::InterfaceRef<SN::IAudioPanProcessor>::FromThis(this);
 	}
 	bool HasHistory() override { return false; }
-	// With both alike, a node makes room for the wider of the two layouts.
+	// As both types are alike, a node makes room for the wider of the two layouts.
 	SN::AudioChannelType GetInputChannelType() override { return VX::kAudioChannelTypeAny; }
 	SN::AudioChannelType GetOutputChannelType() override { return VX::kAudioChannelTypeAny; }
 	SN::AudioChannelLayout GetInputAudioChannelLayout() override { return mInput; }

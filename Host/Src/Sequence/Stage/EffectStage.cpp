@@ -51,7 +51,7 @@ std::int64_t EffectStage::Prepare(FrameRun const& inRun)
 		return largest;
 	}
 	constexpr std::int64_t kGrid = kControlInterval;
-	// From 0 on, also below 0.
+	// The remainder is never negative, also for frames below 0.
 	std::int64_t const within = ((inRun.mFirst % kGrid) + kGrid) % kGrid;
 	mParameters->UpdateControls(mTerms.mClock.ToCurveTime(inRun.mFirst - within));
 	bool const moves = mParameters->GetNextInterestingTime(-SN::kTimeMax) != SN::kTimeMax;

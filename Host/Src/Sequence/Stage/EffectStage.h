@@ -23,9 +23,9 @@ struct EffectTerms
 	StageClock mClock;
 };
 
-// A host's effect within a chain of the engine: it hears its own layout where the engine's buffer is wider, for
-// a conversion behind it; blocks no larger than agreed where a resampler reads more; and the time that its
-// sound belongs to.
+// A host's effect within a chain of the engine: it hears its own layout where the engine's buffer is wider, for a
+// conversion after it; blocks no larger than agreed where a resampler reads more; and the time that its sound belongs
+// to.
 //
 // Parameters  Those of its own are sampled at every 64th frame of the sound, wherever a block begins, and held from
 //             there to the next one in either direction.

@@ -9,11 +9,11 @@ namespace SonaroHost
 {
 
 // Multiplies so many frames from one on by a gain each. What is silenced is zero and never minus zero, and silent
-// channels stay as they are: so a sign does not tell how a range was cut.
+// channels stay as they are: so a sign does not show how a range was cut.
 void ApplyGains(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount, float const* inGains);
 // The same bits for gains that are all the same.
 void ApplyGain(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount, float inGain);
-// Of one channel. Both may be the same place.
+// Scales one channel. Both may be the same place.
 void ScaleBy(unsigned inCount, float const* inSamples, float inGain, float* outSamples);
 
 } // namespace SonaroHost

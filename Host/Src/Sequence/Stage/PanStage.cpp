@@ -95,7 +95,7 @@ void PanStage::Place(
 		PlaceAtRest(inInput, outOutput, *pan, inOffset, count);
 		return;
 	}
-	// Of the left and of the right.
+	// The gains of the left and of the right.
 	float gains[2][kPanPiece];
 	for (unsigned i = 0; i < count; ++i)
 	{

@@ -38,7 +38,7 @@ public:
 		return zorvcore::classref::MakeObject<PanStage>(mLayouts, mPan.Clone(), mClock.Clone());
 	}
 	bool HasHistory() override { return false; }
-	// With both alike, a node makes room for the wider of the two layouts.
+	// As both types are alike, a node makes room for the wider of the two layouts.
 	SN::AudioChannelType GetInputChannelType() override { return VX::kAudioChannelTypeAny; }
 	SN::AudioChannelType GetOutputChannelType() override { return VX::kAudioChannelTypeAny; }
 	SN::AudioChannelLayout GetInputAudioChannelLayout() override { return mLayouts.mInput; }

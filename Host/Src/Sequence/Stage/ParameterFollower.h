@@ -53,7 +53,7 @@ private:
 	std::optional<std::uint32_t> mGeneration;
 	float mControl = 0.0f;
 	float mLast = 0.0f;
-	// Of an edit.
+	// The ramp after an edit.
 	float mRampFrom = 0.0f;
 	std::int64_t mRampFrames = 0;
 	std::int64_t mRampDone = 0;

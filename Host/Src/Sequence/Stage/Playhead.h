@@ -39,11 +39,11 @@ struct LoopRange
 };
 
 // What the stages of one sequence, or of one item, are asked for at present. Who runs them writes it before each
-// request; they work out from it which frames of sound they hear. The times that the engine hands to processors
-// cannot tell: they count from the start of control blocks and rise in submixes that play in reverse.
+// request; they work out from it which frames of sound they hear. The times that the engine hands to processors do
+// not show it: they count from the start of control blocks and rise in submixes that play in reverse.
 struct Playhead
 {
-	// Before the pulls of a request. inFirst: its lowest frame.
+	// Called before the pulls of a request. inFirst: its lowest frame.
 	void Begin(std::int64_t inFirst, std::int64_t inCount, bool inIsReverse)
 	{
 		mFirst = inFirst;
@@ -62,7 +62,7 @@ struct Playhead
 	bool mIsUnheard = false;
 	std::uint64_t mRequest = 0;
 	LoopRange mLoop;
-	// In which direction it is read ahead. For nobody but who reads ahead, perhaps on another thread.
+	// The direction in which it is read ahead. Only for whoever reads ahead, perhaps on another thread.
 	bool mIsPrefetchedInReverse = false;
 	// While what reads this one is cloned: that of the clone.
 	std::shared_ptr<Playhead> mClone;
@@ -72,7 +72,7 @@ struct Playhead
 struct ChainTime
 {
 	std::shared_ptr<Playhead> mPlayhead;
-	// In frames, how far ahead of the playhead the chain is asked. It is worked out once the chain is built.
+	// How far ahead of the playhead the chain is asked, in frames. It is worked out once the chain is built.
 	std::shared_ptr<std::int64_t const> mAhead;
 	SN::FrameRate mFrameRate;
 	// The frame at which the time of the chain's curves begins, and how much of this passes in a frame.
@@ -80,8 +80,8 @@ struct ChainTime
 	double mCurveScale = 1.0;
 };
 
-// Tells a stage which frames of sound it hears: a function of the playhead alone, whatever the cut, the direction
-// or the jumps.
+// Shows a stage which frames of sound it hears: a function of the playhead alone, whatever the cut, the direction or
+// the jumps.
 class StageClock
 {
 public:
@@ -92,7 +92,7 @@ public:
 	{
 	}
 
-	// For the clone of the stage.
+	// The clock for the clone of the stage.
 	StageClock Clone() const;
 
 	// The next frames of the request, as runs without a jump: inUse(FrameRun, index of its first frame).
@@ -121,7 +121,7 @@ private:
 
 	ChainTime mTime;
 	std::int64_t mLatency;
-	// Of the request.
+	// The playhead's request that was seen last, and the frames of it that are done.
 	std::uint64_t mRequest = 0;
 	std::int64_t mDone = 0;
 };

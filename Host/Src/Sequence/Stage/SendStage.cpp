@@ -10,7 +10,8 @@ namespace SonaroHost::Sequence
 namespace
 {
 
-// As long as that of a track's mute behind its preroll, so that the track falls silent when the send has done so.
+// The fade of a track's mute after its preroll takes as long, so that the track falls silent when the send has done
+// so.
 constexpr float kMuteSeconds = 0.01f;
 
 } // namespace

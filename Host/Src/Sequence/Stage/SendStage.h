@@ -16,7 +16,7 @@ namespace SonaroHost::Sequence
 {
 
 // Taps a chain's sound towards a submix and leaves it alone: panned, at its level, and muted with its track, whose
-// own mute comes behind all stages. The submix's inlet finds the copy here.
+// own mute comes after all stages. The submix's inlet finds the copy here.
 class SendStage final : public SN::Implements<SendStage, SN::IAudioProcessor, SN::ICachedAudioGenerator,
 							SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
 {
@@ -58,7 +58,7 @@ private:
 	bool IsMuted() const { return mSettings.mMute && mSettings.mMute->Get() != 0; }
 
 	Settings mSettings;
-	// Of the request, so many frames of it.
+	// What was sent of the request so far.
 	dsp::AudioBuffer mSent;
 	std::uint64_t mRequest = 0;
 	unsigned mFrames = 0;
