@@ -23,7 +23,7 @@ using Float8 = float __attribute__((vector_size(32)));
 // More than a point can be off by rounding, relative to the sum of the magnitudes of its taps times the largest sample.
 constexpr float kRounding = 1.0e-5f;
 
-// Of points at quarters.
+// Pairs of taps of the points at quarters.
 constexpr unsigned kQuarterPairs = 6;
 constexpr unsigned kMiddlePairs = InterpolationTaps::kMiddlePairs;
 

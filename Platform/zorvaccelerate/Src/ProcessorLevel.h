@@ -7,13 +7,13 @@ namespace zorvaccelerate::utility
 enum class ProcessorLevel
 {
 	kBaseline,
-	// With 256-bit vectors.
+	// The processor has 256-bit vectors.
 	kLevel3,
-	// With 512-bit vectors.
+	// The processor has 512-bit vectors.
 	kLevel4,
 };
 
-// Of the processor that runs this. Any time, also while static objects are made.
+// The level of the processor that runs this. Callable at any time, also while static objects are made.
 ProcessorLevel GetProcessorLevel();
 
 } // namespace zorvaccelerate::utility

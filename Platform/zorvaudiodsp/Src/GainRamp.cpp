@@ -86,7 +86,7 @@ void GainRamp::ProcessChannel(AudioBuffer const& inInput, unsigned long long inI
 	bool const silent = inInput.IsChannelSilent(inInputChannel);
 	if (silent || HasConstantGainZero())
 	{
-		// A flag covers the whole channel, so it is set only where nothing lies behind the count.
+		// A flag covers the whole channel, so it is set only where nothing lies beyond the count.
 		bool const whole = inCount == outOutput.GetUseSize();
 		if (!silent || !whole)
 		{

@@ -55,7 +55,7 @@ public:
 		return isThere;
 	}
 
-	// To where a channel of inPlace is heard from when it has no loudspeaker of its own.
+	// Sends a channel of inPlace to where it is heard from when it has no loudspeaker of its own.
 	void ToSubstitutes(AudioChannelDescription inPlace)
 	{
 		switch (inPlace)

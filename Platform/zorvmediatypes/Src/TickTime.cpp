@@ -72,7 +72,7 @@ TickTime MultiplyExactly(std::int64_t inTicks, double inFactor)
 {
 	bool const negative = (inTicks < 0) != std::signbit(inFactor);
 	Decomposed const factor(inFactor);
-	// At most 64 + 53 bits.
+	// The product has at most 64 + 53 bits.
 	UnsignedWide const product = UnsignedWide(Magnitude(inTicks)) * factor.mMantissa;
 	if (factor.mExponent < 0)
 	{

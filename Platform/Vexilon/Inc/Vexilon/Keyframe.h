@@ -34,8 +34,7 @@ public:
 	friend bool operator==(KeyframeBase const& inA, KeyframeBase const& inB) { return inA.Equals(inB); }
 
 	zorvmediatypes::TickTime mTime;
-	// The parameter's own, like the tangents: by custom the kind of the segment before and of the one
-	// behind.
+	// The parameter's own, like the tangents: by custom the kind of the segment before and of the one after.
 	std::uint32_t mIncomingKind = 0;
 	std::uint32_t mOutgoingKind = 0;
 	KeyframeTangent mIncomingTangent{};
@@ -82,7 +81,7 @@ public:
 	KeyframeCacheBase& operator=(KeyframeCacheBase const&) = default;
 	virtual ~KeyframeCacheBase();
 
-	// From the first keyframe's time to that of the last one in use, both included.
+	// Whether inTime lies between the first keyframe's time and that of the last one in use, both included.
 	virtual bool Contains(zorvmediatypes::TickTime const& inTime) const = 0;
 
 	// Puts so many keyframes in use, at most the room, and lets the cache cover no time (with a count of
@@ -97,7 +96,7 @@ class ZORV_API KeyframeCache final : public KeyframeCacheBase
 public:
 	static constexpr unsigned kRoom = 5;
 
-	// As after Init(3).
+	// The cache is as after Init(3).
 	KeyframeCache() { Init(kInitialCount); }
 
 	bool Contains(zorvmediatypes::TickTime const& inTime) const override;

@@ -19,7 +19,7 @@ public:
 
 	// Gives the entry's memory back, unless it is in use: then it is entered with the manager again.
 	virtual void Purge(unsigned long long inIndex) = 0;
-	// Tells stores apart.
+	// Distinguishes stores.
 	virtual zorvcore::utility::Guid GetIdentifier() = 0;
 	// Whether the entry counts as in use, so that others go first.
 	virtual bool IsEntryReferenced(unsigned long long inIndex) = 0;
@@ -53,7 +53,7 @@ public:
 
 	virtual void SetByteBudget(unsigned long long inBytes) = 0;
 	virtual unsigned long long GetByteBudget() = 0;
-	// Of all entries that are known. It exceeds the budget only while what is in use does.
+	// The bytes of all entries that are known. They exceed the budget only while what is in use does.
 	virtual unsigned long long GetByteCount() = 0;
 
 	~IMediaManager() override = default;

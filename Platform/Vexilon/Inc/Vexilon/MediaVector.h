@@ -16,8 +16,8 @@ namespace VX
 // Names a new store.
 ZORV_API zorvcore::utility::Guid CreateMediaMapIdentifier();
 
-// A store of purgeable payloads by index, entered with the media manager. A payload can be moved without
-// throwing, is absent when made by default, and tells its memory by GetSizeInBytes().
+// A store of purgeable payloads by index, entered with the media manager. A payload can be moved without throwing, is
+// absent when made by default, and reports its memory by GetSizeInBytes().
 //
 // Nobody waits: a reader who does not find a payload, or finds it being written or purged, goes without.
 // Threads  Any, after Init.
@@ -112,7 +112,7 @@ public:
 			T const dropped = TakePayload(entry);
 			return;
 		}
-		// In use: it is entered again while it is held, so that nobody can take it away in between.
+		// It is in use: it is entered again while it is held, so that nobody can take it away in between.
 		Read(inIndex, [&](T const& inPayload) { Enter(inIndex, inPayload.GetSizeInBytes()); });
 	}
 
@@ -142,7 +142,7 @@ private:
 			inIndex, inSize, kState, false, zorvcore::classref::InterfaceRef<IMediaMap>::FromThis(this));
 	}
 
-	// Under the purge lock, which it releases. The payload is for the caller to drop.
+	// Called under the purge lock, which it releases. The payload is for the caller to drop.
 	static T TakePayload(MapEntry& ioEntry)
 	{
 		T payload = std::exchange(ioEntry.mBuffer, T());

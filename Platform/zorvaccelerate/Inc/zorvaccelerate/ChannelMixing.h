@@ -8,9 +8,9 @@
 namespace zorvaccelerate::utility
 {
 
-// The mixes of 5.1 (left L, right R, centre C, low frequency F, left and right surround Ls and Rs, in this
-// order) to one or two channels, with gains a, b and g. Those to stereo are told for the left side; the
-// right one has R for L and Rs for Ls.
+// The mixes of 5.1 (left L, right R, centre C, low frequency F, left and right surround Ls and Rs, in this order) to
+// one or two channels, with gains a, b and g. Those to stereo are given for the left side; the right one has R for L
+// and Rs for Ls.
 enum class ChannelFold : unsigned
 {
 	kFrontToMono,          // a * ((L + R) + C)

@@ -11,9 +11,9 @@ namespace zorvaccelerate::utility
 struct ChannelVariant
 {
 	char const* mName;
-	// By ChannelFold.
+	// The folds, by ChannelFold.
 	void (*mFolds[kNumChannelFolds])(unsigned, float const* const*, FoldGains const&, float* const*);
-	// With at least one input.
+	// Takes at least one input.
 	void (*mWeightedSum)(unsigned, unsigned, float const* const*, float const*, float*);
 	void (*mMulConstantAdd)(unsigned, float const*, float, float*);
 	// FeedFilter from the third sample on, for one channel and for two.

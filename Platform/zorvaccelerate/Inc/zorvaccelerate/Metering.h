@@ -31,10 +31,10 @@ struct LaneFilter
 	float mLift;
 };
 
-// Of sixteen filters.
+// The states of kFilterLanes filters.
 struct LaneStates
 {
-	// By section and lane.
+	// The sums and differences by section and lane.
 	float mSums[2][kFilterLanes];
 	float mDifferences[2][kFilterLanes];
 	// Onto these the squares of what goes in and of what comes out are added, sample by sample.
@@ -57,7 +57,7 @@ struct InterpolationTaps
 
 	// 6 for three points at quarters of the way, 12 for one point halfway.
 	unsigned mPairs;
-	// Of the point halfway, of both taps of a pair; the pair in the middle first.
+	// Taps of the point halfway, one for both of a pair; the pair in the middle first.
 	float mHalfway[kMaxPairs];
 	// Half the sum and half the difference of a pair's taps for the point at a quarter of the way. The other quarter is
 	// its mirror image.

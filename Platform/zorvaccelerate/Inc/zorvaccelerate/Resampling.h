@@ -24,15 +24,14 @@ ZORV_API void FilterEight(unsigned inNumTaps, double const* const* inCoefficient
 ZORV_API void FilterEight(
 	unsigned inNumTaps, float const* const* inCoefficients, float const* const* inSamples, float* outOutputs);
 
-// At each position p, with i its whole part and f = p - i: (b - a) * f + a between the samples a at i and
-// b at i + 1. The difference is in single precision, the rest in double. Positions are 0 or more and
-// below 2^31.
+// Gives for each position p, with i its whole part and f = p - i: (b - a) * f + a between the samples a at i and b at
+// i + 1. The difference is in single precision, the rest in double. Positions are 0 or more and below 2^31.
 ZORV_API void InterpolateLinear(
 	unsigned inCount, double const* inPositions, float const* inSamples, float* outOutputs);
 
-// At each position p, with i and f likewise: the samples at i - 1 to i + 2 times the four weights that
-// stand from 4 * trunc(f * inSteps) on, added from left to right in single precision. Positions are 1 or
-// more and below 2^31; inSteps is a power of 2.
+// Gives for each position p, with i and f likewise: the samples at i - 1 to i + 2 times the four weights that stand
+// from 4 * trunc(f * inSteps) on, added from left to right in single precision. Positions are 1 or more and below
+// 2^31; inSteps is a power of 2.
 ZORV_API void InterpolateCubic(unsigned inCount, double const* inPositions, float const* inWeights,
 	unsigned inSteps, float const* inSamples, float* outOutputs);
 

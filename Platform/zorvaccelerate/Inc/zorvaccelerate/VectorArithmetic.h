@@ -26,7 +26,7 @@ struct LinearRamp
 {
 	float mStart;
 	float mDelta;
-	// Above 0 and a whole number, exact in a float.
+	// The length is a whole number above 0, exact in a float.
 	float mLength;
 };
 
@@ -45,7 +45,7 @@ ZORV_API void ConvertInt32ToFloat32_InPlace(unsigned inCount, void* ioData);
 // std::bad_alloc.
 ZORV_API float* Malloc_Float(unsigned inCount);
 ZORV_API double* Malloc_Double(unsigned inCount);
-// For memory of the two; null is ignored.
+// Frees memory of the two; null is ignored.
 ZORV_API void Free(void* inMemory);
 
 } // namespace zorvaccelerate::utility

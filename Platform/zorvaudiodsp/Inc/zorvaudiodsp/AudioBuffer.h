@@ -29,7 +29,7 @@ class ZORV_API AudioBuffer
 public:
 	static constexpr unsigned kMaxChannels = 64;
 
-	// Without channels.
+	// A buffer without channels.
 	AudioBuffer() = default;
 	AudioBuffer(unsigned long long inChannels, unsigned inSamples);
 	// A copy in memory of its own, also of a view.
@@ -44,8 +44,8 @@ public:
 	virtual void MarkChannelSilent(unsigned long long inChannel);
 	// Sets the whole mask: channels whose bit is clear lose their flag.
 	virtual void SetSilenceFlags(SilenceFlags const& inFlags);
-	// Samples from inFirst on were written, inCount of them, in every channel, behind the buffer's back:
-	// all flags go. What lay flagged outside of them becomes zeros.
+	// Samples from inFirst on were written, inCount of them, in every channel, without the buffer's knowledge: all
+	// flags go. What lay flagged outside of them becomes zeros.
 	virtual void NoteBufferWrite(unsigned inFirst, unsigned inCount);
 	// The first inSamples of one channel were written: its flag goes. The rest of a flagged channel
 	// becomes zeros.
@@ -74,8 +74,8 @@ public:
 	float** GetChannels() { return mChannels; }
 	float const* const* GetChannels() const { return mChannels; }
 
-	// Whether a loop over a channel may run up to the next multiple of four samples: the memory is
-	// aligned, and what lies behind the end is padding of the channel's own.
+	// Whether a loop over a channel may run up to the next multiple of four samples: the memory is aligned, and what
+	// lies beyond the end is padding of the channel's own.
 	bool CanProcessInGroupsOfFour() const { return mGroupsOfFour; }
 
 	// Writes zeros into UseSize samples of every channel and leaves the flags alone.
@@ -109,7 +109,7 @@ public:
 	void Reverse();
 
 protected:
-	// For views: the memory of somebody else.
+	// Lets a view use the memory of somebody else.
 	void SetMemory(
 		float** inChannels, unsigned long long inNumChannels, unsigned inCapacity, bool inGroupsOfFour);
 	void SetLength(unsigned inUseSize) { mUseSize = inUseSize < mCapacity ? inUseSize : mCapacity; }

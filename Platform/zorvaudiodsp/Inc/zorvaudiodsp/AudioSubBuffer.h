@@ -17,7 +17,7 @@ public:
 	AudioSubBuffer() = default;
 	AudioSubBuffer(AudioSubBuffer const&) = delete;
 
-	// At most 64 channels; aims at nothing until Assign.
+	// inChannels: at most 64. The window aims at nothing until Assign.
 	void Init(unsigned long long inChannels);
 
 	// Aims at ioParent from sample inOffset, clamped to its UseSize, up to the end of its UseSize.
@@ -37,10 +37,10 @@ private:
 	void Aim(unsigned inOffset, unsigned inCapacity);
 	SilenceFlags GetParentFlags() const;
 
-	// As many as there are channels; the rest is never looked at, so that making a window is cheap.
+	// One entry for each channel; the rest is never looked at, so that making a window is cheap.
 	float* mWindowChannels[kMaxChannels];
 	AudioBuffer* mParent = nullptr;
-	// Of the window's first sample, in the parent.
+	// Where the window's first sample lies in the parent.
 	unsigned mOffset = 0;
 };
 

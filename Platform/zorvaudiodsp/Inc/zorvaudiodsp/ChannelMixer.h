@@ -34,7 +34,7 @@ public:
 		SilenceFlags inSilence, SilenceFlags& outSilence) const;
 
 private:
-	// By output and input.
+	// The gains by output and input.
 	std::array<std::array<float, kMaxChannels>, kMaxChannels> mGains{};
 	unsigned long long mInputs = 0;
 	unsigned long long mOutputs = 0;

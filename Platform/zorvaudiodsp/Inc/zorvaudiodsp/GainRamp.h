@@ -25,18 +25,18 @@ public:
 	// Moves towards the target from now on; nothing for the target that is set already.
 	void SetTargetGain(float inGain);
 
-	// In place, all channels or one of them.
+	// Multiplies in place, all channels or one of them.
 	void Process(AudioBuffer& ioBuffer);
 	void Process(AudioBuffer& ioBuffer, unsigned long long inChannel);
 	// One channel into one of another buffer, over the smaller of both UseSizes.
 	void Process(AudioBuffer const& inInput, unsigned long long inInputChannel, AudioBuffer& outOutput,
 		unsigned long long inOutputChannel);
 
-	// As if so many samples had passed.
+	// Moves on as if so many samples had passed.
 	void AdvanceWithoutProcessing(unsigned long long inSamples);
 
 	float GetTargetGain() const { return mTarget; }
-	// Of the next sample.
+	// The gain of the next sample.
 	float GetCurrentGain() const;
 	bool IsAtRest() const { return mPosition >= mLength; }
 	bool HasConstantGainZero() const { return IsAtRest() && mTarget == 0.0f; }

@@ -1,5 +1,5 @@
 #pragma once
 
-// Before the definition of a constant object that hosts may use before main: in a static build, too, it is
-// made before theirs.
+// Stands in front of the definition of a constant object that hosts may use before main: in a static build, too, it
+// is made before theirs.
 #define ZORV_EARLY [[gnu::init_priority(200)]]

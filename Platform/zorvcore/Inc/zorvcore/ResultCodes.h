@@ -14,7 +14,7 @@ constexpr Result eInvalidArgument = static_cast<Result>(0xA00F0001u);
 constexpr Result eWaitFailed = static_cast<Result>(0xA00F000Bu);
 constexpr Result eNotImplemented = static_cast<Result>(0xA00F000Cu);
 constexpr Result eNullPointer = static_cast<Result>(0xA00F000Du);
-// A failure told by an exception that brings no code of its own.
+// A failure that an exception reports without a code of its own.
 constexpr Result eUnspecifiedFailure = static_cast<Result>(0xF865001Eu);
 
 constexpr bool ResultSucceeded(Result inResult)

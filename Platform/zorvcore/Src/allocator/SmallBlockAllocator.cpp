@@ -117,7 +117,7 @@ struct ThreadListsCloser
 		delete lists;
 	}
 
-	// Without memory the thread goes on without lists.
+	// The thread goes on without lists when there is no memory for them.
 	void Open() { sThreadLists = new (std::nothrow) ThreadLists; }
 };
 
@@ -166,7 +166,7 @@ Block* TakeOrMakeBatch(std::size_t inClass)
 	return batch ? batch : MakeBatch(inClass);
 }
 
-// For a thread without lists: one block, what comes with it goes back.
+// Gives one block to a thread without lists; what comes with it goes back.
 Block* AllocateUnlisted(std::size_t inClass)
 {
 	Block* const batch = TakeOrMakeBatch(inClass);

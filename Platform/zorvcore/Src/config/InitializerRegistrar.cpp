@@ -45,7 +45,7 @@ public:
 		}
 	}
 
-	// By index, since a module may register or go while another starts or stops.
+	// The loops go by index, since a module may register or go while another starts or stops.
 	void StartAll()
 	{
 		std::lock_guard const change(mChangeMutex);

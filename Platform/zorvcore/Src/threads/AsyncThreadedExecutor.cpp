@@ -164,7 +164,7 @@ private:
 		debug::DoSimpleAssert(__FILE__, __LINE__, message);
 	}
 
-	// Tells a thread whose it is.
+	// The worker that the thread belongs to.
 	static thread_local Worker const* sCurrentWorker;
 
 	std::string const mName;

@@ -14,8 +14,8 @@ namespace zorvcore::utility
 
 using allocator::SmallBlockAllocator;
 
-// One text with its count of references, the characters and a zero behind it in the same block. At a
-// count of 0 it is dying: nobody may revive it, and the thread that took the count there deletes it.
+// One text with its count of references, the characters and a zero following it in the same block. At a count of 0 it
+// is dying: nobody may revive it, and the thread that took the count there deletes it.
 struct ImmutableString::Content
 {
 	static Content* Create(std::string_view inText)

@@ -7,8 +7,8 @@
 namespace zorvmediatypes
 {
 
-// One channel's place. From kDiscrete0 on, channels are told apart by position alone; kDiscrete0 + i is
-// the one at position i.
+// One channel's place. From kDiscrete0 on, channels are distinguished by position alone; kDiscrete0 + i is the one at
+// position i.
 enum class AudioChannelDescription : std::uint32_t
 {
 	kUnknown = 0,

@@ -14,7 +14,7 @@ ZORV_API AudioChannelLayout CreateStereoChannelLayout();
 // Left, right, centre, low frequency, left surround, right surround.
 ZORV_API AudioChannelLayout Create51ChannelLayout();
 
-// So many discrete channels, told apart by position; none for a count of 0 or less.
+// So many discrete channels, distinguished by position; none for a count of 0 or less.
 ZORV_API AudioChannelLayout CreateMultichannelLayout(int inChannels);
 
 } // namespace zorvmediatypes

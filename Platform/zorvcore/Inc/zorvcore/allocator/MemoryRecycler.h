@@ -10,8 +10,8 @@
 namespace zorvcore::allocator
 {
 
-// Memory for containers: tells how much room a block really has, so that a caller may use all of it.
-// Blocks of up to SmallBlockAllocator::kLargestBlock bytes are recycled through its lists.
+// Memory for containers: reports how much room a block really has, so that a caller may use all of it. Blocks of up
+// to SmallBlockAllocator::kLargestBlock bytes are recycled through its lists.
 //
 // Alignment  16 bytes.
 // Errors     std::bad_alloc.

@@ -123,7 +123,7 @@ public:
 	// FutureIsCancelledException, or null when ready.
 	std::exception_ptr GetException() const;
 
-	// Tells the worker that nobody wants the outcome any more; nothing when there is one already.
+	// Lets the worker know that nobody wants the outcome any more; does nothing when there is one already.
 	void Cancel();
 
 protected:

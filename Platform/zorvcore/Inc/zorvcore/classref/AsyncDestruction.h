@@ -44,7 +44,7 @@ struct AsyncDeleter
 // Returns at once on the background thread itself.
 ZORV_API void WaitForAsyncDestruction();
 
-// As MakeObject, with the destruction off the thread that releases the last reference.
+// Works as MakeObject, with the destruction off the thread that releases the last reference.
 template <class T, class... Args>
 InterfaceRef<T> MakeAsyncDestroyedObject(Args&&... inArgs)
 {

@@ -18,8 +18,8 @@ namespace zorvcore::config
 class ZORV_API zorv_exception : public std::exception
 {
 public:
-	// inFile may be empty and inLine 0 where the place is not known. With an empty message, what()
-	// tells code and place.
+	// inFile may be empty and inLine 0 where the place is not known. With an empty message, what() gives code and
+	// place.
 	zorv_exception(std::string_view inFile, int inLine, Result inCode = eUnspecifiedFailure,
 		std::string_view inMessage = {});
 	zorv_exception(zorv_exception const&) noexcept;
@@ -79,8 +79,8 @@ std::string ToReplacement(T const& inValue)
 
 } // namespace detail
 
-// Raises a zorv_exception whose message tells level, code and the replacement values (numbers and
-// strings) in their order. With inReport set, the message also goes to DoSimpleAssert.
+// Raises a zorv_exception whose message gives level, code and the replacement values (numbers and strings) in their
+// order. With inReport set, the message also goes to DoSimpleAssert.
 template <class... Values>
 [[noreturn]] void ThrowError(ErrorLevel inLevel, char const* inFile, int inLine, Result inCode, bool inReport,
 	Values const&... inReplacements)

@@ -43,9 +43,9 @@ private:
 	bool mStarted = false;
 };
 
-// For hosts and tests that stop all modules and start them again. Stopping goes in the reverse order of
-// registration, starting in that order; what is started, or stopped, already stays so. Modules that
-// register between the two wait for the start.
+// These serve hosts and tests that stop all modules and start them again. Stopping goes in the reverse order of
+// registration, starting in that order; what is started, or stopped, already stays so. Modules that register between
+// the two wait for the start.
 ZORV_API void StopRegisteredModules();
 ZORV_API void StartRegisteredModules();
 

@@ -6,8 +6,8 @@
 #include <functional>
 #include <string_view>
 
-// Stations are places by name that messages can be posted to, so that those who tell of a change and those
-// who show it need not know each other. All functions: any thread.
+// Stations are places by name that messages can be posted to, so that those who report a change and those who show it
+// need not know each other. All functions: any thread.
 namespace zorvcore::messaging
 {
 

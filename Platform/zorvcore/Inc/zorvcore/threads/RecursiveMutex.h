@@ -8,8 +8,8 @@
 namespace zorvcore::threads
 {
 
-// A mutex that its owner may lock again, and that tells when a wait looks like a deadlock. A thread of
-// high priority lends its priority to the owner while it waits, where the system can.
+// A mutex that its owner may lock again, and that reports when a wait looks like a deadlock. A thread of high
+// priority lends its priority to the owner while it waits, where the system can.
 //
 // The texts given to it are kept as pointers and must be literals or live as long.
 class ZORV_API RecursiveMutex
