@@ -18,8 +18,8 @@ struct AutomatedPannerSettings
 	ParameterOwnerMixin::Parameters mParams;
 };
 
-// The base of panners with controls. It knows where the next block should begin, so that a panner can
-// tell a jump of the playhead, over which no gain may ramp.
+// The base of panners with controls. It knows where the next block should begin, so that a panner can notice a jump
+// of the playhead, over which no gain may ramp.
 //
 // Clones share the controls and nothing else.
 class AutomatedPanner : public Implements<AutomatedPanner, PanProcessorBase, ParameterOwnerMixin>,

@@ -7,7 +7,7 @@
 namespace SN
 {
 
-// What a pan processor tells of itself.
+// What a pan processor reports about itself.
 struct PanProcessorShape
 {
 	char16_t const* mNodeName = u"";
@@ -38,9 +38,9 @@ public:
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
 
 protected:
-	// Between the layouts of two types.
+	// Makes a processor between the layouts of two types.
 	PanProcessorBase(char16_t const* inNodeName, AudioChannelType inInputType, AudioChannelType inOutputType);
-	// Between any layouts.
+	// Makes a processor between any layouts.
 	PanProcessorBase(char16_t const* inNodeName, AudioChannelLayout const& inInputLayout,
 		AudioChannelLayout const& inOutputLayout);
 	explicit PanProcessorBase(PanProcessorShape inShape);

@@ -28,7 +28,7 @@ public:
 protected:
 	using Law = SurroundGains (*)(SurroundPosition const& inPosition);
 
-	// Of a channel in the order of 5.1.
+	// The index of a channel in the order of 5.1.
 	enum Channel : unsigned
 	{
 		kLeft,
@@ -50,7 +50,7 @@ protected:
 
 	dsp::GainRamp& GetRamp(Channel inChannel) { return mRamps[inChannel]; }
 	LowFrequencyFilter& GetFilter() { return mFilter; }
-	// As of the gains in force.
+	// The position that the gains in force stand for.
 	float GetX() const { return mLastPosition.mX; }
 
 private:

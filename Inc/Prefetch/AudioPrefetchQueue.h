@@ -16,7 +16,7 @@ namespace SN::AudioPrefetch
 
 // The two queues of prefetch work and the one thread that works through them.
 //
-// Batches  Playback first, looked at again after each waveform batch. Every batch that was taken tells
+// Batches  Playback first, looked at again after each waveform batch. Every batch that was taken calls
 //          its notify once, read or not. A source that throws abandons the rest of its batch; the other
 //          batches are served, and then the first exception goes on to the executor, which reports it.
 // Cancel   Counts at once and stands in the queue as a marker: what is ahead of the marker is dequeued
@@ -81,7 +81,7 @@ private:
 	DiskLoad mLoad;
 	// The first exception that the executor has not heard of yet. On the executor's thread.
 	std::exception_ptr mFailure;
-	// In milliseconds, before each request.
+	// A wait before each request, in milliseconds.
 	zorvcore::debug::CachedDebugInteger const mRequestProcessingDelay{
 		"Sonaro.Prefetch.RequestProcessingDelay", 0};
 	// Last, so that it ends before what it shows.

@@ -20,7 +20,7 @@ public:
 	bool IsOverloaded() const;
 	void NoteBehind() { mBehindCount.Add(1); }
 
-	// Ends a batch that was wanted at inTimeStamp. Two intervals late counts as behind.
+	// Ends a batch that was wanted at inTimeStamp. One that is two intervals late is noted for TakeBehind.
 	void Measure(unsigned long long inTimeStamp);
 	void ClearPercent() { mDiskLoadPercent.Set(0); }
 
@@ -28,7 +28,7 @@ public:
 	void SetInterval(TickTime const& inInterval);
 	void Reset();
 
-	// Whether anything was behind since the last call.
+	// Whether anything was late since the last call.
 	bool TakeBehind() { return mBehindCount.Exchange(0) >= 1; }
 
 	int GetPercent() const { return mDiskLoadPercent.Get(); }

@@ -20,7 +20,7 @@ bool StartModule()
 
 void StopModule()
 {
-	// In this order: a prefetch that ends may put a request to the waveform queue, and make it anew.
+	// Prefetch ends first: while it ends, it may put a request to the waveform queue, and make it anew.
 	AudioPrefetch::Shutdown();
 	AudioWaveformQueue::Shutdown();
 }

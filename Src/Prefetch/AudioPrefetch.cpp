@@ -50,7 +50,7 @@ std::shared_ptr<AudioPrefetchQueue> GetQueue()
 	return InstanceSlot::Instance().Get();
 }
 
-// Without an instance, and from its shutdown on, a caller is refused.
+// Refuses a caller where there is no instance, and from its shutdown on.
 void CheckTaken(bool inIsTaken)
 {
 	if (!inIsTaken)

@@ -89,7 +89,7 @@ void AudioPrefetchQueue::Shutdown()
 	// A notify that asks for more in turn is refused from here on, and the queues run empty.
 	mPlaybackQueue.Close("SN::AudioPrefetch::AudioPrefetchQueue::Shutdown");
 	mWaveformQueue.Close("SN::AudioPrefetch::AudioPrefetchQueue::Shutdown");
-	// For a caller that has appended a batch and not come to its trigger yet.
+	// A caller may have appended a batch and not have come to its trigger yet.
 	mServiceTrigger->Queue();
 	try
 	{

@@ -55,7 +55,7 @@ void DiskLoad::Reset()
 long long ToNanoseconds(TickTime const& inTime)
 {
 	auto const seconds = zorvmediatypes::TimeToRatioTime(inTime);
-	// In lowest terms.
+	// The fraction is in lowest terms.
 	boost::rational<long long> const factor(1000000000, seconds.denominator());
 	// Whole part and rest apart: the numerator of a long time leaves no room for the factor.
 	long long const whole = seconds.numerator() / factor.denominator();

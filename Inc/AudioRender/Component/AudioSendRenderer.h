@@ -52,7 +52,7 @@ private:
 
 	InterfaceRef<IAudioPanProcessor> mPanner;
 	dsp::AudioBuffer mSendBuffer;
-	// Where the next samples go, and all the room behind.
+	// Where the next samples go, and all the room after them.
 	dsp::AudioSubBuffer mWriteView;
 };
 

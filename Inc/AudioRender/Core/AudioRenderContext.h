@@ -90,7 +90,7 @@ public:
 	bool GetSendParamFlag() const { return mSettings.mSendParamFlag; }
 	TempBufferPool& GetTempBufferPool() const { return *mTempBufferPool; }
 
-	// From a parameter to its detached copy.
+	// Finds a parameter's detached copy.
 	InterfaceRef<IRenderableAudioComponentParam> FindParameter(InterfaceRef<UnknownBase> const& inKey) const;
 	void AddParameter(InterfaceRef<UnknownBase> const& inKey,
 		InterfaceRef<IRenderableAudioComponentParam> const& inParameter);
@@ -101,7 +101,7 @@ public:
 		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate) const;
 	void AddContentRenderer(InterfaceRef<UnknownBase> const& inKey, FrameRate const& inFrameRate,
 		FrameRate const& inMediaFrameRate, InterfaceRef<IAudioGenerator> const& inRenderer);
-	// From a node to its clone.
+	// Finds a node's clone.
 	InterfaceRef<UnknownBase> FindClone(InterfaceRef<UnknownBase> const& inNode) const;
 	void AddClone(InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone);
 	void ClearCloneMap() { mCloneMap.clear(); }

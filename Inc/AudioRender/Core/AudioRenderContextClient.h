@@ -25,7 +25,7 @@ public:
 
 	// The sample rate at which the node runs.
 	FrameRate GetFrameRate() const { return mFrameRate; }
-	// As captured, whatever the context's is now.
+	// The depth that was captured, whatever the context's is now.
 	unsigned GetNestingDepth() const { return mNestingDepth; }
 
 	unsigned GetControlInterval() const { return mRenderContext->GetControlInterval(); }

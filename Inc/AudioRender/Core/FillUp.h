@@ -7,8 +7,8 @@
 namespace SN
 {
 
-// Brings a buffer back to the length of the request after a generator that ran short has cut it: silence
-// behind what was delivered. Nothing to do for any other.
+// Brings a buffer back to the length of the request after a generator that ran short has cut it: silence follows what
+// was delivered. Nothing to do for any other.
 inline void FillUp(dsp::AudioBuffer& ioBuffer, unsigned inFrames)
 {
 	unsigned const filled = ioBuffer.GetUseSize();

@@ -31,8 +31,8 @@ struct ParameterOwnerSettings
 // The base of every node whose behaviour is automated. It alone touches the parameters: it samples them
 // on request into plain numbers, which the node's audio code reads without a call.
 //
-// In a context with prefetch at nesting depth 0 the parameters are the host's own, so that edits are
-// heard live. Everywhere else they are detached clones, one for each parameter and render context.
+// The parameters are the host's own in a context with prefetch at nesting depth 0, so that edits are heard live.
+// Everywhere else they are detached clones, one for each parameter and render context.
 //
 // Errors   An empty reference among the parameters raises the null-pointer exception in every operation
 //          that walks them. Exceptions of a parameter pass through.
@@ -65,8 +65,8 @@ protected:
 	// The parameters forget their state; what was sampled last stays.
 	void Reset();
 
-	// As last sampled. inIndex counts all parameters, the boolean one among them, which must not be
-	// asked for; there is no check.
+	// The value as last sampled. inIndex counts all parameters, the boolean one among them, which must not be asked
+	// for; there is no check.
 	float GetValue(unsigned long long inIndex) const
 	{
 		return mValues[inIndex > mBypassIndex ? inIndex - 1 : inIndex];

@@ -30,7 +30,7 @@ public:
 		unsigned inChannels, unsigned inNestingDepth, unsigned inInstanceIndex);
 
 private:
-	// In the order that keys are compared by.
+	// The members stand in the order that keys are compared by.
 	struct Key
 	{
 		bool operator<(Key const& inOther) const;

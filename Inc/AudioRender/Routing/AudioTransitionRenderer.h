@@ -25,8 +25,8 @@ struct AudioTransitionSettings
 	TickTime mTransitionDuration;
 };
 
-// The item on a track where one clip gives way to the next. Both are pulled, and mixed with the gains that
-// the transition tells for every sample.
+// The item on a track where one clip gives way to the next. Both are pulled, and mixed with the gains that the
+// transition gives for every sample.
 //
 // Time      The item's own begins with the transition.
 // Progress  In single precision, that of a block's first sample rounded, then added up sample by sample: in

@@ -50,7 +50,7 @@ private:
 	{
 		// May be empty.
 		InterfaceRef<IAudioGenerator> mGenerator;
-		// From channels of the clip to channels of the generator.
+		// Maps channels of the clip to channels of the generator.
 		AudioChannelMap mChannels;
 		// Channels of the generator, 0 for an empty reference.
 		unsigned mWidth = 0;

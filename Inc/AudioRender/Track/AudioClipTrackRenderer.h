@@ -36,7 +36,7 @@ struct AudioClipTrackSettings
 // Items    Sorted, and covering all time that is asked for: a request that runs off the list is silent as
 //          a whole. A list of exactly two is empty: the host frames the items of a track with a leading and
 //          a trailing one.
-// Latency  Items behind the playhead's first one are filled while playback approaches them; what cannot be
+// Latency  Items after the playhead's first one are filled while playback approaches them; what cannot be
 //          hidden so is the track's own delay.
 // Mute     Live in a playback at the top level, as it stands elsewhere. It fades over 10 ms, after a
 //          jump it stands at once, and while it is complete items are not asked at all.

@@ -24,12 +24,12 @@ struct AudioMixSettings
 	InterfaceRef<IAudioProcessor> const& mProcessor;
 };
 
-// Two generators, side by side in one buffer, and a processor that joins them: the channels of the first
-// come first, those of the second behind them, and the result is taken from the place of the first.
+// Two generators, side by side in one buffer, and a processor that joins them: the channels of the first come first,
+// those of the second after them, and the result is taken from the place of the first.
 //
 // Time      A generator's time is the node's, multiplied by its scale. The processor's is the node's.
 // Controls  The processor's parameters are sampled once a request, at its start.
-// Length    A first generator that runs short ends the request, and the buffer tells so.
+// Length    A first generator that runs short ends the request, and the buffer shows it.
 // Latency   That of the first generator; neither the second nor the processor counts, nor do their
 //           histories as far as the processor goes.
 // Blocks    A request beyond the context's largest block asks for the same time again and again.
@@ -54,7 +54,7 @@ public:
 
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
 
-	// Nothing is known unless both generators tell.
+	// Nothing is known unless both generators know it.
 	unsigned GetNumChannels() override;
 	unsigned GetNumOutputChannels() override;
 	AudioChannelLayout GetAudioChannelLayout() override;

@@ -83,7 +83,7 @@ private:
 		InterfaceRef<IAudioGenerator> mGenerator;
 		// May be empty in the last alone.
 		InterfaceRef<ICachedAudioGenerator> mCached;
-		// By which it runs ahead.
+		// The time by which it runs ahead.
 		TickTime mDelay;
 	};
 

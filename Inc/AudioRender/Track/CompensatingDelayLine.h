@@ -22,13 +22,13 @@ public:
 	// std::length_error where delay and block are longer than 2^31 samples.
 	void SetDelay(unsigned inSamples);
 
-	// From now on the line delays the buffer that it is given; before, it leaves a delayed copy.
+	// The line delays the buffer that it is given from now on; before, it leaves a delayed copy.
 	void SetInPlace() { mInPlace = true; }
 
 	bool IsActive() const { return mMask != 0; }
 
-	// The buffer that holds the delayed audio: ioBuffer itself for an inactive line and for one in place,
-	// else a copy, which keeps the length of the largest block: what lies behind a shorter one is old.
+	// The buffer that holds the delayed audio: ioBuffer itself for an inactive line and for one in place, else a
+	// copy, which keeps the length of the largest block: what lies beyond a shorter one is old.
 	dsp::AudioBuffer& Process(dsp::AudioBuffer& ioBuffer);
 
 	unsigned GetMaxSamples() const { return mMaxSamples; }

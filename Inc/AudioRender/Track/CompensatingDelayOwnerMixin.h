@@ -20,7 +20,7 @@ public:
 
 	// So many inactive lines.
 	int Init(unsigned inLineCount, unsigned inMaxSamples, unsigned inNumChannels);
-	// As many lines of the same dimensions, inactive.
+	// Makes as many lines of the same dimensions, inactive.
 	void CopyDimensions(CompensatingDelayOwnerMixin const& inOther);
 
 	// One record for each line; lines without one stay inactive. Allocates.

@@ -27,7 +27,7 @@ struct ChainRequest
 	bool mReverse = false;
 };
 
-// The processors of a track or an item and the pan processor behind them, run in control blocks.
+// The processors of a track or an item and the pan processor after them, run in control blocks.
 //
 // Controls  Where nothing changes within a request, it runs in one piece, with the parameters sampled
 //           once. Otherwise, and always in reverse, it is cut on the grid of the control interval, which

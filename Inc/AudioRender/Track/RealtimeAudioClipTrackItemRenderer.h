@@ -25,8 +25,8 @@ struct RealtimeAudioClipTrackItemSettings
 	TickTime mTimeOffset;
 };
 
-// A clip on a track: a generator with processors and a pan processor of its own, and, at any speed but 1, a
-// resampler behind them.
+// A clip on a track: a generator with processors and a pan processor of its own, and, at any speed but 1, a resampler
+// after them.
 //
 // Time      The item's own. It is shifted by the offset, mapped by the transform and multiplied by the speed
 //           to give the source's time, in which processors and parameters run.

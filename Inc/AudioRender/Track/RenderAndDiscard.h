@@ -7,12 +7,12 @@
 namespace SN
 {
 
-// What is rendered only for the sake of what it leaves behind in processors and delay lines.
+// What is rendered only for the sake of the state that it leaves in processors and delay lines.
 struct DiscardedRange
 {
 	unsigned mFrames = 0;
 	FrameRate mFrameRate;
-	// Of the blocks that it is cut into.
+	// The largest of the blocks that it is cut into, in frames.
 	unsigned mMaxBlockSize = 0;
 	bool mReverse = false;
 	// Whether each block is read from the disk first, which takes its time.

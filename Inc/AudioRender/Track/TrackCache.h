@@ -25,7 +25,7 @@ public:
 		{
 			return;
 		}
-		// Of nothing, until all of it is there.
+		// The key is that of nothing until the whole block is there.
 		mKey = Guid();
 		mBuffer.SetUseSize(inNumSamples);
 		mBuffer.Zero();
@@ -43,7 +43,7 @@ private:
 		std::string_view inSalt, unsigned inNumSamples, TickTime const& inTime, bool inReverse);
 
 	dsp::AudioBuffer mBuffer;
-	// Of what mBuffer holds; null for nothing.
+	// The key of what mBuffer holds; null for nothing.
 	Guid mKey;
 };
 

@@ -25,7 +25,7 @@ public:
 		IAudioRenderContext& inContext, std::shared_ptr<Flag> const& inFlag, FrameRate const& inFrameRate);
 	void CloneFrom(TrackMute const& inOther, FrameRate const& inFrameRate);
 
-	// Without a fade, there where the flag stands. Fades take 10 ms from then on.
+	// Stands where the flag does at once, without a fade. Fades take 10 ms from then on.
 	void StartOver(FrameRate const& inFrameRate);
 	// Reads the flag and fades towards it.
 	void Update() { mRamp.SetTargetGain(GetGain()); }

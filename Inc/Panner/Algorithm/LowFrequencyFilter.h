@@ -21,9 +21,9 @@ struct LowFrequencyFeed
 class LowFrequencyFilter
 {
 public:
-	// For that rate, with nothing heard before.
+	// Makes a filter for that rate, with nothing heard before.
 	void Init(FrameRate const& inFrameRate);
-	// For the same rate as inOther, with nothing heard before.
+	// Makes a filter for the same rate as inOther, with nothing heard before.
 	void CopyCoefficientsFrom(LowFrequencyFilter const& inOther);
 
 	// outOutput does not overlap the feed.

@@ -12,12 +12,12 @@ struct StereoGains
 	float mRight = 1.0f;
 };
 
-// For one signal between two loudspeakers: equal power. inPan: 0 left, 0.5 middle, 1 right; with
-// x = (pi / 2) * pan the gains are cos x and sin x.
+// The gains of one signal between two loudspeakers: equal power. inPan: 0 left, 0.5 middle, 1 right; with x = (pi /
+// 2) * pan the gains are cos x and sin x.
 StereoGains GetEqualPowerGains(float inPan);
 
-// For signals that have a side already: the side that is panned to keeps its level, the other one falls
-// with the sine of its share, and both are 1 in the middle.
+// The gains of signals that have a side already: the side that is panned to keeps its level, the other one falls with
+// the sine of its share, and both are 1 in the middle.
 StereoGains GetSideKeepingGains(float inPan);
 
 struct SurroundPosition
@@ -26,7 +26,7 @@ struct SurroundPosition
 	float mX = 0.0f;
 	// 0 front, 1 rear.
 	float mY = 0.0f;
-	// From 0 to 1, the share that the centre channel takes from left and right.
+	// The share, from 0 to 1, that the centre channel takes from left and right.
 	float mCenter = 0.0f;
 };
 
@@ -39,10 +39,10 @@ struct SurroundGains
 	float mRightSurround = 0.0f;
 };
 
-// For one signal in the field: pairs of equal power in front and in the rear.
+// The gains of one signal in the field: pairs of equal power in front and in the rear.
 SurroundGains GetMonoSurroundGains(SurroundPosition const& inPosition);
 
-// For a left and a right signal, each on its side of the field: pairs that keep their side.
+// The gains of a left and a right signal, each on its side of the field: pairs that keep their side.
 SurroundGains GetStereoSurroundGains(SurroundPosition const& inPosition);
 
 } // namespace SN

@@ -23,7 +23,7 @@ public:
 	{
 	}
 
-	// For that rate; the gains are those of no pan yet.
+	// Makes ramps for that rate; the gains are those of no pan yet.
 	void Init(FrameRate const& inFrameRate);
 
 	// Works out new gains when the pan is another one and moves towards them.

@@ -12,7 +12,7 @@ class AudioResamplerLinear final : public InterpolatingResampler
 public:
 	AudioResamplerLinear();
 
-	// For 0 outputs nearly 2^32 times the ratio, as 0 - 1 wraps around.
+	// Gives nearly 2^32 times the ratio for 0 outputs, as 0 - 1 wraps around.
 	unsigned GetInputSampleCount(unsigned inNumOutput) override;
 
 private:

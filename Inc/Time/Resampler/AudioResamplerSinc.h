@@ -103,7 +103,7 @@ private:
 
 	std::array<Position, kBatch> mPositions{};
 	unsigned mNumPositions = 0;
-	// Of the batch, mNumTaps for each output, where a step is not whole.
+	// The batch's coefficients, mNumTaps for each output, where a step is not whole.
 	std::vector<double> mCoefficients;
 
 	bool mIsFirstBlock = true;

@@ -13,7 +13,7 @@ namespace
 
 constexpr unsigned kMaxResampleBufferSize = 0x40000;
 
-// In the zero-filled segment: costs no load time and no file size, and is never written.
+// An array in the zero-filled segment: it costs no load time and no file size, and is never written.
 alignas(64) float sSilence[kMaxResampleBufferSize];
 
 } // namespace

@@ -189,7 +189,7 @@ void AudioClipRenderer::FillInitialDelay(
 	ForEachGenerator(
 		[&](IAudioGenerator& ioGenerator)
 		{
-			// Without the start offset, unlike Preroll: the start time stays the caller's.
+			// The start offset is left out, unlike in Preroll: the start time stays the caller's.
 			ioGenerator.FillInitialDelay(inStartTime, inDelayTime, inReverse, true);
 		});
 }

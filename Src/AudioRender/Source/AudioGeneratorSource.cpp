@@ -31,7 +31,7 @@ void AudioGeneratorSource::Init(
 	long long const frames = mDuration.ToFrame64(mGeneratorPrivate->GetGeneratorFrameRate());
 	if (frames > 0 && mChunkSize > 0)
 	{
-		// In single precision, which decides about the last chunk of very long generators.
+		// The quotient is in single precision, which decides about the last chunk of very long generators.
 		mNumChunks = static_cast<unsigned long long>(
 			std::ceil(static_cast<float>(frames) / static_cast<float>(mChunkSize)));
 	}

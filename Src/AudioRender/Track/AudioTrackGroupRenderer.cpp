@@ -188,7 +188,7 @@ void AudioTrackGroupRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuf
 	{
 		if (&member != &output)
 		{
-			// In a loop ahead is later in both directions.
+			// Ahead means later in both directions of a loop.
 			TickTime const time = loops ? WrapIntoLoop(inTime + member.mDelay, prefetcher) : ahead(member);
 			member.mCached->GenerateAudio(ioBuffer.GetUseSize(), time, inReverse);
 		}

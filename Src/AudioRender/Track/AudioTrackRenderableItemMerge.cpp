@@ -37,7 +37,7 @@ public:
 	MergedList(MergedList const&) = delete;
 	MergedList& operator=(MergedList const&) = delete;
 
-	// Lays inSource over the list, or drops it if it lies behind all that is left.
+	// Lays inSource over the list, or drops it if it lies after all that is left.
 	void Overlay(Item const& inSource, FrameRate const& inFrameRate)
 	{
 		TickTime const start = inSource->GetStartTime();
@@ -49,7 +49,7 @@ public:
 		}
 		std::size_t last = FindFrom(first, [&](Item const& inItem) { return inItem->GetStartTime() >= end; });
 		Item clone;
-		// With nothing between the two, the source fits in a gap.
+		// Where nothing lies between the two, the source fits in a gap.
 		if (first != last)
 		{
 			CutAround(start, end, inFrameRate, first, last, clone);
@@ -96,8 +96,8 @@ private:
 	// The item at an index counted from the running index on.
 	Item const& At(std::size_t inIndex) const { return mRest[mRest.size() - 1 - inIndex]; }
 
-	// By binary search, the first index from inFirst on at which inPredicate holds; the count of what is
-	// left if it does nowhere.
+	// Finds the first index from inFirst on at which inPredicate holds, by binary search; the count of what is left
+	// if it does nowhere.
 	template <class Predicate>
 	std::size_t FindFrom(std::size_t inFirst, Predicate const& inPredicate) const
 	{

@@ -8,7 +8,7 @@ namespace SN
 namespace
 {
 
-// Adds inItem behind the list's last item, after silence if there is a gap between the two.
+// Adds inItem after the list's last item, with silence between the two if there is a gap.
 void AppendFlush(InterfaceRef<IAudioTrackRenderableItem> const& inItem, FrameRate const& inFrameRate,
 	AudioTrackRenderableItemList& ioItems)
 {

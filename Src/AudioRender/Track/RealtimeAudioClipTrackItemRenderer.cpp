@@ -274,7 +274,7 @@ void RealtimeAudioClipTrackItemRenderer::Preroll(TickTime const& inStartTime, bo
 	PrepareToDiscard(frames);
 }
 
-// In the item's own time. An item that stands still, or nearly so, would fill for ever.
+// The delay in the item's own time. An item that stands still, or nearly so, would fill for ever.
 TickTime RealtimeAudioClipTrackItemRenderer::GetSourceDelay() const
 {
 	if (!mUsesResampler)

@@ -23,7 +23,7 @@ struct FixedMix
 	// How many channels are read, from the first on, and how many are written.
 	unsigned mInputs;
 	unsigned mOutputs;
-	// Of the channels below this, flagged ones are overwritten with zeros.
+	// Flagged channels below this one are overwritten with zeros.
 	unsigned long long mZeroScanBelow;
 	FoldGains mFrameGains;
 	FoldGains mGroupGains;
@@ -92,7 +92,7 @@ void Run(FixedMix const& inMix, dsp::AudioBuffer const& inInput, dsp::AudioBuffe
 	}
 	unsigned const frames = inInput.GetUseSize();
 	bool const inGroups = inInput.CanProcessInGroupsOfFour() && outOutput.CanProcessInGroupsOfFour();
-	// The last group ends with the frames, not with the padding behind them: nobody could tell.
+	// The last group ends with the frames, not with the padding after them, which changes no result.
 	zorvaccelerate::utility::FoldChannels(inMix.mFold, frames, inputs,
 		inGroups ? inMix.mGroupGains : inMix.mFrameGains, outOutput.GetChannels());
 	ClearFlagsAfterWriting(outOutput, inMix.mOutputs, frames);
@@ -121,7 +121,7 @@ void AddScaled(dsp::AudioBufferChannel const& inInput, float inGain, dsp::AudioB
 	}
 	else if (input)
 	{
-		// In groups or not, the sum is the same.
+		// The sum is the same in groups or not.
 		zorvaccelerate::utility::MulConstantAdd(
 			std::min(inInput.GetUseSize(), ioOutput.GetUseSize()), input, inGain, output);
 	}

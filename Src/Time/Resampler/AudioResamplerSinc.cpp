@@ -162,7 +162,7 @@ bool AudioResamplerSinc::TakeSurplus(Block& ioBlock)
 
 void AudioResamplerSinc::MakeSamples(Block& ioBlock)
 {
-	// As a difference, so that the counters may wrap around, and an input that was too short for priming
+	// The difference is compared, so that the counters may wrap around, and an input that was too short for priming
 	// gives nothing.
 	while (static_cast<int>(mAvailableCount - mConsumedCount) > 0)
 	{

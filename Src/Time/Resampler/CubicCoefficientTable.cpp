@@ -14,7 +14,7 @@ zorvcore::threads::RecursiveMutex& GetMutex()
 	return sMutex;
 }
 
-// Under the mutex.
+// Called under the mutex.
 std::weak_ptr<CubicCoefficientTable const>& GetPublished()
 {
 	static std::weak_ptr<CubicCoefficientTable const> sPublished;
