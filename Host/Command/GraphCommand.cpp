@@ -184,7 +184,7 @@ int GraphCommand::Run()
 	GraphDrawing const drawing = Draw(sequence, mDepth);
 	CheckNodes(drawing, format);
 	std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);
-	// Not before the drawing, which may take long and may be stopped.
+	// The file is made after the drawing, which may take long and may be stopped.
 	OutputFile file(mOutput);
 	file.Write(picture.data(), static_cast<std::int64_t>(picture.size()));
 	// Drawing cannot be stopped; what comes of it can.

@@ -35,7 +35,7 @@ struct RenderOptions
 	std::optional<SonaroHost::OutputSamples> GetSamples() const;
 	std::optional<SonaroHost::Dither> GetDither() const;
 	std::optional<SN::AudioChannelLayout> ParseLayout() const;
-	// Linear.
+	// The gain as a linear factor.
 	float GetGain() const;
 	std::optional<SonaroHost::TimePosition> ParseFadeIn() const;
 	std::optional<SonaroHost::TimePosition> ParseFadeOut() const;

@@ -6,8 +6,8 @@
 namespace SonaroCommand
 {
 
-// Runs a job of the library to its end and returns its summary, telling how far it has come. When the
-// process is asked to end, the job clears away what it began, and then the process ends.
+// Runs a job of the library to its end and returns its summary, showing how far it has come. When the process is
+// asked to end, the job clears away what it began, and then the process ends.
 template <class Job>
 auto RunJob(Job& ioJob, int inSampleRate, bool inIsQuiet)
 {

@@ -49,7 +49,7 @@ sigset_t FindSignals()
 	sigaddset(&set, inSignal);
 	pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 	raise(inSignal);
-	// Not reached; what shells show for it.
+	// This is not reached; it is the code that shells show for the signal.
 	std::_Exit(128 + inSignal);
 }
 
@@ -61,7 +61,7 @@ void WaitForSignals(sigset_t const& inSet)
 	}
 	sSignal = signal;
 	GetSource().request_stop();
-	// Until another signal or the end of the patience, whichever comes first.
+	// Waits for another signal or the end of the patience, whichever comes first.
 	sigtimedwait(&inSet, nullptr, &kPatience);
 	SonaroHost::Temporary::RemoveAll();
 	EndBy(signal);

@@ -16,7 +16,7 @@ namespace SonaroCommand
 class StopSignals
 {
 public:
-	// Once, before there are other threads.
+	// Called once, before there are other threads.
 	static void Watch();
 
 	// Requested by the first of the signals.

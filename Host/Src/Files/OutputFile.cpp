@@ -41,7 +41,7 @@ std::string MakeTemporaryStart(std::filesystem::path const& inPath)
 	if (name.size() > kMostBytes)
 	{
 		std::size_t length = kMostBytes;
-		// Not in the middle of a character of UTF-8.
+		// The cut must not fall in the middle of a character of UTF-8.
 		while (length > 0 && (static_cast<unsigned char>(name[length]) & 0xc0) == 0x80)
 		{
 			--length;

@@ -19,7 +19,7 @@ public:
 	OutputFolder& operator=(OutputFolder const&) = delete;
 
 private:
-	// Innermost first: so it is removed.
+	// The innermost comes first, in the order of removal.
 	std::list<Temporary> mMade;
 };
 

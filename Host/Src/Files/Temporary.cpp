@@ -59,7 +59,7 @@ Temporary::~Temporary()
 	{
 		return;
 	}
-	// Not under the lock, since large folders take long; a clean-up at the same time does no harm.
+	// The lock is not held, since large folders take long; a clean-up at the same time does no harm.
 	Remove(mPath, mRemoval);
 	List& list = GetList();
 	std::lock_guard const lock(list.mMutex);

@@ -52,9 +52,9 @@ private:
 	// A ring as long as the weights.
 	std::vector<double> mGains;
 	std::size_t mNextGain = 0;
-	// Since the last gain below 1.
+	// Frames since the last gain below 1.
 	std::size_t mFramesAtRest = 0;
-	// Interleaved, in a ring.
+	// A ring of interleaved samples.
 	std::vector<float> mDelayed;
 	std::size_t mNextDelayed = 0;
 	std::size_t mChannels;

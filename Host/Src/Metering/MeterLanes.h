@@ -28,7 +28,7 @@ public:
 		unsigned mFrames;
 	};
 
-	// inFrames: that a lane holds.
+	// inFrames: the frames that a lane holds.
 	MeterLanes(double inSampleRate, unsigned inFrames);
 
 	double GetSampleRate() const { return mSampleRate; }

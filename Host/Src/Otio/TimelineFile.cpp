@@ -19,7 +19,7 @@ namespace
 
 constexpr char const* kContent = "content.otio";
 constexpr char const* kMedia = "media";
-// Beyond it a size is taken for nonsense, whatever the room.
+// A size beyond this is taken for nonsense, whatever the room.
 constexpr std::uint64_t kMaxUnpackedBytes = std::uint64_t{1} << 40;
 
 [[noreturn]] void RefuseFile(std::filesystem::path const& inPath, std::string const& inReason)

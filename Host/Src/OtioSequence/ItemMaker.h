@@ -12,7 +12,7 @@ namespace SonaroHost::Otio
 // Where an item stands in a sequence.
 struct Placement
 {
-	// Exact, and as frames of the sequence's grid.
+	// Its ends as exact times, and as frames of the sequence's grid.
 	Ratio mStart;
 	Ratio mEnd;
 	std::int64_t mFirstFrame = 0;
@@ -38,7 +38,7 @@ public:
 		eTrack,
 	};
 
-	// Both outlive this object. inLayout: of the track that it stands on.
+	// Both outlive this object. inLayout: the layout of the track that it stands on.
 	ItemMaker(SequenceMaking& ioMaking, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
 		: mMaking(ioMaking),
 		  mScope(inScope),
@@ -51,7 +51,7 @@ public:
 	std::optional<Sequence::Item> Make(
 		ItemView const& inItem, Placement const& inPlacement, LevelsOn inLevelsOn);
 
-	// Only the markers of one that stands at the scope's time 0.
+	// Adds only the markers of one that stands at the scope's time 0.
 	void AddMarkersOf(ItemView const& inItem);
 
 	// Silence in the item's place.
@@ -113,13 +113,13 @@ private:
 	// Takes notes of the parts that its content lacks.
 	void CheckReach(
 		Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent);
-	// inRates: by which the speed is multiplied where rates differ.
+	// inRates: the factor by which the speed is multiplied where rates differ.
 	std::string CheckSpeed(Item const& inItem, Passing const& inPassing, Ratio const& inRates);
 	Ratio GetMediaStart(Clip const& inClip) const;
 
 	std::optional<Sequence::Item> MakeNest(ItemView const& inItem, Placement const& inPlacement,
 		Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn);
-	// outFirstFrame: of the inner grid, the one that is heard first.
+	// outFirstFrame: the frame of the inner grid that is heard first.
 	Scope MakeInnerScope(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing,
 		std::string const& inWhySilent, std::int64_t& outFirstFrame) const;
 

@@ -26,7 +26,7 @@ public:
 		SN::AudioChannelLayout mLayout;
 		OutputFormat mFormat;
 		float mGain = 1.0f;
-		// Linear.
+		// The limit as a linear amplitude.
 		std::optional<double> mLimit;
 		bool mMeasures = false;
 		// False where it is only measured.

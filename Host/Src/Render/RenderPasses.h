@@ -23,7 +23,7 @@ struct RenderPlan
 	int mSampleRate = 0;
 	SN::AudioChannelLayout mLayout;
 	OutputFormat mFormat;
-	// Linear, of the whole.
+	// The linear gain of the whole.
 	float mGain = 1.0f;
 	OutputLevels mLevels;
 	Measuring mMeasuring = Measuring::eNothing;

@@ -65,7 +65,7 @@ public:
 	{
 	}
 
-	// Once.
+	// Called once.
 	BuiltChain Build(Chain const& inChain);
 
 private:

@@ -52,7 +52,7 @@ public:
 	{
 	}
 
-	// Once. Times of the result count from the item's start, less the extension.
+	// Called once. Times of the result count from the item's start, less the extension.
 	BuiltItem Build(Item const& inItem);
 
 private:

@@ -47,7 +47,7 @@ public:
 	// All outlive this object.
 	ItemListBuilder(GraphTools& ioTools, Track const& inTrack, ItemListSite const& inSite);
 
-	// Once.
+	// Called once.
 	BuiltItemList Build();
 
 private:

@@ -29,7 +29,7 @@ public:
 	// All outlive this object.
 	NestBuilder(GraphTools& ioTools, GraphReport& ioReport);
 
-	// inPrefetcher: of a playback, or null.
+	// inPrefetcher: the prefetcher of a playback, or null.
 	Generator BuildOutermost(Description const& inDescription, SN::Prefetcher const* inPrefetcher);
 
 private:

@@ -44,7 +44,7 @@ public:
 	// All outlive this object.
 	SequenceBuilder(GraphTools& ioTools, Description const& inDescription, SequenceSite const& inSite);
 
-	// Once.
+	// Called once.
 	Generator Build();
 
 private:

@@ -175,7 +175,7 @@ private:
 		}
 	}
 
-	// Around the middle, where the wave crosses it, and not beyond the wave itself.
+	// The RMS is drawn around the middle, where the wave crosses it, and not beyond the wave itself.
 	void AddRms(std::size_t inChannel)
 	{
 		Band const band(mStyle, inChannel, mWaveform.mChannels.size());

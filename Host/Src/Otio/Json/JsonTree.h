@@ -15,7 +15,7 @@ namespace SonaroHost::Otio
 class JsonError : public std::runtime_error
 {
 public:
-	// inOffset: of the byte where it showed, from 0.
+	// inOffset: the byte where it showed, counted from 0.
 	JsonError(std::size_t inOffset, std::string const& inReason)
 		: std::runtime_error(inReason),
 		  mOffset(inOffset)

@@ -19,7 +19,7 @@ public:
 	{
 		eNull,
 		eBool,
-		// Not-a-number and the infinite ones among them.
+		// Numbers, not-a-number and the infinite ones among them.
 		eNumber,
 		eString,
 		eArray,

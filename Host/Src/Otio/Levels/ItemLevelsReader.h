@@ -17,7 +17,7 @@ namespace SonaroHost::Otio
 ForeignLevels ReadItemLevels(
 	Cursor const& inMetadata, std::optional<TimeRange> const& inRange, MixSettings const& inOwn);
 
-// The same notes for mutes, solos and channel maps in the metadata of media. inOwn: of the clip.
+// The same notes for mutes, solos and channel maps in the metadata of media. inOwn: the clip's own settings.
 void TellOfMediaLevels(Cursor const& inMetadata, MixSettings const& inOwn);
 
 } // namespace SonaroHost::Otio

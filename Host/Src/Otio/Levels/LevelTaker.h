@@ -11,7 +11,7 @@
 namespace SonaroHost::Otio
 {
 
-// Reads levels that have been found, and puts them where they belong. Of several of one kind the first one counts.
+// Reads levels that have been found, and puts them where they belong. The first of several of one kind counts.
 class LevelTaker
 {
 public:

@@ -11,7 +11,7 @@ namespace SonaroHost::Otio
 namespace
 {
 
-// Beyond it either way is as good as at it; the engine's time line is not much longer.
+// A time beyond this, either way, is as good as this; the engine's time line is not much longer.
 constexpr std::int64_t kFarSeconds = 99 * 3600;
 constexpr double kMaxDecibels = 100.0;
 

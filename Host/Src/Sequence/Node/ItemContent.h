@@ -55,7 +55,7 @@ public:
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
 	bool HasHistory() override;
 	SN::TickTime GetDelay() override { return SN::kTimeZero; }
-	// Once for each run: an item is reached by its own way and by those of its fades.
+	// Takes effect once for each run: an item is reached by its own way and by those of its fades.
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) override {}
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,

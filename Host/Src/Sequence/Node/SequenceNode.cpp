@@ -45,7 +45,7 @@ void SequenceNode::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 	}
 	mIsPrerolled = true;
 	mNext.reset();
-	// Not the group: it would warm up, too.
+	// The members are prerolled and not the group, which would warm up, too.
 	for (Member const& member : mMembers)
 	{
 		member.mGenerator->Preroll(inStartTime, inReverse);

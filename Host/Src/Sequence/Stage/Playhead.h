@@ -64,7 +64,7 @@ struct Playhead
 	LoopRange mLoop;
 	// The direction in which it is read ahead. Only for whoever reads ahead, perhaps on another thread.
 	bool mIsPrefetchedInReverse = false;
-	// While what reads this one is cloned: that of the clone.
+	// The clone's playhead, while what reads this one is cloned.
 	std::shared_ptr<Playhead> mClone;
 };
 
@@ -85,7 +85,7 @@ struct ChainTime
 class StageClock
 {
 public:
-	// inLatency: in frames, of the effects before the stage.
+	// inLatency: the latency of the effects before the stage, in frames.
 	StageClock(ChainTime const& inTime, std::int64_t inLatency)
 		: mTime(inTime),
 		  mLatency(inLatency)
