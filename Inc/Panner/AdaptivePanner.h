@@ -16,7 +16,7 @@ namespace SN
 class AdaptivePanner : public AutomatedPanner, public AudioPannerDirectChannelAssignmentBase
 {
 public:
-	// inTag: of the scratch memory that is set aside for the output's channels.
+	// inTag: the tag of the scratch memory that is set aside for the output's channels.
 	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix,
 		ImmutableString const& inTag);
 

@@ -59,7 +59,7 @@ private:
 		FrameRate const& inFrameRate, std::array<float, kNumChannels> const& inGains, float inRampSeconds);
 
 	Law mLaw;
-	// Out of range, so that the first position is another one.
+	// The start value is out of range, so that the first position is another one.
 	SurroundPosition mLastPosition{.mX = -1.0f};
 	SurroundGains mGains;
 	LowFrequencyFilter mFilter;

@@ -51,8 +51,7 @@ public:
 	void Reset();
 	bool WasPrefetchBehind() { return mLoad.TakeBehind(); }
 
-	// Works until both queues are empty. On the executor's thread. Throws what a source or a notify threw
-	// first.
+	// Works on the executor's thread until both queues are empty. Throws what a source or a notify threw first.
 	void ServiceQueueOnce();
 
 private:
@@ -79,7 +78,7 @@ private:
 	RequestQueue mPlaybackQueue{"SN::AudioPrefetch playback"};
 	RequestQueue mWaveformQueue{"SN::AudioPrefetch waveform"};
 	DiskLoad mLoad;
-	// The first exception that the executor has not heard of yet. On the executor's thread.
+	// The first exception that the executor does not know of yet. Used on the executor's thread only.
 	std::exception_ptr mFailure;
 	// A wait before each request, in milliseconds.
 	zorvcore::debug::CachedDebugInteger const mRequestProcessingDelay{

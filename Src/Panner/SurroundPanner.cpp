@@ -17,7 +17,7 @@ enum Control : unsigned long long
 	kControlLowFrequency,
 };
 
-// Until Init knows the rate.
+// A ramp to hold until Init knows the rate.
 dsp::GainRamp MakeRampAtRest()
 {
 	return {48000.0f, 1.0f, kPannerRampSeconds};

@@ -86,7 +86,7 @@ void Clear()
 			*state.mMark = true;
 		}
 	}
-	// Outside the lock, which the last jobs take too.
+	// The executor stops outside the lock, which the last jobs take too.
 	if (executor)
 	{
 		executor->Stop();

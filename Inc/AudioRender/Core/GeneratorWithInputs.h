@@ -33,9 +33,10 @@ protected:
 	// Shows the inputs in their order, then the processors in theirs, then the pan processor. Allocates nothing.
 	virtual void VisitNodes(NodeVisitor& ioVisitor) = 0;
 
-	// For ILiveAudioParameterOwner: asks the pan processor, the processors and the inputs, where they answer to it.
+	// Serves ILiveAudioParameterOwner: asks the pan processor, the processors and the inputs, where they answer to
+	// it.
 	void CollectFromNodes(LiveAudioParameterMap& outParameters);
-	// For IAudioRecordCompletion: tells the inputs that answer to it.
+	// Serves IAudioRecordCompletion: notifies the inputs that answer to it.
 	void NotifyInputs(InterfaceRef<UnknownBase> const& inRecording);
 };
 

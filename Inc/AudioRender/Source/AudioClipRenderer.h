@@ -71,7 +71,7 @@ private:
 	// Ordered by the address of the generator.
 	std::vector<Input> mInputs;
 	AudioChannelLayout mChannelLayout;
-	// Added to each requested time.
+	// The time that is added to each requested one.
 	TickTime mStartOffset;
 	float mGain = 1.0f;
 	bool mHasGain = false;

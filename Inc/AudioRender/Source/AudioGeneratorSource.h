@@ -76,7 +76,7 @@ private:
 	dsp::AudioSubBuffer mOutputCursor;
 	unsigned long long mNumChunks = 0;
 	TickTime mDuration;
-	// Around the rendering of an absent chunk.
+	// Held while an absent chunk is rendered.
 	std::mutex mRenderMutex;
 };
 

@@ -64,7 +64,7 @@ public:
 	InterfaceRef<IAudioPanProcessor> const& GetPanProcessor() const { return mPanProcessor; }
 	unsigned CountSends() const;
 
-	// In their order, the pan processor last.
+	// Visits them in their order, the pan processor last.
 	void VisitNodes(NodeVisitor& ioVisitor) const;
 	void Preroll(TickTime const& inTime, bool inReverse) const;
 	// The next request begins a control block.

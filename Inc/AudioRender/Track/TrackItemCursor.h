@@ -38,16 +38,16 @@ public:
 			SetIndex(0);
 		}
 	}
-	// Not at the end.
+	// The cursor must not be at the end.
 	TrackItem const& GetCurrent() const { return mItems[GetIndex()]; }
-	// To the item after the current one; false when there is none.
+	// Moves to the item after the current one; false when there is none.
 	bool MoveOn()
 	{
 		SetIndex(GetIndex() + 1);
 		return !IsAtEnd();
 	}
-	// To the item at a time; in a gap, forward to the item after it and backward to the one before it. False when the
-	// time lies outside the list. Not at the end.
+	// Moves to the item at a time; in a gap, forward to the item after it and backward to the one before it. False
+	// when the time lies outside the list. The cursor must not be at the end.
 	bool MoveTo(TickTime const& inTime);
 
 	// Calls inUse(item, part) for each item of a range with its part of it. Neither starts from the end nor moves the

@@ -14,7 +14,7 @@ namespace SN
 class TrackMute
 {
 public:
-	// Not 0 while muted.
+	// The flag is not 0 while muted.
 	using Flag = zorvcore::threads::AtomicIntegral<int>;
 
 	// Audible.

@@ -12,8 +12,8 @@ struct StereoGains
 	float mRight = 1.0f;
 };
 
-// The gains of one signal between two loudspeakers: equal power. inPan: 0 left, 0.5 middle, 1 right; with x = (pi /
-// 2) * pan the gains are cos x and sin x.
+// The gains of one signal between two loudspeakers: equal power. inPan: 0 left, 0.5 middle, 1 right;
+// with x = (pi / 2) * pan the gains are cos x and sin x.
 StereoGains GetEqualPowerGains(float inPan);
 
 // The gains of signals that have a side already: the side that is panned to keeps its level, the other one falls with

@@ -37,7 +37,7 @@ public:
 
 private:
 	Law mLaw;
-	// Out of range, so that the first pan is another one.
+	// The start value is out of range, so that the first pan is another one.
 	float mLastPan = -1.0f;
 	StereoGains mGains;
 	dsp::GainRamp mLeft{48000.0f, 1.0f, kPannerRampSeconds};

@@ -15,7 +15,7 @@ template <class Variant, std::size_t kCount>
 class VariantChoice
 {
 public:
-	// inVariants: by ProcessorLevel, for the lifetime of the choice.
+	// inVariants: sorted by ProcessorLevel; they outlive the choice.
 	constexpr explicit VariantChoice(Variant const* const (&inVariants)[kCount])
 		: mVariants(inVariants),
 		  mInUse(inVariants[0])

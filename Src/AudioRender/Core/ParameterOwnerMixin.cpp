@@ -141,7 +141,7 @@ void ParameterOwnerMixin::Preroll(TickTime const& inTime)
 	{
 		param->Preroll(inTime);
 	}
-	// Through the interface, so that a node can sample in its own way.
+	// The call goes through the interface, so that a node can sample in its own way.
 	static_cast<IParameterOwnerMixin*>(this)->UpdateControls(inTime);
 }
 

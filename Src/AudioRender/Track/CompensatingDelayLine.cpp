@@ -63,7 +63,7 @@ dsp::AudioBuffer& CompensatingDelayLine::Process(dsp::AudioBuffer& ioBuffer)
 	}
 	for (unsigned long long channel = channels; mInPlace && channel < ioBuffer.GetNumChannels(); ++channel)
 	{
-		// Beyond the line's width; the flags of all channels go.
+		// These channels are beyond the line's width; their flags go like those of all others.
 		ioBuffer.NoteChannelWrite(channel, 0);
 	}
 	mWriteIndex = (mWriteIndex + count) & mMask;

@@ -10,7 +10,7 @@
 //	s >= w                      it is too late to begin on the way: fill now
 //	an item J between the playhead and I begins at or before w
 //	                            filling falls within J or later: fill on the way
-//	an item J between that begins behind w has a latency of its own
+//	an item J between that begins after w has a latency of its own
 //	                            both would be filled at once: fill now
 //	neither                     it is not filled ahead
 //

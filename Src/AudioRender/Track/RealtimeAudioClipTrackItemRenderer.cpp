@@ -285,7 +285,7 @@ TickTime RealtimeAudioClipTrackItemRenderer::GetSourceDelay() const
 	return delay > kLongestFill ? kTimeZero : delay;
 }
 
-// Not on the render path, and only for an item that has something to throw away: there may be very many.
+// This is done off the render path, and only for an item that has something to throw away: there may be very many.
 void RealtimeAudioClipTrackItemRenderer::PrepareToDiscard(long long inFrames)
 {
 	if (inFrames > 0 && !mDiscarded)

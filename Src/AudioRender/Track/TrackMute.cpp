@@ -6,7 +6,7 @@ namespace SN
 namespace
 {
 
-// Until the first preroll.
+// The length of a fade until the first preroll.
 constexpr float kRampSeconds = 0.005f;
 constexpr float kRampSecondsAfterPreroll = 0.01f;
 

@@ -108,7 +108,7 @@ InterpolatingResampler::Channel InterpolatingResampler::GetChannel(
 void InterpolatingResampler::InterpolateBlock(unsigned inCount, double const* inPositions,
 	Channel const& inChannel, unsigned inCapacity, float* outSamples) const
 {
-	// Inside: from the first index on, and so that the last sample of the curve lies within the memory.
+	// A position is inside from the first index on, as long as the last sample of the curve lies within the memory.
 	double const end = inCapacity - mShape.mSamplesAhead;
 	auto const isInside = [&](double inPosition)
 	{ return inPosition >= mShape.mFirstIndex && inPosition < end; };

@@ -37,7 +37,7 @@ struct LaneStates
 	// The sums and differences by section and lane.
 	float mSums[2][kFilterLanes];
 	float mDifferences[2][kFilterLanes];
-	// Onto these the squares of what goes in and of what comes out are added, sample by sample.
+	// Sums to which the squares of what goes in and of what comes out are added, sample by sample.
 	float mSquares[kFilterLanes];
 	float mFilteredSquares[kFilterLanes];
 };

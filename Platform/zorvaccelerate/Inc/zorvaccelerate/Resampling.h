@@ -24,8 +24,9 @@ ZORV_API void FilterEight(unsigned inNumTaps, double const* const* inCoefficient
 ZORV_API void FilterEight(
 	unsigned inNumTaps, float const* const* inCoefficients, float const* const* inSamples, float* outOutputs);
 
-// Gives for each position p, with i its whole part and f = p - i: (b - a) * f + a between the samples a at i and b at
-// i + 1. The difference is in single precision, the rest in double. Positions are 0 or more and below 2^31.
+// Gives for each position p, with i its whole part and f = p - i: (b - a) * f + a between the samples
+// a at i and b at i + 1. The difference is in single precision, the rest in double. Positions are 0 or more and
+// below 2^31.
 ZORV_API void InterpolateLinear(
 	unsigned inCount, double const* inPositions, float const* inSamples, float* outOutputs);
 

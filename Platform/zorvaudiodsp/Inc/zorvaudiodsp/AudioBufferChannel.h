@@ -5,8 +5,8 @@
 namespace dsp
 {
 
-// A buffer of one channel: a view of one channel of a parent, which must outlive its use. Its silence
-// flag is the parent's. Of a channel that the parent lacks it reads silence and drops what is written.
+// A buffer of one channel: a view of one channel of a parent, which must outlive its use. Its silence flag is the
+// parent's. A channel that the parent lacks reads as silence, and what is written to it is dropped.
 class ZORV_API AudioBufferChannel final : public AudioBuffer
 {
 public:

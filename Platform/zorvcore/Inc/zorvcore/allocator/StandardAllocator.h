@@ -13,7 +13,7 @@ namespace zorvcore::allocator
 //	static void Dispose(void*, std::size_t) noexcept; // the size asked for
 //	static constexpr std::size_t kAlignment;
 //
-// Types of a larger alignment come from the heap. Without state: any two are equal.
+// Types of a larger alignment come from the heap. An allocator has no state: any two are equal.
 template <class T, class Memory>
 class StandardAllocator
 {
