@@ -77,8 +77,8 @@ std::string Describe(Note const& inNote)
 	return where + (where.empty() ? "" : ": ") + inNote.mText + DescribePlace(inNote.mPlace);
 }
 
-// A guess that is the same in several places, such as one about a file that many clips use, gets one line, with the first
-// of them.
+// A guess that is the same in several places, such as one about a file that many clips use, gets one line, with the
+// first of them.
 std::vector<std::string> DescribeEachOnce(std::vector<Note const*> const& inNotes)
 {
 	std::map<std::string, std::size_t> counts;

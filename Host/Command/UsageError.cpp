@@ -40,8 +40,8 @@ std::size_t GetDistance(std::string_view inA, std::string_view inB)
 	return table[inA.size()][inB.size()];
 }
 
-// Nothing where none is so near that it may have been meant: a third of its letters differ, or more, and the word is not
-// its beginning either.
+// Nothing where none is so near that it may have been meant: a third of its letters differ, or more, and the word is
+// not its beginning either.
 std::optional<std::string> FindNearest(std::string_view inWord, std::vector<std::string> const& inKnown)
 {
 	std::optional<std::string> nearest;

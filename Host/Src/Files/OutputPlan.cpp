@@ -37,8 +37,8 @@ struct Output
 	throw HostError(HostError::Kind::eRequest, inOutput.mName + " " + inWhy);
 }
 
-// Where a path leads. Of the standard streams, where they are files: others, such as a terminal, may well be input and
-// output at once.
+// Where a path leads. A standard stream leads somewhere only where it is a file: others, such as a terminal, may well
+// be input and output at once.
 std::optional<std::filesystem::path> FindFile(std::filesystem::path const& inPath, std::FILE* inStream)
 {
 	if (!IsStandardStream(inPath))

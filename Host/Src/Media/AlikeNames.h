@@ -16,8 +16,8 @@ namespace SonaroHost::Otio
 class AlikeNames
 {
 public:
-	// The file at inTail below inFolder, where only parts that are not there as they stand may be alike. Of several
-	// that are alike, one that differs in the Unicode form alone goes first, then the first in the order of bytes.
+	// The file at inTail below inFolder, where only parts that are not there as they stand may be alike. Where
+	// several are alike, one that differs in the Unicode form alone goes first, then the first in the order of bytes.
 	std::optional<std::filesystem::path> Find(
 		std::filesystem::path const& inFolder, std::filesystem::path const& inTail);
 

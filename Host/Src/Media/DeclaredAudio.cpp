@@ -106,8 +106,8 @@ std::optional<DeclaredAudio> ReadChunks(HeaderFile& ioFile, ByteOrder inOrder, s
 	return std::nullopt;
 }
 
-// The 64-bit WAV that starts with a small "riff": chunks of a 16-byte name and 64 bits of length that count the 24 bytes of the
-// header, padded to eight.
+// The 64-bit WAV that starts with a small "riff": chunks of a 16-byte name and 64 bits of length that count the 24
+// bytes of the header, padded to eight.
 std::optional<DeclaredAudio> ReadWave64(HeaderFile& ioFile)
 {
 	constexpr std::int64_t kChunkHeader = 24;

@@ -33,8 +33,8 @@ double SumMagnitudes(Taps const& inTaps)
 }
 
 // A point is the straight line between two samples in the middle, at the filter's own centre of gravity and times its
-// gain, and what the rest of the taps makes of second differences: a sequence whose sum and first moment are 0 is summed
-// up twice for that.
+// gain, and what the rest of the taps makes of second differences: a sequence whose sum and first moment are 0 is
+// summed up twice for that.
 double GetCurvature(Taps const& inTaps)
 {
 	double const gain = std::accumulate(inTaps.begin(), inTaps.end(), 0.0);

@@ -9,8 +9,8 @@
 namespace SonaroHost::Otio
 {
 
-// inIsActive: whether it is the reference that the clip plays. Of others an available_range that cannot be used
-// is noted and ignored.
+// inIsActive: whether it is the reference that the clip plays. An unusable available_range of another reference is
+// noted and ignored.
 MediaReference ReadMedia(Cursor const& inReference, std::string inKey, bool inIsActive);
 
 } // namespace SonaroHost::Otio

@@ -37,7 +37,7 @@ public:
 
 	// Works in the block.
 	void Add(dsp::AudioBuffer& ioBlock);
-	// After the last block: completes the file under its temporary name.
+	// Completes the file under its temporary name, after the last block.
 	void Complete();
 	// Gives it its own.
 	void Commit();

@@ -53,8 +53,8 @@ class RenderPasses
 {
 public:
 	using Sink = std::function<void(dsp::AudioBuffer& ioBlock)>;
-	// Renders a pass, giving the sink each block of its file's range, in which the sink works. False when asked to stop;
-	// exceptions pass through.
+	// Renders a pass, giving the sink each block of its file's range, in which the sink works. False when asked to
+	// stop; exceptions pass through.
 	using Renderer = std::function<bool(RenderPass const& inPass, Sink const& inSink)>;
 
 	RenderPasses(RenderPlan inPlan, Renderer inRenderer, ProgressCallback inProgress);

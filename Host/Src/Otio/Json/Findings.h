@@ -46,8 +46,8 @@ public:
 		}
 	}
 
-	// A note for the whole file: it stands at the first of its places and says how many there are. Within what is not
-	// heard anyway it is not taken.
+	// A note for the whole file: it stands at the first of its places and says how many there are. It is not taken in
+	// parts that are not heard anyway.
 	template <class Place>
 	void TellOnce(Note::Kind inKind, std::string const& inText, Place const& inPlace)
 	{
@@ -67,7 +67,7 @@ public:
 	bool IsSilent() const { return mIsSilent; }
 	void SetSilent(bool inIsSilent) { mIsSilent = inIsSilent; }
 
-	// All notes, and how often those came that were left out. To be called once, at the end.
+	// All notes, and how often those came that were left out. Called once, at the end.
 	std::vector<Note> TakeNotes();
 
 private:

@@ -28,8 +28,8 @@ struct LoopRange
 {
 	bool IsEmpty() const { return mFirst >= mEnd; }
 	std::int64_t GetLength() const { return mEnd - mFirst; }
-	// Where a frame that runs ahead of the sound that is heard lies: what goes beyond the loop's end, or in
-	// reverse beyond its start, comes from its other side, as often as it takes. For loops of any length.
+	// Where a frame that runs ahead of the sound that is heard lies: what goes beyond the loop's end, or in reverse
+	// beyond its start, comes from its other side, as often as it takes. The loop may have any length.
 	std::int64_t Wrap(std::int64_t inFrame, bool inIsReverse) const;
 	// How many frames from one on, which is wrapped, follow each other without a jump.
 	std::int64_t GetRunLength(std::int64_t inFrame, std::int64_t inCount, bool inIsReverse) const;
