@@ -59,8 +59,8 @@ private:
 	unsigned mInstanceIndex = 0;
 };
 
-// The beginning of a clone: a node of the same class in the same place of the same context. The arguments are those of its
-// constructor.
+// The beginning of a clone: a node of the same class in the same place of the same context. The arguments are those
+// of its constructor.
 template <class Node, class... Args>
 InterfaceRef<Node> StartClone(Node const& inNode, Args const&... inArgs)
 {

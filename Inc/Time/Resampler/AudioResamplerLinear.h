@@ -5,8 +5,7 @@
 namespace SN
 {
 
-// A straight line between two neighbouring samples. Without delay: at equal rates the output is the
-// input.
+// A straight line between two neighbouring samples. It has no delay: at equal rates the output is the input.
 class AudioResamplerLinear final : public InterpolatingResampler
 {
 public:

@@ -31,7 +31,7 @@ public:
 	MediaVector() = default;
 	~MediaVector() override { Discard(); }
 
-	// Makes so many absent entries and registers with the manager. Once, before all else.
+	// Makes so many absent entries and registers with the manager. Called once, before all else.
 	void Init(unsigned long long inEntries)
 	{
 		mManager = GetMediaManager();

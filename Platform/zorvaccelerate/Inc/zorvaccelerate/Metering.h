@@ -10,8 +10,8 @@ namespace zorvaccelerate::utility
 // Beyond this magnitude, +241 dB, a sample is a fault.
 inline constexpr float kLargestPlausible = 0x1p40f;
 
-// Copies samples, with 0 in place of those that are no numbers or beyond kLargestPlausible. Returns the largest magnitude
-// of what it writes; 0 for no samples.
+// Copies samples, with 0 in place of those that are no numbers or beyond kLargestPlausible. Returns the largest
+// magnitude of what it writes; 0 for no samples.
 ZORV_API float CopyPlausible(unsigned inCount, float const* inInput, float* outOutput);
 
 // Signals that are filtered side by side.

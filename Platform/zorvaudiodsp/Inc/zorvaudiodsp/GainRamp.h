@@ -18,7 +18,7 @@ namespace dsp
 class ZORV_API GainRamp
 {
 public:
-	// inSampleRate: samples a second. At rest at inGain.
+	// inSampleRate: samples a second. The ramp begins at rest at inGain.
 	GainRamp(float inSampleRate, float inGain, float inRampSeconds);
 	GainRamp(zorvmediatypes::FrameRate const& inFrameRate, float inGain, float inRampSeconds);
 

@@ -78,7 +78,8 @@ struct QueryAccess
 
 } // namespace detail
 
-// inSelf as the first of Ts that inIdentifier names, or null. For objects that answer otherwise than by their bases.
+// inSelf as the first of Ts that inIdentifier names, or null. Serves objects that answer otherwise than by their
+// bases.
 template <class... Ts, class Self>
 void* QueryInterfaces(Self* inSelf, Guid const& inIdentifier)
 {

@@ -32,8 +32,8 @@ public:
 	// executor's own threads it does not wait; the tasks still run.
 	virtual void Stop() = 0;
 
-	// Stops, then waits for the threads to end, in each of several calls at once. On one of the executor's own threads it detaches them
-	// instead, and they end on their own when all tasks have run.
+	// Stops, then waits for the threads to end, in each of several calls at once. On one of the executor's own
+	// threads it detaches them instead, and they end on their own when all tasks have run.
 	virtual void Dispose() = 0;
 };
 

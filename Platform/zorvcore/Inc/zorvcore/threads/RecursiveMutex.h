@@ -25,7 +25,7 @@ public:
 	// locked first, and inContext; then the wait goes on.
 	void Lock(char const* inContext, unsigned inTimeoutMilliseconds);
 
-	// One for each Lock, on the same thread. By a thread that is not the owner it is reported and does
+	// Called once for each Lock, on the same thread. A call by a thread that is not the owner is reported and does
 	// nothing.
 	void Unlock();
 
