@@ -15,7 +15,7 @@ class TruePeakFinder
 public:
 	TruePeakFinder(unsigned inChannels, int inSampleRate);
 
-	// The peak of what lies between the sample GetLatencyFrames before this frame and the one after that.
+	// The peak from the sample GetLatencyFrames before this frame on, up to the sample after that one.
 	double Process(float const* inFrame);
 
 	// So many frames to either side are within the filter's reach.

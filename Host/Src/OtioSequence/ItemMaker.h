@@ -26,8 +26,8 @@ Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const&
 
 // Makes a sequence's item of a clip or a composition.
 //
-// Content  A range from s on that is d long, at speed k: forward, from s to s + k d; backward, from s + |k| d
-//          back to s, the last sample before s + |k| d first.
+// Content  What a range from s on that is d long plays at speed k: forward, from s to s + k d; backward, from
+//          s + |k| d back to s, the last sample before s + |k| d first.
 class ItemMaker
 {
 public:
