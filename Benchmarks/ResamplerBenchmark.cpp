@@ -41,32 +41,32 @@ struct Rates
 constexpr Rates kRates[] = {{44100, 48000}, {48000, 44100}};
 
 // Takes a block of input and gives the outputs that are ready.
-using Stream = std::function<Samples(float const* inInput, unsigned inCount)>;
+using Stream = std::function<Signal(float const* inInput, unsigned inCount)>;
 using MakeStream = std::function<Stream(Rates const& inRates)>;
 
 double MeasureNoise(MakeStream const& inMake, Rates const& inRates, double inHertz)
 {
 	Stream const stream = inMake(inRates);
-	Samples const input = MakeTone(inHertz / inRates.mInput, 64 * kBlock);
-	Samples output;
+	Signal const input = MakeTone(inHertz / inRates.mInput, 64 * kBlock);
+	Signal output;
 	for (unsigned cursor = 0; cursor < input.size(); cursor += kBlock)
 	{
-		Samples const block = stream(input.data() + cursor, kBlock);
+		Signal const block = stream(input.data() + cursor, kBlock);
 		output.insert(output.end(), block.begin(), block.end());
 	}
 	// What is in the middle, far from either end.
-	Samples const middle(output.begin() + 20000, output.begin() + 40000);
+	Signal const middle(output.begin() + 20000, output.begin() + 40000);
 	return FitTone(middle, inHertz / inRates.mOutput, 0.0, 1.0).mSignalToNoise;
 }
 
 void Measure(benchmark::State& ioState, MakeStream const& inMake, Rates const& inRates)
 {
 	Stream const stream = inMake(inRates);
-	Samples const input = MakeTone(1000.0 / inRates.mInput, kBlock);
+	Signal const input = MakeTone(1000.0 / inRates.mInput, kBlock);
 	std::size_t outputs = 0;
 	for (auto _ : ioState)
 	{
-		Samples const block = stream(input.data(), kBlock);
+		Signal const block = stream(input.data(), kBlock);
 		benchmark::DoNotOptimize(block.data());
 		outputs += block.size();
 	}
@@ -86,11 +86,11 @@ public:
 	{
 	}
 
-	Samples Process(float const* inInput, unsigned inCount)
+	Signal Process(float const* inInput, unsigned inCount)
 	{
 		std::copy_n(inInput, inCount, mInput.GetChannel(0) + mWaiting);
 		mWaiting += inCount;
-		Samples result;
+		Signal result;
 		while (true)
 		{
 			if (!mIsAsked)
@@ -139,7 +139,7 @@ MakeStream MakeSamplerate(int inConverter)
 		double const ratio = static_cast<double>(inRates.mOutput) / inRates.mInput;
 		return [state, ratio](float const* inInput, unsigned inCount)
 		{
-			Samples output(2 * kBlock);
+			Signal output(2 * kBlock);
 			SRC_DATA data{};
 			data.data_in = inInput;
 			data.data_out = output.data();
@@ -165,7 +165,7 @@ MakeStream MakeSoxr(unsigned long inRecipe)
 			&soxr_delete);
 		return [state](float const* inInput, unsigned inCount)
 		{
-			Samples output(4 * kBlock);
+			Signal output(4 * kBlock);
 			std::size_t used = 0;
 			std::size_t made = 0;
 			soxr_process(state.get(), inInput, inCount, &used, output.data(), output.size(), &made);
@@ -187,7 +187,7 @@ MakeStream MakeSpeex(int inQuality)
 			&speex_resampler_destroy);
 		return [state](float const* inInput, unsigned inCount)
 		{
-			Samples output(2 * kBlock);
+			Signal output(2 * kBlock);
 			spx_uint32_t used = inCount;
 			spx_uint32_t made = 2 * kBlock;
 			speex_resampler_process_float(state.get(), 0, inInput, &used, output.data(), &made);
@@ -208,7 +208,7 @@ MakeStream MakeZita(unsigned inHalfLength)
 		state->setup(inRates.mInput, inRates.mOutput, 1, inHalfLength);
 		return [state](float const* inInput, unsigned inCount)
 		{
-			Samples output(2 * kBlock);
+			Signal output(2 * kBlock);
 			// It takes no const and writes nothing there.
 			state->inp_data = const_cast<float*>(inInput);
 			state->inp_count = inCount;

@@ -53,13 +53,13 @@ double GetDuration(Rates const& inRates)
 }
 
 // All at once, since a filter takes longer to work out than to run.
-std::vector<Samples> Convert(ResamplerKind inKind, Rates const& inRates, std::vector<Sweep> const& inSweeps)
+std::vector<Signal> Convert(ResamplerKind inKind, Rates const& inRates, std::vector<Sweep> const& inSweeps)
 {
 	double const duration = GetDuration(inRates);
-	std::vector<Samples> inputs;
+	std::vector<Signal> inputs;
 	for (Sweep const& sweep : inSweeps)
 	{
-		Samples& input = inputs.emplace_back(static_cast<std::size_t>((duration + 0.2) * inRates.mInput));
+		Signal& input = inputs.emplace_back(static_cast<std::size_t>((duration + 0.2) * inRates.mInput));
 		for (std::size_t i = 0; i < input.size(); ++i)
 		{
 			double const seconds = static_cast<double>(i) / inRates.mInput;
@@ -69,14 +69,14 @@ std::vector<Samples> Convert(ResamplerKind inKind, Rates const& inRates, std::ve
 	auto const resampler = MakeResampler(
 		inKind, RatePair(inRates.mInput, inRates.mOutput), static_cast<unsigned>(inputs.size()));
 	auto outputs = PullChannelsThrough(*resampler, inputs, inRates.mSettled + inRates.mMeasured);
-	for (Samples& output : outputs)
+	for (Signal& output : outputs)
 	{
 		output.erase(output.begin(), output.begin() + inRates.mSettled);
 	}
 	return outputs;
 }
 
-double MeasureNoise(ResamplerKind inKind, Rates const& inRates, Sweep const& inSweep, Samples const& inOutput)
+double MeasureNoise(ResamplerKind inKind, Rates const& inRates, Sweep const& inSweep, Signal const& inOutput)
 {
 	// The sinc resamplers stand one input sample ahead.
 	double const ahead = inKind >= ResamplerKind::kSinc ? 1.0 / inRates.mInput : 0.0;

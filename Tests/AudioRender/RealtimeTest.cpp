@@ -1,118 +1,88 @@
 #include "AudioRender/Source/AudioGeneratorSource.h"
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
-#include "Sonaro/DelayDependency.h"
-#include "Sonaro/IAudioTrackRenderableItem.h"
 #include "Sonaro/IAudioTransition.h"
-#include "Sonaro/ICachedAudioGenerator.h"
 #include "Sonaro/IOffsetablePreview.h"
-#include "Sonaro/IParameterOwnerMixin.h"
-#include "Sonaro/PanProcessorType.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Answers.h"
-#include "Support/Contexts.h"
-#include "Support/FakeParameter.h"
-#include "Support/Fakes.h"
+#include "Support/Engine.h"
 #include "Support/RealtimeGuard.h"
-#include "Support/SimpleGenerator.h"
-#include "zorvaudiodsp/AudioBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstdlib>
-#include <mutex>
 
-namespace SN
-{
-namespace
+namespace SN::RealtimeTest
 {
 
-using namespace Testing;
-using zorvcore::classref::MakeObject;
-
-// Faults planted in a render call: the guard must see each one.
-enum class Fault
+// What faults work with, and what is left of them to be released.
+struct Faults
 {
-	kNone,
-	kNew,
-	kAlignedAllocation,
-	kRelease,
-	kAllocationInALibrary,
-	kLock,
+	~Faults()
+	{
+		delete mMade;
+		std::free(mAligned);
+		std::free(mRelease);
+	}
+
+	std::mutex mMutex;
+	void* mRelease = std::malloc(16);
+	void* mAligned = nullptr;
+	int* mMade = nullptr;
+	dsp::AudioBuffer mLibrary;
 };
 
+// Faults planted in a render call: the guard must see each one.
 TEST(RealtimeGuard, SeesWhatIsPlantedInARenderCall)
 {
 	struct Case
 	{
 		char const* mName;
-		Fault mFault;
+		void (*mFault)(Faults&);
 		bool mAllocates;
 		bool mLocks;
 	};
 	Case const cases[] = {
-		{"nothing", Fault::kNone, false, false},
-		{"operator new", Fault::kNew, true, false},
-		{"posix_memalign", Fault::kAlignedAllocation, true, false},
-		{"free", Fault::kRelease, true, false},
-		{"an allocation inside a shared library", Fault::kAllocationInALibrary, true, false},
-		{"a mutex", Fault::kLock, false, true},
+		{"nothing", [](Faults&) {}, false, false},
+		{"operator new", [](Faults& io) { io.mMade = new int(1); }, true, false},
+		{"posix_memalign", [](Faults& io) { EXPECT_EQ(posix_memalign(&io.mAligned, 64, 64), 0); }, true,
+			false},
+		{"free", [](Faults& io) { std::free(std::exchange(io.mRelease, nullptr)); }, true, false},
+		{"an allocation inside a shared library", [](Faults& io) { io.mLibrary.Init(2, 1000); }, true, false},
+		{"a mutex", [](Faults& io) { std::lock_guard const lock(io.mMutex); }, false, true},
 	};
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(test.mName);
 		ScopedContext const context;
-		std::mutex mutex;
-		void* release = std::malloc(16);
-		void* aligned = nullptr;
-		int* made = nullptr;
-		dsp::AudioBuffer library;
+		Faults faults;
 		auto const source = MakeObject<FakeSource>(1, 1000, SourceKind{},
 			[&](unsigned long long, long long inFrame)
 			{
-				switch (inFrame == 3 ? test.mFault : Fault::kNone)
-				{
-				case Fault::kNone:
-					break;
-				case Fault::kNew:
-					made = new int(1);
-					break;
-				case Fault::kAlignedAllocation:
-					EXPECT_EQ(posix_memalign(&aligned, 64, 64), 0);
-					break;
-				case Fault::kRelease:
-					std::free(release);
-					release = nullptr;
-					break;
-				case Fault::kAllocationInALibrary:
-					library.Init(2, 1000);
-					break;
-				case Fault::kLock:
-					mutex.lock();
-					mutex.unlock();
-					break;
-				}
+				inFrame == 3 ? test.mFault(faults) : void();
 				return 0.5f;
 			});
 		source->mRecordsCalls = false;
-		InterfaceRef<IAudioGenerator> stream;
-		SonaroFactory::CreateClassRef()->CreateAudioStreamRenderer(
-			context.Get(), k48000Hz, source, -1, 1.0, {}, &stream);
+		auto const stream = MakeStream(context, source);
 		dsp::AudioBuffer buffer(1, 16);
-		{
-			RealtimeGuard const guard;
-			stream->GetAudioData(kTimeZero, buffer, false);
-			EXPECT_EQ(guard.GetAllocations() > 0, test.mAllocates);
-			EXPECT_EQ(guard.GetLocks() > 0, test.mLocks);
-		}
-		delete made;
-		std::free(aligned);
-		std::free(release);
+		RealtimeGuard const guard;
+		stream->GetAudioData(kTimeZero, buffer, false);
+		EXPECT_EQ(guard.GetAllocations() > 0, test.mAllocates);
+		EXPECT_EQ(guard.GetLocks() > 0, test.mLocks);
 	}
 }
 
-// Runs inPull over blocks before, across and behind the source's ends, in both directions.
+void ExpectNothingSeen(RealtimeGuard const& inGuard)
+{
+	EXPECT_EQ(inGuard.GetAllocations(), 0);
+	EXPECT_EQ(inGuard.GetLocks(), 0);
+}
+
+// Two values, one after the other.
+InterfaceRef<FakeParameter> MovingAt(long long inFrame)
+{
+	auto const parameter = MakeObject<FakeParameter>(
+		[inFrame](TickTime const& inTime) { return inTime < At(inFrame) ? 0.25f : 0.75f; });
+	parameter->mNext = kTimeZero;
+	return parameter;
+}
+
+// Pulls blocks before, across and after the source's ends, in both directions.
 void ExpectQuiet(IAudioGenerator& ioGenerator, unsigned inChannels)
 {
 	dsp::AudioBuffer buffer(inChannels, 256);
@@ -124,7 +94,7 @@ void ExpectQuiet(IAudioGenerator& ioGenerator, unsigned inChannels)
 	{
 		for (bool const reverse : {false, true})
 		{
-			TickTime const time(frame, k48000Hz);
+			TickTime const time = At(frame);
 			ioGenerator.AccumulatePrefetchRequests({time, time + kTimeMax}, SynchronousPrefetch, accumulator);
 			ioGenerator.GetAudioData(time, buffer, reverse);
 			ioGenerator.GetDelay();
@@ -132,13 +102,11 @@ void ExpectQuiet(IAudioGenerator& ioGenerator, unsigned inChannels)
 		}
 	}
 	ioGenerator.Reset();
-	EXPECT_EQ(guard.GetAllocations(), 0);
-	EXPECT_EQ(guard.GetLocks(), 0);
+	ExpectNothingSeen(guard);
 }
 
 TEST(RenderPath, StreamsAndClipsNeitherAllocateNorLock)
 {
-	auto const factory = SonaroFactory::CreateClassRef();
 	Prefetcher prefetcher;
 	for (bool const prefetch : {false, true})
 	{
@@ -146,46 +114,36 @@ TEST(RenderPath, StreamsAndClipsNeitherAllocateNorLock)
 		{
 			for (unsigned const clipChannels : {1u, 2u, 6u})
 			{
-				SCOPED_TRACE(testing::Message() << (prefetch ? "prefetch, " : "") << "channel "
-												<< channelIndex << " into " << clipChannels);
+				SCOPED_TRACE(Message() << (prefetch ? "prefetch, " : "") << "channel " << channelIndex
+									   << " into " << clipChannels);
 				ScopedContext const context(256, prefetch ? &prefetcher : nullptr);
 				auto const source = MakeObject<FakeSource>(2, 1000, SourceKind{true, true});
 				source->mRecordsCalls = false;
-				InterfaceRef<IAudioGenerator> stream;
-				factory->CreateAudioStreamRenderer(
-					context.Get(), k48000Hz, source, channelIndex, 1.0, {}, &stream);
-				InterfaceRef<IOffsetablePreview>(stream)->AddPreviewOffset(TickTime(-30, k48000Hz));
-				InterfaceRef<IAudioGenerator> clip;
-				factory->CreateAudioClipRenderer(context.Get(), k48000Hz,
-					{{stream, {{0, 0}, {1, 1}, {5, 0}}}},
-					VX::CreateAudioChannelLayout(
-						VX::kAudioChannelTypeAdaptive, static_cast<int>(clipChannels)),
-					TickTime(40, k48000Hz), 0.5f, 1.0, &clip);
+				auto const stream = MakeStream(context, source, channelIndex);
+				InterfaceRef<IOffsetablePreview>(stream)->AddPreviewOffset(At(-30));
+				auto const clip = MakeClip(context, {{stream, {{0, 0}, {1, 1}, {5, 0}}}},
+					{.mChannels = clipChannels, .mStartOffset = At(40), .mGain = 0.5f});
 				ExpectQuiet(*stream, 2);
 				ExpectQuiet(*clip, clipChannels);
 				ExpectQuiet(*clip->Clone(), clipChannels);
 			}
 		}
 	}
-	InterfaceRef<IAudioGenerator> silence;
-	factory->CreateSilentRenderer(VX::kAudioChannelLayout_Stereo, &silence);
-	ExpectQuiet(*silence, 2);
+	ExpectQuiet(*MakeSilence(VX::kAudioChannelLayout_Stereo), 2);
 }
 
 // Chunks that are there and others that are not, and both ends.
 TEST(RenderPath, ReadingWhatWasPrefetchedNeitherAllocatesNorLocks)
 {
-	auto const source =
-		AudioGeneratorSource::Create(MakeObject<FakeGenerator>(2), 64, TickTime(640, k48000Hz));
-	source->PrefetchAudioData(0, TickTime(64, k48000Hz), 200);
+	auto const source = AudioGeneratorSource::Create(MakeObject<FakeGenerator>(2), 64, At(640));
+	source->PrefetchAudioData(0, At(64), 200);
 	dsp::AudioBuffer buffer(2, 256);
 	RealtimeGuard const guard;
 	for (long long const frame : {-5, 0, 100, 500, 1000})
 	{
-		source->ReadPrefetchedAudio(TickTime(frame, k48000Hz), buffer);
+		source->ReadPrefetchedAudio(At(frame), buffer);
 	}
-	EXPECT_EQ(guard.GetAllocations(), 0);
-	EXPECT_EQ(guard.GetLocks(), 0);
+	ExpectNothingSeen(guard);
 }
 
 // Every pan processor and the channel matrix, with moving controls, over sound, silence, jumps and blocks of
@@ -197,23 +155,19 @@ TEST(RenderPath, PannersAndRoutersNeitherAllocateNorLock)
 	std::vector<InterfaceRef<IAudioPanProcessor>> panners;
 	auto const params = [](unsigned inCount)
 	{
-		std::vector<InterfaceRef<IRenderableAudioComponentParam>> made;
-		for (unsigned i = 0; i < inCount; ++i)
-		{
-			made.push_back(MakeObject<FakeParameter>(
-				[](TickTime const& inTime) { return inTime < TickTime(300, k48000Hz) ? 0.25f : 0.75f; }));
-		}
+		Parameters made;
+		std::generate_n(std::back_inserter(made), inCount, [] { return MovingAt(300); });
 		return made;
 	};
 	for (unsigned type = 0; type <= kPanNoneMonoAlias; ++type)
 	{
 		bool const hasOneControl = type == kPanStereoToStereo || type == kPanMonoToStereo;
 		InterfaceRef<IAudioPanProcessor> panner;
-		factory->CreateAudioPanProcessorRenderer(context.Get(), k48000Hz, static_cast<PanProcessorType>(type),
+		factory->CreateAudioPanProcessorRenderer(context, k48000Hz, static_cast<PanProcessorType>(type),
 			false, params(hasOneControl ? 1 : 4), &panner);
 		InterfaceRef<IAudioPanProcessor> direct;
-		factory->CreateDirectAudioPanProcessorRenderer(context.Get(), k48000Hz,
-			static_cast<PanProcessorType>(type), 8, {{0, {0, 1, 4, 5}}}, false, params(4), &direct);
+		factory->CreateDirectAudioPanProcessorRenderer(context, k48000Hz, static_cast<PanProcessorType>(type),
+			8, {{0, {0, 1, 4, 5}}}, false, params(4), &direct);
 		for (auto const& made : {panner, direct})
 		{
 			if (made)
@@ -226,13 +180,11 @@ TEST(RenderPath, PannersAndRoutersNeitherAllocateNorLock)
 	factory->CreateChannelMixerAudioPanProcessorRenderer(
 		VX::kAudioChannelLayout_Mono, VX::kAudioChannelLayout_Stereo, {{0.5f, 0.25f}}, &panners.back());
 	ASSERT_EQ(panners.size(), 16u + 4u + 1u);
-	InterfaceRef<IAudioProcessor> matrix;
-	factory->CreateAudioChannelMatrixRenderer(context.Get(), k48000Hz, {{0, {1}}, {1, {0, 2}}}, &matrix);
+	auto const matrix = MakeMatrix(context, {{0, {1}}, {1, {0, 2}}});
 
 	for (auto const& panner : panners)
 	{
-		SCOPED_TRACE(
-			testing::Message() << panner->GetInputChannelType() << " to " << panner->GetOutputChannelType());
+		SCOPED_TRACE(Message() << panner->GetInputChannelType() << " to " << panner->GetOutputChannelType());
 		InterfaceRef<IParameterOwnerMixin> const owner(panner);
 		dsp::AudioBuffer input(panner->GetNumInputChannels(), 256);
 		dsp::AudioBuffer output(panner->GetNumOutputChannels(), 256);
@@ -240,7 +192,7 @@ TEST(RenderPath, PannersAndRoutersNeitherAllocateNorLock)
 		RealtimeGuard const guard;
 		for (long long const frame : {0, 256, 1000, 1200, 1201})
 		{
-			TickTime const time(frame, k48000Hz);
+			TickTime const time = At(frame);
 			input.SetSilenceFlags(dsp::SilenceFlags(frame == 1200 ? ~0ull : 0b10));
 			input.SetUseSize(frame == 1201 ? 37 : 256);
 			output.SetUseSize(input.GetUseSize());
@@ -254,8 +206,7 @@ TEST(RenderPath, PannersAndRoutersNeitherAllocateNorLock)
 			matrix->ProcessAudioData(input, time);
 		}
 		panner->Reset();
-		EXPECT_EQ(guard.GetAllocations(), 0);
-		EXPECT_EQ(guard.GetLocks(), 0);
+		ExpectNothingSeen(guard);
 	}
 }
 
@@ -268,7 +219,7 @@ public:
 	{
 	}
 
-	TickTime GetDelay() override { return TickTime(300, k48000Hz); }
+	TickTime GetDelay() override { return At(300); }
 	void GetAudioData(TickTime const&, dsp::AudioBuffer& inBuffer, bool) override
 	{
 		std::fill_n(inBuffer.GetChannel(0), inBuffer.GetUseSize(), 0.25f);
@@ -280,46 +231,27 @@ public:
 // muted and thrown about, in both directions.
 TEST(RenderPath, TracksNeitherAllocateNorLock)
 {
-	auto const factory = SonaroFactory::CreateClassRef();
 	Prefetcher prefetcher;
 	ScopedContext const context(256, &prefetcher);
-	auto const moving = []
-	{
-		auto const parameter = MakeObject<FakeParameter>(
-			[](TickTime const& inTime) { return inTime < TickTime(700, k48000Hz) ? 0.25f : 0.75f; });
-		parameter->mNext = kTimeZero;
-		return parameter;
-	};
 	AudioTrackRenderableItemList items;
 	for (long long start = 0; start < 3000; start += 500)
 	{
-		InterfaceRef<IAudioPanProcessor> none;
-		factory->CreateNoneAudioPanProcessorRenderer(context.Get(), VX::kAudioChannelLayout_Mono, &none);
-		InterfaceRef<IAudioGenerator> clip;
-		factory->CreateRealtimeAudioClipTrackItemRenderer(context.Get(), k48000Hz,
-			MakeObject<QuietGenerator>(), {}, none, start % 1000 == 0 ? 1.0 : 1.25,
-			MakeObject<ShiftTransform>(), kTimeZero, &clip);
-		InterfaceRef<IAudioTrackRenderableItem> const item(clip);
-		item->Init(
-			TickTime(start, k48000Hz), TickTime(start + 500, k48000Hz), TickTime(start, k48000Hz), k48000Hz);
+		InterfaceRef<IAudioTrackRenderableItem> const item(
+			MakeItem(context, MakeObject<QuietGenerator>(), {.mSpeed = start % 1000 == 0 ? 1.0 : 1.25}));
+		item->Init(At(start), At(start + 500), At(start), k48000Hz);
 		items.push_back(item);
 	}
-	std::vector<InterfaceRef<IAudioProcessor>> processors(2);
-	factory->CreateAudioFaderRenderer(
-		context.Get(), k48000Hz, {moving(), MakeObject<FakeParameter>(0.0f)}, &processors[0]);
-	InterfaceRef<IAudioPanProcessor> sendPanner;
-	factory->CreateAudioPanProcessorRenderer(
-		context.Get(), k48000Hz, kPanMonoToStereo, false, {moving()}, &sendPanner);
-	factory->CreateAudioSendRenderer(context.Get(), k48000Hz, moving(),
-		{moving(), MakeObject<FakeParameter>(0.0f)}, sendPanner, &processors[1]);
-	InterfaceRef<IAudioPanProcessor> panner;
-	factory->CreateAudioPanProcessorRenderer(
-		context.Get(), k48000Hz, kPanMonoToStereo, false, {moving()}, &panner);
-	auto const mute = std::make_shared<zorvcore::threads::AtomicIntegral<int>>(0);
-	InterfaceRef<IAudioGenerator> track;
-	ASSERT_EQ(factory->CreateAudioClipTrackRenderer(context.Get(), k48000Hz, items, moving(), mute,
-				  processors, panner, VX::kAudioChannelLayout_Stereo, &track),
-		kSuccess);
+	auto const off = MakeObject<FakeParameter>(0.0f);
+	auto const fader = MakeFader(context, {MovingAt(700), off});
+	auto const send = MakeSend(
+		context, MovingAt(700), {MovingAt(700), off}, MakePanner(context, kPanMonoToStereo, {MovingAt(700)}));
+	auto const mute = std::make_shared<Mute>(0);
+	auto const track = MakeClipTrack(context, items,
+		{.mProcessors = {fader, send},
+			.mPanner = MakePanner(context, kPanMonoToStereo, {MovingAt(700)}),
+			.mOwner = MovingAt(700),
+			.mMute = mute,
+			.mLayout = VX::kAudioChannelLayout_Stereo});
 	InterfaceRef<CompensatingDelayOwnerMixin>(track)->SetDelays({{0, 0, 100}, {0, 0, 40}});
 	InterfaceRef<ICachedAudioGenerator> const cached(track);
 	dsp::AudioBuffer buffer(2, 256);
@@ -327,19 +259,18 @@ TEST(RenderPath, TracksNeitherAllocateNorLock)
 	{
 		prefetcher.mReverse = reverse ? 1 : 0;
 		track->Reset();
-		track->Preroll(TickTime(100, k48000Hz), reverse);
+		track->Preroll(At(100), reverse);
 		RealtimeGuard const guard;
 		for (long long const frame : {100, 356, 612, 2000, 50, 2900, 5000})
 		{
-			TickTime const time(frame, k48000Hz);
+			TickTime const time = At(frame);
 			mute->Set(frame == 2000 ? 1 : 0);
 			track->GetAudioData(time, buffer, reverse);
 			cached->GenerateAudio(200, time, reverse);
 			cached->MixCachedAudio(buffer);
 			track->GetDelay();
 		}
-		EXPECT_EQ(guard.GetAllocations(), 0);
-		EXPECT_EQ(guard.GetLocks(), 0);
+		ExpectNothingSeen(guard);
 	}
 }
 
@@ -358,44 +289,30 @@ public:
 // and a pan, in the original and in a clone.
 TEST(RenderPath, SequencesNeitherAllocateNorLock)
 {
-	auto const factory = SonaroFactory::CreateClassRef();
-	Prefetcher prefetcher{kTimeZero, TickTime(3000, k48000Hz), 1, 0};
+	Prefetcher prefetcher{kTimeZero, At(3000), 1, 0};
 	ScopedContext const context(256, &prefetcher);
-	TickTime const start(100, k48000Hz);
-	std::vector<InterfaceRef<IAudioGenerator>> items(2);
-	InterfaceRef<IAudioGenerator> const source(MakeObject<QuietGenerator>());
-	factory->CreateAudioTransitionRenderer(context.Get(), k48000Hz, MakeObject<Halves>(), {}, source, source,
-		kTimeZero, kTimeZero, start, start, &items[0]);
-	std::vector<InterfaceRef<IAudioProcessor>> processors(2);
-	InterfaceRef<IAudioPanProcessor> panner;
+	TickTime const start = At(100);
+	Generator const source(MakeObject<QuietGenerator>());
+	Generator transition;
+	SonaroFactory::CreateClassRef()->CreateAudioTransitionRenderer(context, k48000Hz, MakeObject<Halves>(),
+		{}, source, source, kTimeZero, kTimeZero, start, start, &transition);
 	auto const parameter = MakeObject<FakeParameter>(0.25f);
 	auto const off = MakeObject<FakeParameter>(0.0f);
-	factory->CreateAudioFaderRenderer(context.Get(), k48000Hz, {parameter, off}, &processors[0]);
-	factory->CreateAudioPanProcessorRenderer(
-		context.Get(), k48000Hz, kPanMonoToStereo, false, {parameter}, &panner);
-	factory->CreateAudioSendRenderer(
-		context.Get(), k48000Hz, {}, {parameter, off}, panner->Clone(k48000Hz, 16), &processors[1]);
-	factory->CreateAudioMixRenderer(
-		context.Get(), k48000Hz, source, 1.0, source, 2.0, processors[0], &items[1]);
-	std::vector<InterfaceRef<IAudioGenerator>> tracks(4);
-	auto const addMix = [&](std::vector<InterfaceRef<UnknownBase>> const& inInputs, std::size_t inTrack)
+	auto const fader = MakeFader(context, {parameter, off});
+	auto const panner = MakePanner(context, kPanMonoToStereo, {parameter});
+	auto const send = MakeSend(context, {}, {parameter, off}, panner->Clone(k48000Hz, 16));
+	auto const join = MakeJoin(context, source, source, fader, 1.0, 2.0);
+	auto const mix =
+		[&](std::vector<InterfaceRef<UnknownBase>> const& inInputs, Processors const& inProcessors)
 	{
-		InterfaceRef<IAudioGenerator> inlet;
-		factory->CreateAudioTrackInletRenderer(
-			context.Get(), k48000Hz, inInputs, VX::kAudioChannelLayout_Mono, &inlet);
-		factory->CreateAudioMixTrackRenderer(context.Get(), k48000Hz, inlet, {}, {},
-			inTrack == 2 ? processors : std::vector<InterfaceRef<IAudioProcessor>>(), panner,
-			VX::kAudioChannelLayout_Mono, &tracks[inTrack]);
+		return MakeMixTrack(
+			context, MakeInlet(context, inInputs), {.mProcessors = inProcessors, .mPanner = panner});
 	};
-	addMix({items[0], items[1]}, 0);
-	addMix({items[1]}, 1);
-	addMix({tracks[0], tracks[1], source}, 2);
-	addMix({tracks[0], tracks[2], processors[1]}, 3);
-	InterfaceRef<IAudioGenerator> group;
-	ASSERT_EQ(factory->CreateAudioTrackGroupRenderer(context.Get(), k48000Hz, tracks,
-				  {{{0, 0, 9}}, {}, {{0, 0, 7}, {0, 0, 9}}}, {start, start}, VX::kAudioChannelLayout_Stereo,
-				  {}, &group),
-		kSuccess);
+	auto const first = mix({transition, join}, {});
+	auto const second = mix({join}, {});
+	auto const third = mix({first, second, source}, {fader, send});
+	auto const group = MakeGroup(context, {first, second, third, mix({first, third, send}, {})},
+		{{{0, 0, 9}}, {}, {{0, 0, 7}, {0, 0, 9}}}, {start, start});
 	dsp::AudioBuffer buffer(2, 256);
 	for (auto const& one : {group, group->Clone()})
 	{
@@ -404,15 +321,13 @@ TEST(RenderPath, SequencesNeitherAllocateNorLock)
 		for (long long const frame : {0, 256, 2900, 600})
 		{
 			parameter->mNext = frame == 256 ? kTimeZero : kTimeMax;
-			one->GetAudioData(TickTime(frame, k48000Hz), buffer, frame == 600);
+			one->GetAudioData(At(frame), buffer, frame == 600);
 			one->GetDelay();
 			one->HasHistory();
 		}
 		EXPECT_FALSE(buffer.IsSilent());
-		EXPECT_EQ(guard.GetAllocations(), 0);
-		EXPECT_EQ(guard.GetLocks(), 0);
+		ExpectNothingSeen(guard);
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::RealtimeTest

@@ -1,26 +1,12 @@
 #include "Sonaro/SonaroFactory.h"
 
 #include "Sonaro/AudioUtilities.h"
-#include "Sonaro/IAudioGeneratorPrivate.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
-#include "Sonaro/ICachedAudioGenerator.h"
-#include "Support/Contexts.h"
-#include "Support/Fakes.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 #include "zorvcore/debug/DebugDatabase.h"
 
-#include <gtest/gtest.h>
-
-#include <thread>
-
-namespace SN
+namespace SN::SonaroFactoryTest
 {
-namespace
-{
-
-using namespace Testing;
-using zorvcore::classref::MakeObject;
 
 TEST(SonaroFactory, LivesFromTheFirstReferenceToTheLast)
 {
@@ -112,5 +98,4 @@ TEST(Module, StartTakesTheNestingLimitFromTheDebugDatabase)
 	database.RemoveEntry(key);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::SonaroFactoryTest

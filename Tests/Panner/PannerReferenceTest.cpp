@@ -1,20 +1,9 @@
 #include "PannerReference.h"
 
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/Panning.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-
-namespace SN
+namespace SN::PannerReferenceTest
 {
-namespace
-{
-
-using namespace Testing;
 
 // In and beside the middle, at both ends, up and down.
 constexpr double kWay[] = {0.5, 0.75, 1.0, 0.25, 0.0, 0.5, 0.375, 0.625, 0.25};
@@ -24,19 +13,18 @@ constexpr unsigned kBlockFrames = 1000;
 struct Case
 {
 	PanProcessorType mType;
-	unsigned mControls;
 	unsigned mInputs;
 	unsigned mOutputs;
 };
 constexpr Case kCases[] = {
-	{kPanMonoToStereo, 1, 1, 2},
-	{kPanStereoToStereo, 1, 2, 2},
-	{kPanMonoToAdaptive, 1, 1, 2},
-	{kPanStereoToAdaptive, 1, 2, 2},
-	{kPanBalance, 1, 4, 4},
-	{kPanBalanceWithIdentity, 1, 4, 4},
-	{kPanMonoTo51, 4, 1, 6},
-	{kPanStereoTo51, 4, 2, 6},
+	{kPanMonoToStereo, 1, 2},
+	{kPanStereoToStereo, 2, 2},
+	{kPanMonoToAdaptive, 1, 2},
+	{kPanStereoToAdaptive, 2, 2},
+	{kPanBalance, 4, 4},
+	{kPanBalanceWithIdentity, 4, 4},
+	{kPanMonoTo51, 1, 6},
+	{kPanStereoTo51, 2, 6},
 };
 
 double GetInput(unsigned inChannel, long long inFrame)
@@ -45,12 +33,12 @@ double GetInput(unsigned inChannel, long long inFrame)
 	return inChannel % 2 == 0 ? 0.5 * std::sin(time * 0.01) + 0.25 : 0.4 * std::cos(time * 0.013);
 }
 
-std::vector<std::vector<double>> MakeControls(Case const& inCase, unsigned inMoved)
+std::vector<std::vector<double>> MakeControls(PanProcessorType inType, unsigned inMoved)
 {
 	std::vector<std::vector<double>> controls;
 	for (double const position : kWay)
 	{
-		controls.emplace_back(kStill, kStill + inCase.mControls)[inMoved] = position;
+		controls.emplace_back(kStill, kStill + GetNumControls(inType))[inMoved] = position;
 	}
 	return controls;
 }
@@ -62,7 +50,7 @@ std::vector<InterfaceRef<IRenderableAudioComponentParam>> MakeParameters(
 	std::vector<InterfaceRef<IRenderableAudioComponentParam>> params;
 	for (std::size_t index = 0; index < inControls[0].size(); ++index)
 	{
-		params.push_back(zorvcore::classref::MakeObject<FakeParameter>(
+		params.push_back(MakeObject<FakeParameter>(
 			[=](TickTime const& inTime)
 			{
 				auto const block = static_cast<std::size_t>(inTime.ToFrame64(inRate)) / kBlockFrames;
@@ -72,36 +60,22 @@ std::vector<InterfaceRef<IRenderableAudioComponentParam>> MakeParameters(
 	return params;
 }
 
-InterfaceRef<IAudioPanProcessor> Make(InterfaceRef<IAudioRenderContext> const& inContext,
-	FrameRate const& inRate, Case const& inCase,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams)
-{
-	InterfaceRef<IAudioPanProcessor> panner;
-	auto const factory = SonaroFactory::CreateClassRef();
-	bool const isDirect = inCase.mType == kPanMonoToAdaptive || inCase.mType == kPanStereoToAdaptive;
-	EXPECT_EQ(isDirect ? factory->CreateDirectAudioPanProcessorRenderer(
-							 inContext, inRate, inCase.mType, 2, {{0, {0, 1}}}, false, inParams, &panner)
-					   : factory->CreateAudioPanProcessorRenderer(
-							 inContext, inRate, inCase.mType, false, inParams, &panner),
-		kSuccess);
-	return panner;
-}
-
 TEST(Panners, FollowEachControlUpAndDownAtEveryRate)
 {
 	for (double const rate : {44100.0, 48000.0, 96000.0})
 	{
 		for (Case const& test : kCases)
 		{
-			for (unsigned moved = 0; moved < test.mControls; ++moved)
+			for (unsigned moved = 0; moved < GetNumControls(test.mType); ++moved)
 			{
 				SCOPED_TRACE("type " + std::to_string(test.mType) + ", control " + std::to_string(moved) +
 							 " at " + std::to_string(rate));
 				Prefetcher prefetcher;
 				ScopedContext const context(4096, &prefetcher);
 				auto const frameRate = FrameRate::FromSamplesPerSecond(rate);
-				auto const controls = MakeControls(test, moved);
-				auto const panner = Make(context.Get(), frameRate, test, MakeParameters(controls, frameRate));
+				auto const controls = MakeControls(test.mType, moved);
+				auto const panner =
+					MakeAnyPanner(context, test.mType, MakeParameters(controls, frameRate), frameRate);
 				auto const expected = RunReference({test.mType, rate, kBlockFrames, controls, &GetInput});
 				auto const got = RunPanner(*panner,
 					{.mFrames = static_cast<unsigned>(expected[0].size()),
@@ -128,5 +102,4 @@ TEST(Panners, FollowEachControlUpAndDownAtEveryRate)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::PannerReferenceTest

@@ -1,25 +1,7 @@
-#include "Sonaro/ILiveAudioParameterOwner.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/Panning.h"
-#include "zorvaudiodsp/AudioBuffer.h"
-#include "zorvmediatypes/AudioChannelLayout.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <limits>
-#include <vector>
-
-namespace SN
+namespace SN::PannerStateTest
 {
-namespace
-{
-
-using namespace Testing;
-using Parameters = std::vector<InterfaceRef<IRenderableAudioComponentParam>>;
 
 FrameRate const k96000Hz = FrameRate::FromSamplesPerSecond(96000.0);
 
@@ -28,35 +10,12 @@ float One(unsigned long long, long long)
 	return 1.0f;
 }
 
-bool IsSurround(PanProcessorType inType)
-{
-	return inType == kPanMonoTo51 || inType == kPanStereoTo51;
-}
-
-// Panned all to the left, from the ordinary maker or, for the two adaptive ones, from the direct one.
+// All the way to the left, which is 0 of every control.
 InterfaceRef<IAudioPanProcessor> MakeLeft(
-	InterfaceRef<IAudioRenderContext> const& inContext, PanProcessorType inType, FrameRate const& inFrameRate)
+	Context const& inContext, PanProcessorType inType, FrameRate const& inFrameRate)
 {
-	InterfaceRef<IAudioPanProcessor> panner;
-	auto const factory = SonaroFactory::CreateClassRef();
-	auto const params = ConstantParameters(std::vector<float>(IsSurround(inType) ? 4 : 1, 0.0f));
-	if (inType == kPanMonoToAdaptive || inType == kPanStereoToAdaptive)
-	{
-		factory->CreateDirectAudioPanProcessorRenderer(
-			inContext, inFrameRate, inType, 2, {{0, {0, 1}}}, false, params, &panner);
-	}
-	else
-	{
-		factory->CreateAudioPanProcessorRenderer(inContext, inFrameRate, inType, false, params, &panner);
-	}
-	return panner;
-}
-
-PanRange RangeOf(IAudioPanProcessor& ioPanner, unsigned inFrames)
-{
-	return {.mFrames = inFrames,
-		.mInputs = ioPanner.GetNumInputChannels(),
-		.mOutputs = ioPanner.GetNumOutputChannels()};
+	auto const params = ConstantParameters(std::vector<float>(GetNumControls(inType), 0.0f));
+	return MakeAnyPanner(inContext, inType, params, inFrameRate);
 }
 
 constexpr PanProcessorType kRamping[] = {kPanMonoToStereo, kPanStereoToStereo, kPanMonoTo51, kPanStereoTo51,
@@ -71,7 +30,7 @@ TEST(Panners, RampFromFullLevelOverFiveMillisecondsOfTheirRate)
 		Prefetcher reverse;
 		reverse.mReverse = 1;
 		ScopedContext const context(4096, &reverse);
-		auto const panner = MakeLeft(context.Get(), type, k96000Hz);
+		auto const panner = MakeLeft(context, type, k96000Hz);
 		auto const expectRamp = [](IAudioPanProcessor& ioPanner, double inLength)
 		{
 			Samples const out = RunPanner(ioPanner, RangeOf(ioPanner, 600), BlocksOf(600), One);
@@ -93,7 +52,7 @@ TEST(Panners, AStartInSilenceRampsOn)
 	{
 		SCOPED_TRACE(type);
 		ScopedContext const context(4096);
-		auto const panner = MakeLeft(context.Get(), type, k48000Hz);
+		auto const panner = MakeLeft(context, type, k48000Hz);
 		Samples const out = RunPanner(*panner, RangeOf(*panner, 300), BlocksOf(300), One,
 			[](unsigned long long, long long inFrame) { return inFrame < 100; });
 		EXPECT_EQ(out[1][99], 0.0f);
@@ -104,23 +63,66 @@ TEST(Panners, AStartInSilenceRampsOn)
 	}
 }
 
+// Controls that move on their grid, silence on one side and on all, a start before time 0, and a filter that
+// neither hears nor forgets in silence.
+TEST(Panners, AnySplitEqualsWhole)
+{
+	for (PanProcessorType const type : {kPanMonoToStereo, kPanStereoToStereo, kPanStereoToMono, kPanMonoTo51,
+			 kPanStereoTo51, kPan51ToMono, kPan51ToStereo, kPanMonoToAdaptive, kPanStereoToAdaptive})
+	{
+		SCOPED_TRACE(type);
+		bool const isAdaptive = type == kPanMonoToAdaptive || type == kPanStereoToAdaptive;
+		auto const run = [&](BlockSizes const& inBlocks)
+		{
+			ScopedContext const context;
+			Parameters params;
+			for (unsigned control = 0; control < GetNumControls(type); ++control)
+			{
+				params.push_back(MakeObject<FakeParameter>(
+					[=](TickTime const& inTime) {
+						return static_cast<float>(
+							std::fmod(inTime.GetSeconds() * (130.0 + 20.0 * control) + 9.0, 1.0));
+					}));
+			}
+			auto const panner = isAdaptive ? MakeDirectPanner(context, type, 5, {{0, {0, 1, 3, 4}}}, params)
+										   : MakePanner(context, type, params);
+			PanRange range = RangeOf(*panner, 2400);
+			range.mStartFrame = -100;
+			range.mControlInterval = 300;
+			return RunPanner(*panner, range, inBlocks, PositionSample,
+				[](unsigned long long inChannel, long long inFrame)
+				{
+					bool const allSilent = inFrame > 1100 && inFrame < 1600;
+					return allSilent || (inChannel == 1 && inFrame > 200 && inFrame < 700);
+				});
+		};
+		Samples const whole = run(BlocksOf(2400));
+		for (unsigned seed = 1; seed <= 4; ++seed)
+		{
+			EXPECT_TRUE(Same(run(RandomBlocks(seed, 6 * seed * seed)), whole)) << seed;
+		}
+		EXPECT_TRUE(Same(run(BlocksOf(1)), whole));
+		EXPECT_TRUE(!isAdaptive || whole[4] == whole[0]) << "one ramp a side";
+	}
+}
+
 TEST(Panners, SilenceInIsSilenceOut)
 {
 	ScopedContext const context;
 	Parameters const four = ConstantParameters({0.2f, 0.3f, 0.4f, 0.5f});
 	Parameters const one = ConstantParameters({0.2f});
 	InterfaceRef<IAudioPanProcessor> any;
-	SonaroFactory::CreateClassRef()->CreateDefaultMultiChannelAudioPanProcessorRenderer(context.Get(),
-		k48000Hz, {}, false, one, zorvmediatypes::CreateMultichannelLayout(3),
-		zorvmediatypes::CreateMultichannelLayout(5), &any);
-	InterfaceRef<IAudioPanProcessor> const panners[] = {MakePanner(context.Get(), kPanMonoToStereo, one),
-		MakePanner(context.Get(), kPanStereoToStereo, one), MakePanner(context.Get(), kPanStereoToMono),
-		MakePanner(context.Get(), kPanMonoTo51, four), MakePanner(context.Get(), kPanStereoTo51, four),
-		MakePanner(context.Get(), kPan51ToMono), MakePanner(context.Get(), kPan51ToStereo),
-		MakePanner(context.Get(), kPanChannelMapMono), MakePanner(context.Get(), kPanChannelMap51),
-		MakeDirectPanner(context.Get(), kPanMonoToAdaptive, 3, {{0, {0}}}, one),
-		MakeDirectPanner(context.Get(), kPanMonoTo51, 6, {{0, {0}}}, four),
-		MakeDirectPanner(context.Get(), kPan51ToAdaptive, 3, {{0, {0}}}), any};
+	SonaroFactory::CreateClassRef()->CreateDefaultMultiChannelAudioPanProcessorRenderer(context, k48000Hz, {},
+		false, one, zorvmediatypes::CreateMultichannelLayout(3), zorvmediatypes::CreateMultichannelLayout(5),
+		&any);
+	InterfaceRef<IAudioPanProcessor> const panners[] = {MakePanner(context, kPanMonoToStereo, one),
+		MakePanner(context, kPanStereoToStereo, one), MakePanner(context, kPanStereoToMono),
+		MakePanner(context, kPanMonoTo51, four), MakePanner(context, kPanStereoTo51, four),
+		MakePanner(context, kPan51ToMono), MakePanner(context, kPan51ToStereo),
+		MakePanner(context, kPanChannelMapMono), MakePanner(context, kPanChannelMap51),
+		MakeDirectPanner(context, kPanMonoToAdaptive, 3, {{0, {0}}}, one),
+		MakeDirectPanner(context, kPanMonoTo51, 6, {{0, {0}}}, four),
+		MakeDirectPanner(context, kPan51ToAdaptive, 3, {{0, {0}}}), any};
 	for (auto const& panner : panners)
 	{
 		SCOPED_TRACE(panner->GetNumInputChannels() * 100 + panner->GetNumOutputChannels());
@@ -137,8 +139,8 @@ TEST(Panners, APanThatIsNoNumberIsHeardAndLeftAgain)
 {
 	Prefetcher prefetcher;
 	ScopedContext const context(4096, &prefetcher);
-	auto const pan = zorvcore::classref::MakeObject<FakeParameter>(std::numeric_limits<float>::quiet_NaN());
-	auto const panner = MakePanner(context.Get(), kPanMonoToStereo, {pan});
+	auto const pan = MakeObject<FakeParameter>(std::numeric_limits<float>::quiet_NaN());
+	auto const panner = MakePanner(context, kPanMonoToStereo, {pan});
 	EXPECT_TRUE(std::isnan(GetGainsAt(*panner, {.mFrames = 4})[0]));
 	pan->mValueAt = [](TickTime const&) { return 1.0f; };
 	EXPECT_EQ(GetGainsAt(*panner, {.mStartFrame = 100, .mFrames = 4})[1], 1.0f);
@@ -151,20 +153,13 @@ TEST(Panners, AMissingControlStandsAtZero)
 	for (PanProcessorType const type : {kPanMonoToStereo, kPanStereoToStereo})
 	{
 		SCOPED_TRACE(type);
-		auto const panner = MakePanner(context.Get(), type, {InterfaceRef<IRenderableAudioComponentParam>()});
+		auto const panner = MakePanner(context, type, {InterfaceRef<IRenderableAudioComponentParam>()});
 		panner->Preroll(kTimeZero, false);
 		EXPECT_FALSE(panner->DoesNotAlterAudio());
 		Samples const out = RunPanner(*panner, RangeOf(*panner, 4), BlocksOf(4), One);
 		EXPECT_EQ(out[0][3], 1.0f);
 		EXPECT_EQ(out[1][3], 0.0f);
 	}
-}
-
-// One step of arithmetic, rounded apart.
-float Rounded(float inValue)
-{
-	float volatile const rounded = inValue;
-	return rounded;
 }
 
 TEST(SurroundPanner, TheFilterRoundsEveryStepToSinglePrecision)
@@ -175,15 +170,13 @@ TEST(SurroundPanner, TheFilterRoundsEveryStepToSinglePrecision)
 		SCOPED_TRACE(rate);
 		auto const w = static_cast<float>((120.0 / rate + 120.0 / rate) * static_cast<double>(kPi));
 		auto const alpha = static_cast<float>(std::sin(static_cast<double>(w)) * 0.70710678118654752440);
-		float const a2 = Rounded(1.0f - alpha) / Rounded(alpha + 1.0f);
+		float const a2 = (1.0f - alpha) / (alpha + 1.0f);
 		auto const a1 =
 			static_cast<float>((static_cast<double>(a2) + 1.0) * std::cos(static_cast<double>(w)));
-		float const b = Rounded(Rounded(Rounded(a2 + 1.0f) - a1) * 0.25f);
+		float const b = (a2 + 1.0f - a1) * 0.25f;
 		ScopedContext const context(4096);
-		InterfaceRef<IAudioPanProcessor> panner;
-		SonaroFactory::CreateClassRef()->CreateAudioPanProcessorRenderer(context.Get(),
-			FrameRate::FromSamplesPerSecond(rate), kPanMonoTo51, false,
-			ConstantParameters({0.0f, 0.0f, 0.0f, 1.0f}), &panner);
+		auto const panner = MakeAnyPanner(context, kPanMonoTo51, ConstantParameters({0.0f, 0.0f, 0.0f, 1.0f}),
+			FrameRate::FromSamplesPerSecond(rate));
 		// At another rate than the clone's: its coefficients are those of the first one.
 		auto const clone = panner->Clone(k48000Hz, 16);
 		for (auto const& one : {panner, clone})
@@ -196,8 +189,8 @@ TEST(SurroundPanner, TheFilterRoundsEveryStepToSinglePrecision)
 			for (unsigned i = 0; i < 500; ++i)
 			{
 				float const s = PositionSample(0, i);
-				float const feed = Rounded(Rounded(Rounded(Rounded(2.0f * x1) + s) + x2) * b);
-				float const y = Rounded(Rounded(feed + Rounded(y1 * a1)) - Rounded(a2 * y2));
+				// In this order, and nothing is contracted.
+				float const y = (2.0f * x1 + s + x2) * b + y1 * a1 - a2 * y2;
 				ASSERT_EQ(out[3][i], y) << i;
 				x2 = x1;
 				x1 = s;
@@ -223,19 +216,16 @@ TEST(Panners, AndFadersAndSendsHandTheirFlagsToTheirControls)
 				RenderQuality::kMedium, &context);
 			InterfaceRef<IAudioPanProcessor> stereo;
 			InterfaceRef<IAudioPanProcessor> any;
-			InterfaceRef<IAudioProcessor> fader;
-			InterfaceRef<IAudioProcessor> send;
-			auto const pan = zorvcore::classref::MakeObject<FakeParameter>(0.5f);
-			auto const gain = zorvcore::classref::MakeObject<FakeParameter>(0.5f);
-			auto const level = zorvcore::classref::MakeObject<FakeParameter>(0.5f);
+			auto const pan = MakeObject<FakeParameter>(0.5f);
+			auto const gain = MakeObject<FakeParameter>(0.5f);
+			auto const level = MakeObject<FakeParameter>(0.5f);
 			pan->mIsPending = true;
 			factory->CreateAudioPanProcessorRenderer(
 				context, k48000Hz, kPanMonoToStereo, isPanner, {pan}, &stereo);
 			factory->CreateDefaultMultiChannelAudioPanProcessorRenderer(context, k48000Hz, {}, isPanner,
 				{pan}, VX::kAudioChannelLayout_Mono, VX::kAudioChannelLayout_Mono, &any);
-			factory->CreateAudioFaderRenderer(context, k48000Hz, {gain}, &fader);
-			factory->CreateAudioSendRenderer(
-				context, k48000Hz, {}, {level}, MakePanner(context, kPanNoneMono), &send);
+			MakeFader(context, {gain});
+			MakeSend(context, {}, {level}, MakePanner(context, kPanNoneMono));
 			auto const init = [](bool inFlag) { return inFlag ? "init 16 5292000 flag" : "init 16 5292000"; };
 			EXPECT_EQ(*pan->mLog, (FakeParameter::Log{init(isPanner), init(isPanner)}));
 			EXPECT_EQ(*gain->mLog, FakeParameter::Log{init(!isPanner)});
@@ -252,5 +242,4 @@ TEST(Panners, AndFadersAndSendsHandTheirFlagsToTheirControls)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::PannerStateTest

@@ -1,25 +1,9 @@
 #include "PannerReference.h"
 
-#include "Sonaro/ILiveAudioParameterOwner.h"
-#include "Sonaro/IParameterOwnerMixin.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/Panning.h"
+#include "Support/Engine.h"
 
-#include "zorvaudiodsp/AudioBuffer.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-#include <vector>
-
-namespace SN
+namespace SN::StereoPannerTest
 {
-namespace
-{
-
-using namespace Testing;
 
 // Two units in the last place of full scale.
 constexpr double kTwoUnits = 2.4e-7;
@@ -29,84 +13,13 @@ float One(unsigned long long, long long)
 	return 1.0f;
 }
 
-TEST(StereoPanner, StandsAtTheGainsOfItsLawFromTheFirstBlockOn)
-{
-	for (int step = 0; step <= 64; ++step)
-	{
-		double const pan = step / 64.0;
-		SCOPED_TRACE(pan);
-		ScopedContext const context;
-		auto const params = ConstantParameters({static_cast<float>(pan)});
-		auto const mono = MakePanner(context.Get(), kPanMonoToStereo, params);
-		auto const stereo = MakePanner(context.Get(), kPanStereoToStereo, params);
-		auto const monoGains = GetGainsAt(*mono, {.mFrames = 4});
-		auto const stereoGains = GetGainsAt(*stereo, {.mFrames = 4, .mInputs = 2});
-		for (unsigned side = 0; side < 2; ++side)
-		{
-			EXPECT_NEAR(static_cast<double>(monoGains[side]), GetEqualPowerReference(pan)[side], kTwoUnits);
-			EXPECT_NEAR(
-				static_cast<double>(stereoGains[side]), GetSideKeepingReference(pan)[side], kTwoUnits);
-		}
-		EXPECT_FALSE(mono->DoesNotAlterAudio());
-		EXPECT_EQ(stereo->DoesNotAlterAudio(), step == 32);
-	}
-	ScopedContext const context;
-	auto const mono = MakePanner(context.Get(), kPanStereoToMono);
-	EXPECT_EQ(GetGainsAt(*mono, {.mFrames = 4, .mInputs = 2, .mOutputs = 1}, 0b10)[0], 0.5f);
-}
-
-TEST(StereoPanner, SidesDoNotCross)
-{
-	ScopedContext const context;
-	auto const panner = MakePanner(context.Get(), kPanStereoToStereo, ConstantParameters({0.25f}));
-	Samples const out = RunPanner(*panner, {.mFrames = 8, .mInputs = 2}, BlocksOf(3),
-		[](unsigned long long inChannel, long long inFrame)
-		{ return static_cast<float>(inFrame) + 100.0f * static_cast<float>(inChannel); });
-	EXPECT_EQ(out[0][5], 5.0f);
-	EXPECT_NEAR(static_cast<double>(out[1][5]), 105.0 * std::sqrt(0.5), 1e-4);
-}
-
-// A pan that changes on the control grid, silence on one side and on both, and a start before time 0.
-TEST(StereoPanner, AnySplitEqualsWhole)
-{
-	for (PanProcessorType const type : {kPanMonoToStereo, kPanStereoToStereo, kPanStereoToMono})
-	{
-		PanRange range{.mStartFrame = -100, .mFrames = 1500, .mControlInterval = 250};
-		range.mInputs = type == kPanMonoToStereo ? 1 : 2;
-		range.mOutputs = type == kPanStereoToMono ? 1 : 2;
-		auto const run = [&](BlockSizes const& inBlocks)
-		{
-			ScopedContext const context;
-			std::vector<InterfaceRef<IRenderableAudioComponentParam>> params;
-			if (type != kPanStereoToMono)
-			{
-				params.push_back(zorvcore::classref::MakeObject<FakeParameter>([](TickTime const& inTime)
-					{ return static_cast<float>(std::fmod(inTime.GetSeconds() * 700.0 + 9.0, 1.0)); }));
-			}
-			auto const panner = MakePanner(context.Get(), type, params);
-			return RunPanner(*panner, range, inBlocks, PositionSample,
-				[](unsigned long long inChannel, long long inFrame)
-				{
-					bool const bothSilent = inFrame > 600 && inFrame < 900;
-					return bothSilent || (inChannel == 1 && inFrame > 100 && inFrame < 400);
-				});
-		};
-		Samples const whole = run(BlocksOf(range.mFrames));
-		for (unsigned seed = 1; seed <= 4; ++seed)
-		{
-			EXPECT_EQ(DescribeDifference(run(RandomBlocks(seed, 5 * seed * seed)), whole), "") << type;
-		}
-		EXPECT_EQ(DescribeDifference(run(BlocksOf(1)), whole), "") << type;
-	}
-}
-
 // What is heard from frame 1000 on, or so much later, when the pan is moved from left to right there. The
 // prefetcher makes it a playback, which hears the edit.
 Samples MoveToTheRight(Prefetcher* ioPrefetcher, long long inJump, bool inIsSilentThere)
 {
 	ScopedContext const context(4096, ioPrefetcher);
-	auto const pan = zorvcore::classref::MakeObject<FakeParameter>(0.0f);
-	auto const panner = MakePanner(context.Get(), kPanStereoToStereo, {pan});
+	auto const pan = MakeObject<FakeParameter>(0.0f);
+	auto const panner = MakePanner(context, kPanStereoToStereo, {pan});
 	RunPanner(*panner, {.mFrames = 1000, .mInputs = 2}, BlocksOf(1000), One);
 	pan->mValueAt = [](TickTime const&) { return 1.0f; };
 	return RunPanner(*panner, {.mStartFrame = 1000 + inJump, .mFrames = 1000, .mInputs = 2}, BlocksOf(250),
@@ -119,14 +32,6 @@ TEST(StereoPanner, GainsRampExceptOverAJump)
 	Prefetcher reverse;
 	reverse.mReverse = 1;
 
-	// 5 ms at 48 kHz, then 15 ms since the first block was a jump.
-	Samples const ramped = MoveToTheRight(&forward, 0, false);
-	for (unsigned i = 0; i < 1000; ++i)
-	{
-		double const done = std::min(1.0, i / 720.0);
-		ASSERT_NEAR(static_cast<double>(ramped[0][i]), 1.0 - done, 1e-6) << i;
-		ASSERT_NEAR(static_cast<double>(ramped[1][i]), done, 1e-6) << i;
-	}
 	Samples const jumped = MoveToTheRight(&forward, 1, false);
 	EXPECT_EQ(jumped[0][0], jumped[0][999]);
 	EXPECT_EQ(jumped[1][0], 1.0f);
@@ -162,9 +67,9 @@ TEST(StereoPanner, AnIdentityIsAPromiseForTheWholeRun)
 	{
 		SCOPED_TRACE(test.mName);
 		ScopedContext const context;
-		auto const pan = zorvcore::classref::MakeObject<FakeParameter>(test.mPan);
+		auto const pan = MakeObject<FakeParameter>(test.mPan);
 		pan->mIsEmpty = !test.mHasKeyframes;
-		auto const panner = MakePanner(context.Get(), test.mType, {pan});
+		auto const panner = MakePanner(context, test.mType, {pan});
 		EXPECT_FALSE(panner->DoesNotAlterAudio()) << "nothing has been sampled";
 		panner->Preroll(kTimeZero, false);
 		EXPECT_EQ(panner->DoesNotAlterAudio(), test.mIsIdentity);
@@ -173,7 +78,7 @@ TEST(StereoPanner, AnIdentityIsAPromiseForTheWholeRun)
 		EXPECT_EQ(clone->DoesNotAlterAudio(), test.mIsIdentity);
 	}
 	ScopedContext const context;
-	EXPECT_FALSE(MakePanner(context.Get(), kPanBalanceWithIdentity)->DoesNotAlterAudio());
+	EXPECT_FALSE(MakePanner(context, kPanBalanceWithIdentity)->DoesNotAlterAudio());
 }
 
 TEST(StereoPanner, AClonePlaysFromItsOwnStateUnderTheSameControls)
@@ -184,29 +89,24 @@ TEST(StereoPanner, AClonePlaysFromItsOwnStateUnderTheSameControls)
 		SCOPED_TRACE(type);
 		Prefetcher prefetcher;
 		ScopedContext const context(4096, &prefetcher);
-		auto const x = zorvcore::classref::MakeObject<FakeParameter>(0.2f);
-		std::vector<InterfaceRef<IRenderableAudioComponentParam>> params{x};
-		if (type == kPanMonoTo51 || type == kPanStereoTo51)
-		{
-			auto const others = ConstantParameters({0.3f, 0.4f, 0.9f});
-			params.insert(params.end(), others.begin(), others.end());
-		}
-		auto const panner = MakePanner(context.Get(), type, params);
-		PanRange range{.mFrames = 500};
-		range.mInputs = panner->GetNumInputChannels();
-		range.mOutputs = panner->GetNumOutputChannels();
+		auto const x = MakeObject<FakeParameter>(0.2f);
+		Parameters params = ConstantParameters({0.3f, 0.3f, 0.4f, 0.9f});
+		params[0] = x;
+		params.resize(GetNumControls(type));
+		auto const panner = MakePanner(context, type, params);
+		PanRange range = RangeOf(*panner, 500);
 		auto const clone = panner->Clone(k48000Hz, 16);
 		Samples const first = RunPanner(*panner, range, BlocksOf(100), PositionSample);
-		EXPECT_EQ(DescribeDifference(RunPanner(*clone, range, BlocksOf(70), PositionSample), first), "");
+		EXPECT_TRUE(Same(RunPanner(*clone, range, BlocksOf(70), PositionSample), first));
 		auto const late = panner->Clone(k48000Hz, 16);
-		EXPECT_EQ(DescribeDifference(RunPanner(*late, range, BlocksOf(7), PositionSample), first), "")
+		EXPECT_TRUE(Same(RunPanner(*late, range, BlocksOf(7), PositionSample), first))
 			<< "what the first has heard is not in the clone";
 
 		// The control is shared, and no ramp is: the clone's goes on while the first one is edited.
 		x->mValueAt = [](TickTime const&) { return 0.9f; };
 		range.mStartFrame = 500;
 		Samples const edited = RunPanner(*clone, range, BlocksOf(50), PositionSample);
-		EXPECT_EQ(DescribeDifference(RunPanner(*panner, range, BlocksOf(500), PositionSample), edited), "");
+		EXPECT_TRUE(Same(RunPanner(*panner, range, BlocksOf(500), PositionSample), edited));
 		EXPECT_EQ(InterfaceRef<ILiveAudioParameterOwner>(clone).IsValid(), type != kPanStereoToMono);
 	}
 }
@@ -297,17 +197,9 @@ TEST(AudioPannerBalance, ScalesTheSideThatIsPannedAwayFrom)
 		SCOPED_TRACE(test.mName);
 		ScopedContext const context;
 		auto const panner =
-			MakePanner(context.Get(), kPanBalance, ConstantParameters({static_cast<float>(test.mPan)}));
-		dsp::AudioBuffer input(test.mInputs, 9);
-		dsp::AudioBuffer output(test.mOutputs, 9);
-		for (unsigned channel = 0; channel < test.mInputs; ++channel)
-		{
-			std::fill_n(input.GetChannel(channel), 9, 1.0f);
-		}
-		for (unsigned channel = 0; channel < test.mOutputs; ++channel)
-		{
-			std::fill_n(output.GetChannel(channel), 9, -1.0f);
-		}
+			MakePanner(context, kPanBalance, ConstantParameters({static_cast<float>(test.mPan)}));
+		auto input = MakeBuffer(test.mInputs, 9, 1.0f);
+		auto output = MakeBuffer(test.mOutputs, 9, -1.0f);
 		panner->Preroll(kTimeZero, false);
 		panner->ProcessAudioData(input, output, kTimeZero);
 		auto expected = test.mGains;
@@ -317,9 +209,8 @@ TEST(AudioPannerBalance, ScalesTheSideThatIsPannedAwayFrom)
 		}
 		for (unsigned channel = 0; channel < test.mOutputs; ++channel)
 		{
-			double const got =
-				output.IsChannelSilent(channel) ? 0.0 : static_cast<double>(output.GetChannel(channel)[8]);
-			EXPECT_NEAR(got, expected[channel], kTwoUnits) << channel;
+			EXPECT_NEAR(static_cast<double>(Heard(output, channel)[8]), expected[channel], kTwoUnits)
+				<< channel;
 		}
 		input.Zero();
 		panner->ProcessAudioData(input, output, kTimeZero);
@@ -327,5 +218,4 @@ TEST(AudioPannerBalance, ScalesTheSideThatIsPannedAwayFrom)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::StereoPannerTest

@@ -2,35 +2,18 @@
 
 #include "Prefetch/AudioPrefetchModule.h"
 #include "Prefetch/AudioPrefetchQueueFailure.h"
-#include "Support/Answers.h"
 #include "Support/AssertCapture.h"
+#include "Support/Engine.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 #include "zorvcore/debug/DebugMonitor.h"
 #include "zorvcore/threads/Gate.h"
 #include "zorvcore/utility/HighPrecisionTime.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <map>
-#include <mutex>
 #include <sstream>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
-namespace SN::AudioPrefetch
-{
-namespace
+namespace SN::AudioPrefetch::AudioPrefetchQueueTest
 {
 
-using zorvcore::classref::MakeObject;
 using zorvcore::debug::DebugDatabase;
 using zorvcore::threads::Gate;
 using zorvcore::utility::HighPrecisionTime::GetCurrentTimeStamp;
@@ -42,7 +25,7 @@ constexpr char16_t const* kIdleText =
 constexpr char const* kThresholdKey = "Sonaro.Prefetch.DiskOverloadThreshold";
 constexpr char const* kDelayKey = "Sonaro.Prefetch.RequestProcessingDelay";
 
-// What happened, in words with a blank behind each.
+// What happened, in words with a blank after each.
 class Log
 {
 public:
@@ -240,7 +223,7 @@ TEST_F(AudioPrefetchQueueTest, WorkQueuedDuringARunIsDoneInItsOrder)
 	EXPECT_EQ(Run(), "busy rest p +p late +late w +w ");
 }
 
-TEST_F(AudioPrefetchQueueTest, ACancelEndsABatchBehindTheRequestAtHand)
+TEST_F(AudioPrefetchQueueTest, ACancelEndsABatchAfterTheRequestAtHand)
 {
 	auto const cancels = MakeSource(
 		[&]
@@ -261,12 +244,12 @@ TEST_F(AudioPrefetchQueueTest, ACancelEndsABatchBehindTheRequestAtHand)
 
 TEST_F(AudioPrefetchQueueTest, ARequestReachesItsSourceOrIsSkipped)
 {
-	auto const tell = [&](std::string const& inWord, TickTime inTime, unsigned inNumSamples)
+	auto const note = [&](std::string const& inWord, TickTime inTime, unsigned inNumSamples)
 	{ mLog.Add(inWord + " " + std::to_string(inTime.GetTicks()) + " " + std::to_string(inNumSamples)); };
 	TestSource::Read const read = [&](unsigned long long inTimeStamp, TickTime inTime, unsigned inNumSamples)
-	{ tell("read " + std::to_string(inTimeStamp), inTime, inNumSamples); };
+	{ note("read " + std::to_string(inTimeStamp), inTime, inNumSamples); };
 	TestSource::Prepare const prepare = [&](TickTime inTime, unsigned inNumSamples)
-	{ tell("prepare", inTime, inNumSamples); };
+	{ note("prepare", inTime, inNumSamples); };
 	auto const reads = MakeObject<TestSource>(read);
 	auto const prepares = MakeObject<TestSource>(read, prepare);
 	TickTime const time = TickTime::FromTicks(-5);
@@ -342,6 +325,49 @@ TEST_F(AudioPrefetchLoadTest, TheStampOfAnAbandonedBatchDecidesOnTheNext)
 	EXPECT_FALSE(mQueue->WasPrefetchBehind());
 }
 
+// A slow disk shows in the age of the batches alone, so that stamps from the past stand for it: beside an interval
+// of an hour, what the machine itself takes is nothing.
+TEST_F(AudioPrefetchLoadTest, ABatchIsGivenUpAfterOneThatEndedMuchTooLate)
+{
+	struct Case
+	{
+		char const* mName;
+		double mIntervalsLate;
+		bool mIsRead;
+		bool mIsBehind;
+	};
+	Case const cases[] = {
+		{"half an interval late", 0.5, true, false},
+		{"half an interval late again", 0.5, true, false},
+		{"two intervals late: what was begun is read to its end", 2, true, true},
+		{"given up, which counts as behind", 0, false, true},
+		{"read again, since that one was quick to give up", 0, true, false},
+		{"just within the threshold", 1.09, true, false},
+		{"beyond the threshold, but not behind", 1.12, true, false},
+		{"given up after that one", 0, false, true},
+		// From here on a disk that takes an interval for each of four batches that were wanted at once.
+		{"first of a backlog", 1, true, false},
+		{"second of a backlog", 2, true, true},
+		{"third of a backlog", 2, false, true},
+		{"fourth of a backlog", 2, false, true},
+		{"given up after the backlog", 0, false, true},
+		{"in time", 0, true, false},
+	};
+	constexpr double kIntervalNanos = 3600e9;
+	mQueue->NotifyPrefetchIntervalChanged(TickTime::FromSeconds(kIntervalNanos * 1e-9));
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		auto const age = static_cast<unsigned long long>(
+			test.mIntervalsLate * kIntervalNanos /
+			static_cast<double>(zorvcore::utility::HighPrecisionTime::ConvertToNanos(1)));
+		Queue(PlaybackPriority, "x", GetCurrentTimeStamp() - age);
+		EXPECT_EQ(Run(), test.mIsRead ? "x +x " : "-x ");
+		EXPECT_EQ(mQueue->WasPrefetchBehind(), test.mIsBehind);
+		EXPECT_FALSE(mQueue->WasPrefetchBehind()) << "reported once";
+	}
+}
+
 TEST_F(AudioPrefetchLoadTest, ResetAndTheEndOfACancelForgetTheLoad)
 {
 	Overload();
@@ -412,7 +438,7 @@ TEST_F(AudioPrefetchQueueTest, WhatThrowsKeepsNothingElseFromBeingServed)
 	}
 }
 
-TEST_F(AudioPrefetchQueueTest, ShutdownTellsEveryBatchOnThePrefetchThread)
+TEST_F(AudioPrefetchQueueTest, ShutdownNotifiesEveryBatchOnThePrefetchThread)
 {
 	Queue(WaveformPriority, "a");
 	Queue(PlaybackPriority, "b");
@@ -441,15 +467,15 @@ TEST_F(AudioPrefetchQueueTest, NeedsAnExecutor)
 	}
 }
 
-TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsToldOnce)
+TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsNotifiedOnce)
 {
-	constexpr std::size_t kThreads = 4;
+	constexpr unsigned kThreads = 4;
 	constexpr std::size_t kBatches = 500;
-	std::vector<std::atomic<int>> told(kThreads * kBatches);
+	std::vector<std::atomic<int>> notified(kThreads * kBatches);
 	std::atomic<int> abandoned = 0;
 	std::atomic<int> reads = 0;
 	auto const source = MakeSource([&] { ++reads; });
-	auto const race = [&](std::size_t inThread)
+	auto const race = [&](unsigned inThread)
 	{
 		for (std::size_t i = 0; i < kBatches; ++i)
 		{
@@ -457,7 +483,7 @@ TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsToldOnce)
 			auto const notify = MakeObject<Notify>(
 				[&, index = inThread * kBatches + i](int inResult)
 				{
-					++told[index];
+					++notified[index];
 					abandoned += inResult == kSuccess ? 0 : 1;
 				});
 			mQueue->QueuePrefetchRequests(priority, {{0, source, {}, 1}}, 0, notify);
@@ -469,37 +495,29 @@ TEST_F(AudioPrefetchQueueTest, EveryBatchOfRacingThreadsIsToldOnce)
 		}
 	};
 	mExecutor->Resume();
-	std::vector<std::thread> threads;
-	threads.reserve(kThreads);
-	for (std::size_t i = 0; i < kThreads; ++i)
-	{
-		threads.emplace_back(race, i);
-	}
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
+	Testing::RunOnThreads(kThreads, race);
 	mQueue->Shutdown();
-	EXPECT_TRUE(std::all_of(told.begin(), told.end(), [](auto const& inCount) { return inCount == 1; }));
+	EXPECT_TRUE(
+		std::all_of(notified.begin(), notified.end(), [](auto const& inCount) { return inCount == 1; }));
 	EXPECT_EQ(static_cast<std::size_t>(reads + abandoned), kThreads * kBatches);
 	EXPECT_EQ(zorvcore::debug::GetDebugMonitorText(kMonitorName), kIdleText);
 }
 
-TEST_F(AudioPrefetchQueueTest, WhatIsTakenWhileItShutsDownIsToldOnceAndTheRestRefused)
+TEST_F(AudioPrefetchQueueTest, WhatIsTakenWhileItShutsDownIsNotifiedOnceAndTheRestRefused)
 {
 	constexpr int kRounds = 300;
 	for (int round = 0; round < kRounds; ++round)
 	{
 		auto const queue = AudioPrefetchQueue::Create();
 		std::atomic<int> taken = 0;
-		std::atomic<int> told = 0;
+		std::atomic<int> notified = 0;
 		// Asks for more at each notification, as a player does.
 		std::function<bool()> ask = [&]
 		{
 			auto const notify = MakeObject<Notify>(
 				[&](int)
 				{
-					++told;
+					++notified;
 					ask();
 				});
 			bool const isTaken = queue->QueuePrefetchRequests(PlaybackPriority, {}, 0, notify);
@@ -515,7 +533,7 @@ TEST_F(AudioPrefetchQueueTest, WhatIsTakenWhileItShutsDownIsToldOnceAndTheRestRe
 			});
 		queue->Shutdown();
 		caller.join();
-		ASSERT_EQ(told, taken) << "round " << round;
+		ASSERT_EQ(notified, taken) << "round " << round;
 		ASSERT_FALSE(ask());
 		ASSERT_FALSE(queue->CancelAllPendingPrefetchRequests(PlaybackPriority));
 	}
@@ -535,14 +553,14 @@ TEST_F(AudioPrefetchQueueTest, TheMonitorOutlivesTheEndOfAFormerQueueAndAFailedC
 // The service of the process, which the engine's module has started.
 TEST(AudioPrefetch, StartsAndStopsAThousandTimesWithWorkWaiting)
 {
-	std::atomic<int> told = 0;
-	auto const notify = MakeObject<Notify>([&](int) { ++told; });
+	std::atomic<int> notified = 0;
+	auto const notify = MakeObject<Notify>([&](int) { ++notified; });
 	for (int i = 0; i < 1000; ++i)
 	{
 		PrefetchAudio(WaveformPriority, {}, GetCurrentTimeStamp(), notify);
 		Startup();
 		Shutdown();
-		ASSERT_EQ(told, i + 1);
+		ASSERT_EQ(notified, i + 1);
 		Shutdown();
 		Startup();
 	}
@@ -563,5 +581,4 @@ TEST(AudioPrefetch, RunsWhileTheModuleDoes)
 	CancelAllPendingPrefetchRequests(PlaybackPriority);
 }
 
-} // namespace
-} // namespace SN::AudioPrefetch
+} // namespace SN::AudioPrefetch::AudioPrefetchQueueTest

@@ -1,14 +1,9 @@
 #include "Prefetch/DiskLoad.h"
 
+#include "Support/Engine.h"
 #include "zorvcore/utility/HighPrecisionTime.h"
 
-#include <gtest/gtest.h>
-
-#include <limits>
-
-namespace SN::AudioPrefetch
-{
-namespace
+namespace SN::AudioPrefetch::DiskLoadTest
 {
 
 namespace Clock = zorvcore::utility::HighPrecisionTime;
@@ -30,7 +25,7 @@ TEST(DiskLoad, TimesBecomeWholeNanosecondsWithoutOverflow)
 		{"a microsecond", TickTime::FromTicks(254016), 1000},
 		{"a tick", TickTime::FromTicks(1), 0},
 		{"the last tick before a nanosecond", TickTime::FromTicks(254), 0},
-		{"the first tick behind it", TickTime::FromTicks(255), 1},
+		{"the first tick after it", TickTime::FromTicks(255), 1},
 		{"negative, towards 0", TickTime::FromTicks(-509), -2},
 		{"a sample at 44100 Hz", TickTime::FromTicks(5760000), 22675},
 		{"the longest time line", kTimeMax, 360000000000000},
@@ -90,5 +85,4 @@ TEST(DiskLoad, AnIntervalOf0StandsForTwoSeconds)
 	EXPECT_FALSE(load.TakeBehind());
 }
 
-} // namespace
-} // namespace SN::AudioPrefetch
+} // namespace SN::AudioPrefetch::DiskLoadTest

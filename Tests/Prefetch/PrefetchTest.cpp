@@ -1,16 +1,7 @@
-#include "Sonaro/PrefetchRange.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Support/Fakes.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-namespace SN
+namespace SN::PrefetchTest
 {
-namespace
-{
-
-using namespace Testing;
-using zorvcore::classref::MakeObject;
 
 TickTime Seconds(double inSeconds)
 {
@@ -112,5 +103,4 @@ TEST(PrefetchRequestAccumulator, AFullListOfFixedCapacityDropsForGood)
 	EXPECT_EQ(synchronous.size(), 1u);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::PrefetchTest

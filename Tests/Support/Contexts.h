@@ -21,7 +21,16 @@ public:
 	ScopedContext(ScopedContext const&) = delete;
 	ScopedContext& operator=(ScopedContext const&) = delete;
 
+	// Goes so many nesting levels down, and stays there.
+	void Nest(unsigned inLevels = 1) const
+	{
+		for (unsigned level = 0; level < inLevels; ++level)
+		{
+			mContext->PushNestingLevel();
+		}
+	}
 	InterfaceRef<IAudioRenderContext> const& Get() const { return mContext; }
+	operator InterfaceRef<IAudioRenderContext> const&() const { return mContext; }
 	IAudioRenderContext* operator->() const { return mContext.Get(); }
 
 private:

@@ -36,7 +36,7 @@ float PositionSample(unsigned long long inChannel, long long inFrame)
 }
 
 void FillFrom(SampleFunction const& inFunction, unsigned inChannels, TickTime const& inTime,
-	FrameRate const& inFrameRate, dsp::AudioBuffer& outBuffer)
+	FrameRate const& inFrameRate, dsp::AudioBuffer& outBuffer, bool inReverse)
 {
 	long long const first = inTime.ToFrame64(inFrameRate);
 	for (unsigned long long channel = 0; channel < outBuffer.GetNumChannels(); ++channel)
@@ -53,6 +53,10 @@ void FillFrom(SampleFunction const& inFunction, unsigned inChannels, TickTime co
 		}
 		outBuffer.NoteChannelWrite(channel, outBuffer.GetUseSize());
 	}
+	if (inReverse)
+	{
+		outBuffer.Reverse();
+	}
 }
 
 std::ostream& operator<<(std::ostream& ioStream, Call const& inCall)
@@ -63,7 +67,7 @@ std::ostream& operator<<(std::ostream& ioStream, Call const& inCall)
 
 InterfaceRef<IAudioGenerator> FakeGenerator::Clone()
 {
-	mCalls.push_back({"Clone", {}, 0, false});
+	Record({"Clone", {}, 0, false});
 	auto const clone = zorvcore::classref::MakeObject<FakeGenerator>(mNumChannels, mFunction, mFrameRate);
 	clone->mDelay = mDelay;
 	clone->mHasHistory = mHasHistory;
@@ -72,31 +76,35 @@ InterfaceRef<IAudioGenerator> FakeGenerator::Clone()
 
 void FakeGenerator::Preroll(TickTime const& inStartTime, bool inReverse)
 {
-	mCalls.push_back({"Preroll", inStartTime, 0, inReverse});
+	Record({"Preroll", inStartTime, 0, inReverse});
 }
 
 void FakeGenerator::FillInitialDelay(
 	TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
 {
-	mCalls.push_back({inForceCompletion ? "FillInitialDelay, forced" : "FillInitialDelay", inStartTime,
+	Record({inForceCompletion ? "FillInitialDelay, forced" : "FillInitialDelay", inStartTime,
 		inDelayTime.GetTicks(), inReverse});
 }
 
 void FakeGenerator::AccumulatePrefetchRequests(
 	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator&)
 {
-	mCalls.push_back({"Prefetch " + std::to_string(inType), inRange.mStart,
-		(inRange.mEnd - inRange.mStart).GetTicks(), false});
+	Record({"Prefetch " + std::to_string(inType), inRange.mStart, (inRange.mEnd - inRange.mStart).GetTicks(),
+		false});
 }
 
 void FakeGenerator::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse)
 {
-	mCalls.push_back({"GetAudioData", inTime, inBuffer.GetUseSize(), inReverse});
+	Record({"GetAudioData", inTime, inBuffer.GetUseSize(), inReverse});
 	mSeenChannels = inBuffer.GetNumChannels();
-	FillFrom(mFunction, mNumChannels, inTime, mFrameRate, inBuffer);
-	if (inReverse)
+	FillFrom(mFunction, mNumChannels, inTime, mFrameRate, inBuffer, inReverse);
+}
+
+void FakeGenerator::Record(Call const& inCall) const
+{
+	if (mRecordsCalls)
 	{
-		inBuffer.Reverse();
+		mCalls.push_back(inCall);
 	}
 }
 
@@ -129,12 +137,6 @@ void FakeProcessor::ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const&
 void FakeProcessor::Preroll(TickTime const& inTime, bool inReverse)
 {
 	mCalls.push_back({"Preroll", inTime, 0, inReverse});
-}
-
-void* FakeProcessor::QueryMap(GUID const& inIdentifier)
-{
-	void* const found = zorvcore::classref::QueryInterfaces<IAudioProcessor>(this, inIdentifier);
-	return found ? found : Unknown::QueryMap(inIdentifier);
 }
 
 FakeSource::FakeSource(unsigned inChannels, long long inFrames, SourceKind const& inKind,

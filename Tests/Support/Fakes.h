@@ -7,25 +7,28 @@
 #include "Sonaro/IAudioSource.h"
 #include "Sonaro/IAudioSourceFile.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
+#include "Support/Answers.h"
 #include "Support/Pull.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace SN::Testing
 {
 
-// A value that tells where a sample came from: the channel, and its frame from -1000000 to 1000000. Never
+// A value that says where a sample came from: the channel, and its frame from -1000000 to 1000000. Never
 // 0, exact in 32 bits, so that one wrong sample anywhere shows its origin.
 float PositionSample(unsigned long long inChannel, long long inFrame);
 
 // A sample by channel and frame.
 using SampleFunction = std::function<float(unsigned long long inChannel, long long inFrame)>;
 
-// Writes inFunction's samples from inTime on into all channels up to inChannels, flags the others.
+// Writes inFunction's samples from inTime on into all channels up to inChannels, flags the others; in reverse
+// from the last to the first.
 void FillFrom(SampleFunction const& inFunction, unsigned inChannels, TickTime const& inTime,
-	FrameRate const& inFrameRate, dsp::AudioBuffer& outBuffer);
+	FrameRate const& inFrameRate, dsp::AudioBuffer& outBuffer, bool inReverse = false);
 
 // One call that a fake has heard.
 struct Call
@@ -42,14 +45,16 @@ struct Call
 
 // A generator whose samples come from a function of channel and frame, in any direction, and which keeps
 // a record of its calls.
-class FakeGenerator final : public IAudioGenerator, public IAudioGeneratorPrivate
+class FakeGenerator : public Answers<IAudioGenerator, IAudioGeneratorPrivate>
 {
 public:
 	static constexpr Identifier<FakeGenerator> kIdentifier{0x8d1b1c7d9a2f4e03ull, 0x95b16f2c44ae0d71ull};
 
 	explicit FakeGenerator(unsigned inChannels, SampleFunction inFunction = PositionSample,
-		FrameRate const& inFrameRate = k48000Hz)
-		: mNumChannels(inChannels),
+		FrameRate const& inFrameRate = k48000Hz,
+		std::shared_ptr<std::vector<Call>> const& inLog = std::make_shared<std::vector<Call>>())
+		: mLog(inLog),
+		  mNumChannels(inChannels),
 		  mFunction(std::move(inFunction)),
 		  mFrameRate(inFrameRate)
 	{
@@ -64,16 +69,19 @@ public:
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
-	void Reset() override { mCalls.push_back({"Reset", {}, 0, false}); }
-	void InitializeAudioFilters() override { mCalls.push_back({"InitializeAudioFilters", {}, 0, false}); }
-	void ShutdownAudioFilters() override { mCalls.push_back({"ShutdownAudioFilters", {}, 0, false}); }
+	void Reset() override { Record({"Reset", {}, 0, false}); }
+	void InitializeAudioFilters() override { Record({"InitializeAudioFilters", {}, 0, false}); }
+	void ShutdownAudioFilters() override { Record({"ShutdownAudioFilters", {}, 0, false}); }
 
 	unsigned GetNumChannels() override { return mNumChannels; }
 	unsigned GetNumOutputChannels() override { return mNumChannels; }
 	AudioChannelLayout GetAudioChannelLayout() override;
 	FrameRate GetGeneratorFrameRate() override { return mFrameRate; }
 
-	std::vector<Call> mCalls;
+	// Off where allocations count.
+	bool mRecordsCalls = true;
+	std::shared_ptr<std::vector<Call>> const mLog;
+	std::vector<Call>& mCalls = *mLog;
 	TickTime mDelay;
 	bool mHasHistory = false;
 	// The channel count of the buffer that the last pull brought.
@@ -81,15 +89,17 @@ public:
 
 protected:
 	void* QueryMap(GUID const& inIdentifier) override;
+	void Record(Call const& inCall) const;
+
+	unsigned const mNumChannels;
+	SampleFunction const mFunction;
 
 private:
-	unsigned mNumChannels;
-	SampleFunction mFunction;
-	FrameRate mFrameRate;
+	FrameRate const mFrameRate;
 };
 
 // A processor that multiplies by a constant and keeps a record of its calls.
-class FakeProcessor final : public IAudioProcessor
+class FakeProcessor final : public Answers<IAudioProcessor>
 {
 public:
 	explicit FakeProcessor(float inGain)
@@ -109,9 +119,6 @@ public:
 
 	std::vector<Call> mCalls;
 	TickTime mDelay;
-
-protected:
-	void* QueryMap(GUID const& inIdentifier) override;
 
 private:
 	float mGain;

@@ -31,17 +31,17 @@ struct NaiveStream
 struct NaiveClip
 {
 	// By channel and frame.
-	std::vector<std::vector<double>> Render(long long inStart, unsigned inFrames, unsigned inChannels) const
+	Samples Render(long long inStart, unsigned inFrames, unsigned inChannels) const
 	{
-		std::vector<std::vector<double>> out(inChannels, std::vector<double>(inFrames, 0.0));
+		Samples out(inChannels, std::vector<float>(inFrames));
 		for (auto const& [stream, channels] : mStreams)
 		{
 			for (auto const& [outChannel, streamChannel] : channels)
 			{
 				for (unsigned frame = 0; outChannel < inChannels && frame < inFrames; ++frame)
 				{
-					out[outChannel][frame] =
-						mGain * stream.Sample(streamChannel, inStart + mStartOffset + frame);
+					out[outChannel][frame] = static_cast<float>(
+						mGain * stream.Sample(streamChannel, inStart + mStartOffset + frame));
 				}
 			}
 		}

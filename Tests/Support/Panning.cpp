@@ -2,7 +2,7 @@
 
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/SonaroFactory.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Buffers.h"
 
 #include <gtest/gtest.h>
 
@@ -47,20 +47,12 @@ void RunBlock(IAudioPanProcessor& ioPanner, long long inFirst, FrameRate const& 
 		}
 		ioInput.SetChannelZero(channel, isSilent);
 	}
-	dsp::AudioBuffer output(ioResult.size(), frames);
-	for (unsigned channel = 0; channel < ioResult.size(); ++channel)
-	{
-		std::fill_n(output.GetChannel(channel), frames, kStaleInput);
-	}
-	output.Zero();
+	dsp::AudioBuffer output = MakeStaleBuffer(ioResult.size(), frames);
 	ioPanner.ProcessAudioData(ioInput, output, TickTime(inFirst, inRate));
 	for (unsigned channel = 0; channel < ioResult.size(); ++channel)
 	{
-		float const* const samples = output.GetChannel(channel);
-		for (unsigned i = 0; i < frames; ++i)
-		{
-			ioResult[channel].push_back(output.IsChannelSilent(channel) ? 0.0f : samples[i]);
-		}
+		auto const heard = Heard(output, channel);
+		ioResult[channel].insert(ioResult[channel].end(), heard.begin(), heard.end());
 	}
 }
 
@@ -85,6 +77,44 @@ InterfaceRef<IAudioPanProcessor> MakeDirectPanner(InterfaceRef<IAudioRenderConte
 				  inContext, k48000Hz, inType, inOutputChannels, inMatrix, false, inParams, &panner),
 		kSuccess);
 	return panner;
+}
+
+InterfaceRef<IAudioPanProcessor> MakeAnyPanner(InterfaceRef<IAudioRenderContext> const& inContext,
+	PanProcessorType inType, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+	FrameRate const& inFrameRate)
+{
+	InterfaceRef<IAudioPanProcessor> panner;
+	auto const factory = SonaroFactory::CreateClassRef();
+	bool const isDirect = inType == kPanMonoToAdaptive || inType == kPanStereoToAdaptive;
+	EXPECT_EQ(isDirect ? factory->CreateDirectAudioPanProcessorRenderer(
+							 inContext, inFrameRate, inType, 2, {{0, {0, 1}}}, false, inParams, &panner)
+					   : factory->CreateAudioPanProcessorRenderer(
+							 inContext, inFrameRate, inType, false, inParams, &panner),
+		kSuccess);
+	return panner;
+}
+
+unsigned GetNumControls(PanProcessorType inType)
+{
+	switch (inType)
+	{
+	case kPanMonoTo51:
+	case kPanStereoTo51:
+		return 4;
+	case kPanStereoToMono:
+	case kPan51ToMono:
+	case kPan51ToStereo:
+		return 0;
+	default:
+		return 1;
+	}
+}
+
+PanRange RangeOf(IAudioPanProcessor& ioPanner, unsigned inFrames)
+{
+	return {.mFrames = inFrames,
+		.mInputs = ioPanner.GetNumInputChannels(),
+		.mOutputs = ioPanner.GetNumOutputChannels()};
 }
 
 Samples RunPanner(IAudioPanProcessor& ioPanner, PanRange const& inRange, BlockSizes const& inBlockSizes,

@@ -21,6 +21,13 @@ InterfaceRef<IAudioPanProcessor> MakeDirectPanner(InterfaceRef<IAudioRenderConte
 	PanProcessorType inType, int inOutputChannels, AudioChannelMatrix const& inMatrix,
 	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams = {});
 
+// And whichever of both makes this type, at any rate; it pans to channels 0 and 1 where it has to be told.
+InterfaceRef<IAudioPanProcessor> MakeAnyPanner(InterfaceRef<IAudioRenderContext> const& inContext,
+	PanProcessorType inType, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+	FrameRate const& inFrameRate = k48000Hz);
+// How many controls a type has.
+unsigned GetNumControls(PanProcessorType inType);
+
 struct PanRange
 {
 	long long mStartFrame = 0;
@@ -31,6 +38,9 @@ struct PanRange
 	unsigned mControlInterval = 0x10000;
 	FrameRate mFrameRate = k48000Hz;
 };
+
+// From frame 0 on, of all channels of a panner.
+PanRange RangeOf(IAudioPanProcessor& ioPanner, unsigned inFrames);
 
 // A channel of the input that is flagged at a frame; a block is cut where this changes.
 using SilentAt = std::function<bool(unsigned long long inChannel, long long inFrame)>;

@@ -1,7 +1,8 @@
 #include "Support/Pull.h"
 
+#include "Sonaro/ICachedAudioGenerator.h"
+#include "Support/Buffers.h"
 #include "Support/SameBits.h"
-#include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>
 
@@ -22,31 +23,23 @@ namespace
 constexpr unsigned kMargin = 8;
 constexpr float kStale = 12345678.0f;
 
-// Pulls one block and returns it, having looked behind its end.
+// Pulls one block and returns it, having looked after its end.
 Samples PullBlock(IAudioGenerator& ioGenerator, TickTime const& inTime, unsigned inChannels,
 	unsigned inFrames, bool inReverse)
 {
-	dsp::AudioBuffer buffer(inChannels, inFrames + kMargin);
-	for (unsigned channel = 0; channel < inChannels; ++channel)
-	{
-		std::fill_n(buffer.GetChannel(channel), inFrames + kMargin, kStale);
-	}
+	dsp::AudioBuffer buffer = MakeBuffer(inChannels, inFrames + kMargin, kStale);
 	buffer.SetUseSize(inFrames);
 	ioGenerator.GetAudioData(inTime, buffer, inReverse);
 	EXPECT_EQ(buffer.GetUseSize(), inFrames);
-	Samples block(inChannels, std::vector<float>(inFrames));
 	for (unsigned channel = 0; channel < inChannels; ++channel)
 	{
 		float const* const samples = buffer.GetChannel(channel);
-		if (!buffer.IsChannelSilent(channel))
-		{
-			std::copy_n(samples, inFrames, block[channel].begin());
-			EXPECT_TRUE(std::all_of(samples + inFrames, samples + inFrames + kMargin,
-				[](float inSample) { return inSample == kStale; }))
-				<< "written beyond the block, channel " << channel;
-		}
+		EXPECT_TRUE(
+			buffer.IsChannelSilent(channel) || std::all_of(samples + inFrames, samples + inFrames + kMargin,
+												   [](float inSample) { return inSample == kStale; }))
+			<< "written beyond the block, channel " << channel;
 	}
-	return block;
+	return HeardChannels(buffer);
 }
 
 } // namespace
@@ -87,6 +80,24 @@ Samples PullWhole(IAudioGenerator& ioGenerator, PullRange const& inRange, Direct
 	return Pull(ioGenerator, inRange, BlocksOf(inRange.mFrames), inDirection);
 }
 
+Samples TakeCached(InterfaceRef<UnknownBase> const& inNode, unsigned inChannels, unsigned inFrames)
+{
+	dsp::AudioBuffer mix(inChannels, inFrames);
+	mix.Zero();
+	InterfaceRef<ICachedAudioGenerator>(inNode)->MixCachedAudio(mix);
+	return HeardChannels(mix);
+}
+
+PrefetchRequests RequestPrefetch(
+	IAudioGenerator& ioGenerator, PrefetchRange const& inRange, PrefetchType inType)
+{
+	PrefetchRequests requests;
+	PrefetchRequestAccumulator accumulator(
+		PrefetchRequestAccumulator::ExtendCapacity, &requests.mSynchronous, &requests.mAsynchronous);
+	ioGenerator.AccumulatePrefetchRequests(inRange, inType, accumulator);
+	return requests;
+}
+
 Samples Reversed(Samples inSamples)
 {
 	for (std::vector<float>& channel : inSamples)
@@ -125,25 +136,26 @@ std::string DescribeDifference(Samples const& inActual, Samples const& inExpecte
 	return {};
 }
 
+testing::AssertionResult Same(Samples const& inActual, Samples const& inExpected)
+{
+	std::string const difference = DescribeDifference(inActual, inExpected);
+	return difference.empty() ? testing::AssertionSuccess() : testing::AssertionFailure() << difference;
+}
+
 void ExpectAnySplitEqualsWhole(std::function<InterfaceRef<IAudioGenerator>()> const& inMake,
 	PullRange const& inRange, unsigned inMaxBlockSize)
 {
 	Samples const whole = Pull(*inMake(), inRange, BlocksOf(inMaxBlockSize));
+	Samples const reversed = Reversed(whole);
+	auto const reverse = Direction::kReverse;
 	for (unsigned seed = 1; seed <= 5; ++seed)
 	{
-		EXPECT_EQ(DescribeDifference(Pull(*inMake(), inRange, RandomBlocks(seed, inMaxBlockSize)), whole), "")
-			<< "in random blocks, seed " << seed;
-		EXPECT_EQ(DescribeDifference(
-					  Pull(*inMake(), inRange, RandomBlocks(seed, inMaxBlockSize), Direction::kReverse),
-					  Reversed(whole)),
-			"")
-			<< "in random blocks in reverse, seed " << seed;
+		SCOPED_TRACE(testing::Message() << "in random blocks, seed " << seed);
+		EXPECT_TRUE(Same(Pull(*inMake(), inRange, RandomBlocks(seed, inMaxBlockSize)), whole));
+		EXPECT_TRUE(Same(Pull(*inMake(), inRange, RandomBlocks(seed, inMaxBlockSize), reverse), reversed));
 	}
-	EXPECT_EQ(DescribeDifference(Pull(*inMake(), inRange, BlocksOf(1)), whole), "") << "sample by sample";
-	EXPECT_EQ(DescribeDifference(
-				  Pull(*inMake(), inRange, BlocksOf(inMaxBlockSize), Direction::kReverse), Reversed(whole)),
-		"")
-		<< "in reverse";
+	EXPECT_TRUE(Same(Pull(*inMake(), inRange, BlocksOf(1)), whole)) << "sample by sample";
+	EXPECT_TRUE(Same(Pull(*inMake(), inRange, BlocksOf(inMaxBlockSize), reverse), reversed)) << "in reverse";
 }
 
 } // namespace SN::Testing

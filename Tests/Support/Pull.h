@@ -1,7 +1,11 @@
 #pragma once
 
+#include "Sonaro/AudioPrefetch.h"
 #include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/PrefetchRequestAccumulator.h"
 #include "Sonaro/Types.h"
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
@@ -52,12 +56,26 @@ Samples Pull(IAudioGenerator& ioGenerator, PullRange const& inRange, BlockSizes 
 Samples PullWhole(
 	IAudioGenerator& ioGenerator, PullRange const& inRange, Direction inDirection = Direction::kForward);
 
+// What is in the cache of a track or a send, which is empty from then on.
+Samples TakeCached(InterfaceRef<UnknownBase> const& inNode, unsigned inChannels, unsigned inFrames);
+
+// What a generator asks for when it is told to prefetch a range.
+struct PrefetchRequests
+{
+	std::vector<SynchronousPrefetchRequest> mSynchronous;
+	std::vector<AudioPrefetch::PrefetchRequest> mAsynchronous;
+};
+PrefetchRequests RequestPrefetch(
+	IAudioGenerator& ioGenerator, PrefetchRange const& inRange, PrefetchType inType = SynchronousPrefetch);
+
 // The same samples from the last to the first.
 Samples Reversed(Samples inSamples);
 
 // The first place at which two renders differ in bits (any not-a-number equals any other), in words;
 // empty when there is none.
 std::string DescribeDifference(Samples const& inActual, Samples const& inExpected);
+// Whether there is none.
+testing::AssertionResult Same(Samples const& inActual, Samples const& inExpected);
 
 // Pulls the range from a fresh generator as a whole, in random blocks, sample by sample and in reverse,
 // and expects the same bits each time. inMaxBlockSize is the largest block the generator may be asked

@@ -9,7 +9,7 @@ namespace SN::Testing
 namespace
 {
 
-float At(Samples const& inSamples, double inIndex)
+float At(Signal const& inSamples, double inIndex)
 {
 	return inIndex >= 0.0 && inIndex < static_cast<double>(inSamples.size())
 			   ? inSamples[static_cast<std::size_t>(inIndex)]
@@ -32,78 +32,141 @@ double Bessel(float inY)
 	return sum;
 }
 
+class ReferenceLinear final : public ReferenceResampler
+{
+public:
+	explicit ReferenceLinear(double inRatio)
+		: mIncrement(static_cast<float>(inRatio))
+	{
+	}
+	unsigned CountInput(unsigned inNumOutput) override
+	{
+		double const last = inNumOutput == 0 ? 4294967295.0 : inNumOutput - 1.0;
+		return static_cast<unsigned>(
+			std::min(std::floor(last * static_cast<double>(mIncrement) + mPhase + 2.0), 4294967295.0));
+	}
+	Signal Process(Signal const& inInput, unsigned inNumInput, unsigned inNumOutput) override
+	{
+		Signal output;
+		for (unsigned i = 0; i < inNumOutput; ++i, mPhase += static_cast<double>(mIncrement))
+		{
+			double const index = std::floor(mPhase);
+			float const a = index >= 0.0 ? At(inInput, index) : index == -1.0 ? mRow0 : mRow1;
+			float const b = index >= -1.0 ? At(inInput, index + 1.0) : mRow0;
+			float const difference = b - a;
+			output.push_back(static_cast<float>(
+				static_cast<double>(difference) * (mPhase - index) + static_cast<double>(a)));
+		}
+		mPhase -= inNumInput;
+		if (mPhase < 0.0 && inNumInput > 0)
+		{
+			mRow1 = inNumInput == 1 ? mRow0 : At(inInput, inNumInput - 2.0);
+			mRow0 = At(inInput, inNumInput - 1.0);
+		}
+		return output;
+	}
+
+private:
+	float mIncrement;
+	double mPhase = 0.0;
+	float mRow0 = 0.0f;
+	float mRow1 = 0.0f;
+};
+
+class ReferenceCubic final : public ReferenceResampler
+{
+public:
+	explicit ReferenceCubic(double inRatio)
+		: mIncrement(static_cast<float>(inRatio))
+	{
+	}
+	unsigned CountInput(unsigned inNumOutput) override
+	{
+		return static_cast<unsigned>(
+			std::max(std::floor((inNumOutput - 1.0) * static_cast<double>(mIncrement) + mPhase + 3.0), 0.0));
+	}
+	Signal Process(Signal const& inInput, unsigned inNumInput, unsigned inNumOutput) override
+	{
+		Signal output;
+		for (unsigned i = 0; i < inNumOutput; ++i, mPhase += static_cast<double>(mIncrement))
+		{
+			double const index = std::floor(mPhase);
+			float const x = static_cast<float>(static_cast<int>((mPhase - index) * 1024.0) & 0x3FF) / 1024.0f;
+			float const x2 = x * x;
+			float const x4 = x2 * x2;
+			// Below the start of the block except for -3 to 0 the curve is read as at 0.
+			double const first = index >= 1.0 || (index >= -3.0 && index <= -1.0) ? index - 1.0 : -1.0;
+			float s[4];
+			for (int k = 0; k < 4; ++k)
+			{
+				double const place = first + k;
+				s[k] = place >= 0.0 ? At(inInput, place) : mOld[static_cast<std::size_t>(-1.0 - place)];
+			}
+			float const c[4] = {x2 - 0.5f * x4 - 0.5f * x, 1.0f - 2.5f * x2 + 1.5f * x4,
+				2.0f * x2 + 0.5f * x - 1.5f * x4, 0.5f * x4 - 0.5f * x2};
+			output.push_back(s[0] * c[0] + s[1] * c[1] + s[2] * c[2] + s[3] * c[3]);
+		}
+		mPhase -= inNumInput;
+		if (mPhase < 1.0)
+		{
+			float const old0 = mOld[0];
+			float const old1 = inNumInput == 1 ? old0 : mOld[1];
+			std::size_t const fresh = std::min(inNumInput, 4u);
+			for (std::size_t row = 0; row < 4 && fresh > 0; ++row)
+			{
+				mOld[row] = row < fresh    ? At(inInput, inNumInput - 1.0 - static_cast<double>(row))
+							: row == fresh ? old0
+										   : old1;
+			}
+		}
+		return output;
+	}
+
+private:
+	float mIncrement;
+	double mPhase = 0.0;
+	float mOld[4] = {};
+};
+
+// With one long table, and a ring that is looked up tap by tap.
+class ReferenceSinc final : public ReferenceResampler
+{
+public:
+	ReferenceSinc(double inRatio, bool inHighQuality);
+	unsigned CountInput(unsigned inNumOutput) override;
+	Signal Process(Signal const& inInput, unsigned inNumInput, unsigned inNumOutput) override;
+
+private:
+	void Prime(Signal const& inInput, unsigned inNumInput);
+	float MakeSample() const;
+	void Advance(Signal const& inInput);
+	void Step(Signal const& inInput);
+	float Table(long inElement) const { return mTable[static_cast<std::size_t>(mHalf + inElement)]; }
+
+	double mRatio;
+	long mSteps;
+	float mIncrement;
+	long mWhole;
+	long mLength;
+	long mHalf;
+	long mHalfTaps;
+	long mRingSize = 1;
+	Signal mTable;
+	Signal mRing;
+	Signal mSurplus;
+	float mPhase = 0.0f;
+	long mIntPhase = 0;
+	long mCentre = 0;
+	long mWrite = 0;
+	long mThreshold = 0;
+	long mConsumed = 0;
+	long mAvailable = 0;
+	std::size_t mCursor = 0;
+	bool mIsPriming = true;
+	bool mIsFirst = true;
+};
+
 } // namespace
-
-unsigned ReferenceLinear::CountInput(unsigned inNumOutput)
-{
-	double const last = inNumOutput == 0 ? 4294967295.0 : inNumOutput - 1.0;
-	return static_cast<unsigned>(
-		std::min(std::floor(last * static_cast<double>(mIncrement) + mPhase + 2.0), 4294967295.0));
-}
-
-Samples ReferenceLinear::Process(Samples const& inInput, unsigned inNumInput, unsigned inNumOutput)
-{
-	Samples output;
-	for (unsigned i = 0; i < inNumOutput; ++i, mPhase += static_cast<double>(mIncrement))
-	{
-		double const index = std::floor(mPhase);
-		float const a = index >= 0.0 ? At(inInput, index) : index == -1.0 ? mRow0 : mRow1;
-		float const b = index >= -1.0 ? At(inInput, index + 1.0) : mRow0;
-		float const difference = b - a;
-		output.push_back(
-			static_cast<float>(static_cast<double>(difference) * (mPhase - index) + static_cast<double>(a)));
-	}
-	mPhase -= inNumInput;
-	if (mPhase < 0.0 && inNumInput > 0)
-	{
-		mRow1 = inNumInput == 1 ? mRow0 : At(inInput, inNumInput - 2.0);
-		mRow0 = At(inInput, inNumInput - 1.0);
-	}
-	return output;
-}
-
-unsigned ReferenceCubic::CountInput(unsigned inNumOutput)
-{
-	return static_cast<unsigned>(
-		std::max(std::floor((inNumOutput - 1.0) * static_cast<double>(mIncrement) + mPhase + 3.0), 0.0));
-}
-
-Samples ReferenceCubic::Process(Samples const& inInput, unsigned inNumInput, unsigned inNumOutput)
-{
-	Samples output;
-	for (unsigned i = 0; i < inNumOutput; ++i, mPhase += static_cast<double>(mIncrement))
-	{
-		double const index = std::floor(mPhase);
-		float const x = static_cast<float>(static_cast<int>((mPhase - index) * 1024.0) & 0x3FF) / 1024.0f;
-		float const x2 = x * x;
-		float const x4 = x2 * x2;
-		// Below the start of the block except for -3 to 0 the curve is read as at 0.
-		double const first = index >= 1.0 || (index >= -3.0 && index <= -1.0) ? index - 1.0 : -1.0;
-		float s[4];
-		for (int k = 0; k < 4; ++k)
-		{
-			double const place = first + k;
-			s[k] = place >= 0.0 ? At(inInput, place) : mOld[static_cast<std::size_t>(-1.0 - place)];
-		}
-		float const c[4] = {x2 - 0.5f * x4 - 0.5f * x, 1.0f - 2.5f * x2 + 1.5f * x4,
-			2.0f * x2 + 0.5f * x - 1.5f * x4, 0.5f * x4 - 0.5f * x2};
-		output.push_back(s[0] * c[0] + s[1] * c[1] + s[2] * c[2] + s[3] * c[3]);
-	}
-	mPhase -= inNumInput;
-	if (mPhase < 1.0)
-	{
-		float const old0 = mOld[0];
-		float const old1 = inNumInput == 1 ? old0 : mOld[1];
-		std::size_t const fresh = std::min(inNumInput, 4u);
-		for (std::size_t row = 0; row < 4 && fresh > 0; ++row)
-		{
-			mOld[row] = row < fresh    ? At(inInput, inNumInput - 1.0 - static_cast<double>(row))
-						: row == fresh ? old0
-									   : old1;
-		}
-	}
-	return output;
-}
 
 ReferenceSinc::ReferenceSinc(double inRatio, bool inHighQuality)
 	: mRatio(inRatio),
@@ -163,7 +226,7 @@ unsigned ReferenceSinc::CountInput(unsigned inNumOutput)
 	return mSurplus.size() < inNumOutput ? static_cast<unsigned>(needed) : 0;
 }
 
-Samples ReferenceSinc::Process(Samples const& inInput, unsigned inNumInput, unsigned inNumOutput)
+Signal ReferenceSinc::Process(Signal const& inInput, unsigned inNumInput, unsigned inNumOutput)
 {
 	mCursor = 0;
 	if (mIsPriming)
@@ -173,7 +236,7 @@ Samples ReferenceSinc::Process(Samples const& inInput, unsigned inNumInput, unsi
 	else if (mSurplus.size() > inNumOutput)
 	{
 		auto const taken = mSurplus.begin() + static_cast<std::ptrdiff_t>(inNumOutput);
-		Samples const output(mSurplus.begin(), taken);
+		Signal const output(mSurplus.begin(), taken);
 		mSurplus.erase(mSurplus.begin(), taken);
 		return output;
 	}
@@ -186,14 +249,14 @@ Samples ReferenceSinc::Process(Samples const& inInput, unsigned inNumInput, unsi
 		mSurplus.push_back(MakeSample());
 		Advance(inInput);
 	}
-	Samples output(mSurplus);
+	Signal output(mSurplus);
 	output.resize(inNumOutput);
 	mSurplus.erase(mSurplus.begin(),
 		mSurplus.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(inNumOutput, mSurplus.size())));
 	return output;
 }
 
-void ReferenceSinc::Prime(Samples const& inInput, unsigned inNumInput)
+void ReferenceSinc::Prime(Signal const& inInput, unsigned inNumInput)
 {
 	mAvailable = static_cast<long>(inNumInput) - mRingSize / 2;
 	for (float& position : mRing)
@@ -230,7 +293,7 @@ float ReferenceSinc::MakeSample() const
 	return static_cast<float>(sum);
 }
 
-void ReferenceSinc::Advance(Samples const& inInput)
+void ReferenceSinc::Advance(Signal const& inInput)
 {
 	if (mIncrement == static_cast<float>(mWhole))
 	{
@@ -246,7 +309,7 @@ void ReferenceSinc::Advance(Samples const& inInput)
 	}
 }
 
-void ReferenceSinc::Step(Samples const& inInput)
+void ReferenceSinc::Step(Signal const& inInput)
 {
 	++mCentre;
 	++mConsumed;
@@ -263,6 +326,19 @@ void ReferenceSinc::Step(Samples const& inInput)
 	{
 		mCentre = 0;
 		mThreshold = mRingSize / 2;
+	}
+}
+
+std::unique_ptr<ReferenceResampler> MakeReference(ResamplerKind inKind, double inRatio)
+{
+	switch (inKind)
+	{
+	case ResamplerKind::kLinear:
+		return std::make_unique<ReferenceLinear>(inRatio);
+	case ResamplerKind::kCubic:
+		return std::make_unique<ReferenceCubic>(inRatio);
+	default:
+		return std::make_unique<ReferenceSinc>(inRatio, inKind == ResamplerKind::kSincHighQuality);
 	}
 }
 

@@ -1,39 +1,11 @@
 #include "ReferenceResamplers.h"
 #include "ResamplerRuns.h"
-#include "Support/SameBits.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <bit>
-#include <cmath>
-#include <cstdint>
-#include <memory>
-#include <random>
-#include <string>
-
-namespace SN
+namespace SN::ResamplerBitTest
 {
-namespace
-{
-
-using namespace Testing;
 
 constexpr unsigned kChannels = 3;
-
-std::unique_ptr<ReferenceResampler> MakeReference(ResamplerKind inKind, double inRatio)
-{
-	switch (inKind)
-	{
-	case ResamplerKind::kLinear:
-		return std::make_unique<ReferenceLinear>(inRatio);
-	case ResamplerKind::kCubic:
-		return std::make_unique<ReferenceCubic>(inRatio);
-	default:
-		return std::make_unique<ReferenceSinc>(inRatio, inKind == ResamplerKind::kSincHighQuality);
-	}
-}
 
 // The engine's resampler and a reference for each channel, fed with the same noise block by block.
 class Duel
@@ -64,13 +36,8 @@ public:
 	{
 		unsigned const silentChannel = Pick(8);
 		dsp::AudioBuffer input(kChannels, inNumInput + Pick(2) * Pick(5));
-		dsp::AudioBuffer output(kChannels, inNumOutput);
-		for (unsigned channel = 0; channel < kChannels; ++channel)
-		{
-			std::fill_n(output.GetChannel(channel), inNumOutput, -77.25f);
-		}
-		output.Zero();
-		std::vector<Samples> samples(kChannels, Samples(input.GetCapacity()));
+		dsp::AudioBuffer output = MakeStaleBuffer(kChannels, inNumOutput);
+		std::vector<Signal> samples(kChannels, Signal(input.GetCapacity()));
 		for (unsigned channel = 0; channel < kChannels; ++channel)
 		{
 			std::generate(samples[channel].begin(), samples[channel].end(), [&] { return Noise(); });
@@ -85,7 +52,7 @@ public:
 		mResampler->Process(input, output, inNumInput, inNumOutput);
 		for (unsigned channel = 0; channel < kChannels; ++channel)
 		{
-			Samples const expected = mReferences[channel]->Process(samples[channel], inNumInput, inNumOutput);
+			Signal const expected = mReferences[channel]->Process(samples[channel], inNumInput, inNumOutput);
 			for (unsigned i = 0; i < inNumOutput && !output.IsChannelSilent(channel); ++i)
 			{
 				ASSERT_TRUE(SameBits(output.GetChannel(channel)[i], expected[i]))
@@ -205,5 +172,4 @@ TEST(Resamplers, SincKeepsItsSurplusToTheBit)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::ResamplerBitTest

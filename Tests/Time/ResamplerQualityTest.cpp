@@ -1,28 +1,23 @@
 #include "ResamplerRuns.h"
 
-#include <gtest/gtest.h>
+#include "Support/Engine.h"
 
 #include <numbers>
-#include <string>
 
-namespace SN
+namespace SN::ResamplerQualityTest
 {
-namespace
-{
-
-using namespace Testing;
 
 // Long after priming, so that only the filter itself is measured.
 constexpr unsigned kSettled = 6000;
 constexpr unsigned kMeasured = 20000;
 
-Samples MeasureTone(ResamplerKind inKind, RatePair const& inRates, double inFrequency)
+Signal MeasureTone(ResamplerKind inKind, RatePair const& inRates, double inFrequency)
 {
 	auto const resampler = MakeResampler(inKind, inRates);
 	unsigned const count = kSettled + kMeasured;
-	Samples const input = MakeTone(inFrequency, static_cast<unsigned>(count * inRates.GetRatio()) + 10000u);
-	Samples const output = PullThrough(*resampler, input, count);
-	return Samples(output.begin() + kSettled, output.end());
+	Signal const input = MakeTone(inFrequency, static_cast<unsigned>(count * inRates.GetRatio()) + 10000u);
+	Signal const output = PullThrough(*resampler, input, count);
+	return Signal(output.begin() + kSettled, output.end());
 }
 
 struct ToneCase
@@ -113,9 +108,8 @@ TEST(ResamplerQuality, GainAtEqualRates)
 	{
 		SCOPED_TRACE(GetName(test.mKind));
 		auto const resampler = MakeResampler(test.mKind, RatePair(48000, 48000));
-		EXPECT_NEAR(PullThrough(*resampler, Samples(9000, 1.0f), 5000).back(), test.mGain, test.mTolerance);
+		EXPECT_NEAR(PullThrough(*resampler, Signal(9000, 1.0f), 5000).back(), test.mGain, test.mTolerance);
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::ResamplerQualityTest

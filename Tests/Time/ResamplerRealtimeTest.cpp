@@ -1,18 +1,9 @@
 #include "ResamplerRuns.h"
+#include "Support/Engine.h"
 #include "Support/RealtimeGuard.h"
-#include "zorvaudiodsp/AudioBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
-namespace SN
+namespace SN::ResamplerRealtimeTest
 {
-namespace
-{
-
-using namespace Testing;
 
 TEST(ResamplerRealtime, ConvertsWithoutAllocationsAndLocks)
 {
@@ -47,5 +38,4 @@ TEST(ResamplerRealtime, ConvertsWithoutAllocationsAndLocks)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::ResamplerRealtimeTest

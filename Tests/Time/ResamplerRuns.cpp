@@ -40,16 +40,16 @@ InterfaceRef<IAudioResampler> MakeResampler(
 	return resampler;
 }
 
-Samples PullThrough(
-	IAudioResampler& ioResampler, Samples const& inInput, unsigned inNumOutput, unsigned inBlock)
+Signal PullThrough(
+	IAudioResampler& ioResampler, Signal const& inInput, unsigned inNumOutput, unsigned inBlock)
 {
 	return PullChannelsThrough(ioResampler, {inInput}, inNumOutput, inBlock)[0];
 }
 
-std::vector<Samples> PullChannelsThrough(IAudioResampler& ioResampler, std::vector<Samples> const& inInputs,
-	unsigned inNumOutput, unsigned inBlock)
+std::vector<Signal> PullChannelsThrough(
+	IAudioResampler& ioResampler, std::vector<Signal> const& inInputs, unsigned inNumOutput, unsigned inBlock)
 {
-	std::vector<Samples> results(inInputs.size());
+	std::vector<Signal> results(inInputs.size());
 	std::size_t cursor = 0;
 	for (unsigned done = 0; done < inNumOutput; done += inBlock)
 	{
@@ -58,7 +58,7 @@ std::vector<Samples> PullChannelsThrough(IAudioResampler& ioResampler, std::vect
 		dsp::AudioBuffer output(inInputs.size(), inBlock);
 		for (std::size_t channel = 0; channel < inInputs.size(); ++channel)
 		{
-			Samples const& samples = inInputs[channel];
+			Signal const& samples = inInputs[channel];
 			std::size_t const first = std::min(cursor, samples.size());
 			std::copy_n(samples.data() + first, std::min<std::size_t>(samples.size() - first, numInput),
 				input.GetChannel(channel));
@@ -75,9 +75,9 @@ std::vector<Samples> PullChannelsThrough(IAudioResampler& ioResampler, std::vect
 	return results;
 }
 
-Samples MakeTone(double inFrequency, unsigned inCount)
+Signal MakeTone(double inFrequency, unsigned inCount)
 {
-	Samples samples(inCount);
+	Signal samples(inCount);
 	for (unsigned i = 0; i < inCount; ++i)
 	{
 		samples[i] = static_cast<float>(std::sin(2.0 * std::numbers::pi * inFrequency * i));
@@ -85,13 +85,13 @@ Samples MakeTone(double inFrequency, unsigned inCount)
 	return samples;
 }
 
-ToneFit FitTone(Samples const& inMeasured, double inFrequency, double inFirst, double inStep)
+ToneFit FitTone(Signal const& inMeasured, double inFrequency, double inFirst, double inStep)
 {
 	return FitWave(inMeasured, [=](std::size_t inIndex)
 		{ return 2.0 * std::numbers::pi * inFrequency * (inFirst + static_cast<double>(inIndex) * inStep); });
 }
 
-ToneFit FitWave(Samples const& inMeasured, std::function<double(std::size_t)> const& inAngle)
+ToneFit FitWave(Signal const& inMeasured, std::function<double(std::size_t)> const& inAngle)
 {
 	// The normal equations of sine and cosine.
 	double ss = 0.0;
@@ -121,7 +121,7 @@ ToneFit FitWave(Samples const& inMeasured, std::function<double(std::size_t)> co
 		10.0 * std::log10(signal / std::max(power - signal, 1e-15 * power))};
 }
 
-double MeasureLevel(Samples const& inSamples)
+double MeasureLevel(Signal const& inSamples)
 {
 	double power = 0.0;
 	for (float const sample : inSamples)

@@ -9,7 +9,7 @@
 namespace SN::Testing
 {
 
-using Samples = std::vector<float>;
+using Signal = std::vector<float>;
 
 enum class ResamplerKind
 {
@@ -39,14 +39,14 @@ InterfaceRef<IAudioResampler> MakeResampler(
 
 // Pulls inNumOutput samples of one channel out of the resampler, in blocks of inBlock, as much input at a
 // time as the resampler asks for. The input goes on in zeros.
-Samples PullThrough(
-	IAudioResampler& ioResampler, Samples const& inInput, unsigned inNumOutput, unsigned inBlock = 512);
+Signal PullThrough(
+	IAudioResampler& ioResampler, Signal const& inInput, unsigned inNumOutput, unsigned inBlock = 512);
 // The same of several channels.
-std::vector<Samples> PullChannelsThrough(IAudioResampler& ioResampler, std::vector<Samples> const& inInputs,
+std::vector<Signal> PullChannelsThrough(IAudioResampler& ioResampler, std::vector<Signal> const& inInputs,
 	unsigned inNumOutput, unsigned inBlock = 512);
 
 // A tone of so many cycles a sample, from sample 0 on.
-Samples MakeTone(double inFrequency, unsigned inCount);
+Signal MakeTone(double inFrequency, unsigned inCount);
 
 // The tone that comes nearest to what was measured.
 struct ToneFit
@@ -58,11 +58,11 @@ struct ToneFit
 	double mSignalToNoise;
 };
 // inMeasured should be the tone of so many cycles a sample, at the positions inFirst + k * inStep.
-ToneFit FitTone(Samples const& inMeasured, double inFrequency, double inFirst, double inStep);
+ToneFit FitTone(Signal const& inMeasured, double inFrequency, double inFirst, double inStep);
 // The same for a wave that has the angle inAngle(k) in sample k, in radians.
-ToneFit FitWave(Samples const& inMeasured, std::function<double(std::size_t)> const& inAngle);
+ToneFit FitWave(Signal const& inMeasured, std::function<double(std::size_t)> const& inAngle);
 
 // The mean power over that of a tone of full scale, in dB.
-double MeasureLevel(Samples const& inSamples);
+double MeasureLevel(Signal const& inSamples);
 
 } // namespace SN::Testing

@@ -1,41 +1,24 @@
 #include "ResamplerRuns.h"
 #include "Sonaro/AudioResamplerFactory.h"
+#include "Support/Engine.h"
 #include "Time/Resampler/CubicCoefficientTable.h"
-#include "zorvaudiodsp/AudioBuffer.h"
-#include "zorvaudiodsp/AudioSubBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <string>
-#include <thread>
-
-namespace SN
-{
-namespace
+namespace SN::ResamplerTest
 {
 
-using namespace Testing;
-
-dsp::AudioBuffer MakeBuffer(Samples const& inSamples, unsigned long long inChannels = 1)
+dsp::AudioBuffer BufferOf(Signal const& inSamples)
 {
-	dsp::AudioBuffer buffer(inChannels, static_cast<unsigned>(inSamples.size()));
-	for (unsigned long long channel = 0; channel < inChannels; ++channel)
-	{
-		std::copy(inSamples.begin(), inSamples.end(), buffer.GetChannel(channel));
-	}
+	dsp::AudioBuffer buffer(1, static_cast<unsigned>(inSamples.size()));
+	std::copy(inSamples.begin(), inSamples.end(), buffer.GetChannel(0));
 	return buffer;
 }
 
-Samples Convert(IAudioResampler& ioResampler, Samples const& inInput, unsigned inNumOutput)
+Signal Convert(IAudioResampler& ioResampler, Signal const& inInput, unsigned inNumOutput)
 {
-	dsp::AudioBuffer const input = MakeBuffer(inInput);
+	dsp::AudioBuffer const input = BufferOf(inInput);
 	dsp::AudioBuffer output(1, inNumOutput);
 	ioResampler.Process(input, output, input.GetCapacity(), inNumOutput);
-	float const* const samples = output.GetChannel(0);
-	return output.IsSilent() ? Samples(inNumOutput) : Samples(samples, samples + inNumOutput);
+	return Heard(output);
 }
 
 TEST(Resamplers, QualityChoosesTheClass)
@@ -45,7 +28,7 @@ TEST(Resamplers, QualityChoosesTheClass)
 		int mQuality;
 		bool mIsMade;
 		bool mSupportsFrameRateChange;
-		// Samples that one output needs at equal rates, which tells the three apart.
+		// Samples that one output needs at equal rates, in which the three differ.
 		unsigned mNumInput;
 	};
 	constexpr Case kCases[] = {
@@ -76,7 +59,7 @@ TEST(Resamplers, QualityChoosesTheClass)
 	}
 }
 
-TEST(Resamplers, CountsAsTold)
+TEST(Resamplers, CountWhatTheyNeedAndGive)
 {
 	struct Case
 	{
@@ -125,21 +108,9 @@ TEST(Resamplers, SincAsksForPrimingOnceAndAgainAfterResetOrInit)
 	resampler->Init(rates.mInput, rates.mOutput, 1, false);
 	EXPECT_EQ(resampler->GetInputSampleCount(129), 512u);
 	// 384 samples in, 256 of them after the priming lag.
-	Convert(*resampler, Samples(384), 100);
+	Convert(*resampler, Signal(384), 100);
 	EXPECT_EQ(resampler->GetInputSampleCount(156), 0u);
 	EXPECT_EQ(resampler->GetInputSampleCount(157), 256u);
-}
-
-TEST(Resamplers, LinearAtEqualRatesIsTheInput)
-{
-	Samples const input = MakeTone(0.013, 500);
-	auto const resampler = MakeResampler(ResamplerKind::kLinear, RatePair(48000, 48000));
-	Samples const output = Convert(*resampler, Samples(input.begin(), input.begin() + 301), 300);
-	EXPECT_TRUE(std::equal(output.begin(), output.end(), input.begin()));
-	// The position went back to 300 - 301.
-	EXPECT_EQ(resampler->GetInputSampleCount(1), 1u);
-	Samples const next = Convert(*resampler, Samples(input.begin() + 301, input.end()), 190);
-	EXPECT_TRUE(std::equal(next.begin(), next.end(), input.begin() + 300));
 }
 
 TEST(Resamplers, SilenceAndResetForgetWhatWasHeard)
@@ -151,7 +122,7 @@ TEST(Resamplers, SilenceAndResetForgetWhatWasHeard)
 			SCOPED_TRACE(std::string(GetName(kind)) + (bySilence ? ", silence" : ", Reset"));
 			RatePair const rates(48000, 44100);
 			auto const used = MakeResampler(kind, rates);
-			Convert(*used, Samples(60, 0.75f), 50);
+			Convert(*used, Signal(60, 0.75f), 50);
 			if (bySilence)
 			{
 				dsp::AudioBuffer silence(1, 20);
@@ -164,7 +135,7 @@ TEST(Resamplers, SilenceAndResetForgetWhatWasHeard)
 			{
 				used->Reset();
 			}
-			Samples const input = MakeTone(0.05, 100);
+			Signal const input = MakeTone(0.05, 100);
 			EXPECT_EQ(Convert(*used, input, 80), Convert(*MakeResampler(kind, rates), input, 80));
 		}
 	}
@@ -177,7 +148,7 @@ TEST(Resamplers, OnlyLinearForgetsInAnEmptySilentBlock)
 	{
 		SCOPED_TRACE(GetName(kind));
 		auto const resampler = MakeResampler(kind, RatePair(1.0));
-		Convert(*resampler, Samples(10, 0.75f), 9);
+		Convert(*resampler, Signal(10, 0.75f), 9);
 		dsp::AudioBuffer silence(1, 4);
 		silence.Zero();
 		dsp::AudioBuffer output(1, 4);
@@ -194,9 +165,9 @@ TEST(Resamplers, SilenceOfOneChannelIsFlaggedAlone)
 		SCOPED_TRACE(GetName(kind));
 		auto const resampler = MakeResampler(kind, RatePair(1.0), 2);
 		unsigned const numInput = resampler->GetInputSampleCount(64);
-		dsp::AudioBuffer input = MakeBuffer(Samples(numInput, 0.5f), 3);
+		dsp::AudioBuffer input = MakeBuffer(3, numInput, 0.5f);
 		input.MarkChannelSilent(1);
-		dsp::AudioBuffer output = MakeBuffer(Samples(64, -77.25f), 4);
+		dsp::AudioBuffer output = MakeBuffer(4, 64, -77.25f);
 		output.Zero();
 		resampler->Process(input, output, numInput, 64);
 		bool const isSinc = kind >= ResamplerKind::kSinc;
@@ -222,7 +193,7 @@ TEST(Resamplers, SilenceMayBeLongerThanTheSharedBlock)
 		auto const resampler = MakeResampler(kind, RatePair(50.0), 2);
 		constexpr unsigned kOutputs = 6000;
 		unsigned const numInput = resampler->GetInputSampleCount(kOutputs);
-		dsp::AudioBuffer input = MakeBuffer(Samples(numInput, 0.5f), 2);
+		dsp::AudioBuffer input = MakeBuffer(2, numInput, 0.5f);
 		input.MarkChannelSilent(1);
 		dsp::AudioBuffer output(2, kOutputs);
 		resampler->Process(input, output, numInput, kOutputs);
@@ -239,13 +210,9 @@ TEST(Resamplers, WritesItsWindowAndNothingElse)
 		SCOPED_TRACE(GetName(kind));
 		auto const resampler = MakeResampler(kind, RatePair(48000, 44100));
 		unsigned const numInput = resampler->GetInputSampleCount(37);
-		dsp::AudioBuffer const input = MakeBuffer(Samples(numInput, 0.5f));
-		dsp::AudioBuffer parent = MakeBuffer(Samples(100, -7.0f));
-		dsp::AudioSubBuffer window;
-		window.Init(1);
-		window.Assign(parent, 13);
-		window.SetUseSize(37);
-		resampler->Process(input, window, numInput, 37);
+		dsp::AudioBuffer const input = MakeBuffer(1, numInput, 0.5f);
+		dsp::AudioBuffer parent = MakeBuffer(1, 100, -7.0f);
+		resampler->Process(input, *WindowOf(parent, 13, 37), numInput, 37);
 		float const* const samples = parent.GetChannel(0);
 		EXPECT_EQ(std::count(samples, samples + 100, -7.0f), 63);
 		EXPECT_EQ(samples[12], -7.0f);
@@ -265,7 +232,7 @@ TEST(Resamplers, SincBeyondItsRangeIsSilent)
 	{
 		SCOPED_TRACE(test.mRatio);
 		auto const resampler = MakeResampler(ResamplerKind::kSinc, RatePair(test.mRatio));
-		Samples const output = Convert(*resampler, Samples(resampler->GetInputSampleCount(200), 0.5f), 200);
+		Signal const output = Convert(*resampler, Signal(resampler->GetInputSampleCount(200), 0.5f), 200);
 		EXPECT_EQ(std::abs(output[199]) > 0.4f, test.mIsInRange);
 	}
 }
@@ -279,24 +246,22 @@ TEST(Resamplers, MisuseIsSilent)
 		SCOPED_TRACE(GetName(kind));
 		auto const resampler = MakeResampler(kind, RatePair(1.0));
 		resampler->Init(FrameRate(), FrameRate(), 1, false);
-		EXPECT_EQ(MeasureLevel(Convert(*resampler, Samples(64, 0.5f), 64)), -HUGE_VAL);
+		EXPECT_EQ(MeasureLevel(Convert(*resampler, Signal(64, 0.5f), 64)), -HUGE_VAL);
 		resampler->Init(FrameRate(1000), FrameRate(1000), 1, false);
 		EXPECT_EQ(MeasureLevel(Convert(*resampler, {}, 16)), -HUGE_VAL);
 
 		// A window that is wider than its parent.
 		auto const wide = MakeResampler(kind, RatePair(1.0), 2);
 		dsp::AudioBuffer output(1, 16);
-		dsp::AudioSubBuffer window;
-		window.Init(2);
-		window.Assign(output, 0);
-		wide->Process(dsp::AudioBuffer(2, 0), window, 0, 16);
+		auto const window = WindowOf(output, 0, 16, 2);
+		wide->Process(dsp::AudioBuffer(2, 0), *window, 0, 16);
 		dsp::AudioBuffer const input(2, wide->GetInputSampleCount(16));
-		wide->Process(input, window, input.GetUseSize(), 16);
+		wide->Process(input, *window, input.GetUseSize(), 16);
 		EXPECT_FALSE(output.IsSilent());
 	}
 	auto const raw = AudioResamplerFactory::CreateAudioResampler(RenderQuality::kMaximum);
 	EXPECT_EQ(raw->GetInputSampleCount(64), 0u);
-	EXPECT_EQ(MeasureLevel(Convert(*raw, Samples(64, 0.5f), 64)), -HUGE_VAL);
+	EXPECT_EQ(MeasureLevel(Convert(*raw, Signal(64, 0.5f), 64)), -HUGE_VAL);
 }
 
 // A change of speed in flight: the line goes on from where it was.
@@ -313,7 +278,7 @@ TEST(Resamplers, ChangingRatesLeavesNoSeam)
 			RatePair const rates(ratio);
 			resampler->SetFrameRates(rates.mInput, rates.mOutput);
 			unsigned const numInput = resampler->GetInputSampleCount(40);
-			Samples ramp(numInput);
+			Signal ramp(numInput);
 			std::generate(ramp.begin(), ramp.end(), [&] { return static_cast<float>(fed++); });
 			for (float const sample : Convert(*resampler, ramp, 40))
 			{
@@ -341,40 +306,8 @@ TEST(CubicCoefficientTable, LivesAsLongAsSomebodyHoldsIt)
 	EXPECT_TRUE(watched.expired());
 	// Many at once find one.
 	std::vector<std::shared_ptr<CubicCoefficientTable const>> found(8);
-	std::vector<std::thread> threads;
-	for (auto& table : found)
-	{
-		threads.emplace_back([&table] { table = CubicCoefficientTable::GetShared(); });
-	}
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
+	RunOnThreads(8, [&](unsigned inThread) { found[inThread] = CubicCoefficientTable::GetShared(); });
 	EXPECT_EQ(std::count(found.begin(), found.end(), found[0]), 8);
 }
 
-TEST(CubicCoefficientTable, HoldsTheLopsidedCurve)
-{
-	struct Case
-	{
-		unsigned mStep;
-		float mWeights[4];
-	};
-	constexpr Case kCases[] = {
-		{0, {0.0f, 1.0f, 0.0f, 0.0f}},
-		{512, {-0.03125f, 0.46875f, 0.65625f, -0.09375f}},
-		{1024, {0.0f, 1.0f, 0.0f, 0.0f}},
-	};
-	auto const table = CubicCoefficientTable::GetShared();
-	for (Case const& test : kCases)
-	{
-		SCOPED_TRACE(test.mStep);
-		for (unsigned k = 0; k < 4; ++k)
-		{
-			EXPECT_EQ(table->GetCoefficients()[4 * test.mStep + k], test.mWeights[k]);
-		}
-	}
-}
-
-} // namespace
-} // namespace SN
+} // namespace SN::ResamplerTest

@@ -1,27 +1,17 @@
 #include "Sonaro/AudioPrefetch.h"
 #include "Sonaro/AudioWaveformQueue.h"
 #include "Sonaro/AudioWaveformRequest.h"
+#include "Support/Common.h"
 #include "Vexilon/ITimeTransform.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 #include "zorvcore/messaging/Stations.h"
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
 #include "zorvcore/threads/Gate.h"
 
-#include <gmock/gmock.h>
-
-#include <atomic>
 #include <cctype>
-#include <functional>
-#include <map>
-#include <string>
-#include <thread>
 #include <tuple>
-#include <utility>
-#include <vector>
 
-namespace SN
-{
-namespace
+namespace SN::AudioWaveformTest
 {
 
 using namespace AudioWaveformQueue;
@@ -197,8 +187,8 @@ TEST(AudioWaveformQueue, AJobMayClearTheQueueItRunsOn)
 TEST(AudioWaveformQueue, AClearedJobKnowsItEvenWhenTheNextQueueIsThere)
 {
 	Gate running(false), next(false);
-	std::vector<bool> told;
-	auto const note = [&] { told.insert(told.end(), {IsJobAborted(), IsAborted()}); };
+	std::vector<bool> seen;
+	auto const note = [&] { seen.insert(seen.end(), {IsJobAborted(), IsAborted()}); };
 	MakeRequest([&] { note(), running.Open(), next.PassThrough(), note(); })->Complete(kSuccess);
 	MakeRequest(note)->Complete(kSuccess);
 	running.PassThrough();
@@ -214,7 +204,7 @@ TEST(AudioWaveformQueue, AClearedJobKnowsItEvenWhenTheNextQueueIsThere)
 	clearing.join();
 	MakeRequest(note)->Complete(kSuccess);
 	GetQueue()->Stop();
-	EXPECT_EQ(told, (std::vector<bool>{false, false, true, false, true, false, false, false}));
+	EXPECT_EQ(seen, (std::vector<bool>{false, false, true, false, true, false, false, false}));
 	Clear();
 }
 
@@ -308,5 +298,4 @@ TEST_F(AudioWaveformRequestTest, AnOffsetShiftsBothTimesAndHandsOnTheRest)
 	EXPECT_EQ(shifted->GetWaveformInfo(a, b, n), 1);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioWaveformTest

@@ -1,27 +1,10 @@
 #include "AudioRender/Core/AudioRenderContext.h"
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/FakeParameter.h"
-#include "Support/Fakes.h"
-#include "zorvcore/config/Exceptions.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
-namespace SN
+namespace SN::AudioRenderContextTest
 {
-namespace
-{
-
-using namespace Testing;
-using zorvcore::classref::MakeObject;
 
 InterfaceRef<AudioRenderContext> ClassOf(ScopedContext const& inContext)
 {
@@ -77,12 +60,12 @@ TEST(AudioRenderContext, NestingHidesAndRestoresTheOuterLevel)
 	context->IncrementInstanceIndex();
 	concrete->AddCachedGenerator(key, silence);
 	AudioRenderContextClient outer;
-	EXPECT_EQ(outer.Init(context.Get(), k48000Hz), kSuccess);
+	EXPECT_EQ(outer.Init(context, k48000Hz), kSuccess);
 	EXPECT_FALSE(context->IsNotTopLevelPlayback());
 
 	context->PushNestingLevel();
 	AudioRenderContextClient inner;
-	inner.Init(context.Get(), k48000Hz);
+	inner.Init(context, k48000Hz);
 	EXPECT_EQ(context->GetNestingDepth(), 1u);
 	EXPECT_EQ(concrete->GetInstanceIndex(), 0u);
 	EXPECT_FALSE(context->FindCachedGenerator(key));
@@ -238,12 +221,11 @@ TEST(AudioRenderContextClient, InitReportsAndKeepsWhatItWasGiven)
 	AudioRenderContextClient client;
 	EXPECT_THROW(client.GetMaxBlockSize(), zorvcore::config::zorv_exception);
 	EXPECT_EQ(client.Init({}, k48000Hz), eNullPointer);
-	EXPECT_EQ(client.Init(context.Get(), FrameRate()), eInvalidArgument);
+	EXPECT_EQ(client.Init(context, FrameRate()), eInvalidArgument);
 	EXPECT_EQ(client.GetMaxBlockSize(), 256u) << "the context is stored all the same";
-	EXPECT_EQ(client.Init(context.Get(), k44100Hz), kSuccess);
+	EXPECT_EQ(client.Init(context, k44100Hz), kSuccess);
 	AudioRenderContextClient const copy = client;
 	EXPECT_EQ(copy.GetFrameRate(), k44100Hz);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioRenderContextTest

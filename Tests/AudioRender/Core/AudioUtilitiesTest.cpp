@@ -1,17 +1,8 @@
 #include "Sonaro/AudioUtilities.h"
 
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cstdint>
-#include <limits>
-#include <vector>
-
-namespace SN
-{
-namespace
+namespace SN::AudioUtilitiesTest
 {
 
 TEST(InterleaveBuffer, WritesTheSmallerOfBothSidesAndSilenceForFlaggedChannels)
@@ -89,5 +80,4 @@ TEST(SilenceBuffer, IsOneAlignedBlockOfZeros)
 		std::vector<float>(silence, silence + GetMaxResampleBufferSize()), std::vector<float>(262144, 0.0f));
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioUtilitiesTest

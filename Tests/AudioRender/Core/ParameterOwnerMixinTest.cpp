@@ -1,20 +1,9 @@
 #include "AudioRender/Core/ParameterOwnerMixin.h"
 
-#include "Support/Contexts.h"
-#include "Support/FakeParameter.h"
-#include "zorvcore/config/Exceptions.h"
+#include "Support/Engine.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-namespace SN
+namespace SN::ParameterOwnerMixinTest
 {
-namespace
-{
-
-using namespace Testing;
-using ::testing::ElementsAre;
-using zorvcore::classref::MakeObject;
 
 // A node that has nothing but parameters.
 class Owner final : public ParameterOwnerMixin
@@ -165,9 +154,9 @@ TEST(ParameterOwnerMixin, AnEmptyParameterEndsTheWalk)
 	Fixture exported;
 	exported.Add(1.0f);
 	exported.mParams.push_back({});
-	auto const behind = exported.Add(3.0f);
+	auto const later = exported.Add(3.0f);
 	EXPECT_EQ(exported.Make()->GetParameterCount(), 1u);
-	EXPECT_TRUE(behind->mLog->empty());
+	EXPECT_TRUE(later->mLog->empty());
 
 	Prefetcher prefetcher;
 	Fixture live(&prefetcher);
@@ -261,5 +250,4 @@ TEST(ParameterOwnerMixin, ABypassIsConstantWhenItIsOnAndNeverChanges)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::ParameterOwnerMixinTest

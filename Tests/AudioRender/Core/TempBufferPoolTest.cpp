@@ -1,15 +1,9 @@
 #include "AudioRender/Core/TempBufferPool.h"
 
 #include "AudioRender/Core/StackAudioBufferTags.h"
-#include "zorvcore/config/Exceptions.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-namespace SN
-{
-namespace
+namespace SN::TempBufferPoolTest
 {
 
 ImmutableString const kTag("tag");
@@ -94,5 +88,4 @@ TEST(TempBufferPool, AnUnreservedBufferIsMissedAtItsFirstUse)
 	EXPECT_THROW(scoped.GetBuffer(), zorvcore::config::zorv_exception);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::TempBufferPoolTest

@@ -1,27 +1,11 @@
 #include "AudioRender/Routing/AudioTransitionRenderer.h"
 
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Answers.h"
-#include "Support/Contexts.h"
-#include "Support/Fakes.h"
-#include "Support/SimpleGenerator.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-#include <vector>
-
-namespace SN
-{
-namespace
+namespace SN::AudioTransitionRendererTest
 {
 
-using namespace Testing;
-using zorvcore::classref::MakeObject;
-
-// Gains that tell a wrong progress, in whichever place of the float.
+// Gains that show a wrong progress, in whichever place of the float.
 class CrossFade final : public Answers<IAudioTransition>
 {
 public:
@@ -58,14 +42,10 @@ public:
 	{
 		FillFrom([this](unsigned long long inChannel, long long inFrame)
 			{ return SampleAt(inChannel, inFrame); },
-			GetNumChannels(), inTime, k48000Hz, inBuffer);
+			GetNumChannels(), inTime, k48000Hz, inBuffer, inReverse);
 		for (unsigned channel = 0; channel < GetNumChannels(); ++channel)
 		{
 			inBuffer.SetChannelZero(channel, (mSilent >> channel & 1) != 0);
-		}
-		if (inReverse)
-		{
-			inBuffer.Reverse();
 		}
 	}
 
@@ -83,8 +63,8 @@ InterfaceRef<IAudioGenerator> Make(ScopedContext const& inContext,
 {
 	InterfaceRef<IAudioGenerator> renderer;
 	EXPECT_EQ(
-		SonaroFactory::CreateClassRef()->CreateAudioTransitionRenderer(inContext.Get(), k48000Hz,
-			inTransition, kParameters, inOutgoing, inIncoming, At(400), At(950), At(1000), At(77), &renderer),
+		SonaroFactory::CreateClassRef()->CreateAudioTransitionRenderer(inContext, k48000Hz, inTransition,
+			kParameters, inOutgoing, inIncoming, At(400), At(950), At(1000), At(77), &renderer),
 		kSuccess);
 	return renderer;
 }
@@ -128,13 +108,12 @@ TEST(AudioTransitionRenderer, MixesBitForBitAsTheFormulaWhateverIsSilent)
 			PullRange const range{first, frames, 3, k48000Hz};
 			Samples const expected = Reference(*outgoing, *incoming, first, frames);
 			transition->mCalls = 0;
-			EXPECT_EQ(DescribeDifference(PullWhole(*one, range), expected), "");
+			EXPECT_TRUE(Same(PullWhole(*one, range), expected));
 			// The third channel comes in alone and is never flagged.
 			unsigned const heard = 1 + ((flags & 5) != 5 ? 1 : 0) + ((flags & 10) != 10 ? 1 : 0);
 			EXPECT_EQ(transition->mCalls, heard * frames);
 			EXPECT_EQ(transition->mParameters, kParameters);
-			EXPECT_EQ(
-				DescribeDifference(PullWhole(*one, range, Direction::kReverse), Reversed(expected)), "");
+			EXPECT_TRUE(Same(PullWhole(*one, range, Direction::kReverse), Reversed(expected)));
 		}
 	}
 }
@@ -150,9 +129,7 @@ TEST(AudioTransitionRenderer, ClipsHearTheirOwnTimesAndSilenceAsksNobody)
 	EXPECT_EQ(InterfaceRef<AudioTransitionRenderer>(renderer)->GetParameters(), kParameters);
 	EXPECT_EQ(renderer->GetDelay(), At(5));
 	renderer->Preroll(At(10), true);
-	std::vector<SynchronousPrefetchRequest> requests;
-	PrefetchRequestAccumulator accumulator(PrefetchRequestAccumulator::ExtendCapacity, &requests, nullptr);
-	renderer->AccumulatePrefetchRequests({At(10), At(20)}, SynchronousPrefetch, accumulator);
+	RequestPrefetch(*renderer, {At(10), At(20)});
 	renderer->FillInitialDelay(At(10), kTimeZero, false, true);
 	dsp::AudioBuffer buffer(1, 4);
 	renderer->GetAudioData(At(10), buffer, false);
@@ -171,5 +148,4 @@ TEST(AudioTransitionRenderer, ClipsHearTheirOwnTimesAndSilenceAsksNobody)
 	EXPECT_TRUE(buffer.IsSilent());
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioTransitionRendererTest

@@ -1,48 +1,8 @@
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/Fakes.h"
+#include "Support/Engine.h"
 #include "Support/NaiveClip.h"
-#include "Support/SimpleGenerator.h"
-#include "zorvaudiodsp/AudioBuffer.h"
-#include "zorvcore/config/Exceptions.h"
-#include "zorvmediatypes/AudioChannelLayout.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
-namespace SN
+namespace SN::AudioClipRendererTest
 {
-namespace
-{
-
-using namespace Testing;
-using zorvcore::classref::MakeObject;
-
-using Generators = std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap>;
-
-struct ClipSettings
-{
-	unsigned mChannels = 1;
-	TickTime mStartOffset;
-	float mGain = 1.0f;
-	double mSpeed = 1.0;
-	FrameRate mFrameRate = k48000Hz;
-};
-
-InterfaceRef<IAudioGenerator> MakeClip(
-	ScopedContext const& inContext, Generators const& inGenerators, ClipSettings const& inSettings = {})
-{
-	AudioChannelLayout const layout =
-		zorvmediatypes::CreateMultichannelLayout(static_cast<int>(inSettings.mChannels));
-	InterfaceRef<IAudioGenerator> clip;
-	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateAudioClipRenderer(inContext.Get(), inSettings.mFrameRate,
-				  inGenerators, layout, inSettings.mStartOffset, inSettings.mGain, inSettings.mSpeed, &clip),
-		kSuccess);
-	return clip;
-}
 
 AudioChannelMap Identity(unsigned inChannels)
 {
@@ -56,7 +16,6 @@ AudioChannelMap Identity(unsigned inChannels)
 
 TEST(AudioClipRenderer, AnyRoutingEqualsTheNaiveClip)
 {
-	auto const factory = SonaroFactory::CreateClassRef();
 	std::mt19937 random(7);
 	for (int trial = 0; trial < 200; ++trial)
 	{
@@ -67,7 +26,7 @@ TEST(AudioClipRenderer, AnyRoutingEqualsTheNaiveClip)
 		NaiveClip naive;
 		naive.mStartOffset = static_cast<long long>(random() % 400) - 200;
 		naive.mGain = random() % 2 == 0 ? 1.0 : 0.25;
-		Generators generators;
+		std::map<Generator, AudioChannelMap> generators;
 		// Each output channel has one feeder at most, and those that the clip does not silence by itself,
 		// the first ones, always have one.
 		for (unsigned index = 0; index < count; ++index)
@@ -84,14 +43,12 @@ TEST(AudioClipRenderer, AnyRoutingEqualsTheNaiveClip)
 					map[out] = random() % (stream.mSourceChannels + 1);
 				}
 			}
-			InterfaceRef<IAudioGenerator> generator;
-			factory->CreateAudioStreamRenderer(context.Get(), k48000Hz,
-				MakeObject<FakeSource>(stream.mSourceChannels, stream.mLength), -1, 1.0, {}, &generator);
-			generators[generator] = map;
+			generators[MakeStream(context, MakeObject<FakeSource>(stream.mSourceChannels, stream.mLength))] =
+				map;
 			naive.mStreams.emplace_back(stream, map);
 		}
 		ClipSettings const settings{
-			clipChannels, At(naive.mStartOffset), static_cast<float>(naive.mGain), 1.0, k48000Hz};
+			clipChannels, At(naive.mStartOffset), static_cast<float>(naive.mGain), 1.0};
 		auto const make = [&] { return MakeClip(context, generators, settings); };
 		PullRange const range{static_cast<long long>(random() % 600) - 300,
 			1 + static_cast<unsigned>(random() % 400), 1 + static_cast<unsigned>(random() % 8)};
@@ -105,12 +62,10 @@ TEST(AudioClipRenderer, AnyRoutingEqualsTheNaiveClip)
 			{
 				continue;
 			}
-			EXPECT_EQ(
-				DescribeDifference({pulled[channel]}, {{expected[channel].begin(), expected[channel].end()}}),
-				"");
+			EXPECT_TRUE(Same({pulled[channel]}, {expected[channel]}));
 		}
 		ExpectAnySplitEqualsWhole(make, range, 128);
-		EXPECT_EQ(DescribeDifference(Pull(*make()->Clone(), range, BlocksOf(128)), pulled), "") << "a clone";
+		EXPECT_TRUE(Same(Pull(*make()->Clone(), range, BlocksOf(128)), pulled)) << "a clone";
 		ASSERT_FALSE(HasFailure());
 	}
 }
@@ -120,20 +75,11 @@ TEST(AudioClipRenderer, LowerChannelsWithoutAFeederStayAsTheCallerLeftThem)
 	ScopedContext const context;
 	auto const clip = MakeClip(context,
 		{{MakeObject<FakeGenerator>(1), {{1, 0}}}, {MakeObject<FakeGenerator>(1), {{3, 0}}}},
-		{4, {}, 1.0f, 1.0, k48000Hz});
-	dsp::AudioBuffer buffer(6, 4);
-	for (unsigned channel = 0; channel < 6; ++channel)
-	{
-		buffer.GetChannel(channel)[0] = 5.0f;
-	}
+		{4, {}, 1.0f, 1.0});
+	dsp::AudioBuffer buffer = MakeBuffer(6, 1, 5.0f);
 	clip->GetAudioData(At(0), buffer, false);
-	EXPECT_FALSE(buffer.IsChannelSilent(0));
-	EXPECT_EQ(buffer.GetChannel(0)[0], 5.0f);
-	EXPECT_EQ(buffer.GetChannel(1)[0], PositionSample(0, 0));
-	EXPECT_TRUE(buffer.IsChannelSilent(2));
-	EXPECT_EQ(buffer.GetChannel(3)[0], PositionSample(0, 0));
-	EXPECT_TRUE(buffer.IsChannelSilent(4));
-	EXPECT_TRUE(buffer.IsChannelSilent(5));
+	float const sound = PositionSample(0, 0);
+	EXPECT_EQ(HeardChannels(buffer), (Samples{{5.0f}, {sound}, {0.0f}, {sound}, {0.0f}, {0.0f}}));
 }
 
 TEST(AudioClipRenderer, ANarrowSingleGeneratorSeesABufferOfItsOwnWidth)
@@ -151,8 +97,7 @@ TEST(AudioClipRenderer, ANarrowSingleGeneratorSeesABufferOfItsOwnWidth)
 	{
 		SCOPED_TRACE(test.mName);
 		auto const generator = MakeObject<FakeGenerator>(test.mGeneratorChannels);
-		auto const clip =
-			MakeClip(context, {{generator, Identity(6)}}, {test.mClipChannels, {}, 1.0f, 1.0, k48000Hz});
+		auto const clip = MakeClip(context, {{generator, Identity(6)}}, {test.mClipChannels, {}, 1.0f, 1.0});
 		Samples const pulled = PullWhole(*clip, {100, 8, 6});
 		EXPECT_EQ(generator->mSeenChannels, test.mSeen);
 		EXPECT_EQ(pulled[1][7], PositionSample(1, 107));
@@ -184,7 +129,7 @@ TEST(AudioClipRenderer, SpeedAndRateActOnTheOffsetAlone)
 		SCOPED_TRACE(test.mName);
 		auto const generator = MakeObject<FakeGenerator>(1, PositionSample, test.mSourceRate);
 		auto const clip =
-			MakeClip(context, {{generator, Identity(1)}}, {1, At(test.mOffset), 2.0f, test.mSpeed, k48000Hz});
+			MakeClip(context, {{generator, Identity(1)}}, {1, At(test.mOffset), 2.0f, test.mSpeed});
 		dsp::AudioBuffer buffer(1, 4);
 		clip->GetAudioData(At(1000), buffer, true);
 		Call const expected{"GetAudioData", At(1000) + test.mExpected, 4, true};
@@ -200,7 +145,7 @@ TEST(AudioClipRenderer, HandsItsCallsOnToEachGenerator)
 	a->mDelay = TickTime::FromTicks(3);
 	b->mDelay = TickTime::FromTicks(7);
 	auto const clip =
-		MakeClip(context, {{a, {{0, 0}}}, {b, {{1, 0}}}, {{}, {{0, 0}}}}, {2, At(10), 1.0f, 1.0, k48000Hz});
+		MakeClip(context, {{a, {{0, 0}}}, {b, {{1, 0}}}, {{}, {{0, 0}}}}, {2, At(10), 1.0f, 1.0});
 
 	EXPECT_EQ(clip->GetDelay(), TickTime::FromTicks(7));
 	context->SetDelayCompensationDisabled(true);
@@ -210,9 +155,8 @@ TEST(AudioClipRenderer, HandsItsCallsOnToEachGenerator)
 	EXPECT_TRUE(clip->HasHistory());
 	EXPECT_EQ(InterfaceRef<IAudioRenderGraphNodeInfo>(clip)->GetInputNodes().size(), 3u);
 
-	PrefetchRequestAccumulator nowhere(PrefetchRequestAccumulator::FixedCapacity, nullptr, nullptr);
 	clip->InitializeAudioFilters();
-	clip->AccumulatePrefetchRequests({At(5), At(25)}, AsynchronousPrefetch, nowhere);
+	RequestPrefetch(*clip, {At(5), At(25)}, AsynchronousPrefetch);
 	clip->Preroll(At(100), true);
 	clip->FillInitialDelay(At(100), At(4), true, false);
 	clip->FillInitialDelay(At(100), At(4), true, true);
@@ -257,7 +201,7 @@ TEST(AudioClipRenderer, WhatAGeneratorLeavesOfARequestIsSilent)
 	{
 		SCOPED_TRACE(test.mName);
 		ScopedContext const context(8);
-		ClipSettings const settings{test.mClipChannels, {}, 1.0f, 1.0, k48000Hz};
+		ClipSettings const settings{test.mClipChannels, {}, 1.0f, 1.0};
 		auto const full =
 			MakeClip(context, {{MakeObject<FakeGenerator>(test.mGeneratorChannels), {{0, 0}}}}, settings);
 		auto const cut =
@@ -281,7 +225,7 @@ TEST(AudioClipRenderer, CreationReportsTheContextAndTheRate)
 	InterfaceRef<IAudioGenerator> const before = MakeObject<FakeGenerator>(1);
 	InterfaceRef<IAudioGenerator> clip = before;
 	EXPECT_EQ(factory->CreateAudioClipRenderer({}, k48000Hz, {}, {}, {}, 1.0f, 1.0, &clip), eNullPointer);
-	EXPECT_EQ(factory->CreateAudioClipRenderer(context.Get(), FrameRate(), {}, {}, {}, 1.0f, 1.0, &clip),
+	EXPECT_EQ(factory->CreateAudioClipRenderer(context, FrameRate(), {}, {}, {}, 1.0f, 1.0, &clip),
 		eInvalidArgument);
 	EXPECT_EQ(clip, before);
 }
@@ -289,7 +233,7 @@ TEST(AudioClipRenderer, CreationReportsTheContextAndTheRate)
 TEST(AudioClipRenderer, WithoutGeneratorsEveryChannelIsSilent)
 {
 	ScopedContext const context;
-	auto const clip = MakeClip(context, {}, {2, {}, 0.5f, 1.0, k48000Hz});
+	auto const clip = MakeClip(context, {}, {2, {}, 0.5f, 1.0});
 	EXPECT_EQ(clip->GetDelay(), kTimeZero);
 	EXPECT_FALSE(clip->HasHistory());
 	dsp::AudioBuffer buffer(2, 4);
@@ -297,5 +241,4 @@ TEST(AudioClipRenderer, WithoutGeneratorsEveryChannelIsSilent)
 	EXPECT_TRUE(buffer.IsSilent());
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioClipRendererTest

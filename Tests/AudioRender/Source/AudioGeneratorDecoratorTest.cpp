@@ -1,24 +1,10 @@
 #include "AudioRender/Source/AudioGeneratorDecorator.h"
 
 #include "AudioRender/Source/AudioGeneratorContentSpeedAdapter.h"
-#include "Sonaro/PrefetchRange.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Fakes.h"
-#include "zorvaudiodsp/AudioBuffer.h"
-#include "zorvcore/config/Exceptions.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
-namespace SN
+namespace SN::AudioGeneratorDecoratorTest
 {
-namespace
-{
-
-using namespace Testing;
-using zorvcore::classref::MakeObject;
 
 constexpr FrameRate k96000Hz{2646000};
 constexpr FrameRate k24000Hz{10584000};
@@ -29,12 +15,11 @@ std::vector<Call> CallAll(IAudioGenerator& ioGenerator, FakeGenerator& ioFake)
 {
 	ioFake.mCalls.clear();
 	dsp::AudioBuffer buffer(1, 8);
-	PrefetchRequestAccumulator accumulator(PrefetchRequestAccumulator::ExtendCapacity, nullptr, nullptr);
 	TickTime const odd(9, k96000Hz);
 	ioGenerator.Preroll(odd, true);
 	ioGenerator.FillInitialDelay(odd, TickTime(3, k96000Hz), true, true);
 	ioGenerator.FillInitialDelay(odd, TickTime(3, k96000Hz), false, false);
-	ioGenerator.AccumulatePrefetchRequests({odd, TickTime(17, k96000Hz)}, AsynchronousPrefetch, accumulator);
+	RequestPrefetch(ioGenerator, {odd, TickTime(17, k96000Hz)}, AsynchronousPrefetch);
 	ioGenerator.GetAudioData(odd, buffer, true);
 	return ioFake.mCalls;
 }
@@ -102,5 +87,4 @@ TEST(AudioGeneratorDecorator, ListensOnlyWhereItsGeneratorDoes)
 	EXPECT_THROW(empty->GetNumChannels(), zorvcore::config::NullPtrException);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioGeneratorDecoratorTest

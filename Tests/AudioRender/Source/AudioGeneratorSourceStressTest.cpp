@@ -1,27 +1,12 @@
 #include "AudioRender/Source/AudioGeneratorSource.h"
 
-#include "Support/Fakes.h"
-#include "Support/SimpleGenerator.h"
+#include "Support/Engine.h"
 #include "Vexilon/MediaManager.h"
-#include "zorvaudiodsp/AudioBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
 #include <cstdlib>
-#include <functional>
-#include <mutex>
-#include <random>
-#include <thread>
-#include <vector>
 
-namespace SN
+namespace SN::AudioGeneratorSourceStressTest
 {
-namespace
-{
-
-using namespace Testing;
 
 constexpr unsigned kChunk = 128;
 constexpr unsigned kFrames = 40 * kChunk;
@@ -59,8 +44,8 @@ public:
 	}
 	void Replace()
 	{
-		auto source = AudioGeneratorSource::Create(
-			zorvcore::classref::MakeObject<AloneGenerator>(), kChunk, TickTime(kFrames, k48000Hz));
+		auto source =
+			AudioGeneratorSource::Create(MakeObject<AloneGenerator>(), kChunk, TickTime(kFrames, k48000Hz));
 		std::lock_guard const lock(mMutex);
 		std::swap(source, mSource);
 	}
@@ -70,31 +55,26 @@ private:
 	InterfaceRef<AudioGeneratorSource> mSource;
 };
 
-// Reads a range and tells whether each chunk's part of it is the generator's own or silence as a whole.
-bool ReadsCleanly(
-	AudioGeneratorSource& ioSource, unsigned inFirst, dsp::AudioBuffer& ioBuffer, unsigned& outHeard)
+// How many samples of a range are heard; each chunk's part of it has to be the generator's own or silence as a
+// whole.
+unsigned ReadCleanly(AudioGeneratorSource& ioSource, unsigned inFirst, dsp::AudioBuffer& ioBuffer)
 {
-	ioSource.ReadPrefetchedAudio(TickTime(inFirst, k48000Hz), ioBuffer);
-	outHeard = 0;
+	ioSource.ReadPrefetchedAudio(At(inFirst), ioBuffer);
+	unsigned heard = 0;
 	for (unsigned channel = 0; channel < kChannels; ++channel)
 	{
-		float const* const samples = ioBuffer.GetChannel(channel);
-		for (unsigned i = 0; i < ioBuffer.GetUseSize(); ++i)
+		auto const samples = Heard(ioBuffer, channel);
+		for (unsigned i = 0; i < samples.size(); ++i)
 		{
-			unsigned const frame = inFirst + i;
-			bool const opensChunk = i == 0 || frame % kChunk == 0;
-			float const sample = ioBuffer.IsChannelSilent(channel) ? 0.0f : samples[i];
-			float const expected = PositionSample(channel, frame);
-			float const before = opensChunk || ioBuffer.IsChannelSilent(channel) ? sample : samples[i - 1];
-			bool const isSilence = sample == 0.0f;
-			if ((!isSilence && sample != expected) || (before == 0.0f) != isSilence)
-			{
-				return false;
-			}
-			outHeard += isSilence ? 0 : 1;
+			bool const isSilence = samples[i] == 0.0f;
+			bool const opensChunk = i == 0 || (inFirst + i) % kChunk == 0;
+			bool const goesOn = opensChunk || (samples[i - 1] == 0.0f) == isSilence;
+			bool const isOwn = isSilence || samples[i] == PositionSample(channel, inFirst + i);
+			EXPECT_TRUE(goesOn && isOwn) << "channel " << channel << " at " << inFirst + i;
+			heard += isSilence ? 0 : 1;
 		}
 	}
-	return true;
+	return heard;
 }
 
 std::chrono::seconds GetDuration()
@@ -103,71 +83,53 @@ std::chrono::seconds GetDuration()
 	return std::chrono::seconds(seconds ? std::atoi(seconds) : 5);
 }
 
-// One thread reads, two prefetch, one purges at random and one drops the source. SONARO_STRESS_SECONDS
-// makes it longer.
+// Four threads beside the one that reads: two prefetch, one purges at random and one drops the source.
+void Disturb(unsigned inThread, std::mt19937& ioRandom, Current& ioCurrent, unsigned long long inBudget)
+{
+	switch (inThread)
+	{
+	case 0:
+		VX::GetMediaManager()->SetByteBudget(ioRandom() % 4 == 0 ? inBudget : ioRandom() % 20000);
+		if (ioRandom() % 8 == 0)
+		{
+			ioCurrent.Get()->Discard();
+		}
+		std::this_thread::yield();
+		break;
+	case 1:
+		std::this_thread::sleep_for(std::chrono::microseconds(ioRandom() % 3000));
+		ioCurrent.Replace();
+		break;
+	default:
+		ioCurrent.Get()->PrefetchAudioData(
+			0, At(ioRandom() % kFrames), static_cast<unsigned>(ioRandom() % 1000));
+	}
+}
+
+// SONARO_STRESS_SECONDS makes it longer.
 TEST(AudioGeneratorSourceStress, EverySampleIsTheGeneratorsOwnOrSilence)
 {
 	auto const manager = VX::GetMediaManager();
 	auto const budget = manager->GetByteBudget();
 	Current current;
-	std::atomic<bool> isOver{false};
-	std::vector<std::thread> threads;
-	auto const repeat = [&](unsigned inSeed, std::function<void(std::mt19937&)> const& inStep)
-	{
-		threads.emplace_back(
-			[&isOver, inSeed, inStep]
-			{
-				std::mt19937 random(inSeed);
-				while (!isOver.load())
-				{
-					inStep(random);
-				}
-			});
-	};
-	for (unsigned const seed : {1u, 2u})
-	{
-		repeat(seed,
-			[&](std::mt19937& ioRandom)
-			{
-				current.Get()->PrefetchAudioData(
-					0, TickTime(ioRandom() % kFrames, k48000Hz), static_cast<unsigned>(ioRandom() % 1000));
-			});
-	}
-	repeat(3,
-		[&](std::mt19937& ioRandom)
-		{
-			manager->SetByteBudget(ioRandom() % 4 == 0 ? budget : ioRandom() % 20000);
-			if (ioRandom() % 8 == 0)
-			{
-				current.Get()->Discard();
-			}
-			std::this_thread::yield();
-		});
-	repeat(4,
-		[&](std::mt19937& ioRandom)
-		{
-			std::this_thread::sleep_for(std::chrono::microseconds(ioRandom() % 3000));
-			current.Replace();
-		});
-
-	std::mt19937 random(5);
 	dsp::AudioBuffer buffer(kChannels, 700);
 	unsigned long long heard = 0;
 	auto const end = std::chrono::steady_clock::now() + GetDuration();
-	while (std::chrono::steady_clock::now() < end)
-	{
-		auto const source = current.Get();
-		unsigned const first = static_cast<unsigned>(random()) % kFrames;
-		buffer.SetUseSize(1 + static_cast<unsigned>(random()) % 700);
-		unsigned now = 0;
-		ASSERT_TRUE(ReadsCleanly(*source, first, buffer, now)) << "at " << first;
-		heard += now;
-	}
-	isOver.store(true);
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
+	RunOnThreads(5,
+		[&](unsigned inThread)
+		{
+			std::mt19937 own(inThread);
+			while (std::chrono::steady_clock::now() < end && !HasFailure())
+			{
+				if (inThread < 4)
+				{
+					Disturb(inThread, own, current, budget);
+					continue;
+				}
+				buffer.SetUseSize(1 + static_cast<unsigned>(own()) % 700);
+				heard += ReadCleanly(*current.Get(), static_cast<unsigned>(own()) % kFrames, buffer);
+			}
+		});
 	EXPECT_GT(heard, 0u) << "something was heard at all";
 
 	// No chunk is lost for good.
@@ -175,10 +137,7 @@ TEST(AudioGeneratorSourceStress, EverySampleIsTheGeneratorsOwnOrSilence)
 	auto const source = current.Get();
 	source->PrefetchAudioData(0, kTimeZero, kFrames);
 	dsp::AudioBuffer whole(kChannels, kFrames);
-	unsigned all = 0;
-	EXPECT_TRUE(ReadsCleanly(*source, 0, whole, all));
-	EXPECT_EQ(all, kFrames * kChannels);
+	EXPECT_EQ(ReadCleanly(*source, 0, whole), kFrames * kChannels);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioGeneratorSourceStressTest

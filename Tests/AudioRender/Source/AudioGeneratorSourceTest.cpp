@@ -3,53 +3,18 @@
 #include "AudioRender/Source/PrefetchedAudioGenerator.h"
 #include "Sonaro/AudioPrefetch.h"
 #include "Sonaro/GeneratorPrefetch.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Support/Answers.h"
-#include "Support/Contexts.h"
-#include "Support/Fakes.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 #include "zorvcore/classref/AsyncDestruction.h"
-#include "zorvcore/config/Exceptions.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <atomic>
-#include <limits>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
-
-namespace SN
+namespace SN::AudioGeneratorSourceTest
 {
-namespace
-{
-
-using namespace Testing;
-using ::testing::ElementsAre;
-using zorvcore::classref::MakeObject;
 
 // Reads into a stale buffer; what is flagged reads as 0.
 Samples Read(IAsyncAudioSource& ioSource, long long inFrame, unsigned inFrames, unsigned inChannels)
 {
-	dsp::AudioBuffer buffer(inChannels, inFrames);
-	for (unsigned channel = 0; channel < inChannels; ++channel)
-	{
-		std::fill_n(buffer.GetChannel(channel), inFrames, 123.0f);
-	}
+	dsp::AudioBuffer buffer = MakeBuffer(inChannels, inFrames, 123.0f);
 	EXPECT_EQ(ioSource.ReadPrefetchedAudio(At(inFrame), buffer), 0);
-	Samples samples(inChannels, std::vector<float>(inFrames));
-	for (unsigned channel = 0; channel < inChannels; ++channel)
-	{
-		if (!buffer.IsChannelSilent(channel))
-		{
-			std::copy_n(buffer.GetChannel(channel), inFrames, samples[channel].begin());
-		}
-	}
-	return samples;
+	return HeardChannels(buffer);
 }
 
 // Generator samples in frames for which inIsThere says so, silence elsewhere.
@@ -106,8 +71,8 @@ TEST(AudioGeneratorSource, ReadsBackWholeChunksAndSilenceElsewhere)
 		{"across a seam into what is absent", 200, 100, 2},
 		{"out of what is absent", 300, 300, 2},
 		{"over all chunks and the end", 0, 2000, 2},
-		{"behind the end", 1024, 10, 2},
-		{"far behind", 1000000, 10, 2},
+		{"after the end", 1024, 10, 2},
+		{"far after it", 1000000, 10, 2},
 		{"before the start", -10, 5, 2},
 		{"across the start, which is silence as a whole", -1, 100, 2},
 		{"fewer channels", 0, 600, 1},
@@ -117,11 +82,10 @@ TEST(AudioGeneratorSource, ReadsBackWholeChunksAndSilenceElsewhere)
 	for (Case const& test : kCases)
 	{
 		SCOPED_TRACE(test.mName);
-		EXPECT_EQ(DescribeDifference(Read(*source, test.mFrame, test.mFrames, test.mChannels),
-					  Expect(test.mFrame, test.mFrames, test.mChannels,
-						  [&](unsigned inChannel, long long inFrame)
-						  { return test.mFrame >= 0 && isThere(inChannel, inFrame); })),
-			"");
+		EXPECT_TRUE(Same(Read(*source, test.mFrame, test.mFrames, test.mChannels),
+			Expect(test.mFrame, test.mFrames, test.mChannels,
+				[&](unsigned inChannel, long long inFrame)
+				{ return test.mFrame >= 0 && isThere(inChannel, inFrame); })));
 	}
 	EXPECT_EQ(GetRenderedFrames(*generator).size(), 2u) << "reading renders nothing";
 }
@@ -158,7 +122,7 @@ TEST(AudioGeneratorSource, RendersWhatIsAbsentAndTouchesTheRest)
 
 TEST(AudioGeneratorSource, ChunksAreCountedInSinglePrecision)
 {
-	// One sample more than 4097 chunks, which a float does not tell from 4097 chunks.
+	// One sample more than 4097 chunks, which is the same float as 4097 chunks.
 	auto const generator = MakeObject<FakeGenerator>(1);
 	auto const source = AudioGeneratorSource::Create(generator, 4096, At(4096 * 4097 + 1));
 	source->PrefetchAudioData(0, At(4096 * 4097), 1);
@@ -178,23 +142,15 @@ TEST(AudioGeneratorSource, AChunkIsRenderedOnceWhoeverAsks)
 	auto const generator = MakeObject<FakeGenerator>(1, &SlowSample);
 	auto const source = AudioGeneratorSource::Create(generator, 16, At(16 * 64));
 	std::atomic<unsigned> ready{0};
-	std::vector<std::thread> callers;
-	for (unsigned i = 0; i < 4; ++i)
-	{
-		callers.emplace_back(
-			[&]
+	RunOnThreads(4,
+		[&](unsigned)
+		{
+			for (++ready; ready < 4;)
 			{
-				for (++ready; ready < 4;)
-				{
-					std::this_thread::yield();
-				}
-				source->PrefetchAudioData(0, At(0), 16 * 64);
-			});
-	}
-	for (std::thread& caller : callers)
-	{
-		caller.join();
-	}
+				std::this_thread::yield();
+			}
+			source->PrefetchAudioData(0, At(0), 16 * 64);
+		});
 	EXPECT_EQ(GetRenderedFrames(*generator).size(), 64u);
 }
 
@@ -212,15 +168,15 @@ TEST(AudioGeneratorSource, PurgedChunksAreSilenceUntilTheyAreRenderedAgain)
 		manager->SetByteBudget(before + 2 * 64 * 2 * sizeof(float));
 		source->PrefetchAudioData(0, At(0), 256);
 		auto const lateOnes = [](unsigned, long long inFrame) { return inFrame >= 128; };
-		EXPECT_EQ(DescribeDifference(Read(*source, 0, 256, 2), Expect(0, 256, 2, lateOnes)), "");
+		EXPECT_TRUE(Same(Read(*source, 0, 256, 2), Expect(0, 256, 2, lateOnes)));
 		EXPECT_EQ(manager->GetByteCount(), before + 2 * 64 * 2 * sizeof(float));
 		manager->SetByteBudget(budget);
 		source->PrefetchAudioData(0, At(0), 256);
 		auto const all = [](unsigned, long long) { return true; };
-		EXPECT_EQ(DescribeDifference(Read(*source, 0, 256, 2), Expect(0, 256, 2, all)), "");
+		EXPECT_TRUE(Same(Read(*source, 0, 256, 2), Expect(0, 256, 2, all)));
 	}
 	zorvcore::classref::WaitForAsyncDestruction();
-	EXPECT_EQ(manager->GetByteCount(), before) << "a source that is gone leaves nothing behind";
+	EXPECT_EQ(manager->GetByteCount(), before) << "a source that is gone leaves nothing";
 }
 
 // A source that records what it is asked to read, whoever asks.
@@ -272,22 +228,20 @@ TEST(PrefetchedAudioGenerator, TurnsRangesIntoRequestsOfItsOwn)
 		{"inside", 50, 150, 150, 100 + 256},
 		{"a start before the generator's", -300, -100, 0, 200 + 256},
 		{"across the end", 850, 1000, 950, 50 + 256},
-		{"behind the end", 2000, 2100, 2100, 256},
+		{"after the end", 2000, 2100, 2100, 256},
 		{"empty", 10, 10, 110, 256},
 		{"upside down", 20, 10, 120, 256},
 	};
 	ScopedContext const context(256);
 	auto const generator = MakeObject<FakeGenerator>(2);
 	InterfaceRef<IAudioGenerator> prefetched;
-	ASSERT_EQ(PrefetchedAudioGenerator::Create(generator, context.Get(), At(100), At(1000), prefetched), 0);
+	ASSERT_EQ(PrefetchedAudioGenerator::Create(generator, context, At(100), At(1000), prefetched), 0);
 	for (Case const& test : kCases)
 	{
 		SCOPED_TRACE(test.mName);
-		std::vector<AudioPrefetch::PrefetchRequest> requests;
-		PrefetchRequestAccumulator accumulator(
-			PrefetchRequestAccumulator::ExtendCapacity, nullptr, &requests);
-		prefetched->AccumulatePrefetchRequests(
-			{At(test.mStart), At(test.mEnd)}, AsynchronousPrefetch, accumulator);
+		auto const requests =
+			RequestPrefetch(*prefetched, {At(test.mStart), At(test.mEnd)}, AsynchronousPrefetch)
+				.mAsynchronous;
 		ASSERT_EQ(requests.size(), 1u);
 		EXPECT_EQ(requests[0].time, At(test.mExpectedFrame));
 		EXPECT_EQ(requests[0].numSamples, test.mExpectedSamples);
@@ -303,8 +257,7 @@ TEST(PrefetchedAudioGenerator, WithoutPrefetchEveryPullFindsItsSamples)
 	auto const make = [&]() -> InterfaceRef<IAudioGenerator>
 	{
 		InterfaceRef<IAudioGenerator> prefetched;
-		PrefetchedAudioGenerator::Create(
-			MakeObject<FakeGenerator>(2), context.Get(), At(100), At(900), prefetched);
+		PrefetchedAudioGenerator::Create(MakeObject<FakeGenerator>(2), context, At(100), At(900), prefetched);
 		return prefetched;
 	};
 	ExpectAnySplitEqualsWhole(make, {.mStartFrame = 3, .mFrames = 300, .mChannels = 2}, 400);
@@ -313,9 +266,8 @@ TEST(PrefetchedAudioGenerator, WithoutPrefetchEveryPullFindsItsSamples)
 	{
 		Samples const got = PullWhole(*one, {.mStartFrame = 700, .mFrames = 300, .mChannels = 2});
 		// 14 chunks of 64 reach to 896 + 64 of the generator.
-		EXPECT_EQ(DescribeDifference(
-					  got, Expect(800, 300, 2, [](unsigned, long long inFrame) { return inFrame < 960; })),
-			"");
+		EXPECT_TRUE(
+			Same(got, Expect(800, 300, 2, [](unsigned, long long inFrame) { return inFrame < 960; })));
 		EXPECT_TRUE(one->HasHistory());
 	}
 }
@@ -326,15 +278,13 @@ TEST(PrefetchedAudioGenerator, InPlaybackItReadsWhatWasRenderedAndAPrerollStarts
 	ScopedContext const context(64, &prefetcher);
 	auto const generator = MakeObject<FakeGenerator>(1);
 	InterfaceRef<IAudioGenerator> prefetched;
-	PrefetchedAudioGenerator::Create(generator, context.Get(), At(0), At(1000), prefetched);
+	PrefetchedAudioGenerator::Create(generator, context, At(0), At(1000), prefetched);
 	PullRange const range{.mStartFrame = 0, .mFrames = 100};
 	EXPECT_EQ(PullWhole(*prefetched, range)[0], std::vector<float>(100, 0.0f));
 	PrefetchFromAudioGenerator(prefetched, {At(0), At(100)}, SynchronousPrefetch, 0);
 	auto const all = [](unsigned, long long) { return true; };
-	EXPECT_EQ(DescribeDifference(PullWhole(*prefetched, range), Expect(0, 100, 1, all)), "");
-	EXPECT_EQ(DescribeDifference(
-				  PullWhole(*prefetched, range, Direction::kReverse), Reversed(Expect(0, 100, 1, all))),
-		"");
+	EXPECT_TRUE(Same(PullWhole(*prefetched, range), Expect(0, 100, 1, all)));
+	EXPECT_TRUE(Same(PullWhole(*prefetched, range, Direction::kReverse), Reversed(Expect(0, 100, 1, all))));
 	auto const clone = prefetched->Clone();
 	EXPECT_EQ(PullWhole(*clone, range)[0], std::vector<float>(100, 0.0f)) << "a clone shares no cache";
 	prefetched->Preroll(At(5), true);
@@ -361,7 +311,7 @@ TEST(PrefetchedAudioGenerator, NobodyComesBetweenTheSamplesOfAChunk)
 	calls = &generator->mCalls;
 	generator->mCalls.reserve(100000);
 	InterfaceRef<IAudioGenerator> prefetched;
-	PrefetchedAudioGenerator::Create(generator, context.Get(), At(0), At(64 * 10), prefetched);
+	PrefetchedAudioGenerator::Create(generator, context, At(0), At(64 * 10), prefetched);
 	std::atomic<bool> done{false};
 	std::thread reader(
 		[&]
@@ -394,5 +344,4 @@ TEST(PrefetchedAudioGenerator, NobodyComesBetweenTheSamplesOfAChunk)
 	EXPECT_EQ(disturbed, 0u);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioGeneratorSourceTest

@@ -1,35 +1,12 @@
 #include "Sonaro/IOffsetablePreview.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/Fakes.h"
+#include "Support/Engine.h"
 #include "Support/NaiveClip.h"
 #include "Vexilon/BinaryData.h"
-#include "zorvaudiodsp/AudioBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
-namespace SN
+namespace SN::AudioStreamRendererTest
 {
-namespace
-{
-
-using namespace Testing;
-using zorvcore::classref::MakeObject;
 
 constexpr unsigned kMaxBlock = 256;
-
-InterfaceRef<IAudioGenerator> MakeStream(ScopedContext const& inContext,
-	InterfaceRef<IAudioSource> const& inSource, int inChannelIndex = -1,
-	InterfaceRef<UnknownBase> const& inKey = {})
-{
-	InterfaceRef<IAudioGenerator> stream;
-	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateAudioStreamRenderer(
-				  inContext.Get(), k48000Hz, inSource, inChannelIndex, 1.0, inKey, &stream),
-		kSuccess);
-	return stream;
-}
 
 TEST(AudioStreamRenderer, EveryRangeIsTheSourcesSamplesAtTheirPlaces)
 {
@@ -63,12 +40,7 @@ TEST(AudioStreamRenderer, EveryRangeIsTheSourcesSamplesAtTheirPlaces)
 			clip.mStreams[0].second[channel] = channel;
 		}
 		auto const expected = clip.Render(range.mStartFrame, range.mFrames, range.mChannels);
-		Samples rounded;
-		for (auto const& channel : expected)
-		{
-			rounded.emplace_back(channel.begin(), channel.end());
-		}
-		ASSERT_EQ(DescribeDifference(Pull(*make(), range, BlocksOf(kMaxBlock)), rounded), "");
+		ASSERT_TRUE(Same(Pull(*make(), range, BlocksOf(kMaxBlock)), expected));
 		ExpectAnySplitEqualsWhole(make, range, kMaxBlock);
 		ASSERT_FALSE(testing::Test::HasFailure());
 	}
@@ -139,26 +111,18 @@ TEST(AudioStreamRenderer, PrefetchIsCutIntoRequestsThatMeet)
 		auto const source = MakeObject<FakeSource>(2, 1000, SourceKind{false, true});
 		auto const stream = MakeStream(context, source);
 		InterfaceRef<IOffsetablePreview>(stream)->AddPreviewOffset(At(1000));
-		std::vector<SynchronousPrefetchRequest> requests;
-		PrefetchRequestAccumulator accumulator(
-			PrefetchRequestAccumulator::ExtendCapacity, &requests, nullptr);
-		stream->AccumulatePrefetchRequests(
-			{At(test.mStart + 1000), At(test.mEnd + 1000)}, SynchronousPrefetch, accumulator);
+		PrefetchRange const range{At(test.mStart + 1000), At(test.mEnd + 1000)};
 		std::vector<std::pair<long long, unsigned>> found;
-		for (SynchronousPrefetchRequest const& request : requests)
+		for (SynchronousPrefetchRequest const& request : RequestPrefetch(*stream, range).mSynchronous)
 		{
 			EXPECT_EQ(request.source, source);
 			EXPECT_EQ(request.time, At(request.time.ToFrame64(k48000Hz)));
 			found.emplace_back(request.time.ToFrame64(k48000Hz), request.numSamples);
 		}
 		EXPECT_EQ(found, test.mExpected);
-
-		std::vector<AudioPrefetch::PrefetchRequest> later;
-		PrefetchRequestAccumulator both(PrefetchRequestAccumulator::ExtendCapacity, &requests, &later);
-		stream->AccumulatePrefetchRequests(
-			{At(test.mStart + 1000), At(test.mEnd + 1000)}, AsynchronousPrepareForPrefetch, both);
-		EXPECT_EQ(requests.size(), found.size());
-		EXPECT_EQ(later.size(), found.size());
+		auto const later = RequestPrefetch(*stream, range, AsynchronousPrepareForPrefetch);
+		EXPECT_TRUE(later.mSynchronous.empty());
+		EXPECT_EQ(later.mAsynchronous.size(), found.size());
 	}
 }
 
@@ -177,7 +141,7 @@ TEST(AudioStreamRenderer, AKeyMakesOneStreamThatIsItsOwnClone)
 	auto const clone = single->Clone();
 	EXPECT_FALSE(clone == single);
 	PullRange const range{-10, 100};
-	EXPECT_EQ(DescribeDifference(PullWhole(*clone, range), PullWhole(*single, range)), "");
+	EXPECT_TRUE(Same(PullWhole(*clone, range), PullWhole(*single, range)));
 	InterfaceRef<IOffsetablePreview>(clone)->AddPreviewOffset(At(5));
 	EXPECT_EQ(PullWhole(*single, {3, 1})[0][0], PositionSample(1, 0)) << "a clone's offset is its own";
 }
@@ -208,7 +172,7 @@ TEST(AudioStreamRenderer, ABlockBeyondTheContextsLargestIsCutShortNotOverrun)
 	EXPECT_EQ(pulled[0][39], 0.0f);
 }
 
-TEST(AudioStreamRenderer, CreationFailsInTheToldOrder)
+TEST(AudioStreamRenderer, CreationChecksTheContextBeforeTheRate)
 {
 	auto const factory = SonaroFactory::CreateClassRef();
 	ScopedContext const context;
@@ -217,7 +181,7 @@ TEST(AudioStreamRenderer, CreationFailsInTheToldOrder)
 	InterfaceRef<IAudioGenerator> const before = MakeObject<FakeGenerator>(1);
 	InterfaceRef<IAudioGenerator> stream = before;
 	EXPECT_EQ(factory->CreateAudioStreamRenderer({}, k48000Hz, source, 0, 1.0, key, &stream), eNullPointer);
-	EXPECT_EQ(factory->CreateAudioStreamRenderer(context.Get(), FrameRate(), source, 0, 1.0, key, &stream),
+	EXPECT_EQ(factory->CreateAudioStreamRenderer(context, FrameRate(), source, 0, 1.0, key, &stream),
 		eInvalidArgument);
 	EXPECT_EQ(stream, before);
 	InterfaceRef<IAudioRenderContext> reference = context.Get();
@@ -227,5 +191,4 @@ TEST(AudioStreamRenderer, CreationFailsInTheToldOrder)
 	EXPECT_FALSE(stream == before);
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioStreamRendererTest

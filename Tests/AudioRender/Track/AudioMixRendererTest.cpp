@@ -1,27 +1,10 @@
 #include "AudioRender/Track/AudioMixRenderer.h"
 
 #include "AudioRender/Track/AudioMixRendererCreateFailure.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/Fakes.h"
-#include "Support/SimpleGenerator.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
-
-namespace SN
+namespace SN::AudioMixRendererTest
 {
-namespace
-{
-
-using namespace Testing;
-using ::testing::ElementsAre;
-using zorvcore::classref::MakeObject;
 
 // Never gives more than so many samples, added to what is there, and notes how many were wanted.
 class ShortGenerator final : public SimpleGenerator
@@ -45,33 +28,19 @@ public:
 	unsigned mLimit = 64;
 };
 
-InterfaceRef<IAudioGenerator> Make(ScopedContext const& inContext,
-	InterfaceRef<IAudioGenerator> const& inFirst, InterfaceRef<IAudioGenerator> const& inSecond,
-	InterfaceRef<IAudioProcessor> const& inProcessor, double inFirstScale = 1.0, double inSecondScale = 1.0)
-{
-	InterfaceRef<IAudioGenerator> mix;
-	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateAudioMixRenderer(inContext.Get(), k48000Hz, inFirst,
-				  inFirstScale, inSecond, inSecondScale, inProcessor, &mix),
-		kSuccess);
-	return mix;
-}
-
 // Adds the second's right channel to the first's left one, and its left to the right.
-InterfaceRef<IAudioProcessor> MakeJoin(ScopedContext const& inContext)
+InterfaceRef<IAudioProcessor> MakeCross(Context const& inContext)
 {
-	InterfaceRef<IAudioProcessor> join;
-	SonaroFactory::CreateClassRef()->CreateAudioChannelMatrixRenderer(
-		inContext.Get(), k48000Hz, {{0, {0}}, {1, {1}}, {2, {1}}, {3, {0}}}, &join);
-	return join;
+	return MakeMatrix(inContext, {{0, {0}}, {1, {1}}, {2, {1}}, {3, {0}}});
 }
 
-TEST(AudioMixRenderer, TheSecondStandsBehindTheFirstInAnySplit)
+TEST(AudioMixRenderer, TheSecondFollowsTheFirstInAnySplit)
 {
 	ScopedContext const context(64);
 	SampleFunction const other = [](unsigned long long inChannel, long long inFrame)
 	{ return static_cast<float>(3 * inFrame + static_cast<long long>(inChannel)); };
-	auto const mix =
-		Make(context, MakeObject<FakeGenerator>(2), MakeObject<FakeGenerator>(2, other), MakeJoin(context));
+	auto const mix = MakeJoin(
+		context, MakeObject<FakeGenerator>(2), MakeObject<FakeGenerator>(2, other), MakeCross(context));
 	// A third channel of the caller's, which holds what was there before, becomes silent.
 	Samples expected(3, std::vector<float>(300));
 	for (unsigned i = 0; i < 300; ++i)
@@ -82,10 +51,8 @@ TEST(AudioMixRenderer, TheSecondStandsBehindTheFirstInAnySplit)
 	for (auto const& one : {mix, mix->Clone()})
 	{
 		PullRange const range{.mFrames = 300, .mChannels = 3};
-		EXPECT_EQ(DescribeDifference(Pull(*one, range, RandomBlocks(1, 64)), expected), "");
-		EXPECT_EQ(DescribeDifference(
-					  Pull(*one, range, RandomBlocks(2, 64), Direction::kReverse), Reversed(expected)),
-			"");
+		EXPECT_TRUE(Same(Pull(*one, range, RandomBlocks(1, 64)), expected));
+		EXPECT_TRUE(Same(Pull(*one, range, RandomBlocks(2, 64), Direction::kReverse), Reversed(expected)));
 	}
 }
 
@@ -97,16 +64,16 @@ TEST(AudioMixRenderer, EachTimeIsScaledAndTheProcessorsIsNot)
 	first->mDelay = At(3);
 	second->mDelay = At(5);
 	auto const processor = MakeObject<FakeProcessor>(1.0f);
-	auto const mix = Make(context, first, second, processor, 2.0, -0.5);
+	auto const mix = MakeJoin(context, first, second, processor, 2.0, -0.5);
 	EXPECT_EQ(mix->GetDelay(), At(3));
 	mix->Preroll(At(10), true);
 	mix->FillInitialDelay(At(10), At(4), true, true);
-	std::vector<SynchronousPrefetchRequest> requests;
-	PrefetchRequestAccumulator accumulator(PrefetchRequestAccumulator::ExtendCapacity, &requests, nullptr);
-	mix->AccumulatePrefetchRequests({At(10), At(20)}, SynchronousPrefetch, accumulator);
+	RequestPrefetch(*mix, {At(10), At(20)});
 	dsp::AudioBuffer buffer(2, 6);
 	mix->GetAudioData(At(10), buffer, true);
-	Make(context, first, second, MakeJoin(context), 2.0, -0.5)->Clone()->GetAudioData(At(10), buffer, true);
+	MakeJoin(context, first, second, MakeCross(context), 2.0, -0.5)
+		->Clone()
+		->GetAudioData(At(10), buffer, true);
 	EXPECT_EQ(buffer.GetChannel(0)[5], PositionSample(0, 20) + PositionSample(1, -5)) << "cloned with scales";
 	auto const calls = [](long long inTime, long long inPrefetched)
 	{
@@ -148,7 +115,7 @@ TEST(AudioMixRenderer, AShortFirstGeneratorEndsTheRequest)
 		ScopedContext const context(64);
 		auto const first = MakeObject<ShortGenerator>();
 		auto const second = MakeObject<ShortGenerator>();
-		auto const mix = Make(context, first, second, MakeJoin(context));
+		auto const mix = MakeJoin(context, first, second, MakeCross(context));
 		dsp::AudioBuffer buffer(2, 200);
 		mix->GetAudioData(At(0), buffer, false);
 		first->mWanted.clear();
@@ -174,7 +141,7 @@ TEST(AudioMixRenderer, CreationThrowsForWhatIsMissing)
 	try
 	{
 		SonaroFactory::CreateClassRef()->CreateAudioMixRenderer(
-			context.Get(), k48000Hz, MakeObject<FakeGenerator>(2), 1.0, {}, 1.0, MakeJoin(context), &mix);
+			context, k48000Hz, MakeObject<FakeGenerator>(2), 1.0, {}, 1.0, MakeCross(context), &mix);
 		FAIL();
 	}
 	catch (AudioMixRendererCreateFailure const& failure)
@@ -184,5 +151,4 @@ TEST(AudioMixRenderer, CreationThrowsForWhatIsMissing)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::AudioMixRendererTest

@@ -2,31 +2,10 @@
 
 #include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
 #include "Sonaro/AudioUtilities.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
-#include "Sonaro/IParameterOwnerMixin.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/FakeItem.h"
-#include "Support/Panning.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <deque>
-#include <random>
-#include <set>
-#include <vector>
-
-namespace SN
+namespace SN::AudioTrackGroupRendererTest
 {
-namespace
-{
-
-using namespace Testing;
-using ::testing::ElementsAre;
-using zorvcore::classref::MakeObject;
 
 // Small whole numbers, so that sums of many are exact in any order.
 SampleFunction Sound(std::size_t inPart)
@@ -37,12 +16,10 @@ SampleFunction Sound(std::size_t inPart)
 
 constexpr float kSendGain = 0.5f;
 
-InterfaceRef<IAudioProcessor> MakeSend(InterfaceRef<IAudioRenderContext> const& inContext)
+InterfaceRef<IAudioProcessor> MakeHalfSend(Context const& inContext)
 {
-	InterfaceRef<IAudioProcessor> send;
-	SonaroFactory::CreateClassRef()->CreateAudioSendRenderer(inContext, k48000Hz, {},
-		ConstantParameters({kSendGain, 0.0f}), MakePanner(inContext, kPanNoneMono), &send);
-	return send;
+	return MakeSend(
+		inContext, {}, ConstantParameters({kSendGain, 0.0f}), MakePanner(inContext, kPanNoneMono));
 }
 
 // A track of a sequence.
@@ -96,9 +73,7 @@ public:
 			delays.push_back(At(part.mAhead));
 			tracks.push_back(part.mTrack);
 		}
-		EXPECT_EQ(mFactory->CreateAudioTrackGroupRenderer(
-					  inContext, k48000Hz, tracks, waits, delays, VX::kAudioChannelLayout_Mono, {}, &mGroup),
-			kSuccess);
+		mGroup = MakeGroup(inContext, tracks, waits, delays);
 	}
 
 	// The sample that is played as the inIndex-th. inStep: 1 forward, -1 in reverse.
@@ -129,12 +104,11 @@ private:
 	void MakeTrack(std::size_t inIndex, InterfaceRef<IAudioRenderContext> const& inContext)
 	{
 		Part& part = mParts[inIndex];
-		part.mSend = MakeSend(inContext);
+		part.mSend = MakeHalfSend(inContext);
 		if (!part.mIsMix)
 		{
 			part.mItem = FakeItem::Make(1, 0, 50000, 0, Sound(inIndex));
-			mFactory->CreateAudioClipTrackRenderer(inContext, k48000Hz, {part.mItem}, {}, {}, {part.mSend},
-				{}, VX::kAudioChannelLayout_Mono, &part.mTrack);
+			part.mTrack = MakeClipTrack(inContext, {part.mItem}, {.mProcessors = {part.mSend}});
 			return;
 		}
 		std::vector<InterfaceRef<UnknownBase>> inputs{MakeObject<FakeGenerator>(1, Sound(inIndex))};
@@ -146,14 +120,8 @@ private:
 		{
 			inputs.push_back(mParts[sender].mSend);
 		}
-		InterfaceRef<IAudioGenerator> inlet;
-		mFactory->CreateAudioTrackInletRenderer(
-			inContext, k48000Hz, inputs, VX::kAudioChannelLayout_Mono, &inlet);
-		mFactory->CreateAudioMixTrackRenderer(
-			inContext, k48000Hz, inlet, {}, {}, {part.mSend}, {}, VX::kAudioChannelLayout_Mono, &part.mTrack);
+		part.mTrack = MakeMixTrack(inContext, MakeInlet(inContext, inputs), {.mProcessors = {part.mSend}});
 	}
-
-	InterfaceRef<SonaroFactory> mFactory = SonaroFactory::CreateClassRef();
 };
 
 TEST(AudioTrackGroupRenderer, NotOneSampleIsOutOfPlaceInRandomSequences)
@@ -163,11 +131,11 @@ TEST(AudioTrackGroupRenderer, NotOneSampleIsOutOfPlaceInRandomSequences)
 	for (unsigned trial = 0; trial < 200; ++trial)
 	{
 		ScopedContext const context(64);
-		RandomSequence sequence(random, context.Get());
+		RandomSequence sequence(random, context);
 		bool const reverse = trial % 2 == 1;
 		for (bool const isClone : {false, true})
 		{
-			SCOPED_TRACE(testing::Message() << trial << (isClone ? ", cloned" : ""));
+			SCOPED_TRACE(Message() << trial << (isClone ? ", cloned" : ""));
 			if (isClone)
 			{
 				// The same tracks, fed by each other, without waits.
@@ -183,25 +151,20 @@ TEST(AudioTrackGroupRenderer, NotOneSampleIsOutOfPlaceInRandomSequences)
 				expected[0].push_back(sequence.Hear(
 					sequence.mParts.size() - 1, i, reverse ? 1000 + kFrames - 1 : 1000, reverse ? -1 : 1));
 			}
-			std::vector<SynchronousPrefetchRequest> requests;
-			PrefetchRequestAccumulator accumulator(
-				PrefetchRequestAccumulator::ExtendCapacity, &requests, nullptr);
-			sequence.mGroup->AccumulatePrefetchRequests(
-				{At(1000), At(1010)}, SynchronousPrefetch, accumulator);
+			RequestPrefetch(*sequence.mGroup, {At(1000), At(1010)});
 			std::size_t calls = 1;
 			BlockSizes const sizes = [&, size = RandomBlocks(trial, 64)]
 			{
 				++calls;
 				return size();
 			};
-			ASSERT_EQ(DescribeDifference(Pull(*sequence.mGroup, {.mStartFrame = 1000, .mFrames = kFrames},
-											 sizes, reverse ? Direction::kReverse : Direction::kForward),
-						  expected),
-				"");
+			ASSERT_TRUE(Same(Pull(*sequence.mGroup, {.mStartFrame = 1000, .mFrames = kFrames}, sizes,
+								 reverse ? Direction::kReverse : Direction::kForward),
+				expected));
 			for (Part const& part : sequence.mParts)
 			{
 				// Clones share the record of their original.
-				ASSERT_EQ(part.mIsMix ? calls : part.mItem->mCalls->size() / (isClone ? 2 : 1), calls)
+				ASSERT_EQ(part.mIsMix ? calls : part.mItem->mCalls.size() / (isClone ? 2 : 1), calls)
 					<< "each track is read ahead and rendered once";
 			}
 		}
@@ -211,38 +174,34 @@ TEST(AudioTrackGroupRenderer, NotOneSampleIsOutOfPlaceInRandomSequences)
 // A submix of its own parts, whose source keeps a record.
 struct Submix
 {
-	explicit Submix(InterfaceRef<IAudioRenderContext> const& inContext,
-		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors = {},
+	explicit Submix(Context const& inContext, Processors const& inProcessors = {},
 		InterfaceRef<IAudioPanProcessor> const& inPanner = {})
+		: mTrack(MakeMixTrack(
+			  inContext, mSource, {.mProcessors = inProcessors, .mPanner = inPanner, .mMute = mMute})),
+		  mCached(mTrack)
 	{
-		EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateAudioMixTrackRenderer(inContext, k48000Hz, mSource,
-					  {}, mMute, inProcessors, inPanner, VX::kAudioChannelLayout_Mono, &mTrack),
-			kSuccess);
-		mCached = mTrack;
 	}
 
-	InterfaceRef<FakeGenerator> mSource = MakeObject<FakeGenerator>(1);
-	std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> mMute =
-		std::make_shared<zorvcore::threads::AtomicIntegral<int>>(0);
-	InterfaceRef<IAudioGenerator> mTrack;
-	InterfaceRef<ICachedAudioGenerator> mCached;
+	InterfaceRef<FakeGenerator> const mSource = MakeObject<FakeGenerator>(1);
+	std::shared_ptr<Mute> const mMute = std::make_shared<Mute>(0);
+	Generator const mTrack;
+	InterfaceRef<ICachedAudioGenerator> const mCached;
 };
 
 // Two submixes; the second is the output.
 struct SubmixPair
 {
-	SubmixPair(InterfaceRef<IAudioRenderContext> const& inContext, std::vector<TickTime> const& inDelays,
+	SubmixPair(Context const& inContext, std::vector<TickTime> const& inDelays,
 		InterfaceRef<UnknownBase> const& inOwner = {})
 		: mFirst(inContext),
-		  mOutput(inContext)
+		  mOutput(inContext),
+		  mGroup(MakeGroup(inContext, {mFirst.mTrack, mOutput.mTrack}, {}, inDelays, inOwner))
 	{
-		SonaroFactory::CreateClassRef()->CreateAudioTrackGroupRenderer(inContext, k48000Hz,
-			{mFirst.mTrack, mOutput.mTrack}, {}, inDelays, VX::kAudioChannelLayout_Mono, inOwner, &mGroup);
 	}
 
-	Submix mFirst;
-	Submix mOutput;
-	InterfaceRef<IAudioGenerator> mGroup;
+	Submix const mFirst;
+	Submix const mOutput;
+	Generator const mGroup;
 };
 
 TEST(AudioTrackGroupRenderer, TracksRunAheadAndWrapInALoop)
@@ -275,11 +234,8 @@ TEST(AudioTrackGroupRenderer, TracksRunAheadAndWrapInALoop)
 		SCOPED_TRACE(test.mName);
 		Prefetcher prefetcher{At(100), At(200), test.mLoops ? 1u : 0u, test.mReverse ? 1u : 0u};
 		ScopedContext const context(256, &prefetcher);
-		if (test.mIsNested)
-		{
-			context->PushNestingLevel();
-		}
-		SubmixPair const pair(context.Get(), {At(30), At(10)});
+		context.Nest(test.mIsNested ? 1 : 0);
+		SubmixPair const pair(context, {At(30), At(10)});
 		dsp::AudioBuffer buffer(1, 5);
 		pair.mGroup->GetAudioData(At(test.mTime), buffer, test.mReverse);
 		EXPECT_THAT(pair.mFirst.mSource->mCalls,
@@ -298,12 +254,9 @@ TEST(AudioTrackGroupRenderer, OnlyANestedGroupOutsideOfPlaybackWarmsUp)
 		{
 			Prefetcher prefetcher;
 			ScopedContext const context(64, isPlayback ? &prefetcher : nullptr);
-			if (isNested)
-			{
-				context->PushNestingLevel();
-			}
+			context.Nest(isNested ? 1 : 0);
 			// A short list of delays: the output has none.
-			SubmixPair const pair(context.Get(), {At(100)});
+			SubmixPair const pair(context, {At(100)});
 			EXPECT_EQ(pair.mGroup->GetDelay(), At(100));
 			pair.mGroup->Preroll(At(500), true);
 			std::vector<Call> calls{{"Preroll", At(500), 0, true}};
@@ -330,10 +283,10 @@ TEST(AudioTrackGroupRenderer, InstancesBeyondTheLimitAreSilent)
 		auto const clone = [&]
 		{
 			return SonaroFactory::CreateClassRef()->CreateAudioTrackGroupRendererViaCloning(
-				context.Get(), k48000Hz, owner, &instance);
+				context, k48000Hz, owner, &instance);
 		};
 		EXPECT_EQ(clone(), -1) << "there is nothing yet";
-		SubmixPair const pair(context.Get(), {}, owner);
+		SubmixPair const pair(context, {}, owner);
 		pair.mFirst.mSource->mHasHistory = hasHistory;
 		std::set<InterfaceRef<IAudioGenerator>> instances{pair.mGroup};
 		std::set<InterfaceRef<UnknownBase>> tracks;
@@ -350,64 +303,8 @@ TEST(AudioTrackGroupRenderer, InstancesBeyondTheLimitAreSilent)
 		}
 		EXPECT_EQ(instances.size(), hasHistory ? 201u : 1u);
 		EXPECT_EQ(tracks.size(), hasHistory ? 2 * 199u : 2u) << "each clone has tracks of its own";
-		context->PushNestingLevel();
+		context.Nest();
 		EXPECT_EQ(clone(), -1) << "built on another level";
-	}
-}
-
-TEST(AudioMixTrackRenderer, BlocksGoOnOverRequestsAndTimesRiseInReverse)
-{
-	struct Request
-	{
-		char const* mName;
-		long long mStart;
-		unsigned mFrames;
-		bool mReverse;
-		TickTime mNext;
-		// Start and length of what the processors are given; the interval is 16.
-		std::vector<std::pair<long long, long long>> mBlocks;
-	};
-	Request const requests[] = {
-		{"before a change", 0, 39, false, At(40), {{0, 39}}},
-		{"up to a change", 0, 40, false, At(40), {{0, 16}, {16, 16}, {32, 8}}},
-		{"on in the block", 40, 10, false, At(40), {{40, 8}, {48, 2}}},
-		{"in reverse, from the request's time on", 100, 20, true, kTimeMax, {{100, 14}, {114, 6}}},
-		{"in reverse, on in the block", 80, 20, true, kTimeMax, {{80, 10}, {90, 10}}},
-		{"nothing changes: the grid starts over", 50, 12, false, kTimeMax, {{50, 12}}},
-		{"in reverse, from the start of a block", 100, 20, true, kTimeMax, {{100, 16}, {116, 4}}},
-	};
-	for (bool const pans : {false, true})
-	{
-		Prefetcher prefetcher;
-		ScopedContext const context(64, &prefetcher);
-		auto const gain = MakeObject<FakeParameter>(1.0f);
-		auto const place = MakeObject<FakeParameter>(pans ? 0.0f : 0.5f);
-		auto const log = MakeObject<FakeProcessor>(1.0f);
-		// Where a pan that stands in the middle changes next does not count.
-		auto const panner = MakePanner(context.Get(), pans ? kPanMonoToStereo : kPanStereoToStereo, {place});
-		InterfaceRef<IParameterOwnerMixin>(panner)->UpdateControls(At(0));
-		InterfaceRef<IAudioProcessor> fader;
-		SonaroFactory::CreateClassRef()->CreateAudioFaderRenderer(
-			context.Get(), k48000Hz, {gain, MakeObject<FakeParameter>(0.0f)}, &fader);
-		Submix const submix(context.Get(), {fader, log}, panner);
-		for (Request const& request : requests)
-		{
-			SCOPED_TRACE(testing::Message() << pans << " " << request.mName);
-			gain->mNext = pans ? kTimeMax : request.mNext;
-			place->mNext = pans ? request.mNext : At(0);
-			log->mCalls.clear();
-			dsp::AudioBuffer buffer(2, request.mFrames);
-			submix.mTrack->GetAudioData(At(request.mStart), buffer, request.mReverse);
-			std::vector<std::pair<long long, long long>> blocks;
-			for (Call const& call : log->mCalls)
-			{
-				blocks.emplace_back(call.mTime.ToFrame64(k48000Hz), call.mAmount);
-			}
-			EXPECT_EQ(blocks, request.mBlocks);
-			EXPECT_EQ(buffer.GetChannel(0)[0],
-				PositionSample(0, request.mStart + (request.mReverse ? request.mFrames - 1 : 0)))
-				<< "the source's playing order stays";
-		}
 	}
 }
 
@@ -416,7 +313,7 @@ TEST(AudioMixTrackRenderer, WhileMutedProcessorsRunOnSilence)
 	Prefetcher prefetcher;
 	ScopedContext const context(500, &prefetcher);
 	auto const meter = MakeObject<FakeProcessor>(1.0f);
-	Submix const submix(context.Get(), {meter});
+	Submix const submix(context, {meter});
 	submix.mSource->mDelay = At(30);
 	EXPECT_EQ(submix.mTrack->GetDelay(), kTimeZero) << "whatever the source's is";
 	submix.mTrack->Preroll(At(0), false);
@@ -425,41 +322,54 @@ TEST(AudioMixTrackRenderer, WhileMutedProcessorsRunOnSilence)
 	EXPECT_THAT(submix.mSource->mCalls, ElementsAre(Call{"Preroll", At(0), 0, false}));
 	submix.mMute->Set(1);
 	submix.mCached->GenerateAudio(500, At(0), false);
-	dsp::AudioBuffer mix(1, 500);
-	mix.Zero();
-	submix.mCached->MixCachedAudio(mix);
-	EXPECT_EQ(mix.GetChannel(0)[240], PositionSample(0, 240) * 0.5f) << "a fade of 10 ms";
+	EXPECT_EQ(TakeCached(submix.mTrack, 1, 500)[0][240], PositionSample(0, 240) * 0.5f) << "a fade of 10 ms";
 	submix.mSource->mCalls.clear();
 	meter->mCalls.clear();
 	EXPECT_EQ(PullWhole(*submix.mTrack, {.mStartFrame = 500, .mFrames = 500})[0], std::vector<float>(500));
 	EXPECT_TRUE(submix.mSource->mCalls.empty());
 	EXPECT_THAT(meter->mCalls, ElementsAre(Call{"ProcessAudioData", At(500), 500, false}));
 	submix.mTrack->Reset();
-	submix.mCached->MixCachedAudio(mix);
-	EXPECT_EQ(mix.GetChannel(0)[0], PositionSample(0, 0)) << "a reset empties the cache";
+	EXPECT_EQ(TakeCached(submix.mTrack, 1, 500)[0][0], 0.0f) << "a reset empties the cache";
 }
 
 TEST(AudioMixTrackRenderer, ItsPanWidensTheCacheAndItsSendsSkipTheirDelaysInBlocks)
 {
 	ScopedContext const context(8);
-	auto const send = MakeSend(context.Get());
-	Submix const submix(
-		context.Get(), {send}, MakePanner(context.Get(), kPanMonoToStereo, ConstantParameters({1.0f})));
+	auto const send = MakeHalfSend(context);
+	Submix const submix(context, {send}, MakePanner(context, kPanMonoToStereo, ConstantParameters({1.0f})));
 	InterfaceRef<CompensatingDelayOwnerMixin>(submix.mTrack)->SetDelays({{0, 0, 3}, {0, 0, 2}});
 	submix.mTrack->Preroll(At(0), false);
 	for (bool const reverse : {false, true})
 	{
 		submix.mCached->GenerateAudio(8, At(50), reverse);
-		dsp::AudioBuffer panned(2, 8);
-		panned.Zero();
-		submix.mCached->MixCachedAudio(panned);
-		EXPECT_EQ(panned.GetChannel(1)[2], PositionSample(0, reverse ? 57 : 50)) << "2 frames late";
-		dsp::AudioBuffer sent(1, 8);
-		sent.Zero();
-		InterfaceRef<ICachedAudioGenerator>(send)->MixCachedAudio(sent);
-		EXPECT_EQ(sent.GetChannel(0)[3], kSendGain * PositionSample(0, reverse ? 54 : 50));
+		EXPECT_EQ(TakeCached(submix.mTrack, 2, 8)[1][2], PositionSample(0, reverse ? 57 : 50))
+			<< "2 frames late";
+		EXPECT_EQ(TakeCached(send, 1, 8)[0][3], kSendGain * PositionSample(0, reverse ? 54 : 50));
 	}
 }
 
-} // namespace
-} // namespace SN
+TEST(Tracks, EachOfTwoSendsHasAWaitOfItsOwn)
+{
+	for (bool const isMix : {false, true})
+	{
+		SCOPED_TRACE(isMix ? "of a mix" : "of clips");
+		ScopedContext const context(64);
+		Processors const sends{MakeHalfSend(context), MakeHalfSend(context)};
+		auto const track =
+			isMix ? MakeMixTrack(context, MakeObject<FakeGenerator>(1), {.mProcessors = sends})
+				  : MakeClipTrack(context, {FakeItem::Make(1, 0, 1000, 0)}, {.mProcessors = sends});
+		constexpr std::uint32_t kWaits[] = {3, 10};
+		InterfaceRef<CompensatingDelayOwnerMixin>(track)->SetDelays({{0, 0, 3}, {0, 0, 10}, {0, 0, 0}});
+		track->Preroll(At(0), false);
+		PullWhole(*track, {.mFrames = 40});
+		for (unsigned send = 0; send < 2; ++send)
+		{
+			auto const sent = TakeCached(sends[send], 1, 40)[0];
+			EXPECT_EQ(sent[kWaits[send] - 1], 0.0f) << send;
+			EXPECT_EQ(sent[kWaits[send]], kSendGain * PositionSample(0, 0)) << send;
+			EXPECT_EQ(sent[39], kSendGain * PositionSample(0, 39 - kWaits[send])) << send;
+		}
+	}
+}
+
+} // namespace SN::AudioTrackGroupRendererTest

@@ -1,28 +1,9 @@
 #include "AudioRender/Track/DelayedTrackItems.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Answers.h"
-#include "Support/Contexts.h"
-#include "Support/FakeItem.h"
-#include "Support/Fakes.h"
-#include "Support/Panning.h"
-#include "Support/SimpleGenerator.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <deque>
-#include <string>
-#include <utility>
-#include <vector>
-
-namespace SN
+namespace SN::LatentClipsTest
 {
-namespace
-{
-
-using namespace Testing;
-using zorvcore::classref::MakeObject;
 
 // An effect that gives its input so many samples late, with silence before.
 class LatentEffect final : public Answers<IAudioProcessor>
@@ -65,29 +46,21 @@ private:
 constexpr long long kClipFrames = 8000;
 
 // Three clips of which each has an effect of its latency, and reads as far ahead.
-InterfaceRef<IAudioGenerator> MakeTrack(
-	InterfaceRef<IAudioRenderContext> const& inContext, std::vector<unsigned> const& inLatencies)
+Generator MakeLatentTrack(Context const& inContext, std::vector<unsigned> const& inLatencies)
 {
-	auto const factory = SonaroFactory::CreateClassRef();
 	AudioTrackRenderableItemList items;
 	items.push_back(CreateSilentAudioTrackRenderableItem(At(-100), At(0), k48000Hz));
 	long long start = 0;
 	for (unsigned const latency : inLatencies)
 	{
-		InterfaceRef<IAudioGenerator> clip;
-		factory->CreateRealtimeAudioClipTrackItemRenderer(inContext, k48000Hz, MakeObject<FakeGenerator>(1),
-			{MakeObject<LatentEffect>(latency)}, MakePanner(inContext, kPanNoneMono), 1.0,
-			MakeObject<ShiftTransform>(), At(latency), &clip);
-		InterfaceRef<IAudioTrackRenderableItem> const item(clip);
+		InterfaceRef<IAudioTrackRenderableItem> const item(MakeItem(inContext, MakeObject<FakeGenerator>(1),
+			{.mProcessors = {MakeObject<LatentEffect>(latency)}, .mOffset = At(latency)}));
 		item->Init(At(start), At(start + kClipFrames), At(start), k48000Hz);
 		items.push_back(item);
 		start += kClipFrames;
 	}
 	items.push_back(CreateSilentAudioTrackRenderableItem(At(start), At(start + 100000), k48000Hz));
-	InterfaceRef<IAudioGenerator> track;
-	factory->CreateAudioClipTrackRenderer(
-		inContext, k48000Hz, items, {}, {}, {}, {}, VX::kAudioChannelLayout_Mono, &track);
-	return track;
+	return MakeClipTrack(inContext, items);
 }
 
 // Wherever playback begins, and in blocks of any length, each clip's sound stands at its own sample from
@@ -116,11 +89,8 @@ TEST(LatentClips, SoundAtTheirNominalSamples)
 							 std::to_string(nesting));
 				Prefetcher prefetcher;
 				ScopedContext const context(512, &prefetcher);
-				for (unsigned level = 0; level < nesting; ++level)
-				{
-					context->PushNestingLevel();
-				}
-				auto const track = MakeTrack(context.Get(), test.mLatencies);
+				context.Nest(nesting);
+				auto const track = MakeLatentTrack(context, test.mLatencies);
 				track->Preroll(At(start), false);
 				if (track->GetDelay() == kTimeZero)
 				{
@@ -138,10 +108,6 @@ TEST(LatentClips, SoundAtTheirNominalSamples)
 					// A nested track cannot hide the delay of the clip that it is in: the sequence around it
 					// asks so much earlier.
 					EXPECT_EQ(nesting, 1u);
-				}
-				for (unsigned level = 0; level < nesting; ++level)
-				{
-					context->PopNestingLevel();
 				}
 			}
 		}
@@ -184,11 +150,11 @@ TEST(DelayedTrackItems, AreFilledOnTheWayInBothDirections)
 		EXPECT_TRUE(delayed.Classify(items, {At(test.mReverse ? 900 : 0), test.mReverse, 0}).empty());
 		for (Step const& step : test.mSteps)
 		{
-			SCOPED_TRACE(testing::Message() << (test.mReverse ? "in reverse at " : "at ") << step.mStart);
+			SCOPED_TRACE(Message() << (test.mReverse ? "in reverse at " : "at ") << step.mStart);
 			delayed.FillInitialDelay(At(step.mStart), At(10), test.mReverse, false);
 			auto const getFilled = [](FakeItem& ioItem)
 			{
-				auto const calls = std::exchange(*ioItem.mCalls, {});
+				auto const calls = std::exchange(ioItem.mCalls, {});
 				return calls.empty() ? 0 : calls.back().mAmount;
 			};
 			EXPECT_EQ(getFilled(*fakes[1]), step.mFirst);
@@ -197,5 +163,4 @@ TEST(DelayedTrackItems, AreFilledOnTheWayInBothDirections)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::LatentClipsTest

@@ -1,55 +1,23 @@
 #include "AudioRender/Track/RealtimeAudioClipTrackItemRenderer.h"
 
 #include "Sonaro/AudioTrackRenderableItems.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/Fakes.h"
-#include "Support/Panning.h"
-#include "Support/SimpleGenerator.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <string>
 #include <tuple>
-#include <vector>
 
-namespace SN
-{
-namespace
+namespace SN::RealtimeAudioClipTrackItemRendererTest
 {
 
-using namespace Testing;
-using ::testing::ElementsAre;
-using zorvcore::classref::MakeObject;
-
-struct ItemParts
+struct ItemParts : ItemSettings
 {
-	InterfaceRef<IAudioGenerator> Make(InterfaceRef<IAudioRenderContext> const& inContext) const
-	{
-		InterfaceRef<IAudioGenerator> item;
-		EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateRealtimeAudioClipTrackItemRenderer(inContext,
-					  k48000Hz, mSource, mProcessors, mPanner ? mPanner : MakePanner(inContext, kPanNoneMono),
-					  mSpeed, MakeObject<ShiftTransform>(mShift), At(mOffset), &item),
-			kSuccess);
-		return item;
-	}
+	Generator Make(ScopedContext const& inContext) const { return MakeItem(inContext, mSource, *this); }
 
 	InterfaceRef<FakeGenerator> mSource = MakeObject<FakeGenerator>(1);
-	std::vector<InterfaceRef<IAudioProcessor>> mProcessors;
-	InterfaceRef<IAudioPanProcessor> mPanner;
-	double mSpeed = 1.0;
-	long long mShift = 0;
-	long long mOffset = 0;
 };
 
 TEST(RealtimeAudioClipTrackItemRenderer, PlaysItsSourceShiftedAndMapped)
 {
-	auto const make = [](InterfaceRef<IAudioRenderContext> const& inContext)
+	auto const make = [](ScopedContext const& inContext)
 	{
 		ItemParts parts;
 		parts.mShift = 1000;
@@ -61,8 +29,8 @@ TEST(RealtimeAudioClipTrackItemRenderer, PlaysItsSourceShiftedAndMapped)
 		return item;
 	};
 	ScopedContext const context(256);
-	ExpectAnySplitEqualsWhole([&] { return make(context.Get()); }, {.mStartFrame = 20, .mFrames = 250}, 256);
-	auto const item = make(context.Get());
+	ExpectAnySplitEqualsWhole([&] { return make(context); }, {.mStartFrame = 20, .mFrames = 250}, 256);
+	auto const item = make(context);
 	for (auto const& one : {item, item->Clone()})
 	{
 		EXPECT_EQ(PullWhole(*one, {.mStartFrame = 20, .mFrames = 10})[0][3],
@@ -70,20 +38,11 @@ TEST(RealtimeAudioClipTrackItemRenderer, PlaysItsSourceShiftedAndMapped)
 	}
 
 	ItemParts parts;
-	auto const unprepared = parts.Make(context.Get());
+	auto const unprepared = parts.Make(context);
 	EXPECT_EQ(PullWhole(*unprepared, {.mFrames = 4})[0], std::vector<float>(4, 0.0f));
 	EXPECT_TRUE(parts.mSource->mCalls.empty()) << "without a preroll the source is not asked";
 	context->SetImmediateRender(true);
 	EXPECT_EQ(PullWhole(*unprepared, {.mFrames = 4})[0][2], PositionSample(0, 2));
-
-	InterfaceRef<IAudioGenerator> none;
-	auto const factory = SonaroFactory::CreateClassRef();
-	EXPECT_EQ(factory->CreateRealtimeAudioClipTrackItemRenderer(context.Get(), k48000Hz, parts.mSource, {},
-				  {}, 1.0, MakeObject<ShiftTransform>(0), kTimeZero, &none),
-		eNullPointer);
-	EXPECT_EQ(factory->CreateRealtimeAudioClipTrackItemRenderer(
-				  {}, k48000Hz, parts.mSource, {}, {}, 1.0, MakeObject<ShiftTransform>(0), kTimeZero, &none),
-		eNullPointer);
 }
 
 // A slow tone, whose resampled form is known: at twice the speed it is an octave up.
@@ -103,7 +62,7 @@ TEST(RealtimeAudioClipTrackItemRenderer, ASpeedReadsTheSourceInItsTime)
 			ItemParts parts;
 			parts.mSource = MakeObject<FakeGenerator>(1, &Tone);
 			parts.mSpeed = speed;
-			auto const item = parts.Make(context.Get());
+			auto const item = parts.Make(context);
 			item->Preroll(At(0), false);
 			Samples out =
 				Pull(*item, {.mStartFrame = 1000, .mFrames = 3000}, RandomBlocks(7, 256), direction);
@@ -144,13 +103,13 @@ TEST(RealtimeAudioClipTrackItemRenderer, ReadsOnUntilThePositionsDriftApart)
 		ScopedContext const context(256);
 		ItemParts parts;
 		parts.mSpeed = 2.0;
-		auto const item = parts.Make(context.Get());
+		auto const item = parts.Make(context);
 		item->Preroll(At(0), false);
 		PullWhole(*item, {.mStartFrame = 500, .mFrames = 100});
 		// Where the source was read to; the next request is that far in the item's time, and then jumps.
 		Call const last = parts.mSource->mCalls.back();
 		long long const position = last.mTime.ToFrame64(k48000Hz) + last.mAmount;
-		EXPECT_EQ(parts.mSource->mCalls[1].mTime, At(1000)) << "behind the preroll";
+		EXPECT_EQ(parts.mSource->mCalls[1].mTime, At(1000)) << "after the preroll";
 		parts.mSource->mCalls.clear();
 		dsp::AudioBuffer buffer(1, 10);
 		item->GetAudioData(At(position + test.mJump) / 2.0, buffer, false);
@@ -164,11 +123,11 @@ TEST(RealtimeAudioClipTrackItemRenderer, InReverseReadsOnFromTheLowEnd)
 	ScopedContext const context(256);
 	ItemParts parts;
 	parts.mSpeed = 2.0;
-	auto const item = parts.Make(context.Get());
+	auto const item = parts.Make(context);
 	item->Preroll(At(0), true);
 	dsp::AudioBuffer buffer(1, 100);
 	item->GetAudioData(At(1000), buffer, true);
-	EXPECT_EQ(parts.mSource->mCalls[1].mTime, At(2000)) << "behind the preroll";
+	EXPECT_EQ(parts.mSource->mCalls[1].mTime, At(2000)) << "after the preroll";
 	parts.mSource->mCalls.clear();
 	// Off by a few samples, which are not followed.
 	item->GetAudioData(At(903), buffer, true);
@@ -182,8 +141,8 @@ TEST(RealtimeAudioClipTrackItemRenderer, ALatencyIsReportedAndFilledAhead)
 	ScopedContext const context(256, &prefetcher);
 	ItemParts parts;
 	parts.mSource->mDelay = At(60);
-	parts.mOffset = 40;
-	auto const item = parts.Make(context.Get());
+	parts.mOffset = At(40);
+	auto const item = parts.Make(context);
 	EXPECT_EQ(item->GetDelay(), kTimeZero) << "before a preroll";
 	item->Preroll(At(1000), false);
 	EXPECT_EQ(item->GetDelay(), At(100));
@@ -211,8 +170,8 @@ TEST(RealtimeAudioClipTrackItemRenderer, ALatencyIsReportedAndFilledAhead)
 										   Call{"GetAudioData", At(1140), 100, true}));
 
 	// Nested, and begun long ago: nothing to fill.
-	context->PushNestingLevel();
-	auto const nested = parts.Make(context.Get());
+	context.Nest();
+	auto const nested = parts.Make(context);
 	nested->Preroll(At(1000), false);
 	parts.mSource->mCalls.clear();
 	nested->FillInitialDelay(At(0), At(300), false, false);
@@ -225,7 +184,6 @@ TEST(RealtimeAudioClipTrackItemRenderer, ALatencyIsReportedAndFilledAhead)
 		nested->FillInitialDelay(At(0), At(300), false, false);
 		EXPECT_EQ(parts.mSource->mCalls.size(), isWithinDelay ? 1u : 0u);
 	}
-	context->PopNestingLevel();
 }
 
 TEST(RealtimeAudioClipTrackItemRenderer, ACloneLiesAndPlaysWhereTheOriginalDoes)
@@ -237,9 +195,9 @@ TEST(RealtimeAudioClipTrackItemRenderer, ACloneLiesAndPlaysWhereTheOriginalDoes)
 		ScopedContext const context(256, &prefetcher);
 		ItemParts parts;
 		parts.mSpeed = speed;
-		parts.mOffset = 40;
+		parts.mOffset = At(40);
 		parts.mShift = 1000;
-		auto const item = parts.Make(context.Get());
+		auto const item = parts.Make(context);
 		InterfaceRef<IAudioTrackRenderableItem>(item)->Init(At(100), At(900), At(150), k48000Hz);
 		auto const clone = item->Clone();
 		InterfaceRef<IAudioTrackRenderableItem> const place(clone);
@@ -252,7 +210,7 @@ TEST(RealtimeAudioClipTrackItemRenderer, ACloneLiesAndPlaysWhereTheOriginalDoes)
 		EXPECT_EQ(clone->GetDelay(), item->GetDelay());
 		Samples const expected = PullWhole(*item, range);
 		EXPECT_GT(std::abs(expected[0][299]), 0.0f);
-		EXPECT_EQ(DescribeDifference(PullWhole(*clone, range), expected), "");
+		EXPECT_TRUE(Same(PullWhole(*clone, range), expected));
 	}
 }
 
@@ -269,25 +227,36 @@ TEST(RealtimeAudioClipTrackItemRenderer, TheDelayOfTheSourceIsDividedByTheSpeed)
 		{0.5, 48000 * 31, 0}, {1e-9, 60, 0}, {0.0, 60, 0}, {0.0, 0, 0}};
 	for (Case const& test : kCases)
 	{
-		SCOPED_TRACE(testing::Message() << "speed " << test.mSpeed << ", delay " << test.mSourceDelay);
+		SCOPED_TRACE(Message() << "speed " << test.mSpeed << ", delay " << test.mSourceDelay);
 		Prefetcher prefetcher;
 		ScopedContext const context(256, &prefetcher);
 		ItemParts parts;
 		parts.mSource->mDelay = At(test.mSourceDelay);
 		parts.mSpeed = test.mSpeed;
-		parts.mOffset = 40;
-		auto const item = parts.Make(context.Get());
+		parts.mOffset = At(40);
+		auto const item = parts.Make(context);
 		item->Preroll(At(1000), false);
 		EXPECT_EQ(item->GetDelay(), At(test.mDelay + 40));
 		item->FillInitialDelay(At(0), kTimeZero, false, true);
 	}
+}
+
+TEST(RealtimeAudioClipTrackItemRenderer, RefusesWhatItCannotBeMadeFrom)
+{
 	ScopedContext const context(256);
-	InterfaceRef<IAudioGenerator> item;
-	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateRealtimeAudioClipTrackItemRenderer(context.Get(),
-				  k48000Hz, MakeObject<FakeGenerator>(1), {}, MakePanner(context.Get(), kPanNoneMono),
-				  std::nan(""), MakeObject<ShiftTransform>(0), kTimeZero, &item),
-		eInvalidArgument);
-	EXPECT_FALSE(item);
+	auto const panner = MakePanner(context, kPanNoneMono);
+	auto const create = [](Context const& inContext, auto const& inPanner, double inSpeed)
+	{
+		Generator item;
+		int const result = SonaroFactory::CreateClassRef()->CreateRealtimeAudioClipTrackItemRenderer(
+			inContext, k48000Hz, MakeObject<FakeGenerator>(1), {}, inPanner, inSpeed,
+			MakeObject<ShiftTransform>(0), kTimeZero, &item);
+		EXPECT_FALSE(item);
+		return result;
+	};
+	EXPECT_EQ(create(context, InterfaceRef<IAudioPanProcessor>(), 1.0), eNullPointer);
+	EXPECT_EQ(create({}, panner, 1.0), eNullPointer);
+	EXPECT_EQ(create(context, panner, std::nan("")), eInvalidArgument);
 }
 
 // Blocks so short that the resampler wants no input for them.
@@ -300,9 +269,9 @@ TEST(RealtimeAudioClipTrackItemRenderer, WhatTheResamplerHoldsIsHeardInBlocksWit
 		ItemParts parts;
 		parts.mSource = MakeObject<FakeGenerator>(1, [](unsigned long long, long long) { return 1.0f; });
 		parts.mPanner = MakePanner(
-			context.Get(), panner, ConstantParameters(std::vector<float>(panner == kPanNoneMono ? 0 : 1)));
+			context, panner, ConstantParameters(std::vector<float>(panner == kPanNoneMono ? 0 : 1)));
 		parts.mSpeed = 0.1;
-		auto const item = parts.Make(context.Get());
+		auto const item = parts.Make(context);
 		item->Preroll(At(0), false);
 		Samples const out = Pull(*item, {.mFrames = 300, .mChannels = 1}, BlocksOf(1));
 		for (unsigned i = 100; i < 300; ++i)
@@ -316,8 +285,8 @@ TEST(RealtimeAudioClipTrackItemRenderer, WithoutPlaybackAnOffsetIsWarmedUp)
 {
 	ScopedContext const context(64);
 	ItemParts parts;
-	parts.mOffset = 100;
-	auto const item = parts.Make(context.Get());
+	parts.mOffset = At(100);
+	auto const item = parts.Make(context);
 	item->Preroll(At(1000), false);
 	std::vector<Call> pulls;
 	for (Call const& call : parts.mSource->mCalls)
@@ -348,15 +317,11 @@ TEST(RealtimeAudioClipTrackItemRenderer, WhatRunsAheadWrapsAtTheEndsOfALoop)
 			 Case{"without an offset", false, 0, 990, 990}})
 	{
 		SCOPED_TRACE(test.mName);
-		Prefetcher prefetcher;
-		prefetcher.mLoopEnabled = 1;
-		prefetcher.mStart = At(0);
-		prefetcher.mEnd = At(1000);
-		prefetcher.mReverse = test.mReverse ? 1 : 0;
+		Prefetcher prefetcher{At(0), At(1000), 1, test.mReverse ? 1u : 0u};
 		ScopedContext const context(64, &prefetcher);
 		ItemParts parts;
-		parts.mOffset = test.mOffset;
-		auto const item = parts.Make(context.Get());
+		parts.mOffset = At(test.mOffset);
+		auto const item = parts.Make(context);
 		item->Preroll(At(0), false);
 		parts.mSource->mCalls.clear();
 		dsp::AudioBuffer buffer(1, 4);
@@ -374,11 +339,10 @@ TEST(RealtimeAudioClipTrackItemRenderer, APrefetchCoversWhatTheResamplerReads)
 		SCOPED_TRACE(speed);
 		ScopedContext const context(64);
 		ItemParts parts;
-		parts.mOffset = 10;
+		parts.mOffset = At(10);
 		parts.mSpeed = speed;
-		auto const item = parts.Make(context.Get());
-		PrefetchRequestAccumulator accumulator(PrefetchRequestAccumulator::ExtendCapacity, nullptr, nullptr);
-		item->AccumulatePrefetchRequests({At(100), At(200)}, AsynchronousPrefetch, accumulator);
+		auto const item = parts.Make(context);
+		RequestPrefetch(*item, {At(100), At(200)}, AsynchronousPrefetch);
 		EXPECT_EQ(
 			parts.mSource->mCalls.back(), (Call{"Prefetch 1", At(start), At(length).GetTicks(), false}));
 	}
@@ -391,12 +355,11 @@ TEST(RealtimeAudioClipTrackItemRenderer, LatentEffectsAreLeftOutWithoutCompensat
 	auto const latent = MakeObject<FakeProcessor>(0.5f);
 	latent->mDelay = At(5);
 	parts.mProcessors = {latent, MakeObject<FakeProcessor>(0.25f)};
-	auto const item = parts.Make(context.Get());
+	auto const item = parts.Make(context);
 	item->Preroll(At(0), false);
 	EXPECT_EQ(PullWhole(*item, {.mFrames = 4})[0][1], 0.125f * PositionSample(0, 1));
 	context->SetDelayCompensationDisabled(true);
 	EXPECT_EQ(PullWhole(*item, {.mFrames = 4})[0][1], 0.25f * PositionSample(0, 1));
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::RealtimeAudioClipTrackItemRendererTest

@@ -1,29 +1,12 @@
-#include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
-#include "Sonaro/SonaroFactory.h"
-#include "Support/Contexts.h"
-#include "Support/Fakes.h"
-#include "Support/Panning.h"
-#include "Support/SimpleGenerator.h"
-#include "zorvaudiodsp/AudioBuffer.h"
+#include "Support/Engine.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <vector>
-
-namespace SN
+namespace SN::ShortSourceTest
 {
-namespace
-{
-
-using namespace Testing;
-using zorvcore::classref::MakeObject;
 
 constexpr unsigned kFrames = 100;
 constexpr unsigned kGiven = 40;
 
-// Has samples for so many frames in playing order and leaves what it likes behind them.
+// Has samples for so many frames in playing order and leaves what it likes after them.
 class ShortSource final : public SimpleGenerator, public AudioTrackRenderableItemMixin
 {
 public:
@@ -35,11 +18,7 @@ public:
 
 	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override
 	{
-		FillFrom(PositionSample, GetNumChannels(), inTime, k48000Hz, inBuffer);
-		if (inReverse)
-		{
-			inBuffer.Reverse();
-		}
+		FillFrom(PositionSample, GetNumChannels(), inTime, k48000Hz, inBuffer, inReverse);
 		inBuffer.SetUseSize(std::min(inBuffer.GetUseSize(), kGiven));
 	}
 
@@ -52,79 +31,56 @@ protected:
 	}
 };
 
-struct Case
+struct ShortSourceCase
 {
 	char const* mName;
 	unsigned mSourceChannels;
 	// Whether it has a processor, which is to hear the request whole: effects go on sounding.
 	bool mProcesses;
-	std::function<InterfaceRef<IAudioGenerator>(InterfaceRef<IAudioRenderContext> const&,
-		InterfaceRef<ShortSource> const&, std::vector<InterfaceRef<IAudioProcessor>> const&)>
-		mMake;
+	Generator (*mMake)(
+		Context const& inContext, InterfaceRef<ShortSource> const& inSource, Processors const& inProcessors);
+};
+ShortSourceCase const kShortSourceCases[] = {
+	{"an item", 1, true,
+		[](auto const& inContext, auto const& inSource, auto const& inProcessors)
+		{ return MakeItem(inContext, inSource, {.mProcessors = inProcessors}); }},
+	{"an item that pans", 2, true,
+		[](auto const& inContext, auto const& inSource, auto const& inProcessors)
+		{
+			return MakeItem(inContext, inSource,
+				{.mProcessors = inProcessors, .mPanner = MakePanner(inContext, kPanStereoToMono)});
+		}},
+	{"a submix", 1, true,
+		[](auto const& inContext, auto const& inSource, auto const& inProcessors)
+		{ return MakeMixTrack(inContext, inSource, {.mProcessors = inProcessors}); }},
+	{"a submix that pans", 2, true,
+		[](auto const& inContext, auto const& inSource, auto const& inProcessors)
+		{
+			return MakeMixTrack(inContext, inSource,
+				{.mProcessors = inProcessors,
+					.mPanner = MakePanner(inContext, kPanStereoToMono),
+					.mLayout = VX::kAudioChannelLayout_Stereo});
+		}},
+	{"a clip", 1, false,
+		[](auto const& inContext, auto const& inSource, auto const&) {
+			return MakeClip(inContext, {{inSource, {{0, 0}}}});
+		}},
+	{"a track", 1, true,
+		[](auto const& inContext, auto const& inSource, auto const& inProcessors)
+		{ return MakeClipTrack(inContext, {inSource}, {.mProcessors = inProcessors}); }},
 };
 
-InterfaceRef<IAudioGenerator> MakeItem(InterfaceRef<IAudioRenderContext> const& inContext,
-	InterfaceRef<ShortSource> const& inSource, std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
-	PanProcessorType inPan)
+TEST(ShortSource, IsSilentAfterItsEndAndTheRequestGoesOn)
 {
-	InterfaceRef<IAudioGenerator> item;
-	SonaroFactory::CreateClassRef()->CreateRealtimeAudioClipTrackItemRenderer(inContext, k48000Hz, inSource,
-		inProcessors, MakePanner(inContext, inPan), 1.0, MakeObject<ShiftTransform>(), kTimeZero, &item);
-	return item;
-}
-
-InterfaceRef<IAudioGenerator> MakeSubmix(InterfaceRef<IAudioRenderContext> const& inContext,
-	InterfaceRef<ShortSource> const& inSource, std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
-	PanProcessorType inPan)
-{
-	InterfaceRef<IAudioGenerator> submix;
-	SonaroFactory::CreateClassRef()->CreateAudioMixTrackRenderer(inContext, k48000Hz, inSource, {}, {},
-		inProcessors, MakePanner(inContext, inPan), inSource->GetAudioChannelLayout(), &submix);
-	return submix;
-}
-
-TEST(ShortSource, IsSilentBehindItsEndAndTheRequestGoesOn)
-{
-	auto const factory = SonaroFactory::CreateClassRef();
-	Case const cases[] = {
-		{"an item", 1, true,
-			[](auto const& inContext, auto const& inSource, auto const& inProcessors)
-			{ return MakeItem(inContext, inSource, inProcessors, kPanNoneMono); }},
-		{"an item that pans", 2, true,
-			[](auto const& inContext, auto const& inSource, auto const& inProcessors)
-			{ return MakeItem(inContext, inSource, inProcessors, kPanStereoToMono); }},
-		{"a submix", 1, true,
-			[](auto const& inContext, auto const& inSource, auto const& inProcessors)
-			{ return MakeSubmix(inContext, inSource, inProcessors, kPanNoneMono); }},
-		{"a submix that pans", 2, true,
-			[](auto const& inContext, auto const& inSource, auto const& inProcessors)
-			{ return MakeSubmix(inContext, inSource, inProcessors, kPanStereoToMono); }},
-		{"a clip", 1, false,
-			[&](auto const& inContext, auto const& inSource, auto const&)
-			{
-				InterfaceRef<IAudioGenerator> clip;
-				factory->CreateAudioClipRenderer(inContext, k48000Hz, {{inSource, {{0, 0}}}},
-					VX::kAudioChannelLayout_Mono, kTimeZero, 1.0f, 1.0, &clip);
-				return clip;
-			}},
-		{"a track", 1, true,
-			[&](auto const& inContext, auto const& inSource, auto const& inProcessors)
-			{
-				InterfaceRef<IAudioGenerator> track;
-				factory->CreateAudioClipTrackRenderer(inContext, k48000Hz, {inSource}, {}, {}, inProcessors,
-					{}, VX::kAudioChannelLayout_Mono, &track);
-				return track;
-			}},
-	};
-	for (Case const& test : cases)
+	for (ShortSourceCase const& test : kShortSourceCases)
 	{
 		for (bool const reverse : {false, true})
 		{
-			SCOPED_TRACE(testing::Message() << test.mName << (reverse ? ", in reverse" : ""));
+			SCOPED_TRACE(Message() << test.mName << (reverse ? ", in reverse" : ""));
 			// The control interval is 16; in reverse, requests are cut.
 			ScopedContext const context(kFrames);
 			auto const log = MakeObject<FakeProcessor>(1.0f);
-			auto const node = test.mMake(context.Get(), MakeObject<ShortSource>(test.mSourceChannels), {log});
+			auto const node = test.mMake(context, MakeObject<ShortSource>(test.mSourceChannels), {log});
 			node->Preroll(At(0), reverse);
 			log->mCalls.clear();
 			dsp::AudioBuffer buffer(1, kFrames);
@@ -149,5 +105,4 @@ TEST(ShortSource, IsSilentBehindItsEndAndTheRequestGoesOn)
 	}
 }
 
-} // namespace
-} // namespace SN
+} // namespace SN::ShortSourceTest
