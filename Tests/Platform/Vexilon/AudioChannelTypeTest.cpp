@@ -1,14 +1,9 @@
 #include "Vexilon/AudioChannelType.h"
 
+#include "Support/Common.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
-#include <gtest/gtest.h>
-
-#include <set>
-
-namespace VX
-{
-namespace
+namespace VX::AudioChannelTypeTest
 {
 
 using zorvmediatypes::AudioChannelLayout;
@@ -49,5 +44,4 @@ TEST(AudioChannelType, LayoutsAndTypesFindEachOther)
 	EXPECT_TRUE(zorvmediatypes::CreateMultichannelLayout(-3).empty());
 }
 
-} // namespace
-} // namespace VX
+} // namespace VX::AudioChannelTypeTest

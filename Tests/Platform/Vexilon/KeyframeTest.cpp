@@ -1,18 +1,10 @@
 #include "Vexilon/Keyframe.h"
 
+#include "Support/Common.h"
 #include "Vexilon/ParamValue.h"
 #include "zorvcore/utility/Hash.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <functional>
-#include <set>
-#include <vector>
-
-namespace VX
-{
-namespace
+namespace VX::KeyframeTest
 {
 
 using zorvcore::utility::Guid;
@@ -142,5 +134,4 @@ TEST(ParamValue, AClonedControlGoesItsOwnWay)
 	EXPECT_EQ(ParamValue<bool>(true).GetText(), u"on");
 }
 
-} // namespace
-} // namespace VX
+} // namespace VX::KeyframeTest

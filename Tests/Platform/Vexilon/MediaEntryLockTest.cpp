@@ -1,16 +1,8 @@
 #include "Vexilon/MediaEntryLock.h"
 
-#include <gtest/gtest.h>
+#include "Support/Common.h"
 
-#include <array>
-#include <cstdint>
-#include <set>
-#include <string>
-#include <vector>
-
-namespace VX
-{
-namespace
+namespace VX::MediaEntryLockTest
 {
 
 using Lock = MediaEntryLock;
@@ -104,33 +96,19 @@ struct State
 	std::uint8_t mSecondHalf = 0;
 };
 
-bool Can(Role inRole, std::uint32_t inWord)
+// What a role may do with the word, and what the word is then.
+struct Arrows
 {
-	return inRole == Role::kReader   ? Lock::CanRead(inWord)
-		   : inRole == Role::kWriter ? Lock::CanWrite(inWord)
-									 : Lock::CanPurge(inWord);
-}
-
-std::uint32_t After(Role inRole, std::uint32_t inWord)
-{
-	return inRole == Role::kReader   ? Lock::AfterRead(inWord)
-		   : inRole == Role::kWriter ? Lock::AfterWrite(inWord)
-									 : Lock::AfterPurge(inWord);
-}
-
-bool CanRelease(Role inRole, std::uint32_t inWord)
-{
-	return inRole == Role::kReader   ? Lock::CanReleaseRead(inWord)
-		   : inRole == Role::kWriter ? Lock::CanReleaseWrite(inWord)
-									 : Lock::CanReleasePurge(inWord);
-}
-
-std::uint32_t AfterRelease(Role inRole, std::uint32_t inWord)
-{
-	return inRole == Role::kReader   ? Lock::AfterReleaseRead(inWord)
-		   : inRole == Role::kWriter ? Lock::AfterReleaseWrite(inWord)
-									 : Lock::AfterReleasePurge(inWord);
-}
+	bool (*mCan)(std::uint32_t);
+	std::uint32_t (*mAfter)(std::uint32_t);
+	bool (*mCanRelease)(std::uint32_t);
+	std::uint32_t (*mAfterRelease)(std::uint32_t);
+};
+constexpr Arrows kArrows[] = {
+	{Lock::CanRead, Lock::AfterRead, Lock::CanReleaseRead, Lock::AfterReleaseRead},
+	{Lock::CanWrite, Lock::AfterWrite, Lock::CanReleaseWrite, Lock::AfterReleaseWrite},
+	{Lock::CanPurge, Lock::AfterPurge, Lock::CanReleasePurge, Lock::AfterReleasePurge},
+};
 
 class Model
 {
@@ -197,6 +175,7 @@ private:
 	void Advance(State inState, unsigned inThread)
 	{
 		Thread& thread = inState.mThreads[inThread];
+		Arrows const& arrows = kArrows[static_cast<unsigned>(thread.mRole)];
 		switch (thread.mStep)
 		{
 		case Thread::kLoad:
@@ -205,17 +184,15 @@ private:
 			thread.mStep = thread.mStep == Thread::kLoad ? Thread::kSwap : Thread::kSwapForRelease;
 			break;
 		case Thread::kSwap:
-			if (!Can(thread.mRole, thread.mLoaded))
+			if (!arrows.mCan(thread.mLoaded))
 			{
 				thread.mStep = Thread::kLoad;
 				break;
 			}
-			SwapMayFail(inState, inThread);
-			if (inState.mWord != thread.mLoaded)
+			if (!Swap(inState, inThread, arrows.mAfter))
 			{
 				return;
 			}
-			inState.mWord = After(thread.mRole, thread.mLoaded);
 			thread.mStep = Thread::kFirstAccess;
 			break;
 		case Thread::kFirstAccess:
@@ -231,17 +208,15 @@ private:
 			thread.mStep = Thread::kLoadForRelease;
 			break;
 		case Thread::kSwapForRelease:
-			if (!CanRelease(thread.mRole, thread.mLoaded))
+			if (!arrows.mCanRelease(thread.mLoaded))
 			{
 				mFault = "a lock was lost";
 				return;
 			}
-			SwapMayFail(inState, inThread);
-			if (inState.mWord != thread.mLoaded)
+			if (!Swap(inState, inThread, arrows.mAfterRelease))
 			{
 				return;
 			}
-			inState.mWord = AfterRelease(thread.mRole, thread.mLoaded);
 			thread.mStep = Thread::kLoad;
 			break;
 		}
@@ -253,11 +228,16 @@ private:
 		Visit(inState);
 	}
 
-	// The weak form loads anew and goes on from there.
-	void SwapMayFail(State inState, unsigned inThread)
+	// The weak form may fail; then it loads anew and goes on from there.
+	bool Swap(State& ioState, unsigned inThread, std::uint32_t (*inAfter)(std::uint32_t))
 	{
-		inState.mThreads[inThread].mLoaded = inState.mWord;
-		Visit(inState);
+		State failed = ioState;
+		failed.mThreads[inThread].mLoaded = ioState.mWord;
+		Visit(failed);
+		std::uint32_t const loaded = ioState.mThreads[inThread].mLoaded;
+		bool const isSwapped = ioState.mWord == loaded;
+		ioState.mWord = isSwapped ? inAfter(loaded) : ioState.mWord;
+		return isSwapped;
 	}
 
 	void Access(Role inRole, std::uint8_t& ioHalf)
@@ -299,5 +279,4 @@ TEST(MediaEntryLock, HoldsInEveryInterleavingOfFourThreads)
 	}
 }
 
-} // namespace
-} // namespace VX
+} // namespace VX::MediaEntryLockTest

@@ -1,18 +1,10 @@
 #include "Vexilon/MediaManager.h"
 
+#include "Support/Answers.h"
+#include "Support/Common.h"
 #include "Vexilon/MediaVector.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <memory>
-#include <string>
-#include <thread>
-#include <vector>
-
-namespace VX
-{
-namespace
+namespace VX::MediaManagerTest
 {
 
 using zorvcore::classref::InterfaceRef;
@@ -114,8 +106,8 @@ TEST_F(MediaManagerTest, WhatIsInUseStaysAndOthersGo)
 	EXPECT_EQ(mManager->GetByteCount(), mBefore);
 }
 
-// A store that only tells what it is asked to purge.
-class RecordingMap final : public IMediaMap
+// A store that only records what it is asked to purge.
+class RecordingMap final : public SN::Testing::Answers<IMediaMap>
 {
 public:
 	void Purge(unsigned long long inIndex) override { mPurged.push_back(inIndex); }
@@ -124,13 +116,6 @@ public:
 
 	std::vector<unsigned long long> mPurged;
 	unsigned long long mReferenced = 0;
-
-protected:
-	void* QueryMap(zorvcore::utility::Guid const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IMediaMap>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	zorvcore::utility::Guid const mIdentifier = CreateMediaMapIdentifier();
@@ -168,7 +153,7 @@ TEST_F(MediaManagerTest, AStoreTakesItsEntriesAlong)
 		EXPECT_FALSE(value.expired());
 	}
 	EXPECT_TRUE(value.expired());
-	// The entry that was purged behind the manager's back may linger until its bytes are wanted.
+	// The entry that was purged without the manager's knowing may linger until its bytes are wanted.
 	mManager->SetByteBudget(mBefore);
 	EXPECT_EQ(mManager->GetByteCount(), mBefore);
 	mManager->TouchEntry(0, {});
@@ -222,5 +207,4 @@ TEST_F(MediaManagerTest, ADiscardMissesNothingThatIsOnlyTouched)
 	EXPECT_EQ(missed, 0);
 }
 
-} // namespace
-} // namespace VX
+} // namespace VX::MediaManagerTest

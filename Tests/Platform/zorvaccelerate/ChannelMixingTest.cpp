@@ -1,20 +1,10 @@
 #include "zorvaccelerate/ChannelMixing.h"
 
 #include "GuardedArray.h"
+#include "Support/Common.h"
 #include "zorvaccelerate/ChannelVariants.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstddef>
-#include <deque>
-#include <random>
-#include <string>
-#include <vector>
-
-namespace zorvaccelerate::utility
-{
-namespace
+namespace zorvaccelerate::utility::ChannelMixingTest
 {
 
 constexpr unsigned kLargestCount = 67;
@@ -55,31 +45,29 @@ struct Fold
 };
 
 constexpr Fold kFolds[] = {
-	{ChannelFold::kFrontToMono, 1, [](Inputs const& in, std::size_t, std::size_t i) { return Front(in, i); }},
+	{ChannelFold::kFrontToMono, 1, [](auto& in, std::size_t, std::size_t i) { return Front(in, i); }},
 	{ChannelFold::kFrontRearToMono, 1,
-		[](Inputs const& in, std::size_t, std::size_t i)
+		[](auto& in, std::size_t, std::size_t i)
 		{ return Total(Front(in, i), Rounded(kGains.mB * Rounded(in[4][i] + in[5][i]))); }},
 	{ChannelFold::kFrontLFEToMono, 1,
-		[](Inputs const& in, std::size_t, std::size_t i)
+		[](auto& in, std::size_t, std::size_t i)
 		{ return Total(Front(in, i), Rounded(kGains.mB * in[3][i])); }},
 	{ChannelFold::kFrontRearLFEToMono, 1,
-		[](Inputs const& in, std::size_t, std::size_t i)
+		[](auto& in, std::size_t, std::size_t i)
 		{ return Total(Rounded(kGains.mB * Sum3(in[4][i], in[5][i], in[3][i])), Front(in, i)); }},
 	{ChannelFold::kFrontToStereo, 2,
-		[](Inputs const& in, std::size_t inOutput, std::size_t i)
-		{ return Rounded(kGains.mTotal * Side(in, inOutput, i)); }},
+		[](auto& in, std::size_t side, std::size_t i) { return Rounded(kGains.mTotal * Side(in, side, i)); }},
 	{ChannelFold::kFrontRearToStereo, 2,
-		[](Inputs const& in, std::size_t inOutput, std::size_t i)
-		{ return Total(Side(in, inOutput, i), Rounded(kGains.mC * in[4 + inOutput][i])); }},
+		[](auto& in, std::size_t side, std::size_t i)
+		{ return Total(Side(in, side, i), Rounded(kGains.mC * in[4 + side][i])); }},
 	{ChannelFold::kFrontLFEToStereo, 2,
-		[](Inputs const& in, std::size_t inOutput, std::size_t i)
-		{ return Total(Side(in, inOutput, i), Rounded(kGains.mC * in[3][i])); }},
+		[](auto& in, std::size_t side, std::size_t i)
+		{ return Total(Side(in, side, i), Rounded(kGains.mC * in[3][i])); }},
 	{ChannelFold::kFrontRearLFEToStereo, 2,
-		[](Inputs const& in, std::size_t inOutput, std::size_t i) {
-			return Total(Side(in, inOutput, i), Rounded(kGains.mC * Rounded(in[4 + inOutput][i] + in[3][i])));
-		}},
+		[](auto& in, std::size_t side, std::size_t i)
+		{ return Total(Side(in, side, i), Rounded(kGains.mC * Rounded(in[4 + side][i] + in[3][i]))); }},
 	{ChannelFold::kStereoToMono, 1,
-		[](Inputs const& in, std::size_t, std::size_t i) { return Total(in[0][i], in[1][i]); }},
+		[](auto& in, std::size_t, std::size_t i) { return Total(in[0][i], in[1][i]); }},
 };
 
 // Awkward samples at all kinds of addresses, and outputs between guards.
@@ -178,62 +166,68 @@ TEST(ChannelMixing, EveryVariantSumsInTheOrderOfTheInputs)
 	EXPECT_EQ(silence[2], 0.0f);
 }
 
+// What a filter hears of one input or of two, from sample inFirst on.
+FilterFeed FeedFrom(Trial const& inTrial, bool inIsPair, unsigned inFirst)
+{
+	FilterFeed feed{.mFirst = inTrial.mInputs[0] + inFirst, .mFirstGain = 0.6f, .mSecondGain = 0.8f};
+	feed.mSecond = inIsPair ? inTrial.mInputs[1] + inFirst : nullptr;
+	return feed;
+}
+
+constexpr float kFeedFactor = 0.0625f;
+// The two samples before the first.
+constexpr float kX1 = 0.25f;
+constexpr float kX2 = -0.5f;
+
+std::vector<float> FeedPlainly(Trial const& inTrial, bool inIsPair)
+{
+	std::vector<float> expected;
+	float x1 = kX1;
+	float x2 = kX2;
+	for (std::size_t i = 0; i < inTrial.mValues[0].size(); ++i)
+	{
+		float const first = inTrial.mValues[0][i];
+		float const x0 =
+			inIsPair ? Rounded(Rounded(first * 0.6f) + Rounded(inTrial.mValues[1][i] * 0.8f)) : first;
+		expected.push_back(Rounded(Sum3(Rounded(2.0f * x1), x0, x2) * kFeedFactor));
+		x2 = x1;
+		x1 = x0;
+	}
+	return expected;
+}
+
 // However the feed is cut, and whatever variant runs, it is that of the whole.
 TEST(ChannelMixing, AnyCutOfAFilterFeedEqualsTheWhole)
 {
 	constexpr unsigned kCount = 203;
-	constexpr float kFactor = 0.0625f;
 	std::mt19937 random(23);
 	Trial trial(kCount, 0, random);
 	for (bool const isPair : {false, true})
 	{
-		auto const feedAt = [&](unsigned inFirst)
-		{
-			FilterFeed feed{.mFirst = trial.mInputs[0] + inFirst, .mFirstGain = 0.6f, .mSecondGain = 0.8f};
-			feed.mSecond = isPair ? trial.mInputs[1] + inFirst : nullptr;
-			return feed;
-		};
-		std::vector<float> expected(kCount);
-		float x1 = 0.25f;
-		float x2 = -0.5f;
-		for (std::size_t i = 0; i < kCount; ++i)
-		{
-			float const first = trial.mValues[0][i];
-			float const x0 =
-				isPair ? Rounded(Rounded(first * 0.6f) + Rounded(trial.mValues[1][i] * 0.8f)) : first;
-			expected[i] = Rounded(Sum3(Rounded(2.0f * x1), x0, x2) * kFactor);
-			x2 = x1;
-			x1 = x0;
-		}
+		SCOPED_TRACE(isPair ? "two channels" : "one channel");
+		std::vector<float> const expected = FeedPlainly(trial, isPair);
 		for (unsigned const longest : {kCount, 1u, 2u, 3u, 40u})
 		{
-			x1 = 0.25f;
-			x2 = -0.5f;
+			float x1 = kX1;
+			float x2 = kX2;
 			for (unsigned done = 0; done < kCount;)
 			{
 				unsigned const count =
 					std::min<unsigned>(1 + static_cast<unsigned>(random()) % longest, kCount - done);
-				FilterFeed feed = feedAt(done);
+				FilterFeed feed = FeedFrom(trial, isPair, done);
 				feed.mX1 = x1;
 				feed.mX2 = x2;
-				FeedFilter(count, feed, kFactor, trial.mOutputs[0] + done);
+				FeedFilter(count, feed, kFeedFactor, trial.mOutputs[0] + done);
 				x1 = feed.mX1;
 				x2 = feed.mX2;
 				done += count;
 			}
-			EXPECT_TRUE(trial.Holds(0, expected))
-				<< (isPair ? "two channels, up to " : "one channel, up to ") << longest;
+			EXPECT_TRUE(trial.Holds(0, expected)) << "up to " << longest;
 		}
 		for (ChannelVariant const& variant : RunnableChannelVariants())
 		{
-			if (isPair)
-			{
-				variant.mFeedTwo(kCount, feedAt(0), kFactor, trial.mOutputs[1]);
-			}
-			else
-			{
-				variant.mFeedOne(kCount, trial.mInputs[0], kFactor, trial.mOutputs[1]);
-			}
+			isPair ? variant.mFeedTwo(kCount, FeedFrom(trial, true, 0), kFeedFactor, trial.mOutputs[1])
+				   : variant.mFeedOne(kCount, trial.mInputs[0], kFeedFactor, trial.mOutputs[1]);
 			// From the third sample on.
 			std::copy_n(expected.begin(), 2, trial.mOutputs[1]);
 			EXPECT_TRUE(trial.Holds(1, expected)) << variant.mName;
@@ -241,5 +235,4 @@ TEST(ChannelMixing, AnyCutOfAFilterFeedEqualsTheWhole)
 	}
 }
 
-} // namespace
-} // namespace zorvaccelerate::utility
+} // namespace zorvaccelerate::utility::ChannelMixingTest

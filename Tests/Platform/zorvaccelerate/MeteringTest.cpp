@@ -1,23 +1,10 @@
 #include "zorvaccelerate/Metering.h"
 
 #include "GuardedArray.h"
+#include "Support/Common.h"
 #include "zorvaccelerate/MeteringVariants.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstring>
-#include <deque>
-#include <iterator>
-#include <random>
-#include <string>
-#include <vector>
-
-namespace zorvaccelerate::utility
-{
-namespace
+namespace zorvaccelerate::utility::MeteringTest
 {
 
 TEST(Metering, EveryVariantCopiesWhatIsPlausible)
@@ -207,5 +194,4 @@ TEST(Metering, EveryVariantFindsTheSamePeakOfPoints)
 	}
 }
 
-} // namespace
-} // namespace zorvaccelerate::utility
+} // namespace zorvaccelerate::utility::MeteringTest

@@ -1,23 +1,10 @@
 #include "zorvaccelerate/Resampling.h"
 
 #include "GuardedArray.h"
+#include "Support/Common.h"
 #include "zorvaccelerate/ResamplingVariants.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <bit>
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <deque>
-#include <random>
-#include <string>
-#include <vector>
-
-namespace zorvaccelerate::utility
-{
-namespace
+namespace zorvaccelerate::utility::ResamplingTest
 {
 
 double RoundedDouble(double inValue)
@@ -31,7 +18,7 @@ double Wide(float inValue)
 	return static_cast<double>(inValue);
 }
 
-// Values whose sum tells the order of its additions.
+// Values whose sum shows the order of its additions.
 float OrdinaryValue(std::mt19937& ioRandom)
 {
 	return std::ldexp(
@@ -181,5 +168,4 @@ TEST(Resampling, EveryVariantInterpolatesSamplesAlike)
 	}
 }
 
-} // namespace
-} // namespace zorvaccelerate::utility
+} // namespace zorvaccelerate::utility::ResamplingTest

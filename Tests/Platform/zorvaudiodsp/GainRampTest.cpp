@@ -1,21 +1,16 @@
 #include "zorvaudiodsp/GainRamp.h"
 
+#include "Support/Buffers.h"
+#include "Support/Common.h"
 #include "zorvaudiodsp/AudioDelayBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <limits>
-#include <random>
-#include <stdexcept>
-#include <vector>
-
-namespace dsp
+namespace dsp::GainRampTest
 {
-namespace
-{
+
+using SN::Testing::Heard;
+using SN::Testing::MakeBuffer;
+using SN::Testing::WindowOf;
 
 constexpr float kRate = 48000.0f;
 
@@ -40,13 +35,10 @@ std::vector<float> Gains(GainRamp inRamp, unsigned inCount, NextBlock const& inN
 	while (gains.size() < inCount)
 	{
 		auto const count = std::min(inNextBlock(), inCount - static_cast<unsigned>(gains.size()));
-		AudioBuffer block(1, count);
-		std::fill_n(block.GetChannel(0), count, 1.0f);
+		AudioBuffer block = MakeBuffer(1, count, 1.0f);
 		inRamp.Process(block);
-		for (unsigned i = 0; i < count; ++i)
-		{
-			gains.push_back(block.IsChannelSilent(0) ? 0.0f : block.GetChannel(0)[i]);
-		}
+		auto const heard = Heard(block);
+		gains.insert(gains.end(), heard.begin(), heard.end());
 	}
 	return gains;
 }
@@ -141,31 +133,19 @@ TEST(GainRamp, AtRestOneTouchesNothingAndZeroSilences)
 	EXPECT_FALSE(one.HasConstantGainZero()) << "not at rest yet";
 
 	// Only the samples that both sides have.
-	AudioBuffer longer(1, 6);
-	std::fill_n(longer.GetChannel(0), 6, 5.0f);
-	GainRamp silence(kRate, 0.0f, 0.005f);
-	silence.Process(output, 0, longer, 0);
-	EXPECT_FALSE(longer.IsSilent());
-	EXPECT_EQ(longer.GetChannel(0)[3], 0.0f);
-	EXPECT_EQ(longer.GetChannel(0)[4], 5.0f);
+	AudioBuffer longer = MakeBuffer(1, 6, 5.0f);
+	GainRamp(kRate, 0.0f, 0.005f).Process(output, 0, longer, 0);
+	EXPECT_EQ(Heard(longer), std::vector<float>({0, 0, 0, 0, 5, 5}));
 }
 
 TEST(GainRamp, OverAWindowNothingOutsideIsTouched)
 {
-	AudioBuffer parent(1, 8);
-	std::fill_n(parent.GetChannel(0), 8, 1.0f);
-	AudioSubBuffer window;
-	window.Init(1);
-	window.Assign(parent, 2);
-	window.SetUseSize(3);
-	GainRamp ramp(kRate, 0.5f, 0.005f);
-	ramp.Process(window);
-	EXPECT_EQ(std::vector<float>(parent.GetChannel(0), parent.GetChannel(0) + 8),
-		std::vector<float>({1, 1, 0.5f, 0.5f, 0.5f, 1, 1, 1}));
-	GainRamp(kRate, 0.0f, 0.005f).Process(window);
-	EXPECT_FALSE(parent.IsSilent());
-	EXPECT_EQ(parent.GetChannel(0)[4], 0.0f);
-	EXPECT_EQ(parent.GetChannel(0)[5], 1.0f);
+	AudioBuffer parent = MakeBuffer(1, 8, 1.0f);
+	auto const window = WindowOf(parent, 2, 3);
+	GainRamp(kRate, 0.5f, 0.005f).Process(*window);
+	EXPECT_EQ(Heard(parent), std::vector<float>({1, 1, 0.5f, 0.5f, 0.5f, 1, 1, 1}));
+	GainRamp(kRate, 0.0f, 0.005f).Process(*window);
+	EXPECT_EQ(Heard(parent), std::vector<float>({1, 1, 0, 0, 0, 1, 1, 1}));
 }
 
 TEST(AudioDelayBuffer, AnySplitGivesTheInputLaterAndSilenceBefore)
@@ -197,11 +177,11 @@ TEST(AudioDelayBuffer, AnySplitGivesTheInputLaterAndSilenceBefore)
 				block.SetChannelZero(0, silent);
 				line.Write(block);
 				line.Read(block);
+				auto const heard = Heard(block);
 				for (unsigned i = 0; i < count; ++i)
 				{
 					float const expected = done + i < delay ? 0.0f : written[done + i - delay];
-					float const heard = block.IsChannelSilent(0) ? 0.0f : block.GetChannel(0)[i];
-					ASSERT_EQ(heard, expected) << "frame " << done + i;
+					ASSERT_EQ(heard[i], expected) << "frame " << done + i;
 				}
 				ASSERT_TRUE(block.IsChannelSilent(2));
 				done += count;
@@ -214,8 +194,7 @@ TEST(AudioDelayBuffer, ResetForgetsHistoryAndSilenceComesOutFlagged)
 {
 	AudioDelayBuffer line;
 	line.Init(1, 4, 8);
-	AudioBuffer block(1, 8);
-	std::fill_n(block.GetChannel(0), 8, 3.0f);
+	AudioBuffer block = MakeBuffer(1, 8, 3.0f);
 	line.Write(block);
 	line.Reset();
 	block.Zero();
@@ -249,10 +228,7 @@ TEST(AudioDelayBuffer, RefusesEndlessDelaysAndSparesAbsentChannels)
 	std::fill_n(block.GetChannel(0), 4, 1.0f);
 	delay.Write(block);
 	AudioBuffer parent(1, 4);
-	AudioSubBuffer window;
-	window.Init(2);
-	window.Assign(parent, 0);
-	delay.Read(window);
+	delay.Read(*WindowOf(parent, 0, 4, 2));
 	EXPECT_EQ(parent.GetChannel(0)[1], 0.0f);
 	EXPECT_EQ(parent.GetChannel(0)[2], 1.0f);
 }
@@ -261,13 +237,10 @@ TEST(AudioDelayBuffer, ABlockBeyondTheLargestIsCutShortNotOverrun)
 {
 	AudioDelayBuffer line;
 	line.Init(1, 2, 4);
-	AudioBuffer block(1, 10);
-	std::fill_n(block.GetChannel(0), 10, 3.0f);
+	AudioBuffer block = MakeBuffer(1, 10, 3.0f);
 	line.Write(block);
 	line.Read(block);
-	EXPECT_EQ(std::vector<float>(block.GetChannel(0), block.GetChannel(0) + 10),
-		std::vector<float>({0, 0, 3, 3, 0, 0, 0, 0, 0, 0}));
+	EXPECT_EQ(Heard(block), std::vector<float>({0, 0, 3, 3, 0, 0, 0, 0, 0, 0}));
 }
 
-} // namespace
-} // namespace dsp
+} // namespace dsp::GainRampTest

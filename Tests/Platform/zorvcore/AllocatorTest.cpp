@@ -1,15 +1,9 @@
+#include "Support/Common.h"
+#include "Support/Threads.h"
 #include "zorvcore/allocator/MemoryRecycler.h"
 #include "zorvcore/allocator/SmallBlockAllocator.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <cstring>
-#include <limits>
 #include <list>
-#include <mutex>
-#include <random>
-#include <thread>
 
 namespace
 {
@@ -76,7 +70,7 @@ TEST(SmallBlockAllocator, BlocksMayEndOnOtherThreads)
 	std::vector<MarkedBlock> pool;
 	auto const work = [&](unsigned inSeed)
 	{
-		std::minstd_rand random(inSeed);
+		std::minstd_rand random(inSeed + 1);
 		for (int i = 0; i < kSteps; ++i)
 		{
 			MarkedBlock block(random() % 300, static_cast<unsigned char>(random()));
@@ -92,15 +86,7 @@ TEST(SmallBlockAllocator, BlocksMayEndOnOtherThreads)
 			}
 		}
 	};
-	std::vector<std::thread> threads;
-	for (unsigned i = 0; i < kThreads; ++i)
-	{
-		threads.emplace_back(work, i + 1);
-	}
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
+	SN::Testing::RunOnThreads(kThreads, work);
 	for (MarkedBlock& block : pool)
 	{
 		block.DisposeChecked();
@@ -126,22 +112,14 @@ TEST(SmallBlockAllocator, ServesDestructorsOfThreadLocals)
 
 		int mTouched = 0;
 	};
-	std::vector<std::thread> threads;
-	for (int i = 0; i < 3; ++i)
-	{
-		threads.emplace_back(
-			[]
-			{
-				// Made before the thread's first block, and so destroyed after the thread's lists.
-				thread_local Late sLate;
-				++sLate.mTouched;
-				MarkedBlock(48, 7).DisposeChecked();
-			});
-	}
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
+	SN::Testing::RunOnThreads(3,
+		[](unsigned)
+		{
+			// Made before the thread's first block, and so destroyed after the thread's lists.
+			thread_local Late sLate;
+			++sLate.mTouched;
+			MarkedBlock(48, 7).DisposeChecked();
+		});
 }
 
 TEST(SmallBlockAllocator, AskingForTooMuchThrows)

@@ -1,14 +1,10 @@
 #include "zorvcore/classref/AsyncDestruction.h"
 
 #include "Support/AssertCapture.h"
+#include "Support/Common.h"
+#include "Support/Threads.h"
 
-#include <gmock/gmock.h>
-
-#include <atomic>
 #include <cstdlib>
-#include <stdexcept>
-#include <string_view>
-#include <thread>
 #include <unistd.h>
 
 namespace
@@ -43,22 +39,14 @@ TEST(AsyncDestruction, ManyThreadsHandOver)
 	constexpr int kThreads = 4;
 	constexpr int kObjects = 2000;
 	std::atomic<int> destroyed{0};
-	std::vector<std::thread> threads;
-	for (int i = 0; i < kThreads; ++i)
-	{
-		threads.emplace_back(
-			[&destroyed]
+	SN::Testing::RunOnThreads(kThreads,
+		[&destroyed](unsigned)
+		{
+			for (int k = 0; k < kObjects; ++k)
 			{
-				for (int k = 0; k < kObjects; ++k)
-				{
-					MakeAsyncDestroyedObject<Traced>([&destroyed] { ++destroyed; });
-				}
-			});
-	}
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
+				MakeAsyncDestroyedObject<Traced>([&destroyed] { ++destroyed; });
+			}
+		});
 	WaitForAsyncDestruction();
 	EXPECT_EQ(destroyed, kThreads * kObjects);
 }

@@ -1,11 +1,9 @@
 #include "zorvcore/debug/DebugDatabase.h"
 
 #include "Support/AssertCapture.h"
-
-#include <gtest/gtest.h>
+#include "Support/Common.h"
 
 #include <cstdlib>
-#include <thread>
 
 namespace
 {

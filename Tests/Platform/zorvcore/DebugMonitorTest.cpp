@@ -1,13 +1,10 @@
 #include "zorvcore/debug/DebugMonitor.h"
 
 #include "Support/AssertCapture.h"
+#include "Support/Common.h"
 #include "zorvcore/threads/Gate.h"
 
-#include <gmock/gmock.h>
-
 #include <optional>
-#include <stdexcept>
-#include <thread>
 
 namespace
 {

@@ -1,12 +1,9 @@
 #include "zorvcore/config/Exceptions.h"
 
 #include "Support/AssertCapture.h"
+#include "Support/Common.h"
 #include "zorvcore/async/Future.h"
 #include "zorvcore/utility/MachineException.h"
-
-#include <gmock/gmock.h>
-
-#include <stdexcept>
 
 namespace
 {

@@ -1,19 +1,14 @@
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
 
 #include "Support/AssertCapture.h"
+#include "Support/Common.h"
 #include "zorvcore/threads/CurrentThread.h"
 #include "zorvcore/threads/Gate.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <numeric>
-#include <stdexcept>
 #include <sys/resource.h>
-#include <thread>
 #include <unistd.h>
 
 namespace

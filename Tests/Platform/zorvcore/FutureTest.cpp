@@ -1,10 +1,6 @@
 #include "zorvcore/async/Future.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <stdexcept>
-#include <thread>
+#include "Support/Common.h"
 
 namespace
 {
@@ -25,47 +21,48 @@ std::string TextOf(std::exception_ptr const& inException)
 	}
 }
 
-TEST(Future, TellsItsOutcome)
+struct Outcome
 {
-	struct Case
-	{
-		char const* mName;
-		void (*mAct)(Promise<int>&);
-		FutureStatus mStatus;
-		// Null for a value.
-		char const* mText;
-	};
-	constexpr Case kCases[] = {
-		{"nothing yet", [](Promise<int>&) {}, FutureStatus::kNotReady, "Future: Not Ready"},
-		{"value", [](Promise<int>& io) { io.SetValue(7); }, FutureStatus::kReady, nullptr},
-		{"exception",
-			[](Promise<int>& io) { io.SetException(std::make_exception_ptr(std::runtime_error("broken"))); },
-			FutureStatus::kFailed, "broken"},
-		{"cancelled by the worker", [](Promise<int>& io) { io.Cancel(); }, FutureStatus::kCancelled,
-			"Future Is Cancelled"},
-		{"cancelled by the reader", [](Promise<int>& io) { io.GetFuture().Cancel(); },
-			FutureStatus::kCancelled, "Future Is Cancelled"},
-		{"worker gone", [](Promise<int>& io) { Promise<int>(std::move(io)); }, FutureStatus::kCancelled,
-			"Future Is Cancelled"},
-		{"the first outcome counts",
-			[](Promise<int>& io)
-			{
-				EXPECT_TRUE(io.SetValue(7));
-				EXPECT_FALSE(io.SetValue(8));
-				EXPECT_FALSE(io.SetException(std::make_exception_ptr(1)));
-				EXPECT_FALSE(io.Cancel());
-			},
-			FutureStatus::kReady, nullptr},
-		{"too late for a value",
-			[](Promise<int>& io)
-			{
-				EXPECT_TRUE(io.Cancel());
-				EXPECT_TRUE(io.IsCancelled());
-				EXPECT_FALSE(io.SetValue(7));
-			},
-			FutureStatus::kCancelled, "Future Is Cancelled"},
-	};
-	for (Case const& test : kCases)
+	char const* mName;
+	void (*mAct)(Promise<int>&);
+	FutureStatus mStatus;
+	// Null for a value.
+	char const* mText;
+};
+constexpr Outcome kOutcomes[] = {
+	{"nothing yet", [](Promise<int>&) {}, FutureStatus::kNotReady, "Future: Not Ready"},
+	{"value", [](Promise<int>& io) { io.SetValue(7); }, FutureStatus::kReady, nullptr},
+	{"exception",
+		[](Promise<int>& io) { io.SetException(std::make_exception_ptr(std::runtime_error("broken"))); },
+		FutureStatus::kFailed, "broken"},
+	{"cancelled by the worker", [](Promise<int>& io) { io.Cancel(); }, FutureStatus::kCancelled,
+		"Future Is Cancelled"},
+	{"cancelled by the reader", [](Promise<int>& io) { io.GetFuture().Cancel(); }, FutureStatus::kCancelled,
+		"Future Is Cancelled"},
+	{"worker gone", [](Promise<int>& io) { Promise<int>(std::move(io)); }, FutureStatus::kCancelled,
+		"Future Is Cancelled"},
+	{"the first outcome counts",
+		[](Promise<int>& io)
+		{
+			EXPECT_TRUE(io.SetValue(7));
+			EXPECT_FALSE(io.SetValue(8));
+			EXPECT_FALSE(io.SetException(std::make_exception_ptr(1)));
+			EXPECT_FALSE(io.Cancel());
+		},
+		FutureStatus::kReady, nullptr},
+	{"too late for a value",
+		[](Promise<int>& io)
+		{
+			EXPECT_TRUE(io.Cancel());
+			EXPECT_TRUE(io.IsCancelled());
+			EXPECT_FALSE(io.SetValue(7));
+		},
+		FutureStatus::kCancelled, "Future Is Cancelled"},
+};
+
+TEST(Future, ReportsItsOutcome)
+{
+	for (Outcome const& test : kOutcomes)
 	{
 		SCOPED_TRACE(test.mName);
 		Promise<int> promise;

@@ -1,12 +1,6 @@
 #include "zorvcore/utility/Hash.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <ostream>
-#include <random>
-#include <vector>
+#include "Support/Common.h"
 
 namespace zorvcore::utility
 {

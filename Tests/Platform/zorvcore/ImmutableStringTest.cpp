@@ -1,12 +1,9 @@
 #include "zorvcore/utility/ImmutableString.h"
 
-#include <gtest/gtest.h>
+#include "Support/Common.h"
+#include "Support/Threads.h"
 
-#include <set>
-#include <string>
-#include <thread>
 #include <unordered_set>
-#include <vector>
 
 namespace
 {
@@ -53,32 +50,24 @@ TEST(ImmutableString, CopiesOutliveTheirOriginals)
 // is just going.
 TEST(ImmutableString, TwoThatLiveAtOnceAreOneContentUnderThreads)
 {
-	constexpr int kThreads = 4;
-	constexpr int kSteps = 100000;
-	std::vector<std::thread> threads;
-	for (int i = 0; i < kThreads; ++i)
-	{
-		threads.emplace_back(
-			[i]
+	constexpr unsigned kThreads = 4;
+	constexpr unsigned kSteps = 100000;
+	SN::Testing::RunOnThreads(kThreads,
+		[](unsigned inThread)
+		{
+			std::string_view const texts[] = {"text 0", "text 1"};
+			for (unsigned k = 0; k < kSteps; ++k)
 			{
-				std::string_view const texts[] = {"text 0", "text 1"};
-				for (int k = 0; k < kSteps; ++k)
+				std::string_view const text = texts[(k / 5 + inThread) % 2];
+				ImmutableString const a(text);
+				if (k % 3 == 0)
 				{
-					std::string_view const text = texts[(k / 5 + i) % 2];
-					ImmutableString const a(text);
-					if (k % 3 == 0)
-					{
-						ImmutableString const b(text);
-						ASSERT_EQ(a, b);
-					}
-					ASSERT_EQ(a.GetText(), text);
+					ImmutableString const b(text);
+					ASSERT_EQ(a, b);
 				}
-			});
-	}
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
+				ASSERT_EQ(a.GetText(), text);
+			}
+		});
 }
 
 } // namespace

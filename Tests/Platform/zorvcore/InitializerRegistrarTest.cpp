@@ -1,13 +1,9 @@
 #include "zorvcore/config/InitializerRegistrar.h"
 
 #include "Support/AssertCapture.h"
+#include "Support/Common.h"
 #include "zorvcore/classref/AsyncDestruction.h"
 #include "zorvcore/classref/Unknown.h"
-
-#include <gmock/gmock.h>
-
-#include <memory>
-#include <stdexcept>
 
 namespace
 {

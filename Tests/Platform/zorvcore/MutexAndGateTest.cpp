@@ -1,11 +1,10 @@
 #include "Support/AssertCapture.h"
+#include "Support/Common.h"
+#include "Support/Threads.h"
 #include "zorvcore/threads/AtomicIntegral.h"
 #include "zorvcore/threads/Gate.h"
 #include "zorvcore/threads/RecursiveMutex.h"
 
-#include <gmock/gmock.h>
-
-#include <thread>
 #include <type_traits>
 
 namespace
@@ -22,24 +21,16 @@ TEST(RecursiveMutex, KeepsThreadsApartThroughNestedLocks)
 	constexpr int kSteps = 5000;
 	RecursiveMutex mutex("counter");
 	int counter = 0;
-	std::vector<std::thread> threads;
-	for (int i = 0; i < kThreads; ++i)
-	{
-		threads.emplace_back(
-			[&]
+	SN::Testing::RunOnThreads(kThreads,
+		[&](unsigned)
+		{
+			for (int k = 0; k < kSteps; ++k)
 			{
-				for (int k = 0; k < kSteps; ++k)
-				{
-					ScopedRecursiveLock const outer(mutex, "outer");
-					ScopedRecursiveLock const inner(mutex, "inner");
-					++counter;
-				}
-			});
-	}
-	for (std::thread& thread : threads)
-	{
-		thread.join();
-	}
+				ScopedRecursiveLock const outer(mutex, "outer");
+				ScopedRecursiveLock const inner(mutex, "inner");
+				++counter;
+			}
+		});
 	EXPECT_EQ(counter, kThreads * kSteps);
 }
 
@@ -111,18 +102,15 @@ TEST(AtomicIntegral, CountsUnderThreadsFromItsDefault)
 {
 	constexpr int kSteps = 10000;
 	AtomicIntegral<int, 5> count;
-	auto const add = [&count]
-	{
-		for (int i = 0; i < kSteps; ++i)
+	SN::Testing::RunOnThreads(2,
+		[&count](unsigned)
 		{
-			count.Add(2);
-			count.Add(-1);
-		}
-	};
-	std::thread first(add);
-	std::thread second(add);
-	first.join();
-	second.join();
+			for (int i = 0; i < kSteps; ++i)
+			{
+				count.Add(2);
+				count.Add(-1);
+			}
+		});
 	EXPECT_EQ(count.Exchange(1), 5 + 2 * kSteps);
 	EXPECT_EQ(count.Add(3), 4);
 	count.Set(9);

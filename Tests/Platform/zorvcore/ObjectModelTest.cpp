@@ -1,9 +1,8 @@
 #include "zorvcore/classref/Implements.h"
 #include "zorvcore/classref/InterfaceRef.h"
 
-#include <gmock/gmock.h>
+#include "Support/Common.h"
 
-#include <map>
 #include <unordered_set>
 
 namespace

@@ -1,17 +1,10 @@
 #include "zorvcore/threads/QueueOnlyOnce.h"
 
+#include "Support/Common.h"
+#include "Support/Threads.h"
 #include "zorvcore/threads/Gate.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <functional>
 #include <future>
-#include <memory>
-#include <mutex>
-#include <thread>
-#include <utility>
-#include <vector>
 
 namespace
 {
@@ -90,7 +83,7 @@ TEST(QueueOnlyOnce, NoTriggerCountsOnOneThatIsRefused)
 
 // The service pattern: producers add work and trigger; a run takes all that it finds. Nothing may be left
 // over when the last trigger has been served.
-TEST(QueueOnlyOnce, NoWorkIsLeftBehindUnderStress)
+TEST(QueueOnlyOnce, NoWorkIsLeftOverUnderStress)
 {
 	constexpr unsigned kProducers = 3;
 	constexpr unsigned kItems = 5000;
@@ -105,26 +98,18 @@ TEST(QueueOnlyOnce, NoWorkIsLeftBehindUnderStress)
 			taken += std::exchange(waiting, 0);
 		},
 		executor);
-	std::vector<std::thread> producers;
-	for (unsigned i = 0; i < kProducers; ++i)
-	{
-		producers.emplace_back(
-			[&]
+	SN::Testing::RunOnThreads(kProducers,
+		[&](unsigned)
+		{
+			for (unsigned k = 0; k < kItems; ++k)
 			{
-				for (unsigned k = 0; k < kItems; ++k)
 				{
-					{
-						std::lock_guard const lock(mutex);
-						++waiting;
-					}
-					trigger->Queue();
+					std::lock_guard const lock(mutex);
+					++waiting;
 				}
-			});
-	}
-	for (std::thread& producer : producers)
-	{
-		producer.join();
-	}
+				trigger->Queue();
+			}
+		});
 	executor->Stop();
 	EXPECT_EQ(waiting, 0u);
 	EXPECT_EQ(taken, kProducers * kItems);

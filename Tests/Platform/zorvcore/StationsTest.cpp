@@ -1,11 +1,6 @@
 #include "zorvcore/messaging/Stations.h"
 
-#include <gmock/gmock.h>
-
-#include <set>
-#include <string>
-#include <thread>
-#include <vector>
+#include "Support/Common.h"
 
 namespace
 {

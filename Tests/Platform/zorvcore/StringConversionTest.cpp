@@ -1,8 +1,6 @@
 #include "zorvcore/string/StringConversion.h"
 
-#include <gtest/gtest.h>
-
-#include <string_view>
+#include "Support/Common.h"
 
 namespace
 {

@@ -1,14 +1,9 @@
 #include "zorvmediatypes/ChannelConversionMatrix.h"
 
+#include "Support/Common.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-namespace zorvmediatypes
-{
-namespace
+namespace zorvmediatypes::ChannelConversionMatrixTest
 {
 
 using enum AudioChannelDescription;
@@ -67,5 +62,4 @@ TEST(ChannelConversionMatrix, SendsEachChannelToWhereItIsHeardBest)
 	}
 }
 
-} // namespace
-} // namespace zorvmediatypes
+} // namespace zorvmediatypes::ChannelConversionMatrixTest

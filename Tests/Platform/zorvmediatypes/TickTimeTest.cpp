@@ -1,16 +1,9 @@
 #include "zorvmediatypes/TickTime.h"
 
+#include "Support/Common.h"
 #include "zorvmediatypes/FrameRate.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-
-namespace zorvmediatypes
-{
-namespace
+namespace zorvmediatypes::TickTimeTest
 {
 
 constexpr FrameRate k48000Hz{5292000};
@@ -168,5 +161,4 @@ TEST(FrameRate, OperatorsActOnTheRate)
 	EXPECT_EQ(FrameRate() / 2.0, FrameRate());
 }
 
-} // namespace
-} // namespace zorvmediatypes
+} // namespace zorvmediatypes::TickTimeTest
