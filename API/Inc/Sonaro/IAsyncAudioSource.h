@@ -21,10 +21,13 @@ public:
 	virtual void PrefetchAudioData(
 		unsigned long long const& inTimeStamp, TickTime const& inTime, unsigned inNumSamples) = 0;
 
-	// Fills the buffer from what was read ahead, without blocking, and writes silence for what is not
-	// there. On the render thread.
-	virtual int ReadPrefetchedAudio(TickTime const& inTime, dsp::AudioBuffer& inBuffer) = 0;
+	// Fills the UseSize samples of the buffer from what was read ahead, from inTime on, and writes silence for
+	// what is not there. On the render thread. A result code, which the engine does not look at.
+	virtual int ReadPrefetchedAudio(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer) SONARO_NONBLOCKING = 0;
 
+	// A result code about reading ahead, kSuccess when it is in order; eNotImplemented where a source does not
+	// keep one. For the host, on any thread: the engine does not ask.
 	virtual int GetPrefetchState() = 0;
 
 	~IAsyncAudioSource() override = default;

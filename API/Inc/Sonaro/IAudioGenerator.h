@@ -43,7 +43,7 @@ public:
 
 	// How late the output runs behind the requested time because of processing inside; never negative.
 	// 0 while the context's delay compensation is off.
-	virtual TickTime GetDelay() = 0;
+	virtual TickTime GetDelay() SONARO_NONBLOCKING = 0;
 
 	// Prepares for playback from inStartTime. Hands no sample to the caller.
 	virtual void Preroll(TickTime const& inStartTime, bool inReverse) = 0;
@@ -51,8 +51,8 @@ public:
 	// Gives latent content below a head start of inDelayTime before inStartTime, so that its output is
 	// ready when its first block is due: in one go with inForceCompletion, otherwise as far as playing
 	// has come.
-	virtual void FillInitialDelay(
-		TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion) = 0;
+	virtual void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
+		bool inForceCompletion) SONARO_NONBLOCKING = 0;
 
 	// Tells which range will soon be read. Leaves turn it into requests on the accumulator.
 	virtual void AccumulatePrefetchRequests(
@@ -61,13 +61,15 @@ public:
 	// Fills the UseSize samples of inBuffer with the audio from inTime on, in this node's time base.
 	// inTime is the lowest time of the block in either direction; in reverse, the block holds the same
 	// samples in the opposite order. Every channel is written or flagged silent.
-	virtual void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) = 0;
+	virtual void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING = 0;
 
 	// Drops run-time state after a discontinuity; settings stay.
 	virtual void Reset() = 0;
 
-	// Start and stop the effect instances below this node.
+	// Starts the effect instances below this node; may allocate.
 	virtual void InitializeAudioFilters() = 0;
+	// Stops them. They may be started again.
 	virtual void ShutdownAudioFilters() = 0;
 
 	~IAudioGenerator() override = default;

@@ -20,11 +20,12 @@ public:
 	// For a graph of this rate and width.
 	virtual void Init(FrameRate const& inFrameRate, unsigned inChannels) = 0;
 	// Hears the UseSize samples of inBuffer, the block that starts at inTime, and leaves them alone.
-	virtual void SetMeterData(dsp::AudioBuffer const& inBuffer, TickTime const& inTime) = 0;
+	virtual void SetMeterData(
+		dsp::AudioBuffer const& inBuffer, TickTime const& inTime) SONARO_NONBLOCKING = 0;
 	// Frees what Init has made.
 	virtual void Shutdown() = 0;
 	// A run ends: the meter falls back.
-	virtual void Reset() = 0;
+	virtual void Reset() SONARO_NONBLOCKING = 0;
 
 	~IAudioMeterSetter() override = default;
 };

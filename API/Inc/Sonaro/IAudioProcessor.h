@@ -10,7 +10,8 @@ class AudioBuffer;
 namespace SN
 {
 
-// A stage that works on a buffer in place. Pulled by the thread that owns the graph.
+// A stage that works on a buffer in place. Called by the thread that owns the graph. None of its functions
+// reports an error; exceptions pass through to the caller.
 class SONARO_API IAudioProcessor : public virtual Unknown
 {
 public:
@@ -20,17 +21,22 @@ public:
 	// in samples).
 	virtual InterfaceRef<IAudioProcessor> Clone(
 		FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval) = 0;
+	// True when the output at a time depends on what was processed before.
 	virtual bool HasHistory() = 0;
 
 	// Processes the UseSize samples of inBuffer, the block that starts at inTime in track time.
-	virtual void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime) = 0;
+	virtual void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime) SONARO_NONBLOCKING = 0;
+	// Prepares for a run from inTime, in track time, forward or in reverse.
 	virtual void Preroll(TickTime const& inTime, bool inReverse) = 0;
+	// Drops what a run has left, before the next one elsewhere; settings stay.
 	virtual void Reset() = 0;
+	// Starts the effect of the stage, where it has one; may allocate. Before the first Preroll.
 	virtual void InitializeAudioFilter() = 0;
+	// Stops it. It may be started again.
 	virtual void ShutdownAudioFilter() = 0;
 
-	// The latency that the stage adds.
-	virtual TickTime GetDelay() = 0;
+	// The latency that the stage adds, 0 or above; it does not change in a run.
+	virtual TickTime GetDelay() SONARO_NONBLOCKING = 0;
 
 	~IAudioProcessor() override = default;
 };

@@ -30,24 +30,29 @@ public:
 	// Starts anew.
 	virtual void Init(FrameRate const& inInputRate, FrameRate const& inOutputRate, unsigned inNumChannels,
 		bool inHighQuality) = 0;
+	// Forgets what was heard; the rates stay. The next output begins at the next input.
 	virtual void Reset() = 0;
 
 	// Whether SetFrameRates does anything: a varying speed needs a resampler that answers true.
-	virtual bool SupportsFrameRateChange() = 0;
+	virtual bool SupportsFrameRateChange() SONARO_NONBLOCKING = 0;
 	// Takes effect from the next output sample on; what was heard before stays connected.
-	virtual void SetFrameRates(FrameRate const& inInputRate, FrameRate const& inOutputRate) = 0;
-	// Invalid before Init.
-	virtual FrameRate GetInputFrameRate() = 0;
-	virtual FrameRate GetOutputFrameRate() = 0;
+	virtual void SetFrameRates(
+		FrameRate const& inInputRate, FrameRate const& inOutputRate) SONARO_NONBLOCKING = 0;
+	// The rate in use of what is read; invalid before Init.
+	virtual FrameRate GetInputFrameRate() SONARO_NONBLOCKING = 0;
+	// The rate in use of what is written; invalid before Init.
+	virtual FrameRate GetOutputFrameRate() SONARO_NONBLOCKING = 0;
 
-	// How many outputs so many more input samples give, and how many input samples so many outputs need.
-	virtual unsigned GetOutputSampleCount(unsigned inNumInput) = 0;
-	virtual unsigned GetInputSampleCount(unsigned inNumOutput) = 0;
+	// How many outputs so many more input samples give, from where the last Process has ended.
+	virtual unsigned GetOutputSampleCount(unsigned inNumInput) SONARO_NONBLOCKING = 0;
+	// How many more input samples so many outputs need, from there.
+	virtual unsigned GetInputSampleCount(unsigned inNumOutput) SONARO_NONBLOCKING = 0;
 
 	// Reads inNumInput samples and writes inNumOutput, or as many as outOutput has room for.
 	virtual void Process(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, unsigned inNumInput,
-		unsigned inNumOutput) = 0;
+		unsigned inNumOutput) SONARO_NONBLOCKING = 0;
 
+	// A reference to this object.
 	virtual InterfaceRef<IAudioResampler> GetSelfReference() = 0;
 };
 

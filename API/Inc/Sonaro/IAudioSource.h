@@ -17,6 +17,9 @@ namespace SN
 
 // Audio that belongs to the host: a file, a generator of test signals, a recording. A source may also
 // answer for IAsyncAudioSource and IAudioSourceFile.
+//
+// Threads  The thread that owns the graph; ReadAudio on each thread that pulls a graph with the source in it,
+//          at once where a host renders several.
 class SONARO_API IAudioSource : public virtual Unknown
 {
 public:
@@ -27,7 +30,9 @@ public:
 	// The length; the engine asks IAudioSourceFile instead.
 	virtual TickTime GetLength() = 0;
 
+	// How many channels ReadAudio fills, 1 to 64. It does not change while a stream of the source lives.
 	virtual unsigned GetNumChannels() = 0;
+	// Their places, as many as GetNumChannels says.
 	virtual AudioChannelLayout GetAudioChannelLayout() = 0;
 
 	// A name for people, for instance of the file.

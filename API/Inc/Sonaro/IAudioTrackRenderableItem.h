@@ -17,11 +17,13 @@ public:
 	virtual void Init(TickTime const& inStartTime, TickTime const& inEndTime,
 		TickTime const& inTrackItemStartTime, FrameRate const& inFrameRate) = 0;
 
-	virtual TickTime GetStartTime() = 0;
-	virtual TickTime GetEndTime() = 0;
+	// The first moment of the item, as Init has aligned it.
+	virtual TickTime GetStartTime() SONARO_NONBLOCKING = 0;
+	// The first moment beyond it.
+	virtual TickTime GetEndTime() SONARO_NONBLOCKING = 0;
 	// Where the whole clip began. It stays when an item is cut, so that a piece still knows how far into
 	// its clip it begins.
-	virtual TickTime GetTrackItemStartTime() = 0;
+	virtual TickTime GetTrackItemStartTime() SONARO_NONBLOCKING = 0;
 };
 
 // Items in the order of time; shared, not owned alone.

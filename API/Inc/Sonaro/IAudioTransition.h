@@ -30,7 +30,7 @@ public:
 	// Copies of a graph share the transition and may render on several threads at once: the result depends
 	// on the arguments alone.
 	virtual void GetGainValue(AudioTransitionParameters const& inParameters, float inProgress,
-		float& outOutgoingGain, float& outIncomingGain) = 0;
+		float& outOutgoingGain, float& outIncomingGain) SONARO_NONBLOCKING = 0;
 
 	~IAudioTransition() override = default;
 };

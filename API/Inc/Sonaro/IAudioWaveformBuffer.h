@@ -33,11 +33,13 @@ public:
 	// The number of this buffer in the process, from 1.
 	virtual unsigned GetBufferId() = 0;
 
+	// The number of vectors in GetChannels.
 	virtual unsigned long long GetNumChannels() = 0;
 	// The size of the first channel, in floats and not in columns.
 	virtual unsigned long long GetNumSamples() = 0;
 	// The low 32 bits of what SetSampleCount was given last, 0 at first.
 	virtual unsigned GetSampleCount() = 0;
+	// The columns, a vector for each channel, which the generator makes and fills as said above.
 	virtual std::vector<std::vector<float>>& GetChannels() = 0;
 
 	// Whether the generator is done, with all it wrote to be seen.
@@ -48,6 +50,7 @@ public:
 
 	// False at first.
 	virtual bool GetHostFlag() = 0;
+	// Any value at any time; the host's own.
 	virtual void SetHostFlag(bool inFlag) = 0;
 
 	// By the generator, after the last column.
@@ -66,10 +69,12 @@ public:
 	// the next call. Any other station stays the caller's.
 	virtual void SetStationID(ImmutableString const& inStationID) = 0;
 
-	// True at first.
+	// Any value at any time; the host's own.
 	virtual void SetSecondHostFlag(bool inFlag) = 0;
+	// True at first.
 	virtual bool GetSecondHostFlag() = 0;
 
+	// A reference to this object.
 	virtual InterfaceRef<IAudioWaveformBuffer> GetSelfReference() = 0;
 
 	~IAudioWaveformBuffer() override = default;

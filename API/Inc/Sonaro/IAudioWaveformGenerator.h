@@ -41,6 +41,7 @@ public:
 	virtual int GenerateWaveform(TickTime const& inStartTime, TickTime const& inEndTime,
 		unsigned long long inSampleInterval, InterfaceRef<IAudioWaveformBuffer> inBuffer, bool inOption,
 		bool inRequestFlag) = 0;
+	// The same, waiting between columns while inGate is closed.
 	virtual int GenerateWaveform(TickTime const& inStartTime, TickTime const& inEndTime,
 		unsigned long long inSampleInterval, InterfaceRef<IAudioWaveformBuffer> inBuffer,
 		std::shared_ptr<zorvcore::threads::Gate> inGate, bool inOption, bool inRequestFlag) = 0;
@@ -50,6 +51,7 @@ public:
 		InterfaceRef<IAudioWaveformBuffer> inBuffer, bool inOption,
 		std::shared_ptr<zorvcore::threads::Gate> inGate, bool inRequestFlag) = 0;
 
+	// A reference to this object.
 	virtual InterfaceRef<IAudioWaveformGenerator> GetSelfReference() = 0;
 
 	~IAudioWaveformGenerator() override = default;

@@ -18,10 +18,11 @@ public:
 		0xbccc6cc7928616efull, 0xf89f03609a403c19ull};
 
 	// Renders the block into the node's own buffer; a repeated request for the same block does nothing.
-	virtual void GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse) = 0;
+	virtual void GenerateAudio(
+		unsigned inNumSamples, TickTime const& inTime, bool inReverse) SONARO_NONBLOCKING = 0;
 
 	// Adds the rendered block to inOutBuffer; nothing when there is none or it is silent.
-	virtual void MixCachedAudio(dsp::AudioBuffer& inOutBuffer) = 0;
+	virtual void MixCachedAudio(dsp::AudioBuffer& inOutBuffer) SONARO_NONBLOCKING = 0;
 };
 
 } // namespace SN

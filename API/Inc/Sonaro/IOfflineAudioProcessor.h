@@ -19,6 +19,7 @@ public:
 	static constexpr Identifier<IOfflineAudioProcessor> kIdentifier{
 		0xf253fa5b2cb067a5ull, 0x68e10a6f63b22edcull};
 
+	// By how much the processed audio comes later than its source, 0 or above.
 	virtual TickTime GetOfflineLatency() = 0;
 
 	// A stream of processed audio of that duration, which pulls its source through inCallback. inFlags

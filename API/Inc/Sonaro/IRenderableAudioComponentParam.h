@@ -31,11 +31,12 @@ public:
 
 	// Fills outKeyframe, a VX::Keyframe of the parameter's type, with the value at inTime. ioCache, a
 	// VX::KeyframeCache of the same type, belongs to the caller and may be used to be quick.
-	virtual void UpdateControl(
-		TickTime const& inTime, VX::KeyframeCacheBase* ioCache, VX::KeyframeBase* outKeyframe) = 0;
+	virtual void UpdateControl(TickTime const& inTime, VX::KeyframeCacheBase* ioCache,
+		VX::KeyframeBase* outKeyframe) SONARO_NONBLOCKING = 0;
 
 	// The next time from inTime on at which the parameter has to be sampled again; kTimeMax for never.
-	virtual TickTime GetNextInterestingTime(TickTime const& inTime, VX::KeyframeCacheBase* ioCache) = 0;
+	virtual TickTime GetNextInterestingTime(
+		TickTime const& inTime, VX::KeyframeCacheBase* ioCache) SONARO_NONBLOCKING = 0;
 
 	// Whether the host should look at the parameter while it is being heard.
 	virtual bool HasActionPending() = 0;
@@ -43,6 +44,7 @@ public:
 	// The control that holds the value where there are no keyframes.
 	virtual void ReplaceControl(boost::shared_ptr<VX::ParamValueBase> inControl, bool inFlag) = 0;
 
+	// A run from inTime is about to begin; may allocate what the run needs.
 	virtual void Preroll(TickTime const& inTime) = 0;
 	// Forgets what a run has left behind.
 	virtual void Reset() = 0;

@@ -33,7 +33,8 @@ class IAudioMeterSetter;
 class IAudioTransition;
 class IRenderableAudioComponentParam;
 
-// The maker of every node.
+// The maker of every node. GraphFactory offers the same creators with structs of defaults for the many
+// arguments, and with the new object as what they return.
 //
 // Results  0 or above for success; a negative code of ResultCodes.h otherwise, and the last argument is
 //          then left as it was. eNullPointer: no context. eInvalidArgument: an invalid frame rate or
@@ -54,7 +55,8 @@ public:
 		InterfaceRef<IAudioRenderContext>* outContext) const = 0;
 
 	// A leaf that reads a source: channel inChannelIndex of it, or all for -1. Under a key the stream is
-	// shared within the context.
+	// shared within the context: a second request for the key gives the same node, whatever channel it names.
+	// inStreamSpeed is kept and has no effect.
 	virtual int CreateAudioStreamRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioSource> inSource, int inChannelIndex,
 		double inStreamSpeed, InterfaceRef<UnknownBase> inKey,
@@ -66,12 +68,18 @@ public:
 		double inStreamSpeed, VX::BinaryData const& inData,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// Media on the time line of a clip: time is multiplied by the ratio of inMediaFrameRate to inFrameRate, in
+	// samples a second, and with inHasOffset moved by inOffset. inContentEnd: where the media ends. Under a key
+	// the node is shared within the context for equal rates. eNotImplemented.
 	virtual int CreateAudioContentRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
 		InterfaceRef<IAudioGenerator> const& inGenerator, bool inHasOffset, TickTime const& inOffset,
 		TickTime const& inContentEnd, InterfaceRef<UnknownBase> inKey,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// The same over one generator for each angle of a multicam clip. inSelectedCamera: the index of the angle
+	// that is heard, which the host of a playback at the top level may change at any time, on any thread.
+	// eNotImplemented.
 	virtual int CreateAudioContentMulticamRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
 		std::vector<InterfaceRef<IAudioGenerator>> const& inCameras,
@@ -93,6 +101,10 @@ public:
 	virtual int CreateAudioRenderContextForPrefetchThread(
 		InterfaceRef<IAudioRenderContext> inSource, InterfaceRef<IAudioRenderContext>& outContext) const = 0;
 
+	// A generator that plays another one along a curve of time against time, keeping its pitch with
+	// inMaintainPitch, and renders ahead on a thread of its own in inPrefetchContext. inSpeed: the source's own
+	// speed, which is undone first. inSourceOffset is added to times that go in; the source ends at
+	// inSourceEndTime and the result at inEndTime. eNotImplemented.
 	virtual int CreateTimeStretchedAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
 		FrameRate const& inFrameRate, double inSpeed, InterfaceRef<IAudioRenderContext> inPrefetchContext,
 		InterfaceRef<IAudioRenderContext> inRenderContext, InterfaceRef<VX::ITimeTransform> inTimeTransform,
@@ -123,6 +135,9 @@ public:
 		InterfaceRef<VX::ITimeTransform> inTimeTransform, TickTime const& inTimeOffset,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// An item of a track that plays its generator at another speed, forward or with inReverse backward, and
+	// with inMaintainPitch at the pitch that it has at inScalerSpeed times the normal speed. Its processors and
+	// its pan processor run at the clip's own time. eNotImplemented.
 	virtual int CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inGenerator,
 		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
@@ -222,21 +237,38 @@ public:
 	virtual int CreateNoneAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		AudioChannelLayout const& inLayout, InterfaceRef<IAudioPanProcessor>* outProcessor) const = 0;
 
+	// A processor that hands what passes to the host's meter and leaves it alone: each block goes to
+	// IAudioMeterSetter::SetMeterData, and a Reset to its Reset, both on the thread that renders. Only a
+	// playback at the top level has a meter: in any other context inMeter is never called. It may be empty.
 	virtual int CreateAudioMeterRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioMeterSetter> inMeter,
 		InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
 
+	// A processor that scales what passes. Controls: the gain, a linear amplitude, and a switch, on while the
+	// fader mutes. Without a gain the fader is silent; without a switch it never mutes. A new gain is reached
+	// over 5 ms; after a jump of the playhead it stands at once, and without delay compensation it goes in
+	// steps. A fader whose switch is on for ever lets a track leave out what comes before it.
 	virtual int CreateAudioFaderRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate,
 		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
 		InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
 
+	// A processor that runs a host's effect. inSecondFilter: one that is only kept started and stopped with it;
+	// may be empty. Controls: the bypass, and then the effect's parameters in its order. inActionFlag: reported
+	// with each of them by ILiveAudioParameterOwner. inChannelLayout: of what passes. eNotImplemented.
 	virtual int CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioFilter> inFilter,
 		InterfaceRef<IAudioFilter> inSecondFilter, bool inActionFlag,
 		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
 		AudioChannelLayout const& inChannelLayout, InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
 
+	// A processor that taps what passes and leaves it alone: a copy, panned and multiplied by the gain, waits for
+	// the inlet of the destination, which takes it within the same block of the sequence. The send is one of the
+	// inputs that CreateAudioTrackInletRenderer is given; its track comes before the destination in the group.
+	// inSendTarget: the host's object under which the context keeps the send; may be empty. Controls: the gain,
+	// a linear amplitude, and a switch, on while nothing is sent. Without a gain nothing is sent either. A gain
+	// changes in steps, at the control interval. inPanner: to the layout of the destination; an empty one raises
+	// the null-pointer exception. What a block holds beyond the context's largest is lost to the send.
 	virtual int CreateAudioSendRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<UnknownBase> inSendTarget,
 		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
@@ -258,6 +290,9 @@ public:
 		InterfaceRef<IAudioGenerator> const& inGenerator, FrameRate const& inFrameRate,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
+	// A generator over a process that needs whole stretches of inGenerator, from inStartTime to inEndTime, and
+	// waits for what it gives: for offline renders alone. inInputPanner and inOutputPanner: from the source's
+	// layout to the process's and back. eNotImplemented.
 	virtual int CreateOfflineAudioProcessorAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
 		InterfaceRef<IAudioPanProcessor> const& inInputPanner,
 		InterfaceRef<IAudioPanProcessor> const& inOutputPanner, FrameRate const& inFrameRate,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/Nonblocking.h"
 #include "Vexilon/AudioChannelType.h"
 #include "zorvcore/Export.h"
 #include "zorvcore/ResultCodes.h"
