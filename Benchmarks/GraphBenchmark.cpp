@@ -1,8 +1,8 @@
 // Pulling a stereo block through a stream and a clip, beside the bare copies that this makes, and the
 // making of the graph of one clip.
 
+#include "Sonaro/GraphFactory.h"
 #include "Sonaro/IAudioSourceFile.h"
-#include "Sonaro/SonaroFactory.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
@@ -47,32 +47,35 @@ private:
 
 struct Graph
 {
-	Graph()
-	{
-		mFactory->CreateAudioRenderContext(kLargestBlock, false, false, kTimeZero, kTimeMax, 256, kTimeZero,
-			nullptr, ImmutableString(), false, false, false, false, RenderQuality::kMedium, &mContext);
-	}
+	Graph() = default;
 	~Graph() { mContext->Clear(); }
 	Graph(Graph const&) = delete;
 	Graph& operator=(Graph const&) = delete;
 
 	InterfaceRef<IAudioGenerator> MakeStream(int inChannelIndex) const
 	{
-		InterfaceRef<IAudioGenerator> stream;
-		mFactory->CreateAudioStreamRenderer(mContext, k48000Hz, mSource, inChannelIndex, 1.0, {}, &stream);
-		return stream;
+		return mFactory.CreateAudioStreamRenderer({
+			.mContext = mContext,
+			.mFrameRate = k48000Hz,
+			.mSource = mSource,
+			.mChannelIndex = inChannelIndex,
+		});
 	}
 
 	InterfaceRef<IAudioGenerator> MakeClip() const
 	{
-		InterfaceRef<IAudioGenerator> clip;
-		mFactory->CreateAudioClipRenderer(mContext, k48000Hz, {{MakeStream(-1), {{0, 0}, {1, 1}}}}, mLayout,
-			TickTime(1000, k48000Hz), 1.0f, 1.0, &clip);
-		return clip;
+		return mFactory.CreateAudioClipRenderer({
+			.mContext = mContext,
+			.mFrameRate = k48000Hz,
+			.mGenerators = {{MakeStream(AudioStreamSettings::kAllChannels), {{0, 0}, {1, 1}}}},
+			.mChannelLayout = mLayout,
+			.mStartOffset = TickTime(1000, k48000Hz),
+		});
 	}
 
-	InterfaceRef<SonaroFactory> mFactory = SonaroFactory::CreateClassRef();
-	InterfaceRef<IAudioRenderContext> mContext;
+	GraphFactory<> mFactory;
+	InterfaceRef<IAudioRenderContext> mContext =
+		mFactory.CreateAudioRenderContext({.mMaxBlockSize = kLargestBlock});
 	InterfaceRef<IAudioSource> mSource = zorvcore::classref::MakeObject<MemorySource>();
 	AudioChannelLayout mLayout = zorvmediatypes::CreateStereoChannelLayout();
 };
@@ -110,7 +113,7 @@ void Pull(benchmark::State& ioState, IAudioGenerator& ioGenerator)
 void BM_PullStream(benchmark::State& ioState)
 {
 	Graph const graph;
-	Pull(ioState, *graph.MakeStream(-1));
+	Pull(ioState, *graph.MakeStream(AudioStreamSettings::kAllChannels));
 }
 
 void BM_PullOneChannelOfAStream(benchmark::State& ioState)

@@ -2,8 +2,8 @@
 // must read and write, and the kernels beside the same sums compiled for one sample at a time.
 
 #include "Sonaro/AudioChannelMix.h"
+#include "Sonaro/GraphFactory.h"
 #include "Sonaro/IParameterOwnerMixin.h"
-#include "Sonaro/SonaroFactory.h"
 #include "Support/FakeParameter.h"
 #include "zorvaccelerate/ChannelMixing.h"
 #include "zorvaccelerate/VectorArithmetic.h"
@@ -232,18 +232,14 @@ void RunPanner(benchmark::State& ioState, IAudioPanProcessor& ioPanner)
 class Scope
 {
 public:
-	Scope()
-	{
-		mFactory->CreateAudioRenderContext(kFrames, false, false, kTimeZero, kTimeMax, kFrames, kTimeZero,
-			nullptr, ImmutableString("benchmark"), false, false, false, false, RenderQuality::kHigh,
-			&mContext);
-	}
+	Scope() = default;
 	~Scope() { mContext->Clear(); }
 	Scope(Scope const&) = delete;
 	Scope& operator=(Scope const&) = delete;
 
-	InterfaceRef<SonaroFactory> mFactory = SonaroFactory::CreateClassRef();
-	InterfaceRef<IAudioRenderContext> mContext;
+	GraphFactory<> mFactory;
+	InterfaceRef<IAudioRenderContext> mContext =
+		mFactory.CreateAudioRenderContext({.mMaxBlockSize = kFrames, .mControlInterval = kFrames});
 };
 
 std::vector<InterfaceRef<IRenderableAudioComponentParam>> MakeControls(unsigned inCount, bool inMove)
@@ -266,13 +262,23 @@ void BM_Panner(
 	InterfaceRef<IAudioPanProcessor> panner;
 	if (inIsDirect)
 	{
-		scope.mFactory->CreateDirectAudioPanProcessorRenderer(scope.mContext, k48000Hz, inType, 8,
-			{{0, {0, 1, 4, 5, 6, 7}}}, false, MakeControls(inControls, inMove), &panner);
+		panner = scope.mFactory.CreateDirectAudioPanProcessorRenderer({
+			.mContext = scope.mContext,
+			.mFrameRate = k48000Hz,
+			.mType = inType,
+			.mOutputChannels = 8,
+			.mMatrix = {{0, {0, 1, 4, 5, 6, 7}}},
+			.mParams = MakeControls(inControls, inMove),
+		});
 	}
 	else
 	{
-		scope.mFactory->CreateAudioPanProcessorRenderer(
-			scope.mContext, k48000Hz, inType, false, MakeControls(inControls, inMove), &panner);
+		panner = scope.mFactory.CreateAudioPanProcessorRenderer({
+			.mContext = scope.mContext,
+			.mFrameRate = k48000Hz,
+			.mType = inType,
+			.mParams = MakeControls(inControls, inMove),
+		});
 	}
 	RunPanner(ioState, *panner);
 }
@@ -280,17 +286,16 @@ void BM_Panner(
 void BM_ChannelMixer(benchmark::State& ioState)
 {
 	Scope const scope;
-	InterfaceRef<IAudioPanProcessor> mixer;
-	scope.mFactory->CreateChannelMixerAudioPanProcessorRenderer(VX::kAudioChannelLayout_51,
-		VX::kAudioChannelLayout_Stereo, std::vector<std::vector<float>>(6, {0.3f, 0.4f}), &mixer);
+	auto const mixer = scope.mFactory.CreateChannelMixerAudioPanProcessorRenderer(VX::kAudioChannelLayout_51,
+		VX::kAudioChannelLayout_Stereo, std::vector<std::vector<float>>(6, {0.3f, 0.4f}));
 	RunPanner(ioState, *mixer);
 }
 
 void BM_ChannelMatrix(benchmark::State& ioState)
 {
 	Scope const scope;
-	InterfaceRef<IAudioProcessor> matrix;
-	scope.mFactory->CreateAudioChannelMatrixRenderer(scope.mContext, k48000Hz, {{0, {1}}, {1, {0}}}, &matrix);
+	auto const matrix =
+		scope.mFactory.CreateAudioChannelMatrixRenderer(scope.mContext, k48000Hz, {{0, {1}}, {1, {0}}});
 	dsp::AudioBuffer buffer(2, kFrames);
 	Fill(buffer);
 	for (auto _ : ioState)

@@ -2,9 +2,8 @@
 // the source and, for each stage that changes the audio, once through the block.
 
 #include "Sonaro/AudioTrackRenderableItems.h"
+#include "Sonaro/GraphFactory.h"
 #include "Sonaro/IAudioMeterSetter.h"
-#include "Sonaro/PanProcessorType.h"
-#include "Sonaro/SonaroFactory.h"
 #include "Support/FakeParameter.h"
 #include "Support/SimpleGenerator.h"
 #include "zorvaccelerate/VectorArithmetic.h"
@@ -68,19 +67,15 @@ struct Track
 {
 	explicit Track(long long inClips, bool inHasStages)
 	{
-		mFactory->CreateAudioRenderContext(kFrames, true, false, kTimeZero, kTimeMax, kFrames, kTimeZero,
-			&mPrefetcher, ImmutableString("benchmark"), false, false, false, false, RenderQuality::kHigh,
-			&mContext);
 		AudioTrackRenderableItemList items;
-		auto const transform = zorvcore::classref::MakeObject<ShiftTransform>();
 		for (long long clip = 0; clip < inClips; ++clip)
 		{
-			InterfaceRef<IAudioPanProcessor> none;
-			mFactory->CreateNoneAudioPanProcessorRenderer(mContext, VX::kAudioChannelLayout_Stereo, &none);
-			InterfaceRef<IAudioGenerator> generator;
-			mFactory->CreateRealtimeAudioClipTrackItemRenderer(mContext, k48000Hz,
-				zorvcore::classref::MakeObject<Source>(), {}, none, 1.0, transform, kTimeZero, &generator);
-			InterfaceRef<IAudioTrackRenderableItem> const item(generator);
+			InterfaceRef<IAudioTrackRenderableItem> const item =
+				mFactory.CreateRealtimeAudioClipTrackItemRenderer({
+					.mContext = mContext,
+					.mFrameRate = k48000Hz,
+					.mSource = zorvcore::classref::MakeObject<Source>(),
+				});
 			TickTime const start(clip * kClipFrames, k48000Hz);
 			item->Init(start, TickTime((clip + 1) * kClipFrames, k48000Hz), start, k48000Hz);
 			items.push_back(item);
@@ -90,18 +85,27 @@ struct Track
 		InterfaceRef<IAudioPanProcessor> panner;
 		if (inHasStages)
 		{
-			processors.resize(2);
-			mFactory->CreateAudioFaderRenderer(mContext, k48000Hz,
-				{zorvcore::classref::MakeObject<FakeParameter>(0.7f),
-					zorvcore::classref::MakeObject<FakeParameter>(0.0f)},
-				&processors[0]);
-			mFactory->CreateAudioMeterRenderer(
-				mContext, k48000Hz, zorvcore::classref::MakeObject<PeakMeter>(), &processors[1]);
-			mFactory->CreateAudioPanProcessorRenderer(mContext, k48000Hz, kPanStereoToStereo, false,
-				{zorvcore::classref::MakeObject<FakeParameter>(0.3f)}, &panner);
+			processors = {
+				mFactory.CreateAudioFaderRenderer(mContext, k48000Hz,
+					{zorvcore::classref::MakeObject<FakeParameter>(0.7f),
+						zorvcore::classref::MakeObject<FakeParameter>(0.0f)}),
+				mFactory.CreateAudioMeterRenderer(
+					mContext, k48000Hz, zorvcore::classref::MakeObject<PeakMeter>()),
+			};
+			panner = mFactory.CreateAudioPanProcessorRenderer({
+				.mContext = mContext,
+				.mFrameRate = k48000Hz,
+				.mParams = {zorvcore::classref::MakeObject<FakeParameter>(0.3f)},
+			});
 		}
-		mFactory->CreateAudioClipTrackRenderer(
-			mContext, k48000Hz, items, {}, {}, processors, panner, VX::kAudioChannelLayout_Stereo, &mTrack);
+		mTrack = mFactory.CreateAudioClipTrackRenderer({
+			.mContext = mContext,
+			.mFrameRate = k48000Hz,
+			.mItems = items,
+			.mProcessors = processors,
+			.mPanProcessor = panner,
+			.mChannels = VX::kAudioChannelLayout_Stereo,
+		});
 		mTrack->Preroll(kTimeZero, false);
 	}
 	~Track() { mContext->Clear(); }
@@ -120,9 +124,14 @@ struct Track
 		}
 	}
 
-	InterfaceRef<SonaroFactory> mFactory = SonaroFactory::CreateClassRef();
+	GraphFactory<> mFactory;
 	Prefetcher mPrefetcher;
-	InterfaceRef<IAudioRenderContext> mContext;
+	InterfaceRef<IAudioRenderContext> mContext = mFactory.CreateAudioRenderContext({
+		.mMaxBlockSize = kFrames,
+		.mPrefetchEnabled = true,
+		.mControlInterval = kFrames,
+		.mPrefetcher = &mPrefetcher,
+	});
 	InterfaceRef<IAudioGenerator> mTrack;
 	long long mEnd = 0;
 };

@@ -1,13 +1,12 @@
 // A host in a hundred lines: two clips on two tracks, mixed by a master, rendered into a WAV file of 32-bit
 // floats. Usage: minimal_host OUTPUT.wav
 #include <Sonaro/AudioTrackRenderableItems.h>
-#include <Sonaro/SonaroFactory.h>
-#include <Vexilon/ITimeTransform.h>
+#include <Sonaro/GraphFactory.h>
 #include <zorvaudiodsp/AudioBuffer.h>
 
 #include <cmath>
 #include <fstream>
-#include <stdexcept>
+#include <vector>
 
 using namespace SN;
 
@@ -37,55 +36,42 @@ struct Tone final : Implements<Tone, IAudioSource>
 	double mHertz = 440.0;
 };
 
-// The clip runs as its track does.
-struct SameTime final : Implements<SameTime, VX::ITimeTransform>
-{
-	TickTime GetTime(TickTime const& inTime) override { return inTime; }
-};
-
-void Check(int inResult)
-{
-	if (!ResultSucceeded(inResult))
-	{
-		throw std::runtime_error("the engine refused");
-	}
-}
-
 int main(int, char** inArguments)
 {
-	auto const factory = SonaroFactory::CreateClassRef();
-	InterfaceRef<IAudioRenderContext> context;
-	Check(factory->CreateAudioRenderContext(kBlock, false, false, kTimeZero, kTimeMax, 64, kTimeZero, nullptr,
-		ImmutableString("example"), false, false, false, false, RenderQuality::kHigh, &context));
+	GraphFactory const factory;
+	auto const context = factory.CreateAudioRenderContext({.mMaxBlockSize = kBlock});
 
 	// A clip of a second on each track, framed by silence; the second begins half a second later.
-	InterfaceRef<IAudioGenerator> tracks[2];
+	std::vector<InterfaceRef<IAudioGenerator>> tracks;
 	for (unsigned i = 0; i < 2; ++i)
 	{
-		InterfaceRef<IAudioGenerator> stream, clip, item;
-		InterfaceRef<IAudioPanProcessor> noPan;
 		auto const tone = zorvcore::classref::MakeObject<Tone>();
 		tone->mHertz *= i + 1;
 		TickTime const start(i * kHertz / 2, kRate), end = start + TickTime(kHertz, kRate);
-		Check(factory->CreateAudioStreamRenderer(context, kRate, tone, -1, 1.0, {}, &stream));
-		Check(factory->CreateAudioClipRenderer(
-			context, kRate, {{stream, {{0, 0}, {1, 1}}}}, kStereo, kTimeZero, 1.0f, 1.0, &clip));
-		Check(factory->CreateNoneAudioPanProcessorRenderer(context, kStereo, &noPan));
-		Check(factory->CreateRealtimeAudioClipTrackItemRenderer(context, kRate, clip, {}, noPan, 1.0,
-			zorvcore::classref::MakeObject<SameTime>(), kTimeZero, &item));
-		InterfaceRef<IAudioTrackRenderableItem>(item)->Init(start, end, start, kRate);
-		Check(factory->CreateAudioClipTrackRenderer(context, kRate,
-			{CreateSilentAudioTrackRenderableItem(-kTimeMax, start, kRate), item,
+		auto const stream =
+			factory.CreateAudioStreamRenderer({.mContext = context, .mFrameRate = kRate, .mSource = tone});
+		auto const clip = factory.CreateAudioClipRenderer({.mContext = context,
+			.mFrameRate = kRate,
+			.mGenerators = {{stream, {{0, 0}, {1, 1}}}},
+			.mChannelLayout = kStereo});
+		InterfaceRef<IAudioTrackRenderableItem> const item = factory.CreateRealtimeAudioClipTrackItemRenderer(
+			{.mContext = context, .mFrameRate = kRate, .mSource = clip});
+		item->Init(start, end, start, kRate);
+		tracks.push_back(factory.CreateAudioClipTrackRenderer({.mContext = context,
+			.mFrameRate = kRate,
+			.mItems = {CreateSilentAudioTrackRenderableItem(-kTimeMax, start, kRate), item,
 				CreateSilentAudioTrackRenderableItem(end, kTimeMax, kRate)},
-			tone, {}, {}, noPan, kStereo, &tracks[i]));
+			.mOwner = tone,
+			.mChannels = kStereo}));
 	}
 
 	// The master sums what the tracks before it in the group have rendered.
-	InterfaceRef<IAudioGenerator> inlet, master, sequence;
-	Check(factory->CreateAudioTrackInletRenderer(context, kRate, {tracks[0], tracks[1]}, kStereo, &inlet));
-	Check(factory->CreateAudioMixTrackRenderer(context, kRate, inlet, {}, {}, {}, {}, kStereo, &master));
-	Check(factory->CreateAudioTrackGroupRenderer(
-		context, kRate, {tracks[0], tracks[1], master}, {}, {}, kStereo, {}, &sequence));
+	auto const inlet =
+		factory.CreateAudioTrackInletRenderer(context, kRate, {tracks.begin(), tracks.end()}, kStereo);
+	tracks.push_back(factory.CreateAudioMixTrackRenderer(
+		{.mContext = context, .mFrameRate = kRate, .mSource = inlet, .mChannels = kStereo}));
+	auto const sequence = factory.CreateAudioTrackGroupRenderer(
+		{.mContext = context, .mFrameRate = kRate, .mGenerators = tracks, .mChannels = kStereo});
 
 	std::vector<float> samples(kLength * kChannels);
 	dsp::AudioBuffer block(kChannels, kBlock);

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Sonaro/GraphFactory.h"
 #include "Sonaro/IAudioRenderContext.h"
-#include "Sonaro/SonaroFactory.h"
 #include "Support/Pull.h"
 
 namespace SN::Testing
@@ -12,10 +12,14 @@ class ScopedContext
 {
 public:
 	explicit ScopedContext(unsigned inMaxBlockSize = 256, Prefetcher* inPrefetcher = nullptr)
+		: mContext(GraphFactory().CreateAudioRenderContext({
+			  .mMaxBlockSize = inMaxBlockSize,
+			  .mPrefetchEnabled = inPrefetcher != nullptr,
+			  .mControlInterval = 16,
+			  .mPrefetcher = inPrefetcher,
+			  .mRenderName = ImmutableString("test"),
+		  }))
 	{
-		SonaroFactory::CreateClassRef()->CreateAudioRenderContext(inMaxBlockSize, inPrefetcher != nullptr,
-			false, kTimeZero, kTimeMax, 16, kTimeZero, inPrefetcher, ImmutableString("test"), false, false,
-			false, false, RenderQuality::kMedium, &mContext);
 	}
 	~ScopedContext() { mContext->Clear(); }
 	ScopedContext(ScopedContext const&) = delete;

@@ -1,5 +1,6 @@
 #include "Support/Panning.h"
 
+#include "Sonaro/GraphFactory.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/SonaroFactory.h"
 #include "Support/Buffers.h"
@@ -61,22 +62,22 @@ void RunBlock(IAudioPanProcessor& ioPanner, long long inFirst, FrameRate const& 
 InterfaceRef<IAudioPanProcessor> MakePanner(InterfaceRef<IAudioRenderContext> const& inContext,
 	PanProcessorType inType, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams)
 {
-	InterfaceRef<IAudioPanProcessor> panner;
-	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateAudioPanProcessorRenderer(
-				  inContext, k48000Hz, inType, false, inParams, &panner),
-		kSuccess);
-	return panner;
+	return GraphFactory().CreateAudioPanProcessorRenderer(
+		{.mContext = inContext, .mFrameRate = k48000Hz, .mType = inType, .mParams = inParams});
 }
 
 InterfaceRef<IAudioPanProcessor> MakeDirectPanner(InterfaceRef<IAudioRenderContext> const& inContext,
 	PanProcessorType inType, int inOutputChannels, AudioChannelMatrix const& inMatrix,
 	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams)
 {
-	InterfaceRef<IAudioPanProcessor> panner;
-	EXPECT_EQ(SonaroFactory::CreateClassRef()->CreateDirectAudioPanProcessorRenderer(
-				  inContext, k48000Hz, inType, inOutputChannels, inMatrix, false, inParams, &panner),
-		kSuccess);
-	return panner;
+	return GraphFactory().CreateDirectAudioPanProcessorRenderer({
+		.mContext = inContext,
+		.mFrameRate = k48000Hz,
+		.mType = inType,
+		.mOutputChannels = inOutputChannels,
+		.mMatrix = inMatrix,
+		.mParams = inParams,
+	});
 }
 
 InterfaceRef<IAudioPanProcessor> MakeAnyPanner(InterfaceRef<IAudioRenderContext> const& inContext,

@@ -13,7 +13,7 @@
 namespace SN::Testing
 {
 
-// The factory's ordinary maker at 48000 Hz; expects success.
+// The factory's ordinary maker at 48000 Hz; throws where it refuses.
 InterfaceRef<IAudioPanProcessor> MakePanner(InterfaceRef<IAudioRenderContext> const& inContext,
 	PanProcessorType inType, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams = {});
 // And the direct one.

@@ -1,8 +1,8 @@
 #include "SonaroHost/Render/WaveformJob.h"
 
 #include "Sonaro/AudioWaveformQueue.h"
-#include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Engine/EngineFactory.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Files/OutputFile.h"
 #include "SonaroHost/Files/OutputPlan.h"
@@ -182,13 +182,8 @@ std::optional<WaveformSummary> WaveformJob::Run(
 SN::InterfaceRef<SN::IAudioGenerator> WaveformJob::MakeStream(
 	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext) const
 {
-	constexpr int kAllChannels = -1;
-	constexpr double kNormalSpeed = 1.0;
-	SN::InterfaceRef<SN::IAudioGenerator> stream;
-	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioStreamRenderer(inContext,
-						  mSource->GetFrameRate(), mSource, kAllChannels, kNormalSpeed, nullptr, &stream),
-		"a stream");
-	return stream;
+	return EngineFactory().CreateAudioStreamRenderer(
+		{.mContext = inContext, .mFrameRate = mSource->GetFrameRate(), .mSource = mSource});
 }
 
 bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token const& inStop)

@@ -4,7 +4,6 @@
 #include "Sequence/Node/ItemContent.h"
 #include "Sonaro/AudioUtilities.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
-#include "SonaroHost/Engine/RenderContextScope.h"
 
 #include <cmath>
 #include <string>
@@ -36,11 +35,13 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 		MakeContent(inItem, site.mInput), mIsBackwards ? first + mLead : first - mLead, mIsBackwards,
 		chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mSite.mPlayhead, mSite.mJumps,
 		mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::eItem, site.mInput.size())});
-	CheckEngineResult(mTools.GetFactory().CreateRealtimeAudioClipTrackItemRenderer(mTools.GetContext(),
-						  mTools.GetFrameRate(), content, {},
-						  mTools.GetFixedPanner(mSite.mLayout, mSite.mLayout, std::nullopt), mSpeed,
-						  mTools.GetSameTime(), SN::kTimeZero, &mBuilt.mGenerator),
-		"an item");
+	mBuilt.mGenerator = mTools.GetFactory().CreateRealtimeAudioClipTrackItemRenderer({
+		.mContext = mTools.GetContext(),
+		.mFrameRate = mTools.GetFrameRate(),
+		.mSource = content,
+		.mPanProcessor = mTools.GetFixedPanner(mSite.mLayout, mSite.mLayout, std::nullopt),
+		.mSpeed = mSpeed,
+	});
 	return std::move(mBuilt);
 }
 
@@ -103,9 +104,7 @@ Generator ItemBuilder::MakeContent(Item const& inItem, SN::AudioChannelLayout co
 {
 	if (mIsSilent)
 	{
-		Generator silence;
-		CheckEngineResult(mTools.GetFactory().CreateSilentRenderer(inLayout, &silence), "silence");
-		return silence;
+		return mTools.GetFactory().CreateSilentRenderer(inLayout);
 	}
 	return std::visit(
 		[&](auto const& inContent) { return MakeContent(inContent, inLayout); }, inItem.mContent);
@@ -125,15 +124,12 @@ Generator ItemBuilder::MakeContent(Clip const& inClip, SN::AudioChannelLayout co
 		}
 		channels.emplace(channel, source);
 	}
-	constexpr float kGain = 1.0f;
-	constexpr double kClipSpeed = 1.0;
-	SN::FrameRate const& rate = mTools.GetFrameRate();
-	Generator clip;
-	CheckEngineResult(mTools.GetFactory().CreateAudioClipRenderer(mTools.GetContext(), rate,
-						  {{mTools.GetStream(*inClip.mMedia), channels}}, inLayout, SN::kTimeZero, kGain,
-						  kClipSpeed, &clip),
-		"a clip");
-	return clip;
+	return mTools.GetFactory().CreateAudioClipRenderer({
+		.mContext = mTools.GetContext(),
+		.mFrameRate = mTools.GetFrameRate(),
+		.mGenerators = {{mTools.GetStream(*inClip.mMedia), channels}},
+		.mChannelLayout = inLayout,
+	});
 }
 
 Generator ItemBuilder::MakeContent(Nest const& inNest, SN::AudioChannelLayout const&)

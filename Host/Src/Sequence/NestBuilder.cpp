@@ -1,7 +1,6 @@
 #include "NestBuilder.h"
 
 #include "Sonaro/AudioUtilities.h"
-#include "SonaroHost/Engine/RenderContextScope.h"
 
 #include <algorithm>
 
@@ -68,9 +67,7 @@ Generator NestBuilder::BuildNest(Nest const& inNest, Place const& inPlace)
 	if (mBuilt[&description] >= SN::GetMaxNestableSequenceInstances())
 	{
 		mReport.mOmittedNests.push_back(inPlace.GetPath() + " / " + *inPlace.mItemName);
-		Generator silence;
-		CheckEngineResult(mTools.GetFactory().CreateSilentRenderer(description.mLayout, &silence), "silence");
-		return silence;
+		return mTools.GetFactory().CreateSilentRenderer(description.mLayout);
 	}
 	++mBuilt[&description];
 	LevelScope const scope(*mTools.GetContext(), ChooseInstance(description));

@@ -3,7 +3,6 @@
 #include "Sequence/Node/SequenceNode.h"
 
 #include "SonaroHost/Base/ChannelLayouts.h"
-#include "SonaroHost/Engine/RenderContextScope.h"
 
 #include <algorithm>
 #include <string>
@@ -64,13 +63,14 @@ Generator SequenceBuilder::Build()
 // Nothing is asked ahead by the group itself; the sequence asks its tracks.
 Generator SequenceBuilder::MakeGroup() const
 {
-	Generator group;
-	CheckEngineResult(
-		mTools.GetFactory().CreateAudioTrackGroupRenderer(mTools.GetContext(), mTools.GetFrameRate(),
-			mGenerators, mDelays, std::vector<SN::TickTime>(mGenerators.size()), mDescription.mLayout,
-			GraphTools::MakeIdentity(), &group),
-		"a sequence");
-	return group;
+	return mTools.GetFactory().CreateAudioTrackGroupRenderer({
+		.mContext = mTools.GetContext(),
+		.mFrameRate = mTools.GetFrameRate(),
+		.mGenerators = mGenerators,
+		.mDelayDependencies = mDelays,
+		.mChannels = mDescription.mLayout,
+		.mOwner = GraphTools::MakeIdentity(),
+	});
 }
 
 void SequenceBuilder::ListNodes()
@@ -198,11 +198,16 @@ void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
 	Node& node = mNodes[inIndex];
 	if (node.mKind == Kind::eTrack)
 	{
-		CheckEngineResult(
-			mTools.GetFactory().CreateAudioClipTrackRenderer(mTools.GetContext(), mTools.GetFrameRate(),
-				node.mItems.mItems, GraphTools::MakeIdentity(), node.mMute, node.mBuilt.mProcessors,
-				node.mBuilt.mPanner, *node.mLayout, &node.mGenerator),
-			"a track");
+		node.mGenerator = mTools.GetFactory().CreateAudioClipTrackRenderer({
+			.mContext = mTools.GetContext(),
+			.mFrameRate = mTools.GetFrameRate(),
+			.mItems = node.mItems.mItems,
+			.mOwner = GraphTools::MakeIdentity(),
+			.mMute = node.mMute,
+			.mProcessors = node.mBuilt.mProcessors,
+			.mPanProcessor = node.mBuilt.mPanner,
+			.mChannels = *node.mLayout,
+		});
 		node.mItems = {};
 	}
 	else
@@ -216,16 +221,18 @@ void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
 
 Generator SequenceBuilder::MakeMixTrack(Node const& inNode, std::vector<Identity> const& inInputs) const
 {
-	Generator inlet;
-	CheckEngineResult(mTools.GetFactory().CreateAudioTrackInletRenderer(
-						  mTools.GetContext(), mTools.GetFrameRate(), inInputs, *inNode.mLayout, &inlet),
-		"an inlet");
-	Generator track;
-	CheckEngineResult(mTools.GetFactory().CreateAudioMixTrackRenderer(mTools.GetContext(),
-						  mTools.GetFrameRate(), inlet, GraphTools::MakeIdentity(), inNode.mMute,
-						  inNode.mBuilt.mProcessors, inNode.mBuilt.mPanner, *inNode.mLayout, &track),
-		"a submix");
-	return track;
+	EngineFactory const& factory = mTools.GetFactory();
+	return factory.CreateAudioMixTrackRenderer({
+		.mContext = mTools.GetContext(),
+		.mFrameRate = mTools.GetFrameRate(),
+		.mSource = factory.CreateAudioTrackInletRenderer(
+			mTools.GetContext(), mTools.GetFrameRate(), inInputs, *inNode.mLayout),
+		.mOwner = GraphTools::MakeIdentity(),
+		.mMute = inNode.mMute,
+		.mProcessors = inNode.mBuilt.mProcessors,
+		.mPanProcessor = inNode.mBuilt.mPanner,
+		.mChannels = *inNode.mLayout,
+	});
 }
 
 std::vector<Identity> SequenceBuilder::FindInputs(std::size_t inIndex) const

@@ -3,6 +3,7 @@
 #include "AudioRender/Core/TempBufferPool.h"
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/Prefetcher.h"
+#include "Sonaro/RenderContextSettings.h"
 
 #include <map>
 #include <memory>
@@ -12,28 +13,6 @@ namespace SN
 {
 
 class IRenderableAudioComponentParam;
-
-// What a context is made with.
-struct AudioRenderContextSettings
-{
-	unsigned mMaxBlockSize = 0;
-	bool mPrefetchEnabled = false;
-	bool mContextOption = false;
-	TickTime mRangeStart;
-	TickTime mRangeEnd;
-	// Samples between two updates of automated parameters.
-	unsigned mControlInterval = 0;
-	TickTime mMeterInterval;
-	// Not owned; may be null without prefetch.
-	Prefetcher* mPrefetcher = nullptr;
-	ImmutableString mRenderName;
-	// Handed to the parameters of faders, panners, filters and sends at their Init.
-	bool mFaderParamFlag = false;
-	bool mPannerParamFlag = false;
-	bool mFilterParamFlag = false;
-	bool mSendParamFlag = false;
-	RenderQuality mRenderQuality = RenderQuality::kMedium;
-};
 
 // The one context class. Beyond the interface it serves its nodes, which reach it by querying for the
 // class: the scratch pool, and the maps by which a graph reuses nodes. Keys are compared by the identity
@@ -45,11 +24,9 @@ public:
 	static constexpr Identifier<AudioRenderContext> kIdentifier{0x567de40dcdb58b3cull, 0x56f929f93f18a083ull};
 
 	// See ISonaroFactory::CreateAudioRenderContext.
-	static int Create(
-		AudioRenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext);
+	static int Create(RenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext);
 	// The settings for background work that stands beside inSource; see the factory.
-	static AudioRenderContextSettings SettingsForPrefetchThread(
-		InterfaceRef<IAudioRenderContext> const& inSource);
+	static RenderContextSettings SettingsForPrefetchThread(InterfaceRef<IAudioRenderContext> const& inSource);
 
 	AudioRenderContext();
 
@@ -126,7 +103,7 @@ private:
 	using GeneratorByKey = std::map<InterfaceRef<UnknownBase>, InterfaceRef<IAudioGenerator>>;
 	using CachedGeneratorByKey = std::map<InterfaceRef<UnknownBase>, InterfaceRef<ICachedAudioGenerator>>;
 
-	AudioRenderContextSettings mSettings;
+	RenderContextSettings mSettings;
 	bool mFilterRenderFlag = false;
 	bool mTrackCacheEnabled = false;
 	bool mMulticamOption = false;

@@ -4,26 +4,10 @@
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
 #include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/IAudioTransition.h"
+#include "Sonaro/TrackSettings.h"
 
 namespace SN
 {
-
-// What a transition between two clips is made with; see ISonaroFactory::CreateAudioTransitionRenderer. Times
-// are those of the sequence.
-struct AudioTransitionSettings
-{
-	InterfaceRef<IAudioRenderContext> mContext;
-	FrameRate mFrameRate;
-	InterfaceRef<IAudioTransition> mTransition;
-	AudioTransitionParameters const& mParameters;
-	InterfaceRef<IAudioGenerator> const& mOutgoing;
-	InterfaceRef<IAudioGenerator> const& mIncoming;
-	// Where each clip's own time is 0.
-	TickTime mOutgoingStartTime;
-	TickTime mIncomingStartTime;
-	TickTime mTransitionStartTime;
-	TickTime mTransitionDuration;
-};
 
 // The item on a track where one clip gives way to the next. Both are pulled, and mixed with the gains that the
 // transition gives for every sample.

@@ -10,25 +10,13 @@
 #include "AudioRender/Track/TrackMute.h"
 #include "Sonaro/IAudioRecordCompletion.h"
 #include "Sonaro/ICachedAudioGenerator.h"
+#include "Sonaro/TrackSettings.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <memory>
 
 namespace SN
 {
-
-// What a clip track is made with; see ISonaroFactory::CreateAudioClipTrackRenderer.
-struct AudioClipTrackSettings
-{
-	InterfaceRef<IAudioRenderContext> mContext;
-	FrameRate mFrameRate;
-	AudioTrackRenderableItemList const& mItems;
-	InterfaceRef<UnknownBase> mOwner;
-	std::shared_ptr<TrackMute::Flag> mMute;
-	std::vector<InterfaceRef<IAudioProcessor>> const& mProcessors;
-	InterfaceRef<IAudioPanProcessor> mPanProcessor;
-	AudioChannelLayout const& mChannels;
-};
 
 // A track of clips: the node at which a request is cut along the time line. Each item gives its piece in
 // its own time; then processors, pan processor, compensating delay and the fade of the mute follow.

@@ -6,23 +6,12 @@
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
+#include "Sonaro/TrackSettings.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
 namespace SN
 {
-
-// What a join of two generators is made with; see ISonaroFactory::CreateAudioMixRenderer.
-struct AudioMixSettings
-{
-	InterfaceRef<IAudioRenderContext> const& mContext;
-	FrameRate mFrameRate;
-	InterfaceRef<IAudioGenerator> const& mFirst;
-	double mFirstTimeScale = 1.0;
-	InterfaceRef<IAudioGenerator> const& mSecond;
-	double mSecondTimeScale = 1.0;
-	InterfaceRef<IAudioProcessor> const& mProcessor;
-};
 
 // Two generators, side by side in one buffer, and a processor that joins them: the channels of the first come first,
 // those of the second after them, and the result is taken from the place of the first.

@@ -7,25 +7,13 @@
 #include "AudioRender/Track/TrackCache.h"
 #include "AudioRender/Track/TrackMute.h"
 #include "Sonaro/ICachedAudioGenerator.h"
+#include "Sonaro/TrackSettings.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <memory>
 
 namespace SN
 {
-
-// What a submix or the master is made with; see ISonaroFactory::CreateAudioMixTrackRenderer.
-struct AudioMixTrackSettings
-{
-	InterfaceRef<IAudioRenderContext> mContext;
-	FrameRate mFrameRate;
-	InterfaceRef<IAudioGenerator> const& mSource;
-	InterfaceRef<UnknownBase> mOwner;
-	std::shared_ptr<TrackMute::Flag> mMute;
-	std::vector<InterfaceRef<IAudioProcessor>> const& mProcessors;
-	InterfaceRef<IAudioPanProcessor> mPanProcessor;
-	AudioChannelLayout const& mChannels;
-};
 
 // The track of a submix or of the master: one source, mostly an inlet that sums other tracks; then
 // processors, pan processor, compensating delay and the fade of the mute.

@@ -5,24 +5,13 @@
 #include "Sonaro/DelayDependency.h"
 #include "Sonaro/IAudioRecordCompletion.h"
 #include "Sonaro/ICachedAudioGenerator.h"
+#include "Sonaro/TrackSettings.h"
 
 #include <deque>
 #include <vector>
 
 namespace SN
 {
-
-// What a sequence is made with; see ISonaroFactory::CreateAudioTrackGroupRenderer.
-struct AudioTrackGroupSettings
-{
-	InterfaceRef<IAudioRenderContext> mContext;
-	FrameRate mFrameRate;
-	std::vector<InterfaceRef<IAudioGenerator>> const& mGenerators;
-	std::deque<std::vector<DelayDependency>> const& mDelayDependencies;
-	std::vector<TickTime> const& mGeneratorDelays;
-	AudioChannelLayout const& mChannels;
-	InterfaceRef<UnknownBase> mOwner;
-};
 
 // The tracks of a sequence as one generator. The host has sorted them: each track comes before those that
 // it feeds, and the output is the last. All but the last render into their caches, each once for a request,

@@ -5,25 +5,13 @@
 #include "AudioRender/Core/GeneratorWithInputs.h"
 #include "AudioRender/Track/ProcessorChain.h"
 #include "Sonaro/IAudioResampler.h"
+#include "Sonaro/TrackSettings.h"
 #include "Vexilon/ITimeTransform.h"
 
 #include <memory>
 
 namespace SN
 {
-
-// What a clip on a track is made with; see ISonaroFactory::CreateRealtimeAudioClipTrackItemRenderer.
-struct RealtimeAudioClipTrackItemSettings
-{
-	InterfaceRef<IAudioRenderContext> mContext;
-	FrameRate mFrameRate;
-	InterfaceRef<IAudioGenerator> mSource;
-	std::vector<InterfaceRef<IAudioProcessor>> const& mProcessors;
-	InterfaceRef<IAudioPanProcessor> mPanProcessor;
-	double mSpeed = 1.0;
-	InterfaceRef<VX::ITimeTransform> mTimeTransform;
-	TickTime mTimeOffset;
-};
 
 // A clip on a track: a generator with processors and a pan processor of its own, and, at any speed but 1, a resampler
 // after them.

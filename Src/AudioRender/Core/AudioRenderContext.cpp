@@ -25,7 +25,7 @@ bool AudioRenderContext::ContentKey::operator<(ContentKey const& inOther) const
 }
 
 int AudioRenderContext::Create(
-	AudioRenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext)
+	RenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext)
 {
 	auto const context = zorvcore::classref::MakeObject<AudioRenderContext>();
 	if (inSettings.mPrefetchEnabled && !inSettings.mPrefetcher)
@@ -41,11 +41,11 @@ int AudioRenderContext::Create(
 	return kSuccess;
 }
 
-AudioRenderContextSettings AudioRenderContext::SettingsForPrefetchThread(
+RenderContextSettings AudioRenderContext::SettingsForPrefetchThread(
 	InterfaceRef<IAudioRenderContext> const& inSource)
 {
 	InterfaceRef<AudioRenderContext> const source(inSource);
-	AudioRenderContextSettings settings = source->mSettings;
+	RenderContextSettings settings = source->mSettings;
 	settings.mPrefetchEnabled = false;
 	settings.mContextOption = false;
 	settings.mRangeStart = kTimeZero;

@@ -4,17 +4,11 @@
 #include "Sonaro/Prefetcher.h"
 #include "Sonaro/Types.h"
 
-#include <string>
-
 namespace SonaroHost
 {
 
 // Samples between two updates of automated parameters.
 inline constexpr unsigned kControlInterval = 64;
-
-// Throws a HostError when inResult, what the engine answered to inWhat ("a clip", "a context"), is a
-// failure.
-void CheckEngineResult(int inResult, std::string const& inWhat);
 
 // A render context for one offline render, whose sources read as the render needs them, or through what was
 // read ahead. It clears the context at the end, without which context and nodes would hold each other for ever.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/IdentityTimeTransform.h"
 #include "Sonaro/Types.h"
 #include "Vexilon/ITimeTransform.h"
 
@@ -8,15 +9,7 @@
 namespace SonaroHost
 {
 
-// The times of a clip as they are.
-class IdentityTimeTransform final : public SN::Implements<IdentityTimeTransform, VX::ITimeTransform>
-{
-public:
-	static constexpr SN::Identifier<IdentityTimeTransform> kIdentifier{
-		0x8d3a5be70c91f264ull, 0xb7204e69d85fa13cull};
-
-	SN::TickTime GetTime(SN::TickTime const& inTime) override { return inTime; }
-};
+using SN::IdentityTimeTransform;
 
 // Media that runs at one speed from an offset on: offset + time * speed, to the nearest tick.
 //

@@ -4,9 +4,7 @@
 #include "ProgrammeFader.h"
 #include "RemappedGenerator.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
-#include "Sonaro/SonaroFactory.h"
-#include "SonaroHost/Engine/RenderContextScope.h"
-#include "SonaroHost/Engine/TimeTransforms.h"
+#include "SonaroHost/Engine/EngineFactory.h"
 
 #include <vector>
 
@@ -19,30 +17,26 @@ namespace
 using Generator = SN::InterfaceRef<SN::IAudioGenerator>;
 using Context = SN::InterfaceRef<SN::IAudioRenderContext>;
 
-// The speed of the media itself; items play it at others.
-constexpr double kNormalSpeed = 1.0;
-
 // The media of a clip, from the first frame to be heard on, at its own rate.
 Generator MakeMedia(Context const& inContext, PlannedClip const& inClip, float inGain)
 {
-	constexpr int kAllChannels = -1;
-	auto const factory = SN::SonaroFactory::CreateClassRef();
+	EngineFactory const factory;
 	SN::FrameRate const frameRate = inClip.mSource->GetFrameRate();
-	Generator stream;
-	CheckEngineResult(factory->CreateAudioStreamRenderer(
-						  inContext, frameRate, inClip.mSource, kAllChannels, kNormalSpeed, nullptr, &stream),
-		"a stream");
+	Generator const stream = factory.CreateAudioStreamRenderer(
+		{.mContext = inContext, .mFrameRate = frameRate, .mSource = inClip.mSource});
 	SN::AudioChannelMap channels;
 	for (std::size_t i = 0; i < inClip.mChannels.size(); ++i)
 	{
 		channels[i] = inClip.mChannels[i];
 	}
-	Generator media;
-	CheckEngineResult(factory->CreateAudioClipRenderer(inContext, frameRate, {{stream, channels}},
-						  inClip.mLayout.GetInputLayout(), SN::TickTime(inClip.mFirstFrame, frameRate),
-						  inGain, kNormalSpeed, &media),
-		"a clip");
-	return media;
+	return factory.CreateAudioClipRenderer({
+		.mContext = inContext,
+		.mFrameRate = frameRate,
+		.mGenerators = {{stream, channels}},
+		.mChannelLayout = inClip.mLayout.GetInputLayout(),
+		.mStartOffset = SN::TickTime(inClip.mFirstFrame, frameRate),
+		.mGain = inGain,
+	});
 }
 
 // The clip as the track takes it: in the programme's layout and direction, its frames counted at the
@@ -64,17 +58,16 @@ Generator MakeClip(Context const& inContext, PlannedClip const& inClip, Programm
 SN::InterfaceRef<SN::IAudioTrackRenderableItem> MakeItem(
 	Context const& inContext, PlannedClip const& inClip, ProgrammePlan const& inPlan)
 {
-	auto const factory = SN::SonaroFactory::CreateClassRef();
+	EngineFactory const factory;
 	SN::FrameRate const frameRate = inPlan.GetFrameRate();
-	SN::InterfaceRef<SN::IAudioPanProcessor> panner;
-	CheckEngineResult(
-		factory->CreateNoneAudioPanProcessorRenderer(inContext, inPlan.GetLayout(), &panner), "a panner");
-	Generator generator;
-	CheckEngineResult(factory->CreateRealtimeAudioClipTrackItemRenderer(inContext, frameRate,
-						  MakeClip(inContext, inClip, inPlan), {}, panner, inClip.mReadingSpeed,
-						  zorvcore::classref::MakeObject<IdentityTimeTransform>(), SN::kTimeZero, &generator),
-		"an item");
-	SN::InterfaceRef<SN::IAudioTrackRenderableItem> item = generator;
+	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item =
+		factory.CreateRealtimeAudioClipTrackItemRenderer({
+			.mContext = inContext,
+			.mFrameRate = frameRate,
+			.mSource = MakeClip(inContext, inClip, inPlan),
+			.mPanProcessor = factory.CreateNoneAudioPanProcessorRenderer(inContext, inPlan.GetLayout()),
+			.mSpeed = inClip.mReadingSpeed,
+		});
 	SN::TickTime const start(inClip.mPosition, frameRate);
 	item->Init(start, SN::TickTime(inClip.mPosition + inClip.mFrames, frameRate), start, frameRate);
 	return item;
@@ -117,12 +110,13 @@ Generator MakeClipTrack(Context const& inContext, ProgrammePlan const& inPlan)
 		processors.push_back(zorvcore::classref::MakeObject<ProgrammeFader>(
 			MakeFadeCurve(inPlan.GetFades(), {0, inPlan.GetFrames()}, frameRate), frameRate));
 	}
-	Generator track;
-	CheckEngineResult(
-		SN::SonaroFactory::CreateClassRef()->CreateAudioClipTrackRenderer(inContext, frameRate,
-			LayItems(inContext, inPlan), nullptr, nullptr, processors, nullptr, inPlan.GetLayout(), &track),
-		"a track");
-	return track;
+	return EngineFactory().CreateAudioClipTrackRenderer({
+		.mContext = inContext,
+		.mFrameRate = frameRate,
+		.mItems = LayItems(inContext, inPlan),
+		.mProcessors = processors,
+		.mChannels = inPlan.GetLayout(),
+	});
 }
 
 } // namespace SonaroHost

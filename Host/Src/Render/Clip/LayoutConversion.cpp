@@ -1,9 +1,8 @@
 #include "SonaroHost/Render/LayoutConversion.h"
 
 #include "Engine/MixdownScope.h"
-#include "Sonaro/SonaroFactory.h"
 #include "SonaroHost/Automation/AutomationParameter.h"
-#include "SonaroHost/Engine/RenderContextScope.h"
+#include "SonaroHost/Engine/EngineFactory.h"
 
 #include <initializer_list>
 #include <vector>
@@ -35,7 +34,7 @@ void LayoutConversion::MakePanner(LayoutPlan const& inPlan,
 	constexpr float kNoCentre = 0.0f;
 	constexpr float kNoLFE = 0.0f;
 	SN::PanProcessorType const type = *inPlan.GetPanner();
-	std::vector<SN::InterfaceRef<SN::IRenderableAudioComponentParam>> parameters;
+	SN::AudioComponentParams parameters;
 	parameters.push_back(AutomationParameter<float>::Create(inPlan.GetPan()));
 	if (type == SN::kPanMonoTo51 || type == SN::kPanStereoTo51)
 	{
@@ -44,10 +43,8 @@ void LayoutConversion::MakePanner(LayoutPlan const& inPlan,
 			parameters.push_back(AutomationParameter<float>::Create(value));
 		}
 	}
-	constexpr bool kActionFlag = false;
-	CheckEngineResult(SN::SonaroFactory::CreateClassRef()->CreateAudioPanProcessorRenderer(
-						  inContext, inFrameRate, type, kActionFlag, parameters, &mPanner),
-		"a panner");
+	mPanner = EngineFactory().CreateAudioPanProcessorRenderer(
+		{.mContext = inContext, .mFrameRate = inFrameRate, .mType = type, .mParams = parameters});
 	mParameters = mPanner;
 }
 

@@ -2,9 +2,6 @@
 
 #include "Engine/MixdownScope.h"
 #include "Sequence/Stage/ConversionPanner.h"
-#include "Sonaro/SonaroFactory.h"
-#include "SonaroHost/Engine/RenderContextScope.h"
-#include "SonaroHost/Engine/TimeTransforms.h"
 
 #include <algorithm>
 
@@ -24,9 +21,7 @@ class BareIdentity final : public SN::Unknown
 GraphTools::GraphTools(
 	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate)
 	: mContext(inContext),
-	  mFrameRate(inFrameRate),
-	  mFactory(SN::SonaroFactory::CreateClassRef()),
-	  mSameTime(zorvcore::classref::MakeObject<IdentityTimeTransform>())
+	  mFrameRate(inFrameRate)
 {
 }
 
@@ -46,12 +41,13 @@ Generator GraphTools::GetStream(Media const& inMedia)
 	Generator& stream = mStreams[&inMedia];
 	if (!stream)
 	{
-		constexpr int kAllChannels = -1;
-		constexpr double kStreamSpeed = 1.0;
-		// The key lets the clones of clips go on sharing it.
-		CheckEngineResult(mFactory->CreateAudioStreamRenderer(mContext, mFrameRate, inMedia.mOpen(mFrameRate),
-							  kAllChannels, kStreamSpeed, MakeIdentity(), &stream),
-			"a stream");
+		stream = mFactory.CreateAudioStreamRenderer({
+			.mContext = mContext,
+			.mFrameRate = mFrameRate,
+			.mSource = inMedia.mOpen(mFrameRate),
+			// The key lets the clones of clips go on sharing it.
+			.mKey = MakeIdentity(),
+		});
 	}
 	return stream;
 }
@@ -78,9 +74,7 @@ Panner GraphTools::MakeFixedPanner(SN::AudioChannelLayout const& inInput,
 		MixdownScope const mixdown(inMixdown);
 		return zorvcore::classref::MakeObject<ConversionPanner>(inInput, inOutput);
 	}
-	Panner panner;
-	CheckEngineResult(mFactory->CreateNoneAudioPanProcessorRenderer(mContext, inInput, &panner), "a panner");
-	return panner;
+	return mFactory.CreateNoneAudioPanProcessorRenderer(mContext, inInput);
 }
 
 std::shared_ptr<dsp::AudioBuffer> GraphTools::GetScratch(ScratchUse inUse, std::size_t inChannels)

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Sonaro/ISonaroFactory.h"
+#include "SonaroHost/Engine/EngineFactory.h"
 #include "SonaroHost/Sequence/Description.h"
-#include "Vexilon/ITimeTransform.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstdint>
@@ -29,7 +28,7 @@ public:
 
 	SN::InterfaceRef<SN::IAudioRenderContext> const& GetContext() const { return mContext; }
 	SN::FrameRate const& GetFrameRate() const { return mFrameRate; }
-	SN::ISonaroFactory const& GetFactory() const { return *mFactory; }
+	EngineFactory const& GetFactory() const { return mFactory; }
 
 	// Rounds to the nearest frame.
 	std::int64_t ToFrames(SN::TickTime const& inTime) const;
@@ -61,7 +60,6 @@ public:
 	}
 	// A track's mute: live where the engine has it so, in the outermost sequence of a playback.
 	MuteSwitch GetHeard(MuteSwitch const& inMute) const;
-	SN::InterfaceRef<VX::ITimeTransform> const& GetSameTime() const { return mSameTime; }
 
 	static Identity MakeIdentity();
 
@@ -79,10 +77,9 @@ private:
 
 	SN::InterfaceRef<SN::IAudioRenderContext> mContext;
 	SN::FrameRate mFrameRate;
-	SN::InterfaceRef<SN::ISonaroFactory> mFactory;
+	EngineFactory mFactory;
 	std::map<Media const*, Generator> mStreams;
 	std::vector<FixedPanner> mFixedPanners;
-	SN::InterfaceRef<VX::ITimeTransform> mSameTime;
 	// The scratch memory by use, level and channels.
 	std::map<std::tuple<ScratchUse, unsigned, std::size_t>, std::shared_ptr<dsp::AudioBuffer>> mScratch;
 };

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/IAudioSource.h"
+#include "Sonaro/Types.h"
+
+#include <map>
+
+// What the nodes that bring in audio are made with. mContext and mFrameRate, the sample rate of the node's
+// output, have no default that would do: an empty context is refused with eNullPointer, an invalid rate with
+// eInvalidArgument.
+namespace SN
+{
+
+// See ISonaroFactory::CreateAudioStreamRenderer.
+struct AudioStreamSettings
+{
+	// Stands for all channels of a source.
+	static constexpr int kAllChannels = -1;
+
+	InterfaceRef<IAudioRenderContext> mContext = {};
+	// That of the source.
+	FrameRate mFrameRate = {};
+	// Required.
+	InterfaceRef<IAudioSource> mSource = {};
+	// Counted from 0, or kAllChannels.
+	int mChannelIndex = kAllChannels;
+	// Kept for the host; the stream always runs at the source's own speed.
+	double mStreamSpeed = 1.0;
+	// The host's object under which the context keeps the stream, so that a second request for it gives the
+	// same node; empty for a stream of its own.
+	InterfaceRef<UnknownBase> mKey = {};
+};
+
+// See ISonaroFactory::CreateAudioClipRenderer.
+struct AudioClipSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext = {};
+	FrameRate mFrameRate = {};
+	// Each generator with the channels that it feeds. Empty references are skipped.
+	std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> mGenerators = {};
+	// Of the clip.
+	AudioChannelLayout mChannelLayout = {};
+	// How far into the generators the clip begins, before it is multiplied by mSpeed.
+	TickTime mStartOffset = kTimeZero;
+	// A linear amplitude for the whole clip.
+	float mGain = 1.0f;
+	// Scales mStartOffset alone; what plays at another speed is the item around the clip. At 1, the ratio of
+	// the generators' rate to mFrameRate takes its place.
+	double mSpeed = 1.0;
+};
+
+} // namespace SN

@@ -1,0 +1,23 @@
+#include "SonaroHost/Engine/EngineFactory.h"
+
+#include "SonaroHost/Base/HostError.h"
+
+#include <array>
+#include <cstdio>
+#include <string>
+
+namespace SonaroHost
+{
+
+void CheckEngineResult(int inResult, char const* inWhat)
+{
+	if (!SN::ResultSucceeded(inResult))
+	{
+		std::array<char, 16> code{};
+		std::snprintf(code.data(), code.size(), "0x%08X", static_cast<unsigned>(inResult));
+		throw HostError(HostError::Kind::eEngine,
+			std::string("the render engine refused to make ") + inWhat + " (result " + code.data() + ")");
+	}
+}
+
+} // namespace SonaroHost
