@@ -20,8 +20,8 @@ public:
 	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix,
 		ImmutableString const& inTag);
 
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		TickTime const& inTime) SONARO_NONBLOCKING override;
 
 protected:
 	// inRightInput: the input channel that the right side hears.

@@ -27,9 +27,9 @@ public:
 
 	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
 	// True when the test is on and the pan has no keyframes and stands in the middle, as last sampled.
-	bool DoesNotAlterAudio() override;
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+	bool DoesNotAlterAudio() SONARO_NONBLOCKING override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		TickTime const& inTime) SONARO_NONBLOCKING override;
 
 private:
 	IdentityTest mIdentityTest = IdentityTest::kOff;

@@ -16,8 +16,8 @@ public:
 	explicit AudioPannerChannelMap(AudioChannelType inOutputType);
 
 	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		TickTime const& inTime) SONARO_NONBLOCKING override;
 };
 
 } // namespace SN

@@ -19,8 +19,8 @@ public:
 		AudioChannelLayout const& inOutputLayout, AudioChannelMatrix const& inMatrix);
 
 	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		TickTime const& inTime) SONARO_NONBLOCKING override;
 
 private:
 	AudioChannelMatrix mMatrix;

@@ -20,8 +20,8 @@ public:
 	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix);
 
 	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		TickTime const& inTime) SONARO_NONBLOCKING override;
 };
 
 } // namespace SN

@@ -18,8 +18,11 @@ public:
 	explicit AudioPannerNone(AudioChannelLayout const& inLayout);
 
 	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
-	bool DoesNotAlterAudio() override { return true; }
-	void ProcessAudioData(dsp::AudioBuffer const&, dsp::AudioBuffer&, TickTime const&) override {}
+	bool DoesNotAlterAudio() SONARO_NONBLOCKING override { return true; }
+	void ProcessAudioData(
+		dsp::AudioBuffer const&, dsp::AudioBuffer&, TickTime const&) SONARO_NONBLOCKING override
+	{
+	}
 };
 
 } // namespace SN

@@ -16,7 +16,7 @@ public:
 
 	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
 	// True when the pan has no keyframes and stands in the middle, as last sampled.
-	bool DoesNotAlterAudio() override;
+	bool DoesNotAlterAudio() SONARO_NONBLOCKING override;
 };
 
 } // namespace SN

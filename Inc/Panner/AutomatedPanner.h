@@ -41,12 +41,12 @@ protected:
 	void CopyFrom(AutomatedPanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
 	// Whether the block at inTime does not follow the last one. In reverse no block counts as a jump.
-	bool IsJump(TickTime const& inTime) const;
+	bool IsJump(TickTime const& inTime) const SONARO_NONBLOCKING;
 	// The block at inTime was so long.
-	void NoteBlock(TickTime const& inTime, unsigned inFrames);
+	void NoteBlock(TickTime const& inTime, unsigned inFrames) SONARO_NONBLOCKING;
 
 	// Whether a control has no keyframes and was last sampled at inValue.
-	bool StandsAt(unsigned long long inIndex, float inValue) const;
+	bool StandsAt(unsigned long long inIndex, float inValue) const SONARO_NONBLOCKING;
 
 private:
 	// Where the next block begins when it follows the last one.

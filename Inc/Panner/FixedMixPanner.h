@@ -12,8 +12,8 @@ namespace SN
 class FixedMixPanner : public PanProcessorBase, public AudioRenderContextClient
 {
 public:
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		TickTime const& inTime) SONARO_NONBLOCKING override;
 
 	// eNullPointer without a context, eInvalidArgument for the invalid rate.
 	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate);

@@ -27,9 +27,15 @@ public:
 	AudioChannelType GetOutputChannelType() override { return mShape.mOutputType; }
 	AudioChannelLayout GetInputAudioChannelLayout() override { return mShape.mInputLayout; }
 	AudioChannelLayout GetOutputAudioChannelLayout() override { return mShape.mOutputLayout; }
-	unsigned GetNumInputChannels() override { return static_cast<unsigned>(mShape.mInputLayout.size()); }
-	unsigned GetNumOutputChannels() override { return static_cast<unsigned>(mShape.mOutputLayout.size()); }
-	bool DoesNotAlterAudio() override { return false; }
+	unsigned GetNumInputChannels() SONARO_NONBLOCKING override
+	{
+		return static_cast<unsigned>(mShape.mInputLayout.size());
+	}
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override
+	{
+		return static_cast<unsigned>(mShape.mOutputLayout.size());
+	}
+	bool DoesNotAlterAudio() SONARO_NONBLOCKING override { return false; }
 	void Preroll(TickTime const&, bool) override {}
 	void Reset() override {}
 

@@ -14,8 +14,8 @@ public:
 	// eFailure for another count of controls than one.
 	int Init(AutomatedPannerSettings const& inSettings);
 
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		TickTime const& inTime) SONARO_NONBLOCKING override;
 
 protected:
 	// inRightInput: the input channel that the right side hears.

@@ -22,8 +22,8 @@ class SurroundPanner : public AutomatedPanner
 {
 public:
 	bool HasHistory() override { return true; }
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		TickTime const& inTime) SONARO_NONBLOCKING override;
 
 protected:
 	using Law = SurroundGains (*)(SurroundPosition const& inPosition);

@@ -25,7 +25,7 @@ public:
 	// Frees what Init has made.
 	virtual void Shutdown() = 0;
 	// A run ends: the meter falls back.
-	virtual void Reset() SONARO_NONBLOCKING = 0;
+	virtual void Reset() = 0;
 
 	~IAudioMeterSetter() override = default;
 };

@@ -31,7 +31,7 @@ public:
 	virtual TickTime GetLength() = 0;
 
 	// How many channels ReadAudio fills, 1 to 64. It does not change while a stream of the source lives.
-	virtual unsigned GetNumChannels() = 0;
+	virtual unsigned GetNumChannels() SONARO_NONBLOCKING = 0;
 	// Their places, as many as GetNumChannels says.
 	virtual AudioChannelLayout GetAudioChannelLayout() = 0;
 

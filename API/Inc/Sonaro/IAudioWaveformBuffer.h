@@ -34,7 +34,7 @@ public:
 	virtual unsigned GetBufferId() = 0;
 
 	// The number of vectors in GetChannels.
-	virtual unsigned long long GetNumChannels() = 0;
+	virtual unsigned long long GetNumChannels() SONARO_NONBLOCKING = 0;
 	// The size of the first channel, in floats and not in columns.
 	virtual unsigned long long GetNumSamples() = 0;
 	// The low 32 bits of what SetSampleCount was given last, 0 at first.

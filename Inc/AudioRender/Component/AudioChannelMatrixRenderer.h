@@ -22,12 +22,12 @@ public:
 	InterfaceRef<IAudioProcessor> Clone(
 		FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval) override;
 	bool HasHistory() override { return false; }
-	void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Preroll(TickTime const&, bool) override {}
 	void Reset() override {}
 	void InitializeAudioFilter() override {}
 	void ShutdownAudioFilter() override {}
-	TickTime GetDelay() override { return kTimeZero; }
+	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
 
 	std::u16string GetNodeName() override { return u"AudioChannelMatrixRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }

@@ -25,12 +25,12 @@ public:
 	InterfaceRef<IAudioProcessor> Clone(
 		FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval) override;
 	bool HasHistory() override { return false; }
-	void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Preroll(TickTime const& inTime, bool) override { ParameterOwnerMixin::Preroll(inTime); }
 	void Reset() override { ParameterOwnerMixin::Reset(); }
 	void InitializeAudioFilter() override {}
 	void ShutdownAudioFilter() override {}
-	TickTime GetDelay() override { return kTimeZero; }
+	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
 
 	// The switch is on from time 0 to the end, so that nothing will ever pass.
 	bool IsMuted() { return IsBypassConstant(); }

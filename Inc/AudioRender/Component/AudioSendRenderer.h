@@ -33,15 +33,15 @@ public:
 	InterfaceRef<IAudioProcessor> Clone(
 		FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval) override;
 	bool HasHistory() override { return false; }
-	void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer& inBuffer, TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Preroll(TickTime const& inTime, bool inReverse) override;
 	void Reset() override;
 	void InitializeAudioFilter() override {}
 	void ShutdownAudioFilter() override {}
-	TickTime GetDelay() override { return kTimeZero; }
+	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
 
-	void GenerateAudio(unsigned, TickTime const&, bool) override {}
-	void MixCachedAudio(dsp::AudioBuffer& inBuffer) override;
+	void GenerateAudio(unsigned, TickTime const&, bool) SONARO_NONBLOCKING override {}
+	void MixCachedAudio(dsp::AudioBuffer& inBuffer) SONARO_NONBLOCKING override;
 
 	std::u16string GetNodeName() override { return u"AudioSendRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }

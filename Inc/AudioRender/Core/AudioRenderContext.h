@@ -35,14 +35,17 @@ public:
 	void IncrementInstanceIndex() override { ++mInstanceIndex; }
 	void DecrementInstanceIndex() override { --mInstanceIndex; }
 	void Clear() override;
-	bool IsPrefetchEnabled() override { return mSettings.mPrefetchEnabled; }
-	bool GetFilterRenderFlag() override { return mFilterRenderFlag; }
+	bool IsPrefetchEnabled() SONARO_NONBLOCKING override { return mSettings.mPrefetchEnabled; }
+	bool GetFilterRenderFlag() SONARO_NONBLOCKING override { return mFilterRenderFlag; }
 	void SetFilterRenderFlag(bool inFlag) override { mFilterRenderFlag = inFlag; }
-	bool IsImmediateRender() override { return mImmediateRender; }
+	bool IsImmediateRender() SONARO_NONBLOCKING override { return mImmediateRender; }
 	void SetImmediateRender(bool inImmediate) override { mImmediateRender = inImmediate; }
-	bool IsDelayCompensationDisabled() override { return mDelayCompensationDisabled; }
+	bool IsDelayCompensationDisabled() SONARO_NONBLOCKING override { return mDelayCompensationDisabled; }
 	void SetDelayCompensationDisabled(bool inDisabled) override { mDelayCompensationDisabled = inDisabled; }
-	bool IsNotTopLevelPlayback() override { return !IsPrefetchEnabled() || GetNestingDepth() != 0; }
+	bool IsNotTopLevelPlayback() SONARO_NONBLOCKING override
+	{
+		return !IsPrefetchEnabled() || GetNestingDepth() != 0;
+	}
 	bool GetContextOption() override { return mSettings.mContextOption; }
 	TickTime GetRangeStart() override { return mSettings.mRangeStart; }
 	TickTime GetRangeEnd() override { return mSettings.mRangeEnd; }
@@ -52,8 +55,8 @@ public:
 	bool GetMulticamOption() override { return mMulticamOption; }
 	void SetMulticamOption(bool inOption) override { mMulticamOption = inOption; }
 	RenderQuality GetRenderQuality() override { return mSettings.mRenderQuality; }
-	unsigned GetMaxBlockSize() override { return mSettings.mMaxBlockSize; }
-	unsigned GetNestingDepth() override { return mNestingDepth; }
+	unsigned GetMaxBlockSize() SONARO_NONBLOCKING override { return mSettings.mMaxBlockSize; }
+	unsigned GetNestingDepth() SONARO_NONBLOCKING override { return mNestingDepth; }
 	InterfaceRef<ICachedAudioGenerator> FindCachedGenerator(InterfaceRef<UnknownBase> inKey) override;
 	InterfaceRef<IAudioGenerator> FindTrackRenderer(InterfaceRef<UnknownBase> inKey) override;
 

@@ -48,9 +48,9 @@ public:
 	// The pool's operations at the captured place; see TempBufferPool.
 	void ReserveStackAudioBuffer(unsigned inChannels, unsigned inSamples, ImmutableString const& inTag) const;
 	InterfaceRef<StackAudioBuffer> GetStackAudioBuffer(
-		unsigned inChannels, ImmutableString const& inTag) const;
+		unsigned inChannels, ImmutableString const& inTag) const SONARO_NONBLOCKING;
 	void ReserveStackAudioSubBuffer(unsigned inChannels) const;
-	InterfaceRef<StackAudioSubBuffer> GetStackAudioSubBuffer(unsigned inChannels) const;
+	InterfaceRef<StackAudioSubBuffer> GetStackAudioSubBuffer(unsigned inChannels) const SONARO_NONBLOCKING;
 
 private:
 	InterfaceRef<AudioRenderContext> mRenderContext;

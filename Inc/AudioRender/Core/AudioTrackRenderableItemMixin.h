@@ -12,9 +12,9 @@ class AudioTrackRenderableItemMixin : public IAudioTrackRenderableItem
 public:
 	void Init(TickTime const& inStartTime, TickTime const& inEndTime, TickTime const& inTrackItemStartTime,
 		FrameRate const& inFrameRate) override;
-	TickTime GetStartTime() override { return mStartTime; }
-	TickTime GetEndTime() override { return mEndTime; }
-	TickTime GetTrackItemStartTime() override { return mTrackItemStartTime; }
+	TickTime GetStartTime() SONARO_NONBLOCKING override { return mStartTime; }
+	TickTime GetEndTime() SONARO_NONBLOCKING override { return mEndTime; }
+	TickTime GetTrackItemStartTime() SONARO_NONBLOCKING override { return mTrackItemStartTime; }
 
 protected:
 	void CopyTimesFrom(AudioTrackRenderableItemMixin const& inOther);

@@ -23,7 +23,7 @@ public:
 	void InitializeAudioFilters() override;
 	void ShutdownAudioFilters() override;
 
-	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override { return GetNumChannels(); }
 
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override;
 	// The pan processor, which may be empty, is the last.

@@ -51,8 +51,8 @@ public:
 	int Init(Parameters const& inParams, ParameterOwnerSettings const& inSettings,
 		InterfaceRef<IAudioRenderContext> const& inContext);
 
-	TickTime GetNextInterestingTime(TickTime const& inTime) override;
-	void UpdateControls(TickTime const& inTime) override;
+	TickTime GetNextInterestingTime(TickTime const& inTime) SONARO_NONBLOCKING override;
+	void UpdateControls(TickTime const& inTime) SONARO_NONBLOCKING override;
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
 
 protected:
@@ -67,12 +67,12 @@ protected:
 
 	// The value as last sampled. inIndex counts all parameters, the boolean one among them, which must not be asked
 	// for; there is no check.
-	float GetValue(unsigned long long inIndex) const
+	float GetValue(unsigned long long inIndex) const SONARO_NONBLOCKING
 	{
 		return mValues[inIndex > mBypassIndex ? inIndex - 1 : inIndex];
 	}
 	// The same for a parameter that may be missing.
-	float GetValueOrZero(unsigned long long inIndex) const
+	float GetValueOrZero(unsigned long long inIndex) const SONARO_NONBLOCKING
 	{
 		return inIndex < mValues.size() ? GetValue(inIndex) : 0.0f;
 	}

@@ -11,13 +11,14 @@ class SilentGenerator : public IAudioGenerator
 {
 public:
 	bool HasHistory() override { return false; }
-	TickTime GetDelay() override { return kTimeZero; }
+	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
 	void Preroll(TickTime const&, bool) override {}
-	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
+	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
 	{
 	}
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override {}
 	void InitializeAudioFilters() override {}
 	void ShutdownAudioFilters() override {}

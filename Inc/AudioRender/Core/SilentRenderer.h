@@ -20,13 +20,16 @@ public:
 
 	InterfaceRef<IAudioGenerator> Clone() override { return InterfaceRef<IAudioGenerator>::FromThis(this); }
 
-	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannelLayout.size()); }
-	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override
+	{
+		return static_cast<unsigned>(mChannelLayout.size());
+	}
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override { return GetNumChannels(); }
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannelLayout; }
 	FrameRate GetGeneratorFrameRate() override;
 
-	void GenerateAudio(unsigned, TickTime const&, bool) override {}
-	void MixCachedAudio(dsp::AudioBuffer&) override {}
+	void GenerateAudio(unsigned, TickTime const&, bool) SONARO_NONBLOCKING override {}
+	void MixCachedAudio(dsp::AudioBuffer&) SONARO_NONBLOCKING override {}
 
 	std::u16string GetNodeName() override { return u"SilentRenderer"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }

@@ -21,13 +21,13 @@ public:
 
 	// The buffer reserved under exactly that key, all its channels flagged silent; empty when there is
 	// none. UseSize is what the last user left.
-	InterfaceRef<StackAudioBuffer> GetStackAudioBuffer(
-		unsigned inChannels, unsigned inNestingDepth, unsigned inInstanceIndex, ImmutableString const& inTag);
+	InterfaceRef<StackAudioBuffer> GetStackAudioBuffer(unsigned inChannels, unsigned inNestingDepth,
+		unsigned inInstanceIndex, ImmutableString const& inTag) SONARO_NONBLOCKING;
 
 	// The same for windows, which know no tag; the caller aims them.
 	void ReserveStackAudioSubBuffer(unsigned inChannels, unsigned inNestingDepth, unsigned inInstanceIndex);
 	InterfaceRef<StackAudioSubBuffer> GetStackAudioSubBuffer(
-		unsigned inChannels, unsigned inNestingDepth, unsigned inInstanceIndex);
+		unsigned inChannels, unsigned inNestingDepth, unsigned inInstanceIndex) SONARO_NONBLOCKING;
 
 private:
 	// The members stand in the order that keys are compared by.

@@ -29,14 +29,15 @@ public:
 	static int Create(AudioTransitionSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	TickTime GetDelay() override;
+	TickTime GetDelay() SONARO_NONBLOCKING override;
 	// The clip that goes is given the time as it is, unlike everywhere else.
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	AudioTransitionParameters const& GetParameters() const { return mParameters; }
 
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
@@ -44,8 +45,8 @@ public:
 		CollectFromNodes(outParameters);
 	}
 
-	unsigned GetNumChannels() override { return mNumChannels; }
-	unsigned GetNumOutputChannels() override { return mNumChannels; }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override { return mNumChannels; }
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override { return mNumChannels; }
 	AudioChannelLayout GetAudioChannelLayout() override;
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 

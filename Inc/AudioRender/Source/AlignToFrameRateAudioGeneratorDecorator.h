@@ -19,10 +19,11 @@ public:
 
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING override;
 
 private:
 	TickTime Align(TickTime inTime) const { return inTime.AlignToFrame(mAlignFrameRate); }

@@ -27,15 +27,19 @@ public:
 		double inSpeed, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	TickTime GetDelay() override;
+	TickTime GetDelay() SONARO_NONBLOCKING override;
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING override;
 
-	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannelLayout.size()); }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override
+	{
+		return static_cast<unsigned>(mChannelLayout.size());
+	}
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannelLayout; }
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 

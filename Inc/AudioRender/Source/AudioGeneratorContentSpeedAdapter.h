@@ -19,13 +19,14 @@ public:
 	}
 
 	// 0, whatever the generator's.
-	TickTime GetDelay() override { return kTimeZero; }
+	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
 	// Only in one go: nothing without inForceCompletion.
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	FrameRate GetGeneratorFrameRate() override;
 
 private:

@@ -16,13 +16,13 @@ public:
 	void Init(InterfaceRef<IAudioGenerator> const& inGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	TickTime GetDelay() override { return mGenerator->GetDelay(); }
+	TickTime GetDelay() SONARO_NONBLOCKING override { return mGenerator->GetDelay(); }
 	void Preroll(TickTime const& inStartTime, bool inReverse) override
 	{
 		mGenerator->Preroll(inStartTime, inReverse);
 	}
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override
+		bool inForceCompletion) SONARO_NONBLOCKING override
 	{
 		mGenerator->FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
 	}
@@ -31,13 +31,17 @@ public:
 	{
 		mGenerator->AccumulatePrefetchRequests(inRange, inType, inAccumulator);
 	}
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING override
 	{
 		mGenerator->GetAudioData(inTime, inBuffer, inReverse);
 	}
 
-	unsigned GetNumChannels() override { return mGeneratorPrivate->GetNumChannels(); }
-	unsigned GetNumOutputChannels() override { return mGeneratorPrivate->GetNumOutputChannels(); }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override { return mGeneratorPrivate->GetNumChannels(); }
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override
+	{
+		return mGeneratorPrivate->GetNumOutputChannels();
+	}
 	AudioChannelLayout GetAudioChannelLayout() override { return mGeneratorPrivate->GetAudioChannelLayout(); }
 	FrameRate GetGeneratorFrameRate() override { return mGeneratorPrivate->GetGeneratorFrameRate(); }
 

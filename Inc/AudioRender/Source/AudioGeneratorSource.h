@@ -36,7 +36,7 @@ public:
 	// Renders the chunks that the range touches and that are not there yet.
 	void PrefetchAudioData(
 		unsigned long long const& inTimeStamp, TickTime const& inTime, unsigned inNumSamples) override;
-	int ReadPrefetchedAudio(TickTime const& inTime, dsp::AudioBuffer& inBuffer) override;
+	int ReadPrefetchedAudio(TickTime const& inTime, dsp::AudioBuffer& inBuffer) SONARO_NONBLOCKING override;
 	int GetPrefetchState() override { return eNotImplemented; }
 
 	// Forgets every chunk that is not being read or rendered at the moment.

@@ -37,18 +37,19 @@ public:
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	bool HasHistory() override { return false; }
-	TickTime GetDelay() override { return kTimeZero; }
+	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
 	void Preroll(TickTime const&, bool) override {}
-	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
+	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override {}
 	void InitializeAudioFilters() override {}
 	void ShutdownAudioFilters() override {}
 
-	unsigned GetNumChannels() override;
-	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override;
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override { return GetNumChannels(); }
 	AudioChannelLayout GetAudioChannelLayout() override;
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 

@@ -26,10 +26,11 @@ public:
 	// Also empties the cache, so that a jump starts clean.
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
 	void InitializeAudioFilters() override;
 	void ShutdownAudioFilters() override;

@@ -38,17 +38,19 @@ public:
 	static int Create(AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	TickTime GetDelay() override;
+	TickTime GetDelay() SONARO_NONBLOCKING override;
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
 
-	void GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse) override;
-	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) override;
+	void GenerateAudio(
+		unsigned inNumSamples, TickTime const& inTime, bool inReverse) SONARO_NONBLOCKING override;
+	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING override;
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
 	{
 		CollectFromNodes(outParameters);
@@ -58,8 +60,8 @@ public:
 		NotifyInputs(inRecording);
 	}
 
-	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
-	unsigned GetNumOutputChannels() override;
+	unsigned GetNumChannels() SONARO_NONBLOCKING override { return static_cast<unsigned>(mChannels.size()); }
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override;
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 

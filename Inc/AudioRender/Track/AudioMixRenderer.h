@@ -33,19 +33,20 @@ public:
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	bool HasHistory() override;
-	TickTime GetDelay() override;
+	TickTime GetDelay() SONARO_NONBLOCKING override;
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
 
 	// Nothing is known unless both generators know it.
-	unsigned GetNumChannels() override;
-	unsigned GetNumOutputChannels() override;
+	unsigned GetNumChannels() SONARO_NONBLOCKING override;
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override;
 	AudioChannelLayout GetAudioChannelLayout() override;
 	FrameRate GetGeneratorFrameRate() override;
 

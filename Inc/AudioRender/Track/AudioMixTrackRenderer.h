@@ -35,23 +35,25 @@ public:
 	static int Create(AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	TickTime GetDelay() override { return kTimeZero; }
+	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
-	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) override {}
+	void FillInitialDelay(TickTime const&, TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
 
-	void GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse) override;
-	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) override { mCache.MixInto(ioBuffer); }
+	void GenerateAudio(
+		unsigned inNumSamples, TickTime const& inTime, bool inReverse) SONARO_NONBLOCKING override;
+	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING override { mCache.MixInto(ioBuffer); }
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
 	{
 		CollectFromNodes(outParameters);
 	}
 
-	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
-	unsigned GetNumOutputChannels() override;
+	unsigned GetNumChannels() SONARO_NONBLOCKING override { return static_cast<unsigned>(mChannels.size()); }
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override;
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 

@@ -39,13 +39,14 @@ public:
 		InterfaceRef<UnknownBase> const& inOwner, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	TickTime GetDelay() override;
+	TickTime GetDelay() SONARO_NONBLOCKING override;
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
 	{
@@ -56,7 +57,7 @@ public:
 		NotifyInputs(inRecording);
 	}
 
-	unsigned GetNumChannels() override { return static_cast<unsigned>(mChannels.size()); }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override { return static_cast<unsigned>(mChannels.size()); }
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
 	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 

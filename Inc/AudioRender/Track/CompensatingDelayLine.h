@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/Nonblocking.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <memory>
@@ -29,7 +30,7 @@ public:
 
 	// The buffer that holds the delayed audio: ioBuffer itself for an inactive line and for one in place, else a
 	// copy, which keeps the length of the largest block: what lies beyond a shorter one is old.
-	dsp::AudioBuffer& Process(dsp::AudioBuffer& ioBuffer);
+	dsp::AudioBuffer& Process(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING;
 
 	unsigned GetMaxSamples() const { return mMaxSamples; }
 	unsigned GetNumChannels() const { return mNumChannels; }

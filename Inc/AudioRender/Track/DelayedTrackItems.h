@@ -55,7 +55,7 @@ public:
 		PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator) const;
 
 	// The side of an item at which playing it begins, as its FillInitialDelay wants it.
-	static TickTime GetFillTarget(TrackItem const& inItem, bool inReverse);
+	static TickTime GetFillTarget(TrackItem const& inItem, bool inReverse) SONARO_NONBLOCKING;
 
 private:
 	Items mItems;

@@ -68,11 +68,12 @@ public:
 	void VisitNodes(NodeVisitor& ioVisitor) const;
 	void Preroll(TickTime const& inTime, bool inReverse) const;
 	// The next request begins a control block.
-	void RestartControlBlock() { mBlockPosition = 0; }
+	void RestartControlBlock() SONARO_NONBLOCKING { mBlockPosition = 0; }
 	// All parameters, at once.
-	void UpdateControls(TickTime const& inTime) const { UpdateControls(inTime, true); }
+	void UpdateControls(TickTime const& inTime) const SONARO_NONBLOCKING { UpdateControls(inTime, true); }
 
-	void Run(ChainRequest const& inRequest, AudioRenderContextClient const& inClient, Policy const& inPolicy);
+	void Run(ChainRequest const& inRequest, AudioRenderContextClient const& inClient,
+		Policy const& inPolicy) SONARO_NONBLOCKING;
 
 private:
 	// A processor with what it was asked for once.
@@ -84,11 +85,12 @@ private:
 		bool mIsSend = false;
 	};
 
-	TickTime FindNextChange(TickTime const& inTime, bool inWithPan) const;
-	void UpdateControls(TickTime const& inTime, bool inWithPan) const;
-	void RunBlocks(
-		ChainRequest const& inRequest, TickTime const& inTime, unsigned inInterval, Policy const& inPolicy);
-	void Apply(ChainRequest const& inRequest, TickTime const& inTime, Policy const& inPolicy) const;
+	TickTime FindNextChange(TickTime const& inTime, bool inWithPan) const SONARO_NONBLOCKING;
+	void UpdateControls(TickTime const& inTime, bool inWithPan) const SONARO_NONBLOCKING;
+	void RunBlocks(ChainRequest const& inRequest, TickTime const& inTime, unsigned inInterval,
+		Policy const& inPolicy) SONARO_NONBLOCKING;
+	void Apply(ChainRequest const& inRequest, TickTime const& inTime,
+		Policy const& inPolicy) const SONARO_NONBLOCKING;
 
 	Processors mProcessors;
 	std::vector<Link> mLinks;

@@ -33,13 +33,17 @@ public:
 		RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
-	TickTime GetDelay() override { return IsDelayCompensationDisabled() ? kTimeZero : mDelay; }
+	TickTime GetDelay() SONARO_NONBLOCKING override
+	{
+		return IsDelayCompensationDisabled() ? kTimeZero : mDelay;
+	}
 	void Preroll(TickTime const& inStartTime, bool inReverse) override;
 	void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
-		bool inForceCompletion) override;
+		bool inForceCompletion) SONARO_NONBLOCKING override;
 	void AccumulatePrefetchRequests(PrefetchRange const& inRange, PrefetchType inType,
 		PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void GetAudioData(
+		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
 
 	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
@@ -47,7 +51,10 @@ public:
 		CollectFromNodes(outParameters);
 	}
 
-	unsigned GetNumChannels() override { return mChain.GetPanProcessor()->GetNumOutputChannels(); }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override
+	{
+		return mChain.GetPanProcessor()->GetNumOutputChannels();
+	}
 	AudioChannelLayout GetAudioChannelLayout() override
 	{
 		return mChain.GetPanProcessor()->GetOutputAudioChannelLayout();

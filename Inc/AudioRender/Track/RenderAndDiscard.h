@@ -21,6 +21,6 @@ struct DiscardedRange
 
 // Renders block by block from ioPosition on, which moves along, into ioBuffer.
 void RenderAndDiscard(IAudioGenerator& ioGenerator, DiscardedRange const& inRange, TickTime& ioPosition,
-	dsp::AudioBuffer& ioBuffer);
+	dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING;
 
 } // namespace SN

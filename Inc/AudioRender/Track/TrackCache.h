@@ -34,13 +34,13 @@ public:
 	}
 
 	// Adds the block, if there is one.
-	void MixInto(dsp::AudioBuffer& ioBuffer) const;
+	void MixInto(dsp::AudioBuffer& ioBuffer) const SONARO_NONBLOCKING;
 
 	void Forget() { mKey = Guid(); }
 
 private:
-	static Guid HashRequest(
-		std::string_view inSalt, unsigned inNumSamples, TickTime const& inTime, bool inReverse);
+	static Guid HashRequest(std::string_view inSalt, unsigned inNumSamples, TickTime const& inTime,
+		bool inReverse) SONARO_NONBLOCKING;
 
 	dsp::AudioBuffer mBuffer;
 	// The key of what mBuffer holds; null for nothing.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
+#include "Sonaro/Nonblocking.h"
 #include "zorvaudiodsp/GainRamp.h"
 #include "zorvcore/threads/AtomicIntegral.h"
 
@@ -26,9 +27,9 @@ public:
 	void CloneFrom(TrackMute const& inOther, FrameRate const& inFrameRate);
 
 	// Stands where the flag does at once, without a fade. Fades take 10 ms from then on.
-	void StartOver(FrameRate const& inFrameRate);
+	void StartOver(FrameRate const& inFrameRate) SONARO_NONBLOCKING;
 	// Reads the flag and fades towards it.
-	void Update() { mRamp.SetTargetGain(GetGain()); }
+	void Update() SONARO_NONBLOCKING { mRamp.SetTargetGain(GetGain()); }
 	// Whether nothing is heard any more.
 	bool IsComplete() const { return mRamp.HasConstantGainZero(); }
 	void Process(dsp::AudioBuffer& ioBuffer)

@@ -26,7 +26,7 @@ public:
 
 	// Routes at full level. An output that several inputs feed is their sum, one that none feeds is
 	// silent, and one beyond the layout is passed over.
-	void Process(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput) const;
+	void Process(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput) const SONARO_NONBLOCKING;
 
 private:
 	AudioChannelMatrix mMatrix;

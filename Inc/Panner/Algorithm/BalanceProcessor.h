@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/Nonblocking.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioBufferChannel.h"
 
@@ -19,14 +20,15 @@ public:
 	BalanceProcessor() = default;
 
 	// inPan: 0 left, 0.5 middle, 1 right.
-	void Process(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan);
+	void Process(
+		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan) SONARO_NONBLOCKING;
 
 private:
 	// A view of each channel of one side of a buffer, kept so that a call makes none.
 	using Views = std::array<dsp::AudioBufferChannel, kMaxPairs>;
 
-	void SetPan(float inPan);
-	void ProcessPairs(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
+	void SetPan(float inPan) SONARO_NONBLOCKING;
+	void ProcessPairs(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput) SONARO_NONBLOCKING;
 	void ProcessSide(dsp::AudioBufferChannel const& inInput, dsp::AudioBufferChannel& outOutput,
 		bool inIsCopied, float inScale);
 

@@ -27,7 +27,7 @@ public:
 	void CopyCoefficientsFrom(LowFrequencyFilter const& inOther);
 
 	// outOutput does not overlap the feed.
-	void Process(unsigned inFrames, LowFrequencyFeed const& inFeed, float* outOutput);
+	void Process(unsigned inFrames, LowFrequencyFeed const& inFeed, float* outOutput) SONARO_NONBLOCKING;
 
 private:
 	float mA1 = 0.0f;

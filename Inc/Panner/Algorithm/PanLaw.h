@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Sonaro/Nonblocking.h"
+
 namespace SN
 {
 
@@ -18,7 +20,7 @@ StereoGains GetEqualPowerGains(float inPan);
 
 // The gains of signals that have a side already: the side that is panned to keeps its level, the other one falls with
 // the sine of its share, and both are 1 in the middle.
-StereoGains GetSideKeepingGains(float inPan);
+StereoGains GetSideKeepingGains(float inPan) SONARO_NONBLOCKING;
 
 struct SurroundPosition
 {
@@ -40,9 +42,9 @@ struct SurroundGains
 };
 
 // The gains of one signal in the field: pairs of equal power in front and in the rear.
-SurroundGains GetMonoSurroundGains(SurroundPosition const& inPosition);
+SurroundGains GetMonoSurroundGains(SurroundPosition const& inPosition) SONARO_NONBLOCKING;
 
 // The gains of a left and a right signal, each on its side of the field: pairs that keep their side.
-SurroundGains GetStereoSurroundGains(SurroundPosition const& inPosition);
+SurroundGains GetStereoSurroundGains(SurroundPosition const& inPosition) SONARO_NONBLOCKING;
 
 } // namespace SN

@@ -27,10 +27,10 @@ public:
 	void Init(FrameRate const& inFrameRate);
 
 	// Works out new gains when the pan is another one and moves towards them.
-	void SetPan(float inPan);
+	void SetPan(float inPan) SONARO_NONBLOCKING;
 	// Stands at the gains of the pan at once.
-	void Jump(FrameRate const& inFrameRate);
-	void AdvanceWithoutProcessing(unsigned inFrames);
+	void Jump(FrameRate const& inFrameRate) SONARO_NONBLOCKING;
+	void AdvanceWithoutProcessing(unsigned inFrames) SONARO_NONBLOCKING;
 
 	dsp::GainRamp& GetLeft() { return mLeft; }
 	dsp::GainRamp& GetRight() { return mRight; }

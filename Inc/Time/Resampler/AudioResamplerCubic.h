@@ -12,7 +12,7 @@ class AudioResamplerCubic final : public InterpolatingResampler
 public:
 	AudioResamplerCubic();
 
-	unsigned GetInputSampleCount(unsigned inNumOutput) override;
+	unsigned GetInputSampleCount(unsigned inNumOutput) SONARO_NONBLOCKING override;
 
 private:
 	float InterpolateAt(Channel const& inChannel, double inPosition) const override;

@@ -12,7 +12,7 @@ public:
 	AudioResamplerLinear();
 
 	// Gives nearly 2^32 times the ratio for 0 outputs, as 0 - 1 wraps around.
-	unsigned GetInputSampleCount(unsigned inNumOutput) override;
+	unsigned GetInputSampleCount(unsigned inNumOutput) SONARO_NONBLOCKING override;
 
 private:
 	float InterpolateAt(Channel const& inChannel, double inPosition) const override;

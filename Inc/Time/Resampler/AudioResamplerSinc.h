@@ -28,13 +28,13 @@ public:
 	void Init(FrameRate const& inInputRate, FrameRate const& inOutputRate, unsigned inNumChannels,
 		bool inHighQuality) override;
 	void Reset() override;
-	bool SupportsFrameRateChange() override { return false; }
-	void SetFrameRates(FrameRate const&, FrameRate const&) override {}
+	bool SupportsFrameRateChange() SONARO_NONBLOCKING override { return false; }
+	void SetFrameRates(FrameRate const&, FrameRate const&) SONARO_NONBLOCKING override {}
 	// Multiplies by the same ratio as GetInputSampleCount does.
-	unsigned GetOutputSampleCount(unsigned inNumInput) override;
-	unsigned GetInputSampleCount(unsigned inNumOutput) override;
+	unsigned GetOutputSampleCount(unsigned inNumInput) SONARO_NONBLOCKING override;
+	unsigned GetInputSampleCount(unsigned inNumOutput) SONARO_NONBLOCKING override;
 	void Process(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, unsigned inNumInput,
-		unsigned inNumOutput) override;
+		unsigned inNumOutput) SONARO_NONBLOCKING override;
 
 private:
 	// Outputs that are worked out together.

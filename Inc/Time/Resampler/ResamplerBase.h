@@ -9,8 +9,8 @@ namespace SN
 class ResamplerBase : public Implements<ResamplerBase, IAudioResampler>
 {
 public:
-	FrameRate GetInputFrameRate() override { return mInputFrameRate; }
-	FrameRate GetOutputFrameRate() override { return mOutputFrameRate; }
+	FrameRate GetInputFrameRate() SONARO_NONBLOCKING override { return mInputFrameRate; }
+	FrameRate GetOutputFrameRate() SONARO_NONBLOCKING override { return mOutputFrameRate; }
 	InterfaceRef<IAudioResampler> GetSelfReference() override
 	{
 		return InterfaceRef<IAudioResampler>::FromThis(this);

@@ -1,0 +1,73 @@
+#!/usr/bin/env python3
+"""The engine's overrides of functions that the public headers mark with SONARO_NONBLOCKING have the mark, too.
+
+Usage: check_nonblocking.py PROJECT_FOLDER [--write]
+With --write, what is missing is added. Planted declarations are checked first.
+"""
+import re
+import sys
+from pathlib import Path
+
+MARK = "SONARO_NONBLOCKING"
+# A member function: its name, its parameters, and what stands between these and the body or the semicolon.
+FUNCTION = re.compile(r"\b(\w+)\(((?:[^()/]|\([^()]*\))*)\)([^;{}()/]*)(?=[;{])")
+
+
+def get_key(match):
+    """The name and the number of parameters."""
+    depth, count = 0, 1 if match[2].strip() else 0
+    for character in match[2]:
+        depth += (character in "<(") - (character in ">)")
+        count += character == "," and depth == 0
+    return match[1], count
+
+
+def find_marked(texts):
+    return {get_key(match) for text in texts for match in FUNCTION.finditer(text) if match[3].split()[:1] == [MARK]}
+
+
+def find_bare(marked, text):
+    return [match for match in FUNCTION.finditer(text)
+            if get_key(match) in marked and match[3].split()[-1:] == ["override"] and MARK not in match[3]]
+
+
+def mend(marked, text):
+    for match in reversed(find_bare(marked, text)):
+        at = match.start(3) + match[3].rindex("override")
+        text = f"{text[:at]}{MARK} {text[at:]}"
+    return text
+
+
+def check_planted():
+    marked = find_marked([f"virtual void Pull(A<B, C> const& inA, int inB) {MARK} = 0; virtual int Free() = 0;"])
+    assert marked == {("Pull", 2)}, marked
+    for text, mended in (
+            ("void Pull(A<B, C> const&, int) override;", f"void Pull(A<B, C> const&, int) {MARK} override;"),
+            ("void Pull(A const&,\n\tF()) override {}", f"void Pull(A const&,\n\tF()) {MARK} override {{}}"),
+            (f"void Pull(int, int) {MARK} override {{}}", None),
+            ("void Pull(int) override;", None),
+            ("void Run() { Pull(1, 2); }", None),
+            ("int Free() override;", None)):
+        assert mend(marked, text) == (mended or text), text
+
+
+def main():
+    check_planted()
+    root = Path(sys.argv[1])
+    public = sorted((root / "API").rglob("*.h"))
+    marked = find_marked(path.read_text() for path in public)
+    if len(marked) < 20:
+        sys.exit(f"only {len(marked)} functions of the public headers are marked")
+    bare = []
+    for path in public + sorted((root / "Inc").rglob("*.h")):
+        text = path.read_text()
+        if "--write" in sys.argv:
+            path.write_text(mend(marked, text))
+        else:
+            bare += [f"{path.relative_to(root)}: {match[1]} lacks {MARK}" for match in find_bare(marked, text)]
+    if bare:
+        sys.exit("\n".join(bare))
+    print(f"overrides of {len(marked)} functions have their mark")
+
+
+main()
