@@ -14,6 +14,16 @@ install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/LICENSES-OF-OT
 	DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 install(EXPORT SonaroTargets NAMESPACE Sonaro:: DESTINATION ${packageFolder})
+
+# The component Host: find_package(Sonaro COMPONENTS Host) gives Sonaro::SonaroHost.
+if(TARGET SonaroHost)
+	install(TARGETS SonaroHost EXPORT SonaroHostTargets
+		ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Host)
+	install(DIRECTORY ${PROJECT_SOURCE_DIR}/Host/Inc/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+		COMPONENT Host FILES_MATCHING PATTERN "*.h")
+	install(EXPORT SonaroHostTargets NAMESPACE Sonaro:: DESTINATION ${packageFolder} COMPONENT Host)
+	get_property(SONARO_HOST_PACKAGES GLOBAL PROPERTY SONARO_HOST_PACKAGES)
+endif()
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/SonaroConfig.cmake.in
 	${CMAKE_CURRENT_BINARY_DIR}/SonaroConfig.cmake INSTALL_DESTINATION ${packageFolder})
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/SonaroConfigVersion.cmake

@@ -1,16 +1,23 @@
 #!/usr/bin/env bash
-# Installs a build into a temporary folder and builds, links and runs a small project against it: once
-# through the CMake package, once through pkg-config.
-# Usage: check_installed.sh BUILD_FOLDER PROJECT_FOLDER COMPILER
+# Installs a build into a temporary folder and builds, links and runs the example hosts against it: that of the bare
+# engine through the CMake package and through pkg-config, that of SonaroHost through the package's component.
+# Usage: check_installed.sh BUILD_FOLDER EXAMPLES_FOLDER COMPILER
 set -euo pipefail
-build=$1 project=$2 compiler=$3
+build=$1 examples=$2 compiler=$3
+project=$examples/MinimalHost
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 cmake --install "$build" --prefix "$work/installed" > "$work/install.log"
 
-cmake -S "$project" -B "$work/package" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-	-DCMAKE_PREFIX_PATH="$work/installed" > "$work/configure.log"
+# configure PROJECT FOLDER [OPTION...]
+configure() {
+	cmake -S "$1" -B "$2" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/installed" \
+		"${@:3}" > "$work/configure.log" 2>&1
+}
+
+# The engine alone asks for nothing that SonaroHost needs, all of which pkg-config finds.
+configure "$project" "$work/package" -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=TRUE || { cat "$work/configure.log"; exit 1; }
 cmake --build "$work/package"
 "$work/package/minimal_host" "$work/package.wav"
 
@@ -36,6 +43,38 @@ for frame in range(96000):
             sys.exit(f"frame {frame}: {samples[2 * frame + channel]} instead of {expected}")
 EOF
 
-if [ -x "$work/installed/bin/sonaro" ]; then
-	"$work/installed/bin/sonaro" --version
+# What follows is there when the host was built.
+if [ ! -x "$work/installed/bin/sonaro" ]; then
+	exit 0
 fi
+"$work/installed/bin/sonaro" --version
+if configure "$examples/Sequence" "$work/lacking" -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=TRUE; then
+	echo "SonaroHost was found without what it is linked with"
+	exit 1
+fi
+configure "$examples/Sequence" "$work/sequence" || { cat "$work/configure.log"; exit 1; }
+cmake --build "$work/sequence"
+media=$examples/Media
+"$work/sequence/sequence" "$media/dialogue.flac" "$media/dialogue-reply.flac" "$media/music.flac" "$work/sequence.wav"
+"$work/installed/bin/sonaro" render "$media/dialogue.flac" -o "$work/dialogue.wav" --layout stereo > "$work/render.log"
+
+# What the example promises: the first line alone for 4 s, all ending after 9.5 s, and music to the end.
+python3 - "$work/sequence.wav" "$work/dialogue.wav" <<'EOF'
+import struct, sys
+
+def read(path):
+    data, at = open(path, "rb").read(), 12
+    while data[at:at + 4] != b"data":
+        at += 8 + struct.unpack_from("<I", data, at + 4)[0]
+    size = struct.unpack_from("<I", data, at + 4)[0]
+    return struct.unpack_from(f"<{size // 4}f", data, at + 8)
+
+mix, line = read(sys.argv[1]), read(sys.argv[2])
+first = 2 * 4 * 48000
+if len(mix) != 2 * 456000:
+    sys.exit(f"{len(mix) / 2} frames instead of 456000")
+if not any(line[:first]) or mix[:first] != line[:first]:
+    sys.exit("the first line is not what its file holds")
+if not any(left != right for left, right in zip(mix[-9600::2], mix[-9599::2])):
+    sys.exit("no music at the end")
+EOF

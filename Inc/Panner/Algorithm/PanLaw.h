@@ -16,7 +16,7 @@ struct StereoGains
 
 // The gains of one signal between two loudspeakers: equal power. inPan: 0 left, 0.5 middle, 1 right;
 // with x = (pi / 2) * pan the gains are cos x and sin x.
-StereoGains GetEqualPowerGains(float inPan);
+StereoGains GetEqualPowerGains(float inPan) SONARO_NONBLOCKING;
 
 // The gains of signals that have a side already: the side that is panned to keeps its level, the other one falls with
 // the sine of its share, and both are 1 in the middle.
