@@ -62,10 +62,10 @@ LowFrequencyFeed AudioPannerStereoTo51::GetFeed(dsp::AudioBuffer const& inInput)
 {
 	if (GetX() != mLfeX)
 	{
-		constexpr float kHalfPi = 0.5f * VX::kPi;
+		constexpr float kQuarterTurn = 0.5f * VX::kPi;
 		mLfeX = GetX();
-		mLfeLeftGain = std::cos(kHalfPi * mLfeX);
-		mLfeRightGain = std::sin(kHalfPi * mLfeX);
+		mLfeLeftGain = std::cos(kQuarterTurn * mLfeX);
+		mLfeRightGain = std::sin(kQuarterTurn * mLfeX);
 	}
 	return {inInput.GetChannel(0), inInput.GetChannel(1), mLfeLeftGain, mLfeRightGain};
 }

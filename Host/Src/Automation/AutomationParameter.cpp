@@ -39,8 +39,8 @@ AutomationParameter<T>::State::State(boost::shared_ptr<Control> inControl, Curve
 
 template <class T>
 AutomationParameter<T>::AutomationParameter(
-	boost::shared_ptr<VX::ParamValueBase> const& inControl, Curve inCurve)
-	: mState(std::make_unique<State const>(CheckControl(inControl), CheckCurve(std::move(inCurve)), false))
+	boost::shared_ptr<VX::ParamValueBase> const& inControl, Curve const& inCurve)
+	: mState(std::make_unique<State const>(CheckControl(inControl), CheckCurve(inCurve), false))
 {
 }
 
@@ -52,9 +52,9 @@ SN::InterfaceRef<AutomationParameter<T>> AutomationParameter<T>::Create(T inValu
 }
 
 template <class T>
-void AutomationParameter<T>::SetCurve(Curve inCurve)
+void AutomationParameter<T>::SetCurve(Curve const& inCurve)
 {
-	Curve const curve = CheckCurve(std::move(inCurve));
+	Curve const curve = CheckCurve(inCurve);
 	mState.Replace(
 		[&](State const& inOld) { return std::make_unique<State const>(inOld.mControl, curve, true); });
 }
@@ -129,7 +129,7 @@ boost::shared_ptr<typename AutomationParameter<T>::Control> AutomationParameter<
 }
 
 template <class T>
-typename AutomationParameter<T>::Curve AutomationParameter<T>::CheckCurve(Curve inCurve)
+typename AutomationParameter<T>::Curve AutomationParameter<T>::CheckCurve(Curve const& inCurve)
 {
 	if (std::is_same_v<T, bool> && inCurve && !inCurve->HoldsOnly())
 	{

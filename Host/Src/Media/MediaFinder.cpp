@@ -198,6 +198,7 @@ std::vector<MediaFinder::Place> MediaFinder::ListSounds(std::string_view inUrl) 
 std::vector<MediaFinder::Place> MediaFinder::ListOwn(std::vector<std::filesystem::path> const& inPaths) const
 {
 	std::vector<Place> places;
+	places.reserve(inPaths.size());
 	for (std::filesystem::path const& path : inPaths)
 	{
 		// The folder of an absolute path is its root.

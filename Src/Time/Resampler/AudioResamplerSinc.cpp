@@ -87,7 +87,8 @@ unsigned AudioResamplerSinc::GetInputSampleCount(unsigned inNumOutput)
 	{
 		mIsFirstBlock = false;
 		auto const primed = mRingSize - 1 + needed + mRefillBlock;
-		return ToCount(static_cast<double>(primed / mRefillBlock * mRefillBlock));
+		auto const whole = primed / mRefillBlock * mRefillBlock;
+		return ToCount(static_cast<double>(whole));
 	}
 	return mOverflowCount < inNumOutput ? ToCount(static_cast<double>(needed)) : 0;
 }

@@ -33,7 +33,8 @@ public:
 	using Curve = std::shared_ptr<AutomationCurve const>;
 
 	// Throws a HostError like ReplaceControl and SetCurve. No curve is one without points.
-	explicit AutomationParameter(boost::shared_ptr<VX::ParamValueBase> const& inControl, Curve inCurve = {});
+	explicit AutomationParameter(
+		boost::shared_ptr<VX::ParamValueBase> const& inControl, Curve const& inCurve = {});
 
 	class Reading;
 
@@ -41,7 +42,7 @@ public:
 	static SN::InterfaceRef<AutomationParameter> Create(T inValue);
 
 	// Throws a HostError when a boolean parameter gets a curve that moves.
-	void SetCurve(Curve inCurve);
+	void SetCurve(Curve const& inCurve);
 
 	// A parameter like this one at present, that edits of this one do not reach.
 	SN::InterfaceRef<AutomationParameter> Detach() const;
@@ -79,7 +80,7 @@ private:
 	using Reader = typename PublishedState<State>::Reader;
 
 	static boost::shared_ptr<Control> CheckControl(boost::shared_ptr<VX::ParamValueBase> const& inControl);
-	static Curve CheckCurve(Curve inCurve);
+	static Curve CheckCurve(Curve const& inCurve);
 	// The segment of a curve with points, by the cache where that covers the time, and into it.
 	static std::size_t FindSegment(
 		State const& inState, SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache);
