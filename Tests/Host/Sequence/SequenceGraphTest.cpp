@@ -1,13 +1,13 @@
-// Whole sequences whose branches have latencies of their own, against what is to be heard of them: samples
-// are whole numbers and all gains powers of two, so that sums are exact and one sample astray shows.
+// What the graph of a sequence does beside its sound, and the sound where no naive renderer follows: items that are
+// resampled, live edits, effects whose parameters are stepped. RandomSequenceTest.cpp has all the rest.
 
 #include "SonaroHost/Sequence/SequenceGraph.h"
+#include "Host/Refusal.h"
 #include "MemoryMedia.h"
 #include "Sonaro/IAudioMeterSetter.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Prefetcher.h"
-#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "Support/Pull.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -26,8 +26,10 @@ namespace SonaroHost::Sequence::Testing
 namespace
 {
 
+using SN::Testing::At;
 using SN::Testing::k48000Hz;
 using SN::Testing::Samples;
+using SonaroHost::Testing::GetRefusalOf;
 
 // How a sequence is rendered.
 struct Rendering
@@ -36,60 +38,25 @@ struct Rendering
 	unsigned mFrames = 0;
 	bool mIsPlayback = false;
 	SN::Testing::BlockSizes mBlocks = SN::Testing::BlocksOf(256);
-	// With a length, playback goes round from its end to its start.
-	std::int64_t mLoopFirst = 0;
-	std::int64_t mLoopEnd = 0;
 };
-
-SN::TickTime Frames(std::int64_t inFrames)
-{
-	return {inFrames, k48000Hz};
-}
-
-// In mono or stereo.
-Samples PullAll(SequenceGraph const& inGraph, Rendering const& inRendering)
-{
-	Samples result(inGraph.GetLayout().size());
-	bool const isLooping = inRendering.mLoopEnd > 0;
-	std::int64_t frame = inRendering.mFirstFrame;
-	inGraph.GetGenerator()->Preroll(Frames(frame), false);
-	for (std::int64_t remaining = inRendering.mFrames; remaining > 0;)
-	{
-		std::int64_t count = std::min<std::int64_t>(inRendering.mBlocks(), remaining);
-		count = isLooping ? std::min(count, inRendering.mLoopEnd - frame) : count;
-		dsp::AudioBuffer block(result.size(), static_cast<unsigned>(count));
-		inGraph.GetGenerator()->GetAudioData(Frames(frame), block, false);
-		for (std::size_t channel = 0; channel < result.size(); ++channel)
-		{
-			bool const isSilent = block.IsChannelSilent(channel);
-			result[channel].resize(result[channel].size() + block.GetUseSize());
-			std::copy_n(block.GetChannel(channel), isSilent ? 0 : count, result[channel].end() - count);
-		}
-		remaining -= count;
-		frame += count;
-		frame = isLooping && frame == inRendering.mLoopEnd ? inRendering.mLoopFirst : frame;
-	}
-	return result;
-}
 
 Samples Render(Description const& inDescription, Rendering const& inRendering)
 {
 	SN::Prefetcher prefetcher;
-	prefetcher.mStart = Frames(inRendering.mLoopFirst);
-	prefetcher.mEnd = Frames(inRendering.mLoopEnd);
-	prefetcher.mLoopEnabled = inRendering.mLoopEnd > 0;
-	RenderContextScope const context(
-		256, SN::kTimeMax, SN::ImmutableString("test"), inRendering.mIsPlayback ? &prefetcher : nullptr);
-	SequenceGraph const graph(
-		inDescription, context.Get(), k48000Hz, inRendering.mIsPlayback ? &prefetcher : nullptr);
-	graph.GetGenerator()->InitializeAudioFilters();
-	Samples const result = PullAll(graph, inRendering);
-	graph.GetGenerator()->ShutdownAudioFilters();
+	SN::Prefetcher* const playback = inRendering.mIsPlayback ? &prefetcher : nullptr;
+	RenderContextScope const context(256, SN::kTimeMax, SN::ImmutableString("test"), playback);
+	SequenceGraph const graph(inDescription, context.Get(), k48000Hz, playback);
+	SN::IAudioGenerator& generator = *graph.GetGenerator();
+	generator.InitializeAudioFilters();
+	generator.Preroll(At(inRendering.mFirstFrame), false);
+	Samples const result = SN::Testing::Pull(generator,
+		{inRendering.mFirstFrame, inRendering.mFrames, static_cast<unsigned>(graph.GetLayout().size())},
+		inRendering.mBlocks);
+	generator.ShutdownAudioFilters();
 	return result;
 }
 
 constexpr std::int64_t kMediaFrames = 20000;
-constexpr unsigned kFrames = 6000;
 
 // Never 0 within the recording.
 float Noise(std::int64_t inFrame)
@@ -118,8 +85,8 @@ Item MakeClip(std::int64_t inFirst, std::int64_t inEnd, std::int64_t inMediaFram
 {
 	Item item;
 	item.mName = "clip";
-	item.mStart = Frames(inFirst);
-	item.mEnd = Frames(inEnd);
+	item.mStart = At(inFirst);
+	item.mEnd = At(inEnd);
 	static auto const sNoise = MakeMedia(48000, &Noise);
 	item.mContent = Clip{sNoise, inMediaFrame, {}};
 	if (inLatency > 0)
@@ -172,107 +139,13 @@ Description MakeSequence(
 	return description;
 }
 
-// The two clips that every track below plays: from 500 on, and from 3000 on.
-std::vector<Item> MakeClips(std::int64_t inLatency = 0)
-{
-	return {MakeClip(500, 2000, 100, inLatency), MakeClip(3000, 5000, 4000, inLatency)};
-}
-
-float GetClips(std::int64_t inFrame)
-{
-	return inFrame >= 500 && inFrame < 2000    ? Noise(inFrame - 400)
-		   : inFrame >= 3000 && inFrame < 5000 ? Noise(inFrame + 1000)
-											   : 0.0f;
-}
-
 Item MakeNest(std::shared_ptr<Description const> const& inSequence, std::int64_t inFirst, std::int64_t inEnd,
 	std::int64_t inStart, std::int64_t inLatency = 0)
 {
 	Item item = MakeClip(inFirst, inEnd, 0, inLatency);
 	item.mName = "nest";
-	item.mContent = Nest{inSequence, Frames(inStart)};
+	item.mContent = Nest{inSequence, At(inStart)};
 	return item;
-}
-
-// The same sequence within so many others, the clips in their place in every one.
-Description NestDeep(Description const& inInnermost, int inDepth, std::int64_t inItemLatency)
-{
-	Description description = inInnermost;
-	for (int depth = 0; depth < inDepth; ++depth)
-	{
-		auto const inner = std::make_shared<Description const>(std::move(description));
-		description = MakeSequence(
-			{MakeTrack({MakeNest(inner, 0, 7000, 0, inItemLatency)}, {Late(5)}), MakeTrack({}, {Late(77)})});
-	}
-	return description;
-}
-
-struct Branches
-{
-	char const* mName;
-	Description mDescription;
-	// Of the clips.
-	float mGain = 1.0f;
-};
-
-std::vector<Branches> MakeBranches(std::int64_t inItemLatency)
-{
-	auto const clips = MakeClips(inItemLatency);
-	Description const sends = MakeSequence({MakeTrack(clips, {SendTo(0), Late(300), SendTo(1), Late(40)}),
-											   MakeTrack(clips, {Late(7), SendTo(0)})},
-		{MakeSubmix({Late(90), SendTo(1)}), MakeSubmix({Late(11)})}, {Late(3)});
-	Track const toSends = MakeTrack(clips, {Late(9), SendTo(0)}, {Output::Kind::eNone, 0});
-	return {
-		{"plain", MakeSequence({MakeTrack(clips)}), 1},
-		{"tracks",
-			MakeSequence({MakeTrack(clips, {Late(1)}), MakeTrack(clips, {Late(700)}), MakeTrack(clips)}), 3},
-		{"submixes",
-			MakeSequence({MakeTrack(clips, {Late(3)}, ToSubmix(1)), MakeTrack(clips),
-							 MakeTrack(clips, {}, ToSubmix(0))},
-				{MakeSubmix({Late(20)}), MakeSubmix({Late(200)}, ToSubmix(0))}, {Late(64)}),
-			3},
-		// To the master twice; to submix 0 twice and from there to the master and to submix 1, to which the
-		// first track sends too.
-		{"sends", sends, 2 + 2 + 2 + 1},
-		{"sends alone", MakeSequence({toSends, MakeTrack(clips, {Late(1000)})}, {MakeSubmix({})}), 2},
-		{"nested", NestDeep(MakeSequence({MakeTrack(clips)}), 3, 0), 1},
-		{"nested sends", NestDeep(sends, 2, 0), 7},
-	};
-}
-
-void ExpectClips(Samples const& inSamples, std::int64_t inFirstFrame, float inGain)
-{
-	Samples expected(1);
-	for (std::size_t frame = 0; frame < inSamples[0].size(); ++frame)
-	{
-		expected[0].push_back(inGain * GetClips(inFirstFrame + static_cast<std::int64_t>(frame)));
-	}
-	EXPECT_EQ(SN::Testing::DescribeDifference(inSamples, expected), "");
-}
-
-TEST(SequenceGraph, EveryBranchArrivesAtItsNominalSample)
-{
-	for (std::int64_t const itemLatency : {0, 150})
-	{
-		for (Branches const& branches : MakeBranches(itemLatency))
-		{
-			// From the start, and from within a clip.
-			for (std::int64_t const first : {0, 1003})
-			{
-				for (unsigned const block : {0u, 1u, 256u})
-				{
-					SCOPED_TRACE(testing::Message()
-								 << branches.mName << ", items " << itemLatency << ", from " << first);
-					auto const blocks =
-						block == 0 ? SN::Testing::RandomBlocks(1, 256) : SN::Testing::BlocksOf(block);
-					ExpectClips(Render(branches.mDescription, {first, kFrames, false, blocks}), first,
-						branches.mGain);
-					ExpectClips(
-						Render(branches.mDescription, {first, kFrames, true, blocks}), first, branches.mGain);
-				}
-			}
-		}
-	}
 }
 
 // The samples of the recordings are their own frames, so that what is heard tells where it was read.
@@ -307,7 +180,7 @@ TEST(SequenceGraph, ResampledItemsAreReadWhereTheyShould)
 			whole.mContent = Clip{ramp, 0, {}};
 			auto const nested = std::make_shared<Description const>(
 				MakeSequence({MakeTrack({whole}, {Late(200)}), MakeTrack({}, {Late(300)})}));
-			item.mContent = Nest{nested, Frames(9000)};
+			item.mContent = Nest{nested, At(9000)};
 		}
 		double const step = test.mSpeed * test.mSampleRate / 48000;
 		for (bool const isPlayback : {false, true})
@@ -324,101 +197,6 @@ TEST(SequenceGraph, ResampledItemsAreReadWhereTheyShould)
 			}
 			// A latency is a whole number of the item's frames, each of which counts so much of the content.
 			EXPECT_LT(largest, test.mLatency > 0 && test.mSpeed != -1.0 ? 1.01 : 0.05);
-		}
-	}
-}
-
-// Moves, holds and jumps, from an origin on.
-NumberParameter MakeCurve(std::int64_t inOrigin)
-{
-	auto const parameter = AutomationParameter<float>::Create(1.0f);
-	parameter->SetCurve(std::make_shared<AutomationCurve const>(
-		std::vector<AutomationPoint>{{Frames(inOrigin + 700), 1.0, Interpolation::eLinear},
-			{Frames(inOrigin + 1500), 0.25, Interpolation::eHold},
-			{Frames(inOrigin + 3300), 0.75, Interpolation::eSmooth},
-			{Frames(inOrigin + 4400), 0.0, Interpolation::eHold}}));
-	return parameter;
-}
-
-// A curve everywhere that one can stand, each behind latent effects. inLatency: whole control blocks.
-Description MakeAutomated(std::int64_t inLatency)
-{
-	auto const clip = [&]
-	{
-		Item item = MakeClip(500, 5500, 100, inLatency);
-		item.mChain.mStages.emplace_back(Fader{MakeCurve(-500), {}});
-		return item;
-	};
-	Fader const fader{MakeCurve(0), {}};
-	Track const toSubmix = MakeTrack({clip()}, {Late(inLatency), Send{0, fader, {}}, fader}, ToSubmix(0));
-	Track panned = MakeTrack({clip()}, {Late(inLatency), Late(inLatency)});
-	panned.mChain.mPan = MakeCurve(100);
-	Description description =
-		MakeSequence({toSubmix, panned}, {MakeSubmix({Late(inLatency), fader})}, {Late(inLatency), fader});
-	description.mLayout = zorvmediatypes::CreateStereoChannelLayout();
-	return description;
-}
-
-TEST(SequenceGraph, CurvesAreDelayedWithTheirSound)
-{
-	Rendering const rendering{0, kFrames};
-	Samples const expected = Render(MakeAutomated(0), rendering);
-	EXPECT_NE(expected[0][2500], 0.0f);
-	for (std::int64_t const latency : {kControlInterval, 10 * kControlInterval})
-	{
-		Samples const samples = Render(MakeAutomated(latency), rendering);
-		EXPECT_EQ(SN::Testing::DescribeDifference(samples, expected), "") << latency;
-	}
-}
-
-TEST(SequenceGraph, LoopsComeRoundWithoutASeam)
-{
-	for (Branches const& branches : MakeBranches(0))
-	{
-		for (unsigned const seed : {1u, 2u})
-		{
-			SCOPED_TRACE(branches.mName);
-			Rendering rendering{1000, 3 * 3000, true, SN::Testing::RandomBlocks(seed, 256)};
-			rendering.mLoopFirst = 1000;
-			rendering.mLoopEnd = 4000;
-			Samples const samples = Render(branches.mDescription, rendering);
-			for (std::ptrdiff_t pass = 0; pass < 3; ++pass)
-			{
-				auto const begin = samples[0].begin() + pass * 3000;
-				ExpectClips({{begin, begin + 3000}}, 1000, branches.mGain);
-			}
-		}
-	}
-}
-
-// Cloned or built anew, under any item.
-TEST(SequenceGraph, EachInstanceOfASequenceKeepsItsOwnTime)
-{
-	std::vector<Branches> all = MakeBranches(0);
-	all.push_back({"latent items", MakeSequence({MakeTrack(MakeClips(60), {Late(8)})}, {}, {Late(31)}), 1});
-	for (Branches const& branches : all)
-	{
-		auto const nested = std::make_shared<Description const>(branches.mDescription);
-		std::vector<Track> tracks;
-		for (std::int64_t instance = 0; instance < 5; ++instance)
-		{
-			tracks.push_back(MakeTrack({MakeNest(nested, instance * 100, 2500, 0, instance),
-				MakeNest(nested, 2500, 5500, 2500 - instance * 100)}));
-		}
-		for (bool const isPlayback : {false, true})
-		{
-			SCOPED_TRACE(std::string(branches.mName) + (isPlayback ? ", playback" : ""));
-			Samples const samples = Render(MakeSequence(tracks), {0, 5500, isPlayback});
-			Samples expected(1, std::vector<float>(5500));
-			for (std::int64_t frame = 0; frame < 5500; ++frame)
-			{
-				for (std::int64_t instance = 0; instance < 5; ++instance)
-				{
-					expected[0][static_cast<std::size_t>(frame)] +=
-						branches.mGain * GetClips(frame - instance * 100);
-				}
-			}
-			EXPECT_EQ(SN::Testing::DescribeDifference(samples, expected), "");
 		}
 	}
 }
@@ -442,7 +220,7 @@ public:
 	std::vector<float> Play(unsigned inFrames)
 	{
 		dsp::AudioBuffer block(mGraph.GetLayout().size(), inFrames);
-		mGraph.GetGenerator()->GetAudioData(Frames(mFrame), block, false);
+		mGraph.GetGenerator()->GetAudioData(At(mFrame), block, false);
 		mFrame += inFrames;
 		return block.IsChannelSilent(0)
 				   ? std::vector<float>(inFrames)
@@ -642,20 +420,6 @@ TEST(SequenceGraph, MetersOnAnyLevelHearNothingOfWhatOnlySettles)
 	EXPECT_EQ(inner->mFrames, 1000);
 }
 
-std::string GetRefusal(Description const& inDescription)
-{
-	try
-	{
-		Render(inDescription, {0, 1});
-	}
-	catch (HostError const& error)
-	{
-		EXPECT_EQ(error.GetKind(), HostError::Kind::eRequest);
-		return error.what();
-	}
-	return "none";
-}
-
 TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
 {
 	auto const name = [](auto inNamed, char const* inName)
@@ -666,9 +430,9 @@ TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
 	auto const clip = name(MakeClip(0, 100, 0), "take 1");
 	Track crossfaded = MakeTrack({clip, MakeClip(100, 200, 0)});
 	Track faded = crossfaded;
-	crossfaded.mCrossfades = {{0, Frames(101), Frames(0)}};
-	faded.mCrossfades = {{0, Frames(10), Frames(10)}};
-	faded.mItems[0].mFadeOut.mLength = Frames(5);
+	crossfaded.mCrossfades = {{0, At(101), At(0)}};
+	faded.mCrossfades = {{0, At(10), At(10)}};
+	faded.mItems[0].mFadeOut.mLength = At(5);
 	Item fast = clip;
 	fast.mSpeed = 2000;
 	auto const own = std::make_shared<Description>(MakeSequence({}));
@@ -692,7 +456,12 @@ TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
 	};
 	for (auto const& [description, message] : cases)
 	{
-		EXPECT_EQ(GetRefusal(description).substr(0, message.size()), message);
+		std::string const refusal = GetRefusalOf(
+			[&] {
+				Render(description, {0, 1});
+			},
+			HostError::Kind::eRequest);
+		EXPECT_EQ(refusal.substr(0, message.size()), message);
 	}
 	// It holds itself.
 	own->mTracks.clear();
