@@ -1,6 +1,6 @@
 #include "SonaroHost/Automation/AutomationCurve.h"
 
-#include "SonaroHost/Base/HostError.h"
+#include "Host/Refusal.h"
 
 #include <gmock/gmock.h>
 
@@ -270,16 +270,9 @@ TEST(AutomationCurve, RefusesPointsThatAreNone)
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(&test - cases);
-		try
-		{
-			AutomationCurve const curve({{SN::kTimeZero, 0.0}, test.mPoint}, test.mScale);
-			ADD_FAILURE() << "it was not refused";
-		}
-		catch (HostError const& error)
-		{
-			EXPECT_EQ(error.GetKind(), HostError::Kind::eRequest);
-			EXPECT_THAT(error.what(), HasSubstr(test.mReason));
-		}
+		std::vector<AutomationPoint> const points{{SN::kTimeZero, 0.0}, test.mPoint};
+		EXPECT_THAT(GetRefusalOf([&] { AutomationCurve(points, test.mScale); }, HostError::Kind::eRequest),
+			HasSubstr(test.mReason));
 	}
 }
 

@@ -1,5 +1,6 @@
 #include "SonaroHost/Render/ClipRenderJob.h"
 
+#include "Host/Refusal.h"
 #include "Media.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
@@ -38,17 +39,7 @@ protected:
 
 	void ExpectRefusal(ClipRenderRequest const& inRequest, HostError::Kind inKind, char const* inReason)
 	{
-		SCOPED_TRACE(inReason);
-		try
-		{
-			ClipRenderJob(inRequest).Run();
-			ADD_FAILURE() << "it was not refused";
-		}
-		catch (HostError const& error)
-		{
-			EXPECT_EQ(error.GetKind(), inKind);
-			EXPECT_THAT(error.what(), HasSubstr(inReason));
-		}
+		EXPECT_THAT(GetRefusalOf([&] { ClipRenderJob(inRequest).Run(); }, inKind), HasSubstr(inReason));
 	}
 
 	TemporaryFolder mFolder;

@@ -1,5 +1,6 @@
 // Renders of clips on a track: one or several, with fades, speeds and rates.
 
+#include "Host/Refusal.h"
 #include "Media.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
@@ -64,17 +65,7 @@ protected:
 
 	void ExpectRefusal(ClipRenderRequest const& inRequest, char const* inReason)
 	{
-		SCOPED_TRACE(inReason);
-		try
-		{
-			ClipRenderJob{inRequest};
-			ADD_FAILURE() << "it was not refused";
-		}
-		catch (HostError const& error)
-		{
-			EXPECT_EQ(error.GetKind(), HostError::Kind::eRequest);
-			EXPECT_THAT(error.what(), HasSubstr(inReason));
-		}
+		EXPECT_THAT(GetRefusalOf([&] { ClipRenderJob{inRequest}; }, HostError::Kind::eRequest), HasSubstr(inReason));
 	}
 
 	TemporaryFolder mFolder;

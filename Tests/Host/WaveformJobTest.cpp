@@ -1,5 +1,6 @@
 #include "SonaroHost/Render/WaveformJob.h"
 
+#include "Host/Refusal.h"
 #include "Media.h"
 #include "Sonaro/AudioWaveformQueue.h"
 #include "SonaroHost/Base/HostError.h"
@@ -275,16 +276,7 @@ TEST_F(WaveformJobTest, WhatCannotBeIsRefused)
 		SCOPED_TRACE(test.mReason);
 		WaveformRequest request = MakeRequest(WaveformFormat::ePng);
 		test.mChange(request);
-		try
-		{
-			WaveformJob const job(request);
-			ADD_FAILURE() << "it was not refused";
-		}
-		catch (HostError const& error)
-		{
-			EXPECT_EQ(error.GetKind(), HostError::Kind::eRequest);
-			EXPECT_THAT(error.what(), HasSubstr(test.mReason));
-		}
+		EXPECT_THAT(GetRefusalOf([&] { WaveformJob{request}; }, HostError::Kind::eRequest), HasSubstr(test.mReason));
 	}
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav"));
 }
