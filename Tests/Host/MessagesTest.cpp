@@ -1,15 +1,17 @@
 // What the program says, run as a shell runs it: refusals, what is wrong with a command line, names from files.
 
-#include "Media.h"
 #include "ProgramRun.h"
+#include "TimelineJson.h"
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <set>
 #include <sstream>
+#include <tuple>
+#include <utility>
 
 namespace SonaroHost::Testing
 {
@@ -18,58 +20,17 @@ namespace
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using Json = nlohmann::json;
-using Words = std::vector<std::string>;
-
 constexpr int kRate = 48000;
-
-// Frames at 25 a second.
-std::string Range(long long inStart, long long inLength)
-{
-	auto const time = [](long long inValue)
-	{ return R"({"OTIO_SCHEMA": "RationalTime.1", "rate": 25, "value": )" + std::to_string(inValue) + "}"; };
-	return R"({"OTIO_SCHEMA": "TimeRange.1", "start_time": )" + time(inStart) + R"(, "duration": )" +
-		   time(inLength) + "}";
-}
-
-std::string Object(std::string const& inSchema, std::string const& inKeys)
-{
-	return R"({"OTIO_SCHEMA": ")" + inSchema + "\"" + (inKeys.empty() ? "" : ", " + inKeys) + "}";
-}
-
-std::string Clip(std::string const& inName, std::string const& inMedia, long long inLength = 25)
-{
-	return Object("Clip.1", "\"name\": " + Json(inName).dump() + ", \"source_range\": " + Range(0, inLength) +
-								", \"media_reference\": " +
-								Object("ExternalReference.1", "\"target_url\": " + Json(inMedia).dump()));
-}
-
-std::string Children(std::string const& inChildren)
-{
-	return "\"children\": [" + inChildren + "]";
-}
-
-std::string Track(std::string const& inName, std::string const& inChildren, std::string const& inKeys = {})
-{
-	return Object("Track.1",
-		"\"kind\": \"Audio\", \"name\": " + Json(inName).dump() + ", " + Children(inChildren) + inKeys);
-}
-
-std::string Timeline(std::string const& inTracks, std::string const& inKeys = {})
-{
-	return Object(
-		"Timeline.1", "\"name\": \"test\", \"tracks\": " + Object("Stack.1", Children(inTracks) + inKeys));
-}
 
 // A clip within so many nested stacks, each alone on a track of the one around it.
 std::string Nested(std::size_t inLevels)
 {
-	std::string content = Clip("deep", "tone.wav");
+	Json content = Clip("deep", "tone.wav");
 	for (std::size_t level = 0; level < inLevels; ++level)
 	{
-		content = Object("Stack.1", Children(Track("", content)));
+		content = Stack({Track("", {content})});
 	}
-	return Timeline(Track("A1", content));
+	return Timeline({Track("A1", {content})}).dump();
 }
 
 std::string Repeat(std::string const& inText, std::size_t inCount)
@@ -82,24 +43,14 @@ std::string Repeat(std::string const& inText, std::size_t inCount)
 	return text;
 }
 
-class MessagesTest : public testing::Test
+class MessagesTest : public ProgramTest
 {
 protected:
 	void SetUp() override
 	{
 		WriteSound(mFolder / "tone.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, kRate, 2 * kRate));
-		WriteBytes(mFolder / "edit.otio", Timeline(Track("A1", Clip("one", "tone.wav"))));
+		WriteBytes(mFolder / "edit.otio", Timeline({Track("A1", {Clip("one", "tone.wav")})}).dump());
 	}
-
-	ProgramResult Run(Words const& inArguments)
-	{
-		ProgramStart start;
-		start.mArguments = inArguments;
-		start.mFolder = mFolder.Get().string();
-		return RunProgram(SONARO_COMMAND, start);
-	}
-
-	TemporaryFolder mFolder;
 };
 
 TEST_F(MessagesTest, EveryCommandRefusesWithFilePlaceAndOne)
@@ -111,20 +62,19 @@ TEST_F(MessagesTest, EveryCommandRefusesWithFilePlaceAndOne)
 		std::string mPlace;
 		std::string mReason;
 	};
-	constexpr long long kFiftyHours = 50LL * 3600 * 25;
+	constexpr double kFiftyHours = 50.0 * 3600.0;
 	Case const cases[] = {
 		// Found by the reader.
 		{"{\n\"a\": }", ", line 2, column 6: ", ""},
-		{Object("Clip.1", ""), ": ", "only a Timeline"},
-		{Timeline(Track("A1", Clip("c", "tone.wav", -1))),
+		{Json({{"OTIO_SCHEMA", "Clip.1"}}).dump(), ": ", "only a Timeline"},
+		{Timeline({Track("A1", {Clip("c", "tone.wav", 0.0, -0.04)})}).dump(),
 			", /tracks/children/0/children/0/source_range/duration", "must not be negative"},
-		{Timeline(Track("A1", "", R"(, "metadata": {"sonaro": {"output": "gone"}})")),
+		{Timeline({WithSettings(Track("A1", {}), {{"output", "gone"}})}).dump(),
 			", /tracks/children/0/metadata/sonaro/output: ", "no submix of that name"},
 		// Found when it is laid out.
-		{Timeline(""), ", /tracks: ", "has no length"},
+		{Timeline({}).dump(), ", /tracks: ", "has no length"},
 		// Found when the graph is built.
-		{Timeline(Track("A1",
-			 Object("Gap.1", "\"source_range\": " + Range(0, kFiftyHours)) + "," + Clip("c", "tone.wav"))),
+		{Timeline({Track("A1", {Gap(kFiftyHours), Clip("c", "tone.wav")})}).dump(),
 			", /tracks/children/0/children/1: ", "track 'A1', item 'c': it ends beyond 50 hours; "},
 		{Nested(64), ", /tracks/children/0/children/0/children/0/", "nested deeper than 64 levels; "},
 	};
@@ -163,46 +113,27 @@ TEST_F(MessagesTest, TheDeepestThatIsRenderedHasOneLevelLess)
 
 TEST_F(MessagesTest, AWrongWordNamesTheNearestRightOne)
 {
-	struct Case
-	{
-		Words mWords;
-		std::string mMessage;
-	};
-	Case const cases[] = {
-		{{"render", "a.otio", "--reprot", "x.json"}, "there is no option '--reprot'; did you mean --report?"},
-		{{"render", "a.otio", "-o", "x.wav", "--normalise=-16"}, "did you mean --normalize?"},
-		{{"render", "a.wav", "--outptu", "x.wav"}, "there is no option '--outptu'; did you mean --output?"},
-		{{"render", "a.wav", "-o", "x.wav", "--over"},
-			"there is no option '--over' (see sonaro render --help)"},
-		{{"render", "a.wav", "-o", "x.wav", "--limit"}, "did you mean --limit-dbtp?"},
-		{{"waveform", "a.wav", "--heigth", "9"}, "did you mean --height? (see sonaro waveform --help)"},
-		{{"graph", "a.otio", "--meida", "."}, "did you mean --media?"},
-		{{"info", "a.wav", "--jsno"}, "did you mean --json?"},
-		{{"info", "a.wav", "--colour\x1b[31m"}, R"(there is no option '--colour\x1b[31m' (see)"},
-		{{"rendr", "a.wav"}, "there is no command 'rendr'; did you mean render?"},
-		{{"inof"}, "did you mean info?"},
-		{{"edit.otio"}, "there is no command 'edit.otio' (see sonaro --help)"},
-		{{"--verison"}, "there is no option '--verison'; did you mean --version?"},
-		{{}, "give a command (see sonaro --help)"},
-	};
-	for (Case const& test : cases)
-	{
-		SCOPED_TRACE(testing::PrintToString(test.mWords));
-		ProgramResult const result = Run(test.mWords);
-		EXPECT_EQ(result.mExitCode, 2);
-		EXPECT_THAT(result.mErrors, HasSubstr(test.mMessage));
-	}
+	ExpectRefusals({
+		{2, {"render", "a.otio", "--reprot", "x.json"}, {"no option '--reprot'; did you mean --report?"}},
+		{2, {"render", "a.otio", "-o", "x.wav", "--normalise=-16"}, {"did you mean --normalize?"}},
+		{2, {"render", "a.wav", "--outptu", "x.wav"}, {"no option '--outptu'; did you mean --output?"}},
+		{2, {"render", "a.wav", "-o", "x.wav", "--over"}, {"no option '--over' (see sonaro render --help)"}},
+		{2, {"render", "a.wav", "-o", "x.wav", "--limit"}, {"did you mean --limit-dbtp?"}},
+		{2, {"waveform", "a.wav", "--heigth", "9"}, {"did you mean --height? (see sonaro waveform --help)"}},
+		{2, {"graph", "a.otio", "--meida", "."}, {"did you mean --media?"}},
+		{2, {"info", "a.wav", "--jsno"}, {"did you mean --json?"}},
+		{2, {"info", "a.wav", "--colour\x1b[31m"}, {R"(there is no option '--colour\x1b[31m' (see)"}},
+		{2, {"rendr", "a.wav"}, {"there is no command 'rendr'; did you mean render?"}},
+		{2, {"inof"}, {"did you mean info?"}},
+		{2, {"edit.otio"}, {"there is no command 'edit.otio' (see sonaro --help)"}},
+		{2, {"--verison"}, {"there is no option '--verison'; did you mean --version?"}},
+		{2, {}, {"give a command (see sonaro --help)"}},
+	});
 }
 
 TEST_F(MessagesTest, HelpGroupsOptionsByWhatTheyAreFor)
 {
-	struct Case
-	{
-		std::string mCommand;
-		std::string mOption;
-		std::string mGroup;
-	};
-	Case const cases[] = {
+	std::array<std::string, 3> const cases[] = {
 		{"render", "--output", "All inputs:"},
 		{"render", "--speed", "Sound files:"},
 		{"render", "--stems", "Timelines:"},
@@ -213,135 +144,83 @@ TEST_F(MessagesTest, HelpGroupsOptionsByWhatTheyAreFor)
 		{"info", "--media", "Timelines:"},
 		{"graph", "--media", "Options:"},
 	};
-	for (Case const& test : cases)
+	for (auto const& [command, option, expected] : cases)
 	{
-		SCOPED_TRACE(test.mCommand + " " + test.mOption);
-		std::istringstream help(Run({test.mCommand, "--help"}).mOutput);
+		SCOPED_TRACE(command + " " + option);
+		std::istringstream help(Run({command, "--help"}).mOutput);
 		std::string group;
-		for (std::string line; std::getline(help, line) && line.find(test.mOption) == std::string::npos;)
+		for (std::string line; std::getline(help, line) && line.find(option) == std::string::npos;)
 		{
 			group = !line.empty() && line.back() == ':' && line.front() != ' ' ? line : group;
 		}
-		EXPECT_EQ(group, test.mGroup);
+		EXPECT_EQ(group, expected);
 	}
 }
 
 TEST_F(MessagesTest, EveryExitCodeOfTheHelpIsMetAndThereIsNoOther)
 {
 	WriteBytes(mFolder / "missing.otio",
-		Timeline(Track("A1", Clip("one", "tone.wav") + "," + Clip("two", "gone.wav"))));
-	struct Case
-	{
-		int mExitCode;
-		Words mWords;
-	};
-	Case const cases[] = {
+		Timeline({Track("A1", {Clip("one", "tone.wav"), Clip("two", "gone.wav")})}).dump());
+	std::pair<int, Words> const cases[] = {
 		{0, {"--help"}},
 		{0, {"--version"}},
-		{0, {"render", "edit.otio", "-o", "out.wav"}},
-		{0, {"render", "tone.wav", "-o", "out.wav"}},
-		{0, {"waveform", "edit.otio", "-o", "out.png"}},
 		{0, {"graph", "edit.otio", "-o", "out.dot"}},
 		{0, {"info", "missing.otio"}},
-		{1, {"render", "gone.wav", "-o", "out.wav"}},
-		{1, {"render", "tone.wav", "-o", "no/such/folder.wav"}},
-		{1, {"render", "missing.otio", "-o", "out.wav", "--strict"}},
 		{1, {"info", "gone.otio"}},
-		{2, {}},
 		{2, {"render", "edit.otio"}},
-		{2, {"render", "edit.otio", "-o", "out.wav", "--speed", "2"}},
-		{2, {"waveform", "tone.wav", "-o", "out.xyz"}},
-		{3, {"render", "missing.otio", "-o", "out.wav"}},
 		{3, {"waveform", "missing.otio", "-o", "out.png"}},
 		{3, {"graph", "missing.otio", "-o", "out.dot"}},
 	};
 	std::set<int> met;
-	for (Case const& test : cases)
+	for (auto const& [exitCode, words] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mWords));
-		EXPECT_EQ(Run(test.mWords).mExitCode, test.mExitCode);
-		met.insert(test.mExitCode);
+		SCOPED_TRACE(testing::PrintToString(words));
+		EXPECT_EQ(Run(words).mExitCode, exitCode);
+		met.insert(exitCode);
 	}
 	std::istringstream help(Run({"--help"}).mOutput);
-	std::set<int> told;
-	bool isTold = false;
+	std::set<int> listed;
+	bool isListed = false;
 	for (std::string line; std::getline(help, line);)
 	{
-		isTold = line == "Exit codes:" || (isTold && !line.empty());
-		if (isTold && line.size() > 2 && std::isdigit(static_cast<unsigned char>(line[2])))
+		isListed = line == "Exit codes:" || (isListed && !line.empty());
+		if (isListed && line.size() > 2 && std::isdigit(static_cast<unsigned char>(line[2])))
 		{
-			told.insert(line[2] - '0');
+			listed.insert(line[2] - '0');
 		}
 	}
-	EXPECT_EQ(told, met);
+	EXPECT_EQ(listed, met);
 }
 
-TEST_F(MessagesTest, CommandsSayWhatTheyTake)
+TEST_F(MessagesTest, OddFilesGetAReasonAndARemedy)
 {
 	WriteBytes(mFolder / "notes.txt", "This is no sound.\n");
-	std::filesystem::create_directory(mFolder / "takes");
-	struct Case
-	{
-		Words mWords;
-		std::string mMessage;
-	};
-	constexpr char const* kSounds = " takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines";
-	Case const cases[] = {
-		{{"graph", "tone.wav", "-o", "out.svg"}, "is no timeline by its name; graph draws timelines (.otio"},
-		{{"graph", "takes", "-o", "out.svg"}, "is no timeline by its name; graph draws timelines (.otio"},
-		{{"graph", "gone.wav", "-o", "out.svg"}, "'gone.wav': does not exist; graph draws timelines (.otio"},
-		{{"waveform", "notes.txt", "-o", "out.png"}, std::string("waveform") + kSounds},
-		{{"waveform", "takes", "-o", "out.png"}, "is a folder, not a sound file; waveform takes sound files"},
-		{{"render", "notes.txt", "-o", "out.wav"}, std::string("render") + kSounds},
-		{{"info", "takes"}, std::string("info") + kSounds},
-	};
-	for (Case const& test : cases)
-	{
-		SCOPED_TRACE(testing::PrintToString(test.mWords));
-		ProgramResult const result = Run(test.mWords);
-		EXPECT_EQ(result.mExitCode, 1);
-		EXPECT_THAT(result.mErrors, HasSubstr(test.mMessage));
-	}
-}
-
-TEST_F(MessagesTest, OddFilesAndWrongWordsGetAReasonAndARemedy)
-{
 	WriteBytes(mFolder / "empty.otio", " \n");
 	WriteBytes(mFolder / "binary.otio", std::string("\0\1\2", 3));
 	WriteBytes(mFolder / "noise.wav", "RIFFnoise");
-	std::filesystem::create_directory(mFolder / "folder.otioz");
-	struct Case
+	for (char const* const name : {"takes", "folder.otioz"})
 	{
-		int mExitCode;
-		Words mWords;
-		std::string mMessage;
-	};
-	Case const cases[] = {
-		{1, {"info", ""}, "the name of the input is empty; give the name of a file"},
-		{1, {"info", "empty.otio"}, "'empty.otio': is empty"},
-		{1, {"info", "binary.otio"}, "'binary.otio': is no OpenTimelineIO file"},
-		{1, {"info", "folder.otioz"},
-			"is a folder and no zip archive; a bundle that is a folder ends in .otiod"},
-		{1, {"info", "noise.wav"}, "; info takes sound files"},
-		{2, {"graph", "edit.otio", "-o", "out.svg", "--depth", "-1"}, "--depth: "},
-		{2, {"render", "tone.wav", "-o", "a.wav", "-o", "b.wav"},
-			"--output is given more than once; give it once"},
-		{2, {"render", "tone.wav", "-o"}, "--output needs a value"},
-		{2, {"render", "tone.wav", "-o", "out.wav", "--rate", "fast"},
-			"--rate: 'fast' is no number that fits"},
-		{2, {"waveform", "tone.wav", "-o", "out.png", "--width", "32767", "--height", "32767"},
-			"is too large for a bitmap; draw it smaller or as .svg"},
-		{2, {"waveform", "edit.otio", "-o", "out.png", "--width", "32767", "--height", "32767"},
-			"is too large for a bitmap; draw it smaller or as .svg"},
-	};
-	for (Case const& test : cases)
-	{
-		SCOPED_TRACE(testing::PrintToString(test.mWords));
-		ProgramResult const result = Run(test.mWords);
-		EXPECT_EQ(result.mExitCode, test.mExitCode);
-		EXPECT_THAT(result.mErrors, HasSubstr(test.mMessage));
-		EXPECT_THAT(result.mErrors, testing::Not(HasSubstr(".;")));
+		std::filesystem::create_directory(mFolder / name);
 	}
+	std::string const takes = " takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines";
+	std::string const noTimeline = "is no timeline by its name; graph draws timelines (.otio";
+	ExpectRefusals({
+		{1, {"graph", "tone.wav", "-o", "out.svg"}, {noTimeline}},
+		{1, {"graph", "takes", "-o", "out.svg"}, {noTimeline}},
+		{1, {"graph", "gone.wav", "-o", "out.svg"},
+			{"'gone.wav': does not exist; graph draws timelines (.otio"}},
+		{1, {"waveform", "notes.txt", "-o", "out.png"}, {"waveform" + takes}},
+		{1, {"waveform", "takes", "-o", "out.png"},
+			{"is a folder, not a sound file; waveform takes sound files"}},
+		{1, {"render", "notes.txt", "-o", "out.wav"}, {"render" + takes}},
+		{1, {"info", "takes"}, {"info" + takes}},
+		{1, {"info", ""}, {"the name of the input is empty; give the name of a file"}},
+		{1, {"info", "empty.otio"}, {"'empty.otio': is empty"}},
+		{1, {"info", "binary.otio"}, {"'binary.otio': is no OpenTimelineIO file"}},
+		{1, {"info", "folder.otioz"},
+			{"is a folder and no zip archive; a bundle that is a folder ends in .otiod"}},
+		{1, {"info", "noise.wav"}, {"; info takes sound files"}},
+	});
 }
 
 TEST_F(MessagesTest, NamesFromFilesCannotCommandATerminal)
@@ -351,11 +230,10 @@ TEST_F(MessagesTest, NamesFromFilesCannotCommandATerminal)
 							 "1mbold\a\nnext\xe2\x80\xaeltr\x7f";
 	std::string const shown = R"(\x1b[31mred\u009b1mbold\x07\x0anext\u202eltr\u007f)";
 	WriteBytes(mFolder / "edit.otio",
-		Timeline(Track(evil, Clip(evil, evil + ".wav") + "," + Clip(evil + "2", "tone.wav"),
-					 R"(, "metadata": {"sonaro": {)" + Json(evil).dump() + ": 1}}"),
-			R"(, "markers": [)" +
-				Object("Marker.2", "\"name\": " + Json(evil).dump() + ", \"marked_range\": " + Range(0, 5)) +
-				"]"));
+		Timeline({WithSettings(
+					 Track(evil, {Clip(evil, evil + ".wav"), Clip(evil + "2", "tone.wav")}), {{evil, 1}})},
+			{Marker(evil, 0.0, 0.2)})
+			.dump());
 	Words const commands[] = {{"info", "edit.otio"}, {"render", "edit.otio", "-o", "out.wav"},
 		{"render", "edit.otio", "-o", "out", "--stems", "track"}, {"info", evil + ".otio"},
 		{"render", "edit.otio", "-o", "out.wav", "--report", "out.json"},
@@ -383,11 +261,12 @@ TEST_F(MessagesTest, NamesFromFilesCannotCommandATerminal)
 TEST_F(MessagesTest, NotesAndMissingMediaNameClipAndTrack)
 {
 	WriteBytes(mFolder / "edit.otio",
-		Timeline(Object("Track.1", R"("kind": "Video", )" + Children("")) + "," +
-				 Track("", Clip("", "gone.wav") + "," + Clip("b", "gone.wav") + "," + Clip("c", "lost.wav") +
-							   "," + Clip("long", "tone.wav", 100) + "," +
-							   Object("Stack.1", Children(Track("", Clip("", "tone.wav", 100))))) +
-				 "," + Track("Odd", Clip("one", "tone.wav"), R"(, "metadata": {"sonaro": {"gian": 1}})")));
+		Timeline({With(Track("", {}), {{"kind", "Video"}}),
+					 Track("", {Clip("", "gone.wav"), Clip("b", "gone.wav"), Clip("c", "lost.wav"),
+								   Clip("long", "tone.wav", 0.0, 4.0),
+								   Stack({Track("", {Clip("", "tone.wav", 0.0, 4.0)})})}),
+					 WithSettings(Track("Odd", {Clip("one", "tone.wav")}), {{"gian", 1}})})
+			.dump());
 	ProgramResult const result = Run({"render", "edit.otio", "-o", "out", "--stems", "track", "--quiet"});
 	EXPECT_EQ(result.mExitCode, 3);
 	constexpr char const* kLines[] = {
@@ -406,19 +285,12 @@ TEST_F(MessagesTest, NotesAndMissingMediaNameClipAndTrack)
 	EXPECT_TRUE(std::filesystem::exists(mFolder / "out/02 Odd.wav"));
 }
 
-TEST_F(MessagesTest, InfoTellsATimelineInItsTimecode)
+TEST_F(MessagesTest, InfoShowsATimelineInItsTimecode)
 {
-	std::string const start =
-		R"(, "global_start_time": {"OTIO_SCHEMA": "RationalTime.1", "rate": 25, "value": 90010})";
-	std::string const markers =
-		R"(, "markers": [)" + Object("Marker.2", "\"name\": \"Verse\", \"marked_range\": " + Range(10, 20)) +
-		"]";
-	std::string timeline =
-		Timeline(Track("Dialogue",
-					 Clip("one", "tone.wav") + "," + Clip("two", "tone.wav") + "," + Clip("", "gone.wav")),
-			markers);
-	timeline.insert(timeline.size() - 1, start);
-	WriteBytes(mFolder / "edit.otio", timeline);
+	Json const timeline = Timeline(
+		{Track("Dialogue", {Clip("one", "tone.wav"), Clip("two", "tone.wav"), Clip("", "gone.wav")})},
+		{Marker("Verse", 0.4, 0.8)});
+	WriteBytes(mFolder / "edit.otio", With(timeline, {{"global_start_time", Time(3600.4)}}).dump());
 	EXPECT_EQ(Run({"info", "edit.otio"}).mOutput,
 		"Timeline  test\n"
 		"Start     01:00:00:10\n"
@@ -447,38 +319,29 @@ TEST_F(MessagesTest, InfoTellsATimelineInItsTimecode)
 
 TEST_F(MessagesTest, TimecodeGoesWithTheClockWhereNumbersAreDropped)
 {
-	struct Case
-	{
-		std::string mRate;
-		long long mFrame;
-		std::string mLabel;
+	std::tuple<double, int, std::string> const cases[] = {
+		{24, 86399, "00:59:59:23"},
+		{23.976, 86400, "01:00:00:00"},
+		{30, 1800, "00:01:00:00"},
+		{29.97, 1799, "00:00:59;29"},
+		{29.97, 1800, "00:01:00;02"},
+		{29.97, 3597, "00:01:59;29"},
+		{29.97, 3598, "00:02:00;02"},
+		{29.97, 17981, "00:09:59;29"},
+		{29.97, 17982, "00:10:00;00"},
+		{29.97, 107892, "01:00:00;00"},
+		{59.94, 3600, "00:01:00;04"},
+		{59.94, 215784, "01:00:00;00"},
+		{25, -30, "-00:00:01:05"},
 	};
-	Case const cases[] = {
-		{"24", 86399, "00:59:59:23"},
-		{"23.976", 86400, "01:00:00:00"},
-		{"30", 1800, "00:01:00:00"},
-		{"29.97", 1799, "00:00:59;29"},
-		{"29.97", 1800, "00:01:00;02"},
-		{"29.97", 3597, "00:01:59;29"},
-		{"29.97", 3598, "00:02:00;02"},
-		{"29.97", 17981, "00:09:59;29"},
-		{"29.97", 17982, "00:10:00;00"},
-		{"29.97", 107892, "01:00:00;00"},
-		{"59.94", 3600, "00:01:00;04"},
-		{"59.94", 215784, "01:00:00;00"},
-		{"25", -30, "-00:00:01:05"},
-	};
-	for (Case const& test : cases)
+	for (auto const& [rate, frame, label] : cases)
 	{
-		SCOPED_TRACE(test.mRate + " " + test.mLabel);
-		std::string timeline = Timeline(Track("A1", Clip("one", "tone.wav")));
-		timeline.insert(timeline.size() - 1,
-			", \"global_start_time\": " +
-				Object("RationalTime.1",
-					"\"rate\": " + test.mRate + ", \"value\": " + std::to_string(test.mFrame)));
-		WriteBytes(mFolder / "edit.otio", timeline);
+		SCOPED_TRACE(std::to_string(rate) + " " + label);
+		Json timeline = Timeline({Track("A1", {Clip("one", "tone.wav")})});
+		timeline["global_start_time"] = {{"OTIO_SCHEMA", "RationalTime.1"}, {"rate", rate}, {"value", frame}};
+		WriteBytes(mFolder / "edit.otio", timeline.dump());
 		Json const info = Json::parse(Run({"info", "edit.otio", "--json"}).mOutput);
-		EXPECT_EQ(info["programme"]["startTimecode"], test.mLabel);
+		EXPECT_EQ(info["programme"]["startTimecode"], label);
 	}
 }
 

@@ -1,13 +1,12 @@
 // Throws outputs at what they must not touch, with the jobs of the library and with the real program.
 
-#include "Media.h"
-#include "Otio/Samples.h"
 #include "ProgramRun.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/OutputFile.h"
 #include "SonaroHost/Render/ClipRenderJob.h"
 #include "SonaroHost/Render/TimelineRenderJob.h"
 #include "SonaroHost/Render/TimelineWaveformJob.h"
+#include "TimelineJson.h"
 
 #include <gmock/gmock.h>
 
@@ -20,15 +19,6 @@ namespace SonaroHost::Testing
 {
 namespace
 {
-
-using Json = nlohmann::json;
-using Words = std::vector<std::string>;
-
-Json MakeClip(std::string const& inMedia)
-{
-	return {{"OTIO_SCHEMA", "Clip.1"}, {"name", inMedia}, {"source_range", Otio::MakeRange(0, 1, 25)},
-		{"media_reference", {{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", inMedia}}}};
-}
 
 // One run: an input, and outputs of which any may be where it must not.
 struct Throw
@@ -56,7 +46,7 @@ void PrintTo(Throw const& inThrow, std::ostream* ioStream)
 			  << "' --report '" << inThrow.mReport << "'" << (inThrow.mIsAttack ? ", to be refused" : "");
 }
 
-class OutputSafetyTest : public testing::Test
+class OutputSafetyTest : public ProgramTest
 {
 protected:
 	void SetUp() override
@@ -65,13 +55,10 @@ protected:
 		{
 			std::filesystem::create_directories(mFolder / folder);
 		}
-		Json timeline = Otio::MakeTimeline(
-			{MakeClip("media/a.wav"), MakeClip("media/b.wav"), MakeClip("media/gone.wav")});
-		timeline["tracks"]["children"][0]["name"] = "A1";
-		Json film = timeline["tracks"]["children"][0];
-		film["kind"] = "Video";
-		film["children"] = Json::array({MakeClip("media/film.mov")});
-		timeline["tracks"]["children"].push_back(film);
+		auto const clip = [](std::string const& inMedia) { return Clip(inMedia, inMedia, 0.0, 0.04); };
+		Json const timeline =
+			Timeline({Track("A1", {clip("media/a.wav"), clip("media/b.wav"), clip("media/gone.wav")}),
+				With(Track("V1", {clip("media/film.mov")}), {{"kind", "Video"}})});
 		for (std::string const& base : {std::string(), std::string("edit.otiod/")})
 		{
 			WriteBytes(mFolder / (base.empty() ? "edit.otio" : base + "content.otio"), timeline.dump());
@@ -309,7 +296,6 @@ protected:
 		}
 	}
 
-	TemporaryFolder mFolder;
 	std::map<std::string, std::string> mBefore;
 	std::mt19937 mRandom;
 	int mNames = 0;

@@ -1,6 +1,10 @@
 #include "ProgramRun.h"
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <stdexcept>
 #include <thread>
@@ -71,11 +75,16 @@ std::string ReadToEnd(int inDescriptor)
 
 } // namespace
 
+Words Join(Words inFirst, Words const& inSecond)
+{
+	inFirst.insert(inFirst.end(), inSecond.begin(), inSecond.end());
+	return inFirst;
+}
+
 ProgramResult RunProgram(
 	std::string const& inProgram, ProgramStart const& inStart, std::function<void(int)> const& inMeanwhile)
 {
-	std::vector<std::string> words = inStart.mArguments;
-	words.insert(words.begin(), inProgram);
+	Words words = Join({inProgram}, inStart.mArguments);
 	std::vector<char*> arguments;
 	for (std::string& word : words)
 	{
@@ -110,6 +119,44 @@ ProgramResult RunProgram(
 	result.mExitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 	result.mSignal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 	return result;
+}
+
+ProgramResult ProgramTest::Run(Words const& inArguments, std::function<void(int)> const& inMeanwhile) const
+{
+	ProgramStart start = mStart;
+	start.mArguments = inArguments;
+	start.mFolder = mFolder.Get().string();
+	return RunProgram(SONARO_COMMAND, start, inMeanwhile);
+}
+
+void ProgramTest::ExpectRefusal(Words const& inArguments, int inExitCode, Words const& inTexts) const
+{
+	SCOPED_TRACE(testing::PrintToString(inArguments));
+	ProgramResult const result = Run(inArguments);
+	EXPECT_EQ(result.mExitCode, inExitCode);
+	EXPECT_EQ(result.mOutput, "");
+	EXPECT_THAT(result.mErrors, testing::AllOf(testing::StartsWith("sonaro: "), testing::EndsWith("\n")));
+	EXPECT_EQ(std::count(result.mErrors.begin(), result.mErrors.end(), '\n'), 1) << result.mErrors;
+	EXPECT_THAT(result.mErrors, testing::Not(testing::HasSubstr(".;")));
+	for (std::string const& text : inTexts)
+	{
+		EXPECT_THAT(result.mErrors, testing::HasSubstr(text));
+	}
+}
+
+void ProgramTest::ExpectRefusals(std::vector<RefusedWords> const& inCases) const
+{
+	std::atomic<std::size_t> next = 0;
+	auto const work = [&]
+	{
+		for (std::size_t i = next++; i < inCases.size(); i = next++)
+		{
+			ExpectRefusal(inCases[i].mWords, inCases[i].mExitCode, inCases[i].mTexts);
+		}
+	};
+	std::array<std::thread, 4> threads;
+	std::generate(threads.begin(), threads.end(), [&] { return std::thread(work); });
+	std::for_each(threads.begin(), threads.end(), [](std::thread& ioThread) { ioThread.join(); });
 }
 
 } // namespace SonaroHost::Testing

@@ -1,11 +1,20 @@
 #pragma once
 
+#include "Media.h"
+
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
 #include <vector>
 
 namespace SonaroHost::Testing
 {
+
+using Words = std::vector<std::string>;
+
+// The words of the one behind those of the other.
+Words Join(Words inFirst, Words const& inSecond);
 
 struct ProgramResult
 {
@@ -20,7 +29,7 @@ struct ProgramResult
 // How a program is started.
 struct ProgramStart
 {
-	std::vector<std::string> mArguments;
+	Words mArguments;
 	// The working folder.
 	std::string mFolder;
 	// Where the standard output goes at its end, instead of into the result.
@@ -36,5 +45,29 @@ struct ProgramStart
 // Runs a program to its end. inMeanwhile is called with its process id once it was started.
 ProgramResult RunProgram(std::string const& inProgram, ProgramStart const& inStart,
 	std::function<void(int)> const& inMeanwhile = {});
+
+// A command line that the program refuses.
+struct RefusedWords
+{
+	int mExitCode = 0;
+	Words mWords;
+	// All that the error output says, among others.
+	Words mTexts;
+};
+
+// Runs the program "sonaro" in a folder of its own.
+class ProgramTest : public testing::Test
+{
+protected:
+	ProgramResult Run(Words const& inArguments, std::function<void(int)> const& inMeanwhile = {}) const;
+
+	// That exit code, one line on the error output with all texts, and nothing on the other.
+	void ExpectRefusal(Words const& inArguments, int inExitCode, Words const& inTexts) const;
+	// Several at a time: most of what one takes is the start of its process.
+	void ExpectRefusals(std::vector<RefusedWords> const& inCases) const;
+
+	TemporaryFolder mFolder;
+	ProgramStart mStart;
+};
 
 } // namespace SonaroHost::Testing

@@ -1,13 +1,12 @@
 // Runs the real program on timelines, as a shell does.
 
-#include "Media.h"
 #include "ProgramRun.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Metering/LoudnessMeter.h"
+#include "TimelineJson.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 
 #include <cmath>
 #include <csignal>
@@ -16,6 +15,7 @@
 #include <set>
 #include <sstream>
 #include <thread>
+#include <tuple>
 
 namespace SonaroHost::Testing
 {
@@ -24,55 +24,15 @@ namespace
 
 using testing::Contains;
 using testing::HasSubstr;
-using Json = nlohmann::json;
-using Words = std::vector<std::string>;
 
 constexpr int kRate = 48000;
 
-Json Time(double inSeconds)
+std::int64_t ToFrames(double inSeconds)
 {
-	return {{"OTIO_SCHEMA", "RationalTime.1"}, {"value", inSeconds * 25.0}, {"rate", 25.0}};
+	return std::llround(inSeconds * kRate);
 }
 
-Json Range(double inStart, double inSeconds)
-{
-	return {{"OTIO_SCHEMA", "TimeRange.1"}, {"start_time", Time(inStart)}, {"duration", Time(inSeconds)}};
-}
-
-Json Clip(std::string const& inName, std::string const& inMedia, double inStart, double inSeconds)
-{
-	return {{"OTIO_SCHEMA", "Clip.1"}, {"name", inName}, {"source_range", Range(inStart, inSeconds)},
-		{"media_reference", {{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", inMedia}}}};
-}
-
-Json Gap(double inSeconds)
-{
-	return {{"OTIO_SCHEMA", "Gap.1"}, {"source_range", Range(0.0, inSeconds)}};
-}
-
-// Compilers differ on what a list of one value in braces is.
-Json List(std::initializer_list<Json> inValues)
-{
-	Json list = Json::array();
-	for (Json const& value : inValues)
-	{
-		list.push_back(value);
-	}
-	return list;
-}
-
-Json Track(std::string const& inName, std::initializer_list<Json> inChildren, double inGain = 0.0)
-{
-	return {{"OTIO_SCHEMA", "Track.1"}, {"name", inName}, {"kind", "Audio"}, {"children", List(inChildren)},
-		{"metadata", {{"sonaro", {{"gain", inGain}}}}}};
-}
-
-Json Marker(std::string const& inName, double inStart, double inSeconds)
-{
-	return {{"OTIO_SCHEMA", "Marker.2"}, {"name", inName}, {"marked_range", Range(inStart, inSeconds)}};
-}
-
-class TimelineCommandTest : public testing::Test
+class TimelineCommandTest : public ProgramTest
 {
 protected:
 	void SetUp() override
@@ -86,10 +46,8 @@ protected:
 	void WriteTimeline(std::string const& inName, std::initializer_list<Json> inTracks,
 		std::initializer_list<Json> inMarkers = {})
 	{
-		Json const timeline = {{"OTIO_SCHEMA", "Timeline.1"}, {"name", "test"},
-			{"global_start_time", Time(36000.0)}, {"metadata", {{"sonaro", {{"layout", "stereo"}}}}},
-			{"tracks",
-				{{"OTIO_SCHEMA", "Stack.1"}, {"children", List(inTracks)}, {"markers", List(inMarkers)}}}};
+		Json const timeline = With(WithSettings(Timeline(inTracks, inMarkers), {{"layout", "stereo"}}),
+			{{"global_start_time", Time(36000.0)}});
 		WriteBytes(mFolder / inName, timeline.dump());
 	}
 
@@ -97,22 +55,30 @@ protected:
 	void WriteEdit()
 	{
 		WriteTimeline("edit.otio",
-			{Track("Tone", {Clip("first", "tone.wav", 0.0, 1.6), Clip("second", "tone.wav", 2.0, 1.4)}, -6.0),
+			{WithSettings(
+				 Track("Tone", {Clip("first", "tone.wav", 0.0, 1.6), Clip("second", "tone.wav", 2.0, 1.4)}),
+				 {{"gain", -6.0}}),
 				Track("Impulse/s", {Gap(1.0), Clip("click", "impulse.wav", 0.2, 1.0)})},
 			{Marker("Verse", 0.4, 0.8), Marker("Point", 1.0, 0.0), Marker("End", 2.0, 1.0)});
 	}
 
-	ProgramResult Run(Words const& inArguments, std::function<void(int)> const& inMeanwhile = {})
+	// One clip on each track, of which the media of the first are missing.
+	void WriteMissing()
 	{
-		mStart.mArguments = inArguments;
-		mStart.mFolder = mFolder.Get().string();
-		return RunProgram(SONARO_COMMAND, mStart, inMeanwhile);
+		WriteTimeline("missing.otio",
+			{Track("Dialogue", {Clip("Take 3", "gone.wav")}), Track("Tone", {Clip("first", "tone.wav")})});
 	}
 
-	Sound Render(Words inOptions, std::string const& inOutput = "out.wav")
+	// With a setting that is not known.
+	void WriteOdd()
 	{
-		inOptions.insert(inOptions.begin(), {"render", "edit.otio", "-o", inOutput});
-		ProgramResult const result = Run(inOptions);
+		WriteTimeline("odd.otio", {WithSettings(Track("Tone", {Clip("first", "tone.wav")}), {{"gian", 3}})});
+	}
+
+	// Of edit.otio; nothing of a folder.
+	Sound Render(Words const& inOptions, std::string const& inOutput = "out.wav")
+	{
+		ProgramResult const result = Run(Join({"render", "edit.otio", "-o", inOutput}, inOptions));
 		EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
 		return std::filesystem::is_directory(mFolder / inOutput) ? Sound() : ReadSound(mFolder / inOutput);
 	}
@@ -126,18 +92,14 @@ protected:
 	}
 
 	// Of a sound file.
-	Sound RenderFile(std::string const& inFile, Words inOptions)
+	Sound RenderFile(std::string const& inFile, Words const& inOptions)
 	{
-		inOptions.insert(inOptions.begin(), {"render", inFile, "-o", "file.wav", "--quiet"});
-		ProgramResult const result = Run(inOptions);
+		ProgramResult const result = Run(Join({"render", inFile, "-o", "file.wav", "--quiet"}, inOptions));
 		EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
 		return ReadSound(mFolder / "file.wav");
 	}
 
 	static constexpr std::size_t kImpulse = 20000;
-
-	TemporaryFolder mFolder;
-	ProgramStart mStart;
 };
 
 LoudnessReading Measure(Sound const& inSound)
@@ -155,66 +117,74 @@ LoudnessReading Measure(Sound const& inSound)
 	return meter.GetReading();
 }
 
-TEST_F(TimelineCommandTest, ExitCodesTellWhatBecameOfIt)
+TEST_F(TimelineCommandTest, ExitCodesReportWhatBecameOfIt)
 {
 	WriteEdit();
-	WriteTimeline("missing.otio", {Track("Dialogue", {Clip("Take 3", "gone.wav", 0.0, 1.0)}),
-									  Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)})});
-	WriteTimeline("hour.otio", {Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)}),
+	WriteMissing();
+	WriteTimeline("hour.otio", {Track("Tone", {Clip("first", "tone.wav")}),
 								   Track("Dialogue", {Clip("Take 4", "tone.wav", 3600.0, 2.0)})});
-	Json odd = Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)});
-	odd["metadata"]["sonaro"]["gian"] = 3;
-	WriteTimeline("odd.otio", {odd});
-	struct Case
-	{
-		Words mWords;
-		int mExitCode;
-		std::vector<std::string> mTexts;
-	};
-	Case const cases[] = {
-		{{"edit.otio"}, 0, {}},
-		{{"edit.otio", "--strict"}, 0, {}},
-		{{"missing.otio"}, 3, {"Take 3", "Dialogue", "gone.wav", "silent"}},
-		{{"missing.otio", "--strict"}, 1, {"--strict", "1 clips have no media"}},
-		{{"hour.otio"}, 3,
+	WriteOdd();
+	std::tuple<int, Words, Words> const cases[] = {
+		{0, {"edit.otio"}, {}},
+		{3, {"missing.otio"}, {"Take 3", "Dialogue", "gone.wav", "silent"}},
+		{3, {"hour.otio"},
 			{"Take 4", "Dialogue", "tone.wav", "0:00.000 to 0:04.000", "1:00:00.000 to 1:00:02.000"}},
-		{{"hour.otio", "--strict"}, 1, {"--strict", "1 clips have no media"}},
-		{{"odd.otio"}, 0, {"gian", "/tracks/children/0"}},
-		{{"odd.otio", "--strict"}, 1, {"--strict"}},
-		{{"odd.otio", "--strict=some"}, 2, {"some", "--strict=media"}},
-		{{"edit.otio", "--gain-db", "-3", "--normalize", "-16"}, 2, {"gain", "loudness"}},
-		{{"tone.wav", "--gain-db", "-3", "--normalize", "-16"}, 2, {"gain", "loudness"}},
-		{{"tone.wav", "--normalize", "1"}, 2, {"-70", "LUFS"}},
-		{{"tone.wav", "--limit-dbtp", "nan"}, 2, {"dBTP"}},
-		{{"edit.otio", "--gain-db", "201"}, 2, {"--gain-db"}},
-		{{"edit.otio", "--range", "1..2", "--fade-in", "0.6", "--fade-out", "0.6"}, 2, {"fades", "0:01.000"}},
-		{{"edit.otio", "--stems", "marker", "--fade-in", "0.9"}, 2, {"fades", "0:00.800", "Verse"}},
-		{{"none.otio"}, 1, {"none.otio"}},
-		{{"edit.otio", "--media", "gone/folder"}, 2, {"'gone/folder'", "does not exist"}},
-		{{"edit.otio", "--media", "tone.wav"}, 2, {"'tone.wav'", "is no folder"}},
-		{{"edit.otio", "tone.wav"}, 2, {"edit.otio", "timeline"}},
-		{{"edit.otio", "--speed", "2"}, 2, {"--speed"}},
-		{{"edit.otio", "--start", "1"}, 2, {"--start", "--range"}},
-		{{"tone.wav", "--stems", "track"}, 2, {"--stems"}},
-		{{"edit.otio", "--range", "Chorus"}, 2, {"Chorus"}},
-		{{"edit.otio", "--range", "5..6"}, 2, {"5..6"}},
-		{{"edit.otio", "--range", "10:00:01:25+1"}, 2, {"10:00:01:25"}},
+		{1, {"hour.otio", "--strict"}, {"--strict", "1 clips have no media"}},
+		{0, {"odd.otio"}, {"gian", "/tracks/children/0"}},
 	};
-	for (Case const& test : cases)
+	for (auto const& [exitCode, words, texts] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mWords));
-		Words words = {"render", "-o", "new.wav", "--quiet"};
-		words.insert(words.end(), test.mWords.begin(), test.mWords.end());
-		ProgramResult const result = Run(words);
-		EXPECT_EQ(result.mExitCode, test.mExitCode) << result.mErrors;
-		EXPECT_EQ(result.mErrors.empty(), test.mTexts.empty()) << result.mErrors;
-		for (std::string const& text : test.mTexts)
+		SCOPED_TRACE(testing::PrintToString(words));
+		ProgramResult const result = Run(Join({"render", "-o", "new.wav", "--quiet"}, words));
+		EXPECT_EQ(result.mExitCode, exitCode) << result.mErrors;
+		EXPECT_EQ(result.mErrors.empty(), texts.empty()) << result.mErrors;
+		for (std::string const& text : texts)
 		{
 			EXPECT_THAT(result.mErrors, HasSubstr(text));
 		}
-		bool const isWritten = test.mExitCode == 0 || test.mExitCode == 3;
-		EXPECT_EQ(std::filesystem::remove(mFolder / "new.wav"), isWritten);
+		EXPECT_EQ(std::filesystem::remove(mFolder / "new.wav"), exitCode == 0 || exitCode == 3);
 	}
+}
+
+TEST_F(TimelineCommandTest, WhatMakesNoSenseForATimelineIsRefused)
+{
+	WriteEdit();
+	Words const before = mFolder.List();
+	std::tuple<int, Words, Words> const cases[] = {
+		{2, {"edit.otio", "--strict=some"}, {"some", "--strict=media"}},
+		{2, {"edit.otio", "--gain-db", "-3", "--normalize", "-16"}, {"gain", "loudness"}},
+		{2, {"tone.wav", "--gain-db", "-3", "--normalize", "-16"}, {"gain", "loudness"}},
+		{2, {"tone.wav", "--normalize", "1"}, {"-70", "LUFS"}},
+		{2, {"tone.wav", "--limit-dbtp", "nan"}, {"dBTP"}},
+		{2, {"edit.otio", "--gain-db", "201"}, {"--gain-db"}},
+		{2, {"edit.otio", "--range", "1..2", "--fade-in", "0.6", "--fade-out", "0.6"}, {"fades", "0:01.000"}},
+		{2, {"edit.otio", "--stems", "marker", "--fade-in", "0.9"}, {"fades", "0:00.800", "Verse"}},
+		{1, {"none.otio"}, {"none.otio"}},
+		{2, {"edit.otio", "--media", "tone.wav"}, {"'tone.wav'", "is no folder"}},
+		{2, {"edit.otio", "tone.wav"}, {"edit.otio", "timeline"}},
+		{2, {"edit.otio", "--speed", "2"}, {"--speed"}},
+		{2, {"edit.otio", "--start", "1"}, {"--start", "--range"}},
+		{2, {"tone.wav", "--stems", "track"}, {"--stems"}},
+		{2, {"edit.otio", "--range", "Chorus"}, {"Chorus"}},
+		{2, {"edit.otio", "--range", "5..6"}, {"5..6"}},
+		{2, {"edit.otio", "--range", "10:00:01:25+1"}, {"10:00:01:25"}},
+	};
+	std::vector<RefusedWords> refused = {
+		{2, {"waveform", "edit.otio", "-o", "out.png", "--width", "32767", "--height", "32767"},
+			{"is too large for a bitmap; draw it smaller or as .svg"}}};
+	for (auto const& [exitCode, words, texts] : cases)
+	{
+		refused.push_back({exitCode, Join({"render", "-o", "new.wav"}, words), texts});
+	}
+	// By every command.
+	for (Words const& words : {Words{"render", "edit.otio", "-o", "new.wav"}, {"info", "edit.otio"},
+			 {"waveform", "edit.otio", "-o", "new.svg"}, {"graph", "edit.otio", "-o", "new.dot"}})
+	{
+		refused.push_back({2, Join(words, {"--media", ".", "--media", "gone"}),
+			{"'gone': the folder of media does not exist"}});
+	}
+	ExpectRefusals(refused);
+	EXPECT_EQ(mFolder.List(), before);
 }
 
 TEST_F(TimelineCommandTest, LevelsThatAreNotReadStandFirstAndAreCounted)
@@ -230,10 +200,10 @@ TEST_F(TimelineCommandTest, LevelsThatAreNotReadStandFirstAndAreCounted)
 		track["children"].push_back(clip);
 	}
 	WriteTimeline("levels.otio", {track});
-	ProgramResult const told = Run({"render", "levels.otio", "-o", "out.wav"});
-	EXPECT_EQ(told.mExitCode, 3);
-	EXPECT_THAT(told.mErrors, testing::StartsWith("sonaro: warning: level not read: "));
-	EXPECT_THAT(told.mOutput, HasSubstr("25 levels of other programs not read"));
+	ProgramResult const warned = Run({"render", "levels.otio", "-o", "out.wav"});
+	EXPECT_EQ(warned.mExitCode, 3);
+	EXPECT_THAT(warned.mErrors, testing::StartsWith("sonaro: warning: level not read: "));
+	EXPECT_THAT(warned.mOutput, HasSubstr("25 levels of other programs not read"));
 	ProgramResult const summary = Run({"render", "levels.otio", "-o", "out.wav", "--json"});
 	Json const json = Json::parse(summary.mOutput);
 	EXPECT_EQ(json["levelsNotRead"], kClips);
@@ -249,17 +219,11 @@ TEST_F(TimelineCommandTest, LevelsThatAreNotReadStandFirstAndAreCounted)
 
 TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
 {
-	auto const with = [](Json inObject, Json const& inFields)
-	{
-		inObject.update(inFields);
-		return inObject;
-	};
 	Json const clip = Clip("first", "tone.wav", 0.0, 1.0);
-	Json const pictures = with(Track("Pictures", {clip}), {{"kind", "Video"}});
+	Json const pictures = With(Track("Pictures", {clip}), {{"kind", "Video"}});
 	Json const muted = Json::parse(R"({"metadata": {"sonaro": {"mute": true}}})");
-	Json const stack = {
-		{"OTIO_SCHEMA", "Stack.1"}, {"children", List({Track("A1", {clip})})}, {"enabled", false}};
-	Json const generator = with(clip, {{"media_reference", {{"OTIO_SCHEMA", "GeneratorReference.1"}}}});
+	Json const stack = With(Stack({Track("A1", {clip})}), {{"enabled", false}});
+	Json const generator = With(clip, {{"media_reference", {{"OTIO_SCHEMA", "GeneratorReference.1"}}}});
 	struct Case
 	{
 		std::string mWhy;
@@ -268,22 +232,21 @@ TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
 	Case const cases[] = {
 		{"2 tracks of kind Video, none of kind Audio", List({pictures, pictures})},
 		{"1 track of kind Video, 1 track of kind 'Subtitle', none of kind Audio",
-			List({pictures, with(pictures, {{"kind", "Subtitle"}})})},
+			List({pictures, With(pictures, {{"kind", "Subtitle"}})})},
 		{"1 track of kind Video, 1 track of kind Audio (muted), 1 stack (disabled)",
-			List({pictures, with(Track("A1", {clip}), muted), stack})},
+			List({pictures, With(Track("A1", {clip}), muted), stack})},
 		{"1 track of kind Audio without clips", List({Track("A1", {Gap(1.0)})})},
 		{"1 track of kind Audio with 2 clips (disabled), 1 clip (what a generator would make is not "
 		 "rendered)",
 			List({Track(
-				"A1", {with(clip, {{"enabled", false}}), with(clip, {{"enabled", false}}), generator})})},
+				"A1", {With(clip, {{"enabled", false}}), With(clip, {{"enabled", false}}), generator})})},
 		{"1 track of kind Audio with 1 clip (cut away by what it stands in, or has no length)",
-			List({with(Track("A1", {Gap(1.0), clip}), {{"source_range", Range(0.0, 0.5)}})})},
+			List({With(Track("A1", {Gap(1.0), clip}), {{"source_range", Range(0.0, 0.5)}})})},
 	};
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(test.mWhy);
-		WriteTimeline("silent.otio", {});
-		Json timeline = Json::parse(ReadBytes(mFolder / "silent.otio"));
+		Json timeline = Timeline({});
 		timeline["tracks"]["children"] = test.mTracks;
 		WriteBytes(mFolder / "silent.otio", timeline.dump());
 		for (Words const& words : {Words{"render", "silent.otio", "-o", "new.wav", "--report", "new.json"},
@@ -301,21 +264,6 @@ TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
 		EXPECT_EQ(info.mExitCode, 3);
 		EXPECT_EQ(Json::parse(info.mOutput)["refusal"]["reason"],
 			"nothing in this timeline is heard: " + test.mWhy);
-	}
-}
-
-TEST_F(TimelineCommandTest, AMediaFolderThatIsNotThereIsRefusedByEveryCommand)
-{
-	WriteEdit();
-	for (Words words : {Words{"render", "edit.otio", "-o", "new.wav"}, Words{"info", "edit.otio"},
-			 Words{"waveform", "edit.otio", "-o", "new.svg"}, Words{"graph", "edit.otio", "-o", "new.dot"}})
-	{
-		SCOPED_TRACE(words.front());
-		words.insert(words.end(), {"--media", ".", "--media", "gone"});
-		ProgramResult const result = Run(words);
-		EXPECT_EQ(result.mExitCode, 2);
-		EXPECT_THAT(result.mErrors, HasSubstr("'gone': the folder of media does not exist"));
-		EXPECT_EQ(mFolder.List(), (Words{"edit.otio", "impulse.wav", "tone.wav"}));
 	}
 }
 
@@ -344,9 +292,9 @@ TEST_F(TimelineCommandTest, ARangeIsACutOfTheWhole)
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(test.mRange);
-		auto const first = static_cast<std::int64_t>(std::lround(test.mStart * kRate));
-		auto const frames = static_cast<std::int64_t>(std::lround(test.mEnd * kRate)) - first;
-		EXPECT_TRUE(SameBits(Render({"--range", test.mRange, "--quiet"}), whole.Cut(first, frames)));
+		std::int64_t const first = ToFrames(test.mStart);
+		EXPECT_TRUE(SameBits(
+			Render({"--range", test.mRange, "--quiet"}), whole.Cut(first, ToFrames(test.mEnd) - first)));
 	}
 }
 
@@ -357,11 +305,8 @@ TEST_F(TimelineCommandTest, StemsAddUpToTheMixWhateverBecomesOfIt)
 			 {"--gain-db", "-3", "--fade-in", "0.5", "--fade-out", "0.7", "--range", "0.3.."}})
 	{
 		SCOPED_TRACE(testing::PrintToString(levels));
-		Words words = {"--quiet"};
-		words.insert(words.end(), levels.begin(), levels.end());
-		Sound const mix = Render(words);
-		words.insert(words.end(), {"--stems", "track"});
-		Render(words, "stems");
+		Sound const mix = Render(Join({"--quiet"}, levels));
+		Render(Join({"--quiet", "--stems", "track"}, levels), "stems");
 		Sound const tone = ReadSound(mFolder / "stems" / "01 Tone.wav");
 		Sound const impulse = ReadSound(mFolder / "stems" / "02 Impulse_s.wav");
 		ASSERT_EQ(tone.mSamples.size(), mix.mSamples.size());
@@ -390,9 +335,9 @@ TEST_F(TimelineCommandTest, EachMarkerNamesAPartOfTheMix)
 		{Case{"01 Verse.wav", 0.4, 1.2}, {"02 Point.wav", 1.0, 2.0}, {"03 End.wav", 2.0, 3.0}})
 	{
 		SCOPED_TRACE(test.mFile);
-		auto const first = static_cast<std::int64_t>(std::lround(test.mStart * kRate));
-		auto const end = static_cast<std::int64_t>(std::lround(test.mEnd * kRate));
-		EXPECT_TRUE(SameBits(ReadSound(mFolder / "parts" / test.mFile), mix.Cut(first, end - first)));
+		std::int64_t const first = ToFrames(test.mStart);
+		EXPECT_TRUE(
+			SameBits(ReadSound(mFolder / "parts" / test.mFile), mix.Cut(first, ToFrames(test.mEnd) - first)));
 		// The gain of normalizing comes after the fades of the one and before those of the other.
 		Sound const faded = ReadSound(mFolder / "faded" / test.mFile);
 		Sound const expected =
@@ -419,16 +364,14 @@ TEST_F(TimelineCommandTest, GainAndFadesAreThoseOfTheWrittenFile)
 		EXPECT_FALSE(SameBits(faded, ReadSound(mFolder / "plain.wav")));
 		for (std::string const block : {"4096", "100"})
 		{
-			Words words = {"--quiet", "--range", range, "--block", block};
-			words.insert(words.end(), fades.begin(), fades.end());
+			Words const words = Join({"--quiet", "--range", range, "--block", block}, fades);
 			EXPECT_TRUE(SameBits(Render(words), faded)) << "blocks of " << block;
-			words.insert(words.end(), {"--gain-db", "-3"});
 			Sound softer = faded;
 			for (float& sample : softer.mSamples)
 			{
 				sample *= gain;
 			}
-			EXPECT_TRUE(SameBits(Render(words), softer)) << "blocks of " << block;
+			EXPECT_TRUE(SameBits(Render(Join(words, {"--gain-db", "-3"})), softer)) << "blocks of " << block;
 		}
 	}
 	// What is not faded is that of the whole.
@@ -468,9 +411,8 @@ TEST_F(TimelineCommandTest, LoudnessAndTruePeakAreThoseAskedFor)
 		EXPECT_NEAR(both.mIntegrated, -18.0, 0.1);
 	}
 	Words const words = {"--normalize", "-18", "--limit-dbtp", "-7"};
-	Words asPlayback = words;
-	asPlayback.emplace_back("--as-playback");
-	EXPECT_TRUE(SameBits(RenderFile("tone.wav", asPlayback), RenderFile("tone.wav", words)));
+	EXPECT_TRUE(
+		SameBits(RenderFile("tone.wav", Join(words, {"--as-playback"})), RenderFile("tone.wav", words)));
 }
 
 TEST_F(TimelineCommandTest, TheReportOfSoundFilesSaysWhatLiesWhere)
@@ -500,18 +442,9 @@ TEST_F(TimelineCommandTest, TheReportOfSoundFilesSaysWhatLiesWhere)
 TEST_F(TimelineCommandTest, AStrictRenderThatIsRefusedStillReports)
 {
 	WriteEdit();
-	WriteTimeline("missing.otio", {Track("Dialogue", {Clip("Take 3", "gone.wav", 0.0, 1.0)}),
-									  Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)})});
-	Json odd = Track("Tone", {Clip("first", "tone.wav", 0.0, 1.0)});
-	odd["metadata"]["sonaro"]["gian"] = 3;
-	WriteTimeline("odd.otio", {odd});
-	struct Case
-	{
-		char const* mTimeline;
-		char const* mStrictness;
-		int mExitCode;
-	};
-	constexpr Case kCases[] = {
+	WriteMissing();
+	WriteOdd();
+	constexpr std::tuple<char const*, char const*, int> kCases[] = {
 		{"edit.otio", "--strict", 0},
 		{"edit.otio", "--strict=all", 0},
 		{"edit.otio", "--strict=media", 0},
@@ -522,19 +455,20 @@ TEST_F(TimelineCommandTest, AStrictRenderThatIsRefusedStillReports)
 		{"odd.otio", "--strict=all", 1},
 		{"odd.otio", "--strict=media", 0},
 	};
-	for (Case const& test : kCases)
+	for (auto const& [timeline, strictness, exitCode] : kCases)
 	{
-		SCOPED_TRACE(std::string(test.mTimeline) + " " + test.mStrictness);
+		SCOPED_TRACE(std::string(timeline) + " " + strictness);
 		// The timeline is not taken for the option's value.
-		ProgramResult const result = Run({"render", "-o", "new.wav", "--report", "report.json", "--quiet",
-			test.mStrictness, test.mTimeline});
-		EXPECT_EQ(result.mExitCode, test.mExitCode) << result.mErrors;
-		EXPECT_EQ(std::filesystem::remove(mFolder / "new.wav"), test.mExitCode == 0);
+		ProgramResult const result =
+			Run({"render", "-o", "new.wav", "--report", "report.json", "--quiet", strictness, timeline});
+		EXPECT_EQ(result.mExitCode, exitCode) << result.mErrors;
+		EXPECT_EQ(result.mErrors.find("--strict") != std::string::npos, exitCode != 0) << result.mErrors;
+		EXPECT_EQ(std::filesystem::remove(mFolder / "new.wav"), exitCode == 0);
 		Json const report = Json::parse(ReadBytes(mFolder / "report.json"));
-		EXPECT_EQ(report.contains("refused"), test.mExitCode != 0);
-		EXPECT_EQ(report["outputs"].empty(), test.mExitCode != 0);
+		EXPECT_EQ(report.contains("refused"), exitCode != 0);
+		EXPECT_EQ(report["outputs"].empty(), exitCode != 0);
 		EXPECT_FALSE(report["clips"].empty());
-		EXPECT_EQ(report["missing"].empty(), std::string_view(test.mTimeline) != "missing.otio");
+		EXPECT_EQ(report["missing"].empty(), std::string_view(timeline) != "missing.otio");
 		EXPECT_TRUE(std::filesystem::remove(mFolder / "report.json"));
 	}
 }
@@ -601,17 +535,9 @@ TEST_F(TimelineCommandTest, OneOutputGoesToTheStandardOutput)
 	EXPECT_EQ(Json::parse(report.mErrors)["outputs"][0]["path"], "new.wav");
 	EXPECT_THAT(
 		Run({"graph", "edit.otio", "-o", "-", "--format", "dot"}).mOutput, testing::StartsWith("digraph"));
-	for (auto const& [words, text] :
-		{std::pair(Words{"-o", "-", "--report", "-"}, "the standard output takes one output"),
-			std::pair(Words{"-o", "-", "--stems", "track"}, "--stems")})
-	{
-		Words all = {"render", "edit.otio"};
-		all.insert(all.end(), words.begin(), words.end());
-		ProgramResult const refused = Run(all);
-		EXPECT_EQ(refused.mExitCode, 2);
-		EXPECT_EQ(refused.mOutput, "");
-		EXPECT_THAT(refused.mErrors, HasSubstr(text));
-	}
+	ExpectRefusal(
+		{"render", "edit.otio", "-o", "-", "--report", "-"}, 2, {"the standard output takes one output"});
+	ExpectRefusal({"render", "edit.otio", "-o", "-", "--stems", "track"}, 2, {"--stems"});
 }
 
 TEST_F(TimelineCommandTest, FoldersOfStemsAreMadeAndRemovedAgainByARunThatFails)
