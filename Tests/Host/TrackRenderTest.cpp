@@ -65,7 +65,8 @@ protected:
 
 	void ExpectRefusal(ClipRenderRequest const& inRequest, char const* inReason)
 	{
-		EXPECT_THAT(GetRefusalOf([&] { ClipRenderJob{inRequest}; }, HostError::Kind::eRequest), HasSubstr(inReason));
+		EXPECT_THAT(
+			GetRefusalOf([&] { ClipRenderJob{inRequest}; }, HostError::Kind::eRequest), HasSubstr(inReason));
 	}
 
 	TemporaryFolder mFolder;

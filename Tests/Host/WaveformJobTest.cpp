@@ -276,7 +276,8 @@ TEST_F(WaveformJobTest, WhatCannotBeIsRefused)
 		SCOPED_TRACE(test.mReason);
 		WaveformRequest request = MakeRequest(WaveformFormat::ePng);
 		test.mChange(request);
-		EXPECT_THAT(GetRefusalOf([&] { WaveformJob{request}; }, HostError::Kind::eRequest), HasSubstr(test.mReason));
+		EXPECT_THAT(
+			GetRefusalOf([&] { WaveformJob{request}; }, HostError::Kind::eRequest), HasSubstr(test.mReason));
 	}
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav"));
 }
