@@ -117,6 +117,11 @@ def run(start, end, media, first, channel=0, step=1, gain=1, fade=None, ramp=Non
     return result
 
 
+def fading(way, start, end, media, first, shape="equal-power", **more):
+    """A run that comes "in" or goes "out" over all its length."""
+    return run(start, end, media, first, fade=[shape, way, start, end], **more)
+
+
 def near(seconds):
     """The nearest sample, halves up."""
     return math.floor(Fraction(seconds) * RATE + Fraction(1, 2))
@@ -142,52 +147,51 @@ def case(name, why, made, frames, channels, **more):
     CASES[name] = (made, {"why": why, "rate": RATE, "frames": frames, "channels": channels, **more})
 
 
+def cuts(name, why, children, frames, runs, **more):
+    """A case of one track, heard on one channel."""
+    case(name, why, timeline(track(*children)), frames, [runs], **more)
+
+
 FILM = Fraction(1001, 24000)  # a frame at 23.976, 2002 samples
 VIDEO = Fraction(1001, 30000)  # a frame at 29.97, 1601.6 samples
 
 
 def cut_cases():
-    case("whole-file", "A clip without any range plays its whole file, which is a guess.",
-         timeline(track(clip("a.wav"))), 4800, [[run(0, 4800, "a.wav", 0)]], warns=True)
-    case("source-range", "source_range takes its part of the file, which begins at time 0.",
-         timeline(track(clip("a.wav", r(1000, 2000)))), 2000, [[run(0, 2000, "a.wav", 1000)]])
-    case("available-range", "Where the media begin at a timecode, file sample 0 is there: the hour plus one "
-         "frame of 24 is file sample 2000.",
-         timeline(track(clip("a.wav", r(86401, 1, 24), r(86400, 2.4, 24)))), 2000,
-         [[run(0, 2000, "a.wav", 2000)]])
-    case("available-range-alone", "Without source_range the available_range is what is used, not the file.",
-         timeline(track(clip("a.wav", None, r(86400, 1, 24)))), 2000, [[run(0, 2000, "a.wav", 0)]])
-    case("before-the-media", "What is asked for before the start of the media is silence; it is reported.",
-         timeline(track(clip("a.wav", r(47000, 4000), r(50000, 4800)))), 4000,
-         [[run(3000, 4000, "a.wav", 0)]], warns=True)
-    case("before-the-media-in-part", "The media begin 1 sample of 24000 late, which is 2 of 48000.",
-         timeline(track(clip("a.wav", r(0, 1000, 24000), r(1, 2400, 24000)))), 2000,
-         [[run(2, 2000, "a.wav", 0)]])
-    case("beyond-the-media", "What is asked for beyond the end of the media is silence; it is reported.",
-         timeline(track(clip("a.wav", r(4000, 4000)))), 4000, [[run(0, 800, "a.wav", 4000)]], warns=True)
-    case("behind-each-other", "Children of a track lie one behind the other.",
-         timeline(track(clip("a.wav", r(0, 1000)), clip("b.wav", r(500, 700)))), 1700,
-         [[run(0, 1000, "a.wav", 0), run(1000, 1700, "b.wav", 500)]])
-    case("gap", "A gap takes its time in silence.",
-         timeline(track(clip("a.wav", r(0, 1000)), gap(300), clip("b.wav", r(0, 700)))), 2000,
-         [[run(0, 1000, "a.wav", 0), run(1300, 2000, "b.wav", 0)]])
+    cuts("whole-file", "A clip without any range plays its whole file, which is a guess.",
+         [clip("a.wav")], 4800, [run(0, 4800, "a.wav", 0)], warns=True)
+    cuts("source-range", "source_range takes its part of the file, which begins at time 0.",
+         [clip("a.wav", r(1000, 2000))], 2000, [run(0, 2000, "a.wav", 1000)])
+    cuts("available-range", "Where the media begin at a timecode, file sample 0 is there: the hour plus one frame of "
+         "24 is file sample 2000.",
+         [clip("a.wav", r(86401, 1, 24), r(86400, 2.4, 24))], 2000, [run(0, 2000, "a.wav", 2000)])
+    cuts("available-range-alone", "Without source_range the available_range is what is used, not the file.",
+         [clip("a.wav", None, r(86400, 1, 24))], 2000, [run(0, 2000, "a.wav", 0)])
+    cuts("before-the-media", "What is asked for before the start of the media is silence; it is reported.",
+         [clip("a.wav", r(47000, 4000), r(50000, 4800))], 4000, [run(3000, 4000, "a.wav", 0)], warns=True)
+    cuts("before-the-media-in-part", "The media begin 1 sample of 24000 late, which is 2 of 48000.",
+         [clip("a.wav", r(0, 1000, 24000), r(1, 2400, 24000))], 2000, [run(2, 2000, "a.wav", 0)])
+    cuts("beyond-the-media", "What is asked for beyond the end of the media is silence; it is reported.",
+         [clip("a.wav", r(4000, 4000))], 4000, [run(0, 800, "a.wav", 4000)], warns=True)
+    cuts("behind-each-other", "Children of a track lie one behind the other.",
+         [clip("a.wav", r(0, 1000)), clip("b.wav", r(500, 700))], 1700,
+         [run(0, 1000, "a.wav", 0), run(1000, 1700, "b.wav", 500)])
+    cuts("gap", "A gap takes its time in silence.",
+         [clip("a.wav", r(0, 1000)), gap(300), clip("b.wav", r(0, 700))], 2000,
+         [run(0, 1000, "a.wav", 0), run(1300, 2000, "b.wav", 0)])
     case("tracks-sum", "Audio tracks sum; each begins at 0, and the longest one is the length.",
          timeline(track(clip("a.wav", r(0, 1000))), track(gap(500), clip("b.wav", r(0, 1500)))), 2000,
          [[run(0, 1000, "a.wav", 0), run(500, 2000, "b.wav", 0)]])
-    case("video-track", "A track of pictures is not heard, though its file has sound; it counts for the "
-         "length.",
+    case("video-track", "A track of pictures is not heard, though its file has sound; it counts for the length.",
          timeline(track(clip("b.wav", r(0, 3000)), kind="Video"), track(clip("a.wav", r(0, 1000)))), 3000,
          [[run(0, 1000, "a.wav", 0)]])
     case("track-source-range", "A track's source_range cuts it in its own time: 500 before the second clip.",
-         timeline(track(clip("a.wav", r(0, 1000)), clip("b.wav", r(0, 1000)), source_range=r(500, 1000))),
-         1000, [[run(0, 500, "a.wav", 500), run(500, 1000, "b.wav", 0)]])
+         timeline(track(clip("a.wav", r(0, 1000)), clip("b.wav", r(0, 1000)), source_range=r(500, 1000))), 1000,
+         [[run(0, 500, "a.wav", 500), run(500, 1000, "b.wav", 0)]])
     case("stack-source-range", "The outermost stack's source_range cuts all tracks.",
-         timeline(track(clip("a.wav", r(0, 2000))), track(clip("b.wav", r(0, 2000))),
-                  source_range=r(300, 900)), 900,
+         timeline(track(clip("a.wav", r(0, 2000))), track(clip("b.wav", r(0, 2000))), source_range=r(300, 900)), 900,
          [[run(0, 900, "a.wav", 300), run(0, 900, "b.wav", 300)]])
     case("range-before-the-start", "A source_range that begins before a composition begins is silent there.",
-         timeline(track(clip("a.wav", r(0, 2000)), source_range=r(-300, 900))), 900,
-         [[run(300, 900, "a.wav", 0)]])
+         timeline(track(clip("a.wav", r(0, 2000)), source_range=r(-300, 900))), 900, [[run(300, 900, "a.wav", 0)]])
     case("clip-in-a-stack", "A clip that stands in a stack by itself begins with it.",
          timeline(clip("a.wav", r(10, 500)), track(clip("b.wav", r(0, 900)))), 900,
          [[run(0, 500, "a.wav", 10), run(0, 900, "b.wav", 0)]])
@@ -195,27 +199,25 @@ def cut_cases():
 
 def nesting_cases():
     inner = stack(track(clip("a.wav", r(0, 1000)), clip("b.wav", r(0, 1000))), source_range=r(600, 800))
-    case("nested-stack", "A stack in a track is cut by its own source_range and stands where the track is.",
-         timeline(track(clip("b.wav", r(2000, 100)), inner)), 900,
-         [[run(0, 100, "b.wav", 2000), run(100, 500, "a.wav", 600), run(500, 900, "b.wav", 0)]])
-    case("nested-track", "A track in a track likewise.",
-         timeline(track(gap(50), track(clip("a.wav", r(0, 400)), gap(100), clip("b.wav", r(0, 400))))), 950,
-         [[run(50, 450, "a.wav", 0), run(550, 950, "b.wav", 0)]])
+    cuts("nested-stack", "A stack in a track is cut by its own source_range and stands where the track is.",
+         [clip("b.wav", r(2000, 100)), inner], 900,
+         [run(0, 100, "b.wav", 2000), run(100, 500, "a.wav", 600), run(500, 900, "b.wav", 0)])
+    cuts("nested-track", "A track in a track likewise.",
+         [gap(50), track(clip("a.wav", r(0, 400)), gap(100), clip("b.wav", r(0, 400)))], 950,
+         [run(50, 450, "a.wav", 0), run(550, 950, "b.wav", 0)])
     case("stack-in-stack", "A stack in a stack begins with it.",
          timeline(stack(track(clip("a.wav", r(0, 400)))), track(clip("b.wav", r(0, 600)))), 600,
          [[run(0, 400, "a.wav", 0), run(0, 600, "b.wav", 0)]])
-    case("nested-video", "A nested track that is not of kind Audio is silent and takes its time.",
-         timeline(track(track(clip("b.wav", r(0, 400)), kind="Video"), clip("a.wav", r(0, 400)))), 800,
-         [[run(400, 800, "a.wav", 0)]])
+    cuts("nested-video", "A nested track that is not of kind Audio is silent and takes its time.",
+         [track(clip("b.wav", r(0, 400)), kind="Video"), clip("a.wav", r(0, 400))], 800, [run(400, 800, "a.wav", 0)])
     deep = track(clip("a.wav", r(0, 4000)), source_range=r(100, 3000))
     deep = stack(deep, source_range=r(200, 2500))
     deep = track(deep, source_range=r(300, 2000))
     case("ranges-at-every-level", "Each level cuts in its own time: 100 + 200 + 300 + 400 samples in front.",
          timeline(deep, source_range=r(400, 1000)), 1000, [[run(0, 1000, "a.wav", 1000)]])
-    case("used-twice", "Two nested stacks that are alike are heard at both places.",
-         timeline(track(inner, inner)), 1600,
-         [[run(0, 400, "a.wav", 600), run(400, 800, "b.wav", 0), run(800, 1200, "a.wav", 600),
-           run(1200, 1600, "b.wav", 0)]])
+    cuts("used-twice", "Two nested stacks that are alike are heard at both places.",
+         [inner, inner], 1600, [run(0, 400, "a.wav", 600), run(400, 800, "b.wav", 0), run(800, 1200, "a.wav", 600),
+         run(1200, 1600, "b.wav", 0)])
     case("empty-compositions", "Empty tracks and stacks take no time and give no sound.",
          timeline(track(), stack(), track(track(), stack(), clip("a.wav", r(0, 100)))), 100,
          [[run(0, 100, "a.wav", 0)]])
@@ -224,33 +226,30 @@ def nesting_cases():
 def rounding_cases():
     b = [near(k * VIDEO) for k in range(4)]
     assert b == [0, 1602, 3203, 4805]
-    case("through-cuts", "Three frames of 29.97 cut from a file without a break are the file without a break: "
-         "1601.6 samples each, whose boundaries are rounded once, to 0, 1602, 3203, 4805.",
-         timeline(track(*[clip("a.wav", r(k, 1, 29.97)) for k in range(3)])), 4805,
-         [[run(0, 4800, "a.wav", 0)]])
+    cuts("through-cuts", "Three frames of 29.97 cut from a file without a break are the file without a break: 1601.6 "
+         "samples each, whose boundaries are rounded once, to 0, 1602, 3203, 4805.",
+         [*[clip("a.wav", r(k, 1, 29.97)) for k in range(3)]], 4805, [run(0, 4800, "a.wav", 0)])
     case("boundaries-round-once", "The same places with another file at each second one: no gap, no overlap.",
          timeline(track(clip("a.wav", r(0, 1, 29.97)), clip("b.wav", r(0, 1, 29.97)),
                         clip("a.wav", r(0, 1, 29.97)))), 4805,
          # The boundary at 3203 is 3203.2 rounded, so b's sample at 1602 is 0.4 of its own, which is 0;
          # and a's at 3203 is -0.2, which is 0 too.
          [[run(0, 1602, "a.wav", 0), run(1602, 3203, "b.wav", 0), run(3203, 4805, "a.wav", 0)]])
-    case("nested-boundaries-round-once", "Within nested items the same absolute boundaries come out: 1601.6 "
-         "twice is 3203.2, not twice 1602.",
-         timeline(track(gap(1, 29.97), stack(track(clip("a.wav", r(0, 1, 29.97)),
-                                                   clip("b.wav", r(0, 1, 29.97)))))), 4805,
-         [[run(1602, 3203, "a.wav", 0), run(3203, 4805, "b.wav", 0)]])
-    case("film-rate", "23.976 stands for 24000/1001: two frames are 4004 samples.",
-         timeline(track(clip("a.wav", r(0, 2, 23.976)), clip("b.wav", r(0, 100)))), 4104,
-         [[run(0, 4004, "a.wav", 0), run(4004, 4104, "b.wav", 0)]])
+    cuts("nested-boundaries-round-once", "Within nested items the same absolute boundaries come out: 1601.6 twice is "
+         "3203.2, not twice 1602.",
+         [gap(1, 29.97), stack(track(clip("a.wav", r(0, 1, 29.97)), clip("b.wav", r(0, 1, 29.97))))], 4805,
+         [run(1602, 3203, "a.wav", 0), run(3203, 4805, "b.wav", 0)])
+    cuts("film-rate", "23.976 stands for 24000/1001: two frames are 4004 samples.",
+         [clip("a.wav", r(0, 2, 23.976)), clip("b.wav", r(0, 100))], 4104,
+         [run(0, 4004, "a.wav", 0), run(4004, 4104, "b.wav", 0)])
     assert near(2 * FILM) == 4004
-    case("mixed-rates", "A start of 1/25 s and a duration of 1/30 s: samples 1920 to 3520.",
-         timeline(track(clip("a.wav", {"OTIO_SCHEMA": "TimeRange.1", "start_time": t(1, 25),
-                                       "duration": t(1, 30)}))), 1600, [[run(0, 1600, "a.wav", 1920)]])
-    case("small-cuts", "Clips of a 44100th of a second do not drift, nor does a gap of 800: all of it ends at "
-         "1000 * 48000 / 44100 = 1088.4 samples.",
-         timeline(track(*[clip("a.wav", r(k, 1, 44100)) for k in range(200)], gap(800, 44100),
-                        clip("b.wav", r(0, 100)))), 1188,
-         [[run(0, near(Fraction(200, 44100)), "a.wav", 0), run(1088, 1188, "b.wav", 0)]])
+    cuts("mixed-rates", "A start of 1/25 s and a duration of 1/30 s: samples 1920 to 3520.",
+         [clip("a.wav", {"OTIO_SCHEMA": "TimeRange.1", "start_time": t(1, 25), "duration": t(1, 30)})], 1600,
+         [run(0, 1600, "a.wav", 1920)])
+    cuts("small-cuts", "Clips of a 44100th of a second do not drift, nor does a gap of 800: all of it ends at 1000 * "
+         "48000 / 44100 = 1088.4 samples.",
+         [*[clip("a.wav", r(k, 1, 44100)) for k in range(200)], gap(800, 44100), clip("b.wav", r(0, 100))], 1188,
+         [run(0, near(Fraction(200, 44100)), "a.wav", 0), run(1088, 1188, "b.wav", 0)])
 
 
 def transition_cases():
@@ -274,185 +273,159 @@ def transition_cases():
     case("transition-before-the-cut", "With an out_offset of 0 it ends at the cut.",
          pair(transition(600, 0)), 4000, crossed("equal-power", 600, 0))
     case("transition-disabled", "A transition that is not enabled is a plain cut.",
-         pair(transition(400, 400, enabled=False)), 4000,
-         [[run(0, 2000, "a.wav", 0), run(2000, 4000, "b.wav", 1000)]])
-    case("missing-handle", "b begins at the cut, so there is silence in its place before; it is reported.",
-         timeline(track(clip("a.wav", r(0, 2000)), transition(400, 0), clip("b.wav", r(0, 2000)))), 4000,
-         [[run(0, 1600, "a.wav", 0), run(1600, 2000, "a.wav", 1600, fade=["equal-power", "out", 1600, 2000]),
-           run(2000, 4000, "b.wav", 0)]], warns=True)
-    case("fade-from-gap", "From a gap, the clip fades in within its own time, over the out_offset.",
-         timeline(track(gap(500), transition(0, 400), clip("a.wav", r(1000, 2000)))), 2500,
-         [[run(500, 900, "a.wav", 1000, fade=["equal-power", "in", 500, 900]),
-           run(900, 2500, "a.wav", 1400)]])
-    case("fade-to-gap", "To a gap, it fades out over the in_offset; the gap's part is silent, and reported.",
-         timeline(track(clip("a.wav", r(0, 2000)), transition(400, 100), gap(500))), 2500,
-         [[run(0, 1600, "a.wav", 0), run(1600, 2000, "a.wav", 1600, fade=["equal-power", "out", 1600, 2000])]],
+         pair(transition(400, 400, enabled=False)), 4000, [[run(0, 2000, "a.wav", 0), run(2000, 4000, "b.wav", 1000)]])
+    cuts("missing-handle", "b begins at the cut, so there is silence in its place before; it is reported.",
+         [clip("a.wav", r(0, 2000)), transition(400, 0), clip("b.wav", r(0, 2000))], 4000,
+         [run(0, 1600, "a.wav", 0), fading("out", 1600, 2000, "a.wav", 1600), run(2000, 4000, "b.wav", 0)], warns=True)
+    cuts("fade-from-gap", "From a gap, the clip fades in within its own time, over the out_offset.",
+         [gap(500), transition(0, 400), clip("a.wav", r(1000, 2000))], 2500,
+         [fading("in", 500, 900, "a.wav", 1000), run(900, 2500, "a.wav", 1400)])
+    cuts("fade-to-gap", "To a gap, it fades out over the in_offset; the gap's part is silent, and reported.",
+         [clip("a.wav", r(0, 2000)), transition(400, 100), gap(500)], 2500,
+         [run(0, 1600, "a.wav", 0), fading("out", 1600, 2000, "a.wav", 1600)], warns=True)
+    cuts("fade-at-the-ends", "At the ends of a track as next to gaps.",
+         [transition(0, 300), clip("a.wav", r(0, 2000)), transition(500, 0)], 2000,
+         [fading("in", 0, 300, "a.wav", 0), run(300, 1500, "a.wav", 300), fading("out", 1500, 2000, "a.wav", 1500)])
+    cuts("transitions-in-a-row", "Two transitions on one clip, which meet within it.",
+         [clip("a.wav", r(0, 1000)), transition(200, 500), clip("b.wav", r(1000, 1000)), transition(500, 200),
+         clip("a.wav", r(3000, 1000))], 3000,
+         [run(0, 800, "a.wav", 0), fading("out", 800, 1500, "a.wav", 800), fading("in", 800, 1500, "b.wav", 800),
+         fading("out", 1500, 2200, "b.wav", 1500), fading("in", 1500, 2200, "a.wav", 2500),
+         run(2200, 3000, "a.wav", 3200)])
+    cuts("transition-too-long", "One that is longer than a clip is made shorter; it is reported.",
+         [clip("a.wav", r(1000, 300)), transition(400, 400), clip("b.wav", r(1000, 2000))], 2300,
+         [fading("out", 0, 700, "a.wav", 1000), fading("in", 0, 700, "b.wav", 700), run(700, 2300, "b.wav", 1400)],
          warns=True)
-    case("fade-at-the-ends", "At the ends of a track as next to gaps.",
-         timeline(track(transition(0, 300), clip("a.wav", r(0, 2000)), transition(500, 0))), 2000,
-         [[run(0, 300, "a.wav", 0, fade=["equal-power", "in", 0, 300]), run(300, 1500, "a.wav", 300),
-           run(1500, 2000, "a.wav", 1500, fade=["equal-power", "out", 1500, 2000])]])
-    case("transitions-in-a-row", "Two transitions on one clip, which meet within it.",
-         timeline(track(clip("a.wav", r(0, 1000)), transition(200, 500), clip("b.wav", r(1000, 1000)),
-                        transition(500, 200), clip("a.wav", r(3000, 1000)))), 3000,
-         [[run(0, 800, "a.wav", 0), run(800, 1500, "a.wav", 800, fade=["equal-power", "out", 800, 1500]),
-           run(800, 1500, "b.wav", 800, fade=["equal-power", "in", 800, 1500]),
-           run(1500, 2200, "b.wav", 1500, fade=["equal-power", "out", 1500, 2200]),
-           run(1500, 2200, "a.wav", 2500, fade=["equal-power", "in", 1500, 2200]),
-           run(2200, 3000, "a.wav", 3200)]])
-    case("transition-too-long", "One that is longer than a clip is made shorter; it is reported.",
-         timeline(track(clip("a.wav", r(1000, 300)), transition(400, 400), clip("b.wav", r(1000, 2000)))),
-         2300, [[run(0, 700, "a.wav", 1000, fade=["equal-power", "out", 0, 700]),
-                 run(0, 700, "b.wav", 700, fade=["equal-power", "in", 0, 700]),
-                 run(700, 2300, "b.wav", 1400)]], warns=True)
     case("transition-of-nested", "The content of a nested stack reaches beyond its source_range.",
-         timeline(track(stack(track(clip("a.wav", r(0, 3000))), source_range=r(0, 2000)),
-                        transition(400, 400), clip("b.wav", r(1000, 2000)))), 4000, crossed("equal-power"))
-    case("transition-to-disabled", "A clip that is silent is crossfaded as silence.",
-         timeline(track(clip("a.wav", r(0, 2000)), transition(400, 400),
-                        clip("b.wav", r(1000, 2000), enabled=False))), 4000,
-         [[run(0, 1600, "a.wav", 0),
-           run(1600, 2400, "a.wav", 1600, fade=["equal-power", "out", 1600, 2400])]])
+         timeline(track(stack(track(clip("a.wav", r(0, 3000))), source_range=r(0, 2000)), transition(400, 400),
+         clip("b.wav", r(1000, 2000)))), 4000, crossed("equal-power"))
+    cuts("transition-to-disabled", "A clip that is silent is crossfaded as silence.",
+         [clip("a.wav", r(0, 2000)), transition(400, 400), clip("b.wav", r(1000, 2000), enabled=False)], 4000,
+         [run(0, 1600, "a.wav", 0), fading("out", 1600, 2400, "a.wav", 1600)])
 
 
 def enabled_cases():
-    case("clip-disabled", "A clip that is not enabled is silent and takes its time.",
-         timeline(track(clip("a.wav", r(0, 500), enabled=False), clip("b.wav", r(0, 500)))), 1000,
-         [[run(500, 1000, "b.wav", 0)]])
+    cuts("clip-disabled", "A clip that is not enabled is silent and takes its time.",
+         [clip("a.wav", r(0, 500), enabled=False), clip("b.wav", r(0, 500))], 1000, [run(500, 1000, "b.wav", 0)])
     case("track-disabled", "A track that is not enabled is left out.",
          timeline(track(clip("a.wav", r(0, 500)), enabled=False), track(clip("b.wav", r(0, 500)))), 500,
          [[run(0, 500, "b.wav", 0)]])
-    case("nested-disabled", "A nested stack that is not enabled is silent and takes its time.",
-         timeline(track(stack(track(clip("a.wav", r(0, 500))), enabled=False), clip("b.wav", r(0, 500)))),
-         1000, [[run(500, 1000, "b.wav", 0)]])
-    case("effect-disabled", "An effect that is not enabled has none.",
-         timeline(track(clip("a.wav", r(0, 500), effects=[warp(-1, enabled=False)]))), 500,
-         [[run(0, 500, "a.wav", 0)]])
+    cuts("nested-disabled", "A nested stack that is not enabled is silent and takes its time.",
+         [stack(track(clip("a.wav", r(0, 500))), enabled=False), clip("b.wav", r(0, 500))], 1000,
+         [run(500, 1000, "b.wav", 0)])
+    cuts("effect-disabled", "An effect that is not enabled has none.",
+         [clip("a.wav", r(0, 500), effects=[warp(-1, enabled=False)])], 500, [run(0, 500, "a.wav", 0)])
 
 
 def speed_cases():
-    case("backwards", "At -1 the length stays, and the last sample of the range is heard first.",
-         timeline(track(clip("a.wav", r(1000, 500), effects=[warp(-1)]))), 500,
-         [[run(0, 500, "a.wav", 1499, step=-1)]])
-    case("warps-multiply", "Several warps multiply: 4, 1/2 and -1/2 are -1.",
-         timeline(track(clip("a.wav", r(1000, 500), effects=[warp(4), warp(0.5), warp(-0.5)]))), 500,
-         [[run(0, 500, "a.wav", 1499, step=-1)]])
-    case("twice-as-fast", "At 2 the length stays, and twice as much of the media passes, from the start of "
-         "the range on.",
-         timeline(track(clip("a.wav", r(100, 2000), effects=[warp(2)]))), 2000,
-         [[run(0, 2000, "a.wav", 100, step=2)]], within=0.2, unsettled=40)
-    case("half-as-fast", "At 1/2 half as much passes.",
-         timeline(track(clip("a.wav", r(1000, 2000), effects=[warp(0.5)]))), 2000,
-         [[run(0, 2000, "a.wav", 1000, step=0.5)]], within=0.2, unsettled=40)
-    case("twice-as-fast-backwards", "At -2 what is heard at 2 comes the other way round: from 500 + 2 * 2000 back "
-         "to 500, the last sample first.",
-         timeline(track(clip("a.wav", r(500, 2000), effects=[warp(-2)]))), 2000,
-         [[run(0, 2000, "a.wav", 4499, step=-2)]], within=0.2, unsettled=40)
-    case("half-as-fast-backwards", "At -1/2 from 1000 + 2000 / 2 back to 1000; the end of the range is not reached.",
-         timeline(track(clip("a.wav", r(1000, 2000), effects=[warp(-0.5)]))), 2000,
-         [[run(0, 2000, "a.wav", 1999, step=-0.5)]], within=0.2, unsettled=40)
-    case("backwards-beyond-the-media", "At -2 from 3000 + 2 * 1000 on, of which the first 200 are beyond the file's "
+    cuts("backwards", "At -1 the length stays, and the last sample of the range is heard first.",
+         [clip("a.wav", r(1000, 500), effects=[warp(-1)])], 500, [run(0, 500, "a.wav", 1499, step=-1)])
+    cuts("warps-multiply", "Several warps multiply: 4, 1/2 and -1/2 are -1.",
+         [clip("a.wav", r(1000, 500), effects=[warp(4), warp(0.5), warp(-0.5)])], 500,
+         [run(0, 500, "a.wav", 1499, step=-1)])
+    cuts("twice-as-fast", "At 2 the length stays, and twice as much of the media passes, from the start of the range "
+         "on.",
+         [clip("a.wav", r(100, 2000), effects=[warp(2)])], 2000, [run(0, 2000, "a.wav", 100, step=2)], within=0.2,
+         unsettled=40)
+    cuts("half-as-fast", "At 1/2 half as much passes.",
+         [clip("a.wav", r(1000, 2000), effects=[warp(0.5)])], 2000, [run(0, 2000, "a.wav", 1000, step=0.5)],
+         within=0.2, unsettled=40)
+    cuts("twice-as-fast-backwards", "At -2 what is heard at 2 comes the other way round: from 500 + 2 * 2000 back to "
+         "500, the last sample first.",
+         [clip("a.wav", r(500, 2000), effects=[warp(-2)])], 2000, [run(0, 2000, "a.wav", 4499, step=-2)], within=0.2,
+         unsettled=40)
+    cuts("half-as-fast-backwards", "At -1/2 from 1000 + 2000 / 2 back to 1000; the end of the range is not reached.",
+         [clip("a.wav", r(1000, 2000), effects=[warp(-0.5)])], 2000, [run(0, 2000, "a.wav", 1999, step=-0.5)],
+         within=0.2, unsettled=40)
+    cuts("backwards-beyond-the-media", "At -2 from 3000 + 2 * 1000 on, of which the first 200 are beyond the file's "
          "4800: 100 samples of silence.",
-         timeline(track(clip("a.wav", r(3000, 1000), effects=[warp(-2)]))), 1000,
-         [[run(100, 1000, "a.wav", 4799, step=-2)]], within=0.2, unsettled=40)
-    case("warps-multiply-backwards", "-1/2 and 4 are -2, and the range is worked out from their product.",
-         timeline(track(clip("a.wav", r(500, 2000), effects=[warp(-0.5), warp(4)]))), 2000,
-         [[run(0, 2000, "a.wav", 4499, step=-2)]], within=0.2, unsettled=40)
-    case("freeze-frame", "A freeze frame is silent and takes its time.",
-         timeline(track(clip("a.wav", r(0, 500), effects=[item("FreezeFrame.1", {"time_scalar": 0})]),
-                        clip("b.wav", r(0, 500)))), 1000, [[run(500, 1000, "b.wav", 0)]])
+         [clip("a.wav", r(3000, 1000), effects=[warp(-2)])], 1000, [run(100, 1000, "a.wav", 4799, step=-2)],
+         within=0.2, unsettled=40)
+    cuts("warps-multiply-backwards", "-1/2 and 4 are -2, and the range is worked out from their product.",
+         [clip("a.wav", r(500, 2000), effects=[warp(-0.5), warp(4)])], 2000, [run(0, 2000, "a.wav", 4499, step=-2)],
+         within=0.2, unsettled=40)
+    cuts("freeze-frame", "A freeze frame is silent and takes its time.",
+         [clip("a.wav", r(0, 500), effects=[item("FreezeFrame.1", {"time_scalar": 0})]), clip("b.wav", r(0, 500))],
+         1000, [run(500, 1000, "b.wav", 0)])
     nested = stack(track(clip("a.wav", r(0, 600)), clip("b.wav", r(0, 600))), source_range=r(100, 1000))
-    case("nested-backwards", "A nested stack at -1 is the whole of it backwards, from the end of its range.",
-         timeline(track(gap(50), {**nested, "effects": [warp(-1)]})), 1050,
-         [[run(50, 550, "b.wav", 499, step=-1), run(550, 1050, "a.wav", 599, step=-1)]])
+    cuts("nested-backwards", "A nested stack at -1 is the whole of it backwards, from the end of its range.",
+         [gap(50), {**nested, "effects": [warp(-1)]}], 1050,
+         [run(50, 550, "b.wav", 499, step=-1), run(550, 1050, "a.wav", 599, step=-1)])
     case("track-backwards", "A track at -1 likewise.",
          timeline(track(clip("a.wav", r(0, 600)), clip("b.wav", r(0, 600)), effects=[warp(-1)])), 1200,
          [[run(0, 600, "b.wav", 599, step=-1), run(600, 1200, "a.wav", 599, step=-1)]])
     case("timeline-backwards", "The outermost stack likewise.",
          timeline(track(clip("a.wav", r(0, 600))), track(clip("b.wav", r(0, 600))), effects=[warp(-1)]), 600,
          [[run(0, 600, "a.wav", 599, step=-1), run(0, 600, "b.wav", 599, step=-1)]])
-    case("backwards-in-backwards", "A clip at -1 within a stack at -1 runs forward.",
-         timeline(track(stack(track(clip("a.wav", r(100, 600), effects=[warp(-1)])), effects=[warp(-1)]))),
-         600, [[run(0, 600, "a.wav", 100)]])
-    case("nested-twice-as-fast", "A nested stack at 2: its second 1000 samples are passed too.",
-         timeline(track(stack(track(clip("a.wav", r(0, 4000))), source_range=r(500, 1000),
-                              effects=[warp(2)]))), 1000,
-         [[run(0, 1000, "a.wav", 500, step=2)]], within=0.2, unsettled=40)
+    cuts("backwards-in-backwards", "A clip at -1 within a stack at -1 runs forward.",
+         [stack(track(clip("a.wav", r(100, 600), effects=[warp(-1)])), effects=[warp(-1)])], 600,
+         [run(0, 600, "a.wav", 100)])
+    cuts("nested-twice-as-fast", "A nested stack at 2: its second 1000 samples are passed too.",
+         [stack(track(clip("a.wav", r(0, 4000))), source_range=r(500, 1000), effects=[warp(2)])], 1000,
+         [run(0, 1000, "a.wav", 500, step=2)], within=0.2, unsettled=40)
     long = stack(track(gap(100), clip("a.wav", r(1000, 3000))), source_range=r(500, 800))
-    case("nested-twice-as-fast-backwards", "A nested stack at -2: its time 500 + 2 * 800 back to 500, which is the "
+    cuts("nested-twice-as-fast-backwards", "A nested stack at -2: its time 500 + 2 * 800 back to 500, which is the "
          "clip's 2000 back to 400 and the media's 3000 back to 1400.",
-         timeline(track({**long, "effects": [warp(-2)]})), 800,
-         [[run(0, 800, "a.wav", 2999, step=-2)]], within=0.2, unsettled=40)
+         [{**long, "effects": [warp(-2)]}], 800, [run(0, 800, "a.wav", 2999, step=-2)], within=0.2, unsettled=40)
     slow = stack(track(clip("a.wav", r(1000, 3000), effects=[warp(-0.5)])), source_range=r(500, 800))
-    case("half-backwards-within-double", "A clip at -1/2 goes from 1000 + 3000 / 2 back to 1000; the nest at 2 begins "
+    cuts("half-backwards-within-double", "A clip at -1/2 goes from 1000 + 3000 / 2 back to 1000; the nest at 2 begins "
          "500 into that, at 2250, and passes by 2 * -1/2.",
-         timeline(track({**slow, "effects": [warp(2)]})), 800,
-         [[run(0, 800, "a.wav", 2249, step=-1)]], within=0.3, unsettled=40)
+         [{**slow, "effects": [warp(2)]}], 800, [run(0, 800, "a.wav", 2249, step=-1)], within=0.3, unsettled=40)
     case("half-backwards-within-double-backwards", "The nest at -2 begins at 500 + 2 * 800, where the clip is at 2500 - "
          "2100 / 2, and goes forward.",
          timeline(track({**slow, "effects": [warp(-2)]})), 800,
          # The last sample of the nest is heard first, its 2099th; the clip's resampler, run backwards, is a sample
          # or two beside its place.
          [[run(0, 800, "a.wav", 1449.5, step=1)]], within=2, unsettled=40)
-    case("transitions-half-backwards", "At -1/2 the clip is at 2000 where it begins and at 1500 where it ends. Before its "
-         "start it borrows above, 100 samples for 200; behind its end below, 150 for 300.",
-         timeline(track(clip("b.wav", r(0, 1000)), transition(200, 0),
-                        clip("a.wav", r(1500, 1000), effects=[warp(-0.5)]), transition(0, 300),
-                        clip("b.wav", r(1000, 1000)))), 3000,
-         [[run(0, 800, "b.wav", 0), run(800, 1000, "b.wav", 800, fade=["equal-power", "out", 800, 1000]),
-           run(800, 1000, "a.wav", 2099, step=-0.5, fade=["equal-power", "in", 800, 1000]),
-           run(1000, 2000, "a.wav", 1999, step=-0.5),
-           run(2000, 2300, "a.wav", 1499, step=-0.5, fade=["equal-power", "out", 2000, 2300]),
-           run(2000, 2300, "b.wav", 1000, fade=["equal-power", "in", 2000, 2300]),
-           run(2300, 3000, "b.wav", 1300)]], within=0.2, unsettled=40)
-    case("transition-backwards", "What is read backwards goes on below its range after its end: a goes on below "
-         "its sample 1000.",
-         timeline(track(clip("a.wav", r(1000, 1000), effects=[warp(-1)]), transition(200, 300),
-                        clip("b.wav", r(1000, 1000)))), 2000,
-         [[run(0, 800, "a.wav", 1999, step=-1),
-           run(800, 1300, "a.wav", 1199, step=-1, fade=["equal-power", "out", 800, 1300]),
-           run(800, 1300, "b.wav", 800, fade=["equal-power", "in", 800, 1300]),
-           run(1300, 2000, "b.wav", 1300)]])
-    case("other-sample-rate", "A file of 44.1 kHz in a programme of 48 kHz: 0.91875 of its samples for one.",
-         timeline(track(clip("b.wav", r(0, 1)), clip("b.wav", r(1, 1)),
-                        clip("a44.wav", r(441, 2205, 44100)))), 2402,
-         [[run(0, 2, "b.wav", 0), run(2, 2402, "a44.wav", 441, step=0.91875)]], within=0.2, unsettled=40)
+    cuts("transitions-half-backwards", "At -1/2 the clip is at 2000 where it begins and at 1500 where it ends. Before "
+         "its start it borrows above, 100 samples for 200; behind its end below, 150 for 300.",
+         [clip("b.wav", r(0, 1000)), transition(200, 0), clip("a.wav", r(1500, 1000), effects=[warp(-0.5)]),
+         transition(0, 300), clip("b.wav", r(1000, 1000))], 3000,
+         [run(0, 800, "b.wav", 0), fading("out", 800, 1000, "b.wav", 800),
+         fading("in", 800, 1000, "a.wav", 2099, step=-0.5), run(1000, 2000, "a.wav", 1999, step=-0.5),
+         fading("out", 2000, 2300, "a.wav", 1499, step=-0.5), fading("in", 2000, 2300, "b.wav", 1000),
+         run(2300, 3000, "b.wav", 1300)], within=0.2, unsettled=40)
+    cuts("transition-backwards", "What is read backwards goes on below its range after its end: a goes on below its "
+         "sample 1000.",
+         [clip("a.wav", r(1000, 1000), effects=[warp(-1)]), transition(200, 300), clip("b.wav", r(1000, 1000))], 2000,
+         [run(0, 800, "a.wav", 1999, step=-1), fading("out", 800, 1300, "a.wav", 1199, step=-1),
+         fading("in", 800, 1300, "b.wav", 800), run(1300, 2000, "b.wav", 1300)])
+    cuts("other-sample-rate", "A file of 44.1 kHz in a programme of 48 kHz: 0.91875 of its samples for one.",
+         [clip("b.wav", r(0, 1)), clip("b.wav", r(1, 1)), clip("a44.wav", r(441, 2205, 44100))], 2402,
+         [run(0, 2, "b.wav", 0), run(2, 2402, "a44.wav", 441, step=0.91875)], within=0.2, unsettled=40)
 
 
 def media_cases():
     missing = {"OTIO_SCHEMA": "ExternalReference.1", "target_url": "../media/none.wav"}
-    case("missing-file", "A file that is not there is silence that takes its time; it is reported.",
-         timeline(track(clip(missing, r(0, 500), name="lost"), clip("b.wav", r(0, 500)))), 1000,
-         [[run(500, 1000, "b.wav", 0)]], missing=["lost"], warns=True)
-    case("missing-reference", "So is a clip with a MissingReference.",
-         timeline(track(clip({"OTIO_SCHEMA": "MissingReference.1"}, r(0, 500), name="lost"),
-                        clip("b.wav", r(0, 500)))), 1000,
-         [[run(500, 1000, "b.wav", 0)]], missing=["lost"], warns=True)
-    case("outside-the-media", "A clip of which nothing lies within its media is missing: its timecode is an hour, that "
-         "of the file 0.",
-         timeline(track(clip("a.wav", r(3600, 0.01, 1), name="hour"), clip("b.wav", r(0, 500)))), 980,
-         [[run(480, 980, "b.wav", 0)]], missing=["hour"], warns=True)
-    case("generator", "What a generator would make is silent, and nothing is missing.",
-         timeline(track(clip({"OTIO_SCHEMA": "GeneratorReference.1", "generator_kind": "tone"}, r(0, 500)),
-                        clip("b.wav", r(0, 500)))), 1000, [[run(500, 1000, "b.wav", 0)]])
+    cuts("missing-file", "A file that is not there is silence that takes its time; it is reported.",
+         [clip(missing, r(0, 500), name="lost"), clip("b.wav", r(0, 500))], 1000, [run(500, 1000, "b.wav", 0)],
+         missing=["lost"], warns=True)
+    cuts("missing-reference", "So is a clip with a MissingReference.",
+         [clip({"OTIO_SCHEMA": "MissingReference.1"}, r(0, 500), name="lost"), clip("b.wav", r(0, 500))], 1000,
+         [run(500, 1000, "b.wav", 0)], missing=["lost"], warns=True)
+    cuts("outside-the-media", "A clip of which nothing lies within its media is missing: its timecode is an hour, "
+         "that of the file 0.",
+         [clip("a.wav", r(3600, 0.01, 1), name="hour"), clip("b.wav", r(0, 500))], 980, [run(480, 980, "b.wav", 0)],
+         missing=["hour"], warns=True)
+    cuts("generator", "What a generator would make is silent, and nothing is missing.",
+         [clip({"OTIO_SCHEMA": "GeneratorReference.1", "generator_kind": "tone"}, r(0, 500)),
+         clip("b.wav", r(0, 500))], 1000, [run(500, 1000, "b.wav", 0)])
     two = {"OTIO_SCHEMA": "Clip.2", "name": "clip", "source_range": r(0, 500),
            "media_references": {"low": ref("a.wav"), "high": ref("b.wav")},
            "active_media_reference_key": "high"}
-    case("active-reference", "Of several references the active one counts.", timeline(track(two)), 500,
-         [[run(0, 500, "b.wav", 0)]])
-    case("encoded-url", "A relative URL counts from the file's folder and is percent-encoded.",
-         timeline(track(clip(ref("with%20space.wav"), r(0, 400)))), 400, [[run(0, 400, "with space.wav", 0)]])
-    case("plain-path", "A plain path is taken as it is.",
-         timeline(track(clip(ref("with space.wav"), r(0, 400)))), 400, [[run(0, 400, "with space.wav", 0)]])
+    cuts("active-reference", "Of several references the active one counts.", [two], 500, [run(0, 500, "b.wav", 0)])
+    cuts("encoded-url", "A relative URL counts from the file's folder and is percent-encoded.",
+         [clip(ref("with%20space.wav"), r(0, 400))], 400, [run(0, 400, "with space.wav", 0)])
+    cuts("plain-path", "A plain path is taken as it is.",
+         [clip(ref("with space.wav"), r(0, 400))], 400, [run(0, 400, "with space.wav", 0)])
 
 
 def mix_cases():
-    case("clip-gain", "-20 dB are a tenth.", timeline(track(clip("a.wav", r(0, 500), sonaro={"gain": -20}))),
-         500, [[run(0, 500, "a.wav", 0, gain=0.1)]])
+    cuts("clip-gain", "-20 dB are a tenth.",
+         [clip("a.wav", r(0, 500), sonaro={"gain": -20})], 500, [run(0, 500, "a.wav", 0, gain=0.1)])
     case("gains-at-every-level", "Gains of clip, nested stack, track and timeline multiply: -20 + 40 - 20 - 20 dB.",
          timeline(track(stack(track(clip("a.wav", r(0, 500), sonaro={"gain": -20})), sonaro={"gain": 40}),
-                        sonaro={"gain": -20}), sonaro={"gain": -20}), 500,
-         [[run(0, 500, "a.wav", 0, gain=0.1)]])
+         sonaro={"gain": -20}), sonaro={"gain": -20}), 500, [[run(0, 500, "a.wav", 0, gain=0.1)]])
     case("gain-keyframes", "Keyframes count from the start of the clip; held ones jump.",
          timeline(track(gap(640), clip("a.wav", r(100, 2000), sonaro={"gain": {"keyframes": [
              {"time": t(0), "value": 0, "interpolation": "hold"},
@@ -460,58 +433,52 @@ def mix_cases():
          [[run(640, 1280, "a.wav", 100), run(1280, 2640, "a.wav", 740, gain=0.1)]],
          # A jump of a gain may be rounded off against clicks, from its place on.
          skipped=[[1280, 1280 + RATE // 100]])
-    case("foreign-gain", "A gain that another program left in an effect multiplies.",
-         timeline(track(clip("a.wav", r(0, 500), sonaro={"gain": -20}, effects=[
-             {"OTIO_SCHEMA": "Effect.1", "name": "level", "effect_name": "Volume",
-              "metadata": {"parameters": {"gain": 0.5}}}]))), 500,
-         [[run(0, 500, "a.wav", 0, gain=0.05)]], warns=True)
-    case("clip-mute", "A muted clip is silent and takes its time.",
-         timeline(track(clip("a.wav", r(0, 500), sonaro={"mute": True}), clip("b.wav", r(0, 500)))), 1000,
-         [[run(500, 1000, "b.wav", 0)]])
+    cuts("foreign-gain", "A gain that another program left in an effect multiplies.",
+         [clip("a.wav", r(0, 500), sonaro={"gain": -20},
+         effects=[ {"OTIO_SCHEMA": "Effect.1", "name": "level", "effect_name": "Volume",
+         "metadata": {"parameters": {"gain": 0.5}}}])], 500, [run(0, 500, "a.wav", 0, gain=0.05)], warns=True)
+    cuts("clip-mute", "A muted clip is silent and takes its time.",
+         [clip("a.wav", r(0, 500), sonaro={"mute": True}), clip("b.wav", r(0, 500))], 1000,
+         [run(500, 1000, "b.wav", 0)])
     case("track-mute", "A muted track is left out.",
-         timeline(track(clip("a.wav", r(0, 500)), sonaro={"mute": True}), track(clip("b.wav", r(0, 500)))),
-         500, [[run(0, 500, "b.wav", 0)]])
+         timeline(track(clip("a.wav", r(0, 500)), sonaro={"mute": True}), track(clip("b.wav", r(0, 500)))), 500,
+         [[run(0, 500, "b.wav", 0)]])
     case("solo", "Of the children of a stack those that are solo are heard.",
-         timeline(track(clip("a.wav", r(0, 500))), track(clip("b.wav", r(0, 500)), sonaro={"solo": True})),
-         500, [[run(0, 500, "b.wav", 0)]])
+         timeline(track(clip("a.wav", r(0, 500))), track(clip("b.wav", r(0, 500)), sonaro={"solo": True})), 500,
+         [[run(0, 500, "b.wav", 0)]])
     case("solo-within", "A solo counts among its siblings alone.",
          timeline(track(clip("a.wav", r(0, 500))),
-                  stack(track(clip("b.wav", r(0, 500)), sonaro={"solo": True}),
-                        track(clip("b.wav", r(1000, 500))))), 500,
+         stack(track(clip("b.wav", r(0, 500)), sonaro={"solo": True}), track(clip("b.wav", r(1000, 500))))), 500,
          [[run(0, 500, "a.wav", 0), run(0, 500, "b.wav", 0)]])
-    case("channels", "\"channels\" counts from 1: the second channel alone.",
-         timeline(track(clip("stereo.wav", r(0, 500), sonaro={"channels": [2]}))), 500,
-         [[run(0, 500, "stereo.wav", 0, channel=1)]])
+    cuts("channels", "\"channels\" counts from 1: the second channel alone.",
+         [clip("stereo.wav", r(0, 500), sonaro={"channels": [2]})], 500, [run(0, 500, "stereo.wav", 0, channel=1)])
     case("channels-swapped", "Two of them, the other way round.",
          timeline(track(clip("stereo.wav", r(0, 500), sonaro={"channels": [2, 1]}))), 500,
          [[run(0, 500, "stereo.wav", 0, channel=1)], [run(0, 500, "stereo.wav", 0)]])
-    case("fades", "fade_in and fade_out of a clip, each with its curve.",
-         timeline(track(clip("a.wav", r(0, 2000), sonaro={
-             "fade_in": {"duration": 0.01, "curve": "linear"},
-             "fade_out": {"duration": t(240), "curve": "s-curve"}}))), 2000,
-         [[run(0, 480, "a.wav", 0, fade=["linear", "in", 0, 480]), run(480, 1760, "a.wav", 480),
-           run(1760, 2000, "a.wav", 1760, fade=["s-curve", "out", 1760, 2000])]])
+    cuts("fades", "fade_in and fade_out of a clip, each with its curve.",
+         [clip("a.wav", r(0, 2000), sonaro={ "fade_in": {"duration": 0.01, "curve": "linear"},
+         "fade_out": {"duration": t(240), "curve": "s-curve"}})], 2000,
+         [fading("in", 0, 480, "a.wav", 0, shape="linear"), run(480, 1760, "a.wav", 480),
+         fading("out", 1760, 2000, "a.wav", 1760, shape="s-curve")])
     case("fades-of-tracks", "Tracks and the timeline itself have fades too.",
          timeline(track(clip("a.wav", r(0, 2000)), sonaro={"fade_in": {"duration": t(480), "curve": "linear"}}),
-                  sonaro={"fade_out": {"duration": t(480), "curve": "linear"}}), 2000,
-         [[run(0, 480, "a.wav", 0, fade=["linear", "in", 0, 480]), run(480, 1520, "a.wav", 480),
-           run(1520, 2000, "a.wav", 1520, fade=["linear", "out", 1520, 2000])]])
+         sonaro={"fade_out": {"duration": t(480), "curve": "linear"}}), 2000,
+         [[fading("in", 0, 480, "a.wav", 0, shape="linear"), run(480, 1520, "a.wav", 480),
+         fading("out", 1520, 2000, "a.wav", 1520, shape="linear")]])
     submixes = [{"name": "room", "gain": -20}]
     case("output", "A track that goes to a submix is heard through it alone.",
          timeline(track(clip("a.wav", r(0, 500)), sonaro={"output": "room"}), track(clip("b.wav", r(0, 500))),
-                  sonaro={"submixes": submixes}), 500,
-         [[run(0, 500, "a.wav", 0, gain=0.1), run(0, 500, "b.wav", 0)]])
+         sonaro={"submixes": submixes}), 500, [[run(0, 500, "a.wav", 0, gain=0.1), run(0, 500, "b.wav", 0)]])
     case("send", "A send goes behind the fader: 1/10 straight, and 1/10 * 1/10 * 1/10 through the submix.",
-         timeline(track(clip("a.wav", r(0, 500)), sonaro={"gain": -20, "sends": [
-             {"to": "room", "gain": -20}]}), sonaro={"submixes": submixes}), 500,
-         [[run(0, 500, "a.wav", 0, gain=0.101)]])
+         timeline(track(clip("a.wav", r(0, 500)), sonaro={"gain": -20, "sends": [ {"to": "room", "gain": -20}]}),
+         sonaro={"submixes": submixes}), 500, [[run(0, 500, "a.wav", 0, gain=0.101)]])
     case("send-before-the-fader", "Before the fader: the track's gain does not count.",
-         timeline(track(clip("a.wav", r(0, 500)), sonaro={"gain": -20, "sends": [
-             {"to": "room", "gain": -20, "pre_fader": True}]}), sonaro={"submixes": submixes}), 500,
-         [[run(0, 500, "a.wav", 0, gain=0.11)]])
+         timeline(track(clip("a.wav", r(0, 500)),
+         sonaro={"gain": -20, "sends": [ {"to": "room", "gain": -20, "pre_fader": True}]}),
+         sonaro={"submixes": submixes}), 500, [[run(0, 500, "a.wav", 0, gain=0.11)]])
     case("submix-mute", "A muted submix is silent; what else the track goes to is not.",
          timeline(track(clip("a.wav", r(0, 500)), sonaro={"sends": [{"to": "room", "gain": 0}]}),
-                  sonaro={"submixes": [{"name": "room", "mute": True}]}), 500, [[run(0, 500, "a.wav", 0)]])
+         sonaro={"submixes": [{"name": "room", "mute": True}]}), 500, [[run(0, 500, "a.wav", 0)]])
 
 
 def editor_effect(name, *parameters, **more):
@@ -579,8 +546,8 @@ def level_cases():
                  run(2760, 3000, "a.wav", 3760, fade=["equal-power", "out", 2760, 3000])]])
     case("level-parameter-id-pan", "pan -100 is the very left.",
          timeline(track(clip("stereo.wav", r(0, 500), sonaro={"channels": [1]},
-                             effects=[editor_effect("Pan", editor_parameter("pan", -100))])),
-                  sonaro={"layout": "stereo"}), 500, [[run(0, 500, "stereo.wav", 0)], []])
+         effects=[editor_effect("Pan", editor_parameter("pan", -100))])), sonaro={"layout": "stereo"}), 500,
+         [[run(0, 500, "stereo.wav", 0)], []])
     level_case("display-name", "\"DisplayName\" Level is a factor, its StartValue holds wherever it stands.",
                [display_effect(display_parameter("Mute"), display_parameter("Level", 0.1))], tenth)
     level_case("display-name-keyframes", "Its positions are times of the media: 1500 is the clip's 500. A guess.",
@@ -635,11 +602,10 @@ def layout_cases():
     case("mono-and-stereo", "Mono beside stereo is heard at full level on both sides.",
          timeline(track(clip("stereo.wav", r(0, 500)), clip("a.wav", r(0, 500)))), 1000,
          [[run(0, 500, "stereo.wav", 0), run(500, 1000, "a.wav", 0)],
-          [run(0, 500, "stereo.wav", 0, channel=1), run(500, 1000, "a.wav", 0)]])
-    case("mono-programme", "A programme that is asked to be mono has half of each side.",
-         timeline(track(clip("stereo.wav", r(0, 500)))), 500,
-         [[run(0, 500, "stereo.wav", 0, gain=0.5), run(0, 500, "stereo.wav", 0, channel=1, gain=0.5)]],
-         layout="mono")
+         [run(0, 500, "stereo.wav", 0, channel=1), run(500, 1000, "a.wav", 0)]])
+    cuts("mono-programme", "A programme that is asked to be mono has half of each side.",
+         [clip("stereo.wav", r(0, 500))], 500,
+         [run(0, 500, "stereo.wav", 0, gain=0.5), run(0, 500, "stereo.wav", 0, channel=1, gain=0.5)], layout="mono")
     case("timeline-layout", "The timeline's own layout.",
          timeline(track(clip("a.wav", r(0, 500))), sonaro={"layout": "stereo"}), 500,
          [[run(0, 500, "a.wav", 0)], [run(0, 500, "a.wav", 0)]])
@@ -660,15 +626,15 @@ def label_cases():
                           markers=[marker("track", 300, 100)]), source_range=r(50, 550),
                     markers=[marker("stack", 60), marker("cut away", 20)])
     made["global_start_time"] = t(86400, 24)
-    case("markers", "Markers stand in the time of what carries them; those that are cut away are gone. The "
-         "global start time is a label and moves nothing.",
-         made, 550, [[run(50, 550, "a.wav", 1000)]],
-         markers=[["stack", 10], ["track", 250], ["clip", 250]], global_start=3600)
+    case("markers", "Markers stand in the time of what carries them; those that are cut away are gone. The global "
+         "start time is a label and moves nothing.",
+         made, 550, [[run(50, 550, "a.wav", 1000)]], markers=[["stack", 10], ["track", 250], ["clip", 250]],
+         global_start=3600)
     newer = {**marker("newer", 60), "OTIO_SCHEMA": "Marker.3",
              "color": {"OTIO_SCHEMA": "Color.1", "r": 1.0, "g": 0, "b": 0, "a": 1, "name": "Red"}}
-    case("newer-marker", "Marker.3 has a Color; nothing of it is a guess.",
-         timeline(track(clip("a.wav", r(1000, 500), markers=[{**newer, "marked_range": r(1060, 0)}]))), 500,
-         [[run(0, 500, "a.wav", 1000)]], markers=[["newer", 60]])
+    cuts("newer-marker", "Marker.3 has a Color; nothing of it is a guess.",
+         [clip("a.wav", r(1000, 500), markers=[{**newer, "marked_range": r(1060, 0)}])], 500,
+         [run(0, 500, "a.wav", 1000)], markers=[["newer", 60]])
 
 
 def make_all():
