@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 
 #include <gmock/gmock.h>
 
@@ -66,75 +67,70 @@ Item const& GetFirstChild(Document const& inDocument)
 	return *inDocument.mTimelines[0].mTracks.mChildren[0].As<Track>()->mChildren[0].AsItem();
 }
 
+struct LevelCase
+{
+	char const* mMetadata;
+	char const* mGain;
+	char const* mPan;
+	char const* mKinds;
+};
+
+constexpr LevelCase kLevels[] = {
+	// metadata of an effect                                             gain, pan, kinds of notes
+	{R"({"gain_db": -6})", "dB -6.0", "none", ""},
+	{R"({"x": {"Gain dB": "4.5"}})", "dB 4.5", "none", ""},
+	{R"({"x": {"parameters": {"volume": -3}}})", "dB -3.0", "none", "guess"},
+	{R"({"x": {"PARAMETERS": {"volume": 0.5}}})", "linear 0.5", "none", "guess"},
+	{R"({"x": {"parameters": {"volume": 0}}})", "none", "none", "level"},
+	{R"({"x": {"parameters": {"volume": 80}}})", "none", "none", "level"},
+	{R"({"x": {"parameters": {"volume": true}}})", "none", "none", "level"},
+	{R"({"x": {"parameters": {"volume": {"value": 0, "Unit": "dB"}}}})", "dB 0.0", "none", ""},
+	{R"({"x": {"parameter": [{"name": "Level", "Value": "1"}, {"name": "Pan", "value": "-1"}]}})",
+		"linear 1.0", "linear -1.0", "guess"},
+	{R"({"x": {"parameter": {"parameterid": "pan", "value": "3/4"}}})", "none", "linear 0.5", ""},
+	{R"({"x": {"parameter": [{"name": "gain", "amount": 3}]}})", "none", "none", "level"},
+	{R"({"x": {"parameter": [{"name": "gain", "value": 1, "default": 1}]}})", "none", "none", ""},
+	{R"({"x": {"parameter": [{"name": "radius", "value": 1, "default": 1}]}})", "none", "none", ""},
+	{R"({"x": {"parameter": [{"name": "radius", "value": 2, "default": 1}]}})", "none", "none", "ignored"},
+	{R"({"x": {"parameter": [{"name": "radius", "value": 2}]}})", "none", "none", "ignored"},
+	{R"({"x": {"parameter": [{"name": "radius", "size": 2}]}})", "none", "none", "ignored"},
+	{R"({"x": {"Effect Name": "Clip Volume", "amount": 2}})", "none", "none", "level"},
+	{R"({"x": {"Name": "ClipVolume", "params": [{"name": "left", "value": 2, "default": 1}]}})", "none",
+		"none", "level"},
+	{R"({"gain_db": 1, "params": [{"name": "left", "value": 2, "default": 1}]})", "dB 1.0", "none",
+		"ignored"},
+	{R"({"gain_db": 1, "params": [{"name": "left", "value": 2}]})", "dB 1.0", "none", ""},
+	{R"({"x": {"Effect Name": "Clip Volume", "amount": 2, "Enabled": false}})", "none", "none", ""},
+	{R"({"gain_db": "?", "enabled": 0})", "none", "none", ""},
+	{R"({"x": {"parameters": []}})", "none", "none", ""},
+	{R"({"pan": 0.5})", "none", "none", "level"},
+	{R"({"pan": "9/4"})", "none", "none", "level"},
+	{R"({"solo": true})", "none", "none", "level"},
+	{R"({"channelMap": [2, 1]})", "none", "none", "level"},
+	{R"({"x": {"solo": false, "channelMap": [], "parameters": []}})", "none", "none", ""},
+	{R"({"gain_db": {"keyframes": [{"when": 30, "value": -3}, {"when": "15", "value": 0}]}})",
+		"dB 15.0/30.0:0.0 30.0/30.0:-3.0", "none", "guess"},
+	{R"({"gain_db": [{"time": 1.5, "value": -3}]})", "dB 1.5/1.0:-3.0", "none", "guess"},
+	{R"({"gain_db": [{"time": 1, "value": -3}, {"Time": "1/2", "value": -3}]})", "none", "none",
+		"guess level"},
+	{R"({"gain_db": {"keyframes": [{"time": "00:01", "value": -3}]}})", "none", "none", "level"},
+	{R"({"gain_db": "0=1;5=2"})", "none", "none", "level"},
+	{R"({"gain_db": -1, "x": {"level": -2}})", "dB -1.0", "none", "level"},
+	{R"({"x": {"y": {"gain_db": 3}}, "regain": 4})", "none", "none", "ignored"},
+};
+
 TEST(OtioLevels, OfOtherProgramsAreReadWhereTheyAreClear)
 {
-	struct Case
+	for (auto const& [metadata, gain, pan, kinds] : kLevels)
 	{
-		char const* mMetadata;
-		char const* mGain;
-		char const* mPan;
-		char const* mKinds;
-	};
-	Case const cases[] = {
-		// metadata of an effect                                             gain, pan, kinds of notes
-		{R"({"gain_db": -6})", "dB -6.0", "none", ""},
-		{R"({"x": {"Gain dB": "4.5"}})", "dB 4.5", "none", ""},
-		{R"({"x": {"parameters": {"volume": -3}}})", "dB -3.0", "none", "guess"},
-		{R"({"x": {"PARAMETERS": {"volume": 0.5}}})", "linear 0.5", "none", "guess"},
-		{R"({"x": {"parameters": {"volume": 0}}})", "none", "none", "level"},
-		{R"({"x": {"parameters": {"volume": 80}}})", "none", "none", "level"},
-		{R"({"x": {"parameters": {"volume": true}}})", "none", "none", "level"},
-		{R"({"x": {"parameters": {"volume": {"value": 0, "Unit": "dB"}}}})", "dB 0.0", "none", ""},
-		{R"({"x": {"parameter": [{"name": "Level", "Value": "1"}, {"name": "Pan", "value": "-1"}]}})",
-			"linear 1.0", "linear -1.0", "guess"},
-		{R"({"x": {"parameter": {"parameterid": "pan", "value": "3/4"}}})", "none", "linear 0.5", ""},
-		{R"({"x": {"parameter": [{"name": "gain", "amount": 3}]}})", "none", "none", "level"},
-		{R"({"x": {"parameter": [{"name": "gain", "value": 1, "default": 1}]}})", "none", "none", ""},
-		{R"({"x": {"parameter": [{"name": "radius", "value": 1, "default": 1}]}})", "none", "none", ""},
-		{R"({"x": {"parameter": [{"name": "radius", "value": 2, "default": 1}]}})", "none", "none",
-			"ignored"},
-		{R"({"x": {"parameter": [{"name": "radius", "value": 2}]}})", "none", "none", "ignored"},
-		{R"({"x": {"parameter": [{"name": "radius", "size": 2}]}})", "none", "none", "ignored"},
-		{R"({"x": {"Effect Name": "Clip Volume", "amount": 2}})", "none", "none", "level"},
-		{R"({"x": {"Name": "ClipVolume", "params": [{"name": "left", "value": 2, "default": 1}]}})", "none",
-			"none", "level"},
-		{R"({"gain_db": 1, "params": [{"name": "left", "value": 2, "default": 1}]})", "dB 1.0", "none",
-			"ignored"},
-		{R"({"gain_db": 1, "params": [{"name": "left", "value": 2}]})", "dB 1.0", "none", ""},
-		{R"({"x": {"Effect Name": "Clip Volume", "amount": 2, "Enabled": false}})", "none", "none", ""},
-		{R"({"gain_db": "?", "enabled": 0})", "none", "none", ""},
-		{R"({"x": {"parameters": []}})", "none", "none", ""},
-		{R"({"pan": 0.5})", "none", "none", "level"},
-		{R"({"pan": "9/4"})", "none", "none", "level"},
-		{R"({"solo": true})", "none", "none", "level"},
-		{R"({"channelMap": [2, 1]})", "none", "none", "level"},
-		{R"({"x": {"solo": false, "channelMap": [], "parameters": []}})", "none", "none", ""},
-		{R"({"gain_db": {"keyframes": [{"when": 30, "value": -3}, {"when": "15", "value": 0}]}})",
-			"dB 15.0/30.0:0.0 30.0/30.0:-3.0", "none", "guess"},
-		{R"({"gain_db": [{"time": 1.5, "value": -3}]})", "dB 1.5/1.0:-3.0", "none", "guess"},
-		{R"({"gain_db": [{"time": 1, "value": -3}, {"Time": "1/2", "value": -3}]})", "none", "none",
-			"guess level"},
-		{R"({"gain_db": {"keyframes": [{"time": "00:01", "value": -3}]}})", "none", "none", "level"},
-		{R"({"gain_db": "0=1;5=2"})", "none", "none", "level"},
-		{R"({"gain_db": -1, "x": {"level": -2}})", "dB -1.0", "none", "level"},
-		{R"({"x": {"y": {"gain_db": 3}}, "regain": 4})", "none", "none", "ignored"},
-		{R"({"gain_db": {"value": 1e999999}})", "unread", "", ""},
-	};
-	for (Case const& test : cases)
-	{
-		SCOPED_TRACE(test.mMetadata);
-		std::string const text = MakeWithEffect(test.mMetadata);
-		if (test.mGain == std::string("unread"))
-		{
-			EXPECT_ANY_THROW(ReadDocument(text, "edit.otio"));
-			continue;
-		}
-		Document const document = ReadDocument(text, "edit.otio");
+		SCOPED_TRACE(metadata);
+		Document const document = ReadDocument(MakeWithEffect(metadata), "edit.otio");
 		ForeignLevels const& levels = GetFirstChild(document).mEffects[0].mLevels;
-		EXPECT_EQ(Describe(levels.mGain), test.mGain);
-		EXPECT_EQ(Describe(levels.mPan), test.mPan);
-		EXPECT_EQ(ListKinds(document), test.mKinds);
+		EXPECT_EQ(Describe(levels.mGain), gain);
+		EXPECT_EQ(Describe(levels.mPan), pan);
+		EXPECT_EQ(ListKinds(document), kinds);
 	}
+	EXPECT_ANY_THROW(ReadDocument(MakeWithEffect(R"({"gain_db": {"value": 1e999999}})"), "edit.otio"));
 }
 
 TEST(OtioLevels, ParametersOfEditorsAreReadInTheirUnits)
@@ -202,13 +198,7 @@ TEST(OtioLevels, ParametersOfEditorsAreReadInTheirUnits)
 
 TEST(OtioLevels, OfItemsAndMediaAreNotedWhereTheyAreNotRead)
 {
-	struct Case
-	{
-		char const* mPlace;
-		char const* mMetadata;
-		bool mIsNoted;
-	};
-	Case const cases[] = {
+	std::tuple<char const*, char const*, bool> const cases[] = {
 		{"", R"({"x": {"volume": 0.5}})", true},
 		{"", R"({"x": {"volume": 1, "Gain_dB": 0, "pan": "0", "level": "info", "mute": 0}})", false},
 		{"", R"({"x": {"volume": 0.5}, "sonaro": {"gain": -6}})", false},
@@ -224,14 +214,14 @@ TEST(OtioLevels, OfItemsAndMediaAreNotedWhereTheyAreNotRead)
 		{"/media_reference", R"({"x": {"channelMap": [2]}})", true},
 		{"/media_reference", R"({"x": {"level": 31, "gain": 2}})", false},
 	};
-	for (Case const& test : cases)
+	for (auto const& [place, metadata, isNoted] : cases)
 	{
-		SCOPED_TRACE(std::string(test.mPlace) + " " + test.mMetadata);
+		SCOPED_TRACE(std::string(place) + " " + metadata);
 		json clip = {{"OTIO_SCHEMA", "Clip.1"}, {"source_range", MakeRange(0, 90, 30)},
 			{"media_reference", {{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", "a.wav"}}}};
-		clip[json::json_pointer(std::string(test.mPlace) + "/metadata")] = json::parse(test.mMetadata);
+		clip[json::json_pointer(std::string(place) + "/metadata")] = json::parse(metadata);
 		Document const document = ReadDocument(MakeTimeline(json::array({clip})).dump(), "edit.otio");
-		EXPECT_EQ(ListKinds(document), test.mIsNoted ? "level" : "");
+		EXPECT_EQ(ListKinds(document), isNoted ? "level" : "");
 	}
 }
 

@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -121,7 +122,7 @@ TEST(OtioReader, RefusalsNameThePlace)
 		std::string mValue;
 		// What follows the place; the place is the pointer with mBelow behind it.
 		std::string mReason;
-		std::string mBelow;
+		std::string mBelow = "";
 	};
 	std::string const track = "/tracks/children/0";
 	std::string const clip = track + "/children/0";
@@ -129,51 +130,49 @@ TEST(OtioReader, RefusalsNameThePlace)
 	std::string const sonaro = clip + "/metadata/sonaro";
 	std::string const submixes = "/metadata/sonaro/submixes";
 	Case const cases[] = {
-		{range + "/duration/value", "-1", "is -1; it must not be negative", ""},
-		{range + "/duration/rate", "0", "is 0; it must be from 1e-04 to 1e+12", ""},
-		{range + "/start_time/rate", "-25", "is -25; it must be from 1e-04", ""},
-		{range + "/start_time/rate", "1e300", "is 1e+300; it must be", ""},
-		{range + "/start_time/value", "1e17", "is 1e+17 at a rate of 25; times must be within", ""},
-		{range + "/start_time/value", "null", "is missing; it must be a number", ""},
-		{range + "/start_time/value", R"("7")", "is a text; it must be a number", ""},
-		{range + "/duration", "gone", "is missing; it must be a RationalTime", ""},
-		{range, R"({"OTIO_SCHEMA": "RationalTime.1"})", "is of the schema 'RationalTime.1'; it must be a Ti",
-			""},
-		{clip + "/enabled", R"("no")", "is a text; it must be true or false", ""},
-		{clip + "/effects", "{}", "is an object; it must be a list", ""},
-		{clip + "/effects/0/time_scalar", "1e9", "is 1e+09; it must be from -1000 to 1000", ""},
-		{clip + "/effects/0", "7", "is a number; it must be an effect", ""},
-		{clip + "/media_references", "[]", "is a list; it must be an object of media references", ""},
-		{clip + "/media_references/DEFAULT_MEDIA/available_range/duration/rate", "0", "is 0; it must be", ""},
-		{clip + "/media_references/DEFAULT_MEDIA/target_url", "5", "is a number; it must be a text", ""},
-		{track + "/children/1/in_offset/value", "-3", "is -3; it must not be negative", ""},
-		{track + "/children/3", R"({"OTIO_SCHEMA": "Title.1"})", "is of the schema 'Title.1', which is not",
-			""},
-		{track + "/children/3", R"("Gap")", "is a text; it must be a clip, gap", ""},
-		{track + "/children", "0", "is a number; it must be a list", ""},
-		{track + "/kind", "{}", "is an object; it must be a text", ""},
-		{"/tracks", R"({"OTIO_SCHEMA": "Track.1"})", "is no Stack", ""},
-		{"/tracks", "[]", "is no Stack", ""},
-		{sonaro, "[]", "is a list; it must be an object", ""},
-		{sonaro + "/gain", "101", "is 101; it must be from", ""},
-		{sonaro + "/gain", R"("loud")", "is a text; it must be a number", ""},
+		{range + "/duration/value", "-1", "is -1; it must not be negative"},
+		{range + "/duration/rate", "0", "is 0; it must be from 1e-04 to 1e+12"},
+		{range + "/start_time/rate", "-25", "is -25; it must be from 1e-04"},
+		{range + "/start_time/rate", "1e300", "is 1e+300; it must be"},
+		{range + "/start_time/value", "1e17", "is 1e+17 at a rate of 25; times must be within"},
+		{range + "/start_time/value", "null", "is missing; it must be a number"},
+		{range + "/start_time/value", R"("7")", "is a text; it must be a number"},
+		{range + "/duration", "gone", "is missing; it must be a RationalTime"},
+		{range, R"({"OTIO_SCHEMA": "RationalTime.1"})", "is of the schema 'RationalTime.1'; it must be a Ti"},
+		{clip + "/enabled", R"("no")", "is a text; it must be true or false"},
+		{clip + "/effects", "{}", "is an object; it must be a list"},
+		{clip + "/effects/0/time_scalar", "1e9", "is 1e+09; it must be from -1000 to 1000"},
+		{clip + "/effects/0", "7", "is a number; it must be an effect"},
+		{clip + "/media_references", "[]", "is a list; it must be an object of media references"},
+		{clip + "/media_references/DEFAULT_MEDIA/available_range/duration/rate", "0", "is 0; it must be"},
+		{clip + "/media_references/DEFAULT_MEDIA/target_url", "5", "is a number; it must be a text"},
+		{track + "/children/1/in_offset/value", "-3", "is -3; it must not be negative"},
+		{track + "/children/3", R"({"OTIO_SCHEMA": "Title.1"})", "is of the schema 'Title.1', which is not"},
+		{track + "/children/3", R"("Gap")", "is a text; it must be a clip, gap"},
+		{track + "/children", "0", "is a number; it must be a list"},
+		{track + "/kind", "{}", "is an object; it must be a text"},
+		{"/tracks", R"({"OTIO_SCHEMA": "Track.1"})", "is no Stack"},
+		{"/tracks", "[]", "is no Stack"},
+		{sonaro, "[]", "is a list; it must be an object"},
+		{sonaro + "/gain", "101", "is 101; it must be from"},
+		{sonaro + "/gain", R"("loud")", "is a text; it must be a number"},
 		{sonaro + "/gain", "{}", "is missing; it must be a list of at least one", "/keyframes"},
-		{sonaro + "/gain/keyframes/0/time", "null", "is missing; it must be seconds or a RationalTime", ""},
-		{sonaro + "/gain/keyframes/0/interpolation", R"("sharp")", "is 'sharp'; it must be", ""},
+		{sonaro + "/gain/keyframes/0/time", "null", "is missing; it must be seconds or a RationalTime"},
+		{sonaro + "/gain/keyframes/0/interpolation", R"("sharp")", "is 'sharp'; it must be"},
 		{sonaro + "/gain/keyframes/1", "3", "is missing; it must be seconds or a", "/time"},
-		{sonaro + "/pan", "1.5", "is 1.5; it must be from -1 to 1", ""},
-		{sonaro + "/channels", "[]", "lists 0 channels", ""},
-		{sonaro + "/channels/1", "0", "is 0; it must be from 1 to 64", ""},
-		{sonaro + "/channels/1", "1.5", "is 1.5; it must be a whole number", ""},
+		{sonaro + "/pan", "1.5", "is 1.5; it must be from -1 to 1"},
+		{sonaro + "/channels", "[]", "lists 0 channels"},
+		{sonaro + "/channels/1", "0", "is 0; it must be from 1 to 64"},
+		{sonaro + "/channels/1", "1.5", "is 1.5; it must be a whole number"},
 		{sonaro + "/fade_out", R"({"duration": -1})", "is negative", "/duration"},
 		{sonaro + "/fade_out", R"({"duration": 1, "curve": "log"})", "is 'log'; it must be", "/curve"},
-		{"/metadata/sonaro/layout", R"("7.1")", "is '7.1'; it must be", ""},
-		{"/metadata/sonaro/layout", "2.5", "is '2.5'; it must be", ""},
-		{submixes + "/1/name", R"("dialogue")", "is 'dialogue'; another submix has", ""},
+		{"/metadata/sonaro/layout", R"("7.1")", "is '7.1'; it must be"},
+		{"/metadata/sonaro/layout", "2.5", "is '2.5'; it must be"},
+		{submixes + "/1/name", R"("dialogue")", "is 'dialogue'; another submix has"},
 		{submixes + "/1/output", R"("dialogue")", "leads round in a circle", "/../../0/output"},
-		{submixes + "/2/output", R"("gone")", "is 'gone'; there is no submix of that name", ""},
-		{track + "/metadata/sonaro/output", R"("main 2")", "is 'main 2'; the stack around", ""},
-		{track + "/metadata/sonaro/sends/0/to", R"("a\nb")", R"(is 'a\x0ab'; the stack around)", ""},
+		{submixes + "/2/output", R"("gone")", "is 'gone'; there is no submix of that name"},
+		{track + "/metadata/sonaro/output", R"("main 2")", "is 'main 2'; the stack around"},
+		{track + "/metadata/sonaro/sends/0/to", R"("a\nb")", R"(is 'a\x0ab'; the stack around)"},
 		{"/OTIO_SCHEMA", "gone", "has no OTIO_SCHEMA", "/.."},
 		{"/OTIO_SCHEMA", R"("Clip.2")", "is of the schema 'Clip.2'; only a Timeline", "/.."},
 	};
@@ -191,12 +190,7 @@ TEST(OtioReader, NoJsonIsRefusedWithLineAndColumn)
 {
 	std::string const deepMetadata = R"({"OTIO_SCHEMA": "Timeline.1", "metadata":)" +
 									 std::string(10000, '[') + std::string(10000, ']') + "}";
-	struct Case
-	{
-		std::string mText;
-		std::string mWanted;
-	};
-	Case const cases[] = {
+	std::pair<std::string, std::string> const cases[] = {
 		{"", "'edit.otio': is empty"},
 		{"\x7f", "'edit.otio': is no OpenTimelineIO file"},
 		{"{\n\t\"a\": }", "'edit.otio', line 2, column 7: syntax error"},
@@ -210,10 +204,10 @@ TEST(OtioReader, NoJsonIsRefusedWithLineAndColumn)
 		{std::string(10000, '['), "line 1, column 1001: objects and lists are nested more than 1000 deep"},
 		{deepMetadata, "column 1041: objects and lists are nested"},
 	};
-	for (Case const& test : cases)
+	for (auto const& [text, wanted] : cases)
 	{
-		SCOPED_TRACE(test.mText.substr(0, 40));
-		EXPECT_THAT(GetRefusal(test.mText), HasSubstr(test.mWanted));
+		SCOPED_TRACE(text.substr(0, 40));
+		EXPECT_THAT(GetRefusal(text), HasSubstr(wanted));
 	}
 }
 
@@ -289,7 +283,7 @@ TEST(OtioReader, SchemasOfTheWildAreUnderstood)
 			"/tracks/children/0/kind: is 'Subtitle'; only tracks of kind Audio are heard"},
 		{"/tracks/children/0/metadata/sonaro/curve", R"("linear")", Note::Kind::eIgnored,
 			"/tracks/children/0/metadata/sonaro/curve: the key has no meaning on such an object"},
-		{"/tracks/children/0/metadata/sonaro/a~b", "1", Note::Kind::eIgnored, "sonaro/a~0b: the key is not"},
+		{"/tracks/children/0/metadata/sonaro/a~0b", "1", Note::Kind::eIgnored, "sonaro/a~0b: the key is not"},
 		{"/tracks/children/0/children/0", R"({"OTIO_SCHEMA": "Transition.1", "in_offset": null, "out_offset":
 			{"OTIO_SCHEMA": "RationalTime.1", "value": 1, "rate": 1}})",
 			Note::Kind::eIgnored, children + "/1: a transition stands right behind another transition"},
@@ -301,13 +295,9 @@ TEST(OtioReader, SchemasOfTheWildAreUnderstood)
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(std::string(test.mPointer) + " " + test.mValue);
-		json timeline = Patch(test.mPointer[0] == '/' && std::string_view(test.mPointer).ends_with("a~b")
-								  ? "/tracks/children/0/metadata/sonaro/a~0b"
-								  : test.mPointer,
-			test.mValue);
-		auto const notes = GetNotes(Read(timeline), test.mKind);
-		EXPECT_THAT(notes, testing::IsSupersetOf(std::vector<testing::Matcher<std::string>>(
-							   test.mNote.empty() ? 0 : 1, HasSubstr(test.mNote))));
+		auto const notes = GetNotes(Read(Patch(test.mPointer, test.mValue)), test.mKind);
+		EXPECT_TRUE(test.mNote.empty() || testing::Value(notes, testing::Contains(HasSubstr(test.mNote))))
+			<< testing::PrintToString(notes);
 		EXPECT_EQ(notes.empty(), test.mNote.empty());
 	}
 }

@@ -1,4 +1,5 @@
 #include "SonaroHost/Otio/TimelineFile.h"
+#include "Host/Media.h"
 #include "Host/Refusal.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MediaFinder.h"
@@ -14,8 +15,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,19 +27,14 @@ namespace
 
 using std::filesystem::path;
 using testing::HasSubstr;
+using namespace SonaroHost::Testing;
 
 path const kConformance = path(SONARO_CONFORMANCE) / "otio";
-
-std::string ReadFile(path const& inPath)
-{
-	std::ifstream file(inPath, std::ios::binary);
-	return {std::istreambuf_iterator<char>(file), {}};
-}
 
 void WriteFile(path const& inPath, std::string const& inBytes)
 {
 	std::filesystem::create_directories(inPath.parent_path());
-	std::ofstream(inPath, std::ios::binary) << inBytes;
+	WriteBytes(inPath, inBytes);
 }
 
 using Entries = std::vector<std::pair<std::string, std::string>>;
@@ -58,30 +52,45 @@ void WriteZip(path const& inPath, Entries const& inEntries)
 
 std::string GetRefusal(path const& inPath)
 {
-	return SonaroHost::Testing::GetRefusalOf([&] { TimelineFile const file(inPath); });
+	return GetRefusalOf([&] { TimelineFile const file(inPath); });
 }
+
+// How media that were found are reported.
+enum class Reported
+{
+	eSilently,
+	eAsElsewhere,
+	eAsGuess,
+};
 
 class OtioFiles : public testing::Test
 {
 protected:
-	void SetUp() override
+	OtioFiles()
 	{
-		mFolder =
-			path(testing::TempDir()) /
-			("sonaro-otio-" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-		std::filesystem::remove_all(mFolder);
 		std::filesystem::create_directories(mFolder / "temporary");
 		setenv("TMPDIR", (mFolder / "temporary").c_str(), 1);
 	}
-	void TearDown() override
-	{
-		unsetenv("TMPDIR");
-		std::filesystem::remove_all(mFolder);
-	}
+	~OtioFiles() override { unsetenv("TMPDIR"); }
 
 	bool IsTemporaryEmpty() const { return std::filesystem::is_empty(mFolder / "temporary"); }
 
-	path mFolder;
+	// Where a URL or a path leads; empty for nowhere.
+	void ExpectFound(MediaFinder const& inFinder, std::string const& inUrl, std::string const& inFile,
+		Reported inReported) const
+	{
+		SCOPED_TRACE(inUrl);
+		FoundMedia const found = inFinder.Find(inUrl);
+		EXPECT_EQ(found.IsFound(), !inFile.empty()) << found.mPath << found.mWhyMissing;
+		EXPECT_EQ(found.mRemark.empty(), inReported == Reported::eSilently);
+		EXPECT_EQ(found.mIsGuess, inReported == Reported::eAsGuess);
+		if (found.IsFound() && !inFile.empty())
+		{
+			EXPECT_TRUE(std::filesystem::equivalent(found.mPath, mFolder / inFile)) << found.mPath;
+		}
+	}
+
+	SonaroHost::Testing::TemporaryFolder const mFolder;
 };
 
 TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
@@ -94,22 +103,16 @@ TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
 	{
 		WriteFile(mFolder / name, "x");
 	}
-	std::string const root = mFolder.string();
+	std::string const root = mFolder.Get().string();
 	struct Case
 	{
 		std::string mUrl;
 		// Empty for missing.
 		std::string mFile;
-		// How it is reported.
-		enum
-		{
-			eSilently,
-			eAsElsewhere,
-			eAsGuess,
-		} mReported = eSilently;
+		Reported mReported = Reported::eSilently;
 	};
-	auto const eElsewhere = Case::eAsElsewhere;
-	auto const eGuess = Case::eAsGuess;
+	auto const eElsewhere = Reported::eAsElsewhere;
+	auto const eGuess = Reported::eAsGuess;
 	Case const cases[] = {
 		{"media/a b.wav", "edit/media/a b.wav"},
 		{"media/a%20b.wav", "edit/media/a b.wav"},
@@ -158,29 +161,21 @@ TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
 	MediaFinder const finder(mFolder / "edit", {mFolder / "extra", mFolder / "more"});
 	for (Case const& test : cases)
 	{
-		SCOPED_TRACE(test.mUrl);
-		FoundMedia const found = finder.Find(test.mUrl);
-		EXPECT_EQ(found.IsFound(), !test.mFile.empty()) << found.mPath << found.mWhyMissing;
-		EXPECT_EQ(found.mRemark.empty(), test.mReported == Case::eSilently);
-		EXPECT_EQ(found.mIsGuess, test.mReported == Case::eAsGuess);
-		if (found.IsFound() && !test.mFile.empty())
-		{
-			EXPECT_TRUE(std::filesystem::equivalent(found.mPath, mFolder / test.mFile)) << found.mPath;
-		}
+		ExpectFound(finder, test.mUrl, test.mFile, test.mReported);
 	}
 }
 
 TEST_F(OtioFiles, WhereMediaWereLookedForIsKnown)
 {
 	std::filesystem::create_directories(mFolder / "extra");
-	MediaFinder const finder(mFolder, {mFolder / "extra"});
+	MediaFinder const finder(mFolder.Get(), {mFolder / "extra"});
 	FoundMedia const found = finder.Find("Audio/none.wav");
 	EXPECT_EQ(found.mLookedFor, (std::vector<path>{mFolder / "Audio/none.wav",
 									mFolder / "extra/Audio/none.wav", mFolder / "extra/none.wav"}));
 	WriteFile(mFolder / "file", "x");
 	for (char const* const name : {"none", "file"})
 	{
-		EXPECT_THROW(MediaFinder(mFolder, {mFolder / "extra", mFolder / name}), HostError) << name;
+		EXPECT_THROW(MediaFinder(mFolder.Get(), {mFolder / "extra", mFolder / name}), HostError) << name;
 	}
 }
 
@@ -193,7 +188,7 @@ TEST_F(OtioFiles, OfMoviesTheSoundBesideThemOrInMediaFoldersIsTaken)
 								 "ftypM4A ",
 		12);
 	std::string const matroska = "\x1a\x45\xdf\xa3";
-	std::string const sound = ReadFile(kConformance / "media/a.wav");
+	std::string const sound = ReadBytes(kConformance / "media/a.wav");
 	std::filesystem::create_directories(mFolder / "extra");
 	for (auto const& [name, bytes] :
 		Entries{{"alone.mov", movie}, {"content", movie}, {"song.m4a", soundAlone}, {"noise.wav", "noise"},
@@ -233,7 +228,7 @@ TEST_F(OtioFiles, OfMoviesTheSoundBesideThemOrInMediaFoldersIsTaken)
 		std::get<Clip>(track.mChildren.front().mValue).mMediaReferences.front().mTargetUrl = test.mUrl;
 		FileMedia media;
 		TimelineSequence const sequence =
-			MakeTimelineSequence(timeline, MediaFinder(mFolder, {mFolder / "extra"}), media);
+			MakeTimelineSequence(timeline, MediaFinder(mFolder.Get(), {mFolder / "extra"}), media);
 		EXPECT_EQ(sequence.mMissing.empty(), !test.mFile.empty());
 		EXPECT_EQ(HasGuesses(sequence.mNotes), !test.mNote.empty());
 		std::string const note = sequence.mNotes.empty() ? "" : sequence.mNotes.front().mText;
@@ -247,9 +242,9 @@ TEST_F(OtioFiles, OfMoviesTheSoundBesideThemOrInMediaFoldersIsTaken)
 
 TEST_F(OtioFiles, BundlesHoldTheirMediaAndLeaveNothingBehind)
 {
-	std::string content = ReadFile(kConformance / "cases/source-range.otio");
+	std::string content = ReadBytes(kConformance / "cases/source-range.otio");
 	content.replace(content.find("../media"), 8, "media");
-	std::string const sound = ReadFile(kConformance / "media/a.wav");
+	std::string const sound = ReadBytes(kConformance / "media/a.wav");
 	WriteFile(mFolder / "edit.otiod/content.otio", content);
 	WriteFile(mFolder / "edit.otiod/media/a.wav", sound);
 	WriteZip(mFolder / "edit.otioz",
@@ -281,7 +276,7 @@ TEST_F(OtioFiles, BundlesHoldTheirMediaAndLeaveNothingBehind)
 
 TEST_F(OtioFiles, WhatAKilledProcessUnpackedGoesWithTheNextBundleAndNothingElse)
 {
-	std::string const content = ReadFile(kConformance / "cases/source-range.otio");
+	std::string const content = ReadBytes(kConformance / "cases/source-range.otio");
 	WriteZip(mFolder / "edit.otioz", {{"content.otio", content}, {"media/a.wav", "no sound"}});
 	path const temporary = mFolder / "temporary";
 	for (char const* const name : {"sonaro-killed/media", "sonaro-notes", "other"})
@@ -301,13 +296,8 @@ TEST_F(OtioFiles, WhatAKilledProcessUnpackedGoesWithTheNextBundleAndNothingElse)
 
 TEST_F(OtioFiles, BundlesThatAreNotToBeTrustedAreRefused)
 {
-	std::string const content = ReadFile(kConformance / "cases/source-range.otio");
-	struct Case
-	{
-		Entries mEntries;
-		char const* mReason;
-	};
-	Case const cases[] = {
+	std::string const content = ReadBytes(kConformance / "cases/source-range.otio");
+	std::pair<Entries, char const*> const cases[] = {
 		{{{"content.otio", content}, {"../escaped.wav", "x"}}, "would leave the folder"},
 		{{{"content.otio", content}, {"media/../../escaped.wav", "x"}}, "would leave the folder"},
 		{{{"content.otio", content}, {"/escaped.wav", "x"}}, "would leave the folder"},
@@ -317,13 +307,13 @@ TEST_F(OtioFiles, BundlesThatAreNotToBeTrustedAreRefused)
 		{{{"media/a.wav", "x"}}, "has no \"content.otio\""},
 		{{{"content.otio", "{"}}, "line 1"},
 	};
-	for (Case const& test : cases)
+	for (auto const& [entries, reason] : cases)
 	{
-		SCOPED_TRACE(test.mEntries.back().first);
-		WriteZip(mFolder / "edit.otioz", test.mEntries);
+		SCOPED_TRACE(entries.back().first);
+		WriteZip(mFolder / "edit.otioz", entries);
 		std::string const refusal = GetRefusal(mFolder / "edit.otioz");
 		EXPECT_THAT(refusal, HasSubstr("edit.otioz"));
-		EXPECT_THAT(refusal, HasSubstr(test.mReason));
+		EXPECT_THAT(refusal, HasSubstr(reason));
 		EXPECT_FALSE(std::filesystem::exists(mFolder / "escaped.wav"));
 		EXPECT_FALSE(std::filesystem::exists(mFolder / "temporary/escaped.wav"));
 	}
@@ -333,9 +323,9 @@ TEST_F(OtioFiles, BundlesThatAreNotToBeTrustedAreRefused)
 TEST_F(OtioFiles, DamagedArchivesAreReadOrRefusedByName)
 {
 	path const archive = mFolder / "edit.otioz";
-	WriteZip(archive, {{"content.otio", ReadFile(kConformance / "cases/source-range.otio")},
+	WriteZip(archive, {{"content.otio", ReadBytes(kConformance / "cases/source-range.otio")},
 						  {"media/a.wav", std::string(300, 'x')}});
-	std::string const whole = ReadFile(archive);
+	std::string const whole = ReadBytes(archive);
 	std::size_t refused = 0;
 	for (std::size_t i = 0; i < whole.size(); ++i)
 	{
@@ -350,10 +340,10 @@ TEST_F(OtioFiles, DamagedArchivesAreReadOrRefusedByName)
 	EXPECT_TRUE(IsTemporaryEmpty());
 }
 
-TEST_F(OtioFiles, SourcesCountByTheRateTheyAreGivenAndTellWhenTheyFail)
+TEST_F(OtioFiles, SourcesCountByTheRateTheyAreGivenAndReportWhenTheyFail)
 {
 	path const file = mFolder / "a44.wav";
-	std::string const whole = ReadFile(kConformance / "media/a44.wav");
+	std::string const whole = ReadBytes(kConformance / "media/a44.wav");
 	WriteFile(file, whole);
 	FileMedia media;
 	auto const recording = media.Get(file, file);

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "SonaroHost/OtioSequence/TimelineSequence.h"
+#include "Support/Pull.h"
+
+namespace SonaroHost::Otio
+{
+
+// All of a timeline, in blocks of that size.
+SN::Testing::Samples RenderSequence(TimelineSequence const& inSequence, unsigned inBlockFrames);
+
+} // namespace SonaroHost::Otio
