@@ -9,6 +9,7 @@
 #include <atomic>
 #include <random>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace SonaroHost::Testing
@@ -114,13 +115,7 @@ TEST_F(AudioFileSourcePrefetch, OnlyTheRangeIsDecodedAndOnlyOnce)
 	std::int64_t const chunk = AudioFileReader(mFolder / "sound").GetBlockFrames();
 	unsigned long long const before = VX::GetMediaManager()->GetByteCount();
 	auto const chunkBytes = static_cast<unsigned long long>(2 * chunk) * sizeof(float);
-	struct Case
-	{
-		std::int64_t mPosition;
-		std::int64_t mFrames;
-		unsigned long long mChunksAfterwards;
-	};
-	Case const cases[] = {
+	std::tuple<std::int64_t, std::int64_t, unsigned long long> const cases[] = {
 		{0, 0, 0},
 		{-100, 100, 0},
 		{kFrames, 5000, 0},
@@ -129,11 +124,11 @@ TEST_F(AudioFileSourcePrefetch, OnlyTheRangeIsDecodedAndOnlyOnce)
 		{chunk - 1, 2, 2},
 		{0, 2 * chunk, 2},
 	};
-	for (Case const& test : cases)
+	for (auto const& [position, frames, chunksAfterwards] : cases)
 	{
-		Prefetch(*source, test.mPosition, static_cast<unsigned>(test.mFrames));
-		EXPECT_EQ(VX::GetMediaManager()->GetByteCount() - before, test.mChunksAfterwards * chunkBytes)
-			<< test.mFrames << " frames at " << test.mPosition;
+		Prefetch(*source, position, static_cast<unsigned>(frames));
+		EXPECT_EQ(VX::GetMediaManager()->GetByteCount() - before, chunksAfterwards * chunkBytes)
+			<< frames << " frames at " << position;
 	}
 }
 

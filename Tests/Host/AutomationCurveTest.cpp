@@ -172,17 +172,12 @@ TEST(AutomationCurve, JumpsAreRampsOfFiveMillisecondsForWhoFollowsThem)
 		{at(12), 1.0, Interpolation::eHold}, {at(30), 0.0, Interpolation::eLinear},
 		{at(40), 1.0, Interpolation::eHold}, {at(60), 0.5, Interpolation::eLinear},
 		{at(70), 0.5, Interpolation::eHold}});
-	struct Case
+	constexpr std::pair<double, double> kCases[] = {{9.999, 1.0}, {10, 1.0}, {11, 0.8}, {12, 0.6},
+		{14.5, 0.8}, {17, 1.0}, {30, 1.0}, {32, 0.6 + 0.08}, {35, 0.5}, {37.5, 0.75}, {40, 1.0}, {60, 1.0},
+		{62.5, 0.75}, {65, 0.5}, {80, 0.5}};
+	for (auto const& [milliseconds, value] : kCases)
 	{
-		double mMilliseconds;
-		double mValue;
-	};
-	constexpr Case kCases[] = {{9.999, 1.0}, {10, 1.0}, {11, 0.8}, {12, 0.6}, {14.5, 0.8}, {17, 1.0},
-		{30, 1.0}, {32, 0.6 + 0.08}, {35, 0.5}, {37.5, 0.75}, {40, 1.0}, {60, 1.0}, {62.5, 0.75}, {65, 0.5},
-		{80, 0.5}};
-	for (Case const& test : kCases)
-	{
-		EXPECT_NEAR(curve.GetRampedValue(at(test.mMilliseconds)), test.mValue, 1e-9) << test.mMilliseconds;
+		EXPECT_NEAR(curve.GetRampedValue(at(milliseconds)), value, 1e-9) << milliseconds;
 	}
 	EXPECT_TRUE(curve.IsConstant(at(0), at(9.9)));
 	EXPECT_FALSE(curve.IsConstant(at(0), at(10)));

@@ -1,14 +1,11 @@
 #include "SonaroHost/Render/ClipRenderJob.h"
 
-#include "Host/Refusal.h"
-#include "Media.h"
+#include "ClipRenders.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
-#include "SonaroHost/Base/HostError.h"
-
-#include <gmock/gmock.h>
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace SonaroHost::Testing
 {
@@ -16,34 +13,8 @@ namespace
 {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 
-class ClipRenderJobTest : public testing::Test
-{
-protected:
-	ClipRenderRequest MakeRequest(std::string const& inInput, std::string const& inOutput = "out.wav")
-	{
-		ClipRenderRequest request;
-		request.mInputs = {{mFolder / inInput}};
-		request.mOutput = mFolder / inOutput;
-		return request;
-	}
-
-	// Renders to a file of floats and reads it back.
-	Sound Render(ClipRenderRequest const& inRequest)
-	{
-		auto const summary = ClipRenderJob(inRequest).Run();
-		EXPECT_TRUE(summary);
-		return ReadSound(inRequest.mOutput);
-	}
-
-	void ExpectRefusal(ClipRenderRequest const& inRequest, HostError::Kind inKind, char const* inReason)
-	{
-		EXPECT_THAT(GetRefusalOf([&] { ClipRenderJob(inRequest).Run(); }, inKind), HasSubstr(inReason));
-	}
-
-	TemporaryFolder mFolder;
-};
+using ClipRenderJobTest = ClipRenders;
 
 TEST_F(ClipRenderJobTest, AnyBlockSizeGivesTheBitsOfTheSource)
 {
@@ -54,14 +25,10 @@ TEST_F(ClipRenderJobTest, AnyBlockSizeGivesTheBitsOfTheSource)
 		WriteSound(mFolder / "in", kind.mFormat, MakeSound(kind.mChannels, kind.mSampleRate, kFrames),
 			kind.mCompression);
 		Sound const source = ReadSound(mFolder / "in");
-		for (unsigned const block : {1u, 7u, 256u, 8192u, kMaxBlockFrames})
-		{
-			ClipRenderRequest request = MakeRequest("in");
-			request.mBlockFrames = block;
-			EXPECT_TRUE(SameBits(Render(request), source)) << "blocks of " << block;
-			request.mDirection = RenderDirection::eReverse;
-			EXPECT_TRUE(SameBits(Render(request), source.Reversed())) << "backwards in blocks of " << block;
-		}
+		ClipRenderRequest request = MakeRequest("in");
+		EXPECT_TRUE(SameBits(RenderInBlocks(request), source));
+		request.mDirection = RenderDirection::eReverse;
+		EXPECT_TRUE(SameBits(RenderInBlocks(request), source.Reversed()));
 	}
 }
 
@@ -71,15 +38,15 @@ TEST_F(ClipRenderJobTest, FloatsPassWhateverTheyAre)
 	Sound const sound{2, 48000,
 		{0.0f, -0.0f, Limits::denorm_min(), -Limits::denorm_min(), 1.0f, -1.0f, 1.5f, -1000.0f, Limits::max(),
 			Limits::lowest(), Limits::infinity(), -Limits::infinity(), -0.0f, -0.0f}};
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
-	EXPECT_TRUE(SameBits(Render(MakeRequest("in.wav")), sound));
+	WriteInput(sound);
+	EXPECT_TRUE(SameBits(Render(MakeRequest()), sound));
 }
 
 TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 {
 	constexpr std::int64_t kFrames = 20000;
 	Sound const sound = MakeSound(2, 48000, kFrames);
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+	WriteInput(sound);
 	struct Case
 	{
 		char const* mStart;
@@ -98,7 +65,7 @@ TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 	for (Case const& test : kCases)
 	{
 		SCOPED_TRACE(test.mStart);
-		ClipRenderRequest request = MakeRequest("in.wav");
+		ClipRenderRequest request = MakeRequest();
 		request.mInputs[0].mStart = *TimePosition::Parse(test.mStart);
 		if (test.mDuration)
 		{
@@ -110,28 +77,22 @@ TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 		request.mDirection = RenderDirection::eReverse;
 		EXPECT_TRUE(SameBits(Render(request), expected.Reversed()));
 	}
-	ClipRenderRequest request = MakeRequest("in.wav");
+	ClipRenderRequest request = MakeRequest();
 	request.mInputs[0].mStart = TimePosition::FromSamples(kFrames);
-	ExpectRefusal(request, HostError::Kind::eRequest, "lies beyond");
-	request = MakeRequest("in.wav");
+	ExpectRefusal(request, "lies beyond");
+	request = MakeRequest();
 	for (char const* const duration : {"0", "0s", "0.000001"})
 	{
 		request.mInputs[0].mDuration = TimePosition::Parse(duration);
-		ExpectRefusal(request, HostError::Kind::eRequest, "nothing to render");
+		ExpectRefusal(request, "nothing to render");
 	}
 	WriteSound(mFolder / "none.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {1, 48000, {}});
-	ExpectRefusal(MakeRequest("none.wav"), HostError::Kind::eInput, "none.wav': has no samples");
+	ExpectRefusal(MakeRequest("none.wav"), "none.wav': has no samples", HostError::Kind::eInput);
 }
 
 TEST_F(ClipRenderJobTest, ChannelsComeInTheOrderThatWasAskedFor)
 {
-	struct Case
-	{
-		int mSourceChannels;
-		std::vector<unsigned> mChannels;
-		char const* mLayout;
-	};
-	Case const cases[] = {
+	std::tuple<int, std::vector<unsigned>, char const*> const cases[] = {
 		{2, {1, 0}, "stereo"},
 		{2, {0}, "mono"},
 		{2, {1}, "mono"},
@@ -142,31 +103,31 @@ TEST_F(ClipRenderJobTest, ChannelsComeInTheOrderThatWasAskedFor)
 		{6, {3}, "mono"},
 		{8, {7, 0}, "stereo"},
 	};
-	for (Case const& test : cases)
+	for (auto const& [sourceChannels, channels, layout] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mChannels));
-		Sound const sound = MakeSound(test.mSourceChannels, 44100, 3000);
-		WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
-		ClipRenderRequest request = MakeRequest("in.wav");
-		request.mInputs[0].mChannels = test.mChannels;
+		SCOPED_TRACE(testing::PrintToString(channels));
+		Sound const sound = MakeSound(sourceChannels, 44100, 3000);
+		WriteInput(sound);
+		ClipRenderRequest request = MakeRequest();
+		request.mInputs[0].mChannels = channels;
 		request.mBlockFrames = 700;
-		EXPECT_TRUE(SameBits(Render(request), sound.Pick(test.mChannels)));
-		EXPECT_EQ(GetLayoutName(ClipRenderJob(request).GetOutputLayout()), test.mLayout);
+		EXPECT_TRUE(SameBits(Render(request), sound.Pick(channels)));
+		EXPECT_EQ(GetLayoutName(ClipRenderJob(request).GetOutputLayout()), layout);
 	}
-	ClipRenderRequest request = MakeRequest("in.wav");
+	ClipRenderRequest request = MakeRequest();
 	request.mInputs[0].mChannels = {0, 8};
-	ExpectRefusal(request, HostError::Kind::eRequest, "there is no channel 9");
+	ExpectRefusal(request, "there is no channel 9");
 	request.mInputs[0].mChannels.assign(65, 0);
-	ExpectRefusal(request, HostError::Kind::eRequest, "at most 64 channels");
+	ExpectRefusal(request, "at most 64 channels");
 }
 
 TEST_F(ClipRenderJobTest, GainMultipliesEachSampleOnce)
 {
 	Sound sound = MakeSound(2, 48000, 5000);
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+	WriteInput(sound);
 	for (float const gain : {0.5f, 1.9952623f, 0.1f})
 	{
-		ClipRenderRequest request = MakeRequest("in.wav");
+		ClipRenderRequest request = MakeRequest();
 		request.mGain = gain;
 		Sound expected = sound;
 		float peak = 0.0f;
@@ -184,24 +145,18 @@ TEST_F(ClipRenderJobTest, GainMultipliesEachSampleOnce)
 
 TEST_F(ClipRenderJobTest, IntegersPassBitForBitWithoutBeingAsked)
 {
-	struct Case
-	{
-		int mSourceFormat;
-		OutputContainer mContainer;
-		OutputSamples mSamples;
-	};
-	constexpr Case kCases[] = {
+	constexpr std::tuple<int, OutputContainer, OutputSamples> kCases[] = {
 		{SF_FORMAT_WAV | SF_FORMAT_PCM_16, OutputContainer::eFlac, OutputSamples::eInteger16},
 		{SF_FORMAT_FLAC | SF_FORMAT_PCM_16, OutputContainer::eAiff, OutputSamples::eInteger24},
 		{SF_FORMAT_AIFF | SF_FORMAT_PCM_24, OutputContainer::eWav, OutputSamples::eInteger24},
 		{SF_FORMAT_CAF | SF_FORMAT_ALAC_24, OutputContainer::eCaf, OutputSamples::eInteger24},
 	};
-	for (Case const& test : kCases)
+	for (auto const& [sourceFormat, container, samples] : kCases)
 	{
-		WriteSound(mFolder / "in", test.mSourceFormat, MakeSound(2, 44100, 9000));
+		WriteSound(mFolder / "in", sourceFormat, MakeSound(2, 44100, 9000));
 		ClipRenderRequest request = MakeRequest("in", "out");
-		request.mContainer = test.mContainer;
-		request.mSamples = test.mSamples;
+		request.mContainer = container;
+		request.mSamples = samples;
 		ASSERT_TRUE(ClipRenderJob(request).Run());
 		EXPECT_EQ(ReadIntegers(mFolder / "out"), ReadIntegers(mFolder / "in"));
 	}
@@ -209,12 +164,12 @@ TEST_F(ClipRenderJobTest, IntegersPassBitForBitWithoutBeingAsked)
 
 TEST_F(ClipRenderJobTest, AStoppedRenderLeavesWhatWasThere)
 {
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, 48000, 20000));
+	WriteInput(MakeSound(2, 48000, 20000));
 	WriteBytes(mFolder / "out.wav", "old");
 	// At the first block, in the middle, and when the last block is done already.
 	for (std::int64_t const stopAt : {1000, 10000, 20000})
 	{
-		ClipRenderRequest request = MakeRequest("in.wav");
+		ClipRenderRequest request = MakeRequest();
 		request.mBlockFrames = 1000;
 		std::stop_source stop;
 		std::int64_t last = 0;
@@ -239,11 +194,11 @@ TEST_F(ClipRenderJobTest, AStoppedRenderLeavesWhatWasThere)
 
 TEST_F(ClipRenderJobTest, AnOlderFileIsKeptWhenAskedTo)
 {
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(1, 44100, 1000));
+	WriteInput(MakeSound(1, 44100, 1000));
 	WriteBytes(mFolder / "out.wav", "old");
-	ClipRenderRequest request = MakeRequest("in.wav");
+	ClipRenderRequest request = MakeRequest();
 	request.mReplace = false;
-	ExpectRefusal(request, HostError::Kind::eOutput, "exists already");
+	ExpectRefusal(request, "exists already", HostError::Kind::eOutput);
 	EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
 }
 

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <csignal>
 #include <thread>
+#include <tuple>
+#include <utility>
 
 #include <unistd.h>
 
@@ -67,17 +69,12 @@ TEST_F(CommandTest, RendersAFileAndSaysSo)
 TEST_F(CommandTest, OptionsReachTheRender)
 {
 	Sound const sound = WriteInput();
-	struct Case
-	{
-		Words mOptions;
-		Sound mExpected;
-	};
 	Sound softer = sound;
 	for (float& sample : softer.mSamples)
 	{
 		sample *= 0.1f;
 	}
-	Case const cases[] = {
+	std::pair<Words, Sound> const cases[] = {
 		{{"--start", "0.5"}, sound.Cut(24000, 24000)},
 		{{"--start", "100s", "--duration", "0:00.25"}, sound.Cut(100, 12000)},
 		{{"--channels", "2,1"}, sound.Pick({1, 0})},
@@ -87,14 +84,13 @@ TEST_F(CommandTest, OptionsReachTheRender)
 		{{"--as-playback"}, sound},
 		{{"--gain-db=0", "--block", "262144", "--format", "wav"}, sound},
 	};
-	for (Case const& test : cases)
+	for (auto const& [options, expected] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mOptions));
-		ProgramResult const result =
-			Run(Join({"render", "in.wav", "-o", "out.wav", "--quiet"}, test.mOptions));
+		SCOPED_TRACE(testing::PrintToString(options));
+		ProgramResult const result = Run(Join({"render", "in.wav", "-o", "out.wav", "--quiet"}, options));
 		EXPECT_EQ(result.mExitCode, 0);
 		EXPECT_EQ(result.mOutput + result.mErrors, "");
-		EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), test.mExpected));
+		EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), expected));
 	}
 }
 
@@ -215,13 +211,7 @@ TEST_F(CommandTest, LayoutsPansAndMixdownsReachTheRender)
 	WriteSound(mFolder / "two.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {2, 48000, {0.5f, 0.25f}});
 	WriteSound(mFolder / "six.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT,
 		{6, 48000, {0.1f, 0.2f, 0.3f, 0.4f, 0.05f, 0.06f}});
-	struct Case
-	{
-		Words mWords;
-		char const* mLayout;
-		std::vector<float> mFrame;
-	};
-	Case const cases[] = {
+	std::tuple<Words, char const*, std::vector<float>> const cases[] = {
 		{{"two.wav", "--layout", "mono"}, "mono", {0.375f}},
 		{{"one.wav", "--layout", "stereo"}, "stereo", {0.5f, 0.5f}},
 		{{"two.wav", "--layout", "5.1"}, "5.1", {0.5f, 0.25f, 0, 0, 0, 0}},
@@ -234,17 +224,16 @@ TEST_F(CommandTest, LayoutsPansAndMixdownsReachTheRender)
 		{{"six.wav", "--layout", "mono", "--mixdown", "front-lfe"}, "mono", {0.2285707f}},
 		{{"six.wav", "--layout", "mono", "--mixdown", "all"}, "mono", {0.19f}},
 	};
-	for (Case const& test : cases)
+	for (auto const& [words, layout, frame] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mWords));
-		ProgramResult const result = Run(Join({"render", "-o", "out.wav", "--json"}, test.mWords));
+		SCOPED_TRACE(testing::PrintToString(words));
+		ProgramResult const result = Run(Join({"render", "-o", "out.wav", "--json"}, words));
 		ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
 		auto const summary = Json::parse(result.mOutput);
-		EXPECT_EQ(summary["layout"], test.mLayout);
-		EXPECT_EQ(summary["channels"], test.mFrame.size());
-		EXPECT_NEAR(
-			summary["peak"].get<float>(), *std::max_element(test.mFrame.begin(), test.mFrame.end()), 1e-6f);
-		EXPECT_THAT(ReadSound(mFolder / "out.wav").mSamples, Pointwise(FloatNear(1e-6f), test.mFrame));
+		EXPECT_EQ(summary["layout"], layout);
+		EXPECT_EQ(summary["channels"], frame.size());
+		EXPECT_NEAR(summary["peak"].get<float>(), *std::max_element(frame.begin(), frame.end()), 1e-6f);
+		EXPECT_THAT(ReadSound(mFolder / "out.wav").mSamples, Pointwise(FloatNear(1e-6f), frame));
 	}
 }
 
@@ -505,26 +494,20 @@ TEST_F(CommandTest, WaveformOptionsReachTheFile)
 	// Columns of two frames, told apart by their values in eighths of full scale.
 	Sound const sound{2, 48000, {0.125f, -0.5f, 0.25f, -0.25f, 0.375f, 0, 0.5f, 0.125f}};
 	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
-	struct Case
-	{
-		Words mOptions;
-		std::vector<int> mData;
-	};
-	Case const cases[] = {
+	std::pair<Words, std::vector<int>> const cases[] = {
 		{{"--samples-per-column", "2"}, {4096, 8192, -16384, -8192, 12288, 16384, 0, 4096}},
 		{{"--samples-per-column", "2", "--bits", "8"}, {16, 32, -64, -32, 48, 64, 0, 16}},
 		{{"--width", "1", "--bits", "8"}, {16, 64, -64, 16}},
 		{{"--width", "1", "--bits", "8", "--channels", "merged"}, {-64, 64}},
 		{{"--width", "1", "--bits", "8", "--start", "1s", "--duration", "2s"}, {32, 48, -32, 0}},
 	};
-	for (Case const& test : cases)
+	for (auto const& [options, data] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mOptions));
-		ProgramResult const result =
-			Run(Join({"waveform", "in.wav", "-o", "out.json", "--quiet"}, test.mOptions));
+		SCOPED_TRACE(testing::PrintToString(options));
+		ProgramResult const result = Run(Join({"waveform", "in.wav", "-o", "out.json", "--quiet"}, options));
 		EXPECT_EQ(result.mExitCode, 0);
 		EXPECT_EQ(result.mOutput + result.mErrors, "");
-		EXPECT_EQ(Json::parse(ReadBytes(mFolder / "out.json"))["data"], test.mData);
+		EXPECT_EQ(Json::parse(ReadBytes(mFolder / "out.json"))["data"], data);
 	}
 	ProgramResult const people = Run({"waveform", "in.wav", "-o", "out.png"});
 	EXPECT_EQ(people.mErrors, "");

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <tuple>
 
 namespace SonaroHost::Testing
 {
@@ -15,13 +16,7 @@ namespace
 
 TEST(LayoutConversion, ConvertingNeitherAllocatesNorLocks)
 {
-	struct Case
-	{
-		char const* mInput;
-		char const* mOutput;
-		std::optional<double> mPan;
-	};
-	constexpr Case kCases[] = {
+	constexpr std::tuple<char const*, char const*, std::optional<double>> kCases[] = {
 		{"mono", "stereo", std::nullopt},
 		{"stereo", "5.1", std::nullopt},
 		{"5.1", "stereo", std::nullopt},
@@ -33,12 +28,11 @@ TEST(LayoutConversion, ConvertingNeitherAllocatesNorLocks)
 		{"7", "7", 0.3},
 	};
 	SN::FrameRate const frameRate = SN::FrameRate::FromSamplesPerSecond(48000);
-	for (Case const& test : kCases)
+	for (auto const& [input, output, pan] : kCases)
 	{
-		SCOPED_TRACE(testing::Message() << test.mInput << " to " << test.mOutput);
+		SCOPED_TRACE(testing::Message() << input << " to " << output);
 		RenderContextScope const context(512, SN::kTimeMax, SN::ImmutableString("test"));
-		LayoutPlan const plan(
-			ParseLayout(test.mInput).value(), {ParseLayout(test.mOutput), test.mPan, std::nullopt});
+		LayoutPlan const plan(ParseLayout(input).value(), {ParseLayout(output), pan, std::nullopt});
 		LayoutConversion conversion(plan, context.Get(), frameRate);
 		dsp::AudioBuffer block(plan.GetInputLayout().size(), 512);
 

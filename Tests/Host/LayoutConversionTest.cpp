@@ -1,19 +1,16 @@
 // Conversions of layouts and pans, through whole renders.
 
-#include "Host/Refusal.h"
-#include "Media.h"
+#include "ClipRenders.h"
 #include "Sonaro/AudioChannelMix.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
-#include "SonaroHost/Base/HostError.h"
-#include "SonaroHost/Render/ClipRenderJob.h"
-
-#include <gmock/gmock.h>
 
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <optional>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace SonaroHost::Testing
@@ -22,7 +19,6 @@ namespace
 {
 
 using namespace SN::AudioChannelMix;
-using testing::HasSubstr;
 
 // A row for each output channel, with a column for each input channel.
 using Gains = std::vector<std::vector<double>>;
@@ -55,14 +51,12 @@ void PrintTo(Conversion const& inConversion, std::ostream* ioStream)
 			  << inConversion.mMixdown.value_or(MixdownType51{});
 }
 
-class LayoutConversionTest : public testing::Test
+class LayoutConversionTest : public ClipRenders
 {
 protected:
 	ClipRenderRequest MakeRequest(Conversion const& inConversion)
 	{
-		ClipRenderRequest request;
-		request.mInputs = {{mFolder / "in.wav"}};
-		request.mOutput = mFolder / "out.wav";
+		ClipRenderRequest request = ClipRenders::MakeRequest();
 		if (inConversion.mLayout[0] != 0)
 		{
 			request.mLayout.mLayout = ParseLayout(inConversion.mLayout).value();
@@ -75,14 +69,8 @@ protected:
 	Sound WriteInput(int inChannels, int inFormat = SF_FORMAT_WAV | SF_FORMAT_FLOAT)
 	{
 		Sound sound = MakeSound(inChannels, 48000, 9001);
-		WriteSound(mFolder / "in.wav", inFormat, sound);
+		ClipRenders::WriteInput(sound, inFormat);
 		return sound;
-	}
-
-	Sound Render(ClipRenderRequest const& inRequest)
-	{
-		EXPECT_TRUE(ClipRenderJob(inRequest).Run());
-		return ReadSound(inRequest.mOutput);
 	}
 
 	// Renders a sound and expects that each output sample is the sum of the frame's, times the gains.
@@ -107,8 +95,6 @@ protected:
 		}
 		EXPECT_LT(largest, 1e-6);
 	}
-
-	TemporaryFolder mFolder;
 };
 
 TEST_F(LayoutConversionTest, FixedConversionsGoByTheirGains)
@@ -116,12 +102,7 @@ TEST_F(LayoutConversionTest, FixedConversionsGoByTheirGains)
 	constexpr double kAll = 0.521739;
 	constexpr double kThree = 0.63157;
 	constexpr double kFour = 0.85714;
-	struct Case
-	{
-		Conversion mConversion;
-		Gains mGains;
-	};
-	Case const cases[] = {
+	std::pair<Conversion, Gains> const cases[] = {
 		{{1, "stereo"}, {{1}, {1}}},
 		{{2, "mono"}, {{0.5, 0.5}}},
 		{{1, "5.1"}, {{}, {}, {1}, {}, {}, {}}},
@@ -145,9 +126,9 @@ TEST_F(LayoutConversionTest, FixedConversionsGoByTheirGains)
 		{{8, "mono"}, {{1}}},
 		{{32, "33"}, TakeFirst(32, 33)},
 	};
-	for (Case const& test : cases)
+	for (auto const& [conversion, gains] : cases)
 	{
-		ExpectGains(test.mConversion, test.mGains);
+		ExpectGains(conversion, gains);
 	}
 	// A render leaves the choice of the process as it was.
 	EXPECT_EQ(Get51MixdownType(), kMixdownFront);
@@ -156,12 +137,7 @@ TEST_F(LayoutConversionTest, FixedConversionsGoByTheirGains)
 TEST_F(LayoutConversionTest, PansGoByTheirLaws)
 {
 	constexpr double kHalfPower = std::numbers::sqrt2 / 2.0;
-	struct Case
-	{
-		Conversion mConversion;
-		Gains mGains;
-	};
-	Case const cases[] = {
+	std::pair<Conversion, Gains> const cases[] = {
 		{{1, "", 0.0}, {{1}, {0}}},
 		{{1, "", 0.5}, {{kHalfPower}, {kHalfPower}}},
 		{{1, "stereo", 1.0}, {{0}, {1}}},
@@ -178,9 +154,9 @@ TEST_F(LayoutConversionTest, PansGoByTheirLaws)
 		{{3, "", 0.75}, {{kHalfPower}, {0, 1}, {0, 0, kHalfPower}}},
 		{{4, "4", 0.25}, {{1}, {0, kHalfPower}, {0, 0, 1}, {0, 0, 0, kHalfPower}}},
 	};
-	for (Case const& test : cases)
+	for (auto const& [conversion, gains] : cases)
 	{
-		ExpectGains(test.mConversion, test.mGains);
+		ExpectGains(conversion, gains);
 	}
 }
 
@@ -205,15 +181,9 @@ TEST_F(LayoutConversionTest, AnyBlockSizeGivesTheSameBitsInEitherDirection)
 		SCOPED_TRACE(testing::PrintToString(conversion));
 		WriteInput(conversion.mInputChannels);
 		ClipRenderRequest request = MakeRequest(conversion);
-		Sound const whole = Render(request);
-		for (unsigned const block : {1u, 7u, 1000u, kMaxBlockFrames})
-		{
-			request.mBlockFrames = block;
-			request.mDirection = RenderDirection::eForward;
-			EXPECT_TRUE(SameBits(Render(request), whole)) << "blocks of " << block;
-			request.mDirection = RenderDirection::eReverse;
-			EXPECT_TRUE(SameBits(Render(request), whole.Reversed())) << "backwards in blocks of " << block;
-		}
+		Sound const whole = RenderInBlocks(request);
+		request.mDirection = RenderDirection::eReverse;
+		EXPECT_TRUE(SameBits(RenderInBlocks(request), whole.Reversed()));
 	}
 }
 
@@ -233,12 +203,7 @@ TEST_F(LayoutConversionTest, ChannelsArePickedFirst)
 
 TEST_F(LayoutConversionTest, DitherComesWhereSamplesAreComputed)
 {
-	struct Case
-	{
-		Conversion mConversion;
-		Dither mDither;
-	};
-	Case const cases[] = {
+	std::pair<Conversion, Dither> const cases[] = {
 		{{2, "stereo"}, Dither::eNone},
 		{{2, "mono"}, Dither::eTriangular},
 		{{2, "5.1"}, Dither::eNone},
@@ -249,26 +214,20 @@ TEST_F(LayoutConversionTest, DitherComesWhereSamplesAreComputed)
 		{{6, "stereo"}, Dither::eTriangular},
 		{{6, "4"}, Dither::eNone},
 	};
-	for (Case const& test : cases)
+	for (auto const& [conversion, dither] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mConversion));
-		WriteInput(test.mConversion.mInputChannels, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-		ClipRenderRequest request = MakeRequest(test.mConversion);
+		SCOPED_TRACE(testing::PrintToString(conversion));
+		WriteInput(conversion.mInputChannels, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+		ClipRenderRequest request = MakeRequest(conversion);
 		request.mSamples = OutputSamples::eInteger16;
-		EXPECT_EQ(ClipRenderJob(request).GetOutputFormat().mDither, test.mDither);
+		EXPECT_EQ(ClipRenderJob(request).GetOutputFormat().mDither, dither);
 	}
 }
 
 TEST_F(LayoutConversionTest, RefusesWhatHasNoConversionAndNamesARemedy)
 {
 	constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-	struct Case
-	{
-		Conversion mConversion;
-		char const* mReason;
-		char const* mRemedy;
-	};
-	Case const cases[] = {
+	std::tuple<Conversion, char const*, char const*> const cases[] = {
 		{{1, "", -0.1}, "a pan goes from 0", "1, right"},
 		{{1, "", 1.001}, "a pan goes from 0", "1, right"},
 		{{1, "", kNaN}, "a pan goes from 0", "1, right"},
@@ -284,13 +243,12 @@ TEST_F(LayoutConversionTest, RefusesWhatHasNoConversionAndNamesARemedy)
 		{{6, "", {}, kMixdownFrontRear}, "from 5.1 to 5.1", "choose another layout"},
 		{{6, "2", {}, kMixdownFrontRear}, "from 5.1 to 2 channels", "choose another layout"},
 	};
-	for (Case const& test : cases)
+	for (auto const& [conversion, reason, remedy] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mConversion));
-		WriteInput(test.mConversion.mInputChannels);
-		ClipRenderRequest const request = MakeRequest(test.mConversion);
-		EXPECT_THAT(GetRefusalOf([&] { ClipRenderJob{request}; }, HostError::Kind::eRequest),
-			testing::AllOf(HasSubstr(test.mReason), HasSubstr(test.mRemedy)));
+		SCOPED_TRACE(testing::PrintToString(conversion));
+		WriteInput(conversion.mInputChannels);
+		ExpectRefusal(MakeRequest(conversion), reason);
+		ExpectRefusal(MakeRequest(conversion), remedy);
 	}
 }
 

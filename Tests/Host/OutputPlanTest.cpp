@@ -77,121 +77,117 @@ protected:
 		}
 	}
 
+	void ExpectRefusal(Run const& inRun, char const* inText)
+	{
+		SCOPED_TRACE(testing::PrintToString(inRun.mFiles) + " " + inRun.mStems);
+		std::string const refusal = Refuse(inRun);
+		EXPECT_EQ(refusal.empty(), inText == nullptr) << refusal;
+		if (inText)
+		{
+			EXPECT_THAT(refusal, testing::AllOf(testing::StartsWith({inText, 2}), HasSubstr(inText + 2)));
+		}
+	}
+
 	TemporaryFolder mFolder;
+};
+
+struct PlanCase
+{
+	char const* mOutput;
+	// Of the refusal, after the exit code; null for none.
+	char const* mText;
+};
+
+constexpr PlanCase kSingleOutputs[] = {
+	{"mix.wav", nullptr},
+	{"old.wav", nullptr},
+	{"media/mix.wav", nullptr},
+	{"MIX.wav", nullptr},
+	{"in.wav", "2 is the input itself"},
+	{"edit.otio", "2 is the input itself"},
+	{"edit.otiod", "2 is the input itself"},
+	{"media/../in.wav", "2 is the input itself"},
+	{"media/b.wav", "2 is a medium"},
+	{"linked/b.wav", "2 is a medium"},
+	{"linked/../media/sub/../b.wav", "2 is a medium"},
+	{"soft.wav", "2 is a medium"},
+	{"softer.wav", "2 is a medium"},
+	{"hard.wav", "2 is a medium"},
+	{"media/B.WAV", nullptr},
+	{"media/gone.wav", "2 is where a medium"},
+	{"linked/gone.wav", "2 is where a medium"},
+	{"dangling.wav", "2 is where a medium"},
+	{"none/../media/gone.wav", "2 is where a medium"},
+	{"media/Gone.wav", "2 is where a medium"},
+	{"cased/Gone.wav", "2 is where a medium"},
+	{"cased/gONE.WAV", "2 is where a medium"},
+	{"up.wav", "2 is where a medium"},
+	{"absent", "2 has the name of a folder in which a medium"},
+	{"nowhere", "2 has the name of a folder in which a medium"},
+	{"nothing", "2 has the name of a folder in which a medium"},
+	{"absent/deep/d.wav", "2 is where a medium"},
+	{"absent/deep/f.wav", "1 does not exist; create it first"},
+	{"media", "1 it is a folder"},
+	{"edit.otiod/content.otio", "2 is the input itself"},
+	{"edit.otiod/new.wav", "2 lies in the input"},
+	{"edit.otiod/media/c.wav", "2 lies in the input"},
+	{"inside/new.wav", "2 lies in the input"},
+	{"other.otiod/content.otio", "2 would change the bundle"},
+	{"other.otiod/new.wav", "2 would change the bundle"},
+	{"content.wav", "2 is the input itself"},
+	{"other.otioz", "2 would replace a timeline"},
+	{"zipped.wav", "2 would replace a timeline"},
+	{"new.otioz", nullptr},
+	{"none/mix.wav", "1 does not exist; create it first"},
+	{"in.wav/mix.wav", "1 create it first"},
 };
 
 TEST_F(OutputPlanTest, NothingThatSomebodyNeedsIsWritten)
 {
-	struct Case
-	{
-		char const* mOutput;
-		// Of the refusal, after the exit code; null for none.
-		char const* mText;
-	};
-	Case const cases[] = {
-		{"mix.wav", nullptr},
-		{"old.wav", nullptr},
-		{"media/mix.wav", nullptr},
-		{"MIX.wav", nullptr},
-		{"in.wav", "2 is the input itself"},
-		{"edit.otio", "2 is the input itself"},
-		{"edit.otiod", "2 is the input itself"},
-		{"media/../in.wav", "2 is the input itself"},
-		{"media/b.wav", "2 is a medium"},
-		{"linked/b.wav", "2 is a medium"},
-		{"linked/../media/sub/../b.wav", "2 is a medium"},
-		{"soft.wav", "2 is a medium"},
-		{"softer.wav", "2 is a medium"},
-		{"hard.wav", "2 is a medium"},
-		{"media/B.WAV", nullptr},
-		{"media/gone.wav", "2 is where a medium"},
-		{"linked/gone.wav", "2 is where a medium"},
-		{"dangling.wav", "2 is where a medium"},
-		{"none/../media/gone.wav", "2 is where a medium"},
-		{"media/Gone.wav", "2 is where a medium"},
-		{"cased/Gone.wav", "2 is where a medium"},
-		{"cased/gONE.WAV", "2 is where a medium"},
-		{"up.wav", "2 is where a medium"},
-		{"absent", "2 has the name of a folder in which a medium"},
-		{"nowhere", "2 has the name of a folder in which a medium"},
-		{"nothing", "2 has the name of a folder in which a medium"},
-		{"absent/deep/d.wav", "2 is where a medium"},
-		{"absent/deep/f.wav", "1 does not exist; create it first"},
-		{"media", "1 it is a folder"},
-		{"edit.otiod/content.otio", "2 is the input itself"},
-		{"edit.otiod/new.wav", "2 lies in the input"},
-		{"edit.otiod/media/c.wav", "2 lies in the input"},
-		{"inside/new.wav", "2 lies in the input"},
-		{"other.otiod/content.otio", "2 would change the bundle"},
-		{"other.otiod/new.wav", "2 would change the bundle"},
-		{"content.wav", "2 is the input itself"},
-		{"other.otioz", "2 would replace a timeline"},
-		{"zipped.wav", "2 would replace a timeline"},
-		{"new.otioz", nullptr},
-		{"none/mix.wav", "1 does not exist; create it first"},
-		{"in.wav/mix.wav", "1 create it first"},
-	};
-	for (Case const& test : cases)
+	for (auto const& [output, text] : kSingleOutputs)
 	{
 		// As the only output, and beside another one.
-		for (Run const& run : {Run{{test.mOutput}}, Run{{"first.wav", test.mOutput}}})
-		{
-			SCOPED_TRACE(testing::PrintToString(run.mFiles));
-			std::string const refusal = Refuse(run);
-			EXPECT_EQ(refusal.empty(), test.mText == nullptr) << refusal;
-			if (test.mText)
-			{
-				EXPECT_EQ(refusal.substr(0, 1), std::string(test.mText).substr(0, 1)) << refusal;
-				EXPECT_THAT(refusal, HasSubstr(test.mText + 2));
-			}
-		}
+		ExpectRefusal({{output}}, text);
+		ExpectRefusal({{"first.wav", output}}, text);
 	}
 }
 
 TEST_F(OutputPlanTest, OutputsDoNotStandInEachOthersWay)
 {
 	constexpr bool kKeeps = false;
-	struct Case
-	{
-		Run mRun;
-		char const* mText;
-	};
-	Case const cases[] = {
+	std::pair<Run, char const*> const cases[] = {
 		{{{"mix.wav", "mix.json"}}, nullptr},
-		{{{"mix.wav", "mix.wav"}}, "is the same as the output"},
-		{{{"mix.wav", "media/../mix.wav"}}, "is the same as the output"},
-		{{{"media/x.wav", "linked/x.wav"}}, "is the same as the output"},
-		{{{"cased/x.wav", "cased/X.WAV"}}, "is the same as the output"},
+		{{{"mix.wav", "mix.wav"}}, "2 is the same as the output"},
+		{{{"mix.wav", "media/../mix.wav"}}, "2 is the same as the output"},
+		{{{"media/x.wav", "linked/x.wav"}}, "2 is the same as the output"},
+		{{{"cased/x.wav", "cased/X.WAV"}}, "2 is the same as the output"},
 		{{{"media/x.wav", "media/X.WAV"}}, nullptr},
 		{{{"-", "mix.wav"}}, nullptr},
-		{{{"-", "-"}}, "the standard output takes one output"},
-		{{{"old.wav"}, {}, kKeeps}, "exists already"},
-		{{{"mix.wav", "old.wav"}, {}, kKeeps}, "exists already"},
+		{{{"-", "-"}}, "2 the standard output takes one output"},
+		{{{"old.wav"}, {}, kKeeps}, "1 exists already"},
+		{{{"mix.wav", "old.wav"}, {}, kKeeps}, "1 exists already"},
 		{{{"mix.wav", "-"}, {}, kKeeps}, nullptr},
 		{{{"stems/1.wav", "report.json"}, "stems"}, nullptr},
 		{{{"stems/1.wav", "stems/report.json"}, "stems"}, nullptr},
 		{{{"a/b/stems/1.wav", "a/b/report.json", "a/r.json"}, "a/b/stems"}, nullptr},
-		{{{"a/b/stems/1.wav", "a/c/report.json"}, "a/b/stems"}, "create it first"},
-		{{{"stems/1.wav", "stems/1.wav"}, "stems"}, "is the same as the output"},
-		{{{"stems/1.wav", "stems"}, "stems"}, "has the name of a folder of the output"},
-		{{{"a", "a/b/1.wav"}, "a/b"}, "has the name of a folder of the output"},
+		{{{"a/b/stems/1.wav", "a/c/report.json"}, "a/b/stems"}, "1 create it first"},
+		{{{"stems/1.wav", "stems/1.wav"}, "stems"}, "2 is the same as the output"},
+		{{{"stems/1.wav", "stems"}, "stems"}, "2 has the name of a folder of the output"},
+		{{{"a", "a/b/1.wav"}, "a/b"}, "2 has the name of a folder of the output"},
 		{{{"empty/1.wav"}, "empty"}, nullptr},
 		{{{"media/1.wav"}, "media"}, nullptr},
-		{{{"media/1.wav", "media/b.wav"}, "media"}, "is a medium"},
-		{{{"edit.otiod/media/1.wav"}, "edit.otiod/media"}, "lies in the input"},
-		{{{"edit.otiod/1.wav"}, "edit.otiod"}, "edit.otiod"},
-		{{{"other.otiod/new/1.wav"}, "other.otiod/new"}, "would change the bundle"},
+		{{{"media/1.wav", "media/b.wav"}, "media"}, "2 is a medium"},
+		{{{"edit.otiod/media/1.wav"}, "edit.otiod/media"}, "2 lies in the input"},
+		{{{"edit.otiod/1.wav"}, "edit.otiod"}, "2 edit.otiod"},
+		{{{"other.otiod/new/1.wav"}, "other.otiod/new"}, "2 would change the bundle"},
 		{{{"absent/1.wav"}, "absent"}, nullptr},
-		{{{"absent/deep/d.wav"}, "absent/deep"}, "is where a medium"},
-		{{{"media/gone.wav/1.wav"}, "media/gone.wav"}, "is where a medium"},
-		{{{"old.wav/1.wav"}, "old.wav"}, "a file has its name"},
+		{{{"absent/deep/d.wav"}, "absent/deep"}, "2 is where a medium"},
+		{{{"media/gone.wav/1.wav"}, "media/gone.wav"}, "2 is where a medium"},
+		{{{"old.wav/1.wav"}, "old.wav"}, "1 a file has its name"},
 	};
-	for (Case const& test : cases)
+	for (auto const& [run, text] : cases)
 	{
-		SCOPED_TRACE(testing::PrintToString(test.mRun.mFiles) + " " + test.mRun.mStems);
-		std::string const refusal = Refuse(test.mRun);
-		EXPECT_EQ(refusal.empty(), test.mText == nullptr) << refusal;
-		EXPECT_THAT(refusal, HasSubstr(test.mText ? test.mText : ""));
+		ExpectRefusal(run, text);
 	}
 }
 

@@ -16,6 +16,7 @@
 #include <sstream>
 #include <thread>
 #include <tuple>
+#include <utility>
 
 namespace SonaroHost::Testing
 {
@@ -183,6 +184,12 @@ TEST_F(TimelineCommandTest, WhatMakesNoSenseForATimelineIsRefused)
 		refused.push_back({2, Join(words, {"--media", ".", "--media", "gone"}),
 			{"'gone': the folder of media does not exist"}});
 	}
+	// What is read is never written.
+	refused.push_back({2, {"render", "edit.otio", "-o", "new.wav", "--report", "tone.wav"}, {"is a medium"}});
+	refused.push_back({2, {"waveform", "edit.otio", "-o", "tone.wav", "--format", "svg"}, {"is a medium"}});
+	refused.push_back(
+		{2, {"graph", "edit.otio", "-o", "edit.otio", "--format", "dot"}, {"is the input itself"}});
+	refused.push_back({2, {"graph", "edit.otio", "-o", "tone.wav", "--format", "dot"}, {"is a medium"}});
 	ExpectRefusals(refused);
 	EXPECT_EQ(mFolder.List(), before);
 }
@@ -224,12 +231,7 @@ TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
 	Json const muted = Json::parse(R"({"metadata": {"sonaro": {"mute": true}}})");
 	Json const stack = With(Stack({Track("A1", {clip})}), {{"enabled", false}});
 	Json const generator = With(clip, {{"media_reference", {{"OTIO_SCHEMA", "GeneratorReference.1"}}}});
-	struct Case
-	{
-		std::string mWhy;
-		Json mTracks;
-	};
-	Case const cases[] = {
+	std::pair<std::string, Json> const cases[] = {
 		{"2 tracks of kind Video, none of kind Audio", List({pictures, pictures})},
 		{"1 track of kind Video, 1 track of kind 'Subtitle', none of kind Audio",
 			List({pictures, With(pictures, {{"kind", "Subtitle"}})})},
@@ -243,11 +245,11 @@ TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
 		{"1 track of kind Audio with 1 clip (cut away by what it stands in, or has no length)",
 			List({With(Track("A1", {Gap(1.0), clip}), {{"source_range", Range(0.0, 0.5)}})})},
 	};
-	for (Case const& test : cases)
+	for (auto const& [why, tracks] : cases)
 	{
-		SCOPED_TRACE(test.mWhy);
+		SCOPED_TRACE(why);
 		Json timeline = Timeline({});
-		timeline["tracks"]["children"] = test.mTracks;
+		timeline["tracks"]["children"] = tracks;
 		WriteBytes(mFolder / "silent.otio", timeline.dump());
 		for (Words const& words : {Words{"render", "silent.otio", "-o", "new.wav", "--report", "new.json"},
 				 Words{"render", "silent.otio", "-o", "new", "--stems", "track"},
@@ -257,13 +259,13 @@ TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
 			ProgramResult const result = Run(words);
 			EXPECT_EQ(result.mExitCode, 3);
 			EXPECT_THAT(result.mErrors, HasSubstr("silent.otio"));
-			EXPECT_THAT(result.mErrors, HasSubstr("nothing in this timeline is heard: " + test.mWhy + "\n"));
+			EXPECT_THAT(result.mErrors, HasSubstr("nothing in this timeline is heard: " + why + "\n"));
 		}
 		EXPECT_EQ(mFolder.List(), (Words{"impulse.wav", "silent.otio", "tone.wav"}));
 		ProgramResult const info = Run({"info", "silent.otio", "--json"});
 		EXPECT_EQ(info.mExitCode, 3);
-		EXPECT_EQ(Json::parse(info.mOutput)["refusal"]["reason"],
-			"nothing in this timeline is heard: " + test.mWhy);
+		EXPECT_EQ(
+			Json::parse(info.mOutput)["refusal"]["reason"], "nothing in this timeline is heard: " + why);
 	}
 }
 
@@ -271,13 +273,7 @@ TEST_F(TimelineCommandTest, ARangeIsACutOfTheWhole)
 {
 	WriteEdit();
 	Sound const whole = Render({"--quiet"});
-	struct Case
-	{
-		std::string mRange;
-		double mStart;
-		double mEnd;
-	};
-	Case const cases[] = {
+	std::tuple<std::string, double, double> const cases[] = {
 		{"0.5..1.75", 0.5, 1.75},
 		{"1+0:01", 1.0, 2.0},
 		{"10:00:01:05..10:00:02:00", 1.2, 2.0},
@@ -289,12 +285,11 @@ TEST_F(TimelineCommandTest, ARangeIsACutOfTheWhole)
 		{"Point..", 1.0, 3.0},
 		{"..10:00:02:00", 0.0, 2.0},
 	};
-	for (Case const& test : cases)
+	for (auto const& [range, start, end] : cases)
 	{
-		SCOPED_TRACE(test.mRange);
-		std::int64_t const first = ToFrames(test.mStart);
-		EXPECT_TRUE(SameBits(
-			Render({"--range", test.mRange, "--quiet"}), whole.Cut(first, ToFrames(test.mEnd) - first)));
+		SCOPED_TRACE(range);
+		std::int64_t const first = ToFrames(start);
+		EXPECT_TRUE(SameBits(Render({"--range", range, "--quiet"}), whole.Cut(first, ToFrames(end) - first)));
 	}
 }
 

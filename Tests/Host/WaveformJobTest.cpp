@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <tuple>
+#include <utility>
 
 namespace SonaroHost::Testing
 {
@@ -84,36 +86,30 @@ protected:
 
 TEST_F(WaveformJobTest, DataHoldsTheExtremesOfEachColumn)
 {
-	struct Case
-	{
-		std::optional<std::int64_t> mWidth;
-		std::optional<std::int64_t> mSamplesPerColumn;
-		std::int64_t mInterval;
-	};
-	constexpr Case kCases[] = {{{}, {}, 256}, {{}, 1, 1}, {{}, 1000, 1000}, {{}, 2147483647, 2147483647},
-		{1, {}, 30001}, {7, {}, 4286}, {20000, {}, 2}, {1000000, {}, 1}};
+	constexpr std::tuple<std::optional<std::int64_t>, std::optional<std::int64_t>, std::int64_t> kCases[] = {
+		{{}, {}, 256}, {{}, 1, 1}, {{}, 1000, 1000}, {{}, 2147483647, 2147483647}, {1, {}, 30001},
+		{7, {}, 4286}, {20000, {}, 2}, {1000000, {}, 1}};
 	Sound const sound = WriteInput();
-	for (Case const& test : kCases)
+	for (auto const& [width, samplesPerColumn, interval] : kCases)
 	{
 		for (int const bits : {8, 16})
 		{
 			for (bool const isMerged : {false, true})
 			{
-				SCOPED_TRACE(
-					testing::Message() << test.mInterval << " samples, " << bits << " bits" << isMerged);
+				SCOPED_TRACE(testing::Message() << interval << " samples, " << bits << " bits" << isMerged);
 				WaveformRequest request = MakeRequest(WaveformFormat::eJson);
-				request.mWidth = test.mWidth;
-				request.mSamplesPerColumn = test.mSamplesPerColumn;
+				request.mWidth = width;
+				request.mSamplesPerColumn = samplesPerColumn;
 				request.mBits = bits;
 				request.mChannels = isMerged ? WaveformChannels::eMerged : WaveformChannels::eStacked;
 				WaveformSummary const summary = Run(request);
 				auto const json = ReadJson();
-				auto const values = MakeValues(sound, test.mInterval, bits, isMerged);
+				auto const values = MakeValues(sound, interval, bits, isMerged);
 				auto const columns = static_cast<std::int64_t>(values.size()) / (isMerged ? 2 : 4);
 				EXPECT_EQ(json["version"], 2);
 				EXPECT_EQ(json["channels"], isMerged ? 1 : 2);
 				EXPECT_EQ(json["sample_rate"], 44100);
-				EXPECT_EQ(json["samples_per_pixel"], test.mInterval);
+				EXPECT_EQ(json["samples_per_pixel"], interval);
 				EXPECT_EQ(json["bits"], bits);
 				EXPECT_EQ(json["length"], columns);
 				EXPECT_TRUE(json["data"] == values);
@@ -161,22 +157,6 @@ TEST_F(WaveformJobTest, BinaryDataIsThatOfTheText)
 			}
 		}
 		EXPECT_EQ(bytes.substr(24), expected);
-	}
-}
-
-TEST_F(WaveformJobTest, SixteenBitsAreThoseOfTheFile)
-{
-	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, MakeSound(1, 44100, 5000));
-	WaveformRequest request = MakeRequest(WaveformFormat::eJson);
-	request.mSamplesPerColumn = 1;
-	Run(request);
-	std::vector<int> const samples = ReadIntegers(mFolder / "in.wav");
-	auto const data = ReadJson()["data"].get<std::vector<int>>();
-	ASSERT_EQ(data.size(), 2 * samples.size());
-	for (std::size_t i = 0; i < samples.size(); ++i)
-	{
-		ASSERT_EQ(data[2 * i], samples[i] >> 16);
-		ASSERT_EQ(data[2 * i + 1], samples[i] >> 16);
 	}
 }
 
@@ -356,17 +336,13 @@ TEST(WaveformStyle, AmplitudesAreScaledToTheHeight)
 
 TEST(WaveformStyle, ColoursAreReadAsTheyAreWritten)
 {
-	struct Case
-	{
-		char const* mText;
-		std::optional<Colour> mExpected;
-	};
-	constexpr Case kCases[] = {{"#12aBf0", Colour{0x12, 0xab, 0xf0, 255}}, {"#01020304", Colour{1, 2, 3, 4}},
+	constexpr std::pair<char const*, std::optional<Colour>> kCases[] = {
+		{"#12aBf0", Colour{0x12, 0xab, 0xf0, 255}}, {"#01020304", Colour{1, 2, 3, 4}},
 		{"none", Colour{0, 0, 0, 0}}, {"", {}}, {"#", {}}, {"#12345", {}}, {"#1234567", {}}, {"1234567", {}},
 		{"#12345g", {}}, {"#-1-1-1", {}}, {"# 1 1 1", {}}, {"#+1+1+1", {}}, {"white", {}}};
-	for (Case const& test : kCases)
+	for (auto const& [text, expected] : kCases)
 	{
-		EXPECT_EQ(Colour::Parse(test.mText), test.mExpected) << test.mText;
+		EXPECT_EQ(Colour::Parse(text), expected) << text;
 	}
 }
 

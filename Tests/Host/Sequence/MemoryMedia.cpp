@@ -2,6 +2,7 @@
 
 #include "Sonaro/IAsyncAudioSource.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "Support/Answers.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
@@ -22,7 +23,7 @@ SN::AudioChannelLayout GetLayoutOf(std::size_t inChannels)
 										   : MakeLayoutOfChannels(static_cast<unsigned>(inChannels));
 }
 
-class MemorySource final : public SN::IAudioSource, public SN::IAsyncAudioSource
+class MemorySource final : public SN::Testing::Answers<SN::IAudioSource, SN::IAsyncAudioSource>
 {
 public:
 	MemorySource(std::shared_ptr<MemoryMedia::Samples const> inSamples, SN::FrameRate const& inFrameRate,
@@ -66,14 +67,6 @@ public:
 		return SN::kSuccess;
 	}
 	int GetPrefetchState() override { return SN::kSuccess; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<SN::IAudioSource, SN::IAsyncAudioSource>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	std::size_t GetFrames() const { return mSamples->front().size(); }
@@ -122,7 +115,7 @@ private:
 	std::vector<unsigned> mBatches;
 };
 
-class LatentProcessor final : public SN::IAudioProcessor
+class LatentProcessor final : public SN::Testing::Answers<SN::IAudioProcessor>
 {
 public:
 	LatentProcessor(LatentEffect const& inEffect, SN::FrameRate const& inFrameRate, std::size_t inChannels,
@@ -170,13 +163,6 @@ public:
 	void InitializeAudioFilter() override { mIsRunning = true; }
 	void ShutdownAudioFilter() override { mIsRunning = false; }
 	SN::TickTime GetDelay() override { return {mEffect.mDelayFrames, mFrameRate}; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioProcessor>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	float Delay(std::vector<float>& ioLine, unsigned inOffset, float inSample) const

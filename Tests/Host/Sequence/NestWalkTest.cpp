@@ -7,6 +7,7 @@
 #include "Sonaro/Prefetcher.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
+#include "Support/Answers.h"
 #include "Support/Pull.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
@@ -39,7 +40,7 @@ struct Calls
 };
 
 // Leaves its sound alone and counts.
-class CountingProcessor final : public SN::IAudioProcessor
+class CountingProcessor final : public SN::Testing::Answers<SN::IAudioProcessor>
 {
 public:
 	explicit CountingProcessor(Calls& ioCalls)
@@ -63,13 +64,6 @@ public:
 	void InitializeAudioFilter() override { ++mCalls.mStarts; }
 	void ShutdownAudioFilter() override { ++mCalls.mStops; }
 	SN::TickTime GetDelay() override { return SN::kTimeZero; }
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<IAudioProcessor>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 
 private:
 	Calls& mCalls;
@@ -120,73 +114,69 @@ Description MakeNests(bool inHasFades, std::int64_t inLatency, std::vector<Calls
 	return description;
 }
 
+// One walk of each kind through a graph, and what it reached.
+void ExpectOneWalk(bool inHasFades, bool inIsPlayback, std::int64_t inLatency)
+{
+	constexpr std::size_t kDepth = 40;
+	std::vector<Calls> calls(kDepth);
+	Description const description = MakeNests(inHasFades, inLatency, calls);
+	SN::Prefetcher prefetcher;
+	RenderContextScope const context(
+		256, SN::kTimeMax, SN::ImmutableString("test"), inIsPlayback ? &prefetcher : nullptr);
+	SequenceGraph const graph(description, context.Get(), k48000Hz);
+	SN::IAudioGenerator& generator = *graph.GetGenerator();
+
+	std::vector<SN::AudioPrefetch::PrefetchRequest> requests;
+	SN::PrefetchRequestAccumulator accumulator(
+		SN::PrefetchRequestAccumulator::ExtendCapacity, nullptr, &requests);
+	dsp::AudioBuffer block(1, 256);
+	generator.HasHistory();
+	generator.InitializeAudioFilters();
+	generator.Preroll(SN::kTimeZero, false);
+	generator.AccumulatePrefetchRequests(
+		{SN::kTimeZero, SN::TickTime(200, k48000Hz)}, SN::AsynchronousPrefetch, accumulator);
+	std::vector<Calls> const before = calls;
+	generator.GetAudioData(SN::kTimeZero, block, false);
+	std::vector<Calls> const after = calls;
+	generator.Reset();
+	generator.ShutdownAudioFilters();
+
+	EXPECT_EQ(requests.size(), 1u);
+	for (std::size_t depth = 0; depth < kDepth; ++depth)
+	{
+		SCOPED_TRACE(std::to_string(kDepth - 1 - depth) + " levels down");
+		// What comes late has a history, and so nobody else is asked.
+		EXPECT_EQ(calls[depth].mHistories, inLatency == 0 ? 1 : 0);
+		EXPECT_EQ(calls[depth].mStarts, 1);
+		EXPECT_EQ(calls[depth].mPrerolls, 1);
+		EXPECT_EQ(calls[depth].mResets, 1);
+		EXPECT_EQ(calls[depth].mStops, 1);
+		EXPECT_EQ(after[depth].mBlocks - before[depth].mBlocks, 1);
+	}
+	// Once more, and a clone. There an item and each of its fades have content of their own, but the tracks
+	// below are the same.
+	generator.InitializeAudioFilters();
+	generator.Clone()->InitializeAudioFilters();
+	for (std::size_t depth = 0; depth < kDepth; ++depth)
+	{
+		bool const isOutermost = depth == kDepth - 1;
+		EXPECT_EQ(calls[depth].mClones, 1);
+		EXPECT_EQ(calls[depth].mStarts, 2 + (inHasFades && !isOutermost ? 3 : 1));
+	}
+}
+
 TEST(NestWalk, ReachesEachNestOnce)
 {
-	struct Case
+	for (bool const hasFades : {false, true})
 	{
-		char const* mName;
-		bool mHasFades;
-		bool mIsPlayback;
-		std::int64_t mLatency;
-	};
-	constexpr Case kCases[] = {
-		{"plain", false, false, 0},
-		{"with fades", true, false, 0},
-		{"playback", false, true, 0},
-		{"with fades, playback", true, true, 0},
-		{"late", false, false, 100},
-		{"late, with fades", true, false, 100},
-		{"late, playback", false, true, 100},
-		{"late, with fades, playback", true, true, 100},
-	};
-	constexpr std::size_t kDepth = 40;
-	for (Case const& test : kCases)
-	{
-		SCOPED_TRACE(test.mName);
-		std::vector<Calls> calls(kDepth);
-		Description const description = MakeNests(test.mHasFades, test.mLatency, calls);
-		SN::Prefetcher prefetcher;
-		RenderContextScope const context(
-			256, SN::kTimeMax, SN::ImmutableString("test"), test.mIsPlayback ? &prefetcher : nullptr);
-		SequenceGraph const graph(description, context.Get(), k48000Hz);
-		SN::IAudioGenerator& generator = *graph.GetGenerator();
-
-		std::vector<SN::AudioPrefetch::PrefetchRequest> requests;
-		SN::PrefetchRequestAccumulator accumulator(
-			SN::PrefetchRequestAccumulator::ExtendCapacity, nullptr, &requests);
-		dsp::AudioBuffer block(1, 256);
-		generator.HasHistory();
-		generator.InitializeAudioFilters();
-		generator.Preroll(SN::kTimeZero, false);
-		generator.AccumulatePrefetchRequests(
-			{SN::kTimeZero, SN::TickTime(200, k48000Hz)}, SN::AsynchronousPrefetch, accumulator);
-		std::vector<Calls> const before = calls;
-		generator.GetAudioData(SN::kTimeZero, block, false);
-		std::vector<Calls> const after = calls;
-		generator.Reset();
-		generator.ShutdownAudioFilters();
-
-		EXPECT_EQ(requests.size(), 1u);
-		for (std::size_t depth = 0; depth < kDepth; ++depth)
+		for (bool const isPlayback : {false, true})
 		{
-			SCOPED_TRACE(std::to_string(kDepth - 1 - depth) + " levels down");
-			// What comes late has a history, and so nobody else is asked.
-			EXPECT_EQ(calls[depth].mHistories, test.mLatency == 0 ? 1 : 0);
-			EXPECT_EQ(calls[depth].mStarts, 1);
-			EXPECT_EQ(calls[depth].mPrerolls, 1);
-			EXPECT_EQ(calls[depth].mResets, 1);
-			EXPECT_EQ(calls[depth].mStops, 1);
-			EXPECT_EQ(after[depth].mBlocks - before[depth].mBlocks, 1);
-		}
-		// Once more, and a clone. There an item and each of its fades have content of their own, but the tracks
-		// below are the same.
-		generator.InitializeAudioFilters();
-		generator.Clone()->InitializeAudioFilters();
-		for (std::size_t depth = 0; depth < kDepth; ++depth)
-		{
-			bool const isOutermost = depth == kDepth - 1;
-			EXPECT_EQ(calls[depth].mClones, 1);
-			EXPECT_EQ(calls[depth].mStarts, 2 + (test.mHasFades && !isOutermost ? 3 : 1));
+			for (std::int64_t const latency : {0, 100})
+			{
+				SCOPED_TRACE(testing::Message() << (hasFades ? "with fades, " : "")
+												<< (isPlayback ? "playback, " : "") << latency << " late");
+				ExpectOneWalk(hasFades, isPlayback, latency);
+			}
 		}
 	}
 }

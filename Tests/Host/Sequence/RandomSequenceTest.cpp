@@ -9,6 +9,7 @@
 #include "Sonaro/PrefetchRange.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
+#include "SonaroHost/Graph/GraphDrawing.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "Support/Pull.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -24,6 +25,7 @@
 #include <limits>
 #include <random>
 #include <sstream>
+#include <tuple>
 
 namespace SonaroHost::Sequence::Testing
 {
@@ -290,6 +292,13 @@ std::string FindDifference(Sound const& inSound, Expected const& inExpected,
 	return {};
 }
 
+std::string DescribeGraph(Description const& inSequence, SN::FrameRate const& inFrameRate)
+{
+	RenderContextScope const context(kBlockFrames, SN::kTimeMax, SN::ImmutableString("test"));
+	SequenceGraph const graph(inSequence, context.Get(), inFrameRate);
+	return Describe(graph.GetReport()) + GraphDrawing(graph.GetGenerator(), inFrameRate).ToDot("smaller");
+}
+
 // Looks for differences, of which it gives the first one in words, in a description.
 using Check = std::function<std::string(Description const&)>;
 
@@ -319,7 +328,7 @@ void ExpectNoDifference(
 			{ return !tryCheck(inSequence).empty() && hasThrown == throws; });
 		ADD_FAILURE() << "seed " << inSeed << ", " << inWay << ", " << difference << "\nand smaller, "
 					  << tryCheck(small) << ":\n"
-					  << Describe(small, inRandom.mFrameRate);
+					  << (throws ? "no graph" : DescribeGraph(small, inRandom.mFrameRate));
 	}
 }
 
@@ -375,13 +384,7 @@ TEST(NaiveSequence, SoundsAsWorkedOutByHand)
 		{{Send{0, MakeGain(2.0f), {}}, MakeGain(0.25f), Send{0, MakeGain(4.0f), {}}}, {}});
 	sends.mSubmixes.push_back(
 		{"", zorvmediatypes::CreateStereoChannelLayout(), {{MakeGain(10.0f)}, {}}, {}, {}, {}});
-	struct Case
-	{
-		char const* mName;
-		Description mSequence;
-		std::vector<double> mExpected;
-	};
-	Case const cases[] = {
+	std::tuple<char const*, Description, std::vector<double>> const cases[] = {
 		{"before its start", MakeMono({MakeCount(2, 6, -1)}), {0, 0, 0, 1, 2, 3, 0, 0}},
 		{"backwards beyond its start", MakeMono({MakeCount(0, 4, 2, -1.0)}), {3, 2, 1, 0, 0, 0, 0, 0}},
 		{"crossfade", crossfade, {1, 2, 3, 3, 3, 3, 3, 4}},
@@ -389,10 +392,10 @@ TEST(NaiveSequence, SoundsAsWorkedOutByHand)
 		{"late", MakeMono({late}), {3, 6, 0, 0, 0, 0, 0, 0}},
 		{"sends", sends, {30.25, 60.5, 90.75, 0, 0, 0, 0, 0}},
 	};
-	for (Case const& test : cases)
+	for (auto const& [name, sequence, expected] : cases)
 	{
-		SCOPED_TRACE(test.mName);
-		EXPECT_EQ(RenderNaively(test.mSequence, {8, SN::Testing::k48000Hz}), Signal{test.mExpected});
+		SCOPED_TRACE(name);
+		EXPECT_EQ(RenderNaively(sequence, {8, SN::Testing::k48000Hz}), Signal{expected});
 	}
 }
 

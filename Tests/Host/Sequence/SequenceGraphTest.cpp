@@ -4,11 +4,13 @@
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "Host/Refusal.h"
 #include "MemoryMedia.h"
+#include "SequenceShrinking.h"
 #include "Sonaro/IAudioMeterSetter.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Prefetcher.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
+#include "Support/Answers.h"
 #include "Support/Pull.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
@@ -17,7 +19,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <sstream>
 #include <string>
 #include <utility>
 
@@ -332,7 +333,7 @@ TEST(SequenceGraph, InstancesBeyondTheLimitAreSilentAndReported)
 }
 
 // Notes when its parameters were sampled for the frames that it hears.
-class SteppedEffect final : public SN::IAudioProcessor, public SN::IParameterOwnerMixin
+class SteppedEffect final : public SN::Testing::Answers<SN::IAudioProcessor, SN::IParameterOwnerMixin>
 {
 public:
 	SN::InterfaceRef<SN::IAudioProcessor> Clone(SN::FrameRate const&, unsigned, unsigned) override
@@ -354,15 +355,6 @@ public:
 	void UpdateControls(SN::TickTime const& inTime) override
 	{
 		mSampled = static_cast<float>(inTime.ToFrame64(k48000Hz));
-	}
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override
-	{
-		void* const found =
-			zorvcore::classref::QueryInterfaces<SN::IAudioProcessor, SN::IParameterOwnerMixin>(
-				this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
 	}
 
 private:
@@ -387,7 +379,7 @@ TEST(SequenceGraph, ParametersOfEffectsAreSampledAtTheSameFramesInAnyCut)
 }
 
 // Counts what it hears.
-class CountingMeter final : public SN::IAudioMeterSetter
+class CountingMeter final : public SN::Testing::Answers<SN::IAudioMeterSetter>
 {
 public:
 	void Init(SN::FrameRate const&, unsigned) override {}
@@ -399,13 +391,6 @@ public:
 	void Reset() override {}
 
 	std::int64_t mFrames = 0;
-
-protected:
-	void* QueryMap(SN::Guid const& inIdentifier) override
-	{
-		void* const found = zorvcore::classref::QueryInterfaces<SN::IAudioMeterSetter>(this, inIdentifier);
-		return found ? found : Unknown::QueryMap(inIdentifier);
-	}
 };
 
 TEST(SequenceGraph, MetersOnAnyLevelHearNothingOfWhatOnlySettles)
@@ -476,18 +461,7 @@ TEST(SequenceGraph, ReportsWhereEverythingStands)
 		MakeSequence({MakeTrack(nests, {Late(7), SendTo(0)})}, {MakeSubmix({Late(5)})}, {Late(2)});
 	RenderContextScope const context(256, SN::kTimeMax, SN::ImmutableString("test"));
 	SequenceGraph const graph(description, context.Get(), SN::Testing::k48000Hz);
-	std::ostringstream text;
-	for (TrackReport const& track : graph.GetReport().mTracks)
-	{
-		text << track.mPlace << " ahead " << track.mAheadFrames << " late " << track.mLatencyFrames
-			 << " waits " << track.mWaitFrames << "\n";
-	}
-	for (ItemReport const& item : graph.GetReport().mItems)
-	{
-		text << item.mTrack << " " << item.mName << " " << item.mFirstFrame << " to " << item.mEndFrame
-			 << " late " << item.mLatencyFrames << "\n";
-	}
-	EXPECT_EQ(text.str(), R"(track ahead 14 late 7 waits 5
+	EXPECT_EQ(Describe(graph.GetReport()), R"(track ahead 14 late 7 waits 5
 submix ahead 7 late 5 waits 0
 master ahead 2 late 2 waits 0
 track / nest / track ahead 30 late 30 waits 0

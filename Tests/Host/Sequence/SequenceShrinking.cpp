@@ -1,8 +1,5 @@
 #include "SequenceShrinking.h"
 
-#include "NaiveSequence.h"
-#include "SonaroHost/Base/ChannelLayouts.h"
-
 #include <limits>
 #include <map>
 #include <sstream>
@@ -159,92 +156,6 @@ bool ShrinkOnce(Description& ioSequence, std::function<bool(Description const&)>
 	}
 }
 
-std::string Describe(Fader const& inFader)
-{
-	std::string const gain = !inFader.mGain ? "" : inFader.mGain->IsEmpty() ? " gain" : " gain by a curve";
-	return gain + (!inFader.mMute ? "" : inFader.mMute->IsEmpty() ? " mute" : " mute by a curve");
-}
-
-std::string Describe(Chain const& inChain)
-{
-	std::string text;
-	for (Stage const& stage : inChain.mStages)
-	{
-		if (auto const* const fader = std::get_if<Fader>(&stage))
-		{
-			text += " | fader" + Describe(*fader);
-		}
-		else if (auto const* const send = std::get_if<Send>(&stage))
-		{
-			text += " | send to " + std::to_string(send->mSubmix) + (send->mPan ? " panned" : "") +
-					Describe(send->mLevel);
-		}
-		else if (auto const* const effect = std::get_if<Effect>(&stage))
-		{
-			text += " | effect " + effect->mName;
-		}
-	}
-	return text + (inChain.mPan ? " | pan\n" : "\n");
-}
-
-template <class Strip>
-std::string DescribeStrip(Strip const& inStrip)
-{
-	bool const isSubmix = inStrip.mOutput.mKind == Output::Kind::eSubmix;
-	bool const isNone = inStrip.mOutput.mKind == Output::Kind::eNone;
-	bool const isMuted = inStrip.mMute && inStrip.mMute->Get() != 0;
-	return "  " + inStrip.mName + ", " + GetLayoutName(inStrip.mLayout) +
-		   (isSubmix    ? ", to submix " + std::to_string(inStrip.mOutput.mSubmix)
-			   : isNone ? ", to nothing"
-						: "") +
-		   (isMuted ? ", muted" : "") + Describe(inStrip.mChain);
-}
-
-std::string DescribeContent(Item const& inItem, SN::FrameRate const& inFrameRate)
-{
-	if (auto const* const nest = std::get_if<Nest>(&inItem.mContent))
-	{
-		return nest->mSequence->mName + " from " + std::to_string(GetNearestFrame(nest->mStart, inFrameRate));
-	}
-	auto const& clip = std::get<Clip>(inItem.mContent);
-	std::string text = std::to_string(clip.mMedia->mFrames) + " frames " +
-					   GetLayoutName(clip.mMedia->mLayout) + " from " + std::to_string(clip.mFirstFrame);
-	for (unsigned const channel : clip.mChannels)
-	{
-		text += ", channel " + std::to_string(channel);
-	}
-	return text;
-}
-
-std::string DescribeOne(Description const& inSequence, SN::FrameRate const& inFrameRate)
-{
-	auto const toFrame = [&](SN::TickTime const& inTime) { return GetNearestFrame(inTime, inFrameRate); };
-	std::ostringstream text;
-	text << inSequence.mName << ", " << GetLayoutName(inSequence.mLayout) << "\n";
-	for (Track const& track : inSequence.mTracks)
-	{
-		text << DescribeStrip(track);
-		for (Item const& item : track.mItems)
-		{
-			text << "    " << item.mName << " [" << toFrame(item.mStart) << ", " << toFrame(item.mEnd)
-				 << ") of " << DescribeContent(item, inFrameRate) << ", speed " << item.mSpeed << ", fades "
-				 << toFrame(item.mFadeIn.mLength) << " and " << toFrame(item.mFadeOut.mLength)
-				 << Describe(item.mChain);
-		}
-		for (Crossfade const& crossfade : track.mCrossfades)
-		{
-			text << "    crossfade from " << crossfade.mOutgoing << ", " << toFrame(crossfade.mBefore)
-				 << " + " << toFrame(crossfade.mAfter) << "\n";
-		}
-	}
-	for (Submix const& submix : inSequence.mSubmixes)
-	{
-		text << DescribeStrip(submix);
-	}
-	text << "  master" << Describe(inSequence.mMaster);
-	return text.str();
-}
-
 } // namespace
 
 Description Shrink(Description inSequence, std::function<bool(Description const&)> const& inFails)
@@ -255,16 +166,20 @@ Description Shrink(Description inSequence, std::function<bool(Description const&
 	return inSequence;
 }
 
-std::string Describe(Description const& inSequence, SN::FrameRate const& inFrameRate)
+std::string Describe(GraphReport const& inReport)
 {
-	std::string text = DescribeOne(inSequence, inFrameRate);
-	std::vector<Nested> nested;
-	CollectNested(inSequence, nested);
-	for (Nested const& one : nested)
+	std::ostringstream text;
+	for (TrackReport const& track : inReport.mTracks)
 	{
-		text += DescribeOne(*one, inFrameRate);
+		text << track.mPlace << " ahead " << track.mAheadFrames << " late " << track.mLatencyFrames
+			 << " waits " << track.mWaitFrames << "\n";
 	}
-	return text;
+	for (ItemReport const& item : inReport.mItems)
+	{
+		text << item.mTrack << " " << item.mName << " " << item.mFirstFrame << " to " << item.mEndFrame
+			 << " late " << item.mLatencyFrames << "\n";
+	}
+	return text.str();
 }
 
 } // namespace SonaroHost::Sequence::Testing

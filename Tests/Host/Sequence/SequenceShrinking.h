@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SonaroHost/Sequence/Description.h"
+#include "SonaroHost/Sequence/GraphReport.h"
 
 #include <functional>
 #include <string>
@@ -12,7 +13,7 @@ namespace SonaroHost::Sequence::Testing
 // long as what remains still fails.
 Description Shrink(Description inSequence, std::function<bool(Description const&)> const& inFails);
 
-// In words, times in frames.
-std::string Describe(Description const& inSequence, SN::FrameRate const& inFrameRate);
+// Where everything stands, line by line: tracks, then items by the numbers of their tracks.
+std::string Describe(GraphReport const& inReport);
 
 } // namespace SonaroHost::Sequence::Testing
