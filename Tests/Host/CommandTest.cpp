@@ -39,7 +39,7 @@ protected:
 		return sound;
 	}
 
-	// Each behind the words of a command, with what is said of it.
+	// Each follows the words of a command, with what is said of it.
 	void ExpectWrongOptions(Words const& inCommand, std::vector<std::pair<Words, char const*>> const& inCases)
 	{
 		WriteInput();

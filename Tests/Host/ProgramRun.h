@@ -13,7 +13,7 @@ namespace SonaroHost::Testing
 
 using Words = std::vector<std::string>;
 
-// The words of the one behind those of the other.
+// The words of the second after those of the first.
 Words Join(Words inFirst, Words const& inSecond);
 
 struct ProgramResult
