@@ -439,14 +439,14 @@ TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
 		{MakeSequence({MakeTrack({name(MakeNest(own, 0, 100, 0), "inner")})}),
 			"track 'track / inner / track', item 'itself': the sequence 'loop' is nested in itself"},
 	};
-	for (auto const& [description, message] : cases)
+	for (auto const& test : cases)
 	{
 		std::string const refusal = GetRefusalOf(
 			[&] {
-				Render(description, {0, 1});
+				Render(test.first, {0, 1});
 			},
 			HostError::Kind::eRequest);
-		EXPECT_EQ(refusal.substr(0, message.size()), message);
+		EXPECT_EQ(refusal.substr(0, test.second.size()), test.second);
 	}
 	// It holds itself.
 	own->mTracks.clear();
