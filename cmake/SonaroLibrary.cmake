@@ -56,27 +56,6 @@ function(sonaro_precompile inTarget)
 	endif()
 endfunction()
 
-# Where sources are compiled in groups, one could lean on what another of its group includes. So in the tests of an
-# ordinary build each source of a library, given after all that it links, also compiles alone, without precompiled
-# headers.
-#
-#   sonaro_compile_alone(target)
-function(sonaro_compile_alone inTarget)
-	if(NOT CMAKE_UNITY_BUILD OR NOT SONARO_BUILD_TESTS OR SONARO_SANITIZE)
-		return()
-	endif()
-	get_target_property(sources ${inTarget} SOURCES)
-	get_target_property(includes ${inTarget} INCLUDE_DIRECTORIES)
-	get_target_property(libraries ${inTarget} LINK_LIBRARIES)
-	list(FILTER sources INCLUDE REGEX "[.]cpp$")
-	set(alone ${inTarget}_compiles_alone)
-	add_library(${alone} OBJECT ${sources})
-	target_include_directories(${alone} PRIVATE ${includes})
-	target_link_libraries(${alone} PRIVATE ${libraries})
-	target_compile_options(${alone} PRIVATE -O0)
-	set_target_properties(${alone} PROPERTIES CXX_EXTENSIONS OFF UNITY_BUILD OFF)
-endfunction()
-
 # The standard headers that most sources of the product include.
 set(SONARO_COMMON_HEADERS
 	<algorithm> <array> <atomic> <cmath> <cstdint> <filesystem> <functional> <map> <memory> <mutex> <optional>
@@ -94,7 +73,6 @@ function(sonaro_add_companion inName)
 		$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/Inc>
 		$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 	target_link_libraries(${inName} PUBLIC ${arg_DEPENDS})
-	sonaro_compile_alone(${inName})
 	set_property(GLOBAL APPEND PROPERTY SONARO_INSTALL_TARGETS ${inName})
 	set_property(GLOBAL APPEND PROPERTY SONARO_INSTALL_HEADERS ${CMAKE_CURRENT_SOURCE_DIR}/Inc/)
 endfunction()
