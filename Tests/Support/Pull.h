@@ -59,7 +59,7 @@ Samples PullWhole(
 // What is in the cache of a track or a send, which is empty from then on.
 Samples TakeCached(InterfaceRef<UnknownBase> const& inNode, unsigned inChannels, unsigned inFrames);
 
-// What a generator asks for when it is told to prefetch a range.
+// What a generator asks for when it prefetches a range.
 struct PrefetchRequests
 {
 	std::vector<SynchronousPrefetchRequest> mSynchronous;
