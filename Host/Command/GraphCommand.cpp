@@ -9,7 +9,7 @@
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Graph/GraphDrawing.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
-#include "SonaroHost/Render/TimelineGraph.h"
+#include "SonaroHost/Render/TimelineProgramme.h"
 #include "StopSignals.h"
 #include "TimelineNotes.h"
 #include "TimelineOptions.h"
@@ -49,14 +49,14 @@ GraphFormat ChooseFormat(std::string const& inFormat, std::string const& inOutpu
 	return name == ".dot" ? GraphFormat::eDot : name == ".svg" ? GraphFormat::eSvg : GraphFormat::ePng;
 }
 
-GraphDrawing Draw(Otio::TimelineSequence const& inSequence, std::optional<std::size_t> inMaxDepth)
+GraphDrawing Draw(
+	Programme const& inProgramme, Sequence::GraphView const& inView, std::optional<std::size_t> inMaxDepth)
 {
 	constexpr unsigned kBlockFrames = 2048;
-	auto const rate = SN::FrameRate::FromSamplesPerSecond(inSequence.mSampleRate);
 	RenderContextScope const context(
-		Otio::ChooseBlock(inSequence, kBlockFrames), SN::kTimeMax, SN::ImmutableString("drawing"));
-	Sequence::SequenceGraph const graph = Otio::MakeTimelineGraph(inSequence, context.Get());
-	return GraphDrawing(graph.GetGenerator(), rate, inMaxDepth);
+		ChooseBlock(inProgramme, kBlockFrames), SN::kTimeMax, SN::ImmutableString("drawing"));
+	Sequence::SequenceGraph const graph = MakeGraph(inProgramme, context.Get(), inView);
+	return GraphDrawing(graph.GetGenerator(), inProgramme.GetFrameRate(), inMaxDepth);
 }
 
 // A track's place among the children of the timeline's stack, by its name or by its number, counted from 1.
@@ -91,6 +91,32 @@ std::size_t FindTrack(Otio::Stack const& inStack, std::string const& inName)
 				"; the timeline has " + list);
 	}
 	return places.front();
+}
+
+// Leaves out all outermost tracks but one. Throws a HostError for one that is not heard, and so is not in the graph.
+Sequence::GraphView MakeViewOf(std::size_t inTrack, Otio::TimelineSequence const& inSequence)
+{
+	Sequence::GraphView view;
+	std::string reason = "it holds no sound";
+	bool isHeard = false;
+	for (Otio::TrackRow const& row : inSequence.mTracks)
+	{
+		if (row.mDepth == 0 && row.mIndex != inTrack)
+		{
+			view.mLeftOut.insert(row.mPlace);
+		}
+		else if (row.mDepth == 0)
+		{
+			isHeard = row.mIsMeasured;
+			reason = row.mReason.empty() ? reason : row.mReason;
+		}
+	}
+	if (!isHeard)
+	{
+		throw HostError(HostError::Kind::eRequest, "--track: track " + std::to_string(inTrack + 1) +
+													   " is not heard (" + reason + "); give another one");
+	}
+	return view;
 }
 
 void CheckNodes(GraphDrawing const& inDrawing, GraphFormat inFormat)
@@ -174,14 +200,13 @@ int GraphCommand::Run()
 	options.mFadeShape = ParseFades(mFades);
 	Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
 	OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
-	if (!mTrack.empty())
-	{
-		options.mOnlyChild = FindTrack(input.GetTimeline().mTracks, mTrack);
-	}
 	Otio::TimelineSequence const sequence = input.MakeSequence(options);
 	Otio::CheckHasSound(sequence);
 	WarnOfNotes(sequence.mMissing, {});
-	GraphDrawing const drawing = Draw(sequence, mDepth);
+	Sequence::GraphView const view =
+		mTrack.empty() ? Sequence::GraphView()
+					   : MakeViewOf(FindTrack(input.GetTimeline().mTracks, mTrack), sequence);
+	GraphDrawing const drawing = Draw(Otio::MakeProgramme(sequence, input.GetMedia()), view, mDepth);
 	CheckNodes(drawing, format);
 	std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);
 	// The file is made after the drawing, which may take long and may be stopped.

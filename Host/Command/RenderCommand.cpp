@@ -266,27 +266,14 @@ void RenderCommand::CheckOptionsFitTimelines()
 ClipRenderRequest RenderCommand::MakeRequest() const
 {
 	ClipRenderRequest request;
+	mOptions.Fill(request);
 	request.mInputs = MakeInputs();
-	request.mOutput = mOptions.mOutput;
-	if (!mOptions.mReport.empty())
-	{
-		request.mOtherOutputs.emplace_back(mOptions.mReport);
-	}
 	request.mContainer = mOptions.ChooseContainer();
-	request.mSamples = mOptions.GetSamples();
-	request.mDither = mOptions.GetDither();
 	request.mLayout = MakeLayoutRequest();
-	request.mGain = mOptions.GetGain();
-	request.mLevels = mOptions.mLevels;
 	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
 	request.mSpeed = mSpeed;
 	request.mSampleRate = mOptions.mSampleRate;
-	request.mFadeIn = mOptions.ParseFadeIn();
-	request.mFadeOut = mOptions.ParseFadeOut();
-	request.mBlockFrames = mOptions.mBlockFrames.value_or(request.mBlockFrames);
 	request.mAsPlayback = mIsPlayback;
-	request.mMeasuring = mOptions.mAsJson || !mOptions.mIsQuiet ? Measuring::eOutput : Measuring::eNothing;
-	request.mReplace = !mOptions.mKeepsOldFile;
 	return request;
 }
 

@@ -18,6 +18,41 @@ namespace
 // More than any recording needs in either direction.
 constexpr double kLargestGainDecibels = 200.0;
 
+std::optional<OutputSamples> FindSamples(std::string const& inBits)
+{
+	if (inBits.empty())
+	{
+		return std::nullopt;
+	}
+	return inBits == "16"   ? OutputSamples::eInteger16
+		   : inBits == "24" ? OutputSamples::eInteger24
+							: OutputSamples::eFloat32;
+}
+
+std::optional<Dither> FindDither(std::string const& inDither)
+{
+	if (inDither.empty())
+	{
+		return std::nullopt;
+	}
+	return inDither == "tpdf" ? Dither::eTriangular : Dither::eNone;
+}
+
+float ToGain(double inDecibels)
+{
+	// Written so that what is not a number fails it.
+	if (!(std::abs(inDecibels) <= kLargestGainDecibels))
+	{
+		Refuse("--gain-db: give decibels from -200 to 200");
+	}
+	return inDecibels == 0.0 ? 1.0f : static_cast<float>(std::pow(10.0, inDecibels / 20.0));
+}
+
+std::optional<TimePosition> ParseFade(std::string const& inOption, std::string const& inTime)
+{
+	return inTime.empty() ? std::nullopt : std::optional(ParseTime(inOption, inTime));
+}
+
 } // namespace
 
 OutputContainer RenderOptions::ChooseContainer() const
@@ -33,26 +68,6 @@ OutputContainer RenderOptions::ChooseContainer() const
 			   " names no output format; end it in .wav, .aiff, .flac or .caf, or give --format");
 	}
 	return *container;
-}
-
-std::optional<OutputSamples> RenderOptions::GetSamples() const
-{
-	if (mBits.empty())
-	{
-		return std::nullopt;
-	}
-	return mBits == "16"   ? OutputSamples::eInteger16
-		   : mBits == "24" ? OutputSamples::eInteger24
-						   : OutputSamples::eFloat32;
-}
-
-std::optional<Dither> RenderOptions::GetDither() const
-{
-	if (mDither.empty())
-	{
-		return std::nullopt;
-	}
-	return mDither == "tpdf" ? Dither::eTriangular : Dither::eNone;
 }
 
 std::optional<SN::AudioChannelLayout> RenderOptions::ParseLayout() const
@@ -71,31 +86,24 @@ std::optional<SN::AudioChannelLayout> RenderOptions::ParseLayout() const
 	return layout;
 }
 
-float RenderOptions::GetGain() const
+void RenderOptions::Fill(OutputRequest& outRequest) const
 {
-	// Written so that what is not a number fails it.
-	if (!(std::abs(mGainDecibels) <= kLargestGainDecibels))
+	outRequest.mOutput = mOutput;
+	if (!mReport.empty())
 	{
-		Refuse("--gain-db: give decibels from -200 to 200");
+		outRequest.mOtherOutputs.emplace_back(mReport);
 	}
-	return mGainDecibels == 0.0 ? 1.0f : static_cast<float>(std::pow(10.0, mGainDecibels / 20.0));
-}
-
-std::optional<TimePosition> RenderOptions::ParseFadeIn() const
-{
-	return mFadeIn.empty() ? std::nullopt : std::optional(ParseTime("--fade-in", mFadeIn));
-}
-
-std::optional<TimePosition> RenderOptions::ParseFadeOut() const
-{
-	return mFadeOut.empty() ? std::nullopt : std::optional(ParseTime("--fade-out", mFadeOut));
-}
-
-Measuring RenderOptions::GetMeasuring() const
-{
-	return !mReport.empty()       ? Measuring::eTracks
-		   : mAsJson || !mIsQuiet ? Measuring::eOutput
-								  : Measuring::eNothing;
+	outRequest.mReplace = !mKeepsOldFile;
+	outRequest.mSamples = FindSamples(mBits);
+	outRequest.mDither = FindDither(mDither);
+	outRequest.mGain = ToGain(mGainDecibels);
+	outRequest.mFadeIn = ParseFade("--fade-in", mFadeIn);
+	outRequest.mFadeOut = ParseFade("--fade-out", mFadeOut);
+	outRequest.mLevels = mLevels;
+	outRequest.mMeasuring = !mReport.empty()       ? Measuring::eTracks
+							: mAsJson || !mIsQuiet ? Measuring::eOutput
+												   : Measuring::eNothing;
+	outRequest.mBlockFrames = mBlockFrames.value_or(outRequest.mBlockFrames);
 }
 
 } // namespace SonaroCommand

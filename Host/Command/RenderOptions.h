@@ -1,9 +1,7 @@
 #pragma once
 
 #include "Sonaro/Types.h"
-#include "SonaroHost/Base/OutputFormat.h"
-#include "SonaroHost/Base/TimePosition.h"
-#include "SonaroHost/Render/OutputLevels.h"
+#include "SonaroHost/Render/OutputRequest.h"
 
 #include <optional>
 #include <string>
@@ -32,16 +30,9 @@ struct RenderOptions
 
 	// These throw a HostError for what makes no sense.
 	SonaroHost::OutputContainer ChooseContainer() const;
-	std::optional<SonaroHost::OutputSamples> GetSamples() const;
-	std::optional<SonaroHost::Dither> GetDither() const;
 	std::optional<SN::AudioChannelLayout> ParseLayout() const;
-	// The gain as a linear factor.
-	float GetGain() const;
-	std::optional<SonaroHost::TimePosition> ParseFadeIn() const;
-	std::optional<SonaroHost::TimePosition> ParseFadeOut() const;
-
-	// What is shown or written of it.
-	SonaroHost::Measuring GetMeasuring() const;
+	// Fills in all of a request but its container.
+	void Fill(SonaroHost::OutputRequest& outRequest) const;
 };
 
 } // namespace SonaroCommand

@@ -130,7 +130,7 @@ std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::s
 	json["format"] = GetName(inSummary.mFormat.mContainer);
 	json["samples"] = inSummary.GetFrames();
 	json["seconds"] = GetRenderedSeconds(inSummary);
-	json["channels"] = inSummary.mChannels;
+	json["channels"] = inJob.GetOutputLayout().size();
 	json["layout"] = GetLayoutName(inJob.GetOutputLayout());
 	json["rate"] = inSummary.mSampleRate;
 	json["encoding"] = GetName(inSummary.mFormat.mSamples);

@@ -16,7 +16,7 @@ namespace SonaroCommand
 
 using namespace SonaroHost;
 
-Json ListFiles(RenderedFiles const& inFiles, SN::AudioChannelLayout const& inLayout, int inSampleRate)
+Json ListFiles(RenderSummary const& inFiles, SN::AudioChannelLayout const& inLayout, int inSampleRate)
 {
 	Json list = Json::array();
 	for (RenderedFile const& file : inFiles.mFiles)
@@ -50,7 +50,7 @@ Json ListFiles(RenderedFiles const& inFiles, SN::AudioChannelLayout const& inLay
 	return list;
 }
 
-void AddMix(Json& ioJson, RenderedFiles const& inFiles, OutputLevels const& inLevels)
+void AddMix(Json& ioJson, RenderSummary const& inFiles, OutputLevels const& inLevels)
 {
 	if (inFiles.mMix)
 	{
@@ -70,14 +70,14 @@ std::string DescribeLimiting(RenderedFile const& inFile)
 			   : "";
 }
 
-std::string DescribeNormalizing(RenderedFiles const& inFiles)
+std::string DescribeNormalizing(RenderSummary const& inFiles)
 {
 	return inFiles.mNormalizingGain != 1.0
 			   ? "normalized by " + FormatDecibels(ToDecibels(inFiles.mNormalizingGain), 2) + " dB\n"
 			   : "";
 }
 
-void WarnOfLevels(RenderedFiles const& inFiles)
+void WarnOfLevels(RenderSummary const& inFiles)
 {
 	for (RenderedFile const& file : inFiles.mFiles)
 	{

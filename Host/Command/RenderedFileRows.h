@@ -3,7 +3,7 @@
 #include "Json.h"
 #include "Sonaro/Types.h"
 #include "SonaroHost/Render/OutputLevels.h"
-#include "SonaroHost/Render/RenderedFile.h"
+#include "SonaroHost/Render/RenderSummary.h"
 
 #include <string>
 
@@ -12,16 +12,16 @@ namespace SonaroCommand
 
 // What a render has written, of sound files and timelines alike. Samples are those of the programme.
 Json ListFiles(
-	SonaroHost::RenderedFiles const& inFiles, SN::AudioChannelLayout const& inLayout, int inSampleRate);
+	SonaroHost::RenderSummary const& inFiles, SN::AudioChannelLayout const& inLayout, int inSampleRate);
 // The loudness of the mix and how it was normalized, if they are known.
-void AddMix(Json& ioJson, SonaroHost::RenderedFiles const& inFiles, SonaroHost::OutputLevels const& inLevels);
+void AddMix(Json& ioJson, SonaroHost::RenderSummary const& inFiles, SonaroHost::OutputLevels const& inLevels);
 
 // A line for people, without its end: "limited by up to 3.0 dB", with a comma before. Empty where nothing was limited.
 std::string DescribeLimiting(SonaroHost::RenderedFile const& inFile);
 // A line with its end; empty where nothing was normalized.
-std::string DescribeNormalizing(SonaroHost::RenderedFiles const& inFiles);
+std::string DescribeNormalizing(SonaroHost::RenderSummary const& inFiles);
 
 // Warns of samples that were clipped, and of a loudness that was not reached.
-void WarnOfLevels(SonaroHost::RenderedFiles const& inFiles);
+void WarnOfLevels(SonaroHost::RenderSummary const& inFiles);
 
 } // namespace SonaroCommand

@@ -11,7 +11,7 @@
 #include "SonaroHost/Otio/Labels.h"
 #include "SonaroHost/OtioSequence/ProgrammeTimecode.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
-#include "SonaroHost/Render/TimelineGraph.h"
+#include "SonaroHost/Render/TimelineProgramme.h"
 #include "TextTable.h"
 #include "TimelineNotes.h"
 #include "TimelineRows.h"
@@ -42,7 +42,7 @@ struct Described
 		mNotes.insert(mNotes.end(), mSequence.mNotes.begin(), mSequence.mNotes.end());
 		try
 		{
-			CheckCanRender(mSequence);
+			CheckCanRender(mSequence, mInput.GetMedia());
 		}
 		catch (HostError const& error)
 		{

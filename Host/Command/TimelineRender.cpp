@@ -90,13 +90,9 @@ int TimelineRender::Run(std::string const& inInput)
 TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) const
 {
 	TimelineRenderRequest request;
+	mShared.Fill(request);
 	request.mInput = inInput;
 	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
-	request.mOutput = mShared.mOutput;
-	if (!mShared.mReport.empty())
-	{
-		request.mOtherOutputs.emplace_back(mShared.mReport);
-	}
 	if (!mStems.empty() && IsStandardStream(mShared.mOutput))
 	{
 		Refuse("--stems: stems are files of their own; give a folder as the output");
@@ -105,20 +101,11 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	// A folder's name ends in nothing.
 	bool const isFolder = request.mStems != Stems::eNone && mShared.mFormat.empty();
 	request.mContainer = isFolder ? OutputContainer::eWav : mShared.ChooseContainer();
-	request.mSamples = mShared.GetSamples();
-	request.mDither = mShared.GetDither();
-	request.mSampleRate = mShared.mSampleRate;
-	request.mLayout = mShared.ParseLayout();
-	request.mFadeShape = ParseFades(mFades);
+	request.mOptions.mSampleRate = mShared.mSampleRate;
+	request.mOptions.mLayout = mShared.ParseLayout();
+	request.mOptions.mFadeShape = ParseFades(mFades);
 	request.mRange = mRange;
-	request.mGain = mShared.GetGain();
-	request.mFadeIn = mShared.ParseFadeIn();
-	request.mFadeOut = mShared.ParseFadeOut();
-	request.mLevels = mShared.mLevels;
-	request.mMeasuring = mShared.GetMeasuring();
 	request.mKeepsRows = !mShared.mReport.empty();
-	request.mReplace = !mShared.mKeepsOldFile;
-	request.mBlockFrames = mShared.mBlockFrames.value_or(request.mBlockFrames);
 	return request;
 }
 
@@ -143,7 +130,7 @@ void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string c
 }
 
 void TimelineRender::Report(
-	TimelineRenderJob const& inJob, std::string const& inInput, TimelineRenderSummary const& inSummary) const
+	TimelineRenderJob const& inJob, std::string const& inInput, RenderSummary const& inSummary) const
 {
 	if (!mShared.mReport.empty())
 	{

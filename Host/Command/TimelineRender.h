@@ -32,7 +32,7 @@ private:
 	// Throws a HostError when --strict forbids the render, after writing its report.
 	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput) const;
 	void Report(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
-		SonaroHost::Otio::TimelineRenderSummary const& inSummary) const;
+		SonaroHost::RenderSummary const& inSummary) const;
 
 	CLI::App& mParser;
 	RenderOptions const& mShared;

@@ -40,7 +40,7 @@ std::string FormatLoudness(LoudnessReading const& inReading)
 }
 
 // One line for each track that was measured, nested ones indented, and one for the mix.
-std::string MakeLoudnessTable(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+std::string MakeLoudnessTable(TimelineRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	std::string text;
 	for (std::size_t i = 0; i < inSummary.mTracks.size(); ++i)
@@ -77,14 +77,14 @@ std::string DescribeFile(
 	return text + DescribeLimiting(inFile) + "\n";
 }
 
-double GetRealTimeFactor(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+double GetRealTimeFactor(TimelineRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	double const seconds = static_cast<double>(inJob.GetRange().mFrames) / inJob.GetSampleRate();
 	return inSummary.mElapsedSeconds > 0.0 ? seconds / inSummary.mElapsedSeconds : 0.0;
 }
 
-Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob,
-	TimelineRenderSummary const& inSummary, OutputLevels const& inLevels)
+Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, RenderSummary const& inSummary,
+	OutputLevels const& inLevels)
 {
 	Json json;
 	json["schema"] = "sonaro.timeline-render";
@@ -103,7 +103,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob,
 }
 
 // What the graph reports of a track is found by its place; tracks of one name come in the same order.
-Json ListTracks(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+Json ListTracks(TimelineRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	std::multimap<std::string, Sequence::TrackReport const*> reports;
 	for (Sequence::TrackReport const& report : inSummary.mGraph.mTracks)
@@ -149,8 +149,8 @@ void AddLatencies(Json& ioClips, Sequence::GraphReport const& inReport)
 	}
 }
 
-Json Report(std::string const& inInput, TimelineRenderJob const& inJob,
-	TimelineRenderSummary const& inSummary, OutputLevels const& inLevels)
+Json Report(std::string const& inInput, TimelineRenderJob const& inJob, RenderSummary const& inSummary,
+	OutputLevels const& inLevels)
 {
 	Json json = Summarize(inInput, inJob, inSummary, inLevels);
 	json["tracks"] = ListTracks(inJob, inSummary);
@@ -165,7 +165,7 @@ Json Report(std::string const& inInput, TimelineRenderJob const& inJob,
 
 } // namespace
 
-std::string SummarizeForPeople(TimelineRenderJob const& inJob, TimelineRenderSummary const& inSummary)
+std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	std::string text;
 	for (RenderedFile const& file : inSummary.mFiles)
@@ -189,13 +189,13 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, TimelineRenderSum
 }
 
 std::string SummarizeForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
-	TimelineRenderSummary const& inSummary, OutputLevels const& inLevels)
+	RenderSummary const& inSummary, OutputLevels const& inLevels)
 {
 	return ToText(Summarize(inInput, inJob, inSummary, inLevels));
 }
 
 std::string ReportForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
-	TimelineRenderSummary const& inSummary, OutputLevels const& inLevels)
+	RenderSummary const& inSummary, OutputLevels const& inLevels)
 {
 	return ToText(Report(inInput, inJob, inSummary, inLevels));
 }

@@ -8,14 +8,14 @@ namespace SonaroCommand
 {
 
 // What the render of a timeline came to. inLevels: those that were asked for.
-std::string SummarizeForPeople(SonaroHost::Otio::TimelineRenderJob const& inJob,
-	SonaroHost::Otio::TimelineRenderSummary const& inSummary);
+std::string SummarizeForPeople(
+	SonaroHost::Otio::TimelineRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary);
 std::string SummarizeForMachines(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
-	SonaroHost::Otio::TimelineRenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
+	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
 
 // The same with all clips, tracks, markers and notes: what --report writes.
 std::string ReportForMachines(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
-	SonaroHost::Otio::TimelineRenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
+	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
 
 // The report of a render that is refused and writes nothing else.
 std::string ReportRefusal(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,

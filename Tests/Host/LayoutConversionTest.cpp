@@ -102,6 +102,8 @@ TEST_F(LayoutConversionTest, FixedConversionsGoByTheirGains)
 	constexpr double kAll = 0.521739;
 	constexpr double kThree = 0.63157;
 	constexpr double kFour = 0.85714;
+	// What tracks give the channels that they fold in last.
+	constexpr double kThird = 0.33;
 	std::pair<Conversion, Gains> const cases[] = {
 		{{1, "stereo"}, {{1}, {1}}},
 		{{2, "mono"}, {{0.5, 0.5}}},
@@ -113,12 +115,13 @@ TEST_F(LayoutConversionTest, FixedConversionsGoByTheirGains)
 		{{6, "mono", {}, kMixdownFrontLFE}, {{kFour / 3, kFour / 3, kFour / 3, kFour / 6}}},
 		{{6, "mono", {}, kMixdownFrontRearLFE}, {{2.0 / 9, 2.0 / 9, 2.0 / 9, 1.0 / 9, 1.0 / 9, 1.0 / 9}}},
 		{{6, "stereo", {}, kMixdownFront}, {{0.6, 0, 0.4}, {0, 0.6, 0.4}}},
-		{{6, "stereo", {}, kMixdownFrontRear}, {{kThree * 0.75, 0, kThree / 2, 0, kThree / 3},
-												   {0, kThree * 0.75, kThree / 2, 0, 0, kThree / 3}}},
-		{{6, "stereo", {}, kMixdownFrontLFE},
-			{{kThree * 0.75, 0, kThree / 2, kThree / 3}, {0, kThree * 0.75, kThree / 2, kThree / 3}}},
-		{{6, "stereo", {}, kMixdownFrontRearLFE}, {{kAll * 0.75, 0, kAll / 2, kAll / 3, kAll / 3},
-													  {0, kAll * 0.75, kAll / 2, kAll / 3, 0, kAll / 3}}},
+		{{6, "stereo", {}, kMixdownFrontRear}, {{kThree * 0.75, 0, kThree / 2, 0, kThree * kThird},
+												   {0, kThree * 0.75, kThree / 2, 0, 0, kThree * kThird}}},
+		{{6, "stereo", {}, kMixdownFrontLFE}, {{kThree * 0.75, 0, kThree / 2, kThree * kThird},
+												  {0, kThree * 0.75, kThree / 2, kThree * kThird}}},
+		{{6, "stereo", {}, kMixdownFrontRearLFE},
+			{{kAll * 0.75, 0, kAll / 2, kAll * kThird, kAll * kThird},
+				{0, kAll * 0.75, kAll / 2, kAll * kThird, 0, kAll * kThird}}},
 		// Without places, channels go by position.
 		{{8, "5"}, TakeFirst(8, 5)},
 		{{2, "4"}, {{1, 0}, {0, 1}, {}, {}}},

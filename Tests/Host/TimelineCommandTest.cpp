@@ -600,6 +600,21 @@ TEST_F(TimelineCommandTest, TheGraphHasEachNodeOnce)
 	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("</svg>"));
 }
 
+TEST_F(TimelineCommandTest, TheGraphOfATrackHasNoOtherAndATrackMustBeHeard)
+{
+	WriteTimeline("edit.otio",
+		{Track("One", {Clip("click", "impulse.wav", 0.0, 1.0)}),
+			Track("Two", {Clip("hum", "tone.wav", 0.0, 1.0)}),
+			WithSettings(Track("Three", {Clip("hum", "tone.wav", 0.0, 1.0)}), {{"mute", true}})});
+	EXPECT_EQ(Run({"graph", "edit.otio", "-o", "graph.dot", "--track", "Two"}).mExitCode, 0);
+	EXPECT_THAT(
+		ReadBytes(mFolder / "graph.dot"), AllOf(HasSubstr("tone.wav"), Not(HasSubstr("impulse.wav"))));
+	ProgramResult const refused = Run({"graph", "edit.otio", "-o", "none.dot", "--track", "3"});
+	EXPECT_EQ(refused.mExitCode, 2);
+	EXPECT_THAT(refused.mErrors, HasSubstr("it is muted"));
+	EXPECT_FALSE(std::filesystem::exists(mFolder / "none.dot"));
+}
+
 TEST_F(TimelineCommandTest, KilledAtAnyMomentItLeavesNoHalfFileAndTheNextRunClearsUp)
 {
 	WriteTimeline("edit.otio", {Track("Long", {Gap(3600.0), Clip("click", "impulse.wav", 0.0, 1.0)})});

@@ -329,11 +329,10 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 	std::int64_t first = 0;
 	Scope scope = MakeInnerScope(inItem, inPlacement, inPassing, inWhySilent, first);
 	SN::AudioChannelLayout const layout = inWhySilent.empty() ? ChooseNestLayout(inItem) : mLayout;
-	SN::InterfaceRef<SN::IAudioMeterSetter> meter;
 	// Otherwise it has a row already, or is the sum.
 	if (inLevelsOn == LevelsOn::eItem && &item != mMaking.mTimelineStack)
 	{
-		meter = AddNestRow(item, scope, layout);
+		AddNestRow(item, scope, layout);
 		scope.mDepth += inItem.mStack ? 1 : 0;
 	}
 	auto const description = mMaking.mMakeNested(inItem, scope, layout);
@@ -348,15 +347,10 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 	{
 		AddLevels(item, layout, inPassing.mRange.mLength, result.mChain);
 	}
-	if (meter)
-	{
-		result.mChain.mStages.emplace_back().emplace<Sequence::Meter>().mSetter = meter;
-	}
 	return result;
 }
 
-SN::InterfaceRef<SN::IAudioMeterSetter> ItemMaker::AddNestRow(
-	Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout)
+void ItemMaker::AddNestRow(Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout)
 {
 	TrackRow row;
 	row.mIsHeard = inInner.mWhySilent.empty();
@@ -366,9 +360,8 @@ SN::InterfaceRef<SN::IAudioMeterSetter> ItemMaker::AddNestRow(
 	row.mPlace = inItem.mPlace;
 	row.mDepth = inInner.mDepth;
 	row.mLayout = inLayout;
+	row.mIsMeasured = row.mIsHeard;
 	mMaking.mResult.mTracks.push_back(row);
-	return row.mIsHeard && mMaking.mOptions.mMakeMeter ? mMaking.mOptions.mMakeMeter(row)
-													   : SN::InterfaceRef<SN::IAudioMeterSetter>();
 }
 
 std::string ItemMaker::CheckNest(

@@ -104,9 +104,8 @@ private:
 	// Why it cannot be heard; empty when it can. They take notes.
 	std::string CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
 		ClipMedia const& inMedia, ClipRow::Status& outStatus);
-	// Adds the row of a nest on a track; gives what listens to it, or nothing.
-	SN::InterfaceRef<SN::IAudioMeterSetter> AddNestRow(
-		Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout);
+	// Adds the row of a nest on a track.
+	void AddNestRow(Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout);
 	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing);
 	// Whether it hears nothing of its content, transitions and all.
 	bool IsOutside(Placement const& inPlacement, Passing const& inPassing, TimeSpan const& inContent) const;

@@ -18,8 +18,7 @@ std::shared_ptr<Sequence::Description> StackMaker::Make()
 	mSequence->mName = mStack.mName;
 	mSequence->mLayout = mLayout;
 	AddSubmixes();
-	bool const isOutermost = &mStack == mMaking.mTimelineStack;
-	auto const silences = FindSilences(mStack, isOutermost ? mMaking.mOptions.mOnlyChild : std::nullopt);
+	auto const silences = FindSilences(mStack);
 	for (std::size_t index = 0; index < silences.size(); ++index)
 	{
 		AddChild(index, mScope.mWhySilent.empty() ? silences[index] : mScope.mWhySilent);
@@ -59,7 +58,9 @@ void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
 		return;
 	}
 	TrackRow const row = MakeRow(child, inIndex, inWhySilent);
-	mMaking.mResult.mTracks.push_back(row);
+	auto& rows = mMaking.mResult.mTracks;
+	std::size_t const rowIndex = rows.size();
+	rows.push_back(row);
 	if (child.mTrack && !child.mTrack->IsAudio())
 	{
 		ItemMaker(mMaking, mScope, mLayout).AddMarkersOf(child);
@@ -76,6 +77,7 @@ void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
 	AddItems(child, inWhySilent, track);
 	if (inWhySilent.empty() && !track.mItems.empty())
 	{
+		rows[rowIndex].mIsMeasured = true;
 		track.mChain = MakeChain(child, row);
 		track.mOutput = FindOutput(child.mItem->GetSettings().mOutput);
 		mSequence->mTracks.push_back(std::move(track));
@@ -151,11 +153,6 @@ Sequence::Chain StackMaker::MakeChain(ItemView const& inChild, TrackRow const& i
 	auto faders = MakeFaders(item, site);
 	std::move(faders.begin(), faders.end(), std::back_inserter(chain.mStages));
 	addSends(false);
-	if (auto const meter = mMaking.mOptions.mMakeMeter ? mMaking.mOptions.mMakeMeter(inRow)
-													   : SN::InterfaceRef<SN::IAudioMeterSetter>())
-	{
-		chain.mStages.push_back(Sequence::Meter{meter});
-	}
 	chain.mPan = MakePanFrom(inRow.mLayout, FindPan(item), site, item.mPlace);
 	return chain;
 }

@@ -34,7 +34,7 @@ public:
 
 	void Add(Stack const& inStack)
 	{
-		auto const silences = FindSilences(inStack, std::nullopt);
+		auto const silences = FindSilences(inStack);
 		for (std::size_t index = 0; index < silences.size(); ++index)
 		{
 			if (silences[index].empty())
@@ -129,12 +129,6 @@ private:
 			throw HostError(HostError::Kind::eRequest,
 				"a sample rate of " + std::to_string(*mOptions.mSampleRate) + " is not within 1 to 768000");
 		}
-		if (mOptions.mOnlyChild && *mOptions.mOnlyChild >= mStack.mChildren.size())
-		{
-			throw HostError(HostError::Kind::eRequest, "track " + std::to_string(*mOptions.mOnlyChild + 1) +
-														   " of " + std::to_string(mStack.mChildren.size()) +
-														   " is to be heard alone; there is none");
-		}
 	}
 
 	int ChooseRate()
@@ -173,7 +167,8 @@ private:
 		mResult.mFrames = scope.mGrid.ToFrame(mRange.GetEnd()) - mResult.mFirstFrame;
 		AddStackMarkers();
 		auto description = StackMaker(mMaking, mStack, scope, mLayout).Make();
-		FinishMaster(*description, {mRange.mLength, scope.mGrid.ToTicks(mResult.mFirstFrame)});
+		description->mMaster.mStages =
+			MakeFaders(mStack, {mRange.mLength, scope.mGrid.ToTicks(mResult.mFirstFrame)});
 		return description;
 	}
 
@@ -197,7 +192,6 @@ private:
 			track.mItems.push_back(std::move(*item));
 			description->mTracks.push_back(std::move(track));
 		}
-		AddOptions(*description);
 		return description;
 	}
 
@@ -211,24 +205,6 @@ private:
 	{
 		Scope const scope = MakeProgrammeScope();
 		ItemMaker(mMaking, scope, mLayout).AddMarkersOf(mStack);
-	}
-
-	void FinishMaster(Sequence::Description& ioDescription, CurveSite const& inSite)
-	{
-		ioDescription.mMaster.mStages = MakeFaders(mStack, inSite);
-		AddOptions(ioDescription);
-	}
-
-	void AddOptions(Sequence::Description& ioDescription) const
-	{
-		if (mOptions.mMasterGain)
-		{
-			ioDescription.mMaster.mStages.push_back(Sequence::Fader{mOptions.mMasterGain, {}});
-		}
-		if (mOptions.mMasterMeter)
-		{
-			ioDescription.mMaster.mStages.push_back(Sequence::Meter{mOptions.mMasterMeter});
-		}
 	}
 
 	void TellGlobalStart()

@@ -1,56 +1,46 @@
 #include "SonaroHost/Render/Fades.h"
 
+#include "Sequence/Stage/FrameGains.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
 #include <algorithm>
-#include <cmath>
-#include <memory>
-#include <utility>
-#include <vector>
 
 namespace SonaroHost
 {
 
-std::shared_ptr<AutomationCurve const> MakeFadeCurve(
-	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate)
+namespace
 {
-	std::vector<AutomationPoint> points;
-	auto const add = [&](std::int64_t inFrame, double inGain)
-	{
-		points.push_back(
-			{SN::TickTime(inRange.mFirstFrame + inFrame, inFrameRate), inGain, Interpolation::eLinear});
-	};
-	std::int64_t const end = std::max<std::int64_t>(inRange.mFrames - 1, 1);
-	std::int64_t const outStart = end - inFades.mOut;
-	if (inFades.mIn > 0 && inFades.mOut > 0 && outStart < inFades.mIn)
-	{
-		// The two lines cross before they reach 1.
-		double const crossing = static_cast<double>(end) / static_cast<double>(inFades.mIn + inFades.mOut);
-		add(0, 0.0);
-		add(std::llround(crossing * static_cast<double>(inFades.mIn)), crossing);
-		add(end, 0.0);
-		return std::make_shared<AutomationCurve const>(std::move(points));
-	}
-	if (inFades.mIn > 0)
-	{
-		add(0, 0.0);
-		add(inFades.mIn, 1.0);
-	}
-	if (inFades.mOut > 0)
-	{
-		add(outStart, 1.0);
-		add(end, 0.0);
-	}
-	return std::make_shared<AutomationCurve const>(std::move(points));
+
+// The line of a fade, so many frames from its silent end.
+double GetLine(std::int64_t inDistance, std::int64_t inLength)
+{
+	return inDistance < inLength ? static_cast<double>(inDistance) / static_cast<double>(inLength) : 1.0;
 }
 
-SN::InterfaceRef<AutomationParameter<float>> MakeFadeGain(
-	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate)
+} // namespace
+
+void ApplyFades(dsp::AudioBuffer& ioBlock, Fades const& inFades, std::int64_t inFirst, std::int64_t inFrames)
 {
-	auto gain = AutomationParameter<float>::Create(1.0f);
-	if (!inFades.IsNone())
+	// Gains are worked out for so many frames at once.
+	constexpr unsigned kPiece = 256;
+	std::int64_t const last = std::max<std::int64_t>(inFrames - 1, 1);
+	unsigned const frames = ioBlock.GetUseSize();
+	for (unsigned done = 0; done < frames; done += kPiece)
 	{
-		gain->SetCurve(MakeFadeCurve(inFades, inRange, inFrameRate));
+		unsigned const count = std::min(kPiece, frames - done);
+		std::int64_t const first = inFirst + done;
+		if (first >= inFades.mIn && last - (first + count - 1) >= inFades.mOut)
+		{
+			continue;
+		}
+		float gains[kPiece];
+		for (unsigned i = 0; i < count; ++i)
+		{
+			gains[i] = static_cast<float>(
+				std::min(GetLine(first + i, inFades.mIn), GetLine(last - first - i, inFades.mOut)));
+		}
+		ApplyGains(ioBlock, done, count, gains);
 	}
-	return gain;
 }
 
 } // namespace SonaroHost

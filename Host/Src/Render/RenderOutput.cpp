@@ -34,18 +34,23 @@ RenderOutput::RenderOutput(Setup const& inSetup, RenderedFile inFile)
 
 void RenderOutput::Add(dsp::AudioBuffer& ioBlock)
 {
+	if (!mFile.mFades.IsNone())
+	{
+		ApplyFades(ioBlock, mFile.mFades, mFramesAdded, mFile.mRange.mFrames);
+	}
+	mFramesAdded += ioBlock.GetUseSize();
 	if (mSetup.mGain != 1.0f)
 	{
 		ioBlock *= mSetup.mGain;
 	}
-	Take(ioBlock);
+	Limit(ioBlock);
 }
 
-void RenderOutput::Take(dsp::AudioBuffer& ioBlock)
+void RenderOutput::Limit(dsp::AudioBuffer& ioBlock)
 {
 	if (!mLimiter)
 	{
-		Finish(ioBlock);
+		Write(ioBlock);
 		return;
 	}
 	mLimiter->Process(ioBlock);
@@ -58,10 +63,10 @@ void RenderOutput::Take(dsp::AudioBuffer& ioBlock)
 	dsp::AudioSubBuffer rest;
 	rest.Init(ioBlock.GetNumChannels());
 	rest.Assign(ioBlock, static_cast<unsigned>(dropped));
-	Finish(rest);
+	Write(rest);
 }
 
-void RenderOutput::Finish(dsp::AudioBuffer& ioBlock)
+void RenderOutput::Write(dsp::AudioBuffer& ioBlock)
 {
 	if (mWriter)
 	{
@@ -81,7 +86,7 @@ void RenderOutput::Complete()
 		// What the limiter still holds comes out once as many zeros have gone in.
 		dsp::AudioBuffer silence(mSetup.mLayout.size(), static_cast<unsigned>(mLimiter->GetLatencyFrames()));
 		silence.Zero();
-		Take(silence);
+		Limit(silence);
 		mFile.mSmallestLimiterGain = mLimiter->GetSmallestGain();
 	}
 	if (mMeter)

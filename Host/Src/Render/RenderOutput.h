@@ -16,7 +16,7 @@ class AudioBuffer;
 namespace SonaroHost
 {
 
-// What becomes of the blocks of a pass: a gain, a limiter whose latency is made up for, a meter, a file.
+// What becomes of the blocks of a pass: fades, a gain, a limiter whose latency is made up for, a meter, a file.
 class RenderOutput
 {
 public:
@@ -39,21 +39,22 @@ public:
 	void Add(dsp::AudioBuffer& ioBlock);
 	// Completes the file under its temporary name, after the last block.
 	void Complete();
-	// Gives it its own.
+	// Renames the file to its final name.
 	void Commit();
 
 	RenderedFile const& GetFile() const { return mFile; }
 
 private:
-	// What is finished, later ones of what Add has got.
-	void Take(dsp::AudioBuffer& ioBlock);
-	void Finish(dsp::AudioBuffer& ioBlock);
+	// Limits a block and passes on what the limiter releases, which lags behind.
+	void Limit(dsp::AudioBuffer& ioBlock);
+	void Write(dsp::AudioBuffer& ioBlock);
 
 	Setup mSetup;
 	RenderedFile mFile;
 	std::optional<AudioFileWriter> mWriter;
 	std::optional<LoudnessMeter> mMeter;
 	std::optional<PeakLimiter> mLimiter;
+	std::int64_t mFramesAdded = 0;
 	// The limiter's frames that are still to be dropped at the start.
 	std::int64_t mFramesToDrop = 0;
 };

@@ -20,6 +20,10 @@ BuiltChain ChainBuilder::Build(Chain const& inChain)
 	{
 		std::visit([this](auto const& inStage) { Add(inStage); }, stage);
 	}
+	if (mSite.mTap)
+	{
+		Add(Meter{mSite.mTap});
+	}
 	mBuilt.mPanner = MakePanner(mSite.mOutput, inChain.mPan);
 	return std::move(mBuilt);
 }

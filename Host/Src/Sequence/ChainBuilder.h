@@ -33,6 +33,8 @@ struct ChainSite
 	ChainTime mTime;
 	// The track's mute, which its sends follow.
 	MuteSwitch mMute = {};
+	// Hears what leaves the last stage; null for nobody.
+	SN::InterfaceRef<SN::IAudioMeterSetter> mTap = {};
 	// Nobody hears an effect that is late while nothing is compensated for, as on an item.
 	bool mDropsLateEffects = false;
 };

@@ -26,6 +26,7 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	auto const latency = std::make_shared<std::int64_t>(0);
 	ChainSite site{mSite.mPlace, GetContentLayout(inItem), mSite.mLayout, mSite.mMixdown, nullptr,
 		{playhead, latency, mTools.GetFrameRate(), mLead, 1.0 / mSpeed}};
+	site.mTap = mSite.mTap;
 	site.mDropsLateEffects = true;
 	BuiltChain const chain = ChainBuilder(mTools, site).Build(inItem.mChain);
 	*latency = chain.mLatency;
@@ -71,8 +72,16 @@ void ItemBuilder::CheckContent(Item const& inItem) const
 double ItemBuilder::GetReadingSpeed(Item const& inItem) const
 {
 	Clip const* const clip = std::get_if<Clip>(&inItem.mContent);
-	double const rate = mTools.GetFrameRate().GetSamplesPerSecond();
-	return clip ? inItem.mSpeed * (clip->mMedia->mSampleRate / rate) : inItem.mSpeed;
+	if (!clip)
+	{
+		return inItem.mSpeed;
+	}
+	// Rates that count alike are not resampled, even where a frame is no whole number of ticks.
+	double const rate = clip->mMedia->mSampleRate;
+	SN::FrameRate const graphRate = mTools.GetFrameRate();
+	return SN::FrameRate::FromSamplesPerSecond(rate) == graphRate
+			   ? inItem.mSpeed
+			   : inItem.mSpeed * (rate / graphRate.GetSamplesPerSecond());
 }
 
 void ItemBuilder::CheckSpeed() const

@@ -35,6 +35,8 @@ struct ItemSite
 	std::shared_ptr<Playhead const> mPlayhead;
 	// How often the track has jumped.
 	std::shared_ptr<std::uint64_t const> mJumps;
+	// Hears what leaves its last stage; null for nobody.
+	SN::InterfaceRef<SN::IAudioMeterSetter> mTap;
 };
 
 // The engine's item of a clip or a nested sequence: what is read of the content through the chain, and, at a speed

@@ -151,7 +151,9 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 	place.mItemName = &inItem.mName;
 	place.mOrigin = &inItem.mOrigin;
 	ItemSite const site{place, mTrack.mLayout, mSite.mMixdown,
-		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, mSite.mBuildNest, mSite.mPlayhead, mSite.mJumps};
+		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, mSite.mBuildNest, mSite.mPlayhead, mSite.mJumps,
+		inItem.mOrigin != mTrack.mOrigin ? mSite.mView.FindTap(inItem.mOrigin)
+										 : SN::InterfaceRef<SN::IAudioMeterSetter>()};
 	BuiltItem const built = ItemBuilder(mTools, site).Build(inItem);
 	mSite.mReport.push_back(
 		{mSite.mTrack, inItem.mName, inPlaced.mWhole.mFirst, inPlaced.mWhole.mEnd, built.mLatency});

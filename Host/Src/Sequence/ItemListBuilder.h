@@ -6,6 +6,7 @@
 #include "Sequence/Node/Place.h"
 #include "Sonaro/AudioTrackRenderableItems.h"
 #include "SonaroHost/Sequence/GraphReport.h"
+#include "SonaroHost/Sequence/GraphView.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,6 +28,7 @@ struct ItemListSite
 	Place mPlace;
 	Mixdown const& mMixdown;
 	NestMaker const& mBuildNest;
+	GraphView const& mView;
 	// The sequence's playhead.
 	std::shared_ptr<Playhead const> mPlayhead;
 	// How often the track has jumped.

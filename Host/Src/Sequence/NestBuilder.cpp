@@ -44,9 +44,10 @@ private:
 
 } // namespace
 
-NestBuilder::NestBuilder(GraphTools& ioTools, GraphReport& ioReport)
+NestBuilder::NestBuilder(GraphTools& ioTools, GraphReport& ioReport, GraphView const& inView)
 	: mTools(ioTools),
 	  mReport(ioReport),
+	  mView(inView),
 	  mBuildNest([this](Nest const& inNest, Place const& inPlace) { return BuildNest(inNest, inPlace); })
 {
 }
@@ -56,7 +57,7 @@ Generator NestBuilder::BuildOutermost(Description const& inDescription, SN::Pref
 	mPath = {&inDescription};
 	CountUses(inDescription);
 	std::string const prefix;
-	SequenceSite const site{prefix, mBuildNest, mReport, inPrefetcher};
+	SequenceSite const site{prefix, mBuildNest, mReport, mView, inPrefetcher};
 	return SequenceBuilder(mTools, inDescription, site).Build();
 }
 
@@ -73,7 +74,7 @@ Generator NestBuilder::BuildNest(Nest const& inNest, Place const& inPlace)
 	LevelScope const scope(*mTools.GetContext(), ChooseInstance(description));
 	mPath.push_back(&description);
 	std::string const prefix = inPlace.GetItemPrefix();
-	SequenceSite const site{prefix, mBuildNest, mReport};
+	SequenceSite const site{prefix, mBuildNest, mReport, mView};
 	Generator const nest = SequenceBuilder(mTools, description, site).Build();
 	mPath.pop_back();
 	return nest;

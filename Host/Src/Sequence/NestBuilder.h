@@ -6,6 +6,7 @@
 #include "SequenceBuilder.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/GraphReport.h"
+#include "SonaroHost/Sequence/GraphView.h"
 
 #include <cstddef>
 #include <functional>
@@ -27,7 +28,7 @@ class NestBuilder
 {
 public:
 	// All outlive this object.
-	NestBuilder(GraphTools& ioTools, GraphReport& ioReport);
+	NestBuilder(GraphTools& ioTools, GraphReport& ioReport, GraphView const& inView);
 
 	// inPrefetcher: the prefetcher of a playback, or null.
 	Generator BuildOutermost(Description const& inDescription, SN::Prefetcher const* inPrefetcher);
@@ -41,6 +42,7 @@ private:
 
 	GraphTools& mTools;
 	GraphReport& mReport;
+	GraphView const& mView;
 	NestMaker mBuildNest;
 	// The sequences from the outermost to the one that is being built.
 	std::vector<Description const*> mPath;

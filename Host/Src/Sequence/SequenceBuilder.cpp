@@ -24,6 +24,13 @@ SequenceBuilder::SequenceBuilder(
 	  mDescription(inDescription),
 	  mSite(inSite)
 {
+	for (Track const& track : inDescription.mTracks)
+	{
+		if (!inSite.mView.mLeftOut.contains(track.mOrigin))
+		{
+			mHeard.push_back(&track);
+		}
+	}
 	for (Submix const& submix : inDescription.mSubmixes)
 	{
 		mTargets.push_back({submix.mLayout, GraphTools::MakeIdentity()});
@@ -45,9 +52,9 @@ Generator SequenceBuilder::Build()
 	}
 	// The plan is made before any item, since a circle is what the whole sequence suffers from.
 	DelayPlan const plan = MakePlan();
-	for (std::size_t index = 0; index < mDescription.mTracks.size(); ++index)
+	for (std::size_t index = 0; index < mHeard.size(); ++index)
 	{
-		BuildItems(mNodes[index], mDescription.mTracks[index], reportIndex + index);
+		BuildItems(mNodes[index], *mHeard[index], reportIndex + index);
 	}
 	ReportTracks(plan, reportIndex);
 	for (std::size_t const index : plan.GetOrder())
@@ -89,9 +96,9 @@ void SequenceBuilder::ListNodes()
 			node.mOutput = FindDestination(inTrack.mOutput, GetPlace(node));
 		}
 	};
-	for (Track const& track : mDescription.mTracks)
+	for (Track const* const track : mHeard)
 	{
-		add(Kind::eTrack, track);
+		add(Kind::eTrack, *track);
 	}
 	for (Submix const& submix : mDescription.mSubmixes)
 	{
@@ -105,7 +112,7 @@ void SequenceBuilder::ListNodes()
 
 std::size_t SequenceBuilder::FindDestination(Output const& inOutput, Place const& inPlace) const
 {
-	std::size_t const tracks = mDescription.mTracks.size();
+	std::size_t const tracks = mHeard.size();
 	std::size_t const submixes = mDescription.mSubmixes.size();
 	if (inOutput.mKind == Output::Kind::eMaster)
 	{
@@ -145,6 +152,7 @@ void SequenceBuilder::BuildChain(Node& ioNode)
 	ChainSite site{GetPlace(ioNode), *ioNode.mLayout, output, mDescription.mMixdown,
 		isMaster ? nullptr : &mTargets, {mPlayhead, ioNode.mAhead, mTools.GetFrameRate()}};
 	site.mMute = mTools.GetHeard(ioNode.mMute);
+	site.mTap = FindTap(ioNode);
 	if (isMaster && ioNode.mChain->mPan)
 	{
 		Refuse(site.mPlace, "its layout is that of the sequence and cannot be panned", "take the pan out");
@@ -152,9 +160,15 @@ void SequenceBuilder::BuildChain(Node& ioNode)
 	ioNode.mBuilt = ChainBuilder(mTools, site).Build(*ioNode.mChain);
 }
 
+SN::InterfaceRef<SN::IAudioMeterSetter> SequenceBuilder::FindTap(Node const& inNode) const
+{
+	return inNode.mKind == Kind::eTrack ? mSite.mView.FindTap(*inNode.mOrigin)
+										: SN::InterfaceRef<SN::IAudioMeterSetter>();
+}
+
 void SequenceBuilder::BuildItems(Node& ioNode, Track const& inTrack, std::size_t inReportIndex)
 {
-	ItemListSite const site{GetPlace(ioNode), mDescription.mMixdown, mSite.mBuildNest, mPlayhead,
+	ItemListSite const site{GetPlace(ioNode), mDescription.mMixdown, mSite.mBuildNest, mSite.mView, mPlayhead,
 		ioNode.mJumps, inReportIndex, mSite.mReport.mItems};
 	ioNode.mItems = ItemListBuilder(mTools, inTrack, site).Build();
 }
@@ -170,7 +184,7 @@ DelayPlan SequenceBuilder::MakePlan() const
 		planned.mLatency = node.mBuilt.mLatency;
 		for (BuiltSend const& send : node.mBuilt.mSends)
 		{
-			planned.mEdges.push_back({mDescription.mTracks.size() + send.mSubmix, send.mLatency, 0});
+			planned.mEdges.push_back({mHeard.size() + send.mSubmix, send.mLatency, 0});
 		}
 		if (node.mOutput)
 		{
@@ -249,7 +263,7 @@ std::vector<Identity> SequenceBuilder::FindInputs(std::size_t inIndex) const
 	{
 		for (std::size_t send = 0; send < node.mReturns.size(); ++send)
 		{
-			if (mDescription.mTracks.size() + node.mBuilt.mSends[send].mSubmix == inIndex)
+			if (mHeard.size() + node.mBuilt.mSends[send].mSubmix == inIndex)
 			{
 				inputs.push_back(node.mReturns[send]);
 			}

@@ -11,6 +11,7 @@
 #include "Sonaro/Prefetcher.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/GraphReport.h"
+#include "SonaroHost/Sequence/GraphView.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -29,6 +30,7 @@ struct SequenceSite
 	std::string const& mPrefix;
 	NestMaker const& mBuildNest;
 	GraphReport& mReport;
+	GraphView const& mView;
 	// The prefetcher of the outermost sequence in a playback; else null.
 	SN::Prefetcher const* mPrefetcher = nullptr;
 };
@@ -79,6 +81,7 @@ private:
 	};
 
 	void ListNodes();
+	SN::InterfaceRef<SN::IAudioMeterSetter> FindTap(Node const& inNode) const;
 	std::size_t FindDestination(Output const& inOutput, Place const& inPlace) const;
 	Place GetPlace(Node const& inNode) const;
 	void CheckLayout(Node const& inNode) const;
@@ -99,6 +102,8 @@ private:
 	GraphTools& mTools;
 	Description const& mDescription;
 	SequenceSite const& mSite;
+	// The tracks that are not left out.
+	std::vector<Track const*> mHeard;
 	std::vector<SendTarget> mTargets;
 	std::vector<Node> mNodes;
 	std::shared_ptr<Playhead> mPlayhead = std::make_shared<Playhead>();

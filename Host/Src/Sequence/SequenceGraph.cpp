@@ -54,11 +54,11 @@ private:
 
 SequenceGraph::SequenceGraph(Description const& inDescription,
 	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
-	SN::Prefetcher const* inPrefetcher)
+	SN::Prefetcher const* inPrefetcher, GraphView const& inView)
 	: mLayout(inDescription.mLayout)
 {
 	GraphTools tools(inContext, inFrameRate);
-	mGenerator = NestBuilder(tools, mReport).BuildOutermost(inDescription, inPrefetcher);
+	mGenerator = NestBuilder(tools, mReport, inView).BuildOutermost(inDescription, inPrefetcher);
 }
 
 std::uint64_t CountChannels(Description const& inDescription)

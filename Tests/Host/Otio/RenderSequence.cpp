@@ -6,11 +6,12 @@
 namespace SonaroHost::Otio
 {
 
-SN::Testing::Samples RenderSequence(TimelineSequence const& inSequence, unsigned inBlockFrames)
+SN::Testing::Samples RenderSequence(
+	TimelineSequence const& inSequence, unsigned inBlockFrames, Sequence::GraphView const& inView)
 {
 	SN::FrameRate const rate = SN::FrameRate::FromSamplesPerSecond(inSequence.mSampleRate);
 	RenderContextScope const context(inBlockFrames, SN::kTimeMax, SN::ImmutableString("timeline"));
-	Sequence::SequenceGraph const graph(*inSequence.mDescription, context.Get(), rate);
+	Sequence::SequenceGraph const graph(*inSequence.mDescription, context.Get(), rate, nullptr, inView);
 	SN::IAudioGenerator& generator = *graph.GetGenerator();
 	generator.InitializeAudioFilters();
 	generator.Preroll({inSequence.mFirstFrame, rate}, false);

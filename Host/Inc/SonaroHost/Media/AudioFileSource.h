@@ -45,6 +45,9 @@ public:
 	explicit AudioFileSource(std::unique_ptr<AudioFileReader> inReader,
 		std::optional<SN::FrameRate> const& inCountingRate = std::nullopt);
 
+	// Counts by another rate from now on. Called before anybody reads.
+	void SetCountingRate(SN::FrameRate const& inRate) { mFrameRate = inRate; }
+
 	AudioFileInfo const& GetInfo() const { return mReader->GetInfo(); }
 	// The error that stopped reading.
 	std::optional<HostError> GetFailure() const;

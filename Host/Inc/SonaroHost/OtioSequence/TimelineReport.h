@@ -63,6 +63,9 @@ struct TrackRow
 	// How many compositions stand around it below the timeline's own stack; 0 for those of the timeline itself.
 	std::size_t mDepth = 0;
 	SN::AudioChannelLayout mLayout;
+	// Whether a meter can hear it: a track or an item of the description has mPlace as its mOrigin. A track without items
+	// has none.
+	bool mIsMeasured = false;
 };
 
 // What a clip is without, against the timeline's will: all of its media, or the part that it asks for.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Sonaro/IAudioMeterSetter.h"
 #include "SonaroHost/Otio/Model.h"
 #include "SonaroHost/Otio/Note.h"
 #include "SonaroHost/OtioSequence/TimelineReport.h"
@@ -8,7 +7,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -24,17 +22,6 @@ struct TimelineOptions
 	std::optional<SN::AudioChannelLayout> mLayout;
 	// The shape of transitions and fades that name none.
 	FadeShape mFadeShape = FadeShape::eEqualPower;
-	// Only this child of the timeline's stack is heard, for a stem: solos do not count, mutes do. All of them
-	// together are the mix where none is solo.
-	std::optional<std::size_t> mOnlyChild;
-	// Asked for each child of a stack that is heard, once its items are made. What it gives listens after the
-	// gain and before the pan; it may be nothing.
-	std::function<SN::InterfaceRef<SN::IAudioMeterSetter>(TrackRow const&)> mMakeMeter;
-	// The same for the sum.
-	SN::InterfaceRef<SN::IAudioMeterSetter> mMasterMeter;
-	// A gain of the sum, after the timeline's own and before its meter, with curves in the description's time; empty
-	// for none.
-	Sequence::NumberParameter mMasterGain;
 };
 
 // A timeline as a sequence that a graph can be made of, and what is to be reported about it.

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "SonaroHost/Base/OutputFormat.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Engine/LayoutPlan.h"
 #include "SonaroHost/Engine/OfflineRender.h"
-#include "SonaroHost/Render/OutputLevels.h"
+#include "SonaroHost/Render/OutputRequest.h"
 
 #include <filesystem>
 #include <optional>
@@ -12,9 +11,6 @@
 
 namespace SonaroHost
 {
-
-// The largest block that a render may be asked for, in frames.
-inline constexpr unsigned kMaxBlockFrames = 262144;
 
 // The speeds that a render may be asked for.
 inline constexpr double kLowestSpeed = 0.01;
@@ -25,8 +21,8 @@ inline constexpr double kHighestSpeed = 100.0;
 inline constexpr int kLowestSampleRate = 1000;
 inline constexpr int kHighestSampleRate = 768000;
 
-// The longest output.
-inline constexpr int kMostHours = 1000;
+// How long an output may get: as long as a sequence.
+inline constexpr int kMostHours = 50;
 
 // A sound file, or a part of one, in a programme.
 struct ClipInput
@@ -44,25 +40,14 @@ struct ClipInput
 	std::optional<TimePosition> mPosition = std::nullopt;
 };
 
-// Sound files to be rendered into another, one after the other or wherever they are put.
-struct ClipRenderRequest
+// Sound files to be rendered into another, one after the other or wherever they are put. There are no tracks to
+// measure, so eTracks means the output.
+struct ClipRenderRequest : OutputRequest
 {
 	// One input or more. Where they overlap, the later one in this list is heard alone.
 	std::vector<ClipInput> mInputs;
-	// A file, or "-" for the standard output.
-	std::filesystem::path mOutput;
-	// What the caller writes besides, such as a report: checked together with the output.
-	std::vector<std::filesystem::path> mOtherOutputs = {};
-	OutputContainer mContainer = OutputContainer::eWav;
-	// Without these, GetDefaultSamples and ChooseDither decide.
-	std::optional<OutputSamples> mSamples;
-	std::optional<Dither> mDither;
-
 	// What the inputs become: without a layout, the widest of theirs. A mixdown holds for those of 5.1.
 	LayoutRequest mLayout;
-	// Linear; at 1, samples pass bit for bit.
-	float mGain = 1.0f;
-	OutputLevels mLevels;
 	// The direction of the whole programme, as the speed is its speed.
 	RenderDirection mDirection = RenderDirection::eForward;
 	// Resampled, so that pitch follows; at 1 nothing is.
@@ -70,16 +55,8 @@ struct ClipRenderRequest
 	// The output's rate; without one it is that of the first input. Inputs of another rate are resampled, pitch and
 	// length staying.
 	std::optional<int> mSampleRate;
-	// Times of the fades from silence at the output's start and to silence at its end. Together at most as long as the output.
-	std::optional<TimePosition> mFadeIn;
-	std::optional<TimePosition> mFadeOut;
-	unsigned mBlockFrames = 4096;
 	// Reads the inputs ahead on another thread, as a player does; the samples are the same.
 	bool mAsPlayback = false;
-	// There are no tracks to measure, so eTracks means the output.
-	Measuring mMeasuring = Measuring::eNothing;
-	// Whether older files of the outputs' names may be replaced.
-	bool mReplace = true;
 };
 
 } // namespace SonaroHost

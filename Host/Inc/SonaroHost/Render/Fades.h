@@ -1,10 +1,11 @@
 #pragma once
 
-#include "SonaroHost/Automation/AutomationParameter.h"
-#include "SonaroHost/Base/ProgrammeRange.h"
-
 #include <cstdint>
-#include <memory>
+
+namespace dsp
+{
+class AudioBuffer;
+}
 
 namespace SonaroHost
 {
@@ -18,13 +19,9 @@ struct Fades
 	bool IsNone() const { return mIn == 0 && mOut == 0; }
 };
 
-// The gain that fades a range of a programme, in straight lines of amplitude, its first and last sample being silent
-// where it fades there.
-std::shared_ptr<AutomationCurve const> MakeFadeCurve(
-	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate);
-
-// That as a parameter, at 1 without fades.
-SN::InterfaceRef<AutomationParameter<float>> MakeFadeGain(
-	Fades const& inFades, ProgrammeRange const& inRange, SN::FrameRate const& inFrameRate);
+// Fades a block in straight lines of amplitude, frame by frame, the first and last sample of the programme being silent
+// where it fades there. Silent channels stay as they are.
+// inFirst: the block's first frame, from 0 on, among inFrames of the programme.
+void ApplyFades(dsp::AudioBuffer& ioBlock, Fades const& inFades, std::int64_t inFirst, std::int64_t inFrames);
 
 } // namespace SonaroHost

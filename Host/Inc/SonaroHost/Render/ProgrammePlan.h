@@ -15,11 +15,12 @@ namespace SonaroHost
 // One input of a programme, opened and put in its place.
 struct PlannedClip
 {
+	// Counts by the programme's rate: nothing is resampled in it.
 	SN::InterfaceRef<AudioFileSource> mSource;
 	// The range in the source, in its own frames.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mSourceFrames = 0;
-	// Channels of the source, in the order of the layout that the plan begins with.
+	// Channels of the source, in the order of the layout that the plan begins with; empty for all.
 	std::vector<unsigned> mChannels;
 	LayoutPlan mLayout;
 	// Samples of the source for one of the output; at 1 nothing is resampled.

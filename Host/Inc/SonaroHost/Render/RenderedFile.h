@@ -1,16 +1,13 @@
 #pragma once
 
-#include "SonaroHost/Base/OutputFormat.h"
 #include "SonaroHost/Base/ProgrammeRange.h"
 #include "SonaroHost/Metering/LoudnessMeter.h"
 #include "SonaroHost/Render/Fades.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace SonaroHost
 {
@@ -21,8 +18,6 @@ struct RenderedFile
 	std::filesystem::path mPath;
 	// The name of the track or marker; empty for the mix.
 	std::string mName;
-	// The child of the timeline's stack that is heard alone.
-	std::optional<std::size_t> mOnlyChild;
 	// The range in the programme.
 	ProgrammeRange mRange;
 	// The fades at the ends of that range.
@@ -35,19 +30,6 @@ struct RenderedFile
 	std::optional<LoudnessReading> mLoudness;
 	// The least gain of the limiter; 1 where it had nothing to do.
 	double mSmallestLimiterGain = 1.0;
-};
-
-// What the passes of a render came to.
-struct RenderedFiles
-{
-	OutputFormat mFormat;
-	std::vector<RenderedFile> mFiles;
-	// The reading of the mix in the range, before it is normalized and limited; when it was measured.
-	std::optional<LoudnessReading> mMix;
-	// Linear; 1 without normalizing.
-	double mNormalizingGain = 1.0;
-	// How far a limiter keeps the loudness from what was asked for, in LU.
-	double mLoudnessError = 0.0;
 };
 
 } // namespace SonaroHost

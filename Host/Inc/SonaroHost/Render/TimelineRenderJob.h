@@ -1,35 +1,24 @@
 #pragma once
 
 #include "SonaroHost/Base/RenderProgress.h"
-#include "SonaroHost/Metering/LoudnessMeter.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "SonaroHost/OtioSequence/TimelineRange.h"
-#include "SonaroHost/Render/RenderedFile.h"
+#include "SonaroHost/Render/RenderSummary.h"
 #include "SonaroHost/Render/TimelineRenderRequest.h"
-#include "SonaroHost/Sequence/SequenceGraph.h"
 
-#include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 #include <vector>
 
 namespace SonaroHost
 {
+struct PlannedFile;
 struct RenderPlan;
-}
+} // namespace SonaroHost
 
 namespace SonaroHost::Otio
 {
-
-struct TimelineRenderSummary : RenderedFiles
-{
-	// The reading of each row of the sequence's tracks, after its fader; nothing for those that are not heard. What is only
-	// rendered for effects to settle does not count.
-	std::vector<std::optional<LoudnessReading>> mTracks;
-	// The graph of the mix.
-	Sequence::GraphReport mGraph;
-	double mElapsedSeconds = 0.0;
-};
 
 // Renders a timeline into sound files.
 //
@@ -60,14 +49,14 @@ public:
 	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a
 	// HostError: then there is no output, and files that were there before stay. Several files appear together once all
 	// are complete. To be called once.
-	std::optional<TimelineRenderSummary> Run(
+	std::optional<RenderSummary> Run(
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
-	void ChooseFormat();
-	void CheckNumbers() const;
 	void ChooseRange();
-	void PlanFiles();
+	void PlanStems();
+	void PlanFile(std::string const& inName, ProgrammeRange const& inRange, std::string const& inOnlyTrack);
+	void NameStems();
 	void CheckFiles() const;
 	RenderPlan MakePlan() const;
 
@@ -78,8 +67,7 @@ private:
 	std::vector<Note> mRangeNotes;
 	ProgrammeRange mRange;
 	OutputFormat mFormat;
-	// The files as planned.
-	std::vector<RenderedFile> mFiles;
+	std::vector<PlannedFile> mFiles;
 };
 
 } // namespace SonaroHost::Otio

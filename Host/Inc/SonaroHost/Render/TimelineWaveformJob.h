@@ -61,7 +61,6 @@ public:
 private:
 	TimelineWaveformRequest mRequest;
 	Otio::TimelineInput mInput;
-	// The rows for reports; without meters.
 	Otio::TimelineSequence mSequence;
 };
 

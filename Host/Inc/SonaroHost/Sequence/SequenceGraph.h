@@ -6,6 +6,7 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/GraphReport.h"
+#include "SonaroHost/Sequence/GraphView.h"
 
 #include <cstdint>
 #include <utility>
@@ -39,10 +40,10 @@ public:
 	// is done with. Throws a HostError that names the track and the item: of kind eRequest for a description
 	// that contradicts itself, such as sends that run in a circle, which is described by its names; of kind eInput
 	// for media that cannot be opened; of kind eEngine.
-	// inPrefetcher: that of the context, which outlives this object; null for an export.
+	// inPrefetcher: that of the context, which outlives the generator; null for an export.
 	SequenceGraph(Description const& inDescription,
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
-		SN::Prefetcher const* inPrefetcher = nullptr);
+		SN::Prefetcher const* inPrefetcher = nullptr, GraphView const& inView = {});
 
 	SN::InterfaceRef<SN::IAudioGenerator> const& GetGenerator() const { return mGenerator; }
 	SN::AudioChannelLayout const& GetLayout() const { return mLayout; }

@@ -31,24 +31,18 @@ std::string FindSilence(Item const& inItem)
 	return GetSpeed(inItem).mIsFrozen ? "it is a freeze frame" : "";
 }
 
-std::vector<std::string> FindSilences(Stack const& inStack, std::optional<std::size_t> const& inOnlyChild)
+std::vector<std::string> FindSilences(Stack const& inStack)
 {
-	bool const hasSolo =
-		!inOnlyChild && std::any_of(inStack.mChildren.begin(), inStack.mChildren.end(), IsSolo);
+	bool const hasSolo = std::any_of(inStack.mChildren.begin(), inStack.mChildren.end(), IsSolo);
 	std::vector<std::string> silences;
-	for (std::size_t index = 0; index < inStack.mChildren.size(); ++index)
+	for (Composable const& child : inStack.mChildren)
 	{
-		Composable const& child = inStack.mChildren[index];
 		Item const* const item = child.AsItem();
 		Track const* const track = child.As<Track>();
 		std::string reason = item ? FindSilence(*item) : "it is a transition";
 		if (track && !track->IsAudio())
 		{
 			reason = "its kind is " + (track->mKind.empty() ? "unknown" : track->mKind);
-		}
-		else if (inOnlyChild && *inOnlyChild != index)
-		{
-			reason = "another one is heard alone";
 		}
 		else if (hasSolo && !IsSolo(child) && reason.empty())
 		{

@@ -61,7 +61,7 @@ SN::AudioChannelLayout Layouts::FindWidth(ItemView const& inItem)
 	}
 	if (inItem.mStack)
 	{
-		auto const silences = FindSilences(*inItem.mStack, std::nullopt);
+		auto const silences = FindSilences(*inItem.mStack);
 		for (std::size_t index = 0; index < silences.size(); ++index)
 		{
 			width =

@@ -19,14 +19,9 @@ namespace SonaroHost
 namespace
 {
 
+// Empty for all channels in their order.
 std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<unsigned> const& inWanted)
 {
-	if (inWanted.empty())
-	{
-		std::vector<unsigned> all(inInfo.GetNumChannels());
-		std::iota(all.begin(), all.end(), 0u);
-		return all;
-	}
 	if (inWanted.size() > kMaxChannels)
 	{
 		Refuse("at most " + std::to_string(kMaxChannels) + " channels can be chosen, not " +
@@ -40,7 +35,9 @@ std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<un
 				   " sound; there is no channel " + std::to_string(channel + 1));
 		}
 	}
-	return inWanted;
+	std::vector<unsigned> all(inInfo.GetNumChannels());
+	std::iota(all.begin(), all.end(), 0u);
+	return inWanted == all ? std::vector<unsigned>() : inWanted;
 }
 
 PlannedClip OpenClip(ClipInput const& inInput)
@@ -57,9 +54,8 @@ PlannedClip OpenClip(ClipInput const& inInput)
 // All channels in their order keep the places that the file gives them.
 SN::AudioChannelLayout GetSourceLayout(PlannedClip const& inClip)
 {
-	AudioFileInfo const& info = inClip.GetInfo();
-	bool const isWhole = inClip.mChannels == ChooseChannels(info, {});
-	return isWhole ? info.mLayout : MakeLayoutOfChannels(static_cast<unsigned>(inClip.mChannels.size()));
+	return inClip.mChannels.empty() ? inClip.GetInfo().mLayout
+									: MakeLayoutOfChannels(static_cast<unsigned>(inClip.mChannels.size()));
 }
 
 // Throws a HostError that names the input.
@@ -132,6 +128,7 @@ void ProgrammePlan::ChooseSampleRate(ClipRenderRequest const& inRequest)
 	for (PlannedClip& clip : mClips)
 	{
 		ChooseReadingSpeed(clip, inRequest.mSpeed);
+		clip.mSource->SetCountingRate(GetFrameRate());
 	}
 }
 
@@ -158,7 +155,7 @@ void ProgrammePlan::ChooseLayouts(LayoutRequest const& inRequest)
 {
 	PlannedClip const& widest = *std::max_element(mClips.begin(), mClips.end(),
 		[](PlannedClip const& inA, PlannedClip const& inB)
-		{ return inA.mChannels.size() < inB.mChannels.size(); });
+		{ return GetSourceLayout(inA).size() < GetSourceLayout(inB).size(); });
 	LayoutRequest request = inRequest;
 	request.mMixdown = std::nullopt;
 	request.mLayout = MakeLayoutPlan(widest, request).GetOutputLayout();

@@ -1,18 +1,15 @@
 #include "SonaroHost/Render/TimelineRenderJob.h"
 
 #include "Files/OutputFolder.h"
-#include "Render/RenderPasses.h"
+#include "Render/RenderJob.h"
 #include "StemName.h"
-#include "TimelineRenderer.h"
 
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/OutputPlan.h"
-#include "SonaroHost/Render/ClipRenderRequest.h"
 #include "SonaroHost/Render/JobChecks.h"
-#include "SonaroHost/Render/TimelineGraph.h"
+#include "SonaroHost/Render/TimelineProgramme.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -20,15 +17,6 @@ namespace SonaroHost::Otio
 
 namespace
 {
-
-TimelineOptions MakeOptions(TimelineRenderRequest const& inRequest)
-{
-	TimelineOptions options;
-	options.mSampleRate = inRequest.mSampleRate;
-	options.mLayout = inRequest.mLayout;
-	options.mFadeShape = inRequest.mFadeShape;
-	return options;
-}
 
 std::string GetEnding(OutputContainer inContainer)
 {
@@ -52,14 +40,15 @@ TimelineRenderJob::TimelineRenderJob(TimelineRenderRequest inRequest)
 	: mRequest(std::move(inRequest)),
 	  mInput(mRequest.mInput, mRequest.mMediaFolders)
 {
-	CheckNumbers();
-	ChooseFormat();
-	mSequence = mInput.MakeSequence(MakeOptions(mRequest));
+	CheckNumbers(mRequest);
+	constexpr int kFloats = 0;
+	mFormat = ChooseFormat(mRequest, ChooseDither(ChooseSamples(mRequest), kFloats, false));
+	mSequence = mInput.MakeSequence(mRequest.mOptions);
 	mNotes = mInput.GetNotes();
 	mNotes.insert(mNotes.end(), mSequence.mNotes.begin(), mSequence.mNotes.end());
 	CheckHasSound(mSequence);
 	ChooseRange();
-	PlanFiles();
+	PlanStems();
 	CheckFiles();
 }
 
@@ -77,82 +66,72 @@ void TimelineRenderJob::ChooseRange()
 	}
 }
 
-void TimelineRenderJob::CheckNumbers() const
+void TimelineRenderJob::PlanStems()
 {
-	if (mRequest.mBlockFrames < 1 || mRequest.mBlockFrames > kMaxBlockFrames)
+	switch (mRequest.mStems)
 	{
-		Refuse("a block has 1 to " + std::to_string(kMaxBlockFrames) + " samples, not " +
-			   std::to_string(mRequest.mBlockFrames));
+	case Stems::eNone:
+		PlanFile({}, mRange, {});
+		return;
+	case Stems::eTracks:
+		for (TrackRow const& row : mSequence.mTracks)
+		{
+			if (row.mDepth == 0 && row.mIsHeard)
+			{
+				PlanFile(row.mTrack, mRange, row.mPlace);
+			}
+		}
+		break;
+	case Stems::eMarkers:
+		for (MarkerRow const& marker : mSequence.mMarkers)
+		{
+			ProgrammeRange const own = FindNamedRange(marker, mSequence);
+			std::int64_t const first = std::max(own.mFirstFrame, mRange.mFirstFrame);
+			std::int64_t const end =
+				std::min(own.mFirstFrame + own.mFrames, mRange.mFirstFrame + mRange.mFrames);
+			if (first < end)
+			{
+				PlanFile(marker.mName, {first, end - first}, {});
+			}
+		}
+		break;
 	}
-	CheckLevels(mRequest.mLevels, mRequest.mGain);
+	NameStems();
 }
 
-void TimelineRenderJob::ChooseFormat()
+void TimelineRenderJob::PlanFile(
+	std::string const& inName, ProgrammeRange const& inRange, std::string const& inOnlyTrack)
 {
-	mFormat.mContainer = mRequest.mContainer;
-	mFormat.mSamples = mRequest.mSamples.value_or(GetDefaultSamples(mRequest.mContainer));
-	if (mRequest.mDither == Dither::eTriangular && mFormat.mSamples == OutputSamples::eFloat32)
+	PlannedFile& planned = mFiles.emplace_back();
+	planned.mOnlyTrack = inOnlyTrack;
+	RenderedFile& file = planned.mFile;
+	file.mPath = mRequest.mOutput;
+	file.mName = inName;
+	file.mRange = inRange;
+	file.mFades = ChooseFades(mRequest.mFadeIn, mRequest.mFadeOut, inRange.mFrames, GetSampleRate(),
+		inName.empty() ? "the output" : "\"" + inName + "\"");
+	std::int64_t const label =
+		ToSamples(mSequence.mGlobalStart.value_or(Ratio()), GetSampleRate()) + inRange.mFirstFrame;
+	if (mSequence.mGlobalStart && label >= 0)
 	{
-		Refuse("dither is for 16 and 24 bits; floats are not rounded");
+		file.mTimeReference = label;
 	}
-	constexpr int kFloats = 0;
-	mFormat.mDither = mRequest.mDither.value_or(ChooseDither(mFormat.mSamples, kFloats, false));
 }
 
-void TimelineRenderJob::PlanFiles()
+void TimelineRenderJob::NameStems()
 {
-	struct Stem
+	if (mFiles.empty())
 	{
-		std::string mName;
-		ProgrammeRange mRange;
-		std::optional<std::size_t> mOnlyChild;
-	};
-	std::vector<Stem> stems;
-	for (TrackRow const& row : mSequence.mTracks)
-	{
-		if (mRequest.mStems == Stems::eTracks && row.mDepth == 0 && row.mIsHeard)
-		{
-			stems.push_back({row.mTrack, mRange, row.mIndex});
-		}
+		Refuse(
+			mRequest.mStems == Stems::eTracks
+				? "no track of the timeline is heard, so there are no stems"
+				: "there are no markers in the rendered range, so there are no stems; choose another range");
 	}
-	for (MarkerRow const& marker : mSequence.mMarkers)
+	std::string const ending = GetEnding(mFormat.mContainer);
+	for (std::size_t index = 0; index < mFiles.size(); ++index)
 	{
-		ProgrammeRange const own = FindNamedRange(marker, mSequence);
-		std::int64_t const first = std::max(own.mFirstFrame, mRange.mFirstFrame);
-		std::int64_t const end = std::min(own.mFirstFrame + own.mFrames, mRange.mFirstFrame + mRange.mFrames);
-		if (mRequest.mStems == Stems::eMarkers && first < end)
-		{
-			stems.push_back({marker.mName, {first, end - first}, std::nullopt});
-		}
-	}
-	if (mRequest.mStems == Stems::eNone)
-	{
-		stems.push_back({"", mRange, std::nullopt});
-	}
-	if (stems.empty())
-	{
-		Refuse(mRequest.mStems == Stems::eTracks
-				   ? "no track of the timeline is heard, so there are no stems"
-				   : "no marker stands before the end of what is rendered, so there are no stems");
-	}
-	for (Stem const& stem : stems)
-	{
-		RenderedFile& planned = mFiles.emplace_back();
-		planned.mOnlyChild = stem.mOnlyChild;
-		planned.mName = stem.mName;
-		planned.mRange = stem.mRange;
-		planned.mFades = ChooseFades(mRequest.mFadeIn, mRequest.mFadeOut, stem.mRange.mFrames,
-			GetSampleRate(), stem.mName.empty() ? "the output" : "\"" + stem.mName + "\"");
-		planned.mPath = mRequest.mStems == Stems::eNone
-							? mRequest.mOutput
-							: mRequest.mOutput / MakeStemName(mFiles.size() - 1, stems.size(), stem.mName,
-													 GetEnding(mFormat.mContainer));
-		std::int64_t const label =
-			ToSamples(mSequence.mGlobalStart.value_or(Ratio()), GetSampleRate()) + stem.mRange.mFirstFrame;
-		if (mSequence.mGlobalStart && label >= 0)
-		{
-			planned.mTimeReference = label;
-		}
+		RenderedFile& file = mFiles[index].mFile;
+		file.mPath /= MakeStemName(index, mFiles.size(), file.mName, ending);
 	}
 }
 
@@ -160,9 +139,9 @@ void TimelineRenderJob::CheckFiles() const
 {
 	OutputPlan plan;
 	plan.mFiles = mRequest.mOtherOutputs;
-	for (RenderedFile const& planned : mFiles)
+	for (PlannedFile const& planned : mFiles)
 	{
-		plan.mFiles.push_back(planned.mPath);
+		plan.mFiles.push_back(planned.mFile.mPath);
 	}
 	plan.mFolder = mRequest.mStems != Stems::eNone ? mRequest.mOutput : std::filesystem::path();
 	plan.mInputs = {mRequest.mInput};
@@ -171,62 +150,43 @@ void TimelineRenderJob::CheckFiles() const
 	plan.Check();
 }
 
-std::optional<TimelineRenderSummary> TimelineRenderJob::Run(
+std::optional<RenderSummary> TimelineRenderJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
-	auto const begin = std::chrono::steady_clock::now();
 	std::optional<OutputFolder> folder;
 	if (mRequest.mStems != Stems::eNone)
 	{
 		folder.emplace(mRequest.mOutput);
 	}
-	bool const measuresTracks = mRequest.mMeasuring == Measuring::eTracks;
-	if (!mRequest.mKeepsRows && !measuresTracks)
+	RenderPlan plan = MakePlan();
+	// Rows and timeline make room for the graph.
+	if (!mRequest.mKeepsRows && mRequest.mMeasuring != Measuring::eTracks)
 	{
 		DropRows(mSequence);
 	}
-	bool const isMixAlone = std::all_of(mFiles.begin(), mFiles.end(),
-		[measuresTracks](RenderedFile const& inFile)
-		{ return TimelineRenderer::IsMix(inFile, measuresTracks); });
-	if (isMixAlone)
-	{
-		mInput.DropTimeline();
-	}
-	TimelineOptions options = MakeOptions(mRequest);
-	options.mSampleRate = mSequence.mSampleRate;
-	options.mLayout = GetOutputLayout();
-	TimelineRenderer renderer(mInput, mSequence, std::move(options), mRequest.mBlockFrames, inStop);
-	auto const render = [&renderer](RenderPass const& inPass, RenderPasses::Sink const& inSink)
-	{ return renderer.Render(inPass, inSink); };
-	auto files = RenderPasses(MakePlan(), render, inProgress).Run();
-	if (!files)
-	{
-		return std::nullopt;
-	}
-	TimelineRenderSummary summary;
-	static_cast<RenderedFiles&>(summary) = std::move(*files);
-	renderer.Describe(summary);
-	summary.mElapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-	return summary;
+	mInput.DropTimeline();
+	return RenderJob(MakeProgramme(mSequence, mInput.GetMedia()), std::move(plan), inProgress, inStop).Run();
 }
 
 RenderPlan TimelineRenderJob::MakePlan() const
 {
-	RenderPlan plan;
-	plan.mSampleRate = GetSampleRate();
-	plan.mLayout = GetOutputLayout();
-	plan.mFormat = mFormat;
-	plan.mGain = mRequest.mGain;
-	plan.mLevels = mRequest.mLevels;
-	plan.mMeasuring = mRequest.mMeasuring;
+	RenderPlan plan(mRequest, mFormat);
 	plan.mMix.mRange = mRange;
 	if (mRequest.mStems != Stems::eMarkers)
 	{
 		// All stems of tracks have those of the mix.
-		plan.mMix.mFades = mFiles.front().mFades;
+		plan.mMix.mFades = mFiles.front().mFile.mFades;
 	}
 	plan.mFiles = mFiles;
 	plan.mWritesMix = mRequest.mStems == Stems::eNone;
+	for (TrackRow const& row : mSequence.mTracks)
+	{
+		plan.mTracks.push_back({row.mIsMeasured ? row.mPlace : std::string(), row.mLayout});
+		if (row.mDepth == 0 && mRequest.mStems == Stems::eTracks)
+		{
+			plan.mOutermostTracks.push_back(row.mPlace);
+		}
+	}
 	return plan;
 }
 

@@ -1,10 +1,10 @@
 #include "SonaroHost/Render/TimelineWaveformJob.h"
 
+#include "Render/RangeRender.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/OutputFile.h"
 #include "SonaroHost/Files/OutputPlan.h"
-#include "SonaroHost/Render/TimelineGraph.h"
-#include "TimelinePass.h"
+#include "SonaroHost/Render/TimelineProgramme.h"
 #include "Waveform/WaveformBand.h"
 #include "Waveform/WaveformPicture.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -89,32 +89,34 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	auto const begin = std::chrono::steady_clock::now();
 	OutputFile file(mRequest.mOutput);
 	Bands bands;
-	Otio::TimelineOptions options = mRequest.mOptions;
-	options.mMakeMeter = [&bands](Otio::TrackRow const& inRow)
+	RangeRender render;
+	for (Otio::TrackRow const& row : mSequence.mTracks)
 	{
-		return inRow.mDepth == 0 ? SN::InterfaceRef<SN::IAudioMeterSetter>(bands.Add(inRow.mTrack))
-								 : SN::InterfaceRef<SN::IAudioMeterSetter>();
-	};
-	Otio::TimelineSequence const sequence = mInput.MakeSequence(options);
-	WaveformBand::Grid const grid{sequence.mFirstFrame, sequence.mFrames,
-		std::max<std::int64_t>(1, sequence.mFrames / (mRequest.mWidth * kColumnsPerPixel)),
-		SN::FrameRate::FromSamplesPerSecond(sequence.mSampleRate)};
+		if (row.mDepth == 0 && row.mIsMeasured)
+		{
+			render.mView.mTaps.emplace(row.mPlace, bands.Add(row.mTrack));
+		}
+	}
+	Programme const programme = Otio::MakeProgramme(mSequence, mInput.GetMedia());
+	WaveformBand::Grid const grid{programme.mFirstFrame, programme.mFrames,
+		std::max<std::int64_t>(1, programme.mFrames / (mRequest.mWidth * kColumnsPerPixel)),
+		programme.GetFrameRate()};
 	bands.SetGrid(grid);
 
 	std::int64_t done = 0;
-	Otio::TimelinePass pass;
-	pass.mRange = {0, sequence.mFrames};
-	pass.mBlockFrames = kTrackBlockFrames;
-	pass.mSink = [&](dsp::AudioBuffer& ioBlock)
+	render.mRange = {0, programme.mFrames};
+	render.mBlockFrames = kTrackBlockFrames;
+	render.mStop = inStop;
+	render.mSink = [&](dsp::AudioBuffer& ioBlock)
 	{
-		bands.GetMix().Add(ioBlock, sequence.mFirstFrame + done);
+		bands.GetMix().Add(ioBlock, programme.mFirstFrame + done);
 		done += ioBlock.GetUseSize();
 		if (inProgress)
 		{
-			inProgress({done, sequence.mFrames});
+			inProgress({done, programme.mFrames});
 		}
 	};
-	if (!Otio::RunPass(sequence, mInput.GetMedia(), pass, inStop))
+	if (!RenderRange(programme, render))
 	{
 		return std::nullopt;
 	}
@@ -132,13 +134,13 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 		CheckBitmapSize(mRequest.mWidth, style.mHeight);
 	}
 	auto* const write = mRequest.mFormat == WaveformFormat::ePng ? &WriteWaveformPng : &WriteWaveformSvg;
-	write(bands.Take(grid, sequence.mSampleRate), style, mRequest.mWidth, file);
+	write(bands.Take(grid, programme.mSampleRate), style, mRequest.mWidth, file);
 	if (inStop.stop_requested())
 	{
 		return std::nullopt;
 	}
 	file.Commit();
-	return TimelineWaveformSummary{sequence.mFrames, sequence.mSampleRate, style.mHeight, bands.GetNames(),
+	return TimelineWaveformSummary{programme.mFrames, programme.mSampleRate, style.mHeight, bands.GetNames(),
 		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
 }
 

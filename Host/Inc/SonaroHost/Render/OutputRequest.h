@@ -1,0 +1,54 @@
+#pragma once
+
+#include "SonaroHost/Base/OutputFormat.h"
+#include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Render/OutputLevels.h"
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// The largest block that a render may be asked for, in frames.
+inline constexpr unsigned kMaxBlockFrames = 262144;
+
+// What every render is asked, of sound files and of timelines: where it goes, as what, and how loud.
+struct OutputRequest
+{
+	// A file, or "-" for the standard output; of stems the folder, which is made where there is none, with the folders
+	// above it.
+	std::filesystem::path mOutput;
+	// What the caller writes besides, such as a report: checked together with the outputs.
+	std::vector<std::filesystem::path> mOtherOutputs;
+	// Whether older files of the outputs' names may be replaced, the other outputs' too.
+	bool mReplace = true;
+	OutputContainer mContainer = OutputContainer::eWav;
+	// Without these, GetDefaultSamples and ChooseDither decide.
+	std::optional<OutputSamples> mSamples;
+	std::optional<Dither> mDither;
+
+	// Linear, of each file alike; at 1, samples pass bit for bit.
+	float mGain = 1.0f;
+	// Times of the fades from silence at the start of each file and to silence at its end; together at most as long as
+	// the file.
+	std::optional<TimePosition> mFadeIn;
+	std::optional<TimePosition> mFadeOut;
+	OutputLevels mLevels;
+	Measuring mMeasuring = Measuring::eNothing;
+	// More costs memory and gains nothing.
+	unsigned mBlockFrames = 4096;
+};
+
+// Throws a HostError for a number that is out of range.
+void CheckNumbers(OutputRequest const& inRequest);
+
+// The samples that are written, dithered as asked for or, without a wish, where they need it. Throws a HostError for a
+// dither of floats.
+OutputFormat ChooseFormat(OutputRequest const& inRequest, Dither inNeeded);
+
+// The samples that are asked for or usual.
+OutputSamples ChooseSamples(OutputRequest const& inRequest);
+
+} // namespace SonaroHost

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/Prefetcher.h"
+#include "Sonaro/Types.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Sequence/Description.h"
+#include "SonaroHost/Sequence/SequenceGraph.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace SonaroHost
+{
+
+// What a render job renders, whether it was made of sound files or of a timeline: a stretch of a sequence.
+struct Programme
+{
+	SN::FrameRate GetFrameRate() const { return SN::FrameRate::FromSamplesPerSecond(mSampleRate); }
+	SN::AudioChannelLayout const& GetLayout() const { return mDescription->mLayout; }
+
+	std::shared_ptr<Sequence::Description const> mDescription;
+	int mSampleRate = 48000;
+	// The frame of the sequence that is the programme's first, and how many frames it has.
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mFrames = 0;
+	// The file that the description was made from, which errors in it name; empty where the request says it all.
+	std::filesystem::path mFile;
+	// Why one of the media stopped being decoded; nothing while all are. Called on the thread that renders.
+	std::function<std::optional<HostError>()> mFindFailure;
+};
+
+// The engine's graph of a programme; inContext, inPrefetcher and inView as SequenceGraph wants them. Throws a HostError
+// for a sequence that cannot be rendered, such as one that is nested too deep or has a clip that ends beyond 50 hours:
+// of kind eInput, naming the programme's file and the place in it, where there is such a file.
+Sequence::SequenceGraph MakeGraph(Programme const& inProgramme,
+	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, Sequence::GraphView const& inView = {},
+	SN::Prefetcher const* inPrefetcher = nullptr);
+
+// How many frames to render at a time: as many as wanted, unless the channels of very many tracks would keep more
+// than 8 MiB of such blocks. Besides the memory, smaller ones then save time, since they fit into the caches of
+// processors.
+unsigned ChooseBlock(Programme const& inProgramme, unsigned inWanted);
+
+} // namespace SonaroHost

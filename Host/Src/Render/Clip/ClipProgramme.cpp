@@ -1,0 +1,129 @@
+#include "ClipProgramme.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+// What is heard of a clip, in frames of the output.
+struct Piece
+{
+	PlannedClip const* mClip = nullptr;
+	std::int64_t mFirst = 0;
+	std::int64_t mEnd = 0;
+};
+
+// Lays a piece over others, of which what it covers is cut away.
+std::vector<Piece> Lay(Piece const& inPiece, std::vector<Piece> const& inOthers)
+{
+	std::vector<Piece> pieces{inPiece};
+	for (Piece const& other : inOthers)
+	{
+		if (other.mFirst < inPiece.mFirst)
+		{
+			pieces.push_back({other.mClip, other.mFirst, std::min(other.mEnd, inPiece.mFirst)});
+		}
+		if (other.mEnd > inPiece.mEnd)
+		{
+			pieces.push_back({other.mClip, std::max(other.mFirst, inPiece.mEnd), other.mEnd});
+		}
+	}
+	return pieces;
+}
+
+std::vector<Piece> LayClips(ProgrammePlan const& inPlan)
+{
+	std::vector<Piece> pieces;
+	for (PlannedClip const& clip : inPlan.GetClips())
+	{
+		pieces = Lay({&clip, clip.mPosition, clip.mPosition + clip.mFrames}, pieces);
+	}
+	std::sort(pieces.begin(), pieces.end(),
+		[](Piece const& inA, Piece const& inB) { return inA.mFirst < inB.mFirst; });
+	return pieces;
+}
+
+std::shared_ptr<Sequence::Media const> MakeMedia(PlannedClip const& inClip, SN::FrameRate const& inFrameRate)
+{
+	AudioFileInfo const& info = inClip.GetInfo();
+	// The samples count as the output's: the reading speed has the ratio of the rates in it.
+	return std::make_shared<Sequence::Media>(
+		Sequence::Media{info.mPath.filename().string(), inFrameRate.GetSamplesPerSecond(), info.mFrames,
+			info.mLayout, [source = inClip.mSource](SN::FrameRate const&) { return source; }});
+}
+
+Sequence::Item MakeItem(
+	Piece const& inPiece, std::shared_ptr<Sequence::Media const> const& inMedia, ProgrammePlan const& inPlan)
+{
+	PlannedClip const& clip = *inPiece.mClip;
+	SN::FrameRate const frameRate = inPlan.GetFrameRate();
+	// Of a resampled clip that is covered at its start, the rest begins at the nearest sample.
+	std::int64_t const skipped =
+		std::llround(static_cast<double>(inPiece.mFirst - clip.mPosition) * clip.mReadingSpeed);
+	Sequence::Item item;
+	item.mName = inMedia->mName;
+	item.mStart = SN::TickTime(inPiece.mFirst, frameRate);
+	item.mEnd = SN::TickTime(inPiece.mEnd, frameRate);
+	item.mContent = Sequence::Clip{inMedia,
+		inPlan.IsReversed() ? clip.mFirstFrame + clip.mSourceFrames - 1 - skipped
+							: clip.mFirstFrame + skipped,
+		clip.mChannels};
+	item.mSpeed = inPlan.IsReversed() ? -clip.mReadingSpeed : clip.mReadingSpeed;
+	if (clip.mLayout.GetPanner())
+	{
+		item.mChain.mPan = AutomationParameter<float>::Create(clip.mLayout.GetPan());
+	}
+	return item;
+}
+
+// That of the clips of 5.1; of others none is asked for.
+std::optional<SN::AudioChannelMix::MixdownType51> FindMixdown(ProgrammePlan const& inPlan)
+{
+	auto const& clips = inPlan.GetClips();
+	auto const found = std::find_if(clips.begin(), clips.end(),
+		[](PlannedClip const& inClip) { return inClip.mLayout.GetMixdown().has_value(); });
+	return found != clips.end() ? found->mLayout.GetMixdown() : std::nullopt;
+}
+
+} // namespace
+
+Programme MakeProgramme(ProgrammePlan const& inPlan)
+{
+	auto description = std::make_shared<Sequence::Description>();
+	description->mLayout = inPlan.GetLayout();
+	description->mMixdown = FindMixdown(inPlan);
+	Sequence::Track& track = description->mTracks.emplace_back();
+	track.mLayout = inPlan.GetLayout();
+	std::map<PlannedClip const*, std::shared_ptr<Sequence::Media const>> media;
+	std::vector<SN::InterfaceRef<AudioFileSource>> sources;
+	for (PlannedClip const& clip : inPlan.GetClips())
+	{
+		media[&clip] = MakeMedia(clip, inPlan.GetFrameRate());
+		sources.push_back(clip.mSource);
+	}
+	for (Piece const& piece : LayClips(inPlan))
+	{
+		track.mItems.push_back(MakeItem(piece, media.at(piece.mClip), inPlan));
+	}
+	auto const findFailure = [sources]() -> std::optional<HostError>
+	{
+		for (SN::InterfaceRef<AudioFileSource> const& source : sources)
+		{
+			if (auto failure = source->GetFailure())
+			{
+				return failure;
+			}
+		}
+		return std::nullopt;
+	};
+	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {}, findFailure};
+}
+
+} // namespace SonaroHost

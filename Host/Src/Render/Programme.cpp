@@ -1,0 +1,43 @@
+#include "SonaroHost/Render/Programme.h"
+
+#include "SonaroHost/Engine/RenderContextScope.h"
+
+#include <utility>
+
+namespace SonaroHost
+{
+
+Sequence::SequenceGraph MakeGraph(Programme const& inProgramme,
+	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, Sequence::GraphView const& inView,
+	SN::Prefetcher const* inPrefetcher)
+{
+	try
+	{
+		return {*inProgramme.mDescription, inContext, inProgramme.GetFrameRate(), inPrefetcher, inView};
+	}
+	catch (HostError const& error)
+	{
+		if (inProgramme.mFile.empty() || error.GetKind() != HostError::Kind::eRequest)
+		{
+			throw;
+		}
+		// What the description asks for in vain, the file does.
+		HostError::Parts parts = error.GetParts();
+		parts.mFile = inProgramme.mFile;
+		throw HostError(HostError::Kind::eInput, std::move(parts));
+	}
+}
+
+unsigned ChooseBlock(Programme const& inProgramme, unsigned inWanted)
+{
+	constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 21;
+	std::uint64_t const channels = Sequence::CountChannels(*inProgramme.mDescription);
+	unsigned frames = inWanted;
+	while (frames >= 2 * kControlInterval && frames * channels > kMostSamples)
+	{
+		frames /= 2;
+	}
+	return frames;
+}
+
+} // namespace SonaroHost

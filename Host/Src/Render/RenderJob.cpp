@@ -1,0 +1,220 @@
+#include "RenderJob.h"
+
+#include "SignsOfZeros.h"
+
+#include "SonaroHost/Base/HostError.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <chrono>
+#include <cmath>
+#include <deque>
+#include <utility>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+constexpr double kLoudnessTolerance = 0.02;
+constexpr int kMostLimitedPasses = 6;
+
+double ToAmplitude(double inDecibels)
+{
+	return std::pow(10.0, inDecibels / 20.0);
+}
+
+} // namespace
+
+RenderPlan::RenderPlan(OutputRequest const& inRequest, OutputFormat const& inFormat)
+	: mFormat(inFormat),
+	  mGain(inRequest.mGain),
+	  mLevels(inRequest.mLevels),
+	  mMeasuring(inRequest.mMeasuring),
+	  mBlockFrames(inRequest.mBlockFrames)
+{
+}
+
+RenderJob::RenderJob(
+	Programme inProgramme, RenderPlan inPlan, ProgressCallback inProgress, std::stop_token inStop)
+	: mProgramme(std::move(inProgramme)),
+	  mPlan(std::move(inPlan)),
+	  mReport(std::move(inProgress)),
+	  mStop(std::move(inStop))
+{
+	mSummary.mSampleRate = mProgramme.mSampleRate;
+	mSummary.mFormat = mPlan.mFormat;
+	mSetup.mSampleRate = mProgramme.mSampleRate;
+	mSetup.mLayout = mProgramme.GetLayout();
+	mSetup.mFormat = mPlan.mFormat;
+	mSetup.mGain = mPlan.mGain;
+	if (mPlan.mLevels.mLimitDecibels)
+	{
+		mSetup.mLimit = ToAmplitude(*mPlan.mLevels.mLimitDecibels);
+	}
+}
+
+std::optional<RenderSummary> RenderJob::Run()
+{
+	auto const begin = std::chrono::steady_clock::now();
+	if (!RunPasses())
+	{
+		return std::nullopt;
+	}
+	mSummary.mElapsedSeconds =
+		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+	return std::move(mSummary);
+}
+
+bool RenderJob::RunPasses()
+{
+	mProgress.mFramesTotal = NeedsMixAlone() ? mPlan.mMix.mRange.mFrames : 0;
+	for (PlannedFile const& planned : mPlan.mFiles)
+	{
+		mProgress.mFramesTotal += planned.mFile.mRange.mFrames;
+	}
+	return (!NeedsMixAlone() || MeasureMix()) && (!mPlan.mLevels.mNormalizeLoudness || Normalize()) &&
+		   WriteFiles();
+}
+
+bool RenderJob::NeedsMixAlone() const
+{
+	return mPlan.mLevels.mNormalizeLoudness || (!mPlan.mWritesMix && MeasuresTracks());
+}
+
+RenderOutput::Setup RenderJob::MakeMeasuringSetup() const
+{
+	RenderOutput::Setup setup = mSetup;
+	setup.mMeasures = true;
+	setup.mWrites = false;
+	return setup;
+}
+
+bool RenderJob::MeasureMix()
+{
+	RenderOutput::Setup setup = MakeMeasuringSetup();
+	setup.mLimit.reset();
+	RenderOutput output(setup, mPlan.mMix);
+	if (!Render({output, {}, MeasuresTracks(), setup.mWrites}))
+	{
+		return false;
+	}
+	mSummary.mMix = output.GetFile().mLoudness;
+	return true;
+}
+
+bool RenderJob::Normalize()
+{
+	if (!mSummary.mMix || !std::isfinite(mSummary.mMix->mIntegrated))
+	{
+		throw HostError(HostError::Kind::eInput,
+			"the output cannot be normalized: it is silent, too short or too quiet for its loudness to be "
+			"measured; render it without normalizing");
+	}
+	double const wanted = *mPlan.mLevels.mNormalizeLoudness;
+	double decibels = wanted - mSummary.mMix->mIntegrated;
+	mSetup.mGain = static_cast<float>(ToAmplitude(decibels));
+	for (int pass = 0; mSetup.mLimit && pass < kMostLimitedPasses; ++pass)
+	{
+		mProgress.mFramesTotal += mPlan.mMix.mRange.mFrames;
+		RenderOutput output(MakeMeasuringSetup(), mPlan.mMix);
+		if (!Render({output, {}, false, false}))
+		{
+			return false;
+		}
+		mSummary.mLoudnessError = output.GetFile().mLoudness->mIntegrated - wanted;
+		// The limiter was not needed, or little enough.
+		if (!(std::fabs(mSummary.mLoudnessError) > kLoudnessTolerance) || pass + 1 == kMostLimitedPasses)
+		{
+			break;
+		}
+		decibels -= mSummary.mLoudnessError;
+		mSetup.mGain = static_cast<float>(ToAmplitude(decibels));
+	}
+	mSummary.mNormalizingGain = static_cast<double>(mSetup.mGain);
+	return true;
+}
+
+bool RenderJob::WriteFiles()
+{
+	mSetup.mMeasures = mPlan.mMeasuring != Measuring::eNothing;
+	bool const measuresTracks = mPlan.mWritesMix && MeasuresTracks() && !NeedsMixAlone();
+	// A deque does not move what has been opened.
+	std::deque<RenderOutput> outputs;
+	for (PlannedFile const& planned : mPlan.mFiles)
+	{
+		RenderOutput& output = outputs.emplace_back(mSetup, planned.mFile);
+		if (!Render({output, planned.mOnlyTrack, measuresTracks, true}))
+		{
+			return false;
+		}
+	}
+	if (mPlan.mWritesMix && !mSummary.mMix && !mSetup.mLimit)
+	{
+		mSummary.mMix = outputs.front().GetFile().mLoudness;
+	}
+	for (RenderOutput& output : outputs)
+	{
+		output.Commit();
+		mSummary.mFiles.push_back(output.GetFile());
+	}
+	return true;
+}
+
+bool RenderJob::Render(Pass const& inPass)
+{
+	TrackMeters meters(
+		inPass.mMeasuresTracks ? mPlan.mTracks : std::vector<PlannedTrack>(), mProgramme.mSampleRate);
+	RangeRender render;
+	render.mRange = inPass.mOutput.GetFile().mRange;
+	render.mBlockFrames = mPlan.mBlockFrames;
+	render.mView = MakeView(inPass, meters);
+	render.mReadsAhead = mPlan.mReadsAhead && inPass.mWrites;
+	render.mStop = mStop;
+	render.mSink = [&](dsp::AudioBuffer& ioBlock)
+	{
+		if (mPlan.mDropsSignsOfZeros)
+		{
+			DropSignsOfZeros(ioBlock);
+		}
+		inPass.mOutput.Add(ioBlock);
+		mProgress.mFramesDone += ioBlock.GetUseSize();
+		if (mReport)
+		{
+			mReport(mProgress);
+		}
+	};
+	auto report = RenderRange(mProgramme, render);
+	if (!report)
+	{
+		return false;
+	}
+	inPass.mOutput.Complete();
+	if (inPass.mMeasuresTracks)
+	{
+		mSummary.mTracks = meters.GetReadings();
+	}
+	if (inPass.mOnlyTrack.empty())
+	{
+		mSummary.mGraph = std::move(report->mGraph);
+	}
+	if (report->mReadAhead)
+	{
+		mSummary.mPlayback.emplace().mReadAhead = *report->mReadAhead;
+	}
+	return true;
+}
+
+Sequence::GraphView RenderJob::MakeView(Pass const& inPass, TrackMeters const& inMeters) const
+{
+	Sequence::GraphView view;
+	view.mTaps = inMeters.GetTaps();
+	if (!inPass.mOnlyTrack.empty())
+	{
+		view.mLeftOut = {mPlan.mOutermostTracks.begin(), mPlan.mOutermostTracks.end()};
+		view.mLeftOut.erase(inPass.mOnlyTrack);
+	}
+	return view;
+}
+
+} // namespace SonaroHost

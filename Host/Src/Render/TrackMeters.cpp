@@ -1,0 +1,30 @@
+#include "TrackMeters.h"
+
+namespace SonaroHost
+{
+
+TrackMeters::TrackMeters(std::vector<PlannedTrack> const& inTracks, int inSampleRate)
+{
+	auto const bank = std::make_shared<LoudnessBank>(inSampleRate);
+	for (PlannedTrack const& track : inTracks)
+	{
+		SN::InterfaceRef<ProgrammeMeter>& meter = mMeters.emplace_back();
+		if (!track.mOrigin.empty())
+		{
+			meter = zorvcore::classref::MakeObject<ProgrammeMeter>(track.mLayout, inSampleRate, bank);
+			mTaps.emplace(track.mOrigin, meter);
+		}
+	}
+}
+
+std::vector<std::optional<LoudnessReading>> TrackMeters::GetReadings() const
+{
+	std::vector<std::optional<LoudnessReading>> readings;
+	for (SN::InterfaceRef<ProgrammeMeter> const& meter : mMeters)
+	{
+		readings.push_back(meter ? meter->GetReading() : std::nullopt);
+	}
+	return readings;
+}
+
+} // namespace SonaroHost
