@@ -12,7 +12,7 @@ int main(int, char** inPaths)
 	constexpr unsigned kHertz = 48000, kBlock = 512;
 	SN::FrameRate const rate = SN::FrameRate::FromSamplesPerSecond(kHertz);
 	auto const at = [&](double inSeconds) { return SN::TickTime(std::int64_t(inSeconds * kHertz), rate); };
-	Otio::FileMedia files;
+	FileMedia files;
 	auto const play = [&](char const* inPath, double inStart, double inEnd)
 	{
 		return Sequence::Item{

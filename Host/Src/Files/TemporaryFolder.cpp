@@ -12,7 +12,7 @@
 #include <system_error>
 #include <vector>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 namespace
@@ -96,4 +96,4 @@ TemporaryFolder::TemporaryFolder()
 
 TemporaryFolder::~TemporaryFolder() = default;
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

@@ -11,7 +11,7 @@ namespace SonaroHost
 class FileMark;
 }
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 // A new folder among the system's temporary ones, removed with all that is in it at the end. Where a process was
@@ -33,4 +33,4 @@ private:
 	std::optional<Temporary> mFolder;
 };
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 namespace
@@ -96,4 +96,4 @@ void ZipArchive::Refuse(Entry const& inEntry, std::string const& inReason) const
 	RefuseArchive(mPath, "the entry " + QuotePath(inEntry.mName) + " cannot be unpacked: " + inReason);
 }
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

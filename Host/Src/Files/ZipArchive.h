@@ -9,7 +9,7 @@
 
 struct zip;
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 // A zip archive that is read. Every error is a HostError of kind eInput that names the archive and the entry.
@@ -46,4 +46,4 @@ private:
 	std::vector<Entry> mEntries;
 };
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

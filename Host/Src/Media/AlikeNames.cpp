@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <system_error>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 namespace
@@ -66,4 +66,4 @@ AlikeNames::Names const& AlikeNames::List(std::filesystem::path const& inFolder)
 	return names;
 }
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 // Finds files whose names are the wanted ones but for the case of letters and for how Unicode writes them: "é" is one
@@ -30,4 +30,4 @@ private:
 	std::unordered_map<std::string, Names> mFolders;
 };
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

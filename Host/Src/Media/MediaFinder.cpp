@@ -10,7 +10,7 @@
 #include <system_error>
 #include <utility>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 namespace
@@ -236,4 +236,4 @@ std::optional<std::filesystem::path> MediaFinder::FindAlike(std::vector<Place> c
 	return std::nullopt;
 }
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

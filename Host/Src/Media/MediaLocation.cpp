@@ -5,7 +5,7 @@
 #include <charconv>
 #include <system_error>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 namespace
@@ -151,4 +151,4 @@ std::string DecodePercent(std::string_view inText)
 	return result;
 }
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

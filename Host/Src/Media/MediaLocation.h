@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 // What a timeline's URL or path may mean.
@@ -23,4 +23,4 @@ MediaLocation ParseMediaLocation(std::string_view inUrl);
 // Each "%" with two hexadecimal digits becomes the byte; others stay.
 std::string DecodePercent(std::string_view inText);
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 // What graphs have opened. The graphs alone keep it open.
@@ -96,4 +96,4 @@ HostError FileMedia::NameAsShown(HostError const& inError) const
 	return HostError(inError.GetKind(), std::move(parts));
 }
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

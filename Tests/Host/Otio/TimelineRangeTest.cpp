@@ -33,11 +33,11 @@ protected:
 						 Marker("7", 7.0, 0.0), Marker("Last", 8.0, 0.0), Marker("End", 10.0, 0.0)}),
 				{{"global_start_time", Time(3600.0)}});
 		mDocument = Otio::ReadDocument(timeline.dump(), "edit.otio");
-		mSequence = MakeTimelineSequence(mDocument.mTimelines.front(), Otio::MediaFinder({}, {}), mMedia);
+		mSequence = MakeTimelineSequence(mDocument.mTimelines.front(), MediaFinder({}, {}), mMedia);
 	}
 
 	Otio::Document mDocument;
-	Otio::FileMedia mMedia;
+	FileMedia mMedia;
 	Otio::TimelineSequence mSequence;
 };
 

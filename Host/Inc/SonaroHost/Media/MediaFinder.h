@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 class AlikeNames;
@@ -83,4 +83,4 @@ private:
 	std::shared_ptr<AlikeNames> mAlikeNames;
 };
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

@@ -9,10 +9,10 @@
 #include <memory>
 #include <optional>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
-// The sound files of a timeline as media of a sequence. Each file is one media, whatever the number of clips
+// Sound files as media of sequences. Each file is one media, whatever the number of clips
 // that are cut from it, and each graph opens it once.
 //
 // Errors   A source gives silence where its file cannot be decoded: whoever renders asks GetFailure after each block.
@@ -53,4 +53,4 @@ private:
 	std::shared_ptr<OpenSources> mSources;
 };
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost
