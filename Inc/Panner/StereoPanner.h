@@ -7,7 +7,7 @@ namespace SN
 {
 
 // The base of panners to stereo with one control, the pan: 0 left, 0.5 middle, 1 right. A new pan is
-// reached over 5 ms, after the first jump of the playhead over 15 ms; at a jump the gains stand at once.
+// reached in a ramp of 5 ms, and of 15 ms once the playhead has jumped; a jump itself has no ramp.
 class StereoPanner : public AutomatedPanner
 {
 public:

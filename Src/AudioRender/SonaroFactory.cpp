@@ -146,7 +146,8 @@ int SonaroFactory::CreateAudioClipRenderer(InterfaceRef<IAudioRenderContext> inC
 	InterfaceRef<IAudioGenerator>* outGenerator) const
 {
 	return AudioClipRenderer::Create(
-		inContext, inFrameRate, inGenerators, inChannelLayout, inStartOffset, inGain, inSpeed, outGenerator);
+		{inContext, inFrameRate, inGenerators, inChannelLayout, inStartOffset, inGain, inSpeed},
+		outGenerator);
 }
 
 int SonaroFactory::CreateAudioRenderContextForPrefetchThread(

@@ -45,7 +45,8 @@ public:
 	// 0 while the context's delay compensation is off.
 	virtual TickTime GetDelay() SONARO_NONBLOCKING = 0;
 
-	// Prepares for playback from inStartTime. Hands no sample to the caller.
+	// Prepares for playback from inStartTime on: the lowest time of the first block, also in reverse. Hands
+	// no sample to the caller.
 	virtual void Preroll(TickTime const& inStartTime, bool inReverse) = 0;
 
 	// Gives latent content below a head start of inDelayTime before inStartTime, so that its output is
@@ -54,7 +55,7 @@ public:
 	virtual void FillInitialDelay(TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse,
 		bool inForceCompletion) SONARO_NONBLOCKING = 0;
 
-	// Tells which range will soon be read. Leaves turn it into requests on the accumulator.
+	// Announces which range will soon be read. Leaves turn it into requests on the accumulator.
 	virtual void AccumulatePrefetchRequests(
 		PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator) = 0;
 

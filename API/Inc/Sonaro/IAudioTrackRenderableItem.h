@@ -6,7 +6,8 @@ namespace SN
 {
 
 // A time span on a track: a clip, a nested mix, a transition or silence. It covers the half-open range
-// from the start up to the end, in sequence time.
+// from the start up to the end, in sequence time. An object that has this interface also has
+// IAudioGenerator, which the track pulls.
 class SONARO_API IAudioTrackRenderableItem : public virtual Unknown
 {
 public:
@@ -26,7 +27,8 @@ public:
 	virtual TickTime GetTrackItemStartTime() SONARO_NONBLOCKING = 0;
 };
 
-// Items in the order of time; shared, not owned alone.
+// Items in the order of time, each beginning where the one before ends: silence is an item, too. A track
+// is silent where the list has ended. Shared, not owned alone.
 using AudioTrackRenderableItemList = zorvcore::allocator::Vector<InterfaceRef<IAudioTrackRenderableItem>>;
 
 } // namespace SN

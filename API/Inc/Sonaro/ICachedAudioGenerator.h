@@ -17,7 +17,8 @@ public:
 	static constexpr Identifier<ICachedAudioGenerator> kIdentifier{
 		0xbccc6cc7928616efull, 0xf89f03609a403c19ull};
 
-	// Renders the block into the node's own buffer; a repeated request for the same block does nothing.
+	// Renders the block into the node's own buffer; a repeated request for the same block does nothing. One for
+	// 0 samples forgets the last block, so that the same one is rendered again.
 	virtual void GenerateAudio(
 		unsigned inNumSamples, TickTime const& inTime, bool inReverse) SONARO_NONBLOCKING = 0;
 

@@ -203,7 +203,8 @@ public:
 	// balances; X, Y (0 front, 1 rear), the share of the centre and the gain of the low frequency channel
 	// for those to 5.1; none for the others. eFailure for another count of controls where one is named:
 	// stereo to stereo and mono to stereo 1, stereo to 5.1 4. eInvalidArgument for a type that is not
-	// made here. The folds from 5.1 keep AudioChannelMix's mixdown of the moment.
+	// made here. The folds from 5.1 keep AudioChannelMix's mixdown of the moment. inActionFlag: reported with
+	// each of the controls by ILiveAudioParameterOwner; its meaning is the host's.
 	virtual int CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, PanProcessorType inType, bool inActionFlag,
 		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,

@@ -3,8 +3,8 @@
 namespace SN
 {
 
-// The kind of a pan processor. The ordinary maker takes the values below 20 except those marked; the
-// direct maker takes kPanMonoTo51 and the three marked direct.
+// The kind of a pan processor. CreateAudioPanProcessorRenderer takes the values below 20 except those
+// marked; CreateDirectAudioPanProcessorRenderer takes kPanMonoTo51 and the three marked direct.
 enum PanProcessorType : unsigned
 {
 	kPanNoneMono = 0,

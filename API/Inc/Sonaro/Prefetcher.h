@@ -7,8 +7,9 @@
 namespace SN
 {
 
-// A playback as the host tells it to its graph: filled by the host, read by the nodes on the thread
-// that pulls the graph.
+// What a host says of a playback: its loop and its direction. Nodes read it while they are pulled and
+// while they gather prefetch requests; the host writes it while neither happens. It reads nothing ahead
+// itself: AudioPrefetch does.
 struct Prefetcher
 {
 	// The loop range.

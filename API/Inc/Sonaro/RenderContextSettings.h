@@ -12,8 +12,9 @@ struct RenderContextSettings
 	// The largest block, in samples, that a node must be ready for; longer requests lose what lies beyond it.
 	// Scratch memory grows with it.
 	unsigned mMaxBlockSize = 512;
-	// Whether sources are read through what was read ahead on the prefetch thread, without blocking. It
-	// needs mPrefetcher.
+	// Makes the graph a playback. Sources are read through what was read ahead on the prefetch thread, without
+	// blocking, and what was not read ahead is silence; parameters and the mutes of the outermost sequence are
+	// live. Without it, parameters stay as they were when the graph was made. It needs mPrefetcher.
 	bool mPrefetchEnabled = false;
 	// Kept for the host, which asks IAudioRenderContext::GetContextOption.
 	bool mContextOption = false;

@@ -85,6 +85,8 @@ void ReadAhead::Request(std::int64_t inFramesDone)
 		first = mRange.mFrames - end;
 		end = mRange.mFrames - inFramesDone;
 	}
+	first += mRange.mFirstFrame;
+	end += mRange.mFirstFrame;
 	std::vector<SN::AudioPrefetch::PrefetchRequest> requests;
 	SN::PrefetchRequestAccumulator accumulator(
 		SN::PrefetchRequestAccumulator::ExtendCapacity, nullptr, &requests);

@@ -31,6 +31,7 @@ bool IsSeekExact(SF_INFO const& inFormat)
 	{
 		return false;
 	}
+	// FLAC is among them: its codec counts as PCM.
 	switch (inFormat.format & SF_FORMAT_SUBMASK)
 	{
 	case SF_FORMAT_PCM_S8:

@@ -299,7 +299,7 @@ void SequenceBuilder::AddToGroup(
 {
 	mGenerators.push_back(inRenderer);
 	mTracks.push_back(inTrack);
-	// Sends have lines only where they are the engine's own.
+	// One entry, that of the output: sends of sequences wait in return tracks of their own.
 	mDelays.emplace_back(1).back().mDelay = static_cast<std::uint32_t>(inWait);
 }
 

@@ -2,6 +2,7 @@
 
 #include "AudioRender/Core/AudioRenderContextClient.h"
 #include "AudioRender/Core/GeneratorWithInputs.h"
+#include "Sonaro/GeneratorSettings.h"
 #include "zorvaudiodsp/AudioBufferShell.h"
 
 #include <vector>
@@ -21,10 +22,7 @@ class AudioClipRenderer final : public Implements<AudioClipRenderer, GeneratorWi
 {
 public:
 	// See ISonaroFactory::CreateAudioClipRenderer. Empty generator references are allowed, and skipped.
-	static int Create(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
-		std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> const& inGenerators,
-		AudioChannelLayout const& inChannelLayout, TickTime const& inStartOffset, float inGain,
-		double inSpeed, InterfaceRef<IAudioGenerator>* outGenerator);
+	static int Create(AudioClipSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override;

@@ -73,28 +73,25 @@ void AudioClipRenderer::ForEachGenerator(Function const& inFunction)
 	}
 }
 
-int AudioClipRenderer::Create(InterfaceRef<IAudioRenderContext> const& inContext,
-	FrameRate const& inFrameRate,
-	std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> const& inGenerators,
-	AudioChannelLayout const& inChannelLayout, TickTime const& inStartOffset, float inGain, double inSpeed,
-	InterfaceRef<IAudioGenerator>* outGenerator)
+int AudioClipRenderer::Create(
+	AudioClipSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
 {
 	auto const clip = zorvcore::classref::MakeObject<AudioClipRenderer>();
-	int const result = clip->Init(inContext, inFrameRate);
+	int const result = clip->Init(inSettings.mContext, inSettings.mFrameRate);
 	if (result == eNullPointer)
 	{
 		return result;
 	}
-	for (auto const& [generator, channels] : inGenerators)
+	for (auto const& [generator, channels] : inSettings.mGenerators)
 	{
 		clip->mInputs.push_back({generator, channels});
 	}
-	clip->mChannelLayout = inChannelLayout;
-	clip->mStartOffset = inStartOffset;
-	clip->mGain = inGain;
-	clip->mMaxChannels = static_cast<unsigned>(inChannelLayout.size());
-	FrameRate const sourceRate = clip->MeasureGenerators(inFrameRate);
-	double const factor = OffsetFactor(inSpeed, sourceRate, inFrameRate);
+	clip->mChannelLayout = inSettings.mChannelLayout;
+	clip->mStartOffset = inSettings.mStartOffset;
+	clip->mGain = inSettings.mGain;
+	clip->mMaxChannels = static_cast<unsigned>(inSettings.mChannelLayout.size());
+	FrameRate const sourceRate = clip->MeasureGenerators(inSettings.mFrameRate);
+	double const factor = OffsetFactor(inSettings.mSpeed, sourceRate, inSettings.mFrameRate);
 	if (factor != 1.0)
 	{
 		clip->mStartOffset = clip->mStartOffset * factor;

@@ -23,8 +23,8 @@ struct AutomationPoint
 	Interpolation mInterpolation = Interpolation::eLinear;
 };
 
-// The course of a value over time: points and what lies between them. Before the first point the curve has
-// its value, from the last one on that of the last.
+// The course of a value over time: points and what lies between them. Before the first point the curve has the first
+// value, from the last point on the last value.
 //
 // Segments  A curve of n points has the segments 0 to n: segment i begins at point i - 1, which belongs to
 //           it, and ends before point i. Segments 0 and n are open and hold.

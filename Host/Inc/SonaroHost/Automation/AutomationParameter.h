@@ -17,11 +17,12 @@
 namespace SonaroHost
 {
 
-// A parameter for the engine: a control, and a curve that replaces it where the curve has points.
+// A parameter for the engine: a control, and a curve. A curve with points replaces the control at all times; for a trim
+// over automation, put two faders into a chain.
 //
 // Types    T is float, or bool with a curve that holds only: there every value but 0 is true.
 // Edits    SetCurve, ReplaceControl and the control's own SetValue are heard from the next sampling on.
-// Caches   Any sampling works without one.
+// Caches   ioCache may be null.
 // Threads  UpdateControl, GetNextInterestingTime, HasActionPending and IsEmpty: any number at once, while
 //          others edit; they never wait, lock, allocate or free. The rest: the host's threads.
 template <class T>
@@ -38,7 +39,7 @@ public:
 
 	class Reading;
 
-	// A parameter that stands at a value until its control moves.
+	// A parameter that stays at a value; for one that a host moves, make the control and hand it to the constructor.
 	static SN::InterfaceRef<AutomationParameter> Create(T inValue);
 
 	// Throws a HostError when a boolean parameter gets a curve that moves.

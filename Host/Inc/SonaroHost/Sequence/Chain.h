@@ -27,7 +27,7 @@ using SwitchParameter = SN::InterfaceRef<AutomationParameter<bool>>;
 // Live   What a control or a curve of a parameter becomes while a playback runs is heard at once, on every level of
 //        nesting. An export keeps to what the parameter was when its graph was made.
 
-// A gain, linear, and a mute. Empty ones stand for 1 and for audible.
+// A gain, linear, and a mute, which silences while it is true. Empty ones stand for 1 and for audible.
 struct Fader
 {
 	NumberParameter mGain;
@@ -38,7 +38,7 @@ struct Fader
 struct Effect
 {
 	std::string mName;
-	// Gives one of its own for each graph and instance, for blocks of up to inContext->GetMaxBlockSize(). Its
+	// Called for each graph and each instance of a sequence; makes a new processor each time, for blocks of up to inContext->GetMaxBlockSize(). Its
 	// GetDelay is compensated, so it must be the same for ever.
 	std::function<SN::InterfaceRef<SN::IAudioProcessor>(
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,

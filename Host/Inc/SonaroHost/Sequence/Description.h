@@ -20,13 +20,16 @@
 //
 // Times    In the sequence's time, from 0 on. They are brought to the nearest frame of the rate at which a
 //          graph is made, each for itself, so that items which meet go on meeting.
-// Threads  It stays as it is while graphs are made of it; parameters are live beyond
+//          Clip::mFirstFrame counts the recording's own samples, everything else is time of the sequence.
+// Lifetime A graph needs the description only while it is made; it keeps what it has of parameters and media.
+// Threads  It stays as it is while graphs are made of it; in a playback, parameters are live beyond
 //          that, and so are the mutes of the outermost sequence.
 namespace SonaroHost::Sequence
 {
 
 struct Description;
 
+// Not 0 while muted.
 using MuteSwitch = std::shared_ptr<zorvcore::threads::AtomicIntegral<int>>;
 
 // A piece of a recording.

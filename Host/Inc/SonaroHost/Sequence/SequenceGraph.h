@@ -19,12 +19,13 @@ namespace SonaroHost::Sequence
 //
 // Meaning   What is heard at a frame is a function of the description and the frame: the same for an export and a
 //           playback, after any start, in any cut into blocks, in a loop, and in reverse, whatever was asked before.
-//           Docs/sequence.md lists what the engine's definitions except from that.
+//           Docs/sequence.md lists the exceptions.
 // Latency   Every branch arrives at every mix at its nominal sample. Each track is asked ahead of time by what lies
 //           between it and the output, each effect of an item hears its sound ahead.
 // Settling  What is read out of turn, at a start, a seek, a jump or an item's beginning, is first run for as long as
 //           its effects are late, within the block that asks for it. So such a block takes longer, by about the time
-//           that it takes to render the latencies below it. Meters do not hear it. Nobody needs to pull anything ahead
+//           that it takes to render the latencies below it: the report's largest mAheadFrames, and the latencies of
+//           items. Meters do not hear it. Nobody needs to pull anything ahead
 //           of what is wanted.
 // Runs      Any number: Preroll, then blocks, forward or in reverse; between runs Reset, which Preroll does by itself.
 //           Within a run time may jump.

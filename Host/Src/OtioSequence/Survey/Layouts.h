@@ -23,7 +23,7 @@ public:
 
 	// The clip's layout before any pan of its own.
 	SN::AudioChannelLayout const& GetLayout(Clip const& inClip);
-	// They have no channels where nothing is heard. The inner one is before any pan of its own.
+	// The layout that an item's sound wants: before any pan of its own, and after it. Both are empty where nothing is heard.
 	SN::AudioChannelLayout const& GetInnerWidth(ItemView const& inItem);
 	SN::AudioChannelLayout GetWidth(ItemView const& inItem);
 
@@ -33,6 +33,7 @@ public:
 	// inLayout as far as it is no wider than inLimit, and inLimit for none.
 	static SN::AudioChannelLayout const& Limit(
 		SN::AudioChannelLayout const& inLayout, SN::AudioChannelLayout const& inLimit);
+	// Whether a pan leads from one layout to the other; see LayoutPlan.
 	static bool CanPan(SN::AudioChannelLayout const& inFrom, SN::AudioChannelLayout const& inTo);
 
 private:

@@ -43,7 +43,8 @@ public:
 		std::shared_ptr<Playhead> mPlayhead;
 		// The playhead of the sequence around the item.
 		std::shared_ptr<Playhead const> mOuter;
-		// How often the track around it has jumped: whoever comes back to where he left was away in between.
+		// How often the track around it has jumped. It changes even when the next request for this item looks as though it
+		// followed the last one.
 		std::shared_ptr<std::uint64_t const> mJumps;
 		SN::FrameRate mFrameRate;
 		// What the content is read into: of its channels and at least one sample.

@@ -11,8 +11,9 @@
 namespace SonaroHost::Sequence
 {
 
-// Places a sound between left and right, with the engine's pan laws, frame by frame; see ParameterFollower. The
-// engine's own panners have ramps that depend on how a range was cut.
+// Places a sound between left and right, frame by frame; see ParameterFollower. It repeats the formulas of PanLaw and of
+// the balance in double precision, since the engine's own panners have ramps that depend on how a range was cut: a
+// change of a law is made in both places.
 //
 // Laws  Mono keeps its power. All else keeps the side that it is panned to: the first channel of each pair is left,
 //       the second one right. In 5.1 the front pair alone is heard.

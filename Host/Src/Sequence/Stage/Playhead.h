@@ -55,10 +55,11 @@ struct Playhead
 	std::int64_t mFirst = 0;
 	std::int64_t mCount = 0;
 	bool mIsReverse = false;
-	// What is rendered now only fills histories and is thrown away, or follows such a stretch.
+	// What is rendered now only fills histories; the output is discarded.
 	bool mIsSettling = false;
+	// The request does not follow the last one, so that what is heard begins anew.
 	bool mIsFresh = false;
-	// Whether somebody around it does so.
+	// A level of nesting around this one discards what it gets.
 	bool mIsUnheard = false;
 	std::uint64_t mRequest = 0;
 	LoopRange mLoop;
