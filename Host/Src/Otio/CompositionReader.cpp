@@ -29,7 +29,7 @@ void ReadGap(Cursor const& inObject, Gap& outGap)
 	ReadItem(inObject, SettingsOwner::eGap, outGap);
 	if (!outGap.mSourceRange)
 	{
-		inObject.Tell(Note::Kind::eGuess, "the gap has no source_range; its length is 0");
+		inObject.Tell(Note::Kind::eGuess, "the gap has no source_range; assuming a length of 0");
 	}
 }
 
@@ -40,16 +40,15 @@ void ReadUnknown(Cursor const& inObject, Around inAround, Gap& outGap)
 	outGap.mPlace = inObject.GetPlace();
 	outGap.mName = ReadLabel(Cursor(inObject, "name"));
 	outGap.mMetadata = ReadMetadata(inObject);
-	std::string const what =
-		outGap.mSchema.empty() ? "names no schema" : "is of the schema " + Quote(outGap.mSchema);
+	std::string const what = outGap.mSchema.empty() ? "an item without OTIO_SCHEMA"
+													: "an item of unknown schema " + Quote(outGap.mSchema);
 	outGap.mSourceRange = ReadIfThere(Cursor(inObject, "source_range"), ReadRange);
 	if (!outGap.mSourceRange && inAround == Around::eTrack)
 	{
-		inObject.Refuse(what + ", which is not known here, and has no source_range, so that nobody can tell "
-							   "where what follows it begins; remove it or write it as a Gap");
+		inObject.Refuse(what + " has no source_range, so the position of later items cannot be determined; "
+							   "remove it or replace it with a Gap");
 	}
-	inObject.Tell(
-		Note::Kind::eIgnored, what + ", which is not known here; it is silent and takes up its time");
+	inObject.Tell(Note::Kind::eIgnored, what + " is not rendered; its time is silent");
 }
 
 // False for what is left out.
@@ -57,13 +56,12 @@ bool ReadTransitionOf(Cursor const& inObject, Around inAround, std::vector<Compo
 {
 	if (inAround == Around::eStack)
 	{
-		inObject.Tell(Note::Kind::eIgnored, "a transition in a stack has nothing to join; it is ignored");
+		inObject.Tell(Note::Kind::eIgnored, "a transition has no effect in a stack; ignored");
 		return false;
 	}
 	if (ioChildren.size() > 1 && ioChildren[ioChildren.size() - 2].As<Transition>() != nullptr)
 	{
-		inObject.Tell(
-			Note::Kind::eIgnored, "a transition stands right behind another transition; it is ignored");
+		inObject.Tell(Note::Kind::eIgnored, "two transitions in a row; the second is ignored");
 		return false;
 	}
 	ReadTransition(inObject, ioChildren.back().mValue.emplace<Transition>());
@@ -110,7 +108,7 @@ void ReadChildren(
 	if (inDepth >= kMaxCompositionDepth)
 	{
 		inObject.Refuse("stacks and tracks are nested more than " + std::to_string(kMaxCompositionDepth) +
-						" deep; flatten the timeline");
+						" levels deep; flatten the timeline");
 	}
 	ForEach(Cursor(inObject, "children"), [inAround, inDepth, &outChildren](Cursor const& inChild)
 		{ ReadChild(inChild, inAround, inDepth + 1, outChildren); });
@@ -121,13 +119,15 @@ std::string ReadKind(Cursor const& inObject)
 	Cursor const kind(inObject, "kind");
 	if (kind.IsNothing())
 	{
-		kind.Tell(Note::Kind::eGuess, "is missing; the track counts as Video, which is not heard");
+		kind.Tell(Note::Kind::eGuess, "the track has no \"kind\"; treating it as Video, which is not "
+									  "rendered; set it to \"Audio\" to hear it");
 		return "Video";
 	}
 	std::string name = ReadText(kind);
 	if (name != "Audio" && name != "Video")
 	{
-		kind.Tell(Note::Kind::eIgnored, "is " + Quote(name) + "; only tracks of kind Audio are heard");
+		kind.Tell(Note::Kind::eIgnored,
+			"the track is of kind " + Quote(name) + "; only tracks of kind Audio are heard");
 	}
 	return name;
 }
@@ -168,7 +168,8 @@ void CheckRouting(std::vector<Composable> const& inChildren, std::vector<Submix>
 		if (!names.contains(inName))
 		{
 			throw Refusal(inTrack.mPlace + "/metadata/sonaro/" + inKey,
-				"is " + Quote(inName) + "; the stack around the track has no submix of that name");
+				"there is no submix " + Quote(inName) +
+					" in the stack that contains the track; use the name of one in its \"submixes\"");
 		}
 	};
 	for (Composable const& child : inChildren)

@@ -22,13 +22,13 @@ void ReadTimeScalar(Cursor const& inObject, Effect& outEffect)
 	outEffect.mKind = Effect::Kind::eLinearTimeWarp;
 	if (scalar.IsNothing())
 	{
-		scalar.Tell(Note::Kind::eGuess, "is missing; it counts as 1");
+		scalar.Tell(Note::Kind::eGuess, "time_scalar is missing; assuming 1 (normal speed)");
 		return;
 	}
 	outEffect.mTimeScalar = ReadNumber(scalar, -kMaxTimeScalar, kMaxTimeScalar);
 	if (outEffect.mTimeScalar == 0.0)
 	{
-		scalar.Tell(Note::Kind::eRemark, "is 0, which is a freeze frame");
+		scalar.Tell(Note::Kind::eRemark, "time_scalar is 0; the item is a freeze frame and is silent");
 		outEffect.mKind = Effect::Kind::eFreezeFrame;
 	}
 }
@@ -48,12 +48,12 @@ void TellOfRest(Cursor const& inObject, Effect const& inEffect, EffectLevels con
 	if (hasLevels)
 	{
 		inObject.Tell(
-			Note::Kind::eIgnored, "of the effect " + Quote(name) + " not all parameters are rendered");
+			Note::Kind::eIgnored, "not all parameters of the effect " + Quote(name) + " are rendered");
 		return;
 	}
 	bool const isLevel = NamesLevels(name) || NamesLevels(label);
 	inObject.Tell(isLevel ? Note::Kind::eLevelNotRead : Note::Kind::eIgnored,
-		"the effect " + Quote(name) + " of the schema " + Quote(inEffect.mSchema) + " is not rendered");
+		"the effect " + Quote(name) + " (schema " + Quote(inEffect.mSchema) + ") is not rendered");
 }
 
 Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRange)
@@ -121,7 +121,7 @@ Marker ReadMarker(Cursor const& inObject)
 {
 	if (!inObject.IsObject() || ReadSchema(inObject) != SchemaKind::eMarker)
 	{
-		inObject.Refuse("is no marker");
+		inObject.Refuse("is not a marker");
 	}
 	TellUnknownKeys(inObject, {"name", "color", "comment", "marked_range", "range", "metadata"});
 	Marker marker;

@@ -27,7 +27,7 @@ void ReadMediaOfKeys(Cursor const& inReferences, std::string const& inActiveKey,
 		Cursor const reference(inReferences, member);
 		if (repeated.Has(member))
 		{
-			reference.Tell(Note::Kind::eGuess, "the key is given more than once; the last one counts");
+			reference.Tell(Note::Kind::eGuess, "the key appears more than once; the last value is used");
 			continue;
 		}
 		outClip.mMediaReferences.push_back(
@@ -45,13 +45,13 @@ void ResolveActiveKey(Cursor const& inObject, Clip& ioClip)
 	Cursor const key(inObject, "active_media_reference_key");
 	if (ioClip.mMediaReferences.size() > 1)
 	{
-		key.Tell(Note::Kind::eGuess, "there is no media reference " + Quote(ioClip.mActiveMediaKey) +
-										 "; the clip counts as without media");
+		key.Tell(Note::Kind::eGuess, "the media reference " + Quote(ioClip.mActiveMediaKey) +
+										 " does not exist; treating the media as missing");
 		return;
 	}
-	key.Tell(Note::Kind::eGuess, "there is no media reference " + Quote(ioClip.mActiveMediaKey) +
-									 "; the only one, " + Quote(ioClip.mMediaReferences[0].mKey) +
-									 ", is taken");
+	key.Tell(Note::Kind::eGuess, "the media reference " + Quote(ioClip.mActiveMediaKey) +
+									 " does not exist; the only one, " +
+									 Quote(ioClip.mMediaReferences[0].mKey) + ", is used");
 	ioClip.mActiveMediaKey = ioClip.mMediaReferences[0].mKey;
 }
 
@@ -64,8 +64,9 @@ void TellMissingLength(Cursor const& inObject, Clip const& inClip)
 	}
 	bool const hasFile = media != nullptr && media->mKind == MediaReference::Kind::eExternal;
 	inObject.Tell(Note::Kind::eGuess,
-		hasFile ? "the clip has neither a source_range nor an available_range; it plays its whole file"
-				: "the clip has neither a source_range nor an available_range nor a file; its length is 0");
+		hasFile ? "the clip has neither a source_range nor an available_range; its whole file is used"
+				: "the clip has neither a source_range nor an available_range nor a file; assuming a length "
+				  "of 0");
 }
 
 // The format leaves open which of two lengths a source_range has under a time warp, and programs differ.
@@ -81,8 +82,8 @@ void TellOfLength(Cursor const& inObject, Item const& inItem)
 	if (speed != 0.0 && std::abs(std::abs(speed) - 1.0) > kSameSpeed)
 	{
 		inObject.GetFindings().TellOnce(Note::Kind::eGuess,
-			"under a time warp the length of source_range is taken as that on the track; some programs write "
-			"that of the media instead",
+			"the duration of source_range under a time warp is taken as the length on the track; some "
+			"programs write the length of the media instead",
 			[&inObject] { return inObject.GetPlace(); });
 	}
 }
@@ -133,7 +134,8 @@ void ReadClip(Cursor const& inObject, Clip& outClip)
 		ReadMediaOfKeys(references, outClip.mActiveMediaKey, outClip);
 		if (!reference.IsNothing())
 		{
-			reference.Tell(Note::Kind::eGuess, "the clip also has media_references; those count");
+			reference.Tell(Note::Kind::eGuess,
+				"the clip has both media_reference and media_references; media_references is used");
 		}
 	}
 	else if (!reference.IsNothing())
@@ -164,7 +166,7 @@ void ReadTransition(Cursor const& inObject, Transition& outTransition)
 		Cursor const offset(inObject, inKey);
 		if (offset.IsNothing())
 		{
-			offset.Tell(Note::Kind::eGuess, "is missing; it counts as 0");
+			offset.Tell(Note::Kind::eGuess, std::string(inKey) + " is missing; assuming 0");
 			return RationalTime();
 		}
 		return ReadDuration(offset);

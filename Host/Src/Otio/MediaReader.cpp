@@ -21,7 +21,7 @@ void ReadTarget(Cursor const& inReference, MediaReference& outMedia)
 	outMedia.mTargetUrl = url.IsNothing() ? std::string() : ReadText(url);
 	if (outMedia.mTargetUrl.empty())
 	{
-		url.Tell(Note::Kind::eGuess, "is empty; the media counts as missing");
+		url.Tell(Note::Kind::eGuess, "target_url is empty; treating the media as missing");
 		outMedia.mKind = MediaReference::Kind::eMissing;
 	}
 }
@@ -48,9 +48,9 @@ void ReadKind(Cursor const& inReference, MediaReference& outMedia)
 	default:
 		outMedia.mKind = MediaReference::Kind::eUnknown;
 		outMedia.mSchema = GetSchemaLabel(inReference);
-		inReference.Tell(Note::Kind::eIgnored, "the media reference is of the schema " +
+		inReference.Tell(Note::Kind::eIgnored, "the media reference has the unknown schema " +
 												   Quote(outMedia.mSchema) +
-												   ", which is not known; it counts as missing");
+												   "; treating the media as missing");
 		break;
 	}
 }

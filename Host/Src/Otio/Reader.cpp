@@ -44,13 +44,13 @@ void ReadTracks(Cursor const& inTimeline, Stack& outTracks)
 	Cursor const tracks(inTimeline, "tracks");
 	if (tracks.IsNothing())
 	{
-		tracks.Tell(Note::Kind::eGuess, "is missing; the timeline is empty");
+		tracks.Tell(Note::Kind::eGuess, "the timeline has no \"tracks\"; treating it as empty");
 		outTracks.mPlace = tracks.GetPlace();
 		return;
 	}
 	if (!tracks.IsObject() || ReadSchema(tracks) != SchemaKind::eStack)
 	{
-		tracks.Refuse("is no Stack; a timeline's tracks stand in one");
+		tracks.Refuse("is not a Stack; \"tracks\" of a timeline must be one");
 	}
 	ReadStack(tracks, 0, outTracks);
 }
@@ -72,9 +72,10 @@ void ReadTimeline(Cursor const& inObject, Timeline& outTimeline)
 // A composition that stands for itself, with a timeline put around it.
 void Wrap(Cursor const& inObject, SchemaKind inKind, Document& outDocument)
 {
-	inObject.Tell(Note::Kind::eGuess, inKind == SchemaKind::eStack
-										  ? "the file holds a Stack and no Timeline; it is taken as one"
-										  : "the file holds a Track and no Timeline; it is taken as one");
+	inObject.Tell(
+		Note::Kind::eGuess, inKind == SchemaKind::eStack
+								? "the file contains a Stack but no Timeline; treating the Stack as one"
+								: "the file contains a Track but no Timeline; treating the Track as one");
 	Timeline& timeline = outDocument.mTimelines.emplace_back();
 	if (inKind == SchemaKind::eStack)
 	{
@@ -106,7 +107,8 @@ void ReadCollection(Cursor const& inObject, Document& outDocument)
 			}
 			else
 			{
-				inChild.Tell(Note::Kind::eIgnored, "is no Timeline; of a collection only timelines are read");
+				inChild.Tell(
+					Note::Kind::eIgnored, "is not a Timeline; only the timelines of a collection are read");
 			}
 		});
 }
@@ -127,14 +129,14 @@ void ReadRoot(Cursor const& inRoot, Document& outDocument)
 		Wrap(inRoot, kind, outDocument);
 		break;
 	case SchemaKind::eNone:
-		inRoot.Refuse("has no OTIO_SCHEMA, so that this is no OpenTimelineIO file");
+		inRoot.Refuse("has no OTIO_SCHEMA, so this is not an OpenTimelineIO file");
 	default:
-		inRoot.Refuse("is of the schema " + Quote(GetSchemaLabel(inRoot)) +
-					  "; only a Timeline, a SerializableCollection, a Stack or a Track can be rendered");
+		inRoot.Refuse("has the schema " + Quote(GetSchemaLabel(inRoot)) +
+					  "; expected a Timeline, a SerializableCollection, a Stack or a Track");
 	}
 	if (outDocument.mTimelines.empty())
 	{
-		inRoot.Refuse("the collection has no Timeline in it; there is nothing to render");
+		inRoot.Refuse("the collection contains no Timeline; there is nothing to render");
 	}
 }
 
@@ -151,7 +153,7 @@ void CheckIsJson(std::string_view inBytes, std::filesystem::path const& inPath)
 	}
 	if (std::string_view("{[\"-0123456789tfn/").find(text[first]) == std::string_view::npos)
 	{
-		RefuseAt(inPath, {}, "is no OpenTimelineIO file, which would be JSON and begin with \"{\"");
+		RefuseAt(inPath, {}, "is not an OpenTimelineIO file (expected JSON starting with \"{\")");
 	}
 }
 
@@ -188,7 +190,7 @@ Document ReadDocumentFile(std::filesystem::path const& inPath)
 	std::error_code error;
 	if (!std::filesystem::is_regular_file(inPath, error))
 	{
-		RefuseAt(inPath, {}, std::filesystem::exists(inPath, error) ? "is no file" : "does not exist");
+		RefuseAt(inPath, {}, std::filesystem::exists(inPath, error) ? "is not a file" : "does not exist");
 	}
 	std::uintmax_t const size = std::filesystem::file_size(inPath, error);
 	if (error || size > kMaxFileBytes)

@@ -43,9 +43,8 @@ std::filesystem::path GetSafePath(std::filesystem::path const& inArchive, std::s
 						std::find(path.begin(), path.end(), "..") != path.end();
 	if (leaves)
 	{
-		RefuseFile(
-			inArchive, "the entry " + QuotePath(inName) +
-						   " would leave the folder that it is unpacked into; the bundle is not trusted");
+		RefuseFile(inArchive, "the entry " + QuotePath(inName) +
+								  " points outside the bundle; the bundle is unsafe and is not opened");
 	}
 	return path.lexically_normal();
 }
@@ -81,8 +80,7 @@ public:
 		}
 		if (!hasContent)
 		{
-			RefuseFile(
-				mPath, std::string("has no \"") + kContent + "\", so that it is no bundle of a timeline");
+			RefuseFile(mPath, std::string("is not a timeline bundle: it has no \"") + kContent + "\"");
 		}
 		return content;
 	}
@@ -102,7 +100,8 @@ private:
 			total += IsMedia(entry) ? std::min(entry.mBytes, kMaxUnpackedBytes) : 0;
 			if (total >= kMaxUnpackedBytes)
 			{
-				RefuseFile(mPath, "claims to hold 1 TiB of media or more, which is taken for damage");
+				RefuseFile(mPath,
+					"declares 1 TiB of media or more, so it is probably damaged; create the bundle again");
 			}
 		}
 		std::error_code error;
@@ -112,10 +111,10 @@ private:
 			constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
 			throw HostError(HostError::Kind::eOutput,
 				{mPath, {},
-					"its media take up " + std::to_string(total / kMebibyte) +
-						" MiB unpacked, and there are " + std::to_string(space.available / kMebibyte) +
-						" MiB in " + QuotePath(mFolder.parent_path()),
-					"name another folder in TMPDIR"});
+					"its media need " + std::to_string(total / kMebibyte) + " MiB when unpacked, but only " +
+						std::to_string(space.available / kMebibyte) + " MiB are free in " +
+						QuotePath(mFolder.parent_path()),
+					"free some space there, or set TMPDIR to another folder"});
 		}
 	}
 
@@ -138,7 +137,8 @@ private:
 		std::filesystem::create_directories(inTarget.parent_path(), error);
 		if (error || std::filesystem::exists(inTarget))
 		{
-			RefuseFile(mPath, "the entry " + QuotePath(inEntry.mName) + " stands in the way of another one");
+			RefuseFile(mPath, "the entry " + QuotePath(inEntry.mName) +
+								  " conflicts with another entry of the bundle; create the bundle again");
 		}
 		std::ofstream file(inTarget, std::ios::binary);
 		mArchive.Read(inEntry, [&file](char const* inBytes, std::size_t inCount)
@@ -149,7 +149,7 @@ private:
 				{mPath, {},
 					"the entry " + QuotePath(inEntry.mName) + " cannot be unpacked into " +
 						QuotePath(mFolder.parent_path()),
-					"make room there, or name another folder in TMPDIR"});
+					"free some space there, or set TMPDIR to another folder"});
 		}
 	}
 
@@ -177,7 +177,7 @@ TimelineFile::TimelineFile(std::filesystem::path const& inPath)
 		if (!std::filesystem::exists(inPath / kContent))
 		{
 			RefuseFile(
-				inPath, std::string("is a folder without \"") + kContent + "\" in it, and so no bundle");
+				inPath, std::string("is not a timeline bundle: the folder has no \"") + kContent + "\"");
 		}
 		mDocument = ReadDocumentFile(inPath / kContent);
 	}

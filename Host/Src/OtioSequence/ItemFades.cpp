@@ -38,7 +38,7 @@ bool IsFree(SequenceMaking& ioMaking, Item const& inItem, bool inHasCrossfade, s
 	if (inHasCrossfade || inFade > 0)
 	{
 		ioMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
-			"a fade stands at an end that a transition reaches; the transition counts");
+			"a fade and a transition are at the same end of the item; the fade is ignored");
 		return false;
 	}
 	return true;
@@ -76,7 +76,7 @@ void PlaceFades(SequenceMaking& ioMaking, Item const& inItem, Placement const& i
 	if (fadeIn < inEnds.mFadeIn || fadeOut < inEnds.mFadeOut)
 	{
 		ioMaking.Tell(Note::Kind::eGuess, inItem.mPlace,
-			"fades and transitions are longer than what they stand on; a fade is made shorter");
+			"fades and transitions together are longer than the item; a fade is shortened");
 	}
 	ioItem.mFadeIn = {inGrid.ToTicks(fadeIn), inEnds.mFadeInShape};
 	ioItem.mFadeOut = {inGrid.ToTicks(fadeOut), inEnds.mFadeOutShape};

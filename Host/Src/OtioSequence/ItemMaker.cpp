@@ -28,6 +28,12 @@ TimeSpan GetReach(Placement const& inPlacement, Grid const& inGrid)
 // Media that ends within a picture of its clip is usual.
 constexpr std::int64_t kUsualGapsPerSecond = 20;
 
+// "1 sample", "2 samples".
+std::string CountSamples(std::int64_t inCount)
+{
+	return std::to_string(inCount) + (inCount == 1 ? " sample" : " samples");
+}
+
 } // namespace
 
 Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const& inGrid)
@@ -49,7 +55,7 @@ std::optional<Sequence::Item> ItemMaker::Make(
 	AddMarkers(inItem, inPlacement, passing);
 	if (whySilent.empty() && GetReach(inPlacement, mScope.mGrid).Intersect(mScope.mNeeded).IsEmpty())
 	{
-		whySilent = "it is cut away by what it stands in, or has no length";
+		whySilent = "it is trimmed off by its parent track or stack, or has zero length";
 	}
 	if (whySilent.empty() && passing.mSpeed < Ratio())
 	{
@@ -65,9 +71,9 @@ void ItemMaker::TellStretch(ItemView const& inItem, Passing const& inPassing)
 	std::snprintf(speed.data(), speed.size(), "%.6g", inPassing.mSpeed.ToDouble());
 	Ratio const start = inPassing.mRange.mStart;
 	mMaking.Tell(Note::Kind::eRemark, inItem.mItem->mPlace,
-		std::string("at speed ") + speed.data() + " it is heard backwards, from " +
-			DescribeTime(start - inPassing.mSpeed * inPassing.mRange.mLength) + " back to " +
-			DescribeTime(start) + " of its " + (inItem.mClip ? "media" : "content"));
+		std::string("speed ") + speed.data() + " plays the " + (inItem.mClip ? "media" : "content") +
+			" in reverse, from " + DescribeTime(start - inPassing.mSpeed * inPassing.mRange.mLength) +
+			" back to " + DescribeTime(start));
 }
 
 void ItemMaker::AddMarkersOf(ItemView const& inItem)
@@ -151,8 +157,7 @@ void ItemMaker::AddLevels(Item const& inItem, SN::AudioChannelLayout const& inFr
 	else if (pan)
 	{
 		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
-			"no pan leads from " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) +
-				"; it is ignored");
+			"cannot pan " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) + "; the pan is ignored");
 	}
 }
 
@@ -162,8 +167,9 @@ void ItemMaker::CheckWidth(Item const& inItem, SN::AudioChannelLayout const& inF
 	if (losesChannels)
 	{
 		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
-			"of " + GetLayoutName(inFrom) + " those beyond " + GetLayoutName(mLayout) +
-				" are not heard; choose some by \"channels\" or another layout");
+			"only the first channels of " + GetLayoutName(inFrom) + " are heard in " +
+				GetLayoutName(mLayout) +
+				"; use a wider layout, or select channels with \"channels\" in the metadata.sonaro of clips");
 	}
 }
 
@@ -217,11 +223,10 @@ std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacemen
 	{
 		outStatus = ClipRow::Status::eOutside;
 		TimeSpan const wanted = inPassing.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
-		whySilent = "has sound from " + DescribeSpan(content.mSpan) + ", and the clip asks for " +
-					DescribeSpan(wanted);
+		whySilent = "covers " + DescribeSpan(content.mSpan) + ", but the clip uses " + DescribeSpan(wanted);
 		mMaking.Tell(Note::Kind::eIgnored, inClip.mPlace,
 			QuotePath(inMedia.mPath) + " " + whySilent +
-				"; it is silent; correct its source_range or the available_range of the media");
+				"; the clip is silent; correct its source_range or the available_range of the media");
 		return whySilent;
 	}
 	CheckReach(inClip, inPlacement, inPassing, content);
@@ -290,15 +295,15 @@ void ItemMaker::CheckReach(
 		bool const isUsual =
 			!inContent.mIsMedia || Ratio(lacking) * Ratio(kUsualGapsPerSecond) <= inContent.mRate;
 		mMaking.Tell(isUsual ? Note::Kind::eRemark : Note::Kind::eIgnored, inItem.mPlace,
-			"it reaches " + std::to_string(lacking) + " samples beyond its " + inContent.mName +
-				"; silence is there");
+			std::string(inContent.mIsMedia ? "the clip" : "the range") + " extends " + CountSamples(lacking) +
+				" beyond its " + inContent.mName + " and is silent there");
 	}
 	// More than the rounding of an end.
 	if (lackingHandle > std::max<std::int64_t>(lacking, 0) + 1)
 	{
 		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
-			"a transition reaches " + std::to_string(lackingHandle) + " samples beyond its " +
-				inContent.mName + "; silence is there");
+			"a transition needs " + CountSamples(lackingHandle) + " of handle more than the " +
+				inContent.mName + " has; the missing part is silent");
 	}
 }
 
@@ -312,8 +317,8 @@ std::string ItemMaker::CheckSpeed(Item const& inItem, Passing const& inPassing, 
 		return {};
 	}
 	mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
-		"more than 60 samples would pass for one, which is too fast; it is silent");
-	return "it is too fast";
+		"the speed takes more than 60 samples for each output sample; the item is silent; reduce the speed");
+	return "its speed is too high";
 }
 
 std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placement const& inPlacement,
@@ -370,9 +375,9 @@ std::string ItemMaker::CheckNest(
 	TimeSpan const content{Ratio(), mMaking.mMeasures.GetContentLength(inItem)};
 	if (!content.IsEmpty() && IsOutside(inPlacement, inPassing, content))
 	{
-		mMaking.Tell(
-			Note::Kind::eIgnored, inItem.mItem->mPlace, "its range lies beyond its content; it is silent");
-		return "its range lies beyond its content";
+		mMaking.Tell(Note::Kind::eIgnored, inItem.mItem->mPlace,
+			"the range lies outside its content; the item is silent; correct its source_range");
+		return "its range lies outside its content";
 	}
 	if (!content.IsEmpty())
 	{

@@ -163,8 +163,7 @@ Sequence::NumberParameter StackMaker::MakePanFrom(SN::AudioChannelLayout const& 
 	if (inPan && !Layouts::CanPan(inFrom, mLayout))
 	{
 		mMaking.Tell(Note::Kind::eIgnored, inPlace,
-			"no pan leads from " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) +
-				"; it is ignored");
+			"cannot pan " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) + "; the pan is ignored");
 		return {};
 	}
 	return inPan ? MakePan(*inPan, inSite) : Sequence::NumberParameter();

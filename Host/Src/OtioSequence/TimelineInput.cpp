@@ -34,8 +34,8 @@ TimelineInput::TimelineInput(
 	if (timelines > 1)
 	{
 		mNotes.push_back({Note::Kind::eGuess, GetTimeline().mPlace,
-			"the file holds " + std::to_string(timelines) + " timelines; the first one, " +
-				QuoteName(GetTimeline().mName) + ", is taken"});
+			"the file contains " + std::to_string(timelines) + " timelines; only the first one, " +
+				QuoteName(GetTimeline().mName) + ", is used"});
 	}
 	PlaceNames(GetTimeline()).Name(mNotes);
 }

@@ -126,8 +126,9 @@ private:
 	{
 		if (mOptions.mSampleRate && (*mOptions.mSampleRate < 1 || *mOptions.mSampleRate > 768000))
 		{
-			throw HostError(HostError::Kind::eRequest,
-				"a sample rate of " + std::to_string(*mOptions.mSampleRate) + " is not within 1 to 768000");
+			throw HostError(HostError::Kind::eRequest, "a sample rate of " +
+														   std::to_string(*mOptions.mSampleRate) +
+														   " Hz is out of range; use 1 to 768000");
 		}
 	}
 

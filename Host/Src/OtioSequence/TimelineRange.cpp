@@ -3,6 +3,7 @@
 #include "Otio/Time/Timecode.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/OtioSequence/ProgrammeTimecode.h"
 
@@ -15,6 +16,11 @@ namespace SonaroHost::Otio
 
 namespace
 {
+
+// The remedy for what is neither a time nor a marker.
+constexpr char const* kRangeRemedy =
+	"use seconds (12.5), minutes (1:02.5), hours (1:00:02.5), samples (48000s), timecode (01:00:10:12) "
+	"or the name of a marker";
 
 class RangeParser
 {
@@ -43,9 +49,9 @@ public:
 				}
 			}
 		}
-		Refuse("the range '" + mText + "' is " +
-			   (mReason.empty() ? "neither a marker of the timeline nor START..END nor START+DURATION"
-								: "none: " + mReason));
+		Refuse("the range '" + mText + "' is not valid: " +
+			   (mReason.empty() ? "it is not a marker; use START..END, START+DURATION or the name of a marker"
+								: mReason));
 	}
 
 	std::vector<Note> const& GetNotes() const { return mNotes; }
@@ -72,7 +78,7 @@ private:
 		Frame const frames = start ? ParseTime(inLength, Ratio()) : std::nullopt;
 		if (start && !frames)
 		{
-			Excuse("'" + inLength + "' is no time");
+			Excuse("'" + inLength + "' is not a time");
 		}
 		return frames ? std::optional(ProgrammeRange{*start, *frames}) : std::nullopt;
 	}
@@ -86,11 +92,11 @@ private:
 		{
 			mNotes.push_back({Note::Kind::eRemark, "",
 				"'" + inText + "' in the range '" + mText +
-					"' is read as a time, though a marker has that name"});
+					"' is treated as a time, although a marker has that name"});
 		}
 		else if (!time && !marker)
 		{
-			Excuse("'" + inText + "' is neither a marker nor a time");
+			Excuse("'" + inText + "' is neither a time nor a marker");
 		}
 		return time ? time : marker;
 	}
@@ -121,29 +127,28 @@ private:
 		auto const time = rate ? ParseTimecode(inText, *rate) : std::nullopt;
 		if (!rate)
 		{
-			Excuse("it has timecode, and the timeline has no rate; give seconds");
+			Excuse("timecode cannot be used because the timeline has no frame rate", "use seconds (12.5)");
 		}
 		else if (!time)
 		{
-			Excuse("there is no timecode '" + inText + "' at " + std::to_string(*rate) + " frames a second");
+			Excuse("'" + inText + "' is not a valid timecode at " + FormatNumber(*rate) + " fps");
 		}
 		else if (CanDropFrames(*rate) && inText.find_first_of(";,") == std::string::npos)
 		{
 			mNotes.push_back({Note::Kind::eRemark, "",
 				"'" + inText + "' in the range '" + mText +
-					"' is read as timecode that drops no frames; for drop-frame timecode write a semicolon "
-					"before the frames"});
+					"' is treated as non-drop-frame timecode; for drop-frame timecode, put a semicolon "
+					"before the frames (01:00:10;12)"});
 		}
 		return time ? Frame(ToSamples(*time - inZero, mSequence.mSampleRate)) : std::nullopt;
 	}
 
-	// The first reason is given, with what would be right.
-	void Excuse(std::string const& inReason)
+	// The first reason is given, with its remedy.
+	void Excuse(std::string const& inReason, std::string const& inRemedy = kRangeRemedy)
 	{
 		if (mReason.empty())
 		{
-			mReason = inReason + "; give seconds (12.5), minutes (1:02.5), samples (48000s), timecode "
-								 "(01:00:10:12) or the name of a marker";
+			mReason = inReason + "; " + inRemedy;
 		}
 	}
 
@@ -166,8 +171,9 @@ FoundRange FindMarked(MarkerRow const& inMarker, TimelineSequence const& inSeque
 	ProgrammeRange const range = FindNamedRange(inMarker, inSequence);
 	if (range.mFrames == 0)
 	{
-		Refuse("the marker \"" + inMarker.mName +
-			   "\" stands at the end of the timeline; nothing comes after it");
+		Refuse("the marker '" + inMarker.mName +
+			   "' is at the end of the timeline, so it selects nothing; choose another marker or use "
+			   "START..END");
 	}
 	return {range, {}};
 }
@@ -177,12 +183,12 @@ void CheckAsked(std::string const& inText, ProgrammeRange const& inAsked, Timeli
 	std::string const length = FormatTime(inSequence.mFrames, inSequence.mSampleRate);
 	if (inAsked.mFirstFrame < 0)
 	{
-		Refuse("the range '" + inText + "' starts before the timeline");
+		Refuse("the range '" + inText + "' starts before the timeline does; use a later start");
 	}
 	if (inAsked.mFirstFrame >= inSequence.mFrames)
 	{
-		Refuse(
-			"the range '" + inText + "' starts beyond the end of the timeline, which is " + length + " long");
+		Refuse("the range '" + inText + "' starts at or after the end of the timeline, which is " + length +
+			   " long");
 	}
 	if (inAsked.mFrames < 0)
 	{
@@ -190,7 +196,7 @@ void CheckAsked(std::string const& inText, ProgrammeRange const& inAsked, Timeli
 	}
 	if (inAsked.mFrames == 0)
 	{
-		Refuse("the range '" + inText + "' is less than a sample; there is nothing to render");
+		Refuse("the range '" + inText + "' is shorter than one sample, so it selects nothing");
 	}
 }
 
@@ -212,7 +218,7 @@ FoundRange FindRange(
 	if (found.mRange.mFrames < asked.mFrames)
 	{
 		found.mNotes.push_back({Note::Kind::eRemark, "",
-			"the range '" + inText + "' reaches beyond the end of the timeline and is cut there, at " +
+			"the range '" + inText + "' extends past the end of the timeline; shortened to end there, at " +
 				FormatTime(inSequence.mFrames, inSequence.mSampleRate)});
 	}
 	return found;

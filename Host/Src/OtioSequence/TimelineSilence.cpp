@@ -97,7 +97,7 @@ public:
 		std::string text = mChildren.Describe();
 		if (text.empty())
 		{
-			return "it holds no tracks";
+			return "it has no tracks";
 		}
 		return text + (mIsAnyMeant ? "" : ", none of kind Audio");
 	}

@@ -93,8 +93,7 @@ void TrackMaker::PlaceCrossfade(Transition const& inTransition, Slot& ioLeft, Sl
 	if (before < wantedBefore || after < wantedAfter)
 	{
 		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
-			"the transition is longer than what it stands between, or reaches into another one; it is made "
-			"shorter");
+			"the transition is longer than one of its neighbours or overlaps another transition; shortened");
 	}
 	if (before + after == 0 || ioLeft.GetLength() == 0 || ioRight.GetLength() == 0)
 	{
@@ -117,7 +116,7 @@ void TrackMaker::PlaceFadeIn(Transition const& inTransition, Slot& ioSlot)
 	if (inTransition.mInOffset.mValue > 0.0)
 	{
 		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
-			"of a transition from a gap, the part within the gap is silent");
+			"the transition has nothing to fade from; the part before the cut is silent");
 	}
 }
 
@@ -129,7 +128,7 @@ void TrackMaker::PlaceFadeOut(Transition const& inTransition, Slot& ioSlot)
 	if (inTransition.mOutOffset.mValue > 0.0)
 	{
 		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
-			"of a transition to a gap, the part within the gap is silent");
+			"the transition has nothing to fade to; the part after the cut is silent");
 	}
 }
 

@@ -130,51 +130,53 @@ TEST(OtioReader, RefusalsNameThePlace)
 	std::string const sonaro = clip + "/metadata/sonaro";
 	std::string const submixes = "/metadata/sonaro/submixes";
 	Case const cases[] = {
-		{range + "/duration/value", "-1", "is -1; it must not be negative"},
-		{range + "/duration/rate", "0", "is 0; it must be from 1e-04 to 1e+12"},
-		{range + "/start_time/rate", "-25", "is -25; it must be from 1e-04"},
-		{range + "/start_time/rate", "1e300", "is 1e+300; it must be"},
-		{range + "/start_time/value", "1e17", "is 1e+17 at a rate of 25; times must be within"},
-		{range + "/start_time/value", "null", "is missing; it must be a number"},
-		{range + "/start_time/value", R"("7")", "is a text; it must be a number"},
-		{range + "/duration", "gone", "is missing; it must be a RationalTime"},
-		{range, R"({"OTIO_SCHEMA": "RationalTime.1"})", "is of the schema 'RationalTime.1'; it must be a Ti"},
-		{clip + "/enabled", R"("no")", "is a text; it must be true or false"},
-		{clip + "/effects", "{}", "is an object; it must be a list"},
-		{clip + "/effects/0/time_scalar", "1e9", "is 1e+09; it must be from -1000 to 1000"},
-		{clip + "/effects/0", "7", "is a number; it must be an effect"},
-		{clip + "/media_references", "[]", "is a list; it must be an object of media references"},
-		{clip + "/media_references/DEFAULT_MEDIA/available_range/duration/rate", "0", "is 0; it must be"},
-		{clip + "/media_references/DEFAULT_MEDIA/target_url", "5", "is a number; it must be a text"},
-		{track + "/children/1/in_offset/value", "-3", "is -3; it must not be negative"},
-		{track + "/children/3", R"({"OTIO_SCHEMA": "Title.1"})", "is of the schema 'Title.1', which is not"},
-		{track + "/children/3", R"("Gap")", "is a text; it must be a clip, gap"},
-		{track + "/children", "0", "is a number; it must be a list"},
-		{track + "/kind", "{}", "is an object; it must be a text"},
-		{"/tracks", R"({"OTIO_SCHEMA": "Track.1"})", "is no Stack"},
-		{"/tracks", "[]", "is no Stack"},
-		{sonaro, "[]", "is a list; it must be an object"},
-		{sonaro + "/gain", "101", "is 101; it must be from"},
-		{sonaro + "/gain", R"("loud")", "is a text; it must be a number"},
-		{sonaro + "/gain", "{}", "is missing; it must be a list of at least one", "/keyframes"},
-		{sonaro + "/gain/keyframes/0/time", "null", "is missing; it must be seconds or a RationalTime"},
-		{sonaro + "/gain/keyframes/0/interpolation", R"("sharp")", "is 'sharp'; it must be"},
-		{sonaro + "/gain/keyframes/1", "3", "is missing; it must be seconds or a", "/time"},
-		{sonaro + "/pan", "1.5", "is 1.5; it must be from -1 to 1"},
-		{sonaro + "/channels", "[]", "lists 0 channels"},
-		{sonaro + "/channels/1", "0", "is 0; it must be from 1 to 64"},
-		{sonaro + "/channels/1", "1.5", "is 1.5; it must be a whole number"},
-		{sonaro + "/fade_out", R"({"duration": -1})", "is negative", "/duration"},
-		{sonaro + "/fade_out", R"({"duration": 1, "curve": "log"})", "is 'log'; it must be", "/curve"},
-		{"/metadata/sonaro/layout", R"("7.1")", "is '7.1'; it must be"},
-		{"/metadata/sonaro/layout", "2.5", "is '2.5'; it must be"},
-		{submixes + "/1/name", R"("dialogue")", "is 'dialogue'; another submix has"},
-		{submixes + "/1/output", R"("dialogue")", "leads round in a circle", "/../../0/output"},
-		{submixes + "/2/output", R"("gone")", "is 'gone'; there is no submix of that name"},
-		{track + "/metadata/sonaro/output", R"("main 2")", "is 'main 2'; the stack around"},
-		{track + "/metadata/sonaro/sends/0/to", R"("a\nb")", R"(is 'a\x0ab'; the stack around)"},
+		{range + "/duration/value", "-1", "-1 is negative; use 0 or more"},
+		{range + "/duration/rate", "0", "0 is out of range; use 1e-04 to 1e+12"},
+		{range + "/start_time/rate", "-25", "-25 is out of range; use 1e-04"},
+		{range + "/start_time/rate", "1e300", "1e+300 is out of range; use"},
+		{range + "/start_time/value", "1e17", "1e+17 at a rate of 25 is out of range; times"},
+		{range + "/start_time/value", "null", "expected a number, found nothing"},
+		{range + "/start_time/value", R"("7")", "expected a number, found a string"},
+		{range + "/duration", "gone", "expected a RationalTime, found nothing"},
+		{range, R"({"OTIO_SCHEMA": "RationalTime.1"})", "has the schema 'RationalTime.1'; expected a Ti"},
+		{clip + "/enabled", R"("no")", "expected true or false, found a string"},
+		{clip + "/effects", "{}", "expected an array, found an object"},
+		{clip + "/effects/0/time_scalar", "1e9", "1e+09 is out of range; use -1000 to 1000"},
+		{clip + "/effects/0", "7", "expected an effect, found a number"},
+		{clip + "/media_references", "[]", "expected an object of media references, found an array"},
+		{clip + "/media_references/DEFAULT_MEDIA/available_range/duration/rate", "0",
+			"0 is out of range; use"},
+		{clip + "/media_references/DEFAULT_MEDIA/target_url", "5", "expected a string, found a number"},
+		{track + "/children/1/in_offset/value", "-3", "-3 is negative; use 0 or more"},
+		{track + "/children/3", R"({"OTIO_SCHEMA": "Title.1"})",
+			"an item of unknown schema 'Title.1' has no source_range"},
+		{track + "/children/3", R"("Gap")", "expected a clip, gap"},
+		{track + "/children", "0", "expected an array, found a number"},
+		{track + "/kind", "{}", "expected a string, found an object"},
+		{"/tracks", R"({"OTIO_SCHEMA": "Track.1"})", "is not a Stack"},
+		{"/tracks", "[]", "is not a Stack"},
+		{sonaro, "[]", "expected an object, found an array"},
+		{sonaro + "/gain", "101", "101 is out of range; use at most"},
+		{sonaro + "/gain", R"("loud")", "expected a number, found a string"},
+		{sonaro + "/gain", "{}", "expected an array of at least one", "/keyframes"},
+		{sonaro + "/gain/keyframes/0/time", "null", "expected seconds or a RationalTime, found nothing"},
+		{sonaro + "/gain/keyframes/0/interpolation", R"("sharp")", "'sharp' is not valid; use"},
+		{sonaro + "/gain/keyframes/1", "3", "expected seconds or a", "/time"},
+		{sonaro + "/pan", "1.5", "1.5 is out of range; use -1 to 1"},
+		{sonaro + "/channels", "[]", "0 channels is out of range; use 1 to"},
+		{sonaro + "/channels/1", "0", "0 is out of range; use 1 to 64"},
+		{sonaro + "/channels/1", "1.5", "1.5 is not a whole number"},
+		{sonaro + "/fade_out", R"({"duration": -1})", "the duration is negative", "/duration"},
+		{sonaro + "/fade_out", R"({"duration": 1, "curve": "log"})", "'log' is not valid; use", "/curve"},
+		{"/metadata/sonaro/layout", R"("7.1")", "'7.1' is not a layout; use"},
+		{"/metadata/sonaro/layout", "2.5", "'2.5' is not a layout; use"},
+		{submixes + "/1/name", R"("dialogue")", "another submix is named 'dialogue'"},
+		{submixes + "/1/output", R"("dialogue")", "the submix outputs form a loop", "/../../0/output"},
+		{submixes + "/2/output", R"("gone")", "there is no submix 'gone'"},
+		{track + "/metadata/sonaro/output", R"("main 2")", "there is no submix 'main 2' in the stack"},
+		{track + "/metadata/sonaro/sends/0/to", R"("a\nb")", R"(there is no submix 'a\x0ab' in the stack)"},
 		{"/OTIO_SCHEMA", "gone", "has no OTIO_SCHEMA", "/.."},
-		{"/OTIO_SCHEMA", R"("Clip.2")", "is of the schema 'Clip.2'; only a Timeline", "/.."},
+		{"/OTIO_SCHEMA", R"("Clip.2")", "has the schema 'Clip.2'; expected a Timeline", "/.."},
 	};
 	for (Case const& test : cases)
 	{
@@ -192,17 +194,17 @@ TEST(OtioReader, NoJsonIsRefusedWithLineAndColumn)
 									 std::string(10000, '[') + std::string(10000, ']') + "}";
 	std::pair<std::string, std::string> const cases[] = {
 		{"", "'edit.otio': is empty"},
-		{"\x7f", "'edit.otio': is no OpenTimelineIO file"},
+		{"\x7f", "'edit.otio': is not an OpenTimelineIO file"},
 		{"{\n\t\"a\": }", "'edit.otio', line 2, column 7: syntax error"},
 		{"{} {}", "line 1, column 4: syntax error"},
 		{"{\"a\": 1e999}", "line 1, column 11: number overflow"},
 		{"{\"a\": \"\xff\"}", "line 1, column 8: syntax error"},
 		{"{\"a\": NaNny}",
 			"line 1, column 11: syntax error while parsing object - invalid literal; expected"},
-		{"{\n NaN: 1}", "line 2, column 2: a number in the place of a key"},
+		{"{\n NaN: 1}", "line 2, column 2: found a number where a key is expected"},
 		{"// none\n{}", "line 1, column 1: syntax error"},
-		{std::string(10000, '['), "line 1, column 1001: objects and lists are nested more than 1000 deep"},
-		{deepMetadata, "column 1041: objects and lists are nested"},
+		{std::string(10000, '['), "line 1, column 1001: objects and arrays are nested more than 1000 levels"},
+		{deepMetadata, "column 1041: objects and arrays are nested"},
 	};
 	for (auto const& [text, wanted] : cases)
 	{
@@ -227,15 +229,15 @@ TEST(OtioReader, NumbersOfPythonAreRefusedByName)
 		std::size_t const value = text.find("\"value\":50.0");
 		text.replace(value + 8, 4, test.mLiteral);
 		EXPECT_EQ(
-			GetRefusal(text), "'edit.otio', /tracks/children/0/children/0/source_range/duration/value: is " +
-								  std::string(test.mName) + "; it must be a finite number");
+			GetRefusal(text), "'edit.otio', /tracks/children/0/children/0/source_range/duration/value: " +
+								  std::string(test.mName) + " is not a finite number");
 	}
 	std::string label = MakeFullTimeline().dump();
 	label.replace(label.find("86400.0"), 7, "NaN");
 	Document const document = ReadText(label);
 	EXPECT_FALSE(document.mTimelines[0].mGlobalStartTime);
 	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored),
-		testing::ElementsAre("/global_start_time/value: is NaN; it must be a finite number; it is ignored"));
+		testing::ElementsAre("/global_start_time/value: NaN is not a finite number; ignored"));
 }
 
 TEST(OtioReader, SchemasOfTheWildAreUnderstood)
@@ -251,46 +253,50 @@ TEST(OtioReader, SchemasOfTheWildAreUnderstood)
 	std::string const children = "/tracks/children/0/children";
 	Case const cases[] = {
 		{"/tracks/children/0/OTIO_SCHEMA", R"("Sequence.1")", Note::Kind::eRemark,
-			"/tracks/children/0: Sequence is the old name of Track and read as such"},
+			"/tracks/children/0: Sequence is the old name of Track; treating it as such"},
 		{"/tracks/children/0/children/3/OTIO_SCHEMA", R"("Filler.1")", Note::Kind::eRemark,
-			children + "/3: Filler is the old name of Gap and read as such"},
+			children + "/3: Filler is the old name of Gap; treating it as such"},
 		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip.1")", Note::Kind::eGuess, ""},
 		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip.3")", Note::Kind::eGuess,
-			children + "/0: the schema 'Clip.3' is newer than what is known; it is read as Clip.2"},
+			children + "/0: the schema 'Clip.3' is newer than supported; treating it as Clip.2"},
 		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip")", Note::Kind::eGuess,
-			children + "/0: the schema 'Clip' has no version; it is read as Clip.2"},
+			children + "/0: the schema 'Clip' has no version; treating it as Clip.2"},
 		{"/tracks/children/0/children/0/source_range/duration/OTIO_SCHEMA", "gone", Note::Kind::eGuess,
-			children + "/0/source_range/duration: names no schema; it is read as RationalTime"},
+			children + "/0/source_range/duration: OTIO_SCHEMA is missing; assuming RationalTime"},
 		{"/tracks/children/0/children/0/source_range/start_time", "null", Note::Kind::eGuess,
-			children + "/0/source_range: has no start_time; it begins at 0"},
+			children + "/0/source_range: start_time is missing; assuming 0"},
 		{"/tracks/children/0/children/0/active_media_reference_key", R"("proxy")", Note::Kind::eGuess,
-			children + "/0/active_media_reference_key: there is no media reference 'proxy'; the only one, "
-					   "'DEFAULT_MEDIA', is taken"},
+			children +
+				"/0/active_media_reference_key: the media reference 'proxy' does not exist; the only one, "
+				"'DEFAULT_MEDIA', is used"},
 		{"/tracks/children/0/children/2/active_media_reference_key", R"("proxy")", Note::Kind::eGuess,
-			children + "/2/active_media_reference_key: there is no media reference 'proxy'; the clip counts "
-					   "as without media"},
+			children +
+				"/2/active_media_reference_key: the media reference 'proxy' does not exist; treating the "
+				"media as missing"},
 		{"/tracks/children/0/children/0/media_references/DEFAULT_MEDIA/OTIO_SCHEMA", R"("Cloud.1")",
-			Note::Kind::eIgnored, "which is not known; it counts as missing"},
+			Note::Kind::eIgnored,
+			"the media reference has the unknown schema 'Cloud.1'; treating the media as missing"},
 		{"/tracks/children/0/children/3/OTIO_SCHEMA", R"("UnknownSchema.1")", Note::Kind::eIgnored,
-			children + "/3: is of the schema 'UnknownSchema.1', which is not known here; it is silent"},
+			children + "/3: an item of unknown schema 'UnknownSchema.1' is not rendered"},
 		{"/tracks/children/0/children/0/effects/0/OTIO_SCHEMA", R"("TimeEffect.1")", Note::Kind::eIgnored,
-			"the effect 'LinearTimeWarp' of the schema 'TimeEffect.1' is not rendered"},
+			"the effect 'LinearTimeWarp' (schema 'TimeEffect.1') is not rendered"},
 		{"/tracks/children/0/children/0/effects/0/time_scalar", "0", Note::Kind::eRemark,
-			children + "/0/effects/0/time_scalar: is 0, which is a freeze frame"},
+			children + "/0/effects/0/time_scalar: time_scalar is 0; the item is a freeze frame"},
 		{"/tracks/children/0/children/0/reel", "3", Note::Kind::eIgnored,
-			children + "/0/reel: the key is not known here; it is ignored"},
+			children + "/0/reel: unknown key; ignored"},
 		{"/tracks/children/0/kind", R"("Subtitle")", Note::Kind::eIgnored,
-			"/tracks/children/0/kind: is 'Subtitle'; only tracks of kind Audio are heard"},
+			"/tracks/children/0/kind: the track is of kind 'Subtitle'; only tracks of kind Audio are heard"},
 		{"/tracks/children/0/metadata/sonaro/curve", R"("linear")", Note::Kind::eIgnored,
-			"/tracks/children/0/metadata/sonaro/curve: the key has no meaning on such an object"},
-		{"/tracks/children/0/metadata/sonaro/a~0b", "1", Note::Kind::eIgnored, "sonaro/a~0b: the key is not"},
+			"/tracks/children/0/metadata/sonaro/curve: this key of metadata.sonaro does not apply"},
+		{"/tracks/children/0/metadata/sonaro/a~0b", "1", Note::Kind::eIgnored,
+			"sonaro/a~0b: unknown key in metadata.sonaro"},
 		{"/tracks/children/0/children/0", R"({"OTIO_SCHEMA": "Transition.1", "in_offset": null, "out_offset":
 			{"OTIO_SCHEMA": "RationalTime.1", "value": 1, "rate": 1}})",
-			Note::Kind::eIgnored, children + "/1: a transition stands right behind another transition"},
+			Note::Kind::eIgnored, children + "/1: two transitions in a row; the second is ignored"},
 		{"/tracks/markers/0/marked_range", "7", Note::Kind::eIgnored,
-			"/tracks/markers/0/marked_range: is a number; it must be a TimeRange; it is ignored"},
+			"/tracks/markers/0/marked_range: expected a TimeRange, found a number; ignored"},
 		{"/tracks/metadata/sonaro/layout", R"("mono")", Note::Kind::eGuess,
-			R"(: the timeline and its stack both have sonaro's "layout"; the timeline's counts)"},
+			R"(: the timeline and its stack both set "layout" in metadata.sonaro; the timeline's is used)"},
 	};
 	for (Case const& test : cases)
 	{
@@ -323,8 +329,8 @@ TEST(OtioReader, OfKeysGivenTwiceTheLastCounts)
 		EXPECT_EQ(GetChild(document, 0).mName, "kept");
 		EXPECT_EQ(static_cast<Clip const&>(GetChild(document, 0)).FindActiveMedia()->mName, "x");
 		EXPECT_THAT(GetNotes(document, Note::Kind::eGuess),
-			testing::Contains("/tracks/children/0/children/0/name: the key is given more than once; the last "
-							  "one counts"));
+			testing::Contains("/tracks/children/0/children/0/name: the key appears more than once; the last "
+							  "value is used"));
 	}
 }
 
@@ -358,7 +364,7 @@ TEST(OtioReader, OpenLengthsUnderTimeWarpsAreOneGuessOfTheFile)
 	}
 	EXPECT_THAT(GetNotes(Read(MakeTimeline(children)), Note::Kind::eGuess),
 		testing::ElementsAre(testing::AllOf(HasSubstr("/tracks/children/0/children/3: "),
-			HasSubstr("source_range"), HasSubstr("(30 items of the file)"))));
+			HasSubstr("source_range"), HasSubstr("(30 items in the file)"))));
 }
 
 TEST(OtioReader, ColorsOfMarkersAreNamesOrCodes)
@@ -393,14 +399,15 @@ TEST(OtioReader, CollectionsAndBareCompositionsGiveTimelines)
 	ASSERT_THAT(document.mTimelines, SizeIs(2));
 	EXPECT_EQ(document.mTimelines[1].mPlace, "/children/1/children/0");
 	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored),
-		testing::ElementsAre("/children/2: is no Timeline; of a collection only timelines are read"));
+		testing::ElementsAre("/children/2: is not a Timeline; only the timelines of a collection are read"));
 
 	json track = timeline["tracks"]["children"][0];
-	EXPECT_THAT(GetRefusal(track.dump()), HasSubstr(", /metadata/sonaro/output: is 'dialogue'"));
+	EXPECT_THAT(
+		GetRefusal(track.dump()), HasSubstr(", /metadata/sonaro/output: there is no submix 'dialogue'"));
 	track.erase("metadata");
 	EXPECT_THAT(GetChild(Read(track), 0).mName, "one");
 	EXPECT_THAT(GetRefusal(R"({"OTIO_SCHEMA": "SerializableCollection.1", "children": []})"),
-		HasSubstr("'edit.otio': the collection has no Timeline"));
+		HasSubstr("'edit.otio': the collection contains no Timeline"));
 }
 
 TEST(OtioReader, CompositionsNestAsDeepAsPromisedAndNoDeeper)
@@ -424,9 +431,9 @@ TEST(OtioReader, CompositionsNestAsDeepAsPromisedAndNoDeeper)
 	EXPECT_THAT(copy.mTimelines[0].mTracks.mChildren, SizeIs(1));
 	std::string const refusal = GetRefusal(nest(kMaxCompositionDepth + 1));
 	EXPECT_THAT(refusal, testing::StartsWith("'edit.otio', /tracks/children/0/children/0"));
-	EXPECT_THAT(refusal, HasSubstr("nested more than 256 deep; flatten the timeline"));
+	EXPECT_THAT(refusal, HasSubstr("nested more than 256 levels deep; flatten the timeline"));
 	EXPECT_LT(refusal.size(), 600U);
-	EXPECT_THAT(GetRefusal(nest(10000)), HasSubstr("nested more than 1000 deep"));
+	EXPECT_THAT(GetRefusal(nest(10000)), HasSubstr("nested more than 1000 levels deep"));
 }
 
 TEST(OtioReader, AHundredThousandClipsKeepTheirPlacesAndNotesStayFew)
@@ -444,7 +451,7 @@ TEST(OtioReader, AHundredThousandClipsKeepTheirPlacesAndNotesStayFew)
 	Document const document = ReadText(text);
 	EXPECT_EQ(GetChild(document, kClips - 1).mPlace, "/tracks/children/0/children/99999");
 	EXPECT_THAT(document.mNotes, SizeIs(21));
-	EXPECT_THAT(document.mNotes.back().mText, HasSubstr("at 99980 more places: the key is not known here"));
+	EXPECT_THAT(document.mNotes.back().mText, HasSubstr("at 99980 more places: unknown key"));
 }
 
 // Bytes that are changed, doubled, cut out, cut off or replaced by what readers stumble over.

@@ -204,18 +204,18 @@ TEST_F(OtioFiles, OfMoviesTheSoundBesideThemOrInMediaFoldersIsTaken)
 		std::string mFile;
 		std::string mNote;
 	};
-	std::string const isMovie = "is a movie, and the sound of movies is not read";
+	std::string const isMovie = "is a movie, and movie audio is not supported";
 	Case const cases[] = {
 		{"alone.mov", "", isMovie},
 		{"content", "", isMovie},
 		{"broken.mp4", "", isMovie},
-		{"missing.mov", "", "does not exist, and the sound of movies is not read"},
-		{"missing.wav", "", "does not exist; it is silent"},
+		{"missing.mov", "", "does not exist, and movie audio is not supported"},
+		{"missing.wav", "", "does not exist; the clip is silent"},
 		{"song.m4a", "", "cannot be read as sound: "},
 		{"noise.wav", "", "cannot be read as sound: "},
-		{"beside.MKV", "beside.wav", "is taken in its place"},
-		{"file:///C:/Cut/film.mxf", "extra/film.WAV", "is taken in its place"},
-		{"s3://bucket/gone.mov", "extra/gone.wav", "is taken in its place"},
+		{"beside.MKV", "beside.wav", "is used instead"},
+		{"file:///C:/Cut/film.mxf", "extra/film.WAV", "is used instead"},
+		{"s3://bucket/gone.mov", "extra/gone.wav", "is used instead"},
 		// What can be read is no movie, whatever its name.
 		{"honest.mov", "honest.mov", ""},
 	};
@@ -298,12 +298,12 @@ TEST_F(OtioFiles, BundlesThatAreNotToBeTrustedAreRefused)
 {
 	std::string const content = ReadBytes(kConformance / "cases/source-range.otio");
 	std::pair<Entries, char const*> const cases[] = {
-		{{{"content.otio", content}, {"../escaped.wav", "x"}}, "would leave the folder"},
-		{{{"content.otio", content}, {"media/../../escaped.wav", "x"}}, "would leave the folder"},
-		{{{"content.otio", content}, {"/escaped.wav", "x"}}, "would leave the folder"},
-		{{{"content.otio", content}, {"media/..\\..\\escaped.wav", "x"}}, "would leave the folder"},
-		{{{"content.otio", content}, {"media/a", "x"}, {"media/a/b", "x"}}, "in the way of another"},
-		{{{"content.otio", content}, {"media/a", "x"}, {"media/./a", "x"}}, "in the way of another"},
+		{{{"content.otio", content}, {"../escaped.wav", "x"}}, "points outside the bundle"},
+		{{{"content.otio", content}, {"media/../../escaped.wav", "x"}}, "points outside the bundle"},
+		{{{"content.otio", content}, {"/escaped.wav", "x"}}, "points outside the bundle"},
+		{{{"content.otio", content}, {"media/..\\..\\escaped.wav", "x"}}, "points outside the bundle"},
+		{{{"content.otio", content}, {"media/a", "x"}, {"media/a/b", "x"}}, "conflicts with another"},
+		{{{"content.otio", content}, {"media/a", "x"}, {"media/./a", "x"}}, "conflicts with another"},
 		{{{"media/a.wav", "x"}}, "has no \"content.otio\""},
 		{{{"content.otio", "{"}}, "line 1"},
 	};

@@ -103,8 +103,7 @@ void Cursor::Refuse(std::string const& inWhy) const
 
 void Cursor::RefuseType(std::string const& inWanted) const
 {
-	Refuse("is " + std::string(IsNothing() ? "missing" : GetTypeName(mValue->GetType())) + "; it must be " +
-		   inWanted);
+	Refuse("expected " + inWanted + ", found " + (IsNothing() ? "nothing" : GetTypeName(mValue->GetType())));
 }
 
 void Cursor::Tell(Note::Kind inKind, std::string inText) const

@@ -24,11 +24,11 @@ void CheckObject(Cursor const& inValue, SchemaKind inKind, char const* inName)
 	SchemaKind const kind = ReadSchema(inValue);
 	if (kind == SchemaKind::eNone)
 	{
-		inValue.Tell(Note::Kind::eGuess, std::string("names no schema; it is read as ") + inName);
+		inValue.Tell(Note::Kind::eGuess, std::string("OTIO_SCHEMA is missing; assuming ") + inName);
 	}
 	else if (kind != inKind)
 	{
-		inValue.Refuse("is of the schema " + Quote(GetSchemaLabel(inValue)) + "; it must be a " + inName);
+		inValue.Refuse("has the schema " + Quote(GetSchemaLabel(inValue)) + "; expected a " + inName);
 	}
 }
 
@@ -68,12 +68,12 @@ void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_v
 		}
 		if (!isIn(inKnown, member.mKey) && !isIn(inShared, member.mKey))
 		{
-			Cursor(inObject, member).Tell(Note::Kind::eIgnored, "the key is not known here; it is ignored");
+			Cursor(inObject, member).Tell(Note::Kind::eIgnored, "unknown key; ignored");
 		}
 		else if (repeated.Has(member))
 		{
 			Cursor(inObject, member)
-				.Tell(Note::Kind::eGuess, "the key is given more than once; the last one counts");
+				.Tell(Note::Kind::eGuess, "the key appears more than once; the last value is used");
 		}
 	}
 }
@@ -84,8 +84,9 @@ std::string ReadLabel(Cursor const& inValue)
 	{
 		return inValue.IsNothing() ? std::string() : std::string(inValue.Get().GetString());
 	}
-	inValue.Tell(Note::Kind::eRemark,
-		"is " + std::string(GetTypeName(inValue.Get().GetType())) + " and not a text; it is left empty");
+	inValue.Tell(Note::Kind::eRemark, "expected a string, found " +
+										  std::string(GetTypeName(inValue.Get().GetType())) +
+										  "; treating it as empty");
 	return {};
 }
 
@@ -93,7 +94,7 @@ std::string ReadText(Cursor const& inValue)
 {
 	if (!inValue.Is(JsonValue::Type::eString))
 	{
-		inValue.RefuseType("a text");
+		inValue.RefuseType("a string");
 	}
 	return std::string(inValue.Get().GetString());
 }
@@ -107,12 +108,13 @@ double ReadNumber(Cursor const& inValue, double inSmallest, double inLargest)
 	double const number = inValue.Get().GetNumber();
 	if (!std::isfinite(number))
 	{
-		inValue.Refuse("is " + Write(number) + "; it must be a finite number");
+		inValue.Refuse(Write(number) + " is not a finite number");
 	}
 	if (number < inSmallest || number > inLargest)
 	{
-		inValue.Refuse(
-			"is " + Write(number) + "; it must be from " + Write(inSmallest) + " to " + Write(inLargest));
+		bool const isOpen = inSmallest == std::numeric_limits<double>::lowest();
+		inValue.Refuse(Write(number) + " is out of range; use " +
+					   (isOpen ? "at most " : Write(inSmallest) + " to ") + Write(inLargest));
 	}
 	return number;
 }
@@ -135,8 +137,8 @@ bool ReadEnabled(Cursor const& inValue)
 	if (inValue.Is(JsonValue::Type::eNumber))
 	{
 		bool const isEnabled = inValue.Get().GetNumber() != 0.0;
-		inValue.Tell(
-			Note::Kind::eGuess, std::string("is a number; it counts as ") + (isEnabled ? "true" : "false"));
+		inValue.Tell(Note::Kind::eGuess,
+			std::string("\"enabled\" is a number; treating it as ") + (isEnabled ? "true" : "false"));
 		return isEnabled;
 	}
 	return ReadBool(inValue);
@@ -153,8 +155,8 @@ RationalTime ReadTime(Cursor const& inValue)
 	time.mValue = ReadNumber(value, -kAny, kAny);
 	if (std::abs(time.mValue) > kMaxSeconds * time.mRate)
 	{
-		value.Refuse("is " + Write(time.mValue) + " at a rate of " + Write(time.mRate) +
-					 "; times must be within " + Write(kMaxSeconds) + " seconds");
+		value.Refuse(Write(time.mValue) + " at a rate of " + Write(time.mRate) +
+					 " is out of range; times are limited to " + Write(kMaxSeconds) + " seconds");
 	}
 	return time;
 }
@@ -164,7 +166,7 @@ RationalTime ReadDuration(Cursor const& inValue)
 	RationalTime const duration = ReadTime(inValue);
 	if (duration.mValue < 0.0)
 	{
-		Cursor(inValue, "value").Refuse("is " + Write(duration.mValue) + "; it must not be negative");
+		Cursor(inValue, "value").Refuse(Write(duration.mValue) + " is negative; use 0 or more");
 	}
 	return duration;
 }
@@ -178,7 +180,7 @@ TimeRange ReadRange(Cursor const& inValue)
 	Cursor const start(inValue, "start_time");
 	if (start.IsNothing())
 	{
-		inValue.Tell(Note::Kind::eGuess, "has no start_time; it begins at 0");
+		inValue.Tell(Note::Kind::eGuess, "start_time is missing; assuming 0");
 		range.mStartTime.mRate = range.mDuration.mRate;
 		return range;
 	}
@@ -191,7 +193,7 @@ std::string ReadMetadata(Cursor const& inObject)
 	Cursor const metadata(inObject, "metadata");
 	if (!metadata.IsNothing() && !metadata.IsObject())
 	{
-		metadata.Tell(Note::Kind::eIgnored, "is no object; it is ignored");
+		metadata.Tell(Note::Kind::eIgnored, "metadata is not an object; ignored");
 		return {};
 	}
 	return DumpJson(metadata.Get(), "sonaro");

@@ -65,7 +65,7 @@ auto ReadIfUsable(Cursor const& inValue, Reader const& inRead) -> std::optional<
 	}
 	catch (Refusal const& refusal)
 	{
-		inValue.GetFindings().Tell(Note::Kind::eIgnored, refusal.what() + std::string("; it is ignored"),
+		inValue.GetFindings().Tell(Note::Kind::eIgnored, refusal.what() + std::string("; ignored"),
 			[&refusal] { return refusal.GetPlace(); });
 		return std::nullopt;
 	}
@@ -88,7 +88,7 @@ void ForEach(Cursor const& inList, Reader const& inRead)
 	}
 	if (!inList.Is(JsonValue::Type::eArray))
 	{
-		inList.RefuseType("a list");
+		inList.RefuseType("an array");
 	}
 	for (std::size_t i = 0; i < inList.Get().GetElements().size(); ++i)
 	{

@@ -39,7 +39,7 @@ std::vector<Note> Findings::TakeNotes()
 	{
 		std::size_t const count = mNotes[index].mCount;
 		mNotes[index].mText +=
-			" (" + std::to_string(count) + (count == 1 ? " item" : " items") + " of the file)";
+			" (" + std::to_string(count) + (count == 1 ? " item" : " items") + " in the file)";
 	}
 	std::vector<Note> rest;
 	for (auto const& [key, tally] : mTallies)
@@ -47,8 +47,10 @@ std::vector<Note> Findings::TakeNotes()
 		if (tally.mCount > kListedOfOneText)
 		{
 			std::size_t const more = tally.mCount - kListedOfOneText;
-			rest.push_back(
-				{tally.mKind, {}, "at " + std::to_string(more) + " more places: " + key.substr(1), more});
+			rest.push_back({tally.mKind, {},
+				"at " + std::to_string(more) + (more == 1 ? " more place: " : " more places: ") +
+					key.substr(1),
+				more});
 		}
 	}
 	std::sort(
@@ -59,7 +61,10 @@ std::vector<Note> Findings::TakeNotes()
 	{
 		if (std::size_t const count = mUncounted[static_cast<std::size_t>(kind)])
 		{
-			mNotes.push_back({kind, {}, std::to_string(count) + " further notes are not listed", count});
+			mNotes.push_back({kind, {},
+				std::to_string(count) + (count == 1 ? " further note is" : " further notes are") +
+					" not listed",
+				count});
 		}
 	}
 	return std::move(mNotes);

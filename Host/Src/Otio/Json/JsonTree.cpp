@@ -52,7 +52,7 @@ JsonTree::JsonTree(std::string_view inText, std::size_t inMaxDepth)
 	if (builder.IsTooDeep())
 	{
 		throw JsonError(FindTooDeep(text, inMaxDepth),
-			"objects and lists are nested more than " + std::to_string(inMaxDepth) + " deep");
+			"objects and arrays are nested more than " + std::to_string(inMaxDepth) + " levels deep");
 	}
 	throw JsonError(builder.GetErrorOffset(), builder.GetError());
 }

@@ -21,7 +21,7 @@ bool JsonTreeBuilder::key(std::string& inKey)
 	if (JsonLiteral const* const literal = TakeString())
 	{
 		mErrorOffset = literal->mOffset;
-		mError = "a number in the place of a key";
+		mError = "found a number where a key is expected";
 		return false;
 	}
 	// The same few keys come again and again.

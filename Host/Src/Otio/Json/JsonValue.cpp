@@ -115,7 +115,7 @@ JsonValue const* JsonValue::Find(std::string_view inKey) const
 
 char const* GetTypeName(JsonValue::Type inType)
 {
-	constexpr char const* kNames[] = {"null", "true or false", "a number", "a text", "a list", "an object"};
+	constexpr char const* kNames[] = {"null", "a boolean", "a number", "a string", "an array", "an object"};
 	return kNames[static_cast<std::size_t>(inType)];
 }
 

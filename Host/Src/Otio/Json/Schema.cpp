@@ -88,17 +88,17 @@ SchemaKind ReadSchema(Cursor const& inObject)
 	if (version < 1)
 	{
 		inObject.Tell(
-			Note::Kind::eGuess, "the schema " + Quote(label) + " has no version; it is read as " + newest);
+			Note::Kind::eGuess, "the schema " + Quote(label) + " has no version; treating it as " + newest);
 	}
 	else if (version > schema->mNewestVersion)
 	{
 		inObject.Tell(Note::Kind::eGuess,
-			"the schema " + Quote(label) + " is newer than what is known; it is read as " + newest);
+			"the schema " + Quote(label) + " is newer than supported; treating it as " + newest);
 	}
 	else if (!schema->mPresentName.empty())
 	{
 		inObject.Tell(Note::Kind::eRemark, std::string(schema->mName) + " is the old name of " +
-											   std::string(schema->mPresentName) + " and read as such");
+											   std::string(schema->mPresentName) + "; treating it as such");
 	}
 	return schema->mKind;
 }

@@ -139,8 +139,7 @@ private:
 			mFirstChannels = channels;
 			return;
 		}
-		inValue.Tell(
-			Note::Kind::eLevelNotRead, DescribeUnread(inName.mTarget, "is in a form that is not known"));
+		inValue.Tell(Note::Kind::eLevelNotRead, DescribeUnread(inName.mTarget, "is in an unknown form"));
 	}
 
 	LevelTaker* mTaker;

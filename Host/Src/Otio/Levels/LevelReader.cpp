@@ -36,8 +36,8 @@ std::optional<Curve> LevelReader::ReadCurve(Cursor const& inLevel)
 	Outcome const outcome = Read(inLevel);
 	if (outcome == Outcome::eNotRead)
 	{
-		TellNotRead(inLevel, mLacksRate ? "has keyframes in frames, and nothing says at which rate"
-										: "is in a form that is not known");
+		TellNotRead(
+			inLevel, mLacksRate ? "has keyframes in frames of an unknown rate" : "is in an unknown form");
 	}
 	if (outcome != Outcome::eRead)
 	{
@@ -45,7 +45,7 @@ std::optional<Curve> LevelReader::ReadCurve(Cursor const& inLevel)
 	}
 	if (!ApplyUnit(inLevel, mName, mShape, mAreFractions, mCurve))
 	{
-		TellNotRead(inLevel, "is in a unit that is not clear, or beyond what that has");
+		TellNotRead(inLevel, "has an unclear unit or is out of range");
 		return std::nullopt;
 	}
 	if (!mCurve.IsConstant())
@@ -70,8 +70,7 @@ std::optional<Fade> LevelReader::ReadFade(Cursor const& inLevel)
 			: std::nullopt;
 	if (!duration || duration->mValue < 0.0)
 	{
-		TellNotRead(inLevel,
-			mLacksRate ? "is in frames, and nothing says at which rate" : "is in a form that is not known");
+		TellNotRead(inLevel, mLacksRate ? "is in frames of an unknown rate" : "is in an unknown form");
 		return std::nullopt;
 	}
 	return Fade{*duration, {}};
@@ -205,14 +204,15 @@ std::optional<RationalTime> LevelReader::ReadKeyframeTime(Cursor const& inTime, 
 	}
 	if (inIsSeconds)
 	{
-		inTime.Tell(Note::Kind::eGuess, "the time is taken as seconds from the item's start");
+		inTime.Tell(
+			Note::Kind::eGuess, "the time of a keyframe is taken as seconds from the start of the item");
 		return RationalTime{number->GetValue(), 1.0};
 	}
 	auto const time = MakeFrameTime(number->GetValue());
 	if (time)
 	{
-		inTime.Tell(Note::Kind::eGuess,
-			"the time is taken as frames of the item's source_range, from the item's start");
+		inTime.Tell(Note::Kind::eGuess, "the time of a keyframe is taken as frames from the start of the "
+										"item, at the rate of its source_range");
 	}
 	return time;
 }
@@ -248,11 +248,12 @@ void LevelReader::CountFromItem(Cursor const& inLevel)
 	if (std::none_of(keyframes.begin(), keyframes.end(), isMediaTime) &&
 		std::all_of(keyframes.begin(), keyframes.end(), isItemTime))
 	{
-		inLevel.Tell(Note::Kind::eGuess, "positions of keyframes are taken from the item's start");
+		inLevel.Tell(
+			Note::Kind::eGuess, "keyframe positions are taken as counted from the start of the item");
 		return;
 	}
-	inLevel.Tell(Note::Kind::eGuess,
-		"positions of keyframes are taken as times of the media, as source_range has them");
+	inLevel.Tell(
+		Note::Kind::eGuess, "keyframe positions are taken as times of the media, like those of source_range");
 	for (Curve::Keyframe& keyframe : keyframes)
 	{
 		bool const isOfOneRate = keyframe.mTime.mRate == mRange->mStartTime.mRate;

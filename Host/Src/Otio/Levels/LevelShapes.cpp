@@ -258,10 +258,10 @@ std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy)
 		case LevelTarget::eChannels:
 			break;
 		}
-		return {"choice of channels", "channels"};
+		return {"channel selection", "channels"};
 	}();
-	return std::string("the ") + words.mName + " of another program " + std::string(inWhy) +
-		   "; say it as \"" + words.mSetting + "\" in metadata.sonaro, which goes before";
+	return std::string("another program's ") + words.mName + " " + std::string(inWhy) +
+		   "; to set it, use \"" + words.mSetting + "\" in metadata.sonaro, which takes precedence";
 }
 
 } // namespace SonaroHost::Otio

@@ -36,7 +36,7 @@ void LevelTaker::Take(LevelName const& inName, LevelShape const* inShape, Cursor
 	{
 		if (!IsAtRest(inLevel.Get(), inShape))
 		{
-			TellNotRead(inLevel, inName, "is in a form that is not known");
+			TellNotRead(inLevel, inName, "is in an unknown form");
 		}
 		return;
 	}
@@ -56,7 +56,7 @@ void LevelTaker::Put(
 {
 	if (ioLevel)
 	{
-		TellNotRead(inLevel, inName, "is one more of the same, of which the first one counts");
+		TellNotRead(inLevel, inName, "is a duplicate; only the first is used");
 		return;
 	}
 	ioLevel = inRead();

@@ -66,7 +66,8 @@ bool ApplyToGain(Cursor const& inLevel, bool inIsDecibels, LevelUnit inUnit, Cur
 	if (inIsDecibels || (smallest < 0.0 && inUnit == LevelUnit::eUnclear))
 	{
 		return largest <= kMaxGainDecibels &&
-			   (inIsDecibels || Guess(inLevel, "a gain with a negative value is taken as decibels"));
+			   (inIsDecibels ||
+				   Guess(inLevel, "a gain without a unit, with a negative value, is taken as decibels"));
 	}
 	ioCurve.mScale = AutomationScale::eLinear;
 	if (inUnit == LevelUnit::eLinear)
@@ -74,7 +75,7 @@ bool ApplyToGain(Cursor const& inLevel, bool inIsDecibels, LevelUnit inUnit, Cur
 		return smallest >= 0.0 && largest <= std::pow(10.0, kMaxGainDecibels / 20.0);
 	}
 	return largest > 0.0 && largest <= kMaxLinear &&
-		   Guess(inLevel, "a gain from 0 to 4 is taken as a linear factor");
+		   Guess(inLevel, "a gain without a unit, from 0 to 4, is taken as a linear factor (1 is 0 dB)");
 }
 
 bool ApplyToPan(Cursor const& inLevel, bool inAreFractions, LevelUnit inUnit, Curve& ioCurve)
@@ -92,7 +93,7 @@ bool ApplyToPan(Cursor const& inLevel, bool inAreFractions, LevelUnit inUnit, Cu
 		return smallest >= 0.0 && largest <= 1.0;
 	}
 	return smallest >= -1.0 && largest <= 1.0 && (smallest < 0.0 || largest == 0.0) &&
-		   Guess(inLevel, "a pan of another program is taken as -1 (left) to 1 (right)");
+		   Guess(inLevel, "a pan without a unit is taken as -1 (left) to 1 (right)");
 }
 
 // True is 0, as a factor.

@@ -59,7 +59,7 @@ Interpolation ReadInterpolation(Cursor const& inValue)
 	}
 	if (name != "linear")
 	{
-		inValue.Refuse("is " + Quote(name) + R"(; it must be "hold", "linear" or "smooth")");
+		inValue.Refuse(Quote(name) + R"( is not valid; use "hold", "linear" or "smooth")");
 	}
 	return Interpolation::eLinear;
 }
@@ -85,7 +85,7 @@ Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadV
 		});
 	if (curve.mKeyframes.empty())
 	{
-		keyframes.RefuseType("a list of at least one keyframe");
+		keyframes.RefuseType("an array of at least one keyframe");
 	}
 	SortKeyframes(curve, keyframes);
 	return curve;
@@ -114,7 +114,7 @@ FadeShape ReadShape(Cursor const& inValue)
 	}
 	if (name != "linear")
 	{
-		inValue.Refuse("is " + Quote(name) + R"(; it must be "linear", "equal-power" or "s-curve")");
+		inValue.Refuse(Quote(name) + R"( is not valid; use "linear", "equal-power" or "s-curve")");
 	}
 	return FadeShape::eLinear;
 }
@@ -129,14 +129,14 @@ void RequireObject(Cursor const& inValue, char const* inWanted)
 
 Fade ReadFade(Cursor const& inValue)
 {
-	RequireObject(inValue, "an object with a duration");
+	RequireObject(inValue, "an object with \"duration\"");
 	TellUnknownKeys(inValue, {"duration", "curve"});
 	Cursor const duration(inValue, "duration");
 	Fade fade;
 	fade.mDuration = ReadSecondsOrTime(duration);
 	if (fade.mDuration.mValue < 0.0)
 	{
-		duration.Refuse("is negative; it must be 0 or more");
+		duration.Refuse("the duration is negative; use 0 or more");
 	}
 	fade.mShape = ReadIfThere(Cursor(inValue, "curve"), ReadShape);
 	return fade;
@@ -151,13 +151,13 @@ std::vector<unsigned> ReadChannels(Cursor const& inValue)
 			double const number = ReadNumber(inChannel, 1.0, kMaxChannels);
 			if (number != std::floor(number))
 			{
-				inChannel.Refuse("is " + Write(number) + "; it must be a whole number");
+				inChannel.Refuse(Write(number) + " is not a whole number");
 			}
 			channels.push_back(static_cast<unsigned>(number));
 		});
 	if (!inValue.IsNothing() && (channels.empty() || channels.size() > kMaxChannels))
 	{
-		inValue.Refuse("lists " + std::to_string(channels.size()) + " channels; it must list 1 to " +
+		inValue.Refuse(std::to_string(channels.size()) + " channels is out of range; use 1 to " +
 					   std::to_string(kMaxChannels));
 	}
 	return channels;
@@ -170,8 +170,9 @@ std::string ReadLayout(Cursor const& inValue)
 								   : ReadText(inValue);
 	if (!ParseLayout(layout))
 	{
-		inValue.Refuse("is " + Quote(layout) + R"(; it must be "mono", "stereo", "5.1" or a count of )" +
-					   "channels from 1 to " + std::to_string(kMaxChannels));
+		inValue.Refuse(Quote(layout) +
+					   R"( is not a layout; use "mono", "stereo", "5.1" or a number of channels from 1 to )" +
+					   std::to_string(kMaxChannels));
 	}
 	return layout;
 }
@@ -181,14 +182,14 @@ std::string ReadName(Cursor const& inValue)
 	std::string name = ReadText(inValue);
 	if (name.empty())
 	{
-		inValue.Refuse("is empty; it must be a name");
+		inValue.Refuse("the name is empty; use a name of at least one character");
 	}
 	return name;
 }
 
 Send ReadSend(Cursor const& inValue)
 {
-	RequireObject(inValue, "an object that tells where to send");
+	RequireObject(inValue, "an object with \"to\", the submix to send to");
 	TellUnknownKeys(inValue, {"to", "gain", "pre_fader"});
 	Send send;
 	send.mTo = ReadName(Cursor(inValue, "to"));
@@ -203,7 +204,7 @@ Send ReadSend(Cursor const& inValue)
 
 Submix ReadSubmix(Cursor const& inValue)
 {
-	RequireObject(inValue, "an object with a name");
+	RequireObject(inValue, "an object with \"name\"");
 	TellUnknownKeys(inValue, {"name", "gain", "pan", "mute", "output"});
 	Submix submix;
 	submix.mName = ReadName(Cursor(inValue, "name"));
@@ -227,7 +228,9 @@ void CheckOutputs(Cursor const& inList, std::vector<Submix> const& inSubmixes, S
 		if (output && found == inIndices.end())
 		{
 			Cursor const submix(inList, i);
-			Cursor(submix, "output").Refuse("is " + Quote(*output) + "; there is no submix of that name");
+			Cursor(submix, "output")
+				.Refuse("there is no submix " + Quote(*output) +
+						"; use the name of another submix of this list, or null");
 		}
 		outputs.push_back(found == inIndices.end() ? kSum : found->second);
 	}
@@ -240,8 +243,7 @@ void CheckOutputs(Cursor const& inList, std::vector<Submix> const& inSubmixes, S
 			{
 				Cursor const submix(inList, i);
 				Cursor(submix, "output")
-					.Refuse(
-						"leads round in a circle; one submix of it must go to the stack's own sum (null)");
+					.Refuse("the submix outputs form a loop; set \"output\" of one of them to null");
 			}
 		}
 	}
@@ -256,13 +258,14 @@ std::vector<Submix> ReadSubmixes(Cursor const& inList)
 		{
 			if (submixes.size() == kMaxSubmixes)
 			{
-				inValue.Refuse("is one submix too many; there may be " + std::to_string(kMaxSubmixes));
+				inValue.Refuse("too many submixes; use at most " + std::to_string(kMaxSubmixes));
 			}
 			submixes.push_back(ReadSubmix(inValue));
 			if (!indices.emplace(submixes.back().mName, submixes.size() - 1).second)
 			{
 				Cursor(inValue, "name")
-					.Refuse("is " + Quote(submixes.back().mName) + "; another submix has that name already");
+					.Refuse("another submix is named " + Quote(submixes.back().mName) +
+							" already; use another name");
 			}
 		});
 	CheckOutputs(inList, submixes, indices);
@@ -338,8 +341,8 @@ void Choose(T& ioChosen, T const& inOther, char const* inKey, Cursor const& inPl
 	};
 	if (isThere(ioChosen) && isThere(inOther))
 	{
-		inPlace.Tell(Note::Kind::eGuess, std::string("the timeline and its stack both have sonaro's \"") +
-											 inKey + "\"; the timeline's counts");
+		inPlace.Tell(Note::Kind::eGuess, std::string("the timeline and its stack both set \"") + inKey +
+											 "\" in metadata.sonaro; the timeline's is used");
 	}
 	else if (isThere(inOther))
 	{
@@ -366,15 +369,16 @@ MixSettings ReadMixSettings(Cursor const& inMetadata, SettingsOwner inOwner)
 			[&member](Setting const& inSetting) { return inSetting.mKey == member.mKey; });
 		if (setting == std::end(kSettings))
 		{
-			value.Tell(Note::Kind::eIgnored, "the key is not known here; it is ignored");
+			value.Tell(Note::Kind::eIgnored, "unknown key in metadata.sonaro; ignored");
 		}
 		else if ((setting->mOwners & static_cast<unsigned>(inOwner)) == 0)
 		{
-			value.Tell(Note::Kind::eIgnored, "the key has no meaning on such an object; it is ignored");
+			value.Tell(Note::Kind::eIgnored,
+				"this key of metadata.sonaro does not apply to this kind of object; ignored");
 		}
 		else if (repeated.Has(member))
 		{
-			value.Tell(Note::Kind::eGuess, "the key is given more than once; the last one counts");
+			value.Tell(Note::Kind::eGuess, "the key appears more than once; the last value is used");
 		}
 		else if (!value.IsNothing())
 		{
@@ -403,7 +407,7 @@ void SortKeyframes(Curve& ioCurve, Cursor const& inPlace)
 	{
 		if (i + 1 < entries.size() && entries[i].mSeconds == entries[i + 1].mSeconds)
 		{
-			inPlace.Tell(Note::Kind::eGuess, "two keyframes have the same time; the last one counts");
+			inPlace.Tell(Note::Kind::eGuess, "two keyframes have the same time; the last one is used");
 			continue;
 		}
 		ioCurve.mKeyframes.push_back(entries[i].mKeyframe);

@@ -45,16 +45,16 @@ ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
 		media = ResolveFile(*reference);
 		break;
 	case MediaReference::Kind::eMissing:
-		media = MakeMissing({}, "the clip refers to no media");
+		media = MakeMissing({}, "the clip has no media");
 		break;
 	case MediaReference::Kind::eUnknown:
-		media = MakeMissing({}, "media of the schema " + reference->mSchema + " cannot be read");
+		media = MakeMissing({}, "media of schema " + reference->mSchema + " cannot be read");
 		break;
 	case MediaReference::Kind::eGenerator:
-		media.mWhySilent = "what a generator would make is not rendered";
+		media.mWhySilent = "generators are not rendered";
 		break;
 	case MediaReference::Kind::eImageSequence:
-		media.mWhySilent = "pictures have no sound";
+		media.mWhySilent = "image sequences have no sound";
 		break;
 	}
 	if (media.mMedia)
@@ -65,7 +65,8 @@ ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
 	{
 		std::string const place = media.mPath.empty() ? std::string() : QuotePath(media.mPath) + " ";
 		mNotes.push_back({media.mIsMissing ? Note::Kind::eIgnored : Note::Kind::eRemark,
-			reference ? reference->mPlace : inClip.mPlace, place + media.mWhySilent + "; it is silent"});
+			reference ? reference->mPlace : inClip.mPlace,
+			place + media.mWhySilent + "; the clip is silent"});
 	}
 	return media;
 }
@@ -77,16 +78,17 @@ void ClipMediaTable::ChooseChannels(Clip const& inClip, ClipMedia& ioMedia)
 	if (first > 0 && first < count)
 	{
 		mNotes.push_back({Note::Kind::eLevelNotRead, inClip.mPlace,
-			"another program takes the first " + std::to_string(first) + " of the " + std::to_string(count) +
-				" channels; all are heard unless \"channels\" in metadata.sonaro says otherwise"});
+			"another program selects only the first " + std::to_string(first) + " of the " +
+				std::to_string(count) +
+				" channels; all are heard; to select channels, set \"channels\" in metadata.sonaro"});
 	}
 	for (unsigned const channel : inClip.GetSettings().mChannels)
 	{
 		if (channel > count)
 		{
 			mNotes.push_back({Note::Kind::eIgnored, inClip.mPlace,
-				"\"channels\" asks for channel " + std::to_string(channel) + " of " + std::to_string(count) +
-					"; the media's own are taken"});
+				"\"channels\" lists channel " + std::to_string(channel) + ", but the media have only " +
+					std::to_string(count) + "; \"channels\" is ignored"});
 			ioMedia.mChannels.clear();
 			return;
 		}
@@ -141,8 +143,8 @@ void ClipMediaTable::TakeSound(std::string const& inUrl, File& ioFile)
 		File sound;
 		sound.mFound.mPath = *path;
 		sound.mFound.mShownPath = mFinder.GetShown(*path);
-		sound.mFound.mRemark = QuotePath(movie.mShownPath) + " is a movie, whose sound is not read; " +
-							   QuotePath(sound.mFound.mShownPath) + " is taken in its place";
+		sound.mFound.mRemark = QuotePath(movie.mShownPath) + " is a movie, whose audio is not supported; " +
+							   QuotePath(sound.mFound.mShownPath) + " is used instead";
 		sound.mFound.mIsGuess = true;
 		Read(sound);
 		if (sound.mMedia)
@@ -151,9 +153,9 @@ void ClipMediaTable::TakeSound(std::string const& inUrl, File& ioFile)
 			return;
 		}
 	}
-	movie.mWhyMissing = (IsThere(movie.mPath) ? "is a movie, and the sound of movies is not read"
-											  : movie.mWhyMissing + ", and the sound of movies is not read") +
-						"; put its sound into a folder of media as a sound file of the same name";
+	movie.mWhyMissing = (IsThere(movie.mPath) ? "is a movie, and movie audio is not supported"
+											  : movie.mWhyMissing + ", and movie audio is not supported") +
+						"; export it as a WAV file of the same name, next to the movie or in a media folder";
 }
 
 void ClipMediaTable::Read(File& ioFile)

@@ -96,7 +96,8 @@ ExactRange Measures::MeasureMedia(Clip const& inClip)
 		else
 		{
 			mNotes.push_back({Note::Kind::eGuess, inClip.mPlace,
-				"the clip has no source_range, and its media tell no length; it counts as 0"});
+				"the clip has no source_range, and the length of its media is unknown; assuming a length of "
+				"0"});
 		}
 	}
 	return {Ratio(), place->second};
