@@ -340,7 +340,7 @@ TEST(GraphFactory, RefusalsReachTheHostInItsOwnWay)
 	catch (zorvcore::config::zorv_exception const& error)
 	{
 		EXPECT_EQ(error.GetResultCode(), eInvalidArgument);
-		EXPECT_STREQ(error.what(), "the render engine refused to make a stream");
+		EXPECT_STREQ(error.what(), "the render engine could not create a stream");
 	}
 	EXPECT_THROW(GraphFactory(fail).CreateAudioStreamRenderer({}), std::runtime_error);
 }

@@ -199,10 +199,10 @@ TEST(AudioFileWriter, RefusesWhatAFormatCannotHoldAndLeavesNothing)
 	constexpr OutputFormat kFloatFlac{OutputContainer::eFlac, OutputSamples::eFloat32, Dither::eNone};
 	constexpr OutputFormat kAiff{OutputContainer::eAiff, OutputSamples::eInteger24, Dither::eNone};
 	constexpr Case kCases[] = {
-		{kFloatFlac, 2, 48000, 100, "FLAC holds no floats; choose 16 or 24 bits, or WAV"},
+		{kFloatFlac, 2, 48000, 100, "FLAC cannot hold floats; choose 16 or 24 bits, or WAV"},
 		{kFlac, 9, 48000, 100, "FLAC holds at most 8 channels, not 9; choose WAV or CAF"},
 		{kFlac, 2, 700000, 100, "out.x"},
-		{kAiff, 2, 48000, 800000000, "an AIFF holds at most 4 GB; choose WAV or CAF"},
+		{kAiff, 2, 48000, 800000000, "AIFF holds at most 4 GB; choose WAV or CAF"},
 	};
 	TemporaryFolder const folder;
 	for (Case const& test : kCases)

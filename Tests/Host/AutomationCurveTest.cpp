@@ -253,14 +253,14 @@ TEST(AutomationCurve, RefusesPointsThatAreNone)
 	Case const cases[] = {
 		{{second, kNaN}, AutomationScale::eLinear, "point 2 of the curve has a value"},
 		{{second, kNaN}, AutomationScale::eDecibels, "point 2 of the curve has a value"},
-		{{second, kInfinity}, AutomationScale::eLinear, "no finite number"},
-		{{second, -kInfinity}, AutomationScale::eLinear, "no finite number"},
-		{{second, kInfinity}, AutomationScale::eDecibels, "no finite number"},
-		{{second, 1e39}, AutomationScale::eLinear, "no finite number"},
-		{{second, 800.0}, AutomationScale::eDecibels, "no finite number"},
-		{{SN::kTimeMax, 0.0}, AutomationScale::eLinear, "point 2 of the curve lies outside"},
-		{{-SN::kTimeMax, 0.0}, AutomationScale::eLinear, "outside of the time line"},
-		{{SN::kTimeNotATime, 0.0}, AutomationScale::eLinear, "outside of the time line"},
+		{{second, kInfinity}, AutomationScale::eLinear, "not a finite number"},
+		{{second, -kInfinity}, AutomationScale::eLinear, "not a finite number"},
+		{{second, kInfinity}, AutomationScale::eDecibels, "not a finite number"},
+		{{second, 1e39}, AutomationScale::eLinear, "not a finite number"},
+		{{second, 800.0}, AutomationScale::eDecibels, "not a finite number"},
+		{{SN::kTimeMax, 0.0}, AutomationScale::eLinear, "point 2 of the curve is outside"},
+		{{-SN::kTimeMax, 0.0}, AutomationScale::eLinear, "outside the timeline"},
+		{{SN::kTimeNotATime, 0.0}, AutomationScale::eLinear, "outside the timeline"},
 	};
 	for (Case const& test : cases)
 	{

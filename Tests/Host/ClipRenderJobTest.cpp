@@ -79,7 +79,7 @@ TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 	}
 	ClipRenderRequest request = MakeRequest();
 	request.mInputs[0].mStart = TimePosition::FromSamples(kFrames);
-	ExpectRefusal(request, "lies beyond");
+	ExpectRefusal(request, "is past its end");
 	request = MakeRequest();
 	for (char const* const duration : {"0", "0s", "0.000001"})
 	{
@@ -116,7 +116,7 @@ TEST_F(ClipRenderJobTest, ChannelsComeInTheOrderThatWasAskedFor)
 	}
 	ClipRenderRequest request = MakeRequest();
 	request.mInputs[0].mChannels = {0, 8};
-	ExpectRefusal(request, "there is no channel 9");
+	ExpectRefusal(request, "has no channel 9; use 1 to");
 	request.mInputs[0].mChannels.assign(65, 0);
 	ExpectRefusal(request, "at most 64 channels");
 }
@@ -198,7 +198,7 @@ TEST_F(ClipRenderJobTest, AnOlderFileIsKeptWhenAskedTo)
 	WriteBytes(mFolder / "out.wav", "old");
 	ClipRenderRequest request = MakeRequest();
 	request.mReplace = false;
-	ExpectRefusal(request, "exists already", HostError::Kind::eOutput);
+	ExpectRefusal(request, "already exists", HostError::Kind::eOutput);
 	EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
 }
 

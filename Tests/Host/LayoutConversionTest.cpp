@@ -231,20 +231,20 @@ TEST_F(LayoutConversionTest, RefusesWhatHasNoConversionAndNamesARemedy)
 {
 	constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 	std::tuple<Conversion, char const*, char const*> const cases[] = {
-		{{1, "", -0.1}, "a pan goes from 0", "1, right"},
-		{{1, "", 1.001}, "a pan goes from 0", "1, right"},
-		{{1, "", kNaN}, "a pan goes from 0", "1, right"},
-		{{1, "", 1e300}, "a pan goes from 0", "1, right"},
-		{{1, "mono", 0.5}, "from mono to mono", "choose other channels"},
-		{{2, "mono", 0.5}, "from stereo to mono", "choose other channels"},
-		{{6, "", 0.5}, "from 5.1 to 5.1", "leave the pan away"},
-		{{6, "stereo", 0.5}, "from 5.1 to stereo", "leave the pan away"},
-		{{4, "3", 0.5}, "from 4 channels to 3 channels", "to as many"},
-		{{33, "", 0.5}, "from 33 channels to 33 channels", "3 to 32 channels"},
-		{{2, "", {}, kMixdownFront}, "from stereo to stereo", "leave the mixdown away"},
-		{{2, "mono", {}, kMixdownFront}, "from stereo to mono", "leave the mixdown away"},
-		{{6, "", {}, kMixdownFrontRear}, "from 5.1 to 5.1", "choose another layout"},
-		{{6, "2", {}, kMixdownFrontRear}, "from 5.1 to 2 channels", "choose another layout"},
+		{{1, "", -0.1}, "is out of range; use 0 (left)", "to 1 (right)"},
+		{{1, "", 1.001}, "is out of range; use 0 (left)", "to 1 (right)"},
+		{{1, "", kNaN}, "is out of range; use 0 (left)", "to 1 (right)"},
+		{{1, "", 1e300}, "is out of range; use 0 (left)", "to 1 (right)"},
+		{{1, "mono", 0.5}, "mono to mono", "choose other channels"},
+		{{2, "mono", 0.5}, "stereo to mono", "choose other channels"},
+		{{6, "", 0.5}, "5.1 to 5.1", "leave out the pan"},
+		{{6, "stereo", 0.5}, "5.1 to stereo", "leave out the pan"},
+		{{4, "3", 0.5}, "4 channels to 3 channels", "to the same number"},
+		{{33, "", 0.5}, "33 channels to 33 channels", "3 to 32 channels"},
+		{{2, "", {}, kMixdownFront}, "stereo to stereo", "leave out the mixdown"},
+		{{2, "mono", {}, kMixdownFront}, "stereo to mono", "leave out the mixdown"},
+		{{6, "", {}, kMixdownFrontRear}, "5.1 to 5.1", "choose another layout"},
+		{{6, "2", {}, kMixdownFrontRear}, "5.1 to 2 channels", "choose another layout"},
 	};
 	for (auto const& [conversion, reason, remedy] : cases)
 	{

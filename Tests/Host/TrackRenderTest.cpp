@@ -109,7 +109,7 @@ TEST_F(TrackRenderTest, FadesThatDoNotFitAreRefused)
 	ClipRenderRequest request = MakeRequest(MakeOnes(2, 1000));
 	request.mFadeIn = TimePosition::FromSamples(501);
 	request.mFadeOut = TimePosition::FromSamples(500);
-	ExpectRefusal(request, "the fades take longer than the 0:00.021 of the output");
+	ExpectRefusal(request, "the fades are longer than the 0:00.021 of the output");
 	request.mFadeIn = TimePosition::FromSamples(500);
 	EXPECT_EQ(Render(request).GetFrames(), 1000);
 }
@@ -217,11 +217,11 @@ TEST_F(TrackRenderTest, ARateKeepsPitchAndLength)
 	for (int const rate : {0, -48000, 999, 768001})
 	{
 		request.mSampleRate = rate;
-		ExpectRefusal(request, "a sample rate goes from 1000 to 768000 Hz");
+		ExpectRefusal(request, "Hz is out of range; use 1000 to 768000");
 	}
 	request.mSampleRate = 8000;
 	request.mSpeed = 50.0;
-	ExpectRefusal(request, "from 48000 Hz to 8000 Hz at that speed is too far");
+	ExpectRefusal(request, "converting 48000 Hz to 8000 Hz at this speed is out of range");
 }
 
 TEST_F(TrackRenderTest, FadesCountTheTimeOfTheOutput)
@@ -234,7 +234,7 @@ TEST_F(TrackRenderTest, FadesCountTheTimeOfTheOutput)
 	EXPECT_NEAR(out.mSamples[6000], 0.5f, 0.03f);
 	EXPECT_NEAR(out.mSamples[13000], 1.0f, 1e-4f);
 	request.mFadeIn = TimePosition::FromSamples(24001);
-	ExpectRefusal(request, "the fades take longer than the 0:00.500 of the output");
+	ExpectRefusal(request, "the fades are longer than the 0:00.500 of the output");
 }
 
 TEST_F(TrackRenderTest, SpeedsOutOfRangeAreRefused)
@@ -243,10 +243,10 @@ TEST_F(TrackRenderTest, SpeedsOutOfRangeAreRefused)
 	for (double const speed : {0.0, -1.0, 0.0099, 100.1, std::nan("")})
 	{
 		request.mSpeed = speed;
-		ExpectRefusal(request, "a speed goes from 0.01 to 100");
+		ExpectRefusal(request, "is out of range; use 0.01 to 100");
 	}
 	request.mSpeed = 100.0;
-	ExpectRefusal(request, "less than a sample");
+	ExpectRefusal(request, "shorter than one sample");
 }
 
 TEST_F(TrackRenderTest, InputsLieWhereTheyArePutAndTheLaterOneIsHeard)

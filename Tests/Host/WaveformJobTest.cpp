@@ -228,11 +228,11 @@ TEST_F(WaveformJobTest, WhatCannotBeIsRefused)
 		void (*mChange)(WaveformRequest&);
 	};
 	constexpr Case kCases[] = {
-		{"give one of them",
+		{"use only one of them",
 			[](WaveformRequest& ioRequest) { ioRequest.mWidth = ioRequest.mSamplesPerColumn = 1; }},
-		{"at least one column", [](WaveformRequest& ioRequest) { ioRequest.mWidth = 0; }},
-		{"at least one column", [](WaveformRequest& ioRequest) { ioRequest.mWidth = -5; }},
-		{"at least one sample", [](WaveformRequest& ioRequest) { ioRequest.mSamplesPerColumn = 0; }},
+		{"must be at least 1", [](WaveformRequest& ioRequest) { ioRequest.mWidth = 0; }},
+		{"must be at least 1", [](WaveformRequest& ioRequest) { ioRequest.mWidth = -5; }},
+		{"must be at least 1", [](WaveformRequest& ioRequest) { ioRequest.mSamplesPerColumn = 0; }},
 		{"at most 32767 pixels wide, not 32768",
 			[](WaveformRequest& ioRequest) { ioRequest.mWidth = 32768; }},
 		{"pixels wide", [](WaveformRequest& ioRequest) { ioRequest.mWidth = std::int64_t{1} << 62; }},
@@ -240,14 +240,15 @@ TEST_F(WaveformJobTest, WhatCannotBeIsRefused)
 		{"pixels high, not 32768", [](WaveformRequest& ioRequest) { ioRequest.mStyle.mHeight = 32768; }},
 		{"below 0", [](WaveformRequest& ioRequest) { ioRequest.mStyle.mFloorDecibels = 0.0; }},
 		{"below 0", [](WaveformRequest& ioRequest) { ioRequest.mStyle.mFloorDecibels = std::nan(""); }},
-		{"8 or 16 bits, not 12", [](WaveformRequest& ioRequest) { ioRequest.mBits = 12; }},
+		{"values of 12 bits are not supported; use 8 or 16",
+			[](WaveformRequest& ioRequest) { ioRequest.mBits = 12; }},
 		{"at most 2147483647 samples",
 			[](WaveformRequest& ioRequest)
 			{
 				ioRequest.mFormat = WaveformFormat::eDat;
 				ioRequest.mSamplesPerColumn = 2147483648;
 			}},
-		{"lies beyond",
+		{"is past its end",
 			[](WaveformRequest& ioRequest) { ioRequest.mStart = TimePosition::FromSamples(30001); }},
 		{"is the input itself", [](WaveformRequest& ioRequest) { ioRequest.mOutput = ioRequest.mInput; }},
 	};

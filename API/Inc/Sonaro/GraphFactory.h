@@ -24,7 +24,7 @@ struct ThrowRefusal
 	[[noreturn]] void operator()(int inResult, char const* inWhat) const
 	{
 		throw zorvcore::config::zorv_exception(
-			{}, 0, inResult, std::string("the render engine refused to make ") + inWhat);
+			{}, 0, inResult, std::string("the render engine could not create ") + inWhat);
 	}
 };
 

@@ -50,7 +50,7 @@ void AutomationCurve::TakePoints(std::vector<AutomationPoint> inPoints)
 		AutomationPoint& point = inPoints[i];
 		if (point.mTime <= -SN::kTimeMax || point.mTime >= SN::kTimeMax)
 		{
-			RefusePoint(i, "lies outside of the time line, 100 hours to either side of 0");
+			RefusePoint(i, "is outside the timeline, which extends 100 hours to either side of 0");
 		}
 		if (mScale == AutomationScale::eDecibels && point.mValue < kSilenceDecibels)
 		{
@@ -59,7 +59,7 @@ void AutomationCurve::TakePoints(std::vector<AutomationPoint> inPoints)
 		// Written so that what is not a number fails it.
 		if (!(std::abs(ToOutput(point.mValue)) <= double{std::numeric_limits<float>::max()}))
 		{
-			RefusePoint(i, "has a value that is no finite number");
+			RefusePoint(i, "has a value that is not a finite number");
 		}
 	}
 	std::stable_sort(inPoints.begin(), inPoints.end(),

@@ -133,8 +133,8 @@ typename AutomationParameter<T>::Curve AutomationParameter<T>::CheckCurve(Curve 
 {
 	if (std::is_same_v<T, bool> && inCurve && !inCurve->HoldsOnly())
 	{
-		throw HostError(HostError::Kind::eRequest,
-			"the curve of a switch can only hold; let each of its points hold its value");
+		throw HostError(
+			HostError::Kind::eRequest, "the curve of a switch cannot interpolate; set every point to hold");
 	}
 	return std::is_same_v<T, bool> && inCurve ? std::make_shared<AutomationCurve const>(inCurve->MakeSwitch())
 											  : inCurve;

@@ -16,7 +16,7 @@ void CheckEngineResult(int inResult, char const* inWhat)
 		std::array<char, 16> code{};
 		std::snprintf(code.data(), code.size(), "0x%08X", static_cast<unsigned>(inResult));
 		throw HostError(HostError::Kind::eEngine,
-			std::string("the render engine refused to make ") + inWhat + " (result " + code.data() + ")");
+			std::string("the render engine could not create ") + inWhat + " (result " + code.data() + ")");
 	}
 }
 

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <string>
@@ -61,8 +62,8 @@ void LayoutPlan::ChooseOutput()
 	mOutput = mRequest.mLayout.value_or(spreads ? zorvmediatypes::CreateStereoChannelLayout() : mInput);
 	if (mOutput.empty() || mOutput.size() > kMaxChannels)
 	{
-		Refuse("a layout has 1 to " + std::to_string(kMaxChannels) + " channels, not " +
-			   std::to_string(mOutput.size()));
+		Refuse("a layout of " + std::to_string(mOutput.size()) + " channels is out of range; use 1 to " +
+			   std::to_string(kMaxChannels));
 	}
 }
 
@@ -73,9 +74,8 @@ void LayoutPlan::CheckMixdown() const
 							   mOutput == zorvmediatypes::CreateStereoChannelLayout());
 	if (mRequest.mMixdown && !isMixdown)
 	{
-		Refuse("a mixdown is for 5.1 that becomes mono or stereo, and this goes from " +
-			   GetLayoutName(mInput) + " to " + GetLayoutName(mOutput) +
-			   "; choose another layout or leave the mixdown away");
+		Refuse("a mixdown converts 5.1 to mono or stereo, not " + GetLayoutName(mInput) + " to " +
+			   GetLayoutName(mOutput) + "; choose another layout or leave out the mixdown");
 	}
 }
 
@@ -85,15 +85,17 @@ void LayoutPlan::ChoosePanner()
 	// Written so that what is not a number fails it.
 	if (!(pan >= 0.0 && pan <= 1.0))
 	{
-		Refuse("a pan goes from 0, left, over 0.5, the middle, to 1, right");
+		Refuse("a pan of " + FormatNumber(pan) +
+			   " is out of range; use 0 (left) to 1 (right); 0.5 is the centre");
 	}
 	mPanner = FindPanner(mInput, mOutput);
 	if (!mPanner)
 	{
-		Refuse("no pan leads from " + GetLayoutName(mInput) + " to " + GetLayoutName(mOutput) +
-			   ": it takes mono or stereo to stereo or 5.1, and 3 to " + std::to_string(kMaxPanChannels) +
-			   " channels without places to as many; choose other channels or another layout, or leave the "
-			   "pan away");
+		Refuse("cannot pan " + GetLayoutName(mInput) + " to " + GetLayoutName(mOutput) +
+			   ": mono and stereo can be panned to stereo and 5.1, and 3 to " +
+			   std::to_string(kMaxPanChannels) +
+			   " channels without positions to the same number; choose other channels or another layout, or "
+			   "leave out the pan");
 	}
 }
 

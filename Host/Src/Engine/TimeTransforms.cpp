@@ -34,7 +34,7 @@ SpeedTimeTransform::SpeedTimeTransform(double inSpeed, SN::TickTime const& inOff
 {
 	if (!std::isfinite(inSpeed))
 	{
-		throw HostError(HostError::Kind::eRequest, "a speed is a finite number");
+		throw HostError(HostError::Kind::eRequest, "a speed must be a finite number");
 	}
 }
 

@@ -13,7 +13,7 @@ namespace
 
 [[noreturn]] void RefuseFolder(std::filesystem::path const& inPath, std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::eOutput, "cannot make the folder " + QuotePath(inPath) + ": " + inWhy);
+	throw HostError(HostError::Kind::eOutput, "cannot create the folder " + QuotePath(inPath) + ": " + inWhy);
 }
 
 } // namespace
@@ -41,7 +41,7 @@ OutputFolder::OutputFolder(std::filesystem::path const& inPath)
 	}
 	if (!std::filesystem::is_directory(inPath))
 	{
-		RefuseFolder(inPath, "a file has its name");
+		RefuseFolder(inPath, "a file has that name; choose another name");
 	}
 }
 

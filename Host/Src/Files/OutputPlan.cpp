@@ -21,7 +21,7 @@ namespace
 
 // The timeline of a bundle.
 constexpr char const* kContent = "content.otio";
-constexpr char const* kRemedy = "; give it another name";
+constexpr char const* kRemedy = "; choose another name";
 
 struct Output
 {
@@ -73,7 +73,8 @@ void CheckBundle(Output const& inOutput)
 	{
 		if (IsBundle(folder))
 		{
-			RefuseOutput(inOutput, "would change the bundle " + QuotePath(folder) + "; write it elsewhere");
+			RefuseOutput(inOutput,
+				"is inside the bundle " + QuotePath(folder) + " and would change it; write it elsewhere");
 		}
 	}
 }
@@ -96,7 +97,7 @@ void CheckInput(Output const& inOutput, std::filesystem::path const& inInput, Fi
 	std::error_code error;
 	if (std::filesystem::is_directory(inInput, error) && inOutput.mPlace.IsWithin(inPlace))
 	{
-		RefuseOutput(inOutput, "lies in the input " + QuoteInput(inInput) + "; write it elsewhere");
+		RefuseOutput(inOutput, "is inside the input " + QuoteInput(inInput) + "; write it elsewhere");
 	}
 }
 
@@ -105,14 +106,15 @@ void CheckMedium(Output const& inOutput, std::filesystem::path const& inMedium, 
 	// A name that is alike would be taken for the medium the next time.
 	if (inOutput.mPlace.IsSame(inPlace) || inOutput.mPlace.IsAlike(inPlace))
 	{
-		RefuseOutput(inOutput, (inPlace.IsThere() ? "is a medium of the timeline, "
-												  : "is where a medium of the timeline is looked for, ") +
+		RefuseOutput(inOutput, (inPlace.IsThere() ? "is a media file of the timeline, "
+												  : "is where a media file of the timeline is expected, ") +
 								   QuotePath(inMedium) + kRemedy);
 	}
 	if (!inOutput.mIsFolder && !inOutput.mPlace.IsThere() && inPlace.IsWithin(inOutput.mPlace))
 	{
-		RefuseOutput(inOutput, "has the name of a folder in which a medium of the timeline is looked for, " +
-								   QuotePath(inMedium) + kRemedy);
+		RefuseOutput(
+			inOutput, "has the name of a folder in which a media file of the timeline is expected, " +
+						  QuotePath(inMedium) + kRemedy);
 	}
 }
 
@@ -120,7 +122,7 @@ void CheckOther(Output const& inOutput, Output const& inOther)
 {
 	if (inOutput.mPlace.IsSame(inOther.mPlace))
 	{
-		RefuseOutput(inOutput, "is the same as " + inOther.mName + kRemedy);
+		RefuseOutput(inOutput, "is the same file as " + inOther.mName + kRemedy);
 	}
 	for (auto const& [file, other] : {std::pair(&inOutput, &inOther), std::pair(&inOther, &inOutput)})
 	{
@@ -148,7 +150,7 @@ std::vector<Output> FindOutputs(OutputPlan const& inPlan)
 		if (isStream && isStreamTaken)
 		{
 			throw HostError(HostError::Kind::eRequest,
-				"the standard output takes one output, not two; give the others names");
+				"only one output can go to the standard output; give the others file names");
 		}
 		isStreamTaken = isStreamTaken || isStream;
 		if (auto const file = FindFile(path, stdout))
@@ -172,8 +174,8 @@ void CheckPlaces(OutputPlan const& inPlan)
 	if (std::filesystem::exists(inPlan.mFolder, error) &&
 		!std::filesystem::is_directory(inPlan.mFolder, error))
 	{
-		throw HostError(HostError::Kind::eOutput,
-			"cannot make the folder " + QuotePath(inPlan.mFolder) + ": a file has its name");
+		throw HostError(HostError::Kind::eOutput, "cannot create the folder " + QuotePath(inPlan.mFolder) +
+													  ": a file has that name; choose another name");
 	}
 	FilePlace const folder(inPlan.mFolder);
 	for (std::filesystem::path const& path : inPlan.mFiles)
@@ -184,8 +186,9 @@ void CheckPlaces(OutputPlan const& inPlan)
 		}
 		if (!inPlan.mReplaces && std::filesystem::exists(path, error))
 		{
-			throw HostError(
-				HostError::Kind::eOutput, "cannot write " + QuotePath(path) + ": it exists already");
+			throw HostError(HostError::Kind::eOutput,
+				"cannot write " + QuotePath(path) +
+					": it already exists; remove it, choose another name or allow overwriting");
 		}
 		if (inPlan.mFolder.empty() || !IsMade(FollowLinks(path).parent_path(), folder))
 		{

@@ -23,7 +23,7 @@ FileHandle SpoolStandardInput()
 {
 	constexpr std::size_t kPieceBytes = 65536;
 	constexpr char const* kWhyNotKept =
-		"the standard input cannot be kept in a temporary file (TMPDIR names the folder)";
+		"the standard input cannot be stored in a temporary file (TMPDIR sets the folder)";
 	FileHandle spool = MakeUnnamedFile();
 	if (!spool)
 	{

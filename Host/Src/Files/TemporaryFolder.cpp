@@ -84,8 +84,8 @@ TemporaryFolder::TemporaryFolder()
 			if (error || !std::filesystem::create_directory(path, error))
 			{
 				throw HostError(HostError::Kind::eOutput,
-					"no temporary folder can be made in " + QuotePath(parent) +
-						(error ? ": " + error.message() : std::string()) + "; name another one in TMPDIR");
+					"cannot create a temporary folder in " + QuotePath(parent) +
+						(error ? ": " + error.message() : std::string()) + "; set TMPDIR to another folder");
 			}
 			return path;
 		});

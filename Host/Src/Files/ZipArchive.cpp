@@ -36,7 +36,7 @@ ZipArchive::ZipArchive(std::filesystem::path const& inPath)
 	std::error_code folderError;
 	if (std::filesystem::is_directory(inPath, folderError))
 	{
-		RefuseArchive(inPath, "is a folder and no zip archive; a bundle that is a folder ends in .otiod");
+		RefuseArchive(inPath, "is a folder, not a zip archive; a bundle that is a folder ends in .otiod");
 	}
 	int code = 0;
 	mArchive.reset(zip_open(inPath.c_str(), ZIP_RDONLY, &code));
@@ -46,7 +46,7 @@ ZipArchive::ZipArchive(std::filesystem::path const& inPath)
 		zip_error_init_with_code(&error, code);
 		std::string const reason = zip_error_strerror(&error);
 		zip_error_fini(&error);
-		RefuseArchive(inPath, "is no zip archive that can be read: " + reason);
+		RefuseArchive(inPath, "is not a readable zip archive: " + reason);
 	}
 	zip_int64_t const count = zip_get_num_entries(mArchive.get(), 0);
 	for (zip_int64_t index = 0; index < count; ++index)
@@ -85,7 +85,7 @@ void ZipArchive::Read(Entry const& inEntry, Sink const& inSink) const
 		done += static_cast<std::uint64_t>(count);
 		if (count == 0 || done > inEntry.mBytes)
 		{
-			Refuse(inEntry, "it is not as long as the archive says");
+			Refuse(inEntry, "its size differs from the one that the archive states");
 		}
 		inSink(piece.data(), static_cast<std::size_t>(count));
 	}

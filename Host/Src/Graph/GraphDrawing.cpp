@@ -160,8 +160,10 @@ std::string GraphDrawing::ToDot(std::string const& inTitle) const
 		Node const& node = mNodes[i];
 		text += "\tn" + std::to_string(i) + " [label=\"" + Escape(node.mName);
 		text += node.mFile.empty() ? "" : "\\n" + Escape(node.mFile);
-		text += node.mLatencyFrames == 0 ? "" : "\\n" + std::to_string(node.mLatencyFrames) + " samples late";
-		text += node.mIsClosed ? "\\nnested deeper, not drawn" : "";
+		text += node.mLatencyFrames == 0 ? ""
+										 : "\\nlatency " + std::to_string(node.mLatencyFrames) +
+											   (node.mLatencyFrames == 1 ? " sample" : " samples");
+		text += node.mIsClosed ? "\\ndeeper levels not drawn" : "";
 		text += "\"]\n";
 	}
 	for (Edge const& edge : mEdges)

@@ -16,7 +16,7 @@ namespace
 [[noreturn]] void RefuseToDraw(std::string const& inReason)
 {
 	throw HostError(HostError::Kind::eOutput,
-		"the graph cannot be drawn: " + inReason + "; a drawing in .dot needs no Graphviz");
+		"the graph cannot be drawn: " + inReason + "; write .dot instead, which needs no Graphviz");
 }
 
 struct ContextFree
@@ -54,7 +54,7 @@ void CheckBitmap(Agraph_t* inGraph)
 		throw HostError(
 			HostError::Kind::eOutput, "the graph would be " + std::to_string(static_cast<long long>(width)) +
 										  " x " + std::to_string(static_cast<long long>(height)) +
-										  " pixels large, which is too much for a bitmap; draw it as .svg");
+										  " pixels, which is too large for a bitmap; draw it as .svg");
 	}
 }
 
@@ -70,7 +70,7 @@ std::string DrawGraph(std::string const& inDot, GraphFormat inFormat)
 	std::unique_ptr<Agraph_t, GraphFree> const graph(agmemread(inDot.c_str()));
 	if (!context || !graph)
 	{
-		RefuseToDraw("Graphviz does not take it");
+		RefuseToDraw("Graphviz does not accept it");
 	}
 	if (gvLayout(context.get(), graph.get(), "dot") != 0)
 	{

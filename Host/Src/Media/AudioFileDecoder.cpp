@@ -43,11 +43,10 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	}
 	if (!mFile)
 	{
-		throw NoSoundError(
-			IsMovieFile(inPath)
-				? HostError::Parts{inPath, {}, "is a movie, and the sound of movies is not read",
-					  "export it as a sound file"}
-				: MakeInputParts(inPath, "cannot be read as sound: " + DescribeFailure()));
+		throw NoSoundError(IsMovieFile(inPath)
+							   ? HostError::Parts{inPath, {}, "is a movie, and movie audio is not supported",
+									 "export it as a sound file"}
+							   : MakeInputParts(inPath, "cannot be read as sound: " + DescribeFailure()));
 	}
 	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
 }

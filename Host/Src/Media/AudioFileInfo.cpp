@@ -52,7 +52,7 @@ void CheckIsFile(std::filesystem::path const& inPath)
 	}
 	if (!std::filesystem::is_regular_file(status))
 	{
-		RefuseInput(inPath, "is not a regular file; sound is read from files alone");
+		RefuseInput(inPath, "is not a regular file; only files can be read");
 	}
 	errno = 0;
 	if (!std::ifstream(path, std::ios::binary))
@@ -69,9 +69,9 @@ void CheckIsFile(std::filesystem::path const& inPath)
 void RefuseCutFile(std::filesystem::path const& inPath, std::int64_t inPromised, std::int64_t inThere)
 {
 	RefuseInput(inPath,
-		"is cut short: its header promises " + std::to_string(inPromised) + " bytes of audio, the file has " +
-			std::to_string(std::max<std::int64_t>(inThere, 0)),
-		"get a whole copy");
+		"is truncated: its header states " + std::to_string(inPromised) +
+			" bytes of audio, but the file has only " + std::to_string(std::max<std::int64_t>(inThere, 0)),
+		"get a complete copy");
 }
 
 // Compares what the headers promise with the size of the file. Returns whether a length is stated.
@@ -95,7 +95,7 @@ bool CheckFileSize(std::filesystem::path const& inPath)
 	if (declared->mIsUnfinished)
 	{
 		RefuseInput(inPath,
-			"was never finished: its header states no audio, yet " + std::to_string(size - declared->mStart) +
+			"is unfinished: its header states no audio, but " + std::to_string(size - declared->mStart) +
 				" bytes follow",
 			"repair the header first");
 	}
@@ -144,9 +144,9 @@ void CheckLastFrame(AudioFileDecoder& ioDecoder, AudioFileInfo const& inInfo)
 	if (!ioDecoder.SeekTo(inInfo.mFrames - 1) || ioDecoder.Read(frame.data(), 1) != 1)
 	{
 		RefuseInput(inInfo.mPath,
-			"is cut short or damaged: its header promises " + std::to_string(inInfo.mFrames) +
+			"is truncated or damaged: its header states " + std::to_string(inInfo.mFrames) +
 				" samples, but the last one cannot be read",
-			"get a whole copy");
+			"get a complete copy");
 	}
 }
 
@@ -253,7 +253,7 @@ AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
 	info.mSampleRate = format.samplerate;
 	if (info.mSampleRate < 1)
 	{
-		RefuseInput(inPath, "states no sample rate");
+		RefuseInput(inPath, "has no sample rate in its header");
 	}
 	info.mFrames = format.frames;
 	if (decoder.StatesLength())
@@ -267,7 +267,7 @@ AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
 	}
 	if (info.mFrames / info.mSampleRate >= kMaxSeconds)
 	{
-		RefuseInput(inPath, "is longer than 100 hours, the end of a time line");
+		RefuseInput(inPath, "is longer than 100 hours, the limit for media", "split it");
 	}
 	return info;
 }

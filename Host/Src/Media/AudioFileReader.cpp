@@ -175,9 +175,9 @@ void AudioFileReader::ThrowCutShort(std::int64_t inPosition) const
 	throw HostError(HostError::Kind::eInput,
 		{mInfo.mPath, {},
 			"cannot be read at sample " + std::to_string(inPosition) + " (" +
-				FormatTime(inPosition, mInfo.mSampleRate) + "), though its header promises " +
-				std::to_string(mInfo.mFrames) + ": it is cut short or damaged",
-			"get a whole copy"});
+				FormatTime(inPosition, mInfo.mSampleRate) + "), although its header states " +
+				std::to_string(mInfo.mFrames) + " samples: it is truncated or damaged",
+			"get a complete copy"});
 }
 
 } // namespace SonaroHost

@@ -63,10 +63,11 @@ void DecodedSpool::ExtendTo(std::int64_t inEnd)
 
 void DecodedSpool::ThrowFailure() const
 {
-	throw HostError(HostError::Kind::eInput, {mPath, {},
-												 "its decoded samples cannot be kept in a temporary file: " +
-													 std::generic_category().message(errno),
-												 "convert it to WAV, which needs none"});
+	throw HostError(HostError::Kind::eInput,
+		{mPath, {},
+			"its decoded samples cannot be stored in a temporary file: " +
+				std::generic_category().message(errno),
+			"set TMPDIR to a folder with more space, or convert the file to WAV, which needs none"});
 }
 
 } // namespace SonaroHost

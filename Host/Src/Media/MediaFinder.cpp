@@ -58,7 +58,7 @@ std::string DescribeMissing(std::filesystem::path const& inPath)
 	{
 		return error ? "cannot be reached: " + error.message() : "does not exist";
 	}
-	return "is no file";
+	return "is not a file";
 }
 
 // Endings of sound files, the most usual first.
@@ -70,10 +70,10 @@ void CheckFolder(std::filesystem::path const& inFolder)
 	std::error_code error;
 	if (!std::filesystem::is_directory(inFolder, error))
 	{
-		std::string const why = std::filesystem::exists(inFolder, error) ? "is no folder"
+		std::string const why = std::filesystem::exists(inFolder, error) ? "is not a folder"
 								: error ? "cannot be reached: " + error.message()
 										: "does not exist";
-		throw HostError(HostError::Kind::eRequest, {inFolder, {}, "the folder of media " + why, {}});
+		throw HostError(HostError::Kind::eRequest, {inFolder, {}, "the media folder " + why, {}});
 	}
 }
 
@@ -124,7 +124,7 @@ FoundMedia MediaFinder::Search(std::string_view inUrl) const
 		if (IsTimeline(place.mTail))
 		{
 			found.mPath = place.GetPath();
-			found.mWhyMissing = "is a timeline, which cannot be the media of another one";
+			found.mWhyMissing = "is a timeline, which cannot be used as media";
 			return found;
 		}
 		if (isFile(place.GetPath()))
@@ -136,8 +136,9 @@ FoundMedia MediaFinder::Search(std::string_view inUrl) const
 	{
 		if (isFile(place.GetPath()))
 		{
-			found.mRemark = QuotePath(GetShown(named)) + " is not " + (isForeign ? "a file" : "there") +
-							"; taken from " + QuotePath(GetShown(found.mPath));
+			found.mRemark = QuotePath(GetShown(named)) +
+							(isForeign ? " is not a local file" : " does not exist") + "; using " +
+							QuotePath(GetShown(found.mPath));
 			return found;
 		}
 	}
@@ -146,17 +147,16 @@ FoundMedia MediaFinder::Search(std::string_view inUrl) const
 		if (auto const path = FindAlike(*places))
 		{
 			found.mPath = *path;
-			found.mRemark = QuotePath(GetShown(named)) + " is not there; " + QuotePath(GetShown(*path)) +
-							", whose name is alike, is taken";
+			found.mRemark = QuotePath(GetShown(named)) + " does not exist; using " +
+							QuotePath(GetShown(*path)) + ", whose name differs only in case or Unicode form";
 			found.mIsGuess = true;
 			return found;
 		}
 	}
 	found.mPath = named;
-	found.mWhyMissing = isForeign
-							? "is reached through " + location.mForeignScheme +
-								  ", and only files are read; copy it and name its folder as one of media"
-						: own.empty() ? "names no file"
+	found.mWhyMissing = isForeign ? "has the scheme " + location.mForeignScheme +
+										", but only local files can be read; copy it to a media folder"
+						: own.empty() ? "does not name a file"
 									  : DescribeMissing(named);
 	return found;
 }

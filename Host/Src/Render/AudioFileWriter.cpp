@@ -64,7 +64,7 @@ SF_INFO MakeFormat(std::filesystem::path const& inPath, OutputFormat const& inFo
 	bool const isLarge = inFrames * channels * GetSampleSize(inFormat.mSamples) > kLargestData;
 	if (inFormat.mContainer == OutputContainer::eFlac && inFormat.mSamples == OutputSamples::eFloat32)
 	{
-		RefuseToWrite(inPath, "FLAC holds no floats; choose 16 or 24 bits, or WAV");
+		RefuseToWrite(inPath, "FLAC cannot hold floats; choose 16 or 24 bits, or WAV");
 	}
 	if (inFormat.mContainer == OutputContainer::eFlac && channels > 8)
 	{
@@ -73,7 +73,7 @@ SF_INFO MakeFormat(std::filesystem::path const& inPath, OutputFormat const& inFo
 	}
 	if (inFormat.mContainer == OutputContainer::eAiff && isLarge)
 	{
-		RefuseToWrite(inPath, "an AIFF holds at most 4 GB; choose WAV or CAF");
+		RefuseToWrite(inPath, "AIFF holds at most 4 GB; choose WAV or CAF");
 	}
 	SF_INFO info{};
 	info.samplerate = inSampleRate;

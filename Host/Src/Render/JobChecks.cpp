@@ -20,7 +20,7 @@ FrameRange ChooseRange(
 	{
 		Refuse(QuotePath(inInfo.mPath) + " is " + FormatTime(inInfo.mFrames, inInfo.mSampleRate) + " (" +
 			   std::to_string(inInfo.mFrames) + " samples) long; the start at sample " +
-			   std::to_string(range.mFirst) + " lies beyond");
+			   std::to_string(range.mFirst) + " is past its end");
 	}
 	range.mFrames = inInfo.mFrames - range.mFirst;
 	if (inDuration)
@@ -29,7 +29,7 @@ FrameRange ChooseRange(
 	}
 	if (range.mFrames == 0)
 	{
-		Refuse("the duration is less than a sample; there is nothing to render");
+		Refuse("the duration is shorter than one sample; there is nothing to render");
 	}
 	return range;
 }
@@ -41,7 +41,7 @@ Fades ChooseFades(std::optional<TimePosition> const& inFadeIn, std::optional<Tim
 		inFadeIn ? inFadeIn->ToSamples(inSampleRate) : 0, inFadeOut ? inFadeOut->ToSamples(inSampleRate) : 0};
 	if (fades.mIn > inFrames - fades.mOut)
 	{
-		Refuse("the fades take longer than the " + FormatTime(inFrames, inSampleRate) + " of " + inWhat);
+		Refuse("the fades are longer than the " + FormatTime(inFrames, inSampleRate) + " of " + inWhat);
 	}
 	return fades;
 }

@@ -1,7 +1,7 @@
 #include "SonaroHost/Render/OutputLevels.h"
 
 #include "SonaroHost/Base/HostError.h"
-
+#include "SonaroHost/Base/NumberText.h"
 #include <string>
 
 namespace SonaroHost
@@ -13,17 +13,18 @@ void CheckLevels(OutputLevels const& inLevels, float inGain)
 	if (inLevels.mNormalizeLoudness &&
 		!(*inLevels.mNormalizeLoudness >= -70.0 && *inLevels.mNormalizeLoudness <= 0.0))
 	{
-		Refuse("a loudness to normalize to lies between -70 and 0 LUFS");
+		Refuse("a loudness of " + FormatNumber(*inLevels.mNormalizeLoudness) +
+			   " LUFS is out of range; use -70 to 0");
 	}
 	if (inLevels.mLimitDecibels && !(*inLevels.mLimitDecibels >= -60.0 && *inLevels.mLimitDecibels <= 20.0))
 	{
-		Refuse("a limit lies between -60 and 20 dBTP");
+		Refuse(
+			"a limit of " + FormatNumber(*inLevels.mLimitDecibels) + " dBTP is out of range; use -60 to 20");
 	}
 	if (inLevels.mNormalizeLoudness && inGain != 1.0f)
 	{
-		Refuse("a gain has no effect on what is normalized: the loudness that is asked for decides how loud "
-			   "it gets; "
-			   "give either the gain or the loudness");
+		Refuse("a gain cannot be combined with normalizing, which sets the level by the target loudness; "
+			   "use only one of them");
 	}
 }
 

@@ -2,6 +2,7 @@
 
 #include "Sonaro/AudioWaveformQueue.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Engine/EngineFactory.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Files/OutputFile.h"
@@ -83,14 +84,14 @@ WaveformJob::WaveformJob(WaveformRequest inRequest)
 	ChooseColumns();
 	if (mRequest.mBits != 8 && mRequest.mBits != 16)
 	{
-		Refuse("a value has 8 or 16 bits, not " + std::to_string(mRequest.mBits));
+		Refuse("values of " + std::to_string(mRequest.mBits) + " bits are not supported; use 8 or 16");
 	}
 	WaveformStyle const& style = mRequest.mStyle;
 	unsigned const bands =
 		mRequest.mChannels == WaveformChannels::eMerged ? 1 : GetInputInfo().GetNumChannels();
 	if (IsPicture(mRequest.mFormat) && (style.mHeight < bands || style.mHeight > kMaxPictureSize))
 	{
-		Refuse("a picture of " + std::to_string(bands) + (bands == 1 ? " band" : " channels") + " is " +
+		Refuse("a picture of " + std::to_string(bands) + (bands == 1 ? " band" : " channels") + " must be " +
 			   std::to_string(bands) + " to " + std::to_string(kMaxPictureSize) + " pixels high, not " +
 			   std::to_string(style.mHeight));
 	}
@@ -101,7 +102,8 @@ WaveformJob::WaveformJob(WaveformRequest inRequest)
 	// Written so that what is not a number fails it.
 	if (!(style.mFloorDecibels < 0.0 && style.mFloorDecibels >= -1000.0))
 	{
-		Refuse("the floor of a picture in decibels lies below 0, down to -1000");
+		Refuse("a floor of " + FormatNumber(style.mFloorDecibels) +
+			   " dB is out of range; use -1000 up to a value below 0");
 	}
 }
 
@@ -109,11 +111,11 @@ void WaveformJob::ChooseColumns()
 {
 	if (mRequest.mWidth && mRequest.mSamplesPerColumn)
 	{
-		Refuse("the width and the samples of a column decide the same; give one of them");
+		Refuse("the width and the samples per column both set the scale; use only one of them");
 	}
 	if (mRequest.mWidth.value_or(1) < 1 || mRequest.mSamplesPerColumn.value_or(1) < 1)
 	{
-		Refuse("a waveform has at least one column, and a column at least one sample");
+		Refuse("the width and the samples per column must be at least 1");
 	}
 	bool const isPicture = IsPicture(mRequest.mFormat);
 	std::int64_t const most = isPicture ? kMaxPictureSize : kMaxWaveformColumns;
@@ -137,12 +139,12 @@ void WaveformJob::ChooseColumns()
 	{
 		Refuse(std::string(isPicture ? "a picture is at most " : "data has at most ") + std::to_string(most) +
 			   (isPicture ? " pixels wide, not " : " columns, not ") + std::to_string(mColumns) +
-			   "; give more samples to a column, or a smaller width");
+			   "; use more samples per column or a smaller width");
 	}
 	// What the field of the formats holds.
 	if (!isPicture && interval > std::numeric_limits<std::int32_t>::max())
 	{
-		Refuse("a column of data has at most 2147483647 samples; give fewer");
+		Refuse("a column of data has at most 2147483647 samples; use fewer");
 	}
 }
 

@@ -44,12 +44,12 @@ void ChainBuilder::Add(Effect const& inEffect)
 								 : Processor();
 	if (!effect)
 	{
-		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " cannot be made");
+		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " cannot be created");
 	}
 	std::int64_t const latency = mTools.GetLatency(*effect);
 	if (latency < 0)
 	{
-		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " has a latency below 0");
+		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " has a negative latency");
 	}
 	if (mSite.mDropsLateEffects && effect->GetDelay() != SN::kTimeZero &&
 		mTools.GetContext()->IsDelayCompensationDisabled())
@@ -66,12 +66,13 @@ void ChainBuilder::Add(Send const& inSend)
 {
 	if (!mSite.mTargets)
 	{
-		Refuse(mSite.mPlace, "only tracks and submixes can send", "take the send out");
+		Refuse(mSite.mPlace, "only tracks and submixes can send", "remove the send");
 	}
 	if (inSend.mSubmix >= mSite.mTargets->size())
 	{
-		Refuse(mSite.mPlace, "it sends to submix " + std::to_string(inSend.mSubmix) + " of " +
-								 std::to_string(mSite.mTargets->size()) + ", which are counted from 0");
+		Refuse(mSite.mPlace, "it sends to submix index " + std::to_string(inSend.mSubmix) +
+								 ", but there are " + std::to_string(mSite.mTargets->size()) +
+								 ", counted from 0");
 	}
 	SendTarget const& target = (*mSite.mTargets)[inSend.mSubmix];
 	Processor const send =
@@ -85,7 +86,7 @@ void ChainBuilder::Add(Meter const& inMeter)
 {
 	if (!inMeter.mSetter)
 	{
-		Refuse(mSite.mPlace, "a meter shows nothing to anybody");
+		Refuse(mSite.mPlace, "a meter has no setter");
 	}
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<MeterTap>(inMeter.mSetter, MakeClock()));
 }

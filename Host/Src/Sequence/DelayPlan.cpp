@@ -87,8 +87,8 @@ void DelayPlan::RefuseCircle(std::vector<std::size_t> const& inFeeders) const
 	{
 		circle = mNodes[feeder].mName + " -> " + circle;
 	}
-	throw HostError(HostError::Kind::eRequest, "sends run in a circle: " + mNodes[node].mName + " -> " +
-												   circle + "; take out one of these sends or outputs");
+	throw HostError(HostError::Kind::eRequest,
+		"sends or outputs form a loop: " + mNodes[node].mName + " -> " + circle + "; remove one of them");
 }
 
 void DelayPlan::FindDelays()

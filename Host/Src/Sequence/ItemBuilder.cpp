@@ -57,15 +57,15 @@ void ItemBuilder::CheckContent(Item const& inItem) const
 	}
 	else if (auto const& media = std::get<Clip>(inItem.mContent).mMedia; !media || !media->mOpen)
 	{
-		Refuse(mSite.mPlace, "it has no recording");
+		Refuse(mSite.mPlace, "it has no media");
 	}
 	else if (!(media->mSampleRate > 0.0) || !std::isfinite(media->mSampleRate))
 	{
-		Refuse(mSite.mPlace, "the sample rate of " + Quote(media->mName) + " is none");
+		Refuse(mSite.mPlace, "the sample rate of " + Quote(media->mName) + " is invalid");
 	}
 	if (!std::isfinite(inItem.mSpeed))
 	{
-		Refuse(mSite.mPlace, "a speed is a finite number");
+		Refuse(mSite.mPlace, "its speed is not a finite number");
 	}
 }
 
@@ -92,9 +92,9 @@ void ItemBuilder::CheckSpeed() const
 	if (mSpeed != 1.0 && frames > SN::GetMaxResampleBufferSize())
 	{
 		Refuse(mSite.mPlace,
-			"so fast, its blocks would be longer than the " + std::to_string(SN::GetMaxResampleBufferSize()) +
-				" frames that can be resampled",
-			"render in smaller blocks or slow it down");
+			"at its speed, its blocks would be longer than the " +
+				std::to_string(SN::GetMaxResampleBufferSize()) + " frames that can be resampled",
+			"render in smaller blocks or reduce the speed");
 	}
 }
 
@@ -127,9 +127,9 @@ Generator ItemBuilder::MakeContent(Clip const& inClip, SN::AudioChannelLayout co
 		unsigned const source = inClip.mChannels.empty() ? channel : inClip.mChannels[channel];
 		if (source >= inClip.mMedia->mLayout.size())
 		{
-			Refuse(mSite.mPlace, "channel " + std::to_string(source) + " is none of the " +
-									 std::to_string(inClip.mMedia->mLayout.size()) + " of " +
-									 Quote(inClip.mMedia->mName) + ", which are counted from 0");
+			Refuse(mSite.mPlace, "channel index " + std::to_string(source) + " is out of range: there are " +
+									 std::to_string(inClip.mMedia->mLayout.size()) + " in " +
+									 Quote(inClip.mMedia->mName) + ", counted from 0");
 		}
 		channels.emplace(channel, source);
 	}

@@ -38,7 +38,7 @@ BuiltItemList ItemListBuilder::Build()
 		mPlaced.push_back(PlaceItem(item));
 		if (mPlaced.back().mWhole.mFirst < end)
 		{
-			RefuseItem(item, "it begins before the end of the one before it, or before the sequence");
+			RefuseItem(item, "it begins before the end of the item before it, or before the sequence");
 		}
 		end = mPlaced.back().mWhole.mEnd;
 	}
@@ -71,7 +71,7 @@ ItemListBuilder::Placed ItemListBuilder::PlaceItem(Item const& inItem) const
 	}
 	if (placed.mWhole.mEnd > GetFarFrame(mTools.GetFrameRate()))
 	{
-		RefuseItem(inItem, "it ends beyond 50 hours", "let it end earlier");
+		RefuseItem(inItem, "it ends beyond 50 hours", "shorten it or move it earlier");
 	}
 	placed.mBody = placed.mWhole;
 	placed.mHeard = placed.mWhole;
@@ -83,14 +83,14 @@ void ItemListBuilder::PlaceCrossfade(Crossfade const& inCrossfade)
 	std::size_t const index = inCrossfade.mOutgoing;
 	if (mPlaced.size() < 2 || index >= mPlaced.size() - 1)
 	{
-		Refuse(mSite.mPlace, "a crossfade leads from item " + std::to_string(index) + " of " +
-								 std::to_string(mPlaced.size()) + " to the next one, which there is none of");
+		Refuse(mSite.mPlace, "a crossfade follows item index " + std::to_string(index) + " of " +
+								 std::to_string(mPlaced.size()) + " items, but there is no next item");
 	}
 	Placed& outgoing = mPlaced[index];
 	Placed& incoming = mPlaced[index + 1];
 	if (outgoing.mWhole.mEnd != incoming.mWhole.mFirst)
 	{
-		RefuseItem(mTrack.mItems[index], "it does not meet the next one, and so they cannot be crossfaded");
+		RefuseItem(mTrack.mItems[index], "it does not meet the next item, so they cannot be crossfaded");
 	}
 	std::int64_t const cut = incoming.mWhole.mFirst;
 	Stretch const stretch{
@@ -100,7 +100,7 @@ void ItemListBuilder::PlaceCrossfade(Crossfade const& inCrossfade)
 	if (!isWithin || incoming.mCrossfade || outgoing.mWhole.IsEmpty() || incoming.mWhole.IsEmpty())
 	{
 		RefuseItem(mTrack.mItems[index],
-			"the crossfade at its end reaches beyond an item or into another crossfade", "make it shorter");
+			"the crossfade at its end extends past an item or into another crossfade", "shorten it");
 	}
 	if (stretch.IsEmpty())
 	{
@@ -124,11 +124,11 @@ void ItemListBuilder::PlaceFades(Item const& inItem, Placed& ioPlaced, bool inHa
 	}
 	if ((fadeIn != 0 && ioPlaced.mCrossfade) || (fadeOut != 0 && inHasCrossfadeBehind))
 	{
-		RefuseItem(inItem, "a fade stands at an end that a crossfade reaches", "take one of them out");
+		RefuseItem(inItem, "a fade and a crossfade are at the same end of it", "remove one of them");
 	}
 	if (fadeIn < 0 || fadeOut < 0 || fadeIn > ioPlaced.mBody.mEnd - ioPlaced.mBody.mFirst - fadeOut)
 	{
-		RefuseItem(inItem, "its fades and crossfades overlap", "make them shorter");
+		RefuseItem(inItem, "its fades and crossfades overlap", "shorten them");
 	}
 	ioPlaced.mFadesIn = fadeIn != 0;
 	ioPlaced.mFadesOut = fadeOut != 0;

@@ -119,7 +119,7 @@ void NestBuilder::CheckPath(Description const& inDescription, Place const& inPla
 	if (mPath.size() >= kMaxDepth)
 	{
 		Refuse(inPlace, "sequences are nested deeper than " + std::to_string(kMaxDepth) + " levels",
-			"take levels out, or render the inner ones to files of their own");
+			"remove levels, or render the inner ones to separate files");
 	}
 }
 

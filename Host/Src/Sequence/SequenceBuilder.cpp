@@ -120,8 +120,8 @@ std::size_t SequenceBuilder::FindDestination(Output const& inOutput, Place const
 	}
 	if (inOutput.mSubmix >= submixes)
 	{
-		Refuse(inPlace, "it goes to submix " + std::to_string(inOutput.mSubmix) + " of " +
-							std::to_string(submixes) + ", which are counted from 0");
+		Refuse(inPlace, "it goes to submix index " + std::to_string(inOutput.mSubmix) + ", but there are " +
+							std::to_string(submixes) + ", counted from 0");
 	}
 	return tracks + inOutput.mSubmix;
 }
@@ -155,7 +155,7 @@ void SequenceBuilder::BuildChain(Node& ioNode)
 	site.mTap = FindTap(ioNode);
 	if (isMaster && ioNode.mChain->mPan)
 	{
-		Refuse(site.mPlace, "its layout is that of the sequence and cannot be panned", "take the pan out");
+		Refuse(site.mPlace, "its layout is that of the sequence, so it cannot be panned", "remove the pan");
 	}
 	ioNode.mBuilt = ChainBuilder(mTools, site).Build(*ioNode.mChain);
 }

@@ -227,7 +227,7 @@ void CheckBitmapSize(std::int64_t inWidth, std::int64_t inHeight)
 	{
 		throw HostError(HostError::Kind::eRequest,
 			"a picture of " + std::to_string(inWidth) + " x " + std::to_string(inHeight) +
-				" pixels is too large for a bitmap; draw it smaller or as .svg");
+				" pixels is too large for a bitmap; make it smaller or write .svg");
 	}
 }
 

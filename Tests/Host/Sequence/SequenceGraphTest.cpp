@@ -427,15 +427,17 @@ TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
 		name(MakeSubmix({SendTo(2)}), "plate"), name(MakeSubmix({}, ToSubmix(0)), "drums"),
 		MakeSubmix({}, ToSubmix(2))};
 	std::pair<Description, std::string> const cases[] = {
-		{MakeSequence({}, circle), "sends run in a circle: hall -> plate -> drums -> hall; take out one"},
+		{MakeSequence({}, circle),
+			"sends or outputs form a loop: hall -> plate -> drums -> hall; remove one"},
 		{MakeSequence({}, {MakeSubmix({SendTo(0)})}),
-			"sends run in a circle: submix -> submix; take out one"},
+			"sends or outputs form a loop: submix -> submix; remove one"},
 		{MakeSequence({MakeTrack({}, {SendTo(1)})}, {MakeSubmix({})}),
-			"track 'track': it sends to submix 1 of 1"},
+			"track 'track': it sends to submix index 1, but there are 1, counted"},
 		{MakeSequence({MakeTrack({clip, clip})}), "track 'track', item 'take 1': it begins before the end"},
-		{MakeSequence({crossfaded}), "track 'track', item 'take 1': the crossfade at its end reaches"},
-		{MakeSequence({faded}), "track 'track', item 'take 1': a fade stands at an end that a crossfade"},
-		{MakeSequence({MakeTrack({fast})}), "track 'track', item 'take 1': so fast, its blocks would be"},
+		{MakeSequence({crossfaded}), "track 'track', item 'take 1': the crossfade at its end extends"},
+		{MakeSequence({faded}), "track 'track', item 'take 1': a fade and a crossfade are at the same end"},
+		{MakeSequence({MakeTrack({fast})}),
+			"track 'track', item 'take 1': at its speed, its blocks would be"},
 		{MakeSequence({MakeTrack({name(MakeNest(own, 0, 100, 0), "inner")})}),
 			"track 'track / inner / track', item 'itself': the sequence 'loop' is nested in itself"},
 	};

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/OutputPlan.h"
 #include "SonaroHost/Render/JobChecks.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
@@ -24,15 +25,15 @@ std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<un
 {
 	if (inWanted.size() > kMaxChannels)
 	{
-		Refuse("at most " + std::to_string(kMaxChannels) + " channels can be chosen, not " +
+		Refuse("at most " + std::to_string(kMaxChannels) + " channels can be selected, not " +
 			   std::to_string(inWanted.size()));
 	}
 	for (unsigned const channel : inWanted)
 	{
 		if (channel >= inInfo.GetNumChannels())
 		{
-			Refuse(QuotePath(inInfo.mPath) + " has " + GetLayoutName(inInfo.mLayout) +
-				   " sound; there is no channel " + std::to_string(channel + 1));
+			Refuse(QuotePath(inInfo.mPath) + " has no channel " + std::to_string(channel + 1) +
+				   "; use 1 to " + std::to_string(inInfo.GetNumChannels()));
 		}
 	}
 	std::vector<unsigned> all(inInfo.GetNumChannels());
@@ -81,7 +82,7 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 {
 	if (inRequest.mInputs.empty())
 	{
-		Refuse("there is no input");
+		Refuse("no input given");
 	}
 	OutputPlan outputs;
 	outputs.mFiles = inRequest.mOtherOutputs;
@@ -118,12 +119,12 @@ void ProgrammePlan::ChooseSampleRate(ClipRenderRequest const& inRequest)
 	mSampleRate = inRequest.mSampleRate.value_or(own);
 	if (mSampleRate != own && (mSampleRate < kLowestSampleRate || mSampleRate > kHighestSampleRate))
 	{
-		Refuse("a sample rate goes from 1000 to 768000 Hz");
+		Refuse("a sample rate of " + std::to_string(mSampleRate) + " Hz is out of range; use 1000 to 768000");
 	}
 	// Written so that what is not a number fails it.
 	if (!(inRequest.mSpeed >= kLowestSpeed && inRequest.mSpeed <= kHighestSpeed))
 	{
-		Refuse("a speed goes from 0.01 to 100");
+		Refuse("a speed of " + FormatNumber(inRequest.mSpeed) + " is out of range; use 0.01 to 100");
 	}
 	for (PlannedClip& clip : mClips)
 	{
@@ -138,16 +139,16 @@ void ProgrammePlan::ChooseReadingSpeed(PlannedClip& ioClip, double inSpeed) cons
 	double const speed = inSpeed * info.mSampleRate / mSampleRate;
 	if (speed < kLowestSpeed || speed > kHighestSpeed)
 	{
-		Refuse(QuotePath(info.mPath) + ": from " + std::to_string(info.mSampleRate) + " Hz to " +
+		Refuse(QuotePath(info.mPath) + ": converting " + std::to_string(info.mSampleRate) + " Hz to " +
 			   std::to_string(mSampleRate) +
-			   " Hz at that speed is too far: give a speed nearer to 1 or a rate nearer to the input's");
+			   " Hz at this speed is out of range; use a speed closer to 1 or a rate closer to the input's");
 	}
 	ioClip.mReadingSpeed = speed;
 	ioClip.mFrames = std::llround(static_cast<double>(ioClip.mSourceFrames) / speed);
 	if (ioClip.mFrames < 1)
 	{
 		Refuse(QuotePath(info.mPath) +
-			   ": at that speed the output is less than a sample; there is nothing to render");
+			   ": at this speed the output is shorter than one sample; there is nothing to render");
 	}
 }
 
@@ -186,7 +187,7 @@ void ProgrammePlan::PlaceClips(ClipRenderRequest const& inRequest)
 		end = clip.mPosition + clip.mFrames;
 		if (end / mSampleRate / 3600 >= kMostHours)
 		{
-			Refuse(QuotePath(clip.GetInfo().mPath) + " would end beyond the longest output, " +
+			Refuse(QuotePath(clip.GetInfo().mPath) + " would end beyond the limit of outputs, " +
 				   std::to_string(kMostHours) + " hours");
 		}
 		mFrames = std::max(mFrames, end);

@@ -70,11 +70,11 @@ TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
 	OutputPlan{{mRequest.mOutput}, {}, {mRequest.mInput}, mInput.ListMedia(), mRequest.mReplace}.Check();
 	if (!IsPicture(mRequest.mFormat))
 	{
-		Refuse("the waveform of a timeline is drawn; end the output in .png or .svg");
+		Refuse("the waveform of a timeline can only be a picture; write .png or .svg");
 	}
 	if (mRequest.mWidth < 1 || mRequest.mWidth > kMaxPictureSize)
 	{
-		Refuse("a picture is 1 to " + std::to_string(kMaxPictureSize) + " pixels wide");
+		Refuse("a picture must be 1 to " + std::to_string(kMaxPictureSize) + " pixels wide");
 	}
 	if (mRequest.mFormat == WaveformFormat::ePng)
 	{
@@ -126,8 +126,9 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	style.mHeight = mRequest.mHeight.value_or(std::min(kBandHeight * numBands, kMaxPictureSize));
 	if (style.mHeight < numBands || style.mHeight > kMaxPictureSize)
 	{
-		Refuse("a picture of " + std::to_string(numBands) + " bands is " + std::to_string(numBands) + " to " +
-			   std::to_string(kMaxPictureSize) + " pixels high, not " + std::to_string(style.mHeight));
+		Refuse("a picture of " + std::to_string(numBands) + " bands must be " + std::to_string(numBands) +
+			   " to " + std::to_string(kMaxPictureSize) + " pixels high, not " +
+			   std::to_string(style.mHeight));
 	}
 	if (mRequest.mFormat == WaveformFormat::ePng)
 	{
