@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Writes what tells of the sonaro command: its man page and the completions for bash and zsh.
+"""Writes the documents of the sonaro command: its man page and the completions for bash and zsh.
 
     Docs/make-command-documents.py PROGRAM            writes them
-    Docs/make-command-documents.py PROGRAM --check    only tells when one has fallen behind
+    Docs/make-command-documents.py PROGRAM --check    only reports the ones that are out of date
 
-What the program's --help says is all that they know, but for the values that an option takes.
+They are made from the program's --help, except for the values that an option takes.
 """
 
 import pathlib
@@ -117,6 +117,11 @@ def footer_roff(lines):
     return text
 
 
+def option_roff(option):
+    value = " \\fI" + roff(option.value) + "\\fR" if option.value else ""
+    return [".TP", ".B " + roff(", ".join(option.names)) + value, roff(option.text) + "."]
+
+
 def man_page(main, commands):
     page = [
         "'\\\" t",
@@ -130,17 +135,17 @@ def man_page(main, commands):
         page += [".B sonaro " + command.command, roff(command.usage.strip()), ".br"]
     page += [
         ".SH DESCRIPTION",
-        "Renders OpenTimelineIO timelines (.otio, .otioz, .otiod) and sound files into sound files, draws their",
-        "waveforms and graphs, and tells what they are.",
-        "A file appears under its name only when it is whole.",
+        "Renders OpenTimelineIO timelines (.otio, .otioz, .otiod) and sound files to sound files, draws their",
+        "waveforms and graphs, and shows their formats and contents.",
+        "A file appears under its name only when it is complete.",
+        ".SH OPTIONS",
     ]
+    page += [line for option in main.options() for line in option_roff(option)]
     for command in commands:
         page += [".SH SONARO " + command.command.upper(), roff(command.summary) + "."]
         for title, options in [(None, command.entries["Positionals"])] + command.groups():
             page += [".SS " + title] if title else []
-            for option in options:
-                value = " \\fI" + roff(option.value) + "\\fR" if option.value else ""
-                page += [".TP", ".B " + roff(", ".join(option.names)) + value, roff(option.text) + "."]
+            page += [line for option in options for line in option_roff(option)]
         page += [".PP"] + footer_roff(command.footer)
     page += [".SH EXIT STATUS", ".TS", "tab(@);", "n lx."]
     page += [code + "@T{\n" + roff(text) + ".\nT}" for code, text in main.table("Exit codes")]
@@ -216,7 +221,7 @@ def main():
         elif not path.exists() or path.read_text() != text:
             behind.append(str(path))
     for path in behind:
-        print(f"{path} has fallen behind: run Docs/make-command-documents.py PROGRAM")
+        print(f"{path} is out of date: run Docs/make-command-documents.py PROGRAM")
     return 1 if behind else 0
 
 

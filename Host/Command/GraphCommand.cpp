@@ -36,15 +36,15 @@ GraphFormat ChooseFormat(std::string const& inFormat, std::string const& inOutpu
 	if (inFormat.empty() && IsStandardStream(inOutput))
 	{
 		throw HostError(HostError::Kind::eRequest,
-			"give --format for the standard output, which has no ending that names one");
+			"the standard output needs --format, since it has no name to choose by");
 	}
 	std::string const ending = std::filesystem::path(inOutput).extension().string();
 	std::string const name = inFormat.empty() ? ending : "." + inFormat;
 	if (name != ".dot" && name != ".svg" && name != ".png")
 	{
-		throw HostError(HostError::Kind::eRequest,
-			"the ending of " + QuotePath(inOutput) +
-				" names no format of graphs; end it in .svg, .png or .dot, or give --format");
+		throw HostError(HostError::Kind::eRequest, "cannot choose a format from the name " +
+													   QuotePath(inOutput) +
+													   "; end it in .svg, .png or .dot, or use --format");
 	}
 	return name == ".dot" ? GraphFormat::eDot : name == ".svg" ? GraphFormat::eSvg : GraphFormat::ePng;
 }
@@ -85,9 +85,8 @@ std::size_t FindTrack(Otio::Stack const& inStack, std::string const& inName)
 	if (places.size() != 1)
 	{
 		throw HostError(HostError::Kind::eRequest,
-			(places.empty()
-					? "there is no track '" + inName + "'"
-					: "several tracks are called '" + inName + "', of which one can be given by its number") +
+			(places.empty() ? "there is no track '" + inName + "'"
+							: "several tracks are named '" + inName + "'; choose one by its number") +
 				"; the timeline has " + list);
 	}
 	return places.front();
@@ -97,7 +96,7 @@ std::size_t FindTrack(Otio::Stack const& inStack, std::string const& inName)
 Sequence::GraphView MakeViewOf(std::size_t inTrack, Otio::TimelineSequence const& inSequence)
 {
 	Sequence::GraphView view;
-	std::string reason = "it holds no sound";
+	std::string reason = "it has no sound";
 	bool isHeard = false;
 	for (Otio::TrackRow const& row : inSequence.mTracks)
 	{
@@ -114,7 +113,7 @@ Sequence::GraphView MakeViewOf(std::size_t inTrack, Otio::TimelineSequence const
 	if (!isHeard)
 	{
 		throw HostError(HostError::Kind::eRequest, "--track: track " + std::to_string(inTrack + 1) +
-													   " is not heard (" + reason + "); give another one");
+													   " is not heard (" + reason + "); choose another one");
 	}
 	return view;
 }
@@ -124,9 +123,9 @@ void CheckNodes(GraphDrawing const& inDrawing, GraphFormat inFormat)
 	if (inFormat != GraphFormat::eDot && inDrawing.GetNumNodes() > GraphDrawing::kMaxPictureNodes)
 	{
 		throw HostError(HostError::Kind::eOutput,
-			"the graph has " + std::to_string(inDrawing.GetNumNodes()) +
-				" nodes, and pictures of more than " + std::to_string(GraphDrawing::kMaxPictureNodes) +
-				" would take very long; give --depth to draw fewer levels of nesting or --track for a single "
+			"the graph has " + std::to_string(inDrawing.GetNumNodes()) + " nodes, and laying out more than " +
+				std::to_string(GraphDrawing::kMaxPictureNodes) +
+				" would take very long; use --depth to draw fewer levels of nesting, --track for a single "
 				"track, or write .dot, which needs no layout");
 	}
 }
@@ -137,38 +136,37 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 	: Command(ioProgram, "graph", "Draw the graph that renders a timeline, with latencies")
 {
 	GetParser()
-		.add_option("INPUT", mInput, "The timeline: .otio, .otioz, .otiod")
+		.add_option("INPUT", mInput, "Timeline (.otio, .otioz, .otiod)")
 		->option_text("(required)")
 		->required();
 	GetParser()
 		.add_option("-o,--output", mOutput,
-			"The file to write, complete or not at all; an older one is replaced; - is the standard output, "
-			"with --format")
+			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+			"output, with --format")
 		->option_text("OUTPUT (required)")
 		->required();
 	GetParser()
-		.add_option("--format", mFormat, "svg, png or dot, instead of what OUTPUT ends in")
+		.add_option("--format", mFormat, "Output format: svg, png or dot (default: by the ending of OUTPUT)")
 		->option_text("NAME")
 		->check(CLI::IsMember({"svg", "png", "dot"}));
-	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Refuse to replace an older file");
-	GetParser().add_option("--rate", mSampleRate, "Samples a second of the render")->option_text("HZ");
+	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
+	GetParser().add_option("--rate", mSampleRate, "Sample rate of the render in Hz")->option_text("HZ");
 	GetParser()
-		.add_option(
-			"--layout", mLayout, "What the timeline is mixed to: mono, stereo, 5.1 or a count of channels")
+		.add_option("--layout", mLayout, "Layout of the mix: mono, stereo, 5.1 or a number of channels")
 		->option_text("NAME");
 	GetParser()
 		.add_option("--depth", mDepth,
-			"Levels of nesting to draw, from 0; what is nested deeper is one node (default: all)")
+			"Levels of nesting to draw, from 0; deeper ones become single nodes (default: all)")
 		->option_text("COUNT")
 		->check(CLI::Range(0, kMostDepth));
 	GetParser()
 		.add_option("--track", mTrack,
-			"Draw this track of the timeline alone: its name or its number, from 1, all tracks counted")
+			"Draw only this track: its name, or its number from 1, counting tracks of all kinds")
 		->option_text("NAME");
 	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
-	GetParser().add_flag("--quiet", mIsQuiet, "Tell nothing but warnings and errors");
+	GetParser().add_flag("--quiet", mIsQuiet, "Print only warnings and errors");
 	GetParser().footer(
-		"Solid lines are sound on its way, dashed ones lead from what works on it within a node.\n\n"
+		"Solid lines carry sound between nodes; dashed lines come from the processors of a node.\n\n"
 		"Examples:\n"
 		"  sonaro graph edit.otio -o graph.svg\n"
 		"  sonaro graph edit.otio -o graph.dot --media /mnt/sound\n"
@@ -185,8 +183,8 @@ int GraphCommand::Run()
 	if (!Otio::IsTimelinePath(mInput))
 	{
 		std::error_code error;
-		char const* const reason = IsStandardStream(mInput)                 ? "stands for the standard input"
-								   : std::filesystem::exists(mInput, error) ? "is no timeline by its name"
+		char const* const reason = IsStandardStream(mInput)                 ? "is the standard input"
+								   : std::filesystem::exists(mInput, error) ? "is not named as a timeline"
 																			: "does not exist";
 		throw HostError(HostError::Kind::eInput, {mInput, {}, reason, DescribeInputs()});
 	}
@@ -220,7 +218,8 @@ int GraphCommand::Run()
 	file.Commit();
 	if (!mIsQuiet)
 	{
-		PrintResult(ShowOutput(mOutput) + ": " + std::to_string(drawing.GetNumNodes()) + " nodes\n");
+		PrintResult(ShowOutput(mOutput) + ": " + std::to_string(drawing.GetNumNodes()) +
+					(drawing.GetNumNodes() == 1 ? " node\n" : " nodes\n"));
 	}
 	return sequence.mMissing.empty() ? kExitSuccess : kExitMissing;
 }

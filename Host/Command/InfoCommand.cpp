@@ -24,14 +24,14 @@ namespace
 
 using SonaroHost::AudioFileInfo;
 
-// "mono", "stereo: left, right", "7 channels without places".
+// "mono", "stereo: left, right", "7 channels, no speaker positions".
 std::string DescribeLayout(zorvmediatypes::AudioChannelLayout const& inLayout)
 {
 	std::string text = SonaroHost::GetLayoutName(inLayout);
 	std::vector<std::string> const places = SonaroHost::GetPlaceNames(inLayout);
 	if (places.empty())
 	{
-		return text + " without places";
+		return text + ", no speaker positions";
 	}
 	char const* separator = ": ";
 	for (std::size_t i = 0; i < places.size() && places.size() > 1; ++i)
@@ -56,7 +56,7 @@ std::string DescribeForPeople(AudioFileInfo const& inInfo)
 	add("Rate", std::to_string(inInfo.mSampleRate) + " Hz");
 	add("Length", SonaroHost::FormatTime(inInfo.mFrames, inInfo.mSampleRate) + " (" +
 					  std::to_string(inInfo.mFrames) + " samples" +
-					  (inInfo.mStatesLength ? ")" : "; not stated in the header, found by reading)"));
+					  (inInfo.mStatesLength ? ")" : "; not stated in the header, counted by decoding)"));
 	return text;
 }
 
@@ -79,26 +79,30 @@ std::string DescribeForMachines(AudioFileInfo const& inInfo)
 } // namespace
 
 InfoCommand::InfoCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "info", "Tell what a sound file or a timeline is")
+	: Command(ioProgram, "info", "Show the format and length of a sound file, or the contents of a timeline")
 {
 	GetParser()
 		.add_option(
-			"INPUT", mInput, "The sound file, - for the standard input, or a timeline: .otio, .otioz, .otiod")
+			"INPUT", mInput, "Sound file, - for the standard input, or timeline (.otio, .otioz, .otiod)")
 		->option_text("(required)")
 		->required();
 	GetParser()
 		.add_option("--media", mMediaFolders,
-			"A folder in which to look for a timeline's media that are not in their place; may be given "
-			"again")
+			"Folder to search for media that are not found at their own paths; can be given more than once")
 		->option_text("DIR ...")
 		->allow_extra_args(false);
-	GetParser().add_flag("--json", mAsJson, "Print it as JSON");
+	GetParser().add_flag("--json", mAsJson, "Print the result as JSON");
 	GroupByInput(GetParser(), {}, {"--media"});
+	// Without one of its own a command would show that of the program.
+	GetParser().footer("Examples:\n"
+					   "  sonaro info interview.wav\n"
+					   "  sonaro info edit.otio --media /mnt/sound\n"
+					   "  sonaro render edit.otio -o - | sonaro info -");
 }
 
 std::string InfoCommand::DescribeInputs() const
 {
-	return "info takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+	return "info accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
 		   ".otiod)";
 }
 
@@ -109,7 +113,7 @@ int InfoCommand::Run()
 		std::vector<std::filesystem::path> const folders(mMediaFolders.begin(), mMediaFolders.end());
 		return TellOfTimeline(mInput, folders, mAsJson);
 	}
-	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
+	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
 	AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput);
 	PrintResult(mAsJson ? DescribeForMachines(info) : DescribeForPeople(info));
 	return kExitSuccess;

@@ -44,7 +44,7 @@ int RunCommand(Command& ioCommand)
 	{
 		bool const isStream = error.GetParts().mFile.empty();
 		PrintError(std::string(error.what()) + "; " + ioCommand.DescribeInputs() +
-				   (isStream ? ", timelines from files alone" : ""));
+				   (isStream ? ", timelines only from files" : ""));
 		return kExitFailure;
 	}
 	catch (HostError const& error)
@@ -54,7 +54,7 @@ int RunCommand(Command& ioCommand)
 	}
 	catch (std::bad_alloc const&)
 	{
-		PrintError("there is not enough memory");
+		PrintError("not enough memory");
 	}
 	catch (std::exception const& error)
 	{
@@ -84,21 +84,21 @@ int main(int inCount, char** inArguments)
 	HoldStandardStreams();
 	MakeFailedWritesErrors();
 	StopSignals::Watch();
-	CLI::App program("Renders sound, exact to the sample.", "sonaro");
+	CLI::App program("Renders the sound of timelines and sound files, exact to the sample.", "sonaro");
 	program.set_version_flag("--version", "sonaro " SONARO_VERSION);
 	program.require_subcommand(1);
 	program.footer(
-		"\"sonaro COMMAND --help\" tells more about a command.\n"
+		"\"sonaro COMMAND --help\" describes a command and its options.\n"
 		"\n"
 		"Exit codes:\n"
-		"  0  Done\n"
-		"  1  The input or the output failed, or --strict found something\n"
-		"  2  Wrong usage: a word of the command line makes no sense, by itself or for this input\n"
-		"  3  Media of a timeline are missing and silent in the output, or nothing at all is heard\n"
+		"  0  Success\n"
+		"  1  An input or output error, or a problem that --strict does not accept\n"
+		"  2  Wrong usage: an option or argument is not valid, by itself or for this input\n"
+		"  3  Media of a timeline are missing: the output is written, with silence in their place; or\n"
+		"     nothing in the timeline is heard: nothing is written\n"
 		"\n"
 		"Environment:\n"
-		"  TMPDIR  The folder for what is needed meanwhile, such as the unpacked media of bundles;\n"
-		"          without it /tmp");
+		"  TMPDIR  The folder for temporary files, such as the unpacked media of bundles (default: /tmp)");
 
 	std::vector<std::unique_ptr<Command>> commands;
 	commands.push_back(std::make_unique<RenderCommand>(program));

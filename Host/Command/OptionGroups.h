@@ -18,7 +18,7 @@ inline constexpr char const* kForTimelines = "Timelines";
 void GroupByInput(CLI::App& ioParser, std::initializer_list<char const*> inForSoundFiles,
 	std::initializer_list<char const*> inForTimelines);
 
-// Throws a HostError for any option of a group that was given, as "--stems is for timelines".
+// Throws a HostError for any option of a group that was given, as "--stems applies only to timelines".
 void RefuseGroup(CLI::App& ioParser, char const* inGroup, std::string const& inWhy);
 
 } // namespace SonaroCommand

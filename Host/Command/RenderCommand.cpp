@@ -35,7 +35,7 @@ std::vector<unsigned> ParseChannels(std::string_view inText)
 		if (error != std::errc() || end != field.data() + field.size() || channel < 1)
 		{
 			Refuse("--channels: '" + std::string(inText) +
-				   "' is no list of channels; give numbers from 1 on with commas between, like 2,1");
+				   "' is not a list of channels; use numbers from 1, separated by commas, like 2,1");
 		}
 		channels.push_back(channel - 1);
 		if (comma == std::string_view::npos)
@@ -57,7 +57,7 @@ SN::AudioChannelMix::MixdownType51 GetMixdown(std::string const& inName)
 } // namespace
 
 RenderCommand::RenderCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "render", "Render sound files, one after the other, or a timeline"),
+	: Command(ioProgram, "render", "Render sound files, joined end to end, or a timeline"),
 	  mTimeline(GetParser(), mOptions)
 {
 	AddFileOptions();
@@ -90,19 +90,20 @@ void RenderCommand::AddFileOptions()
 {
 	GetParser()
 		.add_option("INPUT", mInputs,
-			"Sound files, each one where the one before ends: WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 "
-			"...; - is the standard input; or a timeline: .otio, .otioz, .otiod")
+			"One or more sound files, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 "
+			"...), - for the standard input, or a single timeline (.otio, .otioz, .otiod)")
 		->option_text("(required) ...")
 		->required();
 	GetParser()
 		.add_option("--at", mPositions,
-			"Where an input begins, once for each in their order; gaps are silent, and where inputs overlap, "
-			"the one given later is heard")
+			"Start of an input, once per input, in order; --speed divides it. Gaps are silent, and where "
+			"inputs overlap, the one given later is heard")
 		->option_text("TIME ...")
 		->allow_extra_args(false);
 	GetParser()
 		.add_option("-o,--output", mOptions.mOutput,
-			"The file to write, complete or not at all; an older one is replaced; - is the standard output")
+			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+			"output")
 		->option_text("OUTPUT (required)")
 		->required();
 }
@@ -110,50 +111,51 @@ void RenderCommand::AddFileOptions()
 void RenderCommand::AddFormatOptions()
 {
 	GetParser()
-		.add_option("--format", mOptions.mFormat, "wav, aiff, flac or caf, instead of what OUTPUT ends in")
+		.add_option("--format", mOptions.mFormat,
+			"Output format: wav, aiff, flac or caf (default: by the ending of OUTPUT)")
 		->option_text("NAME")
 		->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
 	GetParser()
 		.add_option(
-			"--bits", mOptions.mBits, "16, 24 or 32f, which is 32-bit float (default: 32f, for FLAC 24)")
+			"--bits", mOptions.mBits, "Sample format: 16, 24 or 32f (float) (default: 32f; for FLAC 24)")
 		->option_text("BITS")
 		->check(CLI::IsMember({"16", "24", "32f"}));
 	GetParser()
 		.add_option("--dither", mOptions.mDither,
-			"tpdf or none (default: tpdf where 16 bits round the input's samples, else none)")
+			"Dither: tpdf or none (default: tpdf if samples are rounded to 16 bits, else none)")
 		->option_text("KIND")
 		->check(CLI::IsMember({"tpdf", "none"}));
-	GetParser().add_flag("--no-overwrite", mOptions.mKeepsOldFile, "Refuse to replace an older file");
+	GetParser().add_flag("--no-overwrite", mOptions.mKeepsOldFile, "Fail if an output file already exists");
 }
 
 void RenderCommand::AddRangeOptions()
 {
-	GetParser().add_option("--start", mStart, "Where in the only input to begin")->option_text("TIME");
+	GetParser().add_option("--start", mStart, "Where to start in a single input")->option_text("TIME");
 	GetParser()
-		.add_option("--duration", mDuration, "How much of the only input to render, at most to its end")
+		.add_option("--duration", mDuration, "How much of a single input to render, at most to its end")
 		->option_text("TIME");
-	GetParser().add_flag("--reverse", mIsReverse, "The whole from the end to the start");
+	GetParser().add_flag("--reverse", mIsReverse, "Render in reverse");
 	GetParser()
-		.add_option(
-			"--block", mOptions.mBlockFrames, "Samples rendered at a time, 1 to 262144 (default: 4096)")
+		.add_option("--block", mOptions.mBlockFrames, "Block size in samples, 1 to 262144 (default: 4096)")
 		->option_text("SAMPLES")
 		->check(CLI::Range(1u, kMaxBlockFrames));
 	GetParser().add_flag("--as-playback", mIsPlayback,
-		"Read ahead on another thread as a player does, with the same result, and tell how that went");
+		"Read ahead on another thread, as during playback, and report misses; the output is the same");
 }
 
 void RenderCommand::AddTrackOptions()
 {
 	GetParser()
 		.add_option("--speed", mSpeed,
-			"How fast it plays, 0.01 to 100, resampled, so that pitch follows: at 2 an octave up, half as "
+			"Playback speed, 0.01 to 100, by resampling, so that pitch follows: 2 is an octave up and half "
+			"as "
 			"long")
 		->option_text("S");
 	GetParser()
 		.add_option("--rate", mOptions.mSampleRate,
-			"Samples a second of the output, resampled (default: those of the first input, of a timeline "
-			"those of "
-			"most of its clips)")
+			"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first "
+			"input; of "
+			"a timeline, that of most clips)")
 		->option_text("HZ");
 }
 
@@ -161,44 +163,44 @@ void RenderCommand::AddLevelOptions()
 {
 	GetParser()
 		.add_option("--gain-db", mOptions.mGainDecibels,
-			"Decibels to make it louder, or below 0 softer; not together with --normalize")
+			"Gain in dB, -200 to 200; cannot be combined with --normalize")
 		->option_text("DB");
 	GetParser()
 		.add_option("--normalize", mOptions.mLevels.mNormalizeLoudness,
-			"The loudness that the output gets, such as -16; of a timeline, the mix")
+			"Target integrated loudness in LUFS, -70 to 0, such as -16; with stems, that of the mix")
 		->option_text("LUFS");
 	GetParser()
 		.add_option("--limit-dbtp", mOptions.mLevels.mLimitDecibels,
-			"The highest true peak of the output, such as -1 (default: no limit)")
+			"Limit true peaks of each file, in dBTP, -60 to 20, such as -1 (default: no limit)")
 		->option_text("DB");
 	GetParser()
-		.add_option("--fade-in", mOptions.mFadeIn,
-			"Rise from silence at the start of each file, in a straight line of amplitude")
+		.add_option("--fade-in", mOptions.mFadeIn, "Fade in at the start of each file, linear in amplitude")
 		->option_text("TIME");
 	GetParser()
 		.add_option("--fade-out", mOptions.mFadeOut,
-			"Fall to silence at the end of each file; the last sample is silent")
+			"Fade out at the end of each file, linear in amplitude; the last sample is silent")
 		->option_text("TIME");
 }
 
 void RenderCommand::AddChannelOptions()
 {
 	GetParser()
-		.add_option(
-			"--channels", mChannels, "Channels of the only input from 1 on, in their new order, like 2,1")
+		.add_option("--channels", mChannels,
+			"Channels of a single input to use, from 1, in their new order, like 2,1")
 		->option_text("LIST");
 	GetParser()
 		.add_option("--layout", mOptions.mLayout,
-			"What the channels become: mono, stereo, 5.1, or so many channels without places, by position "
-			"(default: the widest layout of the inputs, the one that a timeline names, or stereo)")
+			"Output layout: mono, stereo, 5.1, or a number of channels without speaker positions, in order "
+			"(default: the widest layout of the inputs; of a timeline, its own, or stereo)")
 		->option_text("NAME");
 	GetParser()
 		.add_option("--pan", mPan,
-			"Where the sound stands, from 0 (left) over 0.5 (middle) to 1 (right); mono becomes stereo")
+			"Pan, 0 (left) to 1 (right), 0.5 is the centre; mono becomes stereo (in timelines: -1 to 1)")
 		->option_text("X");
 	GetParser()
 		.add_option("--mixdown", mMixdown,
-			"What of 5.1 is heard in mono and stereo: front, front-rear, front-lfe or all (default: front)")
+			"Channels of 5.1 to mix down to mono or stereo: front, front-rear, front-lfe or all (default: "
+			"front)")
 		->option_text("NAME")
 		->check(CLI::IsMember({"front", "front-rear", "front-lfe", "all"}));
 }
@@ -207,15 +209,15 @@ void RenderCommand::AddReportOptions()
 {
 	GetParser()
 		.add_option("--report", mOptions.mReport,
-			"Write as JSON what lies where, how loud it is, and what became of a timeline's parts")
+			"Write a JSON report of positions, loudness and, for a timeline, its clips, tracks and notes")
 		->option_text("FILE");
-	GetParser().add_flag("--quiet", mOptions.mIsQuiet, "Tell nothing but warnings and errors");
-	GetParser().add_flag("--json", mOptions.mAsJson, "Print the summary as JSON on the standard output");
+	GetParser().add_flag("--quiet", mOptions.mIsQuiet, "Print only warnings and errors");
+	GetParser().add_flag("--json", mOptions.mAsJson, "Print the summary as JSON");
 }
 
 std::string RenderCommand::DescribeInputs() const
 {
-	return "render takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+	return "render accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
 		   ".otiod)";
 }
 
@@ -226,7 +228,7 @@ int RenderCommand::Run()
 		CheckOptionsFitTimelines();
 		return mTimeline.Run(mInputs.front());
 	}
-	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
+	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
 	MakeRoomForOutputs({mOptions.mOutput, mOptions.mReport});
 	ClipRenderJob job(MakeRequest());
 	CheckReport(mOptions, ReportFolder::eIsThere);
@@ -234,8 +236,9 @@ int RenderCommand::Run()
 	{
 		if (!clip.GetInfo().mStatesLength)
 		{
-			PrintWarning(QuoteInput(clip.GetInfo().mPath) + " states no length; it has the " +
-						 std::to_string(clip.GetInfo().mFrames) + " samples that can be read");
+			PrintWarning(QuoteInput(clip.GetInfo().mPath) + " states no length in its header; using the " +
+						 std::to_string(clip.GetInfo().mFrames) +
+						 (clip.GetInfo().mFrames == 1 ? " sample" : " samples") + " that can be read");
 		}
 	}
 	Report(job, Render(job));
@@ -252,12 +255,12 @@ void RenderCommand::GroupOptions()
 
 void RenderCommand::CheckOptionsFitTimelines()
 {
-	constexpr char const* kWhy = "is for sound files; a timeline says itself what becomes of them";
+	constexpr char const* kWhy = "applies only to sound files; a timeline sets this itself";
 	for (char const* const name : {"--start", "--duration"})
 	{
 		if (GetParser().get_option(name)->count() > 0)
 		{
-			Refuse(std::string(name) + " " + kWhy + " (--range renders a part of it)");
+			Refuse(std::string(name) + " " + kWhy + "; use --range to render a part of it");
 		}
 	}
 	RefuseGroup(GetParser(), kForSoundFiles, kWhy);
@@ -281,8 +284,9 @@ std::vector<ClipInput> RenderCommand::MakeInputs() const
 {
 	if (!mPositions.empty() && mPositions.size() != mInputs.size())
 	{
-		Refuse("--at was given " + std::to_string(mPositions.size()) + " times for " +
-			   std::to_string(mInputs.size()) + " inputs; give it once for each, or not at all");
+		Refuse("--at is given " + std::to_string(mPositions.size()) +
+			   (mPositions.size() == 1 ? " time for " : " times for ") + std::to_string(mInputs.size()) +
+			   (mInputs.size() == 1 ? " input" : " inputs") + "; give it once per input, or not at all");
 	}
 	std::vector<ClipInput> inputs;
 	if (mInputs.size() == 1)
@@ -296,8 +300,8 @@ std::vector<ClipInput> RenderCommand::MakeInputs() const
 		{
 			if (!text->empty())
 			{
-				Refuse(
-					std::string(option) + " is for a single input; render the parts to files of their own");
+				Refuse(std::string(option) +
+					   " applies only to a single input; render the parts to separate files first");
 			}
 		}
 		for (std::string const& path : mInputs)
@@ -375,9 +379,10 @@ void RenderCommand::WarnOfMisses(PlaybackSummary const& inPlayback) const
 	{
 		if (std::uint64_t const missed = inPlayback.mMissedFramesOfInputs[i]; missed > 0)
 		{
-			PrintWarning(std::to_string(missed) + " samples of " + QuotePath(mInputs[i]) +
-						 " were not there when they were due and are silent in " +
-						 QuotePath(mOptions.mOutput));
+			PrintWarning(std::to_string(missed) + (missed == 1 ? " sample of " : " samples of ") +
+						 QuotePath(mInputs[i]) +
+						 (missed == 1 ? " was not read in time and is" : " were not read in time and are") +
+						 " silent in " + QuotePath(mOptions.mOutput));
 		}
 	}
 }

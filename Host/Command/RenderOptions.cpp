@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "TimeOption.h"
 
@@ -43,7 +44,7 @@ float ToGain(double inDecibels)
 	// Written so that what is not a number fails it.
 	if (!(std::abs(inDecibels) <= kLargestGainDecibels))
 	{
-		Refuse("--gain-db: give decibels from -200 to 200");
+		Refuse("--gain-db: " + FormatNumber(inDecibels) + " is out of range; use -200 to 200");
 	}
 	return inDecibels == 0.0 ? 1.0f : static_cast<float>(std::pow(10.0, inDecibels / 20.0));
 }
@@ -64,8 +65,8 @@ OutputContainer RenderOptions::ChooseContainer() const
 	auto const container = mFormat.empty() ? FindContainerByEnding(mOutput) : FindContainer(mFormat);
 	if (!container)
 	{
-		Refuse("the ending of " + QuotePath(mOutput) +
-			   " names no output format; end it in .wav, .aiff, .flac or .caf, or give --format");
+		Refuse("cannot choose a format from the name " + QuotePath(mOutput) +
+			   "; end it in .wav, .aiff, .flac or .caf, or use --format");
 	}
 	return *container;
 }
@@ -80,7 +81,7 @@ std::optional<SN::AudioChannelLayout> RenderOptions::ParseLayout() const
 	if (!layout)
 	{
 		Refuse("--layout: '" + mLayout +
-			   "' is no layout; give mono, stereo, 5.1 or a number of channels from 1 to " +
+			   "' is not a layout; use mono, stereo, 5.1 or a number of channels from 1 to " +
 			   std::to_string(kMaxChannels));
 	}
 	return layout;

@@ -39,9 +39,10 @@ double GetRealTimeFactor(RenderSummary const& inSummary)
 std::string DescribePlayback(PlaybackSummary const& inPlayback)
 {
 	ReadAheadReport const& readAhead = inPlayback.mReadAhead;
-	return "read ahead: " + std::to_string(inPlayback.mMisses) + " misses, disk load at most " +
+	return "read ahead: " + std::to_string(inPlayback.mMisses) +
+		   (inPlayback.mMisses == 1 ? " miss" : " misses") + ", disk load at most " +
 		   std::to_string(readAhead.mDiskLoadPercent) + " %" +
-		   (readAhead.mGivenUp > 0 ? ", " + std::to_string(readAhead.mGivenUp) + " batches asked for again"
+		   (readAhead.mGivenUp > 0 ? ", " + std::to_string(readAhead.mGivenUp) + " batches requested again"
 								   : "") +
 		   (readAhead.mWasBehind ? ", fell behind" : ", never behind") + "\n";
 }

@@ -83,16 +83,19 @@ void WarnOfLevels(RenderSummary const& inFiles)
 	{
 		if (file.mClippedSamples > 0)
 		{
-			PrintWarning(std::to_string(file.mClippedSamples) + " samples of " + QuotePath(file.mPath) +
-						 " were clipped at full scale (peak " + FormatPeak(file.mPeak) +
-						 "); lower --gain-db, give --limit-dbtp -1, or write floats with --bits 32f");
+			PrintWarning(std::to_string(file.mClippedSamples) +
+						 (file.mClippedSamples == 1 ? " sample of " : " samples of ") +
+						 QuotePath(file.mPath) + (file.mClippedSamples == 1 ? " was" : " were") +
+						 " clipped at full scale (peak " + FormatPeak(file.mPeak) +
+						 "); lower --gain-db, use --limit-dbtp -1, or write floats with --bits 32f");
 		}
 	}
 	constexpr double kTolerance = 0.1;
 	if (std::fabs(inFiles.mLoudnessError) > kTolerance)
 	{
 		std::array<char, 96> text{};
-		std::snprintf(text.data(), text.size(), "with the limiter the loudness stays %.1f LU %s --normalize",
+		std::snprintf(text.data(), text.size(),
+			"the limiter keeps the loudness %.1f LU %s the --normalize target",
 			std::fabs(inFiles.mLoudnessError), inFiles.mLoudnessError < 0.0 ? "below" : "above");
 		PrintWarning(text.data());
 	}

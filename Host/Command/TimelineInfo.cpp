@@ -115,7 +115,7 @@ std::string DescribeProgrammeForPeople(Described const& inDescribed)
 	}
 	text += "Length    " + (timecode ? timecode->GetLength(length) + ", " : "") +
 			FormatLength(sequence.mFrames, sequence.mSampleRate) + "\n";
-	text += "Rate      " + (timecode ? FormatRate(timecode->GetRate()) + " frames a second, " : "") +
+	text += "Rate      " + (timecode ? FormatRate(timecode->GetRate()) + " fps, " : "") +
 			std::to_string(sequence.mSampleRate) + " Hz\n";
 	return text + "Layout    " + GetLayoutName(sequence.mLayout) + "\n";
 }

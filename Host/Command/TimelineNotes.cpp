@@ -60,6 +60,15 @@ std::string DescribePlace(std::string const& inPlace)
 	return inPlace.empty() ? "" : " (" + ShortenMiddle(inPlace, kLongestPlace) + ")";
 }
 
+// What to do about missing media whose reason leaves it open; nothing for other reasons.
+char const* DescribeRemedy(std::string const& inReason)
+{
+	return inReason == "does not exist" ? "; pass its folder with --media DIR"
+		   : inReason.starts_with("covers ")
+			   ? "; correct the source_range of the clip or the available_range of its media"
+			   : "";
+}
+
 // The clip that is named stands for all of them.
 std::string Describe(MissingFile const& inFile)
 {
@@ -68,13 +77,20 @@ std::string Describe(MissingFile const& inFile)
 	std::string const clips =
 		inFile.mClips == 1 ? where + " is silent"
 						   : std::to_string(inFile.mClips) + " clips are silent, the first one " + where;
-	return clips + ": " + DescribeReason(first) + DescribePlace(first.mPlace);
+	return clips + ": " + DescribeReason(first) + DescribePlace(first.mPlace) + DescribeRemedy(first.mReason);
 }
 
 std::string Describe(Note const& inNote)
 {
 	std::string const where = DescribeWhere(inNote.mClip, inNote.mTrack);
 	return where + (where.empty() ? "" : ": ") + inNote.mText + DescribePlace(inNote.mPlace);
+}
+
+// " (and 2 more places)"; nothing for none.
+std::string DescribeMore(std::size_t inPlaces)
+{
+	return inPlaces == 0 ? ""
+						 : " (and " + std::to_string(inPlaces) + " more place" + (inPlaces == 1 ? ")" : "s)");
 }
 
 // A guess that is the same in several places, such as one about a file that many clips use, gets one line, with the
@@ -93,7 +109,7 @@ std::vector<std::string> DescribeEachOnce(std::vector<Note const*> const& inNote
 		if (std::size_t const count = isGuess ? std::exchange(counts[note->mText], 0) : 1; count > 0)
 		{
 			texts.push_back(
-				Describe(*note) + (count > 1 ? ", and so in " + std::to_string(count - 1) + " more" : ""));
+				std::string(GetName(note->mKind)) + ": " + Describe(*note) + DescribeMore(count - 1));
 		}
 	}
 	return texts;
@@ -176,7 +192,7 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 	}
 	for (std::string const& text : DescribeEachOnce(unread))
 	{
-		warn("level not read: " + text);
+		warn(text);
 	}
 	for (MissingFile const& file : GroupByFile(inMissing))
 	{
@@ -188,8 +204,9 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 	}
 	if (lines > kMostLines)
 	{
-		PrintWarning(
-			"and " + std::to_string(lines - kMostLines) + " more; --report and --json tell them all");
+		std::size_t const rest = lines - kMostLines;
+		PrintWarning(std::to_string(rest) + (rest == 1 ? " more warning is" : " more warnings are") +
+					 " not shown; use --report or --json to list all");
 	}
 }
 

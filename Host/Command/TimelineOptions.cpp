@@ -9,14 +9,13 @@ void AddTimelineOptions(CLI::App& ioParser, std::vector<std::string>& outMediaFo
 {
 	ioParser
 		.add_option("--media", outMediaFolders,
-			"A folder in which to look for a timeline's media that are not in their place; may be given "
-			"again")
+			"Folder to search for media that are not found at their own paths; can be given more than once")
 		->option_text("DIR ...")
 		->allow_extra_args(false);
 	ioParser
 		.add_option("--fades", outFades,
-			"The shape of a timeline's transitions and fades that name none: linear, equal-power or s-curve "
-			"(default: equal-power)")
+			"Curve of transitions and fades that name none: linear, equal-power or s-curve (default: "
+			"equal-power)")
 		->option_text("NAME")
 		->check(CLI::IsMember({"linear", "equal-power", "s-curve"}));
 }

@@ -28,7 +28,7 @@ constexpr char const* kStrictInMedia = "media";
 std::string CheckStrictness(std::string const& inValue)
 {
 	bool const isKnown = inValue == "true" || inValue == "all" || inValue == kStrictInMedia;
-	return isKnown ? "" : "there is no '" + inValue + "'; give --strict=media or --strict=all";
+	return isKnown ? "" : "'" + inValue + "' is not valid; use --strict=media or --strict=all";
 }
 
 } // namespace
@@ -43,23 +43,21 @@ void TimelineRender::AddOptions()
 {
 	mParser
 		.add_option("--range", mRange,
-			"The part of a timeline to render: START..END, START.., ..END or START+DURATION, in times, "
-			"timecode or "
-			"names of markers, or a marker's name")
+			"Render only this part: START..END, START.., ..END, START+DURATION or the name of a marker. "
+			"START and END "
+			"are times, timecode or names of markers")
 		->option_text("RANGE");
-	mParser
-		.add_option("--stems", mStems,
-			"Write a timeline's track or marker each into a file of its own, in the folder OUTPUT")
+	mParser.add_option("--stems", mStems, "Write one file per track or per marker into the folder OUTPUT")
 		->option_text("WHAT")
 		->check(CLI::IsMember({"track", "marker"}));
 	AddTimelineOptions(mParser, mMediaFolders, mFades);
 	mParser
 		.add_flag("--strict", mStrict,
-			"Write nothing but the report and end with 1 when media of a timeline are missing "
-			"(--strict=media) or "
-			"also when something in it was guessed or ignored (--strict=all, or --strict alone); without it "
-			"the "
-			"program ends with 3 when media are missing")
+			"Fail with exit code 1, and write only the report, if media are missing "
+			"(--strict=media), or "
+			"also if anything was guessed, ignored or not read (--strict or --strict=all). Without it, "
+			"missing "
+			"media are rendered as silence, with exit code 3")
 		->check(CheckStrictness);
 }
 
@@ -69,7 +67,8 @@ bool TimelineRender::IsMeant(std::vector<std::string> const& inInputs) const
 		inInputs.begin(), inInputs.end(), [](std::string const& inInput) { return IsTimelinePath(inInput); });
 	if (found != inInputs.end() && inInputs.size() > 1)
 	{
-		Refuse(QuotePath(*found) + " is a timeline, which is rendered by itself; give no other inputs");
+		Refuse(
+			QuotePath(*found) + " is a timeline and cannot be combined with other inputs; render it alone");
 	}
 	return found != inInputs.end();
 }
@@ -95,7 +94,7 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 	if (!mStems.empty() && IsStandardStream(mShared.mOutput))
 	{
-		Refuse("--stems: stems are files of their own; give a folder as the output");
+		Refuse("--stems writes several files; use -o with a folder instead of -");
 	}
 	request.mStems = mStems.empty() ? Stems::eNone : mStems == "track" ? Stems::eTracks : Stems::eMarkers;
 	// A folder's name ends in nothing.
@@ -117,16 +116,17 @@ void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string c
 	{
 		return;
 	}
-	std::string const reason = missing > 0 ? std::to_string(missing) + " clips have no media"
-										   : std::string("something was guessed or ignored");
+	std::string const reason =
+		missing > 0 ? std::to_string(missing) + (missing == 1 ? " clip has no media" : " clips have no media")
+					: std::string("parts of the timeline were guessed, ignored or not read");
 	if (!mShared.mReport.empty())
 	{
 		WriteReport(mShared, ReportRefusal(inInput, inJob, mShared.mLevels, reason));
 	}
 	throw HostError(HostError::Kind::eInput,
-		(mShared.mReport.empty() ? "nothing was written" : "nothing but the report was written") +
-			std::string(", since ") + (isStrictInAll ? "--strict" : "--strict=media") + " was given and " +
-			reason);
+		(mShared.mReport.empty() ? "nothing was written" : "only the report was written") +
+			std::string(" because of ") + (isStrictInAll ? "--strict" : "--strict=media") + ": " + reason +
+			"; see the warnings");
 }
 
 void TimelineRender::Report(

@@ -180,7 +180,7 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 	if (std::size_t const levels = CountUnreadLevels(inJob.GetNotes()))
 	{
 		text += std::to_string(levels) + (levels == 1 ? " level" : " levels") +
-				" of other programs not read: parts may be too loud or too soft\n";
+				" of other programs not read: parts may be too loud or too quiet\n";
 	}
 	std::array<char, 64> speed{};
 	std::snprintf(speed.data(), speed.size(), "%.0f times faster than real time\n",

@@ -62,11 +62,23 @@ std::optional<std::string> FindNearest(std::string_view inWord, std::vector<std:
 	return nearest;
 }
 
+// "wav, aiff or caf".
+std::string JoinWords(std::vector<std::string> const& inWords)
+{
+	std::string text;
+	for (std::size_t index = 0; index < inWords.size(); ++index)
+	{
+		text += index == 0 ? "" : index + 1 == inWords.size() ? " or " : ", ";
+		text += inWords[index];
+	}
+	return text;
+}
+
 std::string DescribeUnknown(
 	char const* inKind, std::string const& inWord, std::vector<std::string> const& inKnown)
 {
 	auto const nearest = FindNearest(inWord, inKnown);
-	return std::string("there is no ") + inKind + " " + SonaroHost::QuotePath(inWord) +
+	return std::string("unknown ") + inKind + " " + SonaroHost::QuotePath(inWord) +
 		   (nearest ? "; did you mean " + *nearest + "?" : "");
 }
 
@@ -122,12 +134,51 @@ std::string DescribeNoCommand(CLI::App const& inProgram, CLI::ParseError const& 
 		return inError.what();
 	}
 	auto const words = inProgram.remaining();
-	return words.empty() ? "give a command"
+	return words.empty() ? "no command given; use " + JoinWords(ListCommands(inProgram))
 						 : DescribeUnknown("command", words.front(), ListCommands(inProgram));
 }
 
+// "16,24,32f" to words.
+std::vector<std::string> SplitWords(std::string const& inList)
+{
+	std::vector<std::string> words;
+	for (std::size_t start = 0; start <= inList.size();)
+	{
+		std::size_t const end = std::min(inList.find(',', start), inList.size());
+		words.push_back(inList.substr(start, end - start));
+		start = end + 1;
+	}
+	return words;
+}
+
+// Describes a value that a check of the option refuses. The library writes "--bits: 12 not in {16,24,32f}" and
+// "--block: Value 0 not in range 1 to 262144".
+std::string DescribeRefusedValue(std::string const& inText)
+{
+	constexpr std::string_view kRange = " not in range ";
+	constexpr std::string_view kSet = " not in {";
+	constexpr std::string_view kValue = "Value ";
+	std::size_t const colon = inText.find(": ");
+	std::size_t const range = inText.rfind(kRange);
+	std::size_t const set = inText.rfind(kSet);
+	if (colon == std::string::npos || (range == std::string::npos && set == std::string::npos))
+	{
+		return inText;
+	}
+	std::string const option = inText.substr(0, colon + 2);
+	if (range != std::string::npos)
+	{
+		std::size_t const start = colon + 2 + kValue.size();
+		return option + inText.substr(start, range - start) + " is out of range; use " +
+			   inText.substr(range + kRange.size());
+	}
+	std::string const value = inText.substr(colon + 2, set - colon - 2);
+	std::string const list = inText.substr(set + kSet.size(), inText.rfind('}') - set - kSet.size());
+	return option + "'" + value + "' is not valid; use " + JoinWords(SplitWords(list));
+}
+
 // The library's own words name the option and leave out what to do.
-std::string DescribeWrongValue(CLI::ParseError const& inError)
+std::string DescribeWrongValue(CLI::App const& inParser, CLI::ParseError const& inError)
 {
 	std::string const text = inError.what();
 	std::string const option = text.substr(0, text.find(':'));
@@ -141,10 +192,20 @@ std::string DescribeWrongValue(CLI::ParseError const& inError)
 		std::string const pair = text.substr(text.find(':') + 1);
 		std::size_t const start = pair.find_first_not_of(' ');
 		std::size_t const equals = pair.find(" = ");
-		return equals == std::string::npos ? text
-										   : pair.substr(start, equals - start) + ": '" +
-												 pair.substr(equals + 3) + "' is no number that fits";
+		if (equals == std::string::npos)
+		{
+			return text;
+		}
+		std::string const name = pair.substr(start, equals - start);
+		CLI::Option const* const converted = inParser.get_option_no_throw(name);
+		bool const isWhole = converted && converted->get_type_name().find("FLOAT") == std::string::npos;
+		return name + ": '" + pair.substr(equals + 3) + "' is not valid; use a " +
+			   (isWhole ? "whole number" : "number");
 	}
+	case CLI::ExitCodes::ValidationError:
+		return DescribeRefusedValue(text);
+	case CLI::ExitCodes::ExtrasError:
+		return "unexpected argument: " + text.substr(std::min(text.find(": "), text.size() - 2) + 2);
 	default:
 		return text;
 	}
@@ -160,8 +221,8 @@ std::string DescribeUsageError(CLI::App const& inProgram, CLI::ParseError const&
 		return DescribeNoCommand(inProgram, inError) + " (see sonaro --help)";
 	}
 	auto const unknown = FindUnknownOption(*chosen.front());
-	return unknown.value_or(DescribeWrongValue(inError)) + " (see sonaro " + chosen.front()->get_name() +
-		   " --help)";
+	return unknown.value_or(DescribeWrongValue(*chosen.front(), inError)) + " (see sonaro " +
+		   chosen.front()->get_name() + " --help)";
 }
 
 } // namespace SonaroCommand

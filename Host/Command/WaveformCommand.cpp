@@ -49,7 +49,7 @@ WaveformFormat ChooseFormat(std::string const& inFormat, std::string const& inOu
 {
 	if (inFormat.empty() && IsStandardStream(inOutput))
 	{
-		Refuse("give --format for the standard output, which has no ending that names one");
+		Refuse("the standard output needs --format, since it has no name to choose by");
 	}
 	std::string const ending = std::filesystem::path(inOutput).extension().string();
 	std::string const name = ToLower(!inFormat.empty() ? inFormat : ending.empty() ? "" : ending.substr(1));
@@ -60,8 +60,8 @@ WaveformFormat ChooseFormat(std::string const& inFormat, std::string const& inOu
 			return format.mFormat;
 		}
 	}
-	Refuse("the ending of " + QuotePath(inOutput) +
-		   " names no format of waveforms; end it in .png, .svg, .json or .dat, or give --format");
+	Refuse("cannot choose a format from the name " + QuotePath(inOutput) +
+		   "; end it in .png, .svg, .json or .dat, or use --format");
 }
 
 char const* GetName(WaveformFormat inFormat)
@@ -80,8 +80,8 @@ void ParseColour(std::string const& inOption, std::string const& inText, Colour&
 	auto const colour = Colour::Parse(inText);
 	if (!colour)
 	{
-		Refuse(inOption + ": '" + inText +
-			   "' is no colour; give #rrggbb, #rrggbbaa with what it covers, or none");
+		Refuse(
+			inOption + ": '" + inText + "' is not a colour; use #rrggbb, #rrggbbaa (with opacity) or none");
 	}
 	ioColour = *colour;
 }
@@ -141,27 +141,27 @@ std::string DescribeForMachines(std::string const& inInput, std::string const& i
 } // namespace
 
 WaveformCommand::WaveformCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "waveform",
-		  "Draw the waveform of a sound file or a timeline, or write it for other programs"),
+	: Command(ioProgram, "waveform", "Draw the waveform of a sound file or timeline, or write it as data"),
 	  mHeight(WaveformStyle().mHeight),
 	  mFloorDecibels(WaveformStyle().mFloorDecibels)
 {
 	GetParser()
 		.add_option(
-			"INPUT", mInput, "The sound file, - for the standard input, or a timeline: .otio, .otioz, .otiod")
+			"INPUT", mInput, "Sound file, - for the standard input, or timeline (.otio, .otioz, .otiod)")
 		->option_text("(required)")
 		->required();
 	GetParser()
 		.add_option("-o,--output", mOutput,
-			"The file to write, complete or not at all; an older one is replaced; - is the standard output, "
-			"with --format")
+			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+			"output, with --format")
 		->option_text("OUTPUT (required)")
 		->required();
 	GetParser()
-		.add_option("--format", mFormat, "png, svg, json or dat, instead of what OUTPUT ends in")
+		.add_option(
+			"--format", mFormat, "Output format: png, svg, json or dat (default: by the ending of OUTPUT)")
 		->option_text("NAME")
 		->check(CLI::IsMember({"png", "svg", "json", "dat"}, CLI::ignore_case));
-	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Refuse to replace an older file");
+	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
 	AddRangeOptions();
 	AddPictureOptions();
 	AddDataOptions();
@@ -170,7 +170,7 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 	GroupByInput(GetParser(), {"--start", "--duration", "--samples-per-column", "--channels", "--bits"},
 		{"--media", "--fades"});
 	GetParser().footer(
-		"PNG and SVG are pictures; JSON and DAT hold minima and maxima for browsers' peak viewers,\n"
+		"PNG and SVG are pictures; JSON and DAT hold minima and maxima for waveform viewers in browsers,\n"
 		"in version 2 of their format.\n" +
 		std::string(kTimesHelp) +
 		"\n\n"
@@ -185,22 +185,22 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 
 void WaveformCommand::AddRangeOptions()
 {
-	GetParser().add_option("--start", mStart, "Where in the input to begin")->option_text("TIME");
+	GetParser().add_option("--start", mStart, "Where in the input to start")->option_text("TIME");
 	GetParser()
-		.add_option("--duration", mDuration, "How much to show, at most to the end of the input")
+		.add_option("--duration", mDuration, "How much of the input to show, at most to its end")
 		->option_text("TIME");
 	auto* const width =
 		GetParser()
 			.add_option("--width", mWidth,
-				"Pixels from left to right, up to 32767 (default: 1200); of data, columns at most")
+				"Width in pixels, up to 32767 (default: 1200); for JSON and DAT, the most columns")
 			->option_text("COLUMNS");
 	GetParser()
 		.add_option("--samples-per-column", mSamplesPerColumn,
-			"Samples behind each column, instead of --width (default for data: 256)")
+			"Samples per column, instead of --width (default for JSON and DAT: 256)")
 		->option_text("SAMPLES")
 		->excludes(width);
 	GetParser()
-		.add_option("--channels", mChannels, "stacked or merged into one (default: stacked)")
+		.add_option("--channels", mChannels, "Show channels stacked, or merged into one (default: stacked)")
 		->option_text("HOW")
 		->check(CLI::IsMember({"stacked", "merged"}));
 }
@@ -208,41 +208,44 @@ void WaveformCommand::AddRangeOptions()
 void WaveformCommand::AddPictureOptions()
 {
 	GetParser()
-		.add_option("--height", mHeight, "Pixels from top to bottom, up to 32767 (default: 240)")
+		.add_option("--height", mHeight, "Height in pixels, up to 32767 (default: 240)")
 		->option_text("PIXELS");
 	GetParser()
-		.add_option("--background", mBackground, "#rrggbb, #rrggbbaa or none (default: #ffffff)")
+		.add_option("--background", mBackground,
+			"Colour of the background: #rrggbb, #rrggbbaa or none (default: #ffffff)")
 		->option_text("COLOUR");
 	GetParser()
-		.add_option("--wave", mWave, "Colour from minimum to maximum (default: #24548a)")
+		.add_option("--wave", mWave, "Colour between minimum and maximum (default: #24548a)")
 		->option_text("COLOUR");
 	GetParser().add_option("--rms", mRms, "Colour of the RMS (default: #7aaadc)")->option_text("COLOUR");
 	GetParser()
-		.add_option("--scale", mScale, "linear or db, the loudness of it (default: linear)")
+		.add_option("--scale", mScale, "Scale of amplitudes: linear, or db for decibels (default: linear)")
 		->option_text("NAME")
 		->check(CLI::IsMember({"linear", "db"}));
 	GetParser()
-		.add_option("--floor-db", mFloorDecibels, "What the middle stands for with --scale db (default: -60)")
+		.add_option("--floor-db", mFloorDecibels,
+			"Level at the centre line with --scale db, at least -1000 and below 0 (default: -60)")
 		->option_text("DB");
 }
 
 void WaveformCommand::AddDataOptions()
 {
 	GetParser()
-		.add_option("--bits", mBits, "Of each value in JSON and DAT, 8 or 16 (default: 16)")
+		.add_option("--bits", mBits, "Bits per value in JSON and DAT, 8 or 16 (default: 16)")
 		->option_text("BITS")
 		->check(CLI::IsMember({8, 16}));
 }
 
 void WaveformCommand::AddReportOptions()
 {
-	GetParser().add_flag("--quiet", mIsQuiet, "Tell nothing but warnings and errors");
-	GetParser().add_flag("--json", mAsJson, "Print the summary as JSON on the standard output");
+	GetParser().add_flag("--quiet", mIsQuiet, "Print only warnings and errors");
+	GetParser().add_flag("--json", mAsJson, "Print the summary as JSON");
 }
 
 std::string WaveformCommand::DescribeInputs() const
 {
-	return "waveform takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+	return "waveform accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, "
+		   ".otioz, "
 		   ".otiod)";
 }
 
@@ -253,7 +256,7 @@ int WaveformCommand::Run()
 	{
 		return DrawTimeline(MakeTimelineRequest(), {mInput, mOutput, mIsQuiet, mAsJson});
 	}
-	RefuseGroup(GetParser(), kForTimelines, "is for timelines (.otio, .otioz, .otiod)");
+	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
 	WaveformRequest const request = MakeRequest();
 	WaveformJob job(request);
 	Report(request, Compute(job));
@@ -286,8 +289,8 @@ WaveformRequest WaveformCommand::MakeRequest()
 
 TimelineWaveformRequest WaveformCommand::MakeTimelineRequest()
 {
-	RefuseGroup(
-		GetParser(), kForSoundFiles, "is for sound files; a timeline is drawn whole, its channels in one");
+	RefuseGroup(GetParser(), kForSoundFiles,
+		"applies only to sound files; a timeline is drawn whole, its channels merged");
 	TimelineWaveformRequest request;
 	request.mInput = mInput;
 	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
@@ -326,16 +329,16 @@ void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
 	{
 		if (!IsPicture(inFormat) && isGiven(name))
 		{
-			Refuse(std::string(name) + " is for pictures, and " + GetName(inFormat) + " is none");
+			Refuse(std::string(name) + " applies only to pictures, not to " + GetName(inFormat));
 		}
 	}
 	if (IsPicture(inFormat) && isGiven("--bits"))
 	{
-		Refuse("--bits is for JSON and DAT, and " + std::string(GetName(inFormat)) + " is a picture");
+		Refuse("--bits applies only to JSON and DAT, not to " + std::string(GetName(inFormat)));
 	}
 	if (isGiven("--floor-db") && mScale != "db")
 	{
-		Refuse("--floor-db is for --scale db; give both");
+		Refuse("--floor-db needs --scale db");
 	}
 }
 

@@ -264,7 +264,7 @@ TEST_F(CommandTest, BadInputsGiveOneLineAndNoOutput)
 		for (auto const& [input, reason] :
 			{std::pair("missing.wav", "does not exist"), std::pair("empty.wav", "is empty"),
 				std::pair("text.wav", "not recognised"), std::pair("folder", "is a folder"),
-				std::pair("cut.wav", "cut short"), std::pair("cut.flac", "cut short")})
+				std::pair("cut.wav", "truncated"), std::pair("cut.flac", "truncated")})
 		{
 			Words words = {command, input};
 			if (words[0] != "info")
@@ -308,10 +308,10 @@ TEST_F(CommandTest, BadOutputsGiveOneLineAndLeaveNothing)
 		{1, {"render", "in.wav", "-o", "/dev/full", "--format", "wav"}, {"/dev/full", "regular file"}},
 		{2, {"render", "in.wav", "-o", "in.wav"}, {"in.wav", "is the input itself"}},
 		{2, {"render", "in.wav", "-o", "./folder.wav/../in.wav"}, {"in.wav", "is the input itself"}},
-		{1, {"render", "in.wav", "-o", "old.wav", "--no-overwrite"}, {"old.wav", "exists already"}},
+		{1, {"render", "in.wav", "-o", "old.wav", "--no-overwrite"}, {"old.wav", "already exists"}},
 		{1, {"waveform", "in.wav", "-o", "no/such/place.png"}, {"place.png", "does not exist", "create it"}},
 		{1, {"waveform", "in.wav", "-o", "old.wav", "--format", "png", "--no-overwrite"},
-			{"old.wav", "exists already"}},
+			{"old.wav", "already exists"}},
 	});
 	EXPECT_THAT(mFolder.List(), ElementsAre("folder.wav", "in.wav", "old.wav"));
 	EXPECT_EQ(ReadBytes(mFolder / "old.wav"), "old");
@@ -323,40 +323,41 @@ TEST_F(CommandTest, WrongOptionsOfRendersEndWith2AndOneLine)
 	ExpectWrongOptions({"render", "in.wav", "-o", "out.wav"},
 		{
 			{{"--start", "-1"}, "--start: '-1'"},
-			{{"--start", "soon"}, "--start: 'soon' is no time"},
-			{{"--start", "2"}, "lies beyond"},
+			{{"--start", "soon"}, "--start: 'soon' is not a time"},
+			{{"--start", "2"}, "is past its end"},
 			{{"--duration", "-0:01"}, "--duration"},
 			{{"--duration=-5s"}, "--duration: '-5s'"},
 			{{"--channels", "0"}, "--channels: '0'"},
 			{{"--channels", "1,"}, "--channels: '1,'"},
 			{{"--channels", "left"}, "--channels: 'left'"},
-			{{"--channels", "3"}, "there is no channel 3"},
-			{{"--layout", "quad"}, "--layout: 'quad' is no layout"},
-			{{"--layout", "0"}, "--layout: '0' is no layout"},
+			{{"--channels", "3"}, "has no channel 3; use 1 to 2"},
+			{{"--layout", "quad"}, "--layout: 'quad' is not a layout"},
+			{{"--layout", "0"}, "--layout: '0' is not a layout"},
 			{{"--layout", "65"}, "from 1 to 64"},
-			{{"--layout", "7.1"}, "--layout: '7.1' is no layout"},
-			{{"--pan", "left"}, "--pan"},
-			{{"--pan", "-1"}, "a pan goes from 0"},
-			{{"--mixdown", "rear"}, "--mixdown"},
-			{{"--mixdown", "all"}, "a mixdown is for 5.1"},
-			{{"--block", "0"}, "--block"},
+			{{"--layout", "7.1"}, "--layout: '7.1' is not a layout"},
+			{{"--pan", "left"}, "--pan: 'left' is not valid; use a number"},
+			{{"--pan", "-1"}, "a pan of -1 is out of range; use 0 (left)"},
+			{{"--mixdown", "rear"},
+				"--mixdown: 'rear' is not valid; use front, front-rear, front-lfe or all"},
+			{{"--mixdown", "all"}, "a mixdown converts 5.1 to mono or stereo"},
+			{{"--block", "0"}, "--block: 0 is out of range; use 1 to 262144"},
 			{{"--block", "262145"}, "--block"},
 			{{"--gain-db", "loud"}, "--gain-db"},
-			{{"--gain-db", "nan"}, "--gain-db"},
-			{{"--rate", "fast"}, "--rate: 'fast' is no number that fits"},
-			{{"--speed", "0"}, "a speed goes from 0.01 to 100"},
-			{{"--fade-in", "2"}, "the fades take longer than"},
+			{{"--gain-db", "nan"}, "--gain-db: nan is out of range; use -200 to 200"},
+			{{"--rate", "fast"}, "--rate: 'fast' is not valid; use a whole number"},
+			{{"--speed", "0"}, "a speed of 0 is out of range; use 0.01 to 100"},
+			{{"--fade-in", "2"}, "the fades are longer than"},
 			{{"--bits", "20"}, "--bits"},
 			{{"--dither", "tpdf"}, "dither is for 16 and 24 bits"},
 			{{"--format", "mp3"}, "--format"},
 			{{"-o", "again.wav"}, "--output is given more than once; give it once"},
-			{{"in.wav", "--at", "0"}, "--at was given 1 times for 2 inputs"},
-			{{"--at", "0", "--at", "1"}, "2 times for 1 inputs"},
-			{{"--at", "-1"}, "--at: '-1' is no time"},
+			{{"in.wav", "--at", "0"}, "--at is given 1 time for 2 inputs"},
+			{{"--at", "0", "--at", "1"}, "2 times for 1 input;"},
+			{{"--at", "-1"}, "--at: '-1' is not a time"},
 			{{"--at", "999999:00"}, "'in.wav' would end beyond"},
-			{{"in.wav", "--start", "0"}, "--start is for a single input"},
-			{{"in.wav", "--channels", "1"}, "--channels is for a single"},
-			{{"in.wav", "--mixdown", "all"}, "'in.wav': a mixdown is for"},
+			{{"in.wav", "--start", "0"}, "--start applies only to a single input"},
+			{{"in.wav", "--channels", "1"}, "--channels applies only to a single"},
+			{{"in.wav", "--mixdown", "all"}, "'in.wav': a mixdown converts"},
 		});
 }
 
@@ -366,24 +367,24 @@ TEST_F(CommandTest, WrongOptionsOfWaveformsEndWith2AndOneLine)
 		{
 			{{"--format", "gif"}, "--format"},
 			{{"--width", "wide"}, "--width"},
-			{{"--width", "0"}, "at least one column"},
+			{{"--width", "0"}, "must be at least 1"},
 			{{"--width", "9", "--samples-per-column", "9"}, "--width"},
-			{{"--samples-per-column", "1"}, "48000; give more samples"},
+			{{"--samples-per-column", "1"}, "48000; use more samples"},
 			{{"--width", "32767", "--height", "32767"},
-				"is too large for a bitmap; draw it smaller or as .svg"},
+				"is too large for a bitmap; make it smaller or write .svg"},
 			{{"--height", "1"}, "2 to 32767 pixels high"},
 			{{"--height", "-1"}, "--height"},
 			{{"--channels", "left"}, "--channels"},
-			{{"--wave", "blue"}, "--wave: 'blue' is no colour"},
+			{{"--wave", "blue"}, "--wave: 'blue' is not a colour"},
 			{{"--background", "#12"}, "--background: '#12'"},
 			{{"--rms", "#1234567"}, "--rms: '#1234567'"},
 			{{"--scale", "log"}, "--scale"},
-			{{"--scale", "db", "--floor-db", "6"}, "lies below 0"},
-			{{"--floor-db", "-40"}, "is for --scale db"},
-			{{"--bits", "8"}, "--bits is for JSON and DAT"},
+			{{"--scale", "db", "--floor-db", "6"}, "a floor of 6 dB is out of range"},
+			{{"--floor-db", "-40"}, "needs --scale db"},
+			{{"--bits", "8"}, "--bits applies only to JSON and DAT, not to PNG"},
 			{{"--bits", "12", "--format", "dat"}, "--bits"},
-			{{"--height", "100", "--format", "dat"}, "--height is for pictures, and DAT is none"},
-			{{"--start", "soon"}, "--start: 'soon' is no time"},
+			{{"--height", "100", "--format", "dat"}, "--height applies only to pictures, not to DAT"},
+			{{"--start", "soon"}, "--start: 'soon' is not a time"},
 		});
 }
 
@@ -394,15 +395,15 @@ TEST_F(CommandTest, WrongUsageEndsWith2AndOneLine)
 		{2, {"render"}, {"INPUT"}},
 		{2, {"render", "in.wav"}, {"--output"}},
 		{2, {"render", "in.wav", "-o"}, {"--output needs a value"}},
-		{2, {"render", "in.wav", "-o", "out"}, {"names no output format"}},
-		{2, {"render", "in.wav", "-o", "out.mp3"}, {"names no output format"}},
-		{2, {"render", "in.wav", "-o", "out.flac", "--bits", "32f"}, {"FLAC holds no floats"}},
+		{2, {"render", "in.wav", "-o", "out"}, {"cannot choose a format from the name"}},
+		{2, {"render", "in.wav", "-o", "out.mp3"}, {"cannot choose a format from the name"}},
+		{2, {"render", "in.wav", "-o", "out.flac", "--bits", "32f"}, {"FLAC cannot hold floats"}},
 		{2, {"waveform", "in.wav"}, {"--output"}},
-		{2, {"waveform", "in.wav", "-o", "out"}, {"names no format of waveforms"}},
-		{2, {"waveform", "in.wav", "-o", "out.jpg"}, {"names no format of waveforms"}},
+		{2, {"waveform", "in.wav", "-o", "out"}, {"cannot choose a format from the name"}},
+		{2, {"waveform", "in.wav", "-o", "out.jpg"}, {"cannot choose a format from the name"}},
 		{2, {"waveform", "in.wav", "-o", "in.wav", "--format", "png"}, {"is the input itself"}},
 		{2, {"info"}, {"INPUT"}},
-		{2, {"info", "in.wav", "in.wav"}, {"in.wav"}},
+		{2, {"info", "in.wav", "in.wav"}, {"unexpected argument: in.wav"}},
 		{2, {"graph", "edit.otio", "-o", "out.svg", "--depth", "-1"}, {"--depth: "}},
 	});
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav"));
@@ -470,8 +471,8 @@ TEST_F(CommandTest, StandardStreamsThatCannotBeUsedAreErrors)
 	WriteBytes(mFolder / "text", "no sound");
 	mStart.mInputFile = (mFolder / "in.wav").string();
 	ExpectRefusal({"render", "-", "-o", "in.wav"}, 2, {"'in.wav' is the input itself"});
-	ExpectRefusal({"waveform", "-", "-o", "-"}, 2, {"give --format for the standard output"});
-	ExpectRefusal({"graph", "edit.otio", "-o", "-"}, 2, {"give --format for the standard output"});
+	ExpectRefusal({"waveform", "-", "-o", "-"}, 2, {"the standard output needs --format"});
+	ExpectRefusal({"graph", "edit.otio", "-o", "-"}, 2, {"the standard output needs --format"});
 	mStart.mInputFile = (mFolder / "empty").string();
 	ExpectRefusal({"render", "-", "-o", "out.wav"}, 1, {"the standard input is empty"});
 	mStart.mInputFile = (mFolder / "text").string();

@@ -66,11 +66,11 @@ TEST_F(MessagesTest, EveryCommandRefusesWithFilePlaceAndOne)
 	Case const cases[] = {
 		// Found by the reader.
 		{"{\n\"a\": }", ", line 2, column 6: ", ""},
-		{Json({{"OTIO_SCHEMA", "Clip.1"}}).dump(), ": ", "only a Timeline"},
+		{Json({{"OTIO_SCHEMA", "Clip.1"}}).dump(), ": ", "expected a Timeline"},
 		{Timeline({Track("A1", {Clip("c", "tone.wav", 0.0, -0.04)})}).dump(),
-			", /tracks/children/0/children/0/source_range/duration", "must not be negative"},
+			", /tracks/children/0/children/0/source_range/duration", "-1 is negative; use 0 or more"},
 		{Timeline({WithSettings(Track("A1", {}), {{"output", "gone"}})}).dump(),
-			", /tracks/children/0/metadata/sonaro/output: ", "no submix of that name"},
+			", /tracks/children/0/metadata/sonaro/output: ", "there is no submix 'gone'"},
 		// Found when it is laid out.
 		{Timeline({}).dump(), ", /tracks: ", "has no length"},
 		// Found when the graph is built.
@@ -108,26 +108,28 @@ TEST_F(MessagesTest, TheDeepestThatIsRenderedHasOneLevelLess)
 	EXPECT_EQ(refusal["file"], "deeper.otio");
 	EXPECT_EQ(refusal["place"], "/tracks" + Repeat("/children/0/children/0", 64));
 	EXPECT_THAT(refusal["reason"], HasSubstr("64 levels"));
-	EXPECT_THAT(refusal["remedy"], HasSubstr("take levels out"));
+	EXPECT_THAT(refusal["remedy"], HasSubstr("remove levels"));
 }
 
 TEST_F(MessagesTest, AWrongWordNamesTheNearestRightOne)
 {
 	ExpectRefusals({
-		{2, {"render", "a.otio", "--reprot", "x.json"}, {"no option '--reprot'; did you mean --report?"}},
+		{2, {"render", "a.otio", "--reprot", "x.json"},
+			{"unknown option '--reprot'; did you mean --report?"}},
 		{2, {"render", "a.otio", "-o", "x.wav", "--normalise=-16"}, {"did you mean --normalize?"}},
-		{2, {"render", "a.wav", "--outptu", "x.wav"}, {"no option '--outptu'; did you mean --output?"}},
-		{2, {"render", "a.wav", "-o", "x.wav", "--over"}, {"no option '--over' (see sonaro render --help)"}},
+		{2, {"render", "a.wav", "--outptu", "x.wav"}, {"unknown option '--outptu'; did you mean --output?"}},
+		{2, {"render", "a.wav", "-o", "x.wav", "--over"},
+			{"unknown option '--over' (see sonaro render --help)"}},
 		{2, {"render", "a.wav", "-o", "x.wav", "--limit"}, {"did you mean --limit-dbtp?"}},
 		{2, {"waveform", "a.wav", "--heigth", "9"}, {"did you mean --height? (see sonaro waveform --help)"}},
 		{2, {"graph", "a.otio", "--meida", "."}, {"did you mean --media?"}},
 		{2, {"info", "a.wav", "--jsno"}, {"did you mean --json?"}},
-		{2, {"info", "a.wav", "--colour\x1b[31m"}, {R"(there is no option '--colour\x1b[31m' (see)"}},
-		{2, {"rendr", "a.wav"}, {"there is no command 'rendr'; did you mean render?"}},
+		{2, {"info", "a.wav", "--colour\x1b[31m"}, {R"(unknown option '--colour\x1b[31m' (see)"}},
+		{2, {"rendr", "a.wav"}, {"unknown command 'rendr'; did you mean render?"}},
 		{2, {"inof"}, {"did you mean info?"}},
-		{2, {"edit.otio"}, {"there is no command 'edit.otio' (see sonaro --help)"}},
-		{2, {"--verison"}, {"there is no option '--verison'; did you mean --version?"}},
-		{2, {}, {"give a command (see sonaro --help)"}},
+		{2, {"edit.otio"}, {"unknown command 'edit.otio' (see sonaro --help)"}},
+		{2, {"--verison"}, {"unknown option '--verison'; did you mean --version?"}},
+		{2, {}, {"no command given; use render, waveform, info or graph (see sonaro --help)"}},
 	});
 }
 
@@ -202,8 +204,8 @@ TEST_F(MessagesTest, OddFilesGetAReasonAndARemedy)
 	{
 		std::filesystem::create_directory(mFolder / name);
 	}
-	std::string const takes = " takes sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines";
-	std::string const noTimeline = "is no timeline by its name; graph draws timelines (.otio";
+	std::string const takes = " accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines";
+	std::string const noTimeline = "is not named as a timeline; graph draws timelines (.otio";
 	ExpectRefusals({
 		{1, {"graph", "tone.wav", "-o", "out.svg"}, {noTimeline}},
 		{1, {"graph", "takes", "-o", "out.svg"}, {noTimeline}},
@@ -211,15 +213,15 @@ TEST_F(MessagesTest, OddFilesGetAReasonAndARemedy)
 			{"'gone.wav': does not exist; graph draws timelines (.otio"}},
 		{1, {"waveform", "notes.txt", "-o", "out.png"}, {"waveform" + takes}},
 		{1, {"waveform", "takes", "-o", "out.png"},
-			{"is a folder, not a sound file; waveform takes sound files"}},
+			{"is a folder, not a sound file; waveform accepts sound files"}},
 		{1, {"render", "notes.txt", "-o", "out.wav"}, {"render" + takes}},
 		{1, {"info", "takes"}, {"info" + takes}},
 		{1, {"info", ""}, {"the name of the input is empty; give the name of a file"}},
 		{1, {"info", "empty.otio"}, {"'empty.otio': is empty"}},
-		{1, {"info", "binary.otio"}, {"'binary.otio': is no OpenTimelineIO file"}},
+		{1, {"info", "binary.otio"}, {"'binary.otio': is not an OpenTimelineIO file"}},
 		{1, {"info", "folder.otioz"},
-			{"is a folder and no zip archive; a bundle that is a folder ends in .otiod"}},
-		{1, {"info", "noise.wav"}, {"; info takes sound files"}},
+			{"is a folder, not a zip archive; a bundle that is a folder ends in .otiod"}},
+		{1, {"info", "noise.wav"}, {"; info accepts sound files"}},
 	});
 }
 
@@ -270,11 +272,11 @@ TEST_F(MessagesTest, NotesAndMissingMediaNameClipAndTrack)
 	ProgramResult const result = Run({"render", "edit.otio", "-o", "out", "--stems", "track", "--quiet"});
 	EXPECT_EQ(result.mExitCode, 3);
 	constexpr char const* kLines[] = {
-		R"x(2 clips are silent, the first one clip "clip 1" on "track 2 (A)": './gone.wav' does not exist (/tracks/children/1/children/0))x",
-		R"x(clip "c" on "track 2 (A)" is silent: './lost.wav' does not exist (/tracks/children/1/children/2))x",
-		R"x(clip "long" on "track 2 (A)": it reaches 96000 samples beyond its media; silence is there (/tracks/children/1/children/3))x",
-		R"x(clip "clip 1" on "track 2 (A) / stack 5 / track 1 (A)": it reaches 96000 samples beyond its media; silence is there (/tracks/children/1/children/4/children/0/children/0))x",
-		R"x(track "Odd": )x",
+		R"x(2 clips are silent, the first one clip "clip 1" on "track 2 (A)": './gone.wav' does not exist (/tracks/children/1/children/0); pass its folder with --media DIR)x",
+		R"x(clip "c" on "track 2 (A)" is silent: './lost.wav' does not exist (/tracks/children/1/children/2); pass its folder with --media DIR)x",
+		R"x(ignored: clip "long" on "track 2 (A)": the clip extends 96000 samples beyond its media and is silent there (/tracks/children/1/children/3))x",
+		R"x(ignored: clip "clip 1" on "track 2 (A) / stack 5 / track 1 (A)": the clip extends 96000 samples beyond its media and is silent there (/tracks/children/1/children/4/children/0/children/0))x",
+		R"x(ignored: track "Odd": )x",
 	};
 	for (std::string const line : kLines)
 	{
@@ -295,7 +297,7 @@ TEST_F(MessagesTest, InfoShowsATimelineInItsTimecode)
 		"Timeline  test\n"
 		"Start     01:00:00:10\n"
 		"Length    00:00:03:00, 0:03.000 (144000 samples)\n"
-		"Rate      25 frames a second, 48000 Hz\n"
+		"Rate      25 fps, 48000 Hz\n"
 		"Layout    stereo\n"
 		"Tracks\n"
 		"  Dialogue\n"

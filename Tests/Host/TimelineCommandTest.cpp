@@ -130,7 +130,7 @@ TEST_F(TimelineCommandTest, ExitCodesReportWhatBecameOfIt)
 		{3, {"missing.otio"}, {"Take 3", "Dialogue", "gone.wav", "silent"}},
 		{3, {"hour.otio"},
 			{"Take 4", "Dialogue", "tone.wav", "0:00.000 to 0:04.000", "1:00:00.000 to 1:00:02.000"}},
-		{1, {"hour.otio", "--strict"}, {"--strict", "1 clips have no media"}},
+		{1, {"hour.otio", "--strict"}, {"--strict", "1 clip has no media"}},
 		{0, {"odd.otio"}, {"gian", "/tracks/children/0"}},
 	};
 	for (auto const& [exitCode, words, texts] : cases)
@@ -161,7 +161,7 @@ TEST_F(TimelineCommandTest, WhatMakesNoSenseForATimelineIsRefused)
 		{2, {"edit.otio", "--range", "1..2", "--fade-in", "0.6", "--fade-out", "0.6"}, {"fades", "0:01.000"}},
 		{2, {"edit.otio", "--stems", "marker", "--fade-in", "0.9"}, {"fades", "0:00.800", "Verse"}},
 		{1, {"none.otio"}, {"none.otio"}},
-		{2, {"edit.otio", "--media", "tone.wav"}, {"'tone.wav'", "is no folder"}},
+		{2, {"edit.otio", "--media", "tone.wav"}, {"'tone.wav'", "is not a folder"}},
 		{2, {"edit.otio", "tone.wav"}, {"edit.otio", "timeline"}},
 		{2, {"edit.otio", "--speed", "2"}, {"--speed"}},
 		{2, {"edit.otio", "--start", "1"}, {"--start", "--range"}},
@@ -172,7 +172,7 @@ TEST_F(TimelineCommandTest, WhatMakesNoSenseForATimelineIsRefused)
 	};
 	std::vector<RefusedWords> refused = {
 		{2, {"waveform", "edit.otio", "-o", "out.png", "--width", "32767", "--height", "32767"},
-			{"is too large for a bitmap; draw it smaller or as .svg"}}};
+			{"is too large for a bitmap; make it smaller or write .svg"}}};
 	for (auto const& [exitCode, words, texts] : cases)
 	{
 		refused.push_back({exitCode, Join({"render", "-o", "new.wav"}, words), texts});
@@ -182,14 +182,17 @@ TEST_F(TimelineCommandTest, WhatMakesNoSenseForATimelineIsRefused)
 			 {"waveform", "edit.otio", "-o", "new.svg"}, {"graph", "edit.otio", "-o", "new.dot"}})
 	{
 		refused.push_back({2, Join(words, {"--media", ".", "--media", "gone"}),
-			{"'gone': the folder of media does not exist"}});
+			{"'gone': the media folder does not exist"}});
 	}
 	// What is read is never written.
-	refused.push_back({2, {"render", "edit.otio", "-o", "new.wav", "--report", "tone.wav"}, {"is a medium"}});
-	refused.push_back({2, {"waveform", "edit.otio", "-o", "tone.wav", "--format", "svg"}, {"is a medium"}});
+	refused.push_back({2, {"render", "edit.otio", "-o", "new.wav", "--report", "tone.wav"},
+		{"is a media file of the timeline"}});
+	refused.push_back({2, {"waveform", "edit.otio", "-o", "tone.wav", "--format", "svg"},
+		{"is a media file of the timeline"}});
 	refused.push_back(
 		{2, {"graph", "edit.otio", "-o", "edit.otio", "--format", "dot"}, {"is the input itself"}});
-	refused.push_back({2, {"graph", "edit.otio", "-o", "tone.wav", "--format", "dot"}, {"is a medium"}});
+	refused.push_back({2, {"graph", "edit.otio", "-o", "tone.wav", "--format", "dot"},
+		{"is a media file of the timeline"}});
 	ExpectRefusals(refused);
 	EXPECT_EQ(mFolder.List(), before);
 }
@@ -238,11 +241,10 @@ TEST_F(TimelineCommandTest, WhatHasNothingToBeHeardIsRefusedWithTheReason)
 		{"1 track of kind Video, 1 track of kind Audio (muted), 1 stack (disabled)",
 			List({pictures, With(Track("A1", {clip}), muted), stack})},
 		{"1 track of kind Audio without clips", List({Track("A1", {Gap(1.0)})})},
-		{"1 track of kind Audio with 2 clips (disabled), 1 clip (what a generator would make is not "
-		 "rendered)",
+		{"1 track of kind Audio with 2 clips (disabled), 1 clip (generators are not rendered)",
 			List({Track(
 				"A1", {With(clip, {{"enabled", false}}), With(clip, {{"enabled", false}}), generator})})},
-		{"1 track of kind Audio with 1 clip (cut away by what it stands in, or has no length)",
+		{"1 track of kind Audio with 1 clip (trimmed off by its parent track or stack, or has zero length)",
 			List({With(Track("A1", {Gap(1.0), clip}), {{"source_range", Range(0.0, 0.5)}})})},
 	};
 	for (auto const& [why, tracks] : cases)
@@ -530,8 +532,8 @@ TEST_F(TimelineCommandTest, OneOutputGoesToTheStandardOutput)
 	EXPECT_EQ(Json::parse(report.mErrors)["outputs"][0]["path"], "new.wav");
 	EXPECT_THAT(
 		Run({"graph", "edit.otio", "-o", "-", "--format", "dot"}).mOutput, testing::StartsWith("digraph"));
-	ExpectRefusal(
-		{"render", "edit.otio", "-o", "-", "--report", "-"}, 2, {"the standard output takes one output"});
+	ExpectRefusal({"render", "edit.otio", "-o", "-", "--report", "-"}, 2,
+		{"only one output can go to the standard output"});
 	ExpectRefusal({"render", "edit.otio", "-o", "-", "--stems", "track"}, 2, {"--stems"});
 }
 
@@ -548,7 +550,8 @@ TEST_F(TimelineCommandTest, FoldersOfStemsAreMadeAndRemovedAgainByARunThatFails)
 	EXPECT_EQ(mFolder.List(), before);
 	mStart.mFileSizeLimit = 0;
 	for (auto const& [report, text] : {std::pair("edit.otio", "is the input itself"),
-			 std::pair("tone.wav", "is a medium"), std::pair("c/x/report.json", "create it first")})
+			 std::pair("tone.wav", "is a media file of the timeline"),
+			 std::pair("c/x/report.json", "create it first")})
 	{
 		ProgramResult const refused =
 			Run({"render", "edit.otio", "-o", "c/d/e", "--stems", "track", "--report", report});
