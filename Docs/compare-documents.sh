@@ -8,7 +8,7 @@ trap 'rm -rf "$fresh"' EXIT
 "$1" "$fresh"
 for document in "$fresh"/*; do
 	cmp "$here/$(basename "$document")" "$document" || {
-		echo "Docs/$(basename "$document") has fallen behind; run Docs/make-documents.sh" >&2
+		echo "Docs/$(basename "$document") is out of date; run Docs/make-documents.sh" >&2
 		exit 1
 	}
 done

@@ -115,13 +115,12 @@ std::string DescribeConversions()
 
 	std::string text =
 		"# Conversions between channel layouts\n\n"
-		"What each output (row) gets of each input (column), as linear gains measured on the "
-		"engine; a dot is "
-		"nothing. `Docs/make-documents.sh` writes this page.\n\n"
+		"The linear gain from each input channel (column) to each output channel (row), measured on the "
+		"engine; a dot means none. `Docs/make-documents.sh` writes this page.\n\n"
 		"## Fixed conversions\n\n"
-		"Where two gains stand, the first is that of whole buffers, the second that of windows. "
+		"If a cell has two gains, the first applies to whole buffers and the second to windows. "
 		"Tracks, their items and their sends work in windows, so the second is what `sonaro` and "
-		"every sequence render; the first is heard where a host converts buffers of its own by "
+		"every sequence render; the first applies if a host converts its own buffers with "
 		"`AudioChannelMix::GetMixFunction`.\n\n";
 	text += DescribePair(mono, stereo) + DescribePair(stereo, mono);
 	constexpr std::pair<unsigned, char const*> kMixdowns[] = {
@@ -138,14 +137,15 @@ std::string DescribeConversions()
 	AudioChannelMix::Set51MixdownType(AudioChannelMix::kMixdownFront);
 
 	text += "## By place\n\n"
-			"Where both layouts have known places and no fixed conversion, with the coefficients of "
-			"ITU-R BS.775.\n\n";
+			"Used if both layouts have known speaker positions and there is no fixed conversion, with the "
+			"coefficients of ITU-R BS.775.\n\n";
 	text += DescribePair(mono, surround) + DescribePair(stereo, surround) + DescribePair(surround, quad) +
 			DescribePair(quad, stereo) + DescribePair(quad, mono) + DescribePair(quad, surround);
 
-	text += "## By position\n\n"
-			"Where a layout has channels without a place. From 32 channels the first ones are taken "
-			"likewise.\n\n";
+	text +=
+		"## By position\n\n"
+		"Used if a layout has channels without speaker positions: channels are copied in their order. From "
+		"32 channels, the first ones are copied likewise.\n\n";
 	text += DescribePair(mono, MakeDiscrete(2)) + DescribePair(stereo, MakeDiscrete(4)) +
 			DescribePair(surround, MakeDiscrete(4)) + DescribePair(MakeDiscrete(3), stereo) +
 			DescribePair(MakeDiscrete(8), surround);

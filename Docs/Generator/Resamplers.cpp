@@ -121,12 +121,14 @@ std::string DescribeResamplers()
 {
 	std::string text =
 		"# Resamplers\n\n"
-		"How clean a tone of full scale comes out, measured on the engine in decibels; more is better. "
-		"`Docs/make-documents.sh` writes this page, and the benchmarks tell what it costs.\n\n"
-		"The first three columns are signal-to-noise ratios: the power of the tone that comes nearest over "
-		"that of all else. In the sweep, from 20 Hz to 16 kHz, a gain that changes with the frequency counts "
-		"as noise too. The last column tells how far down a sweep is that the output has no room for, from "
-		"a twentieth above half the output's rate to half the input's.\n\n"
+		"How clean a full-scale tone is after resampling, measured on the engine in decibels; higher is "
+		"better. "
+		"`Docs/make-documents.sh` writes this page; the benchmarks measure the cost.\n\n"
+		"The first three columns are signal-to-noise ratios: the power of the closest matching tone over "
+		"that of everything else. In the sweep, from 20 Hz to 16 kHz, a gain that changes with the frequency "
+		"counts as noise too. The last column is the attenuation of a sweep that is beyond the output's "
+		"band, "
+		"from 5 % above half the output's rate to half the input's rate.\n\n"
 		"| Resampler | Rates | 1 kHz | 10 kHz | Sweep | Alias rejection |\n|---|---|---|---|---|---|\n";
 	for (ResamplerKind const kind : kAllResamplers)
 	{
@@ -137,8 +139,8 @@ std::string DescribeResamplers()
 		}
 	}
 	text +=
-		"\nThe same by ratio, input samples for an output: a half, and the ends of the range of speeds. The "
-		"frequencies are parts of the lower rate here: 1/48, 10/48, and from 1/2400 to 1/3.\n\n"
+		"\nThe same by ratio, in input samples per output sample: 0.5, and the ends of the range of speeds. "
+		"Frequencies are fractions of the lower rate here: 1/48, 10/48, and from 1/2400 to 1/3.\n\n"
 		"| Resampler | Ratio | 1/48 | 10/48 | Sweep | Alias rejection |\n|---|---|---|---|---|---|\n";
 	for (ResamplerKind const kind : kAllResamplers)
 	{
