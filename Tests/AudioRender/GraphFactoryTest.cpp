@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace SN
+namespace SN::GraphFactoryTest
 {
 namespace
 {
@@ -346,4 +346,4 @@ TEST(GraphFactory, RefusalsReachTheHostInItsOwnWay)
 }
 
 } // namespace
-} // namespace SN
+} // namespace SN::GraphFactoryTest

@@ -9,7 +9,7 @@
 
 #include <functional>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::AudioFileInfoTest
 {
 namespace
 {
@@ -172,4 +172,4 @@ TEST(AudioFileInfo, LayoutsFollowTheChannelsAndTheirMap)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::AudioFileInfoTest

@@ -12,7 +12,7 @@
 #include <tuple>
 #include <vector>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::AudioFileSourcePrefetchTest
 {
 namespace
 {
@@ -283,4 +283,4 @@ TEST_F(AudioFileSourcePrefetch, BlockingReadsMayGoOnBesideIt)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::AudioFileSourcePrefetchTest

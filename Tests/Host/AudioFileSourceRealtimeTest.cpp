@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::AudioFileSourceRealtimeTest
 {
 namespace
 {
@@ -62,4 +62,4 @@ TEST(AudioFileSource, ReadingWhatWasPrefetchedNeitherAllocatesNorLocks)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::AudioFileSourceRealtimeTest

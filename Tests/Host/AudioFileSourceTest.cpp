@@ -9,7 +9,7 @@
 
 #include <random>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::AudioFileSourceTest
 {
 namespace
 {
@@ -211,4 +211,4 @@ TEST(AudioFileSource, DamageInTheMiddleIsSilenceAndAnErrorThatTellsWhere)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::AudioFileSourceTest

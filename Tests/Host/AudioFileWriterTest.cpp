@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::AudioFileWriterTest
 {
 namespace
 {
@@ -240,4 +240,4 @@ TEST(AudioFileWriter, AFileAppearsWholeOrNotAtAll)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::AudioFileWriterTest

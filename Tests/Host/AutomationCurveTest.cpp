@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::AutomationCurveTest
 {
 namespace
 {
@@ -272,4 +272,4 @@ TEST(AutomationCurve, RefusesPointsThatAreNone)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::AutomationCurveTest

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::AutomationParameterRealtimeTest
 {
 namespace
 {
@@ -40,4 +40,4 @@ TEST(AutomationParameter, SamplingNeitherAllocatesNorLocks)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::AutomationParameterRealtimeTest

@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::AutomationParameterTest
 {
 namespace
 {
@@ -233,4 +233,4 @@ TEST(AutomationParameter, ReadersFindWhatWasPublishedWhileAWriterEdits)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::AutomationParameterTest

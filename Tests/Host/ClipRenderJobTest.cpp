@@ -7,7 +7,7 @@
 #include <limits>
 #include <tuple>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::ClipRenderJobTest
 {
 namespace
 {
@@ -203,4 +203,4 @@ TEST_F(ClipRenderJobTest, AnOlderFileIsKeptWhenAskedTo)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::ClipRenderJobTest

@@ -14,7 +14,7 @@
 
 #include <unistd.h>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::CommandTest
 {
 namespace
 {
@@ -580,4 +580,4 @@ TEST_F(CommandTest, AnInterruptedJobLeavesNothingAndEndsByItsSignal)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::CommandTest

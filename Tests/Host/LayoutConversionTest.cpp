@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::LayoutConversionTest
 {
 namespace
 {
@@ -256,4 +256,4 @@ TEST_F(LayoutConversionTest, RefusesWhatHasNoConversionAndNamesARemedy)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::LayoutConversionTest

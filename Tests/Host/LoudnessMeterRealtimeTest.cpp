@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::LoudnessMeterRealtimeTest
 {
 namespace
 {
@@ -39,4 +39,4 @@ TEST(LoudnessMeterSetter, MeasuringNeitherAllocatesNorLocks)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::LoudnessMeterRealtimeTest

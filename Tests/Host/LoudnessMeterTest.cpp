@@ -16,7 +16,7 @@
 #include <numbers>
 #include <vector>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::LoudnessMeterTest
 {
 namespace
 {
@@ -293,4 +293,4 @@ TEST(LoudnessMeterSetter, EachRunIsMeasuredByItself)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::LoudnessMeterTest

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::LoudnessReferenceTest
 {
 namespace
 {
@@ -203,4 +203,4 @@ TEST(LoudnessReference, RandomProgrammesMeasureAsLibebur128HasThem)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::LoudnessReferenceTest

@@ -13,7 +13,7 @@
 #include <tuple>
 #include <utility>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::MessagesTest
 {
 namespace
 {
@@ -348,4 +348,4 @@ TEST_F(MessagesTest, TimecodeGoesWithTheClockWhereNumbersAreDropped)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::MessagesTest

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::OutputFileTest
 {
 namespace
 {
@@ -101,4 +101,4 @@ TEST(OutputFileTest, GoesWhereLinksLeadAndTakesTheLongestNames)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::OutputFileTest

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::OutputPlanTest
 {
 namespace
 {
@@ -204,4 +204,4 @@ TEST_F(OutputPlanTest, PathsFromWithinABundleAreSeenThrough)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::OutputPlanTest

@@ -15,7 +15,7 @@
 #include <random>
 #include <set>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::OutputSafetyTest
 {
 namespace
 {
@@ -271,4 +271,4 @@ TEST_F(OutputSafetyTest, RandomOutputsOfJobsLeaveWhatIsNeededAsItIs)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::OutputSafetyTest

@@ -13,7 +13,7 @@
 #include <random>
 #include <vector>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::PeakLimiterTest
 {
 namespace
 {
@@ -119,4 +119,4 @@ TEST(PeakLimiter, AnySplitEqualsWhole)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::PeakLimiterTest

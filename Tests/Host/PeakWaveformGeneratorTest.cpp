@@ -21,7 +21,7 @@
 #include <numeric>
 #include <thread>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::PeakWaveformGeneratorTest
 {
 namespace
 {
@@ -334,4 +334,4 @@ TEST_F(PeakWaveform, ColumnsMayBeReadWhileTheyCome)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::PeakWaveformGeneratorTest

@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::PlaybackRenderTest
 {
 namespace
 {
@@ -156,4 +156,4 @@ TEST_F(PlaybackRender, DamageEndsItAsItEndsThePlainRender)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::PlaybackRenderTest

@@ -9,7 +9,7 @@
 #include <memory>
 #include <thread>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::PublishedStateTest
 {
 namespace
 {
@@ -95,4 +95,4 @@ TEST(PublishedState, NoReaderSeesADeadStateAndNoneOutlivesItsReaders)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::PublishedStateTest

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-namespace SonaroHost
+namespace SonaroHost::SampleQuantizerTest
 {
 namespace
 {
@@ -115,4 +115,4 @@ TEST(SampleQuantizer, DitherIsWhiteAndItsOwnInEachChannel)
 }
 
 } // namespace
-} // namespace SonaroHost
+} // namespace SonaroHost::SampleQuantizerTest

@@ -9,7 +9,7 @@
 
 #include <unistd.h>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::TemporaryTest
 {
 namespace
 {
@@ -92,4 +92,4 @@ TEST(TemporaryDeathTest, AllGoWhileOtherThreadsAreAtWork)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::TemporaryTest

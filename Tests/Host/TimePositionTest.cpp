@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace SonaroHost
+namespace SonaroHost::TimePositionTest
 {
 namespace
 {
@@ -62,4 +62,4 @@ TEST(TimePosition, RefusesWhatIsNoTime)
 }
 
 } // namespace
-} // namespace SonaroHost
+} // namespace SonaroHost::TimePositionTest

@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::TimeTransformsTest
 {
 namespace
 {
@@ -92,4 +92,4 @@ TEST(TimeTransforms, WhatIsNoTransformIsRefused)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::TimeTransformsTest

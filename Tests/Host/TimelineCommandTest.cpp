@@ -18,7 +18,7 @@
 #include <tuple>
 #include <utility>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::TimelineCommandTest
 {
 namespace
 {
@@ -652,4 +652,4 @@ TEST_F(TimelineCommandTest, KilledAtAnyMomentItLeavesNoHalfFileAndTheNextRunClea
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::TimelineCommandTest

@@ -8,7 +8,7 @@
 #include <random>
 #include <tuple>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::TrackRenderTest
 {
 namespace
 {
@@ -371,4 +371,4 @@ TEST_F(TrackRenderTest, EachInputSoundsAsItWouldAlone)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::TrackRenderTest

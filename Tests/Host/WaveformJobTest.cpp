@@ -15,7 +15,7 @@
 #include <tuple>
 #include <utility>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::WaveformJobTest
 {
 namespace
 {
@@ -348,4 +348,4 @@ TEST(WaveformStyle, ColoursAreReadAsTheyAreWritten)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::WaveformJobTest

@@ -8,7 +8,7 @@
 
 #include <memory>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::WaveformPictureTest
 {
 namespace
 {
@@ -151,4 +151,4 @@ TEST_F(WaveformPicture, EachPixelShowsItsShareOfTheRange)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::WaveformPictureTest

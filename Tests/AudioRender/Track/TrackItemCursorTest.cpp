@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace SN
+namespace SN::TrackItemCursorTest
 {
 namespace
 {
@@ -119,4 +119,4 @@ TEST(TrackItemCursor, StaysAtTheEndUntilItIsSentBack)
 }
 
 } // namespace
-} // namespace SN
+} // namespace SN::TrackItemCursorTest

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace SonaroHost::Otio
+namespace SonaroHost::Otio::ConformanceTest
 {
 
 namespace
@@ -255,4 +255,4 @@ INSTANTIATE_TEST_SUITE_P(Cases, OtioConformance, testing::ValuesIn(ListCases()),
 
 } // namespace
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost::Otio::ConformanceTest

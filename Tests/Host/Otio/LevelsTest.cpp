@@ -8,7 +8,7 @@
 
 #include <gmock/gmock.h>
 
-namespace SonaroHost::Otio
+namespace SonaroHost::Otio::LevelsTest
 {
 namespace
 {
@@ -245,4 +245,4 @@ TEST(OtioLevels, ControlPointsOfAnItemAreFractionsOfItsLength)
 }
 
 } // namespace
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost::Otio::LevelsTest

@@ -19,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-namespace SonaroHost::Otio
+namespace SonaroHost::Otio::RandomTimelineTest
 {
 
 namespace
@@ -555,4 +555,4 @@ TEST(RandomTimelines, WhateverIsPutTogetherMakesAGraphWhoseStemsAddUp)
 
 } // namespace
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost::Otio::RandomTimelineTest

@@ -8,7 +8,7 @@
 #include <boost/multiprecision/cpp_int.hpp>
 #include <gtest/gtest.h>
 
-namespace SonaroHost::Otio
+namespace SonaroHost::Otio::RationalTimeTest
 {
 namespace
 {
@@ -114,4 +114,4 @@ TEST(OtioRationalTime, AnyDoubleBecomesANearRatio)
 }
 
 } // namespace
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost::Otio::RationalTimeTest

@@ -11,7 +11,7 @@
 
 #include <gmock/gmock.h>
 
-namespace SonaroHost::Otio
+namespace SonaroHost::Otio::ReaderTest
 {
 namespace
 {
@@ -513,4 +513,4 @@ TEST(OtioReader, MutatedFilesAreReadOrRefusedInOneLine)
 }
 
 } // namespace
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost::Otio::ReaderTest

@@ -19,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-namespace SonaroHost::Otio
+namespace SonaroHost::Otio::TimelineFileTest
 {
 
 namespace
@@ -370,4 +370,4 @@ TEST_F(OtioFiles, SourcesCountByTheRateTheyAreGivenAndReportWhenTheyFail)
 
 } // namespace
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost::Otio::TimelineFileTest

@@ -11,7 +11,7 @@
 
 #include <string>
 
-namespace SonaroHost::Testing
+namespace SonaroHost::Testing::TimelineRangeTest
 {
 namespace
 {
@@ -138,4 +138,4 @@ TEST_F(TimelineRangeTest, TextsNameSamplesOrAreRefused)
 }
 
 } // namespace
-} // namespace SonaroHost::Testing
+} // namespace SonaroHost::Testing::TimelineRangeTest

@@ -19,7 +19,7 @@
 #include <string>
 #include <utility>
 
-namespace SonaroHost::Sequence::Testing
+namespace SonaroHost::Sequence::Testing::NestWalkTest
 {
 namespace
 {
@@ -202,4 +202,4 @@ TEST(NestWalk, CountsTheChannelsOfEachPlaceThatANestStandsIn)
 }
 
 } // namespace
-} // namespace SonaroHost::Sequence::Testing
+} // namespace SonaroHost::Sequence::Testing::NestWalkTest

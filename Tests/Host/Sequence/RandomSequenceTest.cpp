@@ -27,7 +27,7 @@
 #include <sstream>
 #include <tuple>
 
-namespace SonaroHost::Sequence::Testing
+namespace SonaroHost::Sequence::Testing::RandomSequenceTest
 {
 namespace
 {
@@ -597,4 +597,4 @@ TEST(RandomSequence, PlaysAsDescribedInEveryWay)
 }
 
 } // namespace
-} // namespace SonaroHost::Sequence::Testing
+} // namespace SonaroHost::Sequence::Testing::RandomSequenceTest

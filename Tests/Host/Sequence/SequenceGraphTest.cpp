@@ -22,7 +22,7 @@
 #include <string>
 #include <utility>
 
-namespace SonaroHost::Sequence::Testing
+namespace SonaroHost::Sequence::Testing::SequenceGraphTest
 {
 namespace
 {
@@ -482,4 +482,4 @@ track / nest / master ahead 0 late 0 waits 0
 }
 
 } // namespace
-} // namespace SonaroHost::Sequence::Testing
+} // namespace SonaroHost::Sequence::Testing::SequenceGraphTest

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace SonaroHost::Sequence::Testing
+namespace SonaroHost::Sequence::Testing::SequenceRealtimeTest
 {
 namespace
 {
@@ -56,4 +56,4 @@ TEST(SequenceGraph, PullingNeitherAllocatesNorLocks)
 }
 
 } // namespace
-} // namespace SonaroHost::Sequence::Testing
+} // namespace SonaroHost::Sequence::Testing::SequenceRealtimeTest

@@ -5,7 +5,7 @@
 
 #include <list>
 
-namespace
+namespace AllocatorTest
 {
 
 using namespace zorvcore::allocator;
@@ -161,4 +161,4 @@ TEST(MemoryRecycler, TheActualSizeMayBeUsedWholeAndEitherSizeRecycles)
 	}
 }
 
-} // namespace
+} // namespace AllocatorTest

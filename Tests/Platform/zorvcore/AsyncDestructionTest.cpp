@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <unistd.h>
 
-namespace
+namespace AsyncDestructionTest
 {
 
 using namespace zorvcore::classref;
@@ -95,4 +95,4 @@ TEST(AsyncDestructionDeathTest, WhatIsPendingOrComesAtProcessExitIsDestroyed)
 		testing::ExitedWithCode(0), "first second");
 }
 
-} // namespace
+} // namespace AsyncDestructionTest

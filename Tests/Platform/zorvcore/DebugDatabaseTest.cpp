@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-namespace
+namespace DebugDatabaseTest
 {
 
 using namespace zorvcore::debug;
@@ -129,4 +129,4 @@ TEST(DebugDatabaseDeathTest, TheProcessWideOneComesFromTheEnvironment)
 		testing::ExitedWithCode(0), "");
 }
 
-} // namespace
+} // namespace DebugDatabaseTest

@@ -6,7 +6,7 @@
 
 #include <optional>
 
-namespace
+namespace DebugMonitorTest
 {
 
 using namespace zorvcore::debug;
@@ -92,4 +92,4 @@ TEST(DebugMonitor, AWriterMayUnregisterItself)
 	EXPECT_TRUE(GetDebugMonitorNames().empty());
 }
 
-} // namespace
+} // namespace DebugMonitorTest

@@ -5,7 +5,7 @@
 #include "zorvcore/async/Future.h"
 #include "zorvcore/utility/MachineException.h"
 
-namespace
+namespace ExceptionsTest
 {
 
 using namespace zorvcore;
@@ -69,4 +69,4 @@ TEST(MachineException, IsHandledAndReportedWhenAsked)
 	EXPECT_THAT(capture.GetMessages(), testing::ElementsAre("Machine exception 0xC0000005 in Render"));
 }
 
-} // namespace
+} // namespace ExceptionsTest

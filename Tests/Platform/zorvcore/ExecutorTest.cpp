@@ -11,7 +11,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-namespace
+namespace ExecutorTest
 {
 
 using namespace zorvcore::threads;
@@ -237,4 +237,4 @@ TEST(CurrentThread, OnlyTheFirstThreadIsTheMainThread)
 	EXPECT_TRUE(CurrentThreadIsMainThread());
 }
 
-} // namespace
+} // namespace ExecutorTest

@@ -2,7 +2,7 @@
 
 #include "Support/Common.h"
 
-namespace
+namespace FutureTest
 {
 
 using namespace zorvcore;
@@ -104,4 +104,4 @@ TEST(Future, TheWaitSeesWhatTheWorkerDidBefore)
 	}
 }
 
-} // namespace
+} // namespace FutureTest

@@ -5,7 +5,7 @@
 
 #include <unordered_set>
 
-namespace
+namespace ImmutableStringTest
 {
 
 using zorvcore::utility::ImmutableString;
@@ -70,4 +70,4 @@ TEST(ImmutableString, TwoThatLiveAtOnceAreOneContentUnderThreads)
 		});
 }
 
-} // namespace
+} // namespace ImmutableStringTest

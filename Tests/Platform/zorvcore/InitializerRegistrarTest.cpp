@@ -5,7 +5,7 @@
 #include "zorvcore/classref/AsyncDestruction.h"
 #include "zorvcore/classref/Unknown.h"
 
-namespace
+namespace InitializerRegistrarTest
 {
 
 using namespace zorvcore::config;
@@ -102,4 +102,4 @@ TEST(InitializerRegistrar, WhatDiesInTheBackgroundAtAStopMayLoadModules)
 	EXPECT_THAT(TakeEvents(), ElementsAre("start l", "stop l"));
 }
 
-} // namespace
+} // namespace InitializerRegistrarTest

@@ -7,7 +7,7 @@
 
 #include <type_traits>
 
-namespace
+namespace MutexAndGateTest
 {
 
 using namespace zorvcore::threads;
@@ -117,4 +117,4 @@ TEST(AtomicIntegral, CountsUnderThreadsFromItsDefault)
 	EXPECT_EQ(count.Get(), 9);
 }
 
-} // namespace
+} // namespace MutexAndGateTest

@@ -5,7 +5,7 @@
 
 #include <unordered_set>
 
-namespace
+namespace ObjectModelTest
 {
 
 using namespace zorvcore::classref;
@@ -189,4 +189,4 @@ TEST(ObjectModel, AnObjectFindsItsOwnOwnership)
 	EXPECT_THROW(unshared.GetSharedFromThis(), std::bad_weak_ptr);
 }
 
-} // namespace
+} // namespace ObjectModelTest

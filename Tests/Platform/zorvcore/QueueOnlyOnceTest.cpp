@@ -6,7 +6,7 @@
 
 #include <future>
 
-namespace
+namespace QueueOnlyOnceTest
 {
 
 using namespace zorvcore::threads;
@@ -115,4 +115,4 @@ TEST(QueueOnlyOnce, NoWorkIsLeftOverUnderStress)
 	EXPECT_EQ(taken, kProducers * kItems);
 }
 
-} // namespace
+} // namespace QueueOnlyOnceTest

@@ -2,7 +2,7 @@
 
 #include "Support/Common.h"
 
-namespace
+namespace StationsTest
 {
 
 using namespace zorvcore::messaging;
@@ -26,4 +26,4 @@ TEST(Stations, MessagesReachTheStationThatTheyNameUntilItIsDisposed)
 	EXPECT_THAT(received, testing::ElementsAre("first"));
 }
 
-} // namespace
+} // namespace StationsTest

@@ -2,7 +2,7 @@
 
 #include "Support/Common.h"
 
-namespace
+namespace StringConversionTest
 {
 
 using namespace zorvcore::string;
@@ -72,4 +72,4 @@ TEST(StringConversion, AsciiToUTF16TakesTheLengthAndReplacesOtherBytes)
 	EXPECT_EQ(AsciiToUTF16("", 0), u"");
 }
 
-} // namespace
+} // namespace StringConversionTest
