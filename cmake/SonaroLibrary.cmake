@@ -86,7 +86,7 @@ function(sonaro_add_test inName)
 	cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMIZED" "" "SOURCES;LIBRARIES")
 	add_executable(${inName} ${arg_SOURCES})
 	target_link_libraries(${inName} PRIVATE
-		SonaroOptions ${arg_LIBRARIES} GTest::gmock_main Boost::headers)
+		SonaroOptions SonaroTestSanitizers ${arg_LIBRARIES} GTest::gmock_main Boost::headers)
 	if(NOT arg_OPTIMIZED)
 		target_link_libraries(${inName} PRIVATE SonaroTestOptions)
 	endif()
