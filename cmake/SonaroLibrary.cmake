@@ -90,8 +90,8 @@ function(sonaro_add_test inName)
 	if(NOT arg_OPTIMIZED)
 		target_link_libraries(${inName} PRIVATE SonaroTestOptions)
 	endif()
-	# Files of tests name their helpers alike.
-	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF UNITY_BUILD OFF)
+	# Eight sources, as large as they are, are as much as a compiler takes without a gigabyte and a half of memory.
+	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF UNITY_BUILD_BATCH_SIZE 8)
 	# A compiler takes precompiled headers of the same level of optimisation only.
 	if(NOT SONARO_PRECOMPILE STREQUAL none AND NOT arg_OPTIMIZED)
 		target_precompile_headers(${inName} REUSE_FROM SonaroTestHeaders)
