@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Metering/LoudnessMeter.h"
+#include "Support/Trials.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <ebur128.h>
@@ -169,7 +170,7 @@ TEST(LoudnessReference, RandomProgrammesMeasureAsLibebur128HasThem)
 	for (auto const& [name, rate] : cases)
 	{
 		auto const layout = ParseLayout(name).value();
-		for (int trial = 0; trial < 2; ++trial)
+		for (unsigned trial = 0; trial < SN::Testing::GetNumTrials(2); ++trial)
 		{
 			SCOPED_TRACE(testing::Message() << name << " at " << rate << ", seed " << ++seed);
 			LoudnessMeter growing(

@@ -1,5 +1,7 @@
 #include "SonaroHost/Otio/RationalTime.h"
 
+#include "Support/Trials.h"
+
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -53,7 +55,7 @@ TEST(OtioRationalTime, SumsOfUsualRatesAreExact)
 	std::mt19937 random(5);
 	Ratio sum;
 	Exact exact = 0;
-	for (int i = 0; i < 20000; ++i)
+	for (unsigned i = 0; i < SN::Testing::GetNumTrials(20000); ++i)
 	{
 		double const rate = kRates[random() % std::size(kRates)];
 		auto const value = static_cast<double>(static_cast<int>(random() % 4001) - 2000);
@@ -70,7 +72,7 @@ TEST(OtioRationalTime, SumsOfUsualRatesAreExact)
 TEST(OtioRationalTime, ArithmeticBeyondSixtyThreeBitsRoundsToTheNearest)
 {
 	std::mt19937_64 random(11);
-	for (int i = 0; i < 2000; ++i)
+	for (unsigned i = 0; i < SN::Testing::GetNumTrials(2000); ++i)
 	{
 		auto const draw = [&random] { return static_cast<std::int64_t>(random() >> (1 + random() % 62)); };
 		Ratio const a(draw() * (random() % 2 == 0 ? 1 : -1), draw() + 1);

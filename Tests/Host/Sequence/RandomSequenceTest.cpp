@@ -12,6 +12,7 @@
 #include "SonaroHost/Graph/GraphDrawing.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 #include "Support/Pull.h"
+#include "Support/Trials.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
@@ -577,12 +578,7 @@ unsigned GetSetting(char const* inName, unsigned inDefault)
 // SONARO_SEQUENCE_SEEDS of them from SONARO_FIRST_SEED on, each in every way, where these are set.
 TEST(RandomSequence, PlaysAsDescribedInEveryWay)
 {
-#ifdef SONARO_FEWER_SEEDS
-	constexpr unsigned kSeeds = 60;
-#else
-	constexpr unsigned kSeeds = 300;
-#endif
-	unsigned const seeds = GetSetting("SONARO_SEQUENCE_SEEDS", kSeeds);
+	unsigned const seeds = GetSetting("SONARO_SEQUENCE_SEEDS", SN::Testing::GetNumTrials(300));
 	unsigned const first = GetSetting("SONARO_FIRST_SEED", 1);
 	bool const triesAll = std::getenv("SONARO_SEQUENCE_SEEDS") != nullptr;
 	for (unsigned seed = first; seed < first + seeds; ++seed)

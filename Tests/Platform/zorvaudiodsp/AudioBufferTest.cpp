@@ -2,6 +2,7 @@
 
 #include "Support/Buffers.h"
 #include "Support/Common.h"
+#include "Support/Trials.h"
 #include "zorvaudiodsp/AudioBufferChannel.h"
 #include "zorvaudiodsp/AudioBufferShell.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
@@ -481,7 +482,7 @@ protected:
 
 TEST_F(RandomBufferTest, AnyOrderOfOperationsSoundsLikeThePlainModel)
 {
-	for (std::size_t step = 0; step < 200000; ++step)
+	for (std::size_t step = 0; step < SN::Testing::GetNumTrials(200000); ++step)
 	{
 		Step();
 		ASSERT_EQ(FirstDifference(), "") << "step " << step;

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <algorithm>
+
+namespace SN::Testing
+{
+
+// How many of so many random trials are made: fewer under sanitizers, which make each several times as slow. What they
+// look for shows in the first few, and the sound itself is compared in all of them without sanitizers.
+constexpr unsigned GetNumTrials(unsigned inCount)
+{
+#ifdef SONARO_FEWER_TRIALS
+	return std::max(1u, inCount / SONARO_FEWER_TRIALS);
+#else
+	return inCount;
+#endif
+}
+
+} // namespace SN::Testing
