@@ -100,7 +100,7 @@ function(sonaro_add_test inName)
 	# command start hundreds. Their threads have ended by then.
 	set(environment "")
 	if(SONARO_SANITIZE MATCHES thread)
-		set(environment ENVIRONMENT TSAN_OPTIONS=atexit_sleep_ms=50)
+		set(environment ENVIRONMENT TSAN_OPTIONS=atexit_sleep_ms=10)
 	endif()
 	gtest_discover_tests(${inName} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ${environment})
 endfunction()
