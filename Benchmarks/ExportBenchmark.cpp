@@ -251,7 +251,7 @@ void CompareExports(fs::path const& inFolder)
 		MakeTimeline(timeline, test);
 		auto const [plain, exported] = MeasureInTurn<2>(
 			{[&] { MixPlainly(inFolder, test.mTracks, test.mFrames, inFolder / "plain.wav"); },
-				[&] { Export(timeline, inFolder / "mix.wav", Measuring::eNothing); }});
+				[&] { Export(timeline, inFolder / "mix.wav", Measuring::kNothing); }});
 		std::printf(
 			"%8d %8d %14.2f %14.2f %8.2f\n", test.mTracks, test.mClips, exported, plain, exported / plain);
 	}
@@ -267,7 +267,7 @@ void CompareMeters(fs::path const& inFolder, Content const& inContent)
 	{ return [&timeline, &inFolder, inMeasuring] { Export(timeline, inFolder / "mix.wav", inMeasuring); }; };
 	auto const [plain, quiet, mix, tracks] =
 		MeasureInTurn<4>({[&] { MixPlainly(inFolder, test.mTracks, test.mFrames, inFolder / "plain.wav"); },
-			exportWith(Measuring::eNothing), exportWith(Measuring::eOutput), exportWith(Measuring::eTracks)});
+			exportWith(Measuring::kNothing), exportWith(Measuring::kOutput), exportWith(Measuring::kTracks)});
 	std::printf("%8s %14.2f %10.2f %10.2f %12.2f %12.2f %12.2f\n", inContent.mName, plain, quiet, mix, tracks,
 		mix / quiet, tracks / quiet);
 }

@@ -24,8 +24,8 @@ enum ExitCode : int
 inline ExitCode GetExitCode(SonaroHost::HostError::Kind inKind)
 {
 	using Kind = SonaroHost::HostError::Kind;
-	return inKind == Kind::eRequest        ? kExitUsage
-		   : inKind == Kind::eNothingHeard ? kExitMissing
+	return inKind == Kind::kRequest        ? kExitUsage
+		   : inKind == Kind::kNothingHeard ? kExitMissing
 										   : kExitFailure;
 }
 

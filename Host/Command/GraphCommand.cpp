@@ -35,18 +35,18 @@ GraphFormat ChooseFormat(std::string const& inFormat, std::string const& inOutpu
 {
 	if (inFormat.empty() && IsStandardStream(inOutput))
 	{
-		throw HostError(HostError::Kind::eRequest,
+		throw HostError(HostError::Kind::kRequest,
 			"the standard output needs --format, since it has no name to choose by");
 	}
 	std::string const ending = std::filesystem::path(inOutput).extension().string();
 	std::string const name = inFormat.empty() ? ending : "." + inFormat;
 	if (name != ".dot" && name != ".svg" && name != ".png")
 	{
-		throw HostError(HostError::Kind::eRequest, "cannot choose a format from the name " +
+		throw HostError(HostError::Kind::kRequest, "cannot choose a format from the name " +
 													   QuotePath(inOutput) +
 													   "; end it in .svg, .png or .dot, or use --format");
 	}
-	return name == ".dot" ? GraphFormat::eDot : name == ".svg" ? GraphFormat::eSvg : GraphFormat::ePng;
+	return name == ".dot" ? GraphFormat::kDot : name == ".svg" ? GraphFormat::kSvg : GraphFormat::kPng;
 }
 
 GraphDrawing Draw(
@@ -84,7 +84,7 @@ std::size_t FindTrack(Otio::Stack const& inStack, std::string const& inName)
 	}
 	if (places.size() != 1)
 	{
-		throw HostError(HostError::Kind::eRequest,
+		throw HostError(HostError::Kind::kRequest,
 			(places.empty() ? "there is no track '" + inName + "'"
 							: "several tracks are named '" + inName + "'; choose one by its number") +
 				"; the timeline has " + list);
@@ -92,37 +92,41 @@ std::size_t FindTrack(Otio::Stack const& inStack, std::string const& inName)
 	return places.front();
 }
 
-// Leaves out all outermost tracks but one. Throws a HostError for one that is not heard, and so is not in the graph.
-Sequence::GraphView MakeViewOf(std::size_t inTrack, Otio::TimelineSequence const& inSequence)
+// The row of an outermost track. Throws a HostError for one that is not heard, and so is not in the graph.
+Otio::TrackRow const& FindHeard(
+	std::size_t inTrack, std::string const& inName, Otio::TimelineSequence const& inSequence)
+{
+	auto const found = std::find_if(inSequence.mTracks.begin(), inSequence.mTracks.end(),
+		[inTrack](Otio::TrackRow const& inRow) { return inRow.mDepth == 0 && inRow.mIndex == inTrack; });
+	if (found == inSequence.mTracks.end() || !found->mIsHeard)
+	{
+		Refuse("--track: '" + inName + "' is not heard: " +
+			   (found == inSequence.mTracks.end() ? "it holds no sound" : found->mReason));
+	}
+	return *found;
+}
+
+// Leaves out all outermost tracks but one, with what is missing on them.
+Sequence::GraphView DropOthers(Otio::TrackRow const& inTrack, Otio::TimelineSequence& ioSequence)
 {
 	Sequence::GraphView view;
-	std::string reason = "it has no sound";
-	bool isHeard = false;
-	for (Otio::TrackRow const& row : inSequence.mTracks)
+	for (Otio::TrackRow const& row : ioSequence.mTracks)
 	{
-		if (row.mDepth == 0 && row.mIndex != inTrack)
+		if (row.mDepth == 0 && row.mIndex != inTrack.mIndex)
 		{
 			view.mLeftOut.insert(row.mPlace);
 		}
-		else if (row.mDepth == 0)
-		{
-			isHeard = row.mIsMeasured;
-			reason = row.mReason.empty() ? reason : row.mReason;
-		}
 	}
-	if (!isHeard)
-	{
-		throw HostError(HostError::Kind::eRequest, "--track: track " + std::to_string(inTrack + 1) +
-													   " is not heard (" + reason + "); choose another one");
-	}
+	std::erase_if(ioSequence.mMissing, [&](Otio::MissingMedia const& inMedia)
+		{ return inMedia.mPlace != inTrack.mPlace && !inMedia.mPlace.starts_with(inTrack.mPlace + "/"); });
 	return view;
 }
 
 void CheckNodes(GraphDrawing const& inDrawing, GraphFormat inFormat)
 {
-	if (inFormat != GraphFormat::eDot && inDrawing.GetNumNodes() > GraphDrawing::kMaxPictureNodes)
+	if (inFormat != GraphFormat::kDot && inDrawing.GetNumNodes() > GraphDrawing::kMaxPictureNodes)
 	{
-		throw HostError(HostError::Kind::eOutput,
+		throw HostError(HostError::Kind::kOutput,
 			"the graph has " + std::to_string(inDrawing.GetNumNodes()) + " nodes, and laying out more than " +
 				std::to_string(GraphDrawing::kMaxPictureNodes) +
 				" would take very long; use --depth to draw fewer levels of nesting, --track for a single "
@@ -186,7 +190,7 @@ int GraphCommand::Run()
 		char const* const reason = IsStandardStream(mInput)                 ? "is the standard input"
 								   : std::filesystem::exists(mInput, error) ? "is not named as a timeline"
 																			: "does not exist";
-		throw HostError(HostError::Kind::eInput, {mInput, {}, reason, DescribeInputs()});
+		throw HostError(HostError::Kind::kInput, {mInput, {}, reason, DescribeInputs()});
 	}
 	MakeRoomForOutputs({mOutput});
 	GraphFormat const format = ChooseFormat(mFormat, mOutput);
@@ -198,12 +202,15 @@ int GraphCommand::Run()
 	options.mFadeShape = ParseFades(mFades);
 	Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
 	OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
-	Otio::TimelineSequence const sequence = input.MakeSequence(options);
+	Otio::TimelineSequence sequence = input.MakeSequence(options);
 	Otio::CheckHasSound(sequence);
+	Sequence::GraphView view;
+	if (!mTrack.empty())
+	{
+		std::size_t const track = FindTrack(input.GetTimeline().mTracks, mTrack);
+		view = DropOthers(FindHeard(track, mTrack, sequence), sequence);
+	}
 	WarnOfNotes(sequence.mMissing, {});
-	Sequence::GraphView const view =
-		mTrack.empty() ? Sequence::GraphView()
-					   : MakeViewOf(FindTrack(input.GetTimeline().mTracks, mTrack), sequence);
 	GraphDrawing const drawing = Draw(Otio::MakeProgramme(sequence, input.GetMedia()), view, mDepth);
 	CheckNodes(drawing, format);
 	std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);

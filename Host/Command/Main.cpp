@@ -63,6 +63,19 @@ int RunCommand(Command& ioCommand)
 	return kExitFailure;
 }
 
+constexpr char const* kFooter =
+	"\"sonaro COMMAND --help\" describes a command and its options.\n"
+	"\n"
+	"Exit codes:\n"
+	"  0  Success\n"
+	"  1  An input or output error, or a problem that --strict does not accept\n"
+	"  2  Wrong usage: an option or argument is not valid, by itself or for this input\n"
+	"  3  Media of a timeline are missing: the output is written, with silence in their place; or\n"
+	"     nothing in the timeline is heard: nothing is written\n"
+	"\n"
+	"Environment:\n"
+	"  TMPDIR  The folder for temporary files, such as the unpacked media of bundles (default: /tmp)";
+
 bool Print(std::string const& inText)
 {
 	try
@@ -87,18 +100,7 @@ int main(int inCount, char** inArguments)
 	CLI::App program("Renders the sound of timelines and sound files, exact to the sample.", "sonaro");
 	program.set_version_flag("--version", "sonaro " SONARO_VERSION);
 	program.require_subcommand(1);
-	program.footer(
-		"\"sonaro COMMAND --help\" describes a command and its options.\n"
-		"\n"
-		"Exit codes:\n"
-		"  0  Success\n"
-		"  1  An input or output error, or a problem that --strict does not accept\n"
-		"  2  Wrong usage: an option or argument is not valid, by itself or for this input\n"
-		"  3  Media of a timeline are missing: the output is written, with silence in their place; or\n"
-		"     nothing in the timeline is heard: nothing is written\n"
-		"\n"
-		"Environment:\n"
-		"  TMPDIR  The folder for temporary files, such as the unpacked media of bundles (default: /tmp)");
+	program.footer(kFooter);
 
 	std::vector<std::unique_ptr<Command>> commands;
 	commands.push_back(std::make_unique<RenderCommand>(program));

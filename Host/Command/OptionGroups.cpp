@@ -30,7 +30,7 @@ void RefuseGroup(CLI::App& ioParser, char const* inGroup, std::string const& inW
 	{
 		if (option->get_group() == inGroup && option->count() > 0)
 		{
-			throw HostError(HostError::Kind::eRequest, option->get_name() + " " + inWhy);
+			throw HostError(HostError::Kind::kRequest, option->get_name() + " " + inWhy);
 		}
 	}
 }

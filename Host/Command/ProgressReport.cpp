@@ -49,11 +49,11 @@ int GetPercent(SonaroHost::RenderProgress const& inProgress)
 } // namespace
 
 ProgressReport::ProgressReport(int inSampleRate, bool inIsQuiet)
-	: mStyle(inIsQuiet                 ? Style::eNone
-			 : IsErrorOutputTerminal() ? Style::eBar
-									   : Style::eLines),
+	: mStyle(inIsQuiet                 ? Style::kNone
+			 : IsErrorOutputTerminal() ? Style::kBar
+									   : Style::kLines),
 	  mSampleRate(inSampleRate),
-	  mNext(mBegin + (mStyle == Style::eBar ? Clock::duration(kBarInterval) : Clock::duration(kLineInterval)))
+	  mNext(mBegin + (mStyle == Style::kBar ? Clock::duration(kBarInterval) : Clock::duration(kLineInterval)))
 {
 }
 
@@ -68,7 +68,7 @@ ProgressReport::~ProgressReport()
 
 void ProgressReport::Update(SonaroHost::RenderProgress const& inProgress)
 {
-	if (mStyle == Style::eNone)
+	if (mStyle == Style::kNone)
 	{
 		return;
 	}
@@ -78,7 +78,7 @@ void ProgressReport::Update(SonaroHost::RenderProgress const& inProgress)
 		return;
 	}
 	double const elapsed = std::chrono::duration<double>(now - mBegin).count();
-	if (mStyle == Style::eBar)
+	if (mStyle == Style::kBar)
 	{
 		mNext = now + kBarInterval;
 		DrawBar(inProgress, elapsed);

@@ -29,9 +29,9 @@ private:
 
 	enum class Style
 	{
-		eNone,
-		eBar,
-		eLines,
+		kNone,
+		kBar,
+		kLines,
 	};
 
 	Style mStyle;

@@ -231,7 +231,7 @@ int RenderCommand::Run()
 	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
 	MakeRoomForOutputs({mOptions.mOutput, mOptions.mReport});
 	ClipRenderJob job(MakeRequest());
-	CheckReport(mOptions, ReportFolder::eIsThere);
+	CheckReport(mOptions, ReportFolder::kIsThere);
 	for (PlannedClip const& clip : job.GetPlan().GetClips())
 	{
 		if (!clip.GetInfo().mStatesLength)
@@ -273,7 +273,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	request.mInputs = MakeInputs();
 	request.mContainer = mOptions.ChooseContainer();
 	request.mLayout = MakeLayoutRequest();
-	request.mDirection = mIsReverse ? RenderDirection::eReverse : RenderDirection::eForward;
+	request.mDirection = mIsReverse ? RenderDirection::kReverse : RenderDirection::kForward;
 	request.mSpeed = mSpeed;
 	request.mSampleRate = mOptions.mSampleRate;
 	request.mAsPlayback = mIsPlayback;

@@ -25,9 +25,9 @@ std::optional<OutputSamples> FindSamples(std::string const& inBits)
 	{
 		return std::nullopt;
 	}
-	return inBits == "16"   ? OutputSamples::eInteger16
-		   : inBits == "24" ? OutputSamples::eInteger24
-							: OutputSamples::eFloat32;
+	return inBits == "16"   ? OutputSamples::kInteger16
+		   : inBits == "24" ? OutputSamples::kInteger24
+							: OutputSamples::kFloat32;
 }
 
 std::optional<Dither> FindDither(std::string const& inDither)
@@ -36,7 +36,7 @@ std::optional<Dither> FindDither(std::string const& inDither)
 	{
 		return std::nullopt;
 	}
-	return inDither == "tpdf" ? Dither::eTriangular : Dither::eNone;
+	return inDither == "tpdf" ? Dither::kTriangular : Dither::kNone;
 }
 
 float ToGain(double inDecibels)
@@ -60,7 +60,7 @@ OutputContainer RenderOptions::ChooseContainer() const
 {
 	if (mFormat.empty() && IsStandardStream(mOutput))
 	{
-		return OutputContainer::eWav;
+		return OutputContainer::kWav;
 	}
 	auto const container = mFormat.empty() ? FindContainerByEnding(mOutput) : FindContainer(mFormat);
 	if (!container)
@@ -101,9 +101,9 @@ void RenderOptions::Fill(OutputRequest& outRequest) const
 	outRequest.mFadeIn = ParseFade("--fade-in", mFadeIn);
 	outRequest.mFadeOut = ParseFade("--fade-out", mFadeOut);
 	outRequest.mLevels = mLevels;
-	outRequest.mMeasuring = !mReport.empty()       ? Measuring::eTracks
-							: mAsJson || !mIsQuiet ? Measuring::eOutput
-												   : Measuring::eNothing;
+	outRequest.mMeasuring = !mReport.empty()       ? Measuring::kTracks
+							: mAsJson || !mIsQuiet ? Measuring::kOutput
+												   : Measuring::kNothing;
 	outRequest.mBlockFrames = mBlockFrames.value_or(outRequest.mBlockFrames);
 }
 

@@ -110,7 +110,7 @@ std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::str
 	std::array<char, 64> speed{};
 	std::snprintf(
 		speed.data(), speed.size(), "%.0f times faster than real time", GetRealTimeFactor(inSummary));
-	bool const isDithered = inSummary.mFormat.mDither == Dither::eTriangular;
+	bool const isDithered = inSummary.mFormat.mDither == Dither::kTriangular;
 	return ShowOutput(inOutput) + ": " + FormatTime(inSummary.GetFrames(), inSummary.mSampleRate) + " (" +
 		   std::to_string(inSummary.GetFrames()) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) +
 		   ", " + std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) +
@@ -135,7 +135,7 @@ std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::s
 	json["layout"] = GetLayoutName(inJob.GetOutputLayout());
 	json["rate"] = inSummary.mSampleRate;
 	json["encoding"] = GetName(inSummary.mFormat.mSamples);
-	json["dither"] = inSummary.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
+	json["dither"] = inSummary.mFormat.mDither == Dither::kTriangular ? "tpdf" : "none";
 	json["peak"] = inSummary.GetFile().mPeak;
 	json["peakDbfs"] = ToDecibels(static_cast<double>(inSummary.GetFile().mPeak));
 	if (inSummary.GetFile().mLoudness)

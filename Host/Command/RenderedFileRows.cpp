@@ -29,12 +29,12 @@ Json ListFiles(RenderSummary const& inFiles, SN::AudioChannelLayout const& inLay
 		}
 		json["format"] = GetName(inFiles.mFormat.mContainer);
 		json["encoding"] = GetName(inFiles.mFormat.mSamples);
-		json["dither"] = inFiles.mFormat.mDither == Dither::eTriangular ? "tpdf" : "none";
+		json["dither"] = inFiles.mFormat.mDither == Dither::kTriangular ? "tpdf" : "none";
 		json["layout"] = GetLayoutName(inLayout);
 		json["rate"] = inSampleRate;
 		json["firstSample"] = file.mRange.mFirstFrame;
 		json["samples"] = file.mRange.mFrames;
-		if (file.mTimeReference && inFiles.mFormat.mContainer == OutputContainer::eWav)
+		if (file.mTimeReference && inFiles.mFormat.mContainer == OutputContainer::kWav)
 		{
 			json["timeReference"] = *file.mTimeReference;
 		}

@@ -15,7 +15,7 @@ void CheckReport(RenderOptions const& inOptions, ReportFolder inFolder)
 {
 	std::filesystem::path const folder = std::filesystem::path(inOptions.mReport).parent_path();
 	bool const isThere = folder.empty() || std::filesystem::is_directory(folder);
-	if (!inOptions.mReport.empty() && (isThere || inFolder == ReportFolder::eIsThere))
+	if (!inOptions.mReport.empty() && (isThere || inFolder == ReportFolder::kIsThere))
 	{
 		OutputFile const file(inOptions.mReport);
 	}

@@ -9,9 +9,9 @@ namespace SonaroCommand
 
 enum class ReportFolder
 {
-	eIsThere,
+	kIsThere,
 	// The render may make it, as the one of stems.
-	eIsMade,
+	kIsMade,
 };
 
 // That the file of --report, if there is one, can be written: before the work begins. Throws a HostError.

@@ -30,13 +30,13 @@ char const* GetName(Note::Kind inKind)
 {
 	switch (inKind)
 	{
-	case Note::Kind::eRemark:
+	case Note::Kind::kRemark:
 		return "remark";
-	case Note::Kind::eGuess:
+	case Note::Kind::kGuess:
 		return "guess";
-	case Note::Kind::eLevelNotRead:
+	case Note::Kind::kLevelNotRead:
 		return "level not read";
-	case Note::Kind::eIgnored:
+	case Note::Kind::kIgnored:
 		break;
 	}
 	return "ignored";
@@ -44,7 +44,7 @@ char const* GetName(Note::Kind inKind)
 
 bool IsUnreadLevel(Note const& inNote)
 {
-	return inNote.mKind == Note::Kind::eLevelNotRead;
+	return inNote.mKind == Note::Kind::kLevelNotRead;
 }
 
 // Which clip and which track, as far as they are known.
@@ -105,7 +105,7 @@ std::vector<std::string> DescribeEachOnce(std::vector<Note const*> const& inNote
 	std::vector<std::string> texts;
 	for (Note const* const note : inNotes)
 	{
-		bool const isGuess = note->mKind == Note::Kind::eGuess;
+		bool const isGuess = note->mKind == Note::Kind::kGuess;
 		if (std::size_t const count = isGuess ? std::exchange(counts[note->mText], 0) : 1; count > 0)
 		{
 			texts.push_back(
@@ -185,7 +185,7 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 		{
 			unread.push_back(&note);
 		}
-		else if (note.mKind != Note::Kind::eRemark && !isTold)
+		else if (note.mKind != Note::Kind::kRemark && !isTold)
 		{
 			others.push_back(&note);
 		}

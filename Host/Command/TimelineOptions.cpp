@@ -22,9 +22,9 @@ void AddTimelineOptions(CLI::App& ioParser, std::vector<std::string>& outMediaFo
 
 FadeShape ParseFades(std::string const& inName)
 {
-	return inName == "linear"    ? FadeShape::eLinear
-		   : inName == "s-curve" ? FadeShape::eSCurve
-								 : FadeShape::eEqualPower;
+	return inName == "linear"    ? FadeShape::kLinear
+		   : inName == "s-curve" ? FadeShape::kSCurve
+								 : FadeShape::kEqualPower;
 }
 
 } // namespace SonaroCommand

@@ -78,7 +78,7 @@ int TimelineRender::Run(std::string const& inInput)
 	MakeRoomForOutputs({mShared.mOutput, mShared.mReport});
 	TimelineRenderJob job(MakeRequest(inInput));
 	WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
-	CheckReport(mShared, mStems.empty() ? ReportFolder::eIsThere : ReportFolder::eIsMade);
+	CheckReport(mShared, mStems.empty() ? ReportFolder::kIsThere : ReportFolder::kIsMade);
 	CheckStrictly(job, inInput);
 	auto const summary = RunJob(job, job.GetSampleRate(), mShared.mIsQuiet);
 	WarnOfLevels(summary);
@@ -96,10 +96,10 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	{
 		Refuse("--stems writes several files; use -o with a folder instead of -");
 	}
-	request.mStems = mStems.empty() ? Stems::eNone : mStems == "track" ? Stems::eTracks : Stems::eMarkers;
+	request.mStems = mStems.empty() ? Stems::kNone : mStems == "track" ? Stems::kTracks : Stems::kMarkers;
 	// A folder's name ends in nothing.
-	bool const isFolder = request.mStems != Stems::eNone && mShared.mFormat.empty();
-	request.mContainer = isFolder ? OutputContainer::eWav : mShared.ChooseContainer();
+	bool const isFolder = request.mStems != Stems::kNone && mShared.mFormat.empty();
+	request.mContainer = isFolder ? OutputContainer::kWav : mShared.ChooseContainer();
 	request.mOptions.mSampleRate = mShared.mSampleRate;
 	request.mOptions.mLayout = mShared.ParseLayout();
 	request.mOptions.mFadeShape = ParseFades(mFades);
@@ -123,7 +123,7 @@ void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string c
 	{
 		WriteReport(mShared, ReportRefusal(inInput, inJob, mShared.mLevels, reason));
 	}
-	throw HostError(HostError::Kind::eInput,
+	throw HostError(HostError::Kind::kInput,
 		(mShared.mReport.empty() ? "nothing was written" : "only the report was written") +
 			std::string(" because of ") + (isStrictInAll ? "--strict" : "--strict=media") + ": " + reason +
 			"; see the warnings");

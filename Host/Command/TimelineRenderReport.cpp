@@ -62,7 +62,7 @@ std::string MakeLoudnessTable(TimelineRenderJob const& inJob, RenderSummary cons
 std::string DescribeFile(
 	TimelineRenderJob const& inJob, RenderedFile const& inFile, OutputFormat const& inFormat)
 {
-	bool const isDithered = inFormat.mDither == Dither::eTriangular;
+	bool const isDithered = inFormat.mDither == Dither::kTriangular;
 	std::string text = MakePrintable(ShowOutput(inFile.mPath.string())) + ": " +
 					   FormatTime(inFile.mRange.mFrames, inJob.GetSampleRate()) + " (" +
 					   std::to_string(inFile.mRange.mFrames) + " samples), " +

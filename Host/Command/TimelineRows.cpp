@@ -14,13 +14,13 @@ char const* GetName(ClipRow::Status inStatus)
 {
 	switch (inStatus)
 	{
-	case ClipRow::Status::eHeard:
+	case ClipRow::Status::kHeard:
 		return "heard";
-	case ClipRow::Status::eSilent:
+	case ClipRow::Status::kSilent:
 		return "silent";
-	case ClipRow::Status::eOutside:
+	case ClipRow::Status::kOutside:
 		return "outside";
-	case ClipRow::Status::eMissing:
+	case ClipRow::Status::kMissing:
 		break;
 	}
 	return "missing";

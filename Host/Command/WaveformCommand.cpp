@@ -32,10 +32,10 @@ struct FormatName
 };
 
 constexpr FormatName kFormats[] = {
-	{"png", "PNG", WaveformFormat::ePng},
-	{"svg", "SVG", WaveformFormat::eSvg},
-	{"json", "JSON", WaveformFormat::eJson},
-	{"dat", "DAT", WaveformFormat::eDat},
+	{"png", "PNG", WaveformFormat::kPng},
+	{"svg", "SVG", WaveformFormat::kSvg},
+	{"json", "JSON", WaveformFormat::kJson},
+	{"dat", "DAT", WaveformFormat::kDat},
 };
 
 std::string ToLower(std::string inText)
@@ -280,7 +280,7 @@ WaveformRequest WaveformCommand::MakeRequest()
 	}
 	request.mWidth = mWidth;
 	request.mSamplesPerColumn = mSamplesPerColumn;
-	request.mChannels = mChannels == "merged" ? WaveformChannels::eMerged : WaveformChannels::eStacked;
+	request.mChannels = mChannels == "merged" ? WaveformChannels::kMerged : WaveformChannels::kStacked;
 	request.mStyle = MakeStyle();
 	request.mBits = mBits;
 	request.mReplace = !mKeepsOldFile;
@@ -317,7 +317,7 @@ WaveformStyle WaveformCommand::MakeStyle() const
 	ParseColour("--background", mBackground, style.mBackground);
 	ParseColour("--wave", mWave, style.mWave);
 	ParseColour("--rms", mRms, style.mRms);
-	style.mScale = mScale == "db" ? AmplitudeScale::eDecibels : AmplitudeScale::eLinear;
+	style.mScale = mScale == "db" ? AmplitudeScale::kDecibels : AmplitudeScale::kLinear;
 	style.mFloorDecibels = mFloorDecibels;
 	return style;
 }

@@ -93,7 +93,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* inData, std::size_t in
 	catch (HostError const& error)
 	{
 		std::string_view const message = error.what();
-		Check(error.GetKind() == HostError::Kind::eInput && message.starts_with("'fuzz.otio', "));
+		Check(error.GetKind() == HostError::Kind::kInput && message.starts_with("'fuzz.otio', "));
 		Check(message.find('\n') == std::string_view::npos && message.size() < 2000);
 	}
 	return 0;

@@ -59,7 +59,7 @@ std::int64_t WriteFile(std::filesystem::path const& inPath, OutputFormat const& 
 }
 
 constexpr OutputContainer kContainers[] = {
-	OutputContainer::eWav, OutputContainer::eAiff, OutputContainer::eFlac, OutputContainer::eCaf};
+	OutputContainer::kWav, OutputContainer::kAiff, OutputContainer::kFlac, OutputContainer::kCaf};
 
 TEST(AudioFileWriter, FloatsGoInBitForBit)
 {
@@ -69,14 +69,14 @@ TEST(AudioFileWriter, FloatsGoInBitForBit)
 		-Limits::infinity(), Limits::quiet_NaN(), 1.0f / 3.0f, 1e-20f};
 	TemporaryFolder const folder;
 	for (OutputContainer const container :
-		{OutputContainer::eWav, OutputContainer::eAiff, OutputContainer::eCaf})
+		{OutputContainer::kWav, OutputContainer::kAiff, OutputContainer::kCaf})
 	{
 		for (int const channels : {1, 2, 4})
 		{
 			SCOPED_TRACE(GetName(container));
 			Sound const sound{channels, 48000, samples};
 			EXPECT_EQ(
-				WriteFile(folder / "out", {container, OutputSamples::eFloat32, Dither::eNone}, sound, 3), 0);
+				WriteFile(folder / "out", {container, OutputSamples::kFloat32, Dither::kNone}, sound, 3), 0);
 			EXPECT_TRUE(SameBits(ReadSound(folder / "out"), sound));
 		}
 	}
@@ -85,7 +85,7 @@ TEST(AudioFileWriter, FloatsGoInBitForBit)
 TEST(AudioFileWriter, IntegersOfEveryContainerComeBackBitForBit)
 {
 	TemporaryFolder const folder;
-	for (OutputSamples const samples : {OutputSamples::eInteger16, OutputSamples::eInteger24})
+	for (OutputSamples const samples : {OutputSamples::kInteger16, OutputSamples::kInteger24})
 	{
 		int const bits = GetIntegerBits(samples);
 		Sound sound{2, 44100, {}};
@@ -102,7 +102,7 @@ TEST(AudioFileWriter, IntegersOfEveryContainerComeBackBitForBit)
 		for (OutputContainer const container : kContainers)
 		{
 			SCOPED_TRACE(GetName(container));
-			EXPECT_EQ(WriteFile(folder / "out", {container, samples, Dither::eNone}, sound), 0);
+			EXPECT_EQ(WriteFile(folder / "out", {container, samples, Dither::kNone}, sound), 0);
 			EXPECT_EQ(ReadIntegers(folder / "out"), integers);
 		}
 	}
@@ -114,15 +114,15 @@ TEST(AudioFileWriter, SameBytesForAnyBlockSizeAndAnyTime)
 	Sound const sound = MakeSound(3, 48000, 20000);
 	for (OutputContainer const container : kContainers)
 	{
-		for (OutputSamples const samples : {OutputSamples::eInteger16, OutputSamples::eFloat32})
+		for (OutputSamples const samples : {OutputSamples::kInteger16, OutputSamples::kFloat32})
 		{
-			bool const isFloat = samples == OutputSamples::eFloat32;
-			if (isFloat && container == OutputContainer::eFlac)
+			bool const isFloat = samples == OutputSamples::kFloat32;
+			if (isFloat && container == OutputContainer::kFlac)
 			{
 				continue;
 			}
 			SCOPED_TRACE(GetName(container) + " " + GetName(samples));
-			OutputFormat const format{container, samples, isFloat ? Dither::eNone : Dither::eTriangular};
+			OutputFormat const format{container, samples, isFloat ? Dither::kNone : Dither::kTriangular};
 			WriteFile(folder / "whole", format, sound, 20000);
 			std::string const whole = ReadBytes(folder / "whole");
 			for (unsigned const block : {1u, 7u, 256u, 8192u, 20000u})
@@ -143,9 +143,9 @@ TEST(AudioFileWriter, AFlaggedChannelIsZerosWhateverItsSamples)
 	std::fill_n(buffer.GetChannel(0), 100, 0.25f);
 	std::fill_n(buffer.GetChannel(1), 100, std::numeric_limits<float>::quiet_NaN());
 	buffer.MarkChannelSilent(1);
-	for (OutputSamples const samples : {OutputSamples::eInteger16, OutputSamples::eFloat32})
+	for (OutputSamples const samples : {OutputSamples::kInteger16, OutputSamples::kFloat32})
 	{
-		AudioFileWriter writer(folder / "out.wav", {OutputContainer::eWav, samples, Dither::eNone}, 48000,
+		AudioFileWriter writer(folder / "out.wav", {OutputContainer::kWav, samples, Dither::kNone}, 48000,
 			zorvmediatypes::CreateStereoChannelLayout(), 100);
 		writer.Write(buffer);
 		writer.Finish();
@@ -163,7 +163,7 @@ TEST(AudioFileWriter, CountsClippedSamplesOverAllChannels)
 {
 	TemporaryFolder const folder;
 	Sound const sound{2, 48000, {1.5f, 0.0f, -2.0f, 1.0f, 0.5f, -1.0f}};
-	OutputFormat const format{OutputContainer::eWav, OutputSamples::eInteger24, Dither::eNone};
+	OutputFormat const format{OutputContainer::kWav, OutputSamples::kInteger24, Dither::kNone};
 	EXPECT_EQ(WriteFile(folder / "out.wav", format, sound), 3);
 	constexpr int kTop = 0x7fffff00;
 	constexpr int kBottom = std::numeric_limits<int>::min();
@@ -178,7 +178,7 @@ TEST(AudioFileWriter, AWavBeyond4GigabytesHas64BitLengths)
 	{
 		std::int64_t const frames = isLarge ? 1073741824 : 1073725440;
 		AudioFileWriter writer(folder / "out.wav",
-			{OutputContainer::eWav, OutputSamples::eFloat32, Dither::eNone}, 48000,
+			{OutputContainer::kWav, OutputSamples::kFloat32, Dither::kNone}, 48000,
 			zorvmediatypes::CreateMonoChannelLayout(), frames);
 		writer.Finish();
 		EXPECT_EQ(ReadBytes(folder / "out.wav").substr(0, 4), isLarge ? "RF64" : "RIFF");
@@ -195,9 +195,9 @@ TEST(AudioFileWriter, RefusesWhatAFormatCannotHoldAndLeavesNothing)
 		std::int64_t mFrames;
 		char const* mReason;
 	};
-	constexpr OutputFormat kFlac{OutputContainer::eFlac, OutputSamples::eInteger24, Dither::eNone};
-	constexpr OutputFormat kFloatFlac{OutputContainer::eFlac, OutputSamples::eFloat32, Dither::eNone};
-	constexpr OutputFormat kAiff{OutputContainer::eAiff, OutputSamples::eInteger24, Dither::eNone};
+	constexpr OutputFormat kFlac{OutputContainer::kFlac, OutputSamples::kInteger24, Dither::kNone};
+	constexpr OutputFormat kFloatFlac{OutputContainer::kFlac, OutputSamples::kFloat32, Dither::kNone};
+	constexpr OutputFormat kAiff{OutputContainer::kAiff, OutputSamples::kInteger24, Dither::kNone};
 	constexpr Case kCases[] = {
 		{kFloatFlac, 2, 48000, 100, "FLAC cannot hold floats; choose 16 or 24 bits, or WAV"},
 		{kFlac, 9, 48000, 100, "FLAC holds at most 8 channels, not 9; choose WAV or CAF"},
@@ -213,7 +213,7 @@ TEST(AudioFileWriter, RefusesWhatAFormatCannotHoldAndLeavesNothing)
 			AudioFileWriter const writer(
 				folder / "out.x", test.mFormat, test.mSampleRate, MakeLayout(test.mChannels), test.mFrames);
 		};
-		EXPECT_THAT(GetRefusalOf(open, HostError::Kind::eRequest), HasSubstr(test.mReason));
+		EXPECT_THAT(GetRefusalOf(open, HostError::Kind::kRequest), HasSubstr(test.mReason));
 		EXPECT_THAT(folder.List(), IsEmpty());
 	}
 }
@@ -222,7 +222,7 @@ TEST(AudioFileWriter, AFileAppearsWholeOrNotAtAll)
 {
 	TemporaryFolder const folder;
 	WriteBytes(folder / "old.wav", "what was there before");
-	OutputFormat const format{OutputContainer::eWav, OutputSamples::eFloat32, Dither::eNone};
+	OutputFormat const format{OutputContainer::kWav, OutputSamples::kFloat32, Dither::kNone};
 	Sound const sound = MakeSound(2, 48000, 30000);
 	{
 		AudioFileWriter writer(folder / "old.wav", format, 48000, MakeLayout(2), 30000);

@@ -19,9 +19,9 @@ namespace
 using testing::HasSubstr;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr auto eHold = Interpolation::eHold;
-constexpr auto eLinear = Interpolation::eLinear;
-constexpr auto eSmooth = Interpolation::eSmooth;
+constexpr auto eHold = Interpolation::kHold;
+constexpr auto eLinear = Interpolation::kLinear;
+constexpr auto eSmooth = Interpolation::kSmooth;
 
 // A point in seconds.
 struct Point
@@ -32,7 +32,7 @@ struct Point
 };
 
 AutomationCurve MakeCurve(
-	std::vector<Point> const& inPoints, AutomationScale inScale = AutomationScale::eLinear)
+	std::vector<Point> const& inPoints, AutomationScale inScale = AutomationScale::kLinear)
 {
 	std::vector<AutomationPoint> points;
 	points.reserve(inPoints.size());
@@ -102,7 +102,7 @@ TEST(AutomationCurve, RunsByTheFormulasInEitherScale)
 	{
 		SCOPED_TRACE(&points - curves);
 		AutomationCurve const linear = MakeCurve(points);
-		AutomationCurve const decibels = MakeCurve(points, AutomationScale::eDecibels);
+		AutomationCurve const decibels = MakeCurve(points, AutomationScale::kDecibels);
 		for (int step = -3 * 64; step <= 7 * 64; ++step)
 		{
 			double const seconds = step / 64.0;
@@ -118,7 +118,7 @@ TEST(AutomationCurve, SmallDecibelsAreSilence)
 {
 	AutomationCurve const curve = MakeCurve(
 		{{0, -kInfinity, eLinear}, {1, 0, eHold}, {2, -143.9, eHold}, {3, -144, eHold}, {4, -1000, eHold}},
-		AutomationScale::eDecibels);
+		AutomationScale::kDecibels);
 	auto const get = [&](double inSeconds) { return curve.GetValue(SN::TickTime::FromSeconds(inSeconds)); };
 	EXPECT_EQ(get(-1), 0.0);
 	EXPECT_EQ(get(0), 0.0);
@@ -168,10 +168,10 @@ TEST(AutomationCurve, JumpsAreRampsOfFiveMillisecondsForWhoFollowsThem)
 {
 	auto const at = [](double inMilliseconds) { return SN::TickTime::FromSeconds(inMilliseconds / 1000.0); };
 	// Down and up again before the ramp is over, a line that a ramp leads into, and one that ends in a jump.
-	AutomationCurve const curve({{at(0), 1.0, Interpolation::eHold}, {at(10), 0.0, Interpolation::eHold},
-		{at(12), 1.0, Interpolation::eHold}, {at(30), 0.0, Interpolation::eLinear},
-		{at(40), 1.0, Interpolation::eHold}, {at(60), 0.5, Interpolation::eLinear},
-		{at(70), 0.5, Interpolation::eHold}});
+	AutomationCurve const curve({{at(0), 1.0, Interpolation::kHold}, {at(10), 0.0, Interpolation::kHold},
+		{at(12), 1.0, Interpolation::kHold}, {at(30), 0.0, Interpolation::kLinear},
+		{at(40), 1.0, Interpolation::kHold}, {at(60), 0.5, Interpolation::kLinear},
+		{at(70), 0.5, Interpolation::kHold}});
 	constexpr std::pair<double, double> kCases[] = {{9.999, 1.0}, {10, 1.0}, {11, 0.8}, {12, 0.6},
 		{14.5, 0.8}, {17, 1.0}, {30, 1.0}, {32, 0.6 + 0.08}, {35, 0.5}, {37.5, 0.75}, {40, 1.0}, {60, 1.0},
 		{62.5, 0.75}, {65, 0.5}, {80, 0.5}};
@@ -251,22 +251,22 @@ TEST(AutomationCurve, RefusesPointsThatAreNone)
 		char const* mReason;
 	};
 	Case const cases[] = {
-		{{second, kNaN}, AutomationScale::eLinear, "point 2 of the curve has a value"},
-		{{second, kNaN}, AutomationScale::eDecibels, "point 2 of the curve has a value"},
-		{{second, kInfinity}, AutomationScale::eLinear, "not a finite number"},
-		{{second, -kInfinity}, AutomationScale::eLinear, "not a finite number"},
-		{{second, kInfinity}, AutomationScale::eDecibels, "not a finite number"},
-		{{second, 1e39}, AutomationScale::eLinear, "not a finite number"},
-		{{second, 800.0}, AutomationScale::eDecibels, "not a finite number"},
-		{{SN::kTimeMax, 0.0}, AutomationScale::eLinear, "point 2 of the curve is outside"},
-		{{-SN::kTimeMax, 0.0}, AutomationScale::eLinear, "outside the timeline"},
-		{{SN::kTimeNotATime, 0.0}, AutomationScale::eLinear, "outside the timeline"},
+		{{second, kNaN}, AutomationScale::kLinear, "point 2 of the curve has a value"},
+		{{second, kNaN}, AutomationScale::kDecibels, "point 2 of the curve has a value"},
+		{{second, kInfinity}, AutomationScale::kLinear, "not a finite number"},
+		{{second, -kInfinity}, AutomationScale::kLinear, "not a finite number"},
+		{{second, kInfinity}, AutomationScale::kDecibels, "not a finite number"},
+		{{second, 1e39}, AutomationScale::kLinear, "not a finite number"},
+		{{second, 800.0}, AutomationScale::kDecibels, "not a finite number"},
+		{{SN::kTimeMax, 0.0}, AutomationScale::kLinear, "point 2 of the curve is outside"},
+		{{-SN::kTimeMax, 0.0}, AutomationScale::kLinear, "outside the timeline"},
+		{{SN::kTimeNotATime, 0.0}, AutomationScale::kLinear, "outside the timeline"},
 	};
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(&test - cases);
 		std::vector<AutomationPoint> const points{{SN::kTimeZero, 0.0}, test.mPoint};
-		EXPECT_THAT(GetRefusalOf([&] { AutomationCurve(points, test.mScale); }, HostError::Kind::eRequest),
+		EXPECT_THAT(GetRefusalOf([&] { AutomationCurve(points, test.mScale); }, HostError::Kind::kRequest),
 			HasSubstr(test.mReason));
 	}
 }

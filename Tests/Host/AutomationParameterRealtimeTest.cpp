@@ -20,7 +20,7 @@ TEST(AutomationParameter, SamplingNeitherAllocatesNorLocks)
 		{
 			points.push_back({SN::TickTime::FromSeconds(i), -i * 3.0, static_cast<Interpolation>(i % 3)});
 		}
-		parameter->SetCurve(std::make_shared<AutomationCurve const>(points, AutomationScale::eDecibels));
+		parameter->SetCurve(std::make_shared<AutomationCurve const>(points, AutomationScale::kDecibels));
 
 		SN::Testing::RealtimeGuard const guard;
 		EXPECT_TRUE(parameter->HasActionPending());

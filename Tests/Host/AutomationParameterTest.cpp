@@ -76,7 +76,7 @@ TEST(AutomationParameter, EachEditIsHeardByTheNextSampling)
 	// The control is not heard under a curve.
 	control->SetValue(9.0f);
 	EXPECT_FALSE(parameter->HasActionPending());
-	parameter->SetCurve(MakeCurve({{Seconds(0), 5.0, Interpolation::eHold}, {Seconds(4), 3.0}}));
+	parameter->SetCurve(MakeCurve({{Seconds(0), 5.0, Interpolation::kHold}, {Seconds(4), 3.0}}));
 	EXPECT_EQ(parameter->GetNextInterestingTime(Seconds(1.0), &cache), Seconds(4.0));
 	EXPECT_TRUE(parameter->HasActionPending());
 	EXPECT_EQ(sample(1.0), 5.0f);
@@ -145,7 +145,7 @@ TEST(AutomationParameter, ASwitchFlipsAtItsTimeExactly)
 	auto const parameter = AutomationParameter<bool>::Create(true);
 	VX::KeyframeCache<VX::Keyframe<bool>> cache;
 	EXPECT_TRUE(Sample<bool>(*parameter, Seconds(0), &cache));
-	constexpr auto kHold = Interpolation::eHold;
+	constexpr auto kHold = Interpolation::kHold;
 	parameter->SetCurve(
 		MakeCurve({{Seconds(1), 0.0, kHold}, {Seconds(2), 1.0, kHold}, {Seconds(3), 0.0, kHold}}));
 	SN::TickTime const tick = SN::TickTime::FromTicks(1);

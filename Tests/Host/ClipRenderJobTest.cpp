@@ -27,7 +27,7 @@ TEST_F(ClipRenderJobTest, AnyBlockSizeGivesTheBitsOfTheSource)
 		Sound const source = ReadSound(mFolder / "in");
 		ClipRenderRequest request = MakeRequest("in");
 		EXPECT_TRUE(SameBits(RenderInBlocks(request), source));
-		request.mDirection = RenderDirection::eReverse;
+		request.mDirection = RenderDirection::kReverse;
 		EXPECT_TRUE(SameBits(RenderInBlocks(request), source.Reversed()));
 	}
 }
@@ -74,7 +74,7 @@ TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 		request.mBlockFrames = 333;
 		Sound const expected = sound.Cut(test.mFirst, test.mFrames);
 		EXPECT_TRUE(SameBits(Render(request), expected));
-		request.mDirection = RenderDirection::eReverse;
+		request.mDirection = RenderDirection::kReverse;
 		EXPECT_TRUE(SameBits(Render(request), expected.Reversed()));
 	}
 	ClipRenderRequest request = MakeRequest();
@@ -87,7 +87,7 @@ TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 		ExpectRefusal(request, "nothing to render");
 	}
 	WriteSound(mFolder / "none.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, {1, 48000, {}});
-	ExpectRefusal(MakeRequest("none.wav"), "none.wav': has no samples", HostError::Kind::eInput);
+	ExpectRefusal(MakeRequest("none.wav"), "none.wav': has no samples", HostError::Kind::kInput);
 }
 
 TEST_F(ClipRenderJobTest, ChannelsComeInTheOrderThatWasAskedFor)
@@ -146,10 +146,10 @@ TEST_F(ClipRenderJobTest, GainMultipliesEachSampleOnce)
 TEST_F(ClipRenderJobTest, IntegersPassBitForBitWithoutBeingAsked)
 {
 	constexpr std::tuple<int, OutputContainer, OutputSamples> kCases[] = {
-		{SF_FORMAT_WAV | SF_FORMAT_PCM_16, OutputContainer::eFlac, OutputSamples::eInteger16},
-		{SF_FORMAT_FLAC | SF_FORMAT_PCM_16, OutputContainer::eAiff, OutputSamples::eInteger24},
-		{SF_FORMAT_AIFF | SF_FORMAT_PCM_24, OutputContainer::eWav, OutputSamples::eInteger24},
-		{SF_FORMAT_CAF | SF_FORMAT_ALAC_24, OutputContainer::eCaf, OutputSamples::eInteger24},
+		{SF_FORMAT_WAV | SF_FORMAT_PCM_16, OutputContainer::kFlac, OutputSamples::kInteger16},
+		{SF_FORMAT_FLAC | SF_FORMAT_PCM_16, OutputContainer::kAiff, OutputSamples::kInteger24},
+		{SF_FORMAT_AIFF | SF_FORMAT_PCM_24, OutputContainer::kWav, OutputSamples::kInteger24},
+		{SF_FORMAT_CAF | SF_FORMAT_ALAC_24, OutputContainer::kCaf, OutputSamples::kInteger24},
 	};
 	for (auto const& [sourceFormat, container, samples] : kCases)
 	{
@@ -198,7 +198,7 @@ TEST_F(ClipRenderJobTest, AnOlderFileIsKeptWhenAskedTo)
 	WriteBytes(mFolder / "out.wav", "old");
 	ClipRenderRequest request = MakeRequest();
 	request.mReplace = false;
-	ExpectRefusal(request, "already exists", HostError::Kind::eOutput);
+	ExpectRefusal(request, "already exists", HostError::Kind::kOutput);
 	EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
 }
 

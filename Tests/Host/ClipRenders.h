@@ -49,7 +49,7 @@ protected:
 	}
 
 	static void ExpectRefusal(ClipRenderRequest const& inRequest, std::string const& inReason,
-		HostError::Kind inKind = HostError::Kind::eRequest)
+		HostError::Kind inKind = HostError::Kind::kRequest)
 	{
 		EXPECT_THAT(
 			GetRefusalOf([&] { ClipRenderJob(inRequest).Run(); }, inKind), testing::HasSubstr(inReason));

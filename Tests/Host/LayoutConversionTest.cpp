@@ -185,7 +185,7 @@ TEST_F(LayoutConversionTest, AnyBlockSizeGivesTheSameBitsInEitherDirection)
 		WriteInput(conversion.mInputChannels);
 		ClipRenderRequest request = MakeRequest(conversion);
 		Sound const whole = RenderInBlocks(request);
-		request.mDirection = RenderDirection::eReverse;
+		request.mDirection = RenderDirection::kReverse;
 		EXPECT_TRUE(SameBits(RenderInBlocks(request), whole.Reversed()));
 	}
 }
@@ -207,22 +207,22 @@ TEST_F(LayoutConversionTest, ChannelsArePickedFirst)
 TEST_F(LayoutConversionTest, DitherComesWhereSamplesAreComputed)
 {
 	std::pair<Conversion, Dither> const cases[] = {
-		{{2, "stereo"}, Dither::eNone},
-		{{2, "mono"}, Dither::eTriangular},
-		{{2, "5.1"}, Dither::eNone},
-		{{2, "1"}, Dither::eNone},
-		{{2, "", 0.5}, Dither::eNone},
-		{{2, "", 0.4}, Dither::eTriangular},
-		{{1, "", 0.5}, Dither::eTriangular},
-		{{6, "stereo"}, Dither::eTriangular},
-		{{6, "4"}, Dither::eNone},
+		{{2, "stereo"}, Dither::kNone},
+		{{2, "mono"}, Dither::kTriangular},
+		{{2, "5.1"}, Dither::kNone},
+		{{2, "1"}, Dither::kNone},
+		{{2, "", 0.5}, Dither::kNone},
+		{{2, "", 0.4}, Dither::kTriangular},
+		{{1, "", 0.5}, Dither::kTriangular},
+		{{6, "stereo"}, Dither::kTriangular},
+		{{6, "4"}, Dither::kNone},
 	};
 	for (auto const& [conversion, dither] : cases)
 	{
 		SCOPED_TRACE(testing::PrintToString(conversion));
 		WriteInput(conversion.mInputChannels, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
 		ClipRenderRequest request = MakeRequest(conversion);
-		request.mSamples = OutputSamples::eInteger16;
+		request.mSamples = OutputSamples::kInteger16;
 		EXPECT_EQ(ClipRenderJob(request).GetOutputFormat().mDither, dither);
 	}
 }

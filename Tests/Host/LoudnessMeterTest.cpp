@@ -70,7 +70,7 @@ void Play(std::vector<Tone> const& inTones, unsigned inChannels, int inSampleRat
 }
 
 LoudnessReading Measure(std::vector<Tone> const& inTones, char const* inLayout = "stereo",
-	int inSampleRate = 48000, Memory inMemory = Memory::eGrowing, unsigned inLongestBlock = 4096)
+	int inSampleRate = 48000, Memory inMemory = Memory::kGrowing, unsigned inLongestBlock = 4096)
 {
 	auto const layout = ParseLayout(inLayout).value();
 	LoudnessMeter meter(layout, inSampleRate, inMemory);
@@ -113,7 +113,7 @@ TEST(LoudnessMeter, ReferenceTonesMeasureAsTheStandardSays)
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(test.mName);
-		for (Memory const memory : {Memory::eGrowing, Memory::eFixed})
+		for (Memory const memory : {Memory::kGrowing, Memory::kFixed})
 		{
 			LoudnessReading const reading = Measure(test.mTones, test.mLayout, test.mSampleRate, memory);
 			auto const expectNear = [kSilent](double inValue, double inExpected)
@@ -165,14 +165,14 @@ TEST(LoudnessMeter, AnyCutIntoBlocksGivesTheSameReading)
 	LoudnessReading const whole = Measure(tones);
 	for (unsigned const longest : {1u, 17u, 512u, 100000u})
 	{
-		LoudnessReading const cut = Measure(tones, "stereo", 48000, Memory::eGrowing, longest);
+		LoudnessReading const cut = Measure(tones, "stereo", 48000, Memory::kGrowing, longest);
 		EXPECT_EQ(List(cut), List(whole)) << longest;
 	}
 }
 
 TEST(LoudnessMeter, WhatIsNotFiniteSpoilsNothing)
 {
-	LoudnessMeter meter(ParseLayout("stereo").value(), 48000, Memory::eGrowing);
+	LoudnessMeter meter(ParseLayout("stereo").value(), 48000, Memory::kGrowing);
 	dsp::AudioBuffer bad(2, 3);
 	bad.GetChannel(0)[0] = std::numeric_limits<float>::quiet_NaN();
 	bad.GetChannel(0)[1] = std::numeric_limits<float>::infinity();
@@ -182,8 +182,8 @@ TEST(LoudnessMeter, WhatIsNotFiniteSpoilsNothing)
 	EXPECT_NEAR(meter.GetReading().mIntegrated, -23.0, 0.1);
 	EXPECT_NEAR(ToDecibels(meter.GetReading().mTruePeak), -23.0, 0.1);
 
-	EXPECT_THROW(LoudnessMeter(ParseLayout("stereo").value(), 1.0, Memory::eFixed), HostError);
-	EXPECT_THROW(LoudnessMeter({}, 48000, Memory::eFixed), HostError);
+	EXPECT_THROW(LoudnessMeter(ParseLayout("stereo").value(), 1.0, Memory::kFixed), HostError);
+	EXPECT_THROW(LoudnessMeter({}, 48000, Memory::kFixed), HostError);
 }
 
 TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
@@ -198,13 +198,13 @@ TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
 	using Windows = LoudnessMeter::Windows;
 	// More channels than are run at once, blocks of all lengths, silence between, and meters of which nothing is heard.
 	std::vector<Case> const cases = {
-		{"stereo", Windows::eNone, {{3, -20}, {1, -20, 100, 0, 0}, {1, -15}}, 512},
-		{"5.1", Windows::eSliding, {{2, -12, 440, 0.3, 63}, {1.7, -30, 90, 0, 20}}, 6000},
-		{"mono", Windows::eNone, {{5, -6, 997, 0, 1}}, 64},
-		{"20", Windows::eSliding, {{0.9, -23, 2000, 0, 0xfffff}}, 4096},
-		{"8", Windows::eNone, {}, 1},
-		{"5.1", Windows::eNone, {{1, -12, 30, 0.3, 32}}, 4096},
-		{"stereo", Windows::eSliding, {{4, -20, 5000}}, 100000},
+		{"stereo", Windows::kNone, {{3, -20}, {1, -20, 100, 0, 0}, {1, -15}}, 512},
+		{"5.1", Windows::kSliding, {{2, -12, 440, 0.3, 63}, {1.7, -30, 90, 0, 20}}, 6000},
+		{"mono", Windows::kNone, {{5, -6, 997, 0, 1}}, 64},
+		{"20", Windows::kSliding, {{0.9, -23, 2000, 0, 0xfffff}}, 4096},
+		{"8", Windows::kNone, {}, 1},
+		{"5.1", Windows::kNone, {{1, -12, 30, 0.3, 32}}, 4096},
+		{"stereo", Windows::kSliding, {{4, -20, 5000}}, 100000},
 	};
 	auto const bank = std::make_shared<LoudnessBank>(48000.0);
 	std::vector<std::unique_ptr<LoudnessMeter>> meters;
@@ -215,8 +215,8 @@ TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
 	{
 		auto const layout = ParseLayout(cases[i].mLayout).value();
 		meters.push_back(
-			std::make_unique<LoudnessMeter>(layout, 48000, Memory::eGrowing, cases[i].mWindows, bank));
-		LoudnessMeter single(layout, 48000, Memory::eGrowing, cases[i].mWindows);
+			std::make_unique<LoudnessMeter>(layout, 48000, Memory::kGrowing, cases[i].mWindows, bank));
+		LoudnessMeter single(layout, 48000, Memory::kGrowing, cases[i].mWindows);
 		Play(cases[i].mTones, static_cast<unsigned>(layout.size()), 48000, cases[i].mLongestBlock,
 			[&](dsp::AudioBuffer const& inBlock)
 			{
@@ -227,7 +227,7 @@ TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
 		alone.push_back(List(single.GetReading()));
 	}
 	auto forgotten = std::make_unique<LoudnessMeter>(
-		ParseLayout("mono").value(), 48000, Memory::eGrowing, Windows::eNone, bank);
+		ParseLayout("mono").value(), 48000, Memory::kGrowing, Windows::kNone, bank);
 	for (std::size_t turn = 0; turn < 5000; ++turn)
 	{
 		for (std::size_t i = 0; i < cases.size(); ++i)
@@ -251,7 +251,7 @@ TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
 		EXPECT_EQ(List(meters[i]->GetReading()), alone[i]) << i;
 	}
 	EXPECT_THROW(
-		LoudnessMeter(ParseLayout("mono").value(), 44100, Memory::eGrowing, Windows::eNone, bank), HostError);
+		LoudnessMeter(ParseLayout("mono").value(), 44100, Memory::kGrowing, Windows::kNone, bank), HostError);
 }
 
 TEST(LoudnessMeterSetter, EachRunIsMeasuredByItself)

@@ -174,8 +174,8 @@ TEST(LoudnessReference, RandomProgrammesMeasureAsLibebur128HasThem)
 		{
 			SCOPED_TRACE(testing::Message() << name << " at " << rate << ", seed " << ++seed);
 			LoudnessMeter growing(
-				layout, rate, LoudnessMeter::Memory::eGrowing, LoudnessMeter::Windows::eNone);
-			LoudnessMeter fixed(layout, rate, LoudnessMeter::Memory::eFixed);
+				layout, rate, LoudnessMeter::Memory::kGrowing, LoudnessMeter::Windows::kNone);
+			LoudnessMeter fixed(layout, rate, LoudnessMeter::Memory::kFixed);
 			Reference reference(layout, rate);
 			RandomProgramme programme(static_cast<unsigned>(layout.size()), rate, seed);
 			for (double seconds = 0.0; seconds < 8.0;)

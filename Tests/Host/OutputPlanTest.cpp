@@ -73,7 +73,7 @@ protected:
 		}
 		catch (HostError const& error)
 		{
-			return (error.GetKind() == HostError::Kind::eOutput ? "1 " : "2 ") + std::string(error.what());
+			return (error.GetKind() == HostError::Kind::kOutput ? "1 " : "2 ") + std::string(error.what());
 		}
 	}
 

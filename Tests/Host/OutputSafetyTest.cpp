@@ -25,13 +25,13 @@ struct Throw
 {
 	enum class Kind
 	{
-		eMix,
-		eStems,
-		ePicture,
-		eSound,
+		kMix,
+		kStems,
+		kPicture,
+		kSound,
 	};
 
-	Kind mKind = Kind::eMix;
+	Kind mKind = Kind::kMix;
 	std::string mInput;
 	std::string mOutput;
 	// Of a mix or stems.
@@ -138,7 +138,7 @@ protected:
 
 	std::string ChooseTarget(Throw const& inThrow, bool inIsBundle)
 	{
-		if (inThrow.mKind == Throw::Kind::eSound)
+		if (inThrow.mKind == Throw::Kind::kSound)
 		{
 			return inIsBundle ? "edit.otiod/media/a.wav" : "media/a.wav";
 		}
@@ -168,7 +168,7 @@ protected:
 	{
 		Throw thrown;
 		thrown.mKind = static_cast<Throw::Kind>(Pick(4));
-		bool const isSound = thrown.mKind == Throw::Kind::eSound;
+		bool const isSound = thrown.mKind == Throw::Kind::kSound;
 		bool const isBundle = Pick(2) == 0;
 		thrown.mInput = isSound    ? GetPath(ChooseTarget(thrown, isBundle))
 						: isBundle ? GetPath("edit.otiod")
@@ -176,7 +176,7 @@ protected:
 		// A link of another name is no timeline by its name.
 		thrown.mInput =
 			isSound || isBundle || thrown.mInput.ends_with(".otio") ? thrown.mInput : GetPath("edit.otio");
-		bool const isStems = thrown.mKind == Throw::Kind::eStems;
+		bool const isStems = thrown.mKind == Throw::Kind::kStems;
 		bool const attacksOutput = Pick(2) == 0;
 		thrown.mIsAttack = attacksOutput;
 		std::string const target = ChooseTarget(thrown, isBundle);
@@ -184,7 +184,7 @@ protected:
 							 ? (isStems ? GetPath("out/" + MakeName("") + "/stems") : ChooseFreePlace(".wav"))
 						 : isStems ? GetPath("edit.otiod/" + std::string(Pick(2) == 0 ? "media" : "stems"))
 								   : Disguise(target, IsRead(target, isBundle));
-		if (isStems || thrown.mKind == Throw::Kind::eMix)
+		if (isStems || thrown.mKind == Throw::Kind::kMix)
 		{
 			bool const attacksReport = Pick(2) == 0;
 			thrown.mIsAttack = thrown.mIsAttack || attacksReport;
@@ -199,7 +199,7 @@ protected:
 	// With the jobs of the library. Throws a HostError.
 	static void RunJob(Throw const& inThrow)
 	{
-		if (inThrow.mKind == Throw::Kind::eSound)
+		if (inThrow.mKind == Throw::Kind::kSound)
 		{
 			ClipRenderRequest request;
 			request.mInputs.push_back({.mPath = inThrow.mInput});
@@ -207,7 +207,7 @@ protected:
 			ClipRenderJob(request).Run();
 			return;
 		}
-		if (inThrow.mKind == Throw::Kind::ePicture)
+		if (inThrow.mKind == Throw::Kind::kPicture)
 		{
 			TimelineWaveformRequest request;
 			request.mInput = inThrow.mInput;
@@ -219,7 +219,7 @@ protected:
 		Otio::TimelineRenderRequest request;
 		request.mInput = inThrow.mInput;
 		request.mOutput = inThrow.mOutput;
-		request.mStems = inThrow.mKind == Throw::Kind::eStems ? Otio::Stems::eTracks : Otio::Stems::eNone;
+		request.mStems = inThrow.mKind == Throw::Kind::kStems ? Otio::Stems::kTracks : Otio::Stems::kNone;
 		request.mOtherOutputs = {inThrow.mReport};
 		Otio::TimelineRenderJob(request).Run();
 		OutputFile(inThrow.mReport).Commit();

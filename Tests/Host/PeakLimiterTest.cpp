@@ -31,7 +31,7 @@ struct Limited
 Limited Limit(Signal const& inSignal, int inRate, double inLimit, std::function<unsigned()> const& inBlocks)
 {
 	PeakLimiter limiter(2, inRate, inLimit);
-	LoudnessMeter meter(MakeLayoutOfChannels(2), inRate, LoudnessMeter::Memory::eGrowing);
+	LoudnessMeter meter(MakeLayoutOfChannels(2), inRate, LoudnessMeter::Memory::kGrowing);
 	Limited result;
 	Signal second;
 	for (std::size_t done = 0; done < inSignal.size();)

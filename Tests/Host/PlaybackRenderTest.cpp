@@ -30,7 +30,7 @@ protected:
 	// Either way of reading gives the same, in both directions.
 	void ExpectSame(ClipRenderRequest inRequest)
 	{
-		for (RenderDirection const direction : {RenderDirection::eForward, RenderDirection::eReverse})
+		for (RenderDirection const direction : {RenderDirection::kForward, RenderDirection::kReverse})
 		{
 			inRequest.mDirection = direction;
 			inRequest.mAsPlayback = false;

@@ -11,7 +11,7 @@ namespace SonaroHost::Testing
 
 // The message with which an action is refused; empty when it is not.
 template <class Action>
-std::string GetRefusalOf(Action const& inAction, HostError::Kind inKind = HostError::Kind::eInput)
+std::string GetRefusalOf(Action const& inAction, HostError::Kind inKind = HostError::Kind::kInput)
 {
 	try
 	{

@@ -16,7 +16,7 @@ constexpr int kErrors = 400000;
 // The errors of rounding a constant level, in steps of 16 bits.
 std::vector<double> GetErrors(double inLevelInSteps, unsigned inChannel)
 {
-	SampleQuantizer quantizer(16, Dither::eTriangular, inChannel);
+	SampleQuantizer quantizer(16, Dither::kTriangular, inChannel);
 	std::vector<double> errors;
 	for (int i = 0; i < kErrors; ++i)
 	{
@@ -39,7 +39,7 @@ TEST(SampleQuantizer, IntegersComeBackBitForBitWithoutDither)
 {
 	for (int const bits : {16, 24})
 	{
-		SampleQuantizer quantizer(bits, Dither::eNone, 0);
+		SampleQuantizer quantizer(bits, Dither::kNone, 0);
 		int const fullScale = 1 << (bits - 1);
 		for (int value = -fullScale; value < fullScale; value += bits == 16 ? 1 : 251)
 		{
@@ -81,7 +81,7 @@ TEST(SampleQuantizer, RoundsToTheNearestAndClipsAtTheEnds)
 	for (Case const& test : kCases)
 	{
 		SCOPED_TRACE(test.mSample);
-		SampleQuantizer quantizer(16, Dither::eNone, 0);
+		SampleQuantizer quantizer(16, Dither::kNone, 0);
 		EXPECT_EQ(quantizer.Quantize(test.mSample), test.mExpected);
 		EXPECT_EQ(quantizer.GetClippedSamples(), test.mIsClipped ? 1 : 0);
 	}

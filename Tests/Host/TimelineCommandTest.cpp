@@ -106,7 +106,7 @@ protected:
 LoudnessReading Measure(Sound const& inSound)
 {
 	LoudnessMeter meter(MakeLayoutOfChannels(static_cast<unsigned>(inSound.mChannels)), inSound.mSampleRate,
-		LoudnessMeter::Memory::eGrowing);
+		LoudnessMeter::Memory::kGrowing);
 	dsp::AudioBuffer block(
 		static_cast<unsigned>(inSound.mChannels), static_cast<unsigned>(inSound.GetFrames()));
 	for (std::size_t i = 0; i < inSound.mSamples.size(); ++i)
@@ -612,6 +612,11 @@ TEST_F(TimelineCommandTest, TheGraphOfATrackHasNoOtherAndATrackMustBeHeard)
 	EXPECT_EQ(Run({"graph", "edit.otio", "-o", "graph.dot", "--track", "Two"}).mExitCode, 0);
 	EXPECT_THAT(
 		ReadBytes(mFolder / "graph.dot"), AllOf(HasSubstr("tone.wav"), Not(HasSubstr("impulse.wav"))));
+	// What is missing on other tracks does not matter.
+	WriteTimeline("hole.otio", {Track("One", {Clip("click", "impulse.wav", 0.0, 1.0)}),
+								   Track("Hole", {Clip("none", "none.wav", 0.0, 1.0)})});
+	EXPECT_EQ(Run({"graph", "hole.otio", "-o", "graph.dot", "--track", "One"}).mExitCode, 0);
+	EXPECT_EQ(Run({"graph", "hole.otio", "-o", "graph.dot", "--track", "Hole"}).mExitCode, 3);
 	ProgramResult const refused = Run({"graph", "edit.otio", "-o", "none.dot", "--track", "3"});
 	EXPECT_EQ(refused.mExitCode, 2);
 	EXPECT_THAT(refused.mErrors, HasSubstr("it is muted"));

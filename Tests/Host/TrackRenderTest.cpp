@@ -67,8 +67,6 @@ TEST_F(TrackRenderTest, FadesAreStraightAndEndInSilence)
 		request.mFadeOut = TimePosition::FromSamples(test.mOut);
 		std::vector<float> const gains = RenderInManyWays(request).mSamples;
 		ASSERT_EQ(gains.size(), static_cast<std::size_t>(kFrames));
-		// Where the lines cross below 1, they do so on a frame.
-		double const tolerance = test.mIn + test.mOut < kFrames ? 1e-6 : 1e-4;
 		for (std::int64_t i = 0; i < kFrames; ++i)
 		{
 			auto const get = [](std::int64_t inFrame, std::int64_t inFade) {
@@ -77,7 +75,7 @@ TEST_F(TrackRenderTest, FadesAreStraightAndEndInSilence)
 						   : std::min(1.0, static_cast<double>(inFrame) / static_cast<double>(inFade));
 			};
 			ASSERT_NEAR(gains[static_cast<std::size_t>(i)],
-				std::min(get(i, test.mIn), get(kFrames - 1 - i, test.mOut)), tolerance)
+				std::min(get(i, test.mIn), get(kFrames - 1 - i, test.mOut)), 1e-6)
 				<< i;
 		}
 	}
@@ -96,12 +94,32 @@ TEST_F(TrackRenderTest, OutsideOfFadesSamplesPass)
 		request.mInputs[0].mDuration = TimePosition::FromSamples(28000);
 		Sound const forward = RenderInManyWays(request);
 		EXPECT_TRUE(SameBits(forward.Cut(6000, 15000), sound.Cut(6100, 15000)));
-		request.mDirection = RenderDirection::eReverse;
+		request.mDirection = RenderDirection::kReverse;
 		Sound const backward = RenderInManyWays(request);
 		EXPECT_TRUE(SameBits(backward.Cut(6000, 15000), sound.Cut(100, 28000).Reversed().Cut(6000, 15000)));
 		EXPECT_EQ(backward.mSamples.front(), 0.0f);
 		EXPECT_EQ(backward.mSamples.back(), 0.0f);
 	}
+}
+
+TEST_F(TrackRenderTest, ASingleSampleFadesToSilence)
+{
+	for (bool const fadesIn : {true, false})
+	{
+		ClipRenderRequest request = MakeRequest(MakeOnes(2, 1));
+		(fadesIn ? request.mFadeIn : request.mFadeOut) = TimePosition::FromSamples(1);
+		EXPECT_THAT(Render(request).mSamples, testing::ElementsAre(0.0f, 0.0f));
+	}
+}
+
+TEST_F(TrackRenderTest, AnOutputMayEndAfterFiftyHoursAndNoLater)
+{
+	constexpr std::int64_t kFiftyHours = std::int64_t{50} * 3600 * 48000;
+	ClipRenderRequest request = MakeRequest(MakeOnes(1, 1000));
+	request.mInputs[0].mPosition = TimePosition::FromSamples(kFiftyHours - 1000);
+	EXPECT_EQ(ClipRenderJob(request).GetFrames(), kFiftyHours);
+	request.mInputs[0].mPosition = TimePosition::FromSamples(kFiftyHours - 999);
+	ExpectRefusal(request, "50 hours");
 }
 
 TEST_F(TrackRenderTest, FadesThatDoNotFitAreRefused)
@@ -173,7 +191,7 @@ TEST_F(TrackRenderTest, ASpeedPlaysEverySampleInItsPlace)
 		Sound const forward = RenderInManyWays(request);
 		EXPECT_EQ(forward.GetFrames(), test.mOutputFrames);
 		EXPECT_LT(FindWorst(forward, radians, test.mLate, test.mSpeed), test.mTolerance);
-		request.mDirection = RenderDirection::eReverse;
+		request.mDirection = RenderDirection::kReverse;
 		auto const last = static_cast<double>(test.mFrames - 1);
 		EXPECT_LT(FindWorst(Render(request), radians, last - test.mLate, -test.mSpeed), test.mTolerance);
 	}
@@ -207,7 +225,7 @@ TEST_F(TrackRenderTest, ARateKeepsPitchAndLength)
 		EXPECT_EQ(forward.mSampleRate, test.mRate);
 		EXPECT_EQ(forward.GetFrames(), test.mOutputFrames);
 		EXPECT_LT(FindWorst(forward, kRadians, 0.0, speed), 1e-4);
-		request.mDirection = RenderDirection::eReverse;
+		request.mDirection = RenderDirection::kReverse;
 		request.mInputs[0].mStart = TimePosition::FromSamples(100);
 		EXPECT_LT(FindWorst(Render(request), kRadians, 59999.0, -speed), 1e-4);
 	}
@@ -277,7 +295,7 @@ TEST_F(TrackRenderTest, InputsLieWhereTheyArePutAndTheLaterOneIsHeard)
 			std::copy(sound.mSamples.begin(), sound.mSamples.end(), expected.mSamples.begin() + start);
 		}
 		EXPECT_TRUE(SameBits(RenderInManyWays(request), expected));
-		request.mDirection = RenderDirection::eReverse;
+		request.mDirection = RenderDirection::kReverse;
 		EXPECT_TRUE(SameBits(RenderInManyWays(request), expected.Reversed()));
 	}
 }
@@ -294,7 +312,7 @@ TEST_F(TrackRenderTest, InputsOfAnyRateKeepTheirPlaces)
 		ClipRenderRequest request;
 		request.mSampleRate = rate;
 		request.mSpeed = speed;
-		request.mDirection = isReverse ? RenderDirection::eReverse : RenderDirection::eForward;
+		request.mDirection = isReverse ? RenderDirection::kReverse : RenderDirection::kForward;
 		// Each begins at its time in tenths of a second, plays for 0.4 s, and its samples are the seconds since
 		// its start, to which its number is added.
 		constexpr int kTenths[] = {0, 6, 12, 3};

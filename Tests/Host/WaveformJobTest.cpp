@@ -97,11 +97,11 @@ TEST_F(WaveformJobTest, DataHoldsTheExtremesOfEachColumn)
 			for (bool const isMerged : {false, true})
 			{
 				SCOPED_TRACE(testing::Message() << interval << " samples, " << bits << " bits" << isMerged);
-				WaveformRequest request = MakeRequest(WaveformFormat::eJson);
+				WaveformRequest request = MakeRequest(WaveformFormat::kJson);
 				request.mWidth = width;
 				request.mSamplesPerColumn = samplesPerColumn;
 				request.mBits = bits;
-				request.mChannels = isMerged ? WaveformChannels::eMerged : WaveformChannels::eStacked;
+				request.mChannels = isMerged ? WaveformChannels::kMerged : WaveformChannels::kStacked;
 				WaveformSummary const summary = Run(request);
 				auto const json = ReadJson();
 				auto const values = MakeValues(sound, interval, bits, isMerged);
@@ -123,7 +123,7 @@ TEST_F(WaveformJobTest, DataHoldsTheExtremesOfEachColumn)
 TEST_F(WaveformJobTest, RangesAreCutExactly)
 {
 	Sound const sound = WriteInput();
-	WaveformRequest request = MakeRequest(WaveformFormat::eJson);
+	WaveformRequest request = MakeRequest(WaveformFormat::kJson);
 	request.mStart = TimePosition::FromSamples(12345);
 	request.mDuration = TimePosition::FromSamples(5001);
 	request.mSamplesPerColumn = 100;
@@ -138,7 +138,7 @@ TEST_F(WaveformJobTest, BinaryDataIsThatOfTheText)
 	Sound const sound = WriteInput(3, 1000);
 	for (int const bits : {8, 16})
 	{
-		WaveformRequest request = MakeRequest(WaveformFormat::eDat);
+		WaveformRequest request = MakeRequest(WaveformFormat::kDat);
 		request.mSamplesPerColumn = 300;
 		request.mBits = bits;
 		Run(request);
@@ -198,7 +198,7 @@ TEST_F(WaveformJobTest, PicturesHaveTheSizeThatWasAskedFor)
 	for (Case const& test : kCases)
 	{
 		SCOPED_TRACE(test.mExpectedWidth);
-		WaveformRequest request = MakeRequest(WaveformFormat::ePng);
+		WaveformRequest request = MakeRequest(WaveformFormat::kPng);
 		request.mWidth = test.mWidth;
 		request.mSamplesPerColumn = test.mSamplesPerColumn;
 		request.mStyle.mHeight = test.mHeight;
@@ -209,7 +209,7 @@ TEST_F(WaveformJobTest, PicturesHaveTheSizeThatWasAskedFor)
 		EXPECT_EQ(ReadBigEndian(png, 20), test.mHeight);
 		EXPECT_EQ(png.substr(png.size() - 8, 4), "IEND");
 
-		request.mFormat = WaveformFormat::eSvg;
+		request.mFormat = WaveformFormat::kSvg;
 		Run(request);
 		std::string const size = "width=\"" + std::to_string(test.mExpectedWidth) + "px\" height=\"" +
 								 std::to_string(test.mHeight) + "px\"";
@@ -245,7 +245,7 @@ TEST_F(WaveformJobTest, WhatCannotBeIsRefused)
 		{"at most 2147483647 samples",
 			[](WaveformRequest& ioRequest)
 			{
-				ioRequest.mFormat = WaveformFormat::eDat;
+				ioRequest.mFormat = WaveformFormat::kDat;
 				ioRequest.mSamplesPerColumn = 2147483648;
 			}},
 		{"is past its end",
@@ -255,10 +255,10 @@ TEST_F(WaveformJobTest, WhatCannotBeIsRefused)
 	for (Case const& test : kCases)
 	{
 		SCOPED_TRACE(test.mReason);
-		WaveformRequest request = MakeRequest(WaveformFormat::ePng);
+		WaveformRequest request = MakeRequest(WaveformFormat::kPng);
 		test.mChange(request);
 		EXPECT_THAT(
-			GetRefusalOf([&] { WaveformJob{request}; }, HostError::Kind::eRequest), HasSubstr(test.mReason));
+			GetRefusalOf([&] { WaveformJob{request}; }, HostError::Kind::kRequest), HasSubstr(test.mReason));
 	}
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav"));
 }
@@ -267,7 +267,7 @@ TEST_F(WaveformJobTest, AStoppedOrFailedJobLeavesWhatWasThere)
 {
 	WriteInput();
 	WriteBytes(mFolder / "out", "old");
-	WaveformRequest request = MakeRequest(WaveformFormat::ePng);
+	WaveformRequest request = MakeRequest(WaveformFormat::kPng);
 	std::stop_source stop;
 	auto const interrupt = [&](RenderProgress const& inProgress)
 	{
@@ -275,7 +275,7 @@ TEST_F(WaveformJobTest, AStoppedOrFailedJobLeavesWhatWasThere)
 		stop.request_stop();
 	};
 	EXPECT_FALSE(WaveformJob(request).Run(interrupt, stop.get_token()));
-	auto const fail = [](RenderProgress const&) { throw HostError(HostError::Kind::eOutput, "enough"); };
+	auto const fail = [](RenderProgress const&) { throw HostError(HostError::Kind::kOutput, "enough"); };
 	EXPECT_THROW(WaveformJob(request).Run(fail), HostError);
 
 	WriteSound(mFolder / "in.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, MakeSound(1, 44100, 100000));
@@ -292,10 +292,10 @@ TEST_F(WaveformJobTest, RunsOnTheWaveformThreadWhateverWasClearedBefore)
 {
 	WriteInput();
 	SN::AudioWaveformQueue::Clear();
-	Run(MakeRequest(WaveformFormat::eJson));
+	Run(MakeRequest(WaveformFormat::kJson));
 	zorvcore::config::StopRegisteredModules();
 	zorvcore::config::StartRegisteredModules();
-	Run(MakeRequest(WaveformFormat::eJson));
+	Run(MakeRequest(WaveformFormat::kJson));
 
 	// Held back with the queue; let go on the first news of it.
 	SN::AudioWaveformQueue::GetQueue();
@@ -306,7 +306,7 @@ TEST_F(WaveformJobTest, RunsOnTheWaveformThreadWhateverWasClearedBefore)
 		news.push_back(inProgress.mFramesDone);
 		SN::AudioWaveformQueue::Pause(false);
 	};
-	EXPECT_TRUE(WaveformJob(MakeRequest(WaveformFormat::eJson)).Run(release));
+	EXPECT_TRUE(WaveformJob(MakeRequest(WaveformFormat::kJson)).Run(release));
 	ASSERT_GE(news.size(), 2u);
 	EXPECT_EQ(news.front(), 0);
 }
@@ -315,7 +315,7 @@ TEST(WaveformStyle, AmplitudesAreScaledToTheHeight)
 {
 	WaveformStyle linear;
 	WaveformStyle decibels;
-	decibels.mScale = AmplitudeScale::eDecibels;
+	decibels.mScale = AmplitudeScale::kDecibels;
 	decibels.mFloorDecibels = -40.0;
 	constexpr double kInfinity = std::numeric_limits<double>::infinity();
 	struct Case

@@ -98,7 +98,7 @@ TEST_F(WaveformPicture, ChannelsAreStackedOrMerged)
 							   "##",
 							   ".#",
 						   }));
-	mRequest.mChannels = WaveformChannels::eMerged;
+	mRequest.mChannels = WaveformChannels::kMerged;
 	EXPECT_EQ(Draw(sound), (Rows{
 							   "##",
 							   "##",
@@ -115,7 +115,7 @@ TEST_F(WaveformPicture, DecibelsRaiseWhatIsSoftAndNoBackgroundIsTransparent)
 {
 	mRequest.mSamplesPerColumn = 2;
 	mRequest.mStyle.mHeight = 8;
-	mRequest.mStyle.mScale = AmplitudeScale::eDecibels;
+	mRequest.mStyle.mScale = AmplitudeScale::kDecibels;
 	mRequest.mStyle.mFloorDecibels = -40.0;
 	mRequest.mStyle.mBackground = {0, 0, 0, 0};
 	mRequest.mStyle.mRms = {0, 0, 0, 255};

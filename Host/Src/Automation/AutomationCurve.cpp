@@ -18,7 +18,7 @@ namespace
 [[noreturn]] void RefusePoint(std::size_t inIndex, std::string const& inReason)
 {
 	throw HostError(
-		HostError::Kind::eRequest, "point " + std::to_string(inIndex + 1) + " of the curve " + inReason);
+		HostError::Kind::kRequest, "point " + std::to_string(inIndex + 1) + " of the curve " + inReason);
 }
 
 double ToGain(double inDecibels)
@@ -52,7 +52,7 @@ void AutomationCurve::TakePoints(std::vector<AutomationPoint> inPoints)
 		{
 			RefusePoint(i, "is outside the timeline, which extends 100 hours to either side of 0");
 		}
-		if (mScale == AutomationScale::eDecibels && point.mValue < kSilenceDecibels)
+		if (mScale == AutomationScale::kDecibels && point.mValue < kSilenceDecibels)
 		{
 			point.mValue = kSilenceDecibels;
 		}
@@ -84,8 +84,8 @@ void AutomationCurve::ComputeSlopes()
 	{
 		double const before = GetSecant(i - 1);
 		double const behind = GetSecant(i);
-		bool const isInRow = mNodes[i - 1].mInterpolation == Interpolation::eSmooth &&
-							 mNodes[i].mInterpolation == Interpolation::eSmooth;
+		bool const isInRow = mNodes[i - 1].mInterpolation == Interpolation::kSmooth &&
+							 mNodes[i].mInterpolation == Interpolation::kSmooth;
 		bool const isExtreme = !((before > 0.0 && behind > 0.0) || (before < 0.0 && behind < 0.0));
 		if (!isInRow || isExtreme)
 		{
@@ -106,7 +106,7 @@ void AutomationCurve::FindChanges()
 		Node& begin = mNodes[i - 1];
 		Node const& end = mNodes[i];
 		bool const differ = begin.mValue != end.mValue;
-		bool const isHeld = begin.mInterpolation == Interpolation::eHold;
+		bool const isHeld = begin.mInterpolation == Interpolation::kHold;
 		begin.mIsMoving = differ && !isHeld;
 		begin.mNextChange = (differ && isHeld) || end.mIsMoving ? end.mTime : end.mNextChange;
 	}
@@ -156,7 +156,7 @@ AutomationCurve AutomationCurve::MakeSwitch() const
 	std::vector<AutomationPoint> points;
 	for (Node const& node : mNodes)
 	{
-		points.push_back({node.mTime, ToOutput(node.mValue) != 0.0 ? 1.0 : 0.0, Interpolation::eHold});
+		points.push_back({node.mTime, ToOutput(node.mValue) != 0.0 ? 1.0 : 0.0, Interpolation::kHold});
 	}
 	return AutomationCurve(std::move(points));
 }
@@ -226,7 +226,7 @@ double AutomationCurve::Interpolate(SN::TickTime const& inTime, Node const& inBe
 	double const x = GetTicksBetween(inBegin.mTime, inTime) / ticks;
 	double const rise = inEnd.mValue - inBegin.mValue;
 	double value = inBegin.mValue + rise * x;
-	if (inBegin.mInterpolation == Interpolation::eSmooth)
+	if (inBegin.mInterpolation == Interpolation::kSmooth)
 	{
 		// The cubic Hermite polynomial of both values and slopes, as what it adds to the first value.
 		double const y = 1.0 - x;
@@ -240,7 +240,7 @@ double AutomationCurve::Interpolate(SN::TickTime const& inTime, Node const& inBe
 
 double AutomationCurve::ToOutput(double inValue) const
 {
-	return mScale == AutomationScale::eDecibels ? ToGain(inValue) : inValue;
+	return mScale == AutomationScale::kDecibels ? ToGain(inValue) : inValue;
 }
 
 } // namespace SonaroHost

@@ -19,11 +19,11 @@ double GetFadeGain(FadeShape inShape, double inProgress)
 	}
 	switch (inShape)
 	{
-	case FadeShape::eLinear:
+	case FadeShape::kLinear:
 		return inProgress;
-	case FadeShape::eEqualPower:
+	case FadeShape::kEqualPower:
 		return std::sin(inProgress * std::numbers::pi / 2.0);
-	case FadeShape::eSCurve:
+	case FadeShape::kSCurve:
 		return inProgress * inProgress * (3.0 - 2.0 * inProgress);
 	}
 	return inProgress;

@@ -41,7 +41,7 @@ HostError::HostError(Kind inKind, std::string const& inReason)
 
 void Refuse(std::string const& inReason)
 {
-	throw HostError(HostError::Kind::eRequest, inReason);
+	throw HostError(HostError::Kind::kRequest, inReason);
 }
 
 std::string QuotePath(std::filesystem::path const& inPath)

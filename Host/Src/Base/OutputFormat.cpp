@@ -14,13 +14,13 @@ std::optional<OutputContainer> FindContainer(std::string_view inName)
 		OutputContainer mContainer;
 	};
 	constexpr Entry kEntries[] = {
-		{"wav", OutputContainer::eWav},
-		{"wave", OutputContainer::eWav},
-		{"aif", OutputContainer::eAiff},
-		{"aiff", OutputContainer::eAiff},
-		{"aifc", OutputContainer::eAiff},
-		{"flac", OutputContainer::eFlac},
-		{"caf", OutputContainer::eCaf},
+		{"wav", OutputContainer::kWav},
+		{"wave", OutputContainer::kWav},
+		{"aif", OutputContainer::kAiff},
+		{"aiff", OutputContainer::kAiff},
+		{"aifc", OutputContainer::kAiff},
+		{"flac", OutputContainer::kFlac},
+		{"caf", OutputContainer::kCaf},
 	};
 	std::string name(inName);
 	std::transform(name.begin(), name.end(), name.begin(),
@@ -38,18 +38,18 @@ std::optional<OutputContainer> FindContainerByEnding(std::filesystem::path const
 
 OutputSamples GetDefaultSamples(OutputContainer inContainer)
 {
-	return inContainer == OutputContainer::eFlac ? OutputSamples::eInteger24 : OutputSamples::eFloat32;
+	return inContainer == OutputContainer::kFlac ? OutputSamples::kInteger24 : OutputSamples::kFloat32;
 }
 
 int GetIntegerBits(OutputSamples inSamples)
 {
 	switch (inSamples)
 	{
-	case OutputSamples::eInteger16:
+	case OutputSamples::kInteger16:
 		return 16;
-	case OutputSamples::eInteger24:
+	case OutputSamples::kInteger24:
 		return 24;
-	case OutputSamples::eFloat32:
+	case OutputSamples::kFloat32:
 		break;
 	}
 	return 0;
@@ -65,13 +65,13 @@ std::string GetName(OutputContainer inContainer)
 {
 	switch (inContainer)
 	{
-	case OutputContainer::eWav:
+	case OutputContainer::kWav:
 		return "WAV";
-	case OutputContainer::eAiff:
+	case OutputContainer::kAiff:
 		return "AIFF";
-	case OutputContainer::eFlac:
+	case OutputContainer::kFlac:
 		return "FLAC";
-	case OutputContainer::eCaf:
+	case OutputContainer::kCaf:
 		break;
 	}
 	return "CAF";
@@ -86,7 +86,7 @@ std::string GetName(OutputSamples inSamples)
 Dither ChooseDither(OutputSamples inSamples, int inSourceBits, bool inLevelStays)
 {
 	bool const losesNothing = inLevelStays && inSourceBits > 0 && inSourceBits <= GetIntegerBits(inSamples);
-	return inSamples == OutputSamples::eInteger16 && !losesNothing ? Dither::eTriangular : Dither::eNone;
+	return inSamples == OutputSamples::kInteger16 && !losesNothing ? Dither::kTriangular : Dither::kNone;
 }
 
 } // namespace SonaroHost

@@ -15,7 +15,7 @@ void CheckEngineResult(int inResult, char const* inWhat)
 	{
 		std::array<char, 16> code{};
 		std::snprintf(code.data(), code.size(), "0x%08X", static_cast<unsigned>(inResult));
-		throw HostError(HostError::Kind::eEngine,
+		throw HostError(HostError::Kind::kEngine,
 			std::string("the render engine could not create ") + inWhat + " (result " + code.data() + ")");
 	}
 }

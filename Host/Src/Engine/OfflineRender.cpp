@@ -32,7 +32,7 @@ private:
 bool RenderOffline(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, OfflineRange const& inRange,
 	BlockSink const& inSink, std::stop_token const& inStop)
 {
-	bool const isReverse = inRange.mDirection == RenderDirection::eReverse;
+	bool const isReverse = inRange.mDirection == RenderDirection::kReverse;
 	std::int64_t const total = inRange.mWarmUpFrames + inRange.mFrames;
 	// In either direction the time of a block is its lowest.
 	auto const getTime = [&](std::int64_t inDone, std::int64_t inCount)

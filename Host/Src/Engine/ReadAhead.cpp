@@ -80,7 +80,7 @@ void ReadAhead::Request(std::int64_t inFramesDone)
 	}
 	std::int64_t first = inFramesDone;
 	std::int64_t end = std::min(inFramesDone + mStretchFrames, mRange.mFrames);
-	if (mRange.mDirection == RenderDirection::eReverse)
+	if (mRange.mDirection == RenderDirection::kReverse)
 	{
 		first = mRange.mFrames - end;
 		end = mRange.mFrames - inFramesDone;

@@ -25,7 +25,7 @@ constexpr std::size_t kNumDigits = 8;
 
 [[noreturn]] void RefuseWriting(std::string const& inMessage)
 {
-	throw HostError(HostError::Kind::eOutput, inMessage);
+	throw HostError(HostError::Kind::kOutput, inMessage);
 }
 
 std::filesystem::path GetFolder(std::filesystem::path const& inPath)

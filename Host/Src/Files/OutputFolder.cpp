@@ -13,7 +13,7 @@ namespace
 
 [[noreturn]] void RefuseFolder(std::filesystem::path const& inPath, std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::eOutput, "cannot create the folder " + QuotePath(inPath) + ": " + inWhy);
+	throw HostError(HostError::Kind::kOutput, "cannot create the folder " + QuotePath(inPath) + ": " + inWhy);
 }
 
 } // namespace
@@ -36,7 +36,7 @@ OutputFolder::OutputFolder(std::filesystem::path const& inPath)
 				}
 				return folder;
 			};
-			mMade.emplace_front(make, Temporary::Removal::eWhileEmpty);
+			mMade.emplace_front(make, Temporary::Removal::kWhileEmpty);
 		}
 	}
 	if (!std::filesystem::is_directory(inPath))

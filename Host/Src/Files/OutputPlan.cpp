@@ -34,7 +34,7 @@ struct Output
 
 [[noreturn]] void RefuseOutput(Output const& inOutput, std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::eRequest, inOutput.mName + " " + inWhy);
+	throw HostError(HostError::Kind::kRequest, inOutput.mName + " " + inWhy);
 }
 
 // Where a path leads. A standard stream leads somewhere only where it is a file: others, such as a terminal, may well
@@ -149,7 +149,7 @@ std::vector<Output> FindOutputs(OutputPlan const& inPlan)
 		bool const isStream = IsStandardStream(path);
 		if (isStream && isStreamTaken)
 		{
-			throw HostError(HostError::Kind::eRequest,
+			throw HostError(HostError::Kind::kRequest,
 				"only one output can go to the standard output; give the others file names");
 		}
 		isStreamTaken = isStreamTaken || isStream;
@@ -174,7 +174,7 @@ void CheckPlaces(OutputPlan const& inPlan)
 	if (std::filesystem::exists(inPlan.mFolder, error) &&
 		!std::filesystem::is_directory(inPlan.mFolder, error))
 	{
-		throw HostError(HostError::Kind::eOutput, "cannot create the folder " + QuotePath(inPlan.mFolder) +
+		throw HostError(HostError::Kind::kOutput, "cannot create the folder " + QuotePath(inPlan.mFolder) +
 													  ": a file has that name; choose another name");
 	}
 	FilePlace const folder(inPlan.mFolder);
@@ -186,7 +186,7 @@ void CheckPlaces(OutputPlan const& inPlan)
 		}
 		if (!inPlan.mReplaces && std::filesystem::exists(path, error))
 		{
-			throw HostError(HostError::Kind::eOutput,
+			throw HostError(HostError::Kind::kOutput,
 				"cannot write " + QuotePath(path) +
 					": it already exists; remove it, choose another name or allow overwriting");
 		}

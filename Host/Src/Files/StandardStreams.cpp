@@ -15,7 +15,7 @@ namespace
 
 [[noreturn]] void RefuseInput(std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::eInput, inWhy + ": " + std::generic_category().message(errno));
+	throw HostError(HostError::Kind::kInput, inWhy + ": " + std::generic_category().message(errno));
 }
 
 // Takes the standard input to its end.

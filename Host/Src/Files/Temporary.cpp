@@ -27,7 +27,7 @@ void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
 	// Another thread may still be adding files to a folder, or removing it, too; once it is gone it cannot.
 	constexpr int kTries = 100;
 	std::error_code error;
-	if (inRemoval == Temporary::Removal::eWhileEmpty)
+	if (inRemoval == Temporary::Removal::kWhileEmpty)
 	{
 		std::filesystem::remove(inPath, error);
 		return;

@@ -83,7 +83,7 @@ TemporaryFolder::TemporaryFolder()
 			// False when something has the name already, which must not be ours by chance then.
 			if (error || !std::filesystem::create_directory(path, error))
 			{
-				throw HostError(HostError::Kind::eOutput,
+				throw HostError(HostError::Kind::kOutput,
 					"cannot create a temporary folder in " + QuotePath(parent) +
 						(error ? ": " + error.message() : std::string()) + "; set TMPDIR to another folder");
 			}

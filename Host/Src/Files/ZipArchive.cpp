@@ -20,7 +20,7 @@ struct FileClosing
 
 [[noreturn]] void RefuseArchive(std::filesystem::path const& inPath, std::string const& inReason)
 {
-	throw HostError(HostError::Kind::eInput, {inPath, {}, inReason, {}});
+	throw HostError(HostError::Kind::kInput, {inPath, {}, inReason, {}});
 }
 
 } // namespace

@@ -12,7 +12,7 @@ struct zip;
 namespace SonaroHost
 {
 
-// A zip archive that is read. Every error is a HostError of kind eInput that names the archive and the entry.
+// A zip archive that is read. Every error is a HostError of kind kInput that names the archive and the entry.
 class ZipArchive
 {
 public:

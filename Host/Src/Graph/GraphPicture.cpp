@@ -15,7 +15,7 @@ namespace
 
 [[noreturn]] void RefuseToDraw(std::string const& inReason)
 {
-	throw HostError(HostError::Kind::eOutput,
+	throw HostError(HostError::Kind::kOutput,
 		"the graph cannot be drawn: " + inReason + "; write .dot instead, which needs no Graphviz");
 }
 
@@ -52,7 +52,7 @@ void CheckBitmap(Agraph_t* inGraph)
 	if (width > kMostPixels || height > kMostPixels || width * height > kMostArea)
 	{
 		throw HostError(
-			HostError::Kind::eOutput, "the graph would be " + std::to_string(static_cast<long long>(width)) +
+			HostError::Kind::kOutput, "the graph would be " + std::to_string(static_cast<long long>(width)) +
 										  " x " + std::to_string(static_cast<long long>(height)) +
 										  " pixels, which is too large for a bitmap; draw it as .svg");
 	}
@@ -62,7 +62,7 @@ void CheckBitmap(Agraph_t* inGraph)
 
 std::string DrawGraph(std::string const& inDot, GraphFormat inFormat)
 {
-	if (inFormat == GraphFormat::eDot)
+	if (inFormat == GraphFormat::kDot)
 	{
 		return inDot;
 	}
@@ -77,14 +77,14 @@ std::string DrawGraph(std::string const& inDot, GraphFormat inFormat)
 		RefuseToDraw("Graphviz cannot lay it out; install the package graphviz");
 	}
 	std::unique_ptr<Agraph_t, LayoutFree> const layout(graph.get(), {context.get()});
-	if (inFormat == GraphFormat::ePng)
+	if (inFormat == GraphFormat::kPng)
 	{
 		CheckBitmap(graph.get());
 	}
 	char* data = nullptr;
 	unsigned size = 0;
 	int const result =
-		gvRenderData(context.get(), graph.get(), inFormat == GraphFormat::eSvg ? "svg" : "png", &data, &size);
+		gvRenderData(context.get(), graph.get(), inFormat == GraphFormat::kSvg ? "svg" : "png", &data, &size);
 	std::unique_ptr<char, RenderFree> const owned(data);
 	if (result != 0 || !data)
 	{

@@ -26,7 +26,7 @@ constexpr std::int64_t kMaxSeconds = 360000;
 [[noreturn]] void RefuseInput(
 	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy = {})
 {
-	throw HostError(HostError::Kind::eInput, MakeInputParts(inPath, inReason, inRemedy));
+	throw HostError(HostError::Kind::kInput, MakeInputParts(inPath, inReason, inRemedy));
 }
 
 void CheckIsFile(std::filesystem::path const& inPath)

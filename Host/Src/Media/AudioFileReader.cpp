@@ -172,7 +172,7 @@ void AudioFileReader::DecodeUpTo(std::int64_t inPosition, float* ioScratch)
 
 void AudioFileReader::ThrowCutShort(std::int64_t inPosition) const
 {
-	throw HostError(HostError::Kind::eInput,
+	throw HostError(HostError::Kind::kInput,
 		{mInfo.mPath, {},
 			"cannot be read at sample " + std::to_string(inPosition) + " (" +
 				FormatTime(inPosition, mInfo.mSampleRate) + "), although its header states " +

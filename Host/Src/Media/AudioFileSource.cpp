@@ -242,7 +242,7 @@ void AudioFileSource::Fail(std::exception const& inReason)
 	{
 		auto const* const known = dynamic_cast<HostError const*>(&inReason);
 		mFailure =
-			known ? *known : HostError(HostError::Kind::eInput, {GetInfo().mPath, {}, inReason.what(), {}});
+			known ? *known : HostError(HostError::Kind::kInput, {GetInfo().mPath, {}, inReason.what(), {}});
 		mHasFailed.store(true, std::memory_order_release);
 	}
 }

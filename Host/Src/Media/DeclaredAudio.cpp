@@ -14,8 +14,8 @@ namespace
 
 enum class ByteOrder
 {
-	eLittle,
-	eBig
+	kLittle,
+	kBig
 };
 
 // Reads the fields of a header. Whatever lies beyond the end reads as zeros.
@@ -42,7 +42,7 @@ public:
 	std::uint64_t GetNumber(std::int64_t inOffset, std::size_t inBytes, ByteOrder inOrder)
 	{
 		std::string bytes = GetText(inOffset, inBytes);
-		if (inOrder == ByteOrder::eLittle)
+		if (inOrder == ByteOrder::kLittle)
 		{
 			std::reverse(bytes.begin(), bytes.end());
 		}
@@ -113,7 +113,7 @@ std::optional<DeclaredAudio> ReadWave64(HeaderFile& ioFile)
 	constexpr std::int64_t kChunkHeader = 24;
 	for (std::int64_t offset = 40; offset + kChunkHeader <= ioFile.GetLength();)
 	{
-		auto const size = static_cast<std::int64_t>(ioFile.GetNumber(offset + 16, 8, ByteOrder::eLittle));
+		auto const size = static_cast<std::int64_t>(ioFile.GetNumber(offset + 16, 8, ByteOrder::kLittle));
 		if (size < kChunkHeader || size > (std::int64_t{1} << 60))
 		{
 			return std::nullopt;
@@ -146,15 +146,15 @@ std::optional<DeclaredAudio> ReadDeclaredAudio(std::filesystem::path const& inPa
 	std::string const name = file.GetText(0, 4);
 	if (name == "RIFF" || name == "RF64" || name == "BW64")
 	{
-		return ReadChunks(file, ByteOrder::eLittle, "data");
+		return ReadChunks(file, ByteOrder::kLittle, "data");
 	}
 	if (name == "RIFX")
 	{
-		return ReadChunks(file, ByteOrder::eBig, "data");
+		return ReadChunks(file, ByteOrder::kBig, "data");
 	}
 	if (name == "FORM" && file.GetText(8, 3) == "AIF")
 	{
-		return ReadChunks(file, ByteOrder::eBig, "SSND");
+		return ReadChunks(file, ByteOrder::kBig, "SSND");
 	}
 	if (name == "riff")
 	{
@@ -162,7 +162,7 @@ std::optional<DeclaredAudio> ReadDeclaredAudio(std::filesystem::path const& inPa
 	}
 	if (name == ".snd" || name == "dns.")
 	{
-		return ReadSunAudio(file, name == ".snd" ? ByteOrder::eBig : ByteOrder::eLittle);
+		return ReadSunAudio(file, name == ".snd" ? ByteOrder::kBig : ByteOrder::kLittle);
 	}
 	return std::nullopt;
 }

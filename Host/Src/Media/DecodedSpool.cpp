@@ -63,7 +63,7 @@ void DecodedSpool::ExtendTo(std::int64_t inEnd)
 
 void DecodedSpool::ThrowFailure() const
 {
-	throw HostError(HostError::Kind::eInput,
+	throw HostError(HostError::Kind::kInput,
 		{mPath, {},
 			"its decoded samples cannot be stored in a temporary file: " +
 				std::generic_category().message(errno),

@@ -73,7 +73,7 @@ void CheckFolder(std::filesystem::path const& inFolder)
 		std::string const why = std::filesystem::exists(inFolder, error) ? "is not a folder"
 								: error ? "cannot be reached: " + error.message()
 										: "does not exist";
-		throw HostError(HostError::Kind::eRequest, {inFolder, {}, "the media folder " + why, {}});
+		throw HostError(HostError::Kind::kRequest, {inFolder, {}, "the media folder " + why, {}});
 	}
 }
 
@@ -113,34 +113,16 @@ FoundMedia MediaFinder::Search(std::string_view inUrl) const
 	std::filesystem::path const named =
 		own.empty() ? std::filesystem::path(std::string(inUrl)) : own.front().GetPath();
 	FoundMedia found;
-	auto const isFile = [&found](std::filesystem::path const& inPath)
+	if (TakeExact(own, found))
 	{
-		bool const isThere = IsFile(inPath);
-		(isThere ? found.mPath : found.mLookedFor.emplace_back()) = inPath;
-		return isThere;
-	};
-	for (Place const& place : own)
-	{
-		if (IsTimeline(place.mTail))
-		{
-			found.mPath = place.GetPath();
-			found.mWhyMissing = "is a timeline, which cannot be used as media";
-			return found;
-		}
-		if (isFile(place.GetPath()))
-		{
-			return found;
-		}
+		return found;
 	}
-	for (Place const& place : elsewhere)
+	if (TakeExact(elsewhere, found))
 	{
-		if (isFile(place.GetPath()))
-		{
-			found.mRemark = QuotePath(GetShown(named)) +
-							(isForeign ? " is not a local file" : " does not exist") + "; using " +
-							QuotePath(GetShown(found.mPath));
-			return found;
-		}
+		found.mRemark = QuotePath(GetShown(named)) +
+						(isForeign ? " is not a local file" : " does not exist") + "; using " +
+						QuotePath(GetShown(found.mPath));
+		return found;
 	}
 	for (std::vector<Place> const* const places : {&own, &elsewhere})
 	{
@@ -159,6 +141,23 @@ FoundMedia MediaFinder::Search(std::string_view inUrl) const
 						: own.empty() ? "does not name a file"
 									  : DescribeMissing(named);
 	return found;
+}
+
+bool MediaFinder::TakeExact(std::vector<Place> const& inPlaces, FoundMedia& ioFound)
+{
+	for (Place const& place : inPlaces)
+	{
+		std::filesystem::path const path = place.GetPath();
+		bool const isTimeline = IsTimeline(place.mTail);
+		if (isTimeline || IsFile(path))
+		{
+			ioFound.mPath = path;
+			ioFound.mWhyMissing = isTimeline ? "is a timeline, which cannot be used as media" : "";
+			return true;
+		}
+		ioFound.mLookedFor.push_back(path);
+	}
+	return false;
 }
 
 std::optional<std::filesystem::path> MediaFinder::FindSound(std::string_view inUrl) const

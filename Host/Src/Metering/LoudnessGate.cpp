@@ -34,7 +34,7 @@ double ToLoudness(double inPower)
 }
 
 LoudnessGate::LoudnessGate(LoudnessMemory inMemory)
-	: mIsGrowing(inMemory == LoudnessMemory::eGrowing),
+	: mIsGrowing(inMemory == LoudnessMemory::kGrowing),
 	  mClasses(mIsGrowing ? 0 : kClasses)
 {
 }

@@ -19,7 +19,7 @@ class LoudnessGate
 public:
 	explicit LoudnessGate(LoudnessMemory inMemory);
 
-	// inPower: the power of the next stretch. With eFixed this allocates nothing.
+	// inPower: the power of the next stretch. With kFixed this allocates nothing.
 	void Add(double inPower);
 	double GetLoudness() const;
 

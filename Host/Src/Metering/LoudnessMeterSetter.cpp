@@ -26,7 +26,7 @@ void LoudnessMeterSetter::Init(SN::FrameRate const& inFrameRate, unsigned inChan
 {
 	if (inChannels != mLayout.size())
 	{
-		throw HostError(HostError::Kind::eRequest, "a meter of " + std::to_string(mLayout.size()) +
+		throw HostError(HostError::Kind::kRequest, "a meter of " + std::to_string(mLayout.size()) +
 													   " channels cannot measure " +
 													   std::to_string(inChannels));
 	}
@@ -119,7 +119,7 @@ bool LoudnessMeterSetter::TakeSpare()
 
 std::unique_ptr<LoudnessMeter> LoudnessMeterSetter::MakeMeter() const
 {
-	return std::make_unique<LoudnessMeter>(mLayout, mSampleRate, LoudnessMeter::Memory::eFixed);
+	return std::make_unique<LoudnessMeter>(mLayout, mSampleRate, LoudnessMeter::Memory::kFixed);
 }
 
 } // namespace SonaroHost

@@ -33,7 +33,7 @@ SampleQuantizer::SampleQuantizer(int inBits, Dither inDither, unsigned inChannel
 
 int SampleQuantizer::Quantize(float inSample)
 {
-	double const dither = mDither == Dither::eTriangular ? GetNextDither() : 0.0;
+	double const dither = mDither == Dither::kTriangular ? GetNextDither() : 0.0;
 	double const value = static_cast<double>(inSample) * mScale;
 	if (std::isnan(value))
 	{

@@ -39,7 +39,7 @@ WeightedProgramme::WeightedProgramme(SN::AudioChannelLayout const& inLayout, dou
 	{
 		mChannels[channel].mWeight = GetWeight(inLayout[channel]) * mWeighting.mPowerGain;
 	}
-	if (inWindows == LoudnessWindows::eSliding)
+	if (inWindows == LoudnessWindows::kSliding)
 	{
 		mWindow.assign(std::size_t{mStretchFrames} * kStretchesOfWindow, 0.0f);
 	}

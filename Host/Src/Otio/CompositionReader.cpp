@@ -19,17 +19,17 @@ namespace
 
 enum class Around
 {
-	eStack,
-	eTrack,
+	kStack,
+	kTrack,
 };
 
 void ReadGap(Cursor const& inObject, Gap& outGap)
 {
 	TellUnknownKeys(inObject, {}, kItemKeys);
-	ReadItem(inObject, SettingsOwner::eGap, outGap);
+	ReadItem(inObject, SettingsOwner::kGap, outGap);
 	if (!outGap.mSourceRange)
 	{
-		inObject.Tell(Note::Kind::eGuess, "the gap has no source_range; assuming a length of 0");
+		inObject.Tell(Note::Kind::kGuess, "the gap has no source_range; assuming a length of 0");
 	}
 }
 
@@ -43,25 +43,25 @@ void ReadUnknown(Cursor const& inObject, Around inAround, Gap& outGap)
 	std::string const what = outGap.mSchema.empty() ? "an item without OTIO_SCHEMA"
 													: "an item of unknown schema " + Quote(outGap.mSchema);
 	outGap.mSourceRange = ReadIfThere(Cursor(inObject, "source_range"), ReadRange);
-	if (!outGap.mSourceRange && inAround == Around::eTrack)
+	if (!outGap.mSourceRange && inAround == Around::kTrack)
 	{
 		inObject.Refuse(what + " has no source_range, so the position of later items cannot be determined; "
 							   "remove it or replace it with a Gap");
 	}
-	inObject.Tell(Note::Kind::eIgnored, what + " is not rendered; its time is silent");
+	inObject.Tell(Note::Kind::kIgnored, what + " is not rendered; its time is silent");
 }
 
 // False for what is left out.
 bool ReadTransitionOf(Cursor const& inObject, Around inAround, std::vector<Composable>& ioChildren)
 {
-	if (inAround == Around::eStack)
+	if (inAround == Around::kStack)
 	{
-		inObject.Tell(Note::Kind::eIgnored, "a transition has no effect in a stack; ignored");
+		inObject.Tell(Note::Kind::kIgnored, "a transition has no effect in a stack; ignored");
 		return false;
 	}
 	if (ioChildren.size() > 1 && ioChildren[ioChildren.size() - 2].As<Transition>() != nullptr)
 	{
-		inObject.Tell(Note::Kind::eIgnored, "two transitions in a row; the second is ignored");
+		inObject.Tell(Note::Kind::kIgnored, "two transitions in a row; the second is ignored");
 		return false;
 	}
 	ReadTransition(inObject, ioChildren.back().mValue.emplace<Transition>());
@@ -78,19 +78,19 @@ void ReadChild(
 	auto& value = ioChildren.emplace_back().mValue;
 	switch (ReadSchema(inObject))
 	{
-	case SchemaKind::eClip:
+	case SchemaKind::kClip:
 		ReadClip(inObject, value.emplace<Clip>());
 		break;
-	case SchemaKind::eGap:
+	case SchemaKind::kGap:
 		ReadGap(inObject, value.emplace<Gap>());
 		break;
-	case SchemaKind::eTrack:
+	case SchemaKind::kTrack:
 		ReadTrack(inObject, inDepth, value.emplace<Track>());
 		break;
-	case SchemaKind::eStack:
+	case SchemaKind::kStack:
 		ReadStack(inObject, inDepth, value.emplace<Stack>());
 		break;
-	case SchemaKind::eTransition:
+	case SchemaKind::kTransition:
 		if (!ReadTransitionOf(inObject, inAround, ioChildren))
 		{
 			ioChildren.pop_back();
@@ -119,14 +119,14 @@ std::string ReadKind(Cursor const& inObject)
 	Cursor const kind(inObject, "kind");
 	if (kind.IsNothing())
 	{
-		kind.Tell(Note::Kind::eGuess, "the track has no \"kind\"; treating it as Video, which is not "
+		kind.Tell(Note::Kind::kGuess, "the track has no \"kind\"; treating it as Video, which is not "
 									  "rendered; set it to \"Audio\" to hear it");
 		return "Video";
 	}
 	std::string name = ReadText(kind);
 	if (name != "Audio" && name != "Video")
 	{
-		kind.Tell(Note::Kind::eIgnored,
+		kind.Tell(Note::Kind::kIgnored,
 			"the track is of kind " + Quote(name) + "; only tracks of kind Audio are heard");
 	}
 	return name;
@@ -137,8 +137,8 @@ std::string ReadKind(Cursor const& inObject)
 void ReadStack(Cursor const& inObject, std::size_t inDepth, Stack& outStack)
 {
 	TellUnknownKeys(inObject, {"children"}, kItemKeys);
-	ReadItem(inObject, SettingsOwner::eStack, outStack);
-	ReadChildren(inObject, Around::eStack, inDepth, outStack.mChildren);
+	ReadItem(inObject, SettingsOwner::kStack, outStack);
+	ReadChildren(inObject, Around::kStack, inDepth, outStack.mChildren);
 	// The outermost stack has the timeline's submixes too.
 	if (inDepth > 0)
 	{
@@ -151,8 +151,8 @@ void ReadTrack(Cursor const& inObject, std::size_t inDepth, Track& outTrack)
 	TellUnknownKeys(inObject, {"kind", "children"}, kItemKeys);
 	outTrack.mKind = ReadKind(inObject);
 	SilenceScope const scope(inObject.GetFindings(), !outTrack.IsAudio());
-	ReadItem(inObject, SettingsOwner::eTrack, outTrack);
-	ReadChildren(inObject, Around::eTrack, inDepth, outTrack.mChildren);
+	ReadItem(inObject, SettingsOwner::kTrack, outTrack);
+	ReadChildren(inObject, Around::kTrack, inDepth, outTrack.mChildren);
 	CheckRouting(outTrack.mChildren, {});
 }
 

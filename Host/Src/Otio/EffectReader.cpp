@@ -19,17 +19,17 @@ namespace
 void ReadTimeScalar(Cursor const& inObject, Effect& outEffect)
 {
 	Cursor const scalar(inObject, "time_scalar");
-	outEffect.mKind = Effect::Kind::eLinearTimeWarp;
+	outEffect.mKind = Effect::Kind::kLinearTimeWarp;
 	if (scalar.IsNothing())
 	{
-		scalar.Tell(Note::Kind::eGuess, "time_scalar is missing; assuming 1 (normal speed)");
+		scalar.Tell(Note::Kind::kGuess, "time_scalar is missing; assuming 1 (normal speed)");
 		return;
 	}
 	outEffect.mTimeScalar = ReadNumber(scalar, -kMaxTimeScalar, kMaxTimeScalar);
 	if (outEffect.mTimeScalar == 0.0)
 	{
-		scalar.Tell(Note::Kind::eRemark, "time_scalar is 0; the item is a freeze frame and is silent");
-		outEffect.mKind = Effect::Kind::eFreezeFrame;
+		scalar.Tell(Note::Kind::kRemark, "time_scalar is 0; the item is a freeze frame and is silent");
+		outEffect.mKind = Effect::Kind::kFreezeFrame;
 	}
 }
 
@@ -38,7 +38,7 @@ void TellOfRest(Cursor const& inObject, Effect const& inEffect, EffectLevels con
 {
 	bool const hasLevels = !inLevels.mLevels.IsEmpty() || inLevels.mHasUnreadLevel;
 	bool const isComplete =
-		hasLevels ? inLevels.mRest != ParameterState::eChanged : inLevels.mRest == ParameterState::eDefault;
+		hasLevels ? inLevels.mRest != ParameterState::kChanged : inLevels.mRest == ParameterState::kDefault;
 	if (isComplete)
 	{
 		return;
@@ -48,11 +48,11 @@ void TellOfRest(Cursor const& inObject, Effect const& inEffect, EffectLevels con
 	if (hasLevels)
 	{
 		inObject.Tell(
-			Note::Kind::eIgnored, "not all parameters of the effect " + Quote(name) + " are rendered");
+			Note::Kind::kIgnored, "not all parameters of the effect " + Quote(name) + " are rendered");
 		return;
 	}
 	bool const isLevel = NamesLevels(name) || NamesLevels(label);
-	inObject.Tell(isLevel ? Note::Kind::eLevelNotRead : Note::Kind::eIgnored,
+	inObject.Tell(isLevel ? Note::Kind::kLevelNotRead : Note::Kind::kIgnored,
 		"the effect " + Quote(name) + " (schema " + Quote(inEffect.mSchema) + ") is not rendered");
 }
 
@@ -70,14 +70,14 @@ Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRang
 	effect.mEffectName = ReadLabel(Cursor(inObject, "effect_name"));
 	effect.mIsEnabled = ReadEnabled(Cursor(inObject, "enabled"));
 	effect.mMetadata = ReadMetadata(inObject);
-	if (kind == SchemaKind::eLinearTimeWarp)
+	if (kind == SchemaKind::kLinearTimeWarp)
 	{
 		ReadTimeScalar(inObject, effect);
 		return effect;
 	}
-	if (kind == SchemaKind::eFreezeFrame)
+	if (kind == SchemaKind::kFreezeFrame)
 	{
-		effect.mKind = Effect::Kind::eFreezeFrame;
+		effect.mKind = Effect::Kind::kFreezeFrame;
 		effect.mTimeScalar = 0.0;
 		return effect;
 	}
@@ -93,7 +93,7 @@ Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRang
 // Markers have a text or a Color, which has a name or is written as "#ff8000".
 std::string ReadColor(Cursor const& inValue)
 {
-	if (!inValue.IsObject() || ReadSchema(inValue) != SchemaKind::eColor)
+	if (!inValue.IsObject() || ReadSchema(inValue) != SchemaKind::kColor)
 	{
 		return ReadLabel(inValue);
 	}
@@ -119,7 +119,7 @@ std::string ReadColor(Cursor const& inValue)
 
 Marker ReadMarker(Cursor const& inObject)
 {
-	if (!inObject.IsObject() || ReadSchema(inObject) != SchemaKind::eMarker)
+	if (!inObject.IsObject() || ReadSchema(inObject) != SchemaKind::kMarker)
 	{
 		inObject.Refuse("is not a marker");
 	}

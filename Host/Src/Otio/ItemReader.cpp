@@ -27,7 +27,7 @@ void ReadMediaOfKeys(Cursor const& inReferences, std::string const& inActiveKey,
 		Cursor const reference(inReferences, member);
 		if (repeated.Has(member))
 		{
-			reference.Tell(Note::Kind::eGuess, "the key appears more than once; the last value is used");
+			reference.Tell(Note::Kind::kGuess, "the key appears more than once; the last value is used");
 			continue;
 		}
 		outClip.mMediaReferences.push_back(
@@ -45,11 +45,11 @@ void ResolveActiveKey(Cursor const& inObject, Clip& ioClip)
 	Cursor const key(inObject, "active_media_reference_key");
 	if (ioClip.mMediaReferences.size() > 1)
 	{
-		key.Tell(Note::Kind::eGuess, "the media reference " + Quote(ioClip.mActiveMediaKey) +
+		key.Tell(Note::Kind::kGuess, "the media reference " + Quote(ioClip.mActiveMediaKey) +
 										 " does not exist; treating the media as missing");
 		return;
 	}
-	key.Tell(Note::Kind::eGuess, "the media reference " + Quote(ioClip.mActiveMediaKey) +
+	key.Tell(Note::Kind::kGuess, "the media reference " + Quote(ioClip.mActiveMediaKey) +
 									 " does not exist; the only one, " +
 									 Quote(ioClip.mMediaReferences[0].mKey) + ", is used");
 	ioClip.mActiveMediaKey = ioClip.mMediaReferences[0].mKey;
@@ -62,8 +62,8 @@ void TellMissingLength(Cursor const& inObject, Clip const& inClip)
 	{
 		return;
 	}
-	bool const hasFile = media != nullptr && media->mKind == MediaReference::Kind::eExternal;
-	inObject.Tell(Note::Kind::eGuess,
+	bool const hasFile = media != nullptr && media->mKind == MediaReference::Kind::kExternal;
+	inObject.Tell(Note::Kind::kGuess,
 		hasFile ? "the clip has neither a source_range nor an available_range; its whole file is used"
 				: "the clip has neither a source_range nor an available_range nor a file; assuming a length "
 				  "of 0");
@@ -76,12 +76,12 @@ void TellOfLength(Cursor const& inObject, Item const& inItem)
 	double speed = 1.0;
 	for (Effect const& effect : inItem.mEffects)
 	{
-		speed *= effect.mIsEnabled && effect.mKind != Effect::Kind::eOther ? effect.mTimeScalar : 1.0;
+		speed *= effect.mIsEnabled && effect.mKind != Effect::Kind::kOther ? effect.mTimeScalar : 1.0;
 	}
 	// An item at rest is not heard.
 	if (speed != 0.0 && std::abs(std::abs(speed) - 1.0) > kSameSpeed)
 	{
-		inObject.GetFindings().TellOnce(Note::Kind::eGuess,
+		inObject.GetFindings().TellOnce(Note::Kind::kGuess,
 			"the duration of source_range under a time warp is taken as the length on the track; some "
 			"programs write the length of the media instead",
 			[&inObject] { return inObject.GetPlace(); });
@@ -134,7 +134,7 @@ void ReadClip(Cursor const& inObject, Clip& outClip)
 		ReadMediaOfKeys(references, outClip.mActiveMediaKey, outClip);
 		if (!reference.IsNothing())
 		{
-			reference.Tell(Note::Kind::eGuess,
+			reference.Tell(Note::Kind::kGuess,
 				"the clip has both media_reference and media_references; media_references is used");
 		}
 	}
@@ -146,7 +146,7 @@ void ReadClip(Cursor const& inObject, Clip& outClip)
 	ResolveActiveKey(inObject, outClip);
 	MediaReference const* const media = outClip.FindActiveMedia();
 	ReadItem(
-		inObject, SettingsOwner::eClip, outClip, media != nullptr ? media->mAvailableRange : std::nullopt);
+		inObject, SettingsOwner::kClip, outClip, media != nullptr ? media->mAvailableRange : std::nullopt);
 	Cursor const chosen(references, std::string_view(outClip.mActiveMediaKey));
 	Cursor const metadata(references.IsNothing() ? reference : chosen, "metadata");
 	TellOfMediaLevels(metadata, outClip.GetSettings());
@@ -166,7 +166,7 @@ void ReadTransition(Cursor const& inObject, Transition& outTransition)
 		Cursor const offset(inObject, inKey);
 		if (offset.IsNothing())
 		{
-			offset.Tell(Note::Kind::eGuess, std::string(inKey) + " is missing; assuming 0");
+			offset.Tell(Note::Kind::kGuess, std::string(inKey) + " is missing; assuming 0");
 			return RationalTime();
 		}
 		return ReadDuration(offset);
@@ -174,7 +174,7 @@ void ReadTransition(Cursor const& inObject, Transition& outTransition)
 	outTransition.mInOffset = readOffset("in_offset");
 	outTransition.mOutOffset = readOffset("out_offset");
 	outTransition.mSettings =
-		ShareSettings(ReadMixSettings(Cursor(inObject, "metadata"), SettingsOwner::eTransition));
+		ShareSettings(ReadMixSettings(Cursor(inObject, "metadata"), SettingsOwner::kTransition));
 	outTransition.mMetadata = ReadMetadata(inObject);
 }
 

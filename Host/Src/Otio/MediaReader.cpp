@@ -17,12 +17,12 @@ void ReadTarget(Cursor const& inReference, MediaReference& outMedia)
 {
 	TellUnknownKeys(inReference, {"target_url"}, kMediaKeys);
 	Cursor const url(inReference, "target_url");
-	outMedia.mKind = MediaReference::Kind::eExternal;
+	outMedia.mKind = MediaReference::Kind::kExternal;
 	outMedia.mTargetUrl = url.IsNothing() ? std::string() : ReadText(url);
 	if (outMedia.mTargetUrl.empty())
 	{
-		url.Tell(Note::Kind::eGuess, "target_url is empty; treating the media as missing");
-		outMedia.mKind = MediaReference::Kind::eMissing;
+		url.Tell(Note::Kind::kGuess, "target_url is empty; treating the media as missing");
+		outMedia.mKind = MediaReference::Kind::kMissing;
 	}
 }
 
@@ -30,25 +30,25 @@ void ReadKind(Cursor const& inReference, MediaReference& outMedia)
 {
 	switch (ReadSchema(inReference))
 	{
-	case SchemaKind::eExternalReference:
+	case SchemaKind::kExternalReference:
 		ReadTarget(inReference, outMedia);
 		break;
-	case SchemaKind::eMissingReference:
+	case SchemaKind::kMissingReference:
 		TellUnknownKeys(inReference, {}, kMediaKeys);
-		outMedia.mKind = MediaReference::Kind::eMissing;
+		outMedia.mKind = MediaReference::Kind::kMissing;
 		break;
-	case SchemaKind::eGeneratorReference:
+	case SchemaKind::kGeneratorReference:
 		TellUnknownKeys(inReference, {"generator_kind", "parameters"}, kMediaKeys);
-		outMedia.mKind = MediaReference::Kind::eGenerator;
+		outMedia.mKind = MediaReference::Kind::kGenerator;
 		outMedia.mGeneratorKind = ReadLabel(Cursor(inReference, "generator_kind"));
 		break;
-	case SchemaKind::eImageSequenceReference:
-		outMedia.mKind = MediaReference::Kind::eImageSequence;
+	case SchemaKind::kImageSequenceReference:
+		outMedia.mKind = MediaReference::Kind::kImageSequence;
 		break;
 	default:
-		outMedia.mKind = MediaReference::Kind::eUnknown;
+		outMedia.mKind = MediaReference::Kind::kUnknown;
 		outMedia.mSchema = GetSchemaLabel(inReference);
-		inReference.Tell(Note::Kind::eIgnored, "the media reference has the unknown schema " +
+		inReference.Tell(Note::Kind::kIgnored, "the media reference has the unknown schema " +
 												   Quote(outMedia.mSchema) +
 												   "; treating the media as missing");
 		break;
@@ -73,7 +73,7 @@ MediaReference ReadMedia(Cursor const& inReference, std::string inKey, bool inIs
 	ReadKind(inReference, media);
 	media.mName = ReadLabel(Cursor(inReference, "name"));
 	Cursor const range(inReference, "available_range");
-	bool const isNeeded = inIsActive && media.mKind == MediaReference::Kind::eExternal;
+	bool const isNeeded = inIsActive && media.mKind == MediaReference::Kind::kExternal;
 	media.mAvailableRange = isNeeded ? ReadIfThere(range, ReadRange) : ReadIfUsable(range, ReadRange);
 	media.mMetadata = ReadMetadata(inReference);
 	return media;

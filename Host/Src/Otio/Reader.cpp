@@ -27,7 +27,7 @@ namespace
 [[noreturn]] void RefuseAt(
 	std::filesystem::path const& inPath, std::string const& inPlace, std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::eInput, {inPath, inPlace, inWhy, {}});
+	throw HostError(HostError::Kind::kInput, {inPath, inPlace, inWhy, {}});
 }
 
 // "line 3, column 17", both from 1; columns are bytes.
@@ -44,11 +44,11 @@ void ReadTracks(Cursor const& inTimeline, Stack& outTracks)
 	Cursor const tracks(inTimeline, "tracks");
 	if (tracks.IsNothing())
 	{
-		tracks.Tell(Note::Kind::eGuess, "the timeline has no \"tracks\"; treating it as empty");
+		tracks.Tell(Note::Kind::kGuess, "the timeline has no \"tracks\"; treating it as empty");
 		outTracks.mPlace = tracks.GetPlace();
 		return;
 	}
-	if (!tracks.IsObject() || ReadSchema(tracks) != SchemaKind::eStack)
+	if (!tracks.IsObject() || ReadSchema(tracks) != SchemaKind::kStack)
 	{
 		tracks.Refuse("is not a Stack; \"tracks\" of a timeline must be one");
 	}
@@ -62,7 +62,7 @@ void ReadTimeline(Cursor const& inObject, Timeline& outTimeline)
 	outTimeline.mName = ReadLabel(Cursor(inObject, "name"));
 	outTimeline.mGlobalStartTime = ReadIfUsable(Cursor(inObject, "global_start_time"), ReadTime);
 	outTimeline.mMetadata = ReadMetadata(inObject);
-	MixSettings settings = ReadMixSettings(Cursor(inObject, "metadata"), SettingsOwner::eTimeline);
+	MixSettings settings = ReadMixSettings(Cursor(inObject, "metadata"), SettingsOwner::kTimeline);
 	Stack& tracks = outTimeline.mTracks;
 	ReadTracks(inObject, tracks);
 	tracks.mSettings = ShareSettings(MergeSettings(std::move(settings), tracks.GetSettings(), inObject));
@@ -73,11 +73,11 @@ void ReadTimeline(Cursor const& inObject, Timeline& outTimeline)
 void Wrap(Cursor const& inObject, SchemaKind inKind, Document& outDocument)
 {
 	inObject.Tell(
-		Note::Kind::eGuess, inKind == SchemaKind::eStack
+		Note::Kind::kGuess, inKind == SchemaKind::kStack
 								? "the file contains a Stack but no Timeline; treating the Stack as one"
 								: "the file contains a Track but no Timeline; treating the Track as one");
 	Timeline& timeline = outDocument.mTimelines.emplace_back();
-	if (inKind == SchemaKind::eStack)
+	if (inKind == SchemaKind::kStack)
 	{
 		ReadStack(inObject, 0, timeline.mTracks);
 	}
@@ -86,7 +86,7 @@ void Wrap(Cursor const& inObject, SchemaKind inKind, Document& outDocument)
 		ReadTrack(inObject, 1, timeline.mTracks.mChildren.emplace_back().mValue.emplace<Track>());
 	}
 	timeline.mName =
-		inKind == SchemaKind::eStack ? timeline.mTracks.mName : timeline.mTracks.mChildren[0].AsItem()->mName;
+		inKind == SchemaKind::kStack ? timeline.mTracks.mName : timeline.mTracks.mChildren[0].AsItem()->mName;
 	CheckRouting(timeline.mTracks.mChildren, timeline.mTracks.GetSettings().mSubmixes);
 }
 
@@ -97,18 +97,18 @@ void ReadCollection(Cursor const& inObject, Document& outDocument)
 		[&outDocument](Cursor const& inChild)
 		{
 			SchemaKind const kind = ReadSchema(inChild);
-			if (kind == SchemaKind::eTimeline)
+			if (kind == SchemaKind::kTimeline)
 			{
 				ReadTimeline(inChild, outDocument.mTimelines.emplace_back());
 			}
-			else if (kind == SchemaKind::eCollection)
+			else if (kind == SchemaKind::kCollection)
 			{
 				ReadCollection(inChild, outDocument);
 			}
 			else
 			{
 				inChild.Tell(
-					Note::Kind::eIgnored, "is not a Timeline; only the timelines of a collection are read");
+					Note::Kind::kIgnored, "is not a Timeline; only the timelines of a collection are read");
 			}
 		});
 }
@@ -118,17 +118,17 @@ void ReadRoot(Cursor const& inRoot, Document& outDocument)
 	SchemaKind const kind = ReadSchema(inRoot);
 	switch (kind)
 	{
-	case SchemaKind::eTimeline:
+	case SchemaKind::kTimeline:
 		ReadTimeline(inRoot, outDocument.mTimelines.emplace_back());
 		break;
-	case SchemaKind::eCollection:
+	case SchemaKind::kCollection:
 		ReadCollection(inRoot, outDocument);
 		break;
-	case SchemaKind::eStack:
-	case SchemaKind::eTrack:
+	case SchemaKind::kStack:
+	case SchemaKind::kTrack:
 		Wrap(inRoot, kind, outDocument);
 		break;
-	case SchemaKind::eNone:
+	case SchemaKind::kNone:
 		inRoot.Refuse("has no OTIO_SCHEMA, so this is not an OpenTimelineIO file");
 	default:
 		inRoot.Refuse("has the schema " + Quote(GetSchemaLabel(inRoot)) +

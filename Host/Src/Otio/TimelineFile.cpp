@@ -24,7 +24,7 @@ constexpr std::uint64_t kMaxUnpackedBytes = std::uint64_t{1} << 40;
 
 [[noreturn]] void RefuseFile(std::filesystem::path const& inPath, std::string const& inReason)
 {
-	throw HostError(HostError::Kind::eInput, {inPath, {}, inReason, {}});
+	throw HostError(HostError::Kind::kInput, {inPath, {}, inReason, {}});
 }
 
 std::string GetLowerExtension(std::filesystem::path const& inPath)
@@ -109,7 +109,7 @@ private:
 		if (!error && total > space.available)
 		{
 			constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
-			throw HostError(HostError::Kind::eOutput,
+			throw HostError(HostError::Kind::kOutput,
 				{mPath, {},
 					"its media need " + std::to_string(total / kMebibyte) + " MiB when unpacked, but only " +
 						std::to_string(space.available / kMebibyte) + " MiB are free in " +
@@ -145,7 +145,7 @@ private:
 			{ file.write(inBytes, static_cast<std::streamsize>(inCount)); });
 		if (!file.flush())
 		{
-			throw HostError(HostError::Kind::eOutput,
+			throw HostError(HostError::Kind::kOutput,
 				{mPath, {},
 					"the entry " + QuotePath(inEntry.mName) + " cannot be unpacked into " +
 						QuotePath(mFolder.parent_path()),

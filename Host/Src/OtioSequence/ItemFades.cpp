@@ -33,11 +33,11 @@ std::optional<Fade> FindFadeOut(Item const& inItem)
 }
 
 // Whether a fade of the settings has its end for itself.
-bool IsFree(SequenceMaking& ioMaking, Item const& inItem, bool inHasCrossfade, std::int64_t inFade)
+bool IsFree(MakerContext& ioContext, Item const& inItem, bool inHasCrossfade, std::int64_t inFade)
 {
 	if (inHasCrossfade || inFade > 0)
 	{
-		ioMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+		ioContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
 			"a fade and a transition are at the same end of the item; the fade is ignored");
 		return false;
 	}
@@ -51,19 +51,19 @@ bool HasFades(Item const& inItem)
 	return FindFadeIn(inItem) || FindFadeOut(inItem);
 }
 
-void PlaceFades(SequenceMaking& ioMaking, Item const& inItem, Placement const& inPlacement,
-	Grid const& inGrid, ItemEnds inEnds, Sequence::Item& ioItem)
+void PlaceFades(MakerContext& ioContext, Item const& inItem, Placement const& inPlacement, Grid const& inGrid,
+	ItemEnds inEnds, Sequence::Item& ioItem)
 {
 	std::optional<Fade> const in = FindFadeIn(inItem);
 	std::optional<Fade> const out = FindFadeOut(inItem);
-	FadeShape const shape = ioMaking.mOptions.mFadeShape;
-	if (in && IsFree(ioMaking, inItem, inEnds.mHasCrossfadeBefore, inEnds.mFadeIn))
+	FadeShape const shape = ioContext.mOptions.mFadeShape;
+	if (in && IsFree(ioContext, inItem, inEnds.mHasCrossfadeBefore, inEnds.mFadeIn))
 	{
 		Ratio const end = inPlacement.mStart + ToSeconds(in->mDuration);
 		inEnds.mFadeIn = inGrid.ToFrame(end) - inPlacement.mFirstFrame;
 		inEnds.mFadeInShape = in->mShape.value_or(shape);
 	}
-	if (out && IsFree(ioMaking, inItem, inEnds.mHasCrossfadeAfter, inEnds.mFadeOut))
+	if (out && IsFree(ioContext, inItem, inEnds.mHasCrossfadeAfter, inEnds.mFadeOut))
 	{
 		Ratio const start = inPlacement.mEnd - ToSeconds(out->mDuration);
 		inEnds.mFadeOut = inPlacement.mEndFrame - inGrid.ToFrame(start);
@@ -75,7 +75,7 @@ void PlaceFades(SequenceMaking& ioMaking, Item const& inItem, Placement const& i
 	std::int64_t const fadeOut = std::clamp<std::int64_t>(inEnds.mFadeOut, 0, room - fadeIn);
 	if (fadeIn < inEnds.mFadeIn || fadeOut < inEnds.mFadeOut)
 	{
-		ioMaking.Tell(Note::Kind::eGuess, inItem.mPlace,
+		ioContext.Tell(Note::Kind::kGuess, inItem.mPlace,
 			"fades and transitions together are longer than the item; a fade is shortened");
 	}
 	ioItem.mFadeIn = {inGrid.ToTicks(fadeIn), inEnds.mFadeInShape};

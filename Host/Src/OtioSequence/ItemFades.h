@@ -18,14 +18,14 @@ struct ItemEnds
 	// What fades from and to silence take.
 	std::int64_t mFadeIn = 0;
 	std::int64_t mFadeOut = 0;
-	FadeShape mFadeInShape = FadeShape::eLinear;
-	FadeShape mFadeOutShape = FadeShape::eLinear;
+	FadeShape mFadeInShape = FadeShape::kLinear;
+	FadeShape mFadeOutShape = FadeShape::kLinear;
 };
 
 // Gives ioItem its fades, by transitions or by its settings, made short enough for it, and notes those that cannot
 // be.
-void PlaceFades(SequenceMaking& ioMaking, Item const& inItem, Placement const& inPlacement,
-	Grid const& inGrid, ItemEnds inEnds, Sequence::Item& ioItem);
+void PlaceFades(MakerContext& ioContext, Item const& inItem, Placement const& inPlacement, Grid const& inGrid,
+	ItemEnds inEnds, Sequence::Item& ioItem);
 
 // Whether there are any by its settings.
 bool HasFades(Item const& inItem);

@@ -49,38 +49,38 @@ std::optional<Sequence::Item> ItemMaker::Make(
 	std::string whySilent = mScope.mWhySilent.empty() ? FindSilence(item) : mScope.mWhySilent;
 	if (mScope.mWhySilent.empty() && item.mIsEnabled && GetSpeed(item).mIsFrozen)
 	{
-		mMaking.Tell(Note::Kind::eRemark, item.mPlace, "a freeze frame is silent");
+		mContext.Tell(Note::Kind::kRemark, item.mPlace, "a freeze frame is silent");
 	}
-	Passing const passing = FindPassing(inItem, inPlacement);
-	AddMarkers(inItem, inPlacement, passing);
+	ItemTiming const timing = FindTiming(inItem, inPlacement);
+	AddMarkers(inItem, inPlacement, timing);
 	if (whySilent.empty() && GetReach(inPlacement, mScope.mGrid).Intersect(mScope.mNeeded).IsEmpty())
 	{
 		whySilent = "it is trimmed off by its parent track or stack, or has zero length";
 	}
-	if (whySilent.empty() && passing.mSpeed < Ratio())
+	if (whySilent.empty() && timing.mSpeed < Ratio())
 	{
-		TellStretch(inItem, passing);
+		TellStretch(inItem, timing);
 	}
-	return inItem.mClip ? MakeClip(*inItem.mClip, inPlacement, passing, std::move(whySilent), inLevelsOn)
-						: MakeNest(inItem, inPlacement, passing, whySilent, inLevelsOn);
+	return inItem.mClip ? MakeClip(*inItem.mClip, inPlacement, timing, std::move(whySilent), inLevelsOn)
+						: MakeNest(inItem, inPlacement, timing, whySilent, inLevelsOn);
 }
 
-void ItemMaker::TellStretch(ItemView const& inItem, Passing const& inPassing)
+void ItemMaker::TellStretch(ItemView const& inItem, ItemTiming const& inTiming)
 {
 	std::array<char, 32> speed{};
-	std::snprintf(speed.data(), speed.size(), "%.6g", inPassing.mSpeed.ToDouble());
-	Ratio const start = inPassing.mRange.mStart;
-	mMaking.Tell(Note::Kind::eRemark, inItem.mItem->mPlace,
+	std::snprintf(speed.data(), speed.size(), "%.6g", inTiming.mSpeed.ToDouble());
+	Ratio const start = inTiming.mRange.mStart;
+	mContext.Tell(Note::Kind::kRemark, inItem.mItem->mPlace,
 		std::string("speed ") + speed.data() + " plays the " + (inItem.mClip ? "media" : "content") +
-			" in reverse, from " + DescribeTime(start - inPassing.mSpeed * inPassing.mRange.mLength) +
+			" in reverse, from " + DescribeTime(start - inTiming.mSpeed * inTiming.mRange.mLength) +
 			" back to " + DescribeTime(start));
 }
 
 void ItemMaker::AddMarkersOf(ItemView const& inItem)
 {
 	Placement const placement =
-		MakePlacement(Ratio(), mMaking.mMeasures.GetRange(inItem).mLength, mScope.mGrid);
-	AddMarkers(inItem, placement, FindPassing(inItem, placement));
+		MakePlacement(Ratio(), mContext.mRanges.GetRange(inItem).mLength, mScope.mGrid);
+	AddMarkers(inItem, placement, FindTiming(inItem, placement));
 }
 
 Sequence::Item ItemMaker::MakeSilence(ItemView const& inItem, Placement const& inPlacement) const
@@ -95,35 +95,35 @@ Sequence::Item ItemMaker::MakeSilence(ItemView const& inItem, Placement const& i
 	return item;
 }
 
-ItemMaker::Passing ItemMaker::FindPassing(ItemView const& inItem, Placement const& inPlacement) const
+ItemMaker::ItemTiming ItemMaker::FindTiming(ItemView const& inItem, Placement const& inPlacement) const
 {
-	Passing passing;
-	passing.mRange = mMaking.mMeasures.GetRange(inItem);
+	ItemTiming timing;
+	timing.mRange = mContext.mRanges.GetRange(inItem);
 	Speed const speed = GetSpeed(*inItem.mItem);
-	passing.mSpeed = speed.mIsFrozen ? Ratio(1) : speed.mFactor;
+	timing.mSpeed = speed.mIsFrozen ? Ratio(1) : speed.mFactor;
 	// Either way the same stretch is heard, backwards from its end on.
-	Ratio const passed = std::max(-passing.mSpeed, Ratio()) * passing.mRange.mLength;
-	passing.mToContent = TimeMap(inPlacement.mStart, passing.mRange.mStart + passed, passing.mSpeed);
-	passing.mFirst = passing.mToContent.Map(mScope.mGrid.ToTime(inPlacement.mFirstFrame));
-	return passing;
+	Ratio const passed = std::max(-timing.mSpeed, Ratio()) * timing.mRange.mLength;
+	timing.mToContent = TimeMap(inPlacement.mStart, timing.mRange.mStart + passed, timing.mSpeed);
+	timing.mFirst = timing.mToContent.Map(mScope.mGrid.ToTime(inPlacement.mFirstFrame));
+	return timing;
 }
 
 Sequence::Item ItemMaker::MakeItem(
-	ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing) const
+	ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming) const
 {
 	Sequence::Item item;
 	item.mName = GetLabel(inItem);
 	item.mOrigin = inItem.mItem->mPlace;
 	item.mStart = mScope.mGrid.ToTicks(inPlacement.mFirstFrame);
 	item.mEnd = mScope.mGrid.ToTicks(inPlacement.mEndFrame);
-	item.mSpeed = inPassing.mSpeed.ToDouble();
+	item.mSpeed = inTiming.mSpeed.ToDouble();
 	return item;
 }
 
-void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing)
+void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming)
 {
 	TimeSpan const visible = TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible);
-	TimeMap const toSequence = inPassing.mToContent.Invert();
+	TimeMap const toSequence = inTiming.mToContent.Invert();
 	for (Marker const& marker : inItem.mItem->mMarkers)
 	{
 		Ratio const start = ToSeconds(marker.mMarkedRange.mStartTime);
@@ -138,7 +138,7 @@ void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement,
 		TimeSpan const marked = whole.Intersect(visible);
 		Ratio const first = mScope.mToProgramme.Map(marked.mStart);
 		Ratio const last = mScope.mToProgramme.Map(marked.mEnd);
-		mMaking.mResult.mMarkers.push_back(
+		mContext.mResult.mMarkers.push_back(
 			{marker.mName, marker.mComment, AppendLabel(mScope.mTrack, GetLabel(inItem)), marker.mPlace,
 				std::min(first, last), std::max(first, last)});
 	}
@@ -147,16 +147,16 @@ void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement,
 void ItemMaker::AddLevels(Item const& inItem, SN::AudioChannelLayout const& inFrom, Ratio const& inLength,
 	Sequence::Chain& outChain)
 {
-	CurveSite const site{inLength, SN::kTimeZero};
-	outChain.mStages = MakeFaders(inItem, site);
+	CurveTiming const curveTiming{inLength, SN::kTimeZero};
+	outChain.mStages = MakeFaders(inItem, curveTiming);
 	Curve const* const pan = FindPan(inItem);
 	if (pan && Layouts::CanPan(inFrom, mLayout))
 	{
-		outChain.mPan = MakePan(*pan, site);
+		outChain.mPan = MakePan(*pan, curveTiming);
 	}
 	else if (pan)
 	{
-		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+		mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
 			"cannot pan " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) + "; the pan is ignored");
 	}
 }
@@ -166,7 +166,7 @@ void ItemMaker::CheckWidth(Item const& inItem, SN::AudioChannelLayout const& inF
 	bool const losesChannels = inFrom.size() > mLayout.size() && !(HasPlaces(inFrom) && HasPlaces(mLayout));
 	if (losesChannels)
 	{
-		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+		mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
 			"only the first channels of " + GetLayoutName(inFrom) + " are heard in " +
 				GetLayoutName(mLayout) +
 				"; use a wider layout, or select channels with \"channels\" in the metadata.sonaro of clips");
@@ -174,64 +174,64 @@ void ItemMaker::CheckWidth(Item const& inItem, SN::AudioChannelLayout const& inF
 }
 
 std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement const& inPlacement,
-	Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn)
+	ItemTiming const& inTiming, std::string inWhySilent, LevelsOn inLevelsOn)
 {
-	ClipMedia const* const media = inWhySilent.empty() ? &mMaking.mMedia.Get(inClip) : nullptr;
-	ClipRow::Status status = inWhySilent.empty() ? ClipRow::Status::eHeard : ClipRow::Status::eSilent;
+	ClipMedia const* const media = inWhySilent.empty() ? &mContext.mMedia.Get(inClip) : nullptr;
+	ClipRow::Status status = inWhySilent.empty() ? ClipRow::Status::kHeard : ClipRow::Status::kSilent;
 	if (media && !media->mMedia)
 	{
-		status = media->mIsMissing ? ClipRow::Status::eMissing : ClipRow::Status::eSilent;
+		status = media->mIsMissing ? ClipRow::Status::kMissing : ClipRow::Status::kSilent;
 		inWhySilent = media->mWhySilent;
 	}
 	else if (media)
 	{
-		inWhySilent = CheckClip(inClip, inPlacement, inPassing, *media, status);
+		inWhySilent = CheckClip(inClip, inPlacement, inTiming, *media, status);
 	}
-	AddClipRow(inClip, inPlacement, inPassing, media, {status, inWhySilent});
-	if (status == ClipRow::Status::eMissing || status == ClipRow::Status::eOutside)
+	AddClipRow(inClip, inPlacement, inTiming, media, {status, inWhySilent});
+	if (status == ClipRow::Status::kMissing || status == ClipRow::Status::kOutside)
 	{
-		mMaking.mResult.mMissing.push_back(
+		mContext.mResult.mMissing.push_back(
 			{inClip.mName, mScope.mTrack, inClip.mPlace, media->mPath, inWhySilent});
 	}
 	if (!inWhySilent.empty())
 	{
 		return std::nullopt;
 	}
-	Sequence::Item item = MakeItem(inClip, inPlacement, inPassing);
+	Sequence::Item item = MakeItem(inClip, inPlacement, inTiming);
 	Sequence::Clip content{media->mMedia, 0, media->mChannels};
 	Ratio const first =
-		(inPassing.mFirst - GetMediaStart(inClip)) * Ratio::FromDouble(media->mMedia->mSampleRate);
-	content.mFirstFrame = first.Round() - (inPassing.mSpeed < Ratio() ? 1 : 0);
-	SN::AudioChannelLayout const& layout = mMaking.mLayouts.GetLayout(inClip);
+		(inTiming.mFirst - GetMediaStart(inClip)) * Ratio::FromDouble(media->mMedia->mSampleRate);
+	content.mFirstFrame = first.Round() - (inTiming.mSpeed < Ratio() ? 1 : 0);
+	SN::AudioChannelLayout const& layout = mContext.mLayouts.GetLayout(inClip);
 	CheckWidth(inClip, layout);
 	item.mContent = std::move(content);
-	if (inLevelsOn == LevelsOn::eItem)
+	if (inLevelsOn == LevelsOn::kItem)
 	{
-		AddLevels(inClip, layout, inPassing.mRange.mLength, item.mChain);
+		AddLevels(inClip, layout, inTiming.mRange.mLength, item.mChain);
 	}
 	return item;
 }
 
-std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
 	ClipMedia const& inMedia, ClipRow::Status& outStatus)
 {
 	Ratio const rate = Ratio::FromDouble(inMedia.mMedia->mSampleRate);
 	Ratio const start = GetMediaStart(inClip);
 	Content const content{{start, start + Ratio(inMedia.mMedia->mFrames) / rate}, rate, "media", true};
 	std::string whySilent;
-	if (IsOutside(inPlacement, inPassing, content.mSpan))
+	if (IsOutside(inPlacement, inTiming, content.mSpan))
 	{
-		outStatus = ClipRow::Status::eOutside;
-		TimeSpan const wanted = inPassing.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
+		outStatus = ClipRow::Status::kOutside;
+		TimeSpan const wanted = inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
 		whySilent = "covers " + DescribeSpan(content.mSpan) + ", but the clip uses " + DescribeSpan(wanted);
-		mMaking.Tell(Note::Kind::eIgnored, inClip.mPlace,
+		mContext.Tell(Note::Kind::kIgnored, inClip.mPlace,
 			QuotePath(inMedia.mPath) + " " + whySilent +
 				"; the clip is silent; correct its source_range or the available_range of the media");
 		return whySilent;
 	}
-	CheckReach(inClip, inPlacement, inPassing, content);
-	whySilent = CheckSpeed(inClip, inPassing, rate / Ratio(mScope.mGrid.GetSampleRate()));
-	outStatus = whySilent.empty() ? ClipRow::Status::eHeard : ClipRow::Status::eSilent;
+	CheckReach(inClip, inPlacement, inTiming, content);
+	whySilent = CheckSpeed(inClip, inTiming, rate / Ratio(mScope.mGrid.GetSampleRate()));
+	outStatus = whySilent.empty() ? ClipRow::Status::kHeard : ClipRow::Status::kSilent;
 	return whySilent;
 }
 
@@ -242,7 +242,7 @@ Ratio ItemMaker::GetMediaStart(Clip const& inClip) const
 	return tellsRange ? ToSeconds(reference->mAvailableRange->mStartTime) : Ratio();
 }
 
-void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
 	ClipMedia const* inMedia, ClipState const& inState)
 {
 	ClipRow row;
@@ -256,12 +256,12 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Pas
 		mScope.mToProgramme.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible));
 	row.mFirstFrame = ToSamples(visible.mStart, rate);
 	row.mEndFrame = ToSamples(visible.mEnd, rate);
-	row.mSpeed = (inPassing.mSpeed / mScope.mToProgramme.GetFactor()).ToDouble();
+	row.mSpeed = (inTiming.mSpeed / mScope.mToProgramme.GetFactor()).ToDouble();
 	row.mMedia = inMedia ? inMedia->mPath : std::filesystem::path();
 	if (inMedia && inMedia->mMedia)
 	{
 		double const mediaRate = inMedia->mMedia->mSampleRate;
-		TimeMap const toContent = inPassing.mToContent.After(mScope.mToProgramme.Invert());
+		TimeMap const toContent = inTiming.mToContent.After(mScope.mToProgramme.Invert());
 		TimeSpan const used =
 			toContent.Map(TimeSpan{Ratio(row.mFirstFrame, rate), Ratio(row.mEndFrame, rate)});
 		Ratio const start = GetMediaStart(inClip);
@@ -269,21 +269,21 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Pas
 		row.mFirstMediaSample = ((used.mStart - start) * Ratio::FromDouble(mediaRate)).Round();
 		row.mEndMediaSample = ((used.mEnd - start) * Ratio::FromDouble(mediaRate)).Round();
 	}
-	mMaking.mResult.mClips.push_back(std::move(row));
+	mContext.mResult.mClips.push_back(std::move(row));
 }
 
 bool ItemMaker::IsOutside(
-	Placement const& inPlacement, Passing const& inPassing, TimeSpan const& inContent) const
+	Placement const& inPlacement, ItemTiming const& inTiming, TimeSpan const& inContent) const
 {
-	return inPassing.mToContent.Map(GetReach(inPlacement, mScope.mGrid)).Intersect(inContent).IsEmpty();
+	return inTiming.mToContent.Map(GetReach(inPlacement, mScope.mGrid)).Intersect(inContent).IsEmpty();
 }
 
 void ItemMaker::CheckReach(
-	Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent)
+	Item const& inItem, Placement const& inPlacement, ItemTiming const& inTiming, Content const& inContent)
 {
 	auto const findShortage = [&](TimeSpan const& inTimes)
 	{
-		TimeSpan const used = inPassing.mToContent.Map(inTimes);
+		TimeSpan const used = inTiming.mToContent.Map(inTimes);
 		Ratio const before = inContent.mSpan.mStart - used.mStart;
 		Ratio const behind = used.mEnd - inContent.mSpan.mEnd;
 		return (std::max(before, behind) * inContent.mRate).Round();
@@ -294,63 +294,63 @@ void ItemMaker::CheckReach(
 	{
 		bool const isUsual =
 			!inContent.mIsMedia || Ratio(lacking) * Ratio(kUsualGapsPerSecond) <= inContent.mRate;
-		mMaking.Tell(isUsual ? Note::Kind::eRemark : Note::Kind::eIgnored, inItem.mPlace,
+		mContext.Tell(isUsual ? Note::Kind::kRemark : Note::Kind::kIgnored, inItem.mPlace,
 			std::string(inContent.mIsMedia ? "the clip" : "the range") + " extends " + CountSamples(lacking) +
 				" beyond its " + inContent.mName + " and is silent there");
 	}
 	// More than the rounding of an end.
 	if (lackingHandle > std::max<std::int64_t>(lacking, 0) + 1)
 	{
-		mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+		mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
 			"a transition needs " + CountSamples(lackingHandle) + " of handle more than the " +
 				inContent.mName + " has; the missing part is silent");
 	}
 }
 
-std::string ItemMaker::CheckSpeed(Item const& inItem, Passing const& inPassing, Ratio const& inRates)
+std::string ItemMaker::CheckSpeed(Item const& inItem, ItemTiming const& inTiming, Ratio const& inRates)
 {
 	// What the resampler has room for in the largest blocks of a render.
 	Ratio const largest(60);
-	Ratio const speed = inPassing.mSpeed * inRates;
+	Ratio const speed = inTiming.mSpeed * inRates;
 	if (std::max(speed, -speed) <= largest)
 	{
 		return {};
 	}
-	mMaking.Tell(Note::Kind::eIgnored, inItem.mPlace,
+	mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
 		"the speed takes more than 60 samples for each output sample; the item is silent; reduce the speed");
 	return "its speed is too high";
 }
 
 std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placement const& inPlacement,
-	Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn)
+	ItemTiming const& inTiming, std::string inWhySilent, LevelsOn inLevelsOn)
 {
 	Item const& item = *inItem.mItem;
 	if (inItem.mTrack && !inItem.mTrack->IsAudio())
 	{
-		mMaking.Tell(Note::Kind::eRemark, item.mPlace, "a nested track that is not of kind Audio is silent");
+		mContext.Tell(Note::Kind::kRemark, item.mPlace, "a nested track that is not of kind Audio is silent");
 		return std::nullopt;
 	}
-	inWhySilent = inWhySilent.empty() ? CheckNest(inItem, inPlacement, inPassing) : std::move(inWhySilent);
+	inWhySilent = inWhySilent.empty() ? CheckNest(inItem, inPlacement, inTiming) : std::move(inWhySilent);
 	std::int64_t first = 0;
-	Scope scope = MakeInnerScope(inItem, inPlacement, inPassing, inWhySilent, first);
+	Scope scope = MakeInnerScope(inItem, inPlacement, inTiming, inWhySilent, first);
 	SN::AudioChannelLayout const layout = inWhySilent.empty() ? ChooseNestLayout(inItem) : mLayout;
 	// Otherwise it has a row already, or is the sum.
-	if (inLevelsOn == LevelsOn::eItem && &item != mMaking.mTimelineStack)
+	if (inLevelsOn == LevelsOn::kItem && &item != mContext.mTimelineStack)
 	{
 		AddNestRow(item, scope, layout);
 		scope.mDepth += inItem.mStack ? 1 : 0;
 	}
-	auto const description = mMaking.mMakeNested(inItem, scope, layout);
+	auto const description = mContext.mMakeNested(inItem, scope, layout);
 	if (!inWhySilent.empty() || description->mTracks.empty())
 	{
 		return std::nullopt;
 	}
 	CheckWidth(item, layout);
-	Sequence::Item result = MakeItem(inItem, inPlacement, inPassing);
+	Sequence::Item result = MakeItem(inItem, inPlacement, inTiming);
 	result.mContent = Sequence::Nest{description, scope.mGrid.ToTicks(first)};
-	if (inLevelsOn == LevelsOn::eItem)
+	if (inLevelsOn == LevelsOn::kItem)
 	{
-		AddLevels(item, layout, inPassing.mRange.mLength, result.mChain);
+		AddLevels(item, layout, inTiming.mRange.mLength, result.mChain);
 	}
 	return result;
 }
@@ -366,49 +366,49 @@ void ItemMaker::AddNestRow(Item const& inItem, Scope const& inInner, SN::AudioCh
 	row.mDepth = inInner.mDepth;
 	row.mLayout = inLayout;
 	row.mIsMeasured = row.mIsHeard;
-	mMaking.mResult.mTracks.push_back(row);
+	mContext.mResult.mTracks.push_back(row);
 }
 
 std::string ItemMaker::CheckNest(
-	ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing)
+	ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming)
 {
-	TimeSpan const content{Ratio(), mMaking.mMeasures.GetContentLength(inItem)};
-	if (!content.IsEmpty() && IsOutside(inPlacement, inPassing, content))
+	TimeSpan const content{Ratio(), mContext.mRanges.GetContentLength(inItem)};
+	if (!content.IsEmpty() && IsOutside(inPlacement, inTiming, content))
 	{
-		mMaking.Tell(Note::Kind::eIgnored, inItem.mItem->mPlace,
+		mContext.Tell(Note::Kind::kIgnored, inItem.mItem->mPlace,
 			"the range lies outside its content; the item is silent; correct its source_range");
 		return "its range lies outside its content";
 	}
 	if (!content.IsEmpty())
 	{
-		CheckReach(*inItem.mItem, inPlacement, inPassing,
+		CheckReach(*inItem.mItem, inPlacement, inTiming,
 			{content, Ratio(mScope.mGrid.GetSampleRate()), "content", false});
 	}
-	return CheckSpeed(*inItem.mItem, inPassing, Ratio(1));
+	return CheckSpeed(*inItem.mItem, inTiming, Ratio(1));
 }
 
 Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlacement,
-	Passing const& inPassing, std::string const& inWhySilent, std::int64_t& outFirstFrame) const
+	ItemTiming const& inTiming, std::string const& inWhySilent, std::int64_t& outFirstFrame) const
 {
 	int const rate = mScope.mGrid.GetSampleRate();
-	Scope scope{Grid::MakeThrough(inPassing.mFirst, rate, outFirstFrame),
-		mScope.mToProgramme.After(inPassing.mToContent.Invert()), {}, {}, mScope.mTrack, mScope.mDepth,
+	Scope scope{Grid::MakeThrough(inTiming.mFirst, rate, outFirstFrame),
+		mScope.mToProgramme.After(inTiming.mToContent.Invert()), {}, {}, mScope.mTrack, mScope.mDepth,
 		inWhySilent};
-	if (inPassing.mSpeed < Ratio())
+	if (inTiming.mSpeed < Ratio())
 	{
 		// The frame before the boundary is heard first, and there is none before 0.
 		if (outFirstFrame == 0)
 		{
-			scope.mGrid = Grid(rate, inPassing.mFirst - Ratio(1, rate));
+			scope.mGrid = Grid(rate, inTiming.mFirst - Ratio(1, rate));
 			outFirstFrame = 1;
 		}
 		--outFirstFrame;
 	}
 	TimeSpan const own{inPlacement.mStart, inPlacement.mEnd};
 	TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
-	scope.mVisible = inPassing.mToContent.Map(own.Intersect(mScope.mVisible));
-	scope.mNeeded = inPassing.mToContent.Map(reach.Intersect(mScope.mNeeded));
-	if (inItem.mItem != mMaking.mTimelineStack)
+	scope.mVisible = inTiming.mToContent.Map(own.Intersect(mScope.mVisible));
+	scope.mNeeded = inTiming.mToContent.Map(reach.Intersect(mScope.mNeeded));
+	if (inItem.mItem != mContext.mTimelineStack)
 	{
 		scope.mTrack = AppendLabel(mScope.mTrack, GetLabel(inItem));
 		++scope.mDepth;
@@ -418,7 +418,7 @@ Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlace
 
 SN::AudioChannelLayout ItemMaker::ChooseNestLayout(ItemView const& inItem) const
 {
-	SN::AudioChannelLayout const& width = mMaking.mLayouts.GetInnerWidth(inItem);
+	SN::AudioChannelLayout const& width = mContext.mLayouts.GetInnerWidth(inItem);
 	bool const isTold = inItem.mStack && inItem.mItem->GetSettings().mLayout;
 	return isTold ? width : Layouts::Limit(width, mLayout);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "MakerContext.h"
 #include "Scope.h"
-#include "SequenceMaking.h"
 
 #include <cstdint>
 #include <optional>
@@ -34,13 +34,13 @@ public:
 	// What its levels are applied to: the item, or the track that it alone stands on.
 	enum class LevelsOn
 	{
-		eItem,
-		eTrack,
+		kItem,
+		kTrack,
 	};
 
 	// Both outlive this object. inLayout: the layout of the track that it stands on.
-	ItemMaker(SequenceMaking& ioMaking, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
-		: mMaking(ioMaking),
+	ItemMaker(MakerContext& ioContext, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
+		: mContext(ioContext),
 		  mScope(inScope),
 		  mLayout(inLayout)
 	{
@@ -59,7 +59,7 @@ public:
 
 private:
 	// How the item's own time passes in that of the sequence.
-	struct Passing
+	struct ItemTiming
 	{
 		ExactRange mRange;
 		Ratio mSpeed = Ratio(1);
@@ -86,43 +86,43 @@ private:
 	};
 
 	// Which part of its content is heard backwards.
-	void TellStretch(ItemView const& inItem, Passing const& inPassing);
-	Passing FindPassing(ItemView const& inItem, Placement const& inPlacement) const;
+	void TellStretch(ItemView const& inItem, ItemTiming const& inTiming);
+	ItemTiming FindTiming(ItemView const& inItem, Placement const& inPlacement) const;
 	Sequence::Item MakeItem(
-		ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing) const;
-	void AddMarkers(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing);
+		ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming) const;
+	void AddMarkers(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming);
 	void AddLevels(Item const& inItem, SN::AudioChannelLayout const& inFrom, Ratio const& inLength,
 		Sequence::Chain& outChain);
 	void CheckWidth(Item const& inItem, SN::AudioChannelLayout const& inFrom);
 	SN::AudioChannelLayout ChooseNestLayout(ItemView const& inItem) const;
 
 	std::optional<Sequence::Item> MakeClip(Clip const& inClip, Placement const& inPlacement,
-		Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn);
+		ItemTiming const& inTiming, std::string inWhySilent, LevelsOn inLevelsOn);
 	// The part that is visible.
-	void AddClipRow(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+	void AddClipRow(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
 		ClipMedia const* inMedia, ClipState const& inState);
 	// Why it cannot be heard; empty when it can. They take notes.
-	std::string CheckClip(Clip const& inClip, Placement const& inPlacement, Passing const& inPassing,
+	std::string CheckClip(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
 		ClipMedia const& inMedia, ClipRow::Status& outStatus);
 	// Adds the row of a nest on a track.
 	void AddNestRow(Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout);
-	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing);
+	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming);
 	// Whether it hears nothing of its content, transitions and all.
-	bool IsOutside(Placement const& inPlacement, Passing const& inPassing, TimeSpan const& inContent) const;
+	bool IsOutside(Placement const& inPlacement, ItemTiming const& inTiming, TimeSpan const& inContent) const;
 	// Takes notes of the parts that its content lacks.
-	void CheckReach(
-		Item const& inItem, Placement const& inPlacement, Passing const& inPassing, Content const& inContent);
+	void CheckReach(Item const& inItem, Placement const& inPlacement, ItemTiming const& inTiming,
+		Content const& inContent);
 	// inRates: the factor by which the speed is multiplied where rates differ.
-	std::string CheckSpeed(Item const& inItem, Passing const& inPassing, Ratio const& inRates);
+	std::string CheckSpeed(Item const& inItem, ItemTiming const& inTiming, Ratio const& inRates);
 	Ratio GetMediaStart(Clip const& inClip) const;
 
 	std::optional<Sequence::Item> MakeNest(ItemView const& inItem, Placement const& inPlacement,
-		Passing const& inPassing, std::string inWhySilent, LevelsOn inLevelsOn);
+		ItemTiming const& inTiming, std::string inWhySilent, LevelsOn inLevelsOn);
 	// outFirstFrame: the frame of the inner grid that is heard first.
-	Scope MakeInnerScope(ItemView const& inItem, Placement const& inPlacement, Passing const& inPassing,
+	Scope MakeInnerScope(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming,
 		std::string const& inWhySilent, std::int64_t& outFirstFrame) const;
 
-	SequenceMaking& mMaking;
+	MakerContext& mContext;
 	Scope const& mScope;
 	SN::AudioChannelLayout const& mLayout;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OtioSequence/Survey/Measures.h"
+#include "OtioSequence/Survey/Ranges.h"
 
 #include "Sonaro/Types.h"
 #include "SonaroHost/Otio/RationalTime.h"

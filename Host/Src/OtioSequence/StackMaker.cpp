@@ -28,7 +28,7 @@ std::shared_ptr<Sequence::Description> StackMaker::Make()
 
 void StackMaker::AddSubmixes()
 {
-	CurveSite const site{Ratio(), GetStart()};
+	CurveTiming const curveTiming{Ratio(), GetStart()};
 	for (Submix const& submix : mStack.GetSettings().mSubmixes)
 	{
 		Sequence::Submix& made = mSequence->mSubmixes.emplace_back();
@@ -36,11 +36,13 @@ void StackMaker::AddSubmixes()
 		made.mOrigin = mStack.mPlace;
 		made.mLayout = mLayout;
 		made.mOutput = FindOutput(submix.mOutput);
-		if (auto const gain = submix.mGain ? MakeGain(*submix.mGain, site) : Sequence::NumberParameter())
+		if (auto const gain =
+				submix.mGain ? MakeGain(*submix.mGain, curveTiming) : Sequence::NumberParameter())
 		{
 			made.mChain.mStages.push_back(Sequence::Fader{gain, {}});
 		}
-		made.mChain.mPan = MakePanFrom(mLayout, submix.mPan ? &*submix.mPan : nullptr, site, mStack.mPlace);
+		made.mChain.mPan =
+			MakePanFrom(mLayout, submix.mPan ? &*submix.mPan : nullptr, curveTiming, mStack.mPlace);
 		if (submix.mMute)
 		{
 			constexpr int kMuted = 1;
@@ -58,15 +60,15 @@ void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
 		return;
 	}
 	TrackRow const row = MakeRow(child, inIndex, inWhySilent);
-	auto& rows = mMaking.mResult.mTracks;
+	auto& rows = mContext.mResult.mTracks;
 	std::size_t const rowIndex = rows.size();
 	rows.push_back(row);
 	if (child.mTrack && !child.mTrack->IsAudio())
 	{
-		ItemMaker(mMaking, mScope, mLayout).AddMarkersOf(child);
+		ItemMaker(mContext, mScope, mLayout).AddMarkersOf(child);
 		if (mScope.mWhySilent.empty())
 		{
-			mMaking.Tell(Note::Kind::eRemark, row.mPlace, "the track is not heard: " + inWhySilent);
+			mContext.Tell(Note::Kind::kRemark, row.mPlace, "the track is not heard: " + inWhySilent);
 		}
 		return;
 	}
@@ -96,7 +98,7 @@ TrackRow StackMaker::MakeRow(
 	row.mIndex = inIndex;
 	row.mDepth = mScope.mDepth;
 	row.mLayout =
-		inWhySilent.empty() ? Layouts::Limit(mMaking.mLayouts.GetInnerWidth(inChild), mLayout) : mLayout;
+		inWhySilent.empty() ? Layouts::Limit(mContext.mLayouts.GetInnerWidth(inChild), mLayout) : mLayout;
 	return row;
 }
 
@@ -107,17 +109,17 @@ void StackMaker::AddItems(ItemView const& inChild, std::string const& inWhySilen
 	if (IsPlain(inChild))
 	{
 		scope.mTrack = AppendLabel(mScope.mTrack, GetLabel(inChild));
-		ItemMaker(mMaking, mScope, ioTrack.mLayout).AddMarkersOf(inChild);
-		TrackMaker(mMaking, *inChild.mTrack, scope).Make(ioTrack);
+		ItemMaker(mContext, mScope, ioTrack.mLayout).AddMarkersOf(inChild);
+		TrackMaker(mContext, *inChild.mTrack, scope).Make(ioTrack);
 		return;
 	}
 	Placement const placement =
-		MakePlacement(Ratio(), mMaking.mMeasures.GetRange(inChild).mLength, scope.mGrid);
+		MakePlacement(Ratio(), mContext.mRanges.GetRange(inChild).mLength, scope.mGrid);
 	auto item =
-		ItemMaker(mMaking, scope, ioTrack.mLayout).Make(inChild, placement, ItemMaker::LevelsOn::eTrack);
+		ItemMaker(mContext, scope, ioTrack.mLayout).Make(inChild, placement, ItemMaker::LevelsOn::kTrack);
 	if (item)
 	{
-		PlaceFades(mMaking, *inChild.mItem, placement, scope.mGrid, {}, *item);
+		PlaceFades(mContext, *inChild.mItem, placement, scope.mGrid, {}, *item);
 		ioTrack.mItems.push_back(std::move(*item));
 	}
 }
@@ -128,15 +130,15 @@ bool StackMaker::IsPlain(ItemView const& inChild) const
 	{
 		return false;
 	}
-	ExactRange const range = mMaking.mMeasures.GetRange(inChild);
-	return range.mStart == Ratio() && range.mLength >= mMaking.mMeasures.GetContentLength(inChild);
+	ExactRange const range = mContext.mRanges.GetRange(inChild);
+	return range.mStart == Ratio() && range.mLength >= mContext.mRanges.GetContentLength(inChild);
 }
 
 Sequence::Chain StackMaker::MakeChain(ItemView const& inChild, TrackRow const& inRow)
 {
 	Item const& item = *inChild.mItem;
 	MixSettings const& settings = item.GetSettings();
-	CurveSite const site{mMaking.mMeasures.GetRange(inChild).mLength, GetStart()};
+	CurveTiming const curveTiming{mContext.mRanges.GetRange(inChild).mLength, GetStart()};
 	Sequence::Chain chain;
 	auto const addSends = [&](bool inIsPreFader)
 	{
@@ -145,33 +147,33 @@ Sequence::Chain StackMaker::MakeChain(ItemView const& inChild, TrackRow const& i
 			if (send.mIsPreFader == inIsPreFader)
 			{
 				chain.mStages.push_back(
-					Sequence::Send{FindSubmix(send.mTo), {MakeGain(send.mGain, site), {}}, {}});
+					Sequence::Send{FindSubmix(send.mTo), {MakeGain(send.mGain, curveTiming), {}}, {}});
 			}
 		}
 	};
 	addSends(true);
-	auto faders = MakeFaders(item, site);
+	auto faders = MakeFaders(item, curveTiming);
 	std::move(faders.begin(), faders.end(), std::back_inserter(chain.mStages));
 	addSends(false);
-	chain.mPan = MakePanFrom(inRow.mLayout, FindPan(item), site, item.mPlace);
+	chain.mPan = MakePanFrom(inRow.mLayout, FindPan(item), curveTiming, item.mPlace);
 	return chain;
 }
 
 Sequence::NumberParameter StackMaker::MakePanFrom(SN::AudioChannelLayout const& inFrom, Curve const* inPan,
-	CurveSite const& inSite, std::string const& inPlace)
+	CurveTiming const& inTiming, std::string const& inPlace)
 {
 	if (inPan && !Layouts::CanPan(inFrom, mLayout))
 	{
-		mMaking.Tell(Note::Kind::eIgnored, inPlace,
+		mContext.Tell(Note::Kind::kIgnored, inPlace,
 			"cannot pan " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) + "; the pan is ignored");
 		return {};
 	}
-	return inPan ? MakePan(*inPan, inSite) : Sequence::NumberParameter();
+	return inPan ? MakePan(*inPan, inTiming) : Sequence::NumberParameter();
 }
 
 Sequence::Output StackMaker::FindOutput(std::optional<std::string> const& inName) const
 {
-	return inName ? Sequence::Output{Sequence::Output::Kind::eSubmix, FindSubmix(*inName)}
+	return inName ? Sequence::Output{Sequence::Output::Kind::kSubmix, FindSubmix(*inName)}
 				  : Sequence::Output{};
 }
 
@@ -188,14 +190,14 @@ SN::TickTime StackMaker::GetStart() const
 	return mScope.mGrid.ToTicks(mScope.mGrid.ToFrame(Ratio()));
 }
 
-std::shared_ptr<Sequence::Description const> MakeNestedSequence(SequenceMaking& ioMaking,
+std::shared_ptr<Sequence::Description const> MakeNestedSequence(MakerContext& ioContext,
 	ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
 {
 	if (inItem.mTrack)
 	{
-		return MakeTrackSequence(ioMaking, *inItem.mTrack, inScope, inLayout);
+		return MakeTrackSequence(ioContext, *inItem.mTrack, inScope, inLayout);
 	}
-	return StackMaker(ioMaking, *inItem.mStack, inScope, inLayout).Make();
+	return StackMaker(ioContext, *inItem.mStack, inScope, inLayout).Make();
 }
 
 } // namespace SonaroHost::Otio

@@ -16,9 +16,9 @@ class StackMaker
 {
 public:
 	// All outlive this object.
-	StackMaker(SequenceMaking& ioMaking, Stack const& inStack, Scope const& inScope,
+	StackMaker(MakerContext& ioContext, Stack const& inStack, Scope const& inScope,
 		SN::AudioChannelLayout const& inLayout)
-		: mMaking(ioMaking),
+		: mContext(ioContext),
 		  mStack(inStack),
 		  mScope(inScope),
 		  mLayout(inLayout)
@@ -37,13 +37,13 @@ private:
 	bool IsPlain(ItemView const& inChild) const;
 	Sequence::Chain MakeChain(ItemView const& inChild, TrackRow const& inRow);
 	Sequence::NumberParameter MakePanFrom(SN::AudioChannelLayout const& inFrom, Curve const* inPan,
-		CurveSite const& inSite, std::string const& inPlace);
+		CurveTiming const& inTiming, std::string const& inPlace);
 	Sequence::Output FindOutput(std::optional<std::string> const& inName) const;
 	std::size_t FindSubmix(std::string const& inName) const;
 	// Where time 0 of the stack as it is cut lies.
 	SN::TickTime GetStart() const;
 
-	SequenceMaking& mMaking;
+	MakerContext& mContext;
 	Stack const& mStack;
 	Scope const& mScope;
 	SN::AudioChannelLayout const& mLayout;
@@ -51,7 +51,7 @@ private:
 };
 
 // A sequence of what is in a stack or a track, without its own levels.
-std::shared_ptr<Sequence::Description const> MakeNestedSequence(SequenceMaking& ioMaking,
+std::shared_ptr<Sequence::Description const> MakeNestedSequence(MakerContext& ioContext,
 	ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout);
 
 } // namespace SonaroHost::Otio

@@ -33,7 +33,7 @@ TimelineInput::TimelineInput(
 	std::size_t const timelines = mFile.GetDocument().mTimelines.size();
 	if (timelines > 1)
 	{
-		mNotes.push_back({Note::Kind::eGuess, GetTimeline().mPlace,
+		mNotes.push_back({Note::Kind::kGuess, GetTimeline().mPlace,
 			"the file contains " + std::to_string(timelines) + " timelines; only the first one, " +
 				QuoteName(GetTimeline().mName) + ", is used"});
 	}

@@ -95,11 +95,11 @@ public:
 		  mStack(inTimeline.mTracks),
 		  mOptions(inOptions),
 		  mMedia(inFinder, ioMedia, mResult.mNotes),
-		  mMeasures(mMedia, mResult.mNotes),
+		  mRanges(mMedia, mResult.mNotes),
 		  mLayouts(mMedia),
-		  mMaking{inOptions, &mStack, mMedia, mMeasures, mLayouts, mResult,
+		  mContext{inOptions, &mStack, mMedia, mRanges, mLayouts, mResult,
 			  [this](ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
-			  { return MakeNestedSequence(mMaking, inItem, inScope, inLayout); }}
+			  { return MakeNestedSequence(mContext, inItem, inScope, inLayout); }}
 	{
 	}
 
@@ -111,7 +111,7 @@ public:
 		mWhySilent = FindSilence(mStack);
 		mLayout = ChooseLayout();
 		mResult.mLayout = mLayout;
-		mRange = mMeasures.GetRange(mStack);
+		mRange = mRanges.GetRange(mStack);
 		mNeedsNesting = HasFades(mStack) || FindPan(mStack) || GetSpeed(mStack).mFactor != Ratio(1);
 		mResult.mDescription = mNeedsNesting ? MakeNested() : MakeDirectly();
 		mResult.mWhySilent = FindWhySilent(mStack, mResult);
@@ -126,7 +126,7 @@ private:
 	{
 		if (mOptions.mSampleRate && (*mOptions.mSampleRate < 1 || *mOptions.mSampleRate > 768000))
 		{
-			throw HostError(HostError::Kind::eRequest, "a sample rate of " +
+			throw HostError(HostError::Kind::kRequest, "a sample rate of " +
 														   std::to_string(*mOptions.mSampleRate) +
 														   " Hz is out of range; use 1 to 768000");
 		}
@@ -167,7 +167,7 @@ private:
 			{mRange.mStart, mRange.GetEnd()}, {}, 0, mWhySilent};
 		mResult.mFrames = scope.mGrid.ToFrame(mRange.GetEnd()) - mResult.mFirstFrame;
 		AddStackMarkers();
-		auto description = StackMaker(mMaking, mStack, scope, mLayout).Make();
+		auto description = StackMaker(mContext, mStack, scope, mLayout).Make();
 		description->mMaster.mStages =
 			MakeFaders(mStack, {mRange.mLength, scope.mGrid.ToTicks(mResult.mFirstFrame)});
 		return description;
@@ -186,10 +186,10 @@ private:
 		track.mOrigin = mStack.mPlace;
 		track.mLayout = mLayout;
 		auto item =
-			ItemMaker(mMaking, scope, track.mLayout).Make(mStack, placement, ItemMaker::LevelsOn::eItem);
+			ItemMaker(mContext, scope, track.mLayout).Make(mStack, placement, ItemMaker::LevelsOn::kItem);
 		if (item)
 		{
-			PlaceFades(mMaking, mStack, placement, scope.mGrid, {}, *item);
+			PlaceFades(mContext, mStack, placement, scope.mGrid, {}, *item);
 			track.mItems.push_back(std::move(*item));
 			description->mTracks.push_back(std::move(track));
 		}
@@ -205,7 +205,7 @@ private:
 	void AddStackMarkers()
 	{
 		Scope const scope = MakeProgrammeScope();
-		ItemMaker(mMaking, scope, mLayout).AddMarkersOf(mStack);
+		ItemMaker(mContext, scope, mLayout).AddMarkersOf(mStack);
 	}
 
 	void TellGlobalStart()
@@ -222,9 +222,9 @@ private:
 	TimelineOptions const& mOptions;
 	TimelineSequence mResult;
 	ClipMediaTable mMedia;
-	Measures mMeasures;
+	Ranges mRanges;
 	Layouts mLayouts;
-	SequenceMaking mMaking;
+	MakerContext mContext;
 	std::string mWhySilent;
 	SN::AudioChannelLayout mLayout;
 	ExactRange mRange;

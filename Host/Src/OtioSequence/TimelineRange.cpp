@@ -90,7 +90,7 @@ private:
 		Frame const marker = FindMarker(inText, inAfter);
 		if (time && marker)
 		{
-			mNotes.push_back({Note::Kind::eRemark, "",
+			mNotes.push_back({Note::Kind::kRemark, "",
 				"'" + inText + "' in the range '" + mText +
 					"' is treated as a time, although a marker has that name"});
 		}
@@ -135,7 +135,7 @@ private:
 		}
 		else if (CanDropFrames(*rate) && inText.find_first_of(";,") == std::string::npos)
 		{
-			mNotes.push_back({Note::Kind::eRemark, "",
+			mNotes.push_back({Note::Kind::kRemark, "",
 				"'" + inText + "' in the range '" + mText +
 					"' is treated as non-drop-frame timecode; for drop-frame timecode, put a semicolon "
 					"before the frames (01:00:10;12)"});
@@ -217,7 +217,7 @@ FoundRange FindRange(
 	FoundRange found{Cut(asked, inSequence), parser.GetNotes()};
 	if (found.mRange.mFrames < asked.mFrames)
 	{
-		found.mNotes.push_back({Note::Kind::eRemark, "",
+		found.mNotes.push_back({Note::Kind::kRemark, "",
 			"the range '" + inText + "' extends past the end of the timeline; shortened to end there, at " +
 				FormatTime(inSequence.mFrames, inSequence.mSampleRate)});
 	}

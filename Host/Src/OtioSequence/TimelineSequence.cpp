@@ -14,7 +14,7 @@ void DropRows(TimelineSequence& ioSequence)
 bool HasGuesses(std::vector<Note> const& inNotes)
 {
 	return std::any_of(inNotes.begin(), inNotes.end(),
-		[](Note const& inNote) { return inNote.mKind != Note::Kind::eRemark; });
+		[](Note const& inNote) { return inNote.mKind != Note::Kind::kRemark; });
 }
 
 } // namespace SonaroHost::Otio

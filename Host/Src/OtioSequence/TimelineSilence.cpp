@@ -145,7 +145,7 @@ private:
 std::string FindWhySilent(Stack const& inStack, TimelineSequence const& inSequence)
 {
 	bool const isMeant = std::any_of(inSequence.mClips.begin(), inSequence.mClips.end(),
-		[](ClipRow const& inRow) { return inRow.mStatus != ClipRow::Status::eSilent; });
+		[](ClipRow const& inRow) { return inRow.mStatus != ClipRow::Status::kSilent; });
 	return isMeant ? std::string() : SilentProgramme(inStack, inSequence).Describe();
 }
 

@@ -12,8 +12,8 @@ void TrackMaker::Make(Sequence::Track& ioTrack)
 	std::vector<std::optional<Sequence::Item>> items;
 	for (Slot const& slot : mSlots)
 	{
-		items.push_back(slot.IsMaterial() ? ItemMaker(mMaking, mScope, ioTrack.mLayout)
-												.Make(slot.mView, slot.mPlacement, ItemMaker::LevelsOn::eItem)
+		items.push_back(slot.IsMaterial() ? ItemMaker(mContext, mScope, ioTrack.mLayout)
+												.Make(slot.mView, slot.mPlacement, ItemMaker::LevelsOn::kItem)
 										  : std::nullopt);
 	}
 	for (std::size_t index = 0; index < mSlots.size(); ++index)
@@ -25,7 +25,7 @@ void TrackMaker::Make(Sequence::Track& ioTrack)
 		{
 			Slot const& slot = mSlots[index];
 			AddItem(index,
-				ItemMaker(mMaking, mScope, ioTrack.mLayout).MakeSilence(slot.mView, slot.mPlacement),
+				ItemMaker(mContext, mScope, ioTrack.mLayout).MakeSilence(slot.mView, slot.mPlacement),
 				ioTrack);
 			continue;
 		}
@@ -50,7 +50,7 @@ void TrackMaker::ListSlots()
 			continue;
 		}
 		Slot& slot = mSlots.emplace_back(child);
-		Ratio const length = mMaking.mMeasures.GetRange(child).mLength;
+		Ratio const length = mContext.mRanges.GetRange(child).mLength;
 		slot.mPlacement = MakePlacement(time, length, mScope.mGrid);
 		time = time + length;
 	}
@@ -92,7 +92,7 @@ void TrackMaker::PlaceCrossfade(Transition const& inTransition, Slot& ioLeft, Sl
 	std::int64_t const after = std::min(wantedAfter, ioRight.GetLength());
 	if (before < wantedBefore || after < wantedAfter)
 	{
-		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
+		mContext.Tell(Note::Kind::kGuess, inTransition.mPlace,
 			"the transition is longer than one of its neighbours or overlaps another transition; shortened");
 	}
 	if (before + after == 0 || ioLeft.GetLength() == 0 || ioRight.GetLength() == 0)
@@ -115,7 +115,7 @@ void TrackMaker::PlaceFadeIn(Transition const& inTransition, Slot& ioSlot)
 	ioSlot.mEnds.mFadeInShape = GetShape(inTransition);
 	if (inTransition.mInOffset.mValue > 0.0)
 	{
-		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
+		mContext.Tell(Note::Kind::kGuess, inTransition.mPlace,
 			"the transition has nothing to fade from; the part before the cut is silent");
 	}
 }
@@ -127,7 +127,7 @@ void TrackMaker::PlaceFadeOut(Transition const& inTransition, Slot& ioSlot)
 	ioSlot.mEnds.mFadeOutShape = GetShape(inTransition);
 	if (inTransition.mOutOffset.mValue > 0.0)
 	{
-		mMaking.Tell(Note::Kind::eGuess, inTransition.mPlace,
+		mContext.Tell(Note::Kind::kGuess, inTransition.mPlace,
 			"the transition has nothing to fade to; the part after the cut is silent");
 	}
 }
@@ -146,17 +146,17 @@ void TrackMaker::AddItem(std::size_t inIndex, std::optional<Sequence::Item> inIt
 	mHasItemBefore = inItem.has_value();
 	if (inItem)
 	{
-		PlaceFades(mMaking, *slot.mView.mItem, slot.mPlacement, mScope.mGrid, slot.mEnds, *inItem);
+		PlaceFades(mContext, *slot.mView.mItem, slot.mPlacement, mScope.mGrid, slot.mEnds, *inItem);
 		ioTrack.mItems.push_back(std::move(*inItem));
 	}
 }
 
 FadeShape TrackMaker::GetShape(Transition const& inTransition) const
 {
-	return inTransition.GetSettings().mShape.value_or(mMaking.mOptions.mFadeShape);
+	return inTransition.GetSettings().mShape.value_or(mContext.mOptions.mFadeShape);
 }
 
-std::shared_ptr<Sequence::Description const> MakeTrackSequence(SequenceMaking& ioMaking, Track const& inTrack,
+std::shared_ptr<Sequence::Description const> MakeTrackSequence(MakerContext& ioContext, Track const& inTrack,
 	Scope const& inScope, SN::AudioChannelLayout const& inLayout)
 {
 	auto description = std::make_shared<Sequence::Description>();
@@ -165,7 +165,7 @@ std::shared_ptr<Sequence::Description const> MakeTrackSequence(SequenceMaking& i
 	Sequence::Track track;
 	track.mName = inTrack.mName;
 	track.mLayout = inLayout;
-	TrackMaker(ioMaking, inTrack, inScope).Make(track);
+	TrackMaker(ioContext, inTrack, inScope).Make(track);
 	if (!track.mItems.empty())
 	{
 		description->mTracks.push_back(std::move(track));

@@ -15,8 +15,8 @@ class TrackMaker
 {
 public:
 	// All outlive this object.
-	TrackMaker(SequenceMaking& ioMaking, Track const& inTrack, Scope const& inScope)
-		: mMaking(ioMaking),
+	TrackMaker(MakerContext& ioContext, Track const& inTrack, Scope const& inScope)
+		: mContext(ioContext),
 		  mTrack(inTrack),
 		  mScope(inScope)
 	{
@@ -53,7 +53,7 @@ private:
 	void AddItem(std::size_t inIndex, std::optional<Sequence::Item> inItem, Sequence::Track& ioTrack);
 	FadeShape GetShape(Transition const& inTransition) const;
 
-	SequenceMaking& mMaking;
+	MakerContext& mContext;
 	Track const& mTrack;
 	Scope const& mScope;
 	std::vector<Slot> mSlots;
@@ -62,7 +62,7 @@ private:
 };
 
 // A sequence with that track alone, without its own levels.
-std::shared_ptr<Sequence::Description const> MakeTrackSequence(SequenceMaking& ioMaking, Track const& inTrack,
+std::shared_ptr<Sequence::Description const> MakeTrackSequence(MakerContext& ioContext, Track const& inTrack,
 	Scope const& inScope, SN::AudioChannelLayout const& inLayout);
 
 } // namespace SonaroHost::Otio

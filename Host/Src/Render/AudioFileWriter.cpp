@@ -24,18 +24,18 @@ constexpr std::int64_t kLargestData = 0xffff0000;
 
 [[noreturn]] void RefuseToWrite(std::filesystem::path const& inPath, std::string const& inReason)
 {
-	throw HostError(HostError::Kind::eRequest, "cannot write " + QuotePath(inPath) + ": " + inReason);
+	throw HostError(HostError::Kind::kRequest, "cannot write " + QuotePath(inPath) + ": " + inReason);
 }
 
 int GetSampleFormat(OutputSamples inSamples)
 {
 	switch (inSamples)
 	{
-	case OutputSamples::eInteger16:
+	case OutputSamples::kInteger16:
 		return SF_FORMAT_PCM_16;
-	case OutputSamples::eInteger24:
+	case OutputSamples::kInteger24:
 		return SF_FORMAT_PCM_24;
-	case OutputSamples::eFloat32:
+	case OutputSamples::kFloat32:
 		break;
 	}
 	return SF_FORMAT_FLOAT;
@@ -45,13 +45,13 @@ int GetContainerFormat(OutputContainer inContainer, bool inIsLarge, bool inIs51)
 {
 	switch (inContainer)
 	{
-	case OutputContainer::eWav:
+	case OutputContainer::kWav:
 		return inIsLarge ? SF_FORMAT_RF64 : inIs51 ? SF_FORMAT_WAVEX : SF_FORMAT_WAV;
-	case OutputContainer::eAiff:
+	case OutputContainer::kAiff:
 		return SF_FORMAT_AIFF;
-	case OutputContainer::eFlac:
+	case OutputContainer::kFlac:
 		return SF_FORMAT_FLAC;
-	case OutputContainer::eCaf:
+	case OutputContainer::kCaf:
 		break;
 	}
 	return SF_FORMAT_CAF;
@@ -62,16 +62,16 @@ SF_INFO MakeFormat(std::filesystem::path const& inPath, OutputFormat const& inFo
 {
 	auto const channels = static_cast<std::int64_t>(inLayout.size());
 	bool const isLarge = inFrames * channels * GetSampleSize(inFormat.mSamples) > kLargestData;
-	if (inFormat.mContainer == OutputContainer::eFlac && inFormat.mSamples == OutputSamples::eFloat32)
+	if (inFormat.mContainer == OutputContainer::kFlac && inFormat.mSamples == OutputSamples::kFloat32)
 	{
 		RefuseToWrite(inPath, "FLAC cannot hold floats; choose 16 or 24 bits, or WAV");
 	}
-	if (inFormat.mContainer == OutputContainer::eFlac && channels > 8)
+	if (inFormat.mContainer == OutputContainer::kFlac && channels > 8)
 	{
 		RefuseToWrite(
 			inPath, "FLAC holds at most 8 channels, not " + std::to_string(channels) + "; choose WAV or CAF");
 	}
-	if (inFormat.mContainer == OutputContainer::eAiff && isLarge)
+	if (inFormat.mContainer == OutputContainer::kAiff && isLarge)
 	{
 		RefuseToWrite(inPath, "AIFF holds at most 4 GB; choose WAV or CAF");
 	}
@@ -165,7 +165,7 @@ AudioFileWriter::AudioFileWriter(std::filesystem::path const& inPath, OutputForm
 		sf_command(file, SFC_SET_CHANNEL_MAP_INFO, map.data(), sizeof map);
 	}
 
-	if (inTimeReference && inFormat.mContainer == OutputContainer::eWav)
+	if (inTimeReference && inFormat.mContainer == OutputContainer::kWav)
 	{
 		AddBroadcastExtension(file, *inTimeReference);
 	}
@@ -224,7 +224,7 @@ void AudioFileWriter::WritePiece(dsp::AudioBuffer const& inBuffer, unsigned inFi
 	mFile.CheckWritten();
 	if (written != static_cast<sf_count_t>(inFrames))
 	{
-		throw HostError(HostError::Kind::eOutput,
+		throw HostError(HostError::Kind::kOutput,
 			"cannot write " + QuotePath(mFile.GetPath()) + ": " + sf_strerror(file));
 	}
 	mFrames += inFrames;
@@ -241,7 +241,7 @@ void AudioFileWriter::Complete()
 	mFile.CheckWritten();
 	if (result != 0)
 	{
-		throw HostError(HostError::Kind::eOutput,
+		throw HostError(HostError::Kind::kOutput,
 			"cannot finish " + QuotePath(mFile.GetPath()) + ": " + sf_error_number(result));
 	}
 	mFile.Close();

@@ -23,7 +23,7 @@ void ApplyFades(dsp::AudioBuffer& ioBlock, Fades const& inFades, std::int64_t in
 {
 	// Gains are worked out for so many frames at once.
 	constexpr unsigned kPiece = 256;
-	std::int64_t const last = std::max<std::int64_t>(inFrames - 1, 1);
+	std::int64_t const last = inFrames - 1;
 	unsigned const frames = ioBlock.GetUseSize();
 	for (unsigned done = 0; done < frames; done += kPiece)
 	{

@@ -27,7 +27,7 @@ OutputFormat ChooseFormat(OutputRequest const& inRequest, Dither inNeeded)
 	OutputFormat format;
 	format.mContainer = inRequest.mContainer;
 	format.mSamples = ChooseSamples(inRequest);
-	if (inRequest.mDither == Dither::eTriangular && format.mSamples == OutputSamples::eFloat32)
+	if (inRequest.mDither == Dither::kTriangular && format.mSamples == OutputSamples::kFloat32)
 	{
 		Refuse("dither is for 16 and 24 bits; floats are not rounded");
 	}

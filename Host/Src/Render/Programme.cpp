@@ -17,14 +17,14 @@ Sequence::SequenceGraph MakeGraph(Programme const& inProgramme,
 	}
 	catch (HostError const& error)
 	{
-		if (inProgramme.mFile.empty() || error.GetKind() != HostError::Kind::eRequest)
+		if (inProgramme.mFile.empty() || error.GetKind() != HostError::Kind::kRequest)
 		{
 			throw;
 		}
 		// What the description asks for in vain, the file does.
 		HostError::Parts parts = error.GetParts();
 		parts.mFile = inProgramme.mFile;
-		throw HostError(HostError::Kind::eInput, std::move(parts));
+		throw HostError(HostError::Kind::kInput, std::move(parts));
 	}
 }
 

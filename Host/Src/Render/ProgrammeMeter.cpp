@@ -9,7 +9,7 @@ ProgrammeMeter::ProgrammeMeter(
 	if (LoudnessMeter::CanMeasure(inLayout, inSampleRate))
 	{
 		mMeter.emplace(
-			inLayout, inSampleRate, LoudnessMeter::Memory::eGrowing, LoudnessMeter::Windows::eNone, inBank);
+			inLayout, inSampleRate, LoudnessMeter::Memory::kGrowing, LoudnessMeter::Windows::kNone, inBank);
 	}
 }
 

@@ -107,7 +107,7 @@ bool RenderJob::Normalize()
 {
 	if (!mSummary.mMix || !std::isfinite(mSummary.mMix->mIntegrated))
 	{
-		throw HostError(HostError::Kind::eInput,
+		throw HostError(HostError::Kind::kInput,
 			"the output cannot be normalized: it is silent, too short or too quiet for its loudness to be "
 			"measured; render it without normalizing");
 	}
@@ -137,7 +137,7 @@ bool RenderJob::Normalize()
 
 bool RenderJob::WriteFiles()
 {
-	mSetup.mMeasures = mPlan.mMeasuring != Measuring::eNothing;
+	mSetup.mMeasures = mPlan.mMeasuring != Measuring::kNothing;
 	bool const measuresTracks = mPlan.mWritesMix && MeasuresTracks() && !NeedsMixAlone();
 	// A deque does not move what has been opened.
 	std::deque<RenderOutput> outputs;

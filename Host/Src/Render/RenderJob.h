@@ -33,7 +33,7 @@ struct RenderPlan
 	// The linear gain of the whole.
 	float mGain = 1.0f;
 	OutputLevels mLevels;
-	Measuring mMeasuring = Measuring::eNothing;
+	Measuring mMeasuring = Measuring::kNothing;
 	unsigned mBlockFrames = 0;
 	// Passes that write read their media ahead, as a player does.
 	bool mReadsAhead = false;
@@ -85,7 +85,7 @@ private:
 	bool Render(Pass const& inPass);
 
 	bool NeedsMixAlone() const;
-	bool MeasuresTracks() const { return mPlan.mMeasuring == Measuring::eTracks; }
+	bool MeasuresTracks() const { return mPlan.mMeasuring == Measuring::kTracks; }
 	Sequence::GraphView MakeView(Pass const& inPass, TrackMeters const& inMeters) const;
 	// The setup of a pass that only measures the mix.
 	RenderOutput::Setup MakeMeasuringSetup() const;

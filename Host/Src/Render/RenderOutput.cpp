@@ -22,8 +22,8 @@ RenderOutput::RenderOutput(Setup const& inSetup, RenderedFile inFile)
 	}
 	if (mSetup.mMeasures && LoudnessMeter::CanMeasure(mSetup.mLayout, mSetup.mSampleRate))
 	{
-		mMeter.emplace(mSetup.mLayout, mSetup.mSampleRate, LoudnessMeter::Memory::eGrowing,
-			LoudnessMeter::Windows::eNone);
+		mMeter.emplace(mSetup.mLayout, mSetup.mSampleRate, LoudnessMeter::Memory::kGrowing,
+			LoudnessMeter::Windows::kNone);
 	}
 	if (mSetup.mLimit)
 	{

@@ -88,14 +88,14 @@ WaveformJob::WaveformJob(WaveformRequest inRequest)
 	}
 	WaveformStyle const& style = mRequest.mStyle;
 	unsigned const bands =
-		mRequest.mChannels == WaveformChannels::eMerged ? 1 : GetInputInfo().GetNumChannels();
+		mRequest.mChannels == WaveformChannels::kMerged ? 1 : GetInputInfo().GetNumChannels();
 	if (IsPicture(mRequest.mFormat) && (style.mHeight < bands || style.mHeight > kMaxPictureSize))
 	{
 		Refuse("a picture of " + std::to_string(bands) + (bands == 1 ? " band" : " channels") + " must be " +
 			   std::to_string(bands) + " to " + std::to_string(kMaxPictureSize) + " pixels high, not " +
 			   std::to_string(style.mHeight));
 	}
-	if (mRequest.mFormat == WaveformFormat::ePng)
+	if (mRequest.mFormat == WaveformFormat::kPng)
 	{
 		CheckBitmapSize(mColumns, style.mHeight);
 	}
@@ -227,7 +227,7 @@ bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token co
 	CheckEngineResult(result, "a waveform");
 	mWaveform.mSampleRate = GetInputInfo().mSampleRate;
 	mWaveform.mChannels = std::move(buffer->GetChannels());
-	if (mRequest.mChannels == WaveformChannels::eMerged)
+	if (mRequest.mChannels == WaveformChannels::kMerged)
 	{
 		mWaveform = MergeChannels(mWaveform);
 	}
@@ -239,16 +239,16 @@ void WaveformJob::Write(OutputFile& ioFile) const
 	auto const width = static_cast<unsigned>(mColumns);
 	switch (mRequest.mFormat)
 	{
-	case WaveformFormat::ePng:
+	case WaveformFormat::kPng:
 		WriteWaveformPng(mWaveform, mRequest.mStyle, width, ioFile);
 		break;
-	case WaveformFormat::eSvg:
+	case WaveformFormat::kSvg:
 		WriteWaveformSvg(mWaveform, mRequest.mStyle, width, ioFile);
 		break;
-	case WaveformFormat::eJson:
+	case WaveformFormat::kJson:
 		WriteWaveformJson(mWaveform, mRequest.mBits, ioFile);
 		break;
-	case WaveformFormat::eDat:
+	case WaveformFormat::kDat:
 		WriteWaveformDat(mWaveform, mRequest.mBits, ioFile);
 		break;
 	}

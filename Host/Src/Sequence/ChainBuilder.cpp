@@ -20,11 +20,11 @@ BuiltChain ChainBuilder::Build(Chain const& inChain)
 	{
 		std::visit([this](auto const& inStage) { Add(inStage); }, stage);
 	}
-	if (mSite.mTap)
+	if (mContext.mTap)
 	{
-		Add(Meter{mSite.mTap});
+		Add(Meter{mContext.mTap});
 	}
-	mBuilt.mPanner = MakePanner(mSite.mOutput, inChain.mPan);
+	mBuilt.mPanner = MakePanner(mContext.mOutput, inChain.mPan);
 	return std::move(mBuilt);
 }
 
@@ -40,44 +40,44 @@ void ChainBuilder::Add(Fader const& inFader)
 void ChainBuilder::Add(Effect const& inEffect)
 {
 	Processor const effect = inEffect.mMake
-								 ? inEffect.mMake(mTools.GetContext(), mTools.GetFrameRate(), mSite.mInput)
+								 ? inEffect.mMake(mTools.GetContext(), mTools.GetFrameRate(), mContext.mInput)
 								 : Processor();
 	if (!effect)
 	{
-		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " cannot be created");
+		Refuse(mContext.mPlace, "the effect " + Quote(inEffect.mName) + " cannot be created");
 	}
 	std::int64_t const latency = mTools.GetLatency(*effect);
 	if (latency < 0)
 	{
-		Refuse(mSite.mPlace, "the effect " + Quote(inEffect.mName) + " has a negative latency");
+		Refuse(mContext.mPlace, "the effect " + Quote(inEffect.mName) + " has a negative latency");
 	}
-	if (mSite.mDropsLateEffects && effect->GetDelay() != SN::kTimeZero &&
+	if (mContext.mDropsLateEffects && effect->GetDelay() != SN::kTimeZero &&
 		mTools.GetContext()->IsDelayCompensationDisabled())
 	{
 		return;
 	}
 	EffectTerms const terms{
-		static_cast<unsigned>(mSite.mInput.size()), mTools.GetContext()->GetMaxBlockSize(), MakeClock()};
+		static_cast<unsigned>(mContext.mInput.size()), mTools.GetContext()->GetMaxBlockSize(), MakeClock()};
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<EffectStage>(effect, terms));
 	mBuilt.mLatency += latency;
 }
 
 void ChainBuilder::Add(Send const& inSend)
 {
-	if (!mSite.mTargets)
+	if (!mContext.mTargets)
 	{
-		Refuse(mSite.mPlace, "only tracks and submixes can send", "remove the send");
+		Refuse(mContext.mPlace, "only tracks and submixes can send", "remove the send");
 	}
-	if (inSend.mSubmix >= mSite.mTargets->size())
+	if (inSend.mSubmix >= mContext.mTargets->size())
 	{
-		Refuse(mSite.mPlace, "it sends to submix index " + std::to_string(inSend.mSubmix) +
-								 ", but there are " + std::to_string(mSite.mTargets->size()) +
-								 ", counted from 0");
+		Refuse(mContext.mPlace, "it sends to submix index " + std::to_string(inSend.mSubmix) +
+									", but there are " + std::to_string(mContext.mTargets->size()) +
+									", counted from 0");
 	}
-	SendTarget const& target = (*mSite.mTargets)[inSend.mSubmix];
+	SendTarget const& target = (*mContext.mTargets)[inSend.mSubmix];
 	Processor const send =
 		zorvcore::classref::MakeObject<SendStage>(SendStage::Settings{MakeLevel(inSend.mLevel), MakeClock(),
-			MakePanner(target.mLayout, inSend.mPan), mSite.mMute, mTools.GetContext()->GetMaxBlockSize()});
+			MakePanner(target.mLayout, inSend.mPan), mContext.mMute, mTools.GetContext()->GetMaxBlockSize()});
 	mBuilt.mProcessors.push_back(send);
 	mBuilt.mSends.push_back({send, inSend.mSubmix, mBuilt.mLatency});
 }
@@ -86,7 +86,7 @@ void ChainBuilder::Add(Meter const& inMeter)
 {
 	if (!inMeter.mSetter)
 	{
-		Refuse(mSite.mPlace, "a meter has no setter");
+		Refuse(mContext.mPlace, "a meter has no setter");
 	}
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<MeterTap>(inMeter.mSetter, MakeClock()));
 }
@@ -100,18 +100,18 @@ Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, NumberPa
 {
 	if (!inPan)
 	{
-		return mTools.GetFixedPanner(mSite.mInput, inOutput, mSite.mMixdown);
+		return mTools.GetFixedPanner(mContext.mInput, inOutput, mContext.mMixdown);
 	}
 	try
 	{
 		constexpr double kMiddle = 0.5;
-		LayoutPlan(mSite.mInput, {.mLayout = inOutput, .mPan = kMiddle, .mMixdown = {}});
+		LayoutPlan(mContext.mInput, {.mLayout = inOutput, .mPan = kMiddle, .mMixdown = {}});
 	}
 	catch (HostError const& error)
 	{
-		Refuse(mSite.mPlace, error.GetParts().mReason, error.GetParts().mRemedy);
+		Refuse(mContext.mPlace, error.GetParts().mReason, error.GetParts().mRemedy);
 	}
-	return zorvcore::classref::MakeObject<PanStage>(PanStage::Layouts{mSite.mInput, inOutput},
+	return zorvcore::classref::MakeObject<PanStage>(PanStage::Layouts{mContext.mInput, inOutput},
 		ParameterFollower<float>(mTools.GetHeard(inPan), 0.0f), MakeClock());
 }
 

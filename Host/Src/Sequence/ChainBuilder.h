@@ -22,7 +22,7 @@ struct SendTarget
 };
 
 // Where a chain stands.
-struct ChainSite
+struct ChainContext
 {
 	Place mPlace;
 	SN::AudioChannelLayout mInput;
@@ -61,9 +61,9 @@ class ChainBuilder
 {
 public:
 	// Both outlive this object.
-	ChainBuilder(GraphTools& ioTools, ChainSite const& inSite)
+	ChainBuilder(GraphTools& ioTools, ChainContext const& inContext)
 		: mTools(ioTools),
-		  mSite(inSite)
+		  mContext(inContext)
 	{
 	}
 
@@ -76,12 +76,12 @@ private:
 	void Add(Send const& inSend);
 	void Add(Meter const& inMeter);
 	// The clock of the next stage.
-	StageClock MakeClock() const { return {mSite.mTime, mBuilt.mLatency}; }
+	StageClock MakeClock() const { return {mContext.mTime, mBuilt.mLatency}; }
 	Level MakeLevel(Fader const& inFader) const;
 	Panner MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan);
 
 	GraphTools& mTools;
-	ChainSite const& mSite;
+	ChainContext const& mContext;
 	BuiltChain mBuilt;
 };
 

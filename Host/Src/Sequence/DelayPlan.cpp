@@ -87,7 +87,7 @@ void DelayPlan::RefuseCircle(std::vector<std::size_t> const& inFeeders) const
 	{
 		circle = mNodes[feeder].mName + " -> " + circle;
 	}
-	throw HostError(HostError::Kind::eRequest,
+	throw HostError(HostError::Kind::kRequest,
 		"sends or outputs form a loop: " + mNodes[node].mName + " -> " + circle + "; remove one of them");
 }
 

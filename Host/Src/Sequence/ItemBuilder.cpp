@@ -14,74 +14,73 @@ namespace SonaroHost::Sequence
 
 BuiltItem ItemBuilder::Build(Item const& inItem)
 {
-	CheckContent(inItem);
-	double const speed = GetReadingSpeed(inItem);
+	Visit(inItem, [this](auto const& inContent) { Check(inContent); });
+	if (!std::isfinite(inItem.mSpeed))
+	{
+		Refuse(mContext.mPlace, "its speed is not a finite number");
+	}
+	double const speed =
+		inItem.mSpeed * Visit(inItem, [this](auto const& inContent) { return GetRateFactor(inContent); });
 	mIsSilent = speed == 0.0;
 	mIsBackwards = speed < 0.0;
 	mSpeed = mIsSilent ? 1.0 : std::abs(speed);
 	CheckSpeed();
-	mLead = std::llround(static_cast<double>(mSite.mExtension) * mSpeed);
+	mLead = std::llround(static_cast<double>(mContext.mExtension) * mSpeed);
 
 	auto const playhead = std::make_shared<Playhead>();
 	auto const latency = std::make_shared<std::int64_t>(0);
-	ChainSite site{mSite.mPlace, GetContentLayout(inItem), mSite.mLayout, mSite.mMixdown, nullptr,
-		{playhead, latency, mTools.GetFrameRate(), mLead, 1.0 / mSpeed}};
-	site.mTap = mSite.mTap;
-	site.mDropsLateEffects = true;
-	BuiltChain const chain = ChainBuilder(mTools, site).Build(inItem.mChain);
+	ChainContext context{mContext.mPlace,
+		Visit(inItem, [this](auto const& inContent) { return GetLayout(inContent); }), mContext.mLayout,
+		mContext.mMixdown, nullptr, {playhead, latency, mTools.GetFrameRate(), mLead, 1.0 / mSpeed}};
+	context.mTap = mContext.mTap;
+	context.mDropsLateEffects = true;
+	BuiltChain const chain = ChainBuilder(mTools, context).Build(inItem.mChain);
 	*latency = chain.mLatency;
 	mBuilt.mLatency = std::llround(static_cast<double>(chain.mLatency) / mSpeed);
-	std::int64_t const first = GetFirstFrame(inItem);
+	std::int64_t const first =
+		Visit(inItem, [this](auto const& inContent) { return GetFirstFrame(inContent); });
 	auto const content = zorvcore::classref::MakeObject<ItemContent>(ItemContent::Settings{
-		MakeContent(inItem, site.mInput), mIsBackwards ? first + mLead : first - mLead, mIsBackwards,
-		chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mSite.mPlayhead, mSite.mJumps,
-		mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::eItem, site.mInput.size())});
+		MakeContent(inItem, context.mInput), mIsBackwards ? first + mLead : first - mLead, mIsBackwards,
+		chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mContext.mPlayhead, mContext.mJumps,
+		mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::kItem, context.mInput.size())});
 	mBuilt.mGenerator = mTools.GetFactory().CreateRealtimeAudioClipTrackItemRenderer({
 		.mContext = mTools.GetContext(),
 		.mFrameRate = mTools.GetFrameRate(),
 		.mSource = content,
-		.mPanProcessor = mTools.GetFixedPanner(mSite.mLayout, mSite.mLayout, std::nullopt),
+		.mPanProcessor = mTools.GetFixedPanner(mContext.mLayout, mContext.mLayout, std::nullopt),
 		.mSpeed = mSpeed,
 	});
 	return std::move(mBuilt);
 }
 
-void ItemBuilder::CheckContent(Item const& inItem) const
+void ItemBuilder::Check(Nest const& inNest) const
 {
-	if (Nest const* const nest = std::get_if<Nest>(&inItem.mContent))
+	if (!inNest.mSequence)
 	{
-		if (!nest->mSequence)
-		{
-			Refuse(mSite.mPlace, "it has no sequence");
-		}
-	}
-	else if (auto const& media = std::get<Clip>(inItem.mContent).mMedia; !media || !media->mOpen)
-	{
-		Refuse(mSite.mPlace, "it has no media");
-	}
-	else if (!(media->mSampleRate > 0.0) || !std::isfinite(media->mSampleRate))
-	{
-		Refuse(mSite.mPlace, "the sample rate of " + Quote(media->mName) + " is invalid");
-	}
-	if (!std::isfinite(inItem.mSpeed))
-	{
-		Refuse(mSite.mPlace, "its speed is not a finite number");
+		Refuse(mContext.mPlace, "it has no sequence");
 	}
 }
 
-double ItemBuilder::GetReadingSpeed(Item const& inItem) const
+void ItemBuilder::Check(Clip const& inClip) const
 {
-	Clip const* const clip = std::get_if<Clip>(&inItem.mContent);
-	if (!clip)
+	auto const& media = inClip.mMedia;
+	if (!media || !media->mOpen)
 	{
-		return inItem.mSpeed;
+		Refuse(mContext.mPlace, "it has no media");
 	}
+	if (!(media->mSampleRate > 0.0) || !std::isfinite(media->mSampleRate))
+	{
+		Refuse(mContext.mPlace, "the sample rate of " + Quote(media->mName) + " is invalid");
+	}
+}
+
+double ItemBuilder::GetRateFactor(Clip const& inClip) const
+{
 	// Rates that count alike are not resampled, even where a frame is no whole number of ticks.
-	double const rate = clip->mMedia->mSampleRate;
+	double const rate = inClip.mMedia->mSampleRate;
 	SN::FrameRate const graphRate = mTools.GetFrameRate();
-	return SN::FrameRate::FromSamplesPerSecond(rate) == graphRate
-			   ? inItem.mSpeed
-			   : inItem.mSpeed * (rate / graphRate.GetSamplesPerSecond());
+	return SN::FrameRate::FromSamplesPerSecond(rate) == graphRate ? 1.0
+																  : rate / graphRate.GetSamplesPerSecond();
 }
 
 void ItemBuilder::CheckSpeed() const
@@ -91,22 +90,17 @@ void ItemBuilder::CheckSpeed() const
 	double const frames = mTools.GetContext()->GetMaxBlockSize() * mSpeed + kMargin;
 	if (mSpeed != 1.0 && frames > SN::GetMaxResampleBufferSize())
 	{
-		Refuse(mSite.mPlace,
+		Refuse(mContext.mPlace,
 			"at its speed, its blocks would be longer than the " +
 				std::to_string(SN::GetMaxResampleBufferSize()) + " frames that can be resampled",
 			"render in smaller blocks or reduce the speed");
 	}
 }
 
-SN::AudioChannelLayout ItemBuilder::GetContentLayout(Item const& inItem) const
+SN::AudioChannelLayout ItemBuilder::GetLayout(Clip const& inClip) const
 {
-	if (Nest const* const nest = std::get_if<Nest>(&inItem.mContent))
-	{
-		return nest->mSequence->mLayout;
-	}
-	Clip const& clip = std::get<Clip>(inItem.mContent);
-	return clip.mChannels.empty() ? clip.mMedia->mLayout
-								  : MakeLayoutOfChannels(static_cast<unsigned>(clip.mChannels.size()));
+	return inClip.mChannels.empty() ? inClip.mMedia->mLayout
+									: MakeLayoutOfChannels(static_cast<unsigned>(inClip.mChannels.size()));
 }
 
 Generator ItemBuilder::MakeContent(Item const& inItem, SN::AudioChannelLayout const& inLayout)
@@ -115,11 +109,10 @@ Generator ItemBuilder::MakeContent(Item const& inItem, SN::AudioChannelLayout co
 	{
 		return mTools.GetFactory().CreateSilentRenderer(inLayout);
 	}
-	return std::visit(
-		[&](auto const& inContent) { return MakeContent(inContent, inLayout); }, inItem.mContent);
+	return Visit(inItem, [&](auto const& inContent) { return MakeGenerator(inContent, inLayout); });
 }
 
-Generator ItemBuilder::MakeContent(Clip const& inClip, SN::AudioChannelLayout const& inLayout)
+Generator ItemBuilder::MakeGenerator(Clip const& inClip, SN::AudioChannelLayout const& inLayout)
 {
 	SN::AudioChannelMap channels;
 	for (unsigned channel = 0; channel < inLayout.size(); ++channel)
@@ -127,9 +120,10 @@ Generator ItemBuilder::MakeContent(Clip const& inClip, SN::AudioChannelLayout co
 		unsigned const source = inClip.mChannels.empty() ? channel : inClip.mChannels[channel];
 		if (source >= inClip.mMedia->mLayout.size())
 		{
-			Refuse(mSite.mPlace, "channel index " + std::to_string(source) + " is out of range: there are " +
-									 std::to_string(inClip.mMedia->mLayout.size()) + " in " +
-									 Quote(inClip.mMedia->mName) + ", counted from 0");
+			Refuse(mContext.mPlace, "channel index " + std::to_string(source) +
+										" is out of range: there are " +
+										std::to_string(inClip.mMedia->mLayout.size()) + " in " +
+										Quote(inClip.mMedia->mName) + ", counted from 0");
 		}
 		channels.emplace(channel, source);
 	}
@@ -141,15 +135,9 @@ Generator ItemBuilder::MakeContent(Clip const& inClip, SN::AudioChannelLayout co
 	});
 }
 
-Generator ItemBuilder::MakeContent(Nest const& inNest, SN::AudioChannelLayout const&)
+Generator ItemBuilder::MakeGenerator(Nest const& inNest, SN::AudioChannelLayout const&)
 {
-	return mSite.mBuildNest(inNest, mSite.mPlace);
-}
-
-std::int64_t ItemBuilder::GetFirstFrame(Item const& inItem) const
-{
-	Nest const* const nest = std::get_if<Nest>(&inItem.mContent);
-	return nest ? mTools.ToFrames(nest->mStart) : std::get<Clip>(inItem.mContent).mFirstFrame;
+	return mContext.mBuildNest(inNest, mContext.mPlace);
 }
 
 } // namespace SonaroHost::Sequence

@@ -22,7 +22,7 @@ struct BuiltItem
 using NestMaker = std::function<Generator(Nest const&, Place const&)>;
 
 // What an item is made for.
-struct ItemSite
+struct ItemContext
 {
 	Place mPlace;
 	// The track's layout.
@@ -48,9 +48,9 @@ class ItemBuilder
 {
 public:
 	// Both outlive this object.
-	ItemBuilder(GraphTools& ioTools, ItemSite const& inSite)
+	ItemBuilder(GraphTools& ioTools, ItemContext const& inContext)
 		: mTools(ioTools),
-		  mSite(inSite)
+		  mContext(inContext)
 	{
 	}
 
@@ -58,19 +58,30 @@ public:
 	BuiltItem Build(Item const& inItem);
 
 private:
-	void CheckContent(Item const& inItem) const;
-	// Frames of content for one of the item's, below 0 backwards, 0 for silence.
-	double GetReadingSpeed(Item const& inItem) const;
-	void CheckSpeed() const;
-	SN::AudioChannelLayout GetContentLayout(Item const& inItem) const;
-	Generator MakeContent(Item const& inItem, SN::AudioChannelLayout const& inLayout);
-	Generator MakeContent(Clip const& inClip, SN::AudioChannelLayout const& inLayout);
-	Generator MakeContent(Nest const& inNest, SN::AudioChannelLayout const& inLayout);
+	// What is asked of each kind of content; one that lacks an overload does not compile.
+	template <class Function>
+	static auto Visit(Item const& inItem, Function const& inFunction)
+	{
+		return std::visit(inFunction, inItem.mContent);
+	}
+	void Check(Clip const& inClip) const;
+	void Check(Nest const& inNest) const;
+	// The content's frames for one of the graph's at the speed 1.
+	double GetRateFactor(Clip const& inClip) const;
+	double GetRateFactor(Nest const&) const { return 1.0; }
+	SN::AudioChannelLayout GetLayout(Clip const& inClip) const;
+	SN::AudioChannelLayout GetLayout(Nest const& inNest) const { return inNest.mSequence->mLayout; }
 	// The content's frame that is to be heard first at the item's own start.
-	std::int64_t GetFirstFrame(Item const& inItem) const;
+	std::int64_t GetFirstFrame(Clip const& inClip) const { return inClip.mFirstFrame; }
+	std::int64_t GetFirstFrame(Nest const& inNest) const { return mTools.ToFrames(inNest.mStart); }
+	Generator MakeGenerator(Clip const& inClip, SN::AudioChannelLayout const& inLayout);
+	Generator MakeGenerator(Nest const& inNest, SN::AudioChannelLayout const& inLayout);
+
+	Generator MakeContent(Item const& inItem, SN::AudioChannelLayout const& inLayout);
+	void CheckSpeed() const;
 
 	GraphTools& mTools;
-	ItemSite const& mSite;
+	ItemContext const& mContext;
 	BuiltItem mBuilt;
 	bool mIsSilent = false;
 	bool mIsBackwards = false;

@@ -20,10 +20,10 @@ std::int64_t GetFarFrame(SN::FrameRate const& inFrameRate)
 
 } // namespace
 
-ItemListBuilder::ItemListBuilder(GraphTools& ioTools, Track const& inTrack, ItemListSite const& inSite)
+ItemListBuilder::ItemListBuilder(GraphTools& ioTools, Track const& inTrack, ItemListContext const& inContext)
 	: mTools(ioTools),
 	  mTrack(inTrack),
-	  mSite(inSite),
+	  mContext(inContext),
 	  mEnd(-GetFarFrame(ioTools.GetFrameRate()))
 {
 }
@@ -83,8 +83,8 @@ void ItemListBuilder::PlaceCrossfade(Crossfade const& inCrossfade)
 	std::size_t const index = inCrossfade.mOutgoing;
 	if (mPlaced.size() < 2 || index >= mPlaced.size() - 1)
 	{
-		Refuse(mSite.mPlace, "a crossfade follows item index " + std::to_string(index) + " of " +
-								 std::to_string(mPlaced.size()) + " items, but there is no next item");
+		Refuse(mContext.mPlace, "a crossfade follows item index " + std::to_string(index) + " of " +
+									std::to_string(mPlaced.size()) + " items, but there is no next item");
 	}
 	Placed& outgoing = mPlaced[index];
 	Placed& incoming = mPlaced[index + 1];
@@ -139,7 +139,7 @@ void ItemListBuilder::PlaceFades(Item const& inItem, Placed& ioPlaced, bool inHa
 void ItemListBuilder::RefuseItem(
 	Item const& inItem, std::string const& inReason, std::string const& inRemedy) const
 {
-	Place place = mSite.mPlace;
+	Place place = mContext.mPlace;
 	place.mItemName = &inItem.mName;
 	place.mOrigin = &inItem.mOrigin;
 	Refuse(place, inReason, inRemedy);
@@ -147,16 +147,17 @@ void ItemListBuilder::RefuseItem(
 
 void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 {
-	Place place = mSite.mPlace;
+	Place place = mContext.mPlace;
 	place.mItemName = &inItem.mName;
 	place.mOrigin = &inItem.mOrigin;
-	ItemSite const site{place, mTrack.mLayout, mSite.mMixdown,
-		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, mSite.mBuildNest, mSite.mPlayhead, mSite.mJumps,
-		inItem.mOrigin != mTrack.mOrigin ? mSite.mView.FindTap(inItem.mOrigin)
+	ItemContext const context{place, mTrack.mLayout, mContext.mMixdown,
+		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, mContext.mBuildNest, mContext.mPlayhead,
+		mContext.mJumps,
+		inItem.mOrigin != mTrack.mOrigin ? mContext.mView.FindTap(inItem.mOrigin)
 										 : SN::InterfaceRef<SN::IAudioMeterSetter>()};
-	BuiltItem const built = ItemBuilder(mTools, site).Build(inItem);
-	mSite.mReport.push_back(
-		{mSite.mTrack, inItem.mName, inPlaced.mWhole.mFirst, inPlaced.mWhole.mEnd, built.mLatency});
+	BuiltItem const built = ItemBuilder(mTools, context).Build(inItem);
+	mContext.mReport.push_back(
+		{mContext.mTrack, inItem.mName, inPlaced.mWhole.mFirst, inPlaced.mWhole.mEnd, built.mLatency});
 
 	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = built.mGenerator;
 	Stretch const& body = inPlaced.mBody;
@@ -194,7 +195,7 @@ void ItemListBuilder::AddFade(
 	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item =
 		zorvcore::classref::MakeObject<FadeItem>(FadeItem::Settings{inOutgoing, inIncoming, inStretch.mFirst,
 			inStretch.mEnd - inStretch.mFirst, mTrack.mLayout, mTools.GetFrameRate(),
-			mTools.GetScratch(GraphTools::ScratchUse::eFade, mTrack.mLayout.size())});
+			mTools.GetScratch(GraphTools::ScratchUse::kFade, mTrack.mLayout.size())});
 	SN::TickTime const start = mTools.ToTime(inStretch.mFirst);
 	item->Init(start, mTools.ToTime(inStretch.mEnd), start, mTools.GetFrameRate());
 	Append(item, inStretch);

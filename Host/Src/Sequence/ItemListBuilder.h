@@ -22,7 +22,7 @@ struct BuiltItemList
 };
 
 // Where the items of a track stand.
-struct ItemListSite
+struct ItemListContext
 {
 	// The track.
 	Place mPlace;
@@ -47,7 +47,7 @@ class ItemListBuilder
 {
 public:
 	// All outlive this object.
-	ItemListBuilder(GraphTools& ioTools, Track const& inTrack, ItemListSite const& inSite);
+	ItemListBuilder(GraphTools& ioTools, Track const& inTrack, ItemListContext const& inContext);
 
 	// Called once.
 	BuiltItemList Build();
@@ -93,7 +93,7 @@ private:
 
 	GraphTools& mTools;
 	Track const& mTrack;
-	ItemListSite const& mSite;
+	ItemListContext const& mContext;
 	std::vector<Placed> mPlaced;
 	BuiltItemList mBuilt;
 	// Where the list ends by now.

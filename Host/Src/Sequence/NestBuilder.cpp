@@ -57,8 +57,8 @@ Generator NestBuilder::BuildOutermost(Description const& inDescription, SN::Pref
 	mPath = {&inDescription};
 	CountUses(inDescription);
 	std::string const prefix;
-	SequenceSite const site{prefix, mBuildNest, mReport, mView, inPrefetcher};
-	return SequenceBuilder(mTools, inDescription, site).Build();
+	SequenceContext const context{prefix, mBuildNest, mReport, mView, inPrefetcher};
+	return SequenceBuilder(mTools, inDescription, context).Build();
 }
 
 Generator NestBuilder::BuildNest(Nest const& inNest, Place const& inPlace)
@@ -74,8 +74,8 @@ Generator NestBuilder::BuildNest(Nest const& inNest, Place const& inPlace)
 	LevelScope const scope(*mTools.GetContext(), ChooseInstance(description));
 	mPath.push_back(&description);
 	std::string const prefix = inPlace.GetItemPrefix();
-	SequenceSite const site{prefix, mBuildNest, mReport, mView};
-	Generator const nest = SequenceBuilder(mTools, description, site).Build();
+	SequenceContext const context{prefix, mBuildNest, mReport, mView};
+	Generator const nest = SequenceBuilder(mTools, description, context).Build();
 	mPath.pop_back();
 	return nest;
 }

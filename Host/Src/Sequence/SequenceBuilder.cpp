@@ -19,14 +19,14 @@ std::string const sMasterName = "master";
 } // namespace
 
 SequenceBuilder::SequenceBuilder(
-	GraphTools& ioTools, Description const& inDescription, SequenceSite const& inSite)
+	GraphTools& ioTools, Description const& inDescription, SequenceContext const& inContext)
 	: mTools(ioTools),
 	  mDescription(inDescription),
-	  mSite(inSite)
+	  mContext(inContext)
 {
 	for (Track const& track : inDescription.mTracks)
 	{
-		if (!inSite.mView.mLeftOut.contains(track.mOrigin))
+		if (!inContext.mView.mLeftOut.contains(track.mOrigin))
 		{
 			mHeard.push_back(&track);
 		}
@@ -40,10 +40,10 @@ SequenceBuilder::SequenceBuilder(
 Generator SequenceBuilder::Build()
 {
 	ListNodes();
-	std::size_t const reportIndex = mSite.mReport.mTracks.size();
+	std::size_t const reportIndex = mContext.mReport.mTracks.size();
 	for (Node const& node : mNodes)
 	{
-		mSite.mReport.mTracks.push_back({GetPlace(node).GetPath(), 0, 0, 0});
+		mContext.mReport.mTracks.push_back({GetPlace(node).GetPath(), 0, 0, 0});
 	}
 	for (Node& node : mNodes)
 	{
@@ -63,8 +63,8 @@ Generator SequenceBuilder::Build()
 	}
 	return zorvcore::classref::MakeObject<SequenceNode>(
 		SequenceNode::Settings{MakeGroup(), mTracks, mPlayhead, mTools.GetFrameRate(),
-			mTools.GetScratch(GraphTools::ScratchUse::eSettling, mDescription.mLayout.size()),
-			mSite.mPrefetcher});
+			mTools.GetScratch(GraphTools::ScratchUse::kSettling, mDescription.mLayout.size()),
+			mContext.mPrefetcher});
 }
 
 // Nothing is asked ahead by the group itself; the sequence asks its tracks.
@@ -91,18 +91,18 @@ void SequenceBuilder::ListNodes()
 		node.mLayout = &inTrack.mLayout;
 		node.mChain = &inTrack.mChain;
 		node.mMute = inTrack.mMute;
-		if (inTrack.mOutput.mKind != Output::Kind::eNone)
+		if (inTrack.mOutput.mKind != Output::Kind::kNone)
 		{
 			node.mOutput = FindDestination(inTrack.mOutput, GetPlace(node));
 		}
 	};
 	for (Track const* const track : mHeard)
 	{
-		add(Kind::eTrack, *track);
+		add(Kind::kTrack, *track);
 	}
 	for (Submix const& submix : mDescription.mSubmixes)
 	{
-		add(Kind::eSubmix, submix);
+		add(Kind::kSubmix, submix);
 	}
 	Node& master = mNodes.emplace_back();
 	master.mName = &sMasterName;
@@ -114,7 +114,7 @@ std::size_t SequenceBuilder::FindDestination(Output const& inOutput, Place const
 {
 	std::size_t const tracks = mHeard.size();
 	std::size_t const submixes = mDescription.mSubmixes.size();
-	if (inOutput.mKind == Output::Kind::eMaster)
+	if (inOutput.mKind == Output::Kind::kMaster)
 	{
 		return tracks + submixes;
 	}
@@ -128,10 +128,10 @@ std::size_t SequenceBuilder::FindDestination(Output const& inOutput, Place const
 
 Place SequenceBuilder::GetPlace(Node const& inNode) const
 {
-	char const* const kind = inNode.mKind == Kind::eTrack    ? "track"
-							 : inNode.mKind == Kind::eSubmix ? "submix"
+	char const* const kind = inNode.mKind == Kind::kTrack    ? "track"
+							 : inNode.mKind == Kind::kSubmix ? "submix"
 															 : "sequence";
-	return {kind, &mSite.mPrefix, inNode.mName, nullptr, inNode.mOrigin};
+	return {kind, &mContext.mPrefix, inNode.mName, nullptr, inNode.mOrigin};
 }
 
 void SequenceBuilder::CheckLayout(Node const& inNode) const
@@ -146,31 +146,32 @@ void SequenceBuilder::CheckLayout(Node const& inNode) const
 
 void SequenceBuilder::BuildChain(Node& ioNode)
 {
-	bool const isMaster = ioNode.mKind == Kind::eMaster;
+	bool const isMaster = ioNode.mKind == Kind::kMaster;
 	SN::AudioChannelLayout const& output =
 		ioNode.mOutput ? *mNodes[*ioNode.mOutput].mLayout : *ioNode.mLayout;
-	ChainSite site{GetPlace(ioNode), *ioNode.mLayout, output, mDescription.mMixdown,
+	ChainContext context{GetPlace(ioNode), *ioNode.mLayout, output, mDescription.mMixdown,
 		isMaster ? nullptr : &mTargets, {mPlayhead, ioNode.mAhead, mTools.GetFrameRate()}};
-	site.mMute = mTools.GetHeard(ioNode.mMute);
-	site.mTap = FindTap(ioNode);
+	context.mMute = mTools.GetHeard(ioNode.mMute);
+	context.mTap = FindTap(ioNode);
 	if (isMaster && ioNode.mChain->mPan)
 	{
-		Refuse(site.mPlace, "its layout is that of the sequence, so it cannot be panned", "remove the pan");
+		Refuse(
+			context.mPlace, "its layout is that of the sequence, so it cannot be panned", "remove the pan");
 	}
-	ioNode.mBuilt = ChainBuilder(mTools, site).Build(*ioNode.mChain);
+	ioNode.mBuilt = ChainBuilder(mTools, context).Build(*ioNode.mChain);
 }
 
 SN::InterfaceRef<SN::IAudioMeterSetter> SequenceBuilder::FindTap(Node const& inNode) const
 {
-	return inNode.mKind == Kind::eTrack ? mSite.mView.FindTap(*inNode.mOrigin)
+	return inNode.mKind == Kind::kTrack ? mContext.mView.FindTap(*inNode.mOrigin)
 										: SN::InterfaceRef<SN::IAudioMeterSetter>();
 }
 
 void SequenceBuilder::BuildItems(Node& ioNode, Track const& inTrack, std::size_t inReportIndex)
 {
-	ItemListSite const site{GetPlace(ioNode), mDescription.mMixdown, mSite.mBuildNest, mSite.mView, mPlayhead,
-		ioNode.mJumps, inReportIndex, mSite.mReport.mItems};
-	ioNode.mItems = ItemListBuilder(mTools, inTrack, site).Build();
+	ItemListContext const context{GetPlace(ioNode), mDescription.mMixdown, mContext.mBuildNest,
+		mContext.mView, mPlayhead, ioNode.mJumps, inReportIndex, mContext.mReport.mItems};
+	ioNode.mItems = ItemListBuilder(mTools, inTrack, context).Build();
 }
 
 // The edges are each node's sends in their order, and its output after them.
@@ -199,7 +200,7 @@ void SequenceBuilder::ReportTracks(DelayPlan const& inPlan, std::size_t inReport
 	for (std::size_t index = 0; index < mNodes.size(); ++index)
 	{
 		DelayNode const& node = inPlan.GetNodes()[index];
-		TrackReport& report = mSite.mReport.mTracks[inReportIndex + index];
+		TrackReport& report = mContext.mReport.mTracks[inReportIndex + index];
 		report.mAheadFrames = inPlan.GetAhead(index);
 		report.mLatencyFrames = node.mLatency;
 		report.mWaitFrames = mNodes[index].mOutput ? node.mEdges.back().mWait : 0;
@@ -210,7 +211,7 @@ void SequenceBuilder::ReportTracks(DelayPlan const& inPlan, std::size_t inReport
 void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
 {
 	Node& node = mNodes[inIndex];
-	if (node.mKind == Kind::eTrack)
+	if (node.mKind == Kind::kTrack)
 	{
 		node.mGenerator = mTools.GetFactory().CreateAudioClipTrackRenderer({
 			.mContext = mTools.GetContext(),

@@ -24,7 +24,7 @@
 namespace SonaroHost::Sequence
 {
 
-struct SequenceSite
+struct SequenceContext
 {
 	// What leads to it, as "Dialogue / Scene 4 / "; empty for the outermost one.
 	std::string const& mPrefix;
@@ -44,7 +44,7 @@ class SequenceBuilder
 {
 public:
 	// All outlive this object.
-	SequenceBuilder(GraphTools& ioTools, Description const& inDescription, SequenceSite const& inSite);
+	SequenceBuilder(GraphTools& ioTools, Description const& inDescription, SequenceContext const& inContext);
 
 	// Called once.
 	Generator Build();
@@ -52,15 +52,15 @@ public:
 private:
 	enum class Kind
 	{
-		eTrack,
-		eSubmix,
-		eMaster,
+		kTrack,
+		kSubmix,
+		kMaster,
 	};
 
 	// A track, a submix or the master, tracks first, the master last.
 	struct Node
 	{
-		Kind mKind = Kind::eMaster;
+		Kind mKind = Kind::kMaster;
 		std::string const* mName = nullptr;
 		std::string const* mOrigin = nullptr;
 		SN::AudioChannelLayout const* mLayout = nullptr;
@@ -101,7 +101,7 @@ private:
 
 	GraphTools& mTools;
 	Description const& mDescription;
-	SequenceSite const& mSite;
+	SequenceContext const& mContext;
 	// The tracks that are not left out.
 	std::vector<Track const*> mHeard;
 	std::vector<SendTarget> mTargets;

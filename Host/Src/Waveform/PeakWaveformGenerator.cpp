@@ -32,7 +32,7 @@ PeakWaveformGenerator::PeakWaveformGenerator(SN::InterfaceRef<SN::IAudioGenerato
 	if (!description || !description->GetGeneratorFrameRate().IsCountable())
 	{
 		throw HostError(
-			HostError::Kind::eEngine, "a waveform needs a graph that states its channels and sample rate");
+			HostError::Kind::kEngine, "a waveform needs a graph that states its channels and sample rate");
 	}
 	mFrameRate = description->GetGeneratorFrameRate();
 	mChannels = description->GetNumChannels();

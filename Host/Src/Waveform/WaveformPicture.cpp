@@ -30,7 +30,7 @@ void Check(cairo_status_t inStatus)
 	// A failed write is reported by the file itself.
 	if (inStatus != CAIRO_STATUS_SUCCESS && inStatus != CAIRO_STATUS_WRITE_ERROR)
 	{
-		throw HostError(HostError::Kind::eOutput,
+		throw HostError(HostError::Kind::kOutput,
 			std::string("the picture cannot be drawn: ") + cairo_status_to_string(inStatus));
 	}
 }
@@ -225,7 +225,7 @@ void CheckBitmapSize(std::int64_t inWidth, std::int64_t inHeight)
 	constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
 	if (inWidth * inHeight > kMostPixels)
 	{
-		throw HostError(HostError::Kind::eRequest,
+		throw HostError(HostError::Kind::kRequest,
 			"a picture of " + std::to_string(inWidth) + " x " + std::to_string(inHeight) +
 				" pixels is too large for a bitmap; make it smaller or write .svg");
 	}

@@ -35,7 +35,7 @@ std::optional<Colour> Colour::Parse(std::string_view inText)
 double ScaleAmplitude(double inSample, WaveformStyle const& inStyle)
 {
 	double const sample = std::isnan(inSample) ? 0.0 : std::clamp(inSample, -1.0, 1.0);
-	if (inStyle.mScale == AmplitudeScale::eLinear)
+	if (inStyle.mScale == AmplitudeScale::kLinear)
 	{
 		return sample;
 	}

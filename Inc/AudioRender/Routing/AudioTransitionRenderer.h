@@ -63,7 +63,7 @@ private:
 		float mStep;
 	};
 
-	int SetUp(AudioTransitionSettings const& inSettings);
+	int InitFrom(AudioTransitionSettings const& inSettings);
 	void MeasureWidth();
 	// What takes the item's time to a clip's.
 	TickTime GetOutgoingOffset() const { return mTransitionStartTime - mOutgoingStartTime; }

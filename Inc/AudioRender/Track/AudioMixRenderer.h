@@ -66,7 +66,7 @@ private:
 		double mTimeScale = 1.0;
 	};
 
-	int SetUp(AudioMixSettings const& inSettings);
+	int InitFrom(AudioMixSettings const& inSettings);
 	void SetNodes(
 		Input const& inFirst, Input const& inSecond, InterfaceRef<IAudioProcessor> const& inProcessor);
 	// Joins up to so many samples in mProcessorBuffer. Returns how many there are.

@@ -63,7 +63,7 @@ protected:
 	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
-	int SetUp(AudioMixTrackSettings const& inSettings);
+	int InitFrom(AudioMixTrackSettings const& inSettings);
 	void MakeBuffers();
 	void PullSource(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse);
 	void RunChain(

@@ -77,7 +77,7 @@ private:
 		TickTime mDelay;
 	};
 
-	int SetUp(AudioTrackGroupSettings const& inSettings);
+	int InitFrom(AudioTrackGroupSettings const& inSettings);
 	void WarmUp(TickTime const& inStartTime);
 
 	std::vector<Member> mMembers;

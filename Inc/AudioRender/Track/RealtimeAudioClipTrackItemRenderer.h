@@ -67,9 +67,9 @@ protected:
 	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
-	int SetUp(RealtimeAudioClipTrackItemSettings const& inSettings);
+	int InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings);
 	// The resampler and all memory.
-	void Prepare();
+	void ReserveScratch();
 
 	TickTime ShiftTime(TickTime const& inTime) const;
 	void RenderStraight(TickTime const& inSourceTime, dsp::AudioBuffer& ioBuffer, bool inReverse);

@@ -18,7 +18,7 @@ int AudioTransitionRenderer::Create(
 		return eNullPointer;
 	}
 	auto const renderer = zorvcore::classref::MakeObject<AudioTransitionRenderer>();
-	int const result = renderer->SetUp(inSettings);
+	int const result = renderer->InitFrom(inSettings);
 	if (ResultSucceeded(result))
 	{
 		*outGenerator = renderer;
@@ -26,7 +26,7 @@ int AudioTransitionRenderer::Create(
 	return result;
 }
 
-int AudioTransitionRenderer::SetUp(AudioTransitionSettings const& inSettings)
+int AudioTransitionRenderer::InitFrom(AudioTransitionSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
 	mTransition = inSettings.mTransition;

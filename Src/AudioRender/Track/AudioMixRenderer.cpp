@@ -11,7 +11,7 @@ namespace SN
 int AudioMixRenderer::Create(AudioMixSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
 {
 	auto const renderer = zorvcore::classref::MakeObject<AudioMixRenderer>();
-	int const result = renderer->SetUp(inSettings);
+	int const result = renderer->InitFrom(inSettings);
 	if (ResultSucceeded(result))
 	{
 		*outGenerator = renderer;
@@ -19,7 +19,7 @@ int AudioMixRenderer::Create(AudioMixSettings const& inSettings, InterfaceRef<IA
 	return result;
 }
 
-int AudioMixRenderer::SetUp(AudioMixSettings const& inSettings)
+int AudioMixRenderer::InitFrom(AudioMixSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
 	if (!ResultSucceeded(result))

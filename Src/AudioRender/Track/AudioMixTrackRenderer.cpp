@@ -18,7 +18,7 @@ int AudioMixTrackRenderer::Create(
 		return eNullPointer;
 	}
 	auto const renderer = zorvcore::classref::MakeObject<AudioMixTrackRenderer>();
-	int const result = renderer->SetUp(inSettings);
+	int const result = renderer->InitFrom(inSettings);
 	if (ResultSucceeded(result))
 	{
 		*outGenerator = renderer;
@@ -26,7 +26,7 @@ int AudioMixTrackRenderer::Create(
 	return result;
 }
 
-int AudioMixTrackRenderer::SetUp(AudioMixTrackSettings const& inSettings)
+int AudioMixTrackRenderer::InitFrom(AudioMixTrackSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
 	mSource = inSettings.mSource;

@@ -27,7 +27,7 @@ int AudioTrackGroupRenderer::Create(
 		return eNullPointer;
 	}
 	auto const renderer = zorvcore::classref::MakeObject<AudioTrackGroupRenderer>();
-	int const result = renderer->SetUp(inSettings);
+	int const result = renderer->InitFrom(inSettings);
 	if (ResultSucceeded(result))
 	{
 		*outGenerator = renderer;
@@ -36,7 +36,7 @@ int AudioTrackGroupRenderer::Create(
 	return result;
 }
 
-int AudioTrackGroupRenderer::SetUp(AudioTrackGroupSettings const& inSettings)
+int AudioTrackGroupRenderer::InitFrom(AudioTrackGroupSettings const& inSettings)
 {
 	int const result = Init(inSettings.mContext, inSettings.mFrameRate);
 	for (std::size_t i = 0; i < inSettings.mGenerators.size(); ++i)

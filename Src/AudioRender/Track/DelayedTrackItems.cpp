@@ -7,9 +7,9 @@
 //	time ->     s        w              t
 //	            |        |-- filling -->|==== I ====
 //
-//	s >= w                      it is too late to begin on the way: fill now
+//	s >= w                      it is too late to begin on the direction: fill now
 //	an item J between the playhead and I begins at or before w
-//	                            filling falls within J or later: fill on the way
+//	                            filling falls within J or later: fill on the direction
 //	an item J between that begins after w has a latency of its own
 //	                            both would be filled at once: fill now
 //	neither                     it is not filled ahead
@@ -24,16 +24,16 @@ namespace
 
 constexpr TickTime kOneTick = TickTime::FromTicks(1);
 
-// One direction's view of items: times along the way, which grow as playback goes on.
-class Way
+// One direction's view of items: times along the direction, which grow as playback goes on.
+class PlayDirection
 {
 public:
-	explicit Way(bool inReverse)
+	explicit PlayDirection(bool inReverse)
 		: mReverse(inReverse)
 	{
 	}
 
-	// Sequence time as time along the way.
+	// Sequence time as time along the direction.
 	TickTime Along(TickTime const& inTime) const { return mReverse ? -inTime : inTime; }
 	// Where playing an item begins.
 	TickTime GetBegin(TrackItem const& inItem) const
@@ -70,22 +70,22 @@ enum class Filling
 
 // inAhead is an item that playback reaches after inCurrent.
 Filling ClassifyAhead(DelayedTrackItems::Items const& inItems, std::size_t inAhead, std::size_t inCurrent,
-	Way const& inWay, TickTime const& inStart)
+	PlayDirection const& inDirection, TickTime const& inStart)
 {
 	TrackItem const& item = inItems[inAhead];
 	if (item.mGenerator->GetDelay() <= kTimeZero)
 	{
 		return Filling::kNever;
 	}
-	TickTime const fillBegin = inWay.GetFillBegin(item);
-	if (inWay.Along(inStart) >= fillBegin)
+	TickTime const fillBegin = inDirection.GetFillBegin(item);
+	if (inDirection.Along(inStart) >= fillBegin)
 	{
 		return Filling::kNow;
 	}
 	for (std::size_t between = inAhead; between != inCurrent;)
 	{
 		between = between > inCurrent ? between - 1 : between + 1;
-		if (inWay.GetBegin(inItems[between]) <= fillBegin)
+		if (inDirection.GetBegin(inItems[between]) <= fillBegin)
 		{
 			return Filling::kOnTheWay;
 		}
@@ -97,14 +97,14 @@ Filling ClassifyAhead(DelayedTrackItems::Items const& inItems, std::size_t inAhe
 	return Filling::kNever;
 }
 
-Filling ClassifyCurrent(TrackItem const& inItem, Way const& inWay, TrackStart const& inStart)
+Filling ClassifyCurrent(TrackItem const& inItem, PlayDirection const& inDirection, TrackStart const& inStart)
 {
 	TickTime const delay = inItem.mGenerator->GetDelay();
 	if (delay < kOneTick)
 	{
 		return Filling::kNever;
 	}
-	TickTime const played = inWay.Along(inStart.mTime) - inWay.GetBegin(inItem);
+	TickTime const played = inDirection.Along(inStart.mTime) - inDirection.GetBegin(inItem);
 	bool const isWithinDelay = played > kTimeZero && played < delay;
 	return inStart.mNestingDepth == 0 || isWithinDelay ? Filling::kNow : Filling::kOnTheWay;
 }
@@ -121,8 +121,8 @@ DelayedTrackItems::Items DelayedTrackItems::Classify(Items const& inItems, Track
 {
 	Clear();
 	Items fillNow;
-	Way const way(inStart.mReverse);
-	std::size_t const current = way.FindCurrent(inItems, inStart.mTime);
+	PlayDirection const direction(inStart.mReverse);
+	std::size_t const current = direction.FindCurrent(inItems, inStart.mTime);
 	if (current == inItems.size())
 	{
 		return fillNow;
@@ -138,12 +138,12 @@ DelayedTrackItems::Items DelayedTrackItems::Classify(Items const& inItems, Track
 	std::size_t const end = inStart.mReverse ? current : inItems.size();
 	for (std::size_t index = first; index < end; ++index)
 	{
-		enter(index, ClassifyAhead(inItems, index, current, way, inStart.mTime));
+		enter(index, ClassifyAhead(inItems, index, current, direction, inStart.mTime));
 	}
-	enter(current, ClassifyCurrent(inItems[current], way, inStart));
+	enter(current, ClassifyCurrent(inItems[current], direction, inStart));
 	std::stable_sort(mItems.begin(), mItems.end(),
-		[&way](TrackItem const& inA, TrackItem const& inB)
-		{ return way.GetFillBegin(inA) < way.GetFillBegin(inB); });
+		[&direction](TrackItem const& inA, TrackItem const& inB)
+		{ return direction.GetFillBegin(inA) < direction.GetFillBegin(inB); });
 	return fillNow;
 }
 
@@ -188,12 +188,12 @@ void DelayedTrackItems::FillInitialDelay(
 	}
 	mNext.store(next, std::memory_order_relaxed);
 
-	Way const way(inReverse);
+	PlayDirection const direction(inReverse);
 	for (; next < mItems.size(); ++next)
 	{
 		TrackItem const& entry = mItems[next];
 		TickTime const delay = entry.mGenerator->GetDelay();
-		TickTime const elapsed = way.Along(inStartTime) - way.GetBegin(entry);
+		TickTime const elapsed = direction.Along(inStartTime) - direction.GetBegin(entry);
 		TickTime const target = GetFillTarget(entry, inReverse);
 		if (inForceCompletion)
 		{

@@ -36,7 +36,7 @@ int RealtimeAudioClipTrackItemRenderer::Create(
 	RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
 {
 	auto const renderer = zorvcore::classref::MakeObject<RealtimeAudioClipTrackItemRenderer>();
-	int const result = renderer->SetUp(inSettings);
+	int const result = renderer->InitFrom(inSettings);
 	if (ResultSucceeded(result))
 	{
 		*outGenerator = renderer;
@@ -44,7 +44,7 @@ int RealtimeAudioClipTrackItemRenderer::Create(
 	return result;
 }
 
-int RealtimeAudioClipTrackItemRenderer::SetUp(RealtimeAudioClipTrackItemSettings const& inSettings)
+int RealtimeAudioClipTrackItemRenderer::InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
 	if (!ResultSucceeded(result))
@@ -65,11 +65,11 @@ int RealtimeAudioClipTrackItemRenderer::SetUp(RealtimeAudioClipTrackItemSettings
 	mUsesResampler = mSpeed != 1.0;
 	mTimeTransform = inSettings.mTimeTransform;
 	mTimeOffset = inSettings.mTimeOffset;
-	Prepare();
+	ReserveScratch();
 	return result;
 }
 
-void RealtimeAudioClipTrackItemRenderer::Prepare()
+void RealtimeAudioClipTrackItemRenderer::ReserveScratch()
 {
 	IAudioPanProcessor& panner = *mChain.GetPanProcessor();
 	mWidth = GetPanWorkingWidth(panner);
@@ -97,7 +97,7 @@ InterfaceRef<IAudioGenerator> RealtimeAudioClipTrackItemRenderer::Clone()
 	clone->mPrerolled = mPrerolled;
 	clone->mSource = mSource->Clone();
 	clone->mChain.CloneFrom(mChain, *this);
-	clone->Prepare();
+	clone->ReserveScratch();
 	return clone;
 }
 

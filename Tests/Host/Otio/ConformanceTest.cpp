@@ -44,8 +44,8 @@ std::vector<std::string> ListCases()
 
 FadeShape ParseShape(std::string const& inName)
 {
-	return inName == "linear" ? FadeShape::eLinear
-							  : (inName == "s-curve" ? FadeShape::eSCurve : FadeShape::eEqualPower);
+	return inName == "linear" ? FadeShape::kLinear
+							  : (inName == "s-curve" ? FadeShape::kSCurve : FadeShape::kEqualPower);
 }
 
 // In double precision, by the formulas of the documents.
@@ -224,7 +224,7 @@ TEST_P(OtioConformance, EverySampleIsAsTheCaseSays)
 	auto const countUnread = [](std::vector<Note> const& inNotes)
 	{
 		return std::count_if(inNotes.begin(), inNotes.end(),
-			[](Note const& inNote) { return inNote.mKind == Note::Kind::eLevelNotRead; });
+			[](Note const& inNote) { return inNote.mKind == Note::Kind::kLevelNotRead; });
 	};
 	EXPECT_EQ(
 		countUnread(file.GetDocument().mNotes) + countUnread(sequence.mNotes), expected.value("unread", 0));

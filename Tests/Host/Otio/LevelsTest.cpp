@@ -22,8 +22,8 @@ std::string Describe(std::optional<Curve> const& inCurve)
 	{
 		return "none";
 	}
-	std::string text = inCurve->mScale == AutomationScale::eDecibels ? "dB" : "linear";
-	text += inCurve->mTimeUnit == Curve::TimeUnit::eFractionOfLength ? " of length" : "";
+	std::string text = inCurve->mScale == AutomationScale::kDecibels ? "dB" : "linear";
+	text += inCurve->mTimeUnit == Curve::TimeUnit::kFractionOfLength ? " of length" : "";
 	if (inCurve->IsConstant())
 	{
 		return text + " " + json(inCurve->mConstant).dump();
@@ -46,9 +46,9 @@ std::string ListKinds(Document const& inDocument)
 			[inKind](Note const& inNote) { return inNote.mKind == inKind; });
 		kinds += isThere ? std::string(kinds.empty() ? "" : " ") + inName : "";
 	};
-	add(Note::Kind::eGuess, "guess");
-	add(Note::Kind::eLevelNotRead, "level");
-	add(Note::Kind::eIgnored, "ignored");
+	add(Note::Kind::kGuess, "guess");
+	add(Note::Kind::kLevelNotRead, "level");
+	add(Note::Kind::kIgnored, "ignored");
 	return kinds;
 }
 

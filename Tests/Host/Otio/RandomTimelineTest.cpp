@@ -71,16 +71,16 @@ private:
 		if (Flip(5))
 		{
 			Effect warp;
-			warp.mKind = Effect::Kind::eLinearTimeWarp;
+			warp.mKind = Effect::Kind::kLinearTimeWarp;
 			warp.mTimeScalar = Flip(2) ? -1.0 : Pick(-30, 30) / 8.0;
-			warp.mKind = warp.mTimeScalar == 0.0 ? Effect::Kind::eFreezeFrame : warp.mKind;
+			warp.mKind = warp.mTimeScalar == 0.0 ? Effect::Kind::kFreezeFrame : warp.mKind;
 			ioItem.mEffects.push_back(warp);
 		}
 		if (Flip(3))
 		{
 			auto settings = std::make_shared<MixSettings>();
 			settings->mFadeIn = Fade{MakeTime(0), {}};
-			settings->mFadeOut = Fade{MakeTime(0), FadeShape::eSCurve};
+			settings->mFadeOut = Fade{MakeTime(0), FadeShape::kSCurve};
 			ioItem.mSettings = settings;
 		}
 	}
@@ -89,7 +89,7 @@ private:
 	{
 		Clip clip;
 		MediaReference media;
-		media.mKind = MediaReference::Kind::eExternal;
+		media.mKind = MediaReference::Kind::kExternal;
 		media.mTargetUrl = Flip(8) ? "none.wav" : "a.wav";
 		clip.mMediaReferences.push_back(media);
 		FinishItem(clip, true);
@@ -432,7 +432,7 @@ private:
 		ioItem.mSourceRange = TimeRange{{static_cast<double>(inStretch.mStart), double{kRate}},
 			{static_cast<double>(inStretch.mFrames), double{kRate}}};
 		Effect warp;
-		warp.mKind = Effect::Kind::eLinearTimeWarp;
+		warp.mKind = Effect::Kind::kLinearTimeWarp;
 		// Two that multiply.
 		for (double const factor : {inStretch.mFactor * 2.0, 0.5})
 		{
@@ -445,7 +445,7 @@ private:
 	{
 		Clip clip;
 		MediaReference media;
-		media.mKind = MediaReference::Kind::eExternal;
+		media.mKind = MediaReference::Kind::kExternal;
 		media.mTargetUrl = inMedia;
 		clip.mMediaReferences.push_back(media);
 		Cut(clip, inStretch);
@@ -455,7 +455,7 @@ private:
 	static void AddTransition(std::int64_t inBefore, std::int64_t inAfter, Track& ioTrack)
 	{
 		auto settings = std::make_shared<MixSettings>();
-		settings->mShape = FadeShape::eLinear;
+		settings->mShape = FadeShape::kLinear;
 		Transition transition;
 		transition.mInOffset = {static_cast<double>(inBefore), double{kRate}};
 		transition.mOutOffset = {static_cast<double>(inAfter), double{kRate}};

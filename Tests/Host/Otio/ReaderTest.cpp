@@ -75,8 +75,8 @@ json Patch(std::string const& inPointer, std::string const& inValue)
 TEST(OtioReader, EverythingOfTheFullTimelineArrives)
 {
 	Document const document = Read(MakeFullTimeline());
-	EXPECT_THAT(GetNotes(document, Note::Kind::eGuess), IsEmpty());
-	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored), IsEmpty());
+	EXPECT_THAT(GetNotes(document, Note::Kind::kGuess), IsEmpty());
+	EXPECT_THAT(GetNotes(document, Note::Kind::kIgnored), IsEmpty());
 
 	ASSERT_THAT(document.mTimelines, SizeIs(1));
 	Timeline const& timeline = document.mTimelines[0];
@@ -86,7 +86,7 @@ TEST(OtioReader, EverythingOfTheFullTimelineArrives)
 	MixSettings const& mix = timeline.mTracks.GetSettings();
 	EXPECT_EQ(mix.mLayout, "5.1");
 	EXPECT_EQ(mix.mGain->mConstant, -1.5);
-	EXPECT_EQ(mix.mFadeIn->mShape, FadeShape::eSCurve);
+	EXPECT_EQ(mix.mFadeIn->mShape, FadeShape::kSCurve);
 	EXPECT_EQ(mix.mSubmixes.at(0).mOutput, "main");
 
 	auto const* const track = timeline.mTracks.mChildren[0].As<Track>();
@@ -104,14 +104,14 @@ TEST(OtioReader, EverythingOfTheFullTimelineArrives)
 	auto const& keyframes = clip->GetSettings().mGain->mKeyframes;
 	ASSERT_THAT(keyframes, SizeIs(2));
 	EXPECT_EQ(keyframes[0].mTime, (RationalTime{25, 25}));
-	EXPECT_EQ(keyframes[1].mInterpolation, Interpolation::eSmooth);
+	EXPECT_EQ(keyframes[1].mInterpolation, Interpolation::kSmooth);
 
 	auto const* const transition = track->mChildren[1].As<Transition>();
 	EXPECT_EQ(transition->mInOffset, (RationalTime{5, 29.97}));
-	EXPECT_EQ(transition->GetSettings().mShape, FadeShape::eLinear);
+	EXPECT_EQ(transition->GetSettings().mShape, FadeShape::kLinear);
 	EXPECT_EQ(track->mChildren[2].As<Clip>()->FindActiveMedia()->mTargetUrl, "two.wav");
 	auto const* const nested = track->mChildren[4].As<Stack>()->mChildren.at(0).As<Track>();
-	EXPECT_EQ(nested->mChildren.at(0).As<Clip>()->FindActiveMedia()->mKind, MediaReference::Kind::eGenerator);
+	EXPECT_EQ(nested->mChildren.at(0).As<Clip>()->FindActiveMedia()->mKind, MediaReference::Kind::kGenerator);
 }
 
 TEST(OtioReader, RefusalsNameThePlace)
@@ -236,7 +236,7 @@ TEST(OtioReader, NumbersOfPythonAreRefusedByName)
 	label.replace(label.find("86400.0"), 7, "NaN");
 	Document const document = ReadText(label);
 	EXPECT_FALSE(document.mTimelines[0].mGlobalStartTime);
-	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored),
+	EXPECT_THAT(GetNotes(document, Note::Kind::kIgnored),
 		testing::ElementsAre("/global_start_time/value: NaN is not a finite number; ignored"));
 }
 
@@ -252,50 +252,50 @@ TEST(OtioReader, SchemasOfTheWildAreUnderstood)
 	};
 	std::string const children = "/tracks/children/0/children";
 	Case const cases[] = {
-		{"/tracks/children/0/OTIO_SCHEMA", R"("Sequence.1")", Note::Kind::eRemark,
+		{"/tracks/children/0/OTIO_SCHEMA", R"("Sequence.1")", Note::Kind::kRemark,
 			"/tracks/children/0: Sequence is the old name of Track; treating it as such"},
-		{"/tracks/children/0/children/3/OTIO_SCHEMA", R"("Filler.1")", Note::Kind::eRemark,
+		{"/tracks/children/0/children/3/OTIO_SCHEMA", R"("Filler.1")", Note::Kind::kRemark,
 			children + "/3: Filler is the old name of Gap; treating it as such"},
-		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip.1")", Note::Kind::eGuess, ""},
-		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip.3")", Note::Kind::eGuess,
+		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip.1")", Note::Kind::kGuess, ""},
+		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip.3")", Note::Kind::kGuess,
 			children + "/0: the schema 'Clip.3' is newer than supported; treating it as Clip.2"},
-		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip")", Note::Kind::eGuess,
+		{"/tracks/children/0/children/0/OTIO_SCHEMA", R"("Clip")", Note::Kind::kGuess,
 			children + "/0: the schema 'Clip' has no version; treating it as Clip.2"},
-		{"/tracks/children/0/children/0/source_range/duration/OTIO_SCHEMA", "gone", Note::Kind::eGuess,
+		{"/tracks/children/0/children/0/source_range/duration/OTIO_SCHEMA", "gone", Note::Kind::kGuess,
 			children + "/0/source_range/duration: OTIO_SCHEMA is missing; assuming RationalTime"},
-		{"/tracks/children/0/children/0/source_range/start_time", "null", Note::Kind::eGuess,
+		{"/tracks/children/0/children/0/source_range/start_time", "null", Note::Kind::kGuess,
 			children + "/0/source_range: start_time is missing; assuming 0"},
-		{"/tracks/children/0/children/0/active_media_reference_key", R"("proxy")", Note::Kind::eGuess,
+		{"/tracks/children/0/children/0/active_media_reference_key", R"("proxy")", Note::Kind::kGuess,
 			children +
 				"/0/active_media_reference_key: the media reference 'proxy' does not exist; the only one, "
 				"'DEFAULT_MEDIA', is used"},
-		{"/tracks/children/0/children/2/active_media_reference_key", R"("proxy")", Note::Kind::eGuess,
+		{"/tracks/children/0/children/2/active_media_reference_key", R"("proxy")", Note::Kind::kGuess,
 			children +
 				"/2/active_media_reference_key: the media reference 'proxy' does not exist; treating the "
 				"media as missing"},
 		{"/tracks/children/0/children/0/media_references/DEFAULT_MEDIA/OTIO_SCHEMA", R"("Cloud.1")",
-			Note::Kind::eIgnored,
+			Note::Kind::kIgnored,
 			"the media reference has the unknown schema 'Cloud.1'; treating the media as missing"},
-		{"/tracks/children/0/children/3/OTIO_SCHEMA", R"("UnknownSchema.1")", Note::Kind::eIgnored,
+		{"/tracks/children/0/children/3/OTIO_SCHEMA", R"("UnknownSchema.1")", Note::Kind::kIgnored,
 			children + "/3: an item of unknown schema 'UnknownSchema.1' is not rendered"},
-		{"/tracks/children/0/children/0/effects/0/OTIO_SCHEMA", R"("TimeEffect.1")", Note::Kind::eIgnored,
+		{"/tracks/children/0/children/0/effects/0/OTIO_SCHEMA", R"("TimeEffect.1")", Note::Kind::kIgnored,
 			"the effect 'LinearTimeWarp' (schema 'TimeEffect.1') is not rendered"},
-		{"/tracks/children/0/children/0/effects/0/time_scalar", "0", Note::Kind::eRemark,
+		{"/tracks/children/0/children/0/effects/0/time_scalar", "0", Note::Kind::kRemark,
 			children + "/0/effects/0/time_scalar: time_scalar is 0; the item is a freeze frame"},
-		{"/tracks/children/0/children/0/reel", "3", Note::Kind::eIgnored,
+		{"/tracks/children/0/children/0/reel", "3", Note::Kind::kIgnored,
 			children + "/0/reel: unknown key; ignored"},
-		{"/tracks/children/0/kind", R"("Subtitle")", Note::Kind::eIgnored,
+		{"/tracks/children/0/kind", R"("Subtitle")", Note::Kind::kIgnored,
 			"/tracks/children/0/kind: the track is of kind 'Subtitle'; only tracks of kind Audio are heard"},
-		{"/tracks/children/0/metadata/sonaro/curve", R"("linear")", Note::Kind::eIgnored,
+		{"/tracks/children/0/metadata/sonaro/curve", R"("linear")", Note::Kind::kIgnored,
 			"/tracks/children/0/metadata/sonaro/curve: this key of metadata.sonaro does not apply"},
-		{"/tracks/children/0/metadata/sonaro/a~0b", "1", Note::Kind::eIgnored,
+		{"/tracks/children/0/metadata/sonaro/a~0b", "1", Note::Kind::kIgnored,
 			"sonaro/a~0b: unknown key in metadata.sonaro"},
 		{"/tracks/children/0/children/0", R"({"OTIO_SCHEMA": "Transition.1", "in_offset": null, "out_offset":
 			{"OTIO_SCHEMA": "RationalTime.1", "value": 1, "rate": 1}})",
-			Note::Kind::eIgnored, children + "/1: two transitions in a row; the second is ignored"},
-		{"/tracks/markers/0/marked_range", "7", Note::Kind::eIgnored,
+			Note::Kind::kIgnored, children + "/1: two transitions in a row; the second is ignored"},
+		{"/tracks/markers/0/marked_range", "7", Note::Kind::kIgnored,
 			"/tracks/markers/0/marked_range: expected a TimeRange, found a number; ignored"},
-		{"/tracks/metadata/sonaro/layout", R"("mono")", Note::Kind::eGuess,
+		{"/tracks/metadata/sonaro/layout", R"("mono")", Note::Kind::kGuess,
 			R"(: the timeline and its stack both set "layout" in metadata.sonaro; the timeline's is used)"},
 	};
 	for (Case const& test : cases)
@@ -328,7 +328,7 @@ TEST(OtioReader, OfKeysGivenTwiceTheLastCounts)
 		Document const document = ReadText(text);
 		EXPECT_EQ(GetChild(document, 0).mName, "kept");
 		EXPECT_EQ(static_cast<Clip const&>(GetChild(document, 0)).FindActiveMedia()->mName, "x");
-		EXPECT_THAT(GetNotes(document, Note::Kind::eGuess),
+		EXPECT_THAT(GetNotes(document, Note::Kind::kGuess),
 			testing::Contains("/tracks/children/0/children/0/name: the key appears more than once; the last "
 							  "value is used"));
 	}
@@ -338,8 +338,8 @@ TEST(OtioReader, WhatIsNotHeardGivesRemarksOnly)
 {
 	Document const document =
 		Read(Patch("/tracks/children/1/children/0/source_range/duration/odd", R"("x")"));
-	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored), IsEmpty());
-	EXPECT_THAT(GetNotes(document, Note::Kind::eRemark),
+	EXPECT_THAT(GetNotes(document, Note::Kind::kIgnored), IsEmpty());
+	EXPECT_THAT(GetNotes(document, Note::Kind::kRemark),
 		testing::Contains(HasSubstr("/tracks/children/1/children/0/effects/0: the effect 'blur'")));
 }
 
@@ -357,12 +357,12 @@ TEST(OtioReader, OpenLengthsUnderTimeWarpsAreOneGuessOfTheFile)
 	};
 	// At 1, -1 and at rest all programs agree.
 	json children = json::array({makeGap({-1.0}), makeGap({4.0, 0.5, -0.5}), makeGap({0.0})});
-	EXPECT_THAT(GetNotes(Read(MakeTimeline(children)), Note::Kind::eGuess), IsEmpty());
+	EXPECT_THAT(GetNotes(Read(MakeTimeline(children)), Note::Kind::kGuess), IsEmpty());
 	for (int i = 0; i < 30; ++i)
 	{
 		children.push_back(makeGap({i % 2 == 0 ? 0.5 : -2.0}));
 	}
-	EXPECT_THAT(GetNotes(Read(MakeTimeline(children)), Note::Kind::eGuess),
+	EXPECT_THAT(GetNotes(Read(MakeTimeline(children)), Note::Kind::kGuess),
 		testing::ElementsAre(testing::AllOf(HasSubstr("/tracks/children/0/children/3: "),
 			HasSubstr("source_range"), HasSubstr("(30 items in the file)"))));
 }
@@ -383,9 +383,9 @@ TEST(OtioReader, ColorsOfMarkersAreNamesOrCodes)
 		timeline["tracks"]["markers"][0]["OTIO_SCHEMA"] = "Marker.3";
 		Document const document = Read(timeline);
 		EXPECT_EQ(document.mTimelines[0].mTracks.mMarkers.at(0).mColor, test.mRead);
-		EXPECT_THAT(GetNotes(document, Note::Kind::eGuess), IsEmpty());
+		EXPECT_THAT(GetNotes(document, Note::Kind::kGuess), IsEmpty());
 		EXPECT_THAT(
-			GetNotes(document, Note::Kind::eRemark), testing::Not(testing::Contains(HasSubstr("/color"))));
+			GetNotes(document, Note::Kind::kRemark), testing::Not(testing::Contains(HasSubstr("/color"))));
 	}
 }
 
@@ -398,7 +398,7 @@ TEST(OtioReader, CollectionsAndBareCompositionsGiveTimelines)
 	Document const document = Read(outer);
 	ASSERT_THAT(document.mTimelines, SizeIs(2));
 	EXPECT_EQ(document.mTimelines[1].mPlace, "/children/1/children/0");
-	EXPECT_THAT(GetNotes(document, Note::Kind::eIgnored),
+	EXPECT_THAT(GetNotes(document, Note::Kind::kIgnored),
 		testing::ElementsAre("/children/2: is not a Timeline; only the timelines of a collection are read"));
 
 	json track = timeline["tracks"]["children"][0];

@@ -58,9 +58,9 @@ std::string GetRefusal(path const& inPath)
 // How media that were found are reported.
 enum class Reported
 {
-	eSilently,
-	eAsElsewhere,
-	eAsGuess,
+	kSilently,
+	kAsElsewhere,
+	kAsGuess,
 };
 
 class OtioFiles : public testing::Test
@@ -82,8 +82,8 @@ protected:
 		SCOPED_TRACE(inUrl);
 		FoundMedia const found = inFinder.Find(inUrl);
 		EXPECT_EQ(found.IsFound(), !inFile.empty()) << found.mPath << found.mWhyMissing;
-		EXPECT_EQ(found.mRemark.empty(), inReported == Reported::eSilently);
-		EXPECT_EQ(found.mIsGuess, inReported == Reported::eAsGuess);
+		EXPECT_EQ(found.mRemark.empty(), inReported == Reported::kSilently);
+		EXPECT_EQ(found.mIsGuess, inReported == Reported::kAsGuess);
 		if (found.IsFound() && !inFile.empty())
 		{
 			EXPECT_TRUE(std::filesystem::equivalent(found.mPath, mFolder / inFile)) << found.mPath;
@@ -109,10 +109,10 @@ TEST_F(OtioFiles, UrlsAndPathsLeadToTheirFiles)
 		std::string mUrl;
 		// Empty for missing.
 		std::string mFile;
-		Reported mReported = Reported::eSilently;
+		Reported mReported = Reported::kSilently;
 	};
-	auto const eElsewhere = Reported::eAsElsewhere;
-	auto const eGuess = Reported::eAsGuess;
+	auto const eElsewhere = Reported::kAsElsewhere;
+	auto const eGuess = Reported::kAsGuess;
 	Case const cases[] = {
 		{"media/a b.wav", "edit/media/a b.wav"},
 		{"media/a%20b.wav", "edit/media/a b.wav"},

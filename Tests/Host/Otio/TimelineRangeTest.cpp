@@ -118,7 +118,7 @@ TEST_F(TimelineRangeTest, TextsNameSamplesOrAreRefused)
 		SCOPED_TRACE(test.mText);
 		FoundRange found;
 		auto const find = [&] { found = FindRange(test.mText, mDocument.mTimelines.front(), mSequence); };
-		std::string const refusal = GetRefusalOf(find, HostError::Kind::eRequest);
+		std::string const refusal = GetRefusalOf(find, HostError::Kind::kRequest);
 		EXPECT_EQ(refusal.empty(), test.mStart != kRefused) << refusal;
 		if (!refusal.empty())
 		{
@@ -131,7 +131,7 @@ TEST_F(TimelineRangeTest, TextsNameSamplesOrAreRefused)
 		EXPECT_EQ(found.mNotes.empty(), std::string(test.mSays).empty());
 		for (Note const& note : found.mNotes)
 		{
-			EXPECT_EQ(note.mKind, Note::Kind::eRemark);
+			EXPECT_EQ(note.mKind, Note::Kind::kRemark);
 			EXPECT_THAT(note.mText, HasSubstr(test.mSays));
 		}
 	}

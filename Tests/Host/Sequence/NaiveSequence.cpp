@@ -156,8 +156,8 @@ void Add(Signal const& inSound, std::int64_t inFirst, Signal& ioSum)
 double GetRise(FadeShape inShape, std::int64_t inFrame, std::int64_t inFrames)
 {
 	double const progress = static_cast<double>(inFrame) / static_cast<double>(inFrames);
-	return inShape == FadeShape::eEqualPower ? std::sin(kQuarterTurn * progress)
-		   : inShape == FadeShape::eSCurve   ? progress * progress * (3.0 - 2.0 * progress)
+	return inShape == FadeShape::kEqualPower ? std::sin(kQuarterTurn * progress)
+		   : inShape == FadeShape::kSCurve   ? progress * progress * (3.0 - 2.0 * progress)
 											 : progress;
 }
 
@@ -176,8 +176,8 @@ struct Extent
 	std::int64_t mEnd = 0;
 	std::int64_t mRise = 0;
 	std::int64_t mFall = 0;
-	FadeShape mRiseShape = FadeShape::eLinear;
-	FadeShape mFallShape = FadeShape::eLinear;
+	FadeShape mRiseShape = FadeShape::kLinear;
+	FadeShape mFallShape = FadeShape::kLinear;
 };
 
 // What all sequences of a render share.
@@ -421,7 +421,7 @@ private:
 			auto const* const send = std::get_if<Send>(&inStage);
 			return send && send->mSubmix == inTo;
 		};
-		return (inFrom.mOutput.mKind == Output::Kind::eSubmix && inFrom.mOutput.mSubmix == inTo) ||
+		return (inFrom.mOutput.mKind == Output::Kind::kSubmix && inFrom.mOutput.mSubmix == inTo) ||
 			   std::any_of(inFrom.mChain.mStages.begin(), inFrom.mChain.mStages.end(), isSendThere);
 	}
 
@@ -459,11 +459,11 @@ private:
 				hasSends = true;
 			}
 		}
-		if (inStrip.mOutput.mKind == Output::Kind::eNone)
+		if (inStrip.mOutput.mKind == Output::Kind::kNone)
 		{
 			return hasSends ? ahead : before;
 		}
-		bool const isMaster = inStrip.mOutput.mKind == Output::Kind::eMaster;
+		bool const isMaster = inStrip.mOutput.mKind == Output::Kind::kMaster;
 		return std::max(ahead, before + (isMaster ? GetLatency(mSequence.mMaster)
 												  : GetAhead(mSequence.mSubmixes[inStrip.mOutput.mSubmix])));
 	}
@@ -484,9 +484,9 @@ private:
 						   : 0.0;
 			});
 		RunStages(inStrip.mChain, ahead, inStrip.mMute, ioSound);
-		if (inStrip.mOutput.mKind != Output::Kind::eNone)
+		if (inStrip.mOutput.mKind != Output::Kind::kNone)
 		{
-			bool const isMaster = inStrip.mOutput.mKind == Output::Kind::eMaster;
+			bool const isMaster = inStrip.mOutput.mKind == Output::Kind::kMaster;
 			Signal& target = isMaster ? mMaster : mBuses[inStrip.mOutput.mSubmix];
 			std::int64_t const targetAhead = isMaster
 												 ? GetLatency(mSequence.mMaster)

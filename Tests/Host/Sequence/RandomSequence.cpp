@@ -137,8 +137,8 @@ private:
 			{
 				SN::TickTime const on = ToRoughTime(Below(mFrames));
 				fader.mMute->SetCurve(std::make_shared<AutomationCurve const>(std::vector<AutomationPoint>{
-					{SN::kTimeZero, 0.0, Interpolation::eHold}, {on, 1.0, Interpolation::eHold},
-					{on + ToTime(1 + Below(mFrames)), 0.0, Interpolation::eHold}}));
+					{SN::kTimeZero, 0.0, Interpolation::kHold}, {on, 1.0, Interpolation::kHold},
+					{on + ToTime(1 + Below(mFrames)), 0.0, Interpolation::kHold}}));
 			}
 		}
 		return fader;
@@ -195,16 +195,16 @@ private:
 		}
 		if (!inTargets.empty() && Chance(0.45))
 		{
-			outOutput = {Output::Kind::eSubmix, pick()};
+			outOutput = {Output::Kind::kSubmix, pick()};
 		}
 		else if (Chance(0.08))
 		{
-			outOutput.mKind = Output::Kind::eNone;
+			outOutput.mKind = Output::Kind::kNone;
 		}
-		SN::AudioChannelLayout const& to = outOutput.mKind == Output::Kind::eSubmix
+		SN::AudioChannelLayout const& to = outOutput.mKind == Output::Kind::kSubmix
 											   ? inSequence.mSubmixes[outOutput.mSubmix].mLayout
 											   : inSequence.mLayout;
-		if (outOutput.mKind != Output::Kind::eNone)
+		if (outOutput.mKind != Output::Kind::kNone)
 		{
 			outChain.mPan = MakePan(inLayout, to);
 		}

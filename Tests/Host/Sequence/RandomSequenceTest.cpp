@@ -57,12 +57,12 @@ struct Part
 {
 	enum class Begin
 	{
-		ePreroll,
-		eReset,
-		eSeek,
+		kPreroll,
+		kReset,
+		kSeek,
 	};
 
-	Begin mBegin = Begin::ePreroll;
+	Begin mBegin = Begin::kPreroll;
 	bool mIsReverse = false;
 	std::int64_t mFirst = 0;
 	std::int64_t mFrames = 0;
@@ -174,11 +174,11 @@ private:
 		SN::IAudioGenerator& generator = *mGraph.GetGenerator();
 		mPrefetcher = {
 			ToTime(inPart.mLoopFirst), ToTime(inPart.mLoopEnd), inPart.mLoopEnd > 0, inPart.mIsReverse};
-		if (inPart.mBegin == Part::Begin::eReset)
+		if (inPart.mBegin == Part::Begin::kReset)
 		{
 			generator.Reset();
 		}
-		if (inPart.mBegin != Part::Begin::eSeek)
+		if (inPart.mBegin != Part::Begin::kSeek)
 		{
 			generator.Preroll(ToTime(inPart.mFirst), inPart.mIsReverse);
 		}
@@ -477,7 +477,7 @@ Rendering MakeRendering(Kind const& inKind, unsigned inSeed, std::int64_t inFram
 	{
 		rendering.mParts.push_back(choice.PickPart(inKind.mMayLoop));
 	}
-	rendering.mParts.front().mBegin = Part::Begin::ePreroll;
+	rendering.mParts.front().mBegin = Part::Begin::kPreroll;
 	return rendering;
 }
 
@@ -498,8 +498,8 @@ std::string Describe(Rendering const& inRendering)
 	std::ostringstream text;
 	for (Part const& part : inRendering.mParts)
 	{
-		text << (part.mBegin == Part::Begin::ePreroll    ? "preroll"
-					: part.mBegin == Part::Begin::eReset ? "reset"
+		text << (part.mBegin == Part::Begin::kPreroll    ? "preroll"
+					: part.mBegin == Part::Begin::kReset ? "reset"
 														 : "seek")
 			 << " to " << part.mFirst << (part.mIsReverse ? ", back " : ", ") << part.mFrames;
 		if (part.mLoopEnd > 0)

@@ -120,7 +120,7 @@ Submix MakeSubmix(std::vector<Stage> inStages, Output const& inOutput = {})
 
 Output ToSubmix(std::size_t inSubmix)
 {
-	return {Output::Kind::eSubmix, inSubmix};
+	return {Output::Kind::kSubmix, inSubmix};
 }
 
 Stage SendTo(std::size_t inSubmix)
@@ -286,7 +286,7 @@ TEST(SequenceGraph, AMuteRampsSendsAndLeavesNoStaleSound)
 	for (bool const isSent : {true, false})
 	{
 		Item item = isSent ? MakeSteadyClip() : MakeClip(0, kMediaFrames, 0, 1000);
-		Track track = MakeTrack({item}, {}, {isSent ? Output::Kind::eNone : Output::Kind::eMaster, 0});
+		Track track = MakeTrack({item}, {}, {isSent ? Output::Kind::kNone : Output::Kind::kMaster, 0});
 		if (isSent)
 		{
 			track.mChain.mStages = {SendTo(0)};
@@ -447,7 +447,7 @@ TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
 			[&] {
 				Render(test.first, {0, 1});
 			},
-			HostError::Kind::eRequest);
+			HostError::Kind::kRequest);
 		EXPECT_EQ(refusal.substr(0, test.second.size()), test.second);
 	}
 	// It holds itself.

@@ -76,7 +76,7 @@ private:
 	{
 		EraseOne(ioStrip.mChain.mStages);
 		ioStrip.mMute = IsNext(ioStrip.mMute != nullptr) ? MuteSwitch() : ioStrip.mMute;
-		bool const isRedirected = IsNext(ioStrip.mOutput.mKind == Output::Kind::eSubmix);
+		bool const isRedirected = IsNext(ioStrip.mOutput.mKind == Output::Kind::kSubmix);
 		ioStrip.mOutput = isRedirected ? Output() : ioStrip.mOutput;
 		if (IsNext(static_cast<bool>(ioStrip.mChain.mPan)) || isRedirected)
 		{

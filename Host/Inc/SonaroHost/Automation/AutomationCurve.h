@@ -20,7 +20,7 @@ struct AutomationPoint
 	SN::TickTime mTime;
 	double mValue = 0.0;
 	// How the segment that begins here runs.
-	Interpolation mInterpolation = Interpolation::eLinear;
+	Interpolation mInterpolation = Interpolation::kLinear;
 };
 
 // The course of a value over time: points and what lies between them. Before the first point the curve has the first
@@ -42,7 +42,7 @@ public:
 	// point when a time is not within the time line, from -kTimeMax to kTimeMax without the ends, or when
 	// a value, as given out, is no finite float.
 	explicit AutomationCurve(
-		std::vector<AutomationPoint> inPoints, AutomationScale inScale = AutomationScale::eLinear);
+		std::vector<AutomationPoint> inPoints, AutomationScale inScale = AutomationScale::kLinear);
 
 	bool IsEmpty() const { return mNodes.empty(); }
 	// Whether every segment holds its value.
@@ -79,7 +79,7 @@ private:
 		SN::TickTime mTime;
 		// The value in the scale of the points.
 		double mValue = 0.0;
-		Interpolation mInterpolation = Interpolation::eHold;
+		Interpolation mInterpolation = Interpolation::kHold;
 		// The slope in values per tick.
 		double mSlope = 0.0;
 		// Whether the segment that begins here has to be sampled all along.

@@ -7,20 +7,20 @@ namespace SonaroHost
 enum class Interpolation
 {
 	// The point's value up to the next point.
-	eHold,
+	kHold,
 	// A straight line.
-	eLinear,
+	kLinear,
 	// Rounded, and never beyond the values of the two points.
-	eSmooth,
+	kSmooth,
 };
 
 // What the values of a curve's points are.
 enum class AutomationScale
 {
 	// What the curve gives out.
-	eLinear,
+	kLinear,
 	// Decibels. The curve runs in decibels and gives out the linear gain.
-	eDecibels,
+	kDecibels,
 };
 
 } // namespace SonaroHost

@@ -9,11 +9,11 @@ namespace SonaroHost
 enum class FadeShape
 {
 	// p. Two of them keep the sum of the amplitudes.
-	eLinear,
+	kLinear,
 	// sin(p * pi / 2). Two of them keep the sum of the powers.
-	eEqualPower,
+	kEqualPower,
 	// p * p * (3 - 2 * p). Level at both ends; two of them keep the sum of the amplitudes.
-	eSCurve,
+	kSCurve,
 };
 
 // Exactly 0 at 0 and below, exactly 1 at 1 and above.

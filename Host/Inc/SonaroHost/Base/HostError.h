@@ -15,13 +15,13 @@ public:
 	enum class Kind
 	{
 		// What was asked for makes no sense, by itself or for this input.
-		eRequest,
-		eInput,
-		eOutput,
+		kRequest,
+		kInput,
+		kOutput,
 		// The input is in order, and nothing in it is heard.
-		eNothingHeard,
+		kNothingHeard,
 		// The engine would not do what the host asked of it.
-		eEngine,
+		kEngine,
 	};
 
 	// What a message is made of; all but the reason may be empty.
@@ -48,7 +48,7 @@ private:
 	Parts mParts;
 };
 
-// Throws a HostError of the kind eRequest.
+// Throws a HostError of the kind kRequest.
 [[noreturn]] void Refuse(std::string const& inReason);
 
 // A path for messages: in quotes, control characters escaped, so that any name stays on one line.

@@ -10,34 +10,34 @@ namespace SonaroHost
 
 enum class OutputContainer
 {
-	eWav,
-	eAiff,
-	eFlac,
-	eCaf,
+	kWav,
+	kAiff,
+	kFlac,
+	kCaf,
 };
 
 enum class OutputSamples
 {
-	eInteger16,
-	eInteger24,
-	eFloat32,
+	kInteger16,
+	kInteger24,
+	kFloat32,
 };
 
 enum class Dither
 {
-	eNone,
+	kNone,
 	// Triangular noise of two steps from peak to peak: rounding errors become a steady noise that does
 	// not depend on the signal.
-	eTriangular,
+	kTriangular,
 };
 
 // What a rendered file is.
 struct OutputFormat
 {
-	OutputContainer mContainer = OutputContainer::eWav;
-	OutputSamples mSamples = OutputSamples::eFloat32;
+	OutputContainer mContainer = OutputContainer::kWav;
+	OutputSamples mSamples = OutputSamples::kFloat32;
 	// How integer samples are rounded.
-	Dither mDither = Dither::eNone;
+	Dither mDither = Dither::kNone;
 };
 
 // Finds a container by its name or by the ending of a file name, in upper or lower case: "wav", "wave", "aif", "aiff",

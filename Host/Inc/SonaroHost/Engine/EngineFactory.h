@@ -5,7 +5,7 @@
 namespace SonaroHost
 {
 
-// Throws a HostError of the kind eEngine when inResult, what the engine answered to inWhat ("a clip", "a
+// Throws a HostError of the kind kEngine when inResult, what the engine answered to inWhat ("a clip", "a
 // context"), is a failure.
 void CheckEngineResult(int inResult, char const* inWhat);
 

@@ -17,8 +17,8 @@ namespace SonaroHost
 
 enum class RenderDirection
 {
-	eForward,
-	eReverse,
+	kForward,
+	kReverse,
 };
 
 // What of a graph is rendered, and how.
@@ -29,7 +29,7 @@ struct OfflineRange
 	unsigned mChannels = 0;
 	// The frames of a block, at most the context's largest.
 	unsigned mBlockFrames = 0;
-	RenderDirection mDirection = RenderDirection::eForward;
+	RenderDirection mDirection = RenderDirection::kForward;
 	std::int64_t mFirstFrame = 0;
 	// So many frames before the first, or, in reverse, after the last one, are pulled ahead of them. The sink gets
 	// them, too, in blocks of their own.

@@ -12,9 +12,9 @@ namespace SonaroHost
 struct OutputPlan
 {
 	// Throws a HostError that names the output, and why it cannot be written there:
-	//   kind eRequest  It is an input, a medium, the place where a medium is looked for, a folder above one, part of a
+	//   kind kRequest  It is an input, a medium, the place where a medium is looked for, a folder above one, part of a
 	//                  bundle, another timeline, or another output.
-	//   kind eOutput   It is there and may not be replaced; or it has no folder, or is one.
+	//   kind kOutput   It is there and may not be replaced; or it has no folder, or is one.
 	void Check() const;
 
 	// Files, written each as a whole.

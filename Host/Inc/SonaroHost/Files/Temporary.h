@@ -20,15 +20,15 @@ public:
 	// How much of it goes.
 	enum class Removal
 	{
-		eWithContents,
+		kWithContents,
 		// A folder only while nothing is in it that is to stay.
-		eWhileEmpty,
+		kWhileEmpty,
 	};
 
 	// inMake makes it and returns its path, or throws. No clean-up comes between that and the entry in the
 	// list.
 	explicit Temporary(
-		std::function<std::filesystem::path()> const& inMake, Removal inRemoval = Removal::eWithContents);
+		std::function<std::filesystem::path()> const& inMake, Removal inRemoval = Removal::kWithContents);
 	~Temporary();
 	Temporary(Temporary const&) = delete;
 	Temporary& operator=(Temporary const&) = delete;

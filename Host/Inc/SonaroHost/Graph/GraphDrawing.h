@@ -56,12 +56,12 @@ private:
 
 enum class GraphFormat
 {
-	eDot,
-	eSvg,
-	ePng,
+	kDot,
+	kSvg,
+	kPng,
 };
 
-// The bytes of a file with a drawing, laid out by Graphviz unless it stays text. Throws a HostError of kind eOutput when
+// The bytes of a file with a drawing, laid out by Graphviz unless it stays text. Throws a HostError of kind kOutput when
 // that cannot.
 // Threads: one at a time.
 std::string DrawGraph(std::string const& inDot, GraphFormat inFormat);

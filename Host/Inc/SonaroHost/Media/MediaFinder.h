@@ -44,7 +44,7 @@ class MediaFinder
 {
 public:
 	// inFolder: of the timeline. inShownFolder: what it is called before people, when that is something else. Throws a
-	// HostError of the kind eRequest for a media folder that is not there.
+	// HostError of the kind kRequest for a media folder that is not there.
 	explicit MediaFinder(std::filesystem::path inFolder,
 		std::vector<std::filesystem::path> inMediaFolders = {}, std::filesystem::path inShownFolder = {});
 
@@ -70,6 +70,9 @@ private:
 		std::filesystem::path mTail;
 	};
 
+	// Whether one of the places has a file, which becomes what was found, or is a timeline's, which is refused. The empty
+	// places before it are noted.
+	static bool TakeExact(std::vector<Place> const& inPlaces, FoundMedia& ioFound);
 	// The timeline's own places.
 	std::vector<Place> ListOwn(std::vector<std::filesystem::path> const& inPaths) const;
 	// Those in the media folders.

@@ -13,7 +13,7 @@ class NoSoundError final : public HostError
 {
 public:
 	explicit NoSoundError(Parts inParts)
-		: HostError(Kind::eInput, std::move(inParts))
+		: HostError(Kind::kInput, std::move(inParts))
 	{
 	}
 };

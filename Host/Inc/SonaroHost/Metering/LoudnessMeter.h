@@ -19,7 +19,7 @@ class LoudnessBank;
 // Decibels of a linear amplitude; minus infinity for 0.
 double ToDecibels(double inAmplitude);
 
-// Measures a programme by EBU R 128 (ITU-R BS.1770): K-weighted loudness, gated where it is integrated, and
+// Ranges a programme by EBU R 128 (ITU-R BS.1770): K-weighted loudness, gated where it is integrated, and
 // the true peak, oversampled four times below 96 kHz and twice below 192 kHz, from where on it is that of the
 // samples.
 //
@@ -38,7 +38,7 @@ public:
 	// inBank: of the same sample rate, for one of many meters; then they share a thread. Throws a HostError for what
 	// cannot be measured.
 	LoudnessMeter(SN::AudioChannelLayout const& inLayout, double inSampleRate, Memory inMemory,
-		Windows inWindows = Windows::eSliding, std::shared_ptr<LoudnessBank> inBank = nullptr);
+		Windows inWindows = Windows::kSliding, std::shared_ptr<LoudnessBank> inBank = nullptr);
 	~LoudnessMeter();
 	LoudnessMeter(LoudnessMeter const&) = delete;
 	LoudnessMeter& operator=(LoudnessMeter const&) = delete;

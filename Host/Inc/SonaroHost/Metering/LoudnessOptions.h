@@ -7,19 +7,19 @@ namespace SonaroHost
 enum class LoudnessMemory
 {
 	// The integrated loudness is exact. A block of 100 ms of audio costs 8 bytes, allocated on the way.
-	eGrowing,
+	kGrowing,
 	// Blocks near the relative gate pass it or not in classes of 0.01 LU, and nothing allocates after the
 	// constructor.
-	eFixed,
+	kFixed,
 };
 
 // Which windows slide over a programme.
 enum class LoudnessWindows
 {
 	// Momentary and short-term loudness stay at minus infinity.
-	eNone,
+	kNone,
 	// They are measured, in 12 bytes for each frame of a second.
-	eSliding,
+	kSliding,
 };
 
 } // namespace SonaroHost

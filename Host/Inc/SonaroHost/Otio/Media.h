@@ -13,26 +13,26 @@ struct MediaReference
 {
 	enum class Kind
 	{
-		eExternal,
-		eMissing,
-		eGenerator,
+		kExternal,
+		kMissing,
+		kGenerator,
 		// Pictures, which have no sound.
-		eImageSequence,
+		kImageSequence,
 		// A schema of others; it counts as missing.
-		eUnknown,
+		kUnknown,
 	};
 
-	Kind mKind = Kind::eMissing;
+	Kind mKind = Kind::kMissing;
 	// The key under which the clip has it; "DEFAULT_MEDIA" for a clip's only reference.
 	std::string mKey;
 	std::string mName;
-	// eExternal: as the file has it, neither decoded nor resolved. Not empty.
+	// kExternal: as the file has it, neither decoded nor resolved. Not empty.
 	std::string mTargetUrl;
-	// eGenerator: what generates.
+	// kGenerator: what generates.
 	std::string mGeneratorKind;
 	// What the media file holds, in its own time: its first sample is at the start.
 	std::optional<TimeRange> mAvailableRange;
-	// eUnknown: "Name.version".
+	// kUnknown: "Name.version".
 	std::string mSchema;
 	// The object as compact JSON; empty for an empty one.
 	std::string mMetadata;

@@ -18,9 +18,9 @@ struct Curve
 	enum class TimeUnit
 	{
 		// Times are times.
-		eTime,
+		kTime,
 		// mTime.mValue / mTime.mRate is a fraction of the item's length, from 0 to 1.
-		eFractionOfLength,
+		kFractionOfLength,
 	};
 
 	struct Keyframe
@@ -29,7 +29,7 @@ struct Curve
 		RationalTime mTime;
 		double mValue = 0.0;
 		// How the curve runs up to the next keyframe.
-		Interpolation mInterpolation = Interpolation::eLinear;
+		Interpolation mInterpolation = Interpolation::kLinear;
 	};
 
 	bool IsConstant() const { return mKeyframes.empty(); }
@@ -38,10 +38,10 @@ struct Curve
 	double mConstant = 0.0;
 	// The keyframes in rising order of time, no two at one time.
 	std::vector<Keyframe> mKeyframes;
-	// A gain is in decibels, which may be minus infinity, or a linear factor. A pan is always eLinear, from
+	// A gain is in decibels, which may be minus infinity, or a linear factor. A pan is always kLinear, from
 	// -1 (left) to 1 (right).
-	AutomationScale mScale = AutomationScale::eLinear;
-	TimeUnit mTimeUnit = TimeUnit::eTime;
+	AutomationScale mScale = AutomationScale::kLinear;
+	TimeUnit mTimeUnit = TimeUnit::kTime;
 };
 
 struct Fade

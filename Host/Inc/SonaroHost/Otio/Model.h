@@ -23,19 +23,19 @@ struct Effect
 {
 	enum class Kind
 	{
-		eLinearTimeWarp,
-		eFreezeFrame,
+		kLinearTimeWarp,
+		kFreezeFrame,
 		// Everything else. It is not rendered, except for its levels.
-		eOther,
+		kOther,
 	};
 
-	Kind mKind = Kind::eOther;
+	Kind mKind = Kind::kOther;
 	// "Name.version".
 	std::string mSchema;
 	std::string mName;
 	std::string mEffectName;
 	bool mIsEnabled = true;
-	// eLinearTimeWarp: media time that passes in a second of the item's; not 0, at most 1000 either way.
+	// kLinearTimeWarp: media time that passes in a second of the item's; not 0, at most 1000 either way.
 	double mTimeScalar = 1.0;
 	ForeignLevels mLevels;
 	std::string mMetadata;

@@ -12,17 +12,17 @@ struct Note
 	enum class Kind
 	{
 		// Noted for completeness; the sound is as the file says.
-		eRemark,
+		kRemark,
 		// The file leaves the meaning open; this one was taken.
-		eGuess,
+		kGuess,
 		// Something that may have been meant to be heard has no effect.
-		eIgnored,
+		kIgnored,
 		// A gain, pan, fade, mute, solo or choice of channels of another program, in a form that is not known: what
 		// is heard may be louder, softer or elsewhere than it was made.
-		eLevelNotRead,
+		kLevelNotRead,
 	};
 
-	Kind mKind = Kind::eRemark;
+	Kind mKind = Kind::kRemark;
 	// A JSON pointer such as "/tracks/children/0/effects/2"; empty for the file as a whole.
 	std::string mPlace;
 	std::string mText;

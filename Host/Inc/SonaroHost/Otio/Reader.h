@@ -21,7 +21,7 @@ struct Document
 	std::vector<Note> mNotes;
 };
 
-// Reads the bytes of an .otio file. Throws a HostError of kind eInput for anything that is no valid file of
+// Reads the bytes of an .otio file. Throws a HostError of kind kInput for anything that is no valid file of
 // the format; its message names inPath, which serves for nothing else, the place and what to do.
 // Threads: any.
 Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inPath);

@@ -5,10 +5,13 @@
 #include <filesystem>
 #include <memory>
 
+namespace SonaroHost
+{
+class TemporaryFolder;
+}
+
 namespace SonaroHost::Otio
 {
-
-class TemporaryFolder;
 
 // A timeline as it lies on the disk: a bare .otio file; an .otiod bundle, a folder with "content.otio" and
 // "media/"; or an .otioz bundle, the same in a zip archive, whose media are unpacked into a temporary folder that
@@ -16,7 +19,7 @@ class TemporaryFolder;
 class TimelineFile
 {
 public:
-	// Throws a HostError of kind eInput that says what is wrong with the file, or eOutput when there is no room to
+	// Throws a HostError of kind kInput that says what is wrong with the file, or kOutput when there is no room to
 	// unpack it.
 	explicit TimelineFile(std::filesystem::path const& inPath);
 	~TimelineFile();

@@ -17,16 +17,16 @@ struct ClipRow
 {
 	enum class Status
 	{
-		eHeard,
+		kHeard,
 		// Silent on purpose: disabled, muted, frozen, cut away by what it is nested in ...
-		eSilent,
+		kSilent,
 		// Its media cannot be found or read.
-		eMissing,
+		kMissing,
 		// Its media are there, and all that it asks for lies outside of them.
-		eOutside,
+		kOutside,
 	};
 
-	Status mStatus = Status::eHeard;
+	Status mStatus = Status::kHeard;
 	// Why it is not heard.
 	std::string mReason;
 	std::string mName;

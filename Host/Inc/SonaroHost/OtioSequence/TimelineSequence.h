@@ -21,7 +21,7 @@ struct TimelineOptions
 	// The layout. Without one it is the timeline's own, and stereo where it names none, unless all that is heard is mono.
 	std::optional<SN::AudioChannelLayout> mLayout;
 	// The shape of transitions and fades that name none.
-	FadeShape mFadeShape = FadeShape::eEqualPower;
+	FadeShape mFadeShape = FadeShape::kEqualPower;
 };
 
 // A timeline as a sequence that a graph can be made of, and what is to be reported about it.

@@ -41,7 +41,7 @@ struct ClipInput
 };
 
 // Sound files to be rendered into another, one after the other or wherever they are put. There are no tracks to
-// measure, so eTracks means the output.
+// measure, so kTracks means the output.
 struct ClipRenderRequest : OutputRequest
 {
 	// One input or more. Where they overlap, the later one in this list is heard alone.
@@ -49,7 +49,7 @@ struct ClipRenderRequest : OutputRequest
 	// What the inputs become: without a layout, the widest of theirs. A mixdown holds for those of 5.1.
 	LayoutRequest mLayout;
 	// The direction of the whole programme, as the speed is its speed.
-	RenderDirection mDirection = RenderDirection::eForward;
+	RenderDirection mDirection = RenderDirection::kForward;
 	// Resampled, so that pitch follows; at 1 nothing is.
 	double mSpeed = 1.0;
 	// The output's rate; without one it is that of the first input. Inputs of another rate are resampled, pitch and

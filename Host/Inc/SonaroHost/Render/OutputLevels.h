@@ -24,11 +24,11 @@ void CheckLevels(OutputLevels const& inLevels, float inGain);
 // What is measured. All tracks together take about as long as a render itself.
 enum class Measuring
 {
-	eNothing,
+	kNothing,
 	// Loudness and true peak of what is written.
-	eOutput,
+	kOutput,
 	// The mix is measured, and each track and nested sequence as well.
-	eTracks,
+	kTracks,
 };
 
 } // namespace SonaroHost

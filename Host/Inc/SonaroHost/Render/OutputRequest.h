@@ -24,7 +24,7 @@ struct OutputRequest
 	std::vector<std::filesystem::path> mOtherOutputs;
 	// Whether older files of the outputs' names may be replaced, the other outputs' too.
 	bool mReplace = true;
-	OutputContainer mContainer = OutputContainer::eWav;
+	OutputContainer mContainer = OutputContainer::kWav;
 	// Without these, GetDefaultSamples and ChooseDither decide.
 	std::optional<OutputSamples> mSamples;
 	std::optional<Dither> mDither;
@@ -36,7 +36,7 @@ struct OutputRequest
 	std::optional<TimePosition> mFadeIn;
 	std::optional<TimePosition> mFadeOut;
 	OutputLevels mLevels;
-	Measuring mMeasuring = Measuring::eNothing;
+	Measuring mMeasuring = Measuring::kNothing;
 	// More costs memory and gains nothing.
 	unsigned mBlockFrames = 4096;
 };

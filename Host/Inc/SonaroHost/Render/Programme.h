@@ -35,7 +35,7 @@ struct Programme
 
 // The engine's graph of a programme; inContext, inPrefetcher and inView as SequenceGraph wants them. Throws a HostError
 // for a sequence that cannot be rendered, such as one that is nested too deep or has a clip that ends beyond 50 hours:
-// of kind eInput, naming the programme's file and the place in it, where there is such a file.
+// of kind kInput, naming the programme's file and the place in it, where there is such a file.
 Sequence::SequenceGraph MakeGraph(Programme const& inProgramme,
 	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, Sequence::GraphView const& inView = {},
 	SN::Prefetcher const* inPrefetcher = nullptr);

@@ -14,7 +14,7 @@ Programme MakeProgramme(TimelineSequence const& inSequence, FileMedia const& inM
 // nothing of it: for no length, for silence, or for a graph that cannot be made.
 void CheckCanRender(TimelineSequence const& inSequence, FileMedia const& inMedia);
 
-// Throws a HostError for a programme without a sample, and one of kind eNothingHeard where nothing of it is heard.
+// Throws a HostError for a programme without a sample, and one of kind kNothingHeard where nothing of it is heard.
 void CheckHasSound(TimelineSequence const& inSequence);
 
 } // namespace SonaroHost::Otio

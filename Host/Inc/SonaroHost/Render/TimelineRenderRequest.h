@@ -14,11 +14,11 @@ namespace SonaroHost::Otio
 enum class Stems
 {
 	// Into one.
-	eNone,
+	kNone,
 	// One for each child of the timeline that is heard. Without limiting and effects of the sum they add up to the mix.
-	eTracks,
+	kTracks,
 	// One for each marker, of the mix; a point names all up to the next one.
-	eMarkers,
+	kMarkers,
 };
 
 // A timeline that is to be rendered into sound files.
@@ -29,7 +29,7 @@ struct TimelineRenderRequest : OutputRequest
 	TimelineOptions mOptions;
 	// The range as FindRange reads it; empty for all.
 	std::string mRange;
-	Stems mStems = Stems::eNone;
+	Stems mStems = Stems::kNone;
 	// Whether the job's sequence keeps its rows of tracks and clips when it runs, for a report. Measuring tracks keeps
 	// them anyway.
 	bool mKeepsRows = true;

@@ -23,7 +23,7 @@ struct TimelineWaveformRequest
 	std::vector<std::filesystem::path> mMediaFolders;
 	std::filesystem::path mOutput;
 	// A picture.
-	WaveformFormat mFormat = WaveformFormat::ePng;
+	WaveformFormat mFormat = WaveformFormat::kPng;
 	Otio::TimelineOptions mOptions;
 	// Pixels.
 	unsigned mWidth = 1200;
@@ -59,6 +59,9 @@ public:
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
+	// The height of a picture of so many bands. Throws a HostError when it does not fit them.
+	unsigned ChooseHeight(unsigned inBands) const;
+
 	TimelineWaveformRequest mRequest;
 	Otio::TimelineInput mInput;
 	Otio::TimelineSequence mSequence;

@@ -25,22 +25,22 @@ inline constexpr std::int64_t kMaxWaveformColumns = 1 << 24;
 
 enum class WaveformFormat
 {
-	ePng,
-	eSvg,
+	kPng,
+	kSvg,
 	// Minima and maxima in version 2 of the format that browsers' peak viewers read, as text or binary.
-	eJson,
-	eDat,
+	kJson,
+	kDat,
 };
 
 inline bool IsPicture(WaveformFormat inFormat)
 {
-	return inFormat == WaveformFormat::ePng || inFormat == WaveformFormat::eSvg;
+	return inFormat == WaveformFormat::kPng || inFormat == WaveformFormat::kSvg;
 }
 
 enum class WaveformChannels
 {
-	eStacked,
-	eMerged,
+	kStacked,
+	kMerged,
 };
 
 // A sound file whose waveform is wanted.
@@ -48,7 +48,7 @@ struct WaveformRequest
 {
 	std::filesystem::path mInput;
 	std::filesystem::path mOutput;
-	WaveformFormat mFormat = WaveformFormat::ePng;
+	WaveformFormat mFormat = WaveformFormat::kPng;
 	TimePosition mStart;
 	// The length, at most to the input's end, which is where it ends without one.
 	std::optional<TimePosition> mDuration;
@@ -56,7 +56,7 @@ struct WaveformRequest
 	// columns, of 256 samples without either.
 	std::optional<std::int64_t> mWidth;
 	std::optional<std::int64_t> mSamplesPerColumn;
-	WaveformChannels mChannels = WaveformChannels::eStacked;
+	WaveformChannels mChannels = WaveformChannels::kStacked;
 	// The style of pictures.
 	WaveformStyle mStyle;
 	// Bits of a value in data: 8 or 16.

@@ -52,7 +52,7 @@ struct Nest
 struct Fade
 {
 	SN::TickTime mLength;
-	FadeShape mShape = FadeShape::eLinear;
+	FadeShape mShape = FadeShape::kLinear;
 };
 
 // What stands on a track. Items of a track are in the order of time and do not overlap.
@@ -84,8 +84,8 @@ struct Crossfade
 	// overlap.
 	SN::TickTime mBefore;
 	SN::TickTime mAfter;
-	FadeShape mOutgoingShape = FadeShape::eLinear;
-	FadeShape mIncomingShape = FadeShape::eLinear;
+	FadeShape mOutgoingShape = FadeShape::kLinear;
+	FadeShape mIncomingShape = FadeShape::kLinear;
 };
 
 // Where a track or a submix goes.
@@ -93,14 +93,14 @@ struct Output
 {
 	enum class Kind
 	{
-		eMaster,
-		eSubmix,
+		kMaster,
+		kSubmix,
 		// It is heard through its sends alone.
-		eNone,
+		kNone,
 	};
 
-	Kind mKind = Kind::eMaster;
-	// Index, for eSubmix.
+	Kind mKind = Kind::kMaster;
+	// Index, for kSubmix.
 	std::size_t mSubmix = 0;
 };
 

@@ -38,9 +38,9 @@ class SequenceGraph
 {
 public:
 	// inContext: of this graph alone, with prefetch for a playback; whoever made it clears it when the graph
-	// is done with. Throws a HostError that names the track and the item: of kind eRequest for a description
-	// that contradicts itself, such as sends that run in a circle, which is described by its names; of kind eInput
-	// for media that cannot be opened; of kind eEngine.
+	// is done with. Throws a HostError that names the track and the item: of kind kRequest for a description
+	// that contradicts itself, such as sends that run in a circle, which is described by its names; of kind kInput
+	// for media that cannot be opened; of kind kEngine.
 	// inPrefetcher: that of the context, which outlives the generator; null for an export.
 	SequenceGraph(Description const& inDescription,
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,

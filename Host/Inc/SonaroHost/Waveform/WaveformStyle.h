@@ -25,9 +25,9 @@ struct Colour
 
 enum class AmplitudeScale
 {
-	eLinear,
+	kLinear,
 	// Decibels, from the floor in the middle to full scale at the edge.
-	eDecibels,
+	kDecibels,
 };
 
 // What a picture of a waveform looks like.
@@ -38,7 +38,7 @@ struct WaveformStyle
 	Colour mBackground{255, 255, 255, 255};
 	Colour mWave{36, 84, 138, 255};
 	Colour mRms{122, 170, 220, 255};
-	AmplitudeScale mScale = AmplitudeScale::eLinear;
+	AmplitudeScale mScale = AmplitudeScale::kLinear;
 	// The floor, below 0.
 	double mFloorDecibels = -60.0;
 };

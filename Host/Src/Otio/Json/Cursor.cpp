@@ -81,7 +81,7 @@ void Cursor::AppendPlace(std::string& ioPlace) const
 	constexpr std::size_t kLongestKey = 80;
 	mAround->AppendPlace(ioPlace);
 	ioPlace += '/';
-	if (mAround->Is(JsonValue::Type::eArray))
+	if (mAround->Is(JsonValue::Type::kArray))
 	{
 		ioPlace += std::to_string(mIndex);
 		return;

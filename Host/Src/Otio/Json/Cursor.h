@@ -32,8 +32,8 @@ public:
 	JsonValue const& Get() const { return *mValue; }
 	bool Is(JsonValue::Type inType) const { return mValue->Is(inType); }
 	// Absent or null, which are one to the format.
-	bool IsNothing() const { return Is(JsonValue::Type::eNull); }
-	bool IsObject() const { return Is(JsonValue::Type::eObject); }
+	bool IsNothing() const { return Is(JsonValue::Type::kNull); }
+	bool IsObject() const { return Is(JsonValue::Type::kObject); }
 
 	// The place as a JSON pointer (RFC 6901). A very long one has "..." for its middle.
 	std::string GetPlace() const;

@@ -22,9 +22,9 @@ void CheckObject(Cursor const& inValue, SchemaKind inKind, char const* inName)
 		inValue.RefuseType(std::string("a ") + inName);
 	}
 	SchemaKind const kind = ReadSchema(inValue);
-	if (kind == SchemaKind::eNone)
+	if (kind == SchemaKind::kNone)
 	{
-		inValue.Tell(Note::Kind::eGuess, std::string("OTIO_SCHEMA is missing; assuming ") + inName);
+		inValue.Tell(Note::Kind::kGuess, std::string("OTIO_SCHEMA is missing; assuming ") + inName);
 	}
 	else if (kind != inKind)
 	{
@@ -68,23 +68,23 @@ void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_v
 		}
 		if (!isIn(inKnown, member.mKey) && !isIn(inShared, member.mKey))
 		{
-			Cursor(inObject, member).Tell(Note::Kind::eIgnored, "unknown key; ignored");
+			Cursor(inObject, member).Tell(Note::Kind::kIgnored, "unknown key; ignored");
 		}
 		else if (repeated.Has(member))
 		{
 			Cursor(inObject, member)
-				.Tell(Note::Kind::eGuess, "the key appears more than once; the last value is used");
+				.Tell(Note::Kind::kGuess, "the key appears more than once; the last value is used");
 		}
 	}
 }
 
 std::string ReadLabel(Cursor const& inValue)
 {
-	if (inValue.IsNothing() || inValue.Is(JsonValue::Type::eString))
+	if (inValue.IsNothing() || inValue.Is(JsonValue::Type::kString))
 	{
 		return inValue.IsNothing() ? std::string() : std::string(inValue.Get().GetString());
 	}
-	inValue.Tell(Note::Kind::eRemark, "expected a string, found " +
+	inValue.Tell(Note::Kind::kRemark, "expected a string, found " +
 										  std::string(GetTypeName(inValue.Get().GetType())) +
 										  "; treating it as empty");
 	return {};
@@ -92,7 +92,7 @@ std::string ReadLabel(Cursor const& inValue)
 
 std::string ReadText(Cursor const& inValue)
 {
-	if (!inValue.Is(JsonValue::Type::eString))
+	if (!inValue.Is(JsonValue::Type::kString))
 	{
 		inValue.RefuseType("a string");
 	}
@@ -101,7 +101,7 @@ std::string ReadText(Cursor const& inValue)
 
 double ReadNumber(Cursor const& inValue, double inSmallest, double inLargest)
 {
-	if (!inValue.Is(JsonValue::Type::eNumber))
+	if (!inValue.Is(JsonValue::Type::kNumber))
 	{
 		inValue.RefuseType("a number");
 	}
@@ -121,7 +121,7 @@ double ReadNumber(Cursor const& inValue, double inSmallest, double inLargest)
 
 bool ReadBool(Cursor const& inValue)
 {
-	if (!inValue.Is(JsonValue::Type::eBool))
+	if (!inValue.Is(JsonValue::Type::kBool))
 	{
 		inValue.RefuseType("true or false");
 	}
@@ -134,10 +134,10 @@ bool ReadEnabled(Cursor const& inValue)
 	{
 		return true;
 	}
-	if (inValue.Is(JsonValue::Type::eNumber))
+	if (inValue.Is(JsonValue::Type::kNumber))
 	{
 		bool const isEnabled = inValue.Get().GetNumber() != 0.0;
-		inValue.Tell(Note::Kind::eGuess,
+		inValue.Tell(Note::Kind::kGuess,
 			std::string("\"enabled\" is a number; treating it as ") + (isEnabled ? "true" : "false"));
 		return isEnabled;
 	}
@@ -146,7 +146,7 @@ bool ReadEnabled(Cursor const& inValue)
 
 RationalTime ReadTime(Cursor const& inValue)
 {
-	CheckObject(inValue, SchemaKind::eRationalTime, "RationalTime");
+	CheckObject(inValue, SchemaKind::kRationalTime, "RationalTime");
 	TellUnknownKeys(inValue, {"value", "rate"});
 	constexpr double kAny = std::numeric_limits<double>::max();
 	RationalTime time;
@@ -173,14 +173,14 @@ RationalTime ReadDuration(Cursor const& inValue)
 
 TimeRange ReadRange(Cursor const& inValue)
 {
-	CheckObject(inValue, SchemaKind::eTimeRange, "TimeRange");
+	CheckObject(inValue, SchemaKind::kTimeRange, "TimeRange");
 	TellUnknownKeys(inValue, {"start_time", "duration"});
 	TimeRange range;
 	range.mDuration = ReadDuration(Cursor(inValue, "duration"));
 	Cursor const start(inValue, "start_time");
 	if (start.IsNothing())
 	{
-		inValue.Tell(Note::Kind::eGuess, "start_time is missing; assuming 0");
+		inValue.Tell(Note::Kind::kGuess, "start_time is missing; assuming 0");
 		range.mStartTime.mRate = range.mDuration.mRate;
 		return range;
 	}
@@ -193,7 +193,7 @@ std::string ReadMetadata(Cursor const& inObject)
 	Cursor const metadata(inObject, "metadata");
 	if (!metadata.IsNothing() && !metadata.IsObject())
 	{
-		metadata.Tell(Note::Kind::eIgnored, "metadata is not an object; ignored");
+		metadata.Tell(Note::Kind::kIgnored, "metadata is not an object; ignored");
 		return {};
 	}
 	return DumpJson(metadata.Get(), "sonaro");

@@ -65,7 +65,7 @@ auto ReadIfUsable(Cursor const& inValue, Reader const& inRead) -> std::optional<
 	}
 	catch (Refusal const& refusal)
 	{
-		inValue.GetFindings().Tell(Note::Kind::eIgnored, refusal.what() + std::string("; ignored"),
+		inValue.GetFindings().Tell(Note::Kind::kIgnored, refusal.what() + std::string("; ignored"),
 			[&refusal] { return refusal.GetPlace(); });
 		return std::nullopt;
 	}
@@ -86,7 +86,7 @@ void ForEach(Cursor const& inList, Reader const& inRead)
 	{
 		return;
 	}
-	if (!inList.Is(JsonValue::Type::eArray))
+	if (!inList.Is(JsonValue::Type::kArray))
 	{
 		inList.RefuseType("an array");
 	}

@@ -57,7 +57,7 @@ std::vector<Note> Findings::TakeNotes()
 		rest.begin(), rest.end(), [](Note const& inA, Note const& inB) { return inA.mText < inB.mText; });
 	std::move(rest.begin(), rest.end(), std::back_inserter(mNotes));
 	for (Note::Kind const kind :
-		{Note::Kind::eRemark, Note::Kind::eGuess, Note::Kind::eIgnored, Note::Kind::eLevelNotRead})
+		{Note::Kind::kRemark, Note::Kind::kGuess, Note::Kind::kIgnored, Note::Kind::kLevelNotRead})
 	{
 		if (std::size_t const count = mUncounted[static_cast<std::size_t>(kind)])
 		{

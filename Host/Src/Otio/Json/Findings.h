@@ -39,7 +39,7 @@ public:
 	template <class Place>
 	void Tell(Note::Kind inKind, std::string inText, Place const& inPlace)
 	{
-		Note::Kind const kind = mIsSilent ? Note::Kind::eRemark : inKind;
+		Note::Kind const kind = mIsSilent ? Note::Kind::kRemark : inKind;
 		if (Count(kind, inText))
 		{
 			mNotes.push_back({kind, inPlace(), std::move(inText), 1});
@@ -73,7 +73,7 @@ public:
 private:
 	struct Tally
 	{
-		Note::Kind mKind = Note::Kind::eRemark;
+		Note::Kind mKind = Note::Kind::kRemark;
 		std::size_t mCount = 0;
 	};
 

@@ -56,19 +56,19 @@ void Dump(JsonValue const& inValue, std::string_view inLeaveOut, std::string& io
 	};
 	switch (inValue.GetType())
 	{
-	case JsonValue::Type::eNull:
+	case JsonValue::Type::kNull:
 		ioJson += "null";
 		break;
-	case JsonValue::Type::eBool:
+	case JsonValue::Type::kBool:
 		ioJson += inValue.GetBool() ? "true" : "false";
 		break;
-	case JsonValue::Type::eNumber:
+	case JsonValue::Type::kNumber:
 		DumpNumber(inValue.GetNumber(), ioJson);
 		break;
-	case JsonValue::Type::eString:
+	case JsonValue::Type::kString:
 		DumpString(inValue.GetString(), ioJson);
 		break;
-	case JsonValue::Type::eArray:
+	case JsonValue::Type::kArray:
 		for (JsonValue const& element : inValue.GetElements())
 		{
 			separate('[');
@@ -76,7 +76,7 @@ void Dump(JsonValue const& inValue, std::string_view inLeaveOut, std::string& io
 		}
 		ioJson += separator == 0 ? "[]" : "]";
 		break;
-	case JsonValue::Type::eObject:
+	case JsonValue::Type::kObject:
 		for (JsonMember const& member : inValue.GetMembers())
 		{
 			if (!inLeaveOut.empty() && member.mKey == inLeaveOut)
@@ -97,12 +97,12 @@ void Dump(JsonValue const& inValue, std::string_view inLeaveOut, std::string& io
 
 std::span<JsonValue const> JsonValue::GetElements() const
 {
-	return mType == Type::eArray ? std::span(mElements, mSize) : std::span<JsonValue const>();
+	return mType == Type::kArray ? std::span(mElements, mSize) : std::span<JsonValue const>();
 }
 
 std::span<JsonMember const> JsonValue::GetMembers() const
 {
-	return mType == Type::eObject ? std::span(mMembers, mSize) : std::span<JsonMember const>();
+	return mType == Type::kObject ? std::span(mMembers, mSize) : std::span<JsonMember const>();
 }
 
 JsonValue const* JsonValue::Find(std::string_view inKey) const
@@ -122,7 +122,7 @@ char const* GetTypeName(JsonValue::Type inType)
 std::string DumpJson(JsonValue const& inValue, std::string_view inLeaveOut)
 {
 	std::string json;
-	if (!inValue.Is(JsonValue::Type::eNull))
+	if (!inValue.Is(JsonValue::Type::kNull))
 	{
 		Dump(inValue, inLeaveOut, json);
 	}

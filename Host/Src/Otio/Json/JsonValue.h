@@ -17,40 +17,40 @@ class JsonValue
 public:
 	enum class Type : std::uint8_t
 	{
-		eNull,
-		eBool,
+		kNull,
+		kBool,
 		// Numbers, not-a-number and the infinite ones among them.
-		eNumber,
-		eString,
-		eArray,
-		eObject,
+		kNumber,
+		kString,
+		kArray,
+		kObject,
 	};
 
 	constexpr JsonValue() = default;
 	explicit JsonValue(bool inValue)
-		: mType(Type::eBool),
+		: mType(Type::kBool),
 		  mBool(inValue)
 	{
 	}
 	explicit JsonValue(double inValue)
-		: mType(Type::eNumber),
+		: mType(Type::kNumber),
 		  mNumber(inValue)
 	{
 	}
 	explicit JsonValue(std::string_view inText)
-		: mType(Type::eString),
+		: mType(Type::kString),
 		  mSize(static_cast<std::uint32_t>(inText.size())),
 		  mText(inText.data())
 	{
 	}
 	explicit JsonValue(std::span<JsonValue const> inElements)
-		: mType(Type::eArray),
+		: mType(Type::kArray),
 		  mSize(static_cast<std::uint32_t>(inElements.size())),
 		  mElements(inElements.data())
 	{
 	}
 	explicit JsonValue(std::span<JsonMember const> inMembers)
-		: mType(Type::eObject),
+		: mType(Type::kObject),
 		  mSize(static_cast<std::uint32_t>(inMembers.size())),
 		  mMembers(inMembers.data())
 	{
@@ -70,7 +70,7 @@ public:
 	JsonValue const* Find(std::string_view inKey) const;
 
 private:
-	Type mType = Type::eNull;
+	Type mType = Type::kNull;
 	std::uint32_t mSize = 0;
 	union
 	{

@@ -19,29 +19,29 @@ struct KnownSchema
 };
 
 constexpr KnownSchema kKnownSchemas[] = {
-	{"RationalTime", SchemaKind::eRationalTime, 1},
-	{"TimeRange", SchemaKind::eTimeRange, 1},
-	{"Clip", SchemaKind::eClip, 2},
-	{"ExternalReference", SchemaKind::eExternalReference, 1},
-	{"Gap", SchemaKind::eGap, 1},
-	{"Track", SchemaKind::eTrack, 1},
-	{"Stack", SchemaKind::eStack, 1},
-	{"Transition", SchemaKind::eTransition, 1},
-	{"Marker", SchemaKind::eMarker, 3},
-	{"Color", SchemaKind::eColor, 1},
-	{"Effect", SchemaKind::eEffect, 1},
-	{"TimeEffect", SchemaKind::eEffect, 1},
-	{"LinearTimeWarp", SchemaKind::eLinearTimeWarp, 1},
-	{"FreezeFrame", SchemaKind::eFreezeFrame, 1},
-	{"MissingReference", SchemaKind::eMissingReference, 1},
-	{"GeneratorReference", SchemaKind::eGeneratorReference, 1},
-	{"ImageSequenceReference", SchemaKind::eImageSequenceReference, 1},
-	{"MediaReference", SchemaKind::eMissingReference, 1},
-	{"Timeline", SchemaKind::eTimeline, 1},
-	{"SerializableCollection", SchemaKind::eCollection, 1},
-	{"SerializeableCollection", SchemaKind::eCollection, 1, "SerializableCollection"},
-	{"Filler", SchemaKind::eGap, 1, "Gap"},
-	{"Sequence", SchemaKind::eTrack, 1, "Track"},
+	{"RationalTime", SchemaKind::kRationalTime, 1},
+	{"TimeRange", SchemaKind::kTimeRange, 1},
+	{"Clip", SchemaKind::kClip, 2},
+	{"ExternalReference", SchemaKind::kExternalReference, 1},
+	{"Gap", SchemaKind::kGap, 1},
+	{"Track", SchemaKind::kTrack, 1},
+	{"Stack", SchemaKind::kStack, 1},
+	{"Transition", SchemaKind::kTransition, 1},
+	{"Marker", SchemaKind::kMarker, 3},
+	{"Color", SchemaKind::kColor, 1},
+	{"Effect", SchemaKind::kEffect, 1},
+	{"TimeEffect", SchemaKind::kEffect, 1},
+	{"LinearTimeWarp", SchemaKind::kLinearTimeWarp, 1},
+	{"FreezeFrame", SchemaKind::kFreezeFrame, 1},
+	{"MissingReference", SchemaKind::kMissingReference, 1},
+	{"GeneratorReference", SchemaKind::kGeneratorReference, 1},
+	{"ImageSequenceReference", SchemaKind::kImageSequenceReference, 1},
+	{"MediaReference", SchemaKind::kMissingReference, 1},
+	{"Timeline", SchemaKind::kTimeline, 1},
+	{"SerializableCollection", SchemaKind::kCollection, 1},
+	{"SerializeableCollection", SchemaKind::kCollection, 1, "SerializableCollection"},
+	{"Filler", SchemaKind::kGap, 1, "Gap"},
+	{"Sequence", SchemaKind::kTrack, 1, "Track"},
 };
 
 constexpr std::string_view kKey = "OTIO_SCHEMA";
@@ -71,16 +71,16 @@ int ParseVersion(std::string_view inDigits)
 SchemaKind ReadSchema(Cursor const& inObject)
 {
 	JsonValue const* const value = inObject.Get().Find(kKey);
-	if (value == nullptr || !value->Is(JsonValue::Type::eString))
+	if (value == nullptr || !value->Is(JsonValue::Type::kString))
 	{
-		return SchemaKind::eNone;
+		return SchemaKind::kNone;
 	}
 	std::string_view const label = value->GetString();
 	std::size_t const point = label.rfind('.');
 	KnownSchema const* const schema = FindSchema(label.substr(0, point));
 	if (schema == nullptr)
 	{
-		return SchemaKind::eUnknown;
+		return SchemaKind::kUnknown;
 	}
 	int const version = point == std::string_view::npos ? 0 : ParseVersion(label.substr(point + 1));
 	std::string_view const name = schema->mPresentName.empty() ? schema->mName : schema->mPresentName;
@@ -88,16 +88,16 @@ SchemaKind ReadSchema(Cursor const& inObject)
 	if (version < 1)
 	{
 		inObject.Tell(
-			Note::Kind::eGuess, "the schema " + Quote(label) + " has no version; treating it as " + newest);
+			Note::Kind::kGuess, "the schema " + Quote(label) + " has no version; treating it as " + newest);
 	}
 	else if (version > schema->mNewestVersion)
 	{
-		inObject.Tell(Note::Kind::eGuess,
+		inObject.Tell(Note::Kind::kGuess,
 			"the schema " + Quote(label) + " is newer than supported; treating it as " + newest);
 	}
 	else if (!schema->mPresentName.empty())
 	{
-		inObject.Tell(Note::Kind::eRemark, std::string(schema->mName) + " is the old name of " +
+		inObject.Tell(Note::Kind::kRemark, std::string(schema->mName) + " is the old name of " +
 											   std::string(schema->mPresentName) + "; treating it as such");
 	}
 	return schema->mKind;
@@ -106,7 +106,7 @@ SchemaKind ReadSchema(Cursor const& inObject)
 std::string GetSchemaLabel(Cursor const& inObject)
 {
 	JsonValue const* const value = inObject.Get().Find(kKey);
-	bool const isThere = value != nullptr && value->Is(JsonValue::Type::eString);
+	bool const isThere = value != nullptr && value->Is(JsonValue::Type::kString);
 	return isThere ? std::string(value->GetString()) : std::string();
 }
 

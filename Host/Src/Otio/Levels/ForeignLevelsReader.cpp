@@ -28,9 +28,9 @@ public:
 		mResult.mLevels = mTaker.TakeLevels();
 		mResult.mHasUnreadLevel = mTaker.HasUnreadLevel();
 		bool const isUnknown = mHasUnknown || !mHasParameters;
-		mResult.mRest = mHasChanged ? ParameterState::eChanged
-						: isUnknown ? ParameterState::eUnknown
-									: ParameterState::eDefault;
+		mResult.mRest = mHasChanged ? ParameterState::kChanged
+						: isUnknown ? ParameterState::kUnknown
+									: ParameterState::kDefault;
 		return std::move(mResult);
 	}
 
@@ -43,7 +43,7 @@ private:
 			return;
 		}
 		JsonMember const* const name = FindMember(inObject.Get(), "effectname|displayname|matchname|name");
-		if (mResult.mName.empty() && name != nullptr && name->mValue.Is(JsonValue::Type::eString))
+		if (mResult.mName.empty() && name != nullptr && name->mValue.Is(JsonValue::Type::kString))
 		{
 			mResult.mName = name->mValue.GetString();
 		}
@@ -68,7 +68,7 @@ private:
 
 	void SearchParameters(Cursor const& inParameters)
 	{
-		if (inParameters.Is(JsonValue::Type::eArray))
+		if (inParameters.Is(JsonValue::Type::kArray))
 		{
 			ForEach(inParameters,
 				[this](Cursor const& inParameter) { mHasUnknown |= !SearchNamed(inParameter); });
@@ -102,9 +102,9 @@ private:
 			return true;
 		}
 		ParameterState const state =
-			shape != nullptr ? FindState(inParameter.Get(), *shape) : ParameterState::eUnknown;
-		mHasUnknown |= state == ParameterState::eUnknown;
-		mHasChanged |= state == ParameterState::eChanged;
+			shape != nullptr ? FindState(inParameter.Get(), *shape) : ParameterState::kUnknown;
+		mHasUnknown |= state == ParameterState::kUnknown;
+		mHasChanged |= state == ParameterState::kChanged;
 		return true;
 	}
 

@@ -18,7 +18,7 @@ struct EffectLevels
 {
 	ForeignLevels mLevels;
 	// The state of its other parameters together; an effect that is switched off is at its default.
-	ParameterState mRest = ParameterState::eUnknown;
+	ParameterState mRest = ParameterState::kUnknown;
 	// A level in it is not read, and a note says so.
 	bool mHasUnreadLevel = false;
 	// The name that the metadata give; empty for none.

@@ -19,15 +19,15 @@ bool IsOwn(MixSettings const& inOwn, LevelTarget inTarget)
 {
 	switch (inTarget)
 	{
-	case LevelTarget::eGain:
+	case LevelTarget::kGain:
 		return inOwn.mGain.has_value();
-	case LevelTarget::ePan:
+	case LevelTarget::kPan:
 		return inOwn.mPan.has_value();
-	case LevelTarget::eMute:
+	case LevelTarget::kMute:
 		return inOwn.mMute.has_value();
-	case LevelTarget::eSolo:
+	case LevelTarget::kSolo:
 		return inOwn.mSolo.has_value();
-	case LevelTarget::eChannels:
+	case LevelTarget::kChannels:
 		return !inOwn.mChannels.empty();
 	default:
 		return true;
@@ -37,12 +37,12 @@ bool IsOwn(MixSettings const& inOwn, LevelTarget inTarget)
 // The number of a channel: the element itself, or its member with "channel" in its name.
 std::optional<double> FindChannel(JsonValue const& inElement)
 {
-	if (inElement.Is(JsonValue::Type::eNumber))
+	if (inElement.Is(JsonValue::Type::kNumber))
 	{
 		return inElement.GetNumber();
 	}
 	JsonMember const* const member = FindMember(inElement, "sourcechannelid|sourcechannel|channelid|channel");
-	bool const isNumber = member != nullptr && member->mValue.Is(JsonValue::Type::eNumber);
+	bool const isNumber = member != nullptr && member->mValue.Is(JsonValue::Type::kNumber);
 	return isNumber ? std::optional(member->mValue.GetNumber()) : std::nullopt;
 }
 
@@ -69,12 +69,12 @@ bool ChangesNothing(LevelName const& inName, JsonValue const& inValue)
 	JsonMember const* const member = FindMember(inValue, "value");
 	JsonValue const& value = member != nullptr ? member->mValue : inValue;
 	auto const number = ParseLooseNumber(value);
-	if (inName.mTarget == LevelTarget::eChannels)
+	if (inName.mTarget == LevelTarget::kChannels)
 	{
-		bool const canBeMap = inValue.Is(JsonValue::Type::eArray) || inValue.Is(JsonValue::Type::eObject);
+		bool const canBeMap = inValue.Is(JsonValue::Type::kArray) || inValue.Is(JsonValue::Type::kObject);
 		return !canBeMap || IsEmpty(inValue);
 	}
-	bool const isGain = inName.mTarget == LevelTarget::eGain && !inName.mIsDecibels;
+	bool const isGain = inName.mTarget == LevelTarget::kGain && !inName.mIsDecibels;
 	return !number || number->GetValue() == (isGain ? 1.0 : 0.0);
 }
 
@@ -100,9 +100,9 @@ public:
 			{
 				Consider(*name, value, inDepth);
 			}
-			else if (value.Is(JsonValue::Type::eArray) && MatchesKey(member.mKey, "channels|audiochannels"))
+			else if (value.Is(JsonValue::Type::kArray) && MatchesKey(member.mKey, "channels|audiochannels"))
 			{
-				Consider({LevelTarget::eChannels, false}, value, inDepth);
+				Consider({LevelTarget::kChannels, false}, value, inDepth);
 			}
 			else if (inDepth < kDeepest && value.IsObject() && (inDepth > 0 || member.mKey != "sonaro"))
 			{
@@ -116,8 +116,8 @@ public:
 private:
 	void Consider(LevelName const& inName, Cursor const& inValue, std::size_t inDepth)
 	{
-		bool const isSwitch = inName.mTarget == LevelTarget::eMute || inName.mTarget == LevelTarget::eSolo ||
-							  inName.mTarget == LevelTarget::eChannels;
+		bool const isSwitch = inName.mTarget == LevelTarget::kMute || inName.mTarget == LevelTarget::kSolo ||
+							  inName.mTarget == LevelTarget::kChannels;
 		// Gain and pan are words of pictures, too.
 		if (IsOwn(mOwn, inName.mTarget) || (!isSwitch && (mTaker == nullptr || inDepth != 1)))
 		{
@@ -134,12 +134,12 @@ private:
 			return;
 		}
 		if (std::size_t const channels =
-				inName.mTarget == LevelTarget::eChannels ? CountPlainChannels(inValue.Get()) : 0)
+				inName.mTarget == LevelTarget::kChannels ? CountPlainChannels(inValue.Get()) : 0)
 		{
 			mFirstChannels = channels;
 			return;
 		}
-		inValue.Tell(Note::Kind::eLevelNotRead, DescribeUnread(inName.mTarget, "is in an unknown form"));
+		inValue.Tell(Note::Kind::kLevelNotRead, DescribeUnread(inName.mTarget, "is in an unknown form"));
 	}
 
 	LevelTaker* mTaker;

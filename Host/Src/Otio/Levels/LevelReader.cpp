@@ -34,12 +34,12 @@ bool IsEmptyList(JsonValue const& inValue)
 std::optional<Curve> LevelReader::ReadCurve(Cursor const& inLevel)
 {
 	Outcome const outcome = Read(inLevel);
-	if (outcome == Outcome::eNotRead)
+	if (outcome == Outcome::kNotRead)
 	{
 		TellNotRead(
 			inLevel, mLacksRate ? "has keyframes in frames of an unknown rate" : "is in an unknown form");
 	}
-	if (outcome != Outcome::eRead)
+	if (outcome != Outcome::kRead)
 	{
 		return std::nullopt;
 	}
@@ -59,13 +59,13 @@ std::optional<Curve> LevelReader::ReadCurve(Cursor const& inLevel)
 std::optional<Fade> LevelReader::ReadFade(Cursor const& inLevel)
 {
 	Outcome const outcome = Read(inLevel);
-	if (outcome == Outcome::eUnstated ||
-		(outcome == Outcome::eRead && mCurve.IsConstant() && mCurve.mConstant == 0.0))
+	if (outcome == Outcome::kUnstated ||
+		(outcome == Outcome::kRead && mCurve.IsConstant() && mCurve.mConstant == 0.0))
 	{
 		return std::nullopt;
 	}
 	std::optional<RationalTime> const duration =
-		outcome == Outcome::eRead && mCurve.IsConstant() && mShape.mFadeUnit == LevelUnit::eFrames
+		outcome == Outcome::kRead && mCurve.IsConstant() && mShape.mFadeUnit == LevelUnit::kFrames
 			? MakeFrameTime(mCurve.mConstant)
 			: std::nullopt;
 	if (!duration || duration->mValue < 0.0)
@@ -80,11 +80,11 @@ LevelReader::Outcome LevelReader::Read(Cursor const& inLevel)
 {
 	switch (mShape.mForm)
 	{
-	case LevelShape::Form::eList:
-		return ReadKeyframes(inLevel) ? Outcome::eRead : Outcome::eNotRead;
-	case LevelShape::Form::eValue:
-		return inLevel.IsNothing() ? Outcome::eUnstated
-								   : (ReadConstant(inLevel) ? Outcome::eRead : Outcome::eNotRead);
+	case LevelShape::Form::kList:
+		return ReadKeyframes(inLevel) ? Outcome::kRead : Outcome::kNotRead;
+	case LevelShape::Form::kValue:
+		return inLevel.IsNothing() ? Outcome::kUnstated
+								   : (ReadConstant(inLevel) ? Outcome::kRead : Outcome::kNotRead);
 	default:
 		return ReadObject(inLevel);
 	}
@@ -93,25 +93,25 @@ LevelReader::Outcome LevelReader::Read(Cursor const& inLevel)
 LevelReader::Outcome LevelReader::ReadObject(Cursor const& inLevel)
 {
 	JsonMember const* const unit = FindMember(inLevel.Get(), "unit|units");
-	if (unit != nullptr && unit->mValue.Is(JsonValue::Type::eString))
+	if (unit != nullptr && unit->mValue.Is(JsonValue::Type::kString))
 	{
 		mName.mIsDecibels |=
-			mName.mTarget == LevelTarget::eGain && MatchesKey(unit->mValue.GetString(), "db");
+			mName.mTarget == LevelTarget::kGain && MatchesKey(unit->mValue.GetString(), "db");
 	}
 	JsonMember const* const keyframes = FindMember(inLevel.Get(), mShape.mKeyframes);
 	if (keyframes != nullptr && !IsEmptyList(keyframes->mValue))
 	{
-		return ReadKeyframes(Cursor(inLevel, *keyframes)) ? Outcome::eRead : Outcome::eNotRead;
+		return ReadKeyframes(Cursor(inLevel, *keyframes)) ? Outcome::kRead : Outcome::kNotRead;
 	}
 	JsonMember const* const value = FindMember(inLevel.Get(), mShape.mValue);
-	if (value == nullptr || value->mValue.Is(JsonValue::Type::eNull))
+	if (value == nullptr || value->mValue.Is(JsonValue::Type::kNull))
 	{
-		bool const isKeyframes = keyframes == nullptr || keyframes->mValue.Is(JsonValue::Type::eNull) ||
-								 keyframes->mValue.Is(JsonValue::Type::eArray) ||
-								 keyframes->mValue.Is(JsonValue::Type::eObject);
-		return isKeyframes ? Outcome::eUnstated : Outcome::eNotRead;
+		bool const isKeyframes = keyframes == nullptr || keyframes->mValue.Is(JsonValue::Type::kNull) ||
+								 keyframes->mValue.Is(JsonValue::Type::kArray) ||
+								 keyframes->mValue.Is(JsonValue::Type::kObject);
+		return isKeyframes ? Outcome::kUnstated : Outcome::kNotRead;
 	}
-	return ReadConstant(Cursor(inLevel, *value)) ? Outcome::eRead : Outcome::eNotRead;
+	return ReadConstant(Cursor(inLevel, *value)) ? Outcome::kRead : Outcome::kNotRead;
 }
 
 bool LevelReader::ReadConstant(Cursor const& inValue)
@@ -125,7 +125,7 @@ bool LevelReader::ReadConstant(Cursor const& inValue)
 bool LevelReader::ReadKeyframes(Cursor const& inKeyframes)
 {
 	bool const areFrames = mShape.mTime.empty();
-	if (!inKeyframes.Is(areFrames ? JsonValue::Type::eObject : JsonValue::Type::eArray))
+	if (!inKeyframes.Is(areFrames ? JsonValue::Type::kObject : JsonValue::Type::kArray))
 	{
 		return false;
 	}
@@ -146,7 +146,7 @@ bool LevelReader::ReadKeyframes(Cursor const& inKeyframes)
 	// Which unit the times have must be the same for all.
 	std::size_t const count = mCurve.mKeyframes.size();
 	bool const areAll = mRelativeTimes == 0 || mRelativeTimes == count;
-	mCurve.mTimeUnit = mRelativeTimes == 0 ? Curve::TimeUnit::eTime : Curve::TimeUnit::eFractionOfLength;
+	mCurve.mTimeUnit = mRelativeTimes == 0 ? Curve::TimeUnit::kTime : Curve::TimeUnit::kFractionOfLength;
 	return count > 0 && areAll;
 }
 
@@ -179,7 +179,7 @@ bool LevelReader::AddKeyframe(std::optional<RationalTime> const& inTime, Cursor 
 		return false;
 	}
 	mAreFractions = value->mIsFraction || (mAreFractions && !mCurve.mKeyframes.empty());
-	mCurve.mKeyframes.push_back({*inTime, value->GetValue(), Interpolation::eLinear});
+	mCurve.mKeyframes.push_back({*inTime, value->GetValue(), Interpolation::kLinear});
 	return true;
 }
 
@@ -205,13 +205,13 @@ std::optional<RationalTime> LevelReader::ReadKeyframeTime(Cursor const& inTime, 
 	if (inIsSeconds)
 	{
 		inTime.Tell(
-			Note::Kind::eGuess, "the time of a keyframe is taken as seconds from the start of the item");
+			Note::Kind::kGuess, "the time of a keyframe is taken as seconds from the start of the item");
 		return RationalTime{number->GetValue(), 1.0};
 	}
 	auto const time = MakeFrameTime(number->GetValue());
 	if (time)
 	{
-		inTime.Tell(Note::Kind::eGuess, "the time of a keyframe is taken as frames from the start of the "
+		inTime.Tell(Note::Kind::kGuess, "the time of a keyframe is taken as frames from the start of the "
 										"item, at the rate of its source_range");
 	}
 	return time;
@@ -228,7 +228,7 @@ std::optional<RationalTime> LevelReader::MakeFrameTime(double inFrame)
 // would lie within it when counted from its start, they are so counted.
 void LevelReader::CountFromItem(Cursor const& inLevel)
 {
-	if (mShape.mPositions == LevelShape::Positions::eItem || mRationalTimes == 0 || !mRange)
+	if (mShape.mPositions == LevelShape::Positions::kItem || mRationalTimes == 0 || !mRange)
 	{
 		return;
 	}
@@ -249,11 +249,11 @@ void LevelReader::CountFromItem(Cursor const& inLevel)
 		std::all_of(keyframes.begin(), keyframes.end(), isItemTime))
 	{
 		inLevel.Tell(
-			Note::Kind::eGuess, "keyframe positions are taken as counted from the start of the item");
+			Note::Kind::kGuess, "keyframe positions are taken as counted from the start of the item");
 		return;
 	}
 	inLevel.Tell(
-		Note::Kind::eGuess, "keyframe positions are taken as times of the media, like those of source_range");
+		Note::Kind::kGuess, "keyframe positions are taken as times of the media, like those of source_range");
 	for (Curve::Keyframe& keyframe : keyframes)
 	{
 		bool const isOfOneRate = keyframe.mTime.mRate == mRange->mStartTime.mRate;
@@ -266,14 +266,14 @@ void LevelReader::CountFromItem(Cursor const& inLevel)
 // Only switches are true and false.
 std::optional<LooseNumber> LevelReader::ParseValue(JsonValue const& inValue) const
 {
-	bool const isUsable = !inValue.Is(JsonValue::Type::eBool) || mName.mTarget == LevelTarget::eMute;
+	bool const isUsable = !inValue.Is(JsonValue::Type::kBool) || mName.mTarget == LevelTarget::kMute;
 	return isUsable ? ParseLooseNumber(inValue) : std::nullopt;
 }
 
 void LevelReader::TellNotRead(Cursor const& inLevel, char const* inWhy)
 {
 	mHasFailed = true;
-	inLevel.Tell(Note::Kind::eLevelNotRead, DescribeUnread(mName.mTarget, inWhy));
+	inLevel.Tell(Note::Kind::kLevelNotRead, DescribeUnread(mName.mTarget, inWhy));
 }
 
 } // namespace SonaroHost::Otio

@@ -36,9 +36,9 @@ public:
 private:
 	enum class Outcome
 	{
-		eRead,
-		eUnstated,
-		eNotRead,
+		kRead,
+		kUnstated,
+		kNotRead,
 	};
 
 	Outcome Read(Cursor const& inLevel);

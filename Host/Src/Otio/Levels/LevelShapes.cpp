@@ -21,20 +21,20 @@ constexpr std::string_view kTimes = "time|frame|when";
 
 // The first one that fits counts. Docs/OTIO.md has the same rows.
 constexpr LevelShape kShapes[] = {
-	{"parameter-id", Form::eNamed, "parameterid", "parametervalue", "defaultparametervalue", "keyframes", "",
-		"value", Unit::eDecibels, Unit::ePercent, Unit::eFrames, Positions::eItem},
-	{"display-name", Form::eNamed, "displayname", "startvalue", "", "keyframes", "position", "value",
-		Unit::eLinear, Unit::eUnclear, Unit::eUnclear, Positions::eMedia},
-	{"name-and-value", Form::eNamed, "name|parameterid|displayname|id", "value", "default|defaultvalue",
-		kKeyframes, kTimes, "value", Unit::eUnclear, Unit::eUnclear, Unit::eUnclear, Positions::eItem},
-	{"control-points", Form::eObject, "", "", "", kPoints, kTimes, "value", Unit::eUnclear, Unit::eUnclear,
-		Unit::eUnclear, Positions::eItem},
-	{"object", Form::eObject, "", "value", "default|defaultvalue", kKeyframes, kTimes, "value",
-		Unit::eUnclear, Unit::eUnclear, Unit::eUnclear, Positions::eItem},
-	{"list", Form::eList, "", "", "", "", kTimes, "value", Unit::eUnclear, Unit::eUnclear, Unit::eUnclear,
-		Positions::eItem},
-	{"value", Form::eValue, "", "", "", "", "", "", Unit::eUnclear, Unit::eUnclear, Unit::eUnclear,
-		Positions::eItem},
+	{"parameter-id", Form::kNamed, "parameterid", "parametervalue", "defaultparametervalue", "keyframes", "",
+		"value", Unit::kDecibels, Unit::kPercent, Unit::kFrames, Positions::kItem},
+	{"display-name", Form::kNamed, "displayname", "startvalue", "", "keyframes", "position", "value",
+		Unit::kLinear, Unit::kUnclear, Unit::kUnclear, Positions::kMedia},
+	{"name-and-value", Form::kNamed, "name|parameterid|displayname|id", "value", "default|defaultvalue",
+		kKeyframes, kTimes, "value", Unit::kUnclear, Unit::kUnclear, Unit::kUnclear, Positions::kItem},
+	{"control-points", Form::kObject, "", "", "", kPoints, kTimes, "value", Unit::kUnclear, Unit::kUnclear,
+		Unit::kUnclear, Positions::kItem},
+	{"object", Form::kObject, "", "value", "default|defaultvalue", kKeyframes, kTimes, "value",
+		Unit::kUnclear, Unit::kUnclear, Unit::kUnclear, Positions::kItem},
+	{"list", Form::kList, "", "", "", "", kTimes, "value", Unit::kUnclear, Unit::kUnclear, Unit::kUnclear,
+		Positions::kItem},
+	{"value", Form::kValue, "", "", "", "", "", "", Unit::kUnclear, Unit::kUnclear, Unit::kUnclear,
+		Positions::kItem},
 };
 
 struct KnownName
@@ -44,26 +44,26 @@ struct KnownName
 };
 
 constexpr KnownName kNames[] = {
-	{"gain", LevelTarget::eGain},
-	{"volume", LevelTarget::eGain},
-	{"level", LevelTarget::eGain},
-	{"pan", LevelTarget::ePan},
-	{"mute", LevelTarget::eMute},
-	{"muted", LevelTarget::eMute},
-	{"ismuted", LevelTarget::eMute},
-	{"muteon", LevelTarget::eMute},
-	{"faderin", LevelTarget::eFadeIn},
-	{"fadein", LevelTarget::eFadeIn},
-	{"faderout", LevelTarget::eFadeOut},
-	{"fadeout", LevelTarget::eFadeOut},
-	{"solo", LevelTarget::eSolo},
-	{"soloed", LevelTarget::eSolo},
-	{"issolo", LevelTarget::eSolo},
-	{"soloon", LevelTarget::eSolo},
-	{"channelmap", LevelTarget::eChannels},
-	{"channelmapping", LevelTarget::eChannels},
-	{"audiochannelmap", LevelTarget::eChannels},
-	{"audiochannelmapping", LevelTarget::eChannels},
+	{"gain", LevelTarget::kGain},
+	{"volume", LevelTarget::kGain},
+	{"level", LevelTarget::kGain},
+	{"pan", LevelTarget::kPan},
+	{"mute", LevelTarget::kMute},
+	{"muted", LevelTarget::kMute},
+	{"ismuted", LevelTarget::kMute},
+	{"muteon", LevelTarget::kMute},
+	{"faderin", LevelTarget::kFadeIn},
+	{"fadein", LevelTarget::kFadeIn},
+	{"faderout", LevelTarget::kFadeOut},
+	{"fadeout", LevelTarget::kFadeOut},
+	{"solo", LevelTarget::kSolo},
+	{"soloed", LevelTarget::kSolo},
+	{"issolo", LevelTarget::kSolo},
+	{"soloon", LevelTarget::kSolo},
+	{"channelmap", LevelTarget::kChannels},
+	{"channelmapping", LevelTarget::kChannels},
+	{"audiochannelmap", LevelTarget::kChannels},
+	{"audiochannelmapping", LevelTarget::kChannels},
 };
 
 // Words in names of effects that speak of levels.
@@ -129,9 +129,9 @@ bool Has(JsonValue const& inObject, std::string_view inAlternatives)
 
 LevelShape const* FindShape(JsonValue const& inLevel)
 {
-	bool const isObject = inLevel.Is(JsonValue::Type::eObject);
+	bool const isObject = inLevel.Is(JsonValue::Type::kObject);
 	Form const form =
-		isObject ? Form::eObject : (inLevel.Is(JsonValue::Type::eArray) ? Form::eList : Form::eValue);
+		isObject ? Form::kObject : (inLevel.Is(JsonValue::Type::kArray) ? Form::kList : Form::kValue);
 	auto const* const found = std::find_if(std::begin(kShapes), std::end(kShapes),
 		[&inLevel, form, isObject](LevelShape const& inShape)
 		{
@@ -147,7 +147,7 @@ LevelShape const* FindNamedShape(JsonValue const& inParameter)
 		[&inParameter](LevelShape const& inShape)
 		{
 			JsonMember const* const name = FindMember(inParameter, inShape.mNamedBy);
-			return name != nullptr && name->mValue.Is(JsonValue::Type::eString) &&
+			return name != nullptr && name->mValue.Is(JsonValue::Type::kString) &&
 				   (Has(inParameter, inShape.mValue) || Has(inParameter, inShape.mKeyframes));
 		});
 	return found == std::end(kShapes) ? nullptr : found;
@@ -158,7 +158,7 @@ JsonValue const* FindParameterName(JsonValue const& inParameter)
 	for (LevelShape const& shape : kShapes)
 	{
 		JsonMember const* const name = FindMember(inParameter, shape.mNamedBy);
-		if (name != nullptr && name->mValue.Is(JsonValue::Type::eString))
+		if (name != nullptr && name->mValue.Is(JsonValue::Type::kString))
 		{
 			return &name->mValue;
 		}
@@ -183,7 +183,7 @@ std::optional<LevelName> ParseLevelName(std::string_view inName)
 	stem.remove_suffix(isDecibels ? 2 : 0);
 	auto const* const found = std::find_if(std::begin(kNames), std::end(kNames),
 		[stem](KnownName const& inKnown) { return inKnown.mLetters == stem; });
-	bool const isKnown = found != std::end(kNames) && (!isDecibels || found->mTarget == LevelTarget::eGain);
+	bool const isKnown = found != std::end(kNames) && (!isDecibels || found->mTarget == LevelTarget::kGain);
 	return isKnown ? std::optional(LevelName{found->mTarget, isDecibels}) : std::nullopt;
 }
 
@@ -243,19 +243,19 @@ std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy)
 	{
 		switch (inTarget)
 		{
-		case LevelTarget::eGain:
+		case LevelTarget::kGain:
 			return {"gain", "gain"};
-		case LevelTarget::ePan:
+		case LevelTarget::kPan:
 			return {"pan", "pan"};
-		case LevelTarget::eMute:
+		case LevelTarget::kMute:
 			return {"mute", "mute"};
-		case LevelTarget::eFadeIn:
+		case LevelTarget::kFadeIn:
 			return {"fade-in", "fade_in"};
-		case LevelTarget::eFadeOut:
+		case LevelTarget::kFadeOut:
 			return {"fade-out", "fade_out"};
-		case LevelTarget::eSolo:
+		case LevelTarget::kSolo:
 			return {"solo", "solo"};
-		case LevelTarget::eChannels:
+		case LevelTarget::kChannels:
 			break;
 		}
 		return {"channel selection", "channels"};

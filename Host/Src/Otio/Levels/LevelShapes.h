@@ -12,18 +12,18 @@ namespace SonaroHost::Otio
 // What a parameter of another program sets.
 enum class LevelTarget
 {
-	eGain,
-	ePan,
-	eMute,
-	eFadeIn,
-	eFadeOut,
-	eSolo,
-	eChannels,
+	kGain,
+	kPan,
+	kMute,
+	kFadeIn,
+	kFadeOut,
+	kSolo,
+	kChannels,
 };
 
 struct LevelName
 {
-	LevelTarget mTarget = LevelTarget::eGain;
+	LevelTarget mTarget = LevelTarget::kGain;
 	// The name says that the value is in decibels.
 	bool mIsDecibels = false;
 };
@@ -31,14 +31,14 @@ struct LevelName
 enum class LevelUnit
 {
 	// The values have to show it.
-	eUnclear,
+	kUnclear,
 	// A factor.
-	eLinear,
+	kLinear,
 	// -100 to 30, the lowest being silence.
-	eDecibels,
+	kDecibels,
 	// -100 (left) to 100 (right).
-	ePercent,
-	eFrames,
+	kPercent,
+	kFrames,
 };
 
 // One way in which other programs write a level. Keys are compared by their letters and digits without regard to case;
@@ -48,18 +48,18 @@ struct LevelShape
 	enum class Form
 	{
 		// An object in a list of parameters, which names itself.
-		eNamed,
+		kNamed,
 		// The level stands under its name: as an object, a list of keyframes, or the value itself.
-		eObject,
-		eList,
-		eValue,
+		kObject,
+		kList,
+		kValue,
 	};
 	enum class Positions
 	{
 		// Keyframes count from the start of the item.
-		eItem,
+		kItem,
 		// They count as the item's source_range does.
-		eMedia,
+		kMedia,
 	};
 
 	// The conformance case is "level-" and this.

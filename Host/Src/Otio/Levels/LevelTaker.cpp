@@ -13,9 +13,9 @@ namespace
 // Whether what the value means had to be concluded.
 bool IsGuessed(LevelName const& inName, LevelShape const& inShape)
 {
-	bool const isSwitch = inName.mTarget == LevelTarget::eMute;
-	LevelUnit const unit = inName.mTarget == LevelTarget::ePan ? inShape.mPanUnit : inShape.mGainUnit;
-	return !isSwitch && !inName.mIsDecibels && unit == LevelUnit::eUnclear;
+	bool const isSwitch = inName.mTarget == LevelTarget::kMute;
+	LevelUnit const unit = inName.mTarget == LevelTarget::kPan ? inShape.mPanUnit : inShape.mGainUnit;
+	return !isSwitch && !inName.mIsDecibels && unit == LevelUnit::kUnclear;
 }
 
 // What cannot be read does no harm where it is 0, off or nothing.
@@ -31,7 +31,7 @@ bool IsAtRest(JsonValue const& inValue, LevelShape const* inShape)
 
 void LevelTaker::Take(LevelName const& inName, LevelShape const* inShape, Cursor const& inLevel)
 {
-	bool const isSwitch = inName.mTarget == LevelTarget::eSolo || inName.mTarget == LevelTarget::eChannels;
+	bool const isSwitch = inName.mTarget == LevelTarget::kSolo || inName.mTarget == LevelTarget::kChannels;
 	if (inShape == nullptr || isSwitch)
 	{
 		if (!IsAtRest(inLevel.Get(), inShape))
@@ -42,7 +42,7 @@ void LevelTaker::Take(LevelName const& inName, LevelShape const* inShape, Cursor
 	}
 	bool const isDefault = IsGuessed(inName, *inShape) &&
 						   FindMember(inLevel.Get(), inShape->mDefault) != nullptr &&
-						   FindState(inLevel.Get(), *inShape) == ParameterState::eDefault;
+						   FindState(inLevel.Get(), *inShape) == ParameterState::kDefault;
 	if (isDefault)
 	{
 		return;
@@ -67,16 +67,16 @@ void LevelTaker::Read(LevelName const& inName, LevelShape const& inShape, Cursor
 	LevelReader reader(inName, inShape, mRange);
 	switch (inName.mTarget)
 	{
-	case LevelTarget::ePan:
+	case LevelTarget::kPan:
 		Put(mLevels.mPan, inLevel, inName, [&] { return reader.ReadCurve(inLevel); });
 		break;
-	case LevelTarget::eMute:
+	case LevelTarget::kMute:
 		Put(mLevels.mMute, inLevel, inName, [&] { return reader.ReadCurve(inLevel); });
 		break;
-	case LevelTarget::eFadeIn:
+	case LevelTarget::kFadeIn:
 		Put(mLevels.mFadeIn, inLevel, inName, [&] { return reader.ReadFade(inLevel); });
 		break;
-	case LevelTarget::eFadeOut:
+	case LevelTarget::kFadeOut:
 		Put(mLevels.mFadeOut, inLevel, inName, [&] { return reader.ReadFade(inLevel); });
 		break;
 	default:
@@ -88,7 +88,7 @@ void LevelTaker::Read(LevelName const& inName, LevelShape const& inShape, Cursor
 
 void LevelTaker::TellNotRead(Cursor const& inLevel, LevelName const& inName, char const* inWhy)
 {
-	inLevel.Tell(Note::Kind::eLevelNotRead, DescribeUnread(inName.mTarget, inWhy));
+	inLevel.Tell(Note::Kind::kLevelNotRead, DescribeUnread(inName.mTarget, inWhy));
 	mHasUnreadLevel = true;
 }
 

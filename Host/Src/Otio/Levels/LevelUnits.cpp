@@ -44,7 +44,7 @@ std::pair<double, double> GetExtremes(Curve& ioCurve)
 // True, for a place in a condition.
 bool Guess(Cursor const& inLevel, char const* inText)
 {
-	inLevel.Tell(Note::Kind::eGuess, inText);
+	inLevel.Tell(Note::Kind::kGuess, inText);
 	return true;
 }
 
@@ -54,8 +54,8 @@ bool ApplyToGain(Cursor const& inLevel, bool inIsDecibels, LevelUnit inUnit, Cur
 	constexpr double kLowestDecibels = -100.0;
 	constexpr double kHighestDecibels = 30.0;
 	auto const [smallest, largest] = GetExtremes(ioCurve);
-	ioCurve.mScale = AutomationScale::eDecibels;
-	if (inUnit == LevelUnit::eDecibels)
+	ioCurve.mScale = AutomationScale::kDecibels;
+	if (inUnit == LevelUnit::kDecibels)
 	{
 		if (ioCurve.IsConstant() && ioCurve.mConstant == kLowestDecibels)
 		{
@@ -63,14 +63,14 @@ bool ApplyToGain(Cursor const& inLevel, bool inIsDecibels, LevelUnit inUnit, Cur
 		}
 		return smallest >= kLowestDecibels && largest <= kHighestDecibels;
 	}
-	if (inIsDecibels || (smallest < 0.0 && inUnit == LevelUnit::eUnclear))
+	if (inIsDecibels || (smallest < 0.0 && inUnit == LevelUnit::kUnclear))
 	{
 		return largest <= kMaxGainDecibels &&
 			   (inIsDecibels ||
 				   Guess(inLevel, "a gain without a unit, with a negative value, is taken as decibels"));
 	}
-	ioCurve.mScale = AutomationScale::eLinear;
-	if (inUnit == LevelUnit::eLinear)
+	ioCurve.mScale = AutomationScale::kLinear;
+	if (inUnit == LevelUnit::kLinear)
 	{
 		return smallest >= 0.0 && largest <= std::pow(10.0, kMaxGainDecibels / 20.0);
 	}
@@ -82,7 +82,7 @@ bool ApplyToPan(Cursor const& inLevel, bool inAreFractions, LevelUnit inUnit, Cu
 {
 	constexpr double kFullPercents = 100.0;
 	auto const [smallest, largest] = GetExtremes(ioCurve);
-	if (inUnit == LevelUnit::ePercent)
+	if (inUnit == LevelUnit::kPercent)
 	{
 		ForEachValue(ioCurve, [](double& ioValue) { ioValue /= kFullPercents; });
 		return smallest >= -kFullPercents && largest <= kFullPercents;
@@ -108,7 +108,7 @@ bool ApplyToMute(Curve& ioCurve)
 		});
 	for (Curve::Keyframe& keyframe : ioCurve.mKeyframes)
 	{
-		keyframe.mInterpolation = Interpolation::eHold;
+		keyframe.mInterpolation = Interpolation::kHold;
 	}
 	return areSwitches;
 }
@@ -120,11 +120,11 @@ bool ApplyUnit(Cursor const& inLevel, LevelName const& inName, LevelShape const&
 {
 	switch (inName.mTarget)
 	{
-	case LevelTarget::eGain:
+	case LevelTarget::kGain:
 		return ApplyToGain(inLevel, inName.mIsDecibels, inShape.mGainUnit, ioCurve);
-	case LevelTarget::ePan:
+	case LevelTarget::kPan:
 		return ApplyToPan(inLevel, inAreFractions, inShape.mPanUnit, ioCurve);
-	case LevelTarget::eMute:
+	case LevelTarget::kMute:
 		return ApplyToMute(ioCurve);
 	default:
 		return false;

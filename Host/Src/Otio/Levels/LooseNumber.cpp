@@ -40,14 +40,14 @@ std::optional<LooseNumber> ParseLooseNumber(JsonValue const& inValue)
 {
 	switch (inValue.GetType())
 	{
-	case JsonValue::Type::eNumber:
+	case JsonValue::Type::kNumber:
 	{
 		bool const isUsable = std::abs(inValue.GetNumber()) <= kMaxSeconds;
 		return isUsable ? std::optional(LooseNumber{inValue.GetNumber()}) : std::nullopt;
 	}
-	case JsonValue::Type::eBool:
+	case JsonValue::Type::kBool:
 		return LooseNumber{inValue.GetBool() ? 1.0 : 0.0};
-	case JsonValue::Type::eString:
+	case JsonValue::Type::kString:
 		return ParseText(inValue.GetString());
 	default:
 		return std::nullopt;

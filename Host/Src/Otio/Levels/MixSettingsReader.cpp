@@ -23,7 +23,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // Seconds, or a RationalTime.
 RationalTime ReadSecondsOrTime(Cursor const& inValue)
 {
-	if (inValue.Is(JsonValue::Type::eNumber))
+	if (inValue.Is(JsonValue::Type::kNumber))
 	{
 		return {ReadNumber(inValue, -kMaxSeconds, kMaxSeconds), 1.0};
 	}
@@ -36,7 +36,7 @@ RationalTime ReadSecondsOrTime(Cursor const& inValue)
 
 double ReadDecibels(Cursor const& inValue)
 {
-	bool const isSilence = inValue.Is(JsonValue::Type::eNumber) && inValue.Get().GetNumber() == -kInfinity;
+	bool const isSilence = inValue.Is(JsonValue::Type::kNumber) && inValue.Get().GetNumber() == -kInfinity;
 	constexpr double kLowest = std::numeric_limits<double>::lowest();
 	return isSilence ? -kInfinity : ReadNumber(inValue, kLowest, kMaxGainDecibels);
 }
@@ -51,17 +51,17 @@ Interpolation ReadInterpolation(Cursor const& inValue)
 	std::string const name = inValue.IsNothing() ? "linear" : ReadText(inValue);
 	if (name == "hold")
 	{
-		return Interpolation::eHold;
+		return Interpolation::kHold;
 	}
 	if (name == "smooth")
 	{
-		return Interpolation::eSmooth;
+		return Interpolation::kSmooth;
 	}
 	if (name != "linear")
 	{
 		inValue.Refuse(Quote(name) + R"( is not valid; use "hold", "linear" or "smooth")");
 	}
-	return Interpolation::eLinear;
+	return Interpolation::kLinear;
 }
 
 Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadValue)(Cursor const&))
@@ -93,12 +93,12 @@ Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadV
 
 Curve ReadGain(Cursor const& inValue)
 {
-	return ReadCurve(inValue, AutomationScale::eDecibels, ReadDecibels);
+	return ReadCurve(inValue, AutomationScale::kDecibels, ReadDecibels);
 }
 
 Curve ReadPan(Cursor const& inValue)
 {
-	return ReadCurve(inValue, AutomationScale::eLinear, ReadPanPosition);
+	return ReadCurve(inValue, AutomationScale::kLinear, ReadPanPosition);
 }
 
 FadeShape ReadShape(Cursor const& inValue)
@@ -106,17 +106,17 @@ FadeShape ReadShape(Cursor const& inValue)
 	std::string const name = ReadText(inValue);
 	if (name == "equal-power")
 	{
-		return FadeShape::eEqualPower;
+		return FadeShape::kEqualPower;
 	}
 	if (name == "s-curve")
 	{
-		return FadeShape::eSCurve;
+		return FadeShape::kSCurve;
 	}
 	if (name != "linear")
 	{
 		inValue.Refuse(Quote(name) + R"( is not valid; use "linear", "equal-power" or "s-curve")");
 	}
-	return FadeShape::eLinear;
+	return FadeShape::kLinear;
 }
 
 void RequireObject(Cursor const& inValue, char const* inWanted)
@@ -165,7 +165,7 @@ std::vector<unsigned> ReadChannels(Cursor const& inValue)
 
 std::string ReadLayout(Cursor const& inValue)
 {
-	std::string const layout = inValue.Is(JsonValue::Type::eNumber)
+	std::string const layout = inValue.Is(JsonValue::Type::kNumber)
 								   ? Write(ReadNumber(inValue, 1.0, kMaxChannels))
 								   : ReadText(inValue);
 	if (!ParseLayout(layout))
@@ -193,7 +193,7 @@ Send ReadSend(Cursor const& inValue)
 	TellUnknownKeys(inValue, {"to", "gain", "pre_fader"});
 	Send send;
 	send.mTo = ReadName(Cursor(inValue, "to"));
-	send.mGain.mScale = AutomationScale::eDecibels;
+	send.mGain.mScale = AutomationScale::kDecibels;
 	if (auto gain = ReadIfThere(Cursor(inValue, "gain"), ReadGain))
 	{
 		send.mGain = std::move(*gain);
@@ -297,31 +297,31 @@ struct Setting
 using Owner = SettingsOwner;
 
 constexpr Setting kSettings[] = {
-	{"gain", Owner::eTimeline | Owner::eStack | Owner::eTrack | Owner::eClip,
+	{"gain", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mGain = ReadGain(inValue); }},
-	{"pan", Owner::eTimeline | Owner::eStack | Owner::eTrack | Owner::eClip,
+	{"pan", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mPan = ReadPan(inValue); }},
-	{"mute", Owner::eStack | Owner::eTrack | Owner::eClip,
+	{"mute", Owner::kStack | Owner::kTrack | Owner::kClip,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mMute = ReadBool(inValue); }},
-	{"solo", Owner::eStack | Owner::eTrack,
+	{"solo", Owner::kStack | Owner::kTrack,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mSolo = ReadBool(inValue); }},
-	{"channels", 0U | Owner::eClip,
+	{"channels", 0U | Owner::kClip,
 		[](Cursor const& inValue, MixSettings& outSettings)
 		{ outSettings.mChannels = ReadChannels(inValue); }},
-	{"fade_in", Owner::eTimeline | Owner::eStack | Owner::eTrack | Owner::eClip,
+	{"fade_in", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mFadeIn = ReadFade(inValue); }},
-	{"fade_out", Owner::eTimeline | Owner::eStack | Owner::eTrack | Owner::eClip,
+	{"fade_out", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mFadeOut = ReadFade(inValue); }},
-	{"curve", 0U | Owner::eTransition,
+	{"curve", 0U | Owner::kTransition,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mShape = ReadShape(inValue); }},
-	{"layout", Owner::eTimeline | Owner::eStack,
+	{"layout", Owner::kTimeline | Owner::kStack,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mLayout = ReadLayout(inValue); }},
-	{"submixes", Owner::eTimeline | Owner::eStack,
+	{"submixes", Owner::kTimeline | Owner::kStack,
 		[](Cursor const& inValue, MixSettings& outSettings)
 		{ outSettings.mSubmixes = ReadSubmixes(inValue); }},
-	{"output", 0U | Owner::eTrack,
+	{"output", 0U | Owner::kTrack,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mOutput = ReadName(inValue); }},
-	{"sends", 0U | Owner::eTrack,
+	{"sends", 0U | Owner::kTrack,
 		[](Cursor const& inValue, MixSettings& outSettings) { ReadSends(inValue, outSettings.mSends); }},
 };
 
@@ -341,7 +341,7 @@ void Choose(T& ioChosen, T const& inOther, char const* inKey, Cursor const& inPl
 	};
 	if (isThere(ioChosen) && isThere(inOther))
 	{
-		inPlace.Tell(Note::Kind::eGuess, std::string("the timeline and its stack both set \"") + inKey +
+		inPlace.Tell(Note::Kind::kGuess, std::string("the timeline and its stack both set \"") + inKey +
 											 "\" in metadata.sonaro; the timeline's is used");
 	}
 	else if (isThere(inOther))
@@ -369,16 +369,16 @@ MixSettings ReadMixSettings(Cursor const& inMetadata, SettingsOwner inOwner)
 			[&member](Setting const& inSetting) { return inSetting.mKey == member.mKey; });
 		if (setting == std::end(kSettings))
 		{
-			value.Tell(Note::Kind::eIgnored, "unknown key in metadata.sonaro; ignored");
+			value.Tell(Note::Kind::kIgnored, "unknown key in metadata.sonaro; ignored");
 		}
 		else if ((setting->mOwners & static_cast<unsigned>(inOwner)) == 0)
 		{
-			value.Tell(Note::Kind::eIgnored,
+			value.Tell(Note::Kind::kIgnored,
 				"this key of metadata.sonaro does not apply to this kind of object; ignored");
 		}
 		else if (repeated.Has(member))
 		{
-			value.Tell(Note::Kind::eGuess, "the key appears more than once; the last value is used");
+			value.Tell(Note::Kind::kGuess, "the key appears more than once; the last value is used");
 		}
 		else if (!value.IsNothing())
 		{
@@ -407,7 +407,7 @@ void SortKeyframes(Curve& ioCurve, Cursor const& inPlace)
 	{
 		if (i + 1 < entries.size() && entries[i].mSeconds == entries[i + 1].mSeconds)
 		{
-			inPlace.Tell(Note::Kind::eGuess, "two keyframes have the same time; the last one is used");
+			inPlace.Tell(Note::Kind::kGuess, "two keyframes have the same time; the last one is used");
 			continue;
 		}
 		ioCurve.mKeyframes.push_back(entries[i].mKeyframe);

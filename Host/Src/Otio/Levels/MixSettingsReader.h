@@ -12,12 +12,12 @@ namespace SonaroHost::Otio
 // What carries settings; it decides which there can be.
 enum class SettingsOwner : unsigned
 {
-	eTimeline = 1,
-	eStack = 2,
-	eTrack = 4,
-	eClip = 8,
-	eGap = 16,
-	eTransition = 32,
+	kTimeline = 1,
+	kStack = 2,
+	kTrack = 4,
+	kClip = 8,
+	kGap = 16,
+	kTransition = 32,
 };
 
 // Gains in decibels, minus infinity among them.

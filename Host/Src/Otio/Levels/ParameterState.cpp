@@ -12,7 +12,7 @@ bool AreEqual(JsonValue const& inA, JsonValue const& inB)
 {
 	auto const a = ParseLooseNumber(inA);
 	auto const b = ParseLooseNumber(inB);
-	bool const areTexts = inA.Is(JsonValue::Type::eString) && inB.Is(JsonValue::Type::eString);
+	bool const areTexts = inA.Is(JsonValue::Type::kString) && inB.Is(JsonValue::Type::kString);
 	return a && b ? a->GetValue() == b->GetValue() : areTexts && inA.GetString() == inB.GetString();
 }
 
@@ -23,19 +23,19 @@ ParameterState FindState(JsonValue const& inParameter, LevelShape const& inShape
 	JsonMember const* const keyframes = FindMember(inParameter, inShape.mKeyframes);
 	if (keyframes != nullptr && !IsEmpty(keyframes->mValue))
 	{
-		return ParameterState::eChanged;
+		return ParameterState::kChanged;
 	}
 	JsonMember const* const value = FindMember(inParameter, inShape.mValue);
-	if (value == nullptr || value->mValue.Is(JsonValue::Type::eNull))
+	if (value == nullptr || value->mValue.Is(JsonValue::Type::kNull))
 	{
-		return ParameterState::eDefault;
+		return ParameterState::kDefault;
 	}
 	JsonMember const* const usual = FindMember(inParameter, inShape.mDefault);
 	if (usual == nullptr)
 	{
-		return ParameterState::eUnknown;
+		return ParameterState::kUnknown;
 	}
-	return AreEqual(value->mValue, usual->mValue) ? ParameterState::eDefault : ParameterState::eChanged;
+	return AreEqual(value->mValue, usual->mValue) ? ParameterState::kDefault : ParameterState::kChanged;
 }
 
 bool IsSwitchedOff(JsonValue const& inObject)
@@ -47,8 +47,8 @@ bool IsSwitchedOff(JsonValue const& inObject)
 
 bool IsEmpty(JsonValue const& inValue)
 {
-	bool const canHold = inValue.Is(JsonValue::Type::eArray) || inValue.Is(JsonValue::Type::eObject);
-	return inValue.Is(JsonValue::Type::eNull) ||
+	bool const canHold = inValue.Is(JsonValue::Type::kArray) || inValue.Is(JsonValue::Type::kObject);
+	return inValue.Is(JsonValue::Type::kNull) ||
 		   (canHold && inValue.GetElements().empty() && inValue.GetMembers().empty());
 }
 

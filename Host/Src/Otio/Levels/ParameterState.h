@@ -9,10 +9,10 @@ namespace SonaroHost::Otio
 enum class ParameterState
 {
 	// It states its default and has it, or no value at all.
-	eDefault,
-	eUnknown,
+	kDefault,
+	kUnknown,
 	// It states its default and has another value, or it has keyframes.
-	eChanged,
+	kChanged,
 };
 
 ParameterState FindState(JsonValue const& inParameter, LevelShape const& inShape);

@@ -1,6 +1,6 @@
 #include "Audibility.h"
 
-#include "Measures.h"
+#include "Ranges.h"
 
 #include <algorithm>
 

@@ -37,23 +37,23 @@ ClipMedia const& ClipMediaTable::Get(Clip const& inClip)
 ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
 {
 	MediaReference const* const reference = inClip.FindActiveMedia();
-	MediaReference::Kind const kind = reference ? reference->mKind : MediaReference::Kind::eMissing;
+	MediaReference::Kind const kind = reference ? reference->mKind : MediaReference::Kind::kMissing;
 	ClipMedia media;
 	switch (kind)
 	{
-	case MediaReference::Kind::eExternal:
+	case MediaReference::Kind::kExternal:
 		media = ResolveFile(*reference);
 		break;
-	case MediaReference::Kind::eMissing:
+	case MediaReference::Kind::kMissing:
 		media = MakeMissing({}, "the clip has no media");
 		break;
-	case MediaReference::Kind::eUnknown:
+	case MediaReference::Kind::kUnknown:
 		media = MakeMissing({}, "media of schema " + reference->mSchema + " cannot be read");
 		break;
-	case MediaReference::Kind::eGenerator:
+	case MediaReference::Kind::kGenerator:
 		media.mWhySilent = "generators are not rendered";
 		break;
-	case MediaReference::Kind::eImageSequence:
+	case MediaReference::Kind::kImageSequence:
 		media.mWhySilent = "image sequences have no sound";
 		break;
 	}
@@ -64,7 +64,7 @@ ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
 	else
 	{
 		std::string const place = media.mPath.empty() ? std::string() : QuotePath(media.mPath) + " ";
-		mNotes.push_back({media.mIsMissing ? Note::Kind::eIgnored : Note::Kind::eRemark,
+		mNotes.push_back({media.mIsMissing ? Note::Kind::kIgnored : Note::Kind::kRemark,
 			reference ? reference->mPlace : inClip.mPlace,
 			place + media.mWhySilent + "; the clip is silent"});
 	}
@@ -77,7 +77,7 @@ void ClipMediaTable::ChooseChannels(Clip const& inClip, ClipMedia& ioMedia)
 	std::size_t const first = inClip.GetSettings().mForeign.mFirstChannels;
 	if (first > 0 && first < count)
 	{
-		mNotes.push_back({Note::Kind::eLevelNotRead, inClip.mPlace,
+		mNotes.push_back({Note::Kind::kLevelNotRead, inClip.mPlace,
 			"another program selects only the first " + std::to_string(first) + " of the " +
 				std::to_string(count) +
 				" channels; all are heard; to select channels, set \"channels\" in metadata.sonaro"});
@@ -86,7 +86,7 @@ void ClipMediaTable::ChooseChannels(Clip const& inClip, ClipMedia& ioMedia)
 	{
 		if (channel > count)
 		{
-			mNotes.push_back({Note::Kind::eIgnored, inClip.mPlace,
+			mNotes.push_back({Note::Kind::kIgnored, inClip.mPlace,
 				"\"channels\" lists channel " + std::to_string(channel) + ", but the media have only " +
 					std::to_string(count) + "; \"channels\" is ignored"});
 			ioMedia.mChannels.clear();
@@ -111,7 +111,7 @@ ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference)
 	if (!found.mRemark.empty())
 	{
 		mNotes.push_back(
-			{found.mIsGuess ? Note::Kind::eGuess : Note::Kind::eRemark, inReference.mPlace, found.mRemark});
+			{found.mIsGuess ? Note::Kind::kGuess : Note::Kind::kRemark, inReference.mPlace, found.mRemark});
 	}
 	ClipMedia media;
 	media.mPath = found.mShownPath;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ClipMedia.h"
-#include "Measures.h"
+#include "Ranges.h"
 
 #include "Sonaro/Types.h"
 

@@ -29,7 +29,7 @@ SN::TickTime AddOnTimeLine(SN::TickTime const& inStart, Ratio const& inSeconds)
 
 double ToLinear(double inGain, AutomationScale inScale)
 {
-	if (inScale == AutomationScale::eLinear)
+	if (inScale == AutomationScale::kLinear)
 	{
 		return inGain;
 	}
@@ -39,21 +39,21 @@ double ToLinear(double inGain, AutomationScale inScale)
 // What is beyond every use is brought to where it can be counted with.
 double LimitGain(double inGain, AutomationScale inScale)
 {
-	static double const sLargest = ToLinear(kMaxDecibels, AutomationScale::eDecibels);
-	return inScale == AutomationScale::eLinear ? std::clamp(inGain, -sLargest, sLargest)
+	static double const sLargest = ToLinear(kMaxDecibels, AutomationScale::kDecibels);
+	return inScale == AutomationScale::kLinear ? std::clamp(inGain, -sLargest, sLargest)
 											   : std::clamp(inGain, kSilenceDecibels, kMaxDecibels);
 }
 
 template <class ToValue>
 Sequence::NumberParameter MakeParameter(
-	Curve const& inCurve, CurveSite const& inSite, AutomationScale inScale, ToValue const& inToValue)
+	Curve const& inCurve, CurveTiming const& inTiming, AutomationScale inScale, ToValue const& inToValue)
 {
 	std::vector<AutomationPoint> points;
 	for (Curve::Keyframe const& keyframe : inCurve.mKeyframes)
 	{
 		Ratio const time = ToSeconds(keyframe.mTime);
-		bool const isFraction = inCurve.mTimeUnit == Curve::TimeUnit::eFractionOfLength;
-		points.push_back({AddOnTimeLine(inSite.mStart, isFraction ? time * inSite.mLength : time),
+		bool const isFraction = inCurve.mTimeUnit == Curve::TimeUnit::kFractionOfLength;
+		points.push_back({AddOnTimeLine(inTiming.mStart, isFraction ? time * inTiming.mLength : time),
 			inToValue(keyframe.mValue), keyframe.mInterpolation});
 	}
 	auto const first = static_cast<float>(
@@ -80,7 +80,7 @@ bool StaysInTheMiddle(Curve const& inPan)
 
 } // namespace
 
-Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveSite const& inSite)
+Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveTiming const& inTiming)
 {
 	AutomationScale const scale = inCurve.mScale;
 	if (inCurve.IsConstant() && ToLinear(inCurve.mConstant, scale) == 1.0)
@@ -88,21 +88,21 @@ Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveSite const& inSite
 		return {};
 	}
 	return MakeParameter(
-		inCurve, inSite, scale, [scale](double inValue) { return LimitGain(inValue, scale); });
+		inCurve, inTiming, scale, [scale](double inValue) { return LimitGain(inValue, scale); });
 }
 
-Sequence::NumberParameter MakePan(Curve const& inCurve, CurveSite const& inSite)
+Sequence::NumberParameter MakePan(Curve const& inCurve, CurveTiming const& inTiming)
 {
-	return MakeParameter(inCurve, inSite, AutomationScale::eLinear,
+	return MakeParameter(inCurve, inTiming, AutomationScale::kLinear,
 		[](double inValue) { return std::clamp((inValue + 1.0) / 2.0, 0.0, 1.0); });
 }
 
-std::vector<Sequence::Stage> MakeFaders(Item const& inItem, CurveSite const& inSite)
+std::vector<Sequence::Stage> MakeFaders(Item const& inItem, CurveTiming const& inTiming)
 {
 	std::vector<Sequence::Stage> stages;
-	auto const add = [&stages, &inSite](std::optional<Curve> const& inGain)
+	auto const add = [&stages, &inTiming](std::optional<Curve> const& inGain)
 	{
-		auto const gain = inGain ? MakeGain(*inGain, inSite) : Sequence::NumberParameter();
+		auto const gain = inGain ? MakeGain(*inGain, inTiming) : Sequence::NumberParameter();
 		if (gain)
 		{
 			stages.push_back(Sequence::Fader{gain, {}});

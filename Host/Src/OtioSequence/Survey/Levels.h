@@ -9,7 +9,7 @@ namespace SonaroHost::Otio
 {
 
 // How the times of an item's curves lie.
-struct CurveSite
+struct CurveTiming
 {
 	// The item's length, for keyframes that stand at fractions of it.
 	Ratio mLength;
@@ -18,12 +18,12 @@ struct CurveSite
 };
 
 // A gain, linear; null for one that is 1 for ever.
-Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveSite const& inSite);
+Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveTiming const& inTiming);
 // The pan goes from 0, left, to 1, right.
-Sequence::NumberParameter MakePan(Curve const& inCurve, CurveSite const& inSite);
+Sequence::NumberParameter MakePan(Curve const& inCurve, CurveTiming const& inTiming);
 
 // All gains of an item: its own, or what others left in its metadata; and those of its effects.
-std::vector<Sequence::Stage> MakeFaders(Item const& inItem, CurveSite const& inSite);
+std::vector<Sequence::Stage> MakeFaders(Item const& inItem, CurveTiming const& inTiming);
 
 // The pan that counts of those of an item; null for none. One of others that stays in the middle is none: they
 // write it everywhere.

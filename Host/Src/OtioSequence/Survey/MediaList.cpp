@@ -37,7 +37,7 @@ void MediaList::Add(Clip const& inClip)
 	for (MediaReference const& reference : inClip.mMediaReferences)
 	{
 		bool const isNew =
-			reference.mKind == MediaReference::Kind::eExternal && mUrls.insert(reference.mTargetUrl).second;
+			reference.mKind == MediaReference::Kind::kExternal && mUrls.insert(reference.mTargetUrl).second;
 		if (isNew)
 		{
 			FoundMedia const found = mFinder.Find(reference.mTargetUrl);

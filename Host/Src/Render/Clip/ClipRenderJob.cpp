@@ -29,9 +29,9 @@ OutputFormat ChooseFormat(ClipRenderRequest const& inRequest, ProgrammePlan cons
 		[&](PlannedClip const& inClip)
 		{
 			return ChooseDither(ChooseSamples(inRequest), inClip.GetInfo().mIntegerBits, keepsSamples) ==
-				   Dither::eTriangular;
+				   Dither::kTriangular;
 		});
-	return ChooseFormat(inRequest, needsDither ? Dither::eTriangular : Dither::eNone);
+	return ChooseFormat(inRequest, needsDither ? Dither::kTriangular : Dither::kNone);
 }
 
 PlaybackSummary CountMisses(ProgrammePlan const& inPlan, ReadAheadReport const& inReadAhead)

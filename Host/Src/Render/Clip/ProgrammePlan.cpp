@@ -78,7 +78,7 @@ LayoutPlan MakeLayoutPlan(PlannedClip const& inClip, LayoutRequest const& inRequ
 ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	: mGain(inRequest.mGain),
 	  mSpeed(inRequest.mSpeed),
-	  mIsReversed(inRequest.mDirection == RenderDirection::eReverse)
+	  mIsReversed(inRequest.mDirection == RenderDirection::kReverse)
 {
 	if (inRequest.mInputs.empty())
 	{
@@ -185,7 +185,7 @@ void ProgrammePlan::PlaceClips(ClipRenderRequest const& inRequest)
 				std::llround(static_cast<double>(position->ToSamples(mSampleRate)) / inRequest.mSpeed);
 		}
 		end = clip.mPosition + clip.mFrames;
-		if (end / mSampleRate / 3600 >= kMostHours)
+		if (end > std::int64_t{kMostHours} * 3600 * mSampleRate)
 		{
 			Refuse(QuotePath(clip.GetInfo().mPath) + " would end beyond the limit of outputs, " +
 				   std::to_string(kMostHours) + " hours");

@@ -33,12 +33,12 @@ void CheckHasSound(TimelineSequence const& inSequence)
 {
 	if (inSequence.mFrames == 0)
 	{
-		throw HostError(HostError::Kind::eInput,
+		throw HostError(HostError::Kind::kInput,
 			{inSequence.mFile, inSequence.mPlace, "has no length; there is nothing to render", {}});
 	}
 	if (!inSequence.mWhySilent.empty())
 	{
-		throw HostError(HostError::Kind::eNothingHeard,
+		throw HostError(HostError::Kind::kNothingHeard,
 			{inSequence.mFile, inSequence.mPlace,
 				"nothing in this timeline is heard: " + inSequence.mWhySilent, {}});
 	}

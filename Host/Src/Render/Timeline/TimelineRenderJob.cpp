@@ -22,13 +22,13 @@ std::string GetEnding(OutputContainer inContainer)
 {
 	switch (inContainer)
 	{
-	case OutputContainer::eWav:
+	case OutputContainer::kWav:
 		return ".wav";
-	case OutputContainer::eAiff:
+	case OutputContainer::kAiff:
 		return ".aiff";
-	case OutputContainer::eFlac:
+	case OutputContainer::kFlac:
 		return ".flac";
-	case OutputContainer::eCaf:
+	case OutputContainer::kCaf:
 		break;
 	}
 	return ".caf";
@@ -70,10 +70,10 @@ void TimelineRenderJob::PlanStems()
 {
 	switch (mRequest.mStems)
 	{
-	case Stems::eNone:
+	case Stems::kNone:
 		PlanFile({}, mRange, {});
 		return;
-	case Stems::eTracks:
+	case Stems::kTracks:
 		for (TrackRow const& row : mSequence.mTracks)
 		{
 			if (row.mDepth == 0 && row.mIsHeard)
@@ -82,7 +82,7 @@ void TimelineRenderJob::PlanStems()
 			}
 		}
 		break;
-	case Stems::eMarkers:
+	case Stems::kMarkers:
 		for (MarkerRow const& marker : mSequence.mMarkers)
 		{
 			ProgrammeRange const own = FindNamedRange(marker, mSequence);
@@ -123,7 +123,7 @@ void TimelineRenderJob::NameStems()
 	if (mFiles.empty())
 	{
 		Refuse(
-			mRequest.mStems == Stems::eTracks
+			mRequest.mStems == Stems::kTracks
 				? "no track of the timeline is heard, so there are no stems"
 				: "there are no markers in the rendered range, so there are no stems; choose another range");
 	}
@@ -143,7 +143,7 @@ void TimelineRenderJob::CheckFiles() const
 	{
 		plan.mFiles.push_back(planned.mFile.mPath);
 	}
-	plan.mFolder = mRequest.mStems != Stems::eNone ? mRequest.mOutput : std::filesystem::path();
+	plan.mFolder = mRequest.mStems != Stems::kNone ? mRequest.mOutput : std::filesystem::path();
 	plan.mInputs = {mRequest.mInput};
 	plan.mMedia = mInput.ListMedia();
 	plan.mReplaces = mRequest.mReplace;
@@ -154,13 +154,13 @@ std::optional<RenderSummary> TimelineRenderJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
 	std::optional<OutputFolder> folder;
-	if (mRequest.mStems != Stems::eNone)
+	if (mRequest.mStems != Stems::kNone)
 	{
 		folder.emplace(mRequest.mOutput);
 	}
 	RenderPlan plan = MakePlan();
 	// Rows and timeline make room for the graph.
-	if (!mRequest.mKeepsRows && mRequest.mMeasuring != Measuring::eTracks)
+	if (!mRequest.mKeepsRows && mRequest.mMeasuring != Measuring::kTracks)
 	{
 		DropRows(mSequence);
 	}
@@ -172,17 +172,17 @@ RenderPlan TimelineRenderJob::MakePlan() const
 {
 	RenderPlan plan(mRequest, mFormat);
 	plan.mMix.mRange = mRange;
-	if (mRequest.mStems != Stems::eMarkers)
+	if (mRequest.mStems != Stems::kMarkers)
 	{
 		// All stems of tracks have those of the mix.
 		plan.mMix.mFades = mFiles.front().mFile.mFades;
 	}
 	plan.mFiles = mFiles;
-	plan.mWritesMix = mRequest.mStems == Stems::eNone;
+	plan.mWritesMix = mRequest.mStems == Stems::kNone;
 	for (TrackRow const& row : mSequence.mTracks)
 	{
 		plan.mTracks.push_back({row.mIsMeasured ? row.mPlace : std::string(), row.mLayout});
-		if (row.mDepth == 0 && mRequest.mStems == Stems::eTracks)
+		if (row.mDepth == 0 && mRequest.mStems == Stems::kTracks)
 		{
 			plan.mOutermostTracks.push_back(row.mPlace);
 		}

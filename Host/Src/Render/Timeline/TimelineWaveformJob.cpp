@@ -76,11 +76,26 @@ TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
 	{
 		Refuse("a picture must be 1 to " + std::to_string(kMaxPictureSize) + " pixels wide");
 	}
-	if (mRequest.mFormat == WaveformFormat::ePng)
+	if (mRequest.mFormat == WaveformFormat::kPng)
 	{
 		CheckBitmapSize(mRequest.mWidth, mRequest.mHeight.value_or(1));
 	}
 	Otio::CheckHasSound(mSequence);
+}
+
+unsigned TimelineWaveformJob::ChooseHeight(unsigned inBands) const
+{
+	unsigned const height = mRequest.mHeight.value_or(std::min(kBandHeight * inBands, kMaxPictureSize));
+	if (height < inBands || height > kMaxPictureSize)
+	{
+		Refuse("a picture of " + std::to_string(inBands) + " bands must be " + std::to_string(inBands) +
+			   " to " + std::to_string(kMaxPictureSize) + " pixels high, not " + std::to_string(height));
+	}
+	if (mRequest.mFormat == WaveformFormat::kPng)
+	{
+		CheckBitmapSize(mRequest.mWidth, height);
+	}
+	return height;
 }
 
 std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
@@ -97,17 +112,17 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 			render.mView.mTaps.emplace(row.mPlace, bands.Add(row.mTrack));
 		}
 	}
+	WaveformStyle style = mRequest.mStyle;
+	style.mHeight = ChooseHeight(static_cast<unsigned>(bands.GetNames().size()));
 	Programme const programme = Otio::MakeProgramme(mSequence, mInput.GetMedia());
 	WaveformBand::Grid const grid{programme.mFirstFrame, programme.mFrames,
 		std::max<std::int64_t>(1, programme.mFrames / (mRequest.mWidth * kColumnsPerPixel)),
 		programme.GetFrameRate()};
 	bands.SetGrid(grid);
-
-	std::int64_t done = 0;
 	render.mRange = {0, programme.mFrames};
 	render.mBlockFrames = kTrackBlockFrames;
 	render.mStop = inStop;
-	render.mSink = [&](dsp::AudioBuffer& ioBlock)
+	render.mSink = [&, done = std::int64_t{0}](dsp::AudioBuffer& ioBlock) mutable
 	{
 		bands.GetMix().Add(ioBlock, programme.mFirstFrame + done);
 		done += ioBlock.GetUseSize();
@@ -120,21 +135,7 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	{
 		return std::nullopt;
 	}
-
-	auto const numBands = static_cast<unsigned>(bands.GetNames().size());
-	WaveformStyle style = mRequest.mStyle;
-	style.mHeight = mRequest.mHeight.value_or(std::min(kBandHeight * numBands, kMaxPictureSize));
-	if (style.mHeight < numBands || style.mHeight > kMaxPictureSize)
-	{
-		Refuse("a picture of " + std::to_string(numBands) + " bands must be " + std::to_string(numBands) +
-			   " to " + std::to_string(kMaxPictureSize) + " pixels high, not " +
-			   std::to_string(style.mHeight));
-	}
-	if (mRequest.mFormat == WaveformFormat::ePng)
-	{
-		CheckBitmapSize(mRequest.mWidth, style.mHeight);
-	}
-	auto* const write = mRequest.mFormat == WaveformFormat::ePng ? &WriteWaveformPng : &WriteWaveformSvg;
+	auto* const write = mRequest.mFormat == WaveformFormat::kPng ? &WriteWaveformPng : &WriteWaveformSvg;
 	write(bands.Take(grid, programme.mSampleRate), style, mRequest.mWidth, file);
 	if (inStop.stop_requested())
 	{

@@ -30,7 +30,7 @@ public:
 		Generator mItem;
 		// The track's frame at which the item's time begins.
 		std::int64_t mItemStart = 0;
-		FadeShape mShape = FadeShape::eLinear;
+		FadeShape mShape = FadeShape::kLinear;
 	};
 	struct Settings
 	{

@@ -45,9 +45,9 @@ public:
 	// level of nesting nobody reads two things for the same use at once, so all that have as many channels share one.
 	enum class ScratchUse
 	{
-		eItem,
-		eFade,
-		eSettling,
+		kItem,
+		kFade,
+		kSettling,
 	};
 	std::shared_ptr<dsp::AudioBuffer> GetScratch(ScratchUse inUse, std::size_t inChannels);
 	// The parameter itself in a playback, where it is live; else one that stays as this one is now. Empty for an

@@ -24,7 +24,7 @@ std::string Place::GetPath() const
 void Refuse(Place const& inPlace, std::string const& inReason, std::string const& inRemedy)
 {
 	std::string const item = inPlace.mItemName ? ", item " + Quote(*inPlace.mItemName) : "";
-	throw HostError(HostError::Kind::eRequest,
+	throw HostError(HostError::Kind::kRequest,
 		{{}, inPlace.mOrigin ? *inPlace.mOrigin : std::string(),
 			std::string(inPlace.mKind) + " " + Quote(ShortenMiddle(inPlace.GetPath(), kLongestPath)) + item +
 				": " + inReason,

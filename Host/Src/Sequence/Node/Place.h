@@ -25,7 +25,7 @@ struct Place
 	std::string GetItemPrefix() const { return GetPath() + " / " + *mItemName + " / "; }
 };
 
-// Throws a HostError of kind eRequest, as "track 'Boom', item 'Scene 4': inReason; inRemedy", whose place is the
+// Throws a HostError of kind kRequest, as "track 'Boom', item 'Scene 4': inReason; inRemedy", whose place is the
 // origin.
 [[noreturn]] void Refuse(Place const& inPlace, std::string const& inReason, std::string const& inRemedy = {});
 

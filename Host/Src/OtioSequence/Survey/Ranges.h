@@ -43,11 +43,11 @@ struct ItemView
 
 // How long things are. Where the timeline does not say, the file of a clip is asked, except below tracks that are not
 // heard.
-class Measures
+class Ranges
 {
 public:
 	// Both outlive this object.
-	Measures(ClipMediaTable& ioMedia, std::vector<Note>& ioNotes)
+	Ranges(ClipMediaTable& ioMedia, std::vector<Note>& ioNotes)
 		: mMedia(ioMedia),
 		  mNotes(ioNotes)
 	{

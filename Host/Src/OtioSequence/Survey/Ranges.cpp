@@ -1,4 +1,4 @@
-#include "Measures.h"
+#include "Ranges.h"
 
 #include <algorithm>
 
@@ -20,12 +20,12 @@ Speed GetSpeed(Item const& inItem)
 	Speed speed;
 	for (Effect const& effect : inItem.mEffects)
 	{
-		if (effect.mIsEnabled && effect.mKind == Effect::Kind::eLinearTimeWarp)
+		if (effect.mIsEnabled && effect.mKind == Effect::Kind::kLinearTimeWarp)
 		{
 			speed.mFactor = speed.mFactor * Ratio::FromDouble(effect.mTimeScalar);
 		}
 		speed.mIsFrozen =
-			speed.mIsFrozen || (effect.mIsEnabled && effect.mKind == Effect::Kind::eFreezeFrame);
+			speed.mIsFrozen || (effect.mIsEnabled && effect.mKind == Effect::Kind::kFreezeFrame);
 	}
 	// The product of several can be too small for a fraction to hold.
 	speed.mIsFrozen = speed.mIsFrozen || speed.mFactor == Ratio();
@@ -58,7 +58,7 @@ ItemView::ItemView(Track const& inTrack)
 {
 }
 
-ExactRange Measures::GetRange(ItemView const& inItem)
+ExactRange Ranges::GetRange(ItemView const& inItem)
 {
 	if (!inItem.mItem)
 	{
@@ -75,7 +75,7 @@ ExactRange Measures::GetRange(ItemView const& inItem)
 	return {Ratio(), GetContentLength(inItem)};
 }
 
-ExactRange Measures::MeasureMedia(Clip const& inClip)
+ExactRange Ranges::MeasureMedia(Clip const& inClip)
 {
 	MediaReference const* const reference = inClip.FindActiveMedia();
 	if (reference && reference->mAvailableRange)
@@ -95,7 +95,7 @@ ExactRange Measures::MeasureMedia(Clip const& inClip)
 		}
 		else
 		{
-			mNotes.push_back({Note::Kind::eGuess, inClip.mPlace,
+			mNotes.push_back({Note::Kind::kGuess, inClip.mPlace,
 				"the clip has no source_range, and the length of its media is unknown; assuming a length of "
 				"0"});
 		}
@@ -103,7 +103,7 @@ ExactRange Measures::MeasureMedia(Clip const& inClip)
 	return {Ratio(), place->second};
 }
 
-Ratio Measures::GetContentLength(ItemView const& inComposition)
+Ratio Ranges::GetContentLength(ItemView const& inComposition)
 {
 	if (!inComposition.mTrack && !inComposition.mStack)
 	{
@@ -122,7 +122,7 @@ Ratio Measures::GetContentLength(ItemView const& inComposition)
 	return length;
 }
 
-Ratio Measures::AddUp(ItemView const& inComposition)
+Ratio Ranges::AddUp(ItemView const& inComposition)
 {
 	Ratio length;
 	for (Composable const& child :

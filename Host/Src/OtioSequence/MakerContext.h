@@ -2,7 +2,7 @@
 
 #include "OtioSequence/Survey/ClipMedia.h"
 #include "OtioSequence/Survey/Layouts.h"
-#include "OtioSequence/Survey/Measures.h"
+#include "OtioSequence/Survey/Ranges.h"
 #include "Scope.h"
 
 #include "SonaroHost/OtioSequence/TimelineSequence.h"
@@ -15,7 +15,7 @@ namespace SonaroHost::Otio
 {
 
 // What all makers of one sequence share.
-struct SequenceMaking
+struct MakerContext
 {
 	void Tell(Note::Kind inKind, std::string const& inPlace, std::string inText)
 	{
@@ -25,7 +25,7 @@ struct SequenceMaking
 	TimelineOptions const& mOptions;
 	Item const* mTimelineStack;
 	ClipMediaTable& mMedia;
-	Measures& mMeasures;
+	Ranges& mRanges;
 	Layouts& mLayouts;
 	// Notes, rows, markers.
 	TimelineSequence& mResult;
