@@ -6,7 +6,7 @@ namespace SN::Testing
 {
 
 // How many of so many random trials are made: fewer under sanitizers, which make each several times as slow. What they
-// look for shows in the first few, and the sound itself is compared in all of them without sanitizers.
+// look for shows in the first few; results are compared in all of the trials by builds without sanitizers.
 constexpr unsigned GetNumTrials(unsigned inCount)
 {
 #ifdef SONARO_FEWER_TRIALS
