@@ -11,8 +11,6 @@
 
 namespace SonaroHost::Testing::AudioFileInfoTest
 {
-namespace
-{
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -171,5 +169,4 @@ TEST(AudioFileInfo, LayoutsFollowTheChannelsAndTheirMap)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::AudioFileInfoTest

@@ -14,8 +14,6 @@
 
 namespace SonaroHost::Testing::AudioFileSourcePrefetchTest
 {
-namespace
-{
 
 constexpr std::int64_t kFrames = 40000;
 
@@ -282,5 +280,4 @@ TEST_F(AudioFileSourcePrefetch, BlockingReadsMayGoOnBesideIt)
 	EXPECT_TRUE(IsReference(*source, 0, kFrames));
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::AudioFileSourcePrefetchTest

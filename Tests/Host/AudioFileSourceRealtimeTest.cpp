@@ -8,8 +8,6 @@
 
 namespace SonaroHost::Testing::AudioFileSourceRealtimeTest
 {
-namespace
-{
 
 TEST(AudioFileSource, ReadingPcmNeitherAllocatesNorLocks)
 {
@@ -61,5 +59,4 @@ TEST(AudioFileSource, ReadingWhatWasPrefetchedNeitherAllocatesNorLocks)
 	EXPECT_GT(source->GetMissCount(), 0u);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::AudioFileSourceRealtimeTest

@@ -11,8 +11,6 @@
 
 namespace SonaroHost::Testing::AudioFileSourceTest
 {
-namespace
-{
 
 using testing::HasSubstr;
 
@@ -210,5 +208,4 @@ TEST(AudioFileSource, DamageInTheMiddleIsSilenceAndAnErrorThatTellsWhere)
 	EXPECT_TRUE(SameBits(Pull(*source, 99000, 1000), Sound{1, 44100, std::vector<float>(1000)}));
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::AudioFileSourceTest

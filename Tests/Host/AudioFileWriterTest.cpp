@@ -13,8 +13,6 @@
 
 namespace SonaroHost::Testing::AudioFileWriterTest
 {
-namespace
-{
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -239,5 +237,4 @@ TEST(AudioFileWriter, AFileAppearsWholeOrNotAtAll)
 	EXPECT_TRUE(SameBits(ReadSound(folder / "old.wav"), sound));
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::AudioFileWriterTest

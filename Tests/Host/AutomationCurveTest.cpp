@@ -13,8 +13,6 @@
 
 namespace SonaroHost::Testing::AutomationCurveTest
 {
-namespace
-{
 
 using testing::HasSubstr;
 
@@ -271,5 +269,4 @@ TEST(AutomationCurve, RefusesPointsThatAreNone)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::AutomationCurveTest

@@ -5,8 +5,6 @@
 
 namespace SonaroHost::Testing::AutomationParameterRealtimeTest
 {
-namespace
-{
 
 TEST(AutomationParameter, SamplingNeitherAllocatesNorLocks)
 {
@@ -39,5 +37,4 @@ TEST(AutomationParameter, SamplingNeitherAllocatesNorLocks)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::AutomationParameterRealtimeTest

@@ -15,8 +15,6 @@
 
 namespace SonaroHost::Testing::AutomationParameterTest
 {
-namespace
-{
 
 using FloatCache = VX::KeyframeCache<VX::Keyframe<float>>;
 using FloatParameter = SN::InterfaceRef<AutomationParameter<float>>;
@@ -232,5 +230,4 @@ TEST(AutomationParameter, ReadersFindWhatWasPublishedWhileAWriterEdits)
 	EXPECT_EQ(Sample<float>(*parameter, SN::kTimeZero), static_cast<float>(kEdits));
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::AutomationParameterTest

@@ -9,8 +9,6 @@
 
 namespace SonaroHost::Testing::ClipRenderJobTest
 {
-namespace
-{
 
 using testing::ElementsAre;
 
@@ -202,5 +200,4 @@ TEST_F(ClipRenderJobTest, AnOlderFileIsKeptWhenAskedTo)
 	EXPECT_EQ(ReadBytes(mFolder / "out.wav"), "old");
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::ClipRenderJobTest

@@ -16,8 +16,6 @@
 
 namespace SonaroHost::Testing::CommandTest
 {
-namespace
-{
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -579,5 +577,4 @@ TEST_F(CommandTest, AnInterruptedJobLeavesNothingAndEndsByItsSignal)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::CommandTest

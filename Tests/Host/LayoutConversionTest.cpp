@@ -15,8 +15,6 @@
 
 namespace SonaroHost::Testing::LayoutConversionTest
 {
-namespace
-{
 
 using namespace SN::AudioChannelMix;
 
@@ -163,33 +161,6 @@ TEST_F(LayoutConversionTest, PansGoByTheirLaws)
 	}
 }
 
-TEST_F(LayoutConversionTest, AnyBlockSizeGivesTheSameBitsInEitherDirection)
-{
-	Conversion const conversions[] = {
-		{1, "stereo"},
-		{1, "5.1"},
-		{2, "mono"},
-		{2, "5"},
-		{6, "mono", {}, kMixdownFrontRearLFE},
-		{6, "stereo", {}, kMixdownFrontRear},
-		{1, "", 0.3},
-		{2, "", 0.8},
-		{2, "", 0.5},
-		{5, "", 0.1},
-		{1, "5.1", 0.3},
-		{2, "5.1", 0.6},
-	};
-	for (Conversion const& conversion : conversions)
-	{
-		SCOPED_TRACE(testing::PrintToString(conversion));
-		WriteInput(conversion.mInputChannels);
-		ClipRenderRequest request = MakeRequest(conversion);
-		Sound const whole = RenderInBlocks(request);
-		request.mDirection = RenderDirection::kReverse;
-		EXPECT_TRUE(SameBits(RenderInBlocks(request), whole.Reversed()));
-	}
-}
-
 TEST_F(LayoutConversionTest, ChannelsArePickedFirst)
 {
 	Sound const sound = WriteInput(6);
@@ -255,5 +226,4 @@ TEST_F(LayoutConversionTest, RefusesWhatHasNoConversionAndNamesARemedy)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::LayoutConversionTest

@@ -7,8 +7,6 @@
 
 namespace SonaroHost::Testing::LoudnessMeterRealtimeTest
 {
-namespace
-{
 
 TEST(LoudnessMeterSetter, MeasuringNeitherAllocatesNorLocks)
 {
@@ -38,5 +36,4 @@ TEST(LoudnessMeterSetter, MeasuringNeitherAllocatesNorLocks)
 	EXPECT_EQ(meter->GetReading().mPeak, 0.25);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::LoudnessMeterRealtimeTest

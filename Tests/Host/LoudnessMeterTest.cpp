@@ -18,8 +18,6 @@
 
 namespace SonaroHost::Testing::LoudnessMeterTest
 {
-namespace
-{
 
 using Memory = LoudnessMeter::Memory;
 
@@ -292,5 +290,4 @@ TEST(LoudnessMeterSetter, EachRunIsMeasuredByItself)
 	EXPECT_EQ(meter->GetReading().mPeak, 0.0);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::LoudnessMeterTest

@@ -18,8 +18,6 @@
 
 namespace SonaroHost::Testing::LoudnessReferenceTest
 {
-namespace
-{
 
 class Reference
 {
@@ -203,5 +201,4 @@ TEST(LoudnessReference, RandomProgrammesMeasureAsLibebur128HasThem)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::LoudnessReferenceTest

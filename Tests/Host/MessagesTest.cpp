@@ -15,8 +15,6 @@
 
 namespace SonaroHost::Testing::MessagesTest
 {
-namespace
-{
 
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -347,5 +345,4 @@ TEST_F(MessagesTest, TimecodeGoesWithTheClockWhereNumbersAreDropped)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::MessagesTest

@@ -6,8 +6,6 @@
 
 namespace SonaroHost::Testing::OutputFileTest
 {
-namespace
-{
 
 using testing::AllOf;
 using testing::Contains;
@@ -100,5 +98,4 @@ TEST(OutputFileTest, GoesWhereLinksLeadAndTakesTheLongestNames)
 	EXPECT_THROW(OutputFile(folder / "loop"), HostError);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::OutputFileTest

@@ -6,8 +6,6 @@
 
 namespace SonaroHost::Testing::OutputPlanTest
 {
-namespace
-{
 
 using testing::HasSubstr;
 
@@ -203,5 +201,4 @@ TEST_F(OutputPlanTest, PathsFromWithinABundleAreSeenThrough)
 	std::filesystem::current_path(before);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::OutputPlanTest

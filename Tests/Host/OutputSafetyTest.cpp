@@ -17,8 +17,6 @@
 
 namespace SonaroHost::Testing::OutputSafetyTest
 {
-namespace
-{
 
 // One run: an input, and outputs of which any may be where it must not.
 struct Throw
@@ -270,5 +268,4 @@ TEST_F(OutputSafetyTest, RandomOutputsOfJobsLeaveWhatIsNeededAsItIs)
 	ThrowMany(300);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::OutputSafetyTest

@@ -15,8 +15,6 @@
 
 namespace SonaroHost::Testing::PeakLimiterTest
 {
-namespace
-{
 
 using Signal = std::vector<float>;
 
@@ -118,5 +116,4 @@ TEST(PeakLimiter, AnySplitEqualsWhole)
 	EXPECT_EQ(Limit(signal, 48000, 0.5, [&] { return 1u + random() % 500u; }).mSamples, whole);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::PeakLimiterTest

@@ -23,8 +23,6 @@
 
 namespace SonaroHost::Testing::PeakWaveformGeneratorTest
 {
-namespace
-{
 
 using SN::TickTime;
 using SN::Testing::FakeGenerator;
@@ -333,5 +331,4 @@ TEST_F(PeakWaveform, ColumnsMayBeReadWhileTheyCome)
 	EXPECT_TRUE(mBuffer->IsComplete());
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::PeakWaveformGeneratorTest

@@ -11,8 +11,6 @@
 
 namespace SonaroHost::Testing::PlaybackRenderTest
 {
-namespace
-{
 
 class PlaybackRender : public ClipRenders
 {
@@ -155,5 +153,4 @@ TEST_F(PlaybackRender, DamageEndsItAsItEndsThePlainRender)
 	EXPECT_FALSE(std::filesystem::exists(request.mOutput));
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::PlaybackRenderTest

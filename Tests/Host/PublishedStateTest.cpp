@@ -11,8 +11,6 @@
 
 namespace SonaroHost::Testing::PublishedStateTest
 {
-namespace
-{
 
 constexpr unsigned kEdits = 200000;
 constexpr unsigned kStates = kEdits + 4;
@@ -94,5 +92,4 @@ TEST(PublishedState, NoReaderSeesADeadStateAndNoneOutlivesItsReaders)
 	EXPECT_EQ(State::sAlive.load(), 1u);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::PublishedStateTest

@@ -11,8 +11,6 @@
 
 namespace SonaroHost::Testing::TemporaryTest
 {
-namespace
-{
 
 using testing::ElementsAre;
 using testing::StartsWith;
@@ -91,5 +89,4 @@ TEST(TemporaryDeathTest, AllGoWhileOtherThreadsAreAtWork)
 	EXPECT_EQ(folder.List().size(), 4u);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::TemporaryTest

@@ -8,8 +8,6 @@
 
 namespace SonaroHost::Testing::TimeTransformsTest
 {
-namespace
-{
 
 using SN::TickTime;
 
@@ -91,5 +89,4 @@ TEST(TimeTransforms, WhatIsNoTransformIsRefused)
 	EXPECT_THROW(MakeKeyframed({{Ticks(2), Ticks(1)}, {Ticks(1), Ticks(2)}}), HostError);
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::TimeTransformsTest

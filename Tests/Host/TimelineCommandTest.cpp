@@ -20,8 +20,6 @@
 
 namespace SonaroHost::Testing::TimelineCommandTest
 {
-namespace
-{
 
 using testing::Contains;
 using testing::HasSubstr;
@@ -656,5 +654,4 @@ TEST_F(TimelineCommandTest, KilledAtAnyMomentItLeavesNoHalfFileAndTheNextRunClea
 	EXPECT_FALSE(HasTemporaryFile());
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::TimelineCommandTest

@@ -10,8 +10,6 @@
 
 namespace SonaroHost::Testing::TrackRenderTest
 {
-namespace
-{
 
 class TrackRenderTest : public ClipRenders
 {
@@ -388,5 +386,4 @@ TEST_F(TrackRenderTest, EachInputSoundsAsItWouldAlone)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::TrackRenderTest

@@ -17,8 +17,6 @@
 
 namespace SonaroHost::Testing::WaveformJobTest
 {
-namespace
-{
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -347,5 +345,4 @@ TEST(WaveformStyle, ColoursAreReadAsTheyAreWritten)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::WaveformJobTest

@@ -10,8 +10,6 @@
 
 namespace SonaroHost::Testing::WaveformPictureTest
 {
-namespace
-{
 
 // One letter a pixel, row by row.
 using Rows = std::vector<std::string>;
@@ -150,5 +148,4 @@ TEST_F(WaveformPicture, EachPixelShowsItsShareOfTheRange)
 	}
 }
 
-} // namespace
 } // namespace SonaroHost::Testing::WaveformPictureTest
