@@ -33,34 +33,29 @@ bool RenderOffline(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph, Offline
 	BlockSink const& inSink, std::stop_token const& inStop)
 {
 	bool const isReverse = inRange.mDirection == RenderDirection::kReverse;
-	std::int64_t const total = inRange.mWarmUpFrames + inRange.mFrames;
-	// In either direction the time of a block is its lowest.
-	auto const getTime = [&](std::int64_t inDone, std::int64_t inCount)
-	{
-		std::int64_t const frame = isReverse ? total - inDone - inCount : inDone - inRange.mWarmUpFrames;
-		return SN::TickTime(inRange.mFirstFrame + frame, inRange.mFrameRate);
-	};
 	auto const getCount = [&](std::int64_t inDone)
+	{ return std::min<std::int64_t>(inRange.mBlockFrames, inRange.mFrames - inDone); };
+	// In either direction the time of a block is its lowest.
+	auto const getTime = [&](std::int64_t inDone)
 	{
-		std::int64_t const end = inDone < inRange.mWarmUpFrames ? inRange.mWarmUpFrames : total;
-		return std::min<std::int64_t>(inRange.mBlockFrames, end - inDone);
+		std::int64_t const frame = isReverse ? inRange.mFrames - inDone - getCount(inDone) : inDone;
+		return SN::TickTime(inRange.mFirstFrame + frame, inRange.mFrameRate);
 	};
 
 	dsp::AudioBuffer block(inRange.mChannels, inRange.mBlockFrames);
 	RunningFilters const filters(inGraph);
-	inGraph->Preroll(getTime(0, getCount(0)), isReverse);
-	for (std::int64_t done = 0; done < total;)
+	inGraph->Preroll(getTime(0), isReverse);
+	for (std::int64_t done = 0, count = 0; done < inRange.mFrames; done += count)
 	{
 		if (inStop.stop_requested())
 		{
 			return false;
 		}
-		std::int64_t const count = getCount(done);
+		count = getCount(done);
 		block.SetUseSize(static_cast<unsigned>(count));
-		SN::TickTime const time = getTime(done, count);
+		SN::TickTime const time = getTime(done);
 		inGraph->GetAudioData(time, block, isReverse);
 		inSink(block, time);
-		done += count;
 	}
 	return true;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Otio/Json/Cursor.h"
-#include "Otio/Levels/MixSettingsReader.h"
+#include "Otio/Mix/MixSettingsReader.h"
 
 #include "SonaroHost/Otio/Model.h"
 

@@ -6,7 +6,7 @@
 #include "Otio/Json/Fields.h"
 #include "Otio/Json/JsonTree.h"
 #include "Otio/Json/Schema.h"
-#include "Otio/Levels/MixSettingsReader.h"
+#include "Otio/Mix/MixSettingsReader.h"
 
 #include "SonaroHost/Base/HostError.h"
 

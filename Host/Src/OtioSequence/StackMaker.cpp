@@ -1,6 +1,6 @@
 #include "StackMaker.h"
 
-#include "ItemFades.h"
+#include "OtioSequence/Item/ItemFades.h"
 #include "OtioSequence/Survey/Audibility.h"
 #include "TrackMaker.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ItemMaker.h"
+#include "OtioSequence/Item/ItemMaker.h"
 #include "OtioSequence/Survey/Levels.h"
 
 #include <memory>

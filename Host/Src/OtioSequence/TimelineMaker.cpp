@@ -1,6 +1,6 @@
 #include "SonaroHost/OtioSequence/TimelineMaker.h"
 
-#include "ItemFades.h"
+#include "OtioSequence/Item/ItemFades.h"
 #include "OtioSequence/Survey/Audibility.h"
 #include "OtioSequence/Survey/Levels.h"
 #include "StackMaker.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ItemFades.h"
-#include "ItemMaker.h"
+#include "OtioSequence/Item/ItemFades.h"
+#include "OtioSequence/Item/ItemMaker.h"
 
 #include <memory>
 #include <optional>

@@ -31,9 +31,6 @@ struct OfflineRange
 	unsigned mBlockFrames = 0;
 	RenderDirection mDirection = RenderDirection::kForward;
 	std::int64_t mFirstFrame = 0;
-	// So many frames before the first, or, in reverse, after the last one, are pulled ahead of them. The sink gets
-	// them, too, in blocks of their own.
-	std::int64_t mWarmUpFrames = 0;
 };
 
 // Gets each block as it comes, its UseSize frames being the next ones of the output, with the block's time

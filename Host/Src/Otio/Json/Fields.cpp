@@ -199,4 +199,12 @@ std::string ReadMetadata(Cursor const& inObject)
 	return DumpJson(metadata.Get(), "sonaro");
 }
 
+void RequireObject(Cursor const& inValue, char const* inWanted)
+{
+	if (!inValue.IsObject())
+	{
+		inValue.RefuseType(inWanted);
+	}
+}
+
 } // namespace SonaroHost::Otio

@@ -51,6 +51,9 @@ RationalTime ReadDuration(Cursor const& inValue);
 // The object's "metadata" as text, without what is read of it.
 std::string ReadMetadata(Cursor const& inObject);
 
+// Refuses what is not an object. inWanted: what the message says was expected.
+void RequireObject(Cursor const& inValue, char const* inWanted);
+
 // What a reader gives; nothing, and a note, where it refuses, and for nothing.
 template <class Reader>
 auto ReadIfUsable(Cursor const& inValue, Reader const& inRead) -> std::optional<decltype(inRead(inValue))>

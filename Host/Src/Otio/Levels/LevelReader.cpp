@@ -1,8 +1,8 @@
 #include "LevelReader.h"
 
 #include "LevelUnits.h"
-#include "MixSettingsReader.h"
 #include "Otio/Json/Fields.h"
+#include "Otio/Mix/CurveReader.h"
 
 #include "SonaroHost/Otio/Limits.h"
 #include "SonaroHost/Otio/Ratio.h"

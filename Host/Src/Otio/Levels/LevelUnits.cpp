@@ -1,6 +1,6 @@
 #include "LevelUnits.h"
 
-#include "MixSettingsReader.h"
+#include "Otio/Mix/CurveReader.h"
 
 #include "SonaroHost/Otio/Limits.h"
 

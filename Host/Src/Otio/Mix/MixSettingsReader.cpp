@@ -1,15 +1,14 @@
 #include "MixSettingsReader.h"
 
+#include "CurveReader.h"
 #include "Otio/Json/Fields.h"
+#include "SubmixReader.h"
 
 #include "SonaroHost/Base/ChannelLayouts.h"
-#include "SonaroHost/Otio/Limits.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -17,130 +16,6 @@ namespace SonaroHost::Otio
 
 namespace
 {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-// Seconds, or a RationalTime.
-RationalTime ReadSecondsOrTime(Cursor const& inValue)
-{
-	if (inValue.Is(JsonValue::Type::kNumber))
-	{
-		return {ReadNumber(inValue, -kMaxSeconds, kMaxSeconds), 1.0};
-	}
-	if (!inValue.IsObject())
-	{
-		inValue.RefuseType("seconds or a RationalTime");
-	}
-	return ReadTime(inValue);
-}
-
-double ReadDecibels(Cursor const& inValue)
-{
-	bool const isSilence = inValue.Is(JsonValue::Type::kNumber) && inValue.Get().GetNumber() == -kInfinity;
-	constexpr double kLowest = std::numeric_limits<double>::lowest();
-	return isSilence ? -kInfinity : ReadNumber(inValue, kLowest, kMaxGainDecibels);
-}
-
-double ReadPanPosition(Cursor const& inValue)
-{
-	return ReadNumber(inValue, -1.0, 1.0);
-}
-
-Interpolation ReadInterpolation(Cursor const& inValue)
-{
-	std::string const name = inValue.IsNothing() ? "linear" : ReadText(inValue);
-	if (name == "hold")
-	{
-		return Interpolation::kHold;
-	}
-	if (name == "smooth")
-	{
-		return Interpolation::kSmooth;
-	}
-	if (name != "linear")
-	{
-		inValue.Refuse(Quote(name) + R"( is not valid; use "hold", "linear" or "smooth")");
-	}
-	return Interpolation::kLinear;
-}
-
-Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadValue)(Cursor const&))
-{
-	Curve curve;
-	curve.mScale = inScale;
-	if (!inValue.IsObject())
-	{
-		curve.mConstant = inReadValue(inValue);
-		return curve;
-	}
-	TellUnknownKeys(inValue, {"keyframes"});
-	Cursor const keyframes(inValue, "keyframes");
-	ForEach(keyframes,
-		[&curve, inReadValue](Cursor const& inKeyframe)
-		{
-			TellUnknownKeys(inKeyframe, {"time", "value", "interpolation"});
-			curve.mKeyframes.push_back(
-				{ReadSecondsOrTime(Cursor(inKeyframe, "time")), inReadValue(Cursor(inKeyframe, "value")),
-					ReadInterpolation(Cursor(inKeyframe, "interpolation"))});
-		});
-	if (curve.mKeyframes.empty())
-	{
-		keyframes.RefuseType("an array of at least one keyframe");
-	}
-	SortKeyframes(curve, keyframes);
-	return curve;
-}
-
-Curve ReadGain(Cursor const& inValue)
-{
-	return ReadCurve(inValue, AutomationScale::kDecibels, ReadDecibels);
-}
-
-Curve ReadPan(Cursor const& inValue)
-{
-	return ReadCurve(inValue, AutomationScale::kLinear, ReadPanPosition);
-}
-
-FadeShape ReadShape(Cursor const& inValue)
-{
-	std::string const name = ReadText(inValue);
-	if (name == "equal-power")
-	{
-		return FadeShape::kEqualPower;
-	}
-	if (name == "s-curve")
-	{
-		return FadeShape::kSCurve;
-	}
-	if (name != "linear")
-	{
-		inValue.Refuse(Quote(name) + R"( is not valid; use "linear", "equal-power" or "s-curve")");
-	}
-	return FadeShape::kLinear;
-}
-
-void RequireObject(Cursor const& inValue, char const* inWanted)
-{
-	if (!inValue.IsObject())
-	{
-		inValue.RefuseType(inWanted);
-	}
-}
-
-Fade ReadFade(Cursor const& inValue)
-{
-	RequireObject(inValue, "an object with \"duration\"");
-	TellUnknownKeys(inValue, {"duration", "curve"});
-	Cursor const duration(inValue, "duration");
-	Fade fade;
-	fade.mDuration = ReadSecondsOrTime(duration);
-	if (fade.mDuration.mValue < 0.0)
-	{
-		duration.Refuse("the duration is negative; use 0 or more");
-	}
-	fade.mShape = ReadIfThere(Cursor(inValue, "curve"), ReadShape);
-	return fade;
-}
 
 std::vector<unsigned> ReadChannels(Cursor const& inValue)
 {
@@ -175,106 +50,6 @@ std::string ReadLayout(Cursor const& inValue)
 					   std::to_string(kMaxChannels));
 	}
 	return layout;
-}
-
-std::string ReadName(Cursor const& inValue)
-{
-	std::string name = ReadText(inValue);
-	if (name.empty())
-	{
-		inValue.Refuse("the name is empty; use a name of at least one character");
-	}
-	return name;
-}
-
-Send ReadSend(Cursor const& inValue)
-{
-	RequireObject(inValue, "an object with \"to\", the submix to send to");
-	TellUnknownKeys(inValue, {"to", "gain", "pre_fader"});
-	Send send;
-	send.mTo = ReadName(Cursor(inValue, "to"));
-	send.mGain.mScale = AutomationScale::kDecibels;
-	if (auto gain = ReadIfThere(Cursor(inValue, "gain"), ReadGain))
-	{
-		send.mGain = std::move(*gain);
-	}
-	send.mIsPreFader = ReadIfThere(Cursor(inValue, "pre_fader"), ReadBool).value_or(false);
-	return send;
-}
-
-Submix ReadSubmix(Cursor const& inValue)
-{
-	RequireObject(inValue, "an object with \"name\"");
-	TellUnknownKeys(inValue, {"name", "gain", "pan", "mute", "output"});
-	Submix submix;
-	submix.mName = ReadName(Cursor(inValue, "name"));
-	submix.mGain = ReadIfThere(Cursor(inValue, "gain"), ReadGain);
-	submix.mPan = ReadIfThere(Cursor(inValue, "pan"), ReadPan);
-	submix.mMute = ReadIfThere(Cursor(inValue, "mute"), ReadBool).value_or(false);
-	submix.mOutput = ReadIfThere(Cursor(inValue, "output"), ReadName);
-	return submix;
-}
-
-using SubmixIndices = std::unordered_map<std::string, std::size_t>;
-
-void CheckOutputs(Cursor const& inList, std::vector<Submix> const& inSubmixes, SubmixIndices const& inIndices)
-{
-	constexpr std::size_t kSum = std::numeric_limits<std::size_t>::max();
-	std::vector<std::size_t> outputs;
-	for (std::size_t i = 0; i < inSubmixes.size(); ++i)
-	{
-		auto const& output = inSubmixes[i].mOutput;
-		auto const found = output ? inIndices.find(*output) : inIndices.end();
-		if (output && found == inIndices.end())
-		{
-			Cursor const submix(inList, i);
-			Cursor(submix, "output")
-				.Refuse("there is no submix " + Quote(*output) +
-						"; use the name of another submix of this list, or null");
-		}
-		outputs.push_back(found == inIndices.end() ? kSum : found->second);
-	}
-	for (std::size_t i = 0; i < outputs.size(); ++i)
-	{
-		std::size_t next = outputs[i];
-		for (std::size_t steps = 0; next != kSum; next = outputs[next])
-		{
-			if (++steps > outputs.size())
-			{
-				Cursor const submix(inList, i);
-				Cursor(submix, "output")
-					.Refuse("the submix outputs form a loop; set \"output\" of one of them to null");
-			}
-		}
-	}
-}
-
-std::vector<Submix> ReadSubmixes(Cursor const& inList)
-{
-	std::vector<Submix> submixes;
-	SubmixIndices indices;
-	ForEach(inList,
-		[&submixes, &indices](Cursor const& inValue)
-		{
-			if (submixes.size() == kMaxSubmixes)
-			{
-				inValue.Refuse("too many submixes; use at most " + std::to_string(kMaxSubmixes));
-			}
-			submixes.push_back(ReadSubmix(inValue));
-			if (!indices.emplace(submixes.back().mName, submixes.size() - 1).second)
-			{
-				Cursor(inValue, "name")
-					.Refuse("another submix is named " + Quote(submixes.back().mName) +
-							" already; use another name");
-			}
-		});
-	CheckOutputs(inList, submixes, indices);
-	return submixes;
-}
-
-void ReadSends(Cursor const& inList, std::vector<Send>& outSends)
-{
-	ForEach(inList, [&outSends](Cursor const& inValue) { outSends.push_back(ReadSend(inValue)); });
 }
 
 constexpr unsigned operator|(SettingsOwner inA, SettingsOwner inB)
@@ -386,32 +161,6 @@ MixSettings ReadMixSettings(Cursor const& inMetadata, SettingsOwner inOwner)
 		}
 	}
 	return settings;
-}
-
-void SortKeyframes(Curve& ioCurve, Cursor const& inPlace)
-{
-	struct Entry
-	{
-		Ratio mSeconds;
-		Curve::Keyframe mKeyframe;
-	};
-	std::vector<Entry> entries;
-	for (Curve::Keyframe const& keyframe : ioCurve.mKeyframes)
-	{
-		entries.push_back({ToSeconds(keyframe.mTime), keyframe});
-	}
-	std::stable_sort(entries.begin(), entries.end(),
-		[](Entry const& inA, Entry const& inB) { return inA.mSeconds < inB.mSeconds; });
-	ioCurve.mKeyframes.clear();
-	for (std::size_t i = 0; i < entries.size(); ++i)
-	{
-		if (i + 1 < entries.size() && entries[i].mSeconds == entries[i + 1].mSeconds)
-		{
-			inPlace.Tell(Note::Kind::kGuess, "two keyframes have the same time; the last one is used");
-			continue;
-		}
-		ioCurve.mKeyframes.push_back(entries[i].mKeyframe);
-	}
 }
 
 MixSettings MergeSettings(MixSettings inTimeline, MixSettings const& inStack, Cursor const& inPlace)

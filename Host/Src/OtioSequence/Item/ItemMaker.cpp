@@ -15,33 +15,6 @@
 namespace SonaroHost::Otio
 {
 
-namespace
-{
-
-// Frames from the sequence's time on that the item is asked for, crossfades among them.
-TimeSpan GetReach(Placement const& inPlacement, Grid const& inGrid)
-{
-	return {inGrid.ToTime(inPlacement.mFirstFrame - inPlacement.mFramesBefore),
-		inGrid.ToTime(inPlacement.mEndFrame + inPlacement.mFramesAfter)};
-}
-
-// Media that ends within a picture of its clip is usual.
-constexpr std::int64_t kUsualGapsPerSecond = 20;
-
-// "1 sample", "2 samples".
-std::string CountSamples(std::int64_t inCount)
-{
-	return std::to_string(inCount) + (inCount == 1 ? " sample" : " samples");
-}
-
-} // namespace
-
-Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const& inGrid)
-{
-	Ratio const end = inStart + inLength;
-	return {inStart, end, inGrid.ToFrame(inStart), inGrid.ToFrame(end), 0, 0};
-}
-
 std::optional<Sequence::Item> ItemMaker::Make(
 	ItemView const& inItem, Placement const& inPlacement, LevelsOn inLevelsOn)
 {
@@ -51,7 +24,7 @@ std::optional<Sequence::Item> ItemMaker::Make(
 	{
 		mContext.Tell(Note::Kind::kRemark, item.mPlace, "a freeze frame is silent");
 	}
-	ItemTiming const timing = FindTiming(inItem, inPlacement);
+	ItemTiming const timing = MakeTiming(inItem, inPlacement, mContext.mRanges, mScope.mGrid);
 	AddMarkers(inItem, inPlacement, timing);
 	if (whySilent.empty() && GetReach(inPlacement, mScope.mGrid).Intersect(mScope.mNeeded).IsEmpty())
 	{
@@ -80,7 +53,7 @@ void ItemMaker::AddMarkersOf(ItemView const& inItem)
 {
 	Placement const placement =
 		MakePlacement(Ratio(), mContext.mRanges.GetRange(inItem).mLength, mScope.mGrid);
-	AddMarkers(inItem, placement, FindTiming(inItem, placement));
+	AddMarkers(inItem, placement, MakeTiming(inItem, placement, mContext.mRanges, mScope.mGrid));
 }
 
 Sequence::Item ItemMaker::MakeSilence(ItemView const& inItem, Placement const& inPlacement) const
@@ -93,19 +66,6 @@ Sequence::Item ItemMaker::MakeSilence(ItemView const& inItem, Placement const& i
 	item.mContent = Sequence::Clip{std::make_shared<Sequence::Media const>(std::move(media)), 0, {}};
 	item.mSpeed = 0.0;
 	return item;
-}
-
-ItemMaker::ItemTiming ItemMaker::FindTiming(ItemView const& inItem, Placement const& inPlacement) const
-{
-	ItemTiming timing;
-	timing.mRange = mContext.mRanges.GetRange(inItem);
-	Speed const speed = GetSpeed(*inItem.mItem);
-	timing.mSpeed = speed.mIsFrozen ? Ratio(1) : speed.mFactor;
-	// Either way the same stretch is heard, backwards from its end on.
-	Ratio const passed = std::max(-timing.mSpeed, Ratio()) * timing.mRange.mLength;
-	timing.mToContent = TimeMap(inPlacement.mStart, timing.mRange.mStart + passed, timing.mSpeed);
-	timing.mFirst = timing.mToContent.Map(mScope.mGrid.ToTime(inPlacement.mFirstFrame));
-	return timing;
 }
 
 Sequence::Item ItemMaker::MakeItem(
@@ -219,7 +179,7 @@ std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacemen
 	Ratio const start = GetMediaStart(inClip);
 	Content const content{{start, start + Ratio(inMedia.mMedia->mFrames) / rate}, rate, "media", true};
 	std::string whySilent;
-	if (IsOutside(inPlacement, inTiming, content.mSpan))
+	if (mChecks.IsOutside(inPlacement, inTiming, content.mSpan))
 	{
 		outStatus = ClipRow::Status::kOutside;
 		TimeSpan const wanted = inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
@@ -229,8 +189,8 @@ std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacemen
 				"; the clip is silent; correct its source_range or the available_range of the media");
 		return whySilent;
 	}
-	CheckReach(inClip, inPlacement, inTiming, content);
-	whySilent = CheckSpeed(inClip, inTiming, rate / Ratio(mScope.mGrid.GetSampleRate()));
+	mChecks.CheckReach(inClip, inPlacement, inTiming, content);
+	whySilent = mChecks.CheckSpeed(inClip, inTiming, rate / Ratio(mScope.mGrid.GetSampleRate()));
 	outStatus = whySilent.empty() ? ClipRow::Status::kHeard : ClipRow::Status::kSilent;
 	return whySilent;
 }
@@ -270,55 +230,6 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 		row.mEndMediaSample = ((used.mEnd - start) * Ratio::FromDouble(mediaRate)).Round();
 	}
 	mContext.mResult.mClips.push_back(std::move(row));
-}
-
-bool ItemMaker::IsOutside(
-	Placement const& inPlacement, ItemTiming const& inTiming, TimeSpan const& inContent) const
-{
-	return inTiming.mToContent.Map(GetReach(inPlacement, mScope.mGrid)).Intersect(inContent).IsEmpty();
-}
-
-void ItemMaker::CheckReach(
-	Item const& inItem, Placement const& inPlacement, ItemTiming const& inTiming, Content const& inContent)
-{
-	auto const findShortage = [&](TimeSpan const& inTimes)
-	{
-		TimeSpan const used = inTiming.mToContent.Map(inTimes);
-		Ratio const before = inContent.mSpan.mStart - used.mStart;
-		Ratio const behind = used.mEnd - inContent.mSpan.mEnd;
-		return (std::max(before, behind) * inContent.mRate).Round();
-	};
-	std::int64_t const lacking = findShortage({inPlacement.mStart, inPlacement.mEnd});
-	std::int64_t const lackingHandle = findShortage(GetReach(inPlacement, mScope.mGrid));
-	if (lacking > 0)
-	{
-		bool const isUsual =
-			!inContent.mIsMedia || Ratio(lacking) * Ratio(kUsualGapsPerSecond) <= inContent.mRate;
-		mContext.Tell(isUsual ? Note::Kind::kRemark : Note::Kind::kIgnored, inItem.mPlace,
-			std::string(inContent.mIsMedia ? "the clip" : "the range") + " extends " + CountSamples(lacking) +
-				" beyond its " + inContent.mName + " and is silent there");
-	}
-	// More than the rounding of an end.
-	if (lackingHandle > std::max<std::int64_t>(lacking, 0) + 1)
-	{
-		mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
-			"a transition needs " + CountSamples(lackingHandle) + " of handle more than the " +
-				inContent.mName + " has; the missing part is silent");
-	}
-}
-
-std::string ItemMaker::CheckSpeed(Item const& inItem, ItemTiming const& inTiming, Ratio const& inRates)
-{
-	// What the resampler has room for in the largest blocks of a render.
-	Ratio const largest(60);
-	Ratio const speed = inTiming.mSpeed * inRates;
-	if (std::max(speed, -speed) <= largest)
-	{
-		return {};
-	}
-	mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
-		"the speed takes more than 60 samples for each output sample; the item is silent; reduce the speed");
-	return "its speed is too high";
 }
 
 std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placement const& inPlacement,
@@ -373,7 +284,7 @@ std::string ItemMaker::CheckNest(
 	ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming)
 {
 	TimeSpan const content{Ratio(), mContext.mRanges.GetContentLength(inItem)};
-	if (!content.IsEmpty() && IsOutside(inPlacement, inTiming, content))
+	if (!content.IsEmpty() && mChecks.IsOutside(inPlacement, inTiming, content))
 	{
 		mContext.Tell(Note::Kind::kIgnored, inItem.mItem->mPlace,
 			"the range lies outside its content; the item is silent; correct its source_range");
@@ -381,10 +292,10 @@ std::string ItemMaker::CheckNest(
 	}
 	if (!content.IsEmpty())
 	{
-		CheckReach(*inItem.mItem, inPlacement, inTiming,
+		mChecks.CheckReach(*inItem.mItem, inPlacement, inTiming,
 			{content, Ratio(mScope.mGrid.GetSampleRate()), "content", false});
 	}
-	return CheckSpeed(*inItem.mItem, inTiming, Ratio(1));
+	return mChecks.CheckSpeed(*inItem.mItem, inTiming, Ratio(1));
 }
 
 Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlacement,

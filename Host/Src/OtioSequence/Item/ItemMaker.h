@@ -1,28 +1,14 @@
 #pragma once
 
-#include "MakerContext.h"
-#include "Scope.h"
+#include "ContentChecks.h"
+#include "OtioSequence/MakerContext.h"
+#include "OtioSequence/Scope.h"
 
 #include <cstdint>
 #include <optional>
 
 namespace SonaroHost::Otio
 {
-
-// Where an item stands in a sequence.
-struct Placement
-{
-	// Its ends as exact times, and as frames of the sequence's grid.
-	Ratio mStart;
-	Ratio mEnd;
-	std::int64_t mFirstFrame = 0;
-	std::int64_t mEndFrame = 0;
-	// Frames by which crossfades reach beyond its ends.
-	std::int64_t mFramesBefore = 0;
-	std::int64_t mFramesAfter = 0;
-};
-
-Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const& inGrid);
 
 // Makes a sequence's item of a clip or a composition.
 //
@@ -42,7 +28,8 @@ public:
 	ItemMaker(MakerContext& ioContext, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
 		: mContext(ioContext),
 		  mScope(inScope),
-		  mLayout(inLayout)
+		  mLayout(inLayout),
+		  mChecks(ioContext, inScope.mGrid)
 	{
 	}
 
@@ -58,27 +45,6 @@ public:
 	Sequence::Item MakeSilence(ItemView const& inItem, Placement const& inPlacement) const;
 
 private:
-	// How the item's own time passes in that of the sequence.
-	struct ItemTiming
-	{
-		ExactRange mRange;
-		Ratio mSpeed = Ratio(1);
-		// Maps the sequence's time to the item's.
-		TimeMap mToContent;
-		// The item's time at its first frame.
-		Ratio mFirst;
-	};
-
-	// What there is to be heard, in the item's own time.
-	struct Content
-	{
-		TimeSpan mSpan;
-		// The rate in which notes give what is missing.
-		Ratio mRate;
-		char const* mName;
-		bool mIsMedia;
-	};
-
 	struct ClipState
 	{
 		ClipRow::Status mStatus;
@@ -87,7 +53,6 @@ private:
 
 	// Which part of its content is heard backwards.
 	void TellStretch(ItemView const& inItem, ItemTiming const& inTiming);
-	ItemTiming FindTiming(ItemView const& inItem, Placement const& inPlacement) const;
 	Sequence::Item MakeItem(
 		ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming) const;
 	void AddMarkers(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming);
@@ -107,13 +72,6 @@ private:
 	// Adds the row of a nest on a track.
 	void AddNestRow(Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout);
 	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming);
-	// Whether it hears nothing of its content, transitions and all.
-	bool IsOutside(Placement const& inPlacement, ItemTiming const& inTiming, TimeSpan const& inContent) const;
-	// Takes notes of the parts that its content lacks.
-	void CheckReach(Item const& inItem, Placement const& inPlacement, ItemTiming const& inTiming,
-		Content const& inContent);
-	// inRates: the factor by which the speed is multiplied where rates differ.
-	std::string CheckSpeed(Item const& inItem, ItemTiming const& inTiming, Ratio const& inRates);
 	Ratio GetMediaStart(Clip const& inClip) const;
 
 	std::optional<Sequence::Item> MakeNest(ItemView const& inItem, Placement const& inPlacement,
@@ -125,6 +83,7 @@ private:
 	MakerContext& mContext;
 	Scope const& mScope;
 	SN::AudioChannelLayout const& mLayout;
+	ContentChecks mChecks;
 };
 
 } // namespace SonaroHost::Otio

@@ -1,0 +1,162 @@
+#include "CurveReader.h"
+
+#include "Otio/Json/Fields.h"
+
+#include "SonaroHost/Otio/Limits.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// Seconds, or a RationalTime.
+RationalTime ReadSecondsOrTime(Cursor const& inValue)
+{
+	if (inValue.Is(JsonValue::Type::kNumber))
+	{
+		return {ReadNumber(inValue, -kMaxSeconds, kMaxSeconds), 1.0};
+	}
+	if (!inValue.IsObject())
+	{
+		inValue.RefuseType("seconds or a RationalTime");
+	}
+	return ReadTime(inValue);
+}
+
+double ReadDecibels(Cursor const& inValue)
+{
+	bool const isSilence = inValue.Is(JsonValue::Type::kNumber) && inValue.Get().GetNumber() == -kInfinity;
+	constexpr double kLowest = std::numeric_limits<double>::lowest();
+	return isSilence ? -kInfinity : ReadNumber(inValue, kLowest, kMaxGainDecibels);
+}
+
+double ReadPanPosition(Cursor const& inValue)
+{
+	return ReadNumber(inValue, -1.0, 1.0);
+}
+
+Interpolation ReadInterpolation(Cursor const& inValue)
+{
+	std::string const name = inValue.IsNothing() ? "linear" : ReadText(inValue);
+	if (name == "hold")
+	{
+		return Interpolation::kHold;
+	}
+	if (name == "smooth")
+	{
+		return Interpolation::kSmooth;
+	}
+	if (name != "linear")
+	{
+		inValue.Refuse(Quote(name) + R"( is not valid; use "hold", "linear" or "smooth")");
+	}
+	return Interpolation::kLinear;
+}
+
+Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadValue)(Cursor const&))
+{
+	Curve curve;
+	curve.mScale = inScale;
+	if (!inValue.IsObject())
+	{
+		curve.mConstant = inReadValue(inValue);
+		return curve;
+	}
+	TellUnknownKeys(inValue, {"keyframes"});
+	Cursor const keyframes(inValue, "keyframes");
+	ForEach(keyframes,
+		[&curve, inReadValue](Cursor const& inKeyframe)
+		{
+			TellUnknownKeys(inKeyframe, {"time", "value", "interpolation"});
+			curve.mKeyframes.push_back(
+				{ReadSecondsOrTime(Cursor(inKeyframe, "time")), inReadValue(Cursor(inKeyframe, "value")),
+					ReadInterpolation(Cursor(inKeyframe, "interpolation"))});
+		});
+	if (curve.mKeyframes.empty())
+	{
+		keyframes.RefuseType("an array of at least one keyframe");
+	}
+	SortKeyframes(curve, keyframes);
+	return curve;
+}
+
+} // namespace
+
+Curve ReadGain(Cursor const& inValue)
+{
+	return ReadCurve(inValue, AutomationScale::kDecibels, ReadDecibels);
+}
+
+Curve ReadPan(Cursor const& inValue)
+{
+	return ReadCurve(inValue, AutomationScale::kLinear, ReadPanPosition);
+}
+
+FadeShape ReadShape(Cursor const& inValue)
+{
+	std::string const name = ReadText(inValue);
+	if (name == "equal-power")
+	{
+		return FadeShape::kEqualPower;
+	}
+	if (name == "s-curve")
+	{
+		return FadeShape::kSCurve;
+	}
+	if (name != "linear")
+	{
+		inValue.Refuse(Quote(name) + R"( is not valid; use "linear", "equal-power" or "s-curve")");
+	}
+	return FadeShape::kLinear;
+}
+
+Fade ReadFade(Cursor const& inValue)
+{
+	RequireObject(inValue, "an object with \"duration\"");
+	TellUnknownKeys(inValue, {"duration", "curve"});
+	Cursor const duration(inValue, "duration");
+	Fade fade;
+	fade.mDuration = ReadSecondsOrTime(duration);
+	if (fade.mDuration.mValue < 0.0)
+	{
+		duration.Refuse("the duration is negative; use 0 or more");
+	}
+	fade.mShape = ReadIfThere(Cursor(inValue, "curve"), ReadShape);
+	return fade;
+}
+
+void SortKeyframes(Curve& ioCurve, Cursor const& inPlace)
+{
+	struct Entry
+	{
+		Ratio mSeconds;
+		Curve::Keyframe mKeyframe;
+	};
+	std::vector<Entry> entries;
+	for (Curve::Keyframe const& keyframe : ioCurve.mKeyframes)
+	{
+		entries.push_back({ToSeconds(keyframe.mTime), keyframe});
+	}
+	std::stable_sort(entries.begin(), entries.end(),
+		[](Entry const& inA, Entry const& inB) { return inA.mSeconds < inB.mSeconds; });
+	ioCurve.mKeyframes.clear();
+	for (std::size_t i = 0; i < entries.size(); ++i)
+	{
+		if (i + 1 < entries.size() && entries[i].mSeconds == entries[i + 1].mSeconds)
+		{
+			inPlace.Tell(Note::Kind::kGuess, "two keyframes have the same time; the last one is used");
+			continue;
+		}
+		ioCurve.mKeyframes.push_back(entries[i].mKeyframe);
+	}
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Otio/Json/Cursor.h"
+
+#include "SonaroHost/Otio/MixSettings.h"
+
+namespace SonaroHost::Otio
+{
+
+// Gains in decibels, minus infinity among them.
+inline constexpr double kMaxGainDecibels = 100.0;
+
+// A gain in decibels and a pan from -1 to 1: a number, or an object with keyframes.
+Curve ReadGain(Cursor const& inValue);
+Curve ReadPan(Cursor const& inValue);
+FadeShape ReadShape(Cursor const& inValue);
+Fade ReadFade(Cursor const& inValue);
+
+// Puts keyframes into the order of time; of those at one time the last one stays, and a note at inPlace says so.
+void SortKeyframes(Curve& ioCurve, Cursor const& inPlace);
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,72 @@
+#include "ContentChecks.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+// Media that ends within a picture of its clip is usual.
+constexpr std::int64_t kUsualGapsPerSecond = 20;
+
+// "1 sample", "2 samples".
+std::string CountSamples(std::int64_t inCount)
+{
+	return std::to_string(inCount) + (inCount == 1 ? " sample" : " samples");
+}
+
+} // namespace
+
+bool ContentChecks::IsOutside(
+	Placement const& inPlacement, ItemTiming const& inTiming, TimeSpan const& inContent) const
+{
+	return inTiming.mToContent.Map(GetReach(inPlacement, mGrid)).Intersect(inContent).IsEmpty();
+}
+
+void ContentChecks::CheckReach(
+	Item const& inItem, Placement const& inPlacement, ItemTiming const& inTiming, Content const& inContent)
+{
+	auto const findShortage = [&](TimeSpan const& inTimes)
+	{
+		TimeSpan const used = inTiming.mToContent.Map(inTimes);
+		Ratio const before = inContent.mSpan.mStart - used.mStart;
+		Ratio const behind = used.mEnd - inContent.mSpan.mEnd;
+		return (std::max(before, behind) * inContent.mRate).Round();
+	};
+	std::int64_t const lacking = findShortage({inPlacement.mStart, inPlacement.mEnd});
+	std::int64_t const lackingHandle = findShortage(GetReach(inPlacement, mGrid));
+	if (lacking > 0)
+	{
+		bool const isUsual =
+			!inContent.mIsMedia || Ratio(lacking) * Ratio(kUsualGapsPerSecond) <= inContent.mRate;
+		mContext.Tell(isUsual ? Note::Kind::kRemark : Note::Kind::kIgnored, inItem.mPlace,
+			std::string(inContent.mIsMedia ? "the clip" : "the range") + " extends " + CountSamples(lacking) +
+				" beyond its " + inContent.mName + " and is silent there");
+	}
+	// More than the rounding of an end.
+	if (lackingHandle > std::max<std::int64_t>(lacking, 0) + 1)
+	{
+		mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
+			"a transition needs " + CountSamples(lackingHandle) + " of handle more than the " +
+				inContent.mName + " has; the missing part is silent");
+	}
+}
+
+std::string ContentChecks::CheckSpeed(Item const& inItem, ItemTiming const& inTiming, Ratio const& inRates)
+{
+	// What the resampler has room for in the largest blocks of a render.
+	Ratio const largest(60);
+	Ratio const speed = inTiming.mSpeed * inRates;
+	if (std::max(speed, -speed) <= largest)
+	{
+		return {};
+	}
+	mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
+		"the speed takes more than 60 samples for each output sample; the item is silent; reduce the speed");
+	return "its speed is too high";
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,34 @@
+#include "ItemTiming.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Otio
+{
+
+Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const& inGrid)
+{
+	Ratio const end = inStart + inLength;
+	return {inStart, end, inGrid.ToFrame(inStart), inGrid.ToFrame(end), 0, 0};
+}
+
+TimeSpan GetReach(Placement const& inPlacement, Grid const& inGrid)
+{
+	return {inGrid.ToTime(inPlacement.mFirstFrame - inPlacement.mFramesBefore),
+		inGrid.ToTime(inPlacement.mEndFrame + inPlacement.mFramesAfter)};
+}
+
+ItemTiming MakeTiming(
+	ItemView const& inItem, Placement const& inPlacement, Ranges& ioRanges, Grid const& inGrid)
+{
+	ItemTiming timing;
+	timing.mRange = ioRanges.GetRange(inItem);
+	Speed const speed = GetSpeed(*inItem.mItem);
+	timing.mSpeed = speed.mIsFrozen ? Ratio(1) : speed.mFactor;
+	// Either way the same stretch is heard, backwards from its end on.
+	Ratio const passed = std::max(-timing.mSpeed, Ratio()) * timing.mRange.mLength;
+	timing.mToContent = TimeMap(inPlacement.mStart, timing.mRange.mStart + passed, timing.mSpeed);
+	timing.mFirst = timing.mToContent.Map(inGrid.ToTime(inPlacement.mFirstFrame));
+	return timing;
+}
+
+} // namespace SonaroHost::Otio

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "OtioSequence/Scope.h"
+#include "OtioSequence/Survey/Ranges.h"
+
+#include <cstdint>
+
+namespace SonaroHost::Otio
+{
+
+// Where an item stands in a sequence.
+struct Placement
+{
+	// Its ends as exact times, and as frames of the sequence's grid.
+	Ratio mStart;
+	Ratio mEnd;
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mEndFrame = 0;
+	// Frames by which crossfades reach beyond its ends.
+	std::int64_t mFramesBefore = 0;
+	std::int64_t mFramesAfter = 0;
+};
+
+Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const& inGrid);
+
+// Frames from the sequence's time on that the item is asked for, crossfades among them.
+TimeSpan GetReach(Placement const& inPlacement, Grid const& inGrid);
+
+// How the item's own time passes in that of the sequence.
+struct ItemTiming
+{
+	ExactRange mRange;
+	Ratio mSpeed = Ratio(1);
+	// Maps the sequence's time to the item's.
+	TimeMap mToContent;
+	// The item's time at its first frame.
+	Ratio mFirst;
+};
+
+ItemTiming MakeTiming(
+	ItemView const& inItem, Placement const& inPlacement, Ranges& ioRanges, Grid const& inGrid);
+
+} // namespace SonaroHost::Otio
