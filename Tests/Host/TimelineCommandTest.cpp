@@ -601,6 +601,15 @@ TEST_F(TimelineCommandTest, TheGraphHasEachNodeOnce)
 	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("</svg>"));
 }
 
+TEST_F(TimelineCommandTest, MediaOfTheOutputsRatePassAlsoWhereAFrameIsNoWholeNumberOfTicks)
+{
+	Sound const sound = MakeSound(1, 44099, 44099);
+	WriteSound(mFolder / "odd.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+	WriteTimeline("odd.otio", {Track("One", {Clip("all", "odd.wav", 0.0, 1.0)})});
+	EXPECT_EQ(Run({"render", "odd.otio", "-o", "out.wav", "--layout", "mono"}).mExitCode, 0);
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), sound));
+}
+
 TEST_F(TimelineCommandTest, TheGraphOfATrackHasNoOtherAndATrackMustBeHeard)
 {
 	WriteTimeline("edit.otio",
