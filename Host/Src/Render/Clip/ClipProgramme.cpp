@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -64,7 +66,7 @@ Sequence::Item MakeItem(
 {
 	PlannedClip const& clip = *inPiece.mClip;
 	SN::FrameRate const frameRate = inPlan.GetFrameRate();
-	// Of a resampled clip that is covered at its start, the rest begins at the nearest sample.
+	// What is heard of a resampled clip after another one begins at the nearest sample.
 	std::int64_t const skipped =
 		std::llround(static_cast<double>(inPiece.mFirst - clip.mPosition) * clip.mReadingSpeed);
 	Sequence::Item item;
