@@ -31,7 +31,7 @@ using namespace SonaroHost;
 // More than any timeline has.
 constexpr int kMostDepth = 1000000;
 
-GraphFormat ChooseFormat(std::string const& inFormat, std::string const& inOutput)
+GraphFormat ChooseGraphFormat(std::string const& inFormat, std::string const& inOutput)
 {
 	if (inFormat.empty() && IsStandardStream(inOutput))
 	{
@@ -193,7 +193,7 @@ int GraphCommand::Run()
 		throw HostError(HostError::Kind::kInput, {mInput, {}, reason, DescribeInputs()});
 	}
 	MakeRoomForOutputs({mOutput});
-	GraphFormat const format = ChooseFormat(mFormat, mOutput);
+	GraphFormat const format = ChooseGraphFormat(mFormat, mOutput);
 	RenderOptions layout;
 	layout.mLayout = mLayout;
 	Otio::TimelineOptions options;

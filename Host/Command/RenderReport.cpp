@@ -18,7 +18,7 @@ namespace
 {
 
 // The version of the report's keys: one more for any change that a reader would stumble over.
-constexpr int kReportVersion = 1;
+constexpr int kSoundFilesReportVersion = 1;
 
 std::string DescribeLoudness(LoudnessReading const& inLoudness)
 {
@@ -87,7 +87,7 @@ void AddPlayback(Json& ioJson, RenderSummary const& inSummary)
 }
 
 // Lists the clips as the report of a timeline does. Where they overlap, the later one is heard alone.
-Json ListClips(ProgrammePlan const& inPlan)
+Json ListSoundFiles(ProgrammePlan const& inPlan)
 {
 	Json list = Json::array();
 	for (PlannedClip const& clip : inPlan.GetClips())
@@ -155,7 +155,7 @@ std::string ReportForMachines(std::vector<std::string> const& inInputs, ClipRend
 {
 	Json json;
 	json["schema"] = "sonaro.file-render";
-	json["version"] = kReportVersion;
+	json["version"] = kSoundFilesReportVersion;
 	json["inputs"] = ListInputs(inInputs, inJob.GetPlan());
 	json["programme"] = {{"rate", inSummary.mSampleRate}, {"samples", inSummary.GetFrames()},
 		{"seconds", GetRenderedSeconds(inSummary)}, {"layout", GetLayoutName(inJob.GetOutputLayout())}};
@@ -165,7 +165,7 @@ std::string ReportForMachines(std::vector<std::string> const& inInputs, ClipRend
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
 	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
 	AddPlayback(json, inSummary);
-	json["clips"] = ListClips(inJob.GetPlan());
+	json["clips"] = ListSoundFiles(inJob.GetPlan());
 	return ToText(json);
 }
 

@@ -28,7 +28,7 @@ namespace
 {
 
 // The version of the report's keys: one more for any change that a reader would stumble over.
-constexpr int kReportVersion = 1;
+constexpr int kTimelineReportVersion = 1;
 
 std::string FormatLoudness(LoudnessReading const& inReading)
 {
@@ -88,7 +88,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, Rende
 {
 	Json json;
 	json["schema"] = "sonaro.timeline-render";
-	json["version"] = kReportVersion;
+	json["version"] = kTimelineReportVersion;
 	json["input"] = inInput;
 	json["programme"] = DescribeProgramme(inJob.GetSequence());
 	json["range"] = {{"firstSample", inJob.GetRange().mFirstFrame}, {"samples", inJob.GetRange().mFrames}};

@@ -45,7 +45,7 @@ std::string ToLower(std::string inText)
 	return inText;
 }
 
-WaveformFormat ChooseFormat(std::string const& inFormat, std::string const& inOutput)
+WaveformFormat ChooseWaveformFormat(std::string const& inFormat, std::string const& inOutput)
 {
 	if (inFormat.empty() && IsStandardStream(inOutput))
 	{
@@ -268,7 +268,7 @@ WaveformRequest WaveformCommand::MakeRequest()
 	WaveformRequest request;
 	request.mInput = mInput;
 	request.mOutput = mOutput;
-	request.mFormat = ChooseFormat(mFormat, mOutput);
+	request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
 	CheckOptionsFit(request.mFormat);
 	if (!mStart.empty())
 	{
@@ -295,7 +295,7 @@ TimelineWaveformRequest WaveformCommand::MakeTimelineRequest()
 	request.mInput = mInput;
 	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 	request.mOutput = mOutput;
-	request.mFormat = ChooseFormat(mFormat, mOutput);
+	request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
 	request.mOptions.mFadeShape = ParseFades(mFades);
 	if (mWidth)
 	{

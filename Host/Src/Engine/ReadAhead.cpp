@@ -18,7 +18,7 @@ constexpr double kStretchSeconds = 2.0;
 
 // A batch that was given up leaves the load low, so that the next try is read. More are needed only while others keep
 // the queue busy.
-constexpr int kMostTries = 10;
+constexpr int kMostWaits = 10;
 
 std::int64_t ChooseStretchFrames(OfflineRange const& inRange)
 {
@@ -101,7 +101,7 @@ void ReadAhead::Request(std::int64_t inFramesDone)
 void ReadAhead::WaitFor(std::int64_t inFramesDone)
 {
 	double const interval = SN::TickTime(mStretchFrames, mRange.mFrameRate).GetSeconds();
-	for (int tries = 0; tries < kMostTries; ++tries)
+	for (int tries = 0; tries < kMostWaits; ++tries)
 	{
 		PrefetchBatch::End const end = mBatch->Wait();
 		double const percent = static_cast<double>(end.mElapsedNanos) / (interval * 1e7);

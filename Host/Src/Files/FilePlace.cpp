@@ -15,7 +15,7 @@ namespace
 // The number of links after which the system itself gives up.
 constexpr int kMostLinks = 40;
 
-bool IsLetter(char inCharacter)
+bool HasTwoCases(char inCharacter)
 {
 	return (inCharacter >= 'a' && inCharacter <= 'z') || (inCharacter >= 'A' && inCharacter <= 'Z');
 }
@@ -25,7 +25,7 @@ std::string SwapCase(std::string inName)
 	constexpr char kCaseBit = 0x20;
 	for (char& character : inName)
 	{
-		character = IsLetter(character) ? static_cast<char>(character ^ kCaseBit) : character;
+		character = HasTwoCases(character) ? static_cast<char>(character ^ kCaseBit) : character;
 	}
 	return inName;
 }
@@ -39,7 +39,7 @@ bool IgnoresCase(std::filesystem::path const& inFolder)
 		 entry.increment(error))
 	{
 		std::string const name = entry->path().filename().string();
-		if (std::any_of(name.begin(), name.end(), IsLetter))
+		if (std::any_of(name.begin(), name.end(), HasTwoCases))
 		{
 			auto const number = FindFileNumber(inFolder / name);
 			return number && number == FindFileNumber(inFolder / SwapCase(name));

@@ -7,14 +7,14 @@ namespace
 {
 
 // The length of a fade until the first preroll.
-constexpr float kRampSeconds = 0.005f;
-constexpr float kRampSecondsAfterPreroll = 0.01f;
+constexpr float kMuteRampSeconds = 0.005f;
+constexpr float kMuteRampSecondsAfterPreroll = 0.01f;
 
 } // namespace
 
 TrackMute::TrackMute()
 	: mFlag(std::make_shared<Flag>(0)),
-	  mRamp(FrameRate(), 1.0f, kRampSeconds)
+	  mRamp(FrameRate(), 1.0f, kMuteRampSeconds)
 {
 }
 
@@ -23,18 +23,18 @@ void TrackMute::Init(
 {
 	bool const isLive = inFlag && !inContext.IsNotTopLevelPlayback();
 	mFlag = isLive ? inFlag : std::make_shared<Flag>(inFlag ? inFlag->Get() : 0);
-	mRamp = dsp::GainRamp(inFrameRate, 1.0f, kRampSeconds);
+	mRamp = dsp::GainRamp(inFrameRate, 1.0f, kMuteRampSeconds);
 }
 
 void TrackMute::CloneFrom(TrackMute const& inOther, FrameRate const& inFrameRate)
 {
 	mFlag = std::make_shared<Flag>(inOther.mFlag->Get());
-	mRamp = dsp::GainRamp(inFrameRate, 1.0f, kRampSeconds);
+	mRamp = dsp::GainRamp(inFrameRate, 1.0f, kMuteRampSeconds);
 }
 
 void TrackMute::StartOver(FrameRate const& inFrameRate)
 {
-	mRamp = dsp::GainRamp(inFrameRate, GetGain(), kRampSecondsAfterPreroll);
+	mRamp = dsp::GainRamp(inFrameRate, GetGain(), kMuteRampSecondsAfterPreroll);
 }
 
 } // namespace SN

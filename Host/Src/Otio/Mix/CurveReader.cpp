@@ -15,7 +15,7 @@ namespace SonaroHost::Otio
 namespace
 {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kSilentDecibels = -std::numeric_limits<double>::infinity();
 
 // Seconds, or a RationalTime.
 RationalTime ReadSecondsOrTime(Cursor const& inValue)
@@ -33,9 +33,10 @@ RationalTime ReadSecondsOrTime(Cursor const& inValue)
 
 double ReadDecibels(Cursor const& inValue)
 {
-	bool const isSilence = inValue.Is(JsonValue::Type::kNumber) && inValue.Get().GetNumber() == -kInfinity;
+	bool const isSilence =
+		inValue.Is(JsonValue::Type::kNumber) && inValue.Get().GetNumber() == kSilentDecibels;
 	constexpr double kLowest = std::numeric_limits<double>::lowest();
-	return isSilence ? -kInfinity : ReadNumber(inValue, kLowest, kMaxGainDecibels);
+	return isSilence ? kSilentDecibels : ReadNumber(inValue, kLowest, kMaxGainDecibels);
 }
 
 double ReadPanPosition(Cursor const& inValue)
