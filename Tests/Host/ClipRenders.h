@@ -3,6 +3,7 @@
 #include "Media.h"
 #include "Refusal.h"
 #include "SonaroHost/Render/ClipRenderJob.h"
+#include "Support/Trials.h"
 
 #include <gmock/gmock.h>
 
@@ -40,7 +41,7 @@ protected:
 	Sound RenderInBlocks(ClipRenderRequest inRequest) const
 	{
 		Sound const whole = Render(inRequest);
-		for (unsigned const block : {1u, 7u, 256u, 1000u, kMaxBlockFrames})
+		for (unsigned const block : {SN::Testing::kSmallestBlock, 7u, 256u, 1000u, kMaxBlockFrames})
 		{
 			inRequest.mBlockFrames = block;
 			EXPECT_TRUE(SameBits(Render(inRequest), whole)) << "blocks of " << block;

@@ -42,9 +42,18 @@ void Play(std::vector<Tone> const& inTones, unsigned inChannels, int inSampleRat
 	{
 		auto const frames = static_cast<unsigned>(std::lround(tone.mSeconds * inSampleRate));
 		double const amplitude = std::pow(10.0, tone.mDecibels / 20.0);
+		// Tones of whole Hertz are the same in each second.
+		unsigned const period =
+			tone.mHertz == std::floor(tone.mHertz) ? static_cast<unsigned>(inSampleRate) : frames;
 		std::vector<float> samples;
+		samples.reserve(frames);
 		for (unsigned i = 0; i < frames; ++i)
 		{
+			if (i >= period)
+			{
+				samples.push_back(samples[i - period]);
+				continue;
+			}
 			double const turns = tone.mHertz * i / inSampleRate + tone.mPhase;
 			samples.push_back(static_cast<float>(amplitude * std::sin(2.0 * std::numbers::pi * turns)));
 		}

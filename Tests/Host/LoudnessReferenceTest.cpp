@@ -164,6 +164,8 @@ TEST(LoudnessReference, RandomProgrammesMeasureAsLibebur128HasThem)
 		{"8", 48000}, {"stereo", 8000}, {"3", 11025}, {"mono", 22050}, {"5.1", 44100},
 		{"stereo", 48000.0 * 1000 / 1001}, {"stereo", 88200}, {"5.1", 96000}, {"4", 176400},
 		{"stereo", 192000}};
+	// More than the longest window.
+	double const seconds = SN::Testing::GetNumTrials(2) == 2 ? 8.0 : 4.0;
 	unsigned seed = 1;
 	for (auto const& [name, rate] : cases)
 	{
@@ -176,10 +178,10 @@ TEST(LoudnessReference, RandomProgrammesMeasureAsLibebur128HasThem)
 			LoudnessMeter fixed(layout, rate, LoudnessMeter::Memory::kFixed);
 			Reference reference(layout, rate);
 			RandomProgramme programme(static_cast<unsigned>(layout.size()), rate, seed);
-			for (double seconds = 0.0; seconds < 8.0;)
+			for (double done = 0.0; done < seconds;)
 			{
 				dsp::AudioBuffer const& block = programme.GetNext();
-				seconds += block.GetUseSize() / rate;
+				done += block.GetUseSize() / rate;
 				growing.Add(block);
 				fixed.Add(block);
 				reference.Add(block);

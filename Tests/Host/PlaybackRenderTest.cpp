@@ -2,6 +2,7 @@
 
 #include "ClipRenders.h"
 #include "Sonaro/AudioPrefetch.h"
+#include "Support/Trials.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 #include "zorvcore/debug/DebugDatabase.h"
 
@@ -68,7 +69,7 @@ TEST_F(PlaybackRender, EqualsThePlainRenderWhateverIsAskedFor)
 {
 	WriteInput();
 	ClipRenderRequest const plain = MakeRequest();
-	for (unsigned const block : {1u, 999u, 16000u, 16001u, kMaxBlockFrames})
+	for (unsigned const block : {SN::Testing::kSmallestBlock, 999u, 16000u, 16001u, kMaxBlockFrames})
 	{
 		SCOPED_TRACE(block);
 		ClipRenderRequest request = plain;

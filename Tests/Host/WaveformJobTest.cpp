@@ -85,9 +85,9 @@ protected:
 TEST_F(WaveformJobTest, DataHoldsTheExtremesOfEachColumn)
 {
 	constexpr std::tuple<std::optional<std::int64_t>, std::optional<std::int64_t>, std::int64_t> kCases[] = {
-		{{}, {}, 256}, {{}, 1, 1}, {{}, 1000, 1000}, {{}, 2147483647, 2147483647}, {1, {}, 30001},
-		{7, {}, 4286}, {20000, {}, 2}, {1000000, {}, 1}};
-	Sound const sound = WriteInput();
+		{{}, {}, 256}, {{}, 1, 1}, {{}, 1000, 1000}, {{}, 2147483647, 2147483647}, {1, {}, 6001},
+		{7, {}, 858}, {4000, {}, 2}, {1000000, {}, 1}};
+	Sound const sound = WriteInput(2, 6001);
 	for (auto const& [width, samplesPerColumn, interval] : kCases)
 	{
 		for (int const bits : {8, 16})

@@ -16,4 +16,7 @@ constexpr unsigned GetNumTrials(unsigned inCount)
 #endif
 }
 
+// The smallest block that whole renders are cut into: one frame, or a few under sanitizers, where a pull is dear.
+constexpr unsigned kSmallestBlock = GetNumTrials(2) == 2 ? 1 : 5;
+
 } // namespace SN::Testing
