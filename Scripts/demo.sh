@@ -6,7 +6,7 @@ Scripts/setup.sh build
 
 mkdir -p build/demo
 if ! cmake -S . -B build/demo/tool -G Ninja -DCMAKE_BUILD_TYPE=Release -DSONARO_BUILD_TESTS=OFF \
-	-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=16 \
+	-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=80 \
 	> build/demo/configure.log 2>&1; then
 	cat build/demo/configure.log
 	exit 1

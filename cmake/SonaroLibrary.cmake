@@ -90,8 +90,8 @@ function(sonaro_add_test inName)
 	if(NOT arg_OPTIMIZED)
 		target_link_libraries(${inName} PRIVATE SonaroTestOptions)
 	endif()
-	# A compiler takes up to three quarters of a gigabyte for eight sources, and has others beside it.
-	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF UNITY_BUILD_BATCH_SIZE 8)
+	# A compiler takes up to a gigabyte for sixteen sources, and has others beside it.
+	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF UNITY_BUILD_BATCH_SIZE 16)
 	# A compiler takes precompiled headers of the same level of optimisation only.
 	if(NOT SONARO_PRECOMPILE STREQUAL none AND NOT arg_OPTIMIZED)
 		target_precompile_headers(${inName} REUSE_FROM SonaroTestHeaders)
