@@ -4,10 +4,17 @@
 #include "Vexilon/ITimeTransform.h"
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
 
+#include <tuple>
 #include <utility>
 
 namespace SN
 {
+
+InterfaceRef<AudioWaveformRequest> AudioWaveformRequest::CreateAudioWaveformRequest(
+	AudioWaveformRequestSettings const& inSettings)
+{
+	return zorvcore::classref::MakeObject<AudioWaveformRequest>(inSettings);
+}
 
 InterfaceRef<AudioWaveformRequest> AudioWaveformRequest::CreateAudioWaveformRequest(
 	InterfaceRef<IAudioWaveformGenerator> inGenerator, TickTime const& inStartTime, TickTime const& inEndTime,
@@ -15,23 +22,12 @@ InterfaceRef<AudioWaveformRequest> AudioWaveformRequest::CreateAudioWaveformRequ
 	InterfaceRef<IAudioWaveformBuffer> inBuffer, std::shared_ptr<zorvcore::threads::Gate> inGate,
 	bool inRequestFlag)
 {
-	return zorvcore::classref::MakeObject<AudioWaveformRequest>(std::move(inGenerator), inStartTime,
-		inEndTime, inTimeTransform, inSampleInterval, std::move(inBuffer), std::move(inGate), inRequestFlag);
+	return CreateAudioWaveformRequest({std::move(inGenerator), inStartTime, inEndTime, inTimeTransform,
+		inSampleInterval, std::move(inBuffer), std::move(inGate), inRequestFlag});
 }
 
-AudioWaveformRequest::AudioWaveformRequest(InterfaceRef<IAudioWaveformGenerator> inGenerator,
-	TickTime const& inStartTime, TickTime const& inEndTime,
-	InterfaceRef<VX::ITimeTransform> const& inTimeTransform, unsigned long long inSampleInterval,
-	InterfaceRef<IAudioWaveformBuffer> inBuffer, std::shared_ptr<zorvcore::threads::Gate> inGate,
-	bool inRequestFlag)
-	: mGenerator(std::move(inGenerator)),
-	  mStartTime(inStartTime),
-	  mEndTime(inEndTime),
-	  mTimeTransform(inTimeTransform),
-	  mSampleInterval(inSampleInterval),
-	  mBuffer(std::move(inBuffer)),
-	  mGate(std::move(inGate)),
-	  mRequestFlag(inRequestFlag)
+AudioWaveformRequest::AudioWaveformRequest(AudioWaveformRequestSettings const& inSettings)
+	: mSettings(inSettings)
 {
 }
 
@@ -39,8 +35,8 @@ AudioWaveformRequest::~AudioWaveformRequest() = default;
 
 void AudioWaveformRequest::Process()
 {
-	mGenerator->GenerateWaveform(
-		mStartTime, mEndTime, mTimeTransform, mSampleInterval, mBuffer, false, mGate, mRequestFlag);
+	mSettings.mGenerator->GenerateWaveform(mSettings.mStartTime, mSettings.mEndTime, mSettings.mTimeTransform,
+		mSettings.mSampleInterval, mSettings.mBuffer, false, mSettings.mGate, mSettings.mRequestFlag);
 }
 
 void AudioWaveformRequest::Complete(int)
@@ -52,9 +48,12 @@ void AudioWaveformRequest::Complete(int)
 
 bool AudioWaveformRequest::operator==(AudioWaveformRequest const& inOther) const
 {
-	return mGenerator == inOther.mGenerator && mStartTime == inOther.mStartTime &&
-		   mEndTime == inOther.mEndTime && mSampleInterval == inOther.mSampleInterval &&
-		   mBuffer == inOther.mBuffer && mGate == inOther.mGate;
+	auto const listCompared = [](AudioWaveformRequestSettings const& inSettings)
+	{
+		return std::tie(inSettings.mGenerator, inSettings.mStartTime, inSettings.mEndTime,
+			inSettings.mSampleInterval, inSettings.mBuffer, inSettings.mGate);
+	};
+	return listCompared(mSettings) == listCompared(inOther.mSettings);
 }
 
 } // namespace SN

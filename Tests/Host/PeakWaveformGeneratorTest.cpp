@@ -315,7 +315,7 @@ TEST_F(PeakWaveform, ColumnsMayBeReadWhileTheyCome)
 {
 	SN::AudioWaveformQueue::GetQueue();
 	auto const request = SN::AudioWaveformRequest::CreateAudioWaveformRequest(
-		mGenerator, At(0), At(kFrames), {}, 1, mBuffer, nullptr, false);
+		{.mGenerator = mGenerator, .mEndTime = At(kFrames), .mBuffer = mBuffer});
 	request->Complete(SN::kSuccess);
 	std::size_t seen = 0;
 	while (seen < static_cast<std::size_t>(kFrames))

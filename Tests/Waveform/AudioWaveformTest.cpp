@@ -55,7 +55,8 @@ InterfaceRef<AudioWaveformRequest> MakeRequest(std::function<void()> const& inRu
 {
 	auto const host = MakeObject<Host>();
 	EXPECT_CALL(*host, GenerateWaveform(_, _, _, _, _, _, _, _)).WillOnce(testing::DoAll(inRun, Return(0)));
-	return AudioWaveformRequest::CreateAudioWaveformRequest(host, k1, k2, {}, 3, {}, {}, false);
+	return AudioWaveformRequest::CreateAudioWaveformRequest(
+		{.mGenerator = host, .mStartTime = k1, .mEndTime = k2, .mSampleInterval = 3});
 }
 
 TEST(AudioWaveformBuffer, StartsPendingAndCompletesWhetherCancelledOrNot)
@@ -264,17 +265,18 @@ TEST_F(AudioWaveformRequestTest, IsDoneBeforeTheModuleHasStopped)
 
 TEST_F(AudioWaveformRequestTest, EqualsWhatWouldWriteTheSame)
 {
-	auto const make = AudioWaveformRequest::CreateAudioWaveformRequest;
-	auto const plain = make(mHost, k1, k2, {}, 3, mBuffer, mGate, false);
-	EXPECT_EQ(*plain, *make(mHost, k1, k2, mTransform, 3, mBuffer, mGate, true));
-	EXPECT_NE(*plain, *make(MakeObject<Host>(), k1, k2, {}, 3, mBuffer, mGate, false));
-	EXPECT_NE(*plain, *make(mHost, k2, k2, {}, 3, mBuffer, mGate, false));
-	EXPECT_NE(*plain, *make(mHost, k1, k1, {}, 3, mBuffer, mGate, false));
-	EXPECT_NE(*plain, *make(mHost, k1, k2, {}, 4, mBuffer, mGate, false));
-	EXPECT_NE(*plain, *make(mHost, k1, k2, {}, 3, {}, mGate, false));
-	EXPECT_NE(*plain, *make(mHost, k1, k2, {}, 3, mBuffer, {}, false));
+	auto const make = [](AudioWaveformRequestSettings const& inSettings)
+	{ return AudioWaveformRequest::CreateAudioWaveformRequest(inSettings); };
+	auto const plain = make({mHost, k1, k2, {}, 3, mBuffer, mGate, false});
+	EXPECT_EQ(*plain, *make({mHost, k1, k2, mTransform, 3, mBuffer, mGate, true}));
+	EXPECT_NE(*plain, *make({MakeObject<Host>(), k1, k2, {}, 3, mBuffer, mGate, false}));
+	EXPECT_NE(*plain, *make({mHost, k2, k2, {}, 3, mBuffer, mGate, false}));
+	EXPECT_NE(*plain, *make({mHost, k1, k1, {}, 3, mBuffer, mGate, false}));
+	EXPECT_NE(*plain, *make({mHost, k1, k2, {}, 4, mBuffer, mGate, false}));
+	EXPECT_NE(*plain, *make({mHost, k1, k2, {}, 3, {}, mGate, false}));
+	EXPECT_NE(*plain, *make({mHost, k1, k2, {}, 3, mBuffer, {}, false}));
 	EXPECT_THROW(
-		make({}, k1, k2, {}, 3, mBuffer, mGate, false)->Process(), zorvcore::config::NullPtrException);
+		make({{}, k1, k2, {}, 3, mBuffer, mGate, false})->Process(), zorvcore::config::NullPtrException);
 }
 
 TEST_F(AudioWaveformRequestTest, AnOffsetShiftsBothTimesAndHandsOnTheRest)

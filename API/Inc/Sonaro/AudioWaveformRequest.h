@@ -8,6 +8,21 @@
 namespace SN
 {
 
+// What a request is made of, as IAudioWaveformGenerator takes it.
+struct AudioWaveformRequestSettings
+{
+	// Required: Process raises the null-pointer exception without one.
+	InterfaceRef<IAudioWaveformGenerator> mGenerator = {};
+	TickTime mStartTime = {};
+	TickTime mEndTime = {};
+	InterfaceRef<VX::ITimeTransform> mTimeTransform = {};
+	// Samples of a column.
+	unsigned long long mSampleInterval = 1;
+	InterfaceRef<IAudioWaveformBuffer> mBuffer = {};
+	std::shared_ptr<zorvcore::threads::Gate> mGate = {};
+	bool mRequestFlag = false;
+};
+
 // One range of a generator that is to be computed into a buffer. Given as the notify to a prefetch of the
 // range's audio, it goes on to the waveform thread by itself when the prefetch has ended.
 //
@@ -19,7 +34,9 @@ public:
 	static constexpr Identifier<AudioWaveformRequest> kIdentifier{
 		0xef154e4fbd689c8aull, 0x51fb3f27c6694d28ull};
 
-	// The arguments as IAudioWaveformGenerator tells them.
+	static InterfaceRef<AudioWaveformRequest> CreateAudioWaveformRequest(
+		AudioWaveformRequestSettings const& inSettings);
+	// The same settings one by one.
 	static InterfaceRef<AudioWaveformRequest> CreateAudioWaveformRequest(
 		InterfaceRef<IAudioWaveformGenerator> inGenerator, TickTime const& inStartTime,
 		TickTime const& inEndTime, InterfaceRef<VX::ITimeTransform> const& inTimeTransform,
@@ -27,10 +44,7 @@ public:
 		std::shared_ptr<zorvcore::threads::Gate> inGate, bool inRequestFlag);
 
 	// For CreateAudioWaveformRequest.
-	AudioWaveformRequest(InterfaceRef<IAudioWaveformGenerator> inGenerator, TickTime const& inStartTime,
-		TickTime const& inEndTime, InterfaceRef<VX::ITimeTransform> const& inTimeTransform,
-		unsigned long long inSampleInterval, InterfaceRef<IAudioWaveformBuffer> inBuffer,
-		std::shared_ptr<zorvcore::threads::Gate> inGate, bool inRequestFlag);
+	explicit AudioWaveformRequest(AudioWaveformRequestSettings const& inSettings);
 	~AudioWaveformRequest() override;
 
 	// Calls the generator, on the calling thread; its result is dropped. Raises the null-pointer exception
@@ -46,14 +60,7 @@ public:
 	bool operator==(AudioWaveformRequest const& inOther) const;
 
 private:
-	InterfaceRef<IAudioWaveformGenerator> const mGenerator;
-	TickTime const mStartTime;
-	TickTime const mEndTime;
-	InterfaceRef<VX::ITimeTransform> const mTimeTransform;
-	unsigned long long const mSampleInterval;
-	InterfaceRef<IAudioWaveformBuffer> const mBuffer;
-	std::shared_ptr<zorvcore::threads::Gate> const mGate;
-	bool const mRequestFlag;
+	AudioWaveformRequestSettings const mSettings;
 };
 
 } // namespace SN
