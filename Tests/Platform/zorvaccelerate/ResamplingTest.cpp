@@ -168,4 +168,82 @@ TEST(Resampling, EveryVariantInterpolatesSamplesAlike)
 	}
 }
 
+// As FilterPlaces and FilterBetweenRows for one output.
+float AddFromBothEnds(unsigned inTaps, FilterPlace const& inPlace, bool inIsBetween,
+	std::vector<float> const& inTable, std::vector<float> const& inSamples)
+{
+	constexpr unsigned kHalf = kFilterTaps / 2;
+	float sums[kFilterTaps] = {};
+	auto const add = [&](unsigned inTap, float& ioSum)
+	{
+		float const* const row = inTable.data() + inPlace.mRow + inTap;
+		float coefficient = inIsBetween ? row[3 * inTaps] : row[0];
+		for (unsigned rank = 3; inIsBetween && rank-- > 0;)
+		{
+			coefficient = Rounded(Rounded(coefficient * inPlace.mFraction) + row[rank * inTaps]);
+		}
+		ioSum = std::fma(coefficient, inSamples[inPlace.mSample + inTap], ioSum);
+	};
+	for (unsigned tap = 0; tap < inTaps / 2; ++tap)
+	{
+		add(tap, sums[tap % kHalf]);
+		// From the other end, by steps of 16.
+		add(inTaps - kHalf - tap / kHalf * kHalf + tap % kHalf, sums[kHalf + tap % kHalf]);
+	}
+	for (unsigned half = kHalf; half > 0; half /= 2)
+	{
+		for (unsigned j = 0; j < half; ++j)
+		{
+			sums[j] = Rounded(sums[j] + sums[j + half]);
+		}
+	}
+	return sums[0];
+}
+
+TEST(Resampling, EveryVariantFiltersPlacesAlike)
+{
+	constexpr unsigned kRows = 3;
+	constexpr unsigned kSpare = 40;
+	std::mt19937 random(34);
+	for (unsigned taps = 0; taps <= 5 * kFilterTaps; taps += kFilterTaps)
+	{
+		for (unsigned count = 0; count <= 13; ++count)
+		{
+			GuardedArray table(4 * taps * kRows, (taps / kFilterTaps + count) % 8, random);
+			GuardedArray samples(taps + kSpare, count % 8, random);
+			// Awkward values are left at the ends alone, so that most sums are finite.
+			std::generate_n(table.Data(), 4 * taps * (kRows - 1), [&] { return OrdinaryValue(random); });
+			std::generate_n(samples.Data() + 1, taps + kSpare / 2, [&] { return OrdinaryValue(random); });
+			std::vector<FilterPlace> places(count);
+			// The last output comes first.
+			for (unsigned i = 0; i < count; ++i)
+			{
+				// Neighbours often share a row.
+				auto const row = static_cast<unsigned>(random() % kRows);
+				places[i] = {i > 0 && random() % 4 != 0 ? places[i - 1].mRow : 4 * taps * row,
+					static_cast<unsigned>(random() % (kSpare + 1)), count - 1 - i,
+					static_cast<float>(random() % 4097) / 4096.0f};
+			}
+			for (bool const isBetween : {false, true})
+			{
+				std::vector<float> expected(count);
+				for (FilterPlace const& place : places)
+				{
+					expected[place.mOutput] =
+						AddFromBothEnds(taps, place, isBetween, table.Values(), samples.Values());
+				}
+				for (ResamplingVariant const& variant : RunnableResamplingVariants())
+				{
+					SCOPED_TRACE(std::to_string(taps) + " taps, " + variant.mName);
+					GuardedArray output(count, (count + 3) % 8, random);
+					(isBetween ? variant.mFilterBetweenRows : variant.mFilterPlaces)(
+						count, places.data(), taps, table.Data(), samples.Data(), output.Data());
+					EXPECT_TRUE(SameBits(output.Values(), expected)) << isBetween;
+					EXPECT_TRUE(output.GuardsAreWhole());
+				}
+			}
+		}
+	}
+}
+
 } // namespace zorvaccelerate::utility::ResamplingTest

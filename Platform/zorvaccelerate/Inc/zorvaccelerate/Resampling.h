@@ -36,4 +36,30 @@ ZORV_API void InterpolateLinear(
 ZORV_API void InterpolateCubic(unsigned inCount, double const* inPositions, float const* inWeights,
 	unsigned inSteps, float const* inSamples, float* outOutputs);
 
+// The number of taps of FilterPlaces is a multiple of this.
+inline constexpr unsigned kFilterTaps = 32;
+
+// Where an output of FilterPlaces stands. Places that share a row are best neighbours.
+struct FilterPlace
+{
+	// Index of its first coefficient in the table, of its first sample, and of itself.
+	unsigned mRow = 0;
+	unsigned mSample = 0;
+	unsigned mOutput = 0;
+	// How far it is between its row and the next one, from 0 to 1.
+	float mFraction = 0.0f;
+};
+
+// A dot product of inNumTaps taps for each place, by 32 sums that start from 0: with j from 0 to 15, sum j adds the
+// products of the taps j, j + 16 and so on up to the middle, and sum 16 + j those of the taps inNumTaps - 16 + j,
+// inNumTaps - 32 + j and so on down to the middle, so that the largest come last; each product is rounded together with
+// its sum. Then sum 16 + j is added to sum j, j + 8 to j, j + 4 to j, j + 2 to j and the last two.
+ZORV_API void FilterPlaces(unsigned inCount, FilterPlace const* inPlaces, unsigned inNumTaps,
+	float const* inTable, float const* inSamples, float* outOutputs);
+
+// The same between rows: a row is four lists of inNumTaps numbers, and with a to d the k-th of each list and f the
+// place's fraction, coefficient k is ((d * f + c) * f + b) * f + a.
+ZORV_API void FilterBetweenRows(unsigned inCount, FilterPlace const* inPlaces, unsigned inNumTaps,
+	float const* inTable, float const* inSamples, float* outOutputs);
+
 } // namespace zorvaccelerate::utility

@@ -16,6 +16,8 @@ struct ResamplingVariant
 	void (*mFilterSingle)(unsigned, float const* const*, float const* const*, float*);
 	void (*mInterpolateLinear)(unsigned, double const*, float const*, float*);
 	void (*mInterpolateCubic)(unsigned, double const*, float const*, unsigned, float const*, float*);
+	void (*mFilterPlaces)(unsigned, FilterPlace const*, unsigned, float const*, float const*, float*);
+	void (*mFilterBetweenRows)(unsigned, FilterPlace const*, unsigned, float const*, float const*, float*);
 };
 
 // Those that this processor can run, the plainest first. The last one is in use.
