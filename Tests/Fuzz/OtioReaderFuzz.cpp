@@ -20,7 +20,7 @@ void Check(bool inHolds)
 	}
 }
 
-void CheckTime(Otio::RationalTime const& inTime)
+void CheckTime(RationalTime const& inTime)
 {
 	Check(inTime.mRate >= Otio::kMinRate && inTime.mRate <= Otio::kMaxRate);
 	auto const seconds = Otio::ToSeconds(inTime).ToDouble();
@@ -39,10 +39,10 @@ void CheckItem(Otio::Item const& inItem)
 	{
 		for (auto const* const curve : {&settings.mGain, &settings.mPan, &settings.mForeign.mGain})
 		{
-			Otio::Ratio last = Otio::Ratio::FromDouble(-2.0 * Otio::kMaxSeconds);
+			Ratio last = Ratio::FromDouble(-2.0 * Otio::kMaxSeconds);
 			for (std::size_t i = 0; *curve && i < (*curve)->mKeyframes.size(); ++i)
 			{
-				Otio::Ratio const time = Otio::ToSeconds((*curve)->mKeyframes[i].mTime);
+				Ratio const time = Otio::ToSeconds((*curve)->mKeyframes[i].mTime);
 				Check(last < time);
 				last = time;
 			}

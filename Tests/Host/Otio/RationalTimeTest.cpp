@@ -49,6 +49,32 @@ TEST(OtioRationalTime, DecimalRatesStandForTheExactOnes)
 	EXPECT_EQ(ToFrames(Ratio(1001), 23.976), Ratio(24000));
 }
 
+TEST(OtioRationalTime, DoublesStandForTheSimplestFractionThatRoundsToThem)
+{
+	std::pair<double, Ratio> const cases[] = {
+		{0.01, {1, 100}},
+		{-0.01, {-1, 100}},
+		{100.0, Ratio(100)},
+		{44100.0 / 48000.0, {147, 160}},
+		{-48000.0 / 44100.0, {-160, 147}},
+		{99999.0 / 100003.0, {99999, 100003}},
+		{1000.0 / 1001.0, {1000, 1001}},
+		{0.0, Ratio()},
+	};
+	for (auto const& [value, exact] : cases)
+	{
+		EXPECT_EQ(Ratio::FromExactDouble(value), exact) << value;
+	}
+	std::mt19937_64 random(12);
+	std::uniform_real_distribution<double> exponents(-20.0, 20.0);
+	for (unsigned i = 0; i < 2000; ++i)
+	{
+		double const value = std::exp2(exponents(random));
+		ASSERT_EQ(Ratio::FromExactDouble(value).ToDouble(), value) << i;
+		ASSERT_EQ(Ratio::FromExactDouble(-value).ToDouble(), -value) << i;
+	}
+}
+
 TEST(OtioRationalTime, SumsOfUsualRatesAreExact)
 {
 	constexpr double kRates[] = {23.976, 24, 25, 29.97, 30, 44100, 48000, 96000, 90000, 59.94, 1000};

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/Otio/Ratio.h"
+#include "SonaroHost/Base/Ratio.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Sonaro/Types.h"
-#include "SonaroHost/Otio/Ratio.h"
+#include "SonaroHost/Base/Ratio.h"
 
 #include <cstdint>
 #include <filesystem>

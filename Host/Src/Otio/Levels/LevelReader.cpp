@@ -5,7 +5,7 @@
 #include "Otio/Mix/CurveReader.h"
 
 #include "SonaroHost/Otio/Limits.h"
-#include "SonaroHost/Otio/Ratio.h"
+#include "SonaroHost/Base/Ratio.h"
 
 #include <algorithm>
 #include <cmath>

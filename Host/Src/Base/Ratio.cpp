@@ -1,11 +1,12 @@
-#include "SonaroHost/Otio/Ratio.h"
+#include "SonaroHost/Base/Ratio.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <utility>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 namespace
@@ -145,6 +146,35 @@ Ratio Ratio::FromDouble(double inValue)
 	return wholePart + Ratio(std::llround(std::ldexp(fraction, kBits)), std::int64_t{1} << kBits);
 }
 
+Ratio Ratio::FromExactDouble(double inValue)
+{
+	constexpr int kWidest = 30;
+	int exponent = 0;
+	double const mantissa = std::frexp(std::abs(inValue), &exponent);
+	if (inValue == 0.0 || exponent > kWidest || exponent <= -kWidest)
+	{
+		return FromDouble(inValue);
+	}
+	constexpr int kDigits = std::numeric_limits<double>::digits;
+	// The number is numerator / denominator to the last bit.
+	Wide numerator = static_cast<Wide>(std::ldexp(mantissa, kDigits));
+	Wide denominator = Wide{1} << (kDigits - exponent);
+	Wide h[] = {1, 0};
+	Wide k[] = {0, 1};
+	for (;;)
+	{
+		Wide const term = numerator / denominator;
+		h[1] = std::exchange(h[0], term * h[0] + h[1]);
+		k[1] = std::exchange(k[0], term * k[0] + k[1]);
+		if (static_cast<double>(h[0]) / static_cast<double>(k[0]) == std::abs(inValue))
+		{
+			Ratio const found(static_cast<std::int64_t>(h[0]), static_cast<std::int64_t>(k[0]));
+			return inValue < 0.0 ? -found : found;
+		}
+		numerator = std::exchange(denominator, numerator - term * denominator);
+	}
+}
+
 std::int64_t Ratio::Round() const
 {
 	Wide const doubled = 2 * Wide{mNumerator} + mDenominator;
@@ -188,4 +218,4 @@ std::strong_ordering operator<=>(Ratio const& inA, Ratio const& inB)
 				 : (a > b ? std::strong_ordering::greater : std::strong_ordering::equal);
 }
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost

@@ -3,7 +3,7 @@
 #include <compare>
 #include <cstdint>
 
-namespace SonaroHost::Otio
+namespace SonaroHost
 {
 
 // A fraction in lowest terms: seconds, or a rate. Sums of any usual rates stay exact, so that positions
@@ -26,6 +26,9 @@ public:
 	// The fraction that a decimal number was meant to be: the one with the smallest denominator up to 100000
 	// within four roundings of the number, otherwise the number itself to 2^-32. inValue is finite.
 	static Ratio FromDouble(double inValue);
+	// The simplest fraction in its continued one that rounds to the number, so that ToDouble gives the number back: for
+	// speeds, of which 100 hours are counted. Magnitudes from 2^-30 to 2^30, and 0; others as FromDouble.
+	static Ratio FromExactDouble(double inValue);
 
 	std::int64_t GetNumerator() const { return mNumerator; }
 	// The denominator, above 0.
@@ -52,4 +55,4 @@ private:
 	std::int64_t mDenominator = 1;
 };
 
-} // namespace SonaroHost::Otio
+} // namespace SonaroHost
