@@ -157,6 +157,12 @@ void RenderCommand::AddTrackOptions()
 			"input; of "
 			"a timeline, that of most clips)")
 		->option_text("HZ");
+	GetParser()
+		.add_option("--resampling", mOptions.mResampling,
+			"How other sample rates and speeds are converted: exact, draft (faster, -100 dB of noise instead "
+			"of -140) or engine (the interpolation of the real-time engine) (default: exact)")
+		->option_text("NAME")
+		->check(CLI::IsMember({"exact", "draft", "engine"}));
 }
 
 void RenderCommand::AddLevelOptions()
@@ -276,6 +282,7 @@ ClipRenderRequest RenderCommand::MakeRequest() const
 	request.mDirection = mIsReverse ? RenderDirection::kReverse : RenderDirection::kForward;
 	request.mSpeed = mSpeed;
 	request.mSampleRate = mOptions.mSampleRate;
+	request.mResampling = mOptions.ChooseResampling();
 	request.mAsPlayback = mIsPlayback;
 	return request;
 }

@@ -87,6 +87,13 @@ std::optional<SN::AudioChannelLayout> RenderOptions::ParseLayout() const
 	return layout;
 }
 
+Sequence::Resampling RenderOptions::ChooseResampling() const
+{
+	return mResampling == "draft"    ? Sequence::Resampling::kDraft
+		   : mResampling == "engine" ? Sequence::Resampling::kEngine
+									 : Sequence::Resampling::kExact;
+}
+
 void RenderOptions::Fill(OutputRequest& outRequest) const
 {
 	outRequest.mOutput = mOutput;

@@ -2,6 +2,7 @@
 
 #include "Sonaro/Types.h"
 #include "SonaroHost/Render/OutputRequest.h"
+#include "SonaroHost/Sequence/Resampling.h"
 
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@ struct RenderOptions
 	std::string mDither;
 	std::string mLayout;
 	std::optional<int> mSampleRate;
+	std::string mResampling;
 	std::optional<unsigned> mBlockFrames;
 	double mGainDecibels = 0.0;
 	std::string mFadeIn;
@@ -31,6 +33,7 @@ struct RenderOptions
 	// These throw a HostError for what makes no sense.
 	SonaroHost::OutputContainer ChooseContainer() const;
 	std::optional<SN::AudioChannelLayout> ParseLayout() const;
+	SonaroHost::Sequence::Resampling ChooseResampling() const;
 	// Fills in all of a request but its container.
 	void Fill(SonaroHost::OutputRequest& outRequest) const;
 };

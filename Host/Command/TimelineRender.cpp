@@ -103,6 +103,7 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mOptions.mSampleRate = mShared.mSampleRate;
 	request.mOptions.mLayout = mShared.ParseLayout();
 	request.mOptions.mFadeShape = ParseFades(mFades);
+	request.mOptions.mResampling = mShared.ChooseResampling();
 	request.mRange = mRange;
 	request.mKeepsRows = !mShared.mReport.empty();
 	return request;

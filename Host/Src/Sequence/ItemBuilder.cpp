@@ -1,9 +1,11 @@
 #include "ItemBuilder.h"
 
 #include "ChainBuilder.h"
+#include "Sequence/Node/ConvertedContent.h"
 #include "Sequence/Node/ItemContent.h"
 #include "Sonaro/AudioUtilities.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Media/RateConverter.h"
 
 #include <cmath>
 #include <string>
@@ -19,12 +21,7 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	{
 		Refuse(mContext.mPlace, "its speed is not a finite number");
 	}
-	double const speed =
-		inItem.mSpeed * Visit(inItem, [this](auto const& inContent) { return GetRateFactor(inContent); });
-	mIsSilent = speed == 0.0;
-	mIsBackwards = speed < 0.0;
-	mSpeed = mIsSilent ? 1.0 : std::abs(speed);
-	CheckSpeed();
+	ChooseSpeed(inItem);
 	mLead = std::llround(static_cast<double>(mContext.mExtension) * mSpeed);
 
 	auto const playhead = std::make_shared<Playhead>();
@@ -39,10 +36,11 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	mBuilt.mLatency = std::llround(static_cast<double>(chain.mLatency) / mSpeed);
 	std::int64_t const first =
 		Visit(inItem, [this](auto const& inContent) { return GetFirstFrame(inContent); });
-	auto const content = zorvcore::classref::MakeObject<ItemContent>(ItemContent::Settings{
-		MakeContent(inItem, context.mInput), mIsBackwards ? first + mLead : first - mLead, mIsBackwards,
-		chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mContext.mPlayhead, mContext.mJumps,
-		mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::kItem, context.mInput.size())});
+	std::int64_t const start = mStep ? 0 : mIsBackwards ? first + mLead : first - mLead;
+	auto const content = zorvcore::classref::MakeObject<ItemContent>(
+		ItemContent::Settings{MakeContent(inItem, context.mInput), start, mIsBackwards && !mStep,
+			chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mContext.mPlayhead, mContext.mJumps,
+			mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::kItem, context.mInput.size())});
 	mBuilt.mGenerator = mTools.GetFactory().CreateRealtimeAudioClipTrackItemRenderer({
 		.mContext = mTools.GetContext(),
 		.mFrameRate = mTools.GetFrameRate(),
@@ -51,6 +49,46 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 		.mSpeed = mSpeed,
 	});
 	return std::move(mBuilt);
+}
+
+void ItemBuilder::ChooseSpeed(Item const& inItem)
+{
+	mIsSilent = inItem.mSpeed == 0.0;
+	mIsBackwards = inItem.mSpeed < 0.0;
+	if (mIsSilent)
+	{
+		return;
+	}
+	if (inItem.mResampling == Resampling::kEngine)
+	{
+		mSpeed = std::abs(inItem.mSpeed *
+						  Visit(inItem, [this](auto const& inContent) { return GetRateFactor(inContent); }));
+		CheckSpeed();
+		return;
+	}
+	Ratio const step = Ratio::FromExactDouble(inItem.mSpeed) *
+					   Visit(inItem, [this](auto const& inContent) { return GetRateRatio(inContent); });
+	if (step != Ratio(1) && step != Ratio(-1))
+	{
+		mStep = step;
+		CheckStep();
+	}
+}
+
+void ItemBuilder::CheckStep() const
+{
+	Ratio const largest(RateConverter::kLargestStep);
+	if (*mStep == Ratio())
+	{
+		Refuse(mContext.mPlace, "its speed is too close to 0", "use 0 for silence");
+	}
+	if (*mStep > largest || *mStep < -largest)
+	{
+		Refuse(mContext.mPlace,
+			"its speed takes more than " + std::to_string(RateConverter::kLargestStep) +
+				" samples for each output sample",
+			"reduce the speed");
+	}
 }
 
 void ItemBuilder::Check(Nest const& inNest) const
@@ -83,6 +121,21 @@ double ItemBuilder::GetRateFactor(Clip const& inClip) const
 																  : rate / graphRate.GetSamplesPerSecond();
 }
 
+Ratio ItemBuilder::GetRateRatio(Clip const& inClip) const
+{
+	double const rate = inClip.mMedia->mSampleRate;
+	SN::FrameRate const graphRate = mTools.GetFrameRate();
+	if (SN::FrameRate::FromSamplesPerSecond(rate) == graphRate)
+	{
+		return Ratio(1);
+	}
+	// A whole number of samples a second where its frame rounds to the graph's; otherwise ticks count.
+	std::int64_t const whole = std::llround(graphRate.GetSamplesPerSecond());
+	bool const isWhole = SN::FrameRate::FromSamplesPerSecond(static_cast<double>(whole)) == graphRate;
+	return Ratio::FromDouble(rate) /
+		   (isWhole ? Ratio(whole) : Ratio(zorvmediatypes::kTicksPerSecond, graphRate.GetTicksPerFrame()));
+}
+
 void ItemBuilder::CheckSpeed() const
 {
 	// What the resampler may want beyond the frames that pass.
@@ -109,7 +162,22 @@ Generator ItemBuilder::MakeContent(Item const& inItem, SN::AudioChannelLayout co
 	{
 		return mTools.GetFactory().CreateSilentRenderer(inLayout);
 	}
-	return Visit(inItem, [&](auto const& inContent) { return MakeGenerator(inContent, inLayout); });
+	Generator const content =
+		Visit(inItem, [&](auto const& inContent) { return MakeGenerator(inContent, inLayout); });
+	return mStep ? Convert(inItem, content, inLayout) : content;
+}
+
+Generator ItemBuilder::Convert(
+	Item const& inItem, Generator const& inContent, SN::AudioChannelLayout const& inLayout) const
+{
+	std::int64_t const first =
+		Visit(inItem, [this](auto const& inChosen) { return GetFirstFrame(inChosen); });
+	auto const converter = std::make_shared<RateConverter const>(*mStep,
+		RateConverter::Position{first, inItem.mOffset - Ratio(mContext.mExtension) * *mStep},
+		inItem.mResampling == Resampling::kDraft ? RateQuality::kDraft : RateQuality::kFull);
+	return zorvcore::classref::MakeObject<ConvertedContent>(
+		ConvertedContent::Settings{inContent, converter, mIsBackwards, mTools.GetFrameRate(),
+			mTools.GetScratch(GraphTools::ScratchUse::kConversion, inLayout.size())});
 }
 
 Generator ItemBuilder::MakeGenerator(Clip const& inClip, SN::AudioChannelLayout const& inLayout)

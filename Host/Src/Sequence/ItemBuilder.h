@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace SonaroHost::Sequence
 {
@@ -39,11 +40,12 @@ struct ItemContext
 	SN::InterfaceRef<SN::IAudioMeterSetter> mTap;
 };
 
-// The engine's item of a clip or a nested sequence: what is read of the content through the chain, and, at a speed
-// other than 1, the resampler after it.
+// The engine's item of a clip or a nested sequence: what is read of the content, converted where its rate or speed is
+// another one, through the chain.
 //
 // Speed    Frames of content, at the graph's rate, for one of the item's: a recording's own rate is part of
 //          it, as its samples are counted at the graph's.
+// Engine   Where the engine resamples, it does so after the chain, which then works in frames of the content.
 class ItemBuilder
 {
 public:
@@ -67,6 +69,8 @@ private:
 	void Check(Clip const& inClip) const;
 	void Check(Nest const& inNest) const;
 	// The content's frames for one of the graph's at the speed 1.
+	Ratio GetRateRatio(Clip const& inClip) const;
+	Ratio GetRateRatio(Nest const&) const { return Ratio(1); }
 	double GetRateFactor(Clip const& inClip) const;
 	double GetRateFactor(Nest const&) const { return 1.0; }
 	SN::AudioChannelLayout GetLayout(Clip const& inClip) const;
@@ -78,6 +82,10 @@ private:
 	Generator MakeGenerator(Nest const& inNest, SN::AudioChannelLayout const& inLayout);
 
 	Generator MakeContent(Item const& inItem, SN::AudioChannelLayout const& inLayout);
+	Generator Convert(
+		Item const& inItem, Generator const& inContent, SN::AudioChannelLayout const& inLayout) const;
+	void ChooseSpeed(Item const& inItem);
+	void CheckStep() const;
 	void CheckSpeed() const;
 
 	GraphTools& mTools;
@@ -85,8 +93,10 @@ private:
 	BuiltItem mBuilt;
 	bool mIsSilent = false;
 	bool mIsBackwards = false;
-	// The speed without its sign; 1 for silence.
+	// The speed without its sign that is left to the engine's item; 1 for silence.
 	double mSpeed = 1.0;
+	// The step of the converter, if there is one.
+	std::optional<Ratio> mStep;
 	// Frames of content that are read before the one that is to be heard first at the item's own start.
 	std::int64_t mLead = 0;
 };

@@ -340,7 +340,7 @@ def speed_cases():
     cuts("backwards-beyond-the-media", "At -2 from 3000 + 2 * 1000 on, of which the first 200 are beyond the file's "
          "4800: 100 samples of silence.",
          [clip("a.wav", r(3000, 1000), effects=[warp(-2)])], 1000, [run(100, 1000, "a.wav", 4799, step=-2)],
-         within=0.2, unsettled=40)
+         within=0.2, unsettled=100)
     cuts("warps-multiply-backwards", "-1/2 and 4 are -2, and the range is worked out from their product.",
          [clip("a.wav", r(500, 2000), effects=[warp(-0.5), warp(4)])], 2000, [run(0, 2000, "a.wav", 4499, step=-2)],
          within=0.2, unsettled=40)

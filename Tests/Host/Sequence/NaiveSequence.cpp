@@ -1,6 +1,7 @@
 #include "NaiveSequence.h"
 
 #include "MemoryMedia.h"
+#include "SonaroHost/Media/RateConverter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -341,7 +342,11 @@ private:
 	// Of the item's content so many frames, from one on that is counted from the item's start.
 	Signal Read(Item const& inItem, std::int64_t inFirst, std::int64_t inFrames)
 	{
-		auto const step = static_cast<std::int64_t>(inItem.mSpeed);
+		auto const* const clip = std::get_if<Clip>(&inItem.mContent);
+		double const graphRate = mNaive.mRange.mFrameRate.GetSamplesPerSecond();
+		Ratio const step =
+			Ratio::FromExactDouble(inItem.mSpeed) *
+			(clip ? Ratio::FromDouble(clip->mMedia->mSampleRate) / Ratio(std::llround(graphRate)) : Ratio(1));
 		auto const read = [&](auto const& inSamples, std::vector<unsigned> inChannels, std::int64_t inStart)
 		{
 			if (inChannels.empty())
@@ -350,28 +355,53 @@ private:
 				std::iota(inChannels.begin(), inChannels.end(), 0u);
 			}
 			Signal result = MakeSilence(inChannels.size(), inFrames);
-			for (std::size_t channel = 0; step != 0 && channel < inChannels.size(); ++channel)
+			for (std::size_t channel = 0; step != Ratio() && channel < inChannels.size(); ++channel)
 			{
 				auto const& samples = inSamples[inChannels[channel]];
+				auto const getSample = [&](std::int64_t inFrame)
+				{
+					bool const isInside = inFrame >= 0 && inFrame < static_cast<std::int64_t>(samples.size());
+					return isInside ? static_cast<float>(samples[static_cast<std::size_t>(inFrame)]) : 0.0f;
+				};
+				if (step != Ratio(1) && step != Ratio(-1))
+				{
+					result[channel] = Resample(inItem, step, inStart, inFirst, inFrames, getSample);
+					continue;
+				}
 				for (std::int64_t i = 0; i < inFrames; ++i)
 				{
-					std::int64_t const frame = inStart + step * (inFirst + i);
-					if (frame >= 0 && frame < static_cast<std::int64_t>(samples.size()))
-					{
-						result[channel][static_cast<std::size_t>(i)] =
-							static_cast<double>(samples[static_cast<std::size_t>(frame)]);
-					}
+					result[channel][static_cast<std::size_t>(i)] =
+						static_cast<double>(getSample(inStart + step.GetNumerator() * (inFirst + i)));
 				}
 			}
 			return result;
 		};
-		if (auto const* const clip = std::get_if<Clip>(&inItem.mContent))
+		if (clip)
 		{
 			auto const& media = static_cast<MemoryMedia const&>(*clip->mMedia);
 			return read(*media.mSamples, clip->mChannels, clip->mFirstFrame);
 		}
 		auto const& nest = std::get<Nest>(inItem.mContent);
 		return read(mNaive.GetNested(*nest.mSequence), {}, mNaive.ToFrame(nest.mStart));
+	}
+
+	// All at once. The converter itself has tests of its own.
+	template <class GetSample>
+	static std::vector<double> Resample(Item const& inItem, Ratio const& inStep, std::int64_t inStart,
+		std::int64_t inFirst, std::int64_t inFrames, GetSample const& inGetSample)
+	{
+		RateConverter const converter(inStep, {inStart, inItem.mOffset},
+			inItem.mResampling == Resampling::kDraft ? RateQuality::kDraft : RateQuality::kFull);
+		auto const [first, end] = converter.GetInput(inFirst, inFrames);
+		std::vector<float> input;
+		for (std::int64_t frame = first; frame < end; ++frame)
+		{
+			input.push_back(inGetSample(frame));
+		}
+		std::vector<float> output(static_cast<std::size_t>(inFrames));
+		RateConverter::Channel const channel{input.data(), output.data()};
+		converter.Convert(inFirst, static_cast<unsigned>(inFrames), {&channel, 1});
+		return {output.begin(), output.end()};
 	}
 
 	Naive& mNaive;

@@ -28,7 +28,9 @@ class Generator
 {
 public:
 	explicit Generator(unsigned inSeed)
-		: mRandom(inSeed)
+		: mRandom(inSeed),
+		  mOtherRandom(inSeed),
+		  mIsConverted(inSeed % 4 == 0)
 	{
 		constexpr double kRates[] = {44100.0, 48000.0, 96000.0};
 		mSamplesPerSecond = kRates[Below(3)];
@@ -73,7 +75,10 @@ private:
 			std::generate(
 				channel.begin(), channel.end(), [this] { return static_cast<float>(2.0 * Unit() - 1.0); });
 		}
-		return std::make_shared<MemoryMedia>(mSamplesPerSecond, std::move(samples), mLedger);
+		bool const isConverted = mIsConverted && mOtherRandom() % 4 == 0;
+		double const ratio = mOtherRandom() % 2 == 0 ? 147.0 / 160.0 : 2.0;
+		return std::make_shared<MemoryMedia>(
+			mSamplesPerSecond * (isConverted ? ratio : 1.0), std::move(samples), mLedger);
 	}
 
 	SN::AudioChannelLayout PickLayout()
@@ -232,6 +237,7 @@ private:
 	{
 		constexpr double kSpeeds[] = {1.0, 1.0, 1.0, 1.0, -1.0, -1.0, 0.0};
 		outItem.mSpeed = kSpeeds[Below(7)];
+		Convert(outItem);
 		if (!mNestable.empty() && ioNests > 0 && Chance(0.5))
 		{
 			Nestable const& nested =
@@ -249,6 +255,21 @@ private:
 		return clip.mChannels.empty()       ? clip.mMedia->mLayout
 			   : clip.mChannels.size() == 1 ? zorvmediatypes::CreateMonoChannelLayout()
 											: zorvmediatypes::CreateStereoChannelLayout();
+	}
+
+	// Other speeds, in some sequences. What is random in them leaves all the rest of a sequence as it is without.
+	void Convert(Item& ioItem)
+	{
+		constexpr double kSpeeds[] = {0.5, 1.5, -0.75, 2.0, -2.0, 3.0, 0.31, -1.0594630943592953};
+		auto const below = [this](std::int64_t inEnd)
+		{ return static_cast<std::int64_t>(mOtherRandom() % static_cast<std::uint64_t>(inEnd)); };
+		if (!mIsConverted)
+		{
+			return;
+		}
+		ioItem.mOffset = Ratio(below(9) - 4, 1 + below(4));
+		ioItem.mResampling = below(3) == 0 ? Resampling::kDraft : Resampling::kExact;
+		ioItem.mSpeed = below(3) == 0 ? kSpeeds[below(8)] : ioItem.mSpeed;
 	}
 
 	void FillTrack(Nestable& ioSequence, unsigned& ioNests, Track& ioTrack)
@@ -419,6 +440,9 @@ private:
 	}
 
 	std::mt19937_64 mRandom;
+	// For what is converted.
+	std::mt19937_64 mOtherRandom;
+	bool mIsConverted;
 	std::shared_ptr<PrefetchLedger> mLedger = std::make_shared<PrefetchLedger>();
 	double mSamplesPerSecond = 0.0;
 	SN::FrameRate mFrameRate;

@@ -22,7 +22,7 @@ struct RandomSequence
 
 // The same one for a seed, whatever the machine: tracks, submixes, sends and nested sequences of a second or
 // less, up to four within each other, made of MemoryMedia and LatentEffects, items forward and backwards, with fades
-// of any length, and curves on all parameters.
+// of any length, and curves on all parameters. Seeds that 4 divides have items of other rates and speeds, too.
 RandomSequence MakeRandomSequence(unsigned inSeed);
 
 } // namespace SonaroHost::Sequence::Testing

@@ -22,6 +22,8 @@ struct TimelineOptions
 	std::optional<SN::AudioChannelLayout> mLayout;
 	// The shape of transitions and fades that name none.
 	FadeShape mFadeShape = FadeShape::kEqualPower;
+	// Of clips and nested sequences at other rates and speeds.
+	Sequence::Resampling mResampling = Sequence::Resampling::kExact;
 };
 
 // A timeline as a sequence that a graph can be made of, and what is to be reported about it.

@@ -4,6 +4,7 @@
 #include "SonaroHost/Engine/LayoutPlan.h"
 #include "SonaroHost/Engine/OfflineRender.h"
 #include "SonaroHost/Render/OutputRequest.h"
+#include "SonaroHost/Sequence/Resampling.h"
 
 #include <filesystem>
 #include <optional>
@@ -55,6 +56,7 @@ struct ClipRenderRequest : OutputRequest
 	// The output's rate; without one it is that of the first input. Inputs of another rate are resampled, pitch and
 	// length staying.
 	std::optional<int> mSampleRate;
+	Sequence::Resampling mResampling = Sequence::Resampling::kExact;
 	// Reads the inputs ahead on another thread, as a player does; the samples are the same.
 	bool mAsPlayback = false;
 };

@@ -55,6 +55,7 @@ public:
 	// The speed of the whole, as it was asked for.
 	double GetSpeed() const { return mSpeed; }
 	bool IsResampled() const;
+	Sequence::Resampling GetResampling() const { return mResampling; }
 	// Each sample of the output is one of an input or zero.
 	bool KeepsSamples() const;
 
@@ -70,6 +71,7 @@ private:
 	Fades mFades;
 	float mGain = 1.0f;
 	double mSpeed = 1.0;
+	Sequence::Resampling mResampling;
 	bool mIsReversed = false;
 };
 

@@ -3,8 +3,10 @@
 #include "Sonaro/AudioChannelMix.h"
 #include "Sonaro/Types.h"
 #include "SonaroHost/Base/FadeShape.h"
+#include "SonaroHost/Base/Ratio.h"
 #include "SonaroHost/Sequence/Chain.h"
 #include "SonaroHost/Sequence/Media.h"
+#include "SonaroHost/Sequence/Resampling.h"
 #include "zorvcore/threads/AtomicIntegral.h"
 
 #include <cstddef>
@@ -63,8 +65,13 @@ struct Item
 	SN::TickTime mEnd;
 	std::variant<Clip, Nest> mContent;
 	// The speed of the content, pitch following: 2 is twice as fast, below 0 backwards, the frame that is heard first
-	// staying the same. 0 is silence.
+	// staying the same. 0 is silence. It stands for the simplest fraction that rounds to it.
 	double mSpeed = 1.0;
+	// How far after the content's first frame it really begins, in frames of the content, a recording's as the
+	// recording has them. It is heard where the content is converted by its positions; elsewhere samples stay whole.
+	Ratio mOffset;
+	// How a content of another rate or speed becomes samples of the sequence.
+	Resampling mResampling = Resampling::kExact;
 	// Its channels become those of the track; no sends.
 	Chain mChain;
 	// Fades within the item, from and to silence. None at an end that a crossfade reaches.

@@ -1,7 +1,10 @@
 #include "ContentChecks.h"
 
+#include "SonaroHost/Media/RateConverter.h"
+
 #include <algorithm>
 #include <cstdint>
+#include <string>
 
 namespace SonaroHost::Otio
 {
@@ -57,15 +60,20 @@ void ContentChecks::CheckReach(
 
 std::string ContentChecks::CheckSpeed(Item const& inItem, ItemTiming const& inTiming, Ratio const& inRates)
 {
-	// What the resampler has room for in the largest blocks of a render.
-	Ratio const largest(60);
+	// What the engine's resampler has room for in the largest blocks of a render.
+	constexpr std::int64_t kLargestOfEngine = 60;
+	std::int64_t const limit = mContext.mOptions.mResampling == Sequence::Resampling::kEngine
+								   ? kLargestOfEngine
+								   : RateConverter::kLargestStep;
+	Ratio const largest(limit);
 	Ratio const speed = inTiming.mSpeed * inRates;
 	if (std::max(speed, -speed) <= largest)
 	{
 		return {};
 	}
 	mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
-		"the speed takes more than 60 samples for each output sample; the item is silent; reduce the speed");
+		"the speed takes more than " + std::to_string(limit) +
+			" samples for each output sample; the item is silent; reduce the speed");
 	return "its speed is too high";
 }
 

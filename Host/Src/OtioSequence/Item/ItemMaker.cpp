@@ -77,6 +77,7 @@ Sequence::Item ItemMaker::MakeItem(
 	item.mStart = mScope.mGrid.ToTicks(inPlacement.mFirstFrame);
 	item.mEnd = mScope.mGrid.ToTicks(inPlacement.mEndFrame);
 	item.mSpeed = inTiming.mSpeed.ToDouble();
+	item.mResampling = mContext.mOptions.mResampling;
 	return item;
 }
 
@@ -162,6 +163,7 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	Ratio const first =
 		(inTiming.mFirst - GetMediaStart(inClip)) * Ratio::FromDouble(media->mMedia->mSampleRate);
 	content.mFirstFrame = first.Round() - (inTiming.mSpeed < Ratio() ? 1 : 0);
+	item.mOffset = first - Ratio(first.Round());
 	SN::AudioChannelLayout const& layout = mContext.mLayouts.GetLayout(inClip);
 	CheckWidth(inClip, layout);
 	item.mContent = std::move(content);

@@ -66,9 +66,9 @@ Sequence::Item MakeItem(
 {
 	PlannedClip const& clip = *inPiece.mClip;
 	SN::FrameRate const frameRate = inPlan.GetFrameRate();
-	// What is heard of a resampled clip after another one begins at the nearest sample.
-	std::int64_t const skipped =
-		std::llround(static_cast<double>(inPiece.mFirst - clip.mPosition) * clip.mReadingSpeed);
+	std::int64_t const passed = inPiece.mFirst - clip.mPosition;
+	std::int64_t const skipped = std::llround(static_cast<double>(passed) * clip.mReadingSpeed);
+	Ratio const rest = Ratio(passed) * Ratio::FromExactDouble(clip.mReadingSpeed) - Ratio(skipped);
 	Sequence::Item item;
 	item.mName = inMedia->mName;
 	item.mStart = SN::TickTime(inPiece.mFirst, frameRate);
@@ -77,6 +77,8 @@ Sequence::Item MakeItem(
 		inPlan.IsReversed() ? clip.mFirstFrame + clip.mSourceFrames - 1 - skipped
 							: clip.mFirstFrame + skipped,
 		clip.mChannels};
+	item.mOffset = inPlan.IsReversed() ? -rest : rest;
+	item.mResampling = inPlan.GetResampling();
 	item.mSpeed = inPlan.IsReversed() ? -clip.mReadingSpeed : clip.mReadingSpeed;
 	if (clip.mLayout.GetPanner())
 	{

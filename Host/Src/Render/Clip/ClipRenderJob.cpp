@@ -12,7 +12,7 @@ namespace SonaroHost
 namespace
 {
 
-// What is read for a block at the highest speed fits the engine's largest read. A resampler goes by blocks, which are
+// What is read for a block at the highest speed fits the engine's largest read. Its resampler goes by blocks, which are
 // thus always the same.
 constexpr unsigned kResampledBlock = 1024;
 
@@ -60,7 +60,8 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
 	RenderPlan plan(mRequest, mFormat);
-	plan.mBlockFrames = mPlan.IsResampled() ? kResampledBlock : mRequest.mBlockFrames;
+	bool const goesByBlocks = mPlan.IsResampled() && mRequest.mResampling == Sequence::Resampling::kEngine;
+	plan.mBlockFrames = goesByBlocks ? kResampledBlock : mRequest.mBlockFrames;
 	plan.mReadsAhead = mRequest.mAsPlayback;
 	plan.mDropsSignsOfZeros = mPlan.IsResampled();
 	plan.mMix.mPath = mRequest.mOutput;

@@ -78,6 +78,7 @@ LayoutPlan MakeLayoutPlan(PlannedClip const& inClip, LayoutRequest const& inRequ
 ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	: mGain(inRequest.mGain),
 	  mSpeed(inRequest.mSpeed),
+	  mResampling(inRequest.mResampling),
 	  mIsReversed(inRequest.mDirection == RenderDirection::kReverse)
 {
 	if (inRequest.mInputs.empty())

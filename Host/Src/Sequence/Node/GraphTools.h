@@ -46,6 +46,7 @@ public:
 	enum class ScratchUse
 	{
 		kItem,
+		kConversion,
 		kFade,
 		kSettling,
 	};

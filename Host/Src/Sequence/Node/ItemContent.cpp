@@ -11,8 +11,21 @@ namespace SonaroHost::Sequence
 
 ItemContent::ItemContent(Settings const& inSettings)
 	: mSettings(inSettings),
-	  mNest(inSettings.mContent)
+	  mConverted(inSettings.mContent),
+	  mNest(mConverted ? mConverted->GetContent() : inSettings.mContent)
 {
+}
+
+void ItemContent::Interrupt()
+{
+	if (mConverted)
+	{
+		mConverted->Interrupt();
+	}
+	if (mNest)
+	{
+		mNest->Interrupt();
+	}
 }
 
 SN::InterfaceRef<SN::IAudioGenerator> ItemContent::Clone()
@@ -120,7 +133,7 @@ void ItemContent::AccumulatePrefetchRequests(
 	SN::TickTime const start = MapRun(first, count);
 	if (mNest)
 	{
-		mNest->SetPrefetchDirection(MapDirection(isReverse));
+		mNest->SetPrefetchDirection(MapDirection(isReverse) != (mConverted && mConverted->IsBackwards()));
 	}
 	mSettings.mContent->AccumulatePrefetchRequests(
 		{start, start + SN::TickTime(count, mSettings.mFrameRate)}, inType, inAccumulator);
@@ -137,10 +150,7 @@ void ItemContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioB
 	mSettings.mPlayhead->mIsUnheard = mSettings.mOuter->mIsSettling || mSettings.mOuter->mIsUnheard;
 	if (!isInTurn)
 	{
-		if (mNest)
-		{
-			mNest->Interrupt();
-		}
+		Interrupt();
 		Settle(begin, inReverse);
 	}
 	mNext = inReverse ? frame : frame + frames;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ConvertedContent.h"
 #include "GraphTools.h"
 #include "Sequence/Stage/Playhead.h"
 #include "SequenceNode.h"
@@ -73,6 +74,8 @@ public:
 
 private:
 	bool MapDirection(bool inReverse) const { return inReverse != mSettings.mIsBackwards; }
+	// The content does not go on where it was read last.
+	void Interrupt();
 	// The lowest time, in the content, of so many frames of the item.
 	SN::TickTime MapRun(std::int64_t inFrame, std::int64_t inCount) const;
 	// So many frames of the item from its lowest one on, into a buffer or nowhere.
@@ -80,6 +83,8 @@ private:
 	void Settle(std::int64_t inBegin, bool inReverse);
 
 	Settings mSettings;
+	// Empty where the content has the rate of the graph and the speed 1 or -1.
+	SN::InterfaceRef<ConvertedContent> mConverted;
 	// Empty for a clip.
 	SN::InterfaceRef<SequenceNode> mNest;
 	std::optional<bool> mHasHistory;

@@ -1,0 +1,138 @@
+#include "ConvertedContent.h"
+
+#include "Sonaro/PrefetchRange.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Sequence
+{
+
+namespace
+{
+
+// Room for what a whole block needs beyond the filter, so that it is made in one piece; for long filters, for as much
+// as they are long, so that little is moved about.
+constexpr std::int64_t kMostRoom = 16384;
+
+std::int64_t ChooseRoom(RateConverter const& inConverter, std::int64_t inBlock)
+{
+	auto const [first, end] = inConverter.GetInput(0, inBlock);
+	std::int64_t const taps = inConverter.GetTaps();
+	// One frame more may lie between the first and the last output of another block.
+	return taps + std::min(end - first - taps + 1, std::max(kMostRoom, taps));
+}
+
+} // namespace
+
+ConvertedContent::ConvertedContent(Settings const& inSettings)
+	: mSettings(inSettings),
+	  mWindow(inSettings.mContent, inSettings.mFrameRate,
+		  ChooseRoom(*inSettings.mConverter, inSettings.mScratch->GetCapacity()), inSettings.mScratch),
+	  mMostFrames(inSettings.mConverter->CountOutputs(
+		  ChooseRoom(*inSettings.mConverter, inSettings.mScratch->GetCapacity())))
+{
+	mChannels.reserve(inSettings.mScratch->GetNumChannels());
+}
+
+SN::InterfaceRef<SN::IAudioGenerator> ConvertedContent::Clone()
+{
+	Settings settings = mSettings;
+	settings.mScratch = std::make_shared<dsp::AudioBuffer>(
+		mSettings.mScratch->GetNumChannels(), mSettings.mScratch->GetCapacity());
+	settings.mContent = mSettings.mContent->Clone();
+	return zorvcore::classref::MakeObject<ConvertedContent>(settings);
+}
+
+void ConvertedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
+{
+	mWindow.Forget();
+	RateConverter::Span const input =
+		mSettings.mConverter->GetInput(inStartTime.ToFrame64(mSettings.mFrameRate), 1);
+	bool const isReverse = MapDirection(inReverse);
+	mSettings.mContent->Preroll(
+		SN::TickTime(isReverse ? input.mEnd : input.mFirst, mSettings.mFrameRate), isReverse);
+}
+
+void ConvertedContent::Reset()
+{
+	mWindow.Forget();
+	mSettings.mContent->Reset();
+}
+
+void ConvertedContent::AccumulatePrefetchRequests(
+	SN::PrefetchRange const& inRange, SN::PrefetchType inType, SN::PrefetchRequestAccumulator& inAccumulator)
+{
+	SN::FrameRate const& rate = mSettings.mFrameRate;
+	std::int64_t const first = inRange.mStart.ToFrame64(rate);
+	// Ends between two frames count whole.
+	std::int64_t const count = std::max<std::int64_t>((inRange.mEnd - inRange.mStart).ToFrame64(rate), 0) + 1;
+	auto const [begin, end] = mSettings.mConverter->GetInput(first, count);
+	mSettings.mContent->AccumulatePrefetchRequests(
+		{SN::TickTime(begin, rate), SN::TickTime(end, rate)}, inType, inAccumulator);
+}
+
+void ConvertedContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
+{
+	std::int64_t const frame = inTime.ToFrame64(mSettings.mFrameRate);
+	std::int64_t const frames = ioBuffer.GetUseSize();
+	mHeard = dsp::SilenceFlags();
+	// In the order in which it is played.
+	for (std::int64_t done = 0; done < frames;)
+	{
+		std::int64_t const count = std::min(frames - done, mMostFrames);
+		std::int64_t const target = inReverse ? frames - done - count : done;
+		Render(
+			frame + target, static_cast<unsigned>(count), static_cast<unsigned>(target), inReverse, ioBuffer);
+		done += count;
+	}
+	for (unsigned long long channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
+	{
+		if (mHeard.Test(channel))
+		{
+			ioBuffer.NoteChannelWrite(channel, ioBuffer.GetUseSize());
+		}
+		else
+		{
+			ioBuffer.MarkChannelSilent(channel);
+		}
+	}
+	if (inReverse)
+	{
+		ioBuffer.Reverse();
+	}
+}
+
+void ConvertedContent::Render(
+	std::int64_t inFrame, unsigned inCount, unsigned inTarget, bool inReverse, dsp::AudioBuffer& ioBuffer)
+{
+	auto const [first, end] = mSettings.mConverter->GetInput(inFrame, inCount);
+	mWindow.MoveTo(first, end, MapDirection(inReverse));
+	mChannels.clear();
+	unsigned long long const channels =
+		std::min(ioBuffer.GetNumChannels(), mSettings.mScratch->GetNumChannels());
+	for (unsigned channel = 0; channel < channels; ++channel)
+	{
+		float* const output = ioBuffer.GetChannel(channel) + inTarget;
+		if (mWindow.IsSilent(channel))
+		{
+			std::fill_n(output, inCount, 0.0f);
+			continue;
+		}
+		mChannels.push_back({mWindow.GetChannel(channel), output});
+		mHeard.Set(channel);
+	}
+	if (!mChannels.empty())
+	{
+		mSettings.mConverter->Convert(inFrame, inCount, mChannels);
+	}
+}
+
+void ConvertedContent::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
+{
+	if (SN::InterfaceRef<SN::ILiveAudioParameterOwner> const owner = mSettings.mContent)
+	{
+		owner->CollectLiveParameters(outParameters);
+	}
+}
+
+} // namespace SonaroHost::Sequence

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "ContentWindow.h"
+#include "GraphTools.h"
+#include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "Sonaro/ILiveAudioParameterOwner.h"
+#include "SonaroHost/Media/RateConverter.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Sequence
+{
+
+// A content in another rate than its own, or at another speed: its frame k is the converter's output k. What is heard
+// depends on the content around that place alone, whatever was asked before, unless the content itself remembers.
+//
+// Silence  A channel is flagged where the content flags all that the outputs depend on.
+// Threads  As for the content. Nothing allocates after the constructor.
+class ConvertedContent final : public SN::Implements<ConvertedContent, SN::IAudioGenerator,
+								   SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
+{
+public:
+	static constexpr SN::Identifier<ConvertedContent> kIdentifier{
+		0x7be1942d5a0f83c6ull, 0x4d9a60e17c2bf538ull};
+
+	struct Settings
+	{
+		// It counts by mFrameRate, whatever its own rate.
+		Generator mContent;
+		std::shared_ptr<RateConverter const> mConverter;
+		// Whether the converter reads from the highest frame to the lowest.
+		bool mIsBackwards = false;
+		SN::FrameRate mFrameRate;
+		// What the content is read into: of its channels and at least one sample.
+		std::shared_ptr<dsp::AudioBuffer> mScratch;
+	};
+
+	explicit ConvertedContent(Settings const& inSettings);
+
+	Generator const& GetContent() const { return mSettings.mContent; }
+	bool IsBackwards() const { return mSettings.mIsBackwards; }
+	// What comes next does not follow what was asked before, wherever it is.
+	void Interrupt() { mWindow.Forget(); }
+
+	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
+	bool HasHistory() override { return mSettings.mContent->HasHistory(); }
+	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
+	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) override {}
+	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
+		SN::PrefetchRequestAccumulator& inAccumulator) override;
+	void GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void Reset() override;
+	void InitializeAudioFilters() override { mSettings.mContent->InitializeAudioFilters(); }
+	void ShutdownAudioFilters() override { mSettings.mContent->ShutdownAudioFilters(); }
+	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
+
+	std::u16string GetNodeName() override { return u"ConvertedContent"; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {mSettings.mContent}; }
+	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
+
+private:
+	bool MapDirection(bool inReverse) const { return inReverse != mSettings.mIsBackwards; }
+	// So many frames from inFrame on, to where they stand in the buffer when it is played forward.
+	void Render(std::int64_t inFrame, unsigned inCount, unsigned inTarget, bool inReverse,
+		dsp::AudioBuffer& ioBuffer);
+
+	Settings mSettings;
+	ContentWindow mWindow;
+	// The most frames that the window has room for.
+	std::int64_t mMostFrames;
+	// The channels that are converted in a piece, and which have been heard in this block.
+	std::vector<RateConverter::Channel> mChannels;
+	dsp::SilenceFlags mHeard;
+};
+
+} // namespace SonaroHost::Sequence
