@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Writes the documents that are measured on the engine: channel-conversions.md, pan-laws.svg and resamplers.md.
+# Writes the documents that are measured on the engine: channel-conversions.md, pan-laws.svg, resamplers.md
+# and resamplers.svg.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 Scripts/setup.sh test

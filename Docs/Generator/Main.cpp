@@ -1,9 +1,10 @@
 // Writes the documents that show what the engine does, measured on the engine itself: what comes out of
-// the conversions between layouts, the gains and the power of the pan laws, and how clean the resamplers are.
+// the conversions between layouts, the gains and the power of the pan laws, and how clean the resamplers are, those of the host among them.
 // Usage: generate_documents FOLDER
 
 #include "ChannelConversions.h"
 #include "PanLaws.h"
+#include "ResamplerPlot.h"
 #include "Resamplers.h"
 
 #include <cstdio>
@@ -37,6 +38,7 @@ int main(int inCount, char** inArguments)
 	std::string const folder = std::string(inArguments[1]) + "/";
 	bool const isWritten = Write(folder + "channel-conversions.md", SonaroDocuments::DescribeConversions()) &&
 						   Write(folder + "pan-laws.svg", SonaroDocuments::DrawPanLaws()) &&
-						   Write(folder + "resamplers.md", SonaroDocuments::DescribeResamplers());
+						   Write(folder + "resamplers.md", SonaroDocuments::DescribeResamplers()) &&
+						   Write(folder + "resamplers.svg", SonaroDocuments::DrawResamplers());
 	return isWritten ? 0 : 1;
 }

@@ -1,11 +1,10 @@
 #include "PanLaws.h"
 
 #include "Panner/Algorithm/PanLaw.h"
+#include "SvgText.h"
 
-#include <array>
-#include <cstdarg>
-#include <cstdio>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace SonaroDocuments
@@ -44,16 +43,6 @@ constexpr char const* kCenterColour = "#2ca02c";
 constexpr char const* kLeftRearColour = "#17becf";
 constexpr char const* kRightRearColour = "#ff7f0e";
 constexpr char const* kPowerColour = "#555555";
-
-[[gnu::format(printf, 1, 2)]] std::string Format(char const* inFormat, ...)
-{
-	std::array<char, 512> text{};
-	va_list values;
-	va_start(values, inFormat);
-	std::vsnprintf(text.data(), text.size(), inFormat, values);
-	va_end(values);
-	return text.data();
-}
 
 Panel MakeStereoPanel(char const* inTitle, StereoGains (*inLaw)(float))
 {

@@ -100,11 +100,13 @@ ToneFit FitWave(Signal const& inMeasured, std::function<double(std::size_t)> con
 	double sm = 0.0;
 	double cm = 0.0;
 	double power = 0.0;
+	std::vector<double> sines;
+	std::vector<double> cosines;
 	for (std::size_t i = 0; i < inMeasured.size(); ++i)
 	{
 		double const angle = inAngle(i);
-		double const s = std::sin(angle);
-		double const c = std::cos(angle);
+		double const s = sines.emplace_back(std::sin(angle));
+		double const c = cosines.emplace_back(std::cos(angle));
 		double const m = static_cast<double>(inMeasured[i]);
 		ss += s * s;
 		cc += c * c;
@@ -116,9 +118,15 @@ ToneFit FitWave(Signal const& inMeasured, std::function<double(std::size_t)> con
 	double const determinant = ss * cc - sc * sc;
 	double const sine = (sm * cc - cm * sc) / determinant;
 	double const cosine = (cm * ss - sm * sc) / determinant;
-	double const signal = sine * sm + cosine * cm;
+	// The rest by itself: in the difference of the powers, what lies below -130 dB would be lost.
+	double rest = 0.0;
+	for (std::size_t i = 0; i < inMeasured.size(); ++i)
+	{
+		double const off = static_cast<double>(inMeasured[i]) - sine * sines[i] - cosine * cosines[i];
+		rest += off * off;
+	}
 	return {std::hypot(sine, cosine), std::atan2(cosine, sine),
-		10.0 * std::log10(signal / std::max(power - signal, 1e-15 * power))};
+		10.0 * std::log10((sine * sm + cosine * cm) / std::max(rest, 1e-17 * power))};
 }
 
 double MeasureLevel(Signal const& inSamples)
