@@ -1,6 +1,7 @@
 // The resamplers, and others where they are installed: output samples a second of one channel beside the
 // signal-to-noise ratio of a tone of 1 kHz and one of 10 kHz.
 
+#include "SonaroHost/Media/RateConverter.h"
 #include "Time/ResamplerRuns.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -11,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #ifdef SONARO_HAS_SAMPLERATE
 #include <samplerate.h>
@@ -29,9 +31,12 @@ namespace
 {
 
 using namespace SN;
+using SonaroHost::RateConverter;
+using SonaroHost::RateQuality;
+using SonaroHost::Ratio;
 using namespace SN::Testing;
 
-constexpr unsigned kBlock = 1024;
+constexpr unsigned kBlock = 4096;
 
 struct Rates
 {
@@ -126,6 +131,90 @@ MakeStream MakeOwn(ResamplerKind inKind)
 	{
 		auto const own = std::make_shared<OwnStream>(inKind, inRates);
 		return [own](float const* inInput, unsigned inCount) { return own->Process(inInput, inCount); };
+	};
+}
+
+// The host's converter, which is asked for outputs, with a history of input in front of it.
+class HostStream
+{
+public:
+	using Convert = std::function<void(RateConverter const&, std::int64_t, unsigned, float const*, float*)>;
+
+	HostStream(RateQuality inQuality, Rates const& inRates, Convert inConvert)
+		: mConverter(Ratio(inRates.mInput, inRates.mOutput), {}, inQuality),
+		  mStep(static_cast<double>(inRates.mInput) / inRates.mOutput),
+		  mConvert(std::move(inConvert)),
+		  mFirst(mConverter.GetInput(0, 1).mFirst),
+		  mInput(static_cast<std::size_t>(-mFirst))
+	{
+	}
+
+	Signal Process(float const* inInput, unsigned inCount)
+	{
+		mInput.insert(mInput.end(), inInput, inInput + inCount);
+		std::int64_t const end = mFirst + static_cast<std::int64_t>(mInput.size());
+		auto const fits = [&](std::int64_t inOutputs)
+		{ return mConverter.GetInput(mNext, inOutputs).mEnd <= end; };
+		auto count = static_cast<std::int64_t>(
+			static_cast<double>(end - mConverter.GetInput(mNext, 1).mEnd) / mStep + 2.0);
+		while (count > 0 && !fits(count))
+		{
+			--count;
+		}
+		Signal output(static_cast<std::size_t>(std::max<std::int64_t>(count, 0)));
+		if (!output.empty())
+		{
+			mConvert(mConverter, mNext, static_cast<unsigned>(count), mInput.data(), output.data());
+			mNext += count;
+			std::int64_t const first = mConverter.GetInput(mNext, 1).mFirst;
+			mInput.erase(mInput.begin(), mInput.begin() + (first - mFirst));
+			mFirst = first;
+		}
+		return output;
+	}
+
+private:
+	RateConverter mConverter;
+	double mStep;
+	Convert mConvert;
+	std::int64_t mFirst;
+	std::int64_t mNext = 0;
+	Signal mInput;
+};
+
+void ConvertAsIs(RateConverter const& inConverter, std::int64_t inFirst, unsigned inCount,
+	float const* inInput, float* outOutputs)
+{
+	RateConverter::Channel const channel{inInput, outOutputs};
+	inConverter.Convert(inFirst, inCount, {&channel, 1});
+}
+
+// As many products and sums, one after the other.
+void AddPlainly(RateConverter const& inConverter, std::int64_t inFirst, unsigned inCount,
+	float const* inInput, float* outOutputs)
+{
+	unsigned const taps = inConverter.GetTaps();
+	static Signal const sFilter(1u << 16, 1.0e-3f);
+	std::int64_t const base = inConverter.GetInput(inFirst, 1).mFirst;
+	for (unsigned i = 0; i < inCount; ++i)
+	{
+		float const* const samples = inInput + (inConverter.GetInput(inFirst + i, 1).mFirst - base);
+		float const* const row = sFilter.data() + i % 160 * taps;
+		float sum = 0.0f;
+		for (unsigned k = 0; k < taps; ++k)
+		{
+			sum += row[k] * samples[k];
+		}
+		outOutputs[i] = sum;
+	}
+}
+
+MakeStream MakeHosts(RateQuality inQuality, HostStream::Convert const& inConvert = &ConvertAsIs)
+{
+	return [inQuality, inConvert](Rates const& inRates) -> Stream
+	{
+		auto const stream = std::make_shared<HostStream>(inQuality, inRates, inConvert);
+		return [stream](float const* inInput, unsigned inCount) { return stream->Process(inInput, inCount); };
 	};
 }
 
@@ -240,6 +329,9 @@ void Register(std::string const& inName, MakeStream const& inMake)
 	Register("cubic", MakeOwn(ResamplerKind::kCubic));
 	Register("sinc", MakeOwn(ResamplerKind::kSinc));
 	Register("sincHighQuality", MakeOwn(ResamplerKind::kSincHighQuality));
+	Register("exact", MakeHosts(RateQuality::kFull));
+	Register("draft", MakeHosts(RateQuality::kDraft));
+	Register("exact/plainLoop", MakeHosts(RateQuality::kFull, &AddPlainly));
 #ifdef SONARO_HAS_SAMPLERATE
 	Register("libsamplerate/best", MakeSamplerate(SRC_SINC_BEST_QUALITY));
 	Register("libsamplerate/medium", MakeSamplerate(SRC_SINC_MEDIUM_QUALITY));
@@ -276,5 +368,16 @@ BENCHMARK(BM_ResamplerInit)
 	->Arg(static_cast<int>(ResamplerKind::kSinc))
 	->Arg(static_cast<int>(ResamplerKind::kSincHighQuality))
 	->Unit(benchmark::kMillisecond);
+
+// The same of the host's converter: of one by phases, and of one that interpolates.
+void BM_RateConverterInit(benchmark::State& ioState)
+{
+	for (auto _ : ioState)
+	{
+		RateConverter const converter(Ratio(147, ioState.range(0)), {});
+		benchmark::DoNotOptimize(converter.GetTaps());
+	}
+}
+BENCHMARK(BM_RateConverterInit)->Arg(160)->Arg(160001)->Unit(benchmark::kMillisecond);
 
 } // namespace
