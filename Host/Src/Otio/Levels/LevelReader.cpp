@@ -4,8 +4,8 @@
 #include "Otio/Json/Fields.h"
 #include "Otio/Mix/CurveReader.h"
 
-#include "SonaroHost/Otio/Limits.h"
 #include "SonaroHost/Base/Ratio.h"
+#include "SonaroHost/Otio/Limits.h"
 
 #include <algorithm>
 #include <cmath>
