@@ -58,7 +58,7 @@ void PrintResult(std::string const& inText)
 	bool const isWritten = std::fwrite(text.data(), 1, text.size(), sResults) == text.size();
 	if (!isWritten || std::fflush(sResults) != 0)
 	{
-		throw SonaroHost::HostError(SonaroHost::HostError::Kind::kOutput,
+		SonaroHost::RefuseOutput(
 			"cannot write to the standard output: " + std::generic_category().message(errno));
 	}
 }

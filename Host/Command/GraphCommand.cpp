@@ -3,6 +3,7 @@
 #include "Console.h"
 #include "RenderOptions.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Files/OutputFile.h"
 #include "SonaroHost/Files/OutputPlan.h"
@@ -35,16 +36,14 @@ GraphFormat ChooseGraphFormat(std::string const& inFormat, std::string const& in
 {
 	if (inFormat.empty() && IsStandardStream(inOutput))
 	{
-		throw HostError(HostError::Kind::kRequest,
-			"the standard output needs --format, since it has no name to choose by");
+		Refuse("the standard output needs --format, since it has no name to choose by");
 	}
 	std::string const ending = std::filesystem::path(inOutput).extension().string();
 	std::string const name = inFormat.empty() ? ending : "." + inFormat;
 	if (name != ".dot" && name != ".svg" && name != ".png")
 	{
-		throw HostError(HostError::Kind::kRequest, "cannot choose a format from the name " +
-													   QuotePath(inOutput) +
-													   "; end it in .svg, .png or .dot, or use --format");
+		Refuse("cannot choose a format from the name " + QuotePath(inOutput) +
+			   "; end it in .svg, .png or .dot, or use --format");
 	}
 	return name == ".dot" ? GraphFormat::kDot : name == ".svg" ? GraphFormat::kSvg : GraphFormat::kPng;
 }
@@ -84,10 +83,9 @@ std::size_t FindTrack(Otio::Stack const& inStack, std::string const& inName)
 	}
 	if (places.size() != 1)
 	{
-		throw HostError(HostError::Kind::kRequest,
-			(places.empty() ? "there is no track '" + inName + "'"
-							: "several tracks are named '" + inName + "'; choose one by its number") +
-				"; the timeline has " + list);
+		Refuse((places.empty() ? "there is no track '" + inName + "'"
+							   : "several tracks are named '" + inName + "'; choose one by its number") +
+			   "; the timeline has " + list);
 	}
 	return places.front();
 }
@@ -126,11 +124,11 @@ void CheckNodes(GraphDrawing const& inDrawing, GraphFormat inFormat)
 {
 	if (inFormat != GraphFormat::kDot && inDrawing.GetNumNodes() > GraphDrawing::kMaxPictureNodes)
 	{
-		throw HostError(HostError::Kind::kOutput,
+		RefuseOutput(
 			"the graph has " + std::to_string(inDrawing.GetNumNodes()) + " nodes, and laying out more than " +
-				std::to_string(GraphDrawing::kMaxPictureNodes) +
-				" would take very long; use --depth to draw fewer levels of nesting, --track for a single "
-				"track, or write .dot, which needs no layout");
+			std::to_string(GraphDrawing::kMaxPictureNodes) +
+			" would take very long; use --depth to draw fewer levels of nesting, --track for a single "
+			"track, or write .dot, which needs no layout");
 	}
 }
 
@@ -225,8 +223,7 @@ int GraphCommand::Run()
 	file.Commit();
 	if (!mIsQuiet)
 	{
-		PrintResult(ShowOutput(mOutput) + ": " + std::to_string(drawing.GetNumNodes()) +
-					(drawing.GetNumNodes() == 1 ? " node\n" : " nodes\n"));
+		PrintResult(ShowOutput(mOutput) + ": " + FormatCount(drawing.GetNumNodes(), "node") + "\n");
 	}
 	return sequence.mMissing.empty() ? kExitSuccess : kExitMissing;
 }

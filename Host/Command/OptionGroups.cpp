@@ -5,8 +5,6 @@
 namespace SonaroCommand
 {
 
-using SonaroHost::HostError;
-
 void GroupByInput(CLI::App& ioParser, std::initializer_list<char const*> inForSoundFiles,
 	std::initializer_list<char const*> inForTimelines)
 {
@@ -30,7 +28,7 @@ void RefuseGroup(CLI::App& ioParser, char const* inGroup, std::string const& inW
 	{
 		if (option->get_group() == inGroup && option->count() > 0)
 		{
-			throw HostError(HostError::Kind::kRequest, option->get_name() + " " + inWhy);
+			SonaroHost::Refuse(option->get_name() + " " + inWhy);
 		}
 	}
 }

@@ -8,6 +8,7 @@
 #include "RunJob.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "TimeOption.h"
 
@@ -243,8 +244,7 @@ int RenderCommand::Run()
 		if (!clip.GetInfo().mStatesLength)
 		{
 			PrintWarning(QuoteInput(clip.GetInfo().mPath) + " states no length in its header; using the " +
-						 std::to_string(clip.GetInfo().mFrames) +
-						 (clip.GetInfo().mFrames == 1 ? " sample" : " samples") + " that can be read");
+						 FormatCount(clip.GetInfo().mFrames, "sample") + " that can be read");
 		}
 	}
 	Report(job, Render(job));
@@ -291,9 +291,8 @@ std::vector<ClipInput> RenderCommand::MakeInputs() const
 {
 	if (!mPositions.empty() && mPositions.size() != mInputs.size())
 	{
-		Refuse("--at is given " + std::to_string(mPositions.size()) +
-			   (mPositions.size() == 1 ? " time for " : " times for ") + std::to_string(mInputs.size()) +
-			   (mInputs.size() == 1 ? " input" : " inputs") + "; give it once per input, or not at all");
+		Refuse("--at is given " + FormatCount(mPositions.size(), "time") + " for " +
+			   FormatCount(mInputs.size(), "input") + "; give it once per input, or not at all");
 	}
 	std::vector<ClipInput> inputs;
 	if (mInputs.size() == 1)
@@ -386,8 +385,7 @@ void RenderCommand::WarnOfMisses(PlaybackSummary const& inPlayback) const
 	{
 		if (std::uint64_t const missed = inPlayback.mMissedFramesOfInputs[i]; missed > 0)
 		{
-			PrintWarning(std::to_string(missed) + (missed == 1 ? " sample of " : " samples of ") +
-						 QuotePath(mInputs[i]) +
+			PrintWarning(FormatCount(missed, "sample") + " of " + QuotePath(mInputs[i]) +
 						 (missed == 1 ? " was not read in time and is" : " were not read in time and are") +
 						 " silent in " + QuotePath(mOptions.mOutput));
 		}

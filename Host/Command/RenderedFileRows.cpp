@@ -4,6 +4,7 @@
 #include "Levels.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "TimelineRows.h"
 
 #include <array>
@@ -83,10 +84,9 @@ void WarnOfLevels(RenderSummary const& inFiles)
 	{
 		if (file.mClippedSamples > 0)
 		{
-			PrintWarning(std::to_string(file.mClippedSamples) +
-						 (file.mClippedSamples == 1 ? " sample of " : " samples of ") +
-						 QuotePath(file.mPath) + (file.mClippedSamples == 1 ? " was" : " were") +
-						 " clipped at full scale (peak " + FormatPeak(file.mPeak) +
+			PrintWarning(FormatCount(file.mClippedSamples, "sample") + " of " + QuotePath(file.mPath) +
+						 (file.mClippedSamples == 1 ? " was" : " were") + " clipped at full scale (peak " +
+						 FormatPeak(file.mPeak) +
 						 "); lower --gain-db, use --limit-dbtp -1, or write floats with --bits 32f");
 		}
 	}

@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Otio/Labels.h"
 
@@ -89,8 +90,7 @@ std::string Describe(Note const& inNote)
 // " (and 2 more places)"; nothing for none.
 std::string DescribeMore(std::size_t inPlaces)
 {
-	return inPlaces == 0 ? ""
-						 : " (and " + std::to_string(inPlaces) + " more place" + (inPlaces == 1 ? ")" : "s)");
+	return inPlaces == 0 ? "" : " (and " + FormatCount(inPlaces, "more place") + ")";
 }
 
 // A guess that is the same in several places, such as one about a file that many clips use, gets one line, with the
@@ -205,7 +205,7 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 	if (lines > kMostLines)
 	{
 		std::size_t const rest = lines - kMostLines;
-		PrintWarning(std::to_string(rest) + (rest == 1 ? " more warning is" : " more warnings are") +
+		PrintWarning(FormatCount(rest, "more warning") + (rest == 1 ? " is" : " are") +
 					 " not shown; use --report or --json to list all");
 	}
 }

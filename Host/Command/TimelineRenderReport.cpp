@@ -6,6 +6,7 @@
 #include "RenderReport.h"
 #include "RenderedFileRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Otio/Labels.h"
@@ -179,7 +180,7 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 	}
 	if (std::size_t const levels = CountUnreadLevels(inJob.GetNotes()))
 	{
-		text += std::to_string(levels) + (levels == 1 ? " level" : " levels") +
+		text += FormatCount(levels, "level") +
 				" of other programs not read: parts may be too loud or too quiet\n";
 	}
 	std::array<char, 64> speed{};

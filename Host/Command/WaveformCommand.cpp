@@ -5,6 +5,8 @@
 #include "OptionGroups.h"
 #include "RunJob.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "TimeOption.h"
 #include "TimelineOptions.h"
@@ -12,7 +14,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdio>
 #include <filesystem>
 
@@ -37,13 +38,6 @@ constexpr FormatName kFormats[] = {
 	{"json", "JSON", WaveformFormat::kJson},
 	{"dat", "DAT", WaveformFormat::kDat},
 };
-
-std::string ToLower(std::string inText)
-{
-	std::transform(inText.begin(), inText.end(), inText.begin(),
-		[](unsigned char inCharacter) { return static_cast<char>(std::tolower(inCharacter)); });
-	return inText;
-}
 
 WaveformFormat ChooseWaveformFormat(std::string const& inFormat, std::string const& inOutput)
 {
@@ -107,8 +101,7 @@ std::string DescribeForPeople(
 								  : " columns of " + std::to_string(inRequest.mBits) + " bits";
 	return ShowOutput(inOutput) + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
 		   std::to_string(inSummary.mFrames) + " samples), " + std::to_string(inSummary.mColumns) + shape +
-		   ", " + std::to_string(inSummary.mChannels) +
-		   (inSummary.mChannels == 1 ? " channel, " : " channels, ") + GetName(inRequest.mFormat) + "\n" +
+		   ", " + FormatCount(inSummary.mChannels, "channel") + ", " + GetName(inRequest.mFormat) + "\n" +
 		   text.data() + "\n";
 }
 

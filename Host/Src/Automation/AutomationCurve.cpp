@@ -17,8 +17,7 @@ namespace
 
 [[noreturn]] void RefusePoint(std::size_t inIndex, std::string const& inReason)
 {
-	throw HostError(
-		HostError::Kind::kRequest, "point " + std::to_string(inIndex + 1) + " of the curve " + inReason);
+	Refuse("point " + std::to_string(inIndex + 1) + " of the curve " + inReason);
 }
 
 double ToGain(double inDecibels)

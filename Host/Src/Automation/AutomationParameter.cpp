@@ -121,9 +121,8 @@ boost::shared_ptr<typename AutomationParameter<T>::Control> AutomationParameter<
 {
 	if (!inControl || inControl->GetTypeCode() != VX::kParamTypeCode<T>)
 	{
-		throw HostError(HostError::Kind::kRequest,
-			std::is_same_v<T, bool> ? "a switch needs a control that holds true or false"
-									: "this parameter needs a control that holds a number");
+		Refuse(std::is_same_v<T, bool> ? "a switch needs a control that holds true or false"
+									   : "this parameter needs a control that holds a number");
 	}
 	return boost::static_pointer_cast<Control>(inControl);
 }
@@ -133,8 +132,7 @@ typename AutomationParameter<T>::Curve AutomationParameter<T>::CheckCurve(Curve 
 {
 	if (std::is_same_v<T, bool> && inCurve && !inCurve->HoldsOnly())
 	{
-		throw HostError(
-			HostError::Kind::kRequest, "the curve of a switch cannot interpolate; set every point to hold");
+		Refuse("the curve of a switch cannot interpolate; set every point to hold");
 	}
 	return std::is_same_v<T, bool> && inCurve ? std::make_shared<AutomationCurve const>(inCurve->MakeSwitch())
 											  : inCurve;

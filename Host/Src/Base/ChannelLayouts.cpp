@@ -1,5 +1,6 @@
 #include "SonaroHost/Base/ChannelLayouts.h"
 
+#include "SonaroHost/Base/NumberText.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
@@ -82,7 +83,7 @@ std::string GetLayoutName(AudioChannelLayout const& inLayout)
 	{
 		return "5.1";
 	}
-	return std::to_string(inLayout.size()) + (inLayout.size() == 1 ? " channel" : " channels");
+	return FormatCount(inLayout.size(), "channel");
 }
 
 bool HasPlaces(AudioChannelLayout const& inLayout)

@@ -44,6 +44,16 @@ void Refuse(std::string const& inReason)
 	throw HostError(HostError::Kind::kRequest, inReason);
 }
 
+void RefuseFile(std::filesystem::path const& inFile, std::string const& inReason)
+{
+	throw HostError(HostError::Kind::kInput, {inFile, {}, inReason, {}});
+}
+
+void RefuseOutput(std::string const& inReason)
+{
+	throw HostError(HostError::Kind::kOutput, inReason);
+}
+
 std::string QuotePath(std::filesystem::path const& inPath)
 {
 	std::string quoted = "'";

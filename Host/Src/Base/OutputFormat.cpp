@@ -1,7 +1,8 @@
 #include "SonaroHost/Base/OutputFormat.h"
 
+#include "SonaroHost/Base/PrintableText.h"
+
 #include <algorithm>
-#include <cctype>
 
 namespace SonaroHost
 {
@@ -22,9 +23,7 @@ std::optional<OutputContainer> FindContainer(std::string_view inName)
 		{"flac", OutputContainer::kFlac},
 		{"caf", OutputContainer::kCaf},
 	};
-	std::string name(inName);
-	std::transform(name.begin(), name.end(), name.begin(),
-		[](unsigned char inCharacter) { return static_cast<char>(std::tolower(inCharacter)); });
+	std::string const name = ToLower(std::string(inName));
 	auto const found = std::find_if(std::begin(kEntries), std::end(kEntries),
 		[&](Entry const& inEntry) { return inEntry.mName == name; });
 	return found == std::end(kEntries) ? std::nullopt : std::optional(found->mContainer);

@@ -1,6 +1,7 @@
 #include "SonaroHost/Base/PrintableText.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 
 namespace SonaroHost
@@ -111,6 +112,18 @@ std::string QuoteName(std::string_view inName)
 	std::string quoted = "\"";
 	quoted += MakePrintable(inName);
 	return quoted + "\"";
+}
+
+std::string ToLower(std::string inText)
+{
+	std::transform(inText.begin(), inText.end(), inText.begin(),
+		[](unsigned char inCharacter) { return static_cast<char>(std::tolower(inCharacter)); });
+	return inText;
+}
+
+std::string GetLowerEnding(std::filesystem::path const& inPath)
+{
+	return ToLower(inPath.extension().string());
 }
 
 std::string ShortenMiddle(std::string_view inText, std::size_t inLongest)

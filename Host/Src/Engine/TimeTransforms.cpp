@@ -34,7 +34,7 @@ SpeedTimeTransform::SpeedTimeTransform(double inSpeed, SN::TickTime const& inOff
 {
 	if (!std::isfinite(inSpeed))
 	{
-		throw HostError(HostError::Kind::kRequest, "a speed must be a finite number");
+		Refuse("a speed must be a finite number");
 	}
 }
 
@@ -43,13 +43,12 @@ KeyframedTimeTransform::KeyframedTimeTransform(std::vector<TimeKey> inKeys)
 {
 	if (mKeys.empty())
 	{
-		throw HostError(HostError::Kind::kRequest, "a time remapping needs at least one key");
+		Refuse("a time remapping needs at least one key");
 	}
 	auto const isNotLater = [](TimeKey const& inA, TimeKey const& inB) { return inA.mTime >= inB.mTime; };
 	if (std::adjacent_find(mKeys.begin(), mKeys.end(), isNotLater) != mKeys.end())
 	{
-		throw HostError(
-			HostError::Kind::kRequest, "each key of a time remapping must be later than the one before");
+		Refuse("each key of a time remapping must be later than the one before");
 	}
 	if (mKeys.size() == 1)
 	{

@@ -23,9 +23,9 @@ constexpr std::string_view kEnding = ".tmp";
 constexpr std::string_view kDigits = "0123456789abcdef";
 constexpr std::size_t kNumDigits = 8;
 
-[[noreturn]] void RefuseWriting(std::string const& inMessage)
+[[noreturn]] void RefuseWriting(std::filesystem::path const& inPath, std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::kOutput, inMessage);
+	RefuseOutput("cannot write " + QuoteOutput(inPath) + ": " + inWhy);
 }
 
 std::filesystem::path GetFolder(std::filesystem::path const& inPath)
@@ -93,22 +93,21 @@ void CheckPlace(std::filesystem::path const& inPath)
 	std::filesystem::file_status const status = std::filesystem::status(inPath, error);
 	if (std::filesystem::is_directory(status))
 	{
-		RefuseWriting("cannot write " + QuotePath(inPath) + ": it is a folder; give the name of a file");
+		RefuseWriting(inPath, "it is a folder; give the name of a file");
 	}
 	if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
 	{
-		RefuseWriting("cannot write " + QuotePath(inPath) + ": it is not a regular file");
+		RefuseWriting(inPath, "it is not a regular file");
 	}
 	// A folder that is closed, or links that lead in a circle.
 	if (!std::filesystem::status_known(status))
 	{
-		RefuseWriting("cannot write " + QuotePath(inPath) + ": " + error.message());
+		RefuseWriting(inPath, error.message());
 	}
 	std::filesystem::path const folder = GetFolder(FollowLinks(inPath));
 	if (!std::filesystem::is_directory(folder, error))
 	{
-		RefuseWriting("cannot write " + QuotePath(inPath) + ": the folder " + QuotePath(folder) +
-					  " does not exist; create it first");
+		RefuseWriting(inPath, "the folder " + QuotePath(folder) + " does not exist; create it first");
 	}
 }
 
@@ -246,7 +245,7 @@ void OutputFile::CopyToStandardOutput()
 
 void OutputFile::ThrowFailure(int inError) const
 {
-	RefuseWriting("cannot write " + QuoteOutput(mPath) + ": " + std::generic_category().message(inError));
+	RefuseWriting(mPath, std::generic_category().message(inError));
 }
 
 void OutputFile::NoteFailure(bool inFailed)

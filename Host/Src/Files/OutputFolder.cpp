@@ -13,7 +13,7 @@ namespace
 
 [[noreturn]] void RefuseFolder(std::filesystem::path const& inPath, std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::kOutput, "cannot create the folder " + QuotePath(inPath) + ": " + inWhy);
+	RefuseOutput("cannot create the folder " + QuotePath(inPath) + ": " + inWhy);
 }
 
 } // namespace

@@ -2,11 +2,11 @@
 
 #include "FilePlace.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/OutputFile.h"
 #include "SonaroHost/Files/StandardStreams.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -32,9 +32,9 @@ struct Output
 	bool mIsFolder = false;
 };
 
-[[noreturn]] void RefuseOutput(Output const& inOutput, std::string const& inWhy)
+[[noreturn]] void RefuseOne(Output const& inOutput, std::string const& inWhy)
 {
-	throw HostError(HostError::Kind::kRequest, inOutput.mName + " " + inWhy);
+	Refuse(inOutput.mName + " " + inWhy);
 }
 
 // Where a path leads. A standard stream leads somewhere only where it is a file: others, such as a terminal, may well
@@ -48,14 +48,6 @@ std::optional<std::filesystem::path> FindFile(std::filesystem::path const& inPat
 	std::filesystem::path const file = GetPathOfOpenFile(inStream);
 	std::error_code error;
 	return std::filesystem::is_regular_file(file, error) ? std::optional(file) : std::nullopt;
-}
-
-std::string GetLowerEnding(std::filesystem::path const& inPath)
-{
-	std::string ending = inPath.extension().string();
-	std::transform(ending.begin(), ending.end(), ending.begin(),
-		[](unsigned char inCharacter) { return static_cast<char>(std::tolower(inCharacter)); });
-	return ending;
 }
 
 bool IsBundle(std::filesystem::path const& inFolder)
@@ -73,7 +65,7 @@ void CheckBundle(Output const& inOutput)
 	{
 		if (IsBundle(folder))
 		{
-			RefuseOutput(inOutput,
+			RefuseOne(inOutput,
 				"is inside the bundle " + QuotePath(folder) + " and would change it; write it elsewhere");
 		}
 	}
@@ -84,7 +76,7 @@ void CheckTimeline(Output const& inOutput)
 	std::string const ending = GetLowerEnding(FollowLinks(inOutput.mPath));
 	if (!inOutput.mIsFolder && inOutput.mPlace.IsThere() && (ending == ".otio" || ending == ".otioz"))
 	{
-		RefuseOutput(inOutput, std::string("would replace a timeline") + kRemedy);
+		RefuseOne(inOutput, std::string("would replace a timeline") + kRemedy);
 	}
 }
 
@@ -92,12 +84,12 @@ void CheckInput(Output const& inOutput, std::filesystem::path const& inInput, Fi
 {
 	if (inOutput.mPlace.IsSame(inPlace) || inOutput.mPlace.IsSame(FilePlace(inInput / kContent)))
 	{
-		RefuseOutput(inOutput, std::string("is the input itself") + kRemedy);
+		RefuseOne(inOutput, std::string("is the input itself") + kRemedy);
 	}
 	std::error_code error;
 	if (std::filesystem::is_directory(inInput, error) && inOutput.mPlace.IsWithin(inPlace))
 	{
-		RefuseOutput(inOutput, "is inside the input " + QuoteInput(inInput) + "; write it elsewhere");
+		RefuseOne(inOutput, "is inside the input " + QuoteInput(inInput) + "; write it elsewhere");
 	}
 }
 
@@ -106,15 +98,14 @@ void CheckMedium(Output const& inOutput, std::filesystem::path const& inMedium, 
 	// A name that is alike would be taken for the medium the next time.
 	if (inOutput.mPlace.IsSame(inPlace) || inOutput.mPlace.IsAlike(inPlace))
 	{
-		RefuseOutput(inOutput, (inPlace.IsThere() ? "is a media file of the timeline, "
-												  : "is where a media file of the timeline is expected, ") +
-								   QuotePath(inMedium) + kRemedy);
+		RefuseOne(inOutput, (inPlace.IsThere() ? "is a media file of the timeline, "
+											   : "is where a media file of the timeline is expected, ") +
+								QuotePath(inMedium) + kRemedy);
 	}
 	if (!inOutput.mIsFolder && !inOutput.mPlace.IsThere() && inPlace.IsWithin(inOutput.mPlace))
 	{
-		RefuseOutput(
-			inOutput, "has the name of a folder in which a media file of the timeline is expected, " +
-						  QuotePath(inMedium) + kRemedy);
+		RefuseOne(inOutput, "has the name of a folder in which a media file of the timeline is expected, " +
+								QuotePath(inMedium) + kRemedy);
 	}
 }
 
@@ -122,13 +113,13 @@ void CheckOther(Output const& inOutput, Output const& inOther)
 {
 	if (inOutput.mPlace.IsSame(inOther.mPlace))
 	{
-		RefuseOutput(inOutput, "is the same file as " + inOther.mName + kRemedy);
+		RefuseOne(inOutput, "is the same file as " + inOther.mName + kRemedy);
 	}
 	for (auto const& [file, other] : {std::pair(&inOutput, &inOther), std::pair(&inOther, &inOutput)})
 	{
 		if (!file->mIsFolder && !file->mPlace.IsThere() && other->mPlace.IsWithin(file->mPlace))
 		{
-			RefuseOutput(*file, "has the name of a folder of " + other->mName + kRemedy);
+			RefuseOne(*file, "has the name of a folder of " + other->mName + kRemedy);
 		}
 	}
 }
@@ -149,8 +140,7 @@ std::vector<Output> FindOutputs(OutputPlan const& inPlan)
 		bool const isStream = IsStandardStream(path);
 		if (isStream && isStreamTaken)
 		{
-			throw HostError(HostError::Kind::kRequest,
-				"only one output can go to the standard output; give the others file names");
+			Refuse("only one output can go to the standard output; give the others file names");
 		}
 		isStreamTaken = isStreamTaken || isStream;
 		if (auto const file = FindFile(path, stdout))
@@ -174,8 +164,8 @@ void CheckPlaces(OutputPlan const& inPlan)
 	if (std::filesystem::exists(inPlan.mFolder, error) &&
 		!std::filesystem::is_directory(inPlan.mFolder, error))
 	{
-		throw HostError(HostError::Kind::kOutput, "cannot create the folder " + QuotePath(inPlan.mFolder) +
-													  ": a file has that name; choose another name");
+		RefuseOutput("cannot create the folder " + QuotePath(inPlan.mFolder) +
+					 ": a file has that name; choose another name");
 	}
 	FilePlace const folder(inPlan.mFolder);
 	for (std::filesystem::path const& path : inPlan.mFiles)
@@ -186,9 +176,8 @@ void CheckPlaces(OutputPlan const& inPlan)
 		}
 		if (!inPlan.mReplaces && std::filesystem::exists(path, error))
 		{
-			throw HostError(HostError::Kind::kOutput,
-				"cannot write " + QuotePath(path) +
-					": it already exists; remove it, choose another name or allow overwriting");
+			RefuseOutput("cannot write " + QuotePath(path) +
+						 ": it already exists; remove it, choose another name or allow overwriting");
 		}
 		if (inPlan.mFolder.empty() || !IsMade(FollowLinks(path).parent_path(), folder))
 		{

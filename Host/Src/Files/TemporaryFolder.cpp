@@ -83,9 +83,9 @@ TemporaryFolder::TemporaryFolder()
 			// False when something has the name already, which must not be ours by chance then.
 			if (error || !std::filesystem::create_directory(path, error))
 			{
-				throw HostError(HostError::Kind::kOutput,
-					"cannot create a temporary folder in " + QuotePath(parent) +
-						(error ? ": " + error.message() : std::string()) + "; set TMPDIR to another folder");
+				RefuseOutput("cannot create a temporary folder in " + QuotePath(parent) +
+							 (error ? ": " + error.message() : std::string()) +
+							 "; set TMPDIR to another folder");
 			}
 			return path;
 		});

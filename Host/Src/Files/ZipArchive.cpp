@@ -18,11 +18,6 @@ struct FileClosing
 	void operator()(zip_file_t* inFile) const { zip_fclose(inFile); }
 };
 
-[[noreturn]] void RefuseArchive(std::filesystem::path const& inPath, std::string const& inReason)
-{
-	throw HostError(HostError::Kind::kInput, {inPath, {}, inReason, {}});
-}
-
 } // namespace
 
 void ZipArchive::Closing::operator()(zip* inArchive) const
@@ -36,7 +31,7 @@ ZipArchive::ZipArchive(std::filesystem::path const& inPath)
 	std::error_code folderError;
 	if (std::filesystem::is_directory(inPath, folderError))
 	{
-		RefuseArchive(inPath, "is a folder, not a zip archive; a bundle that is a folder ends in .otiod");
+		RefuseFile(inPath, "is a folder, not a zip archive; a bundle that is a folder ends in .otiod");
 	}
 	int code = 0;
 	mArchive.reset(zip_open(inPath.c_str(), ZIP_RDONLY, &code));
@@ -46,7 +41,7 @@ ZipArchive::ZipArchive(std::filesystem::path const& inPath)
 		zip_error_init_with_code(&error, code);
 		std::string const reason = zip_error_strerror(&error);
 		zip_error_fini(&error);
-		RefuseArchive(inPath, "is not a readable zip archive: " + reason);
+		RefuseFile(inPath, "is not a readable zip archive: " + reason);
 	}
 	zip_int64_t const count = zip_get_num_entries(mArchive.get(), 0);
 	for (zip_int64_t index = 0; index < count; ++index)
@@ -56,7 +51,7 @@ ZipArchive::ZipArchive(std::filesystem::path const& inPath)
 		constexpr zip_uint64_t kWanted = ZIP_STAT_NAME | ZIP_STAT_SIZE;
 		if (zip_stat_index(mArchive.get(), place, 0, &stat) != 0 || (stat.valid & kWanted) != kWanted)
 		{
-			RefuseArchive(inPath, "entry " + std::to_string(index) + " of the archive is damaged");
+			RefuseFile(inPath, "entry " + std::to_string(index) + " of the archive is damaged");
 		}
 		mEntries.push_back({place, stat.name, stat.size});
 	}
@@ -93,7 +88,7 @@ void ZipArchive::Read(Entry const& inEntry, Sink const& inSink) const
 
 void ZipArchive::Refuse(Entry const& inEntry, std::string const& inReason) const
 {
-	RefuseArchive(mPath, "the entry " + QuotePath(inEntry.mName) + " cannot be unpacked: " + inReason);
+	RefuseFile(mPath, "the entry " + QuotePath(inEntry.mName) + " cannot be unpacked: " + inReason);
 }
 
 } // namespace SonaroHost

@@ -3,6 +3,7 @@
 #include "Sequence/Node/SequenceNode.h"
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Media/AudioFileSource.h"
 #include "zorvcore/debug/TypeName.h"
 
@@ -160,9 +161,7 @@ std::string GraphDrawing::ToDot(std::string const& inTitle) const
 		Node const& node = mNodes[i];
 		text += "\tn" + std::to_string(i) + " [label=\"" + Escape(node.mName);
 		text += node.mFile.empty() ? "" : "\\n" + Escape(node.mFile);
-		text += node.mLatencyFrames == 0 ? ""
-										 : "\\nlatency " + std::to_string(node.mLatencyFrames) +
-											   (node.mLatencyFrames == 1 ? " sample" : " samples");
+		text += node.mLatencyFrames == 0 ? "" : "\\nlatency " + FormatCount(node.mLatencyFrames, "sample");
 		text += node.mIsClosed ? "\\ndeeper levels not drawn" : "";
 		text += "\"]\n";
 	}

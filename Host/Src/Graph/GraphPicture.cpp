@@ -15,8 +15,7 @@ namespace
 
 [[noreturn]] void RefuseToDraw(std::string const& inReason)
 {
-	throw HostError(HostError::Kind::kOutput,
-		"the graph cannot be drawn: " + inReason + "; write .dot instead, which needs no Graphviz");
+	RefuseOutput("the graph cannot be drawn: " + inReason + "; write .dot instead, which needs no Graphviz");
 }
 
 struct ContextFree
@@ -51,10 +50,9 @@ void CheckBitmap(Agraph_t* inGraph)
 	double const height = std::ceil((box.UR.y - box.LL.y) * kPixelsPerInch / kPointsPerInch);
 	if (width > kMostPixels || height > kMostPixels || width * height > kMostArea)
 	{
-		throw HostError(
-			HostError::Kind::kOutput, "the graph would be " + std::to_string(static_cast<long long>(width)) +
-										  " x " + std::to_string(static_cast<long long>(height)) +
-										  " pixels, which is too large for a bitmap; draw it as .svg");
+		RefuseOutput("the graph would be " + std::to_string(static_cast<long long>(width)) + " x " +
+					 std::to_string(static_cast<long long>(height)) +
+					 " pixels, which is too large for a bitmap; draw it as .svg");
 	}
 }
 

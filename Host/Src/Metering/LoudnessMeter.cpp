@@ -118,15 +118,13 @@ LoudnessMeter::LoudnessMeter(SN::AudioChannelLayout const& inLayout, double inSa
 {
 	if (!CanMeasure(inLayout, inSampleRate))
 	{
-		throw HostError(HostError::Kind::kRequest, "the loudness of " + std::to_string(inLayout.size()) +
-													   " channels at " + std::to_string(inSampleRate) +
-													   " Hz cannot be measured");
+		Refuse("the loudness of " + std::to_string(inLayout.size()) + " channels at " +
+			   std::to_string(inSampleRate) + " Hz cannot be measured");
 	}
 	if (inBank && inBank->GetSampleRate() != inSampleRate)
 	{
-		throw HostError(HostError::Kind::kRequest, "a meter at " + std::to_string(inSampleRate) +
-													   " Hz cannot share a bank at " +
-													   std::to_string(inBank->GetSampleRate()) + " Hz");
+		Refuse("a meter at " + std::to_string(inSampleRate) + " Hz cannot share a bank at " +
+			   std::to_string(inBank->GetSampleRate()) + " Hz");
 	}
 	mMeasure = std::make_unique<Measure>(inLayout, inSampleRate, inMemory, inWindows);
 	mMeasure->mBank = std::move(inBank);

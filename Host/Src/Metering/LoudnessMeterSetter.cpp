@@ -26,9 +26,8 @@ void LoudnessMeterSetter::Init(SN::FrameRate const& inFrameRate, unsigned inChan
 {
 	if (inChannels != mLayout.size())
 	{
-		throw HostError(HostError::Kind::kRequest, "a meter of " + std::to_string(mLayout.size()) +
-													   " channels cannot measure " +
-													   std::to_string(inChannels));
+		Refuse("a meter of " + std::to_string(mLayout.size()) + " channels cannot measure " +
+			   std::to_string(inChannels));
 	}
 	Shutdown();
 	mSampleRate = inFrameRate.GetSamplesPerSecond();

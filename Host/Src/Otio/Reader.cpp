@@ -149,11 +149,11 @@ void CheckIsJson(std::string_view inBytes, std::filesystem::path const& inPath)
 	std::size_t const first = text.find_first_not_of(" \t\r\n");
 	if (first == std::string_view::npos)
 	{
-		RefuseAt(inPath, {}, "is empty");
+		RefuseFile(inPath, "is empty");
 	}
 	if (std::string_view("{[\"-0123456789tfn/").find(text[first]) == std::string_view::npos)
 	{
-		RefuseAt(inPath, {}, "is not an OpenTimelineIO file (expected JSON starting with \"{\")");
+		RefuseFile(inPath, "is not an OpenTimelineIO file (expected JSON starting with \"{\")");
 	}
 }
 
@@ -163,7 +163,7 @@ Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inP
 {
 	if (inBytes.size() > kMaxFileBytes)
 	{
-		RefuseAt(inPath, {}, "is larger than 1 GiB; split the timeline");
+		RefuseFile(inPath, "is larger than 1 GiB; split the timeline");
 	}
 	CheckIsJson(inBytes, inPath);
 	try
@@ -190,19 +190,19 @@ Document ReadDocumentFile(std::filesystem::path const& inPath)
 	std::error_code error;
 	if (!std::filesystem::is_regular_file(inPath, error))
 	{
-		RefuseAt(inPath, {}, std::filesystem::exists(inPath, error) ? "is not a file" : "does not exist");
+		RefuseFile(inPath, std::filesystem::exists(inPath, error) ? "is not a file" : "does not exist");
 	}
 	std::uintmax_t const size = std::filesystem::file_size(inPath, error);
 	if (error || size > kMaxFileBytes)
 	{
-		RefuseAt(inPath, {}, "is larger than 1 GiB; split the timeline");
+		RefuseFile(inPath, "is larger than 1 GiB; split the timeline");
 	}
 	std::string bytes(size, '\0');
 	errno = 0;
 	std::ifstream file(inPath, std::ios::binary);
 	if (!file.read(bytes.data(), static_cast<std::streamsize>(size)))
 	{
-		RefuseAt(inPath, {},
+		RefuseFile(inPath,
 			"cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : std::string()));
 	}
 	return ReadDocument(bytes, inPath);

@@ -4,9 +4,9 @@
 #include "Files/ZipArchive.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
 
 #include <algorithm>
-#include <cctype>
 #include <fstream>
 #include <string>
 #include <system_error>
@@ -21,19 +21,6 @@ constexpr char const* kContent = "content.otio";
 constexpr char const* kMedia = "media";
 // A size beyond this is taken for nonsense, whatever the room.
 constexpr std::uint64_t kMaxUnpackedBytes = std::uint64_t{1} << 40;
-
-[[noreturn]] void RefuseFile(std::filesystem::path const& inPath, std::string const& inReason)
-{
-	throw HostError(HostError::Kind::kInput, {inPath, {}, inReason, {}});
-}
-
-std::string GetLowerExtension(std::filesystem::path const& inPath)
-{
-	std::string extension = inPath.extension().string();
-	std::transform(extension.begin(), extension.end(), extension.begin(),
-		[](unsigned char inChar) { return static_cast<char>(std::tolower(inChar)); });
-	return extension;
-}
 
 // The entry's path below the folder that it is unpacked into.
 std::filesystem::path GetSafePath(std::filesystem::path const& inArchive, std::string const& inName)
@@ -165,7 +152,7 @@ TimelineFile::TimelineFile(std::filesystem::path const& inPath)
 {
 	// Otherwise messages would name files of the working folder without a place.
 	mFolder = mFolder.empty() ? "." : mFolder;
-	if (GetLowerExtension(inPath) == ".otioz")
+	if (GetLowerEnding(inPath) == ".otioz")
 	{
 		mUnpacked = std::make_unique<TemporaryFolder>();
 		mFolder = mUnpacked->GetPath();

@@ -6,8 +6,6 @@
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/OtioSequence/TimelineMaker.h"
 
-#include <algorithm>
-#include <cctype>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -17,9 +15,7 @@ bool IsTimelinePath(std::filesystem::path const& inPath)
 {
 	// The name of a folder may end in a slash.
 	std::filesystem::path const path = inPath.has_filename() ? inPath : inPath.parent_path();
-	std::string ending = path.extension().string();
-	std::transform(ending.begin(), ending.end(), ending.begin(),
-		[](unsigned char inCharacter) { return static_cast<char>(std::tolower(inCharacter)); });
+	std::string const ending = GetLowerEnding(path);
 	return ending == ".otio" || ending == ".otioz" || ending == ".otiod";
 }
 

@@ -126,9 +126,8 @@ private:
 	{
 		if (mOptions.mSampleRate && (*mOptions.mSampleRate < 1 || *mOptions.mSampleRate > 768000))
 		{
-			throw HostError(HostError::Kind::kRequest, "a sample rate of " +
-														   std::to_string(*mOptions.mSampleRate) +
-														   " Hz is out of range; use 1 to 768000");
+			Refuse("a sample rate of " + std::to_string(*mOptions.mSampleRate) +
+				   " Hz is out of range; use 1 to 768000");
 		}
 	}
 

@@ -2,6 +2,8 @@
 
 #include "Otio/Json/Cursor.h"
 
+#include "SonaroHost/Base/NumberText.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
@@ -41,8 +43,7 @@ public:
 		for (Entry const& entry : mEntries)
 		{
 			text += text.empty() ? "" : ", ";
-			text += std::to_string(entry.mCount) + " " + entry.mNoun + (entry.mCount == 1 ? "" : "s") +
-					entry.mRest;
+			text += FormatCount(entry.mCount, entry.mNoun) + entry.mRest;
 		}
 		return text + (mHasMore ? " and others" : "");
 	}

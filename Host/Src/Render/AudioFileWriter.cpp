@@ -24,7 +24,7 @@ constexpr std::int64_t kLargestData = 0xffff0000;
 
 [[noreturn]] void RefuseToWrite(std::filesystem::path const& inPath, std::string const& inReason)
 {
-	throw HostError(HostError::Kind::kRequest, "cannot write " + QuotePath(inPath) + ": " + inReason);
+	Refuse("cannot write " + QuotePath(inPath) + ": " + inReason);
 }
 
 int GetSampleFormat(OutputSamples inSamples)
@@ -224,8 +224,7 @@ void AudioFileWriter::WritePiece(dsp::AudioBuffer const& inBuffer, unsigned inFi
 	mFile.CheckWritten();
 	if (written != static_cast<sf_count_t>(inFrames))
 	{
-		throw HostError(HostError::Kind::kOutput,
-			"cannot write " + QuotePath(mFile.GetPath()) + ": " + sf_strerror(file));
+		RefuseOutput("cannot write " + QuotePath(mFile.GetPath()) + ": " + sf_strerror(file));
 	}
 	mFrames += inFrames;
 }
@@ -241,8 +240,7 @@ void AudioFileWriter::Complete()
 	mFile.CheckWritten();
 	if (result != 0)
 	{
-		throw HostError(HostError::Kind::kOutput,
-			"cannot finish " + QuotePath(mFile.GetPath()) + ": " + sf_error_number(result));
+		RefuseOutput("cannot finish " + QuotePath(mFile.GetPath()) + ": " + sf_error_number(result));
 	}
 	mFile.Close();
 }

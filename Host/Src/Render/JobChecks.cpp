@@ -12,7 +12,7 @@ FrameRange ChooseRange(
 {
 	if (inInfo.mFrames == 0)
 	{
-		throw HostError(HostError::Kind::kInput, {inInfo.mPath, {}, "has no samples", {}});
+		RefuseFile(inInfo.mPath, "has no samples");
 	}
 	FrameRange range;
 	range.mFirst = inStart.ToSamples(inInfo.mSampleRate);

@@ -225,9 +225,8 @@ void CheckBitmapSize(std::int64_t inWidth, std::int64_t inHeight)
 	constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
 	if (inWidth * inHeight > kMostPixels)
 	{
-		throw HostError(HostError::Kind::kRequest,
-			"a picture of " + std::to_string(inWidth) + " x " + std::to_string(inHeight) +
-				" pixels is too large for a bitmap; make it smaller or write .svg");
+		Refuse("a picture of " + std::to_string(inWidth) + " x " + std::to_string(inHeight) +
+			   " pixels is too large for a bitmap; make it smaller or write .svg");
 	}
 }
 

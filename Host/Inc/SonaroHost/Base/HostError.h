@@ -50,6 +50,10 @@ private:
 
 // Throws a HostError of the kind kRequest.
 [[noreturn]] void Refuse(std::string const& inReason);
+// One of the kind kInput that is about a whole file.
+[[noreturn]] void RefuseFile(std::filesystem::path const& inFile, std::string const& inReason);
+// One of the kind kOutput.
+[[noreturn]] void RefuseOutput(std::string const& inReason);
 
 // A path for messages: in quotes, control characters escaped, so that any name stays on one line.
 std::string QuotePath(std::filesystem::path const& inPath);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,11 @@ std::string MakePrintableLines(std::string_view inText);
 
 // A name within a message, printable and in double quotes.
 std::string QuoteName(std::string_view inName);
+
+// The text with the letters A to Z in lower case.
+std::string ToLower(std::string inText);
+// The ending of a file's name in lower case, with its dot; empty for none.
+std::string GetLowerEnding(std::filesystem::path const& inPath);
 
 // A text of more than inLongest bytes with "..." for its middle, so that it is no longer. Characters of UTF-8 stay whole.
 std::string ShortenMiddle(std::string_view inText, std::size_t inLongest);

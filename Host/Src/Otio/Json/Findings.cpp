@@ -1,5 +1,7 @@
 #include "Findings.h"
 
+#include "SonaroHost/Base/NumberText.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -37,9 +39,7 @@ std::vector<Note> Findings::TakeNotes()
 {
 	for (auto const& [text, index] : mOnce)
 	{
-		std::size_t const count = mNotes[index].mCount;
-		mNotes[index].mText +=
-			" (" + std::to_string(count) + (count == 1 ? " item" : " items") + " in the file)";
+		mNotes[index].mText += " (" + FormatCount(mNotes[index].mCount, "item") + " in the file)";
 	}
 	std::vector<Note> rest;
 	for (auto const& [key, tally] : mTallies)
@@ -47,10 +47,8 @@ std::vector<Note> Findings::TakeNotes()
 		if (tally.mCount > kListedOfOneText)
 		{
 			std::size_t const more = tally.mCount - kListedOfOneText;
-			rest.push_back({tally.mKind, {},
-				"at " + std::to_string(more) + (more == 1 ? " more place: " : " more places: ") +
-					key.substr(1),
-				more});
+			rest.push_back(
+				{tally.mKind, {}, "at " + FormatCount(more, "more place") + ": " + key.substr(1), more});
 		}
 	}
 	std::sort(
@@ -62,9 +60,7 @@ std::vector<Note> Findings::TakeNotes()
 		if (std::size_t const count = mUncounted[static_cast<std::size_t>(kind)])
 		{
 			mNotes.push_back({kind, {},
-				std::to_string(count) + (count == 1 ? " further note is" : " further notes are") +
-					" not listed",
-				count});
+				FormatCount(count, "further note") + (count == 1 ? " is" : " are") + " not listed", count});
 		}
 	}
 	return std::move(mNotes);

@@ -1,5 +1,6 @@
 #include "ContentChecks.h"
 
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Media/RateConverter.h"
 
 #include <algorithm>
@@ -14,12 +15,6 @@ namespace
 
 // Media that ends within a picture of its clip is usual.
 constexpr std::int64_t kUsualGapsPerSecond = 20;
-
-// "1 sample", "2 samples".
-std::string CountSamples(std::int64_t inCount)
-{
-	return std::to_string(inCount) + (inCount == 1 ? " sample" : " samples");
-}
 
 } // namespace
 
@@ -46,14 +41,14 @@ void ContentChecks::CheckReach(
 		bool const isUsual =
 			!inContent.mIsMedia || Ratio(lacking) * Ratio(kUsualGapsPerSecond) <= inContent.mRate;
 		mContext.Tell(isUsual ? Note::Kind::kRemark : Note::Kind::kIgnored, inItem.mPlace,
-			std::string(inContent.mIsMedia ? "the clip" : "the range") + " extends " + CountSamples(lacking) +
-				" beyond its " + inContent.mName + " and is silent there");
+			std::string(inContent.mIsMedia ? "the clip" : "the range") + " extends " +
+				FormatCount(lacking, "sample") + " beyond its " + inContent.mName + " and is silent there");
 	}
 	// More than the rounding of an end.
 	if (lackingHandle > std::max<std::int64_t>(lacking, 0) + 1)
 	{
 		mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
-			"a transition needs " + CountSamples(lackingHandle) + " of handle more than the " +
+			"a transition needs " + FormatCount(lackingHandle, "sample") + " of handle more than the " +
 				inContent.mName + " has; the missing part is silent");
 	}
 }

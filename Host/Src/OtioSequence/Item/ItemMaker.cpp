@@ -5,11 +5,10 @@
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Otio/Labels.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -40,13 +39,12 @@ std::optional<Sequence::Item> ItemMaker::Make(
 
 void ItemMaker::TellStretch(ItemView const& inItem, ItemTiming const& inTiming)
 {
-	std::array<char, 32> speed{};
-	std::snprintf(speed.data(), speed.size(), "%.6g", inTiming.mSpeed.ToDouble());
 	Ratio const start = inTiming.mRange.mStart;
 	mContext.Tell(Note::Kind::kRemark, inItem.mItem->mPlace,
-		std::string("speed ") + speed.data() + " plays the " + (inItem.mClip ? "media" : "content") +
-			" in reverse, from " + DescribeTime(start - inTiming.mSpeed * inTiming.mRange.mLength) +
-			" back to " + DescribeTime(start));
+		"speed " + FormatNumber(inTiming.mSpeed.ToDouble()) + " plays the " +
+			(inItem.mClip ? "media" : "content") + " in reverse, from " +
+			DescribeTime(start - inTiming.mSpeed * inTiming.mRange.mLength) + " back to " +
+			DescribeTime(start));
 }
 
 void ItemMaker::AddMarkersOf(ItemView const& inItem)
