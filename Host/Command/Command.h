@@ -54,6 +54,17 @@ protected:
 
 	CLI::App& GetParser() { return *mParser; }
 
+	// inValue: what stands for the option's value in --help.
+	template <class T>
+	CLI::Option* Add(char const* inNames, T& outValue, char const* inValue, char const* inText)
+	{
+		return mParser->add_option(inNames, outValue, inText)->option_text(inValue);
+	}
+	void AddFlag(char const* inName, bool& outValue, char const* inText)
+	{
+		mParser->add_flag(inName, outValue, inText);
+	}
+
 private:
 	CLI::App* mParser;
 };

@@ -137,36 +137,24 @@ void CheckNodes(GraphDrawing const& inDrawing, GraphFormat inFormat)
 GraphCommand::GraphCommand(CLI::App& ioProgram)
 	: Command(ioProgram, "graph", "Draw the graph that renders a timeline, with latencies")
 {
-	GetParser()
-		.add_option("INPUT", mInput, "Timeline (.otio, .otioz, .otiod)")
-		->option_text("(required)")
+	Add("INPUT", mInput, "(required)", "Timeline (.otio, .otioz, .otiod)")->required();
+	Add("-o,--output", mOutput, "OUTPUT (required)",
+		"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+		"output, "
+		"with --format")
 		->required();
-	GetParser()
-		.add_option("-o,--output", mOutput,
-			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
-			"output, with --format")
-		->option_text("OUTPUT (required)")
-		->required();
-	GetParser()
-		.add_option("--format", mFormat, "Output format: svg, png or dot (default: by the ending of OUTPUT)")
-		->option_text("NAME")
+	Add("--format", mFormat, "NAME", "Output format: svg, png or dot (default: by the ending of OUTPUT)")
 		->check(CLI::IsMember({"svg", "png", "dot"}));
-	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
-	GetParser().add_option("--rate", mSampleRate, "Sample rate of the render in Hz")->option_text("HZ");
-	GetParser()
-		.add_option("--layout", mLayout, "Layout of the mix: mono, stereo, 5.1 or a number of channels")
-		->option_text("NAME");
-	GetParser()
-		.add_option("--depth", mDepth,
-			"Levels of nesting to draw, from 0; deeper ones become single nodes (default: all)")
-		->option_text("COUNT")
+	AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
+	Add("--rate", mSampleRate, "HZ", "Sample rate of the render in Hz");
+	Add("--layout", mLayout, "NAME", "Layout of the mix: mono, stereo, 5.1 or a number of channels");
+	Add("--depth", mDepth, "COUNT",
+		"Levels of nesting to draw, from 0; deeper ones become single nodes (default: all)")
 		->check(CLI::Range(0, kMostDepth));
-	GetParser()
-		.add_option("--track", mTrack,
-			"Draw only this track: its name, or its number from 1, counting tracks of all kinds")
-		->option_text("NAME");
+	Add("--track", mTrack, "NAME",
+		"Draw only this track: its name, or its number from 1, counting tracks of all kinds");
 	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
-	GetParser().add_flag("--quiet", mIsQuiet, "Print only warnings and errors");
+	AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
 	GetParser().footer(
 		"Solid lines carry sound between nodes; dashed lines come from the processors of a node.\n\n"
 		"Examples:\n"

@@ -62,14 +62,14 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 	  mTimeline(GetParser(), mOptions)
 {
 	AddFileOptions();
-	AddFormatOptions();
-	AddRangeOptions();
-	AddTrackOptions();
+	AddSoundOptions();
 	AddLevelOptions();
 	AddChannelOptions();
-	AddReportOptions();
 	mTimeline.AddOptions();
-	GroupOptions();
+	GroupByInput(GetParser(),
+		{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--channels", "--pan",
+			"--mixdown"},
+		{"--range", "--stems", "--media", "--fades", "--strict"});
 	GetParser().footer(
 		std::string(kTimesHelp) +
 		"\n\n"
@@ -89,137 +89,81 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 
 void RenderCommand::AddFileOptions()
 {
-	GetParser()
-		.add_option("INPUT", mInputs,
-			"One or more sound files, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 "
-			"...), - for the standard input, or a single timeline (.otio, .otioz, .otiod)")
-		->option_text("(required) ...")
+	Add("INPUT", mInputs, "(required) ...",
+		"One or more sound files, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 ...), - for "
+		"the "
+		"standard input, or a single timeline (.otio, .otioz, .otiod)")
 		->required();
-	GetParser()
-		.add_option("--at", mPositions,
-			"Start of an input, once per input, in order; --speed divides it. Gaps are silent, and where "
-			"inputs overlap, the one given later is heard")
-		->option_text("TIME ...")
+	Add("--at", mPositions, "TIME ...",
+		"Start of an input, once per input, in order; --speed divides it. Gaps are silent, and where inputs "
+		"overlap, the one given later is heard")
 		->allow_extra_args(false);
-	GetParser()
-		.add_option("-o,--output", mOptions.mOutput,
-			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
-			"output")
-		->option_text("OUTPUT (required)")
+	Add("-o,--output", mOptions.mOutput, "OUTPUT (required)",
+		"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+		"output")
 		->required();
-}
-
-void RenderCommand::AddFormatOptions()
-{
-	GetParser()
-		.add_option("--format", mOptions.mFormat,
-			"Output format: wav, aiff, flac or caf (default: by the ending of OUTPUT)")
-		->option_text("NAME")
+	Add("--format", mOptions.mFormat, "NAME",
+		"Output format: wav, aiff, flac or caf (default: by the ending of OUTPUT)")
 		->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
-	GetParser()
-		.add_option(
-			"--bits", mOptions.mBits, "Sample format: 16, 24 or 32f (float) (default: 32f; for FLAC 24)")
-		->option_text("BITS")
+	Add("--bits", mOptions.mBits, "BITS", "Sample format: 16, 24 or 32f (float) (default: 32f; for FLAC 24)")
 		->check(CLI::IsMember({"16", "24", "32f"}));
-	GetParser()
-		.add_option("--dither", mOptions.mDither,
-			"Dither: tpdf or none (default: tpdf if samples are rounded to 16 bits, else none)")
-		->option_text("KIND")
+	Add("--dither", mOptions.mDither, "KIND",
+		"Dither: tpdf or none (default: tpdf if samples are rounded to 16 bits, else none)")
 		->check(CLI::IsMember({"tpdf", "none"}));
-	GetParser().add_flag("--no-overwrite", mOptions.mKeepsOldFile, "Fail if an output file already exists");
+	AddFlag("--no-overwrite", mOptions.mKeepsOldFile, "Fail if an output file already exists");
 }
 
-void RenderCommand::AddRangeOptions()
+void RenderCommand::AddSoundOptions()
 {
-	GetParser().add_option("--start", mStart, "Where to start in a single input")->option_text("TIME");
-	GetParser()
-		.add_option("--duration", mDuration, "How much of a single input to render, at most to its end")
-		->option_text("TIME");
-	GetParser().add_flag("--reverse", mIsReverse, "Render in reverse");
-	GetParser()
-		.add_option("--block", mOptions.mBlockFrames, "Block size in samples, 1 to 262144 (default: 4096)")
-		->option_text("SAMPLES")
+	Add("--start", mStart, "TIME", "Where to start in a single input");
+	Add("--duration", mDuration, "TIME", "How much of a single input to render, at most to its end");
+	AddFlag("--reverse", mIsReverse, "Render in reverse");
+	Add("--block", mOptions.mBlockFrames, "SAMPLES", "Block size in samples, 1 to 262144 (default: 4096)")
 		->check(CLI::Range(1u, kMaxBlockFrames));
-	GetParser().add_flag("--as-playback", mIsPlayback,
+	AddFlag("--as-playback", mIsPlayback,
 		"Read ahead on another thread, as during playback, and report misses; the output is the same");
-}
-
-void RenderCommand::AddTrackOptions()
-{
-	GetParser()
-		.add_option("--speed", mSpeed,
-			"Playback speed, 0.01 to 100, by resampling, so that pitch follows: 2 is an octave up and half "
-			"as "
-			"long")
-		->option_text("S");
-	GetParser()
-		.add_option("--rate", mOptions.mSampleRate,
-			"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first "
-			"input; of "
-			"a timeline, that of most clips)")
-		->option_text("HZ");
-	GetParser()
-		.add_option("--resampling", mOptions.mResampling,
-			"How other sample rates and speeds are converted: exact, draft (faster, -100 dB of noise instead "
-			"of -140) or engine (the interpolation of the real-time engine) (default: exact)")
-		->option_text("NAME")
+	Add("--speed", mSpeed, "S",
+		"Playback speed, 0.01 to 100, by resampling, so that pitch follows: 2 is an octave up and half as "
+		"long");
+	Add("--rate", mOptions.mSampleRate, "HZ",
+		"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first input; of a "
+		"timeline, that of most clips)");
+	Add("--resampling", mOptions.mResampling, "NAME",
+		"How other sample rates and speeds are converted: exact, draft (faster, -100 dB of noise instead of "
+		"-140) "
+		"or engine (the interpolation of the real-time engine) (default: exact)")
 		->check(CLI::IsMember({"exact", "draft", "engine"}));
 }
 
 void RenderCommand::AddLevelOptions()
 {
-	GetParser()
-		.add_option("--gain-db", mOptions.mGainDecibels,
-			"Gain in dB, -200 to 200; cannot be combined with --normalize")
-		->option_text("DB");
-	GetParser()
-		.add_option("--normalize", mOptions.mLevels.mNormalizeLoudness,
-			"Target integrated loudness in LUFS, -70 to 0, such as -16; with stems, that of the mix")
-		->option_text("LUFS");
-	GetParser()
-		.add_option("--limit-dbtp", mOptions.mLevels.mLimitDecibels,
-			"Limit true peaks of each file, in dBTP, -60 to 20, such as -1 (default: no limit)")
-		->option_text("DB");
-	GetParser()
-		.add_option("--fade-in", mOptions.mFadeIn, "Fade in at the start of each file, linear in amplitude")
-		->option_text("TIME");
-	GetParser()
-		.add_option("--fade-out", mOptions.mFadeOut,
-			"Fade out at the end of each file, linear in amplitude; the last sample is silent")
-		->option_text("TIME");
+	Add("--gain-db", mOptions.mGainDecibels, "DB",
+		"Gain in dB, -200 to 200; cannot be combined with --normalize");
+	Add("--normalize", mOptions.mLevels.mNormalizeLoudness, "LUFS",
+		"Target integrated loudness in LUFS, -70 to 0, such as -16; with stems, that of the mix");
+	Add("--limit-dbtp", mOptions.mLevels.mLimitDecibels, "DB",
+		"Limit true peaks of each file, in dBTP, -60 to 20, such as -1 (default: no limit)");
+	Add("--fade-in", mOptions.mFadeIn, "TIME", "Fade in at the start of each file, linear in amplitude");
+	Add("--fade-out", mOptions.mFadeOut, "TIME",
+		"Fade out at the end of each file, linear in amplitude; the last sample is silent");
 }
 
 void RenderCommand::AddChannelOptions()
 {
-	GetParser()
-		.add_option("--channels", mChannels,
-			"Channels of a single input to use, from 1, in their new order, like 2,1")
-		->option_text("LIST");
-	GetParser()
-		.add_option("--layout", mOptions.mLayout,
-			"Output layout: mono, stereo, 5.1, or a number of channels without speaker positions, in order "
-			"(default: the widest layout of the inputs; of a timeline, its own, or stereo)")
-		->option_text("NAME");
-	GetParser()
-		.add_option("--pan", mPan,
-			"Pan, 0 (left) to 1 (right), 0.5 is the centre; mono becomes stereo (in timelines: -1 to 1)")
-		->option_text("X");
-	GetParser()
-		.add_option("--mixdown", mMixdown,
-			"Channels of 5.1 to mix down to mono or stereo: front, front-rear, front-lfe or all (default: "
-			"front)")
-		->option_text("NAME")
+	Add("--channels", mChannels, "LIST",
+		"Channels of a single input to use, from 1, in their new order, like 2,1");
+	Add("--layout", mOptions.mLayout, "NAME",
+		"Output layout: mono, stereo, 5.1, or a number of channels without speaker positions, in order "
+		"(default: the widest layout of the inputs; of a timeline, its own, or stereo)");
+	Add("--pan", mPan, "X",
+		"Pan, 0 (left) to 1 (right), 0.5 is the centre; mono becomes stereo (in timelines: -1 to 1)");
+	Add("--mixdown", mMixdown, "NAME",
+		"Channels of 5.1 to mix down to mono or stereo: front, front-rear, front-lfe or all (default: front)")
 		->check(CLI::IsMember({"front", "front-rear", "front-lfe", "all"}));
-}
-
-void RenderCommand::AddReportOptions()
-{
-	GetParser()
-		.add_option("--report", mOptions.mReport,
-			"Write a JSON report of positions, loudness and, for a timeline, its clips, tracks and notes")
-		->option_text("FILE");
-	GetParser().add_flag("--quiet", mOptions.mIsQuiet, "Print only warnings and errors");
-	GetParser().add_flag("--json", mOptions.mAsJson, "Print the summary as JSON");
+	Add("--report", mOptions.mReport, "FILE",
+		"Write a JSON report of positions, loudness and, for a timeline, its clips, tracks and notes");
+	AddFlag("--quiet", mOptions.mIsQuiet, "Print only warnings and errors");
+	AddFlag("--json", mOptions.mAsJson, "Print the summary as JSON");
 }
 
 std::string RenderCommand::DescribeInputs() const
@@ -247,16 +191,8 @@ int RenderCommand::Run()
 						 FormatCount(clip.GetInfo().mFrames, "sample") + " that can be read");
 		}
 	}
-	Report(job, Render(job));
+	Report(job, RunJob(job, job.GetSampleRate(), mOptions.mIsQuiet));
 	return kExitSuccess;
-}
-
-void RenderCommand::GroupOptions()
-{
-	GroupByInput(GetParser(),
-		{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--channels", "--pan",
-			"--mixdown"},
-		{"--range", "--stems", "--media", "--fades", "--strict"});
 }
 
 void RenderCommand::CheckOptionsFitTimelines()
@@ -351,11 +287,6 @@ LayoutRequest RenderCommand::MakeLayoutRequest() const
 		request.mMixdown = GetMixdown(mMixdown);
 	}
 	return request;
-}
-
-RenderSummary RenderCommand::Render(ClipRenderJob& ioJob) const
-{
-	return RunJob(ioJob, ioJob.GetSampleRate(), mOptions.mIsQuiet);
 }
 
 void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const

@@ -23,14 +23,9 @@ public:
 
 private:
 	void AddFileOptions();
-	void AddFormatOptions();
-	void AddRangeOptions();
-	void AddTrackOptions();
+	void AddSoundOptions();
 	void AddLevelOptions();
 	void AddChannelOptions();
-	void AddReportOptions();
-	// Groups them under the kinds of inputs that they are for.
-	void GroupOptions();
 
 	// Throws a HostError for an option that a timeline has no use for.
 	void CheckOptionsFitTimelines();
@@ -39,7 +34,6 @@ private:
 	std::vector<SonaroHost::ClipInput> MakeInputs() const;
 	SonaroHost::ClipInput MakeOnlyInput() const;
 	SonaroHost::LayoutRequest MakeLayoutRequest() const;
-	SonaroHost::RenderSummary Render(SonaroHost::ClipRenderJob& ioJob) const;
 	// Warnings, and the summary in the form that was asked for.
 	void Report(SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary) const;
 	void WarnOfMisses(SonaroHost::PlaybackSummary const& inPlayback) const;

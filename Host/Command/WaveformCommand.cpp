@@ -138,27 +138,9 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 	  mHeight(WaveformStyle().mHeight),
 	  mFloorDecibels(WaveformStyle().mFloorDecibels)
 {
-	GetParser()
-		.add_option(
-			"INPUT", mInput, "Sound file, - for the standard input, or timeline (.otio, .otioz, .otiod)")
-		->option_text("(required)")
-		->required();
-	GetParser()
-		.add_option("-o,--output", mOutput,
-			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
-			"output, with --format")
-		->option_text("OUTPUT (required)")
-		->required();
-	GetParser()
-		.add_option(
-			"--format", mFormat, "Output format: png, svg, json or dat (default: by the ending of OUTPUT)")
-		->option_text("NAME")
-		->check(CLI::IsMember({"png", "svg", "json", "dat"}, CLI::ignore_case));
-	GetParser().add_flag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
+	AddFileOptions();
 	AddRangeOptions();
 	AddPictureOptions();
-	AddDataOptions();
-	AddReportOptions();
 	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
 	GroupByInput(GetParser(), {"--start", "--duration", "--samples-per-column", "--channels", "--bits"},
 		{"--media", "--fades"});
@@ -176,63 +158,50 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 		"  sonaro waveform edit.otio -o edit.png");
 }
 
+void WaveformCommand::AddFileOptions()
+{
+	Add("INPUT", mInput, "(required)",
+		"Sound file, - for the standard input, or timeline (.otio, .otioz, .otiod)")
+		->required();
+	Add("-o,--output", mOutput, "OUTPUT (required)",
+		"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+		"output, "
+		"with --format")
+		->required();
+	Add("--format", mFormat, "NAME",
+		"Output format: png, svg, json or dat (default: by the ending of OUTPUT)")
+		->check(CLI::IsMember({"png", "svg", "json", "dat"}, CLI::ignore_case));
+	AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
+}
+
 void WaveformCommand::AddRangeOptions()
 {
-	GetParser().add_option("--start", mStart, "Where in the input to start")->option_text("TIME");
-	GetParser()
-		.add_option("--duration", mDuration, "How much of the input to show, at most to its end")
-		->option_text("TIME");
-	auto* const width =
-		GetParser()
-			.add_option("--width", mWidth,
-				"Width in pixels, up to 32767 (default: 1200); for JSON and DAT, the most columns")
-			->option_text("COLUMNS");
-	GetParser()
-		.add_option("--samples-per-column", mSamplesPerColumn,
-			"Samples per column, instead of --width (default for JSON and DAT: 256)")
-		->option_text("SAMPLES")
+	Add("--start", mStart, "TIME", "Where in the input to start");
+	Add("--duration", mDuration, "TIME", "How much of the input to show, at most to its end");
+	CLI::Option* const width = Add("--width", mWidth, "COLUMNS",
+		"Width in pixels, up to 32767 (default: 1200); for JSON and DAT, the most columns");
+	Add("--samples-per-column", mSamplesPerColumn, "SAMPLES",
+		"Samples per column, instead of --width (default for JSON and DAT: 256)")
 		->excludes(width);
-	GetParser()
-		.add_option("--channels", mChannels, "Show channels stacked, or merged into one (default: stacked)")
-		->option_text("HOW")
+	Add("--channels", mChannels, "HOW", "Show channels stacked, or merged into one (default: stacked)")
 		->check(CLI::IsMember({"stacked", "merged"}));
 }
 
 void WaveformCommand::AddPictureOptions()
 {
-	GetParser()
-		.add_option("--height", mHeight, "Height in pixels, up to 32767 (default: 240)")
-		->option_text("PIXELS");
-	GetParser()
-		.add_option("--background", mBackground,
-			"Colour of the background: #rrggbb, #rrggbbaa or none (default: #ffffff)")
-		->option_text("COLOUR");
-	GetParser()
-		.add_option("--wave", mWave, "Colour between minimum and maximum (default: #24548a)")
-		->option_text("COLOUR");
-	GetParser().add_option("--rms", mRms, "Colour of the RMS (default: #7aaadc)")->option_text("COLOUR");
-	GetParser()
-		.add_option("--scale", mScale, "Scale of amplitudes: linear, or db for decibels (default: linear)")
-		->option_text("NAME")
+	Add("--height", mHeight, "PIXELS", "Height in pixels, up to 32767 (default: 240)");
+	Add("--background", mBackground, "COLOUR",
+		"Colour of the background: #rrggbb, #rrggbbaa or none (default: #ffffff)");
+	Add("--wave", mWave, "COLOUR", "Colour between minimum and maximum (default: #24548a)");
+	Add("--rms", mRms, "COLOUR", "Colour of the RMS (default: #7aaadc)");
+	Add("--scale", mScale, "NAME", "Scale of amplitudes: linear, or db for decibels (default: linear)")
 		->check(CLI::IsMember({"linear", "db"}));
-	GetParser()
-		.add_option("--floor-db", mFloorDecibels,
-			"Level at the centre line with --scale db, at least -1000 and below 0 (default: -60)")
-		->option_text("DB");
-}
-
-void WaveformCommand::AddDataOptions()
-{
-	GetParser()
-		.add_option("--bits", mBits, "Bits per value in JSON and DAT, 8 or 16 (default: 16)")
-		->option_text("BITS")
+	Add("--floor-db", mFloorDecibels, "DB",
+		"Level at the centre line with --scale db, at least -1000 and below 0 (default: -60)");
+	Add("--bits", mBits, "BITS", "Bits per value in JSON and DAT, 8 or 16 (default: 16)")
 		->check(CLI::IsMember({8, 16}));
-}
-
-void WaveformCommand::AddReportOptions()
-{
-	GetParser().add_flag("--quiet", mIsQuiet, "Print only warnings and errors");
-	GetParser().add_flag("--json", mAsJson, "Print the summary as JSON");
+	AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
+	AddFlag("--json", mAsJson, "Print the summary as JSON");
 }
 
 std::string WaveformCommand::DescribeInputs() const
@@ -252,7 +221,7 @@ int WaveformCommand::Run()
 	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
 	WaveformRequest const request = MakeRequest();
 	WaveformJob job(request);
-	Report(request, Compute(job));
+	Report(request, RunJob(job, job.GetInputInfo().mSampleRate, mIsQuiet));
 	return kExitSuccess;
 }
 
@@ -333,11 +302,6 @@ void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
 	{
 		Refuse("--floor-db needs --scale db");
 	}
-}
-
-WaveformSummary WaveformCommand::Compute(WaveformJob& ioJob) const
-{
-	return RunJob(ioJob, ioJob.GetInputInfo().mSampleRate, mIsQuiet);
 }
 
 void WaveformCommand::Report(WaveformRequest const& inRequest, WaveformSummary const& inSummary) const

@@ -21,10 +21,9 @@ public:
 	std::string DescribeInputs() const override;
 
 private:
+	void AddFileOptions();
 	void AddRangeOptions();
 	void AddPictureOptions();
-	void AddDataOptions();
-	void AddReportOptions();
 
 	// The options as the library takes them; throws a HostError for one that makes no sense.
 	SonaroHost::WaveformRequest MakeRequest();
@@ -32,7 +31,6 @@ private:
 	SonaroHost::WaveformStyle MakeStyle() const;
 	// Throws a HostError for an option that the format has no use for.
 	void CheckOptionsFit(SonaroHost::WaveformFormat inFormat);
-	SonaroHost::WaveformSummary Compute(SonaroHost::WaveformJob& ioJob) const;
 	void Report(
 		SonaroHost::WaveformRequest const& inRequest, SonaroHost::WaveformSummary const& inSummary) const;
 
