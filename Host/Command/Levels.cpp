@@ -9,10 +9,10 @@
 namespace SonaroCommand
 {
 
-std::string FormatDecibels(double inDecibels, int inDigits)
+std::string FormatFixed(double inNumber, int inDigits)
 {
 	// What rounds to zero from below is shown without a sign.
-	double const shown = std::fabs(inDecibels) < 0.5 * std::pow(10.0, -inDigits) ? 0.0 : inDecibels;
+	double const shown = std::fabs(inNumber) < 0.5 * std::pow(10.0, -inDigits) ? 0.0 : inNumber;
 	std::array<char, 32> text{};
 	std::snprintf(text.data(), text.size(), "%.*f", inDigits, shown);
 	return text.data();
@@ -20,7 +20,17 @@ std::string FormatDecibels(double inDecibels, int inDigits)
 
 std::string FormatPeak(float inPeak)
 {
-	return FormatDecibels(SonaroHost::ToDecibels(static_cast<double>(inPeak)), 2) + " dBFS";
+	return FormatFixed(SonaroHost::ToDecibels(static_cast<double>(inPeak)), 2) + " dBFS";
+}
+
+double GetRealTimeFactor(std::int64_t inFrames, int inSampleRate, double inElapsedSeconds)
+{
+	return inElapsedSeconds > 0.0 ? static_cast<double>(inFrames) / inSampleRate / inElapsedSeconds : 0.0;
+}
+
+std::string DescribeSpeed(double inRealTimeFactor)
+{
+	return FormatFixed(inRealTimeFactor, 0) + " times faster than real time\n";
 }
 
 Json GetNumberOrSilence(double inDecibels)

@@ -300,13 +300,10 @@ void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSu
 	{
 		WriteReport(mOptions, ReportForMachines(mInputs, inJob, inSummary, mOptions.mLevels));
 	}
-	if (mOptions.mAsJson)
+	if (mOptions.mAsJson || !mOptions.mIsQuiet)
 	{
-		PrintResult(DescribeForMachines(mInputs, mOptions.mOutput, inJob, inSummary));
-	}
-	else if (!mOptions.mIsQuiet)
-	{
-		PrintResult(DescribeForPeople(mInputs, mOptions.mOutput, inJob, inSummary));
+		PrintResult(mOptions.mAsJson ? DescribeForMachines(mInputs, mOptions.mOutput, inJob, inSummary)
+									 : DescribeForPeople(mInputs, mOptions.mOutput, inJob, inSummary));
 	}
 }
 

@@ -6,9 +6,6 @@
 #include "RenderedFileRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 
-#include <array>
-#include <cstdio>
-
 namespace SonaroCommand
 {
 
@@ -19,22 +16,6 @@ namespace
 
 // The version of the report's keys: one more for any change that a reader would stumble over.
 constexpr int kSoundFilesReportVersion = 1;
-
-std::string DescribeLoudness(LoudnessReading const& inLoudness)
-{
-	return ", true peak " + FormatDecibels(ToDecibels(inLoudness.mTruePeak), 2) + " dBTP, loudness " +
-		   FormatDecibels(inLoudness.mIntegrated, 1) + " LUFS";
-}
-
-double GetRenderedSeconds(RenderSummary const& inSummary)
-{
-	return static_cast<double>(inSummary.GetFrames()) / inSummary.mSampleRate;
-}
-
-double GetRealTimeFactor(RenderSummary const& inSummary)
-{
-	return inSummary.mElapsedSeconds > 0.0 ? GetRenderedSeconds(inSummary) / inSummary.mElapsedSeconds : 0.0;
-}
 
 std::string DescribePlayback(PlaybackSummary const& inPlayback)
 {
@@ -65,24 +46,22 @@ Json ListInputs(std::vector<std::string> const& inInputs, ProgrammePlan const& i
 	for (std::size_t i = 0; i < inInputs.size(); ++i)
 	{
 		PlannedClip const& clip = inPlan.GetClips()[i];
-		Json input;
-		input["path"] = inInputs[i];
-		input["position"] = clip.mPosition;
-		input["samples"] = clip.mFrames;
-		list.push_back(input);
+		list.push_back({{"path", inInputs[i]}, {"position", clip.mPosition}, {"samples", clip.mFrames}});
 	}
 	return list;
 }
 
-void AddPlayback(Json& ioJson, RenderSummary const& inSummary)
+void AddTimes(Json& ioJson, RenderSummary const& inSummary)
 {
-	if (inSummary.mPlayback)
+	ioJson["elapsedSeconds"] = inSummary.mElapsedSeconds;
+	ioJson["realTimeFactor"] =
+		GetRealTimeFactor(inSummary.GetFrames(), inSummary.mSampleRate, inSummary.mElapsedSeconds);
+	if (auto const& playback = inSummary.mPlayback)
 	{
-		ioJson["playback"]["misses"] = inSummary.mPlayback->mMisses;
-		ioJson["playback"]["missedSamples"] = inSummary.mPlayback->mMissedFrames;
-		ioJson["playback"]["diskLoadPercent"] = inSummary.mPlayback->mReadAhead.mDiskLoadPercent;
-		ioJson["playback"]["batchesGivenUp"] = inSummary.mPlayback->mReadAhead.mGivenUp;
-		ioJson["playback"]["wasBehind"] = inSummary.mPlayback->mReadAhead.mWasBehind;
+		ioJson["playback"] = {{"misses", playback->mMisses}, {"missedSamples", playback->mMissedFrames},
+			{"diskLoadPercent", playback->mReadAhead.mDiskLoadPercent},
+			{"batchesGivenUp", playback->mReadAhead.mGivenUp},
+			{"wasBehind", playback->mReadAhead.mWasBehind}};
 	}
 }
 
@@ -107,64 +86,48 @@ Json ListSoundFiles(ProgrammePlan const& inPlan)
 std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
-	std::array<char, 64> speed{};
-	std::snprintf(
-		speed.data(), speed.size(), "%.0f times faster than real time", GetRealTimeFactor(inSummary));
-	bool const isDithered = inSummary.mFormat.mDither == Dither::kTriangular;
-	return ShowOutput(inOutput) + ": " + FormatTime(inSummary.GetFrames(), inSummary.mSampleRate) + " (" +
-		   std::to_string(inSummary.GetFrames()) + " samples), " + GetLayoutName(inJob.GetOutputLayout()) +
-		   ", " + std::to_string(inSummary.mSampleRate) + " Hz, " + GetName(inSummary.mFormat.mSamples) +
-		   " " + GetName(inSummary.mFormat.mContainer) + (isDithered ? ", dithered" : "") + "\n" +
-		   DescribeInputs(inInputs, inJob.GetPlan()) + "peak " + FormatPeak(inSummary.GetFile().mPeak) +
-		   (inSummary.GetFile().mLoudness ? DescribeLoudness(*inSummary.GetFile().mLoudness) : "") +
-		   DescribeLimiting(inSummary.GetFile()) + "\n" + DescribeNormalizing(inSummary) + speed.data() +
-		   "\n" + (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
+	return DescribeFormat(ShowOutput(inOutput), inSummary.GetFile(), inSummary, inJob.GetOutputLayout()) +
+		   DescribeInputs(inInputs, inJob.GetPlan()) + DescribePeak(inSummary.GetFile()) +
+		   DescribeNormalizing(inSummary) +
+		   DescribeSpeed(
+			   GetRealTimeFactor(inSummary.GetFrames(), inSummary.mSampleRate, inSummary.mElapsedSeconds)) +
+		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
 }
 
 std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
+	RenderedFile const& file = inSummary.GetFile();
 	// Numbers that are not finite become null.
-	Json json;
-	json["inputs"] = ListInputs(inInputs, inJob.GetPlan());
-	json["output"] = inOutput;
-	json["format"] = GetName(inSummary.mFormat.mContainer);
-	json["samples"] = inSummary.GetFrames();
-	json["seconds"] = GetRenderedSeconds(inSummary);
-	json["channels"] = inJob.GetOutputLayout().size();
-	json["layout"] = GetLayoutName(inJob.GetOutputLayout());
-	json["rate"] = inSummary.mSampleRate;
-	json["encoding"] = GetName(inSummary.mFormat.mSamples);
-	json["dither"] = inSummary.mFormat.mDither == Dither::kTriangular ? "tpdf" : "none";
-	json["peak"] = inSummary.GetFile().mPeak;
-	json["peakDbfs"] = ToDecibels(static_cast<double>(inSummary.GetFile().mPeak));
-	if (inSummary.GetFile().mLoudness)
+	Json json{{"inputs", ListInputs(inInputs, inJob.GetPlan())}, {"output", inOutput},
+		{"format", GetName(inSummary.mFormat.mContainer)}, {"samples", inSummary.GetFrames()},
+		{"seconds", static_cast<double>(inSummary.GetFrames()) / inSummary.mSampleRate},
+		{"channels", inJob.GetOutputLayout().size()}, {"layout", GetLayoutName(inJob.GetOutputLayout())},
+		{"rate", inSummary.mSampleRate}, {"encoding", GetName(inSummary.mFormat.mSamples)},
+		{"dither", inSummary.mFormat.mDither == Dither::kTriangular ? "tpdf" : "none"}, {"peak", file.mPeak},
+		{"peakDbfs", ToDecibels(static_cast<double>(file.mPeak))}};
+	if (file.mLoudness)
 	{
-		json["truePeakDbtp"] = GetNumberOrSilence(ToDecibels(inSummary.GetFile().mLoudness->mTruePeak));
-		json["integratedLufs"] = GetNumberOrSilence(inSummary.GetFile().mLoudness->mIntegrated);
+		json["truePeakDbtp"] = GetNumberOrSilence(ToDecibels(file.mLoudness->mTruePeak));
+		json["integratedLufs"] = GetNumberOrSilence(file.mLoudness->mIntegrated);
 	}
-	json["clippedSamples"] = inSummary.GetFile().mClippedSamples;
-	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
-	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
-	AddPlayback(json, inSummary);
+	json["clippedSamples"] = file.mClippedSamples;
+	AddTimes(json, inSummary);
 	return ToText(json);
 }
 
 std::string ReportForMachines(std::vector<std::string> const& inInputs, ClipRenderJob const& inJob,
 	RenderSummary const& inSummary, OutputLevels const& inLevels)
 {
-	Json json;
-	json["schema"] = "sonaro.file-render";
-	json["version"] = kSoundFilesReportVersion;
-	json["inputs"] = ListInputs(inInputs, inJob.GetPlan());
-	json["programme"] = {{"rate", inSummary.mSampleRate}, {"samples", inSummary.GetFrames()},
-		{"seconds", GetRenderedSeconds(inSummary)}, {"layout", GetLayoutName(inJob.GetOutputLayout())}};
-	json["range"] = {{"firstSample", 0}, {"samples", inSummary.GetFrames()}};
-	json["outputs"] = ListFiles(inSummary, inJob.GetOutputLayout(), inSummary.mSampleRate);
+	Json json{{"schema", "sonaro.file-render"}, {"version", kSoundFilesReportVersion},
+		{"inputs", ListInputs(inInputs, inJob.GetPlan())},
+		{"programme", {{"rate", inSummary.mSampleRate}, {"samples", inSummary.GetFrames()},
+						  {"seconds", static_cast<double>(inSummary.GetFrames()) / inSummary.mSampleRate},
+						  {"layout", GetLayoutName(inJob.GetOutputLayout())}}},
+		{"range", {{"firstSample", 0}, {"samples", inSummary.GetFrames()}}},
+		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), inSummary.mSampleRate)}};
 	AddMix(json, inSummary, inLevels);
-	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
-	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
-	AddPlayback(json, inSummary);
+	AddTimes(json, inSummary);
 	json["clips"] = ListSoundFiles(inJob.GetPlan());
 	return ToText(json);
 }

@@ -5,11 +5,10 @@
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Base/TimePosition.h"
 #include "TimelineRows.h"
 
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
 namespace SonaroCommand
@@ -22,19 +21,16 @@ Json ListFiles(RenderSummary const& inFiles, SN::AudioChannelLayout const& inLay
 	Json list = Json::array();
 	for (RenderedFile const& file : inFiles.mFiles)
 	{
-		Json json;
-		json["path"] = file.mPath.string();
+		Json json{{"path", file.mPath.string()}};
 		if (!file.mName.empty())
 		{
 			json["name"] = file.mName;
 		}
-		json["format"] = GetName(inFiles.mFormat.mContainer);
-		json["encoding"] = GetName(inFiles.mFormat.mSamples);
-		json["dither"] = inFiles.mFormat.mDither == Dither::kTriangular ? "tpdf" : "none";
-		json["layout"] = GetLayoutName(inLayout);
-		json["rate"] = inSampleRate;
-		json["firstSample"] = file.mRange.mFirstFrame;
-		json["samples"] = file.mRange.mFrames;
+		json.update(Json{{"format", GetName(inFiles.mFormat.mContainer)},
+			{"encoding", GetName(inFiles.mFormat.mSamples)},
+			{"dither", inFiles.mFormat.mDither == Dither::kTriangular ? "tpdf" : "none"},
+			{"layout", GetLayoutName(inLayout)}, {"rate", inSampleRate},
+			{"firstSample", file.mRange.mFirstFrame}, {"samples", file.mRange.mFrames}});
 		if (file.mTimeReference && inFiles.mFormat.mContainer == OutputContainer::kWav)
 		{
 			json["timeReference"] = *file.mTimeReference;
@@ -64,17 +60,35 @@ void AddMix(Json& ioJson, RenderSummary const& inFiles, OutputLevels const& inLe
 	}
 }
 
-std::string DescribeLimiting(RenderedFile const& inFile)
+std::string DescribeFormat(std::string const& inShown, RenderedFile const& inFile,
+	RenderSummary const& inFiles, SN::AudioChannelLayout const& inLayout)
 {
-	return inFile.mSmallestLimiterGain < 1.0
-			   ? ", limited by up to " + FormatDecibels(-ToDecibels(inFile.mSmallestLimiterGain), 1) + " dB"
-			   : "";
+	return inShown + ": " + FormatTime(inFile.mRange.mFrames, inFiles.mSampleRate) + " (" +
+		   std::to_string(inFile.mRange.mFrames) + " samples), " + GetLayoutName(inLayout) + ", " +
+		   std::to_string(inFiles.mSampleRate) + " Hz, " + GetName(inFiles.mFormat.mSamples) + " " +
+		   GetName(inFiles.mFormat.mContainer) +
+		   (inFiles.mFormat.mDither == Dither::kTriangular ? ", dithered\n" : "\n");
+}
+
+std::string DescribePeak(RenderedFile const& inFile)
+{
+	std::string text = "peak " + FormatPeak(inFile.mPeak);
+	if (inFile.mLoudness)
+	{
+		text += ", true peak " + FormatFixed(ToDecibels(inFile.mLoudness->mTruePeak), 2) +
+				" dBTP, loudness " + FormatFixed(inFile.mLoudness->mIntegrated, 1) + " LUFS";
+	}
+	if (inFile.mSmallestLimiterGain < 1.0)
+	{
+		text += ", limited by up to " + FormatFixed(-ToDecibels(inFile.mSmallestLimiterGain), 1) + " dB";
+	}
+	return text + "\n";
 }
 
 std::string DescribeNormalizing(RenderSummary const& inFiles)
 {
 	return inFiles.mNormalizingGain != 1.0
-			   ? "normalized by " + FormatDecibels(ToDecibels(inFiles.mNormalizingGain), 2) + " dB\n"
+			   ? "normalized by " + FormatFixed(ToDecibels(inFiles.mNormalizingGain), 2) + " dB\n"
 			   : "";
 }
 
@@ -93,11 +107,8 @@ void WarnOfLevels(RenderSummary const& inFiles)
 	constexpr double kTolerance = 0.1;
 	if (std::fabs(inFiles.mLoudnessError) > kTolerance)
 	{
-		std::array<char, 96> text{};
-		std::snprintf(text.data(), text.size(),
-			"the limiter keeps the loudness %.1f LU %s the --normalize target",
-			std::fabs(inFiles.mLoudnessError), inFiles.mLoudnessError < 0.0 ? "below" : "above");
-		PrintWarning(text.data());
+		PrintWarning("the limiter keeps the loudness " + FormatFixed(std::fabs(inFiles.mLoudnessError), 1) +
+					 " LU " + (inFiles.mLoudnessError < 0.0 ? "below" : "above") + " the --normalize target");
 	}
 }
 

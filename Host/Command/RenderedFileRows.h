@@ -16,9 +16,11 @@ Json ListFiles(
 // The loudness of the mix and how it was normalized, if they are known.
 void AddMix(Json& ioJson, SonaroHost::RenderSummary const& inFiles, SonaroHost::OutputLevels const& inLevels);
 
-// A line for people, without its end: "limited by up to 3.0 dB", with a comma before. Empty where nothing was limited.
-std::string DescribeLimiting(SonaroHost::RenderedFile const& inFile);
-// A line with its end; empty where nothing was normalized.
+// Lines for people, with their ends. inShown: what the file is called.
+std::string DescribeFormat(std::string const& inShown, SonaroHost::RenderedFile const& inFile,
+	SonaroHost::RenderSummary const& inFiles, SN::AudioChannelLayout const& inLayout);
+std::string DescribePeak(SonaroHost::RenderedFile const& inFile);
+// Empty where nothing was normalized.
 std::string DescribeNormalizing(SonaroHost::RenderSummary const& inFiles);
 
 // Warns of samples that were clipped, and of a loudness that was not reached.

@@ -137,13 +137,10 @@ void TimelineRender::Report(
 	{
 		WriteReport(mShared, ReportForMachines(inInput, inJob, inSummary, mShared.mLevels));
 	}
-	if (mShared.mAsJson)
+	if (mShared.mAsJson || !mShared.mIsQuiet)
 	{
-		PrintResult(SummarizeForMachines(inInput, inJob, inSummary, mShared.mLevels));
-	}
-	else if (!mShared.mIsQuiet)
-	{
-		PrintResult(SummarizeForPeople(inJob, inSummary));
+		PrintResult(mShared.mAsJson ? SummarizeForMachines(inInput, inJob, inSummary, mShared.mLevels)
+									: SummarizeForPeople(inJob, inSummary));
 	}
 }
 

@@ -35,8 +35,8 @@ std::string FormatLoudness(LoudnessReading const& inReading)
 {
 	std::array<char, 64> text{};
 	std::snprintf(text.data(), text.size(), "%8s LUFS %8s dBTP",
-		FormatDecibels(inReading.mIntegrated, 1).c_str(),
-		FormatDecibels(ToDecibels(inReading.mTruePeak), 2).c_str());
+		FormatFixed(inReading.mIntegrated, 1).c_str(),
+		FormatFixed(ToDecibels(inReading.mTruePeak), 2).c_str());
 	return text.data();
 }
 
@@ -60,46 +60,19 @@ std::string MakeLoudnessTable(TimelineRenderJob const& inJob, RenderSummary cons
 	return text;
 }
 
-std::string DescribeFile(
-	TimelineRenderJob const& inJob, RenderedFile const& inFile, OutputFormat const& inFormat)
-{
-	bool const isDithered = inFormat.mDither == Dither::kTriangular;
-	std::string text = MakePrintable(ShowOutput(inFile.mPath.string())) + ": " +
-					   FormatTime(inFile.mRange.mFrames, inJob.GetSampleRate()) + " (" +
-					   std::to_string(inFile.mRange.mFrames) + " samples), " +
-					   GetLayoutName(inJob.GetOutputLayout()) + ", " + std::to_string(inJob.GetSampleRate()) +
-					   " Hz, " + GetName(inFormat.mSamples) + " " + GetName(inFormat.mContainer) +
-					   (isDithered ? ", dithered" : "") + "\n  peak " + FormatPeak(inFile.mPeak);
-	if (inFile.mLoudness)
-	{
-		text += ", true peak " + FormatDecibels(ToDecibels(inFile.mLoudness->mTruePeak), 2) +
-				" dBTP, loudness " + FormatDecibels(inFile.mLoudness->mIntegrated, 1) + " LUFS";
-	}
-	return text + DescribeLimiting(inFile) + "\n";
-}
-
-double GetRealTimeFactor(TimelineRenderJob const& inJob, RenderSummary const& inSummary)
-{
-	double const seconds = static_cast<double>(inJob.GetRange().mFrames) / inJob.GetSampleRate();
-	return inSummary.mElapsedSeconds > 0.0 ? seconds / inSummary.mElapsedSeconds : 0.0;
-}
-
 Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, RenderSummary const& inSummary,
 	OutputLevels const& inLevels)
 {
-	Json json;
-	json["schema"] = "sonaro.timeline-render";
-	json["version"] = kTimelineReportVersion;
-	json["input"] = inInput;
-	json["programme"] = DescribeProgramme(inJob.GetSequence());
-	json["range"] = {{"firstSample", inJob.GetRange().mFirstFrame}, {"samples", inJob.GetRange().mFrames}};
-	json["outputs"] = ListFiles(inSummary, inJob.GetOutputLayout(), inJob.GetSampleRate());
+	Json json{{"schema", "sonaro.timeline-render"}, {"version", kTimelineReportVersion}, {"input", inInput},
+		{"programme", DescribeProgramme(inJob.GetSequence())},
+		{"range", {{"firstSample", inJob.GetRange().mFirstFrame}, {"samples", inJob.GetRange().mFrames}}},
+		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), inJob.GetSampleRate())}};
 	AddMix(json, inSummary, inLevels);
-	json["missing"] = ListMissing(inJob.GetSequence().mMissing);
-	json["levelsNotRead"] = CountUnreadLevels(inJob.GetNotes());
-	json["notes"] = ListNotes(inJob.GetNotes());
-	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
-	json["realTimeFactor"] = GetRealTimeFactor(inJob, inSummary);
+	json.update(Json{{"missing", ListMissing(inJob.GetSequence().mMissing)},
+		{"levelsNotRead", CountUnreadLevels(inJob.GetNotes())}, {"notes", ListNotes(inJob.GetNotes())},
+		{"elapsedSeconds", inSummary.mElapsedSeconds},
+		{"realTimeFactor",
+			GetRealTimeFactor(inJob.GetRange().mFrames, inJob.GetSampleRate(), inSummary.mElapsedSeconds)}});
 	return json;
 }
 
@@ -171,7 +144,9 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 	std::string text;
 	for (RenderedFile const& file : inSummary.mFiles)
 	{
-		text += DescribeFile(inJob, file, inSummary.mFormat);
+		text += DescribeFormat(MakePrintable(ShowOutput(file.mPath.string())), file, inSummary,
+					inJob.GetOutputLayout()) +
+				"  " + DescribePeak(file);
 	}
 	text += MakeLoudnessTable(inJob, inSummary) + DescribeNormalizing(inSummary);
 	for (Note const& note : inJob.GetRangeNotes())
@@ -183,10 +158,8 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 		text += FormatCount(levels, "level") +
 				" of other programs not read: parts may be too loud or too quiet\n";
 	}
-	std::array<char, 64> speed{};
-	std::snprintf(speed.data(), speed.size(), "%.0f times faster than real time\n",
-		GetRealTimeFactor(inJob, inSummary));
-	return text + speed.data();
+	return text + DescribeSpeed(GetRealTimeFactor(
+					  inJob.GetRange().mFrames, inJob.GetSampleRate(), inSummary.mElapsedSeconds));
 }
 
 std::string SummarizeForMachines(std::string const& inInput, TimelineRenderJob const& inJob,

@@ -31,11 +31,8 @@ Json ListClips(std::vector<ClipRow> const& inClips)
 	Json list = Json::array();
 	for (ClipRow const& clip : inClips)
 	{
-		Json json;
-		json["name"] = clip.mName;
-		json["track"] = clip.mTrack;
-		json["place"] = clip.mPlace;
-		json["status"] = GetName(clip.mStatus);
+		Json json{{"name", clip.mName}, {"track", clip.mTrack}, {"place", clip.mPlace},
+			{"status", GetName(clip.mStatus)}};
 		if (!clip.mReason.empty())
 		{
 			json["reason"] = clip.mReason;
@@ -60,12 +57,8 @@ Json ListClips(std::vector<ClipRow> const& inClips)
 
 Json DescribeTrack(TrackRow const& inTrack)
 {
-	Json json;
-	json["name"] = inTrack.mName;
-	json["track"] = inTrack.mTrack;
-	json["place"] = inTrack.mPlace;
-	json["depth"] = inTrack.mDepth;
-	json["isHeard"] = inTrack.mIsHeard;
+	Json json{{"name", inTrack.mName}, {"track", inTrack.mTrack}, {"place", inTrack.mPlace},
+		{"depth", inTrack.mDepth}, {"isHeard", inTrack.mIsHeard}};
 	if (!inTrack.mReason.empty())
 	{
 		json["reason"] = inTrack.mReason;
@@ -80,25 +73,18 @@ Json ListMarkers(TimelineSequence const& inSequence)
 	for (MarkerRow const& marker : inSequence.mMarkers)
 	{
 		ProgrammeRange const range = FindRange(marker, inSequence);
-		Json json;
-		json["name"] = marker.mName;
-		json["comment"] = marker.mComment;
-		json["track"] = marker.mTrack;
-		json["place"] = marker.mPlace;
-		json["firstSample"] = range.mFirstFrame;
-		json["endSample"] = range.mFirstFrame + range.mFrames;
-		list.push_back(std::move(json));
+		list.push_back({{"name", marker.mName}, {"comment", marker.mComment}, {"track", marker.mTrack},
+			{"place", marker.mPlace}, {"firstSample", range.mFirstFrame},
+			{"endSample", range.mFirstFrame + range.mFrames}});
 	}
 	return list;
 }
 
 Json DescribeProgramme(TimelineSequence const& inSequence)
 {
-	Json json;
-	json["rate"] = inSequence.mSampleRate;
-	json["samples"] = inSequence.mFrames;
-	json["seconds"] = static_cast<double>(inSequence.mFrames) / inSequence.mSampleRate;
-	json["layout"] = GetLayoutName(inSequence.mLayout);
+	Json json{{"rate", inSequence.mSampleRate}, {"samples", inSequence.mFrames},
+		{"seconds", static_cast<double>(inSequence.mFrames) / inSequence.mSampleRate},
+		{"layout", GetLayoutName(inSequence.mLayout)}};
 	if (inSequence.mGlobalStart)
 	{
 		json["globalStartSeconds"] = inSequence.mGlobalStart->ToDouble();
@@ -109,9 +95,9 @@ Json DescribeProgramme(TimelineSequence const& inSequence)
 
 void AddLoudness(Json& ioJson, LoudnessReading const& inReading)
 {
-	ioJson["integratedLufs"] = GetNumberOrSilence(inReading.mIntegrated);
-	ioJson["truePeakDbtp"] = GetNumberOrSilence(ToDecibels(inReading.mTruePeak));
-	ioJson["peakDbfs"] = GetNumberOrSilence(ToDecibels(inReading.mPeak));
+	ioJson.update(Json{{"integratedLufs", GetNumberOrSilence(inReading.mIntegrated)},
+		{"truePeakDbtp", GetNumberOrSilence(ToDecibels(inReading.mTruePeak))},
+		{"peakDbfs", GetNumberOrSilence(ToDecibels(inReading.mPeak))}});
 }
 
 } // namespace SonaroCommand

@@ -32,16 +32,9 @@ std::string DescribeForPeople(TimelineWaveformRequest const& inRequest, std::str
 std::string DescribeForMachines(TimelineWaveformRequest const& inRequest,
 	TimelineWaveformReport const& inReport, TimelineWaveformSummary const& inSummary)
 {
-	Json json;
-	json["input"] = inReport.mInput;
-	json["output"] = inReport.mOutput;
-	json["samples"] = inSummary.mFrames;
-	json["rate"] = inSummary.mSampleRate;
-	json["columns"] = inRequest.mWidth;
-	json["height"] = inSummary.mHeight;
-	json["bands"] = inSummary.mBands;
-	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
-	return ToText(json);
+	return ToText({{"input", inReport.mInput}, {"output", inReport.mOutput}, {"samples", inSummary.mFrames},
+		{"rate", inSummary.mSampleRate}, {"columns", inRequest.mWidth}, {"height", inSummary.mHeight},
+		{"bands", inSummary.mBands}, {"elapsedSeconds", inSummary.mElapsedSeconds}});
 }
 
 } // namespace
@@ -51,13 +44,10 @@ int DrawTimeline(TimelineWaveformRequest const& inRequest, TimelineWaveformRepor
 	TimelineWaveformJob job(inRequest);
 	WarnOfNotes(job.GetSequence().mMissing, {});
 	TimelineWaveformSummary const summary = RunJob(job, job.GetSampleRate(), inReport.mIsQuiet);
-	if (inReport.mAsJson)
+	if (inReport.mAsJson || !inReport.mIsQuiet)
 	{
-		PrintResult(DescribeForMachines(inRequest, inReport, summary));
-	}
-	else if (!inReport.mIsQuiet)
-	{
-		PrintResult(DescribeForPeople(inRequest, inReport.mOutput, summary));
+		PrintResult(inReport.mAsJson ? DescribeForMachines(inRequest, inReport, summary)
+									 : DescribeForPeople(inRequest, inReport.mOutput, summary));
 	}
 	return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
 }

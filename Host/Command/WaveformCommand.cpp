@@ -1,7 +1,7 @@
 #include "WaveformCommand.h"
 
 #include "Console.h"
-#include "Json.h"
+#include "Levels.h"
 #include "OptionGroups.h"
 #include "RunJob.h"
 #include "SonaroHost/Base/HostError.h"
@@ -80,44 +80,30 @@ void ParseColour(std::string const& inOption, std::string const& inText, Colour&
 	ioColour = *colour;
 }
 
-double GetSeconds(WaveformSummary const& inSummary)
-{
-	return static_cast<double>(inSummary.mFrames) / inSummary.mSampleRate;
-}
-
-double GetRealTimeFactor(WaveformSummary const& inSummary)
-{
-	return inSummary.mElapsedSeconds > 0.0 ? GetSeconds(inSummary) / inSummary.mElapsedSeconds : 0.0;
-}
-
 std::string DescribeForPeople(
 	std::string const& inOutput, WaveformRequest const& inRequest, WaveformSummary const& inSummary)
 {
-	std::array<char, 96> text{};
-	std::snprintf(text.data(), text.size(), "%.10g samples per column, %.0f times faster than real time",
-		inSummary.mSamplesPerColumn, GetRealTimeFactor(inSummary));
+	std::array<char, 32> samples{};
+	std::snprintf(samples.data(), samples.size(), "%.10g", inSummary.mSamplesPerColumn);
 	std::string const shape = IsPicture(inRequest.mFormat)
 								  ? " x " + std::to_string(inRequest.mStyle.mHeight) + " pixels"
 								  : " columns of " + std::to_string(inRequest.mBits) + " bits";
 	return ShowOutput(inOutput) + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
 		   std::to_string(inSummary.mFrames) + " samples), " + std::to_string(inSummary.mColumns) + shape +
 		   ", " + FormatCount(inSummary.mChannels, "channel") + ", " + GetName(inRequest.mFormat) + "\n" +
-		   text.data() + "\n";
+		   samples.data() + " samples per column, " +
+		   DescribeSpeed(
+			   GetRealTimeFactor(inSummary.mFrames, inSummary.mSampleRate, inSummary.mElapsedSeconds));
 }
 
 std::string DescribeForMachines(std::string const& inInput, std::string const& inOutput,
 	WaveformRequest const& inRequest, WaveformSummary const& inSummary)
 {
-	Json json;
-	json["input"] = inInput;
-	json["output"] = inOutput;
-	json["format"] = GetName(inRequest.mFormat);
-	json["samples"] = inSummary.mFrames;
-	json["seconds"] = GetSeconds(inSummary);
-	json["channels"] = inSummary.mChannels;
-	json["rate"] = inSummary.mSampleRate;
-	json["columns"] = inSummary.mColumns;
-	json["samplesPerColumn"] = inSummary.mSamplesPerColumn;
+	Json json{{"input", inInput}, {"output", inOutput}, {"format", GetName(inRequest.mFormat)},
+		{"samples", inSummary.mFrames},
+		{"seconds", static_cast<double>(inSummary.mFrames) / inSummary.mSampleRate},
+		{"channels", inSummary.mChannels}, {"rate", inSummary.mSampleRate}, {"columns", inSummary.mColumns},
+		{"samplesPerColumn", inSummary.mSamplesPerColumn}};
 	if (IsPicture(inRequest.mFormat))
 	{
 		json["height"] = inRequest.mStyle.mHeight;
@@ -127,7 +113,8 @@ std::string DescribeForMachines(std::string const& inInput, std::string const& i
 		json["bits"] = inRequest.mBits;
 	}
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
-	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
+	json["realTimeFactor"] =
+		GetRealTimeFactor(inSummary.mFrames, inSummary.mSampleRate, inSummary.mElapsedSeconds);
 	return ToText(json);
 }
 
@@ -306,13 +293,10 @@ void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
 
 void WaveformCommand::Report(WaveformRequest const& inRequest, WaveformSummary const& inSummary) const
 {
-	if (mAsJson)
+	if (mAsJson || !mIsQuiet)
 	{
-		PrintResult(DescribeForMachines(mInput, mOutput, inRequest, inSummary));
-	}
-	else if (!mIsQuiet)
-	{
-		PrintResult(DescribeForPeople(mOutput, inRequest, inSummary));
+		PrintResult(mAsJson ? DescribeForMachines(mInput, mOutput, inRequest, inSummary)
+							: DescribeForPeople(mOutput, inRequest, inSummary));
 	}
 }
 
