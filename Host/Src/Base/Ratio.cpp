@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <optional>
 #include <utility>
 
 namespace SonaroHost
@@ -77,16 +78,14 @@ Ratio ToRatio(WideRatio const& inRatio)
 	return Approximate(reduced);
 }
 
-// The best continued fraction p / q of a number from 0 to 1, q up to inLargest, that is within inTolerance;
-// q is 0 when there is none.
-Ratio FindSimplest(double inFraction, double inTolerance, std::int64_t inLargest, bool& outIsFound)
+// The best continued fraction p / q of a number from 0 to 1, q up to inLargest, that is within inTolerance.
+std::optional<Ratio> FindSimplest(double inFraction, double inTolerance, std::int64_t inLargest)
 {
 	std::int64_t numerator = 0;
 	std::int64_t denominator = 1;
 	std::int64_t nextNumerator = 1;
 	std::int64_t nextDenominator = 0;
 	double rest = inFraction;
-	outIsFound = false;
 	for (;;)
 	{
 		// The recurrence is h[n] = a[n] h[n - 1] + h[n - 2], beginning with 0 / 1 and 1 / 0.
@@ -95,7 +94,7 @@ Ratio FindSimplest(double inFraction, double inTolerance, std::int64_t inLargest
 		std::int64_t const newDenominator = term * nextDenominator + denominator;
 		if (newDenominator > inLargest)
 		{
-			return {};
+			return std::nullopt;
 		}
 		numerator = nextNumerator;
 		denominator = nextDenominator;
@@ -104,8 +103,7 @@ Ratio FindSimplest(double inFraction, double inTolerance, std::int64_t inLargest
 		double const quotient = static_cast<double>(nextNumerator) / static_cast<double>(nextDenominator);
 		if (std::abs(quotient - inFraction) <= inTolerance)
 		{
-			outIsFound = true;
-			return {nextNumerator, nextDenominator};
+			return Ratio(nextNumerator, nextDenominator);
 		}
 		rest = 1.0 / (rest - std::floor(rest));
 	}
@@ -136,11 +134,9 @@ Ratio Ratio::FromDouble(double inValue)
 		return wholePart;
 	}
 	double const tolerance = 4.0 * std::abs(inValue) * std::numeric_limits<double>::epsilon();
-	bool isFound = false;
-	Ratio const simple = FindSimplest(fraction, tolerance, kLargestDenominator, isFound);
-	if (isFound)
+	if (auto const simple = FindSimplest(fraction, tolerance, kLargestDenominator))
 	{
-		return wholePart + simple;
+		return wholePart + *simple;
 	}
 	constexpr int kBits = 32;
 	return wholePart + Ratio(std::llround(std::ldexp(fraction, kBits)), std::int64_t{1} << kBits);

@@ -71,10 +71,7 @@ bool ReadTransitionOf(Cursor const& inObject, Around inAround, std::vector<Compo
 void ReadChild(
 	Cursor const& inObject, Around inAround, std::size_t inDepth, std::vector<Composable>& ioChildren)
 {
-	if (!inObject.IsObject())
-	{
-		inObject.RefuseType("a clip, gap, transition, track or stack");
-	}
+	inObject.Require(JsonValue::Type::kObject, "a clip, gap, transition, track or stack");
 	auto& value = ioChildren.emplace_back().mValue;
 	switch (ReadSchema(inObject))
 	{

@@ -58,10 +58,7 @@ void TellOfRest(Cursor const& inObject, Effect const& inEffect, EffectLevels con
 
 Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRange)
 {
-	if (!inObject.IsObject())
-	{
-		inObject.RefuseType("an effect");
-	}
+	inObject.Require(JsonValue::Type::kObject, "an effect");
 	SchemaKind const kind = ReadSchema(inObject);
 	Effect effect;
 	effect.mSchema = GetSchemaLabel(inObject);

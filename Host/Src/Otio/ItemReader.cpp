@@ -17,10 +17,7 @@ namespace
 
 void ReadMediaOfKeys(Cursor const& inReferences, std::string const& inActiveKey, Clip& outClip)
 {
-	if (!inReferences.IsObject())
-	{
-		inReferences.RefuseType("an object of media references");
-	}
+	inReferences.Require(JsonValue::Type::kObject, "an object of media references");
 	RepeatedKeys const repeated(inReferences.Get());
 	for (JsonMember const& member : inReferences.Get().GetMembers())
 	{

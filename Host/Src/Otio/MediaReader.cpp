@@ -66,10 +66,7 @@ MediaReference ReadMedia(Cursor const& inReference, std::string inKey, bool inIs
 	{
 		return media;
 	}
-	if (!inReference.IsObject())
-	{
-		inReference.RefuseType("a media reference");
-	}
+	inReference.Require(JsonValue::Type::kObject, "a media reference");
 	ReadKind(inReference, media);
 	media.mName = ReadLabel(Cursor(inReference, "name"));
 	Cursor const range(inReference, "available_range");

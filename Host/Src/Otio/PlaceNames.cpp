@@ -64,23 +64,10 @@ Composable const* FindChild(
 	return nullptr;
 }
 
-} // namespace
-
-void PlaceNames::Name(std::vector<Note>& ioNotes) const
+void Name(Note& ioNote, Timeline const& inTimeline)
 {
-	for (Note& note : ioNotes)
-	{
-		if (note.mClip.empty() && note.mTrack.empty() && !note.mPlace.empty())
-		{
-			Name(note);
-		}
-	}
-}
-
-void PlaceNames::Name(Note& ioNote) const
-{
-	std::string_view around = mTimeline.mTracks.mPlace;
-	auto const* children = IsWithin(ioNote.mPlace, around) ? &mTimeline.mTracks.mChildren : nullptr;
+	std::string_view around = inTimeline.mTracks.mPlace;
+	auto const* children = IsWithin(ioNote.mPlace, around) ? &inTimeline.mTracks.mChildren : nullptr;
 	while (children)
 	{
 		Composable const* const child = FindChild(*children, around, ioNote.mPlace);
@@ -102,6 +89,19 @@ void PlaceNames::Name(Note& ioNote) const
 		}
 		around = GetPlace(*child);
 		children = FindChildren(*child);
+	}
+}
+
+} // namespace
+
+void NamePlaces(Timeline const& inTimeline, std::vector<Note>& ioNotes)
+{
+	for (Note& note : ioNotes)
+	{
+		if (note.mClip.empty() && note.mTrack.empty() && !note.mPlace.empty())
+		{
+			Name(note, inTimeline);
+		}
 	}
 }
 

@@ -33,7 +33,7 @@ TimelineInput::TimelineInput(
 			"the file contains " + std::to_string(timelines) + " timelines; only the first one, " +
 				QuoteName(GetTimeline().mName) + ", is used"});
 	}
-	PlaceNames(GetTimeline()).Name(mNotes);
+	NamePlaces(GetTimeline(), mNotes);
 }
 
 std::vector<std::filesystem::path> TimelineInput::ListMedia() const
@@ -50,7 +50,7 @@ TimelineSequence TimelineInput::MakeSequence(TimelineOptions const& inOptions)
 {
 	TimelineSequence sequence = MakeTimelineSequence(GetTimeline(), mFinder, mMedia, inOptions);
 	sequence.mFile = mPath;
-	PlaceNames(GetTimeline()).Name(sequence.mNotes);
+	NamePlaces(GetTimeline(), sequence.mNotes);
 	return sequence;
 }
 

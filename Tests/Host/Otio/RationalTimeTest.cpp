@@ -46,7 +46,7 @@ TEST(OtioRationalTime, DecimalRatesStandForTheExactOnes)
 	}
 	EXPECT_EQ(ToSeconds({86.4, 24.0}), Ratio(18, 5));
 	EXPECT_EQ(ToSeconds({1.0 / 3.0, 1.0}), Ratio(1, 3));
-	EXPECT_EQ(ToFrames(Ratio(1001), 23.976), Ratio(24000));
+	EXPECT_EQ(Ratio(1001) * ToExactRate(23.976), Ratio(24000));
 }
 
 TEST(OtioRationalTime, DoublesStandForTheSimplestFractionThatRoundsToThem)

@@ -35,7 +35,4 @@ Ratio ToSeconds(RationalTime const& inTime);
 // The nearest sample of a time in seconds, halves up.
 std::int64_t ToSamples(Ratio const& inSeconds, int inSampleRate);
 
-// A time in frames of inRate, fractions kept.
-Ratio ToFrames(Ratio const& inSeconds, double inRate);
-
 } // namespace SonaroHost::Otio

@@ -29,27 +29,11 @@ std::string_view CutAt(std::string_view inText, std::size_t inLength)
 
 } // namespace
 
-Cursor::Cursor(Cursor const& inAround, std::string_view inKey)
-	: mValue(inAround.mValue->Find(inKey)),
+Cursor::Cursor(Cursor const& inAround, JsonValue const* inValue, std::string_view inKey, std::size_t inIndex)
+	: mValue(inValue == nullptr ? &kNothing : inValue),
 	  mFindings(inAround.mFindings),
 	  mAround(&inAround),
-	  mKey(inKey)
-{
-	mValue = mValue == nullptr ? &kNothing : mValue;
-}
-
-Cursor::Cursor(Cursor const& inAround, JsonMember const& inMember)
-	: mValue(&inMember.mValue),
-	  mFindings(inAround.mFindings),
-	  mAround(&inAround),
-	  mKey(inMember.mKey)
-{
-}
-
-Cursor::Cursor(Cursor const& inAround, std::size_t inIndex)
-	: mValue(&inAround.mValue->GetElements()[inIndex]),
-	  mFindings(inAround.mFindings),
-	  mAround(&inAround),
+	  mKey(inKey),
 	  mIndex(inIndex)
 {
 }
@@ -104,6 +88,14 @@ void Cursor::Refuse(std::string const& inWhy) const
 void Cursor::RefuseType(std::string const& inWanted) const
 {
 	Refuse("expected " + inWanted + ", found " + (IsNothing() ? "nothing" : GetTypeName(mValue->GetType())));
+}
+
+void Cursor::Require(JsonValue::Type inType, std::string const& inWanted) const
+{
+	if (!Is(inType))
+	{
+		RefuseType(inWanted);
+	}
 }
 
 void Cursor::Tell(Note::Kind inKind, std::string inText) const

@@ -23,9 +23,18 @@ public:
 	{
 	}
 	// The member of that name; null where there is none.
-	Cursor(Cursor const& inAround, std::string_view inKey);
-	Cursor(Cursor const& inAround, JsonMember const& inMember);
-	Cursor(Cursor const& inAround, std::size_t inIndex);
+	Cursor(Cursor const& inAround, std::string_view inKey)
+		: Cursor(inAround, inAround.mValue->Find(inKey), inKey)
+	{
+	}
+	Cursor(Cursor const& inAround, JsonMember const& inMember)
+		: Cursor(inAround, &inMember.mValue, inMember.mKey)
+	{
+	}
+	Cursor(Cursor const& inAround, std::size_t inIndex)
+		: Cursor(inAround, &inAround.mValue->GetElements()[inIndex], {}, inIndex)
+	{
+	}
 	Cursor(Cursor const&) = delete;
 	Cursor& operator=(Cursor const&) = delete;
 
@@ -41,10 +50,15 @@ public:
 	// Throws a Refusal; inWhy goes on after the place.
 	[[noreturn]] void Refuse(std::string const& inWhy) const;
 	[[noreturn]] void RefuseType(std::string const& inWanted) const;
+	// Refuses what is of another type. inWanted: what the message says was expected.
+	void Require(JsonValue::Type inType, std::string const& inWanted) const;
 	void Tell(Note::Kind inKind, std::string inText) const;
 	Findings& GetFindings() const { return mFindings; }
 
 private:
+	// inValue: null where there is none.
+	Cursor(Cursor const& inAround, JsonValue const* inValue, std::string_view inKey, std::size_t inIndex = 0);
+
 	void AppendPlace(std::string& ioPlace) const;
 
 	JsonValue const* mValue;

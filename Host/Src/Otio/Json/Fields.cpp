@@ -17,10 +17,7 @@ namespace
 // Refuses what is no object of the schema, or of none.
 void CheckObject(Cursor const& inValue, SchemaKind inKind, char const* inName)
 {
-	if (!inValue.IsObject())
-	{
-		inValue.RefuseType(std::string("a ") + inName);
-	}
+	inValue.Require(JsonValue::Type::kObject, std::string("a ") + inName);
 	SchemaKind const kind = ReadSchema(inValue);
 	if (kind == SchemaKind::kNone)
 	{
@@ -92,19 +89,13 @@ std::string ReadLabel(Cursor const& inValue)
 
 std::string ReadText(Cursor const& inValue)
 {
-	if (!inValue.Is(JsonValue::Type::kString))
-	{
-		inValue.RefuseType("a string");
-	}
+	inValue.Require(JsonValue::Type::kString, "a string");
 	return std::string(inValue.Get().GetString());
 }
 
 double ReadNumber(Cursor const& inValue, double inSmallest, double inLargest)
 {
-	if (!inValue.Is(JsonValue::Type::kNumber))
-	{
-		inValue.RefuseType("a number");
-	}
+	inValue.Require(JsonValue::Type::kNumber, "a number");
 	double const number = inValue.Get().GetNumber();
 	if (!std::isfinite(number))
 	{
@@ -121,10 +112,7 @@ double ReadNumber(Cursor const& inValue, double inSmallest, double inLargest)
 
 bool ReadBool(Cursor const& inValue)
 {
-	if (!inValue.Is(JsonValue::Type::kBool))
-	{
-		inValue.RefuseType("true or false");
-	}
+	inValue.Require(JsonValue::Type::kBool, "true or false");
 	return inValue.Get().GetBool();
 }
 
@@ -197,14 +185,6 @@ std::string ReadMetadata(Cursor const& inObject)
 		return {};
 	}
 	return DumpJson(metadata.Get(), "sonaro");
-}
-
-void RequireObject(Cursor const& inValue, char const* inWanted)
-{
-	if (!inValue.IsObject())
-	{
-		inValue.RefuseType(inWanted);
-	}
 }
 
 } // namespace SonaroHost::Otio

@@ -51,9 +51,6 @@ RationalTime ReadDuration(Cursor const& inValue);
 // The object's "metadata" as text, without what is read of it.
 std::string ReadMetadata(Cursor const& inObject);
 
-// Refuses what is not an object. inWanted: what the message says was expected.
-void RequireObject(Cursor const& inValue, char const* inWanted);
-
 // What a reader gives; nothing, and a note, where it refuses, and for nothing.
 template <class Reader>
 auto ReadIfUsable(Cursor const& inValue, Reader const& inRead) -> std::optional<decltype(inRead(inValue))>
@@ -81,6 +78,32 @@ auto ReadIfThere(Cursor const& inValue, Reader const& inRead) -> std::optional<d
 	return inValue.IsNothing() ? std::nullopt : std::optional(inRead(inValue));
 }
 
+// A name and what it stands for.
+template <class T>
+struct Choice
+{
+	std::string_view mName;
+	T mValue;
+};
+
+// Refuses a text that is none of the names, and names them all.
+template <class T, std::size_t kCount>
+T ReadChoice(Cursor const& inValue, std::string const& inName, Choice<T> const (&inChoices)[kCount])
+{
+	std::string names;
+	for (std::size_t i = 0; i < kCount; ++i)
+	{
+		if (inChoices[i].mName == inName)
+		{
+			return inChoices[i].mValue;
+		}
+		names += i == 0 ? "\"" : i + 1 == kCount ? " or \"" : ", \"";
+		names += inChoices[i].mName;
+		names += '"';
+	}
+	inValue.Refuse(Quote(inName) + " is not valid; use " + names);
+}
+
 // Refuses what is no list; nothing is an empty one. inRead(Cursor) for each element.
 template <class Reader>
 void ForEach(Cursor const& inList, Reader const& inRead)
@@ -89,10 +112,7 @@ void ForEach(Cursor const& inList, Reader const& inRead)
 	{
 		return;
 	}
-	if (!inList.Is(JsonValue::Type::kArray))
-	{
-		inList.RefuseType("an array");
-	}
+	inList.Require(JsonValue::Type::kArray, "an array");
 	for (std::size_t i = 0; i < inList.Get().GetElements().size(); ++i)
 	{
 		inRead(Cursor(inList, i));

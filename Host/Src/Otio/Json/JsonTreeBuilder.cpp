@@ -30,24 +30,27 @@ bool JsonTreeBuilder::key(std::string& inKey)
 	return true;
 }
 
-bool JsonTreeBuilder::end_object()
+template <class Child, class Make>
+bool JsonTreeBuilder::Close(Make const& inMake)
 {
 	auto const first = mStack.begin() + static_cast<std::ptrdiff_t>(mFrames.back().mFirst);
 	auto const count = static_cast<std::size_t>(mStack.end() - first);
-	auto* const members = std::pmr::polymorphic_allocator<JsonMember>(&mMemory).allocate(count);
-	std::uninitialized_copy(first, mStack.end(), members);
-	Close(JsonValue(std::span<JsonMember const>(members, count)));
-	return true;
+	auto* const children = std::pmr::polymorphic_allocator<Child>(&mMemory).allocate(count);
+	std::transform(first, mStack.end(), children, inMake);
+	mStack.resize(mFrames.back().mFirst);
+	mKey = mFrames.back().mKey;
+	mFrames.pop_back();
+	return Add(JsonValue(std::span<Child const>(children, count)));
+}
+
+bool JsonTreeBuilder::end_object()
+{
+	return Close<JsonMember>([](JsonMember const& inMember) { return inMember; });
 }
 
 bool JsonTreeBuilder::end_array()
 {
-	auto const first = mStack.begin() + static_cast<std::ptrdiff_t>(mFrames.back().mFirst);
-	auto const count = static_cast<std::size_t>(mStack.end() - first);
-	auto* const elements = std::pmr::polymorphic_allocator<JsonValue>(&mMemory).allocate(count);
-	std::transform(first, mStack.end(), elements, [](JsonMember const& inMember) { return inMember.mValue; });
-	Close(JsonValue(std::span<JsonValue const>(elements, count)));
-	return true;
+	return Close<JsonValue>([](JsonMember const& inMember) { return inMember.mValue; });
 }
 
 bool JsonTreeBuilder::parse_error(
@@ -80,14 +83,6 @@ bool JsonTreeBuilder::Open()
 {
 	mFrames.push_back({mStack.size(), mKey});
 	return !IsTooDeep();
-}
-
-void JsonTreeBuilder::Close(JsonValue inValue)
-{
-	mStack.resize(mFrames.back().mFirst);
-	mKey = mFrames.back().mKey;
-	mFrames.pop_back();
-	Add(inValue);
 }
 
 bool JsonTreeBuilder::Add(JsonValue inValue)

@@ -67,7 +67,9 @@ private:
 	};
 
 	bool Open();
-	void Close(JsonValue inValue);
+	// Makes the children that wait into one value, each by inMake(JsonMember).
+	template <class Child, class Make>
+	bool Close(Make const& inMake);
 	bool Add(JsonValue inValue);
 	// The literal that the string of this turn stands for, or null.
 	JsonLiteral const* TakeString();

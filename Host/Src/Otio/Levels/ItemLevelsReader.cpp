@@ -66,9 +66,7 @@ std::size_t CountPlainChannels(JsonValue const& inMap)
 // Whether the value changes nothing, or says nothing that could be meant.
 bool ChangesNothing(LevelName const& inName, JsonValue const& inValue)
 {
-	JsonMember const* const member = FindMember(inValue, "value");
-	JsonValue const& value = member != nullptr ? member->mValue : inValue;
-	auto const number = ParseLooseNumber(value);
+	auto const number = ParseLooseNumber(FindInner(inValue, "value"));
 	if (inName.mTarget == LevelTarget::kChannels)
 	{
 		bool const canBeMap = inValue.Is(JsonValue::Type::kArray) || inValue.Is(JsonValue::Type::kObject);

@@ -17,13 +17,6 @@ namespace SonaroHost::Otio
 namespace
 {
 
-// The value itself where it stands in an object.
-JsonValue const& FindInner(JsonValue const& inValue, std::string_view inKeys)
-{
-	JsonMember const* const member = FindMember(inValue, inKeys);
-	return member != nullptr ? member->mValue : inValue;
-}
-
 bool IsEmptyList(JsonValue const& inValue)
 {
 	return inValue.GetElements().empty() && inValue.GetMembers().empty();

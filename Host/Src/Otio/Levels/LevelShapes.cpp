@@ -22,19 +22,15 @@ constexpr std::string_view kTimes = "time|frame|when";
 // The first one that fits counts. Docs/OTIO.md has the same rows.
 constexpr LevelShape kShapes[] = {
 	{"parameter-id", Form::kNamed, "parameterid", "parametervalue", "defaultparametervalue", "keyframes", "",
-		"value", Unit::kDecibels, Unit::kPercent, Unit::kFrames, Positions::kItem},
+		"value", Unit::kDecibels, Unit::kPercent, Unit::kFrames},
 	{"display-name", Form::kNamed, "displayname", "startvalue", "", "keyframes", "position", "value",
 		Unit::kLinear, Unit::kUnclear, Unit::kUnclear, Positions::kMedia},
 	{"name-and-value", Form::kNamed, "name|parameterid|displayname|id", "value", "default|defaultvalue",
-		kKeyframes, kTimes, "value", Unit::kUnclear, Unit::kUnclear, Unit::kUnclear, Positions::kItem},
-	{"control-points", Form::kObject, "", "", "", kPoints, kTimes, "value", Unit::kUnclear, Unit::kUnclear,
-		Unit::kUnclear, Positions::kItem},
-	{"object", Form::kObject, "", "value", "default|defaultvalue", kKeyframes, kTimes, "value",
-		Unit::kUnclear, Unit::kUnclear, Unit::kUnclear, Positions::kItem},
-	{"list", Form::kList, "", "", "", "", kTimes, "value", Unit::kUnclear, Unit::kUnclear, Unit::kUnclear,
-		Positions::kItem},
-	{"value", Form::kValue, "", "", "", "", "", "", Unit::kUnclear, Unit::kUnclear, Unit::kUnclear,
-		Positions::kItem},
+		kKeyframes, kTimes, "value"},
+	{"control-points", Form::kObject, "", "", "", kPoints, kTimes, "value"},
+	{"object", Form::kObject, "", "value", "default|defaultvalue", kKeyframes, kTimes, "value"},
+	{"list", Form::kList, "", "", "", "", kTimes, "value"},
+	{"value", Form::kValue},
 };
 
 struct KnownName
@@ -231,6 +227,12 @@ JsonMember const* FindMember(JsonValue const& inObject, std::string_view inAlter
 	return found;
 }
 
+JsonValue const& FindInner(JsonValue const& inValue, std::string_view inAlternatives)
+{
+	JsonMember const* const member = FindMember(inValue, inAlternatives);
+	return member != nullptr ? member->mValue : inValue;
+}
+
 std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy)
 {
 	struct Words
@@ -239,27 +241,10 @@ std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy)
 		// The key in metadata.sonaro.
 		char const* mSetting;
 	};
-	Words const words = [inTarget]() -> Words
-	{
-		switch (inTarget)
-		{
-		case LevelTarget::kGain:
-			return {"gain", "gain"};
-		case LevelTarget::kPan:
-			return {"pan", "pan"};
-		case LevelTarget::kMute:
-			return {"mute", "mute"};
-		case LevelTarget::kFadeIn:
-			return {"fade-in", "fade_in"};
-		case LevelTarget::kFadeOut:
-			return {"fade-out", "fade_out"};
-		case LevelTarget::kSolo:
-			return {"solo", "solo"};
-		case LevelTarget::kChannels:
-			break;
-		}
-		return {"channel selection", "channels"};
-	}();
+	// In the order of LevelTarget.
+	constexpr Words kWords[] = {{"gain", "gain"}, {"pan", "pan"}, {"mute", "mute"}, {"fade-in", "fade_in"},
+		{"fade-out", "fade_out"}, {"solo", "solo"}, {"channel selection", "channels"}};
+	Words const& words = kWords[static_cast<std::size_t>(inTarget)];
 	return std::string("another program's ") + words.mName + " " + std::string(inWhy) +
 		   "; to set it, use \"" + words.mSetting + "\" in metadata.sonaro, which takes precedence";
 }

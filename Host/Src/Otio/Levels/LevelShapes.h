@@ -65,18 +65,18 @@ struct LevelShape
 	// The conformance case is "level-" and this.
 	std::string_view mName;
 	Form mForm;
-	std::string_view mNamedBy;
-	std::string_view mValue;
-	std::string_view mDefault;
-	std::string_view mKeyframes;
+	std::string_view mNamedBy = {};
+	std::string_view mValue = {};
+	std::string_view mDefault = {};
+	std::string_view mKeyframes = {};
 	// Empty where keyframes are an object whose keys are frames.
-	std::string_view mTime;
+	std::string_view mTime = {};
 	// The key of the value within a keyframe, and within a value that is an object.
-	std::string_view mInnerValue;
-	LevelUnit mGainUnit;
-	LevelUnit mPanUnit;
-	LevelUnit mFadeUnit;
-	Positions mPositions;
+	std::string_view mInnerValue = {};
+	LevelUnit mGainUnit = LevelUnit::kUnclear;
+	LevelUnit mPanUnit = LevelUnit::kUnclear;
+	LevelUnit mFadeUnit = LevelUnit::kUnclear;
+	Positions mPositions = Positions::kItem;
 };
 
 // The shape of a level that stands under its name; null for a value of no use.
@@ -98,5 +98,7 @@ std::string DescribeUnread(LevelTarget inTarget, std::string_view inWhy);
 bool MatchesKey(std::string_view inKey, std::string_view inAlternatives);
 // The member of the first alternative that is there, the last one where it is given more than once; null for none.
 JsonMember const* FindMember(JsonValue const& inObject, std::string_view inAlternatives);
+// Its value; inValue itself for none.
+JsonValue const& FindInner(JsonValue const& inValue, std::string_view inAlternatives);
 
 } // namespace SonaroHost::Otio

@@ -21,8 +21,7 @@ bool IsGuessed(LevelName const& inName, LevelShape const& inShape)
 // What cannot be read does no harm where it is 0, off or nothing.
 bool IsAtRest(JsonValue const& inValue, LevelShape const* inShape)
 {
-	JsonMember const* const member = inShape != nullptr ? FindMember(inValue, inShape->mValue) : nullptr;
-	JsonValue const& value = member != nullptr ? member->mValue : inValue;
+	JsonValue const& value = inShape != nullptr ? FindInner(inValue, inShape->mValue) : inValue;
 	auto const number = ParseLooseNumber(value);
 	return IsEmpty(value) || (number && number->GetValue() == 0.0);
 }
@@ -43,44 +42,40 @@ void LevelTaker::Take(LevelName const& inName, LevelShape const* inShape, Cursor
 	bool const isDefault = IsGuessed(inName, *inShape) &&
 						   FindMember(inLevel.Get(), inShape->mDefault) != nullptr &&
 						   FindState(inLevel.Get(), *inShape) == ParameterState::kDefault;
-	if (isDefault)
+	if (!isDefault)
 	{
-		return;
+		Read(inName, *inShape, inLevel);
 	}
-	Read(inName, *inShape, inLevel);
-}
-
-template <class Level, class Reader>
-void LevelTaker::Put(
-	std::optional<Level>& ioLevel, Cursor const& inLevel, LevelName const& inName, Reader const& inRead)
-{
-	if (ioLevel)
-	{
-		TellNotRead(inLevel, inName, "is a duplicate; only the first is used");
-		return;
-	}
-	ioLevel = inRead();
 }
 
 void LevelTaker::Read(LevelName const& inName, LevelShape const& inShape, Cursor const& inLevel)
 {
 	LevelReader reader(inName, inShape, mRange);
+	auto const put = [&](auto& ioLevel, auto inRead)
+	{
+		if (ioLevel)
+		{
+			TellNotRead(inLevel, inName, "is a duplicate; only the first is used");
+			return;
+		}
+		ioLevel = (reader.*inRead)(inLevel);
+	};
 	switch (inName.mTarget)
 	{
 	case LevelTarget::kPan:
-		Put(mLevels.mPan, inLevel, inName, [&] { return reader.ReadCurve(inLevel); });
+		put(mLevels.mPan, &LevelReader::ReadCurve);
 		break;
 	case LevelTarget::kMute:
-		Put(mLevels.mMute, inLevel, inName, [&] { return reader.ReadCurve(inLevel); });
+		put(mLevels.mMute, &LevelReader::ReadCurve);
 		break;
 	case LevelTarget::kFadeIn:
-		Put(mLevels.mFadeIn, inLevel, inName, [&] { return reader.ReadFade(inLevel); });
+		put(mLevels.mFadeIn, &LevelReader::ReadFade);
 		break;
 	case LevelTarget::kFadeOut:
-		Put(mLevels.mFadeOut, inLevel, inName, [&] { return reader.ReadFade(inLevel); });
+		put(mLevels.mFadeOut, &LevelReader::ReadFade);
 		break;
 	default:
-		Put(mLevels.mGain, inLevel, inName, [&] { return reader.ReadCurve(inLevel); });
+		put(mLevels.mGain, &LevelReader::ReadCurve);
 		break;
 	}
 	mHasUnreadLevel |= reader.HasFailed();

@@ -30,9 +30,6 @@ public:
 
 private:
 	void Read(LevelName const& inName, LevelShape const& inShape, Cursor const& inLevel);
-	template <class Level, class Reader>
-	void Put(
-		std::optional<Level>& ioLevel, Cursor const& inLevel, LevelName const& inName, Reader const& inRead);
 	void TellNotRead(Cursor const& inLevel, LevelName const& inName, char const* inWhy);
 
 	std::optional<TimeRange> const& mRange;

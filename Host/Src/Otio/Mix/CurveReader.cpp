@@ -24,10 +24,7 @@ RationalTime ReadSecondsOrTime(Cursor const& inValue)
 	{
 		return {ReadNumber(inValue, -kMaxSeconds, kMaxSeconds), 1.0};
 	}
-	if (!inValue.IsObject())
-	{
-		inValue.RefuseType("seconds or a RationalTime");
-	}
+	inValue.Require(JsonValue::Type::kObject, "seconds or a RationalTime");
 	return ReadTime(inValue);
 }
 
@@ -46,20 +43,9 @@ double ReadPanPosition(Cursor const& inValue)
 
 Interpolation ReadInterpolation(Cursor const& inValue)
 {
-	std::string const name = inValue.IsNothing() ? "linear" : ReadText(inValue);
-	if (name == "hold")
-	{
-		return Interpolation::kHold;
-	}
-	if (name == "smooth")
-	{
-		return Interpolation::kSmooth;
-	}
-	if (name != "linear")
-	{
-		inValue.Refuse(Quote(name) + R"( is not valid; use "hold", "linear" or "smooth")");
-	}
-	return Interpolation::kLinear;
+	constexpr Choice<Interpolation> kNames[] = {{"hold", Interpolation::kHold},
+		{"linear", Interpolation::kLinear}, {"smooth", Interpolation::kSmooth}};
+	return inValue.IsNothing() ? Interpolation::kLinear : ReadChoice(inValue, ReadText(inValue), kNames);
 }
 
 Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadValue)(Cursor const&))
@@ -103,25 +89,14 @@ Curve ReadPan(Cursor const& inValue)
 
 FadeShape ReadShape(Cursor const& inValue)
 {
-	std::string const name = ReadText(inValue);
-	if (name == "equal-power")
-	{
-		return FadeShape::kEqualPower;
-	}
-	if (name == "s-curve")
-	{
-		return FadeShape::kSCurve;
-	}
-	if (name != "linear")
-	{
-		inValue.Refuse(Quote(name) + R"( is not valid; use "linear", "equal-power" or "s-curve")");
-	}
-	return FadeShape::kLinear;
+	constexpr Choice<FadeShape> kNames[] = {{"linear", FadeShape::kLinear},
+		{"equal-power", FadeShape::kEqualPower}, {"s-curve", FadeShape::kSCurve}};
+	return ReadChoice(inValue, ReadText(inValue), kNames);
 }
 
 Fade ReadFade(Cursor const& inValue)
 {
-	RequireObject(inValue, "an object with \"duration\"");
+	inValue.Require(JsonValue::Type::kObject, "an object with \"duration\"");
 	TellUnknownKeys(inValue, {"duration", "curve"});
 	Cursor const duration(inValue, "duration");
 	Fade fade;

@@ -71,33 +71,27 @@ struct Setting
 
 using Owner = SettingsOwner;
 
+constexpr unsigned kSounding = Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip;
+
+template <auto kMember, auto kReader>
+void Set(Cursor const& inValue, MixSettings& outSettings)
+{
+	outSettings.*kMember = kReader(inValue);
+}
+
 constexpr Setting kSettings[] = {
-	{"gain", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mGain = ReadGain(inValue); }},
-	{"pan", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mPan = ReadPan(inValue); }},
-	{"mute", Owner::kStack | Owner::kTrack | Owner::kClip,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mMute = ReadBool(inValue); }},
-	{"solo", Owner::kStack | Owner::kTrack,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mSolo = ReadBool(inValue); }},
-	{"channels", 0U | Owner::kClip,
-		[](Cursor const& inValue, MixSettings& outSettings)
-		{ outSettings.mChannels = ReadChannels(inValue); }},
-	{"fade_in", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mFadeIn = ReadFade(inValue); }},
-	{"fade_out", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mFadeOut = ReadFade(inValue); }},
-	{"curve", 0U | Owner::kTransition,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mShape = ReadShape(inValue); }},
-	{"layout", Owner::kTimeline | Owner::kStack,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mLayout = ReadLayout(inValue); }},
-	{"submixes", Owner::kTimeline | Owner::kStack,
-		[](Cursor const& inValue, MixSettings& outSettings)
-		{ outSettings.mSubmixes = ReadSubmixes(inValue); }},
-	{"output", 0U | Owner::kTrack,
-		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mOutput = ReadName(inValue); }},
-	{"sends", 0U | Owner::kTrack,
-		[](Cursor const& inValue, MixSettings& outSettings) { ReadSends(inValue, outSettings.mSends); }},
+	{"gain", kSounding, Set<&MixSettings::mGain, ReadGain>},
+	{"pan", kSounding, Set<&MixSettings::mPan, ReadPan>},
+	{"mute", Owner::kStack | Owner::kTrack | Owner::kClip, Set<&MixSettings::mMute, ReadBool>},
+	{"solo", Owner::kStack | Owner::kTrack, Set<&MixSettings::mSolo, ReadBool>},
+	{"channels", 0U | Owner::kClip, Set<&MixSettings::mChannels, ReadChannels>},
+	{"fade_in", kSounding, Set<&MixSettings::mFadeIn, ReadFade>},
+	{"fade_out", kSounding, Set<&MixSettings::mFadeOut, ReadFade>},
+	{"curve", 0U | Owner::kTransition, Set<&MixSettings::mShape, ReadShape>},
+	{"layout", Owner::kTimeline | Owner::kStack, Set<&MixSettings::mLayout, ReadLayout>},
+	{"submixes", Owner::kTimeline | Owner::kStack, Set<&MixSettings::mSubmixes, ReadSubmixes>},
+	{"output", 0U | Owner::kTrack, Set<&MixSettings::mOutput, ReadName>},
+	{"sends", 0U | Owner::kTrack, Set<&MixSettings::mSends, ReadSends>},
 };
 
 template <class T>
@@ -135,7 +129,7 @@ MixSettings ReadMixSettings(Cursor const& inMetadata, SettingsOwner inOwner)
 	{
 		return settings;
 	}
-	RequireObject(sonaro, "an object");
+	sonaro.Require(JsonValue::Type::kObject, "an object");
 	RepeatedKeys const repeated(sonaro.Get());
 	for (JsonMember const& member : sonaro.Get().GetMembers())
 	{

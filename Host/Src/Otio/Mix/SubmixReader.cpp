@@ -16,7 +16,7 @@ namespace
 
 Send ReadSend(Cursor const& inValue)
 {
-	RequireObject(inValue, "an object with \"to\", the submix to send to");
+	inValue.Require(JsonValue::Type::kObject, "an object with \"to\", the submix to send to");
 	TellUnknownKeys(inValue, {"to", "gain", "pre_fader"});
 	Send send;
 	send.mTo = ReadName(Cursor(inValue, "to"));
@@ -31,7 +31,7 @@ Send ReadSend(Cursor const& inValue)
 
 Submix ReadSubmix(Cursor const& inValue)
 {
-	RequireObject(inValue, "an object with \"name\"");
+	inValue.Require(JsonValue::Type::kObject, "an object with \"name\"");
 	TellUnknownKeys(inValue, {"name", "gain", "pan", "mute", "output"});
 	Submix submix;
 	submix.mName = ReadName(Cursor(inValue, "name"));
@@ -111,9 +111,11 @@ std::vector<Submix> ReadSubmixes(Cursor const& inList)
 	return submixes;
 }
 
-void ReadSends(Cursor const& inList, std::vector<Send>& outSends)
+std::vector<Send> ReadSends(Cursor const& inList)
 {
-	ForEach(inList, [&outSends](Cursor const& inValue) { outSends.push_back(ReadSend(inValue)); });
+	std::vector<Send> sends;
+	ForEach(inList, [&sends](Cursor const& inValue) { sends.push_back(ReadSend(inValue)); });
+	return sends;
 }
 
 } // namespace SonaroHost::Otio

@@ -17,6 +17,6 @@ inline constexpr std::size_t kMaxSubmixes = 1000;
 std::string ReadName(Cursor const& inValue);
 // A list of submixes, which have names of their own and do not feed each other in a loop.
 std::vector<Submix> ReadSubmixes(Cursor const& inList);
-void ReadSends(Cursor const& inList, std::vector<Send>& outSends);
+std::vector<Send> ReadSends(Cursor const& inList);
 
 } // namespace SonaroHost::Otio

@@ -49,9 +49,4 @@ std::int64_t ToSamples(Ratio const& inSeconds, int inSampleRate)
 	return (inSeconds * Ratio(inSampleRate)).Round();
 }
 
-Ratio ToFrames(Ratio const& inSeconds, double inRate)
-{
-	return inSeconds * ToExactRate(inRate);
-}
-
 } // namespace SonaroHost::Otio
