@@ -1,15 +1,65 @@
 #include "SonaroHost/Engine/ReadAhead.h"
 
-#include "PrefetchBatch.h"
 #include "Sonaro/AudioPrefetch.h"
+#include "Sonaro/IAudioPrefetchNotify.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
+#include "zorvcore/utility/HighPrecisionTime.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <exception>
+#include <mutex>
+#include <optional>
 #include <vector>
 
 namespace SonaroHost
 {
+
+namespace Clock = zorvcore::utility::HighPrecisionTime;
+
+// Hears the end of one batch of prefetch requests for those who wait for it.
+//
+// Threads  Any.
+class PrefetchBatch final : public SN::Implements<PrefetchBatch, SN::AudioPrefetch::IAudioPrefetchNotify>
+{
+public:
+	static constexpr SN::Identifier<PrefetchBatch> kIdentifier{0x5b0e6f3c94d7a218ull, 0xe31f80c26a97d54bull};
+
+	struct End
+	{
+		// False when the batch was given up.
+		bool mWasRead = false;
+		// The time since this object was made.
+		long long mElapsedNanos = 0;
+	};
+
+	// The stamp for the batch.
+	unsigned long long GetTimeStamp() const { return mTimeStamp; }
+
+	void Complete(int inResult) override
+	{
+		long long const elapsed =
+			Clock::ConvertToNanos(Clock::GetCurrentTimeStamp()) - Clock::ConvertToNanos(mTimeStamp);
+		{
+			std::lock_guard const lock(mMutex);
+			mEnd = End{inResult == SN::kSuccess, elapsed};
+		}
+		mHasEnded.notify_all();
+	}
+
+	End Wait()
+	{
+		std::unique_lock lock(mMutex);
+		mHasEnded.wait(lock, [this] { return mEnd.has_value(); });
+		return *mEnd;
+	}
+
+private:
+	unsigned long long mTimeStamp = Clock::GetCurrentTimeStamp();
+	std::mutex mMutex;
+	std::condition_variable mHasEnded;
+	std::optional<End> mEnd;
+};
 
 namespace
 {

@@ -1,15 +1,89 @@
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 
+#include "Media/MovieFile.h"
 #include "Otio/PlaceNames.h"
-#include "OtioSequence/Survey/MediaList.h"
 
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/OtioSequence/TimelineMaker.h"
 
+#include <set>
 #include <utility>
 
 namespace SonaroHost::Otio
 {
+
+namespace
+{
+
+// All media that clips refer to, heard or not, pictures too: the files, and the places where they were looked for
+// before.
+class MediaList
+{
+public:
+	// The finder outlives this object.
+	explicit MediaList(MediaFinder const& inFinder)
+		: mFinder(inFinder)
+	{
+	}
+
+	void Add(std::vector<Composable> const& inChildren)
+	{
+		for (Composable const& child : inChildren)
+		{
+			if (auto const* const clip = child.As<Clip>())
+			{
+				Add(*clip);
+			}
+			else if (auto const* const track = child.As<Track>())
+			{
+				Add(track->mChildren);
+			}
+			else if (auto const* const stack = child.As<Stack>())
+			{
+				Add(stack->mChildren);
+			}
+		}
+	}
+
+	std::set<std::filesystem::path> const& GetPaths() const { return mPaths; }
+
+private:
+	void Add(Clip const& inClip)
+	{
+		for (MediaReference const& reference : inClip.mMediaReferences)
+		{
+			if (reference.mKind == MediaReference::Kind::kExternal &&
+				mUrls.insert(reference.mTargetUrl).second)
+			{
+				AddUrl(reference.mTargetUrl);
+			}
+		}
+	}
+
+	void AddUrl(std::string const& inUrl)
+	{
+		FoundMedia const found = mFinder.Find(inUrl);
+		if (found.IsFound())
+		{
+			mPaths.insert(found.mPath);
+		}
+		mPaths.insert(found.mLookedFor.begin(), found.mLookedFor.end());
+		if (!(found.IsFound() ? IsMovieFile(found.mPath) : HasMovieEnding(found.mPath)))
+		{
+			return;
+		}
+		// The sound file that is taken for a movie's sound, or the places where one would be.
+		auto const sound = mFinder.FindSound(inUrl);
+		auto const places = sound ? std::vector{*sound} : mFinder.ListPlacesOfSound(inUrl);
+		mPaths.insert(places.begin(), places.end());
+	}
+
+	MediaFinder const& mFinder;
+	std::set<std::string> mUrls;
+	std::set<std::filesystem::path> mPaths;
+};
+
+} // namespace
 
 bool IsTimelinePath(std::filesystem::path const& inPath)
 {
@@ -41,7 +115,7 @@ std::vector<std::filesystem::path> TimelineInput::ListMedia() const
 	MediaList list(mFinder);
 	for (Timeline const& timeline : mFile.GetDocument().mTimelines)
 	{
-		list.Add(timeline);
+		list.Add(timeline.mTracks.mChildren);
 	}
 	return {list.GetPaths().begin(), list.GetPaths().end()};
 }

@@ -1,7 +1,5 @@
 #include "RenderJob.h"
 
-#include "SignsOfZeros.h"
-
 #include "SonaroHost/Base/HostError.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -22,6 +20,20 @@ constexpr int kMostLimitedPasses = 6;
 double ToAmplitude(double inDecibels)
 {
 	return std::pow(10.0, inDecibels / 20.0);
+}
+
+// Makes every zero a positive one. A fader that is closed gives silence for a whole block of it, and the samples'
+// signs with it for a part: so blocks of any size are alike.
+void DropSignsOfZeros(dsp::AudioBuffer& ioBlock)
+{
+	for (unsigned channel = 0; channel < ioBlock.GetNumChannels(); ++channel)
+	{
+		float* const samples = ioBlock.IsChannelSilent(channel) ? nullptr : ioBlock.GetChannel(channel);
+		for (unsigned i = 0; samples && i < ioBlock.GetUseSize(); ++i)
+		{
+			samples[i] += 0.0f;
+		}
+	}
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "RenderOutput.h"
 
-#include "SonaroHost/Metering/BlockPeak.h"
+#include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
@@ -72,7 +72,14 @@ void RenderOutput::Write(dsp::AudioBuffer& ioBlock)
 	{
 		mWriter->Write(ioBlock);
 	}
-	mFile.mPeak = FindPeak(ioBlock, mFile.mPeak);
+	for (unsigned channel = 0; channel < ioBlock.GetNumChannels(); ++channel)
+	{
+		if (!ioBlock.IsChannelSilent(channel))
+		{
+			mFile.mPeak = std::max(mFile.mPeak,
+				zorvaccelerate::utility::FindPeak(ioBlock.GetUseSize(), ioBlock.GetChannel(channel)));
+		}
+	}
 	if (mMeter)
 	{
 		mMeter->Add(ioBlock);

@@ -18,9 +18,6 @@ struct OutputLevels
 	bool IsNone() const { return !mNormalizeLoudness && !mLimitDecibels; }
 };
 
-// inGain: linear, of the whole render. Throws a HostError for what is out of range or contradicts itself.
-void CheckLevels(OutputLevels const& inLevels, float inGain);
-
 // What is measured. All tracks together take about as long as a render itself.
 enum class Measuring
 {

@@ -41,7 +41,7 @@ struct OutputRequest
 	unsigned mBlockFrames = 4096;
 };
 
-// Throws a HostError for a number that is out of range.
+// Throws a HostError for a number that is out of range, or levels that contradict each other.
 void CheckNumbers(OutputRequest const& inRequest);
 
 // The samples that are written, dithered as asked for or, without a wish, where they need it. Throws a HostError for a
