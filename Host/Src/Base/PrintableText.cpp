@@ -10,6 +10,12 @@ namespace SonaroHost
 namespace
 {
 
+// Whether a byte of UTF-8 is not the first one of its character.
+bool ContinuesCharacter(char inByte)
+{
+	return (static_cast<unsigned char>(inByte) & 0xc0) == 0x80;
+}
+
 struct Character
 {
 	std::uint32_t mCode = 0;
@@ -33,12 +39,11 @@ Character Decode(std::string_view inText)
 	std::uint32_t code = first & (0x7fu >> length);
 	for (std::size_t i = 1; i < length; ++i)
 	{
-		auto const byte = static_cast<unsigned char>(inText[i]);
-		if ((byte & 0xc0) != 0x80)
+		if (!ContinuesCharacter(inText[i]))
 		{
 			return {};
 		}
-		code = code << 6 | (byte & 0x3fu);
+		code = code << 6 | (static_cast<unsigned char>(inText[i]) & 0x3fu);
 	}
 	constexpr std::uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
 	bool const isSurrogate = code >= 0xd800 && code < 0xe000;
@@ -126,6 +131,16 @@ std::string GetLowerEnding(std::filesystem::path const& inPath)
 	return ToLower(inPath.extension().string());
 }
 
+std::string_view CutText(std::string_view inText, std::size_t inLongest)
+{
+	std::size_t length = std::min(inText.size(), inLongest);
+	while (length > 0 && length < inText.size() && ContinuesCharacter(inText[length]))
+	{
+		--length;
+	}
+	return inText.substr(0, length);
+}
+
 std::string ShortenMiddle(std::string_view inText, std::size_t inLongest)
 {
 	constexpr std::string_view kEllipsis = "...";
@@ -133,20 +148,13 @@ std::string ShortenMiddle(std::string_view inText, std::size_t inLongest)
 	{
 		return std::string(inText);
 	}
-	auto const isWithinCharacter = [&](std::size_t inPosition)
-	{ return inPosition < inText.size() && (static_cast<unsigned char>(inText[inPosition]) & 0xc0) == 0x80; };
 	std::size_t const kept = inLongest - std::min(inLongest, kEllipsis.size());
-	std::size_t end = kept / 2;
-	std::size_t tail = inText.size() - (kept - end);
-	while (end > 0 && isWithinCharacter(end))
-	{
-		--end;
-	}
-	while (isWithinCharacter(tail))
+	std::size_t tail = inText.size() - (kept - kept / 2);
+	while (tail < inText.size() && ContinuesCharacter(inText[tail]))
 	{
 		++tail;
 	}
-	return std::string(inText.substr(0, end)) + std::string(kEllipsis) + std::string(inText.substr(tail));
+	return std::string(CutText(inText, kept / 2)) + std::string(kEllipsis) + std::string(inText.substr(tail));
 }
 
 } // namespace SonaroHost

@@ -2,11 +2,10 @@
 
 #include "FilePlace.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SystemFiles.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <random>
 #include <string>
@@ -37,18 +36,7 @@ std::filesystem::path GetFolder(std::filesystem::path const& inPath)
 std::string MakeTemporaryStart(std::filesystem::path const& inPath)
 {
 	constexpr std::size_t kMostBytes = 200;
-	std::string name = inPath.filename().string();
-	if (name.size() > kMostBytes)
-	{
-		std::size_t length = kMostBytes;
-		// The cut must not fall in the middle of a character of UTF-8.
-		while (length > 0 && (static_cast<unsigned char>(name[length]) & 0xc0) == 0x80)
-		{
-			--length;
-		}
-		name.resize(length);
-	}
-	return "." + name + ".sonaro-";
+	return "." + std::string(CutText(inPath.filename().string(), kMostBytes)) + ".sonaro-";
 }
 
 std::string MakeTemporaryName(std::filesystem::path const& inPath)
@@ -229,15 +217,10 @@ void OutputFile::Commit()
 
 void OutputFile::CopyToStandardOutput()
 {
-	constexpr std::size_t kPieceBytes = 65536;
-	std::array<char, kPieceBytes> piece{};
 	std::rewind(mFile.get());
 	errno = 0;
-	while (std::size_t const count = std::fread(piece.data(), 1, piece.size(), mFile.get()))
-	{
-		NoteFailure(std::fwrite(piece.data(), 1, count, stdout) != count);
-		CheckWritten();
-	}
+	NoteFailure(!CopyRest(mFile.get(), stdout));
+	CheckWritten();
 	NoteFailure(std::ferror(mFile.get()) != 0 || std::fflush(stdout) != 0);
 	CheckWritten();
 	mFile.reset();

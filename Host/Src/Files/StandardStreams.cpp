@@ -2,7 +2,6 @@
 
 #include "SystemFiles.h"
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -21,7 +20,6 @@ namespace
 // Takes the standard input to its end.
 FileHandle SpoolStandardInput()
 {
-	constexpr std::size_t kPieceBytes = 65536;
 	constexpr char const* kWhyNotKept =
 		"the standard input cannot be stored in a temporary file (TMPDIR sets the folder)";
 	FileHandle spool = MakeUnnamedFile();
@@ -29,13 +27,9 @@ FileHandle SpoolStandardInput()
 	{
 		RefuseInput(kWhyNotKept);
 	}
-	std::array<char, kPieceBytes> piece{};
-	while (std::size_t const count = std::fread(piece.data(), 1, piece.size(), stdin))
+	if (!CopyRest(stdin, spool.get()))
 	{
-		if (std::fwrite(piece.data(), 1, count, spool.get()) != count)
-		{
-			RefuseInput(kWhyNotKept);
-		}
+		RefuseInput(kWhyNotKept);
 	}
 	if (std::ferror(stdin) != 0)
 	{

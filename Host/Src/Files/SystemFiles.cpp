@@ -1,5 +1,6 @@
 #include "SystemFiles.h"
 
+#include <array>
 #include <cerrno>
 #include <string>
 #include <system_error>
@@ -130,6 +131,19 @@ FileHandle MakeUnnamedFile()
 		unlink(name.c_str());
 	}
 	return Open(file);
+}
+
+bool CopyRest(std::FILE* ioFrom, std::FILE* outTo)
+{
+	std::array<char, 65536> piece{};
+	while (std::size_t const count = std::fread(piece.data(), 1, piece.size(), ioFrom))
+	{
+		if (std::fwrite(piece.data(), 1, count, outTo) != count)
+		{
+			return false;
+		}
+	}
+	return true;
 }
 
 std::filesystem::path GetPathOfOpenFile(std::FILE* inFile)

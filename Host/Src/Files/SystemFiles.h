@@ -57,6 +57,10 @@ void RemoveUnmarked(std::filesystem::path const& inPath);
 // once it is closed. Null, with the reason in errno, when none can be made.
 FileHandle MakeUnnamedFile();
 
+// Copies what is left of a file to the end of another. False when writing failed, with the reason in errno; whether
+// reading did, the file itself says.
+bool CopyRest(std::FILE* ioFrom, std::FILE* outTo);
+
 // The file by which it can be opened again, as often as needed, as long as it is open.
 std::filesystem::path GetPathOfOpenFile(std::FILE* inFile);
 

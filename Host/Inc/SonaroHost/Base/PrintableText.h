@@ -24,6 +24,9 @@ std::string ToLower(std::string inText);
 // The ending of a file's name in lower case, with its dot; empty for none.
 std::string GetLowerEnding(std::filesystem::path const& inPath);
 
+// The first inLongest bytes of a text, fewer where that would split a character of UTF-8.
+std::string_view CutText(std::string_view inText, std::size_t inLongest);
+
 // A text of more than inLongest bytes with "..." for its middle, so that it is no longer. Characters of UTF-8 stay whole.
 std::string ShortenMiddle(std::string_view inText, std::size_t inLongest);
 

@@ -15,18 +15,6 @@ namespace
 
 constexpr JsonValue kNothing{};
 
-// inLength of the text's bytes, fewer where that would split a character of UTF-8.
-std::string_view CutAt(std::string_view inText, std::size_t inLength)
-{
-	std::size_t length = inLength;
-	while (
-		length > 0 && length < inText.size() && (static_cast<unsigned char>(inText[length]) & 0xc0) == 0x80)
-	{
-		--length;
-	}
-	return inText.substr(0, length);
-}
-
 } // namespace
 
 Cursor::Cursor(Cursor const& inAround, JsonValue const* inValue, std::string_view inKey, std::size_t inIndex)
@@ -53,7 +41,7 @@ std::string Cursor::GetPlace() const
 	}
 	std::size_t const lastSlash = place.find('/', place.size() - kKept);
 	std::size_t const end = lastSlash == std::string::npos ? place.size() : lastSlash;
-	return std::string(CutAt(place, kKept)) + "..." + place.substr(end);
+	return std::string(CutText(place, kKept)) + "..." + place.substr(end);
 }
 
 void Cursor::AppendPlace(std::string& ioPlace) const
@@ -70,7 +58,7 @@ void Cursor::AppendPlace(std::string& ioPlace) const
 		ioPlace += std::to_string(mIndex);
 		return;
 	}
-	std::string_view const key = CutAt(mKey, kLongestKey);
+	std::string_view const key = CutText(mKey, kLongestKey);
 	std::string escaped;
 	for (char const character : key)
 	{
@@ -106,7 +94,7 @@ void Cursor::Tell(Note::Kind inKind, std::string inText) const
 std::string Quote(std::string_view inText)
 {
 	constexpr std::size_t kLongest = 60;
-	std::string_view const cut = CutAt(inText, kLongest);
+	std::string_view const cut = CutText(inText, kLongest);
 	std::string quoted = "'";
 	quoted += MakePrintable(cut);
 	return quoted + (cut.size() < inText.size() ? "...'" : "'");
