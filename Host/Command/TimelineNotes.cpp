@@ -7,10 +7,8 @@
 #include "SonaroHost/Otio/Labels.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <map>
 #include <numeric>
-#include <string>
 #include <utility>
 
 namespace SonaroCommand
@@ -29,18 +27,9 @@ constexpr std::size_t kLongestPlace = 400;
 
 char const* GetName(Note::Kind inKind)
 {
-	switch (inKind)
-	{
-	case Note::Kind::kRemark:
-		return "remark";
-	case Note::Kind::kGuess:
-		return "guess";
-	case Note::Kind::kLevelNotRead:
-		return "level not read";
-	case Note::Kind::kIgnored:
-		break;
-	}
-	return "ignored";
+	// In the order of Note::Kind.
+	constexpr char const* kKindNames[] = {"remark", "guess", "ignored", "level not read"};
+	return kKindNames[static_cast<std::size_t>(inKind)];
 }
 
 bool IsUnreadLevel(Note const& inNote)
@@ -167,14 +156,6 @@ std::string DescribeReason(MissingMedia const& inMissing)
 
 void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> const& inNotes)
 {
-	std::size_t lines = 0;
-	auto const warn = [&lines](std::string const& inText)
-	{
-		if (lines++ < kMostLines)
-		{
-			PrintWarning(inText);
-		}
-	};
 	std::vector<Note const*> unread;
 	std::vector<Note const*> others;
 	for (Note const& note : inNotes)
@@ -190,21 +171,22 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 			others.push_back(&note);
 		}
 	}
-	for (std::string const& text : DescribeEachOnce(unread))
-	{
-		warn(text);
-	}
+	std::vector<std::string> texts = DescribeEachOnce(unread);
 	for (MissingFile const& file : GroupByFile(inMissing))
 	{
-		warn(Describe(file));
+		texts.push_back(Describe(file));
 	}
-	for (std::string const& text : DescribeEachOnce(others))
+	for (std::string& text : DescribeEachOnce(others))
 	{
-		warn(text);
+		texts.push_back(std::move(text));
 	}
-	if (lines > kMostLines)
+	for (std::size_t line = 0; line < std::min(texts.size(), kMostLines); ++line)
 	{
-		std::size_t const rest = lines - kMostLines;
+		PrintWarning(texts[line]);
+	}
+	if (texts.size() > kMostLines)
+	{
+		std::size_t const rest = texts.size() - kMostLines;
 		PrintWarning(FormatCount(rest, "more warning") + (rest == 1 ? " is" : " are") +
 					 " not shown; use --report or --json to list all");
 	}

@@ -12,18 +12,9 @@ using namespace SonaroHost::Otio;
 
 char const* GetName(ClipRow::Status inStatus)
 {
-	switch (inStatus)
-	{
-	case ClipRow::Status::kHeard:
-		return "heard";
-	case ClipRow::Status::kSilent:
-		return "silent";
-	case ClipRow::Status::kOutside:
-		return "outside";
-	case ClipRow::Status::kMissing:
-		break;
-	}
-	return "missing";
+	// In the order of ClipRow::Status.
+	constexpr char const* kStatusNames[] = {"heard", "silent", "missing", "outside"};
+	return kStatusNames[static_cast<std::size_t>(inStatus)];
 }
 
 Json ListClips(std::vector<ClipRow> const& inClips)

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <iterator>
 #include <system_error>
+#include <utility>
 
 namespace SonaroHost
 {
@@ -20,25 +21,13 @@ using zorvmediatypes::AudioChannelLayout;
 // Null for a channel without a place.
 char const* FindPlaceName(AudioChannelDescription inChannel)
 {
-	switch (inChannel)
-	{
-	case AudioChannelDescription::kMono:
-		return "mono";
-	case AudioChannelDescription::kLeft:
-		return "left";
-	case AudioChannelDescription::kRight:
-		return "right";
-	case AudioChannelDescription::kCenter:
-		return "centre";
-	case AudioChannelDescription::kLowFrequency:
-		return "LFE";
-	case AudioChannelDescription::kLeftSurround:
-		return "left surround";
-	case AudioChannelDescription::kRightSurround:
-		return "right surround";
-	default:
-		return nullptr;
-	}
+	using Place = AudioChannelDescription;
+	constexpr std::pair<Place, char const*> kNames[] = {{Place::kMono, "mono"}, {Place::kLeft, "left"},
+		{Place::kRight, "right"}, {Place::kCenter, "centre"}, {Place::kLowFrequency, "LFE"},
+		{Place::kLeftSurround, "left surround"}, {Place::kRightSurround, "right surround"}};
+	auto const* const found = std::find_if(std::begin(kNames), std::end(kNames),
+		[inChannel](auto const& inName) { return inName.first == inChannel; });
+	return found == std::end(kNames) ? nullptr : found->second;
 }
 
 } // namespace

@@ -42,16 +42,7 @@ OutputSamples GetDefaultSamples(OutputContainer inContainer)
 
 int GetIntegerBits(OutputSamples inSamples)
 {
-	switch (inSamples)
-	{
-	case OutputSamples::kInteger16:
-		return 16;
-	case OutputSamples::kInteger24:
-		return 24;
-	case OutputSamples::kFloat32:
-		break;
-	}
-	return 0;
+	return inSamples == OutputSamples::kInteger16 ? 16 : inSamples == OutputSamples::kInteger24 ? 24 : 0;
 }
 
 int GetSampleSize(OutputSamples inSamples)
@@ -62,18 +53,8 @@ int GetSampleSize(OutputSamples inSamples)
 
 std::string GetName(OutputContainer inContainer)
 {
-	switch (inContainer)
-	{
-	case OutputContainer::kWav:
-		return "WAV";
-	case OutputContainer::kAiff:
-		return "AIFF";
-	case OutputContainer::kFlac:
-		return "FLAC";
-	case OutputContainer::kCaf:
-		break;
-	}
-	return "CAF";
+	constexpr char const* kNames[] = {"WAV", "AIFF", "FLAC", "CAF"};
+	return kNames[static_cast<std::size_t>(inContainer)];
 }
 
 std::string GetName(OutputSamples inSamples)

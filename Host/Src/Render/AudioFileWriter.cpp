@@ -29,32 +29,20 @@ constexpr std::int64_t kLargestData = 0xffff0000;
 
 int GetSampleFormat(OutputSamples inSamples)
 {
-	switch (inSamples)
-	{
-	case OutputSamples::kInteger16:
-		return SF_FORMAT_PCM_16;
-	case OutputSamples::kInteger24:
-		return SF_FORMAT_PCM_24;
-	case OutputSamples::kFloat32:
-		break;
-	}
-	return SF_FORMAT_FLOAT;
+	return inSamples == OutputSamples::kInteger16   ? SF_FORMAT_PCM_16
+		   : inSamples == OutputSamples::kInteger24 ? SF_FORMAT_PCM_24
+													: SF_FORMAT_FLOAT;
 }
 
 int GetContainerFormat(OutputContainer inContainer, bool inIsLarge, bool inIs51)
 {
-	switch (inContainer)
+	if (inContainer == OutputContainer::kWav)
 	{
-	case OutputContainer::kWav:
 		return inIsLarge ? SF_FORMAT_RF64 : inIs51 ? SF_FORMAT_WAVEX : SF_FORMAT_WAV;
-	case OutputContainer::kAiff:
-		return SF_FORMAT_AIFF;
-	case OutputContainer::kFlac:
-		return SF_FORMAT_FLAC;
-	case OutputContainer::kCaf:
-		break;
 	}
-	return SF_FORMAT_CAF;
+	return inContainer == OutputContainer::kAiff   ? SF_FORMAT_AIFF
+		   : inContainer == OutputContainer::kFlac ? SF_FORMAT_FLAC
+												   : SF_FORMAT_CAF;
 }
 
 SF_INFO MakeFormat(std::filesystem::path const& inPath, OutputFormat const& inFormat, int inSampleRate,
