@@ -262,14 +262,8 @@ ClipInput RenderCommand::MakeOnlyInput() const
 {
 	ClipInput input;
 	input.mPath = mInputs.front();
-	if (!mStart.empty())
-	{
-		input.mStart = ParseTime("--start", mStart);
-	}
-	if (!mDuration.empty())
-	{
-		input.mDuration = ParseTime("--duration", mDuration);
-	}
+	input.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
+	input.mDuration = ParseTimeIfGiven("--duration", mDuration);
 	if (!mChannels.empty())
 	{
 		input.mChannels = ParseChannels(mChannels);

@@ -49,11 +49,6 @@ float ToGain(double inDecibels)
 	return inDecibels == 0.0 ? 1.0f : static_cast<float>(std::pow(10.0, inDecibels / 20.0));
 }
 
-std::optional<TimePosition> ParseFade(std::string const& inOption, std::string const& inTime)
-{
-	return inTime.empty() ? std::nullopt : std::optional(ParseTime(inOption, inTime));
-}
-
 } // namespace
 
 OutputContainer RenderOptions::ChooseContainer() const
@@ -105,8 +100,8 @@ void RenderOptions::Fill(OutputRequest& outRequest) const
 	outRequest.mSamples = FindSamples(mBits);
 	outRequest.mDither = FindDither(mDither);
 	outRequest.mGain = ToGain(mGainDecibels);
-	outRequest.mFadeIn = ParseFade("--fade-in", mFadeIn);
-	outRequest.mFadeOut = ParseFade("--fade-out", mFadeOut);
+	outRequest.mFadeIn = ParseTimeIfGiven("--fade-in", mFadeIn);
+	outRequest.mFadeOut = ParseTimeIfGiven("--fade-out", mFadeOut);
 	outRequest.mLevels = mLevels;
 	outRequest.mMeasuring = !mReport.empty()       ? Measuring::kTracks
 							: mAsJson || !mIsQuiet ? Measuring::kOutput

@@ -2,7 +2,7 @@
 
 #include "Json.h"
 #include "Sonaro/Types.h"
-#include "SonaroHost/Render/OutputLevels.h"
+#include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Render/RenderSummary.h"
 
 #include <string>

@@ -19,4 +19,9 @@ TimePosition ParseTime(std::string const& inOption, std::string const& inText)
 	return *time;
 }
 
+std::optional<TimePosition> ParseTimeIfGiven(std::string const& inOption, std::string const& inText)
+{
+	return inText.empty() ? std::nullopt : std::optional(ParseTime(inOption, inText));
+}
+
 } // namespace SonaroCommand

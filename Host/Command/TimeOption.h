@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/TimePosition.h"
 
+#include <optional>
 #include <string>
 
 namespace SonaroCommand
@@ -13,5 +14,8 @@ inline constexpr char const* kTimesHelp =
 
 // What an option was given as a time; throws a HostError that names the option.
 SonaroHost::TimePosition ParseTime(std::string const& inOption, std::string const& inText);
+// Nothing for an empty text.
+std::optional<SonaroHost::TimePosition> ParseTimeIfGiven(
+	std::string const& inOption, std::string const& inText);
 
 } // namespace SonaroCommand

@@ -9,8 +9,8 @@
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "TimeOption.h"
+#include "TimelineNotes.h"
 #include "TimelineOptions.h"
-#include "TimelineWaveform.h"
 
 #include <algorithm>
 #include <array>
@@ -118,6 +118,27 @@ std::string DescribeForMachines(std::string const& inInput, std::string const& i
 	return ToText(json);
 }
 
+std::string DescribeForPeople(std::string const& inOutput, TimelineWaveformRequest const& inRequest,
+	TimelineWaveformSummary const& inSummary)
+{
+	std::string text = ShowOutput(inOutput) + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) +
+					   ", " + std::to_string(inRequest.mWidth) + " x " + std::to_string(inSummary.mHeight) +
+					   " pixels, from the top:\n";
+	for (std::string const& band : inSummary.mBands)
+	{
+		text += "  " + MakePrintable(band) + "\n";
+	}
+	return text;
+}
+
+std::string DescribeForMachines(std::string const& inInput, std::string const& inOutput,
+	TimelineWaveformRequest const& inRequest, TimelineWaveformSummary const& inSummary)
+{
+	return ToText({{"input", inInput}, {"output", inOutput}, {"samples", inSummary.mFrames},
+		{"rate", inSummary.mSampleRate}, {"columns", inRequest.mWidth}, {"height", inSummary.mHeight},
+		{"bands", inSummary.mBands}, {"elapsedSeconds", inSummary.mElapsedSeconds}});
+}
+
 } // namespace
 
 WaveformCommand::WaveformCommand(CLI::App& ioProgram)
@@ -198,12 +219,26 @@ std::string WaveformCommand::DescribeInputs() const
 		   ".otiod)";
 }
 
+template <class Request, class Summary>
+void WaveformCommand::Report(Request const& inRequest, Summary const& inSummary) const
+{
+	if (mAsJson || !mIsQuiet)
+	{
+		PrintResult(mAsJson ? DescribeForMachines(mInput, mOutput, inRequest, inSummary)
+							: DescribeForPeople(mOutput, inRequest, inSummary));
+	}
+}
+
 int WaveformCommand::Run()
 {
 	MakeRoomForOutputs({mOutput});
 	if (Otio::IsTimelinePath(mInput))
 	{
-		return DrawTimeline(MakeTimelineRequest(), {mInput, mOutput, mIsQuiet, mAsJson});
+		TimelineWaveformRequest const request = MakeTimelineRequest();
+		TimelineWaveformJob job(request);
+		WarnOfNotes(job.GetSequence().mMissing, {});
+		Report(request, RunJob(job, job.GetSampleRate(), mIsQuiet));
+		return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
 	}
 	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
 	WaveformRequest const request = MakeRequest();
@@ -219,14 +254,8 @@ WaveformRequest WaveformCommand::MakeRequest()
 	request.mOutput = mOutput;
 	request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
 	CheckOptionsFit(request.mFormat);
-	if (!mStart.empty())
-	{
-		request.mStart = ParseTime("--start", mStart);
-	}
-	if (!mDuration.empty())
-	{
-		request.mDuration = ParseTime("--duration", mDuration);
-	}
+	request.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
+	request.mDuration = ParseTimeIfGiven("--duration", mDuration);
 	request.mWidth = mWidth;
 	request.mSamplesPerColumn = mSamplesPerColumn;
 	request.mChannels = mChannels == "merged" ? WaveformChannels::kMerged : WaveformChannels::kStacked;
@@ -288,15 +317,6 @@ void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
 	if (isGiven("--floor-db") && mScale != "db")
 	{
 		Refuse("--floor-db needs --scale db");
-	}
-}
-
-void WaveformCommand::Report(WaveformRequest const& inRequest, WaveformSummary const& inSummary) const
-{
-	if (mAsJson || !mIsQuiet)
-	{
-		PrintResult(mAsJson ? DescribeForMachines(mInput, mOutput, inRequest, inSummary)
-							: DescribeForPeople(mOutput, inRequest, inSummary));
 	}
 }
 

@@ -31,8 +31,8 @@ private:
 	SonaroHost::WaveformStyle MakeStyle() const;
 	// Throws a HostError for an option that the format has no use for.
 	void CheckOptionsFit(SonaroHost::WaveformFormat inFormat);
-	void Report(
-		SonaroHost::WaveformRequest const& inRequest, SonaroHost::WaveformSummary const& inSummary) const;
+	template <class Request, class Summary>
+	void Report(Request const& inRequest, Summary const& inSummary) const;
 
 	std::string mInput;
 	std::string mOutput;

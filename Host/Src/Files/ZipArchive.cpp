@@ -4,7 +4,6 @@
 
 #include <zip.h>
 
-#include <filesystem>
 #include <system_error>
 
 namespace SonaroHost

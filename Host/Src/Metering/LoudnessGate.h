@@ -3,7 +3,6 @@
 #include "SonaroHost/Metering/LoudnessOptions.h"
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 

@@ -14,6 +14,10 @@ namespace
 
 constexpr double kSecondsPerReading = 0.1;
 
+constexpr double LoudnessReading::*kMembers[] = {&LoudnessReading::mPeak, &LoudnessReading::mTruePeak,
+	&LoudnessReading::mRMS, &LoudnessReading::mMomentary, &LoudnessReading::mShortTerm,
+	&LoudnessReading::mIntegrated};
+
 } // namespace
 
 LoudnessMeterSetter::LoudnessMeterSetter(SN::AudioChannelLayout inLayout)
@@ -83,22 +87,18 @@ LoudnessReading LoudnessMeterSetter::GetReading()
 		mIsSpareFresh.store(true, std::memory_order_release);
 	}
 	LoudnessReading reading;
-	double* const members[kNumValues] = {&reading.mPeak, &reading.mTruePeak, &reading.mRMS,
-		&reading.mMomentary, &reading.mShortTerm, &reading.mIntegrated};
 	for (std::size_t i = 0; i < kNumValues; ++i)
 	{
-		*members[i] = mValues[i].load(std::memory_order_relaxed);
+		reading.*kMembers[i] = mValues[i].load(std::memory_order_relaxed);
 	}
 	return reading;
 }
 
 void LoudnessMeterSetter::Publish(LoudnessReading const& inReading)
 {
-	double const values[kNumValues] = {inReading.mPeak, inReading.mTruePeak, inReading.mRMS,
-		inReading.mMomentary, inReading.mShortTerm, inReading.mIntegrated};
 	for (std::size_t i = 0; i < kNumValues; ++i)
 	{
-		mValues[i].store(values[i], std::memory_order_relaxed);
+		mValues[i].store(inReading.*kMembers[i], std::memory_order_relaxed);
 	}
 }
 

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <numbers>
 #include <numeric>
-#include <vector>
 
 namespace SonaroHost
 {
@@ -15,15 +14,15 @@ namespace
 using Taps = std::vector<double>;
 using zorvaccelerate::utility::InterpolationTaps;
 
-// The taps of a point that lies inPhase steps of 1 / inFactor after the older one of the samples beside it.
-Taps GetPhase(std::size_t inPhase, std::size_t inFactor)
+// A tap of the filter at inFactor times the rate.
+double GetTap(std::size_t inIndex, std::size_t inFactor)
 {
-	Taps taps;
-	for (std::size_t index = inPhase; index < kTruePeakTaps; index += inFactor)
-	{
-		taps.push_back(GetTruePeakTap(index, inFactor));
-	}
-	return taps;
+	constexpr double kMiddle = (kTruePeakTaps - 1) / 2.0;
+	double const angle =
+		std::numbers::pi * (static_cast<double>(inIndex) - kMiddle) / static_cast<double>(inFactor);
+	double const sinc = angle == 0.0 ? 1.0 : std::sin(angle) / angle;
+	double const turn = 2.0 * std::numbers::pi * static_cast<double>(inIndex) / (kTruePeakTaps - 1);
+	return sinc * 0.5 * (1.0 - std::cos(turn));
 }
 
 double SumMagnitudes(Taps const& inTaps)
@@ -79,19 +78,19 @@ std::size_t GetTruePeakFactor(double inSampleRate)
 	return rate < 96000.0 ? 4 : rate < 192000.0 ? 2 : 1;
 }
 
-double GetTruePeakTap(std::size_t inIndex, std::size_t inFactor)
+std::vector<double> GetTruePeakPhase(std::size_t inPhase, std::size_t inFactor)
 {
-	constexpr double kMiddle = (kTruePeakTaps - 1) / 2.0;
-	double const angle =
-		std::numbers::pi * (static_cast<double>(inIndex) - kMiddle) / static_cast<double>(inFactor);
-	double const sinc = angle == 0.0 ? 1.0 : std::sin(angle) / angle;
-	double const turn = 2.0 * std::numbers::pi * static_cast<double>(inIndex) / (kTruePeakTaps - 1);
-	return sinc * 0.5 * (1.0 - std::cos(turn));
+	Taps taps;
+	for (std::size_t index = inPhase; index < kTruePeakTaps; index += inFactor)
+	{
+		taps.push_back(GetTap(index, inFactor));
+	}
+	return taps;
 }
 
 InterpolationTaps GetTruePeakTaps(std::size_t inFactor)
 {
-	Taps const halfway = GetPhase(inFactor / 2, inFactor);
+	Taps const halfway = GetTruePeakPhase(inFactor / 2, inFactor);
 	InterpolationTaps taps{};
 	taps.mPairs = static_cast<unsigned>(halfway.size() / 2);
 	RaiseBounds(halfway, taps);
@@ -101,7 +100,7 @@ InterpolationTaps GetTruePeakTaps(std::size_t inFactor)
 	}
 	if (inFactor == 4)
 	{
-		Taps const quarter = GetPhase(1, inFactor);
+		Taps const quarter = GetTruePeakPhase(1, inFactor);
 		RaiseBounds(quarter, taps);
 		for (std::size_t pair = 0; pair < taps.mPairs; ++pair)
 		{

@@ -3,6 +3,7 @@
 #include "zorvaccelerate/Metering.h"
 
 #include <cstddef>
+#include <vector>
 
 namespace SonaroHost
 {
@@ -14,8 +15,9 @@ constexpr std::size_t kTruePeakTaps = 49;
 // The factor by which the rate is multiplied; 1 for no interpolation.
 std::size_t GetTruePeakFactor(double inSampleRate);
 
-// A tap of the filter at inFactor times the rate.
-double GetTruePeakTap(std::size_t inIndex, std::size_t inFactor);
+// The taps of a point that lies inPhase steps of 1 / inFactor after the older one of the samples beside it, at inFactor
+// times the rate; the newest sample's tap comes first.
+std::vector<double> GetTruePeakPhase(std::size_t inPhase, std::size_t inFactor);
 
 // inFactor: above 1.
 zorvaccelerate::utility::InterpolationTaps GetTruePeakTaps(std::size_t inFactor);

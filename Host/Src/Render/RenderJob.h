@@ -51,10 +51,7 @@ struct RenderPlan
 };
 
 // Renders a programme into files: which passes it takes, one after the other.
-//
-// Normalizing renders the mix once more before, into a meter: that takes time instead of room on the disk, and both
-// passes have the same samples. With a limiter, which makes the mix softer, it is repeated until the loudness is right
-// to 0.02 LU, at most six times.
+// TimelineRenderJob says which.
 class RenderJob
 {
 public:

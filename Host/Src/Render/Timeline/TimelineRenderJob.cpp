@@ -1,15 +1,18 @@
 #include "SonaroHost/Render/TimelineRenderJob.h"
 
-#include "Files/OutputFolder.h"
 #include "Render/RenderJob.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/OutputPlan.h"
+#include "SonaroHost/Files/Temporary.h"
 #include "SonaroHost/Render/JobChecks.h"
 #include "SonaroHost/Render/TimelineProgramme.h"
 
 #include <algorithm>
+#include <list>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -18,27 +21,42 @@ namespace SonaroHost::Otio
 namespace
 {
 
-std::string GetEnding(OutputContainer inContainer)
-{
-	switch (inContainer)
-	{
-	case OutputContainer::kWav:
-		return ".wav";
-	case OutputContainer::kAiff:
-		return ".aiff";
-	case OutputContainer::kFlac:
-		return ".flac";
-	case OutputContainer::kCaf:
-		break;
-	}
-	return ".caf";
-}
-
 constexpr std::size_t kMostBytes = 120;
 
-bool ContinuesCharacter(char inByte)
+[[noreturn]] void RefuseFolder(std::filesystem::path const& inPath, std::string const& inWhy)
 {
-	return (static_cast<unsigned char>(inByte) & 0xc0) == 0x80;
+	RefuseOutput("cannot create the folder " + QuotePath(inPath) + ": " + inWhy);
+}
+
+// Makes a folder for outputs with the folders above it where there is none. Those that it made and that are still empty
+// are gone again with the list, the innermost first.
+std::list<Temporary> MakeFolder(std::filesystem::path const& inPath)
+{
+	std::list<Temporary> made;
+	std::error_code error;
+	std::filesystem::path folder;
+	for (std::filesystem::path const& name : inPath)
+	{
+		folder /= name;
+		if (!name.empty() && !std::filesystem::exists(folder, error))
+		{
+			auto const make = [&]
+			{
+				std::filesystem::create_directory(folder, error);
+				if (error)
+				{
+					RefuseFolder(inPath, error.message());
+				}
+				return folder;
+			};
+			made.emplace_front(make, Temporary::Removal::kWhileEmpty);
+		}
+	}
+	if (!std::filesystem::is_directory(inPath))
+	{
+		RefuseFolder(inPath, "a file has that name; choose another name");
+	}
+	return made;
 }
 
 // A file name for a stem: its number among inCount, from 1 on, and what of its name any file system can hold.
@@ -47,13 +65,7 @@ std::filesystem::path MakeStemName(
 {
 	std::string number = std::to_string(inIndex + 1);
 	number.insert(0, std::max<std::size_t>(2, std::to_string(inCount).size()) - number.size(), '0');
-	std::string name = inName;
-	std::size_t length = std::min(name.size(), kMostBytes);
-	while (length > 0 && length < name.size() && ContinuesCharacter(name[length]))
-	{
-		--length;
-	}
-	name.resize(length);
+	std::string name(CutText(inName, kMostBytes));
 	constexpr std::string_view kForbidden = "/\\:*?\"<>|";
 	for (char& character : name)
 	{
@@ -158,7 +170,7 @@ void TimelineRenderJob::NameStems()
 				? "no track of the timeline is heard, so there are no stems"
 				: "there are no markers in the rendered range, so there are no stems; choose another range");
 	}
-	std::string const ending = GetEnding(mFormat.mContainer);
+	std::string const ending = "." + ToLower(GetName(mFormat.mContainer));
 	for (std::size_t index = 0; index < mFiles.size(); ++index)
 	{
 		RenderedFile& file = mFiles[index].mFile;
@@ -184,11 +196,8 @@ void TimelineRenderJob::CheckFiles() const
 std::optional<RenderSummary> TimelineRenderJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
-	std::optional<OutputFolder> folder;
-	if (mRequest.mStems != Stems::kNone)
-	{
-		folder.emplace(mRequest.mOutput);
-	}
+	auto const folders =
+		mRequest.mStems != Stems::kNone ? MakeFolder(mRequest.mOutput) : std::list<Temporary>();
 	RenderPlan plan = MakePlan();
 	// Rows and timeline make room for the graph.
 	if (!mRequest.mKeepsRows && mRequest.mMeasuring != Measuring::kTracks)
