@@ -4,7 +4,6 @@
 #include "OtioSequence/Survey/Audibility.h"
 #include "TrackMaker.h"
 
-#include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Otio/Labels.h"
 
 #include <algorithm>
@@ -41,8 +40,8 @@ void StackMaker::AddSubmixes()
 		{
 			made.mChain.mStages.push_back(Sequence::Fader{gain, {}});
 		}
-		made.mChain.mPan =
-			MakePanFrom(mLayout, submix.mPan ? &*submix.mPan : nullptr, curveTiming, mStack.mPlace);
+		made.mChain.mPan = MakePanBetween(
+			mContext, mLayout, mLayout, submix.mPan ? &*submix.mPan : nullptr, curveTiming, mStack.mPlace);
 		if (submix.mMute)
 		{
 			constexpr int kMuted = 1;
@@ -89,17 +88,9 @@ void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
 TrackRow StackMaker::MakeRow(
 	ItemView const& inChild, std::size_t inIndex, std::string const& inWhySilent) const
 {
-	TrackRow row;
-	row.mIsHeard = inWhySilent.empty();
-	row.mReason = inWhySilent;
-	row.mName = inChild.mItem->mName;
-	row.mTrack = AppendLabel(mScope.mTrack, GetLabel(inChild));
-	row.mPlace = inChild.mItem->mPlace;
-	row.mIndex = inIndex;
-	row.mDepth = mScope.mDepth;
-	row.mLayout =
-		inWhySilent.empty() ? Layouts::Limit(mContext.mLayouts.GetInnerWidth(inChild), mLayout) : mLayout;
-	return row;
+	return {inWhySilent.empty(), inWhySilent, inChild.mItem->mName,
+		AppendLabel(mScope.mTrack, GetLabel(inChild)), inChild.mItem->mPlace, inIndex, mScope.mDepth,
+		inWhySilent.empty() ? Layouts::Limit(mContext.mLayouts.GetInnerWidth(inChild), mLayout) : mLayout};
 }
 
 void StackMaker::AddItems(ItemView const& inChild, std::string const& inWhySilent, Sequence::Track& ioTrack)
@@ -113,15 +104,7 @@ void StackMaker::AddItems(ItemView const& inChild, std::string const& inWhySilen
 		TrackMaker(mContext, *inChild.mTrack, scope).Make(ioTrack);
 		return;
 	}
-	Placement const placement =
-		MakePlacement(Ratio(), mContext.mRanges.GetRange(inChild).mLength, scope.mGrid);
-	auto item =
-		ItemMaker(mContext, scope, ioTrack.mLayout).Make(inChild, placement, ItemMaker::LevelsOn::kTrack);
-	if (item)
-	{
-		PlaceFades(mContext, *inChild.mItem, placement, scope.mGrid, {}, *item);
-		ioTrack.mItems.push_back(std::move(*item));
-	}
+	AddOnlyItem(mContext, inChild, scope, ItemMaker::LevelsOn::kTrack, ioTrack);
 }
 
 bool StackMaker::IsPlain(ItemView const& inChild) const
@@ -155,20 +138,8 @@ Sequence::Chain StackMaker::MakeChain(ItemView const& inChild, TrackRow const& i
 	auto faders = MakeFaders(item, curveTiming);
 	std::move(faders.begin(), faders.end(), std::back_inserter(chain.mStages));
 	addSends(false);
-	chain.mPan = MakePanFrom(inRow.mLayout, FindPan(item), curveTiming, item.mPlace);
+	chain.mPan = MakePanBetween(mContext, inRow.mLayout, mLayout, FindPan(item), curveTiming, item.mPlace);
 	return chain;
-}
-
-Sequence::NumberParameter StackMaker::MakePanFrom(SN::AudioChannelLayout const& inFrom, Curve const* inPan,
-	CurveTiming const& inTiming, std::string const& inPlace)
-{
-	if (inPan && !Layouts::CanPan(inFrom, mLayout))
-	{
-		mContext.Tell(Note::Kind::kIgnored, inPlace,
-			"cannot pan " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) + "; the pan is ignored");
-		return {};
-	}
-	return inPan ? MakePan(*inPan, inTiming) : Sequence::NumberParameter();
 }
 
 Sequence::Output StackMaker::FindOutput(std::optional<std::string> const& inName) const

@@ -6,7 +6,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -36,8 +35,6 @@ private:
 	// Whether a track's items can stand on the sequence's one as they are.
 	bool IsPlain(ItemView const& inChild) const;
 	Sequence::Chain MakeChain(ItemView const& inChild, TrackRow const& inRow);
-	Sequence::NumberParameter MakePanFrom(SN::AudioChannelLayout const& inFrom, Curve const* inPan,
-		CurveTiming const& inTiming, std::string const& inPlace);
 	Sequence::Output FindOutput(std::optional<std::string> const& inName) const;
 	std::size_t FindSubmix(std::string const& inName) const;
 	// Where time 0 of the stack as it is cut lies.

@@ -177,19 +177,15 @@ private:
 	{
 		Scope const scope = MakeProgrammeScope();
 		mResult.mFrames = scope.mGrid.ToFrame(mRange.mLength);
-		Placement const placement = MakePlacement(Ratio(), mRange.mLength, scope.mGrid);
 		auto description = std::make_shared<Sequence::Description>();
 		description->mLayout = mLayout;
 		Sequence::Track track;
 		track.mName = mStack.mName;
 		track.mOrigin = mStack.mPlace;
 		track.mLayout = mLayout;
-		auto item =
-			ItemMaker(mContext, scope, track.mLayout).Make(mStack, placement, ItemMaker::LevelsOn::kItem);
-		if (item)
+		AddOnlyItem(mContext, mStack, scope, ItemMaker::LevelsOn::kItem, track);
+		if (!track.mItems.empty())
 		{
-			PlaceFades(mContext, mStack, placement, scope.mGrid, {}, *item);
-			track.mItems.push_back(std::move(*item));
 			description->mTracks.push_back(std::move(track));
 		}
 		return description;

@@ -1,6 +1,7 @@
 #include "TrackMaker.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -74,11 +75,11 @@ void TrackMaker::PlaceTransition(Transition const& inTransition, Slot* ioLeft, S
 	}
 	else if (hasRight)
 	{
-		PlaceFadeIn(inTransition, *ioRight);
+		PlaceFade(inTransition, true, *ioRight);
 	}
 	else if (hasLeft)
 	{
-		PlaceFadeOut(inTransition, *ioLeft);
+		PlaceFade(inTransition, false, *ioLeft);
 	}
 }
 
@@ -88,7 +89,7 @@ void TrackMaker::PlaceCrossfade(Transition const& inTransition, Slot& ioLeft, Sl
 	Ratio const time = ioRight.mPlacement.mStart;
 	std::int64_t const wantedBefore = cut - mScope.mGrid.ToFrame(time - ToSeconds(inTransition.mInOffset));
 	std::int64_t const wantedAfter = mScope.mGrid.ToFrame(time + ToSeconds(inTransition.mOutOffset)) - cut;
-	std::int64_t const before = std::min(wantedBefore, ioLeft.GetLength() - ioLeft.mEnds.mTakenBefore);
+	std::int64_t const before = std::min(wantedBefore, ioLeft.GetLength() - ioLeft.mEnds.mStart.mTaken);
 	std::int64_t const after = std::min(wantedAfter, ioRight.GetLength());
 	if (before < wantedBefore || after < wantedAfter)
 	{
@@ -100,35 +101,26 @@ void TrackMaker::PlaceCrossfade(Transition const& inTransition, Slot& ioLeft, Sl
 		return;
 	}
 	ioLeft.mCrossfade = &inTransition;
-	ioLeft.mEnds.mHasCrossfadeAfter = true;
-	ioRight.mEnds.mHasCrossfadeBefore = true;
-	ioLeft.mEnds.mTakenAfter = before;
+	ioLeft.mEnds.mEnd.mHasCrossfade = true;
+	ioRight.mEnds.mStart.mHasCrossfade = true;
+	ioLeft.mEnds.mEnd.mTaken = before;
 	ioLeft.mPlacement.mFramesAfter = after;
-	ioRight.mEnds.mTakenBefore = after;
+	ioRight.mEnds.mStart.mTaken = after;
 	ioRight.mPlacement.mFramesBefore = before;
 }
 
-void TrackMaker::PlaceFadeIn(Transition const& inTransition, Slot& ioSlot)
+void TrackMaker::PlaceFade(Transition const& inTransition, bool inIsAtStart, Slot& ioSlot)
 {
-	Ratio const end = ioSlot.mPlacement.mStart + ToSeconds(inTransition.mOutOffset);
-	ioSlot.mEnds.mFadeIn = mScope.mGrid.ToFrame(end) - ioSlot.mPlacement.mFirstFrame;
-	ioSlot.mEnds.mFadeInShape = GetShape(inTransition);
-	if (inTransition.mInOffset.mValue > 0.0)
+	auto const& [inside, outside] = inIsAtStart ? std::tie(inTransition.mOutOffset, inTransition.mInOffset)
+												: std::tie(inTransition.mInOffset, inTransition.mOutOffset);
+	ItemEnd& end = inIsAtStart ? ioSlot.mEnds.mStart : ioSlot.mEnds.mEnd;
+	end.mFade = CountFrames(ToSeconds(inside), inIsAtStart, ioSlot.mPlacement, mScope.mGrid);
+	end.mShape = GetShape(inTransition);
+	if (outside.mValue > 0.0)
 	{
 		mContext.Tell(Note::Kind::kGuess, inTransition.mPlace,
-			"the transition has nothing to fade from; the part before the cut is silent");
-	}
-}
-
-void TrackMaker::PlaceFadeOut(Transition const& inTransition, Slot& ioSlot)
-{
-	Ratio const start = ioSlot.mPlacement.mEnd - ToSeconds(inTransition.mInOffset);
-	ioSlot.mEnds.mFadeOut = ioSlot.mPlacement.mEndFrame - mScope.mGrid.ToFrame(start);
-	ioSlot.mEnds.mFadeOutShape = GetShape(inTransition);
-	if (inTransition.mOutOffset.mValue > 0.0)
-	{
-		mContext.Tell(Note::Kind::kGuess, inTransition.mPlace,
-			"the transition has nothing to fade to; the part after the cut is silent");
+			inIsAtStart ? "the transition has nothing to fade from; the part before the cut is silent"
+						: "the transition has nothing to fade to; the part after the cut is silent");
 	}
 }
 
@@ -141,7 +133,7 @@ void TrackMaker::AddItem(std::size_t inIndex, std::optional<Sequence::Item> inIt
 		FadeShape const shape = GetShape(*crossfade);
 		ioTrack.mCrossfades.push_back(
 			{ioTrack.mItems.size() - 1, mScope.mGrid.ToTicks(slot.mPlacement.mFramesBefore),
-				mScope.mGrid.ToTicks(slot.mEnds.mTakenBefore), shape, shape});
+				mScope.mGrid.ToTicks(slot.mEnds.mStart.mTaken), shape, shape});
 	}
 	mHasItemBefore = inItem.has_value();
 	if (inItem)

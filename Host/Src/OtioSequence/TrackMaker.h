@@ -48,8 +48,8 @@ private:
 	void ListSlots();
 	void PlaceTransition(Transition const& inTransition, Slot* ioLeft, Slot* ioRight);
 	void PlaceCrossfade(Transition const& inTransition, Slot& ioLeft, Slot& ioRight);
-	void PlaceFadeIn(Transition const& inTransition, Slot& ioSlot);
-	void PlaceFadeOut(Transition const& inTransition, Slot& ioSlot);
+	// A fade from or to silence.
+	void PlaceFade(Transition const& inTransition, bool inIsAtStart, Slot& ioSlot);
 	void AddItem(std::size_t inIndex, std::optional<Sequence::Item> inItem, Sequence::Track& ioTrack);
 	FadeShape GetShape(Transition const& inTransition) const;
 

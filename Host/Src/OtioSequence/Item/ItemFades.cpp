@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace SonaroHost::Otio
 {
@@ -32,18 +33,6 @@ std::optional<Fade> FindFadeOut(Item const& inItem)
 	return FindFade(inItem, &MixSettings::mFadeOut, &ForeignLevels::mFadeOut);
 }
 
-// Whether a fade of the settings has its end for itself.
-bool IsFree(MakerContext& ioContext, Item const& inItem, bool inHasCrossfade, std::int64_t inFade)
-{
-	if (inHasCrossfade || inFade > 0)
-	{
-		ioContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
-			"a fade and a transition are at the same end of the item; the fade is ignored");
-		return false;
-	}
-	return true;
-}
-
 } // namespace
 
 bool HasFades(Item const& inItem)
@@ -51,35 +40,54 @@ bool HasFades(Item const& inItem)
 	return FindFadeIn(inItem) || FindFadeOut(inItem);
 }
 
+std::int64_t CountFrames(
+	Ratio const& inFade, bool inIsAtStart, Placement const& inPlacement, Grid const& inGrid)
+{
+	return inIsAtStart ? inGrid.ToFrame(inPlacement.mStart + inFade) - inPlacement.mFirstFrame
+					   : inPlacement.mEndFrame - inGrid.ToFrame(inPlacement.mEnd - inFade);
+}
+
 void PlaceFades(MakerContext& ioContext, Item const& inItem, Placement const& inPlacement, Grid const& inGrid,
 	ItemEnds inEnds, Sequence::Item& ioItem)
 {
-	std::optional<Fade> const in = FindFadeIn(inItem);
-	std::optional<Fade> const out = FindFadeOut(inItem);
-	FadeShape const shape = ioContext.mOptions.mFadeShape;
-	if (in && IsFree(ioContext, inItem, inEnds.mHasCrossfadeBefore, inEnds.mFadeIn))
+	auto const place = [&](std::optional<Fade> const& inFade, bool inIsAtStart, ItemEnd& ioEnd)
 	{
-		Ratio const end = inPlacement.mStart + ToSeconds(in->mDuration);
-		inEnds.mFadeIn = inGrid.ToFrame(end) - inPlacement.mFirstFrame;
-		inEnds.mFadeInShape = in->mShape.value_or(shape);
-	}
-	if (out && IsFree(ioContext, inItem, inEnds.mHasCrossfadeAfter, inEnds.mFadeOut))
-	{
-		Ratio const start = inPlacement.mEnd - ToSeconds(out->mDuration);
-		inEnds.mFadeOut = inPlacement.mEndFrame - inGrid.ToFrame(start);
-		inEnds.mFadeOutShape = out->mShape.value_or(shape);
-	}
+		if (inFade && (ioEnd.mHasCrossfade || ioEnd.mFade > 0))
+		{
+			ioContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
+				"a fade and a transition are at the same end of the item; the fade is ignored");
+		}
+		else if (inFade)
+		{
+			ioEnd.mFade = CountFrames(ToSeconds(inFade->mDuration), inIsAtStart, inPlacement, inGrid);
+			ioEnd.mShape = inFade->mShape.value_or(ioContext.mOptions.mFadeShape);
+		}
+	};
+	place(FindFadeIn(inItem), true, inEnds.mStart);
+	place(FindFadeOut(inItem), false, inEnds.mEnd);
 	std::int64_t const room = std::max<std::int64_t>(
-		inPlacement.mEndFrame - inPlacement.mFirstFrame - inEnds.mTakenBefore - inEnds.mTakenAfter, 0);
-	std::int64_t const fadeIn = std::clamp<std::int64_t>(inEnds.mFadeIn, 0, room);
-	std::int64_t const fadeOut = std::clamp<std::int64_t>(inEnds.mFadeOut, 0, room - fadeIn);
-	if (fadeIn < inEnds.mFadeIn || fadeOut < inEnds.mFadeOut)
+		inPlacement.mEndFrame - inPlacement.mFirstFrame - inEnds.mStart.mTaken - inEnds.mEnd.mTaken, 0);
+	std::int64_t const fadeIn = std::clamp<std::int64_t>(inEnds.mStart.mFade, 0, room);
+	std::int64_t const fadeOut = std::clamp<std::int64_t>(inEnds.mEnd.mFade, 0, room - fadeIn);
+	if (fadeIn < inEnds.mStart.mFade || fadeOut < inEnds.mEnd.mFade)
 	{
 		ioContext.Tell(Note::Kind::kGuess, inItem.mPlace,
 			"fades and transitions together are longer than the item; a fade is shortened");
 	}
-	ioItem.mFadeIn = {inGrid.ToTicks(fadeIn), inEnds.mFadeInShape};
-	ioItem.mFadeOut = {inGrid.ToTicks(fadeOut), inEnds.mFadeOutShape};
+	ioItem.mFadeIn = {inGrid.ToTicks(fadeIn), inEnds.mStart.mShape};
+	ioItem.mFadeOut = {inGrid.ToTicks(fadeOut), inEnds.mEnd.mShape};
+}
+
+void AddOnlyItem(MakerContext& ioContext, ItemView const& inItem, Scope const& inScope,
+	ItemMaker::LevelsOn inLevelsOn, Sequence::Track& ioTrack)
+{
+	Placement const placement =
+		MakePlacement(Ratio(), ioContext.mRanges.GetRange(inItem).mLength, inScope.mGrid);
+	if (auto item = ItemMaker(ioContext, inScope, ioTrack.mLayout).Make(inItem, placement, inLevelsOn))
+	{
+		PlaceFades(ioContext, *inItem.mItem, placement, inScope.mGrid, {}, *item);
+		ioTrack.mItems.push_back(std::move(*item));
+	}
 }
 
 } // namespace SonaroHost::Otio

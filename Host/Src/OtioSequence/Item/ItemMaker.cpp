@@ -1,7 +1,6 @@
 #include "ItemMaker.h"
 
 #include "OtioSequence/Survey/Audibility.h"
-#include "OtioSequence/Survey/Levels.h"
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
@@ -108,16 +107,7 @@ void ItemMaker::AddLevels(Item const& inItem, SN::AudioChannelLayout const& inFr
 {
 	CurveTiming const curveTiming{inLength, SN::kTimeZero};
 	outChain.mStages = MakeFaders(inItem, curveTiming);
-	Curve const* const pan = FindPan(inItem);
-	if (pan && Layouts::CanPan(inFrom, mLayout))
-	{
-		outChain.mPan = MakePan(*pan, curveTiming);
-	}
-	else if (pan)
-	{
-		mContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
-			"cannot pan " + GetLayoutName(inFrom) + " to " + GetLayoutName(mLayout) + "; the pan is ignored");
-	}
+	outChain.mPan = MakePanBetween(mContext, inFrom, mLayout, FindPan(inItem), curveTiming, inItem.mPlace);
 }
 
 void ItemMaker::CheckWidth(Item const& inItem, SN::AudioChannelLayout const& inFrom)
@@ -268,16 +258,9 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 
 void ItemMaker::AddNestRow(Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout)
 {
-	TrackRow row;
-	row.mIsHeard = inInner.mWhySilent.empty();
-	row.mReason = inInner.mWhySilent;
-	row.mName = inItem.mName;
-	row.mTrack = inInner.mTrack;
-	row.mPlace = inItem.mPlace;
-	row.mDepth = inInner.mDepth;
-	row.mLayout = inLayout;
-	row.mIsMeasured = row.mIsHeard;
-	mContext.mResult.mTracks.push_back(row);
+	bool const isHeard = inInner.mWhySilent.empty();
+	mContext.mResult.mTracks.push_back({isHeard, inInner.mWhySilent, inItem.mName, inInner.mTrack,
+		inItem.mPlace, 0, inInner.mDepth, inLayout, isHeard});
 }
 
 std::string ItemMaker::CheckNest(
@@ -332,6 +315,19 @@ SN::AudioChannelLayout ItemMaker::ChooseNestLayout(ItemView const& inItem) const
 	SN::AudioChannelLayout const& width = mContext.mLayouts.GetInnerWidth(inItem);
 	bool const isTold = inItem.mStack && inItem.mItem->GetSettings().mLayout;
 	return isTold ? width : Layouts::Limit(width, mLayout);
+}
+
+Sequence::NumberParameter MakePanBetween(MakerContext& ioContext, SN::AudioChannelLayout const& inFrom,
+	SN::AudioChannelLayout const& inTo, Curve const* inPan, CurveTiming const& inTiming,
+	std::string const& inPlace)
+{
+	if (inPan && !Layouts::CanPan(inFrom, inTo))
+	{
+		ioContext.Tell(Note::Kind::kIgnored, inPlace,
+			"cannot pan " + GetLayoutName(inFrom) + " to " + GetLayoutName(inTo) + "; the pan is ignored");
+		return {};
+	}
+	return inPan ? MakePan(*inPan, inTiming) : Sequence::NumberParameter();
 }
 
 } // namespace SonaroHost::Otio

@@ -3,6 +3,7 @@
 #include "ContentChecks.h"
 #include "OtioSequence/MakerContext.h"
 #include "OtioSequence/Scope.h"
+#include "OtioSequence/Survey/Levels.h"
 
 #include <cstdint>
 #include <optional>
@@ -85,5 +86,10 @@ private:
 	SN::AudioChannelLayout const& mLayout;
 	ContentChecks mChecks;
 };
+
+// A pan from one layout to another; null without a pan, and for layouts that none leads between, which a note says.
+Sequence::NumberParameter MakePanBetween(MakerContext& ioContext, SN::AudioChannelLayout const& inFrom,
+	SN::AudioChannelLayout const& inTo, Curve const* inPan, CurveTiming const& inTiming,
+	std::string const& inPlace);
 
 } // namespace SonaroHost::Otio

@@ -4,7 +4,6 @@
 #include "Media/MovieFile.h"
 #include "SonaroHost/Base/HostError.h"
 
-#include <string>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -15,11 +14,7 @@ namespace
 
 ClipMedia MakeMissing(std::filesystem::path inPath, std::string inReason)
 {
-	ClipMedia media;
-	media.mPath = std::move(inPath);
-	media.mWhySilent = std::move(inReason);
-	media.mIsMissing = true;
-	return media;
+	return {nullptr, std::move(inPath), {}, std::move(inReason), true};
 }
 
 } // namespace
