@@ -83,6 +83,11 @@ double AddOneByOne(float const* inSamples, unsigned inCount, Extremes& ioExtreme
 
 void PeakColumn::Add(float const* inSamples, unsigned inCount)
 {
+	if (!inSamples)
+	{
+		AddSilence(inCount);
+		return;
+	}
 	Extremes extremes{mMinimum, mMaximum};
 	unsigned done = 0;
 	for (unsigned const whole = inCount - inCount % kLanes; done < whole;)

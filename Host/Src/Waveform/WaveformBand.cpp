@@ -28,14 +28,9 @@ void WaveformBand::Add(dsp::AudioBuffer const& inBuffer, std::int64_t inFirstFra
 		PeakColumn& column = mColumns[static_cast<std::size_t>(index)];
 		for (unsigned channel = 0; channel < inBuffer.GetNumChannels(); ++channel)
 		{
-			if (inBuffer.IsChannelSilent(channel))
-			{
-				column.AddSilence(count);
-			}
-			else
-			{
-				column.Add(inBuffer.GetChannel(channel) + (frame - offset), count);
-			}
+			column.Add(
+				inBuffer.IsChannelSilent(channel) ? nullptr : inBuffer.GetChannel(channel) + (frame - offset),
+				count);
 		}
 		frame = pieceEnd;
 	}
@@ -47,8 +42,7 @@ std::vector<float> WaveformBand::GetValues() const
 	values.reserve(mColumns.size() * Waveform::kValuesPerColumn);
 	for (PeakColumn const& column : mColumns)
 	{
-		values.insert(values.end(),
-			{column.GetMinimum(), column.GetMaximum(), column.IsEmpty() ? 0.0f : column.GetRms()});
+		values.insert(values.end(), {column.GetMinimum(), column.GetMaximum(), column.GetRms()});
 	}
 	return values;
 }

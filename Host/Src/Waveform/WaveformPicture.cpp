@@ -41,23 +41,6 @@ cairo_status_t WriteToFile(void* inFile, unsigned char const* inBytes, unsigned 
 	return isWritten ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
 }
 
-// Joins the columns from inFirst to inEnd into one.
-Waveform::Column Join(
-	Waveform const& inWaveform, std::size_t inChannel, std::size_t inFirst, std::size_t inEnd)
-{
-	Waveform::Column joined = inWaveform.GetColumn(inChannel, inFirst);
-	double squares = 0.0;
-	for (std::size_t i = inFirst; i < inEnd; ++i)
-	{
-		Waveform::Column const column = inWaveform.GetColumn(inChannel, i);
-		joined.mMinimum = std::min(joined.mMinimum, column.mMinimum);
-		joined.mMaximum = std::max(joined.mMaximum, column.mMaximum);
-		squares += static_cast<double>(column.mRms) * static_cast<double>(column.mRms);
-	}
-	joined.mRms = static_cast<float>(std::sqrt(squares / static_cast<double>(inEnd - inFirst)));
-	return joined;
-}
-
 // Pixels counted from the top down.
 struct Extent
 {
@@ -153,7 +136,8 @@ private:
 	{
 		std::size_t const columns = mWaveform.GetNumColumns();
 		std::size_t const first = columns * inX / mWidth;
-		return Join(mWaveform, inChannel, first, std::max(first + 1, columns * (inX + 1) / mWidth));
+		return Join(
+			mWaveform, inChannel, inChannel + 1, first, std::max(first + 1, columns * (inX + 1) / mWidth));
 	}
 
 	void AddWave(std::size_t inChannel)

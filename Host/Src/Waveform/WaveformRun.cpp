@@ -128,15 +128,8 @@ bool WaveformRun::AddFrames(GraphWindow::Range const& inFrames, std::vector<Peak
 		std::int64_t const pieceEnd = std::min(end, mWindow.GetRange().mEnd);
 		for (unsigned channel = 0; channel < mPlan.mChannels; ++channel)
 		{
-			auto const count = static_cast<unsigned>(pieceEnd - position);
-			if (float const* const samples = mWindow.GetSamples(channel, position))
-			{
-				ioColumns[channel].Add(samples, count);
-			}
-			else
-			{
-				ioColumns[channel].AddSilence(count);
-			}
+			ioColumns[channel].Add(
+				mWindow.GetSamples(channel, position), static_cast<unsigned>(pieceEnd - position));
 		}
 		position = pieceEnd;
 	}

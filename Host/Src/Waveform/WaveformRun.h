@@ -5,7 +5,6 @@
 #include "SonaroHost/Waveform/PeakColumn.h"
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 namespace VX

@@ -12,6 +12,7 @@ namespace SonaroHost
 class PeakColumn
 {
 public:
+	// Null for silence.
 	void Add(float const* inSamples, unsigned inCount);
 	void AddSilence(double inCount);
 	// The samples of another column that is not empty, as if there were so many.

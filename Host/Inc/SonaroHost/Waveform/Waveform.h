@@ -35,6 +35,10 @@ struct Waveform
 	std::vector<std::vector<float>> mChannels;
 };
 
+// What several columns of several channels show together: their extremes, and the RMS of all their samples.
+Waveform::Column Join(Waveform const& inWaveform, std::size_t inFirstChannel, std::size_t inEndChannel,
+	std::size_t inFirstColumn, std::size_t inEndColumn);
+
 // One channel that shows all: the extremes of all channels, and the RMS of all their samples.
 Waveform MergeChannels(Waveform const& inWaveform);
 
