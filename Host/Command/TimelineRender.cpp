@@ -122,7 +122,7 @@ void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string c
 					: std::string("parts of the timeline were guessed, ignored or not read");
 	if (!mShared.mReport.empty())
 	{
-		WriteReport(mShared, ReportRefusal(inInput, inJob, mShared.mLevels, reason));
+		WriteReport(mShared, ReportForMachines(inInput, inJob, {}, mShared.mLevels, reason));
 	}
 	throw HostError(HostError::Kind::kInput,
 		(mShared.mReport.empty() ? "nothing was written" : "only the report was written") +

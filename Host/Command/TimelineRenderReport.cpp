@@ -13,7 +13,6 @@
 #include "TimelineNotes.h"
 #include "TimelineRows.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <map>
@@ -123,20 +122,6 @@ void AddLatencies(Json& ioClips, Sequence::GraphReport const& inReport)
 	}
 }
 
-Json Report(std::string const& inInput, TimelineRenderJob const& inJob, RenderSummary const& inSummary,
-	OutputLevels const& inLevels)
-{
-	Json json = Summarize(inInput, inJob, inSummary, inLevels);
-	json["tracks"] = ListTracks(inJob, inSummary);
-	json["clips"] = ListClips(inJob.GetSequence().mClips);
-	if (!inSummary.mFiles.empty())
-	{
-		AddLatencies(json["clips"], inSummary.mGraph);
-	}
-	json["markers"] = ListMarkers(inJob.GetSequence());
-	return json;
-}
-
 } // namespace
 
 std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary const& inSummary)
@@ -169,16 +154,20 @@ std::string SummarizeForMachines(std::string const& inInput, TimelineRenderJob c
 }
 
 std::string ReportForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
-	RenderSummary const& inSummary, OutputLevels const& inLevels)
+	RenderSummary const& inSummary, OutputLevels const& inLevels, std::string const& inRefusal)
 {
-	return ToText(Report(inInput, inJob, inSummary, inLevels));
-}
-
-std::string ReportRefusal(std::string const& inInput, TimelineRenderJob const& inJob,
-	OutputLevels const& inLevels, std::string const& inReason)
-{
-	Json json = Report(inInput, inJob, {}, inLevels);
-	json["refused"] = inReason;
+	Json json = Summarize(inInput, inJob, inSummary, inLevels);
+	json["tracks"] = ListTracks(inJob, inSummary);
+	json["clips"] = ListClips(inJob.GetSequence().mClips);
+	if (!inSummary.mFiles.empty())
+	{
+		AddLatencies(json["clips"], inSummary.mGraph);
+	}
+	json["markers"] = ListMarkers(inJob.GetSequence());
+	if (!inRefusal.empty())
+	{
+		json["refused"] = inRefusal;
+	}
 	return ToText(json);
 }
 

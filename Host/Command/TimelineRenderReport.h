@@ -13,12 +13,10 @@ std::string SummarizeForPeople(
 std::string SummarizeForMachines(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
 	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
 
-// The same with all clips, tracks, markers and notes: what --report writes.
+// The same with all clips, tracks, markers and notes: what --report writes. inRefusal: why the render is refused and
+// writes nothing else; empty for one that is not.
 std::string ReportForMachines(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
-	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
-
-// The report of a render that is refused and writes nothing else.
-std::string ReportRefusal(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
-	SonaroHost::OutputLevels const& inLevels, std::string const& inReason);
+	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels,
+	std::string const& inRefusal = {});
 
 } // namespace SonaroCommand
