@@ -16,10 +16,8 @@
 #include "TimelineOptions.h"
 
 #include <charconv>
-#include <cstddef>
 #include <filesystem>
 #include <system_error>
-#include <vector>
 
 namespace SonaroCommand
 {

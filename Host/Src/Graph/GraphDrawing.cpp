@@ -9,7 +9,6 @@
 
 #include <map>
 #include <typeinfo>
-#include <utility>
 
 namespace SonaroHost
 {

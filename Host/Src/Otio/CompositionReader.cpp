@@ -9,7 +9,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
-#include <utility>
 
 namespace SonaroHost::Otio
 {

@@ -32,11 +32,8 @@ public:
 	// Throws a HostError for a request that does not fit the sound.
 	LayoutPlan(SN::AudioChannelLayout const& inInput, LayoutRequest const& inRequest);
 
-	SN::AudioChannelLayout const& GetInputLayout() const { return mInput; }
 	SN::AudioChannelLayout const& GetOutputLayout() const { return mOutput; }
 
-	// The channels pass as they are.
-	bool PassesThrough() const { return !mRequest.mPan && mInput == mOutput; }
 	// Each sample of the output is one of the input or zero: nothing is scaled or added.
 	bool KeepsSamples() const;
 

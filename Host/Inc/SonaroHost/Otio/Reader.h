@@ -4,7 +4,6 @@
 #include "SonaroHost/Otio/Model.h"
 #include "SonaroHost/Otio/Note.h"
 
-#include <cstddef>
 #include <filesystem>
 #include <string_view>
 #include <vector>

@@ -6,7 +6,6 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
 #include <filesystem>
-#include <string>
 #include <vector>
 
 namespace SonaroHost::Otio

@@ -5,10 +5,6 @@
 #include "LooseNumber.h"
 #include "ParameterState.h"
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
 namespace SonaroHost::Otio
 {
 

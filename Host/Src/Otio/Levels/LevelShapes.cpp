@@ -1,9 +1,7 @@
 #include "LevelShapes.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
-#include <string>
 
 namespace SonaroHost::Otio
 {

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <string>
-#include <utility>
 
 namespace SonaroHost::Otio
 {
@@ -43,9 +41,10 @@ double ReadPanPosition(Cursor const& inValue)
 
 Interpolation ReadInterpolation(Cursor const& inValue)
 {
-	constexpr Choice<Interpolation> kNames[] = {{"hold", Interpolation::kHold},
+	constexpr Choice<Interpolation> kInterpolations[] = {{"hold", Interpolation::kHold},
 		{"linear", Interpolation::kLinear}, {"smooth", Interpolation::kSmooth}};
-	return inValue.IsNothing() ? Interpolation::kLinear : ReadChoice(inValue, ReadText(inValue), kNames);
+	return inValue.IsNothing() ? Interpolation::kLinear
+							   : ReadChoice(inValue, ReadText(inValue), kInterpolations);
 }
 
 Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadValue)(Cursor const&))
@@ -89,9 +88,9 @@ Curve ReadPan(Cursor const& inValue)
 
 FadeShape ReadShape(Cursor const& inValue)
 {
-	constexpr Choice<FadeShape> kNames[] = {{"linear", FadeShape::kLinear},
+	constexpr Choice<FadeShape> kFadeShapes[] = {{"linear", FadeShape::kLinear},
 		{"equal-power", FadeShape::kEqualPower}, {"s-curve", FadeShape::kSCurve}};
-	return ReadChoice(inValue, ReadText(inValue), kNames);
+	return ReadChoice(inValue, ReadText(inValue), kFadeShapes);
 }
 
 Fade ReadFade(Cursor const& inValue)

@@ -4,7 +4,6 @@
 #include "Otio/Json/Fields.h"
 
 #include <limits>
-#include <optional>
 #include <unordered_map>
 #include <utility>
 
