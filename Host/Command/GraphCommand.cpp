@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "RenderOptions.h"
+#include "SharedOptions.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
@@ -13,7 +14,6 @@
 #include "SonaroHost/Render/TimelineProgramme.h"
 #include "StopSignals.h"
 #include "TimelineNotes.h"
-#include "TimelineOptions.h"
 
 #include <charconv>
 #include <filesystem>

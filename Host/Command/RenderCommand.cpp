@@ -6,11 +6,11 @@
 #include "RenderedFileRows.h"
 #include "ReportFile.h"
 #include "RunJob.h"
+#include "SharedOptions.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/StandardStreams.h"
-#include "TimeOption.h"
 
 #include <charconv>
 #include <string_view>

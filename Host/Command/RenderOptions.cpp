@@ -1,10 +1,10 @@
 #include "RenderOptions.h"
 
+#include "SharedOptions.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/StandardStreams.h"
-#include "TimeOption.h"
 
 #include <cmath>
 

@@ -5,10 +5,10 @@
 #include "RenderedFileRows.h"
 #include "ReportFile.h"
 #include "RunJob.h"
+#include "SharedOptions.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "TimelineNotes.h"
-#include "TimelineOptions.h"
 #include "TimelineRenderReport.h"
 
 #include <algorithm>

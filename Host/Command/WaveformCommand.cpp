@@ -4,13 +4,12 @@
 #include "Levels.h"
 #include "OptionGroups.h"
 #include "RunJob.h"
+#include "SharedOptions.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
-#include "TimeOption.h"
 #include "TimelineNotes.h"
-#include "TimelineOptions.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "SonaroHost/Base/FadeShape.h"
 #include "SonaroHost/Base/TimePosition.h"
+
+#include <CLI/CLI.hpp>
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace SonaroCommand
 {
@@ -17,5 +21,11 @@ SonaroHost::TimePosition ParseTime(std::string const& inOption, std::string cons
 // Nothing for an empty text.
 std::optional<SonaroHost::TimePosition> ParseTimeIfGiven(
 	std::string const& inOption, std::string const& inText);
+
+// The options of every command that lays out a timeline: --media and --fades.
+void AddTimelineOptions(CLI::App& ioParser, std::vector<std::string>& outMediaFolders, std::string& outFades);
+
+// The shape that --fades names.
+SonaroHost::FadeShape ParseFades(std::string const& inName);
 
 } // namespace SonaroCommand
