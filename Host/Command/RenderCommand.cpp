@@ -90,8 +90,9 @@ void RenderCommand::AddFileOptions()
 {
 	GetParser()
 		.add_option("INPUT", mInputs,
-			"One or more sound files, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 "
-			"...), - for the standard input, or a single timeline (.otio, .otioz, .otiod)")
+			"One or more sound files or movies, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, "
+			"MP3, MOV, MP4, MKV, MXF ...), - for the standard input, or a single timeline (.otio, .otioz, "
+			".otiod)")
 		->option_text("(required) ...")
 		->required();
 	GetParser()
@@ -190,6 +191,7 @@ void RenderCommand::AddLevelOptions()
 
 void RenderCommand::AddChannelOptions()
 {
+	AddStreamOption(GetParser(), mStream);
 	GetParser()
 		.add_option("--channels", mChannels,
 			"Channels of a single input to use, from 1, in their new order, like 2,1")
@@ -223,7 +225,8 @@ void RenderCommand::AddReportOptions()
 
 std::string RenderCommand::DescribeInputs() const
 {
-	return "render accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+	return "render accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as MOV, MP4, MKV "
+		   "and MXF) and timelines (.otio, .otioz, "
 		   ".otiod)";
 }
 
@@ -238,24 +241,34 @@ int RenderCommand::Run()
 	MakeRoomForOutputs({mOptions.mOutput, mOptions.mReport});
 	ClipRenderJob job(MakeRequest());
 	CheckReport(mOptions, ReportFolder::kIsThere);
-	for (PlannedClip const& clip : job.GetPlan().GetClips())
-	{
-		if (!clip.GetInfo().mStatesLength)
-		{
-			PrintWarning(QuoteInput(clip.GetInfo().mPath) + " states no length in its header; using the " +
-						 std::to_string(clip.GetInfo().mFrames) +
-						 (clip.GetInfo().mFrames == 1 ? " sample" : " samples") + " that can be read");
-		}
-	}
+	WarnOfInputs(job);
 	Report(job, Render(job));
 	return kExitSuccess;
+}
+
+void RenderCommand::WarnOfInputs(ClipRenderJob const& inJob)
+{
+	for (PlannedClip const& clip : inJob.GetPlan().GetClips())
+	{
+		AudioFileInfo const& info = clip.GetInfo();
+		if (!info.mStatesLength)
+		{
+			PrintWarning(QuoteInput(info.mPath) + " states no length in its header; using the " +
+						 std::to_string(info.mFrames) + (info.mFrames == 1 ? " sample" : " samples") +
+						 " that can be read");
+		}
+		for (std::string const& remark : info.mRemarks)
+		{
+			PrintWarning(QuoteInput(info.mPath) + ": " + remark);
+		}
+	}
 }
 
 void RenderCommand::GroupOptions()
 {
 	GroupByInput(GetParser(),
-		{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--channels", "--pan",
-			"--mixdown"},
+		{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--stream", "--channels",
+			"--pan", "--mixdown"},
 		{"--range", "--stems", "--media", "--fades", "--strict"});
 }
 
@@ -302,6 +315,10 @@ std::vector<ClipInput> RenderCommand::MakeInputs() const
 	}
 	else
 	{
+		if (mStream != 0)
+		{
+			Refuse("--stream applies only to a single input; render the streams to separate files first");
+		}
 		for (auto const& [option, text] : {std::pair("--start", &mStart), std::pair("--duration", &mDuration),
 				 std::pair("--channels", &mChannels)})
 		{
@@ -327,6 +344,7 @@ ClipInput RenderCommand::MakeOnlyInput() const
 {
 	ClipInput input;
 	input.mPath = mInputs.front();
+	input.mStream = mStream;
 	if (!mStart.empty())
 	{
 		input.mStart = ParseTime("--start", mStart);
@@ -362,6 +380,7 @@ RenderSummary RenderCommand::Render(ClipRenderJob& ioJob) const
 void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
 {
 	WarnOfLevels(inSummary);
+	WarnOfDamage(inSummary);
 	if (inSummary.mPlayback)
 	{
 		WarnOfMisses(*inSummary.mPlayback);

@@ -31,6 +31,8 @@ private:
 	void AddReportOptions();
 	// Groups them under the kinds of inputs that they are for.
 	void GroupOptions();
+	// Of what is known of them before the render.
+	static void WarnOfInputs(SonaroHost::ClipRenderJob const& inJob);
 
 	// Throws a HostError for an option that a timeline has no use for.
 	void CheckOptionsFitTimelines();
@@ -50,6 +52,7 @@ private:
 	std::vector<std::string> mPositions;
 	std::string mStart;
 	std::string mDuration;
+	unsigned mStream = 0;
 	std::string mChannels;
 	std::optional<double> mPan;
 	std::string mMixdown;

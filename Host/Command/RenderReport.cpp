@@ -3,6 +3,7 @@
 #include "Console.h"
 #include "Json.h"
 #include "Levels.h"
+#include "MediaRows.h"
 #include "RenderedFileRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 
@@ -165,6 +166,7 @@ std::string ReportForMachines(std::vector<std::string> const& inInputs, ClipRend
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
 	json["realTimeFactor"] = GetRealTimeFactor(inSummary);
 	AddPlayback(json, inSummary);
+	json["damaged"] = ListDamaged(inSummary.mDamaged);
 	json["clips"] = ListSoundFiles(inJob.GetPlan());
 	return ToText(json);
 }

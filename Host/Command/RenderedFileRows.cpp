@@ -4,6 +4,7 @@
 #include "Levels.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/StandardStreams.h"
 #include "TimelineRows.h"
 
 #include <array>
@@ -98,6 +99,14 @@ void WarnOfLevels(RenderSummary const& inFiles)
 			"the limiter keeps the loudness %.1f LU %s the --normalize target",
 			std::fabs(inFiles.mLoudnessError), inFiles.mLoudnessError < 0.0 ? "below" : "above");
 		PrintWarning(text.data());
+	}
+}
+
+void WarnOfDamage(RenderSummary const& inFiles)
+{
+	for (DamagedMedia const& media : inFiles.mDamaged)
+	{
+		PrintWarning(QuoteInput(media.mPath) + " " + DescribeDamage(media));
 	}
 }
 

@@ -3,6 +3,7 @@
 #include "Console.h"
 #include "Json.h"
 #include "Levels.h"
+#include "MediaRows.h"
 #include "RenderReport.h"
 #include "RenderedFileRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
@@ -97,6 +98,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, Rende
 	json["missing"] = ListMissing(inJob.GetSequence().mMissing);
 	json["levelsNotRead"] = CountUnreadLevels(inJob.GetNotes());
 	json["notes"] = ListNotes(inJob.GetNotes());
+	json["damaged"] = ListDamaged(inSummary.mDamaged);
 	json["elapsedSeconds"] = inSummary.mElapsedSeconds;
 	json["realTimeFactor"] = GetRealTimeFactor(inJob, inSummary);
 	return json;

@@ -146,8 +146,8 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 	  mFloorDecibels(WaveformStyle().mFloorDecibels)
 {
 	GetParser()
-		.add_option(
-			"INPUT", mInput, "Sound file, - for the standard input, or timeline (.otio, .otioz, .otiod)")
+		.add_option("INPUT", mInput,
+			"Sound file or movie, - for the standard input, or timeline (.otio, .otioz, .otiod)")
 		->option_text("(required)")
 		->required();
 	GetParser()
@@ -167,7 +167,8 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 	AddDataOptions();
 	AddReportOptions();
 	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
-	GroupByInput(GetParser(), {"--start", "--duration", "--samples-per-column", "--channels", "--bits"},
+	GroupByInput(GetParser(),
+		{"--start", "--duration", "--samples-per-column", "--stream", "--channels", "--bits"},
 		{"--media", "--fades"});
 	GetParser().footer(
 		"PNG and SVG are pictures; JSON and DAT hold minima and maxima for waveform viewers in browsers,\n"
@@ -199,6 +200,7 @@ void WaveformCommand::AddRangeOptions()
 			"Samples per column, instead of --width (default for JSON and DAT: 256)")
 		->option_text("SAMPLES")
 		->excludes(width);
+	AddStreamOption(GetParser(), mStream);
 	GetParser()
 		.add_option("--channels", mChannels, "Show channels stacked, or merged into one (default: stacked)")
 		->option_text("HOW")
@@ -244,9 +246,8 @@ void WaveformCommand::AddReportOptions()
 
 std::string WaveformCommand::DescribeInputs() const
 {
-	return "waveform accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, "
-		   ".otioz, "
-		   ".otiod)";
+	return "waveform accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as MOV, MP4, "
+		   "MKV and MXF) and timelines (.otio, .otioz, .otiod)";
 }
 
 int WaveformCommand::Run()
@@ -267,6 +268,7 @@ WaveformRequest WaveformCommand::MakeRequest()
 {
 	WaveformRequest request;
 	request.mInput = mInput;
+	request.mStream = mStream;
 	request.mOutput = mOutput;
 	request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
 	CheckOptionsFit(request.mFormat);

@@ -42,7 +42,7 @@ TimelineInput::TimelineInput(
 
 std::vector<std::filesystem::path> TimelineInput::ListMedia() const
 {
-	MediaList list(mFinder);
+	MediaList list(mFinder, mMedia);
 	for (Timeline const& timeline : mFile.GetDocument().mTimelines)
 	{
 		list.Add(timeline);

@@ -17,6 +17,9 @@ namespace SonaroHost::Otio
 namespace
 {
 
+// More than containers hold.
+constexpr unsigned kMaxStream = 1000;
+
 std::vector<unsigned> ReadChannels(Cursor const& inValue)
 {
 	std::vector<unsigned> channels;
@@ -36,6 +39,20 @@ std::vector<unsigned> ReadChannels(Cursor const& inValue)
 					   std::to_string(kMaxChannels));
 	}
 	return channels;
+}
+
+unsigned ReadStream(Cursor const& inValue)
+{
+	if (inValue.IsNothing())
+	{
+		return 0;
+	}
+	double const number = ReadNumber(inValue, 1.0, kMaxStream);
+	if (number != std::floor(number))
+	{
+		inValue.Refuse(Write(number) + " is not a whole number");
+	}
+	return static_cast<unsigned>(number);
 }
 
 std::string ReadLayout(Cursor const& inValue)
@@ -83,6 +100,8 @@ constexpr Setting kSettings[] = {
 	{"channels", 0U | Owner::kClip,
 		[](Cursor const& inValue, MixSettings& outSettings)
 		{ outSettings.mChannels = ReadChannels(inValue); }},
+	{"stream", 0U | Owner::kClip,
+		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mStream = ReadStream(inValue); }},
 	{"fade_in", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,
 		[](Cursor const& inValue, MixSettings& outSettings) { outSettings.mFadeIn = ReadFade(inValue); }},
 	{"fade_out", Owner::kTimeline | Owner::kStack | Owner::kTrack | Owner::kClip,

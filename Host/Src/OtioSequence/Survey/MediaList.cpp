@@ -46,7 +46,9 @@ void MediaList::Add(Clip const& inClip)
 				mPaths.insert(found.mPath);
 			}
 			mPaths.insert(found.mLookedFor.begin(), found.mLookedFor.end());
-			if (found.IsFound() ? IsMovieFile(found.mPath) : HasMovieEnding(found.mPath))
+			// Nothing is taken for a movie whose own sound is heard.
+			bool const isHeard = mFiles.FindInfo(found.mShownPath) != nullptr;
+			if (!isHeard && (found.IsFound() ? IsMovieFile(found.mPath) : HasMovieEnding(found.mPath)))
 			{
 				AddSoundOf(reference.mTargetUrl);
 			}

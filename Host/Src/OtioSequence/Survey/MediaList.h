@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Media/MediaFinder.h"
 #include "SonaroHost/Otio/Model.h"
+#include "SonaroHost/Sequence/FileMedia.h"
 
 #include <filesystem>
 #include <set>
@@ -15,9 +16,10 @@ namespace SonaroHost::Otio
 class MediaList
 {
 public:
-	// The finder outlives this object.
-	explicit MediaList(MediaFinder const& inFinder)
-		: mFinder(inFinder)
+	// Both outlive this object. inFiles: the media that are known by now.
+	MediaList(MediaFinder const& inFinder, FileMedia const& inFiles)
+		: mFinder(inFinder),
+		  mFiles(inFiles)
 	{
 	}
 
@@ -31,6 +33,7 @@ private:
 	void AddSoundOf(std::string const& inUrl);
 
 	MediaFinder const& mFinder;
+	FileMedia const& mFiles;
 	std::set<std::string> mUrls;
 	std::set<std::filesystem::path> mPaths;
 };
