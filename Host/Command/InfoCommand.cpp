@@ -8,7 +8,7 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
-#include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/DamagedMedia.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "TimelineInfo.h"

@@ -1,6 +1,7 @@
 #include "Movies.h"
 #include "Pulling.h"
 #include "Refusal.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/AudioFileReader.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Media/SilentMovieError.h"

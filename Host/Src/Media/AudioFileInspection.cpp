@@ -1,4 +1,4 @@
-#include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 
 #include "AudioFileDecoder.h"
 #include "DeclaredAudio.h"
@@ -7,6 +7,7 @@
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Media/NoSoundError.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>

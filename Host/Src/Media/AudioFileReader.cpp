@@ -3,6 +3,7 @@
 #include "DecodedSpool.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 #include "SoundDecoders.h"
 
 #include <algorithm>

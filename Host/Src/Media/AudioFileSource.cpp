@@ -1,5 +1,6 @@
 #include "SonaroHost/Media/AudioFileSource.h"
 
+#include "SonaroHost/Media/AudioFileInspection.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>

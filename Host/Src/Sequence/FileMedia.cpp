@@ -1,6 +1,7 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/SilentMovieError.h"
 
 #include <utility>

@@ -1,6 +1,5 @@
 #include "MovieInput.h"
 
-#include "Media/MovieFile.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/NoSoundError.h"
 

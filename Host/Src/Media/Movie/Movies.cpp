@@ -1,6 +1,5 @@
 #include "Movies.h"
 
-#include "Media/MovieFile.h"
 #include "MovieDecoder.h"
 #include "MovieInput.h"
 #include "MovieLayout.h"
@@ -9,8 +8,10 @@
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/MovieLibraries.h"
+#include "SonaroHost/Media/NoSoundError.h"
 #include "SonaroHost/Media/SilentMovieError.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 
@@ -190,7 +191,8 @@ std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, u
 		RefuseMovie(inPath, std::string("has sound that cannot be read: ") + error.what(),
 			"export it as a sound file");
 	}
-	if (info.mFrames == 0)
+	auto const& read = info.mMovie->mStreams;
+	if (std::all_of(read.begin(), read.end(), [](auto const& inRead) { return inRead.mRuns.empty(); }))
 	{
 		RefuseMovie(inPath,
 			"has audio streams, but no audio in them: it is damaged, or its audio is in other files",
