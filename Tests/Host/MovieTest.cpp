@@ -1,6 +1,7 @@
 #include "Movies.h"
 #include "Pulling.h"
 #include "Refusal.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/AudioFileReader.h"
 #include "SonaroHost/Media/MovieLibraries.h"
@@ -228,6 +229,31 @@ TEST_F(Movies, SixChannelsAre51InTheEnginesOrder)
 	}
 }
 
+TEST_F(Movies, TheOrdersOf51InQuickTimeAreHonoured)
+{
+	Sound const source = MakeIndexSound(6, 48000, kFrames);
+	RunFfmpeg("-i " + Write(source) + " -c:a pcm_s24le -channel_layout 5.1 " + Path("a.mov"));
+	std::string const movie = ReadBytes(mFolder / "a.mov");
+	struct Case
+	{
+		char mTag;
+		// Where left, right, centre, low frequency and the surrounds stand.
+		std::vector<unsigned> mOrder;
+	};
+	for (Case const& test : {Case{121, {0, 1, 2, 3, 4, 5}}, {122, {0, 1, 4, 5, 2, 3}},
+			 {123, {0, 2, 1, 5, 3, 4}}, {124, {1, 2, 0, 5, 3, 4}}})
+	{
+		SCOPED_TRACE(static_cast<int>(test.mTag));
+		std::string bytes = movie;
+		// The tag stands after the atom's name, version and flags.
+		bytes.replace(bytes.rfind("chan") + 8, 4, std::string{0, test.mTag, 0, 6});
+		WriteBytes(mFolder / "b.mov", bytes);
+		auto const audio = AudioFileSource::Open(mFolder / "b.mov");
+		EXPECT_EQ(GetLayoutName(audio->GetInfo().mLayout), "5.1");
+		EXPECT_TRUE(SameBits(Pull(*audio, 0, 1000), source.Pick(test.mOrder).Cut(0, 1000)));
+	}
+}
+
 TEST_F(Movies, AMovieWithoutSoundIsSaidToBeOne)
 {
 	RunFfmpeg(kPicture + std::string("-c:v mpeg2video ") + Path("a.mov"));
@@ -341,6 +367,51 @@ TEST_F(Movies, ListsOfOtherFilesAreRefused)
 	WriteBytes(mFolder / "text.mov", "No movie at all, only words that somebody has named so.");
 	EXPECT_THAT(
 		GetRefusalOf([&] { InspectAudioFile(mFolder / "text.mov"); }), HasSubstr("cannot be read as sound"));
+}
+
+// A big-endian number of so many bytes.
+std::string Number(std::uint64_t inValue, int inBytes)
+{
+	std::string text;
+	for (int i = inBytes - 1; i >= 0; --i)
+	{
+		text += static_cast<char>(inValue >> (8 * i) & 0xff);
+	}
+	return text;
+}
+
+// A QuickTime movie, its header at its end, whose sound is said to be in another file of its folder.
+std::string ReferToOtherFile(std::string inMovie, std::string const& inName)
+{
+	std::string const own = Number(12, 4) + "url " + Number(1, 4);
+	std::string const path = "disk:" + inName + (inName.size() % 2 == 0 ? " " : "");
+	std::string alias = std::string(10, '\0') + Number(4, 1) + "disk" + std::string(23, '\0') +
+						std::string(12, '\0') + Number(inName.size(), 1) + inName +
+						std::string(63 - inName.size(), '\0') + std::string(16, '\0') + Number(1, 2) +
+						Number(1, 2) + std::string(16, '\0') + Number(2, 2) + Number(path.size(), 2) + path +
+						Number(0xffff, 2) + Number(0, 2);
+	alias = Number(alias.size() + 12, 4) + "alis" + Number(0, 4) + alias;
+	std::size_t const place = inMovie.rfind(own);
+	for (char const* const atom : {"moov", "trak", "mdia", "minf", "dinf", "dref"})
+	{
+		std::size_t const size = inMovie.rfind(atom, place) - 4;
+		std::uint64_t old = 0;
+		for (std::size_t i = 0; i < 4; ++i)
+		{
+			old = old << 8 | static_cast<unsigned char>(inMovie[size + i]);
+		}
+		inMovie.replace(size, 4, Number(old + alias.size() - own.size(), 4));
+	}
+	return inMovie.replace(place, own.size(), alias);
+}
+
+TEST_F(Movies, SoundInOtherFilesIsNotFollowed)
+{
+	RunFfmpeg("-i " + Write(MakeIndexSound(1, 48000, kFrames)) + " -c:a pcm_s24le " + Path("own.mov"));
+	std::string const movie = ReadBytes(mFolder / "own.mov");
+	WriteBytes(mFolder / "refers.mov", ReferToOtherFile(movie, "own.mov"));
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "refers.mov"); }),
+		HasSubstr("has audio streams, but no audio in them"));
 }
 
 // Whether the file is read or refused; what is read is looked at from both ends.

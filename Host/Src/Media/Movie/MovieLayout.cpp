@@ -1,13 +1,18 @@
 #include "MovieLayout.h"
 
 #include "MovieInput.h"
+#include "QuickTimeChannels.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Files/StandardStreams.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <iterator>
 #include <numeric>
 #include <optional>
+#include <string_view>
 
 namespace SonaroHost
 {
@@ -17,16 +22,54 @@ namespace
 
 constexpr unsigned k51Channels = 6;
 
-// The channels' places one after the other.
-std::vector<AVChannel> ListPlaces(MovieInput const& inInput, std::vector<unsigned> const& inStreams)
+// The other orders in which QuickTime has 5.1, by the tags of its layouts.
+struct TaggedOrder
 {
+	std::uint32_t mTag;
+	std::array<AVChannel, k51Channels> mPlaces;
+};
+
+constexpr TaggedOrder kTaggedOrders[] = {
+	{122u << 16 | k51Channels, {AV_CHAN_FRONT_LEFT, AV_CHAN_FRONT_RIGHT, AV_CHAN_SIDE_LEFT,
+								   AV_CHAN_SIDE_RIGHT, AV_CHAN_FRONT_CENTER, AV_CHAN_LOW_FREQUENCY}},
+	{123u << 16 | k51Channels, {AV_CHAN_FRONT_LEFT, AV_CHAN_FRONT_CENTER, AV_CHAN_FRONT_RIGHT,
+								   AV_CHAN_SIDE_LEFT, AV_CHAN_SIDE_RIGHT, AV_CHAN_LOW_FREQUENCY}},
+	{124u << 16 | k51Channels, {AV_CHAN_FRONT_CENTER, AV_CHAN_FRONT_LEFT, AV_CHAN_FRONT_RIGHT,
+								   AV_CHAN_SIDE_LEFT, AV_CHAN_SIDE_RIGHT, AV_CHAN_LOW_FREQUENCY}},
+};
+
+// Decoders put the channels of their codecs in libav's order; those of PCM stay in the file's.
+TaggedOrder const* FindTaggedOrder(AVCodecParameters const& inParameters, std::uint32_t inTag)
+{
+	bool const isPcm = std::string_view(avcodec_get_name(inParameters.codec_id)).starts_with("pcm_");
+	auto const found = std::find_if(std::begin(kTaggedOrders), std::end(kTaggedOrders),
+		[inTag](TaggedOrder const& inOrder) { return inOrder.mTag == inTag; });
+	bool const isMeant = isPcm && inParameters.ch_layout.nb_channels == static_cast<int>(k51Channels);
+	return isMeant && found != std::end(kTaggedOrders) ? found : nullptr;
+}
+
+// The channels' places one after the other.
+std::vector<AVChannel> ListPlaces(
+	std::filesystem::path const& inPath, MovieInput const& inInput, std::vector<unsigned> const& inStreams)
+{
+	std::vector<std::uint32_t> const tags =
+		inInput.IsRead("mov") ? ReadQuickTimeChannels(inPath) : std::vector<std::uint32_t>();
+	std::vector<unsigned> const& audio = inInput.GetAudioStreams();
 	std::vector<AVChannel> places;
 	for (unsigned const stream : inStreams)
 	{
-		AVChannelLayout const& layout = inInput.GetStream(stream).codecpar->ch_layout;
-		for (unsigned i = 0; i < static_cast<unsigned>(layout.nb_channels); ++i)
+		AVCodecParameters const& parameters = *inInput.GetStream(stream).codecpar;
+		auto const number =
+			static_cast<std::size_t>(std::find(audio.begin(), audio.end(), stream) - audio.begin());
+		if (TaggedOrder const* const order =
+				FindTaggedOrder(parameters, number < tags.size() ? tags[number] : 0))
 		{
-			places.push_back(av_channel_layout_channel_from_index(&layout, i));
+			places.insert(places.end(), order->mPlaces.begin(), order->mPlaces.end());
+			continue;
+		}
+		for (unsigned i = 0; i < static_cast<unsigned>(parameters.ch_layout.nb_channels); ++i)
+		{
+			places.push_back(av_channel_layout_channel_from_index(&parameters.ch_layout, i));
 		}
 	}
 	return places;
@@ -60,7 +103,7 @@ std::optional<std::vector<unsigned>> Find51Order(std::vector<AVChannel> const& i
 
 void SetMovieLayout(MovieInput const& inInput, std::vector<unsigned> const& inStreams, AudioFileInfo& outInfo)
 {
-	std::vector<AVChannel> const places = ListPlaces(inInput, inStreams);
+	std::vector<AVChannel> const places = ListPlaces(GetReadablePath(outInfo.mPath), inInput, inStreams);
 	auto const channels = static_cast<unsigned>(places.size());
 	outInfo.mLayout = MakeLayoutOfChannels(channels);
 	outInfo.mChannelOrder.resize(channels);

@@ -9,7 +9,7 @@ namespace SonaroHost
 
 class MovieInput;
 
-// Sets the layout and the order of the channels of these streams: 5.1 where six channels have those places, in any order,
+// Sets the layout and the order of the channels of these streams of the file outInfo.mPath: 5.1 where six channels have those places, in any order,
 // or where they are of one stream that names none.
 void SetMovieLayout(
 	MovieInput const& inInput, std::vector<unsigned> const& inStreams, AudioFileInfo& outInfo);
