@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
+#include <iterator>
+#include <string>
 #include <string_view>
 #include <system_error>
 

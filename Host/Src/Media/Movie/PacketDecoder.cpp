@@ -1,6 +1,6 @@
 #include "PacketDecoder.h"
 
-#include <new>
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 
