@@ -349,6 +349,20 @@ TEST_F(Movies, TruncatedFilesKeepTheirLength)
 		HasSubstr("is truncated or damaged"));
 }
 
+TEST_F(Movies, WhatADecoderRefusesIsRefusedWithTheFile)
+{
+	RunFfmpeg("-i " + Write(MakeIndexSound(1, 48000, kFrames)) + " -c:a alac " + Path("a.m4a"));
+	std::string movie = ReadBytes(mFolder / "a.m4a");
+	// Packets of 4096 frames become packets of none.
+	std::size_t const found = movie.rfind(std::string("alac\0\0\0\0\0\0\x10\0", 12));
+	ASSERT_NE(found, std::string::npos);
+	movie[found + 10] = 0;
+	WriteBytes(mFolder / "a.m4a", movie);
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "a.m4a"); }),
+		testing::AllOf(
+			HasSubstr("a.m4a"), HasSubstr("it cannot be decoded: the decoder for alac refuses it")));
+}
+
 TEST_F(Movies, ListsOfOtherFilesAreRefused)
 {
 	std::string const path = Write(MakeIndexSound(1, 48000, kFrames), "a.wav");

@@ -5,6 +5,7 @@
 #include "MovieLayout.h"
 #include "MovieScan.h"
 #include "MovieStart.h"
+#include "PacketDecoder.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/MovieLibraries.h"
@@ -64,6 +65,20 @@ std::string NameStream(std::size_t inIndex)
 	return "audio stream " + std::to_string(inIndex + 1);
 }
 
+// What the decoder has against a stream; nothing where it takes it.
+std::string FindFaultOfDecoder(AVStream const& inStream)
+{
+	try
+	{
+		PacketDecoder const decoder(inStream);
+		return {};
+	}
+	catch (std::runtime_error const& error)
+	{
+		return std::string("cannot be decoded: ") + error.what();
+	}
+}
+
 // The streams that are read, as indices of all streams of the file. Marks them in the info, and remarks on the others.
 std::vector<unsigned> ChooseStreams(MovieInput const& inInput, AudioFileInfo& ioInfo)
 {
@@ -76,6 +91,10 @@ std::vector<unsigned> ChooseStreams(MovieInput const& inInput, AudioFileInfo& io
 			continue;
 		}
 		std::string fault = FindFault(stream);
+		if (fault.empty())
+		{
+			fault = FindFaultOfDecoder(inInput.GetStream(inInput.GetAudioStreams()[i]));
+		}
 		if (fault.empty() && !chosen.empty() && stream.mSampleRate != ioInfo.mSampleRate)
 		{
 			fault = "has " + std::to_string(stream.mSampleRate) + " Hz and not " +
