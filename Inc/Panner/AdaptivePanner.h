@@ -16,17 +16,18 @@ namespace SN
 class AdaptivePanner : public AutomatedPanner, public AudioPannerDirectChannelAssignmentBase
 {
 public:
-	// inTag: the tag of the scratch memory that is set aside for the output's channels.
-	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix,
-		ImmutableString const& inTag);
+	// eInvalidArgument also for more channels than a buffer has.
+	int Init(
+		AutomatedPannerSettings const& inSettings, int inOutputChannels, AudioChannelMatrix const& inMatrix);
 
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
 		TickTime const& inTime) SONARO_NONBLOCKING override;
 
 protected:
-	// inRightInput: the input channel that the right side hears.
+	// inRightInput: the input channel that the right side hears. inTag: the tag of the scratch memory that is set
+	// aside for the output's channels.
 	AdaptivePanner(char16_t const* inNodeName, AudioChannelType inInputType, unsigned long long inRightInput,
-		AudioChannelLayout const& inOutputLayout);
+		ImmutableString const& inTag);
 
 	void CopyFrom(AdaptivePanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
@@ -45,6 +46,7 @@ private:
 		unsigned long long inChannel, Side& ioSide);
 
 	unsigned long long mRightInput;
+	ImmutableString mTag;
 	StereoPanRamps mRamps{&GetSideKeepingGains};
 };
 

@@ -2,13 +2,14 @@
 
 #include "Panner/Algorithm/BalanceProcessor.h"
 #include "Panner/AutomatedPanner.h"
+#include "Panner/PannerClass.h"
 
 namespace SN
 {
 
 // Balances a multichannel signal, its channels taken as pairs. One control, the pan: 0 left, 0.5 middle,
 // 1 right. Gains do not ramp: a new pan holds from the next block on.
-class AudioPannerBalance final : public AutomatedPanner
+class AudioPannerBalance final : public PannerClass<AudioPannerBalance, AutomatedPanner>
 {
 public:
 	// Whether a balance that will always stand in the middle says that it may be skipped.
@@ -18,14 +19,12 @@ public:
 		kOn,
 	};
 
-	static int Create(AutomatedPannerSettings const& inSettings, IdentityTest inIdentityTest,
-		InterfaceRef<IAudioPanProcessor>* outProcessor);
-
 	AudioPannerBalance();
 
 	int Init(AutomatedPannerSettings const& inSettings, IdentityTest inIdentityTest);
 
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
+	void CopyFrom(
+		AudioPannerBalance const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 	// True when the test is on and the pan has no keyframes and stands in the middle, as last sampled.
 	bool DoesNotAlterAudio() SONARO_NONBLOCKING override;
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,

@@ -236,37 +236,37 @@ public:
 		{
 		case kPanNoneMono:
 		case kPanNoneMonoAlias:
-			return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Mono, outProcessor);
+			return AudioPannerNone::Create(outProcessor, inContext, VX::kAudioChannelLayout_Mono);
 		case kPanNoneStereo:
-			return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Stereo, outProcessor);
+			return AudioPannerNone::Create(outProcessor, inContext, VX::kAudioChannelLayout_Stereo);
 		case kPanNone51:
-			return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_51, outProcessor);
+			return AudioPannerNone::Create(outProcessor, inContext, VX::kAudioChannelLayout_51);
 		case kPanNoneAdaptive:
-			return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Multichannel, outProcessor);
+			return AudioPannerNone::Create(outProcessor, inContext, VX::kAudioChannelLayout_Multichannel);
 		case kPanStereoToStereo:
-			return AudioPannerStereoToStereo::Create(settings, outProcessor);
+			return AudioPannerStereoToStereo::Create(outProcessor, settings);
 		case kPanMonoToStereo:
-			return AudioPannerMonoToStereo::Create(settings, outProcessor);
+			return AudioPannerMonoToStereo::Create(outProcessor, settings);
 		case kPanStereoToMono:
-			return AudioPannerStereoToMono::Create(inContext, inFrameRate, outProcessor);
+			return AudioPannerStereoToMono::Create(outProcessor, inContext, inFrameRate);
 		case kPanMonoTo51:
-			return AudioPannerMonoTo51::Create(settings, outProcessor);
+			return AudioPannerMonoTo51::Create(outProcessor, settings);
 		case kPanStereoTo51:
-			return AudioPannerStereoTo51::Create(settings, outProcessor);
+			return AudioPannerStereoTo51::Create(outProcessor, settings);
 		case kPan51ToMono:
-			return AudioPanner51ToMono::Create(inContext, inFrameRate, outProcessor);
+			return AudioPanner51ToMono::Create(outProcessor, inContext, inFrameRate);
 		case kPan51ToStereo:
-			return AudioPanner51ToStereo::Create(inContext, inFrameRate, outProcessor);
+			return AudioPanner51ToStereo::Create(outProcessor, inContext, inFrameRate);
 		case kPanChannelMapMono:
 			return AudioPannerChannelMap::Create(
-				inContext, inFrameRate, VX::kAudioChannelTypeMono, outProcessor);
+				outProcessor, inContext, inFrameRate, VX::kAudioChannelTypeMono);
 		case kPanBalance:
-			return AudioPannerBalance::Create(settings, AudioPannerBalance::IdentityTest::kOff, outProcessor);
+			return AudioPannerBalance::Create(outProcessor, settings, AudioPannerBalance::IdentityTest::kOff);
 		case kPanChannelMap51:
 			return AudioPannerChannelMap::Create(
-				inContext, inFrameRate, VX::kAudioChannelType51, outProcessor);
+				outProcessor, inContext, inFrameRate, VX::kAudioChannelType51);
 		case kPanBalanceWithIdentity:
-			return AudioPannerBalance::Create(settings, AudioPannerBalance::IdentityTest::kOn, outProcessor);
+			return AudioPannerBalance::Create(outProcessor, settings, AudioPannerBalance::IdentityTest::kOn);
 		default:
 			return eInvalidArgument;
 		}
@@ -282,14 +282,14 @@ public:
 		switch (inType)
 		{
 		case kPanMonoTo51:
-			return AudioPannerMonoTo51Direct::Create(settings, inMatrix, outProcessor);
+			return AudioPannerMonoTo51Direct::Create(outProcessor, settings, inMatrix);
 		case kPanMonoToAdaptive:
-			return AudioPannerMonoToAdaptive::Create(settings, inOutputChannels, inMatrix, outProcessor);
+			return AudioPannerMonoToAdaptive::Create(outProcessor, settings, inOutputChannels, inMatrix);
 		case kPanStereoToAdaptive:
-			return AudioPannerStereoToAdaptive::Create(settings, inOutputChannels, inMatrix, outProcessor);
+			return AudioPannerStereoToAdaptive::Create(outProcessor, settings, inOutputChannels, inMatrix);
 		case kPan51ToAdaptive:
 			return AudioPanner51ToAdaptive::Create(
-				inContext, inFrameRate, inOutputChannels, inMatrix, outProcessor);
+				outProcessor, inContext, inFrameRate, inOutputChannels, inMatrix);
 		default:
 			return eInvalidArgument;
 		}
@@ -301,21 +301,22 @@ public:
 		AudioChannelLayout const& inInputLayout, AudioChannelLayout const& inOutputLayout,
 		InterfaceRef<IAudioPanProcessor>* outProcessor) const override
 	{
-		return AudioPannerDefaultMultiChannel::Create({inContext, inFrameRate, inActionFlag, inParams},
-			inMatrix, inInputLayout, inOutputLayout, outProcessor);
+		return AudioPannerDefaultMultiChannel::Create(outProcessor,
+			AutomatedPannerSettings{inContext, inFrameRate, inActionFlag, inParams}, inMatrix, inInputLayout,
+			inOutputLayout);
 	}
 
 	int CreateChannelMixerAudioPanProcessorRenderer(AudioChannelLayout const& inInputLayout,
 		AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains,
 		InterfaceRef<IAudioPanProcessor>* outProcessor) const override
 	{
-		return ChannelMixerAudioPanProcessor::Create(inInputLayout, inOutputLayout, inGains, outProcessor);
+		return ChannelMixerAudioPanProcessor::Create(outProcessor, inInputLayout, inOutputLayout, inGains);
 	}
 
 	int CreateNoneAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		AudioChannelLayout const& inLayout, InterfaceRef<IAudioPanProcessor>* outProcessor) const override
 	{
-		return AudioPannerNone::Create(inContext, inLayout, outProcessor);
+		return AudioPannerNone::Create(outProcessor, inContext, inLayout);
 	}
 
 	int CreateAudioMeterRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,

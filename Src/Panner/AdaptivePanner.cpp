@@ -1,6 +1,7 @@
 #include "Panner/AdaptivePanner.h"
 
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
 
@@ -15,16 +16,17 @@ constexpr unsigned long long kNoMaster = ~0ull;
 } // namespace
 
 AdaptivePanner::AdaptivePanner(char16_t const* inNodeName, AudioChannelType inInputType,
-	unsigned long long inRightInput, AudioChannelLayout const& inOutputLayout)
-	: AutomatedPanner({inNodeName, inInputType, VX::kAudioChannelTypeAdaptive,
-		  VX::CreateAudioChannelLayout(inInputType), inOutputLayout}),
-	  mRightInput(inRightInput)
+	unsigned long long inRightInput, ImmutableString const& inTag)
+	: AutomatedPanner(inNodeName, inInputType, VX::kAudioChannelTypeAdaptive),
+	  mRightInput(inRightInput),
+	  mTag(inTag)
 {
 }
 
-int AdaptivePanner::Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix,
-	ImmutableString const& inTag)
+int AdaptivePanner::Init(
+	AutomatedPannerSettings const& inSettings, int inOutputChannels, AudioChannelMatrix const& inMatrix)
 {
+	SetOutputLayout(zorvmediatypes::CreateMultichannelLayout(inOutputChannels));
 	AudioPannerDirectChannelAssignmentBase::Init(inMatrix, GetOutputAudioChannelLayout());
 	int const result = AutomatedPanner::Init(inSettings, kAnyParameterCount);
 	if (ResultSucceeded(result) && GetNumOutputChannels() > dsp::AudioBuffer::kMaxChannels)
@@ -33,7 +35,7 @@ int AdaptivePanner::Init(AutomatedPannerSettings const& inSettings, AudioChannel
 	}
 	if (ResultSucceeded(result))
 	{
-		ReserveStackAudioBuffer(GetNumOutputChannels(), GetMaxBlockSize(), inTag);
+		ReserveStackAudioBuffer(GetNumOutputChannels(), GetMaxBlockSize(), mTag);
 	}
 	mRamps.Init(inSettings.mFrameRate);
 	return result;

@@ -1,18 +1,10 @@
 #include "Panner/AudioPannerBalance.h"
 
-#include "Panner/CreatePanner.h"
-
 namespace SN
 {
 
-int AudioPannerBalance::Create(AutomatedPannerSettings const& inSettings, IdentityTest inIdentityTest,
-	InterfaceRef<IAudioPanProcessor>* outProcessor)
-{
-	return CreatePanner<AudioPannerBalance>(outProcessor, inSettings, inIdentityTest);
-}
-
 AudioPannerBalance::AudioPannerBalance()
-	: AutomatedPanner(u"AudioPannerBalance", VX::kAudioChannelTypeAdaptive, VX::kAudioChannelTypeAdaptive)
+	: PannerClass(u"AudioPannerBalance", VX::kAudioChannelTypeAdaptive, VX::kAudioChannelTypeAdaptive)
 {
 }
 
@@ -22,13 +14,11 @@ int AudioPannerBalance::Init(AutomatedPannerSettings const& inSettings, Identity
 	return AutomatedPanner::Init(inSettings, kAnyParameterCount);
 }
 
-InterfaceRef<IAudioPanProcessor> AudioPannerBalance::Clone(
-	FrameRate const& inFrameRate, unsigned inControlInterval)
+void AudioPannerBalance::CopyFrom(
+	AudioPannerBalance const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioPannerBalance>();
-	clone->CopyFrom(*this, inFrameRate, inControlInterval);
-	clone->mIdentityTest = mIdentityTest;
-	return clone;
+	AutomatedPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
+	mIdentityTest = inOther.mIdentityTest;
 }
 
 bool AudioPannerBalance::DoesNotAlterAudio()

@@ -1,18 +1,10 @@
 #include "Panner/AudioPannerMonoTo51Direct.h"
 
-#include "Panner/CreatePanner.h"
-
 namespace SN
 {
 
-int AudioPannerMonoTo51Direct::Create(AutomatedPannerSettings const& inSettings,
-	AudioChannelMatrix const& inMatrix, InterfaceRef<IAudioPanProcessor>* outProcessor)
-{
-	return CreatePanner<AudioPannerMonoTo51Direct>(outProcessor, inSettings, inMatrix);
-}
-
 AudioPannerMonoTo51Direct::AudioPannerMonoTo51Direct()
-	: AutomatedPanner(u"AudioPannerMonoTo51Direct", VX::kAudioChannelTypeMono, VX::kAudioChannelType51)
+	: PannerClass(u"AudioPannerMonoTo51Direct", VX::kAudioChannelTypeMono, VX::kAudioChannelType51)
 {
 }
 
@@ -23,13 +15,11 @@ int AudioPannerMonoTo51Direct::Init(
 	return AutomatedPanner::Init(inSettings, 4);
 }
 
-InterfaceRef<IAudioPanProcessor> AudioPannerMonoTo51Direct::Clone(
-	FrameRate const& inFrameRate, unsigned inControlInterval)
+void AudioPannerMonoTo51Direct::CopyFrom(
+	AudioPannerMonoTo51Direct const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-	auto const clone = zorvcore::classref::MakeObject<AudioPannerMonoTo51Direct>();
-	clone->CopyFrom(*this, inFrameRate, inControlInterval);
-	clone->AudioPannerDirectChannelAssignmentBase::Init(GetMatrix(), GetOutputLayout());
-	return clone;
+	AutomatedPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
+	AudioPannerDirectChannelAssignmentBase::Init(inOther.GetMatrix(), inOther.GetOutputLayout());
 }
 
 void AudioPannerMonoTo51Direct::ProcessAudioData(
