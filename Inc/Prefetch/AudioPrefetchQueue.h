@@ -35,7 +35,6 @@ public:
 
 	AudioPrefetchQueue(AudioPrefetchQueue const&) = delete;
 	AudioPrefetchQueue& operator=(AudioPrefetchQueue const&) = delete;
-	~AudioPrefetchQueue();
 
 	// Cancels both priorities, refuses what comes later, and waits until the thread has emptied the queues
 	// and ended.

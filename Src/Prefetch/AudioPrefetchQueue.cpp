@@ -57,8 +57,6 @@ AudioPrefetchQueue::AudioPrefetchQueue(std::shared_ptr<AsyncThreadedExecutor> in
 {
 }
 
-AudioPrefetchQueue::~AudioPrefetchQueue() = default;
-
 void AudioPrefetchQueue::WatchByMonitor()
 {
 	mMonitor = zorvcore::debug::RegisterDebugMonitorCallback(
