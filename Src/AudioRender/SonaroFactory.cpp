@@ -5,6 +5,7 @@
 #include "AudioRender/Component/AudioMeterRenderer.h"
 #include "AudioRender/Component/AudioSendRenderer.h"
 #include "AudioRender/Core/AudioRenderContext.h"
+#include "AudioRender/Core/CreateNode.h"
 #include "AudioRender/Core/Module.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Routing/AudioTransitionRenderer.h"
@@ -111,8 +112,8 @@ public:
 		AudioChannelLayout const& inChannelLayout, TickTime const& inStartOffset, float inGain,
 		double inSpeed, InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return AudioClipRenderer::Create(
-			{inContext, inFrameRate, inGenerators, inChannelLayout, inStartOffset, inGain, inSpeed},
+		return CreateNode<AudioClipRenderer>(AudioClipSettings{inContext, inFrameRate, inGenerators,
+												 inChannelLayout, inStartOffset, inGain, inSpeed},
 			outGenerator);
 	}
 
@@ -137,8 +138,8 @@ public:
 		InterfaceRef<IAudioProcessor> const& inProcessor,
 		InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return AudioMixRenderer::Create(
-			{inContext, inFrameRate, inFirst, inFirstTimeScale, inSecond, inSecondTimeScale, inProcessor},
+		return CreateNode<AudioMixRenderer>(AudioMixSettings{inContext, inFrameRate, inFirst,
+												inFirstTimeScale, inSecond, inSecondTimeScale, inProcessor},
 			outGenerator);
 	}
 
@@ -149,9 +150,9 @@ public:
 		InterfaceRef<VX::ITimeTransform> inTimeTransform, TickTime const& inTimeOffset,
 		InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return RealtimeAudioClipTrackItemRenderer::Create(
-			{inContext, inFrameRate, inSource, inProcessors, inPanProcessor, inSpeed, inTimeTransform,
-				inTimeOffset},
+		return CreateNode<RealtimeAudioClipTrackItemRenderer>(
+			RealtimeAudioClipTrackItemSettings{inContext, inFrameRate, inSource, inProcessors, inPanProcessor,
+				inSpeed, inTimeTransform, inTimeOffset},
 			outGenerator);
 	}
 
@@ -172,9 +173,10 @@ public:
 		TickTime const& inIncomingStartTime, TickTime const& inTransitionStartTime,
 		TickTime const& inTransitionDuration, InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return AudioTransitionRenderer::Create(
-			{inContext, inFrameRate, inTransition, inParameters, inOutgoingGenerator, inIncomingGenerator,
-				inOutgoingStartTime, inIncomingStartTime, inTransitionStartTime, inTransitionDuration},
+		return CreateNode<AudioTransitionRenderer>(
+			AudioTransitionSettings{inContext, inFrameRate, inTransition, inParameters, inOutgoingGenerator,
+				inIncomingGenerator, inOutgoingStartTime, inIncomingStartTime, inTransitionStartTime,
+				inTransitionDuration},
 			outGenerator);
 	}
 
@@ -197,8 +199,9 @@ public:
 		InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
 		InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return AudioMixTrackRenderer::Create(
-			{inContext, inFrameRate, inSource, inOwner, inMute, inProcessors, inPanProcessor, inChannels},
+		return CreateNode<AudioMixTrackRenderer>(
+			AudioMixTrackSettings{
+				inContext, inFrameRate, inSource, inOwner, inMute, inProcessors, inPanProcessor, inChannels},
 			outGenerator);
 	}
 
@@ -215,8 +218,9 @@ public:
 		std::vector<TickTime> const& inGeneratorDelays, AudioChannelLayout const& inChannels,
 		InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return AudioTrackGroupRenderer::Create({inContext, inFrameRate, inGenerators, inDelayDependencies,
-												   inGeneratorDelays, inChannels, inOwner},
+		return CreateNode<AudioTrackGroupRenderer>(
+			AudioTrackGroupSettings{inContext, inFrameRate, inGenerators, inDelayDependencies,
+				inGeneratorDelays, inChannels, inOwner},
 			outGenerator);
 	}
 

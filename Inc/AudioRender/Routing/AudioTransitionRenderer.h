@@ -26,7 +26,7 @@ public:
 	static constexpr Identifier<AudioTransitionRenderer> kIdentifier{
 		0x39dfaff257bd18f2ull, 0xc13ec6ee744312ddull};
 
-	static int Create(AudioTransitionSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioTransitionSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override;
@@ -63,7 +63,6 @@ private:
 		float mStep;
 	};
 
-	int InitFrom(AudioTransitionSettings const& inSettings);
 	void MeasureWidth();
 	// What takes the item's time to a clip's.
 	TickTime GetOutgoingOffset() const { return mTransitionStartTime - mOutgoingStartTime; }

@@ -36,6 +36,7 @@ class AudioClipTrackRenderer final
 {
 public:
 	static int Create(AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioClipTrackSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override;
@@ -86,7 +87,6 @@ private:
 		AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 	static bool IsNeverHeard(AudioClipTrackSettings const& inSettings);
 
-	int Init(AudioClipTrackSettings const& inSettings);
 	void SetItems(DelayedTrackItems::Items inItems);
 	void MakeBuffers();
 	bool IsReadAheadPlayback() const { return IsPrefetchEnabled() && !IsImmediateRender(); }

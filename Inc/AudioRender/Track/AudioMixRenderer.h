@@ -29,7 +29,7 @@ class AudioMixRenderer final : public Implements<AudioMixRenderer, GeneratorWith
 {
 public:
 	// Throws AudioMixRendererCreateFailure when a generator or the processor is missing.
-	static int Create(AudioMixSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioMixSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	bool HasHistory() override;
@@ -66,7 +66,6 @@ private:
 		double mTimeScale = 1.0;
 	};
 
-	int InitFrom(AudioMixSettings const& inSettings);
 	void SetNodes(
 		Input const& inFirst, Input const& inSecond, InterfaceRef<IAudioProcessor> const& inProcessor);
 	// Joins up to so many samples in mProcessorBuffer. Returns how many there are.

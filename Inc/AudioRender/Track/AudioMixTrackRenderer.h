@@ -32,7 +32,7 @@ class AudioMixTrackRenderer final
 	  public AudioRenderContextClient
 {
 public:
-	static int Create(AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioMixTrackSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
@@ -63,7 +63,6 @@ protected:
 	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
-	int InitFrom(AudioMixTrackSettings const& inSettings);
 	void MakeBuffers();
 	void PullSource(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse);
 	void RunChain(

@@ -33,7 +33,7 @@ public:
 	static constexpr Identifier<AudioTrackGroupRenderer> kIdentifier{
 		0xd37d8b386462c70dull, 0x0ed325fde5aa174cull};
 
-	static int Create(AudioTrackGroupSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioTrackGroupSettings const& inSettings);
 	// One more instance of the owner's sequence; see ISonaroFactory. -1 where there is none on this level.
 	static int CreateViaCloning(InterfaceRef<IAudioRenderContext> const& inContext,
 		InterfaceRef<UnknownBase> const& inOwner, InterfaceRef<IAudioGenerator>* outGenerator);
@@ -77,7 +77,6 @@ private:
 		TickTime mDelay;
 	};
 
-	int InitFrom(AudioTrackGroupSettings const& inSettings);
 	void WarmUp(TickTime const& inStartTime);
 
 	std::vector<Member> mMembers;

@@ -29,8 +29,7 @@ class RealtimeAudioClipTrackItemRenderer final
 	  public AudioRenderContextClient
 {
 public:
-	static int Create(
-		RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override
@@ -67,7 +66,6 @@ protected:
 	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
-	int InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings);
 	// The resampler and all memory.
 	void ReserveScratch();
 

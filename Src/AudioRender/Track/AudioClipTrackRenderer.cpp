@@ -2,6 +2,7 @@
 
 #include "AudioRender/Component/AudioFaderRenderer.h"
 #include "AudioRender/Component/AudioSendRenderer.h"
+#include "AudioRender/Core/CreateNode.h"
 #include "AudioRender/Core/FillUp.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
@@ -57,13 +58,7 @@ int AudioClipTrackRenderer::CreateNew(
 	{
 		return SilentRenderer::Create(inSettings.mChannels, outGenerator);
 	}
-	auto const renderer = zorvcore::classref::MakeObject<AudioClipTrackRenderer>();
-	int const result = renderer->Init(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-	}
-	return result;
+	return CreateNode<AudioClipTrackRenderer>(inSettings, outGenerator);
 }
 
 // A fader that is always closed, and no send, which may tap the audio before it.
@@ -87,7 +82,7 @@ bool AudioClipTrackRenderer::IsNeverHeard(AudioClipTrackSettings const& inSettin
 	return isMuted && !hasSend;
 }
 
-int AudioClipTrackRenderer::Init(AudioClipTrackSettings const& inSettings)
+int AudioClipTrackRenderer::InitFrom(AudioClipTrackSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
 	mCachingEnabled = inSettings.mContext->IsTrackCacheEnabled();

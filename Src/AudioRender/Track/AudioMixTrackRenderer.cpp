@@ -10,22 +10,6 @@
 namespace SN
 {
 
-int AudioMixTrackRenderer::Create(
-	AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
-{
-	if (!inSettings.mContext)
-	{
-		return eNullPointer;
-	}
-	auto const renderer = zorvcore::classref::MakeObject<AudioMixTrackRenderer>();
-	int const result = renderer->InitFrom(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-	}
-	return result;
-}
-
 int AudioMixTrackRenderer::InitFrom(AudioMixTrackSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);

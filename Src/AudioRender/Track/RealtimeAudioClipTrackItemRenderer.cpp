@@ -32,18 +32,6 @@ FrameRate GetInputRate(double inSpeed)
 
 } // namespace
 
-int RealtimeAudioClipTrackItemRenderer::Create(
-	RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
-{
-	auto const renderer = zorvcore::classref::MakeObject<RealtimeAudioClipTrackItemRenderer>();
-	int const result = renderer->InitFrom(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-	}
-	return result;
-}
-
 int RealtimeAudioClipTrackItemRenderer::InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
