@@ -9,8 +9,8 @@ namespace SN
 // Passes every operation on to the generator that it wraps, so that a subclass changes only what it must.
 // A clone is a plain decorator around a clone of the generator: what a subclass changes is not carried
 // over. Without a generator the first operation that is passed on raises the null-pointer exception.
-class AudioGeneratorDecorator : public Implements<AudioGeneratorDecorator, GeneratorWithInputs,
-									IAudioRecordCompletion, ILiveAudioParameterOwner>
+class AudioGeneratorDecorator
+	: public Implements<AudioGeneratorDecorator, LiveGeneratorWithInputs, IAudioRecordCompletion>
 {
 public:
 	void Init(InterfaceRef<IAudioGenerator> const& inGenerator);
@@ -48,10 +48,6 @@ public:
 	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override
 	{
 		NotifyInputs(inRecording);
-	}
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
 	}
 
 	std::u16string GetNodeName() override { return u"AudioGeneratorDecorator"; }

@@ -25,9 +25,9 @@ namespace SN
 //          and drops it, so that processors and delay lines have heard it.
 // Empty    Silent without tracks.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another.
-class AudioTrackGroupRenderer final : public Implements<AudioTrackGroupRenderer, GeneratorWithInputs,
-										  ILiveAudioParameterOwner, IAudioRecordCompletion>,
-									  public AudioRenderContextClient
+class AudioTrackGroupRenderer final
+	: public Implements<AudioTrackGroupRenderer, LiveGeneratorWithInputs, IAudioRecordCompletion>,
+	  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioTrackGroupRenderer> kIdentifier{
@@ -48,10 +48,6 @@ public:
 	void GetAudioData(
 		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
-	}
 	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override
 	{
 		NotifyInputs(inRecording);

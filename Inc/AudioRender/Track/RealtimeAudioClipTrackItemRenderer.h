@@ -23,10 +23,9 @@ namespace SN
 // Latency   What processors and source need ahead is reported as delay, and made up for by rendering ahead
 //           and throwing away, in FillInitialDelay.
 // Threads   One at a time.
-class RealtimeAudioClipTrackItemRenderer final
-	: public Implements<RealtimeAudioClipTrackItemRenderer, GeneratorWithInputs, ILiveAudioParameterOwner,
-		  AudioTrackRenderableItemMixin>,
-	  public AudioRenderContextClient
+class RealtimeAudioClipTrackItemRenderer final : public Implements<RealtimeAudioClipTrackItemRenderer,
+													 LiveGeneratorWithInputs, AudioTrackRenderableItemMixin>,
+												 public AudioRenderContextClient
 {
 public:
 	int InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings);
@@ -44,11 +43,6 @@ public:
 	void GetAudioData(
 		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
-
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
-	}
 
 	unsigned GetNumChannels() SONARO_NONBLOCKING override
 	{
