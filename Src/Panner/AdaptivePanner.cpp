@@ -17,8 +17,8 @@ constexpr unsigned long long kNoMaster = ~0ull;
 
 AdaptivePanner::AdaptivePanner(char16_t const* inNodeName, AudioChannelType inInputType,
 	unsigned long long inRightInput, ImmutableString const& inTag)
-	: AutomatedPanner(inNodeName, inInputType, VX::kAudioChannelTypeAdaptive),
-	  mRightInput(inRightInput),
+	: StereoPanner(
+		  inNodeName, inInputType, &GetSideKeepingGains, inRightInput, VX::kAudioChannelTypeAdaptive),
 	  mTag(inTag)
 {
 }
@@ -28,7 +28,7 @@ int AdaptivePanner::Init(
 {
 	SetOutputLayout(zorvmediatypes::CreateMultichannelLayout(inOutputChannels));
 	AudioPannerDirectChannelAssignmentBase::Init(inMatrix, GetOutputAudioChannelLayout());
-	int const result = AutomatedPanner::Init(inSettings, kAnyParameterCount);
+	int const result = StereoPanner::Init(inSettings, kAnyParameterCount);
 	if (ResultSucceeded(result) && GetNumOutputChannels() > dsp::AudioBuffer::kMaxChannels)
 	{
 		return eInvalidArgument;
@@ -37,37 +37,14 @@ int AdaptivePanner::Init(
 	{
 		ReserveStackAudioBuffer(GetNumOutputChannels(), GetMaxBlockSize(), mTag);
 	}
-	mRamps.Init(inSettings.mFrameRate);
 	return result;
 }
 
 void AdaptivePanner::CopyFrom(
 	AdaptivePanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-	AutomatedPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
+	StereoPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
 	AudioPannerDirectChannelAssignmentBase::Init(inOther.GetMatrix(), inOther.GetOutputLayout());
-	mRamps.Init(inFrameRate);
-}
-
-void AdaptivePanner::ProcessAudioData(
-	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime)
-{
-	mRamps.SetPan(GetValueOrZero(0));
-	unsigned const frames = inInput.GetUseSize();
-	if (inInput.IsSilent())
-	{
-		mRamps.AdvanceWithoutProcessing(frames);
-		outOutput.Zero();
-	}
-	else
-	{
-		if (IsJump(inTime))
-		{
-			mRamps.Jump(GetFrameRate());
-		}
-		PlaceChannels(inInput, outOutput);
-	}
-	NoteBlock(inTime, frames);
 }
 
 void AdaptivePanner::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)
