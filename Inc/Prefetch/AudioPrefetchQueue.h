@@ -57,7 +57,6 @@ private:
 	explicit AudioPrefetchQueue(std::shared_ptr<zorvcore::threads::AsyncThreadedExecutor> inExecutor);
 
 	void CreateServiceTrigger();
-	void WatchByMonitor();
 	RequestQueue& GetQueue(PrefetchPriority inPriority);
 
 	// False when the queue was empty.
