@@ -2,6 +2,7 @@
 
 #include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/IAudioRecordCompletion.h"
+#include "zorvcore/classref/AsyncDestruction.h"
 
 namespace SN
 {
@@ -13,9 +14,18 @@ class AudioGeneratorDecorator
 	: public Implements<AudioGeneratorDecorator, LiveGeneratorWithInputs, IAudioRecordCompletion>
 {
 public:
-	void Init(InterfaceRef<IAudioGenerator> const& inGenerator);
+	void Init(InterfaceRef<IAudioGenerator> const& inGenerator)
+	{
+		mGenerator = inGenerator;
+		mGeneratorPrivate = inGenerator;
+	}
 
-	InterfaceRef<IAudioGenerator> Clone() override;
+	InterfaceRef<IAudioGenerator> Clone() override
+	{
+		auto const clone = zorvcore::classref::MakeAsyncDestroyedObject<AudioGeneratorDecorator>();
+		clone->Init(mGenerator->Clone());
+		return clone;
+	}
 	TickTime GetDelay() SONARO_NONBLOCKING override { return mGenerator->GetDelay(); }
 	void Preroll(TickTime const& inStartTime, bool inReverse) override
 	{
