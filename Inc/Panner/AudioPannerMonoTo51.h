@@ -13,8 +13,6 @@ class AudioPannerMonoTo51 final : public PannerClass<AudioPannerMonoTo51, Surrou
 public:
 	AudioPannerMonoTo51();
 
-	int Init(AutomatedPannerSettings const& inSettings);
-
 protected:
 	void PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput) override;
 };

@@ -11,10 +11,8 @@ namespace SN
 class AudioPannerStereoTo51 final : public PannerClass<AudioPannerStereoTo51, SurroundPanner>
 {
 public:
+	// It takes four controls.
 	AudioPannerStereoTo51();
-
-	// eFailure for another count of controls than four.
-	int Init(AutomatedPannerSettings const& inSettings);
 
 protected:
 	void PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput) override;

@@ -8,13 +8,9 @@ namespace SN
 {
 
 AudioPannerMonoTo51::AudioPannerMonoTo51()
-	: PannerClass(u"AudioPannerMonoTo51", VX::kAudioChannelTypeMono, &GetMonoSurroundGains)
+	: PannerClass(
+		  u"AudioPannerMonoTo51", VX::kAudioChannelTypeMono, &GetMonoSurroundGains, kAnyParameterCount)
 {
-}
-
-int AudioPannerMonoTo51::Init(AutomatedPannerSettings const& inSettings)
-{
-	return SurroundPanner::Init(inSettings, kAnyParameterCount);
 }
 
 void AudioPannerMonoTo51::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)

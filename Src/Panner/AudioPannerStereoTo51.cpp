@@ -12,13 +12,8 @@ namespace SN
 {
 
 AudioPannerStereoTo51::AudioPannerStereoTo51()
-	: PannerClass(u"AudioPannerStereoTo51", VX::kAudioChannelTypeStereo, &GetStereoSurroundGains)
+	: PannerClass(u"AudioPannerStereoTo51", VX::kAudioChannelTypeStereo, &GetStereoSurroundGains, 4)
 {
-}
-
-int AudioPannerStereoTo51::Init(AutomatedPannerSettings const& inSettings)
-{
-	return SurroundPanner::Init(inSettings, 4);
 }
 
 void AudioPannerStereoTo51::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)
