@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 namespace SN
@@ -95,14 +96,8 @@ public:
 	void AddTrackGroup(InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inGroup);
 
 private:
-	struct ContentKey
-	{
-		bool operator<(ContentKey const& inOther) const;
-
-		InterfaceRef<UnknownBase> mObject;
-		FrameRate mFrameRate;
-		FrameRate mMediaFrameRate;
-	};
+	// The object, and the ticks per frame of the output and of the media.
+	using ContentKey = std::tuple<InterfaceRef<UnknownBase>, std::int64_t, std::int64_t>;
 	using GeneratorByKey = std::map<InterfaceRef<UnknownBase>, InterfaceRef<IAudioGenerator>>;
 	using CachedGeneratorByKey = std::map<InterfaceRef<UnknownBase>, InterfaceRef<ICachedAudioGenerator>>;
 

@@ -1,7 +1,5 @@
 #include "AudioRender/Core/AudioRenderContext.h"
 
-#include <tuple>
-
 namespace SN
 {
 
@@ -16,13 +14,6 @@ typename Map::mapped_type Find(Map const& inMap, Key const& inKey)
 }
 
 } // namespace
-
-bool AudioRenderContext::ContentKey::operator<(ContentKey const& inOther) const
-{
-	auto const rates = [](ContentKey const& inKey)
-	{ return std::tuple(inKey.mFrameRate.GetTicksPerFrame(), inKey.mMediaFrameRate.GetTicksPerFrame()); };
-	return mObject < inOther.mObject || (mObject == inOther.mObject && rates(*this) < rates(inOther));
-}
 
 int AudioRenderContext::Create(
 	RenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext)
@@ -130,14 +121,16 @@ void AudioRenderContext::AddStreamRenderer(
 InterfaceRef<IAudioGenerator> AudioRenderContext::FindContentRenderer(InterfaceRef<UnknownBase> const& inKey,
 	FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate) const
 {
-	return Find(mContentRendererMap, ContentKey{inKey, inFrameRate, inMediaFrameRate});
+	return Find(mContentRendererMap,
+		ContentKey(inKey, inFrameRate.GetTicksPerFrame(), inMediaFrameRate.GetTicksPerFrame()));
 }
 
 void AudioRenderContext::AddContentRenderer(InterfaceRef<UnknownBase> const& inKey,
 	FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
 	InterfaceRef<IAudioGenerator> const& inRenderer)
 {
-	mContentRendererMap.emplace(ContentKey{inKey, inFrameRate, inMediaFrameRate}, inRenderer);
+	mContentRendererMap.emplace(
+		ContentKey(inKey, inFrameRate.GetTicksPerFrame(), inMediaFrameRate.GetTicksPerFrame()), inRenderer);
 }
 
 InterfaceRef<UnknownBase> AudioRenderContext::FindClone(InterfaceRef<UnknownBase> const& inNode) const
