@@ -91,7 +91,6 @@ private:
 	void Apply(ChainRequest const& inRequest, TickTime const& inTime,
 		Policy const& inPolicy) const SONARO_NONBLOCKING;
 
-	Processors mProcessors;
 	std::vector<Link> mLinks;
 	InterfaceRef<IAudioPanProcessor> mPanProcessor;
 	InterfaceRef<IParameterOwnerMixin> mPanOwner;
