@@ -19,16 +19,33 @@ public:
 		kOn,
 	};
 
-	AudioPannerBalance();
+	AudioPannerBalance()
+		: PannerClass(u"AudioPannerBalance", VX::kAudioChannelTypeAdaptive, VX::kAudioChannelTypeAdaptive)
+	{
+	}
 
-	int Init(AutomatedPannerSettings const& inSettings, IdentityTest inIdentityTest);
+	int Init(AutomatedPannerSettings const& inSettings, IdentityTest inIdentityTest)
+	{
+		mIdentityTest = inIdentityTest;
+		return AutomatedPanner::Init(inSettings, kAnyParameterCount);
+	}
+	void CopyFrom(AudioPannerBalance const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
+	{
+		AutomatedPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
+		mIdentityTest = inOther.mIdentityTest;
+	}
 
-	void CopyFrom(
-		AudioPannerBalance const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 	// True when the test is on and the pan has no keyframes and stands in the middle, as last sampled.
-	bool DoesNotAlterAudio() SONARO_NONBLOCKING override;
+	bool DoesNotAlterAudio() SONARO_NONBLOCKING override
+	{
+		return mIdentityTest == IdentityTest::kOn && GetParameterCount() > 0 && GetParameter(0) &&
+			   StandsAt(0, 0.5f);
+	}
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
-		TickTime const& inTime) SONARO_NONBLOCKING override;
+		TickTime const&) SONARO_NONBLOCKING override
+	{
+		mBalance.Process(inInput, outOutput, GetValueOrZero(0));
+	}
 
 private:
 	IdentityTest mIdentityTest = IdentityTest::kOff;

@@ -13,15 +13,29 @@ class AudioPannerMonoTo51Direct final : public PannerClass<AudioPannerMonoTo51Di
 										public AudioPannerDirectChannelAssignmentBase
 {
 public:
-	AudioPannerMonoTo51Direct();
+	AudioPannerMonoTo51Direct()
+		: PannerClass(u"AudioPannerMonoTo51Direct", VX::kAudioChannelTypeMono, VX::kAudioChannelType51)
+	{
+	}
 
 	// eFailure for another count of controls than four.
-	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix);
+	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix)
+	{
+		AudioPannerDirectChannelAssignmentBase::Init(inMatrix, GetOutputAudioChannelLayout());
+		return AutomatedPanner::Init(inSettings, 4);
+	}
 	void CopyFrom(
-		AudioPannerMonoTo51Direct const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
+		AudioPannerMonoTo51Direct const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
+	{
+		AutomatedPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
+		AudioPannerDirectChannelAssignmentBase::Init(inOther.GetMatrix(), inOther.GetOutputLayout());
+	}
 
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
-		TickTime const& inTime) SONARO_NONBLOCKING override;
+		TickTime const&) SONARO_NONBLOCKING override
+	{
+		Process(inInput, outOutput);
+	}
 };
 
 } // namespace SN
