@@ -3,18 +3,6 @@
 namespace SN
 {
 
-namespace
-{
-
-template <class Map, class Key>
-typename Map::mapped_type Find(Map const& inMap, Key const& inKey)
-{
-	auto const found = inMap.find(inKey);
-	return found == inMap.end() ? typename Map::mapped_type() : found->second;
-}
-
-} // namespace
-
 int AudioRenderContext::Create(
 	RenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext)
 {
@@ -89,35 +77,6 @@ InterfaceRef<ICachedAudioGenerator> AudioRenderContext::FindCachedGenerator(Inte
 	return mGeneratorMap ? Find(*mGeneratorMap, inKey) : InterfaceRef<ICachedAudioGenerator>();
 }
 
-InterfaceRef<IAudioGenerator> AudioRenderContext::FindTrackRenderer(InterfaceRef<UnknownBase> inKey)
-{
-	return Find(mTrackRendererMap, inKey);
-}
-
-InterfaceRef<IRenderableAudioComponentParam> AudioRenderContext::FindParameter(
-	InterfaceRef<UnknownBase> const& inKey) const
-{
-	return Find(mParameterMap, inKey);
-}
-
-void AudioRenderContext::AddParameter(
-	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IRenderableAudioComponentParam> const& inParameter)
-{
-	mParameterMap.emplace(inKey, inParameter);
-}
-
-InterfaceRef<IAudioGenerator> AudioRenderContext::FindStreamRenderer(
-	InterfaceRef<UnknownBase> const& inKey) const
-{
-	return Find(mStreamRendererMap, inKey);
-}
-
-void AudioRenderContext::AddStreamRenderer(
-	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer)
-{
-	mStreamRendererMap.emplace(inKey, inRenderer);
-}
-
 InterfaceRef<IAudioGenerator> AudioRenderContext::FindContentRenderer(InterfaceRef<UnknownBase> const& inKey,
 	FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate) const
 {
@@ -131,23 +90,6 @@ void AudioRenderContext::AddContentRenderer(InterfaceRef<UnknownBase> const& inK
 {
 	mContentRendererMap.emplace(
 		ContentKey(inKey, inFrameRate.GetTicksPerFrame(), inMediaFrameRate.GetTicksPerFrame()), inRenderer);
-}
-
-InterfaceRef<UnknownBase> AudioRenderContext::FindClone(InterfaceRef<UnknownBase> const& inNode) const
-{
-	return Find(mCloneMap, inNode);
-}
-
-void AudioRenderContext::AddClone(
-	InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone)
-{
-	mCloneMap.emplace(inNode, inClone);
-}
-
-void AudioRenderContext::AddTrackRenderer(
-	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer)
-{
-	mTrackRendererMap[inKey] = inRenderer;
 }
 
 void AudioRenderContext::AddCachedGenerator(
