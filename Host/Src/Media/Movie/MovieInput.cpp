@@ -18,7 +18,7 @@ namespace SonaroHost
 namespace
 {
 
-enum class Clock
+enum class TimeBase
 {
 	// Times count from the start of the movie.
 	kFromStart,
@@ -29,7 +29,7 @@ enum class Clock
 struct Demuxer
 {
 	std::string_view mName;
-	Clock mClock = Clock::kFromStart;
+	TimeBase mTimeBase = TimeBase::kFromStart;
 	// How sure the demuxer must be: those of streams without a container find their frames in other files, too.
 	int mLeastScore = AVPROBE_SCORE_RETRY + 1;
 };
@@ -42,14 +42,14 @@ constexpr Demuxer kDemuxers[] = {
 	{"matroska"},
 	{"mxf"},
 	{"avi"},
-	{"mpegts", Clock::kRunning},
-	{"mpeg", Clock::kRunning},
+	{"mpegts", TimeBase::kRunning},
+	{"mpeg", TimeBase::kRunning},
 	{"asf"},
 	{"flv"},
-	{"aac", Clock::kRunning, kSure},
-	{"ac3", Clock::kRunning, kSure},
-	{"eac3", Clock::kRunning, kSure},
-	{"dts", Clock::kRunning, kSure},
+	{"aac", TimeBase::kRunning, kSure},
+	{"ac3", TimeBase::kRunning, kSure},
+	{"eac3", TimeBase::kRunning, kSure},
+	{"dts", TimeBase::kRunning, kSure},
 };
 
 // Lists of other files and addresses.
@@ -180,7 +180,7 @@ bool MovieInput::IsRead(char const* inDemuxer) const
 std::int64_t MovieInput::GetStart() const
 {
 	Demuxer const* const demuxer = FindDemuxer(GetName(*mFormat->iformat));
-	bool const isRunning = demuxer->mClock == Clock::kRunning && mFormat->start_time != AV_NOPTS_VALUE;
+	bool const isRunning = demuxer->mTimeBase == TimeBase::kRunning && mFormat->start_time != AV_NOPTS_VALUE;
 	return isRunning ? mFormat->start_time : 0;
 }
 
