@@ -5,9 +5,11 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build ccache pkg-config
 	libboost-dev libxxhash-dev libcairo2-dev libsndfile1-dev libzip-dev libgraphviz-dev libutf8proc-dev
+	libavcodec-dev libavformat-dev libavutil-dev libswresample-dev
 	nlohmann-json3-dev libcli11-dev)
 if [ "${1:-build}" = test ]; then
-	packages+=(clang clang-format clang-tidy libclang-rt-14-dev lld python3 libgtest-dev libgmock-dev libbenchmark-dev libebur128-dev)
+	packages+=(clang clang-format clang-tidy libclang-rt-14-dev lld python3 libgtest-dev libgmock-dev libbenchmark-dev libebur128-dev
+		ffmpeg)
 fi
 
 missing=()

@@ -25,8 +25,8 @@ constexpr int kTones = 61;
 constexpr unsigned kSettled = 8000;
 constexpr unsigned kMeasured = 12000;
 
-constexpr int kWidth = 720;
-constexpr int kHeight = 400;
+constexpr int kPlotWidth = 720;
+constexpr int kPlotHeight = 400;
 constexpr int kLeft = 60;
 constexpr int kTop = 76;
 // The lowest level of the scale.
@@ -42,37 +42,37 @@ double GetHertz(int inTone)
 
 int GetX(double inHertz)
 {
-	return kLeft +
-		   static_cast<int>(std::lround(kWidth * std::log(inHertz / kLowest) / std::log(kHighest / kLowest)));
+	return kLeft + static_cast<int>(
+					   std::lround(kPlotWidth * std::log(inHertz / kLowest) / std::log(kHighest / kLowest)));
 }
 
 int GetY(int inDecibels)
 {
-	return kTop + kHeight * std::clamp(inDecibels, kFloor, 0) / kFloor;
+	return kTop + kPlotHeight * std::clamp(inDecibels, kFloor, 0) / kFloor;
 }
 
 std::string DrawScales()
 {
 	std::string text = Format("<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" fill=\"none\" "
 							  "stroke=\"#999\"/>\n",
-		kLeft, kTop, kWidth, kHeight);
+		kLeft, kTop, kPlotWidth, kPlotHeight);
 	for (int level = 0; level >= kFloor; level -= 20)
 	{
 		text += Format("<line x1=\"%d\" y1=\"%d\" x2=\"%d\" y2=\"%d\" stroke=\"#ddd\"/>\n<text x=\"%d\" "
 					   "y=\"%d\" text-anchor=\"end\">%d dB</text>\n",
-			kLeft, GetY(level), kLeft + kWidth, GetY(level), kLeft - 6, GetY(level) + 4, level);
+			kLeft, GetY(level), kLeft + kPlotWidth, GetY(level), kLeft - 6, GetY(level) + 4, level);
 	}
 	for (int const hertz : {20, 50, 100, 200, 500, 1000, 2000, 5000, 10000, 20000})
 	{
 		int const x = GetX(hertz);
+		text += Format("<line x1=\"%d\" y1=\"%d\" x2=\"%d\" y2=\"%d\" stroke=\"#ddd\"/>\n", x, kTop, x,
+			kTop + kPlotHeight);
 		text += Format(
-			"<line x1=\"%d\" y1=\"%d\" x2=\"%d\" y2=\"%d\" stroke=\"#ddd\"/>\n", x, kTop, x, kTop + kHeight);
-		text += Format(
-			"<text x=\"%d\" y=\"%d\" text-anchor=\"middle\">%d</text>\n", x, kTop + kHeight + 16, hertz);
+			"<text x=\"%d\" y=\"%d\" text-anchor=\"middle\">%d</text>\n", x, kTop + kPlotHeight + 16, hertz);
 	}
 	return text +
 		   Format("<text x=\"%d\" y=\"%d\" text-anchor=\"middle\">frequency of the tone in Hz</text>\n",
-			   kLeft + kWidth / 2, kTop + kHeight + 34);
+			   kLeft + kPlotWidth / 2, kTop + kPlotHeight + 34);
 }
 
 std::string DrawCurve(ResamplerSubject const& inSubject, char const* inColour)
@@ -107,7 +107,7 @@ std::string DrawResamplers()
 			   "<rect width=\"100%%\" height=\"100%%\" fill=\"white\"/>\n"
 			   "<text x=\"%d\" y=\"22\" font-size=\"15\">Noise and images of a full-scale tone, "
 			   "44100 to 48000 Hz, relative to the tone</text>\n",
-			kLeft + kWidth + 30, kTop + kHeight + 50, kLeft);
+			kLeft + kPlotWidth + 30, kTop + kPlotHeight + 50, kLeft);
 	text += DrawScales();
 	std::vector<ResamplerSubject> const subjects = ListResamplers();
 	int x = kLeft;

@@ -26,12 +26,12 @@ struct Rates
 constexpr Rates kRates[] = {{44100, 48000}, {48000, 44100}, {96000, 48000}};
 
 // Where speeds end, and a half.
-struct Ratio
+struct RatioRow
 {
 	char const* mName;
 	Rates mRates;
 };
-constexpr Ratio kRatios[] = {
+constexpr RatioRow kRatios[] = {
 	{"0.5", {24000, 48000}}, {"0.04", {1920, 48000}}, {"100", {4800000, 48000, 200, 1000}}};
 
 // A wave whose frequency goes from one to the other in a straight line, over what is measured.
@@ -149,7 +149,7 @@ std::string DescribeResamplers()
 		"| Resampler | Ratio | 1/48 | 10/48 | Sweep | Alias rejection |\n|---|---|---|---|---|---|\n";
 	for (ResamplerSubject const& subject : subjects)
 	{
-		for (Ratio const& ratio : kRatios)
+		for (RatioRow const& ratio : kRatios)
 		{
 			double const lower = std::min(ratio.mRates.mInput, ratio.mRates.mOutput);
 			text += DescribePair(subject, ratio.mName, ratio.mRates, lower / 48000.0);

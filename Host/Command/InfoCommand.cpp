@@ -2,12 +2,14 @@
 
 #include "Console.h"
 #include "Json.h"
+#include "MediaRows.h"
 #include "OptionGroups.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
-#include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
+#include "SonaroHost/Media/DamagedMedia.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "TimelineInfo.h"
 
@@ -42,6 +44,16 @@ std::string DescribeLayout(zorvmediatypes::AudioChannelLayout const& inLayout)
 	return text;
 }
 
+// "2: AAC, 2 channels, 48000 Hz, English".
+std::string DescribeStream(std::size_t inIndex, SonaroHost::AudioStreamInfo const& inStream)
+{
+	return std::to_string(inIndex + 1) + ": " + inStream.mEncoding + ", " +
+		   std::to_string(inStream.mChannels) + (inStream.mChannels == 1 ? " channel, " : " channels, ") +
+		   std::to_string(inStream.mSampleRate) + " Hz" +
+		   (inStream.mName.empty() ? "" : ", " + SonaroHost::MakePrintable(inStream.mName)) +
+		   (inStream.mIsRead ? "" : " (not read)");
+}
+
 std::string DescribeForPeople(AudioFileInfo const& inInfo)
 {
 	std::string text;
@@ -57,6 +69,22 @@ std::string DescribeForPeople(AudioFileInfo const& inInfo)
 	add("Length", SonaroHost::FormatTime(inInfo.mFrames, inInfo.mSampleRate) + " (" +
 					  std::to_string(inInfo.mFrames) + " samples" +
 					  (inInfo.mStatesLength ? ")" : "; not stated in the header, counted by decoding)"));
+	if (inInfo.mStart)
+	{
+		add("Start", inInfo.mStart->mText);
+	}
+	for (std::size_t i = 0; i < inInfo.mStreams.size(); ++i)
+	{
+		add(i == 0 ? "Streams" : "", DescribeStream(i, inInfo.mStreams[i]));
+	}
+	for (std::string const& remark : inInfo.mRemarks)
+	{
+		add("Remark", remark);
+	}
+	if (auto const damage = inInfo.mDamage->Get(); !damage.empty())
+	{
+		add("Damage", SonaroHost::DescribeDamage({inInfo.mPath, inInfo.mSampleRate, damage}));
+	}
 	return text;
 }
 
@@ -73,17 +101,29 @@ std::string DescribeForMachines(AudioFileInfo const& inInfo)
 	json["samples"] = inInfo.mFrames;
 	json["seconds"] = static_cast<double>(inInfo.mFrames) / inInfo.mSampleRate;
 	json["statesLength"] = inInfo.mStatesLength;
+	if (inInfo.mStart)
+	{
+		json["start"] = DescribeStart(*inInfo.mStart);
+	}
+	for (SonaroHost::AudioStreamInfo const& stream : inInfo.mStreams)
+	{
+		json["streams"].push_back({{"encoding", stream.mEncoding}, {"name", stream.mName},
+			{"channels", stream.mChannels}, {"rate", stream.mSampleRate}, {"isRead", stream.mIsRead}});
+	}
+	json["remarks"] = inInfo.mRemarks;
+	json["damaged"] = ListDamage(inInfo.mDamage->Get());
 	return ToText(json);
 }
 
 } // namespace
 
 InfoCommand::InfoCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "info", "Show the format and length of a sound file, or the contents of a timeline")
+	: Command(ioProgram, "info",
+		  "Show the format and length of a sound file or movie, or the contents of a timeline")
 {
 	GetParser()
-		.add_option(
-			"INPUT", mInput, "Sound file, - for the standard input, or timeline (.otio, .otioz, .otiod)")
+		.add_option("INPUT", mInput,
+			"Sound file or movie, - for the standard input, or timeline (.otio, .otioz, .otiod)")
 		->option_text("(required)")
 		->required();
 	GetParser()
@@ -91,8 +131,9 @@ InfoCommand::InfoCommand(CLI::App& ioProgram)
 			"Folder to search for media that are not found at their own paths; can be given more than once")
 		->option_text("DIR ...")
 		->allow_extra_args(false);
+	AddStreamOption(GetParser(), mStream);
 	GetParser().add_flag("--json", mAsJson, "Print the result as JSON");
-	GroupByInput(GetParser(), {}, {"--media"});
+	GroupByInput(GetParser(), {"--stream"}, {"--media"});
 	// Without one of its own a command would show that of the program.
 	GetParser().footer("Examples:\n"
 					   "  sonaro info interview.wav\n"
@@ -102,7 +143,8 @@ InfoCommand::InfoCommand(CLI::App& ioProgram)
 
 std::string InfoCommand::DescribeInputs() const
 {
-	return "info accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+	return "info accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as MOV, MP4, MKV "
+		   "and MXF) and timelines (.otio, .otioz, "
 		   ".otiod)";
 }
 
@@ -111,10 +153,12 @@ int InfoCommand::Run()
 	if (SonaroHost::Otio::IsTimelinePath(mInput))
 	{
 		std::vector<std::filesystem::path> const folders(mMediaFolders.begin(), mMediaFolders.end());
+		RefuseGroup(GetParser(), kForSoundFiles,
+			"applies only to sound files and movies; a timeline sets this itself");
 		return TellOfTimeline(mInput, folders, mAsJson);
 	}
 	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
-	AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput);
+	AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput, mStream);
 	PrintResult(mAsJson ? DescribeForMachines(info) : DescribeForPeople(info));
 	return kExitSuccess;
 }

@@ -20,6 +20,7 @@ public:
 private:
 	std::string mInput;
 	std::vector<std::string> mMediaFolders;
+	unsigned mStream = 0;
 	bool mAsJson = false;
 };
 

@@ -28,7 +28,7 @@ double GetRealTimeFactor(std::int64_t inFrames, int inSampleRate, double inElaps
 	return inElapsedSeconds > 0.0 ? static_cast<double>(inFrames) / inSampleRate / inElapsedSeconds : 0.0;
 }
 
-std::string DescribeSpeed(double inRealTimeFactor)
+std::string DescribeRealTimeFactor(double inRealTimeFactor)
 {
 	return FormatFixed(inRealTimeFactor, 0) + " times faster than real time\n";
 }

@@ -17,7 +17,7 @@ std::string FormatPeak(float inPeak);
 // How many times faster than real time a job was; 0 where it took no time.
 double GetRealTimeFactor(std::int64_t inFrames, int inSampleRate, double inElapsedSeconds);
 // "312 times faster than real time", with the end of its line.
-std::string DescribeSpeed(double inRealTimeFactor);
+std::string DescribeRealTimeFactor(double inRealTimeFactor);
 
 // The number, or the word for silence, which has none in JSON.
 Json GetNumberOrSilence(double inDecibels);

@@ -5,7 +5,8 @@
 #include "OperatingSystem.h"
 #include "RenderCommand.h"
 #include "SonaroHost/Base/HostError.h"
-#include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/Media/MovieLibraries.h"
+#include "SonaroHost/Media/NoSoundError.h"
 #include "StopSignals.h"
 #include "UsageError.h"
 #include "WaveformCommand.h"
@@ -63,6 +64,16 @@ int RunCommand(Command& ioCommand)
 	return kExitFailure;
 }
 
+// The version, and what of the optional parts was built in.
+std::string DescribeVersion()
+{
+	std::string const libraries = SonaroHost::DescribeMovieLibraries();
+	return "sonaro " SONARO_VERSION "\nmovies: " +
+		   (libraries.empty() ? "not built in; build with SONARO_WITH_LIBAV, which needs libavformat-dev, "
+								"libavcodec-dev and libswresample-dev"
+							  : "read by " + libraries);
+}
+
 constexpr char const* kFooter =
 	"\"sonaro COMMAND --help\" describes a command and its options.\n"
 	"\n"
@@ -97,8 +108,9 @@ int main(int inCount, char** inArguments)
 	HoldStandardStreams();
 	MakeFailedWritesErrors();
 	StopSignals::Watch();
+	SonaroHost::SilenceMovieLibraries();
 	CLI::App program("Renders the sound of timelines and sound files, exact to the sample.", "sonaro");
-	program.set_version_flag("--version", "sonaro " SONARO_VERSION);
+	program.set_version_flag("--version", DescribeVersion());
 	program.require_subcommand(1);
 	program.footer(kFooter);
 

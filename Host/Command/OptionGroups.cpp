@@ -22,6 +22,17 @@ void GroupByInput(CLI::App& ioParser, std::initializer_list<char const*> inForSo
 	}
 }
 
+void AddStreamOption(CLI::App& ioParser, unsigned& outStream)
+{
+	constexpr unsigned kMostStreams = 1000;
+	ioParser
+		.add_option("--stream", outStream,
+			"Audio stream of a single movie to use, from 1 (default: all, their channels one after the "
+			"other)")
+		->option_text("N")
+		->check(CLI::Range(1u, kMostStreams));
+}
+
 void RefuseGroup(CLI::App& ioParser, char const* inGroup, std::string const& inWhy)
 {
 	for (CLI::Option const* const option : ioParser.get_options())

@@ -18,6 +18,9 @@ inline constexpr char const* kForTimelines = "Timelines";
 void GroupByInput(CLI::App& ioParser, std::initializer_list<char const*> inForSoundFiles,
 	std::initializer_list<char const*> inForTimelines);
 
+// --stream, which all commands that take movies have; 0 without it.
+void AddStreamOption(CLI::App& ioParser, unsigned& outStream);
+
 // Throws a HostError for any option of a group that was given, as "--stems applies only to timelines".
 void RefuseGroup(CLI::App& ioParser, char const* inGroup, std::string const& inWhy);
 

@@ -67,8 +67,8 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 	AddChannelOptions();
 	mTimeline.AddOptions();
 	GroupByInput(GetParser(),
-		{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--channels", "--pan",
-			"--mixdown"},
+		{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--stream", "--channels",
+			"--pan", "--mixdown"},
 		{"--range", "--stems", "--media", "--fades", "--strict"});
 	GetParser().footer(
 		std::string(kTimesHelp) +
@@ -90,9 +90,9 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 void RenderCommand::AddFileOptions()
 {
 	Add("INPUT", mInputs, "(required) ...",
-		"One or more sound files, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, MP3 ...), - for "
-		"the "
-		"standard input, or a single timeline (.otio, .otioz, .otiod)")
+		"One or more sound files or movies, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, "
+		"MP3, MOV, MP4, MKV, MXF ...), - for the standard input, or a single timeline (.otio, .otioz, "
+		".otiod)")
 		->required();
 	Add("--at", mPositions, "TIME ...",
 		"Start of an input, once per input, in order; --speed divides it. Gaps are silent, and where inputs "
@@ -150,6 +150,7 @@ void RenderCommand::AddLevelOptions()
 
 void RenderCommand::AddChannelOptions()
 {
+	AddStreamOption(GetParser(), mStream);
 	Add("--channels", mChannels, "LIST",
 		"Channels of a single input to use, from 1, in their new order, like 2,1");
 	Add("--layout", mOptions.mLayout, "NAME",
@@ -168,7 +169,8 @@ void RenderCommand::AddChannelOptions()
 
 std::string RenderCommand::DescribeInputs() const
 {
-	return "render accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, .otioz, "
+	return "render accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as MOV, MP4, MKV "
+		   "and MXF) and timelines (.otio, .otioz, "
 		   ".otiod)";
 }
 
@@ -183,16 +185,26 @@ int RenderCommand::Run()
 	MakeRoomForOutputs({mOptions.mOutput, mOptions.mReport});
 	ClipRenderJob job(MakeRequest());
 	CheckReport(mOptions, ReportFolder::kIsThere);
-	for (PlannedClip const& clip : job.GetPlan().GetClips())
-	{
-		if (!clip.GetInfo().mStatesLength)
-		{
-			PrintWarning(QuoteInput(clip.GetInfo().mPath) + " states no length in its header; using the " +
-						 FormatCount(clip.GetInfo().mFrames, "sample") + " that can be read");
-		}
-	}
+	WarnOfInputs(job);
 	Report(job, RunJob(job, job.GetSampleRate(), mOptions.mIsQuiet));
 	return kExitSuccess;
+}
+
+void RenderCommand::WarnOfInputs(ClipRenderJob const& inJob)
+{
+	for (PlannedClip const& clip : inJob.GetPlan().GetClips())
+	{
+		AudioFileInfo const& info = clip.GetInfo();
+		if (!info.mStatesLength)
+		{
+			PrintWarning(QuoteInput(info.mPath) + " states no length in its header; using the " +
+						 FormatCount(info.mFrames, "sample") + " that can be read");
+		}
+		for (std::string const& remark : info.mRemarks)
+		{
+			PrintWarning(QuoteInput(info.mPath) + ": " + remark);
+		}
+	}
 }
 
 void RenderCommand::CheckOptionsFitTimelines()
@@ -237,6 +249,10 @@ std::vector<ClipInput> RenderCommand::MakeInputs() const
 	}
 	else
 	{
+		if (mStream != 0)
+		{
+			Refuse("--stream applies only to a single input; render the streams to separate files first");
+		}
 		for (auto const& [option, text] : {std::pair("--start", &mStart), std::pair("--duration", &mDuration),
 				 std::pair("--channels", &mChannels)})
 		{
@@ -262,6 +278,7 @@ ClipInput RenderCommand::MakeOnlyInput() const
 {
 	ClipInput input;
 	input.mPath = mInputs.front();
+	input.mStream = mStream;
 	input.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
 	input.mDuration = ParseTimeIfGiven("--duration", mDuration);
 	if (!mChannels.empty())
@@ -286,6 +303,7 @@ LayoutRequest RenderCommand::MakeLayoutRequest() const
 void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
 {
 	WarnOfLevels(inSummary);
+	WarnOfDamage(inSummary);
 	if (inSummary.mPlayback)
 	{
 		WarnOfMisses(*inSummary.mPlayback);

@@ -26,6 +26,8 @@ private:
 	void AddSoundOptions();
 	void AddLevelOptions();
 	void AddChannelOptions();
+	// Of what is known of them before the render.
+	static void WarnOfInputs(SonaroHost::ClipRenderJob const& inJob);
 
 	// Throws a HostError for an option that a timeline has no use for.
 	void CheckOptionsFitTimelines();
@@ -44,6 +46,7 @@ private:
 	std::vector<std::string> mPositions;
 	std::string mStart;
 	std::string mDuration;
+	unsigned mStream = 0;
 	std::string mChannels;
 	std::optional<double> mPan;
 	std::string mMixdown;

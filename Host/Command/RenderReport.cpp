@@ -3,6 +3,7 @@
 #include "Console.h"
 #include "Json.h"
 #include "Levels.h"
+#include "MediaRows.h"
 #include "RenderedFileRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 
@@ -89,7 +90,7 @@ std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::str
 	return DescribeFormat(ShowOutput(inOutput), inSummary.GetFile(), inSummary, inJob.GetOutputLayout()) +
 		   DescribeInputs(inInputs, inJob.GetPlan()) + DescribePeak(inSummary.GetFile()) +
 		   DescribeNormalizing(inSummary) +
-		   DescribeSpeed(
+		   DescribeRealTimeFactor(
 			   GetRealTimeFactor(inSummary.GetFrames(), inSummary.mSampleRate, inSummary.mElapsedSeconds)) +
 		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
 }
@@ -128,6 +129,7 @@ std::string ReportForMachines(std::vector<std::string> const& inInputs, ClipRend
 		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), inSummary.mSampleRate)}};
 	AddMix(json, inSummary, inLevels);
 	AddTimes(json, inSummary);
+	json["damaged"] = ListDamaged(inSummary.mDamaged);
 	json["clips"] = ListSoundFiles(inJob.GetPlan());
 	return ToText(json);
 }

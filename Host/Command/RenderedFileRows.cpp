@@ -6,6 +6,7 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Files/StandardStreams.h"
 #include "TimelineRows.h"
 
 #include <cmath>
@@ -109,6 +110,14 @@ void WarnOfLevels(RenderSummary const& inFiles)
 	{
 		PrintWarning("the limiter keeps the loudness " + FormatFixed(std::fabs(inFiles.mLoudnessError), 1) +
 					 " LU " + (inFiles.mLoudnessError < 0.0 ? "below" : "above") + " the --normalize target");
+	}
+}
+
+void WarnOfDamage(RenderSummary const& inFiles)
+{
+	for (DamagedMedia const& media : inFiles.mDamaged)
+	{
+		PrintWarning(QuoteInput(media.mPath) + " " + DescribeDamage(media));
 	}
 }
 

@@ -26,4 +26,7 @@ std::string DescribeNormalizing(SonaroHost::RenderSummary const& inFiles);
 // Warns of samples that were clipped, and of a loudness that was not reached.
 void WarnOfLevels(SonaroHost::RenderSummary const& inFiles);
 
+// Warns of media in which damage was found.
+void WarnOfDamage(SonaroHost::RenderSummary const& inFiles);
+
 } // namespace SonaroCommand

@@ -3,6 +3,7 @@
 #include "Command.h"
 #include "Console.h"
 #include "Json.h"
+#include "MediaRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
@@ -16,11 +17,13 @@
 #include "TimelineNotes.h"
 #include "TimelineRows.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace SonaroCommand
@@ -136,20 +139,37 @@ std::string ListMarkersForPeople(Described const& inDescribed)
 	return rows.empty() ? "" : "Markers\n" + FormatTable(rows);
 }
 
+// A column for what media state about their start is there where one of them does.
 std::string ListMediaForPeople(Described const& inDescribed)
 {
-	std::vector<std::vector<std::string>> rows{
-		{"clips", "format", "encoding", "channels", "Hz", "length", "file"}};
+	std::vector<std::pair<AudioFileInfo const*, std::size_t>> media;
 	for (auto const& [path, clips] : inDescribed.CountMedia())
 	{
 		if (AudioFileInfo const* const info = inDescribed.mInput.GetMedia().FindInfo(path))
 		{
-			rows.push_back({std::to_string(clips), info->mContainer, info->mEncoding,
-				std::to_string(info->GetNumChannels()), std::to_string(info->mSampleRate),
-				FormatTime(info->mFrames, info->mSampleRate), MakePrintable(path.string())});
+			media.emplace_back(info, clips);
 		}
 	}
-	return rows.size() == 1 ? "" : "Media\n" + FormatTable(rows);
+	bool const hasStarts = std::any_of(
+		media.begin(), media.end(), [](auto const& inMedia) { return inMedia.first->mStart.has_value(); });
+	std::vector<std::vector<std::string>> rows{{"clips", "format", "encoding", "channels", "Hz", "length"}};
+	for (auto const& [info, clips] : media)
+	{
+		rows.push_back(
+			{std::to_string(clips), info->mContainer, info->mEncoding, std::to_string(info->GetNumChannels()),
+				std::to_string(info->mSampleRate), FormatTime(info->mFrames, info->mSampleRate)});
+		if (hasStarts)
+		{
+			rows.back().push_back(info->mStart ? info->mStart->mText : "");
+		}
+		rows.back().push_back(MakePrintable(info->mPath.string()));
+	}
+	if (hasStarts)
+	{
+		rows.front().push_back("start");
+	}
+	rows.front().push_back("file");
+	return media.empty() ? "" : "Media\n" + FormatTable(rows);
 }
 
 std::string ListMissingForPeople(Described const& inDescribed)
@@ -197,6 +217,10 @@ Json ListMediaForMachines(Described const& inDescribed)
 					{"channels", info->GetNumChannels()}, {"layout", GetLayoutName(info->mLayout)},
 					{"rate", info->mSampleRate}, {"samples", info->mFrames},
 					{"seconds", static_cast<double>(info->mFrames) / info->mSampleRate}, {"clips", clips}});
+			if (info->mStart)
+			{
+				list.back()["start"] = DescribeStart(*info->mStart);
+			}
 		}
 	}
 	return list;

@@ -82,6 +82,7 @@ int TimelineRender::Run(std::string const& inInput)
 	CheckStrictly(job, inInput);
 	auto const summary = RunJob(job, job.GetSampleRate(), mShared.mIsQuiet);
 	WarnOfLevels(summary);
+	WarnOfDamage(summary);
 	Report(job, inInput, summary);
 	return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
 }
@@ -106,6 +107,7 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mOptions.mResampling = mShared.ChooseResampling();
 	request.mRange = mRange;
 	request.mKeepsRows = !mShared.mReport.empty();
+	request.mRefusesDamage = !mStrict.empty() && mStrict != kStrictInMedia;
 	return request;
 }
 

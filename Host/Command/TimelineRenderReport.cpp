@@ -3,6 +3,7 @@
 #include "Console.h"
 #include "Json.h"
 #include "Levels.h"
+#include "MediaRows.h"
 #include "RenderReport.h"
 #include "RenderedFileRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
@@ -69,7 +70,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, Rende
 	AddMix(json, inSummary, inLevels);
 	json.update(Json{{"missing", ListMissing(inJob.GetSequence().mMissing)},
 		{"levelsNotRead", CountUnreadLevels(inJob.GetNotes())}, {"notes", ListNotes(inJob.GetNotes())},
-		{"elapsedSeconds", inSummary.mElapsedSeconds},
+		{"damaged", ListDamaged(inSummary.mDamaged)}, {"elapsedSeconds", inSummary.mElapsedSeconds},
 		{"realTimeFactor",
 			GetRealTimeFactor(inJob.GetRange().mFrames, inJob.GetSampleRate(), inSummary.mElapsedSeconds)}});
 	return json;
@@ -143,7 +144,7 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 		text += FormatCount(levels, "level") +
 				" of other programs not read: parts may be too loud or too quiet\n";
 	}
-	return text + DescribeSpeed(GetRealTimeFactor(
+	return text + DescribeRealTimeFactor(GetRealTimeFactor(
 					  inJob.GetRange().mFrames, inJob.GetSampleRate(), inSummary.mElapsedSeconds));
 }
 

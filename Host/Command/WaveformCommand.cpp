@@ -91,7 +91,7 @@ std::string DescribeForPeople(
 		   std::to_string(inSummary.mFrames) + " samples), " + std::to_string(inSummary.mColumns) + shape +
 		   ", " + FormatCount(inSummary.mChannels, "channel") + ", " + GetName(inRequest.mFormat) + "\n" +
 		   samples.data() + " samples per column, " +
-		   DescribeSpeed(
+		   DescribeRealTimeFactor(
 			   GetRealTimeFactor(inSummary.mFrames, inSummary.mSampleRate, inSummary.mElapsedSeconds));
 }
 
@@ -149,7 +149,8 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 	AddRangeOptions();
 	AddPictureOptions();
 	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
-	GroupByInput(GetParser(), {"--start", "--duration", "--samples-per-column", "--channels", "--bits"},
+	GroupByInput(GetParser(),
+		{"--start", "--duration", "--samples-per-column", "--stream", "--channels", "--bits"},
 		{"--media", "--fades"});
 	GetParser().footer(
 		"PNG and SVG are pictures; JSON and DAT hold minima and maxima for waveform viewers in browsers,\n"
@@ -168,7 +169,7 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 void WaveformCommand::AddFileOptions()
 {
 	Add("INPUT", mInput, "(required)",
-		"Sound file, - for the standard input, or timeline (.otio, .otioz, .otiod)")
+		"Sound file or movie, - for the standard input, or timeline (.otio, .otioz, .otiod)")
 		->required();
 	Add("-o,--output", mOutput, "OUTPUT (required)",
 		"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
@@ -190,6 +191,7 @@ void WaveformCommand::AddRangeOptions()
 	Add("--samples-per-column", mSamplesPerColumn, "SAMPLES",
 		"Samples per column, instead of --width (default for JSON and DAT: 256)")
 		->excludes(width);
+	AddStreamOption(GetParser(), mStream);
 	Add("--channels", mChannels, "HOW", "Show channels stacked, or merged into one (default: stacked)")
 		->check(CLI::IsMember({"stacked", "merged"}));
 }
@@ -213,9 +215,8 @@ void WaveformCommand::AddPictureOptions()
 
 std::string WaveformCommand::DescribeInputs() const
 {
-	return "waveform accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines (.otio, "
-		   ".otioz, "
-		   ".otiod)";
+	return "waveform accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as MOV, MP4, "
+		   "MKV and MXF) and timelines (.otio, .otioz, .otiod)";
 }
 
 template <class Request, class Summary>
@@ -250,6 +251,7 @@ WaveformRequest WaveformCommand::MakeRequest()
 {
 	WaveformRequest request;
 	request.mInput = mInput;
+	request.mStream = mStream;
 	request.mOutput = mOutput;
 	request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
 	CheckOptionsFit(request.mFormat);

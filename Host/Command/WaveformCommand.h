@@ -41,6 +41,7 @@ private:
 	std::string mDuration;
 	std::optional<std::int64_t> mWidth;
 	std::optional<std::int64_t> mSamplesPerColumn;
+	unsigned mStream = 0;
 	std::string mChannels = "stacked";
 	unsigned mHeight;
 	std::string mBackground;

@@ -30,9 +30,9 @@ _sonaro()
 	case "$word" in
 	-*)
 		case "$command" in
-		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --quiet --json --at --start --duration --reverse --as-playback --speed --channels --pan --mixdown --range --stems --media --fades --strict" -- "$word")) ;;
-		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --channels --bits --media --fades" -- "$word")) ;;
-		info) COMPREPLY=($(compgen -W "-h --help --json --media" -- "$word")) ;;
+		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --quiet --json --at --start --duration --reverse --as-playback --speed --stream --channels --pan --mixdown --range --stems --media --fades --strict" -- "$word")) ;;
+		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
+		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;
 		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --media --fades --quiet" -- "$word")) ;;
 		esac
 		;;

@@ -1,34 +1,32 @@
 #pragma once
 
 #include "Panner/Algorithm/AudioPannerDirectChannelAssignmentBase.h"
-#include "Panner/Algorithm/StereoPanRamps.h"
-#include "Panner/AutomatedPanner.h"
+#include "Panner/StereoPanner.h"
 
 namespace SN
 {
 
 // The base of panners that place a mono or stereo signal on the channels of an adaptive track. The routing
-// says which outputs sound; position alone says which side they are: even ones left, odd ones right. One
-// control, the pan: 0 left, 0.5 middle, 1 right, where the side that is panned to keeps its level.
+// says which outputs sound; position alone says which side they are: even ones left, odd ones right. The side
+// that is panned to keeps its level.
 //
-// Gains are reached as in the stereo panners. The ramp of a side runs once in a block, for the first of
-// its channels; the others are copies of that one.
-class AdaptivePanner : public AutomatedPanner, public AudioPannerDirectChannelAssignmentBase
+// The ramp of a side runs once in a block, for the first of its channels; the others are copies of that one.
+class AdaptivePanner : public StereoPanner, public AudioPannerDirectChannelAssignmentBase
 {
 public:
-	// inTag: the tag of the scratch memory that is set aside for the output's channels.
-	int Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix,
-		ImmutableString const& inTag);
-
-	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
-		TickTime const& inTime) SONARO_NONBLOCKING override;
+	// eInvalidArgument also for more channels than a buffer has.
+	int Init(
+		AutomatedPannerSettings const& inSettings, int inOutputChannels, AudioChannelMatrix const& inMatrix);
 
 protected:
-	// inRightInput: the input channel that the right side hears.
+	// inRightInput: the input channel that the right side hears. inTag: the tag of the scratch memory that is set
+	// aside for the output's channels.
 	AdaptivePanner(char16_t const* inNodeName, AudioChannelType inInputType, unsigned long long inRightInput,
-		AudioChannelLayout const& inOutputLayout);
+		ImmutableString const& inTag);
 
 	void CopyFrom(AdaptivePanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
+	void PlaceChannels(
+		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput) SONARO_NONBLOCKING override;
 
 private:
 	// One side of the output in one block.
@@ -40,12 +38,10 @@ private:
 		unsigned long long mMaster;
 	};
 
-	void PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput);
 	static void PlaceChannel(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
 		unsigned long long inChannel, Side& ioSide);
 
-	unsigned long long mRightInput;
-	StereoPanRamps mRamps{&GetSideKeepingGains};
+	ImmutableString mTag;
 };
 
 } // namespace SN

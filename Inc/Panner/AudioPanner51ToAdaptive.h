@@ -1,28 +1,24 @@
 #pragma once
 
-#include "AudioRender/Core/AudioRenderContextClient.h"
 #include "Panner/Algorithm/AudioPannerDirectChannelAssignmentBase.h"
 #include "Panner/PanProcessorBase.h"
+#include "Panner/PannerClass.h"
 
 namespace SN
 {
 
 // The channels of 5.1 on an adaptive track, by a routing, at full level.
-class AudioPanner51ToAdaptive final : public PanProcessorBase,
-									  public AudioRenderContextClient,
+class AudioPanner51ToAdaptive final : public PannerClass<AudioPanner51ToAdaptive, PanProcessorBase>,
 									  public AudioPannerDirectChannelAssignmentBase
 {
 public:
-	static int Create(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
-		int inOutputChannels, AudioChannelMatrix const& inMatrix,
-		InterfaceRef<IAudioPanProcessor>* outProcessor);
-
-	explicit AudioPanner51ToAdaptive(AudioChannelLayout const& inOutputLayout);
+	AudioPanner51ToAdaptive();
 
 	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
-		AudioChannelMatrix const& inMatrix);
+		int inOutputChannels, AudioChannelMatrix const& inMatrix);
+	void CopyFrom(
+		AudioPanner51ToAdaptive const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
 		TickTime const& inTime) SONARO_NONBLOCKING override;
 };

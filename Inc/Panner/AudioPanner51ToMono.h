@@ -1,20 +1,19 @@
 #pragma once
 
 #include "Panner/FixedMixPanner.h"
+#include "Panner/PannerClass.h"
 
 namespace SN
 {
 
 // Folds 5.1 to one channel, by the mixdown that was set when it was made.
-class AudioPanner51ToMono final : public FixedMixPanner
+class AudioPanner51ToMono final : public PannerClass<AudioPanner51ToMono, FixedMixPanner>
 {
 public:
-	static int Create(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
-		InterfaceRef<IAudioPanProcessor>* outProcessor);
-
-	AudioPanner51ToMono();
-
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
+	AudioPanner51ToMono()
+		: PannerClass(u"AudioPanner51ToMono", VX::kAudioChannelType51, VX::kAudioChannelTypeMono)
+	{
+	}
 };
 
 } // namespace SN

@@ -1,21 +1,18 @@
 #pragma once
 
-#include "AudioRender/Core/AudioRenderContextClient.h"
 #include "Panner/PanProcessorBase.h"
+#include "Panner/PannerClass.h"
 
 namespace SN
 {
 
 // Keeps the first channels of a multichannel signal, unmixed: as many as the layout of a type has.
-class AudioPannerChannelMap final : public PanProcessorBase, public AudioRenderContextClient
+class AudioPannerChannelMap final : public PannerClass<AudioPannerChannelMap, PanProcessorBase>
 {
 public:
-	static int Create(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
-		AudioChannelType inOutputType, InterfaceRef<IAudioPanProcessor>* outProcessor);
+	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
+		AudioChannelType inOutputType);
 
-	explicit AudioPannerChannelMap(AudioChannelType inOutputType);
-
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
 		TickTime const& inTime) SONARO_NONBLOCKING override;
 };

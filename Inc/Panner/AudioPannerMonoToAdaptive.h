@@ -1,21 +1,19 @@
 #pragma once
 
 #include "Panner/AdaptivePanner.h"
+#include "Panner/PannerClass.h"
 
 namespace SN
 {
 
 // One channel on an adaptive track. Where the routing names the left channel of a pair for its first
 // input, it feeds the whole pair.
-class AudioPannerMonoToAdaptive final : public AdaptivePanner
+class AudioPannerMonoToAdaptive final : public PannerClass<AudioPannerMonoToAdaptive, AdaptivePanner>
 {
 public:
-	static int Create(AutomatedPannerSettings const& inSettings, int inOutputChannels,
-		AudioChannelMatrix const& inMatrix, InterfaceRef<IAudioPanProcessor>* outProcessor);
+	AudioPannerMonoToAdaptive();
 
-	explicit AudioPannerMonoToAdaptive(AudioChannelLayout const& inOutputLayout);
-
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
+	int Init(AutomatedPannerSettings const& inSettings, int inOutputChannels, AudioChannelMatrix inMatrix);
 };
 
 } // namespace SN

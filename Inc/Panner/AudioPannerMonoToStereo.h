@@ -1,20 +1,19 @@
 #pragma once
 
+#include "Panner/PannerClass.h"
 #include "Panner/StereoPanner.h"
 
 namespace SN
 {
 
 // Places one channel between left and right with equal power.
-class AudioPannerMonoToStereo final : public StereoPanner
+class AudioPannerMonoToStereo final : public PannerClass<AudioPannerMonoToStereo, StereoPanner>
 {
 public:
-	static int Create(
-		AutomatedPannerSettings const& inSettings, InterfaceRef<IAudioPanProcessor>* outProcessor);
-
-	AudioPannerMonoToStereo();
-
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
+	AudioPannerMonoToStereo()
+		: PannerClass(u"AudioPannerMonoToStereo", VX::kAudioChannelTypeMono, &GetEqualPowerGains, 0)
+	{
+	}
 };
 
 } // namespace SN

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Panner/PannerClass.h"
 #include "Panner/SurroundPanner.h"
 
 namespace SN
@@ -7,18 +8,11 @@ namespace SN
 
 // Places left and right in the field of 5.1, each on its own side in front and in the rear; the centre
 // gets their mean.
-class AudioPannerStereoTo51 final : public SurroundPanner
+class AudioPannerStereoTo51 final : public PannerClass<AudioPannerStereoTo51, SurroundPanner>
 {
 public:
-	// eFailure for another count of controls than four.
-	static int Create(
-		AutomatedPannerSettings const& inSettings, InterfaceRef<IAudioPanProcessor>* outProcessor);
-
+	// It takes four controls.
 	AudioPannerStereoTo51();
-
-	int Init(AutomatedPannerSettings const& inSettings);
-
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
 
 protected:
 	void PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput) override;

@@ -1,20 +1,21 @@
 #pragma once
 
+#include "AudioRender/Core/StackAudioBufferTags.h"
 #include "Panner/AdaptivePanner.h"
+#include "Panner/PannerClass.h"
 
 namespace SN
 {
 
 // Left and right on an adaptive track, by the routing as it is given.
-class AudioPannerStereoToAdaptive final : public AdaptivePanner
+class AudioPannerStereoToAdaptive final : public PannerClass<AudioPannerStereoToAdaptive, AdaptivePanner>
 {
 public:
-	static int Create(AutomatedPannerSettings const& inSettings, int inOutputChannels,
-		AudioChannelMatrix const& inMatrix, InterfaceRef<IAudioPanProcessor>* outProcessor);
-
-	explicit AudioPannerStereoToAdaptive(AudioChannelLayout const& inOutputLayout);
-
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
+	AudioPannerStereoToAdaptive()
+		: PannerClass(u"AudioPannerStereoToAdaptive", VX::kAudioChannelTypeStereo, 1,
+			  StackAudioBufferTags::kAudioPannerStereoToAdaptive)
+	{
+	}
 };
 
 } // namespace SN

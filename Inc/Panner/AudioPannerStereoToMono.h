@@ -1,20 +1,19 @@
 #pragma once
 
 #include "Panner/FixedMixPanner.h"
+#include "Panner/PannerClass.h"
 
 namespace SN
 {
 
 // The mean of left and right.
-class AudioPannerStereoToMono final : public FixedMixPanner
+class AudioPannerStereoToMono final : public PannerClass<AudioPannerStereoToMono, FixedMixPanner>
 {
 public:
-	static int Create(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
-		InterfaceRef<IAudioPanProcessor>* outProcessor);
-
-	AudioPannerStereoToMono();
-
-	InterfaceRef<IAudioPanProcessor> Clone(FrameRate const& inFrameRate, unsigned inControlInterval) override;
+	AudioPannerStereoToMono()
+		: PannerClass(u"AudioPannerStereoToMono", VX::kAudioChannelTypeStereo, VX::kAudioChannelTypeMono)
+	{
+	}
 };
 
 } // namespace SN

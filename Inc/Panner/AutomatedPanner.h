@@ -1,6 +1,5 @@
 #pragma once
 
-#include "AudioRender/Core/AudioRenderContextClient.h"
 #include "AudioRender/Core/ParameterOwnerMixin.h"
 #include "Panner/PanProcessorBase.h"
 
@@ -22,8 +21,7 @@ struct AutomatedPannerSettings
 // of the playhead, over which no gain may ramp.
 //
 // Clones share the controls and nothing else.
-class AutomatedPanner : public Implements<AutomatedPanner, PanProcessorBase, ParameterOwnerMixin>,
-						public AudioRenderContextClient
+class AutomatedPanner : public Implements<AutomatedPanner, PanProcessorBase, ParameterOwnerMixin>
 {
 public:
 	// eNullPointer without a context, eFailure for another count of controls than inParameterCount,

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "AudioRender/Core/AudioRenderContextClient.h"
 #include "Panner/PanProcessorBase.h"
 #include "Sonaro/AudioChannelMix.h"
 
@@ -9,7 +8,7 @@ namespace SN
 
 // The base of panners without controls: the conversion between two layouts, as it stood when the panner
 // was made.
-class FixedMixPanner : public PanProcessorBase, public AudioRenderContextClient
+class FixedMixPanner : public PanProcessorBase
 {
 public:
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
@@ -21,7 +20,7 @@ public:
 protected:
 	using PanProcessorBase::PanProcessorBase;
 
-	void CopyFrom(FixedMixPanner const& inOther);
+	void CopyFrom(FixedMixPanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
 private:
 	AudioChannelMix::MixFunction mMix;

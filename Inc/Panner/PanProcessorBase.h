@@ -1,8 +1,11 @@
 #pragma once
 
+#include "AudioRender/Core/AudioRenderContextClient.h"
 #include "Sonaro/IAudioPanProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/Types.h"
+
+#include <utility>
 
 namespace SN
 {
@@ -19,7 +22,8 @@ struct PanProcessorShape
 
 // The base of all pan processors: a stage from one layout to another, without history or inputs of its
 // own, and with nothing to prepare.
-class PanProcessorBase : public Implements<PanProcessorBase, IAudioPanProcessor, IAudioRenderGraphNodeInfo>
+class PanProcessorBase : public Implements<PanProcessorBase, IAudioPanProcessor, IAudioRenderGraphNodeInfo>,
+						 public AudioRenderContextClient
 {
 public:
 	bool HasHistory() override { return false; }
@@ -44,12 +48,20 @@ public:
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
 
 protected:
+	// Without a shape yet.
+	PanProcessorBase() = default;
 	// Makes a processor between the layouts of two types.
 	PanProcessorBase(char16_t const* inNodeName, AudioChannelType inInputType, AudioChannelType inOutputType);
-	// Makes a processor between any layouts.
-	PanProcessorBase(char16_t const* inNodeName, AudioChannelLayout const& inInputLayout,
+
+	void SetShape(PanProcessorShape inShape) { mShape = std::move(inShape); }
+	// The shape between any layouts.
+	void SetShape(char16_t const* inNodeName, AudioChannelLayout const& inInputLayout,
 		AudioChannelLayout const& inOutputLayout);
-	explicit PanProcessorBase(PanProcessorShape inShape);
+	void SetOutputLayout(AudioChannelLayout const& inLayout) { mShape.mOutputLayout = inLayout; }
+
+	// Takes over the context and the shape of inOther. What changes with the rate or the control interval is
+	// a derived class's own.
+	void CopyFrom(PanProcessorBase const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
 private:
 	PanProcessorShape mShape;

@@ -21,6 +21,9 @@ namespace SN
 class SurroundPanner : public AutomatedPanner
 {
 public:
+	// eFailure for another count of controls than the class's own.
+	int Init(AutomatedPannerSettings const& inSettings);
+
 	bool HasHistory() override { return true; }
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
 		TickTime const& inTime) SONARO_NONBLOCKING override;
@@ -40,9 +43,9 @@ protected:
 		kNumChannels,
 	};
 
-	SurroundPanner(char16_t const* inNodeName, AudioChannelType inInputType, Law inLaw);
+	SurroundPanner(
+		char16_t const* inNodeName, AudioChannelType inInputType, Law inLaw, std::size_t inParameterCount);
 
-	int Init(AutomatedPannerSettings const& inSettings, std::size_t inParameterCount);
 	void CopyFrom(SurroundPanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
 	// Fills the six channels. Both buffers have the channels of their layouts, and the input is not silent.
@@ -59,6 +62,7 @@ private:
 		FrameRate const& inFrameRate, std::array<float, kNumChannels> const& inGains, float inRampSeconds);
 
 	Law mLaw;
+	std::size_t mParameterCount;
 	// The start value is out of range, so that the first position is another one.
 	SurroundPosition mLastPosition{.mX = -1.0f};
 	SurroundGains mGains;

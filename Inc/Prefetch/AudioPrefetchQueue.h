@@ -35,7 +35,6 @@ public:
 
 	AudioPrefetchQueue(AudioPrefetchQueue const&) = delete;
 	AudioPrefetchQueue& operator=(AudioPrefetchQueue const&) = delete;
-	~AudioPrefetchQueue();
 
 	// Cancels both priorities, refuses what comes later, and waits until the thread has emptied the queues
 	// and ended.
@@ -58,7 +57,6 @@ private:
 	explicit AudioPrefetchQueue(std::shared_ptr<zorvcore::threads::AsyncThreadedExecutor> inExecutor);
 
 	void CreateServiceTrigger();
-	void WatchByMonitor();
 	RequestQueue& GetQueue(PrefetchPriority inPriority);
 
 	// False when the queue was empty.

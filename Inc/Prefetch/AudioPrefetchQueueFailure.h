@@ -9,10 +9,11 @@ namespace SN::AudioPrefetch
 class ZORV_API AudioPrefetchQueueFailure : public zorvcore::config::zorv_exception
 {
 public:
-	AudioPrefetchQueueFailure(char const* inFile, int inLine);
-	AudioPrefetchQueueFailure(AudioPrefetchQueueFailure const&) noexcept;
-	AudioPrefetchQueueFailure& operator=(AudioPrefetchQueueFailure const&) noexcept;
-	~AudioPrefetchQueueFailure() override;
+	AudioPrefetchQueueFailure(char const* inFile, int inLine)
+		: zorv_exception(inFile, inLine, zorvcore::eUnspecifiedFailure,
+			  "CreateAsyncThreadedExecutor failed in KTL::AudioPrefetchQueue")
+	{
+	}
 };
 
 } // namespace SN::AudioPrefetch

@@ -5,6 +5,7 @@
 #include "AudioRender/Component/AudioMeterRenderer.h"
 #include "AudioRender/Component/AudioSendRenderer.h"
 #include "AudioRender/Core/AudioRenderContext.h"
+#include "AudioRender/Core/CreateNode.h"
 #include "AudioRender/Core/Module.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Routing/AudioTransitionRenderer.h"
@@ -40,6 +41,348 @@
 namespace SN
 {
 
+namespace
+{
+
+class Factory final : public SonaroFactory
+{
+public:
+	operator InterfaceRef<UnknownBase>() override { return InterfaceRef<UnknownBase>::FromThis(this); }
+
+	int CreateAudioRenderContext(unsigned inMaxBlockSize, bool inPrefetchEnabled, bool inContextOption,
+		TickTime const& inRangeStart, TickTime const& inRangeEnd, unsigned inControlInterval,
+		TickTime const& inMeterInterval, Prefetcher* inPrefetcher, ImmutableString const& inRenderName,
+		bool inFaderParamFlag, bool inPannerParamFlag, bool inFilterParamFlag, bool inSendParamFlag,
+		RenderQuality inRenderQuality, InterfaceRef<IAudioRenderContext>* outContext) const override
+	{
+		return AudioRenderContext::Create(
+			{
+				.mMaxBlockSize = inMaxBlockSize,
+				.mPrefetchEnabled = inPrefetchEnabled,
+				.mContextOption = inContextOption,
+				.mRangeStart = inRangeStart,
+				.mRangeEnd = inRangeEnd,
+				.mControlInterval = inControlInterval,
+				.mMeterInterval = inMeterInterval,
+				.mPrefetcher = inPrefetcher,
+				.mRenderName = inRenderName,
+				.mFaderParamFlag = inFaderParamFlag,
+				.mPannerParamFlag = inPannerParamFlag,
+				.mFilterParamFlag = inFilterParamFlag,
+				.mSendParamFlag = inSendParamFlag,
+				.mRenderQuality = inRenderQuality,
+			},
+			outContext);
+	}
+
+	int CreateAudioStreamRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		InterfaceRef<IAudioSource> inSource, int inChannelIndex, double inStreamSpeed,
+		InterfaceRef<UnknownBase> inKey, InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return AudioStreamRenderer::Create(
+			inContext, inFrameRate, inSource, inChannelIndex, inStreamSpeed, inKey, outGenerator);
+	}
+
+	int CreateNordekAudioStreamRenderer(InterfaceRef<IAudioRenderContext>& inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioSource> const& inSource, int inChannelIndex,
+		double inStreamSpeed, VX::BinaryData const&,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return AudioStreamRenderer::Create(
+			inContext, inFrameRate, inSource, inChannelIndex, inStreamSpeed, {}, outGenerator);
+	}
+
+	int CreateAudioContentRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&, FrameRate const&,
+		InterfaceRef<IAudioGenerator> const&, bool, TickTime const&, TickTime const&,
+		InterfaceRef<UnknownBase>, InterfaceRef<IAudioGenerator>*) const override
+	{
+		return eNotImplemented;
+	}
+
+	int CreateAudioContentMulticamRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
+		FrameRate const&, std::vector<InterfaceRef<IAudioGenerator>> const&,
+		std::shared_ptr<zorvcore::threads::AtomicIntegral<int, 0>>, bool, TickTime const&, TickTime const&,
+		InterfaceRef<IAudioGenerator>*) const override
+	{
+		return eNotImplemented;
+	}
+
+	int CreateAudioClipRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> const& inGenerators,
+		AudioChannelLayout const& inChannelLayout, TickTime const& inStartOffset, float inGain,
+		double inSpeed, InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return CreateNode<AudioClipRenderer>(AudioClipSettings{inContext, inFrameRate, inGenerators,
+												 inChannelLayout, inStartOffset, inGain, inSpeed},
+			outGenerator);
+	}
+
+	int CreateAudioRenderContextForPrefetchThread(InterfaceRef<IAudioRenderContext> inSource,
+		InterfaceRef<IAudioRenderContext>& outContext) const override
+	{
+		return AudioRenderContext::Create(
+			AudioRenderContext::SettingsForPrefetchThread(inSource), &outContext);
+	}
+
+	int CreateTimeStretchedAudioGenerator(InterfaceRef<IAudioGenerator> const&, FrameRate const&, double,
+		InterfaceRef<IAudioRenderContext>, InterfaceRef<IAudioRenderContext>,
+		InterfaceRef<VX::ITimeTransform>, bool, TickTime const&, TickTime const&, TickTime const&, bool,
+		InterfaceRef<IAudioGenerator>*) const override
+	{
+		return eNotImplemented;
+	}
+
+	int CreateAudioMixRenderer(InterfaceRef<IAudioRenderContext> const& inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inFirst, double inFirstTimeScale,
+		InterfaceRef<IAudioGenerator> const& inSecond, double inSecondTimeScale,
+		InterfaceRef<IAudioProcessor> const& inProcessor,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return CreateNode<AudioMixRenderer>(AudioMixSettings{inContext, inFrameRate, inFirst,
+												inFirstTimeScale, inSecond, inSecondTimeScale, inProcessor},
+			outGenerator);
+	}
+
+	int CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
+		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+		InterfaceRef<IAudioPanProcessor> inPanProcessor, double inSpeed,
+		InterfaceRef<VX::ITimeTransform> inTimeTransform, TickTime const& inTimeOffset,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return CreateNode<RealtimeAudioClipTrackItemRenderer>(
+			RealtimeAudioClipTrackItemSettings{inContext, inFrameRate, inSource, inProcessors, inPanProcessor,
+				inSpeed, inTimeTransform, inTimeOffset},
+			outGenerator);
+	}
+
+	int CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
+		InterfaceRef<IAudioGenerator> const&, std::vector<InterfaceRef<IAudioProcessor>> const&,
+		InterfaceRef<IAudioPanProcessor>, double, bool, bool, InterfaceRef<VX::ITimeTransform>,
+		TickTime const&, TickTime const&, double, TickTime const&, TickTime const&,
+		InterfaceRef<IAudioGenerator>*) const override
+	{
+		return eNotImplemented;
+	}
+
+	int CreateAudioTransitionRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioTransition> inTransition,
+		AudioTransitionParameters const& inParameters,
+		InterfaceRef<IAudioGenerator> const& inOutgoingGenerator,
+		InterfaceRef<IAudioGenerator> const& inIncomingGenerator, TickTime const& inOutgoingStartTime,
+		TickTime const& inIncomingStartTime, TickTime const& inTransitionStartTime,
+		TickTime const& inTransitionDuration, InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return CreateNode<AudioTransitionRenderer>(
+			AudioTransitionSettings{inContext, inFrameRate, inTransition, inParameters, inOutgoingGenerator,
+				inIncomingGenerator, inOutgoingStartTime, inIncomingStartTime, inTransitionStartTime,
+				inTransitionDuration},
+			outGenerator);
+	}
+
+	int CreateAudioClipTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, AudioTrackRenderableItemList const& inItems,
+		InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
+		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+		InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return AudioClipTrackRenderer::Create(
+			{inContext, inFrameRate, inItems, inOwner, inMute, inProcessors, inPanProcessor, inChannels},
+			outGenerator);
+	}
+
+	int CreateAudioMixTrackRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		InterfaceRef<IAudioGenerator> const& inSource, InterfaceRef<UnknownBase> inOwner,
+		std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
+		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+		InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return CreateNode<AudioMixTrackRenderer>(
+			AudioMixTrackSettings{
+				inContext, inFrameRate, inSource, inOwner, inMute, inProcessors, inPanProcessor, inChannels},
+			outGenerator);
+	}
+
+	int CreateAudioTrackInletRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, std::vector<InterfaceRef<UnknownBase>> const& inInputs,
+		AudioChannelLayout const& inChannels, InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return AudioTrackInletRenderer::Create(inContext, inFrameRate, inInputs, inChannels, outGenerator);
+	}
+
+	int CreateAudioTrackGroupRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, std::vector<InterfaceRef<IAudioGenerator>> const& inGenerators,
+		std::deque<std::vector<DelayDependency>> const& inDelayDependencies,
+		std::vector<TickTime> const& inGeneratorDelays, AudioChannelLayout const& inChannels,
+		InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return CreateNode<AudioTrackGroupRenderer>(
+			AudioTrackGroupSettings{inContext, inFrameRate, inGenerators, inDelayDependencies,
+				inGeneratorDelays, inChannels, inOwner},
+			outGenerator);
+	}
+
+	int CreateAudioTrackGroupRendererViaCloning(InterfaceRef<IAudioRenderContext> inContext, FrameRate const&,
+		InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return AudioTrackGroupRenderer::CreateViaCloning(inContext, inOwner, outGenerator);
+	}
+
+	int CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, PanProcessorType inType, bool inActionFlag,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		InterfaceRef<IAudioPanProcessor>* outProcessor) const override
+	{
+		AutomatedPannerSettings const settings{inContext, inFrameRate, inActionFlag, inParams};
+		switch (inType)
+		{
+		case kPanNoneMono:
+		case kPanNoneMonoAlias:
+			return AudioPannerNone::Create(outProcessor, inContext, VX::kAudioChannelLayout_Mono);
+		case kPanNoneStereo:
+			return AudioPannerNone::Create(outProcessor, inContext, VX::kAudioChannelLayout_Stereo);
+		case kPanNone51:
+			return AudioPannerNone::Create(outProcessor, inContext, VX::kAudioChannelLayout_51);
+		case kPanNoneAdaptive:
+			return AudioPannerNone::Create(outProcessor, inContext, VX::kAudioChannelLayout_Multichannel);
+		case kPanStereoToStereo:
+			return AudioPannerStereoToStereo::Create(outProcessor, settings);
+		case kPanMonoToStereo:
+			return AudioPannerMonoToStereo::Create(outProcessor, settings);
+		case kPanStereoToMono:
+			return AudioPannerStereoToMono::Create(outProcessor, inContext, inFrameRate);
+		case kPanMonoTo51:
+			return AudioPannerMonoTo51::Create(outProcessor, settings);
+		case kPanStereoTo51:
+			return AudioPannerStereoTo51::Create(outProcessor, settings);
+		case kPan51ToMono:
+			return AudioPanner51ToMono::Create(outProcessor, inContext, inFrameRate);
+		case kPan51ToStereo:
+			return AudioPanner51ToStereo::Create(outProcessor, inContext, inFrameRate);
+		case kPanChannelMapMono:
+			return AudioPannerChannelMap::Create(
+				outProcessor, inContext, inFrameRate, VX::kAudioChannelTypeMono);
+		case kPanBalance:
+			return AudioPannerBalance::Create(outProcessor, settings, AudioPannerBalance::IdentityTest::kOff);
+		case kPanChannelMap51:
+			return AudioPannerChannelMap::Create(
+				outProcessor, inContext, inFrameRate, VX::kAudioChannelType51);
+		case kPanBalanceWithIdentity:
+			return AudioPannerBalance::Create(outProcessor, settings, AudioPannerBalance::IdentityTest::kOn);
+		default:
+			return eInvalidArgument;
+		}
+	}
+
+	int CreateDirectAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, PanProcessorType inType, int inOutputChannels,
+		AudioChannelMatrix const& inMatrix, bool inActionFlag,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		InterfaceRef<IAudioPanProcessor>* outProcessor) const override
+	{
+		AutomatedPannerSettings const settings{inContext, inFrameRate, inActionFlag, inParams};
+		switch (inType)
+		{
+		case kPanMonoTo51:
+			return AudioPannerMonoTo51Direct::Create(outProcessor, settings, inMatrix);
+		case kPanMonoToAdaptive:
+			return AudioPannerMonoToAdaptive::Create(outProcessor, settings, inOutputChannels, inMatrix);
+		case kPanStereoToAdaptive:
+			return AudioPannerStereoToAdaptive::Create(outProcessor, settings, inOutputChannels, inMatrix);
+		case kPan51ToAdaptive:
+			return AudioPanner51ToAdaptive::Create(
+				outProcessor, inContext, inFrameRate, inOutputChannels, inMatrix);
+		default:
+			return eInvalidArgument;
+		}
+	}
+
+	int CreateDefaultMultiChannelAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, AudioChannelMatrix const& inMatrix, bool inActionFlag,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		AudioChannelLayout const& inInputLayout, AudioChannelLayout const& inOutputLayout,
+		InterfaceRef<IAudioPanProcessor>* outProcessor) const override
+	{
+		return AudioPannerDefaultMultiChannel::Create(outProcessor,
+			AutomatedPannerSettings{inContext, inFrameRate, inActionFlag, inParams}, inMatrix, inInputLayout,
+			inOutputLayout);
+	}
+
+	int CreateChannelMixerAudioPanProcessorRenderer(AudioChannelLayout const& inInputLayout,
+		AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains,
+		InterfaceRef<IAudioPanProcessor>* outProcessor) const override
+	{
+		return ChannelMixerAudioPanProcessor::Create(outProcessor, inInputLayout, inOutputLayout, inGains);
+	}
+
+	int CreateNoneAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		AudioChannelLayout const& inLayout, InterfaceRef<IAudioPanProcessor>* outProcessor) const override
+	{
+		return AudioPannerNone::Create(outProcessor, inContext, inLayout);
+	}
+
+	int CreateAudioMeterRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		InterfaceRef<IAudioMeterSetter> inMeter, InterfaceRef<IAudioProcessor>* outProcessor) const override
+	{
+		return AudioMeterRenderer::Create(inContext, inFrameRate, inMeter, outProcessor);
+	}
+
+	int CreateAudioFaderRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		InterfaceRef<IAudioProcessor>* outProcessor) const override
+	{
+		return AudioFaderRenderer::Create(inContext, inFrameRate, inParams, outProcessor);
+	}
+
+	int CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
+		InterfaceRef<IAudioFilter>, InterfaceRef<IAudioFilter>, bool,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const&, AudioChannelLayout const&,
+		InterfaceRef<IAudioProcessor>*) const override
+	{
+		return eNotImplemented;
+	}
+
+	int CreateAudioSendRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		InterfaceRef<UnknownBase> inSendTarget,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		InterfaceRef<IAudioPanProcessor> inPanner, InterfaceRef<IAudioProcessor>* outProcessor) const override
+	{
+		return AudioSendRenderer::Create(
+			inContext, inFrameRate, inSendTarget, inParams, inPanner, outProcessor);
+	}
+
+	int CreateAudioChannelMatrixRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, AudioChannelMatrix const& inMatrix,
+		InterfaceRef<IAudioProcessor>* outProcessor) const override
+	{
+		return AudioChannelMatrixRenderer::Create(inContext, inFrameRate, inMatrix, outProcessor);
+	}
+
+	int CreateSilentRenderer(
+		AudioChannelLayout const& inLayout, InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return SilentRenderer::Create(inLayout, outGenerator);
+	}
+
+	int CreateAlignToFrameRateAudioGeneratorDecorator(InterfaceRef<IAudioGenerator> const& inGenerator,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator>* outGenerator) const override
+	{
+		return AlignToFrameRateAudioGeneratorDecorator::Create(inGenerator, inFrameRate, outGenerator);
+	}
+
+	int CreateOfflineAudioProcessorAudioGenerator(InterfaceRef<IAudioGenerator> const&,
+		InterfaceRef<IAudioPanProcessor> const&, InterfaceRef<IAudioPanProcessor> const&, FrameRate const&,
+		TickTime const&, TickTime const&, InterfaceRef<IOfflineAudioProcessor> const&,
+		InterfaceRef<IAudioGenerator>*) const override
+	{
+		return eNotImplemented;
+	}
+};
+
+} // namespace
+
 InterfaceRef<SonaroFactory> SonaroFactory::CreateClassRef()
 {
 	return CreateClassRefInternal(true);
@@ -73,336 +416,7 @@ InterfaceRef<SonaroFactory> SonaroFactory::CreateClassRefInternal(bool inCreate)
 
 std::shared_ptr<SonaroFactory> SonaroFactory::AllocateClassInstance()
 {
-	return std::allocate_shared<SonaroFactory>(zorvcore::allocator::SmallBlockSTLAllocator<SonaroFactory>());
-}
-
-SonaroFactory::operator InterfaceRef<UnknownBase>()
-{
-	return InterfaceRef<UnknownBase>::FromThis(this);
-}
-
-int SonaroFactory::CreateAudioRenderContext(unsigned inMaxBlockSize, bool inPrefetchEnabled,
-	bool inContextOption, TickTime const& inRangeStart, TickTime const& inRangeEnd,
-	unsigned inControlInterval, TickTime const& inMeterInterval, Prefetcher* inPrefetcher,
-	ImmutableString const& inRenderName, bool inFaderParamFlag, bool inPannerParamFlag,
-	bool inFilterParamFlag, bool inSendParamFlag, RenderQuality inRenderQuality,
-	InterfaceRef<IAudioRenderContext>* outContext) const
-{
-	return AudioRenderContext::Create(
-		{
-			.mMaxBlockSize = inMaxBlockSize,
-			.mPrefetchEnabled = inPrefetchEnabled,
-			.mContextOption = inContextOption,
-			.mRangeStart = inRangeStart,
-			.mRangeEnd = inRangeEnd,
-			.mControlInterval = inControlInterval,
-			.mMeterInterval = inMeterInterval,
-			.mPrefetcher = inPrefetcher,
-			.mRenderName = inRenderName,
-			.mFaderParamFlag = inFaderParamFlag,
-			.mPannerParamFlag = inPannerParamFlag,
-			.mFilterParamFlag = inFilterParamFlag,
-			.mSendParamFlag = inSendParamFlag,
-			.mRenderQuality = inRenderQuality,
-		},
-		outContext);
-}
-
-int SonaroFactory::CreateAudioStreamRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, InterfaceRef<IAudioSource> inSource, int inChannelIndex,
-	double inStreamSpeed, InterfaceRef<UnknownBase> inKey, InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioStreamRenderer::Create(
-		inContext, inFrameRate, inSource, inChannelIndex, inStreamSpeed, inKey, outGenerator);
-}
-
-int SonaroFactory::CreateNordekAudioStreamRenderer(InterfaceRef<IAudioRenderContext>& inContext,
-	FrameRate const& inFrameRate, InterfaceRef<IAudioSource> const& inSource, int inChannelIndex,
-	double inStreamSpeed, VX::BinaryData const&, InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioStreamRenderer::Create(
-		inContext, inFrameRate, inSource, inChannelIndex, inStreamSpeed, {}, outGenerator);
-}
-
-int SonaroFactory::CreateAudioContentRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	FrameRate const&, InterfaceRef<IAudioGenerator> const&, bool, TickTime const&, TickTime const&,
-	InterfaceRef<UnknownBase>, InterfaceRef<IAudioGenerator>*) const
-{
-	return eNotImplemented;
-}
-
-int SonaroFactory::CreateAudioContentMulticamRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	FrameRate const&, std::vector<InterfaceRef<IAudioGenerator>> const&,
-	std::shared_ptr<zorvcore::threads::AtomicIntegral<int, 0>>, bool, TickTime const&, TickTime const&,
-	InterfaceRef<IAudioGenerator>*) const
-{
-	return eNotImplemented;
-}
-
-int SonaroFactory::CreateAudioClipRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate,
-	std::map<InterfaceRef<IAudioGenerator>, AudioChannelMap> const& inGenerators,
-	AudioChannelLayout const& inChannelLayout, TickTime const& inStartOffset, float inGain, double inSpeed,
-	InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioClipRenderer::Create(
-		{inContext, inFrameRate, inGenerators, inChannelLayout, inStartOffset, inGain, inSpeed},
-		outGenerator);
-}
-
-int SonaroFactory::CreateAudioRenderContextForPrefetchThread(
-	InterfaceRef<IAudioRenderContext> inSource, InterfaceRef<IAudioRenderContext>& outContext) const
-{
-	return AudioRenderContext::Create(AudioRenderContext::SettingsForPrefetchThread(inSource), &outContext);
-}
-
-int SonaroFactory::CreateTimeStretchedAudioGenerator(InterfaceRef<IAudioGenerator> const&, FrameRate const&,
-	double, InterfaceRef<IAudioRenderContext>, InterfaceRef<IAudioRenderContext>,
-	InterfaceRef<VX::ITimeTransform>, bool, TickTime const&, TickTime const&, TickTime const&, bool,
-	InterfaceRef<IAudioGenerator>*) const
-{
-	return eNotImplemented;
-}
-
-int SonaroFactory::CreateAudioMixRenderer(InterfaceRef<IAudioRenderContext> const& inContext,
-	FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inFirst, double inFirstTimeScale,
-	InterfaceRef<IAudioGenerator> const& inSecond, double inSecondTimeScale,
-	InterfaceRef<IAudioProcessor> const& inProcessor, InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioMixRenderer::Create(
-		{inContext, inFrameRate, inFirst, inFirstTimeScale, inSecond, inSecondTimeScale, inProcessor},
-		outGenerator);
-}
-
-int SonaroFactory::CreateRealtimeAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
-	std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
-	InterfaceRef<IAudioPanProcessor> inPanProcessor, double inSpeed,
-	InterfaceRef<VX::ITimeTransform> inTimeTransform, TickTime const& inTimeOffset,
-	InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return RealtimeAudioClipTrackItemRenderer::Create(
-		{inContext, inFrameRate, inSource, inProcessors, inPanProcessor, inSpeed, inTimeTransform,
-			inTimeOffset},
-		outGenerator);
-}
-
-int SonaroFactory::CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext>,
-	FrameRate const&, InterfaceRef<IAudioGenerator> const&, std::vector<InterfaceRef<IAudioProcessor>> const&,
-	InterfaceRef<IAudioPanProcessor>, double, bool, bool, InterfaceRef<VX::ITimeTransform>, TickTime const&,
-	TickTime const&, double, TickTime const&, TickTime const&, InterfaceRef<IAudioGenerator>*) const
-{
-	return eNotImplemented;
-}
-
-int SonaroFactory::CreateAudioTransitionRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, InterfaceRef<IAudioTransition> inTransition,
-	AudioTransitionParameters const& inParameters, InterfaceRef<IAudioGenerator> const& inOutgoingGenerator,
-	InterfaceRef<IAudioGenerator> const& inIncomingGenerator, TickTime const& inOutgoingStartTime,
-	TickTime const& inIncomingStartTime, TickTime const& inTransitionStartTime,
-	TickTime const& inTransitionDuration, InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioTransitionRenderer::Create(
-		{inContext, inFrameRate, inTransition, inParameters, inOutgoingGenerator, inIncomingGenerator,
-			inOutgoingStartTime, inIncomingStartTime, inTransitionStartTime, inTransitionDuration},
-		outGenerator);
-}
-
-int SonaroFactory::CreateAudioClipTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, AudioTrackRenderableItemList const& inItems,
-	InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
-	std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
-	InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
-	InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioClipTrackRenderer::Create(
-		{inContext, inFrameRate, inItems, inOwner, inMute, inProcessors, inPanProcessor, inChannels},
-		outGenerator);
-}
-
-int SonaroFactory::CreateAudioMixTrackRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inSource,
-	InterfaceRef<UnknownBase> inOwner, std::shared_ptr<zorvcore::threads::AtomicIntegral<int>> inMute,
-	std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
-	InterfaceRef<IAudioPanProcessor> inPanProcessor, AudioChannelLayout const& inChannels,
-	InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioMixTrackRenderer::Create(
-		{inContext, inFrameRate, inSource, inOwner, inMute, inProcessors, inPanProcessor, inChannels},
-		outGenerator);
-}
-
-int SonaroFactory::CreateAudioTrackInletRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, std::vector<InterfaceRef<UnknownBase>> const& inInputs,
-	AudioChannelLayout const& inChannels, InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioTrackInletRenderer::Create(inContext, inFrameRate, inInputs, inChannels, outGenerator);
-}
-
-int SonaroFactory::CreateAudioTrackGroupRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, std::vector<InterfaceRef<IAudioGenerator>> const& inGenerators,
-	std::deque<std::vector<DelayDependency>> const& inDelayDependencies,
-	std::vector<TickTime> const& inGeneratorDelays, AudioChannelLayout const& inChannels,
-	InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioTrackGroupRenderer::Create(
-		{inContext, inFrameRate, inGenerators, inDelayDependencies, inGeneratorDelays, inChannels, inOwner},
-		outGenerator);
-}
-
-int SonaroFactory::CreateAudioTrackGroupRendererViaCloning(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const&, InterfaceRef<UnknownBase> inOwner, InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AudioTrackGroupRenderer::CreateViaCloning(inContext, inOwner, outGenerator);
-}
-
-int SonaroFactory::CreateAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, PanProcessorType inType, bool inActionFlag,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
-	InterfaceRef<IAudioPanProcessor>* outProcessor) const
-{
-	AutomatedPannerSettings const settings{inContext, inFrameRate, inActionFlag, inParams};
-	switch (inType)
-	{
-	case kPanNoneMono:
-	case kPanNoneMonoAlias:
-		return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Mono, outProcessor);
-	case kPanNoneStereo:
-		return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Stereo, outProcessor);
-	case kPanNone51:
-		return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_51, outProcessor);
-	case kPanNoneAdaptive:
-		return AudioPannerNone::Create(inContext, VX::kAudioChannelLayout_Multichannel, outProcessor);
-	case kPanStereoToStereo:
-		return AudioPannerStereoToStereo::Create(settings, outProcessor);
-	case kPanMonoToStereo:
-		return AudioPannerMonoToStereo::Create(settings, outProcessor);
-	case kPanStereoToMono:
-		return AudioPannerStereoToMono::Create(inContext, inFrameRate, outProcessor);
-	case kPanMonoTo51:
-		return AudioPannerMonoTo51::Create(settings, outProcessor);
-	case kPanStereoTo51:
-		return AudioPannerStereoTo51::Create(settings, outProcessor);
-	case kPan51ToMono:
-		return AudioPanner51ToMono::Create(inContext, inFrameRate, outProcessor);
-	case kPan51ToStereo:
-		return AudioPanner51ToStereo::Create(inContext, inFrameRate, outProcessor);
-	case kPanChannelMapMono:
-		return AudioPannerChannelMap::Create(inContext, inFrameRate, VX::kAudioChannelTypeMono, outProcessor);
-	case kPanBalance:
-		return AudioPannerBalance::Create(settings, AudioPannerBalance::IdentityTest::kOff, outProcessor);
-	case kPanChannelMap51:
-		return AudioPannerChannelMap::Create(inContext, inFrameRate, VX::kAudioChannelType51, outProcessor);
-	case kPanBalanceWithIdentity:
-		return AudioPannerBalance::Create(settings, AudioPannerBalance::IdentityTest::kOn, outProcessor);
-	default:
-		return eInvalidArgument;
-	}
-}
-
-int SonaroFactory::CreateDirectAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, PanProcessorType inType, int inOutputChannels,
-	AudioChannelMatrix const& inMatrix, bool inActionFlag,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
-	InterfaceRef<IAudioPanProcessor>* outProcessor) const
-{
-	AutomatedPannerSettings const settings{inContext, inFrameRate, inActionFlag, inParams};
-	switch (inType)
-	{
-	case kPanMonoTo51:
-		return AudioPannerMonoTo51Direct::Create(settings, inMatrix, outProcessor);
-	case kPanMonoToAdaptive:
-		return AudioPannerMonoToAdaptive::Create(settings, inOutputChannels, inMatrix, outProcessor);
-	case kPanStereoToAdaptive:
-		return AudioPannerStereoToAdaptive::Create(settings, inOutputChannels, inMatrix, outProcessor);
-	case kPan51ToAdaptive:
-		return AudioPanner51ToAdaptive::Create(
-			inContext, inFrameRate, inOutputChannels, inMatrix, outProcessor);
-	default:
-		return eInvalidArgument;
-	}
-}
-
-int SonaroFactory::CreateDefaultMultiChannelAudioPanProcessorRenderer(
-	InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
-	AudioChannelMatrix const& inMatrix, bool inActionFlag,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
-	AudioChannelLayout const& inInputLayout, AudioChannelLayout const& inOutputLayout,
-	InterfaceRef<IAudioPanProcessor>* outProcessor) const
-{
-	return AudioPannerDefaultMultiChannel::Create({inContext, inFrameRate, inActionFlag, inParams}, inMatrix,
-		inInputLayout, inOutputLayout, outProcessor);
-}
-
-int SonaroFactory::CreateChannelMixerAudioPanProcessorRenderer(AudioChannelLayout const& inInputLayout,
-	AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains,
-	InterfaceRef<IAudioPanProcessor>* outProcessor) const
-{
-	return ChannelMixerAudioPanProcessor::Create(inInputLayout, inOutputLayout, inGains, outProcessor);
-}
-
-int SonaroFactory::CreateNoneAudioPanProcessorRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	AudioChannelLayout const& inLayout, InterfaceRef<IAudioPanProcessor>* outProcessor) const
-{
-	return AudioPannerNone::Create(inContext, inLayout, outProcessor);
-}
-
-int SonaroFactory::CreateAudioMeterRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, InterfaceRef<IAudioMeterSetter> inMeter,
-	InterfaceRef<IAudioProcessor>* outProcessor) const
-{
-	return AudioMeterRenderer::Create(inContext, inFrameRate, inMeter, outProcessor);
-}
-
-int SonaroFactory::CreateAudioFaderRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
-	InterfaceRef<IAudioProcessor>* outProcessor) const
-{
-	return AudioFaderRenderer::Create(inContext, inFrameRate, inParams, outProcessor);
-}
-
-int SonaroFactory::CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-	InterfaceRef<IAudioFilter>, InterfaceRef<IAudioFilter>, bool,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const&, AudioChannelLayout const&,
-	InterfaceRef<IAudioProcessor>*) const
-{
-	return eNotImplemented;
-}
-
-int SonaroFactory::CreateAudioSendRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, InterfaceRef<UnknownBase> inSendTarget,
-	std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
-	InterfaceRef<IAudioPanProcessor> inPanner, InterfaceRef<IAudioProcessor>* outProcessor) const
-{
-	return AudioSendRenderer::Create(inContext, inFrameRate, inSendTarget, inParams, inPanner, outProcessor);
-}
-
-int SonaroFactory::CreateAudioChannelMatrixRenderer(InterfaceRef<IAudioRenderContext> inContext,
-	FrameRate const& inFrameRate, AudioChannelMatrix const& inMatrix,
-	InterfaceRef<IAudioProcessor>* outProcessor) const
-{
-	return AudioChannelMatrixRenderer::Create(inContext, inFrameRate, inMatrix, outProcessor);
-}
-
-int SonaroFactory::CreateSilentRenderer(
-	AudioChannelLayout const& inLayout, InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return SilentRenderer::Create(inLayout, outGenerator);
-}
-
-int SonaroFactory::CreateAlignToFrameRateAudioGeneratorDecorator(
-	InterfaceRef<IAudioGenerator> const& inGenerator, FrameRate const& inFrameRate,
-	InterfaceRef<IAudioGenerator>* outGenerator) const
-{
-	return AlignToFrameRateAudioGeneratorDecorator::Create(inGenerator, inFrameRate, outGenerator);
-}
-
-int SonaroFactory::CreateOfflineAudioProcessorAudioGenerator(InterfaceRef<IAudioGenerator> const&,
-	InterfaceRef<IAudioPanProcessor> const&, InterfaceRef<IAudioPanProcessor> const&, FrameRate const&,
-	TickTime const&, TickTime const&, InterfaceRef<IOfflineAudioProcessor> const&,
-	InterfaceRef<IAudioGenerator>*) const
-{
-	return eNotImplemented;
+	return std::allocate_shared<Factory>(zorvcore::allocator::SmallBlockSTLAllocator<Factory>());
 }
 
 } // namespace SN

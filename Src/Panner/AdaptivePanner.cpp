@@ -1,6 +1,7 @@
 #include "Panner/AdaptivePanner.h"
 
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
 
@@ -15,57 +16,35 @@ constexpr unsigned long long kNoMaster = ~0ull;
 } // namespace
 
 AdaptivePanner::AdaptivePanner(char16_t const* inNodeName, AudioChannelType inInputType,
-	unsigned long long inRightInput, AudioChannelLayout const& inOutputLayout)
-	: AutomatedPanner({inNodeName, inInputType, VX::kAudioChannelTypeAdaptive,
-		  VX::CreateAudioChannelLayout(inInputType), inOutputLayout}),
-	  mRightInput(inRightInput)
+	unsigned long long inRightInput, ImmutableString const& inTag)
+	: StereoPanner(
+		  inNodeName, inInputType, &GetSideKeepingGains, inRightInput, VX::kAudioChannelTypeAdaptive),
+	  mTag(inTag)
 {
 }
 
-int AdaptivePanner::Init(AutomatedPannerSettings const& inSettings, AudioChannelMatrix const& inMatrix,
-	ImmutableString const& inTag)
+int AdaptivePanner::Init(
+	AutomatedPannerSettings const& inSettings, int inOutputChannels, AudioChannelMatrix const& inMatrix)
 {
+	SetOutputLayout(zorvmediatypes::CreateMultichannelLayout(inOutputChannels));
 	AudioPannerDirectChannelAssignmentBase::Init(inMatrix, GetOutputAudioChannelLayout());
-	int const result = AutomatedPanner::Init(inSettings, kAnyParameterCount);
+	int const result = StereoPanner::Init(inSettings, kAnyParameterCount);
 	if (ResultSucceeded(result) && GetNumOutputChannels() > dsp::AudioBuffer::kMaxChannels)
 	{
 		return eInvalidArgument;
 	}
 	if (ResultSucceeded(result))
 	{
-		ReserveStackAudioBuffer(GetNumOutputChannels(), GetMaxBlockSize(), inTag);
+		ReserveStackAudioBuffer(GetNumOutputChannels(), GetMaxBlockSize(), mTag);
 	}
-	mRamps.Init(inSettings.mFrameRate);
 	return result;
 }
 
 void AdaptivePanner::CopyFrom(
 	AdaptivePanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-	AutomatedPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
+	StereoPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
 	AudioPannerDirectChannelAssignmentBase::Init(inOther.GetMatrix(), inOther.GetOutputLayout());
-	mRamps.Init(inFrameRate);
-}
-
-void AdaptivePanner::ProcessAudioData(
-	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, TickTime const& inTime)
-{
-	mRamps.SetPan(GetValueOrZero(0));
-	unsigned const frames = inInput.GetUseSize();
-	if (inInput.IsSilent())
-	{
-		mRamps.AdvanceWithoutProcessing(frames);
-		outOutput.Zero();
-	}
-	else
-	{
-		if (IsJump(inTime))
-		{
-			mRamps.Jump(GetFrameRate());
-		}
-		PlaceChannels(inInput, outOutput);
-	}
-	NoteBlock(inTime, frames);
 }
 
 void AdaptivePanner::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)

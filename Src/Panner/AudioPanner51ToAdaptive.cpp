@@ -1,41 +1,31 @@
 #include "Panner/AudioPanner51ToAdaptive.h"
 
-#include "Panner/CreatePanner.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 namespace SN
 {
 
-int AudioPanner51ToAdaptive::Create(InterfaceRef<IAudioRenderContext> const& inContext,
-	FrameRate const& inFrameRate, int inOutputChannels, AudioChannelMatrix const& inMatrix,
-	InterfaceRef<IAudioPanProcessor>* outProcessor)
-{
-	auto const layout = zorvmediatypes::CreateMultichannelLayout(inOutputChannels);
-	return CreatePanner(zorvcore::classref::MakeObject<AudioPanner51ToAdaptive>(layout), outProcessor,
-		inContext, inFrameRate, inMatrix);
-}
-
-AudioPanner51ToAdaptive::AudioPanner51ToAdaptive(AudioChannelLayout const& inOutputLayout)
-	: PanProcessorBase({u"AudioPanner51ToAdaptive", VX::kAudioChannelType51, VX::kAudioChannelTypeAdaptive,
-		  VX::kAudioChannelLayout_51, inOutputLayout})
+AudioPanner51ToAdaptive::AudioPanner51ToAdaptive()
+	: PannerClass(u"AudioPanner51ToAdaptive", VX::kAudioChannelType51, VX::kAudioChannelTypeAdaptive)
 {
 }
 
 int AudioPanner51ToAdaptive::Init(InterfaceRef<IAudioRenderContext> const& inContext,
-	FrameRate const& inFrameRate, AudioChannelMatrix const& inMatrix)
+	FrameRate const& inFrameRate, int inOutputChannels, AudioChannelMatrix const& inMatrix)
 {
+	SetOutputLayout(zorvmediatypes::CreateMultichannelLayout(inOutputChannels));
 	AudioPannerDirectChannelAssignmentBase::Init(inMatrix, GetOutputAudioChannelLayout());
 	int const result = AudioRenderContextClient::Init(inContext, inFrameRate);
 	bool const isTooWide = GetNumOutputChannels() > dsp::AudioBuffer::kMaxChannels;
 	return ResultSucceeded(result) && isTooWide ? eInvalidArgument : result;
 }
 
-InterfaceRef<IAudioPanProcessor> AudioPanner51ToAdaptive::Clone(FrameRate const&, unsigned)
+void AudioPanner51ToAdaptive::CopyFrom(
+	AudioPanner51ToAdaptive const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-	auto const clone = StartClone(*this, GetOutputAudioChannelLayout());
-	clone->AudioPannerDirectChannelAssignmentBase::Init(GetMatrix(), GetOutputLayout());
-	return clone;
+	PanProcessorBase::CopyFrom(inOther, inFrameRate, inControlInterval);
+	AudioPannerDirectChannelAssignmentBase::Init(inOther.GetMatrix(), inOther.GetOutputLayout());
 }
 
 void AudioPanner51ToAdaptive::ProcessAudioData(

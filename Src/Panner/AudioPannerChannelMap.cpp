@@ -1,28 +1,16 @@
 #include "Panner/AudioPannerChannelMap.h"
 
-#include "Panner/CreatePanner.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 namespace SN
 {
 
-int AudioPannerChannelMap::Create(InterfaceRef<IAudioRenderContext> const& inContext,
-	FrameRate const& inFrameRate, AudioChannelType inOutputType,
-	InterfaceRef<IAudioPanProcessor>* outProcessor)
+int AudioPannerChannelMap::Init(InterfaceRef<IAudioRenderContext> const& inContext,
+	FrameRate const& inFrameRate, AudioChannelType inOutputType)
 {
-	return CreatePanner(zorvcore::classref::MakeObject<AudioPannerChannelMap>(inOutputType), outProcessor,
-		inContext, inFrameRate);
-}
-
-AudioPannerChannelMap::AudioPannerChannelMap(AudioChannelType inOutputType)
-	: PanProcessorBase(u"AudioPannerChannelMap", VX::kAudioChannelTypeAdaptive, inOutputType)
-{
-}
-
-InterfaceRef<IAudioPanProcessor> AudioPannerChannelMap::Clone(FrameRate const&, unsigned)
-{
-	auto const clone = StartClone(*this, GetOutputChannelType());
-	return clone;
+	SetShape({u"AudioPannerChannelMap", VX::kAudioChannelTypeAdaptive, inOutputType,
+		VX::kAudioChannelLayout_Multichannel, VX::CreateAudioChannelLayout(inOutputType)});
+	return AudioRenderContextClient::Init(inContext, inFrameRate);
 }
 
 void AudioPannerChannelMap::ProcessAudioData(

@@ -1,6 +1,5 @@
 #include "Panner/AudioPannerDefaultMultiChannel.h"
 
-#include "Panner/CreatePanner.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -8,29 +7,20 @@
 namespace SN
 {
 
-int AudioPannerDefaultMultiChannel::Create(AutomatedPannerSettings const& inSettings,
+int AudioPannerDefaultMultiChannel::Init(AutomatedPannerSettings const& inSettings,
 	AudioChannelMatrix const& inMatrix, AudioChannelLayout const& inInputLayout,
-	AudioChannelLayout const& inOutputLayout, InterfaceRef<IAudioPanProcessor>* outProcessor)
+	AudioChannelLayout const& inOutputLayout)
 {
-	return CreatePanner(zorvcore::classref::MakeObject<AudioPannerDefaultMultiChannel>(
-							inInputLayout, inOutputLayout, inMatrix),
-		outProcessor, inSettings, kAnyParameterCount);
+	SetShape(u"AudioPannerDefaultMultiChannel", inInputLayout, inOutputLayout);
+	mMatrix = inMatrix;
+	return AutomatedPanner::Init(inSettings, kAnyParameterCount);
 }
 
-AudioPannerDefaultMultiChannel::AudioPannerDefaultMultiChannel(AudioChannelLayout const& inInputLayout,
-	AudioChannelLayout const& inOutputLayout, AudioChannelMatrix const& inMatrix)
-	: AutomatedPanner(u"AudioPannerDefaultMultiChannel", inInputLayout, inOutputLayout),
-	  mMatrix(inMatrix)
+void AudioPannerDefaultMultiChannel::CopyFrom(
+	AudioPannerDefaultMultiChannel const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-}
-
-InterfaceRef<IAudioPanProcessor> AudioPannerDefaultMultiChannel::Clone(
-	FrameRate const& inFrameRate, unsigned inControlInterval)
-{
-	auto const clone = zorvcore::classref::MakeObject<AudioPannerDefaultMultiChannel>(
-		GetInputAudioChannelLayout(), GetOutputAudioChannelLayout(), mMatrix);
-	clone->CopyFrom(*this, inFrameRate, inControlInterval);
-	return clone;
+	AutomatedPanner::CopyFrom(inOther, inFrameRate, inControlInterval);
+	mMatrix = inOther.mMatrix;
 }
 
 void AudioPannerDefaultMultiChannel::ProcessAudioData(

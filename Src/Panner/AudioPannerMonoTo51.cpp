@@ -1,6 +1,5 @@
 #include "Panner/AudioPannerMonoTo51.h"
 
-#include "Panner/CreatePanner.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -8,28 +7,10 @@
 namespace SN
 {
 
-int AudioPannerMonoTo51::Create(
-	AutomatedPannerSettings const& inSettings, InterfaceRef<IAudioPanProcessor>* outProcessor)
-{
-	return CreatePanner<AudioPannerMonoTo51>(outProcessor, inSettings);
-}
-
 AudioPannerMonoTo51::AudioPannerMonoTo51()
-	: SurroundPanner(u"AudioPannerMonoTo51", VX::kAudioChannelTypeMono, &GetMonoSurroundGains)
+	: PannerClass(
+		  u"AudioPannerMonoTo51", VX::kAudioChannelTypeMono, &GetMonoSurroundGains, kAnyParameterCount)
 {
-}
-
-int AudioPannerMonoTo51::Init(AutomatedPannerSettings const& inSettings)
-{
-	return SurroundPanner::Init(inSettings, kAnyParameterCount);
-}
-
-InterfaceRef<IAudioPanProcessor> AudioPannerMonoTo51::Clone(
-	FrameRate const& inFrameRate, unsigned inControlInterval)
-{
-	auto const clone = zorvcore::classref::MakeObject<AudioPannerMonoTo51>();
-	clone->CopyFrom(*this, inFrameRate, inControlInterval);
-	return clone;
 }
 
 void AudioPannerMonoTo51::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)

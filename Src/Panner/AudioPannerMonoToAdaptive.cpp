@@ -1,16 +1,18 @@
 #include "Panner/AudioPannerMonoToAdaptive.h"
 
 #include "AudioRender/Core/StackAudioBufferTags.h"
-#include "Panner/CreatePanner.h"
-#include "zorvmediatypes/AudioChannelLayout.h"
 
 namespace SN
 {
 
-namespace
+AudioPannerMonoToAdaptive::AudioPannerMonoToAdaptive()
+	: PannerClass(u"AudioPannerMonoToAdaptive", VX::kAudioChannelTypeMono, 0,
+		  StackAudioBufferTags::kAudioPannerMonoToAdaptive)
 {
+}
 
-AudioChannelMatrix FeedWholePairs(AudioChannelMatrix inMatrix)
+int AudioPannerMonoToAdaptive::Init(
+	AutomatedPannerSettings const& inSettings, int inOutputChannels, AudioChannelMatrix inMatrix)
 {
 	if (!inMatrix.empty())
 	{
@@ -23,31 +25,7 @@ AudioChannelMatrix FeedWholePairs(AudioChannelMatrix inMatrix)
 			}
 		}
 	}
-	return inMatrix;
-}
-
-} // namespace
-
-int AudioPannerMonoToAdaptive::Create(AutomatedPannerSettings const& inSettings, int inOutputChannels,
-	AudioChannelMatrix const& inMatrix, InterfaceRef<IAudioPanProcessor>* outProcessor)
-{
-	auto const layout = zorvmediatypes::CreateMultichannelLayout(inOutputChannels);
-	return CreatePanner(zorvcore::classref::MakeObject<AudioPannerMonoToAdaptive>(layout), outProcessor,
-		inSettings, FeedWholePairs(inMatrix), StackAudioBufferTags::kAudioPannerMonoToAdaptive);
-}
-
-AudioPannerMonoToAdaptive::AudioPannerMonoToAdaptive(AudioChannelLayout const& inOutputLayout)
-	: AdaptivePanner(u"AudioPannerMonoToAdaptive", VX::kAudioChannelTypeMono, 0, inOutputLayout)
-{
-}
-
-InterfaceRef<IAudioPanProcessor> AudioPannerMonoToAdaptive::Clone(
-	FrameRate const& inFrameRate, unsigned inControlInterval)
-{
-	auto const clone =
-		zorvcore::classref::MakeObject<AudioPannerMonoToAdaptive>(GetOutputAudioChannelLayout());
-	clone->CopyFrom(*this, inFrameRate, inControlInterval);
-	return clone;
+	return AdaptivePanner::Init(inSettings, inOutputChannels, inMatrix);
 }
 
 } // namespace SN

@@ -1,6 +1,5 @@
 #include "Panner/AudioPannerStereoTo51.h"
 
-#include "Panner/CreatePanner.h"
 #include "Vexilon/Constants.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -12,28 +11,9 @@
 namespace SN
 {
 
-int AudioPannerStereoTo51::Create(
-	AutomatedPannerSettings const& inSettings, InterfaceRef<IAudioPanProcessor>* outProcessor)
-{
-	return CreatePanner<AudioPannerStereoTo51>(outProcessor, inSettings);
-}
-
 AudioPannerStereoTo51::AudioPannerStereoTo51()
-	: SurroundPanner(u"AudioPannerStereoTo51", VX::kAudioChannelTypeStereo, &GetStereoSurroundGains)
+	: PannerClass(u"AudioPannerStereoTo51", VX::kAudioChannelTypeStereo, &GetStereoSurroundGains, 4)
 {
-}
-
-int AudioPannerStereoTo51::Init(AutomatedPannerSettings const& inSettings)
-{
-	return SurroundPanner::Init(inSettings, 4);
-}
-
-InterfaceRef<IAudioPanProcessor> AudioPannerStereoTo51::Clone(
-	FrameRate const& inFrameRate, unsigned inControlInterval)
-{
-	auto const clone = zorvcore::classref::MakeObject<AudioPannerStereoTo51>();
-	clone->CopyFrom(*this, inFrameRate, inControlInterval);
-	return clone;
 }
 
 void AudioPannerStereoTo51::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)

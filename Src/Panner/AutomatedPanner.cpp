@@ -31,7 +31,7 @@ int AutomatedPanner::Init(AutomatedPannerSettings const& inSettings, std::size_t
 void AutomatedPanner::CopyFrom(
 	AutomatedPanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-	static_cast<AudioRenderContextClient&>(*this) = inOther;
+	PanProcessorBase::CopyFrom(inOther, inFrameRate, inControlInterval);
 	ParameterOwnerMixin::CopyFrom(inOther, false, inFrameRate, inControlInterval);
 	mNextTime = kTimeMax;
 }

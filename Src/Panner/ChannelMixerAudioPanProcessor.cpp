@@ -1,6 +1,5 @@
 #include "Panner/ChannelMixerAudioPanProcessor.h"
 
-#include "Panner/CreatePanner.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -8,23 +7,10 @@
 namespace SN
 {
 
-int ChannelMixerAudioPanProcessor::Create(AudioChannelLayout const& inInputLayout,
-	AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains,
-	InterfaceRef<IAudioPanProcessor>* outProcessor)
+int ChannelMixerAudioPanProcessor::Init(AudioChannelLayout const& inInputLayout,
+	AudioChannelLayout const& inOutputLayout, std::vector<std::vector<float>> const& inGains)
 {
-	return CreatePanner(
-		zorvcore::classref::MakeObject<ChannelMixerAudioPanProcessor>(inInputLayout, inOutputLayout),
-		outProcessor, inGains);
-}
-
-ChannelMixerAudioPanProcessor::ChannelMixerAudioPanProcessor(
-	AudioChannelLayout const& inInputLayout, AudioChannelLayout const& inOutputLayout)
-	: PanProcessorBase(u"ChannelMixerAudioPanProcessor", inInputLayout, inOutputLayout)
-{
-}
-
-int ChannelMixerAudioPanProcessor::Init(std::vector<std::vector<float>> const& inGains)
-{
+	SetShape(u"ChannelMixerAudioPanProcessor", inInputLayout, inOutputLayout);
 	unsigned const inputs = GetNumInputChannels();
 	unsigned const outputs = GetNumOutputChannels();
 	bool const fits = inputs <= dsp::ChannelMixer::kMaxChannels &&
@@ -48,12 +34,11 @@ int ChannelMixerAudioPanProcessor::Init(std::vector<std::vector<float>> const& i
 	return kSuccess;
 }
 
-InterfaceRef<IAudioPanProcessor> ChannelMixerAudioPanProcessor::Clone(FrameRate const&, unsigned)
+void ChannelMixerAudioPanProcessor::CopyFrom(
+	ChannelMixerAudioPanProcessor const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-	auto const clone = zorvcore::classref::MakeObject<ChannelMixerAudioPanProcessor>(
-		GetInputAudioChannelLayout(), GetOutputAudioChannelLayout());
-	clone->mMixer = mMixer;
-	return clone;
+	PanProcessorBase::CopyFrom(inOther, inFrameRate, inControlInterval);
+	mMixer = inOther.mMixer;
 }
 
 void ChannelMixerAudioPanProcessor::ProcessAudioData(

@@ -23,9 +23,10 @@ int FixedMixPanner::Init(InterfaceRef<IAudioRenderContext> const& inContext, Fra
 	return AudioRenderContextClient::Init(inContext, inFrameRate);
 }
 
-void FixedMixPanner::CopyFrom(FixedMixPanner const& inOther)
+void FixedMixPanner::CopyFrom(
+	FixedMixPanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval)
 {
-	static_cast<AudioRenderContextClient&>(*this) = inOther;
+	PanProcessorBase::CopyFrom(inOther, inFrameRate, inControlInterval);
 	mMix = inOther.mMix;
 }
 

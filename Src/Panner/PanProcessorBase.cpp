@@ -1,27 +1,26 @@
 #include "Panner/PanProcessorBase.h"
 
-#include <utility>
-
 namespace SN
 {
 
 PanProcessorBase::PanProcessorBase(
 	char16_t const* inNodeName, AudioChannelType inInputType, AudioChannelType inOutputType)
-	: PanProcessorBase({inNodeName, inInputType, inOutputType, VX::CreateAudioChannelLayout(inInputType),
-		  VX::CreateAudioChannelLayout(inOutputType)})
+	: mShape{inNodeName, inInputType, inOutputType, VX::CreateAudioChannelLayout(inInputType),
+		  VX::CreateAudioChannelLayout(inOutputType)}
 {
 }
 
-PanProcessorBase::PanProcessorBase(char16_t const* inNodeName, AudioChannelLayout const& inInputLayout,
+void PanProcessorBase::SetShape(char16_t const* inNodeName, AudioChannelLayout const& inInputLayout,
 	AudioChannelLayout const& inOutputLayout)
-	: PanProcessorBase({inNodeName, VX::CreateAudioChannelTypeOrAny(inInputLayout, true),
-		  VX::CreateAudioChannelTypeOrAny(inOutputLayout, true), inInputLayout, inOutputLayout})
 {
+	mShape = {inNodeName, VX::CreateAudioChannelTypeOrAny(inInputLayout, true),
+		VX::CreateAudioChannelTypeOrAny(inOutputLayout, true), inInputLayout, inOutputLayout};
 }
 
-PanProcessorBase::PanProcessorBase(PanProcessorShape inShape)
-	: mShape(std::move(inShape))
+void PanProcessorBase::CopyFrom(PanProcessorBase const& inOther, FrameRate const&, unsigned)
 {
+	static_cast<AudioRenderContextClient&>(*this) = inOther;
+	mShape = inOther.mShape;
 }
 
 } // namespace SN

@@ -6,16 +6,16 @@ namespace SN
 {
 
 StereoPanner::StereoPanner(char16_t const* inNodeName, AudioChannelType inInputType,
-	StereoPanRamps::Law inLaw, unsigned long long inRightInput)
-	: AutomatedPanner(inNodeName, inInputType, VX::kAudioChannelTypeStereo),
+	StereoPanRamps::Law inLaw, unsigned long long inRightInput, AudioChannelType inOutputType)
+	: AutomatedPanner(inNodeName, inInputType, inOutputType),
 	  mRamps(inLaw),
 	  mRightInput(inRightInput)
 {
 }
 
-int StereoPanner::Init(AutomatedPannerSettings const& inSettings)
+int StereoPanner::Init(AutomatedPannerSettings const& inSettings, std::size_t inParameterCount)
 {
-	int const result = AutomatedPanner::Init(inSettings, 1);
+	int const result = AutomatedPanner::Init(inSettings, inParameterCount);
 	mRamps.Init(inSettings.mFrameRate);
 	return result;
 }
@@ -42,10 +42,15 @@ void StereoPanner::ProcessAudioData(
 		{
 			mRamps.Jump(GetFrameRate());
 		}
-		mRamps.GetLeft().Process(inInput, 0, outOutput, 0);
-		mRamps.GetRight().Process(inInput, mRightInput, outOutput, 1);
+		PlaceChannels(inInput, outOutput);
 	}
 	NoteBlock(inTime, inInput.GetUseSize());
+}
+
+void StereoPanner::PlaceChannels(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput)
+{
+	mRamps.GetLeft().Process(inInput, 0, outOutput, 0);
+	mRamps.GetRight().Process(inInput, mRightInput, outOutput, 1);
 }
 
 } // namespace SN

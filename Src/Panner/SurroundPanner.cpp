@@ -25,17 +25,19 @@ dsp::GainRamp MakeRampAtRest()
 
 } // namespace
 
-SurroundPanner::SurroundPanner(char16_t const* inNodeName, AudioChannelType inInputType, Law inLaw)
+SurroundPanner::SurroundPanner(
+	char16_t const* inNodeName, AudioChannelType inInputType, Law inLaw, std::size_t inParameterCount)
 	: AutomatedPanner(inNodeName, inInputType, VX::kAudioChannelType51),
 	  mLaw(inLaw),
+	  mParameterCount(inParameterCount),
 	  mRamps{MakeRampAtRest(), MakeRampAtRest(), MakeRampAtRest(), MakeRampAtRest(), MakeRampAtRest(),
 		  MakeRampAtRest()}
 {
 }
 
-int SurroundPanner::Init(AutomatedPannerSettings const& inSettings, std::size_t inParameterCount)
+int SurroundPanner::Init(AutomatedPannerSettings const& inSettings)
 {
-	int const result = AutomatedPanner::Init(inSettings, inParameterCount);
+	int const result = AutomatedPanner::Init(inSettings, mParameterCount);
 	mFilter.Init(inSettings.mFrameRate);
 	MakeRamps(inSettings.mFrameRate, {1.0f, 1.0f, 1.0f, 1.0f, 1.0f, 1.0f}, kPannerRampSeconds);
 	return result;

@@ -48,21 +48,14 @@ std::shared_ptr<AudioPrefetchQueue> AudioPrefetchQueue::Create(
 {
 	std::shared_ptr<AudioPrefetchQueue> queue(new AudioPrefetchQueue(std::move(inExecutor)));
 	queue->CreateServiceTrigger();
-	queue->WatchByMonitor();
+	queue->mMonitor = zorvcore::debug::RegisterDebugMonitorCallback(
+		kMonitorName, [self = queue.get()](auto& ioStream) { self->WriteDebugMonitor(ioStream); }, true);
 	return queue;
 }
 
 AudioPrefetchQueue::AudioPrefetchQueue(std::shared_ptr<AsyncThreadedExecutor> inExecutor)
 	: mExecutor(std::move(inExecutor))
 {
-}
-
-AudioPrefetchQueue::~AudioPrefetchQueue() = default;
-
-void AudioPrefetchQueue::WatchByMonitor()
-{
-	mMonitor = zorvcore::debug::RegisterDebugMonitorCallback(
-		kMonitorName, [this](auto& ioStream) { WriteDebugMonitor(ioStream); }, true);
 }
 
 void AudioPrefetchQueue::CreateServiceTrigger()

@@ -202,7 +202,8 @@ TEST_F(MessagesTest, OddFilesGetAReasonAndARemedy)
 	{
 		std::filesystem::create_directory(mFolder / name);
 	}
-	std::string const takes = " accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3) and timelines";
+	std::string const takes = " accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as "
+							  "MOV, MP4, MKV and MXF) and timelines";
 	std::string const noTimeline = "is not named as a timeline; graph draws timelines (.otio";
 	ExpectRefusals({
 		{1, {"graph", "tone.wav", "-o", "out.svg"}, {noTimeline}},

@@ -4,11 +4,6 @@
 
 #include <functional>
 
-namespace dsp
-{
-class AudioBuffer;
-}
-
 // The fixed conversions between channel layouts: without parameters, ramps or history.
 namespace SN::AudioChannelMix
 {

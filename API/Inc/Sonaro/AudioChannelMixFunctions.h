@@ -3,11 +3,6 @@
 #include "Sonaro/Types.h"
 #include "zorvmediatypes/ChannelConversionMatrix.h"
 
-namespace dsp
-{
-class AudioBuffer;
-}
-
 // The conversions that AudioChannelMix hands out. The channels of 5.1 stand in the order left L, right R,
 // centre C, low frequency F, left surround Ls, right surround Rs.
 //

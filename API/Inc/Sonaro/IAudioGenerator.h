@@ -4,11 +4,6 @@
 #include "Sonaro/PrefetchType.h"
 #include "Sonaro/Types.h"
 
-namespace dsp
-{
-class AudioBuffer;
-}
-
 namespace SN
 {
 

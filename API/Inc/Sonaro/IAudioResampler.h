@@ -2,11 +2,6 @@
 
 #include "Sonaro/Types.h"
 
-namespace dsp
-{
-class AudioBuffer;
-}
-
 namespace SN
 {
 

@@ -20,6 +20,12 @@
 // Marks what libsonaro offers to hosts.
 #define SONARO_API ZORV_API
 
+// What every node hands on; those who look into one include zorvaudiodsp/AudioBuffer.h.
+namespace dsp
+{
+class AudioBuffer;
+}
+
 // The vocabulary of the companion libraries, under the names that the engine uses.
 namespace SN
 {

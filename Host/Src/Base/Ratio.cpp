@@ -1,5 +1,7 @@
 #include "SonaroHost/Base/Ratio.h"
 
+#include "WideNumber.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -13,17 +15,9 @@ namespace SonaroHost
 namespace
 {
 
-__extension__ using Wide = __int128;
-
 constexpr Wide kLargest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kSaturated = std::int64_t{1} << 62;
 constexpr int kFinestBits = 44;
-
-Wide FloorDivide(Wide inA, Wide inB)
-{
-	Wide const quotient = inA / inB;
-	return quotient * inB > inA ? quotient - 1 : quotient;
-}
 
 struct WideRatio
 {

@@ -1,5 +1,6 @@
 #include "SonaroHost/Engine/TimeTransforms.h"
 
+#include "Base/WideNumber.h"
 #include "SonaroHost/Base/HostError.h"
 
 #include <algorithm>
@@ -17,7 +18,6 @@ namespace
 SN::TickTime Scale(
 	SN::TickTime const& inSpan, SN::TickTime const& inNumerator, SN::TickTime const& inDenominator)
 {
-	__extension__ using Wide = __int128;
 	Wide const product = static_cast<Wide>(inSpan.GetTicks()) * inNumerator.GetTicks();
 	Wide const divisor = inDenominator.GetTicks();
 	Wide const half = product < 0 ? -(divisor / 2) : divisor / 2;

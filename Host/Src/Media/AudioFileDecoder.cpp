@@ -1,6 +1,5 @@
 #include "AudioFileDecoder.h"
 
-#include "MovieFile.h"
 #include "MpegLengthTag.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/NoSoundError.h"
@@ -16,6 +15,9 @@ namespace
 
 // A count of frames above this is libsndfile's way to say that it knows none.
 constexpr std::int64_t kLargestLength = std::int64_t{1} << 48;
+
+// A packet of ALAC. The last one of a file may be short and is only right after the one before.
+constexpr std::int64_t kAlacPacketFrames = 4096;
 
 // What libsndfile says of the last file, without the full stop that some of its sentences have.
 std::string DescribeFailure()
@@ -43,15 +45,51 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	}
 	if (!mFile)
 	{
-		throw NoSoundError(IsMovieFile(inPath)
-							   ? HostError::Parts{inPath, {}, "is a movie, and movie audio is not supported",
-									 "export it as a sound file"}
-							   : MakeInputParts(inPath, "cannot be read as sound: " + DescribeFailure()));
+		throw NoSoundError(MakeInputParts(inPath, "cannot be read as sound: " + DescribeFailure()));
 	}
 	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
 }
 
 AudioFileDecoder::~AudioFileDecoder() = default;
+
+// Measured for each codec at random positions; seeks in Vorbis, Opus and MPEG files miss bits, or even the position,
+// however early they go.
+bool AudioFileDecoder::IsSeekExact() const noexcept
+{
+	if (!mStatesLength || !mFormat.seekable || (mFormat.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_PAF)
+	{
+		return false;
+	}
+	// FLAC is among them: its codec counts as PCM.
+	switch (mFormat.format & SF_FORMAT_SUBMASK)
+	{
+	case SF_FORMAT_PCM_S8:
+	case SF_FORMAT_PCM_U8:
+	case SF_FORMAT_PCM_16:
+	case SF_FORMAT_PCM_24:
+	case SF_FORMAT_PCM_32:
+	case SF_FORMAT_FLOAT:
+	case SF_FORMAT_DOUBLE:
+	case SF_FORMAT_ULAW:
+	case SF_FORMAT_ALAW:
+	case SF_FORMAT_IMA_ADPCM:
+	case SF_FORMAT_MS_ADPCM:
+	case SF_FORMAT_ALAC_16:
+	case SF_FORMAT_ALAC_20:
+	case SF_FORMAT_ALAC_24:
+	case SF_FORMAT_ALAC_32:
+		return true;
+	default:
+		return false;
+	}
+}
+
+std::int64_t AudioFileDecoder::GetPrerollFrames() const noexcept
+{
+	int const codec = mFormat.format & SF_FORMAT_SUBMASK;
+	bool const isAlac = codec >= SF_FORMAT_ALAC_16 && codec <= SF_FORMAT_ALAC_32;
+	return isAlac ? kAlacPacketFrames : 0;
+}
 
 std::int64_t AudioFileDecoder::Read(float* outSamples, std::int64_t inFrames)
 {

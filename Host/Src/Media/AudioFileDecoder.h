@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SoundDecoder.h"
+
 #include <sndfile.h>
 
 #include <cstdint>
@@ -11,16 +13,13 @@ namespace SonaroHost
 
 class StretchedFile;
 
-// One pass of libsndfile over a sound file, as interleaved floats. It decodes forward; how exact a seek
-// is depends on the codec, and is its user's business.
-class AudioFileDecoder
+// One pass of libsndfile over a sound file.
+class AudioFileDecoder final : public SoundDecoder
 {
 public:
 	// Throws a HostError when the file cannot be read as sound.
 	explicit AudioFileDecoder(std::filesystem::path const& inPath);
-	~AudioFileDecoder();
-	AudioFileDecoder(AudioFileDecoder const&) = delete;
-	AudioFileDecoder& operator=(AudioFileDecoder const&) = delete;
+	~AudioFileDecoder() override;
 
 	SF_INFO const& GetFormat() const noexcept { return mFormat; }
 	SNDFILE* GetHandle() const noexcept { return mFile.get(); }
@@ -28,14 +27,12 @@ public:
 	// False when the length in GetFormat is a guess or none at all.
 	bool StatesLength() const noexcept { return mStatesLength; }
 
-	// The frame that is decoded next.
-	std::int64_t GetPosition() const noexcept { return mPosition; }
-
-	// Decodes the next inFrames frames. Returns how many there were: fewer only at the end, or where
-	// the file is damaged.
-	std::int64_t Read(float* outSamples, std::int64_t inFrames);
-
-	bool SeekTo(std::int64_t inFrame);
+	unsigned GetNumChannels() const noexcept override { return static_cast<unsigned>(mFormat.channels); }
+	bool IsSeekExact() const noexcept override;
+	std::int64_t GetPrerollFrames() const noexcept override;
+	std::int64_t GetPosition() const noexcept override { return mPosition; }
+	std::int64_t Read(float* outSamples, std::int64_t inFrames) override;
+	bool SeekTo(std::int64_t inFrame) override;
 
 private:
 	struct Closer

@@ -1,12 +1,14 @@
 #include "SonaroHost/Media/AudioFileReader.h"
 
-#include "AudioFileDecoder.h"
 #include "DecodedSpool.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
+#include "SoundDecoders.h"
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace SonaroHost
 {
@@ -19,56 +21,16 @@ namespace
 constexpr std::int64_t kBlockSamples = 65536;
 constexpr std::int64_t kLargestBlockFrames = 2048;
 
-// A packet of ALAC. The last one of a file may be short and is only right after the one before.
-constexpr std::int64_t kAlacPacketFrames = 4096;
-
-// Whether samples are the same after a seek as in one decode from the start. Measured for each codec at
-// random positions; seeks in Vorbis, Opus and MPEG files miss bits, or even the position, however early
-// they go.
-bool IsSeekExact(SF_INFO const& inFormat)
-{
-	if (!inFormat.seekable || (inFormat.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_PAF)
-	{
-		return false;
-	}
-	// FLAC is among them: its codec counts as PCM.
-	switch (inFormat.format & SF_FORMAT_SUBMASK)
-	{
-	case SF_FORMAT_PCM_S8:
-	case SF_FORMAT_PCM_U8:
-	case SF_FORMAT_PCM_16:
-	case SF_FORMAT_PCM_24:
-	case SF_FORMAT_PCM_32:
-	case SF_FORMAT_FLOAT:
-	case SF_FORMAT_DOUBLE:
-	case SF_FORMAT_ULAW:
-	case SF_FORMAT_ALAW:
-	case SF_FORMAT_IMA_ADPCM:
-	case SF_FORMAT_MS_ADPCM:
-	case SF_FORMAT_ALAC_16:
-	case SF_FORMAT_ALAC_20:
-	case SF_FORMAT_ALAC_24:
-	case SF_FORMAT_ALAC_32:
-		return true;
-	default:
-		return false;
-	}
-}
-
-std::int64_t GetPrerollFrames(SF_INFO const& inFormat)
-{
-	int const codec = inFormat.format & SF_FORMAT_SUBMASK;
-	bool const isAlac = codec >= SF_FORMAT_ALAC_16 && codec <= SF_FORMAT_ALAC_32;
-	return isAlac ? kAlacPacketFrames : 0;
-}
-
 } // namespace
 
-AudioFileReader::AudioFileReader(std::filesystem::path const& inPath)
-	: mInfo(InspectAudioFile(inPath)),
-	  mDecoder(std::make_unique<AudioFileDecoder>(inPath)),
-	  mIsSeekable(mDecoder->StatesLength() && IsSeekExact(mDecoder->GetFormat())),
-	  mPrerollFrames(GetPrerollFrames(mDecoder->GetFormat())),
+AudioFileReader::AudioFileReader(std::filesystem::path const& inPath, unsigned inStream)
+	: AudioFileReader(InspectAudioFile(inPath, inStream))
+{
+}
+
+AudioFileReader::AudioFileReader(AudioFileInfo inInfo)
+	: mInfo(std::move(inInfo)),
+	  mDecoder(OpenSoundDecoder(mInfo)),
 	  mBlockFrames(std::min(kLargestBlockFrames, kBlockSamples / mInfo.GetNumChannels()))
 {
 	for (Block& block : mBlocks)
@@ -125,8 +87,8 @@ void AudioFileReader::FillBlock(std::int64_t inIndex, float* outSamples)
 
 std::int64_t AudioFileReader::ReadFrames(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
 {
-	return mIsSeekable ? ReadSeekable(inPosition, outSamples, inFrames)
-					   : ReadFromStart(inPosition, outSamples, inFrames);
+	return mDecoder->IsSeekExact() ? ReadSeekable(inPosition, outSamples, inFrames)
+								   : ReadFromStart(inPosition, outSamples, inFrames);
 }
 
 std::int64_t AudioFileReader::ReadSeekable(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
@@ -134,7 +96,7 @@ std::int64_t AudioFileReader::ReadSeekable(std::int64_t inPosition, float* outSa
 	if (mDecoder->GetPosition() != inPosition)
 	{
 		++mJumpCount;
-		if (!mDecoder->SeekTo(std::max<std::int64_t>(inPosition - mPrerollFrames, 0)))
+		if (!mDecoder->SeekTo(std::max<std::int64_t>(inPosition - mDecoder->GetPrerollFrames(), 0)))
 		{
 			ThrowCutShort(inPosition);
 		}
@@ -148,7 +110,7 @@ std::int64_t AudioFileReader::ReadFromStart(std::int64_t inPosition, float* outS
 	if (!mSpool && mDecoder->GetPosition() > inPosition)
 	{
 		++mJumpCount;
-		mSpool = std::make_unique<DecodedSpool>(mInfo.mPath);
+		mSpool = std::make_unique<DecodedSpool>(mInfo.mPath, OpenSoundDecoder(mInfo));
 	}
 	if (mSpool)
 	{

@@ -1,5 +1,6 @@
 #include "SonaroHost/Media/AudioFileSource.h"
 
+#include "SonaroHost/Media/AudioFileInspection.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -37,11 +38,17 @@ void CopyChannel(float const* inSamples, unsigned inChannels, float* outSamples,
 
 } // namespace
 
+SN::InterfaceRef<AudioFileSource> AudioFileSource::Open(std::filesystem::path const& inPath,
+	std::optional<SN::FrameRate> const& inCountingRate, unsigned inStream)
+{
+	return Open(InspectAudioFile(inPath, inStream), inCountingRate);
+}
+
 SN::InterfaceRef<AudioFileSource> AudioFileSource::Open(
-	std::filesystem::path const& inPath, std::optional<SN::FrameRate> const& inCountingRate)
+	AudioFileInfo const& inInfo, std::optional<SN::FrameRate> const& inCountingRate)
 {
 	return zorvcore::classref::MakeObject<AudioFileSource>(
-		std::make_unique<AudioFileReader>(inPath), inCountingRate);
+		std::make_unique<AudioFileReader>(inInfo), inCountingRate);
 }
 
 AudioFileSource::AudioFileSource(

@@ -5,14 +5,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace SonaroHost
 {
 
-DecodedSpool::DecodedSpool(std::filesystem::path const& inPath)
-	: mPath(inPath),
-	  mDecoder(inPath),
+DecodedSpool::DecodedSpool(std::filesystem::path inPath, std::unique_ptr<SoundDecoder> inDecoder)
+	: mPath(std::move(inPath)),
+	  mDecoder(std::move(inDecoder)),
 	  mFile(MakeUnnamedFile())
 {
 	if (!mFile)
@@ -24,8 +25,8 @@ DecodedSpool::DecodedSpool(std::filesystem::path const& inPath)
 std::int64_t DecodedSpool::Read(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
 {
 	ExtendTo(inPosition + inFrames);
-	auto const channels = static_cast<std::size_t>(mDecoder.GetFormat().channels);
-	std::int64_t const count = std::clamp<std::int64_t>(mDecoder.GetPosition() - inPosition, 0, inFrames);
+	auto const channels = static_cast<std::size_t>(mDecoder->GetNumChannels());
+	std::int64_t const count = std::clamp<std::int64_t>(mDecoder->GetPosition() - inPosition, 0, inFrames);
 	std::size_t const frameSize = channels * sizeof(float);
 	static_assert(sizeof(long) == sizeof(std::int64_t), "positions in the spool need 64 bits");
 	if (std::fseek(mFile.get(), inPosition * static_cast<long>(frameSize), SEEK_SET) != 0 ||
@@ -40,16 +41,16 @@ std::int64_t DecodedSpool::Read(std::int64_t inPosition, float* outSamples, std:
 void DecodedSpool::ExtendTo(std::int64_t inEnd)
 {
 	constexpr std::int64_t kChunk = 16384;
-	if (mDecoder.GetPosition() >= inEnd)
+	if (mDecoder->GetPosition() >= inEnd)
 	{
 		return;
 	}
-	auto const channels = static_cast<std::size_t>(mDecoder.GetFormat().channels);
+	auto const channels = static_cast<std::size_t>(mDecoder->GetNumChannels());
 	std::vector<float> samples(static_cast<std::size_t>(kChunk) * channels);
 	std::fseek(mFile.get(), 0, SEEK_END);
-	while (mDecoder.GetPosition() < inEnd)
+	while (mDecoder->GetPosition() < inEnd)
 	{
-		auto const count = static_cast<std::size_t>(mDecoder.Read(samples.data(), kChunk));
+		auto const count = static_cast<std::size_t>(mDecoder->Read(samples.data(), kChunk));
 		if (std::fwrite(samples.data(), channels * sizeof(float), count, mFile.get()) != count)
 		{
 			ThrowFailure();

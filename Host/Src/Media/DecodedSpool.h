@@ -1,10 +1,11 @@
 #pragma once
 
-#include "AudioFileDecoder.h"
 #include "Files/SystemFiles.h"
+#include "SoundDecoder.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 
 namespace SonaroHost
 {
@@ -15,8 +16,9 @@ namespace SonaroHost
 class DecodedSpool
 {
 public:
-	// Throws a HostError when there is no room for temporary files.
-	explicit DecodedSpool(std::filesystem::path const& inPath);
+	// The decoder stands at the start of the file inPath. Throws a HostError when there is no room for temporary
+	// files.
+	DecodedSpool(std::filesystem::path inPath, std::unique_ptr<SoundDecoder> inDecoder);
 
 	// Reads frames that may lie anywhere in the file, decoding up to their end first. Returns how many
 	// there were.
@@ -28,7 +30,7 @@ private:
 	[[noreturn]] void ThrowFailure() const;
 
 	std::filesystem::path mPath;
-	AudioFileDecoder mDecoder;
+	std::unique_ptr<SoundDecoder> mDecoder;
 	FileHandle mFile;
 };
 

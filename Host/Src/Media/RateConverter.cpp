@@ -1,5 +1,6 @@
 #include "SonaroHost/Media/RateConverter.h"
 
+#include "Base/WideNumber.h"
 #include "RateTable.h"
 #include "SonaroHost/Base/HostError.h"
 #include "zorvaccelerate/Resampling.h"
@@ -16,8 +17,6 @@ namespace
 {
 
 namespace accelerate = zorvaccelerate::utility;
-
-__extension__ using Wide = __int128;
 
 // Outputs that are made at a time.
 constexpr unsigned kGroup = 64;
@@ -48,12 +47,6 @@ Ratio LimitOffset(Ratio const& inOffset, std::int64_t inStepDenominator)
 	}
 	std::int64_t const finest = std::max(kFinest, inStepDenominator);
 	return {(inOffset * Ratio(finest)).Round(), finest};
-}
-
-Wide FloorDivide(Wide inA, std::int64_t inB)
-{
-	Wide const quotient = inA / inB;
-	return quotient * inB > inA ? quotient - 1 : quotient;
 }
 
 } // namespace

@@ -93,7 +93,8 @@ std::shared_ptr<MixSettings const> ShareSettings(MixSettings inSettings)
 	bool const isEmpty = !settings.mGain && !settings.mPan && !settings.mMute && !settings.mSolo &&
 						 settings.mChannels.empty() && !settings.mFadeIn && !settings.mFadeOut &&
 						 !settings.mShape && !settings.mLayout && settings.mSubmixes.empty() &&
-						 !settings.mOutput && settings.mSends.empty() && settings.mForeign.IsEmpty();
+						 !settings.mOutput && settings.mSends.empty() && settings.mStream == 0 &&
+						 settings.mForeign.IsEmpty();
 	return isEmpty ? nullptr : std::make_shared<MixSettings const>(std::move(inSettings));
 }
 

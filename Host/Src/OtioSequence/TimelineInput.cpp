@@ -20,9 +20,10 @@ namespace
 class MediaList
 {
 public:
-	// The finder outlives this object.
-	explicit MediaList(MediaFinder const& inFinder)
-		: mFinder(inFinder)
+	// Both outlive this object. inFiles: the media that are known by now.
+	MediaList(MediaFinder const& inFinder, FileMedia const& inFiles)
+		: mFinder(inFinder),
+		  mFiles(inFiles)
 	{
 	}
 
@@ -68,7 +69,9 @@ private:
 			mPaths.insert(found.mPath);
 		}
 		mPaths.insert(found.mLookedFor.begin(), found.mLookedFor.end());
-		if (!(found.IsFound() ? IsMovieFile(found.mPath) : HasMovieEnding(found.mPath)))
+		// Nothing is taken for a movie whose own sound is heard.
+		bool const isHeard = mFiles.FindInfo(found.mShownPath) != nullptr;
+		if (isHeard || !(found.IsFound() ? IsMovieFile(found.mPath) : HasMovieEnding(found.mPath)))
 		{
 			return;
 		}
@@ -79,6 +82,7 @@ private:
 	}
 
 	MediaFinder const& mFinder;
+	FileMedia const& mFiles;
 	std::set<std::string> mUrls;
 	std::set<std::filesystem::path> mPaths;
 };
@@ -112,7 +116,7 @@ TimelineInput::TimelineInput(
 
 std::vector<std::filesystem::path> TimelineInput::ListMedia() const
 {
-	MediaList list(mFinder);
+	MediaList list(mFinder, mMedia);
 	for (Timeline const& timeline : mFile.GetDocument().mTimelines)
 	{
 		list.Add(timeline.mTracks.mChildren);

@@ -16,6 +16,15 @@ void CheckMedia(Programme const& inProgramme)
 	{
 		throw *failure;
 	}
+	if (!inProgramme.mRefusesDamage)
+	{
+		return;
+	}
+	if (auto const damaged = inProgramme.mListDamaged(); !damaged.empty())
+	{
+		throw HostError(HostError::Kind::kInput,
+			{damaged.front().mPath, {}, DescribeDamage(damaged.front()), "get a complete copy"});
+	}
 }
 
 } // namespace

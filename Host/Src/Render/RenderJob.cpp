@@ -73,6 +73,7 @@ std::optional<RenderSummary> RenderJob::Run()
 	{
 		return std::nullopt;
 	}
+	mSummary.mDamaged = mProgramme.mListDamaged();
 	mSummary.mElapsedSeconds =
 		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 	return std::move(mSummary);

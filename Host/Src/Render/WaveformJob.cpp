@@ -75,7 +75,7 @@ std::future<int> QueueWaveform(std::function<int()> inTask)
 
 WaveformJob::WaveformJob(WaveformRequest inRequest)
 	: mRequest(std::move(inRequest)),
-	  mSource(AudioFileSource::Open(mRequest.mInput))
+	  mSource(AudioFileSource::Open(mRequest.mInput, std::nullopt, mRequest.mStream))
 {
 	OutputPlan{{mRequest.mOutput}, {}, {mRequest.mInput}, {}, mRequest.mReplace}.Check();
 	FrameRange const range = ChooseRange(GetInputInfo(), mRequest.mStart, mRequest.mDuration);

@@ -1,6 +1,8 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
+#include "SonaroHost/Media/SilentMovieError.h"
 
 #include <utility>
 #include <vector>
@@ -12,10 +14,9 @@ namespace SonaroHost
 class FileMedia::OpenSources
 {
 public:
-	SN::InterfaceRef<SN::IAudioSource> Open(
-		std::filesystem::path const& inPath, SN::FrameRate const& inCountingRate)
+	SN::InterfaceRef<SN::IAudioSource> Open(AudioFileInfo const& inInfo, SN::FrameRate const& inCountingRate)
 	{
-		SN::InterfaceRef<AudioFileSource> const source = AudioFileSource::Open(inPath, inCountingRate);
+		SN::InterfaceRef<AudioFileSource> const source = AudioFileSource::Open(inInfo, inCountingRate);
 		std::erase_if(mSources, [](auto const& inSource) { return inSource.expired(); });
 		mSources.push_back(source.GetUnknown());
 		return source;
@@ -44,28 +45,37 @@ FileMedia::FileMedia()
 }
 
 std::shared_ptr<Sequence::Media const> FileMedia::Get(
-	std::filesystem::path const& inPath, std::filesystem::path const& inShownPath)
+	std::filesystem::path const& inPath, std::filesystem::path const& inShownPath, unsigned inStream)
 {
-	auto const [place, isNew] = mFiles.try_emplace(inPath);
+	auto const [place, isNew] = mFiles.try_emplace({inPath, inStream});
 	File& file = place->second;
 	if (isNew)
 	{
 		file.mInfo.mPath = inShownPath;
-		mShownFiles.try_emplace(inShownPath, &file);
+		mShownFiles.try_emplace({inShownPath, inStream}, &file);
 		try
 		{
-			file.mInfo = InspectAudioFile(inPath);
+			AudioFileInfo const info = InspectAudioFile(inPath, inStream);
+			file.mInfo = info;
 			file.mInfo.mPath = inShownPath;
-			AudioFileInfo const& info = file.mInfo;
 			file.mMedia = std::make_shared<Sequence::Media>(Sequence::Media{inPath.filename().string(),
 				static_cast<double>(info.mSampleRate), info.mFrames, info.mLayout,
-				[sources = mSources, inPath](SN::FrameRate const& inCountingRate)
-				{ return sources->Open(inPath, inCountingRate); }});
+				[sources = mSources, info](SN::FrameRate const& inCountingRate)
+				{ return sources->Open(info, inCountingRate); }});
+		}
+		catch (SilentMovieError const& error)
+		{
+			file.mError = NameAsShown(error);
+			file.mIsSilent = true;
 		}
 		catch (HostError const& error)
 		{
 			file.mError = NameAsShown(error);
 		}
+	}
+	if (file.mIsSilent)
+	{
+		throw SilentMovieError(file.mError->GetParts());
 	}
 	if (!file.mMedia)
 	{
@@ -80,16 +90,33 @@ std::optional<HostError> FileMedia::GetFailure() const
 	return failure ? std::optional(NameAsShown(*failure)) : std::nullopt;
 }
 
-AudioFileInfo const* FileMedia::FindInfo(std::filesystem::path const& inShownPath) const
+AudioFileInfo const* FileMedia::FindInfo(
+	std::filesystem::path const& inShownPath, std::optional<unsigned> const& inStream) const
 {
-	auto const found = mShownFiles.find(inShownPath);
-	return found != mShownFiles.end() && found->second->mMedia ? &found->second->mInfo : nullptr;
+	auto const found = mShownFiles.lower_bound({inShownPath, inStream.value_or(0)});
+	bool const isThere = found != mShownFiles.end() && found->first.first == inShownPath &&
+						 (!inStream || found->first.second == *inStream);
+	return isThere && found->second->mMedia ? &found->second->mInfo : nullptr;
+}
+
+std::vector<DamagedMedia> FileMedia::ListDamaged() const
+{
+	std::vector<DamagedMedia> damaged;
+	for (auto const& [key, file] : mShownFiles)
+	{
+		if (auto stretches = file->mInfo.mDamage->Get(); !stretches.empty())
+		{
+			damaged.push_back({key.first, file->mInfo.mSampleRate, std::move(stretches)});
+		}
+	}
+	return damaged;
 }
 
 HostError FileMedia::NameAsShown(HostError const& inError) const
 {
 	HostError::Parts parts = inError.GetParts();
-	if (auto const found = mFiles.find(parts.mFile); found != mFiles.end())
+	auto const found = mFiles.lower_bound({parts.mFile, 0});
+	if (found != mFiles.end() && found->first.first == parts.mFile)
 	{
 		parts.mFile = found->second.mInfo.mPath;
 	}

@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 namespace SN
@@ -58,7 +59,10 @@ public:
 	unsigned GetMaxBlockSize() SONARO_NONBLOCKING override { return mSettings.mMaxBlockSize; }
 	unsigned GetNestingDepth() SONARO_NONBLOCKING override { return mNestingDepth; }
 	InterfaceRef<ICachedAudioGenerator> FindCachedGenerator(InterfaceRef<UnknownBase> inKey) override;
-	InterfaceRef<IAudioGenerator> FindTrackRenderer(InterfaceRef<UnknownBase> inKey) override;
+	InterfaceRef<IAudioGenerator> FindTrackRenderer(InterfaceRef<UnknownBase> inKey) override
+	{
+		return Find(mTrackRendererMap, inKey);
+	}
 
 	unsigned GetControlInterval() const { return mSettings.mControlInterval; }
 	TickTime GetMeterInterval() const { return mSettings.mMeterInterval; }
@@ -71,22 +75,43 @@ public:
 	TempBufferPool& GetTempBufferPool() const { return *mTempBufferPool; }
 
 	// Finds a parameter's detached copy.
-	InterfaceRef<IRenderableAudioComponentParam> FindParameter(InterfaceRef<UnknownBase> const& inKey) const;
+	InterfaceRef<IRenderableAudioComponentParam> FindParameter(InterfaceRef<UnknownBase> const& inKey) const
+	{
+		return Find(mParameterMap, inKey);
+	}
 	void AddParameter(InterfaceRef<UnknownBase> const& inKey,
-		InterfaceRef<IRenderableAudioComponentParam> const& inParameter);
-	InterfaceRef<IAudioGenerator> FindStreamRenderer(InterfaceRef<UnknownBase> const& inKey) const;
+		InterfaceRef<IRenderableAudioComponentParam> const& inParameter)
+	{
+		mParameterMap.emplace(inKey, inParameter);
+	}
+	InterfaceRef<IAudioGenerator> FindStreamRenderer(InterfaceRef<UnknownBase> const& inKey) const
+	{
+		return Find(mStreamRendererMap, inKey);
+	}
 	void AddStreamRenderer(
-		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer);
+		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer)
+	{
+		mStreamRendererMap.emplace(inKey, inRenderer);
+	}
 	InterfaceRef<IAudioGenerator> FindContentRenderer(InterfaceRef<UnknownBase> const& inKey,
 		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate) const;
 	void AddContentRenderer(InterfaceRef<UnknownBase> const& inKey, FrameRate const& inFrameRate,
 		FrameRate const& inMediaFrameRate, InterfaceRef<IAudioGenerator> const& inRenderer);
 	// Finds a node's clone.
-	InterfaceRef<UnknownBase> FindClone(InterfaceRef<UnknownBase> const& inNode) const;
-	void AddClone(InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone);
+	InterfaceRef<UnknownBase> FindClone(InterfaceRef<UnknownBase> const& inNode) const
+	{
+		return Find(mCloneMap, inNode);
+	}
+	void AddClone(InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone)
+	{
+		mCloneMap.emplace(inNode, inClone);
+	}
 	void ClearCloneMap() { mCloneMap.clear(); }
 	void AddTrackRenderer(
-		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer);
+		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer)
+	{
+		mTrackRendererMap[inKey] = inRenderer;
+	}
 	void AddCachedGenerator(
 		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<ICachedAudioGenerator> const& inGenerator);
 	// The group, and how many instances were added under its key.
@@ -95,16 +120,17 @@ public:
 	void AddTrackGroup(InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inGroup);
 
 private:
-	struct ContentKey
-	{
-		bool operator<(ContentKey const& inOther) const;
-
-		InterfaceRef<UnknownBase> mObject;
-		FrameRate mFrameRate;
-		FrameRate mMediaFrameRate;
-	};
+	// The object, and the ticks per frame of the output and of the media.
+	using ContentKey = std::tuple<InterfaceRef<UnknownBase>, std::int64_t, std::int64_t>;
 	using GeneratorByKey = std::map<InterfaceRef<UnknownBase>, InterfaceRef<IAudioGenerator>>;
 	using CachedGeneratorByKey = std::map<InterfaceRef<UnknownBase>, InterfaceRef<ICachedAudioGenerator>>;
+
+	template <class Map, class Key>
+	static typename Map::mapped_type Find(Map const& inMap, Key const& inKey)
+	{
+		auto const found = inMap.find(inKey);
+		return found == inMap.end() ? typename Map::mapped_type() : found->second;
+	}
 
 	RenderContextSettings mSettings;
 	bool mFilterRenderFlag = false;

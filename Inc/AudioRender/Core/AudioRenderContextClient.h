@@ -40,17 +40,42 @@ public:
 	bool GetFilterParamFlag() const { return mRenderContext->GetFilterParamFlag(); }
 	bool GetSendParamFlag() const { return mRenderContext->GetSendParamFlag(); }
 
-	InterfaceRef<UnknownBase> FindClone(InterfaceRef<UnknownBase> const& inNode) const;
-	void AddClone(InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone) const;
+	InterfaceRef<UnknownBase> FindClone(InterfaceRef<UnknownBase> const& inNode) const
+	{
+		return mRenderContext->FindClone(inNode);
+	}
+	void AddClone(InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone) const
+	{
+		mRenderContext->AddClone(inNode, inClone);
+	}
 	void AddCachedGenerator(
-		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<ICachedAudioGenerator> const& inGenerator) const;
+		InterfaceRef<UnknownBase> const& inKey, InterfaceRef<ICachedAudioGenerator> const& inGenerator) const
+	{
+		mRenderContext->AddCachedGenerator(inKey, inGenerator);
+	}
 
 	// The pool's operations at the captured place; see TempBufferPool.
-	void ReserveStackAudioBuffer(unsigned inChannels, unsigned inSamples, ImmutableString const& inTag) const;
+	void ReserveStackAudioBuffer(unsigned inChannels, unsigned inSamples, ImmutableString const& inTag) const
+	{
+		mRenderContext->GetTempBufferPool().ReserveStackAudioBuffer(
+			inChannels, inSamples, mNestingDepth, mInstanceIndex, inTag);
+	}
 	InterfaceRef<StackAudioBuffer> GetStackAudioBuffer(
-		unsigned inChannels, ImmutableString const& inTag) const SONARO_NONBLOCKING;
-	void ReserveStackAudioSubBuffer(unsigned inChannels) const;
-	InterfaceRef<StackAudioSubBuffer> GetStackAudioSubBuffer(unsigned inChannels) const SONARO_NONBLOCKING;
+		unsigned inChannels, ImmutableString const& inTag) const SONARO_NONBLOCKING
+	{
+		return mRenderContext->GetTempBufferPool().GetStackAudioBuffer(
+			inChannels, mNestingDepth, mInstanceIndex, inTag);
+	}
+	void ReserveStackAudioSubBuffer(unsigned inChannels) const
+	{
+		mRenderContext->GetTempBufferPool().ReserveStackAudioSubBuffer(
+			inChannels, mNestingDepth, mInstanceIndex);
+	}
+	InterfaceRef<StackAudioSubBuffer> GetStackAudioSubBuffer(unsigned inChannels) const SONARO_NONBLOCKING
+	{
+		return mRenderContext->GetTempBufferPool().GetStackAudioSubBuffer(
+			inChannels, mNestingDepth, mInstanceIndex);
+	}
 
 private:
 	InterfaceRef<AudioRenderContext> mRenderContext;

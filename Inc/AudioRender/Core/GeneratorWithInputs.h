@@ -33,11 +33,17 @@ protected:
 	// Shows the inputs in their order, then the processors in theirs, then the pan processor. Allocates nothing.
 	virtual void VisitNodes(NodeVisitor& ioVisitor) = 0;
 
-	// Serves ILiveAudioParameterOwner: asks the pan processor, the processors and the inputs, where they answer to
-	// it.
-	void CollectFromNodes(LiveAudioParameterMap& outParameters);
 	// Serves IAudioRecordCompletion: notifies the inputs that answer to it.
 	void NotifyInputs(InterfaceRef<UnknownBase> const& inRecording);
+};
+
+// The same for those that tell of the live parameters below them.
+class LiveGeneratorWithInputs
+	: public Implements<LiveGeneratorWithInputs, GeneratorWithInputs, ILiveAudioParameterOwner>
+{
+public:
+	// Asks the pan processor, the processors and the inputs, where they answer to this interface.
+	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override;
 };
 
 } // namespace SN

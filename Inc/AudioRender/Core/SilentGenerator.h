@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sonaro/IAudioGenerator.h"
+#include "zorvaudiodsp/AudioBuffer.h"
 
 namespace SN
 {
@@ -17,8 +18,10 @@ public:
 	void AccumulatePrefetchRequests(PrefetchRange const&, PrefetchType, PrefetchRequestAccumulator&) override
 	{
 	}
-	void GetAudioData(
-		TickTime const& inTime, dsp::AudioBuffer& inBuffer, bool inReverse) SONARO_NONBLOCKING override;
+	void GetAudioData(TickTime const&, dsp::AudioBuffer& inBuffer, bool) SONARO_NONBLOCKING override
+	{
+		inBuffer.Zero();
+	}
 	void Reset() override {}
 	void InitializeAudioFilters() override {}
 	void ShutdownAudioFilters() override {}

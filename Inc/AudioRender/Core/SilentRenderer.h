@@ -14,9 +14,17 @@ class SilentRenderer final : public Implements<SilentRenderer, SilentGenerator, 
 								 ICachedAudioGenerator, IAudioRenderGraphNodeInfo>
 {
 public:
-	static int Create(AudioChannelLayout const& inLayout, InterfaceRef<IAudioGenerator>* outGenerator);
+	static int Create(AudioChannelLayout const& inLayout, InterfaceRef<IAudioGenerator>* outGenerator)
+	{
+		*outGenerator = zorvcore::classref::MakeObject<SilentRenderer>(inLayout);
+		return kSuccess;
+	}
 
-	explicit SilentRenderer(AudioChannelLayout const& inLayout);
+	explicit SilentRenderer(AudioChannelLayout const& inLayout)
+		: mChannelType(VX::CreateAudioChannelTypeOrAny(inLayout, true)),
+		  mChannelLayout(inLayout)
+	{
+	}
 
 	InterfaceRef<IAudioGenerator> Clone() override { return InterfaceRef<IAudioGenerator>::FromThis(this); }
 
@@ -26,7 +34,7 @@ public:
 	}
 	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override { return GetNumChannels(); }
 	AudioChannelLayout GetAudioChannelLayout() override { return mChannelLayout; }
-	FrameRate GetGeneratorFrameRate() override;
+	FrameRate GetGeneratorFrameRate() override { return FrameRate(zorvmediatypes::kTicksPerSecond / 48000); }
 
 	void GenerateAudio(unsigned, TickTime const&, bool) SONARO_NONBLOCKING override {}
 	void MixCachedAudio(dsp::AudioBuffer&) SONARO_NONBLOCKING override {}

@@ -3,6 +3,7 @@
 #include "AudioRender/Core/StackAudioBuffer.h"
 #include "Sonaro/Types.h"
 
+#include <compare>
 #include <map>
 
 namespace SN
@@ -33,7 +34,7 @@ private:
 	// The members stand in the order that keys are compared by.
 	struct Key
 	{
-		bool operator<(Key const& inOther) const;
+		friend auto operator<=>(Key const&, Key const&) = default;
 
 		unsigned mNumChannels;
 		unsigned mInstanceIndex;

@@ -18,15 +18,15 @@ namespace SN
 // Silence   A flagged side is not multiplied; where both are flagged, the transition is not asked.
 // Width     The larger of both clips'.
 // Threads   One at a time; AccumulatePrefetchRequests may come from another.
-class AudioTransitionRenderer final : public Implements<AudioTransitionRenderer, GeneratorWithInputs,
-										  ILiveAudioParameterOwner, AudioTrackRenderableItemMixin>,
-									  public AudioRenderContextClient
+class AudioTransitionRenderer final
+	: public Implements<AudioTransitionRenderer, LiveGeneratorWithInputs, AudioTrackRenderableItemMixin>,
+	  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioTransitionRenderer> kIdentifier{
 		0x39dfaff257bd18f2ull, 0xc13ec6ee744312ddull};
 
-	static int Create(AudioTransitionSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioTransitionSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override;
@@ -39,11 +39,6 @@ public:
 	void GetAudioData(
 		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	AudioTransitionParameters const& GetParameters() const { return mParameters; }
-
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
-	}
 
 	unsigned GetNumChannels() SONARO_NONBLOCKING override { return mNumChannels; }
 	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override { return mNumChannels; }
@@ -63,7 +58,6 @@ private:
 		float mStep;
 	};
 
-	int InitFrom(AudioTransitionSettings const& inSettings);
 	void MeasureWidth();
 	// What takes the item's time to a clip's.
 	TickTime GetOutgoingOffset() const { return mTransitionStartTime - mOutgoingStartTime; }

@@ -22,7 +22,7 @@ class AudioClipRenderer final : public Implements<AudioClipRenderer, GeneratorWi
 {
 public:
 	// See ISonaroFactory::CreateAudioClipRenderer. Empty generator references are allowed, and skipped.
-	static int Create(AudioClipSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioClipSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override;

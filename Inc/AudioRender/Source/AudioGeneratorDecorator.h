@@ -2,6 +2,7 @@
 
 #include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/IAudioRecordCompletion.h"
+#include "zorvcore/classref/AsyncDestruction.h"
 
 namespace SN
 {
@@ -9,13 +10,22 @@ namespace SN
 // Passes every operation on to the generator that it wraps, so that a subclass changes only what it must.
 // A clone is a plain decorator around a clone of the generator: what a subclass changes is not carried
 // over. Without a generator the first operation that is passed on raises the null-pointer exception.
-class AudioGeneratorDecorator : public Implements<AudioGeneratorDecorator, GeneratorWithInputs,
-									IAudioRecordCompletion, ILiveAudioParameterOwner>
+class AudioGeneratorDecorator
+	: public Implements<AudioGeneratorDecorator, LiveGeneratorWithInputs, IAudioRecordCompletion>
 {
 public:
-	void Init(InterfaceRef<IAudioGenerator> const& inGenerator);
+	void Init(InterfaceRef<IAudioGenerator> const& inGenerator)
+	{
+		mGenerator = inGenerator;
+		mGeneratorPrivate = inGenerator;
+	}
 
-	InterfaceRef<IAudioGenerator> Clone() override;
+	InterfaceRef<IAudioGenerator> Clone() override
+	{
+		auto const clone = zorvcore::classref::MakeAsyncDestroyedObject<AudioGeneratorDecorator>();
+		clone->Init(mGenerator->Clone());
+		return clone;
+	}
 	TickTime GetDelay() SONARO_NONBLOCKING override { return mGenerator->GetDelay(); }
 	void Preroll(TickTime const& inStartTime, bool inReverse) override
 	{
@@ -48,10 +58,6 @@ public:
 	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override
 	{
 		NotifyInputs(inRecording);
-	}
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
 	}
 
 	std::u16string GetNodeName() override { return u"AudioGeneratorDecorator"; }

@@ -1,19 +1,11 @@
 #pragma once
 
-#include "AudioRender/Core/AudioRenderContextClient.h"
-#include "AudioRender/Core/GeneratorWithInputs.h"
-#include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
 #include "AudioRender/Track/DelayedTrackItems.h"
-#include "AudioRender/Track/ProcessorChain.h"
-#include "AudioRender/Track/TrackCache.h"
 #include "AudioRender/Track/TrackItemCursor.h"
-#include "AudioRender/Track/TrackMute.h"
+#include "AudioRender/Track/TrackRenderer.h"
 #include "Sonaro/IAudioRecordCompletion.h"
-#include "Sonaro/ICachedAudioGenerator.h"
 #include "Sonaro/TrackSettings.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
-
-#include <memory>
 
 namespace SN
 {
@@ -30,12 +22,16 @@ namespace SN
 //          jump it stands at once, and while it is complete items are not asked at all.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another, but not beside Preroll or Reset.
 class AudioClipTrackRenderer final
-	: public Implements<AudioClipTrackRenderer, GeneratorWithInputs, ICachedAudioGenerator,
-		  ILiveAudioParameterOwner, IAudioRecordCompletion, CompensatingDelayOwnerMixin>,
-	  public AudioRenderContextClient
+	: public Implements<AudioClipTrackRenderer, TrackRenderer, IAudioRecordCompletion>
 {
 public:
+	AudioClipTrackRenderer()
+		: Implements("AudioClipTrackRenderer::GenerateAudio")
+	{
+	}
+
 	static int Create(AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioClipTrackSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override;
@@ -50,25 +46,17 @@ public:
 
 	void GenerateAudio(
 		unsigned inNumSamples, TickTime const& inTime, bool inReverse) SONARO_NONBLOCKING override;
-	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING override;
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
-	}
 	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override
 	{
 		NotifyInputs(inRecording);
 	}
 
-	unsigned GetNumChannels() SONARO_NONBLOCKING override { return static_cast<unsigned>(mChannels.size()); }
-	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override;
-	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
-	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
-
 	std::u16string GetNodeName() override { return u"AudioClipTrackRenderer"; }
 
 protected:
 	void VisitNodes(NodeVisitor& ioVisitor) override;
+	// An empty track has no cache.
+	void MakeBuffers() override;
 
 private:
 	// One request on its way through the track.
@@ -86,9 +74,7 @@ private:
 		AudioClipTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
 	static bool IsNeverHeard(AudioClipTrackSettings const& inSettings);
 
-	int Init(AudioClipTrackSettings const& inSettings);
 	void SetItems(DelayedTrackItems::Items inItems);
-	void MakeBuffers();
 	bool IsReadAheadPlayback() const { return IsPrefetchEnabled() && !IsImmediateRender(); }
 
 	void RenderRequest(Request const& inRequest);
@@ -101,15 +87,8 @@ private:
 	TrackItemCursor mItems;
 	DelayedTrackItems mDelayedItems;
 	bool mIsEmpty = false;
-	AudioChannelLayout mChannels;
-	// What the last GenerateAudio gave; none for an empty track.
-	TrackCache mCache;
-	TrackMute mMute;
-	ProcessorChain mChain;
-	// The width that items and processors need, and that of the widest stage.
+	// The width that items and processors need.
 	unsigned mNumChannels = 0;
-	unsigned mWidestChannels = 0;
-	bool mPrerolled = false;
 	TickTime mInitialDelay;
 	bool mCachingEnabled = false;
 	// The earliest time for which Preroll did its work.

@@ -4,7 +4,6 @@
 #include "AudioRender/Core/AudioTrackRenderableItemMixin.h"
 #include "AudioRender/Core/GeneratorWithInputs.h"
 #include "Sonaro/IAudioProcessor.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/TrackSettings.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -23,13 +22,13 @@ namespace SN
 //           histories as far as the processor goes.
 // Blocks    A request beyond the context's largest block asks for the same time again and again.
 // Threads   One at a time; AccumulatePrefetchRequests may come from another.
-class AudioMixRenderer final : public Implements<AudioMixRenderer, GeneratorWithInputs,
-								   AudioTrackRenderableItemMixin, ILiveAudioParameterOwner>,
-							   public AudioRenderContextClient
+class AudioMixRenderer final
+	: public Implements<AudioMixRenderer, LiveGeneratorWithInputs, AudioTrackRenderableItemMixin>,
+	  public AudioRenderContextClient
 {
 public:
 	// Throws AudioMixRendererCreateFailure when a generator or the processor is missing.
-	static int Create(AudioMixSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioMixSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	bool HasHistory() override;
@@ -66,7 +65,6 @@ private:
 		double mTimeScale = 1.0;
 	};
 
-	int InitFrom(AudioMixSettings const& inSettings);
 	void SetNodes(
 		Input const& inFirst, Input const& inSecond, InterfaceRef<IAudioProcessor> const& inProcessor);
 	// Joins up to so many samples in mProcessorBuffer. Returns how many there are.

@@ -9,10 +9,10 @@ namespace SN
 class ZORV_API AudioMixRendererCreateFailure : public zorvcore::config::zorv_exception
 {
 public:
-	AudioMixRendererCreateFailure(char const* inFile, int inLine);
-	AudioMixRendererCreateFailure(AudioMixRendererCreateFailure const&) noexcept;
-	AudioMixRendererCreateFailure& operator=(AudioMixRendererCreateFailure const&) noexcept;
-	~AudioMixRendererCreateFailure() override;
+	AudioMixRendererCreateFailure(char const* inFile, int inLine)
+		: zorv_exception(inFile, inLine, zorvcore::eUnspecifiedFailure, "CreateAudioMixRenderer failed")
+	{
+	}
 };
 
 } // namespace SN

@@ -1,16 +1,8 @@
 #pragma once
 
-#include "AudioRender/Core/AudioRenderContextClient.h"
-#include "AudioRender/Core/GeneratorWithInputs.h"
-#include "AudioRender/Track/CompensatingDelayOwnerMixin.h"
-#include "AudioRender/Track/ProcessorChain.h"
-#include "AudioRender/Track/TrackCache.h"
-#include "AudioRender/Track/TrackMute.h"
-#include "Sonaro/ICachedAudioGenerator.h"
+#include "AudioRender/Track/TrackRenderer.h"
 #include "Sonaro/TrackSettings.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
-
-#include <memory>
 
 namespace SN
 {
@@ -26,13 +18,15 @@ namespace SN
 // Mute     As that of a clip track. While it is complete the source is not asked, yet the processors run on
 //          silence, so that meters and parameters keep in step.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another.
-class AudioMixTrackRenderer final
-	: public Implements<AudioMixTrackRenderer, GeneratorWithInputs, ICachedAudioGenerator,
-		  ILiveAudioParameterOwner, CompensatingDelayOwnerMixin>,
-	  public AudioRenderContextClient
+class AudioMixTrackRenderer final : public TrackRenderer
 {
 public:
-	static int Create(AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	AudioMixTrackRenderer()
+		: TrackRenderer("AudioMixTrackRenderer::GenerateAudio")
+	{
+	}
+
+	int InitFrom(AudioMixTrackSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override { return kTimeZero; }
@@ -42,41 +36,19 @@ public:
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(
 		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
-	void Reset() override;
-
-	void GenerateAudio(
-		unsigned inNumSamples, TickTime const& inTime, bool inReverse) SONARO_NONBLOCKING override;
-	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING override { mCache.MixInto(ioBuffer); }
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
-	}
-
-	unsigned GetNumChannels() SONARO_NONBLOCKING override { return static_cast<unsigned>(mChannels.size()); }
-	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override;
-	AudioChannelLayout GetAudioChannelLayout() override { return mChannels; }
-	FrameRate GetGeneratorFrameRate() override { return GetFrameRate(); }
 
 	std::u16string GetNodeName() override { return u"AudioMixTrackRenderer"; }
 
 protected:
 	void VisitNodes(NodeVisitor& ioVisitor) override;
+	void MakeBuffers() override;
 
 private:
-	int InitFrom(AudioMixTrackSettings const& inSettings);
-	void MakeBuffers();
 	void PullSource(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse);
 	void RunChain(
 		dsp::AudioBuffer& ioSource, dsp::AudioBuffer* outPan, TickTime const& inTime, bool inReverse);
 
 	InterfaceRef<IAudioGenerator> mSource;
-	AudioChannelLayout mChannels;
-	TrackCache mCache;
-	TrackMute mMute;
-	ProcessorChain mChain;
-	// The width of the widest stage.
-	unsigned mWidestChannels = 0;
-	bool mPrerolled = false;
 };
 
 } // namespace SN

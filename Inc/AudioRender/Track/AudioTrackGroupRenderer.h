@@ -25,15 +25,15 @@ namespace SN
 //          and drops it, so that processors and delay lines have heard it.
 // Empty    Silent without tracks.
 // Threads  One at a time; AccumulatePrefetchRequests may come from another.
-class AudioTrackGroupRenderer final : public Implements<AudioTrackGroupRenderer, GeneratorWithInputs,
-										  ILiveAudioParameterOwner, IAudioRecordCompletion>,
-									  public AudioRenderContextClient
+class AudioTrackGroupRenderer final
+	: public Implements<AudioTrackGroupRenderer, LiveGeneratorWithInputs, IAudioRecordCompletion>,
+	  public AudioRenderContextClient
 {
 public:
 	static constexpr Identifier<AudioTrackGroupRenderer> kIdentifier{
 		0xd37d8b386462c70dull, 0x0ed325fde5aa174cull};
 
-	static int Create(AudioTrackGroupSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(AudioTrackGroupSettings const& inSettings);
 	// One more instance of the owner's sequence; see ISonaroFactory. -1 where there is none on this level.
 	static int CreateViaCloning(InterfaceRef<IAudioRenderContext> const& inContext,
 		InterfaceRef<UnknownBase> const& inOwner, InterfaceRef<IAudioGenerator>* outGenerator);
@@ -48,10 +48,6 @@ public:
 	void GetAudioData(
 		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
-	}
 	void NotifyRecordComplete(InterfaceRef<UnknownBase> const& inRecording) override
 	{
 		NotifyInputs(inRecording);
@@ -77,7 +73,6 @@ private:
 		TickTime mDelay;
 	};
 
-	int InitFrom(AudioTrackGroupSettings const& inSettings);
 	void WarmUp(TickTime const& inStartTime);
 
 	std::vector<Member> mMembers;

@@ -34,8 +34,6 @@ public:
 
 	unsigned GetMaxSamples() const { return mMaxSamples; }
 	unsigned GetNumChannels() const { return mNumChannels; }
-	// 0 while inactive.
-	unsigned GetRingLength() const { return mRing ? mRing->GetCapacity() : 0; }
 
 private:
 	// One channel, in at most two straight runs through the ring.

@@ -59,7 +59,6 @@ public:
 	// Clones of the other's processors; the place in the control block is taken over.
 	void CloneFrom(ProcessorChain const& inOther, AudioRenderContextClient const& inClient);
 
-	Processors const& GetProcessors() const { return mProcessors; }
 	// May be empty.
 	InterfaceRef<IAudioPanProcessor> const& GetPanProcessor() const { return mPanProcessor; }
 	unsigned CountSends() const;
@@ -92,7 +91,6 @@ private:
 	void Apply(ChainRequest const& inRequest, TickTime const& inTime,
 		Policy const& inPolicy) const SONARO_NONBLOCKING;
 
-	Processors mProcessors;
 	std::vector<Link> mLinks;
 	InterfaceRef<IAudioPanProcessor> mPanProcessor;
 	InterfaceRef<IParameterOwnerMixin> mPanOwner;

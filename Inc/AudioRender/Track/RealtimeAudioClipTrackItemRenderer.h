@@ -23,14 +23,12 @@ namespace SN
 // Latency   What processors and source need ahead is reported as delay, and made up for by rendering ahead
 //           and throwing away, in FillInitialDelay.
 // Threads   One at a time.
-class RealtimeAudioClipTrackItemRenderer final
-	: public Implements<RealtimeAudioClipTrackItemRenderer, GeneratorWithInputs, ILiveAudioParameterOwner,
-		  AudioTrackRenderableItemMixin>,
-	  public AudioRenderContextClient
+class RealtimeAudioClipTrackItemRenderer final : public Implements<RealtimeAudioClipTrackItemRenderer,
+													 LiveGeneratorWithInputs, AudioTrackRenderableItemMixin>,
+												 public AudioRenderContextClient
 {
 public:
-	static int Create(
-		RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator);
+	int InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings);
 
 	InterfaceRef<IAudioGenerator> Clone() override;
 	TickTime GetDelay() SONARO_NONBLOCKING override
@@ -45,11 +43,6 @@ public:
 	void GetAudioData(
 		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
-
-	void CollectLiveParameters(LiveAudioParameterMap& outParameters) override
-	{
-		CollectFromNodes(outParameters);
-	}
 
 	unsigned GetNumChannels() SONARO_NONBLOCKING override
 	{
@@ -67,7 +60,6 @@ protected:
 	void VisitNodes(NodeVisitor& ioVisitor) override;
 
 private:
-	int InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings);
 	// The resampler and all memory.
 	void ReserveScratch();
 

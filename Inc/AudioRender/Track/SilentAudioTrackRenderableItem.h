@@ -17,7 +17,12 @@ public:
 	static constexpr Identifier<SilentAudioTrackRenderableItem> kIdentifier{
 		0x388c92bc61698448ull, 0x33e55314765ff240ull};
 
-	InterfaceRef<IAudioGenerator> Clone() override;
+	InterfaceRef<IAudioGenerator> Clone() override
+	{
+		auto const clone = zorvcore::classref::MakeObject<SilentAudioTrackRenderableItem>();
+		clone->CopyTimesFrom(*this);
+		return clone;
+	}
 
 	std::u16string GetNodeName() override { return u"SilentAudioTrackRenderableItem"; }
 	std::vector<InterfaceRef<UnknownBase>> GetInputNodes() override { return {}; }

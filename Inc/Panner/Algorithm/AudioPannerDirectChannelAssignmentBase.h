@@ -3,11 +3,6 @@
 #include "Sonaro/AudioChannelMatrixMasks.h"
 #include "Sonaro/Types.h"
 
-namespace dsp
-{
-class AudioBuffer;
-}
-
 namespace SN
 {
 

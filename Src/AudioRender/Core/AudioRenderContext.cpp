@@ -1,28 +1,7 @@
 #include "AudioRender/Core/AudioRenderContext.h"
 
-#include <tuple>
-
 namespace SN
 {
-
-namespace
-{
-
-template <class Map, class Key>
-typename Map::mapped_type Find(Map const& inMap, Key const& inKey)
-{
-	auto const found = inMap.find(inKey);
-	return found == inMap.end() ? typename Map::mapped_type() : found->second;
-}
-
-} // namespace
-
-bool AudioRenderContext::ContentKey::operator<(ContentKey const& inOther) const
-{
-	auto const rates = [](ContentKey const& inKey)
-	{ return std::tuple(inKey.mFrameRate.GetTicksPerFrame(), inKey.mMediaFrameRate.GetTicksPerFrame()); };
-	return mObject < inOther.mObject || (mObject == inOther.mObject && rates(*this) < rates(inOther));
-}
 
 int AudioRenderContext::Create(
 	RenderContextSettings const& inSettings, InterfaceRef<IAudioRenderContext>* outContext)
@@ -98,63 +77,19 @@ InterfaceRef<ICachedAudioGenerator> AudioRenderContext::FindCachedGenerator(Inte
 	return mGeneratorMap ? Find(*mGeneratorMap, inKey) : InterfaceRef<ICachedAudioGenerator>();
 }
 
-InterfaceRef<IAudioGenerator> AudioRenderContext::FindTrackRenderer(InterfaceRef<UnknownBase> inKey)
-{
-	return Find(mTrackRendererMap, inKey);
-}
-
-InterfaceRef<IRenderableAudioComponentParam> AudioRenderContext::FindParameter(
-	InterfaceRef<UnknownBase> const& inKey) const
-{
-	return Find(mParameterMap, inKey);
-}
-
-void AudioRenderContext::AddParameter(
-	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IRenderableAudioComponentParam> const& inParameter)
-{
-	mParameterMap.emplace(inKey, inParameter);
-}
-
-InterfaceRef<IAudioGenerator> AudioRenderContext::FindStreamRenderer(
-	InterfaceRef<UnknownBase> const& inKey) const
-{
-	return Find(mStreamRendererMap, inKey);
-}
-
-void AudioRenderContext::AddStreamRenderer(
-	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer)
-{
-	mStreamRendererMap.emplace(inKey, inRenderer);
-}
-
 InterfaceRef<IAudioGenerator> AudioRenderContext::FindContentRenderer(InterfaceRef<UnknownBase> const& inKey,
 	FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate) const
 {
-	return Find(mContentRendererMap, ContentKey{inKey, inFrameRate, inMediaFrameRate});
+	return Find(mContentRendererMap,
+		ContentKey(inKey, inFrameRate.GetTicksPerFrame(), inMediaFrameRate.GetTicksPerFrame()));
 }
 
 void AudioRenderContext::AddContentRenderer(InterfaceRef<UnknownBase> const& inKey,
 	FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
 	InterfaceRef<IAudioGenerator> const& inRenderer)
 {
-	mContentRendererMap.emplace(ContentKey{inKey, inFrameRate, inMediaFrameRate}, inRenderer);
-}
-
-InterfaceRef<UnknownBase> AudioRenderContext::FindClone(InterfaceRef<UnknownBase> const& inNode) const
-{
-	return Find(mCloneMap, inNode);
-}
-
-void AudioRenderContext::AddClone(
-	InterfaceRef<UnknownBase> const& inNode, InterfaceRef<UnknownBase> const& inClone)
-{
-	mCloneMap.emplace(inNode, inClone);
-}
-
-void AudioRenderContext::AddTrackRenderer(
-	InterfaceRef<UnknownBase> const& inKey, InterfaceRef<IAudioGenerator> const& inRenderer)
-{
-	mTrackRendererMap[inKey] = inRenderer;
+	mContentRendererMap.emplace(
+		ContentKey(inKey, inFrameRate.GetTicksPerFrame(), inMediaFrameRate.GetTicksPerFrame()), inRenderer);
 }
 
 void AudioRenderContext::AddCachedGenerator(

@@ -118,7 +118,7 @@ std::vector<InterfaceRef<UnknownBase>> GeneratorWithInputs::GetProcessorNodes()
 	return std::move(lists.mProcessors);
 }
 
-void GeneratorWithInputs::CollectFromNodes(LiveAudioParameterMap& outParameters)
+void LiveGeneratorWithInputs::CollectLiveParameters(LiveAudioParameterMap& outParameters)
 {
 	NodeLists lists;
 	VisitNodes(lists);

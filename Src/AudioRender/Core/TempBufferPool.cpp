@@ -1,16 +1,7 @@
 #include "AudioRender/Core/TempBufferPool.h"
 
-#include <tuple>
-
 namespace SN
 {
-
-bool TempBufferPool::Key::operator<(Key const& inOther) const
-{
-	auto const fields = [](Key const& inKey)
-	{ return std::tie(inKey.mNumChannels, inKey.mInstanceIndex, inKey.mNestingDepth, inKey.mTag); };
-	return fields(*this) < fields(inOther);
-}
 
 void TempBufferPool::ReserveStackAudioBuffer(unsigned inChannels, unsigned inSamples, unsigned inNestingDepth,
 	unsigned inInstanceIndex, ImmutableString const& inTag)

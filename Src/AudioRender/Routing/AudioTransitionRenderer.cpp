@@ -10,22 +10,6 @@
 namespace SN
 {
 
-int AudioTransitionRenderer::Create(
-	AudioTransitionSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
-{
-	if (!inSettings.mContext)
-	{
-		return eNullPointer;
-	}
-	auto const renderer = zorvcore::classref::MakeObject<AudioTransitionRenderer>();
-	int const result = renderer->InitFrom(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-	}
-	return result;
-}
-
 int AudioTransitionRenderer::InitFrom(AudioTransitionSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);

@@ -73,36 +73,25 @@ void AudioClipRenderer::ForEachGenerator(Function const& inFunction)
 	}
 }
 
-int AudioClipRenderer::Create(
-	AudioClipSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
+int AudioClipRenderer::InitFrom(AudioClipSettings const& inSettings)
 {
-	auto const clip = zorvcore::classref::MakeObject<AudioClipRenderer>();
-	int const result = clip->Init(inSettings.mContext, inSettings.mFrameRate);
-	if (result == eNullPointer)
-	{
-		return result;
-	}
+	int const result = Init(inSettings.mContext, inSettings.mFrameRate);
 	for (auto const& [generator, channels] : inSettings.mGenerators)
 	{
-		clip->mInputs.push_back({generator, channels});
+		mInputs.push_back({generator, channels});
 	}
-	clip->mChannelLayout = inSettings.mChannelLayout;
-	clip->mStartOffset = inSettings.mStartOffset;
-	clip->mGain = inSettings.mGain;
-	clip->mMaxChannels = static_cast<unsigned>(inSettings.mChannelLayout.size());
-	FrameRate const sourceRate = clip->MeasureGenerators(inSettings.mFrameRate);
+	mChannelLayout = inSettings.mChannelLayout;
+	mStartOffset = inSettings.mStartOffset;
+	mGain = inSettings.mGain;
+	mMaxChannels = static_cast<unsigned>(inSettings.mChannelLayout.size());
+	FrameRate const sourceRate = MeasureGenerators(inSettings.mFrameRate);
 	double const factor = OffsetFactor(inSettings.mSpeed, sourceRate, inSettings.mFrameRate);
 	if (factor != 1.0)
 	{
-		clip->mStartOffset = clip->mStartOffset * factor;
+		mStartOffset = mStartOffset * factor;
 	}
-	clip->ReserveStackAudioBuffer(
-		clip->mMaxChannels, clip->GetMaxBlockSize(), StackAudioBufferTags::kAudioClipRenderer);
-	clip->mHasGain = clip->mGain != 1.0f;
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = clip;
-	}
+	ReserveStackAudioBuffer(mMaxChannels, GetMaxBlockSize(), StackAudioBufferTags::kAudioClipRenderer);
+	mHasGain = mGain != 1.0f;
 	return result;
 }
 

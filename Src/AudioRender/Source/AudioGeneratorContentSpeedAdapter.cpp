@@ -1,7 +1,6 @@
 #include "AudioRender/Source/AudioGeneratorContentSpeedAdapter.h"
 
 #include "Sonaro/PrefetchRange.h"
-#include "zorvcore/classref/AsyncDestruction.h"
 
 namespace SN
 {

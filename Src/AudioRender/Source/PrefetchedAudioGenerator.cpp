@@ -3,7 +3,6 @@
 #include "Sonaro/GeneratorPrefetch.h"
 #include "Sonaro/PrefetchRequestAccumulator.h"
 #include "zorvaudiodsp/AudioBuffer.h"
-#include "zorvcore/classref/AsyncDestruction.h"
 
 #include <algorithm>
 

@@ -2,6 +2,7 @@
 
 #include "AudioRender/Component/AudioFaderRenderer.h"
 #include "AudioRender/Component/AudioSendRenderer.h"
+#include "AudioRender/Core/CreateNode.h"
 #include "AudioRender/Core/FillUp.h"
 #include "AudioRender/Core/SilentRenderer.h"
 #include "AudioRender/Core/StackAudioBufferTags.h"
@@ -57,13 +58,7 @@ int AudioClipTrackRenderer::CreateNew(
 	{
 		return SilentRenderer::Create(inSettings.mChannels, outGenerator);
 	}
-	auto const renderer = zorvcore::classref::MakeObject<AudioClipTrackRenderer>();
-	int const result = renderer->Init(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-	}
-	return result;
+	return CreateNode<AudioClipTrackRenderer>(inSettings, outGenerator);
 }
 
 // A fader that is always closed, and no send, which may tap the audio before it.
@@ -87,9 +82,8 @@ bool AudioClipTrackRenderer::IsNeverHeard(AudioClipTrackSettings const& inSettin
 	return isMuted && !hasSend;
 }
 
-int AudioClipTrackRenderer::Init(AudioClipTrackSettings const& inSettings)
+int AudioClipTrackRenderer::InitFrom(AudioClipTrackSettings const& inSettings)
 {
-	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
 	mCachingEnabled = inSettings.mContext->IsTrackCacheEnabled();
 	DelayedTrackItems::Items items;
 	for (auto const& item : inSettings.mItems)
@@ -97,14 +91,7 @@ int AudioClipTrackRenderer::Init(AudioClipTrackSettings const& inSettings)
 		items.push_back({item, item});
 	}
 	SetItems(std::move(items));
-	mChannels = inSettings.mChannels;
-	mMute.Init(*inSettings.mContext, inSettings.mMute, GetFrameRate());
-	mChain.Init(inSettings.mProcessors, inSettings.mPanProcessor);
-	MakeBuffers();
-	AddCachedGenerator(
-		inSettings.mOwner, InterfaceRef<ICachedAudioGenerator>(InterfaceRef<Unknown>::FromThis(this)));
-	CompensatingDelayOwnerMixin::Init(mChain.CountSends() + 1, GetMaxBlockSize(), mWidestChannels);
-	return result;
+	return InitTrack(inSettings);
 }
 
 void AudioClipTrackRenderer::SetItems(DelayedTrackItems::Items inItems)
@@ -145,8 +132,6 @@ InterfaceRef<IAudioGenerator> AudioClipTrackRenderer::Clone()
 	}
 	auto const clone = StartClone(*this);
 	AddClone(self, clone);
-	clone->mMute.CloneFrom(mMute, GetFrameRate());
-	clone->mChannels = mChannels;
 	clone->mCachingEnabled = mCachingEnabled;
 	DelayedTrackItems::Items items;
 	for (TrackItem const& item : mItems)
@@ -155,9 +140,7 @@ InterfaceRef<IAudioGenerator> AudioClipTrackRenderer::Clone()
 		items.push_back({generator, generator});
 	}
 	clone->SetItems(std::move(items));
-	clone->mChain.CloneFrom(mChain, *this);
-	clone->MakeBuffers();
-	clone->CopyDimensions(*this);
+	clone->CloneTrackFrom(*this);
 	return clone;
 }
 
@@ -360,14 +343,7 @@ void AudioClipTrackRenderer::RunChain(Request const& inRequest, dsp::AudioSubBuf
 void AudioClipTrackRenderer::Reset()
 {
 	mItems.ReturnFromEnd();
-	if (!mPrerolled)
-	{
-		return;
-	}
-	GeneratorWithInputs::Reset();
-	mCache.Forget();
-	mPrerolled = false;
-	mEarliestPreroll = kTimeZero;
+	TrackRenderer::Reset();
 }
 
 void AudioClipTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse)
@@ -377,19 +353,7 @@ void AudioClipTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const
 		mChain.UpdateControls(inTime);
 		return;
 	}
-	mCache.Generate("AudioClipTrackRenderer::GenerateAudio", inNumSamples, inTime, inReverse,
-		[&](dsp::AudioBuffer& ioBuffer) { GetAudioData(inTime, ioBuffer, inReverse); });
-}
-
-void AudioClipTrackRenderer::MixCachedAudio(dsp::AudioBuffer& ioBuffer)
-{
-	mCache.MixInto(ioBuffer);
-}
-
-unsigned AudioClipTrackRenderer::GetNumOutputChannels()
-{
-	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
-	return panner ? panner->GetNumOutputChannels() : GetNumChannels();
+	TrackRenderer::GenerateAudio(inNumSamples, inTime, inReverse);
 }
 
 void AudioClipTrackRenderer::VisitNodes(NodeVisitor& ioVisitor)

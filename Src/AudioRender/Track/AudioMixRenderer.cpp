@@ -8,17 +8,6 @@
 namespace SN
 {
 
-int AudioMixRenderer::Create(AudioMixSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
-{
-	auto const renderer = zorvcore::classref::MakeObject<AudioMixRenderer>();
-	int const result = renderer->InitFrom(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-	}
-	return result;
-}
-
 int AudioMixRenderer::InitFrom(AudioMixSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);

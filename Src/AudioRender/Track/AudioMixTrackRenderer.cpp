@@ -10,34 +10,10 @@
 namespace SN
 {
 
-int AudioMixTrackRenderer::Create(
-	AudioMixTrackSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
-{
-	if (!inSettings.mContext)
-	{
-		return eNullPointer;
-	}
-	auto const renderer = zorvcore::classref::MakeObject<AudioMixTrackRenderer>();
-	int const result = renderer->InitFrom(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-	}
-	return result;
-}
-
 int AudioMixTrackRenderer::InitFrom(AudioMixTrackSettings const& inSettings)
 {
-	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
 	mSource = inSettings.mSource;
-	mChannels = inSettings.mChannels;
-	mMute.Init(*inSettings.mContext, inSettings.mMute, GetFrameRate());
-	mChain.Init(inSettings.mProcessors, inSettings.mPanProcessor);
-	MakeBuffers();
-	AddCachedGenerator(
-		inSettings.mOwner, InterfaceRef<ICachedAudioGenerator>(InterfaceRef<Unknown>::FromThis(this)));
-	CompensatingDelayOwnerMixin::Init(mChain.CountSends() + 1, GetMaxBlockSize(), mWidestChannels);
-	return result;
+	return InitTrack(inSettings);
 }
 
 void AudioMixTrackRenderer::MakeBuffers()
@@ -65,11 +41,7 @@ InterfaceRef<IAudioGenerator> AudioMixTrackRenderer::Clone()
 	auto const clone = StartClone(*this);
 	AddClone(self, clone);
 	clone->mSource = mSource->Clone();
-	clone->mChannels = mChannels;
-	clone->mMute.CloneFrom(mMute, GetFrameRate());
-	clone->mChain.CloneFrom(mChain, *this);
-	clone->MakeBuffers();
-	clone->CopyDimensions(*this);
+	clone->CloneTrackFrom(*this);
 	return clone;
 }
 
@@ -150,29 +122,6 @@ void AudioMixTrackRenderer::RunChain(
 			.mTimesAlwaysRise = true,
 			.mBlocksSkipSendDelays = true,
 			.mIdlePanRests = true});
-}
-
-void AudioMixTrackRenderer::Reset()
-{
-	if (!mPrerolled)
-	{
-		return;
-	}
-	GeneratorWithInputs::Reset();
-	mCache.Forget();
-	mPrerolled = false;
-}
-
-void AudioMixTrackRenderer::GenerateAudio(unsigned inNumSamples, TickTime const& inTime, bool inReverse)
-{
-	mCache.Generate("AudioMixTrackRenderer::GenerateAudio", inNumSamples, inTime, inReverse,
-		[&](dsp::AudioBuffer& ioBuffer) { GetAudioData(inTime, ioBuffer, inReverse); });
-}
-
-unsigned AudioMixTrackRenderer::GetNumOutputChannels()
-{
-	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
-	return panner ? panner->GetNumOutputChannels() : GetNumChannels();
 }
 
 void AudioMixTrackRenderer::VisitNodes(NodeVisitor& ioVisitor)

@@ -19,23 +19,6 @@ constexpr int kNothingToClone = -1;
 
 } // namespace
 
-int AudioTrackGroupRenderer::Create(
-	AudioTrackGroupSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
-{
-	if (!inSettings.mContext)
-	{
-		return eNullPointer;
-	}
-	auto const renderer = zorvcore::classref::MakeObject<AudioTrackGroupRenderer>();
-	int const result = renderer->InitFrom(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-		InterfaceRef<AudioRenderContext>(inSettings.mContext)->AddTrackGroup(inSettings.mOwner, renderer);
-	}
-	return result;
-}
-
 int AudioTrackGroupRenderer::InitFrom(AudioTrackGroupSettings const& inSettings)
 {
 	int const result = Init(inSettings.mContext, inSettings.mFrameRate);
@@ -51,6 +34,11 @@ int AudioTrackGroupRenderer::InitFrom(AudioTrackGroupSettings const& inSettings)
 		}
 	}
 	mChannels = inSettings.mChannels;
+	if (ResultSucceeded(result))
+	{
+		InterfaceRef<AudioRenderContext>(inSettings.mContext)
+			->AddTrackGroup(inSettings.mOwner, InterfaceRef<IAudioGenerator>::FromThis(this));
+	}
 	return result;
 }
 

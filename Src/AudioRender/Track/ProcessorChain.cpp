@@ -12,12 +12,11 @@ namespace SN
 void ProcessorChain::Init(
 	Processors const& inProcessors, InterfaceRef<IAudioPanProcessor> const& inPanProcessor)
 {
-	mProcessors = inProcessors;
 	mPanProcessor = inPanProcessor;
 	mPanOwner = inPanProcessor;
 	mBlockPosition = 0;
 	mLinks.clear();
-	for (InterfaceRef<IAudioProcessor> const& processor : mProcessors)
+	for (InterfaceRef<IAudioProcessor> const& processor : inProcessors)
 	{
 		mLinks.push_back({processor, processor, InterfaceRef<AudioSendRenderer>(processor).IsValid()});
 	}
@@ -26,9 +25,9 @@ void ProcessorChain::Init(
 void ProcessorChain::CloneFrom(ProcessorChain const& inOther, AudioRenderContextClient const& inClient)
 {
 	Processors clones;
-	for (InterfaceRef<IAudioProcessor> const& processor : inOther.mProcessors)
+	for (Link const& link : inOther.mLinks)
 	{
-		clones.push_back(processor->Clone(
+		clones.push_back(link.mProcessor->Clone(
 			inClient.GetFrameRate(), inClient.GetMaxBlockSize(), inClient.GetControlInterval()));
 	}
 	InterfaceRef<IAudioPanProcessor> panner;
@@ -48,18 +47,18 @@ unsigned ProcessorChain::CountSends() const
 
 void ProcessorChain::VisitNodes(NodeVisitor& ioVisitor) const
 {
-	for (InterfaceRef<IAudioProcessor> const& processor : mProcessors)
+	for (Link const& link : mLinks)
 	{
-		ioVisitor.Visit(processor);
+		ioVisitor.Visit(link.mProcessor);
 	}
 	ioVisitor.Visit(mPanProcessor);
 }
 
 void ProcessorChain::Preroll(TickTime const& inTime, bool inReverse) const
 {
-	for (InterfaceRef<IAudioProcessor> const& processor : mProcessors)
+	for (Link const& link : mLinks)
 	{
-		processor->Preroll(inTime, inReverse);
+		link.mProcessor->Preroll(inTime, inReverse);
 	}
 	if (mPanProcessor)
 	{

@@ -32,18 +32,6 @@ FrameRate GetInputRate(double inSpeed)
 
 } // namespace
 
-int RealtimeAudioClipTrackItemRenderer::Create(
-	RealtimeAudioClipTrackItemSettings const& inSettings, InterfaceRef<IAudioGenerator>* outGenerator)
-{
-	auto const renderer = zorvcore::classref::MakeObject<RealtimeAudioClipTrackItemRenderer>();
-	int const result = renderer->InitFrom(inSettings);
-	if (ResultSucceeded(result))
-	{
-		*outGenerator = renderer;
-	}
-	return result;
-}
-
 int RealtimeAudioClipTrackItemRenderer::InitFrom(RealtimeAudioClipTrackItemSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
@@ -130,27 +118,23 @@ TickTime RealtimeAudioClipTrackItemRenderer::ShiftTime(TickTime const& inTime) c
 void RealtimeAudioClipTrackItemRenderer::RenderStraight(
 	TickTime const& inSourceTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
 {
-	if (!PanAlters())
-	{
-		dsp::AudioSubBuffer window;
-		window.Init(std::min<unsigned long long>(mWidth, ioBuffer.GetNumChannels()));
-		window.Assign(ioBuffer, 0);
-		mSource->GetAudioData(inSourceTime, window, inReverse);
-		FillUp(window, ioBuffer.GetUseSize());
-		RunChain(window, nullptr, inSourceTime, inReverse);
-		return;
-	}
+	unsigned const frames = ioBuffer.GetUseSize();
+	bool const panAlters = PanAlters();
 	ScopedStackAudioBuffer const scratch(
-		GetStackAudioBuffer(mWidth, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererPan));
-	dsp::AudioBuffer& buffer = scratch.GetBuffer();
-	buffer.SetUseSize(ioBuffer.GetUseSize());
-	buffer.Zero();
+		panAlters ? GetStackAudioBuffer(mWidth, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererPan)
+				  : nullptr);
+	dsp::AudioBuffer& buffer = panAlters ? scratch.GetBuffer() : ioBuffer;
+	if (panAlters)
+	{
+		buffer.SetUseSize(frames);
+		buffer.Zero();
+	}
 	dsp::AudioSubBuffer window;
-	window.Init(mWidth);
+	window.Init(std::min<unsigned long long>(mWidth, buffer.GetNumChannels()));
 	window.Assign(buffer, 0);
 	mSource->GetAudioData(inSourceTime, window, inReverse);
-	FillUp(window, ioBuffer.GetUseSize());
-	RunChain(window, &ioBuffer, inSourceTime, inReverse);
+	FillUp(window, frames);
+	RunChain(window, panAlters ? &ioBuffer : nullptr, inSourceTime, inReverse);
 }
 
 void RealtimeAudioClipTrackItemRenderer::RenderResampled(

@@ -14,33 +14,27 @@ namespace
 
 unsigned sMixdownType = kMixdownFront;
 
-MixFunction Get51ToMono()
-{
-	switch (sMixdownType)
-	{
-	case kMixdownFront:
-		return &ACM51FrontToMono;
-	case kMixdownFrontRear:
-		return &ACM51FrontRearToMono;
-	case kMixdownFrontRearLFE:
-		return &ACM51FrontRearLFEToMono;
-	default:
-		return &ACM51FrontLFEToMono;
-	}
-}
+using Mix = void (*)(dsp::AudioBuffer const&, dsp::AudioBuffer&);
 
-MixFunction Get51ToStereo()
+// How 5.1 is folded, by MixdownType51.
+struct Fold
+{
+	Mix mToMono;
+	Mix mToStereo;
+};
+
+Fold GetFold()
 {
 	switch (sMixdownType)
 	{
 	case kMixdownFront:
-		return &ACM51FrontToStereo;
+		return {&ACM51FrontToMono, &ACM51FrontToStereo};
 	case kMixdownFrontRear:
-		return &ACM51FrontRearToStereo;
+		return {&ACM51FrontRearToMono, &ACM51FrontRearToStereo};
 	case kMixdownFrontRearLFE:
-		return &ACM51FrontRearLFEToStereo;
+		return {&ACM51FrontRearLFEToMono, &ACM51FrontRearLFEToStereo};
 	default:
-		return &ACM51FrontLFEToStereo;
+		return {&ACM51FrontLFEToMono, &ACM51FrontLFEToStereo};
 	}
 }
 
@@ -81,7 +75,7 @@ MixFunction GetFixedFunction(
 	}
 	if (inInputLayout == VX::kAudioChannelLayout_51 && (toMono || toStereo))
 	{
-		return toMono ? Get51ToMono() : Get51ToStereo();
+		return toMono ? GetFold().mToMono : GetFold().mToStereo;
 	}
 	if (inInputLayout == VX::kAudioChannelLayout_Multichannel)
 	{

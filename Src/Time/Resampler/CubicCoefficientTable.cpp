@@ -5,24 +5,6 @@
 namespace SN
 {
 
-namespace
-{
-
-zorvcore::threads::RecursiveMutex& GetMutex()
-{
-	static zorvcore::threads::RecursiveMutex sMutex("CubicCoefficientTable");
-	return sMutex;
-}
-
-// Called under the mutex.
-std::weak_ptr<CubicCoefficientTable const>& GetPublished()
-{
-	static std::weak_ptr<CubicCoefficientTable const> sPublished;
-	return sPublished;
-}
-
-} // namespace
-
 CubicCoefficientTable::CubicCoefficientTable()
 {
 	mCoefficients.reserve(4 * (kSteps + 1));
@@ -47,14 +29,16 @@ CubicCoefficientTable::CubicCoefficientTable()
 
 std::shared_ptr<CubicCoefficientTable const> CubicCoefficientTable::GetShared()
 {
-	zorvcore::threads::ScopedRecursiveLock const lock(GetMutex(), "CubicCoefficientTable::GetShared");
-	std::weak_ptr<CubicCoefficientTable const>& published = GetPublished();
-	std::shared_ptr<CubicCoefficientTable const> table = published.lock();
+	static zorvcore::threads::RecursiveMutex sMutex("CubicCoefficientTable");
+	static std::weak_ptr<CubicCoefficientTable const> sPublished;
+
+	zorvcore::threads::ScopedRecursiveLock const lock(sMutex, "CubicCoefficientTable::GetShared");
+	std::shared_ptr<CubicCoefficientTable const> table = sPublished.lock();
 	if (!table)
 	{
 		// The memory goes with the last resampler, not with the weak reference.
 		table = std::shared_ptr<CubicCoefficientTable const>(new CubicCoefficientTable);
-		published = table;
+		sPublished = table;
 	}
 	return table;
 }

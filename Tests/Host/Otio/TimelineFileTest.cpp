@@ -3,6 +3,7 @@
 #include "Host/Refusal.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MediaFinder.h"
+#include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "SonaroHost/OtioSequence/TimelineMaker.h"
 #include "SonaroHost/Sequence/FileMedia.h"
@@ -204,18 +205,21 @@ TEST_F(OtioFiles, OfMoviesTheSoundBesideThemOrInMediaFoldersIsTaken)
 		std::string mFile;
 		std::string mNote;
 	};
-	std::string const isMovie = "is a movie, and movie audio is not supported";
+	bool const readsMovies = !DescribeMovieLibraries().empty();
+	std::string const isMovie =
+		readsMovies ? "is truncated or damaged" : "is a movie, and this program was built without";
+	std::string const isUnknown = readsMovies ? isMovie : "cannot be read as sound: ";
 	Case const cases[] = {
 		{"alone.mov", "", isMovie},
 		{"content", "", isMovie},
 		{"broken.mp4", "", isMovie},
-		{"missing.mov", "", "does not exist, and movie audio is not supported"},
+		{"missing.mov", "", "does not exist; the clip is silent"},
 		{"missing.wav", "", "does not exist; the clip is silent"},
-		{"song.m4a", "", "cannot be read as sound: "},
+		{"song.m4a", "", isUnknown},
 		{"noise.wav", "", "cannot be read as sound: "},
-		{"beside.MKV", "beside.wav", "is used instead"},
-		{"file:///C:/Cut/film.mxf", "extra/film.WAV", "is used instead"},
-		{"s3://bucket/gone.mov", "extra/gone.wav", "is used instead"},
+		{"beside.MKV", "beside.wav", "; using '"},
+		{"file:///C:/Cut/film.mxf", "extra/film.WAV", "; using '"},
+		{"s3://bucket/gone.mov", "extra/gone.wav", "; using '"},
 		// What can be read is no movie, whatever its name.
 		{"honest.mov", "honest.mov", ""},
 	};

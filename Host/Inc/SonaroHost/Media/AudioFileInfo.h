@@ -1,10 +1,13 @@
 #pragma once
 
-#include "SonaroHost/Media/NoSoundError.h"
+#include "SonaroHost/Media/MediaDamage.h"
+#include "SonaroHost/Media/MediaStart.h"
 #include "zorvmediatypes/AudioChannelDescription.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,7 +15,22 @@
 namespace SonaroHost
 {
 
-// What a sound file says of itself, checked when it was opened.
+struct MovieIndex;
+
+// One of the audio streams of a movie.
+struct AudioStreamInfo
+{
+	// For people, for instance "AAC (Advanced Audio Coding)".
+	std::string mEncoding;
+	// "English", "Director's comments"; empty where the movie gives no name.
+	std::string mName;
+	unsigned mChannels = 0;
+	int mSampleRate = 0;
+	// Whether its channels are among those that are read.
+	bool mIsRead = false;
+};
+
+// What a sound file or a movie says of itself, checked when it was opened.
 struct AudioFileInfo
 {
 	std::filesystem::path mPath;
@@ -31,11 +49,20 @@ struct AudioFileInfo
 	// The place of each channel of mLayout in a frame of the file.
 	std::vector<unsigned> mChannelOrder;
 
+	// When the recording began, where the file says so.
+	std::optional<MediaStart> mStart;
+	// Which audio stream of a movie is read, from 1; 0 for all.
+	unsigned mStream = 0;
+	// The audio streams of a movie in the order of the file; empty for sound files.
+	std::vector<AudioStreamInfo> mStreams;
+	// For people, about what of the file is not read and why: clauses without the name of the file.
+	std::vector<std::string> mRemarks;
+	// What is known to be damaged: what inspecting the file found, and what those who read it by this find.
+	std::shared_ptr<MediaDamage> mDamage = std::make_shared<MediaDamage>();
+	// Where a movie's samples lie; null for sound files.
+	std::shared_ptr<MovieIndex const> mMovie;
+
 	unsigned GetNumChannels() const { return static_cast<unsigned>(mChannelOrder.size()); }
 };
-
-// Opens the file, or the standard input for "-", checks that it holds what its header promises, and says what it is. Throws a
-// HostError that says what is wrong with it.
-AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath);
 
 } // namespace SonaroHost

@@ -11,23 +11,26 @@
 namespace SonaroHost
 {
 
-class AudioFileDecoder;
 class DecodedSpool;
+class SoundDecoder;
 
-// Reads a sound file at any position, to the bit what one decode from start to end gives.
+// Reads a sound file, or the sound of a movie, at any position, to the bit what one decode from start to end gives.
 //
 // Method   Samples come in blocks of a fixed size, the last few of which are kept. Formats that can be
 //          entered anywhere (PCM, FLAC, ALAC and block ADPCM) are seeked, early enough for the codec to
-//          have its state. The state of the others (Vorbis, Opus, MPEG, GSM and stream ADPCM) depends on
+//          have its state. The state of the others (Vorbis, Opus, MPEG, AAC, GSM and stream ADPCM) depends on
 //          all that came before, so they are decoded from the start; once such a file is read backwards,
 //          its decoded samples go to a nameless temporary file.
-// Cost     Reading forward never seeks, and never allocates in seekable formats.
+// Damage   Packets of movies that cannot be decoded are silence of their length, and stand in GetInfo().mDamage.
+// Cost     Reading forward never seeks, and never allocates in seekable formats of sound files.
 // Threads  One at a time.
 class AudioFileReader
 {
 public:
 	// Opens the file; throws a HostError like InspectAudioFile.
-	explicit AudioFileReader(std::filesystem::path const& inPath);
+	explicit AudioFileReader(std::filesystem::path const& inPath, unsigned inStream = 0);
+	// Opens a file that was inspected, which is not done again.
+	explicit AudioFileReader(AudioFileInfo inInfo);
 	~AudioFileReader();
 	AudioFileReader(AudioFileReader const&) = delete;
 	AudioFileReader& operator=(AudioFileReader const&) = delete;
@@ -62,11 +65,8 @@ private:
 	[[noreturn]] void ThrowCutShort(std::int64_t inPosition) const;
 
 	AudioFileInfo mInfo;
-	std::unique_ptr<AudioFileDecoder> mDecoder;
+	std::unique_ptr<SoundDecoder> mDecoder;
 	std::unique_ptr<DecodedSpool> mSpool;
-	bool mIsSeekable;
-	// How many frames before the wanted one a seek goes.
-	std::int64_t mPrerollFrames;
 	std::int64_t mBlockFrames;
 	std::array<Block, 8> mBlocks;
 	std::uint64_t mUseCount = 0;

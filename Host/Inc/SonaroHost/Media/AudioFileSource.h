@@ -36,9 +36,13 @@ public:
 	static constexpr SN::Identifier<AudioFileSource> kIdentifier{
 		0xd16a24bb9fd1a84cull, 0x2f0c94a3c3d70a95ull};
 
-	// Throws a HostError when the file cannot be opened. inCountingRate: see the constructor.
+	// Throws a HostError when the file cannot be opened. inCountingRate: see the constructor;
+	// inStream: see InspectAudioFile.
 	static SN::InterfaceRef<AudioFileSource> Open(std::filesystem::path const& inPath,
-		std::optional<SN::FrameRate> const& inCountingRate = std::nullopt);
+		std::optional<SN::FrameRate> const& inCountingRate = std::nullopt, unsigned inStream = 0);
+	// The same of a file that was inspected.
+	static SN::InterfaceRef<AudioFileSource> Open(
+		AudioFileInfo const& inInfo, std::optional<SN::FrameRate> const& inCountingRate = std::nullopt);
 
 	// Sample k stands at k frames of inCountingRate, for which the file's own rate serves where it is left
 	// away. Nothing is resampled.

@@ -97,6 +97,8 @@ struct MixSettings
 	std::optional<bool> mSolo;
 	// A clip's channels: for each the channel of the media that feeds it, from 1. Empty for all.
 	std::vector<unsigned> mChannels;
+	// Which audio stream of a clip's movie is heard, from 1; 0 for all, one after the other.
+	unsigned mStream = 0;
 	std::optional<Fade> mFadeIn;
 	std::optional<Fade> mFadeOut;
 	// The shape of a transition.

@@ -39,6 +39,8 @@ struct ClipInput
 	// The place in the programme at the speed 1, in seconds or in samples of the output; without one, where the input
 	// before ends.
 	std::optional<TimePosition> mPosition = std::nullopt;
+	// Which audio stream of a movie, from 1; 0 for all, one after the other.
+	unsigned mStream = 0;
 };
 
 // Sound files to be rendered into another, one after the other or wherever they are put. There are no tracks to

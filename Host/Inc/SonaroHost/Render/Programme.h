@@ -4,6 +4,7 @@
 #include "Sonaro/Prefetcher.h"
 #include "Sonaro/Types.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/DamagedMedia.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 
@@ -12,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace SonaroHost
 {
@@ -31,6 +33,10 @@ struct Programme
 	std::filesystem::path mFile;
 	// Why one of the media stopped being decoded; nothing while all are. Called on the thread that renders.
 	std::function<std::optional<HostError>()> mFindFailure;
+	// The media in which damage was found until now.
+	std::function<std::vector<DamagedMedia>()> mListDamaged;
+	// Whether a render of it fails when there are any.
+	bool mRefusesDamage = false;
 };
 
 // The engine's graph of a programme; inContext, inPrefetcher and inView as SequenceGraph wants them. Throws a HostError

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/OutputFormat.h"
 #include "SonaroHost/Engine/ReadAhead.h"
+#include "SonaroHost/Media/DamagedMedia.h"
 #include "SonaroHost/Metering/LoudnessReading.h"
 #include "SonaroHost/Render/RenderedFile.h"
 #include "SonaroHost/Sequence/GraphReport.h"
@@ -46,6 +47,8 @@ struct RenderSummary
 	// The graph of the mix.
 	Sequence::GraphReport mGraph;
 	std::optional<PlaybackSummary> mPlayback;
+	// The media in which damage was found.
+	std::vector<DamagedMedia> mDamaged;
 	// What the render took by the clock.
 	double mElapsedSeconds = 0.0;
 };

@@ -47,6 +47,8 @@ enum class WaveformChannels
 struct WaveformRequest
 {
 	std::filesystem::path mInput;
+	// Which audio stream of a movie, from 1; 0 for all, one after the other.
+	unsigned mStream = 0;
 	std::filesystem::path mOutput;
 	WaveformFormat mFormat = WaveformFormat::kPng;
 	TimePosition mStart;

@@ -2,18 +2,21 @@
 
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/AudioFileSource.h"
+#include "SonaroHost/Media/DamagedMedia.h"
 #include "SonaroHost/Sequence/Media.h"
 
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace SonaroHost
 {
 
-// Sound files as media of sequences. Each file is one media, whatever the number of clips
-// that are cut from it, and each graph opens it once.
+// Sound files and movies as media of sequences. Each file is one media, whatever the number of clips
+// that are cut from it, and each graph opens it once. So is each audio stream of a movie that is read alone.
 //
 // Errors   A source gives silence where its file cannot be decoded: whoever renders asks GetFailure after each block.
 // Threads  Get, and making graphs: one at a time. GetFailure: the one that made the graphs.
@@ -23,22 +26,32 @@ public:
 	FileMedia();
 
 	// Looks into the file when it is new. Throws a HostError, the same every time, when it cannot be read.
-	// inShownPath: what people call it, as messages do.
+	// inShownPath: what people call it, as messages do. inStream: see InspectAudioFile.
 	std::shared_ptr<Sequence::Media const> Get(
-		std::filesystem::path const& inPath, std::filesystem::path const& inShownPath);
+		std::filesystem::path const& inPath, std::filesystem::path const& inShownPath, unsigned inStream = 0);
 
 	// What the file is, by the path that people call it; null for one that is not there or cannot be read.
-	AudioFileInfo const* FindInfo(std::filesystem::path const& inShownPath) const;
+	// inStream: as it was given to Get; nothing for the lowest.
+	AudioFileInfo const* FindInfo(std::filesystem::path const& inShownPath,
+		std::optional<unsigned> const& inStream = std::nullopt) const;
 
 	// Why one of the sources that graphs have opened and still hold stopped being decoded; the first one's.
 	std::optional<HostError> GetFailure() const;
 
+	// The files in which damage was found until now, in the order of their paths.
+	std::vector<DamagedMedia> ListDamaged() const;
+
 private:
+	// A path, and which stream is read.
+	using Key = std::pair<std::filesystem::path, unsigned>;
+
 	struct File
 	{
 		std::shared_ptr<Sequence::Media const> mMedia;
 		// Its path is the one for people.
 		AudioFileInfo mInfo;
+		// Whether it is a movie without sound.
+		bool mIsSilent = false;
 		// Why there are no media.
 		std::optional<HostError> mError;
 	};
@@ -46,9 +59,9 @@ private:
 
 	HostError NameAsShown(HostError const& inError) const;
 
-	std::map<std::filesystem::path, File> mFiles;
+	std::map<Key, File> mFiles;
 	// Files by the path for people.
-	std::map<std::filesystem::path, File const*> mShownFiles;
+	std::map<Key, File const*> mShownFiles;
 	// Shared with the media, which outlive this where a graph does.
 	std::shared_ptr<OpenSources> mSources;
 };

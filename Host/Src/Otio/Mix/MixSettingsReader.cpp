@@ -16,6 +16,9 @@ namespace SonaroHost::Otio
 namespace
 {
 
+// More than containers hold.
+constexpr unsigned kMaxStream = 1000;
+
 std::vector<unsigned> ReadChannels(Cursor const& inValue)
 {
 	std::vector<unsigned> channels;
@@ -35,6 +38,20 @@ std::vector<unsigned> ReadChannels(Cursor const& inValue)
 					   std::to_string(kMaxChannels));
 	}
 	return channels;
+}
+
+unsigned ReadStream(Cursor const& inValue)
+{
+	if (inValue.IsNothing())
+	{
+		return 0;
+	}
+	double const number = ReadNumber(inValue, 1.0, kMaxStream);
+	if (number != std::floor(number))
+	{
+		inValue.Refuse(Write(number) + " is not a whole number");
+	}
+	return static_cast<unsigned>(number);
 }
 
 std::string ReadLayout(Cursor const& inValue)
@@ -84,6 +101,7 @@ constexpr Setting kSettings[] = {
 	{"mute", Owner::kStack | Owner::kTrack | Owner::kClip, Set<&MixSettings::mMute, ReadBool>},
 	{"solo", Owner::kStack | Owner::kTrack, Set<&MixSettings::mSolo, ReadBool>},
 	{"channels", 0U | Owner::kClip, Set<&MixSettings::mChannels, ReadChannels>},
+	{"stream", 0U | Owner::kClip, Set<&MixSettings::mStream, ReadStream>},
 	{"fade_in", kSounding, Set<&MixSettings::mFadeIn, ReadFade>},
 	{"fade_out", kSounding, Set<&MixSettings::mFadeOut, ReadFade>},
 	{"curve", 0U | Owner::kTransition, Set<&MixSettings::mShape, ReadShape>},

@@ -126,6 +126,7 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	ItemTiming const& inTiming, std::string inWhySilent, LevelsOn inLevelsOn)
 {
 	ClipMedia const* const media = inWhySilent.empty() ? &mContext.mMedia.Get(inClip) : nullptr;
+	Ratio const mediaStart = media ? ChooseMediaStart(inClip, inPlacement, inTiming, *media) : Ratio();
 	ClipRow::Status status = inWhySilent.empty() ? ClipRow::Status::kHeard : ClipRow::Status::kSilent;
 	if (media && !media->mMedia)
 	{
@@ -134,9 +135,9 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	}
 	else if (media)
 	{
-		inWhySilent = CheckClip(inClip, inPlacement, inTiming, *media, status);
+		inWhySilent = CheckClip(inClip, inPlacement, inTiming, {*media, mediaStart}, status);
 	}
-	AddClipRow(inClip, inPlacement, inTiming, media, {status, inWhySilent});
+	AddClipRow(inClip, inPlacement, inTiming, media, {status, inWhySilent, mediaStart});
 	if (status == ClipRow::Status::kMissing || status == ClipRow::Status::kOutside)
 	{
 		mContext.mResult.mMissing.push_back(
@@ -148,8 +149,7 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	}
 	Sequence::Item item = MakeItem(inClip, inPlacement, inTiming);
 	Sequence::Clip content{media->mMedia, 0, media->mChannels};
-	Ratio const first =
-		(inTiming.mFirst - GetMediaStart(inClip)) * Ratio::FromDouble(media->mMedia->mSampleRate);
+	Ratio const first = (inTiming.mFirst - mediaStart) * Ratio::FromDouble(media->mMedia->mSampleRate);
 	content.mFirstFrame = first.Round() - (inTiming.mSpeed < Ratio() ? 1 : 0);
 	item.mOffset = first - Ratio(first.Round());
 	SN::AudioChannelLayout const& layout = mContext.mLayouts.GetLayout(inClip);
@@ -163,11 +163,11 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 }
 
 std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
-	ClipMedia const& inMedia, ClipRow::Status& outStatus)
+	StartedMedia const& inMedia, ClipRow::Status& outStatus)
 {
-	Ratio const rate = Ratio::FromDouble(inMedia.mMedia->mSampleRate);
-	Ratio const start = GetMediaStart(inClip);
-	Content const content{{start, start + Ratio(inMedia.mMedia->mFrames) / rate}, rate, "media", true};
+	Sequence::Media const& file = *inMedia.mMedia.mMedia;
+	Ratio const rate = Ratio::FromDouble(file.mSampleRate);
+	Content const content{{inMedia.mStart, inMedia.mStart + Ratio(file.mFrames) / rate}, rate, "media", true};
 	std::string whySilent;
 	if (mChecks.IsOutside(inPlacement, inTiming, content.mSpan))
 	{
@@ -175,7 +175,7 @@ std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacemen
 		TimeSpan const wanted = inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
 		whySilent = "covers " + DescribeSpan(content.mSpan) + ", but the clip uses " + DescribeSpan(wanted);
 		mContext.Tell(Note::Kind::kIgnored, inClip.mPlace,
-			QuotePath(inMedia.mPath) + " " + whySilent +
+			QuotePath(inMedia.mMedia.mPath) + " " + whySilent +
 				"; the clip is silent; correct its source_range or the available_range of the media");
 		return whySilent;
 	}
@@ -185,11 +185,35 @@ std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacemen
 	return whySilent;
 }
 
-Ratio ItemMaker::GetMediaStart(Clip const& inClip) const
+Ratio ItemMaker::ChooseMediaStart(
+	Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming, ClipMedia const& inMedia)
 {
 	MediaReference const* const reference = inClip.FindActiveMedia();
-	bool const tellsRange = reference && reference->mAvailableRange;
-	return tellsRange ? ToSeconds(reference->mAvailableRange->mStartTime) : Ratio();
+	if (reference && reference->mAvailableRange)
+	{
+		return ToSeconds(reference->mAvailableRange->mStartTime);
+	}
+	if (!inMedia.mMedia || !inMedia.mStart || !inClip.mSourceRange)
+	{
+		return {};
+	}
+	Ratio const length = Ratio(inMedia.mMedia->mFrames) / Ratio::FromDouble(inMedia.mMedia->mSampleRate);
+	TimeSpan const wanted = inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
+	auto const fits = [&](Ratio const& inStart)
+	{ return inStart <= wanted.mStart && wanted.mEnd <= inStart + length; };
+	auto const isOutside = [&](Ratio const& inStart) {
+		return mChecks.IsOutside(inPlacement, inTiming, {inStart, inStart + length});
+	};
+	Ratio const start = *inMedia.mStart;
+	if (fits(Ratio()) || (!fits(start) && (isOutside(start) || !isOutside(Ratio()))))
+	{
+		return {};
+	}
+	mContext.Tell(Note::Kind::kGuess, inClip.mPlace,
+		"the source_range fits " + QuotePath(inMedia.mPath) +
+			" only if it is counted from the file's own start, " + inMedia.mStartText +
+			"; it is counted from there");
+	return start;
 }
 
 void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
@@ -214,7 +238,7 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 		TimeMap const toContent = inTiming.mToContent.After(mScope.mToProgramme.Invert());
 		TimeSpan const used =
 			toContent.Map(TimeSpan{Ratio(row.mFirstFrame, rate), Ratio(row.mEndFrame, rate)});
-		Ratio const start = GetMediaStart(inClip);
+		Ratio const& start = inState.mMediaStart;
 		row.mMediaRate = static_cast<int>(mediaRate);
 		row.mFirstMediaSample = ((used.mStart - start) * Ratio::FromDouble(mediaRate)).Round();
 		row.mEndMediaSample = ((used.mEnd - start) * Ratio::FromDouble(mediaRate)).Round();

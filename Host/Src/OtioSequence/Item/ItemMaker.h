@@ -50,6 +50,14 @@ private:
 	{
 		ClipRow::Status mStatus;
 		std::string const& mWhySilent;
+		Ratio const& mMediaStart;
+	};
+
+	// Media, and the time in seconds at which they start.
+	struct StartedMedia
+	{
+		ClipMedia const& mMedia;
+		Ratio const& mStart;
 	};
 
 	// Which part of its content is heard backwards.
@@ -69,11 +77,14 @@ private:
 		ClipMedia const* inMedia, ClipState const& inState);
 	// Why it cannot be heard; empty when it can. They take notes.
 	std::string CheckClip(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
-		ClipMedia const& inMedia, ClipRow::Status& outStatus);
+		StartedMedia const& inMedia, ClipRow::Status& outStatus);
 	// Adds the row of a nest on a track.
 	void AddNestRow(Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout);
 	std::string CheckNest(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming);
-	Ratio GetMediaStart(Clip const& inClip) const;
+	// The time of the media's first sample: that of the available_range; without one 0, unless what is used of the media
+	// only fits when it is counted from the start that their file states, a guess.
+	Ratio ChooseMediaStart(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
+		ClipMedia const& inMedia);
 
 	std::optional<Sequence::Item> MakeNest(ItemView const& inItem, Placement const& inPlacement,
 		ItemTiming const& inTiming, std::string inWhySilent, LevelsOn inLevelsOn);

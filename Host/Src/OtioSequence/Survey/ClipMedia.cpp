@@ -3,6 +3,7 @@
 #include "Files/SystemFiles.h"
 #include "Media/MovieFile.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/SilentMovieError.h"
 
 #include <utility>
 
@@ -37,7 +38,7 @@ ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
 	switch (kind)
 	{
 	case MediaReference::Kind::kExternal:
-		media = ResolveFile(*reference);
+		media = ResolveFile(*reference, inClip.GetSettings().mStream);
 		break;
 	case MediaReference::Kind::kMissing:
 		media = MakeMissing({}, "the clip has no media");
@@ -91,14 +92,21 @@ void ClipMediaTable::ChooseChannels(Clip const& inClip, ClipMedia& ioMedia)
 	}
 }
 
-ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference)
+ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference, unsigned inStream)
 {
-	auto const [place, isNew] = mOpened.try_emplace(inReference.mTargetUrl);
+	auto const [place, isNew] = mOpened.try_emplace({inReference.mTargetUrl, inStream});
 	if (isNew)
 	{
-		place->second = Open(inReference.mTargetUrl);
+		place->second = Open(inReference.mTargetUrl, inStream);
 	}
 	FoundMedia const& found = place->second.mFound;
+	if (place->second.mIsSilent)
+	{
+		ClipMedia silence;
+		silence.mPath = found.mShownPath;
+		silence.mWhySilent = found.mWhyMissing;
+		return silence;
+	}
 	if (!found.IsFound())
 	{
 		return MakeMissing(found.mShownPath, found.mWhyMissing);
@@ -111,12 +119,38 @@ ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference)
 	ClipMedia media;
 	media.mPath = found.mShownPath;
 	media.mMedia = place->second.mMedia;
+	DescribeFile(place->second, inReference.mPlace, media);
 	return media;
 }
 
-ClipMediaTable::File ClipMediaTable::Open(std::string const& inUrl)
+void ClipMediaTable::DescribeFile(File const& inFile, std::string const& inPlace, ClipMedia& ioMedia)
+{
+	AudioFileInfo const* const info = mFiles.FindInfo(inFile.mFound.mShownPath, inFile.mStream);
+	if (!info)
+	{
+		return;
+	}
+	if (auto const& start = info->mStart)
+	{
+		ioMedia.mStart = Ratio(start->mUnits) * Ratio(start->mRateDivisor, start->mRate);
+		ioMedia.mStartText = start->mText;
+	}
+	for (std::string const& remark : info->mRemarks)
+	{
+		mNotes.push_back({Note::Kind::kRemark, inPlace, QuotePath(ioMedia.mPath) + ": " + remark});
+	}
+	DamagedMedia const damaged{ioMedia.mPath, info->mSampleRate, info->mDamage->Get()};
+	if (!damaged.mStretches.empty())
+	{
+		mNotes.push_back(
+			{Note::Kind::kIgnored, inPlace, QuotePath(ioMedia.mPath) + " " + DescribeDamage(damaged)});
+	}
+}
+
+ClipMediaTable::File ClipMediaTable::Open(std::string const& inUrl, unsigned inStream)
 {
 	File file;
+	file.mStream = inStream;
 	file.mFound = mFinder.Find(inUrl);
 	bool const isThere = file.mFound.IsFound();
 	if (isThere)
@@ -138,8 +172,8 @@ void ClipMediaTable::TakeSound(std::string const& inUrl, File& ioFile)
 		File sound;
 		sound.mFound.mPath = *path;
 		sound.mFound.mShownPath = mFinder.GetShown(*path);
-		sound.mFound.mRemark = QuotePath(movie.mShownPath) + " is a movie, whose audio is not supported; " +
-							   QuotePath(sound.mFound.mShownPath) + " is used instead";
+		sound.mFound.mRemark = QuotePath(movie.mShownPath) + " " + movie.mWhyMissing + "; using " +
+							   QuotePath(sound.mFound.mShownPath);
 		sound.mFound.mIsGuess = true;
 		Read(sound);
 		if (sound.mMedia)
@@ -148,9 +182,6 @@ void ClipMediaTable::TakeSound(std::string const& inUrl, File& ioFile)
 			return;
 		}
 	}
-	movie.mWhyMissing = (IsThere(movie.mPath) ? "is a movie, and movie audio is not supported"
-											  : movie.mWhyMissing + ", and movie audio is not supported") +
-						"; export it as a WAV file of the same name, next to the movie or in a media folder";
 }
 
 void ClipMediaTable::Read(File& ioFile)
@@ -158,7 +189,12 @@ void ClipMediaTable::Read(File& ioFile)
 	FoundMedia& found = ioFile.mFound;
 	try
 	{
-		ioFile.mMedia = mFiles.Get(found.mPath, found.mShownPath);
+		ioFile.mMedia = mFiles.Get(found.mPath, found.mShownPath, ioFile.mStream);
+	}
+	catch (SilentMovieError const& error)
+	{
+		found.mWhyMissing = error.GetParts().mReason;
+		ioFile.mIsSilent = true;
 	}
 	catch (HostError const& error)
 	{

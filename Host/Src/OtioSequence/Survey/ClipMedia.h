@@ -6,9 +6,12 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
 #include <filesystem>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace SonaroHost::Otio
@@ -20,6 +23,10 @@ struct ClipMedia
 	// Null for silence.
 	std::shared_ptr<Sequence::Media const> mMedia;
 	std::filesystem::path mPath;
+	// When the media begin by their own file, in seconds; nothing where that does not say so.
+	std::optional<Ratio> mStart;
+	// The start for people, as the file has it.
+	std::string mStartText;
 	// Channels of the media, counted from 0; empty for all.
 	std::vector<unsigned> mChannels;
 	// Why it is silent, and whether against the timeline's will.
@@ -45,26 +52,32 @@ public:
 private:
 	ClipMedia Resolve(Clip const& inClip);
 	void ChooseChannels(Clip const& inClip, ClipMedia& ioMedia);
-	ClipMedia ResolveFile(MediaReference const& inReference);
+	ClipMedia ResolveFile(MediaReference const& inReference, unsigned inStream);
 
 	// A URL's file, and what is cut from it; null where it is missing.
 	struct File
 	{
 		FoundMedia mFound;
+		// Which of a movie's audio streams is read; 0 for all.
+		unsigned mStream = 0;
 		std::shared_ptr<Sequence::Media const> mMedia;
+		// Whether it is a movie that has no sound.
+		bool mIsSilent = false;
 	};
 
-	File Open(std::string const& inUrl);
+	File Open(std::string const& inUrl, unsigned inStream);
 	// Where the file is a movie, in whose place a sound file may lie.
 	void TakeSound(std::string const& inUrl, File& ioFile);
 	// Sets why the file cannot be read where that fails.
 	void Read(File& ioFile);
+	// What the file says of itself becomes notes.
+	void DescribeFile(File const& inFile, std::string const& inPlace, ClipMedia& ioMedia);
 
 	MediaFinder const& mFinder;
 	FileMedia& mFiles;
 	std::vector<Note>& mNotes;
 	std::unordered_map<Clip const*, ClipMedia> mClips;
-	std::unordered_map<std::string, File> mOpened;
+	std::map<std::pair<std::string, unsigned>, File> mOpened;
 };
 
 } // namespace SonaroHost::Otio

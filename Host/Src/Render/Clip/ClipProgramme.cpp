@@ -96,6 +96,38 @@ std::optional<SN::AudioChannelMix::MixdownType51> FindMixdown(ProgrammePlan cons
 	return found != clips.end() ? found->mLayout.GetMixdown() : std::nullopt;
 }
 
+using Sources = std::vector<SN::InterfaceRef<AudioFileSource>>;
+
+std::optional<HostError> FindFailure(Sources const& inSources)
+{
+	for (SN::InterfaceRef<AudioFileSource> const& source : inSources)
+	{
+		if (auto failure = source->GetFailure())
+		{
+			return failure;
+		}
+	}
+	return std::nullopt;
+}
+
+// Each file once, in the order of the inputs.
+std::vector<DamagedMedia> ListDamaged(Sources const& inSources)
+{
+	std::vector<DamagedMedia> list;
+	for (SN::InterfaceRef<AudioFileSource> const& source : inSources)
+	{
+		AudioFileInfo const& info = source->GetInfo();
+		DamagedMedia media{info.mPath, info.mSampleRate, info.mDamage->Get()};
+		bool const isListed = std::any_of(list.begin(), list.end(),
+			[&media](DamagedMedia const& inListed) { return inListed.mPath == media.mPath; });
+		if (!media.mStretches.empty() && !isListed)
+		{
+			list.push_back(std::move(media));
+		}
+	}
+	return list;
+}
+
 } // namespace
 
 Programme MakeProgramme(ProgrammePlan const& inPlan)
@@ -106,7 +138,7 @@ Programme MakeProgramme(ProgrammePlan const& inPlan)
 	Sequence::Track& track = description->mTracks.emplace_back();
 	track.mLayout = inPlan.GetLayout();
 	std::map<PlannedClip const*, std::shared_ptr<Sequence::Media const>> media;
-	std::vector<SN::InterfaceRef<AudioFileSource>> sources;
+	Sources sources;
 	for (PlannedClip const& clip : inPlan.GetClips())
 	{
 		media[&clip] = MakeMedia(clip, inPlan.GetFrameRate());
@@ -116,18 +148,8 @@ Programme MakeProgramme(ProgrammePlan const& inPlan)
 	{
 		track.mItems.push_back(MakeItem(piece, media.at(piece.mClip), inPlan));
 	}
-	auto const findFailure = [sources]() -> std::optional<HostError>
-	{
-		for (SN::InterfaceRef<AudioFileSource> const& source : sources)
-		{
-			if (auto failure = source->GetFailure())
-			{
-				return failure;
-			}
-		}
-		return std::nullopt;
-	};
-	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {}, findFailure};
+	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {},
+		[sources] { return FindFailure(sources); }, [sources] { return ListDamaged(sources); }};
 }
 
 } // namespace SonaroHost

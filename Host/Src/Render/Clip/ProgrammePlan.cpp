@@ -44,7 +44,7 @@ std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<un
 PlannedClip OpenClip(ClipInput const& inInput)
 {
 	PlannedClip clip;
-	clip.mSource = AudioFileSource::Open(inInput.mPath);
+	clip.mSource = AudioFileSource::Open(inInput.mPath, std::nullopt, inInput.mStream);
 	FrameRange const range = ChooseRange(clip.GetInfo(), inInput.mStart, inInput.mDuration);
 	clip.mFirstFrame = range.mFirst;
 	clip.mSourceFrames = range.mFrames;

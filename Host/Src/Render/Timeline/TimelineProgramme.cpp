@@ -17,7 +17,8 @@ constexpr unsigned kBlockFrames = 4096;
 Programme MakeProgramme(TimelineSequence const& inSequence, FileMedia const& inMedia)
 {
 	return {inSequence.mDescription, inSequence.mSampleRate, inSequence.mFirstFrame, inSequence.mFrames,
-		inSequence.mFile, [&inMedia] { return inMedia.GetFailure(); }};
+		inSequence.mFile, [&inMedia] { return inMedia.GetFailure(); },
+		[&inMedia] { return inMedia.ListDamaged(); }};
 }
 
 void CheckCanRender(TimelineSequence const& inSequence, FileMedia const& inMedia)

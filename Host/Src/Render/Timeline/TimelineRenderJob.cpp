@@ -205,7 +205,9 @@ std::optional<RenderSummary> TimelineRenderJob::Run(
 		DropRows(mSequence);
 	}
 	mInput.DropTimeline();
-	return RenderJob(MakeProgramme(mSequence, mInput.GetMedia()), std::move(plan), inProgress, inStop).Run();
+	Programme programme = MakeProgramme(mSequence, mInput.GetMedia());
+	programme.mRefusesDamage = mRequest.mRefusesDamage;
+	return RenderJob(std::move(programme), std::move(plan), inProgress, inStop).Run();
 }
 
 RenderPlan TimelineRenderJob::MakePlan() const

@@ -8,20 +8,10 @@ FutureNotReadyException::FutureNotReadyException()
 {
 }
 
-FutureNotReadyException::FutureNotReadyException(FutureNotReadyException const&) noexcept = default;
-FutureNotReadyException& FutureNotReadyException::operator=(
-	FutureNotReadyException const&) noexcept = default;
-FutureNotReadyException::~FutureNotReadyException() = default;
-
 FutureIsCancelledException::FutureIsCancelledException()
 	: zorv_exception({}, 0, eWaitFailed, "Future Is Cancelled")
 {
 }
-
-FutureIsCancelledException::FutureIsCancelledException(FutureIsCancelledException const&) noexcept = default;
-FutureIsCancelledException& FutureIsCancelledException::operator=(
-	FutureIsCancelledException const&) noexcept = default;
-FutureIsCancelledException::~FutureIsCancelledException() = default;
 
 detail::FutureState::~FutureState() = default;
 
@@ -82,17 +72,6 @@ void detail::FutureState::SetStatus(FutureStatus inStatus)
 	mStatus = inStatus;
 	mChanged.notify_all();
 }
-
-UntypedFuture::UntypedFuture() = default;
-UntypedFuture::UntypedFuture(std::shared_ptr<detail::FutureState> inState)
-	: mState(std::move(inState))
-{
-}
-UntypedFuture::UntypedFuture(UntypedFuture const&) = default;
-UntypedFuture::UntypedFuture(UntypedFuture&&) noexcept = default;
-UntypedFuture& UntypedFuture::operator=(UntypedFuture const&) = default;
-UntypedFuture& UntypedFuture::operator=(UntypedFuture&&) noexcept = default;
-UntypedFuture::~UntypedFuture() = default;
 
 FutureStatus UntypedFuture::GetStatus() const
 {

@@ -81,10 +81,6 @@ NullPtrException::NullPtrException(std::string_view inTypeName)
 {
 }
 
-NullPtrException::NullPtrException(NullPtrException const&) noexcept = default;
-NullPtrException& NullPtrException::operator=(NullPtrException const&) noexcept = default;
-NullPtrException::~NullPtrException() = default;
-
 void DoThrowNullPtrException(std::string const& inTypeName)
 {
 	throw NullPtrException(inTypeName);

@@ -91,18 +91,13 @@ struct MonitorList
 	std::shared_ptr<Monitor> Replace(std::string_view inName, std::shared_ptr<Monitor> inMonitor)
 	{
 		std::lock_guard const lock(mMutex);
-		std::shared_ptr<Monitor> former;
-		auto const found = mMonitors.find(inName);
-		if (found != mMonitors.end())
+		auto const place = mMonitors.try_emplace(std::string(inName)).first;
+		place->second.swap(inMonitor);
+		if (!place->second)
 		{
-			former = std::move(found->second);
-			mMonitors.erase(found);
+			mMonitors.erase(place);
 		}
-		if (inMonitor)
-		{
-			mMonitors.emplace(inName, std::move(inMonitor));
-		}
-		return former;
+		return inMonitor;
 	}
 
 	// Takes inMonitor off when it is what has the name now.

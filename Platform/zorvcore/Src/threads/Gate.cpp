@@ -8,8 +8,6 @@ Gate::Gate(bool inOpen)
 {
 }
 
-Gate::~Gate() = default;
-
 void Gate::Open()
 {
 	// Notified under the lock, since whoever passes may destroy the gate.

@@ -18,8 +18,6 @@ QueueOnlyOnce::QueueOnlyOnce(
 {
 }
 
-QueueOnlyOnce::~QueueOnlyOnce() = default;
-
 bool QueueOnlyOnce::Queue()
 {
 	// The mark is set only when the executor has taken the task, so that no trigger counts on a run that is

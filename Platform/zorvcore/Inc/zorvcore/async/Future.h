@@ -21,9 +21,6 @@ class ZORV_API FutureNotReadyException : public config::zorv_exception
 {
 public:
 	FutureNotReadyException();
-	FutureNotReadyException(FutureNotReadyException const&) noexcept;
-	FutureNotReadyException& operator=(FutureNotReadyException const&) noexcept;
-	~FutureNotReadyException() override;
 };
 
 // There will be no outcome: "Future Is Cancelled", code eWaitFailed.
@@ -31,9 +28,6 @@ class ZORV_API FutureIsCancelledException : public config::zorv_exception
 {
 public:
 	FutureIsCancelledException();
-	FutureIsCancelledException(FutureIsCancelledException const&) noexcept;
-	FutureIsCancelledException& operator=(FutureIsCancelledException const&) noexcept;
-	~FutureIsCancelledException() override;
 };
 
 enum class FutureStatus
@@ -109,13 +103,11 @@ private:
 class ZORV_API UntypedFuture
 {
 public:
-	UntypedFuture();
-	explicit UntypedFuture(std::shared_ptr<detail::FutureState> inState);
-	UntypedFuture(UntypedFuture const&);
-	UntypedFuture(UntypedFuture&&) noexcept;
-	UntypedFuture& operator=(UntypedFuture const&);
-	UntypedFuture& operator=(UntypedFuture&&) noexcept;
-	~UntypedFuture();
+	UntypedFuture() = default;
+	explicit UntypedFuture(std::shared_ptr<detail::FutureState> inState)
+		: mState(std::move(inState))
+	{
+	}
 
 	FutureStatus GetStatus() const;
 

@@ -43,9 +43,6 @@ class ZORV_API NullPtrException : public zorv_exception
 {
 public:
 	explicit NullPtrException(std::string_view inTypeName);
-	NullPtrException(NullPtrException const&) noexcept;
-	NullPtrException& operator=(NullPtrException const&) noexcept;
-	~NullPtrException() override;
 };
 
 // Raises NullPtrException for a use of an empty reference to inTypeName.

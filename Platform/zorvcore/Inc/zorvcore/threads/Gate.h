@@ -17,7 +17,6 @@ public:
 	explicit Gate(bool inOpen);
 	Gate(Gate const&) = delete;
 	Gate& operator=(Gate const&) = delete;
-	~Gate();
 
 	void Open();
 	void Close();

@@ -23,7 +23,6 @@ public:
 
 	QueueOnlyOnce(QueueOnlyOnce const&) = delete;
 	QueueOnlyOnce& operator=(QueueOnlyOnce const&) = delete;
-	~QueueOnlyOnce();
 
 	// Whether a run will follow: false when the executor was stopped. While queued, this stays alive. The
 	// executor is not to run the task within its Queue.

@@ -1,4 +1,4 @@
-#include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 
 #include "Host/Refusal.h"
 #include "Media.h"
@@ -9,7 +9,7 @@
 
 #include <functional>
 
-namespace SonaroHost::Testing::AudioFileInfoTest
+namespace SonaroHost::Testing::AudioFileInspectionTest
 {
 
 using testing::AllOf;
@@ -27,7 +27,7 @@ std::size_t FindLength(std::string const& inBytes, std::string const& inChunk)
 	return inBytes.find(inChunk) + inChunk.size();
 }
 
-TEST(AudioFileInfo, AFileThatWasCutShortIsRefused)
+TEST(AudioFileInspection, AFileThatWasCutShortIsRefused)
 {
 	constexpr FileKind kKinds[] = {
 		{"WAV", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2, 44100},
@@ -66,7 +66,7 @@ TEST(AudioFileInfo, AFileThatWasCutShortIsRefused)
 	}
 }
 
-TEST(AudioFileInfo, LengthsThatWritersLeaveOpenCountAsNotStated)
+TEST(AudioFileInspection, LengthsThatWritersLeaveOpenCountAsNotStated)
 {
 	TemporaryFolder const folder;
 	struct Case
@@ -112,7 +112,7 @@ TEST(AudioFileInfo, LengthsThatWritersLeaveOpenCountAsNotStated)
 	}
 }
 
-TEST(AudioFileInfo, ARecordingThatWasNeverFinishedIsRefused)
+TEST(AudioFileInspection, ARecordingThatWasNeverFinishedIsRefused)
 {
 	TemporaryFolder const folder;
 	WriteSound(folder / "a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, MakeSound(2, 44100, 2000));
@@ -127,7 +127,7 @@ TEST(AudioFileInfo, ARecordingThatWasNeverFinishedIsRefused)
 	EXPECT_EQ(InspectAudioFile(folder / "a.wav").mFrames, 0);
 }
 
-TEST(AudioFileInfo, LayoutsFollowTheChannelsAndTheirMap)
+TEST(AudioFileInspection, LayoutsFollowTheChannelsAndTheirMap)
 {
 	struct Case
 	{
@@ -169,4 +169,4 @@ TEST(AudioFileInfo, LayoutsFollowTheChannelsAndTheirMap)
 	}
 }
 
-} // namespace SonaroHost::Testing::AudioFileInfoTest
+} // namespace SonaroHost::Testing::AudioFileInspectionTest

@@ -1,10 +1,13 @@
-#include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 
 #include "AudioFileDecoder.h"
 #include "DeclaredAudio.h"
+#include "Movie/Movies.h"
 #include "MpegLengthTag.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Media/NoSoundError.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
@@ -150,6 +153,23 @@ void CheckLastFrame(AudioFileDecoder& ioDecoder, AudioFileInfo const& inInfo)
 	}
 }
 
+// The time of day of the first sample of a broadcast WAV file. Writers that know none leave it 0.
+std::optional<MediaStart> FindTimeReference(AudioFileDecoder const& inDecoder)
+{
+	SF_BROADCAST_INFO broadcast{};
+	sf_command(inDecoder.GetHandle(), SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast);
+	std::uint64_t const samples =
+		std::uint64_t{broadcast.time_reference_high} << 32 | broadcast.time_reference_low;
+	int const rate = inDecoder.GetFormat().samplerate;
+	// Nothing is recorded more than some days after midnight: larger ones are no times.
+	if (samples == 0 || samples / static_cast<unsigned>(rate) >= kMaxSeconds)
+	{
+		return std::nullopt;
+	}
+	auto const units = static_cast<std::int64_t>(samples);
+	return MediaStart{units, rate, 1, FormatTime(units, rate)};
+}
+
 std::string GetFormatName(int inFormat)
 {
 	SF_FORMAT_INFO info{};
@@ -235,11 +255,9 @@ void SetLayout(AudioFileInfo& ioInfo, AudioFileDecoder const& inDecoder)
 	}
 }
 
-} // namespace
-
-AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
+// What libsndfile reads.
+AudioFileInfo InspectSoundFile(std::filesystem::path const& inPath)
 {
-	CheckIsFile(inPath);
 	AudioFileInfo info;
 	info.mPath = inPath;
 	info.mStatesLength = CheckFileSize(inPath);
@@ -255,6 +273,7 @@ AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
 	{
 		RefuseInput(inPath, "has no sample rate in its header");
 	}
+	info.mStart = FindTimeReference(decoder);
 	info.mFrames = format.frames;
 	if (decoder.StatesLength())
 	{
@@ -265,6 +284,41 @@ AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath)
 		info.mStatesLength = false;
 		info.mFrames = CountFrames(inPath);
 	}
+	return info;
+}
+
+// libsndfile, and libav for whatever that does not read.
+AudioFileInfo InspectAny(std::filesystem::path const& inPath, unsigned inStream)
+{
+	std::optional<NoSoundError> whyNot;
+	try
+	{
+		AudioFileInfo info = InspectSoundFile(inPath);
+		if (inStream > 1)
+		{
+			RefuseInput(inPath,
+				"is a sound file: it has one audio stream, and no stream " + std::to_string(inStream));
+		}
+		return info;
+	}
+	catch (NoSoundError const& error)
+	{
+		whyNot = error;
+	}
+	auto movie = InspectMovie(inPath, inStream);
+	if (!movie)
+	{
+		throw *whyNot;
+	}
+	return *std::move(movie);
+}
+
+} // namespace
+
+AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath, unsigned inStream)
+{
+	CheckIsFile(inPath);
+	AudioFileInfo info = InspectAny(inPath, inStream);
 	if (info.mFrames / info.mSampleRate >= kMaxSeconds)
 	{
 		RefuseInput(inPath, "is longer than 100 hours, the limit for media", "split it");

@@ -1,0 +1,36 @@
+#include "MediaRows.h"
+
+namespace SonaroCommand
+{
+
+Json DescribeStart(SonaroHost::MediaStart const& inStart)
+{
+	Json json;
+	json["text"] = inStart.mText;
+	json["seconds"] = static_cast<double>(inStart.mUnits) * static_cast<double>(inStart.mRateDivisor) /
+					  static_cast<double>(inStart.mRate);
+	return json;
+}
+
+Json ListDamage(std::vector<SonaroHost::MediaDamage::Stretch> const& inStretches)
+{
+	Json list = Json::array();
+	for (SonaroHost::MediaDamage::Stretch const& stretch : inStretches)
+	{
+		list.push_back({{"firstSample", stretch.mFirst}, {"endSample", stretch.mEnd}});
+	}
+	return list;
+}
+
+Json ListDamaged(std::vector<SonaroHost::DamagedMedia> const& inMedia)
+{
+	Json list = Json::array();
+	for (SonaroHost::DamagedMedia const& media : inMedia)
+	{
+		list.push_back({{"path", media.mPath.string()}, {"rate", media.mSampleRate},
+			{"stretches", ListDamage(media.mStretches)}});
+	}
+	return list;
+}
+
+} // namespace SonaroCommand

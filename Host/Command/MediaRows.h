@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Json.h"
+#include "SonaroHost/Media/DamagedMedia.h"
+#include "SonaroHost/Media/MediaStart.h"
+
+#include <vector>
+
+namespace SonaroCommand
+{
+
+// Facts about media as reports have them.
+Json DescribeStart(SonaroHost::MediaStart const& inStart);
+Json ListDamage(std::vector<SonaroHost::MediaDamage::Stretch> const& inStretches);
+Json ListDamaged(std::vector<SonaroHost::DamagedMedia> const& inMedia);
+
+} // namespace SonaroCommand

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// Where a file could not be decoded and silence stands in its place, as far as it was read.
+//
+// Threads  Any.
+class MediaDamage
+{
+public:
+	// Frames mFirst to mEnd of the file.
+	struct Stretch
+	{
+		std::int64_t mFirst = 0;
+		std::int64_t mEnd = 0;
+
+		bool operator==(Stretch const&) const = default;
+	};
+
+	// Several readers may find the same one. Empty ones are left out.
+	void Add(Stretch const& inStretch);
+
+	// In the order of the file; those that meet are one.
+	std::vector<Stretch> Get() const;
+
+private:
+	mutable std::mutex mMutex;
+	std::vector<Stretch> mStretches;
+};
+
+} // namespace SonaroHost

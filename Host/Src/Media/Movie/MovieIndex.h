@@ -1,0 +1,59 @@
+#pragma once
+
+#include "PacketTimes.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// Where the samples of a movie's audio streams lie, as reading all of its packets once has shown.
+struct MovieIndex
+{
+	// Positions of samples, sample 0 being the movie's first.
+	struct Run
+	{
+		std::int64_t mFirst = 0;
+		std::int64_t mEnd = 0;
+	};
+
+	// A packet at which decoding can begin.
+	struct Entry
+	{
+		// Where the packet before ended, and what is added to timestamps there.
+		std::int64_t mNext = 0;
+		std::int64_t mShift = 0;
+		// What the packet is known by.
+		std::int64_t mTimestamp = 0;
+		std::int64_t mByte = 0;
+	};
+
+	struct Stream
+	{
+		// Of all streams of the file, and where its channels stand among those that are read.
+		unsigned mIndex = 0;
+		unsigned mFirstChannel = 0;
+		unsigned mChannels = 0;
+		PacketTimes mTimes = PacketTimes::kLoose;
+		// Samples of each packet; 0 where the packets themselves say.
+		int mPacketSamples = 0;
+		// Whether packets say how many samples they hold, so that they need not be decoded to find out.
+		bool mIsCounted = false;
+		// The end of what is presented.
+		std::int64_t mEnd = 0;
+		// All that is not silence, in order.
+		std::vector<Run> mRuns;
+		// In order; empty unless all streams can be entered anywhere.
+		std::vector<Entry> mEntries;
+	};
+
+	std::vector<Stream> mStreams;
+	int mSampleRate = 0;
+	unsigned mChannels = 0;
+	std::int64_t mFrames = 0;
+	// Whether samples are the same after a seek.
+	bool mIsSeekExact = false;
+};
+
+} // namespace SonaroHost

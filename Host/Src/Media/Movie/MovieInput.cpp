@@ -1,0 +1,240 @@
+#include "MovieInput.h"
+
+#include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Media/NoSoundError.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+enum class TimeBase
+{
+	// Times count from the start of the movie.
+	kFromStart,
+	// Times are those of a broadcast, which had begun before.
+	kRunning,
+};
+
+struct Demuxer
+{
+	std::string_view mName;
+	TimeBase mTimeBase = TimeBase::kFromStart;
+	// How sure the demuxer must be: those of streams without a container find their frames in other files, too.
+	int mLeastScore = AVPROBE_SCORE_RETRY + 1;
+};
+
+constexpr int kSure = AVPROBE_SCORE_EXTENSION + 1;
+
+// None of those that libsndfile reads: what it refuses there is damaged.
+constexpr Demuxer kDemuxers[] = {
+	{"mov"},
+	{"matroska"},
+	{"mxf"},
+	{"avi"},
+	{"mpegts", TimeBase::kRunning},
+	{"mpeg", TimeBase::kRunning},
+	{"asf"},
+	{"flv"},
+	{"aac", TimeBase::kRunning, kSure},
+	{"ac3", TimeBase::kRunning, kSure},
+	{"eac3", TimeBase::kRunning, kSure},
+	{"dts", TimeBase::kRunning, kSure},
+};
+
+// Lists of other files and addresses.
+constexpr std::string_view kLists[] = {
+	"hls", "concat", "dash", "sdp", "imf", "rtsp", "webm_dash_manifest", "vapoursynth"};
+
+// What decodes sound, so that no file makes a decoder of pictures run.
+constexpr char kDecoders[] =
+	"aac,aac_latm,ac3,eac3,alac,flac,opus,vorbis,dca,truehd,mlp,mp1float,mp2float,mp3float,mp1,mp2,mp3,"
+	"wmav1,wmav2,wmapro,wmalossless,s302m,adpcm_ms,adpcm_ima_wav,adpcm_ima_qt,mace3,mace6,qdm2,qdmc,"
+	"amrnb,amrwb,gsm,gsm_ms,tta,wavpack,"
+	"pcm_alaw,pcm_mulaw,pcm_bluray,pcm_dvd,pcm_lxf,pcm_f16le,pcm_f24le,pcm_f32be,pcm_f32le,pcm_f64be,pcm_"
+	"f64le,"
+	"pcm_s8,pcm_s8_planar,pcm_s16be,pcm_s16be_planar,pcm_s16le,pcm_s16le_planar,pcm_s24be,pcm_s24daud,pcm_"
+	"s24le,"
+	"pcm_s24le_planar,pcm_s32be,pcm_s32le,pcm_s32le_planar,pcm_s64be,pcm_s64le,pcm_u8,pcm_u16be,pcm_u16le,"
+	"pcm_u24be,"
+	"pcm_u24le,pcm_u32be,pcm_u32le";
+
+constexpr int kBufferSize = 65536;
+
+// A demuxer's first name.
+std::string_view GetName(AVInputFormat const& inDemuxer)
+{
+	std::string_view const names = inDemuxer.name;
+	return names.substr(0, names.find(','));
+}
+
+Demuxer const* FindDemuxer(std::string_view inName)
+{
+	auto const found = std::find_if(std::begin(kDemuxers), std::end(kDemuxers),
+		[inName](Demuxer const& inDemuxer) { return inDemuxer.mName == inName; });
+	return found != std::end(kDemuxers) ? found : nullptr;
+}
+
+std::string DescribeError(int inError)
+{
+	std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
+	av_strerror(inError, text.data(), text.size());
+	return text.data();
+}
+
+} // namespace
+
+MovieInput::MovieInput(std::filesystem::path const& inPath)
+{
+	std::filesystem::path const path = GetReadablePath(inPath);
+	mFile.reset(std::fopen(path.c_str(), "rb"));
+	if (!mFile)
+	{
+		throw HostError(HostError::Kind::kInput,
+			MakeInputParts(inPath, "cannot be opened: " + std::generic_category().message(errno)));
+	}
+	mLength = static_cast<std::int64_t>(std::filesystem::file_size(path));
+	auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
+	mBytes.reset(
+		avio_alloc_context(buffer, kBufferSize, 0, this, &MovieInput::Read, nullptr, &MovieInput::Seek));
+	Open(inPath, Recognise(inPath));
+}
+
+MovieInput::~MovieInput() = default;
+
+AVInputFormat const* MovieInput::Recognise(std::filesystem::path const& inPath)
+{
+	AVInputFormat const* demuxer = nullptr;
+	int const score = av_probe_input_buffer2(mBytes.get(), &demuxer, "", nullptr, 0, 0);
+	std::string_view const name = demuxer ? GetName(*demuxer) : std::string_view();
+	if (std::find(std::begin(kLists), std::end(kLists), name) != std::end(kLists))
+	{
+		throw HostError(HostError::Kind::kInput,
+			MakeInputParts(inPath,
+				"is a list of other files or addresses (" + std::string(name) + "), which are not followed",
+				"give the files that it names"));
+	}
+	Demuxer const* const known = FindDemuxer(name);
+	if (!known || score < known->mLeastScore)
+	{
+		throw NoSoundError(MakeInputParts(inPath, "cannot be read as sound: its format is not known"));
+	}
+	return demuxer;
+}
+
+void MovieInput::Open(std::filesystem::path const& inPath, AVInputFormat const* inDemuxer)
+{
+	AVFormatContext* format = avformat_alloc_context();
+	format->pb = mBytes.get();
+	format->codec_whitelist = av_strdup(kDecoders);
+	format->protocol_whitelist = av_strdup("");
+	format->io_open = [](AVFormatContext*, AVIOContext**, char const*, int, AVDictionary**)
+	{ return AVERROR(EPERM); };
+	// It frees the context when it fails.
+	int error = avformat_open_input(&format, "", inDemuxer, nullptr);
+	if (error >= 0)
+	{
+		mFormat.reset(format);
+		error = avformat_find_stream_info(format, nullptr);
+	}
+	if (error < 0)
+	{
+		throw HostError(HostError::Kind::kInput,
+			MakeInputParts(inPath,
+				"is truncated or damaged: its header cannot be read (" + std::string(GetName(*inDemuxer)) +
+					": " + DescribeError(error) + ")",
+				"get a complete copy"));
+	}
+	bool isAnyKnown = false;
+	for (unsigned i = 0; i < mFormat->nb_streams; ++i)
+	{
+		isAnyKnown = isAnyKnown || GetStream(i).codecpar->codec_id != AV_CODEC_ID_NONE;
+		if (GetStream(i).codecpar->codec_type == AVMEDIA_TYPE_AUDIO)
+		{
+			mAudioStreams.push_back(i);
+		}
+	}
+	if (!isAnyKnown)
+	{
+		throw HostError(HostError::Kind::kInput,
+			MakeInputParts(
+				inPath, "is truncated or damaged: its header names no streams", "get a complete copy"));
+	}
+}
+
+bool MovieInput::IsRead(char const* inDemuxer) const
+{
+	return GetName(*mFormat->iformat) == inDemuxer;
+}
+
+std::int64_t MovieInput::GetStart() const
+{
+	Demuxer const* const demuxer = FindDemuxer(GetName(*mFormat->iformat));
+	bool const isRunning = demuxer->mTimeBase == TimeBase::kRunning && mFormat->start_time != AV_NOPTS_VALUE;
+	return isRunning ? mFormat->start_time : 0;
+}
+
+void MovieInput::Choose(std::vector<unsigned> const& inStreams)
+{
+	for (unsigned i = 0; i < mFormat->nb_streams; ++i)
+	{
+		bool const isChosen = std::find(inStreams.begin(), inStreams.end(), i) != inStreams.end();
+		mFormat->streams[i]->discard = isChosen ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+	}
+}
+
+bool MovieInput::ReadPacket(AVPacket& outPacket)
+{
+	for (;;)
+	{
+		av_packet_unref(&outPacket);
+		if (av_read_frame(mFormat.get(), &outPacket) < 0)
+		{
+			return false;
+		}
+		// Streams may come up while reading, and some demuxers do not skip.
+		auto const index = static_cast<unsigned>(outPacket.stream_index);
+		if (mFormat->streams[index]->discard != AVDISCARD_ALL)
+		{
+			return true;
+		}
+	}
+}
+
+bool MovieInput::SeekTo(unsigned inStream, std::int64_t inTimestamp)
+{
+	return av_seek_frame(mFormat.get(), static_cast<int>(inStream), inTimestamp, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+int MovieInput::Read(void* inSelf, std::uint8_t* outBytes, int inCount)
+{
+	std::size_t const count = std::fread(
+		outBytes, 1, static_cast<std::size_t>(inCount), static_cast<MovieInput*>(inSelf)->mFile.get());
+	return count > 0 ? static_cast<int>(count) : AVERROR_EOF;
+}
+
+std::int64_t MovieInput::Seek(void* inSelf, std::int64_t inOffset, int inOrigin)
+{
+	auto* const self = static_cast<MovieInput*>(inSelf);
+	if (inOrigin == AVSEEK_SIZE)
+	{
+		return self->mLength;
+	}
+	if (std::fseek(self->mFile.get(), inOffset, inOrigin & ~AVSEEK_FORCE) != 0)
+	{
+		return AVERROR(errno);
+	}
+	return std::ftell(self->mFile.get());
+}
+
+} // namespace SonaroHost

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Files/SystemFiles.h"
+#include "LibavPointers.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// A container of sound, with or without pictures, as libavformat reads it: from the one file alone, by the demuxers of a
+// list of ours. Nothing that the file names is opened.
+//
+// Threads  One at a time.
+class MovieInput
+{
+public:
+	// Throws a HostError when the file is a container that cannot be read, and a NoSoundError when it is none.
+	explicit MovieInput(std::filesystem::path const& inPath);
+	~MovieInput();
+	MovieInput(MovieInput const&) = delete;
+	MovieInput& operator=(MovieInput const&) = delete;
+
+	AVFormatContext const& GetFormat() const { return *mFormat; }
+	AVStream const& GetStream(unsigned inIndex) const { return *mFormat->streams[inIndex]; }
+	std::vector<unsigned> const& GetAudioStreams() const { return mAudioStreams; }
+
+	// The name of the demuxer begins so, as "mov" of "mov,mp4,m4a,3gp,3g2,mj2".
+	bool IsRead(char const* inDemuxer) const;
+	// The movie's start in units of AV_TIME_BASE: 0 where the container's clock starts there, otherwise the first time of
+	// all its streams.
+	std::int64_t GetStart() const;
+
+	// Only these streams come from ReadPacket; the demuxer skips others where it can.
+	void Choose(std::vector<unsigned> const& inStreams);
+	// False at the end.
+	bool ReadPacket(AVPacket& outPacket);
+	// To the last packet of the stream at the timestamp or before it, or earlier.
+	bool SeekTo(unsigned inStream, std::int64_t inTimestamp);
+
+private:
+	static int Read(void* inSelf, std::uint8_t* outBytes, int inCount);
+	static std::int64_t Seek(void* inSelf, std::int64_t inOffset, int inOrigin);
+	AVInputFormat const* Recognise(std::filesystem::path const& inPath);
+	void Open(std::filesystem::path const& inPath, AVInputFormat const* inDemuxer);
+
+	FileHandle mFile;
+	std::int64_t mLength = 0;
+	LibavPointer<AVIOContext> mBytes;
+	LibavPointer<AVFormatContext> mFormat;
+	std::vector<unsigned> mAudioStreams;
+};
+
+} // namespace SonaroHost

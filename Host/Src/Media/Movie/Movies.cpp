@@ -1,0 +1,245 @@
+#include "Movies.h"
+
+#include "MovieDecoder.h"
+#include "MovieInput.h"
+#include "MovieLayout.h"
+#include "MovieScan.h"
+#include "MovieStart.h"
+#include "PacketDecoder.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Media/MovieLibraries.h"
+#include "SonaroHost/Media/NoSoundError.h"
+#include "SonaroHost/Media/SilentMovieError.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+// Of what is read alone, a single stream, the number is as useful as a name.
+std::string GetStreamName(AVStream const& inStream)
+{
+	std::string name;
+	for (char const* const tag : {"title", "language"})
+	{
+		AVDictionaryEntry const* const entry = av_dict_get(inStream.metadata, tag, nullptr, 0);
+		std::string const text = entry ? entry->value : "";
+		if (name.empty() && text != "und")
+		{
+			name = text;
+		}
+	}
+	return name;
+}
+
+AudioStreamInfo DescribeStream(AVStream const& inStream)
+{
+	AVCodecDescriptor const* const codec = avcodec_descriptor_get(inStream.codecpar->codec_id);
+	AudioStreamInfo info;
+	info.mEncoding =
+		codec && codec->long_name ? codec->long_name : avcodec_get_name(inStream.codecpar->codec_id);
+	info.mName = GetStreamName(inStream);
+	info.mChannels = static_cast<unsigned>(std::max(inStream.codecpar->ch_layout.nb_channels, 0));
+	info.mSampleRate = inStream.codecpar->sample_rate;
+	return info;
+}
+
+// Why a stream cannot be read; empty when it can.
+std::string FindFault(AudioStreamInfo const& inStream)
+{
+	if (inStream.mSampleRate < 1)
+	{
+		return "has no sample rate";
+	}
+	return inStream.mChannels < 1 ? "has no channels" : "";
+}
+
+std::string NameStream(std::size_t inIndex)
+{
+	return "audio stream " + std::to_string(inIndex + 1);
+}
+
+// What the decoder has against a stream; nothing where it takes it.
+std::string FindFaultOfDecoder(AVStream const& inStream)
+{
+	try
+	{
+		PacketDecoder const decoder(inStream);
+		return {};
+	}
+	catch (std::runtime_error const& error)
+	{
+		return std::string("cannot be decoded: ") + error.what();
+	}
+}
+
+// The streams that are read, as indices of all streams of the file. Marks them in the info, and remarks on the others.
+std::vector<unsigned> ChooseStreams(MovieInput const& inInput, AudioFileInfo& ioInfo)
+{
+	std::vector<unsigned> chosen;
+	for (std::size_t i = 0; i < ioInfo.mStreams.size(); ++i)
+	{
+		AudioStreamInfo& stream = ioInfo.mStreams[i];
+		if (ioInfo.mStream != 0 && i + 1 != ioInfo.mStream)
+		{
+			continue;
+		}
+		std::string fault = FindFault(stream);
+		if (fault.empty())
+		{
+			fault = FindFaultOfDecoder(inInput.GetStream(inInput.GetAudioStreams()[i]));
+		}
+		if (fault.empty() && !chosen.empty() && stream.mSampleRate != ioInfo.mSampleRate)
+		{
+			fault = "has " + std::to_string(stream.mSampleRate) + " Hz and not " +
+					std::to_string(ioInfo.mSampleRate) +
+					" Hz as the first one; it is heard alone when it is chosen as the stream";
+		}
+		if (!fault.empty())
+		{
+			ioInfo.mRemarks.push_back(NameStream(i) + " is not read: it " + fault);
+			continue;
+		}
+		ioInfo.mSampleRate = stream.mSampleRate;
+		ioInfo.mEncoding = chosen.empty() ? stream.mEncoding : ioInfo.mEncoding;
+		stream.mIsRead = true;
+		chosen.push_back(inInput.GetAudioStreams()[i]);
+	}
+	return chosen;
+}
+
+[[noreturn]] void RefuseMovie(
+	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy)
+{
+	throw HostError(HostError::Kind::kInput, MakeInputParts(inPath, inReason, inRemedy));
+}
+
+void CheckStream(AudioFileInfo const& inInfo)
+{
+	if (inInfo.mStreams.empty())
+	{
+		throw SilentMovieError(MakeInputParts(inInfo.mPath, "is a movie without sound"));
+	}
+	if (inInfo.mStream > inInfo.mStreams.size())
+	{
+		RefuseMovie(inInfo.mPath,
+			"has no audio stream " + std::to_string(inInfo.mStream) + ": the last one is " +
+				std::to_string(inInfo.mStreams.size()),
+			{});
+	}
+}
+
+int GetIntegerBits(AVCodecParameters const& inParameters)
+{
+	AVCodecID const codec = inParameters.codec_id;
+	if (codec == AV_CODEC_ID_ALAC || codec == AV_CODEC_ID_FLAC)
+	{
+		return inParameters.bits_per_raw_sample;
+	}
+	std::string const name = avcodec_get_name(codec);
+	bool const isInteger = name.starts_with("pcm_s") || name.starts_with("pcm_u");
+	return isInteger ? av_get_exact_bits_per_sample(codec) : 0;
+}
+
+void CheckChannels(AudioFileInfo const& inInfo)
+{
+	unsigned channels = 0;
+	for (AudioStreamInfo const& stream : inInfo.mStreams)
+	{
+		channels += stream.mIsRead ? stream.mChannels : 0;
+	}
+	if (channels > kMaxChannels)
+	{
+		RefuseMovie(inInfo.mPath,
+			"has " + std::to_string(channels) + " channels; at most " + std::to_string(kMaxChannels) +
+				" are supported",
+			"choose one of its streams");
+	}
+}
+
+} // namespace
+
+std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, unsigned inStream)
+{
+	std::optional<MovieInput> input;
+	try
+	{
+		input.emplace(inPath);
+	}
+	catch (NoSoundError const&)
+	{
+		return std::nullopt;
+	}
+	AudioFileInfo info;
+	info.mPath = inPath;
+	info.mStream = inStream;
+	info.mContainer = input->GetFormat().iformat->long_name;
+	for (unsigned const stream : input->GetAudioStreams())
+	{
+		info.mStreams.push_back(DescribeStream(input->GetStream(stream)));
+	}
+	CheckStream(info);
+	std::vector<unsigned> const streams = ChooseStreams(*input, info);
+	if (streams.empty())
+	{
+		RefuseMovie(inPath, "has sound that cannot be read: " + info.mRemarks.front(), {});
+	}
+	CheckChannels(info);
+	info.mIntegerBits = GetIntegerBits(*input->GetStream(streams.front()).codecpar);
+	info.mStart = FindMovieStart(*input, info.mSampleRate);
+	SetMovieLayout(*input, streams, info);
+	try
+	{
+		auto const index =
+			std::make_shared<MovieIndex const>(ScanMovie(inPath, *input, streams, *info.mDamage));
+		info.mFrames = index->mFrames;
+		info.mMovie = index;
+	}
+	catch (HostError const&)
+	{
+		throw;
+	}
+	catch (std::runtime_error const& error)
+	{
+		RefuseMovie(inPath, std::string("has sound that cannot be read: ") + error.what(),
+			"export it as a sound file");
+	}
+	auto const& read = info.mMovie->mStreams;
+	if (std::all_of(read.begin(), read.end(), [](auto const& inRead) { return inRead.mRuns.empty(); }))
+	{
+		RefuseMovie(inPath,
+			"has audio streams, but no audio in them: it is damaged, or its audio is in other files",
+			"get a complete copy, with all of its audio in it");
+	}
+	return info;
+}
+
+std::unique_ptr<SoundDecoder> OpenMovieDecoder(AudioFileInfo const& inInfo)
+{
+	return std::make_unique<MovieDecoder>(inInfo.mPath, inInfo.mMovie, inInfo.mDamage);
+}
+
+std::string DescribeMovieLibraries()
+{
+	auto const describe = [](char const* inName, unsigned inVersion)
+	{
+		return std::string(inName) + " " + std::to_string(AV_VERSION_MAJOR(inVersion)) + "." +
+			   std::to_string(AV_VERSION_MINOR(inVersion)) + "." +
+			   std::to_string(AV_VERSION_MICRO(inVersion));
+	};
+	return describe("libavformat", avformat_version()) + ", " + describe("libavcodec", avcodec_version()) +
+		   ", " + describe("libswresample", swresample_version());
+}
+
+void SilenceMovieLibraries()
+{
+	av_log_set_level(AV_LOG_QUIET);
+}
+
+} // namespace SonaroHost

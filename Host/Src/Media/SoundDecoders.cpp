@@ -1,0 +1,18 @@
+#include "SoundDecoders.h"
+
+#include "AudioFileDecoder.h"
+#include "Movie/Movies.h"
+
+namespace SonaroHost
+{
+
+std::unique_ptr<SoundDecoder> OpenSoundDecoder(AudioFileInfo const& inInfo)
+{
+	if (inInfo.mMovie)
+	{
+		return OpenMovieDecoder(inInfo);
+	}
+	return std::make_unique<AudioFileDecoder>(inInfo.mPath);
+}
+
+} // namespace SonaroHost

@@ -1,0 +1,163 @@
+// Runs the real program on movies, as a shell does.
+
+#include "Movies.h"
+#include "ProgramRun.h"
+#include "SonaroHost/Media/MovieLibraries.h"
+#include "TimelineJson.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+namespace SonaroHost::Testing::MovieCommandTest
+{
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+constexpr int kRate = 48000;
+
+class MovieCommandTest : public ProgramTest
+{
+protected:
+	void SetUp() override
+	{
+		if (DescribeMovieLibraries().empty())
+		{
+			GTEST_SKIP() << "built without SONARO_WITH_LIBAV";
+		}
+		WriteSound(mFolder / "stereo.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, mSource.Pick({0, 1}));
+		WriteSound(mFolder / "mono.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, mSource.Pick({2}));
+	}
+
+	std::string Path(std::string const& inName) const { return (mFolder / inName).string(); }
+
+	// Two streams, of three channels together, and a picture from ten o'clock on.
+	void WriteFilm() const
+	{
+		RunFfmpeg("-f lavfi -i color=s=16x16:r=25:d=1 -i " + Path("stereo.wav") + " -i " + Path("mono.wav") +
+				  " -map 0 -map 1 -map 2 -timecode 10:00:00:00 -c:v mpeg2video -c:a pcm_s24le " +
+				  Path("film.mov"));
+	}
+
+	// AC-3 of which one packet is not whole.
+	void WriteDamaged() const
+	{
+		RunFfmpeg("-i " + Path("mono.wav") + " -c:a ac3 " + Path("damaged.mkv"));
+		std::string bytes = ReadBytes(mFolder / "damaged.mkv");
+		std::size_t const sync = bytes.find("\x0b\x77", bytes.size() / 2);
+		std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(sync) + 20, 40, '\x55');
+		WriteBytes(mFolder / "damaged.mkv", bytes);
+	}
+
+	void WriteTimeline(std::initializer_list<Json> inClips)
+	{
+		WriteBytes(mFolder / "edit.otio", Timeline({Track("Film", inClips)}).dump());
+	}
+
+	Sound const mSource = MakeIndexSound(3, kRate, 2 * kRate);
+};
+
+TEST_F(MovieCommandTest, StreamsAreChosenByOptionAndByMetadata)
+{
+	WriteFilm();
+	ASSERT_EQ(Run({"render", "film.mov", "-o", "all.wav"}).mExitCode, 0);
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "all.wav"), mSource));
+	ASSERT_EQ(Run({"render", "film.mov", "-o", "one.wav", "--stream", "2"}).mExitCode, 0);
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "one.wav"), mSource.Pick({2})));
+	ExpectRefusal(
+		{"render", "film.mov", "-o", "x.wav", "--stream", "3"}, 1, {"'film.mov': has no audio stream 3"});
+	ExpectRefusal({"render", "film.mov", "mono.wav", "-o", "x.wav", "--stream", "1"}, 2,
+		{"--stream applies only to a single"});
+
+	WriteTimeline({WithSettings(Clip("a", "film.mov"), {{"stream", 2}}),
+		WithSettings(Clip("b", "film.mov"), {{"channels", {3}}})});
+	ProgramResult const result = Run({"render", "edit.otio", "-o", "edit.wav"});
+	ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
+	Sound twice = mSource.Pick({2}).Cut(0, kRate);
+	twice.mSamples.insert(twice.mSamples.end(), twice.mSamples.begin(), twice.mSamples.begin() + kRate);
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "edit.wav"), twice));
+	// The sound beside it would be taken for that of a movie that cannot be read.
+	EXPECT_EQ(Run({"render", "edit.otio", "-o", "film.wav"}).mExitCode, 0);
+}
+
+TEST_F(MovieCommandTest, InfoShowsStreamsAndStart)
+{
+	WriteFilm();
+	EXPECT_THAT(Run({"info", "film.mov"}).mOutput,
+		AllOf(HasSubstr("10:00:00:00 at 25 fps"),
+			HasSubstr("1: PCM signed 24-bit little-endian, 2 channels, 48000 Hz"),
+			HasSubstr("2: PCM signed 24-bit little-endian, 1 channel, 48000 Hz")));
+	Json const json = Json::parse(Run({"info", "film.mov", "--json", "--stream", "2"}).mOutput);
+	EXPECT_EQ(json["start"]["seconds"], 36000.0);
+	EXPECT_EQ(json["streams"][0]["isRead"], false);
+	EXPECT_EQ(json["streams"][1]["isRead"], true);
+	WriteTimeline({Clip("a", "film.mov"), Clip("b", "mono.wav")});
+	EXPECT_THAT(Run({"info", "edit.otio"}).mOutput, HasSubstr("length  start                  file"));
+	EXPECT_THAT(Run({"--version"}).mOutput, HasSubstr("libavcodec"));
+}
+
+TEST_F(MovieCommandTest, ClipsAreCountedFromTheTimecodeWhereTheyFitOnlySo)
+{
+	WriteFilm();
+	struct Case
+	{
+		double mStart;
+		std::int64_t mFirst;
+		bool mIsGuess;
+	};
+	for (Case const& test : {Case{0.5, 24000, false}, {36000.5, 24000, true}, {36001.0, 48000, true}})
+	{
+		SCOPED_TRACE(test.mStart);
+		WriteTimeline({WithSettings(Clip("a", "film.mov", test.mStart), {{"channels", {1}}})});
+		ProgramResult const result = Run({"render", "edit.otio", "-o", "edit.wav"});
+		EXPECT_EQ(result.mExitCode, 0);
+		EXPECT_EQ(
+			result.mErrors.find("from the file's own start, 10:00:00:00 at 25 fps") != std::string::npos,
+			test.mIsGuess)
+			<< result.mErrors;
+		EXPECT_TRUE(SameBits(ReadSound(mFolder / "edit.wav"), mSource.Pick({0}).Cut(test.mFirst, kRate)));
+	}
+	WriteTimeline({Clip("a", "film.mov", 7200.0)});
+	EXPECT_EQ(Run({"render", "edit.otio", "-o", "edit.wav"}).mExitCode, 3);
+	// An available_range says where the file starts.
+	Json clip = Clip("a", "film.mov", 36000.5);
+	clip["media_reference"]["available_range"] = Range(36000.25, 1.5);
+	WriteTimeline({WithSettings(clip, {{"channels", {1}}})});
+	EXPECT_EQ(Run({"render", "edit.otio", "-o", "edit.wav", "--strict"}).mExitCode, 0);
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "edit.wav"), mSource.Pick({0}).Cut(12000, kRate)));
+}
+
+TEST_F(MovieCommandTest, DamageIsReportedAndStrictlyRefused)
+{
+	WriteDamaged();
+	WriteTimeline({Clip("a", "damaged.mkv", 0.0, 1.8)});
+	ProgramResult const result = Run({"render", "edit.otio", "-o", "edit.wav", "--report", "edit.json"});
+	EXPECT_EQ(result.mExitCode, 0);
+	EXPECT_THAT(result.mErrors, HasSubstr("damaged.mkv' is damaged: silence from 0:0"));
+	Json const report = Json::parse(ReadBytes(mFolder / "edit.json"));
+	Json const& stretch = report["damaged"].at(0)["stretches"].at(0);
+	EXPECT_EQ(stretch["endSample"].get<int>() - stretch["firstSample"].get<int>(), 1536);
+	std::filesystem::remove(mFolder / "edit.wav");
+	ExpectRefusal({"render", "edit.otio", "-o", "edit.wav", "--strict"}, 1, {"damaged.mkv", "is damaged"});
+	EXPECT_FALSE(std::filesystem::exists(mFolder / "edit.wav"));
+	EXPECT_EQ(Run({"render", "edit.otio", "-o", "edit.wav", "--strict=media"}).mExitCode, 0);
+	EXPECT_THAT(Run({"render", "damaged.mkv", "-o", "all.wav"}).mErrors, HasSubstr("is damaged"));
+}
+
+TEST_F(MovieCommandTest, MoviesWithoutSoundAreSilentAndNotMissing)
+{
+	RunFfmpeg("-f lavfi -i color=s=16x16:r=25:d=1 -c:v mpeg2video " + Path("mute.mov"));
+	WriteTimeline({Clip("a", "mute.mov"), Clip("b", "mono.wav")});
+	ProgramResult const result =
+		Run({"render", "edit.otio", "-o", "edit.wav", "--strict", "--report", "edit.json"});
+	EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
+	EXPECT_THAT(ReadBytes(mFolder / "edit.json"), HasSubstr("is a movie without sound"));
+	Sound expected{1, kRate, std::vector<float>(kRate)};
+	Sound const heard = mSource.Pick({2}).Cut(0, kRate);
+	expected.mSamples.insert(expected.mSamples.end(), heard.mSamples.begin(), heard.mSamples.end());
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "edit.wav"), expected));
+	ExpectRefusal({"render", "mute.mov", "-o", "x.wav"}, 1, {"is a movie without sound"});
+}
+
+} // namespace SonaroHost::Testing::MovieCommandTest

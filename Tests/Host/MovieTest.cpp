@@ -1,0 +1,485 @@
+#include "Movies.h"
+#include "Pulling.h"
+#include "Refusal.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
+#include "SonaroHost/Media/AudioFileReader.h"
+#include "SonaroHost/Media/MovieLibraries.h"
+#include "SonaroHost/Media/SilentMovieError.h"
+#include "Support/Trials.h"
+
+#include <gmock/gmock.h>
+
+#include <random>
+
+namespace SonaroHost::Testing::MovieTest
+{
+
+using testing::HasSubstr;
+
+class Movies : public testing::Test
+{
+protected:
+	void SetUp() override
+	{
+		if (DescribeMovieLibraries().empty())
+		{
+			GTEST_SKIP() << "built without SONARO_WITH_LIBAV";
+		}
+		SilenceMovieLibraries();
+	}
+
+	std::string Path(std::string const& inName) const { return (mFolder / inName).string(); }
+
+	// The source of a movie, named so in the arguments of ffmpeg.
+	std::string Write(Sound const& inSound, std::string const& inName = "source.wav") const
+	{
+		WriteSound(mFolder / inName, SF_FORMAT_WAV | SF_FORMAT_PCM_24, inSound);
+		return Path(inName);
+	}
+
+	TemporaryFolder mFolder;
+};
+
+// A picture beside the sound.
+constexpr char const* kPicture = "-f lavfi -i color=s=16x16:r=25:d=1 ";
+constexpr char const* kPictureCodec = " -c:v mpeg2video";
+
+// Several blocks of the reader, and not a whole number of anything.
+constexpr std::int64_t kFrames = 40001;
+
+struct PcmCase
+{
+	std::string mName;
+	// Before and after the source among the arguments.
+	std::string mBefore;
+	std::string mAfter;
+	int mChannels = 2;
+	int mSampleRate = 48000;
+	// Silence before the source, and how many of its frames are cut off at its start.
+	std::int64_t mSilence = 0;
+	std::int64_t mCut = 0;
+	// Whether a container of whole frames of the picture may pad the end.
+	bool mIsPadded = false;
+};
+
+std::string SplitToMono(int inStreams)
+{
+	std::string filter = " -filter_complex \"[1:a]channelsplit=channel_layout=7.1";
+	std::string maps;
+	for (int i = 0; i < inStreams; ++i)
+	{
+		filter += "[m" + std::to_string(i) + "]";
+		maps += " -map [m" + std::to_string(i) + "]";
+	}
+	return filter + "\" -map 0:v" + maps;
+}
+
+std::vector<PcmCase> MakePcmCases()
+{
+	std::string const picture = kPicture;
+	std::string const codec = kPictureCodec;
+	return {
+		{"plain.mov", "", "-c:a pcm_s24le"},
+		{"big-endian.mov", picture, codec + " -c:a pcm_s24be"},
+		{"alac.m4a", "", "-c:a alac -sample_fmt s32p"},
+		{"alac.mkv", "", "-c:a alac -sample_fmt s32p"},
+		{"flac.mp4", "", "-c:a flac -sample_fmt s32 -strict -2"},
+		{"flac.mkv", "", "-c:a flac -sample_fmt s32 -strict -2"},
+		{"plain.mkv", picture, codec + " -c:a pcm_s24le"},
+		{"plain.avi", picture, codec + " -c:a pcm_s24le"},
+		{"plain.mxf", picture, codec + " -c:a pcm_s24le -ar 48000 -shortest", 1, 48000, 0, 0, true},
+		{"eight.mxf", picture, codec + SplitToMono(8) + " -c:a pcm_s24le", 8, 48000, 0, 0, true},
+		{"eight.mov", picture, codec + SplitToMono(8) + " -c:a pcm_s24le", 8},
+		{"odd-rate.mov", picture, codec + " -c:a pcm_s24le", 2, 47952},
+		{"odd-rate.mkv", picture, codec + " -c:a pcm_s24le", 2, 44056},
+		{"late.mov", picture + "-itsoffset 0.5 ", codec + " -c:a pcm_s24le", 2, 48000, 24000},
+		{"late.mkv", picture + "-itsoffset 0.5 ", codec + " -c:a pcm_s24le", 2, 48000, 24000},
+		{"edit.mov", picture + "-itsoffset -0.25 ", codec + " -c:a pcm_s24le", 2, 48000, 0, 12000},
+	};
+}
+
+TEST_F(Movies, EverySampleOfPcmAndLosslessCodecsIsInPlace)
+{
+	for (PcmCase const& test : MakePcmCases())
+	{
+		SCOPED_TRACE(test.mName);
+		Sound const source = MakeIndexSound(test.mChannels, test.mSampleRate, kFrames);
+		RunFfmpeg(test.mBefore + "-i " + Write(source) + " " + test.mAfter + " " + Path(test.mName));
+		Sound read = ReadMovie(mFolder / test.mName);
+		Sound expected{test.mChannels, test.mSampleRate,
+			std::vector<float>(static_cast<std::size_t>(test.mSilence * test.mChannels))};
+		Sound const kept = source.Cut(test.mCut, kFrames - test.mCut);
+		expected.mSamples.insert(expected.mSamples.end(), kept.mSamples.begin(), kept.mSamples.end());
+		if (test.mIsPadded)
+		{
+			EXPECT_GE(read.GetFrames(), expected.GetFrames());
+			expected.mSamples.resize(read.mSamples.size());
+		}
+		EXPECT_TRUE(SameBits(read, expected));
+		EXPECT_TRUE(InspectAudioFile(mFolder / test.mName).mDamage->Get().empty());
+	}
+}
+
+TEST_F(Movies, RandomReadsEqualOneDecodeToTheBit)
+{
+	struct Case
+	{
+		char const* mName;
+		char const* mCodec;
+		// Whether it is entered in the middle, and not decoded from its start.
+		bool mIsSeeked;
+	};
+	std::string const source = Write(MakeSound(2, 48000, 2 * kFrames));
+	for (Case const& test : {Case{"a.mov", "-c:a pcm_s24le", true}, {"b.m4a", "-c:a alac", true},
+			 {"c.mkv", "-c:a pcm_s16le", true}, {"d.avi", "-c:a pcm_s24le", true},
+			 {"e.mxf", "-c:v mpeg2video -map 0:v -map 1:a -map 1:a -c:a pcm_s24le", true},
+			 {"f.m4a", "-c:a aac", false}, {"g.mkv", "-c:a ac3", false}})
+	{
+		SCOPED_TRACE(test.mName);
+		RunFfmpeg((std::string(test.mName) == "e.mxf" ? kPicture : "") + std::string("-i ") + source + " " +
+				  test.mCodec + " " + Path(test.mName));
+		Sound const whole = ReadMovie(mFolder / test.mName);
+		auto const audio = AudioFileSource::Open(mFolder / test.mName);
+		std::mt19937 random(4711);
+		for (int i = 0; i < 60; ++i)
+		{
+			auto const length = static_cast<unsigned>(1 + random() % 3000);
+			std::int64_t const position = static_cast<std::int64_t>(random() % (2 * kFrames)) - 100;
+			ASSERT_TRUE(SameBits(Pull(*audio, position, length), CutWithSilence(whole, position, length)))
+				<< length << " frames at " << position;
+		}
+		AudioFileReader reader(mFolder / test.mName);
+		std::int64_t const last = (whole.GetFrames() - 1) / reader.GetBlockFrames();
+		reader.GetBlock(last);
+		reader.GetBlock(0);
+		EXPECT_EQ(reader.GetJumpCount(), test.mIsSeeked ? 2u : 1u);
+	}
+}
+
+TEST_F(Movies, LossyCodecsStandWhereTheirSourceDid)
+{
+	struct Case
+	{
+		char const* mName;
+		char const* mCodec;
+		// The encoder's delay, where the container has no place for it; it is presented then.
+		std::int64_t mLag;
+	};
+	Sound const source = MakeSound(1, 48000, kFrames);
+	std::string const path = Write(source);
+	for (Case const& test : {Case{"a.m4a", "-c:a aac", 0}, {"a.mov", "-c:a aac", 0}, {"b.mov", "-c:a ac3", 0},
+			 {"b.mp4", "-c:a eac3", 0}, {"c.webm", "-c:a libopus", 0}, {"v.webm", "-c:a libvorbis", 0},
+			 {"g.wma", "-c:a wmav2 -b:a 192k", 2048}, {"d.aac", "-c:a aac", 1024},
+			 {"e.mkv", "-c:a aac", 1024}, {"f.ts", "-c:a aac", 1024}})
+	{
+		SCOPED_TRACE(test.mName);
+		RunFfmpeg("-i " + path + " " + test.mCodec + " " + Path(test.mName));
+		Sound const read = ReadMovie(mFolder / test.mName);
+		EXPECT_EQ(FindLag(read, source, 2100), test.mLag);
+		EXPECT_GE(read.GetFrames(), kFrames - 48);
+		EXPECT_TRUE(InspectAudioFile(mFolder / test.mName).mDamage->Get().empty());
+	}
+}
+
+TEST_F(Movies, AacIsWhatFfmpegDecodes)
+{
+	RunFfmpeg("-i " + Write(MakeSound(2, 44100, kFrames)) + " -c:a aac " + Path("a.mp4"));
+	Sound const read = ReadMovie(mFolder / "a.mp4");
+	Sound const peer = DecodeByFfmpeg(mFolder / "a.mp4", 2, 44100);
+	std::int64_t const frames = std::min(read.GetFrames(), peer.GetFrames());
+	ASSERT_GT(frames, kFrames - 1024);
+	EXPECT_TRUE(SameBits(read.Cut(0, frames), peer.Cut(0, frames)));
+}
+
+TEST_F(Movies, StreamsFollowOneAnotherAndOneIsPicked)
+{
+	Sound const source = MakeIndexSound(3, 48000, kFrames);
+	std::string const stereo = Write(source.Pick({0, 1}), "stereo.wav");
+	std::string const mono = Write(source.Pick({2}), "mono.wav");
+	std::string const other = Write(MakeIndexSound(1, 44100, kFrames), "other.wav");
+	RunFfmpeg(kPicture + std::string("-i ") + stereo + " -i " + mono + " -i " + other +
+			  " -map 0 -map 1 -map 2 -map 3 -c:v mpeg2video -c:a pcm_s24le " + Path("a.mov"));
+	AudioFileInfo const info = InspectAudioFile(mFolder / "a.mov");
+	EXPECT_THAT(
+		info.mRemarks, testing::ElementsAre(HasSubstr("audio stream 3 is not read: it has 44100 Hz")));
+	EXPECT_TRUE(SameBits(ReadMovie(mFolder / "a.mov"), source));
+	EXPECT_TRUE(SameBits(ReadMovie(mFolder / "a.mov", 1), source.Pick({0, 1})));
+	EXPECT_TRUE(SameBits(ReadMovie(mFolder / "a.mov", 2), source.Pick({2})));
+	EXPECT_EQ(ReadMovie(mFolder / "a.mov", 3).mSampleRate, 44100);
+	EXPECT_THAT(
+		GetRefusalOf([&] { InspectAudioFile(mFolder / "a.mov", 4); }), HasSubstr("has no audio stream 4"));
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mono, 2); }), HasSubstr("is a sound file"));
+}
+
+TEST_F(Movies, SixChannelsAre51InTheEnginesOrder)
+{
+	Sound const source = MakeIndexSound(6, 48000, kFrames);
+	std::string const path = Write(source);
+	for (char const* const arguments : {"-c:a pcm_s24le a.mov", "-c:a pcm_s24le -channel_layout 5.1 b.mkv",
+			 "-c:a alac -sample_fmt s32p -channel_layout 5.1 c.m4a"})
+	{
+		SCOPED_TRACE(arguments);
+		std::string const text = arguments;
+		std::size_t const name = text.rfind(' ') + 1;
+		RunFfmpeg("-i " + path + " " + text.substr(0, name) + Path(text.substr(name)));
+		auto const audio = AudioFileSource::Open(mFolder / text.substr(name));
+		EXPECT_EQ(audio->GetInfo().mLayout.size(), 6u);
+		EXPECT_TRUE(SameBits(Pull(*audio, 0, 1000), source.Cut(0, 1000)));
+	}
+}
+
+TEST_F(Movies, TheOrdersOf51InQuickTimeAreHonoured)
+{
+	Sound const source = MakeIndexSound(6, 48000, kFrames);
+	RunFfmpeg("-i " + Write(source) + " -c:a pcm_s24le -channel_layout 5.1 " + Path("a.mov"));
+	std::string const movie = ReadBytes(mFolder / "a.mov");
+	struct Case
+	{
+		char mTag;
+		// Where left, right, centre, low frequency and the surrounds stand.
+		std::vector<unsigned> mOrder;
+	};
+	for (Case const& test : {Case{121, {0, 1, 2, 3, 4, 5}}, {122, {0, 1, 4, 5, 2, 3}},
+			 {123, {0, 2, 1, 5, 3, 4}}, {124, {1, 2, 0, 5, 3, 4}}})
+	{
+		SCOPED_TRACE(static_cast<int>(test.mTag));
+		std::string bytes = movie;
+		// The tag stands after the atom's name, version and flags.
+		bytes.replace(bytes.rfind("chan") + 8, 4, std::string{0, test.mTag, 0, 6});
+		WriteBytes(mFolder / "b.mov", bytes);
+		auto const audio = AudioFileSource::Open(mFolder / "b.mov");
+		EXPECT_EQ(GetLayoutName(audio->GetInfo().mLayout), "5.1");
+		EXPECT_TRUE(SameBits(Pull(*audio, 0, 1000), source.Pick(test.mOrder).Cut(0, 1000)));
+	}
+}
+
+TEST_F(Movies, AMovieWithoutSoundIsSaidToBeOne)
+{
+	RunFfmpeg(kPicture + std::string("-c:v mpeg2video ") + Path("a.mov"));
+	EXPECT_THROW(InspectAudioFile(mFolder / "a.mov"), SilentMovieError);
+}
+
+TEST_F(Movies, TheStartIsThatOfTheTimecode)
+{
+	struct Case
+	{
+		std::string mName;
+		std::string mArguments;
+		double mSeconds;
+		char const* mText;
+	};
+	std::string const source = "-i " + Write(MakeIndexSound(1, 48000, kFrames));
+	for (Case const& test : {
+			 Case{"a.mov", "-f lavfi -i color=s=16x16:r=24000/1001:d=1 " + source + " -timecode 01:00:00:12",
+				 3604.1005, "01:00:00:12 at 23.976 fps"},
+			 {"b.mov", "-f lavfi -i color=s=16x16:r=30000/1001:d=1 " + source + " -timecode '01:00:00;00'",
+				 3599.9964, "01:00:00;00 at 29.97 fps"},
+			 {"c.mxf", kPicture + source + " -timecode 10:00:00:05", 36000.2, "10:00:00:05 at 25 fps"},
+			 {"d.mkv", kPicture + source + " -timecode 00:00:10:00", 10.0, "00:00:10:00 at 25 fps"},
+			 {"e.wav", source + " -write_bext 1 -metadata time_reference=172800000", 3600.0, "1:00:00.000"},
+		 })
+	{
+		SCOPED_TRACE(test.mName);
+		RunFfmpeg(test.mArguments + (test.mName == "e.wav" ? "" : kPictureCodec) + " -c:a pcm_s24le " +
+				  Path(test.mName));
+		auto const start = InspectAudioFile(mFolder / test.mName).mStart;
+		ASSERT_TRUE(start);
+		EXPECT_NEAR(
+			static_cast<double>(start->mUnits * start->mRateDivisor) / static_cast<double>(start->mRate),
+			test.mSeconds, 1e-6);
+		EXPECT_EQ(start->mText, test.mText);
+	}
+	RunFfmpeg(source + " -c:a pcm_s24le " + Path("none.mov"));
+	EXPECT_FALSE(InspectAudioFile(mFolder / "none.mov").mStart);
+}
+
+TEST_F(Movies, DamagedPacketsAreSilenceOfTheirLength)
+{
+	RunFfmpeg("-i " + Write(MakeSound(1, 48000, kFrames)) + " -c:a ac3 " + Path("a.mkv"));
+	Sound const whole = ReadMovie(mFolder / "a.mkv");
+	std::string bytes = ReadBytes(mFolder / "a.mkv");
+	std::size_t const middle = bytes.size() / 2;
+	std::size_t const sync = bytes.find("\x0b\x77", middle);
+	std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(sync) + 20, 40, '\x55');
+	WriteBytes(mFolder / "b.mkv", bytes);
+
+	AudioFileReader reader(mFolder / "b.mkv");
+	ASSERT_EQ(reader.GetInfo().mFrames, whole.GetFrames());
+	Sound read = ReadMovie(mFolder / "b.mkv");
+	for (std::int64_t block = 0; block * reader.GetBlockFrames() < whole.GetFrames(); ++block)
+	{
+		reader.GetBlock(block);
+	}
+	auto const damage = reader.GetInfo().mDamage->Get();
+	ASSERT_EQ(damage.size(), 1u);
+	EXPECT_EQ(damage[0].mEnd - damage[0].mFirst, 1536);
+	EXPECT_EQ(damage[0].mFirst % 1536, 0);
+	EXPECT_TRUE(SameBits(read.Cut(damage[0].mFirst, 1536), Sound{1, 48000, std::vector<float>(1536)}));
+	EXPECT_TRUE(SameBits(read.Cut(0, damage[0].mFirst), whole.Cut(0, damage[0].mFirst)));
+	// Noise that the codec makes itself goes on differently, in its place.
+	std::int64_t const rest = whole.GetFrames() - damage[0].mEnd;
+	EXPECT_EQ(FindLag(read.Cut(damage[0].mEnd, rest), whole.Cut(damage[0].mEnd, rest), 100), 0);
+}
+
+TEST_F(Movies, TruncatedFilesKeepTheirLength)
+{
+	Sound const source = MakeIndexSound(1, 48000, 3 * kFrames);
+	std::string const path = Write(source);
+	for (char const* const test : {"-movflags +faststart a.mov", "a.mkv", "a.avi"})
+	{
+		SCOPED_TRACE(test);
+		std::string const text = test;
+		std::string const name = text.substr(text.find("a."));
+		RunFfmpeg("-i " + path + " -c:a pcm_s24le " + text.substr(0, text.find("a.")) + Path(name));
+		std::string const bytes = ReadBytes(mFolder / name);
+		WriteBytes(mFolder / name, bytes.substr(0, bytes.size() / 2));
+		AudioFileInfo const info = InspectAudioFile(mFolder / name);
+		EXPECT_NEAR(static_cast<double>(info.mFrames), 3.0 * kFrames, 48.0);
+		auto const damage = info.mDamage->Get();
+		ASSERT_EQ(damage.size(), 1u);
+		EXPECT_EQ(damage[0].mEnd, info.mFrames);
+		EXPECT_NEAR(static_cast<double>(damage[0].mFirst), 1.5 * kFrames, 6000.0);
+		Sound expected = source.Cut(0, damage[0].mFirst);
+		expected.mSamples.resize(static_cast<std::size_t>(info.mFrames));
+		EXPECT_TRUE(SameBits(ReadMovie(mFolder / name), expected));
+	}
+	WriteBytes(mFolder / "headless.mov", ReadBytes(mFolder / "a.mov").substr(0, 300));
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "headless.mov"); }),
+		HasSubstr("is truncated or damaged"));
+}
+
+TEST_F(Movies, WhatADecoderRefusesIsRefusedWithTheFile)
+{
+	RunFfmpeg("-i " + Write(MakeIndexSound(1, 48000, kFrames)) + " -c:a alac " + Path("a.m4a"));
+	std::string movie = ReadBytes(mFolder / "a.m4a");
+	// Packets of 4096 frames become packets of none.
+	std::size_t const found = movie.rfind(std::string("alac\0\0\0\0\0\0\x10\0", 12));
+	ASSERT_NE(found, std::string::npos);
+	movie[found + 10] = 0;
+	WriteBytes(mFolder / "a.m4a", movie);
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "a.m4a"); }),
+		testing::AllOf(
+			HasSubstr("a.m4a"), HasSubstr("it cannot be decoded: the decoder for alac refuses it")));
+}
+
+TEST_F(Movies, ListsOfOtherFilesAreRefused)
+{
+	std::string const path = Write(MakeIndexSound(1, 48000, kFrames), "a.wav");
+	for (auto const& [name, text] :
+		{std::pair<std::string, std::string>{"list.ffconcat", "ffconcat version 1.0\nfile a.wav\n"},
+			{"list.m3u8",
+				"#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:2\n#EXTINF:1,\na.wav\n#EXT-X-ENDLIST\n"},
+			{"list.mov",
+				"#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:2\n#EXTINF:1,\na.wav\n#EXT-X-ENDLIST\n"}})
+	{
+		WriteBytes(mFolder / name, text);
+		EXPECT_THAT(
+			GetRefusalOf([&] { InspectAudioFile(mFolder / name); }), HasSubstr("is a list of other files"))
+			<< name;
+	}
+	WriteBytes(mFolder / "text.mov", "No movie at all, only words that somebody has named so.");
+	EXPECT_THAT(
+		GetRefusalOf([&] { InspectAudioFile(mFolder / "text.mov"); }), HasSubstr("cannot be read as sound"));
+}
+
+// A big-endian number of so many bytes.
+std::string Number(std::uint64_t inValue, int inBytes)
+{
+	std::string text;
+	for (int i = inBytes - 1; i >= 0; --i)
+	{
+		text += static_cast<char>(inValue >> (8 * i) & 0xff);
+	}
+	return text;
+}
+
+// A QuickTime movie, its header at its end, whose sound is said to be in another file of its folder.
+std::string ReferToOtherFile(std::string inMovie, std::string const& inName)
+{
+	std::string const own = Number(12, 4) + "url " + Number(1, 4);
+	std::string const path = "disk:" + inName + (inName.size() % 2 == 0 ? " " : "");
+	std::string alias = std::string(10, '\0') + Number(4, 1) + "disk" + std::string(23, '\0') +
+						std::string(12, '\0') + Number(inName.size(), 1) + inName +
+						std::string(63 - inName.size(), '\0') + std::string(16, '\0') + Number(1, 2) +
+						Number(1, 2) + std::string(16, '\0') + Number(2, 2) + Number(path.size(), 2) + path +
+						Number(0xffff, 2) + Number(0, 2);
+	alias = Number(alias.size() + 12, 4) + "alis" + Number(0, 4) + alias;
+	std::size_t const place = inMovie.rfind(own);
+	for (char const* const atom : {"moov", "trak", "mdia", "minf", "dinf", "dref"})
+	{
+		std::size_t const size = inMovie.rfind(atom, place) - 4;
+		std::uint64_t old = 0;
+		for (std::size_t i = 0; i < 4; ++i)
+		{
+			old = old << 8 | static_cast<unsigned char>(inMovie[size + i]);
+		}
+		inMovie.replace(size, 4, Number(old + alias.size() - own.size(), 4));
+	}
+	return inMovie.replace(place, own.size(), alias);
+}
+
+TEST_F(Movies, SoundInOtherFilesIsNotFollowed)
+{
+	RunFfmpeg("-i " + Write(MakeIndexSound(1, 48000, kFrames)) + " -c:a pcm_s24le " + Path("own.mov"));
+	std::string const movie = ReadBytes(mFolder / "own.mov");
+	WriteBytes(mFolder / "refers.mov", ReferToOtherFile(movie, "own.mov"));
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "refers.mov"); }),
+		HasSubstr("has audio streams, but no audio in them"));
+}
+
+// Whether the file is read or refused; what is read is looked at from both ends.
+void ReadOrRefuse(std::filesystem::path const& inPath)
+{
+	try
+	{
+		AudioFileReader reader(inPath);
+		AudioFileInfo const& info = reader.GetInfo();
+		ASSERT_GT(info.mFrames, 0);
+		// Times that were changed may lie days apart.
+		std::int64_t const last = std::min<std::int64_t>(info.mFrames - 1, 10 * info.mSampleRate);
+		for (std::int64_t const frame : {std::int64_t{0}, last, last / 2})
+		{
+			reader.GetBlock(frame / reader.GetBlockFrames());
+		}
+	}
+	catch (HostError const& error)
+	{
+		ASSERT_NE(error.what(), std::string());
+	}
+}
+
+TEST_F(Movies, MutatedFilesAreReadOrRefused)
+{
+	std::string const path = Write(MakeSound(2, 48000, 6000));
+	std::vector<std::string> seeds;
+	for (char const* const arguments : {"-c:a aac -movflags +faststart seed.mp4", "-c:a pcm_s24le seed.mov",
+			 "-c:a ac3 seed.mkv", "-c:a pcm_s16le seed.avi", "-c:a aac seed.ts", "-c:a wmav2 seed.wma"})
+	{
+		std::string const text = arguments;
+		std::size_t const name = text.rfind(' ') + 1;
+		RunFfmpeg("-i " + path + " " + text.substr(0, name) + Path(text.substr(name)));
+		seeds.push_back(ReadBytes(Path(text.substr(name))));
+	}
+	constexpr unsigned kSeed = 15;
+	std::mt19937 random(kSeed);
+	for (unsigned trial = 0; trial < SN::Testing::GetNumTrials(1000); ++trial)
+	{
+		SCOPED_TRACE("trial " + std::to_string(trial));
+		std::string bytes = seeds[trial % seeds.size()];
+		for (auto i = 1 + random() % 12; i > 0; --i)
+		{
+			// Most of what a demuxer reads stands at the start and the end.
+			std::size_t const room =
+				random() % 2 == 0 ? std::min<std::size_t>(bytes.size(), 1500) : bytes.size();
+			std::size_t const place =
+				random() % 3 == 0 ? bytes.size() - 1 - random() % room : random() % room;
+			bytes[place] = static_cast<char>(random() % 4 == 0 ? 0xff : random());
+		}
+		bytes.resize(random() % 8 == 0 ? random() % bytes.size() : bytes.size());
+		WriteBytes(mFolder / "mutated", bytes);
+		ReadOrRefuse(mFolder / "mutated");
+	}
+}
+
+} // namespace SonaroHost::Testing::MovieTest
