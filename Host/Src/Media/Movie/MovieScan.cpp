@@ -188,7 +188,7 @@ std::int64_t GetEndTime(MovieInput const& inInput, AVPacket const& inPacket)
 	AVStream const& stream = inInput.GetStream(static_cast<unsigned>(inPacket.stream_index));
 	return start == AV_NOPTS_VALUE
 			   ? 0
-			   : av_rescale_q(av_sat_add64(start, inPacket.duration), stream.time_base, AV_TIME_BASE_Q);
+			   : av_rescale_q(av_sat_add64(start, inPacket.duration), stream.time_base, av_get_time_base_q());
 }
 
 } // namespace

@@ -47,7 +47,7 @@ PacketPlacer::PacketPlacer(
 	AVStream const& inStream, int inSampleRate, PacketTimes inTimes, std::int64_t inStart)
 	: mTimeBase(inStream.time_base),
 	  mSampleRate(inSampleRate),
-	  mStart(av_rescale_q(inStart, AV_TIME_BASE_Q, inStream.time_base)),
+	  mStart(av_rescale_q(inStart, av_get_time_base_q(), inStream.time_base)),
 	  mTolerance(GetTolerance(inStream.time_base, inSampleRate, inTimes)),
 	  mSkip(std::max(inStream.codecpar->initial_padding, 0))
 {
