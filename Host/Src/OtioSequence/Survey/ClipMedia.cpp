@@ -15,7 +15,11 @@ namespace
 
 ClipMedia MakeMissing(std::filesystem::path inPath, std::string inReason)
 {
-	return {nullptr, std::move(inPath), {}, std::move(inReason), true};
+	ClipMedia media;
+	media.mPath = std::move(inPath);
+	media.mWhySilent = std::move(inReason);
+	media.mIsMissing = true;
+	return media;
 }
 
 } // namespace
