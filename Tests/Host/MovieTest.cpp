@@ -373,9 +373,9 @@ TEST_F(Movies, ListsOfOtherFilesAreRefused)
 			{"list.mov",
 				"#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:2\n#EXTINF:1,\na.wav\n#EXT-X-ENDLIST\n"}})
 	{
-		WriteBytes(mFolder / name, text);
-		EXPECT_THAT(
-			GetRefusalOf([&] { InspectAudioFile(mFolder / name); }), HasSubstr("is a list of other files"))
+		std::filesystem::path const list = mFolder / name;
+		WriteBytes(list, text);
+		EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(list); }), HasSubstr("is a list of other files"))
 			<< name;
 	}
 	WriteBytes(mFolder / "text.mov", "No movie at all, only words that somebody has named so.");
