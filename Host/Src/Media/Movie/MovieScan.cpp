@@ -191,23 +191,67 @@ std::int64_t GetEndTime(MovieInput const& inInput, AVPacket const& inPacket)
 			   : av_rescale_q(av_sat_add64(start, inPacket.duration), stream.time_base, av_get_time_base_q());
 }
 
+// What the streams are, in the order of their channels, before any packet is read.
+MovieIndex MakeIndex(
+	std::filesystem::path const& inPath, MovieInput const& inInput, std::vector<unsigned> const& inStreams)
+{
+	MovieIndex index;
+	for (unsigned const stream : inStreams)
+	{
+		MovieIndex::Stream& plan = index.mStreams.emplace_back(MakePlan(inInput, stream));
+		plan.mFirstChannel = index.mChannels;
+		index.mChannels += plan.mChannels;
+		index.mSampleRate = inInput.GetStream(stream).codecpar->sample_rate;
+	}
+	FindPacketSamples(inPath, index.mStreams);
+	index.mIsSeekExact = std::all_of(index.mStreams.begin(), index.mStreams.end(),
+		[](MovieIndex::Stream const& inPlan) { return inPlan.mTimes == PacketTimes::kExact; });
+	return index;
+}
+
+std::vector<StreamScan> MakeScans(MovieInput const& inInput, MovieIndex& ioIndex, MediaDamage& ioDamage)
+{
+	std::vector<StreamScan> scans;
+	scans.reserve(ioIndex.mStreams.size());
+	for (MovieIndex::Stream& plan : ioIndex.mStreams)
+	{
+		PacketPlacer const placer(
+			inInput.GetStream(plan.mIndex), ioIndex.mSampleRate, plan.mTimes, inInput.GetStart());
+		// Edits may end within a packet.
+		if (inInput.IsRead("mov"))
+		{
+			plan.mEnd = FindStatedEnd(inInput, plan.mIndex, placer).value_or(plan.mEnd);
+		}
+		scans.emplace_back(inInput, plan, ioDamage);
+	}
+	return scans;
+}
+
+// Reads all packets. Returns the latest end of one, in units of AV_TIME_BASE.
+std::int64_t ReadPackets(MovieInput& ioInput, std::vector<StreamScan>& ioScans)
+{
+	std::int64_t lastTime = 0;
+	LibavPointer<AVPacket> const packet(av_packet_alloc());
+	while (ioInput.ReadPacket(*packet))
+	{
+		lastTime = std::max(lastTime, GetEndTime(ioInput, *packet));
+		auto const found = std::find_if(ioScans.begin(), ioScans.end(),
+			[&](StreamScan& inScan)
+			{ return static_cast<int>(inScan.GetPlan().mIndex) == packet->stream_index; });
+		if (found != ioScans.end())
+		{
+			found->Take(packet.get());
+		}
+	}
+	return lastTime;
+}
+
 } // namespace
 
 MovieIndex ScanMovie(std::filesystem::path const& inPath, MovieInput& ioInput,
 	std::vector<unsigned> const& inStreams, MediaDamage& ioDamage)
 {
-	MovieIndex index;
-	for (unsigned const stream : inStreams)
-	{
-		MovieIndex::Stream& plan = index.mStreams.emplace_back(MakePlan(ioInput, stream));
-		plan.mFirstChannel = index.mChannels;
-		index.mChannels += plan.mChannels;
-		index.mSampleRate = ioInput.GetStream(stream).codecpar->sample_rate;
-	}
-	FindPacketSamples(inPath, index.mStreams);
-	index.mIsSeekExact = std::all_of(index.mStreams.begin(), index.mStreams.end(),
-		[](MovieIndex::Stream const& inPlan) { return inPlan.mTimes == PacketTimes::kExact; });
-
+	MovieIndex index = MakeIndex(inPath, ioInput, inStreams);
 	std::vector<unsigned> wanted = inStreams;
 	if (ioInput.IsRead("matroska") || ioInput.IsRead("asf"))
 	{
@@ -216,32 +260,8 @@ MovieIndex ScanMovie(std::filesystem::path const& inPath, MovieInput& ioInput,
 		std::iota(wanted.begin(), wanted.end(), 0u);
 	}
 	ioInput.Choose(wanted);
-	std::vector<StreamScan> scans;
-	scans.reserve(index.mStreams.size());
-	for (MovieIndex::Stream& plan : index.mStreams)
-	{
-		PacketPlacer const placer(
-			ioInput.GetStream(plan.mIndex), index.mSampleRate, plan.mTimes, ioInput.GetStart());
-		// Edits may end within a packet.
-		if (ioInput.IsRead("mov"))
-		{
-			plan.mEnd = FindStatedEnd(ioInput, plan.mIndex, placer).value_or(plan.mEnd);
-		}
-		scans.emplace_back(ioInput, plan, ioDamage);
-	}
-	std::int64_t lastTime = 0;
-	LibavPointer<AVPacket> const packet(av_packet_alloc());
-	while (ioInput.ReadPacket(*packet))
-	{
-		lastTime = std::max(lastTime, GetEndTime(ioInput, *packet));
-		auto const found = std::find_if(scans.begin(), scans.end(),
-			[&](StreamScan& inScan)
-			{ return static_cast<int>(inScan.GetPlan().mIndex) == packet->stream_index; });
-		if (found != scans.end())
-		{
-			found->Take(packet.get());
-		}
-	}
+	std::vector<StreamScan> scans = MakeScans(ioInput, index, ioDamage);
+	std::int64_t const lastTime = ReadPackets(ioInput, scans);
 	std::optional<std::int64_t> const lostEnd = FindLostEnd(ioInput, lastTime, index.mSampleRate);
 	for (StreamScan& scan : scans)
 	{

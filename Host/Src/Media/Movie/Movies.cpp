@@ -163,6 +163,34 @@ void CheckChannels(AudioFileInfo const& inInfo)
 	}
 }
 
+// Reads all packets, to find the length and where everything lies.
+void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams, AudioFileInfo& ioInfo)
+{
+	try
+	{
+		auto const index =
+			std::make_shared<MovieIndex const>(ScanMovie(ioInfo.mPath, ioInput, inStreams, *ioInfo.mDamage));
+		ioInfo.mFrames = index->mFrames;
+		ioInfo.mMovie = index;
+	}
+	catch (HostError const&)
+	{
+		throw;
+	}
+	catch (std::runtime_error const& error)
+	{
+		RefuseMovie(ioInfo.mPath, std::string("has sound that cannot be read: ") + error.what(),
+			"export it as a sound file");
+	}
+	auto const& read = ioInfo.mMovie->mStreams;
+	if (std::all_of(read.begin(), read.end(), [](auto const& inRead) { return inRead.mRuns.empty(); }))
+	{
+		RefuseMovie(ioInfo.mPath,
+			"has audio streams, but no audio in them: it is damaged, or its audio is in other files",
+			"get a complete copy, with all of its audio in it");
+	}
+}
+
 } // namespace
 
 std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, unsigned inStream)
@@ -194,29 +222,7 @@ std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, u
 	info.mIntegerBits = GetIntegerBits(*input->GetStream(streams.front()).codecpar);
 	info.mStart = FindMovieStart(*input, info.mSampleRate);
 	SetMovieLayout(*input, streams, info);
-	try
-	{
-		auto const index =
-			std::make_shared<MovieIndex const>(ScanMovie(inPath, *input, streams, *info.mDamage));
-		info.mFrames = index->mFrames;
-		info.mMovie = index;
-	}
-	catch (HostError const&)
-	{
-		throw;
-	}
-	catch (std::runtime_error const& error)
-	{
-		RefuseMovie(inPath, std::string("has sound that cannot be read: ") + error.what(),
-			"export it as a sound file");
-	}
-	auto const& read = info.mMovie->mStreams;
-	if (std::all_of(read.begin(), read.end(), [](auto const& inRead) { return inRead.mRuns.empty(); }))
-	{
-		RefuseMovie(inPath,
-			"has audio streams, but no audio in them: it is damaged, or its audio is in other files",
-			"get a complete copy, with all of its audio in it");
-	}
+	ReadIndex(*input, streams, info);
 	return info;
 }
 
