@@ -146,7 +146,8 @@ RateTable::RateTable(Key const& inKey)
 
 void RateTable::FillPhases(FilterShape const& inShape)
 {
-	double const last = mTaps / 2 - 1;
+	unsigned const half = mTaps / 2;
+	double const last = half - 1.0;
 	for (std::int64_t phase = 0; phase <= mPhases / 2; ++phase)
 	{
 		double const fraction = static_cast<double>(phase) / static_cast<double>(mPhases);
@@ -165,7 +166,8 @@ void RateTable::FillPhases(FilterShape const& inShape)
 
 void RateTable::FillSteps(FilterShape const& inShape)
 {
-	double const last = mTaps / 2 - 1;
+	unsigned const half = mTaps / 2;
+	double const last = half - 1.0;
 	for (unsigned step = 0; step < mSteps; ++step)
 	{
 		float* const row = mNumbers.get() + std::size_t{4} * step * mTaps;

@@ -41,7 +41,8 @@ using Double4 = double __attribute__((vector_size(32)));
 	Double4 sum = product + addend;
 	Double4 const part = sum - product;
 	Double4 const error = (product - (sum - part)) + (addend - part);
-	auto const isToChange = (error != Double4{}) & (sum - sum == Double4{});
+	// A sum that is not finite stays as it is.
+	auto const isToChange = (error != Double4{}) & (sum * 0.0 == Double4{});
 	Bits4 bits;
 	Bits4 errorBits;
 	Bits4 mask;
