@@ -161,7 +161,7 @@ TEST(SequenceGraph, ResampledItemsAreReadWhereTheyShould)
 		Resampling mResampling = Resampling::kExact;
 		Ratio mOffset = {};
 	};
-	// So many frames behind a start, the engine's resampler has heard nothing but the recording.
+	// So many frames after a start, the engine's resampler has heard nothing but the recording.
 	constexpr std::int64_t kTransient = 100;
 	for (Case const& test : {Case{48000, 0.5, 0, false}, {48000, 1.7, 0, false}, {48000, 0.3, 51, false},
 			 {48000, 3.0, 50, false}, {44100, 1.0, 0, false}, {96000, 1.0, 33, false},
