@@ -24,7 +24,6 @@ List& GetList()
 
 void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
 {
-	// Another thread may still be adding files to a folder, or removing it, too; once it is gone it cannot.
 	constexpr int kTries = 100;
 	std::error_code error;
 	if (inRemoval == Temporary::Removal::kWhileEmpty)
@@ -32,10 +31,18 @@ void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
 		std::filesystem::remove(inPath, error);
 		return;
 	}
+	// Another thread may still be adding files to a folder, or removing it, too. Under another name nobody finds it.
+	std::filesystem::path path = inPath;
+	if (std::filesystem::is_directory(std::filesystem::symlink_status(path, error)))
+	{
+		path += ".removed";
+		std::filesystem::rename(inPath, path, error);
+		path = error ? inPath : path;
+	}
 	for (int tries = 0; tries < kTries; ++tries)
 	{
-		std::filesystem::remove_all(inPath, error);
-		if (!std::filesystem::exists(std::filesystem::symlink_status(inPath, error)))
+		std::filesystem::remove_all(path, error);
+		if (!std::filesystem::exists(std::filesystem::symlink_status(path, error)))
 		{
 			return;
 		}
