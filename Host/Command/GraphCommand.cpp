@@ -1,8 +1,8 @@
 #include "GraphCommand.h"
 
-#include "Console.h"
-#include "RenderOptions.h"
-#include "SharedOptions.h"
+#include "Options/RenderOptions.h"
+#include "Options/SharedOptions.h"
+#include "Report/TimelineNotes.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
@@ -12,8 +12,8 @@
 #include "SonaroHost/Graph/GraphDrawing.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "SonaroHost/Render/TimelineProgramme.h"
-#include "StopSignals.h"
-#include "TimelineNotes.h"
+#include "Terminal/Console.h"
+#include "Terminal/StopSignals.h"
 
 #include <charconv>
 #include <filesystem>

@@ -1,9 +1,8 @@
 #include "InfoCommand.h"
 
-#include "Console.h"
-#include "Json.h"
-#include "MediaRows.h"
-#include "OptionGroups.h"
+#include "Options/OptionGroups.h"
+#include "Report/Json.h"
+#include "Report/MediaRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
@@ -11,6 +10,7 @@
 #include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/DamagedMedia.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
+#include "Terminal/Console.h"
 #include "TimelineInfo.h"
 
 #include <cstddef>

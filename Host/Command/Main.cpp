@@ -1,14 +1,14 @@
 #include "Command.h"
-#include "Console.h"
 #include "GraphCommand.h"
 #include "InfoCommand.h"
-#include "OperatingSystem.h"
 #include "RenderCommand.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Media/NoSoundError.h"
-#include "StopSignals.h"
-#include "UsageError.h"
+#include "Terminal/Console.h"
+#include "Terminal/OperatingSystem.h"
+#include "Terminal/StopSignals.h"
+#include "Terminal/UsageError.h"
 #include "WaveformCommand.h"
 
 #include <exception>

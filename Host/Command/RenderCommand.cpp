@@ -1,16 +1,16 @@
 #include "RenderCommand.h"
 
-#include "Console.h"
-#include "OptionGroups.h"
-#include "RenderReport.h"
-#include "RenderedFileRows.h"
-#include "ReportFile.h"
-#include "RunJob.h"
-#include "SharedOptions.h"
+#include "Options/OptionGroups.h"
+#include "Options/SharedOptions.h"
+#include "Report/RenderReport.h"
+#include "Report/RenderedFileRows.h"
+#include "Report/ReportFile.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "Terminal/Console.h"
+#include "Terminal/RunJob.h"
 
 #include <charconv>
 #include <string_view>

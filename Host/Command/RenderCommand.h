@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Command.h"
-#include "RenderOptions.h"
+#include "Options/RenderOptions.h"
 #include "SonaroHost/Render/ClipRenderJob.h"
 #include "TimelineRender.h"
 

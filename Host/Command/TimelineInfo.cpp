@@ -1,9 +1,10 @@
 #include "TimelineInfo.h"
 
 #include "Command.h"
-#include "Console.h"
-#include "Json.h"
-#include "MediaRows.h"
+#include "Report/Json.h"
+#include "Report/MediaRows.h"
+#include "Report/TimelineNotes.h"
+#include "Report/TimelineRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
@@ -13,9 +14,8 @@
 #include "SonaroHost/OtioSequence/ProgrammeTimecode.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "SonaroHost/Render/TimelineProgramme.h"
-#include "TextTable.h"
-#include "TimelineNotes.h"
-#include "TimelineRows.h"
+#include "Terminal/Console.h"
+#include "Terminal/TextTable.h"
 
 #include <algorithm>
 #include <array>

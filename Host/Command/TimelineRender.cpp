@@ -1,15 +1,15 @@
 #include "TimelineRender.h"
 
 #include "Command.h"
-#include "Console.h"
-#include "RenderedFileRows.h"
-#include "ReportFile.h"
-#include "RunJob.h"
-#include "SharedOptions.h"
+#include "Options/SharedOptions.h"
+#include "Report/RenderedFileRows.h"
+#include "Report/ReportFile.h"
+#include "Report/TimelineNotes.h"
+#include "Report/TimelineRenderReport.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/StandardStreams.h"
-#include "TimelineNotes.h"
-#include "TimelineRenderReport.h"
+#include "Terminal/Console.h"
+#include "Terminal/RunJob.h"
 
 #include <algorithm>
 

@@ -1,15 +1,15 @@
 #include "WaveformCommand.h"
 
-#include "Console.h"
-#include "Levels.h"
-#include "OptionGroups.h"
-#include "RunJob.h"
-#include "SharedOptions.h"
+#include "Options/OptionGroups.h"
+#include "Options/SharedOptions.h"
+#include "Report/Levels.h"
+#include "Report/TimelineNotes.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
-#include "TimelineNotes.h"
+#include "Terminal/Console.h"
+#include "Terminal/RunJob.h"
 
 #include <algorithm>
 #include <array>
@@ -57,7 +57,7 @@ WaveformFormat ChooseWaveformFormat(std::string const& inFormat, std::string con
 		   "; end it in .png, .svg, .json or .dat, or use --format");
 }
 
-char const* GetName(WaveformFormat inFormat)
+char const* GetFormatName(WaveformFormat inFormat)
 {
 	return std::find_if(std::begin(kFormats), std::end(kFormats),
 		[inFormat](FormatName const& inEntry) { return inEntry.mFormat == inFormat; })
@@ -89,8 +89,8 @@ std::string DescribeForPeople(
 								  : " columns of " + std::to_string(inRequest.mBits) + " bits";
 	return ShowOutput(inOutput) + ": " + FormatTime(inSummary.mFrames, inSummary.mSampleRate) + " (" +
 		   std::to_string(inSummary.mFrames) + " samples), " + std::to_string(inSummary.mColumns) + shape +
-		   ", " + FormatCount(inSummary.mChannels, "channel") + ", " + GetName(inRequest.mFormat) + "\n" +
-		   samples.data() + " samples per column, " +
+		   ", " + FormatCount(inSummary.mChannels, "channel") + ", " + GetFormatName(inRequest.mFormat) +
+		   "\n" + samples.data() + " samples per column, " +
 		   DescribeRealTimeFactor(
 			   GetRealTimeFactor(inSummary.mFrames, inSummary.mSampleRate, inSummary.mElapsedSeconds));
 }
@@ -98,7 +98,7 @@ std::string DescribeForPeople(
 std::string DescribeForMachines(std::string const& inInput, std::string const& inOutput,
 	WaveformRequest const& inRequest, WaveformSummary const& inSummary)
 {
-	Json json{{"input", inInput}, {"output", inOutput}, {"format", GetName(inRequest.mFormat)},
+	Json json{{"input", inInput}, {"output", inOutput}, {"format", GetFormatName(inRequest.mFormat)},
 		{"samples", inSummary.mFrames},
 		{"seconds", static_cast<double>(inSummary.mFrames) / inSummary.mSampleRate},
 		{"channels", inSummary.mChannels}, {"rate", inSummary.mSampleRate}, {"columns", inSummary.mColumns},
@@ -308,12 +308,12 @@ void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
 	{
 		if (!IsPicture(inFormat) && isGiven(name))
 		{
-			Refuse(std::string(name) + " applies only to pictures, not to " + GetName(inFormat));
+			Refuse(std::string(name) + " applies only to pictures, not to " + GetFormatName(inFormat));
 		}
 	}
 	if (IsPicture(inFormat) && isGiven("--bits"))
 	{
-		Refuse("--bits applies only to JSON and DAT, not to " + std::string(GetName(inFormat)));
+		Refuse("--bits applies only to JSON and DAT, not to " + std::string(GetFormatName(inFormat)));
 	}
 	if (isGiven("--floor-db") && mScale != "db")
 	{

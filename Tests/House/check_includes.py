@@ -50,12 +50,19 @@ HOST = {
     "Render": "Base Files Engine Automation Metering Media Waveform Sequence Graph Otio OtioSequence",
 }
 
+# The rooms of the program, below Host/Command, and which of them each uses. The host is below all.
+COMMAND = {
+    "Terminal": "",
+    "Options": "",
+    "Report": "Terminal Options",
+}
+
 # Above everything.
 TOP = ["Host/Command/", "Benchmarks/", "Examples/", "Docs/Generator/", "Tests/"]
 
 # Those whose own lines are read. Tests include what they test.
 FOLDERS = ["API", "Inc", "Src", "Platform", "Host", "Benchmarks", "Examples", "Docs/Generator"]
-INCLUDE_ROOTS = ["API/Inc", "Inc", "Host/Inc", "Host/Src", "Tests"]
+INCLUDE_ROOTS = ["API/Inc", "Inc", "Host/Inc", "Host/Src", "Host/Command", "Tests"]
 
 
 class Rooms:
@@ -72,6 +79,9 @@ class Rooms:
         for name, uses in HOST.items():
             folders = [f"Host/Inc/SonaroHost/{name}/", f"Host/Src/{name}/"]
             self.enter("Host " + name, folders, below | {"Host " + other for other in uses.split()})
+        below = set(self.uses)
+        for name, uses in COMMAND.items():
+            self.enter("Command " + name, [f"Host/Command/{name}/"], below | {"Command " + other for other in uses.split()})
         everything = set(self.uses) | {"top"}
         self.enter("top", TOP, everything)
         self.prefixes.sort(key=lambda entry: -len(entry[0]))

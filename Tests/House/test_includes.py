@@ -34,6 +34,9 @@ CASES = [
     ("the library includes the command", {
         "Host/Command/Console.h": [], "Host/Src/Render/Job.cpp": ["../../Command/Console.h"]},
      "Host Render does not use top"),
+    ("the program's terminal includes its options", {
+        "Host/Command/Options/Range.h": [], "Host/Command/Terminal/Console.cpp": ["Options/Range.h"]},
+     "Command Terminal does not use Command Options"),
     ("the engine includes a benchmark", {
         "Benchmarks/Timing.h": [], "Src/Time/Clock.cpp": ["../../Benchmarks/Timing.h"]}, "Time does not use top"),
     ("a benchmark measures the engine", {

@@ -1,13 +1,13 @@
 #include "SonaroHost/Media/AudioFileInspection.h"
 
-#include "AudioFileDecoder.h"
 #include "DeclaredAudio.h"
 #include "Movie/Movies.h"
-#include "MpegLengthTag.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/NoSoundError.h"
+#include "SoundFile/AudioFileDecoder.h"
+#include "SoundFile/MpegLengthTag.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>

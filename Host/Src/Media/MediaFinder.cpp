@@ -1,7 +1,7 @@
 #include "SonaroHost/Media/MediaFinder.h"
 
-#include "AlikeNames.h"
-#include "MediaLocation.h"
+#include "Search/AlikeNames.h"
+#include "Search/MediaLocation.h"
 
 #include "SonaroHost/Base/HostError.h"
 

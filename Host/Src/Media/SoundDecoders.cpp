@@ -1,7 +1,7 @@
 #include "SoundDecoders.h"
 
-#include "AudioFileDecoder.h"
 #include "Movie/Movies.h"
+#include "SoundFile/AudioFileDecoder.h"
 
 namespace SonaroHost
 {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "LibavPointers.h"
 #include "Media/SoundDecoder.h"
 #include "MovieIndex.h"
-#include "PlacedSamples.h"
+#include "Packet/LibavPointers.h"
+#include "Packet/PlacedSamples.h"
 #include "SonaroHost/Media/MediaDamage.h"
 
 #include <cstdint>

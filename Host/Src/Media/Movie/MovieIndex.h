@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PacketTimes.h"
+#include "Packet/PacketTimes.h"
 
 #include <cstdint>
 #include <vector>

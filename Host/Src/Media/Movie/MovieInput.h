@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Files/SystemFiles.h"
-#include "LibavPointers.h"
+#include "Packet/LibavPointers.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "MovieIndex.h"
-#include "PacketDecoder.h"
-#include "PacketPlacer.h"
+#include "Packet/PacketDecoder.h"
+#include "Packet/PacketPlacer.h"
 
 #include <cstdint>
 #include <memory>

@@ -5,7 +5,7 @@
 #include "MovieLayout.h"
 #include "MovieScan.h"
 #include "MovieStart.h"
-#include "PacketDecoder.h"
+#include "Packet/PacketDecoder.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/MovieLibraries.h"

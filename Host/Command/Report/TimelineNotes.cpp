@@ -1,10 +1,10 @@
 #include "TimelineNotes.h"
 
-#include "Console.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Otio/Labels.h"
+#include "Terminal/Console.h"
 
 #include <algorithm>
 #include <map>
@@ -25,7 +25,7 @@ constexpr std::size_t kMostLines = 20;
 constexpr std::size_t kLongestTrack = 200;
 constexpr std::size_t kLongestPlace = 400;
 
-char const* GetName(Note::Kind inKind)
+char const* GetKindName(Note::Kind inKind)
 {
 	// In the order of Note::Kind.
 	constexpr char const* kKindNames[] = {"remark", "guess", "ignored", "level not read"};
@@ -98,7 +98,7 @@ std::vector<std::string> DescribeEachOnce(std::vector<Note const*> const& inNote
 		if (std::size_t const count = isGuess ? std::exchange(counts[note->mText], 0) : 1; count > 0)
 		{
 			texts.push_back(
-				std::string(GetName(note->mKind)) + ": " + Describe(*note) + DescribeMore(count - 1));
+				std::string(GetKindName(note->mKind)) + ": " + Describe(*note) + DescribeMore(count - 1));
 		}
 	}
 	return texts;
@@ -106,7 +106,7 @@ std::vector<std::string> DescribeEachOnce(std::vector<Note const*> const& inNote
 
 Json MakeJson(Note const& inNote)
 {
-	Json json{{"kind", GetName(inNote.mKind)}, {"place", inNote.mPlace}, {"text", inNote.mText}};
+	Json json{{"kind", GetKindName(inNote.mKind)}, {"place", inNote.mPlace}, {"text", inNote.mText}};
 	if (!inNote.mClip.empty())
 	{
 		json["clip"] = inNote.mClip;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SoundDecoder.h"
+#include "Media/SoundDecoder.h"
 
 #include <sndfile.h>
 

@@ -1,12 +1,12 @@
 #include "RenderedFileRows.h"
 
-#include "Console.h"
 #include "Levels.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "Terminal/Console.h"
 #include "TimelineRows.h"
 
 #include <cmath>

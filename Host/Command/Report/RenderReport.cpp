@@ -1,11 +1,11 @@
 #include "RenderReport.h"
 
-#include "Console.h"
 #include "Json.h"
 #include "Levels.h"
 #include "MediaRows.h"
 #include "RenderedFileRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "Terminal/Console.h"
 
 namespace SonaroCommand
 {

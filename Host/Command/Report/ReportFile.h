@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RenderOptions.h"
+#include "Options/RenderOptions.h"
 
 #include <string>
 

@@ -1,6 +1,5 @@
 #include "TimelineRenderReport.h"
 
-#include "Console.h"
 #include "Json.h"
 #include "Levels.h"
 #include "MediaRows.h"
@@ -11,6 +10,7 @@
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Otio/Labels.h"
+#include "Terminal/Console.h"
 #include "TimelineNotes.h"
 #include "TimelineRows.h"
 
