@@ -36,7 +36,7 @@ std::filesystem::path GetFolder(std::filesystem::path const& inPath)
 std::string MakeTemporaryStart(std::filesystem::path const& inPath)
 {
 	constexpr std::size_t kMostBytes = 200;
-	return "." + std::string(CutText(inPath.filename().string(), kMostBytes)) + ".sonaro-";
+	return std::string(".").append(CutText(inPath.filename().string(), kMostBytes)).append(".sonaro-");
 }
 
 std::string MakeTemporaryName(std::filesystem::path const& inPath)
