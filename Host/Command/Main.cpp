@@ -69,9 +69,10 @@ std::string DescribeVersion()
 {
 	std::string const libraries = SonaroHost::DescribeMovieLibraries();
 	return "sonaro " SONARO_VERSION "\nmovies: " +
-		   (libraries.empty() ? "not built in; build with SONARO_WITH_LIBAV, which needs libavformat-dev, "
-								"libavcodec-dev and libswresample-dev"
-							  : "read by " + libraries);
+		   (libraries.empty()
+				   ? "not read; libav is not installed, or was not built in with SONARO_WITH_LIBAV, which "
+					 "needs libavformat-dev, libavcodec-dev and libswresample-dev"
+				   : "read by " + libraries);
 }
 
 constexpr char const* kFooter =
@@ -110,7 +111,7 @@ int main(int inCount, char** inArguments)
 	StopSignals::Watch();
 	SonaroHost::SilenceMovieLibraries();
 	CLI::App program("Renders the sound of timelines and sound files, exact to the sample.", "sonaro");
-	program.set_version_flag("--version", DescribeVersion());
+	program.set_version_flag("--version", &DescribeVersion);
 	program.require_subcommand(1);
 	program.footer(kFooter);
 

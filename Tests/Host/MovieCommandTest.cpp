@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 namespace SonaroHost::Testing::MovieCommandTest
@@ -14,6 +15,7 @@ namespace SonaroHost::Testing::MovieCommandTest
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 constexpr int kRate = 48000;
 
@@ -95,6 +97,43 @@ TEST_F(MovieCommandTest, InfoShowsStreamsAndStart)
 	WriteTimeline({Clip("a", "film.mov"), Clip("b", "mono.wav")});
 	EXPECT_THAT(Run({"info", "edit.otio"}).mOutput, HasSubstr("length  start                  file"));
 	EXPECT_THAT(Run({"--version"}).mOutput, HasSubstr("libavcodec"));
+}
+
+// An environment variable of the programs that are started meanwhile.
+class ScopedVariable
+{
+public:
+	ScopedVariable(char const* inName, std::string const& inValue)
+		: mName(inName)
+	{
+		setenv(inName, inValue.c_str(), 1);
+	}
+	~ScopedVariable() { unsetenv(mName); }
+	ScopedVariable(ScopedVariable const&) = delete;
+	ScopedVariable& operator=(ScopedVariable const&) = delete;
+
+private:
+	char const* const mName;
+};
+
+TEST_F(MovieCommandTest, LibavIsLoadedAtTheFirstMovieAndNotMissedBefore)
+{
+	WriteFilm();
+	{
+		ScopedVariable const searches("LD_DEBUG", "libs");
+		EXPECT_THAT(Run({"info", "stereo.wav"}).mErrors,
+			AllOf(HasSubstr("libsndfile"), Not(HasSubstr("libavcodec"))));
+		EXPECT_THAT(Run({"info", "film.mov"}).mErrors, HasSubstr("libavcodec"));
+	}
+	// A file that is no library is found in place of the real one.
+	std::string const libraries = DescribeMovieLibraries();
+	std::string const version = libraries.substr(libraries.rfind(' ') + 1);
+	std::string const name = "libswresample.so." + version.substr(0, version.find('.'));
+	WriteBytes(mFolder / name, std::string(4096, 'x'));
+	ScopedVariable const path("LD_LIBRARY_PATH", mFolder.Get().string());
+	ExpectRefusal({"info", "film.mov"}, 1, {"'film.mov': is a movie, and libav", name, "install libav"});
+	EXPECT_EQ(Run({"info", "stereo.wav"}).mExitCode, 0);
+	EXPECT_THAT(Run({"--version"}).mOutput, HasSubstr("movies: not read"));
 }
 
 TEST_F(MovieCommandTest, ClipsAreCountedFromTheTimecodeWhereTheyFitOnlySo)

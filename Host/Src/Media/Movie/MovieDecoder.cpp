@@ -45,7 +45,7 @@ MovieDecoder::MovieDecoder(std::filesystem::path inPath, std::shared_ptr<MovieIn
 	: mPath(std::move(inPath)),
 	  mIndex(std::move(inIndex)),
 	  mDamage(std::move(inDamage)),
-	  mPacket(av_packet_alloc())
+	  mPacket(Libav().av_packet_alloc())
 {
 	Open();
 }
@@ -203,8 +203,9 @@ bool MovieDecoder::JumpBefore(std::int64_t inFrame, std::size_t inBack)
 		{
 			MovieIndex::Entry const& entry = entries[before - 1 - inBack];
 			bool const isEarlier =
-				!earliest || av_compare_ts(entry.mTimestamp, mInput->GetStream(lane.mPlan->mIndex).time_base,
-								 earliest->mTimestamp, mInput->GetStream(stream).time_base) < 0;
+				!earliest ||
+				Libav().av_compare_ts(entry.mTimestamp, mInput->GetStream(lane.mPlan->mIndex).time_base,
+					earliest->mTimestamp, mInput->GetStream(stream).time_base) < 0;
 			stream = isEarlier ? lane.mPlan->mIndex : stream;
 			earliest = isEarlier ? &entry : earliest;
 		}

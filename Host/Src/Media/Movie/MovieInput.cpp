@@ -88,7 +88,7 @@ Demuxer const* FindDemuxer(std::string_view inName)
 std::string DescribeError(int inError)
 {
 	std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
-	av_strerror(inError, text.data(), text.size());
+	Libav().av_strerror(inError, text.data(), text.size());
 	return text.data();
 }
 
@@ -104,9 +104,9 @@ MovieInput::MovieInput(std::filesystem::path const& inPath)
 			MakeInputParts(inPath, "cannot be opened: " + std::generic_category().message(errno)));
 	}
 	mLength = static_cast<std::int64_t>(std::filesystem::file_size(path));
-	auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
-	mBytes.reset(
-		avio_alloc_context(buffer, kBufferSize, 0, this, &MovieInput::Read, nullptr, &MovieInput::Seek));
+	auto* const buffer = static_cast<unsigned char*>(Libav().av_malloc(kBufferSize));
+	mBytes.reset(Libav().avio_alloc_context(
+		buffer, kBufferSize, 0, this, &MovieInput::Read, nullptr, &MovieInput::Seek));
 	Open(inPath, Recognise(inPath));
 }
 
@@ -115,7 +115,7 @@ MovieInput::~MovieInput() = default;
 AVInputFormat const* MovieInput::Recognise(std::filesystem::path const& inPath)
 {
 	AVInputFormat const* demuxer = nullptr;
-	int const score = av_probe_input_buffer2(mBytes.get(), &demuxer, "", nullptr, 0, 0);
+	int const score = Libav().av_probe_input_buffer2(mBytes.get(), &demuxer, "", nullptr, 0, 0);
 	std::string_view const name = demuxer ? GetName(*demuxer) : std::string_view();
 	if (std::find(std::begin(kLists), std::end(kLists), name) != std::end(kLists))
 	{
@@ -134,18 +134,18 @@ AVInputFormat const* MovieInput::Recognise(std::filesystem::path const& inPath)
 
 void MovieInput::Open(std::filesystem::path const& inPath, AVInputFormat const* inDemuxer)
 {
-	AVFormatContext* format = avformat_alloc_context();
+	AVFormatContext* format = Libav().avformat_alloc_context();
 	format->pb = mBytes.get();
-	format->codec_whitelist = av_strdup(kDecoders);
-	format->protocol_whitelist = av_strdup("");
+	format->codec_whitelist = Libav().av_strdup(kDecoders);
+	format->protocol_whitelist = Libav().av_strdup("");
 	format->io_open = [](AVFormatContext*, AVIOContext**, char const*, int, AVDictionary**)
 	{ return AVERROR(EPERM); };
 	// It frees the context when it fails.
-	int error = avformat_open_input(&format, "", inDemuxer, nullptr);
+	int error = Libav().avformat_open_input(&format, "", inDemuxer, nullptr);
 	if (error >= 0)
 	{
 		mFormat.reset(format);
-		error = avformat_find_stream_info(format, nullptr);
+		error = Libav().avformat_find_stream_info(format, nullptr);
 	}
 	if (error < 0)
 	{
@@ -197,8 +197,8 @@ bool MovieInput::ReadPacket(AVPacket& outPacket)
 {
 	for (;;)
 	{
-		av_packet_unref(&outPacket);
-		if (av_read_frame(mFormat.get(), &outPacket) < 0)
+		Libav().av_packet_unref(&outPacket);
+		if (Libav().av_read_frame(mFormat.get(), &outPacket) < 0)
 		{
 			return false;
 		}
@@ -213,7 +213,8 @@ bool MovieInput::ReadPacket(AVPacket& outPacket)
 
 bool MovieInput::SeekTo(unsigned inStream, std::int64_t inTimestamp)
 {
-	return av_seek_frame(mFormat.get(), static_cast<int>(inStream), inTimestamp, AVSEEK_FLAG_BACKWARD) >= 0;
+	return Libav().av_seek_frame(
+			   mFormat.get(), static_cast<int>(inStream), inTimestamp, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
 int MovieInput::Read(void* inSelf, std::uint8_t* outBytes, int inCount)

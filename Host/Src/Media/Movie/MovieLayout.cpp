@@ -41,7 +41,7 @@ constexpr TaggedOrder kTaggedOrders[] = {
 // Decoders put the channels of their codecs in libav's order; those of PCM stay in the file's.
 TaggedOrder const* FindTaggedOrder(AVCodecParameters const& inParameters, std::uint32_t inTag)
 {
-	bool const isPcm = std::string_view(avcodec_get_name(inParameters.codec_id)).starts_with("pcm_");
+	bool const isPcm = std::string_view(Libav().avcodec_get_name(inParameters.codec_id)).starts_with("pcm_");
 	auto const found = std::find_if(std::begin(kTaggedOrders), std::end(kTaggedOrders),
 		[inTag](TaggedOrder const& inOrder) { return inOrder.mTag == inTag; });
 	bool const isMeant = isPcm && inParameters.ch_layout.nb_channels == static_cast<int>(k51Channels);
@@ -69,7 +69,7 @@ std::vector<AVChannel> ListPlaces(
 		}
 		for (unsigned i = 0; i < static_cast<unsigned>(parameters.ch_layout.nb_channels); ++i)
 		{
-			places.push_back(av_channel_layout_channel_from_index(&parameters.ch_layout, i));
+			places.push_back(Libav().av_channel_layout_channel_from_index(&parameters.ch_layout, i));
 		}
 	}
 	return places;

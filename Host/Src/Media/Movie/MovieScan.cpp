@@ -27,7 +27,7 @@ constexpr int kPacketsToTry = 100;
 bool IsPcm(AVCodecID inCodec)
 {
 	return inCodec >= AV_CODEC_ID_FIRST_AUDIO && inCodec < AV_CODEC_ID_ADPCM_IMA_QT &&
-		   av_get_exact_bits_per_sample(inCodec) > 0;
+		   Libav().av_get_exact_bits_per_sample(inCodec) > 0;
 }
 
 // Whether each packet gives as many samples as the next.
@@ -70,7 +70,7 @@ MovieIndex::Stream MakePlan(MovieInput const& inInput, unsigned inStream)
 void FindPacketSamples(std::filesystem::path const& inPath, std::vector<MovieIndex::Stream>& ioPlans)
 {
 	MovieInput input(inPath);
-	LibavPointer<AVPacket> const packet(av_packet_alloc());
+	LibavPointer<AVPacket> const packet(Libav().av_packet_alloc());
 	for (MovieIndex::Stream& plan : ioPlans)
 	{
 		if (plan.mTimes != PacketTimes::kRounded)
@@ -162,7 +162,7 @@ std::optional<std::int64_t> FindLostEnd(MovieInput const& inInput, std::int64_t 
 	{
 		return std::nullopt;
 	}
-	return av_rescale(format.duration, inSampleRate, AV_TIME_BASE);
+	return Libav().av_rescale(format.duration, inSampleRate, AV_TIME_BASE);
 }
 
 void SetEnd(StreamScan& ioScan, MovieInput const& inInput, std::optional<std::int64_t> const& inLostEnd,
@@ -186,9 +186,9 @@ std::int64_t GetEndTime(MovieInput const& inInput, AVPacket const& inPacket)
 {
 	std::int64_t const start = inPacket.pts != AV_NOPTS_VALUE ? inPacket.pts : inPacket.dts;
 	AVStream const& stream = inInput.GetStream(static_cast<unsigned>(inPacket.stream_index));
-	return start == AV_NOPTS_VALUE
-			   ? 0
-			   : av_rescale_q(av_sat_add64(start, inPacket.duration), stream.time_base, av_get_time_base_q());
+	return start == AV_NOPTS_VALUE ? 0
+								   : Libav().av_rescale_q(av_sat_add64(start, inPacket.duration),
+										 stream.time_base, Libav().av_get_time_base_q());
 }
 
 // What the streams are, in the order of their channels, before any packet is read.
@@ -231,7 +231,7 @@ std::vector<StreamScan> MakeScans(MovieInput const& inInput, MovieIndex& ioIndex
 std::int64_t ReadPackets(MovieInput& ioInput, std::vector<StreamScan>& ioScans)
 {
 	std::int64_t lastTime = 0;
-	LibavPointer<AVPacket> const packet(av_packet_alloc());
+	LibavPointer<AVPacket> const packet(Libav().av_packet_alloc());
 	while (ioInput.ReadPacket(*packet))
 	{
 		lastTime = std::max(lastTime, GetEndTime(ioInput, *packet));

@@ -3,11 +3,6 @@
 #include "MovieInput.h"
 #include "SonaroHost/Base/TimePosition.h"
 
-extern "C"
-{
-#include <libavutil/timecode.h>
-}
-
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -21,7 +16,7 @@ namespace
 
 std::string FindTag(AVDictionary const* inTags, char const* inName)
 {
-	AVDictionaryEntry const* const entry = av_dict_get(inTags, inName, nullptr, 0);
+	AVDictionaryEntry const* const entry = Libav().av_dict_get(inTags, inName, nullptr, 0);
 	return entry ? entry->value : "";
 }
 
@@ -53,7 +48,7 @@ std::optional<MediaStart> ReadTimecode(std::string const& inText, AVRational inR
 {
 	AVTimecode timecode{};
 	if (inText.empty() || inRate.num == 0 ||
-		av_timecode_init_from_string(&timecode, inRate, inText.c_str(), nullptr) < 0)
+		Libav().av_timecode_init_from_string(&timecode, inRate, inText.c_str(), nullptr) < 0)
 	{
 		return std::nullopt;
 	}

@@ -70,8 +70,9 @@ std::int64_t MovieStream::CountSamples(AVPacket const& inPacket) const
 	{
 		return mPlan.mPacketSamples;
 	}
-	if (std::int64_t const frameSize = av_get_audio_frame_duration2(mParameters, inPacket.size);
-		mPlan.mTimes == PacketTimes::kExact && av_get_exact_bits_per_sample(mParameters->codec_id) > 0)
+	if (std::int64_t const frameSize = Libav().av_get_audio_frame_duration2(mParameters, inPacket.size);
+		mPlan.mTimes == PacketTimes::kExact &&
+		Libav().av_get_exact_bits_per_sample(mParameters->codec_id) > 0)
 	{
 		return std::max<std::int64_t>(frameSize, 0);
 	}
@@ -81,7 +82,7 @@ std::int64_t MovieStream::CountSamples(AVPacket const& inPacket) const
 std::int64_t MovieStream::GuessSamples(AVPacket const& inPacket) const
 {
 	std::int64_t const duration =
-		av_rescale_q(std::max<std::int64_t>(inPacket.duration, 0), mTimeBase, {1, mSampleRate});
+		Libav().av_rescale_q(std::max<std::int64_t>(inPacket.duration, 0), mTimeBase, {1, mSampleRate});
 	return std::clamp<std::int64_t>(duration, 0, kLargestPacketSeconds * mSampleRate);
 }
 

@@ -1,5 +1,6 @@
 #include "Movies.h"
 
+#include "Media/MovieFile.h"
 #include "MovieDecoder.h"
 #include "MovieInput.h"
 #include "MovieLayout.h"
@@ -28,7 +29,7 @@ std::string GetStreamName(AVStream const& inStream)
 	std::string name;
 	for (char const* const tag : {"title", "language"})
 	{
-		AVDictionaryEntry const* const entry = av_dict_get(inStream.metadata, tag, nullptr, 0);
+		AVDictionaryEntry const* const entry = Libav().av_dict_get(inStream.metadata, tag, nullptr, 0);
 		std::string const text = entry ? entry->value : "";
 		if (name.empty() && text != "und")
 		{
@@ -40,10 +41,10 @@ std::string GetStreamName(AVStream const& inStream)
 
 AudioStreamInfo DescribeStream(AVStream const& inStream)
 {
-	AVCodecDescriptor const* const codec = avcodec_descriptor_get(inStream.codecpar->codec_id);
+	AVCodecDescriptor const* const codec = Libav().avcodec_descriptor_get(inStream.codecpar->codec_id);
 	AudioStreamInfo info;
 	info.mEncoding =
-		codec && codec->long_name ? codec->long_name : avcodec_get_name(inStream.codecpar->codec_id);
+		codec && codec->long_name ? codec->long_name : Libav().avcodec_get_name(inStream.codecpar->codec_id);
 	info.mName = GetStreamName(inStream);
 	info.mChannels = static_cast<unsigned>(std::max(inStream.codecpar->ch_layout.nb_channels, 0));
 	info.mSampleRate = inStream.codecpar->sample_rate;
@@ -142,9 +143,9 @@ int GetIntegerBits(AVCodecParameters const& inParameters)
 	{
 		return inParameters.bits_per_raw_sample;
 	}
-	std::string const name = avcodec_get_name(codec);
+	std::string const name = Libav().avcodec_get_name(codec);
 	bool const isInteger = name.starts_with("pcm_s") || name.starts_with("pcm_u");
-	return isInteger ? av_get_exact_bits_per_sample(codec) : 0;
+	return isInteger ? Libav().av_get_exact_bits_per_sample(codec) : 0;
 }
 
 void CheckChannels(AudioFileInfo const& inInfo)
@@ -160,6 +161,17 @@ void CheckChannels(AudioFileInfo const& inInfo)
 			"has " + std::to_string(channels) + " channels; at most " + std::to_string(kMaxChannels) +
 				" are supported",
 			"choose one of its streams");
+	}
+}
+
+// Throws a NoSoundError for a movie that libav would read if it could be loaded.
+void CheckLibav(std::filesystem::path const& inPath)
+{
+	if (!FindLibavFault().empty() && IsMovieFile(inPath))
+	{
+		throw NoSoundError(
+			{inPath, {}, "is a movie, and libav, which reads movies, cannot be used: " + FindLibavFault(),
+				"install libav, or export the movie's audio as a sound file"});
 	}
 }
 
@@ -195,6 +207,11 @@ void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams, Audi
 
 std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, unsigned inStream)
 {
+	CheckLibav(inPath);
+	if (!FindLibavFault().empty())
+	{
+		return std::nullopt;
+	}
 	std::optional<MovieInput> input;
 	try
 	{
@@ -233,19 +250,24 @@ std::unique_ptr<SoundDecoder> OpenMovieDecoder(AudioFileInfo const& inInfo)
 
 std::string DescribeMovieLibraries()
 {
+	if (!FindLibavFault().empty())
+	{
+		return {};
+	}
 	auto const describe = [](char const* inName, unsigned inVersion)
 	{
 		return std::string(inName) + " " + std::to_string(AV_VERSION_MAJOR(inVersion)) + "." +
 			   std::to_string(AV_VERSION_MINOR(inVersion)) + "." +
 			   std::to_string(AV_VERSION_MICRO(inVersion));
 	};
-	return describe("libavformat", avformat_version()) + ", " + describe("libavcodec", avcodec_version()) +
-		   ", " + describe("libswresample", swresample_version());
+	return describe("libavformat", Libav().avformat_version()) + ", " +
+		   describe("libavcodec", Libav().avcodec_version()) + ", " +
+		   describe("libswresample", Libav().swresample_version());
 }
 
 void SilenceMovieLibraries()
 {
-	av_log_set_level(AV_LOG_QUIET);
+	SilenceLibav();
 }
 
 } // namespace SonaroHost

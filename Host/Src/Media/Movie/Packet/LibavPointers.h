@@ -1,11 +1,6 @@
 #pragma once
 
-extern "C"
-{
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-#include <libswresample/swresample.h>
-}
+#include "Libav.h"
 
 #include <memory>
 
@@ -15,15 +10,15 @@ namespace SonaroHost
 // Owners of what libav allocates.
 struct LibavDeleter
 {
-	void operator()(AVCodecContext* inContext) const { avcodec_free_context(&inContext); }
-	void operator()(AVFormatContext* inContext) const { avformat_close_input(&inContext); }
-	void operator()(AVFrame* inFrame) const { av_frame_free(&inFrame); }
-	void operator()(AVPacket* inPacket) const { av_packet_free(&inPacket); }
-	void operator()(SwrContext* inContext) const { swr_free(&inContext); }
+	void operator()(AVCodecContext* inContext) const { Libav().avcodec_free_context(&inContext); }
+	void operator()(AVFormatContext* inContext) const { Libav().avformat_close_input(&inContext); }
+	void operator()(AVFrame* inFrame) const { Libav().av_frame_free(&inFrame); }
+	void operator()(AVPacket* inPacket) const { Libav().av_packet_free(&inPacket); }
+	void operator()(SwrContext* inContext) const { Libav().swr_free(&inContext); }
 	void operator()(AVIOContext* inContext) const
 	{
-		av_freep(&inContext->buffer);
-		avio_context_free(&inContext);
+		Libav().av_freep(&inContext->buffer);
+		Libav().avio_context_free(&inContext);
 	}
 };
 

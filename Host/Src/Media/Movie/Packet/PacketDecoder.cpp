@@ -10,23 +10,23 @@ namespace SonaroHost
 PacketDecoder::PacketDecoder(AVStream const& inStream)
 	: mChannels(static_cast<unsigned>(inStream.codecpar->ch_layout.nb_channels)),
 	  mSampleRate(inStream.codecpar->sample_rate),
-	  mFrame(av_frame_alloc())
+	  mFrame(Libav().av_frame_alloc())
 {
-	AVCodec const* const codec = avcodec_find_decoder(inStream.codecpar->codec_id);
-	mCodec.reset(codec ? avcodec_alloc_context3(codec) : nullptr);
+	AVCodec const* const codec = Libav().avcodec_find_decoder(inStream.codecpar->codec_id);
+	mCodec.reset(codec ? Libav().avcodec_alloc_context3(codec) : nullptr);
 	if (!mCodec || !mFrame)
 	{
 		throw std::runtime_error(
-			"there is no decoder for " + std::string(avcodec_get_name(inStream.codecpar->codec_id)));
+			"there is no decoder for " + std::string(Libav().avcodec_get_name(inStream.codecpar->codec_id)));
 	}
-	avcodec_parameters_to_context(mCodec.get(), inStream.codecpar);
+	Libav().avcodec_parameters_to_context(mCodec.get(), inStream.codecpar);
 	mCodec->pkt_timebase = inStream.time_base;
 	mCodec->thread_count = 1;
 	// What is trimmed is worked out from the packets.
 	mCodec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
 	// A damaged packet is to be silence, not what a decoder makes of it.
 	mCodec->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
-	if (avcodec_open2(mCodec.get(), codec, nullptr) < 0)
+	if (Libav().avcodec_open2(mCodec.get(), codec, nullptr) < 0)
 	{
 		throw std::runtime_error("the decoder for " + std::string(codec->name) + " refuses it");
 	}
@@ -36,11 +36,11 @@ PacketDecoder::Result PacketDecoder::Decode(AVPacket const* inPacket)
 {
 	mFrames = 0;
 	bool isDamaged = inPacket && (inPacket->flags & AV_PKT_FLAG_CORRUPT) != 0;
-	int error = avcodec_send_packet(mCodec.get(), inPacket);
+	int error = Libav().avcodec_send_packet(mCodec.get(), inPacket);
 	isDamaged = isDamaged || (error < 0 && error != AVERROR_EOF);
 	while (error >= 0)
 	{
-		error = avcodec_receive_frame(mCodec.get(), mFrame.get());
+		error = Libav().avcodec_receive_frame(mCodec.get(), mFrame.get());
 		if (error >= 0)
 		{
 			isDamaged = !Append(*mFrame) || isDamaged;
@@ -51,7 +51,7 @@ PacketDecoder::Result PacketDecoder::Decode(AVPacket const* inPacket)
 			isDamaged = true;
 			error = 0;
 		}
-		av_frame_unref(mFrame.get());
+		Libav().av_frame_unref(mFrame.get());
 	}
 	return {mSamples.data(), mFrames, isDamaged};
 }
@@ -70,10 +70,10 @@ bool PacketDecoder::Append(AVFrame const& inFrame)
 		layout.order = AV_CHANNEL_ORDER_UNSPEC;
 		layout.nb_channels = static_cast<int>(mChannels);
 		SwrContext* converter = nullptr;
-		int const error = swr_alloc_set_opts2(&converter, &layout, AV_SAMPLE_FMT_FLT, mSampleRate, &layout,
-			static_cast<AVSampleFormat>(inFrame.format), mSampleRate, 0, nullptr);
+		int const error = Libav().swr_alloc_set_opts2(&converter, &layout, AV_SAMPLE_FMT_FLT, mSampleRate,
+			&layout, static_cast<AVSampleFormat>(inFrame.format), mSampleRate, 0, nullptr);
 		mConverter.reset(converter);
-		if (error < 0 || swr_init(converter) < 0)
+		if (error < 0 || Libav().swr_init(converter) < 0)
 		{
 			return false;
 		}
@@ -83,7 +83,7 @@ bool PacketDecoder::Append(AVFrame const& inFrame)
 	std::size_t const needed = place + static_cast<std::size_t>(inFrame.nb_samples) * mChannels;
 	mSamples.resize(std::max(mSamples.size(), needed));
 	auto* out = reinterpret_cast<std::uint8_t*>(mSamples.data() + place);
-	int const count = swr_convert(mConverter.get(), &out, inFrame.nb_samples,
+	int const count = Libav().swr_convert(mConverter.get(), &out, inFrame.nb_samples,
 		const_cast<std::uint8_t const**>(inFrame.extended_data), inFrame.nb_samples);
 	mFrames += std::max(count, 0);
 	return count == inFrame.nb_samples;

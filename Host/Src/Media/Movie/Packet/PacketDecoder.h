@@ -25,7 +25,7 @@ public:
 	Result Decode(AVPacket const* inPacket);
 
 	// After a seek.
-	void Reset() { avcodec_flush_buffers(mCodec.get()); }
+	void Reset() { Libav().avcodec_flush_buffers(mCodec.get()); }
 
 private:
 	// Whether the frame is of the stream's format.

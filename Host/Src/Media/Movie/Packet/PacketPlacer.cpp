@@ -27,7 +27,8 @@ constexpr std::int64_t kFurthest = std::int64_t{1} << 56;
 
 std::int64_t GetTolerance(AVRational inTimeBase, int inSampleRate, PacketTimes inTimes)
 {
-	std::int64_t const ticks = av_rescale(2 * std::int64_t{inTimeBase.num}, inSampleRate, inTimeBase.den);
+	std::int64_t const ticks =
+		Libav().av_rescale(2 * std::int64_t{inTimeBase.num}, inSampleRate, inTimeBase.den);
 	bool const isFine = std::int64_t{inTimeBase.num} * inSampleRate <= inTimeBase.den;
 	switch (inTimes)
 	{
@@ -47,7 +48,7 @@ PacketPlacer::PacketPlacer(
 	AVStream const& inStream, int inSampleRate, PacketTimes inTimes, std::int64_t inStart)
 	: mTimeBase(inStream.time_base),
 	  mSampleRate(inSampleRate),
-	  mStart(av_rescale_q(inStart, av_get_time_base_q(), inStream.time_base)),
+	  mStart(Libav().av_rescale_q(inStart, Libav().av_get_time_base_q(), inStream.time_base)),
 	  mTolerance(GetTolerance(inStream.time_base, inSampleRate, inTimes)),
 	  mSkip(std::max(inStream.codecpar->initial_padding, 0))
 {
@@ -56,14 +57,15 @@ PacketPlacer::PacketPlacer(
 std::int64_t PacketPlacer::ToPosition(std::int64_t inTimestamp) const
 {
 	std::int64_t const position =
-		av_rescale_q(av_sat_sub64(inTimestamp, mStart), mTimeBase, {1, mSampleRate});
+		Libav().av_rescale_q(av_sat_sub64(inTimestamp, mStart), mTimeBase, {1, mSampleRate});
 	return std::clamp(position, -kFurthest, kFurthest);
 }
 
 PacketPlacer::Place PacketPlacer::PlaceNext(AVPacket const& inPacket, std::int64_t inSamples)
 {
 	std::size_t size = 0;
-	std::uint8_t const* const trim = av_packet_get_side_data(&inPacket, AV_PKT_DATA_SKIP_SAMPLES, &size);
+	std::uint8_t const* const trim =
+		Libav().av_packet_get_side_data(&inPacket, AV_PKT_DATA_SKIP_SAMPLES, &size);
 	std::int64_t padding = 0;
 	if (trim && size >= 8)
 	{
@@ -78,7 +80,7 @@ PacketPlacer::Place PacketPlacer::PlaceNext(AVPacket const& inPacket, std::int64
 	if (inPacket.pts != AV_NOPTS_VALUE)
 	{
 		// The sum in ticks: where they are coarse, start and delay are rounded alike.
-		std::int64_t const ticks = av_rescale_q(skipped, {1, mSampleRate}, mTimeBase);
+		std::int64_t const ticks = Libav().av_rescale_q(skipped, {1, mSampleRate}, mTimeBase);
 		std::int64_t const told = ToPosition(av_sat_add64(inPacket.pts, ticks)) + mShift;
 		std::int64_t const off = told - mNext;
 		bool const isElsewhere = mHasStarted && (off < -kLargestOverlapSeconds * mSampleRate ||
