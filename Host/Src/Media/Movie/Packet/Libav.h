@@ -68,6 +68,7 @@ namespace SonaroHost
 // Threads: any.
 struct LibavFunctions
 {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): the name of a member stands without.
 #define SONARO_LIBAV_MEMBER(name) decltype(&::name) name = nullptr;
 	SONARO_LIBAV_FUNCTIONS(SONARO_LIBAV_MEMBER)
 #undef SONARO_LIBAV_MEMBER
