@@ -5,6 +5,7 @@
 #include "SonaroHost/Media/NoSoundError.h"
 #include "StretchedFile.h"
 
+#include <algorithm>
 #include <string>
 
 namespace SonaroHost
@@ -18,6 +19,12 @@ constexpr std::int64_t kLargestLength = std::int64_t{1} << 48;
 
 // A packet of ALAC. The last one of a file may be short and is only right after the one before.
 constexpr std::int64_t kAlacPacketFrames = 4096;
+
+// 16-bit samples that are read at once, few enough for the first-level cache.
+constexpr std::size_t kShorts = 4096;
+
+// From 16-bit samples to floats; a power of two, so that no bit is lost.
+constexpr float kShortScale = 1.0f / 32768.0f;
 
 // What libsndfile says of the last file, without the full stop that some of its sentences have.
 std::string DescribeFailure()
@@ -48,6 +55,10 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 		throw NoSoundError(MakeInputParts(inPath, "cannot be read as sound: " + DescribeFailure()));
 	}
 	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
+	if ((mFormat.format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_16)
+	{
+		mShorts.resize(std::max(kShorts, static_cast<std::size_t>(mFormat.channels)));
+	}
 }
 
 AudioFileDecoder::~AudioFileDecoder() = default;
@@ -96,8 +107,7 @@ std::int64_t AudioFileDecoder::Read(float* outSamples, std::int64_t inFrames)
 	std::int64_t done = 0;
 	while (done < inFrames)
 	{
-		sf_count_t const count =
-			sf_readf_float(mFile.get(), outSamples + done * mFormat.channels, inFrames - done);
+		std::int64_t const count = ReadSome(outSamples + done * mFormat.channels, inFrames - done);
 		if (count <= 0)
 		{
 			break;
@@ -106,6 +116,25 @@ std::int64_t AudioFileDecoder::Read(float* outSamples, std::int64_t inFrames)
 	}
 	mPosition += done;
 	return done;
+}
+
+// 16-bit PCM is read as it is in the file and converted here, to the values that libsndfile gives: in vectors, and
+// without the second buffer that libsndfile converts from.
+std::int64_t AudioFileDecoder::ReadSome(float* outSamples, std::int64_t inFrames)
+{
+	if (mShorts.empty())
+	{
+		return sf_readf_float(mFile.get(), outSamples, inFrames);
+	}
+	std::int64_t const wanted =
+		std::min(inFrames, static_cast<std::int64_t>(mShorts.size()) / mFormat.channels);
+	std::int64_t const count = sf_readf_short(mFile.get(), mShorts.data(), wanted);
+	std::size_t const samples = static_cast<std::size_t>(std::max<std::int64_t>(count, 0) * mFormat.channels);
+	for (std::size_t i = 0; i < samples; ++i)
+	{
+		outSamples[i] = static_cast<float>(mShorts[i]) * kShortScale;
+	}
+	return count;
 }
 
 bool AudioFileDecoder::SeekTo(std::int64_t inFrame)

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace SonaroHost
 {
@@ -40,11 +41,16 @@ private:
 		void operator()(SNDFILE* inFile) const { sf_close(inFile); }
 	};
 
+	// At most so many frames as libsndfile gives at once; 0 or less at the end and where it fails.
+	std::int64_t ReadSome(float* outSamples, std::int64_t inFrames);
+
 	std::unique_ptr<StretchedFile> mStretchedFile;
 	SF_INFO mFormat{};
 	std::unique_ptr<SNDFILE, Closer> mFile;
 	std::int64_t mPosition = 0;
 	bool mStatesLength = true;
+	// Of 16-bit PCM before it is converted; empty for all else.
+	std::vector<short> mShorts;
 };
 
 } // namespace SonaroHost
