@@ -363,6 +363,13 @@ def speed_cases():
     cuts("nested-twice-as-fast", "A nested stack at 2: its second 1000 samples are passed too.",
          [stack(track(clip("a.wav", r(0, 4000))), source_range=r(500, 1000), effects=[warp(2)])], 1000,
          [run(0, 1000, "a.wav", 500, step=2)], within=0.2, unsettled=40)
+    between = stack(track(clip("a.wav", r(0, 4000))), source_range=r(3001, 2400, 3 * RATE))
+    cuts("nested-between-samples", "A nested stack at 3/4 from 1000 1/3 on begins there, although the media within have "
+         "its rate.", [{**between, "effects": [warp(0.75)]}], 800,
+         [run(0, 800, "a.wav", 1000 + 1 / 3, step=0.75)], within=0.1, unsettled=40)
+    cuts("nested-between-samples-backwards", "At -3/4 it begins a sample before its end, at 1000 1/3 + 800 * 3/4 - 1.",
+         [{**between, "effects": [warp(-0.75)]}], 800, [run(0, 800, "a.wav", 1599 + 1 / 3, step=-0.75)], within=0.1,
+         unsettled=40)
     long = stack(track(gap(100), clip("a.wav", r(1000, 3000))), source_range=r(500, 800))
     cuts("nested-twice-as-fast-backwards", "A nested stack at -2: its time 500 + 2 * 800 back to 500, which is the "
          "clip's 2000 back to 400 and the media's 3000 back to 1400.",

@@ -256,8 +256,8 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 		return std::nullopt;
 	}
 	inWhySilent = inWhySilent.empty() ? CheckNest(inItem, inPlacement, inTiming) : std::move(inWhySilent);
-	std::int64_t first = 0;
-	Scope scope = MakeInnerScope(inItem, inPlacement, inTiming, inWhySilent, first);
+	NestStart start;
+	Scope scope = MakeInnerScope(inItem, inPlacement, inTiming, inWhySilent, start);
 	SN::AudioChannelLayout const layout = inWhySilent.empty() ? ChooseNestLayout(inItem) : mLayout;
 	// Otherwise it has a row already, or is the sum.
 	if (inLevelsOn == LevelsOn::kItem && &item != mContext.mTimelineStack)
@@ -272,7 +272,8 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 	}
 	CheckWidth(item, layout);
 	Sequence::Item result = MakeItem(inItem, inPlacement, inTiming);
-	result.mContent = Sequence::Nest{description, scope.mGrid.ToTicks(first)};
+	result.mContent = Sequence::Nest{description, scope.mGrid.ToTicks(start.mFrame)};
+	result.mOffset = start.mOffset;
 	if (inLevelsOn == LevelsOn::kItem)
 	{
 		AddLevels(item, layout, inTiming.mRange.mLength, result.mChain);
@@ -305,23 +306,39 @@ std::string ItemMaker::CheckNest(
 	return mChecks.CheckSpeed(*inItem.mItem, inTiming, Ratio(1));
 }
 
-Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlacement,
-	ItemTiming const& inTiming, std::string const& inWhySilent, std::int64_t& outFirstFrame) const
+Grid ItemMaker::MakeInnerGrid(ItemTiming const& inTiming, NestStart& outStart) const
 {
 	int const rate = mScope.mGrid.GetSampleRate();
-	Scope scope{Grid::MakeThrough(inTiming.mFirst, rate, outFirstFrame),
-		mScope.mToProgramme.After(inTiming.mToContent.Invert()), {}, {}, mScope.mTrack, mScope.mDepth,
-		inWhySilent};
-	if (inTiming.mSpeed < Ratio())
+	bool const isResampled = inTiming.mSpeed != Ratio(1) && inTiming.mSpeed != Ratio(-1) &&
+							 mContext.mOptions.mResampling != Sequence::Resampling::kEngine;
+	if (isResampled)
 	{
-		// The frame before the boundary is heard first, and there is none before 0.
-		if (outFirstFrame == 0)
-		{
-			scope.mGrid = Grid(rate, inTiming.mFirst - Ratio(1, rate));
-			outFirstFrame = 1;
-		}
-		--outFirstFrame;
+		// What is read first may lie between two frames, so the frames stand where their own times have them.
+		Ratio const before(inTiming.mSpeed < Ratio() ? 1 : 0);
+		Ratio const position = inTiming.mFirst * Ratio(rate) - before;
+		std::int64_t const whole = position.Floor();
+		outStart = {std::max<std::int64_t>(whole, 0), position - Ratio(whole)};
+		return {rate, Ratio(whole - outStart.mFrame, rate)};
 	}
+	Grid const grid = Grid::MakeThrough(inTiming.mFirst, rate, outStart.mFrame);
+	if (!(inTiming.mSpeed < Ratio()))
+	{
+		return grid;
+	}
+	// The frame before the boundary is heard first, and there is none before 0.
+	if (outStart.mFrame == 0)
+	{
+		return {rate, inTiming.mFirst - Ratio(1, rate)};
+	}
+	--outStart.mFrame;
+	return grid;
+}
+
+Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlacement,
+	ItemTiming const& inTiming, std::string const& inWhySilent, NestStart& outStart) const
+{
+	Scope scope{MakeInnerGrid(inTiming, outStart), mScope.mToProgramme.After(inTiming.mToContent.Invert()),
+		{}, {}, mScope.mTrack, mScope.mDepth, inWhySilent};
 	TimeSpan const own{inPlacement.mStart, inPlacement.mEnd};
 	TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
 	scope.mVisible = inTiming.mToContent.Map(own.Intersect(mScope.mVisible));

@@ -88,9 +88,15 @@ private:
 
 	std::optional<Sequence::Item> MakeNest(ItemView const& inItem, Placement const& inPlacement,
 		ItemTiming const& inTiming, std::string inWhySilent, LevelsOn inLevelsOn);
-	// outFirstFrame: the frame of the inner grid that is heard first.
+	// What of a nest is heard first: a frame of its grid and, where it is resampled, the part of a frame after it.
+	struct NestStart
+	{
+		std::int64_t mFrame = 0;
+		Ratio mOffset;
+	};
+	Grid MakeInnerGrid(ItemTiming const& inTiming, NestStart& outStart) const;
 	Scope MakeInnerScope(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming,
-		std::string const& inWhySilent, std::int64_t& outFirstFrame) const;
+		std::string const& inWhySilent, NestStart& outStart) const;
 
 	MakerContext& mContext;
 	Scope const& mScope;
