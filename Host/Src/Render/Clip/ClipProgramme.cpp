@@ -61,23 +61,38 @@ std::shared_ptr<Sequence::Media const> MakeMedia(PlannedClip const& inClip, SN::
 			info.mLayout, [source = inClip.mSource](SN::FrameRate const&) { return source; }});
 }
 
+// The place of a piece's first sample in the source, counted from what is heard of it. What is resampled backwards is
+// what forward gives, the other way round; the engine's resampler begins with the last sample, which comes to the same
+// where nothing is resampled.
+Ratio FindStart(Piece const& inPiece, ProgrammePlan const& inPlan)
+{
+	PlannedClip const& clip = *inPiece.mClip;
+	std::int64_t const passed = inPiece.mFirst - clip.mPosition;
+	Ratio const speed = Ratio::FromExactDouble(clip.mReadingSpeed);
+	if (!inPlan.IsReversed())
+	{
+		return Ratio(passed) * speed;
+	}
+	if (inPlan.GetResampling() == Sequence::Resampling::kEngine)
+	{
+		return Ratio(clip.mSourceFrames - 1) - Ratio(passed) * speed;
+	}
+	return Ratio(clip.mFrames - 1 - passed) * speed;
+}
+
 Sequence::Item MakeItem(
 	Piece const& inPiece, std::shared_ptr<Sequence::Media const> const& inMedia, ProgrammePlan const& inPlan)
 {
 	PlannedClip const& clip = *inPiece.mClip;
 	SN::FrameRate const frameRate = inPlan.GetFrameRate();
-	std::int64_t const passed = inPiece.mFirst - clip.mPosition;
-	std::int64_t const skipped = std::llround(static_cast<double>(passed) * clip.mReadingSpeed);
-	Ratio const rest = Ratio(passed) * Ratio::FromExactDouble(clip.mReadingSpeed) - Ratio(skipped);
+	Ratio const start = FindStart(inPiece, inPlan);
+	std::int64_t const nearest = start.Round();
 	Sequence::Item item;
 	item.mName = inMedia->mName;
 	item.mStart = SN::TickTime(inPiece.mFirst, frameRate);
 	item.mEnd = SN::TickTime(inPiece.mEnd, frameRate);
-	item.mContent = Sequence::Clip{inMedia,
-		inPlan.IsReversed() ? clip.mFirstFrame + clip.mSourceFrames - 1 - skipped
-							: clip.mFirstFrame + skipped,
-		clip.mChannels};
-	item.mOffset = inPlan.IsReversed() ? -rest : rest;
+	item.mContent = Sequence::Clip{inMedia, clip.mFirstFrame + nearest, clip.mChannels};
+	item.mOffset = start - Ratio(nearest);
 	item.mResampling = inPlan.GetResampling();
 	item.mSpeed = inPlan.IsReversed() ? -clip.mReadingSpeed : clip.mReadingSpeed;
 	if (clip.mLayout.GetPanner())
