@@ -4,6 +4,7 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/OutputPlan.h"
+#include "SonaroHost/Media/RateConverter.h"
 #include "SonaroHost/Render/JobChecks.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
@@ -138,7 +139,10 @@ void ProgrammePlan::ChooseReadingSpeed(PlannedClip& ioClip, double inSpeed) cons
 {
 	AudioFileInfo const& info = ioClip.GetInfo();
 	double const speed = inSpeed * info.mSampleRate / mSampleRate;
-	if (speed < kLowestSpeed || speed > kHighestSpeed)
+	bool const isEngine = mResampling == Sequence::Resampling::kEngine;
+	double const lowest = isEngine ? kLowestSpeed : 0.0;
+	double const highest = isEngine ? kHighestSpeed : static_cast<double>(RateConverter::kLargestStep);
+	if (speed < lowest || speed > highest)
 	{
 		Refuse(QuotePath(info.mPath) + ": converting " + std::to_string(info.mSampleRate) + " Hz to " +
 			   std::to_string(mSampleRate) +
