@@ -47,7 +47,8 @@ HOST = {
     "Graph": "Base Media Sequence",
     "Otio": "Base Files",
     "OtioSequence": "Base Files Engine Automation Media Sequence Otio",
-    "Render": "Base Files Engine Automation Metering Media Waveform Sequence Graph Otio OtioSequence",
+    "Picture": "Base Files Engine Media Waveform Sequence Otio OtioSequence",
+    "Render": "Base Files Engine Automation Metering Media Waveform Sequence Graph Otio OtioSequence Picture",
 }
 
 # The rooms of the program, below Host/Command, and which of them each uses. The host is below all.

@@ -54,4 +54,10 @@ std::string ProgrammeTimecode::GetLength(Ratio const& inLength) const
 	return FormatTimecode(inLength, mRate);
 }
 
+std::optional<Ratio> ProgrammeTimecode::FindTime(std::string const& inLabel) const
+{
+	auto const time = ParseTimecode(inLabel, mRate);
+	return time ? std::optional(*time - mStart) : std::nullopt;
+}
+
 } // namespace SonaroHost::Otio

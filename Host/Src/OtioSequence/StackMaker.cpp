@@ -58,7 +58,8 @@ void StackMaker::AddChild(std::size_t inIndex, std::string const& inWhySilent)
 	{
 		return;
 	}
-	TrackRow const row = MakeRow(child, inIndex, inWhySilent);
+	TrackRow row = MakeRow(child, inIndex, inWhySilent);
+	row.mIsAudio = !child.mTrack || child.mTrack->IsAudio();
 	auto& rows = mContext.mResult.mTracks;
 	std::size_t const rowIndex = rows.size();
 	rows.push_back(row);

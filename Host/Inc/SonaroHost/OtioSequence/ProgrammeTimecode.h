@@ -24,6 +24,8 @@ public:
 	// The label of a time in seconds from the start of the programme, which bears the timeline's global start.
 	std::string GetLabel(Ratio const& inTime) const;
 	std::string GetLength(Ratio const& inLength) const;
+	// The time of a label, the reverse of GetLabel. Nothing for one that the rate does not have, such as a dropped one.
+	std::optional<Ratio> FindTime(std::string const& inLabel) const;
 
 private:
 	ProgrammeTimecode(double inRate, Ratio const& inStart)

@@ -66,6 +66,8 @@ struct TrackRow
 	// Whether a meter can hear it: a track or an item of the description has mPlace as its mOrigin. A track without items
 	// has none.
 	bool mIsMeasured = false;
+	// Whether it is of a kind that can be heard; tracks of video are not.
+	bool mIsAudio = true;
 };
 
 // What a clip is without, against the timeline's will: all of its media, or the part that it asks for.
@@ -91,6 +93,8 @@ struct MarkerRow
 	// Exact, in seconds from the start of the programme. The end is cut off where the item ends.
 	Ratio mStart;
 	Ratio mEnd;
+	// OpenTimelineIO's name of its colour, such as "RED"; empty for none.
+	std::string mColour;
 };
 
 } // namespace SonaroHost::Otio

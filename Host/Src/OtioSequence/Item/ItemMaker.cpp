@@ -98,7 +98,7 @@ void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement,
 		Ratio const last = mScope.mToProgramme.Map(marked.mEnd);
 		mContext.mResult.mMarkers.push_back(
 			{marker.mName, marker.mComment, AppendLabel(mScope.mTrack, GetLabel(inItem)), marker.mPlace,
-				std::min(first, last), std::max(first, last)});
+				std::min(first, last), std::max(first, last), marker.mColor});
 	}
 }
 
