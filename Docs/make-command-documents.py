@@ -26,6 +26,7 @@ VALUES = {
     "--stems": "track marker",
     "--fades": "linear equal-power s-curve",
     "waveform --channels": "stacked merged",
+    "waveform --theme": "light dark",
     "--scale": "linear db",
     "--layout": "mono stereo 5.1",
 }

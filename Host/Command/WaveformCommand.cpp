@@ -163,7 +163,7 @@ WaveformCommand::WaveformCommand(CLI::App& ioProgram)
 		"  sonaro waveform quiet.wav -o quiet.png --scale db --floor-db -72 --background none\n"
 		"  sonaro waveform music.wav -o verse.png --start 1:02.5 --duration 30\n"
 		"  sonaro waveform podcast.wav -o podcast.dat --samples-per-column 512 --bits 8\n"
-		"  sonaro waveform edit.otio -o edit.png");
+		"  sonaro waveform edit.otio -o edit.svg --theme dark");
 }
 
 void WaveformCommand::AddFileOptions()
@@ -198,11 +198,15 @@ void WaveformCommand::AddRangeOptions()
 
 void WaveformCommand::AddPictureOptions()
 {
-	Add("--height", mHeight, "PIXELS", "Height in pixels, up to 32767 (default: 240)");
+	Add("--height", mHeight, "PIXELS",
+		"Height in pixels, up to 32767 (default: 240; of a timeline 28 to 80 for each track)");
+	Add("--theme", mTheme, "NAME", "Colours of pictures: light or dark (default: light)")
+		->check(CLI::IsMember({"light", "dark"}));
 	Add("--background", mBackground, "COLOUR",
-		"Colour of the background: #rrggbb, #rrggbbaa or none (default: #ffffff)");
-	Add("--wave", mWave, "COLOUR", "Colour between minimum and maximum (default: #24548a)");
-	Add("--rms", mRms, "COLOUR", "Colour of the RMS (default: #7aaadc)");
+		"Colour of the background: #rrggbb, #rrggbbaa or none (default: #ffffff, in dark pictures #14171c)");
+	Add("--wave", mWave, "COLOUR",
+		"Colour between minimum and maximum (default: #24548a, in dark pictures #5e9cde)");
+	Add("--rms", mRms, "COLOUR", "Colour of the RMS (default: #7aaadc, in dark pictures #1a426e)");
 	Add("--scale", mScale, "NAME", "Scale of amplitudes: linear, or db for decibels (default: linear)")
 		->check(CLI::IsMember({"linear", "db"}));
 	Add("--floor-db", mFloorDecibels, "DB",
@@ -291,7 +295,7 @@ TimelineWaveformRequest WaveformCommand::MakeTimelineRequest()
 
 WaveformStyle WaveformCommand::MakeStyle() const
 {
-	WaveformStyle style;
+	WaveformStyle style = WaveformStyle::Make(mTheme == "dark" ? PictureTheme::kDark : PictureTheme::kLight);
 	style.mHeight = mHeight;
 	ParseColour("--background", mBackground, style.mBackground);
 	ParseColour("--wave", mWave, style.mWave);
@@ -304,7 +308,8 @@ WaveformStyle WaveformCommand::MakeStyle() const
 void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
 {
 	auto const isGiven = [this](char const* inName) { return GetParser().get_option(inName)->count() > 0; };
-	for (char const* const name : {"--height", "--background", "--wave", "--rms", "--scale", "--floor-db"})
+	for (char const* const name :
+		{"--height", "--theme", "--background", "--wave", "--rms", "--scale", "--floor-db"})
 	{
 		if (!IsPicture(inFormat) && isGiven(name))
 		{

@@ -44,6 +44,7 @@ private:
 	unsigned mStream = 0;
 	std::string mChannels = "stacked";
 	unsigned mHeight;
+	std::string mTheme;
 	std::string mBackground;
 	std::string mWave;
 	std::string mRms;

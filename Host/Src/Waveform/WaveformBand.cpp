@@ -4,6 +4,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace SonaroHost
 {
@@ -18,21 +19,36 @@ void WaveformBand::SetGrid(Grid const& inGrid)
 
 void WaveformBand::Add(dsp::AudioBuffer const& inBuffer, std::int64_t inFirstFrame)
 {
-	std::int64_t const offset = inFirstFrame - mGrid.mFirstFrame;
-	std::int64_t const end = std::min<std::int64_t>(offset + inBuffer.GetUseSize(), mGrid.mFrames);
-	for (std::int64_t frame = std::max<std::int64_t>(offset, 0); frame < end;)
+	double const columnFrames = static_cast<double>(mGrid.mFramesPerColumn);
+	double const start = mGrid.mFirstFrame + static_cast<double>(inFirstFrame) * mGrid.mStep;
+	unsigned const frames = inBuffer.GetUseSize();
+	// Exact where frames are those of the programme: all numbers are whole then.
+	auto const findColumn = [&](unsigned inFrame)
+	{ return std::floor((start + inFrame * mGrid.mStep) / columnFrames); };
+	for (unsigned first = 0; first < frames;)
 	{
-		std::int64_t const index = frame / mGrid.mFramesPerColumn;
-		std::int64_t const pieceEnd = std::min(end, (index + 1) * mGrid.mFramesPerColumn);
-		auto const count = static_cast<unsigned>(pieceEnd - frame);
-		PeakColumn& column = mColumns[static_cast<std::size_t>(index)];
-		for (unsigned channel = 0; channel < inBuffer.GetNumChannels(); ++channel)
-		{
-			column.Add(
-				inBuffer.IsChannelSilent(channel) ? nullptr : inBuffer.GetChannel(channel) + (frame - offset),
-				count);
-		}
-		frame = pieceEnd;
+		double const column = findColumn(first);
+		double const left = mGrid.mStep > 0.0 ? (column + 1.0) * columnFrames - (start + first * mGrid.mStep)
+											  : start + first * mGrid.mStep - column * columnFrames;
+		auto const count = static_cast<unsigned>(
+			std::clamp(std::ceil(left / std::abs(mGrid.mStep)), 1.0, static_cast<double>(frames - first)));
+		AddPiece(inBuffer, first, first + count, column);
+		first += count;
+	}
+}
+
+void WaveformBand::AddPiece(
+	dsp::AudioBuffer const& inBuffer, unsigned inFirst, unsigned inEnd, double inPlace)
+{
+	if (!(inPlace >= 0.0 && inPlace < static_cast<double>(mColumns.size())))
+	{
+		return;
+	}
+	PeakColumn& column = mColumns[static_cast<std::size_t>(inPlace)];
+	for (unsigned channel = 0; channel < inBuffer.GetNumChannels(); ++channel)
+	{
+		column.Add(inBuffer.IsChannelSilent(channel) ? nullptr : inBuffer.GetChannel(channel) + inFirst,
+			inEnd - inFirst);
 	}
 }
 

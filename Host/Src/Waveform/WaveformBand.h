@@ -17,13 +17,17 @@ class WaveformBand final : public SN::Implements<WaveformBand, SN::IAudioMeterSe
 public:
 	static constexpr SN::Identifier<WaveformBand> kIdentifier{0x7ec93b51d0a8462full, 0xb06fe4d7391a5c82ull};
 
-	// Where the columns lie in the graph's time.
+	// Where the columns lie in the programme, and what arrives in that.
 	struct Grid
 	{
-		std::int64_t mFirstFrame = 0;
+		// Frames of the programme.
 		std::int64_t mFrames = 0;
 		std::int64_t mFramesPerColumn = 1;
 		SN::FrameRate mFrameRate;
+		// The frame of the programme at which frame 0 of what arrives is, and how many one of its frames takes there: below
+		// 0 for what arrives backwards.
+		double mFirstFrame = 0.0;
+		double mStep = 1.0;
 	};
 
 	// Called before the render.
@@ -39,6 +43,9 @@ public:
 	void Reset() override {}
 
 private:
+	// Adds the frames that fall into one column.
+	void AddPiece(dsp::AudioBuffer const& inBuffer, unsigned inFirst, unsigned inEnd, double inPlace);
+
 	Grid mGrid;
 	std::vector<PeakColumn> mColumns;
 };

@@ -1,14 +1,14 @@
 #include "WaveformPicture.h"
 
+#include "CairoHandles.h"
 #include "SonaroHost/Base/HostError.h"
+#include "WaveformExtents.h"
 
 #include <cairo-svg.h>
-#include <cairo.h>
 
-#include <algorithm>
 #include <cmath>
-#include <memory>
 #include <string>
+#include <vector>
 
 namespace SonaroHost
 {
@@ -16,74 +16,21 @@ namespace SonaroHost
 namespace
 {
 
-struct Destroyer
-{
-	void operator()(cairo_surface_t* inSurface) const { cairo_surface_destroy(inSurface); }
-	void operator()(cairo_t* inCairo) const { cairo_destroy(inCairo); }
-};
-
-using Surface = std::unique_ptr<cairo_surface_t, Destroyer>;
-using Cairo = std::unique_ptr<cairo_t, Destroyer>;
-
-void Check(cairo_status_t inStatus)
-{
-	// A failed write is reported by the file itself.
-	if (inStatus != CAIRO_STATUS_SUCCESS && inStatus != CAIRO_STATUS_WRITE_ERROR)
-	{
-		throw HostError(HostError::Kind::kOutput,
-			std::string("the picture cannot be drawn: ") + cairo_status_to_string(inStatus));
-	}
-}
-
 cairo_status_t WriteToFile(void* inFile, unsigned char const* inBytes, unsigned inCount)
 {
 	bool const isWritten = static_cast<OutputFile*>(inFile)->Write(inBytes, inCount) == inCount;
 	return isWritten ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
 }
 
-// Pixels counted from the top down.
-struct Extent
+// A channel's share of the height, down to a pixel.
+WaveformRoom FindRoom(
+	WaveformStyle const& inStyle, std::size_t inChannel, std::size_t inChannels, unsigned inWidth)
 {
-	double mTop = 0.0;
-	double mBottom = 0.0;
-};
-
-// A channel's share of the height.
-class Band
-{
-public:
-	Band(WaveformStyle const& inStyle, std::size_t inChannel, std::size_t inChannels)
-		: mStyle(inStyle),
-		  mTop(
-			  std::floor(static_cast<double>(inStyle.mHeight * inChannel) / static_cast<double>(inChannels))),
-		  mHeight(std::floor(static_cast<double>(inStyle.mHeight * (inChannel + 1)) /
-							 static_cast<double>(inChannels)) -
-				  mTop)
-	{
-	}
-
-	// The extent is at least a pixel high.
-	Extent Find(float inMinimum, float inMaximum) const
-	{
-		Extent extent{FindY(inMaximum), FindY(inMinimum)};
-		if (double const missing = 1.0 - (extent.mBottom - extent.mTop); missing > 0.0)
-		{
-			extent.mTop = std::clamp(extent.mTop - missing / 2.0, mTop, mTop + mHeight - 1.0);
-			extent.mBottom = extent.mTop + 1.0;
-		}
-		return extent;
-	}
-
-private:
-	double FindY(float inSample) const
-	{
-		return mTop + mHeight * (1.0 - ScaleAmplitude(static_cast<double>(inSample), mStyle)) / 2.0;
-	}
-
-	WaveformStyle const& mStyle;
-	double mTop;
-	double mHeight;
-};
+	auto const findTop = [&](std::size_t inIndex)
+	{ return std::floor(static_cast<double>(inStyle.mHeight * inIndex) / static_cast<double>(inChannels)); };
+	double const top = findTop(inChannel);
+	return {top, findTop(inChannel + 1) - top, inWidth};
+}
 
 class Painter
 {
@@ -103,15 +50,15 @@ public:
 		cairo_paint(mCairo.get());
 		for (std::size_t channel = 0; channel < mWaveform.mChannels.size(); ++channel)
 		{
-			AddWave(channel);
+			Add(FindWave(mWaveform, channel, mStyle, GetRoom(channel)));
 		}
 		Fill(mStyle.mWave);
 		for (std::size_t channel = 0; channel < mWaveform.mChannels.size(); ++channel)
 		{
-			AddRms(channel);
+			Add(FindRms(mWaveform, channel, mStyle, GetRoom(channel)));
 		}
 		Fill(mStyle.mRms);
-		Check(cairo_status(mCairo.get()));
+		CheckCairo(cairo_status(mCairo.get()));
 	}
 
 private:
@@ -127,51 +74,21 @@ private:
 		cairo_fill(mCairo.get());
 	}
 
-	void AddPixel(unsigned inX, Extent const& inExtent)
+	void Add(std::vector<WaveformExtent> const& inExtents)
 	{
-		cairo_rectangle(mCairo.get(), inX, inExtent.mTop, 1.0, inExtent.mBottom - inExtent.mTop);
-	}
-
-	Waveform::Column GetPixel(std::size_t inChannel, unsigned inX) const
-	{
-		std::size_t const columns = mWaveform.GetNumColumns();
-		std::size_t const first = columns * inX / mWidth;
-		return Join(
-			mWaveform, inChannel, inChannel + 1, first, std::max(first + 1, columns * (inX + 1) / mWidth));
-	}
-
-	void AddWave(std::size_t inChannel)
-	{
-		Band const band(mStyle, inChannel, mWaveform.mChannels.size());
-		Extent before;
-		for (unsigned x = 0; x < mWidth; ++x)
+		for (std::size_t x = 0; x < inExtents.size(); ++x)
 		{
-			Waveform::Column const column = GetPixel(inChannel, x);
-			Extent const own = band.Find(column.mMinimum, column.mMaximum);
-			Extent shown = own;
-			if (x > 0)
+			if (!inExtents[x].IsEmpty())
 			{
-				shown.mTop = std::min(own.mTop, before.mBottom);
-				shown.mBottom = std::max(own.mBottom, before.mTop);
-			}
-			AddPixel(x, shown);
-			before = own;
-		}
-	}
-
-	// The RMS is drawn around the middle, where the wave crosses it, and not beyond the wave itself.
-	void AddRms(std::size_t inChannel)
-	{
-		Band const band(mStyle, inChannel, mWaveform.mChannels.size());
-		for (unsigned x = 0; x < mWidth; ++x)
-		{
-			Waveform::Column const column = GetPixel(inChannel, x);
-			if (column.mMinimum < 0.0f && column.mMaximum > 0.0f)
-			{
-				AddPixel(x, band.Find(std::max(-column.mRms, column.mMinimum),
-								std::min(column.mRms, column.mMaximum)));
+				cairo_rectangle(mCairo.get(), static_cast<double>(x), inExtents[x].mTop, 1.0,
+					inExtents[x].mBottom - inExtents[x].mTop);
 			}
 		}
+	}
+
+	WaveformRoom GetRoom(std::size_t inChannel) const
+	{
+		return FindRoom(mStyle, inChannel, mWaveform.mChannels.size(), mWidth);
 	}
 
 	Cairo mCairo;
@@ -187,9 +104,9 @@ void WriteWaveformPng(
 {
 	Surface const surface(cairo_image_surface_create(
 		CAIRO_FORMAT_ARGB32, static_cast<int>(inWidth), static_cast<int>(inStyle.mHeight)));
-	Check(cairo_surface_status(surface.get()));
+	CheckCairo(cairo_surface_status(surface.get()));
 	Painter(surface.get(), inWaveform, inStyle, inWidth).Paint();
-	Check(cairo_surface_write_to_png_stream(surface.get(), &WriteToFile, &ioFile));
+	CheckCairo(cairo_surface_write_to_png_stream(surface.get(), &WriteToFile, &ioFile));
 }
 
 void WriteWaveformSvg(
@@ -197,11 +114,11 @@ void WriteWaveformSvg(
 {
 	Surface const surface(
 		cairo_svg_surface_create_for_stream(&WriteToFile, &ioFile, inWidth, inStyle.mHeight));
-	Check(cairo_surface_status(surface.get()));
+	CheckCairo(cairo_surface_status(surface.get()));
 	cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
 	Painter(surface.get(), inWaveform, inStyle, inWidth).Paint();
 	cairo_surface_finish(surface.get());
-	Check(cairo_surface_status(surface.get()));
+	CheckCairo(cairo_surface_status(surface.get()));
 }
 
 void CheckBitmapSize(std::int64_t inWidth, std::int64_t inHeight)

@@ -32,6 +32,19 @@ std::optional<Colour> Colour::Parse(std::string_view inText)
 	return Colour{parts[0], parts[1], parts[2], parts[3]};
 }
 
+WaveformStyle WaveformStyle::Make(PictureTheme inTheme)
+{
+	WaveformStyle style;
+	style.mTheme = inTheme;
+	if (inTheme == PictureTheme::kDark)
+	{
+		style.mBackground = {20, 23, 28, 255};
+		style.mWave = {94, 156, 222, 255};
+		style.mRms = {26, 66, 110, 255};
+	}
+	return style;
+}
+
 double ScaleAmplitude(double inSample, WaveformStyle const& inStyle)
 {
 	double const sample = std::isnan(inSample) ? 0.0 : std::clamp(inSample, -1.0, 1.0);

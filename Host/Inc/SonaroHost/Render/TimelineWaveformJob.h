@@ -2,8 +2,8 @@
 
 #include "SonaroHost/Base/RenderProgress.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
+#include "SonaroHost/Picture/TimelinePicture.h"
 #include "SonaroHost/Render/WaveformJob.h"
-#include "SonaroHost/Waveform/Waveform.h"
 #include "SonaroHost/Waveform/WaveformStyle.h"
 
 #include <cstdint>
@@ -27,7 +27,7 @@ struct TimelineWaveformRequest
 	Otio::TimelineOptions mOptions;
 	// Pixels.
 	unsigned mWidth = 1200;
-	// Without a height of its own a band is 80 pixels high.
+	// Without a height it grows with the bands, which are 28 to 80 pixels high.
 	std::optional<unsigned> mHeight;
 	WaveformStyle mStyle;
 	bool mReplace = true;
@@ -38,13 +38,13 @@ struct TimelineWaveformSummary
 	std::int64_t mFrames = 0;
 	int mSampleRate = 0;
 	unsigned mHeight = 0;
-	// The bands from the top down: the mix, and each track as it arrives there.
+	// The bands from the top down: the mix, and each track, with why it is not heard.
 	std::vector<std::string> mBands;
 	double mElapsedSeconds = 0.0;
 };
 
-// Draws what is heard of a timeline: a band for the mix and one for each of its tracks that is heard, each with all its
-// channels in one. It is rendered once; tracks are seen after their faders, before their pans.
+// Draws a timeline: a band for the mix and one for each of its tracks, nested ones too, each with all its channels in
+// one, below a ruler and markers. It is rendered once; tracks are seen after their faders, before their pans.
 class TimelineWaveformJob
 {
 public:
@@ -59,8 +59,8 @@ public:
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
-	// The height of a picture of so many bands. Throws a HostError when it does not fit them.
-	unsigned ChooseHeight(unsigned inBands) const;
+	// Renders the programme and hands the waves to the picture; false when asked to stop.
+	bool Hear(TimelinePicture& ioPicture, ProgressCallback const& inProgress, std::stop_token const& inStop);
 
 	TimelineWaveformRequest mRequest;
 	Otio::TimelineInput mInput;

@@ -18,8 +18,6 @@ namespace SonaroHost
 
 class OutputFile;
 
-// Pixels in either direction.
-inline constexpr unsigned kMaxPictureSize = 32767;
 // Columns in a file of data.
 inline constexpr std::int64_t kMaxWaveformColumns = 1 << 24;
 

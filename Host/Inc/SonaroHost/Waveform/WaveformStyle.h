@@ -10,6 +10,9 @@ namespace SonaroHost
 // Columns of peaks for each pixel of a picture: the edge of what is drawn is off by at most one of them.
 inline constexpr std::int64_t kColumnsPerPixel = 16;
 
+// Pixels in either direction.
+inline constexpr unsigned kMaxPictureSize = 32767;
+
 struct Colour
 {
 	// "#rrggbb", "#rrggbbaa" or "none", which is transparent. Nothing for any other text.
@@ -30,14 +33,24 @@ enum class AmplitudeScale
 	kDecibels,
 };
 
+enum class PictureTheme
+{
+	kLight,
+	kDark,
+};
+
 // What a picture of a waveform looks like.
 struct WaveformStyle
 {
+	// The theme's colours, and otherwise what a style has.
+	static WaveformStyle Make(PictureTheme inTheme);
+
 	// The height in pixels; the channels share it.
 	unsigned mHeight = 240;
 	Colour mBackground{255, 255, 255, 255};
 	Colour mWave{36, 84, 138, 255};
 	Colour mRms{122, 170, 220, 255};
+	PictureTheme mTheme = PictureTheme::kLight;
 	AmplitudeScale mScale = AmplitudeScale::kLinear;
 	// The floor, below 0.
 	double mFloorDecibels = -60.0;

@@ -170,7 +170,8 @@ void TimelineRenderJob::NameStems()
 				? "no track of the timeline is heard, so there are no stems"
 				: "there are no markers in the rendered range, so there are no stems; choose another range");
 	}
-	std::string const ending = std::string(".") + ToLower(GetName(mFormat.mContainer));
+	std::string ending(1, '.');
+	ending += ToLower(GetName(mFormat.mContainer));
 	for (std::size_t index = 0; index < mFiles.size(); ++index)
 	{
 		RenderedFile& file = mFiles[index].mFile;

@@ -1,15 +1,15 @@
 #include "SonaroHost/Render/TimelineWaveformJob.h"
 
+#include "Picture/TimelineWaves.h"
 #include "Render/RangeRender.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/OutputFile.h"
 #include "SonaroHost/Files/OutputPlan.h"
+#include "SonaroHost/Picture/TimelineDrawing.h"
 #include "SonaroHost/Render/TimelineProgramme.h"
-#include "Waveform/WaveformBand.h"
 #include "Waveform/WaveformPicture.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -19,46 +19,7 @@ namespace SonaroHost
 namespace
 {
 
-constexpr unsigned kBandHeight = 80;
 constexpr unsigned kTrackBlockFrames = 2048;
-
-// The bands of one picture while they are filled.
-class Bands
-{
-public:
-	Bands() { Add("the mix"); }
-
-	SN::InterfaceRef<WaveformBand> Add(std::string const& inName)
-	{
-		mNames.push_back(inName);
-		return mBands.emplace_back(zorvcore::classref::MakeObject<WaveformBand>());
-	}
-
-	void SetGrid(WaveformBand::Grid const& inGrid)
-	{
-		for (SN::InterfaceRef<WaveformBand> const& band : mBands)
-		{
-			band->SetGrid(inGrid);
-		}
-	}
-
-	WaveformBand& GetMix() const { return *mBands.front(); }
-	std::vector<std::string> const& GetNames() const { return mNames; }
-
-	Waveform Take(WaveformBand::Grid const& inGrid, int inSampleRate) const
-	{
-		Waveform waveform{inSampleRate, inGrid.mFramesPerColumn, {}};
-		for (SN::InterfaceRef<WaveformBand> const& band : mBands)
-		{
-			waveform.mChannels.push_back(band->GetValues());
-		}
-		return waveform;
-	}
-
-private:
-	std::vector<std::string> mNames;
-	std::vector<SN::InterfaceRef<WaveformBand>> mBands;
-};
 
 } // namespace
 
@@ -83,67 +44,62 @@ TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
 	Otio::CheckHasSound(mSequence);
 }
 
-unsigned TimelineWaveformJob::ChooseHeight(unsigned inBands) const
-{
-	unsigned const height = mRequest.mHeight.value_or(std::min(kBandHeight * inBands, kMaxPictureSize));
-	if (height < inBands || height > kMaxPictureSize)
-	{
-		Refuse("a picture of " + std::to_string(inBands) + " bands must be " + std::to_string(inBands) +
-			   " to " + std::to_string(kMaxPictureSize) + " pixels high, not " + std::to_string(height));
-	}
-	if (mRequest.mFormat == WaveformFormat::kPng)
-	{
-		CheckBitmapSize(mRequest.mWidth, height);
-	}
-	return height;
-}
-
 std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
 	auto const begin = std::chrono::steady_clock::now();
 	OutputFile file(mRequest.mOutput);
-	Bands bands;
-	RangeRender render;
-	for (Otio::TrackRow const& row : mSequence.mTracks)
+	TimelinePicture picture = MakeTimelinePicture(mInput.GetTimeline(), mSequence);
+	TimelineStyle const style{mRequest.mStyle, mRequest.mWidth, mRequest.mHeight};
+	unsigned const height = ChoosePictureHeight(picture, style);
+	bool const isPng = mRequest.mFormat == WaveformFormat::kPng;
+	if (isPng)
 	{
-		if (row.mDepth == 0 && row.mIsMeasured)
-		{
-			render.mView.mTaps.emplace(row.mPlace, bands.Add(row.mTrack));
-		}
+		CheckBitmapSize(mRequest.mWidth, height);
 	}
-	WaveformStyle style = mRequest.mStyle;
-	style.mHeight = ChooseHeight(static_cast<unsigned>(bands.GetNames().size()));
+	if (!Hear(picture, inProgress, inStop))
+	{
+		return std::nullopt;
+	}
+	std::string const bytes = isPng ? DrawTimelinePng(picture, style) : DrawTimelineSvg(picture, style);
+	file.Write(bytes.data(), static_cast<std::int64_t>(bytes.size()));
+	if (inStop.stop_requested())
+	{
+		return std::nullopt;
+	}
+	file.Commit();
+	TimelineWaveformSummary summary{mSequence.mFrames, mSequence.mSampleRate, height, {},
+		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
+	for (TimelinePicture::Lane const& lane : picture.mLanes)
+	{
+		summary.mBands.push_back(
+			lane.mWhySilent.empty() ? lane.mPath : lane.mPath + " (not heard: " + lane.mWhySilent + ")");
+	}
+	return summary;
+}
+
+bool TimelineWaveformJob::Hear(
+	TimelinePicture& ioPicture, ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
 	Programme const programme = Otio::MakeProgramme(mSequence, mInput.GetMedia());
-	WaveformBand::Grid const grid{programme.mFirstFrame, programme.mFrames,
-		std::max<std::int64_t>(1, programme.mFrames / (mRequest.mWidth * kColumnsPerPixel)),
-		programme.GetFrameRate()};
-	bands.SetGrid(grid);
+	TimelineWaves waves(ioPicture, programme.mFrames, programme.mSampleRate, mRequest.mWidth);
+	RangeRender render;
+	render.mView.mTaps = waves.GetTaps();
 	render.mRange = {0, programme.mFrames};
 	render.mBlockFrames = kTrackBlockFrames;
 	render.mStop = inStop;
 	render.mSink = [&, done = std::int64_t{0}](dsp::AudioBuffer& ioBlock) mutable
 	{
-		bands.GetMix().Add(ioBlock, programme.mFirstFrame + done);
+		waves.AddMix(ioBlock, done);
 		done += ioBlock.GetUseSize();
 		if (inProgress)
 		{
 			inProgress({done, programme.mFrames});
 		}
 	};
-	if (!RenderRange(programme, render))
-	{
-		return std::nullopt;
-	}
-	auto* const write = mRequest.mFormat == WaveformFormat::kPng ? &WriteWaveformPng : &WriteWaveformSvg;
-	write(bands.Take(grid, programme.mSampleRate), style, mRequest.mWidth, file);
-	if (inStop.stop_requested())
-	{
-		return std::nullopt;
-	}
-	file.Commit();
-	return TimelineWaveformSummary{programme.mFrames, programme.mSampleRate, style.mHeight, bands.GetNames(),
-		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
+	bool const isWhole = RenderRange(programme, render).has_value();
+	waves.Fill(ioPicture);
+	return isWhole;
 }
 
 } // namespace SonaroHost
