@@ -17,6 +17,7 @@
 
 #include <charconv>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 namespace SonaroCommand
@@ -46,14 +47,15 @@ GraphFormat ChooseGraphFormat(std::string const& inFormat, std::string const& in
 	return name == ".dot" ? GraphFormat::kDot : name == ".svg" ? GraphFormat::kSvg : GraphFormat::kPng;
 }
 
-GraphDrawing Draw(
-	Programme const& inProgramme, Sequence::GraphView const& inView, std::optional<std::size_t> inMaxDepth)
+GraphDrawing Draw(Programme const& inProgramme, Sequence::GraphView inView, GraphDrawingOptions inOptions)
 {
 	constexpr unsigned kBlockFrames = 2048;
 	RenderContextScope const context(
 		ChooseBlock(inProgramme, kBlockFrames), SN::kTimeMax, SN::ImmutableString("drawing"));
+	inView.mLabels = std::make_shared<Sequence::NodeLabels>();
+	inOptions.mLabels = inView.mLabels.get();
 	Sequence::SequenceGraph const graph = MakeGraph(inProgramme, context.Get(), inView);
-	return GraphDrawing(graph.GetGenerator(), inProgramme.GetFrameRate(), inMaxDepth);
+	return GraphDrawing(graph.GetGenerator(), inProgramme.GetFrameRate(), inOptions);
 }
 
 // A track's place among the children of the timeline's stack, by its name or by its number, counted from 1.
@@ -151,10 +153,13 @@ GraphCommand::GraphCommand(CLI::App& ioProgram)
 		->check(CLI::Range(0, kMostDepth));
 	Add("--track", mTrack, "NAME",
 		"Draw only this track: its name, or its number from 1, counting tracks of all kinds");
+	AddFlag("--all", mShowsAll, "Also draw silence between items and panners that change nothing");
 	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
 	AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
 	GetParser().footer(
-		"Solid lines carry sound between nodes; dashed lines come from the processors of a node.\n\n"
+		"Solid lines carry sound between nodes; dashed lines come from the processors of a node. Nodes have "
+		"the\n"
+		"names of the timeline, with the engine's classes in small below; lines show latencies and waits.\n\n"
 		"Examples:\n"
 		"  sonaro graph edit.otio -o graph.svg\n"
 		"  sonaro graph edit.otio -o graph.dot --media /mnt/sound\n"
@@ -195,7 +200,8 @@ int GraphCommand::Run()
 		view = DropOthers(FindHeard(track, mTrack, sequence), sequence);
 	}
 	WarnOfNotes(sequence.mMissing, {});
-	GraphDrawing const drawing = Draw(Otio::MakeProgramme(sequence, input.GetMedia()), view, mDepth);
+	GraphDrawing const drawing =
+		Draw(Otio::MakeProgramme(sequence, input.GetMedia()), view, {mDepth, mShowsAll, nullptr});
 	CheckNodes(drawing, format);
 	std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);
 	// The file is made after the drawing, which may take long and may be stopped.

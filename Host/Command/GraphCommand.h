@@ -29,6 +29,7 @@ private:
 	std::string mTrack;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;
+	bool mShowsAll = false;
 	bool mKeepsOldFile = false;
 	bool mIsQuiet = false;
 };

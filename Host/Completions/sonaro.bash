@@ -16,6 +16,7 @@ _sonaro()
 	"render --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"render --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	"waveform --format") COMPREPLY=($(compgen -W "png svg json dat" -- "$word")); return ;;
+	"waveform --theme") COMPREPLY=($(compgen -W "light dark" -- "$word")); return ;;
 	"waveform --scale") COMPREPLY=($(compgen -W "linear db" -- "$word")); return ;;
 	"waveform --channels") COMPREPLY=($(compgen -W "stacked merged" -- "$word")); return ;;
 	"waveform --bits") COMPREPLY=($(compgen -W "8 16" -- "$word")); return ;;
@@ -31,9 +32,9 @@ _sonaro()
 	-*)
 		case "$command" in
 		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --quiet --json --at --start --duration --reverse --as-playback --speed --stream --channels --pan --mixdown --range --stems --media --fades --strict" -- "$word")) ;;
-		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
+		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;
-		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --media --fades --quiet" -- "$word")) ;;
+		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --all --media --fades --quiet" -- "$word")) ;;
 		esac
 		;;
 	*)

@@ -601,6 +601,28 @@ TEST_F(TimelineCommandTest, TheGraphHasEachNodeOnce)
 	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("</svg>"));
 }
 
+TEST_F(TimelineCommandTest, TheGraphHasTheNamesOfTheTimelineAndSilenceOnlyIfAllIsDrawn)
+{
+	Json const nest =
+		With(Stack({Track("Boom <b>", {Clip("shout", "tone.wav")})}), {{"name", "Scene \"4\""}});
+	Json track = Track("Dia & logue", {Gap(0.4), Clip("hum", "tone.wav"), nest});
+	track["metadata"]["sonaro"]["gain"] = -3;
+	WriteTimeline("named.otio", {track});
+	EXPECT_EQ(Run({"graph", "named.otio", "-o", "graph.dot"}).mExitCode, 0);
+	std::string const dot = ReadBytes(mFolder / "graph.dot");
+	for (char const* const text : {"track <b>Dia &amp; logue</b>", "clip <b>hum</b>",
+			 "nested <b>Scene &quot;4&quot;</b>", "track <b>Boom &lt;b&gt;</b>", "fader<br/>",
+			 ">AudioClipTrackRenderer</font>", "subgraph cluster_"})
+	{
+		EXPECT_THAT(dot, HasSubstr(text));
+	}
+	EXPECT_THAT(dot, Not(HasSubstr("SilentAudioTrackRenderableItem")));
+	EXPECT_EQ(Run({"graph", "named.otio", "-o", "all.dot", "--all"}).mExitCode, 0);
+	EXPECT_THAT(ReadBytes(mFolder / "all.dot"), HasSubstr("SilentAudioTrackRenderableItem"));
+	EXPECT_EQ(Run({"graph", "named.otio", "-o", "graph.svg"}).mExitCode, 0);
+	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("Dia &amp; logue"));
+}
+
 TEST_F(TimelineCommandTest, MediaOfTheOutputsRatePassAlsoWhereAFrameIsNoWholeNumberOfTicks)
 {
 	Sound const sound = MakeSound(1, 44099, 44099);

@@ -4,9 +4,12 @@
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Media/AudioFileSource.h"
 #include "zorvcore/debug/TypeName.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <typeinfo>
 
@@ -27,6 +30,49 @@ std::string Narrow(std::u16string const& inText)
 		text += character < 0x80 ? static_cast<char>(character) : '?';
 	}
 	return text;
+}
+
+// The text as it stands in a label of Graphviz's language that is markup.
+std::string EscapeMarkup(std::string const& inText)
+{
+	std::string text;
+	for (char const character : MakePrintable(inText))
+	{
+		text += character == '&'   ? "&amp;"
+				: character == '<' ? "&lt;"
+				: character == '>' ? "&gt;"
+				: character == '"' ? "&quot;"
+								   : std::string(1, character);
+	}
+	return text;
+}
+
+// What a node is called, and the colour of its kind, on which black letters can be read.
+struct KindStyle
+{
+	Sequence::NodeLabel::Kind mKind;
+	// Before the name, or instead of it.
+	char const* mWord;
+	char const* mColour;
+};
+
+constexpr KindStyle kKindStyles[] = {
+	{Sequence::NodeLabel::Kind::kSequence, "sequence", "#d9e2ec"},
+	{Sequence::NodeLabel::Kind::kTrack, "track", "#bcd8f5"},
+	{Sequence::NodeLabel::Kind::kSubmix, "submix", "#cfc4f0"},
+	{Sequence::NodeLabel::Kind::kMaster, "master", "#f5c8a8"},
+	{Sequence::NodeLabel::Kind::kClip, "clip", "#c6e8c8"},
+	{Sequence::NodeLabel::Kind::kNest, "nested", "#a8dcd4"},
+	{Sequence::NodeLabel::Kind::kEffect, "effect", "#f7d4e2"},
+	{Sequence::NodeLabel::Kind::kFader, "fader", "#f4e6a6"},
+	{Sequence::NodeLabel::Kind::kSend, "send to", "#e4d3f2"},
+	{Sequence::NodeLabel::Kind::kReturn, "return of", "#e4d3f2"},
+};
+
+KindStyle const& GetStyle(Sequence::NodeLabel::Kind inKind)
+{
+	return *std::find_if(std::begin(kKindStyles), std::end(kKindStyles),
+		[inKind](KindStyle const& inStyle) { return inStyle.mKind == inKind; });
 }
 
 // The text as it stands between quotes in Graphviz's language.
@@ -52,6 +98,13 @@ std::string GetName(NodeRef const& inNode)
 	SN::Unknown const& object = *inNode.GetUnknown();
 	std::string const name = zorvcore::debug::GetTypeName(typeid(object));
 	return name.substr(name.rfind(':') + 1);
+}
+
+// Silence between items, and panners that change nothing.
+bool IsFraming(NodeRef const& inNode)
+{
+	std::string const name = GetName(inNode);
+	return name == "SilentAudioTrackRenderableItem" || name == "AudioPannerNone";
 }
 
 std::string GetFile(NodeRef const& inNode)
@@ -80,10 +133,10 @@ std::int64_t GetLatency(NodeRef const& inNode, SN::FrameRate const& inFrameRate)
 class GraphDrawing::Walk
 {
 public:
-	Walk(GraphDrawing& outDrawing, SN::FrameRate const& inFrameRate, std::optional<std::size_t> inMaxDepth)
+	Walk(GraphDrawing& outDrawing, SN::FrameRate const& inFrameRate, GraphDrawingOptions const& inOptions)
 		: mDrawing(outDrawing),
 		  mFrameRate(inFrameRate),
-		  mMaxDepth(inMaxDepth)
+		  mOptions(inOptions)
 	{
 	}
 
@@ -107,67 +160,147 @@ private:
 		NodeRef mNode;
 		// Nested sequences on the way to it, itself among them.
 		std::size_t mDepth = 0;
+		// Whether what feeds it stands in a cluster of its own.
+		bool mIsNest = false;
 	};
 
 	void AddEdges(std::vector<NodeRef> const& inNodes, std::size_t inTo, bool inAreProcessors)
 	{
 		for (NodeRef const& node : inNodes)
 		{
-			if (node)
+			if (node && (mOptions.mShowsAll || !IsFraming(node)))
 			{
-				mDrawing.mEdges.push_back({Find(node, mFound[inTo].mDepth), inTo, inAreProcessors});
+				mDrawing.mEdges.push_back({Find(node, inTo), inTo, inAreProcessors});
 			}
 		}
 	}
 
-	std::size_t Find(NodeRef const& inNode, std::size_t inDepth)
+	// inFrom: the node that it was found at.
+	std::size_t Find(NodeRef const& inNode, std::size_t inFrom)
 	{
 		auto const [place, isNew] = mIndices.try_emplace(inNode.GetUnknown().get(), mFound.size());
+		std::size_t const index = place->second;
 		if (isNew)
 		{
-			bool const isNest =
-				!mFound.empty() && static_cast<bool>(SN::InterfaceRef<Sequence::SequenceNode>(inNode));
-			std::size_t const depth = inDepth + (isNest ? 1 : 0);
-			mFound.push_back({inNode, depth});
-			mDrawing.mNodes.push_back({GetName(inNode), GetFile(inNode), GetLatency(inNode, mFrameRate),
-				isNest && mMaxDepth && depth > *mMaxDepth});
+			Add(inNode, inFrom);
 		}
-		return place->second;
+		else if (mDrawing.mNodes[index].mSequence != GetSequenceWithin(inFrom))
+		{
+			mDrawing.mNodes[index].mSequence = 0;
+		}
+		return index;
+	}
+
+	void Add(NodeRef const& inNode, std::size_t inFrom)
+	{
+		bool const isRoot = mFound.empty();
+		bool const isNest = !isRoot && static_cast<bool>(SN::InterfaceRef<Sequence::SequenceNode>(inNode));
+		std::size_t const depth = isRoot ? 0 : mFound[inFrom].mDepth + (isNest ? 1 : 0);
+		bool const isClosed = isNest && mOptions.mMaxDepth && depth > *mOptions.mMaxDepth;
+		Sequence::NodeLabel const* const label = mOptions.mLabels ? mOptions.mLabels->Find(inNode) : nullptr;
+		mFound.push_back({inNode, depth, isNest && !isClosed});
+		mDrawing.mNodes.push_back({GetName(inNode), GetFile(inNode), GetLatency(inNode, mFrameRate), isClosed,
+			label ? std::optional(*label) : std::nullopt, isRoot ? 0 : GetSequenceWithin(inFrom)});
+	}
+
+	// The sequence of what feeds a node.
+	std::size_t GetSequenceWithin(std::size_t inNode) const
+	{
+		return mFound[inNode].mIsNest ? inNode : mDrawing.mNodes[inNode].mSequence;
 	}
 
 	GraphDrawing& mDrawing;
 	SN::FrameRate mFrameRate;
-	std::optional<std::size_t> mMaxDepth;
+	GraphDrawingOptions const& mOptions;
 	std::vector<Found> mFound;
 	std::map<void const*, std::size_t> mIndices;
 };
 
 GraphDrawing::GraphDrawing(SN::InterfaceRef<SN::IAudioGenerator> const& inGraph,
-	SN::FrameRate const& inFrameRate, std::optional<std::size_t> inMaxDepth)
+	SN::FrameRate const& inFrameRate, GraphDrawingOptions const& inOptions)
+	: mFrameRate(inFrameRate)
 {
-	Walk(*this, inFrameRate, inMaxDepth).Run(inGraph);
+	Walk(*this, inFrameRate, inOptions).Run(inGraph);
+}
+
+std::string GraphDrawing::DescribeNode(Node const& inNode) const
+{
+	std::string lines;
+	std::string attributes;
+	if (inNode.mLabel)
+	{
+		KindStyle const& style = GetStyle(inNode.mLabel->mKind);
+		bool const isNameEnough = inNode.mLabel->mName.empty() || inNode.mLabel->mName == style.mWord;
+		lines = std::string(style.mWord) +
+				(isNameEnough ? "" : " <b>" + EscapeMarkup(inNode.mLabel->mName) + "</b>") + "<br/>";
+		attributes = ", fillcolor=\"" + std::string(style.mColour) + "\"";
+	}
+	lines += inNode.mFile.empty() ? "" : "<b>" + EscapeMarkup(inNode.mFile) + "</b><br/>";
+	attributes += inNode.mFile.empty() ? "" : ", fillcolor=\"#e6e0d4\"";
+	lines += "<font point-size=\"8\">" + EscapeMarkup(inNode.mClass) + "</font>";
+	lines += inNode.mIsClosed ? "<br/>deeper levels not drawn" : "";
+	return "label=<" + lines + ">" + attributes;
+}
+
+std::string GraphDrawing::DescribeDelay(std::string const& inWhat, std::int64_t inFrames) const
+{
+	constexpr double kMilliseconds = 1000.0;
+	double const rate = mFrameRate.GetSamplesPerSecond();
+	return inWhat + " " + FormatCount(inFrames, "frame") + ", " +
+		   FormatNumber(static_cast<double>(inFrames) * kMilliseconds / rate) + " ms";
+}
+
+std::string GraphDrawing::DescribeEdge(Edge const& inEdge) const
+{
+	Node const& from = mNodes[inEdge.mFrom];
+	std::int64_t const wait = from.mLabel ? from.mLabel->mWaitFrames : 0;
+	std::string text = from.mLatencyFrames == 0 ? "" : DescribeDelay("latency", from.mLatencyFrames);
+	text += wait == 0 ? "" : (text.empty() ? "" : "\\n") + DescribeDelay("waits", wait);
+	std::string attributes = inEdge.mIsProcessor ? "style=dashed, arrowhead=odot" : "";
+	attributes += text.empty() ? "" : (attributes.empty() ? "label=\"" : ", label=\"") + text + "\"";
+	return "\tn" + std::to_string(inEdge.mFrom) + " -> n" + std::to_string(inEdge.mTo) +
+		   (attributes.empty() ? "\n" : " [" + attributes + "]\n");
+}
+
+std::string GraphDrawing::DescribeCluster(Members const& inMembers, std::size_t inSequence) const
+{
+	std::string text;
+	for (std::size_t const i : inMembers.at(inSequence))
+	{
+		text += "\tn" + std::to_string(i) + " [";
+		text += DescribeNode(mNodes[i]);
+		text += "]\n";
+		if (i != 0 && inMembers.contains(i))
+		{
+			auto const& label = mNodes[i].mLabel;
+			text += "\tsubgraph cluster_" + std::to_string(i) + " {\n\tlabel=\"";
+			text += Escape(MakePrintable(label ? label->mName : std::string()));
+			text += "\"\n";
+			text += DescribeCluster(inMembers, i);
+			text += "\t}\n";
+		}
+	}
+	return text;
 }
 
 std::string GraphDrawing::ToDot(std::string const& inTitle) const
 {
-	// Graphviz tries as often as these limits say, times the nodes, to shorten edges: without them, nests of a few
-	// levels take it minutes.
-	std::string text = "digraph {\n\tlabel=\"" + Escape(inTitle) +
-					   "\"\n\trankdir=LR\n\tnslimit=2\n\tnslimit1=2\n\tnode [shape=box, "
-					   "fontname=\"sans-serif\", fontsize=10]\n";
+	Members members;
 	for (std::size_t i = 0; i < mNodes.size(); ++i)
 	{
-		Node const& node = mNodes[i];
-		text += "\tn" + std::to_string(i) + " [label=\"" + Escape(node.mName);
-		text += node.mFile.empty() ? "" : "\\n" + Escape(node.mFile);
-		text += node.mLatencyFrames == 0 ? "" : "\\nlatency " + FormatCount(node.mLatencyFrames, "sample");
-		text += node.mIsClosed ? "\\ndeeper levels not drawn" : "";
-		text += "\"]\n";
+		members[mNodes[i].mSequence].push_back(i);
 	}
+	// Graphviz tries as often as these limits say, times the nodes, to shorten edges: without them, nests of a few
+	// levels take it minutes.
+	std::string text = "digraph {\n\tlabel=\"" + Escape(MakePrintable(inTitle)) +
+					   "\"\n\trankdir=LR\n\tnslimit=2\n\tnslimit1=2\n\tfontname=\"sans-serif\"\n"
+					   "\tcolor=\"#5b6b7d\"\n\tstyle=rounded\n"
+					   "\tnode [shape=box, style=filled, fillcolor=\"#f4f4f4\", fontname=\"sans-serif\", "
+					   "fontsize=10]\n\tedge [fontname=\"sans-serif\", fontsize=8]\n" +
+					   DescribeCluster(members, 0);
 	for (Edge const& edge : mEdges)
 	{
-		text += "\tn" + std::to_string(edge.mFrom) + " -> n" + std::to_string(edge.mTo);
-		text += edge.mIsProcessor ? " [style=dashed, arrowhead=odot]\n" : "\n";
+		text += DescribeEdge(edge);
 	}
 	return text + "}\n";
 }

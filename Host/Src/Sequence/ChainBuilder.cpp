@@ -35,6 +35,7 @@ void ChainBuilder::Add(Fader const& inFader)
 		return;
 	}
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<LevelStage>(MakeLevel(inFader), MakeClock()));
+	mTools.Label(mBuilt.mProcessors.back(), {NodeLabel::Kind::kFader, {}});
 }
 
 void ChainBuilder::Add(Effect const& inEffect)
@@ -59,6 +60,7 @@ void ChainBuilder::Add(Effect const& inEffect)
 	EffectTerms const terms{
 		static_cast<unsigned>(mContext.mInput.size()), mTools.GetContext()->GetMaxBlockSize(), MakeClock()};
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<EffectStage>(effect, terms));
+	mTools.Label(mBuilt.mProcessors.back(), {NodeLabel::Kind::kEffect, inEffect.mName});
 	mBuilt.mLatency += latency;
 }
 

@@ -159,6 +159,8 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 	mContext.mReport.push_back(
 		{mContext.mTrack, inItem.mName, inPlaced.mWhole.mFirst, inPlaced.mWhole.mEnd, built.mLatency});
 
+	bool const isClip = std::holds_alternative<Clip>(inItem.mContent);
+	mTools.Label(built.mGenerator, {isClip ? NodeLabel::Kind::kClip : NodeLabel::Kind::kNest, inItem.mName});
 	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = built.mGenerator;
 	Stretch const& body = inPlaced.mBody;
 	item->Init(mTools.ToTime(body.mFirst), mTools.ToTime(body.mEnd), mTools.ToTime(inPlaced.mHeard.mFirst),

@@ -61,10 +61,12 @@ Generator SequenceBuilder::Build()
 	{
 		MakeRenderer(index, plan);
 	}
-	return zorvcore::classref::MakeObject<SequenceNode>(
+	Generator const sequence = zorvcore::classref::MakeObject<SequenceNode>(
 		SequenceNode::Settings{MakeGroup(), mTracks, mPlayhead, mTools.GetFrameRate(),
 			mTools.GetScratch(GraphTools::ScratchUse::kSettling, mDescription.mLayout.size()),
 			mContext.mPrefetcher});
+	mTools.Label(sequence, {NodeLabel::Kind::kSequence, mDescription.mName});
+	return sequence;
 }
 
 // Nothing is asked ahead by the group itself; the sequence asks its tracks.
@@ -230,6 +232,10 @@ void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
 		node.mGenerator = MakeMixTrack(node, FindInputs(inIndex));
 	}
 	std::int64_t const wait = node.mOutput ? inPlan.GetNodes()[inIndex].mEdges.back().mWait : 0;
+	mTools.Label(node.mGenerator, {node.mKind == Kind::kTrack       ? NodeLabel::Kind::kTrack
+									  : node.mKind == Kind::kSubmix ? NodeLabel::Kind::kSubmix
+																	: NodeLabel::Kind::kMaster,
+									  *node.mName, wait});
 	AddToGroup(node.mGenerator, {inPlan.GetAhead(inIndex), node.mJumps}, wait);
 	MakeReturns(inIndex, inPlan);
 }
@@ -280,6 +286,8 @@ void SequenceBuilder::MakeReturns(std::size_t inIndex, DelayPlan const& inPlan)
 	{
 		BuiltSend const& send = node.mBuilt.mSends[index];
 		DelayEdge const& edge = inPlan.GetNodes()[inIndex].mEdges[index];
+		std::string const& name = mDescription.mSubmixes[send.mSubmix].mName;
+		mTools.Label(send.mProcessor, {NodeLabel::Kind::kSend, name});
 		if (edge.mWait == 0)
 		{
 			node.mReturns.push_back(send.mProcessor);
@@ -290,6 +298,7 @@ void SequenceBuilder::MakeReturns(std::size_t inIndex, DelayPlan const& inPlan)
 		wait.mLayout = &layout;
 		wait.mBuilt.mPanner = mTools.GetFixedPanner(layout, layout, std::nullopt);
 		Generator const generator = MakeMixTrack(wait, {send.mProcessor});
+		mTools.Label(generator, {NodeLabel::Kind::kReturn, name, edge.mWait});
 		AddToGroup(generator, {inPlan.GetAhead(edge.mDestination), wait.mJumps}, edge.mWait);
 		node.mReturns.push_back(generator);
 	}

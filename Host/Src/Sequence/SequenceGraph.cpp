@@ -57,7 +57,7 @@ SequenceGraph::SequenceGraph(Description const& inDescription,
 	SN::Prefetcher const* inPrefetcher, GraphView const& inView)
 	: mLayout(inDescription.mLayout)
 {
-	GraphTools tools(inContext, inFrameRate);
+	GraphTools tools(inContext, inFrameRate, inView.mLabels);
 	mGenerator = NestBuilder(tools, mReport, inView).BuildOutermost(inDescription, inPrefetcher);
 }
 

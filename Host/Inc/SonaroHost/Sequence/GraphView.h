@@ -2,8 +2,10 @@
 
 #include "Sonaro/IAudioMeterSetter.h"
 #include "Sonaro/Types.h"
+#include "SonaroHost/Sequence/NodeLabels.h"
 
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -26,6 +28,8 @@ struct GraphView
 	// Meters that hear a track or an item after all its stages and before its pan; one that names both hears the track.
 	// Instances of a nested sequence share them.
 	std::map<std::string, SN::InterfaceRef<SN::IAudioMeterSetter>> mTaps;
+	// Filled while the graph is made; null where nobody draws it.
+	std::shared_ptr<NodeLabels> mLabels;
 };
 
 } // namespace SonaroHost::Sequence

@@ -18,10 +18,11 @@ class BareIdentity final : public SN::Unknown
 
 } // namespace
 
-GraphTools::GraphTools(
-	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate)
+GraphTools::GraphTools(SN::InterfaceRef<SN::IAudioRenderContext> const& inContext,
+	SN::FrameRate const& inFrameRate, std::shared_ptr<NodeLabels> const& inLabels)
 	: mContext(inContext),
-	  mFrameRate(inFrameRate)
+	  mFrameRate(inFrameRate),
+	  mLabels(inLabels)
 {
 }
 

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Engine/EngineFactory.h"
 #include "SonaroHost/Sequence/Description.h"
+#include "SonaroHost/Sequence/NodeLabels.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstdint>
@@ -24,7 +25,9 @@ using Mixdown = std::optional<SN::AudioChannelMix::MixdownType51>;
 class GraphTools
 {
 public:
-	GraphTools(SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate);
+	// inLabels: null where nobody wants them.
+	GraphTools(SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
+		std::shared_ptr<NodeLabels> const& inLabels = nullptr);
 
 	SN::InterfaceRef<SN::IAudioRenderContext> const& GetContext() const { return mContext; }
 	SN::FrameRate const& GetFrameRate() const { return mFrameRate; }
@@ -62,6 +65,15 @@ public:
 	// A track's mute: live where the engine has it so, in the outermost sequence of a playback.
 	MuteSwitch GetHeard(MuteSwitch const& inMute) const;
 
+	// For drawings of the graph.
+	void Label(Identity const& inNode, NodeLabel const& inLabel) const
+	{
+		if (mLabels)
+		{
+			mLabels->Add(inNode, inLabel);
+		}
+	}
+
 	static Identity MakeIdentity();
 
 private:
@@ -78,6 +90,7 @@ private:
 
 	SN::InterfaceRef<SN::IAudioRenderContext> mContext;
 	SN::FrameRate mFrameRate;
+	std::shared_ptr<NodeLabels> mLabels;
 	EngineFactory mFactory;
 	std::map<Media const*, Generator> mStreams;
 	std::vector<FixedPanner> mFixedPanners;
