@@ -4,6 +4,7 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Metering/LoudnessBank.h"
 #include "SonaroHost/Metering/LoudnessMeterSetter.h"
+#include "SonaroHost/Metering/LoudnessSeries.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include <limits>
 #include <memory>
 #include <numbers>
+#include <optional>
 #include <vector>
 
 namespace SonaroHost::Testing::LoudnessMeterTest
@@ -77,13 +79,21 @@ void Play(std::vector<Tone> const& inTones, unsigned inChannels, int inSampleRat
 }
 
 LoudnessReading Measure(std::vector<Tone> const& inTones, char const* inLayout = "stereo",
-	int inSampleRate = 48000, Memory inMemory = Memory::kGrowing, unsigned inLongestBlock = 4096)
+	int inSampleRate = 48000, Memory inMemory = Memory::kGrowing, unsigned inLongestBlock = 4096,
+	LoudnessMeter::Windows inWindows = LoudnessMeter::Windows::kSliding)
 {
 	auto const layout = ParseLayout(inLayout).value();
-	LoudnessMeter meter(layout, inSampleRate, inMemory);
+	LoudnessMeter meter(layout, inSampleRate, inMemory, inWindows);
 	Play(inTones, static_cast<unsigned>(layout.size()), inSampleRate, inLongestBlock,
 		[&](dsp::AudioBuffer const& inBlock) { meter.Add(inBlock); });
 	return meter.GetReading();
+}
+
+LoudnessReading MeasureSeries(
+	std::vector<Tone> const& inTones, int inSampleRate = 48000, unsigned inLongestBlock = 4096)
+{
+	return Measure(
+		inTones, "stereo", inSampleRate, Memory::kGrowing, inLongestBlock, LoudnessMeter::Windows::kSeries);
 }
 
 // Test signals of EBU Tech 3341, table 1, and the weights of ITU-R BS.1770 by tones in single channels.
@@ -259,6 +269,97 @@ TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
 	}
 	EXPECT_THROW(
 		LoudnessMeter(ParseLayout("mono").value(), 44100, Memory::kGrowing, Windows::kNone, bank), HostError);
+}
+
+// The maxima of EBU Tech 3341, table 1, cases 9 to 14, and the loudness ranges of EBU Tech 3342, table 1.
+TEST(LoudnessSeries, MaximaAndRangesMeasureAsTheStandardsSay)
+{
+	constexpr double kNever = 0.0;
+	struct Case
+	{
+		char const* mName;
+		std::vector<Tone> mTones;
+		double mMomentary;
+		double mMomentaryAt;
+		double mShortTerm;
+		double mShortTermAt;
+		std::optional<double> mRange;
+		int mSampleRate = 48000;
+	};
+	Case const cases[] = {
+		{"steady", {{20, -23}}, -23, 0.4, -23, 3, 0},
+		{"steady at another rate", {{20, -23}}, -23, 0.4, -23, 3, 0, 44100},
+		{"a loud middle", {{5, -33}, {4, -23}, {5, -33}}, -23, 5.4, -23, 8, 10},
+		{"0.4 s off the grid", {{1.005, -60}, {0.4, -23}, {4, -60}}, -23, 1.41, -31.75, 3, std::nullopt},
+		{"0.4 s off the grid again", {{1.055, -60}, {0.4, -23}, {4, -60}}, -23, 1.46, -31.75, 3,
+			std::nullopt},
+		{"3 s off the grid", {{1.15, -60}, {3, -23}, {3, -60}}, -23, 1.55, -23, 4.15, std::nullopt},
+		{"less than 3 s", {{2, -23}}, -23, 0.4, LoudnessReading::kSilent, kNever, std::nullopt},
+		{"silence", {{5, -23, 1000, 0, 0}}, LoudnessReading::kSilent, kNever, LoudnessReading::kSilent,
+			kNever, std::nullopt},
+		{"10 LU", {{20, -20}, {20, -30}}, -20, 0.4, -20, 3, 10},
+		{"5 LU", {{20, -20}, {20, -15}}, -15, 20.4, -15, 23, 5},
+		{"20 LU", {{20, -40}, {20, -20}}, -20, 20.4, -20, 23, 20},
+		{"15 LU", {{20, -50}, {20, -35}, {20, -20}, {20, -35}, {20, -50}}, -20, 40.4, -20, 43, 15},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		LoudnessReading const reading = MeasureSeries(test.mTones, test.mSampleRate);
+		auto const expectNear =
+			[](LoudnessSeries::Maximum const& inMaximum, double inLoudness, double inSeconds)
+		{
+			// Two silences are equal, but not near.
+			EXPECT_TRUE(
+				inMaximum.mLoudness == inLoudness || std::fabs(inMaximum.mLoudness - inLoudness) <= 0.1)
+				<< inMaximum.mLoudness << " instead of " << inLoudness;
+			EXPECT_NEAR(inMaximum.mSeconds, inSeconds, 0.03);
+		};
+		expectNear(reading.mSeries->GetMomentaryMaximum(), test.mMomentary, test.mMomentaryAt);
+		expectNear(reading.mSeries->GetShortTermMaximum(), test.mShortTerm, test.mShortTermAt);
+		if (test.mRange)
+		{
+			ASSERT_TRUE(reading.mSeries->GetRange());
+			EXPECT_NEAR(*reading.mSeries->GetRange(), *test.mRange, 0.5);
+		}
+		else if (test.mShortTerm == LoudnessReading::kSilent)
+		{
+			EXPECT_FALSE(reading.mSeries->GetRange());
+		}
+	}
+}
+
+TEST(LoudnessSeries, EndsWithWhatItsMeterReads)
+{
+	std::vector<Tone> const tones = {{3.7, -12, 440}, {2, -90}, {0.9, -30, 3000, 0.3, 1}, {5.4, -18, 90}};
+	LoudnessReading const reading = MeasureSeries(tones);
+	LoudnessSeries const& series = *reading.mSeries;
+	ASSERT_EQ(series.GetNumSteps(), 120u);
+	EXPECT_DOUBLE_EQ(series.GetStepSeconds(), 0.1);
+	EXPECT_NEAR(series.GetMomentary(119), reading.mMomentary, 0.001);
+	EXPECT_NEAR(series.GetShortTerm(119), reading.mShortTerm, 0.001);
+	EXPECT_EQ(series.GetMomentary(2), LoudnessReading::kSilent);
+	EXPECT_EQ(series.GetShortTerm(28), LoudnessReading::kSilent);
+	EXPECT_GT(series.GetShortTerm(29), -20.0);
+	for (std::size_t const stride : {1u, 7u, 1000u})
+	{
+		std::vector<double> const integrated = series.ListIntegrated(stride);
+		ASSERT_EQ(integrated.size(), (120 + stride - 1) / stride);
+		EXPECT_NEAR(integrated.back(), reading.mIntegrated, 0.01);
+	}
+	EXPECT_NEAR(series.ListIntegrated(36).front(), MeasureSeries({{3.6, -12, 440}}).mIntegrated, 0.01);
+	for (std::size_t step = 0; step < series.GetNumSteps(); ++step)
+	{
+		EXPECT_LE(series.GetMomentary(step), series.GetMomentaryMaximum().mLoudness + 0.002);
+		EXPECT_LE(series.GetShortTerm(step), series.GetShortTermMaximum().mLoudness + 0.002);
+	}
+	// Only those who ask for it pay for it.
+	EXPECT_EQ(Measure(tones).mSeries, nullptr);
+	// Any cut into blocks gives the same.
+	LoudnessSeries const cut = *MeasureSeries(tones, 48000, 23).mSeries;
+	EXPECT_EQ(cut.ListIntegrated(1), series.ListIntegrated(1));
+	EXPECT_EQ(cut.GetMomentaryMaximum().mLoudness, series.GetMomentaryMaximum().mLoudness);
+	EXPECT_EQ(cut.GetShortTermMaximum().mSeconds, series.GetShortTermMaximum().mSeconds);
 }
 
 TEST(LoudnessMeterSetter, EachRunIsMeasuredByItself)

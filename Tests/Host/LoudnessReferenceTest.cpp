@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Metering/LoudnessMeter.h"
+#include "SonaroHost/Metering/LoudnessSeries.h"
 #include "Support/Trials.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -42,17 +43,19 @@ public:
 	Reference(Reference const&) = delete;
 	Reference& operator=(Reference const&) = delete;
 
-	void Add(dsp::AudioBuffer const& inBlock)
+	void Add(dsp::AudioBuffer const& inBlock) { Add(inBlock, 0, inBlock.GetUseSize()); }
+
+	void Add(dsp::AudioBuffer const& inBlock, unsigned inFirst, unsigned inFrames)
 	{
 		std::vector<float> frames;
-		for (unsigned i = 0; i < inBlock.GetUseSize(); ++i)
+		for (unsigned i = inFirst; i < inFirst + inFrames; ++i)
 		{
 			for (unsigned channel = 0; channel < mChannels; ++channel)
 			{
 				frames.push_back(inBlock.IsChannelSilent(channel) ? 0.0f : inBlock.GetChannel(channel)[i]);
 			}
 		}
-		ebur128_add_frames_float(mState, frames.data(), inBlock.GetUseSize());
+		ebur128_add_frames_float(mState, frames.data(), inFrames);
 	}
 
 	LoudnessReading GetReading() const
@@ -199,6 +202,53 @@ TEST(LoudnessReference, RandomProgrammesMeasureAsLibebur128HasThem)
 					ExpectNear(ToDecibels(each.mTruePeak), ToDecibels(expected.mTruePeak));
 				}
 			}
+		}
+	}
+}
+
+TEST(LoudnessReference, SeriesFollowLibebur128StepByStep)
+{
+	constexpr unsigned kSteps = 80;
+	for (auto const& [name, rate] :
+		{std::pair("stereo", 48000), std::pair("5.1", 44100), std::pair("mono", 8000)})
+	{
+		SCOPED_TRACE(testing::Message() << name << " at " << rate);
+		auto const layout = ParseLayout(name).value();
+		LoudnessMeter meter(layout, rate, LoudnessMeter::Memory::kFixed, LoudnessMeter::Windows::kSeries);
+		Reference reference(layout, rate);
+		RandomProgramme programme(static_cast<unsigned>(layout.size()), rate, 77);
+		std::vector<LoudnessReading> expected;
+		auto const stepFrames = static_cast<unsigned>(rate / 10);
+		for (unsigned framesToStep = stepFrames; expected.size() < kSteps;)
+		{
+			dsp::AudioBuffer const& block = programme.GetNext();
+			meter.Add(block);
+			for (unsigned first = 0; first < block.GetUseSize();)
+			{
+				unsigned const frames = std::min(framesToStep, block.GetUseSize() - first);
+				reference.Add(block, first, frames);
+				first += frames;
+				framesToStep -= frames;
+				if (framesToStep == 0)
+				{
+					expected.push_back(reference.GetReading());
+					framesToStep = stepFrames;
+				}
+			}
+		}
+		LoudnessReading const reading = meter.GetReading();
+		for (std::size_t step = 0; step < kSteps; ++step)
+		{
+			SCOPED_TRACE(step);
+			if (step >= 3)
+			{
+				ExpectNear(reading.mSeries->GetMomentary(step), expected[step].mMomentary);
+			}
+			if (step >= 29)
+			{
+				ExpectNear(reading.mSeries->GetShortTerm(step), expected[step].mShortTerm);
+			}
+			ExpectNear(reading.mSeries->ListIntegrated(1)[step], expected[step].mIntegrated);
 		}
 	}
 }

@@ -21,16 +21,16 @@ constexpr double kRelativeGate = 0.1;
 constexpr double kClassesPerUnit = 100.0;
 constexpr std::size_t kClasses = 10000;
 
-double ToPower(double inLoudness)
-{
-	return std::pow(10.0, (inLoudness - kOffset) / 10.0);
-}
-
 } // namespace
 
 double ToLoudness(double inPower)
 {
 	return inPower > 0.0 ? kOffset + 10.0 * std::log10(inPower) : LoudnessReading::kSilent;
+}
+
+double ToPower(double inLoudness)
+{
+	return std::pow(10.0, (inLoudness - kOffset) / 10.0);
 }
 
 LoudnessGate::LoudnessGate(LoudnessMemory inMemory)

@@ -11,6 +11,8 @@ namespace SonaroHost
 
 // The loudness of a weighted power in LUFS; minus infinity for 0.
 double ToLoudness(double inPower);
+// The inverse.
+double ToPower(double inLoudness);
 
 // The integrated loudness of a programme, gated by EBU R 128, from the powers of its stretches of 100 ms.
 class LoudnessGate

@@ -3,6 +3,7 @@
 #include "MeterLanes.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Metering/LoudnessBank.h"
+#include "SonaroHost/Metering/LoudnessSeries.h"
 #include "TruePeakTaps.h"
 #include "WeightedProgramme.h"
 #include "zorvaccelerate/Metering.h"
@@ -176,6 +177,10 @@ LoudnessReading LoudnessMeter::GetReading() const
 		reading.mShortTerm = programme.GetShortTerm();
 	}
 	reading.mIntegrated = programme.GetIntegrated();
+	if (auto series = programme.GetSeries())
+	{
+		reading.mSeries = std::make_shared<LoudnessSeries const>(*std::move(series));
+	}
 	return reading;
 }
 

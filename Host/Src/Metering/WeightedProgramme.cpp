@@ -39,9 +39,13 @@ WeightedProgramme::WeightedProgramme(SN::AudioChannelLayout const& inLayout, dou
 	{
 		mChannels[channel].mWeight = GetWeight(inLayout[channel]) * mWeighting.mPowerGain;
 	}
-	if (inWindows == LoudnessWindows::kSliding)
+	if (inWindows != LoudnessWindows::kNone)
 	{
 		mWindow.assign(std::size_t{mStretchFrames} * kStretchesOfWindow, 0.0f);
+	}
+	if (inWindows == LoudnessWindows::kSeries)
+	{
+		mRecorder.emplace(inSampleRate, mStretchFrames);
 	}
 }
 
@@ -154,6 +158,12 @@ void WeightedProgramme::FinishStretch()
 		channel.mFilteredSquares = 0.0;
 	}
 	mGate.Add(power / mStretchFrames);
+	if (mRecorder)
+	{
+		// Stretches never reach over the ring's seam.
+		std::size_t const end = mNextInWindow > 0 ? mNextInWindow : mWindow.size();
+		mRecorder->Add(power / mStretchFrames, mWindow.data() + (end - mStretchFrames));
+	}
 	mFramesInStretch = 0;
 }
 
@@ -165,6 +175,11 @@ double WeightedProgramme::GetSquares() const
 		squares += channel.mSquares + static_cast<double>(channel.mRecentSquares);
 	}
 	return squares;
+}
+
+std::optional<LoudnessSeries> WeightedProgramme::GetSeries() const
+{
+	return mRecorder ? std::optional(mRecorder->GetSeries()) : std::nullopt;
 }
 
 double WeightedProgramme::GetRecent(unsigned inStretches) const

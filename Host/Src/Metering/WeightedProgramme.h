@@ -2,6 +2,7 @@
 
 #include "KWeighting.h"
 #include "LoudnessGate.h"
+#include "LoudnessRecorder.h"
 #include "Sonaro/Types.h"
 #include "SonaroHost/Metering/LoudnessOptions.h"
 #include "zorvaccelerate/Metering.h"
@@ -9,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace SonaroHost
@@ -50,6 +52,8 @@ public:
 	// The loudness of the last 400 ms or 3 s; only with windows.
 	double GetMomentary() const { return GetRecent(kStretchesOfMoment); }
 	double GetShortTerm() const { return GetRecent(kStretchesOfWindow); }
+	// Nothing where none is kept.
+	std::optional<LoudnessSeries> GetSeries() const;
 
 private:
 	static constexpr unsigned kStretchesOfMoment = 4;
@@ -83,6 +87,7 @@ private:
 	// The weighted powers of the frames of the last 3 s, in a ring.
 	std::vector<float> mWindow;
 	std::size_t mNextInWindow = 0;
+	std::optional<LoudnessRecorder> mRecorder;
 };
 
 } // namespace SonaroHost

@@ -43,6 +43,7 @@ RenderPlan::RenderPlan(OutputRequest const& inRequest, OutputFormat const& inFor
 	  mGain(inRequest.mGain),
 	  mLevels(inRequest.mLevels),
 	  mMeasuring(inRequest.mMeasuring),
+	  mKeepsSeries(inRequest.mKeepsSeries),
 	  mBlockFrames(inRequest.mBlockFrames)
 {
 }
@@ -60,6 +61,7 @@ RenderJob::RenderJob(
 	mSetup.mLayout = mProgramme.GetLayout();
 	mSetup.mFormat = mPlan.mFormat;
 	mSetup.mGain = mPlan.mGain;
+	mSetup.mKeepsSeries = mPlan.mKeepsSeries;
 	if (mPlan.mLevels.mLimitDecibels)
 	{
 		mSetup.mLimit = ToAmplitude(*mPlan.mLevels.mLimitDecibels);
@@ -92,7 +94,8 @@ bool RenderJob::RunPasses()
 
 bool RenderJob::NeedsMixAlone() const
 {
-	return mPlan.mLevels.mNormalizeLoudness || (!mPlan.mWritesMix && MeasuresTracks());
+	return mPlan.mLevels.mNormalizeLoudness || mPlan.mFiles.empty() ||
+		   (!mPlan.mWritesMix && MeasuresTracks());
 }
 
 RenderOutput::Setup RenderJob::MakeMeasuringSetup() const
@@ -162,7 +165,7 @@ bool RenderJob::WriteFiles()
 			return false;
 		}
 	}
-	if (mPlan.mWritesMix && !mSummary.mMix && !mSetup.mLimit)
+	if (mPlan.mWritesMix && !outputs.empty() && !mSummary.mMix && !mSetup.mLimit)
 	{
 		mSummary.mMix = outputs.front().GetFile().mLoudness;
 	}
@@ -176,8 +179,9 @@ bool RenderJob::WriteFiles()
 
 bool RenderJob::Render(Pass const& inPass)
 {
-	TrackMeters meters(
-		inPass.mMeasuresTracks ? mPlan.mTracks : std::vector<PlannedTrack>(), mProgramme.mSampleRate);
+	TrackMeters meters(inPass.mMeasuresTracks ? mPlan.mTracks : std::vector<PlannedTrack>(),
+		mProgramme.mSampleRate,
+		mPlan.mKeepsSeries ? LoudnessMeter::Windows::kSeries : LoudnessMeter::Windows::kNone);
 	RangeRender render;
 	render.mRange = inPass.mOutput.GetFile().mRange;
 	render.mBlockFrames = mPlan.mBlockFrames;

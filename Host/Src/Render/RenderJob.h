@@ -34,6 +34,7 @@ struct RenderPlan
 	float mGain = 1.0f;
 	OutputLevels mLevels;
 	Measuring mMeasuring = Measuring::kNothing;
+	bool mKeepsSeries = false;
 	unsigned mBlockFrames = 0;
 	// Passes that write read their media ahead, as a player does.
 	bool mReadsAhead = false;
@@ -41,7 +42,7 @@ struct RenderPlan
 	bool mDropsSignsOfZeros = false;
 	// The mix, which is measured where loudness is to be found.
 	RenderedFile mMix;
-	// What is written: the mix itself, or stems.
+	// What is written: the mix itself, or stems; empty where it is only measured.
 	std::vector<PlannedFile> mFiles;
 	bool mWritesMix = true;
 	// The tracks that are measured when tracks are, as the summary has them.

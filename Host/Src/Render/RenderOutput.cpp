@@ -23,7 +23,7 @@ RenderOutput::RenderOutput(Setup const& inSetup, RenderedFile inFile)
 	if (mSetup.mMeasures && LoudnessMeter::CanMeasure(mSetup.mLayout, mSetup.mSampleRate))
 	{
 		mMeter.emplace(mSetup.mLayout, mSetup.mSampleRate, LoudnessMeter::Memory::kGrowing,
-			LoudnessMeter::Windows::kNone);
+			mSetup.mKeepsSeries ? LoudnessMeter::Windows::kSeries : LoudnessMeter::Windows::kNone);
 	}
 	if (mSetup.mLimit)
 	{

@@ -29,6 +29,7 @@ public:
 		// The limit as a linear amplitude.
 		std::optional<double> mLimit;
 		bool mMeasures = false;
+		bool mKeepsSeries = false;
 		// False where it is only measured.
 		bool mWrites = true;
 	};

@@ -3,13 +3,12 @@
 namespace SonaroHost
 {
 
-ProgrammeMeter::ProgrammeMeter(
-	SN::AudioChannelLayout const& inLayout, int inSampleRate, std::shared_ptr<LoudnessBank> const& inBank)
+ProgrammeMeter::ProgrammeMeter(SN::AudioChannelLayout const& inLayout, int inSampleRate,
+	LoudnessMeter::Windows inWindows, std::shared_ptr<LoudnessBank> const& inBank)
 {
 	if (LoudnessMeter::CanMeasure(inLayout, inSampleRate))
 	{
-		mMeter.emplace(
-			inLayout, inSampleRate, LoudnessMeter::Memory::kGrowing, LoudnessMeter::Windows::kNone, inBank);
+		mMeter.emplace(inLayout, inSampleRate, LoudnessMeter::Memory::kGrowing, inWindows, inBank);
 	}
 }
 
@@ -26,7 +25,8 @@ std::optional<LoudnessReading> ProgrammeMeter::GetReading() const
 	return mMeter ? std::optional(mMeter->GetReading()) : std::nullopt;
 }
 
-TrackMeters::TrackMeters(std::vector<PlannedTrack> const& inTracks, int inSampleRate)
+TrackMeters::TrackMeters(
+	std::vector<PlannedTrack> const& inTracks, int inSampleRate, LoudnessMeter::Windows inWindows)
 {
 	auto const bank = std::make_shared<LoudnessBank>(inSampleRate);
 	for (PlannedTrack const& track : inTracks)
@@ -34,7 +34,8 @@ TrackMeters::TrackMeters(std::vector<PlannedTrack> const& inTracks, int inSample
 		SN::InterfaceRef<ProgrammeMeter>& meter = mMeters.emplace_back();
 		if (!track.mOrigin.empty())
 		{
-			meter = zorvcore::classref::MakeObject<ProgrammeMeter>(track.mLayout, inSampleRate, bank);
+			meter =
+				zorvcore::classref::MakeObject<ProgrammeMeter>(track.mLayout, inSampleRate, inWindows, bank);
 			mTaps.emplace(track.mOrigin, meter);
 		}
 	}

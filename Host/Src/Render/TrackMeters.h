@@ -23,7 +23,7 @@ public:
 	static constexpr SN::Identifier<ProgrammeMeter> kIdentifier{0x5d1c0a94be72f638ull, 0x83e7f2096ab4d15cull};
 
 	// inBank: in which it is measured beside others.
-	ProgrammeMeter(SN::AudioChannelLayout const& inLayout, int inSampleRate,
+	ProgrammeMeter(SN::AudioChannelLayout const& inLayout, int inSampleRate, LoudnessMeter::Windows inWindows,
 		std::shared_ptr<LoudnessBank> const& inBank);
 
 	void Init(SN::FrameRate const&, unsigned) override {}
@@ -50,7 +50,8 @@ struct PlannedTrack
 class TrackMeters
 {
 public:
-	TrackMeters(std::vector<PlannedTrack> const& inTracks, int inSampleRate);
+	TrackMeters(
+		std::vector<PlannedTrack> const& inTracks, int inSampleRate, LoudnessMeter::Windows inWindows);
 
 	// What a graph takes them as.
 	std::map<std::string, SN::InterfaceRef<SN::IAudioMeterSetter>> const& GetTaps() const { return mTaps; }

@@ -46,7 +46,7 @@ public:
 	// Hears the block. Channels that it lacks are silent.
 	void Add(dsp::AudioBuffer const& inBlock);
 
-	// Costs as much as measuring a second or so, so not for every block.
+	// Costs as much as measuring a second or so, so not for every block. A series is copied.
 	LoudnessReading GetReading() const;
 
 private:

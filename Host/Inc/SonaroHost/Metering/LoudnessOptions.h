@@ -20,6 +20,8 @@ enum class LoudnessWindows
 	kNone,
 	// They are measured, in 12 bytes for each frame of a second.
 	kSliding,
+	// And what they measure is kept for a LoudnessSeries: 4 bytes for every 100 ms, allocated on the way.
+	kSeries,
 };
 
 } // namespace SonaroHost

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <limits>
+#include <memory>
 
 namespace SonaroHost
 {
+
+class LoudnessSeries;
 
 // What a meter shows of a programme. Loudness is in LUFS and minus infinity for silence, for less audio than
 // its window, and where everything is below the gate of -70 LUFS.
@@ -20,6 +23,8 @@ struct LoudnessReading
 	double mMomentary = kSilent;
 	double mShortTerm = kSilent;
 	double mIntegrated = kSilent;
+	// The loudness over time, of a meter that keeps it.
+	std::shared_ptr<LoudnessSeries const> mSeries;
 };
 
 } // namespace SonaroHost

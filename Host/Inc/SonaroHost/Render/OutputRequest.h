@@ -40,7 +40,7 @@ enum class Measuring
 struct OutputRequest
 {
 	// A file, or "-" for the standard output; of stems the folder, which is made where there is none, with the folders
-	// above it.
+	// above it. Empty where nothing is written and only the mix is measured.
 	std::filesystem::path mOutput;
 	// What the caller writes besides, such as a report: checked together with the outputs.
 	std::vector<std::filesystem::path> mOtherOutputs;
@@ -59,6 +59,8 @@ struct OutputRequest
 	std::optional<TimePosition> mFadeOut;
 	OutputLevels mLevels;
 	Measuring mMeasuring = Measuring::kNothing;
+	// Whether readings have their series: the loudness over time, in 144 kB for an hour of each.
+	bool mKeepsSeries = false;
 	// More costs memory and gains nothing.
 	unsigned mBlockFrames = 4096;
 };

@@ -67,7 +67,10 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	plan.mMix.mPath = mRequest.mOutput;
 	plan.mMix.mRange = {0, GetFrames()};
 	plan.mMix.mFades = mPlan.GetFades();
-	plan.mFiles = {{plan.mMix, {}}};
+	if (!mRequest.mOutput.empty())
+	{
+		plan.mFiles = {{plan.mMix, {}}};
+	}
 	auto summary = RenderJob(MakeProgramme(mPlan), std::move(plan), inProgress, inStop).Run();
 	if (summary && summary->mPlayback)
 	{

@@ -88,7 +88,10 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	}
 	OutputPlan outputs;
 	outputs.mFiles = inRequest.mOtherOutputs;
-	outputs.mFiles.push_back(inRequest.mOutput);
+	if (!inRequest.mOutput.empty())
+	{
+		outputs.mFiles.push_back(inRequest.mOutput);
+	}
 	outputs.mReplaces = inRequest.mReplace;
 	for (ClipInput const& input : inRequest.mInputs)
 	{

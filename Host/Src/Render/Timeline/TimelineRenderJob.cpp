@@ -170,8 +170,7 @@ void TimelineRenderJob::NameStems()
 				? "no track of the timeline is heard, so there are no stems"
 				: "there are no markers in the rendered range, so there are no stems; choose another range");
 	}
-	std::string ending(1, '.');
-	ending += ToLower(GetName(mFormat.mContainer));
+	std::string const ending = std::string(".").append(ToLower(GetName(mFormat.mContainer)));
 	for (std::size_t index = 0; index < mFiles.size(); ++index)
 	{
 		RenderedFile& file = mFiles[index].mFile;
@@ -185,7 +184,10 @@ void TimelineRenderJob::CheckFiles() const
 	plan.mFiles = mRequest.mOtherOutputs;
 	for (PlannedFile const& planned : mFiles)
 	{
-		plan.mFiles.push_back(planned.mFile.mPath);
+		if (!planned.mFile.mPath.empty())
+		{
+			plan.mFiles.push_back(planned.mFile.mPath);
+		}
 	}
 	plan.mFolder = mRequest.mStems != Stems::kNone ? mRequest.mOutput : std::filesystem::path();
 	plan.mInputs = {mRequest.mInput};
@@ -220,7 +222,10 @@ RenderPlan TimelineRenderJob::MakePlan() const
 		// All stems of tracks have those of the mix.
 		plan.mMix.mFades = mFiles.front().mFile.mFades;
 	}
-	plan.mFiles = mFiles;
+	if (!mRequest.mOutput.empty())
+	{
+		plan.mFiles = mFiles;
+	}
 	plan.mWritesMix = mRequest.mStems == Stems::kNone;
 	for (TrackRow const& row : mSequence.mTracks)
 	{
