@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "GraphCommand.h"
 #include "InfoCommand.h"
+#include "LoudnessCommand.h"
 #include "RenderCommand.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MovieLibraries.h"
@@ -118,6 +119,7 @@ int main(int inCount, char** inArguments)
 	std::vector<std::unique_ptr<Command>> commands;
 	commands.push_back(std::make_unique<RenderCommand>(program));
 	commands.push_back(std::make_unique<WaveformCommand>(program));
+	commands.push_back(std::make_unique<LoudnessCommand>(program));
 	commands.push_back(std::make_unique<InfoCommand>(program));
 	commands.push_back(std::make_unique<GraphCommand>(program));
 	try

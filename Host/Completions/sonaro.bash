@@ -3,7 +3,7 @@ _sonaro()
 {
 	local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
 	if [ "$COMP_CWORD" -eq 1 ]; then
-		COMPREPLY=($(compgen -W "render waveform info graph --help --version" -- "$word"))
+		COMPREPLY=($(compgen -W "render waveform loudness info graph --help --version" -- "$word"))
 		return
 	fi
 	case "$command $before" in
@@ -22,6 +22,8 @@ _sonaro()
 	"waveform --bits") COMPREPLY=($(compgen -W "8 16" -- "$word")); return ;;
 	"waveform --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"waveform --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	"loudness --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"loudness --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	"info --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"graph --format") COMPREPLY=($(compgen -W "svg png dot" -- "$word")); return ;;
 	"graph --layout") COMPREPLY=($(compgen -W "mono stereo 5.1" -- "$word")); return ;;
@@ -33,6 +35,7 @@ _sonaro()
 		case "$command" in
 		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --quiet --json --at --start --duration --reverse --as-playback --speed --stream --channels --pan --mixdown --range --stems --media --fades --strict" -- "$word")) ;;
 		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
+		loudness) COMPREPLY=($(compgen -W "-h --help -o --output --no-overwrite --quiet --json --start --duration --stream --range --media --fades" -- "$word")) ;;
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;
 		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --all --media --fades --quiet" -- "$word")) ;;
 		esac

@@ -67,6 +67,11 @@ TEST_F(MovieCommandTest, StreamsAreChosenByOptionAndByMetadata)
 	EXPECT_TRUE(SameBits(ReadSound(mFolder / "all.wav"), mSource));
 	ASSERT_EQ(Run({"render", "film.mov", "-o", "one.wav", "--stream", "2"}).mExitCode, 0);
 	EXPECT_TRUE(SameBits(ReadSound(mFolder / "one.wav"), mSource.Pick({2})));
+	auto const measure = [this](Words const& inWords) {
+		return Json::parse(Run(Join({"loudness", "--json"}, inWords)).mOutput)["inputs"][0]["integratedLufs"];
+	};
+	EXPECT_EQ(measure({"film.mov", "--stream", "2"}), measure({"one.wav"}));
+	EXPECT_NE(measure({"film.mov"}), measure({"one.wav"}));
 	ExpectRefusal(
 		{"render", "film.mov", "-o", "x.wav", "--stream", "3"}, 1, {"'film.mov': has no audio stream 3"});
 	ExpectRefusal({"render", "film.mov", "mono.wav", "-o", "x.wav", "--stream", "1"}, 2,

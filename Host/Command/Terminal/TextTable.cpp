@@ -32,7 +32,7 @@ std::string FormatTable(std::vector<std::vector<std::string>> const& inRows)
 		for (std::size_t i = 0; i < columns.size(); ++i)
 		{
 			std::string const& cell = inRows[row][i];
-			bool const isNumber = cell.find_first_not_of("0123456789:.") == std::string::npos;
+			bool const isNumber = cell.find_first_not_of("0123456789:.-") == std::string::npos;
 			columns[i].mWidth = std::max(columns[i].mWidth, CountCharacters(cell));
 			columns[i].mHasNumbers = columns[i].mHasNumbers && (row == 0 || isNumber);
 		}
