@@ -2,6 +2,8 @@
 
 #include "Options/OptionGroups.h"
 #include "Options/SharedOptions.h"
+#include "Page/PagePictures.h"
+#include "Page/ReportPage.h"
 #include "Report/RenderReport.h"
 #include "Report/RenderedFileRows.h"
 #include "Report/ReportFile.h"
@@ -84,6 +86,7 @@ RenderCommand::RenderCommand(CLI::App& ioProgram)
 		"  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
 		"  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5\n"
 		"  sonaro render edit.otio -o mix.wav --normalize -16 --limit-dbtp -1 --report mix.json\n"
+		"  sonaro render edit.otio -o mix.wav --report mix.html\n"
 		"  sonaro render edit.otio -o stems --stems track --range 01:00:10:00+20");
 }
 
@@ -162,7 +165,10 @@ void RenderCommand::AddChannelOptions()
 		"Channels of 5.1 to mix down to mono or stereo: front, front-rear, front-lfe or all (default: front)")
 		->check(CLI::IsMember({"front", "front-rear", "front-lfe", "all"}));
 	Add("--report", mOptions.mReport, "FILE",
-		"Write a JSON report of positions, loudness and, for a timeline, its clips, tracks and notes");
+		"Write a report of positions, loudness and, for a timeline, its clips, tracks and notes: as JSON, "
+		"or, if "
+		"FILE ends "
+		"in .html, as a page with the waveform and the loudness over time; the waveform takes another pass");
 	AddFlag("--quiet", mOptions.mIsQuiet, "Print only warnings and errors");
 	AddFlag("--json", mOptions.mAsJson, "Print the summary as JSON");
 }
@@ -310,13 +316,25 @@ void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSu
 	}
 	if (!mOptions.mReport.empty())
 	{
-		WriteReport(mOptions, ReportForMachines(mInputs, inJob, inSummary, mOptions.mLevels));
+		WriteReport(mOptions, DescribeReport(inJob, inSummary));
 	}
 	if (mOptions.mAsJson || !mOptions.mIsQuiet)
 	{
 		PrintResult(mOptions.mAsJson ? DescribeForMachines(mInputs, mOptions.mOutput, inJob, inSummary)
 									 : DescribeForPeople(mInputs, mOptions.mOutput, inJob, inSummary));
 	}
+}
+
+std::string RenderCommand::DescribeReport(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
+{
+	Json const report = MakeReport(mInputs, inJob, inSummary, mOptions.mLevels);
+	if (!mOptions.WantsPage())
+	{
+		return ToText(report);
+	}
+	Page::ReportPictures pictures = Page::MakePictures(mOptions, inSummary, {});
+	Page::AddFileWaveform(mOptions.mOutput, mOptions.mIsQuiet, pictures);
+	return Page::MakeReportPage(report, pictures);
 }
 
 void RenderCommand::WarnOfMisses(PlaybackSummary const& inPlayback) const

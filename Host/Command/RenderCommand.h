@@ -38,6 +38,9 @@ private:
 	SonaroHost::LayoutRequest MakeLayoutRequest() const;
 	// Warnings, and the summary in the form that was asked for.
 	void Report(SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary) const;
+	// What --report writes.
+	std::string DescribeReport(
+		SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary) const;
 	void WarnOfMisses(SonaroHost::PlaybackSummary const& inPlayback) const;
 
 	std::vector<std::string> mInputs;

@@ -2,6 +2,8 @@
 
 #include "Command.h"
 #include "Options/SharedOptions.h"
+#include "Page/PagePictures.h"
+#include "Page/ReportPage.h"
 #include "Report/RenderedFileRows.h"
 #include "Report/ReportFile.h"
 #include "Report/TimelineNotes.h"
@@ -12,6 +14,7 @@
 #include "Terminal/RunJob.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace SonaroCommand
 {
@@ -124,7 +127,7 @@ void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string c
 					: std::string("parts of the timeline were guessed, ignored or not read");
 	if (!mShared.mReport.empty())
 	{
-		WriteReport(mShared, ReportForMachines(inInput, inJob, {}, mShared.mLevels, reason));
+		WriteReport(mShared, DescribeReport(inJob, inInput, {}, reason));
 	}
 	throw HostError(HostError::Kind::kInput,
 		(mShared.mReport.empty() ? "nothing was written" : "only the report was written") +
@@ -132,12 +135,45 @@ void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string c
 			"; see the warnings");
 }
 
+std::string TimelineRender::DescribeReport(TimelineRenderJob const& inJob, std::string const& inInput,
+	RenderSummary const& inSummary, std::string const& inRefusal) const
+{
+	Json const report = MakeReport(inInput, inJob, inSummary, mShared.mLevels, inRefusal);
+	if (!mShared.WantsPage())
+	{
+		return ToText(report);
+	}
+	std::vector<std::string> tracks;
+	for (TrackRow const& row : inJob.GetSequence().mTracks)
+	{
+		tracks.push_back(row.mTrack);
+	}
+	Page::ReportPictures pictures = Page::MakePictures(mShared, inSummary, tracks);
+	for (auto const& [name, value] : {std::pair("Range asked for", mRange), std::pair("Stems", mStems)})
+	{
+		if (!value.empty())
+		{
+			pictures.mSettings.emplace_back(name, value);
+		}
+	}
+	if (inRefusal.empty())
+	{
+		TimelineRenderRequest const asked = MakeRequest(inInput);
+		TimelineWaveformRequest request;
+		request.mInput = asked.mInput;
+		request.mMediaFolders = asked.mMediaFolders;
+		request.mOptions = asked.mOptions;
+		Page::AddTimelineWaveform(std::move(request), mShared.mIsQuiet, pictures);
+	}
+	return Page::MakeReportPage(report, pictures);
+}
+
 void TimelineRender::Report(
 	TimelineRenderJob const& inJob, std::string const& inInput, RenderSummary const& inSummary) const
 {
 	if (!mShared.mReport.empty())
 	{
-		WriteReport(mShared, ReportForMachines(inInput, inJob, inSummary, mShared.mLevels));
+		WriteReport(mShared, DescribeReport(inJob, inInput, inSummary, {}));
 	}
 	if (mShared.mAsJson || !mShared.mIsQuiet)
 	{

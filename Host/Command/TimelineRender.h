@@ -30,6 +30,9 @@ private:
 	SonaroHost::Otio::TimelineRenderRequest MakeRequest(std::string const& inInput) const;
 	// Throws a HostError when --strict forbids the render, after writing its report.
 	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput) const;
+	// What --report writes. inRefusal: why the render is refused; empty for one that is not.
+	std::string DescribeReport(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
+		SonaroHost::RenderSummary const& inSummary, std::string const& inRefusal) const;
 	void Report(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
 		SonaroHost::RenderSummary const& inSummary) const;
 

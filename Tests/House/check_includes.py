@@ -56,6 +56,7 @@ COMMAND = {
     "Terminal": "",
     "Options": "",
     "Report": "Terminal Options",
+    "Page": "Terminal Options Report",
 }
 
 # Above everything.

@@ -4,6 +4,7 @@
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 
 #include <cmath>
@@ -89,6 +90,12 @@ Sequence::Resampling RenderOptions::ChooseResampling() const
 									 : Sequence::Resampling::kExact;
 }
 
+bool RenderOptions::WantsPage() const
+{
+	std::string const ending = GetLowerEnding(mReport);
+	return ending == ".html" || ending == ".htm";
+}
+
 void RenderOptions::Fill(OutputRequest& outRequest) const
 {
 	outRequest.mOutput = mOutput;
@@ -106,6 +113,7 @@ void RenderOptions::Fill(OutputRequest& outRequest) const
 	outRequest.mMeasuring = !mReport.empty()       ? Measuring::kTracks
 							: mAsJson || !mIsQuiet ? Measuring::kOutput
 												   : Measuring::kNothing;
+	outRequest.mKeepsSeries = WantsPage();
 	outRequest.mBlockFrames = mBlockFrames.value_or(outRequest.mBlockFrames);
 }
 

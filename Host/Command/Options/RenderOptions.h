@@ -34,6 +34,8 @@ struct RenderOptions
 	SonaroHost::OutputContainer ChooseContainer() const;
 	std::optional<SN::AudioChannelLayout> ParseLayout() const;
 	SonaroHost::Sequence::Resampling ChooseResampling() const;
+	// Whether the report is a page of HTML, by its name.
+	bool WantsPage() const;
 	// Fills in all of a request but its container.
 	void Fill(SonaroHost::OutputRequest& outRequest) const;
 };

@@ -117,7 +117,7 @@ std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::s
 	return ToText(json);
 }
 
-std::string ReportForMachines(std::vector<std::string> const& inInputs, ClipRenderJob const& inJob,
+Json MakeReport(std::vector<std::string> const& inInputs, ClipRenderJob const& inJob,
 	RenderSummary const& inSummary, OutputLevels const& inLevels)
 {
 	Json json{{"schema", "sonaro.file-render"}, {"version", kSoundFilesReportVersion},
@@ -131,7 +131,7 @@ std::string ReportForMachines(std::vector<std::string> const& inInputs, ClipRend
 	AddTimes(json, inSummary);
 	json["damaged"] = ListDamaged(inSummary.mDamaged);
 	json["clips"] = ListSoundFiles(inJob.GetPlan());
-	return ToText(json);
+	return json;
 }
 
 } // namespace SonaroCommand

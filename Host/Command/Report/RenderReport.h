@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Json.h"
 #include "SonaroHost/Render/ClipRenderJob.h"
 
 #include <string>
@@ -15,8 +16,7 @@ std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::s
 	SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary);
 
 // What --report writes, in the shape that it has for timelines. inLevels: those that were asked for.
-std::string ReportForMachines(std::vector<std::string> const& inInputs,
-	SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary,
-	SonaroHost::OutputLevels const& inLevels);
+Json MakeReport(std::vector<std::string> const& inInputs, SonaroHost::ClipRenderJob const& inJob,
+	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
 
 } // namespace SonaroCommand

@@ -154,8 +154,8 @@ std::string SummarizeForMachines(std::string const& inInput, TimelineRenderJob c
 	return ToText(Summarize(inInput, inJob, inSummary, inLevels));
 }
 
-std::string ReportForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
-	RenderSummary const& inSummary, OutputLevels const& inLevels, std::string const& inRefusal)
+Json MakeReport(std::string const& inInput, TimelineRenderJob const& inJob, RenderSummary const& inSummary,
+	OutputLevels const& inLevels, std::string const& inRefusal)
 {
 	Json json = Summarize(inInput, inJob, inSummary, inLevels);
 	json["tracks"] = ListTracks(inJob, inSummary);
@@ -169,7 +169,7 @@ std::string ReportForMachines(std::string const& inInput, TimelineRenderJob cons
 	{
 		json["refused"] = inRefusal;
 	}
-	return ToText(json);
+	return json;
 }
 
 } // namespace SonaroCommand

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Json.h"
 #include "SonaroHost/Render/TimelineRenderJob.h"
 
 #include <string>
@@ -15,7 +16,7 @@ std::string SummarizeForMachines(std::string const& inInput, SonaroHost::Otio::T
 
 // The same with all clips, tracks, markers and notes: what --report writes. inRefusal: why the render is refused and
 // writes nothing else; empty for one that is not.
-std::string ReportForMachines(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
+Json MakeReport(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
 	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels,
 	std::string const& inRefusal = {});
 

@@ -1,0 +1,178 @@
+#include "PagePictures.h"
+
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/MarkupText.h"
+#include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Files/Temporary.h"
+#include "SonaroHost/Render/WaveformJob.h"
+#include "Terminal/RunJob.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <utility>
+
+namespace SonaroCommand::Page
+{
+
+using namespace SonaroHost;
+
+namespace
+{
+
+constexpr unsigned kWaveformWidth = 1100;
+constexpr unsigned kFileHeight = 200;
+
+std::filesystem::path MakePictureFolder()
+{
+	std::random_device random;
+	for (;;)
+	{
+		std::filesystem::path const path =
+			std::filesystem::temp_directory_path() / ("sonaro-picture-" + std::to_string(random()));
+		if (std::filesystem::create_directory(path))
+		{
+			return path;
+		}
+	}
+}
+
+// What an SVG file holds, from its element on, with a label for those who do not see it.
+std::string ReadPicture(std::filesystem::path const& inPath, std::string const& inLabel)
+{
+	std::ifstream file(inPath, std::ios::binary);
+	std::string const text{std::istreambuf_iterator<char>(file), {}};
+	std::size_t const start = text.find("<svg ");
+	return start == std::string::npos
+			   ? ""
+			   : "<svg role=\"img\" aria-label=\"" + EscapeMarkup(inLabel) + "\"" + text.substr(start + 4);
+}
+
+// A text about a picture, with the names of its bands where it has any.
+template <class Summary>
+std::string AddBands(std::string inText, Summary const& inSummary)
+{
+	if constexpr (requires { inSummary.mBands; })
+	{
+		for (std::string const& band : inSummary.mBands)
+		{
+			inText += (&band == &inSummary.mBands.front() ? ", from the top: " : ", ") + band;
+		}
+	}
+	return inText;
+}
+
+// Runs a job that draws into a file. inRequest: without the file.
+template <class Job, class Request>
+void AddWaveform(Request inRequest, std::string const& inText, bool inIsQuiet, ReportPictures& ioPictures)
+{
+	try
+	{
+		Temporary const folder(&MakePictureFolder);
+		inRequest.mOutput = folder.GetPath() / "waveform.svg";
+		inRequest.mFormat = WaveformFormat::kSvg;
+		inRequest.mWidth = kWaveformWidth;
+		inRequest.mStyle.mBackground.mAlpha = 0;
+		std::filesystem::path const path = inRequest.mOutput;
+		Job job(std::move(inRequest));
+		int rate = 0;
+		if constexpr (requires { job.GetSampleRate(); })
+		{
+			rate = job.GetSampleRate();
+		}
+		else
+		{
+			rate = job.GetInputInfo().mSampleRate;
+		}
+		auto const summary = RunJob(job, rate, inIsQuiet);
+		std::string const text = AddBands(inText, summary);
+		ioPictures.mWaveform = ReadPicture(path, text);
+		ioPictures.mWaveformText = text;
+	}
+	catch (HostError const& error)
+	{
+		ioPictures.mWaveformText = std::string("There is no picture: ") + error.what() + ".";
+	}
+}
+
+void AddDecibels(
+	std::optional<double> const& inValue, char const* inName, char const* inUnit, ReportPictures& ioPictures)
+{
+	if (inValue)
+	{
+		ioPictures.mSettings.emplace_back(inName, FormatNumber(*inValue) + inUnit);
+	}
+}
+
+void AddGivenText(std::string const& inValue, char const* inName, ReportPictures& ioPictures)
+{
+	if (!inValue.empty())
+	{
+		ioPictures.mSettings.emplace_back(inName, inValue);
+	}
+}
+
+void AddPlot(std::string const& inTitle, std::optional<LoudnessReading> const& inReading,
+	std::optional<double> const& inTarget, std::vector<PlottedLoudness>& ioPlots)
+{
+	if (inReading && inReading->mSeries)
+	{
+		ioPlots.push_back({inTitle, inReading->mSeries, inTarget});
+	}
+}
+
+} // namespace
+
+ReportPictures MakePictures(
+	RenderOptions const& inOptions, RenderSummary const& inSummary, std::vector<std::string> const& inTracks)
+{
+	ReportPictures pictures;
+	if (inOptions.mGainDecibels != 0.0)
+	{
+		AddDecibels(inOptions.mGainDecibels, "Gain", " dB", pictures);
+	}
+	auto const& target = inOptions.mLevels.mNormalizeLoudness;
+	AddDecibels(target, "Target loudness", " LUFS", pictures);
+	AddDecibels(inOptions.mLevels.mLimitDecibels, "Limit of true peaks", " dBTP", pictures);
+	AddGivenText(inOptions.mFadeIn, "Fade in", pictures);
+	AddGivenText(inOptions.mFadeOut, "Fade out", pictures);
+	AddGivenText(inOptions.mResampling, "Resampling", pictures);
+	if (inSummary.mFiles.size() == 1)
+	{
+		AddPlot("Mix", inSummary.GetFile().mLoudness, target, pictures.mMixes);
+	}
+	else
+	{
+		AddPlot(
+			target ? "Mix, before it is normalized" : "Mix", inSummary.mMix, std::nullopt, pictures.mMixes);
+	}
+	for (std::size_t i = 0; i < inSummary.mTracks.size(); ++i)
+	{
+		AddPlot(inTracks[i], inSummary.mTracks[i], std::nullopt, pictures.mTracks);
+	}
+	return pictures;
+}
+
+void AddFileWaveform(std::string const& inPath, bool inIsQuiet, ReportPictures& ioPictures)
+{
+	if (IsStandardStream(inPath))
+	{
+		ioPictures.mWaveformText = "There is no picture of what went to the standard output.";
+		return;
+	}
+	WaveformRequest request;
+	request.mInput = inPath;
+	request.mStyle.mHeight = kFileHeight;
+	AddWaveform<WaveformJob>(
+		std::move(request), "Waveform of " + inPath + ", a band for each channel", inIsQuiet, ioPictures);
+}
+
+void AddTimelineWaveform(TimelineWaveformRequest inRequest, bool inIsQuiet, ReportPictures& ioPictures)
+{
+	AddWaveform<TimelineWaveformJob>(
+		std::move(inRequest), "Waveform of the whole timeline", inIsQuiet, ioPictures);
+}
+
+} // namespace SonaroCommand::Page

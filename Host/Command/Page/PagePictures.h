@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Options/RenderOptions.h"
+#include "ReportPage.h"
+#include "SonaroHost/Render/RenderSummary.h"
+#include "SonaroHost/Render/TimelineWaveformJob.h"
+
+#include <string>
+#include <vector>
+
+namespace SonaroCommand::Page
+{
+
+// The plots of a render whose readings have their series, and its settings. inTracks: the name of each track of the
+// summary.
+ReportPictures MakePictures(RenderOptions const& inOptions, SonaroHost::RenderSummary const& inSummary,
+	std::vector<std::string> const& inTracks);
+
+// These add a waveform: of a sound file that was written, or of a whole timeline, which is rendered once more. Where
+// there can be none, the reason takes its place. They end the process when it is asked to end.
+void AddFileWaveform(std::string const& inPath, bool inIsQuiet, ReportPictures& ioPictures);
+// inRequest: without an output.
+void AddTimelineWaveform(
+	SonaroHost::TimelineWaveformRequest inRequest, bool inIsQuiet, ReportPictures& ioPictures);
+
+} // namespace SonaroCommand::Page
