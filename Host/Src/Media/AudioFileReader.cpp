@@ -28,7 +28,7 @@ AudioFileReader::AudioFileReader(std::filesystem::path const& inPath, unsigned i
 {
 }
 
-AudioFileReader::AudioFileReader(AudioFileInfo inInfo)
+AudioFileReader::AudioFileReader(AudioFileInfo inInfo, SpoolFinder const& inFindSpool)
 	: mInfo(std::move(inInfo)),
 	  mDecoder(OpenSoundDecoder(mInfo)),
 	  mBlockFrames(std::min(kLargestBlockFrames, kBlockSamples / mInfo.GetNumChannels()))
@@ -36,6 +36,15 @@ AudioFileReader::AudioFileReader(AudioFileInfo inInfo)
 	for (Block& block : mBlocks)
 	{
 		block.mSamples.resize(static_cast<std::size_t>(mBlockFrames * mInfo.GetNumChannels()));
+	}
+	if (inFindSpool && !mDecoder->IsSeekExact())
+	{
+		mSpool = inFindSpool(mBlockFrames);
+		mSharesSpool = mSpool != nullptr;
+		if (mSharesSpool)
+		{
+			mDecoder.reset();
+		}
 	}
 }
 
@@ -81,14 +90,19 @@ void AudioFileReader::FillBlock(std::int64_t inIndex, float* outSamples)
 	std::int64_t const count = ReadFrames(position, outSamples, wanted);
 	if (count < wanted)
 	{
-		ThrowCutShort(position + count);
+		ThrowCutShort(FindCut(position + count));
 	}
+}
+
+std::int64_t AudioFileReader::FindCut(std::int64_t inEnd) const
+{
+	return mSpool ? std::min(inEnd, mSpool->GetFrames()) : inEnd;
 }
 
 std::int64_t AudioFileReader::ReadFrames(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
 {
-	return mDecoder->IsSeekExact() ? ReadSeekable(inPosition, outSamples, inFrames)
-								   : ReadFromStart(inPosition, outSamples, inFrames);
+	return mDecoder && mDecoder->IsSeekExact() ? ReadSeekable(inPosition, outSamples, inFrames)
+											   : ReadFromStart(inPosition, outSamples, inFrames);
 }
 
 std::int64_t AudioFileReader::ReadSeekable(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
@@ -110,14 +124,35 @@ std::int64_t AudioFileReader::ReadFromStart(std::int64_t inPosition, float* outS
 	if (!mSpool && mDecoder->GetPosition() > inPosition)
 	{
 		++mJumpCount;
-		mSpool = std::make_unique<DecodedSpool>(mInfo.mPath, OpenSoundDecoder(mInfo));
+		mSpool = std::make_shared<DecodedSpool>(mInfo, mBlockFrames);
 	}
 	if (mSpool)
 	{
-		return mSpool->Read(inPosition, outSamples, inFrames);
+		return ReadSpool(inPosition, outSamples, inFrames);
 	}
 	DecodeUpTo(inPosition, outSamples);
 	return mDecoder->Read(outSamples, inFrames);
+}
+
+// Where there is no room for what readers share, each of them decodes for itself.
+std::int64_t AudioFileReader::ReadSpool(std::int64_t inPosition, float* outSamples, std::int64_t inFrames)
+{
+	try
+	{
+		return mSpool->Read(inPosition, outSamples, inFrames, *mInfo.mDamage, mDamageSeen);
+	}
+	catch (HostError const&)
+	{
+		if (!mSharesSpool || !mSpool->LacksRoom())
+		{
+			throw;
+		}
+	}
+	mSpool.reset();
+	mSharesSpool = false;
+	mDamageSeen = 0;
+	mDecoder = OpenSoundDecoder(mInfo);
+	return ReadFromStart(inPosition, outSamples, inFrames);
 }
 
 void AudioFileReader::DecodeUpTo(std::int64_t inPosition, float* ioScratch)

@@ -1,6 +1,7 @@
 #include "SonaroHost/Media/MediaDamage.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace SonaroHost
 {
@@ -28,6 +29,12 @@ std::vector<MediaDamage::Stretch> MediaDamage::Get() const
 {
 	std::scoped_lock const lock(mMutex);
 	return mStretches;
+}
+
+std::vector<MediaDamage::Stretch> MediaDamage::Take()
+{
+	std::scoped_lock const lock(mMutex);
+	return std::exchange(mStretches, {});
 }
 
 } // namespace SonaroHost

@@ -1,9 +1,11 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
+#include "Media/SourceGroup.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/SilentMovieError.h"
 
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -16,6 +18,10 @@ class FileMedia::OpenSources
 public:
 	SN::InterfaceRef<SN::IAudioSource> Open(AudioFileInfo const& inInfo, SN::FrameRate const& inCountingRate)
 	{
+		if (auto const group = mGroup.lock())
+		{
+			return group->Open(inInfo, inCountingRate);
+		}
 		SN::InterfaceRef<AudioFileSource> const source = AudioFileSource::Open(inInfo, inCountingRate);
 		std::erase_if(mSources, [](auto const& inSource) { return inSource.expired(); });
 		mSources.push_back(source.GetUnknown());
@@ -35,8 +41,42 @@ public:
 		return std::nullopt;
 	}
 
+	std::shared_ptr<SourceGroup> OpenGroup()
+	{
+		auto group = std::make_shared<SourceGroup>(mSpools);
+		mGroup = group;
+		return group;
+	}
+
 private:
 	std::vector<std::weak_ptr<SN::Unknown>> mSources;
+	std::shared_ptr<SharedSpools> mSpools = std::make_shared<SharedSpools>();
+	// What the next graph's sources belong to.
+	std::weak_ptr<SourceGroup> mGroup;
+};
+
+class FileMedia::GroupedMedia final : public GraphMedia
+{
+public:
+	GroupedMedia(FileMedia const& inMedia, std::shared_ptr<SourceGroup> inGroup)
+		: mMedia(inMedia),
+		  mGroup(std::move(inGroup))
+	{
+	}
+
+	std::optional<HostError> FindFailure() const override
+	{
+		auto const failure = mGroup->FindFailure();
+		return failure ? std::optional(mMedia.NameAsShown(*failure)) : std::nullopt;
+	}
+	std::vector<DamagedMedia> ListDamaged() const override
+	{
+		return mMedia.ListDamaged([this](AudioFileInfo const& inInfo) { return mGroup->GetDamage(inInfo); });
+	}
+
+private:
+	FileMedia const& mMedia;
+	std::shared_ptr<SourceGroup> mGroup;
 };
 
 FileMedia::FileMedia()
@@ -99,12 +139,23 @@ AudioFileInfo const* FileMedia::FindInfo(
 	return isThere && found->second->mMedia ? &found->second->mInfo : nullptr;
 }
 
+std::unique_ptr<GraphMedia> FileMedia::OpenForGraph() const
+{
+	return std::make_unique<GroupedMedia>(*this, mSources->OpenGroup());
+}
+
 std::vector<DamagedMedia> FileMedia::ListDamaged() const
+{
+	return ListDamaged([](AudioFileInfo const& inInfo) { return inInfo.mDamage->Get(); });
+}
+
+std::vector<DamagedMedia> FileMedia::ListDamaged(
+	std::function<std::vector<MediaDamage::Stretch>(AudioFileInfo const&)> const& inFind) const
 {
 	std::vector<DamagedMedia> damaged;
 	for (auto const& [key, file] : mShownFiles)
 	{
-		if (auto stretches = file->mInfo.mDamage->Get(); !stretches.empty())
+		if (auto stretches = inFind(file->mInfo); !stretches.empty())
 		{
 			damaged.push_back({key.first, file->mInfo.mSampleRate, std::move(stretches)});
 		}

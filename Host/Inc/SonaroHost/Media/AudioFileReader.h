@@ -3,8 +3,10 @@
 #include "SonaroHost/Media/AudioFileInfo.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -20,7 +22,8 @@ class SoundDecoder;
 //          entered anywhere (PCM, FLAC, ALAC and block ADPCM) are seeked, early enough for the codec to
 //          have its state. The state of the others (Vorbis, Opus, MPEG, AAC, GSM and stream ADPCM) depends on
 //          all that came before, so they are decoded from the start; once such a file is read backwards,
-//          its decoded samples go to a nameless temporary file.
+//          its decoded samples go to a nameless temporary file. Several readers of such a file can share that file, so
+//          that all of them together decode once.
 // Damage   Packets of movies that cannot be decoded are silence of their length, and stand in GetInfo().mDamage.
 // Cost     Reading forward never seeks, and never allocates in seekable formats of sound files.
 // Threads  One at a time.
@@ -29,8 +32,12 @@ class AudioFileReader
 public:
 	// Opens the file; throws a HostError like InspectAudioFile.
 	explicit AudioFileReader(std::filesystem::path const& inPath, unsigned inStream = 0);
-	// Opens a file that was inspected, which is not done again.
-	explicit AudioFileReader(AudioFileInfo inInfo);
+	// What readers of one file share; made for blocks of so many frames when it is first asked for.
+	using SpoolFinder = std::function<std::shared_ptr<DecodedSpool>(std::int64_t inBlockFrames)>;
+
+	// Opens a file that was inspected, which is not done again. inFindSpool: called where the file has to be decoded from
+	// the start; empty for a reader that shares nothing.
+	explicit AudioFileReader(AudioFileInfo inInfo, SpoolFinder const& inFindSpool = {});
 	~AudioFileReader();
 	AudioFileReader(AudioFileReader const&) = delete;
 	AudioFileReader& operator=(AudioFileReader const&) = delete;
@@ -60,13 +67,19 @@ private:
 	std::int64_t ReadFrames(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
 	std::int64_t ReadSeekable(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
 	std::int64_t ReadFromStart(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
+	std::int64_t ReadSpool(std::int64_t inPosition, float* outSamples, std::int64_t inFrames);
+	// Where the decoded samples end that were read last, of those before inEnd.
+	std::int64_t FindCut(std::int64_t inEnd) const;
 	// Decodes up to inPosition, using ioScratch (one block) for what is dropped.
 	void DecodeUpTo(std::int64_t inPosition, float* ioScratch);
 	[[noreturn]] void ThrowCutShort(std::int64_t inPosition) const;
 
 	AudioFileInfo mInfo;
+	// Null while a shared spool serves.
 	std::unique_ptr<SoundDecoder> mDecoder;
-	std::unique_ptr<DecodedSpool> mSpool;
+	std::shared_ptr<DecodedSpool> mSpool;
+	bool mSharesSpool = false;
+	std::size_t mDamageSeen = 0;
 	std::int64_t mBlockFrames;
 	std::array<Block, 8> mBlocks;
 	std::uint64_t mUseCount = 0;

@@ -27,6 +27,8 @@ public:
 
 	// In the order of the file; those that meet are one.
 	std::vector<Stretch> Get() const;
+	// The same, and forgets them.
+	std::vector<Stretch> Take();
 
 private:
 	mutable std::mutex mMutex;

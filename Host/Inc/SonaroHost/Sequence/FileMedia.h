@@ -3,9 +3,11 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/AudioFileSource.h"
 #include "SonaroHost/Media/DamagedMedia.h"
+#include "SonaroHost/Media/GraphMedia.h"
 #include "SonaroHost/Sequence/Media.h"
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -19,7 +21,7 @@ namespace SonaroHost
 // that are cut from it, and each graph opens it once. So is each audio stream of a movie that is read alone.
 //
 // Errors   A source gives silence where its file cannot be decoded: whoever renders asks GetFailure after each block.
-// Threads  Get, and making graphs: one at a time. GetFailure: the one that made the graphs.
+// Threads  Get, OpenForGraph and making graphs: one at a time. GetFailure: the one that made the graphs.
 class FileMedia
 {
 public:
@@ -37,6 +39,11 @@ public:
 
 	// Why one of the sources that graphs have opened and still hold stopped being decoded; the first one's.
 	std::optional<HostError> GetFailure() const;
+
+	// Graphs that are made from now on, until this is called again or the result is gone, read media of their own, beside
+	// others of such graphs, with which they share what can only be decoded from the start. GetFailure does not know these.
+	// This outlives the result.
+	std::unique_ptr<GraphMedia> OpenForGraph() const;
 
 	// The files in which damage was found until now, in the order of their paths.
 	std::vector<DamagedMedia> ListDamaged() const;
@@ -56,7 +63,10 @@ private:
 		std::optional<HostError> mError;
 	};
 	class OpenSources;
+	class GroupedMedia;
 
+	std::vector<DamagedMedia> ListDamaged(
+		std::function<std::vector<MediaDamage::Stretch>(AudioFileInfo const&)> const& inFind) const;
 	HostError NameAsShown(HostError const& inError) const;
 
 	std::map<Key, File> mFiles;
