@@ -18,6 +18,10 @@ BuiltChain ChainBuilder::Build(Chain const& inChain)
 {
 	for (Stage const& stage : inChain.mStages)
 	{
+		if (std::holds_alternative<Meter>(stage))
+		{
+			mTools.NoteHistory("a meter of " + mContext.mPlace.Describe() + " hears the whole in one run");
+		}
 		std::visit([this](auto const& inStage) { Add(inStage); }, stage);
 	}
 	if (mContext.mTap)
@@ -56,6 +60,11 @@ void ChainBuilder::Add(Effect const& inEffect)
 		mTools.GetContext()->IsDelayCompensationDisabled())
 	{
 		return;
+	}
+	if (effect->HasHistory() && !inEffect.mForgetsAfterLatency)
+	{
+		mTools.NoteHistory("the effect " + Quote(inEffect.mName) + " of " + mContext.mPlace.Describe() +
+						   " depends on all that came before");
 	}
 	EffectTerms const terms{
 		static_cast<unsigned>(mContext.mInput.size()), mTools.GetContext()->GetMaxBlockSize(), MakeClock()};

@@ -64,6 +64,12 @@ void ItemBuilder::ChooseSpeed(Item const& inItem)
 		mSpeed = std::abs(inItem.mSpeed *
 						  Visit(inItem, [this](auto const& inContent) { return GetRateFactor(inContent); }));
 		CheckSpeed();
+		if (mSpeed != 1.0)
+		{
+			mTools.NoteHistory(
+				mContext.mPlace.Describe() +
+				" is resampled by the real-time engine, which goes on from what it read before");
+		}
 		return;
 	}
 	Ratio const step = Ratio::FromExactDouble(inItem.mSpeed) *

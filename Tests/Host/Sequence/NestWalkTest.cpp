@@ -125,6 +125,8 @@ void ExpectOneWalk(bool inHasFades, bool inIsPlayback, std::int64_t inLatency)
 		256, SN::kTimeMax, SN::ImmutableString("test"), inIsPlayback ? &prefetcher : nullptr);
 	SequenceGraph const graph(description, context.Get(), k48000Hz);
 	SN::IAudioGenerator& generator = *graph.GetGenerator();
+	// Each one was asked when it was built in.
+	std::for_each(calls.begin(), calls.end(), [](Calls& ioCalls) { ioCalls.mHistories = 0; });
 
 	std::vector<SN::AudioPrefetch::PrefetchRequest> requests;
 	SN::PrefetchRequestAccumulator accumulator(

@@ -161,7 +161,7 @@ private:
 		LatentEffect effect;
 		effect.mDelayFrames = Chance(0.7) ? PickLength(kMostLatency) : 0;
 		effect.mGain = static_cast<float>(1.0 - 0.4 * Unit());
-		return {"late by " + std::to_string(effect.mDelayFrames), effect};
+		return {"late by " + std::to_string(effect.mDelayFrames), effect, true};
 	}
 
 	Chain MakeItemChain()

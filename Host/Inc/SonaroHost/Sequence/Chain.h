@@ -44,6 +44,9 @@ struct Effect
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
 		SN::AudioChannelLayout const& inLayout)>
 		mMake;
+	// Whether its output depends on no more of the past than its latency, as that of a delay: then any start settles it.
+	// Otherwise an effect with a history keeps its sequence from being rendered by several graphs side by side.
+	bool mForgetsAfterLatency = false;
 };
 
 // Taps the sound at this place towards a submix; the sound itself goes on unchanged.

@@ -21,9 +21,7 @@ ContentWindow::ContentWindow(Generator const& inContent, SN::FrameRate const& in
 
 void ContentWindow::MoveTo(std::int64_t inFirst, std::int64_t inEnd, bool inIsBackwards)
 {
-	bool const follows =
-		mFirst < mEnd && mIsBackwards == inIsBackwards &&
-		(inIsBackwards ? inEnd <= mEnd && inEnd >= mFirst : inFirst >= mFirst && inFirst <= mEnd);
+	bool const follows = Follows(inFirst, inEnd, inIsBackwards);
 	mIsBackwards = inIsBackwards;
 	if (!follows)
 	{

@@ -22,6 +22,12 @@ public:
 	ContentWindow(Generator const& inContent, SN::FrameRate const& inFrameRate, std::int64_t inFrames,
 		std::shared_ptr<dsp::AudioBuffer> const& inScratch);
 
+	// Whether a move would keep what is held already.
+	bool Follows(std::int64_t inFirst, std::int64_t inEnd, bool inIsBackwards) const
+	{
+		return mFirst < mEnd && mIsBackwards == inIsBackwards &&
+			   (inIsBackwards ? inEnd <= mEnd && inEnd >= mFirst : inFirst >= mFirst && inFirst <= mEnd);
+	}
 	// Moves to the frames from inFirst to inEnd. inIsBackwards: they are played from the highest to the lowest.
 	void MoveTo(std::int64_t inFirst, std::int64_t inEnd, bool inIsBackwards);
 	// What comes next does not follow what was read before, wherever it is.

@@ -26,6 +26,7 @@ std::int64_t ChooseRoom(RateConverter const& inConverter, std::int64_t inBlock)
 
 ConvertedContent::ConvertedContent(Settings const& inSettings)
 	: mSettings(inSettings),
+	  mNest(inSettings.mContent),
 	  mWindow(inSettings.mContent, inSettings.mFrameRate,
 		  ChooseRoom(*inSettings.mConverter, inSettings.mScratch->GetCapacity()), inSettings.mScratch),
 	  mMostFrames(inSettings.mConverter->CountOutputs(
@@ -106,6 +107,10 @@ void ConvertedContent::Render(
 	std::int64_t inFrame, unsigned inCount, unsigned inTarget, bool inReverse, dsp::AudioBuffer& ioBuffer)
 {
 	auto const [first, end] = mSettings.mConverter->GetInput(inFrame, inCount);
+	if (mNest && !mWindow.Follows(first, end, MapDirection(inReverse)))
+	{
+		ReadPast(inFrame, inCount, inReverse);
+	}
 	mWindow.MoveTo(first, end, MapDirection(inReverse));
 	mChannels.clear();
 	unsigned long long const channels =
@@ -125,6 +130,25 @@ void ConvertedContent::Render(
 	{
 		mSettings.mConverter->Convert(inFrame, inCount, mChannels);
 	}
+}
+
+void ConvertedContent::ReadPast(std::int64_t inFrame, unsigned inCount, bool inReverse)
+{
+	auto const [first, end] = mSettings.mConverter->GetInput(inFrame, inCount);
+	RateConverter::Span const before =
+		mSettings.mConverter->GetInput(inReverse ? inFrame + inCount : inFrame - 1, 1);
+	bool const isBackwards = MapDirection(inReverse);
+	bool const wasUnheard = mNest->IsUnheard();
+	mNest->SetUnheard(true);
+	if (isBackwards)
+	{
+		mWindow.MoveTo(std::clamp(before.mFirst, first, end), end, true);
+	}
+	else
+	{
+		mWindow.MoveTo(first, std::clamp(before.mEnd, first, end), false);
+	}
+	mNest->SetUnheard(wasUnheard);
 }
 
 void ConvertedContent::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)

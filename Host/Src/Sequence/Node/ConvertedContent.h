@@ -2,6 +2,7 @@
 
 #include "ContentWindow.h"
 #include "GraphTools.h"
+#include "SequenceNode.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "SonaroHost/Media/RateConverter.h"
@@ -18,6 +19,8 @@ namespace SonaroHost::Sequence
 // A content in another rate than its own, or at another speed: its frame k is the converter's output k. What is heard
 // depends on the content around that place alone, whatever was asked before, unless the content itself remembers.
 //
+// Meters   In a nested sequence they hear each of its frames once, whatever the start: what the filter reads before the first
+//          output is what an output before it would have read, and is not heard.
 // Silence  A channel is flagged where the content flags all that the outputs depend on.
 // Threads  As for the content. Nothing allocates after the constructor.
 class ConvertedContent final : public SN::Implements<ConvertedContent, SN::IAudioGenerator,
@@ -69,7 +72,12 @@ private:
 	void Render(std::int64_t inFrame, unsigned inCount, unsigned inTarget, bool inReverse,
 		dsp::AudioBuffer& ioBuffer);
 
+	// What an output before this one would have left in the window.
+	void ReadPast(std::int64_t inFrame, unsigned inCount, bool inReverse);
+
 	Settings mSettings;
+	// Empty for a clip.
+	SN::InterfaceRef<SequenceNode> mNest;
 	ContentWindow mWindow;
 	// The most frames that the window has room for.
 	std::int64_t mMostFrames;

@@ -95,6 +95,14 @@ MuteSwitch GraphTools::GetHeard(MuteSwitch const& inMute) const
 			   : inMute;
 }
 
+void GraphTools::NoteHistory(std::string const& inWhat)
+{
+	if (mWhyInOneRun.empty())
+	{
+		mWhyInOneRun = inWhat;
+	}
+}
+
 Identity GraphTools::MakeIdentity()
 {
 	return zorvcore::classref::MakeObject<BareIdentity>();

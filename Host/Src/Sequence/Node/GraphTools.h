@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -73,6 +74,9 @@ public:
 			mLabels->Add(inNode, inLabel);
 		}
 	}
+	// Notes what depends on more than a start settles; the first one counts. See GraphReport::mWhyInOneRun.
+	void NoteHistory(std::string const& inWhat);
+	std::string const& GetWhyInOneRun() const { return mWhyInOneRun; }
 
 	static Identity MakeIdentity();
 
@@ -94,6 +98,7 @@ private:
 	EngineFactory mFactory;
 	std::map<Media const*, Generator> mStreams;
 	std::vector<FixedPanner> mFixedPanners;
+	std::string mWhyInOneRun;
 	// The scratch memory by use, level and channels.
 	std::map<std::tuple<ScratchUse, unsigned, std::size_t>, std::shared_ptr<dsp::AudioBuffer>> mScratch;
 };

@@ -21,6 +21,14 @@ std::string Place::GetPath() const
 	return (mPrefix ? *mPrefix : std::string()) + *mName;
 }
 
+std::string Place::Describe() const
+{
+	std::string const path = GetPath();
+	std::string const track = path.empty() ? "" : Quote(ShortenMiddle(path, kLongestPath));
+	std::string const join = path.empty() ? "" : " on ";
+	return mItemName ? Quote(*mItemName) + join + track : track;
+}
+
 void Refuse(Place const& inPlace, std::string const& inReason, std::string const& inRemedy)
 {
 	std::string const item = inPlace.mItemName ? ", item " + Quote(*inPlace.mItemName) : "";

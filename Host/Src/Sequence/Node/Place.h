@@ -21,6 +21,8 @@ struct Place
 
 	// The path in the form "Dialogue / Scene 4 / Boom".
 	std::string GetPath() const;
+	// In quotes, with the item where one is meant; for people.
+	std::string Describe() const;
 	// What leads to a sequence within the item.
 	std::string GetItemPrefix() const { return GetPath() + " / " + *mItemName + " / "; }
 };

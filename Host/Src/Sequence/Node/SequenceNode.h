@@ -76,6 +76,7 @@ public:
 	void Interrupt() { mNext.reset(); }
 	// For a nested sequence: whether what is around it settles, and in which direction it is played, for what is read
 	// ahead.
+	bool IsUnheard() const { return mSettings.mPlayhead->mIsUnheard; }
 	void SetUnheard(bool inIsUnheard) { mSettings.mPlayhead->mIsUnheard = inIsUnheard; }
 	void SetPrefetchDirection(bool inIsReverse) { mSettings.mPlayhead->mIsPrefetchedInReverse = inIsReverse; }
 
