@@ -236,7 +236,7 @@ void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
 									  : node.mKind == Kind::kSubmix ? NodeLabel::Kind::kSubmix
 																	: NodeLabel::Kind::kMaster,
 									  *node.mName, wait});
-	AddToGroup(node.mGenerator, {inPlan.GetAhead(inIndex), node.mJumps}, wait);
+	AddToGroup(node.mGenerator, {inPlan.GetAhead(inIndex), node.mJumps, node.mBuilt.mLatency}, wait);
 	MakeReturns(inIndex, inPlan);
 }
 

@@ -17,7 +17,8 @@ SequenceNode::SequenceNode(Settings const& inSettings)
 	{
 		Generator const generator(node);
 		mMembers.push_back({generator, generator, mSettings.mTracks[mMembers.size()], 0, 0});
-		mSettlingFrames = std::max(mSettlingFrames, mMembers.back().mTrack.mAhead);
+		Settings::Track const& track = mMembers.back().mTrack;
+		mSettlingFrames = std::max({mSettlingFrames, track.mAhead, track.mLatency});
 	}
 }
 

@@ -44,6 +44,8 @@ public:
 			std::int64_t mAhead = 0;
 			// How often it has jumped, for its items.
 			std::shared_ptr<std::uint64_t> mJumps;
+			// That of its effects: more than it is asked ahead where only meters hear them.
+			std::int64_t mLatency = 0;
 		};
 		// The engine's, and its tracks in its order.
 		Generator mGroup;
