@@ -12,8 +12,10 @@
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "Terminal/Console.h"
+#include "Terminal/OperatingSystem.h"
 #include "Terminal/RunJob.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string_view>
 
@@ -123,6 +125,11 @@ void RenderCommand::AddSoundOptions()
 	AddFlag("--reverse", mIsReverse, "Render in reverse");
 	Add("--block", mOptions.mBlockFrames, "SAMPLES", "Block size in samples, 1 to 262144 (default: 4096)")
 		->check(CLI::Range(1u, kMaxBlockFrames));
+	Add("--jobs", mOptions.mJobs, "N",
+		"Number of threads, 1 to 256; the output and the report are the same for any number (default: one "
+		"for "
+		"each core that the process may use)")
+		->check(CLI::Range(1u, kMostJobs));
 	AddFlag("--as-playback", mIsPlayback,
 		"Read ahead on another thread, as during playback, and report misses; the output is the same");
 	Add("--speed", mSpeed, "S",
@@ -182,6 +189,7 @@ std::string RenderCommand::DescribeInputs() const
 
 int RenderCommand::Run()
 {
+	mOptions.mJobs = mOptions.mJobs.value_or(std::min(CountUsableCores(), kMostJobs));
 	if (mTimeline.IsMeant(mInputs))
 	{
 		CheckOptionsFitTimelines();

@@ -114,6 +114,7 @@ void RenderOptions::Fill(OutputRequest& outRequest) const
 							: mAsJson || !mIsQuiet ? Measuring::kOutput
 												   : Measuring::kNothing;
 	outRequest.mKeepsSeries = WantsPage();
+	outRequest.mJobs = mJobs.value_or(outRequest.mJobs);
 	outRequest.mBlockFrames = mBlockFrames.value_or(outRequest.mBlockFrames);
 }
 

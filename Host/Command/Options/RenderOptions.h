@@ -21,6 +21,7 @@ struct RenderOptions
 	std::optional<int> mSampleRate;
 	std::string mResampling;
 	std::optional<unsigned> mBlockFrames;
+	std::optional<unsigned> mJobs;
 	double mGainDecibels = 0.0;
 	std::string mFadeIn;
 	std::string mFadeOut;

@@ -89,7 +89,7 @@ std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::str
 {
 	return DescribeFormat(ShowOutput(inOutput), inSummary.GetFile(), inSummary, inJob.GetOutputLayout()) +
 		   DescribeInputs(inInputs, inJob.GetPlan()) + DescribePeak(inSummary.GetFile()) +
-		   DescribeNormalizing(inSummary) +
+		   DescribeNormalizing(inSummary) + DescribeOneRun(inSummary) +
 		   DescribeRealTimeFactor(
 			   GetRealTimeFactor(inSummary.GetFrames(), inSummary.mSampleRate, inSummary.mElapsedSeconds)) +
 		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
@@ -113,6 +113,7 @@ std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::s
 		json["integratedLufs"] = GetNumberOrSilence(file.mLoudness->mIntegrated);
 	}
 	json["clippedSamples"] = file.mClippedSamples;
+	AddOneRun(json, inSummary);
 	AddTimes(json, inSummary);
 	return ToText(json);
 }
@@ -128,6 +129,7 @@ Json MakeReport(std::vector<std::string> const& inInputs, ClipRenderJob const& i
 		{"range", {{"firstSample", 0}, {"samples", inSummary.GetFrames()}}},
 		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), inSummary.mSampleRate)}};
 	AddMix(json, inSummary, inLevels);
+	AddOneRun(json, inSummary);
 	AddTimes(json, inSummary);
 	json["damaged"] = ListDamaged(inSummary.mDamaged);
 	json["clips"] = ListSoundFiles(inJob.GetPlan());

@@ -4,6 +4,7 @@
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "Terminal/Console.h"
@@ -84,6 +85,20 @@ std::string DescribePeak(RenderedFile const& inFile)
 		text += ", limited by up to " + FormatFixed(-ToDecibels(inFile.mSmallestLimiterGain), 1) + " dB";
 	}
 	return text + "\n";
+}
+
+void AddOneRun(Json& ioJson, RenderSummary const& inFiles)
+{
+	if (!inFiles.mGraph.mWhyInOneRun.empty())
+	{
+		ioJson["renderedInOneRun"] = inFiles.mGraph.mWhyInOneRun;
+	}
+}
+
+std::string DescribeOneRun(RenderSummary const& inFiles)
+{
+	std::string const& why = inFiles.mGraph.mWhyInOneRun;
+	return why.empty() ? "" : "rendered in one run: " + MakePrintable(why) + "\n";
 }
 
 std::string DescribeNormalizing(RenderSummary const& inFiles)

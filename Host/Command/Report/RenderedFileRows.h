@@ -16,12 +16,17 @@ Json ListFiles(
 // The loudness of the mix and how it was normalized, if they are known.
 void AddMix(Json& ioJson, SonaroHost::RenderSummary const& inFiles, SonaroHost::OutputLevels const& inLevels);
 
+// What keeps the render from being shared by threads, where something does.
+void AddOneRun(Json& ioJson, SonaroHost::RenderSummary const& inFiles);
+
 // Lines for people, with their ends. inShown: what the file is called.
 std::string DescribeFormat(std::string const& inShown, SonaroHost::RenderedFile const& inFile,
 	SonaroHost::RenderSummary const& inFiles, SN::AudioChannelLayout const& inLayout);
 std::string DescribePeak(SonaroHost::RenderedFile const& inFile);
 // Empty where nothing was normalized.
 std::string DescribeNormalizing(SonaroHost::RenderSummary const& inFiles);
+// Empty where threads could share the render.
+std::string DescribeOneRun(SonaroHost::RenderSummary const& inFiles);
 
 // Warns of samples that were clipped, and of a loudness that was not reached.
 void WarnOfLevels(SonaroHost::RenderSummary const& inFiles);

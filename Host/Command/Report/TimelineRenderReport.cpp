@@ -68,6 +68,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, Rende
 		{"range", {{"firstSample", inJob.GetRange().mFirstFrame}, {"samples", inJob.GetRange().mFrames}}},
 		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), inJob.GetSampleRate())}};
 	AddMix(json, inSummary, inLevels);
+	AddOneRun(json, inSummary);
 	json.update(Json{{"missing", ListMissing(inJob.GetSequence().mMissing)},
 		{"levelsNotRead", CountUnreadLevels(inJob.GetNotes())}, {"notes", ListNotes(inJob.GetNotes())},
 		{"damaged", ListDamaged(inSummary.mDamaged)}, {"elapsedSeconds", inSummary.mElapsedSeconds},
@@ -134,7 +135,7 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 					inJob.GetOutputLayout()) +
 				"  " + DescribePeak(file);
 	}
-	text += MakeLoudnessTable(inJob, inSummary) + DescribeNormalizing(inSummary);
+	text += MakeLoudnessTable(inJob, inSummary) + DescribeNormalizing(inSummary) + DescribeOneRun(inSummary);
 	for (Note const& note : inJob.GetRangeNotes())
 	{
 		text += note.mText + "\n";

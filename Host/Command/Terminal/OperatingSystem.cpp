@@ -1,10 +1,13 @@
 #include "OperatingSystem.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <initializer_list>
+#include <thread>
 
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -21,6 +24,18 @@ int GetTerminalWidth()
 	winsize size{};
 	bool const isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
 	return isKnown ? size.ws_col : 80;
+}
+
+unsigned CountUsableCores()
+{
+	cpu_set_t cores;
+	CPU_ZERO(&cores);
+	if (sched_getaffinity(0, sizeof cores, &cores) == 0)
+	{
+		return static_cast<unsigned>(std::max(CPU_COUNT(&cores), 1));
+	}
+	// There are more of them than a set holds.
+	return std::max(std::thread::hardware_concurrency(), 1u);
 }
 
 void HoldStandardStreams()

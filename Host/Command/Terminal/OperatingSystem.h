@@ -10,6 +10,9 @@ bool IsErrorOutputTerminal();
 // Columns of the terminal that the error output goes to; 80 when it does not say.
 int GetTerminalWidth();
 
+// How many processor cores the process may use, at least 1.
+unsigned CountUsableCores();
+
 // A standard stream that is closed at the start stays one that fails, whatever is opened later: the next file would
 // get its number and what is meant for the stream.
 void HoldStandardStreams();

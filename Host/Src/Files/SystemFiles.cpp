@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -131,6 +132,13 @@ FileHandle MakeUnnamedFile()
 		unlink(name.c_str());
 	}
 	return Open(file);
+}
+
+std::uint64_t GetOpenFileLimit()
+{
+	rlimit limit{};
+	constexpr std::uint64_t kUsual = 1024;
+	return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : kUsual;
 }
 
 bool CopyRest(std::FILE* ioFrom, std::FILE* outTo)

@@ -57,6 +57,9 @@ void RemoveUnmarked(std::filesystem::path const& inPath);
 // once it is closed. Null, with the reason in errno, when none can be made.
 FileHandle MakeUnnamedFile();
 
+// How many files the process may have open.
+std::uint64_t GetOpenFileLimit();
+
 // Copies what is left of a file to the end of another. False when writing failed, with the reason in errno; whether
 // reading did, the file itself says.
 bool CopyRest(std::FILE* ioFrom, std::FILE* outTo);

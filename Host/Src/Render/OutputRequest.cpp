@@ -41,6 +41,11 @@ void CheckNumbers(OutputRequest const& inRequest)
 		Refuse("a block has 1 to " + std::to_string(kMaxBlockFrames) + " samples, not " +
 			   std::to_string(inRequest.mBlockFrames));
 	}
+	if (inRequest.mJobs < 1 || inRequest.mJobs > kMostJobs)
+	{
+		Refuse("a render uses 1 to " + std::to_string(kMostJobs) + " threads, not " +
+			   std::to_string(inRequest.mJobs));
+	}
 	CheckLevels(inRequest.mLevels, inRequest.mGain);
 }
 

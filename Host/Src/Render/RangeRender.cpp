@@ -1,5 +1,8 @@
 #include "RangeRender.h"
 
+#include "MediaCheck.h"
+#include "Piece/PiecePlan.h"
+#include "Piece/PiecewiseRender.h"
 #include "SonaroHost/Engine/OfflineRender.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -10,43 +13,22 @@ namespace SonaroHost
 namespace
 {
 
-void CheckMedia(Programme const& inProgramme)
+// On the calling thread.
+std::optional<RangeReport> RenderInOneRun(
+	Programme const& inProgramme, RangeRender const& inRender, OfflineRange const& inRange)
 {
-	if (auto const failure = inProgramme.mFindFailure())
-	{
-		throw *failure;
-	}
-	if (!inProgramme.mRefusesDamage)
-	{
-		return;
-	}
-	if (auto const damaged = inProgramme.mListDamaged(); !damaged.empty())
-	{
-		throw HostError(HostError::Kind::kInput,
-			{damaged.front().mPath, {}, DescribeDamage(damaged.front()), "get a complete copy"});
-	}
-}
-
-} // namespace
-
-std::optional<RangeReport> RenderRange(Programme const& inProgramme, RangeRender const& inRender)
-{
-	OfflineRange range{inRender.mRange.mFrames, inProgramme.GetFrameRate(),
-		static_cast<unsigned>(inProgramme.GetLayout().size()),
-		ChooseBlock(inProgramme, inRender.mBlockFrames)};
-	range.mFirstFrame = inProgramme.mFirstFrame + inRender.mRange.mFirstFrame;
-	SN::TickTime const start(range.mFirstFrame, range.mFrameRate);
-	SN::TickTime const end(range.mFirstFrame + range.mFrames, range.mFrameRate);
+	SN::TickTime const start(inRange.mFirstFrame, inRange.mFrameRate);
+	SN::TickTime const end(inRange.mFirstFrame + inRange.mFrames, inRange.mFrameRate);
 	SN::Prefetcher prefetcher{.mStart = start, .mEnd = end};
 	SN::Prefetcher* const playback = inRender.mReadsAhead ? &prefetcher : nullptr;
-	RenderContextScope const context(range.mBlockFrames, end, SN::ImmutableString("render"), playback);
+	RenderContextScope const context(inRange.mBlockFrames, end, SN::ImmutableString("render"), playback);
 	Sequence::SequenceGraph graph = MakeGraph(inProgramme, context.Get(), inRender.mView, playback);
 	CheckMedia(inProgramme);
 
 	std::optional<ReadAhead> readAhead;
 	if (playback)
 	{
-		readAhead.emplace(graph.GetGenerator(), range).Advance(0);
+		readAhead.emplace(graph.GetGenerator(), inRange).Advance(0);
 	}
 	std::int64_t done = 0;
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const&)
@@ -59,11 +41,33 @@ std::optional<RangeReport> RenderRange(Programme const& inProgramme, RangeRender
 			readAhead->Advance(done);
 		}
 	};
-	if (!RenderOffline(graph.GetGenerator(), range, sink, inRender.mStop) || inRender.mStop.stop_requested())
+	if (!RenderOffline(graph.GetGenerator(), inRange, sink, inRender.mStop) ||
+		inRender.mStop.stop_requested())
 	{
 		return std::nullopt;
 	}
 	return RangeReport{graph.TakeReport(), readAhead ? std::optional(readAhead->GetReport()) : std::nullopt};
+}
+
+} // namespace
+
+std::optional<RangeReport> RenderRange(Programme const& inProgramme, RangeRender const& inRender)
+{
+	OfflineRange range{inRender.mRange.mFrames, inProgramme.GetFrameRate(),
+		static_cast<unsigned>(inProgramme.GetLayout().size()),
+		ChooseBlock(inProgramme, inRender.mBlockFrames)};
+	range.mFirstFrame = inProgramme.mFirstFrame + inRender.mRange.mFirstFrame;
+	bool const canShare = inRender.mJobs > 1 && !inRender.mReadsAhead && inProgramme.mOpenForGraph;
+	if (canShare && IsWorthPieces(inRender, range.mBlockFrames))
+	{
+		PiecewiseReport report = RenderPieces(inProgramme, inRender, range);
+		if (report.mIsRendered)
+		{
+			return report.mIsComplete ? std::optional(RangeReport{std::move(report.mGraph), std::nullopt})
+									  : std::nullopt;
+		}
+	}
+	return RenderInOneRun(inProgramme, inRender, range);
 }
 
 } // namespace SonaroHost

@@ -1,5 +1,6 @@
 #include "RenderJob.h"
 
+#include "Piece/PieceLength.h"
 #include "SonaroHost/Base/HostError.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -44,7 +45,9 @@ RenderPlan::RenderPlan(OutputRequest const& inRequest, OutputFormat const& inFor
 	  mLevels(inRequest.mLevels),
 	  mMeasuring(inRequest.mMeasuring),
 	  mKeepsSeries(inRequest.mKeepsSeries),
-	  mBlockFrames(inRequest.mBlockFrames)
+	  mBlockFrames(inRequest.mBlockFrames),
+	  mJobs(inRequest.mJobs),
+	  mPieceFrames(PieceLength::GetForTests())
 {
 }
 
@@ -179,15 +182,21 @@ bool RenderJob::WriteFiles()
 
 bool RenderJob::Render(Pass const& inPass)
 {
+	// Several groups for each thread, so that all of them find work.
+	constexpr std::size_t kGroupsPerJob = 4;
 	TrackMeters meters(inPass.mMeasuresTracks ? mPlan.mTracks : std::vector<PlannedTrack>(),
 		mProgramme.mSampleRate,
-		mPlan.mKeepsSeries ? LoudnessMeter::Windows::kSeries : LoudnessMeter::Windows::kNone);
+		mPlan.mKeepsSeries ? LoudnessMeter::Windows::kSeries : LoudnessMeter::Windows::kNone,
+		mPlan.mJobs > 1 ? kGroupsPerJob * mPlan.mJobs : 1);
 	RangeRender render;
 	render.mRange = inPass.mOutput.GetFile().mRange;
 	render.mBlockFrames = mPlan.mBlockFrames;
 	render.mView = MakeView(inPass, meters);
 	render.mReadsAhead = mPlan.mReadsAhead && inPass.mWrites;
 	render.mStop = mStop;
+	render.mJobs = mPlan.mJobs;
+	render.mTapGroups = meters.GetGroups();
+	render.mPieceFrames = mPlan.mPieceFrames;
 	render.mSink = [&](dsp::AudioBuffer& ioBlock)
 	{
 		if (mPlan.mDropsSignsOfZeros)
@@ -214,6 +223,10 @@ bool RenderJob::Render(Pass const& inPass)
 	if (inPass.mOnlyTrack.empty())
 	{
 		mSummary.mGraph = std::move(report->mGraph);
+	}
+	else if (mSummary.mGraph.mWhyInOneRun.empty())
+	{
+		mSummary.mGraph.mWhyInOneRun = report->mGraph.mWhyInOneRun;
 	}
 	if (report->mReadAhead)
 	{

@@ -7,6 +7,7 @@
 #include "SonaroHost/Render/RenderSummary.h"
 #include "TrackMeters.h"
 
+#include <cstdint>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -36,6 +37,9 @@ struct RenderPlan
 	Measuring mMeasuring = Measuring::kNothing;
 	bool mKeepsSeries = false;
 	unsigned mBlockFrames = 0;
+	// How many threads render, at most, and the frames of their pieces, for tests; 0 for those that suit.
+	unsigned mJobs = 1;
+	std::int64_t mPieceFrames = 0;
 	// Passes that write read their media ahead, as a player does.
 	bool mReadsAhead = false;
 	// Zeros of the graph lose their signs, which a resampler's blocks would show.

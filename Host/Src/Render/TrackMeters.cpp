@@ -1,5 +1,9 @@
 #include "TrackMeters.h"
 
+#include "zorvaccelerate/Metering.h"
+
+#include <algorithm>
+
 namespace SonaroHost
 {
 
@@ -25,18 +29,35 @@ std::optional<LoudnessReading> ProgrammeMeter::GetReading() const
 	return mMeter ? std::optional(mMeter->GetReading()) : std::nullopt;
 }
 
-TrackMeters::TrackMeters(
-	std::vector<PlannedTrack> const& inTracks, int inSampleRate, LoudnessMeter::Windows inWindows)
+// A group has a bank of its own. Small ones would leave lanes of it empty.
+TrackMeters::TrackMeters(std::vector<PlannedTrack> const& inTracks, int inSampleRate,
+	LoudnessMeter::Windows inWindows, std::size_t inGroups)
 {
-	auto const bank = std::make_shared<LoudnessBank>(inSampleRate);
+	std::size_t channels = 0;
 	for (PlannedTrack const& track : inTracks)
 	{
+		channels += track.mOrigin.empty() ? 0 : track.mLayout.size();
+	}
+	std::size_t const most =
+		std::max<std::size_t>((channels + inGroups - 1) / inGroups, zorvaccelerate::utility::kFilterLanes);
+	std::shared_ptr<LoudnessBank> bank;
+	std::size_t taken = most;
+	for (PlannedTrack const& track : inTracks)
+	{
+		if (!track.mOrigin.empty() && taken >= most)
+		{
+			bank = std::make_shared<LoudnessBank>(inSampleRate);
+			mGroups.emplace_back();
+			taken = 0;
+		}
 		SN::InterfaceRef<ProgrammeMeter>& meter = mMeters.emplace_back();
 		if (!track.mOrigin.empty())
 		{
 			meter =
 				zorvcore::classref::MakeObject<ProgrammeMeter>(track.mLayout, inSampleRate, inWindows, bank);
 			mTaps.emplace(track.mOrigin, meter);
+			mGroups.back().push_back(track.mOrigin);
+			taken += track.mLayout.size();
 		}
 	}
 }

@@ -5,6 +5,7 @@
 #include "SonaroHost/Metering/LoudnessBank.h"
 #include "SonaroHost/Metering/LoudnessMeter.h"
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
@@ -46,20 +47,25 @@ struct PlannedTrack
 	SN::AudioChannelLayout mLayout;
 };
 
-// Meters of the tracks of one run, exact over the whole of what they hear, which takes memory as it goes.
+// Meters of the tracks of one run, exact over the whole of what they hear, which takes memory as it goes. Each belongs to a
+// group, whose meters are heard by one thread at a time.
 class TrackMeters
 {
 public:
-	TrackMeters(
-		std::vector<PlannedTrack> const& inTracks, int inSampleRate, LoudnessMeter::Windows inWindows);
+	// inGroups: how many groups there are at most, at least 1.
+	TrackMeters(std::vector<PlannedTrack> const& inTracks, int inSampleRate, LoudnessMeter::Windows inWindows,
+		std::size_t inGroups);
 
 	// What a graph takes them as.
 	std::map<std::string, SN::InterfaceRef<SN::IAudioMeterSetter>> const& GetTaps() const { return mTaps; }
+	// The origins of the taps in each group.
+	std::vector<std::vector<std::string>> const& GetGroups() const { return mGroups; }
 	// A reading for each of the tracks, in their order; nothing for one that has no meter.
 	std::vector<std::optional<LoudnessReading>> GetReadings() const;
 
 private:
 	std::map<std::string, SN::InterfaceRef<SN::IAudioMeterSetter>> mTaps;
+	std::vector<std::vector<std::string>> mGroups;
 	// A meter for each track, or null.
 	std::vector<SN::InterfaceRef<ProgrammeMeter>> mMeters;
 };

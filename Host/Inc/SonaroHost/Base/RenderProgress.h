@@ -13,7 +13,8 @@ struct RenderProgress
 	std::int64_t mFramesTotal = 0;
 };
 
-// Called now and then, on the thread that runs the job.
+// Called now and then, on the thread that runs the job. One that was asked to use several threads calls it on any of
+// them, one call at a time.
 using ProgressCallback = std::function<void(RenderProgress const&)>;
 
 } // namespace SonaroHost

@@ -29,7 +29,7 @@ public:
 	std::int64_t GetFrames() const { return mPlan.GetFrames(); }
 	int GetSampleRate() const { return mPlan.GetSampleRate(); }
 
-	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a
+	// Renders on the calling thread and as many as the request allows, with progress after each block. Nothing when asked to stop, or throwing a
 	// HostError: then there is no output, and a file that was there before stays. To be called once.
 	std::optional<RenderSummary> Run(
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});

@@ -13,6 +13,9 @@ namespace SonaroHost
 // The largest block that a render may be asked for, in frames.
 inline constexpr unsigned kMaxBlockFrames = 262144;
 
+// The most threads that a render may be asked for.
+inline constexpr unsigned kMostJobs = 256;
+
 // What a whole render is brought to, once everything is mixed.
 struct OutputLevels
 {
@@ -63,6 +66,11 @@ struct OutputRequest
 	bool mKeepsSeries = false;
 	// More costs memory and gains nothing.
 	unsigned mBlockFrames = 4096;
+	// How many threads render, at most, the calling one among them, 1 to kMostJobs. The files and the summary are the same
+	// for any number. Each thread has a graph of the programme, opens its media, and needs room for some pieces of it:
+	// where memory, the limit of open files or a short programme does not allow so many, there are fewer. What can only be
+	// decoded from its start, such as MP3, is decoded once, into a nameless temporary file. A playback has one thread.
+	unsigned mJobs = 1;
 };
 
 // Throws a HostError for a number that is out of range, or levels that contradict each other.

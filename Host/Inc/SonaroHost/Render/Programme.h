@@ -5,6 +5,7 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/DamagedMedia.h"
+#include "SonaroHost/Media/GraphMedia.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
 
@@ -35,6 +36,9 @@ struct Programme
 	std::function<std::optional<HostError>()> mFindFailure;
 	// The media in which damage was found until now.
 	std::function<std::vector<DamagedMedia>()> mListDamaged;
+	// Gives media of their own to the graph that is made next; graphs are made one at a time. Without it, one graph at a time
+	// can be rendered, and it is the two above that are asked.
+	std::function<std::unique_ptr<GraphMedia>()> mOpenForGraph;
 	// Whether a render of it fails when there are any.
 	bool mRefusesDamage = false;
 };

@@ -46,7 +46,7 @@ public:
 	SN::AudioChannelLayout const& GetOutputLayout() const { return mSequence.mLayout; }
 	int GetSampleRate() const { return mSequence.mSampleRate; }
 
-	// Renders on the calling thread, with progress after each block. Nothing when asked to stop, or throwing a
+	// Renders on the calling thread and as many as the request allows, with progress after each block. Nothing when asked to stop, or throwing a
 	// HostError: then there is no output, and files that were there before stay. Several files appear together once all
 	// are complete. To be called once.
 	std::optional<RenderSummary> Run(

@@ -1,5 +1,7 @@
 #include "ClipProgramme.h"
 
+#include "Media/SourceGroup.h"
+
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -52,13 +54,29 @@ std::vector<Piece> LayClips(ProgrammePlan const& inPlan)
 	return pieces;
 }
 
-std::shared_ptr<Sequence::Media const> MakeMedia(PlannedClip const& inClip, SN::FrameRate const& inFrameRate)
+using Sources = std::vector<SN::InterfaceRef<AudioFileSource>>;
+
+// The sources of a plan, and what graphs that read them side by side open instead.
+struct ClipSources
+{
+	Sources mSources;
+	std::shared_ptr<SharedSpools> mSpools = std::make_shared<SharedSpools>();
+	// What the next graph's sources belong to; none while graphs read those of the plan.
+	std::weak_ptr<SourceGroup> mGroup;
+};
+
+std::shared_ptr<Sequence::Media const> MakeMedia(PlannedClip const& inClip, SN::FrameRate const& inFrameRate,
+	std::shared_ptr<ClipSources const> const& inSources)
 {
 	AudioFileInfo const& info = inClip.GetInfo();
 	// The samples count as the output's: the reading speed has the ratio of the rates in it.
-	return std::make_shared<Sequence::Media>(
-		Sequence::Media{info.mPath.filename().string(), inFrameRate.GetSamplesPerSecond(), info.mFrames,
-			info.mLayout, [source = inClip.mSource](SN::FrameRate const&) { return source; }});
+	return std::make_shared<Sequence::Media>(Sequence::Media{info.mPath.filename().string(),
+		inFrameRate.GetSamplesPerSecond(), info.mFrames, info.mLayout,
+		[source = inClip.mSource, inSources](SN::FrameRate const&)
+		{
+			auto const group = inSources->mGroup.lock();
+			return group ? group->Open(source->GetInfo(), source->GetFrameRate()) : source;
+		}});
 }
 
 // The place of a piece's first sample in the source, counted from what is heard of it. What is resampled backwards is
@@ -111,8 +129,6 @@ std::optional<SN::AudioChannelMix::MixdownType51> FindMixdown(ProgrammePlan cons
 	return found != clips.end() ? found->mLayout.GetMixdown() : std::nullopt;
 }
 
-using Sources = std::vector<SN::InterfaceRef<AudioFileSource>>;
-
 std::optional<HostError> FindFailure(Sources const& inSources)
 {
 	for (SN::InterfaceRef<AudioFileSource> const& source : inSources)
@@ -125,14 +141,15 @@ std::optional<HostError> FindFailure(Sources const& inSources)
 	return std::nullopt;
 }
 
-// Each file once, in the order of the inputs.
-std::vector<DamagedMedia> ListDamaged(Sources const& inSources)
+// Each file once, in the order of the inputs, with what is found of it.
+template <class Find>
+std::vector<DamagedMedia> ListDamaged(Sources const& inSources, Find const& inFind)
 {
 	std::vector<DamagedMedia> list;
 	for (SN::InterfaceRef<AudioFileSource> const& source : inSources)
 	{
 		AudioFileInfo const& info = source->GetInfo();
-		DamagedMedia media{info.mPath, info.mSampleRate, info.mDamage->Get()};
+		DamagedMedia media{info.mPath, info.mSampleRate, inFind(info)};
 		bool const isListed = std::any_of(list.begin(), list.end(),
 			[&media](DamagedMedia const& inListed) { return inListed.mPath == media.mPath; });
 		if (!media.mStretches.empty() && !isListed)
@@ -142,6 +159,28 @@ std::vector<DamagedMedia> ListDamaged(Sources const& inSources)
 	}
 	return list;
 }
+
+class ClipGraphMedia final : public GraphMedia
+{
+public:
+	explicit ClipGraphMedia(ClipSources& ioSources)
+		: mSources(ioSources.mSources),
+		  mGroup(std::make_shared<SourceGroup>(ioSources.mSpools))
+	{
+		ioSources.mGroup = mGroup;
+	}
+
+	std::optional<HostError> FindFailure() const override { return mGroup->FindFailure(); }
+	std::vector<DamagedMedia> ListDamaged() const override
+	{
+		return SonaroHost::ListDamaged(
+			mSources, [this](AudioFileInfo const& inInfo) { return mGroup->GetDamage(inInfo); });
+	}
+
+private:
+	Sources mSources;
+	std::shared_ptr<SourceGroup> mGroup;
+};
 
 } // namespace
 
@@ -153,18 +192,23 @@ Programme MakeProgramme(ProgrammePlan const& inPlan)
 	Sequence::Track& track = description->mTracks.emplace_back();
 	track.mLayout = inPlan.GetLayout();
 	std::map<PlannedClip const*, std::shared_ptr<Sequence::Media const>> media;
-	Sources sources;
+	auto const sources = std::make_shared<ClipSources>();
 	for (PlannedClip const& clip : inPlan.GetClips())
 	{
-		media[&clip] = MakeMedia(clip, inPlan.GetFrameRate());
-		sources.push_back(clip.mSource);
+		media[&clip] = MakeMedia(clip, inPlan.GetFrameRate(), sources);
+		sources->mSources.push_back(clip.mSource);
 	}
 	for (Piece const& piece : LayClips(inPlan))
 	{
 		track.mItems.push_back(MakeItem(piece, media.at(piece.mClip), inPlan));
 	}
 	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {},
-		[sources] { return FindFailure(sources); }, [sources] { return ListDamaged(sources); }};
+		[sources] { return FindFailure(sources->mSources); },
+		[sources] {
+			return ListDamaged(
+				sources->mSources, [](AudioFileInfo const& inInfo) { return inInfo.mDamage->Get(); });
+		},
+		[sources] { return std::make_unique<ClipGraphMedia>(*sources); }};
 }
 
 } // namespace SonaroHost

@@ -18,7 +18,7 @@ Programme MakeProgramme(TimelineSequence const& inSequence, FileMedia const& inM
 {
 	return {inSequence.mDescription, inSequence.mSampleRate, inSequence.mFirstFrame, inSequence.mFrames,
 		inSequence.mFile, [&inMedia] { return inMedia.GetFailure(); },
-		[&inMedia] { return inMedia.ListDamaged(); }};
+		[&inMedia] { return inMedia.ListDamaged(); }, [&inMedia] { return inMedia.OpenForGraph(); }};
 }
 
 void CheckCanRender(TimelineSequence const& inSequence, FileMedia const& inMedia)
