@@ -17,41 +17,41 @@ namespace
 {
 
 // What is heard of a clip, in frames of the output.
-struct Piece
+struct ClipPart
 {
 	PlannedClip const* mClip = nullptr;
 	std::int64_t mFirst = 0;
 	std::int64_t mEnd = 0;
 };
 
-// Lays a piece over others, of which what it covers is cut away.
-std::vector<Piece> Lay(Piece const& inPiece, std::vector<Piece> const& inOthers)
+// Lays a part over others, of which what it covers is cut away.
+std::vector<ClipPart> Lay(ClipPart const& inPart, std::vector<ClipPart> const& inOthers)
 {
-	std::vector<Piece> pieces{inPiece};
-	for (Piece const& other : inOthers)
+	std::vector<ClipPart> parts{inPart};
+	for (ClipPart const& other : inOthers)
 	{
-		if (other.mFirst < inPiece.mFirst)
+		if (other.mFirst < inPart.mFirst)
 		{
-			pieces.push_back({other.mClip, other.mFirst, std::min(other.mEnd, inPiece.mFirst)});
+			parts.push_back({other.mClip, other.mFirst, std::min(other.mEnd, inPart.mFirst)});
 		}
-		if (other.mEnd > inPiece.mEnd)
+		if (other.mEnd > inPart.mEnd)
 		{
-			pieces.push_back({other.mClip, std::max(other.mFirst, inPiece.mEnd), other.mEnd});
+			parts.push_back({other.mClip, std::max(other.mFirst, inPart.mEnd), other.mEnd});
 		}
 	}
-	return pieces;
+	return parts;
 }
 
-std::vector<Piece> LayClips(ProgrammePlan const& inPlan)
+std::vector<ClipPart> LayClips(ProgrammePlan const& inPlan)
 {
-	std::vector<Piece> pieces;
+	std::vector<ClipPart> parts;
 	for (PlannedClip const& clip : inPlan.GetClips())
 	{
-		pieces = Lay({&clip, clip.mPosition, clip.mPosition + clip.mFrames}, pieces);
+		parts = Lay({&clip, clip.mPosition, clip.mPosition + clip.mFrames}, parts);
 	}
-	std::sort(pieces.begin(), pieces.end(),
-		[](Piece const& inA, Piece const& inB) { return inA.mFirst < inB.mFirst; });
-	return pieces;
+	std::sort(parts.begin(), parts.end(),
+		[](ClipPart const& inA, ClipPart const& inB) { return inA.mFirst < inB.mFirst; });
+	return parts;
 }
 
 using Sources = std::vector<SN::InterfaceRef<AudioFileSource>>;
@@ -79,13 +79,13 @@ std::shared_ptr<Sequence::Media const> MakeMedia(PlannedClip const& inClip, SN::
 		}});
 }
 
-// The place of a piece's first sample in the source, counted from what is heard of it. What is resampled backwards is
+// The place of a part's first sample in the source, counted from what is heard of it. What is resampled backwards is
 // what forward gives, the other way round; the engine's resampler begins with the last sample, which comes to the same
 // where nothing is resampled.
-Ratio FindStart(Piece const& inPiece, ProgrammePlan const& inPlan)
+Ratio FindStart(ClipPart const& inPart, ProgrammePlan const& inPlan)
 {
-	PlannedClip const& clip = *inPiece.mClip;
-	std::int64_t const passed = inPiece.mFirst - clip.mPosition;
+	PlannedClip const& clip = *inPart.mClip;
+	std::int64_t const passed = inPart.mFirst - clip.mPosition;
 	Ratio const speed = Ratio::FromExactDouble(clip.mReadingSpeed);
 	if (!inPlan.IsReversed())
 	{
@@ -98,17 +98,17 @@ Ratio FindStart(Piece const& inPiece, ProgrammePlan const& inPlan)
 	return Ratio(clip.mFrames - 1 - passed) * speed;
 }
 
-Sequence::Item MakeItem(
-	Piece const& inPiece, std::shared_ptr<Sequence::Media const> const& inMedia, ProgrammePlan const& inPlan)
+Sequence::Item MakeItem(ClipPart const& inPart, std::shared_ptr<Sequence::Media const> const& inMedia,
+	ProgrammePlan const& inPlan)
 {
-	PlannedClip const& clip = *inPiece.mClip;
+	PlannedClip const& clip = *inPart.mClip;
 	SN::FrameRate const frameRate = inPlan.GetFrameRate();
-	Ratio const start = FindStart(inPiece, inPlan);
+	Ratio const start = FindStart(inPart, inPlan);
 	std::int64_t const nearest = start.Round();
 	Sequence::Item item;
 	item.mName = inMedia->mName;
-	item.mStart = SN::TickTime(inPiece.mFirst, frameRate);
-	item.mEnd = SN::TickTime(inPiece.mEnd, frameRate);
+	item.mStart = SN::TickTime(inPart.mFirst, frameRate);
+	item.mEnd = SN::TickTime(inPart.mEnd, frameRate);
 	item.mContent = Sequence::Clip{inMedia, clip.mFirstFrame + nearest, clip.mChannels};
 	item.mOffset = start - Ratio(nearest);
 	item.mResampling = inPlan.GetResampling();
@@ -198,9 +198,9 @@ Programme MakeProgramme(ProgrammePlan const& inPlan)
 		media[&clip] = MakeMedia(clip, inPlan.GetFrameRate(), sources);
 		sources->mSources.push_back(clip.mSource);
 	}
-	for (Piece const& piece : LayClips(inPlan))
+	for (ClipPart const& part : LayClips(inPlan))
 	{
-		track.mItems.push_back(MakeItem(piece, media.at(piece.mClip), inPlan));
+		track.mItems.push_back(MakeItem(part, media.at(part.mClip), inPlan));
 	}
 	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {},
 		[sources] { return FindFailure(sources->mSources); },
