@@ -45,9 +45,15 @@ std::string ReadPicture(std::filesystem::path const& inPath, std::string const& 
 	std::ifstream file(inPath, std::ios::binary);
 	std::string const text{std::istreambuf_iterator<char>(file), {}};
 	std::size_t const start = text.find("<svg ");
-	return start == std::string::npos
-			   ? ""
-			   : "<svg role=\"img\" aria-label=\"" + EscapeMarkup(inLabel) + "\"" + text.substr(start + 4);
+	if (start == std::string::npos)
+	{
+		return {};
+	}
+	// Pictures of timelines say that they are images, those of sound files do not.
+	std::size_t const end = text.find('>', start);
+	bool const isImage = text.substr(start, end - start).find("role=\"img\"") != std::string::npos;
+	return std::string("<svg aria-label=\"") + EscapeMarkup(inLabel) + (isImage ? "\"" : "\" role=\"img\"") +
+		   text.substr(start + 4);
 }
 
 // A text about a picture, with the names of its bands where it has any.

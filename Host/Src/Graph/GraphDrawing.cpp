@@ -3,6 +3,7 @@
 #include "Sequence/Node/SequenceNode.h"
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
+#include "SonaroHost/Base/MarkupText.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Media/AudioFileSource.h"
@@ -28,21 +29,6 @@ std::string Narrow(std::u16string const& inText)
 	for (char16_t const character : inText)
 	{
 		text += character < 0x80 ? static_cast<char>(character) : '?';
-	}
-	return text;
-}
-
-// The text as it stands in a label of Graphviz's language that is markup.
-std::string EscapeMarkup(std::string const& inText)
-{
-	std::string text;
-	for (char const character : MakePrintable(inText))
-	{
-		text += character == '&'   ? "&amp;"
-				: character == '<' ? "&lt;"
-				: character == '>' ? "&gt;"
-				: character == '"' ? "&quot;"
-								   : std::string(1, character);
 	}
 	return text;
 }

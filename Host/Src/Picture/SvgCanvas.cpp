@@ -1,6 +1,6 @@
 #include "SvgCanvas.h"
 
-#include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/Base/MarkupText.h"
 
 #include <array>
 #include <charconv>
@@ -35,32 +35,6 @@ std::string FormatPixels(double inNumber)
 		number.pop_back();
 	}
 	return number == "-0" ? "0" : number;
-}
-
-std::string EscapeMarkup(std::string_view inText)
-{
-	std::string text;
-	for (char const character : MakePrintable(inText))
-	{
-		switch (character)
-		{
-		case '&':
-			text += "&amp;";
-			break;
-		case '<':
-			text += "&lt;";
-			break;
-		case '>':
-			text += "&gt;";
-			break;
-		case '"':
-			text += "&quot;";
-			break;
-		default:
-			text += character;
-		}
-	}
-	return text;
 }
 
 // The mark of FitText that keeps an ellipsis on its side is the one control that a text may have.

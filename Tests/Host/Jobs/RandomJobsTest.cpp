@@ -269,8 +269,8 @@ TEST(RandomJobs, GraphsThatTakePiecesInAnyTurnGiveTheSame)
 			for (std::size_t channel = 0; channel < heard.size(); ++channel)
 			{
 				ASSERT_EQ(heard[channel].size(), expected[channel].size()) << "track " << origin;
-				auto const [at, other] = std::mismatch(
-					heard[channel].begin(), heard[channel].end(), expected[channel].begin());
+				auto const [at, other] =
+					std::mismatch(heard[channel].begin(), heard[channel].end(), expected[channel].begin());
 				ASSERT_TRUE(at == heard[channel].end())
 					<< "track " << origin << " differs at " << at - heard[channel].begin() << ": "
 					<< std::bit_cast<float>(*at) << " and " << std::bit_cast<float>(*other);

@@ -16,6 +16,7 @@ constexpr std::int64_t kFewestBlocks = 8;
 constexpr std::int64_t kStartsPerPiece = 16;
 constexpr std::int64_t kPiecesPerJob = 16;
 constexpr std::int64_t kLongestPiece = std::int64_t{1} << 20;
+constexpr std::size_t kWantedBytes = std::size_t{1} << 26;
 constexpr std::uint64_t kMostReaderBytes = std::uint64_t{1} << 30;
 // Of a channel of a file.
 constexpr std::uint64_t kReaderBytes = std::uint64_t{8} * 2048 * sizeof(float);
@@ -101,11 +102,12 @@ PiecePlan PlanPieces(Programme const& inProgramme, RangeRender const& inRender, 
 	Survey const survey(*inProgramme.mDescription);
 	std::uint64_t const channels =
 		inProgramme.GetLayout().size() + (inRender.mView.mTaps.empty() ? 0 : survey.GetTrackChannels());
-	auto const findMost = [&](unsigned inJobs)
+	auto const findLength = [&](std::size_t inBytes, unsigned inJobs)
 	{
 		std::uint64_t const pieces = 2 * std::uint64_t{inJobs};
-		return static_cast<std::int64_t>(PiecePlan::kMostBytes / (pieces * channels * sizeof(float)));
+		return static_cast<std::int64_t>(inBytes / (pieces * channels * sizeof(float)));
 	};
+	auto const findMost = [&](unsigned inJobs) { return findLength(PiecePlan::kMostBytes, inJobs); };
 	auto const fits = [&](unsigned inJobs)
 	{
 		bool const isAlone = !inReport.mWhyInOneRun.empty();
@@ -120,8 +122,9 @@ PiecePlan PlanPieces(Programme const& inProgramme, RangeRender const& inRender, 
 	{
 		--plan.mJobs;
 	}
+	std::int64_t const longest = std::min(kLongestPiece, findLength(kWantedBytes, plan.mJobs));
 	std::int64_t const wanted =
-		std::clamp(frames / (kPiecesPerJob * plan.mJobs), fewest, std::max(fewest, kLongestPiece));
+		std::clamp(frames / (kPiecesPerJob * plan.mJobs), fewest, std::max(fewest, longest));
 	plan.mPieceFrames =
 		inRender.mPieceFrames > 0
 			? RoundUp(inRender.mPieceFrames, block)
