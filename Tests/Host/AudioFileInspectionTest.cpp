@@ -139,6 +139,7 @@ TEST(AudioFileInspection, LayoutsFollowTheChannelsAndTheirMap)
 	};
 	constexpr int kAiff = SF_FORMAT_AIFF | SF_FORMAT_PCM_16;
 	constexpr int kWav = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+	constexpr int kVorbis = SF_FORMAT_OGG | SF_FORMAT_VORBIS;
 	std::vector<Case> const cases = {
 		{kWav, 1, {}, "mono", {0}},
 		{kWav, 2, {}, "stereo", {0, 1}},
@@ -155,6 +156,11 @@ TEST(AudioFileInspection, LayoutsFollowTheChannelsAndTheirMap)
 		{SF_FORMAT_WAVEX | SF_FORMAT_PCM_16, 6, {2, 3, 4, 11, 12, 13}, "6 channels", {0, 1, 2, 3, 4, 5}},
 		{kAiff, 6, {2, 3, 9, 10, 4, 8}, "6 channels", {0, 1, 2, 3, 4, 5}},
 		{kWav, 8, {}, "8 channels", {0, 1, 2, 3, 4, 5, 6, 7}},
+		// The fixed orders of Vorbis and Opus have the centre second and the low frequency last.
+		{kVorbis, 3, {}, "3 channels", {0, 2, 1}},
+		{kVorbis, 5, {}, "5 channels", {0, 2, 1, 3, 4}},
+		{kVorbis, 6, {}, "5.1", {0, 2, 1, 5, 3, 4}},
+		{kVorbis, 8, {}, "8 channels", {0, 2, 1, 7, 5, 6, 3, 4}},
 	};
 	TemporaryFolder const folder;
 	for (Case const& test : cases)

@@ -229,6 +229,29 @@ TEST_F(Movies, SixChannelsAre51InTheEnginesOrder)
 	}
 }
 
+TEST_F(Movies, OggHasItsChannelsWhereMatroskaHasThem)
+{
+	for (int const channels : {6, 8})
+	{
+		std::string const path = Write(MakeSound(channels, 48000, kFrames));
+		for (char const* const codec : {"libvorbis -q:a 10", "libopus -b:a 1M -mapping_family 1"})
+		{
+			SCOPED_TRACE(codec);
+			RunFfmpeg("-i " + path + " -c:a " + codec + " " + Path("a.ogg"));
+			RunFfmpeg("-i " + Path("a.ogg") + " -c:a copy " + Path("a.mkv"));
+			auto const ogg = AudioFileSource::Open(mFolder / "a.ogg");
+			auto const movie = AudioFileSource::Open(mFolder / "a.mkv");
+			EXPECT_EQ(GetLayoutName(ogg->GetInfo().mLayout), GetLayoutName(movie->GetInfo().mLayout));
+			Sound const expected = Pull(*movie, 10000, 10000);
+			Sound const read = Pull(*ogg, 10000, 10000);
+			for (unsigned channel = 0; channel < static_cast<unsigned>(channels); ++channel)
+			{
+				EXPECT_EQ(FindLag(read.Pick({channel}), expected.Pick({channel}), 100), 0) << channel;
+			}
+		}
+	}
+}
+
 TEST_F(Movies, TheOrdersOf51InQuickTimeAreHonoured)
 {
 	Sound const source = MakeIndexSound(6, 48000, kFrames);

@@ -8,6 +8,7 @@
 #include "SonaroHost/Media/NoSoundError.h"
 #include "SoundFile/AudioFileDecoder.h"
 #include "SoundFile/MpegLengthTag.h"
+#include "SoundFile/OggChannels.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
@@ -245,12 +246,19 @@ void SetLayout(AudioFileInfo& ioInfo, AudioFileDecoder const& inDecoder)
 	ioInfo.mChannelOrder.resize(static_cast<std::size_t>(channels));
 	std::iota(ioInfo.mChannelOrder.begin(), ioInfo.mChannelOrder.end(), 0u);
 	ioInfo.mLayout = MakeLayoutOfChannels(static_cast<unsigned>(channels));
+	auto const oggOrder = FindOggOrder(
+		GetReadablePath(ioInfo.mPath), inDecoder.GetFormat().format, static_cast<unsigned>(channels));
+	if (!oggOrder.empty())
+	{
+		ioInfo.mChannelOrder = oggOrder;
+	}
 	if (channels == 6)
 	{
-		if (auto order = Find51Order(inDecoder.GetHandle()); !order.empty())
+		auto const order = oggOrder.empty() ? Find51Order(inDecoder.GetHandle()) : oggOrder;
+		if (!order.empty())
 		{
 			ioInfo.mLayout = zorvmediatypes::Create51ChannelLayout();
-			ioInfo.mChannelOrder = std::move(order);
+			ioInfo.mChannelOrder = order;
 		}
 	}
 }
