@@ -448,7 +448,22 @@ TEST_F(Movies, SoundInOtherFilesIsNotFollowed)
 	std::string const movie = ReadBytes(mFolder / "own.mov");
 	WriteBytes(mFolder / "refers.mov", ReferToOtherFile(movie, "own.mov"));
 	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "refers.mov"); }),
-		HasSubstr("has audio streams, but no audio in them"));
+		HasSubstr("has its audio in another file"));
+	// A reference without an address is to the file itself.
+	std::string bytes = movie;
+	bytes.replace(bytes.rfind("url " + Number(1, 4)) + 4, 4, Number(0, 4));
+	WriteBytes(mFolder / "unflagged.mov", bytes);
+	EXPECT_EQ(InspectAudioFile(mFolder / "unflagged.mov").mFrames, kFrames);
+}
+
+TEST_F(Movies, WhatIsEncryptedIsRefused)
+{
+	std::string const key = "00112233445566778899aabbccddeeff";
+	RunFfmpeg("-i " + Write(MakeSound(1, 48000, kFrames)) +
+			  " -c:a aac -encryption_scheme cenc-aes-ctr -encryption_key " + key + " -encryption_kid " + key +
+			  " " + Path("a.mp4"));
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "a.mp4"); }),
+		HasSubstr("stream 1 is not read: it is encrypted"));
 }
 
 // Whether the file is read or refused; what is read is looked at from both ends.

@@ -1,7 +1,7 @@
 #include "MovieLayout.h"
 
+#include "Container/QuickTimeTracks.h"
 #include "MovieInput.h"
-#include "QuickTimeChannels.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
@@ -52,8 +52,8 @@ TaggedOrder const* FindTaggedOrder(AVCodecParameters const& inParameters, std::u
 std::vector<AVChannel> ListPlaces(
 	std::filesystem::path const& inPath, MovieInput const& inInput, std::vector<unsigned> const& inStreams)
 {
-	std::vector<std::uint32_t> const tags =
-		inInput.IsRead("mov") ? ReadQuickTimeChannels(inPath) : std::vector<std::uint32_t>();
+	std::vector<QuickTimeTrack> const tracks =
+		inInput.IsRead("mov") ? ReadQuickTimeTracks(inPath) : std::vector<QuickTimeTrack>();
 	std::vector<unsigned> const& audio = inInput.GetAudioStreams();
 	std::vector<AVChannel> places;
 	for (unsigned const stream : inStreams)
@@ -62,7 +62,7 @@ std::vector<AVChannel> ListPlaces(
 		auto const number =
 			static_cast<std::size_t>(std::find(audio.begin(), audio.end(), stream) - audio.begin());
 		if (TaggedOrder const* const order =
-				FindTaggedOrder(parameters, number < tags.size() ? tags[number] : 0))
+				FindTaggedOrder(parameters, number < tracks.size() ? tracks[number].mChannelTag : 0))
 		{
 			places.insert(places.end(), order->mPlaces.begin(), order->mPlaces.end());
 			continue;

@@ -1,5 +1,6 @@
 #include "Movies.h"
 
+#include "Container/QuickTimeTracks.h"
 #include "Media/MovieFile.h"
 #include "MovieDecoder.h"
 #include "MovieInput.h"
@@ -80,8 +81,21 @@ std::string FindFaultOfDecoder(AVStream const& inStream)
 	}
 }
 
+// What keeps a track of a QuickTime or MP4 file from being read, by its number; nothing where it is in order.
+std::string FindFaultOfTrack(std::vector<QuickTimeTrack> const& inTracks, std::size_t inNumber)
+{
+	if (inNumber >= inTracks.size())
+	{
+		return {};
+	}
+	return inTracks[inNumber].mIsElsewhere   ? "has its audio in another file, which is not followed"
+		   : inTracks[inNumber].mIsEncrypted ? "is encrypted"
+											 : "";
+}
+
 // The streams that are read, as indices of all streams of the file. Marks them in the info, and remarks on the others.
-std::vector<unsigned> ChooseStreams(MovieInput const& inInput, AudioFileInfo& ioInfo)
+std::vector<unsigned> ChooseStreams(
+	MovieInput const& inInput, std::vector<QuickTimeTrack> const& inTracks, AudioFileInfo& ioInfo)
 {
 	std::vector<unsigned> chosen;
 	for (std::size_t i = 0; i < ioInfo.mStreams.size(); ++i)
@@ -91,7 +105,8 @@ std::vector<unsigned> ChooseStreams(MovieInput const& inInput, AudioFileInfo& io
 		{
 			continue;
 		}
-		std::string fault = FindFault(stream);
+		std::string fault = FindFaultOfTrack(inTracks, i);
+		fault = fault.empty() ? FindFault(stream) : fault;
 		if (fault.empty())
 		{
 			fault = FindFaultOfDecoder(inInput.GetStream(inInput.GetAudioStreams()[i]));
@@ -230,7 +245,9 @@ std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, u
 		info.mStreams.push_back(DescribeStream(input->GetStream(stream)));
 	}
 	CheckStream(info);
-	std::vector<unsigned> const streams = ChooseStreams(*input, info);
+	std::vector<QuickTimeTrack> const tracks =
+		input->IsRead("mov") ? ReadQuickTimeTracks(GetReadablePath(inPath)) : std::vector<QuickTimeTrack>();
+	std::vector<unsigned> const streams = ChooseStreams(*input, tracks, info);
 	if (streams.empty())
 	{
 		RefuseMovie(inPath, "has sound that cannot be read: " + info.mRemarks.front(), {});
