@@ -95,6 +95,12 @@ std::vector<PcmCase> MakePcmCases()
 		{"odd-rate.mkv", picture, codec + " -c:a pcm_s24le", 2, 44056},
 		{"late.mov", picture + "-itsoffset 0.5 ", codec + " -c:a pcm_s24le", 2, 48000, 24000},
 		{"late.mkv", picture + "-itsoffset 0.5 ", codec + " -c:a pcm_s24le", 2, 48000, 24000},
+		// Writers leave the length of a late track's last packet out, as that of any WavPack packet.
+		{"late-alac.mp4", "-itsoffset 0.5 ", "-c:a alac -sample_fmt s32p", 2, 48000, 24000},
+		{"late-flac.mp4", "-itsoffset 0.5 ", "-c:a flac -sample_fmt s32 -strict -2", 2, 48000, 24000},
+		{"wavpack.mkv", "", "-c:a wavpack -sample_fmt s32p"},
+		// Its times repeat.
+		{"flac.wma", "", "-c:a flac -sample_fmt s32 -strict -2"},
 		{"edit.mov", picture + "-itsoffset -0.25 ", codec + " -c:a pcm_s24le", 2, 48000, 0, 12000},
 	};
 }
@@ -171,13 +177,15 @@ TEST_F(Movies, LossyCodecsStandWhereTheirSourceDid)
 	for (Case const& test : {Case{"a.m4a", "-c:a aac", 0}, {"a.mov", "-c:a aac", 0}, {"b.mov", "-c:a ac3", 0},
 			 {"b.mp4", "-c:a eac3", 0}, {"c.webm", "-c:a libopus", 0}, {"v.webm", "-c:a libvorbis", 0},
 			 {"g.wma", "-c:a wmav2 -b:a 192k", 2048}, {"d.aac", "-c:a aac", 1024},
-			 {"e.mkv", "-c:a aac", 1024}, {"f.ts", "-c:a aac", 1024}})
+			 {"e.mkv", "-c:a aac", 1024}, {"f.ts", "-c:a aac", 1024}, {"g.avi", "-c:a eac3", 256},
+			 {"h.avi", "-c:a dca -strict -2", 512}, {"i.avi", "-c:a libvorbis", 0}})
 	{
 		SCOPED_TRACE(test.mName);
 		RunFfmpeg("-i " + path + " " + test.mCodec + " " + Path(test.mName));
 		Sound const read = ReadMovie(mFolder / test.mName);
 		EXPECT_EQ(FindLag(read, source, 2100), test.mLag);
 		EXPECT_GE(read.GetFrames(), kFrames - 48);
+		EXPECT_LE(read.GetFrames(), kFrames + 6000);
 		EXPECT_TRUE(InspectAudioFile(mFolder / test.mName).mDamage->Get().empty());
 	}
 }
@@ -317,6 +325,53 @@ TEST_F(Movies, TheStartIsThatOfTheTimecode)
 	EXPECT_FALSE(InspectAudioFile(mFolder / "none.mov").mStart);
 }
 
+TEST_F(Movies, WhatFollowsLostPacketsStaysInPlace)
+{
+	struct Case
+	{
+		std::string mName;
+		std::string mCodec;
+		// Which packets are dropped, by their number n.
+		std::string mDropped;
+	};
+	std::string const path = Write(MakeSound(2, 48000, 3 * kFrames));
+	for (Case const& test :
+		{Case{"a.webm", "libopus", "between(n,20,20)"}, {"b.webm", "libopus", "between(n,20,28)"},
+			{"c.webm", "libopus", "not(mod(n+5,20))"}, {"d.webm", "libvorbis", "between(n,20,24)"},
+			{"e.wma", "wmav2", "between(n,10,11)"}, {"f.mkv", "truehd -strict -2", "between(n,500,599)"},
+			{"g.ts", "s302m -strict -2", "between(n,40,42)"}})
+	{
+		SCOPED_TRACE(test.mName);
+		RunFfmpeg("-i " + path + " -c:a " + test.mCodec + " " + Path(test.mName));
+		RunFfmpeg("-i " + Path(test.mName) + " -c copy -bsf:a \"noise=drop='" + test.mDropped + "'\" " +
+				  Path("gap-" + test.mName));
+		Sound const whole = ReadMovie(mFolder / test.mName);
+		Sound const read = ReadMovie(mFolder / ("gap-" + test.mName));
+		EXPECT_NEAR(static_cast<double>(read.GetFrames()), static_cast<double>(whole.GetFrames()), 1000.0);
+		for (std::int64_t const position : {kFrames / 8, 2 * kFrames})
+		{
+			EXPECT_NEAR(
+				static_cast<double>(FindLag(read.Cut(position, 8000), whole.Cut(position, 8000), 2000)), 0.0,
+				48.0)
+				<< position;
+		}
+	}
+}
+
+TEST_F(Movies, SingleTimesThatAreOffAreNoGaps)
+{
+	RunFfmpeg("-i " + Write(MakeSound(1, 48000, kFrames)) + " -c:a libopus " + Path("a.mkv"));
+	Sound const whole = ReadMovie(mFolder / "a.mkv");
+	for (char const* const ticks : {"9*not(mod(N+3,7))", "-9*not(mod(N+3,7))", "6*mod(N,2)"})
+	{
+		SCOPED_TRACE(ticks);
+		RunFfmpeg(
+			"-i " + Path("a.mkv") + " -c copy -bsf:a \"setts=ts='PTS+" + ticks + "'\" " + Path("b.mkv"));
+		Sound const read = ReadMovie(mFolder / "b.mkv");
+		EXPECT_TRUE(SameBits(read.Cut(0, kFrames - 960), whole.Cut(0, kFrames - 960)));
+	}
+}
+
 TEST_F(Movies, DamagedPacketsAreSilenceOfTheirLength)
 {
 	RunFfmpeg("-i " + Write(MakeSound(1, 48000, kFrames)) + " -c:a ac3 " + Path("a.mkv"));
@@ -370,6 +425,40 @@ TEST_F(Movies, TruncatedFilesKeepTheirLength)
 	WriteBytes(mFolder / "headless.mov", ReadBytes(mFolder / "a.mov").substr(0, 300));
 	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "headless.mov"); }),
 		HasSubstr("is truncated or damaged"));
+}
+
+TEST_F(Movies, ALostEndOfSomePacketsIsReported)
+{
+	std::string const path = Write(MakeSound(1, 48000, 3 * kFrames));
+	for (auto const& [name, codec] : {std::pair<std::string, std::string>{"a.mkv", "pcm_s24le"},
+			 {"b.webm", "libopus"}, {"c.flv", "aac -ar 44100"}, {"d.wma", "wmav2"}})
+	{
+		SCOPED_TRACE(name);
+		RunFfmpeg("-i " + path + " -c:a " + codec + " " + Path(name));
+		AudioFileInfo const whole = InspectAudioFile(mFolder / name);
+		EXPECT_TRUE(whole.mDamage->Get().empty());
+		std::string const bytes = ReadBytes(mFolder / name);
+		WriteBytes(mFolder / name, bytes.substr(0, bytes.size() * 9 / 10));
+		AudioFileInfo const info = InspectAudioFile(mFolder / name);
+		EXPECT_NEAR(static_cast<double>(info.mFrames), static_cast<double>(whole.mFrames), 3000.0);
+		auto const damage = info.mDamage->Get();
+		ASSERT_FALSE(damage.empty());
+		EXPECT_EQ(damage.back().mEnd, info.mFrames);
+		EXPECT_NEAR(static_cast<double>(damage.back().mFirst), 2.7 * kFrames, 9000.0);
+	}
+}
+
+TEST_F(Movies, WhatCannotBeDecodedAnywhereIsRefused)
+{
+	RunFfmpeg("-i " + Write(MakeSound(1, 48000, kFrames)) + " -c:a ac3 " + Path("a.mkv"));
+	std::string bytes = ReadBytes(mFolder / "a.mkv");
+	for (std::size_t place = 0; (place = bytes.find("\x0b\x77", place)) != std::string::npos;)
+	{
+		bytes[place] = 0;
+	}
+	WriteBytes(mFolder / "a.mkv", bytes);
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "a.mkv"); }),
+		HasSubstr("none of its packets can be decoded"));
 }
 
 TEST_F(Movies, WhatADecoderRefusesIsRefusedWithTheFile)

@@ -29,6 +29,13 @@ struct MovieIndex
 		std::int64_t mByte = 0;
 	};
 
+	// A packet of loose times that does not go on where the last one ended, by its number.
+	struct Jump
+	{
+		std::int64_t mPacket = 0;
+		std::int64_t mPosition = 0;
+	};
+
 	struct Stream
 	{
 		// Of all streams of the file, and where its channels stand among those that are read.
@@ -44,6 +51,8 @@ struct MovieIndex
 		std::int64_t mEnd = 0;
 		// All that is not silence, in order.
 		std::vector<Run> mRuns;
+		// In order; of streams with loose times, which are always decoded from their start.
+		std::vector<Jump> mJumps;
 		// In order; empty unless all streams can be entered anywhere.
 		std::vector<Entry> mEntries;
 	};

@@ -1,12 +1,17 @@
 #include "MovieScan.h"
 
+#include "Container/AsfLength.h"
 #include "MovieInput.h"
 #include "MovieStream.h"
+#include "SonaroHost/Files/StandardStreams.h"
 
 #include <algorithm>
+#include <deque>
 #include <limits>
 #include <numeric>
 #include <optional>
+#include <stdexcept>
+#include <utility>
 
 namespace SonaroHost
 {
@@ -17,9 +22,17 @@ namespace
 // One entry for so many packets: a seek passes over fewer, which costs next to nothing.
 constexpr std::int64_t kPacketsOfEntry = 8;
 
-// By how much the ends that containers state exceed those of sound that is whole.
+// By how much the ends that containers state for a stream exceed those of sound that is whole.
 constexpr int kExactEndPart = 100;
 constexpr int kRoughEndPart = 2;
+
+// The packets that show whether one of loose times is off for good: a quarter of a second, and at least so many.
+constexpr int kFollowingPart = 4;
+constexpr std::size_t kLeastFollowing = 4;
+
+// By how much the length that a container states for the whole may exceed that of a whole file, of whose last packet the
+// length is not always known: 50 milliseconds.
+constexpr int kLostEndPart = 20;
 
 // How many packets are decoded to find out how many samples each holds.
 constexpr int kPacketsToTry = 100;
@@ -52,14 +65,18 @@ MovieIndex::Stream MakePlan(MovieInput const& inInput, unsigned inStream)
 	AVStream const& stream = inInput.GetStream(inStream);
 	AVCodecID const codec = stream.codecpar->codec_id;
 	bool const isLossless = codec == AV_CODEC_ID_ALAC || codec == AV_CODEC_ID_FLAC;
+	bool const isExact = IsPcm(codec) || isLossless;
+	// AVI has no times, and writers of ASF state wrong ones for the long packets of lossless codecs.
+	bool const isTimeless = (!IsPcm(codec) && inInput.IsRead("avi")) || (isLossless && inInput.IsRead("asf"));
 	bool const hasFineClock =
 		std::int64_t{stream.time_base.num} * stream.codecpar->sample_rate <= stream.time_base.den;
 	MovieIndex::Stream plan;
 	plan.mIndex = inStream;
 	plan.mChannels = static_cast<unsigned>(stream.codecpar->ch_layout.nb_channels);
-	plan.mTimes = IsPcm(codec) || isLossless ? PacketTimes::kExact
-				  : HasFixedPackets(codec)   ? PacketTimes::kRounded
-											 : PacketTimes::kLoose;
+	plan.mTimes = isTimeless               ? PacketTimes::kNone
+				  : isExact                ? PacketTimes::kExact
+				  : HasFixedPackets(codec) ? PacketTimes::kRounded
+										   : PacketTimes::kLoose;
 	plan.mIsCounted =
 		IsPcm(codec) || HasFixedPackets(codec) || (isLossless && hasFineClock && inInput.IsRead("mov"));
 	plan.mEnd = std::numeric_limits<std::int64_t>::max();
@@ -73,12 +90,13 @@ void FindPacketSamples(std::filesystem::path const& inPath, std::vector<MovieInd
 	LibavPointer<AVPacket> const packet(Libav().av_packet_alloc());
 	for (MovieIndex::Stream& plan : ioPlans)
 	{
-		if (plan.mTimes != PacketTimes::kRounded)
+		AVStream const& stream = input.GetStream(plan.mIndex);
+		if (!HasFixedPackets(stream.codecpar->codec_id))
 		{
 			continue;
 		}
 		input.Choose({plan.mIndex});
-		PacketDecoder decoder(input.GetStream(plan.mIndex));
+		PacketDecoder decoder(stream);
 		for (int i = 0; i < kPacketsToTry && plan.mPacketSamples == 0 && input.ReadPacket(*packet); ++i)
 		{
 			PacketDecoder::Result const result = decoder.Decode(packet.get());
@@ -97,42 +115,111 @@ public:
 		: mStream(inInput, ioPlan, inInput.GetStream(ioPlan.mIndex).codecpar->sample_rate,
 			  MovieStream::Work::kPlace),
 		  mPlan(ioPlan),
-		  mDamage(ioDamage)
+		  mDamage(ioDamage),
+		  mSampleRate(inInput.GetStream(ioPlan.mIndex).codecpar->sample_rate)
 	{
 	}
 
+	// Null at the end.
 	void Take(AVPacket const* inPacket)
 	{
-		if (inPacket && mStream.GetPlacer().IsAfterDelay() && mPackets++ % kPacketsOfEntry == 0)
+		if (mPlan.mTimes == PacketTimes::kLoose)
+		{
+			TakeLoose(inPacket);
+			return;
+		}
+		if (inPacket && mStream.GetPlacer().IsAfterDelay() && mEnterable++ % kPacketsOfEntry == 0)
 		{
 			std::int64_t const time = inPacket->dts != AV_NOPTS_VALUE ? inPacket->dts : inPacket->pts;
 			mPlan.mEntries.push_back(
 				{mStream.GetPlacer().GetNext(), mStream.GetPlacer().GetShift(), time, inPacket->pos});
 		}
-		MovieStream::Piece const piece = mStream.Take(inPacket);
-		if (piece.mIsDamaged)
-		{
-			mDamage.Add({piece.mPosition, piece.mPosition + piece.mCount});
-		}
-		std::vector<MovieIndex::Run>& runs = mPlan.mRuns;
-		if (piece.mCount > 0 && !runs.empty() && runs.back().mEnd == piece.mPosition)
-		{
-			runs.back().mEnd += piece.mCount;
-		}
-		else if (piece.mCount > 0)
-		{
-			runs.push_back({piece.mPosition, piece.mPosition + piece.mCount});
-		}
+		Note(mStream.Take(inPacket));
 	}
 
 	PacketPlacer const& GetPlacer() const { return mStream.GetPlacer(); }
 	MovieIndex::Stream& GetPlan() { return mPlan; }
+	// Whether there are packets, and none of them can be decoded.
+	bool IsUnreadable() const { return mIsAnyDamaged && !mIsAnyWhole; }
 
 private:
+	void TakeLoose(AVPacket const* inPacket)
+	{
+		std::int64_t const wanted = mSampleRate / kFollowingPart;
+		if (inPacket)
+		{
+			MovieStream::Measured const measured = mStream.Measure(*inPacket);
+			mFollowing.push_back(measured.mContent);
+			mIsFollowingDamaged.push_back(measured.mIsDamaged);
+			mFollowingSamples += measured.mContent.mSamples;
+		}
+		while (!mFollowing.empty() &&
+			   (!inPacket || (mFollowing.size() > kLeastFollowing &&
+								 mFollowingSamples - mFollowing.front().mSamples >= wanted)))
+		{
+			PlaceFirst();
+		}
+		if (!inPacket)
+		{
+			Note(mStream.Take(nullptr));
+		}
+	}
+
+	void PlaceFirst()
+	{
+		MovieStream::Measured const measured{mFollowing.front(), mIsFollowingDamaged.front()};
+		mFollowing.pop_front();
+		mIsFollowingDamaged.pop_front();
+		mFollowingSamples -= measured.mContent.mSamples;
+		std::optional<std::int64_t> const jump = mStream.FindJump(measured, mFollowing);
+		if (jump)
+		{
+			mPlan.mJumps.push_back({mPackets, *jump});
+		}
+		Note(mStream.Place(measured, jump));
+	}
+
+	void Note(MovieStream::Piece const& inPiece)
+	{
+		++mPackets;
+		std::vector<MovieIndex::Run>& runs = mPlan.mRuns;
+		std::int64_t const last = runs.empty() ? 0 : runs.back().mEnd;
+		if (inPiece.mIsDamaged)
+		{
+			mIsAnyDamaged = true;
+			mDamage.Add({inPiece.mPosition, inPiece.mPosition + inPiece.mCount});
+		}
+		else if (inPiece.mCount > 0)
+		{
+			mIsAnyWhole = true;
+			// What is missing after a damaged packet was lost with it.
+			mDamage.Add({last, mIsAfterDamage ? inPiece.mPosition : last});
+		}
+		mIsAfterDamage = inPiece.mIsDamaged || (mIsAfterDamage && inPiece.mCount == 0);
+		if (inPiece.mCount > 0 && !runs.empty() && last == inPiece.mPosition)
+		{
+			runs.back().mEnd += inPiece.mCount;
+		}
+		else if (inPiece.mCount > 0)
+		{
+			runs.push_back({inPiece.mPosition, inPiece.mPosition + inPiece.mCount});
+		}
+	}
+
 	MovieStream mStream;
 	MovieIndex::Stream& mPlan;
 	MediaDamage& mDamage;
+	int mSampleRate;
 	std::int64_t mPackets = 0;
+	// Packets at which decoding can begin.
+	std::int64_t mEnterable = 0;
+	bool mIsAnyDamaged = false;
+	bool mIsAnyWhole = false;
+	bool mIsAfterDamage = false;
+	// Packets that are not placed yet.
+	std::deque<PacketPlacer::Content> mFollowing;
+	std::deque<bool> mIsFollowingDamaged;
+	std::int64_t mFollowingSamples = 0;
 };
 
 // The end that the container states for a stream, where it does so in its header.
@@ -151,18 +238,64 @@ std::optional<std::int64_t> FindStatedEnd(
 	return inPlacer.ToPosition(av_sat_add64(start, duration));
 }
 
+// The last times of all streams of a file, in units of AV_TIME_BASE.
+class LastTimes
+{
+public:
+	explicit LastTimes(MovieInput const& inInput)
+		: mInput(inInput)
+	{
+	}
+
+	void Take(AVPacket const& inPacket)
+	{
+		std::int64_t const start = inPacket.pts != AV_NOPTS_VALUE ? inPacket.pts : inPacket.dts;
+		auto const stream = static_cast<std::size_t>(inPacket.stream_index);
+		if (start == AV_NOPTS_VALUE)
+		{
+			return;
+		}
+		mTimes.resize(std::max(mTimes.size(), stream + 1), AV_NOPTS_VALUE);
+		std::int64_t const before = std::exchange(mTimes[stream], start);
+		// Packets that do not say how long they are last as long as the one before.
+		std::int64_t const step = before == AV_NOPTS_VALUE ? 0 : std::max<std::int64_t>(start - before, 0);
+		std::int64_t const length = inPacket.duration > 0 ? inPacket.duration : step;
+		AVRational const clock = mInput.GetStream(static_cast<unsigned>(stream)).time_base;
+		mEnd = std::max(
+			mEnd, Libav().av_rescale_q(av_sat_add64(start, length), clock, Libav().av_get_time_base_q()));
+	}
+
+	void TakeEnd(std::int64_t inSamples, int inSampleRate)
+	{
+		mEnd = std::max(mEnd, Libav().av_rescale(inSamples, AV_TIME_BASE, inSampleRate));
+	}
+
+	std::int64_t GetEnd() const { return mEnd; }
+
+private:
+	MovieInput const& mInput;
+	std::vector<std::int64_t> mTimes;
+	std::int64_t mEnd = 0;
+};
+
+// Whether the header states how long the longest of all streams is.
+bool StatesLength(MovieInput const& inInput)
+{
+	return inInput.IsRead("matroska") || inInput.IsRead("asf") || inInput.IsRead("flv");
+}
+
 // The end that the container states for the whole, where no stream reaches it: the file is cut short.
-std::optional<std::int64_t> FindLostEnd(MovieInput const& inInput, std::int64_t inLastTime, int inSampleRate)
+std::optional<std::int64_t> FindLostEnd(
+	std::filesystem::path const& inPath, MovieInput const& inInput, std::int64_t inLastTime, int inSampleRate)
 {
 	AVFormatContext const& format = inInput.GetFormat();
-	bool const isStated = inInput.IsRead("matroska") || inInput.IsRead("asf");
-	if (!isStated || format.duration <= 0 ||
-		format.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE ||
-		format.duration - inLastTime < AV_TIME_BASE / kRoughEndPart)
-	{
-		return std::nullopt;
-	}
-	return Libav().av_rescale(format.duration, inSampleRate, AV_TIME_BASE);
+	bool const isStated = StatesLength(inInput) && format.duration > 0 &&
+						  format.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
+	std::optional<std::int64_t> const length = inInput.IsRead("asf") ? ReadAsfLength(GetReadablePath(inPath))
+											   : isStated            ? std::optional(format.duration)
+																	 : std::nullopt;
+	bool const isLost = length && *length - inLastTime > AV_TIME_BASE / kLostEndPart;
+	return isLost ? std::optional(Libav().av_rescale(*length, inSampleRate, AV_TIME_BASE)) : std::nullopt;
 }
 
 void SetEnd(StreamScan& ioScan, MovieInput const& inInput, std::optional<std::int64_t> const& inLostEnd,
@@ -179,16 +312,6 @@ void SetEnd(StreamScan& ioScan, MovieInput const& inInput, std::optional<std::in
 	}
 	plan.mEnd = std::max(plan.mEnd, inLostEnd.value_or(0));
 	ioDamage.Add({found, plan.mEnd});
-}
-
-// The end of a packet in units of AV_TIME_BASE.
-std::int64_t GetEndTime(MovieInput const& inInput, AVPacket const& inPacket)
-{
-	std::int64_t const start = inPacket.pts != AV_NOPTS_VALUE ? inPacket.pts : inPacket.dts;
-	AVStream const& stream = inInput.GetStream(static_cast<unsigned>(inPacket.stream_index));
-	return start == AV_NOPTS_VALUE ? 0
-								   : Libav().av_rescale_q(av_sat_add64(start, inPacket.duration),
-										 stream.time_base, Libav().av_get_time_base_q());
 }
 
 // What the streams are, in the order of their channels, before any packet is read.
@@ -228,13 +351,13 @@ std::vector<StreamScan> MakeScans(MovieInput const& inInput, MovieIndex& ioIndex
 }
 
 // Reads all packets. Returns the latest end of one, in units of AV_TIME_BASE.
-std::int64_t ReadPackets(MovieInput& ioInput, std::vector<StreamScan>& ioScans)
+std::int64_t ReadPackets(MovieInput& ioInput, std::vector<StreamScan>& ioScans, int inSampleRate)
 {
-	std::int64_t lastTime = 0;
+	LastTimes times(ioInput);
 	LibavPointer<AVPacket> const packet(Libav().av_packet_alloc());
 	while (ioInput.ReadPacket(*packet))
 	{
-		lastTime = std::max(lastTime, GetEndTime(ioInput, *packet));
+		times.Take(*packet);
 		auto const found = std::find_if(ioScans.begin(), ioScans.end(),
 			[&](StreamScan& inScan)
 			{ return static_cast<int>(inScan.GetPlan().mIndex) == packet->stream_index; });
@@ -243,7 +366,21 @@ std::int64_t ReadPackets(MovieInput& ioInput, std::vector<StreamScan>& ioScans)
 			found->Take(packet.get());
 		}
 	}
-	return lastTime;
+	for (StreamScan& scan : ioScans)
+	{
+		scan.Take(nullptr);
+		times.TakeEnd(scan.GetPlacer().GetNext(), inSampleRate);
+	}
+	return times.GetEnd();
+}
+
+void CheckReadable(std::vector<StreamScan> const& inScans)
+{
+	if (std::all_of(
+			inScans.begin(), inScans.end(), [](StreamScan const& inScan) { return inScan.IsUnreadable(); }))
+	{
+		throw std::runtime_error("none of its packets can be decoded, because they are encrypted or damaged");
+	}
 }
 
 } // namespace
@@ -253,7 +390,7 @@ MovieIndex ScanMovie(std::filesystem::path const& inPath, MovieInput& ioInput,
 {
 	MovieIndex index = MakeIndex(inPath, ioInput, inStreams);
 	std::vector<unsigned> wanted = inStreams;
-	if (ioInput.IsRead("matroska") || ioInput.IsRead("asf"))
+	if (StatesLength(ioInput))
 	{
 		// Whether the file is whole shows in the stream that lasts longest.
 		wanted.resize(ioInput.GetFormat().nb_streams);
@@ -261,11 +398,11 @@ MovieIndex ScanMovie(std::filesystem::path const& inPath, MovieInput& ioInput,
 	}
 	ioInput.Choose(wanted);
 	std::vector<StreamScan> scans = MakeScans(ioInput, index, ioDamage);
-	std::int64_t const lastTime = ReadPackets(ioInput, scans);
-	std::optional<std::int64_t> const lostEnd = FindLostEnd(ioInput, lastTime, index.mSampleRate);
+	std::int64_t const lastTime = ReadPackets(ioInput, scans, index.mSampleRate);
+	CheckReadable(scans);
+	std::optional<std::int64_t> const lostEnd = FindLostEnd(inPath, ioInput, lastTime, index.mSampleRate);
 	for (StreamScan& scan : scans)
 	{
-		scan.Take(nullptr);
 		SetEnd(scan, ioInput, lostEnd, index.mSampleRate, ioDamage);
 		index.mFrames = std::max(index.mFrames, scan.GetPlan().mEnd);
 		if (!index.mIsSeekExact)

@@ -19,70 +19,100 @@ MovieStream::MovieStream(
 	MovieInput const& inInput, MovieIndex::Stream const& inPlan, int inSampleRate, Work inWork)
 	: mPlan(inPlan),
 	  mSampleRate(inSampleRate),
-	  mParameters(inInput.GetStream(inPlan.mIndex).codecpar),
-	  mTimeBase(inInput.GetStream(inPlan.mIndex).time_base),
-	  mPlacer(inInput.GetStream(inPlan.mIndex), inSampleRate, inPlan.mTimes, inInput.GetStart())
+	  mWork(inWork),
+	  mStream(inInput.GetStream(inPlan.mIndex)),
+	  mPlacer(mStream, inSampleRate, inPlan.mTimes, inInput.GetStart())
 {
 	// The copy is not needed here.
 	mPlan.mRuns.clear();
 	mPlan.mEntries.clear();
 	if (inWork == Work::kDecode || !mPlan.mIsCounted)
 	{
-		mDecoder = std::make_unique<PacketDecoder>(inInput.GetStream(inPlan.mIndex));
+		mDecoder = std::make_unique<PacketDecoder>(mStream);
 	}
 }
 
 MovieStream::Piece MovieStream::Take(AVPacket const* inPacket)
 {
-	bool const isCounted = inPacket && mPlan.mIsCounted;
-	PacketDecoder::Result result;
-	if (mDecoder)
+	if (inPacket)
 	{
-		result = mDecoder->Decode(inPacket);
+		Measured const measured = Measure(*inPacket);
+		return Place(measured, FindJumpOfPlan());
 	}
-	else
-	{
-		result.mIsDamaged = inPacket && (inPacket->flags & AV_PKT_FLAG_CORRUPT) != 0;
-	}
-	std::int64_t samples = result.mFrames;
-	if (isCounted)
-	{
-		samples = CountSamples(*inPacket);
-		result.mIsDamaged = result.mIsDamaged || (mDecoder && result.mFrames < samples);
-	}
-	else if (inPacket && result.mIsDamaged)
-	{
-		samples = GuessSamples(*inPacket);
-	}
-	bool const isSilent = !mDecoder || result.mIsDamaged;
-	float const* const decoded = isSilent ? nullptr : result.mSamples;
-	PacketPlacer::Place const place =
-		inPacket ? mPlacer.PlaceNext(*inPacket, samples) : mPlacer.PlaceRest(samples);
-	std::int64_t const count = std::clamp<std::int64_t>(mPlan.mEnd - place.mPosition, 0, place.mCount);
-	return {place.mPosition, count,
-		decoded ? decoded + static_cast<std::size_t>(place.mSkipped) * mPlan.mChannels : nullptr,
-		result.mIsDamaged};
+	mDecoded = mDecoder ? mDecoder->Decode(nullptr) : PacketDecoder::Result();
+	return Cut(mPlacer.PlaceRest(mDecoded.mFrames), mDecoded.mIsDamaged);
 }
 
-std::int64_t MovieStream::CountSamples(AVPacket const& inPacket) const
+MovieStream::Measured MovieStream::Measure(AVPacket const& inPacket)
+{
+	std::optional<std::int64_t> const counted = mPlan.mIsCounted ? CountSamples(inPacket) : std::nullopt;
+	if (!mDecoder && !counted)
+	{
+		mDecoder = std::make_unique<PacketDecoder>(mStream);
+	}
+	mDecoded = {};
+	mDecoded.mIsDamaged = (inPacket.flags & AV_PKT_FLAG_CORRUPT) != 0;
+	bool const isDecoded = mDecoder && (mWork == Work::kDecode || !counted);
+	if (isDecoded)
+	{
+		mDecoded = mDecoder->Decode(&inPacket);
+	}
+	// Packets of a codec with a fixed length that give less are damaged; the last ones of lossless codecs may be short.
+	bool const isShort = isDecoded && mPlan.mPacketSamples > 0 && mDecoded.mFrames < mPlan.mPacketSamples;
+	mDecoded.mIsDamaged = mDecoded.mIsDamaged || isShort;
+	std::int64_t const samples = counted               ? *counted
+								 : mDecoded.mIsDamaged ? GuessSamples(inPacket)
+													   : mDecoded.mFrames;
+	mLastSamples = mDecoded.mIsDamaged ? mLastSamples : samples;
+	return {mPlacer.Describe(inPacket, samples), mDecoded.mIsDamaged};
+}
+
+std::optional<std::int64_t> MovieStream::FindJumpOfPlan()
+{
+	std::int64_t const packet = mPackets++;
+	bool const isJump = mJump < mPlan.mJumps.size() && mPlan.mJumps[mJump].mPacket == packet;
+	return isJump ? std::optional(mPlan.mJumps[mJump++].mPosition) : std::nullopt;
+}
+
+MovieStream::Piece MovieStream::Place(Measured const& inMeasured, std::optional<std::int64_t> inJump)
+{
+	return Cut(mPlan.mTimes == PacketTimes::kLoose ? mPlacer.PlaceNext(inMeasured.mContent, inJump)
+												   : mPlacer.PlaceNext(inMeasured.mContent),
+		inMeasured.mIsDamaged);
+}
+
+MovieStream::Piece MovieStream::Cut(PacketPlacer::Place const& inPlace, bool inIsDamaged) const
+{
+	bool const isSilent = mWork == Work::kPlace || !mDecoded.mSamples || inIsDamaged;
+	std::int64_t const there = isSilent ? inPlace.mCount : mDecoded.mFrames - inPlace.mSkipped;
+	std::int64_t const end = std::min(mPlan.mEnd - inPlace.mPosition, inPlace.mCount);
+	float const* const samples =
+		isSilent ? nullptr : mDecoded.mSamples + static_cast<std::size_t>(inPlace.mSkipped) * mPlan.mChannels;
+	return {inPlace.mPosition, std::max<std::int64_t>(std::min(end, there), 0), samples, inIsDamaged};
+}
+
+std::optional<std::int64_t> MovieStream::CountSamples(AVPacket const& inPacket) const
 {
 	if (mPlan.mPacketSamples > 0)
 	{
 		return mPlan.mPacketSamples;
 	}
-	if (std::int64_t const frameSize = Libav().av_get_audio_frame_duration2(mParameters, inPacket.size);
-		mPlan.mTimes == PacketTimes::kExact &&
-		Libav().av_get_exact_bits_per_sample(mParameters->codec_id) > 0)
+	if (Libav().av_get_exact_bits_per_sample(mStream.codecpar->codec_id) > 0)
 	{
-		return std::max<std::int64_t>(frameSize, 0);
+		int const samples = Libav().av_get_audio_frame_duration2(mStream.codecpar, inPacket.size);
+		return std::max(samples, 0);
 	}
-	return GuessSamples(inPacket);
+	return inPacket.duration > 0 ? std::optional(GuessSamples(inPacket)) : std::nullopt;
 }
 
 std::int64_t MovieStream::GuessSamples(AVPacket const& inPacket) const
 {
+	if (inPacket.duration <= 0 || mPlan.mTimes == PacketTimes::kNone)
+	{
+		return mLastSamples;
+	}
 	std::int64_t const duration =
-		Libav().av_rescale_q(std::max<std::int64_t>(inPacket.duration, 0), mTimeBase, {1, mSampleRate});
+		Libav().av_rescale_q(inPacket.duration, mStream.time_base, {1, mSampleRate});
 	return std::clamp<std::int64_t>(duration, 0, kLargestPacketSeconds * mSampleRate);
 }
 

@@ -4,8 +4,11 @@
 #include "Packet/PacketDecoder.h"
 #include "Packet/PacketPlacer.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
+#include <optional>
 
 namespace SonaroHost
 {
@@ -19,8 +22,9 @@ class MovieStream
 public:
 	enum class Work
 	{
-		// Packets that say their length are not decoded.
+		// Packets that say their length are not decoded, and jumps of loose times are looked for.
 		kPlace,
+		// Such jumps are those of the plan.
 		kDecode,
 	};
 
@@ -39,21 +43,45 @@ public:
 	// Null for what is left at the end.
 	Piece Take(AVPacket const* inPacket);
 
+	// The same in two steps, for a packet that is placed when those that follow are known.
+	struct Measured
+	{
+		PacketPlacer::Content mContent;
+		bool mIsDamaged = false;
+	};
+	Measured Measure(AVPacket const& inPacket);
+	Piece Place(Measured const& inMeasured, std::optional<std::int64_t> inJump);
+	std::optional<std::int64_t> FindJump(
+		Measured const& inMeasured, std::deque<PacketPlacer::Content> const& inFollowing)
+	{
+		return mPlacer.FindJump(inMeasured.mContent, inFollowing);
+	}
+
 	PacketPlacer const& GetPlacer() const { return mPlacer; }
 	// Goes on after a seek, before the packet of the entry.
 	void GoOnAt(MovieIndex::Entry const& inEntry);
 
 private:
-	std::int64_t CountSamples(AVPacket const& inPacket) const;
+	PacketDecoder::Result Decode(AVPacket const* inPacket);
+	std::optional<std::int64_t> FindJumpOfPlan();
+	Piece Cut(PacketPlacer::Place const& inPlace, bool inIsDamaged) const;
+	// Nothing where the packet does not say it.
+	std::optional<std::int64_t> CountSamples(AVPacket const& inPacket) const;
 	std::int64_t GuessSamples(AVPacket const& inPacket) const;
 
 	MovieIndex::Stream mPlan;
 	int mSampleRate;
-	AVCodecParameters* mParameters;
-	AVRational mTimeBase;
+	Work mWork;
+	AVStream const& mStream;
 	PacketPlacer mPlacer;
-	// Null where packets are only placed.
+	// Null where packets were only placed so far.
 	std::unique_ptr<PacketDecoder> mDecoder;
+	// Of the last packet.
+	PacketDecoder::Result mDecoded;
+	// Samples of the last packet that was in order.
+	std::int64_t mLastSamples = 0;
+	std::int64_t mPackets = 0;
+	std::size_t mJump = 0;
 };
 
 } // namespace SonaroHost

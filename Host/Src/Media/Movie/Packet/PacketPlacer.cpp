@@ -15,8 +15,6 @@ namespace
 
 // Writers that count milliseconds are off by up to one, and so may those be who copied from them.
 constexpr int kRoundedPart = 500;
-// Frames of codecs that hold some back are up to a tenth of a second long.
-constexpr int kLoosePart = 5;
 
 // Times that go back by more, or forward by more, are those of something else.
 constexpr std::int64_t kLargestOverlapSeconds = 1;
@@ -29,17 +27,28 @@ std::int64_t GetTolerance(AVRational inTimeBase, int inSampleRate, PacketTimes i
 {
 	std::int64_t const ticks =
 		Libav().av_rescale(2 * std::int64_t{inTimeBase.num}, inSampleRate, inTimeBase.den);
-	bool const isFine = std::int64_t{inTimeBase.num} * inSampleRate <= inTimeBase.den;
-	switch (inTimes)
+	if (inTimes == PacketTimes::kExact)
 	{
-	case PacketTimes::kExact:
+		bool const isFine = std::int64_t{inTimeBase.num} * inSampleRate <= inTimeBase.den;
 		return isFine ? 0 : ticks;
-	case PacketTimes::kRounded:
-		return std::max<std::int64_t>(ticks, inSampleRate / kRoundedPart);
-	case PacketTimes::kLoose:
-		break;
 	}
-	return std::max<std::int64_t>(ticks, inSampleRate / kLoosePart);
+	return std::max<std::int64_t>(ticks, inSampleRate / kRoundedPart);
+}
+
+// Frames that go over two packets come with the second one, while the times are those of where they begin. Times that
+// are late for that alone are so by less than a packet, from the second one on.
+bool KeepsFrames(AVCodecID inCodec)
+{
+	switch (inCodec)
+	{
+	case AV_CODEC_ID_WMAV1:
+	case AV_CODEC_ID_WMAV2:
+	case AV_CODEC_ID_WMAPRO:
+	case AV_CODEC_ID_WMALOSSLESS:
+		return true;
+	default:
+		return false;
+	}
 }
 
 } // namespace
@@ -48,9 +57,11 @@ PacketPlacer::PacketPlacer(
 	AVStream const& inStream, int inSampleRate, PacketTimes inTimes, std::int64_t inStart)
 	: mTimeBase(inStream.time_base),
 	  mSampleRate(inSampleRate),
+	  mTimes(inTimes),
 	  mStart(Libav().av_rescale_q(inStart, Libav().av_get_time_base_q(), inStream.time_base)),
 	  mTolerance(GetTolerance(inStream.time_base, inSampleRate, inTimes)),
-	  mSkip(std::max(inStream.codecpar->initial_padding, 0))
+	  mKeepsFrames(KeepsFrames(inStream.codecpar->codec_id)),
+	  mDelay(std::max(inStream.codecpar->initial_padding, 0))
 {
 }
 
@@ -61,44 +72,125 @@ std::int64_t PacketPlacer::ToPosition(std::int64_t inTimestamp) const
 	return std::clamp(position, -kFurthest, kFurthest);
 }
 
-PacketPlacer::Place PacketPlacer::PlaceNext(AVPacket const& inPacket, std::int64_t inSamples)
+PacketPlacer::Content PacketPlacer::Describe(AVPacket const& inPacket, std::int64_t inSamples) const
 {
+	Content content;
+	content.mTime = inPacket.pts;
+	content.mSamples = inSamples;
+	content.mIsDropped = (inPacket.flags & AV_PKT_FLAG_DISCARD) != 0;
 	std::size_t size = 0;
 	std::uint8_t const* const trim =
 		Libav().av_packet_get_side_data(&inPacket, AV_PKT_DATA_SKIP_SAMPLES, &size);
-	std::int64_t padding = 0;
 	if (trim && size >= 8)
 	{
-		mSkip = std::max<std::int64_t>(mSkip, AV_RL32(trim));
-		padding = AV_RL32(trim + 4);
+		content.mDelay = AV_RL32(trim);
+		content.mPadding = AV_RL32(trim + 4);
 	}
-	std::int64_t const skipped =
-		inPacket.flags & AV_PKT_FLAG_DISCARD ? inSamples : std::min(mSkip, inSamples);
-	mSkip = std::max<std::int64_t>(mSkip - inSamples, 0);
-	std::int64_t const kept = std::max<std::int64_t>(inSamples - skipped - padding, 0);
-	std::int64_t start = mNext;
-	if (inPacket.pts != AV_NOPTS_VALUE)
+	return content;
+}
+
+PacketPlacer::Place PacketPlacer::PlaceNext(Content const& inContent)
+{
+	bool const hasTime = inContent.mTime != AV_NOPTS_VALUE && (mTimes != PacketTimes::kNone || !mHasStarted);
+	if (!hasTime)
 	{
-		// The sum in ticks: where they are coarse, start and delay are rounded alike.
-		std::int64_t const ticks = Libav().av_rescale_q(skipped, {1, mSampleRate}, mTimeBase);
-		std::int64_t const told = ToPosition(av_sat_add64(inPacket.pts, ticks)) + mShift;
-		std::int64_t const off = told - mNext;
-		bool const isElsewhere = mHasStarted && (off < -kLargestOverlapSeconds * mSampleRate ||
-													off > kLargestGapSeconds * mSampleRate);
-		mShift = isElsewhere ? mShift - off : mShift;
-		bool const isOff = !mHasStarted || off < -mTolerance || off > mTolerance;
-		start = isOff && !isElsewhere ? told : mNext;
+		return PlaceFrom(inContent, mNext);
 	}
+	std::int64_t const stated = GetStated(inContent, CountDropped(inContent));
+	if (IsElsewhere(stated - mNext))
+	{
+		mShift -= stated - mNext;
+		return PlaceFrom(inContent, mNext);
+	}
+	return PlaceFrom(inContent, !mHasStarted || IsOff(stated - mNext) ? stated : mNext);
+}
+
+std::optional<std::int64_t> PacketPlacer::FindJump(
+	Content const& inContent, std::deque<Content> const& inFollowing)
+{
+	if (inContent.mTime == AV_NOPTS_VALUE)
+	{
+		return std::nullopt;
+	}
+	std::int64_t const dropped = CountDropped(inContent);
+	std::int64_t const stated = GetStated(inContent, dropped);
+	std::int64_t const off = stated - mNext;
+	if (!mHasStarted)
+	{
+		return stated;
+	}
+	std::int64_t const mostKept = mIsAtSecond && mWasHeldBack   ? inContent.mSamples + mTolerance
+								  : mIsAtSecond && mKeepsFrames ? inContent.mSamples - 1
+																: 0;
+	if (IsElsewhere(off) || (off > 0 && off <= mostKept))
+	{
+		mShift -= off;
+		return std::nullopt;
+	}
+	std::int64_t next = mNext + inContent.mSamples - dropped;
+	std::int64_t least = off;
+	bool isJump = IsOff(off);
+	for (auto content = inFollowing.begin(); isJump && content != inFollowing.end(); ++content)
+	{
+		if (content->mTime != AV_NOPTS_VALUE)
+		{
+			std::int64_t const later = GetStated(*content, 0) - next;
+			if (IsElsewhere(later))
+			{
+				break;
+			}
+			isJump = IsOff(later) && (later < 0) == (off < 0);
+			least = off < 0 ? std::max(least, later) : std::min(least, later);
+		}
+		next += content->mSamples;
+	}
+	// Where the times that follow agree, they are rounded alike.
+	return isJump ? std::optional(mNext + (IsOff(off - least) ? least : off)) : std::nullopt;
+}
+
+PacketPlacer::Place PacketPlacer::PlaceNext(Content const& inContent, std::optional<std::int64_t> inJump)
+{
+	return PlaceFrom(inContent, inJump.value_or(mNext));
+}
+
+std::int64_t PacketPlacer::CountDropped(Content const& inContent) const
+{
+	return inContent.mIsDropped ? inContent.mSamples
+								: std::min(std::max(mDelay, inContent.mDelay), inContent.mSamples);
+}
+
+// The sum in ticks: where they are coarse, start and delay are rounded alike.
+std::int64_t PacketPlacer::GetStated(Content const& inContent, std::int64_t inDropped) const
+{
+	std::int64_t const ticks = Libav().av_rescale_q(inDropped, {1, mSampleRate}, mTimeBase);
+	return ToPosition(av_sat_add64(inContent.mTime, ticks)) + mShift;
+}
+
+bool PacketPlacer::IsElsewhere(std::int64_t inOff) const
+{
+	return mHasStarted &&
+		   (inOff < -kLargestOverlapSeconds * mSampleRate || inOff > kLargestGapSeconds * mSampleRate);
+}
+
+PacketPlacer::Place PacketPlacer::PlaceFrom(Content const& inContent, std::int64_t inStart)
+{
+	std::int64_t const samples = inContent.mSamples;
+	std::int64_t const dropped = CountDropped(inContent);
+	mDelay = std::max<std::int64_t>(std::max(mDelay, inContent.mDelay) - samples, 0);
+	std::int64_t const kept = std::max<std::int64_t>(samples - dropped - inContent.mPadding, 0);
 	if (kept == 0)
 	{
 		// A codec that holds its first samples back presents them where their packet is.
-		bool const isHeldBack = inSamples == 0 && !mHasStarted;
-		mNext = isHeldBack ? std::max<std::int64_t>(start, 0) : mNext;
+		bool const isHeldBack = samples == 0 && !mHasStarted;
+		mNext = isHeldBack ? std::max<std::int64_t>(inStart, 0) : mNext;
 		mHasStarted = mHasStarted || isHeldBack;
-		return {mNext, inSamples, 0};
+		mIsAtSecond = mIsAtSecond || isHeldBack;
+		mWasHeldBack = mWasHeldBack || isHeldBack;
+		return {mNext, samples, 0};
 	}
-	Place place = Trim(start, kept);
-	place.mSkipped += skipped;
+	mIsAtSecond = !mHasStarted;
+	Place place = Trim(inStart, kept);
+	place.mSkipped += dropped;
 	return place;
 }
 
@@ -123,7 +215,7 @@ void PacketPlacer::GoOnAt(std::int64_t inNext, std::int64_t inShift)
 {
 	mNext = inNext;
 	mShift = inShift;
-	mSkip = 0;
+	mDelay = 0;
 	mHasStarted = true;
 }
 

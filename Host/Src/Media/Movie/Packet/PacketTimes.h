@@ -10,8 +10,10 @@ enum class PacketTimes
 	kExact,
 	// Rounded by one who wrote them; the packets of a codec with a fixed length follow each other.
 	kRounded,
-	// Those of packets that do not hold whole frames.
+	// Rounded, and single ones may be off: those of packets that do not hold whole frames, or that vary in length.
 	kLoose,
+	// The container has none, so that its packets follow each other: only the first one counts.
+	kNone,
 };
 
 } // namespace SonaroHost
