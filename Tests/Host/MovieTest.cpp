@@ -506,10 +506,33 @@ std::string Number(std::uint64_t inValue, int inBytes)
 	return text;
 }
 
+std::uint64_t GetNumber(std::string const& inBytes, std::size_t inPlace)
+{
+	std::uint64_t value = 0;
+	for (std::size_t i = 0; i < 4; ++i)
+	{
+		value = value << 8 | static_cast<unsigned char>(inBytes[inPlace + i]);
+	}
+	return value;
+}
+
+// A QuickTime movie, its header at its end, with another atom at a place within those of the names.
+std::string ReplaceAtom(std::string inMovie, std::size_t inPlace, std::string const& inAtom,
+	std::vector<std::string> const& inParents)
+{
+	std::uint64_t const old = GetNumber(inMovie, inPlace);
+	for (std::string const& parent : inParents)
+	{
+		std::size_t const size = inMovie.rfind(parent, inPlace) - 4;
+		inMovie.replace(size, 4, Number(GetNumber(inMovie, size) + inAtom.size() - old, 4));
+	}
+	return inMovie.replace(inPlace, old, inAtom);
+}
+
 // A QuickTime movie, its header at its end, whose sound is said to be in another file of its folder.
 std::string ReferToOtherFile(std::string inMovie, std::string const& inName)
 {
-	std::string const own = Number(12, 4) + "url " + Number(1, 4);
+	std::size_t const own = inMovie.rfind(Number(12, 4) + "url " + Number(1, 4));
 	std::string const path = "disk:" + inName + (inName.size() % 2 == 0 ? " " : "");
 	std::string alias = std::string(10, '\0') + Number(4, 1) + "disk" + std::string(23, '\0') +
 						std::string(12, '\0') + Number(inName.size(), 1) + inName +
@@ -517,18 +540,7 @@ std::string ReferToOtherFile(std::string inMovie, std::string const& inName)
 						Number(1, 2) + std::string(16, '\0') + Number(2, 2) + Number(path.size(), 2) + path +
 						Number(0xffff, 2) + Number(0, 2);
 	alias = Number(alias.size() + 12, 4) + "alis" + Number(0, 4) + alias;
-	std::size_t const place = inMovie.rfind(own);
-	for (char const* const atom : {"moov", "trak", "mdia", "minf", "dinf", "dref"})
-	{
-		std::size_t const size = inMovie.rfind(atom, place) - 4;
-		std::uint64_t old = 0;
-		for (std::size_t i = 0; i < 4; ++i)
-		{
-			old = old << 8 | static_cast<unsigned char>(inMovie[size + i]);
-		}
-		inMovie.replace(size, 4, Number(old + alias.size() - own.size(), 4));
-	}
-	return inMovie.replace(place, own.size(), alias);
+	return ReplaceAtom(std::move(inMovie), own, alias, {"moov", "trak", "mdia", "minf", "dinf", "dref"});
 }
 
 TEST_F(Movies, SoundInOtherFilesIsNotFollowed)
@@ -543,6 +555,85 @@ TEST_F(Movies, SoundInOtherFilesIsNotFollowed)
 	bytes.replace(bytes.rfind("url " + Number(1, 4)) + 4, 4, Number(0, 4));
 	WriteBytes(mFolder / "unflagged.mov", bytes);
 	EXPECT_EQ(InspectAudioFile(mFolder / "unflagged.mov").mFrames, kFrames);
+}
+
+// A part of a track's media, in samples; silence where it begins below 0.
+struct Edit
+{
+	std::int64_t mDuration = 0;
+	std::int64_t mMedia = 0;
+};
+
+// A movie that counts in samples, with another edit list.
+std::string EditMovie(std::string const& inMovie, std::vector<Edit> const& inEdits)
+{
+	std::string list = "elst" + Number(0, 4) + Number(inEdits.size(), 4);
+	for (Edit const& edit : inEdits)
+	{
+		list += Number(static_cast<std::uint64_t>(edit.mDuration), 4) +
+				Number(static_cast<std::uint64_t>(edit.mMedia), 4) + Number(0x10000, 4);
+	}
+	return ReplaceAtom(
+		inMovie, inMovie.rfind("elst") - 4, Number(list.size() + 4, 4) + list, {"moov", "trak", "edts"});
+}
+
+TEST_F(Movies, EditsOfSeveralSegmentsAreExact)
+{
+	Sound const source = MakeIndexSound(2, 48000, kFrames);
+	std::string const path = Write(source);
+	for (char const* const codec : {"pcm_s24le", "alac -sample_fmt s32p"})
+	{
+		RunFfmpeg("-i " + path + " -movie_timescale 48000 -c:a " + codec + " " + Path("a.mov"));
+		std::string const movie = ReadBytes(mFolder / "a.mov");
+		for (std::vector<Edit> const& edits : std::vector<std::vector<Edit>>{{{10000, 24001}, {12000, 5000}},
+				 {{10000, 5000}, {4800, -1}, {10000, 20000}},
+				 {{4801, -1}, {10000, 5000}, {2400, -1}, {10000, 1234}},
+				 {{3000, 1000}, {3000, 1000}, {3000, 1000}}, {{3000, 1000}, {0, 7000}},
+				 {{3000, 39000}, {1000, 0}}})
+		{
+			SCOPED_TRACE(codec + std::to_string(edits.back().mMedia));
+			WriteBytes(mFolder / "b.mov", EditMovie(movie, edits));
+			Sound expected{2, 48000, {}};
+			for (Edit const& edit : edits)
+			{
+				std::int64_t const length = edit.mDuration > 0 ? edit.mDuration : kFrames - edit.mMedia;
+				Sound const part = edit.mMedia < 0
+									   ? CutWithSilence(source, -length, static_cast<unsigned>(length))
+									   : CutWithSilence(source, edit.mMedia, static_cast<unsigned>(length));
+				expected.mSamples.insert(expected.mSamples.end(), part.mSamples.begin(), part.mSamples.end());
+			}
+			EXPECT_TRUE(SameBits(ReadMovie(mFolder / "b.mov"), expected));
+			EXPECT_TRUE(InspectAudioFile(mFolder / "b.mov").mDamage->Get().empty());
+		}
+	}
+}
+
+TEST_F(Movies, EditsOfLossySoundAreInPlace)
+{
+	constexpr std::int64_t kDelay = 1024;
+	Sound const source = MakeSound(1, 48000, kFrames);
+	RunFfmpeg("-i " + Write(source) + " -movie_timescale 48000 -c:a aac -b:a 256k " + Path("a.mov"));
+	WriteBytes(mFolder / "b.mov",
+		EditMovie(ReadBytes(mFolder / "a.mov"), {{15000, 20001 + kDelay}, {15000, 3000 + kDelay}}));
+	Sound const read = ReadMovie(mFolder / "b.mov");
+	EXPECT_EQ(read.GetFrames(), 30000);
+	EXPECT_EQ(FindLag(read.Cut(0, 15000), source.Cut(20001, 15000), 2000), 0);
+	EXPECT_EQ(FindLag(read.Cut(15000, 15000), source.Cut(3000, 15000), 2000), 0);
+	auto const audio = AudioFileSource::Open(mFolder / "b.mov");
+	for (std::int64_t const position : {20000, 100, 14500})
+	{
+		EXPECT_TRUE(SameBits(Pull(*audio, position, 1000), read.Cut(position, 1000)));
+	}
+}
+
+TEST_F(Movies, EditsThatChangeTheSpeedAreRefused)
+{
+	RunFfmpeg("-i " + Write(MakeIndexSound(1, 48000, kFrames)) + " -c:a pcm_s24le " + Path("a.mov"));
+	std::string movie = EditMovie(ReadBytes(mFolder / "a.mov"), {{500, 0}, {500, 0}});
+	movie.replace(movie.rfind(Number(0x10000, 4), movie.rfind("mdia")), 4, Number(0x8000, 4));
+	WriteBytes(mFolder / "b.mov", movie);
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "b.mov"); }),
+		HasSubstr("its edit list changes the speed"));
 }
 
 TEST_F(Movies, WhatIsEncryptedIsRefused)

@@ -55,7 +55,7 @@ MovieDecoder::~MovieDecoder() = default;
 void MovieDecoder::Open()
 {
 	mLanes.clear();
-	mInput = std::make_unique<MovieInput>(mPath);
+	mInput = std::make_unique<MovieInput>(mPath, mIndex->mEdits);
 	std::vector<unsigned> streams;
 	for (MovieIndex::Stream const& plan : mIndex->mStreams)
 	{

@@ -1,12 +1,21 @@
 #pragma once
 
 #include "Packet/PacketTimes.h"
+#include "SonaroHost/Media/MediaDamage.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace SonaroHost
 {
+
+// Whether libavformat applies edit lists.
+enum class MovieEdits
+{
+	kFollowed,
+	kIgnored,
+};
 
 // Where the samples of a movie's audio streams lie, as reading all of its packets once has shown.
 struct MovieIndex
@@ -57,12 +66,34 @@ struct MovieIndex
 		std::vector<Entry> mEntries;
 	};
 
+	// A part of a stream's media that an edit list presents.
+	struct Segment
+	{
+		std::int64_t mFirst = 0;
+		std::int64_t mEnd = 0;
+		// Where in the media it begins.
+		std::int64_t mMedia = 0;
+	};
+
+	// A stream with an edit list of several segments: its media as they are without it.
+	struct Edited
+	{
+		std::shared_ptr<MovieIndex const> mMedia;
+		std::shared_ptr<MediaDamage> mDamage;
+		unsigned mFirstChannel = 0;
+		// In order.
+		std::vector<Segment> mSegments;
+	};
+
 	std::vector<Stream> mStreams;
+	// All streams, in place of mStreams, where one of them has several segments.
+	std::vector<Edited> mEdited;
 	int mSampleRate = 0;
 	unsigned mChannels = 0;
 	std::int64_t mFrames = 0;
 	// Whether samples are the same after a seek.
 	bool mIsSeekExact = false;
+	MovieEdits mEdits = MovieEdits::kFollowed;
 };
 
 } // namespace SonaroHost

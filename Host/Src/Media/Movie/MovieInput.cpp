@@ -94,7 +94,8 @@ std::string DescribeError(int inError)
 
 } // namespace
 
-MovieInput::MovieInput(std::filesystem::path const& inPath)
+MovieInput::MovieInput(std::filesystem::path const& inPath, MovieEdits inEdits)
+	: mEdits(inEdits)
 {
 	std::filesystem::path const path = GetReadablePath(inPath);
 	mFile.reset(std::fopen(path.c_str(), "rb"));
@@ -140,8 +141,11 @@ void MovieInput::Open(std::filesystem::path const& inPath, AVInputFormat const* 
 	format->protocol_whitelist = Libav().av_strdup("");
 	format->io_open = [](AVFormatContext*, AVIOContext**, char const*, int, AVDictionary**)
 	{ return AVERROR(EPERM); };
+	AVDictionary* options = nullptr;
+	Libav().av_dict_set(&options, "ignore_editlist", mEdits == MovieEdits::kIgnored ? "1" : "0", 0);
 	// It frees the context when it fails.
-	int error = Libav().avformat_open_input(&format, "", inDemuxer, nullptr);
+	int error = Libav().avformat_open_input(&format, "", inDemuxer, &options);
+	Libav().av_dict_free(&options);
 	if (error >= 0)
 	{
 		mFormat.reset(format);

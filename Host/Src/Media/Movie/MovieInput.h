@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Files/SystemFiles.h"
+#include "MovieIndex.h"
 #include "Packet/LibavPointers.h"
 
 #include <cstdint>
@@ -18,11 +19,12 @@ class MovieInput
 {
 public:
 	// Throws a HostError when the file is a container that cannot be read, and a NoSoundError when it is none.
-	explicit MovieInput(std::filesystem::path const& inPath);
+	explicit MovieInput(std::filesystem::path const& inPath, MovieEdits inEdits = MovieEdits::kFollowed);
 	~MovieInput();
 	MovieInput(MovieInput const&) = delete;
 	MovieInput& operator=(MovieInput const&) = delete;
 
+	MovieEdits GetEdits() const { return mEdits; }
 	AVFormatContext const& GetFormat() const { return *mFormat; }
 	AVStream const& GetStream(unsigned inIndex) const { return *mFormat->streams[inIndex]; }
 	std::vector<unsigned> const& GetAudioStreams() const { return mAudioStreams; }
@@ -46,6 +48,7 @@ private:
 	AVInputFormat const* Recognise(std::filesystem::path const& inPath);
 	void Open(std::filesystem::path const& inPath, AVInputFormat const* inDemuxer);
 
+	MovieEdits mEdits;
 	FileHandle mFile;
 	std::int64_t mLength = 0;
 	LibavPointer<AVIOContext> mBytes;

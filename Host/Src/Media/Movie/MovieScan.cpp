@@ -319,6 +319,7 @@ MovieIndex MakeIndex(
 	std::filesystem::path const& inPath, MovieInput const& inInput, std::vector<unsigned> const& inStreams)
 {
 	MovieIndex index;
+	index.mEdits = inInput.GetEdits();
 	for (unsigned const stream : inStreams)
 	{
 		MovieIndex::Stream& plan = index.mStreams.emplace_back(MakePlan(inInput, stream));

@@ -1,6 +1,8 @@
 #include "Movies.h"
 
 #include "Container/QuickTimeTracks.h"
+#include "EditSegments.h"
+#include "EditedDecoder.h"
 #include "Media/MovieFile.h"
 #include "MovieDecoder.h"
 #include "MovieInput.h"
@@ -190,13 +192,78 @@ void CheckLibav(std::filesystem::path const& inPath)
 	}
 }
 
+// The tracks in the order of the file; none where the file has none of QuickTime.
+std::vector<QuickTimeTrack> FindTracks(MovieInput const& inInput, std::filesystem::path const& inPath)
+{
+	return inInput.IsRead("mov") ? ReadQuickTimeTracks(GetReadablePath(inPath))
+								 : std::vector<QuickTimeTrack>();
+}
+
+// The tracks of streams, which are indices of all streams of the file.
+std::vector<QuickTimeTrack> PickTracks(MovieInput const& inInput, std::vector<QuickTimeTrack> const& inTracks,
+	std::vector<unsigned> const& inStreams)
+{
+	std::vector<unsigned> const& audio = inInput.GetAudioStreams();
+	std::vector<QuickTimeTrack> picked;
+	for (unsigned const stream : inStreams)
+	{
+		auto const number =
+			static_cast<std::size_t>(std::find(audio.begin(), audio.end(), stream) - audio.begin());
+		picked.push_back(number < inTracks.size() ? inTracks[number] : QuickTimeTrack());
+	}
+	return picked;
+}
+
+// A stream and what its edit list presents of it. A track without one is presented whole.
+MovieIndex::Edited ReadEdited(
+	std::filesystem::path const& inPath, unsigned inStream, QuickTimeTrack const& inTrack)
+{
+	MovieInput input(inPath, MovieEdits::kIgnored);
+	MovieIndex::Edited edited;
+	edited.mDamage = std::make_shared<MediaDamage>();
+	edited.mMedia = std::make_shared<MovieIndex const>(ScanMovie(inPath, input, {inStream}, *edited.mDamage));
+	edited.mSegments = inTrack.mEdits.empty()
+						   ? std::vector<MovieIndex::Segment>{{0, edited.mMedia->mFrames, 0}}
+						   : MakeSegments(inTrack, edited.mMedia->mSampleRate, edited.mMedia->mFrames);
+	return edited;
+}
+
+MovieIndex ReadEditedIndex(std::filesystem::path const& inPath, std::vector<unsigned> const& inStreams,
+	std::vector<QuickTimeTrack> const& inTracks, MediaDamage& ioDamage)
+{
+	MovieIndex index;
+	for (std::size_t i = 0; i < inStreams.size(); ++i)
+	{
+		MovieIndex::Edited edited = ReadEdited(inPath, inStreams[i], inTracks[i]);
+		edited.mFirstChannel = index.mChannels;
+		index.mChannels += edited.mMedia->mChannels;
+		index.mSampleRate = edited.mMedia->mSampleRate;
+		std::int64_t const end = edited.mSegments.empty() ? 0 : edited.mSegments.back().mEnd;
+		index.mFrames = std::max(index.mFrames, end);
+		AddEditedDamage(edited, 0, end, ioDamage);
+		index.mEdited.push_back(std::move(edited));
+	}
+	return index;
+}
+
+bool IsWithoutAudio(MovieIndex const& inIndex)
+{
+	auto const isEmpty = [](auto const& inStream) { return inStream.mRuns.empty(); };
+	return std::all_of(inIndex.mStreams.begin(), inIndex.mStreams.end(), isEmpty) &&
+		   std::all_of(inIndex.mEdited.begin(), inIndex.mEdited.end(),
+			   [](auto const& inEdited) { return IsWithoutAudio(*inEdited.mMedia); });
+}
+
 // Reads all packets, to find the length and where everything lies.
-void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams, AudioFileInfo& ioInfo)
+void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams,
+	std::vector<QuickTimeTrack> const& inTracks, AudioFileInfo& ioInfo)
 {
 	try
 	{
-		auto const index =
-			std::make_shared<MovieIndex const>(ScanMovie(ioInfo.mPath, ioInput, inStreams, *ioInfo.mDamage));
+		bool const isEdited = std::any_of(inTracks.begin(), inTracks.end(), HasSeveralSegments);
+		auto const index = std::make_shared<MovieIndex const>(
+			isEdited ? ReadEditedIndex(ioInfo.mPath, inStreams, inTracks, *ioInfo.mDamage)
+					 : ScanMovie(ioInfo.mPath, ioInput, inStreams, *ioInfo.mDamage));
 		ioInfo.mFrames = index->mFrames;
 		ioInfo.mMovie = index;
 	}
@@ -209,8 +276,7 @@ void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams, Audi
 		RefuseMovie(ioInfo.mPath, std::string("has sound that cannot be read: ") + error.what(),
 			"export it as a sound file");
 	}
-	auto const& read = ioInfo.mMovie->mStreams;
-	if (std::all_of(read.begin(), read.end(), [](auto const& inRead) { return inRead.mRuns.empty(); }))
+	if (IsWithoutAudio(*ioInfo.mMovie))
 	{
 		RefuseMovie(ioInfo.mPath,
 			"has audio streams, but no audio in them: it is damaged, or its audio is in other files",
@@ -245,23 +311,27 @@ std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, u
 		info.mStreams.push_back(DescribeStream(input->GetStream(stream)));
 	}
 	CheckStream(info);
-	std::vector<QuickTimeTrack> const tracks =
-		input->IsRead("mov") ? ReadQuickTimeTracks(GetReadablePath(inPath)) : std::vector<QuickTimeTrack>();
+	std::vector<QuickTimeTrack> const tracks = FindTracks(*input, inPath);
 	std::vector<unsigned> const streams = ChooseStreams(*input, tracks, info);
 	if (streams.empty())
 	{
-		RefuseMovie(inPath, "has sound that cannot be read: " + info.mRemarks.front(), {});
+		RefuseMovie(inPath, "has sound that cannot be read: " + info.mRemarks.front(),
+			"export its audio as a sound file");
 	}
 	CheckChannels(info);
 	info.mIntegerBits = GetIntegerBits(*input->GetStream(streams.front()).codecpar);
 	info.mStart = FindMovieStart(*input, info.mSampleRate);
 	SetMovieLayout(*input, streams, info);
-	ReadIndex(*input, streams, info);
+	ReadIndex(*input, streams, PickTracks(*input, tracks, streams), info);
 	return info;
 }
 
 std::unique_ptr<SoundDecoder> OpenMovieDecoder(AudioFileInfo const& inInfo)
 {
+	if (!inInfo.mMovie->mEdited.empty())
+	{
+		return std::make_unique<EditedDecoder>(inInfo.mPath, inInfo.mMovie, inInfo.mDamage);
+	}
 	return std::make_unique<MovieDecoder>(inInfo.mPath, inInfo.mMovie, inInfo.mDamage);
 }
 

@@ -17,7 +17,9 @@ namespace SonaroHost
 #define SONARO_LIBAV_FUNCTIONS(X)                                                                            \
 	X(av_channel_layout_channel_from_index)                                                                  \
 	X(av_compare_ts)                                                                                         \
+	X(av_dict_free)                                                                                          \
 	X(av_dict_get)                                                                                           \
+	X(av_dict_set)                                                                                           \
 	X(av_frame_alloc)                                                                                        \
 	X(av_frame_free)                                                                                         \
 	X(av_frame_unref)                                                                                        \
