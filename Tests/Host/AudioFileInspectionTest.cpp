@@ -4,6 +4,7 @@
 #include "Media.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/AudioFileReader.h"
 
 #include <gmock/gmock.h>
 
@@ -109,6 +110,32 @@ TEST(AudioFileInspection, LengthsThatWritersLeaveOpenCountAsNotStated)
 		EXPECT_FALSE(info.mStatesLength);
 		EXPECT_EQ(info.mFrames, ReadSound(folder / "sound").GetFrames());
 		EXPECT_GT(info.mFrames, 30000);
+	}
+}
+
+TEST(AudioFileInspection, AFileThatChangesWhileItIsReadIsRefused)
+{
+	TemporaryFolder const folder;
+	std::filesystem::path const path = folder / "sound";
+	auto const replace = [&]
+	{
+		std::filesystem::copy_file(path, folder / "copy");
+		std::filesystem::rename(folder / "copy", path);
+	};
+	auto const truncate = [&] { std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2); };
+	for (int const format : {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_OGG | SF_FORMAT_VORBIS})
+	{
+		for (std::function<void()> const& change : std::vector<std::function<void()>>{replace, truncate})
+		{
+			WriteSound(path, format, MakeSound(1, 44100, 100000));
+			AudioFileInfo const info = InspectAudioFile(path);
+			AudioFileReader reader(info);
+			reader.GetBlock(0);
+			change();
+			EXPECT_THAT(GetRefusalOf([&] { reader.GetBlock(info.mFrames / reader.GetBlockFrames()); }),
+				AllOf(HasSubstr("sound'"), HasSubstr("has changed while it was being read")));
+			EXPECT_THAT(GetRefusalOf([&] { AudioFileReader again(info); }), HasSubstr("has changed"));
+		}
 	}
 }
 

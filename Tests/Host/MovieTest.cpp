@@ -461,6 +461,24 @@ TEST_F(Movies, WhatCannotBeDecodedAnywhereIsRefused)
 		HasSubstr("none of its packets can be decoded"));
 }
 
+TEST_F(Movies, AMovieThatIsCutWhileItIsReadIsRefused)
+{
+	for (char const* const arguments : {"-c:a pcm_s24le a.mov", "-c:a aac a.mp4"})
+	{
+		std::string const text = arguments;
+		std::size_t const name = text.rfind(' ') + 1;
+		std::filesystem::path const path = mFolder / text.substr(name);
+		RunFfmpeg(
+			"-i " + Write(MakeSound(1, 48000, 9 * kFrames)) + " " + text.substr(0, name) + path.string());
+		AudioFileReader reader(path);
+		reader.GetBlock(0);
+		std::filesystem::resize_file(path, std::filesystem::file_size(path) / 3);
+		EXPECT_THAT(
+			GetRefusalOf([&] { reader.GetBlock(reader.GetInfo().mFrames / reader.GetBlockFrames()); }),
+			HasSubstr("has changed while it was being read"));
+	}
+}
+
 TEST_F(Movies, WhatADecoderRefusesIsRefusedWithTheFile)
 {
 	RunFfmpeg("-i " + Write(MakeIndexSound(1, 48000, kFrames)) + " -c:a alac " + Path("a.m4a"));

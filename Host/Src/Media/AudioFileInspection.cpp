@@ -326,7 +326,9 @@ AudioFileInfo InspectAny(std::filesystem::path const& inPath, unsigned inStream)
 AudioFileInfo InspectAudioFile(std::filesystem::path const& inPath, unsigned inStream)
 {
 	CheckIsFile(inPath);
+	auto const state = ReadFileState(GetReadablePath(inPath));
 	AudioFileInfo info = InspectAny(inPath, inStream);
+	info.mState = state;
 	if (info.mFrames / info.mSampleRate >= kMaxSeconds)
 	{
 		RefuseInput(inPath, "is longer than 100 hours, the limit for media", "split it");

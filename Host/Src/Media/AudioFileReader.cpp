@@ -3,6 +3,7 @@
 #include "DecodedSpool.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
 #include "SoundDecoders.h"
 
@@ -21,6 +22,23 @@ namespace
 constexpr std::int64_t kBlockSamples = 65536;
 constexpr std::int64_t kLargestBlockFrames = 2048;
 
+void CheckState(AudioFileInfo const& inInfo, std::filesystem::path const& inReadablePath)
+{
+	if (inInfo.mState && ReadFileState(inReadablePath) != inInfo.mState)
+	{
+		throw HostError(HostError::Kind::kInput,
+			MakeInputParts(inInfo.mPath, "has changed while it was being read", "run the command again"));
+	}
+}
+
+// Where a file can be opened that has not changed.
+std::filesystem::path FindUnchanged(AudioFileInfo const& inInfo)
+{
+	std::filesystem::path const path = GetReadablePath(inInfo.mPath);
+	CheckState(inInfo, path);
+	return path;
+}
+
 } // namespace
 
 AudioFileReader::AudioFileReader(std::filesystem::path const& inPath, unsigned inStream)
@@ -30,6 +48,7 @@ AudioFileReader::AudioFileReader(std::filesystem::path const& inPath, unsigned i
 
 AudioFileReader::AudioFileReader(AudioFileInfo inInfo, SpoolFinder const& inFindSpool)
 	: mInfo(std::move(inInfo)),
+	  mReadablePath(FindUnchanged(mInfo)),
 	  mDecoder(OpenSoundDecoder(mInfo)),
 	  mBlockFrames(std::min(kLargestBlockFrames, kBlockSamples / mInfo.GetNumChannels()))
 {
@@ -46,6 +65,7 @@ AudioFileReader::AudioFileReader(AudioFileInfo inInfo, SpoolFinder const& inFind
 			mDecoder.reset();
 		}
 	}
+	CheckUnchanged();
 }
 
 AudioFileReader::~AudioFileReader() = default;
@@ -87,7 +107,18 @@ void AudioFileReader::FillBlock(std::int64_t inIndex, float* outSamples)
 {
 	std::int64_t const position = inIndex * mBlockFrames;
 	std::int64_t const wanted = std::min(mBlockFrames, mInfo.mFrames - position);
-	std::int64_t const count = ReadFrames(position, outSamples, wanted);
+	std::int64_t count = 0;
+	try
+	{
+		count = ReadFrames(position, outSamples, wanted);
+	}
+	catch (HostError const&)
+	{
+		// A change is the better reason.
+		CheckUnchanged();
+		throw;
+	}
+	CheckUnchanged();
 	if (count < wanted)
 	{
 		ThrowCutShort(FindCut(position + count));
@@ -165,6 +196,12 @@ void AudioFileReader::DecodeUpTo(std::int64_t inPosition, float* ioScratch)
 			ThrowCutShort(mDecoder->GetPosition());
 		}
 	}
+}
+
+// What was read from a file that changed is a mixture. One look at the file takes a small part of the time of a block.
+void AudioFileReader::CheckUnchanged() const
+{
+	CheckState(mInfo, mReadablePath);
 }
 
 void AudioFileReader::ThrowCutShort(std::int64_t inPosition) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SonaroHost/Files/FileState.h"
 #include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/Media/MediaStart.h"
 #include "zorvmediatypes/AudioChannelDescription.h"
@@ -34,6 +35,8 @@ struct AudioStreamInfo
 struct AudioFileInfo
 {
 	std::filesystem::path mPath;
+	// When it was inspected: what reads it by this refuses it once it has changed. Nothing where that is not to be checked.
+	std::optional<FileState> mState;
 	// Names for people, for instance "WAV (Microsoft)" and "Signed 16 bit PCM".
 	std::string mContainer;
 	std::string mEncoding;

@@ -25,6 +25,7 @@ class SoundDecoder;
 //          its decoded samples go to a nameless temporary file. Several readers of such a file can share that file, so
 //          that all of them together decode once.
 // Damage   Packets of movies that cannot be decoded are silence of their length, and stand in GetInfo().mDamage.
+// Changes  A file that was replaced or written to since it was inspected is refused, with an error at the next read.
 // Cost     Reading forward never seeks, and never allocates in seekable formats of sound files.
 // Threads  One at a time.
 class AudioFileReader
@@ -73,8 +74,11 @@ private:
 	// Decodes up to inPosition, using ioScratch (one block) for what is dropped.
 	void DecodeUpTo(std::int64_t inPosition, float* ioScratch);
 	[[noreturn]] void ThrowCutShort(std::int64_t inPosition) const;
+	void CheckUnchanged() const;
 
 	AudioFileInfo mInfo;
+	// Where it can be opened.
+	std::filesystem::path mReadablePath;
 	// Null while a shared spool serves.
 	std::unique_ptr<SoundDecoder> mDecoder;
 	std::shared_ptr<DecodedSpool> mSpool;
