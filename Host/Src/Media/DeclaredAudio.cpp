@@ -127,6 +127,30 @@ std::optional<DeclaredAudio> ReadWave64(HeaderFile& ioFile)
 	return std::nullopt;
 }
 
+// CAF (big endian): a header of eight bytes, then chunks of a name and 64 bits of length. The sound of a recording that
+// goes on has the length -1.
+std::optional<DeclaredAudio> ReadCoreAudio(HeaderFile& ioFile)
+{
+	constexpr std::int64_t kChunkHeader = 12;
+	for (std::int64_t offset = 8; offset + kChunkHeader <= ioFile.GetLength();)
+	{
+		std::uint64_t const size = ioFile.GetNumber(offset + 4, 8, ByteOrder::kBig);
+		bool const isOpen = size > (std::uint64_t{1} << 60);
+		std::int64_t const content = offset + kChunkHeader;
+		if (ioFile.GetText(offset, 4) == "data")
+		{
+			return DeclaredAudio{
+				content, isOpen ? std::nullopt : std::optional(static_cast<std::int64_t>(size)), false};
+		}
+		if (isOpen)
+		{
+			break;
+		}
+		offset = content + static_cast<std::int64_t>(size);
+	}
+	return std::nullopt;
+}
+
 std::optional<DeclaredAudio> ReadSunAudio(HeaderFile& ioFile, ByteOrder inOrder)
 {
 	DeclaredAudio audio{static_cast<std::int64_t>(ioFile.GetNumber(4, 4, inOrder)), std::nullopt, false};
@@ -159,6 +183,10 @@ std::optional<DeclaredAudio> ReadDeclaredAudio(std::filesystem::path const& inPa
 	if (name == "riff")
 	{
 		return ReadWave64(file);
+	}
+	if (name == "caff")
+	{
+		return ReadCoreAudio(file);
 	}
 	if (name == ".snd" || name == "dns.")
 	{

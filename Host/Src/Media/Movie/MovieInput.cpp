@@ -36,7 +36,7 @@ struct Demuxer
 
 constexpr int kSure = AVPROBE_SCORE_EXTENSION + 1;
 
-// None of those that libsndfile reads: what it refuses there is damaged.
+// Those that libsndfile reads are here for the codecs that it lacks.
 constexpr Demuxer kDemuxers[] = {
 	{"mov"},
 	{"matroska"},
@@ -46,6 +46,11 @@ constexpr Demuxer kDemuxers[] = {
 	{"mpeg", TimeBase::kRunning},
 	{"asf"},
 	{"flv"},
+	{"wav"},
+	{"w64"},
+	{"caf"},
+	{"aiff"},
+	{"ogg", TimeBase::kRunning},
 	{"aac", TimeBase::kRunning, kSure},
 	{"ac3", TimeBase::kRunning, kSure},
 	{"eac3", TimeBase::kRunning, kSure},

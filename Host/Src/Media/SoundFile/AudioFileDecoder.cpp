@@ -54,7 +54,10 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	{
 		throw NoSoundError(MakeInputParts(inPath, "cannot be read as sound: " + DescribeFailure()));
 	}
-	mStatesLength = mStatesLength && mFormat.frames < kLargestLength;
+	// In WAV, the length of MPEG sound is that of its last packet or the encoder's guess.
+	bool const isMpegInWav = (mFormat.format & (SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK)) ==
+							 (SF_FORMAT_WAV | SF_FORMAT_MPEG_LAYER_III);
+	mStatesLength = mStatesLength && mFormat.frames < kLargestLength && !isMpegInWav;
 	if ((mFormat.format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_16)
 	{
 		mShorts.resize(std::max(kShorts, static_cast<std::size_t>(mFormat.channels)));
