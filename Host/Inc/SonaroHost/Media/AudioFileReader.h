@@ -25,7 +25,8 @@ class SoundDecoder;
 //          its decoded samples go to a nameless temporary file. Several readers of such a file can share that file, so
 //          that all of them together decode once.
 // Damage   Packets of movies that cannot be decoded are silence of their length, and stand in GetInfo().mDamage.
-// Changes  A file that was replaced or written to since it was inspected is refused, with an error at the next read.
+// Changes  A file that was replaced or written to since it was inspected is refused, with an error after 16 blocks at
+//          most.
 // Cost     Reading forward never seeks, and never allocates in seekable formats of sound files.
 // Threads  One at a time.
 class AudioFileReader
@@ -84,6 +85,7 @@ private:
 	std::shared_ptr<DecodedSpool> mSpool;
 	bool mSharesSpool = false;
 	std::size_t mDamageSeen = 0;
+	int mBlocksUnchecked = 0;
 	std::int64_t mBlockFrames;
 	std::array<Block, 8> mBlocks;
 	std::uint64_t mUseCount = 0;
