@@ -248,22 +248,30 @@ TEST_F(RenderJobs, TheFirstFailureInTheProgrammeIsReportedAndLeavesNoFile)
 {
 	WriteMedia();
 	WriteTimeline(Timeline({Track("one", {Clip("a", "c.ogg", 0.0, 1.0), Clip("b", "b.flac", 0.0, 1.8)}),
-		Track("two", {Gap(0.4), Clip("c", "a.wav", 0.0, 1.9)})}));
+		Track("two", {Gap(0.4), Clip("c", "a.flac", 0.0, 1.8)})}));
 	TimelineRenderRequest const request = MakeTimelineRequest();
-	std::string const wav = ReadBytes(mFolder / "a.wav");
 	std::string const flac = ReadBytes(mFolder / "b.flac");
 	struct Case
 	{
-		double mWav;
-		double mFlac;
+		double mFirst;
+		double mSecond;
 		char const* mNamed;
 	};
 	for (Case const& test :
-		{Case{0.7, 1.0, "a.wav"}, {1.0, 0.6, "b.flac"}, {0.9, 0.2, "b.flac"}, {0.2, 0.2, "a.wav"}})
+		{Case{0.7, 1.0, "a.flac"}, {1.0, 0.6, "b.flac"}, {0.9, 0.2, "b.flac"}, {0.2, 0.2, "a.flac"}})
 	{
-		SCOPED_TRACE(testing::Message() << test.mWav << " of a.wav, " << test.mFlac << " of b.flac");
-		auto const cut = [](std::string const& inBytes, double inPart)
-		{ return inBytes.substr(0, static_cast<std::size_t>(static_cast<double>(inBytes.size()) * inPart)); };
+		SCOPED_TRACE(testing::Message() << test.mFirst << " of a.flac, " << test.mSecond << " of b.flac");
+		// Spoils the rest of a file so that it still looks unchanged.
+		auto const spoil = [&](char const* inName, double inPart)
+		{
+			std::filesystem::path const path = mFolder / inName;
+			auto const time = std::filesystem::last_write_time(path);
+			std::string bytes = flac;
+			bytes.resize(static_cast<std::size_t>(static_cast<double>(flac.size()) * inPart));
+			bytes.resize(flac.size());
+			WriteBytes(path, bytes);
+			std::filesystem::last_write_time(path, time);
+		};
 		std::string alone;
 		for (unsigned const jobs : kJobs)
 		{
@@ -271,18 +279,17 @@ TEST_F(RenderJobs, TheFirstFailureInTheProgrammeIsReportedAndLeavesNoFile)
 			TimelineRenderRequest shared = request;
 			shared.mJobs = jobs;
 			shared.mOutput = mFolder / "mix.wav";
-			WriteBytes(mFolder / "a.wav", wav);
+			WriteBytes(mFolder / "a.flac", flac);
 			WriteBytes(mFolder / "b.flac", flac);
 			TimelineRenderJob job(shared);
-			// What is cut off now is missed only when it is read.
-			WriteBytes(mFolder / "a.wav", cut(wav, test.mWav));
-			WriteBytes(mFolder / "b.flac", cut(flac, test.mFlac));
+			spoil("a.flac", test.mFirst);
+			spoil("b.flac", test.mSecond);
 			std::string const refusal = GetRefusalOf([&] { job.Run(); });
 			EXPECT_THAT(refusal, testing::HasSubstr(test.mNamed)) << jobs << " threads";
 			alone = jobs == 1 ? refusal : alone;
 			EXPECT_EQ(refusal, alone) << jobs << " threads";
-			EXPECT_THAT(
-				mFolder.List(), testing::UnorderedElementsAre("a.wav", "b.flac", "c.ogg", "edit.otio"));
+			EXPECT_THAT(mFolder.List(),
+				testing::UnorderedElementsAre("a.flac", "a.wav", "b.flac", "c.ogg", "edit.otio"));
 		}
 	}
 }
