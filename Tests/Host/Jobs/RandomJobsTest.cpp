@@ -192,7 +192,8 @@ TEST(RandomJobs, AnyNumberOfThreadsAndAnyCutGiveTheSameSamplesToOutputAndTaps)
 		for (unsigned const jobs : {2u, 3u, 7u})
 		{
 			render.mJobs = jobs;
-			render.mPieceFrames = 1 + static_cast<std::int64_t>(random() % (render.mRange.mFrames / 3 + 1));
+			auto const longest = static_cast<unsigned>(render.mRange.mFrames / 3 + 1);
+			render.mPieceFrames = 1 + static_cast<std::int64_t>(random() % longest);
 			render.mTapGroups = GroupTaps(tagger.GetOrigins());
 			SCOPED_TRACE(testing::Message() << jobs << " threads, pieces of " << render.mPieceFrames
 											<< ", blocks of " << render.mBlockFrames);

@@ -299,7 +299,7 @@ TEST_F(RenderJobs, DamageIsFoundAlikeAndRefusedAtTheSamePlace)
 	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, MakeSound(1, kRate, 3 * kRate));
 	RunFfmpeg("-i " + (mFolder / "in.wav").string() + " -c:a ac3 " + (mFolder / "a.mkv").string());
 	std::string bytes = ReadBytes(mFolder / "a.mkv");
-	for (std::size_t const part : {5, 9, 13})
+	for (std::size_t const part : {5u, 9u, 13u})
 	{
 		std::size_t const sync = bytes.find("\x0b\x77", bytes.size() * part / 16);
 		std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(sync) + 20, 40, '\x55');
