@@ -180,14 +180,32 @@ bool RenderJob::WriteFiles()
 	return true;
 }
 
-bool RenderJob::Render(Pass const& inPass)
+TrackMeters RenderJob::MakeMeters(Pass const& inPass) const
 {
 	// Several groups for each thread, so that all of them find work.
 	constexpr std::size_t kGroupsPerJob = 4;
-	TrackMeters meters(inPass.mMeasuresTracks ? mPlan.mTracks : std::vector<PlannedTrack>(),
-		mProgramme.mSampleRate,
+	return {inPass.mMeasuresTracks ? mPlan.mTracks : std::vector<PlannedTrack>(), mProgramme.mSampleRate,
 		mPlan.mKeepsSeries ? LoudnessMeter::Windows::kSeries : LoudnessMeter::Windows::kNone,
-		mPlan.mJobs > 1 ? kGroupsPerJob * mPlan.mJobs : 1);
+		mPlan.mJobs > 1 ? kGroupsPerJob * mPlan.mJobs : 1};
+}
+
+void RenderJob::TakeBlock(Pass const& inPass, dsp::AudioBuffer& ioBlock)
+{
+	if (mPlan.mDropsSignsOfZeros)
+	{
+		DropSignsOfZeros(ioBlock);
+	}
+	inPass.mOutput.Add(ioBlock);
+	mProgress.mFramesDone += ioBlock.GetUseSize();
+	if (mReport)
+	{
+		mReport(mProgress);
+	}
+}
+
+bool RenderJob::Render(Pass const& inPass)
+{
+	TrackMeters const meters = MakeMeters(inPass);
 	RangeRender render;
 	render.mRange = inPass.mOutput.GetFile().mRange;
 	render.mBlockFrames = mPlan.mBlockFrames;
@@ -197,19 +215,7 @@ bool RenderJob::Render(Pass const& inPass)
 	render.mJobs = mPlan.mJobs;
 	render.mTapGroups = meters.GetGroups();
 	render.mPieceFrames = mPlan.mPieceFrames;
-	render.mSink = [&](dsp::AudioBuffer& ioBlock)
-	{
-		if (mPlan.mDropsSignsOfZeros)
-		{
-			DropSignsOfZeros(ioBlock);
-		}
-		inPass.mOutput.Add(ioBlock);
-		mProgress.mFramesDone += ioBlock.GetUseSize();
-		if (mReport)
-		{
-			mReport(mProgress);
-		}
-	};
+	render.mSink = [&](dsp::AudioBuffer& ioBlock) { TakeBlock(inPass, ioBlock); };
 	auto report = RenderRange(mProgramme, render);
 	if (!report)
 	{

@@ -86,6 +86,10 @@ private:
 	bool WriteFiles();
 	bool Render(Pass const& inPass);
 
+	TrackMeters MakeMeters(Pass const& inPass) const;
+	// A block of the graph, in which it works.
+	void TakeBlock(Pass const& inPass, dsp::AudioBuffer& ioBlock);
+
 	bool NeedsMixAlone() const;
 	bool MeasuresTracks() const { return mPlan.mMeasuring == Measuring::kTracks; }
 	Sequence::GraphView MakeView(Pass const& inPass, TrackMeters const& inMeters) const;
