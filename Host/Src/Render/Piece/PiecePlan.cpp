@@ -15,6 +15,8 @@ namespace
 constexpr std::int64_t kFewestBlocks = 8;
 constexpr std::int64_t kStartsPerPiece = 16;
 constexpr std::int64_t kPiecesPerJob = 16;
+// Each of them is kept by itself.
+constexpr std::int64_t kMostBlocks = 4096;
 constexpr std::int64_t kLongestPiece = std::int64_t{1} << 20;
 constexpr std::size_t kWantedBytes = std::size_t{1} << 26;
 constexpr std::uint64_t kMostReaderBytes = std::uint64_t{1} << 30;
@@ -122,7 +124,8 @@ PiecePlan PlanPieces(Programme const& inProgramme, RangeRender const& inRender, 
 	{
 		--plan.mJobs;
 	}
-	std::int64_t const longest = std::min(kLongestPiece, findLength(kWantedBytes, plan.mJobs));
+	std::int64_t const longest =
+		std::min({kLongestPiece, kMostBlocks * block, findLength(kWantedBytes, plan.mJobs)});
 	std::int64_t const wanted =
 		std::clamp(frames / (kPiecesPerJob * plan.mJobs), fewest, std::max(fewest, longest));
 	plan.mPieceFrames =

@@ -12,7 +12,7 @@ namespace SonaroHost
 // How a range is cut into pieces for several threads.
 //
 // Length   Whole blocks of the range, at least eight and 16 times what a graph settles at a start, so that starts cost
-//          little. Beyond that about 16 pieces for each thread, of at most 2^20 frames; where there are taps, so short
+//          little. Beyond that about 16 pieces for each thread, of at most 2^20 frames and 4096 blocks; where there are taps, so short
 //          that all that is kept of pieces is about 64 MiB, which stays nearer to the processor.
 // Memory   What is kept of pieces (channels of the output and, where there are taps, of all tracks, 4 bytes a sample) stays
 //          below 512 MiB, and what readers of files hold (8 blocks of 2048 frames each) below 1 GiB.
