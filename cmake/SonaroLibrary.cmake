@@ -98,9 +98,14 @@ function(sonaro_add_test inName)
 	endif()
 	# The thread sanitizer sleeps for a second at the end of each process that had threads, of which the tests of the
 	# command start hundreds. Their threads have ended by then.
+	# What the libraries of drawings and fonts keep to the end, and what their threads share, is not ours.
 	set(environment "")
 	if(SONARO_SANITIZE MATCHES thread)
-		set(environment ENVIRONMENT TSAN_OPTIONS=atexit_sleep_ms=10)
+		set(environment ENVIRONMENT
+			TSAN_OPTIONS=atexit_sleep_ms=10:print_suppressions=0:suppressions=${PROJECT_SOURCE_DIR}/Tests/Support/races.txt)
+	elseif(SONARO_SANITIZE)
+		set(environment ENVIRONMENT
+			LSAN_OPTIONS=print_suppressions=0:suppressions=${PROJECT_SOURCE_DIR}/Tests/Support/leaks.txt)
 	endif()
 	gtest_discover_tests(${inName} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ${environment})
 endfunction()

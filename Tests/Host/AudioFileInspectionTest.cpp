@@ -2,6 +2,7 @@
 
 #include "Host/Refusal.h"
 #include "Media.h"
+#include "Movies.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/AudioFileReader.h"
@@ -193,8 +194,18 @@ TEST(AudioFileInspection, LayoutsFollowTheChannelsAndTheirMap)
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(test.mChannels);
-		WriteSound(
-			folder / "a", test.mFormat, MakeSound(test.mChannels, 48000, 100), std::nullopt, test.mMap);
+		Sound const sound = MakeSound(test.mChannels, 48000, 100);
+		if (test.mFormat == kVorbis)
+		{
+			// In another process: libvorbisenc loses memory where it has no mode for so many channels.
+			WriteSound(folder / "in.wav", kWav, sound);
+			RunFfmpeg("-i " + (folder / "in.wav").string() + " -c:a libvorbis -f ogg -y " +
+					  (folder / "a").string());
+		}
+		else
+		{
+			WriteSound(folder / "a", test.mFormat, sound, std::nullopt, test.mMap);
+		}
 		AudioFileInfo const info = InspectAudioFile(folder / "a");
 		EXPECT_EQ(GetLayoutName(info.mLayout), test.mLayout);
 		EXPECT_EQ(info.mChannelOrder, test.mOrder);
