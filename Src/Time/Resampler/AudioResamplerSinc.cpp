@@ -299,7 +299,8 @@ void AudioResamplerSinc::FilterBatch(unsigned long long inChannel, float* outSam
 		unsigned const position = i < mNumPositions ? i : 0;
 		samples[i] = ring + mPositions[position].mFirst;
 		rows[i] = mFilter.GetRow(mPositions[position].mRow);
-		coefficients[i] = mCoefficients.data() + position * numTaps;
+		// Whole steps need none.
+		coefficients[i] = mCoefficients.empty() ? nullptr : mCoefficients.data() + position * numTaps;
 	}
 	if (mStepsAreWhole)
 	{
