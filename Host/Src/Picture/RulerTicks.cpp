@@ -24,7 +24,7 @@ constexpr std::array<std::int64_t, 20> kRoundSeconds{1, 2, 5, 10, 15, 30, 60, 12
 	7200, 14400, 21600, 43200, 86400, 432000, 864000};
 
 // A ruler that counts in units, of which a second has mPerSecond by its labels.
-struct Scale
+struct TickScale
 {
 	// Steps in units, from the smallest on.
 	std::vector<std::int64_t> mSteps;
@@ -37,7 +37,7 @@ struct Scale
 	std::function<std::optional<RulerTick>(std::int64_t inUnit, std::int64_t inStep)> mMakeTick;
 };
 
-void AddRoundSeconds(Scale& ioScale)
+void AddRoundSeconds(TickScale& ioScale)
 {
 	for (std::int64_t const seconds : kRoundSeconds)
 	{
@@ -68,10 +68,10 @@ std::string FormatSeconds(std::int64_t inMilliseconds, std::int64_t inStep)
 	return label;
 }
 
-Scale MakeSecondsScale()
+TickScale MakeSecondsScale()
 {
 	constexpr double kMillisecond = 0.001;
-	Scale scale;
+	TickScale scale;
 	scale.mPerSecond = 1000;
 	scale.mUnitSeconds = kMillisecond;
 	scale.mSteps = {1, 2, 5, 10, 20, 50, 100, 200, 500};
@@ -94,9 +94,9 @@ std::optional<RulerTick> FindTick(
 }
 
 // Frames by their labels: at 29.97 those of a second are 30, and where numbers are dropped the first one there is counts.
-Scale MakeTimecodeScale(Otio::ProgrammeTimecode const& inTimecode)
+TickScale MakeTimecodeScale(Otio::ProgrammeTimecode const& inTimecode)
 {
-	Scale scale;
+	TickScale scale;
 	scale.mPerSecond = std::max<std::int64_t>(1, std::llround(std::ceil(inTimecode.GetRate() - 0.001)));
 	scale.mUnitSeconds = 1.0 / inTimecode.GetRate();
 	for (std::int64_t frames = 1; frames < scale.mPerSecond; ++frames)
@@ -131,7 +131,7 @@ Scale MakeTimecodeScale(Otio::ProgrammeTimecode const& inTimecode)
 	return scale;
 }
 
-std::vector<RulerTick> MakeTicks(Scale const& inScale, std::int64_t inStep, double inLength)
+std::vector<RulerTick> MakeTicks(TickScale const& inScale, std::int64_t inStep, double inLength)
 {
 	std::vector<RulerTick> ticks;
 	for (std::int64_t unit = (inScale.mFirst + inStep - 1) / inStep * inStep;; unit += inStep)
@@ -152,7 +152,7 @@ std::vector<RulerTick> MakeTicks(Scale const& inScale, std::int64_t inStep, doub
 }
 
 // The smallest step so many pixels wide.
-std::int64_t ChooseStep(Scale const& inScale, double inPixelsPerSecond, double inPixels)
+std::int64_t ChooseStep(TickScale const& inScale, double inPixelsPerSecond, double inPixels)
 {
 	for (std::int64_t const step : inScale.mSteps)
 	{
@@ -165,7 +165,7 @@ std::int64_t ChooseStep(Scale const& inScale, double inPixelsPerSecond, double i
 }
 
 // The smallest step that divides another one and is wide enough, or that itself.
-std::int64_t ChooseMinorStep(Scale const& inScale, double inPixelsPerSecond, std::int64_t inMajor)
+std::int64_t ChooseMinorStep(TickScale const& inScale, double inPixelsPerSecond, std::int64_t inMajor)
 {
 	for (std::int64_t const step : inScale.mSteps)
 	{
@@ -186,7 +186,8 @@ std::vector<RulerTick> MakeRulerTicks(TimelinePicture const& inPicture, double i
 	{
 		return {};
 	}
-	Scale const scale = inPicture.mTimecode ? MakeTimecodeScale(*inPicture.mTimecode) : MakeSecondsScale();
+	TickScale const scale =
+		inPicture.mTimecode ? MakeTimecodeScale(*inPicture.mTimecode) : MakeSecondsScale();
 	double const pixelsPerSecond = inPixels / inPicture.mLength;
 	// No label is wider than that of the end with all its digits.
 	std::int64_t const end = scale.mFirst + static_cast<std::int64_t>(inPicture.mLength / scale.mUnitSeconds);

@@ -40,10 +40,10 @@ std::string FormatPixels(double inNumber)
 // The mark of FitText that keeps an ellipsis on its side is the one control that a text may have.
 std::string EscapeFitted(std::string const& inText)
 {
-	constexpr std::string_view kMark = "\u200f";
-	bool const hasMark = inText.ends_with(kMark);
-	return JoinTexts(EscapeMarkup(inText.substr(0, inText.size() - (hasMark ? kMark.size() : 0))),
-		std::string(hasMark ? kMark : std::string_view()));
+	constexpr std::string_view kEllipsisMark = "\u200f";
+	bool const hasMark = inText.ends_with(kEllipsisMark);
+	return JoinTexts(EscapeMarkup(inText.substr(0, inText.size() - (hasMark ? kEllipsisMark.size() : 0))),
+		std::string(hasMark ? kEllipsisMark : std::string_view()));
 }
 
 // NAME="VALUE" after a space.
