@@ -108,6 +108,7 @@ bool Print(std::string const& inText)
 int main(int inCount, char** inArguments)
 {
 	HoldStandardStreams();
+	AllowManyFiles();
 	MakeFailedWritesErrors();
 	StopSignals::Watch();
 	SonaroHost::SilenceMovieLibraries();

@@ -577,4 +577,34 @@ TEST_F(CommandTest, AnInterruptedJobLeavesNothingAndEndsByItsSignal)
 	}
 }
 
+TEST_F(CommandTest, LimitsOfTheShellAreMet)
+{
+	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, MakeSound(1, 48000, 100));
+	WriteSound(mFolder / "in.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, MakeSound(1, 48000, 9000));
+	std::string inputs;
+	for (int number = 0; number < 70; ++number)
+	{
+		std::string const name = std::to_string(number) + ".wav";
+		std::filesystem::create_hard_link(mFolder / "in.wav", mFolder / name);
+		inputs += " " + name;
+	}
+	auto const runInShell = [&](std::string const& inBefore, std::string const& inArguments)
+	{
+		ProgramStart start;
+		start.mFolder = mFolder.Get().string();
+		start.mArguments = {"-c", inBefore + " '" SONARO_COMMAND "' " + inArguments};
+		return RunProgram("/bin/sh", start);
+	};
+	ProgramResult result = runInShell("ulimit -S -n 60; exec", "render" + inputs + " -o out.wav");
+	EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
+	result = runInShell("ulimit -n 60; exec", "render" + inputs + " -o out.wav");
+	EXPECT_EQ(result.mExitCode, 1);
+	EXPECT_THAT(result.mErrors, HasSubstr(".wav': cannot be opened: Too many open files; raise the limit"));
+	result = runInShell("TMPDIR= exec", "render in.ogg -o out.wav --reverse");
+	EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
+	result = runInShell("TMPDIR=/no/folder exec", "render in.ogg -o out.wav --reverse");
+	EXPECT_EQ(result.mExitCode, 1);
+	EXPECT_THAT(result.mErrors, HasSubstr("in a temporary file in '/no/folder': No such file"));
+}
+
 } // namespace SonaroHost::Testing::CommandTest

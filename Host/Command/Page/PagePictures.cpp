@@ -27,14 +27,21 @@ constexpr unsigned kFileHeight = 200;
 
 std::filesystem::path MakePictureFolder()
 {
+	std::filesystem::path const parent = GetFolderOfTemporaries();
 	std::random_device random;
 	for (;;)
 	{
-		std::filesystem::path const path =
-			std::filesystem::temp_directory_path() / ("sonaro-picture-" + std::to_string(random()));
-		if (std::filesystem::create_directory(path))
+		std::filesystem::path const path = parent / ("sonaro-picture-" + std::to_string(random()));
+		std::error_code error;
+		if (std::filesystem::create_directory(path, error))
 		{
 			return path;
+		}
+		if (error)
+		{
+			throw HostError(HostError::Kind::kInput, "cannot create a temporary folder in " +
+														 QuotePath(parent) + ": " + error.message() +
+														 "; set TMPDIR to another folder");
 		}
 	}
 }

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace SonaroCommand
@@ -36,6 +37,16 @@ unsigned CountUsableCores()
 	}
 	// There are more of them than a set holds.
 	return std::max(std::thread::hardware_concurrency(), 1u);
+}
+
+void AllowManyFiles()
+{
+	rlimit limit{};
+	if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < limit.rlim_max)
+	{
+		limit.rlim_cur = limit.rlim_max;
+		static_cast<void>(setrlimit(RLIMIT_NOFILE, &limit));
+	}
 }
 
 void HoldStandardStreams()

@@ -13,6 +13,9 @@ int GetTerminalWidth();
 // How many processor cores the process may use, at least 1.
 unsigned CountUsableCores();
 
+// Raises the limit of open files as far as the system allows: a timeline may have thousands of recordings.
+void AllowManyFiles();
+
 // A standard stream that is closed at the start stays one that fails, whatever is opened later: the next file would
 // get its number and what is meant for the stream.
 void HoldStandardStreams();

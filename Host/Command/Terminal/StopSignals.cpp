@@ -5,6 +5,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <system_error>
 #include <thread>
 
 namespace SonaroCommand
@@ -74,7 +75,15 @@ void StopSignals::Watch()
 	sigset_t const set = FindSignals();
 	// Every thread that is made from here on inherits this.
 	pthread_sigmask(SIG_BLOCK, &set, nullptr);
-	std::thread([set] { WaitForSignals(set); }).detach();
+	try
+	{
+		std::thread([set] { WaitForSignals(set); }).detach();
+	}
+	catch (std::system_error const&)
+	{
+		// Without room for a thread, a signal ends the process at once.
+		pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+	}
 }
 
 std::stop_token StopSignals::GetToken()

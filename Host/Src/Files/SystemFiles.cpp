@@ -1,5 +1,7 @@
 #include "SystemFiles.h"
 
+#include "SonaroHost/Files/Temporary.h"
+
 #include <array>
 #include <cerrno>
 #include <string>
@@ -113,13 +115,7 @@ void RemoveUnmarked(std::filesystem::path const& inPath)
 
 FileHandle MakeUnnamedFile()
 {
-	std::error_code error;
-	std::filesystem::path const folder = std::filesystem::temp_directory_path(error);
-	if (error)
-	{
-		errno = error.value();
-		return nullptr;
-	}
+	std::filesystem::path const folder = GetFolderOfTemporaries();
 	if (FileHandle file = Open(open(folder.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, S_IRUSR | S_IWUSR)))
 	{
 		return file;

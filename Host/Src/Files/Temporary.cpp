@@ -1,5 +1,6 @@
 #include "SonaroHost/Files/Temporary.h"
 
+#include <cstdlib>
 #include <map>
 #include <mutex>
 
@@ -50,6 +51,12 @@ void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
 }
 
 } // namespace
+
+std::filesystem::path GetFolderOfTemporaries()
+{
+	char const* const named = std::getenv("TMPDIR");
+	return named && *named != '\0' ? named : "/tmp";
+}
 
 Temporary::Temporary(std::function<std::filesystem::path()> const& inMake, Removal inRemoval)
 	: mRemoval(inRemoval)

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <charconv>
-#include <cstdlib>
 #include <random>
 #include <string>
 #include <string_view>
@@ -69,19 +68,14 @@ TemporaryFolder::TemporaryFolder()
 	: mMark(std::make_unique<FileMark>())
 {
 	std::error_code error;
-	std::filesystem::path parent = std::filesystem::temp_directory_path(error);
-	if (char const* const named = std::getenv("TMPDIR"); error && named != nullptr)
-	{
-		// The message names it; the library gives nothing then.
-		parent = named;
-	}
+	std::filesystem::path const parent = GetFolderOfTemporaries();
 	RemoveStale(parent);
 	mFolder.emplace(
 		[&]
 		{
 			std::filesystem::path path = parent / MakeName();
 			// False when something has the name already, which must not be ours by chance then.
-			if (error || !std::filesystem::create_directory(path, error))
+			if (!std::filesystem::create_directory(path, error))
 			{
 				RefuseOutput("cannot create a temporary folder in " + QuotePath(parent) +
 							 (error ? ": " + error.message() : std::string()) +

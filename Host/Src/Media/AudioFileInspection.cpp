@@ -61,7 +61,9 @@ void CheckIsFile(std::filesystem::path const& inPath)
 	errno = 0;
 	if (!std::ifstream(path, std::ios::binary))
 	{
-		RefuseInput(inPath, "cannot be opened: " + std::generic_category().message(errno));
+		RefuseInput(
+			inPath, "cannot be opened: " + std::generic_category().message(errno) +
+						(errno == EMFILE ? "; raise the limit of open files, such as by \"ulimit -n\"" : ""));
 	}
 	std::uintmax_t const size = std::filesystem::file_size(path, error);
 	if (!error && size == 0)

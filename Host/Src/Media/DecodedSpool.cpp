@@ -1,10 +1,12 @@
 #include "DecodedSpool.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/Temporary.h"
 #include "SoundDecoders.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <string>
 #include <system_error>
 
 namespace SonaroHost
@@ -135,12 +137,13 @@ void DecodedSpool::Store(std::int64_t inFrames)
 
 void DecodedSpool::ThrowLackOfRoom()
 {
+	std::string const reason = std::generic_category().message(errno);
 	mLacksRoom = true;
 	throw HostError(HostError::Kind::kInput,
 		{mInfo.mPath, {},
-			"its decoded samples cannot be stored in a temporary file: " +
-				std::generic_category().message(errno),
-			"set TMPDIR to a folder with more space, or convert the file to WAV, which needs none"});
+			"its decoded samples cannot be stored in a temporary file in " +
+				QuotePath(GetFolderOfTemporaries()) + ": " + reason,
+			"set TMPDIR to another folder with more space, or convert the file to WAV, which needs none"});
 }
 
 } // namespace SonaroHost

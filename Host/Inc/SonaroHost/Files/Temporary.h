@@ -7,6 +7,10 @@
 namespace SonaroHost
 {
 
+// The folder for temporary files: that of the environment variable TMPDIR, or /tmp where it is unset or empty. It may
+// not be there.
+std::filesystem::path GetFolderOfTemporaries();
+
 // A file or folder that is there only while it is worked on: removed with all that is in it at the end,
 // unless it was given another name before.
 //

@@ -6,6 +6,7 @@
 #include "StretchedFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 
 namespace SonaroHost
@@ -39,6 +40,7 @@ std::string DescribeFailure()
 AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 {
 	std::filesystem::path const path = GetReadablePath(inPath);
+	errno = 0;
 	if (auto const tag = ReadMpegLengthTag(path); tag && !tag->mIsUsable)
 	{
 		mStatesLength = false;
@@ -49,6 +51,12 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	else
 	{
 		mFile.reset(sf_open(path.c_str(), SFM_READ, &mFormat));
+	}
+	if (!mFile && errno == EMFILE)
+	{
+		throw HostError(
+			HostError::Kind::kInput, MakeInputParts(inPath, "cannot be opened: Too many open files",
+										 "raise the limit of open files, such as by \"ulimit -n\""));
 	}
 	if (!mFile)
 	{
