@@ -597,9 +597,13 @@ TEST_F(CommandTest, LimitsOfTheShellAreMet)
 	};
 	ProgramResult result = runInShell("ulimit -S -n 60; exec", "render" + inputs + " -o out.wav");
 	EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
+	// The sanitizer of undefined behaviour opens a pipe to look at an exception's type, and takes it for damaged
+	// where no file can be opened any more.
+#ifndef __SANITIZE_ADDRESS__
 	result = runInShell("ulimit -n 60; exec", "render" + inputs + " -o out.wav");
 	EXPECT_EQ(result.mExitCode, 1);
 	EXPECT_THAT(result.mErrors, HasSubstr(".wav': cannot be opened: Too many open files; raise the limit"));
+#endif
 	result = runInShell("TMPDIR= exec", "render in.ogg -o out.wav --reverse");
 	EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
 	result = runInShell("TMPDIR=/no/folder exec", "render in.ogg -o out.wav --reverse");

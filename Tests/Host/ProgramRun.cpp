@@ -52,6 +52,11 @@ std::string ReadToEnd(int inDescriptor)
 {
 	// It does not outlive the test.
 	prctl(PR_SET_PDEATHSIG, SIGKILL);
+	// Tests that outlive their terminal, or run in the background of a script, ignore some of these themselves.
+	for (int const stop : {SIGHUP, SIGINT, SIGTERM})
+	{
+		signal(stop, SIG_DFL);
+	}
 	bool isReady = inStart.mFolder.empty() || chdir(inStart.mFolder.c_str()) == 0;
 	if (!inStart.mInputFile.empty())
 	{
