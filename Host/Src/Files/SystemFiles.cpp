@@ -2,8 +2,11 @@
 
 #include "SonaroHost/Files/Temporary.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <fstream>
+#include <limits>
 #include <string>
 #include <system_error>
 
@@ -135,6 +138,19 @@ std::uint64_t GetOpenFileLimit()
 	rlimit limit{};
 	constexpr std::uint64_t kUsual = 1024;
 	return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : kUsual;
+}
+
+std::uint64_t GetAddressRoom()
+{
+	rlimit limit{};
+	if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
+	{
+		return std::numeric_limits<std::uint64_t>::max();
+	}
+	std::uint64_t pages = 0;
+	std::ifstream("/proc/self/statm") >> pages;
+	std::uint64_t const used = pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+	return limit.rlim_cur - std::min<std::uint64_t>(used, limit.rlim_cur);
 }
 
 bool CopyRest(std::FILE* ioFrom, std::FILE* outTo)

@@ -9,7 +9,7 @@
 namespace SonaroHost
 {
 
-// What the host library asks of the operating system about files, beyond the standard library.
+// What the host library asks of the operating system about files and limits, beyond the standard library.
 
 // Whether there is anything of that name; links are followed. Not, when it cannot be found out.
 bool IsThere(std::filesystem::path const& inPath);
@@ -59,6 +59,9 @@ FileHandle MakeUnnamedFile();
 
 // How many files the process may have open.
 std::uint64_t GetOpenFileLimit();
+
+// How many bytes of addresses a limit (ulimit -v) leaves the process; the largest number without a limit.
+std::uint64_t GetAddressRoom();
 
 // Copies what is left of a file to the end of another. False when writing failed, with the reason in errno; whether
 // reading did, the file itself says.

@@ -6,9 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <limits>
 #include <memory>
+#include <utility>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace SonaroHost::Testing::PiecePlanTest
 {
@@ -31,21 +35,23 @@ struct Case
 	unsigned mExpected;
 };
 
-// The limit of open files while it lives.
-class FileLimit
+// A limit of the process, such as that of open files, while it lives.
+class Limit
 {
 public:
-	explicit FileLimit(rlim_t inFiles)
+	Limit(decltype(RLIMIT_AS) inResource, rlim_t inMost)
+		: mResource(inResource)
 	{
-		getrlimit(RLIMIT_NOFILE, &mBefore);
-		rlimit const limit{std::min(inFiles, mBefore.rlim_max), mBefore.rlim_max};
-		setrlimit(RLIMIT_NOFILE, &limit);
+		getrlimit(mResource, &mBefore);
+		rlimit const limit{std::min(inMost, mBefore.rlim_max), mBefore.rlim_max};
+		setrlimit(mResource, &limit);
 	}
-	~FileLimit() { setrlimit(RLIMIT_NOFILE, &mBefore); }
-	FileLimit(FileLimit const&) = delete;
-	FileLimit& operator=(FileLimit const&) = delete;
+	~Limit() { setrlimit(mResource, &mBefore); }
+	Limit(Limit const&) = delete;
+	Limit& operator=(Limit const&) = delete;
 
 private:
+	decltype(RLIMIT_AS) mResource;
 	rlimit mBefore{};
 };
 
@@ -69,7 +75,7 @@ Programme MakeProgramme(Case const& inCase)
 
 TEST(PiecePlan, ThreadsAreAsManyAsFilesMemoryAndLengthAllow)
 {
-	FileLimit const limit(600);
+	Limit const limit(RLIMIT_NOFILE, 600);
 	std::size_t const files = GetOpenFileLimit();
 	constexpr std::int64_t kHour = std::int64_t{48000} * 3600;
 	Case const cases[] = {
@@ -114,6 +120,28 @@ TEST(PiecePlan, ThreadsAreAsManyAsFilesMemoryAndLengthAllow)
 		std::int64_t const covered = static_cast<std::int64_t>(plan.mPieces) * plan.mPieceFrames;
 		EXPECT_GE(covered, test.mFrames);
 		EXPECT_LT(covered - plan.mPieceFrames, test.mFrames);
+	}
+}
+
+TEST(PiecePlan, ThreadsAreFewUnderALimitOfAddresses)
+{
+	Case const test{"", 8, std::int64_t{48000} * 3600, 2, 2, 0, false, false, 0};
+	RangeRender render;
+	render.mRange = {0, test.mFrames};
+	render.mJobs = test.mJobs;
+	Sequence::GraphReport const report;
+	auto const findJobs = [&] { return PlanPieces(MakeProgramme(test), render, kBlock, report).mJobs; };
+	EXPECT_EQ(GetAddressRoom(), std::numeric_limits<std::uint64_t>::max());
+	EXPECT_EQ(findJobs(), 8u);
+	// Sanitizers take addresses by the terabyte, so limits are set from what is used already.
+	std::uint64_t pages = 0;
+	std::ifstream("/proc/self/statm") >> pages;
+	std::uint64_t const used = pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+	for (auto const& [megabytes, jobs] : {std::pair(100u, 1u), std::pair(700u, 3u), std::pair(4000u, 8u)})
+	{
+		SCOPED_TRACE(megabytes);
+		Limit const limit(RLIMIT_AS, used + (std::uint64_t{megabytes} << 20));
+		EXPECT_EQ(findJobs(), jobs);
 	}
 }
 

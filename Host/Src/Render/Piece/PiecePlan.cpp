@@ -20,6 +20,10 @@ constexpr std::int64_t kMostBlocks = 4096;
 constexpr std::int64_t kLongestPiece = std::int64_t{1} << 20;
 constexpr std::size_t kWantedBytes = std::size_t{1} << 26;
 constexpr std::uint64_t kMostReaderBytes = std::uint64_t{1} << 30;
+constexpr std::uint64_t kMostGraphBytes = std::uint64_t{1} << 31;
+constexpr std::uint64_t kGraphBytes = std::uint64_t{1} << 23;
+constexpr std::uint64_t kItemBytes = std::uint64_t{1} << 14;
+constexpr std::uint64_t kThreadAddresses = std::uint64_t{1} << 28;
 // Of a channel of a file.
 constexpr std::uint64_t kReaderBytes = std::uint64_t{8} * 2048 * sizeof(float);
 
@@ -30,6 +34,7 @@ public:
 	explicit Survey(Sequence::Description const& inDescription) { Add(inDescription); }
 
 	std::uint64_t GetTrackChannels() const { return mTrackChannels; }
+	std::uint64_t GetItems() const { return mItems; }
 	std::uint64_t GetMedia() const { return mMedia.size(); }
 	std::uint64_t GetMediaChannels() const
 	{
@@ -51,6 +56,7 @@ private:
 		for (Sequence::Track const& track : inDescription.mTracks)
 		{
 			mTrackChannels += track.mLayout.size();
+			mItems += track.mItems.size();
 			for (Sequence::Item const& item : track.mItems)
 			{
 				std::visit([this](auto const& inContent) { Add(inContent); }, item.mContent);
@@ -63,6 +69,7 @@ private:
 	std::set<Sequence::Description const*> mSequences;
 	std::set<Sequence::Media const*> mMedia;
 	std::uint64_t mTrackChannels = 0;
+	std::uint64_t mItems = 0;
 };
 
 std::int64_t FindSettlingFrames(Sequence::GraphReport const& inReport)
@@ -110,11 +117,13 @@ PiecePlan PlanPieces(Programme const& inProgramme, RangeRender const& inRender, 
 		return static_cast<std::int64_t>(inBytes / (pieces * channels * sizeof(float)));
 	};
 	auto const findMost = [&](unsigned inJobs) { return findLength(PiecePlan::kMostBytes, inJobs); };
+	std::uint64_t const mostThreads = 1 + GetAddressRoom() / kThreadAddresses;
 	auto const fits = [&](unsigned inJobs)
 	{
 		bool const isAlone = !inReport.mWhyInOneRun.empty();
 		std::uint64_t const graphs = isAlone ? 1 : inJobs;
-		return (isAlone || findMost(inJobs) >= fewest) &&
+		return (isAlone || findMost(inJobs) >= fewest) && inJobs <= mostThreads &&
+			   graphs * (kGraphBytes + survey.GetItems() * kItemBytes) <= kMostGraphBytes &&
 			   graphs * survey.GetMediaChannels() * kReaderBytes <= kMostReaderBytes &&
 			   graphs * survey.GetMedia() <= GetOpenFileLimit() / 2;
 	};

@@ -15,7 +15,10 @@ namespace SonaroHost
 //          little. Beyond that about 16 pieces for each thread, of at most 2^20 frames and 4096 blocks; where there are taps, so short
 //          that all that is kept of pieces is about 64 MiB, which stays nearer to the processor.
 // Memory   What is kept of pieces (channels of the output and, where there are taps, of all tracks, 4 bytes a sample) stays
-//          below 512 MiB, and what readers of files hold (8 blocks of 2048 frames each) below 1 GiB.
+//          below 512 MiB, what readers of files hold (8 blocks of 2048 frames each) below 1 GiB, and what graphs hold
+//          (about 8 MiB and 16 KiB for each item) below 2 GiB. Under a limit of addresses, each thread but the first wants
+//          256 MiB of them, for its stack, what the allocator sets aside for it, and its graph: C libraries that run out
+//          of memory crash.
 // Files    Each thread opens all media: together they take at most half of the files that the process may open.
 // Where one of these does not allow as many threads as are wanted, there are fewer.
 struct PiecePlan
