@@ -79,11 +79,12 @@ endfunction()
 
 # One test program, its cases entered with ctest.
 #
-#   sonaro_add_test(NAME [OPTIMIZED] SOURCES a.cpp ... LIBRARIES target ...)
+#   sonaro_add_test(NAME [OPTIMIZED] [ONE_THREAD] SOURCES a.cpp ... LIBRARIES target ...)
 #
 # OPTIMIZED: its own code is most of what it runs, as that of a naive renderer, and is made as fast as the product.
+# ONE_THREAD: nothing in it starts a thread, so the thread sanitizer has nothing to find and its build leaves it out.
 function(sonaro_add_test inName)
-	cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMIZED" "" "SOURCES;LIBRARIES")
+	cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMIZED;ONE_THREAD" "" "SOURCES;LIBRARIES")
 	add_executable(${inName} ${arg_SOURCES})
 	target_link_libraries(${inName} PRIVATE
 		SonaroOptions SonaroTestSanitizers ${arg_LIBRARIES} GTest::gmock_main Boost::headers)
@@ -95,6 +96,10 @@ function(sonaro_add_test inName)
 	# A compiler takes precompiled headers of the same level of optimisation only.
 	if(NOT SONARO_PRECOMPILE STREQUAL none AND NOT arg_OPTIMIZED)
 		target_precompile_headers(${inName} REUSE_FROM SonaroTestHeaders)
+	endif()
+	if(arg_ONE_THREAD AND SONARO_SANITIZE MATCHES thread)
+		set_target_properties(${inName} PROPERTIES EXCLUDE_FROM_ALL ON)
+		return()
 	endif()
 	# The thread sanitizer sleeps for a second at the end of each process that had threads, of which the tests of the
 	# command start hundreds. Their threads have ended by then.

@@ -599,7 +599,7 @@ TEST_F(CommandTest, LimitsOfTheShellAreMet)
 	EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
 	// The sanitizer of undefined behaviour opens a pipe to look at an exception's type, and takes it for damaged
 	// where no file can be opened any more.
-#ifndef __SANITIZE_ADDRESS__
+#ifndef SONARO_SANITIZES_UNDEFINED
 	result = runInShell("ulimit -n 60; exec", "render" + inputs + " -o out.wav");
 	EXPECT_EQ(result.mExitCode, 1);
 	EXPECT_THAT(result.mErrors, HasSubstr(".wav': cannot be opened: Too many open files; raise the limit"));
