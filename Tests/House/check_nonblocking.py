@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""The engine's overrides of functions that the public headers mark with SONARO_NONBLOCKING have the mark, too.
+"""Overrides of functions that the public headers mark with SONARO_NONBLOCKING have the mark, too: the engine's and the
+host's.
 
 Usage: check_nonblocking.py PROJECT_FOLDER [--write]
 With --write, what is missing is added. Planted declarations are checked first.
@@ -9,6 +10,8 @@ import sys
 from pathlib import Path
 
 MARK = "SONARO_NONBLOCKING"
+# Meters of exports alone, whose memory grows with what they hear.
+UNMARKED = {(f"Host/Src/Render/{name}", "SetMeterData") for name in ("Piece/PieceRenderer.cpp", "TrackMeters.h")}
 # A member function: its name, its parameters, and what stands between these and the body or the semicolon.
 FUNCTION = re.compile(r"\b(\w+)\(((?:[^()/]|\([^()]*\))*)\)([^;{}()/]*)(?=[;{])")
 
@@ -27,8 +30,10 @@ def find_marked(texts):
 
 
 def find_bare(marked, text):
+    """None of the marked functions is const: one that is belongs to another interface."""
     return [match for match in FUNCTION.finditer(text)
-            if get_key(match) in marked and match[3].split()[-1:] == ["override"] and MARK not in match[3]]
+            if get_key(match) in marked and match[3].split()[-1:] == ["override"]
+            and not {MARK, "const"} & set(match[3].split())]
 
 
 def mend(marked, text):
@@ -36,6 +41,13 @@ def mend(marked, text):
         at = match.start(3) + match[3].rindex("override")
         text = f"{text[:at]}{MARK} {text[at:]}"
     return text
+
+
+def find_sources(root):
+    """Where classes are defined: the engine's private headers and all of the host."""
+    yield from (root / "Inc").rglob("*.h")
+    for suffix in ("*.h", "*.cpp"):
+        yield from (root / "Host").rglob(suffix)
 
 
 def check_planted():
@@ -46,6 +58,7 @@ def check_planted():
             ("void Pull(A const&,\n\tF()) override {}", f"void Pull(A const&,\n\tF()) {MARK} override {{}}"),
             (f"void Pull(int, int) {MARK} override {{}}", None),
             ("void Pull(int) override;", None),
+            ("void Pull(int, int) const override;", None),
             ("void Run() { Pull(1, 2); }", None),
             ("int Free() override;", None)):
         assert mend(marked, text) == (mended or text), text
@@ -58,15 +71,18 @@ def main():
     marked = find_marked(path.read_text() for path in public)
     if len(marked) < 20:
         sys.exit(f"only {len(marked)} functions of the public headers are marked")
-    bare = []
-    for path in public + sorted((root / "Inc").rglob("*.h")):
-        text = path.read_text()
-        if "--write" in sys.argv:
+    if any("const" in match[3].split() and MARK in match[3]
+           for path in public for match in FUNCTION.finditer(path.read_text())):
+        sys.exit("a marked function of the public headers is const, and its overrides would be passed over")
+    bare = set()
+    for path in public + sorted(find_sources(root)):
+        name, text = str(path.relative_to(root)), path.read_text()
+        bare |= {(name, match[1]) for match in find_bare(marked, text)}
+        if "--write" in sys.argv and not any(name == file for file, _ in UNMARKED):
             path.write_text(mend(marked, text))
-        else:
-            bare += [f"{path.relative_to(root)}: {match[1]} lacks {MARK}" for match in find_bare(marked, text)]
-    if bare:
-        sys.exit("\n".join(bare))
+    if "--write" not in sys.argv and bare != UNMARKED:
+        sys.exit("\n".join(f"{file}: {function} {'has' if (file, function) in UNMARKED else 'lacks'} {MARK}"
+                           for file, function in sorted(bare ^ UNMARKED)))
     print(f"overrides of {len(marked)} functions have their mark")
 
 

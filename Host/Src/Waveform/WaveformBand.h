@@ -38,7 +38,8 @@ public:
 	std::vector<float> GetValues() const;
 
 	void Init(SN::FrameRate const&, unsigned) override {}
-	void SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime const& inTime) override;
+	void SetMeterData(
+		dsp::AudioBuffer const& inBuffer, SN::TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Shutdown() override {}
 	void Reset() override {}
 

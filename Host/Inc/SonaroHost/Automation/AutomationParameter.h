@@ -50,9 +50,10 @@ public:
 
 	SN::InterfaceRef<SN::IRenderableAudioComponentParam> CloneAndDetach(bool) override { return Detach(); }
 	void Init(unsigned, SN::FrameRate const&, bool) override {}
-	void UpdateControl(
-		SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache, VX::KeyframeBase* outKeyframe) override;
-	SN::TickTime GetNextInterestingTime(SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache) override;
+	void UpdateControl(SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache,
+		VX::KeyframeBase* outKeyframe) SONARO_NONBLOCKING override;
+	SN::TickTime GetNextInterestingTime(
+		SN::TickTime const& inTime, VX::KeyframeCacheBase* ioCache) SONARO_NONBLOCKING override;
 	// True from an edit until a sampling has heard it.
 	bool HasActionPending() override;
 	// Throws a HostError when the control is null or of another type.

@@ -62,21 +62,22 @@ public:
 
 	SN::FrameRate GetFrameRate() override { return mFrameRate; }
 	SN::TickTime GetLength() override { return SN::TickTime(GetInfo().mFrames, mFrameRate); }
-	unsigned GetNumChannels() override { return GetInfo().GetNumChannels(); }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override { return GetInfo().GetNumChannels(); }
 	SN::AudioChannelLayout GetAudioChannelLayout() override { return GetInfo().mLayout; }
 	SN::ImmutableString GetName() override { return mName; }
 	void ReadAudio(VX::BinaryData const& inOptions, dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime,
 		bool inFlag) override;
 
-	bool IsGrowing() override { return false; }
+	bool IsGrowing() SONARO_NONBLOCKING override { return false; }
 	SN::ImmutableString GetPath() override { return mPath; }
 	unsigned GetRevision() override { return 0; }
-	SN::TickTime GetDuration() override { return GetLength(); }
+	SN::TickTime GetDuration() SONARO_NONBLOCKING override { return GetLength(); }
 
 	// What of the range lies before the start or beyond the end of the file is left out.
 	void PrefetchAudioData(
 		unsigned long long const& inTimeStamp, SN::TickTime const& inTime, unsigned inNumSamples) override;
-	int ReadPrefetchedAudio(SN::TickTime const& inTime, dsp::AudioBuffer& inBuffer) override;
+	int ReadPrefetchedAudio(
+		SN::TickTime const& inTime, dsp::AudioBuffer& inBuffer) SONARO_NONBLOCKING override;
 	int GetPrefetchState() override { return SN::eNotImplemented; }
 
 private:

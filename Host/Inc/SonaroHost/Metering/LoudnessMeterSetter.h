@@ -30,7 +30,8 @@ public:
 
 	// Throws a HostError when inChannels are not those of the layout, or cannot be measured.
 	void Init(SN::FrameRate const& inFrameRate, unsigned inChannels) override;
-	void SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime const& inTime) override;
+	void SetMeterData(
+		dsp::AudioBuffer const& inBuffer, SN::TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Shutdown() override;
 	void Reset() override;
 

@@ -51,12 +51,13 @@ public:
 
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
 	bool HasHistory() override { return mSettings.mContent->HasHistory(); }
-	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
-	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) override {}
+	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
 		SN::PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void GetAudioData(
+		SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
 	void InitializeAudioFilters() override { mSettings.mContent->InitializeAudioFilters(); }
 	void ShutdownAudioFilters() override { mSettings.mContent->ShutdownAudioFilters(); }

@@ -49,24 +49,28 @@ public:
 
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
 	bool HasHistory() override;
-	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
-	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) override {}
+	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
 		SN::PrefetchRequestAccumulator& inAccumulator) override;
-	void GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) override;
+	void GetAudioData(
+		SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
 	void InitializeAudioFilters() override;
 	void ShutdownAudioFilters() override;
 
 	void Init(SN::TickTime const& inStartTime, SN::TickTime const& inEndTime,
 		SN::TickTime const& inTrackItemStartTime, SN::FrameRate const& inFrameRate) override;
-	SN::TickTime GetStartTime() override { return mStart; }
-	SN::TickTime GetEndTime() override { return mEnd; }
-	SN::TickTime GetTrackItemStartTime() override { return mTrackItemStart; }
+	SN::TickTime GetStartTime() SONARO_NONBLOCKING override { return mStart; }
+	SN::TickTime GetEndTime() SONARO_NONBLOCKING override { return mEnd; }
+	SN::TickTime GetTrackItemStartTime() SONARO_NONBLOCKING override { return mTrackItemStart; }
 
-	unsigned GetNumChannels() override { return static_cast<unsigned>(mSettings.mLayout.size()); }
-	unsigned GetNumOutputChannels() override { return GetNumChannels(); }
+	unsigned GetNumChannels() SONARO_NONBLOCKING override
+	{
+		return static_cast<unsigned>(mSettings.mLayout.size());
+	}
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override { return GetNumChannels(); }
 	SN::AudioChannelLayout GetAudioChannelLayout() override { return mSettings.mLayout; }
 	SN::FrameRate GetGeneratorFrameRate() override { return mSettings.mFrameRate; }
 

@@ -38,12 +38,12 @@ public:
 	SN::InterfaceRef<SN::IAudioProcessor> Clone(
 		SN::FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval) override;
 	bool HasHistory() override { return mEffect->HasHistory(); }
-	void ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Preroll(SN::TickTime const& inTime, bool inReverse) override;
 	void Reset() override { mEffect->Reset(); }
 	void InitializeAudioFilter() override { mEffect->InitializeAudioFilter(); }
 	void ShutdownAudioFilter() override { mEffect->ShutdownAudioFilter(); }
-	SN::TickTime GetDelay() override { return mEffect->GetDelay(); }
+	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return mEffect->GetDelay(); }
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
 	std::u16string GetNodeName() override { return u"EffectStage"; }

@@ -25,7 +25,7 @@ public:
 		return zorvcore::classref::MakeObject<LevelStage>(mLevel.Clone(), mClock.Clone());
 	}
 	bool HasHistory() override { return false; }
-	void ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const&) override
+	void ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const&) SONARO_NONBLOCKING override
 	{
 		mLevel.Apply(ioBuffer, mClock);
 	}
@@ -33,7 +33,7 @@ public:
 	void Reset() override {}
 	void InitializeAudioFilter() override {}
 	void ShutdownAudioFilter() override {}
-	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override
 	{
 		mLevel.CollectLiveParameters(outParameters);

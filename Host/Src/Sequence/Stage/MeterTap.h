@@ -18,12 +18,12 @@ public:
 
 	SN::InterfaceRef<SN::IAudioProcessor> Clone(SN::FrameRate const&, unsigned, unsigned) override;
 	bool HasHistory() override { return false; }
-	void ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Preroll(SN::TickTime const&, bool) override {}
 	void Reset() override;
 	void InitializeAudioFilter() override {}
 	void ShutdownAudioFilter() override {}
-	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 
 	std::u16string GetNodeName() override { return u"MeterTap"; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }

@@ -44,13 +44,19 @@ public:
 	SN::AudioChannelType GetOutputChannelType() override { return VX::kAudioChannelTypeAny; }
 	SN::AudioChannelLayout GetInputAudioChannelLayout() override { return mLayouts.mInput; }
 	SN::AudioChannelLayout GetOutputAudioChannelLayout() override { return mLayouts.mOutput; }
-	unsigned GetNumInputChannels() override { return static_cast<unsigned>(mLayouts.mInput.size()); }
-	unsigned GetNumOutputChannels() override { return static_cast<unsigned>(mLayouts.mOutput.size()); }
-	bool DoesNotAlterAudio() override { return false; }
+	unsigned GetNumInputChannels() SONARO_NONBLOCKING override
+	{
+		return static_cast<unsigned>(mLayouts.mInput.size());
+	}
+	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override
+	{
+		return static_cast<unsigned>(mLayouts.mOutput.size());
+	}
+	bool DoesNotAlterAudio() SONARO_NONBLOCKING override { return false; }
 	void Preroll(SN::TickTime const&, bool) override {}
 	void Reset() override {}
-	void ProcessAudioData(
-		dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, SN::TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
+		SN::TickTime const& inTime) SONARO_NONBLOCKING override;
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
 private:

@@ -36,15 +36,15 @@ public:
 	SN::InterfaceRef<SN::IAudioProcessor> Clone(
 		SN::FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval) override;
 	bool HasHistory() override { return false; }
-	void ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime) override;
+	void ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Preroll(SN::TickTime const& inTime, bool inReverse) override;
 	void Reset() override {}
 	void InitializeAudioFilter() override {}
 	void ShutdownAudioFilter() override {}
-	SN::TickTime GetDelay() override { return SN::kTimeZero; }
+	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 
-	void GenerateAudio(unsigned, SN::TickTime const&, bool) override {}
-	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) override;
+	void GenerateAudio(unsigned, SN::TickTime const&, bool) SONARO_NONBLOCKING override {}
+	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING override;
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
 	std::u16string GetNodeName() override { return u"SendStage"; }
