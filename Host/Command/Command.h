@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <memory>
 #include <string>
 
 namespace SonaroCommand
@@ -43,8 +44,13 @@ public:
 	// Does it, once its options were parsed. Throws a HostError.
 	virtual int Run() = 0;
 
-	// What it takes, for those who gave something else: "it draws timelines (.otio, .otioz, .otiod)".
-	virtual std::string DescribeInputs() const = 0;
+	// What it takes, for those who gave something else: "graph draws timelines (.otio, .otioz, .otiod)".
+	virtual std::string DescribeInputs() const
+	{
+		return mParser->get_name() + " accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies "
+									 "(such as MOV, MP4, MKV and "
+									 "MXF) and timelines (.otio, .otioz, .otiod)";
+	}
 
 protected:
 	Command(CLI::App& ioProgram, char const* inName, char const* inDescription)
@@ -68,5 +74,16 @@ protected:
 private:
 	CLI::App* mParser;
 };
+
+// "sonaro graph INPUT -o OUTPUT": draws the engine's graph of a timeline.
+std::unique_ptr<Command> MakeGraphCommand(CLI::App& ioProgram);
+// "sonaro info INPUT": what a sound file or a timeline is.
+std::unique_ptr<Command> MakeInfoCommand(CLI::App& ioProgram);
+// "sonaro loudness INPUT ...": how loud sound files, movies and timelines are.
+std::unique_ptr<Command> MakeLoudnessCommand(CLI::App& ioProgram);
+// "sonaro render INPUT ... -o OUTPUT": renders sound files as the clips of a track, or a timeline.
+std::unique_ptr<Command> MakeRenderCommand(CLI::App& ioProgram);
+// "sonaro waveform INPUT -o OUTPUT": draws the waveform of a sound file or a timeline, or writes it for other programs.
+std::unique_ptr<Command> MakeWaveformCommand(CLI::App& ioProgram);
 
 } // namespace SonaroCommand

@@ -1,4 +1,4 @@
-#include "GraphCommand.h"
+#include "Command.h"
 
 #include "Options/RenderOptions.h"
 #include "Options/SharedOptions.h"
@@ -16,9 +16,13 @@
 #include "Terminal/StopSignals.h"
 
 #include <charconv>
+#include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace SonaroCommand
 {
@@ -124,100 +128,118 @@ void CheckNodes(GraphDrawing const& inDrawing, GraphFormat inFormat)
 {
 	if (inFormat != GraphFormat::kDot && inDrawing.GetNumNodes() > GraphDrawing::kMaxPictureNodes)
 	{
-		RefuseOutput(
-			"the graph has " + std::to_string(inDrawing.GetNumNodes()) + " nodes, and laying out more than " +
-			std::to_string(GraphDrawing::kMaxPictureNodes) +
-			" would take very long; use --depth to draw fewer levels of nesting, --track for a single "
-			"track, or write .dot, which needs no layout");
+		RefuseOutput("the graph has " + std::to_string(inDrawing.GetNumNodes()) +
+					 " nodes, and laying out more than " + std::to_string(GraphDrawing::kMaxPictureNodes) +
+					 " would take very long; use --depth to draw fewer levels of nesting, --track for a "
+					 "single track, or write .dot, which needs no layout");
 	}
 }
+
+class GraphCommand final : public Command
+{
+public:
+	explicit GraphCommand(CLI::App& ioProgram)
+		: Command(ioProgram, "graph", "Draw the graph that renders a timeline, with latencies")
+	{
+		Add("INPUT", mInput, "(required)", "Timeline (.otio, .otioz, .otiod)")->required();
+		Add("-o,--output", mOutput, "OUTPUT (required)",
+			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+			"output, with --format")
+			->required();
+		Add("--format", mFormat, "NAME", "Output format: svg, png or dot (default: by the ending of OUTPUT)")
+			->check(CLI::IsMember({"svg", "png", "dot"}));
+		AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
+		Add("--rate", mSampleRate, "HZ", "Sample rate of the render in Hz");
+		Add("--layout", mLayout, "NAME", "Layout of the mix: mono, stereo, 5.1 or a number of channels");
+		Add("--depth", mDepth, "COUNT",
+			"Levels of nesting to draw, from 0; deeper ones become single nodes (default: all)")
+			->check(CLI::Range(0, kMostDepth));
+		Add("--track", mTrack, "NAME",
+			"Draw only this track: its name, or its number from 1, counting tracks of all kinds");
+		AddFlag("--all", mShowsAll, "Also draw silence between items and panners that change nothing");
+		AddTimelineOptions(GetParser(), mMediaFolders, mFades);
+		AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
+		GetParser().footer("Solid lines carry sound between nodes; dashed lines come from the processors of "
+						   "a node. Nodes have the\n"
+						   "names of the timeline, with the engine's classes in small below; lines show "
+						   "latencies and waits.\n\n"
+						   "Examples:\n"
+						   "  sonaro graph edit.otio -o graph.svg\n"
+						   "  sonaro graph edit.otio -o graph.dot --media /mnt/sound\n"
+						   "  sonaro graph film.otio -o dialogue.svg --track Dialogue --depth 1");
+	}
+
+	int Run() override
+	{
+		if (!Otio::IsTimelinePath(mInput))
+		{
+			std::error_code error;
+			char const* const reason = IsStandardStream(mInput)                 ? "is the standard input"
+									   : std::filesystem::exists(mInput, error) ? "is not named as a timeline"
+																				: "does not exist";
+			throw HostError(HostError::Kind::kInput, {mInput, {}, reason, DescribeInputs()});
+		}
+		MakeRoomForOutputs({mOutput});
+		GraphFormat const format = ChooseGraphFormat(mFormat, mOutput);
+		RenderOptions layout;
+		layout.mLayout = mLayout;
+		Otio::TimelineOptions options;
+		options.mSampleRate = mSampleRate;
+		options.mLayout = layout.ParseLayout();
+		options.mFadeShape = ParseFades(mFades);
+		Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
+		OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
+		Otio::TimelineSequence sequence = input.MakeSequence(options);
+		Otio::CheckHasSound(sequence);
+		Sequence::GraphView view;
+		if (!mTrack.empty())
+		{
+			std::size_t const track = FindTrack(input.GetTimeline().mTracks, mTrack);
+			view = DropOthers(FindHeard(track, mTrack, sequence), sequence);
+		}
+		WarnOfNotes(sequence.mMissing, {});
+		GraphDrawing const drawing =
+			Draw(Otio::MakeProgramme(sequence, input.GetMedia()), view, {mDepth, mShowsAll, nullptr});
+		CheckNodes(drawing, format);
+		std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);
+		// The file is made after the drawing, which may take long and may be stopped.
+		OutputFile file(mOutput);
+		file.Write(picture.data(), static_cast<std::int64_t>(picture.size()));
+		// Drawing cannot be stopped; what comes of it can.
+		if (StopSignals::GetToken().stop_requested())
+		{
+			StopSignals::EndProcess();
+		}
+		file.Commit();
+		if (!mIsQuiet)
+		{
+			PrintResult(ShowOutput(mOutput) + ": " + FormatCount(drawing.GetNumNodes(), "node") + "\n");
+		}
+		return sequence.mMissing.empty() ? kExitSuccess : kExitMissing;
+	}
+
+	std::string DescribeInputs() const override { return "graph draws timelines (.otio, .otioz, .otiod)"; }
+
+private:
+	std::string mInput;
+	std::string mOutput;
+	std::string mFormat;
+	std::string mLayout;
+	std::optional<int> mSampleRate;
+	std::optional<std::size_t> mDepth;
+	std::string mTrack;
+	std::vector<std::string> mMediaFolders;
+	std::string mFades;
+	bool mShowsAll = false;
+	bool mKeepsOldFile = false;
+	bool mIsQuiet = false;
+};
 
 } // namespace
 
-GraphCommand::GraphCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "graph", "Draw the graph that renders a timeline, with latencies")
+std::unique_ptr<Command> MakeGraphCommand(CLI::App& ioProgram)
 {
-	Add("INPUT", mInput, "(required)", "Timeline (.otio, .otioz, .otiod)")->required();
-	Add("-o,--output", mOutput, "OUTPUT (required)",
-		"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
-		"output, "
-		"with --format")
-		->required();
-	Add("--format", mFormat, "NAME", "Output format: svg, png or dot (default: by the ending of OUTPUT)")
-		->check(CLI::IsMember({"svg", "png", "dot"}));
-	AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
-	Add("--rate", mSampleRate, "HZ", "Sample rate of the render in Hz");
-	Add("--layout", mLayout, "NAME", "Layout of the mix: mono, stereo, 5.1 or a number of channels");
-	Add("--depth", mDepth, "COUNT",
-		"Levels of nesting to draw, from 0; deeper ones become single nodes (default: all)")
-		->check(CLI::Range(0, kMostDepth));
-	Add("--track", mTrack, "NAME",
-		"Draw only this track: its name, or its number from 1, counting tracks of all kinds");
-	AddFlag("--all", mShowsAll, "Also draw silence between items and panners that change nothing");
-	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
-	AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
-	GetParser().footer(
-		"Solid lines carry sound between nodes; dashed lines come from the processors of a node. Nodes have "
-		"the\n"
-		"names of the timeline, with the engine's classes in small below; lines show latencies and waits.\n\n"
-		"Examples:\n"
-		"  sonaro graph edit.otio -o graph.svg\n"
-		"  sonaro graph edit.otio -o graph.dot --media /mnt/sound\n"
-		"  sonaro graph film.otio -o dialogue.svg --track Dialogue --depth 1");
-}
-
-std::string GraphCommand::DescribeInputs() const
-{
-	return "graph draws timelines (.otio, .otioz, .otiod)";
-}
-
-int GraphCommand::Run()
-{
-	if (!Otio::IsTimelinePath(mInput))
-	{
-		std::error_code error;
-		char const* const reason = IsStandardStream(mInput)                 ? "is the standard input"
-								   : std::filesystem::exists(mInput, error) ? "is not named as a timeline"
-																			: "does not exist";
-		throw HostError(HostError::Kind::kInput, {mInput, {}, reason, DescribeInputs()});
-	}
-	MakeRoomForOutputs({mOutput});
-	GraphFormat const format = ChooseGraphFormat(mFormat, mOutput);
-	RenderOptions layout;
-	layout.mLayout = mLayout;
-	Otio::TimelineOptions options;
-	options.mSampleRate = mSampleRate;
-	options.mLayout = layout.ParseLayout();
-	options.mFadeShape = ParseFades(mFades);
-	Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
-	OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
-	Otio::TimelineSequence sequence = input.MakeSequence(options);
-	Otio::CheckHasSound(sequence);
-	Sequence::GraphView view;
-	if (!mTrack.empty())
-	{
-		std::size_t const track = FindTrack(input.GetTimeline().mTracks, mTrack);
-		view = DropOthers(FindHeard(track, mTrack, sequence), sequence);
-	}
-	WarnOfNotes(sequence.mMissing, {});
-	GraphDrawing const drawing =
-		Draw(Otio::MakeProgramme(sequence, input.GetMedia()), view, {mDepth, mShowsAll, nullptr});
-	CheckNodes(drawing, format);
-	std::string const picture = DrawGraph(drawing.ToDot(input.GetTimeline().mName), format);
-	// The file is made after the drawing, which may take long and may be stopped.
-	OutputFile file(mOutput);
-	file.Write(picture.data(), static_cast<std::int64_t>(picture.size()));
-	// Drawing cannot be stopped; what comes of it can.
-	if (StopSignals::GetToken().stop_requested())
-	{
-		StopSignals::EndProcess();
-	}
-	file.Commit();
-	if (!mIsQuiet)
-	{
-		PrintResult(ShowOutput(mOutput) + ": " + FormatCount(drawing.GetNumNodes(), "node") + "\n");
-	}
-	return sequence.mMissing.empty() ? kExitSuccess : kExitMissing;
+	return std::make_unique<GraphCommand>(ioProgram);
 }
 
 } // namespace SonaroCommand

@@ -1,4 +1,4 @@
-#include "InfoCommand.h"
+#include "Command.h"
 
 #include "Options/OptionGroups.h"
 #include "Report/Json.h"
@@ -115,52 +115,56 @@ std::string DescribeForMachines(AudioFileInfo const& inInfo)
 	return ToText(json);
 }
 
+class InfoCommand final : public Command
+{
+public:
+	explicit InfoCommand(CLI::App& ioProgram)
+		: Command(ioProgram, "info",
+			  "Show the format and length of a sound file or movie, or the contents of a timeline")
+	{
+		Add("INPUT", mInput, "(required)",
+			"Sound file or movie, - for the standard input, or timeline (.otio, .otioz, .otiod)")
+			->required();
+		Add("--media", mMediaFolders, "DIR ...",
+			"Folder to search for media that are not found at their own paths; can be given more than once")
+			->allow_extra_args(false);
+		AddStreamOption(GetParser(), mStream);
+		AddFlag("--json", mAsJson, "Print the result as JSON");
+		GroupByInput(GetParser(), {"--stream"}, {"--media"});
+		// Without one of its own a command would show that of the program.
+		GetParser().footer("Examples:\n"
+						   "  sonaro info interview.wav\n"
+						   "  sonaro info edit.otio --media /mnt/sound\n"
+						   "  sonaro render edit.otio -o - | sonaro info -");
+	}
+
+	int Run() override
+	{
+		if (SonaroHost::Otio::IsTimelinePath(mInput))
+		{
+			std::vector<std::filesystem::path> const folders(mMediaFolders.begin(), mMediaFolders.end());
+			RefuseGroup(GetParser(), kForSoundFiles,
+				"applies only to sound files and movies; a timeline sets this itself");
+			return TellOfTimeline(mInput, folders, mAsJson);
+		}
+		RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
+		AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput, mStream);
+		PrintResult(mAsJson ? DescribeForMachines(info) : DescribeForPeople(info));
+		return kExitSuccess;
+	}
+
+private:
+	std::string mInput;
+	std::vector<std::string> mMediaFolders;
+	unsigned mStream = 0;
+	bool mAsJson = false;
+};
+
 } // namespace
 
-InfoCommand::InfoCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "info",
-		  "Show the format and length of a sound file or movie, or the contents of a timeline")
+std::unique_ptr<Command> MakeInfoCommand(CLI::App& ioProgram)
 {
-	GetParser()
-		.add_option("INPUT", mInput,
-			"Sound file or movie, - for the standard input, or timeline (.otio, .otioz, .otiod)")
-		->option_text("(required)")
-		->required();
-	GetParser()
-		.add_option("--media", mMediaFolders,
-			"Folder to search for media that are not found at their own paths; can be given more than once")
-		->option_text("DIR ...")
-		->allow_extra_args(false);
-	AddStreamOption(GetParser(), mStream);
-	GetParser().add_flag("--json", mAsJson, "Print the result as JSON");
-	GroupByInput(GetParser(), {"--stream"}, {"--media"});
-	// Without one of its own a command would show that of the program.
-	GetParser().footer("Examples:\n"
-					   "  sonaro info interview.wav\n"
-					   "  sonaro info edit.otio --media /mnt/sound\n"
-					   "  sonaro render edit.otio -o - | sonaro info -");
-}
-
-std::string InfoCommand::DescribeInputs() const
-{
-	return "info accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as MOV, MP4, MKV "
-		   "and MXF) and timelines (.otio, .otioz, "
-		   ".otiod)";
-}
-
-int InfoCommand::Run()
-{
-	if (SonaroHost::Otio::IsTimelinePath(mInput))
-	{
-		std::vector<std::filesystem::path> const folders(mMediaFolders.begin(), mMediaFolders.end());
-		RefuseGroup(GetParser(), kForSoundFiles,
-			"applies only to sound files and movies; a timeline sets this itself");
-		return TellOfTimeline(mInput, folders, mAsJson);
-	}
-	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
-	AudioFileInfo const info = SonaroHost::InspectAudioFile(mInput, mStream);
-	PrintResult(mAsJson ? DescribeForMachines(info) : DescribeForPeople(info));
-	return kExitSuccess;
+	return std::make_unique<InfoCommand>(ioProgram);
 }
 
 } // namespace SonaroCommand

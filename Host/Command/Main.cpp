@@ -1,8 +1,4 @@
 #include "Command.h"
-#include "GraphCommand.h"
-#include "InfoCommand.h"
-#include "LoudnessCommand.h"
-#include "RenderCommand.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Media/NoSoundError.h"
@@ -10,14 +6,12 @@
 #include "Terminal/OperatingSystem.h"
 #include "Terminal/StopSignals.h"
 #include "Terminal/UsageError.h"
-#include "WaveformCommand.h"
 
 #include <exception>
 #include <memory>
 #include <new>
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace
 {
@@ -117,12 +111,8 @@ int main(int inCount, char** inArguments)
 	program.require_subcommand(1);
 	program.footer(kFooter);
 
-	std::vector<std::unique_ptr<Command>> commands;
-	commands.push_back(std::make_unique<RenderCommand>(program));
-	commands.push_back(std::make_unique<WaveformCommand>(program));
-	commands.push_back(std::make_unique<LoudnessCommand>(program));
-	commands.push_back(std::make_unique<InfoCommand>(program));
-	commands.push_back(std::make_unique<GraphCommand>(program));
+	std::unique_ptr<Command> const commands[] = {MakeRenderCommand(program), MakeWaveformCommand(program),
+		MakeLoudnessCommand(program), MakeInfoCommand(program), MakeGraphCommand(program)};
 	try
 	{
 		program.parse(inCount, inArguments);

@@ -1,6 +1,7 @@
-#include "RenderCommand.h"
+#include "Command.h"
 
 #include "Options/OptionGroups.h"
+#include "Options/RenderOptions.h"
 #include "Options/SharedOptions.h"
 #include "Page/PagePictures.h"
 #include "Page/ReportPage.h"
@@ -11,13 +12,18 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Render/ClipRenderJob.h"
 #include "Terminal/Console.h"
 #include "Terminal/OperatingSystem.h"
 #include "Terminal/RunJob.h"
+#include "TimelineRender.h"
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace SonaroCommand
 {
@@ -59,303 +65,325 @@ SN::AudioChannelMix::MixdownType51 GetMixdown(std::string const& inName)
 									: SN::AudioChannelMix::kMixdownFrontRearLFE;
 }
 
-} // namespace
-
-RenderCommand::RenderCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "render", "Render sound files, joined end to end, or a timeline"),
-	  mTimeline(GetParser(), mOptions)
+class RenderCommand final : public Command
 {
-	AddFileOptions();
-	AddSoundOptions();
-	AddLevelOptions();
-	AddChannelOptions();
-	mTimeline.AddOptions();
-	GroupByInput(GetParser(),
-		{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--stream", "--channels",
-			"--pan", "--mixdown"},
-		{"--range", "--stems", "--media", "--fades", "--strict"});
-	GetParser().footer(
-		std::string(kTimesHelp) +
-		"\n\n"
-		"Examples:\n"
-		"  sonaro render interview.flac -o interview.wav\n"
-		"  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
-		"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
-		"  sonaro render music.flac -o jingle.wav --duration 12 --fade-in 0.05 --fade-out 3\n"
-		"  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
-		"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
-		"  sonaro render music.flac -o music.wav --as-playback\n"
-		"  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
-		"  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5\n"
-		"  sonaro render edit.otio -o mix.wav --normalize -16 --limit-dbtp -1 --report mix.json\n"
-		"  sonaro render edit.otio -o mix.wav --report mix.html\n"
-		"  sonaro render edit.otio -o stems --stems track --range 01:00:10:00+20");
-}
-
-void RenderCommand::AddFileOptions()
-{
-	Add("INPUT", mInputs, "(required) ...",
-		"One or more sound files or movies, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, "
-		"MP3, MOV, MP4, MKV, MXF ...), - for the standard input, or a single timeline (.otio, .otioz, "
-		".otiod)")
-		->required();
-	Add("--at", mPositions, "TIME ...",
-		"Start of an input, once per input, in order; --speed divides it. Gaps are silent, and where inputs "
-		"overlap, the one given later is heard")
-		->allow_extra_args(false);
-	Add("-o,--output", mOptions.mOutput, "OUTPUT (required)",
-		"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
-		"output")
-		->required();
-	Add("--format", mOptions.mFormat, "NAME",
-		"Output format: wav, aiff, flac or caf (default: by the ending of OUTPUT)")
-		->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
-	Add("--bits", mOptions.mBits, "BITS", "Sample format: 16, 24 or 32f (float) (default: 32f; for FLAC 24)")
-		->check(CLI::IsMember({"16", "24", "32f"}));
-	Add("--dither", mOptions.mDither, "KIND",
-		"Dither: tpdf or none (default: tpdf if samples are rounded to 16 bits, else none)")
-		->check(CLI::IsMember({"tpdf", "none"}));
-	AddFlag("--no-overwrite", mOptions.mKeepsOldFile, "Fail if an output file already exists");
-}
-
-void RenderCommand::AddSoundOptions()
-{
-	Add("--start", mStart, "TIME", "Where to start in a single input");
-	Add("--duration", mDuration, "TIME", "How much of a single input to render, at most to its end");
-	AddFlag("--reverse", mIsReverse, "Render in reverse");
-	Add("--block", mOptions.mBlockFrames, "SAMPLES", "Block size in samples, 1 to 262144 (default: 4096)")
-		->check(CLI::Range(1u, kMaxBlockFrames));
-	Add("--jobs", mOptions.mJobs, "N",
-		"Number of threads, 1 to 256; the output and the report are the same for any number (default: one "
-		"for "
-		"each core that the process may use)")
-		->check(CLI::Range(1u, kMostJobs));
-	AddFlag("--as-playback", mIsPlayback,
-		"Read ahead on another thread, as during playback, and report misses; the output is the same");
-	Add("--speed", mSpeed, "S",
-		"Playback speed, 0.01 to 100, by resampling, so that pitch follows: 2 is an octave up and half as "
-		"long");
-	Add("--rate", mOptions.mSampleRate, "HZ",
-		"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first input; of a "
-		"timeline, that of most clips)");
-	Add("--resampling", mOptions.mResampling, "NAME",
-		"How other sample rates and speeds are converted: exact, draft (faster, -100 dB of noise instead of "
-		"-140) "
-		"or engine (the interpolation of the real-time engine) (default: exact)")
-		->check(CLI::IsMember({"exact", "draft", "engine"}));
-}
-
-void RenderCommand::AddLevelOptions()
-{
-	Add("--gain-db", mOptions.mGainDecibels, "DB",
-		"Gain in dB, -200 to 200; cannot be combined with --normalize");
-	Add("--normalize", mOptions.mLevels.mNormalizeLoudness, "LUFS",
-		"Target integrated loudness in LUFS, -70 to 0, such as -16; with stems, that of the mix");
-	Add("--limit-dbtp", mOptions.mLevels.mLimitDecibels, "DB",
-		"Limit true peaks of each file, in dBTP, -60 to 20, such as -1 (default: no limit)");
-	Add("--fade-in", mOptions.mFadeIn, "TIME", "Fade in at the start of each file, linear in amplitude");
-	Add("--fade-out", mOptions.mFadeOut, "TIME",
-		"Fade out at the end of each file, linear in amplitude; the last sample is silent");
-}
-
-void RenderCommand::AddChannelOptions()
-{
-	AddStreamOption(GetParser(), mStream);
-	Add("--channels", mChannels, "LIST",
-		"Channels of a single input to use, from 1, in their new order, like 2,1");
-	Add("--layout", mOptions.mLayout, "NAME",
-		"Output layout: mono, stereo, 5.1, or a number of channels without speaker positions, in order "
-		"(default: the widest layout of the inputs; of a timeline, its own, or stereo)");
-	Add("--pan", mPan, "X",
-		"Pan, 0 (left) to 1 (right), 0.5 is the centre; mono becomes stereo (in timelines: -1 to 1)");
-	Add("--mixdown", mMixdown, "NAME",
-		"Channels of 5.1 to mix down to mono or stereo: front, front-rear, front-lfe or all (default: front)")
-		->check(CLI::IsMember({"front", "front-rear", "front-lfe", "all"}));
-	Add("--report", mOptions.mReport, "FILE",
-		"Write a report of positions, loudness and, for a timeline, its clips, tracks and notes: as JSON, "
-		"or, if "
-		"FILE ends "
-		"in .html, as a page with the waveform and the loudness over time; the waveform takes another pass");
-	AddFlag("--quiet", mOptions.mIsQuiet, "Print only warnings and errors");
-	AddFlag("--json", mOptions.mAsJson, "Print the summary as JSON");
-}
-
-std::string RenderCommand::DescribeInputs() const
-{
-	return "render accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as MOV, MP4, MKV "
-		   "and MXF) and timelines (.otio, .otioz, "
-		   ".otiod)";
-}
-
-int RenderCommand::Run()
-{
-	mOptions.mJobs = mOptions.mJobs.value_or(std::min(CountUsableCores(), kMostJobs));
-	if (mTimeline.IsMeant(mInputs))
+public:
+	explicit RenderCommand(CLI::App& ioProgram)
+		: Command(ioProgram, "render", "Render sound files, joined end to end, or a timeline"),
+		  mTimeline(GetParser(), mOptions)
 	{
-		CheckOptionsFitTimelines();
-		return mTimeline.Run(mInputs.front());
+		AddFileOptions();
+		AddSoundOptions();
+		AddLevelOptions();
+		AddChannelOptions();
+		mTimeline.AddOptions();
+		GroupByInput(GetParser(),
+			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--stream",
+				"--channels", "--pan", "--mixdown"},
+			{"--range", "--stems", "--media", "--fades", "--strict"});
+		GetParser().footer(
+			std::string(kTimesHelp) +
+			"\n\n"
+			"Examples:\n"
+			"  sonaro render interview.flac -o interview.wav\n"
+			"  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
+			"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
+			"  sonaro render music.flac -o jingle.wav --duration 12 --fade-in 0.05 --fade-out 3\n"
+			"  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
+			"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
+			"  sonaro render music.flac -o music.wav --as-playback\n"
+			"  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
+			"  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5\n"
+			"  sonaro render edit.otio -o mix.wav --normalize -16 --limit-dbtp -1 --report mix.json\n"
+			"  sonaro render edit.otio -o mix.wav --report mix.html\n"
+			"  sonaro render edit.otio -o stems --stems track --range 01:00:10:00+20");
 	}
-	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
-	MakeRoomForOutputs({mOptions.mOutput, mOptions.mReport});
-	ClipRenderJob job(MakeRequest());
-	CheckReport(mOptions, ReportFolder::kIsThere);
-	WarnOfInputs(job);
-	Report(job, RunJob(job, job.GetSampleRate(), mOptions.mIsQuiet));
-	return kExitSuccess;
-}
 
-void RenderCommand::WarnOfInputs(ClipRenderJob const& inJob)
-{
-	for (PlannedClip const& clip : inJob.GetPlan().GetClips())
+	int Run() override
 	{
-		AudioFileInfo const& info = clip.GetInfo();
-		if (!info.mStatesLength)
+		mOptions.mJobs = mOptions.mJobs.value_or(std::min(CountUsableCores(), kMostJobs));
+		if (mTimeline.IsMeant(mInputs))
 		{
-			PrintWarning(QuoteInput(info.mPath) + " states no length in its header; using the " +
-						 FormatCount(info.mFrames, "sample") + " that can be read");
+			CheckOptionsFitTimelines();
+			return mTimeline.Run(mInputs.front());
 		}
-		for (std::string const& remark : info.mRemarks)
-		{
-			PrintWarning(QuoteInput(info.mPath) + ": " + remark);
-		}
+		RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
+		MakeRoomForOutputs({mOptions.mOutput, mOptions.mReport});
+		ClipRenderJob job(MakeRequest());
+		CheckReport(mOptions, ReportFolder::kIsThere);
+		WarnOfInputs(job);
+		Report(job, RunJob(job, job.GetSampleRate(), mOptions.mIsQuiet));
+		return kExitSuccess;
 	}
-}
 
-void RenderCommand::CheckOptionsFitTimelines()
-{
-	constexpr char const* kWhy = "applies only to sound files; a timeline sets this itself";
-	for (char const* const name : {"--start", "--duration"})
+private:
+	void AddFileOptions()
 	{
-		if (GetParser().get_option(name)->count() > 0)
-		{
-			Refuse(std::string(name) + " " + kWhy + "; use --range to render a part of it");
-		}
+		Add("INPUT", mInputs, "(required) ...",
+			"One or more sound files or movies, joined end to end (WAV, AIFF, FLAC, CAF, Ogg Vorbis, Opus, "
+			"MP3, MOV, MP4, MKV, MXF ...), - for the standard input, or a single timeline (.otio, .otioz, "
+			".otiod)")
+			->required();
+		Add("--at", mPositions, "TIME ...",
+			"Start of an input, once per input, in order; --speed divides it. Gaps are silent, and where "
+			"inputs overlap, the one given later is heard")
+			->allow_extra_args(false);
+		Add("-o,--output", mOptions.mOutput, "OUTPUT (required)",
+			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+			"output")
+			->required();
+		Add("--format", mOptions.mFormat, "NAME",
+			"Output format: wav, aiff, flac or caf (default: by the ending of OUTPUT)")
+			->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
+		Add("--bits", mOptions.mBits, "BITS",
+			"Sample format: 16, 24 or 32f (float) (default: 32f; for FLAC 24)")
+			->check(CLI::IsMember({"16", "24", "32f"}));
+		Add("--dither", mOptions.mDither, "KIND",
+			"Dither: tpdf or none (default: tpdf if samples are rounded to 16 bits, else none)")
+			->check(CLI::IsMember({"tpdf", "none"}));
+		AddFlag("--no-overwrite", mOptions.mKeepsOldFile, "Fail if an output file already exists");
 	}
-	RefuseGroup(GetParser(), kForSoundFiles, kWhy);
-}
 
-ClipRenderRequest RenderCommand::MakeRequest() const
-{
-	ClipRenderRequest request;
-	mOptions.Fill(request);
-	request.mInputs = MakeInputs();
-	request.mContainer = mOptions.ChooseContainer();
-	request.mLayout = MakeLayoutRequest();
-	request.mDirection = mIsReverse ? RenderDirection::kReverse : RenderDirection::kForward;
-	request.mSpeed = mSpeed;
-	request.mSampleRate = mOptions.mSampleRate;
-	request.mResampling = mOptions.ChooseResampling();
-	request.mAsPlayback = mIsPlayback;
-	return request;
-}
+	void AddSoundOptions()
+	{
+		Add("--start", mStart, "TIME", "Where to start in a single input");
+		Add("--duration", mDuration, "TIME", "How much of a single input to render, at most to its end");
+		AddFlag("--reverse", mIsReverse, "Render in reverse");
+		Add("--block", mOptions.mBlockFrames, "SAMPLES", "Block size in samples, 1 to 262144 (default: 4096)")
+			->check(CLI::Range(1u, kMaxBlockFrames));
+		Add("--jobs", mOptions.mJobs, "N",
+			"Number of threads, 1 to 256; the output and the report are the same for any number (default: "
+			"one for each core that the process may use)")
+			->check(CLI::Range(1u, kMostJobs));
+		AddFlag("--as-playback", mIsPlayback,
+			"Read ahead on another thread, as during playback, and report misses; the output is the same");
+		Add("--speed", mSpeed, "S",
+			"Playback speed, 0.01 to 100, by resampling, so that pitch follows: 2 is an octave up and half "
+			"as long");
+		Add("--rate", mOptions.mSampleRate, "HZ",
+			"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first input; "
+			"of a timeline, that of most clips)");
+		Add("--resampling", mOptions.mResampling, "NAME",
+			"How other sample rates and speeds are converted: exact, draft (faster, -100 dB of noise instead "
+			"of -140) or engine (the interpolation of the real-time engine) (default: exact)")
+			->check(CLI::IsMember({"exact", "draft", "engine"}));
+	}
 
-std::vector<ClipInput> RenderCommand::MakeInputs() const
-{
-	if (!mPositions.empty() && mPositions.size() != mInputs.size())
+	void AddLevelOptions()
 	{
-		Refuse("--at is given " + FormatCount(mPositions.size(), "time") + " for " +
-			   FormatCount(mInputs.size(), "input") + "; give it once per input, or not at all");
+		Add("--gain-db", mOptions.mGainDecibels, "DB",
+			"Gain in dB, -200 to 200; cannot be combined with --normalize");
+		Add("--normalize", mOptions.mLevels.mNormalizeLoudness, "LUFS",
+			"Target integrated loudness in LUFS, -70 to 0, such as -16; with stems, that of the mix");
+		Add("--limit-dbtp", mOptions.mLevels.mLimitDecibels, "DB",
+			"Limit true peaks of each file, in dBTP, -60 to 20, such as -1 (default: no limit)");
+		Add("--fade-in", mOptions.mFadeIn, "TIME", "Fade in at the start of each file, linear in amplitude");
+		Add("--fade-out", mOptions.mFadeOut, "TIME",
+			"Fade out at the end of each file, linear in amplitude; the last sample is silent");
 	}
-	std::vector<ClipInput> inputs;
-	if (mInputs.size() == 1)
+
+	void AddChannelOptions()
 	{
-		inputs.push_back(MakeOnlyInput());
+		AddStreamOption(GetParser(), mStream);
+		Add("--channels", mChannels, "LIST",
+			"Channels of a single input to use, from 1, in their new order, like 2,1");
+		Add("--layout", mOptions.mLayout, "NAME",
+			"Output layout: mono, stereo, 5.1, or a number of channels without speaker positions, in order "
+			"(default: the widest layout of the inputs; of a timeline, its own, or stereo)");
+		Add("--pan", mPan, "X",
+			"Pan, 0 (left) to 1 (right), 0.5 is the centre; mono becomes stereo (in timelines: -1 to 1)");
+		Add("--mixdown", mMixdown, "NAME",
+			"Channels of 5.1 to mix down to mono or stereo: front, front-rear, front-lfe or all (default: "
+			"front)")
+			->check(CLI::IsMember({"front", "front-rear", "front-lfe", "all"}));
+		Add("--report", mOptions.mReport, "FILE",
+			"Write a report of positions, loudness and, for a timeline, its clips, tracks and notes: as "
+			"JSON, or, if FILE ends in .html, as a page with the waveform and the loudness over time; the "
+			"waveform takes another pass");
+		AddFlag("--quiet", mOptions.mIsQuiet, "Print only warnings and errors");
+		AddFlag("--json", mOptions.mAsJson, "Print the summary as JSON");
 	}
-	else
+
+	// Of what is known of them before the render.
+	static void WarnOfInputs(ClipRenderJob const& inJob)
 	{
-		if (mStream != 0)
+		for (PlannedClip const& clip : inJob.GetPlan().GetClips())
 		{
-			Refuse("--stream applies only to a single input; render the streams to separate files first");
-		}
-		for (auto const& [option, text] : {std::pair("--start", &mStart), std::pair("--duration", &mDuration),
-				 std::pair("--channels", &mChannels)})
-		{
-			if (!text->empty())
+			AudioFileInfo const& info = clip.GetInfo();
+			if (!info.mStatesLength)
 			{
-				Refuse(std::string(option) +
-					   " applies only to a single input; render the parts to separate files first");
+				PrintWarning(QuoteInput(info.mPath) + " states no length in its header; using the " +
+							 FormatCount(info.mFrames, "sample") + " that can be read");
+			}
+			for (std::string const& remark : info.mRemarks)
+			{
+				PrintWarning(QuoteInput(info.mPath) + ": " + remark);
 			}
 		}
-		for (std::string const& path : mInputs)
+	}
+
+	// Throws a HostError for an option that a timeline has no use for.
+	void CheckOptionsFitTimelines()
+	{
+		constexpr char const* kWhy = "applies only to sound files; a timeline sets this itself";
+		for (char const* const name : {"--start", "--duration"})
 		{
-			inputs.emplace_back().mPath = path;
+			if (GetParser().get_option(name)->count() > 0)
+			{
+				Refuse(std::string(name) + " " + kWhy + "; use --range to render a part of it");
+			}
+		}
+		RefuseGroup(GetParser(), kForSoundFiles, kWhy);
+	}
+
+	// The options as the library takes them; throws a HostError for one that makes no sense.
+	ClipRenderRequest MakeRequest() const
+	{
+		ClipRenderRequest request;
+		mOptions.Fill(request);
+		request.mInputs = MakeInputs();
+		request.mContainer = mOptions.ChooseContainer();
+		request.mLayout = MakeLayoutRequest();
+		request.mDirection = mIsReverse ? RenderDirection::kReverse : RenderDirection::kForward;
+		request.mSpeed = mSpeed;
+		request.mSampleRate = mOptions.mSampleRate;
+		request.mResampling = mOptions.ChooseResampling();
+		request.mAsPlayback = mIsPlayback;
+		return request;
+	}
+
+	std::vector<ClipInput> MakeInputs() const
+	{
+		if (!mPositions.empty() && mPositions.size() != mInputs.size())
+		{
+			Refuse("--at is given " + FormatCount(mPositions.size(), "time") + " for " +
+				   FormatCount(mInputs.size(), "input") + "; give it once per input, or not at all");
+		}
+		std::vector<ClipInput> inputs;
+		if (mInputs.size() == 1)
+		{
+			inputs.push_back(MakeOnlyInput());
+		}
+		else
+		{
+			if (mStream != 0)
+			{
+				Refuse("--stream applies only to a single input; render the streams to separate files first");
+			}
+			for (auto const& [option, text] : {std::pair("--start", &mStart),
+					 std::pair("--duration", &mDuration), std::pair("--channels", &mChannels)})
+			{
+				if (!text->empty())
+				{
+					Refuse(std::string(option) +
+						   " applies only to a single input; render the parts to separate files first");
+				}
+			}
+			for (std::string const& path : mInputs)
+			{
+				inputs.emplace_back().mPath = path;
+			}
+		}
+		for (std::size_t i = 0; i < mPositions.size(); ++i)
+		{
+			inputs[i].mPosition = ParseTime("--at", mPositions[i]);
+		}
+		return inputs;
+	}
+
+	ClipInput MakeOnlyInput() const
+	{
+		ClipInput input;
+		input.mPath = mInputs.front();
+		input.mStream = mStream;
+		input.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
+		input.mDuration = ParseTimeIfGiven("--duration", mDuration);
+		if (!mChannels.empty())
+		{
+			input.mChannels = ParseChannels(mChannels);
+		}
+		return input;
+	}
+
+	LayoutRequest MakeLayoutRequest() const
+	{
+		LayoutRequest request;
+		request.mLayout = mOptions.ParseLayout();
+		request.mPan = mPan;
+		if (!mMixdown.empty())
+		{
+			request.mMixdown = GetMixdown(mMixdown);
+		}
+		return request;
+	}
+
+	// Warnings, and the summary in the form that was asked for.
+	void Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
+	{
+		WarnOfLevels(inSummary);
+		WarnOfDamage(inSummary);
+		if (inSummary.mPlayback)
+		{
+			WarnOfMisses(*inSummary.mPlayback);
+		}
+		if (!mOptions.mReport.empty())
+		{
+			WriteReport(mOptions, DescribeReport(inJob, inSummary));
+		}
+		if (mOptions.mAsJson || !mOptions.mIsQuiet)
+		{
+			PrintResult(mOptions.mAsJson ? SummarizeForMachines(mInputs, mOptions.mOutput, inJob, inSummary)
+										 : SummarizeForPeople(mInputs, mOptions.mOutput, inJob, inSummary));
 		}
 	}
-	for (std::size_t i = 0; i < mPositions.size(); ++i)
-	{
-		inputs[i].mPosition = ParseTime("--at", mPositions[i]);
-	}
-	return inputs;
-}
 
-ClipInput RenderCommand::MakeOnlyInput() const
-{
-	ClipInput input;
-	input.mPath = mInputs.front();
-	input.mStream = mStream;
-	input.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
-	input.mDuration = ParseTimeIfGiven("--duration", mDuration);
-	if (!mChannels.empty())
+	// What --report writes.
+	std::string DescribeReport(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
 	{
-		input.mChannels = ParseChannels(mChannels);
-	}
-	return input;
-}
-
-LayoutRequest RenderCommand::MakeLayoutRequest() const
-{
-	LayoutRequest request;
-	request.mLayout = mOptions.ParseLayout();
-	request.mPan = mPan;
-	if (!mMixdown.empty())
-	{
-		request.mMixdown = GetMixdown(mMixdown);
-	}
-	return request;
-}
-
-void RenderCommand::Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
-{
-	WarnOfLevels(inSummary);
-	WarnOfDamage(inSummary);
-	if (inSummary.mPlayback)
-	{
-		WarnOfMisses(*inSummary.mPlayback);
-	}
-	if (!mOptions.mReport.empty())
-	{
-		WriteReport(mOptions, DescribeReport(inJob, inSummary));
-	}
-	if (mOptions.mAsJson || !mOptions.mIsQuiet)
-	{
-		PrintResult(mOptions.mAsJson ? DescribeForMachines(mInputs, mOptions.mOutput, inJob, inSummary)
-									 : DescribeForPeople(mInputs, mOptions.mOutput, inJob, inSummary));
-	}
-}
-
-std::string RenderCommand::DescribeReport(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
-{
-	Json const report = MakeReport(mInputs, inJob, inSummary, mOptions.mLevels);
-	if (!mOptions.WantsPage())
-	{
-		return ToText(report);
-	}
-	Page::ReportPictures pictures = Page::MakePictures(mOptions, inSummary, {});
-	Page::AddFileWaveform(mOptions.mOutput, mOptions.mIsQuiet, pictures);
-	return Page::MakeReportPage(report, pictures);
-}
-
-void RenderCommand::WarnOfMisses(PlaybackSummary const& inPlayback) const
-{
-	for (std::size_t i = 0; i < mInputs.size(); ++i)
-	{
-		if (std::uint64_t const missed = inPlayback.mMissedFramesOfInputs[i]; missed > 0)
+		Json const report = MakeReport(mInputs, inJob, inSummary, mOptions.mLevels);
+		if (!mOptions.WantsPage())
 		{
-			PrintWarning(FormatCount(missed, "sample") + " of " + QuotePath(mInputs[i]) +
-						 (missed == 1 ? " was not read in time and is" : " were not read in time and are") +
-						 " silent in " + QuotePath(mOptions.mOutput));
+			return ToText(report);
+		}
+		Page::ReportPictures pictures = Page::MakePictures(mOptions, inSummary, {});
+		Page::AddFileWaveform(mOptions.mOutput, mOptions.mIsQuiet, pictures);
+		return Page::MakeReportPage(report, pictures);
+	}
+
+	void WarnOfMisses(PlaybackSummary const& inPlayback) const
+	{
+		for (std::size_t i = 0; i < mInputs.size(); ++i)
+		{
+			if (std::uint64_t const missed = inPlayback.mMissedFramesOfInputs[i]; missed > 0)
+			{
+				PrintWarning(
+					FormatCount(missed, "sample") + " of " + QuotePath(mInputs[i]) +
+					(missed == 1 ? " was not read in time and is" : " were not read in time and are") +
+					" silent in " + QuotePath(mOptions.mOutput));
+			}
 		}
 	}
+
+	std::vector<std::string> mInputs;
+	RenderOptions mOptions;
+	TimelineRender mTimeline;
+	std::vector<std::string> mPositions;
+	std::string mStart;
+	std::string mDuration;
+	unsigned mStream = 0;
+	std::string mChannels;
+	std::optional<double> mPan;
+	std::string mMixdown;
+	bool mIsReverse = false;
+	double mSpeed = 1.0;
+	bool mIsPlayback = false;
+};
+
+} // namespace
+
+std::unique_ptr<Command> MakeRenderCommand(CLI::App& ioProgram)
+{
+	return std::make_unique<RenderCommand>(ioProgram);
 }
 
 } // namespace SonaroCommand

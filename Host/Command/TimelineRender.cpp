@@ -47,8 +47,7 @@ void TimelineRender::AddOptions()
 	mParser
 		.add_option("--range", mRange,
 			"Render only this part: START..END, START.., ..END, START+DURATION or the name of a marker. "
-			"START and END "
-			"are times, timecode or names of markers")
+			"START and END are times, timecode or names of markers")
 		->option_text("RANGE");
 	mParser.add_option("--stems", mStems, "Write one file per track or per marker into the folder OUTPUT")
 		->option_text("WHAT")
@@ -56,11 +55,9 @@ void TimelineRender::AddOptions()
 	AddTimelineOptions(mParser, mMediaFolders, mFades);
 	mParser
 		.add_flag("--strict", mStrict,
-			"Fail with exit code 1, and write only the report, if media are missing "
-			"(--strict=media), or "
+			"Fail with exit code 1, and write only the report, if media are missing (--strict=media), or "
 			"also if anything was guessed, ignored or not read (--strict or --strict=all). Without it, "
-			"missing "
-			"media are rendered as silence, with exit code 3")
+			"missing media are rendered as silence, with exit code 3")
 		->check(CheckStrictness);
 }
 

@@ -1,4 +1,4 @@
-#include "WaveformCommand.h"
+#include "Command.h"
 
 #include "Options/OptionGroups.h"
 #include "Options/SharedOptions.h"
@@ -8,6 +8,8 @@
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Render/TimelineWaveformJob.h"
+#include "SonaroHost/Render/WaveformJob.h"
 #include "Terminal/Console.h"
 #include "Terminal/RunJob.h"
 
@@ -15,6 +17,9 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace SonaroCommand
 {
@@ -138,192 +143,225 @@ std::string DescribeForMachines(std::string const& inInput, std::string const& i
 		{"bands", inSummary.mBands}, {"elapsedSeconds", inSummary.mElapsedSeconds}});
 }
 
-} // namespace
-
-WaveformCommand::WaveformCommand(CLI::App& ioProgram)
-	: Command(ioProgram, "waveform", "Draw the waveform of a sound file or timeline, or write it as data"),
-	  mHeight(WaveformStyle().mHeight),
-	  mFloorDecibels(WaveformStyle().mFloorDecibels)
+class WaveformCommand final : public Command
 {
-	AddFileOptions();
-	AddRangeOptions();
-	AddPictureOptions();
-	AddTimelineOptions(GetParser(), mMediaFolders, mFades);
-	GroupByInput(GetParser(),
-		{"--start", "--duration", "--samples-per-column", "--stream", "--channels", "--bits"},
-		{"--media", "--fades"});
-	GetParser().footer(
-		"PNG and SVG are pictures; JSON and DAT hold minima and maxima for waveform viewers in browsers,\n"
-		"in version 2 of their format.\n" +
-		std::string(kTimesHelp) +
-		"\n\n"
-		"Examples:\n"
-		"  sonaro waveform interview.flac -o interview.png\n"
-		"  sonaro waveform music.mp3 -o music.svg --width 800 --height 120 --channels merged\n"
-		"  sonaro waveform quiet.wav -o quiet.png --scale db --floor-db -72 --background none\n"
-		"  sonaro waveform music.wav -o verse.png --start 1:02.5 --duration 30\n"
-		"  sonaro waveform podcast.wav -o podcast.dat --samples-per-column 512 --bits 8\n"
-		"  sonaro waveform edit.otio -o edit.svg --theme dark");
-}
-
-void WaveformCommand::AddFileOptions()
-{
-	Add("INPUT", mInput, "(required)",
-		"Sound file or movie, - for the standard input, or timeline (.otio, .otioz, .otiod)")
-		->required();
-	Add("-o,--output", mOutput, "OUTPUT (required)",
-		"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
-		"output, "
-		"with --format")
-		->required();
-	Add("--format", mFormat, "NAME",
-		"Output format: png, svg, json or dat (default: by the ending of OUTPUT)")
-		->check(CLI::IsMember({"png", "svg", "json", "dat"}, CLI::ignore_case));
-	AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
-}
-
-void WaveformCommand::AddRangeOptions()
-{
-	Add("--start", mStart, "TIME", "Where in the input to start");
-	Add("--duration", mDuration, "TIME", "How much of the input to show, at most to its end");
-	CLI::Option* const width = Add("--width", mWidth, "COLUMNS",
-		"Width in pixels, up to 32767 (default: 1200); for JSON and DAT, the most columns");
-	Add("--samples-per-column", mSamplesPerColumn, "SAMPLES",
-		"Samples per column, instead of --width (default for JSON and DAT: 256)")
-		->excludes(width);
-	AddStreamOption(GetParser(), mStream);
-	Add("--channels", mChannels, "HOW", "Show channels stacked, or merged into one (default: stacked)")
-		->check(CLI::IsMember({"stacked", "merged"}));
-}
-
-void WaveformCommand::AddPictureOptions()
-{
-	Add("--height", mHeight, "PIXELS",
-		"Height in pixels, up to 32767 (default: 240; of a timeline 28 to 80 for each track)");
-	Add("--theme", mTheme, "NAME", "Colours of pictures: light or dark (default: light)")
-		->check(CLI::IsMember({"light", "dark"}));
-	Add("--background", mBackground, "COLOUR",
-		"Colour of the background: #rrggbb, #rrggbbaa or none (default: #ffffff, in dark pictures #14171c)");
-	Add("--wave", mWave, "COLOUR",
-		"Colour between minimum and maximum (default: #24548a, in dark pictures #5e9cde)");
-	Add("--rms", mRms, "COLOUR", "Colour of the RMS (default: #7aaadc, in dark pictures #1a426e)");
-	Add("--scale", mScale, "NAME", "Scale of amplitudes: linear, or db for decibels (default: linear)")
-		->check(CLI::IsMember({"linear", "db"}));
-	Add("--floor-db", mFloorDecibels, "DB",
-		"Level at the centre line with --scale db, at least -1000 and below 0 (default: -60)");
-	Add("--bits", mBits, "BITS", "Bits per value in JSON and DAT, 8 or 16 (default: 16)")
-		->check(CLI::IsMember({8, 16}));
-	AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
-	AddFlag("--json", mAsJson, "Print the summary as JSON");
-}
-
-std::string WaveformCommand::DescribeInputs() const
-{
-	return "waveform accepts sound files (such as WAV, AIFF, FLAC, Ogg and MP3), movies (such as MOV, MP4, "
-		   "MKV and MXF) and timelines (.otio, .otioz, .otiod)";
-}
-
-template <class Request, class Summary>
-void WaveformCommand::Report(Request const& inRequest, Summary const& inSummary) const
-{
-	if (mAsJson || !mIsQuiet)
+public:
+	explicit WaveformCommand(CLI::App& ioProgram)
+		: Command(
+			  ioProgram, "waveform", "Draw the waveform of a sound file or timeline, or write it as data"),
+		  mHeight(WaveformStyle().mHeight),
+		  mFloorDecibels(WaveformStyle().mFloorDecibels)
 	{
-		PrintResult(mAsJson ? DescribeForMachines(mInput, mOutput, inRequest, inSummary)
-							: DescribeForPeople(mOutput, inRequest, inSummary));
+		AddFileOptions();
+		AddRangeOptions();
+		AddPictureOptions();
+		AddTimelineOptions(GetParser(), mMediaFolders, mFades);
+		GroupByInput(GetParser(),
+			{"--start", "--duration", "--samples-per-column", "--stream", "--channels", "--bits"},
+			{"--media", "--fades"});
+		GetParser().footer(
+			"PNG and SVG are pictures; JSON and DAT hold minima and maxima for waveform viewers in "
+			"browsers,\n"
+			"in version 2 of their format.\n" +
+			std::string(kTimesHelp) +
+			"\n\n"
+			"Examples:\n"
+			"  sonaro waveform interview.flac -o interview.png\n"
+			"  sonaro waveform music.mp3 -o music.svg --width 800 --height 120 --channels merged\n"
+			"  sonaro waveform quiet.wav -o quiet.png --scale db --floor-db -72 --background none\n"
+			"  sonaro waveform music.wav -o verse.png --start 1:02.5 --duration 30\n"
+			"  sonaro waveform podcast.wav -o podcast.dat --samples-per-column 512 --bits 8\n"
+			"  sonaro waveform edit.otio -o edit.svg --theme dark");
 	}
-}
 
-int WaveformCommand::Run()
-{
-	MakeRoomForOutputs({mOutput});
-	if (Otio::IsTimelinePath(mInput))
+	int Run() override
 	{
-		TimelineWaveformRequest const request = MakeTimelineRequest();
-		TimelineWaveformJob job(request);
-		WarnOfNotes(job.GetSequence().mMissing, {});
-		Report(request, RunJob(job, job.GetSampleRate(), mIsQuiet));
-		return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
-	}
-	RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
-	WaveformRequest const request = MakeRequest();
-	WaveformJob job(request);
-	Report(request, RunJob(job, job.GetInputInfo().mSampleRate, mIsQuiet));
-	return kExitSuccess;
-}
-
-WaveformRequest WaveformCommand::MakeRequest()
-{
-	WaveformRequest request;
-	request.mInput = mInput;
-	request.mStream = mStream;
-	request.mOutput = mOutput;
-	request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
-	CheckOptionsFit(request.mFormat);
-	request.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
-	request.mDuration = ParseTimeIfGiven("--duration", mDuration);
-	request.mWidth = mWidth;
-	request.mSamplesPerColumn = mSamplesPerColumn;
-	request.mChannels = mChannels == "merged" ? WaveformChannels::kMerged : WaveformChannels::kStacked;
-	request.mStyle = MakeStyle();
-	request.mBits = mBits;
-	request.mReplace = !mKeepsOldFile;
-	return request;
-}
-
-TimelineWaveformRequest WaveformCommand::MakeTimelineRequest()
-{
-	RefuseGroup(GetParser(), kForSoundFiles,
-		"applies only to sound files; a timeline is drawn whole, its channels merged");
-	TimelineWaveformRequest request;
-	request.mInput = mInput;
-	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
-	request.mOutput = mOutput;
-	request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
-	request.mOptions.mFadeShape = ParseFades(mFades);
-	if (mWidth)
-	{
-		request.mWidth = static_cast<unsigned>(std::clamp<std::int64_t>(*mWidth, 0, kMaxPictureSize + 1));
-	}
-	if (GetParser().get_option("--height")->count() > 0)
-	{
-		request.mHeight = mHeight;
-	}
-	request.mStyle = MakeStyle();
-	request.mReplace = !mKeepsOldFile;
-	return request;
-}
-
-WaveformStyle WaveformCommand::MakeStyle() const
-{
-	WaveformStyle style = WaveformStyle::Make(mTheme == "dark" ? PictureTheme::kDark : PictureTheme::kLight);
-	style.mHeight = mHeight;
-	ParseColour("--background", mBackground, style.mBackground);
-	ParseColour("--wave", mWave, style.mWave);
-	ParseColour("--rms", mRms, style.mRms);
-	style.mScale = mScale == "db" ? AmplitudeScale::kDecibels : AmplitudeScale::kLinear;
-	style.mFloorDecibels = mFloorDecibels;
-	return style;
-}
-
-void WaveformCommand::CheckOptionsFit(WaveformFormat inFormat)
-{
-	auto const isGiven = [this](char const* inName) { return GetParser().get_option(inName)->count() > 0; };
-	for (char const* const name :
-		{"--height", "--theme", "--background", "--wave", "--rms", "--scale", "--floor-db"})
-	{
-		if (!IsPicture(inFormat) && isGiven(name))
+		MakeRoomForOutputs({mOutput});
+		if (Otio::IsTimelinePath(mInput))
 		{
-			Refuse(std::string(name) + " applies only to pictures, not to " + GetFormatName(inFormat));
+			TimelineWaveformRequest const request = MakeTimelineRequest();
+			TimelineWaveformJob job(request);
+			WarnOfNotes(job.GetSequence().mMissing, {});
+			Report(request, RunJob(job, job.GetSampleRate(), mIsQuiet));
+			return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
+		}
+		RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
+		WaveformRequest const request = MakeRequest();
+		WaveformJob job(request);
+		Report(request, RunJob(job, job.GetInputInfo().mSampleRate, mIsQuiet));
+		return kExitSuccess;
+	}
+
+private:
+	void AddFileOptions()
+	{
+		Add("INPUT", mInput, "(required)",
+			"Sound file or movie, - for the standard input, or timeline (.otio, .otioz, .otiod)")
+			->required();
+		Add("-o,--output", mOutput, "OUTPUT (required)",
+			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
+			"output, with --format")
+			->required();
+		Add("--format", mFormat, "NAME",
+			"Output format: png, svg, json or dat (default: by the ending of OUTPUT)")
+			->check(CLI::IsMember({"png", "svg", "json", "dat"}, CLI::ignore_case));
+		AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
+	}
+
+	void AddRangeOptions()
+	{
+		Add("--start", mStart, "TIME", "Where in the input to start");
+		Add("--duration", mDuration, "TIME", "How much of the input to show, at most to its end");
+		CLI::Option* const width = Add("--width", mWidth, "COLUMNS",
+			"Width in pixels, up to 32767 (default: 1200); for JSON and DAT, the most columns");
+		Add("--samples-per-column", mSamplesPerColumn, "SAMPLES",
+			"Samples per column, instead of --width (default for JSON and DAT: 256)")
+			->excludes(width);
+		AddStreamOption(GetParser(), mStream);
+		Add("--channels", mChannels, "HOW", "Show channels stacked, or merged into one (default: stacked)")
+			->check(CLI::IsMember({"stacked", "merged"}));
+	}
+
+	void AddPictureOptions()
+	{
+		Add("--height", mHeight, "PIXELS",
+			"Height in pixels, up to 32767 (default: 240; of a timeline 28 to 80 for each track)");
+		Add("--theme", mTheme, "NAME", "Colours of pictures: light or dark (default: light)")
+			->check(CLI::IsMember({"light", "dark"}));
+		Add("--background", mBackground, "COLOUR",
+			"Colour of the background: #rrggbb, #rrggbbaa or none (default: #ffffff, in dark pictures "
+			"#14171c)");
+		Add("--wave", mWave, "COLOUR",
+			"Colour between minimum and maximum (default: #24548a, in dark pictures #5e9cde)");
+		Add("--rms", mRms, "COLOUR", "Colour of the RMS (default: #7aaadc, in dark pictures #1a426e)");
+		Add("--scale", mScale, "NAME", "Scale of amplitudes: linear, or db for decibels (default: linear)")
+			->check(CLI::IsMember({"linear", "db"}));
+		Add("--floor-db", mFloorDecibels, "DB",
+			"Level at the centre line with --scale db, at least -1000 and below 0 (default: -60)");
+		Add("--bits", mBits, "BITS", "Bits per value in JSON and DAT, 8 or 16 (default: 16)")
+			->check(CLI::IsMember({8, 16}));
+		AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
+		AddFlag("--json", mAsJson, "Print the summary as JSON");
+	}
+
+	// The options as the library takes them; throws a HostError for one that makes no sense.
+	WaveformRequest MakeRequest()
+	{
+		WaveformRequest request;
+		request.mInput = mInput;
+		request.mStream = mStream;
+		request.mOutput = mOutput;
+		request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
+		CheckOptionsFit(request.mFormat);
+		request.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
+		request.mDuration = ParseTimeIfGiven("--duration", mDuration);
+		request.mWidth = mWidth;
+		request.mSamplesPerColumn = mSamplesPerColumn;
+		request.mChannels = mChannels == "merged" ? WaveformChannels::kMerged : WaveformChannels::kStacked;
+		request.mStyle = MakeStyle();
+		request.mBits = mBits;
+		request.mReplace = !mKeepsOldFile;
+		return request;
+	}
+
+	TimelineWaveformRequest MakeTimelineRequest()
+	{
+		RefuseGroup(GetParser(), kForSoundFiles,
+			"applies only to sound files; a timeline is drawn whole, its channels merged");
+		TimelineWaveformRequest request;
+		request.mInput = mInput;
+		request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
+		request.mOutput = mOutput;
+		request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
+		request.mOptions.mFadeShape = ParseFades(mFades);
+		if (mWidth)
+		{
+			request.mWidth = static_cast<unsigned>(std::clamp<std::int64_t>(*mWidth, 0, kMaxPictureSize + 1));
+		}
+		if (GetParser().get_option("--height")->count() > 0)
+		{
+			request.mHeight = mHeight;
+		}
+		request.mStyle = MakeStyle();
+		request.mReplace = !mKeepsOldFile;
+		return request;
+	}
+
+	WaveformStyle MakeStyle() const
+	{
+		WaveformStyle style =
+			WaveformStyle::Make(mTheme == "dark" ? PictureTheme::kDark : PictureTheme::kLight);
+		style.mHeight = mHeight;
+		ParseColour("--background", mBackground, style.mBackground);
+		ParseColour("--wave", mWave, style.mWave);
+		ParseColour("--rms", mRms, style.mRms);
+		style.mScale = mScale == "db" ? AmplitudeScale::kDecibels : AmplitudeScale::kLinear;
+		style.mFloorDecibels = mFloorDecibels;
+		return style;
+	}
+
+	// Throws a HostError for an option that the format has no use for.
+	void CheckOptionsFit(WaveformFormat inFormat)
+	{
+		auto const isGiven = [this](char const* inName)
+		{ return GetParser().get_option(inName)->count() > 0; };
+		for (char const* const name :
+			{"--height", "--theme", "--background", "--wave", "--rms", "--scale", "--floor-db"})
+		{
+			if (!IsPicture(inFormat) && isGiven(name))
+			{
+				Refuse(std::string(name) + " applies only to pictures, not to " + GetFormatName(inFormat));
+			}
+		}
+		if (IsPicture(inFormat) && isGiven("--bits"))
+		{
+			Refuse("--bits applies only to JSON and DAT, not to " + std::string(GetFormatName(inFormat)));
+		}
+		if (isGiven("--floor-db") && mScale != "db")
+		{
+			Refuse("--floor-db needs --scale db");
 		}
 	}
-	if (IsPicture(inFormat) && isGiven("--bits"))
+
+	template <class Request, class Summary>
+	void Report(Request const& inRequest, Summary const& inSummary) const
 	{
-		Refuse("--bits applies only to JSON and DAT, not to " + std::string(GetFormatName(inFormat)));
+		if (mAsJson || !mIsQuiet)
+		{
+			PrintResult(mAsJson ? DescribeForMachines(mInput, mOutput, inRequest, inSummary)
+								: DescribeForPeople(mOutput, inRequest, inSummary));
+		}
 	}
-	if (isGiven("--floor-db") && mScale != "db")
-	{
-		Refuse("--floor-db needs --scale db");
-	}
+
+	std::string mInput;
+	std::string mOutput;
+	std::string mFormat;
+	std::string mStart;
+	std::string mDuration;
+	std::optional<std::int64_t> mWidth;
+	std::optional<std::int64_t> mSamplesPerColumn;
+	unsigned mStream = 0;
+	std::string mChannels = "stacked";
+	unsigned mHeight;
+	std::string mTheme;
+	std::string mBackground;
+	std::string mWave;
+	std::string mRms;
+	std::string mScale = "linear";
+	double mFloorDecibels;
+	int mBits = 16;
+	std::vector<std::string> mMediaFolders;
+	std::string mFades;
+	bool mKeepsOldFile = false;
+	bool mIsQuiet = false;
+	bool mAsJson = false;
+};
+
+} // namespace
+
+std::unique_ptr<Command> MakeWaveformCommand(CLI::App& ioProgram)
+{
+	return std::make_unique<WaveformCommand>(ioProgram);
 }
 
 } // namespace SonaroCommand

@@ -84,7 +84,7 @@ Json ListSoundFiles(ProgrammePlan const& inPlan)
 
 } // namespace
 
-std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
+std::string SummarizeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	return DescribeFormat(ShowOutput(inOutput), inSummary.GetFile(), inSummary, inJob.GetOutputLayout()) +
@@ -95,7 +95,7 @@ std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::str
 		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
 }
 
-std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
+std::string SummarizeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	RenderedFile const& file = inSummary.GetFile();

@@ -10,9 +10,9 @@ namespace SonaroCommand
 {
 
 // What a render came to. The names of the files are those that the user gave.
-std::string DescribeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
+std::string SummarizeForPeople(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary);
-std::string DescribeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
+std::string SummarizeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary);
 
 // What --report writes, in the shape that it has for timelines. inLevels: those that were asked for.
