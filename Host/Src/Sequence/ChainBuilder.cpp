@@ -122,8 +122,8 @@ Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, NumberPa
 	{
 		Refuse(mContext.mPlace, error.GetParts().mReason, error.GetParts().mRemedy);
 	}
-	return zorvcore::classref::MakeObject<PanStage>(PanStage::Layouts{mContext.mInput, inOutput},
-		ParameterFollower<float>(mTools.GetHeard(inPan), 0.0f), MakeClock());
+	return zorvcore::classref::MakeObject<PanStage>(
+		mContext.mInput, inOutput, ParameterFollower<float>(mTools.GetHeard(inPan), 0.0f), MakeClock());
 }
 
 } // namespace SonaroHost::Sequence

@@ -25,7 +25,8 @@ std::int64_t ChooseRoom(RateConverter const& inConverter, std::int64_t inBlock)
 } // namespace
 
 ConvertedContent::ConvertedContent(Settings const& inSettings)
-	: mSettings(inSettings),
+	: Implements({inSettings.mContent}),
+	  mSettings(inSettings),
 	  mNest(inSettings.mContent),
 	  mWindow(inSettings.mContent, inSettings.mFrameRate,
 		  ChooseRoom(*inSettings.mConverter, inSettings.mScratch->GetCapacity()), inSettings.mScratch),
@@ -38,8 +39,7 @@ ConvertedContent::ConvertedContent(Settings const& inSettings)
 SN::InterfaceRef<SN::IAudioGenerator> ConvertedContent::Clone()
 {
 	Settings settings = mSettings;
-	settings.mScratch = std::make_shared<dsp::AudioBuffer>(
-		mSettings.mScratch->GetNumChannels(), mSettings.mScratch->GetCapacity());
+	settings.mScratch = MakeAlike(*mSettings.mScratch);
 	settings.mContent = mSettings.mContent->Clone();
 	return zorvcore::classref::MakeObject<ConvertedContent>(settings);
 }
@@ -57,7 +57,7 @@ void ConvertedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 void ConvertedContent::Reset()
 {
 	mWindow.Forget();
-	mSettings.mContent->Reset();
+	ReadingNode::Reset();
 }
 
 void ConvertedContent::AccumulatePrefetchRequests(
@@ -149,14 +149,6 @@ void ConvertedContent::ReadPast(std::int64_t inFrame, unsigned inCount, bool inR
 		mWindow.MoveTo(first, std::clamp(before.mEnd, first, end), false);
 	}
 	mNest->SetUnheard(wasUnheard);
-}
-
-void ConvertedContent::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
-{
-	if (SN::InterfaceRef<SN::ILiveAudioParameterOwner> const owner = mSettings.mContent)
-	{
-		owner->CollectLiveParameters(outParameters);
-	}
 }
 
 } // namespace SonaroHost::Sequence

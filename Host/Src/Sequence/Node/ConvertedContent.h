@@ -1,10 +1,8 @@
 #pragma once
 
 #include "ContentWindow.h"
-#include "GraphTools.h"
+#include "ReadingNode.h"
 #include "SequenceNode.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 #include "SonaroHost/Media/RateConverter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -23,8 +21,7 @@ namespace SonaroHost::Sequence
 //          output is what an output before it would have read, and is not heard.
 // Silence  A channel is flagged where the content flags all that the outputs depend on.
 // Threads  As for the content. Nothing allocates after the constructor.
-class ConvertedContent final : public SN::Implements<ConvertedContent, SN::IAudioGenerator,
-								   SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
+class ConvertedContent final : public SN::Implements<ConvertedContent, ReadingNode>
 {
 public:
 	static constexpr SN::Identifier<ConvertedContent> kIdentifier{
@@ -50,22 +47,14 @@ public:
 	void Interrupt() { mWindow.Forget(); }
 
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
-	bool HasHistory() override { return mSettings.mContent->HasHistory(); }
-	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
-	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
 		SN::PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(
 		SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
-	void InitializeAudioFilters() override { mSettings.mContent->InitializeAudioFilters(); }
-	void ShutdownAudioFilters() override { mSettings.mContent->ShutdownAudioFilters(); }
-	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
 	std::u16string GetNodeName() override { return u"ConvertedContent"; }
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {mSettings.mContent}; }
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
 
 private:
 	bool MapDirection(bool inReverse) const { return inReverse != mSettings.mIsBackwards; }

@@ -9,7 +9,8 @@ namespace SonaroHost::Sequence
 {
 
 FadeItem::FadeItem(Settings const& inSettings)
-	: mSettings(inSettings)
+	: Implements({inSettings.mOutgoing.mItem, inSettings.mIncoming.mItem}),
+	  mSettings(inSettings)
 {
 }
 
@@ -33,8 +34,7 @@ SN::TickTime FadeItem::GetShift(Side const& inSide) const
 SN::InterfaceRef<SN::IAudioGenerator> FadeItem::Clone()
 {
 	Settings settings = mSettings;
-	settings.mScratch = std::make_shared<dsp::AudioBuffer>(
-		mSettings.mScratch->GetNumChannels(), mSettings.mScratch->GetCapacity());
+	settings.mScratch = MakeAlike(*mSettings.mScratch);
 	for (Side* const side : {&settings.mOutgoing, &settings.mIncoming})
 	{
 		if (side->mItem)
@@ -45,14 +45,6 @@ SN::InterfaceRef<SN::IAudioGenerator> FadeItem::Clone()
 	auto const clone = zorvcore::classref::MakeObject<FadeItem>(settings);
 	clone->Init(mStart, mEnd, mTrackItemStart, mSettings.mFrameRate);
 	return clone;
-}
-
-bool FadeItem::HasHistory()
-{
-	bool hasHistory = false;
-	ForEachItem([&](SN::IAudioGenerator& inItem, SN::TickTime const&)
-		{ hasHistory = hasHistory || inItem.HasHistory(); });
-	return hasHistory;
 }
 
 void FadeItem::Preroll(SN::TickTime const& inStartTime, bool inReverse)
@@ -112,21 +104,6 @@ void FadeItem::Read(Side const& inSide, bool inIsIncoming, SN::TickTime const& i
 	}
 }
 
-void FadeItem::Reset()
-{
-	ForEachItem([](SN::IAudioGenerator& ioItem, SN::TickTime const&) { ioItem.Reset(); });
-}
-
-void FadeItem::InitializeAudioFilters()
-{
-	ForEachItem([](SN::IAudioGenerator& ioItem, SN::TickTime const&) { ioItem.InitializeAudioFilters(); });
-}
-
-void FadeItem::ShutdownAudioFilters()
-{
-	ForEachItem([](SN::IAudioGenerator& ioItem, SN::TickTime const&) { ioItem.ShutdownAudioFilters(); });
-}
-
 void FadeItem::Init(SN::TickTime const& inStartTime, SN::TickTime const& inEndTime,
 	SN::TickTime const& inTrackItemStartTime, SN::FrameRate const& inFrameRate)
 {
@@ -138,30 +115,6 @@ void FadeItem::Init(SN::TickTime const& inStartTime, SN::TickTime const& inEndTi
 	mStart = align(inStartTime);
 	mEnd = align(inEndTime);
 	mTrackItemStart = align(inTrackItemStartTime);
-}
-
-void FadeItem::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
-{
-	for (Side const* const side : {&mSettings.mOutgoing, &mSettings.mIncoming})
-	{
-		if (SN::InterfaceRef<SN::ILiveAudioParameterOwner> const owner = side->mItem)
-		{
-			owner->CollectLiveParameters(outParameters);
-		}
-	}
-}
-
-std::vector<SN::InterfaceRef<SN::UnknownBase>> FadeItem::GetInputNodes()
-{
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> nodes;
-	for (Side const* const side : {&mSettings.mOutgoing, &mSettings.mIncoming})
-	{
-		if (side->mItem)
-		{
-			nodes.emplace_back(side->mItem);
-		}
-	}
-	return nodes;
 }
 
 } // namespace SonaroHost::Sequence

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "GraphTools.h"
+#include "ReadingNode.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/IAudioTrackRenderableItem.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 #include "SonaroHost/Base/FadeShape.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -20,8 +18,7 @@ namespace SonaroHost::Sequence
 // each frame by its place in the fade, so that they are the same in any cut; the engine's own transition carries a
 // progress in single precision along each block.
 class FadeItem final
-	: public SN::Implements<FadeItem, SN::IAudioGenerator, SN::IAudioTrackRenderableItem,
-		  SN::IAudioGeneratorPrivate, SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
+	: public SN::Implements<FadeItem, ReadingNode, SN::IAudioTrackRenderableItem, SN::IAudioGeneratorPrivate>
 {
 public:
 	struct Side
@@ -48,17 +45,11 @@ public:
 	explicit FadeItem(Settings const& inSettings);
 
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
-	bool HasHistory() override;
-	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
-	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
 		SN::PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(
 		SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
-	void Reset() override;
-	void InitializeAudioFilters() override;
-	void ShutdownAudioFilters() override;
 
 	void Init(SN::TickTime const& inStartTime, SN::TickTime const& inEndTime,
 		SN::TickTime const& inTrackItemStartTime, SN::FrameRate const& inFrameRate) override;
@@ -74,11 +65,7 @@ public:
 	SN::AudioChannelLayout GetAudioChannelLayout() override { return mSettings.mLayout; }
 	SN::FrameRate GetGeneratorFrameRate() override { return mSettings.mFrameRate; }
 
-	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
-
 	std::u16string GetNodeName() override { return u"FadeItem"; }
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override;
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
 
 private:
 	// Each side that is an item, with what its time is ahead of the fade's.

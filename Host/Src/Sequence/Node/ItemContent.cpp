@@ -10,7 +10,8 @@ namespace SonaroHost::Sequence
 {
 
 ItemContent::ItemContent(Settings const& inSettings)
-	: mSettings(inSettings),
+	: Implements({inSettings.mContent}),
+	  mSettings(inSettings),
 	  mConverted(inSettings.mContent),
 	  mNest(mConverted ? mConverted->GetContent() : inSettings.mContent)
 {
@@ -33,8 +34,7 @@ SN::InterfaceRef<SN::IAudioGenerator> ItemContent::Clone()
 	Settings settings = mSettings;
 	settings.mPlayhead = std::make_shared<Playhead>();
 	settings.mJumps = std::make_shared<std::uint64_t>(0);
-	settings.mScratch = std::make_shared<dsp::AudioBuffer>(
-		mSettings.mScratch->GetNumChannels(), mSettings.mScratch->GetCapacity());
+	settings.mScratch = MakeAlike(*mSettings.mScratch);
 	if (mSettings.mOuter->mClone)
 	{
 		settings.mOuter = mSettings.mOuter->mClone;
@@ -55,7 +55,7 @@ bool ItemContent::HasHistory()
 {
 	if (!mHasHistory)
 	{
-		mHasHistory = mSettings.mLatency > 0 || mSettings.mContent->HasHistory() ||
+		mHasHistory = mSettings.mLatency > 0 || ReadingNode::HasHistory() ||
 					  std::any_of(mSettings.mProcessors.begin(), mSettings.mProcessors.end(),
 						  [](Processor const& inProcessor) { return inProcessor->HasHistory(); });
 	}
@@ -87,7 +87,7 @@ void ItemContent::Reset()
 	}
 	mIsPrerolled = false;
 	mNext.reset();
-	mSettings.mContent->Reset();
+	ReadingNode::Reset();
 	for (Processor const& processor : mSettings.mProcessors)
 	{
 		processor->Reset();
@@ -100,7 +100,7 @@ void ItemContent::InitializeAudioFilters()
 	if (!mAreFiltersRunning)
 	{
 		mAreFiltersRunning = true;
-		mSettings.mContent->InitializeAudioFilters();
+		ReadingNode::InitializeAudioFilters();
 		for (Processor const& processor : mSettings.mProcessors)
 		{
 			processor->InitializeAudioFilter();
@@ -113,7 +113,7 @@ void ItemContent::ShutdownAudioFilters()
 	if (mAreFiltersRunning)
 	{
 		mAreFiltersRunning = false;
-		mSettings.mContent->ShutdownAudioFilters();
+		ReadingNode::ShutdownAudioFilters();
 		for (Processor const& processor : mSettings.mProcessors)
 		{
 			processor->ShutdownAudioFilter();
@@ -233,7 +233,7 @@ void ItemContent::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters
 	};
 	collect(mSettings.mPanner);
 	std::for_each(mSettings.mProcessors.begin(), mSettings.mProcessors.end(), collect);
-	collect(mSettings.mContent);
+	ReadingNode::CollectLiveParameters(outParameters);
 }
 
 std::vector<SN::InterfaceRef<SN::UnknownBase>> ItemContent::GetProcessorNodes()

@@ -1,11 +1,9 @@
 #pragma once
 
 #include "ConvertedContent.h"
-#include "GraphTools.h"
+#include "ReadingNode.h"
 #include "Sequence/Stage/Playhead.h"
 #include "SequenceNode.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 
 #include <cstdint>
 #include <memory>
@@ -26,8 +24,7 @@ namespace SonaroHost::Sequence
 // Playing   Effects of an item that is read backwards, and all within a nested sequence that is, hear the sound
 //           turned round.
 // Threads   As for the sequence. Nothing allocates after the constructor.
-class ItemContent final : public SN::Implements<ItemContent, SN::IAudioGenerator,
-							  SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
+class ItemContent final : public SN::Implements<ItemContent, ReadingNode>
 {
 public:
 	struct Settings
@@ -56,10 +53,8 @@ public:
 
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
 	bool HasHistory() override;
-	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 	// Takes effect once for each run: an item is reached by its own way and by those of its fades.
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
-	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
 		SN::PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(
@@ -70,7 +65,6 @@ public:
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
 	std::u16string GetNodeName() override { return u"ItemContent"; }
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {mSettings.mContent}; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override;
 
 private:

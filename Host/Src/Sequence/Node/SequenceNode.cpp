@@ -10,7 +10,8 @@ namespace SonaroHost::Sequence
 {
 
 SequenceNode::SequenceNode(Settings const& inSettings)
-	: mSettings(inSettings)
+	: Implements({inSettings.mGroup}),
+	  mSettings(inSettings)
 {
 	SN::InterfaceRef<SN::IAudioRenderGraphNodeInfo> const info(mSettings.mGroup);
 	for (SN::InterfaceRef<SN::UnknownBase> const& node : info->GetInputNodes())
@@ -26,8 +27,7 @@ SN::InterfaceRef<SN::IAudioGenerator> SequenceNode::Clone()
 {
 	Settings settings = mSettings;
 	settings.mPlayhead = std::make_shared<Playhead>();
-	settings.mDiscarded = std::make_shared<dsp::AudioBuffer>(
-		mSettings.mDiscarded->GetNumChannels(), mSettings.mDiscarded->GetCapacity());
+	settings.mDiscarded = MakeAlike(*mSettings.mDiscarded);
 	mSettings.mPlayhead->mClone = settings.mPlayhead;
 	for (Settings::Track& track : settings.mTracks)
 	{
@@ -57,7 +57,7 @@ void SequenceNode::Reset()
 {
 	mIsPrerolled = false;
 	mNext.reset();
-	mSettings.mGroup->Reset();
+	ReadingNode::Reset();
 }
 
 LoopRange SequenceNode::GetLoop() const
@@ -235,14 +235,6 @@ void SequenceNode::NoteRequest(Member& ioMember, std::int64_t inFrame, std::int6
 	}
 	ioMember.mFrame = inFrame;
 	ioMember.mCount = inCount;
-}
-
-void SequenceNode::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters)
-{
-	if (SN::InterfaceRef<SN::ILiveAudioParameterOwner> const group = mSettings.mGroup)
-	{
-		group->CollectLiveParameters(outParameters);
-	}
 }
 
 } // namespace SonaroHost::Sequence

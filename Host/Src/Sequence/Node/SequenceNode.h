@@ -1,10 +1,8 @@
 #pragma once
 
-#include "GraphTools.h"
+#include "ReadingNode.h"
 #include "Sequence/Stage/Playhead.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ICachedAudioGenerator.h"
-#include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/Prefetcher.h"
 
 #include <cstdint>
@@ -30,8 +28,7 @@ namespace SonaroHost::Sequence
 //           of its own. So it only holds the tracks and their delay lines, and the tracks are run from here.
 // Threads   One at a time. AccumulatePrefetchRequests may be called by another one. Nothing allocates after the
 //           constructor.
-class SequenceNode final : public SN::Implements<SequenceNode, SN::IAudioGenerator,
-							   SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
+class SequenceNode final : public SN::Implements<SequenceNode, ReadingNode>
 {
 public:
 	static constexpr SN::Identifier<SequenceNode> kIdentifier{0x3c1f9be07a5d4e26ull, 0x91d7c04ab8e35f12ull};
@@ -61,19 +58,13 @@ public:
 	explicit SequenceNode(Settings const& inSettings);
 
 	SN::InterfaceRef<SN::IAudioGenerator> Clone() override;
-	bool HasHistory() override { return mSettings.mGroup->HasHistory(); }
-	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 	// Renders nothing: what comes first settles.
 	void Preroll(SN::TickTime const& inStartTime, bool inReverse) override;
-	void FillInitialDelay(SN::TickTime const&, SN::TickTime const&, bool, bool) SONARO_NONBLOCKING override {}
 	void AccumulatePrefetchRequests(SN::PrefetchRange const& inRange, SN::PrefetchType inType,
 		SN::PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(
 		SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
-	void InitializeAudioFilters() override { mSettings.mGroup->InitializeAudioFilters(); }
-	void ShutdownAudioFilters() override { mSettings.mGroup->ShutdownAudioFilters(); }
-	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
 	// What comes next does not follow what was asked before, wherever it is.
 	void Interrupt() { mNext.reset(); }
@@ -84,8 +75,6 @@ public:
 	void SetPrefetchDirection(bool inIsReverse) { mSettings.mPlayhead->mIsPrefetchedInReverse = inIsReverse; }
 
 	std::u16string GetNodeName() override { return u"SequenceNode"; }
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {mSettings.mGroup}; }
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override { return {}; }
 
 private:
 	struct Member

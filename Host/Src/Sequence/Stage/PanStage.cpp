@@ -41,7 +41,7 @@ void PanStage::ProcessAudioData(
 	outOutput.Zero();
 	if (!inInput.IsSilent())
 	{
-		unsigned long long const inputs = mLayouts.mInput.size();
+		unsigned long long const inputs = mInput.size();
 		unsigned long long const panned = IsMono() ? 2 : inputs;
 		for (unsigned long long channel = 0; channel < std::min(panned, outOutput.GetNumChannels());
 			 ++channel)

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "LayoutPanner.h"
 #include "ParameterFollower.h"
 #include "Playhead.h"
-#include "Sonaro/IAudioPanProcessor.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
-#include "Vexilon/AudioChannelType.h"
 
 #include <cstdint>
 
@@ -17,18 +16,13 @@ namespace SonaroHost::Sequence
 //
 // Laws  Mono keeps its power. All else keeps the side that it is panned to: the first channel of each pair is left,
 //       the second one right. In 5.1 the front pair alone is heard.
-class PanStage final : public SN::Implements<PanStage, SN::IAudioPanProcessor, SN::ILiveAudioParameterOwner>
+class PanStage final : public SN::Implements<PanStage, LayoutPanner, SN::ILiveAudioParameterOwner>
 {
 public:
-	struct Layouts
-	{
-		SN::AudioChannelLayout mInput;
-		SN::AudioChannelLayout mOutput;
-	};
-
 	// inPan: from 0, left, over 0.5 to 1, right.
-	PanStage(Layouts const& inLayouts, ParameterFollower<float> const& inPan, StageClock const& inClock)
-		: mLayouts(inLayouts),
+	PanStage(SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput,
+		ParameterFollower<float> const& inPan, StageClock const& inClock)
+		: Implements(inInput, inOutput),
 		  mPan(inPan),
 		  mClock(inClock)
 	{
@@ -36,25 +30,8 @@ public:
 
 	SN::InterfaceRef<SN::IAudioPanProcessor> Clone(SN::FrameRate const&, unsigned) override
 	{
-		return zorvcore::classref::MakeObject<PanStage>(mLayouts, mPan.Clone(), mClock.Clone());
+		return zorvcore::classref::MakeObject<PanStage>(mInput, mOutput, mPan.Clone(), mClock.Clone());
 	}
-	bool HasHistory() override { return false; }
-	// As both types are alike, a node makes room for the wider of the two layouts.
-	SN::AudioChannelType GetInputChannelType() override { return VX::kAudioChannelTypeAny; }
-	SN::AudioChannelType GetOutputChannelType() override { return VX::kAudioChannelTypeAny; }
-	SN::AudioChannelLayout GetInputAudioChannelLayout() override { return mLayouts.mInput; }
-	SN::AudioChannelLayout GetOutputAudioChannelLayout() override { return mLayouts.mOutput; }
-	unsigned GetNumInputChannels() SONARO_NONBLOCKING override
-	{
-		return static_cast<unsigned>(mLayouts.mInput.size());
-	}
-	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override
-	{
-		return static_cast<unsigned>(mLayouts.mOutput.size());
-	}
-	bool DoesNotAlterAudio() SONARO_NONBLOCKING override { return false; }
-	void Preroll(SN::TickTime const&, bool) override {}
-	void Reset() override {}
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
 		SN::TickTime const& inTime) SONARO_NONBLOCKING override;
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
@@ -67,13 +44,12 @@ private:
 	};
 
 	Gains GetGains(float inPan) const;
-	bool IsMono() const { return mLayouts.mInput.size() == 1; }
+	bool IsMono() const { return mInput.size() == 1; }
 	void PlaceAtRest(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan,
 		unsigned inOffset, unsigned inCount) const;
 	void Place(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, FrameRun const& inRun,
 		unsigned inOffset);
 
-	Layouts mLayouts;
 	ParameterFollower<float> mPan;
 	StageClock mClock;
 };

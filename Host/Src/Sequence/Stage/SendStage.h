@@ -1,10 +1,9 @@
 #pragma once
 
 #include "Level.h"
+#include "PlainStage.h"
 #include "Playhead.h"
 #include "Sonaro/IAudioPanProcessor.h"
-#include "Sonaro/IAudioProcessor.h"
-#include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/ICachedAudioGenerator.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -17,8 +16,8 @@ namespace SonaroHost::Sequence
 
 // Taps a chain's sound towards a submix and leaves it alone: panned, at its level, and muted with its track, whose
 // own mute comes after all stages. The submix's inlet finds the copy here.
-class SendStage final : public SN::Implements<SendStage, SN::IAudioProcessor, SN::ICachedAudioGenerator,
-							SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
+class SendStage final
+	: public SN::Implements<SendStage, PlainStage, SN::ICachedAudioGenerator, SN::ILiveAudioParameterOwner>
 {
 public:
 	struct Settings
@@ -35,20 +34,14 @@ public:
 
 	SN::InterfaceRef<SN::IAudioProcessor> Clone(
 		SN::FrameRate const& inFrameRate, unsigned inMaxBlockSize, unsigned inControlInterval) override;
-	bool HasHistory() override { return false; }
 	void ProcessAudioData(dsp::AudioBuffer& inBuffer, SN::TickTime const& inTime) SONARO_NONBLOCKING override;
 	void Preroll(SN::TickTime const& inTime, bool inReverse) override;
-	void Reset() override {}
-	void InitializeAudioFilter() override {}
-	void ShutdownAudioFilter() override {}
-	SN::TickTime GetDelay() SONARO_NONBLOCKING override { return SN::kTimeZero; }
 
 	void GenerateAudio(unsigned, SN::TickTime const&, bool) SONARO_NONBLOCKING override {}
 	void MixCachedAudio(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING override;
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override;
 
 	std::u16string GetNodeName() override { return u"SendStage"; }
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetInputNodes() override { return {}; }
 	std::vector<SN::InterfaceRef<SN::UnknownBase>> GetProcessorNodes() override
 	{
 		return {mSettings.mPanner};
