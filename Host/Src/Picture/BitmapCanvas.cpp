@@ -1,4 +1,5 @@
-#include "BitmapCanvas.h"
+#include "Canvas.h"
+#include "Waveform/CairoHandles.h"
 
 #include <pango/pangocairo.h>
 
@@ -22,116 +23,116 @@ struct ObjectFree
 	void operator()(PangoFontDescription* inFont) const { pango_font_description_free(inFont); }
 };
 
-} // namespace
-
-BitmapCanvas::BitmapCanvas(unsigned inWidth, unsigned inHeight)
-	: mSurface(cairo_image_surface_create(
-		  CAIRO_FORMAT_ARGB32, static_cast<int>(inWidth), static_cast<int>(inHeight))),
-	  mCairo(cairo_create(mSurface.get()))
+class BitmapCanvas final : public Canvas
 {
-	CheckCairo(cairo_surface_status(mSurface.get()));
-}
-
-std::string BitmapCanvas::MakePng()
-{
-	CheckCairo(cairo_status(mCairo.get()));
-	std::string bytes;
-	CheckCairo(cairo_surface_write_to_png_stream(mSurface.get(), &AppendBytes, &bytes));
-	return bytes;
-}
-
-void BitmapCanvas::SetColour(Colour const& inColour)
-{
-	cairo_set_source_rgba(mCairo.get(), inColour.mRed / 255.0, inColour.mGreen / 255.0,
-		inColour.mBlue / 255.0, inColour.mAlpha / 255.0);
-}
-
-void BitmapCanvas::DrawStroke(Stroke const& inStroke)
-{
-	constexpr double kDashes[] = {4.0, 3.0};
-	SetColour(inStroke.mColour);
-	cairo_set_line_width(mCairo.get(), inStroke.mWidth);
-	cairo_set_dash(mCairo.get(), kDashes, inStroke.mIsDashed ? 2 : 0, 0.0);
-	cairo_stroke(mCairo.get());
-}
-
-void BitmapCanvas::AddPath(std::vector<Point> const& inPoints)
-{
-	// A text leaves a place from which a line would go on.
-	cairo_new_path(mCairo.get());
-	for (Point const& point : inPoints)
+public:
+	BitmapCanvas(unsigned inWidth, unsigned inHeight)
+		: mSurface(MakeBitmap(inWidth, inHeight)),
+		  mCairo(cairo_create(mSurface.get()))
 	{
-		cairo_line_to(mCairo.get(), point.mX, point.mY);
 	}
-}
 
-void BitmapCanvas::Fill(Box const& inBox, Colour const& inColour)
-{
-	SetColour(inColour);
-	cairo_rectangle(mCairo.get(), inBox.mX, inBox.mY, inBox.mWidth, inBox.mHeight);
-	cairo_fill(mCairo.get());
-}
-
-void BitmapCanvas::Frame(Box const& inBox, Stroke const& inStroke)
-{
-	double const inset = inStroke.mWidth / 2.0;
-	cairo_rectangle(mCairo.get(), inBox.mX + inset, inBox.mY + inset, inBox.mWidth - inStroke.mWidth,
-		inBox.mHeight - inStroke.mWidth);
-	DrawStroke(inStroke);
-}
-
-void BitmapCanvas::DrawLine(std::vector<Point> const& inPoints, Stroke const& inStroke)
-{
-	AddPath(inPoints);
-	DrawStroke(inStroke);
-}
-
-void BitmapCanvas::FillShape(std::vector<Point> const& inPoints, Colour const& inColour)
-{
-	SetColour(inColour);
-	AddPath(inPoints);
-	cairo_fill(mCairo.get());
-}
-
-void BitmapCanvas::FillExtents(
-	double inX, std::vector<WaveformExtent> const& inExtents, Colour const& inColour)
-{
-	SetColour(inColour);
-	for (std::size_t i = 0; i < inExtents.size(); ++i)
+	std::string Take() override
 	{
-		if (!inExtents[i].IsEmpty())
+		CheckCairo(cairo_status(mCairo.get()));
+		std::string bytes;
+		CheckCairo(cairo_surface_write_to_png_stream(mSurface.get(), &AppendBytes, &bytes));
+		return bytes;
+	}
+
+	void BeginGroup(std::string_view, std::string_view) override {}
+	void EndGroup() override {}
+	void Fill(Box const& inBox, Colour const& inColour) override
+	{
+		SetColour(mCairo.get(), inColour);
+		cairo_rectangle(mCairo.get(), inBox.mX, inBox.mY, inBox.mWidth, inBox.mHeight);
+		cairo_fill(mCairo.get());
+	}
+
+	void Frame(Box const& inBox, Stroke const& inStroke) override
+	{
+		double const inset = inStroke.mWidth / 2.0;
+		cairo_rectangle(mCairo.get(), inBox.mX + inset, inBox.mY + inset, inBox.mWidth - inStroke.mWidth,
+			inBox.mHeight - inStroke.mWidth);
+		DrawStroke(inStroke);
+	}
+
+	void DrawLine(std::vector<Point> const& inPoints, Stroke const& inStroke) override
+	{
+		AddPath(inPoints);
+		DrawStroke(inStroke);
+	}
+
+	void FillShape(std::vector<Point> const& inPoints, Colour const& inColour) override
+	{
+		SetColour(mCairo.get(), inColour);
+		AddPath(inPoints);
+		cairo_fill(mCairo.get());
+	}
+
+	void FillExtents(
+		double inX, std::vector<WaveformExtent> const& inExtents, Colour const& inColour) override
+	{
+		SetColour(mCairo.get(), inColour);
+		AddExtents(mCairo.get(), inX, inExtents);
+		cairo_fill(mCairo.get());
+	}
+
+	void Write(std::string const& inText, Box const& inBox, Lettering const& inLettering) override
+	{
+		if (inText.empty())
 		{
-			cairo_rectangle(mCairo.get(), inX + static_cast<double>(i), inExtents[i].mTop, 1.0,
-				inExtents[i].mBottom - inExtents[i].mTop);
+			return;
+		}
+		std::unique_ptr<PangoLayout, ObjectFree> const layout(pango_cairo_create_layout(mCairo.get()));
+		std::unique_ptr<PangoFontDescription, ObjectFree> const font(
+			pango_font_description_from_string("sans-serif"));
+		pango_font_description_set_absolute_size(font.get(), inLettering.mSize * PANGO_SCALE);
+		pango_layout_set_font_description(layout.get(), font.get());
+		pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
+		// What is written from right to left begins at the left of its box as well.
+		pango_layout_set_auto_dir(layout.get(), FALSE);
+		pango_layout_set_text(layout.get(), inText.data(), static_cast<int>(inText.size()));
+		int height = 0;
+		pango_layout_get_pixel_size(layout.get(), nullptr, &height);
+		cairo_save(mCairo.get());
+		cairo_rectangle(mCairo.get(), inBox.mX, inBox.mY, inBox.mWidth, inBox.mHeight);
+		cairo_clip(mCairo.get());
+		SetColour(mCairo.get(), inLettering.mColour);
+		cairo_move_to(mCairo.get(), inBox.mX, std::floor(inBox.mY + (inBox.mHeight - height) / 2.0));
+		pango_cairo_show_layout(mCairo.get(), layout.get());
+		cairo_restore(mCairo.get());
+	}
+
+private:
+	void DrawStroke(Stroke const& inStroke)
+	{
+		constexpr double kDashes[] = {4.0, 3.0};
+		SetColour(mCairo.get(), inStroke.mColour);
+		cairo_set_line_width(mCairo.get(), inStroke.mWidth);
+		cairo_set_dash(mCairo.get(), kDashes, inStroke.mIsDashed ? 2 : 0, 0.0);
+		cairo_stroke(mCairo.get());
+	}
+
+	void AddPath(std::vector<Point> const& inPoints)
+	{
+		// A text leaves a place from which a line would go on.
+		cairo_new_path(mCairo.get());
+		for (Point const& point : inPoints)
+		{
+			cairo_line_to(mCairo.get(), point.mX, point.mY);
 		}
 	}
-	cairo_fill(mCairo.get());
-}
 
-void BitmapCanvas::Write(std::string const& inText, Box const& inBox, Lettering const& inLettering)
+	Surface mSurface;
+	Cairo mCairo;
+};
+
+} // namespace
+
+std::unique_ptr<Canvas> MakeBitmapCanvas(unsigned inWidth, unsigned inHeight)
 {
-	if (inText.empty())
-	{
-		return;
-	}
-	std::unique_ptr<PangoLayout, ObjectFree> const layout(pango_cairo_create_layout(mCairo.get()));
-	std::unique_ptr<PangoFontDescription, ObjectFree> const font(
-		pango_font_description_from_string("sans-serif"));
-	pango_font_description_set_absolute_size(font.get(), inLettering.mSize * PANGO_SCALE);
-	pango_layout_set_font_description(layout.get(), font.get());
-	pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
-	// What is written from right to left begins at the left of its box as well.
-	pango_layout_set_auto_dir(layout.get(), FALSE);
-	pango_layout_set_text(layout.get(), inText.data(), static_cast<int>(inText.size()));
-	int height = 0;
-	pango_layout_get_pixel_size(layout.get(), nullptr, &height);
-	cairo_save(mCairo.get());
-	cairo_rectangle(mCairo.get(), inBox.mX, inBox.mY, inBox.mWidth, inBox.mHeight);
-	cairo_clip(mCairo.get());
-	SetColour(inLettering.mColour);
-	cairo_move_to(mCairo.get(), inBox.mX, std::floor(inBox.mY + (inBox.mHeight - height) / 2.0));
-	pango_cairo_show_layout(mCairo.get(), layout.get());
-	cairo_restore(mCairo.get());
+	return std::make_unique<BitmapCanvas>(inWidth, inHeight);
 }
 
 } // namespace SonaroHost

@@ -3,6 +3,7 @@
 #include "SonaroHost/Waveform/WaveformStyle.h"
 #include "Waveform/WaveformExtents.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -66,6 +67,16 @@ public:
 		double inX, std::vector<WaveformExtent> const& inExtents, Colour const& inColour) = 0;
 	// A text that FitText made to fit the box; what is wider all the same is cut off.
 	virtual void Write(std::string const& inText, Box const& inBox, Lettering const& inLettering) = 0;
+
+	// The bytes of the file, once all is drawn.
+	virtual std::string Take() = 0;
 };
+
+// Draws into the text of an SVG document.
+std::unique_ptr<Canvas> MakeSvgCanvas(unsigned inWidth, unsigned inHeight, std::string_view inTitle);
+
+// Draws into a bitmap for a PNG file, with texts in the machine's sans-serif fonts. Throws a HostError when there is no
+// memory for it.
+std::unique_ptr<Canvas> MakeBitmapCanvas(unsigned inWidth, unsigned inHeight);
 
 } // namespace SonaroHost

@@ -1,4 +1,4 @@
-#include "SvgCanvas.h"
+#include "Canvas.h"
 
 #include "SonaroHost/Base/MarkupText.h"
 
@@ -131,106 +131,116 @@ std::string MakeOutline(
 	return path;
 }
 
+class SvgCanvas final : public Canvas
+{
+public:
+	SvgCanvas(unsigned inWidth, unsigned inHeight, std::string_view inTitle)
+	{
+		std::string const width = std::to_string(inWidth);
+		std::string const height = std::to_string(inHeight);
+		mText = JoinTexts("<svg xmlns=\"http://www.w3.org/2000/svg\"", MakeAttribute("width", width),
+			MakeAttribute("height", height), MakeAttribute("viewBox", "0 0 " + width + " " + height),
+			" font-family=\"sans-serif\" role=\"img\">\n");
+		AddTitle(inTitle);
+	}
+
+	std::string Take() override
+	{
+		mText += "</svg>\n";
+		return std::move(mText);
+	}
+
+	void BeginGroup(std::string_view inPart, std::string_view inTitle) override
+	{
+		mText += JoinTexts("<g", MakeAttribute("data-part", inPart), ">\n");
+		AddTitle(inTitle);
+	}
+
+	void EndGroup() override { mText += "</g>\n"; }
+
+	void Fill(Box const& inBox, Colour const& inColour) override
+	{
+		if (inColour.mAlpha != 0)
+		{
+			mText += JoinTexts("<rect", MakeBox(inBox), MakeColour("fill", inColour), "/>\n");
+		}
+	}
+
+	void Frame(Box const& inBox, Stroke const& inStroke) override
+	{
+		double const inset = inStroke.mWidth / 2.0;
+		Box const middle{inBox.mX + inset, inBox.mY + inset, inBox.mWidth - inStroke.mWidth,
+			inBox.mHeight - inStroke.mWidth};
+		mText += JoinTexts("<rect", MakeBox(middle), MakeStroke(inStroke), "/>\n");
+	}
+
+	void DrawLine(std::vector<Point> const& inPoints, Stroke const& inStroke) override
+	{
+		mText += JoinTexts("<polyline", MakePoints(inPoints), MakeStroke(inStroke), "/>\n");
+	}
+
+	void FillShape(std::vector<Point> const& inPoints, Colour const& inColour) override
+	{
+		mText += JoinTexts("<polygon", MakePoints(inPoints), MakeColour("fill", inColour), "/>\n");
+	}
+
+	void FillExtents(
+		double inX, std::vector<WaveformExtent> const& inExtents, Colour const& inColour) override
+	{
+		std::string path;
+		for (std::size_t first = 0; first < inExtents.size();)
+		{
+			std::size_t end = first + 1;
+			if (!inExtents[first].IsEmpty())
+			{
+				while (end < inExtents.size() && !inExtents[end].IsEmpty())
+				{
+					++end;
+				}
+				path += MakeOutline(inX, inExtents, first, end);
+			}
+			first = end;
+		}
+		if (!path.empty())
+		{
+			mText += JoinTexts("<path", MakeAttribute("d", path), MakeColour("fill", inColour), "/>\n");
+		}
+	}
+
+	void Write(std::string const& inText, Box const& inBox, Lettering const& inLettering) override
+	{
+		// From the middle of small letters and capitals down to their line.
+		constexpr double kMiddleToBaseline = 0.35;
+		if (inText.empty())
+		{
+			return;
+		}
+		// A picture within the picture cuts off what is beyond it.
+		mText += JoinTexts("<svg", MakeBox(inBox), "><text x=\"0\"",
+			MakeAttribute("y", inBox.mHeight / 2.0 + kMiddleToBaseline * inLettering.mSize),
+			MakeAttribute("font-size", inLettering.mSize), MakeColour("fill", inLettering.mColour), ">",
+			EscapeFitted(inText), "</text></svg>\n");
+	}
+
+private:
+	void AddTitle(std::string_view inTitle)
+	{
+		if (!inTitle.empty())
+		{
+			mText += "<title>";
+			mText += EscapeMarkup(inTitle);
+			mText += "</title>\n";
+		}
+	}
+
+	std::string mText;
+};
+
 } // namespace
 
-SvgCanvas::SvgCanvas(unsigned inWidth, unsigned inHeight, std::string_view inTitle)
+std::unique_ptr<Canvas> MakeSvgCanvas(unsigned inWidth, unsigned inHeight, std::string_view inTitle)
 {
-	std::string const width = std::to_string(inWidth);
-	std::string const height = std::to_string(inHeight);
-	mText = JoinTexts("<svg xmlns=\"http://www.w3.org/2000/svg\"", MakeAttribute("width", width),
-		MakeAttribute("height", height), MakeAttribute("viewBox", "0 0 " + width + " " + height),
-		" font-family=\"sans-serif\" role=\"img\">\n");
-	AddTitle(inTitle);
-}
-
-std::string SvgCanvas::Take()
-{
-	mText += "</svg>\n";
-	return std::move(mText);
-}
-
-void SvgCanvas::AddTitle(std::string_view inTitle)
-{
-	if (!inTitle.empty())
-	{
-		mText += "<title>";
-		mText += EscapeMarkup(inTitle);
-		mText += "</title>\n";
-	}
-}
-
-void SvgCanvas::BeginGroup(std::string_view inPart, std::string_view inTitle)
-{
-	mText += JoinTexts("<g", MakeAttribute("data-part", inPart), ">\n");
-	AddTitle(inTitle);
-}
-
-void SvgCanvas::EndGroup()
-{
-	mText += "</g>\n";
-}
-
-void SvgCanvas::Fill(Box const& inBox, Colour const& inColour)
-{
-	if (inColour.mAlpha != 0)
-	{
-		mText += JoinTexts("<rect", MakeBox(inBox), MakeColour("fill", inColour), "/>\n");
-	}
-}
-
-void SvgCanvas::Frame(Box const& inBox, Stroke const& inStroke)
-{
-	double const inset = inStroke.mWidth / 2.0;
-	Box const middle{
-		inBox.mX + inset, inBox.mY + inset, inBox.mWidth - inStroke.mWidth, inBox.mHeight - inStroke.mWidth};
-	mText += JoinTexts("<rect", MakeBox(middle), MakeStroke(inStroke), "/>\n");
-}
-
-void SvgCanvas::DrawLine(std::vector<Point> const& inPoints, Stroke const& inStroke)
-{
-	mText += JoinTexts("<polyline", MakePoints(inPoints), MakeStroke(inStroke), "/>\n");
-}
-
-void SvgCanvas::FillShape(std::vector<Point> const& inPoints, Colour const& inColour)
-{
-	mText += JoinTexts("<polygon", MakePoints(inPoints), MakeColour("fill", inColour), "/>\n");
-}
-
-void SvgCanvas::FillExtents(double inX, std::vector<WaveformExtent> const& inExtents, Colour const& inColour)
-{
-	std::string path;
-	for (std::size_t first = 0; first < inExtents.size();)
-	{
-		std::size_t end = first + 1;
-		if (!inExtents[first].IsEmpty())
-		{
-			while (end < inExtents.size() && !inExtents[end].IsEmpty())
-			{
-				++end;
-			}
-			path += MakeOutline(inX, inExtents, first, end);
-		}
-		first = end;
-	}
-	if (!path.empty())
-	{
-		mText += JoinTexts("<path", MakeAttribute("d", path), MakeColour("fill", inColour), "/>\n");
-	}
-}
-
-void SvgCanvas::Write(std::string const& inText, Box const& inBox, Lettering const& inLettering)
-{
-	// From the middle of small letters and capitals down to their line.
-	constexpr double kMiddleToBaseline = 0.35;
-	if (inText.empty())
-	{
-		return;
-	}
-	// A picture within the picture cuts off what is beyond it.
-	mText += JoinTexts("<svg", MakeBox(inBox), "><text x=\"0\"",
-		MakeAttribute("y", inBox.mHeight / 2.0 + kMiddleToBaseline * inLettering.mSize),
-		MakeAttribute("font-size", inLettering.mSize), MakeColour("fill", inLettering.mColour), ">",
-		EscapeFitted(inText), "</text></svg>\n");
+	return std::make_unique<SvgCanvas>(inWidth, inHeight, inTitle);
 }
 
 } // namespace SonaroHost

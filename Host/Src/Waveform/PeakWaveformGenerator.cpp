@@ -84,14 +84,14 @@ int PeakWaveformGenerator::GenerateWaveform(SN::TickTime const& inStartTime, SN:
 	std::lock_guard const lock(mGenerating);
 	GraphWindow window(mGraph, mFrameRate, mChannels, mBlockFrames,
 		{mStart.ToFrame64(mFrameRate), mEnd.ToFrame64(mFrameRate)});
-	WaveformRun run(window, *inBuffer,
+	bool const isWhole = ComputeWaveform(window, *inBuffer,
 		{.mFrames = frames,
 			.mInterval = interval,
 			.mFrameRate = mFrameRate,
 			.mChannels = mChannels,
 			.mTransform = inTransform ? &*inTransform : nullptr,
 			.mGate = inGate.get()});
-	return run.Compute() ? SN::kSuccess : zorvcore::eWaitFailed;
+	return isWhole ? SN::kSuccess : zorvcore::eWaitFailed;
 }
 
 SN::InterfaceRef<SN::IAudioWaveformGenerator> PeakWaveformGenerator::GetSelfReference()

@@ -2,7 +2,6 @@
 
 #include "CairoHandles.h"
 #include "SonaroHost/Base/HostError.h"
-#include "WaveformExtents.h"
 
 #include <cairo-svg.h>
 
@@ -32,80 +31,35 @@ WaveformRoom FindRoom(
 	return {top, findTop(inChannel + 1) - top, inWidth};
 }
 
-class Painter
+void Paint(
+	cairo_surface_t* ioSurface, Waveform const& inWaveform, WaveformStyle const& inStyle, unsigned inWidth)
 {
-public:
-	Painter(cairo_surface_t* inSurface, Waveform const& inWaveform, WaveformStyle const& inStyle,
-		unsigned inWidth)
-		: mCairo(cairo_create(inSurface)),
-		  mWaveform(inWaveform),
-		  mStyle(inStyle),
-		  mWidth(inWidth)
+	Cairo const cairo(cairo_create(ioSurface));
+	std::size_t const channels = inWaveform.mChannels.size();
+	auto const fill = [&](auto const& inFind, Colour const& inColour)
 	{
-	}
-
-	void Paint()
-	{
-		SetColour(mStyle.mBackground);
-		cairo_paint(mCairo.get());
-		for (std::size_t channel = 0; channel < mWaveform.mChannels.size(); ++channel)
+		for (std::size_t channel = 0; channel < channels; ++channel)
 		{
-			Add(FindWave(mWaveform, channel, mStyle, GetRoom(channel)));
+			AddExtents(cairo.get(), 0.0,
+				inFind(inWaveform, channel, inStyle, FindRoom(inStyle, channel, channels, inWidth)));
 		}
-		Fill(mStyle.mWave);
-		for (std::size_t channel = 0; channel < mWaveform.mChannels.size(); ++channel)
-		{
-			Add(FindRms(mWaveform, channel, mStyle, GetRoom(channel)));
-		}
-		Fill(mStyle.mRms);
-		CheckCairo(cairo_status(mCairo.get()));
-	}
-
-private:
-	void SetColour(Colour const& inColour)
-	{
-		cairo_set_source_rgba(mCairo.get(), inColour.mRed / 255.0, inColour.mGreen / 255.0,
-			inColour.mBlue / 255.0, inColour.mAlpha / 255.0);
-	}
-
-	void Fill(Colour const& inColour)
-	{
-		SetColour(inColour);
-		cairo_fill(mCairo.get());
-	}
-
-	void Add(std::vector<WaveformExtent> const& inExtents)
-	{
-		for (std::size_t x = 0; x < inExtents.size(); ++x)
-		{
-			if (!inExtents[x].IsEmpty())
-			{
-				cairo_rectangle(mCairo.get(), static_cast<double>(x), inExtents[x].mTop, 1.0,
-					inExtents[x].mBottom - inExtents[x].mTop);
-			}
-		}
-	}
-
-	WaveformRoom GetRoom(std::size_t inChannel) const
-	{
-		return FindRoom(mStyle, inChannel, mWaveform.mChannels.size(), mWidth);
-	}
-
-	Cairo mCairo;
-	Waveform const& mWaveform;
-	WaveformStyle const& mStyle;
-	unsigned mWidth;
-};
+		SetColour(cairo.get(), inColour);
+		cairo_fill(cairo.get());
+	};
+	SetColour(cairo.get(), inStyle.mBackground);
+	cairo_paint(cairo.get());
+	fill(&FindWave, inStyle.mWave);
+	fill(&FindRms, inStyle.mRms);
+	CheckCairo(cairo_status(cairo.get()));
+}
 
 } // namespace
 
 void WriteWaveformPng(
 	Waveform const& inWaveform, WaveformStyle const& inStyle, unsigned inWidth, OutputFile& ioFile)
 {
-	Surface const surface(cairo_image_surface_create(
-		CAIRO_FORMAT_ARGB32, static_cast<int>(inWidth), static_cast<int>(inStyle.mHeight)));
-	CheckCairo(cairo_surface_status(surface.get()));
-	Painter(surface.get(), inWaveform, inStyle, inWidth).Paint();
+	Surface const surface = MakeBitmap(inWidth, inStyle.mHeight);
+	Paint(surface.get(), inWaveform, inStyle, inWidth);
 	CheckCairo(cairo_surface_write_to_png_stream(surface.get(), &WriteToFile, &ioFile));
 }
 
@@ -116,7 +70,7 @@ void WriteWaveformSvg(
 		cairo_svg_surface_create_for_stream(&WriteToFile, &ioFile, inWidth, inStyle.mHeight));
 	CheckCairo(cairo_surface_status(surface.get()));
 	cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
-	Painter(surface.get(), inWaveform, inStyle, inWidth).Paint();
+	Paint(surface.get(), inWaveform, inStyle, inWidth);
 	cairo_surface_finish(surface.get());
 	CheckCairo(cairo_surface_status(surface.get()));
 }
