@@ -98,7 +98,7 @@ std::size_t FindTrack(Otio::Stack const& inStack, std::string const& inName)
 Otio::TrackRow const& FindHeard(
 	std::size_t inTrack, std::string const& inName, Otio::TimelineSequence const& inSequence)
 {
-	auto const found = std::find_if(inSequence.mTracks.begin(), inSequence.mTracks.end(),
+	auto const found = std::ranges::find_if(inSequence.mTracks,
 		[inTrack](Otio::TrackRow const& inRow) { return inRow.mDepth == 0 && inRow.mIndex == inTrack; });
 	if (found == inSequence.mTracks.end() || !found->mIsHeard)
 	{

@@ -98,8 +98,8 @@ private:
 	// Throws a HostError for options that the inputs have no use for.
 	void CheckOptions()
 	{
-		auto const timelines = std::count_if(mInputs.begin(), mInputs.end(),
-			[](std::string const& inInput) { return Otio::IsTimelinePath(inInput); });
+		auto const timelines = std::ranges::count_if(
+			mInputs, [](std::string const& inInput) { return Otio::IsTimelinePath(inInput); });
 		if (timelines == 0)
 		{
 			RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");

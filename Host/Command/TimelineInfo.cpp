@@ -150,8 +150,8 @@ std::string ListMediaForPeople(Described const& inDescribed)
 			media.emplace_back(info, clips);
 		}
 	}
-	bool const hasStarts = std::any_of(
-		media.begin(), media.end(), [](auto const& inMedia) { return inMedia.first->mStart.has_value(); });
+	bool const hasStarts =
+		std::ranges::any_of(media, [](auto const& inMedia) { return inMedia.first->mStart.has_value(); });
 	std::vector<std::vector<std::string>> rows{{"clips", "format", "encoding", "channels", "Hz", "length"}};
 	for (auto const& [info, clips] : media)
 	{

@@ -63,8 +63,8 @@ void TimelineRender::AddOptions()
 
 bool TimelineRender::IsMeant(std::vector<std::string> const& inInputs) const
 {
-	auto const found = std::find_if(
-		inInputs.begin(), inInputs.end(), [](std::string const& inInput) { return IsTimelinePath(inInput); });
+	auto const found =
+		std::ranges::find_if(inInputs, [](std::string const& inInput) { return IsTimelinePath(inInput); });
 	if (found != inInputs.end() && inInputs.size() > 1)
 	{
 		Refuse(

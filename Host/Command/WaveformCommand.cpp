@@ -64,9 +64,7 @@ WaveformFormat ChooseWaveformFormat(std::string const& inFormat, std::string con
 
 char const* GetFormatName(WaveformFormat inFormat)
 {
-	return std::find_if(std::begin(kFormats), std::end(kFormats),
-		[inFormat](FormatName const& inEntry) { return inEntry.mFormat == inFormat; })
-		->mShown;
+	return std::ranges::find(kFormats, inFormat, &FormatName::mFormat)->mShown;
 }
 
 void ParseColour(std::string const& inOption, std::string const& inText, Colour& ioColour)

@@ -160,8 +160,8 @@ void WarnOfNotes(std::vector<MissingMedia> const& inMissing, std::vector<Note> c
 	std::vector<Note const*> others;
 	for (Note const& note : inNotes)
 	{
-		bool const isTold = std::any_of(inMissing.begin(), inMissing.end(),
-			[&note](MissingMedia const& inOne) { return TellsOf(note, inOne); });
+		bool const isTold = std::ranges::any_of(
+			inMissing, [&note](MissingMedia const& inOne) { return TellsOf(note, inOne); });
 		if (IsUnreadLevel(note))
 		{
 			unread.push_back(&note);

@@ -46,8 +46,8 @@ std::string ShowOutput(std::string const& inPath)
 
 void MakeRoomForOutputs(std::initializer_list<std::string> inPaths)
 {
-	bool const isTaken = std::any_of(inPaths.begin(), inPaths.end(),
-		[](std::string const& inPath) { return SonaroHost::IsStandardStream(inPath); });
+	bool const isTaken = std::ranges::any_of(
+		inPaths, [](std::string const& inPath) { return SonaroHost::IsStandardStream(inPath); });
 	sResults = isTaken ? stderr : stdout;
 }
 

@@ -12,8 +12,8 @@ namespace
 // Characters of UTF-8, for which one column of a terminal is taken.
 std::size_t CountCharacters(std::string const& inText)
 {
-	return static_cast<std::size_t>(std::count_if(inText.begin(), inText.end(),
-		[](char inByte) { return (static_cast<unsigned char>(inByte) & 0xc0) != 0x80; }));
+	return static_cast<std::size_t>(std::ranges::count_if(
+		inText, [](char inByte) { return (static_cast<unsigned char>(inByte) & 0xc0) != 0x80; }));
 }
 
 struct Column

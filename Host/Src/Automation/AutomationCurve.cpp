@@ -61,8 +61,7 @@ void AutomationCurve::TakePoints(std::vector<AutomationPoint> inPoints)
 			RefusePoint(i, "has a value that is not a finite number");
 		}
 	}
-	std::stable_sort(inPoints.begin(), inPoints.end(),
-		[](AutomationPoint const& inA, AutomationPoint const& inB) { return inA.mTime < inB.mTime; });
+	std::ranges::stable_sort(inPoints, {}, &AutomationPoint::mTime);
 	for (AutomationPoint const& point : inPoints)
 	{
 		if (!mNodes.empty() && mNodes.back().mTime == point.mTime)
@@ -162,7 +161,7 @@ AutomationCurve AutomationCurve::MakeSwitch() const
 
 bool AutomationCurve::HoldsOnly() const
 {
-	return std::none_of(mNodes.begin(), mNodes.end(), [](Node const& inNode) { return inNode.mIsMoving; });
+	return std::ranges::none_of(mNodes, &Node::mIsMoving);
 }
 
 std::size_t AutomationCurve::FindSegment(SN::TickTime const& inTime) const

@@ -25,8 +25,7 @@ char const* FindPlaceName(AudioChannelDescription inChannel)
 	constexpr std::pair<Place, char const*> kNames[] = {{Place::kMono, "mono"}, {Place::kLeft, "left"},
 		{Place::kRight, "right"}, {Place::kCenter, "centre"}, {Place::kLowFrequency, "LFE"},
 		{Place::kLeftSurround, "left surround"}, {Place::kRightSurround, "right surround"}};
-	auto const* const found = std::find_if(std::begin(kNames), std::end(kNames),
-		[inChannel](auto const& inName) { return inName.first == inChannel; });
+	auto const* const found = std::ranges::find(kNames, inChannel, &std::pair<Place, char const*>::first);
 	return found == std::end(kNames) ? nullptr : found->second;
 }
 
@@ -77,8 +76,8 @@ std::string GetLayoutName(AudioChannelLayout const& inLayout)
 
 bool HasPlaces(AudioChannelLayout const& inLayout)
 {
-	return std::all_of(inLayout.begin(), inLayout.end(),
-		[](AudioChannelDescription inChannel) { return FindPlaceName(inChannel) != nullptr; });
+	return std::ranges::all_of(
+		inLayout, [](AudioChannelDescription inChannel) { return FindPlaceName(inChannel) != nullptr; });
 }
 
 std::vector<std::string> GetPlaceNames(AudioChannelLayout const& inLayout)

@@ -24,8 +24,7 @@ std::optional<OutputContainer> FindContainer(std::string_view inName)
 		{"caf", OutputContainer::kCaf},
 	};
 	std::string const name = ToLower(std::string(inName));
-	auto const found = std::find_if(std::begin(kEntries), std::end(kEntries),
-		[&](Entry const& inEntry) { return inEntry.mName == name; });
+	auto const found = std::ranges::find(kEntries, name, &Entry::mName);
 	return found == std::end(kEntries) ? std::nullopt : std::optional(found->mContainer);
 }
 

@@ -39,7 +39,7 @@ bool IgnoresCase(std::filesystem::path const& inFolder)
 		 entry.increment(error))
 	{
 		std::string const name = entry->path().filename().string();
-		if (std::any_of(name.begin(), name.end(), HasTwoCases))
+		if (std::ranges::any_of(name, HasTwoCases))
 		{
 			auto const number = FindFileNumber(inFolder / name);
 			return number && number == FindFileNumber(inFolder / SwapCase(name));
@@ -70,7 +70,7 @@ FilePlace::FilePlace(std::filesystem::path const& inPath)
 {
 	std::filesystem::path names = Resolve(inPath);
 	// A way up again through what is not there.
-	if (std::find(names.begin(), names.end(), "..") != names.end())
+	if (std::ranges::find(names, "..") != names.end())
 	{
 		names = Resolve(mPath / names.lexically_normal());
 	}

@@ -57,8 +57,7 @@ constexpr KindStyle kKindStyles[] = {
 
 KindStyle const& GetStyle(Sequence::NodeLabel::Kind inKind)
 {
-	return *std::find_if(std::begin(kKindStyles), std::end(kKindStyles),
-		[inKind](KindStyle const& inStyle) { return inStyle.mKind == inKind; });
+	return *std::ranges::find(kKindStyles, inKind, &KindStyle::mKind);
 }
 
 // The text as it stands between quotes in Graphviz's language.

@@ -97,13 +97,10 @@ float const* AudioFileReader::GetBlock(std::int64_t inIndex)
 // it is the one that was not used for longest.
 AudioFileReader::Block& AudioFileReader::ChooseBlockToFill(std::int64_t inIndex)
 {
-	auto const leftBehind = std::find_if(mBlocks.begin(), mBlocks.end(),
-		[&](Block const& inBlock)
+	auto const leftBehind = std::ranges::find_if(mBlocks, [&](Block const& inBlock)
 		{ return inBlock.mIndex >= 0 && (inBlock.mIndex == inIndex - 2 || inBlock.mIndex == inIndex + 2); });
-	return leftBehind != mBlocks.end()
-			   ? *leftBehind
-			   : *std::min_element(mBlocks.begin(), mBlocks.end(),
-					 [](Block const& inA, Block const& inB) { return inA.mLastUse < inB.mLastUse; });
+	return leftBehind != mBlocks.end() ? *leftBehind
+									   : *std::ranges::min_element(mBlocks, {}, &Block::mLastUse);
 }
 
 void AudioFileReader::FillBlock(std::int64_t inIndex, float* outSamples)

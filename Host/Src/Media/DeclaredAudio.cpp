@@ -44,7 +44,7 @@ public:
 		std::string bytes = GetText(inOffset, inBytes);
 		if (inOrder == ByteOrder::kLittle)
 		{
-			std::reverse(bytes.begin(), bytes.end());
+			std::ranges::reverse(bytes);
 		}
 		std::uint64_t value = 0;
 		for (char const byte : bytes)
@@ -67,8 +67,8 @@ bool IsPlaceholder(std::uint64_t inSize)
 
 bool IsChunkName(std::string_view inText)
 {
-	return std::all_of(inText.begin(), inText.end(),
-		[](char inCharacter) { return inCharacter >= ' ' && inCharacter <= '~'; });
+	return std::ranges::all_of(
+		inText, [](char inCharacter) { return inCharacter >= ' ' && inCharacter <= '~'; });
 }
 
 // WAV (little endian, rarely big), its 64-bit forms RF64 and BW64, and AIFF (big endian): chunks of a

@@ -14,8 +14,8 @@ void MediaDamage::Add(Stretch const& inStretch)
 	}
 	std::scoped_lock const lock(mMutex);
 	Stretch whole = inStretch;
-	auto const first = std::find_if(mStretches.begin(), mStretches.end(),
-		[&whole](Stretch const& inOther) { return inOther.mEnd >= whole.mFirst; });
+	auto const first = std::ranges::find_if(
+		mStretches, [&whole](Stretch const& inOther) { return inOther.mEnd >= whole.mFirst; });
 	auto last = first;
 	for (; last != mStretches.end() && last->mFirst <= whole.mEnd; ++last)
 	{

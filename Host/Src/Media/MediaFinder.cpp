@@ -86,7 +86,7 @@ MediaFinder::MediaFinder(std::filesystem::path inFolder, std::vector<std::filesy
 	  mMediaFolders(std::move(inMediaFolders)),
 	  mAlikeNames(std::make_shared<AlikeNames>())
 {
-	std::for_each(mMediaFolders.begin(), mMediaFolders.end(), CheckFolder);
+	std::ranges::for_each(mMediaFolders, CheckFolder);
 }
 
 FoundMedia MediaFinder::Find(std::string_view inUrl) const

@@ -69,14 +69,13 @@ bool BeginsAsMovie(std::string_view inBytes)
 {
 	if (HasMark(inBytes, {4, "ftyp"sv}))
 	{
-		return std::none_of(std::begin(kSoundTypes), std::end(kSoundTypes),
+		return std::ranges::none_of(kSoundTypes,
 			[inBytes](std::string_view inType) {
 				return HasMark(inBytes, {8, inType});
 			});
 	}
 	return IsTransportStream(inBytes) ||
-		   std::any_of(std::begin(kMarks), std::end(kMarks),
-			   [inBytes](Mark const& inMark) { return HasMark(inBytes, inMark); });
+		   std::ranges::any_of(kMarks, [inBytes](Mark const& inMark) { return HasMark(inBytes, inMark); });
 }
 
 } // namespace
@@ -86,7 +85,7 @@ bool HasMovieEnding(std::filesystem::path const& inPath)
 	std::string ending = inPath.extension().string();
 	std::transform(ending.begin(), ending.end(), ending.begin(),
 		[](unsigned char inChar) { return static_cast<char>(std::tolower(inChar)); });
-	return std::find(std::begin(kEndings), std::end(kEndings), ending) != std::end(kEndings);
+	return std::ranges::find(kEndings, ending) != std::end(kEndings);
 }
 
 bool IsMovieFile(std::filesystem::path const& inPath)

@@ -103,7 +103,7 @@ bool LoudnessMeter::Measure::IsSilentAtRest(dsp::AudioBuffer const& inBlock) con
 		}
 	}
 	return !mLanes->Holds(mProgramme) && mProgramme.IsAtRest() &&
-		   std::all_of(mHistory.begin(), mHistory.end(), [](float inSample) { return inSample == 0.0f; });
+		   std::ranges::all_of(mHistory, [](float inSample) { return inSample == 0.0f; });
 }
 
 bool LoudnessMeter::CanMeasure(SN::AudioChannelLayout const& inLayout, double inSampleRate)

@@ -92,7 +92,7 @@ std::optional<double> LoudnessSeries::GetRange() const
 		[](double inSum, double inLoudness) { return inSum + ToPower(inLoudness); });
 	double const gate = ToLoudness(kRelativeRangeGate * power / static_cast<double>(values.size()));
 	std::erase_if(values, [gate](double inLoudness) { return inLoudness < gate; });
-	std::sort(values.begin(), values.end());
+	std::ranges::sort(values);
 	return GetPercentile(values, kHighPercentile) - GetPercentile(values, kLowPercentile);
 }
 

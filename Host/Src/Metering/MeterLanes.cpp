@@ -38,14 +38,14 @@ void MeterLanes::Reserve(std::size_t inChannels)
 
 bool MeterLanes::Holds(WeightedProgramme const& inProgramme) const
 {
-	return std::any_of(mTenants.begin(), mTenants.end(),
-		[&](Tenant const& inTenant) { return inTenant.mProgramme == &inProgramme; });
+	return std::ranges::any_of(
+		mTenants, [&](Tenant const& inTenant) { return inTenant.mProgramme == &inProgramme; });
 }
 
 MeterLanes::Tenant& MeterLanes::Open(WeightedProgramme& ioProgramme, std::vector<float>& ioHistory)
 {
-	auto const found = std::find_if(mTenants.begin(), mTenants.end(),
-		[&](Tenant const& inTenant) { return inTenant.mProgramme == &ioProgramme; });
+	auto const found = std::ranges::find_if(
+		mTenants, [&](Tenant const& inTenant) { return inTenant.mProgramme == &ioProgramme; });
 	if (found != mTenants.end() && GetRoom(*found) > 0)
 	{
 		return *found;
@@ -86,7 +86,7 @@ void MeterLanes::Run()
 			}
 		}
 	}
-	std::for_each(mTenants.begin(), mTenants.end(), [this](Tenant const& inTenant) { Release(inTenant); });
+	std::ranges::for_each(mTenants, [this](Tenant const& inTenant) { Release(inTenant); });
 	mTenants.clear();
 	mTaken = 0;
 }

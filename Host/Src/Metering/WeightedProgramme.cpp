@@ -51,7 +51,7 @@ WeightedProgramme::WeightedProgramme(SN::AudioChannelLayout const& inLayout, dou
 
 bool WeightedProgramme::IsAtRest() const
 {
-	return std::all_of(mChannels.begin(), mChannels.end(),
+	return std::ranges::all_of(mChannels,
 		[](Channel const& inChannel)
 		{
 			return inChannel.mSums[0] == 0.0f && inChannel.mSums[1] == 0.0f &&
@@ -108,7 +108,7 @@ void WeightedProgramme::Advance(unsigned inFrames)
 	bool const isWhole = mFramesInStretch == mStretchFrames;
 	if (isWhole || mFramesInStretch % kStepFrames == 0)
 	{
-		std::for_each(mChannels.begin(), mChannels.end(), [this](Channel& ioChannel) { CarryOn(ioChannel); });
+		std::ranges::for_each(mChannels, [this](Channel& ioChannel) { CarryOn(ioChannel); });
 	}
 	if (isWhole)
 	{
@@ -138,9 +138,8 @@ void WeightedProgramme::CarryOn(Channel& ioChannel)
 	ioChannel.mRecentSquares = 0.0f;
 	ioChannel.mRecentFilteredSquares = 0.0f;
 	bool const isResting =
-		std::all_of(ioChannel.mSums.begin(), ioChannel.mSums.end(),
-			[](float inSum) { return std::fabs(inSum) < kRestingSum; }) &&
-		std::all_of(ioChannel.mDifferences.begin(), ioChannel.mDifferences.end(),
+		std::ranges::all_of(ioChannel.mSums, [](float inSum) { return std::fabs(inSum) < kRestingSum; }) &&
+		std::ranges::all_of(ioChannel.mDifferences,
 			[](float inDifference) { return std::fabs(inDifference) < kRestingDifference; });
 	if (isResting)
 	{

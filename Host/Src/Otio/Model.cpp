@@ -29,8 +29,7 @@ MixSettings const& Transition::GetSettings() const
 
 MediaReference const* Clip::FindActiveMedia() const
 {
-	auto const found = std::find_if(mMediaReferences.begin(), mMediaReferences.end(),
-		[this](MediaReference const& inMedia) { return inMedia.mKey == mActiveMediaKey; });
+	auto const found = std::ranges::find(mMediaReferences, mActiveMediaKey, &MediaReference::mKey);
 	return found == mMediaReferences.end() ? nullptr : &*found;
 }
 

@@ -34,7 +34,7 @@ namespace
 std::string DescribeOffset(std::string_view inBytes, std::size_t inOffset)
 {
 	std::string_view const before = inBytes.substr(0, inOffset);
-	auto const line = std::count(before.begin(), before.end(), '\n') + 1;
+	auto const line = std::ranges::count(before, '\n') + 1;
 	std::size_t const lineStart = before.rfind('\n') == std::string_view::npos ? 0 : before.rfind('\n') + 1;
 	return "line " + std::to_string(line) + ", column " + std::to_string(before.size() - lineStart + 1);
 }

@@ -27,7 +27,7 @@ std::filesystem::path GetSafePath(std::filesystem::path const& inArchive, std::s
 {
 	std::filesystem::path const path(inName);
 	bool const leaves = path.is_absolute() || inName.find('\\') != std::string::npos ||
-						std::find(path.begin(), path.end(), "..") != path.end();
+						std::ranges::find(path, "..") != path.end();
 	if (leaves)
 	{
 		RefuseFile(inArchive, "the entry " + QuotePath(inName) +

@@ -152,8 +152,7 @@ Sequence::Output StackMaker::FindOutput(std::optional<std::string> const& inName
 std::size_t StackMaker::FindSubmix(std::string const& inName) const
 {
 	auto const& submixes = mStack.GetSettings().mSubmixes;
-	auto const found = std::find_if(submixes.begin(), submixes.end(),
-		[&inName](Submix const& inSubmix) { return inSubmix.mName == inName; });
+	auto const found = std::ranges::find(submixes, inName, &Submix::mName);
 	return static_cast<std::size_t>(found - submixes.begin());
 }
 

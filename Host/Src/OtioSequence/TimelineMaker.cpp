@@ -116,8 +116,7 @@ public:
 		mResult.mDescription = mNeedsNesting ? MakeNested() : MakeDirectly();
 		mResult.mWhySilent = FindWhySilent(mStack, mResult);
 		TellGlobalStart();
-		std::stable_sort(mResult.mMarkers.begin(), mResult.mMarkers.end(),
-			[](MarkerRow const& inA, MarkerRow const& inB) { return inA.mStart < inB.mStart; });
+		std::ranges::stable_sort(mResult.mMarkers, {}, &MarkerRow::mStart);
 		return std::move(mResult);
 	}
 

@@ -204,8 +204,7 @@ void CheckAsked(std::string const& inText, ProgrammeRange const& inAsked, Timeli
 FoundRange FindRange(
 	std::string const& inText, Timeline const& inTimeline, TimelineSequence const& inSequence)
 {
-	auto const marker = std::find_if(inSequence.mMarkers.begin(), inSequence.mMarkers.end(),
-		[&inText](MarkerRow const& inRow) { return inRow.mName == inText; });
+	auto const marker = std::ranges::find(inSequence.mMarkers, inText, &MarkerRow::mName);
 	if (marker != inSequence.mMarkers.end())
 	{
 		return FindMarked(*marker, inSequence);

@@ -13,8 +13,8 @@ void DropRows(TimelineSequence& ioSequence)
 
 bool HasGuesses(std::vector<Note> const& inNotes)
 {
-	return std::any_of(inNotes.begin(), inNotes.end(),
-		[](Note const& inNote) { return inNote.mKind != Note::Kind::kRemark; });
+	return std::ranges::any_of(
+		inNotes, [](Note const& inNote) { return inNote.mKind != Note::Kind::kRemark; });
 }
 
 } // namespace SonaroHost::Otio

@@ -21,7 +21,7 @@ class Tally
 public:
 	void Add(std::string const& inNoun, std::string const& inRest)
 	{
-		auto const found = std::find_if(mEntries.begin(), mEntries.end(),
+		auto const found = std::ranges::find_if(mEntries,
 			[&](Entry const& inEntry) { return inEntry.mNoun == inNoun && inEntry.mRest == inRest; });
 		if (found != mEntries.end())
 		{
@@ -145,8 +145,8 @@ private:
 
 std::string FindWhySilent(Stack const& inStack, TimelineSequence const& inSequence)
 {
-	bool const isMeant = std::any_of(inSequence.mClips.begin(), inSequence.mClips.end(),
-		[](ClipRow const& inRow) { return inRow.mStatus != ClipRow::Status::kSilent; });
+	bool const isMeant = std::ranges::any_of(
+		inSequence.mClips, [](ClipRow const& inRow) { return inRow.mStatus != ClipRow::Status::kSilent; });
 	return isMeant ? std::string() : SilentProgramme(inStack, inSequence).Describe();
 }
 

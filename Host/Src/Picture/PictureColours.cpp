@@ -91,8 +91,7 @@ PictureColours const& GetPictureColours(PictureTheme inTheme)
 Colour GetMarkerColour(std::string_view inName, PictureTheme inTheme)
 {
 	std::string const name = ToLower(std::string(inName));
-	auto const* found = std::find_if(std::begin(kMarkerColours), std::end(kMarkerColours),
-		[&name](MarkerColour const& inEntry) { return inEntry.mName == name; });
+	auto const* found = std::ranges::find(kMarkerColours, name, &MarkerColour::mName);
 	MarkerColour const& entry = found != std::end(kMarkerColours) ? *found : kMarkerColours[0];
 	return inTheme == PictureTheme::kLight ? entry.mLight : entry.mDark;
 }

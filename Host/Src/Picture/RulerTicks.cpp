@@ -200,8 +200,8 @@ std::vector<RulerTick> MakeRulerTicks(TimelinePicture const& inPicture, double i
 	{
 		for (RulerTick& tick : MakeTicks(scale, minor, inPicture.mLength))
 		{
-			bool const isMajor = std::any_of(ticks.begin(), ticks.end(),
-				[&tick](RulerTick const& inOther) { return inOther.mTime == tick.mTime; });
+			bool const isMajor = std::ranges::any_of(
+				ticks, [&tick](RulerTick const& inOther) { return inOther.mTime == tick.mTime; });
 			if (!isMajor)
 			{
 				ticks.push_back({tick.mTime, {}});

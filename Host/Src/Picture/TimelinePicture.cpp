@@ -50,7 +50,7 @@ struct Window
 // By how many seconds the crossfade into an item begins before it.
 double FindLead(Sequence::Track const& inTrack, std::size_t inItem)
 {
-	auto const found = std::find_if(inTrack.mCrossfades.begin(), inTrack.mCrossfades.end(),
+	auto const found = std::ranges::find_if(inTrack.mCrossfades,
 		[inItem](Sequence::Crossfade const& inCrossfade) { return inCrossfade.mOutgoing + 1 == inItem; });
 	return found != inTrack.mCrossfades.end() ? GetSeconds(found->mBefore) : 0.0;
 }
@@ -220,7 +220,7 @@ private:
 		}
 		for (Lane& lane : mPicture.mLanes)
 		{
-			std::stable_sort(lane.mBlocks.begin(), lane.mBlocks.end(),
+			std::ranges::stable_sort(lane.mBlocks,
 				[](TimelinePicture::Block const& inA, TimelinePicture::Block const& inB)
 				{ return inA.mSpan.mStart < inB.mSpan.mStart; });
 		}

@@ -63,16 +63,14 @@ void DelayPlan::RefuseCircle(std::vector<std::size_t> const& inFeeders) const
 	{
 		std::size_t feeder = 0;
 		auto const leads = [&](DelayEdge const& inEdge) { return inEdge.mDestination == inNode; };
-		while (inFeeders[feeder] == 0 ||
-			   std::none_of(mNodes[feeder].mEdges.begin(), mNodes[feeder].mEdges.end(), leads))
+		while (inFeeders[feeder] == 0 || std::ranges::none_of(mNodes[feeder].mEdges, leads))
 		{
 			++feeder;
 		}
 		return feeder;
 	};
 	auto const waits = [](std::size_t inCount) { return inCount > 0; };
-	auto node =
-		static_cast<std::size_t>(std::find_if(inFeeders.begin(), inFeeders.end(), waits) - inFeeders.begin());
+	auto node = static_cast<std::size_t>(std::ranges::find_if(inFeeders, waits) - inFeeders.begin());
 	for (std::size_t step = 0; step < mNodes.size(); ++step)
 	{
 		node = findFeeder(node);

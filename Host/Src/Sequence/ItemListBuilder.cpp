@@ -42,8 +42,8 @@ BuiltItemList ItemListBuilder::Build()
 		}
 		end = mPlaced.back().mWhole.mEnd;
 	}
-	std::for_each(mTrack.mCrossfades.begin(), mTrack.mCrossfades.end(),
-		[this](Crossfade const& inCrossfade) { PlaceCrossfade(inCrossfade); });
+	std::ranges::for_each(
+		mTrack.mCrossfades, [this](Crossfade const& inCrossfade) { PlaceCrossfade(inCrossfade); });
 	for (std::size_t index = 0; index < items.size(); ++index)
 	{
 		bool const hasCrossfadeBehind = index + 1 < items.size() && mPlaced[index + 1].mCrossfade;

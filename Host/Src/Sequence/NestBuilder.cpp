@@ -112,7 +112,7 @@ unsigned NestBuilder::ChooseInstance(Description const& inDescription)
 
 void NestBuilder::CheckPath(Description const& inDescription, Place const& inPlace) const
 {
-	if (std::find(mPath.begin(), mPath.end(), &inDescription) != mPath.end())
+	if (std::ranges::find(mPath, &inDescription) != mPath.end())
 	{
 		Refuse(inPlace, "the sequence " + Quote(inDescription.mName) + " is nested in itself");
 	}

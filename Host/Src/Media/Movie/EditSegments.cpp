@@ -22,8 +22,8 @@ constexpr std::int64_t kLastPosition = std::int64_t{1} << 56;
 bool HasSeveralSegments(QuickTimeTrack const& inTrack)
 {
 	auto const& edits = inTrack.mEdits;
-	auto const first = std::find_if(edits.begin(), edits.end(),
-		[](QuickTimeTrack::Edit const& inEdit) { return inEdit.mMediaTime >= 0; });
+	auto const first = std::ranges::find_if(
+		edits, [](QuickTimeTrack::Edit const& inEdit) { return inEdit.mMediaTime >= 0; });
 	return edits.end() - first > 1 && inTrack.mMovieClock > 0 && inTrack.mTrackClock > 0;
 }
 

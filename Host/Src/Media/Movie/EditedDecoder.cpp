@@ -30,8 +30,7 @@ EditedDecoder::~EditedDecoder() = default;
 
 bool EditedDecoder::IsSeekExact() const noexcept
 {
-	return std::all_of(
-		mLanes.begin(), mLanes.end(), [](Lane const& inLane) { return inLane.mDecoder->IsSeekExact(); });
+	return std::ranges::all_of(mLanes, [](Lane const& inLane) { return inLane.mDecoder->IsSeekExact(); });
 }
 
 std::int64_t EditedDecoder::Read(float* outSamples, std::int64_t inFrames)
@@ -51,8 +50,8 @@ void EditedDecoder::ReadLane(Lane& ioLane, float* outSamples, std::int64_t inFra
 {
 	std::int64_t const end = mPosition + inFrames;
 	auto const& segments = ioLane.mEdited->mSegments;
-	auto segment = std::partition_point(segments.begin(), segments.end(),
-		[this](MovieIndex::Segment const& inSegment) { return inSegment.mEnd <= mPosition; });
+	auto segment = std::ranges::partition_point(
+		segments, [this](MovieIndex::Segment const& inSegment) { return inSegment.mEnd <= mPosition; });
 	for (; segment != segments.end() && segment->mFirst < end; ++segment)
 	{
 		std::int64_t const first = std::max(mPosition, segment->mFirst);

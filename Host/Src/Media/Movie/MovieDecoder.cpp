@@ -227,7 +227,7 @@ bool MovieDecoder::JumpBefore(std::int64_t inFrame, std::size_t inBack)
 		{
 		}
 	}
-	return !mIsTooLate && (!mIsAtEnd || std::none_of(mLanes.begin(), mLanes.end(), isMissing));
+	return !mIsTooLate && (!mIsAtEnd || std::ranges::none_of(mLanes, isMissing));
 }
 
 bool MovieDecoder::Enter(Lane& ioLane, AVPacket const& inPacket)

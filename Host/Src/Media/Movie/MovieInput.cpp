@@ -85,8 +85,7 @@ std::string_view GetName(AVInputFormat const& inDemuxer)
 
 Demuxer const* FindDemuxer(std::string_view inName)
 {
-	auto const found = std::find_if(std::begin(kDemuxers), std::end(kDemuxers),
-		[inName](Demuxer const& inDemuxer) { return inDemuxer.mName == inName; });
+	auto const found = std::ranges::find(kDemuxers, inName, &Demuxer::mName);
 	return found != std::end(kDemuxers) ? found : nullptr;
 }
 
@@ -123,7 +122,7 @@ AVInputFormat const* MovieInput::Recognise(std::filesystem::path const& inPath)
 	AVInputFormat const* demuxer = nullptr;
 	int const score = Libav().av_probe_input_buffer2(mBytes.get(), &demuxer, "", nullptr, 0, 0);
 	std::string_view const name = demuxer ? GetName(*demuxer) : std::string_view();
-	if (std::find(std::begin(kLists), std::end(kLists), name) != std::end(kLists))
+	if (std::ranges::find(kLists, name) != std::end(kLists))
 	{
 		throw HostError(HostError::Kind::kInput,
 			MakeInputParts(inPath,
@@ -197,7 +196,7 @@ void MovieInput::Choose(std::vector<unsigned> const& inStreams)
 {
 	for (unsigned i = 0; i < mFormat->nb_streams; ++i)
 	{
-		bool const isChosen = std::find(inStreams.begin(), inStreams.end(), i) != inStreams.end();
+		bool const isChosen = std::ranges::find(inStreams, i) != inStreams.end();
 		mFormat->streams[i]->discard = isChosen ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
 	}
 }

@@ -42,8 +42,7 @@ constexpr TaggedOrder kTaggedOrders[] = {
 TaggedOrder const* FindTaggedOrder(AVCodecParameters const& inParameters, std::uint32_t inTag)
 {
 	bool const isPcm = std::string_view(Libav().avcodec_get_name(inParameters.codec_id)).starts_with("pcm_");
-	auto const found = std::find_if(std::begin(kTaggedOrders), std::end(kTaggedOrders),
-		[inTag](TaggedOrder const& inOrder) { return inOrder.mTag == inTag; });
+	auto const found = std::ranges::find(kTaggedOrders, inTag, &TaggedOrder::mTag);
 	bool const isMeant = isPcm && inParameters.ch_layout.nb_channels == static_cast<int>(k51Channels);
 	return isMeant && found != std::end(kTaggedOrders) ? found : nullptr;
 }
@@ -59,8 +58,7 @@ std::vector<AVChannel> ListPlaces(
 	for (unsigned const stream : inStreams)
 	{
 		AVCodecParameters const& parameters = *inInput.GetStream(stream).codecpar;
-		auto const number =
-			static_cast<std::size_t>(std::find(audio.begin(), audio.end(), stream) - audio.begin());
+		auto const number = static_cast<std::size_t>(std::ranges::find(audio, stream) - audio.begin());
 		if (TaggedOrder const* const order =
 				FindTaggedOrder(parameters, number < tracks.size() ? tracks[number].mChannelTag : 0))
 		{
@@ -112,8 +110,8 @@ void SetMovieLayout(MovieInput const& inInput, std::vector<unsigned> const& inSt
 	{
 		return;
 	}
-	bool const isUnnamed = std::all_of(places.begin(), places.end(),
-		[](AVChannel inPlace) { return inPlace == AV_CHAN_NONE || inPlace == AV_CHAN_UNKNOWN; });
+	bool const isUnnamed = std::ranges::all_of(
+		places, [](AVChannel inPlace) { return inPlace == AV_CHAN_NONE || inPlace == AV_CHAN_UNKNOWN; });
 	auto const order = Find51Order(places);
 	if (order || (isUnnamed && inStreams.size() == 1))
 	{

@@ -328,7 +328,7 @@ MovieIndex MakeIndex(
 		index.mSampleRate = inInput.GetStream(stream).codecpar->sample_rate;
 	}
 	FindPacketSamples(inPath, index.mStreams);
-	index.mIsSeekExact = std::all_of(index.mStreams.begin(), index.mStreams.end(),
+	index.mIsSeekExact = std::ranges::all_of(index.mStreams,
 		[](MovieIndex::Stream const& inPlan) { return inPlan.mTimes == PacketTimes::kExact; });
 	return index;
 }
@@ -359,8 +359,7 @@ std::int64_t ReadPackets(MovieInput& ioInput, std::vector<StreamScan>& ioScans, 
 	while (ioInput.ReadPacket(*packet))
 	{
 		times.Take(*packet);
-		auto const found = std::find_if(ioScans.begin(), ioScans.end(),
-			[&](StreamScan& inScan)
+		auto const found = std::ranges::find_if(ioScans, [&](StreamScan& inScan)
 			{ return static_cast<int>(inScan.GetPlan().mIndex) == packet->stream_index; });
 		if (found != ioScans.end())
 		{
@@ -377,8 +376,7 @@ std::int64_t ReadPackets(MovieInput& ioInput, std::vector<StreamScan>& ioScans, 
 
 void CheckReadable(std::vector<StreamScan> const& inScans)
 {
-	if (std::all_of(
-			inScans.begin(), inScans.end(), [](StreamScan const& inScan) { return inScan.IsUnreadable(); }))
+	if (std::ranges::all_of(inScans, &StreamScan::IsUnreadable))
 	{
 		throw std::runtime_error("none of its packets can be decoded, because they are encrypted or damaged");
 	}

@@ -207,8 +207,7 @@ std::vector<QuickTimeTrack> PickTracks(MovieInput const& inInput, std::vector<Qu
 	std::vector<QuickTimeTrack> picked;
 	for (unsigned const stream : inStreams)
 	{
-		auto const number =
-			static_cast<std::size_t>(std::find(audio.begin(), audio.end(), stream) - audio.begin());
+		auto const number = static_cast<std::size_t>(std::ranges::find(audio, stream) - audio.begin());
 		picked.push_back(number < inTracks.size() ? inTracks[number] : QuickTimeTrack());
 	}
 	return picked;
@@ -249,9 +248,9 @@ MovieIndex ReadEditedIndex(std::filesystem::path const& inPath, std::vector<unsi
 bool IsWithoutAudio(MovieIndex const& inIndex)
 {
 	auto const isEmpty = [](auto const& inStream) { return inStream.mRuns.empty(); };
-	return std::all_of(inIndex.mStreams.begin(), inIndex.mStreams.end(), isEmpty) &&
-		   std::all_of(inIndex.mEdited.begin(), inIndex.mEdited.end(),
-			   [](auto const& inEdited) { return IsWithoutAudio(*inEdited.mMedia); });
+	return std::ranges::all_of(inIndex.mStreams, isEmpty) &&
+		   std::ranges::all_of(
+			   inIndex.mEdited, [](auto const& inEdited) { return IsWithoutAudio(*inEdited.mMedia); });
 }
 
 // Reads all packets, to find the length and where everything lies.
@@ -260,7 +259,7 @@ void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams,
 {
 	try
 	{
-		bool const isEdited = std::any_of(inTracks.begin(), inTracks.end(), HasSeveralSegments);
+		bool const isEdited = std::ranges::any_of(inTracks, HasSeveralSegments);
 		auto const index = std::make_shared<MovieIndex const>(
 			isEdited ? ReadEditedIndex(ioInfo.mPath, inStreams, inTracks, *ioInfo.mDamage)
 					 : ScanMovie(ioInfo.mPath, ioInput, inStreams, *ioInfo.mDamage));

@@ -15,8 +15,8 @@ namespace
 std::string const& Choose(std::vector<std::string> const& inNames, std::string const& inWanted)
 {
 	std::string const composed = ComposeName(inWanted);
-	auto const found = std::find_if(inNames.begin(), inNames.end(),
-		[&composed](std::string const& inName) { return ComposeName(inName) == composed; });
+	auto const found = std::ranges::find_if(
+		inNames, [&composed](std::string const& inName) { return ComposeName(inName) == composed; });
 	return found != inNames.end() ? *found : inNames.front();
 }
 
@@ -60,7 +60,7 @@ AlikeNames::Names const& AlikeNames::List(std::filesystem::path const& inFolder)
 		}
 		for (auto& [key, alike] : names)
 		{
-			std::sort(alike.begin(), alike.end());
+			std::ranges::sort(alike);
 		}
 	}
 	return names;

@@ -31,7 +31,7 @@ std::string FindScheme(std::string_view inUrl)
 		return {};
 	}
 	std::string scheme(inUrl.substr(0, colon));
-	bool const isScheme = std::all_of(scheme.begin(), scheme.end(),
+	bool const isScheme = std::ranges::all_of(scheme,
 		[](char inChar)
 		{
 			return std::isalnum(static_cast<unsigned char>(inChar)) != 0 || inChar == '+' || inChar == '-' ||

@@ -55,7 +55,7 @@ void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_v
 	std::span<std::string_view const> inShared)
 {
 	auto const isIn = [](auto const& inKeys, std::string_view inKey)
-	{ return std::find(inKeys.begin(), inKeys.end(), inKey) != inKeys.end(); };
+	{ return std::ranges::find(inKeys, inKey) != inKeys.end(); };
 	RepeatedKeys const repeated(inObject.Get());
 	for (JsonMember const& member : inObject.Get().GetMembers())
 	{

@@ -50,8 +50,7 @@ std::vector<Note> Findings::TakeNotes()
 				{tally.mKind, {}, "at " + FormatCount(more, "more place") + ": " + key.substr(1), more});
 		}
 	}
-	std::sort(
-		rest.begin(), rest.end(), [](Note const& inA, Note const& inB) { return inA.mText < inB.mText; });
+	std::ranges::sort(rest, {}, &Note::mText);
 	std::move(rest.begin(), rest.end(), std::back_inserter(mNotes));
 	for (Note::Kind const kind :
 		{Note::Kind::kRemark, Note::Kind::kGuess, Note::Kind::kIgnored, Note::Kind::kLevelNotRead})

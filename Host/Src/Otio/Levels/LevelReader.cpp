@@ -238,8 +238,7 @@ void LevelReader::CountFromItem(Cursor const& inLevel)
 	auto const isItemTime = [&isWithin](Curve::Keyframe const& inKeyframe)
 	{ return isWithin(ToSeconds(inKeyframe.mTime)); };
 	std::vector<Curve::Keyframe>& keyframes = mCurve.mKeyframes;
-	if (std::none_of(keyframes.begin(), keyframes.end(), isMediaTime) &&
-		std::all_of(keyframes.begin(), keyframes.end(), isItemTime))
+	if (std::ranges::none_of(keyframes, isMediaTime) && std::ranges::all_of(keyframes, isItemTime))
 	{
 		inLevel.Tell(
 			Note::Kind::kGuess, "keyframe positions are taken as counted from the start of the item");

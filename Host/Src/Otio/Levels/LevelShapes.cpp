@@ -126,7 +126,7 @@ LevelShape const* FindShape(JsonValue const& inLevel)
 	bool const isObject = inLevel.Is(JsonValue::Type::kObject);
 	Form const form =
 		isObject ? Form::kObject : (inLevel.Is(JsonValue::Type::kArray) ? Form::kList : Form::kValue);
-	auto const* const found = std::find_if(std::begin(kShapes), std::end(kShapes),
+	auto const* const found = std::ranges::find_if(kShapes,
 		[&inLevel, form, isObject](LevelShape const& inShape)
 		{
 			return inShape.mForm == form &&
@@ -137,7 +137,7 @@ LevelShape const* FindShape(JsonValue const& inLevel)
 
 LevelShape const* FindNamedShape(JsonValue const& inParameter)
 {
-	auto const* const found = std::find_if(std::begin(kShapes), std::end(kShapes),
+	auto const* const found = std::ranges::find_if(kShapes,
 		[&inParameter](LevelShape const& inShape)
 		{
 			JsonMember const* const name = FindMember(inParameter, inShape.mNamedBy);
@@ -175,8 +175,7 @@ std::optional<LevelName> ParseLevelName(std::string_view inName)
 	std::string_view stem = letters;
 	bool const isDecibels = stem.ends_with("db");
 	stem.remove_suffix(isDecibels ? 2 : 0);
-	auto const* const found = std::find_if(std::begin(kNames), std::end(kNames),
-		[stem](KnownName const& inKnown) { return inKnown.mLetters == stem; });
+	auto const* const found = std::ranges::find(kNames, stem, &KnownName::mLetters);
 	bool const isKnown = found != std::end(kNames) && (!isDecibels || found->mTarget == LevelTarget::kGain);
 	return isKnown ? std::optional(LevelName{found->mTarget, isDecibels}) : std::nullopt;
 }
@@ -194,8 +193,8 @@ bool NamesLevels(std::string_view inName)
 			continue;
 		}
 		std::string_view const word = inName.substr(begin, i - begin);
-		if (std::any_of(std::begin(kLevelWords), std::end(kLevelWords),
-				[word](std::string_view inWord) { return IsSame(word, inWord); }))
+		if (std::ranges::any_of(
+				kLevelWords, [word](std::string_view inWord) { return IsSame(word, inWord); }))
 		{
 			return true;
 		}

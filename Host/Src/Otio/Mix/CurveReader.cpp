@@ -120,8 +120,7 @@ void SortKeyframes(Curve& ioCurve, Cursor const& inPlace)
 	{
 		entries.push_back({ToSeconds(keyframe.mTime), keyframe});
 	}
-	std::stable_sort(entries.begin(), entries.end(),
-		[](Entry const& inA, Entry const& inB) { return inA.mSeconds < inB.mSeconds; });
+	std::ranges::stable_sort(entries, {}, &Entry::mSeconds);
 	ioCurve.mKeyframes.clear();
 	for (std::size_t i = 0; i < entries.size(); ++i)
 	{

@@ -151,8 +151,7 @@ MixSettings ReadMixSettings(Cursor const& inMetadata, SettingsOwner inOwner)
 	for (JsonMember const& member : sonaro.Get().GetMembers())
 	{
 		Cursor const value(sonaro, member);
-		auto const* const setting = std::find_if(std::begin(kSettings), std::end(kSettings),
-			[&member](Setting const& inSetting) { return inSetting.mKey == member.mKey; });
+		auto const* const setting = std::ranges::find(kSettings, member.mKey, &Setting::mKey);
 		if (setting == std::end(kSettings))
 		{
 			value.Tell(Note::Kind::kIgnored, "unknown key in metadata.sonaro; ignored");

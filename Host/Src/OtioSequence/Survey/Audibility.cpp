@@ -33,7 +33,7 @@ std::string FindSilence(Item const& inItem)
 
 std::vector<std::string> FindSilences(Stack const& inStack)
 {
-	bool const hasSolo = std::any_of(inStack.mChildren.begin(), inStack.mChildren.end(), IsSolo);
+	bool const hasSolo = std::ranges::any_of(inStack.mChildren, IsSolo);
 	std::vector<std::string> silences;
 	for (Composable const& child : inStack.mChildren)
 	{

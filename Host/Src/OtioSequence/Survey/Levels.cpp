@@ -73,7 +73,7 @@ Curve const* ToPointer(std::optional<Curve> const& inCurve)
 
 bool StaysInTheMiddle(Curve const& inPan)
 {
-	return std::all_of(inPan.mKeyframes.begin(), inPan.mKeyframes.end(),
+	return std::ranges::all_of(inPan.mKeyframes,
 			   [](Curve::Keyframe const& inKeyframe) { return inKeyframe.mValue == 0.0; }) &&
 		   (!inPan.IsConstant() || inPan.mConstant == 0.0);
 }

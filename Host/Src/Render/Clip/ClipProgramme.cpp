@@ -49,8 +49,7 @@ std::vector<ClipPart> LayClips(ProgrammePlan const& inPlan)
 	{
 		parts = Lay({&clip, clip.mPosition, clip.mPosition + clip.mFrames}, parts);
 	}
-	std::sort(parts.begin(), parts.end(),
-		[](ClipPart const& inA, ClipPart const& inB) { return inA.mFirst < inB.mFirst; });
+	std::ranges::sort(parts, {}, &ClipPart::mFirst);
 	return parts;
 }
 
@@ -124,8 +123,8 @@ Sequence::Item MakeItem(ClipPart const& inPart, std::shared_ptr<Sequence::Media 
 std::optional<SN::AudioChannelMix::MixdownType51> FindMixdown(ProgrammePlan const& inPlan)
 {
 	auto const& clips = inPlan.GetClips();
-	auto const found = std::find_if(clips.begin(), clips.end(),
-		[](PlannedClip const& inClip) { return inClip.mLayout.GetMixdown().has_value(); });
+	auto const found = std::ranges::find_if(
+		clips, [](PlannedClip const& inClip) { return inClip.mLayout.GetMixdown().has_value(); });
 	return found != clips.end() ? found->mLayout.GetMixdown() : std::nullopt;
 }
 
@@ -150,8 +149,8 @@ std::vector<DamagedMedia> ListDamaged(Sources const& inSources, Find const& inFi
 	{
 		AudioFileInfo const& info = source->GetInfo();
 		DamagedMedia media{info.mPath, info.mSampleRate, inFind(info)};
-		bool const isListed = std::any_of(list.begin(), list.end(),
-			[&media](DamagedMedia const& inListed) { return inListed.mPath == media.mPath; });
+		bool const isListed = std::ranges::any_of(
+			list, [&media](DamagedMedia const& inListed) { return inListed.mPath == media.mPath; });
 		if (!media.mStretches.empty() && !isListed)
 		{
 			list.push_back(std::move(media));

@@ -25,7 +25,7 @@ ClipRenderRequest Check(ClipRenderRequest inRequest)
 OutputFormat ChooseFormat(ClipRenderRequest const& inRequest, ProgrammePlan const& inPlan)
 {
 	bool const keepsSamples = inPlan.KeepsSamples() && inRequest.mLevels.IsNone();
-	bool const needsDither = std::any_of(inPlan.GetClips().begin(), inPlan.GetClips().end(),
+	bool const needsDither = std::ranges::any_of(inPlan.GetClips(),
 		[&](PlannedClip const& inClip)
 		{
 			return ChooseDither(ChooseSamples(inRequest), inClip.GetInfo().mIntegerBits, keepsSamples) ==

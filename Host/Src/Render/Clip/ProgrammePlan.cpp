@@ -107,15 +107,14 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 
 bool ProgrammePlan::IsResampled() const
 {
-	return std::any_of(
-		mClips.begin(), mClips.end(), [](PlannedClip const& inClip) { return inClip.IsResampled(); });
+	return std::ranges::any_of(mClips, &PlannedClip::IsResampled);
 }
 
 bool ProgrammePlan::KeepsSamples() const
 {
 	return mGain == 1.0f && mFades.IsNone() && !IsResampled() &&
-		   std::all_of(mClips.begin(), mClips.end(),
-			   [](PlannedClip const& inClip) { return inClip.mLayout.KeepsSamples(); });
+		   std::ranges::all_of(
+			   mClips, [](PlannedClip const& inClip) { return inClip.mLayout.KeepsSamples(); });
 }
 
 void ProgrammePlan::ChooseSampleRate(ClipRenderRequest const& inRequest)
@@ -162,16 +161,16 @@ void ProgrammePlan::ChooseReadingSpeed(PlannedClip& ioClip, double inSpeed) cons
 
 void ProgrammePlan::ChooseLayouts(LayoutRequest const& inRequest)
 {
-	PlannedClip const& widest = *std::max_element(mClips.begin(), mClips.end(),
-		[](PlannedClip const& inA, PlannedClip const& inB)
-		{ return GetSourceLayout(inA).size() < GetSourceLayout(inB).size(); });
+	PlannedClip const& widest =
+		*std::ranges::max_element(mClips, [](PlannedClip const& inA, PlannedClip const& inB)
+			{ return GetSourceLayout(inA).size() < GetSourceLayout(inB).size(); });
 	LayoutRequest request = inRequest;
 	request.mMixdown = std::nullopt;
 	request.mLayout = MakeLayoutPlan(widest, request).GetOutputLayout();
 	// Where no input has 5.1, the first one finds the mixdown wrong.
 	auto const isSurround = [](PlannedClip const& inClip)
 	{ return GetSourceLayout(inClip) == zorvmediatypes::Create51ChannelLayout(); };
-	bool const hasSurround = std::any_of(mClips.begin(), mClips.end(), isSurround);
+	bool const hasSurround = std::ranges::any_of(mClips, isSurround);
 	for (PlannedClip& clip : mClips)
 	{
 		bool const isMixedDown = !hasSurround || isSurround(clip);

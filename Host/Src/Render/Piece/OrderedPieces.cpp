@@ -56,8 +56,8 @@ void OrderedPieces::End()
 
 bool OrderedPieces::IsOver() const
 {
-	return mIsEnding || std::all_of(mLanes.begin(), mLanes.end(),
-							[this](Lane const& inLane) { return inLane.mNext == mLimits.mPieces; });
+	return mIsEnding || std::ranges::all_of(
+							mLanes, [this](Lane const& inLane) { return inLane.mNext == mLimits.mPieces; });
 }
 
 // The first consumer has the output, which everything else is to keep up with.

@@ -42,10 +42,9 @@ std::vector<Meters> SplitTaps(RangeRender const& inRender)
 		split[found != groups.end() ? found->second : inRender.mTapGroups.size()][tap++] = meter;
 	}
 	std::erase_if(split,
-		[](Meters const& inMeters)
-		{
-			return std::none_of(inMeters.begin(), inMeters.end(),
-				[](auto const& inMeter) { return static_cast<bool>(inMeter); });
+		[](Meters const& inMeters) {
+			return std::ranges::none_of(
+				inMeters, [](auto const& inMeter) { return static_cast<bool>(inMeter); });
 		});
 	return split;
 }

@@ -56,7 +56,7 @@ bool ItemContent::HasHistory()
 	if (!mHasHistory)
 	{
 		mHasHistory = mSettings.mLatency > 0 || ReadingNode::HasHistory() ||
-					  std::any_of(mSettings.mProcessors.begin(), mSettings.mProcessors.end(),
+					  std::ranges::any_of(mSettings.mProcessors,
 						  [](Processor const& inProcessor) { return inProcessor->HasHistory(); });
 	}
 	return *mHasHistory;
@@ -232,7 +232,7 @@ void ItemContent::CollectLiveParameters(SN::LiveAudioParameterMap& outParameters
 		}
 	};
 	collect(mSettings.mPanner);
-	std::for_each(mSettings.mProcessors.begin(), mSettings.mProcessors.end(), collect);
+	std::ranges::for_each(mSettings.mProcessors, collect);
 	ReadingNode::CollectLiveParameters(outParameters);
 }
 

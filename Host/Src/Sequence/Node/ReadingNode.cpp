@@ -14,8 +14,7 @@ ReadingNode::ReadingNode(std::vector<Generator> inInputs)
 
 bool ReadingNode::HasHistory()
 {
-	return std::any_of(
-		mInputs.begin(), mInputs.end(), [](Generator const& inInput) { return inInput->HasHistory(); });
+	return std::ranges::any_of(mInputs, [](Generator const& inInput) { return inInput->HasHistory(); });
 }
 
 void ReadingNode::Reset()
