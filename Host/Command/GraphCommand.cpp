@@ -177,7 +177,7 @@ public:
 			char const* const reason = IsStandardStream(mInput)                 ? "is the standard input"
 									   : std::filesystem::exists(mInput, error) ? "is not named as a timeline"
 																				: "does not exist";
-			throw HostError(HostError::Kind::kInput, {mInput, {}, reason, DescribeInputs()});
+			RefuseFile(mInput, reason, DescribeInputs());
 		}
 		MakeRoomForOutputs({mOutput});
 		GraphFormat const format = ChooseGraphFormat(mFormat, mOutput);

@@ -44,9 +44,9 @@ void Refuse(std::string const& inReason)
 	throw HostError(HostError::Kind::kRequest, inReason);
 }
 
-void RefuseFile(std::filesystem::path const& inFile, std::string const& inReason)
+void RefuseFile(std::filesystem::path const& inFile, std::string const& inReason, std::string const& inRemedy)
 {
-	throw HostError(HostError::Kind::kInput, {inFile, {}, inReason, {}});
+	throw HostError(HostError::Kind::kInput, {inFile, {}, inReason, inRemedy});
 }
 
 void RefuseOutput(std::string const& inReason)

@@ -12,7 +12,7 @@ namespace SonaroHost
 namespace
 {
 
-[[noreturn]] void RefuseInput(std::string const& inWhy)
+[[noreturn]] void RefuseStandardInput(std::string const& inWhy)
 {
 	throw HostError(HostError::Kind::kInput, inWhy + ": " + std::generic_category().message(errno));
 }
@@ -25,19 +25,19 @@ FileHandle SpoolStandardInput()
 	FileHandle spool = MakeUnnamedFile();
 	if (!spool)
 	{
-		RefuseInput(kWhyNotKept);
+		RefuseStandardInput(kWhyNotKept);
 	}
 	if (!CopyRest(stdin, spool.get()))
 	{
-		RefuseInput(kWhyNotKept);
+		RefuseStandardInput(kWhyNotKept);
 	}
 	if (std::ferror(stdin) != 0)
 	{
-		RefuseInput("the standard input cannot be read");
+		RefuseStandardInput("the standard input cannot be read");
 	}
 	if (std::fflush(spool.get()) != 0)
 	{
-		RefuseInput(kWhyNotKept);
+		RefuseStandardInput(kWhyNotKept);
 	}
 	return spool;
 }
@@ -59,6 +59,12 @@ HostError::Parts MakeInputParts(
 {
 	return IsStandardStream(inPath) ? HostError::Parts{{}, {}, "the standard input " + inReason, inRemedy}
 									: HostError::Parts{inPath, {}, inReason, inRemedy};
+}
+
+void RefuseInput(
+	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy)
+{
+	throw HostError(HostError::Kind::kInput, MakeInputParts(inPath, inReason, inRemedy));
 }
 
 std::filesystem::path GetReadablePath(std::filesystem::path const& inPath)

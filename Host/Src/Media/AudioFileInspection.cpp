@@ -27,12 +27,6 @@ namespace
 // The end of the engine's time line, 100 hours.
 constexpr std::int64_t kMaxSeconds = 360000;
 
-[[noreturn]] void RefuseInput(
-	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy = {})
-{
-	throw HostError(HostError::Kind::kInput, MakeInputParts(inPath, inReason, inRemedy));
-}
-
 void CheckIsFile(std::filesystem::path const& inPath)
 {
 	if (inPath.empty())

@@ -29,8 +29,7 @@ void CheckState(AudioFileInfo const& inInfo, std::filesystem::path const& inRead
 {
 	if (inInfo.mState && ReadFileState(inReadablePath) != inInfo.mState)
 	{
-		throw HostError(HostError::Kind::kInput,
-			MakeInputParts(inInfo.mPath, "has changed while it was being read", "run the command again"));
+		RefuseInput(inInfo.mPath, "has changed while it was being read", "run the command again");
 	}
 }
 
@@ -211,12 +210,11 @@ void AudioFileReader::CheckUnchanged() const
 
 void AudioFileReader::ThrowCutShort(std::int64_t inPosition) const
 {
-	throw HostError(HostError::Kind::kInput,
-		{mInfo.mPath, {},
-			"cannot be read at sample " + std::to_string(inPosition) + " (" +
-				FormatTime(inPosition, mInfo.mSampleRate) + "), although its header states " +
-				std::to_string(mInfo.mFrames) + " samples: it is truncated or damaged",
-			"get a complete copy"});
+	RefuseFile(mInfo.mPath,
+		"cannot be read at sample " + std::to_string(inPosition) + " (" +
+			FormatTime(inPosition, mInfo.mSampleRate) + "), although its header states " +
+			std::to_string(mInfo.mFrames) + " samples: it is truncated or damaged",
+		"get a complete copy");
 }
 
 } // namespace SonaroHost

@@ -139,11 +139,10 @@ void DecodedSpool::ThrowLackOfRoom()
 {
 	std::string const reason = std::generic_category().message(errno);
 	mLacksRoom = true;
-	throw HostError(HostError::Kind::kInput,
-		{mInfo.mPath, {},
-			"its decoded samples cannot be stored in a temporary file in " +
-				QuotePath(GetFolderOfTemporaries()) + ": " + reason,
-			"set TMPDIR to another folder with more space, or convert the file to WAV, which needs none"});
+	RefuseFile(mInfo.mPath,
+		"its decoded samples cannot be stored in a temporary file in " + QuotePath(GetFolderOfTemporaries()) +
+			": " + reason,
+		"set TMPDIR to another folder with more space, or convert the file to WAV, which needs none");
 }
 
 } // namespace SonaroHost

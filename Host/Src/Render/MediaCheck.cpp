@@ -19,8 +19,7 @@ void CheckEach(bool inRefusesDamage, FindFailure const& inFindFailure, ListDamag
 	}
 	if (auto const damaged = inListDamaged(); !damaged.empty())
 	{
-		throw HostError(HostError::Kind::kInput,
-			{damaged.front().mPath, {}, DescribeDamage(damaged.front()), "get a complete copy"});
+		RefuseFile(damaged.front().mPath, DescribeDamage(damaged.front()), "get a complete copy");
 	}
 }
 

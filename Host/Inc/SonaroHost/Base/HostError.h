@@ -51,7 +51,8 @@ private:
 // Throws a HostError of the kind kRequest.
 [[noreturn]] void Refuse(std::string const& inReason);
 // One of the kind kInput that is about a whole file.
-[[noreturn]] void RefuseFile(std::filesystem::path const& inFile, std::string const& inReason);
+[[noreturn]] void RefuseFile(
+	std::filesystem::path const& inFile, std::string const& inReason, std::string const& inRemedy = {});
 // One of the kind kOutput.
 [[noreturn]] void RefuseOutput(std::string const& inReason);
 

@@ -61,8 +61,7 @@ void MovieDecoder::Open()
 	{
 		if (plan.mIndex >= mInput->GetFormat().nb_streams)
 		{
-			throw HostError(HostError::Kind::kInput,
-				MakeInputParts(mPath, "has changed since it was opened first", "run the command again"));
+			RefuseInput(mPath, "has changed since it was opened first", "run the command again");
 		}
 		streams.push_back(plan.mIndex);
 		mLanes.emplace_back(*mInput, plan, mIndex->mSampleRate);
@@ -159,9 +158,8 @@ void MovieDecoder::CheckWaiting() const
 	}
 	if (waiting > kMostWaiting)
 	{
-		throw HostError(HostError::Kind::kInput,
-			MakeInputParts(mPath, "has audio streams that are not interleaved, which takes too much memory",
-				"choose one stream, or rewrite the file with a muxer that interleaves"));
+		RefuseInput(mPath, "has audio streams that are not interleaved, which takes too much memory",
+			"choose one stream, or rewrite the file with a muxer that interleaves");
 	}
 }
 

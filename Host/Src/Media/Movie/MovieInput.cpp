@@ -105,8 +105,7 @@ MovieInput::MovieInput(std::filesystem::path const& inPath, MovieEdits inEdits)
 	mFile.reset(std::fopen(path.c_str(), "rb"));
 	if (!mFile)
 	{
-		throw HostError(HostError::Kind::kInput,
-			MakeInputParts(inPath, "cannot be opened: " + std::generic_category().message(errno)));
+		RefuseInput(inPath, "cannot be opened: " + std::generic_category().message(errno));
 	}
 	mLength = static_cast<std::int64_t>(std::filesystem::file_size(path));
 	auto* const buffer = static_cast<unsigned char*>(Libav().av_malloc(kBufferSize));
@@ -124,10 +123,9 @@ AVInputFormat const* MovieInput::Recognise(std::filesystem::path const& inPath)
 	std::string_view const name = demuxer ? GetName(*demuxer) : std::string_view();
 	if (std::ranges::find(kLists, name) != std::end(kLists))
 	{
-		throw HostError(HostError::Kind::kInput,
-			MakeInputParts(inPath,
-				"is a list of other files or addresses (" + std::string(name) + "), which are not followed",
-				"give the files that it names"));
+		RefuseInput(inPath,
+			"is a list of other files or addresses (" + std::string(name) + "), which are not followed",
+			"give the files that it names");
 	}
 	Demuxer const* const known = FindDemuxer(name);
 	if (!known || score < known->mLeastScore)
@@ -157,11 +155,10 @@ void MovieInput::Open(std::filesystem::path const& inPath, AVInputFormat const* 
 	}
 	if (error < 0)
 	{
-		throw HostError(HostError::Kind::kInput,
-			MakeInputParts(inPath,
-				"is truncated or damaged: its header cannot be read (" + std::string(GetName(*inDemuxer)) +
-					": " + DescribeError(error) + ")",
-				"get a complete copy"));
+		RefuseInput(inPath,
+			"is truncated or damaged: its header cannot be read (" + std::string(GetName(*inDemuxer)) + ": " +
+				DescribeError(error) + ")",
+			"get a complete copy");
 	}
 	bool isAnyKnown = false;
 	for (unsigned i = 0; i < mFormat->nb_streams; ++i)
@@ -174,9 +171,7 @@ void MovieInput::Open(std::filesystem::path const& inPath, AVInputFormat const* 
 	}
 	if (!isAnyKnown)
 	{
-		throw HostError(HostError::Kind::kInput,
-			MakeInputParts(
-				inPath, "is truncated or damaged: its header names no streams", "get a complete copy"));
+		RefuseInput(inPath, "is truncated or damaged: its header names no streams", "get a complete copy");
 	}
 }
 

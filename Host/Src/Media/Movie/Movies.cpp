@@ -132,12 +132,6 @@ std::vector<unsigned> ChooseStreams(
 	return chosen;
 }
 
-[[noreturn]] void RefuseMovie(
-	std::filesystem::path const& inPath, std::string const& inReason, std::string const& inRemedy)
-{
-	throw HostError(HostError::Kind::kInput, MakeInputParts(inPath, inReason, inRemedy));
-}
-
 void CheckStream(AudioFileInfo const& inInfo)
 {
 	if (inInfo.mStreams.empty())
@@ -146,10 +140,8 @@ void CheckStream(AudioFileInfo const& inInfo)
 	}
 	if (inInfo.mStream > inInfo.mStreams.size())
 	{
-		RefuseMovie(inInfo.mPath,
-			"has no audio stream " + std::to_string(inInfo.mStream) + ": the last one is " +
-				std::to_string(inInfo.mStreams.size()),
-			{});
+		RefuseInput(inInfo.mPath, "has no audio stream " + std::to_string(inInfo.mStream) +
+									  ": the last one is " + std::to_string(inInfo.mStreams.size()));
 	}
 }
 
@@ -174,7 +166,7 @@ void CheckChannels(AudioFileInfo const& inInfo)
 	}
 	if (channels > kMaxChannels)
 	{
-		RefuseMovie(inInfo.mPath,
+		RefuseInput(inInfo.mPath,
 			"has " + std::to_string(channels) + " channels; at most " + std::to_string(kMaxChannels) +
 				" are supported",
 			"choose one of its streams");
@@ -272,12 +264,12 @@ void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams,
 	}
 	catch (std::runtime_error const& error)
 	{
-		RefuseMovie(ioInfo.mPath, std::string("has sound that cannot be read: ") + error.what(),
+		RefuseInput(ioInfo.mPath, std::string("has sound that cannot be read: ") + error.what(),
 			"export it as a sound file");
 	}
 	if (IsWithoutAudio(*ioInfo.mMovie))
 	{
-		RefuseMovie(ioInfo.mPath,
+		RefuseInput(ioInfo.mPath,
 			"has audio streams, but no audio in them: it is damaged, or its audio is in other files",
 			"get a complete copy, with all of its audio in it");
 	}
@@ -314,7 +306,7 @@ std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, u
 	std::vector<unsigned> const streams = ChooseStreams(*input, tracks, info);
 	if (streams.empty())
 	{
-		RefuseMovie(inPath, "has sound that cannot be read: " + info.mRemarks.front(),
+		RefuseInput(inPath, "has sound that cannot be read: " + info.mRemarks.front(),
 			"export its audio as a sound file");
 	}
 	CheckChannels(info);

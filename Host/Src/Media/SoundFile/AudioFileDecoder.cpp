@@ -54,9 +54,8 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	}
 	if (!mFile && errno == EMFILE)
 	{
-		throw HostError(
-			HostError::Kind::kInput, MakeInputParts(inPath, "cannot be opened: Too many open files",
-										 "raise the limit of open files, such as by \"ulimit -n\""));
+		RefuseInput(inPath, "cannot be opened: Too many open files",
+			"raise the limit of open files, such as by \"ulimit -n\"");
 	}
 	if (!mFile)
 	{
