@@ -40,4 +40,17 @@ unsigned ChooseBlock(Programme const& inProgramme, unsigned inWanted)
 	return frames;
 }
 
+void CheckMedia(Programme const& inProgramme, GraphMedia const& inMedia)
+{
+	if (auto const failure = inMedia.FindFailure())
+	{
+		throw *failure;
+	}
+	auto const damaged = inProgramme.mRefusesDamage ? inMedia.ListDamaged() : std::vector<DamagedMedia>();
+	if (!damaged.empty())
+	{
+		RefuseFile(damaged.front().mPath, DescribeDamage(damaged.front()), "get a complete copy");
+	}
+}
+
 } // namespace SonaroHost

@@ -1,6 +1,5 @@
 #include "RangeRender.h"
 
-#include "MediaCheck.h"
 #include "Piece/PiecePlan.h"
 #include "Piece/PiecewiseRender.h"
 #include "SonaroHost/Engine/OfflineRender.h"
@@ -23,7 +22,7 @@ std::optional<RangeReport> RenderInOneRun(
 	SN::Prefetcher* const playback = inRender.mReadsAhead ? &prefetcher : nullptr;
 	RenderContextScope const context(inRange.mBlockFrames, end, SN::ImmutableString("render"), playback);
 	Sequence::SequenceGraph graph = MakeGraph(inProgramme, context.Get(), inRender.mView, playback);
-	CheckMedia(inProgramme);
+	CheckMedia(inProgramme, *inProgramme.mMedia);
 
 	std::optional<ReadAhead> readAhead;
 	if (playback)
@@ -33,7 +32,7 @@ std::optional<RangeReport> RenderInOneRun(
 	std::int64_t done = 0;
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const&)
 	{
-		CheckMedia(inProgramme);
+		CheckMedia(inProgramme, *inProgramme.mMedia);
 		done += ioBlock.GetUseSize();
 		inRender.mSink(ioBlock);
 		if (readAhead && !inRender.mStop.stop_requested())

@@ -78,7 +78,7 @@ std::optional<RenderSummary> RenderJob::Run()
 	{
 		return std::nullopt;
 	}
-	mSummary.mDamaged = mProgramme.mListDamaged();
+	mSummary.mDamaged = mProgramme.mMedia->ListDamaged();
 	mSummary.mElapsedSeconds =
 		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 	return std::move(mSummary);

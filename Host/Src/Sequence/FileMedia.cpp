@@ -28,7 +28,7 @@ public:
 		return source;
 	}
 
-	std::optional<HostError> GetFailure() const
+	std::optional<HostError> FindFailure() const
 	{
 		for (std::weak_ptr<SN::Unknown> const& held : mSources)
 		{
@@ -124,9 +124,9 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(
 	return file.mMedia;
 }
 
-std::optional<HostError> FileMedia::GetFailure() const
+std::optional<HostError> FileMedia::FindFailure() const
 {
-	auto const failure = mSources->GetFailure();
+	auto const failure = mSources->FindFailure();
 	return failure ? std::optional(NameAsShown(*failure)) : std::nullopt;
 }
 

@@ -115,8 +115,7 @@ Programme MakeProgramme(std::shared_ptr<Description const> const& inDescription,
 	programme.mDescription = inDescription;
 	programme.mSampleRate = inSampleRate;
 	programme.mFrames = GetLength(*inDescription).ToFrame64(programme.GetFrameRate()) + 500;
-	programme.mFindFailure = [] { return std::nullopt; };
-	programme.mListDamaged = [] { return std::vector<DamagedMedia>(); };
+	programme.mMedia = std::make_shared<SoundMedia>();
 	programme.mOpenForGraph = [] { return std::make_unique<SoundMedia>(); };
 	return programme;
 }

@@ -242,7 +242,7 @@ TEST_P(OtioConformance, EverySampleIsAsTheCaseSays)
 	EXPECT_EQ(markers, expected.value("markers", json::array()));
 	EXPECT_EQ(sequence.mGlobalStart.value_or(Ratio()), Ratio(expected.value("global_start", 0)));
 	CompareSamples(RenderSequence(sequence, 512), expected);
-	EXPECT_EQ(media.GetFailure(), std::nullopt);
+	EXPECT_EQ(media.FindFailure(), std::nullopt);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, OtioConformance, testing::ValuesIn(ListCases()),

@@ -363,13 +363,13 @@ TEST_F(OtioFiles, SourcesCountByTheRateTheyAreGivenAndReportWhenTheyFail)
 		source->ReadAudio({}, buffer, SN::TickTime(frame, rate), false);
 		EXPECT_EQ(buffer.GetChannel(0)[0], static_cast<float>(frame + 1) / 32768.0f);
 	}
-	EXPECT_EQ(media.GetFailure(), std::nullopt);
+	EXPECT_EQ(media.FindFailure(), std::nullopt);
 
 	auto const failing = recording->mOpen(rate);
 	WriteFile(file, whole.substr(0, 1000));
 	failing->ReadAudio({}, buffer, SN::TickTime(4000, rate), false);
-	ASSERT_TRUE(media.GetFailure());
-	EXPECT_THAT(std::string(media.GetFailure()->what()), HasSubstr("a44.wav"));
+	ASSERT_TRUE(media.FindFailure());
+	EXPECT_THAT(std::string(media.FindFailure()->what()), HasSubstr("a44.wav"));
 }
 
 } // namespace

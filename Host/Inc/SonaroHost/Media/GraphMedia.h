@@ -9,9 +9,10 @@
 namespace SonaroHost
 {
 
-// The media that one graph reads, where several graphs read the same files side by side: each of them has its own.
+// The media that graphs read: all those of a programme or, where several graphs read the same files side by side, those
+// that one of them has for itself.
 //
-// Lifetime Ends after the graph's. What was found damaged is known to all from then on.
+// Lifetime Ends after the graph's. What one graph found damaged is known to all from then on.
 // Threads  That of the graph.
 class GraphMedia
 {
@@ -20,7 +21,7 @@ public:
 
 	// Why one of them stopped being decoded, the one that was opened first; nothing while all are.
 	virtual std::optional<HostError> FindFailure() const = 0;
-	// What of them was found damaged by this graph, until now.
+	// What of them was found damaged until now, by the graph where they are one's own.
 	virtual std::vector<DamagedMedia> ListDamaged() const = 0;
 };
 

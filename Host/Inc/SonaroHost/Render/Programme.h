@@ -3,8 +3,6 @@
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/Prefetcher.h"
 #include "Sonaro/Types.h"
-#include "SonaroHost/Base/HostError.h"
-#include "SonaroHost/Media/DamagedMedia.h"
 #include "SonaroHost/Media/GraphMedia.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
@@ -13,8 +11,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
-#include <vector>
 
 namespace SonaroHost
 {
@@ -32,12 +28,10 @@ struct Programme
 	std::int64_t mFrames = 0;
 	// The file that the description was made from, which errors in it name; empty where the request says it all.
 	std::filesystem::path mFile;
-	// Why one of the media stopped being decoded; nothing while all are. Called on the thread that renders.
-	std::function<std::optional<HostError>()> mFindFailure;
-	// The media in which damage was found until now.
-	std::function<std::vector<DamagedMedia>()> mListDamaged;
+	// Asked on the thread that renders.
+	std::shared_ptr<GraphMedia const> mMedia;
 	// Gives media of their own to the graph that is made next; graphs are made one at a time. Without it, one graph at a time
-	// can be rendered, and it is the two above that are asked.
+	// can be rendered, and it is the media above that are asked.
 	std::function<std::unique_ptr<GraphMedia>()> mOpenForGraph;
 	// Whether a render of it fails when there are any.
 	bool mRefusesDamage = false;
@@ -54,5 +48,9 @@ Sequence::SequenceGraph MakeGraph(Programme const& inProgramme,
 // than 8 MiB of such blocks. Besides the memory, smaller ones then save time, since they fit into the caches of
 // processors.
 unsigned ChooseBlock(Programme const& inProgramme, unsigned inWanted);
+
+// Throws a HostError when one of the media, the programme's own or those of one of its graphs, stopped being decoded or,
+// where the programme refuses it, was found damaged.
+void CheckMedia(Programme const& inProgramme, GraphMedia const& inMedia);
 
 } // namespace SonaroHost

@@ -20,9 +20,9 @@ namespace SonaroHost
 // Sound files and movies as media of sequences. Each file is one media, whatever the number of clips
 // that are cut from it, and each graph opens it once. So is each audio stream of a movie that is read alone.
 //
-// Errors   A source gives silence where its file cannot be decoded: whoever renders asks GetFailure after each block.
-// Threads  Get, OpenForGraph and making graphs: one at a time. GetFailure: the one that made the graphs.
-class FileMedia
+// Errors   A source gives silence where its file cannot be decoded: whoever renders asks FindFailure after each block.
+// Threads  Get, OpenForGraph and making graphs: one at a time. FindFailure: the one that made the graphs.
+class FileMedia final : public GraphMedia
 {
 public:
 	FileMedia();
@@ -37,16 +37,16 @@ public:
 	AudioFileInfo const* FindInfo(std::filesystem::path const& inShownPath,
 		std::optional<unsigned> const& inStream = std::nullopt) const;
 
-	// Why one of the sources that graphs have opened and still hold stopped being decoded; the first one's.
-	std::optional<HostError> GetFailure() const;
+	// Of the sources that graphs have opened and still hold.
+	std::optional<HostError> FindFailure() const override;
 
 	// Graphs that are made from now on, until this is called again or the result is gone, read media of their own, beside
-	// others of such graphs, with which they share what can only be decoded from the start. GetFailure does not know these.
+	// others of such graphs, with which they share what can only be decoded from the start. FindFailure does not know these.
 	// This outlives the result.
 	std::unique_ptr<GraphMedia> OpenForGraph() const;
 
 	// The files in which damage was found until now, in the order of their paths.
-	std::vector<DamagedMedia> ListDamaged() const;
+	std::vector<DamagedMedia> ListDamaged() const override;
 
 private:
 	// A path, and which stream is read.

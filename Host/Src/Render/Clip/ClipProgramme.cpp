@@ -128,18 +128,6 @@ std::optional<SN::AudioChannelMix::MixdownType51> FindMixdown(ProgrammePlan cons
 	return found != clips.end() ? found->mLayout.GetMixdown() : std::nullopt;
 }
 
-std::optional<HostError> FindFailure(Sources const& inSources)
-{
-	for (SN::InterfaceRef<AudioFileSource> const& source : inSources)
-	{
-		if (auto failure = source->GetFailure())
-		{
-			return failure;
-		}
-	}
-	return std::nullopt;
-}
-
 // Each file once, in the order of the inputs, with what is found of it.
 template <class Find>
 std::vector<DamagedMedia> ListDamaged(Sources const& inSources, Find const& inFind)
@@ -158,6 +146,31 @@ std::vector<DamagedMedia> ListDamaged(Sources const& inSources, Find const& inFi
 	}
 	return list;
 }
+
+// What the plan's sources read.
+class ClipMedia final : public GraphMedia
+{
+public:
+	explicit ClipMedia(Sources inSources)
+		: mSources(std::move(inSources))
+	{
+	}
+
+	std::optional<HostError> FindFailure() const override
+	{
+		auto const found = std::ranges::find_if(
+			mSources, [](auto const& inSource) { return inSource->GetFailure().has_value(); });
+		return found != mSources.end() ? (*found)->GetFailure() : std::nullopt;
+	}
+	std::vector<DamagedMedia> ListDamaged() const override
+	{
+		return SonaroHost::ListDamaged(
+			mSources, [](AudioFileInfo const& inInfo) { return inInfo.mDamage->Get(); });
+	}
+
+private:
+	Sources mSources;
+};
 
 class ClipGraphMedia final : public GraphMedia
 {
@@ -202,11 +215,7 @@ Programme MakeProgramme(ProgrammePlan const& inPlan)
 		track.mItems.push_back(MakeItem(part, media.at(part.mClip), inPlan));
 	}
 	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {},
-		[sources] { return FindFailure(sources->mSources); },
-		[sources] {
-			return ListDamaged(
-				sources->mSources, [](AudioFileInfo const& inInfo) { return inInfo.mDamage->Get(); });
-		},
+		std::make_shared<ClipMedia>(sources->mSources),
 		[sources] { return std::make_unique<ClipGraphMedia>(*sources); }};
 }
 

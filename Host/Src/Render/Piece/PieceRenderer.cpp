@@ -1,7 +1,5 @@
 #include "PieceRenderer.h"
 
-#include "Render/MediaCheck.h"
-
 #include <algorithm>
 #include <utility>
 

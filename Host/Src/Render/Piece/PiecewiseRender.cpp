@@ -3,7 +3,6 @@
 #include "OrderedPieces.h"
 #include "PiecePlan.h"
 #include "PieceRenderer.h"
-#include "Render/MediaCheck.h"
 
 #include <algorithm>
 #include <map>
@@ -174,7 +173,7 @@ PiecewiseReport RenderPieces(
 	Programme const& inProgramme, RangeRender const& inRender, OfflineRange const& inRange)
 {
 	auto first = std::make_unique<PieceRenderer>(inProgramme, inRender, inRange);
-	CheckMedia(inProgramme);
+	CheckMedia(inProgramme, *inProgramme.mMedia);
 	PiecewiseReport report;
 	PiecePlan const plan = PlanPieces(inProgramme, inRender, inRange.mBlockFrames, first->GetReport());
 	if (plan.mJobs == 1)

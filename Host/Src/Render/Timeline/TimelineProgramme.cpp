@@ -17,8 +17,8 @@ constexpr unsigned kBlockFrames = 4096;
 Programme MakeProgramme(TimelineSequence const& inSequence, FileMedia const& inMedia)
 {
 	return {inSequence.mDescription, inSequence.mSampleRate, inSequence.mFirstFrame, inSequence.mFrames,
-		inSequence.mFile, [&inMedia] { return inMedia.GetFailure(); },
-		[&inMedia] { return inMedia.ListDamaged(); }, [&inMedia] { return inMedia.OpenForGraph(); }};
+		inSequence.mFile, std::shared_ptr<GraphMedia const>(std::shared_ptr<void>(), &inMedia),
+		[&inMedia] { return inMedia.OpenForGraph(); }};
 }
 
 void CheckCanRender(TimelineSequence const& inSequence, FileMedia const& inMedia)
