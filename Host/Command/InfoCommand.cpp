@@ -1,6 +1,6 @@
 #include "Command.h"
 
-#include "Options/OptionGroups.h"
+#include "Options/SharedOptions.h"
 #include "Report/Json.h"
 #include "Report/MediaRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
@@ -8,7 +8,7 @@
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
-#include "SonaroHost/Media/DamagedMedia.h"
+#include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "Terminal/Console.h"
 #include "TimelineInfo.h"

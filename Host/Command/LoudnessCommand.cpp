@@ -1,6 +1,5 @@
 #include "Command.h"
 
-#include "Options/OptionGroups.h"
 #include "Options/SharedOptions.h"
 #include "Report/LoudnessRows.h"
 #include "Report/RenderedFileRows.h"

@@ -1,6 +1,5 @@
 #include "Command.h"
 
-#include "Options/OptionGroups.h"
 #include "Options/RenderOptions.h"
 #include "Options/SharedOptions.h"
 #include "Page/PagePictures.h"

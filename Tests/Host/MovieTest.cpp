@@ -5,7 +5,7 @@
 #include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/AudioFileReader.h"
 #include "SonaroHost/Media/MovieLibraries.h"
-#include "SonaroHost/Media/SilentMovieError.h"
+#include "SonaroHost/Media/NoSoundError.h"
 #include "Support/Trials.h"
 
 #include <gmock/gmock.h>

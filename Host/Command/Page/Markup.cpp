@@ -1,7 +1,7 @@
 #include "Markup.h"
 
 #include "Report/Levels.h"
-#include "SonaroHost/Base/MarkupText.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "PagePictures.h"
 
 #include "SonaroHost/Base/HostError.h"
-#include "SonaroHost/Base/MarkupText.h"
 #include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Files/Temporary.h"
 #include "SonaroHost/Render/WaveformJob.h"

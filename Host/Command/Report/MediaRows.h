@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Json.h"
-#include "SonaroHost/Media/DamagedMedia.h"
+#include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/Media/MediaStart.h"
 
 #include <vector>

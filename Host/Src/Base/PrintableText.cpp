@@ -157,4 +157,33 @@ std::string ShortenMiddle(std::string_view inText, std::size_t inLongest)
 	return std::string(CutText(inText, kept / 2)) + std::string(kEllipsis) + std::string(inText.substr(tail));
 }
 
+std::string EscapeMarkup(std::string_view inText)
+{
+	std::string text;
+	for (char const character : MakePrintable(inText))
+	{
+		switch (character)
+		{
+		case '&':
+			text += "&amp;";
+			break;
+		case '<':
+			text += "&lt;";
+			break;
+		case '>':
+			text += "&gt;";
+			break;
+		case '"':
+			text += "&quot;";
+			break;
+		case '\'':
+			text += "&#39;";
+			break;
+		default:
+			text += character;
+		}
+	}
+	return text;
+}
+
 } // namespace SonaroHost

@@ -3,7 +3,6 @@
 #include "Sequence/Node/SequenceNode.h"
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
-#include "SonaroHost/Base/MarkupText.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Media/AudioFileSource.h"

@@ -1,6 +1,5 @@
 #include "SonaroHost/Metering/LoudnessPlot.h"
 
-#include "SonaroHost/Base/MarkupText.h"
 #include "SonaroHost/Base/PrintableText.h"
 
 #include <algorithm>

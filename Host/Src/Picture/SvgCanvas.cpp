@@ -1,6 +1,6 @@
 #include "Canvas.h"
 
-#include "SonaroHost/Base/MarkupText.h"
+#include "SonaroHost/Base/PrintableText.h"
 
 #include <array>
 #include <charconv>

@@ -3,7 +3,7 @@
 #include "SonaroHost/Metering/LoudnessMeter.h"
 #include "SonaroHost/Metering/PeakLimiter.h"
 #include "SonaroHost/Render/AudioFileWriter.h"
-#include "SonaroHost/Render/RenderedFile.h"
+#include "SonaroHost/Render/RenderSummary.h"
 
 #include <cstdint>
 #include <optional>

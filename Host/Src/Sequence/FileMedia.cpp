@@ -3,7 +3,7 @@
 #include "Media/SourceGroup.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
-#include "SonaroHost/Media/SilentMovieError.h"
+#include "SonaroHost/Media/NoSoundError.h"
 
 #include <functional>
 #include <utility>

@@ -30,4 +30,8 @@ std::string_view CutText(std::string_view inText, std::size_t inLongest);
 // A text of more than inLongest bytes with "..." for its middle, so that it is no longer. Characters of UTF-8 stay whole.
 std::string ShortenMiddle(std::string_view inText, std::size_t inLongest);
 
+// A text for HTML and SVG, between elements and in quoted attributes: it cannot end them, and what is no text in them,
+// such as control characters and bytes that are no UTF-8, is written out as MakePrintable does.
+std::string EscapeMarkup(std::string_view inText);
+
 } // namespace SonaroHost

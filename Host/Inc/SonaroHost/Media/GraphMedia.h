@@ -1,7 +1,7 @@
 #pragma once
 
 #include "SonaroHost/Base/HostError.h"
-#include "SonaroHost/Media/DamagedMedia.h"
+#include "SonaroHost/Media/MediaDamage.h"
 
 #include <optional>
 #include <vector>

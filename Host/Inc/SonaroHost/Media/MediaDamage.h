@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace SonaroHost
@@ -34,5 +36,17 @@ private:
 	mutable std::mutex mMutex;
 	std::vector<Stretch> mStretches;
 };
+
+// A file of which parts could not be decoded; silence stands in their place.
+struct DamagedMedia
+{
+	// What people call it.
+	std::filesystem::path mPath;
+	int mSampleRate = 0;
+	std::vector<MediaDamage::Stretch> mStretches;
+};
+
+// "is damaged: silence from 0:01.000 to 0:01.021"; the first stretches of many.
+std::string DescribeDamage(DamagedMedia const& inMedia);
 
 } // namespace SonaroHost

@@ -2,8 +2,8 @@
 
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/AudioFileSource.h"
-#include "SonaroHost/Media/DamagedMedia.h"
 #include "SonaroHost/Media/GraphMedia.h"
+#include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/Sequence/Media.h"
 
 #include <filesystem>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Container/QuickTimeTracks.h"
 #include "Media/SoundDecoder.h"
 #include "MovieIndex.h"
 #include "SonaroHost/Media/MediaDamage.h"
@@ -52,5 +53,14 @@ private:
 // Adds what is damaged of a stream's media where an edit list presents it between two frames.
 void AddEditedDamage(
 	MovieIndex::Edited const& inEdited, std::int64_t inFirst, std::int64_t inEnd, MediaDamage& ioDamage);
+
+// Whether the edits of a track are more than one part of its media after an empty time. libavformat presents whole
+// packets at the joints of such.
+bool HasSeveralSegments(QuickTimeTrack const& inTrack);
+
+// What is presented of a track's media. Segments begin and end at the samples nearest to their times. Throws a
+// std::runtime_error for edits that change the speed.
+std::vector<MovieIndex::Segment> MakeSegments(
+	QuickTimeTrack const& inTrack, int inSampleRate, std::int64_t inMediaFrames);
 
 } // namespace SonaroHost

@@ -2,7 +2,7 @@
 
 #include "Media/SoundDecoder.h"
 #include "MovieIndex.h"
-#include "Packet/LibavPointers.h"
+#include "Packet/Libav.h"
 #include "Packet/PlacedSamples.h"
 #include "SonaroHost/Media/MediaDamage.h"
 

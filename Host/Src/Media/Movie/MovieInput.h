@@ -2,7 +2,7 @@
 
 #include "Files/SystemFiles.h"
 #include "MovieIndex.h"
-#include "Packet/LibavPointers.h"
+#include "Packet/Libav.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,7 +1,6 @@
 #include "Movies.h"
 
 #include "Container/QuickTimeTracks.h"
-#include "EditSegments.h"
 #include "EditedDecoder.h"
 #include "Media/MovieFile.h"
 #include "MovieDecoder.h"
@@ -14,7 +13,6 @@
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Media/NoSoundError.h"
-#include "SonaroHost/Media/SilentMovieError.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -3,7 +3,7 @@
 #include "Files/SystemFiles.h"
 #include "Media/MovieFile.h"
 #include "SonaroHost/Base/HostError.h"
-#include "SonaroHost/Media/SilentMovieError.h"
+#include "SonaroHost/Media/NoSoundError.h"
 
 #include <utility>
 

@@ -8,6 +8,7 @@ extern "C"
 #include <libswresample/swresample.h>
 }
 
+#include <memory>
 #include <string>
 
 namespace SonaroHost
@@ -84,5 +85,23 @@ LibavFunctions const& Libav();
 
 // Has libav print nothing on the standard error output, now or when it is loaded.
 void SilenceLibav();
+
+// Owners of what libav allocates.
+struct LibavDeleter
+{
+	void operator()(AVCodecContext* inContext) const { Libav().avcodec_free_context(&inContext); }
+	void operator()(AVFormatContext* inContext) const { Libav().avformat_close_input(&inContext); }
+	void operator()(AVFrame* inFrame) const { Libav().av_frame_free(&inFrame); }
+	void operator()(AVPacket* inPacket) const { Libav().av_packet_free(&inPacket); }
+	void operator()(SwrContext* inContext) const { Libav().swr_free(&inContext); }
+	void operator()(AVIOContext* inContext) const
+	{
+		Libav().av_freep(&inContext->buffer);
+		Libav().avio_context_free(&inContext);
+	}
+};
+
+template <class Object>
+using LibavPointer = std::unique_ptr<Object, LibavDeleter>;
 
 } // namespace SonaroHost

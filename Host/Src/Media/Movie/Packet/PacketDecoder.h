@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LibavPointers.h"
+#include "Libav.h"
 
 #include <cstdint>
 #include <vector>
