@@ -39,18 +39,6 @@ void DropSignsOfZeros(dsp::AudioBuffer& ioBlock)
 
 } // namespace
 
-RenderPlan::RenderPlan(OutputRequest const& inRequest, OutputFormat const& inFormat)
-	: mFormat(inFormat),
-	  mGain(inRequest.mGain),
-	  mLevels(inRequest.mLevels),
-	  mMeasuring(inRequest.mMeasuring),
-	  mKeepsSeries(inRequest.mKeepsSeries),
-	  mBlockFrames(inRequest.mBlockFrames),
-	  mJobs(inRequest.mJobs),
-	  mPieceFrames(PieceLength::GetForTests())
-{
-}
-
 RenderJob::RenderJob(
 	Programme inProgramme, RenderPlan inPlan, ProgressCallback inProgress, std::stop_token inStop)
 	: mProgramme(std::move(inProgramme)),
@@ -63,11 +51,11 @@ RenderJob::RenderJob(
 	mSetup.mSampleRate = mProgramme.mSampleRate;
 	mSetup.mLayout = mProgramme.GetLayout();
 	mSetup.mFormat = mPlan.mFormat;
-	mSetup.mGain = mPlan.mGain;
-	mSetup.mKeepsSeries = mPlan.mKeepsSeries;
-	if (mPlan.mLevels.mLimitDecibels)
+	mSetup.mGain = mPlan.mRequest.mGain;
+	mSetup.mKeepsSeries = mPlan.mRequest.mKeepsSeries;
+	if (mPlan.mRequest.mLevels.mLimitDecibels)
 	{
-		mSetup.mLimit = ToAmplitude(*mPlan.mLevels.mLimitDecibels);
+		mSetup.mLimit = ToAmplitude(*mPlan.mRequest.mLevels.mLimitDecibels);
 	}
 }
 
@@ -91,13 +79,13 @@ bool RenderJob::RunPasses()
 	{
 		mProgress.mFramesTotal += planned.mFile.mRange.mFrames;
 	}
-	return (!NeedsMixAlone() || MeasureMix()) && (!mPlan.mLevels.mNormalizeLoudness || Normalize()) &&
-		   WriteFiles();
+	return (!NeedsMixAlone() || MeasureMix()) &&
+		   (!mPlan.mRequest.mLevels.mNormalizeLoudness || Normalize()) && WriteFiles();
 }
 
 bool RenderJob::NeedsMixAlone() const
 {
-	return mPlan.mLevels.mNormalizeLoudness || mPlan.mFiles.empty() ||
+	return mPlan.mRequest.mLevels.mNormalizeLoudness || mPlan.mFiles.empty() ||
 		   (!mPlan.mWritesMix && MeasuresTracks());
 }
 
@@ -130,7 +118,7 @@ bool RenderJob::Normalize()
 			"the output cannot be normalized: it is silent, too short or too quiet for its loudness to be "
 			"measured; render it without normalizing");
 	}
-	double const wanted = *mPlan.mLevels.mNormalizeLoudness;
+	double const wanted = *mPlan.mRequest.mLevels.mNormalizeLoudness;
 	double decibels = wanted - mSummary.mMix->mIntegrated;
 	mSetup.mGain = static_cast<float>(ToAmplitude(decibels));
 	for (int pass = 0; mSetup.mLimit && pass < kMostLimitedPasses; ++pass)
@@ -156,7 +144,7 @@ bool RenderJob::Normalize()
 
 bool RenderJob::WriteFiles()
 {
-	mSetup.mMeasures = mPlan.mMeasuring != Measuring::kNothing;
+	mSetup.mMeasures = mPlan.mRequest.mMeasuring != Measuring::kNothing;
 	bool const measuresTracks = mPlan.mWritesMix && MeasuresTracks() && !NeedsMixAlone();
 	// A deque does not move what has been opened.
 	std::deque<RenderOutput> outputs;
@@ -185,8 +173,8 @@ TrackMeters RenderJob::MakeMeters(Pass const& inPass) const
 	// Several groups for each thread, so that all of them find work.
 	constexpr std::size_t kGroupsPerJob = 4;
 	return {inPass.mMeasuresTracks ? mPlan.mTracks : std::vector<PlannedTrack>(), mProgramme.mSampleRate,
-		mPlan.mKeepsSeries ? LoudnessMeter::Windows::kSeries : LoudnessMeter::Windows::kNone,
-		mPlan.mJobs > 1 ? kGroupsPerJob * mPlan.mJobs : 1};
+		mPlan.mRequest.mKeepsSeries ? LoudnessMeter::Windows::kSeries : LoudnessMeter::Windows::kNone,
+		mPlan.mRequest.mJobs > 1 ? kGroupsPerJob * mPlan.mRequest.mJobs : 1};
 }
 
 void RenderJob::TakeBlock(Pass const& inPass, dsp::AudioBuffer& ioBlock)
@@ -208,13 +196,13 @@ bool RenderJob::Render(Pass const& inPass)
 	TrackMeters const meters = MakeMeters(inPass);
 	RangeRender render;
 	render.mRange = inPass.mOutput.GetFile().mRange;
-	render.mBlockFrames = mPlan.mBlockFrames;
+	render.mBlockFrames = mPlan.mRequest.mBlockFrames;
 	render.mView = MakeView(inPass, meters);
 	render.mReadsAhead = mPlan.mReadsAhead && inPass.mWrites;
 	render.mStop = mStop;
-	render.mJobs = mPlan.mJobs;
+	render.mJobs = mPlan.mRequest.mJobs;
 	render.mTapGroups = meters.GetGroups();
-	render.mPieceFrames = mPlan.mPieceFrames;
+	render.mPieceFrames = PieceLength::GetForTests();
 	render.mSink = [&](dsp::AudioBuffer& ioBlock) { TakeBlock(inPass, ioBlock); };
 	auto report = RenderRange(mProgramme, render);
 	if (!report)

@@ -7,7 +7,6 @@
 #include "SonaroHost/Render/RenderSummary.h"
 #include "TrackMeters.h"
 
-#include <cstdint>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -27,19 +26,9 @@ struct PlannedFile
 // What a request comes to, whatever its programme was made from.
 struct RenderPlan
 {
-	// Takes what the request says for every render alike.
-	RenderPlan(OutputRequest const& inRequest, OutputFormat const& inFormat);
-
+	// The request, for what every kind of render takes from it.
+	OutputRequest mRequest;
 	OutputFormat mFormat;
-	// The linear gain of the whole.
-	float mGain = 1.0f;
-	OutputLevels mLevels;
-	Measuring mMeasuring = Measuring::kNothing;
-	bool mKeepsSeries = false;
-	unsigned mBlockFrames = 0;
-	// How many threads render, at most, and the frames of their pieces, for tests; 0 for those that suit.
-	unsigned mJobs = 1;
-	std::int64_t mPieceFrames = 0;
 	// Passes that write read their media ahead, as a player does.
 	bool mReadsAhead = false;
 	// Zeros of the graph lose their signs, which a resampler's blocks would show.
@@ -91,7 +80,7 @@ private:
 	void TakeBlock(Pass const& inPass, dsp::AudioBuffer& ioBlock);
 
 	bool NeedsMixAlone() const;
-	bool MeasuresTracks() const { return mPlan.mMeasuring == Measuring::kTracks; }
+	bool MeasuresTracks() const { return mPlan.mRequest.mMeasuring == Measuring::kTracks; }
 	Sequence::GraphView MakeView(Pass const& inPass, TrackMeters const& inMeters) const;
 	// The setup of a pass that only measures the mix.
 	RenderOutput::Setup MakeMeasuringSetup() const;

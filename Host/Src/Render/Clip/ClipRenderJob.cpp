@@ -59,9 +59,11 @@ ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
 std::optional<RenderSummary> ClipRenderJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
-	RenderPlan plan(mRequest, mFormat);
+	RenderPlan plan;
+	plan.mRequest = mRequest;
+	plan.mFormat = mFormat;
 	bool const goesByBlocks = mPlan.IsResampled() && mRequest.mResampling == Sequence::Resampling::kEngine;
-	plan.mBlockFrames = goesByBlocks ? kResampledBlock : mRequest.mBlockFrames;
+	plan.mRequest.mBlockFrames = goesByBlocks ? kResampledBlock : mRequest.mBlockFrames;
 	plan.mReadsAhead = mRequest.mAsPlayback;
 	plan.mDropsSignsOfZeros = mPlan.IsResampled();
 	plan.mMix.mPath = mRequest.mOutput;

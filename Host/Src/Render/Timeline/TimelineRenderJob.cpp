@@ -215,7 +215,9 @@ std::optional<RenderSummary> TimelineRenderJob::Run(
 
 RenderPlan TimelineRenderJob::MakePlan() const
 {
-	RenderPlan plan(mRequest, mFormat);
+	RenderPlan plan;
+	plan.mRequest = mRequest;
+	plan.mFormat = mFormat;
 	plan.mMix.mRange = mRange;
 	if (mRequest.mStems != Stems::kMarkers)
 	{
