@@ -1,14 +1,11 @@
 #include "MovieLayout.h"
 
-#include "Container/QuickTimeTracks.h"
 #include "MovieInput.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
-#include "SonaroHost/Files/StandardStreams.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <iterator>
 #include <numeric>
 #include <optional>
@@ -48,26 +45,22 @@ TaggedOrder const* FindTaggedOrder(AVCodecParameters const& inParameters, std::u
 }
 
 // The channels' places one after the other.
-std::vector<AVChannel> ListPlaces(
-	std::filesystem::path const& inPath, MovieInput const& inInput, std::vector<unsigned> const& inStreams)
+std::vector<AVChannel> ListPlaces(MovieInput const& inInput, std::vector<unsigned> const& inStreams,
+	std::vector<QuickTimeTrack> const& inTracks)
 {
-	std::vector<QuickTimeTrack> const tracks =
-		inInput.IsRead("mov") ? ReadQuickTimeTracks(inPath) : std::vector<QuickTimeTrack>();
-	std::vector<unsigned> const& audio = inInput.GetAudioStreams();
 	std::vector<AVChannel> places;
-	for (unsigned const stream : inStreams)
+	for (std::size_t i = 0; i < inStreams.size(); ++i)
 	{
-		AVCodecParameters const& parameters = *inInput.GetStream(stream).codecpar;
-		auto const number = static_cast<std::size_t>(std::ranges::find(audio, stream) - audio.begin());
-		if (TaggedOrder const* const order =
-				FindTaggedOrder(parameters, number < tracks.size() ? tracks[number].mChannelTag : 0))
+		AVCodecParameters const& parameters = *inInput.GetStream(inStreams[i]).codecpar;
+		if (TaggedOrder const* const order = FindTaggedOrder(parameters, inTracks[i].mChannelTag))
 		{
 			places.insert(places.end(), order->mPlaces.begin(), order->mPlaces.end());
 			continue;
 		}
-		for (unsigned i = 0; i < static_cast<unsigned>(parameters.ch_layout.nb_channels); ++i)
+		for (unsigned channel = 0; channel < static_cast<unsigned>(parameters.ch_layout.nb_channels);
+			 ++channel)
 		{
-			places.push_back(Libav().av_channel_layout_channel_from_index(&parameters.ch_layout, i));
+			places.push_back(Libav().av_channel_layout_channel_from_index(&parameters.ch_layout, channel));
 		}
 	}
 	return places;
@@ -99,9 +92,10 @@ std::optional<std::vector<unsigned>> Find51Order(std::vector<AVChannel> const& i
 
 } // namespace
 
-void SetMovieLayout(MovieInput const& inInput, std::vector<unsigned> const& inStreams, AudioFileInfo& outInfo)
+void SetMovieLayout(MovieInput const& inInput, std::vector<unsigned> const& inStreams,
+	std::vector<QuickTimeTrack> const& inTracks, AudioFileInfo& outInfo)
 {
-	std::vector<AVChannel> const places = ListPlaces(GetReadablePath(outInfo.mPath), inInput, inStreams);
+	std::vector<AVChannel> const places = ListPlaces(inInput, inStreams, inTracks);
 	auto const channels = static_cast<unsigned>(places.size());
 	outInfo.mLayout = MakeLayoutOfChannels(channels);
 	outInfo.mChannelOrder.resize(channels);

@@ -310,8 +310,9 @@ std::optional<AudioFileInfo> InspectMovie(std::filesystem::path const& inPath, u
 	CheckChannels(info);
 	info.mIntegerBits = GetIntegerBits(*input->GetStream(streams.front()).codecpar);
 	info.mStart = FindMovieStart(*input, info.mSampleRate);
-	SetMovieLayout(*input, streams, info);
-	ReadIndex(*input, streams, PickTracks(*input, tracks, streams), info);
+	std::vector<QuickTimeTrack> const picked = PickTracks(*input, tracks, streams);
+	SetMovieLayout(*input, streams, picked, info);
+	ReadIndex(*input, streams, picked, info);
 	return info;
 }
 
