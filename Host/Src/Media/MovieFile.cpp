@@ -1,8 +1,9 @@
 #include "MovieFile.h"
 
+#include "SonaroHost/Base/PrintableText.h"
+
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstddef>
 #include <fstream>
 #include <iterator>
@@ -82,10 +83,7 @@ bool BeginsAsMovie(std::string_view inBytes)
 
 bool HasMovieEnding(std::filesystem::path const& inPath)
 {
-	std::string ending = inPath.extension().string();
-	std::transform(ending.begin(), ending.end(), ending.begin(),
-		[](unsigned char inChar) { return static_cast<char>(std::tolower(inChar)); });
-	return std::ranges::find(kEndings, ending) != std::end(kEndings);
+	return std::ranges::find(kEndings, GetLowerEnding(inPath)) != std::end(kEndings);
 }
 
 bool IsMovieFile(std::filesystem::path const& inPath)

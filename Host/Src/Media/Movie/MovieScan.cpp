@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <optional>
@@ -46,18 +47,9 @@ bool IsPcm(AVCodecID inCodec)
 // Whether each packet gives as many samples as the next.
 bool HasFixedPackets(AVCodecID inCodec)
 {
-	switch (inCodec)
-	{
-	case AV_CODEC_ID_AAC:
-	case AV_CODEC_ID_AC3:
-	case AV_CODEC_ID_DTS:
-	case AV_CODEC_ID_MP1:
-	case AV_CODEC_ID_MP2:
-	case AV_CODEC_ID_MP3:
-		return true;
-	default:
-		return false;
-	}
+	constexpr AVCodecID kCodecs[] = {
+		AV_CODEC_ID_AAC, AV_CODEC_ID_AC3, AV_CODEC_ID_DTS, AV_CODEC_ID_MP1, AV_CODEC_ID_MP2, AV_CODEC_ID_MP3};
+	return std::ranges::find(kCodecs, inCodec) != std::end(kCodecs);
 }
 
 MovieIndex::Stream MakePlan(MovieInput const& inInput, unsigned inStream)

@@ -1,9 +1,12 @@
 #include "MediaLocation.h"
 
+#include "SonaroHost/Base/PrintableText.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <system_error>
+#include <utility>
 
 namespace SonaroHost
 {
@@ -43,9 +46,7 @@ std::string FindScheme(std::string_view inUrl)
 	{
 		return {};
 	}
-	std::transform(scheme.begin(), scheme.end(), scheme.begin(),
-		[](unsigned char inChar) { return static_cast<char>(std::tolower(inChar)); });
-	return scheme;
+	return ToLower(std::move(scheme));
 }
 
 // What follows "file:": the path, or "//", a host and the path.

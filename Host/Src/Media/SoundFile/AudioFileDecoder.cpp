@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <string>
 
 namespace SonaroHost
@@ -82,27 +83,11 @@ bool AudioFileDecoder::IsSeekExact() const noexcept
 		return false;
 	}
 	// FLAC is among them: its codec counts as PCM.
-	switch (mFormat.format & SF_FORMAT_SUBMASK)
-	{
-	case SF_FORMAT_PCM_S8:
-	case SF_FORMAT_PCM_U8:
-	case SF_FORMAT_PCM_16:
-	case SF_FORMAT_PCM_24:
-	case SF_FORMAT_PCM_32:
-	case SF_FORMAT_FLOAT:
-	case SF_FORMAT_DOUBLE:
-	case SF_FORMAT_ULAW:
-	case SF_FORMAT_ALAW:
-	case SF_FORMAT_IMA_ADPCM:
-	case SF_FORMAT_MS_ADPCM:
-	case SF_FORMAT_ALAC_16:
-	case SF_FORMAT_ALAC_20:
-	case SF_FORMAT_ALAC_24:
-	case SF_FORMAT_ALAC_32:
-		return true;
-	default:
-		return false;
-	}
+	constexpr int kCodecs[] = {SF_FORMAT_PCM_S8, SF_FORMAT_PCM_U8, SF_FORMAT_PCM_16, SF_FORMAT_PCM_24,
+		SF_FORMAT_PCM_32, SF_FORMAT_FLOAT, SF_FORMAT_DOUBLE, SF_FORMAT_ULAW, SF_FORMAT_ALAW,
+		SF_FORMAT_IMA_ADPCM, SF_FORMAT_MS_ADPCM, SF_FORMAT_ALAC_16, SF_FORMAT_ALAC_20, SF_FORMAT_ALAC_24,
+		SF_FORMAT_ALAC_32};
+	return std::ranges::find(kCodecs, mFormat.format & SF_FORMAT_SUBMASK) != std::end(kCodecs);
 }
 
 std::int64_t AudioFileDecoder::GetPrerollFrames() const noexcept

@@ -6,6 +6,7 @@ extern "C"
 }
 
 #include <algorithm>
+#include <iterator>
 
 namespace SonaroHost
 {
@@ -39,16 +40,9 @@ std::int64_t GetTolerance(AVRational inTimeBase, int inSampleRate, PacketTimes i
 // are late for that alone are so by less than a packet, from the second one on.
 bool KeepsFrames(AVCodecID inCodec)
 {
-	switch (inCodec)
-	{
-	case AV_CODEC_ID_WMAV1:
-	case AV_CODEC_ID_WMAV2:
-	case AV_CODEC_ID_WMAPRO:
-	case AV_CODEC_ID_WMALOSSLESS:
-		return true;
-	default:
-		return false;
-	}
+	constexpr AVCodecID kCodecs[] = {
+		AV_CODEC_ID_WMAV1, AV_CODEC_ID_WMAV2, AV_CODEC_ID_WMAPRO, AV_CODEC_ID_WMALOSSLESS};
+	return std::ranges::find(kCodecs, inCodec) != std::end(kCodecs);
 }
 
 } // namespace
