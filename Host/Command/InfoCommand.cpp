@@ -4,7 +4,6 @@
 #include "Report/Json.h"
 #include "Report/MediaRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
-#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Media/AudioFileInspection.h"

@@ -24,7 +24,6 @@
 #include <map>
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace SonaroCommand
 {

@@ -3,8 +3,6 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
-#include <algorithm>
-
 namespace SN
 {
 

@@ -1,11 +1,9 @@
 #include "Prefetch/AudioPrefetchQueue.h"
 
 #include "Prefetch/AudioPrefetchQueueFailure.h"
-#include "zorvcore/debug/DebugMonitor.h"
 #include "zorvcore/threads/ThreadPriority.h"
 
 #include <chrono>
-#include <exception>
 #include <list>
 #include <string_view>
 #include <thread>

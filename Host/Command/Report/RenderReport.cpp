@@ -1,10 +1,10 @@
 #include "RenderReport.h"
 
-#include "Json.h"
 #include "Levels.h"
 #include "MediaRows.h"
 #include "RenderedFileRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
 #include "Terminal/Console.h"
 
 namespace SonaroCommand

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <initializer_list>
 #include <thread>
 
 #include <fcntl.h>

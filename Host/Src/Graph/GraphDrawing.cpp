@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <map>
 #include <typeinfo>
 
 namespace SonaroHost

@@ -4,7 +4,6 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 namespace SonaroHost

@@ -1,7 +1,6 @@
 #include "DeclaredAudio.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <string>
 #include <string_view>

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <fstream>
 #include <iterator>
-#include <string>
 #include <string_view>
 
 namespace SonaroHost

@@ -6,7 +6,6 @@
 #include <map>
 #include <mutex>
 #include <numbers>
-#include <utility>
 
 namespace SonaroHost
 {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "OtioSequence/Item/ItemMaker.h"
-#include "OtioSequence/Survey/Levels.h"
 
 #include <memory>
 #include <optional>

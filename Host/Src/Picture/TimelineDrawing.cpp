@@ -8,7 +8,6 @@
 #include "Waveform/WaveformPicture.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace SonaroHost
 {

@@ -1,13 +1,8 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
 #include "Media/SourceGroup.h"
-#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/NoSoundError.h"
-
-#include <functional>
-#include <utility>
-#include <vector>
 
 namespace SonaroHost
 {

@@ -1,7 +1,5 @@
 #include "ItemListBuilder.h"
 
-#include "SonaroHost/Engine/RenderContextScope.h"
-
 #include <algorithm>
 #include <string>
 #include <utility>

@@ -8,11 +8,7 @@
 #include "SonaroHost/Sequence/GraphReport.h"
 #include "SonaroHost/Sequence/GraphView.h"
 
-#include <cstddef>
-#include <functional>
 #include <map>
-#include <string>
-#include <utility>
 #include <vector>
 
 namespace SonaroHost::Sequence

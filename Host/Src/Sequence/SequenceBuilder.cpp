@@ -1,11 +1,7 @@
 #include "SequenceBuilder.h"
 
-#include "Sequence/Node/SequenceNode.h"
-
 #include "SonaroHost/Base/ChannelLayouts.h"
 
-#include <algorithm>
-#include <string>
 #include <utility>
 
 namespace SonaroHost::Sequence

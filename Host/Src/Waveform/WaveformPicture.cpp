@@ -7,7 +7,6 @@
 
 #include <cmath>
 #include <string>
-#include <vector>
 
 namespace SonaroHost
 {

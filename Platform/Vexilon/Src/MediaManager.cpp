@@ -14,7 +14,6 @@
 #include <string>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 namespace VX
 {

@@ -1,11 +1,9 @@
 #include "Time/Resampler/AudioResamplerSinc.h"
 
 #include "Sonaro/AudioUtilities.h"
-#include "zorvaccelerate/Resampling.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 
 namespace SN

@@ -62,7 +62,6 @@ public:
 	void GoOnAt(MovieIndex::Entry const& inEntry);
 
 private:
-	PacketDecoder::Result Decode(AVPacket const* inPacket);
 	std::optional<std::int64_t> FindJumpOfPlan();
 	Piece Cut(PacketPlacer::Place const& inPlace, bool inIsDamaged) const;
 	// Nothing where the packet does not say it.

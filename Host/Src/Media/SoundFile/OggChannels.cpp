@@ -5,7 +5,6 @@
 #include <array>
 #include <cstddef>
 #include <fstream>
-#include <string>
 #include <string_view>
 
 namespace SonaroHost

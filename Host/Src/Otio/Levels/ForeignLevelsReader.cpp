@@ -3,7 +3,6 @@
 #include "LevelShapes.h"
 #include "LevelTaker.h"
 #include "Otio/Json/Fields.h"
-#include "ParameterState.h"
 
 #include <utility>
 

@@ -1,11 +1,8 @@
 #include "ClipMedia.h"
 
-#include "Files/SystemFiles.h"
 #include "Media/MovieFile.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/NoSoundError.h"
-
-#include <utility>
 
 namespace SonaroHost::Otio
 {

@@ -3,7 +3,6 @@
 #include "Media/SourceGroup.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <memory>
 #include <optional>

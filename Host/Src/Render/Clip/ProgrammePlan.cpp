@@ -13,7 +13,6 @@
 #include <numeric>
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace SonaroHost
 {

@@ -6,7 +6,6 @@
 #include "zorvaudiodsp/AudioBufferShell.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <deque>
 #include <exception>
 #include <functional>

@@ -7,7 +7,6 @@
 #include "SonaroHost/Media/GraphMedia.h"
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>

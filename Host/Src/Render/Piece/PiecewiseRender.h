@@ -3,8 +3,6 @@
 #include "Render/RangeRequest.h"
 #include "SonaroHost/Engine/OfflineRender.h"
 
-#include <optional>
-
 namespace SonaroHost
 {
 

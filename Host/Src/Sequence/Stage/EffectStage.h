@@ -8,7 +8,6 @@
 #include "Sonaro/Types.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 

@@ -4,7 +4,6 @@
 #include "Sonaro/IAudioRenderGraphNodeInfo.h"
 #include "Sonaro/Types.h"
 
-#include <string>
 #include <vector>
 
 namespace SonaroHost::Sequence

@@ -3,7 +3,6 @@
 #include "Sonaro/Types.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 

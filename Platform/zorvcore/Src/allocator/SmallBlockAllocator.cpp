@@ -1,7 +1,6 @@
 #include "zorvcore/allocator/SmallBlockAllocator.h"
 
 #include <mutex>
-#include <type_traits>
 #include <utility>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -7,7 +7,6 @@
 #include <exception>
 #include <fstream>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <utility>
 

@@ -1,7 +1,6 @@
 #include "QuickTimeTracks.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <fstream>
 #include <string>
 #include <string_view>
