@@ -44,6 +44,10 @@ function(sonaro_configure_library inTarget)
 		INSTALL_RPATH $ORIGIN
 		VERSION ${PROJECT_VERSION}
 		SOVERSION ${PROJECT_VERSION_MAJOR})
+	# Calls within a library stay there, where g++ would otherwise let another library put itself in between.
+	if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+		target_compile_options(${inTarget} PRIVATE -fno-semantic-interposition)
+	endif()
 endfunction()
 
 # Headers that most sources of a target include, parsed once for all of them. Sources name what they use all the
