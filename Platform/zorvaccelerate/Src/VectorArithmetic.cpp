@@ -84,6 +84,11 @@ void MulConstant(unsigned inCount, float const* inInput, float inFactor, float* 
 	sChoice->mMulConstant(inCount, inInput, inFactor, outOutput);
 }
 
+void MulTwoConstants(unsigned inCount, float const* inInput, float inFirst, float inSecond, float* outOutput)
+{
+	sChoice->mMulTwoConstants(inCount, inInput, inFirst, inSecond, outOutput);
+}
+
 void Reverse_InPlace(unsigned inCount, float* ioData)
 {
 	sChoice->mReverse(inCount, ioData);

@@ -16,6 +16,9 @@ ZORV_API void Add(unsigned inCount, float const* inA, float const* inB, float* o
 ZORV_API void MulConstant_InPlace(unsigned inCount, float* ioData, float inFactor);
 // out = in * factor
 ZORV_API void MulConstant(unsigned inCount, float const* inInput, float inFactor, float* outOutput);
+// out = (in * first) * second, the product in brackets rounded to 32 bits: the same bits as two calls.
+ZORV_API void MulTwoConstants(
+	unsigned inCount, float const* inInput, float inFirst, float inSecond, float* outOutput);
 ZORV_API void Zero(unsigned inCount, float* outOutput);
 ZORV_API void Zero(unsigned inCount, double* outOutput);
 // The last element first.

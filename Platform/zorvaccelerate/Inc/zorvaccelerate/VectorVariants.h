@@ -17,6 +17,7 @@ struct VectorVariant
 	void (*mMulRamp)(unsigned, float const*, LinearRamp const&, unsigned, float*);
 	float (*mFindPeak)(unsigned, float const*);
 	void (*mConvertInt32ToFloat32)(unsigned, void*);
+	void (*mMulTwoConstants)(unsigned, float const*, float, float, float*);
 };
 
 // Those that this processor can run, the plainest first. The last one is in use.
