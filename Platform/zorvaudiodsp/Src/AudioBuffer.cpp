@@ -138,12 +138,15 @@ void AudioBuffer::SetSilenceFlags(SilenceFlags const& inFlags)
 void AudioBuffer::NoteBufferWrite(unsigned inFirst, unsigned inCount)
 {
 	unsigned const end = inCount > mUseSize - std::min(inFirst, mUseSize) ? mUseSize : inFirst + inCount;
-	SilenceFlags const silence = GetSilenceFlags();
-	for (unsigned long long channel = 0; channel < mNumChannels; ++channel)
+	if (inFirst != 0 || end < mUseSize)
 	{
-		if (silence.Test(channel))
+		SilenceFlags const silence = GetSilenceFlags();
+		for (unsigned long long channel = 0; channel < mNumChannels; ++channel)
 		{
-			ZeroOutside(channel, std::min(inFirst, mUseSize), end);
+			if (silence.Test(channel))
+			{
+				ZeroOutside(channel, std::min(inFirst, mUseSize), end);
+			}
 		}
 	}
 	ClearSilenceFlags(SilenceFlags::All());
@@ -345,7 +348,10 @@ float* AudioBuffer::BeginWrite(unsigned long long inChannel, unsigned inCount)
 {
 	if (inChannel < mNumChannels && IsChannelSilent(inChannel))
 	{
-		ZeroOutside(inChannel, 0, std::min(inCount, mUseSize));
+		if (inCount < mUseSize)
+		{
+			ZeroOutside(inChannel, 0, inCount);
+		}
 		ClearSilenceFlags(Bit(inChannel));
 	}
 	return GetChannel(inChannel);

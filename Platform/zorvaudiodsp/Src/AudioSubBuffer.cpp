@@ -35,13 +35,20 @@ void AudioSubBuffer::ShiftOffset(unsigned inSamples)
 void AudioSubBuffer::Aim(unsigned inOffset, unsigned inCapacity)
 {
 	mOffset = inOffset;
-	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
+	float* const* const parentChannels = mParent->mChannels;
+	unsigned long long const shared = parentChannels ? std::min(mNumChannels, mParent->mNumChannels) : 0;
+	for (unsigned long long channel = 0; channel < shared; ++channel)
 	{
-		float* const samples = mParent->GetChannel(channel);
+		float* const samples = parentChannels[channel];
 		mWindowChannels[channel] = samples ? samples + inOffset : nullptr;
 	}
+	for (unsigned long long channel = shared; channel < mNumChannels; ++channel)
+	{
+		mWindowChannels[channel] = nullptr;
+	}
 	mFlags = SilenceFlags();
-	SetMemory(mWindowChannels, GetNumChannels(), inCapacity, false);
+	mCapacity = inCapacity;
+	mUseSize = inCapacity;
 }
 
 void AudioSubBuffer::SetUseSize(unsigned inSamples)
@@ -89,7 +96,8 @@ void AudioSubBuffer::ClearSilenceFlags(SilenceFlags const& inFlags)
 	{
 		return;
 	}
-	for (unsigned long long channel = 0; channel < GetNumChannels(); ++channel)
+	bool const coversAll = mOffset == 0 && GetUseSize() >= mParent->GetUseSize();
+	for (unsigned long long channel = 0; !coversAll && channel < GetNumChannels(); ++channel)
 	{
 		if (flagged.Test(channel))
 		{

@@ -114,11 +114,6 @@ TickTime DivideExactly(std::int64_t inTicks, double inDivisor)
 
 } // namespace
 
-TickTime::TickTime(long long inFrames, FrameRate const& inFrameRate)
-{
-	AddFrames(inFrames, inFrameRate);
-}
-
 TickTime TickTime::FromSeconds(double inSeconds)
 {
 	return FromTicks(kTicksPerSecond) * inSeconds;

@@ -19,7 +19,7 @@ class ZORV_API TickTime
 public:
 	constexpr TickTime() = default;
 	// So many frames of that rate; no time at all (0) for a rate that cannot be counted in.
-	TickTime(long long inFrames, FrameRate const& inFrameRate);
+	TickTime(long long inFrames, FrameRate const& inFrameRate) { AddFrames(inFrames, inFrameRate); }
 
 	static constexpr TickTime FromTicks(std::int64_t inTicks)
 	{
