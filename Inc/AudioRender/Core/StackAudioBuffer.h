@@ -21,6 +21,24 @@ public:
 using StackAudioBuffer = PooledBuffer<dsp::AudioBuffer>;
 using StackAudioSubBuffer = PooledBuffer<dsp::AudioSubBuffer>;
 
+// Marks a buffer as in use for as long as it lives, for who holds a reference already.
+template <class Pooled>
+class ScopedBufferUse
+{
+public:
+	explicit ScopedBufferUse(Pooled& ioBuffer)
+		: mBuffer(ioBuffer)
+	{
+		mBuffer.mInUse = true;
+	}
+	~ScopedBufferUse() { mBuffer.mInUse = false; }
+	ScopedBufferUse(ScopedBufferUse const&) = delete;
+	ScopedBufferUse& operator=(ScopedBufferUse const&) = delete;
+
+private:
+	Pooled& mBuffer;
+};
+
 // Held on the stack for the length of one use; marks the buffer as in use meanwhile. Over an empty
 // reference it does nothing, and reaching for the buffer raises the null-pointer exception.
 template <class Pooled>

@@ -89,6 +89,8 @@ private:
 	bool mIsEmpty = false;
 	// The width that items and processors need.
 	unsigned mNumChannels = 0;
+	// What the items of a track with an altering pan processor write into: the pool's, picked up once.
+	InterfaceRef<StackAudioBuffer> mScratch;
 	TickTime mInitialDelay;
 	bool mCachingEnabled = false;
 	// The earliest time for which Preroll did its work.

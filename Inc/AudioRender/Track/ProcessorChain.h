@@ -62,6 +62,8 @@ public:
 	// May be empty.
 	InterfaceRef<IAudioPanProcessor> const& GetPanProcessor() const { return mPanProcessor; }
 	unsigned CountSends() const;
+	// Whether there is no processor, whatever the pan processor.
+	bool IsEmpty() const { return mLinks.empty(); }
 
 	// Visits them in their order, the pan processor last.
 	void VisitNodes(NodeVisitor& ioVisitor) const;

@@ -120,6 +120,7 @@ void AudioClipTrackRenderer::MakeBuffers()
 		ReserveStackAudioBuffer(
 			mNumChannels, GetMaxBlockSize(), StackAudioBufferTags::kAudioClipTrackRenderer);
 		ReserveStackAudioSubBuffer(mNumChannels);
+		mScratch = GetStackAudioBuffer(mNumChannels, StackAudioBufferTags::kAudioClipTrackRenderer);
 	}
 }
 
@@ -240,9 +241,8 @@ void AudioClipTrackRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuff
 	InterfaceRef<IAudioPanProcessor> const& panner = mChain.GetPanProcessor();
 	if (panner && !panner->DoesNotAlterAudio())
 	{
-		ScopedStackAudioBuffer const scratch(
-			GetStackAudioBuffer(mNumChannels, StackAudioBufferTags::kAudioClipTrackRenderer));
-		dsp::AudioBuffer& itemBuffer = scratch.GetBuffer();
+		ScopedBufferUse const use(*mScratch);
+		dsp::AudioBuffer& itemBuffer = mScratch->mBuffer;
 		itemBuffer.SetUseSize(frames);
 		itemBuffer.Zero();
 		RenderRequest({inTime, inReverse, itemBuffer, ioBuffer, true});
@@ -258,7 +258,6 @@ void AudioClipTrackRenderer::RenderRequest(Request const& inRequest)
 	// A window takes more memory than the rest of the track, and is cheap to make.
 	dsp::AudioSubBuffer window;
 	window.Init(std::min<unsigned long long>(mNumChannels, inRequest.mItemBuffer.GetNumChannels()));
-	window.Assign(inRequest.mItemBuffer, 0);
 	if (!mItems.MoveTo(inRequest.mTime) || !RenderItems(inRequest, window))
 	{
 		// A request is played whole or not at all.

@@ -120,6 +120,14 @@ void RealtimeAudioClipTrackItemRenderer::RenderStraight(
 {
 	unsigned const frames = ioBuffer.GetUseSize();
 	bool const panAlters = PanAlters();
+	// A window of the whole of a window shows nothing else.
+	if (!panAlters && mChain.IsEmpty() && ioBuffer.GetNumChannels() <= mWidth &&
+		!ioBuffer.CanProcessInGroupsOfFour())
+	{
+		mSource->GetAudioData(inSourceTime, ioBuffer, inReverse);
+		FillUp(ioBuffer, frames);
+		return;
+	}
 	ScopedStackAudioBuffer const scratch(
 		panAlters ? GetStackAudioBuffer(mWidth, StackAudioBufferTags::kRealtimeAudioClipTrackItemRendererPan)
 				  : nullptr);
