@@ -155,6 +155,11 @@ void ItemContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer& ioB
 	}
 	mNext = inReverse ? frame : frame + frames;
 	mIsReverse = inReverse;
+	if (frames != 0 && frames <= mSettings.mScratch->GetCapacity() && CanReadInto(ioBuffer))
+	{
+		Render(frame, frames, inReverse, &ioBuffer);
+		return;
+	}
 	dsp::AudioSubBuffer window;
 	window.Init(
 		std::min<unsigned long long>(mSettings.mPanner->GetNumOutputChannels(), ioBuffer.GetNumChannels()));
@@ -190,6 +195,13 @@ void ItemContent::Render(
 		mNest->SetUnheard(head.mIsSettling || head.mIsUnheard);
 	}
 	std::int64_t const ahead = inReverse ? -mSettings.mLatency : mSettings.mLatency;
+	if (outBuffer && CanReadInto(*outBuffer))
+	{
+		outBuffer->Zero();
+		mSettings.mContent->GetAudioData(
+			MapRun(inFrame + ahead, inCount), *outBuffer, MapDirection(inReverse));
+		return;
+	}
 	mSettings.mScratch->SetUseSize(static_cast<unsigned>(inCount));
 	mSettings.mScratch->Zero();
 	dsp::AudioSubBuffer sound;
@@ -213,6 +225,15 @@ void ItemContent::Render(
 	{
 		mSettings.mPanner->ProcessAudioData(sound, *outBuffer, time);
 	}
+}
+
+// A clip of the item's channels, without processors, into a window: what runs in a buffer of its own may depend on how
+// the memory is aligned.
+bool ItemContent::CanReadInto(dsp::AudioBuffer const& inBuffer) const
+{
+	return mSettings.mProcessors.empty() && !mNest && !inBuffer.CanProcessInGroupsOfFour() &&
+		   inBuffer.GetNumChannels() == mSettings.mScratch->GetNumChannels() &&
+		   mSettings.mPanner->DoesNotAlterAudio();
 }
 
 SN::TickTime ItemContent::MapRun(std::int64_t inFrame, std::int64_t inCount) const

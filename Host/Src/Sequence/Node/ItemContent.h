@@ -76,6 +76,8 @@ private:
 	// So many frames of the item from its lowest one on, into a buffer or nowhere.
 	void Render(std::int64_t inFrame, std::int64_t inCount, bool inReverse, dsp::AudioBuffer* outBuffer);
 	void Settle(std::int64_t inBegin, bool inReverse);
+	// Whether what the content gives can be read into a buffer for the item's sound at once.
+	bool CanReadInto(dsp::AudioBuffer const& inBuffer) const;
 
 	Settings mSettings;
 	// Empty where the content has the rate of the graph and the speed 1 or -1.
