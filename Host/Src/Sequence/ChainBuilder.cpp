@@ -22,13 +22,17 @@ BuiltChain ChainBuilder::Build(Chain const& inChain)
 		{
 			mTools.NoteHistory("a meter of " + mContext.mPlace.Describe() + " hears the whole in one run");
 		}
+		if (&stage == &inChain.mStages.back() && inChain.mPan && !mContext.mTap)
+		{
+			mLeftGain = std::make_shared<LeftGain>();
+		}
 		std::visit([this](auto const& inStage) { Add(inStage); }, stage);
 	}
 	if (mContext.mTap)
 	{
 		Add(Meter{mContext.mTap});
 	}
-	mBuilt.mPanner = MakePanner(mContext.mOutput, inChain.mPan);
+	mBuilt.mPanner = MakePanner(mContext.mOutput, inChain.mPan, mLeftGain);
 	return std::move(mBuilt);
 }
 
@@ -38,7 +42,8 @@ void ChainBuilder::Add(Fader const& inFader)
 	{
 		return;
 	}
-	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<LevelStage>(MakeLevel(inFader), MakeClock()));
+	mBuilt.mProcessors.push_back(
+		zorvcore::classref::MakeObject<LevelStage>(MakeLevel(inFader), MakeClock(), mLeftGain));
 	mTools.Label(mBuilt.mProcessors.back(), {NodeLabel::Kind::kFader, {}});
 }
 
@@ -86,9 +91,9 @@ void ChainBuilder::Add(Send const& inSend)
 									", counted from 0");
 	}
 	SendTarget const& target = (*mContext.mTargets)[inSend.mSubmix];
-	Processor const send =
-		zorvcore::classref::MakeObject<SendStage>(SendStage::Settings{MakeLevel(inSend.mLevel), MakeClock(),
-			MakePanner(target.mLayout, inSend.mPan), mContext.mMute, mTools.GetContext()->GetMaxBlockSize()});
+	Processor const send = zorvcore::classref::MakeObject<SendStage>(SendStage::Settings{
+		MakeLevel(inSend.mLevel), MakeClock(), MakePanner(target.mLayout, inSend.mPan, nullptr),
+		mContext.mMute, mTools.GetContext()->GetMaxBlockSize()});
 	mBuilt.mProcessors.push_back(send);
 	mBuilt.mSends.push_back({send, inSend.mSubmix, mBuilt.mLatency});
 }
@@ -102,12 +107,29 @@ void ChainBuilder::Add(Meter const& inMeter)
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<MeterTap>(inMeter.mSetter, MakeClock()));
 }
 
-Level ChainBuilder::MakeLevel(Fader const& inFader) const
+template <class T>
+ParameterFollower<T> ChainBuilder::Follow(
+	SN::InterfaceRef<AutomationParameter<T>> const& inParameter, float inDefault) const
 {
-	return Level({mTools.GetHeard(inFader.mGain), mTools.GetHeard(inFader.mMute)});
+	auto const heard = mTools.GetHeard(inParameter);
+	if (heard && !mTools.IsLive())
+	{
+		typename AutomationParameter<T>::Reading const reading(*heard);
+		if (!reading.GetCurve())
+		{
+			return {nullptr, static_cast<float>(reading.GetControl())};
+		}
+	}
+	return {heard, inDefault};
 }
 
-Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan)
+Level ChainBuilder::MakeLevel(Fader const& inFader) const
+{
+	return {Follow(inFader.mGain, 1.0f), Follow(inFader.mMute, 0.0f)};
+}
+
+Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan,
+	std::shared_ptr<LeftGain> const& inLeftGain)
 {
 	if (!inPan)
 	{
@@ -123,7 +145,7 @@ Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, NumberPa
 		Refuse(mContext.mPlace, error.GetParts().mReason, error.GetParts().mRemedy);
 	}
 	return zorvcore::classref::MakeObject<PanStage>(
-		mContext.mInput, inOutput, ParameterFollower<float>(mTools.GetHeard(inPan), 0.0f), MakeClock());
+		mContext.mInput, inOutput, Follow(inPan, 0.0f), MakeClock(), inLeftGain);
 }
 
 } // namespace SonaroHost::Sequence

@@ -2,6 +2,7 @@
 
 #include "Sequence/Node/GraphTools.h"
 #include "Sequence/Node/Place.h"
+#include "Sequence/Stage/LeftGain.h"
 #include "Sequence/Stage/Level.h"
 #include "Sequence/Stage/Playhead.h"
 #include "SonaroHost/Sequence/Chain.h"
@@ -9,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace SonaroHost::Sequence
@@ -77,12 +79,19 @@ private:
 	void Add(Meter const& inMeter);
 	// The clock of the next stage.
 	StageClock MakeClock() const { return {mContext.mTime, mBuilt.mLatency}; }
+	// A number in an export where a parameter has no curve: nothing moves it there.
+	template <class T>
+	ParameterFollower<T> Follow(
+		SN::InterfaceRef<AutomationParameter<T>> const& inParameter, float inDefault) const;
 	Level MakeLevel(Fader const& inFader) const;
-	Panner MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan);
+	Panner MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan,
+		std::shared_ptr<LeftGain> const& inLeftGain);
 
 	GraphTools& mTools;
 	ChainContext const& mContext;
 	BuiltChain mBuilt;
+	// Set while the last stage before a pan is made, for a fader.
+	std::shared_ptr<LeftGain> mLeftGain;
 };
 
 } // namespace SonaroHost::Sequence

@@ -55,13 +55,14 @@ public:
 		kSettling,
 	};
 	std::shared_ptr<dsp::AudioBuffer> GetScratch(ScratchUse inUse, std::size_t inChannels);
-	// The parameter itself in a playback, where it is live; else one that stays as this one is now. Empty for an
-	// empty one.
+	// Whether parameters may move while the graph is rendered, as in a playback.
+	bool IsLive() const { return mContext->IsPrefetchEnabled(); }
+	// The parameter itself where it is live; else one that stays as this one is now. Empty for an empty one.
 	template <class T>
 	SN::InterfaceRef<AutomationParameter<T>> GetHeard(
 		SN::InterfaceRef<AutomationParameter<T>> const& inParameter) const
 	{
-		return inParameter && !mContext->IsPrefetchEnabled() ? inParameter->Detach() : inParameter;
+		return inParameter && !IsLive() ? inParameter->Detach() : inParameter;
 	}
 	// A track's mute: live where the engine has it so, in the outermost sequence of a playback.
 	MuteSwitch GetHeard(MuteSwitch const& inMute) const;

@@ -46,4 +46,20 @@ void ScaleBy(unsigned inCount, float const* inSamples, float inGain, float* outS
 	zorvaccelerate::utility::MulConstant(inCount, inSamples, inGain, outSamples);
 }
 
+void ScaleByBoth(unsigned inCount, float const* inSamples, float inFirst, float inSecond, float* outSamples)
+{
+	if (inFirst == 1.0f || inSecond == 0.0f)
+	{
+		ScaleBy(inCount, inSamples, inSecond, outSamples);
+	}
+	else if (inSecond == 1.0f)
+	{
+		ScaleBy(inCount, inSamples, inFirst, outSamples);
+	}
+	else
+	{
+		zorvaccelerate::utility::MulTwoConstants(inCount, inSamples, inFirst, inSecond, outSamples);
+	}
+}
+
 } // namespace SonaroHost

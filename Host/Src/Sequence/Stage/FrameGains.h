@@ -15,5 +15,7 @@ void ApplyGains(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount, 
 void ApplyGain(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount, float inGain);
 // Scales one channel. Both may be the same place.
 void ScaleBy(unsigned inCount, float const* inSamples, float inGain, float* outSamples);
+// The same bits as by one gain after the other. The first one is not 0.
+void ScaleByBoth(unsigned inCount, float const* inSamples, float inFirst, float inSecond, float* outSamples);
 
 } // namespace SonaroHost

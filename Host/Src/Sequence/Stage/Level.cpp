@@ -14,42 +14,70 @@ namespace
 // Values that move are worked out for so many frames at once.
 constexpr std::int64_t kLevelPiece = 256;
 
-void ApplyAtRest(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount, float inGain, float inMute)
+void ApplyAtRest(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount, float inGain)
 {
-	if (inGain != 1.0f || inMute != 0.0f)
+	if (inGain != 1.0f)
 	{
-		ApplyGain(ioBuffer, inFirst, inCount, inGain * (1.0f - inMute));
+		ApplyGain(ioBuffer, inFirst, inCount, inGain);
 	}
 }
 
 } // namespace
-
-Level::Level(Fader const& inFader)
-	: mGain(inFader.mGain, 1.0f),
-	  mMute(inFader.mMute, 0.0f)
-{
-}
 
 void Level::Apply(dsp::AudioBuffer& ioBuffer, StageClock& ioClock)
 {
 	ioClock.Take(ioBuffer.GetUseSize(),
 		[&](FrameRun const& inRun, unsigned inOffset)
 		{
-			auto const gain = mGain.FollowAtRest(inRun, ioClock);
-			auto const mute = gain ? mMute.FollowAtRest(inRun, ioClock) : std::nullopt;
-			if (gain && mute)
+			if (auto const gain = FollowAtRest(inRun, ioClock))
 			{
-				ApplyAtRest(ioBuffer, inOffset, static_cast<unsigned>(inRun.mCount), *gain, *mute);
+				ApplyAtRest(ioBuffer, inOffset, static_cast<unsigned>(inRun.mCount), *gain);
 				return;
 			}
-			FrameRun piece = inRun;
-			for (std::int64_t done = 0; done < inRun.mCount; done += piece.mCount)
+			ApplyMoving(ioBuffer, inRun, inOffset, ioClock);
+		});
+}
+
+float Level::ApplyUnlessAtRest(dsp::AudioBuffer& ioBuffer, StageClock& ioClock)
+{
+	float left = 1.0f;
+	ioClock.Take(ioBuffer.GetUseSize(),
+		[&](FrameRun const& inRun, unsigned inOffset)
+		{
+			auto const gain = FollowAtRest(inRun, ioClock);
+			if (!gain)
 			{
-				piece.mFirst = inRun.GetFrame(done);
-				piece.mCount = std::min(kLevelPiece, inRun.mCount - done);
-				ApplyTo(ioBuffer, piece, inOffset + static_cast<unsigned>(done), ioClock);
+				ApplyMoving(ioBuffer, inRun, inOffset, ioClock);
+			}
+			else if (*gain != 0.0f && inRun.mCount == ioBuffer.GetUseSize())
+			{
+				left = *gain;
+			}
+			else
+			{
+				ApplyAtRest(ioBuffer, inOffset, static_cast<unsigned>(inRun.mCount), *gain);
 			}
 		});
+	return left;
+}
+
+std::optional<float> Level::FollowAtRest(FrameRun const& inRun, StageClock const& inClock)
+{
+	auto const gain = mGain.FollowAtRest(inRun, inClock);
+	auto const mute = gain ? mMute.FollowAtRest(inRun, inClock) : std::nullopt;
+	return mute ? std::optional(*gain * (1.0f - *mute)) : std::nullopt;
+}
+
+void Level::ApplyMoving(
+	dsp::AudioBuffer& ioBuffer, FrameRun const& inRun, unsigned inOffset, StageClock const& inClock)
+{
+	FrameRun piece = inRun;
+	for (std::int64_t done = 0; done < inRun.mCount; done += piece.mCount)
+	{
+		piece.mFirst = inRun.GetFrame(done);
+		piece.mCount = std::min(kLevelPiece, inRun.mCount - done);
+		ApplyTo(ioBuffer, piece, inOffset + static_cast<unsigned>(done), inClock);
+	}
 }
 
 void Level::ApplyTo(
@@ -62,7 +90,7 @@ void Level::ApplyTo(
 	auto const count = static_cast<unsigned>(inRun.mCount);
 	if (gain && mute)
 	{
-		ApplyAtRest(ioBuffer, inOffset, count, *gain, *mute);
+		ApplyAtRest(ioBuffer, inOffset, count, *gain * (1.0f - *mute));
 		return;
 	}
 	for (std::int64_t i = 0; i < inRun.mCount; ++i)

@@ -5,6 +5,8 @@
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "SonaroHost/Sequence/Chain.h"
 
+#include <optional>
+
 namespace dsp
 {
 class AudioBuffer;
@@ -17,19 +19,25 @@ namespace SonaroHost::Sequence
 class Level
 {
 public:
-	explicit Level(Fader const& inFader);
-
-	Level Clone() const { return Level(mGain.Clone(), mMute.Clone()); }
-	// Multiplies the frames that the clock says they are.
-	void Apply(dsp::AudioBuffer& ioBuffer, StageClock& ioClock);
-	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) const;
-
-private:
 	Level(ParameterFollower<float> const& inGain, ParameterFollower<bool> const& inMute)
 		: mGain(inGain),
 		  mMute(inMute)
 	{
 	}
+
+	Level Clone() const { return Level(mGain.Clone(), mMute.Clone()); }
+	// Multiplies the frames that the clock says they are.
+	void Apply(dsp::AudioBuffer& ioBuffer, StageClock& ioClock);
+	// The same, but leaves a gain other than 0 that is the same in all frames to the caller: gives what is left to
+	// multiply by.
+	float ApplyUnlessAtRest(dsp::AudioBuffer& ioBuffer, StageClock& ioClock);
+	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) const;
+
+private:
+	// The gain all over a run; nothing where it moves.
+	std::optional<float> FollowAtRest(FrameRun const& inRun, StageClock const& inClock);
+	void ApplyMoving(
+		dsp::AudioBuffer& ioBuffer, FrameRun const& inRun, unsigned inOffset, StageClock const& inClock);
 	void ApplyTo(
 		dsp::AudioBuffer& ioBuffer, FrameRun const& inRun, unsigned inOffset, StageClock const& inClock);
 

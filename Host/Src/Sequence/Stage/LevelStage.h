@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LeftGain.h"
 #include "Level.h"
 #include "PlainStage.h"
 #include "Playhead.h"
@@ -12,19 +13,33 @@ namespace SonaroHost::Sequence
 class LevelStage final : public SN::Implements<LevelStage, PlainStage, SN::ILiveAudioParameterOwner>
 {
 public:
-	LevelStage(Level const& inLevel, StageClock const& inClock)
+	// inLeftGain: null unless a pan is the next stage and takes what is left there.
+	LevelStage(Level const& inLevel, StageClock const& inClock, std::shared_ptr<LeftGain> const& inLeftGain)
 		: mLevel(inLevel),
-		  mClock(inClock)
+		  mClock(inClock),
+		  mLeftGain(inLeftGain)
 	{
 	}
 
 	SN::InterfaceRef<SN::IAudioProcessor> Clone(SN::FrameRate const&, unsigned, unsigned) override
 	{
-		return zorvcore::classref::MakeObject<LevelStage>(mLevel.Clone(), mClock.Clone());
+		if (mLeftGain)
+		{
+			mLeftGain->mClone = std::make_shared<LeftGain>();
+		}
+		return zorvcore::classref::MakeObject<LevelStage>(
+			mLevel.Clone(), mClock.Clone(), mLeftGain ? mLeftGain->mClone : nullptr);
 	}
 	void ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const&) SONARO_NONBLOCKING override
 	{
-		mLevel.Apply(ioBuffer, mClock);
+		if (mLeftGain)
+		{
+			mLeftGain->mGain = mLevel.ApplyUnlessAtRest(ioBuffer, mClock);
+		}
+		else
+		{
+			mLevel.Apply(ioBuffer, mClock);
+		}
 	}
 	void CollectLiveParameters(SN::LiveAudioParameterMap& outParameters) override
 	{
@@ -36,6 +51,7 @@ public:
 private:
 	Level mLevel;
 	StageClock mClock;
+	std::shared_ptr<LeftGain> mLeftGain;
 };
 
 } // namespace SonaroHost::Sequence

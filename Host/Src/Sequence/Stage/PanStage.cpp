@@ -2,7 +2,6 @@
 
 #include "FrameGains.h"
 #include "Level.h"
-#include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
 #include <numbers>
@@ -34,23 +33,44 @@ PanStage::Gains PanStage::GetGains(float inPan) const
 		pan >= kMiddle ? 1.0f : static_cast<float>(std::sin(kHalfTurn * pan))};
 }
 
+PanStage::Gains const& PanStage::GetGainsAtRest(float inPan)
+{
+	// Also for what is not a number, which differs from itself.
+	if (mRestingPan != inPan)
+	{
+		mRestingPan = inPan;
+		mRestingGains = GetGains(inPan);
+	}
+	return mRestingGains;
+}
+
+// The channels that get a sound.
+dsp::SilenceFlags PanStage::FindHeard(dsp::AudioBuffer const& inInput, dsp::AudioBuffer const& inOutput) const
+{
+	dsp::SilenceFlags const sounding = ~inInput.GetSilenceFlags();
+	unsigned long long const inputs = mInput.size();
+	dsp::SilenceFlags const panned =
+		dsp::SilenceFlags::First(std::min(IsMono() ? 2 : inputs, inOutput.GetNumChannels()));
+	if (IsMono())
+	{
+		return sounding.Test(0) ? panned : dsp::SilenceFlags();
+	}
+	return sounding & panned;
+}
+
 void PanStage::ProcessAudioData(
 	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, SN::TickTime const&)
 {
 	unsigned const frames = std::min(inInput.GetUseSize(), outOutput.GetUseSize());
 	outOutput.Zero();
-	if (!inInput.IsSilent())
+	dsp::SilenceFlags const heard = FindHeard(inInput, outOutput);
+	outOutput.ClearSilenceFlags(heard);
+	for (unsigned long long channel = 0;
+		 frames < outOutput.GetUseSize() && channel < outOutput.GetNumChannels(); ++channel)
 	{
-		unsigned long long const inputs = mInput.size();
-		unsigned long long const panned = IsMono() ? 2 : inputs;
-		for (unsigned long long channel = 0; channel < std::min(panned, outOutput.GetNumChannels());
-			 ++channel)
+		if (heard.Test(channel))
 		{
-			if (!inInput.IsChannelSilent(IsMono() ? 0 : channel))
-			{
-				outOutput.NoteChannelWrite(channel, outOutput.GetUseSize());
-				std::fill_n(outOutput.GetChannel(channel) + frames, outOutput.GetUseSize() - frames, 0.0f);
-			}
+			std::fill_n(outOutput.GetChannel(channel) + frames, outOutput.GetUseSize() - frames, 0.0f);
 		}
 	}
 	mClock.Take(frames,
@@ -72,14 +92,15 @@ void PanStage::ProcessAudioData(
 }
 
 void PanStage::PlaceAtRest(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan,
-	unsigned inOffset, unsigned inCount) const
+	unsigned inOffset, unsigned inCount)
 {
-	Gains const gains = GetGains(inPan);
+	Gains const& gains = GetGainsAtRest(inPan);
+	dsp::SilenceFlags const silence = outOutput.GetSilenceFlags();
 	for (unsigned long long channel = 0; channel < outOutput.GetNumChannels(); ++channel)
 	{
-		if (!outOutput.IsChannelSilent(channel))
+		if (!silence.Test(channel))
 		{
-			ScaleBy(inCount, inInput.GetChannel(IsMono() ? 0 : channel) + inOffset,
+			ScaleByBoth(inCount, inInput.GetChannel(IsMono() ? 0 : channel) + inOffset, mLeftGain->mGain,
 				channel % 2 == 0 ? gains.mLeft : gains.mRight, outOutput.GetChannel(channel) + inOffset);
 		}
 	}
@@ -110,11 +131,12 @@ void PanStage::Place(
 			continue;
 		}
 		float const* const side = gains[channel % 2];
+		float const left = mLeftGain->mGain;
 		float const* const input = inInput.GetChannel(IsMono() ? 0 : channel) + inOffset;
 		float* const output = outOutput.GetChannel(channel) + inOffset;
 		for (unsigned i = 0; i < count; ++i)
 		{
-			float const scaled = input[i] * side[i];
+			float const scaled = (input[i] * left) * side[i];
 			output[i] = side[i] == 0.0f ? 0.0f : scaled;
 		}
 	}

@@ -1,11 +1,16 @@
 #pragma once
 
 #include "LayoutPanner.h"
+#include "LeftGain.h"
 #include "ParameterFollower.h"
 #include "Playhead.h"
 #include "Sonaro/ILiveAudioParameterOwner.h"
+#include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <utility>
 
 namespace SonaroHost::Sequence
 {
@@ -19,18 +24,21 @@ namespace SonaroHost::Sequence
 class PanStage final : public SN::Implements<PanStage, LayoutPanner, SN::ILiveAudioParameterOwner>
 {
 public:
-	// inPan: from 0, left, over 0.5 to 1, right.
+	// inPan: from 0, left, over 0.5 to 1, right. inLeftGain: null where no fader leaves a gain.
 	PanStage(SN::AudioChannelLayout const& inInput, SN::AudioChannelLayout const& inOutput,
-		ParameterFollower<float> const& inPan, StageClock const& inClock)
+		ParameterFollower<float> const& inPan, StageClock const& inClock,
+		std::shared_ptr<LeftGain> const& inLeftGain)
 		: Implements(inInput, inOutput),
 		  mPan(inPan),
-		  mClock(inClock)
+		  mClock(inClock),
+		  mLeftGain(inLeftGain ? inLeftGain : std::make_shared<LeftGain>())
 	{
 	}
 
 	SN::InterfaceRef<SN::IAudioPanProcessor> Clone(SN::FrameRate const&, unsigned) override
 	{
-		return zorvcore::classref::MakeObject<PanStage>(mInput, mOutput, mPan.Clone(), mClock.Clone());
+		return zorvcore::classref::MakeObject<PanStage>(
+			mInput, mOutput, mPan.Clone(), mClock.Clone(), std::exchange(mLeftGain->mClone, nullptr));
 	}
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
 		SN::TickTime const& inTime) SONARO_NONBLOCKING override;
@@ -43,15 +51,23 @@ private:
 		float mRight = 0.0f;
 	};
 
+	dsp::SilenceFlags FindHeard(dsp::AudioBuffer const& inInput, dsp::AudioBuffer const& inOutput) const;
 	Gains GetGains(float inPan) const;
+	// The same without working it out anew for a pan that rests.
+	Gains const& GetGainsAtRest(float inPan);
 	bool IsMono() const { return mInput.size() == 1; }
 	void PlaceAtRest(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan,
-		unsigned inOffset, unsigned inCount) const;
+		unsigned inOffset, unsigned inCount);
 	void Place(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, FrameRun const& inRun,
 		unsigned inOffset);
 
 	ParameterFollower<float> mPan;
 	StageClock mClock;
+	// Never null.
+	std::shared_ptr<LeftGain> mLeftGain;
+	// The pan that rested last, and its gains.
+	std::optional<float> mRestingPan;
+	Gains mRestingGains;
 };
 
 } // namespace SonaroHost::Sequence

@@ -6,12 +6,6 @@ namespace SonaroHost::Sequence
 {
 
 template <class T>
-std::optional<float> ParameterFollower<T>::FollowAtRest(FrameRun const& inRun, StageClock const& inClock)
-{
-	return mParameter ? FollowAtRest(Reading(*mParameter), inRun, inClock) : mDefault;
-}
-
-template <class T>
 std::optional<float> ParameterFollower<T>::FollowAtRest(
 	Reading const& inReading, FrameRun const& inRun, StageClock const& inClock)
 {

@@ -34,7 +34,10 @@ public:
 	Parameter const& GetParameter() const { return mParameter; }
 
 	// The value all over a run of any length; nothing where it moves.
-	std::optional<float> FollowAtRest(FrameRun const& inRun, StageClock const& inClock);
+	std::optional<float> FollowAtRest(FrameRun const& inRun, StageClock const& inClock)
+	{
+		return mParameter ? FollowAtRest(Reading(*mParameter), inRun, inClock) : mDefault;
+	}
 	// The value all over a run, or, where it moves, one for each frame into outValues.
 	std::optional<float> Follow(FrameRun const& inRun, StageClock const& inClock, float* outValues);
 
