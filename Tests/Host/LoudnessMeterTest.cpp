@@ -86,7 +86,7 @@ LoudnessReading Measure(std::vector<Tone> const& inTones, char const* inLayout =
 	LoudnessMeter meter(layout, inSampleRate, inMemory, inWindows);
 	Play(inTones, static_cast<unsigned>(layout.size()), inSampleRate, inLongestBlock,
 		[&](dsp::AudioBuffer const& inBlock) { meter.Add(inBlock); });
-	return meter.GetReading();
+	return meter.GetReadingAtEnd();
 }
 
 LoudnessReading MeasureSeries(
@@ -163,6 +163,15 @@ TEST(LoudnessMeter, TruePeakFindsWhatLiesBetweenTheSamples)
 	LoudnessReading const tone = Measure({{2, -6.0}});
 	EXPECT_NEAR(ToDecibels(tone.mTruePeak), -6.0, 0.05);
 	EXPECT_NEAR(ToDecibels(tone.mRMS), -9.01, 0.01);
+	// A programme that ends with full scale is followed by silence.
+	for (int const rate : {44100, 48000, 96000, 192000})
+	{
+		std::vector<Tone> tones = {{0.7, 0, 0, 0, 0}, {2.0 / rate, 0, 0, 0.25}};
+		double const peak = Measure(tones, "stereo", rate).mTruePeak;
+		tones.push_back({0.1, 0, 0, 0, 0});
+		EXPECT_EQ(peak, Measure(tones, "stereo", rate).mTruePeak) << rate;
+		EXPECT_NEAR(ToDecibels(peak), rate < 192000 ? 2.0 : 0.0, 0.12) << rate;
+	}
 	LoudnessReading const nothing = Measure({});
 	EXPECT_EQ(nothing.mTruePeak, 0.0);
 	EXPECT_EQ(nothing.mRMS, 0.0);
@@ -171,18 +180,27 @@ TEST(LoudnessMeter, TruePeakFindsWhatLiesBetweenTheSamples)
 // A reading as a row.
 std::vector<double> List(LoudnessReading const& inReading)
 {
-	return {inReading.mPeak, inReading.mTruePeak, inReading.mRMS, inReading.mMomentary, inReading.mShortTerm,
-		inReading.mIntegrated};
+	std::vector<double> values = {inReading.mPeak, inReading.mTruePeak, inReading.mRMS, inReading.mMomentary,
+		inReading.mShortTerm, inReading.mIntegrated};
+	if (inReading.mSeries)
+	{
+		for (auto const& maximum :
+			{inReading.mSeries->GetMomentaryMaximum(), inReading.mSeries->GetShortTermMaximum()})
+		{
+			values.insert(values.end(), {maximum.mLoudness, maximum.mSeconds});
+		}
+	}
+	return values;
 }
 
 TEST(LoudnessMeter, AnyCutIntoBlocksGivesTheSameReading)
 {
 	std::vector<Tone> const tones = {
-		{1.7, -12, 440}, {0.9, -30, 3000, 0.3, 1}, {0.8, -18, 90, 0, 0}, {2.2, -18, 90}};
-	LoudnessReading const whole = Measure(tones);
+		{1.7, -12, 440}, {0.9, -30, 3000, 0.3, 1}, {0.8, -18, 90, 0, 0}, {2.2, -18, 90}, {0.0871, -6, 5000}};
+	LoudnessReading const whole = MeasureSeries(tones);
 	for (unsigned const longest : {1u, 17u, 512u, 100000u})
 	{
-		LoudnessReading const cut = Measure(tones, "stereo", 48000, Memory::kGrowing, longest);
+		LoudnessReading const cut = MeasureSeries(tones, 48000, longest);
 		EXPECT_EQ(List(cut), List(whole)) << longest;
 	}
 }
@@ -190,14 +208,26 @@ TEST(LoudnessMeter, AnyCutIntoBlocksGivesTheSameReading)
 TEST(LoudnessMeter, WhatIsNotFiniteSpoilsNothing)
 {
 	LoudnessMeter meter(ParseLayout("stereo").value(), 48000, Memory::kGrowing);
-	dsp::AudioBuffer bad(2, 3);
+	dsp::AudioBuffer bad(2, 4);
 	bad.GetChannel(0)[0] = std::numeric_limits<float>::quiet_NaN();
 	bad.GetChannel(0)[1] = std::numeric_limits<float>::infinity();
 	bad.GetChannel(1)[2] = -std::numeric_limits<float>::infinity();
 	meter.Add(bad);
+	EXPECT_EQ(meter.GetReading().mPeak, 0.0);
 	Play({{10, -23}}, 2, 48000, 4096, [&](dsp::AudioBuffer const& inBlock) { meter.Add(inBlock); });
-	EXPECT_NEAR(meter.GetReading().mIntegrated, -23.0, 0.1);
 	EXPECT_NEAR(ToDecibels(meter.GetReading().mTruePeak), -23.0, 0.1);
+	EXPECT_EQ(meter.GetReading().mLeftOutSamples, 3);
+	// What is far too large is finite: the peaks have it.
+	bad.Zero();
+	bad.NoteChannelWrite(0, 4);
+	std::fill_n(bad.GetChannel(0), 4, 0.0f);
+	bad.GetChannel(0)[1] = 1.0e30f;
+	meter.Add(bad);
+	LoudnessReading const reading = meter.GetReadingAtEnd();
+	EXPECT_NEAR(reading.mIntegrated, -23.0, 0.1);
+	EXPECT_EQ(reading.mPeak, static_cast<double>(1.0e30f));
+	EXPECT_EQ(reading.mTruePeak, reading.mPeak);
+	EXPECT_EQ(reading.mLeftOutSamples, 4);
 
 	EXPECT_THROW(LoudnessMeter(ParseLayout("stereo").value(), 1.0, Memory::kFixed), HostError);
 	EXPECT_THROW(LoudnessMeter({}, 48000, Memory::kFixed), HostError);
@@ -241,7 +271,7 @@ TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
 				dsp::AudioBuffer& copy = blocks[i].emplace_back(layout.size(), inBlock.GetUseSize());
 				copy.CopyFrom(inBlock);
 			});
-		alone.push_back(List(single.GetReading()));
+		alone.push_back(List(single.GetReadingAtEnd()));
 	}
 	auto forgotten = std::make_unique<LoudnessMeter>(
 		ParseLayout("mono").value(), 48000, Memory::kGrowing, Windows::kNone, bank);
@@ -265,7 +295,7 @@ TEST(LoudnessMeter, MetersOfABankReadAsEachByItself)
 	}
 	for (std::size_t i = 0; i < cases.size(); ++i)
 	{
-		EXPECT_EQ(List(meters[i]->GetReading()), alone[i]) << i;
+		EXPECT_EQ(List(meters[i]->GetReadingAtEnd()), alone[i]) << i;
 	}
 	EXPECT_THROW(
 		LoudnessMeter(ParseLayout("mono").value(), 44100, Memory::kGrowing, Windows::kNone, bank), HostError);
@@ -294,6 +324,8 @@ TEST(LoudnessSeries, MaximaAndRangesMeasureAsTheStandardsSay)
 		{"0.4 s off the grid again", {{1.055, -60}, {0.4, -23}, {4, -60}}, -23, 1.46, -31.75, 3,
 			std::nullopt},
 		{"3 s off the grid", {{1.15, -60}, {3, -23}, {3, -60}}, -23, 1.55, -23, 4.15, std::nullopt},
+		{"0.09 s at an end off the grid", {{3.003, -90}, {0.09, -23}}, -29.48, 3.093, -38.23, 3.093,
+			std::nullopt},
 		{"less than 3 s", {{2, -23}}, -23, 0.4, LoudnessReading::kSilent, kNever, std::nullopt},
 		{"silence", {{5, -23, 1000, 0, 0}}, LoudnessReading::kSilent, kNever, LoudnessReading::kSilent,
 			kNever, std::nullopt},

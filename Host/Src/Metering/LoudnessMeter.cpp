@@ -10,6 +10,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <optional>
@@ -23,11 +24,15 @@ namespace
 {
 
 using zorvaccelerate::utility::InterpolationTaps;
+using zorvaccelerate::utility::kLargestPlausible;
 
 // The largest block of a meter's own lanes.
 constexpr unsigned kOwnFrames = 1024;
 // The points that are found at once.
 constexpr unsigned kPointStep = 16;
+// The points after which no sample is within reach.
+constexpr unsigned kPointsAtEnd = 2 * kPointStep;
+static_assert(kPointsAtEnd >= 2 * InterpolationTaps::kMaxPairs);
 static_assert(kPointStep + zorvaccelerate::utility::kInterpolationReach <= MeterLanes::kHistory);
 
 std::optional<InterpolationTaps> MakeTaps(double inSampleRate)
@@ -55,6 +60,10 @@ struct LoudnessMeter::Measure
 	void Add(
 		dsp::AudioBuffer const& inBlock, unsigned inFirst, unsigned inFrames, MeterLanes::Tenant& ioTenant);
 	bool IsSilentAtRest(dsp::AudioBuffer const& inBlock) const;
+	// Counts samples that are not plausible, and returns the largest magnitude of those that are finite.
+	float LeaveOut(float const* inSamples, unsigned inCount);
+	// The true peak where silence follows.
+	float FindPeakAtEnd() const;
 
 	WeightedProgramme mProgramme;
 	std::vector<float> mHistory;
@@ -64,6 +73,7 @@ struct LoudnessMeter::Measure
 	MeterLanes* mLanes = nullptr;
 	float mPeak = 0.0f;
 	float mTruePeak = 0.0f;
+	std::int64_t mLeftOutSamples = 0;
 };
 
 // What lies between samples is looked for where all channels' samples do not exceed it already.
@@ -79,8 +89,10 @@ void LoudnessMeter::Measure::Add(
 			std::fill_n(lane, inFrames, 0.0f);
 			continue;
 		}
-		mPeak = std::max(mPeak,
-			zorvaccelerate::utility::CopyPlausible(inFrames, inBlock.GetChannel(channel) + inFirst, lane));
+		float const* const samples = inBlock.GetChannel(channel) + inFirst;
+		float const largest = zorvaccelerate::utility::CopyPlausible(inFrames, samples, lane);
+		// Written so that what is no number fails it.
+		mPeak = std::max(mPeak, largest <= kLargestPlausible ? largest : LeaveOut(samples, inFrames));
 	}
 	mTruePeak = std::max(mTruePeak, mPeak);
 	for (unsigned channel = 0; mTaps && channel < channels; ++channel)
@@ -91,6 +103,32 @@ void LoudnessMeter::Measure::Add(
 			points, mLanes->GetEnd(ioTenant, channel) + inFrames - points, *mTaps, mTruePeak);
 	}
 	ioTenant.mFrames += inFrames;
+}
+
+float LoudnessMeter::Measure::LeaveOut(float const* inSamples, unsigned inCount)
+{
+	float largest = 0.0f;
+	for (unsigned i = 0; i < inCount; ++i)
+	{
+		float const magnitude = std::fabs(inSamples[i]);
+		largest = std::isfinite(magnitude) ? std::max(largest, magnitude) : largest;
+		mLeftOutSamples += magnitude <= kLargestPlausible ? 0 : 1;
+	}
+	return largest;
+}
+
+float LoudnessMeter::Measure::FindPeakAtEnd() const
+{
+	float peak = mTruePeak;
+	std::array<float, MeterLanes::kHistory + kPointsAtEnd> samples{};
+	for (unsigned channel = 0; mTaps && channel < mProgramme.GetNumChannels(); ++channel)
+	{
+		std::copy_n(mHistory.data() + std::size_t{channel} * MeterLanes::kHistory, MeterLanes::kHistory,
+			samples.data());
+		peak = zorvaccelerate::utility::FindInterpolatedPeak(
+			kPointsAtEnd, samples.data() + MeterLanes::kHistory, *mTaps, peak);
+	}
+	return peak;
 }
 
 bool LoudnessMeter::Measure::IsSilentAtRest(dsp::AudioBuffer const& inBlock) const
@@ -177,10 +215,18 @@ LoudnessReading LoudnessMeter::GetReading() const
 		reading.mShortTerm = programme.GetShortTerm();
 	}
 	reading.mIntegrated = programme.GetIntegrated();
+	reading.mLeftOutSamples = mMeasure->mLeftOutSamples;
 	if (auto series = programme.GetSeries())
 	{
 		reading.mSeries = std::make_shared<LoudnessSeries const>(*std::move(series));
 	}
+	return reading;
+}
+
+LoudnessReading LoudnessMeter::GetReadingAtEnd() const
+{
+	LoudnessReading reading = GetReading();
+	reading.mTruePeak = static_cast<double>(mMeasure->FindPeakAtEnd());
 	return reading;
 }
 

@@ -19,6 +19,8 @@ public:
 
 	// The next stretch: its mean power, and the power of each of its frames.
 	void Add(double inPower, float const* inFrames);
+	// The frames of a last stretch that is not whole, and the loudness of the windows up to its end.
+	void AddRest(float const* inFrames, unsigned inNumFrames, double inMomentary, double inShortTerm);
 
 	LoudnessSeries GetSeries() const;
 
@@ -27,9 +29,11 @@ private:
 	static constexpr std::size_t kPartsOfMoment = 40;
 	static constexpr std::size_t kPartsOfShortTerm = 300;
 
+	// The parts of a stretch that are whole.
+	void AddParts(float const* inFrames, unsigned inNumFrames);
 	void AddPart(double inPower, double inSeconds);
-	// Compares the mean of the last parts with the maximum.
-	void Raise(std::size_t inParts, double inSeconds, LoudnessSeries::Maximum& ioMaximum) const;
+	// The loudness of the last parts; minus infinity where there are not as many.
+	double GetRecent(std::size_t inParts) const;
 
 	double mSampleRate;
 	unsigned mStretchFrames;

@@ -178,7 +178,14 @@ double WeightedProgramme::GetSquares() const
 
 std::optional<LoudnessSeries> WeightedProgramme::GetSeries() const
 {
-	return mRecorder ? std::optional(mRecorder->GetSeries()) : std::nullopt;
+	if (!mRecorder)
+	{
+		return std::nullopt;
+	}
+	LoudnessRecorder whole = *mRecorder;
+	whole.AddRest(mWindow.data() + (mNextInWindow - mFramesInStretch), mFramesInStretch, GetMomentary(),
+		GetShortTerm());
+	return whole.GetSeries();
 }
 
 double WeightedProgramme::GetRecent(unsigned inStretches) const

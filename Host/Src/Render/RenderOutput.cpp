@@ -72,6 +72,11 @@ void RenderOutput::Write(dsp::AudioBuffer& ioBlock)
 	{
 		mWriter->Write(ioBlock);
 	}
+	if (mMeter)
+	{
+		mMeter->Add(ioBlock);
+		return;
+	}
 	for (unsigned channel = 0; channel < ioBlock.GetNumChannels(); ++channel)
 	{
 		if (!ioBlock.IsChannelSilent(channel))
@@ -79,10 +84,6 @@ void RenderOutput::Write(dsp::AudioBuffer& ioBlock)
 			mFile.mPeak = std::max(mFile.mPeak,
 				zorvaccelerate::utility::FindPeak(ioBlock.GetUseSize(), ioBlock.GetChannel(channel)));
 		}
-	}
-	if (mMeter)
-	{
-		mMeter->Add(ioBlock);
 	}
 }
 
@@ -98,7 +99,8 @@ void RenderOutput::Complete()
 	}
 	if (mMeter)
 	{
-		mFile.mLoudness = mMeter->GetReading();
+		mFile.mLoudness = mMeter->GetReadingAtEnd();
+		mFile.mPeak = static_cast<float>(mFile.mLoudness->mPeak);
 	}
 	if (mWriter)
 	{

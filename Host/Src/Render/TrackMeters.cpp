@@ -26,7 +26,7 @@ void ProgrammeMeter::SetMeterData(dsp::AudioBuffer const& inBuffer, SN::TickTime
 
 std::optional<LoudnessReading> ProgrammeMeter::GetReading() const
 {
-	return mMeter ? std::optional(mMeter->GetReading()) : std::nullopt;
+	return mMeter ? std::optional(mMeter->GetReadingAtEnd()) : std::nullopt;
 }
 
 // A group has a bank of its own. Small ones would leave lanes of it empty.

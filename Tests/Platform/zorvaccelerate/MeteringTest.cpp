@@ -17,15 +17,15 @@ TEST(Metering, EveryVariantCopiesWhatIsPlausible)
 			SCOPED_TRACE(std::to_string(count) + " samples, " + variant.mName);
 			GuardedArray input(count, count % 8, random);
 			std::vector<float> expected = input.Values();
-			float peak = 0.0f;
+			float largest = 0.0f;
 			for (float& sample : expected)
 			{
-				bool const isPlausible = std::fabs(sample) <= kLargestPlausible;
-				sample = isPlausible ? sample : 0.0f;
-				peak = std::max(peak, std::fabs(sample));
+				float const magnitude = std::fabs(sample);
+				largest = std::isnan(largest) || magnitude <= largest ? largest : magnitude;
+				sample = magnitude <= kLargestPlausible ? sample : 0.0f;
 			}
 			GuardedArray output(count, (count + 3) % 8, random);
-			EXPECT_EQ(variant.mCopyPlausible(count, input.Data(), output.Data()), peak);
+			EXPECT_TRUE(SameBits(variant.mCopyPlausible(count, input.Data(), output.Data()), largest));
 			EXPECT_TRUE(SameBits(output.Values(), expected));
 			EXPECT_TRUE(output.GuardsAreWhole());
 		}

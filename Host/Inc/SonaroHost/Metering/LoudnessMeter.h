@@ -24,7 +24,8 @@ double ToDecibels(double inAmplitude);
 // samples.
 //
 // Channels  LFE is measured for peaks and RMS alone, surrounds are weighted by 1.5 dB, all else counts alike.
-// Samples   Those that are not finite, or beyond 2^40 (+241 dB), count as 0.
+// Samples   Those that are not finite count as 0, and those beyond 2^40 (+241 dB) for the peaks alone. All of them are
+//           counted.
 // Blocks    Any cut into blocks gives the same reading.
 // Threads   One at a time.
 class LoudnessMeter
@@ -48,6 +49,9 @@ public:
 
 	// Costs as much as measuring a second or so, so not for every block. A series is copied.
 	LoudnessReading GetReading() const;
+	// That of a programme that ends here: what lies between its last samples and the silence after them counts for the
+	// true peak, too.
+	LoudnessReading GetReadingAtEnd() const;
 
 private:
 	struct Measure;

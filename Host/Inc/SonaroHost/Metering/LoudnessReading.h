@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <limits>
 #include <memory>
 
@@ -23,6 +24,8 @@ struct LoudnessReading
 	double mMomentary = kSilent;
 	double mShortTerm = kSilent;
 	double mIntegrated = kSilent;
+	// Samples of all channels that are not finite or beyond 2^40, and so left out of what is measured.
+	std::int64_t mLeftOutSamples = 0;
 	// The loudness over time, of a meter that keeps it.
 	std::shared_ptr<LoudnessSeries const> mSeries;
 };

@@ -13,7 +13,8 @@ namespace SonaroHost
 //
 // Steps    Of 100 ms, to the nearest frame. The values of a step are those at its end, in LUFS, and minus infinity
 //          for silence and before the first whole window.
-// Maxima   Of windows that end every 10 ms: the momentary one lies at most 0.06 LU below that of any window.
+// Maxima   Of windows that end every 10 ms and with the programme: the momentary one lies at most 0.06 LU below that
+//          of any window.
 // Memory   4 bytes for each step: 144 kB for an hour of audio.
 // Threads  Those of a constant.
 class LoudnessSeries

@@ -29,7 +29,8 @@ struct RenderedFile
 	Fades mFades;
 	// What a WAV carries as its place in time, in samples since midnight.
 	std::optional<std::int64_t> mTimeReference;
-	// The peak of the samples before rounding; linear, 1 being full scale.
+	// The peak of the samples before rounding, as far as they are finite where the loudness is measured; linear, 1 being
+	// full scale.
 	float mPeak = 0.0f;
 	std::int64_t mClippedSamples = 0;
 	std::optional<LoudnessReading> mLoudness;

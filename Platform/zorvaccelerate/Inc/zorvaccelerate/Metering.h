@@ -11,7 +11,7 @@ namespace zorvaccelerate::utility
 inline constexpr float kLargestPlausible = 0x1p40f;
 
 // Copies samples, with 0 in place of those that are no numbers or beyond kLargestPlausible. Returns the largest
-// magnitude of what it writes; 0 for no samples.
+// magnitude of what it reads, infinity being above all and what is no number above that; 0 for no samples.
 ZORV_API float CopyPlausible(unsigned inCount, float const* inInput, float* outOutput);
 
 // Signals that are filtered side by side.
