@@ -10,6 +10,7 @@
 #include "SonaroHost/Files/OutputPlan.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Metering/LoudnessPlot.h"
+#include "SonaroHost/Metering/LoudnessSeries.h"
 #include "SonaroHost/Render/ClipRenderJob.h"
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Render/TimelineRenderJob.h"
@@ -18,6 +19,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -41,7 +44,7 @@ public:
 			->required();
 		Add("-o,--output", mOutput, "OUTPUT",
 			"Draw the loudness over time into this SVG file, replaced if it exists and written only if an "
-			"input can be measured; - is the standard output");
+			"input has a loudness; - is the standard output");
 		AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
 		AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
 		AddFlag("--json", mAsJson, "Print the result as JSON");
@@ -137,6 +140,12 @@ private:
 		return Otio::IsTimelinePath(inInput) ? MeasureTimeline(inInput) : MeasureFile(inInput);
 	}
 
+	static void Warn(std::string const& inInput, RenderSummary const& inSummary)
+	{
+		WarnOfDamage(inSummary);
+		WarnOfLeftOut(QuoteInput(inInput), inSummary.mMix);
+	}
+
 	MeasuredProgramme MeasureFile(std::string const& inInput) const
 	{
 		ClipRenderRequest request;
@@ -148,7 +157,7 @@ private:
 		input.mDuration = ParseTimeIfGiven("--duration", mDuration);
 		ClipRenderJob job(std::move(request));
 		RenderSummary const summary = RunJob(job, job.GetSampleRate(), mIsQuiet);
-		WarnOfDamage(summary);
+		Warn(inInput, summary);
 		return {inInput, job.GetSampleRate(), job.GetFrames(), job.GetOutputLayout(), summary.mMix};
 	}
 
@@ -164,7 +173,7 @@ private:
 		Otio::TimelineRenderJob job(std::move(request));
 		WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
 		RenderSummary const summary = RunJob(job, job.GetSampleRate(), mIsQuiet);
-		WarnOfDamage(summary);
+		Warn(inInput, summary);
 		if (!job.GetSequence().mMissing.empty() && mExitCode == kExitSuccess)
 		{
 			mExitCode = kExitMissing;
@@ -202,15 +211,20 @@ private:
 
 	void WritePlot(std::vector<MeasuredProgramme> const& inProgrammes) const
 	{
+		using Maximum = LoudnessSeries::Maximum;
+		bool hasLoudness = false;
 		std::vector<PlottedLoudness> plots;
 		for (MeasuredProgramme const& programme : inProgrammes)
 		{
-			if (DescribeProblem(programme).empty())
-			{
-				plots.push_back({programme.mPath, programme.mReading->mSeries});
-			}
+			std::string const problem = DescribeProblem(programme);
+			hasLoudness = hasLoudness || problem.empty();
+			auto series = programme.mReading ? programme.mReading->mSeries
+											 : std::make_shared<LoudnessSeries const>(
+												   0.1, std::vector<float>(), Maximum(), Maximum());
+			plots.push_back({programme.mPath, std::move(series), std::nullopt,
+				problem.empty() ? "" : "This input " + problem});
 		}
-		if (plots.empty())
+		if (!hasLoudness)
 		{
 			PrintError("nothing was drawn, since no input has a loudness");
 			return;

@@ -2,12 +2,14 @@
 
 #include "MarkupCheck.h"
 #include "ProgramRun.h"
+#include "SonaroHost/Metering/LoudnessMeter.h"
 #include "TimelineJson.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
 #include <csignal>
+#include <limits>
 #include <numbers>
 
 namespace SonaroHost::Testing::LoudnessCommandTest
@@ -46,6 +48,14 @@ protected:
 		WriteSound(mFolder / "silent.wav", kFloatWav, {2, kRate, std::vector<float>(2 * kRate)});
 		WriteSound(mFolder / "short.wav", kFloatWav, MakeTone(0.3, -23.0));
 		WriteSound(mFolder / "quiet.wav", kFloatWav, MakeTone(2.0, -90.0));
+		Sound late{2, kRate, std::vector<float>(2 * 30000)};
+		late.mSamples.insert(late.mSamples.end(), loud.mSamples.begin(), loud.mSamples.begin() + 2 * 3000);
+		WriteSound(mFolder / "late.wav", kFloatWav, late);
+		WriteSound(mFolder / "loud.wav", kFloatWav, MakeTone(1.0, 29.0));
+		Sound faulty = loud;
+		faulty.mSamples[100] = 1.0e30f;
+		faulty.mSamples[101] = std::numeric_limits<float>::infinity();
+		WriteSound(mFolder / "faulty.wav", kFloatWav, faulty);
 		WriteBytes(mFolder / "text.wav", "no sound");
 		WriteBytes(mFolder / "edit.otio",
 			WithSettings(Timeline({Track("A", {Clip("tone", "tone.wav", 0.0, 8.0)}),
@@ -92,14 +102,19 @@ TEST_F(LoudnessCommandTest, ValuesAreThoseThatARenderReports)
 		char const* mInput;
 		Words mPart;
 	};
-	for (Case const& test : {Case{"noise.wav", {}}, {"noise.wav", {"--start", "1", "--duration", "2"}},
-			 {"edit.otio", {}}, {"edit.otio", {"--range", "0.5..4"}}})
+	for (Case const& test :
+		{Case{"noise.wav", {}}, {"faulty.wav", {}}, {"noise.wav", {"--start", "1", "--duration", "2"}},
+			{"edit.otio", {}}, {"edit.otio", {"--range", "0.5..4"}}})
 	{
 		SCOPED_TRACE(test.mInput);
 		ASSERT_EQ(
 			Run(Join({"render", test.mInput, "-o", "out.wav", "--report", "out.json"}, test.mPart)).mExitCode,
 			0);
 		Json const written = Json::parse(ReadBytes(mFolder / "out.json"))["outputs"][0];
+		bool const isFaulty = std::string(test.mInput) == "faulty.wav";
+		EXPECT_EQ(written.value("leftOutSamples", 0), isFaulty ? 2 : 0);
+		EXPECT_NEAR(ToDecibels(written["peak"]), written["peakDbfs"].get<double>(), 1.0e-6);
+		EXPECT_EQ(written["peak"] > 1.0e29, isFaulty);
 		for (Json const& measured : {Measure(Join({test.mInput}, test.mPart))[0], Measure({"out.wav"})[0]})
 		{
 			for (char const* const key : {"integratedLufs", "truePeakDbtp", "peakDbfs", "samples", "layout"})
@@ -113,17 +128,20 @@ TEST_F(LoudnessCommandTest, ValuesAreThoseThatARenderReports)
 TEST_F(LoudnessCommandTest, WhatCannotBeMeasuredLeavesTheOthers)
 {
 	ProgramResult const result = Run({"loudness", "silent.wav", "text.wav", "tone.wav", "gone.wav",
-		"short.wav", "quiet.wav", "-o", "plot.svg"});
+		"short.wav", "quiet.wav", "late.wav", "faulty.wav", "-o", "plot.svg"});
 	EXPECT_EQ(result.mExitCode, 1);
-	for (char const* const text :
-		{"'silent.wav' is silent", "'text.wav'", "'gone.wav'",
-			"'short.wav' is too short for its loudness to be measured: 0:00.300", "'quiet.wav' is too quiet"})
+	for (char const* const text : {"'silent.wav' is silent", "'text.wav'", "'gone.wav'",
+			 "'short.wav' is too short for its loudness to be measured: 0:00.300", "'quiet.wav' is too quiet",
+			 "'late.wav' is too quiet for its loudness to be measured: no block of 0.4 seconds",
+			 "the loudness of 'faulty.wav' leaves out 2 samples"})
 	{
 		EXPECT_THAT(result.mErrors, HasSubstr(text));
 	}
 	EXPECT_THAT(result.mOutput, testing::ContainsRegex("-25\\.6 +10\\.. +-23\\.0 .*  tone.wav\n"));
 	EXPECT_THAT(result.mOutput, testing::ContainsRegex("- +- +- +- +- +- +- +- +silent.wav\n"));
-	EXPECT_THAT(ReadBytes(mFolder / "plot.svg"), AllOf(HasSubstr("tone.wav"), Not(HasSubstr("short.wav"))));
+	EXPECT_THAT(ReadBytes(mFolder / "plot.svg"),
+		AllOf(HasSubstr("tone.wav"), HasSubstr(">silent.wav<"), HasSubstr("This input is silent, so"),
+			HasSubstr("This input is too short"), Not(HasSubstr("gone.wav"))));
 
 	Json const list = Measure({"silent.wav", "gone.wav", "tone.wav"}, 1);
 	ASSERT_EQ(list.size(), 2u);
@@ -163,6 +181,9 @@ TEST_F(LoudnessCommandTest, PlotsAreSvgWhateverTheFilesAreCalled)
 	EXPECT_THAT(result.mOutput, AllOf(HasSubstr("&lt;b onload=&quot;x&quot;&gt;&amp;&#39;.wav"),
 									HasSubstr("LUFS"), HasSubstr("short-term"), HasSubstr("0:05")));
 	EXPECT_EQ(Json::parse(result.mErrors)["inputs"].size(), 2u);
+	// The scale holds what is beyond full scale.
+	std::string const loud = Run({"loudness", "loud.wav", "tone.wav", "-o", "-", "--json"}).mOutput;
+	EXPECT_THAT(loud, AllOf(HasSubstr(">30</text>"), HasSubstr(">-42</text>"), Not(HasSubstr(">36</text>"))));
 }
 
 TEST_F(LoudnessCommandTest, AnInterruptLeavesNothingBehind)

@@ -9,6 +9,7 @@
 #include "SonaroHost/Metering/LoudnessMeter.h"
 #include "SonaroHost/Metering/LoudnessSeries.h"
 #include "Terminal/TextTable.h"
+#include "TimelineRows.h"
 
 #include <cmath>
 #include <utility>
@@ -119,7 +120,9 @@ std::string DescribeProblem(MeasuredProgramme const& inProgramme)
 		return "is too short for its loudness to be measured: " +
 			   FormatTime(inProgramme.mFrames, inProgramme.mSampleRate) + ", less than 0.4 seconds";
 	}
-	return "is too quiet for its loudness to be measured: below -70 LUFS throughout";
+	return "is too quiet for its loudness to be measured: no block of 0.4 seconds, one every 0.1 seconds, is "
+		   "above "
+		   "-70 LUFS";
 }
 
 std::string ListLoudnessForPeople(std::vector<MeasuredProgramme> const& inProgrammes)
@@ -158,12 +161,10 @@ std::string ListLoudnessForMachines(std::vector<MeasuredProgramme> const& inProg
 		if (auto const& reading = programme.mReading)
 		{
 			auto const range = reading->mSeries->GetRange();
-			json.update(Json{{"integratedLufs", GetNumberOrSilence(reading->mIntegrated)},
-				{"rangeLu", range ? Json(*range) : Json()},
+			AddLoudness(json, *reading);
+			json.update(Json{{"rangeLu", range ? Json(*range) : Json()},
 				{"momentaryMaximum", DescribeMaximum(reading->mSeries->GetMomentaryMaximum())},
-				{"shortTermMaximum", DescribeMaximum(reading->mSeries->GetShortTermMaximum())},
-				{"truePeakDbtp", GetNumberOrSilence(ToDecibels(reading->mTruePeak))},
-				{"peakDbfs", GetNumberOrSilence(ToDecibels(reading->mPeak))}});
+				{"shortTermMaximum", DescribeMaximum(reading->mSeries->GetShortTermMaximum())}});
 		}
 		if (std::string const problem = DescribeProblem(programme); !problem.empty())
 		{

@@ -119,6 +119,7 @@ void WarnOfLevels(RenderSummary const& inFiles)
 						 FormatPeak(file.mPeak) +
 						 "); lower --gain-db, use --limit-dbtp -1, or write floats with --bits 32f");
 		}
+		WarnOfLeftOut(QuotePath(file.mPath), file.mLoudness);
 	}
 	constexpr double kTolerance = 0.1;
 	if (std::fabs(inFiles.mLoudnessError) > kTolerance)
@@ -133,6 +134,16 @@ void WarnOfDamage(RenderSummary const& inFiles)
 	for (DamagedMedia const& media : inFiles.mDamaged)
 	{
 		PrintWarning(QuoteInput(media.mPath) + " " + DescribeDamage(media));
+	}
+}
+
+void WarnOfLeftOut(std::string const& inQuoted, std::optional<LoudnessReading> const& inReading)
+{
+	if (inReading && inReading->mLeftOutSamples > 0)
+	{
+		PrintWarning("the loudness of " + inQuoted + " leaves out " +
+					 FormatCount(inReading->mLeftOutSamples, "sample") +
+					 " (infinite, not a number or above +240 dBFS)");
 	}
 }
 

@@ -5,6 +5,7 @@
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Render/RenderSummary.h"
 
+#include <optional>
 #include <string>
 
 namespace SonaroCommand
@@ -33,5 +34,7 @@ void WarnOfLevels(SonaroHost::RenderSummary const& inFiles);
 
 // Warns of media in which damage was found.
 void WarnOfDamage(SonaroHost::RenderSummary const& inFiles);
+// Of samples without which the loudness of something was measured; its name in quotes.
+void WarnOfLeftOut(std::string const& inQuoted, std::optional<SonaroHost::LoudnessReading> const& inReading);
 
 } // namespace SonaroCommand

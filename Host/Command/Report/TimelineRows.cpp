@@ -89,6 +89,10 @@ void AddLoudness(Json& ioJson, LoudnessReading const& inReading)
 	ioJson.update(Json{{"integratedLufs", GetNumberOrSilence(inReading.mIntegrated)},
 		{"truePeakDbtp", GetNumberOrSilence(ToDecibels(inReading.mTruePeak))},
 		{"peakDbfs", GetNumberOrSilence(ToDecibels(inReading.mPeak))}});
+	if (inReading.mLeftOutSamples > 0)
+	{
+		ioJson["leftOutSamples"] = inReading.mLeftOutSamples;
+	}
 }
 
 } // namespace SonaroCommand

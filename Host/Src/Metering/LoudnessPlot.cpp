@@ -26,9 +26,11 @@ constexpr double kPlotTitleCharacter = 8.5;
 constexpr double kTimeLabelDistance = 80.0;
 
 constexpr double kUnitsPerLine = 6.0;
+// The scale reaches at least so far, and further up for what is louder.
 constexpr double kUnitsShown = 48.0;
-constexpr double kHighestPlotTop = 6.0;
+constexpr double kUsualPlotTop = 6.0;
 constexpr double kLowestPlotTop = -30.0;
+constexpr double kMostLines = 12.0;
 
 // Steps of the axis of time, in seconds.
 constexpr double kTimeSteps[] = {
@@ -72,11 +74,13 @@ std::string MakePlotLine(char const* inClass, double inX1, double inY1, double i
 
 std::string MakePlotText(char const* inClass, double inX, double inY, std::string const& inText)
 {
-	return std::string("<text class=\"") + inClass + "\" x=\"" + FormatPlotNumber(inX) + "\" y=\"" +
-		   FormatPlotNumber(inY) + "\">" + EscapeMarkup(inText) + "</text>\n";
+	return inText.empty()
+			   ? ""
+			   : std::string("<text class=\"") + inClass + "\" x=\"" + FormatPlotNumber(inX) + "\" y=\"" +
+					 FormatPlotNumber(inY) + "\">" + EscapeMarkup(inText) + "</text>\n";
 }
 
-// The loudness at the lines on top and at the bottom.
+// The loudness at the lines on top and at the bottom, and from line to line.
 struct LoudnessScale
 {
 	explicit LoudnessScale(std::vector<PlottedLoudness> const& inPlots)
@@ -87,11 +91,18 @@ struct LoudnessScale
 			highest = std::max({highest, plot.mSeries->GetMomentaryMaximum().mLoudness,
 				plot.mTarget.value_or(LoudnessReading::kSilent)});
 		}
-		double const above = kUnitsPerLine * std::ceil(highest / kUnitsPerLine);
-		mTop = std::clamp(above, kLowestPlotTop, kHighestPlotTop);
-		mBottom = mTop - kUnitsShown;
+		highest = std::max(highest, kLowestPlotTop);
+		mBottom = std::min(mStep * std::ceil(highest / mStep), kUsualPlotTop) - kUnitsShown;
+		while (highest - mBottom > mStep * kMostLines)
+		{
+			mStep *= 2.0;
+		}
+		mTop = mBottom + mStep * std::ceil((highest - mBottom) / mStep);
 	}
 
+	double GetPart(double inLoudness) const { return (mTop - inLoudness) / (mTop - mBottom); }
+
+	double mStep = kUnitsPerLine;
 	double mTop;
 	double mBottom;
 };
@@ -152,7 +163,7 @@ private:
 			mIsDown = false;
 			return;
 		}
-		double const y = kPlotTop + mHeight * (mScale.mTop - std::min(inLoudness, mScale.mTop)) / kUnitsShown;
+		double const y = kPlotTop + mHeight * mScale.GetPart(inLoudness);
 		mData.append(mIsDown ? "L" : "M")
 			.append(FormatPlotNumber(mX))
 			.append(" ")
@@ -191,14 +202,12 @@ public:
 		std::string const title = ShortenMiddle(
 			MakePrintable(mPlot.mTitle), static_cast<std::size_t>(mWidth / kPlotTitleCharacter));
 		return MakePlotText("plot-title", kPlotLeft, 18.0, title) + DrawLegend() + DrawLevels() +
-			   DrawTimes() + DrawCurves();
+			   DrawTimes() + DrawCurves() +
+			   MakePlotText("plot-note", kPlotLeft + mWidth / 2.0, kPlotTop + mHeight / 2.0, mPlot.mNote);
 	}
 
 private:
-	double GetY(double inLoudness) const
-	{
-		return kPlotTop + mHeight * (mScale.mTop - inLoudness) / kUnitsShown;
-	}
+	double GetY(double inLoudness) const { return kPlotTop + mHeight * mScale.GetPart(inLoudness); }
 	double GetSeconds() const
 	{
 		return static_cast<double>(mSeries.GetNumSteps()) * mSeries.GetStepSeconds();
@@ -231,7 +240,7 @@ private:
 	std::string DrawLevels() const
 	{
 		std::string text = MakePlotText("plot-unit", kPlotLeft - 8.0, kPlotTop - 16.0, "LUFS");
-		for (double loudness = mScale.mTop; loudness >= mScale.mBottom; loudness -= kUnitsPerLine)
+		for (double loudness = mScale.mTop; loudness >= mScale.mBottom; loudness -= mScale.mStep)
 		{
 			double const y = GetY(loudness);
 			text +=
@@ -321,7 +330,8 @@ std::string GetPlotStyle()
 	return ".plot text{font:13px system-ui,sans-serif;fill:var(--soft)}\n"
 		   ".plot .plot-title{font-size:15px;font-weight:600;fill:var(--ink)}\n"
 		   ".plot .plot-level,.plot .plot-unit{text-anchor:end}\n"
-		   ".plot .plot-time{text-anchor:middle}\n"
+		   ".plot .plot-time,.plot .plot-note{text-anchor:middle}\n"
+		   ".plot .plot-note{paint-order:stroke;stroke:var(--paper);stroke-width:6px}\n"
 		   ".plot line,.plot path{fill:none;stroke-width:1;stroke-linejoin:round}\n"
 		   ".plot .plot-line{stroke:var(--line)}\n"
 		   ".plot .plot-momentary{stroke:var(--momentary)}\n"

@@ -17,6 +17,8 @@ struct PlottedLoudness
 	std::shared_ptr<LoudnessSeries const> mSeries;
 	// The loudness that it is brought to, in LUFS; drawn as a line.
 	std::optional<double> mTarget = std::nullopt;
+	// Why it has no loudness; written into the panel.
+	std::string mNote = {};
 };
 
 // Where a plot is shown.
@@ -36,7 +38,7 @@ struct PlotSize
 };
 
 // An SVG with a panel for each programme, one below the other: momentary, short-term and integrated loudness over time
-// on one scale of LUFS, with axes and a legend. What lies below the scale is left out. Colours follow the reader's
+// on one scale of LUFS, with axes and a legend. What lies far below the loudest is left out. Colours follow the reader's
 // light or dark theme, and lines differ by width and dashes, too. inPlots: at least one, with series.
 std::string DrawLoudness(
 	std::vector<PlottedLoudness> const& inPlots, PlotPlace inPlace, PlotSize inSize = {});
