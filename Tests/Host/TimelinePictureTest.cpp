@@ -127,11 +127,14 @@ TEST(TimelinePicture, TheRulerHasRoundLabelsInTheirPlacesThatNeverOverlap)
 	{
 		for (unsigned const width : {330u, 1200u, 4000u})
 		{
-			for (double const rate : {0.0, 23.976, 25.0, 29.97, 59.94})
+			// Before an hour, before the first minute that drops numbers, and before 0.
+			for (auto const& [rate, start] : {std::pair(0.0, 0.0), {23.976, 3590.0}, {25.0, 3590.0},
+					 {25.0, -5.0}, {29.97, 3590.0}, {29.97, 59.7}, {29.97, -60.3}, {59.94, 59.7}})
 			{
-				SCOPED_TRACE(testing::Message() << length << " s, " << width << " pixels, rate " << rate);
+				SCOPED_TRACE(testing::Message()
+							 << length << " s, " << width << " pixels, rate " << rate << ", from " << start);
 				TimelinePicture picture = MakePicture(1, length);
-				picture.mTimecode = rate > 0.0 ? MakeTimecode(rate, 3590.0) : std::nullopt;
+				picture.mTimecode = rate > 0.0 ? MakeTimecode(rate, start) : std::nullopt;
 				Group const ruler = Drawn(DrawTimelineSvg(picture, MakeStyle(width))).Find("ruler").at(0);
 				double const left = ruler.Get("rect", "x");
 				double const pixels = (width - left) / length;
@@ -140,6 +143,9 @@ TEST(TimelinePicture, TheRulerHasRoundLabelsInTheirPlacesThatNeverOverlap)
 				// The name of the timeline, which is empty, is no text.
 				EXPECT_GE(labels.size(), length < 0.1 ? 0u : 1u);
 				EXPECT_LE(labels.size(), width / 40);
+				// None is left out at the start but for a dropped number.
+				EXPECT_TRUE(
+					labels.size() < 2 || labels[0].mX - left < 2.1 * (labels[1].mX - labels[0].mX) + 3.0);
 				for (Label const& label : labels)
 				{
 					EXPECT_GE(label.mX, end) << label.mText;

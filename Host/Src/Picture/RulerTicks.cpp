@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <optional>
 
@@ -82,18 +83,21 @@ TickScale MakeSecondsScale()
 	return scale;
 }
 
+// inUnit: below 0 before the timecode 0.
 std::optional<RulerTick> FindTick(
-	Otio::ProgrammeTimecode const& inTimecode, std::int64_t inSecond, std::int64_t inFrame, char inSeparator)
+	Otio::ProgrammeTimecode const& inTimecode, std::int64_t inUnit, std::int64_t inNominal, char inSeparator)
 {
-	auto const second = static_cast<long long>(inSecond);
+	auto const unit = static_cast<long long>(std::abs(inUnit));
+	long long const second = unit / inNominal;
 	std::array<char, 96> label{};
-	std::snprintf(label.data(), label.size(), "%02lld:%02lld:%02lld%c%02lld", second / 3600, second / 60 % 60,
-		second % 60, inSeparator, static_cast<long long>(inFrame));
+	std::snprintf(label.data(), label.size(), "%s%02lld:%02lld:%02lld%c%02lld", inUnit < 0 ? "-" : "",
+		second / 3600, second / 60 % 60, second % 60, inSeparator, unit % inNominal);
 	auto const time = inTimecode.FindTime(label.data());
 	return time ? std::optional(RulerTick{time->ToDouble(), label.data()}) : std::nullopt;
 }
 
-// Frames by their labels: at 29.97 those of a second are 30, and where numbers are dropped the first one there is counts.
+// Frames by their labels: at 29.97 those of a second are 30, and where numbers are dropped, steps of whole seconds count
+// the first one there is.
 TickScale MakeTimecodeScale(Otio::ProgrammeTimecode const& inTimecode)
 {
 	TickScale scale;
@@ -109,24 +113,23 @@ TickScale MakeTimecodeScale(Otio::ProgrammeTimecode const& inTimecode)
 	AddRoundSeconds(scale);
 	std::string const start = inTimecode.GetLabel(Ratio());
 	char const separator = start[start.size() - 3];
+	bool const isNegative = start.front() == '-';
 	long long hours = 0;
 	long long minutes = 0;
 	long long seconds = 0;
-	// Times below 0 have no round labels here; the ruler then begins with 0.
-	if (std::sscanf(start.c_str(), "%lld:%lld:%lld", &hours, &minutes, &seconds) == 3 && start.front() != '-')
+	if (std::sscanf(start.c_str() + (isNegative ? 1 : 0), "%lld:%lld:%lld", &hours, &minutes, &seconds) == 3)
 	{
-		scale.mFirst = ((hours * 60 + minutes) * 60 + seconds) * scale.mPerSecond;
+		std::int64_t const second = (hours * 60 + minutes) * 60 + seconds;
+		scale.mFirst = (isNegative ? -second - 1 : second) * scale.mPerSecond;
 	}
 	scale.mMakeTick = [&inTimecode, separator, nominal = scale.mPerSecond](
 						  std::int64_t inUnit, std::int64_t inStep) -> std::optional<RulerTick>
 	{
-		std::int64_t const second = inUnit / nominal;
-		std::int64_t const frame = inUnit % nominal;
-		auto tick = FindTick(inTimecode, second, frame, separator);
+		auto tick = FindTick(inTimecode, inUnit, nominal, separator);
 		// At 29.97 two numbers are dropped, at 59.94 four.
-		std::int64_t const dropped = nominal / 15;
-		return tick || frame != 0 || inStep <= dropped ? tick
-													   : FindTick(inTimecode, second, dropped, separator);
+		std::int64_t const dropped = inUnit < 0 ? -(nominal / 15) : nominal / 15;
+		return tick || inStep % nominal != 0 ? tick
+											 : FindTick(inTimecode, inUnit + dropped, nominal, separator);
 	};
 	return scale;
 }
@@ -134,12 +137,14 @@ TickScale MakeTimecodeScale(Otio::ProgrammeTimecode const& inTimecode)
 std::vector<RulerTick> MakeTicks(TickScale const& inScale, std::int64_t inStep, double inLength)
 {
 	std::vector<RulerTick> ticks;
-	for (std::int64_t unit = (inScale.mFirst + inStep - 1) / inStep * inStep;; unit += inStep)
+	// The quotient is rounded towards 0.
+	std::int64_t const before = inScale.mFirst > 0 ? inStep - 1 : 0;
+	for (std::int64_t unit = (inScale.mFirst + before) / inStep * inStep;; unit += inStep)
 	{
-		// One more that has no label does not end it.
+		// One more that has no label does not end it: the first unit lies up to a second before the programme.
 		auto const tick = inScale.mMakeTick(unit, inStep);
 		double const time =
-			tick ? tick->mTime : static_cast<double>(unit - inScale.mFirst) * inScale.mUnitSeconds;
+			tick ? tick->mTime : static_cast<double>(unit - inScale.mFirst) * inScale.mUnitSeconds - 1.0;
 		if (time > inLength)
 		{
 			return ticks;
@@ -189,10 +194,12 @@ std::vector<RulerTick> MakeRulerTicks(TimelinePicture const& inPicture, double i
 	TickScale const scale =
 		inPicture.mTimecode ? MakeTimecodeScale(*inPicture.mTimecode) : MakeSecondsScale();
 	double const pixelsPerSecond = inPixels / inPicture.mLength;
-	// No label is wider than that of the end with all its digits.
+	// No label is wider than that of the end with all its digits, or that of the start with its sign.
+	auto const first = scale.mMakeTick(scale.mFirst, 1);
 	std::int64_t const end = scale.mFirst + static_cast<std::int64_t>(inPicture.mLength / scale.mUnitSeconds);
 	auto const last = scale.mMakeTick(end - end % scale.mPerSecond + scale.mPerSecond - 1, 1);
-	double const width = EstimateTextWidth(last ? last->mLabel : "00:00:00:00", inSize) + kLabelGap;
+	double const width = kLabelGap + std::max(EstimateTextWidth(last ? last->mLabel : "00:00:00:00", inSize),
+										 EstimateTextWidth(first ? first->mLabel : "", inSize));
 	std::int64_t const major = ChooseStep(scale, pixelsPerSecond, width);
 	std::vector<RulerTick> ticks = MakeTicks(scale, major, inPicture.mLength);
 	std::int64_t const minor = ChooseMinorStep(scale, pixelsPerSecond, major);

@@ -137,5 +137,14 @@ TEST_F(TimelineRangeTest, TextsNameSamplesOrAreRefused)
 	}
 }
 
+TEST_F(TimelineRangeTest, TimecodesBeforeZeroBeginWithAMinus)
+{
+	mSequence.mGlobalStart = Ratio(-5);
+	ProgrammeRange const range =
+		FindRange("-00:00:03:00..-00:00:00:15", mDocument.mTimelines.front(), mSequence).mRange;
+	EXPECT_EQ(range.mFirstFrame, 2 * 48000);
+	EXPECT_EQ(range.mFrames, 48000 * 12 / 5);
+}
+
 } // namespace
 } // namespace SonaroHost::Testing::TimelineRangeTest

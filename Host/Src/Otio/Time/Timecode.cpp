@@ -20,6 +20,7 @@ constexpr std::string_view kSeparators = ":;,";
 
 struct Fields
 {
+	bool mIsNegative = false;
 	std::array<std::int64_t, 4> mValues{};
 	bool mDrops = false;
 };
@@ -27,6 +28,8 @@ struct Fields
 std::optional<Fields> Split(std::string_view inText)
 {
 	Fields fields;
+	fields.mIsNegative = inText.starts_with('-');
+	inText.remove_prefix(fields.mIsNegative ? 1 : 0);
 	for (std::size_t i = 0; i < fields.mValues.size(); ++i)
 	{
 		std::size_t const end = inText.find_first_of(kSeparators);
@@ -39,7 +42,7 @@ std::optional<Fields> Split(std::string_view inText)
 		auto const [stop, error] =
 			std::from_chars(digits.data(), digits.data() + digits.size(), fields.mValues[i]);
 		if (error != std::errc() || stop != digits.data() + digits.size() || digits.size() > 6 ||
-			fields.mValues[i] < 0)
+			digits.front() == '-')
 		{
 			return std::nullopt;
 		}
@@ -104,7 +107,7 @@ std::optional<Ratio> ParseTimecode(std::string_view inText, double inRate)
 		std::int64_t const allMinutes = hours * 60 + minutes;
 		count -= dropped * (allMinutes - allMinutes / 10);
 	}
-	return Ratio(count) / counting.mRate;
+	return Ratio(fields->mIsNegative ? -count : count) / counting.mRate;
 }
 
 std::string FormatTimecode(Ratio const& inTime, double inRate)
