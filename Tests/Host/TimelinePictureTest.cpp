@@ -262,6 +262,35 @@ TEST(TimelinePicture, MarkersStandAtTheirTimesAndTheirNamesKeepApart)
 	EXPECT_EQ(drawn.Find("lane").at(1).mTree.count("g"), 1u);
 }
 
+TEST(TimelinePicture, LinesThatStandCloseTogetherLetTheWaveBelowThemShow)
+{
+	// 5000 clips and 350 markers in 10 s, and a few with room around them.
+	TimelinePicture picture = MakePicture(2, 20.0);
+	for (int i = 0; i < 5000; ++i)
+	{
+		picture.mLanes[0].mBlocks.push_back({"clip", {}, {0.002 * i, 0.002 * (i + 1)}, {}});
+	}
+	for (double const start : {11.0, 12.0, 12.1, 14.0})
+	{
+		picture.mLanes[0].mBlocks.push_back({"alone", {}, {start, start + 0.01}, {}});
+	}
+	for (int i = 0; i < 350; ++i)
+	{
+		picture.mMarkers.push_back({"m", "", "", {i / 35.0, i / 35.0}, i % 2});
+	}
+	picture.mMarkers.push_back({"m", "", "", {15.0, 15.0}, std::nullopt});
+	Drawn const drawn(DrawTimelineSvg(picture, MakeStyle(2170)));
+	auto const countPlain = [&](char const* inPart, std::string const& inAttribute)
+	{
+		return std::ranges::count_if(drawn.Find(inPart),
+			[&](Group const& inGroup) { return !inGroup.mTree.get_optional<double>(inAttribute); });
+	};
+	EXPECT_EQ(countPlain("clip", "rect.<xmlattr>.fill-opacity"), 5);
+	EXPECT_GE(drawn.Find("clip").size(), 1000u);
+	EXPECT_EQ(countPlain("marker-line", "polyline.<xmlattr>.stroke-opacity"), 3);
+	EXPECT_EQ(drawn.Find("marker-line").size(), 351u);
+}
+
 TEST(TimelinePicture, ColoursHaveContrast)
 {
 	for (PictureTheme const theme : {PictureTheme::kLight, PictureTheme::kDark})

@@ -8,6 +8,9 @@
 #include "Waveform/WaveformPicture.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <optional>
 
 namespace SonaroHost
 {
@@ -19,6 +22,16 @@ constexpr double kRulerText = 11.0;
 constexpr double kSmallText = 10.0;
 constexpr double kNameText = 12.0;
 constexpr double kPadding = 4.0;
+// Lines that stand closer together are thin, so that what lies below them is seen.
+constexpr double kLeastDistance = 6.0;
+constexpr double kFarAway = -1.0e9;
+
+Colour Thin(Colour inColour, bool inIsThin)
+{
+	constexpr std::uint8_t kThinAlpha = 48;
+	inColour.mAlpha = inIsThin ? kThinAlpha : inColour.mAlpha;
+	return inColour;
+}
 
 // 0 where no text can be read.
 double ChooseNameSize(double inHeight)
@@ -121,13 +134,7 @@ private:
 				isLast ? box.GetRight() : mLayout.GetX(mPicture.mMarkers[i + 1].mSpan.mStart));
 		}
 		mCanvas.EndGroup();
-		for (TimelinePicture::Marker const& marker : mPicture.mMarkers)
-		{
-			if (!marker.mLane)
-			{
-				PaintMarkerLine(marker, {0.0, box.GetBottom(), 0.0, mLayout.GetHeight() - box.GetBottom()});
-			}
-		}
+		PaintMarkerLines(std::nullopt, {0.0, box.GetBottom(), 0.0, mLayout.GetHeight() - box.GetBottom()});
 	}
 
 	// inEnd: where the next one begins, in pixels.
@@ -176,21 +183,21 @@ private:
 		PaintBlockGrounds(inLane);
 		PaintWaves(inLane);
 		std::vector<Box> const boxes = FindBoxes(inLane);
+		double last = kFarAway;
 		for (std::size_t i = 0; i < boxes.size(); ++i)
 		{
-			PaintBlock(lane.mBlocks[i], boxes[i], mLayout.GetStripHeight(inLane));
+			if (boxes[i].mWidth > 0.0)
+			{
+				bool const isCrowded = std::max(boxes[i].mWidth, boxes[i].mX - last) < kLeastDistance;
+				PaintBlock(lane.mBlocks[i], boxes[i], mLayout.GetStripHeight(inLane), isCrowded);
+				last = boxes[i].mX;
+			}
 		}
 		for (TimelinePicture::Fade const& fade : lane.mFades)
 		{
 			PaintFade(fade, mLayout.GetWaves(inLane));
 		}
-		for (TimelinePicture::Marker const& marker : mPicture.mMarkers)
-		{
-			if (marker.mLane == inLane)
-			{
-				PaintMarkerLine(marker, box);
-			}
-		}
+		PaintMarkerLines(inLane, box);
 		mCanvas.EndGroup();
 	}
 
@@ -266,22 +273,19 @@ private:
 		mCanvas.FillExtents(box.mX, FindRms(waveform, 0, mStyle.mWave, room), mStyle.mWave.mRms);
 	}
 
-	void PaintBlock(TimelinePicture::Block const& inBlock, Box const& inBox, double inStripHeight)
+	void PaintBlock(
+		TimelinePicture::Block const& inBlock, Box const& inBox, double inStripHeight, bool inIsCrowded)
 	{
 		constexpr double kLeastFrame = 3.0;
-		if (inBox.mWidth <= 0.0)
-		{
-			return;
-		}
 		using Kind = TimelinePicture::BlockKind;
 		bool const isMissing = inBlock.mKind == Kind::kMissing;
 		mCanvas.BeginGroup(inBlock.mKind == Kind::kNest ? "nest"
 						   : isMissing                  ? "missing-clip"
 														: "clip",
 			Describe(inBlock));
-		if (inBox.mWidth < kLeastFrame || inBox.mHeight < kLeastFrame)
+		if (inIsCrowded || inBox.mWidth < kLeastFrame || inBox.mHeight < kLeastFrame)
 		{
-			mCanvas.Fill({inBox.mX, inBox.mY, 1.0, inBox.mHeight}, GetBorder(inBlock));
+			mCanvas.Fill({inBox.mX, inBox.mY, 1.0, inBox.mHeight}, Thin(GetBorder(inBlock), inIsCrowded));
 		}
 		else
 		{
@@ -315,14 +319,24 @@ private:
 		mCanvas.EndGroup();
 	}
 
-	// A marker's line, over its lane or all of them.
-	void PaintMarkerLine(TimelinePicture::Marker const& inMarker, Box const& inBox)
+	// The lines of a lane's markers, or over all lanes those of the timeline.
+	void PaintMarkerLines(std::optional<std::size_t> inLane, Box const& inBox)
 	{
-		double const x = std::min(mLayout.GetX(inMarker.mSpan.mStart), mLayout.GetWidth() - 1.0) + 0.5;
-		mCanvas.BeginGroup("marker-line", Describe(inMarker));
-		mCanvas.DrawLine({{x, inBox.mY}, {x, inBox.GetBottom()}},
-			{GetMarkerColour(inMarker.mColour, mStyle.mWave.mTheme), 1.0, true});
-		mCanvas.EndGroup();
+		double last = kFarAway;
+		for (TimelinePicture::Marker const& marker : mPicture.mMarkers)
+		{
+			if (marker.mLane != inLane)
+			{
+				continue;
+			}
+			double const x = std::min(mLayout.GetX(marker.mSpan.mStart), mLayout.GetWidth() - 1.0) + 0.5;
+			Colour const colour = GetMarkerColour(marker.mColour, mStyle.mWave.mTheme);
+			mCanvas.BeginGroup("marker-line", Describe(marker));
+			mCanvas.DrawLine({{x, inBox.mY}, {x, inBox.GetBottom()}},
+				{Thin(colour, std::abs(x - last) < kLeastDistance), 1.0, true});
+			mCanvas.EndGroup();
+			last = x;
+		}
 	}
 
 	// Where blocks stand; empty boxes for those that fall into the pixel of another one.
