@@ -317,7 +317,7 @@ private:
 	}
 
 	// Warnings, and the summary in the form that was asked for.
-	void Report(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
+	void Report(ClipRenderJob const& inJob, RenderSummary const& inSummary)
 	{
 		WarnOfLevels(inSummary);
 		WarnOfDamage(inSummary);
@@ -337,14 +337,15 @@ private:
 	}
 
 	// What --report writes.
-	std::string DescribeReport(ClipRenderJob const& inJob, RenderSummary const& inSummary) const
+	std::string DescribeReport(ClipRenderJob const& inJob, RenderSummary const& inSummary)
 	{
 		Json const report = MakeReport(mInputs, inJob, inSummary, mOptions.mLevels);
 		if (!mOptions.WantsPage())
 		{
 			return ToText(report);
 		}
-		Page::ReportPictures pictures = Page::MakePictures(mOptions, inSummary, {});
+		Page::ReportPictures pictures =
+			Page::MakePictures(GetParser(), mOptions.mLevels.mNormalizeLoudness, inSummary, {});
 		Page::AddFileWaveform(mOptions.mOutput, mOptions.mIsQuiet, pictures);
 		return Page::MakeReportPage(report, pictures);
 	}

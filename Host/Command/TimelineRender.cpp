@@ -145,14 +145,8 @@ std::string TimelineRender::DescribeReport(TimelineRenderJob const& inJob, std::
 	{
 		tracks.push_back(row.mTrack);
 	}
-	Page::ReportPictures pictures = Page::MakePictures(mShared, inSummary, tracks);
-	for (auto const& [name, value] : {std::pair("Range asked for", mRange), std::pair("Stems", mStems)})
-	{
-		if (!value.empty())
-		{
-			pictures.mSettings.emplace_back(name, value);
-		}
-	}
+	Page::ReportPictures pictures =
+		Page::MakePictures(mParser, mShared.mLevels.mNormalizeLoudness, inSummary, tracks);
 	if (inRefusal.empty())
 	{
 		TimelineRenderRequest const asked = MakeRequest(inInput);

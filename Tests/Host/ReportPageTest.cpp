@@ -41,7 +41,8 @@ protected:
 		Json const odd = WithSettings(Track(inTrack, {Clip(inClip, "tone.wav", 0.0, 5.0)}), {{inClip, 3}});
 		WriteBytes(mFolder / "edit.otio",
 			WithSettings(
-				Timeline({odd, Track("Other", {Clip(inClip, inMissing), Clip("b", "tone.wav", 1.0, 4.0)})}),
+				Timeline({odd, Track("Other", {Clip(inClip, inMissing), Clip("b", "tone.wav", 1.0, 4.0)})},
+					{Marker("Verse", 1.0, 0.5)}),
 				{{"layout", "stereo"}})
 				.dump());
 	}
@@ -76,11 +77,11 @@ std::string MakeCell(Json const& inNumber, int inDigits)
 TEST_F(ReportPageTest, PageShowsWhatTheReportHas)
 {
 	WriteTimeline("Dialogue", "gian", "gone.wav");
-	std::string const page = Report({"--normalize", "-20", "--limit-dbtp", "-9", "--range", "0.5..4.5"});
-	ASSERT_EQ(Run({"render", "edit.otio", "-o", "mix.wav", "--normalize", "-20", "--limit-dbtp", "-9",
-					  "--range", "0.5..4.5", "--report", "mix.json"})
-				  .mExitCode,
-		3);
+	Words const options = {"--normalize", "-20", "--limit-dbtp", "-9", "--range", "0.5..4.5", "--fade-in",
+		"1.5", "--media", ".", "--fades", "linear"};
+	std::string const page = Report(options);
+	ASSERT_EQ(
+		Run(Join({"render", "edit.otio", "-o", "mix.wav", "--report", "mix.json"}, options)).mExitCode, 3);
 	Json const report = Json::parse(ReadBytes(mFolder / "mix.json"));
 	ExpectMarkup(page, kElements);
 	Json const& file = report["outputs"][0];
@@ -90,9 +91,12 @@ TEST_F(ReportPageTest, PageShowsWhatTheReportHas)
 			 ">" + report["notes"][0]["place"].get<std::string>() + "<", std::string(">./gone.wav<"),
 			 std::string(">does not exist<"), std::string("<h1>Render report: edit.otio</h1>"),
 			 std::string("Normalized to -20.0 LUFS"), std::string("was limited by up to"),
-			 std::string("<dd>-20 LUFS</dd>"), std::string("<dd>0.5..4.5</dd>"),
-			 std::string("No damage was found."), std::string("class=\"plot-target\" x1"),
-			 std::string("1 clip without media")})
+			 std::string("<dt>--normalize</dt><dd>-20 LUFS</dd>"),
+			 std::string("<dt>--range</dt><dd>0.5..4.5</dd>"),
+			 std::string("<dt>--fade-in</dt><dd>1.5 s</dd>"), std::string("<dt>--media</dt><dd>.</dd>"),
+			 std::string("<dt>--fades</dt><dd>linear</dd>"), std::string("<h2 id=\"markers\">"),
+			 std::string(">Verse<"), std::string(">0:01.500<"), std::string("No damage was found."),
+			 std::string("class=\"plot-target\" x1"), std::string("1 clip without media")})
 	{
 		EXPECT_NE(page.find(text), std::string::npos) << text;
 	}
@@ -125,19 +129,28 @@ TEST_F(ReportPageTest, HostileNamesStayText)
 	WriteTimeline("bell\a and \u202ebackwards", "a", "gone.wav");
 	EXPECT_THAT(Report(), HasSubstr("bell\\x07 and \\u202ebackwards"));
 	EXPECT_THAT(Report({"--strict"}, 1),
-		AllOf(HasSubstr("The render was refused"), HasSubstr("No file was written.")));
+		AllOf(HasSubstr("The render was refused"), HasSubstr("No file was written."),
+			HasSubstr("1 clip without media."), Not(HasSubstr("silence in their place"))));
 }
 
 TEST_F(ReportPageTest, SoundFilesAndStemsHavePagesToo)
 {
-	EXPECT_EQ(Run({"render", "tone.wav", "tone.wav", "-o", "out.wav", "--report", "out.HTM"}).mExitCode, 0);
+	EXPECT_EQ(Run({"render", "tone.wav", "tone.wav", "-o", "out.wav", "--report", "out.HTM", "--pan", "0.3",
+					  "--reverse", "--at", "0", "--at", "7"})
+				  .mExitCode,
+		0);
 	std::string const page = ReadBytes(mFolder / "out.HTM");
 	ExpectMarkup(page, kElements);
-	EXPECT_THAT(page, AllOf(HasSubstr("tone.wav and 1 other input"), HasSubstr("Waveform of out.wav"),
-						  HasSubstr("<svg class=\"plot\""), Not(HasSubstr("Missing media"))));
-	EXPECT_EQ(Run({"render", "tone.wav", "-o", "-", "--report", "pipe.html"}).mExitCode, 0);
 	EXPECT_THAT(
-		ReadBytes(mFolder / "pipe.html"), HasSubstr("no picture of what went to the standard output"));
+		page, AllOf(HasSubstr("tone.wav and 1 other input"), HasSubstr("Waveform of out.wav"),
+				  HasSubstr("<svg class=\"plot\""), Not(HasSubstr("Missing media")),
+				  HasSubstr("<dt>--pan</dt><dd>0.3</dd>"), HasSubstr("<dt>--reverse</dt><dd>yes</dd>"),
+				  HasSubstr("<dt>--at</dt><dd>0 s, 7 s</dd>")));
+	EXPECT_EQ(
+		Run({"render", "tone.wav", "-o", "-", "--report", "pipe.html", "--start", "0:01"}).mExitCode, 0);
+	EXPECT_THAT(
+		ReadBytes(mFolder / "pipe.html"), AllOf(HasSubstr("no picture of what went to the standard output"),
+											  HasSubstr("<dt>--start</dt><dd>0:01</dd>")));
 
 	WriteTimeline("Dialogue", "a", "gone.wav");
 	EXPECT_EQ(Run({"render", "edit.otio", "-o", "stems", "--stems", "track", "--report", "stems/all.html"})
@@ -220,14 +233,16 @@ protected:
 		}
 	}
 
-	ProgramResult Open(std::string const& inName, std::string const& inSize = "1280,900") const
+	// inDo: what the browser does with the page.
+	ProgramResult Open(std::string const& inName, std::string const& inSize = "1280,900",
+		std::string const& inDo = "--dump-dom") const
 	{
 		ProgramStart start;
 		start.mFolder = mFolder.Get().string();
 		start.mArguments = {"--headless", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
 			"--no-first-run", "--proxy-server=127.0.0.1:9", "--host-resolver-rules=MAP * ~NOTFOUND",
 			"--enable-logging=stderr", "--user-data-dir=" + (mFolder / "profile").string(),
-			"--hide-scrollbars", "--window-size=" + inSize, "--virtual-time-budget=1000", "--dump-dom",
+			"--hide-scrollbars", "--window-size=" + inSize, "--virtual-time-budget=1000", inDo,
 			"file://" + (mFolder / inName).string()};
 		return RunProgram(mBrowser, start);
 	}
@@ -237,8 +252,8 @@ protected:
 
 TEST_F(BrowserTest, PageLoadsWithoutAComplaintAndFitsAPhone)
 {
-	WriteTimeline(
-		"<script>console.error('script')</script>", "a long name " + std::string(200, 'x'), "gone.wav");
+	WriteTimeline("<script>console.error('script')</script>" + std::string(200, 'y'),
+		"a long name " + std::string(200, 'x'), "gone.wav");
 	std::string const page = Report();
 	ProgramResult const result = Open("mix.html");
 	EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
@@ -254,12 +269,29 @@ TEST_F(BrowserTest, PageLoadsWithoutAComplaintAndFitsAPhone)
 		"<script>console.error('seen');document.title='width '+document.documentElement.scrollWidth+' of '+"
 		"window.innerWidth</script>");
 	WriteBytes(mFolder / "copy.html", copy);
-	ProgramResult const phone = Open("copy.html", "500,900");
-	EXPECT_THAT(phone.mErrors, AllOf(HasSubstr("CONSOLE"), HasSubstr("seen")));
-	std::smatch width;
-	ASSERT_TRUE(std::regex_search(phone.mOutput, width, std::regex("<title>width ([0-9]+) of ([0-9]+)")));
-	EXPECT_LE(std::stoi(width[2]), 500);
-	EXPECT_LE(std::stoi(width[1]), std::stoi(width[2]));
+	for (int const size : {500, 900})
+	{
+		ProgramResult const shown = Open("copy.html", std::to_string(size) + ",900");
+		EXPECT_THAT(shown.mErrors, AllOf(HasSubstr("CONSOLE"), HasSubstr("seen")));
+		std::smatch width;
+		ASSERT_TRUE(std::regex_search(shown.mOutput, width, std::regex("<title>width ([0-9]+) of ([0-9]+)")));
+		EXPECT_LE(std::stoi(width[2]), size);
+		EXPECT_LE(std::stoi(width[1]), std::stoi(width[2]));
+	}
+}
+
+TEST_F(BrowserTest, TallPicturesFitPagesOfPaper)
+{
+	Json timeline = Timeline({});
+	for (int i = 0; i < 40; ++i)
+	{
+		timeline["tracks"]["children"].push_back(Track("T", {Clip("a", "tone.wav", 0.0, 5.0)}));
+	}
+	WriteBytes(mFolder / "edit.otio", timeline.dump());
+	Report({}, 0);
+	EXPECT_EQ(Open("mix.html", "1280,900", "--print-to-pdf=" + (mFolder / "mix.pdf").string()).mExitCode, 0);
+	// The settings, the waveform on a page of its own, eight plots a page and the tables.
+	EXPECT_LE(CountText(ReadBytes(mFolder / "mix.pdf"), "/Type /Page\n"), 10u);
 }
 
 } // namespace SonaroHost::Testing::ReportPageTest

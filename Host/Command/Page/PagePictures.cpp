@@ -1,7 +1,6 @@
 #include "PagePictures.h"
 
 #include "SonaroHost/Base/HostError.h"
-#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Files/Temporary.h"
@@ -11,7 +10,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <random>
+#include <set>
 #include <utility>
 
 namespace SonaroCommand::Page
@@ -110,21 +111,37 @@ void AddWaveform(Request inRequest, std::string const& inText, bool inIsQuiet, R
 	}
 }
 
-void AddDecibels(
-	std::optional<double> const& inValue, char const* inName, char const* inUnit, ReportPictures& ioPictures)
+// An option's values, numbers with their unit.
+std::string DescribeValues(CLI::Option const& inOption)
 {
-	if (inValue)
+	static std::map<std::string, std::string> const sUnits = {
+		{"TIME", " s"}, {"DB", " dB"}, {"LUFS", " LUFS"}, {"HZ", " Hz"}, {"SAMPLES", " samples"}};
+	std::string const name = inOption.get_option_text();
+	auto const unit = sUnits.find(name.substr(0, name.find(' ')));
+	std::string text;
+	for (std::string const& value : inOption.results())
 	{
-		ioPictures.mSettings.emplace_back(inName, FormatNumber(*inValue) + inUnit);
+		bool const isNumber = value.find_first_not_of("+-.0123456789") == std::string::npos;
+		text += (text.empty() ? "" : ", ") + value + (isNumber && unit != sUnits.end() ? unit->second : "");
 	}
+	return text == "true" ? "yes" : text;
 }
 
-void AddGivenText(std::string const& inValue, char const* inName, ReportPictures& ioPictures)
+// The options that were given, but for those of no influence on what is rendered.
+std::vector<std::pair<std::string, std::string>> ListSettings(CLI::App const& inParser)
 {
-	if (!inValue.empty())
+	static std::set<std::string> const sOthers = {
+		"--output", "--report", "--no-overwrite", "--quiet", "--json", "--jobs"};
+	std::vector<std::pair<std::string, std::string>> settings;
+	for (CLI::Option const* const option : inParser.get_options(
+			 [](CLI::Option const* inOption) { return inOption->count() > 0 && inOption->nonpositional(); }))
 	{
-		ioPictures.mSettings.emplace_back(inName, inValue);
+		if (std::string const name = option->get_name(); !sOthers.contains(name))
+		{
+			settings.emplace_back(name, DescribeValues(*option));
+		}
 	}
+	return settings;
 }
 
 void AddPlot(std::string const& inTitle, std::optional<LoudnessReading> const& inReading,
@@ -138,28 +155,19 @@ void AddPlot(std::string const& inTitle, std::optional<LoudnessReading> const& i
 
 } // namespace
 
-ReportPictures MakePictures(
-	RenderOptions const& inOptions, RenderSummary const& inSummary, std::vector<std::string> const& inTracks)
+ReportPictures MakePictures(CLI::App const& inParser, std::optional<double> const& inTarget,
+	RenderSummary const& inSummary, std::vector<std::string> const& inTracks)
 {
 	ReportPictures pictures;
-	if (inOptions.mGainDecibels != 0.0)
-	{
-		AddDecibels(inOptions.mGainDecibels, "Gain", " dB", pictures);
-	}
-	auto const& target = inOptions.mLevels.mNormalizeLoudness;
-	AddDecibels(target, "Target loudness", " LUFS", pictures);
-	AddDecibels(inOptions.mLevels.mLimitDecibels, "Limit of true peaks", " dBTP", pictures);
-	AddGivenText(inOptions.mFadeIn, "Fade in", pictures);
-	AddGivenText(inOptions.mFadeOut, "Fade out", pictures);
-	AddGivenText(inOptions.mResampling, "Resampling", pictures);
+	pictures.mSettings = ListSettings(inParser);
 	if (inSummary.mFiles.size() == 1)
 	{
-		AddPlot("Mix", inSummary.GetFile().mLoudness, target, pictures.mMixes);
+		AddPlot("Mix", inSummary.GetFile().mLoudness, inTarget, pictures.mMixes);
 	}
 	else
 	{
 		AddPlot(
-			target ? "Mix, before it is normalized" : "Mix", inSummary.mMix, std::nullopt, pictures.mMixes);
+			inTarget ? "Mix, before it is normalized" : "Mix", inSummary.mMix, std::nullopt, pictures.mMixes);
 	}
 	for (std::size_t i = 0; i < inSummary.mTracks.size(); ++i)
 	{

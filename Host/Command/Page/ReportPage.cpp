@@ -146,6 +146,12 @@ std::string MakeLevels(Json const& inReport)
 		{
 			text += MakeParagraph(FormatCount(clipped, "sample") + " of " + path + " clipped at full scale.");
 		}
+		if (auto const found = file.find("leftOutSamples"); found != file.end())
+		{
+			text += MakeParagraph("The loudness of " + path + " leaves out " +
+								  FormatCount(found->get<std::size_t>(), "sample") +
+								  " (infinite, not a number or above +240 dBFS).");
+		}
 	}
 	return MakeSection("levels", "Levels",
 		text.empty() ? MakeParagraph("Nothing was normalized, limited or clipped.") : text);
@@ -197,6 +203,19 @@ std::string MakeTracks(Json const& inReport)
 			inReport["tracks"], "There are no tracks."));
 }
 
+std::string MakeMarkers(Json const& inReport)
+{
+	int const rate = GetRate(inReport);
+	Json const& markers = inReport["markers"];
+	return markers.empty() ? ""
+						   : MakeSection("markers", "Markers",
+								 MakeTable("Markers and the parts that they stand for",
+									 {TextColumn("Marker", "name"), TimeColumn("From", "firstSample", rate),
+										 TimeColumn("To", "endSample", rate), TextColumn("Track", "track"),
+										 TextColumn("Comment", "comment"), TextColumn("Place", "place")},
+									 markers, {}));
+}
+
 std::string MakeMissing(Json const& inReport)
 {
 	return MakeSection("missing", "Missing media",
@@ -245,7 +264,8 @@ std::string MakeWarnings(Json const& inReport)
 	}
 	if (auto const found = inReport.find("missing"); found != inReport.end() && !found->empty())
 	{
-		text += MakeParagraph(FormatCount(found->size(), "clip") + " without media: silence in their place.");
+		text += MakeParagraph(FormatCount(found->size(), "clip") + " without media" +
+							  (inReport.contains("refused") ? "." : ": silence in their place."));
 	}
 	if (Json const& damaged = inReport["damaged"]; !damaged.empty())
 	{
@@ -287,7 +307,7 @@ std::string GetPageStyle()
 		   "h2{font-size:1.2rem;margin:2.25rem 0 .5rem;padding-top:.75rem;border-top:1px solid var(--line)}\n"
 		   "p{margin:.4rem 0;overflow-wrap:anywhere}\n"
 		   "a{color:var(--short-term)}\n"
-		   ".lead,caption,figcaption{color:var(--soft)}\n"
+		   ".lead,caption,figcaption{color:var(--soft);overflow-wrap:anywhere}\n"
 		   ".warning{border-left:.3rem solid var(--integrated);padding:.1rem .75rem;margin:1rem 0}\n"
 		   "nav ul{display:flex;flex-wrap:wrap;gap:.25rem 1.25rem;list-style:none;margin:1rem 0;padding:0}\n"
 		   "dl{display:grid;grid-template-columns:max-content 1fr;gap:.25rem 1.5rem;margin:.5rem 0}\n"
@@ -303,16 +323,21 @@ std::string GetPageStyle()
 		   "tbody th,tbody td:last-child{min-width:9rem;overflow-wrap:anywhere}\n"
 		   ".number{text-align:right;white-space:nowrap}\n"
 		   "figure{margin:.75rem 0}\n"
-		   "figure svg{display:block;width:100%;height:auto}\n"
-		   ".paper{background:#ffffff;border:1px solid var(--line);border-radius:.25rem;padding:.5rem;"
+		   ".paper>svg,.plot{display:block;width:100%;height:auto}\n"
+		   ".paper{background:var(--paper);border:1px solid var(--line);border-radius:.25rem;padding:.5rem;"
 		   "overflow-x:auto}\n"
 		   ".plots{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,30rem),1fr));"
 		   "gap:0 1.5rem}\n"
+		   // The picture is drawn for light paper.
+		   "@media screen and (prefers-color-scheme:dark){.paper>svg{filter:invert(1) hue-rotate(180deg)}}\n"
 		   "@media (max-width:40rem){body{padding:1rem}dl{grid-template-columns:1fr;gap:0}"
-		   "dd{margin-bottom:.5rem}figure svg{min-width:44rem}.plots "
-		   "svg{min-width:28rem}figure{overflow-x:auto}}\n"
+		   "dd{margin-bottom:.5rem}.paper>svg,.plot{min-width:44rem}.plots .plot{min-width:28rem}"
+		   "figure{overflow-x:auto}}\n"
+		   // A heading and its picture fit on a page of paper.
 		   "@media print{body{max-width:none;padding:0;font-size:10pt}nav{display:none}"
-		   "figure,tr,.warning{break-inside:avoid}h2{break-after:avoid}.scroll,.paper{overflow:visible}}\n" +
+		   ".paper,.plot,tr,.warning{break-inside:avoid}h2,h3{break-after:avoid}"
+		   "figcaption{break-before:avoid}.paper>svg,.plot{max-height:80vh}"
+		   ".plots{grid-template-columns:1fr 1fr}.scroll,.paper{overflow:visible}}\n" +
 		   SonaroHost::GetPlotStyle();
 }
 
@@ -334,7 +359,8 @@ std::string MakeReportPage(Json const& inReport, ReportPictures const& inPicture
 	std::string const sections =
 		MakeSettings(inReport, inPictures) + (isRendered ? MakeWaveform(inPictures) : "") +
 		MakeLoudness(inPictures) + (isRendered ? MakeLevels(inReport) : "") + MakeFiles(inReport) +
-		(isTimeline ? MakeTracks(inReport) + MakeMissing(inReport) : MakeInputs(inReport)) +
+		(isTimeline ? MakeTracks(inReport) + MakeMarkers(inReport) + MakeMissing(inReport)
+					: MakeInputs(inReport)) +
 		MakeDamaged(inReport) + (isTimeline ? MakeNotes(inReport) : "");
 	std::string const title = EscapeMarkup("Render report: " + GetInputName(inReport));
 	Json const& range = inReport["range"];
