@@ -120,9 +120,8 @@ std::string DescribeProblem(MeasuredProgramme const& inProgramme)
 		return "is too short for its loudness to be measured: " +
 			   FormatTime(inProgramme.mFrames, inProgramme.mSampleRate) + ", less than 0.4 seconds";
 	}
-	return "is too quiet for its loudness to be measured: no block of 0.4 seconds, one every 0.1 seconds, is "
-		   "above "
-		   "-70 LUFS";
+	return "is too quiet for its loudness to be measured: "
+		   "no block of 0.4 seconds, one every 0.1 seconds, is above -70 LUFS";
 }
 
 std::string ListLoudnessForPeople(std::vector<MeasuredProgramme> const& inProgrammes)
