@@ -116,7 +116,7 @@ std::string DescribeValues(CLI::Option const& inOption)
 {
 	static std::map<std::string, std::string> const sUnits = {
 		{"TIME", " s"}, {"DB", " dB"}, {"LUFS", " LUFS"}, {"HZ", " Hz"}, {"SAMPLES", " samples"}};
-	std::string const name = inOption.get_option_text();
+	std::string const& name = inOption.get_option_text();
 	auto const unit = sUnits.find(name.substr(0, name.find(' ')));
 	std::string text;
 	for (std::string const& value : inOption.results())
