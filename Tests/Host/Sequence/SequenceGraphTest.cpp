@@ -10,17 +10,23 @@
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Prefetcher.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
+#include "SonaroHost/Graph/GraphDrawing.h"
+#include "SonaroHost/Sequence/GraphView.h"
+#include "SonaroHost/Sequence/NodeLabels.h"
 #include "Support/Answers.h"
 #include "Support/Pull.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace SonaroHost::Sequence::Testing::SequenceGraphTest
 {
@@ -512,6 +518,36 @@ track / nest / master ahead 0 late 0 waits 0
 7 clip 0 to 5 late 0
 0 nest 200 to 300 late 0
 )");
+}
+
+TEST(SequenceGraph, LinesOfADrawingSayWhatIsLateAndWhatWaits)
+{
+	Description const description = MakeSequence(
+		{MakeTrack({MakeClip(0, 100, 0, 480)}, {Late(960), SendTo(0)}), MakeTrack({MakeClip(0, 5, 0)})},
+		{MakeSubmix({Late(48)})});
+	RenderContextScope const context(256, SN::kTimeMax, SN::ImmutableString("test"));
+	GraphView view;
+	view.mLabels = std::make_shared<NodeLabels>();
+	SequenceGraph const graph(description, context.Get(), k48000Hz, nullptr, view);
+	std::string const dot = GraphDrawing(
+		graph.GetGenerator(), k48000Hz, {.mMaxDepth = {}, .mShowsAll = false, .mLabels = view.mLabels.get()})
+								.ToDot("");
+	std::vector<std::string> delays;
+	for (std::size_t place = 0; (place = dot.find("label=\"", place)) != std::string::npos;)
+	{
+		place += std::string("label=\"").size();
+		std::string const label = dot.substr(place, dot.find('"', place) - place);
+		if (!label.empty())
+		{
+			delays.push_back(label);
+		}
+	}
+	// Effects and the processors in them say the same, and the track's wait stands on the lines to both that it feeds. The
+	// other track is asked for later instead of waiting.
+	EXPECT_THAT(
+		delays, testing::UnorderedElementsAre("latency 480 frames, 10 ms", "latency 480 frames, 10 ms",
+					"latency 960 frames, 20 ms", "latency 960 frames, 20 ms", "latency 48 frames, 1 ms",
+					"latency 48 frames, 1 ms", "waits 48 frames, 1 ms", "waits 48 frames, 1 ms"));
 }
 
 } // namespace
