@@ -91,7 +91,7 @@ void LoudnessMeter::Measure::Add(
 		}
 		float const* const samples = inBlock.GetChannel(channel) + inFirst;
 		float const largest = zorvaccelerate::utility::CopyPlausible(inFrames, samples, lane);
-		// Written so that what is no number fails it.
+		// A NaN fails this comparison, too.
 		mPeak = std::max(mPeak, largest <= kLargestPlausible ? largest : LeaveOut(samples, inFrames));
 	}
 	mTruePeak = std::max(mTruePeak, mPeak);

@@ -21,7 +21,7 @@ public:
 using StackAudioBuffer = PooledBuffer<dsp::AudioBuffer>;
 using StackAudioSubBuffer = PooledBuffer<dsp::AudioSubBuffer>;
 
-// Marks a buffer as in use for as long as it lives, for who holds a reference already.
+// Marks a buffer as in use for as long as it lives; for a caller that holds a reference to it already.
 template <class Pooled>
 class ScopedBufferUse
 {
