@@ -4,6 +4,7 @@
 #include "SystemFiles.h"
 
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <random>
 #include <string>
@@ -62,30 +63,40 @@ void RemoveStale(std::filesystem::path const& inParent)
 	}
 }
 
+std::filesystem::path MakeOwnFolder(std::filesystem::path const& inParent)
+{
+	std::error_code error;
+	std::filesystem::path path = inParent / MakeName();
+	// False when something has the name already, which must not be ours by chance then.
+	if (!std::filesystem::create_directory(path, error))
+	{
+		RefuseOutput("cannot create a temporary folder in " + QuotePath(inParent) +
+					 (error ? ": " + error.message() : std::string()) + "; set TMPDIR to another folder");
+	}
+	std::filesystem::permissions(path, std::filesystem::perms::owner_all, error);
+	return path;
+}
+
 } // namespace
 
 TemporaryFolder::TemporaryFolder()
 	: mMark(std::make_unique<FileMark>())
 {
-	std::error_code error;
+	constexpr int kMostTries = 16;
 	std::filesystem::path const parent = GetFolderOfTemporaries();
 	RemoveStale(parent);
-	mFolder.emplace(
-		[&]
+	for (int tries = 1;; ++tries)
+	{
+		mFolder.emplace([&] { return MakeOwnFolder(parent); });
+		// Where the mark cannot be made, as on file systems that have none, the folder stays after a crash. It is taken
+		// where a process that starts at the same moment found the mark before the system had set it: that one takes the
+		// folder for one that was left behind, and removes it.
+		bool const isTaken = !mMark->Make(GetPath() / kMark) && (errno == EEXIST || errno == ENOENT);
+		if (!isTaken || tries == kMostTries)
 		{
-			std::filesystem::path path = parent / MakeName();
-			// False when something has the name already, which must not be ours by chance then.
-			if (!std::filesystem::create_directory(path, error))
-			{
-				RefuseOutput("cannot create a temporary folder in " + QuotePath(parent) +
-							 (error ? ": " + error.message() : std::string()) +
-							 "; set TMPDIR to another folder");
-			}
-			return path;
-		});
-	std::filesystem::permissions(GetPath(), std::filesystem::perms::owner_all, error);
-	// Where the mark cannot be made, as on file systems that have none, the folder stays after a crash.
-	mMark->Make(GetPath() / kMark);
+			return;
+		}
+	}
 }
 
 TemporaryFolder::~TemporaryFolder() = default;
