@@ -210,7 +210,7 @@ public:
 		{
 			StopSignals::EndProcess();
 		}
-		file.Commit();
+		file.Commit(!mKeepsOldFile);
 		if (!mIsQuiet)
 		{
 			PrintResult(ShowOutput(mOutput) + ": " + FormatCount(drawing.GetNumNodes(), "node") + "\n");

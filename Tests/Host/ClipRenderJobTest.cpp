@@ -40,6 +40,20 @@ TEST_F(ClipRenderJobTest, FloatsPassWhateverTheyAre)
 	EXPECT_TRUE(SameBits(Render(MakeRequest()), sound));
 }
 
+TEST_F(ClipRenderJobTest, AnOutputThatAppearsDuringTheRenderIsKeptWhereItMayNotBeReplaced)
+{
+	WriteInput(MakeSound(1, 48000, 20000));
+	ClipRenderRequest request = MakeRequest();
+	request.mReplace = false;
+	ClipRenderJob job(request);
+	EXPECT_THAT(
+		GetRefusalOf([&] { job.Run([&](RenderProgress const&) { WriteBytes(request.mOutput, "old"); }); },
+			HostError::Kind::kOutput),
+		testing::HasSubstr("out.wav"));
+	EXPECT_EQ(ReadBytes(request.mOutput), "old");
+	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav", "out.wav"));
+}
+
 TEST_F(ClipRenderJobTest, RangesAreCutExactly)
 {
 	constexpr std::int64_t kFrames = 20000;

@@ -1,5 +1,6 @@
 #include "SonaroHost/Files/OutputFile.h"
 #include "Media.h"
+#include "Refusal.h"
 #include "SonaroHost/Base/HostError.h"
 
 #include <gmock/gmock.h>
@@ -70,6 +71,37 @@ TEST(OutputFileTest, LeavesTheTemporaryFileOfAnotherRunAloneUntilItHasItsName)
 	third.Commit();
 	EXPECT_EQ(ReadBytes(folder / "mix.wav"), "");
 	EXPECT_THAT(folder.List(), ElementsAre("mix.wav"));
+}
+
+TEST(OutputFileTest, KeepsWhatAnotherProgramMadeInTheMeantimeWhereItMayNotReplaceIt)
+{
+	TemporaryFolder const folder;
+	for (char const* const older : {"", "file", "link"})
+	{
+		SCOPED_TRACE(older);
+		std::filesystem::remove(folder / "mix.wav");
+		{
+			OutputFile file(folder / "mix.wav");
+			Write(file, "new");
+			if (older == std::string("file"))
+			{
+				WriteBytes(folder / "mix.wav", "old");
+			}
+			else if (older == std::string("link"))
+			{
+				std::filesystem::create_symlink("nowhere", folder / "mix.wav");
+			}
+			std::string const refusal =
+				GetRefusalOf([&file] { file.Commit(false); }, HostError::Kind::kOutput);
+			EXPECT_EQ(refusal.empty(), older == std::string());
+		}
+		EXPECT_THAT(folder.List(), ElementsAre("mix.wav"));
+		EXPECT_EQ(std::filesystem::is_symlink(folder / "mix.wav"), older == std::string("link"));
+	}
+	WriteBytes(folder / "mix.wav", "old");
+	OutputFile file(folder / "mix.wav");
+	file.Commit(true);
+	EXPECT_EQ(ReadBytes(folder / "mix.wav"), "");
 }
 
 TEST(OutputFileTest, GoesWhereLinksLeadAndTakesTheLongestNames)

@@ -27,7 +27,7 @@ void WriteReport(RenderOptions const& inOptions, std::string const& inText)
 	std::filesystem::create_directories(std::filesystem::path(inOptions.mReport).parent_path(), error);
 	OutputFile file(inOptions.mReport);
 	file.Write(inText.data(), static_cast<std::int64_t>(inText.size()));
-	file.Commit();
+	file.Commit(!inOptions.mKeepsOldFile);
 }
 
 } // namespace SonaroCommand

@@ -200,7 +200,7 @@ void OutputFile::Close()
 	CheckWritten();
 }
 
-void OutputFile::Commit()
+void OutputFile::Commit(bool inReplaces)
 {
 	Close();
 	if (IsStandardStream(mPath))
@@ -208,8 +208,13 @@ void OutputFile::Commit()
 		CopyToStandardOutput();
 		return;
 	}
-	if (std::error_code const error = mTemporary->Rename(mPath))
+	if (std::error_code const error = mTemporary->Rename(mPath, inReplaces))
 	{
+		if (!inReplaces && error == std::errc::file_exists)
+		{
+			RefuseWriting(
+				mPath, "another program has made a file of that name in the meantime, which is kept");
+		}
 		ThrowFailure(error.value());
 	}
 	mMark.reset();

@@ -1,5 +1,7 @@
 #include "SonaroHost/Files/Temporary.h"
 
+#include "SystemFiles.h"
+
 #include <cstdlib>
 #include <map>
 #include <mutex>
@@ -80,12 +82,19 @@ Temporary::~Temporary()
 	list.mPaths.erase(mPath);
 }
 
-std::error_code Temporary::Rename(std::filesystem::path const& inName)
+std::error_code Temporary::Rename(std::filesystem::path const& inName, bool inReplaces)
 {
 	List& list = GetList();
 	std::lock_guard const lock(list.mMutex);
 	std::error_code error;
-	std::filesystem::rename(mPath, inName, error);
+	if (inReplaces)
+	{
+		std::filesystem::rename(mPath, inName, error);
+	}
+	else
+	{
+		error = RenameToFreeName(mPath, inName);
+	}
 	if (!error)
 	{
 		mIsRenamed = true;

@@ -233,10 +233,10 @@ void AudioFileWriter::Complete()
 	mFile.Close();
 }
 
-void AudioFileWriter::Finish()
+void AudioFileWriter::Finish(bool inReplaces)
 {
 	Complete();
-	mFile.Commit();
+	mFile.Commit(inReplaces);
 }
 
 std::int64_t AudioFileWriter::GetClippedSamples() const

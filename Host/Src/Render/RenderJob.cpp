@@ -53,6 +53,7 @@ RenderJob::RenderJob(
 	mSetup.mFormat = mPlan.mFormat;
 	mSetup.mGain = mPlan.mRequest.mGain;
 	mSetup.mKeepsSeries = mPlan.mRequest.mKeepsSeries;
+	mSetup.mReplaces = mPlan.mRequest.mReplace;
 	if (mPlan.mRequest.mLevels.mLimitDecibels)
 	{
 		mSetup.mLimit = ToAmplitude(*mPlan.mRequest.mLevels.mLimitDecibels);

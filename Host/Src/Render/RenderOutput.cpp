@@ -111,7 +111,7 @@ void RenderOutput::Complete()
 
 void RenderOutput::Commit()
 {
-	mWriter->Finish();
+	mWriter->Finish(mSetup.mReplaces);
 }
 
 } // namespace SonaroHost

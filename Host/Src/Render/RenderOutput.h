@@ -32,6 +32,8 @@ public:
 		bool mKeepsSeries = false;
 		// False where it is only measured.
 		bool mWrites = true;
+		// Whether an older file of the output's name may be replaced.
+		bool mReplaces = true;
 	};
 
 	RenderOutput(Setup const& inSetup, RenderedFile inFile);

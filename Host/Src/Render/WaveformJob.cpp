@@ -167,7 +167,7 @@ std::optional<WaveformSummary> WaveformJob::Run(
 	{
 		return std::nullopt;
 	}
-	file.Commit();
+	file.Commit(mRequest.mReplace);
 
 	WaveformSummary summary;
 	summary.mFrames = mFrames;

@@ -49,8 +49,9 @@ public:
 
 	// Completes the file under its temporary name; nothing more can be written. Throws a HostError.
 	void Close();
-	// Completes the file and gives it its name, in place of an older one. Throws a HostError.
-	void Commit();
+	// Completes the file and gives it its name, in place of an older one. inReplaces: without it, an older one stays, also
+	// one that was made in the meantime, and this fails. Throws a HostError.
+	void Commit(bool inReplaces = true);
 
 private:
 	struct Closer

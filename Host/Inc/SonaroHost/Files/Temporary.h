@@ -39,9 +39,10 @@ public:
 
 	std::filesystem::path const& GetPath() const { return mPath; }
 
-	// Gives it its final name, in place of an older file; from then on it is no longer temporary. Returns the
-	// system's error, after which it still is. A clean-up comes before or after it, never in between.
-	std::error_code Rename(std::filesystem::path const& inName);
+	// Gives it its final name, in place of an older file; from then on it is no longer temporary. Without inReplaces, a
+	// name that is taken is the error std::errc::file_exists. Returns the system's error, after which it still is
+	// temporary. A clean-up comes before or after it, never in between.
+	std::error_code Rename(std::filesystem::path const& inName, bool inReplaces = true);
 
 	// Removes all of them at the end of the process. Afterwards whoever makes or renames one waits for
 	// ever, so that nothing new appears.

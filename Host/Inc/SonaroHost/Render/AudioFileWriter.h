@@ -43,8 +43,8 @@ public:
 
 	// Completes the file under its temporary name; Finish gives it its own.
 	void Complete();
-	// Completes the file and gives it its name.
-	void Finish();
+	// Completes the file and gives it its name, as OutputFile::Commit does.
+	void Finish(bool inReplaces = true);
 
 	std::int64_t GetFrames() const { return mFrames; }
 	// How many samples of all channels were clipped; 0 for floats.

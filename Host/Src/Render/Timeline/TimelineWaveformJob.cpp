@@ -67,7 +67,7 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	{
 		return std::nullopt;
 	}
-	file.Commit();
+	file.Commit(mRequest.mReplace);
 	TimelineWaveformSummary summary{mSequence.mFrames, mSequence.mSampleRate, height, {},
 		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
 	for (TimelinePicture::Lane const& lane : picture.mLanes)
