@@ -236,7 +236,7 @@ private:
 		Add("--floor-db", mFloorDecibels, "DB",
 			"Level at the centre line with --scale db, at least -1000 and below 0 (default: -60)");
 		Add("--bits", mBits, "BITS", "Bits per value in JSON and DAT, 8 or 16 (default: 16)")
-			->check(CLI::IsMember({8, 16}));
+			->check(CLI::IsMember({"8", "16"}));
 		AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
 		AddFlag("--json", mAsJson, "Print the summary as JSON");
 	}

@@ -151,6 +151,12 @@ std::vector<std::string> SplitWords(std::string const& inList)
 	return words;
 }
 
+bool IsWholeNumber(std::string_view inText)
+{
+	std::string_view const digits = inText.substr(inText.starts_with('-') || inText.starts_with('+') ? 1 : 0);
+	return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 // Describes a value that a check of the option refuses. The library writes "--bits: 12 not in {16,24,32f}" and
 // "--block: Value 0 not in range 1 to 262144".
 std::string DescribeRefusedValue(std::string const& inText)
@@ -169,8 +175,11 @@ std::string DescribeRefusedValue(std::string const& inText)
 	if (range != std::string::npos)
 	{
 		std::size_t const start = colon + 2 + kValue.size();
-		return option + inText.substr(start, range - start) + " is out of range; use " +
-			   inText.substr(range + kRange.size());
+		std::string const value = inText.substr(start, range - start);
+		// All such options are whole numbers.
+		return option +
+			   (IsWholeNumber(value) ? value + " is out of range" : "'" + value + "' is not a whole number") +
+			   "; use " + inText.substr(range + kRange.size());
 	}
 	std::string const value = inText.substr(colon + 2, set - colon - 2);
 	std::string const list = inText.substr(set + kSet.size(), inText.rfind('}') - set - kSet.size());
@@ -199,8 +208,7 @@ std::string DescribeWrongValue(CLI::App const& inParser, CLI::ParseError const& 
 		std::string const name = pair.substr(start, equals - start);
 		CLI::Option const* const converted = inParser.get_option_no_throw(name);
 		bool const isWhole = converted && converted->get_type_name().find("FLOAT") == std::string::npos;
-		return name + ": '" + pair.substr(equals + 3) + "' is not valid; use a " +
-			   (isWhole ? "whole number" : "number");
+		return name + ": '" + pair.substr(equals + 3) + "' is not a " + (isWhole ? "whole number" : "number");
 	}
 	case CLI::ExitCodes::ValidationError:
 		return DescribeRefusedValue(text);

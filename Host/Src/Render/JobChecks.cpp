@@ -1,6 +1,7 @@
 #include "SonaroHost/Render/JobChecks.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 
 #include <algorithm>
 
@@ -41,7 +42,8 @@ Fades ChooseFades(std::optional<TimePosition> const& inFadeIn, std::optional<Tim
 		inFadeIn ? inFadeIn->ToSamples(inSampleRate) : 0, inFadeOut ? inFadeOut->ToSamples(inSampleRate) : 0};
 	if (fades.mIn > inFrames - fades.mOut)
 	{
-		Refuse("the fades are longer than the " + FormatTime(inFrames, inSampleRate) + " of " + inWhat);
+		Refuse("the fades are longer than the " + FormatTime(inFrames, inSampleRate) + " (" +
+			   FormatCount(inFrames, "sample") + ") of " + inWhat);
 	}
 	return fades;
 }
