@@ -213,7 +213,9 @@ public:
 		file.Commit(!mKeepsOldFile);
 		if (!mIsQuiet)
 		{
-			PrintResult(ShowOutput(mOutput) + ": " + FormatCount(drawing.GetNumNodes(), "node") + "\n");
+			std::string const text =
+				ShowOutput(mOutput) + ": " + FormatCount(drawing.GetNumNodes(), "node") + "\n";
+			FinishAfter(mOutput, [&text] { PrintResult(text); });
 		}
 		return sequence.mMissing.empty() ? kExitSuccess : kExitMissing;
 	}

@@ -84,13 +84,12 @@ public:
 			OutputFile const file(mOutput);
 		}
 		std::vector<MeasuredProgramme> const programmes = MeasureAll();
-		if (!mOutput.empty())
-		{
-			WritePlot(programmes);
-		}
+		bool const isDrawn = !mOutput.empty() && WritePlot(programmes);
 		if (mAsJson || (!mIsQuiet && !programmes.empty()))
 		{
-			PrintResult(mAsJson ? ListLoudnessForMachines(programmes) : ListLoudnessForPeople(programmes));
+			std::string const text =
+				mAsJson ? ListLoudnessForMachines(programmes) : ListLoudnessForPeople(programmes);
+			FinishAfter(isDrawn ? mOutput : std::string(), [&text] { PrintResult(text); });
 		}
 		return mExitCode;
 	}
@@ -209,7 +208,8 @@ private:
 		return programmes;
 	}
 
-	void WritePlot(std::vector<MeasuredProgramme> const& inProgrammes) const
+	// Whether there was anything to draw.
+	bool WritePlot(std::vector<MeasuredProgramme> const& inProgrammes) const
 	{
 		using Maximum = LoudnessSeries::Maximum;
 		bool hasLoudness = false;
@@ -227,12 +227,13 @@ private:
 		if (!hasLoudness)
 		{
 			PrintError("nothing was drawn, since no input has a loudness");
-			return;
+			return false;
 		}
 		std::string const text = DrawLoudness(plots, PlotPlace::kFile);
 		OutputFile file(mOutput);
 		file.Write(text.data(), static_cast<std::int64_t>(text.size()));
-		file.Commit();
+		file.Commit(!mKeepsOldFile);
+		return true;
 	}
 
 	std::vector<std::string> mInputs;

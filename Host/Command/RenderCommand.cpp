@@ -7,6 +7,7 @@
 #include "Report/RenderReport.h"
 #include "Report/RenderedFileRows.h"
 #include "Report/ReportFile.h"
+#include "Report/StrictRender.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
@@ -14,7 +15,6 @@
 #include "SonaroHost/Render/ClipRenderJob.h"
 #include "Terminal/Console.h"
 #include "Terminal/OperatingSystem.h"
-#include "Terminal/RunJob.h"
 #include "TimelineRender.h"
 
 #include <algorithm>
@@ -56,6 +56,13 @@ std::vector<unsigned> ParseChannels(std::string_view inText)
 	}
 }
 
+// Gives the reason against it. A flag without a value comes as "true".
+std::string CheckStrictness(std::string const& inValue)
+{
+	bool const isKnown = inValue == "true" || inValue == "all" || inValue == RenderOptions::kStrictInMedia;
+	return isKnown ? "" : "'" + inValue + "' is not valid; use --strict=media or --strict=all";
+}
+
 SN::AudioChannelMix::MixdownType51 GetMixdown(std::string const& inName)
 {
 	return inName == "front"        ? SN::AudioChannelMix::kMixdownFront
@@ -79,7 +86,7 @@ public:
 		GroupByInput(GetParser(),
 			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--stream",
 				"--channels", "--pan", "--mixdown"},
-			{"--range", "--stems", "--media", "--fades", "--strict"});
+			{"--range", "--stems", "--media", "--fades"});
 		GetParser().footer(
 			std::string(kTimesHelp) +
 			"\n\n"
@@ -110,8 +117,10 @@ public:
 		MakeRoomForOutputs({mOptions.mOutput, mOptions.mReport});
 		ClipRenderJob job(MakeRequest());
 		CheckReport(mOptions, ReportFolder::kIsThere);
-		WarnOfInputs(job);
-		Report(job, RunJob(job, job.GetSampleRate(), mOptions.mIsQuiet));
+		CheckStrictly(job, WarnOfInputs(job));
+		RenderSummary const summary =
+			RunStrictly(job, mOptions, [&](std::string const& inReason) { WriteRefusal(job, inReason); });
+		FinishAfter(mOptions.mOutput, [&] { Report(job, summary); });
 		return kExitSuccess;
 	}
 
@@ -195,29 +204,70 @@ private:
 			"Channels of 5.1 to mix down to mono or stereo: front, front-rear, front-lfe or all (default: "
 			"front)")
 			->check(CLI::IsMember({"front", "front-rear", "front-lfe", "all"}));
+		AddReportOptions();
+	}
+
+	void AddReportOptions()
+	{
 		Add("--report", mOptions.mReport, "FILE",
 			"Write a report of positions, loudness and, for a timeline, its clips, tracks and notes: as "
 			"JSON, or, if FILE ends in .html, as a page with the waveform and the loudness over time; the "
 			"waveform takes another pass");
+		GetParser()
+			.add_flag("--strict", mOptions.mStrict,
+				"Fail with exit code 1, and write only the report, if media of a timeline are missing "
+				"(--strict=media), or also if media are damaged or anything was guessed, ignored or not "
+				"read (--strict or --strict=all). Without it, missing media are rendered as silence, with "
+				"exit code 3, and damaged ones with a warning")
+			->check(CheckStrictness);
 		AddFlag("--quiet", mOptions.mIsQuiet, "Print only warnings and errors");
 		AddFlag("--json", mOptions.mAsJson, "Print the summary as JSON");
 	}
 
-	// Of what is known of them before the render.
-	static void WarnOfInputs(ClipRenderJob const& inJob)
+	// Of what is known of them before the render. Whether there was anything to warn of.
+	static bool WarnOfInputs(ClipRenderJob const& inJob)
 	{
+		bool isWarned = false;
 		for (PlannedClip const& clip : inJob.GetPlan().GetClips())
 		{
 			AudioFileInfo const& info = clip.GetInfo();
 			if (!info.mStatesLength)
 			{
+				isWarned = true;
 				PrintWarning(QuoteInput(info.mPath) + " states no length in its header; using the " +
 							 FormatCount(info.mFrames, "sample") + " that can be read");
 			}
 			for (std::string const& remark : info.mRemarks)
 			{
+				isWarned = true;
 				PrintWarning(QuoteInput(info.mPath) + ": " + remark);
 			}
+		}
+		return isWarned;
+	}
+
+	// Throws a HostError when --strict forbids the render.
+	void CheckStrictly(ClipRenderJob const& inJob, bool inIsWarned)
+	{
+		if (mOptions.IsStrictInAll() && inIsWarned)
+		{
+			std::string const reason = "parts of the input were guessed or not read";
+			WriteRefusal(inJob, reason);
+			throw HostError(
+				HostError::Kind::kInput, DescribeStrictRefusal(mOptions, reason) + "; see the warnings");
+		}
+	}
+
+	// The report and the summary for machines, where they are asked for.
+	void WriteRefusal(ClipRenderJob const& inJob, std::string const& inReason)
+	{
+		if (!mOptions.mReport.empty())
+		{
+			WriteReport(mOptions, DescribeReport(inJob, {}, inReason));
+		}
+		if (mOptions.mAsJson)
+		{
+			PrintResult(DescribeRefusalForMachines(mInputs, mOptions.mOutput, inJob, inReason));
 		}
 	}
 
@@ -327,7 +377,7 @@ private:
 		}
 		if (!mOptions.mReport.empty())
 		{
-			WriteReport(mOptions, DescribeReport(inJob, inSummary));
+			WriteReport(mOptions, DescribeReport(inJob, inSummary, {}));
 		}
 		if (mOptions.mAsJson || !mOptions.mIsQuiet)
 		{
@@ -336,17 +386,21 @@ private:
 		}
 	}
 
-	// What --report writes.
-	std::string DescribeReport(ClipRenderJob const& inJob, RenderSummary const& inSummary)
+	// What --report writes. inRefusal: why the render is refused; empty for one that is not.
+	std::string DescribeReport(
+		ClipRenderJob const& inJob, RenderSummary const& inSummary, std::string const& inRefusal)
 	{
-		Json const report = MakeReport(mInputs, inJob, inSummary, mOptions.mLevels);
+		Json const report = MakeReport(mInputs, inJob, inSummary, mOptions.mLevels, inRefusal);
 		if (!mOptions.WantsPage())
 		{
 			return ToText(report);
 		}
 		Page::ReportPictures pictures =
 			Page::MakePictures(GetParser(), mOptions.mLevels.mNormalizeLoudness, inSummary, {});
-		Page::AddFileWaveform(mOptions.mOutput, mOptions.mIsQuiet, pictures);
+		if (inRefusal.empty())
+		{
+			Page::AddFileWaveform(mOptions.mOutput, mOptions.mIsQuiet, pictures);
+		}
 		return Page::MakeReportPage(report, pictures);
 	}
 

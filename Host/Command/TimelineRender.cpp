@@ -6,12 +6,12 @@
 #include "Page/ReportPage.h"
 #include "Report/RenderedFileRows.h"
 #include "Report/ReportFile.h"
+#include "Report/StrictRender.h"
 #include "Report/TimelineNotes.h"
 #include "Report/TimelineRenderReport.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "Terminal/Console.h"
-#include "Terminal/RunJob.h"
 
 #include <algorithm>
 #include <utility>
@@ -19,22 +19,8 @@
 namespace SonaroCommand
 {
 
-namespace
-{
-
 using namespace SonaroHost;
 using namespace SonaroHost::Otio;
-
-constexpr char const* kStrictInMedia = "media";
-
-// Gives the reason against it. A flag without a value comes as "true".
-std::string CheckStrictness(std::string const& inValue)
-{
-	bool const isKnown = inValue == "true" || inValue == "all" || inValue == kStrictInMedia;
-	return isKnown ? "" : "'" + inValue + "' is not valid; use --strict=media or --strict=all";
-}
-
-} // namespace
 
 TimelineRender::TimelineRender(CLI::App& ioParser, RenderOptions const& inShared)
 	: mParser(ioParser),
@@ -53,12 +39,6 @@ void TimelineRender::AddOptions()
 		->option_text("WHAT")
 		->check(CLI::IsMember({"track", "marker"}));
 	AddTimelineOptions(mParser, mMediaFolders, mFades);
-	mParser
-		.add_flag("--strict", mStrict,
-			"Fail with exit code 1, and write only the report, if media are missing (--strict=media), or "
-			"also if anything was guessed, ignored or not read (--strict or --strict=all). Without it, "
-			"missing media are rendered as silence, with exit code 3")
-		->check(CheckStrictness);
 }
 
 bool TimelineRender::IsMeant(std::vector<std::string> const& inInputs) const
@@ -80,10 +60,11 @@ int TimelineRender::Run(std::string const& inInput)
 	WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
 	CheckReport(mShared, mStems.empty() ? ReportFolder::kIsThere : ReportFolder::kIsMade);
 	CheckStrictly(job, inInput);
-	auto const summary = RunJob(job, job.GetSampleRate(), mShared.mIsQuiet);
+	auto const summary =
+		RunStrictly(job, mShared, [&](std::string const& inReason) { WriteRefusal(job, inInput, inReason); });
 	WarnOfLevels(summary);
 	WarnOfDamage(summary);
-	Report(job, inInput, summary);
+	FinishAfter(mShared.mOutput, [&] { Report(job, inInput, summary); });
 	return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
 }
 
@@ -107,29 +88,35 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mOptions.mResampling = mShared.ChooseResampling();
 	request.mRange = mRange;
 	request.mKeepsRows = !mShared.mReport.empty();
-	request.mRefusesDamage = !mStrict.empty() && mStrict != kStrictInMedia;
 	return request;
 }
 
 void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string const& inInput) const
 {
 	std::size_t const missing = inJob.GetSequence().mMissing.size();
-	bool const isStrictInAll = mStrict != kStrictInMedia;
-	if (mStrict.empty() || (missing == 0 && !(isStrictInAll && HasGuesses(inJob.GetNotes()))))
+	bool const isGuessed = mShared.IsStrictInAll() && HasGuesses(inJob.GetNotes());
+	if (!mShared.IsStrict() || (missing == 0 && !isGuessed))
 	{
 		return;
 	}
 	std::string const reason =
 		missing > 0 ? std::to_string(missing) + (missing == 1 ? " clip has no media" : " clips have no media")
 					: std::string("parts of the timeline were guessed, ignored or not read");
+	WriteRefusal(inJob, inInput, reason);
+	throw HostError(HostError::Kind::kInput, DescribeStrictRefusal(mShared, reason) + "; see the warnings");
+}
+
+void TimelineRender::WriteRefusal(
+	TimelineRenderJob const& inJob, std::string const& inInput, std::string const& inReason) const
+{
 	if (!mShared.mReport.empty())
 	{
-		WriteReport(mShared, DescribeReport(inJob, inInput, {}, reason));
+		WriteReport(mShared, DescribeReport(inJob, inInput, {}, inReason));
 	}
-	throw HostError(HostError::Kind::kInput,
-		(mShared.mReport.empty() ? "nothing was written" : "only the report was written") +
-			std::string(" because of ") + (isStrictInAll ? "--strict" : "--strict=media") + ": " + reason +
-			"; see the warnings");
+	if (mShared.mAsJson)
+	{
+		PrintResult(SummarizeForMachines(inInput, inJob, {}, mShared.mLevels, inReason));
+	}
 }
 
 std::string TimelineRender::DescribeReport(TimelineRenderJob const& inJob, std::string const& inInput,

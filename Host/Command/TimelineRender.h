@@ -30,6 +30,9 @@ private:
 	SonaroHost::Otio::TimelineRenderRequest MakeRequest(std::string const& inInput) const;
 	// Throws a HostError when --strict forbids the render, after writing its report.
 	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput) const;
+	// The report and the summary for machines, where they are asked for.
+	void WriteRefusal(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
+		std::string const& inReason) const;
 	// What --report writes. inRefusal: why the render is refused; empty for one that is not.
 	std::string DescribeReport(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
 		SonaroHost::RenderSummary const& inSummary, std::string const& inRefusal) const;
@@ -42,8 +45,6 @@ private:
 	std::string mStems;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;
-	// Empty without it.
-	std::string mStrict;
 };
 
 } // namespace SonaroCommand

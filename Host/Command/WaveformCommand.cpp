@@ -325,8 +325,9 @@ private:
 	{
 		if (mAsJson || !mIsQuiet)
 		{
-			PrintResult(mAsJson ? DescribeForMachines(mInput, mOutput, inRequest, inSummary)
-								: DescribeForPeople(mOutput, inRequest, inSummary));
+			std::string const text = mAsJson ? DescribeForMachines(mInput, mOutput, inRequest, inSummary)
+											 : DescribeForPeople(mOutput, inRequest, inSummary);
+			FinishAfter(mOutput, [&text] { PrintResult(text); });
 		}
 	}
 

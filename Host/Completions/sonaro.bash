@@ -33,7 +33,7 @@ _sonaro()
 	case "$word" in
 	-*)
 		case "$command" in
-		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --quiet --json --at --start --duration --reverse --as-playback --speed --stream --channels --pan --mixdown --range --stems --media --fades --strict" -- "$word")) ;;
+		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --strict --quiet --json --at --start --duration --reverse --as-playback --speed --stream --channels --pan --mixdown --range --stems --media --fades" -- "$word")) ;;
 		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
 		loudness) COMPREPLY=($(compgen -W "-h --help -o --output --no-overwrite --quiet --json --start --duration --stream --range --media --fades" -- "$word")) ;;
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;

@@ -1,6 +1,7 @@
 // Runs the real program, as a shell does.
 
 #include "ProgramRun.h"
+#include "TimelineJson.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -340,11 +341,11 @@ TEST_F(CommandTest, WrongOptionsOfRendersEndWith2AndOneLine)
 			{{"--mixdown", "all"}, "a mixdown converts 5.1 to mono or stereo"},
 			{{"--block", "0"}, "--block: 0 is out of range; use 1 to 262144"},
 			{{"--block", "262145"}, "--block"},
-			{{"--gain-db", "loud"}, "--gain-db"},
 			{{"--block", "99999999999999999999"}, "--block: 99999999999999999999 is out of range"},
 			{{"--jobs", "abc"}, "--jobs: 'abc' is not a whole number; use 1 to 256"},
 			{{"--jobs", "1.5"}, "--jobs: '1.5' is not a whole number; use 1 to 256"},
 			{{"--stream", ""}, "--stream: '' is not a whole number"},
+			{{"--gain-db", "loud"}, "--gain-db"},
 			{{"--gain-db", "nan"}, "--gain-db: nan is out of range; use -200 to 200"},
 			{{"--rate", "fast"}, "--rate: 'fast' is not a whole number"},
 			{{"--speed", "0"}, "a speed of 0 is out of range; use 0.01 to 100"},
@@ -442,6 +443,28 @@ TEST_F(CommandTest, AResultThatCannotBePrintedIsAnError)
 	WriteInput();
 	mStart.mOutputFile = "/dev/full";
 	ExpectRefusal({"info", "in.wav", "--json"}, 1, {"standard output", "No space left"});
+	// What is complete by then is kept, and the message says so.
+	WriteBytes(mFolder / "edit.otio", Timeline({Track("A1", {Clip("a", "in.wav")})}).dump());
+	struct Case
+	{
+		Words mWords;
+		std::string mOutput;
+	};
+	for (Case const& test : {Case{{"render", "in.wav", "-o", "out.wav", "--json"}, "out.wav"},
+			 {{"render", "in.wav", "-o", "out.wav", "--quiet", "--report", "-"}, "out.wav"},
+			 {{"render", "edit.otio", "-o", "out.wav", "--json"}, "out.wav"},
+			 {{"render", "edit.otio", "-o", "out.wav", "--quiet", "--report", "-"}, "out.wav"},
+			 {{"render", "edit.otio", "-o", "stems", "--stems", "track", "--json"}, "stems"},
+			 {{"waveform", "in.wav", "-o", "out.png", "--json"}, "out.png"},
+			 {{"loudness", "in.wav", "-o", "out.svg", "--json"}, "out.svg"},
+			 {{"graph", "edit.otio", "-o", "out.svg"}, "out.svg"}})
+	{
+		SCOPED_TRACE(testing::PrintToString(test.mWords));
+		ExpectRefusal(test.mWords, 1,
+			{"standard output", "No space left", "; '" + test.mOutput + "' is complete and was kept"});
+		EXPECT_GT(std::filesystem::remove_all(mFolder / test.mOutput), 0u);
+		EXPECT_THAT(mFolder.List(), ElementsAre("edit.otio", "in.wav"));
+	}
 }
 
 TEST_F(CommandTest, StandardStreamsAreLikeFiles)

@@ -189,6 +189,44 @@ TEST_F(MovieCommandTest, DamageIsReportedAndStrictlyRefused)
 	EXPECT_THAT(Run({"render", "damaged.mkv", "-o", "all.wav"}).mErrors, HasSubstr("is damaged"));
 }
 
+TEST_F(MovieCommandTest, ASingleFileIsStrictlyRefusedWithItsReport)
+{
+	WriteDamaged();
+	WriteFilm();
+	RunFfmpeg("-i " + Path("stereo.wav") + " -ar 44100 " + Path("other.wav"));
+	RunFfmpeg("-i " + Path("stereo.wav") + " -i " + Path("other.wav") + " -map 0 -map 1 -c:a pcm_s16le " +
+			  Path("rates.mov"));
+	RunFfmpeg("-i " + Path("mono.wav") + " -movflags +faststart -c:a pcm_s24le " + Path("cut.mov"));
+	std::filesystem::resize_file(mFolder / "cut.mov", std::filesystem::file_size(mFolder / "cut.mov") / 2);
+	struct Case
+	{
+		char const* mInput;
+		char const* mStrictness;
+		// Empty where the file is rendered.
+		std::string mReason;
+	};
+	for (Case const& test : {Case{"stereo.wav", "--strict", ""}, {"film.mov", "--strict", ""},
+			 {"damaged.mkv", "--strict", "'damaged.mkv': is damaged: silence from 0:0"},
+			 {"damaged.mkv", "--strict=all", "is damaged"}, {"damaged.mkv", "--strict=media", ""},
+			 {"cut.mov", "--strict", "'cut.mov': is damaged"}, {"cut.mov", "--strict=media", ""},
+			 {"rates.mov", "--strict", "guessed or not read"}})
+	{
+		SCOPED_TRACE(test.mInput + std::string(test.mStrictness));
+		ProgramResult const result =
+			Run({"render", test.mInput, "-o", "out.wav", "--report", "out.json", "--json", test.mStrictness});
+		EXPECT_EQ(result.mExitCode, test.mReason.empty() ? 0 : 1) << result.mErrors;
+		EXPECT_EQ(std::filesystem::remove(mFolder / "out.wav"), test.mReason.empty());
+		std::string const report = ReadBytes(mFolder / "out.json");
+		for (Json const& json : {Json::parse(result.mOutput), Json::parse(report)})
+		{
+			EXPECT_THAT(json.value("refused", ""), HasSubstr(test.mReason));
+			EXPECT_EQ(json.contains("refused"), !test.mReason.empty());
+		}
+		EXPECT_EQ(Json::parse(report)["outputs"].empty(), !test.mReason.empty());
+		EXPECT_THAT(result.mErrors, HasSubstr(test.mReason));
+	}
+}
+
 TEST_F(MovieCommandTest, MoviesWithoutSoundAreSilentAndNotMissing)
 {
 	RunFfmpeg("-f lavfi -i color=s=16x16:r=25:d=1 -c:v mpeg2video " + Path("mute.mov"));

@@ -455,13 +455,16 @@ TEST_F(TimelineCommandTest, AStrictRenderThatIsRefusedStillReports)
 		SCOPED_TRACE(std::string(timeline) + " " + strictness);
 		// The timeline is not taken for the option's value.
 		ProgramResult const result =
-			Run({"render", "-o", "new.wav", "--report", "report.json", "--quiet", strictness, timeline});
+			Run({"render", "-o", "new.wav", "--report", "report.json", "--json", strictness, timeline});
 		EXPECT_EQ(result.mExitCode, exitCode) << result.mErrors;
 		EXPECT_EQ(result.mErrors.find("--strict") != std::string::npos, exitCode != 0) << result.mErrors;
 		EXPECT_EQ(std::filesystem::remove(mFolder / "new.wav"), exitCode == 0);
 		Json const report = Json::parse(ReadBytes(mFolder / "report.json"));
-		EXPECT_EQ(report.contains("refused"), exitCode != 0);
-		EXPECT_EQ(report["outputs"].empty(), exitCode != 0);
+		for (Json const& json : {report, Json::parse(result.mOutput)})
+		{
+			EXPECT_EQ(json.contains("refused"), exitCode != 0);
+			EXPECT_EQ(json["outputs"].empty(), exitCode != 0);
+		}
 		EXPECT_FALSE(report["clips"].empty());
 		EXPECT_EQ(report["missing"].empty(), std::string_view(timeline) != "missing.otio");
 		EXPECT_TRUE(std::filesystem::remove(mFolder / "report.json"));

@@ -115,6 +115,7 @@ void RenderOptions::Fill(OutputRequest& outRequest) const
 												   : Measuring::kNothing;
 	outRequest.mKeepsSeries = WantsPage();
 	outRequest.mJobs = mJobs.value_or(outRequest.mJobs);
+	outRequest.mRefusesDamage = IsStrictInAll();
 	outRequest.mBlockFrames = mBlockFrames.value_or(outRequest.mBlockFrames);
 }
 

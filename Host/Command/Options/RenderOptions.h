@@ -30,6 +30,8 @@ struct RenderOptions
 	bool mKeepsOldFile = false;
 	bool mIsQuiet = false;
 	bool mAsJson = false;
+	// Empty without it.
+	std::string mStrict;
 
 	// These throw a HostError for what makes no sense.
 	SonaroHost::OutputContainer ChooseContainer() const;
@@ -37,6 +39,10 @@ struct RenderOptions
 	SonaroHost::Sequence::Resampling ChooseResampling() const;
 	// Whether the report is a page of HTML, by its name.
 	bool WantsPage() const;
+	// What --strict refuses: missing media, or whatever is not as it should be.
+	bool IsStrict() const { return !mStrict.empty(); }
+	bool IsStrictInAll() const { return IsStrict() && mStrict != kStrictInMedia; }
+	static constexpr char const* kStrictInMedia = "media";
 	// Fills in all of a request but its container.
 	void Fill(SonaroHost::OutputRequest& outRequest) const;
 };

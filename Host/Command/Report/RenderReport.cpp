@@ -118,19 +118,34 @@ std::string SummarizeForMachines(std::vector<std::string> const& inInputs, std::
 	return ToText(json);
 }
 
-Json MakeReport(std::vector<std::string> const& inInputs, ClipRenderJob const& inJob,
-	RenderSummary const& inSummary, OutputLevels const& inLevels)
+std::string DescribeRefusalForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
+	ClipRenderJob const& inJob, std::string const& inRefusal)
 {
+	return ToText(Json{
+		{"inputs", ListInputs(inInputs, inJob.GetPlan())}, {"output", inOutput}, {"refused", inRefusal}});
+}
+
+Json MakeReport(std::vector<std::string> const& inInputs, ClipRenderJob const& inJob,
+	RenderSummary const& inSummary, OutputLevels const& inLevels, std::string const& inRefusal)
+{
+	std::int64_t const frames = inJob.GetFrames();
+	int const rate = inJob.GetSampleRate();
 	Json json{{"schema", "sonaro.file-render"}, {"version", kSoundFilesReportVersion},
 		{"inputs", ListInputs(inInputs, inJob.GetPlan())},
-		{"programme", {{"rate", inSummary.mSampleRate}, {"samples", inSummary.GetFrames()},
-						  {"seconds", static_cast<double>(inSummary.GetFrames()) / inSummary.mSampleRate},
+		{"programme", {{"rate", rate}, {"samples", frames}, {"seconds", static_cast<double>(frames) / rate},
 						  {"layout", GetLayoutName(inJob.GetOutputLayout())}}},
-		{"range", {{"firstSample", 0}, {"samples", inSummary.GetFrames()}}},
-		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), inSummary.mSampleRate)}};
+		{"range", {{"firstSample", 0}, {"samples", frames}}},
+		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), rate)}};
 	AddMix(json, inSummary, inLevels);
 	AddOneRun(json, inSummary);
-	AddTimes(json, inSummary);
+	if (inRefusal.empty())
+	{
+		AddTimes(json, inSummary);
+	}
+	else
+	{
+		json["refused"] = inRefusal;
+	}
 	json["damaged"] = ListDamaged(inSummary.mDamaged);
 	json["clips"] = ListSoundFiles(inJob.GetPlan());
 	return json;

@@ -15,8 +15,14 @@ std::string SummarizeForPeople(std::vector<std::string> const& inInputs, std::st
 std::string SummarizeForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
 	SonaroHost::ClipRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary);
 
-// What --report writes, in the shape that it has for timelines. inLevels: those that were asked for.
+// That it is refused and writes nothing but a report.
+std::string DescribeRefusalForMachines(std::vector<std::string> const& inInputs, std::string const& inOutput,
+	SonaroHost::ClipRenderJob const& inJob, std::string const& inRefusal);
+
+// What --report writes, in the shape that it has for timelines. inLevels: those that were asked for. inRefusal: why the
+// render is refused and writes nothing else; empty for one that is not.
 Json MakeReport(std::vector<std::string> const& inInputs, SonaroHost::ClipRenderJob const& inJob,
-	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
+	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels,
+	std::string const& inRefusal = {});
 
 } // namespace SonaroCommand

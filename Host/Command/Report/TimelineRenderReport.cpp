@@ -58,7 +58,7 @@ std::string MakeLoudnessTable(TimelineRenderJob const& inJob, RenderSummary cons
 }
 
 Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, RenderSummary const& inSummary,
-	OutputLevels const& inLevels)
+	OutputLevels const& inLevels, std::string const& inRefusal)
 {
 	Json json{{"schema", "sonaro.timeline-render"}, {"version", kTimelineReportVersion}, {"input", inInput},
 		{"programme", DescribeProgramme(inJob.GetSequence())},
@@ -71,6 +71,10 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, Rende
 		{"damaged", ListDamaged(inSummary.mDamaged)}, {"elapsedSeconds", inSummary.mElapsedSeconds},
 		{"realTimeFactor",
 			GetRealTimeFactor(inJob.GetRange().mFrames, inJob.GetSampleRate(), inSummary.mElapsedSeconds)}});
+	if (!inRefusal.empty())
+	{
+		json["refused"] = inRefusal;
+	}
 	return json;
 }
 
@@ -147,15 +151,15 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 }
 
 std::string SummarizeForMachines(std::string const& inInput, TimelineRenderJob const& inJob,
-	RenderSummary const& inSummary, OutputLevels const& inLevels)
+	RenderSummary const& inSummary, OutputLevels const& inLevels, std::string const& inRefusal)
 {
-	return ToText(Summarize(inInput, inJob, inSummary, inLevels));
+	return ToText(Summarize(inInput, inJob, inSummary, inLevels, inRefusal));
 }
 
 Json MakeReport(std::string const& inInput, TimelineRenderJob const& inJob, RenderSummary const& inSummary,
 	OutputLevels const& inLevels, std::string const& inRefusal)
 {
-	Json json = Summarize(inInput, inJob, inSummary, inLevels);
+	Json json = Summarize(inInput, inJob, inSummary, inLevels, inRefusal);
 	json["tracks"] = ListTracks(inJob, inSummary);
 	json["clips"] = ListClips(inJob.GetSequence().mClips);
 	if (!inSummary.mFiles.empty())
@@ -163,10 +167,6 @@ Json MakeReport(std::string const& inInput, TimelineRenderJob const& inJob, Rend
 		AddLatencies(json["clips"], inSummary.mGraph);
 	}
 	json["markers"] = ListMarkers(inJob.GetSequence());
-	if (!inRefusal.empty())
-	{
-		json["refused"] = inRefusal;
-	}
 	return json;
 }
 

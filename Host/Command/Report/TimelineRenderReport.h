@@ -8,14 +8,15 @@
 namespace SonaroCommand
 {
 
-// What the render of a timeline came to. inLevels: those that were asked for.
+// What the render of a timeline came to. inLevels: those that were asked for. inRefusal: why the render is refused and
+// writes nothing else; empty for one that is not.
 std::string SummarizeForPeople(
 	SonaroHost::Otio::TimelineRenderJob const& inJob, SonaroHost::RenderSummary const& inSummary);
 std::string SummarizeForMachines(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
-	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels);
+	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels,
+	std::string const& inRefusal = {});
 
-// The same with all clips, tracks, markers and notes: what --report writes. inRefusal: why the render is refused and
-// writes nothing else; empty for one that is not.
+// The same with all clips, tracks, markers and notes: what --report writes.
 Json MakeReport(std::string const& inInput, SonaroHost::Otio::TimelineRenderJob const& inJob,
 	SonaroHost::RenderSummary const& inSummary, SonaroHost::OutputLevels const& inLevels,
 	std::string const& inRefusal = {});

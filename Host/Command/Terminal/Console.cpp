@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
+#include <utility>
 
 namespace SonaroCommand
 {
@@ -60,6 +61,27 @@ void PrintResult(std::string const& inText)
 	{
 		SonaroHost::RefuseOutput(
 			"cannot write to the standard output: " + std::generic_category().message(errno));
+	}
+}
+
+void FinishAfter(std::string const& inOutput, std::function<void()> const& inRest)
+{
+	using SonaroHost::HostError;
+	try
+	{
+		inRest();
+	}
+	catch (HostError const& error)
+	{
+		if (inOutput.empty())
+		{
+			throw;
+		}
+		HostError::Parts parts = error.GetParts();
+		parts.mReason += SonaroHost::IsStandardStream(inOutput)
+							 ? "; the output was written to the standard output before"
+							 : "; " + SonaroHost::QuotePath(inOutput) + " is complete and was kept";
+		throw HostError(error.GetKind(), std::move(parts));
 	}
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <string>
 
@@ -19,5 +20,9 @@ void MakeRoomForOutputs(std::initializer_list<std::string> inPaths);
 // Writes lines to the standard output; what could command a terminal is written out, and JSON means the same then.
 // Throws a HostError when that fails, for instance on a full disk.
 void PrintResult(std::string const& inText);
+
+// Does what comes after a command's output has got its name, such as its report and its summary. When that fails, the
+// HostError also says that the output stays. An empty inOutput is none.
+void FinishAfter(std::string const& inOutput, std::function<void()> const& inRest);
 
 } // namespace SonaroCommand

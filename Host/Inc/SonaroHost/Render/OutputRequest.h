@@ -71,6 +71,8 @@ struct OutputRequest
 	// where memory, the limit of open files or a short programme does not allow so many, there are fewer. What can only be
 	// decoded from its start, such as MP3, is decoded once, into a nameless temporary file. A playback has one thread.
 	unsigned mJobs = 1;
+	// Whether a medium in which damage is found fails the render; otherwise there is silence in its place.
+	bool mRefusesDamage = false;
 };
 
 // Throws a HostError for a number that is out of range, or levels that contradict each other.

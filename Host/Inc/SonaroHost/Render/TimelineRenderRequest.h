@@ -33,8 +33,6 @@ struct TimelineRenderRequest : OutputRequest
 	// Whether the job's sequence keeps its rows of tracks and clips when it runs, for a report. Measuring tracks keeps
 	// them anyway.
 	bool mKeepsRows = true;
-	// Whether a medium in which damage is found fails the render; otherwise there is silence in its place.
-	bool mRefusesDamage = false;
 };
 
 } // namespace SonaroHost::Otio

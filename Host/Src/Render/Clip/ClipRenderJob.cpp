@@ -73,7 +73,9 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	{
 		plan.mFiles = {{plan.mMix, {}}};
 	}
-	auto summary = RenderJob(MakeProgramme(mPlan), std::move(plan), inProgress, inStop).Run();
+	Programme programme = MakeProgramme(mPlan);
+	programme.mRefusesDamage = mRequest.mRefusesDamage;
+	auto summary = RenderJob(std::move(programme), std::move(plan), inProgress, inStop).Run();
 	if (summary && summary->mPlayback)
 	{
 		summary->mPlayback = CountMisses(mPlan, summary->mPlayback->mReadAhead);
