@@ -2,11 +2,11 @@
 
 #include "Container/AsfLength.h"
 #include "MovieInput.h"
-#include "MovieStream.h"
+#include "Packet/PacketDecoder.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "StreamScan.h"
 
 #include <algorithm>
-#include <deque>
 #include <iterator>
 #include <limits>
 #include <numeric>
@@ -20,16 +20,9 @@ namespace SonaroHost
 namespace
 {
 
-// One entry for so many packets: a seek passes over fewer, which costs next to nothing.
-constexpr std::int64_t kPacketsOfEntry = 8;
-
 // By how much the ends that containers state for a stream exceed those of sound that is whole.
 constexpr int kExactEndPart = 100;
 constexpr int kRoughEndPart = 2;
-
-// The packets that show whether one of loose times is off for good: a quarter of a second, and at least so many.
-constexpr int kFollowingPart = 4;
-constexpr std::size_t kLeastFollowing = 4;
 
 // By how much the length that a container states for the whole may exceed that of a whole file, of whose last packet the
 // length is not always known: 50 milliseconds.
@@ -98,121 +91,6 @@ void FindPacketSamples(std::filesystem::path const& inPath, std::vector<MovieInd
 		plan.mIsCounted = plan.mPacketSamples > 0;
 	}
 }
-
-// One stream while it is looked through.
-class StreamScan
-{
-public:
-	StreamScan(MovieInput const& inInput, MovieIndex::Stream& ioPlan, MediaDamage& ioDamage)
-		: mStream(inInput, ioPlan, inInput.GetStream(ioPlan.mIndex).codecpar->sample_rate,
-			  MovieStream::Work::kPlace),
-		  mPlan(ioPlan),
-		  mDamage(ioDamage),
-		  mSampleRate(inInput.GetStream(ioPlan.mIndex).codecpar->sample_rate)
-	{
-	}
-
-	// Null at the end.
-	void Take(AVPacket const* inPacket)
-	{
-		if (mPlan.mTimes == PacketTimes::kLoose)
-		{
-			TakeLoose(inPacket);
-			return;
-		}
-		if (inPacket && mStream.GetPlacer().IsAfterDelay() && mEnterable++ % kPacketsOfEntry == 0)
-		{
-			std::int64_t const time = inPacket->dts != AV_NOPTS_VALUE ? inPacket->dts : inPacket->pts;
-			mPlan.mEntries.push_back(
-				{mStream.GetPlacer().GetNext(), mStream.GetPlacer().GetShift(), time, inPacket->pos});
-		}
-		Note(mStream.Take(inPacket));
-	}
-
-	PacketPlacer const& GetPlacer() const { return mStream.GetPlacer(); }
-	MovieIndex::Stream& GetPlan() { return mPlan; }
-	// Whether there are packets, and none of them can be decoded.
-	bool IsUnreadable() const { return mIsAnyDamaged && !mIsAnyWhole; }
-
-private:
-	void TakeLoose(AVPacket const* inPacket)
-	{
-		std::int64_t const wanted = mSampleRate / kFollowingPart;
-		if (inPacket)
-		{
-			MovieStream::Measured const measured = mStream.Measure(*inPacket);
-			mFollowing.push_back(measured.mContent);
-			mIsFollowingDamaged.push_back(measured.mIsDamaged);
-			mFollowingSamples += measured.mContent.mSamples;
-		}
-		while (!mFollowing.empty() &&
-			   (!inPacket || (mFollowing.size() > kLeastFollowing &&
-								 mFollowingSamples - mFollowing.front().mSamples >= wanted)))
-		{
-			PlaceFirst();
-		}
-		if (!inPacket)
-		{
-			Note(mStream.Take(nullptr));
-		}
-	}
-
-	void PlaceFirst()
-	{
-		MovieStream::Measured const measured{mFollowing.front(), mIsFollowingDamaged.front()};
-		mFollowing.pop_front();
-		mIsFollowingDamaged.pop_front();
-		mFollowingSamples -= measured.mContent.mSamples;
-		std::optional<std::int64_t> const jump = mStream.FindJump(measured, mFollowing);
-		if (jump)
-		{
-			mPlan.mJumps.push_back({mPackets, *jump});
-		}
-		Note(mStream.Place(measured, jump));
-	}
-
-	void Note(MovieStream::Piece const& inPiece)
-	{
-		++mPackets;
-		std::vector<MovieIndex::Run>& runs = mPlan.mRuns;
-		std::int64_t const last = runs.empty() ? 0 : runs.back().mEnd;
-		if (inPiece.mIsDamaged)
-		{
-			mIsAnyDamaged = true;
-			mDamage.Add({inPiece.mPosition, inPiece.mPosition + inPiece.mCount});
-		}
-		else if (inPiece.mCount > 0)
-		{
-			mIsAnyWhole = true;
-			// What is missing after a damaged packet was lost with it.
-			mDamage.Add({last, mIsAfterDamage ? inPiece.mPosition : last});
-		}
-		mIsAfterDamage = inPiece.mIsDamaged || (mIsAfterDamage && inPiece.mCount == 0);
-		if (inPiece.mCount > 0 && !runs.empty() && last == inPiece.mPosition)
-		{
-			runs.back().mEnd += inPiece.mCount;
-		}
-		else if (inPiece.mCount > 0)
-		{
-			runs.push_back({inPiece.mPosition, inPiece.mPosition + inPiece.mCount});
-		}
-	}
-
-	MovieStream mStream;
-	MovieIndex::Stream& mPlan;
-	MediaDamage& mDamage;
-	int mSampleRate;
-	std::int64_t mPackets = 0;
-	// Packets at which decoding can begin.
-	std::int64_t mEnterable = 0;
-	bool mIsAnyDamaged = false;
-	bool mIsAnyWhole = false;
-	bool mIsAfterDamage = false;
-	// Packets that are not placed yet.
-	std::deque<PacketPlacer::Content> mFollowing;
-	std::deque<bool> mIsFollowingDamaged;
-	std::int64_t mFollowingSamples = 0;
-};
 
 // The end that the container states for a stream, where it does so in its header.
 std::optional<std::int64_t> FindStatedEnd(
