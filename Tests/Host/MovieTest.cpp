@@ -194,6 +194,79 @@ TEST_F(Movies, LossyCodecsStandWhereTheirSourceDid)
 	}
 }
 
+TEST_F(Movies, LateLossyStreamsStandWhereFfmpegPresentsThem)
+{
+	std::string const path = Write(MakeSound(1, 48000, kFrames));
+	for (auto const& [name, codec] :
+		{std::pair<std::string, std::string>{"a.mkv", "libvorbis"}, {"a.mp4", "libvorbis"},
+			{"b.mkv", "libopus"}, {"b.mp4", "libopus"}, {"c.mkv", "aac"}, {"c.mp4", "aac"},
+			{"c.flv", "aac -ar 44100"}, {"d.mkv", "ac3"}, {"e.flv", "libmp3lame -ar 44100"}})
+	{
+		SCOPED_TRACE(name + " " + codec);
+		bool const isFlash = name.ends_with("flv");
+		RunFfmpeg(kPicture + std::string("-itsoffset 0.5 -i ") + path +
+				  (isFlash ? " -c:v flv1" : " -c:v mpeg4") + " -c:a " + codec + " " + Path(name));
+		// A frame of the picture is at 0, and silence goes before the sound.
+		RunFfmpeg("-i " + Path(name) + " -map 0:a:0 -af aresample=async=1:first_pts=0 -c:a pcm_f32le " +
+				  Path("peer.wav"));
+		Sound const read = ReadMovie(mFolder / name);
+		EXPECT_EQ(FindLag(read, ReadSound(mFolder / "peer.wav"), 2100), 0);
+		EXPECT_THAT(InspectAudioFile(mFolder / name).mRemarks, testing::IsEmpty());
+	}
+}
+
+TEST_F(Movies, CoarseTimesOpenNoGapsInAnHour)
+{
+	constexpr std::int64_t kSeconds = 3600;
+	struct Case
+	{
+		char const* mName;
+		char const* mCodec;
+		std::int64_t mSampleRate;
+		std::int64_t mPacket;
+	};
+	// Their clocks count milliseconds, of which the packets are no whole number.
+	for (Case const& test : {Case{"a.flv", "nellymoser", 8000, 256}, {"b.mkv", "pcm_u8", 11025, 1},
+			 {"c.wma", "pcm_u8", 11025, 1}, {"d.flv", "pcm_u8", 11025, 1}})
+	{
+		SCOPED_TRACE(test.mName);
+		RunFfmpeg("-f lavfi -i sine=r=" + std::to_string(test.mSampleRate) +
+				  ":d=" + std::to_string(kSeconds) + " -c:a " + test.mCodec + " " + Path(test.mName));
+		AudioFileInfo const info = InspectAudioFile(mFolder / test.mName);
+		EXPECT_THAT(info.mRemarks, testing::IsEmpty());
+		EXPECT_GE(info.mFrames, kSeconds * test.mSampleRate);
+		EXPECT_LE(info.mFrames, kSeconds * test.mSampleRate + test.mPacket);
+		std::filesystem::remove(mFolder / test.mName);
+	}
+}
+
+TEST_F(Movies, LostPacketsOfDvdPcmAreSilentAndNoted)
+{
+	constexpr std::size_t kPack = 2048;
+	constexpr std::size_t kLostPacks = 20;
+	Sound const source = MakeSound(2, 48000, 120000);
+	for (char const* const format : {"s16", "s32"})
+	{
+		SCOPED_TRACE(format);
+		RunFfmpeg("-i " + Write(source) + " -c:a pcm_dvd -sample_fmt " + format + " " + Path("a.vob"));
+		Sound const whole = ReadMovie(mFolder / "a.vob");
+		// The times that writers give packets are up to a packet off, which is no gap.
+		EXPECT_THAT(InspectAudioFile(mFolder / "a.vob").mRemarks, testing::IsEmpty());
+		EXPECT_EQ(FindLag(whole, source, 600), 0);
+		EXPECT_EQ(whole.GetFrames(), source.GetFrames());
+		std::string bytes = ReadBytes(mFolder / "a.vob");
+		bytes.erase(bytes.size() / kPack / 2 * kPack, kLostPacks * kPack);
+		WriteBytes(mFolder / "b.vob", bytes);
+		EXPECT_THAT(InspectAudioFile(mFolder / "b.vob").mRemarks,
+			testing::ElementsAre(
+				HasSubstr("audio stream 1 has 1 gap between its packets, which is silent: from 0:01.")));
+		Sound const read = ReadMovie(mFolder / "b.vob");
+		EXPECT_NEAR(static_cast<double>(read.GetFrames()), static_cast<double>(whole.GetFrames()), 1000.0);
+		EXPECT_NEAR(
+			static_cast<double>(FindLag(read.Cut(90000, 25000), whole.Cut(90000, 25000), 1000)), 0.0, 600.0);
+	}
+}
+
 TEST_F(Movies, AacIsWhatFfmpegDecodes)
 {
 	RunFfmpeg("-i " + Write(MakeSound(2, 44100, kFrames)) + " -c:a aac " + Path("a.mp4"));
@@ -648,6 +721,29 @@ TEST_F(Movies, EditsOfLossySoundAreInPlace)
 	}
 }
 
+TEST_F(Movies, DelayAndPaddingThatATagStatesAreDropped)
+{
+	Sound const source = MakeSound(1, 48000, kFrames);
+	RunFfmpeg("-i " + Write(source) + " -c:a aac -use_editlist 0 " + Path("a.m4a"));
+	auto const atom = [](std::string const& inName, std::string const& inContent)
+	{ return Number(inContent.size() + 8, 4) + inName + inContent; };
+	// What iTunes writes: hexadecimal numbers of the delay, the padding and the samples between them.
+	std::string const tag = atom("----",
+		atom("mean", Number(0, 4) + "com.apple.iTunes") + atom("name", Number(0, 4) + "iTunSMPB") +
+			atom("data", Number(1, 4) + Number(0, 4) + " 00000000 00000400 000003BF 0000000000009C41"));
+	std::string const handler = atom("hdlr", Number(0, 8) + "mdirappl" + Number(0, 9));
+	std::string const movie = ReadBytes(mFolder / "a.m4a");
+	WriteBytes(mFolder / "b.m4a",
+		ReplaceAtom(movie, movie.rfind("udta") - 4,
+			atom("udta", atom("meta", Number(0, 4) + handler + atom("ilst", tag))), {"moov"}));
+	Sound const read = ReadMovie(mFolder / "b.m4a");
+	EXPECT_EQ(read.GetFrames(), kFrames);
+	EXPECT_EQ(FindLag(read, source, 2100), 0);
+	EXPECT_TRUE(InspectAudioFile(mFolder / "b.m4a").mDamage->Get().empty());
+	// Without the tag, nothing says what the encoder added.
+	EXPECT_EQ(FindLag(ReadMovie(mFolder / "a.m4a"), source, 2100), 1024);
+}
+
 TEST_F(Movies, EditsThatChangeTheSpeedAreRefused)
 {
 	RunFfmpeg("-i " + Write(MakeIndexSound(1, 48000, kFrames)) + " -c:a pcm_s24le " + Path("a.mov"));
@@ -661,11 +757,27 @@ TEST_F(Movies, EditsThatChangeTheSpeedAreRefused)
 TEST_F(Movies, WhatIsEncryptedIsRefused)
 {
 	std::string const key = "00112233445566778899aabbccddeeff";
-	RunFfmpeg("-i " + Write(MakeSound(1, 48000, kFrames)) +
-			  " -c:a aac -encryption_scheme cenc-aes-ctr -encryption_key " + key + " -encryption_kid " + key +
-			  " " + Path("a.mp4"));
-	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "a.mp4"); }),
-		HasSubstr("stream 1 is not read: it is encrypted"));
+	std::string const path = Write(MakeSound(1, 48000, kFrames));
+	for (char const* const codec : {"aac", "alac", "flac -strict -2"})
+	{
+		SCOPED_TRACE(codec);
+		RunFfmpeg("-i " + path + " -c:a " + codec + " -encryption_scheme cenc-aes-ctr -encryption_key " +
+				  key + " -encryption_kid " + key + " " + Path("a.mp4"));
+		EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "a.mp4"); }),
+			HasSubstr("stream 1 is not read: it is encrypted"));
+		// The name of a stream in Matroska makes room for an element of the same size: encryption by AES with a key.
+		RunFfmpeg("-i " + path + " -metadata:s:a title=" + std::string(33, 'x') + " -c:a " + codec + " " +
+				  Path("a.mkv"));
+		std::string bytes = ReadBytes(mFolder / "a.mkv");
+		std::size_t const name = bytes.find("\x53\x6e\xa1" + std::string(33, 'x'));
+		ASSERT_NE(name, std::string::npos);
+		bytes.replace(name, 36,
+			std::string("\x6d\x80\xa1\x62\x40\x9e\x50\x33\x81\x01\x50\x35\x97\x47\xe1\x81\x05\x47\xe2\x90") +
+				key.substr(0, 16));
+		WriteBytes(mFolder / "a.mkv", bytes);
+		EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "a.mkv"); }),
+			HasSubstr("stream 1 is not read: it is encrypted"));
+	}
 }
 
 // Whether the file is read or refused; what is read is looked at from both ends.

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cinttypes>
 #include <cstdio>
 #include <iterator>
 #include <string>
@@ -184,7 +185,39 @@ std::int64_t MovieInput::GetStart() const
 {
 	Demuxer const* const demuxer = FindDemuxer(GetName(*mFormat->iformat));
 	bool const isRunning = demuxer->mTimeBase == TimeBase::kRunning && mFormat->start_time != AV_NOPTS_VALUE;
+	if (FindTaggedLength())
+	{
+		AVStream const& stream = GetStream(mAudioStreams.front());
+		return Libav().av_rescale_q(stream.start_time, stream.time_base, Libav().av_get_time_base_q());
+	}
 	return isRunning ? mFormat->start_time : 0;
+}
+
+std::optional<std::int64_t> MovieInput::FindTaggedLength() const
+{
+	bool hasOthers = mAudioStreams.size() != 1;
+	for (unsigned i = 0; i < mFormat->nb_streams; ++i)
+	{
+		// Pictures of covers are streams, too.
+		bool const isCover = (GetStream(i).disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+		hasOthers = hasOthers || (GetStream(i).codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isCover);
+	}
+	AVDictionaryEntry const* const tag =
+		IsRead("mov") ? Libav().av_dict_get(mFormat->metadata, "iTunSMPB", nullptr, 0) : nullptr;
+	// libavformat counts the delay as a late start; where an edit list takes it off, there is none.
+	if (hasOthers || !tag || GetStream(mAudioStreams.front()).start_time <= 0)
+	{
+		return std::nullopt;
+	}
+	unsigned delay = 0;
+	unsigned padding = 0;
+	std::uint64_t samples = 0;
+	// Hexadecimal numbers: 0, the delay, the padding, what is between them, and others.
+	bool const isWhole = std::sscanf(tag->value, " %*x %x %x %" SCNx64, &delay, &padding, &samples) == 3;
+	constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 40;
+	return isWhole && samples > 0 && samples < kMostSamples
+			   ? std::optional(static_cast<std::int64_t>(samples))
+			   : std::nullopt;
 }
 
 void MovieInput::Choose(std::vector<unsigned> const& inStreams)

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <vector>
 
 namespace SonaroHost
@@ -32,8 +33,11 @@ public:
 	// The name of the demuxer begins so, as "mov" of "mov,mp4,m4a,3gp,3g2,mj2".
 	bool IsRead(char const* inDemuxer) const;
 	// The movie's start in units of AV_TIME_BASE: 0 where the container's clock starts there, otherwise the first time of
-	// all its streams.
+	// all its streams. Times that begin before what a tag of iTunes (iTunSMPB) presents count from there.
 	std::int64_t GetStart() const;
+	// How many samples that tag presents of the only stream of an MP4 file, between the encoder's delay and its padding.
+	// Nothing without the tag, and where an edit list says what is presented.
+	std::optional<std::int64_t> FindTaggedLength() const;
 
 	// Only these streams come from ReadPacket; the demuxer skips others where it can.
 	void Choose(std::vector<unsigned> const& inStreams);

@@ -96,6 +96,10 @@ void FindPacketSamples(std::filesystem::path const& inPath, std::vector<MovieInd
 std::optional<std::int64_t> FindStatedEnd(
 	MovieInput const& inInput, unsigned inStream, PacketPlacer const& inPlacer)
 {
+	if (auto const tagged = inInput.FindTaggedLength())
+	{
+		return tagged;
+	}
 	AVStream const& stream = inInput.GetStream(inStream);
 	bool const isStated = inInput.IsRead("mov") || inInput.IsRead("mxf") || inInput.IsRead("avi");
 	// The duration of streams of AVI is what there is of them, and the number of their frames is what the header states.

@@ -10,6 +10,8 @@
 #include "MovieStart.h"
 #include "Packet/PacketDecoder.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Media/NoSoundError.h"
@@ -93,6 +95,16 @@ std::string FindFaultOfTrack(std::vector<QuickTimeTrack> const& inTracks, std::s
 											 : "";
 }
 
+// Whether the container says that a stream's packets are encrypted. Those of QuickTime and MP4 say so in their tracks.
+bool IsEncrypted(MovieInput const& inInput, AVStream const& inStream)
+{
+	auto const has = [](AVDictionary const* inMetadata, char const* inKey)
+	{ return Libav().av_dict_get(inMetadata, inKey, nullptr, 0) != nullptr; };
+	// What the demuxers of Matroska and of ASF note down.
+	return (inInput.IsRead("matroska") && has(inStream.metadata, "enc_key_id")) ||
+		   (inInput.IsRead("asf") && has(inInput.GetFormat().metadata, "ASF_Protection_Type"));
+}
+
 // The streams that are read, as indices of all streams of the file. Marks them in the info, and remarks on the others.
 std::vector<unsigned> ChooseStreams(
 	MovieInput const& inInput, std::vector<QuickTimeTrack> const& inTracks, AudioFileInfo& ioInfo)
@@ -105,11 +117,12 @@ std::vector<unsigned> ChooseStreams(
 		{
 			continue;
 		}
-		std::string fault = FindFaultOfTrack(inTracks, i);
+		AVStream const& read = inInput.GetStream(inInput.GetAudioStreams()[i]);
+		std::string fault = IsEncrypted(inInput, read) ? "is encrypted" : FindFaultOfTrack(inTracks, i);
 		fault = fault.empty() ? FindFault(stream) : fault;
 		if (fault.empty())
 		{
-			fault = FindFaultOfDecoder(inInput.GetStream(inInput.GetAudioStreams()[i]));
+			fault = FindFaultOfDecoder(read);
 		}
 		if (fault.empty() && !chosen.empty() && stream.mSampleRate != ioInfo.mSampleRate)
 		{
@@ -243,6 +256,45 @@ bool IsWithoutAudio(MovieIndex const& inIndex)
 			   inIndex.mEdited, [](auto const& inEdited) { return IsWithoutAudio(*inEdited.mMedia); });
 }
 
+// What is silent in a stream, since there are no packets for it; empty where nothing is. Damage is reported elsewhere.
+std::string DescribeGaps(MovieIndex::Stream const& inStream, AudioFileInfo const& inInfo)
+{
+	MediaDamage gaps;
+	for (std::size_t i = 1; i < inStream.mRuns.size(); ++i)
+	{
+		gaps.Add({inStream.mRuns[i - 1].mEnd, inStream.mRuns[i].mFirst});
+	}
+	auto list = gaps.Get();
+	std::erase_if(list,
+		[damage = inInfo.mDamage->Get()](MediaDamage::Stretch const& inGap)
+		{
+			return std::ranges::any_of(damage, [&inGap](MediaDamage::Stretch const& inDamaged)
+				{ return inDamaged.mFirst < inGap.mEnd && inGap.mFirst < inDamaged.mEnd; });
+		});
+	if (list.empty())
+	{
+		return {};
+	}
+	return "has " + FormatCount(list.size(), "gap") + " between its packets, which " +
+		   (list.size() == 1 ? "is silent: from " : "are silent: the first from ") +
+		   FormatTime(list.front().mFirst, inInfo.mSampleRate) + " to " +
+		   FormatTime(list.front().mEnd, inInfo.mSampleRate);
+}
+
+void RemarkOnGaps(MovieInput const& inInput, AudioFileInfo& ioInfo)
+{
+	for (MovieIndex::Stream const& stream : ioInfo.mMovie->mStreams)
+	{
+		if (std::string const gaps = DescribeGaps(stream, ioInfo); !gaps.empty())
+		{
+			auto const& audio = inInput.GetAudioStreams();
+			auto const number =
+				static_cast<std::size_t>(std::ranges::find(audio, stream.mIndex) - audio.begin());
+			ioInfo.mRemarks.push_back(NameStream(number) + " " + gaps);
+		}
+	}
+}
+
 // Reads all packets, to find the length and where everything lies.
 void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams,
 	std::vector<QuickTimeTrack> const& inTracks, AudioFileInfo& ioInfo)
@@ -255,6 +307,7 @@ void ReadIndex(MovieInput& ioInput, std::vector<unsigned> const& inStreams,
 					 : ScanMovie(ioInfo.mPath, ioInput, inStreams, *ioInfo.mDamage));
 		ioInfo.mFrames = index->mFrames;
 		ioInfo.mMovie = index;
+		RemarkOnGaps(ioInput, ioInfo);
 	}
 	catch (HostError const&)
 	{

@@ -47,11 +47,25 @@ std::string_view FindAtom(std::string_view inAtoms, std::string_view inPath)
 	return inPath.size() <= 4 ? found : FindAtom(found, inPath.substr(5));
 }
 
-// The first description of a track's samples, with its size and name.
-std::string_view FindDescription(std::string_view inTrack)
+// The descriptions of a track's samples, each with its size and name.
+std::string_view FindDescriptions(std::string_view inTrack)
 {
 	std::string_view const descriptions = FindAtom(inTrack, "mdia minf stbl stsd");
 	return descriptions.substr(std::min<std::size_t>(descriptions.size(), 8));
+}
+
+// Whether any of the descriptions is of encrypted samples, by its name or by the scheme in it.
+bool AreEncrypted(std::string_view inDescriptions)
+{
+	bool isAny = false;
+	ForEachAtom(inDescriptions,
+		[&isAny](std::string_view inName, std::string_view inContent)
+		{
+			constexpr std::size_t kFields = 28;
+			isAny = isAny || inName == "enca" || inName == "drms" ||
+					!FindAtom(inContent.substr(std::min(inContent.size(), kFields)), "sinf").empty();
+		});
+	return isAny;
 }
 
 // The tag stands after the fields that the description has in its version.
@@ -110,12 +124,11 @@ std::vector<QuickTimeTrack::Edit> ReadEdits(std::string_view inTrack)
 
 QuickTimeTrack ReadSoundTrack(std::string_view inTrack)
 {
-	std::string_view const description = FindDescription(inTrack);
-	std::string_view const name = description.substr(std::min<std::size_t>(description.size(), 4), 4);
+	std::string_view const description = FindDescriptions(inTrack);
 	QuickTimeTrack track;
 	track.mChannelTag = FindChannelTag(description);
 	track.mIsElsewhere = IsElsewhere(inTrack, description);
-	track.mIsEncrypted = name == "enca" || name == "drms";
+	track.mIsEncrypted = AreEncrypted(description);
 	track.mTrackClock = FindClock(FindAtom(inTrack, "mdia mdhd"));
 	track.mEdits = ReadEdits(inTrack);
 	return track;

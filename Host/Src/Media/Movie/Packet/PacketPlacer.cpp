@@ -55,6 +55,8 @@ PacketPlacer::PacketPlacer(
 	  mStart(Libav().av_rescale_q(inStart, Libav().av_get_time_base_q(), inStream.time_base)),
 	  mTolerance(GetTolerance(inStream.time_base, inSampleRate, inTimes)),
 	  mKeepsFrames(KeepsFrames(inStream.codecpar->codec_id)),
+	  mBeginsAtSecond(inStream.codecpar->codec_id == AV_CODEC_ID_VORBIS),
+	  mHoldsParts(inStream.codecpar->codec_id == AV_CODEC_ID_PCM_DVD),
 	  mDelay(std::max(inStream.codecpar->initial_padding, 0))
 {
 }
@@ -109,6 +111,7 @@ std::optional<std::int64_t> PacketPlacer::FindJump(
 	std::int64_t const dropped = CountDropped(inContent);
 	std::int64_t const stated = GetStated(inContent, dropped);
 	std::int64_t const off = stated - mNext;
+	mLongestPacket = mHoldsParts ? std::max(mLongestPacket, inContent.mSamples) : 0;
 	if (!mHasStarted)
 	{
 		return stated;
@@ -166,6 +169,12 @@ bool PacketPlacer::IsElsewhere(std::int64_t inOff) const
 		   (inOff < -kLargestOverlapSeconds * mSampleRate || inOff > kLargestGapSeconds * mSampleRate);
 }
 
+bool PacketPlacer::IsOff(std::int64_t inOff) const
+{
+	std::int64_t const tolerance = std::max(mTolerance, mLongestPacket);
+	return inOff < -tolerance || inOff > tolerance;
+}
+
 PacketPlacer::Place PacketPlacer::PlaceFrom(Content const& inContent, std::int64_t inStart)
 {
 	std::int64_t const samples = inContent.mSamples;
@@ -174,8 +183,9 @@ PacketPlacer::Place PacketPlacer::PlaceFrom(Content const& inContent, std::int64
 	std::int64_t const kept = std::max<std::int64_t>(samples - dropped - inContent.mPadding, 0);
 	if (kept == 0)
 	{
-		// A codec that holds its first samples back presents them where their packet is.
-		bool const isHeldBack = samples == 0 && !mHasStarted;
+		// A codec that holds its first samples back presents them where their packet is. Of Vorbis, that is the next one,
+		// unless the movie begins with this one: then its writer has moved all times on by what this one takes.
+		bool const isHeldBack = samples == 0 && !mHasStarted && !(mBeginsAtSecond && inStart > 0);
 		mNext = isHeldBack ? std::max<std::int64_t>(inStart, 0) : mNext;
 		mHasStarted = mHasStarted || isHeldBack;
 		mIsAtSecond = mIsAtSecond || isHeldBack;

@@ -75,7 +75,7 @@ private:
 	std::int64_t GetStated(Content const& inContent, std::int64_t inDropped) const;
 	// Whether a packet that is off by so much is of something else; its time and those after it then go on from here.
 	bool IsElsewhere(std::int64_t inOff) const;
-	bool IsOff(std::int64_t inOff) const { return inOff < -mTolerance || inOff > mTolerance; }
+	bool IsOff(std::int64_t inOff) const;
 	Place PlaceFrom(Content const& inContent, std::int64_t inStart);
 	Place Trim(std::int64_t inStart, std::int64_t inSamples);
 
@@ -86,6 +86,12 @@ private:
 	std::int64_t mTolerance;
 	// Whether the decoder keeps the last frame of a packet back until the next one.
 	bool mKeepsFrames;
+	// Whether the first packet only prepares the decoder, and sound begins at the time of the second one.
+	bool mBeginsAtSecond;
+	// Whether packets hold parts of frames, and have the time of a frame somewhere in them.
+	bool mHoldsParts;
+	// The samples of the longest packet of those.
+	std::int64_t mLongestPacket = 0;
 	std::int64_t mNext = 0;
 	std::int64_t mShift = 0;
 	std::int64_t mDelay = 0;
