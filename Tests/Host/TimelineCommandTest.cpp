@@ -619,6 +619,24 @@ TEST_F(TimelineCommandTest, TheGraphHasTheNamesOfTheTimelineAndSilenceOnlyIfAllI
 	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("Dia &amp; logue"));
 }
 
+TEST_F(TimelineCommandTest, TheGraphShortensLongNamesAndNamesWhatWorksForThem)
+{
+	std::string const shown(20, 'a');
+	std::string const name = shown + std::string(80, 'x') + "\" & <z>";
+	Json track = Track("Hall", {Clip(name, "tone.wav", 0.0, 1.0), Clip("b", "tone.wav", 0.0, 1.0)});
+	track["children"][0]["metadata"]["sonaro"] = {{"fade_in", {{"duration", 0.1}}}, {"pan", 0.5}};
+	WriteTimeline("long.otio", {track});
+	EXPECT_EQ(Run({"graph", "long.otio", "-o", "graph.dot"}).mExitCode, 0);
+	EXPECT_THAT(ReadBytes(mFolder / "graph.dot"),
+		AllOf(HasSubstr("clip <b>" + shown), HasSubstr("...xxx"),
+			Not(HasSubstr("clip <b>" + name.substr(0, 60))), HasSubstr("content of " + shown),
+			HasSubstr("fade of " + shown), HasSubstr("content of b<br/>"),
+			HasSubstr(", tooltip=\"" + name.substr(0, 100) + "&quot; &amp; &lt;z&gt;\"")));
+	EXPECT_EQ(Run({"graph", "long.otio", "-o", "graph.svg"}).mExitCode, 0);
+	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"),
+		HasSubstr("xlink:title=\"" + name.substr(0, 100) + "&quot; &amp; &lt;z&gt;\""));
+}
+
 TEST_F(TimelineCommandTest, MediaOfTheOutputsRatePassAlsoWhereAFrameIsNoWholeNumberOfTicks)
 {
 	Sound const sound = MakeSound(1, 44099, 44099);

@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 #include <typeinfo>
+#include <utility>
 
 namespace SonaroHost
 {
@@ -70,6 +72,33 @@ std::string Escape(std::string const& inText)
 													  : std::string(1, character);
 	}
 	return text;
+}
+
+// Names that are longer are shortened, and whole in a tooltip.
+constexpr std::size_t kLongestName = 48;
+
+std::string ShowName(std::string const& inName)
+{
+	return EscapeMarkup(ShortenMiddle(inName, kLongestName));
+}
+
+// Nothing for a name that is shown whole. Graphviz reads entities in it.
+std::string MakeTooltip(std::string const& inName)
+{
+	return inName.size() <= kLongestName ? "" : ", tooltip=\"" + Escape(EscapeMarkup(inName)) + "\"";
+}
+
+// What a node of the engine does for something that has a name; null for what says as much by its class.
+char const* FindWord(std::string_view inClass)
+{
+	constexpr std::pair<std::string_view, char const*> kWords[] = {{"AudioClipRenderer", "content"},
+		{"AudioStreamRenderer", "samples"}, {"AudioTrackGroupRenderer", "sum"},
+		{"AudioTrackInletRenderer", "input"}, {"ConversionPanner", "layout"},
+		{"ConvertedContent", "converted content"}, {"FadeItem", "fade"}, {"ItemContent", "content"},
+		{"PanStage", "pan"}};
+	auto const* const found =
+		std::ranges::find(kWords, inClass, [](auto const& inWord) { return inWord.first; });
+	return found != std::end(kWords) ? found->second : nullptr;
 }
 
 std::string GetName(NodeRef const& inNode)
@@ -135,6 +164,7 @@ public:
 				AddEdges(info->GetProcessorNodes(), i, true);
 			}
 		}
+		NameFades();
 	}
 
 private:
@@ -155,6 +185,25 @@ private:
 			{
 				mDrawing.mEdges.push_back({Find(node, inTo), inTo, inAreProcessors});
 			}
+		}
+	}
+
+	// Fades are named by what they fade.
+	void NameFades()
+	{
+		std::map<std::size_t, std::string> names;
+		for (Edge const& edge : mDrawing.mEdges)
+		{
+			auto const& label = mDrawing.mNodes[edge.mFrom].mLabel;
+			if (label && mDrawing.mNodes[edge.mTo].mClass == "FadeItem")
+			{
+				std::string& name = names[edge.mTo];
+				name += (name.empty() ? "" : ", ") + label->mName;
+			}
+		}
+		for (auto const& [node, name] : names)
+		{
+			mDrawing.mNodes[node].mOwner = name;
 		}
 	}
 
@@ -183,7 +232,15 @@ private:
 		Sequence::NodeLabel const* const label = mOptions.mLabels ? mOptions.mLabels->Find(inNode) : nullptr;
 		mFound.push_back({inNode, depth, isNest && !isClosed});
 		mDrawing.mNodes.push_back({GetName(inNode), GetFile(inNode), GetLatency(inNode, mFrameRate), isClosed,
-			label ? std::optional(*label) : std::nullopt, isRoot ? 0 : GetSequenceWithin(inFrom)});
+			label ? std::optional(*label) : std::nullopt, isRoot ? 0 : GetSequenceWithin(inFrom),
+			isRoot ? std::string() : GetOwner(inFrom)});
+	}
+
+	// The name of a node, or of the one that it works for.
+	std::string GetOwner(std::size_t inNode) const
+	{
+		Node const& node = mDrawing.mNodes[inNode];
+		return node.mLabel ? node.mLabel->mName : node.mOwner;
 	}
 
 	// The sequence of what feeds a node.
@@ -213,13 +270,21 @@ std::string GraphDrawing::DescribeNode(Node const& inNode) const
 	if (inNode.mLabel)
 	{
 		KindStyle const& style = GetStyle(inNode.mLabel->mKind);
-		bool const isNameEnough = inNode.mLabel->mName.empty() || inNode.mLabel->mName == style.mWord;
-		lines = std::string(style.mWord) +
-				(isNameEnough ? "" : " <b>" + EscapeMarkup(inNode.mLabel->mName) + "</b>") + "<br/>";
-		attributes = ", fillcolor=\"" + std::string(style.mColour) + "\"";
+		std::string const& name = inNode.mLabel->mName;
+		bool const isNameEnough = name.empty() || name == style.mWord;
+		lines = std::string(style.mWord) + (isNameEnough ? "" : " <b>" + ShowName(name) + "</b>") + "<br/>";
+		attributes = ", fillcolor=\"" + std::string(style.mColour) + "\"" + MakeTooltip(name);
 	}
-	lines += inNode.mFile.empty() ? "" : "<b>" + EscapeMarkup(inNode.mFile) + "</b><br/>";
-	attributes += inNode.mFile.empty() ? "" : ", fillcolor=\"#e6e0d4\"";
+	else if (char const* const word = FindWord(inNode.mClass); word && !inNode.mOwner.empty())
+	{
+		lines = std::string(word) + " of " + ShowName(inNode.mOwner) + "<br/>";
+		attributes = MakeTooltip(inNode.mOwner);
+	}
+	if (!inNode.mFile.empty())
+	{
+		lines += "<b>" + ShowName(inNode.mFile) + "</b><br/>";
+		attributes += ", fillcolor=\"#e6e0d4\"" + MakeTooltip(inNode.mFile);
+	}
 	lines += "<font point-size=\"8\">" + EscapeMarkup(inNode.mClass) + "</font>";
 	lines += inNode.mIsClosed ? "<br/>deeper levels not drawn" : "";
 	return "label=<" + lines + ">" + attributes;
@@ -257,7 +322,7 @@ std::string GraphDrawing::DescribeCluster(Members const& inMembers, std::size_t 
 		{
 			auto const& label = mNodes[i].mLabel;
 			text += "\tsubgraph cluster_" + std::to_string(i) + " {\n\tlabel=\"";
-			text += Escape(MakePrintable(label ? label->mName : std::string()));
+			text += Escape(ShortenMiddle(MakePrintable(label ? label->mName : std::string()), kLongestName));
 			text += "\"\n";
 			text += DescribeCluster(inMembers, i);
 			text += "\t}\n";

@@ -63,6 +63,8 @@ private:
 		std::optional<Sequence::NodeLabel> mLabel;
 		// The nested sequence that it belongs to; 0 for the outermost one.
 		std::size_t mSequence = 0;
+		// The name of what a node of the engine works for; may be empty.
+		std::string mOwner;
 	};
 	class Walk;
 
