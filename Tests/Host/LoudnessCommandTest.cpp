@@ -1,6 +1,7 @@
 // Runs "sonaro loudness", as a shell does.
 
 #include "MarkupCheck.h"
+#include "Movies.h"
 #include "ProgramRun.h"
 #include "SonaroHost/Metering/LoudnessMeter.h"
 #include "TimelineJson.h"
@@ -9,8 +10,11 @@
 
 #include <cmath>
 #include <csignal>
+#include <cstdlib>
 #include <limits>
+#include <map>
 #include <numbers>
+#include <regex>
 
 namespace SonaroHost::Testing::LoudnessCommandTest
 {
@@ -123,6 +127,41 @@ TEST_F(LoudnessCommandTest, ValuesAreThoseThatARenderReports)
 			}
 		}
 	}
+}
+
+TEST_F(LoudnessCommandTest, PlotsHaveTheirColoursInProgramsWithoutVariables)
+{
+	ASSERT_EQ(Run({"loudness", "tone.wav", "-o", "plot.svg"}).mExitCode, 0);
+	std::string const plot = ReadBytes(mFolder / "plot.svg");
+	// A plain colour goes before each variable, which has the same one to fall back on.
+	std::regex const variable("([a-z]+:)?(#[0-9a-f]{6};)?([a-z]+:)var\\(--[a-z-]+(,#[0-9a-f]{6})?\\)");
+	int variables = 0;
+	for (auto found = std::sregex_iterator(plot.begin(), plot.end(), variable);
+		 found != std::sregex_iterator(); ++found, ++variables)
+	{
+		EXPECT_EQ(found->str(1), found->str(3)) << found->str();
+		EXPECT_EQ("," + found->str(2), found->str(4) + ";") << found->str();
+	}
+	EXPECT_GT(variables, 6);
+	if (std::system("rsvg-convert --version > /dev/null 2>&1") != 0)
+	{
+		GTEST_SKIP() << "rsvg-convert is not installed";
+	}
+	std::string const folder = mFolder.Get().string();
+	ASSERT_EQ(std::system(("rsvg-convert " + folder + "/plot.svg -o " + folder + "/plot.png").c_str()), 0);
+	RunFfmpeg("-i " + folder + "/plot.png -f rawvideo -pix_fmt rgb24 " + folder + "/plot.rgb");
+	std::string const pixels = ReadBytes(mFolder / "plot.rgb");
+	std::map<std::string, std::size_t> counts;
+	for (std::size_t i = 0; i + 3 <= pixels.size(); i += 3)
+	{
+		++counts[pixels.substr(i, 3)];
+	}
+	EXPECT_GT(counts["\xff\xff\xff"], pixels.size() / 3 * 8 / 10);
+	for (char const* const curve : {"\x07\x57\xba", "\xb3\x26\x1e"})
+	{
+		EXPECT_GT(counts[curve], 20u);
+	}
+	EXPECT_EQ(counts[std::string(3, '\0')], 0u);
 }
 
 TEST_F(LoudnessCommandTest, WhatCannotBeMeasuredLeavesTheOthers)

@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <map>
 #include <regex>
 #include <set>
@@ -26,7 +27,7 @@ constexpr int kRate = 48000;
 std::set<std::string> const kElements{"html", "head", "meta", "title", "style", "body", "header", "main",
 	"nav", "section", "h1", "h2", "h3", "p", "ul", "li", "a", "dl", "dt", "dd", "div", "figure", "figcaption",
 	"table", "caption", "thead", "tbody", "tr", "th", "td", "svg", "g", "rect", "path", "line", "text",
-	"tspan", "title", "desc", "defs", "use", "symbol", "clipPath", "polyline", "polygon", "circle"};
+	"tspan", "bdi", "title", "desc", "defs", "use", "symbol", "clipPath", "polyline", "polygon", "circle"};
 
 class ReportPageTest : public ProgramTest
 {
@@ -89,12 +90,13 @@ TEST_F(ReportPageTest, PageShowsWhatTheReportHas)
 	for (std::string const& text : {MakeCell(file["integratedLufs"], 1), MakeCell(file["truePeakDbtp"], 2),
 			 MakeCell(track["integratedLufs"], 1), MakeCell(track["truePeakDbtp"], 2),
 			 ">" + report["notes"][0]["place"].get<std::string>() + "<", std::string(">./gone.wav<"),
-			 std::string(">does not exist<"), std::string("<h1>Render report: edit.otio</h1>"),
+			 std::string(">does not exist<"), std::string("<h1>Render report: <bdi>edit.otio</bdi></h1>"),
 			 std::string("Normalized to -20.0 LUFS"), std::string("was limited by up to"),
-			 std::string("<dt>--normalize</dt><dd>-20 LUFS</dd>"),
-			 std::string("<dt>--range</dt><dd>0.5..4.5</dd>"),
-			 std::string("<dt>--fade-in</dt><dd>1.5 s</dd>"), std::string("<dt>--media</dt><dd>.</dd>"),
-			 std::string("<dt>--fades</dt><dd>linear</dd>"), std::string("<h2 id=\"markers\">"),
+			 std::string("<dt>--normalize</dt><dd><bdi>-20 LUFS</bdi></dd>"),
+			 std::string("<dt>--range</dt><dd><bdi>0.5..4.5</bdi></dd>"),
+			 std::string("<dt>--fade-in</dt><dd><bdi>1.5 s</bdi></dd>"),
+			 std::string("<dt>--media</dt><dd><bdi>.</bdi></dd>"),
+			 std::string("<dt>--fades</dt><dd><bdi>linear</bdi></dd>"), std::string("<h2 id=\"markers\">"),
 			 std::string(">Verse<"), std::string(">0:01.500<"), std::string("No damage was found."),
 			 std::string("class=\"plot-target\" x1"), std::string("1 clip without media")})
 	{
@@ -105,6 +107,12 @@ TEST_F(ReportPageTest, PageShowsWhatTheReportHas)
 	EXPECT_EQ(count("<svg class=\"plot\""), 3u);
 	EXPECT_EQ(count("<path class=\"plot-integrated\""), 3u);
 	EXPECT_EQ(count("role=\"img\""), 4u);
+	// Keys reach all of them, and their texts are what they are read out by.
+	EXPECT_EQ(count("<figure tabindex=\"0\" aria-labelledby=\""), 4u);
+	EXPECT_EQ(count("<figure"), 4u);
+	EXPECT_EQ(count("<figcaption id=\""), 4u);
+	EXPECT_THAT(page, AllOf(HasSubstr("<figcaption id=\"track-1\"><bdi>Dialogue</bdi>: momentary at most "),
+						  HasSubstr("aria-label=\"Loudness over time: Mix. Momentary at most ")));
 	EXPECT_EQ(count("<svg aria-label=\"Waveform of the whole timeline"), 1u);
 	EXPECT_EQ(count("<th scope=\"row\""), count("<tr>") - count("<thead>"));
 	std::regex const links("href=\"#([a-z]+)\"");
@@ -113,6 +121,19 @@ TEST_F(ReportPageTest, PageShowsWhatTheReportHas)
 	{
 		EXPECT_EQ(count("id=\"" + link->str(1) + "\""), 1u) << link->str();
 	}
+}
+
+TEST_F(ReportPageTest, SamplesThatTheLoudnessOfATrackLeavesOutAreReported)
+{
+	Sound faulty = MakeSound(2, kRate, 2 * kRate);
+	faulty.mSamples[1000] = std::numeric_limits<float>::infinity();
+	WriteSound(mFolder / "faulty.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, faulty);
+	WriteBytes(mFolder / "edit.otio",
+		Timeline({Track("Whole", {Clip("a", "tone.wav")}), Track("Faulty", {Clip("b", "faulty.wav")})})
+			.dump());
+	EXPECT_THAT(Report({}, 0), AllOf(HasSubstr("The loudness of mix.wav leaves out 1 sample ("),
+								   HasSubstr("The loudness of track Faulty leaves out 1 sample ("),
+								   Not(HasSubstr("track Whole leaves out"))));
 }
 
 TEST_F(ReportPageTest, HostileNamesStayText)
@@ -141,16 +162,16 @@ TEST_F(ReportPageTest, SoundFilesAndStemsHavePagesToo)
 		0);
 	std::string const page = ReadBytes(mFolder / "out.HTM");
 	ExpectMarkup(page, kElements);
-	EXPECT_THAT(
-		page, AllOf(HasSubstr("tone.wav and 1 other input"), HasSubstr("Waveform of out.wav"),
-				  HasSubstr("<svg class=\"plot\""), Not(HasSubstr("Missing media")),
-				  HasSubstr("<dt>--pan</dt><dd>0.3</dd>"), HasSubstr("<dt>--reverse</dt><dd>yes</dd>"),
-				  HasSubstr("<dt>--at</dt><dd>0 s, 7 s</dd>")));
+	EXPECT_THAT(page, AllOf(HasSubstr("tone.wav and 1 other input"), HasSubstr("Waveform of out.wav"),
+						  HasSubstr("<svg class=\"plot\""), Not(HasSubstr("Missing media")),
+						  HasSubstr("<dt>--pan</dt><dd><bdi>0.3</bdi></dd>"),
+						  HasSubstr("<dt>--reverse</dt><dd><bdi>yes</bdi></dd>"),
+						  HasSubstr("<dt>--at</dt><dd><bdi>0 s, 7 s</bdi></dd>")));
 	EXPECT_EQ(
 		Run({"render", "tone.wav", "-o", "-", "--report", "pipe.html", "--start", "0:01"}).mExitCode, 0);
 	EXPECT_THAT(
 		ReadBytes(mFolder / "pipe.html"), AllOf(HasSubstr("no picture of what went to the standard output"),
-											  HasSubstr("<dt>--start</dt><dd>0:01</dd>")));
+											  HasSubstr("<dt>--start</dt><dd><bdi>0:01</bdi></dd>")));
 
 	WriteTimeline("Dialogue", "a", "gone.wav");
 	EXPECT_EQ(Run({"render", "edit.otio", "-o", "stems", "--stems", "track", "--report", "stems/all.html"})
@@ -258,8 +279,9 @@ TEST_F(BrowserTest, PageLoadsWithoutAComplaintAndFitsAPhone)
 	ProgramResult const result = Open("mix.html");
 	EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
 	EXPECT_THAT(result.mErrors, Not(HasSubstr("CONSOLE")));
-	EXPECT_THAT(result.mOutput, AllOf(HasSubstr("<h1>Render report: edit.otio</h1>"), HasSubstr("</svg>"),
-									HasSubstr("&lt;script&gt;"), Not(HasSubstr("<script>"))));
+	EXPECT_THAT(
+		result.mOutput, AllOf(HasSubstr("<h1>Render report: <bdi>edit.otio</bdi></h1>"), HasSubstr("</svg>"),
+							HasSubstr("&lt;script&gt;"), Not(HasSubstr("<script>"))));
 
 	// With a script of ours, without the policy that forbids it: complaints are seen, and the page says how wide it is.
 	std::string copy = page;

@@ -34,13 +34,26 @@ std::string MakeTable(std::string const& inCaption, std::vector<Column> const& i
 		for (std::size_t i = 0; i < inColumns.size(); ++i)
 		{
 			char const* const name = i == 0 ? "th" : "td";
-			text += std::string("<") + name + (i == 0 ? " scope=\"row\"" : "") +
-					(inColumns[i].mIsNumber ? " class=\"number\">" : ">") +
-					EscapeMarkup(inColumns[i].mGetText(row)) + "</" + name + ">";
+			std::string const cell = inColumns[i].mGetText(row);
+			text +=
+				std::string("<") + name + (i == 0 ? " scope=\"row\"" : "") +
+				(inColumns[i].mIsNumber ? " class=\"number\">" + EscapeMarkup(cell) : ">" + Isolate(cell)) +
+				"</" + name + ">";
 		}
 		text += "</tr>\n";
 	}
 	return text + "</tbody></table></div>\n";
+}
+
+std::string Isolate(std::string const& inText)
+{
+	return inText.empty() ? "" : "<bdi>" + EscapeMarkup(inText) + "</bdi>";
+}
+
+std::string MakeFigure(std::string const& inId, std::string const& inPicture, std::string const& inCaption)
+{
+	return "<figure tabindex=\"0\" aria-labelledby=\"" + inId + "\">\n" + inPicture + "<figcaption id=\"" +
+		   inId + "\">" + inCaption + "</figcaption>\n</figure>\n";
 }
 
 std::string MakeSection(std::string const& inId, std::string const& inHeading, std::string const& inContent)

@@ -22,6 +22,12 @@ struct Column
 std::string MakeTable(std::string const& inCaption, std::vector<Column> const& inColumns, Json const& inRows,
 	std::string const& inSentenceForNone);
 
+// A text of its own direction, whatever stands around it, such as a name in a script from right to left.
+std::string Isolate(std::string const& inText);
+
+// A picture with its caption, which keys can reach and which is read out by its caption. Both are markup.
+std::string MakeFigure(std::string const& inId, std::string const& inPicture, std::string const& inCaption);
+
 // A section with its heading, which links can lead to. inContent: markup.
 std::string MakeSection(std::string const& inId, std::string const& inHeading, std::string const& inContent);
 

@@ -52,7 +52,7 @@ std::string MakeFacts(std::vector<std::pair<std::string, std::string>> const& in
 	std::string text = "<dl>\n";
 	for (auto const& [name, value] : inFacts)
 	{
-		text += "<dt>" + EscapeMarkup(name) + "</dt><dd>" + EscapeMarkup(value) + "</dd>\n";
+		text += "<dt>" + EscapeMarkup(name) + "</dt><dd>" + Isolate(value) + "</dd>\n";
 	}
 	return text + "</dl>\n";
 }
@@ -87,24 +87,25 @@ std::string MakeWaveform(ReportPictures const& inPictures)
 {
 	std::string const picture =
 		inPictures.mWaveform.empty() ? "" : "<div class=\"paper\">" + inPictures.mWaveform + "</div>\n";
-	return MakeSection("waveform", "Waveform",
-		"<figure>\n" + picture + "<figcaption>" + EscapeMarkup(inPictures.mWaveformText) +
-			"</figcaption>\n</figure>\n");
+	return MakeSection(
+		"waveform", "Waveform", MakeFigure("waveform-text", picture, EscapeMarkup(inPictures.mWaveformText)));
 }
 
-std::string MakePlots(std::vector<PlottedLoudness> const& inPlots, PlotSize const& inSize)
+// inId: what the ids of their captions begin with.
+std::string MakePlots(
+	std::vector<PlottedLoudness> const& inPlots, PlotSize const& inSize, std::string const& inId)
 {
 	std::string text;
 	for (PlottedLoudness const& plot : inPlots)
 	{
 		LoudnessSeries const& series = *plot.mSeries;
 		auto const range = series.GetRange();
-		text += "<figure>\n" + DrawLoudness({plot}, PlotPlace::kPage, inSize) + "<figcaption>" +
-				EscapeMarkup(plot.mTitle) + ": momentary at most " +
-				FormatFixed(series.GetMomentaryMaximum().mLoudness, 1) + " LUFS, short-term at most " +
-				FormatFixed(series.GetShortTermMaximum().mLoudness, 1) + " LUFS" +
-				(range ? ", loudness range " + FormatFixed(*range, 1) + " LU" : "") +
-				"</figcaption>\n</figure>\n";
+		std::string const caption =
+			": momentary at most " + FormatFixed(series.GetMomentaryMaximum().mLoudness, 1) +
+			" LUFS, short-term at most " + FormatFixed(series.GetShortTermMaximum().mLoudness, 1) + " LUFS" +
+			(range ? ", loudness range " + FormatFixed(*range, 1) + " LU" : "");
+		text += MakeFigure(inId + std::to_string(&plot - inPlots.data() + 1),
+			DrawLoudness({plot}, PlotPlace::kPage, inSize), Isolate(plot.mTitle) + caption);
 	}
 	return text;
 }
@@ -115,15 +116,25 @@ std::string MakeLoudness(ReportPictures const& inPictures)
 	{
 		return {};
 	}
-	std::string text = MakePlots(inPictures.mMixes, kMixSize);
+	std::string text = MakePlots(inPictures.mMixes, kMixSize, "mix-");
 	if (!inPictures.mTracks.empty())
 	{
 		text += "<h3>Tracks</h3>\n" +
 				MakeParagraph("After their faders. Those of nested stacks show the time for which they are "
 							  "rendered, one run after the other.") +
-				"<div class=\"plots\">\n" + MakePlots(inPictures.mTracks, kTrackSize) + "</div>\n";
+				"<div class=\"plots\">\n" + MakePlots(inPictures.mTracks, kTrackSize, "track-") + "</div>\n";
 	}
 	return MakeSection("loudness", "Loudness over time", text);
+}
+
+// A paragraph where the loudness of a file or a track was measured without some of its samples.
+std::string DescribeLeftOut(std::string const& inName, Json const& inMeasured)
+{
+	auto const found = inMeasured.find("leftOutSamples");
+	return found == inMeasured.end() ? ""
+									 : MakeParagraph("The loudness of " + inName + " leaves out " +
+													 FormatCount(found->get<std::size_t>(), "sample") +
+													 " (infinite, not a number or above +240 dBFS).");
 }
 
 std::string MakeLevels(Json const& inReport)
@@ -146,12 +157,11 @@ std::string MakeLevels(Json const& inReport)
 		{
 			text += MakeParagraph(FormatCount(clipped, "sample") + " of " + path + " clipped at full scale.");
 		}
-		if (auto const found = file.find("leftOutSamples"); found != file.end())
-		{
-			text += MakeParagraph("The loudness of " + path + " leaves out " +
-								  FormatCount(found->get<std::size_t>(), "sample") +
-								  " (infinite, not a number or above +240 dBFS).");
-		}
+		text += DescribeLeftOut(path, file);
+	}
+	for (Json const& track : inReport.value("tracks", Json::array()))
+	{
+		text += DescribeLeftOut("track " + GetText(track, "track"), track);
 	}
 	return MakeSection("levels", "Levels",
 		text.empty() ? MakeParagraph("Nothing was normalized, limited or clipped.") : text);
@@ -313,7 +323,8 @@ std::string GetPageStyle()
 		   "dl{display:grid;grid-template-columns:max-content 1fr;gap:.25rem 1.5rem;margin:.5rem 0}\n"
 		   "dt{color:var(--soft)}\ndd{margin:0;overflow-wrap:anywhere}\n"
 		   ".scroll{overflow-x:auto;margin:.5rem 0}\n"
-		   "a:focus-visible,.scroll:focus-visible{outline:2px solid var(--short-term);outline-offset:2px}\n"
+		   "a:focus-visible,.scroll:focus-visible,figure:focus-visible{outline:2px solid "
+		   "var(--short-term);outline-offset:2px}\n"
 		   "table{border-collapse:collapse;width:100%;font-variant-numeric:tabular-nums}\n"
 		   "caption{text-align:left;padding-bottom:.25rem}\n"
 		   "th,td{text-align:left;vertical-align:top;padding:.3rem 1rem .3rem 0;"
@@ -362,12 +373,13 @@ std::string MakeReportPage(Json const& inReport, ReportPictures const& inPicture
 		(isTimeline ? MakeTracks(inReport) + MakeMarkers(inReport) + MakeMissing(inReport)
 					: MakeInputs(inReport)) +
 		MakeDamaged(inReport) + (isTimeline ? MakeNotes(inReport) : "");
-	std::string const title = EscapeMarkup("Render report: " + GetInputName(inReport));
+	std::string const name = GetInputName(inReport);
 	Json const& range = inReport["range"];
 	std::string const lead = FormatTime(range["samples"].get<std::int64_t>(), GetRate(inReport)) + ", " +
 							 GetText(inReport["programme"], "layout") + ", " +
 							 std::to_string(GetRate(inReport)) + " Hz";
-	return MakeHead(title) + "<body>\n<header>\n<h1>" + title + "</h1>\n<p class=\"lead\">" +
+	return MakeHead(EscapeMarkup("Render report: " + name)) +
+		   "<body>\n<header>\n<h1>Render report: " + Isolate(name) + "</h1>\n<p class=\"lead\">" +
 		   EscapeMarkup(lead) + "</p>\n" + MakeWarnings(inReport) + MakeContents(sections) +
 		   "</header>\n<main>\n" + sections + "</main>\n</body>\n</html>\n";
 }

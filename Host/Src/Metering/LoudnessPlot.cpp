@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace SonaroHost
@@ -314,6 +315,28 @@ constexpr char const* kDarkPlotColours =
 	"--paper:#0f1318;--ink:#e6edf3;--soft:#a3adb8;--line:#2f363f;--momentary:#858f9a;--short-term:#6cb6ff;"
 	"--integrated:#ff8a80;--target:#56d364";
 
+// A property of CSS in one of the colours. What knows no variables, as many programs that show SVG, takes the light one.
+std::string GetPlotColour(std::string const& inProperty, std::string const& inName)
+{
+	std::string const name = "--" + inName + ":";
+	std::string_view const colours = kLightPlotColours;
+	constexpr std::size_t kLength = std::string_view("#000000").size();
+	std::string const light(colours.substr(colours.find(name) + name.size(), kLength));
+	return inProperty + ":" + light + ";" + inProperty + ":var(--" + inName + "," + light + ")";
+}
+
+// What a plot of one programme shows, in words.
+std::string DescribePlot(PlottedLoudness const& inPlot)
+{
+	LoudnessSeries const& series = *inPlot.mSeries;
+	auto const range = series.GetRange();
+	return ": " + inPlot.mTitle + ". Momentary at most " +
+		   FormatPlotNumber(series.GetMomentaryMaximum().mLoudness) + " LUFS, short-term at most " +
+		   FormatPlotNumber(series.GetShortTermMaximum().mLoudness) + " LUFS" +
+		   (range ? ", loudness range " + FormatPlotNumber(*range) + " LU" : "") +
+		   (inPlot.mTarget ? ", target " + FormatPlotNumber(*inPlot.mTarget) + " LUFS" : "");
+}
+
 } // namespace
 
 std::string GetPlotColours()
@@ -327,17 +350,24 @@ std::string GetPlotColours()
 
 std::string GetPlotStyle()
 {
-	return ".plot text{font:13px system-ui,sans-serif;fill:var(--soft)}\n"
-		   ".plot .plot-title{font-size:15px;font-weight:600;fill:var(--ink)}\n"
+	auto const colour = [](char const* inProperty, char const* inName)
+	{ return GetPlotColour(inProperty, inName); };
+	return ".plot text{font:13px system-ui,sans-serif;" + colour("fill", "soft") +
+		   "}\n"
+		   ".plot .plot-title{font-size:15px;font-weight:600;" +
+		   colour("fill", "ink") +
+		   "}\n"
 		   ".plot .plot-level,.plot .plot-unit{text-anchor:end}\n"
 		   ".plot .plot-time,.plot .plot-note{text-anchor:middle}\n"
-		   ".plot .plot-note{paint-order:stroke;stroke:var(--paper);stroke-width:6px}\n"
+		   ".plot .plot-note{paint-order:stroke;stroke-width:6px;" +
+		   colour("stroke", "paper") +
+		   "}\n"
 		   ".plot line,.plot path{fill:none;stroke-width:1;stroke-linejoin:round}\n"
-		   ".plot .plot-line{stroke:var(--line)}\n"
-		   ".plot .plot-momentary{stroke:var(--momentary)}\n"
-		   ".plot .plot-short-term{stroke:var(--short-term);stroke-width:2}\n"
-		   ".plot .plot-integrated{stroke:var(--integrated);stroke-width:2;stroke-dasharray:8 4}\n"
-		   ".plot .plot-target{stroke:var(--target);stroke-width:2;stroke-dasharray:2 4}\n";
+		   ".plot .plot-line{" +
+		   colour("stroke", "line") + "}\n.plot .plot-momentary{" + colour("stroke", "momentary") +
+		   "}\n.plot .plot-short-term{stroke-width:2;" + colour("stroke", "short-term") +
+		   "}\n.plot .plot-integrated{stroke-width:2;stroke-dasharray:8 4;" + colour("stroke", "integrated") +
+		   "}\n.plot .plot-target{stroke-width:2;stroke-dasharray:2 4;" + colour("stroke", "target") + "}\n";
 }
 
 std::string DrawLoudness(std::vector<PlottedLoudness> const& inPlots, PlotPlace inPlace, PlotSize inSize)
@@ -346,14 +376,15 @@ std::string DrawLoudness(std::vector<PlottedLoudness> const& inPlots, PlotPlace 
 	std::string const width = std::to_string(inSize.mWidth);
 	std::string const height = std::to_string(inSize.mHeight * inPlots.size());
 	std::string const title =
-		"Loudness over time" + (inPlots.size() == 1 ? ": " + EscapeMarkup(inPlots.front().mTitle) : "");
+		"Loudness over time" + (inPlots.size() == 1 ? EscapeMarkup(DescribePlot(inPlots.front())) : "");
 	std::string text = "<svg class=\"plot\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + width +
 					   " " + height + "\" role=\"img\" aria-label=\"" + title + "\"";
 	if (inPlace == PlotPlace::kFile)
 	{
 		text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + text + " width=\"" + width + "\" height=\"" +
 			   height + "\"><style>\n" + GetPlotColours() + GetPlotStyle() +
-			   "</style>\n<rect width=\"100%\" height=\"100%\" style=\"fill:var(--paper)\"/>\n";
+			   "</style>\n<rect width=\"100%\" height=\"100%\" style=\"" + GetPlotColour("fill", "paper") +
+			   "\"/>\n";
 	}
 	else
 	{
