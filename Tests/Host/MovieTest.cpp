@@ -728,18 +728,25 @@ TEST_F(Movies, DelayAndPaddingThatATagStatesAreDropped)
 	auto const atom = [](std::string const& inName, std::string const& inContent)
 	{ return Number(inContent.size() + 8, 4) + inName + inContent; };
 	// What iTunes writes: hexadecimal numbers of the delay, the padding and the samples between them.
-	std::string const tag = atom("----",
-		atom("mean", Number(0, 4) + "com.apple.iTunes") + atom("name", Number(0, 4) + "iTunSMPB") +
-			atom("data", Number(1, 4) + Number(0, 4) + " 00000000 00000400 000003BF 0000000000009C41"));
-	std::string const handler = atom("hdlr", Number(0, 8) + "mdirappl" + Number(0, 9));
-	std::string const movie = ReadBytes(mFolder / "a.m4a");
-	WriteBytes(mFolder / "b.m4a",
-		ReplaceAtom(movie, movie.rfind("udta") - 4,
-			atom("udta", atom("meta", Number(0, 4) + handler + atom("ilst", tag))), {"moov"}));
+	auto const tagMovie = [&](std::string const& inNumbers)
+	{
+		std::string const tag = atom("----", atom("mean", Number(0, 4) + "com.apple.iTunes") +
+												 atom("name", Number(0, 4) + "iTunSMPB") +
+												 atom("data", Number(1, 4) + Number(0, 4) + inNumbers));
+		std::string const handler = atom("hdlr", Number(0, 8) + "mdirappl" + Number(0, 9));
+		std::string const movie = ReadBytes(mFolder / "a.m4a");
+		WriteBytes(mFolder / "b.m4a",
+			ReplaceAtom(movie, movie.rfind("udta") - 4,
+				atom("udta", atom("meta", Number(0, 4) + handler + atom("ilst", tag))), {"moov"}));
+	};
+	tagMovie(" 00000000 00000400 000003BF 0000000000009C41");
 	Sound const read = ReadMovie(mFolder / "b.m4a");
 	EXPECT_EQ(read.GetFrames(), kFrames);
 	EXPECT_EQ(FindLag(read, source, 2100), 0);
 	EXPECT_TRUE(InspectAudioFile(mFolder / "b.m4a").mDamage->Get().empty());
+	// That of a longer file.
+	tagMovie(" 00000000 00000400 000003BF 0000000000109C41");
+	EXPECT_LT(InspectAudioFile(mFolder / "b.m4a").mFrames, kFrames + 4096);
 	// Without the tag, nothing says what the encoder added.
 	EXPECT_EQ(FindLag(ReadMovie(mFolder / "a.m4a"), source, 2100), 1024);
 }

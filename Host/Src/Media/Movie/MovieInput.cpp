@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -213,9 +214,19 @@ std::optional<std::int64_t> MovieInput::FindTaggedLength() const
 	unsigned padding = 0;
 	std::uint64_t samples = 0;
 	// Hexadecimal numbers: 0, the delay, the padding, what is between them, and others.
-	bool const isWhole = std::sscanf(tag->value, " %*x %x %x %" SCNx64, &delay, &padding, &samples) == 3;
 	constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 40;
-	return isWhole && samples > 0 && samples < kMostSamples
+	if (std::sscanf(tag->value, " %*x %x %x %" SCNx64, &delay, &padding, &samples) != 3 || samples == 0 ||
+		samples > kMostSamples)
+	{
+		return std::nullopt;
+	}
+	// A tag that was kept when the file was cut does not fit it any more. The last packet may be stated as shorter.
+	constexpr std::int64_t kTwoPackets = 4096;
+	AVStream const& stream = GetStream(mAudioStreams.front());
+	std::int64_t const all = static_cast<std::int64_t>(samples) + delay + padding;
+	std::int64_t const stated =
+		Libav().av_rescale_q(stream.duration, stream.time_base, {1, stream.codecpar->sample_rate});
+	return stream.duration > 0 && std::abs(all - stated) <= kTwoPackets
 			   ? std::optional(static_cast<std::int64_t>(samples))
 			   : std::nullopt;
 }
