@@ -6,6 +6,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <array>
+#include <memory>
 #include <vector>
 
 namespace SN
@@ -78,7 +79,8 @@ private:
 	// cursor.
 	void CopyToRing(Block& ioBlock, unsigned inRingIndex, unsigned inCount);
 
-	SincFilter mFilter;
+	// Null until Init, and at a ratio that is out of range.
+	std::shared_ptr<SincFilter const> mFilter;
 	double mRatio = 0.0;
 	bool mStepsAreWhole = false;
 	float mPhase = 0.0f;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace SN
@@ -15,10 +16,13 @@ namespace SN
 class SincFilter
 {
 public:
-	SincFilter() = default;
 	// inRatio is input rate over output rate, 0.04 to 100. High quality has ten times the length at
 	// twenty times the steps.
 	SincFilter(double inRatio, bool inHighQuality);
+
+	// The filter that all resamplers of these values share; it goes with the last of them. From any thread, under a
+	// lock.
+	static std::shared_ptr<SincFilter const> GetShared(double inRatio, bool inHighQuality);
 
 	int GetOversampling() const { return mOversampling; }
 	// Steps that an output advances, and its whole part.

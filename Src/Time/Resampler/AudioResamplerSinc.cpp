@@ -38,9 +38,9 @@ void AudioResamplerSinc::Init(
 	{
 		return;
 	}
-	mFilter = SincFilter(mRatio, inHighQuality);
-	mStepsAreWhole = mFilter.GetIncrement() == static_cast<float>(mFilter.GetIntegerStep());
-	mCoefficients.resize(mStepsAreWhole ? 0 : kBatch * static_cast<std::size_t>(mFilter.GetNumTaps()));
+	mFilter = SincFilter::GetShared(mRatio, inHighQuality);
+	mStepsAreWhole = mFilter->GetIncrement() == static_cast<float>(mFilter->GetIntegerStep());
+	mCoefficients.resize(mStepsAreWhole ? 0 : kBatch * static_cast<std::size_t>(mFilter->GetNumTaps()));
 	SizeRing();
 	mOverflow.Init(mNumChannels, inHighQuality ? 262144 : 65536);
 	mOverflowCount = 0;
@@ -49,10 +49,10 @@ void AudioResamplerSinc::Init(
 
 void AudioResamplerSinc::SizeRing()
 {
-	auto const span = static_cast<unsigned>(mFilter.GetHalfTaps()) * 16;
+	auto const span = static_cast<unsigned>(mFilter->GetHalfTaps()) * 16;
 	mRingSize = span == 0 ? 2 : std::bit_floor(span) * 4;
 	mRefillBlock = mRingSize / 2;
-	mDelayLine.Init(mNumChannels, mRingSize + static_cast<unsigned>(mFilter.GetNumTaps()));
+	mDelayLine.Init(mNumChannels, mRingSize + static_cast<unsigned>(mFilter->GetNumTaps()));
 	mWriteIndex = 0;
 	mIsPriming = true;
 }
@@ -177,7 +177,7 @@ void AudioResamplerSinc::MakeSamples(Block& ioBlock)
 
 void AudioResamplerSinc::AddPosition()
 {
-	auto const halfTaps = static_cast<unsigned>(mFilter.GetHalfTaps());
+	auto const halfTaps = static_cast<unsigned>(mFilter->GetHalfTaps());
 	unsigned const first = (mCentreIndex < halfTaps ? mCentreIndex + mRingSize : mCentreIndex) - halfTaps + 1;
 	int const row = mStepsAreWhole ? mIntPhase : static_cast<int>(mPhase);
 	mPositions[mNumPositions++] = {first, row, mStepsAreWhole ? 0.0f : mPhase - static_cast<float>(row)};
@@ -187,16 +187,16 @@ void AudioResamplerSinc::Advance(Block& ioBlock)
 {
 	if (mStepsAreWhole)
 	{
-		mIntPhase += mFilter.GetIntegerStep();
-		while (mIntPhase >= mFilter.GetOversampling())
+		mIntPhase += mFilter->GetIntegerStep();
+		while (mIntPhase >= mFilter->GetOversampling())
 		{
-			mIntPhase -= mFilter.GetOversampling();
+			mIntPhase -= mFilter->GetOversampling();
 			StepInput(ioBlock);
 		}
 		return;
 	}
-	auto const oversampling = static_cast<float>(mFilter.GetOversampling());
-	mPhase += mFilter.GetIncrement();
+	auto const oversampling = static_cast<float>(mFilter->GetOversampling());
+	mPhase += mFilter->GetIncrement();
 	while (mPhase >= oversampling)
 	{
 		mPhase -= oversampling;
@@ -208,7 +208,7 @@ void AudioResamplerSinc::StepInput(Block& ioBlock)
 {
 	++mCentreIndex;
 	++mConsumedCount;
-	if (mCentreIndex + 1 + static_cast<unsigned>(mFilter.GetHalfTaps()) >= mRefillThreshold)
+	if (mCentreIndex + 1 + static_cast<unsigned>(mFilter->GetHalfTaps()) >= mRefillThreshold)
 	{
 		// What waits in the batch still reads the samples that go.
 		FlushBatch(ioBlock);
@@ -228,7 +228,7 @@ void AudioResamplerSinc::CopyToRing(Block& ioBlock, unsigned inRingIndex, unsign
 {
 	unsigned const capacity = ioBlock.mInput.GetCapacity();
 	unsigned const inside = std::min(inCount, capacity - std::min(capacity, ioBlock.mInputCursor));
-	auto const numTaps = static_cast<unsigned>(mFilter.GetNumTaps());
+	auto const numTaps = static_cast<unsigned>(mFilter->GetNumTaps());
 	for (unsigned long long channel = 0; channel < mNumChannels; ++channel)
 	{
 		float* const ring = mDelayLine.GetChannel(channel);
@@ -274,19 +274,19 @@ void AudioResamplerSinc::FlushBatch(Block& ioBlock)
 
 void AudioResamplerSinc::InterpolateCoefficients()
 {
-	auto const numTaps = static_cast<unsigned>(mFilter.GetNumTaps());
+	auto const numTaps = static_cast<unsigned>(mFilter->GetNumTaps());
 	for (unsigned i = 0; i < mNumPositions; ++i)
 	{
 		Position const& position = mPositions[i];
-		zorvaccelerate::utility::InterpolateCoefficients(numTaps, mFilter.GetRow(position.mRow),
-			mFilter.GetRow(position.mRow - 1), position.mFraction, mCoefficients.data() + i * numTaps);
+		zorvaccelerate::utility::InterpolateCoefficients(numTaps, mFilter->GetRow(position.mRow),
+			mFilter->GetRow(position.mRow - 1), position.mFraction, mCoefficients.data() + i * numTaps);
 	}
 }
 
 void AudioResamplerSinc::FilterBatch(unsigned long long inChannel, float* outSamples) const
 {
 	using zorvaccelerate::utility::FilterEight;
-	auto const numTaps = static_cast<unsigned>(mFilter.GetNumTaps());
+	auto const numTaps = static_cast<unsigned>(mFilter->GetNumTaps());
 	float const* const ring = mDelayLine.GetChannel(inChannel);
 	std::array<float const*, kBatch> samples;
 	std::array<float const*, kBatch> rows;
@@ -296,7 +296,7 @@ void AudioResamplerSinc::FilterBatch(unsigned long long inChannel, float* outSam
 		// A batch that is not full is filled up with its first output.
 		unsigned const position = i < mNumPositions ? i : 0;
 		samples[i] = ring + mPositions[position].mFirst;
-		rows[i] = mFilter.GetRow(mPositions[position].mRow);
+		rows[i] = mFilter->GetRow(mPositions[position].mRow);
 		// Whole steps need none.
 		coefficients[i] = mCoefficients.empty() ? nullptr : mCoefficients.data() + position * numTaps;
 	}

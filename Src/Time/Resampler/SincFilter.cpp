@@ -1,9 +1,12 @@
 #include "Time/Resampler/SincFilter.h"
 
 #include "Vexilon/Constants.h"
+#include "zorvcore/threads/RecursiveMutex.h"
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <utility>
 
 namespace SN
 {
@@ -39,7 +42,8 @@ float KaiserWindow(int inIndex, int inLength)
 	float const length = static_cast<float>(inLength - 1);
 	float const argument = std::max(1.0f - 4.0f * index * index / (length * length), 0.0f);
 	float const root = static_cast<float>(kKaiserBeta * std::sqrt(static_cast<double>(argument)));
-	return BesselI0(root) / BesselI0(kKaiserBeta);
+	static float const sNorm = BesselI0(kKaiserBeta);
+	return BesselI0(root) / sNorm;
 }
 
 } // namespace
@@ -56,6 +60,24 @@ SincFilter::SincFilter(double inRatio, bool inHighQuality)
 	mHalfTaps = (length / 2 - mOversampling) / mOversampling;
 	mNumTaps = 2 * mHalfTaps + 2;
 	StoreRows(Design(length, cutoffDivisor, mOversampling), (length - 1) / 2);
+}
+
+std::shared_ptr<SincFilter const> SincFilter::GetShared(double inRatio, bool inHighQuality)
+{
+	static zorvcore::threads::RecursiveMutex sMutex("SincFilter");
+	static std::map<std::pair<double, bool>, std::weak_ptr<SincFilter const>> sPublished;
+
+	zorvcore::threads::ScopedRecursiveLock const lock(sMutex, "SincFilter::GetShared");
+	std::erase_if(sPublished, [](auto const& inEntry) { return inEntry.second.expired(); });
+	std::weak_ptr<SincFilter const>& published = sPublished[{inRatio, inHighQuality}];
+	std::shared_ptr<SincFilter const> filter = published.lock();
+	if (!filter)
+	{
+		// The memory goes with the last resampler, not with the weak reference.
+		filter = std::shared_ptr<SincFilter const>(new SincFilter(inRatio, inHighQuality));
+		published = filter;
+	}
+	return filter;
 }
 
 std::vector<float> SincFilter::Design(int inLength, int inCutoffDivisor, int inOversampling)
