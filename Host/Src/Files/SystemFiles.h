@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <system_error>
 
 namespace SonaroHost
 {
@@ -50,10 +49,6 @@ public:
 private:
 	int mDescriptor = -1;
 };
-
-// Renames a file unless something has the new name already, which is the error std::errc::file_exists. Nobody can take the
-// name in between, but on file systems that can neither do this nor give a file two names.
-std::error_code RenameToFreeName(std::filesystem::path const& inFrom, std::filesystem::path const& inTo);
 
 // Removes a regular file unless somebody has marked it. On file systems without such marks, it stays.
 void RemoveUnmarked(std::filesystem::path const& inPath);

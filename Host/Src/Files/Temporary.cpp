@@ -1,6 +1,6 @@
 #include "SonaroHost/Files/Temporary.h"
 
-#include "SystemFiles.h"
+#include "FreeName.h"
 
 #include <cstdlib>
 #include <map>
