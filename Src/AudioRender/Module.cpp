@@ -3,6 +3,7 @@
 #include "AudioRender/Core/NestingLimit.h"
 #include "Prefetch/AudioPrefetchModule.h"
 #include "Sonaro/AudioWaveformQueue.h"
+#include "Time/Scaler/AudioTimeScalerFactory.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 
 namespace SN
@@ -15,6 +16,7 @@ bool StartModule()
 {
 	ReadMaxNestableSequenceInstances();
 	AudioPrefetch::Startup();
+	AudioTimeScalerFactory::InstallDefault();
 	return true;
 }
 
@@ -23,6 +25,7 @@ void StopModule()
 	// Prefetch ends first: while it ends, it may put a request to the waveform queue, and make it anew.
 	AudioPrefetch::Shutdown();
 	AudioWaveformQueue::Shutdown();
+	AudioTimeScalerFactory::Uninstall();
 }
 
 [[maybe_unused]] bool const sIsStartedWithTheLibrary = (EnsureModule(), true);
