@@ -35,6 +35,7 @@
 #include "Panner/AudioPannerStereoToStereo.h"
 #include "Panner/ChannelMixerAudioPanProcessor.h"
 #include "Sonaro/PanProcessorType.h"
+#include "Time/TimeAlteredAudioClipTrackItemRenderer.h"
 
 #include <mutex>
 
@@ -156,13 +157,19 @@ public:
 			outGenerator);
 	}
 
-	int CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-		InterfaceRef<IAudioGenerator> const&, std::vector<InterfaceRef<IAudioProcessor>> const&,
-		InterfaceRef<IAudioPanProcessor>, double, bool, bool, InterfaceRef<VX::ITimeTransform>,
-		TickTime const&, TickTime const&, double, TickTime const&, TickTime const&,
-		InterfaceRef<IAudioGenerator>*) const override
+	int CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inGenerator,
+		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,
+		InterfaceRef<IAudioPanProcessor> inPanner, double inSpeed, bool inReverse, bool inMaintainPitch,
+		InterfaceRef<VX::ITimeTransform> inTimeTransform, TickTime const& inTimeOffset,
+		TickTime const& inSecondTimeOffset, double inScalerSpeed, TickTime const& inItemStartTime,
+		TickTime const& inItemEndTime, InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return eNotImplemented;
+		return CreateNode<TimeAlteredAudioClipTrackItemRenderer>(
+			TimeAlteredAudioClipTrackItemSettings{inContext, inFrameRate, inGenerator, inProcessors, inPanner,
+				inSpeed, inReverse, inMaintainPitch, inTimeTransform, inTimeOffset, inSecondTimeOffset,
+				inScalerSpeed, inItemStartTime, inItemEndTime},
+			outGenerator);
 	}
 
 	int CreateAudioTransitionRenderer(InterfaceRef<IAudioRenderContext> inContext,

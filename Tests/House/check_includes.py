@@ -29,8 +29,8 @@ ENGINE = [
     {"Source": ["Inc/AudioRender/Source/", "Src/AudioRender/Source/"]},
     {"Component": ["Inc/AudioRender/Component/", "Src/AudioRender/Component/"],
      "Panner": ["Inc/Panner/", "Src/Panner/"]},
-    {"Track": ["Inc/AudioRender/Track/", "Src/AudioRender/Track/"],
-     "Time": ["Inc/Time/", "Src/Time/"]},
+    {"Track": ["Inc/AudioRender/Track/", "Src/AudioRender/Track/"]},
+    {"Time": ["Inc/Time/", "Src/Time/"]},
     {"Routing": ["Inc/AudioRender/Routing/", "Src/AudioRender/Routing/"]},
     {"Factory": ["Src/AudioRender/"]},
 ]

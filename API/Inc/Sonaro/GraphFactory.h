@@ -101,16 +101,22 @@ public:
 	InterfaceRef<IAudioGenerator> CreateRealtimeAudioClipTrackItemRenderer(
 		RealtimeAudioClipTrackItemSettings const& inSettings) const
 	{
-		InterfaceRef<IAudioPanProcessor> panner = inSettings.mPanProcessor;
-		InterfaceRef<IAudioGeneratorPrivate> const source = inSettings.mSource;
-		if (!panner && source && inSettings.mContext)
-		{
-			panner =
-				CreateNoneAudioPanProcessorRenderer(inSettings.mContext, source->GetAudioChannelLayout());
-		}
 		return Make<IAudioGenerator>("an item", &ISonaroFactory::CreateRealtimeAudioClipTrackItemRenderer,
-			inSettings.mContext, inSettings.mFrameRate, inSettings.mSource, inSettings.mProcessors, panner,
-			inSettings.mSpeed, inSettings.mTimeTransform, inSettings.mTimeOffset);
+			inSettings.mContext, inSettings.mFrameRate, inSettings.mSource, inSettings.mProcessors,
+			GetPanProcessor(inSettings, inSettings.mSource), inSettings.mSpeed, inSettings.mTimeTransform,
+			inSettings.mTimeOffset);
+	}
+
+	// As above.
+	InterfaceRef<IAudioGenerator> CreateTimeAlteredAudioClipTrackItemRenderer(
+		TimeAlteredAudioClipTrackItemSettings const& inSettings) const
+	{
+		return Make<IAudioGenerator>("an item", &ISonaroFactory::CreateTimeAlteredAudioClipTrackItemRenderer,
+			inSettings.mContext, inSettings.mFrameRate, inSettings.mGenerator, inSettings.mProcessors,
+			GetPanProcessor(inSettings, inSettings.mGenerator), inSettings.mSpeed, inSettings.mReverse,
+			inSettings.mMaintainPitch, inSettings.mTimeTransform, inSettings.mTimeOffset,
+			inSettings.mSecondTimeOffset, inSettings.mScalerSpeed, inSettings.mItemStartTime,
+			inSettings.mItemEndTime);
 	}
 
 	// As above.
@@ -249,6 +255,17 @@ private:
 		{
 			mRefuse(inResult, inWhat);
 		}
+	}
+
+	// The item's own, or one that passes its source's channels on.
+	template <class ItemSettings>
+	InterfaceRef<IAudioPanProcessor> GetPanProcessor(
+		ItemSettings const& inSettings, InterfaceRef<IAudioGeneratorPrivate> const& inSource) const
+	{
+		return inSettings.mPanProcessor || !inSource || !inSettings.mContext
+				   ? inSettings.mPanProcessor
+				   : CreateNoneAudioPanProcessorRenderer(
+						 inSettings.mContext, inSource->GetAudioChannelLayout());
 	}
 
 	template <class Node, class Creator, class... Arguments>

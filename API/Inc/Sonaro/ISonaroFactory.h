@@ -137,7 +137,10 @@ public:
 
 	// An item of a track that plays its generator at another speed, forward or with inReverse backward, and
 	// with inMaintainPitch at the pitch that it has at inScalerSpeed times the normal speed. Its processors and
-	// its pan processor run at the clip's own time. eNotImplemented.
+	// its pan processor run at the clip's own time. It plays from its beginning on, whatever the times it is asked for;
+	// Reset goes back there. See TimeAlteredAudioClipTrackItemSettings for the arguments. eInvalidArgument when
+	// inSpeed / inScalerSpeed is not a finite number; the null-pointer exception without a pan processor, and
+	// with inMaintainPitch without a factory of time scalers.
 	virtual int CreateTimeAlteredAudioClipTrackItemRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioGenerator> const& inGenerator,
 		std::vector<InterfaceRef<IAudioProcessor>> const& inProcessors,

@@ -42,6 +42,39 @@ struct RealtimeAudioClipTrackItemSettings
 	TickTime mTimeOffset = kTimeZero;
 };
 
+// See ISonaroFactory::CreateTimeAlteredAudioClipTrackItemRenderer.
+struct TimeAlteredAudioClipTrackItemSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext = {};
+	FrameRate mFrameRate = {};
+	// Required.
+	InterfaceRef<IAudioGenerator> mGenerator = {};
+	// In the order of processing, on the source's channels and at its speed.
+	std::vector<InterfaceRef<IAudioProcessor>> mProcessors = {};
+	// From the source's layout to the track's. ISonaroFactory wants one; where GraphFactory is given none, the source's
+	// channels go on as they are.
+	InterfaceRef<IAudioPanProcessor> mPanProcessor = {};
+	// The source's samples for each sample of the track, above 0.
+	double mSpeed = 1.0;
+	// Plays the source from its end to its beginning.
+	bool mReverse = false;
+	bool mMaintainPitch = false;
+	// Kept for hosts that map times themselves: the item plays at one speed, and asks it for nothing.
+	InterfaceRef<VX::ITimeTransform> mTimeTransform = zorvcore::classref::MakeObject<IdentityTimeTransform>();
+	// Added to the item's time: only where that makes a first request begin before time 0 is it heard, as media that
+	// begins earlier.
+	TickTime mTimeOffset = kTimeZero;
+	// Added to the clip's time at which parameters are sampled.
+	TickTime mSecondTimeOffset = kTimeZero;
+	// How much of mSpeed the time scaler makes up where the pitch is kept, from 0.1 to 10; a resampler does the rest.
+	// 1 where it is not.
+	double mScalerSpeed = 1.0;
+	// Where the item lies in its sequence: in reverse it begins to read as far into the source as it is long, times
+	// mSpeed / mScalerSpeed.
+	TickTime mItemStartTime = kTimeZero;
+	TickTime mItemEndTime = kTimeZero;
+};
+
 // See ISonaroFactory::CreateAudioMixRenderer.
 struct AudioMixSettings
 {

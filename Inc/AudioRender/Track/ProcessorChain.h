@@ -6,6 +6,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
+#include <limits>
 #include <vector>
 
 namespace SN
@@ -53,6 +54,11 @@ public:
 		bool mBlocksSkipSendDelays = false;
 		// A pan processor that is left out has no say in where parameters change, and keeps its own.
 		bool mIdlePanRests = false;
+		// Every request is cut on the grid, whether anything changes or not, also with nothing to run but what samples
+		// parameters.
+		bool mAlwaysCuts = false;
+		// No piece of a request that is cut is longer.
+		unsigned mMaxPiece = std::numeric_limits<unsigned>::max();
 	};
 
 	void Init(Processors const& inProcessors, InterfaceRef<IAudioPanProcessor> const& inPanProcessor);

@@ -97,7 +97,7 @@ TickTime ProcessorChain::FindNextChange(TickTime const& inTime, bool inWithPan) 
 void ProcessorChain::Run(
 	ChainRequest const& inRequest, AudioRenderContextClient const& inClient, Policy const& inPolicy)
 {
-	if (mLinks.empty() && !inRequest.mPanOutput)
+	if (mLinks.empty() && !inRequest.mPanOutput && !inPolicy.mAlwaysCuts)
 	{
 		return;
 	}
@@ -109,7 +109,7 @@ void ProcessorChain::Run(
 		time.AddFrames(static_cast<long long>(frames) - mBlockPosition, inRequest.mFrameRate);
 	}
 	bool const withPan = inRequest.mPanOutput || !inPolicy.mIdlePanRests;
-	TickTime const change = inRequest.mReverse ? time : FindNextChange(time, withPan);
+	TickTime const change = inRequest.mReverse || inPolicy.mAlwaysCuts ? time : FindNextChange(time, withPan);
 	TickTime end = time;
 	end.AddFrames(frames, inRequest.mFrameRate);
 	if (end >= change)
@@ -140,7 +140,8 @@ void ProcessorChain::RunBlocks(
 		{
 			UpdateControls(time, withPan);
 		}
-		unsigned const size = std::min(remaining, inInterval - std::min(mBlockPosition, inInterval - 1));
+		unsigned const size =
+			std::min({remaining, inInterval - std::min(mBlockPosition, inInterval - 1), inPolicy.mMaxPiece});
 		inRequest.mWindow.SetUseSize(size);
 		if (inRequest.mPanOutput)
 		{
