@@ -14,7 +14,7 @@ namespace zorvcore::utility
 class ZORV_API HashValueMixerState
 {
 public:
-	HashValueMixerState() noexcept;
+	HashValueMixerState() noexcept {}
 
 private:
 	friend ZORV_API void UpdateHashState(
@@ -23,7 +23,10 @@ private:
 
 	static constexpr std::size_t kStateSize = 576;
 
+	// The bytes themselves while they are few, then the algorithm's running state.
 	alignas(64) std::byte mState[kStateSize];
+	// How many these are; one number above the few for a running state.
+	std::size_t mKept = 0;
 };
 
 // Appends inSize bytes; inData may be null when there are none.
