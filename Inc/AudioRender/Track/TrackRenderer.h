@@ -8,6 +8,8 @@
 #include "AudioRender/Track/TrackMute.h"
 #include "Sonaro/ICachedAudioGenerator.h"
 
+#include <string_view>
+
 namespace SN
 {
 
@@ -32,7 +34,7 @@ public:
 
 protected:
 	// inCacheSalt: the name of the class's GenerateAudio; a literal.
-	explicit TrackRenderer(char const* inCacheSalt)
+	explicit TrackRenderer(std::string_view inCacheSalt)
 		: mCacheSalt(inCacheSalt)
 	{
 	}
@@ -66,7 +68,7 @@ protected:
 	bool mPrerolled = false;
 
 private:
-	char const* mCacheSalt;
+	std::string_view mCacheSalt;
 };
 
 } // namespace SN

@@ -2,7 +2,9 @@
 
 #include "zorvcore/utility/Hash.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace SN
 {
@@ -24,12 +26,14 @@ void TrackCache::MixInto(dsp::AudioBuffer& ioBuffer) const
 Guid TrackCache::HashRequest(
 	std::string_view inSalt, unsigned inNumSamples, TickTime const& inTime, bool inReverse)
 {
+	std::int64_t const ticks = inTime.GetTicks();
+	std::byte request[sizeof(inNumSamples) + sizeof(ticks) + sizeof(inReverse)];
+	std::memcpy(request, &inNumSamples, sizeof(inNumSamples));
+	std::memcpy(request + sizeof(inNumSamples), &ticks, sizeof(ticks));
+	std::memcpy(request + sizeof(inNumSamples) + sizeof(ticks), &inReverse, sizeof(inReverse));
 	zorvcore::utility::HashValueMixerState state;
-	auto const ticks = static_cast<std::int64_t>(inTime.GetTicks());
 	zorvcore::utility::UpdateHashState(state, inSalt.data(), inSalt.size());
-	zorvcore::utility::UpdateHashState(state, &inNumSamples, sizeof(inNumSamples));
-	zorvcore::utility::UpdateHashState(state, &ticks, sizeof(ticks));
-	zorvcore::utility::UpdateHashState(state, &inReverse, sizeof(inReverse));
+	zorvcore::utility::UpdateHashState(state, request, sizeof(request));
 	Guid digest;
 	zorvcore::utility::GetHashResult(state, digest);
 	return digest;
