@@ -7,8 +7,8 @@ namespace dsp
 
 void AudioSubBuffer::Init(unsigned long long inChannels)
 {
-	SetMemory(mWindowChannels, inChannels, 0, false);
-	std::fill_n(mWindowChannels, inChannels, nullptr);
+	// Without channels to show until there is something to aim at.
+	SetMemory(nullptr, inChannels, 0, false);
 	mParent = nullptr;
 	mFlags = SilenceFlags();
 }
@@ -46,6 +46,7 @@ void AudioSubBuffer::Aim(unsigned inOffset, unsigned inCapacity)
 	{
 		mWindowChannels[channel] = nullptr;
 	}
+	mChannels = mWindowChannels;
 	mFlags = SilenceFlags();
 	mCapacity = inCapacity;
 	mUseSize = inCapacity;

@@ -327,7 +327,12 @@ void AudioClipTrackRenderer::RenderChunk(
 
 void AudioClipTrackRenderer::RunChain(Request const& inRequest, dsp::AudioSubBuffer& ioWindow)
 {
-	ioWindow.Assign(inRequest.mItemBuffer, 0);
+	// Where one item fills the request, the window covers it already.
+	unsigned const frames = inRequest.mItemBuffer.GetUseSize();
+	if (frames == 0 || ioWindow.GetCapacity() != frames || ioWindow.GetUseSize() != frames)
+	{
+		ioWindow.Assign(inRequest.mItemBuffer, 0);
+	}
 	dsp::AudioSubBuffer panOutput;
 	if (inRequest.mPanAlters)
 	{

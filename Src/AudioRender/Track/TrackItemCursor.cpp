@@ -6,7 +6,12 @@ namespace SN
 bool TrackItemCursor::MoveTo(TickTime const& inTime)
 {
 	std::size_t index = GetIndex();
-	bool const isBefore = inTime < mItems[index].mItem->GetStartTime();
+	IAudioTrackRenderableItem& current = *mItems[index].mItem;
+	bool const isBefore = inTime < current.GetStartTime();
+	if (!isBefore && inTime < current.GetEndTime())
+	{
+		return true;
+	}
 	index = isBefore ? SkipComing(index, inTime) : SkipPassed(index, inTime);
 	SetIndex(index);
 	return isBefore ? inTime >= mItems[index].mItem->GetStartTime() : index < mItems.size();
