@@ -197,7 +197,7 @@ void ItemContent::Render(
 	std::int64_t const ahead = inReverse ? -mSettings.mLatency : mSettings.mLatency;
 	if (outBuffer && CanReadInto(*outBuffer))
 	{
-		outBuffer->Zero();
+		// The engine's item has silenced it already.
 		mSettings.mContent->GetAudioData(
 			MapRun(inFrame + ahead, inCount), *outBuffer, MapDirection(inReverse));
 		return;

@@ -78,7 +78,7 @@ void PanStage::ProcessAudioData(
 		{
 			if (auto const pan = mPan.FollowAtRest(inRun, mClock))
 			{
-				PlaceAtRest(inInput, outOutput, *pan, inOffset, static_cast<unsigned>(inRun.mCount));
+				PlaceAtRest({inInput, outOutput, heard}, *pan, inOffset, static_cast<unsigned>(inRun.mCount));
 				return;
 			}
 			FrameRun piece = inRun;
@@ -86,34 +86,32 @@ void PanStage::ProcessAudioData(
 			{
 				piece.mFirst = inRun.GetFrame(done);
 				piece.mCount = std::min(kPanPiece, inRun.mCount - done);
-				Place(inInput, outOutput, piece, inOffset + static_cast<unsigned>(done));
+				Place({inInput, outOutput, heard}, piece, inOffset + static_cast<unsigned>(done));
 			}
 		});
 }
 
-void PanStage::PlaceAtRest(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan,
-	unsigned inOffset, unsigned inCount)
+void PanStage::PlaceAtRest(Passage const& inPassage, float inPan, unsigned inOffset, unsigned inCount)
 {
 	Gains const& gains = GetGainsAtRest(inPan);
-	dsp::SilenceFlags const silence = outOutput.GetSilenceFlags();
-	for (unsigned long long channel = 0; channel < outOutput.GetNumChannels(); ++channel)
+	for (unsigned long long channel = 0; channel < inPassage.mOutput.GetNumChannels(); ++channel)
 	{
-		if (!silence.Test(channel))
+		if (inPassage.mHeard.Test(channel))
 		{
-			ScaleByBoth(inCount, inInput.GetChannel(IsMono() ? 0 : channel) + inOffset, mLeftGain->mGain,
-				channel % 2 == 0 ? gains.mLeft : gains.mRight, outOutput.GetChannel(channel) + inOffset);
+			ScaleByBoth(inCount, inPassage.mInput.GetChannel(IsMono() ? 0 : channel) + inOffset,
+				mLeftGain->mGain, channel % 2 == 0 ? gains.mLeft : gains.mRight,
+				inPassage.mOutput.GetChannel(channel) + inOffset);
 		}
 	}
 }
 
-void PanStage::Place(
-	dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, FrameRun const& inRun, unsigned inOffset)
+void PanStage::Place(Passage const& inPassage, FrameRun const& inRun, unsigned inOffset)
 {
 	float pans[kPanPiece];
 	auto const count = static_cast<unsigned>(inRun.mCount);
 	if (auto const pan = mPan.Follow(inRun, mClock, pans))
 	{
-		PlaceAtRest(inInput, outOutput, *pan, inOffset, count);
+		PlaceAtRest(inPassage, *pan, inOffset, count);
 		return;
 	}
 	// The gains of the left and of the right.
@@ -124,16 +122,16 @@ void PanStage::Place(
 		gains[0][i] = moving.mLeft;
 		gains[1][i] = moving.mRight;
 	}
-	for (unsigned long long channel = 0; channel < outOutput.GetNumChannels(); ++channel)
+	for (unsigned long long channel = 0; channel < inPassage.mOutput.GetNumChannels(); ++channel)
 	{
-		if (outOutput.IsChannelSilent(channel))
+		if (!inPassage.mHeard.Test(channel))
 		{
 			continue;
 		}
 		float const* const side = gains[channel % 2];
 		float const left = mLeftGain->mGain;
-		float const* const input = inInput.GetChannel(IsMono() ? 0 : channel) + inOffset;
-		float* const output = outOutput.GetChannel(channel) + inOffset;
+		float const* const input = inPassage.mInput.GetChannel(IsMono() ? 0 : channel) + inOffset;
+		float* const output = inPassage.mOutput.GetChannel(channel) + inOffset;
 		for (unsigned i = 0; i < count; ++i)
 		{
 			float const scaled = (input[i] * left) * side[i];

@@ -51,15 +51,22 @@ private:
 		float mRight = 0.0f;
 	};
 
+	// What goes from where to where.
+	struct Passage
+	{
+		dsp::AudioBuffer const& mInput;
+		dsp::AudioBuffer& mOutput;
+		// The channels of the output that get a sound.
+		dsp::SilenceFlags mHeard;
+	};
+
 	dsp::SilenceFlags FindHeard(dsp::AudioBuffer const& inInput, dsp::AudioBuffer const& inOutput) const;
 	Gains GetGains(float inPan) const;
 	// The same without working it out anew for a pan that rests.
 	Gains const& GetGainsAtRest(float inPan);
 	bool IsMono() const { return mInput.size() == 1; }
-	void PlaceAtRest(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, float inPan,
-		unsigned inOffset, unsigned inCount);
-	void Place(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput, FrameRun const& inRun,
-		unsigned inOffset);
+	void PlaceAtRest(Passage const& inPassage, float inPan, unsigned inOffset, unsigned inCount);
+	void Place(Passage const& inPassage, FrameRun const& inRun, unsigned inOffset);
 
 	ParameterFollower<float> mPan;
 	StageClock mClock;
