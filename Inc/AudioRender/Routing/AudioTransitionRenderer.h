@@ -38,7 +38,7 @@ public:
 		PrefetchRequestAccumulator& inAccumulator) override;
 	void GetAudioData(
 		TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
-	AudioTransitionParameters const& GetParameters() const { return mParameters; }
+	AudioTransitionParameters const& GetParameters() const { return mSettings.mParameters; }
 
 	unsigned GetNumChannels() SONARO_NONBLOCKING override { return mNumChannels; }
 	unsigned GetNumOutputChannels() SONARO_NONBLOCKING override { return mNumChannels; }
@@ -60,23 +60,22 @@ private:
 
 	void MeasureWidth();
 	// What takes the item's time to a clip's.
-	TickTime GetOutgoingOffset() const { return mTransitionStartTime - mOutgoingStartTime; }
-	TickTime GetIncomingOffset() const { return mTransitionStartTime - mIncomingStartTime; }
+	TickTime GetOutgoingOffset() const
+	{
+		return mSettings.mTransitionStartTime - mSettings.mOutgoingStartTime;
+	}
+	TickTime GetIncomingOffset() const
+	{
+		return mSettings.mTransitionStartTime - mSettings.mIncomingStartTime;
+	}
 	InterfaceRef<IAudioGeneratorPrivate> FindWiderClip() const;
 	void Mix(dsp::AudioBuffer const& inOutgoing, dsp::AudioBuffer& ioIncoming, Course const& inCourse) const;
 	// Calls inUse(sample, outgoing gain, incoming gain) for so many samples.
 	template <class Use>
 	void ForEachGain(unsigned inCount, Course const& inCourse, Use const& inUse) const;
 
-	InterfaceRef<IAudioTransition> mTransition;
-	InterfaceRef<IAudioGenerator> mOutgoing;
-	InterfaceRef<IAudioGenerator> mIncoming;
-	TickTime mOutgoingStartTime;
-	TickTime mIncomingStartTime;
-	TickTime mTransitionStartTime;
-	TickTime mTransitionDuration;
+	AudioTransitionSettings mSettings;
 	unsigned mNumChannels = 0;
-	AudioTransitionParameters mParameters;
 };
 
 } // namespace SN

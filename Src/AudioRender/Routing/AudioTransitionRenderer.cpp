@@ -13,14 +13,7 @@ namespace SN
 int AudioTransitionRenderer::InitFrom(AudioTransitionSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
-	mTransition = inSettings.mTransition;
-	mParameters = inSettings.mParameters;
-	mOutgoing = inSettings.mOutgoing;
-	mIncoming = inSettings.mIncoming;
-	mOutgoingStartTime = inSettings.mOutgoingStartTime;
-	mIncomingStartTime = inSettings.mIncomingStartTime;
-	mTransitionStartTime = inSettings.mTransitionStartTime;
-	mTransitionDuration = inSettings.mTransitionDuration;
+	mSettings = inSettings;
 	MeasureWidth();
 	return result;
 }
@@ -34,8 +27,8 @@ void AudioTransitionRenderer::MeasureWidth()
 
 InterfaceRef<IAudioGeneratorPrivate> AudioTransitionRenderer::FindWiderClip() const
 {
-	InterfaceRef<IAudioGeneratorPrivate> const outgoing = mOutgoing;
-	InterfaceRef<IAudioGeneratorPrivate> const incoming = mIncoming;
+	InterfaceRef<IAudioGeneratorPrivate> const outgoing = mSettings.mOutgoing;
+	InterfaceRef<IAudioGeneratorPrivate> const incoming = mSettings.mIncoming;
 	bool const takesIncoming =
 		!outgoing || (incoming && incoming->GetNumOutputChannels() > outgoing->GetNumOutputChannels());
 	return takesIncoming ? incoming : outgoing;
@@ -45,41 +38,38 @@ InterfaceRef<IAudioGenerator> AudioTransitionRenderer::Clone()
 {
 	auto const clone = StartClone(*this);
 	clone->CopyTimesFrom(*this);
-	clone->mTransition = mTransition;
-	clone->mParameters = mParameters;
-	clone->mOutgoing = mOutgoing->Clone();
-	clone->mIncoming = mIncoming->Clone();
-	clone->mOutgoingStartTime = mOutgoingStartTime;
-	clone->mIncomingStartTime = mIncomingStartTime;
-	clone->mTransitionStartTime = mTransitionStartTime;
-	clone->mTransitionDuration = mTransitionDuration;
+	clone->mSettings = mSettings;
+	clone->mSettings.mOutgoing = mSettings.mOutgoing->Clone();
+	clone->mSettings.mIncoming = mSettings.mIncoming->Clone();
 	clone->mNumChannels = mNumChannels;
 	return clone;
 }
 
 TickTime AudioTransitionRenderer::GetDelay()
 {
-	return IsDelayCompensationDisabled() ? kTimeZero : std::max(mOutgoing->GetDelay(), mIncoming->GetDelay());
+	return IsDelayCompensationDisabled()
+			   ? kTimeZero
+			   : std::max(mSettings.mOutgoing->GetDelay(), mSettings.mIncoming->GetDelay());
 }
 
 void AudioTransitionRenderer::Preroll(TickTime const& inStartTime, bool inReverse)
 {
-	mOutgoing->Preroll(inStartTime, inReverse);
-	mIncoming->Preroll(inStartTime + GetIncomingOffset(), inReverse);
+	mSettings.mOutgoing->Preroll(inStartTime, inReverse);
+	mSettings.mIncoming->Preroll(inStartTime + GetIncomingOffset(), inReverse);
 }
 
 void AudioTransitionRenderer::FillInitialDelay(
 	TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
 {
-	mOutgoing->FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
-	mIncoming->FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
+	mSettings.mOutgoing->FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
+	mSettings.mIncoming->FillInitialDelay(inStartTime, inDelayTime, inReverse, inForceCompletion);
 }
 
 void AudioTransitionRenderer::AccumulatePrefetchRequests(
 	PrefetchRange const& inRange, PrefetchType inType, PrefetchRequestAccumulator& inAccumulator)
 {
-	mOutgoing->AccumulatePrefetchRequests(inRange + GetOutgoingOffset(), inType, inAccumulator);
-	mIncoming->AccumulatePrefetchRequests(inRange + GetIncomingOffset(), inType, inAccumulator);
+	mSettings.mOutgoing->AccumulatePrefetchRequests(inRange + GetOutgoingOffset(), inType, inAccumulator);
+	mSettings.mIncoming->AccumulatePrefetchRequests(inRange + GetIncomingOffset(), inType, inAccumulator);
 }
 
 void AudioTransitionRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse)
@@ -94,9 +84,9 @@ void AudioTransitionRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuf
 		GetStackAudioBuffer(mNumChannels, StackAudioBufferTags::kAudioTransitionRenderer));
 	dsp::AudioBuffer& outgoing = scratch.GetBuffer();
 	outgoing.SetUseSize(frames);
-	mOutgoing->GetAudioData(inTime + GetOutgoingOffset(), outgoing, inReverse);
+	mSettings.mOutgoing->GetAudioData(inTime + GetOutgoingOffset(), outgoing, inReverse);
 	FillUp(outgoing, frames);
-	mIncoming->GetAudioData(inTime + GetIncomingOffset(), ioBuffer, inReverse);
+	mSettings.mIncoming->GetAudioData(inTime + GetIncomingOffset(), ioBuffer, inReverse);
 	FillUp(ioBuffer, frames);
 	if (inReverse)
 	{
@@ -108,8 +98,8 @@ void AudioTransitionRenderer::GetAudioData(TickTime const& inTime, dsp::AudioBuf
 	{
 		TickTime const oneSample(1, GetFrameRate());
 		Mix(outgoing, ioBuffer,
-			{static_cast<float>(inTime / mTransitionDuration),
-				static_cast<float>(oneSample / mTransitionDuration)});
+			{static_cast<float>(inTime / mSettings.mTransitionDuration),
+				static_cast<float>(oneSample / mSettings.mTransitionDuration)});
 	}
 	if (inReverse)
 	{
@@ -154,13 +144,13 @@ void AudioTransitionRenderer::Mix(
 template <class Use>
 void AudioTransitionRenderer::ForEachGain(unsigned inCount, Course const& inCourse, Use const& inUse) const
 {
-	IAudioTransition& transition = *mTransition;
+	IAudioTransition& transition = *mSettings.mTransition;
 	float progress = inCourse.mStart;
 	for (unsigned sample = 0; sample < inCount; ++sample)
 	{
 		float outgoingGain = 0.0f;
 		float incomingGain = 0.0f;
-		transition.GetGainValue(mParameters, progress, outgoingGain, incomingGain);
+		transition.GetGainValue(mSettings.mParameters, progress, outgoingGain, incomingGain);
 		inUse(sample, outgoingGain, incomingGain);
 		progress += inCourse.mStep;
 	}
@@ -174,8 +164,8 @@ AudioChannelLayout AudioTransitionRenderer::GetAudioChannelLayout()
 
 void AudioTransitionRenderer::VisitNodes(NodeVisitor& ioVisitor)
 {
-	ioVisitor.Visit(mOutgoing);
-	ioVisitor.Visit(mIncoming);
+	ioVisitor.Visit(mSettings.mOutgoing);
+	ioVisitor.Visit(mSettings.mIncoming);
 }
 
 } // namespace SN
