@@ -2,6 +2,7 @@
 
 #include "Panner/PanProcessorBase.h"
 #include "Panner/PannerClass.h"
+#include "zorvaudiodsp/AudioBuffer.h"
 
 namespace SN
 {
@@ -11,10 +12,26 @@ class AudioPannerChannelMap final : public PannerClass<AudioPannerChannelMap, Pa
 {
 public:
 	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate,
-		AudioChannelType inOutputType);
+		AudioChannelType inOutputType)
+	{
+		SetShape({u"AudioPannerChannelMap", VX::kAudioChannelTypeAdaptive, inOutputType,
+			VX::kAudioChannelLayout_Multichannel, VX::CreateAudioChannelLayout(inOutputType)});
+		return AudioRenderContextClient::Init(inContext, inFrameRate);
+	}
 
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
-		TickTime const& inTime) SONARO_NONBLOCKING override;
+		TickTime const&) SONARO_NONBLOCKING override
+	{
+		if (inInput.IsSilent())
+		{
+			outOutput.Zero();
+			return;
+		}
+		for (unsigned channel = 0; channel < GetNumOutputChannels(); ++channel)
+		{
+			outOutput.CopyChannel(inInput, channel, channel);
+		}
+	}
 };
 
 } // namespace SN

@@ -1,26 +1,24 @@
 #pragma once
 
 #include "Panner/PanProcessorBase.h"
+#include "Panner/PannerClass.h"
 #include "Sonaro/AudioChannelMix.h"
 
 namespace SN
 {
 
-// The base of panners without controls: the conversion between two layouts, as it stood when the panner
-// was made.
-class FixedMixPanner : public PanProcessorBase
+// A panner without controls: the conversion between the layouts of two types, as it stood when the panner was made.
+// So 5.1 is folded by the mixdown that was set then, and stereo to the mean of left and right.
+class FixedMixPanner final : public PannerClass<FixedMixPanner, PanProcessorBase>
 {
 public:
+	// eNullPointer without a context, eInvalidArgument for the invalid rate.
+	int Init(char16_t const* inNodeName, AudioChannelType inInputType, AudioChannelType inOutputType,
+		InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate);
+	void CopyFrom(FixedMixPanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
+
 	void ProcessAudioData(dsp::AudioBuffer const& inInput, dsp::AudioBuffer& outOutput,
 		TickTime const& inTime) SONARO_NONBLOCKING override;
-
-	// eNullPointer without a context, eInvalidArgument for the invalid rate.
-	int Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate);
-
-protected:
-	using PanProcessorBase::PanProcessorBase;
-
-	void CopyFrom(FixedMixPanner const& inOther, FrameRate const& inFrameRate, unsigned inControlInterval);
 
 private:
 	AudioChannelMix::MixFunction mMix;

@@ -19,8 +19,6 @@
 #include "AudioRender/Track/AudioTrackInletRenderer.h"
 #include "AudioRender/Track/RealtimeAudioClipTrackItemRenderer.h"
 #include "Panner/AudioPanner51ToAdaptive.h"
-#include "Panner/AudioPanner51ToMono.h"
-#include "Panner/AudioPanner51ToStereo.h"
 #include "Panner/AudioPannerBalance.h"
 #include "Panner/AudioPannerChannelMap.h"
 #include "Panner/AudioPannerDefaultMultiChannel.h"
@@ -31,9 +29,9 @@
 #include "Panner/AudioPannerNone.h"
 #include "Panner/AudioPannerStereoTo51.h"
 #include "Panner/AudioPannerStereoToAdaptive.h"
-#include "Panner/AudioPannerStereoToMono.h"
 #include "Panner/AudioPannerStereoToStereo.h"
 #include "Panner/ChannelMixerAudioPanProcessor.h"
+#include "Panner/FixedMixPanner.h"
 #include "Sonaro/PanProcessorType.h"
 #include "Time/TimeAlteredAudioClipTrackItemRenderer.h"
 
@@ -259,15 +257,18 @@ public:
 		case kPanMonoToStereo:
 			return AudioPannerMonoToStereo::Create(outProcessor, settings);
 		case kPanStereoToMono:
-			return AudioPannerStereoToMono::Create(outProcessor, inContext, inFrameRate);
+			return FixedMixPanner::Create(outProcessor, u"AudioPannerStereoToMono",
+				VX::kAudioChannelTypeStereo, VX::kAudioChannelTypeMono, inContext, inFrameRate);
 		case kPanMonoTo51:
 			return AudioPannerMonoTo51::Create(outProcessor, settings);
 		case kPanStereoTo51:
 			return AudioPannerStereoTo51::Create(outProcessor, settings);
 		case kPan51ToMono:
-			return AudioPanner51ToMono::Create(outProcessor, inContext, inFrameRate);
+			return FixedMixPanner::Create(outProcessor, u"AudioPanner51ToMono", VX::kAudioChannelType51,
+				VX::kAudioChannelTypeMono, inContext, inFrameRate);
 		case kPan51ToStereo:
-			return AudioPanner51ToStereo::Create(outProcessor, inContext, inFrameRate);
+			return FixedMixPanner::Create(outProcessor, u"AudioPanner51ToStereo", VX::kAudioChannelType51,
+				VX::kAudioChannelTypeStereo, inContext, inFrameRate);
 		case kPanChannelMapMono:
 			return AudioPannerChannelMap::Create(
 				outProcessor, inContext, inFrameRate, VX::kAudioChannelTypeMono);

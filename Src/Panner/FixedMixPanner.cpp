@@ -17,8 +17,12 @@ void FixedMixPanner::ProcessAudioData(
 	mMix(inInput, outOutput);
 }
 
-int FixedMixPanner::Init(InterfaceRef<IAudioRenderContext> const& inContext, FrameRate const& inFrameRate)
+int FixedMixPanner::Init(char16_t const* inNodeName, AudioChannelType inInputType,
+	AudioChannelType inOutputType, InterfaceRef<IAudioRenderContext> const& inContext,
+	FrameRate const& inFrameRate)
 {
+	SetShape({inNodeName, inInputType, inOutputType, VX::CreateAudioChannelLayout(inInputType),
+		VX::CreateAudioChannelLayout(inOutputType)});
 	mMix = AudioChannelMix::GetMixFunction(GetInputAudioChannelLayout(), GetOutputAudioChannelLayout());
 	return AudioRenderContextClient::Init(inContext, inFrameRate);
 }
