@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AudioRender/Core/StackAudioBufferTags.h"
 #include "Panner/AdaptivePanner.h"
 #include "Panner/PannerClass.h"
 
@@ -11,9 +12,27 @@ namespace SN
 class AudioPannerMonoToAdaptive final : public PannerClass<AudioPannerMonoToAdaptive, AdaptivePanner>
 {
 public:
-	AudioPannerMonoToAdaptive();
+	AudioPannerMonoToAdaptive()
+		: PannerClass(u"AudioPannerMonoToAdaptive", VX::kAudioChannelTypeMono, 0,
+			  StackAudioBufferTags::kAudioPannerMonoToAdaptive)
+	{
+	}
 
-	int Init(AutomatedPannerSettings const& inSettings, int inOutputChannels, AudioChannelMatrix inMatrix);
+	int Init(AutomatedPannerSettings const& inSettings, int inOutputChannels, AudioChannelMatrix inMatrix)
+	{
+		if (!inMatrix.empty())
+		{
+			auto& outputs = inMatrix.begin()->second;
+			for (unsigned long long const output : std::set<unsigned long long>(outputs))
+			{
+				if (output % 2 == 0)
+				{
+					outputs.insert(output + 1);
+				}
+			}
+		}
+		return AdaptivePanner::Init(inSettings, inOutputChannels, inMatrix);
+	}
 };
 
 } // namespace SN

@@ -1,16 +1,31 @@
 #include "AudioRender/Core/Module.h"
 
-#include "AudioRender/Core/NestingLimit.h"
 #include "Prefetch/AudioPrefetchModule.h"
+#include "Sonaro/AudioUtilities.h"
 #include "Sonaro/AudioWaveformQueue.h"
 #include "Time/Scaler/AudioTimeScalerFactory.h"
 #include "zorvcore/config/InitializerRegistrar.h"
+#include "zorvcore/debug/DebugDatabase.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <string>
 
 namespace SN
 {
 
 namespace
 {
+
+std::atomic<unsigned> sMaxNestableSequenceInstances{200};
+
+// Takes the limit from the debug database, where the default is the limit in force.
+void ReadMaxNestableSequenceInstances()
+{
+	std::string const entry = zorvcore::debug::DebugDatabase::Instance().GetEntry(
+		"OQ.Sonaro.ComplexityBeforeRender", std::to_string(sMaxNestableSequenceInstances));
+	sMaxNestableSequenceInstances = static_cast<unsigned>(std::strtoul(entry.c_str(), nullptr, 10));
+}
 
 bool StartModule()
 {
@@ -35,6 +50,12 @@ void StopModule()
 void EnsureModule()
 {
 	static zorvcore::config::InitializerRegistrar const sModule("Sonaro", 0, &StartModule, &StopModule);
+}
+
+unsigned GetMaxNestableSequenceInstances()
+{
+	EnsureModule();
+	return sMaxNestableSequenceInstances;
 }
 
 } // namespace SN

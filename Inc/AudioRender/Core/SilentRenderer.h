@@ -21,8 +21,7 @@ public:
 	}
 
 	explicit SilentRenderer(AudioChannelLayout const& inLayout)
-		: mChannelType(VX::CreateAudioChannelTypeOrAny(inLayout, true)),
-		  mChannelLayout(inLayout)
+		: mChannelLayout(inLayout)
 	{
 	}
 
@@ -44,7 +43,6 @@ public:
 	std::vector<InterfaceRef<UnknownBase>> GetProcessorNodes() override { return {}; }
 
 private:
-	AudioChannelType mChannelType;
 	AudioChannelLayout mChannelLayout;
 };
 

@@ -58,7 +58,6 @@ private:
 		float mStep;
 	};
 
-	void MeasureWidth();
 	// What takes the item's time to a clip's.
 	TickTime GetOutgoingOffset() const
 	{

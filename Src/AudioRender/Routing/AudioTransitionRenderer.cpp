@@ -14,15 +14,10 @@ int AudioTransitionRenderer::InitFrom(AudioTransitionSettings const& inSettings)
 {
 	int const result = AudioRenderContextClient::Init(inSettings.mContext, inSettings.mFrameRate);
 	mSettings = inSettings;
-	MeasureWidth();
-	return result;
-}
-
-void AudioTransitionRenderer::MeasureWidth()
-{
 	InterfaceRef<IAudioGeneratorPrivate> const wider = FindWiderClip();
 	mNumChannels = wider ? wider->GetNumOutputChannels() : 0;
 	ReserveStackAudioBuffer(mNumChannels, GetMaxBlockSize(), StackAudioBufferTags::kAudioTransitionRenderer);
+	return result;
 }
 
 InterfaceRef<IAudioGeneratorPrivate> AudioTransitionRenderer::FindWiderClip() const
