@@ -1,0 +1,163 @@
+#include "stretch/omega/SincTable.h"
+#include "stretch/omega/SpliceEngine.h"
+#include "stretch/omega/SpliceSearch.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace dsp::stretch::omega
+{
+
+// Between two fades: whether to leave the stretch that is played, and where to go on.
+void SpliceEngine::Decide()
+{
+	Moment const moment = LookAhead();
+	if (moment.mOnset != OnsetDetector::kNone && MeetOnset(moment))
+	{
+		return;
+	}
+	double const off = static_cast<double>(moment.mPlace) - moment.mIdeal;
+	// A stretch that runs ahead of its place must not reach an onset before its time.
+	double const untilOnset = static_cast<double>(moment.mOnset - moment.mPlace) - mLengths.mGuard;
+	if (moment.mOnset != OnsetDetector::kNone && static_cast<double>(moment.mPlace) > moment.mPath + 16.0 &&
+		untilOnset < mLengths.mFade + 2.0 * kStep)
+	{
+		Splice(moment, true);
+		return;
+	}
+	double const attack = mLengths.mAttack / std::max(1.0, mStretch);
+	if (static_cast<double>(moment.mPlace - moment.mLastOnset) < attack)
+	{
+		return;
+	}
+	double const limit = GetLimit();
+	bool const isOff = mStretch > 1.0 ? off < -limit : mStretch < 1.0 ? off > limit : std::fabs(off) > limit;
+	// Off to the other side, as after a change of the ratio, it comes back by itself, unless it is far off.
+	if (isOff || std::fabs(off) > mLengths.mOff + mLengths.mSearch)
+	{
+		Splice(moment, false);
+	}
+}
+
+// How far off its place a stretch gets before it is left: what comes together in 15 milliseconds, within limits.
+double SpliceEngine::GetLimit() const
+{
+	double const reach = mLengths.mOff;
+	return std::clamp(std::fabs(1.0 - mStretch) * 0.015 * mSampleRate, 0.16 * reach, reach);
+}
+
+SpliceEngine::Moment SpliceEngine::LookAhead() const
+{
+	std::int64_t const middle = mMiddle.GetEnd();
+	Moment moment;
+	moment.mIdeal = IdealAt(middle);
+	moment.mPlace = middle + mSegment.mOffset;
+	moment.mLastOnset = mOnsets.FindUpTo(moment.mPlace);
+	// Those that ought to have been played long ago are given up.
+	auto const ideal = static_cast<std::int64_t>(moment.mIdeal);
+	std::int64_t const onset = mOnsets.FindAfter(std::max(moment.mPlace, ideal - mLengths.mOff));
+	// Only what is there with blocks of any size.
+	auto const horizon = ideal + mLookAhead - mSlack - static_cast<std::int64_t>(mSampleRate / 400.0);
+	if (onset < horizon)
+	{
+		moment.mOnset = onset;
+		moment.mLead = (static_cast<double>(onset) - moment.mIdeal) / mStretch;
+		moment.mPath = static_cast<double>(onset) - moment.mLead;
+	}
+	return moment;
+}
+
+// Goes to where the onset is reached at its time, shortly before it, and stays there until it has passed. False while
+// there is time.
+bool SpliceEngine::MeetOnset(Moment const& inMoment)
+{
+	double const left = inMoment.mLead - mLengths.mGuard;
+	if (left > mLengths.mOnsetFade + kStep)
+	{
+		return false;
+	}
+	// One that is known too late for a fade before it is played late.
+	double const late = std::max(0.0, mLengths.mGuard + 32.0 - inMoment.mLead);
+	double const off = static_cast<double>(inMoment.mPlace) + mSegment.mFraction - inMoment.mPath + late;
+	if (std::fabs(off) * 2000.0 <= mSampleRate || (late > 0.0 && off > 0.0))
+	{
+		return true;
+	}
+	double const distance = -std::round(off);
+	double const similarity = SpliceSearch::Compare(
+		mSound, inMoment.mPlace, inMoment.mPlace + static_cast<std::int64_t>(distance), mLengths.mOnsetFade);
+	double const untilOnset = static_cast<double>(inMoment.mOnset - inMoment.mPlace) - mLengths.mGuard;
+	StartFade(distance - mSegment.mFraction, similarity, std::min(left, untilOnset));
+	return true;
+}
+
+void SpliceEngine::Splice(Moment const& inMoment, bool inIsForced)
+{
+	double const limit = GetLimit();
+	double const target = mStretch == 1.0 ? 0.0 : mStretch > 1.0 ? limit : -limit;
+	double const off = static_cast<double>(inMoment.mPlace) - inMoment.mIdeal;
+	double const wanted = inMoment.mIdeal + target;
+	double lowest = wanted - mLengths.mSearch;
+	double highest = wanted + mLengths.mSearch;
+	double fade = mLengths.mLongFade;
+	if (inMoment.mOnset != OnsetDetector::kNone)
+	{
+		// At a slower speed, what is played gets to an onset early and goes back before it as often as it has to.
+		highest = mStretch > 1.0 ? std::min(highest, inMoment.mPath) : highest;
+		fade = std::min(fade, std::max(inMoment.mLead - mLengths.mGuard - mLengths.mOnsetFade - kStep, 64.0));
+		fade = std::min(
+			fade, std::max(static_cast<double>(inMoment.mOnset - inMoment.mPlace) - mLengths.mGuard, 64.0));
+		lowest = std::min(lowest, highest - mLengths.mSearch);
+	}
+	// What has set in is not heard again.
+	lowest = std::max(lowest, static_cast<double>(inMoment.mLastOnset + mLengths.mGuard + 1));
+	auto const place = static_cast<double>(inMoment.mPlace);
+	if (off < target && !inIsForced)
+	{
+		lowest = std::max(lowest, place + mLengths.mLeast);
+	}
+	else
+	{
+		highest = std::min(highest, place - mLengths.mLeast);
+	}
+	if (lowest > highest)
+	{
+		return;
+	}
+	SpliceRange range;
+	range.mFrom = inMoment.mPlace;
+	range.mLowest = static_cast<std::int64_t>(lowest);
+	range.mHighest = static_cast<std::int64_t>(highest);
+	range.mWanted = std::clamp(static_cast<std::int64_t>(wanted), range.mLowest, range.mHighest);
+	range.mWindow = mLengths.mWindow;
+	SpliceMatch const match = SpliceSearch::Find(mSound, mCoarse, range, mSettings.mPreferAccuracy ? 4 : 2);
+	double const length = match.mSimilarity > 0.95 ? mLengths.mLongFade : mLengths.mFade;
+	StartFade(match.mDistance, match.mSimilarity, std::min(fade, length));
+}
+
+// inDistance from what is played now on.
+void SpliceEngine::StartFade(double inDistance, double inSimilarity, double inLength)
+{
+	double const distance = inDistance + mSegment.mFraction;
+	double const whole = std::floor(distance);
+	mNext.mOffset = mSegment.mOffset + static_cast<std::int64_t>(whole);
+	mNext.mFraction = distance - whole;
+	double sum = 0.0;
+	for (unsigned k = 0; k < kTaps; ++k)
+	{
+		mNext.mTaps[k] =
+			SincTable::ForPlaces().Get(static_cast<double>(k) - (kTaps / 2 - 1) - mNext.mFraction);
+		sum += static_cast<double>(mNext.mTaps[k]);
+	}
+	for (float& tap : mNext.mTaps)
+	{
+		tap = static_cast<float>(static_cast<double>(tap) / sum);
+	}
+	// At high speed, a long fade would take both stretches far from their place.
+	double const longest = 4.0 * mLengths.mLongFade / std::max(4.0, std::fabs(mStretch - 1.0));
+	mFadeLength = static_cast<unsigned>(std::clamp(inLength, 32.0, std::max(longest, 32.0)));
+	mFaded = 0;
+	mFadeSimilarity = std::clamp(inSimilarity, 0.0, 1.0);
+}
+
+} // namespace dsp::stretch::omega

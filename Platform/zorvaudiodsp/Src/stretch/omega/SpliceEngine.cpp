@@ -1,0 +1,399 @@
+#include "stretch/omega/SpliceEngine.h"
+
+#include "stretch/omega/SincTable.h"
+#include "stretch/omega/SpliceSearch.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <numbers>
+
+namespace dsp::stretch::omega
+{
+
+namespace
+{
+
+constexpr float kDefaultReach = 37.0f;
+// Beyond this many source samples for a middle one, the history is not made longer: stretches then get off their
+// place more than elsewhere, and are brought back when the history ends.
+constexpr double kLargestStretch = 16.0;
+
+unsigned ToSamples(double inSampleRate, double inMilliseconds)
+{
+	return static_cast<unsigned>(std::lround(inSampleRate * inMilliseconds / 1000.0));
+}
+
+double ToFactor(float inSemitones)
+{
+	return std::exp2(static_cast<double>(inSemitones) / 12.0);
+}
+
+// A fade's rise from 0 to 1, at 4096 points.
+std::array<float, 4096> MakeFade()
+{
+	std::array<float, 4096> fade{};
+	for (unsigned i = 0; i < fade.size(); ++i)
+	{
+		double const sine = std::sin((i + 0.5) / static_cast<double>(fade.size()) * std::numbers::pi / 2.0);
+		fade[i] = static_cast<float>(sine * sine);
+	}
+	return fade;
+}
+
+std::array<float, 4096> const& GetFade()
+{
+	static std::array<float, 4096> const sFade = MakeFade();
+	return sFade;
+}
+
+// Eight outputs at a time, each adding its taps one after the other; reads up to seven samples more than it needs.
+void Filter(
+	float const* inTaps, unsigned inNumTaps, float const* inSamples, unsigned inCount, float* outSamples)
+{
+	using Lanes = float __attribute__((vector_size(32)));
+	for (unsigned i = 0; i < inCount; i += 8)
+	{
+		Lanes sums{};
+		for (unsigned k = 0; k < inNumTaps; ++k)
+		{
+			Lanes samples;
+			std::memcpy(&samples, inSamples + i + k, sizeof(samples));
+			sums += samples * inTaps[k];
+		}
+		unsigned const count = std::min(8u, inCount - i);
+		std::memcpy(outSamples + i, &sums, count * sizeof(float));
+	}
+}
+
+} // namespace
+
+SpliceEngine::SpliceEngine(
+	double inSampleRate, unsigned inNumChannels, unsigned inBlockSize, OmegaLimits const& inLimits)
+	: mSampleRate(inSampleRate),
+	  mNumChannels(inNumChannels),
+	  mBlockSize(inBlockSize),
+	  mLimits(inLimits)
+{
+	SincTable::ForPlaces();
+	SincTable::ForRates();
+	GetFade();
+	SetReach(kDefaultReach);
+	double const fastest = 1.0 / static_cast<double>(mLimits.mMinRatio);
+	double const lowest = std::min(1.0, ToFactor(mLimits.mMinSemitones));
+	double const highest = std::max(1.0, ToFactor(mLimits.mMaxSemitones));
+	mSlack = static_cast<unsigned>((SincTable::ForRates().GetHalfWidth() + 4) * fastest / lowest) + 8;
+	unsigned const reach = mLengths.mOff + mLengths.mSearch + SpliceSearch::kMargin;
+	mLookAhead = reach + mLengths.mWindow + 2 * mLengths.mLongFade + 2 * kStep + kTaps + mSlack;
+	double const stretch = std::min(fastest / lowest, kLargestStretch);
+	unsigned const behind =
+		reach + static_cast<unsigned>(stretch * (mLengths.mLongFade + kStep + mLengths.mAttack));
+	unsigned const keep = (mLookAhead + mSlack + behind + 63) / 64 * 64;
+	unsigned const input = GetInputForBlock(mBlockSize, mLimits.mMinRatio);
+	mSource.Init(mNumChannels, keep, input);
+	mSound.Init(1, keep, input);
+	mCoarse.Init(1, keep / SpliceSearch::kDecimation, 1);
+	auto const block = static_cast<unsigned>(mBlockSize * highest);
+	auto const filter = static_cast<unsigned>(SincTable::ForRates().GetHalfWidth() * highest) + 4;
+	mMiddle.Init(mNumChannels, block + 2 * filter + kStep, kStep);
+	mOnsets.Init(mSampleRate);
+	for (unsigned channel = 0; channel < mNumChannels; ++channel)
+	{
+		// Unequal, so that a sound of opposite phase in two channels does not vanish from the sum.
+		mChannelWeights.push_back(1.0f / (1.0f + 0.25f * static_cast<float>(channel % 7)));
+	}
+	SetSourceRemaining(0);
+}
+
+void SpliceEngine::SetReach(float inMilliseconds)
+{
+	float const reach = inMilliseconds > 10.0f ? std::min(inMilliseconds, kDefaultReach) : 10.0f;
+	mLengths.mSearch = ToSamples(mSampleRate, 10.0 * static_cast<double>(reach / kDefaultReach));
+	mLengths.mOff = ToSamples(mSampleRate, 25.0 * static_cast<double>(reach / kDefaultReach));
+	mLengths.mLeast = std::max(2u, ToSamples(mSampleRate, 2.5));
+	mLengths.mWindow = (ToSamples(mSampleRate, 22.0) / 32 + 1) * 32;
+	mLengths.mFade = std::max(kStep, ToSamples(mSampleRate, 8.0));
+	mLengths.mLongFade = std::max(kStep, ToSamples(mSampleRate, 30.0));
+	mLengths.mOnsetFade = std::max(32u, ToSamples(mSampleRate, 5.0));
+	mLengths.mGuard = ToSamples(mSampleRate, 0.7);
+	mLengths.mAttack = ToSamples(mSampleRate, 8.0);
+}
+
+void SpliceEngine::SetRatio(float inStartRatio, float inEndRatio)
+{
+	float const ratio = std::clamp(0.5f * (inStartRatio + inEndRatio), mLimits.mMinRatio, mLimits.mMaxRatio);
+	if (std::isnan(ratio) || ratio == mRatio)
+	{
+		return;
+	}
+	mRatio = ratio;
+	Anchor();
+}
+
+void SpliceEngine::SetPitch(float inStartSemitones, float inEndSemitones)
+{
+	float const pitch =
+		std::clamp(0.5f * (inStartSemitones + inEndSemitones), mLimits.mMinSemitones, mLimits.mMaxSemitones);
+	if (std::isnan(pitch) || pitch == mSemitones)
+	{
+		return;
+	}
+	mSemitones = pitch;
+	Anchor();
+}
+
+// Both clocks go on from here at the ratio and pitch that are set.
+void SpliceEngine::Anchor()
+{
+	mAnchorSource += static_cast<double>(mOutput - mAnchorOutput) * mAdvance;
+	mAnchorMiddle = MiddleAt(mOutput);
+	mAnchorOutput = mOutput;
+	mAdvance = 1.0 / static_cast<double>(mRatio);
+	mPitch = mSemitones == 0.0f ? 1.0 : ToFactor(mSemitones);
+	// Semitones in single precision are good for six digits: a tape's pitch is made exactly that.
+	if (std::fabs(mAdvance / mPitch - 1.0) < 1e-5)
+	{
+		mPitch = mAdvance;
+	}
+	mStretch = mAdvance / mPitch;
+}
+
+double SpliceEngine::IdealAt(std::int64_t inMiddle) const
+{
+	return mAnchorSource + (static_cast<double>(inMiddle) - mAnchorMiddle) * mStretch;
+}
+
+double SpliceEngine::MiddleAt(std::int64_t inOutput) const
+{
+	return mAnchorMiddle + static_cast<double>(inOutput - mAnchorOutput) * mPitch;
+}
+
+// How many middle samples the conversion reads on either side.
+std::int64_t SpliceEngine::FilterReach() const
+{
+	return static_cast<std::int64_t>(
+			   std::ceil(SincTable::ForRates().GetHalfWidth() * std::max(1.0, mPitch))) +
+		   1;
+}
+
+std::int64_t SpliceEngine::MiddleEndFor(std::int64_t inOutput) const
+{
+	return static_cast<std::int64_t>(std::floor(MiddleAt(inOutput))) + FilterReach();
+}
+
+unsigned SpliceEngine::GetInputForBlock(unsigned inBlockSize, float inRatio) const
+{
+	double const ratio = static_cast<double>(inRatio >= mLimits.mMinRatio ? inRatio : mLimits.mMinRatio);
+	double const input = std::ceil(inBlockSize / ratio) + mLookAhead + mSlack + 4;
+	return static_cast<unsigned>(std::min(input, 4294967295.0));
+}
+
+unsigned SpliceEngine::GetInputNeeded(unsigned inNumOutput) const
+{
+	if (inNumOutput == 0)
+	{
+		return 0;
+	}
+	double const ideal = IdealAt(MiddleEndFor(mOutput + inNumOutput));
+	std::int64_t const end = static_cast<std::int64_t>(std::ceil(ideal)) + mLookAhead;
+	return static_cast<unsigned>(std::clamp<std::int64_t>(end - mSource.GetEnd(), 0, UINT32_MAX));
+}
+
+void SpliceEngine::Begin(float, StreamSettings const* inSettings, unsigned inNumInput)
+{
+	mSettings = inSettings ? *inSettings : StreamSettings{};
+	SetReach(mSettings.mReach);
+	SetSourceRemaining(inNumInput);
+}
+
+void SpliceEngine::SetSourceRemaining(unsigned)
+{
+	mOutput = 0;
+	mAnchorOutput = 0;
+	mAnchorSource = 0.0;
+	mAnchorMiddle = 0.0;
+	mSource.Reset();
+	mSound.Reset();
+	mCoarse.Reset();
+	mMiddle.Reset();
+	mOnsets.Reset(mSettings.mOnsetSensitivity);
+	mSegment = Segment{};
+	mFadeLength = 0;
+	Anchor();
+}
+
+void SpliceEngine::Process(unsigned inNumOutput, float const* const* inInputs, float* const* outOutputs)
+{
+	unsigned const numOutput = std::min(inNumOutput, GetOutputLimit());
+	if (numOutput == 0)
+	{
+		return;
+	}
+	TakeInput(inInputs, GetInputNeeded(numOutput));
+	MakeMiddle(MiddleEndFor(mOutput + numOutput));
+	Convert(numOutput, outOutputs);
+	mOutput += numOutput;
+}
+
+void SpliceEngine::TakeInput(float const* const* inInputs, unsigned inNumInput)
+{
+	mSource.Append(inInputs, inNumInput);
+	std::int64_t const start = mSound.GetEnd();
+	mSound.Extend(inNumInput);
+	float* const sound = mSound.At(0, start);
+	std::fill_n(sound, inNumInput, 0.0f);
+	for (unsigned channel = 0; channel < mNumChannels; ++channel)
+	{
+		float const weight = mChannelWeights[channel];
+		float const* const input = inInputs[channel];
+		for (unsigned i = 0; i < inNumInput; ++i)
+		{
+			sound[i] += weight * input[i];
+		}
+	}
+	mOnsets.Append(sound, inNumInput);
+	SpliceSearch::Decimate(mSound, mCoarse);
+}
+
+void SpliceEngine::MakeMiddle(std::int64_t inEnd)
+{
+	while (mMiddle.GetEnd() < inEnd)
+	{
+		std::int64_t const position = mMiddle.GetEnd();
+		if (position % kStep == 0 && mFadeLength == 0)
+		{
+			Decide();
+		}
+		std::int64_t count = std::min<std::int64_t>(inEnd - position, kStep - position % kStep);
+		if (mFadeLength != 0)
+		{
+			count = std::min<std::int64_t>(count, mFadeLength - mFaded);
+		}
+		Render(static_cast<unsigned>(count));
+	}
+}
+
+void SpliceEngine::Render(unsigned inCount)
+{
+	std::int64_t const position = mMiddle.GetEnd();
+	KeepWithinHistory(mSegment, inCount);
+	if (mFadeLength != 0)
+	{
+		KeepWithinHistory(mNext, inCount);
+	}
+	mMiddle.Extend(inCount);
+	std::array<float, kStep> gains{};
+	std::array<float, kStep> formerGains{};
+	for (unsigned i = 0; mFadeLength != 0 && i < inCount; ++i)
+	{
+		double const rise = static_cast<double>(GetFade()[(2ull * (mFaded + i) + 1) * 2048 / mFadeLength]);
+		double const power = 1.0 - 2.0 * rise * (1.0 - rise) * (1.0 - mFadeSimilarity);
+		double const scale = 1.0 / std::sqrt(power);
+		gains[i] = static_cast<float>(rise * scale);
+		formerGains[i] = static_cast<float>((1.0 - rise) * scale);
+	}
+	for (unsigned channel = 0; channel < mNumChannels; ++channel)
+	{
+		float* const middle = mMiddle.At(channel, position);
+		std::array<float, kStep> samples;
+		ReadSegment(mSegment, channel, inCount, middle);
+		if (mFadeLength != 0)
+		{
+			ReadSegment(mNext, channel, inCount, samples.data());
+			for (unsigned i = 0; i < inCount; ++i)
+			{
+				middle[i] = middle[i] * formerGains[i] + samples[i] * gains[i];
+			}
+		}
+	}
+	if (mFadeLength != 0 && (mFaded += inCount) == mFadeLength)
+	{
+		mSegment = mNext;
+		mFadeLength = 0;
+	}
+}
+
+// Called after the middle has been made longer by inCount.
+void SpliceEngine::ReadSegment(
+	Segment const& inSegment, unsigned inChannel, unsigned inCount, float* outSamples) const
+{
+	std::int64_t const position = mMiddle.GetEnd() - inCount + inSegment.mOffset;
+	if (inSegment.mFraction == 0.0)
+	{
+		std::copy_n(mSource.At(inChannel, position), inCount, outSamples);
+		return;
+	}
+	Filter(inSegment.mTaps.data(), kTaps, mSource.At(inChannel, position - (kTaps / 2 - 1)), inCount,
+		outSamples);
+}
+
+// Brings a stretch back to its place that has got so far off it that its samples are not kept.
+void SpliceEngine::KeepWithinHistory(Segment& ioSegment, unsigned inCount) const
+{
+	std::int64_t const position = mMiddle.GetEnd() + ioSegment.mOffset;
+	std::int64_t const lowest = mSource.GetStart() + kTaps;
+	std::int64_t const highest = mSource.GetEnd() - inCount - kTaps;
+	if (position < lowest || position > highest)
+	{
+		auto const ideal = static_cast<std::int64_t>(std::llround(IdealAt(mMiddle.GetEnd())));
+		ioSegment = Segment{};
+		ioSegment.mOffset = std::clamp(ideal, lowest, highest) - mMiddle.GetEnd();
+	}
+}
+
+void SpliceEngine::Convert(unsigned inNumOutput, float* const* outOutputs) const
+{
+	double const start = MiddleAt(mOutput);
+	double const whole = std::floor(start);
+	if (mPitch == 1.0 && whole == start)
+	{
+		for (unsigned channel = 0; channel < mNumChannels; ++channel)
+		{
+			std::copy_n(
+				mMiddle.At(channel, static_cast<std::int64_t>(whole)), inNumOutput, outOutputs[channel]);
+		}
+		return;
+	}
+	for (unsigned i = 0; i < inNumOutput; ++i)
+	{
+		ConvertSample(MiddleAt(mOutput + i), i, outOutputs);
+	}
+}
+
+// One output at a place of the middle, by a filter that is stretched when the rate falls.
+void SpliceEngine::ConvertSample(double inPlace, unsigned inIndex, float* const* outOutputs) const
+{
+	// The filter is worked out in parts of this.
+	constexpr unsigned kPart = 64;
+	SincTable const& table = SincTable::ForRates();
+	double const scale = 1.0 / std::max(1.0, mPitch);
+	std::int64_t const reach = FilterReach() - 1;
+	auto const middle = static_cast<std::int64_t>(std::floor(inPlace));
+	std::array<double, AudioBuffer::kMaxChannels> sums{};
+	std::array<float, kPart> taps;
+	for (std::int64_t first = middle - reach + 1; first <= middle + reach; first += kPart)
+	{
+		auto const count = static_cast<unsigned>(std::min<std::int64_t>(kPart, middle + reach - first + 1));
+		for (unsigned k = 0; k < count; ++k)
+		{
+			taps[k] = table.Get((static_cast<double>(first + k) - inPlace) * scale);
+		}
+		for (unsigned channel = 0; channel < mNumChannels; ++channel)
+		{
+			float const* const samples = mMiddle.At(channel, first);
+			double sum = 0.0;
+			for (unsigned k = 0; k < count; ++k)
+			{
+				sum += static_cast<double>(taps[k]) * static_cast<double>(samples[k]);
+			}
+			sums[channel] += sum;
+		}
+	}
+	for (unsigned channel = 0; channel < mNumChannels; ++channel)
+	{
+		outOutputs[channel][inIndex] = static_cast<float>(sums[channel] * scale);
+	}
+}
+
+} // namespace dsp::stretch::omega

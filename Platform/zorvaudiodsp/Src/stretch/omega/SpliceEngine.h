@@ -1,0 +1,146 @@
+#pragma once
+
+#include "stretch/omega/OnsetDetector.h"
+#include "stretch/omega/SampleHistory.h"
+#include "zorvaudiodsp/stretch/omega/OmegaEngine.h"
+
+#include <array>
+#include <vector>
+
+namespace dsp::stretch::omega
+{
+
+struct OmegaLimits
+{
+	float mMinRatio = 1.0f;
+	float mMaxRatio = 1.0f;
+	float mMinSemitones = 0.0f;
+	float mMaxSemitones = 0.0f;
+};
+
+// Plays stretches of the source as they are, and goes on elsewhere whenever they have got too far from their place:
+// where the sound resembles most what would have followed, by a cross-fade. All channels are spliced at once.
+//
+//	source --> spliced: "middle" --> rate converted by the pitch's factor --> output
+//
+// Both clocks below are linear from an anchor on, at which ratio or pitch changed last, so that blocks of any size
+// give the same bits at a ratio that stays.
+class SpliceEngine final : public OmegaEngine
+{
+public:
+	SpliceEngine(
+		double inSampleRate, unsigned inNumChannels, unsigned inBlockSize, OmegaLimits const& inLimits);
+
+	void SetRatio(float inStartRatio, float inEndRatio) override;
+	void SetPitch(float inStartSemitones, float inEndSemitones) override;
+	unsigned GetOutputLimit() const override { return mBlockSize; }
+	unsigned GetInputForBlock(unsigned inBlockSize, float inRatio) const override;
+	unsigned GetInputNeeded(unsigned inNumOutput) const override;
+	void Begin(float inSampleRate, StreamSettings const* inSettings, unsigned inNumInput) override;
+	void SetSourceRemaining(unsigned inNumInput) override;
+	void Process(unsigned inNumOutput, float const* const* inInputs, float* const* outOutputs) override;
+	void End() override {}
+
+private:
+	// The middle is decided on and made in steps of this.
+	static constexpr unsigned kStep = 64;
+	static constexpr unsigned kTaps = 32;
+
+	// A stretch of the source: middle sample m is that at m + mOffset, and mFraction beyond it.
+	struct Segment
+	{
+		std::int64_t mOffset = 0;
+		double mFraction = 0.0;
+		std::array<float, kTaps> mTaps{};
+	};
+
+	// Lengths in samples.
+	struct Lengths
+	{
+		// How far a splice may go beyond what keeps the place, and how far off it stretches may get.
+		unsigned mSearch = 0;
+		unsigned mOff = 0;
+		// The least distance of a splice.
+		unsigned mLeast = 0;
+		unsigned mWindow = 0;
+		unsigned mFade = 0;
+		unsigned mLongFade = 0;
+		// Of the fade before an onset, the time between its end and the onset, and what follows an onset untouched.
+		unsigned mOnsetFade = 0;
+		unsigned mGuard = 0;
+		unsigned mAttack = 0;
+	};
+
+	// What a decision looks at, in samples of the source.
+	struct Moment
+	{
+		// Where the source ought to be, and where it is.
+		double mIdeal = 0.0;
+		std::int64_t mPlace = 0;
+		// The next onset, or OnsetDetector::kNone; the last one that was passed; the middle samples until the next one
+		// is due, and where the source would have to be to reach it in time.
+		std::int64_t mOnset = OnsetDetector::kNone;
+		std::int64_t mLastOnset = 0;
+		double mLead = 0.0;
+		double mPath = 0.0;
+	};
+
+	void SetReach(float inMilliseconds);
+	void Anchor();
+	double IdealAt(std::int64_t inMiddle) const;
+	double MiddleAt(std::int64_t inOutput) const;
+	std::int64_t FilterReach() const;
+	std::int64_t MiddleEndFor(std::int64_t inOutput) const;
+
+	void TakeInput(float const* const* inInputs, unsigned inNumInput);
+	void MakeMiddle(std::int64_t inEnd);
+	void Render(unsigned inCount);
+	void ReadSegment(Segment const& inSegment, unsigned inChannel, unsigned inCount, float* outSamples) const;
+	void KeepWithinHistory(Segment& ioSegment, unsigned inCount) const;
+	void Convert(unsigned inNumOutput, float* const* outOutputs) const;
+	void ConvertSample(double inPlace, unsigned inIndex, float* const* outOutputs) const;
+
+	void Decide();
+	double GetLimit() const;
+	Moment LookAhead() const;
+	bool MeetOnset(Moment const& inMoment);
+	void Splice(Moment const& inMoment, bool inIsForced);
+	void StartFade(double inDistance, double inSimilarity, double inLength);
+
+	double mSampleRate;
+	unsigned mNumChannels;
+	unsigned mBlockSize;
+	OmegaLimits mLimits;
+	Lengths mLengths;
+	StreamSettings mSettings;
+	std::vector<float> mChannelWeights;
+	// Beyond the ideal place, the source that is always there, and what changes of ratio add to it.
+	unsigned mLookAhead = 0;
+	unsigned mSlack = 0;
+
+	float mRatio = 1.0f;
+	float mSemitones = 0.0f;
+	// Source and middle samples for an output sample, source samples for a middle one.
+	double mAdvance = 1.0;
+	double mPitch = 1.0;
+	double mStretch = 1.0;
+	std::int64_t mOutput = 0;
+	std::int64_t mAnchorOutput = 0;
+	double mAnchorSource = 0.0;
+	double mAnchorMiddle = 0.0;
+
+	SampleHistory mSource;
+	// The weighted sum of all channels, and that at a quarter of the rate.
+	SampleHistory mSound;
+	SampleHistory mCoarse;
+	OnsetDetector mOnsets;
+	SampleHistory mMiddle;
+
+	Segment mSegment;
+	Segment mNext;
+	unsigned mFadeLength = 0;
+	unsigned mFaded = 0;
+	double mFadeSimilarity = 1.0;
+};
+
+} // namespace dsp::stretch::omega

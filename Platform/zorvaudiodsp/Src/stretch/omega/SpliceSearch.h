@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace dsp::stretch::omega
+{
+
+class SampleHistory;
+
+// Where sound may be continued so that the splice is heard least.
+struct SpliceMatch
+{
+	// From the place that is left to the one that is gone to, in samples and parts of one.
+	double mDistance = 0.0;
+	// The normalised correlation of what follows both, from -1 to 1.
+	double mSimilarity = 0.0;
+};
+
+// What a search may look at, in positions of the stream.
+struct SpliceRange
+{
+	std::int64_t mFrom = 0;
+	std::int64_t mLowest = 0;
+	std::int64_t mHighest = 0;
+	// The best place as far as timing goes: of equal ones, the nearest to it is taken.
+	std::int64_t mWanted = 0;
+	// How much of the sound after the places is compared, in samples.
+	unsigned mWindow = 0;
+};
+
+// Finds the place whose sound resembles most that of another one, in three steps: among all places on a copy of the
+// sound at a quarter of the rate, sample by sample around the best of these, and between the samples around the best
+// one. No allocation.
+class SpliceSearch
+{
+public:
+	static constexpr unsigned kDecimation = 4;
+	// How far beyond the range and its window samples are looked at.
+	static constexpr unsigned kMargin = 48;
+
+	// ioCoarse takes the samples of inSound at a quarter of the rate, as far as they can be known. A sample n of it is
+	// that at 4 n.
+	static void Decimate(SampleHistory const& inSound, SampleHistory& ioCoarse);
+
+	// inNumPlaces: how many of the best places of the first step the second one looks at, up to 4.
+	static SpliceMatch Find(SampleHistory const& inSound, SampleHistory const& inCoarse,
+		SpliceRange const& inRange, unsigned inNumPlaces);
+
+	// The normalised correlation of inWindow samples from two positions on.
+	static double Compare(
+		SampleHistory const& inSound, std::int64_t inFirst, std::int64_t inSecond, unsigned inWindow);
+};
+
+} // namespace dsp::stretch::omega
