@@ -34,6 +34,7 @@
 #include "Panner/FixedMixPanner.h"
 #include "Sonaro/PanProcessorType.h"
 #include "Time/TimeAlteredAudioClipTrackItemRenderer.h"
+#include "Time/Stretch/TimeStretchedAudioGenerator.h"
 
 #include <mutex>
 
@@ -123,12 +124,17 @@ public:
 			AudioRenderContext::SettingsForPrefetchThread(inSource), &outContext);
 	}
 
-	int CreateTimeStretchedAudioGenerator(InterfaceRef<IAudioGenerator> const&, FrameRate const&, double,
-		InterfaceRef<IAudioRenderContext>, InterfaceRef<IAudioRenderContext>,
-		InterfaceRef<VX::ITimeTransform>, bool, TickTime const&, TickTime const&, TickTime const&, bool,
-		InterfaceRef<IAudioGenerator>*) const override
+	int CreateTimeStretchedAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
+		FrameRate const& inFrameRate, double inSpeed, InterfaceRef<IAudioRenderContext> inPrefetchContext,
+		InterfaceRef<IAudioRenderContext> inRenderContext, InterfaceRef<VX::ITimeTransform> inTimeTransform,
+		bool inMaintainPitch, TickTime const& inSourceEndTime, TickTime const& inSourceOffset,
+		TickTime const& inEndTime, bool inPreferAccuracy,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return eNotImplemented;
+		return TimeStretchedAudioGenerator::CreateWithPrefetch(
+			{inGenerator, inFrameRate, inRenderContext, inTimeTransform, inMaintainPitch, inSourceEndTime,
+				inSourceOffset, inPreferAccuracy},
+			inSpeed, inPrefetchContext, inEndTime, outGenerator);
 	}
 
 	int CreateAudioMixRenderer(InterfaceRef<IAudioRenderContext> const& inContext,

@@ -104,7 +104,9 @@ public:
 	// A generator that plays another one along a curve of time against time, keeping its pitch with
 	// inMaintainPitch, and renders ahead on a thread of its own in inPrefetchContext. inSpeed: the source's own
 	// speed, which is undone first. inSourceOffset is added to times that go in; the source ends at
-	// inSourceEndTime and the result at inEndTime. eNotImplemented.
+	// inSourceEndTime and the result at inEndTime. Speeds from a tenth to ten times are reached; beyond, the source
+	// lags and catches up later. eNullPointer without either context; eInvalidArgument for an invalid rate or a
+	// generator without channels; the null-pointer exception without a transform.
 	virtual int CreateTimeStretchedAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
 		FrameRate const& inFrameRate, double inSpeed, InterfaceRef<IAudioRenderContext> inPrefetchContext,
 		InterfaceRef<IAudioRenderContext> inRenderContext, InterfaceRef<VX::ITimeTransform> inTimeTransform,

@@ -136,6 +136,42 @@ TEST(OmegaEngine, TakesJustWhatTheRatiosAskForOverAThousandSeams)
 	SetOmegaEngineKind(OmegaEngineKind::kSplice);
 }
 
+TEST(OmegaEngine, StaysInTimeThroughManyRatios)
+{
+	// Bursts of five milliseconds, four a second.
+	auto const bursts = [](unsigned, long long inPosition)
+	{ return inPosition % 12000 > 11760 ? Noise(0, inPosition) : 0.0f; };
+	for (OmegaEngineKind const kind : GetKinds())
+	{
+		ASSERT_TRUE(SetOmegaEngineKind(kind));
+		std::mt19937 random(4);
+		std::uniform_real_distribution<float> octaves(-1.0f, 1.0f);
+		Player player(1, bursts);
+		double source = 0.0;
+		double energy = 0.0;
+		double energyInTime = 0.0;
+		for (unsigned i = 0; i < GetNumTrials(200); ++i)
+		{
+			float const ratio = std::exp2(octaves(random));
+			player.Set(ratio);
+			std::size_t const start = player.GetOutput()[0].size();
+			player.PlayUntil(start + 4000);
+			for (std::size_t k = start; k < start + 4000; ++k)
+			{
+				auto const sample = static_cast<double>(player.GetOutput()[0][k]);
+				// Within 25 milliseconds of a burst.
+				bool const isInTime = std::fmod(source + 1440.0, 12000.0) < 2640.0;
+				energy += sample * sample;
+				energyInTime += isInTime ? sample * sample : 0.0;
+				source += 1.0 / static_cast<double>(ratio);
+			}
+		}
+		EXPECT_GT(energyInTime, 0.98 * energy);
+		EXPECT_GT(energy, 100.0);
+	}
+	SetOmegaEngineKind(OmegaEngineKind::kSplice);
+}
+
 TEST(OmegaEngine, GivesTheBitsOfTheSourceAtRatioOne)
 {
 	Player player(2, Noise);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "stretch/omega/OmegaLimits.h"
 #include "stretch/omega/OnsetDetector.h"
 #include "stretch/omega/SampleHistory.h"
 #include "zorvaudiodsp/stretch/omega/OmegaEngine.h"
@@ -9,14 +10,6 @@
 
 namespace dsp::stretch::omega
 {
-
-struct OmegaLimits
-{
-	float mMinRatio = 1.0f;
-	float mMaxRatio = 1.0f;
-	float mMinSemitones = 0.0f;
-	float mMaxSemitones = 0.0f;
-};
 
 // Plays stretches of the source as they are, and goes on elsewhere whenever they have got too far from their place:
 // where the sound resembles most what would have followed, by a cross-fade. All channels are spliced at once.
