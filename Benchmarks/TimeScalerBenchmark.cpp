@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#ifdef SONARO_HAS_KISSFFT
+#ifdef SONARO_HAS_KISSFFT_FLOAT
 #include <kissfft/kiss_fftr.h>
 #endif
 #ifdef SONARO_HAS_RUBBERBAND
@@ -206,7 +206,7 @@ void BM_FFT(benchmark::State& ioState)
 }
 BENCHMARK(BM_FFT)->RangeMultiplier(4)->Range(128, 8192);
 
-#ifdef SONARO_HAS_KISSFFT
+#ifdef SONARO_HAS_KISSFFT_FLOAT
 void BM_KissFFT(benchmark::State& ioState)
 {
 	int const size = static_cast<int>(ioState.range(0));

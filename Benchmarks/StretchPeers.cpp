@@ -1,0 +1,189 @@
+#include "StretchPeers.h"
+
+#include "zorvaudiodsp/stretch/omega/OmegaEngine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#if defined(SONARO_HAS_SOUNDTOUCH)
+#include <soundtouch/SoundTouch.h>
+#endif
+#if defined(SONARO_HAS_RUBBERBAND)
+#include <rubberband/RubberBandStretcher.h>
+#endif
+
+namespace StretchPeers
+{
+
+namespace
+{
+
+constexpr unsigned kBlock = 1024;
+
+// Room for a sound that is to be made longer.
+Sound MakeRoom(Sound const& inSound, double inRatio)
+{
+	auto const length = static_cast<std::size_t>(static_cast<double>(inSound[0].size()) * inRatio);
+	return Sound(inSound.size(), std::vector<float>(length));
+}
+
+using dsp::stretch::omega::OmegaEngine;
+using dsp::stretch::omega::OmegaEngineKind;
+
+Sound StretchByOmega(Sound const& inSound, double inRatio, OmegaEngineKind inKind)
+{
+	dsp::stretch::omega::SetOmegaEngineKind(inKind);
+	auto const channels = static_cast<unsigned>(inSound.size());
+	OmegaEngine* made = nullptr;
+	OmegaEngine::Create(
+		&made, static_cast<float>(kSampleRate), channels, kBlock, 0.0f, 0.1f, 10.0f, 0.0f, 0.0f);
+	std::unique_ptr<OmegaEngine, void (*)(OmegaEngine*)> const engine(made, &OmegaEngine::Destroy);
+	dsp::stretch::omega::SetOmegaEngineKind(OmegaEngineKind::kSplice);
+	engine->Begin(static_cast<float>(kSampleRate), nullptr, static_cast<unsigned>(inSound[0].size()));
+	engine->SetRatio(static_cast<float>(inRatio), static_cast<float>(inRatio));
+	Sound output = MakeRoom(inSound, inRatio);
+	// What follows the end is silent.
+	Sound input = inSound;
+	for (auto& channel : input)
+	{
+		channel.resize(channel.size() + 200000);
+	}
+	std::size_t taken = 0;
+	std::vector<float const*> inputs(channels);
+	std::vector<float*> outputs(channels);
+	for (std::size_t done = 0; done < output[0].size();)
+	{
+		auto const count = static_cast<unsigned>(
+			std::min<std::size_t>({kBlock, output[0].size() - done, engine->GetOutputLimit()}));
+		for (unsigned channel = 0; channel < channels; ++channel)
+		{
+			inputs[channel] = input[channel].data() + taken;
+			outputs[channel] = output[channel].data() + done;
+		}
+		unsigned const needed = engine->GetInputNeeded(count);
+		engine->Process(count, inputs.data(), outputs.data());
+		taken += needed;
+		done += count;
+	}
+	return output;
+}
+
+#if defined(SONARO_HAS_SOUNDTOUCH)
+Sound StretchBySoundTouch(Sound const& inSound, double inRatio)
+{
+	auto const channels = static_cast<unsigned>(inSound.size());
+	soundtouch::SoundTouch stretcher;
+	stretcher.setSampleRate(static_cast<unsigned>(kSampleRate));
+	stretcher.setChannels(channels);
+	stretcher.setTempo(1.0 / inRatio);
+	Sound output = MakeRoom(inSound, inRatio);
+	std::vector<float> frames(std::size_t{kBlock} * channels);
+	std::size_t done = 0;
+	auto const receive = [&]
+	{
+		while (unsigned const count = stretcher.receiveSamples(frames.data(), kBlock))
+		{
+			for (unsigned i = 0; i < count && done < output[0].size(); ++i, ++done)
+			{
+				for (unsigned channel = 0; channel < channels; ++channel)
+				{
+					output[channel][done] = frames[std::size_t{i} * channels + channel];
+				}
+			}
+		}
+	};
+	for (std::size_t start = 0; start < inSound[0].size(); start += kBlock)
+	{
+		auto const count = static_cast<unsigned>(std::min<std::size_t>(kBlock, inSound[0].size() - start));
+		for (unsigned i = 0; i < count; ++i)
+		{
+			for (unsigned channel = 0; channel < channels; ++channel)
+			{
+				frames[std::size_t{i} * channels + channel] = inSound[channel][start + i];
+			}
+		}
+		stretcher.putSamples(frames.data(), count);
+		receive();
+	}
+	stretcher.flush();
+	receive();
+	return output;
+}
+#endif
+
+#if defined(SONARO_HAS_RUBBERBAND)
+using RubberBand::RubberBandStretcher;
+
+// In its real-time mode, as the engine has to work.
+Sound StretchByRubberBand(Sound const& inSound, double inRatio, int inOptions)
+{
+	auto const channels = inSound.size();
+	RubberBandStretcher stretcher(static_cast<std::size_t>(kSampleRate), channels,
+		RubberBandStretcher::OptionProcessRealTime | RubberBandStretcher::OptionChannelsTogether | inOptions,
+		inRatio);
+	stretcher.setMaxProcessSize(kBlock);
+	Sound output = MakeRoom(inSound, inRatio);
+	Sound block(channels, std::vector<float>(kBlock));
+	std::vector<float const*> inputs(channels);
+	std::vector<float*> outputs(channels);
+	std::size_t done = 0;
+	for (std::size_t start = 0; done < output[0].size() && start < inSound[0].size() + 100000;
+		 start += kBlock)
+	{
+		for (std::size_t channel = 0; channel < channels; ++channel)
+		{
+			std::size_t const from = std::min(start, inSound[0].size());
+			std::size_t const end = std::min(start + kBlock, inSound[0].size());
+			std::fill(block[channel].begin(), block[channel].end(), 0.0f);
+			std::copy(inSound[channel].begin() + static_cast<std::ptrdiff_t>(from),
+				inSound[channel].begin() + static_cast<std::ptrdiff_t>(end), block[channel].begin());
+			inputs[channel] = block[channel].data();
+		}
+		stretcher.process(inputs.data(), kBlock, false);
+		for (int available = stretcher.available(); available > 0 && done < output[0].size();
+			 available = stretcher.available())
+		{
+			for (std::size_t channel = 0; channel < channels; ++channel)
+			{
+				outputs[channel] = output[channel].data() + done;
+			}
+			done += stretcher.retrieve(
+				outputs.data(), std::min(static_cast<std::size_t>(available), output[0].size() - done));
+		}
+	}
+	return output;
+}
+#endif
+
+std::vector<Stretcher> MakeStretchers()
+{
+	std::vector<Stretcher> stretchers;
+	stretchers.push_back({"Omega", [](Sound const& inSound, double inRatio)
+		{ return StretchByOmega(inSound, inRatio, OmegaEngineKind::kSplice); }});
+	if (dsp::stretch::omega::IsOmegaEngineKindBuiltIn(OmegaEngineKind::kRubberBand))
+	{
+		stretchers.push_back({"Omega, R3", [](Sound const& inSound, double inRatio)
+			{ return StretchByOmega(inSound, inRatio, OmegaEngineKind::kRubberBand); }});
+	}
+#if defined(SONARO_HAS_SOUNDTOUCH)
+	stretchers.push_back({"SoundTouch", &StretchBySoundTouch});
+#endif
+#if defined(SONARO_HAS_RUBBERBAND)
+	stretchers.push_back({"Rubber Band R2", [](Sound const& inSound, double inRatio)
+		{ return StretchByRubberBand(inSound, inRatio, RubberBandStretcher::OptionEngineFaster); }});
+	stretchers.push_back({"Rubber Band R3", [](Sound const& inSound, double inRatio)
+		{ return StretchByRubberBand(inSound, inRatio, RubberBandStretcher::OptionEngineFiner); }});
+#endif
+	return stretchers;
+}
+
+} // namespace
+
+std::vector<Stretcher> const& GetStretchers()
+{
+	static std::vector<Stretcher> const sStretchers = MakeStretchers();
+	return sStretchers;
+}
+
+} // namespace StretchPeers
