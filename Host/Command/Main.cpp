@@ -6,6 +6,7 @@
 #include "Terminal/OperatingSystem.h"
 #include "Terminal/StopSignals.h"
 #include "Terminal/UsageError.h"
+#include "zorvaudiodsp/stretch/omega/OmegaEngine.h"
 
 #include <exception>
 #include <memory>
@@ -62,12 +63,15 @@ int RunCommand(Command& ioCommand)
 // The version, and what of the optional parts was built in.
 std::string DescribeVersion()
 {
+	using namespace dsp::stretch::omega;
 	std::string const libraries = SonaroHost::DescribeMovieLibraries();
+	bool const hasRubberBand = IsOmegaEngineKindBuiltIn(OmegaEngineKind::kRubberBand);
 	return "sonaro " SONARO_VERSION "\nmovies: " +
 		   (libraries.empty()
 				   ? "not read; libav is not installed, or was not built in with SONARO_WITH_LIBAV, which "
 					 "needs libavformat-dev, libavcodec-dev and libswresample-dev"
-				   : "read by " + libraries);
+				   : "read by " + libraries) +
+		   (hasRubberBand ? "\nstretching: by the Rubber Band Library as well (GPL)" : "");
 }
 
 constexpr char const* kFooter =

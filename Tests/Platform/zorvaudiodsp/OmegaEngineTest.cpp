@@ -145,14 +145,16 @@ TEST(OmegaEngine, StaysInTimeThroughManyRatios)
 	{
 		ASSERT_TRUE(SetOmegaEngineKind(kind));
 		std::mt19937 random(4);
-		std::uniform_real_distribution<float> octaves(-1.0f, 1.0f);
+		std::uniform_real_distribution<float> steps(-0.25f, 0.25f);
 		Player player(1, bursts);
+		float octaves = 0.0f;
 		double source = 0.0;
 		double energy = 0.0;
 		double energyInTime = 0.0;
 		for (unsigned i = 0; i < GetNumTrials(200); ++i)
 		{
-			float const ratio = std::exp2(octaves(random));
+			octaves = std::clamp(octaves + steps(random), -1.0f, 1.0f);
+			float const ratio = std::exp2(octaves);
 			player.Set(ratio);
 			std::size_t const start = player.GetOutput()[0].size();
 			player.PlayUntil(start + 4000);
