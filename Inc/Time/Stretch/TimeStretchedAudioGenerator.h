@@ -88,7 +88,6 @@ private:
 	TickTime ToDuration(unsigned inSamples) const;
 
 	void FillRing(TickTime const& inTime, bool inReverse, bool inWithDelay);
-	void PrefetchBlock(PrefetchRange const& inRange);
 	void ReadSource(dsp::AudioBuffer& ioBuffer, unsigned inCount, bool inReverse);
 	void Jump(TickTime const& inTime, bool inReverse);
 	void SetEngineFor(unsigned inNumSamples);

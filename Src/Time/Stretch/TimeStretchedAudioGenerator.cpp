@@ -2,10 +2,8 @@
 
 #include "AudioRender/Source/AudioGeneratorContentSpeedAdapter.h"
 #include "AudioRender/Source/PrefetchedAudioGenerator.h"
-#include "Sonaro/AudioPrefetch.h"
 #include "Sonaro/GeneratorPrefetch.h"
 #include "Sonaro/PrefetchRange.h"
-#include "Sonaro/PrefetchRequestAccumulator.h"
 #include "zorvaudiodsp/ZeroBufferAccordingToSilenceFlags.h"
 #include "zorvcore/config/Exceptions.h"
 #include "zorvcore/debug/TypeName.h"
@@ -201,7 +199,8 @@ void TimeStretchedAudioGenerator::FillRing(TickTime const& inTime, bool inRevers
 	{
 		unsigned const count = std::min(left, mBlockSize);
 		TickTime const start = mSourcePosition - mSettings.mSourceOffset;
-		PrefetchBlock({start, start + ToDuration(count)});
+		PrefetchFromAudioGenerator(
+			GetGenerator(), {start, start + ToDuration(count)}, SynchronousPrefetch, 0);
 		ReadSource(mBlock, count, inReverse);
 		if (mRing.GetRoom() <= count)
 		{
@@ -234,7 +233,8 @@ void TimeStretchedAudioGenerator::FillInitialDelay(
 		if (inForceCompletion)
 		{
 			TickTime const end = mSourcePosition + duration;
-			PrefetchBlock({std::min(mSourcePosition, end), std::max(mSourcePosition, end)});
+			PrefetchRange const range(std::min(mSourcePosition, end), std::max(mSourcePosition, end));
+			PrefetchFromAudioGenerator(GetGenerator(), range, SynchronousPrefetch, 0);
 		}
 		ReadSource(mBlock, count, inReverse);
 		if (mRing.GetRoom() <= count)
@@ -245,17 +245,6 @@ void TimeStretchedAudioGenerator::FillInitialDelay(
 		mSourcePosition += duration;
 		left -= count;
 	}
-}
-
-void TimeStretchedAudioGenerator::PrefetchBlock(PrefetchRange const& inRange)
-{
-	std::vector<SynchronousPrefetchRequest> synchronous;
-	std::vector<AudioPrefetch::PrefetchRequest> asynchronous;
-	PrefetchRequestAccumulator accumulator(
-		PrefetchRequestAccumulator::ExtendCapacity, &synchronous, &asynchronous);
-	AudioGeneratorDecorator::AccumulatePrefetchRequests(inRange, SynchronousPrefetch, accumulator);
-	AudioPrefetch::PrefetchAudio(AudioPrefetch::PlaybackPriority, asynchronous, 0, {});
-	ProcessSynchronousPrefetchRequests(synchronous, 0);
 }
 
 // The samples at the source's position, with zeros where flags say silence.

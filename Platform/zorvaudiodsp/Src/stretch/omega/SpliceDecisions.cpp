@@ -145,8 +145,7 @@ void SpliceEngine::StartFade(double inDistance, double inSimilarity, double inLe
 	double sum = 0.0;
 	for (unsigned k = 0; k < kTaps; ++k)
 	{
-		mNext.mTaps[k] =
-			SincTable::ForPlaces().Get(static_cast<double>(k) - (kTaps / 2 - 1) - mNext.mFraction);
+		mNext.mTaps[k] = SincTable::ForPlaces().Get(static_cast<double>(k) - kTapsBefore - mNext.mFraction);
 		sum += static_cast<double>(mNext.mTaps[k]);
 	}
 	for (float& tap : mNext.mTaps)

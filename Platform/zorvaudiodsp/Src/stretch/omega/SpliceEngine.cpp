@@ -324,8 +324,7 @@ void SpliceEngine::ReadSegment(
 		std::copy_n(mSource.At(inChannel, position), inCount, outSamples);
 		return;
 	}
-	Filter(inSegment.mTaps.data(), kTaps, mSource.At(inChannel, position - (kTaps / 2 - 1)), inCount,
-		outSamples);
+	Filter(inSegment.mTaps.data(), kTaps, mSource.At(inChannel, position - kTapsBefore), inCount, outSamples);
 }
 
 // Brings a stretch back to its place that has got so far off it that its samples are not kept.

@@ -37,7 +37,9 @@ public:
 private:
 	// The middle is decided on and made in steps of this.
 	static constexpr unsigned kStep = 64;
+	// Of the filter that reads between samples, and those of them before the place.
 	static constexpr unsigned kTaps = 32;
+	static constexpr unsigned kTapsBefore = 15;
 
 	// A stretch of the source: middle sample m is that at m + mOffset, and mFraction beyond it.
 	struct Segment
