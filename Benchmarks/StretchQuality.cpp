@@ -130,55 +130,57 @@ struct ClickMeasures
 	double mOff = 0.0;
 };
 
+// Of a click within a stretch of sound; its place counts from the start of that.
+ClickMeasures MeasureClick(std::vector<float> const& inSound, std::size_t inStart, std::size_t inCount)
+{
+	constexpr double milliseconds = 1000.0 / kSampleRate;
+	std::vector<double> energies;
+	double total = 0.0;
+	for (std::size_t i = inStart; i < inStart + inCount; ++i)
+	{
+		energies.push_back(std::pow(static_cast<double>(inSound[i]), 2.0));
+		total += energies.back();
+	}
+	double const largest = *std::max_element(energies.begin(), energies.end());
+	auto const findAbove = [&](double inPart)
+	{
+		return std::find_if(
+			energies.begin(), energies.end(), [&](double inEnergy) { return inEnergy > inPart * largest; });
+	};
+	double sum = 0.0;
+	double width = 0.0;
+	for (double const energy : energies)
+	{
+		sum += energy;
+		width += sum > 0.01 * total && sum < 0.99 * total ? 1.0 : 0.0;
+	}
+	auto const first = findAbove(1e-4);
+	return {static_cast<double>(findAbove(0.25) - first) * milliseconds, width * milliseconds,
+		static_cast<double>(first - energies.begin()) * milliseconds};
+}
+
 ClickMeasures MeasureClicks(std::vector<float> const& inSound, double inRatio)
 {
-	constexpr std::size_t frame = 1;
 	ClickMeasures measures;
 	std::vector<double> places;
-	auto const half = static_cast<std::size_t>(kClickSpacing * inRatio * kSampleRate / 2.0);
-	unsigned count = 0;
-	for (double time = 4.0 * kClickSpacing * inRatio;
-		 (time + kClickSpacing * inRatio) * kSampleRate < static_cast<double>(inSound.size());
-		 time += kClickSpacing * inRatio)
+	double const spacing = kClickSpacing * inRatio * kSampleRate;
+	auto const half = static_cast<std::size_t>(spacing / 2.0);
+	for (double place = 4.0 * spacing; place + spacing < static_cast<double>(inSound.size());
+		 place += spacing)
 	{
-		auto const start = static_cast<std::size_t>(time * kSampleRate) - half;
-		std::vector<double> energies;
-		double total = 0.0;
-		for (std::size_t i = start; i + frame < start + 2 * half; i += frame)
-		{
-			double energy = 0.0;
-			for (std::size_t k = 0; k < frame; ++k)
-			{
-				energy += std::pow(static_cast<double>(inSound[i + k]), 2.0);
-			}
-			energies.push_back(energy);
-			total += energy;
-		}
-		double const largest = *std::max_element(energies.begin(), energies.end());
-		auto const peak = std::find_if(
-			energies.begin(), energies.end(), [&](double inEnergy) { return inEnergy > 0.25 * largest; });
-		auto const first = std::find_if(
-			energies.begin(), energies.end(), [&](double inEnergy) { return inEnergy > 1e-4 * largest; });
-		double sum = 0.0;
-		double width = 0.0;
-		for (double const energy : energies)
-		{
-			sum += energy;
-			width += sum > 0.01 * total && sum < 0.99 * total ? 1.0 : 0.0;
-		}
-		constexpr double milliseconds = 1000.0 * frame / kSampleRate;
-		measures.mPreEcho += static_cast<double>(peak - first) * milliseconds;
-		measures.mSmear += width * milliseconds;
-		places.push_back(static_cast<double>(first - energies.begin()) * milliseconds);
-		++count;
+		ClickMeasures const click = MeasureClick(inSound, static_cast<std::size_t>(place) - half, 2 * half);
+		measures.mPreEcho += click.mPreEcho;
+		measures.mSmear += click.mSmear;
+		places.push_back(click.mOff);
 	}
-	std::nth_element(
-		places.begin(), places.begin() + static_cast<std::ptrdiff_t>(places.size() / 2), places.end());
-	double const delay = places[places.size() / 2];
+	auto const middle = places.begin() + static_cast<std::ptrdiff_t>(places.size() / 2);
+	std::nth_element(places.begin(), middle, places.end());
+	double const delay = *middle;
 	for (double const place : places)
 	{
 		measures.mOff += std::fabs(place - delay);
 	}
+	auto const count = static_cast<double>(places.size());
 	return {measures.mPreEcho / count, measures.mSmear / count, measures.mOff / count};
 }
 

@@ -217,8 +217,7 @@ TEST(OmegaEngine, AnySplitEqualsWhole)
 	}
 }
 
-// Without what cannot be heard in it, as sines and cosines of all other frequencies would say: the part of a sound that
-// is not the tone that fits it best, in decibels.
+// What a sound has besides a tone of this frequency, by all that it has, in decibels.
 double GetResidue(std::vector<float> const& inSound, double inFrequency)
 {
 	constexpr unsigned start = 20000;
@@ -305,7 +304,7 @@ TEST(OmegaEngine, PlaysEachOnsetOnceAndInTime)
 		ASSERT_EQ(found.size(), static_cast<std::size_t>(119999.0f / ratio / 12000.0f));
 		for (std::size_t i = 0; i < found.size(); ++i)
 		{
-			// Half a millisecond of either side.
+			// Half a millisecond of the source or of the output.
 			EXPECT_NEAR(found[i], 12000.0 * static_cast<double>(i + 1),
 				26.0 / static_cast<double>(std::min(ratio, 1.0f)));
 		}
