@@ -416,10 +416,10 @@ TEST(TimeStretchedAudioGenerator, IsUsedByOneThreadAtATime)
 	RunOnThreads(3,
 		[&](unsigned inThread)
 		{
-			dsp::AudioBuffer buffer(1, 16);
-			for (unsigned i = 0; i < GetNumTrials(300); ++i)
+			dsp::AudioBuffer buffer(1, 256);
+			for (unsigned i = 0; i < GetNumTrials(100); ++i)
 			{
-				inThread == 0   ? stretched->GetAudioData(At(16ll * i), buffer, false)
+				inThread == 0   ? stretched->GetAudioData(At(256ll * i), buffer, false)
 				: inThread == 1 ? (void)RequestPrefetch(*stretched, {At(i), At(i + 100)})
 								: stretched->Reset();
 				i % 50 == 7 && inThread == 2 ? stretched->FillInitialDelay({}, At(100), false, false)
