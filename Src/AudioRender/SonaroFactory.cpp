@@ -33,8 +33,8 @@
 #include "Panner/ChannelMixerAudioPanProcessor.h"
 #include "Panner/FixedMixPanner.h"
 #include "Sonaro/PanProcessorType.h"
-#include "Time/TimeAlteredAudioClipTrackItemRenderer.h"
 #include "Time/Stretch/TimeStretchedAudioGenerator.h"
+#include "Time/TimeAlteredAudioClipTrackItemRenderer.h"
 
 #include <mutex>
 

@@ -125,7 +125,7 @@ TEST_F(TrackRenderTest, FadesThatDoNotFitAreRefused)
 	ClipRenderRequest request = MakeRequest(MakeOnes(2, 1000));
 	request.mFadeIn = TimePosition::FromSamples(501);
 	request.mFadeOut = TimePosition::FromSamples(500);
-	ExpectRefusal(request, "the fades are longer than the 0:00.021 of the output");
+	ExpectRefusal(request, "the fades are longer than the 0:00.021 (1000 samples) of the output");
 	request.mFadeIn = TimePosition::FromSamples(500);
 	EXPECT_EQ(Render(request).GetFrames(), 1000);
 }
@@ -270,7 +270,7 @@ TEST_F(TrackRenderTest, FadesCountTheTimeOfTheOutput)
 	EXPECT_NEAR(out.mSamples[6000], 0.5f, 0.03f);
 	EXPECT_NEAR(out.mSamples[13000], 1.0f, 1e-4f);
 	request.mFadeIn = TimePosition::FromSamples(24001);
-	ExpectRefusal(request, "the fades are longer than the 0:00.500 of the output");
+	ExpectRefusal(request, "the fades are longer than the 0:00.500 (24000 samples) of the output");
 }
 
 TEST_F(TrackRenderTest, SpeedsOutOfRangeAreRefused)
