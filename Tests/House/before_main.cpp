@@ -6,6 +6,7 @@
 #include "Sonaro/AudioPrefetch.h"
 #include "Sonaro/AudioResamplerFactory.h"
 #include "Sonaro/GeneratorPrefetch.h"
+#include "Sonaro/IAudioTimeScalerFactory.h"
 #include "Vexilon/AudioChannelType.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvcore/threads/Gate.h"
@@ -88,6 +89,7 @@ private:
 		Check(mono.GetChannel(0)[2] == 0.5f, "stereo is not folded to mono");
 		auto const resampler = AudioResamplerFactory::CreateAudioResampler(RenderQuality::kMedium);
 		Check(resampler && resampler->SupportsFrameRateChange(), "there is no resampler");
+		Check(GetAudioTimeScalerFactory().IsValid(), "there is no factory of time scalers");
 	}
 };
 

@@ -14,7 +14,6 @@ namespace SN::Testing
 namespace
 {
 
-using Signal = ReferenceTimeScaler::Signal;
 using Complex = std::complex<double>;
 
 constexpr float kTurn = 6.2831855f;

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "ResamplerRuns.h"
+
 #include <cstdint>
-#include <vector>
 
 // One channel of the time scaler written again in the plainest way, sample by sample and bin by bin: what the engine's
 // own must come near to.
@@ -21,8 +22,6 @@ struct ScalerRequest
 class ReferenceTimeScaler
 {
 public:
-	using Signal = std::vector<float>;
-
 	// inUsesOwnTransform: the engine's Fourier transform in place of one in double precision.
 	ReferenceTimeScaler(ScalerRequest const& inRequest, bool inUsesOwnTransform);
 

@@ -111,68 +111,90 @@ private:
 	Signal mHistory;
 };
 
+// The engine's resampler and a reference for each of two channels.
+class Duel
+{
+public:
+	explicit Duel(RatioCase const& inCase)
+		: mCase(inCase),
+		  mResampler(inCase.Make(kChannels)),
+		  mReferences(kChannels, Reference(inCase))
+	{
+	}
+
+	// As many inputs as are asked for, or less. Channel inSilent is silent, and all channels if it is kAll.
+	void RunBlock(unsigned inNumOutput, unsigned inShort, unsigned inSilent)
+	{
+		unsigned numInput = mReferences[0].CountInput(inNumOutput);
+		ASSERT_EQ(mResampler->GetInputSampleCount(inNumOutput), numInput);
+		// Positions do not run away.
+		numInput -= mReferences[0].GetPhase() < 30 ? std::min(numInput, inShort) : 0;
+		dsp::AudioBuffer input(kChannels, numInput + Pick(mCase.mAhead + 1));
+		dsp::AudioBuffer output = MakeStaleBuffer(kChannels, inNumOutput);
+		std::vector<Signal> samples(kChannels, Signal(input.GetUseSize()));
+		for (unsigned channel = 0; channel < kChannels; ++channel)
+		{
+			bool const isSilent = inSilent == channel || inSilent == kAll;
+			std::generate_n(input.GetChannel(channel), input.GetUseSize(),
+				[&] { return static_cast<float>(Pick(20001)) / 10000.0f - 1.0f; });
+			input.SetChannelZero(channel, isSilent);
+			samples[channel] = Heard(input, channel);
+		}
+		mResampler->Process(input, output, numInput, inNumOutput);
+		for (unsigned channel = 0; channel < kChannels; ++channel)
+		{
+			bool const isSilent = inSilent == channel || inSilent == kAll;
+			ASSERT_EQ(output.IsChannelSilent(channel), isSilent);
+			if (inSilent == kAll)
+			{
+				mReferences[channel].Silence();
+				continue;
+			}
+			Signal const expected = mReferences[channel].Process(samples[channel], numInput, inNumOutput);
+			ASSERT_TRUE(isSilent || SameBits(Heard(output, channel), expected));
+		}
+	}
+
+	void Reset(unsigned inPosition)
+	{
+		mResampler->Reset(inPosition);
+		for (Reference& reference : mReferences)
+		{
+			reference.Reset(inPosition);
+		}
+	}
+
+	// At random, 0 to inBelow - 1.
+	unsigned Pick(unsigned inBelow) { return static_cast<unsigned>(mRandom() % inBelow); }
+
+	static constexpr unsigned kAll = 7;
+
+private:
+	static constexpr unsigned kChannels = 2;
+
+	RatioCase const& mCase;
+	InterfaceRef<IAudioResamplerSpecialized> mResampler;
+	std::vector<Reference> mReferences;
+	std::mt19937 mRandom{71};
+};
+
 // Random blocks, as asked for or not, some shorter than the history, some with a silent channel, and some silent.
 TEST(SpecializedResamplers, EqualTheirDefinitionToTheBit)
 {
-	constexpr unsigned kChannels = 2;
 	for (RatioCase const& test : kRatios)
 	{
-		SCOPED_TRACE(test.mName);
-		std::mt19937 random(71);
-		auto const resampler = test.Make(kChannels);
-		std::vector<Reference> references(kChannels, Reference(test));
+		Duel duel(test);
 		for (unsigned block = 0; block < 400; ++block)
 		{
-			unsigned const numOutput = 1 + static_cast<unsigned>(random() % (block % 4 == 0 ? 4 : 300));
-			ASSERT_EQ(resampler->GetInputSampleCount(numOutput), references[0].CountInput(numOutput));
-			unsigned numInput = references[0].CountInput(numOutput);
-			// The position stays within the reach of what the caller may do: at most ten samples back.
-			if (block % 5 == 1 && references[0].GetPhase() < 30)
-			{
-				numInput -= std::min(numInput, static_cast<unsigned>(random() % 6));
-			}
-			dsp::AudioBuffer input(kChannels, numInput + static_cast<unsigned>(random() % (test.mAhead + 1)));
-			dsp::AudioBuffer output = MakeStaleBuffer(kChannels, numOutput);
-			std::vector<Signal> samples(kChannels, Signal(input.GetUseSize()));
-			for (unsigned channel = 0; channel < kChannels; ++channel)
-			{
-				std::generate(samples[channel].begin(), samples[channel].end(),
-					[&] { return static_cast<float>(random() % 20001) / 10000.0f - 1.0f; });
-				std::copy(samples[channel].begin(), samples[channel].end(), input.GetChannel(channel));
-			}
-			unsigned const silent = static_cast<unsigned>(random() % 8);
-			bool const allSilent = block % 50 == 49;
-			for (unsigned channel = 0; channel < kChannels; ++channel)
-			{
-				if (allSilent || silent == channel)
-				{
-					input.MarkChannelSilent(channel);
-					std::fill(samples[channel].begin(), samples[channel].end(), 0.0f);
-				}
-			}
-			resampler->Process(input, output, numInput, numOutput);
-			for (unsigned channel = 0; channel < kChannels; ++channel)
-			{
-				ASSERT_EQ(output.IsChannelSilent(channel), allSilent || silent == channel) << block;
-				if (allSilent)
-				{
-					references[channel].Silence();
-					continue;
-				}
-				Signal const expected = references[channel].Process(samples[channel], numInput, numOutput);
-				if (silent != channel)
-				{
-					ASSERT_TRUE(SameBits(Heard(output, channel), expected)) << "block " << block;
-				}
-			}
+			SCOPED_TRACE(std::string(test.mName) + ", block " + std::to_string(block));
+			unsigned const numOutput = 1 + duel.Pick(block % 4 == 0 ? 4 : 300);
+			unsigned const silent = duel.Pick(Duel::kAll);
+			duel.RunBlock(
+				numOutput, block % 5 == 1 ? duel.Pick(6) : 0, block % 50 == 49 ? Duel::kAll : silent);
+			ASSERT_FALSE(testing::Test::HasFatalFailure());
 			if (block % 60 == 30)
 			{
-				unsigned const position = static_cast<unsigned>(random() % 100);
-				resampler->Reset(position);
-				for (Reference& reference : references)
-				{
-					reference.Reset(position);
-				}
+				duel.Reset(duel.Pick(100));
 			}
 		}
 	}

@@ -12,7 +12,7 @@ namespace SN
 namespace
 {
 
-constexpr float kPi = 3.1415927f;
+constexpr float kSinglePi = 3.1415927f;
 
 AlignedSamples MakeSquaredCosine(int inHalf)
 {
@@ -36,7 +36,7 @@ void MultiplySinc(int inHalf, int inWidth, AlignedSamples& ioWindow)
 	for (int i = 1; i <= inHalf; ++i)
 	{
 		float const index = static_cast<float>(i);
-		float const sinc = std::sin(index * kPi / width) * width / (index * kPi);
+		float const sinc = std::sin(index * kSinglePi / width) * width / (index * kSinglePi);
 		centre[i] *= sinc;
 		centre[-i] *= sinc;
 	}
