@@ -9,7 +9,7 @@ packages=(g++ cmake ninja-build ccache pkg-config
 	nlohmann-json3-dev libcli11-dev)
 if [ "${1:-build}" = test ]; then
 	packages+=(clang clang-format clang-tidy libclang-rt-14-dev lld python3 libgtest-dev libgmock-dev libbenchmark-dev libebur128-dev
-		ffmpeg)
+		ffmpeg librsvg2-bin)
 fi
 
 missing=()
