@@ -19,19 +19,22 @@ namespace
 // More than containers hold.
 constexpr unsigned kMaxStream = 1000;
 
+// From 1 on.
+unsigned ReadWholeNumber(Cursor const& inValue, unsigned inLargest)
+{
+	double const number = ReadNumber(inValue, 1.0, inLargest);
+	if (number != std::floor(number))
+	{
+		inValue.Refuse(Write(number) + " is not a whole number");
+	}
+	return static_cast<unsigned>(number);
+}
+
 std::vector<unsigned> ReadChannels(Cursor const& inValue)
 {
 	std::vector<unsigned> channels;
-	ForEach(inValue,
-		[&channels](Cursor const& inChannel)
-		{
-			double const number = ReadNumber(inChannel, 1.0, kMaxChannels);
-			if (number != std::floor(number))
-			{
-				inChannel.Refuse(Write(number) + " is not a whole number");
-			}
-			channels.push_back(static_cast<unsigned>(number));
-		});
+	ForEach(inValue, [&channels](Cursor const& inChannel)
+		{ channels.push_back(ReadWholeNumber(inChannel, kMaxChannels)); });
 	if (!inValue.IsNothing() && (channels.empty() || channels.size() > kMaxChannels))
 	{
 		inValue.Refuse(std::to_string(channels.size()) + " channels is out of range; use 1 to " +
@@ -42,16 +45,7 @@ std::vector<unsigned> ReadChannels(Cursor const& inValue)
 
 unsigned ReadStream(Cursor const& inValue)
 {
-	if (inValue.IsNothing())
-	{
-		return 0;
-	}
-	double const number = ReadNumber(inValue, 1.0, kMaxStream);
-	if (number != std::floor(number))
-	{
-		inValue.Refuse(Write(number) + " is not a whole number");
-	}
-	return static_cast<unsigned>(number);
+	return inValue.IsNothing() ? 0 : ReadWholeNumber(inValue, kMaxStream);
 }
 
 std::string ReadLayout(Cursor const& inValue)
