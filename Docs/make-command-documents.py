@@ -28,6 +28,7 @@ VALUES = {
     "waveform --channels": "stacked merged",
     "waveform --theme": "light dark",
     "--scale": "linear db",
+    "--stretch": "scaler omega rubberband",
     "--layout": "mono stereo 5.1",
 }
 FOLDERS = {"--media"}

@@ -84,8 +84,8 @@ public:
 		AddChannelOptions();
 		mTimeline.AddOptions();
 		GroupByInput(GetParser(),
-			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--stream",
-				"--channels", "--pan", "--mixdown"},
+			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--keep-pitch",
+				"--pitch", "--stretch", "--stream", "--channels", "--pan", "--mixdown"},
 			{"--range", "--stems", "--media", "--fades"});
 		GetParser().footer(
 			std::string(kTimesHelp) +
@@ -95,6 +95,7 @@ public:
 			"  sonaro render music.mp3 -o music.aiff --bits 16 --start 1:02.5 --duration 30\n"
 			"  sonaro render stereo.wav -o swapped.wav --channels 2,1 --gain-db -6\n"
 			"  sonaro render music.flac -o jingle.wav --duration 12 --fade-in 0.05 --fade-out 3\n"
+			"  sonaro render talk.wav -o fast.wav --speed 1.25 --keep-pitch\n"
 			"  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
 			"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
 			"  sonaro render music.flac -o music.wav --as-playback\n"
@@ -166,8 +167,13 @@ private:
 		AddFlag("--as-playback", mIsPlayback,
 			"Read ahead on another thread, as during playback, and report misses; the output is the same");
 		Add("--speed", mSpeed, "S",
-			"Playback speed, 0.01 to 100, by resampling, so that pitch follows: 2 is an octave up and half "
-			"as long");
+			"Playback speed, 0.01 to 100: 2 is half as long and, without --keep-pitch, an octave up");
+		AddFlag("--keep-pitch", mOptions.mKeepsPitch, "Keep the pitch at speeds from 0.1 to 10");
+		Add("--pitch", mSemitones, "SEMITONES", "Shift the pitch, -24 to 24 semitones; the length stays");
+		Add("--stretch", mOptions.mStretch, "NAME",
+			"What keeps and shifts pitches: scaler, omega or rubberband, as far as they are built in "
+			"(default: scaler)")
+			->check(CLI::IsMember({"scaler", "omega", "rubberband"}));
 		Add("--rate", mOptions.mSampleRate, "HZ",
 			"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first input; "
 			"of a timeline, that of most clips)");
@@ -295,6 +301,9 @@ private:
 		request.mLayout = MakeLayoutRequest();
 		request.mDirection = mIsReverse ? RenderDirection::kReverse : RenderDirection::kForward;
 		request.mSpeed = mSpeed;
+		request.mKeepsPitch = mOptions.mKeepsPitch;
+		request.mSemitones = mSemitones;
+		request.mStretchEngine = mOptions.ChooseStretchEngine();
 		request.mSampleRate = mOptions.mSampleRate;
 		request.mResampling = mOptions.ChooseResampling();
 		request.mAsPlayback = mIsPlayback;
@@ -430,6 +439,7 @@ private:
 	std::string mMixdown;
 	bool mIsReverse = false;
 	double mSpeed = 1.0;
+	double mSemitones = 0.0;
 	bool mIsPlayback = false;
 };
 

@@ -77,7 +77,8 @@ Json ListSoundFiles(ProgrammePlan const& inPlan)
 			{"firstSample", clip.mPosition}, {"endSample", clip.mPosition + clip.mFrames},
 			{"media", info.mPath.string()}, {"mediaRate", info.mSampleRate},
 			{"firstMediaSample", clip.mFirstFrame}, {"endMediaSample", clip.mFirstFrame + clip.mSourceFrames},
-			{"speed", inPlan.IsReversed() ? -inPlan.GetSpeed() : inPlan.GetSpeed()}});
+			{"speed", inPlan.IsReversed() ? -inPlan.GetSpeed() : inPlan.GetSpeed()},
+			{"keepPitch", inPlan.KeepsPitch()}, {"pitch", inPlan.GetSemitones()}});
 	}
 	return list;
 }

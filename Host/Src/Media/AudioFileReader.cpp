@@ -6,6 +6,7 @@
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
 #include "SoundDecoders.h"
+#include "Stretch/StretchedInfo.h"
 
 #include <algorithm>
 #include <string>
@@ -210,10 +211,11 @@ void AudioFileReader::CheckUnchanged() const
 
 void AudioFileReader::ThrowCutShort(std::int64_t inPosition) const
 {
+	std::int64_t const position = GetFrameOfFile(mInfo, inPosition);
 	RefuseFile(mInfo.mPath,
-		"cannot be read at sample " + std::to_string(inPosition) + " (" +
-			FormatTime(inPosition, mInfo.mSampleRate) + "), although its header states " +
-			std::to_string(mInfo.mFrames) + " samples: it is truncated or damaged",
+		"cannot be read at sample " + std::to_string(position) + " (" +
+			FormatTime(position, mInfo.mSampleRate) + "), although its header states " +
+			std::to_string(GetFileOf(mInfo).mFrames) + " samples: it is truncated or damaged",
 		"get a complete copy");
 }
 

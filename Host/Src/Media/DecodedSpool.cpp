@@ -142,7 +142,8 @@ void DecodedSpool::ThrowLackOfRoom()
 	RefuseFile(mInfo.mPath,
 		"its decoded samples cannot be stored in a temporary file in " + QuotePath(GetFolderOfTemporaries()) +
 			": " + reason,
-		"set TMPDIR to another folder with more space, or convert the file to WAV, which needs none");
+		std::string("set TMPDIR to another folder with more space") +
+			(mInfo.mStretch ? "" : ", or convert the file to WAV, which needs none"));
 }
 
 } // namespace SonaroHost

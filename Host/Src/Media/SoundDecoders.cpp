@@ -2,12 +2,18 @@
 
 #include "Movie/Movies.h"
 #include "SoundFile/AudioFileDecoder.h"
+#include "Stretch/StretchedDecoder.h"
+#include "Stretch/StretchedInfo.h"
 
 namespace SonaroHost
 {
 
 std::unique_ptr<SoundDecoder> OpenSoundDecoder(AudioFileInfo const& inInfo)
 {
+	if (inInfo.mStretch)
+	{
+		return std::make_unique<StretchedDecoder>(inInfo, OpenSoundDecoder(GetFileOf(inInfo)));
+	}
 	if (inInfo.mMovie)
 	{
 		return OpenMovieDecoder(inInfo);

@@ -9,7 +9,7 @@ namespace SonaroHost
 
 std::shared_ptr<DecodedSpool> SharedSpools::Find(AudioFileInfo const& inInfo, std::int64_t inBlockFrames)
 {
-	std::weak_ptr<DecodedSpool>& known = mSpools[inInfo.mDamage.get()];
+	std::weak_ptr<DecodedSpool>& known = mSpools[{inInfo.mDamage.get(), inInfo.mStretch}];
 	auto spool = known.lock();
 	if (!spool)
 	{

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace SonaroHost
@@ -21,12 +22,13 @@ class DecodedSpool;
 class SharedSpools
 {
 public:
-	// Null where there is no room for temporary files. inInfo: one of several copies, which share their mDamage.
+	// Null where there is no room for temporary files. inInfo: one of several copies, which share their mDamage; so do
+	// recordings that are stretched out of one file.
 	std::shared_ptr<DecodedSpool> Find(AudioFileInfo const& inInfo, std::int64_t inBlockFrames);
 
 private:
 	// They live as long as somebody reads them.
-	std::map<MediaDamage const*, std::weak_ptr<DecodedSpool>> mSpools;
+	std::map<std::pair<MediaDamage const*, std::optional<Stretch>>, std::weak_ptr<DecodedSpool>> mSpools;
 };
 
 // The sources that one graph has opened. What they find damaged stays theirs until the end of this, and is then added

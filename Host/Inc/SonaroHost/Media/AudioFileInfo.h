@@ -3,6 +3,7 @@
 #include "SonaroHost/Files/FileState.h"
 #include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/Media/MediaStart.h"
+#include "SonaroHost/Media/Stretch.h"
 #include "zorvmediatypes/AudioChannelDescription.h"
 
 #include <cstdint>
@@ -63,6 +64,10 @@ struct AudioFileInfo
 	std::shared_ptr<MediaDamage> mDamage = std::make_shared<MediaDamage>();
 	// Where a movie's samples lie; null for sound files.
 	std::shared_ptr<MovieIndex const> mMovie;
+	// Where the recording is the file stretched; mFrames and all positions then count its own frames, and mFileFrames
+	// those of the file.
+	std::optional<Stretch> mStretch;
+	std::int64_t mFileFrames = 0;
 
 	unsigned GetNumChannels() const { return static_cast<unsigned>(mChannelOrder.size()); }
 };

@@ -20,7 +20,7 @@ class SoundDecoder;
 //
 // Method   Samples come in blocks of a fixed size, the last few of which are kept. Formats that can be
 //          entered anywhere (PCM, FLAC, ALAC and block ADPCM) are seeked, early enough for the codec to
-//          have its state. The state of the others (Vorbis, Opus, MPEG, AAC, GSM and stream ADPCM) depends on
+//          have its state. The state of the others (Vorbis, Opus, MPEG, AAC, GSM and stream ADPCM), and of what is stretched, depends on
 //          all that came before, so they are decoded from the start; once such a file is read backwards,
 //          its decoded samples go to a nameless temporary file. Several readers of such a file can share that file, so
 //          that all of them together decode once.

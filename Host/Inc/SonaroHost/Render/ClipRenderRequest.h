@@ -3,6 +3,7 @@
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Engine/LayoutPlan.h"
 #include "SonaroHost/Engine/OfflineRender.h"
+#include "SonaroHost/Media/Stretch.h"
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Sequence/Resampling.h"
 
@@ -53,8 +54,13 @@ struct ClipRenderRequest : OutputRequest
 	LayoutRequest mLayout;
 	// The direction of the whole programme, as the speed is its speed.
 	RenderDirection mDirection = RenderDirection::kForward;
-	// Resampled, so that pitch follows; at 1 nothing is.
+	// Resampled, so that pitch follows, unless it is kept; at 1 nothing is.
 	double mSpeed = 1.0;
+	// Whether the inputs are stretched instead; the speed is then limited as in a Stretch.
+	bool mKeepsPitch = false;
+	// By how much the pitch is shifted besides, length staying: at most Stretch::kMostSemitones either way.
+	double mSemitones = 0.0;
+	StretchEngine mStretchEngine = StretchEngine::kScaler;
 	// The output's rate; without one it is that of the first input. Inputs of another rate are resampled, pitch and
 	// length staying.
 	std::optional<int> mSampleRate;

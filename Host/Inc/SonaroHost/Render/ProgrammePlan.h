@@ -17,20 +17,23 @@ struct PlannedClip
 {
 	// Counts by the programme's rate: nothing is resampled in it.
 	SN::InterfaceRef<AudioFileSource> mSource;
-	// The range in the source, in its own frames.
+	// The range in the file, in its own frames. A recording that is stretched begins with it.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mSourceFrames = 0;
 	// Channels of the source, in the order of the layout that the plan begins with; empty for all.
 	std::vector<unsigned> mChannels;
 	LayoutPlan mLayout;
-	// Samples of the source for one of the output; at 1 nothing is resampled.
+	// Samples of the source for one of the output.
 	double mReadingSpeed = 1.0;
 	// The range in the output.
 	std::int64_t mPosition = 0;
 	std::int64_t mFrames = 0;
 
 	AudioFileInfo const& GetInfo() const { return mSource->GetInfo(); }
-	bool IsResampled() const { return mReadingSpeed != 1.0; }
+	// The range in the source.
+	std::int64_t GetFirstFrameOfSource() const { return GetInfo().mStretch ? 0 : mFirstFrame; }
+	std::int64_t GetFramesOfSource() const;
+	bool IsResampled() const { return mReadingSpeed != 1.0 || GetInfo().mStretch; }
 };
 
 // What a request comes to once its inputs are open: where each lies in the output, from which rate and layout
@@ -54,6 +57,9 @@ public:
 	float GetGain() const { return mGain; }
 	// The speed of the whole, as it was asked for.
 	double GetSpeed() const { return mSpeed; }
+	bool KeepsPitch() const { return mKeepsPitch; }
+	// By how much the pitch is shifted besides.
+	double GetSemitones() const { return mSemitones; }
 	bool IsResampled() const;
 	Sequence::Resampling GetResampling() const { return mResampling; }
 	// Each sample of the output is one of an input or zero.
@@ -71,6 +77,8 @@ private:
 	Fades mFades;
 	float mGain = 1.0f;
 	double mSpeed = 1.0;
+	bool mKeepsPitch = false;
+	double mSemitones = 0.0;
 	Sequence::Resampling mResampling;
 	bool mIsReversed = false;
 };

@@ -91,7 +91,7 @@ Ratio FindStart(ClipPart const& inPart, ProgrammePlan const& inPlan)
 	}
 	if (inPlan.GetResampling() == Sequence::Resampling::kEngine)
 	{
-		return Ratio(clip.mSourceFrames - 1) - Ratio(passed) * speed;
+		return Ratio(clip.GetFramesOfSource() - 1) - Ratio(passed) * speed;
 	}
 	return Ratio(clip.mFrames - 1 - passed) * speed;
 }
@@ -107,7 +107,7 @@ Sequence::Item MakeItem(ClipPart const& inPart, std::shared_ptr<Sequence::Media 
 	item.mName = inMedia->mName;
 	item.mStart = SN::TickTime(inPart.mFirst, frameRate);
 	item.mEnd = SN::TickTime(inPart.mEnd, frameRate);
-	item.mContent = Sequence::Clip{inMedia, clip.mFirstFrame + nearest, clip.mChannels};
+	item.mContent = Sequence::Clip{inMedia, clip.GetFirstFrameOfSource() + nearest, clip.mChannels};
 	item.mOffset = start - Ratio(nearest);
 	item.mResampling = inPlan.GetResampling();
 	item.mSpeed = inPlan.IsReversed() ? -clip.mReadingSpeed : clip.mReadingSpeed;

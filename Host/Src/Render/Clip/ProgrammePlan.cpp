@@ -1,9 +1,11 @@
 #include "SonaroHost/Render/ProgrammePlan.h"
 
+#include "Media/Stretch/StretchedInfo.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/OutputPlan.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/RateConverter.h"
 #include "SonaroHost/Render/JobChecks.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
@@ -41,11 +43,55 @@ std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<un
 	return inWanted == all ? std::vector<unsigned>() : inWanted;
 }
 
-PlannedClip OpenClip(ClipInput const& inInput)
+void CheckSpeed(double inSpeed)
 {
+	// Written so that what is not a number fails it.
+	if (!(inSpeed >= kLowestSpeed && inSpeed <= kHighestSpeed))
+	{
+		Refuse("a speed of " + FormatNumber(inSpeed) + " is out of range; use 0.01 to 100");
+	}
+}
+
+// How the inputs are stretched; nothing for those that pitch follows in.
+std::optional<Stretch> ChooseStretch(ClipRenderRequest const& inRequest)
+{
+	if (!(std::abs(inRequest.mSemitones) <= Stretch::kMostSemitones))
+	{
+		Refuse(
+			"a pitch of " + FormatNumber(inRequest.mSemitones) + " semitones is out of range; use -24 to 24");
+	}
+	Ratio const speed = Ratio::FromExactDouble(inRequest.mSpeed);
+	Stretch stretch{speed, Stretch::GetPitchFactor(inRequest.mSemitones), inRequest.mStretchEngine};
+	if (!inRequest.mKeepsPitch)
+	{
+		stretch.mPitch = stretch.mPitch * speed;
+	}
+	CheckIsBuiltIn(inRequest.mStretchEngine);
+	bool const isPlain = inRequest.mKeepsPitch ? stretch.IsPlain() : inRequest.mSemitones == 0.0;
+	if (isPlain)
+	{
+		return std::nullopt;
+	}
+	if (!stretch.IsInRange())
+	{
+		double const factor = stretch.mPitch.ToDouble();
+		Refuse("a speed of " + FormatNumber(inRequest.mSpeed) + " cannot keep its pitch; use " +
+			   FormatNumber(Stretch::kLowestSpeed * factor) + " to " +
+			   FormatNumber(Stretch::kHighestSpeed * factor) + ", or leave out --keep-pitch");
+	}
+	return stretch;
+}
+
+PlannedClip OpenClip(ClipInput const& inInput, std::optional<Stretch> inStretch)
+{
+	AudioFileInfo const info = InspectAudioFile(inInput.mPath, inInput.mStream);
+	FrameRange const range = ChooseRange(info, inInput.mStart, inInput.mDuration);
 	PlannedClip clip;
-	clip.mSource = AudioFileSource::Open(inInput.mPath, std::nullopt, inInput.mStream);
-	FrameRange const range = ChooseRange(clip.GetInfo(), inInput.mStart, inInput.mDuration);
+	if (inStretch)
+	{
+		inStretch->mFirstFrame = range.mFirst;
+	}
+	clip.mSource = AudioFileSource::Open(inStretch ? MakeStretched(info, *inStretch) : info);
 	clip.mFirstFrame = range.mFirst;
 	clip.mSourceFrames = range.mFrames;
 	clip.mChannels = ChooseChannels(clip.GetInfo(), inInput.mChannels);
@@ -75,9 +121,17 @@ LayoutPlan MakeLayoutPlan(PlannedClip const& inClip, LayoutRequest const& inRequ
 
 } // namespace
 
+std::int64_t PlannedClip::GetFramesOfSource() const
+{
+	auto const& stretch = GetInfo().mStretch;
+	return stretch ? stretch->CountFrames(mFirstFrame + mSourceFrames) : mSourceFrames;
+}
+
 ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	: mGain(inRequest.mGain),
 	  mSpeed(inRequest.mSpeed),
+	  mKeepsPitch(inRequest.mKeepsPitch),
+	  mSemitones(inRequest.mSemitones),
 	  mResampling(inRequest.mResampling),
 	  mIsReversed(inRequest.mDirection == RenderDirection::kReverse)
 {
@@ -85,6 +139,8 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	{
 		Refuse("no input given");
 	}
+	CheckSpeed(inRequest.mSpeed);
+	auto const stretch = ChooseStretch(inRequest);
 	OutputPlan outputs;
 	outputs.mFiles = inRequest.mOtherOutputs;
 	if (!inRequest.mOutput.empty())
@@ -94,7 +150,7 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	outputs.mReplaces = inRequest.mReplace;
 	for (ClipInput const& input : inRequest.mInputs)
 	{
-		mClips.push_back(OpenClip(input));
+		mClips.push_back(OpenClip(input, stretch));
 		outputs.mInputs.push_back(input.mPath);
 	}
 	outputs.Check();
@@ -124,11 +180,6 @@ void ProgrammePlan::ChooseSampleRate(ClipRenderRequest const& inRequest)
 	{
 		Refuse("a sample rate of " + std::to_string(mSampleRate) + " Hz is out of range; use 1000 to 768000");
 	}
-	// Written so that what is not a number fails it.
-	if (!(inRequest.mSpeed >= kLowestSpeed && inRequest.mSpeed <= kHighestSpeed))
-	{
-		Refuse("a speed of " + FormatNumber(inRequest.mSpeed) + " is out of range; use 0.01 to 100");
-	}
 	for (PlannedClip& clip : mClips)
 	{
 		ChooseReadingSpeed(clip, inRequest.mSpeed);
@@ -139,7 +190,8 @@ void ProgrammePlan::ChooseSampleRate(ClipRenderRequest const& inRequest)
 void ProgrammePlan::ChooseReadingSpeed(PlannedClip& ioClip, double inSpeed) const
 {
 	AudioFileInfo const& info = ioClip.GetInfo();
-	double const speed = inSpeed * info.mSampleRate / mSampleRate;
+	double const wholeSpeed = inSpeed * info.mSampleRate / mSampleRate;
+	double const speed = info.mStretch ? static_cast<double>(info.mSampleRate) / mSampleRate : wholeSpeed;
 	bool const isEngine = mResampling == Sequence::Resampling::kEngine;
 	double const lowest = isEngine ? kLowestSpeed : 0.0;
 	double const highest = isEngine ? kHighestSpeed : static_cast<double>(RateConverter::kLargestStep);
@@ -150,7 +202,7 @@ void ProgrammePlan::ChooseReadingSpeed(PlannedClip& ioClip, double inSpeed) cons
 			   " Hz at this speed is out of range; use a speed closer to 1 or a rate closer to the input's");
 	}
 	ioClip.mReadingSpeed = speed;
-	ioClip.mFrames = std::llround(static_cast<double>(ioClip.mSourceFrames) / speed);
+	ioClip.mFrames = std::llround(static_cast<double>(ioClip.mSourceFrames) / wholeSpeed);
 	if (ioClip.mFrames < 1)
 	{
 		Refuse(QuotePath(info.mPath) +

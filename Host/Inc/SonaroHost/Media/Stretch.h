@@ -1,0 +1,59 @@
+#pragma once
+
+#include "SonaroHost/Base/Ratio.h"
+
+#include <compare>
+#include <cstdint>
+
+namespace SonaroHost
+{
+
+// What changes length and pitch apart from each other.
+enum class StretchEngine
+{
+	// The engine's time scaler, a phase vocoder.
+	kScaler,
+	// The engine's stretching in the time domain.
+	kOmega,
+	// Rubber Band.
+	kRubberBand,
+};
+
+// How a file is heard as another recording, at a speed and a pitch of its own.
+//
+// Position  Frame k of the recording stands exactly at the file's frame mFirstFrame + k * mSpeed, so that nothing drifts;
+//           it ends with the file. It has the file's sample rate, layout and name.
+// Decoding  Its samples depend on all that came before, so it is always decoded in order, from its start.
+struct Stretch
+{
+	// The range of the speed divided by the pitch factor.
+	static constexpr double kLowestSpeed = 0.1;
+	static constexpr double kHighestSpeed = 10.0;
+	// The largest shift of the pitch in either direction, two octaves.
+	static constexpr double kMostSemitones = 24.0;
+
+	// Frames of the file that pass in one of the recording, above 0: 2 is twice as fast.
+	Ratio mSpeed = Ratio(1);
+	// What all frequencies are multiplied by, above 0. The engine may miss it a little.
+	Ratio mPitch = Ratio(1);
+	StretchEngine mEngine = StretchEngine::kScaler;
+	// The file's frame with which the recording begins.
+	std::int64_t mFirstFrame = 0;
+
+	// The factor of a shift, to a hundredth of a cent.
+	static Ratio GetPitchFactor(double inSemitones);
+
+	// Whether the file is heard as it is, but for its start.
+	bool IsPlain() const { return mSpeed == Ratio(1) && mPitch == Ratio(1); }
+	// Whether speed and pitch lie in the range above.
+	bool IsInRange() const;
+	// What of so many frames of a file there is of the recording.
+	std::int64_t CountFrames(std::int64_t inFileFrames) const;
+
+	friend auto operator<=>(Stretch const&, Stretch const&) = default;
+};
+
+// Throws a HostError for an engine that is not built in, which says what brings it.
+void CheckIsBuiltIn(StretchEngine inEngine);
+
+} // namespace SonaroHost

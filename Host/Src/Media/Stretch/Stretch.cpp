@@ -1,0 +1,40 @@
+#include "SonaroHost/Media/Stretch.h"
+
+#include "SonaroHost/Base/HostError.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace SonaroHost
+{
+
+Ratio Stretch::GetPitchFactor(double inSemitones)
+{
+	// A rate of conversion with few digits needs few tables.
+	constexpr std::int64_t kParts = std::int64_t{1} << 18;
+	double const factor = std::exp2(inSemitones / 12.0);
+	return {std::llround(factor * static_cast<double>(kParts)), kParts};
+}
+
+bool Stretch::IsInRange() const
+{
+	double const speed = (mSpeed / mPitch).ToDouble();
+	return speed >= kLowestSpeed && speed <= kHighestSpeed;
+}
+
+std::int64_t Stretch::CountFrames(std::int64_t inFileFrames) const
+{
+	return std::max<std::int64_t>((Ratio(inFileFrames - mFirstFrame) / mSpeed).Round(), 0);
+}
+
+void CheckIsBuiltIn(StretchEngine inEngine)
+{
+	if (inEngine != StretchEngine::kScaler)
+	{
+		Refuse(std::string("the stretch engine \"") +
+			   (inEngine == StretchEngine::kOmega ? "omega" : "rubberband") +
+			   "\" is not built in; use \"scaler\"");
+	}
+}
+
+} // namespace SonaroHost
