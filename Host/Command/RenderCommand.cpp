@@ -84,8 +84,8 @@ public:
 		AddChannelOptions();
 		mTimeline.AddOptions();
 		GroupByInput(GetParser(),
-			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--keep-pitch",
-				"--pitch", "--stretch", "--stream", "--channels", "--pan", "--mixdown"},
+			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--pitch", "--stream",
+				"--channels", "--pan", "--mixdown"},
 			{"--range", "--stems", "--media", "--fades"});
 		GetParser().footer(
 			std::string(kTimesHelp) +
@@ -168,7 +168,9 @@ private:
 			"Read ahead on another thread, as during playback, and report misses; the output is the same");
 		Add("--speed", mSpeed, "S",
 			"Playback speed, 0.01 to 100: 2 is half as long and, without --keep-pitch, an octave up");
-		AddFlag("--keep-pitch", mOptions.mKeepsPitch, "Keep the pitch at speeds from 0.1 to 10");
+		AddFlag("--keep-pitch", mOptions.mKeepsPitch,
+			"Keep the pitch at speeds from 0.1 to 10; in a timeline, that of clips whose LinearTimeWarp does "
+			"not say otherwise");
 		Add("--pitch", mSemitones, "SEMITONES", "Shift the pitch, -24 to 24 semitones; the length stays");
 		Add("--stretch", mOptions.mStretch, "NAME",
 			"What keeps and shifts pitches: scaler, omega or rubberband, as far as they are built in "

@@ -86,7 +86,7 @@ std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
 	{
 		std::array<char, 32> speed{};
 		std::snprintf(speed.data(), speed.size(), ", speed %.6g", inClip.mSpeed);
-		text += speed.data();
+		text += std::string(speed.data()) + (inClip.mKeepsPitch ? " with its pitch kept" : "");
 	}
 	return text + (inClip.mReason.empty() ? ""
 										  : std::string(", ") + GetName(inClip.mStatus) + ": " +

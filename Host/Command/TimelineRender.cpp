@@ -86,6 +86,8 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mOptions.mLayout = mShared.ParseLayout();
 	request.mOptions.mFadeShape = ParseFades(mFades);
 	request.mOptions.mResampling = mShared.ChooseResampling();
+	request.mOptions.mKeepsPitch = mShared.mKeepsPitch;
+	request.mOptions.mStretchEngine = mShared.ChooseStretchEngine();
 	request.mRange = mRange;
 	request.mKeepsRows = !mShared.mReport.empty();
 	return request;

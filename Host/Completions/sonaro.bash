@@ -10,6 +10,7 @@ _sonaro()
 	"render --format") COMPREPLY=($(compgen -W "wav aiff flac caf" -- "$word")); return ;;
 	"render --bits") COMPREPLY=($(compgen -W "16 24 32f" -- "$word")); return ;;
 	"render --dither") COMPREPLY=($(compgen -W "tpdf none" -- "$word")); return ;;
+	"render --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
 	"render --layout") COMPREPLY=($(compgen -W "mono stereo 5.1" -- "$word")); return ;;
 	"render --mixdown") COMPREPLY=($(compgen -W "front front-rear front-lfe all" -- "$word")); return ;;
 	"render --stems") COMPREPLY=($(compgen -W "track marker" -- "$word")); return ;;
@@ -33,7 +34,7 @@ _sonaro()
 	case "$word" in
 	-*)
 		case "$command" in
-		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --strict --quiet --json --at --start --duration --reverse --as-playback --speed --stream --channels --pan --mixdown --range --stems --media --fades" -- "$word")) ;;
+		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --strict --quiet --json --at --start --duration --reverse --as-playback --speed --pitch --stream --channels --pan --mixdown --range --stems --media --fades" -- "$word")) ;;
 		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
 		loudness) COMPREPLY=($(compgen -W "-h --help -o --output --no-overwrite --quiet --json --start --duration --stream --range --media --fades" -- "$word")) ;;
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;

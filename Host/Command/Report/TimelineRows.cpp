@@ -41,6 +41,8 @@ Json ListClips(std::vector<ClipRow> const& inClips)
 			json["endMediaSample"] = clip.mEndMediaSample;
 		}
 		json["speed"] = clip.mSpeed;
+		json["keepPitch"] = clip.mKeepsPitch;
+		json["pitch"] = clip.mSemitones;
 		list.push_back(std::move(json));
 	}
 	return list;

@@ -171,7 +171,7 @@ int AudioFileSource::ReadPrefetchedAudio(SN::TickTime const& inTime, dsp::AudioB
 
 AudioFileSource::Part AudioFileSource::FindPart(SN::TickTime const& inTime, std::int64_t inFrames) const
 {
-	std::int64_t const position = inTime.ToFrame64(mFrameRate);
+	std::int64_t const position = inTime.ToFrame64(mFrameRate) - GetInfo().mFramesBefore;
 	std::int64_t const first = std::clamp<std::int64_t>(-position, 0, inFrames);
 	std::int64_t const end = std::clamp<std::int64_t>(GetInfo().mFrames - position, first, inFrames);
 	return {position + first, static_cast<unsigned>(first), static_cast<unsigned>(end)};

@@ -4,6 +4,7 @@
 #include "Otio/Json/Schema.h"
 #include "Otio/Levels/ForeignLevelsReader.h"
 #include "Otio/Levels/LevelShapes.h"
+#include "Otio/Mix/MixSettingsReader.h"
 
 #include "SonaroHost/Otio/Limits.h"
 
@@ -70,6 +71,8 @@ Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRang
 	if (kind == SchemaKind::kLinearTimeWarp)
 	{
 		ReadTimeScalar(inObject, effect);
+		effect.mKeepsPitch =
+			ReadMixSettings(Cursor(inObject, "metadata"), SettingsOwner::kTimeWarp).mKeepsPitch;
 		return effect;
 	}
 	if (kind == SchemaKind::kFreezeFrame)

@@ -123,6 +123,7 @@ public:
 private:
 	void CheckOptions() const
 	{
+		CheckIsBuiltIn(mOptions.mStretchEngine);
 		if (mOptions.mSampleRate && (*mOptions.mSampleRate < 1 || *mOptions.mSampleRate > 768000))
 		{
 			Refuse("a sample rate of " + std::to_string(*mOptions.mSampleRate) +

@@ -1,11 +1,20 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
 #include "Media/SourceGroup.h"
+#include "Media/Stretch/StretchedInfo.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Media/NoSoundError.h"
 
 namespace SonaroHost
 {
+
+namespace
+{
+
+// What is left out of a file between two regions of it that are stretched by themselves.
+constexpr int kSecondsApart = 10;
+
+} // namespace
 
 // What graphs have opened. The graphs alone keep it open.
 class FileMedia::OpenSources
@@ -117,6 +126,38 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(
 		throw *file.mError;
 	}
 	return file.mMedia;
+}
+
+std::shared_ptr<Sequence::Media const> FileMedia::GetStretched(
+	Key const& inFile, Stretch const& inStretch, UsedRegions::Span const& inUsed)
+{
+	File& file = mFiles.at(inFile);
+	AudioFileInfo info = file.mInfo;
+	info.mPath = inFile.first;
+	Recording& recording = file.mStretched[inStretch];
+	auto& used = recording.mUsed;
+	if (!used)
+	{
+		used = std::make_shared<UsedRegions>(std::int64_t{kSecondsApart} * info.mSampleRate);
+	}
+	used->Add(inUsed);
+	auto const [place, isNew] = recording.mMedia.try_emplace(used->Find(inUsed.mFirst).mFirst);
+	if (isNew)
+	{
+		place->second = std::make_shared<Sequence::Media>(Sequence::Media{inFile.first.filename().string(),
+			static_cast<double>(info.mSampleRate), inStretch.CountFrames(info.mFrames), info.mLayout,
+			[sources = mSources, info, inStretch, used = used, first = inUsed.mFirst](
+				SN::FrameRate const& inCountingRate)
+			{
+				// By now all that is used is known.
+				AudioFileInfo region = info;
+				Stretch stretch = inStretch;
+				region.mFramesBefore = used->Find(first).mFirst;
+				stretch.mStart = Ratio(region.mFramesBefore) * stretch.mSpeed;
+				return sources->Open(MakeStretched(std::move(region), stretch), inCountingRate);
+			}});
+	}
+	return place->second;
 }
 
 std::optional<HostError> FileMedia::FindFailure() const

@@ -68,6 +68,8 @@ struct AudioFileInfo
 	// those of the file.
 	std::optional<Stretch> mStretch;
 	std::int64_t mFileFrames = 0;
+	// Frames of silence before the first one, as a source counts them.
+	std::int64_t mFramesBefore = 0;
 
 	unsigned GetNumChannels() const { return static_cast<unsigned>(mChannelOrder.size()); }
 };

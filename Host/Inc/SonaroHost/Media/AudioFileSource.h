@@ -60,7 +60,10 @@ public:
 	std::uint64_t GetMissedFrames() const { return mMissedFrames.load(std::memory_order_relaxed); }
 
 	SN::FrameRate GetFrameRate() override { return mFrameRate; }
-	SN::TickTime GetLength() override { return SN::TickTime(GetInfo().mFrames, mFrameRate); }
+	SN::TickTime GetLength() override
+	{
+		return SN::TickTime(GetInfo().mFramesBefore + GetInfo().mFrames, mFrameRate);
+	}
 	unsigned GetNumChannels() SONARO_NONBLOCKING override { return GetInfo().GetNumChannels(); }
 	SN::AudioChannelLayout GetAudioChannelLayout() override { return GetInfo().mLayout; }
 	SN::ImmutableString GetName() override { return mName; }

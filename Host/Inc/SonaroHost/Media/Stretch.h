@@ -21,7 +21,7 @@ enum class StretchEngine
 
 // How a file is heard as another recording, at a speed and a pitch of its own.
 //
-// Position  Frame k of the recording stands exactly at the file's frame mFirstFrame + k * mSpeed, so that nothing drifts;
+// Position  Frame k of the recording stands exactly at the file's frame mStart + k * mSpeed, so that nothing drifts;
 //           it ends with the file. It has the file's sample rate, layout and name.
 // Decoding  Its samples depend on all that came before, so it is always decoded in order, from its start.
 struct Stretch
@@ -37,8 +37,8 @@ struct Stretch
 	// What all frequencies are multiplied by, above 0. The engine may miss it a little.
 	Ratio mPitch = Ratio(1);
 	StretchEngine mEngine = StretchEngine::kScaler;
-	// The file's frame with which the recording begins.
-	std::int64_t mFirstFrame = 0;
+	// The file's frame at which the recording begins, or a place between two; 0 or above.
+	Ratio mStart;
 
 	// The factor of a shift, to a hundredth of a cent.
 	static Ratio GetPitchFactor(double inSemitones);

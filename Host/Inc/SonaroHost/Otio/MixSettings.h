@@ -99,6 +99,10 @@ struct MixSettings
 	std::vector<unsigned> mChannels;
 	// Which audio stream of a clip's movie is heard, from 1; 0 for all, one after the other.
 	unsigned mStream = 0;
+	// By how many semitones a clip's pitch is shifted.
+	double mSemitones = 0.0;
+	// Whether a time warp keeps the pitch.
+	std::optional<bool> mKeepsPitch;
 	std::optional<Fade> mFadeIn;
 	std::optional<Fade> mFadeOut;
 	// The shape of a transition.

@@ -37,6 +37,8 @@ struct Effect
 	bool mIsEnabled = true;
 	// kLinearTimeWarp: media time that passes in a second of the item's; not 0, at most 1000 either way.
 	double mTimeScalar = 1.0;
+	// kLinearTimeWarp: whether the pitch stays as it is; without it, the render chooses.
+	std::optional<bool> mKeepsPitch;
 	ForeignLevels mLevels;
 	std::string mMetadata;
 	std::string mPlace;

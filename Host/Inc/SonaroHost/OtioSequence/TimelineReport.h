@@ -47,6 +47,10 @@ struct ClipRow
 	std::int64_t mEndMediaSample = 0;
 	// All time warps together: media time that passes in a second of the programme's.
 	double mSpeed = 1.0;
+	// Whether a time warp of its own leaves its pitch as it is.
+	bool mKeepsPitch = false;
+	// By how much its pitch is shifted besides.
+	double mSemitones = 0.0;
 };
 
 // A track, a nested stack or track, or a clip that stands in a stack by itself.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SonaroHost/Media/Stretch.h"
 #include "SonaroHost/Otio/Model.h"
 #include "SonaroHost/Otio/Note.h"
 #include "SonaroHost/OtioSequence/TimelineReport.h"
@@ -24,6 +25,9 @@ struct TimelineOptions
 	FadeShape mFadeShape = FadeShape::kEqualPower;
 	// Of clips and nested sequences at other rates and speeds.
 	Sequence::Resampling mResampling = Sequence::Resampling::kExact;
+	// Whether clips at other speeds keep their pitch where their time warps do not say so.
+	bool mKeepsPitch = false;
+	StretchEngine mStretchEngine = StretchEngine::kScaler;
 };
 
 // A timeline as a sequence that a graph can be made of, and what is to be reported about it.

@@ -4,6 +4,8 @@
 #include "SonaroHost/Media/AudioFileSource.h"
 #include "SonaroHost/Media/GraphMedia.h"
 #include "SonaroHost/Media/MediaDamage.h"
+#include "SonaroHost/Media/Stretch.h"
+#include "SonaroHost/Media/UsedRegions.h"
 #include "SonaroHost/Sequence/Media.h"
 
 #include <filesystem>
@@ -25,12 +27,20 @@ namespace SonaroHost
 class FileMedia final : public GraphMedia
 {
 public:
+	// A path, and which stream is read.
+	using Key = std::pair<std::filesystem::path, unsigned>;
+
 	FileMedia();
 
 	// Looks into the file when it is new. Throws a HostError, the same every time, when it cannot be read.
 	// inShownPath: what people call it, as messages do. inStream: see InspectAudioFile.
 	std::shared_ptr<Sequence::Media const> Get(
 		std::filesystem::path const& inPath, std::filesystem::path const& inShownPath, unsigned inStream = 0);
+
+	// A recording that is made by stretching a file which Get has given, from its start; what is used of it is decoded in
+	// regions, each by itself. inUsed: what a clip plays of it, before any graph is made.
+	std::shared_ptr<Sequence::Media const> GetStretched(
+		Key const& inFile, Stretch const& inStretch, UsedRegions::Span const& inUsed);
 
 	// What the file is, by the path that people call it; null for one that is not there or cannot be read.
 	// inStream: as it was given to Get; nothing for the lowest.
@@ -49,11 +59,16 @@ public:
 	std::vector<DamagedMedia> ListDamaged() const override;
 
 private:
-	// A path, and which stream is read.
-	using Key = std::pair<std::filesystem::path, unsigned>;
+	// A recording, and its media by the frame of which they were asked for first.
+	struct Recording
+	{
+		std::shared_ptr<UsedRegions> mUsed;
+		std::map<std::int64_t, std::shared_ptr<Sequence::Media const>> mMedia;
+	};
 
 	struct File
 	{
+		std::map<Stretch, Recording> mStretched;
 		std::shared_ptr<Sequence::Media const> mMedia;
 		// Its path is the one for people.
 		AudioFileInfo mInfo;

@@ -15,26 +15,30 @@ constexpr std::int64_t kDecodedFrames = 2048;
 
 } // namespace
 
-ConvertedFile::ConvertedFile(std::unique_ptr<SoundDecoder> inDecoder, std::int64_t inFrames,
-	std::int64_t inFirstFrame, Ratio const& inStep)
+ConvertedFile::ConvertedFile(
+	std::unique_ptr<SoundDecoder> inDecoder, std::int64_t inFrames, Ratio const& inStart, Ratio const& inStep)
 	: mDecoder(std::move(inDecoder)),
 	  mFrames(inFrames),
 	  mChannels(mDecoder->GetNumChannels()),
 	  mDecoded(static_cast<std::size_t>(kDecodedFrames) * mDecoder->GetNumChannels()),
 	  mPlaces(mDecoder->GetNumChannels())
 {
-	if (inStep != Ratio(1))
+	std::int64_t const first = inStart.Floor();
+	if (inStep != Ratio(1) || inStart != Ratio(first))
 	{
-		mConverter.emplace(inStep, RateConverter::Position{});
-		mStart = mConverter->GetInput(0, 1).mFirst;
+		mConverter.emplace(inStep, RateConverter::Position{first, inStart - Ratio(first)});
 	}
-	// Nothing is heard before the first frame.
+	else
+	{
+		mNextOutput = first;
+	}
+	mStart = mConverter ? mConverter->GetInput(0, 1).mFirst : first;
+	// Nothing is heard before the start.
 	for (std::vector<float>& channel : mChannels)
 	{
-		channel.resize(static_cast<std::size_t>(std::max<std::int64_t>(-mStart, 0)));
+		channel.resize(static_cast<std::size_t>(first - mStart));
 	}
-	mStart = std::min<std::int64_t>(mStart, 0);
-	Skip(inFirstFrame);
+	Skip(first);
 }
 
 void ConvertedFile::Skip(std::int64_t inFrames)
@@ -65,6 +69,10 @@ std::int64_t ConvertedFile::Decode(std::int64_t inFrames)
 void ConvertedFile::Read(dsp::AudioBuffer& outBuffer)
 {
 	unsigned const count = outBuffer.GetUseSize();
+	if (count == 0)
+	{
+		return;
+	}
 	RateConverter::Span const span = mConverter ? mConverter->GetInput(mNextOutput, count)
 												: RateConverter::Span{mNextOutput, mNextOutput + count};
 	MoveTo(span);

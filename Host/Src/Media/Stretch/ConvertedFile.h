@@ -20,8 +20,8 @@ namespace SonaroHost
 class ConvertedFile
 {
 public:
-	// Output n stands at the file's frame inFirstFrame + n * inStep. inFrames: the length that the file states.
-	ConvertedFile(std::unique_ptr<SoundDecoder> inDecoder, std::int64_t inFrames, std::int64_t inFirstFrame,
+	// Output n stands at the file's frame inStart + n * inStep. inFrames: the length that the file states.
+	ConvertedFile(std::unique_ptr<SoundDecoder> inDecoder, std::int64_t inFrames, Ratio const& inStart,
 		Ratio const& inStep);
 
 	// The next outputs, as many as the buffer uses, in all channels of the file.
@@ -43,8 +43,9 @@ private:
 	std::int64_t mFrames;
 	// None where nothing is converted.
 	std::optional<RateConverter> mConverter;
+	// Counted from the file's start where nothing is converted.
 	std::int64_t mNextOutput = 0;
-	// Where the held samples begin, counted from the first frame.
+	// Where the held samples begin, in frames of the file.
 	std::int64_t mStart = 0;
 	std::vector<std::vector<float>> mChannels;
 	std::vector<float> mDecoded;

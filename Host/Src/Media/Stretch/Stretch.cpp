@@ -24,7 +24,7 @@ bool Stretch::IsInRange() const
 
 std::int64_t Stretch::CountFrames(std::int64_t inFileFrames) const
 {
-	return std::max<std::int64_t>((Ratio(inFileFrames - mFirstFrame) / mSpeed).Round(), 0);
+	return std::max<std::int64_t>(((Ratio(inFileFrames) - mStart) / mSpeed).Round(), 0);
 }
 
 void CheckIsBuiltIn(StretchEngine inEngine)

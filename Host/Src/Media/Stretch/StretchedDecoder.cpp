@@ -58,7 +58,7 @@ void StretchedDecoder::Start()
 	mStretcher =
 		MakeTimeStretcher(mStretch.mEngine, mStretch.mPitch / mStretch.mSpeed, mNumChannels, mSampleRate);
 	mFile = std::make_unique<ConvertedFile>(
-		std::move(mDecoder), mFileFrames, mStretch.mFirstFrame, mStretch.mSpeed * mStretcher->GetRatio());
+		std::move(mDecoder), mFileFrames, mStretch.mStart, mStretch.mSpeed * mStretcher->GetRatio());
 	mInput.Init(mNumChannels, TimeStretcher::kBlockFrames);
 	mOutput.Init(mNumChannels, mStretcher->GetLargestOutput());
 }

@@ -1,15 +1,31 @@
 #include "StretchedInfo.h"
 
+#include "SonaroHost/Base/HostError.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace SonaroHost
 {
 
+namespace
+{
+
+// What the time scaler takes, less the blocks that it has taken when its last output is there.
+constexpr std::int64_t kMostScaledFrames = 999'000'000;
+
+} // namespace
+
 AudioFileInfo MakeStretched(AudioFileInfo inFile, Stretch const& inStretch)
 {
 	inFile.mStretch = inStretch;
 	inFile.mFileFrames = std::exchange(inFile.mFrames, inStretch.CountFrames(inFile.mFrames));
+	Ratio const scaled = (Ratio(inFile.mFileFrames) - inStretch.mStart) / inStretch.mPitch;
+	if (inStretch.mEngine == StretchEngine::kScaler && scaled > Ratio(kMostScaledFrames))
+	{
+		RefuseFile(inFile.mPath, "is longer than the 999000000 samples that the scaler can stretch",
+			"begin closer to its end, cut it into parts, or use --stretch omega");
+	}
 	return inFile;
 }
 
@@ -30,7 +46,7 @@ std::int64_t GetFrameOfFile(AudioFileInfo const& inRecording, std::int64_t inFra
 		return inFrame;
 	}
 	Stretch const& stretch = *inRecording.mStretch;
-	return std::min(stretch.mFirstFrame + (Ratio(inFrame) * stretch.mSpeed).Floor(), inRecording.mFileFrames);
+	return std::min((stretch.mStart + Ratio(inFrame) * stretch.mSpeed).Floor(), inRecording.mFileFrames);
 }
 
 } // namespace SonaroHost

@@ -8,7 +8,7 @@ namespace SonaroHost
 {
 
 // The recording that is made of a file by stretching it. inFile: of a file that is not stretched. What is found damaged
-// goes on counting for the file, at its own positions.
+// goes on counting for the file, at its own positions. Throws a HostError where there is more than the engine can stretch.
 AudioFileInfo MakeStretched(AudioFileInfo inFile, Stretch const& inStretch);
 
 // The file that a recording is made of; of others the same.

@@ -19,6 +19,9 @@ namespace
 // More than containers hold.
 constexpr unsigned kMaxStream = 1000;
 
+// Two octaves.
+constexpr double kMaxSemitones = 24.0;
+
 // From 1 on.
 unsigned ReadWholeNumber(Cursor const& inValue, unsigned inLargest)
 {
@@ -46,6 +49,11 @@ std::vector<unsigned> ReadChannels(Cursor const& inValue)
 unsigned ReadStream(Cursor const& inValue)
 {
 	return inValue.IsNothing() ? 0 : ReadWholeNumber(inValue, kMaxStream);
+}
+
+double ReadSemitones(Cursor const& inValue)
+{
+	return inValue.IsNothing() ? 0.0 : ReadNumber(inValue, -kMaxSemitones, kMaxSemitones);
 }
 
 std::string ReadLayout(Cursor const& inValue)
@@ -96,6 +104,8 @@ constexpr Setting kSettings[] = {
 	{"solo", Owner::kStack | Owner::kTrack, Set<&MixSettings::mSolo, ReadBool>},
 	{"channels", 0U | Owner::kClip, Set<&MixSettings::mChannels, ReadChannels>},
 	{"stream", 0U | Owner::kClip, Set<&MixSettings::mStream, ReadStream>},
+	{"pitch", 0U | Owner::kClip, Set<&MixSettings::mSemitones, ReadSemitones>},
+	{"keep_pitch", 0U | Owner::kTimeWarp, Set<&MixSettings::mKeepsPitch, ReadBool>},
 	{"fade_in", kSounding, Set<&MixSettings::mFadeIn, ReadFade>},
 	{"fade_out", kSounding, Set<&MixSettings::mFadeOut, ReadFade>},
 	{"curve", 0U | Owner::kTransition, Set<&MixSettings::mShape, ReadShape>},

@@ -16,6 +16,7 @@ enum class SettingsOwner : unsigned
 	kClip = 8,
 	kGap = 16,
 	kTransition = 32,
+	kTimeWarp = 64,
 };
 
 // The settings under "sonaro" of an object's metadata. A wrong value is refused, and a note names an unknown key.

@@ -1,5 +1,6 @@
 #include "ItemMaker.h"
 
+#include "ClipStretch.h"
 #include "OtioSequence/Survey/Audibility.h"
 
 #include "SonaroHost/Base/ChannelLayouts.h"
@@ -137,7 +138,8 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	{
 		inWhySilent = CheckClip(inClip, inPlacement, inTiming, {*media, mediaStart}, status);
 	}
-	AddClipRow(inClip, inPlacement, inTiming, media, {status, inWhySilent, mediaStart});
+	auto const stretch = inWhySilent.empty() ? ChooseStretch(mContext, inClip) : std::nullopt;
+	AddClipRow(inClip, inPlacement, inTiming, media, {status, inWhySilent, mediaStart, stretch});
 	if (status == ClipRow::Status::kMissing || status == ClipRow::Status::kOutside)
 	{
 		mContext.mResult.mMissing.push_back(
@@ -149,7 +151,15 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	}
 	Sequence::Item item = MakeItem(inClip, inPlacement, inTiming);
 	Sequence::Clip content{media->mMedia, 0, media->mChannels};
-	Ratio const first = (inTiming.mFirst - mediaStart) * Ratio::FromDouble(media->mMedia->mSampleRate);
+	Ratio first = (inTiming.mFirst - mediaStart) * Ratio::FromDouble(media->mMedia->mSampleRate);
+	if (stretch)
+	{
+		TimeSpan const reach = inTiming.mToContent.Map(GetReach(inPlacement, mScope.mGrid));
+		content.mMedia = mContext.mMedia.GetStretched(*media, *stretch,
+			FindUsed(*stretch, {reach.mStart - mediaStart, reach.mEnd - mediaStart}, *media));
+		first = first / stretch->mSpeed;
+		item.mSpeed = (inTiming.mSpeed / stretch->mSpeed).ToDouble();
+	}
 	content.mFirstFrame = first.Round() - (inTiming.mSpeed < Ratio() ? 1 : 0);
 	item.mOffset = first - Ratio(first.Round());
 	SN::AudioChannelLayout const& layout = mContext.mLayouts.GetLayout(inClip);
@@ -231,6 +241,8 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 	row.mFirstFrame = ToSamples(visible.mStart, rate);
 	row.mEndFrame = ToSamples(visible.mEnd, rate);
 	row.mSpeed = (inTiming.mSpeed / mScope.mToProgramme.GetFactor()).ToDouble();
+	row.mKeepsPitch = inState.mStretch && inState.mStretch->mSpeed != Ratio(1);
+	row.mSemitones = inState.mStretch ? inClip.GetSettings().mSemitones : 0.0;
 	row.mMedia = inMedia ? inMedia->mPath : std::filesystem::path();
 	if (inMedia && inMedia->mMedia)
 	{
@@ -254,6 +266,10 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 	{
 		mContext.Tell(Note::Kind::kRemark, item.mPlace, "a nested track that is not of kind Audio is silent");
 		return std::nullopt;
+	}
+	if (inWhySilent.empty())
+	{
+		CheckPitchOfNest(mContext, item);
 	}
 	inWhySilent = inWhySilent.empty() ? CheckNest(inItem, inPlacement, inTiming) : std::move(inWhySilent);
 	NestStart start;

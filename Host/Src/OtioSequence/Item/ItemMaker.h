@@ -51,6 +51,7 @@ private:
 		ClipRow::Status mStatus;
 		std::string const& mWhySilent;
 		Ratio const& mMediaStart;
+		std::optional<Stretch> const& mStretch;
 	};
 
 	// Media, and the time in seconds at which they start.

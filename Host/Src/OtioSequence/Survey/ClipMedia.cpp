@@ -120,6 +120,7 @@ ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference, unsigne
 	ClipMedia media;
 	media.mPath = found.mShownPath;
 	media.mMedia = place->second.mMedia;
+	media.mFile = {found.mPath, place->second.mStream};
 	DescribeFile(place->second, inReference.mPlace, media);
 	return media;
 }

@@ -23,6 +23,8 @@ struct ClipMedia
 	// Null for silence.
 	std::shared_ptr<Sequence::Media const> mMedia;
 	std::filesystem::path mPath;
+	// Where FileMedia has it.
+	FileMedia::Key mFile;
 	// When the media begin by their own file, in seconds; nothing where that does not say so.
 	std::optional<Ratio> mStart;
 	// The start for people, as the file has it.
@@ -48,6 +50,13 @@ public:
 
 	// Valid as long as this object.
 	ClipMedia const& Get(Clip const& inClip);
+
+	// The recording that is made of a clip's media by stretching them. inUsed: what the clip plays of it.
+	std::shared_ptr<Sequence::Media const> GetStretched(
+		ClipMedia const& inMedia, Stretch const& inStretch, UsedRegions::Span const& inUsed)
+	{
+		return mFiles.GetStretched(inMedia.mFile, inStretch, inUsed);
+	}
 
 private:
 	ClipMedia Resolve(Clip const& inClip);

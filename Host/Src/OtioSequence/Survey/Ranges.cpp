@@ -1,6 +1,7 @@
 #include "Ranges.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace SonaroHost::Otio
 {
@@ -30,6 +31,20 @@ Speed GetSpeed(Item const& inItem)
 	// The product of several can be too small for a fraction to hold.
 	speed.mIsFrozen = speed.mIsFrozen || speed.mFactor == Ratio();
 	return speed;
+}
+
+Ratio GetKeptSpeed(Item const& inItem, bool inKeepsPitch)
+{
+	Ratio speed(1);
+	for (Effect const& effect : inItem.mEffects)
+	{
+		if (effect.mIsEnabled && effect.mKind == Effect::Kind::kLinearTimeWarp &&
+			effect.mKeepsPitch.value_or(inKeepsPitch))
+		{
+			speed = speed * Ratio::FromDouble(std::abs(effect.mTimeScalar));
+		}
+	}
+	return speed == Ratio() ? Ratio(1) : speed;
 }
 
 ItemView::ItemView(Composable const& inChild)

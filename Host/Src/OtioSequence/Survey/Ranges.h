@@ -27,6 +27,10 @@ struct Speed
 
 Speed GetSpeed(Item const& inItem);
 
+// The part of the speed at which the pitch is kept, above 0: all time warps that keep it together. inKeepsPitch: whether
+// those do that do not say so.
+Ratio GetKeptSpeed(Item const& inItem, bool inKeepsPitch);
+
 // An item as what it is: at most one of the classes is there, none for a gap and for a transition.
 struct ItemView
 {

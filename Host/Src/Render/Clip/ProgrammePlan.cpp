@@ -61,7 +61,10 @@ std::optional<Stretch> ChooseStretch(ClipRenderRequest const& inRequest)
 			"a pitch of " + FormatNumber(inRequest.mSemitones) + " semitones is out of range; use -24 to 24");
 	}
 	Ratio const speed = Ratio::FromExactDouble(inRequest.mSpeed);
-	Stretch stretch{speed, Stretch::GetPitchFactor(inRequest.mSemitones), inRequest.mStretchEngine};
+	Stretch stretch;
+	stretch.mSpeed = speed;
+	stretch.mPitch = Stretch::GetPitchFactor(inRequest.mSemitones);
+	stretch.mEngine = inRequest.mStretchEngine;
 	if (!inRequest.mKeepsPitch)
 	{
 		stretch.mPitch = stretch.mPitch * speed;
@@ -89,7 +92,7 @@ PlannedClip OpenClip(ClipInput const& inInput, std::optional<Stretch> inStretch)
 	PlannedClip clip;
 	if (inStretch)
 	{
-		inStretch->mFirstFrame = range.mFirst;
+		inStretch->mStart = Ratio(range.mFirst);
 	}
 	clip.mSource = AudioFileSource::Open(inStretch ? MakeStretched(info, *inStretch) : info);
 	clip.mFirstFrame = range.mFirst;

@@ -1,0 +1,52 @@
+#include "ClipStretch.h"
+
+#include "SonaroHost/Base/NumberText.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace SonaroHost::Otio
+{
+
+std::optional<Stretch> ChooseStretch(MakerContext& ioContext, Clip const& inClip)
+{
+	Stretch stretch;
+	stretch.mSpeed = GetKeptSpeed(inClip, ioContext.mOptions.mKeepsPitch);
+	stretch.mPitch = Stretch::GetPitchFactor(inClip.GetSettings().mSemitones);
+	stretch.mEngine = ioContext.mOptions.mStretchEngine;
+	if (stretch.IsPlain())
+	{
+		return std::nullopt;
+	}
+	if (!stretch.IsInRange())
+	{
+		double const factor = stretch.mPitch.ToDouble();
+		ioContext.Tell(Note::Kind::kIgnored, inClip.mPlace,
+			"a speed of " + FormatNumber(stretch.mSpeed.ToDouble()) +
+				" cannot keep its pitch, which follows the speed; use " +
+				FormatNumber(Stretch::kLowestSpeed * factor) + " to " +
+				FormatNumber(Stretch::kHighestSpeed * factor));
+		return std::nullopt;
+	}
+	return stretch;
+}
+
+void CheckPitchOfNest(MakerContext& ioContext, Item const& inItem)
+{
+	if (GetKeptSpeed(inItem, ioContext.mOptions.mKeepsPitch) != Ratio(1))
+	{
+		ioContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
+			"only clips can keep their pitch; that of this item follows its speed");
+	}
+}
+
+UsedRegions::Span FindUsed(Stretch const& inStretch, TimeSpan const& inContent, ClipMedia const& inMedia)
+{
+	Ratio const rate = Ratio::FromDouble(inMedia.mMedia->mSampleRate);
+	std::int64_t const frames = inStretch.CountFrames(inMedia.mMedia->mFrames);
+	auto const toFrame = [&](Ratio const& inTime)
+	{ return std::clamp<std::int64_t>((inTime * rate / inStretch.mSpeed).Floor(), 0, frames); };
+	return {toFrame(inContent.mStart - inStretch.mSpeed), toFrame(inContent.mEnd)};
+}
+
+} // namespace SonaroHost::Otio
