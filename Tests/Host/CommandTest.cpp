@@ -150,6 +150,30 @@ TEST_F(CommandTest, FadesSpeedAndRateReachTheRender)
 	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), sound));
 }
 
+TEST_F(CommandTest, KeptAndShiftedPitchesReachTheRender)
+{
+	WriteInput();
+	std::vector<Sound> sounds;
+	for (Words const& words : {Words{"--speed", "1.5"}, {"--speed", "1.5", "--keep-pitch"},
+			 {"--speed", "1.5", "--pitch", "2"}, {"--speed", "1.5", "--keep-pitch", "--stretch", "omega"}})
+	{
+		ProgramResult const result =
+			Run(Join({"render", "in.wav", "-o", "out.wav", "--report", "report.json"}, words));
+		ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
+		auto const clip = Json::parse(ReadBytes(mFolder / "report.json"))["clips"][0];
+		bool const keeps = std::ranges::find(words, "--keep-pitch") != words.end();
+		EXPECT_EQ(clip["keepPitch"], keeps);
+		EXPECT_EQ(clip["pitch"], words[2 % words.size()] == "--pitch" ? 2.0 : 0.0);
+		EXPECT_EQ(clip["endMediaSample"], 48000);
+		sounds.push_back(ReadSound(mFolder / "out.wav"));
+		EXPECT_EQ(sounds.back().GetFrames(), 32000);
+		for (std::size_t i = 0; i + 1 < sounds.size(); ++i)
+		{
+			EXPECT_FALSE(SameBits(sounds[i], sounds.back()));
+		}
+	}
+}
+
 TEST_F(CommandTest, SeveralInputsAreLaidOutAndAllAreNamed)
 {
 	Sound const first = WriteInput("a.wav", 24000);
@@ -349,6 +373,9 @@ TEST_F(CommandTest, WrongOptionsOfRendersEndWith2AndOneLine)
 			{{"--gain-db", "nan"}, "--gain-db: nan is out of range; use -200 to 200"},
 			{{"--rate", "fast"}, "--rate: 'fast' is not a whole number"},
 			{{"--speed", "0"}, "a speed of 0 is out of range; use 0.01 to 100"},
+			{{"--speed", "12", "--keep-pitch"}, "a speed of 12 cannot keep its pitch; use 0.1 to 10"},
+			{{"--pitch", "30"}, "a pitch of 30 semitones is out of range; use -24 to 24"},
+			{{"--stretch", "other"}, "--stretch"},
 			{{"--fade-in", "2"}, "the fades are longer than the 0:01.000 (48000 samples) of the output"},
 			{{"--duration", "2s", "--fade-in", "3s"}, "longer than the 0:00.000 (2 samples) of"},
 			{{"--bits", "20"}, "--bits"},

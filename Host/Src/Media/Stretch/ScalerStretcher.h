@@ -22,10 +22,14 @@ public:
 	ScalerStretcher(Ratio const& inRatio, unsigned inChannels, int inSampleRate);
 
 	Ratio GetRatio() const override { return mRatio; }
+	unsigned GetLargestInput() const override { return kBlockFrames; }
 	unsigned GetLargestOutput() const override { return mLargestOutput; }
+	unsigned GetInputNeeded() const override { return kBlockFrames; }
 	unsigned Process(dsp::AudioBuffer& ioInput, dsp::AudioBuffer& outOutput) override;
 
 private:
+	static constexpr unsigned kBlockFrames = 1024;
+
 	// A scaler and its part of the channels.
 	struct Part
 	{

@@ -1,7 +1,5 @@
 #include "SonaroHost/Media/Stretch.h"
 
-#include "SonaroHost/Base/HostError.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -25,16 +23,6 @@ bool Stretch::IsInRange() const
 std::int64_t Stretch::CountFrames(std::int64_t inFileFrames) const
 {
 	return std::max<std::int64_t>(((Ratio(inFileFrames) - mStart) / mSpeed).Round(), 0);
-}
-
-void CheckIsBuiltIn(StretchEngine inEngine)
-{
-	if (inEngine != StretchEngine::kScaler)
-	{
-		Refuse(std::string("the stretch engine \"") +
-			   (inEngine == StretchEngine::kOmega ? "omega" : "rubberband") +
-			   "\" is not built in; use \"scaler\"");
-	}
 }
 
 } // namespace SonaroHost

@@ -59,7 +59,7 @@ void StretchedDecoder::Start()
 		MakeTimeStretcher(mStretch.mEngine, mStretch.mPitch / mStretch.mSpeed, mNumChannels, mSampleRate);
 	mFile = std::make_unique<ConvertedFile>(
 		std::move(mDecoder), mFileFrames, mStretch.mStart, mStretch.mSpeed * mStretcher->GetRatio());
-	mInput.Init(mNumChannels, TimeStretcher::kBlockFrames);
+	mInput.Init(mNumChannels, mStretcher->GetLargestInput());
 	mOutput.Init(mNumChannels, mStretcher->GetLargestOutput());
 }
 
@@ -69,6 +69,7 @@ void StretchedDecoder::Fill()
 	mReady = 0;
 	while (mReady == 0 && mPosition < FindEnd())
 	{
+		mInput.SetUseSize(mStretcher->GetInputNeeded());
 		mFile->Read(mInput);
 		mReady = mStretcher->Process(mInput, mOutput);
 	}

@@ -16,9 +16,6 @@ namespace SonaroHost
 class TimeStretcher
 {
 public:
-	// What is given at a time, so that the samples depend on nothing else.
-	static constexpr unsigned kBlockFrames = 1024;
-
 	TimeStretcher() = default;
 	virtual ~TimeStretcher() = default;
 	TimeStretcher(TimeStretcher const&) = delete;
@@ -26,9 +23,13 @@ public:
 
 	// Frames of the output for one of the input, exactly: as near to what was asked for as it can be.
 	virtual Ratio GetRatio() const = 0;
-	// The most frames that a block gives.
+	// The most frames that a block takes, and gives.
+	virtual unsigned GetLargestInput() const = 0;
 	virtual unsigned GetLargestOutput() const = 0;
-	// Takes kBlockFrames of all channels, which are finite, and may change them. Returns how many frames it has written.
+	// What the next block takes. Blocks are chosen here alone, so that samples depend on nothing else.
+	virtual unsigned GetInputNeeded() const = 0;
+	// Takes the frames of a block, all that the input uses, which are finite, and may change them. Returns how many frames
+	// it has written.
 	virtual unsigned Process(dsp::AudioBuffer& ioInput, dsp::AudioBuffer& outOutput) = 0;
 };
 
