@@ -89,6 +89,30 @@ TEST_F(StretchTest, TonesHaveTheirPitchAndFilesTheirExactLength)
 	}
 }
 
+// Other engines reach any ratio.
+TEST_F(StretchTest, OmegaKeepsThePitchAtAnyRatioWithTheSameBits)
+{
+	constexpr std::int64_t kFrames = 200000;
+	for (double const speed : {0.1, 0.8, 1.2345, 1.5, 10.0})
+	{
+		SCOPED_TRACE(speed);
+		Sound const tone = MakeTone(48000, speed > 5.0 ? 6 * kFrames : kFrames);
+		ClipRenderRequest request = MakeRequest(tone, speed);
+		request.mStretchEngine = StretchEngine::kOmega;
+		Sound const output = Render(request);
+		EXPECT_EQ(output.GetFrames(), std::llround(static_cast<double>(tone.GetFrames()) / speed));
+		EXPECT_NEAR(MeasureHertz(output, kToneHertz) / kToneHertz, 1.0, 0.001);
+	}
+	ClipRenderRequest request = MakeRequest(MakeSound(2, 44100, 100000), 0.8);
+	request.mStretchEngine = StretchEngine::kOmega;
+	request.mSampleRate = 48000;
+	Sound const whole = RenderInBlocks(request);
+	request.mJobs = 3;
+	EXPECT_TRUE(SameBits(Render(request), whole));
+	request.mDirection = RenderDirection::kReverse;
+	EXPECT_TRUE(SameBits(Render(request), whole.Reversed()));
+}
+
 TEST_F(StretchTest, ClicksStandAtTheirTimesToTheEnd)
 {
 	constexpr std::int64_t kDistance = 24000;

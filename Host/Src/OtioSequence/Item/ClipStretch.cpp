@@ -40,13 +40,18 @@ void CheckPitchOfNest(MakerContext& ioContext, Item const& inItem)
 	}
 }
 
-UsedRegions::Span FindUsed(Stretch const& inStretch, TimeSpan const& inContent, ClipMedia const& inMedia)
+std::shared_ptr<Sequence::Media const> GetStretched(MakerContext& ioContext, Stretch const& inStretch,
+	ClipMedia const& inMedia, TimeSpan const& inReach, Ratio const& inMediaStart)
 {
 	Ratio const rate = Ratio::FromDouble(inMedia.mMedia->mSampleRate);
 	std::int64_t const frames = inStretch.CountFrames(inMedia.mMedia->mFrames);
 	auto const toFrame = [&](Ratio const& inTime)
-	{ return std::clamp<std::int64_t>((inTime * rate / inStretch.mSpeed).Floor(), 0, frames); };
-	return {toFrame(inContent.mStart - inStretch.mSpeed), toFrame(inContent.mEnd)};
+	{
+		Ratio const frame = (inTime - inMediaStart) * rate / inStretch.mSpeed;
+		return std::clamp<std::int64_t>(frame.Floor(), 0, frames);
+	};
+	return ioContext.mMedia.GetStretched(
+		inMedia, inStretch, {toFrame(inReach.mStart - inStretch.mSpeed), toFrame(inReach.mEnd)});
 }
 
 } // namespace SonaroHost::Otio

@@ -3,6 +3,7 @@
 #include "ItemTiming.h"
 #include "OtioSequence/MakerContext.h"
 
+#include <memory>
 #include <optional>
 
 namespace SonaroHost::Otio
@@ -15,8 +16,9 @@ std::optional<Stretch> ChooseStretch(MakerContext& ioContext, Clip const& inClip
 // Takes a note of an item that holds others and is to keep its pitch, which only clips can.
 void CheckPitchOfNest(MakerContext& ioContext, Item const& inItem);
 
-// What a clip plays of the recording that its media become, with a second before it, so that the stretching has begun
-// where the clip does. inContent: what is heard, in seconds from the first sample of the media.
-UsedRegions::Span FindUsed(Stretch const& inStretch, TimeSpan const& inContent, ClipMedia const& inMedia);
+// The recording that a clip's media become. It is used from a second before the clip on, so that the stretching has begun
+// where the clip does. inReach: what of its own time is heard; inMediaStart: when in it the media begin.
+std::shared_ptr<Sequence::Media const> GetStretched(MakerContext& ioContext, Stretch const& inStretch,
+	ClipMedia const& inMedia, TimeSpan const& inReach, Ratio const& inMediaStart);
 
 } // namespace SonaroHost::Otio

@@ -14,6 +14,19 @@
 namespace SonaroHost::Otio
 {
 
+namespace
+{
+
+// inFirst: where a clip's content begins in its recording. The frame before it is the first one that is heard backwards.
+void SetContent(Sequence::Clip inContent, Ratio const& inFirst, bool inIsBackwards, Sequence::Item& outItem)
+{
+	inContent.mFirstFrame = inFirst.Round() - (inIsBackwards ? 1 : 0);
+	outItem.mOffset = inFirst - Ratio(inFirst.Round());
+	outItem.mContent = std::move(inContent);
+}
+
+} // namespace
+
 std::optional<Sequence::Item> ItemMaker::Make(
 	ItemView const& inItem, Placement const& inPlacement, LevelsOn inLevelsOn)
 {
@@ -155,16 +168,13 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	if (stretch)
 	{
 		TimeSpan const reach = inTiming.mToContent.Map(GetReach(inPlacement, mScope.mGrid));
-		content.mMedia = mContext.mMedia.GetStretched(*media, *stretch,
-			FindUsed(*stretch, {reach.mStart - mediaStart, reach.mEnd - mediaStart}, *media));
+		content.mMedia = GetStretched(mContext, *stretch, *media, reach, mediaStart);
 		first = first / stretch->mSpeed;
 		item.mSpeed = (inTiming.mSpeed / stretch->mSpeed).ToDouble();
 	}
-	content.mFirstFrame = first.Round() - (inTiming.mSpeed < Ratio() ? 1 : 0);
-	item.mOffset = first - Ratio(first.Round());
+	SetContent(std::move(content), first, inTiming.mSpeed < Ratio(), item);
 	SN::AudioChannelLayout const& layout = mContext.mLayouts.GetLayout(inClip);
 	CheckWidth(inClip, layout);
-	item.mContent = std::move(content);
 	if (inLevelsOn == LevelsOn::kItem)
 	{
 		AddLevels(inClip, layout, inTiming.mRange.mLength, item.mChain);
