@@ -484,7 +484,7 @@ TEST_F(CommandTest, AResultThatCannotBePrintedIsAnError)
 			 {{"render", "edit.otio", "-o", "stems", "--stems", "track", "--json"}, "stems"},
 			 {{"waveform", "in.wav", "-o", "out.png", "--json"}, "out.png"},
 			 {{"loudness", "in.wav", "-o", "out.svg", "--json"}, "out.svg"},
-			 {{"graph", "edit.otio", "-o", "out.svg"}, "out.svg"}})
+			 {{"graph", "edit.otio", "-o", "out.dot"}, "out.dot"}})
 	{
 		SCOPED_TRACE(testing::PrintToString(test.mWords));
 		ExpectRefusal(test.mWords, 1,
