@@ -270,7 +270,7 @@ private:
 		std::copy(inAudio.begin(), inAudio.end(), input.GetChannel(0));
 		if (inMayBeFlagged && read > 0 && std::count(inAudio.begin(), inAudio.end(), 0.0f) == read)
 		{
-			// Nothing of the source lies here, and the converter is told so.
+			// Nothing of the source lies here, and its flag says so.
 			input.Zero();
 		}
 		dsp::AudioBuffer output(1, inCount + 1);

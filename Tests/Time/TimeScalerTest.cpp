@@ -277,7 +277,7 @@ TEST(TimeScaler, RatiosAndSizesAtTheEdges)
 	{
 		char const* mName;
 		ScalerRequest mRequest;
-		// What is told, and whether a block is heard.
+		// The ratio that is reported, and whether a block is heard.
 		double mRatio;
 		bool mIsHeard;
 		unsigned mInputForThousand;

@@ -8,7 +8,7 @@ namespace SN
 // Changes how long audio lasts and keeps its pitch, at a ratio that Init fixes.
 //
 // Ratio     Output duration over input duration, the inverse of a speed: 0.1 to 10. What is played has the nearest ratio
-//           of whole hops, which GetRatio tells. Outside of the range the output is silence.
+//           of whole hops, which GetRatio gives. Outside of the range the output is silence.
 // Driving   The caller asks with GetInputSampleCount how many input samples the next outputs need, fetches those and
 //           calls Process with both counts. The first block after Init asks for half a second more; its first outputs
 //           belong to the first inputs.
