@@ -92,9 +92,10 @@ std::string MakeTooltip(std::string const& inName)
 char const* FindWord(std::string_view inClass)
 {
 	constexpr std::pair<std::string_view, char const*> kWords[] = {{"AudioClipRenderer", "content"},
-		{"AudioStreamRenderer", "samples"}, {"AudioTrackGroupRenderer", "sum"}, {"TrackSum", "input"},
-		{"ConversionPanner", "layout"}, {"ConvertedContent", "converted content"}, {"FadeItem", "fade"},
-		{"ItemContent", "content"}, {"PanStage", "pan"}};
+		{"AudioStreamRenderer", "samples"}, {"AudioTrackGroupRenderer", "sum"},
+		{"AudioTrackInletRenderer", "input"}, {"ConversionPanner", "layout"},
+		{"ConvertedContent", "converted content"}, {"FadeItem", "fade"}, {"ItemContent", "content"},
+		{"PanStage", "pan"}};
 	auto const* const found =
 		std::ranges::find(kWords, inClass, [](auto const& inWord) { return inWord.first; });
 	return found != std::end(kWords) ? found->second : nullptr;

@@ -232,27 +232,23 @@ void SequenceBuilder::MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan)
 									  : node.mKind == Kind::kSubmix ? NodeLabel::Kind::kSubmix
 																	: NodeLabel::Kind::kMaster,
 									  *node.mName, wait});
-	AddToGroup(
-		node.mGenerator, {inPlan.GetAhead(inIndex), node.mJumps, node.mBuilt.mLatency, node.mSum}, wait);
+	AddToGroup(node.mGenerator, {inPlan.GetAhead(inIndex), node.mJumps, node.mBuilt.mLatency}, wait);
 	MakeReturns(inIndex, inPlan);
 }
 
-Generator SequenceBuilder::MakeMixTrack(Node& ioNode, std::vector<Identity> const& inInputs) const
+Generator SequenceBuilder::MakeMixTrack(Node const& inNode, std::vector<Identity> const& inInputs) const
 {
 	EngineFactory const& factory = mTools.GetFactory();
-	ioNode.mSum =
-		zorvcore::classref::MakeObject<TrackSum>(factory.CreateAudioTrackInletRenderer(mTools.GetContext(),
-													 mTools.GetFrameRate(), inInputs, *ioNode.mLayout),
-			ioNode.mLayout->size(), mTools.GetContext()->GetMaxBlockSize());
 	return factory.CreateAudioMixTrackRenderer({
 		.mContext = mTools.GetContext(),
 		.mFrameRate = mTools.GetFrameRate(),
-		.mSource = ioNode.mSum,
+		.mSource = factory.CreateAudioTrackInletRenderer(
+			mTools.GetContext(), mTools.GetFrameRate(), inInputs, *inNode.mLayout),
 		.mOwner = GraphTools::MakeIdentity(),
-		.mMute = ioNode.mMute,
-		.mProcessors = ioNode.mBuilt.mProcessors,
-		.mPanProcessor = ioNode.mBuilt.mPanner,
-		.mChannels = *ioNode.mLayout,
+		.mMute = inNode.mMute,
+		.mProcessors = inNode.mBuilt.mProcessors,
+		.mPanProcessor = inNode.mBuilt.mPanner,
+		.mChannels = *inNode.mLayout,
 	});
 }
 
@@ -299,7 +295,7 @@ void SequenceBuilder::MakeReturns(std::size_t inIndex, DelayPlan const& inPlan)
 		wait.mBuilt.mPanner = mTools.GetFixedPanner(layout, layout, std::nullopt);
 		Generator const generator = MakeMixTrack(wait, {send.mProcessor});
 		mTools.Label(generator, {NodeLabel::Kind::kReturn, name, edge.mWait});
-		AddToGroup(generator, {inPlan.GetAhead(edge.mDestination), wait.mJumps, 0, wait.mSum}, edge.mWait);
+		AddToGroup(generator, {inPlan.GetAhead(edge.mDestination), wait.mJumps}, edge.mWait);
 		node.mReturns.push_back(generator);
 	}
 }

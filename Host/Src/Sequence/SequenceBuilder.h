@@ -74,8 +74,6 @@ private:
 		BuiltChain mBuilt;
 		// The items of a track.
 		BuiltItemList mItems;
-		// What a submix, the master or a return reads.
-		SN::InterfaceRef<TrackSum> mSum;
 		// The engine's renderer.
 		Generator mGenerator;
 		// What the destination of each send reads.
@@ -93,7 +91,7 @@ private:
 	void ReportTracks(DelayPlan const& inPlan, std::size_t inReportIndex);
 
 	void MakeRenderer(std::size_t inIndex, DelayPlan const& inPlan);
-	Generator MakeMixTrack(Node& ioNode, std::vector<Identity> const& inInputs) const;
+	Generator MakeMixTrack(Node const& inNode, std::vector<Identity> const& inInputs) const;
 	std::vector<Identity> FindInputs(std::size_t inIndex) const;
 	void MakeReturns(std::size_t inIndex, DelayPlan const& inPlan);
 	// Enters a renderer into the group, asked so many frames ahead, its output waiting.

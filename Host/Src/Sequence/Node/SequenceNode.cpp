@@ -17,39 +17,9 @@ SequenceNode::SequenceNode(Settings const& inSettings)
 	for (SN::InterfaceRef<SN::UnknownBase> const& node : info->GetInputNodes())
 	{
 		Generator const generator(node);
-		mMembers.push_back({generator, generator, mSettings.mTracks[mMembers.size()], {}, 0, 0});
+		mMembers.push_back({generator, generator, mSettings.mTracks[mMembers.size()], 0, 0});
 		Settings::Track const& track = mMembers.back().mTrack;
 		mSettlingFrames = std::max({mSettlingFrames, track.mAhead, track.mLatency});
-	}
-	for (Settings::Track const& track : mSettings.mTracks)
-	{
-		if (track.mSum)
-		{
-			Connect(track.mSum);
-		}
-	}
-}
-
-void SequenceNode::Connect(SN::InterfaceRef<TrackSum> const& inSum)
-{
-	std::vector<SN::InterfaceRef<SN::UnknownBase>> const inputs = inSum->GetInputNodes();
-	std::vector<Member*> found;
-	for (Member& member : mMembers)
-	{
-		if (found.size() < inputs.size() && member.mGenerator == inputs[found.size()])
-		{
-			found.push_back(&member);
-		}
-	}
-	if (found.size() < inputs.size())
-	{
-		// A send is an input, too, and is rendered with its track.
-		return;
-	}
-	mSums.push_back(inSum);
-	for (Member* const member : found)
-	{
-		member->mDestinations.push_back(inSum);
 	}
 }
 
@@ -65,10 +35,6 @@ SN::InterfaceRef<SN::IAudioGenerator> SequenceNode::Clone()
 	}
 	settings.mGroup = mSettings.mGroup->Clone();
 	mSettings.mPlayhead->mClone.reset();
-	for (Settings::Track& track : settings.mTracks)
-	{
-		track.mSum = track.mSum ? track.mSum->TakeClone() : nullptr;
-	}
 	return zorvcore::classref::MakeObject<SequenceNode>(settings);
 }
 
@@ -232,10 +198,6 @@ void SequenceNode::RenderRun(std::int64_t inFrame, dsp::AudioBuffer& ioBuffer, b
 	Playhead& head = *mSettings.mPlayhead;
 	head.Begin(inFrame, count, inReverse);
 	ioBuffer.Zero();
-	for (SN::InterfaceRef<TrackSum> const& sum : mSums)
-	{
-		sum->Begin(ioBuffer.GetUseSize());
-	}
 	for (std::size_t index = 0; index < mMembers.size(); ++index)
 	{
 		Member& member = mMembers[index];
@@ -248,10 +210,6 @@ void SequenceNode::RenderRun(std::int64_t inFrame, dsp::AudioBuffer& ioBuffer, b
 		if (index + 1 < mMembers.size())
 		{
 			member.mCached->GenerateAudio(static_cast<unsigned>(count), time, inReverse);
-			for (SN::InterfaceRef<TrackSum> const& sum : member.mDestinations)
-			{
-				sum->Add(*member.mCached);
-			}
 		}
 		else
 		{

@@ -4,7 +4,6 @@
 #include "Sequence/Stage/Playhead.h"
 #include "Sonaro/ICachedAudioGenerator.h"
 #include "Sonaro/Prefetcher.h"
-#include "TrackSum.h"
 
 #include <cstdint>
 #include <memory>
@@ -44,8 +43,6 @@ public:
 			std::shared_ptr<std::uint64_t> mJumps;
 			// That of its effects: more than it is asked ahead where only meters hear them.
 			std::int64_t mLatency = 0;
-			// Where it receives other tracks; empty in one that does not.
-			SN::InterfaceRef<TrackSum> mSum;
 		};
 		// The engine's, and its tracks in its order.
 		Generator mGroup;
@@ -85,15 +82,11 @@ private:
 		Generator mGenerator;
 		SN::InterfaceRef<SN::ICachedAudioGenerator> mCached;
 		Settings::Track mTrack;
-		// The sums that it is added to once it is rendered.
-		std::vector<SN::InterfaceRef<TrackSum>> mDestinations;
 		// What was asked for last, from its lowest frame on.
 		std::int64_t mFrame = 0;
 		std::int64_t mCount = 0;
 	};
 
-	// Has the members added to a sum, if all that it receives are members in their order.
-	void Connect(SN::InterfaceRef<TrackSum> const& inSum);
 	LoopRange GetLoop() const;
 	bool IsInTurn(std::int64_t inBegin, bool inReverse, LoopRange const& inLoop) const;
 	// inBegin: where the next request begins in playing order; in reverse, the end of it.
@@ -108,8 +101,6 @@ private:
 
 	Settings mSettings;
 	std::vector<Member> mMembers;
-	// Those that members are added to.
-	std::vector<SN::InterfaceRef<TrackSum>> mSums;
 	std::int64_t mSettlingFrames = 0;
 	bool mIsPrerolled = false;
 	// Whether all tracks begin elsewhere with the next run.
