@@ -1,6 +1,5 @@
 #include "zorvaccelerate/ChannelMixing.h"
 
-#include "VariantChoice.h"
 #include "zorvaccelerate/ChannelVariants.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 
@@ -45,9 +44,6 @@ namespace zorvaccelerate::utility
 
 namespace
 {
-
-constinit VariantChoice sChoice(kVariants);
-[[maybe_unused]] bool const sIsChosen = sChoice.Choose();
 
 // Sample i of the filter's input.
 float GetFeed(FilterFeed const& inFeed, unsigned inIndex)

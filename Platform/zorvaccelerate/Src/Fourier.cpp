@@ -1,7 +1,6 @@
 #include "zorvaccelerate/Fourier.h"
 
 #include "FourierTable.h"
-#include "VariantChoice.h"
 #include "zorvaccelerate/FourierVariants.h"
 
 #include <cmath>
@@ -18,9 +17,6 @@ namespace zorvaccelerate::utility
 
 namespace
 {
-
-constinit VariantChoice sFourierChoice(kVariants);
-[[maybe_unused]] bool const sFourierIsChosen = sFourierChoice.Choose();
 
 float* FillTurns(unsigned inPoints, unsigned inStride, float* outTurns)
 {
@@ -44,7 +40,7 @@ float* FillTurns(unsigned inPoints, unsigned inStride, float* outTurns)
 
 std::vector<FourierVariant> RunnableFourierVariants()
 {
-	return sFourierChoice.GetRunnable();
+	return sChoice.GetRunnable();
 }
 
 unsigned CountFourierTable(unsigned inSize)
@@ -76,12 +72,12 @@ void FillFourierTable(unsigned inSize, float* outTable)
 
 void TransformForward(FourierPlan const& inPlan, float* ioData)
 {
-	sFourierChoice->mForward(inPlan, ioData);
+	sChoice->mForward(inPlan, ioData);
 }
 
 void TransformInverse(FourierPlan const& inPlan, float* ioData)
 {
-	sFourierChoice->mInverse(inPlan, ioData);
+	sChoice->mInverse(inPlan, ioData);
 }
 
 } // namespace zorvaccelerate::utility

@@ -1,6 +1,5 @@
 #include "zorvaccelerate/Metering.h"
 
-#include "VariantChoice.h"
 #include "zorvaccelerate/MeteringVariants.h"
 
 #include <bit>
@@ -53,14 +52,6 @@ constexpr int GetExchanged(int inWidth, int inIndex, int inHalf, int inRun)
 
 namespace zorvaccelerate::utility
 {
-
-namespace
-{
-
-constinit VariantChoice sChoice(kVariants);
-[[maybe_unused]] bool const sIsChosen = sChoice.Choose();
-
-} // namespace
 
 std::vector<MeteringVariant> RunnableMeteringVariants()
 {

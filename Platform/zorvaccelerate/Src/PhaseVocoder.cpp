@@ -1,6 +1,5 @@
 #include "zorvaccelerate/PhaseVocoder.h"
 
-#include "VariantChoice.h"
 #include "zorvaccelerate/PhaseVocoderVariants.h"
 
 #include <algorithm>
@@ -39,41 +38,33 @@ constexpr float kCosine[] = {0.04166666466f, -0.00138883028f, 2.454789162e-5f};
 namespace zorvaccelerate::utility
 {
 
-namespace
-{
-
-constinit VariantChoice sPhaseVocoderChoice(kVariants);
-[[maybe_unused]] bool const sPhaseVocoderIsChosen = sPhaseVocoderChoice.Choose();
-
-} // namespace
-
 std::vector<PhaseVocoderVariant> RunnablePhaseVocoderVariants()
 {
-	return sPhaseVocoderChoice.GetRunnable();
+	return sChoice.GetRunnable();
 }
 
 void AnalyseBins(unsigned inSize, unsigned inBins, float const* inSpectrum, float inScale, float inBinHertz,
 	float* ioPhases, float* outMagnitudes, float* outFrequencies)
 {
-	sPhaseVocoderChoice->mAnalyseBins(
+	sChoice->mAnalyseBins(
 		inSize, inBins, inSpectrum, inScale, inBinHertz, ioPhases, outMagnitudes, outFrequencies);
 }
 
 void SynthesiseBins(unsigned inSize, unsigned inBins, float const* inMagnitudes, float const* inFrequencies,
 	float inBinHertz, float inFrameRate, float* ioPhases, float* outSpectrum)
 {
-	sPhaseVocoderChoice->mSynthesiseBins(
+	sChoice->mSynthesiseBins(
 		inSize, inBins, inMagnitudes, inFrequencies, inBinHertz, inFrameRate, ioPhases, outSpectrum);
 }
 
 void MulAdd(unsigned inCount, float const* inA, float const* inB, float* ioOutput)
 {
-	sPhaseVocoderChoice->mMulAdd(inCount, inA, inB, ioOutput);
+	sChoice->mMulAdd(inCount, inA, inB, ioOutput);
 }
 
 void UpdateMeans(unsigned inNumRuns, MeansRun const* inRuns)
 {
-	sPhaseVocoderChoice->mUpdateMeans(inNumRuns, inRuns);
+	sChoice->mUpdateMeans(inNumRuns, inRuns);
 }
 
 } // namespace zorvaccelerate::utility

@@ -1,6 +1,5 @@
 #include "zorvaccelerate/Resampling.h"
 
-#include "VariantChoice.h"
 #include "zorvaccelerate/ResamplingVariants.h"
 
 #include <cstddef>
@@ -84,14 +83,6 @@ void FilterOneByOne(unsigned inNumTaps, Coefficient const* const* inCoefficients
 
 namespace zorvaccelerate::utility
 {
-
-namespace
-{
-
-constinit VariantChoice sChoice(kVariants);
-[[maybe_unused]] bool const sIsChosen = sChoice.Choose();
-
-} // namespace
 
 std::vector<ResamplingVariant> RunnableResamplingVariants()
 {

@@ -1,6 +1,5 @@
 #include "zorvaccelerate/VectorArithmetic.h"
 
-#include "VariantChoice.h"
 #include "zorvaccelerate/VectorVariants.h"
 
 #include <bit>
@@ -19,9 +18,6 @@ namespace
 {
 
 constexpr std::align_val_t kAlignment{64};
-
-constinit VariantChoice sChoice(kVariants);
-[[maybe_unused]] bool const sIsChosen = sChoice.Choose();
 
 void* Allocate(std::size_t inBytes)
 {
