@@ -1,6 +1,5 @@
 #include "zorvcore/debug/Assert.h"
 
-#include <atomic>
 #include <cstdio>
 #include <memory>
 #include <mutex>
@@ -11,8 +10,6 @@ namespace zorvcore::debug
 
 namespace
 {
-
-constinit std::atomic<unsigned long long> sCount{0};
 
 // The handler in use, null for the default. Never destroyed: destructors of statics report too.
 struct HandlerSlot
@@ -44,7 +41,6 @@ std::string_view BaseName(std::string_view inFile)
 
 void DoSimpleAssert(std::string_view inFile, int inLine, std::string_view inMessage) noexcept
 {
-	sCount.fetch_add(1, std::memory_order_relaxed);
 	AssertReport const report{BaseName(inFile), inLine, inMessage};
 	try
 	{
@@ -70,11 +66,6 @@ AssertHandler SetAssertHandler(AssertHandler inHandler)
 		slot.mHandler.swap(handler);
 	}
 	return handler ? *handler : AssertHandler();
-}
-
-unsigned long long GetAssertCount() noexcept
-{
-	return sCount.load(std::memory_order_relaxed);
 }
 
 } // namespace zorvcore::debug

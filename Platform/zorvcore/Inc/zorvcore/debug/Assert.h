@@ -20,7 +20,7 @@ struct AssertReport
 // Called on the thread that reports, with no lock held. The views last for the call.
 using AssertHandler = std::function<void(AssertReport const&)>;
 
-// Reports and goes on: it counts, calls the handler, and never aborts or throws. Any thread; allocates
+// Reports and goes on: it calls the handler, and never aborts or throws. Any thread; allocates
 // nothing itself.
 ZORV_API void DoSimpleAssert(std::string_view inFile, int inLine, std::string_view inMessage) noexcept;
 
@@ -28,8 +28,5 @@ ZORV_API void DoSimpleAssert(std::string_view inFile, int inLine, std::string_vi
 // to the error stream in debug builds and drops the text in others. A report that is under way on
 // another thread may still reach the old handler.
 ZORV_API AssertHandler SetAssertHandler(AssertHandler inHandler);
-
-// Reports since the start of the process.
-ZORV_API unsigned long long GetAssertCount() noexcept;
 
 } // namespace zorvcore::debug
