@@ -11,6 +11,8 @@
 #include "AudioRender/Routing/AudioTransitionRenderer.h"
 #include "AudioRender/Source/AlignToFrameRateAudioGeneratorDecorator.h"
 #include "AudioRender/Source/AudioClipRenderer.h"
+#include "AudioRender/Source/AudioContentMulticamRenderer.h"
+#include "AudioRender/Source/AudioMediaContentRenderer.h"
 #include "AudioRender/Source/AudioStreamRenderer.h"
 #include "AudioRender/Track/AudioClipTrackRenderer.h"
 #include "AudioRender/Track/AudioMixRenderer.h"
@@ -92,19 +94,27 @@ public:
 			inContext, inFrameRate, inSource, inChannelIndex, inStreamSpeed, {}, outGenerator);
 	}
 
-	int CreateAudioContentRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&, FrameRate const&,
-		InterfaceRef<IAudioGenerator> const&, bool, TickTime const&, TickTime const&,
-		InterfaceRef<UnknownBase>, InterfaceRef<IAudioGenerator>*) const override
+	int CreateAudioContentRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		FrameRate const& inMediaFrameRate, InterfaceRef<IAudioGenerator> const& inGenerator, bool inHasOffset,
+		TickTime const& inOffset, TickTime const& inContentEnd, InterfaceRef<UnknownBase> inKey,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return eNotImplemented;
+		return AudioMediaContentRenderer::Create({inContext, inFrameRate, inMediaFrameRate, inGenerator,
+													 inHasOffset, inOffset, inContentEnd, inKey},
+			outGenerator);
 	}
 
-	int CreateAudioContentMulticamRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-		FrameRate const&, std::vector<InterfaceRef<IAudioGenerator>> const&,
-		std::shared_ptr<zorvcore::threads::AtomicIntegral<int, 0>>, bool, TickTime const&, TickTime const&,
-		InterfaceRef<IAudioGenerator>*) const override
+	int CreateAudioContentMulticamRenderer(InterfaceRef<IAudioRenderContext> inContext,
+		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
+		std::vector<InterfaceRef<IAudioGenerator>> const& inCameras,
+		std::shared_ptr<zorvcore::threads::AtomicIntegral<int, 0>> inSelectedCamera, bool inHasOffset,
+		TickTime const& inOffset, TickTime const& inContentEnd,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return eNotImplemented;
+		return AudioContentMulticamRenderer::Create(
+			{inContext, inFrameRate, inMediaFrameRate, inCameras, inSelectedCamera, inHasOffset, inOffset,
+				inContentEnd},
+			outGenerator);
 	}
 
 	int CreateAudioClipRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,

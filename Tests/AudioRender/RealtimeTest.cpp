@@ -132,6 +132,22 @@ TEST(RenderPath, StreamsAndClipsNeitherAllocateNorLock)
 	ExpectQuiet(*MakeSilence(VX::kAudioChannelLayout_Stereo), 2);
 }
 
+// Blocks on both sides of the media's start.
+TEST(RenderPath, MediaAndAnglesNeitherAllocateNorLock)
+{
+	ScopedContext const context;
+	context->SetImmediateRender(true);
+	auto const generator = MakeObject<FakeGenerator>(2u);
+	generator->mRecordsCalls = false;
+	GraphFactory const factory;
+	ExpectQuiet(
+		*factory.CreateAudioContentRenderer({context, k48000Hz, k44100Hz, generator, true, At(-300)}), 2);
+	ExpectQuiet(
+		*factory.CreateAudioContentMulticamRenderer({context, k48000Hz, k44100Hz, {generator, generator},
+			std::make_shared<zorvcore::threads::AtomicIntegral<int, 0>>(1), true, At(-300)}),
+		2);
+}
+
 // Chunks that are there and others that are not, and both ends.
 TEST(RenderPath, ReadingWhatWasPrefetchedNeitherAllocatesNorLocks)
 {

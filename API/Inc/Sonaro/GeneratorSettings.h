@@ -4,8 +4,11 @@
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/IAudioSource.h"
 #include "Sonaro/Types.h"
+#include "zorvcore/threads/AtomicIntegral.h"
 
 #include <map>
+#include <memory>
+#include <vector>
 
 // What the nodes that bring in audio are made with. mContext and mFrameRate, the sample rate of the node's
 // output, have no default that would do: an empty context is refused with eNullPointer, an invalid rate with
@@ -49,6 +52,44 @@ struct AudioClipSettings
 	// Scales mStartOffset alone; what plays at another speed is the item around the clip. At 1, the ratio of
 	// the generators' rate to mFrameRate takes its place.
 	double mSpeed = 1.0;
+};
+
+// See ISonaroFactory::CreateAudioContentRenderer.
+struct AudioContentSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext = {};
+	FrameRate mFrameRate = {};
+	// That of the media.
+	FrameRate mMediaFrameRate = {};
+	// The media; required.
+	InterfaceRef<IAudioGenerator> mGenerator = {};
+	// Whether mOffset, the media's time at time 0, counts.
+	bool mHasOffset = false;
+	TickTime mOffset = kTimeZero;
+	// Where the media end; kept for the host.
+	TickTime mContentEnd = kTimeMax;
+	// The host's object under which the context keeps the node, one for each pair of rates; empty for a node of its
+	// own.
+	InterfaceRef<UnknownBase> mKey = {};
+};
+
+// See ISonaroFactory::CreateAudioContentMulticamRenderer.
+struct AudioContentMulticamSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext = {};
+	FrameRate mFrameRate = {};
+	// That of the media.
+	FrameRate mMediaFrameRate = {};
+	// One for each angle, at least one.
+	std::vector<InterfaceRef<IAudioGenerator>> mCameras = {};
+	// The index of the angle that is heard.
+	std::shared_ptr<zorvcore::threads::AtomicIntegral<int, 0>> mSelectedCamera =
+		std::make_shared<zorvcore::threads::AtomicIntegral<int, 0>>();
+	// Whether mOffset, the media's time at time 0, counts.
+	bool mHasOffset = false;
+	TickTime mOffset = kTimeZero;
+	// Where the media end, in their time: with an offset, the end of all that is read ahead.
+	TickTime mContentEnd = kTimeMax;
 };
 
 } // namespace SN

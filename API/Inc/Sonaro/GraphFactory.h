@@ -85,6 +85,21 @@ public:
 			inSettings.mGain, inSettings.mSpeed);
 	}
 
+	InterfaceRef<IAudioGenerator> CreateAudioContentRenderer(AudioContentSettings const& inSettings) const
+	{
+		return Make<IAudioGenerator>("a piece of media", &ISonaroFactory::CreateAudioContentRenderer,
+			inSettings.mContext, inSettings.mFrameRate, inSettings.mMediaFrameRate, inSettings.mGenerator,
+			inSettings.mHasOffset, inSettings.mOffset, inSettings.mContentEnd, inSettings.mKey);
+	}
+
+	InterfaceRef<IAudioGenerator> CreateAudioContentMulticamRenderer(
+		AudioContentMulticamSettings const& inSettings) const
+	{
+		return Make<IAudioGenerator>("a multicam clip", &ISonaroFactory::CreateAudioContentMulticamRenderer,
+			inSettings.mContext, inSettings.mFrameRate, inSettings.mMediaFrameRate, inSettings.mCameras,
+			inSettings.mSelectedCamera, inSettings.mHasOffset, inSettings.mOffset, inSettings.mContentEnd);
+	}
+
 	InterfaceRef<IAudioGenerator> CreateSilentRenderer(AudioChannelLayout const& inLayout) const
 	{
 		return Make<IAudioGenerator>("silence", &ISonaroFactory::CreateSilentRenderer, inLayout);

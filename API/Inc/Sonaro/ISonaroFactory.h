@@ -70,7 +70,7 @@ public:
 
 	// Media on the time line of a clip: time is multiplied by the ratio of inMediaFrameRate to inFrameRate, in
 	// samples a second, and with inHasOffset moved by inOffset. inContentEnd: where the media ends. Under a key
-	// the node is shared within the context for equal rates. eNotImplemented.
+	// the node is shared within the context for equal rates. The null-pointer exception without a generator.
 	virtual int CreateAudioContentRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
 		InterfaceRef<IAudioGenerator> const& inGenerator, bool inHasOffset, TickTime const& inOffset,
@@ -78,8 +78,8 @@ public:
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
 	// The same over one generator for each angle of a multicam clip. inSelectedCamera: the index of the angle
-	// that is heard, which the host of a playback at the top level may change at any time, on any thread.
-	// eNotImplemented.
+	// that is heard, which the host of a playback at the top level may change at any time, on any thread; elsewhere
+	// the present one stays. eNullPointer without it; the null-pointer exception without a context or an angle.
 	virtual int CreateAudioContentMulticamRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, FrameRate const& inMediaFrameRate,
 		std::vector<InterfaceRef<IAudioGenerator>> const& inCameras,
