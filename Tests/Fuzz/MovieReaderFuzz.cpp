@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* inData, std::size_t in
 			std::abort();
 		}
 		// Times that were changed may lie days apart.
-		std::int64_t const last = std::min<std::int64_t>(info.mFrames - 1, 10 * info.mSampleRate);
+		std::int64_t const last = std::min(info.mFrames - 1, std::int64_t{10} * info.mSampleRate);
 		for (std::int64_t const frame : {std::int64_t{0}, last, last / 2})
 		{
 			reader.GetBlock(frame / reader.GetBlockFrames());
