@@ -2,6 +2,7 @@
 
 #include "AudioRender/Component/AudioChannelMatrixRenderer.h"
 #include "AudioRender/Component/AudioFaderRenderer.h"
+#include "AudioRender/Component/AudioFilterRenderer.h"
 #include "AudioRender/Component/AudioMeterRenderer.h"
 #include "AudioRender/Component/AudioSendRenderer.h"
 #include "AudioRender/Core/AudioRenderContext.h"
@@ -360,12 +361,14 @@ public:
 		return AudioFaderRenderer::Create(inContext, inFrameRate, inParams, outProcessor);
 	}
 
-	int CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext>, FrameRate const&,
-		InterfaceRef<IAudioFilter>, InterfaceRef<IAudioFilter>, bool,
-		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const&, AudioChannelLayout const&,
-		InterfaceRef<IAudioProcessor>*) const override
+	int CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,
+		InterfaceRef<IAudioFilter> inFilter, InterfaceRef<IAudioFilter> inSecondFilter, bool inActionFlag,
+		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
+		AudioChannelLayout const& inChannelLayout, InterfaceRef<IAudioProcessor>* outProcessor) const override
 	{
-		return eNotImplemented;
+		return AudioFilterRenderer::Create(
+			{inContext, inFrameRate, inFilter, inSecondFilter, inActionFlag, inParams, inChannelLayout},
+			outProcessor);
 	}
 
 	int CreateAudioSendRenderer(InterfaceRef<IAudioRenderContext> inContext, FrameRate const& inFrameRate,

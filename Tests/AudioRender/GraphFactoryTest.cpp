@@ -318,6 +318,8 @@ TEST(GraphFactory, RefusalsReachTheHostInItsOwnWay)
 		{"a meter", eNullPointer,
 			[&](auto const& inFactory)
 			{ return inFactory.CreateAudioMeterRenderer(none, k48000Hz, {}).IsValid(); }},
+		{"an effect", eInvalidArgument,
+			[](auto const& inFactory) { return inFactory.CreateAudioFilterRenderer({}).IsValid(); }},
 		{"a send", eNullPointer,
 			[](auto const& inFactory) { return inFactory.CreateAudioSendRenderer({}).IsValid(); }},
 	};

@@ -3,6 +3,7 @@
 #include "Sonaro/IAudioTransition.h"
 #include "Sonaro/IOffsetablePreview.h"
 #include "Support/Engine.h"
+#include "Support/FakeFilter.h"
 #include "Support/RealtimeGuard.h"
 
 #include <cstdlib>
@@ -243,7 +244,7 @@ public:
 	}
 };
 
-// Clips at several speeds with a fader, a send with a delay and a moving pan, played, filled ahead, cached,
+// Clips at several speeds with an effect that is bypassed at times, a fader, a send with a delay and a moving pan, played, filled ahead, cached,
 // muted and thrown about, in both directions.
 TEST(RenderPath, TracksNeitherAllocateNorLock)
 {
@@ -261,9 +262,18 @@ TEST(RenderPath, TracksNeitherAllocateNorLock)
 	auto const fader = MakeFader(context, {MovingAt(700), off});
 	auto const send = MakeSend(
 		context, MovingAt(700), {MovingAt(700), off}, MakePanner(context, kPanMonoToStereo, {MovingAt(700)}));
+	auto const effect = GraphFactory().CreateAudioFilterRenderer({
+		.mContext = context.Get(),
+		.mFrameRate = k48000Hz,
+		.mFilter = MakeObject<FakeFilter>(100u),
+		.mParams = {MakeObject<FakeParameter>(
+						[](TickTime const& inTime) { return inTime < At(612) ? 0.0f : 1.0f; }),
+			MovingAt(700)},
+		.mChannelLayout = VX::kAudioChannelLayout_Mono,
+	});
 	auto const mute = std::make_shared<Mute>(0);
 	auto const track = MakeClipTrack(context, items,
-		{.mProcessors = {fader, send},
+		{.mProcessors = {effect, fader, send, effect->Clone(k48000Hz, 256, 16)},
 			.mPanner = MakePanner(context, kPanMonoToStereo, {MovingAt(700)}),
 			.mOwner = MovingAt(700),
 			.mMute = mute,

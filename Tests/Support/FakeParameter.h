@@ -4,6 +4,8 @@
 #include "Support/Answers.h"
 #include "Support/Pull.h"
 
+#include <boost/shared_ptr.hpp>
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -50,6 +52,10 @@ public:
 	{
 		mLastCache = ioCache;
 		float const value = mValueAt(inTime);
+		if (mControl)
+		{
+			mControl->SetValue(value);
+		}
 		if (outKeyframe->GetTypeCode() == VX::kParamTypeBool)
 		{
 			static_cast<VX::Keyframe<bool>*>(outKeyframe)->mValue = value != 0.0f;
@@ -65,7 +71,11 @@ public:
 		return mNext;
 	}
 	bool HasActionPending() override { return mIsPending; }
-	void ReplaceControl(boost::shared_ptr<VX::ParamValueBase>, bool) override {}
+	void ReplaceControl(boost::shared_ptr<VX::ParamValueBase> inControl, bool inFlag) override
+	{
+		mLog->push_back(inFlag ? "control flag" : "control");
+		mControl = boost::static_pointer_cast<VX::ParamValue<float>>(inControl);
+	}
 	void Preroll(TickTime const&) override { mLog->push_back("preroll"); }
 	void Reset() override { mLog->push_back("reset"); }
 	bool IsEmpty() override { return mIsEmpty; }
@@ -76,6 +86,8 @@ public:
 	bool mIsPending = false;
 	TickTime mNext = kTimeMax;
 	VX::KeyframeCacheBase* mLastCache = nullptr;
+	// Set to each value that is sampled.
+	boost::shared_ptr<VX::ParamValue<float>> mControl;
 	std::shared_ptr<Log> mLog = std::make_shared<Log>();
 };
 

@@ -246,6 +246,13 @@ public:
 			"a fader", &ISonaroFactory::CreateAudioFaderRenderer, inContext, inFrameRate, inParams);
 	}
 
+	InterfaceRef<IAudioProcessor> CreateAudioFilterRenderer(AudioFilterSettings const& inSettings) const
+	{
+		return Make<IAudioProcessor>("an effect", &ISonaroFactory::CreateAudioFilterRenderer,
+			inSettings.mContext, inSettings.mFrameRate, inSettings.mFilter, inSettings.mSecondFilter,
+			inSettings.mActionFlag, inSettings.mParams, inSettings.mChannelLayout);
+	}
+
 	InterfaceRef<IAudioProcessor> CreateAudioSendRenderer(AudioSendSettings const& inSettings) const
 	{
 		return Make<IAudioProcessor>("a send", &ISonaroFactory::CreateAudioSendRenderer, inSettings.mContext,

@@ -23,8 +23,8 @@ class SONARO_API IAudioFilter : public virtual Unknown
 public:
 	static constexpr Identifier<IAudioFilter> kIdentifier{0x6594e202654c9893ull, 0x098d0e808886c24full};
 
-	// Between blocks of the render, at most once for each parameter and control interval; while nothing is
-	// rendered also by an AudioFilterControl, on the thread of whoever changes it.
+	// On the thread that renders, between blocks, and on any thread that sets an AudioFilterControl of the effect: a host
+	// that does so while the effect runs elsewhere supplies effects that bear it.
 	virtual void SetParameter(unsigned inIndex, float inValue) SONARO_NONBLOCKING = 0;
 	// The same on the main thread while nothing is rendered: an immediate render, as after an edit while playback
 	// stands, is about to begin. It may allocate and lock.
@@ -43,9 +43,9 @@ public:
 	virtual void Clone(InterfaceRef<IAudioFilter>& outFilter, bool inRealTime) = 0;
 
 	// Whether the output depends on what was processed before. It also decides who sets the parameters during a
-	// run. Outside playback at the top level the node sets those of an effect without history, in each control
-	// block. All others it sets at Preroll alone, and IRenderableAudioComponentParam::UpdateControl changes them
-	// afterwards, for instance through an AudioFilterControl.
+	// run. Outside playback at the top level, a node sets those of an effect without history in each control block,
+	// unless it is the copy of a node. All others it sets at Preroll alone, and afterwards they are changed by what
+	// IRenderableAudioComponentParam::UpdateControl does to the parameter's own control, an AudioFilterControl.
 	virtual bool HasHistory() = 0;
 
 	// Starts the effect; may allocate. inRealTime: for playback, where Process has to keep up. inMaxFrames: the
@@ -62,7 +62,8 @@ public:
 	// Frees what Initialize has made. The effect may be initialized again.
 	virtual void Shutdown() = 0;
 
-	// How many channels the effect works on, 1 to 64; the delay of a bypassed effect has as many.
+	// How many channels the effect works on, 1 to 64. The delay of a bypassed effect has as many, and silences those
+	// beyond.
 	virtual unsigned GetNumChannels() = 0;
 
 	// Processing of whole stretches: IOfflineAudioProcessor's operations of the same names. An effect that has

@@ -259,9 +259,14 @@ public:
 		std::vector<InterfaceRef<IRenderableAudioComponentParam>> const& inParams,
 		InterfaceRef<IAudioProcessor>* outProcessor) const = 0;
 
-	// A processor that runs a host's effect. inSecondFilter: one that is only kept started and stopped with it;
-	// may be empty. Controls: the bypass, and then the effect's parameters in its order. inActionFlag: reported
-	// with each of them by ILiveAudioParameterOwner. inChannelLayout: of what passes. eNotImplemented.
+	// A processor that runs a host's effect, which is required: an empty one raises the null-pointer exception. See
+	// IAudioFilter for what is called when. inSecondFilter: one that is started and stopped with it and only
+	// asked where whole stretches are processed (IOfflineAudioProcessor); may be empty. Controls: the bypass, and
+	// then the effect's parameters in its order. While bypassed, a delay of its latency takes the effect's
+	// place; it holds what passed when the effect was bypassed last. inActionFlag: reported with each of the
+	// controls by ILiveAudioParameterOwner. inChannelLayout: of what passes; eInvalidArgument for an empty one.
+	// A machine exception in IAudioFilter::Process becomes an AudioFilterException; see
+	// zorvcore::utility::exceptions::RunGuarded for the signal handlers that this installs.
 	virtual int CreateAudioFilterRenderer(InterfaceRef<IAudioRenderContext> inContext,
 		FrameRate const& inFrameRate, InterfaceRef<IAudioFilter> inFilter,
 		InterfaceRef<IAudioFilter> inSecondFilter, bool inActionFlag,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/IAudioFilter.h"
 #include "Sonaro/IAudioPanProcessor.h"
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/IRenderableAudioComponentParam.h"
@@ -8,7 +9,7 @@
 
 #include <vector>
 
-// What panners and sends are made with. mContext and mFrameRate, the sample rate of the audio that they are
+// What panners, effects and sends are made with. mContext and mFrameRate, the sample rate of the audio that they are
 // given, have no default that would do: an empty context is refused with eNullPointer, an invalid rate with
 // eInvalidArgument.
 namespace SN
@@ -55,6 +56,23 @@ struct DefaultMultiChannelAudioPanProcessorSettings
 	AudioComponentParams mParams = {};
 	AudioChannelLayout mInputLayout = {};
 	AudioChannelLayout mOutputLayout = {};
+};
+
+// See ISonaroFactory::CreateAudioFilterRenderer.
+struct AudioFilterSettings
+{
+	InterfaceRef<IAudioRenderContext> mContext = {};
+	FrameRate mFrameRate = {};
+	// Required: an empty one raises the null-pointer exception.
+	InterfaceRef<IAudioFilter> mFilter = {};
+	// Kept initialized beside the first, and asked where the effect processes whole stretches; may be empty.
+	InterfaceRef<IAudioFilter> mSecondFilter = {};
+	// As above.
+	bool mActionFlag = false;
+	// The bypass, then the effect's parameters in its order.
+	AudioComponentParams mParams = {};
+	// Of what passes. Required: an empty one is refused with eInvalidArgument.
+	AudioChannelLayout mChannelLayout = {};
 };
 
 // See ISonaroFactory::CreateAudioSendRenderer.

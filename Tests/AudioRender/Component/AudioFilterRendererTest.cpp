@@ -1,0 +1,355 @@
+#include "AudioRender/Component/AudioFilterRenderer.h"
+
+#include "Sonaro/AudioFilterControl.h"
+#include "Sonaro/AudioFilterException.h"
+#include "Support/AssertCapture.h"
+#include "Support/Engine.h"
+#include "Support/FakeFilter.h"
+
+namespace SN::AudioFilterRendererTest
+{
+
+using zorvcore::config::NullPtrException;
+
+// In stereo.
+InterfaceRef<IAudioProcessor> Make(Context const& inContext, InterfaceRef<FakeFilter> const& inFilter,
+	Parameters const& inParameters, InterfaceRef<FakeFilter> const& inSecond = {})
+{
+	return GraphFactory().CreateAudioFilterRenderer({
+		.mContext = inContext,
+		.mFrameRate = k48000Hz,
+		.mFilter = inFilter,
+		.mSecondFilter = inSecond,
+		.mActionFlag = true,
+		.mParams = inParameters,
+		.mChannelLayout = VX::kAudioChannelLayout_Stereo,
+	});
+}
+
+void UpdateControls(InterfaceRef<IAudioProcessor> const& inProcessor, long long inFrame)
+{
+	InterfaceRef<IParameterOwnerMixin>(inProcessor)->UpdateControls(At(inFrame));
+}
+
+TEST(AudioFilterRenderer, ParametersAreSetWhereNobodyElseSetsThem)
+{
+	struct Case
+	{
+		char const* mName;
+		bool mIsPlayback;
+		bool mIsNested;
+		bool mHasHistory;
+		bool mIsImmediate;
+		bool mIsOnMainThread;
+		std::vector<std::string> mAtPreroll;
+		std::vector<std::string> mAtUpdate;
+	};
+	std::vector<std::string> const up = {"set 0 5", "set 1 6", "set 2 7"};
+	std::vector<std::string> const down = {"set 2 7", "set 1 6", "set 0 5"};
+	std::vector<std::string> const downFromMain = {"main 2 7", "main 1 6", "main 0 5"};
+	auto const both = [&](std::vector<std::string> outCalls)
+	{
+		outCalls.insert(outCalls.begin(), up.begin(), up.end());
+		return outCalls;
+	};
+	Case const cases[] = {
+		{"export", false, false, false, false, true, both(down), up},
+		{"export with history", false, false, true, false, true, down, {}},
+		{"nested export", false, true, false, false, true, both(down), up},
+		{"playback", true, false, false, false, true, down, {}},
+		{"playback with history", true, false, true, false, true, down, {}},
+		{"nested playback", true, true, false, false, true, both(down), up},
+		{"immediate render", false, false, false, true, true, both(downFromMain), up},
+		{"immediate render elsewhere", false, false, false, true, false, both(down), up},
+	};
+	for (Case const& test : cases)
+	{
+		SCOPED_TRACE(test.mName);
+		Prefetcher prefetcher;
+		ScopedContext const context(256, test.mIsPlayback ? &prefetcher : nullptr);
+		context.Nest(test.mIsNested ? 1 : 0);
+		context->SetImmediateRender(test.mIsImmediate);
+		auto const filter = MakeObject<FakeFilter>(0u, test.mHasHistory);
+		auto const renderer = Make(context, filter, ConstantParameters({0.0f, 5.0f, 6.0f, 7.0f}));
+		filter->mRecordsBlocks = true;
+		auto const preroll = [&] { renderer->Preroll(At(10), false); };
+		test.mIsOnMainThread ? preroll() : std::thread(preroll).join();
+		EXPECT_EQ(filter->TakeLog(), test.mAtPreroll);
+		UpdateControls(renderer, 20);
+		EXPECT_EQ(filter->TakeLog(), test.mAtUpdate);
+		EXPECT_EQ(renderer->HasHistory(), test.mHasHistory);
+	}
+}
+
+TEST(AudioFilterRenderer, WithoutParametersNothingIsSet)
+{
+	ScopedContext const context;
+	for (Parameters const& parameters : {Parameters(), ConstantParameters({1.0f})})
+	{
+		auto const filter = MakeObject<FakeFilter>();
+		auto const renderer = Make(context, filter, parameters);
+		filter->mRecordsBlocks = true;
+		renderer->Preroll(kTimeZero, false);
+		UpdateControls(renderer, 0);
+		EXPECT_THAT(filter->TakeLog(), testing::IsEmpty());
+	}
+}
+
+// The source frame that is heard, or -1 for silence: the delay holds the audio of the last bypass, the effect that
+// before it.
+long long FindHeard(long long inFrame)
+{
+	long long const into = inFrame % 640;
+	long long const stale = inFrame / 640 == 1 ? -1 : inFrame - 640 - 100;
+	return into < 100 ? stale : inFrame - 100;
+}
+
+TEST(AudioFilterRenderer, ABypassKeepsTheDelay)
+{
+	ScopedContext const context;
+	auto const bypass = MakeObject<FakeParameter>(
+		[](TickTime const& inTime) { return inTime.ToFrame32(k48000Hz) / 640 % 2 == 1 ? 1.0f : 0.0f; });
+	auto const filter = MakeObject<FakeFilter>(100u);
+	auto const renderer = Make(context, filter, {bypass});
+	EXPECT_EQ(renderer->GetDelay(), At(100));
+	for (long long frame = 0; frame < 2560; frame += 64)
+	{
+		dsp::AudioBuffer buffer(2, 64);
+		FillFrom(&PositionSample, 2, At(frame), k48000Hz, buffer);
+		UpdateControls(renderer, frame);
+		renderer->ProcessAudioData(buffer, At(frame));
+		for (unsigned channel = 0; channel < 2; ++channel)
+		{
+			auto const heard = Heard(buffer, channel);
+			for (unsigned i = 0; i < 64; ++i)
+			{
+				long long const from = FindHeard(frame + i);
+				ASSERT_EQ(heard[i], from < 0 ? 0.0f : PositionSample(channel, from)) << frame + i;
+			}
+		}
+	}
+}
+
+TEST(AudioFilterRenderer, ABypassWithoutDelayDoesNothing)
+{
+	ScopedContext const context;
+	auto const filter = MakeObject<FakeFilter>();
+	auto const renderer = Make(context, filter, ConstantParameters({1.0f}));
+	filter->mRecordsBlocks = true;
+	renderer->Preroll(kTimeZero, false);
+	dsp::AudioBuffer buffer = MakeBuffer(2, 16, 0.5f);
+	buffer.MarkChannelSilent(1);
+	renderer->ProcessAudioData(buffer, kTimeZero);
+	EXPECT_EQ(Heard(buffer), std::vector<float>(16, 0.5f));
+	EXPECT_TRUE(buffer.IsChannelSilent(1));
+	EXPECT_THAT(filter->TakeLog(), testing::IsEmpty());
+	EXPECT_EQ(renderer->GetDelay(), kTimeZero);
+}
+
+TEST(AudioFilterRenderer, TheEffectGetsWhatTheContextSays)
+{
+	Prefetcher prefetcher;
+	for (bool const isPlayback : {false, true})
+	{
+		ScopedContext const context(256, isPlayback ? &prefetcher : nullptr);
+		auto const filter = MakeObject<FakeFilter>();
+		auto const second = MakeObject<FakeFilter>();
+		auto const renderer = Make(context, filter, {}, second);
+		renderer->InitializeAudioFilter();
+		std::string const initialize =
+			isPlayback ? "initialize for playback 256 5292000 2" : "initialize 256 5292000 2";
+		EXPECT_THAT(filter->TakeLog(), ElementsAre(initialize));
+		EXPECT_THAT(second->TakeLog(), ElementsAre(initialize));
+		filter->mRecordsBlocks = second->mRecordsBlocks = true;
+		dsp::AudioBuffer buffer(2, 16);
+		renderer->ProcessAudioData(buffer, TickTime(3, k48000Hz));
+		context->SetFilterRenderFlag(true);
+		renderer->ProcessAudioData(buffer, TickTime(4, k48000Hz));
+		EXPECT_THAT(filter->TakeLog(), ElementsAre("process 15876000", "process 21168000 flag"));
+		renderer->ShutdownAudioFilter();
+		EXPECT_THAT(filter->TakeLog(), ElementsAre("shutdown"));
+		EXPECT_THAT(second->TakeLog(), ElementsAre("shutdown"));
+		renderer->Clone(k48000Hz, 256, 16);
+		EXPECT_THAT(filter->TakeLog(), ElementsAre(isPlayback ? "clone for playback" : "clone"));
+	}
+}
+
+TEST(AudioFilterRenderer, AMachineExceptionNamesTheEffect)
+{
+	ScopedContext const context;
+	auto const filter = MakeObject<FakeFilter>();
+	auto const renderer = Make(context, filter, {});
+	dsp::AudioBuffer buffer = MakeBuffer(2, 16, 0.5f);
+	AssertCapture const capture;
+	filter->mFault = [] { *static_cast<int volatile*>(nullptr) = 1; };
+	for (int time = 0; time < 2; ++time)
+	{
+		try
+		{
+			renderer->ProcessAudioData(buffer, kTimeZero);
+			ADD_FAILURE() << "nothing was thrown";
+		}
+		catch (AudioFilterException const& exception)
+		{
+			AudioFilterException copy({}, "another");
+			copy = AudioFilterException(exception);
+			EXPECT_EQ(copy.GetAudioFilter(), filter);
+			EXPECT_EQ(copy.GetResultCode(), static_cast<int>(0xF865001E));
+			EXPECT_STREQ(copy.what(), "Caught machine exception while prerolling audio filter.");
+		}
+	}
+	EXPECT_THAT(capture.GetMessages(),
+		testing::Each("Machine exception 0x0000000B in SN::AudioFilterRenderer::ProcessAudioData"));
+	EXPECT_EQ(capture.GetMessages().size(), 2u);
+	filter->mFault = [] { throw std::runtime_error("of the effect"); };
+	EXPECT_THROW(renderer->ProcessAudioData(buffer, kTimeZero), std::runtime_error);
+	filter->mFault = {};
+	renderer->ProcessAudioData(buffer, kTimeZero);
+	EXPECT_EQ(Heard(buffer), std::vector<float>(16, 0.5f));
+}
+
+TEST(AudioFilterRenderer, AClonePlaysItsOwnEffect)
+{
+	ScopedContext const context;
+	auto const bypass = MakeObject<FakeParameter>(0.0f);
+	auto const gain =
+		MakeObject<FakeParameter>([](TickTime const& inTime) { return inTime < At(50) ? 2.0f : 3.0f; });
+	auto const filter = MakeObject<FakeFilter>(300u);
+	auto const second = MakeObject<FakeFilter>();
+	auto const renderer = Make(context, filter, {bypass, gain}, second);
+	renderer->Preroll(kTimeZero, false);
+	bypass->mLog->clear();
+	gain->mLog->clear();
+
+	auto const clone = renderer->Clone(k44100Hz, 512, 64);
+	EXPECT_THAT(*bypass->mLog, ElementsAre("clone", "init 64 5760000"));
+	EXPECT_THAT(*gain->mLog, ElementsAre("clone", "init 64 5760000", "control"));
+	ASSERT_TRUE(filter->mClone);
+	EXPECT_EQ(clone->GetDelay(), TickTime(300, k44100Hz));
+
+	UpdateControls(clone, 100);
+	EXPECT_EQ(filter->mClone->mParameters[0], 3.0f);
+	EXPECT_EQ(filter->mParameters[0], 2.0f);
+	UpdateControls(renderer, 0);
+	EXPECT_EQ(filter->mClone->mParameters[0], 3.0f);
+
+	second->TakeLog();
+	clone->InitializeAudioFilter();
+	EXPECT_THAT(filter->mClone->TakeLog(), ElementsAre("initialize 512 5760000 2"));
+	EXPECT_THAT(second->TakeLog(), ElementsAre("initialize 512 5760000 2"));
+	dsp::AudioBuffer buffer = MakeBuffer(2, 512, 1.0f);
+	clone->ProcessAudioData(buffer, kTimeZero);
+	EXPECT_EQ(Heard(buffer)[511], 3.0f);
+
+	// Blocks of the clone's own length fit into its delay.
+	auto const off = Make(context, filter, ConstantParameters({1.0f}))->Clone(k44100Hz, 512, 64);
+	off->Preroll(kTimeZero, false);
+	dsp::AudioBuffer late = MakeBuffer(2, 512, 1.0f);
+	off->ProcessAudioData(late, kTimeZero);
+	EXPECT_EQ(Heard(late)[299], 0.0f);
+	EXPECT_EQ(Heard(late)[300], 1.0f);
+	EXPECT_EQ(Heard(late)[511], 1.0f);
+}
+
+TEST(AudioFilterRenderer, TheSecondEffectProcessesWholeStretches)
+{
+	ScopedContext const context;
+	auto const filter = MakeObject<FakeFilter>();
+	int asked = 0;
+	auto const callback = [&](float**, long long inStart, int inCount)
+	{
+		EXPECT_EQ(inStart, At(7).GetTicks());
+		EXPECT_EQ(inCount, 3);
+		++asked;
+	};
+	InterfaceRef<IOfflineAudioProcessor> const with(Make(context, filter, {}, MakeObject<FakeFilter>()));
+	EXPECT_EQ(with->GetOfflineLatency(), kTimeMax);
+	with->CreateProcessedStream(callback, 3, At(7));
+	EXPECT_EQ(asked, 1);
+	InterfaceRef<IOfflineAudioProcessor> const without(Make(context, filter, {}));
+	EXPECT_THROW(without->GetOfflineLatency(), NullPtrException);
+	EXPECT_THROW(without->CreateProcessedStream(callback, 3, At(7)), NullPtrException);
+}
+
+TEST(AudioFilterRenderer, RefusesWhatCannotRun)
+{
+	ScopedContext const context;
+	auto const factory = SonaroFactory::CreateClassRef();
+	auto const filter = MakeObject<FakeFilter>();
+	AudioChannelLayout const& mono = VX::kAudioChannelLayout_Mono;
+	InterfaceRef<IAudioProcessor> made;
+	EXPECT_EQ(factory->CreateAudioFilterRenderer({}, {}, {}, {}, false, {}, {}, &made), eInvalidArgument);
+	EXPECT_EQ(
+		factory->CreateAudioFilterRenderer({}, k48000Hz, filter, {}, false, {}, mono, &made), eNullPointer);
+	EXPECT_EQ(factory->CreateAudioFilterRenderer(context, FrameRate(), filter, {}, false, {}, mono, &made),
+		eInvalidArgument);
+	try
+	{
+		factory->CreateAudioFilterRenderer(context, k48000Hz, {}, filter, false, {}, mono, &made);
+		ADD_FAILURE() << "nothing was thrown";
+	}
+	catch (NullPtrException const& exception)
+	{
+		EXPECT_THAT(exception.what(), testing::HasSubstr("SN::IAudioFilter"));
+	}
+	EXPECT_FALSE(made);
+}
+
+TEST(AudioFilterRenderer, WithoutAnEffectTheAudioPasses)
+{
+	auto const renderer = MakeObject<AudioFilterRenderer>();
+	for (InterfaceRef<IAudioProcessor> const& one :
+		{InterfaceRef<IAudioProcessor>(renderer), renderer->Clone(k48000Hz, 16, 16)})
+	{
+		dsp::AudioBuffer buffer = MakeBuffer(2, 16, 0.5f);
+		one->InitializeAudioFilter();
+		one->ProcessAudioData(buffer, kTimeZero);
+		one->ShutdownAudioFilter();
+		EXPECT_EQ(Heard(buffer), std::vector<float>(16, 0.5f));
+		EXPECT_EQ(one->GetDelay(), kTimeZero);
+		EXPECT_THROW(one->HasHistory(), NullPtrException);
+	}
+}
+
+TEST(AudioFilterRenderer, FlagsGoToTheParametersAndTheHost)
+{
+	Prefetcher prefetcher;
+	auto const context = GraphFactory().CreateAudioRenderContext({
+		.mPrefetchEnabled = true,
+		.mPrefetcher = &prefetcher,
+		.mFilterParamFlag = true,
+	});
+	auto const pending = MakeObject<FakeParameter>(1.0f);
+	pending->mIsPending = true;
+	auto const renderer = Make(context, MakeObject<FakeFilter>(), {pending});
+	EXPECT_THAT(pending->mLog->front(), testing::EndsWith(" flag"));
+	LiveAudioParameterMap map;
+	InterfaceRef<ILiveAudioParameterOwner>(renderer)->CollectLiveParameters(map);
+	ASSERT_EQ(map.size(), 1u);
+	EXPECT_TRUE(map.begin()->second.mActionFlag);
+	context->Clear();
+}
+
+TEST(AudioFilterControl, SetsTheEffectAndReadsItOnce)
+{
+	auto const filter = MakeObject<FakeFilter>();
+	filter->mParameters[2] = 4.0f;
+	AudioFilterControl control(filter, 2);
+	EXPECT_EQ(control.GetValue(), 4.0f);
+	EXPECT_EQ(control.GetText(), u"parameter 2");
+	EXPECT_EQ(control.GetTypeCode(), VX::kParamTypeFloat);
+	control.SetValue(5.0f);
+	EXPECT_EQ(filter->mParameters[2], 5.0f);
+	filter->mParameters[2] = 6.0f;
+	EXPECT_EQ(control.GetValue(), 5.0f);
+
+	auto const clone = boost::static_pointer_cast<AudioFilterControl>(control.Clone());
+	EXPECT_EQ(clone->GetValue(), 5.0f);
+	EXPECT_EQ(filter->mParameters[2], 6.0f);
+	clone->SetValue(7.0f);
+	EXPECT_EQ(filter->mParameters[2], 7.0f);
+	EXPECT_EQ(control.GetValue(), 5.0f);
+	EXPECT_THROW(AudioFilterControl({}, 0), NullPtrException);
+}
+
+} // namespace SN::AudioFilterRendererTest
