@@ -36,6 +36,7 @@
 #include "Panner/ChannelMixerAudioPanProcessor.h"
 #include "Panner/FixedMixPanner.h"
 #include "Sonaro/PanProcessorType.h"
+#include "Time/OfflineAudioProcessorAudioGenerator.h"
 #include "Time/Stretch/TimeStretchedAudioGenerator.h"
 #include "Time/TimeAlteredAudioClipTrackItemRenderer.h"
 
@@ -399,12 +400,16 @@ public:
 		return AlignToFrameRateAudioGeneratorDecorator::Create(inGenerator, inFrameRate, outGenerator);
 	}
 
-	int CreateOfflineAudioProcessorAudioGenerator(InterfaceRef<IAudioGenerator> const&,
-		InterfaceRef<IAudioPanProcessor> const&, InterfaceRef<IAudioPanProcessor> const&, FrameRate const&,
-		TickTime const&, TickTime const&, InterfaceRef<IOfflineAudioProcessor> const&,
-		InterfaceRef<IAudioGenerator>*) const override
+	int CreateOfflineAudioProcessorAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
+		InterfaceRef<IAudioPanProcessor> const& inInputPanner,
+		InterfaceRef<IAudioPanProcessor> const& inOutputPanner, FrameRate const& inFrameRate,
+		TickTime const& inStartTime, TickTime const& inEndTime,
+		InterfaceRef<IOfflineAudioProcessor> const& inProcessor,
+		InterfaceRef<IAudioGenerator>* outGenerator) const override
 	{
-		return eNotImplemented;
+		return OfflineAudioProcessorAudioGenerator::Create(
+			{inGenerator, inInputPanner, inOutputPanner, inFrameRate, inStartTime, inEndTime, inProcessor},
+			outGenerator);
 	}
 };
 

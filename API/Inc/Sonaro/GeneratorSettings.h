@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Sonaro/IAudioGenerator.h"
+#include "Sonaro/IAudioPanProcessor.h"
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/IAudioSource.h"
+#include "Sonaro/IOfflineAudioProcessor.h"
 #include "Sonaro/Types.h"
 #include "zorvcore/threads/AtomicIntegral.h"
 
@@ -90,6 +92,22 @@ struct AudioContentMulticamSettings
 	TickTime mOffset = kTimeZero;
 	// Where the media end, in their time: with an offset, the end of all that is read ahead.
 	TickTime mContentEnd = kTimeMax;
+};
+
+// See ISonaroFactory::CreateOfflineAudioProcessorAudioGenerator. The references are required: a call that needs an empty
+// one raises the null-pointer exception.
+struct OfflineAudioProcessorSettings
+{
+	InterfaceRef<IAudioGenerator> mGenerator = {};
+	// From the source's layout to one whose first channel is processed.
+	InterfaceRef<IAudioPanProcessor> mInputPanner = {};
+	// From the layout of what the process gives to that of the generator.
+	InterfaceRef<IAudioPanProcessor> mOutputPanner = {};
+	FrameRate mFrameRate = {};
+	// The process is given the time between them as its duration.
+	TickTime mStartTime = kTimeZero;
+	TickTime mEndTime = kTimeZero;
+	InterfaceRef<IOfflineAudioProcessor> mProcessor = {};
 };
 
 } // namespace SN

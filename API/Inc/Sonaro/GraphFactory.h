@@ -105,6 +105,15 @@ public:
 		return Make<IAudioGenerator>("silence", &ISonaroFactory::CreateSilentRenderer, inLayout);
 	}
 
+	InterfaceRef<IAudioGenerator> CreateOfflineAudioProcessorAudioGenerator(
+		OfflineAudioProcessorSettings const& inSettings) const
+	{
+		return Make<IAudioGenerator>("an offline process",
+			&ISonaroFactory::CreateOfflineAudioProcessorAudioGenerator, inSettings.mGenerator,
+			inSettings.mInputPanner, inSettings.mOutputPanner, inSettings.mFrameRate, inSettings.mStartTime,
+			inSettings.mEndTime, inSettings.mProcessor);
+	}
+
 	InterfaceRef<IAudioGenerator> CreateAlignToFrameRateAudioGeneratorDecorator(
 		InterfaceRef<IAudioGenerator> const& inGenerator, FrameRate const& inFrameRate) const
 	{

@@ -9,7 +9,8 @@ namespace SN
 
 class IProcessedAudioStream;
 
-// Reads source audio for an offline process: inCount samples from sample inStart on into ioChannels.
+// Reads source audio for an offline process: inCount samples from sample inStart on into the first of ioChannels. On
+// one thread at a time, whichever it is.
 using OfflineAudioReadCallback = std::function<void(float** ioChannels, long long inStart, int inCount)>;
 
 // Processing that needs whole stretches of audio and gives its results at its own pace.
@@ -23,7 +24,7 @@ public:
 	virtual TickTime GetOfflineLatency() = 0;
 
 	// A stream of processed audio of that duration, which pulls its source through inCallback. inFlags
-	// are the effect's own.
+	// are the effect's own; the engine passes 0. An empty one counts as a stream that has failed.
 	virtual InterfaceRef<IProcessedAudioStream> CreateProcessedStream(
 		OfflineAudioReadCallback const& inCallback, unsigned inFlags, TickTime const& inDuration) = 0;
 };

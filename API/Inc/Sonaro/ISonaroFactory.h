@@ -301,9 +301,12 @@ public:
 		InterfaceRef<IAudioGenerator> const& inGenerator, FrameRate const& inFrameRate,
 		InterfaceRef<IAudioGenerator>* outGenerator) const = 0;
 
-	// A generator over a process that needs whole stretches of inGenerator, from inStartTime to inEndTime, and
-	// waits for what it gives: for offline renders alone. inInputPanner and inOutputPanner: from the source's
-	// layout to the process's and back. eNotImplemented.
+	// A generator that gives what a process makes of inGenerator, and waits for that up to a day: for offline renders
+	// alone. Each Preroll starts the process anew, for the duration from inStartTime to inEndTime, and what it gives first is
+	// heard at time 0. From there on times only rise; what has passed is silent, and so is everything where the
+	// process has failed or ended. It reads inGenerator on its own thread, in pieces of 2048 samples at most,
+	// through inInputPanner, whose first output channel it is given; inOutputPanner leads from its result to the
+	// layout that is heard. There are no clones. It needs no context and cannot fail.
 	virtual int CreateOfflineAudioProcessorAudioGenerator(InterfaceRef<IAudioGenerator> const& inGenerator,
 		InterfaceRef<IAudioPanProcessor> const& inInputPanner,
 		InterfaceRef<IAudioPanProcessor> const& inOutputPanner, FrameRate const& inFrameRate,

@@ -10,7 +10,8 @@
 //
 // What is declared so is measured: the tests run graphs of all kinds of nodes while every call to the malloc
 // family and every lock of the rendering thread is counted, in the program and in all shared libraries, and one of
-// either fails them. Another test compares declarations: no override of the engine's lacks the mark.
+// either fails them. Another test compares declarations: no override of the engine's lacks the mark, except that of the
+// generator of offline processes, which waits for them.
 #if __has_cpp_attribute(clang::nonblocking)
 #define SONARO_NONBLOCKING [[clang::nonblocking]]
 #else
