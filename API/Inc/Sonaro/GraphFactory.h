@@ -39,8 +39,7 @@ struct ThrowRefusal
 //          creator, with an empty reference. Which failures there are stands at ISonaroFactory's creators.
 //          Exceptions of the engine pass through.
 // Threads  On the thread that owns the context. Copies share the one factory of the process.
-// Kinds    What this version of the engine does not make (see eNotImplemented) has no creator here, and what
-//          differs from another one in name alone neither.
+// Kinds    What differs from another one in name alone has no creator here.
 template <std::invocable<int, char const*> Refuse = ThrowRefusal>
 class GraphFactory
 {

@@ -38,7 +38,7 @@ class IRenderableAudioComponentParam;
 //
 // Results  0 or above for success; a negative code of ResultCodes.h otherwise, and the last argument is
 //          then left as it was. eNullPointer: no context. eInvalidArgument: an invalid frame rate or
-//          another argument out of its range. eNotImplemented: this version does not make that kind.
+//          another argument out of its range.
 // Threads  On the thread that owns the context.
 class SONARO_API ISonaroFactory : public virtual Unknown
 {
