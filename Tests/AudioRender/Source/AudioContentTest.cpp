@@ -61,9 +61,11 @@ TEST(AudioContent, TimesAreScaledAndMovedAndKeptFromBelowZero)
 		FrameRate const mediaRate = random() % 2 == 0 ? k48000Hz : k96000Hz;
 		bool const hasOffset = random() % 4 != 0;
 		// Quarters of a frame, so that blocks end within frames and on both bounds.
-		auto const anyTime = [&](int inFrames) {
+		auto const anyTime = [&](int inFrames)
+		{
 			return At(1) * 0.25 *
-				   static_cast<double>(static_cast<int>(random() % (8 * inFrames)) - 4 * inFrames);
+				   static_cast<double>(
+					   static_cast<int>(random() % static_cast<unsigned>(8 * inFrames)) - 4 * inFrames);
 		};
 		TickTime const offset = anyTime(20);
 		TickTime const time = anyTime(10);
