@@ -85,6 +85,13 @@ RateConverter::Span RateConverter::GetInput(std::int64_t inFirst, std::int64_t i
 	return {std::min(a, b) - half + 1, std::max(a, b) + half + 1};
 }
 
+std::int64_t RateConverter::CountInput(std::int64_t inOutputs) const
+{
+	auto const [first, end] = GetInput(0, inOutputs);
+	// One frame more may lie between the first and the last position of others.
+	return end - first + 1;
+}
+
 std::int64_t RateConverter::CountOutputs(std::int64_t inFrames) const
 {
 	// One frame more may lie between the first and the last position, wherever these begin.

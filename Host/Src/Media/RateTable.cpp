@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <compare>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <numbers>
@@ -121,6 +122,11 @@ std::shared_ptr<RateTable const> RateTable::Get(
 		known = table;
 	}
 	return table;
+}
+
+std::shared_ptr<RateTable const> RateTable::GetForAnyPhase(Ratio const& inStep, RateQuality inQuality)
+{
+	return Get(inStep, std::numeric_limits<std::int64_t>::max(), inQuality);
 }
 
 RateTable::RateTable(Key const& inKey)

@@ -26,6 +26,8 @@ public:
 	// inPhases: the fractions of a frame that positions count in. Any thread.
 	static std::shared_ptr<RateTable const> Get(
 		Ratio const& inStep, std::int64_t inPhases, RateQuality inQuality);
+	// One for any fraction.
+	static std::shared_ptr<RateTable const> GetForAnyPhase(Ratio const& inStep, RateQuality inQuality);
 
 	unsigned GetTaps() const { return mTaps; }
 

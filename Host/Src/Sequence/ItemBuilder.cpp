@@ -1,6 +1,7 @@
 #include "ItemBuilder.h"
 
 #include "ChainBuilder.h"
+#include "Media/RampConverter.h"
 #include "Sequence/Node/ConvertedContent.h"
 #include "Sequence/Node/ItemContent.h"
 #include "Sonaro/AudioUtilities.h"
@@ -36,9 +37,9 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 	mBuilt.mLatency = std::llround(static_cast<double>(chain.mLatency) / mSpeed);
 	std::int64_t const first =
 		Visit(inItem, [this](auto const& inContent) { return GetFirstFrame(inContent); });
-	std::int64_t const start = mStep ? 0 : mIsBackwards ? first + mLead : first - mLead;
+	std::int64_t const start = mIsConverted ? 0 : mIsBackwards ? first + mLead : first - mLead;
 	auto const content = zorvcore::classref::MakeObject<ItemContent>(
-		ItemContent::Settings{MakeContent(inItem, context.mInput), start, mIsBackwards && !mStep,
+		ItemContent::Settings{MakeContent(inItem, context.mInput), start, mIsBackwards && !mIsConverted,
 			chain.mProcessors, chain.mPanner, chain.mLatency, playhead, mContext.mPlayhead, mContext.mJumps,
 			mTools.GetFrameRate(), mTools.GetScratch(GraphTools::ScratchUse::kItem, context.mInput.size())});
 	mBuilt.mGenerator = mTools.GetFactory().CreateRealtimeAudioClipTrackItemRenderer({
@@ -53,6 +54,11 @@ BuiltItem ItemBuilder::Build(Item const& inItem)
 
 void ItemBuilder::ChooseSpeed(Item const& inItem)
 {
+	if (inItem.mSpeedCurve)
+	{
+		mIsConverted = true;
+		return;
+	}
 	mIsSilent = inItem.mSpeed == 0.0;
 	mIsBackwards = inItem.mSpeed < 0.0;
 	if (mIsSilent)
@@ -77,6 +83,7 @@ void ItemBuilder::ChooseSpeed(Item const& inItem)
 	if (step != Ratio(1) && step != Ratio(-1))
 	{
 		mStep = step;
+		mIsConverted = true;
 		CheckStep();
 	}
 }
@@ -135,11 +142,16 @@ Ratio ItemBuilder::GetRateRatio(Clip const& inClip) const
 	{
 		return Ratio(1);
 	}
-	// A whole number of samples a second where its frame rounds to the graph's; otherwise ticks count.
+	return Ratio::FromDouble(rate) / GetGraphRate();
+}
+
+// A whole number where its frame rounds to the graph's; otherwise ticks count.
+Ratio ItemBuilder::GetGraphRate() const
+{
+	SN::FrameRate const graphRate = mTools.GetFrameRate();
 	std::int64_t const whole = std::llround(graphRate.GetSamplesPerSecond());
 	bool const isWhole = SN::FrameRate::FromSamplesPerSecond(static_cast<double>(whole)) == graphRate;
-	return Ratio::FromDouble(rate) /
-		   (isWhole ? Ratio(whole) : Ratio(zorvmediatypes::kTicksPerSecond, graphRate.GetTicksPerFrame()));
+	return isWhole ? Ratio(whole) : Ratio(zorvmediatypes::kTicksPerSecond, graphRate.GetTicksPerFrame());
 }
 
 void ItemBuilder::CheckSpeed() const
@@ -170,20 +182,44 @@ Generator ItemBuilder::MakeContent(Item const& inItem, SN::AudioChannelLayout co
 	}
 	Generator const content =
 		Visit(inItem, [&](auto const& inContent) { return MakeGenerator(inContent, inLayout); });
-	return mStep ? Convert(inItem, content, inLayout) : content;
+	return mIsConverted ? Convert(inItem, content, inLayout) : content;
 }
 
 Generator ItemBuilder::Convert(
 	Item const& inItem, Generator const& inContent, SN::AudioChannelLayout const& inLayout) const
 {
+	return zorvcore::classref::MakeObject<ConvertedContent>(
+		ConvertedContent::Settings{inContent, MakeConverter(inItem), mTools.GetFrameRate(),
+			mTools.GetScratch(GraphTools::ScratchUse::kConversion, inLayout.size())});
+}
+
+std::shared_ptr<SampleConverter const> ItemBuilder::MakeConverter(Item const& inItem) const
+{
 	std::int64_t const first =
 		Visit(inItem, [this](auto const& inChosen) { return GetFirstFrame(inChosen); });
-	auto const converter = std::make_shared<RateConverter const>(*mStep,
-		RateConverter::Position{first, inItem.mOffset - Ratio(mContext.mExtension) * *mStep},
-		inItem.mResampling == Resampling::kDraft ? RateQuality::kDraft : RateQuality::kFull);
-	return zorvcore::classref::MakeObject<ConvertedContent>(
-		ConvertedContent::Settings{inContent, converter, mIsBackwards, mTools.GetFrameRate(),
-			mTools.GetScratch(GraphTools::ScratchUse::kConversion, inLayout.size())});
+	RateQuality const quality =
+		inItem.mResampling == Resampling::kDraft ? RateQuality::kDraft : RateQuality::kFull;
+	if (!inItem.mSpeedCurve)
+	{
+		return std::make_shared<RateConverter const>(*mStep,
+			RateConverter::Position{first, inItem.mOffset - Ratio(mContext.mExtension) * *mStep}, quality);
+	}
+	Ratio const rate = GetGraphRate();
+	CurvePositions::Settings positions;
+	positions.mOutputRate = rate;
+	positions.mInputRate =
+		rate * Visit(inItem, [this](auto const& inContent) { return GetRateRatio(inContent); });
+	positions.mOrigin = mContext.mExtension;
+	positions.mFrame = first;
+	positions.mOffset = inItem.mOffset;
+	try
+	{
+		return std::make_shared<RampConverter const>(*inItem.mSpeedCurve, positions, quality);
+	}
+	catch (HostError const& error)
+	{
+		Refuse(mContext.mPlace, error.GetParts().mReason, "reduce the speed");
+	}
 }
 
 Generator ItemBuilder::MakeGenerator(Clip const& inClip, SN::AudioChannelLayout const& inLayout)

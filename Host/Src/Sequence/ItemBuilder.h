@@ -3,6 +3,7 @@
 #include "Sequence/Node/GraphTools.h"
 #include "Sequence/Node/Place.h"
 #include "Sequence/Stage/Playhead.h"
+#include "SonaroHost/Media/SampleConverter.h"
 
 #include <cstdint>
 #include <functional>
@@ -84,6 +85,9 @@ private:
 	Generator MakeContent(Item const& inItem, SN::AudioChannelLayout const& inLayout);
 	Generator Convert(
 		Item const& inItem, Generator const& inContent, SN::AudioChannelLayout const& inLayout) const;
+	std::shared_ptr<SampleConverter const> MakeConverter(Item const& inItem) const;
+	// The graph's frames in a second.
+	Ratio GetGraphRate() const;
 	void ChooseSpeed(Item const& inItem);
 	void CheckStep() const;
 	void CheckSpeed() const;
@@ -95,7 +99,8 @@ private:
 	bool mIsBackwards = false;
 	// The speed without its sign that is left to the engine's item; 1 for silence.
 	double mSpeed = 1.0;
-	// The step of the converter, if there is one.
+	bool mIsConverted = false;
+	// The step of the converter, if there is one and it stays the same.
 	std::optional<Ratio> mStep;
 	// Frames of content that are read before the one that is to be heard first at the item's own start.
 	std::int64_t mLead = 0;

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/Ratio.h"
 #include "SonaroHost/Media/RateQuality.h"
+#include "SonaroHost/Media/SampleConverter.h"
 
 #include <cstdint>
 #include <memory>
@@ -17,15 +18,14 @@ class RateTable;
 // Position  Output n stands at the input's frame mFirst + mOffset + n * step, an exact fraction: after any number of
 //           outputs nothing has drifted. n goes from -2^42 to 2^42.
 // Meaning   An output is a sum of the input around its position, weighted by a sinc in a Kaiser window, symmetric, so
-//           that nothing is late. It depends on its position, the step and the input alone, never on what was asked
-//           before: any cut, any order and any thread give the same bits. Where outputs are further apart than inputs,
-//           the filter is longer by as much and cuts off below half the output's rate.
+//           that nothing is late. Where outputs are further apart than inputs, the filter is longer by as much and cuts
+//           off below half the output's rate.
 // Filters   One row of coefficients for each place between two frames that can occur, as far as 2^19 numbers
 //           go; otherwise rows at a fixed distance, with a cubic between them. Converters that need the same
 //           table share one.
 // NaN       Reaches the outputs whose filter covers it, GetTaps frames, and no others.
 // Threads   Any, at the same time. The constructor allocates, and takes a lock; nothing else does.
-class RateConverter
+class RateConverter final : public SampleConverter
 {
 public:
 	// Steps of a larger magnitude than this are refused.
@@ -38,34 +38,19 @@ public:
 		Ratio mOffset;
 	};
 
-	// A range of frames of the input, mEnd outside.
-	struct Span
-	{
-		std::int64_t mFirst = 0;
-		std::int64_t mEnd = 0;
-	};
-
-	// The samples of a channel: those of GetInput, and where the outputs go.
-	struct Channel
-	{
-		float const* mInput;
-		float* mOutput;
-	};
-
 	// inStep: frames of the input from one output to the next; below 0 the input is read backwards. Throws a
 	// HostError for 0 and beyond kLargestStep.
 	RateConverter(Ratio const& inStep, Position const& inFirst, RateQuality inQuality = RateQuality::kFull);
 
-	// Frames of input that an output depends on: half of them up to its position, half after it.
-	unsigned GetTaps() const;
-	// The input that outputs from inFirst on depend on. inCount is 1 or more.
-	Span GetInput(std::int64_t inFirst, std::int64_t inCount) const;
-	// How many outputs from one on need no more than so many frames of input; at least 1 where these are GetTaps.
-	std::int64_t CountOutputs(std::int64_t inFrames) const;
+	// Half of them up to an output's position, half after it.
+	unsigned GetTaps() const override;
+	Span GetInput(std::int64_t inFirst, std::int64_t inCount) const override;
+	std::int64_t CountInput(std::int64_t inOutputs) const override;
+	std::int64_t CountOutputs(std::int64_t inFrames) const override;
+	bool IsBackwards(std::int64_t) const override { return mStride < 0; }
+	std::int64_t FindTurn(std::int64_t, std::int64_t inEnd) const override { return inEnd; }
 
-	// Makes the outputs inFirst and so on. Each channel's input begins at the first frame of
-	// GetInput(inFirst, inCount).
-	void Convert(std::int64_t inFirst, unsigned inCount, std::span<Channel const> inChannels) const;
+	void Convert(std::int64_t inFirst, unsigned inCount, std::span<Channel const> inChannels) const override;
 
 private:
 	__extension__ using Wide = __int128;

@@ -4,6 +4,7 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/Base/FadeShape.h"
 #include "SonaroHost/Base/Ratio.h"
+#include "SonaroHost/Base/SpeedCurve.h"
 #include "SonaroHost/Sequence/Chain.h"
 #include "SonaroHost/Sequence/Media.h"
 #include "SonaroHost/Sequence/Resampling.h"
@@ -67,6 +68,9 @@ struct Item
 	// The speed of the content, pitch following: 2 is twice as fast, below 0 backwards, the frame that is heard first
 	// staying the same. 0 is silence. It stands for the simplest fraction that rounds to it.
 	double mSpeed = 1.0;
+	// Where it is set, the speed at each time from the item's start on, in place of mSpeed; the pitch follows. The content
+	// is always converted by its positions, which stand at the integral of the curve.
+	std::shared_ptr<SpeedCurve const> mSpeedCurve;
 	// How far after the content's first frame it really begins, in frames of the content, a recording's as the
 	// recording has them. It is heard where the content is converted by its positions; elsewhere samples stay whole.
 	Ratio mOffset;

@@ -14,12 +14,10 @@ namespace
 // as they are long, so that little is moved about.
 constexpr std::int64_t kMostRoom = 16384;
 
-std::int64_t ChooseRoom(RateConverter const& inConverter, std::int64_t inBlock)
+std::int64_t ChooseRoom(SampleConverter const& inConverter, std::int64_t inBlock)
 {
-	auto const [first, end] = inConverter.GetInput(0, inBlock);
 	std::int64_t const taps = inConverter.GetTaps();
-	// One frame more may lie between the first and the last output of another block.
-	return taps + std::min(end - first - taps + 1, std::max(kMostRoom, taps));
+	return taps + std::min(inConverter.CountInput(inBlock) - taps, std::max(kMostRoom, taps));
 }
 
 } // namespace
@@ -47,9 +45,9 @@ SN::InterfaceRef<SN::IAudioGenerator> ConvertedContent::Clone()
 void ConvertedContent::Preroll(SN::TickTime const& inStartTime, bool inReverse)
 {
 	mWindow.Forget();
-	RateConverter::Span const input =
-		mSettings.mConverter->GetInput(inStartTime.ToFrame64(mSettings.mFrameRate), 1);
-	bool const isReverse = MapDirection(inReverse);
+	std::int64_t const frame = inStartTime.ToFrame64(mSettings.mFrameRate);
+	SampleConverter::Span const input = mSettings.mConverter->GetInput(frame, 1);
+	bool const isReverse = MapDirection(frame, inReverse);
 	mSettings.mContent->Preroll(
 		SN::TickTime(isReverse ? input.mEnd : input.mFirst, mSettings.mFrameRate), isReverse);
 }
@@ -80,11 +78,10 @@ void ConvertedContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer
 	// In the order in which it is played.
 	for (std::int64_t done = 0; done < frames;)
 	{
-		std::int64_t const count = std::min(frames - done, mMostFrames);
-		std::int64_t const target = inReverse ? frames - done - count : done;
-		Render(
-			frame + target, static_cast<unsigned>(count), static_cast<unsigned>(target), inReverse, ioBuffer);
-		done += count;
+		auto const [first, end] = ChoosePiece(inReverse ? frame : frame + done, frames - done, inReverse);
+		Render(first, static_cast<unsigned>(end - first), static_cast<unsigned>(first - frame), inReverse,
+			ioBuffer);
+		done += end - first;
 	}
 	for (unsigned long long channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
 	{
@@ -103,15 +100,34 @@ void ConvertedContent::GetAudioData(SN::TickTime const& inTime, dsp::AudioBuffer
 	}
 }
 
+SampleConverter::Span ConvertedContent::ChoosePiece(
+	std::int64_t inFrame, std::int64_t inCount, bool inReverse) const
+{
+	std::int64_t const end = inFrame + inCount;
+	SampleConverter const& converter = *mSettings.mConverter;
+	if (!inReverse)
+	{
+		return {inFrame, converter.FindTurn(inFrame, std::min(end, inFrame + mMostFrames))};
+	}
+	std::int64_t first = std::max(inFrame, end - mMostFrames);
+	for (std::int64_t turn = converter.FindTurn(first, end); turn < end;
+		 turn = converter.FindTurn(first, end))
+	{
+		first = turn;
+	}
+	return {first, end};
+}
+
 void ConvertedContent::Render(
 	std::int64_t inFrame, unsigned inCount, unsigned inTarget, bool inReverse, dsp::AudioBuffer& ioBuffer)
 {
 	auto const [first, end] = mSettings.mConverter->GetInput(inFrame, inCount);
-	if (mNest && !mWindow.Follows(first, end, MapDirection(inReverse)))
+	bool const isBackwards = MapDirection(inFrame, inReverse);
+	if (mNest && !mWindow.Follows(first, end, isBackwards))
 	{
 		ReadPast(inFrame, inCount, inReverse);
 	}
-	mWindow.MoveTo(first, end, MapDirection(inReverse));
+	mWindow.MoveTo(first, end, isBackwards);
 	mChannels.clear();
 	unsigned long long const channels =
 		std::min(ioBuffer.GetNumChannels(), mSettings.mScratch->GetNumChannels());
@@ -135,9 +151,9 @@ void ConvertedContent::Render(
 void ConvertedContent::ReadPast(std::int64_t inFrame, unsigned inCount, bool inReverse)
 {
 	auto const [first, end] = mSettings.mConverter->GetInput(inFrame, inCount);
-	RateConverter::Span const before =
+	SampleConverter::Span const before =
 		mSettings.mConverter->GetInput(inReverse ? inFrame + inCount : inFrame - 1, 1);
-	bool const isBackwards = MapDirection(inReverse);
+	bool const isBackwards = MapDirection(inFrame, inReverse);
 	bool const wasUnheard = mNest->IsUnheard();
 	mNest->SetUnheard(true);
 	if (isBackwards)

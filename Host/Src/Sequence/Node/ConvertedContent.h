@@ -3,7 +3,7 @@
 #include "ContentWindow.h"
 #include "ReadingNode.h"
 #include "SequenceNode.h"
-#include "SonaroHost/Media/RateConverter.h"
+#include "SonaroHost/Media/SampleConverter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstdint>
@@ -31,9 +31,7 @@ public:
 	{
 		// It counts by mFrameRate, whatever its own rate.
 		Generator mContent;
-		std::shared_ptr<RateConverter const> mConverter;
-		// Whether the converter reads from the highest frame to the lowest.
-		bool mIsBackwards = false;
+		std::shared_ptr<SampleConverter const> mConverter;
 		SN::FrameRate mFrameRate;
 		// What the content is read into: of its channels and at least one sample.
 		std::shared_ptr<dsp::AudioBuffer> mScratch;
@@ -42,7 +40,8 @@ public:
 	explicit ConvertedContent(Settings const& inSettings);
 
 	Generator const& GetContent() const { return mSettings.mContent; }
-	bool IsBackwards() const { return mSettings.mIsBackwards; }
+	// Whether it is read from higher frames to lower ones at a frame of its own.
+	bool IsBackwards(std::int64_t inFrame) const { return mSettings.mConverter->IsBackwards(inFrame); }
 	// What comes next does not follow what was asked before, wherever it is.
 	void Interrupt() { mWindow.Forget(); }
 
@@ -57,8 +56,13 @@ public:
 	std::u16string GetNodeName() override { return u"ConvertedContent"; }
 
 private:
-	bool MapDirection(bool inReverse) const { return inReverse != mSettings.mIsBackwards; }
-	// So many frames from inFrame on, to where they stand in the buffer when it is played forward.
+	bool MapDirection(std::int64_t inFrame, bool inReverse) const
+	{
+		return inReverse != IsBackwards(inFrame);
+	}
+	// What can be made at once of so many frames: the first of them, or in reverse the last.
+	SampleConverter::Span ChoosePiece(std::int64_t inFrame, std::int64_t inCount, bool inReverse) const;
+	// So many frames from inFrame on in one direction, to where they stand in the buffer when it is played forward.
 	void Render(std::int64_t inFrame, unsigned inCount, unsigned inTarget, bool inReverse,
 		dsp::AudioBuffer& ioBuffer);
 
@@ -72,7 +76,7 @@ private:
 	// The most frames that the window has room for.
 	std::int64_t mMostFrames;
 	// The channels that are converted in a piece, and which have been heard in this block.
-	std::vector<RateConverter::Channel> mChannels;
+	std::vector<SampleConverter::Channel> mChannels;
 	dsp::SilenceFlags mHeard;
 };
 

@@ -133,7 +133,8 @@ void ItemContent::AccumulatePrefetchRequests(
 	SN::TickTime const start = MapRun(first, count);
 	if (mNest)
 	{
-		mNest->SetPrefetchDirection(MapDirection(isReverse) != (mConverted && mConverted->IsBackwards()));
+		mNest->SetPrefetchDirection(
+			MapDirection(isReverse) != (mConverted && mConverted->IsBackwards(first)));
 	}
 	mSettings.mContent->AccumulatePrefetchRequests(
 		{start, start + SN::TickTime(count, mSettings.mFrameRate)}, inType, inAccumulator);
