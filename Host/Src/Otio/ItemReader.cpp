@@ -94,7 +94,8 @@ std::shared_ptr<MixSettings const> ShareSettings(MixSettings inSettings)
 						 settings.mChannels.empty() && !settings.mFadeIn && !settings.mFadeOut &&
 						 !settings.mShape && !settings.mLayout && settings.mSubmixes.empty() &&
 						 !settings.mOutput && settings.mSends.empty() && settings.mStream == 0 &&
-						 settings.mSemitones == 0.0 && settings.mForeign.IsEmpty();
+						 settings.mSemitones == 0.0 && !settings.mSpeed && !settings.mKeepsPitch &&
+						 settings.mForeign.IsEmpty();
 	return isEmpty ? nullptr : std::make_shared<MixSettings const>(std::move(inSettings));
 }
 

@@ -21,23 +21,6 @@ SN::TickTime Grid::ToTicks(std::int64_t inFrame) const
 	return {inFrame, SN::FrameRate::FromSamplesPerSecond(mSampleRate)};
 }
 
-TimeSpan TimeSpan::Intersect(TimeSpan const& inOther) const
-{
-	return {std::clamp(mStart, inOther.mStart, inOther.mEnd), std::clamp(mEnd, inOther.mStart, inOther.mEnd)};
-}
-
-TimeMap TimeMap::After(TimeMap const& inFirst) const
-{
-	return {Ratio(), Map(inFirst.mOffset), mFactor * inFirst.mFactor};
-}
-
-TimeSpan TimeMap::Map(TimeSpan const& inSpan) const
-{
-	Ratio const start = Map(inSpan.mStart);
-	Ratio const end = Map(inSpan.mEnd);
-	return inSpan.IsEmpty() ? TimeSpan{start, start} : TimeSpan{std::min(start, end), std::max(start, end)};
-}
-
 std::string DescribeTime(Ratio const& inSeconds)
 {
 	constexpr int kMilliseconds = 1000;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TimeMap.h"
+
 #include "OtioSequence/Survey/Ranges.h"
 
 #include "Sonaro/Types.h"
@@ -34,40 +36,6 @@ public:
 private:
 	int mSampleRate;
 	Ratio mOrigin;
-};
-
-struct TimeSpan
-{
-	bool IsEmpty() const { return !(mStart < mEnd); }
-	// Empty, at the end of inOther that is nearer, where they do not meet.
-	TimeSpan Intersect(TimeSpan const& inOther) const;
-
-	Ratio mStart;
-	Ratio mEnd;
-};
-
-// Maps one time to another: times a factor that is not 0, plus an offset.
-class TimeMap
-{
-public:
-	TimeMap() = default;
-	// inFrom becomes inTo.
-	TimeMap(Ratio const& inFrom, Ratio const& inTo, Ratio const& inFactor)
-		: mOffset(inTo - inFrom * inFactor),
-		  mFactor(inFactor)
-	{
-	}
-
-	Ratio const& GetFactor() const { return mFactor; }
-	Ratio Map(Ratio const& inTime) const { return mOffset + inTime * mFactor; }
-	// The map that applies inFirst and then this one.
-	TimeMap After(TimeMap const& inFirst) const;
-	TimeMap Invert() const { return {mOffset, Ratio(), Ratio(1) / mFactor}; }
-	TimeSpan Map(TimeSpan const& inSpan) const;
-
-private:
-	Ratio mOffset;
-	Ratio mFactor = Ratio(1);
 };
 
 // Where in the timeline a composition is made.

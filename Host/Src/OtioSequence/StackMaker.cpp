@@ -110,7 +110,7 @@ void StackMaker::AddItems(ItemView const& inChild, std::string const& inWhySilen
 
 bool StackMaker::IsPlain(ItemView const& inChild) const
 {
-	if (!inChild.mTrack || HasFades(*inChild.mItem) || GetSpeed(*inChild.mItem).mFactor != Ratio(1))
+	if (!inChild.mTrack || HasFades(*inChild.mItem) || !GetSpeed(*inChild.mItem).IsPlain())
 	{
 		return false;
 	}

@@ -112,7 +112,7 @@ public:
 		mLayout = ChooseLayout();
 		mResult.mLayout = mLayout;
 		mRange = mRanges.GetRange(mStack);
-		mNeedsNesting = HasFades(mStack) || FindPan(mStack) || GetSpeed(mStack).mFactor != Ratio(1);
+		mNeedsNesting = HasFades(mStack) || FindPan(mStack) || !GetSpeed(mStack).IsPlain();
 		mResult.mDescription = mNeedsNesting ? MakeNested() : MakeDirectly();
 		mResult.mWhySilent = FindWhySilent(mStack, mResult);
 		TellGlobalStart();

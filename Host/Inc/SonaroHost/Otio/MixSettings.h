@@ -101,7 +101,9 @@ struct MixSettings
 	unsigned mStream = 0;
 	// By how many semitones a clip's pitch is shifted.
 	double mSemitones = 0.0;
-	// Whether a time warp keeps the pitch.
+	// A factor of the speed, below 0 backwards: of an item, from -1000 to 1000.
+	std::optional<Curve> mSpeed;
+	// Whether a time warp, or the speed above of a clip, keeps the pitch.
 	std::optional<bool> mKeepsPitch;
 	std::optional<Fade> mFadeIn;
 	std::optional<Fade> mFadeOut;

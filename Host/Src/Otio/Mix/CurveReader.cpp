@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string>
 
 namespace SonaroHost::Otio
 {
@@ -37,6 +38,11 @@ double ReadDecibels(Cursor const& inValue)
 double ReadPanPosition(Cursor const& inValue)
 {
 	return ReadNumber(inValue, -1.0, 1.0);
+}
+
+double ReadSpeedFactor(Cursor const& inValue)
+{
+	return ReadNumber(inValue, -kMaxTimeScalar, kMaxTimeScalar);
 }
 
 Interpolation ReadInterpolation(Cursor const& inValue)
@@ -84,6 +90,19 @@ Curve ReadGain(Cursor const& inValue)
 Curve ReadPan(Cursor const& inValue)
 {
 	return ReadCurve(inValue, AutomationScale::kLinear, ReadPanPosition);
+}
+
+Curve ReadSpeed(Cursor const& inValue)
+{
+	Curve curve = ReadCurve(inValue, AutomationScale::kLinear, ReadSpeedFactor);
+	if (curve.mKeyframes.size() > kMaxSpeedKeyframes)
+	{
+		Cursor(inValue, "keyframes")
+			.Refuse(std::to_string(curve.mKeyframes.size()) +
+					" keyframes of a speed is out of range; use at most " +
+					std::to_string(kMaxSpeedKeyframes));
+	}
+	return curve;
 }
 
 FadeShape ReadShape(Cursor const& inValue)

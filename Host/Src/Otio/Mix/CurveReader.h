@@ -4,6 +4,8 @@
 
 #include "SonaroHost/Otio/MixSettings.h"
 
+#include <cstddef>
+
 namespace SonaroHost::Otio
 {
 
@@ -13,6 +15,9 @@ inline constexpr double kMaxGainDecibels = 100.0;
 // A gain in decibels and a pan from -1 to 1: a number, or an object with keyframes.
 Curve ReadGain(Cursor const& inValue);
 Curve ReadPan(Cursor const& inValue);
+// A factor of the speed, likewise; of keyframes at most kMaxSpeedKeyframes.
+inline constexpr std::size_t kMaxSpeedKeyframes = 1000;
+Curve ReadSpeed(Cursor const& inValue);
 FadeShape ReadShape(Cursor const& inValue);
 Fade ReadFade(Cursor const& inValue);
 

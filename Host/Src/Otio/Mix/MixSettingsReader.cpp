@@ -105,7 +105,8 @@ constexpr Setting kSettings[] = {
 	{"channels", 0U | Owner::kClip, Set<&MixSettings::mChannels, ReadChannels>},
 	{"stream", 0U | Owner::kClip, Set<&MixSettings::mStream, ReadStream>},
 	{"pitch", 0U | Owner::kClip, Set<&MixSettings::mSemitones, ReadSemitones>},
-	{"keep_pitch", 0U | Owner::kTimeWarp, Set<&MixSettings::mKeepsPitch, ReadBool>},
+	{"speed", Owner::kStack | Owner::kTrack | Owner::kClip, Set<&MixSettings::mSpeed, ReadSpeed>},
+	{"keep_pitch", Owner::kClip | Owner::kTimeWarp, Set<&MixSettings::mKeepsPitch, ReadBool>},
 	{"fade_in", kSounding, Set<&MixSettings::mFadeIn, ReadFade>},
 	{"fade_out", kSounding, Set<&MixSettings::mFadeOut, ReadFade>},
 	{"curve", 0U | Owner::kTransition, Set<&MixSettings::mShape, ReadShape>},
@@ -187,6 +188,7 @@ MixSettings MergeSettings(MixSettings inTimeline, MixSettings const& inStack, Cu
 	Choose(inTimeline.mFadeOut, inStack.mFadeOut, "fade_out", inPlace);
 	Choose(inTimeline.mLayout, inStack.mLayout, "layout", inPlace);
 	Choose(inTimeline.mSubmixes, inStack.mSubmixes, "submixes", inPlace);
+	inTimeline.mSpeed = inStack.mSpeed;
 	inTimeline.mForeign = inStack.mForeign;
 	return inTimeline;
 }

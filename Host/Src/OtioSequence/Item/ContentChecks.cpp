@@ -15,6 +15,18 @@ namespace
 // Media that ends within a picture of its clip is usual.
 constexpr std::int64_t kUsualGapsPerSecond = 20;
 
+// Without its sign.
+Ratio FindLargestSpeed(ItemTiming const& inTiming)
+{
+	Ratio largest = std::max(inTiming.mSpeed, -inTiming.mSpeed);
+	for (std::size_t i = 0; inTiming.mCurve && i < inTiming.mCurve->GetKeys().size(); ++i)
+	{
+		Ratio const& speed = inTiming.mCurve->GetKeys()[i].mSpeed;
+		largest = std::max({largest, speed, -speed});
+	}
+	return largest;
+}
+
 } // namespace
 
 bool ContentChecks::IsOutside(
@@ -56,12 +68,11 @@ std::string ContentChecks::CheckSpeed(Item const& inItem, ItemTiming const& inTi
 {
 	// What the engine's resampler has room for in the largest blocks of a render.
 	constexpr std::int64_t kLargestOfEngine = 60;
-	std::int64_t const limit = mContext.mOptions.mResampling == Sequence::Resampling::kEngine
-								   ? kLargestOfEngine
-								   : RateConverter::kLargestStep;
+	bool const isByEngine =
+		mContext.mOptions.mResampling == Sequence::Resampling::kEngine && !inTiming.mCurve;
+	std::int64_t const limit = isByEngine ? kLargestOfEngine : RateConverter::kLargestStep;
 	Ratio const largest(limit);
-	Ratio const speed = inTiming.mSpeed * inRates;
-	if (std::max(speed, -speed) <= largest)
+	if (FindLargestSpeed(inTiming) * inRates <= largest)
 	{
 		return {};
 	}

@@ -25,6 +25,15 @@ void SetContent(Sequence::Clip inContent, Ratio const& inFirst, bool inIsBackwar
 	outItem.mContent = std::move(inContent);
 }
 
+// That from the first moment of a span to the last.
+Ratio FindMeanSpeed(TimeMap const& inToContent, TimeSpan const& inSpan)
+{
+	return inToContent.IsLinear() || inSpan.IsEmpty()
+			   ? inToContent.GetFactor()
+			   : (inToContent.Map(inSpan.mEnd) - inToContent.Map(inSpan.mStart)) /
+					 (inSpan.mEnd - inSpan.mStart);
+}
+
 } // namespace
 
 std::optional<Sequence::Item> ItemMaker::Make(
@@ -42,7 +51,7 @@ std::optional<Sequence::Item> ItemMaker::Make(
 	{
 		whySilent = "it is trimmed off by its parent track or stack, or has zero length";
 	}
-	if (whySilent.empty() && timing.mSpeed < Ratio())
+	if (whySilent.empty())
 	{
 		TellStretch(inItem, timing);
 	}
@@ -53,11 +62,26 @@ std::optional<Sequence::Item> ItemMaker::Make(
 void ItemMaker::TellStretch(ItemView const& inItem, ItemTiming const& inTiming)
 {
 	Ratio const start = inTiming.mRange.mStart;
-	mContext.Tell(Note::Kind::kRemark, inItem.mItem->mPlace,
-		"speed " + FormatNumber(inTiming.mSpeed.ToDouble()) + " plays the " +
-			(inItem.mClip ? "media" : "content") + " in reverse, from " +
-			DescribeTime(start - inTiming.mSpeed * inTiming.mRange.mLength) + " back to " +
-			DescribeTime(start));
+	std::string const content = inItem.mClip ? "media" : "content";
+	if (inTiming.mCurve)
+	{
+		SpeedCurve::Span const speeds = inTiming.mCurve->GetSpeeds(Ratio(), inTiming.mRange.mLength);
+		SpeedCurve::Span const way = inTiming.mCurve->GetPositions(Ratio(), inTiming.mRange.mLength);
+		if (speeds.mFirst < Ratio())
+		{
+			mContext.Tell(Note::Kind::kRemark, inItem.mItem->mPlace,
+				"speeds from " + FormatNumber(speeds.mFirst.ToDouble()) + " to " +
+					FormatNumber(speeds.mLast.ToDouble()) + " play the " + content + " from " +
+					DescribeSpan({start, start + way.mLast - way.mFirst}) + ", in reverse below 0");
+		}
+	}
+	else if (inTiming.mSpeed < Ratio())
+	{
+		mContext.Tell(Note::Kind::kRemark, inItem.mItem->mPlace,
+			"speed " + FormatNumber(inTiming.mSpeed.ToDouble()) + " plays the " + content +
+				" in reverse, from " + DescribeTime(start - inTiming.mSpeed * inTiming.mRange.mLength) +
+				" back to " + DescribeTime(start));
+	}
 }
 
 void ItemMaker::AddMarkersOf(ItemView const& inItem)
@@ -88,6 +112,12 @@ Sequence::Item ItemMaker::MakeItem(
 	item.mStart = mScope.mGrid.ToTicks(inPlacement.mFirstFrame);
 	item.mEnd = mScope.mGrid.ToTicks(inPlacement.mEndFrame);
 	item.mSpeed = inTiming.mSpeed.ToDouble();
+	if (inTiming.mCurve)
+	{
+		// It counts from the first frame, which is not always the exact start.
+		Ratio const early = inPlacement.mStart - mScope.mGrid.ToTime(inPlacement.mFirstFrame);
+		item.mSpeedCurve = std::make_shared<SpeedCurve const>(inTiming.mCurve->MoveBy(early));
+	}
 	item.mResampling = mContext.mOptions.mResampling;
 	return item;
 }
@@ -95,18 +125,18 @@ Sequence::Item ItemMaker::MakeItem(
 void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming)
 {
 	TimeSpan const visible = TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible);
+	TimeSpan const heard = inTiming.mToContent.Map(visible);
 	TimeMap const toSequence = inTiming.mToContent.Invert();
 	for (Marker const& marker : inItem.mItem->mMarkers)
 	{
 		Ratio const start = ToSeconds(marker.mMarkedRange.mStartTime);
-		Ratio const a = toSequence.Map(start);
-		Ratio const b = toSequence.Map(start + ToSeconds(marker.mMarkedRange.mDuration));
-		TimeSpan const whole{std::min(a, b), std::max(a, b)};
+		Ratio const end = start + ToSeconds(marker.mMarkedRange.mDuration);
 		// One without length may stand at the end.
-		if (whole.mEnd < visible.mStart || visible.mEnd < whole.mStart)
+		if (end < heard.mStart || heard.mEnd < start)
 		{
 			continue;
 		}
+		TimeSpan const whole = toSequence.Map(TimeSpan{start, end});
 		TimeSpan const marked = whole.Intersect(visible);
 		Ratio const first = mScope.mToProgramme.Map(marked.mStart);
 		Ratio const last = mScope.mToProgramme.Map(marked.mEnd);
@@ -171,6 +201,11 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 		content.mMedia = GetStretched(mContext, *stretch, *media, reach, mediaStart);
 		first = first / stretch->mSpeed;
 		item.mSpeed = (inTiming.mSpeed / stretch->mSpeed).ToDouble();
+		if (item.mSpeedCurve)
+		{
+			item.mSpeedCurve =
+				std::make_shared<SpeedCurve const>(item.mSpeedCurve->MultiplyBy(Ratio(1) / stretch->mSpeed));
+		}
 	}
 	SetContent(std::move(content), first, inTiming.mSpeed < Ratio(), item);
 	SN::AudioChannelLayout const& layout = mContext.mLayouts.GetLayout(inClip);
@@ -250,14 +285,14 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 		mScope.mToProgramme.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible));
 	row.mFirstFrame = ToSamples(visible.mStart, rate);
 	row.mEndFrame = ToSamples(visible.mEnd, rate);
-	row.mSpeed = (inTiming.mSpeed / mScope.mToProgramme.GetFactor()).ToDouble();
+	TimeMap const toContent = inTiming.mToContent.After(mScope.mToProgramme.Invert());
+	row.mSpeed = FindMeanSpeed(toContent, visible).ToDouble();
 	row.mKeepsPitch = inState.mStretch && inState.mStretch->mSpeed != Ratio(1);
 	row.mSemitones = inState.mStretch ? inClip.GetSettings().mSemitones : 0.0;
 	row.mMedia = inMedia ? inMedia->mPath : std::filesystem::path();
 	if (inMedia && inMedia->mMedia)
 	{
 		double const mediaRate = inMedia->mMedia->mSampleRate;
-		TimeMap const toContent = inTiming.mToContent.After(mScope.mToProgramme.Invert());
 		TimeSpan const used =
 			toContent.Map(TimeSpan{Ratio(row.mFirstFrame, rate), Ratio(row.mEndFrame, rate)});
 		Ratio const& start = inState.mMediaStart;
@@ -335,8 +370,9 @@ std::string ItemMaker::CheckNest(
 Grid ItemMaker::MakeInnerGrid(ItemTiming const& inTiming, NestStart& outStart) const
 {
 	int const rate = mScope.mGrid.GetSampleRate();
-	bool const isResampled = inTiming.mSpeed != Ratio(1) && inTiming.mSpeed != Ratio(-1) &&
-							 mContext.mOptions.mResampling != Sequence::Resampling::kEngine;
+	bool const isResampled =
+		inTiming.mCurve || (inTiming.mSpeed != Ratio(1) && inTiming.mSpeed != Ratio(-1) &&
+							   mContext.mOptions.mResampling != Sequence::Resampling::kEngine);
 	if (isResampled)
 	{
 		// What is read first may lie between two frames, so the frames stand where their own times have them.

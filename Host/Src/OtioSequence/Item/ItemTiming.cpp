@@ -24,9 +24,23 @@ ItemTiming MakeTiming(
 	timing.mRange = ioRanges.GetRange(inItem);
 	Speed const speed = GetSpeed(*inItem.mItem);
 	timing.mSpeed = speed.mIsFrozen ? Ratio(1) : speed.mFactor;
-	// Either way the same stretch is heard, backwards from its end on.
-	Ratio const passed = std::max(-timing.mSpeed, Ratio()) * timing.mRange.mLength;
-	timing.mToContent = TimeMap(inPlacement.mStart, timing.mRange.mStart + passed, timing.mSpeed);
+	timing.mCurve = speed.mIsFrozen ? nullptr : speed.mCurve;
+	// Whatever the direction, nothing before the range's start is heard: what begins backwards begins later in it.
+	Ratio passed = std::max(-timing.mSpeed, Ratio()) * timing.mRange.mLength;
+	if (timing.mCurve)
+	{
+		auto const& keys = timing.mCurve->GetKeys();
+		timing.mSpeed =
+			std::ranges::find_if(keys, [](auto const& inKey) { return inKey.mSpeed != Ratio(); })->mSpeed;
+		passed = -timing.mCurve->GetPositions(Ratio(), timing.mRange.mLength).mFirst;
+		timing.mToContent =
+			TimeMap(inPlacement.mStart, std::make_shared<ContentCurve const>(*timing.mCurve,
+											timing.mRange.mLength, timing.mRange.mStart + passed));
+	}
+	else
+	{
+		timing.mToContent = TimeMap(inPlacement.mStart, timing.mRange.mStart + passed, timing.mSpeed);
+	}
 	timing.mFirst = timing.mToContent.Map(inGrid.ToTime(inPlacement.mFirstFrame));
 	return timing;
 }

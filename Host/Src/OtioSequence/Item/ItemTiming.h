@@ -4,6 +4,7 @@
 #include "OtioSequence/Survey/Ranges.h"
 
 #include <cstdint>
+#include <memory>
 
 namespace SonaroHost::Otio
 {
@@ -30,7 +31,10 @@ TimeSpan GetReach(Placement const& inPlacement, Grid const& inGrid);
 struct ItemTiming
 {
 	ExactRange mRange;
+	// Where there is a curve, that of its first key that moves.
 	Ratio mSpeed = Ratio(1);
+	// Where the speed changes: all of it, from the item's exact start on.
+	std::shared_ptr<SpeedCurve const> mCurve;
 	// Maps the sequence's time to the item's.
 	TimeMap mToContent;
 	// The item's time at its first frame.

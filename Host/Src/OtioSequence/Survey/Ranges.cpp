@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -12,6 +15,27 @@ namespace
 ExactRange ToExactRange(TimeRange const& inRange)
 {
 	return {ToSeconds(inRange.mStartTime), ToSeconds(inRange.mDuration)};
+}
+
+// The item's own, which without keyframes stays the same; nothing without one.
+std::optional<SpeedCurve> MakeCurve(Item const& inItem)
+{
+	auto const& speed = inItem.GetSettings().mSpeed;
+	if (!speed)
+	{
+		return std::nullopt;
+	}
+	std::vector<SpeedCurve::Key> keys;
+	for (Curve::Keyframe const& keyframe : speed->mKeyframes)
+	{
+		keys.push_back(
+			{ToSeconds(keyframe.mTime), Ratio::FromDouble(keyframe.mValue), keyframe.mInterpolation});
+	}
+	if (keys.empty())
+	{
+		keys.push_back({Ratio(), Ratio::FromDouble(speed->mConstant), Interpolation::kHold});
+	}
+	return SpeedCurve(std::move(keys));
 }
 
 } // namespace
@@ -27,6 +51,13 @@ Speed GetSpeed(Item const& inItem)
 		}
 		speed.mIsFrozen =
 			speed.mIsFrozen || (effect.mIsEnabled && effect.mKind == Effect::Kind::kFreezeFrame);
+	}
+	if (auto const curve = MakeCurve(inItem))
+	{
+		auto const constant = curve->FindConstant();
+		speed.mCurve =
+			constant ? nullptr : std::make_shared<SpeedCurve const>(curve->MultiplyBy(speed.mFactor));
+		speed.mFactor = speed.mFactor * constant.value_or(Ratio(1));
 	}
 	// The product of several can be too small for a fraction to hold.
 	speed.mIsFrozen = speed.mIsFrozen || speed.mFactor == Ratio();
@@ -44,7 +75,17 @@ Ratio GetKeptSpeed(Item const& inItem, bool inKeepsPitch)
 			speed = speed * Ratio::FromDouble(std::abs(effect.mTimeScalar));
 		}
 	}
+	auto const curve = KeepsPitch(inItem, inKeepsPitch) ? MakeCurve(inItem) : std::nullopt;
+	if (auto const constant = curve ? curve->FindConstant() : std::nullopt)
+	{
+		speed = speed * std::max(*constant, -*constant);
+	}
 	return speed == Ratio() ? Ratio(1) : speed;
+}
+
+bool KeepsPitch(Item const& inItem, bool inKeepsPitch)
+{
+	return inItem.GetSettings().mKeepsPitch.value_or(inKeepsPitch);
 }
 
 ItemView::ItemView(Composable const& inChild)

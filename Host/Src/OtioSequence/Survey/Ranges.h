@@ -2,8 +2,10 @@
 
 #include "ClipMedia.h"
 
+#include "SonaroHost/Base/SpeedCurve.h"
 #include "SonaroHost/Otio/Model.h"
 
+#include <memory>
 #include <unordered_map>
 
 namespace SonaroHost::Otio
@@ -18,18 +20,24 @@ struct ExactRange
 	Ratio mLength;
 };
 
-// How fast an item's content passes, all its time warps together.
+// How fast an item's content passes, all its time warps and its own speed together.
 struct Speed
 {
 	Ratio mFactor = Ratio(1);
 	bool mIsFrozen = false;
+	// Where the speed changes: what it is multiplied by at each time from the item's start on, mFactor among it.
+	std::shared_ptr<SpeedCurve const> mCurve;
+
+	bool IsPlain() const { return !mCurve && mFactor == Ratio(1); }
 };
 
 Speed GetSpeed(Item const& inItem);
 
-// The part of the speed at which the pitch is kept, above 0: all time warps that keep it together. inKeepsPitch: whether
-// those do that do not say so.
+// The part of the speed at which the pitch is kept, above 0: all time warps, and a speed of the item's own that stays the
+// same, that keep it together. inKeepsPitch: whether those do that do not say so.
 Ratio GetKeptSpeed(Item const& inItem, bool inKeepsPitch);
+// Whether an item keeps its pitch at a speed of its own.
+bool KeepsPitch(Item const& inItem, bool inKeepsPitch);
 
 // An item as what it is: at most one of the classes is there, none for a gap and for a transition.
 struct ItemView

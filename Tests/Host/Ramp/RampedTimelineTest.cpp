@@ -1,0 +1,224 @@
+// Clips and nested sequences of timelines whose speed changes.
+
+#include "Host/ClipRenders.h"
+#include "Host/TimelineJson.h"
+#include "SonaroHost/Render/TimelineRenderJob.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <numbers>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Testing::RampedTimelineTest
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr double kRate = 48000.0;
+constexpr double kToneHertz = 1000.0;
+
+Json Key(double inTime, double inValue, char const* inInterpolation = "linear")
+{
+	return {{"time", inTime}, {"value", inValue}, {"interpolation", inInterpolation}};
+}
+
+Json Ramped(Json inItem, std::initializer_list<Json> inKeys)
+{
+	return WithSettings(std::move(inItem), {{"speed", {{"keyframes", List(inKeys)}}}});
+}
+
+Json Warp(Json inItem, double inSpeed)
+{
+	Json const warp{{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", inSpeed}};
+	return With(std::move(inItem), {{"effects", List({warp})}});
+}
+
+Sound MakeTone(double inSeconds, int inSampleRate = 48000)
+{
+	Sound tone{1, inSampleRate, {}};
+	for (int i = 0; i < inSeconds * inSampleRate; ++i)
+	{
+		tone.mSamples.push_back(
+			static_cast<float>(0.5 * std::sin(2.0 * std::numbers::pi * kToneHertz * i / inSampleRate)));
+	}
+	return tone;
+}
+
+class RampedTimelineTest : public ClipRenders
+{
+protected:
+	Otio::TimelineRenderRequest MakeRequest(Json const& inTimeline) const
+	{
+		WriteBytes(mFolder / "edit.otio", inTimeline.dump());
+		Otio::TimelineRenderRequest request;
+		request.mInput = mFolder / "edit.otio";
+		request.mOutput = mFolder / "mix.wav";
+		request.mOptions.mSampleRate = static_cast<int>(kRate);
+		return request;
+	}
+
+	Sound Render(Otio::TimelineRenderRequest const& inRequest)
+	{
+		Otio::TimelineRenderJob job(inRequest);
+		EXPECT_TRUE(job.Run());
+		mClips = job.GetSequence().mClips;
+		mNotes.clear();
+		for (Otio::Note const& note : job.GetNotes())
+		{
+			mNotes.push_back(note.mText);
+		}
+		return ReadSound(inRequest.mOutput);
+	}
+
+	Sound Render(Json const& inItem) { return Render(MakeRequest(Timeline({Track("A", {inItem})}))); }
+
+	// Expects a tone whose places are given in seconds of the file.
+	static void ExpectTone(
+		Sound const& inSound, std::function<double(double)> const& inPlace, double inTolerance)
+	{
+		// The ends of the file are not a tone.
+		for (std::int64_t i = 500; i < inSound.GetFrames() - 500; ++i)
+		{
+			double const expected =
+				0.5 * std::sin(2.0 * std::numbers::pi * kToneHertz * inPlace(static_cast<double>(i) / kRate));
+			ASSERT_NEAR(
+				static_cast<double>(inSound.mSamples[static_cast<std::size_t>(i)]), expected, inTolerance)
+				<< "at " << i;
+		}
+	}
+
+	std::vector<Otio::ClipRow> mClips;
+	std::vector<std::string> mNotes;
+};
+
+TEST_F(RampedTimelineTest, TonesHaveTheFrequencyOfTheMomentarySpeed)
+{
+	for (int const rate : {48000, 44100})
+	{
+		WriteInput(MakeTone(20.0, rate));
+		SCOPED_TRACE(rate);
+		Json const clip = Clip("clip", "in.wav", 1.0, 4.0);
+		ExpectTone(
+			Render(Ramped(clip, {Key(0.0, 1.0), Key(4.0, 2.0)})),
+			[](double t) { return 1.0 + t + t * t / 8.0; }, 1.0e-6);
+		// Times a time warp's factor, up to a key and from another one on.
+		ExpectTone(
+			Render(Warp(Ramped(clip, {Key(1.0, 0.5, "smooth"), Key(3.0, 1.0)}), 2.0)),
+			[](double t)
+			{
+				double const u = std::clamp((t - 1.0) / 2.0, 0.0, 1.0);
+				return 1.0 + std::min(t, 1.0) + 2.0 * (u + u * u * u - u * u * u * u / 2.0) +
+					   2.0 * std::max(t - 3.0, 0.0);
+			},
+			1.0e-6);
+		// Back again: nothing before the start of the range is heard.
+		ExpectTone(
+			Render(Ramped(clip, {Key(0.0, 2.0), Key(4.0, -2.0)})),
+			[](double t) { return 1.0 + 2.0 * t - t * t / 2.0; }, 1.0e-6);
+		EXPECT_THAT(mNotes, ElementsAre(HasSubstr("from 0:01.000 to 0:03.000, in reverse below 0")));
+		ExpectTone(
+			Render(Ramped(clip, {Key(0.0, -1.0), Key(4.0, -2.0)})),
+			[](double t) { return 7.0 - t - t * t / 8.0; },
+			1.0e-6 + 2.0 * std::numbers::pi * kToneHertz / rate);
+	}
+}
+
+TEST_F(RampedTimelineTest, AnyCutNestAndDirectionGiveTheSameBits)
+{
+	WriteInput(MakeSound(2, 44100, 44100 * 12));
+	std::initializer_list<Json> const keys = {Key(0.0, 0.5, "smooth"), Key(2.0, 3.0), Key(4.0, -1.0)};
+	Json const clip = Ramped(Clip("clip", "in.wav", 2.0, 4.0), keys);
+	auto request = MakeRequest(Timeline({Track("A", {clip})}));
+	Sound const whole = Render(request);
+	ASSERT_EQ(whole.GetFrames(), 4 * 48000);
+	for (unsigned const block : {64u, 333u})
+	{
+		request.mBlockFrames = block;
+		for (unsigned const jobs : {1u, 2u, 3u})
+		{
+			request.mJobs = jobs;
+			EXPECT_TRUE(SameBits(Render(request), whole)) << jobs << " jobs, blocks of " << block;
+		}
+	}
+	request.mRange = "1.1..3.3";
+	EXPECT_TRUE(SameBits(Render(request), whole.Cut(52800, 105600)));
+	EXPECT_TRUE(SameBits(Render(Warp(Stack({clip}), -1.0)), whole.Reversed()));
+
+	WriteInput(MakeSound(2, 48000, 48000 * 12));
+	Json const content = Stack({Clip("clip", "in.wav", 0.0, 12.0)});
+	Json const nest = Ramped(With(content, {{"source_range", Range(2.0, 4.0)}}), keys);
+	Sound const same = Render(clip);
+	EXPECT_TRUE(SameBits(Render(nest), same));
+	request = MakeRequest(Timeline({Track("A", {nest})}));
+	request.mRange = "2.2..3.9";
+	request.mJobs = 2;
+	EXPECT_TRUE(SameBits(Render(request), same.Cut(105600, 81600)));
+}
+
+TEST_F(RampedTimelineTest, PiecesOfARampJoin)
+{
+	WriteInput(MakeTone(8.0));
+	Sound const whole = Render(Ramped(Clip("clip", "in.wav", 0.0, 4.0), {Key(0.0, 1.0), Key(4.0, 2.0)}));
+	Json track = Track("A", {});
+	double const starts[] = {0.0, 1.125, 2.5, 4.125};
+	for (int i = 0; i < 4; ++i)
+	{
+		Json clip = Clip("piece", "in.wav", 0.0, 1.0);
+		clip["source_range"]["start_time"] = {
+			{"OTIO_SCHEMA", "RationalTime.1"}, {"value", starts[i] * 48000.0}, {"rate", 48000.0}};
+		track["children"].push_back(Ramped(clip, {Key(0.0, 1.0 + i / 4.0), Key(1.0, 1.25 + i / 4.0)}));
+	}
+	Sound const pieces = Render(MakeRequest(Timeline({track})));
+	ASSERT_EQ(pieces.GetFrames(), whole.GetFrames());
+	for (std::size_t i = 0; i < whole.mSamples.size(); ++i)
+	{
+		ASSERT_NEAR(pieces.mSamples[i], whole.mSamples[i], 1.0e-6f) << i;
+	}
+}
+
+TEST_F(RampedTimelineTest, OneSpeedIsATimeWarp)
+{
+	WriteInput(MakeSound(2, 48000, 48000 * 8));
+	Json const clip = Clip("clip", "in.wav", 1.0, 2.0);
+	for (double const speed : {1.5, -0.75})
+	{
+		Sound const expected = Render(Warp(clip, speed));
+		EXPECT_TRUE(SameBits(Render(WithSettings(clip, {{"speed", speed}})), expected));
+		EXPECT_TRUE(SameBits(Render(Ramped(clip, {Key(0.0, speed), Key(1.0, speed, "smooth")})), expected));
+	}
+}
+
+TEST_F(RampedTimelineTest, BadSpeedsAreRefusedWithTheirPlace)
+{
+	WriteInput(MakeTone(1.0));
+	struct Case
+	{
+		Json mSpeed;
+		char const* mMessage;
+	};
+	Json many = Json::array();
+	for (int i = 0; i < 1001; ++i)
+	{
+		many.push_back(Key(i, 1.0));
+	}
+	Case const kCases[] = {
+		{{{"keyframes", Json::array()}}, "speed/keyframes: "},
+		{{{"keyframes", List({Key(0.0, 1001.0)})}}, "speed/keyframes/0/value: "},
+		{{{"keyframes", List({Key(0.0, 1.0, "cubic")})}},
+			"speed/keyframes/0/interpolation: 'cubic' is not valid"},
+		{{{"keyframes", many}}, "speed/keyframes: 1001 keyframes"},
+		{"fast", "speed: "},
+	};
+	for (Case const& test : kCases)
+	{
+		Json const clip = WithSettings(Clip("clip", "in.wav"), {{"speed", test.mSpeed}});
+		EXPECT_THAT(GetRefusalOf([&] { Render(clip); }, HostError::Kind::kInput), HasSubstr(test.mMessage));
+	}
+}
+
+} // namespace SonaroHost::Testing::RampedTimelineTest
