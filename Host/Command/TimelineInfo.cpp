@@ -72,6 +72,22 @@ struct Described
 	std::optional<HostError> mRefusal;
 };
 
+// Where each second of the media is heard, of the first ones.
+std::string DescribeRamp(RampRow const& inRamp, int inSampleRate)
+{
+	constexpr std::size_t kMostMoments = 10;
+	std::array<char, 128> text{};
+	std::snprintf(text.data(), text.size(), "speed %.6g to %.6g, %.6g s (%.40s) of the media",
+		inRamp.mLowestSpeed, inRamp.mHighestSpeed, inRamp.mSeconds, inRamp.mExactSeconds.c_str());
+	std::string moments;
+	for (std::size_t i = 0; i < std::min(inRamp.mMoments.size(), kMostMoments); ++i)
+	{
+		moments += (i == 0 ? ": its second " : ", ") + std::to_string(inRamp.mMoments[i].mSecond) + " at " +
+				   FormatTime(inRamp.mMoments[i].mFrame, inSampleRate);
+	}
+	return text.data() + moments + (inRamp.mMoments.size() > kMostMoments ? " ..." : "");
+}
+
 std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
 {
 	std::string text = FormatTime(inClip.mFirstFrame, inSampleRate) + " - " +
@@ -82,7 +98,12 @@ std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
 		text += ", " + MakePrintable(inClip.mMedia.filename().string()) + " from " +
 				FormatTime(inClip.mFirstMediaSample, inClip.mMediaRate);
 	}
-	if (inClip.mSpeed != 1.0)
+	if (inClip.mRamp)
+	{
+		text += ", " + DescribeRamp(*inClip.mRamp, inSampleRate) +
+				(inClip.mKeepsPitch ? " with its pitch kept" : "");
+	}
+	else if (inClip.mSpeed != 1.0)
 	{
 		std::array<char, 32> speed{};
 		std::snprintf(speed.data(), speed.size(), ", speed %.6g", inClip.mSpeed);

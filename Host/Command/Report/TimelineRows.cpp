@@ -10,6 +10,23 @@ namespace SonaroCommand
 using namespace SonaroHost;
 using namespace SonaroHost::Otio;
 
+namespace
+{
+
+Json DescribeRamp(RampRow const& inRamp)
+{
+	Json json{{"exactMediaSeconds", inRamp.mExactSeconds}, {"mediaSeconds", inRamp.mSeconds},
+		{"lowestSpeed", inRamp.mLowestSpeed}, {"highestSpeed", inRamp.mHighestSpeed},
+		{"stepSeconds", inRamp.mStepSeconds}, {"heard", Json::array()}};
+	for (RampRow::Moment const& moment : inRamp.mMoments)
+	{
+		json["heard"].push_back({{"mediaSecond", moment.mSecond}, {"sample", moment.mFrame}});
+	}
+	return json;
+}
+
+} // namespace
+
 char const* GetName(ClipRow::Status inStatus)
 {
 	// In the order of ClipRow::Status.
@@ -41,6 +58,10 @@ Json ListClips(std::vector<ClipRow> const& inClips)
 			json["endMediaSample"] = clip.mEndMediaSample;
 		}
 		json["speed"] = clip.mSpeed;
+		if (clip.mRamp)
+		{
+			json["ramp"] = DescribeRamp(*clip.mRamp);
+		}
 		json["keepPitch"] = clip.mKeepsPitch;
 		json["pitch"] = clip.mSemitones;
 		list.push_back(std::move(json));

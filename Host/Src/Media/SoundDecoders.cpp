@@ -2,6 +2,7 @@
 
 #include "Movie/Movies.h"
 #include "SoundFile/AudioFileDecoder.h"
+#include "Stretch/RampStretchDecoder.h"
 #include "Stretch/StretchedDecoder.h"
 #include "Stretch/StretchedInfo.h"
 
@@ -10,6 +11,10 @@ namespace SonaroHost
 
 std::unique_ptr<SoundDecoder> OpenSoundDecoder(AudioFileInfo const& inInfo)
 {
+	if (inInfo.mStretch && inInfo.mStretch->mRamp)
+	{
+		return std::make_unique<RampStretchDecoder>(inInfo, OpenSoundDecoder(GetFileOf(inInfo)));
+	}
 	if (inInfo.mStretch)
 	{
 		return std::make_unique<StretchedDecoder>(inInfo, OpenSoundDecoder(GetFileOf(inInfo)));

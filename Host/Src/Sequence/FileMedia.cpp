@@ -153,7 +153,10 @@ std::shared_ptr<Sequence::Media const> FileMedia::GetStretched(
 				AudioFileInfo region = info;
 				Stretch stretch = inStretch;
 				region.mFramesBefore = used->Find(first).mFirst;
-				stretch.mStart = Ratio(region.mFramesBefore) * stretch.mSpeed;
+				if (!stretch.mRamp)
+				{
+					stretch.mStart = Ratio(region.mFramesBefore) * stretch.mSpeed;
+				}
 				return sources->Open(MakeStretched(std::move(region), stretch), inCountingRate);
 			}});
 	}

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "SonaroHost/Base/Ratio.h"
+#include "SonaroHost/Base/SpeedCurve.h"
 
 #include <compare>
 #include <cstdint>
+#include <optional>
 
 namespace SonaroHost
 {
@@ -22,7 +24,7 @@ enum class StretchEngine
 // How a file is heard as another recording, at a speed and a pitch of its own.
 //
 // Position  Frame k of the recording stands exactly at the file's frame mStart + k * mSpeed, so that nothing drifts;
-//           it ends with the file. It has the file's sample rate, layout and name.
+//           it ends with the file. Along a ramp, it stands at the integral of the curve from mStart on. It has the file's sample rate, layout and name.
 // Decoding  Its samples depend on all that came before, so it is always decoded in order, from its start.
 struct Stretch
 {
@@ -40,12 +42,26 @@ struct Stretch
 	// The file's frame at which the recording begins, or a place between two; 0 or above.
 	Ratio mStart;
 
+	// Where the speed changes: how fast the file passes at each time of the recording, in place of mSpeed.
+	struct Ramp
+	{
+		// All speeds that are used are above 0, or all are below.
+		SpeedCurve mCurve;
+		// The frames of the recording.
+		std::int64_t mFrames = 0;
+
+		friend auto operator<=>(Ramp const&, Ramp const&) = default;
+	};
+	// Speeds below 0 pass the file as fast forward, and the time of the curve goes backwards: it is 0 where the recording
+	// begins, and lower after that.
+	std::optional<Ramp> mRamp;
+
 	// The factor of a shift, to a hundredth of a cent.
 	static Ratio GetPitchFactor(double inSemitones);
 
 	// Whether the file is heard as it is, but for its start.
-	bool IsPlain() const { return mSpeed == Ratio(1) && mPitch == Ratio(1); }
-	// Whether speed and pitch lie in the range above.
+	bool IsPlain() const { return mSpeed == Ratio(1) && mPitch == Ratio(1) && !mRamp; }
+	// Whether the speed that stays and the pitch lie in the range above.
 	bool IsInRange() const;
 	// What of so many frames of a file there is of the recording.
 	std::int64_t CountFrames(std::int64_t inFileFrames) const;

@@ -5,12 +5,35 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <vector>
 
 // What became of the parts of a timeline, for people. Frames are those of the render's rate, counted from the start
 // of the programme: frame 0 is heard first. Places are JSON pointers into the file.
 namespace SonaroHost::Otio
 {
+
+// How a clip whose own speed changes passes its media, in what is visible of it.
+struct RampRow
+{
+	// A second of the media, counted from the file's first sample, and the frame at which it is heard.
+	struct Moment
+	{
+		std::int64_t mSecond = 0;
+		std::int64_t mFrame = 0;
+	};
+
+	// The way through the media from the first moment to the last, the integral of the speed, in seconds: as a whole number
+	// or a fraction, "45/8", and rounded.
+	std::string mExactSeconds;
+	double mSeconds = 0.0;
+	double mLowestSpeed = 1.0;
+	double mHighestSpeed = 1.0;
+	// The multiples of so many seconds that are heard, in the order in which they are: 1 where there are at most 600.
+	std::int64_t mStepSeconds = 1;
+	std::vector<Moment> mMoments;
+};
 
 // A clip that stands on an audio track.
 struct ClipRow
@@ -45,8 +68,9 @@ struct ClipRow
 	// the smaller one first, also where it is read backwards. Beyond either end of the file is silence.
 	std::int64_t mFirstMediaSample = 0;
 	std::int64_t mEndMediaSample = 0;
-	// All time warps together: media time that passes in a second of the programme's.
+	// All time warps together: media time that passes in a second of the programme's; the mean where that changes.
 	double mSpeed = 1.0;
+	std::optional<RampRow> mRamp;
 	// Whether a time warp of its own leaves its pitch as it is.
 	bool mKeepsPitch = false;
 	// By how much its pitch is shifted besides.

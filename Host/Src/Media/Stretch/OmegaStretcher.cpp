@@ -16,17 +16,19 @@ namespace omega = dsp::stretch::omega;
 namespace
 {
 
+constexpr unsigned kBlockFrames = 1024;
+
 // What the process makes engines of is one choice for all.
-omega::OmegaEngine* MakeEngine(omega::OmegaEngineKind inKind, float inRatio, unsigned inChannels,
-	int inSampleRate, unsigned inBlockFrames)
+omega::OmegaEngine* MakeEngine(omega::OmegaEngineKind inKind, OmegaStretcher::Limits const& inLimits,
+	unsigned inChannels, int inSampleRate)
 {
 	static std::mutex sChoosing;
 	std::scoped_lock const lock(sChoosing);
 	omega::OmegaEngineKind const before = omega::GetOmegaEngineKind();
 	omega::SetOmegaEngineKind(inKind);
 	omega::OmegaEngine* engine = nullptr;
-	omega::OmegaEngine::Create(&engine, static_cast<float>(inSampleRate), inChannels, inBlockFrames, 0.0f,
-		inRatio, inRatio, 0.0f, 0.0f);
+	omega::OmegaEngine::Create(&engine, static_cast<float>(inSampleRate), inChannels, inLimits.mBlockFrames,
+		0.0f, inLimits.mLowestRatio, inLimits.mHighestRatio, 0.0f, 0.0f);
 	omega::SetOmegaEngineKind(before);
 	return engine;
 }
@@ -35,13 +37,18 @@ omega::OmegaEngine* MakeEngine(omega::OmegaEngineKind inKind, float inRatio, uns
 
 OmegaStretcher::OmegaStretcher(
 	omega::OmegaEngineKind inKind, Ratio const& inRatio, unsigned inChannels, int inSampleRate)
-	: mRoundedRatio(static_cast<float>(inRatio.ToDouble()))
+	: OmegaStretcher(inKind,
+		  {static_cast<float>(inRatio.ToDouble()), static_cast<float>(inRatio.ToDouble()), kBlockFrames},
+		  inChannels, inSampleRate)
 {
-	// A float of the range has no finer part.
-	constexpr int kBits = 28;
-	mRatio =
-		Ratio(std::llround(std::ldexp(static_cast<double>(mRoundedRatio), kBits)), std::int64_t{1} << kBits);
-	mEngine.reset(MakeEngine(inKind, mRoundedRatio, inChannels, inSampleRate, kBlockFrames));
+}
+
+OmegaStretcher::OmegaStretcher(
+	omega::OmegaEngineKind inKind, Limits const& inLimits, unsigned inChannels, int inSampleRate)
+	: mEngine(MakeEngine(inKind, inLimits, inChannels, inSampleRate)),
+	  mLimits(inLimits),
+	  mRoundedRatio(inLimits.mLowestRatio)
+{
 	if (!mEngine)
 	{
 		Refuse("sound at " + std::to_string(inSampleRate) + " Hz with " + std::to_string(inChannels) +
@@ -53,14 +60,28 @@ OmegaStretcher::OmegaStretcher(
 	mEngine->SetRatio(mRoundedRatio, mRoundedRatio);
 }
 
+Ratio OmegaStretcher::GetRatio() const
+{
+	// A float of the range has no finer part.
+	constexpr int kBits = 28;
+	return {std::llround(std::ldexp(static_cast<double>(mRoundedRatio), kBits)), std::int64_t{1} << kBits};
+}
+
+double OmegaStretcher::SetRatio(double inRatio)
+{
+	mRoundedRatio = std::clamp(static_cast<float>(inRatio), mLimits.mLowestRatio, mLimits.mHighestRatio);
+	mEngine->SetRatio(mRoundedRatio, mRoundedRatio);
+	return static_cast<double>(mRoundedRatio);
+}
+
 unsigned OmegaStretcher::GetLargestInput() const
 {
-	return mEngine->GetInputForBlock(kBlockFrames, mRoundedRatio);
+	return mEngine->GetInputForBlock(mLimits.mBlockFrames, mLimits.mLowestRatio);
 }
 
 unsigned OmegaStretcher::GetOutput() const
 {
-	return std::min(kBlockFrames, mEngine->GetOutputLimit());
+	return std::min(mLimits.mBlockFrames, mEngine->GetOutputLimit());
 }
 
 unsigned OmegaStretcher::GetInputNeeded() const

@@ -10,22 +10,35 @@ namespace SonaroHost
 
 // The engine's stretching in the time domain, or the Rubber Band Library in its place.
 //
-// Ratio  What was asked for, to the bits of a float.
+// Ratio  What was asked for, to the bits of a float. It can change before each block, within limits.
 class OmegaStretcher final : public TimeStretcher
 {
 public:
+	struct Limits
+	{
+		float mLowestRatio;
+		float mHighestRatio;
+		unsigned mBlockFrames;
+	};
+
 	OmegaStretcher(dsp::stretch::omega::OmegaEngineKind inKind, Ratio const& inRatio, unsigned inChannels,
 		int inSampleRate);
+	// At the lowest ratio, until another one is set.
+	OmegaStretcher(dsp::stretch::omega::OmegaEngineKind inKind, Limits const& inLimits, unsigned inChannels,
+		int inSampleRate);
 
-	Ratio GetRatio() const override { return mRatio; }
+	// From the next block on, for which it is rounded to what comes back.
+	double SetRatio(double inRatio);
+	// What the next block gives.
+	unsigned GetOutput() const;
+
+	Ratio GetRatio() const override;
 	unsigned GetLargestInput() const override;
-	unsigned GetLargestOutput() const override { return kBlockFrames; }
+	unsigned GetLargestOutput() const override { return mLimits.mBlockFrames; }
 	unsigned GetInputNeeded() const override;
 	unsigned Process(dsp::AudioBuffer& ioInput, dsp::AudioBuffer& outOutput) override;
 
 private:
-	static constexpr unsigned kBlockFrames = 1024;
-
 	struct Destroyer
 	{
 		void operator()(dsp::stretch::omega::OmegaEngine* inEngine) const
@@ -34,11 +47,8 @@ private:
 		}
 	};
 
-	// What the next block gives.
-	unsigned GetOutput() const;
-
 	std::unique_ptr<dsp::stretch::omega::OmegaEngine, Destroyer> mEngine;
-	Ratio mRatio;
+	Limits mLimits;
 	float mRoundedRatio = 1.0f;
 };
 

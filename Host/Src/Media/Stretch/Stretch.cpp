@@ -22,7 +22,8 @@ bool Stretch::IsInRange() const
 
 std::int64_t Stretch::CountFrames(std::int64_t inFileFrames) const
 {
-	return std::max<std::int64_t>(((Ratio(inFileFrames) - mStart) / mSpeed).Round(), 0);
+	return mRamp ? mRamp->mFrames
+				 : std::max<std::int64_t>(((Ratio(inFileFrames) - mStart) / mSpeed).Round(), 0);
 }
 
 } // namespace SonaroHost

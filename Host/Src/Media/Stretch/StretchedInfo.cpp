@@ -39,6 +39,14 @@ AudioFileInfo GetFileOf(AudioFileInfo inRecording)
 	return inRecording;
 }
 
+CurvePositions MakeRampPositions(AudioFileInfo const& inRecording)
+{
+	Ratio const rate(inRecording.mSampleRate);
+	std::int64_t const first = inRecording.mStretch->mStart.Floor();
+	return {inRecording.mStretch->mRamp->mCurve,
+		{rate, rate, 0, first, inRecording.mStretch->mStart - Ratio(first)}};
+}
+
 std::int64_t GetFrameOfFile(AudioFileInfo const& inRecording, std::int64_t inFrame)
 {
 	if (!inRecording.mStretch)
@@ -46,6 +54,12 @@ std::int64_t GetFrameOfFile(AudioFileInfo const& inRecording, std::int64_t inFra
 		return inFrame;
 	}
 	Stretch const& stretch = *inRecording.mStretch;
+	if (stretch.mRamp)
+	{
+		CurvePositions const positions = MakeRampPositions(inRecording);
+		std::int64_t const place = positions.Find(positions.IsBackwards(0) ? -inFrame : inFrame).mWhole;
+		return std::min(place, inRecording.mFileFrames);
+	}
 	return std::min((stretch.mStart + Ratio(inFrame) * stretch.mSpeed).Floor(), inRecording.mFileFrames);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/CurvePositions.h"
 #include "SonaroHost/Media/AudioFileInfo.h"
 
 #include <cstdint>
@@ -13,6 +14,9 @@ AudioFileInfo MakeStretched(AudioFileInfo inFile, Stretch const& inStretch);
 
 // The file that a recording is made of; of others the same.
 AudioFileInfo GetFileOf(AudioFileInfo inRecording);
+
+// Where the frames of a recording along a ramp stand in the file; where that passes backwards, frame k is the output -k.
+CurvePositions MakeRampPositions(AudioFileInfo const& inRecording);
 
 // The file's frame that is heard at a frame of the recording, or the last one before it.
 std::int64_t GetFrameOfFile(AudioFileInfo const& inRecording, std::int64_t inFrame);

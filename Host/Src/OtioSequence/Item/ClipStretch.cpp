@@ -33,7 +33,9 @@ std::optional<Stretch> ChooseStretch(MakerContext& ioContext, Clip const& inClip
 
 void CheckPitchOfNest(MakerContext& ioContext, Item const& inItem)
 {
-	if (GetKeptSpeed(inItem, ioContext.mOptions.mKeepsPitch) != Ratio(1))
+	bool const byDefault = ioContext.mOptions.mKeepsPitch;
+	if (GetKeptSpeed(inItem, byDefault) != Ratio(1) ||
+		(GetSpeed(inItem).mCurve && KeepsPitch(inItem, byDefault)))
 	{
 		ioContext.Tell(Note::Kind::kIgnored, inItem.mPlace,
 			"only clips can keep their pitch; that of this item follows its speed");

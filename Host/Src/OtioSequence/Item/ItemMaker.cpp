@@ -2,6 +2,7 @@
 
 #include "ClipStretch.h"
 #include "OtioSequence/Survey/Audibility.h"
+#include "RampRows.h"
 
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
@@ -181,8 +182,19 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	{
 		inWhySilent = CheckClip(inClip, inPlacement, inTiming, {*media, mediaStart}, status);
 	}
-	auto const stretch = inWhySilent.empty() ? ChooseStretch(mContext, inClip) : std::nullopt;
-	AddClipRow(inClip, inPlacement, inTiming, media, {status, inWhySilent, mediaStart, stretch});
+	ClipStretches stretches;
+	if (inWhySilent.empty())
+	{
+		TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
+		stretches.mRamp = ChooseRampStretch(mContext, inClip, inTiming,
+			{reach.mStart - inPlacement.mStart, reach.mEnd - inPlacement.mStart},
+			{Ratio::FromDouble(media->mMedia->mSampleRate), mediaStart});
+		stretches.mConstant = stretches.mRamp ? std::nullopt : ChooseStretch(mContext, inClip);
+	}
+	bool const keepsPitch =
+		stretches.mRamp || (stretches.mConstant && stretches.mConstant->mSpeed != Ratio(1));
+	AddClipRow(inClip, inPlacement, inTiming, media,
+		{status, inWhySilent, mediaStart, stretches.mRamp || stretches.mConstant, keepsPitch});
 	if (status == ClipRow::Status::kMissing || status == ClipRow::Status::kOutside)
 	{
 		mContext.mResult.mMissing.push_back(
@@ -193,21 +205,7 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 		return std::nullopt;
 	}
 	Sequence::Item item = MakeItem(inClip, inPlacement, inTiming);
-	Sequence::Clip content{media->mMedia, 0, media->mChannels};
-	Ratio first = (inTiming.mFirst - mediaStart) * Ratio::FromDouble(media->mMedia->mSampleRate);
-	if (stretch)
-	{
-		TimeSpan const reach = inTiming.mToContent.Map(GetReach(inPlacement, mScope.mGrid));
-		content.mMedia = GetStretched(mContext, *stretch, *media, reach, mediaStart);
-		first = first / stretch->mSpeed;
-		item.mSpeed = (inTiming.mSpeed / stretch->mSpeed).ToDouble();
-		if (item.mSpeedCurve)
-		{
-			item.mSpeedCurve =
-				std::make_shared<SpeedCurve const>(item.mSpeedCurve->MultiplyBy(Ratio(1) / stretch->mSpeed));
-		}
-	}
-	SetContent(std::move(content), first, inTiming.mSpeed < Ratio(), item);
+	AddContent(inPlacement, inTiming, {*media, mediaStart}, stretches, item);
 	SN::AudioChannelLayout const& layout = mContext.mLayouts.GetLayout(inClip);
 	CheckWidth(inClip, layout);
 	if (inLevelsOn == LevelsOn::kItem)
@@ -215,6 +213,35 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 		AddLevels(inClip, layout, inTiming.mRange.mLength, item.mChain);
 	}
 	return item;
+}
+
+void ItemMaker::AddContent(Placement const& inPlacement, ItemTiming const& inTiming,
+	StartedMedia const& inMedia, ClipStretches const& inStretches, Sequence::Item& ioItem)
+{
+	Ratio const rate = Ratio::FromDouble(inMedia.mMedia.mMedia->mSampleRate);
+	Sequence::Clip content{inMedia.mMedia.mMedia, 0, inMedia.mMedia.mChannels};
+	Ratio first = (inTiming.mFirst - inMedia.mStart) * rate;
+	if (auto const& ramp = inStretches.mRamp)
+	{
+		content.mMedia =
+			mContext.mMedia.GetStretched(inMedia.mMedia, ramp->mStretch, {0, ramp->mStretch.mRamp->mFrames});
+		first = ramp->FindPlace(mScope.mGrid.ToTime(inPlacement.mFirstFrame) - inPlacement.mStart, rate);
+		ioItem.mSpeed = ramp->mIsBackwards ? -1.0 : 1.0;
+		ioItem.mSpeedCurve.reset();
+	}
+	else if (auto const& stretch = inStretches.mConstant)
+	{
+		TimeSpan const reach = inTiming.mToContent.Map(GetReach(inPlacement, mScope.mGrid));
+		content.mMedia = GetStretched(mContext, *stretch, inMedia.mMedia, reach, inMedia.mStart);
+		first = first / stretch->mSpeed;
+		ioItem.mSpeed = (inTiming.mSpeed / stretch->mSpeed).ToDouble();
+		if (ioItem.mSpeedCurve)
+		{
+			ioItem.mSpeedCurve = std::make_shared<SpeedCurve const>(
+				ioItem.mSpeedCurve->MultiplyBy(Ratio(1) / stretch->mSpeed));
+		}
+	}
+	SetContent(std::move(content), first, inTiming.mSpeed < Ratio(), ioItem);
 }
 
 std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
@@ -287,8 +314,8 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 	row.mEndFrame = ToSamples(visible.mEnd, rate);
 	TimeMap const toContent = inTiming.mToContent.After(mScope.mToProgramme.Invert());
 	row.mSpeed = FindMeanSpeed(toContent, visible).ToDouble();
-	row.mKeepsPitch = inState.mStretch && inState.mStretch->mSpeed != Ratio(1);
-	row.mSemitones = inState.mStretch ? inClip.GetSettings().mSemitones : 0.0;
+	row.mKeepsPitch = inState.mKeepsPitch;
+	row.mSemitones = inState.mIsStretched ? inClip.GetSettings().mSemitones : 0.0;
 	row.mMedia = inMedia ? inMedia->mPath : std::filesystem::path();
 	if (inMedia && inMedia->mMedia)
 	{
@@ -299,6 +326,7 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 		row.mMediaRate = static_cast<int>(mediaRate);
 		row.mFirstMediaSample = ((used.mStart - start) * Ratio::FromDouble(mediaRate)).Round();
 		row.mEndMediaSample = ((used.mEnd - start) * Ratio::FromDouble(mediaRate)).Round();
+		row.mRamp = MakeRampRow(inPlacement, inTiming, mScope, start);
 	}
 	mContext.mResult.mClips.push_back(std::move(row));
 }

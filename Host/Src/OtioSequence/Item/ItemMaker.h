@@ -4,6 +4,7 @@
 #include "OtioSequence/MakerContext.h"
 #include "OtioSequence/Scope.h"
 #include "OtioSequence/Survey/Levels.h"
+#include "RampStretch.h"
 
 #include <cstdint>
 #include <optional>
@@ -51,7 +52,14 @@ private:
 		ClipRow::Status mStatus;
 		std::string const& mWhySilent;
 		Ratio const& mMediaStart;
-		std::optional<Stretch> const& mStretch;
+		bool mIsStretched;
+		bool mKeepsPitch;
+	};
+	// How a clip's media are stretched, one way at most.
+	struct ClipStretches
+	{
+		std::optional<Stretch> mConstant;
+		std::optional<RampStretch> mRamp;
 	};
 
 	// Media, and the time in seconds at which they start.
@@ -73,6 +81,9 @@ private:
 
 	std::optional<Sequence::Item> MakeClip(Clip const& inClip, Placement const& inPlacement,
 		ItemTiming const& inTiming, std::string inWhySilent, LevelsOn inLevelsOn);
+	// Gives the item what a clip plays of its media, stretched or not.
+	void AddContent(Placement const& inPlacement, ItemTiming const& inTiming, StartedMedia const& inMedia,
+		ClipStretches const& inStretches, Sequence::Item& ioItem);
 	// The part that is visible.
 	void AddClipRow(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
 		ClipMedia const* inMedia, ClipState const& inState);

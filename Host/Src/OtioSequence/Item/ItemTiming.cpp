@@ -41,6 +41,7 @@ ItemTiming MakeTiming(
 	{
 		timing.mToContent = TimeMap(inPlacement.mStart, timing.mRange.mStart + passed, timing.mSpeed);
 	}
+	timing.mContentStart = timing.mRange.mStart + passed;
 	timing.mFirst = timing.mToContent.Map(inGrid.ToTime(inPlacement.mFirstFrame));
 	return timing;
 }

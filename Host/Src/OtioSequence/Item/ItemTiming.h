@@ -35,6 +35,8 @@ struct ItemTiming
 	Ratio mSpeed = Ratio(1);
 	// Where the speed changes: all of it, from the item's exact start on.
 	std::shared_ptr<SpeedCurve const> mCurve;
+	// The item's time that is heard at its exact start.
+	Ratio mContentStart;
 	// Maps the sequence's time to the item's.
 	TimeMap mToContent;
 	// The item's time at its first frame.
