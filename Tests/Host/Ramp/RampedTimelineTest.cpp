@@ -193,6 +193,117 @@ TEST_F(RampedTimelineTest, OneSpeedIsATimeWarp)
 	}
 }
 
+// The seconds of a file that reports say are heard, and the frames at which clicks at these seconds are.
+TEST_F(RampedTimelineTest, SecondsAreHeardWhereTheReportSays)
+{
+	constexpr int kSeconds = 20;
+	Sound clicks{1, 48000, std::vector<float>(48000 * kSeconds)};
+	for (std::size_t second = 0; second < kSeconds; ++second)
+	{
+		for (std::size_t i = 0; i < 24; ++i)
+		{
+			clicks.mSamples[second * 48000 + i] = i % 2 == 0 ? 0.5f : -0.5f;
+		}
+	}
+	WriteInput(clicks);
+	struct Case
+	{
+		char const* mName;
+		Json mClip;
+		// How far a click may lie from the frame, its length and the filter's ringing among it.
+		std::int64_t mTolerance;
+	};
+	auto const keep = [](Json inItem)
+	{
+		inItem["metadata"]["sonaro"]["keep_pitch"] = true;
+		return inItem;
+	};
+	Json const clip = Clip("clip", "in.wav", 1.48, 4.0);
+	Json const up = Ramped(clip, {Key(0.5, 0.5), Key(4.0, 2.0)});
+	Json const back = Ramped(clip, {Key(0.0, 1.5), Key(4.0, -2.0)});
+	Json const reversed = Ramped(clip, {Key(0.0, -2.0, "smooth"), Key(2.0, -0.5, "hold"), Key(3.0, -1.2)});
+	Json nest = Stack({up});
+	nest["source_range"] = Range(0.4, 3.0);
+	Case const kCases[] = {{"following", up, 100}, {"there and back", back, 100}, {"reversed", reversed, 100},
+		{"in a nest", Warp(nest, 1.25), 100}, {"kept", keep(up), 240},
+		{"kept, reversed", keep(reversed), 240}, {"kept, with a warp", keep(Warp(up, 1.5)), 240}};
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(test.mName);
+		Sound const output = Render(test.mClip);
+		ASSERT_EQ(mClips.size(), 1u);
+		ASSERT_TRUE(mClips[0].mRamp);
+		EXPECT_EQ(mClips[0].mKeepsPitch, test.mTolerance > 100);
+		std::vector<Otio::RampRow::Moment> const& moments = mClips[0].mRamp->mMoments;
+		EXPECT_GE(moments.size(), 3u);
+		std::size_t found = 0;
+		for (std::int64_t i = 0; i < output.GetFrames(); ++i)
+		{
+			if (std::abs(output.mSamples[static_cast<std::size_t>(i)]) < 0.1f)
+			{
+				continue;
+			}
+			ASSERT_LT(found, moments.size()) << i;
+			EXPECT_NEAR(static_cast<double>(i), static_cast<double>(moments[found].mFrame),
+				static_cast<double>(test.mTolerance))
+				<< "second " << moments[found].mSecond;
+			++found;
+			i += 1000;
+		}
+		EXPECT_EQ(found, moments.size());
+	}
+	EXPECT_EQ(mClips[0].mRamp->mExactSeconds, "111/16");
+}
+
+TEST_F(RampedTimelineTest, KeptPitchStaysAndAnyCutGivesTheSameBits)
+{
+	for (StretchEngine const engine : {StretchEngine::kScaler, StretchEngine::kOmega})
+	{
+		WriteInput(MakeTone(20.0));
+		Json clip = Ramped(Clip("clip", "in.wav", 1.0, 6.0), {Key(0.0, 0.5, "smooth"), Key(6.0, 2.0)});
+		clip["metadata"]["sonaro"].update(Json{{"keep_pitch", true}, {"pitch", 12.0}});
+		auto request = MakeRequest(Timeline({Track("A", {clip})}));
+		request.mOptions.mStretchEngine = engine;
+		Sound const tone = Render(request);
+		// Each half second has as many periods as the tone at its pitch, an octave higher.
+		for (int half = 1; half < 11; ++half)
+		{
+			int rises = 0;
+			for (std::size_t i = 0; i < 24000; ++i)
+			{
+				std::size_t const at = static_cast<std::size_t>(half) * 24000 + i;
+				rises += tone.mSamples[at - 1] < 0.0f && tone.mSamples[at] >= 0.0f ? 1 : 0;
+			}
+			EXPECT_NEAR(rises, kToneHertz, 10) << half;
+		}
+		WriteInput(MakeSound(2, 44100, 44100 * 12));
+		Sound const whole = Render(request);
+		for (unsigned const jobs : {2u, 3u})
+		{
+			request.mJobs = jobs;
+			EXPECT_TRUE(SameBits(Render(request), whole)) << jobs << " jobs";
+		}
+		request.mRange = "1.5..4.25";
+		request.mBlockFrames = 1000;
+		EXPECT_TRUE(SameBits(Render(request), whole.Cut(72000, 132000)));
+	}
+}
+
+TEST_F(RampedTimelineTest, WhatCannotKeepItsPitchFollowsAndSaysSo)
+{
+	WriteInput(MakeTone(4.0));
+	Json clip = Ramped(Clip("clip", "in.wav", 0.0, 1.0), {Key(0.0, 1.0), Key(1.0, 0.05)});
+	Sound const following = Render(clip);
+	clip["metadata"]["sonaro"]["keep_pitch"] = true;
+	EXPECT_TRUE(SameBits(Render(clip), following));
+	EXPECT_THAT(mNotes, testing::Contains(HasSubstr("speeds from 0.05 to 1 cannot keep their pitch")));
+	auto request =
+		MakeRequest(Timeline({Track("A", {Ramped(Stack({clip}), {Key(0.0, 1.0), Key(1.0, 2.0)})})}));
+	request.mOptions.mKeepsPitch = true;
+	Render(request);
+	EXPECT_THAT(mNotes, testing::Contains(HasSubstr("only clips can keep their pitch")));
+}
+
 TEST_F(RampedTimelineTest, BadSpeedsAreRefusedWithTheirPlace)
 {
 	WriteInput(MakeTone(1.0));
