@@ -1,5 +1,6 @@
 #include "NaiveSequence.h"
 
+#include "Media/RampConverter.h"
 #include "MemoryMedia.h"
 #include "SonaroHost/Media/RateConverter.h"
 
@@ -355,7 +356,8 @@ private:
 				std::iota(inChannels.begin(), inChannels.end(), 0u);
 			}
 			Signal result = MakeSilence(inChannels.size(), inFrames);
-			for (std::size_t channel = 0; step != Ratio() && channel < inChannels.size(); ++channel)
+			bool const isHeard = inItem.mSpeedCurve || step != Ratio();
+			for (std::size_t channel = 0; isHeard && channel < inChannels.size(); ++channel)
 			{
 				auto const& samples = inSamples[inChannels[channel]];
 				auto const getSample = [&](std::int64_t inFrame)
@@ -363,9 +365,22 @@ private:
 					bool const isInside = inFrame >= 0 && inFrame < static_cast<std::int64_t>(samples.size());
 					return isInside ? static_cast<float>(samples[static_cast<std::size_t>(inFrame)]) : 0.0f;
 				};
+				RateQuality const quality =
+					inItem.mResampling == Resampling::kDraft ? RateQuality::kDraft : RateQuality::kFull;
+				if (inItem.mSpeedCurve)
+				{
+					Ratio const rate(std::llround(graphRate));
+					RampConverter const converter(*inItem.mSpeedCurve,
+						{rate, clip ? Ratio::FromDouble(clip->mMedia->mSampleRate) : rate, 0, inStart,
+							inItem.mOffset},
+						quality);
+					result[channel] = Resample(converter, inFirst, inFrames, getSample);
+					continue;
+				}
 				if (step != Ratio(1) && step != Ratio(-1))
 				{
-					result[channel] = Resample(inItem, step, inStart, inFirst, inFrames, getSample);
+					RateConverter const converter(step, {inStart, inItem.mOffset}, quality);
+					result[channel] = Resample(converter, inFirst, inFrames, getSample);
 					continue;
 				}
 				for (std::int64_t i = 0; i < inFrames; ++i)
@@ -387,12 +402,10 @@ private:
 
 	// All at once. The converter itself has tests of its own.
 	template <class GetSample>
-	static std::vector<double> Resample(Item const& inItem, Ratio const& inStep, std::int64_t inStart,
-		std::int64_t inFirst, std::int64_t inFrames, GetSample const& inGetSample)
+	static std::vector<double> Resample(SampleConverter const& inConverter, std::int64_t inFirst,
+		std::int64_t inFrames, GetSample const& inGetSample)
 	{
-		RateConverter const converter(inStep, {inStart, inItem.mOffset},
-			inItem.mResampling == Resampling::kDraft ? RateQuality::kDraft : RateQuality::kFull);
-		auto const [first, end] = converter.GetInput(inFirst, inFrames);
+		auto const [first, end] = inConverter.GetInput(inFirst, inFrames);
 		std::vector<float> input;
 		for (std::int64_t frame = first; frame < end; ++frame)
 		{
@@ -400,7 +413,7 @@ private:
 		}
 		std::vector<float> output(static_cast<std::size_t>(inFrames));
 		RateConverter::Channel const channel{input.data(), output.data()};
-		converter.Convert(inFirst, static_cast<unsigned>(inFrames), {&channel, 1});
+		inConverter.Convert(inFirst, static_cast<unsigned>(inFrames), {&channel, 1});
 		return {output.begin(), output.end()};
 	}
 

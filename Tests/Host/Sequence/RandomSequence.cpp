@@ -270,6 +270,19 @@ private:
 		ioItem.mOffset = Ratio(below(9) - 4, 1 + below(4));
 		ioItem.mResampling = below(3) == 0 ? Resampling::kDraft : Resampling::kExact;
 		ioItem.mSpeed = below(3) == 0 ? kSpeeds[below(8)] : ioItem.mSpeed;
+		if (below(4) != 0)
+		{
+			return;
+		}
+		constexpr std::int64_t kFramesPerSecond = 48000;
+		std::vector<SpeedCurve::Key> keys;
+		Ratio time(below(mFrames) - mFrames / 4, kFramesPerSecond);
+		for (std::int64_t count = 2 + below(3); count > 0; --count)
+		{
+			keys.push_back({time, Ratio(below(15) - 7, 3), static_cast<Interpolation>(below(3))});
+			time += Ratio(1 + below(mFrames), 2 * kFramesPerSecond);
+		}
+		ioItem.mSpeedCurve = std::make_shared<SpeedCurve const>(std::move(keys));
 	}
 
 	void FillTrack(Nestable& ioSequence, unsigned& ioNests, Track& ioTrack)
