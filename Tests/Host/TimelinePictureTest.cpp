@@ -387,6 +387,23 @@ protected:
 
 	void Write(Json const& inTimeline) { std::ofstream(mFolder / "edit.otio") << inTimeline.dump(); }
 
+	// What the command draws of the file. outLength: of the programme, in seconds.
+	Drawn Draw(double* outLength = nullptr)
+	{
+		TimelineWaveformRequest request;
+		request.mInput = mFolder / "edit.otio";
+		request.mOutput = mFolder / "picture.svg";
+		request.mFormat = WaveformFormat::kSvg;
+		TimelineWaveformJob job(request);
+		EXPECT_TRUE(job.Run());
+		if (outLength)
+		{
+			*outLength = static_cast<double>(job.GetSequence().mFrames) / job.GetSampleRate();
+		}
+		std::ifstream file(request.mOutput);
+		return Drawn(std::string(std::istreambuf_iterator<char>(file), {}));
+	}
+
 	TemporaryFolder mFolder;
 };
 
@@ -446,6 +463,25 @@ TEST_F(TimelinePictureOfFile, ClipsFadesAndNestsStandWhereTheyAreHeard)
 	EXPECT_NEAR(xs.back(), 170.0 + 1030.0 * 1.2 / picture.mLength, 0.01);
 }
 
+// Where the highest pixel of a lane's wave is.
+double FindPeak(Group const& inLane)
+{
+	std::istringstream words(inLane.mTree.get<std::string>("path.<xmlattr>.d"));
+	char letter = 0;
+	double x = 0.0;
+	double y = 0.0;
+	double best = 1.0e9;
+	double place = 0.0;
+	words >> letter >> x >> y;
+	for (double value = 0.0; words >> letter && letter != 'Z' && words >> value;)
+	{
+		(letter == 'H' ? x : y) = value;
+		place = y < best ? x : place;
+		best = std::min(best, y);
+	}
+	return place;
+}
+
 TEST_F(TimelinePictureOfFile, WavesOfNestedTracksStandWhereTheyAreHeard)
 {
 	Json const inner = Stack({Track("Boom", {Clip("click", "click.wav", 0.0, 1.0)})});
@@ -460,35 +496,31 @@ TEST_F(TimelinePictureOfFile, WavesOfNestedTracksStandWhereTheyAreHeard)
 	{
 		SCOPED_TRACE(speed);
 		Write(Timeline({Track("One", {Gap(1.0), nest(speed)})}));
-		TimelineWaveformRequest request;
-		request.mInput = mFolder / "edit.otio";
-		request.mOutput = mFolder / "picture.svg";
-		request.mFormat = WaveformFormat::kSvg;
-		TimelineWaveformJob job(request);
-		ASSERT_TRUE(job.Run());
-		double const length = static_cast<double>(job.GetSequence().mFrames) / job.GetSampleRate();
-		std::ifstream file(request.mOutput);
-		Drawn const drawn(std::string(std::istreambuf_iterator<char>(file), {}));
-		std::vector<Group> const lanes = drawn.Find("lane");
+		double length = 0.0;
+		std::vector<Group> const lanes = Draw(&length).Find("lane");
 		ASSERT_EQ(lanes.size(), 4u);
 		for (Group const& lane : lanes)
 		{
-			// The highest pixel of the wave.
-			std::string const path = lane.mTree.get<std::string>("path.<xmlattr>.d");
-			std::istringstream words(path);
-			char letter = 0;
-			double x = 0.0;
-			double y = 0.0;
-			double best = 1.0e9;
-			double place = 0.0;
-			words >> letter >> x >> y;
-			for (double value = 0.0; words >> letter && letter != 'Z' && words >> value;)
-			{
-				(letter == 'H' ? x : y) = value;
-				place = y < best ? x : place;
-				best = std::min(best, y);
-			}
-			EXPECT_NEAR(place, 170.0 + 1030.0 * time / length, 2.0) << lane.GetTitle();
+			EXPECT_NEAR(FindPeak(lane), 170.0 + 1030.0 * time / length, 2.0) << lane.GetTitle();
+		}
+	}
+}
+
+TEST_F(TimelinePictureOfFile, WavesOfRampedClipsStandWhereTheyAreHeard)
+{
+	for (bool const keepsPitch : {false, true})
+	{
+		Json clip = Clip("click", "click.wav", 0.0, 1.0);
+		Json const keys = List({{{"time", 0}, {"value", 0.5}}, {{"time", 1}, {"value", 1.5}}});
+		clip["metadata"]["sonaro"] = {{"speed", {{"keyframes", keys}}}, {"keep_pitch", keepsPitch}};
+		Write(Timeline({Track("One", {Gap(1.0), clip})}));
+		// Half a second of the media is over when (t + t^2) / 2 is.
+		double const time = 1.0 + (std::sqrt(5.0) - 1.0) / 2.0;
+		std::vector<Group> const lanes = Draw().Find("lane");
+		ASSERT_EQ(lanes.size(), 2u);
+		for (Group const& lane : lanes)
+		{
+			EXPECT_NEAR(FindPeak(lane), 170.0 + 1030.0 * time / 2.0, 3.0) << lane.GetTitle();
 		}
 	}
 }

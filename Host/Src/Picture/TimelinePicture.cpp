@@ -174,7 +174,11 @@ private:
 			heard.mStart += (start - inLead) * inWindow.mFactor;
 			SetClock(inItem.mOrigin, heard);
 		}
-		Walk(*nest->mSequence, inner, own.value_or(inLane));
+		// Where the speed changes, no factor leads from the times within: tracks there have their names and clips alone.
+		if (!inItem.mSpeedCurve)
+		{
+			Walk(*nest->mSequence, inner, own.value_or(inLane));
+		}
 	}
 
 	void AddFades(Sequence::Item const& inItem, Window const& inWindow, std::size_t inLane)
