@@ -103,17 +103,19 @@ def timeline(*tracks, **stack_fields):
 # ---------------------------------------------------------------------------------------------------------
 # Expectations.
 
-def run(start, end, media, first, channel=0, step=1, gain=1, fade=None, ramp=None):
+def run(start, end, media, first, channel=0, step=1, gain=1, fade=None, ramp=None, bend=0):
     """Output samples start to end hear media samples first, first + step ... times gain, and times the
     fade: [shape, "in" or "out", output sample at which it begins, output sample at which it is over], and times the
     ramp: ["decibels" or "linear", output sample at which it begins, output sample at which it is over, value there,
-    value here]."""
+    value here]. With bend, sample n of the output hears media sample first + step * n + bend * n^2."""
     result = {"from": start, "to": end, "media": media, "channel": channel, "first": first, "step": step,
               "gain": gain}
     if fade:
         result["fade"] = fade
     if ramp:
         result["ramp"] = ramp
+    if bend:
+        result["bend"] = bend
     return result
 
 
@@ -327,6 +329,14 @@ def speed_cases():
          "on.",
          [clip("a.wav", r(100, 2000), effects=[warp(2)])], 2000, [run(0, 2000, "a.wav", 100, step=2)], within=0.2,
          unsettled=40)
+    ramp = {"speed": {"keyframes": [{"time": 0, "value": 0.5}, {"time": 2000 / RATE, "value": 1.5}]}}
+    cuts("speed-ramp", "Along a speed that rises from 1/2 to 3/2, the media stand at its integral.",
+         [clip("a.wav", r(100, 2000), sonaro=ramp)], 2000, [run(0, 2000, "a.wav", 100, step=0.5, bend=1 / 4000)],
+         within=0.2, unsettled=40)
+    there = {"speed": {"keyframes": [{"time": 0, "value": 1}, {"time": 2000 / RATE, "value": -1}]}}
+    cuts("speed-through-zero", "A speed that falls from 1 to -1 plays up to a quarter of the length, and back again.",
+         [clip("a.wav", r(1000, 2000), sonaro=there)], 2000, [run(0, 2000, "a.wav", 1000, bend=-1 / 2000)],
+         within=0.2, unsettled=40)
     cuts("half-as-fast", "At 1/2 half as much passes.",
          [clip("a.wav", r(1000, 2000), effects=[warp(0.5)])], 2000, [run(0, 2000, "a.wav", 1000, step=0.5)],
          within=0.2, unsettled=40)

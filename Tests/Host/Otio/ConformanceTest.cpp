@@ -108,7 +108,9 @@ Samples WorkOut(json const& inExpected)
 			for (auto frame = run["from"].get<std::int64_t>(); frame < run["to"].get<std::int64_t>(); ++frame)
 			{
 				double const passed = static_cast<double>(frame - run["from"].get<std::int64_t>());
-				double const position = run["first"].get<double>() + run["step"].get<double>() * passed;
+				double const position =
+					run["first"].get<double>() +
+					(run["step"].get<double>() + run.value("bend", 0.0) * passed) * passed;
 				channel[static_cast<std::size_t>(frame)] +=
 					ReadMedia(media, run["channel"].get<std::int64_t>(), position) *
 					run["gain"].get<double>() * GetFade(run, frame) * GetRamp(run, frame);
