@@ -169,8 +169,8 @@ private:
 		Add("--speed", mSpeed, "S",
 			"Playback speed, 0.01 to 100: 2 is half as long and, without --keep-pitch, an octave up");
 		AddFlag("--keep-pitch", mOptions.mKeepsPitch,
-			"Keep the pitch at speeds from 0.1 to 10; in a timeline, that of clips whose LinearTimeWarp does "
-			"not say otherwise");
+			"Keep the pitch at speeds from 0.1 to 10; in a timeline, that of clips that do not say "
+			"otherwise");
 		Add("--pitch", mSemitones, "SEMITONES", "Shift the pitch, -24 to 24 semitones; the length stays");
 		Add("--stretch", mOptions.mStretch, "NAME",
 			"What keeps and shifts pitches: scaler, omega or rubberband, as far as they are built in "
