@@ -287,20 +287,15 @@ TEST(OfflineAudioProcessorAudioGenerator, TheResultIsPanned)
 	EXPECT_EQ(buffer.GetChannel(1)[31], 0.5f * PositionSample(0, 39));
 }
 
-TEST(OfflineAudioProcessorAudioGenerator, HasNoClonesAndNoHistory)
+TEST(OfflineAudioProcessorAudioGenerator, HasNoClonesAndStartsTheSourcesEffects)
 {
 	Fixture const fixture({});
 	auto const generator = fixture.Make(false);
 	EXPECT_FALSE(generator->Clone());
-	EXPECT_FALSE(generator->HasHistory());
-	EXPECT_EQ(generator->GetDelay(), kTimeZero);
 	generator->InitializeAudioFilters();
-	generator->Reset();
-	generator->FillInitialDelay(kTimeZero, At(10), false, true);
 	generator->ShutdownAudioFilters();
 	EXPECT_THAT(fixture.mSource->mCalls, ElementsAre(Call{"InitializeAudioFilters", {}, 0, false},
 											 Call{"ShutdownAudioFilters", {}, 0, false}));
-	GraphFactory().CreateOfflineAudioProcessorAudioGenerator({})->InitializeAudioFilters();
 }
 
 } // namespace SN::OfflineAudioProcessorAudioGeneratorTest
