@@ -23,13 +23,15 @@ class Player
 {
 public:
 	explicit Player(
-		unsigned inChannels, SampleAt inSource = [](unsigned, long long) { return 0.0f; })
+		unsigned inChannels, SampleAt inSource = [](unsigned, long long) { return 0.0f; },
+		OmegaEngineKind inKind = OmegaEngineKind::kSplice)
 		: mSource(std::move(inSource)),
 		  mOutput(inChannels)
 	{
 		OmegaEngine* engine = nullptr;
-		EXPECT_EQ(
-			OmegaEngine::Create(&engine, kRate, inChannels, kBlock, 0.0f, 0.1f, 10.0f, -40.0f, 40.0f), 0);
+		EXPECT_EQ(OmegaEngine::CreateOfKind(
+					  &engine, inKind, kRate, inChannels, kBlock, {0.1f, 10.0f, -40.0f, 40.0f}),
+			0);
 		mEngine.reset(engine);
 		mEngine->Begin(kRate, nullptr, 100000);
 	}
@@ -105,13 +107,12 @@ TEST(OmegaEngine, TakesJustWhatTheRatiosAskForOverAThousandSeams)
 {
 	for (OmegaEngineKind const kind : GetKinds())
 	{
-		ASSERT_TRUE(SetOmegaEngineKind(kind));
 		for (unsigned seed = 0; seed < GetNumTrials(4); ++seed)
 		{
 			SCOPED_TRACE(seed);
 			std::mt19937 random(seed);
 			std::uniform_real_distribution<float> octaves(-3.3f, 3.3f);
-			Player player(1, Noise);
+			Player player(1, Noise, kind);
 			player.Set(1.0f);
 			player.Play(kBlock);
 			long long const ahead = player.GetTaken() - kBlock;
@@ -133,7 +134,6 @@ TEST(OmegaEngine, TakesJustWhatTheRatiosAskForOverAThousandSeams)
 			EXPECT_NEAR(static_cast<double>(player.GetTaken() - ahead), source, 1.5);
 		}
 	}
-	SetOmegaEngineKind(OmegaEngineKind::kSplice);
 }
 
 TEST(OmegaEngine, StaysInTimeThroughManyRatios)
@@ -143,10 +143,9 @@ TEST(OmegaEngine, StaysInTimeThroughManyRatios)
 	{ return inPosition % 12000 > 11760 ? Noise(0, inPosition) : 0.0f; };
 	for (OmegaEngineKind const kind : GetKinds())
 	{
-		ASSERT_TRUE(SetOmegaEngineKind(kind));
 		std::mt19937 random(4);
 		std::uniform_real_distribution<float> steps(-0.25f, 0.25f);
-		Player player(1, bursts);
+		Player player(1, bursts, kind);
 		float octaves = 0.0f;
 		double source = 0.0;
 		double energy = 0.0;
@@ -171,7 +170,6 @@ TEST(OmegaEngine, StaysInTimeThroughManyRatios)
 		EXPECT_GT(energyInTime, 0.98 * energy);
 		EXPECT_GT(energy, 100.0);
 	}
-	SetOmegaEngineKind(OmegaEngineKind::kSplice);
 }
 
 TEST(OmegaEngine, GivesTheBitsOfTheSourceAtRatioOne)
@@ -387,6 +385,10 @@ TEST(OmegaEngine, RefusesWhatItCannotDo)
 	OmegaEngineKind const former = GetOmegaEngineKind();
 	EXPECT_FALSE(SetOmegaEngineKind(static_cast<OmegaEngineKind>(7)));
 	EXPECT_EQ(GetOmegaEngineKind(), former);
+	OmegaEngine* engine = nullptr;
+	EXPECT_EQ(OmegaEngine::CreateOfKind(&engine, static_cast<OmegaEngineKind>(7), kRate, 1, 64, {}),
+		zorvcore::eInvalidArgument);
+	EXPECT_EQ(engine, nullptr);
 	OmegaEngine::Destroy(nullptr);
 }
 

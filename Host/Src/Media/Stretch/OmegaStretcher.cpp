@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <mutex>
 
 namespace SonaroHost
 {
@@ -18,18 +17,12 @@ namespace
 
 constexpr unsigned kBlockFrames = 1024;
 
-// What the process makes engines of is one choice for all.
 omega::OmegaEngine* MakeEngine(omega::OmegaEngineKind inKind, OmegaStretcher::Limits const& inLimits,
 	unsigned inChannels, int inSampleRate)
 {
-	static std::mutex sChoosing;
-	std::scoped_lock const lock(sChoosing);
-	omega::OmegaEngineKind const before = omega::GetOmegaEngineKind();
-	omega::SetOmegaEngineKind(inKind);
 	omega::OmegaEngine* engine = nullptr;
-	omega::OmegaEngine::Create(&engine, static_cast<float>(inSampleRate), inChannels, inLimits.mBlockFrames,
-		0.0f, inLimits.mLowestRatio, inLimits.mHighestRatio, 0.0f, 0.0f);
-	omega::SetOmegaEngineKind(before);
+	omega::OmegaEngine::CreateOfKind(&engine, inKind, static_cast<float>(inSampleRate), inChannels,
+		inLimits.mBlockFrames, {inLimits.mLowestRatio, inLimits.mHighestRatio, 0.0f, 0.0f});
 	return engine;
 }
 

@@ -30,23 +30,29 @@ zorvcore::Result OmegaEngine::Create(OmegaEngine** outEngine, float inSampleRate
 	unsigned inBlockSize, float, float inMinRatio, float inMaxRatio, float inMinSemitones,
 	float inMaxSemitones)
 {
-	if (!outEngine || !std::isfinite(inSampleRate) || !(inSampleRate > 0.0f) || inNumChannels == 0 ||
-		inNumChannels > AudioBuffer::kMaxChannels || inBlockSize == 0 ||
-		!AreLimits(inMinRatio, inMaxRatio, 0.001f, 1000.0f) ||
-		!AreLimits(inMinSemitones, inMaxSemitones, -60.0f, 60.0f))
+	OmegaLimits const limits{inMinRatio, inMaxRatio, inMinSemitones, inMaxSemitones};
+	return CreateOfKind(outEngine, GetOmegaEngineKind(), inSampleRate, inNumChannels, inBlockSize, limits);
+}
+
+zorvcore::Result OmegaEngine::CreateOfKind(OmegaEngine** outEngine, OmegaEngineKind inKind,
+	float inSampleRate, unsigned inNumChannels, unsigned inBlockSize, OmegaLimits const& inLimits)
+{
+	if (!outEngine || !IsOmegaEngineKindBuiltIn(inKind) || !std::isfinite(inSampleRate) ||
+		!(inSampleRate > 0.0f) || inNumChannels == 0 || inNumChannels > AudioBuffer::kMaxChannels ||
+		inBlockSize == 0 || !AreLimits(inLimits.mMinRatio, inLimits.mMaxRatio, 0.001f, 1000.0f) ||
+		!AreLimits(inLimits.mMinSemitones, inLimits.mMaxSemitones, -60.0f, 60.0f))
 	{
 		return zorvcore::eInvalidArgument;
 	}
-	OmegaLimits const limits{inMinRatio, inMaxRatio, inMinSemitones, inMaxSemitones};
 	auto const rate = static_cast<double>(inSampleRate);
 #if defined(SONARO_WITH_RUBBERBAND)
-	if (GetOmegaEngineKind() == OmegaEngineKind::kRubberBand)
+	if (inKind == OmegaEngineKind::kRubberBand)
 	{
-		*outEngine = new RubberBandEngine(rate, inNumChannels, inBlockSize, limits);
+		*outEngine = new RubberBandEngine(rate, inNumChannels, inBlockSize, inLimits);
 		return zorvcore::kSuccess;
 	}
 #endif
-	*outEngine = new SpliceEngine(rate, inNumChannels, inBlockSize, limits);
+	*outEngine = new SpliceEngine(rate, inNumChannels, inBlockSize, inLimits);
 	return zorvcore::kSuccess;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "stretch/omega/OmegaLimits.h"
 #include "stretch/omega/OnsetDetector.h"
 #include "stretch/omega/SampleHistory.h"
 #include "zorvaudiodsp/stretch/omega/OmegaEngine.h"

@@ -6,6 +6,24 @@
 namespace dsp::stretch::omega
 {
 
+enum class OmegaEngineKind
+{
+	// Splices in the time domain, always there.
+	kSplice,
+	// The R3 engine of the Rubber Band Library in its real-time mode, in builds with SONARO_WITH_RUBBERBAND. It may
+	// allocate while it runs, and gives no source back bit for bit at a ratio of 1.
+	kRubberBand,
+};
+
+// How far ratio and pitch of an engine may go.
+struct OmegaLimits
+{
+	float mMinRatio = 1.0f;
+	float mMaxRatio = 1.0f;
+	float mMinSemitones = 0.0f;
+	float mMaxSemitones = 0.0f;
+};
+
 // How a stream is stretched.
 struct StreamSettings
 {
@@ -30,13 +48,17 @@ struct StreamSettings
 class ZORV_API OmegaEngine
 {
 public:
-	// Makes an engine of the kind that SetOmegaEngineKind chose, which Destroy disposes of. inReserved is 0. Limits of
+	// Makes an engine of the kind of GetOmegaEngineKind, which Destroy disposes of. inReserved is 0. Limits of
 	// the ratio lie within 0.001 and 1000, those of the pitch within 60 semitones. eInvalidArgument, with outEngine left
 	// alone, for others or a lower limit above the upper one, no channels or more than 64, no block, or a rate that is
 	// not above 0.
 	static zorvcore::Result Create(OmegaEngine** outEngine, float inSampleRate, unsigned inNumChannels,
 		unsigned inBlockSize, float inReserved, float inMinRatio, float inMaxRatio, float inMinSemitones,
 		float inMaxSemitones);
+	// The same for a kind of the caller's choice, whatever others of the process chose. eInvalidArgument, too, for a
+	// kind that was not built in.
+	static zorvcore::Result CreateOfKind(OmegaEngine** outEngine, OmegaEngineKind inKind, float inSampleRate,
+		unsigned inNumChannels, unsigned inBlockSize, OmegaLimits const& inLimits);
 
 	// The ratio at the start and at the end of the next block, of which the mean is played. Clamped to the limits;
 	// what is not a number changes nothing.
@@ -72,18 +94,10 @@ protected:
 	virtual ~OmegaEngine() = default;
 };
 
-enum class OmegaEngineKind
-{
-	// Splices in the time domain, always there.
-	kSplice,
-	// The R3 engine of the Rubber Band Library in its real-time mode, in builds with SONARO_WITH_RUBBERBAND. It may
-	// allocate while it runs, and gives no source back bit for bit at a ratio of 1.
-	kRubberBand,
-};
-
 ZORV_API bool IsOmegaEngineKindBuiltIn(OmegaEngineKind inKind);
-// What Create makes from now on, in the whole process. Any thread. False, with nothing changed, for a kind that was
-// not built in.
+// The kind for those whose own interfaces name none, such as generators that the engine's factory makes: what
+// OmegaEngine::Create makes from now on, in the whole process. Any thread; like the factory of time scalers, it is chosen
+// before graphs are made. False, with nothing changed, for a kind that was not built in.
 ZORV_API bool SetOmegaEngineKind(OmegaEngineKind inKind);
 ZORV_API OmegaEngineKind GetOmegaEngineKind();
 
