@@ -48,6 +48,52 @@ TEST(TimeScalerRealtime, StretchesWithoutAllocationsAndLocks)
 	}
 }
 
+TEST(TimeScalerRealtime, TimeAlteredItemsPlayWithoutAllocationsAndLocks)
+{
+	constexpr unsigned kMaxBlock = 1000;
+	struct Case
+	{
+		double mSpeed;
+		double mScalerSpeed;
+		bool mMaintainPitch;
+		bool mReverse;
+	};
+	constexpr Case kCases[] = {{0.7, 0.7, true, false}, {1.6, 1.6, true, true}, {1.5, 1.25, true, false},
+		{0.5, 0.6, true, true}, {1.3, 1.0, false, false}};
+	for (Case const& test : kCases)
+	{
+		SCOPED_TRACE(Message() << test.mSpeed << " of " << test.mScalerSpeed);
+		ScopedContext const context(kMaxBlock);
+		auto const source = MakeObject<FakeGenerator>(1, [](unsigned long long, long long inFrame)
+			{ return 0.5f * std::sin(0.05f * static_cast<float>(inFrame % 100000)); });
+		source->mRecordsCalls = false;
+		auto const item = GraphFactory().CreateTimeAlteredAudioClipTrackItemRenderer({.mContext = context,
+			.mFrameRate = k48000Hz,
+			.mGenerator = source,
+			.mPanProcessor = MakePanner(context, kPanMonoToStereo, ConstantParameters({0.5f})),
+			.mSpeed = test.mSpeed,
+			.mReverse = test.mReverse,
+			.mMaintainPitch = test.mMaintainPitch,
+			.mScalerSpeed = test.mScalerSpeed,
+			.mItemStartTime = kTimeZero,
+			.mItemEndTime = At(480000)});
+		item->Preroll(kTimeZero, false);
+		dsp::AudioBuffer buffer(2, kMaxBlock);
+		float loudest = 0.0f;
+		long long frame = 0;
+		RunGuarded(40,
+			[&](unsigned inBlock)
+			{
+				unsigned const count = inBlock == 0 ? kMaxBlock : 1 + inBlock * 137 % kMaxBlock;
+				buffer.SetUseSize(count);
+				item->GetAudioData(At(frame), buffer, false);
+				loudest = std::max(loudest, std::fabs(buffer.GetChannel(1)[count / 2]));
+				frame += count;
+			});
+		EXPECT_GT(loudest, 0.2f);
+	}
+}
+
 TEST(TimeScalerRealtime, SpecializedResamplersTakeNoMemory)
 {
 	for (unsigned const rate : {24000u, 32000u})
