@@ -99,7 +99,7 @@ void SpliceEngine::Splice(Moment const& inMoment, bool inIsForced)
 	double const wanted = inMoment.mIdeal + target;
 	double lowest = wanted - mLengths.mSearch;
 	double highest = wanted + mLengths.mSearch;
-	double fade = mLengths.mLongFade;
+	double fade = mLengths.mLongestFade;
 	if (inMoment.mOnset != OnsetDetector::kNone)
 	{
 		// At a slower speed, what is played gets to an onset early and goes back before it as often as it has to.
@@ -131,8 +131,25 @@ void SpliceEngine::Splice(Moment const& inMoment, bool inIsForced)
 	range.mWanted = std::clamp(static_cast<std::int64_t>(wanted), range.mLowest, range.mHighest);
 	range.mWindow = mLengths.mWindow;
 	SpliceMatch const match = SpliceSearch::Find(mSound, mCoarse, range, mSettings.mPreferAccuracy ? 4 : 2);
-	double const length = match.mSimilarity > 0.95 ? mLengths.mLongFade : mLengths.mFade;
-	StartFade(match.mDistance, match.mSimilarity, std::min(fade, length));
+	Fade const chosen = ChooseFade(inMoment, match);
+	StartFade(match.mDistance, chosen.mSimilarity, std::min(fade, chosen.mLength));
+}
+
+// Where both stretches are alike for so long, the fade lasts until the next splice is due. Notes of a chord, which have no
+// period in common, then drift in phase steadily, by a fraction of a hertz, in place of a step at each splice.
+SpliceEngine::Fade SpliceEngine::ChooseFade(Moment const& inMoment, SpliceMatch const& inMatch) const
+{
+	if (inMatch.mSimilarity <= kAlike)
+	{
+		return {static_cast<double>(mLengths.mFade), inMatch.mSimilarity};
+	}
+	double const drift = std::max(std::fabs(1.0 - mStretch), 1e-6);
+	double const length =
+		std::clamp<double>(std::fabs(inMatch.mDistance) / drift, mLengths.mFade, mLengths.mLongestFade);
+	double const similarity = SpliceSearch::Compare(mSound, inMoment.mPlace,
+		inMoment.mPlace + std::llround(inMatch.mDistance), static_cast<unsigned>(length));
+	return similarity > kAlike ? Fade{length, similarity}
+							   : Fade{std::min<double>(length, mLengths.mLongFade), inMatch.mSimilarity};
 }
 
 // inDistance from what is played now on.
@@ -153,7 +170,7 @@ void SpliceEngine::StartFade(double inDistance, double inSimilarity, double inLe
 		tap = static_cast<float>(static_cast<double>(tap) / sum);
 	}
 	// At high speed, a long fade would take both stretches far from their place.
-	double const longest = 4.0 * mLengths.mLongFade / std::max(4.0, std::fabs(mStretch - 1.0));
+	double const longest = 4.0 * mLengths.mLongestFade / std::max(4.0, std::fabs(mStretch - 1.0));
 	mFadeLength = static_cast<unsigned>(std::clamp(inLength, 32.0, std::max(longest, 32.0)));
 	mFaded = 0;
 	mFadeSimilarity = std::clamp(inSimilarity, 0.0, 1.0);

@@ -16,6 +16,8 @@ namespace
 {
 
 constexpr float kDefaultReach = 37.0f;
+// What is compared, in milliseconds, where accuracy is preferred to time.
+constexpr double kAccurateWindow = 60.0;
 // Beyond this many source samples for a middle one, the history is not made longer: stretches then get off their
 // place more than elsewhere, and are brought back when the history ends.
 constexpr double kLargestStretch = 16.0;
@@ -85,10 +87,12 @@ SpliceEngine::SpliceEngine(
 	double const highest = std::max(1.0, ToFactor(mLimits.mMaxSemitones));
 	mSlack = static_cast<unsigned>((SincTable::ForRates().GetHalfWidth() + 4) * fastest / lowest) + 8;
 	unsigned const reach = mLengths.mOff + mLengths.mSearch + SpliceSearch::kMargin;
-	mLookAhead = reach + mLengths.mWindow + 2 * mLengths.mLongFade + 2 * kStep + kTaps + mSlack;
+	mLookAhead = reach + ToSamples(mSampleRate, kAccurateWindow) + 32 + 2 * mLengths.mLongestFade +
+				 2 * kStep + kTaps + mSlack;
 	double const stretch = std::min(fastest / lowest, kLargestStretch);
 	unsigned const behind =
-		reach + static_cast<unsigned>(stretch * (mLengths.mLongFade + kStep + mLengths.mAttack));
+		reach + static_cast<unsigned>(
+					stretch * (mLengths.mLongFade + kStep + mLengths.mAttack) + mLengths.mLongestFade);
 	unsigned const keep = (mLookAhead + mSlack + behind + 63) / 64 * 64;
 	unsigned const input = GetInputForBlock(mBlockSize, mLimits.mMinRatio);
 	mSource.Init(mNumChannels, keep, input);
@@ -112,9 +116,11 @@ void SpliceEngine::SetReach(float inMilliseconds)
 	mLengths.mSearch = ToSamples(mSampleRate, 10.0 * static_cast<double>(reach / kDefaultReach));
 	mLengths.mOff = ToSamples(mSampleRate, 25.0 * static_cast<double>(reach / kDefaultReach));
 	mLengths.mLeast = std::max(2u, ToSamples(mSampleRate, 2.5));
-	mLengths.mWindow = (ToSamples(mSampleRate, 22.0) / 32 + 1) * 32;
+	mLengths.mWindow =
+		(ToSamples(mSampleRate, mSettings.mPreferAccuracy ? kAccurateWindow : 22.0) / 32 + 1) * 32;
 	mLengths.mFade = std::max(kStep, ToSamples(mSampleRate, 8.0));
 	mLengths.mLongFade = std::max(kStep, ToSamples(mSampleRate, 30.0));
+	mLengths.mLongestFade = std::max(kStep, ToSamples(mSampleRate, 80.0));
 	mLengths.mOnsetFade = std::max(32u, ToSamples(mSampleRate, 5.0));
 	mLengths.mGuard = ToSamples(mSampleRate, 0.7);
 	mLengths.mAttack = ToSamples(mSampleRate, 8.0);
@@ -274,6 +280,13 @@ void SpliceEngine::MakeMiddle(std::int64_t inEnd)
 	}
 }
 
+double SpliceEngine::GetRise(unsigned inFaded) const
+{
+	return mFadeSimilarity > kAlike
+			   ? (inFaded + 0.5) / mFadeLength
+			   : static_cast<double>(GetFade()[(2ull * inFaded + 1) * 2048 / mFadeLength]);
+}
+
 void SpliceEngine::Render(unsigned inCount)
 {
 	std::int64_t const position = mMiddle.GetEnd();
@@ -287,7 +300,7 @@ void SpliceEngine::Render(unsigned inCount)
 	std::array<float, kStep> formerGains{};
 	for (unsigned i = 0; mFadeLength != 0 && i < inCount; ++i)
 	{
-		double const rise = static_cast<double>(GetFade()[(2ull * (mFaded + i) + 1) * 2048 / mFadeLength]);
+		double const rise = GetRise(mFaded + i);
 		double const power = 1.0 - 2.0 * rise * (1.0 - rise) * (1.0 - mFadeSimilarity);
 		double const scale = 1.0 / std::sqrt(power);
 		gains[i] = static_cast<float>(rise * scale);

@@ -10,6 +10,8 @@
 namespace dsp::stretch::omega
 {
 
+struct SpliceMatch;
+
 // Plays stretches of the source as they are, and goes on elsewhere whenever they have got too far from their place:
 // where the sound resembles most what would have followed, by a cross-fade. All channels are spliced at once.
 //
@@ -40,6 +42,9 @@ private:
 	static constexpr unsigned kTaps = 32;
 	static constexpr unsigned kTapsBefore = 15;
 
+	// Stretches that are more similar fade in a straight line, so that their phases move evenly.
+	static constexpr double kAlike = 0.95;
+
 	// A stretch of the source: middle sample m is that at m + mOffset, and mFraction beyond it.
 	struct Segment
 	{
@@ -59,10 +64,17 @@ private:
 		unsigned mWindow = 0;
 		unsigned mFade = 0;
 		unsigned mLongFade = 0;
+		unsigned mLongestFade = 0;
 		// Of the fade before an onset, the time between its end and the onset, and what follows an onset untouched.
 		unsigned mOnsetFade = 0;
 		unsigned mGuard = 0;
 		unsigned mAttack = 0;
+	};
+
+	struct Fade
+	{
+		double mLength = 0.0;
+		double mSimilarity = 0.0;
 	};
 
 	// What a decision looks at, in samples of the source.
@@ -89,6 +101,7 @@ private:
 	void TakeInput(float const* const* inInputs, unsigned inNumInput);
 	void MakeMiddle(std::int64_t inEnd);
 	void Render(unsigned inCount);
+	double GetRise(unsigned inFaded) const;
 	void ReadSegment(Segment const& inSegment, unsigned inChannel, unsigned inCount, float* outSamples) const;
 	void KeepWithinHistory(Segment& ioSegment, unsigned inCount) const;
 	void Convert(unsigned inNumOutput, float* const* outOutputs) const;
@@ -99,6 +112,7 @@ private:
 	Moment LookAhead() const;
 	bool MeetOnset(Moment const& inMoment);
 	void Splice(Moment const& inMoment, bool inIsForced);
+	Fade ChooseFade(Moment const& inMoment, SpliceMatch const& inMatch) const;
 	void StartFade(double inDistance, double inSimilarity, double inLength);
 
 	double mSampleRate;

@@ -27,7 +27,7 @@ struct OmegaLimits
 // How a stream is stretched.
 struct StreamSettings
 {
-	// Not 0: searches more places for each splice, for about a third more time.
+	// Not 0: compares more places, and more of the sound after them, for each splice.
 	unsigned char mPreferAccuracy = 0;
 	// How far, in milliseconds, a moment may be heard from its place, about; from 10 to 37.
 	float mReach = 37.0f;
