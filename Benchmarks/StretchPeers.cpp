@@ -1,5 +1,7 @@
 #include "StretchPeers.h"
 
+#include "Sonaro/IAudioTimeScalerFactory.h"
+#include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/stretch/omega/OmegaEngine.h"
 
 #include <algorithm>
@@ -33,14 +35,15 @@ using dsp::stretch::omega::OmegaEngineKind;
 
 Sound StretchByOmega(Sound const& inSound, double inRatio, OmegaEngineKind inKind)
 {
-	dsp::stretch::omega::SetOmegaEngineKind(inKind);
 	auto const channels = static_cast<unsigned>(inSound.size());
 	OmegaEngine* made = nullptr;
-	OmegaEngine::Create(
-		&made, static_cast<float>(kSampleRate), channels, kBlock, 0.0f, 0.1f, 10.0f, 0.0f, 0.0f);
+	OmegaEngine::CreateOfKind(
+		&made, inKind, static_cast<float>(kSampleRate), channels, kBlock, {0.1f, 10.0f, 0.0f, 0.0f});
 	std::unique_ptr<OmegaEngine, void (*)(OmegaEngine*)> const engine(made, &OmegaEngine::Destroy);
-	dsp::stretch::omega::SetOmegaEngineKind(OmegaEngineKind::kSplice);
-	engine->Begin(static_cast<float>(kSampleRate), nullptr, static_cast<unsigned>(inSound[0].size()));
+	dsp::stretch::omega::StreamSettings settings;
+	// As the command has it.
+	settings.mPreferAccuracy = 1;
+	engine->Begin(static_cast<float>(kSampleRate), &settings, static_cast<unsigned>(inSound[0].size()));
 	engine->SetRatio(static_cast<float>(inRatio), static_cast<float>(inRatio));
 	Sound output = MakeRoom(inSound, inRatio);
 	// What follows the end is silent.
@@ -64,6 +67,52 @@ Sound StretchByOmega(Sound const& inSound, double inRatio, OmegaEngineKind inKin
 		unsigned const needed = engine->GetInputNeeded(count);
 		engine->Process(count, inputs.data(), outputs.data());
 		taken += needed;
+		done += count;
+	}
+	return output;
+}
+
+SN::InterfaceRef<SN::IAudioTimeScaler> MakeScaler(double inRatio, unsigned inChannels)
+{
+	constexpr unsigned frameSize = 2048;
+	constexpr unsigned windowMode = 1;
+	auto const scaler = SN::GetAudioTimeScalerFactory()->CreateAudioTimeScaler(SN::RenderQuality::kHigh);
+	scaler->Init(inRatio, SN::FrameRate::FromSamplesPerSecond(static_cast<unsigned>(kSampleRate)), inChannels,
+		1.0, frameSize, windowMode);
+	return scaler;
+}
+
+// It cuts off at full scale, so it works a quarter as loud.
+Sound StretchByScaler(Sound const& inSound, double inRatio)
+{
+	constexpr float level = 0.25f;
+	auto const channels = static_cast<unsigned>(inSound.size());
+	auto const scaler = MakeScaler(inRatio, channels);
+	Sound output = MakeRoom(inSound, inRatio);
+	dsp::AudioBuffer input(channels, kBlock);
+	// What a block leads to, and a hop on either side of it.
+	dsp::AudioBuffer scaled(channels, static_cast<unsigned>(kBlock * inRatio) + 1200);
+	std::size_t done = 0;
+	for (std::size_t start = 0; done < output[0].size(); start += kBlock)
+	{
+		for (unsigned channel = 0; channel < channels; ++channel)
+		{
+			for (std::size_t i = 0; i < kBlock; ++i)
+			{
+				input.GetChannel(channel)[i] =
+					start + i < inSound[channel].size() ? level * inSound[channel][start + i] : 0.0f;
+			}
+		}
+		input.ClearSilenceFlags(dsp::SilenceFlags::All());
+		std::size_t const count = std::min<std::size_t>(
+			scaler->Process(input, scaled, kBlock, scaled.GetUseSize()), output[0].size() - done);
+		for (unsigned channel = 0; channel < channels; ++channel)
+		{
+			for (std::size_t i = 0; i < count; ++i)
+			{
+				output[channel][done + i] = scaled.GetChannel(channel)[i] / level;
+			}
+		}
 		done += count;
 	}
 	return output;
@@ -124,32 +173,43 @@ Sound StretchByRubberBand(Sound const& inSound, double inRatio, int inOptions)
 		inRatio);
 	stretcher.setMaxProcessSize(kBlock);
 	Sound output = MakeRoom(inSound, inRatio);
+	// Silence before the sound, of which it drops the output, and after it.
+	std::size_t const pad = stretcher.getPreferredStartPad();
+	std::size_t delay = stretcher.getStartDelay();
+	Sound input(channels);
+	for (std::size_t channel = 0; channel < channels; ++channel)
+	{
+		input[channel].assign(pad, 0.0f);
+		input[channel].insert(input[channel].end(), inSound[channel].begin(), inSound[channel].end());
+		input[channel].resize(input[channel].size() + 100000);
+	}
 	Sound block(channels, std::vector<float>(kBlock));
 	std::vector<float const*> inputs(channels);
 	std::vector<float*> outputs(channels);
-	std::size_t done = 0;
-	for (std::size_t start = 0; done < output[0].size() && start < inSound[0].size() + 100000;
-		 start += kBlock)
+	std::size_t taken = 0;
+	for (std::size_t done = 0; done < output[0].size() && taken < input[0].size();)
 	{
+		std::size_t const needed = std::min({std::max<std::size_t>(stretcher.getSamplesRequired(), 1),
+			std::size_t{kBlock}, input[0].size() - taken});
 		for (std::size_t channel = 0; channel < channels; ++channel)
 		{
-			std::size_t const from = std::min(start, inSound[0].size());
-			std::size_t const end = std::min(start + kBlock, inSound[0].size());
-			std::fill(block[channel].begin(), block[channel].end(), 0.0f);
-			std::copy(inSound[channel].begin() + static_cast<std::ptrdiff_t>(from),
-				inSound[channel].begin() + static_cast<std::ptrdiff_t>(end), block[channel].begin());
-			inputs[channel] = block[channel].data();
+			inputs[channel] = input[channel].data() + taken;
 		}
-		stretcher.process(inputs.data(), kBlock, false);
+		stretcher.process(inputs.data(), needed, false);
+		taken += needed;
 		for (int available = stretcher.available(); available > 0 && done < output[0].size();
 			 available = stretcher.available())
 		{
+			std::size_t const count =
+				std::min({static_cast<std::size_t>(available), std::size_t{kBlock}, output[0].size() - done});
+			std::size_t const wanted = delay > 0 ? std::min(count, delay) : count;
 			for (std::size_t channel = 0; channel < channels; ++channel)
 			{
-				outputs[channel] = output[channel].data() + done;
+				outputs[channel] = delay > 0 ? block[channel].data() : output[channel].data() + done;
 			}
-			done += stretcher.retrieve(
-				outputs.data(), std::min(static_cast<std::size_t>(available), output[0].size() - done));
+			std::size_t const got = stretcher.retrieve(outputs.data(), wanted);
+			done += delay > 0 ? 0 : got;
+			delay -= delay > 0 ? got : 0;
 		}
 	}
 	return output;
@@ -159,6 +219,8 @@ Sound StretchByRubberBand(Sound const& inSound, double inRatio, int inOptions)
 std::vector<Stretcher> MakeStretchers()
 {
 	std::vector<Stretcher> stretchers;
+	stretchers.push_back(
+		{"Scaler", &StretchByScaler, [](double inRatio) { return MakeScaler(inRatio, 1)->GetRatio(); }});
 	stretchers.push_back({"Omega", [](Sound const& inSound, double inRatio)
 		{ return StretchByOmega(inSound, inRatio, OmegaEngineKind::kSplice); }});
 	if (dsp::stretch::omega::IsOmegaEngineKindBuiltIn(OmegaEngineKind::kRubberBand))
@@ -172,6 +234,12 @@ std::vector<Stretcher> MakeStretchers()
 #if defined(SONARO_HAS_RUBBERBAND)
 	stretchers.push_back({"Rubber Band R2", [](Sound const& inSound, double inRatio)
 		{ return StretchByRubberBand(inSound, inRatio, RubberBandStretcher::OptionEngineFaster); }});
+	// Its detector of transients, which is on otherwise, resets the phases of plain tones all the time.
+	stretchers.push_back({"Rubber Band R2, smooth", [](Sound const& inSound, double inRatio)
+		{
+			return StretchByRubberBand(inSound, inRatio,
+				RubberBandStretcher::OptionEngineFaster | RubberBandStretcher::OptionTransientsSmooth);
+		}});
 	stretchers.push_back({"Rubber Band R3", [](Sound const& inSound, double inRatio)
 		{ return StretchByRubberBand(inSound, inRatio, RubberBandStretcher::OptionEngineFiner); }});
 #endif

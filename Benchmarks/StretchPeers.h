@@ -18,6 +18,8 @@ struct Stretcher
 	std::string mName;
 	// The sound made longer by the ratio; may come late by a few hundred milliseconds, and be cut short.
 	std::function<Sound(Sound const& inSound, double inRatio)> mStretch;
+	// The ratio that it reaches for the one that is asked for.
+	std::function<double(double inRatio)> mGetRatio = [](double inRatio) { return inRatio; };
 };
 
 // The engine's own, and those of other libraries that are installed. A new one is another entry of the list.
