@@ -96,6 +96,12 @@ void MulRamp(
 	sChoice->mMulRamp(inCount, inInput, inRamp, inFirst, outOutput);
 }
 
+void Convolve(
+	unsigned inCount, float const* inInput, unsigned inNumTaps, float const* inTaps, float* outOutput)
+{
+	sChoice->mConvolve(inCount, inInput, inNumTaps, inTaps, outOutput);
+}
+
 float FindPeak(unsigned inCount, float const* inInput)
 {
 	return sChoice->mFindPeak(inCount, inInput);

@@ -11,6 +11,7 @@ namespace zorvaccelerate::utility::VectorArithmeticTest
 constexpr unsigned kLargestCount = 67;
 constexpr LinearRamp kRamp{0.3f, -1.7f, 4801.0f};
 constexpr unsigned kRampFirst = 4700;
+constexpr float kTaps[5] = {0.3f, -1.7f, 1e-20f, 0.0f, 3.1f};
 
 using Values = std::vector<float> const&;
 // One operation: what a variant does to an output, given two inputs, and what each element should be.
@@ -43,6 +44,18 @@ constexpr Operation kOperations[] = {
 		{
 			float const rise = Rounded(kRamp.mDelta * static_cast<float>(kRampFirst + i));
 			return Rounded(a[i] * Rounded(kRamp.mStart + Rounded(rise / kRamp.mLength)));
+		}},
+	{"convolve",
+		[](auto& v, unsigned n, auto a, auto, float* out)
+		{ v.mConvolve(n < 4 ? 0 : n - 4, a, 5, kTaps, out); },
+		[](Values a, Values, Values out, std::size_t i)
+		{
+			float sum = 0.0f;
+			for (std::size_t tap = 0; i + 4 < a.size() && tap < 5; ++tap)
+			{
+				sum = Rounded(sum + Rounded(a[i + tap] * kTaps[tap]));
+			}
+			return i + 4 < a.size() ? sum : out[i];
 		}},
 	{"integers to floats",
 		[](auto& v, unsigned n, auto, auto, float* out) { v.mConvertInt32ToFloat32(n, out); },

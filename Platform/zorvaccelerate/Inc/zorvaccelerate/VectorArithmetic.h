@@ -38,6 +38,11 @@ struct LinearRamp
 ZORV_API void MulRamp(
 	unsigned inCount, float const* inInput, LinearRamp const& inRamp, unsigned inFirst, float* outOutput);
 
+// out(i) = ((0 + in(i) * tap(0)) + in(i + 1) * tap(1)) + ... , each step rounded to 32 bits in that order: a filter over
+// inCount + inNumTaps - 1 inputs. The output overlaps no input.
+ZORV_API void Convolve(
+	unsigned inCount, float const* inInput, unsigned inNumTaps, float const* inTaps, float* outOutput);
+
 // The largest magnitude, 0 for no elements. What is not a number is passed over.
 ZORV_API float FindPeak(unsigned inCount, float const* inInput);
 

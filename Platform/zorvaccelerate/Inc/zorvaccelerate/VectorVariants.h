@@ -18,6 +18,7 @@ struct VectorVariant
 	float (*mFindPeak)(unsigned, float const*);
 	void (*mConvertInt32ToFloat32)(unsigned, void*);
 	void (*mMulTwoConstants)(unsigned, float const*, float, float, float*);
+	void (*mConvolve)(unsigned, float const*, unsigned, float const*, float*);
 };
 
 // Those that this processor can run, the plainest first. The last one is in use.

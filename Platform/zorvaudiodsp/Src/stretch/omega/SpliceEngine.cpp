@@ -2,11 +2,11 @@
 
 #include "stretch/omega/SincTable.h"
 #include "stretch/omega/SpliceSearch.h"
+#include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
 namespace dsp::stretch::omega
@@ -48,25 +48,6 @@ std::array<float, 4096> const& GetFade()
 {
 	static std::array<float, 4096> const sFade = MakeFade();
 	return sFade;
-}
-
-// Eight outputs at a time, each adding its taps one after the other; reads up to seven samples more than it needs.
-void Filter(
-	float const* inTaps, unsigned inNumTaps, float const* inSamples, unsigned inCount, float* outSamples)
-{
-	using Lanes = float __attribute__((vector_size(32)));
-	for (unsigned i = 0; i < inCount; i += 8)
-	{
-		Lanes sums{};
-		for (unsigned k = 0; k < inNumTaps; ++k)
-		{
-			Lanes samples;
-			std::memcpy(&samples, inSamples + i + k, sizeof(samples));
-			sums += samples * inTaps[k];
-		}
-		unsigned const count = std::min(8u, inCount - i);
-		std::memcpy(outSamples + i, &sums, count * sizeof(float));
-	}
 }
 
 } // namespace
@@ -280,11 +261,30 @@ void SpliceEngine::MakeMiddle(std::int64_t inEnd)
 	}
 }
 
-double SpliceEngine::GetRise(unsigned inFaded) const
+// By how much both stretches are heard, so that power stays.
+void SpliceEngine::FillGains(unsigned inCount, float* outGains, float* outFormerGains) const
 {
-	return mFadeSimilarity > kAlike
-			   ? (inFaded + 0.5) / mFadeLength
-			   : static_cast<double>(GetFade()[(2ull * inFaded + 1) * 2048 / mFadeLength]);
+	auto const difference = static_cast<float>(1.0 - mFadeSimilarity);
+	if (mFadeSimilarity > kAlike)
+	{
+		// At a difference of 0.05, a straight line is within 0.1 % of the root.
+		auto const length = static_cast<float>(mFadeLength);
+		for (unsigned i = 0; i < inCount; ++i)
+		{
+			float const rise = (static_cast<float>(static_cast<int>(mFaded + i)) + 0.5f) / length;
+			float const scale = 1.0f + rise * (1.0f - rise) * difference;
+			outGains[i] = rise * scale;
+			outFormerGains[i] = (1.0f - rise) * scale;
+		}
+		return;
+	}
+	for (unsigned i = 0; i < inCount; ++i)
+	{
+		float const rise = GetFade()[(2ull * (mFaded + i) + 1) * 2048 / mFadeLength];
+		float const scale = 1.0f / std::sqrt(1.0f - 2.0f * rise * (1.0f - rise) * difference);
+		outGains[i] = rise * scale;
+		outFormerGains[i] = (1.0f - rise) * scale;
+	}
 }
 
 void SpliceEngine::Render(unsigned inCount)
@@ -296,15 +296,11 @@ void SpliceEngine::Render(unsigned inCount)
 		KeepWithinHistory(mNext, inCount);
 	}
 	mMiddle.Extend(inCount);
-	std::array<float, kStep> gains{};
-	std::array<float, kStep> formerGains{};
-	for (unsigned i = 0; mFadeLength != 0 && i < inCount; ++i)
+	std::array<float, kStep> gains;
+	std::array<float, kStep> formerGains;
+	if (mFadeLength != 0)
 	{
-		double const rise = GetRise(mFaded + i);
-		double const power = 1.0 - 2.0 * rise * (1.0 - rise) * (1.0 - mFadeSimilarity);
-		double const scale = 1.0 / std::sqrt(power);
-		gains[i] = static_cast<float>(rise * scale);
-		formerGains[i] = static_cast<float>((1.0 - rise) * scale);
+		FillGains(inCount, gains.data(), formerGains.data());
 	}
 	for (unsigned channel = 0; channel < mNumChannels; ++channel)
 	{
@@ -337,7 +333,8 @@ void SpliceEngine::ReadSegment(
 		std::copy_n(mSource.At(inChannel, position), inCount, outSamples);
 		return;
 	}
-	Filter(inSegment.mTaps.data(), kTaps, mSource.At(inChannel, position - kTapsBefore), inCount, outSamples);
+	zorvaccelerate::utility::Convolve(
+		inCount, mSource.At(inChannel, position - kTapsBefore), kTaps, inSegment.mTaps.data(), outSamples);
 }
 
 // Brings a stretch back to its place that has got so far off it that its samples are not kept.

@@ -101,7 +101,7 @@ private:
 	void TakeInput(float const* const* inInputs, unsigned inNumInput);
 	void MakeMiddle(std::int64_t inEnd);
 	void Render(unsigned inCount);
-	double GetRise(unsigned inFaded) const;
+	void FillGains(unsigned inCount, float* outGains, float* outFormerGains) const;
 	void ReadSegment(Segment const& inSegment, unsigned inChannel, unsigned inCount, float* outSamples) const;
 	void KeepWithinHistory(Segment& ioSegment, unsigned inCount) const;
 	void Convert(unsigned inNumOutput, float* const* outOutputs) const;
