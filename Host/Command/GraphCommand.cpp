@@ -157,6 +157,7 @@ public:
 		Add("--track", mTrack, "NAME",
 			"Draw only this track: its name, or its number from 1, counting tracks of all kinds");
 		AddFlag("--all", mShowsAll, "Also draw silence between items and panners that change nothing");
+		mStretch.AddForAll(GetParser());
 		AddTimelineOptions(GetParser(), mMediaFolders, mFades);
 		AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
 		GetParser().footer("Solid lines carry sound between nodes; dashed lines come from the processors of "
@@ -187,6 +188,7 @@ public:
 		options.mSampleRate = mSampleRate;
 		options.mLayout = layout.ParseLayout();
 		options.mFadeShape = ParseFades(mFades);
+		mStretch.Fill(options);
 		Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
 		OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
 		Otio::TimelineSequence sequence = input.MakeSequence(options);
@@ -230,6 +232,7 @@ private:
 	std::optional<int> mSampleRate;
 	std::optional<std::size_t> mDepth;
 	std::string mTrack;
+	StretchOptions mStretch;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;
 	bool mShowsAll = false;

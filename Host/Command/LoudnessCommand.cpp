@@ -1,6 +1,7 @@
 #include "Command.h"
 
 #include "Options/SharedOptions.h"
+#include "Options/StretchOptions.h"
 #include "Report/LoudnessRows.h"
 #include "Report/RenderedFileRows.h"
 #include "Report/TimelineNotes.h"
@@ -51,10 +52,13 @@ public:
 		Add("--start", mStart, "TIME", "Where to start in a single input");
 		Add("--duration", mDuration, "TIME", "How much of a single input to measure, at most to its end");
 		AddStreamOption(GetParser(), mStream);
+		mStretch.AddForSoundFiles(GetParser());
+		mStretch.AddForAll(GetParser());
 		Add("--range", mRange, "RANGE",
 			"Measure only this part of a single timeline, as in \"sonaro render\"");
 		AddTimelineOptions(GetParser(), mMediaFolders, mFades);
-		GroupByInput(GetParser(), {"--start", "--duration", "--stream"}, {"--range", "--media", "--fades"});
+		GroupByInput(GetParser(), {"--start", "--duration", "--stream", "--speed", "--pitch"},
+			{"--range", "--media", "--fades"});
 		GetParser().footer("Loudness is measured by EBU R 128 (ITU-R BS.1770), the loudness range by EBU "
 						   "Tech 3342. Maxima are\n"
 						   "those of the momentary loudness (0.4 s) and the short-term loudness (3 s), with "
@@ -154,6 +158,7 @@ private:
 		input.mStream = mStream;
 		input.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
 		input.mDuration = ParseTimeIfGiven("--duration", mDuration);
+		mStretch.Fill(request);
 		ClipRenderJob job(std::move(request));
 		RenderSummary const summary = RunJob(job, job.GetSampleRate(), mIsQuiet);
 		Warn(inInput, summary);
@@ -167,6 +172,7 @@ private:
 		request.mInput = inInput;
 		request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 		request.mOptions.mFadeShape = ParseFades(mFades);
+		mStretch.Fill(request.mOptions);
 		request.mRange = mRange;
 		request.mKeepsRows = false;
 		Otio::TimelineRenderJob job(std::move(request));
@@ -241,6 +247,7 @@ private:
 	std::string mStart;
 	std::string mDuration;
 	unsigned mStream = 0;
+	StretchOptions mStretch;
 	std::string mRange;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;

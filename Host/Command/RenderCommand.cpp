@@ -166,16 +166,8 @@ private:
 			->check(CLI::Range(1u, kMostJobs));
 		AddFlag("--as-playback", mIsPlayback,
 			"Read ahead on another thread, as during playback, and report misses; the output is the same");
-		Add("--speed", mSpeed, "S",
-			"Playback speed, 0.01 to 100: 2 is half as long and, without --keep-pitch, an octave up");
-		AddFlag("--keep-pitch", mOptions.mKeepsPitch,
-			"Keep the pitch at speeds from 0.1 to 10; in a timeline, that of clips that do not say "
-			"otherwise");
-		Add("--pitch", mSemitones, "SEMITONES", "Shift the pitch, -24 to 24 semitones; the length stays");
-		Add("--stretch", mOptions.mStretch, "NAME",
-			"What keeps and shifts pitches: scaler, omega or rubberband, as far as they are built in "
-			"(default: scaler)")
-			->check(CLI::IsMember({"scaler", "omega", "rubberband"}));
+		mOptions.mStretch.AddForSoundFiles(GetParser());
+		mOptions.mStretch.AddForAll(GetParser());
 		Add("--rate", mOptions.mSampleRate, "HZ",
 			"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first input; "
 			"of a timeline, that of most clips)");
@@ -302,10 +294,7 @@ private:
 		request.mContainer = mOptions.ChooseContainer();
 		request.mLayout = MakeLayoutRequest();
 		request.mDirection = mIsReverse ? RenderDirection::kReverse : RenderDirection::kForward;
-		request.mSpeed = mSpeed;
-		request.mKeepsPitch = mOptions.mKeepsPitch;
-		request.mSemitones = mSemitones;
-		request.mStretchEngine = mOptions.ChooseStretchEngine();
+		mOptions.mStretch.Fill(request);
 		request.mSampleRate = mOptions.mSampleRate;
 		request.mResampling = mOptions.ChooseResampling();
 		request.mAsPlayback = mIsPlayback;
@@ -440,8 +429,6 @@ private:
 	std::optional<double> mPan;
 	std::string mMixdown;
 	bool mIsReverse = false;
-	double mSpeed = 1.0;
-	double mSemitones = 0.0;
 	bool mIsPlayback = false;
 };
 

@@ -86,8 +86,7 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mOptions.mLayout = mShared.ParseLayout();
 	request.mOptions.mFadeShape = ParseFades(mFades);
 	request.mOptions.mResampling = mShared.ChooseResampling();
-	request.mOptions.mKeepsPitch = mShared.mKeepsPitch;
-	request.mOptions.mStretchEngine = mShared.ChooseStretchEngine();
+	mShared.mStretch.Fill(request.mOptions);
 	request.mRange = mRange;
 	request.mKeepsRows = !mShared.mReport.empty();
 	return request;

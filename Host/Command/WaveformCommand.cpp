@@ -1,6 +1,7 @@
 #include "Command.h"
 
 #include "Options/SharedOptions.h"
+#include "Options/StretchOptions.h"
 #include "Report/Levels.h"
 #include "Report/TimelineNotes.h"
 #include "SonaroHost/Base/HostError.h"
@@ -154,7 +155,8 @@ public:
 		AddPictureOptions();
 		AddTimelineOptions(GetParser(), mMediaFolders, mFades);
 		GroupByInput(GetParser(),
-			{"--start", "--duration", "--samples-per-column", "--stream", "--channels", "--bits"},
+			{"--start", "--duration", "--speed", "--pitch", "--samples-per-column", "--stream", "--channels",
+				"--bits"},
 			{"--media", "--fades"});
 		GetParser().footer(
 			"PNG and SVG are pictures; JSON and DAT hold minima and maxima for waveform viewers in "
@@ -209,6 +211,8 @@ private:
 	{
 		Add("--start", mStart, "TIME", "Where in the input to start");
 		Add("--duration", mDuration, "TIME", "How much of the input to show, at most to its end");
+		mStretch.AddForSoundFiles(GetParser());
+		mStretch.AddForAll(GetParser());
 		CLI::Option* const width = Add("--width", mWidth, "COLUMNS",
 			"Width in pixels, up to 32767 (default: 1200); for JSON and DAT, the most columns");
 		Add("--samples-per-column", mSamplesPerColumn, "SAMPLES",
@@ -252,6 +256,7 @@ private:
 		CheckOptionsFit(request.mFormat);
 		request.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
 		request.mDuration = ParseTimeIfGiven("--duration", mDuration);
+		mStretch.Fill(request);
 		request.mWidth = mWidth;
 		request.mSamplesPerColumn = mSamplesPerColumn;
 		request.mChannels = mChannels == "merged" ? WaveformChannels::kMerged : WaveformChannels::kStacked;
@@ -271,6 +276,7 @@ private:
 		request.mOutput = mOutput;
 		request.mFormat = ChooseWaveformFormat(mFormat, mOutput);
 		request.mOptions.mFadeShape = ParseFades(mFades);
+		mStretch.Fill(request.mOptions);
 		if (mWidth)
 		{
 			request.mWidth = static_cast<unsigned>(std::clamp<std::int64_t>(*mWidth, 0, kMaxPictureSize + 1));
@@ -336,6 +342,7 @@ private:
 	std::string mFormat;
 	std::string mStart;
 	std::string mDuration;
+	StretchOptions mStretch;
 	std::optional<std::int64_t> mWidth;
 	std::optional<std::int64_t> mSamplesPerColumn;
 	unsigned mStream = 0;

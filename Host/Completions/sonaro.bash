@@ -17,17 +17,20 @@ _sonaro()
 	"render --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"render --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	"waveform --format") COMPREPLY=($(compgen -W "png svg json dat" -- "$word")); return ;;
+	"waveform --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
 	"waveform --theme") COMPREPLY=($(compgen -W "light dark" -- "$word")); return ;;
 	"waveform --scale") COMPREPLY=($(compgen -W "linear db" -- "$word")); return ;;
 	"waveform --channels") COMPREPLY=($(compgen -W "stacked merged" -- "$word")); return ;;
 	"waveform --bits") COMPREPLY=($(compgen -W "8 16" -- "$word")); return ;;
 	"waveform --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"waveform --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	"loudness --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
 	"loudness --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"loudness --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	"info --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"graph --format") COMPREPLY=($(compgen -W "svg png dot" -- "$word")); return ;;
 	"graph --layout") COMPREPLY=($(compgen -W "mono stereo 5.1" -- "$word")); return ;;
+	"graph --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
 	"graph --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"graph --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	esac
@@ -35,10 +38,10 @@ _sonaro()
 	-*)
 		case "$command" in
 		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --report --strict --quiet --json --at --start --duration --reverse --as-playback --speed --pitch --stream --channels --pan --mixdown --range --stems --media --fades" -- "$word")) ;;
-		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
-		loudness) COMPREPLY=($(compgen -W "-h --help -o --output --no-overwrite --quiet --json --start --duration --stream --range --media --fades" -- "$word")) ;;
+		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --keep-pitch --stretch --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --speed --pitch --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
+		loudness) COMPREPLY=($(compgen -W "-h --help -o --output --no-overwrite --quiet --json --keep-pitch --stretch --start --duration --stream --speed --pitch --range --media --fades" -- "$word")) ;;
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;
-		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --all --media --fades --quiet" -- "$word")) ;;
+		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --all --keep-pitch --stretch --media --fades --quiet" -- "$word")) ;;
 		esac
 		;;
 	*)

@@ -392,6 +392,28 @@ TEST_F(CommandTest, WrongOptionsOfRendersEndWith2AndOneLine)
 		});
 }
 
+TEST_F(CommandTest, WaveformsAndLoudnessOfOtherSpeedsAndPitchesAreThoseOfTheRender)
+{
+	WriteInput();
+	auto const measure = [this](Words const& inWords)
+	{
+		return Json::parse(
+			Run(Join({"loudness", "--quiet", "--json"}, inWords)).mOutput)["inputs"][0]["integratedLufs"];
+	};
+	for (Words const& words : {Words{"--speed", "1.5"}, {"--speed", "0.8", "--keep-pitch", "--start", "0.1"},
+			 {"--pitch", "-3", "--start", "0.2"},
+			 {"--speed", "1.25", "--keep-pitch", "--pitch", "2", "--stretch", "omega"}})
+	{
+		SCOPED_TRACE(testing::PrintToString(words));
+		Words const part = Join(words, {"--duration", "0.7"});
+		ASSERT_EQ(Run(Join({"render", "in.wav", "-o", "out.wav"}, part)).mExitCode, 0);
+		ASSERT_EQ(Run(Join({"waveform", "in.wav", "-o", "heard.dat"}, part)).mExitCode, 0);
+		ASSERT_EQ(Run({"waveform", "out.wav", "-o", "out.dat"}).mExitCode, 0);
+		EXPECT_TRUE(ReadBytes(mFolder / "heard.dat") == ReadBytes(mFolder / "out.dat"));
+		EXPECT_EQ(measure(Join({"in.wav"}, part)), measure({"out.wav"}));
+	}
+}
+
 TEST_F(CommandTest, WrongOptionsOfWaveformsEndWith2AndOneLine)
 {
 	ExpectWrongOptions({"waveform", "in.wav", "-o", "out.png"},
@@ -417,6 +439,9 @@ TEST_F(CommandTest, WrongOptionsOfWaveformsEndWith2AndOneLine)
 			{{"--bits", "x", "--format", "dat"}, "--bits: 'x' is not valid; use 8 or 16"},
 			{{"--height", "100", "--format", "dat"}, "--height applies only to pictures, not to DAT"},
 			{{"--start", "soon"}, "--start: 'soon' is not a time"},
+			{{"--speed", "0.001"}, "a speed of 0.001 is out of range; use 0.01 to 100"},
+			{{"--speed", "100", "--duration", "10s"}, "there is less than one sample to draw"},
+			{{"--speed", "12", "--keep-pitch"}, "a speed of 12 cannot keep its pitch; use 0.1 to 10"},
 		});
 }
 

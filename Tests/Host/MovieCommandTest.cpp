@@ -88,6 +88,24 @@ TEST_F(MovieCommandTest, StreamsAreChosenByOptionAndByMetadata)
 	EXPECT_EQ(Run({"render", "edit.otio", "-o", "film.wav"}).mExitCode, 0);
 }
 
+// A codec with a delay, which is decoded in order, here in a container with edit lists.
+TEST_F(MovieCommandTest, MoviesKeepTheirPitchLikeTheSoundInThem)
+{
+	RunFfmpeg("-f lavfi -i color=s=16x16:r=25:d=2 -i " + Path("stereo.wav") + " -c:v mpeg2video -c:a aac " +
+			  Path("film.mp4"));
+	ASSERT_EQ(Run({"render", "film.mp4", "-o", "decoded.wav"}).mExitCode, 0);
+	for (Words const& words : {Words{"--speed", "1.25", "--keep-pitch"}, {"--pitch", "2", "--start", "0.5"},
+			 {"--speed", "0.8", "--keep-pitch", "--stretch", "omega", "--reverse"}})
+	{
+		SCOPED_TRACE(testing::PrintToString(words));
+		ASSERT_EQ(Run(Join({"render", "film.mp4", "-o", "film.wav"}, words)).mExitCode, 0);
+		ASSERT_EQ(Run(Join({"render", "decoded.wav", "-o", "sound.wav"}, words)).mExitCode, 0);
+		Sound const film = ReadSound(mFolder / "film.wav");
+		EXPECT_GT(film.GetFrames(), kRate);
+		EXPECT_TRUE(SameBits(film, ReadSound(mFolder / "sound.wav")));
+	}
+}
+
 TEST_F(MovieCommandTest, InfoShowsStreamsAndStart)
 {
 	WriteFilm();

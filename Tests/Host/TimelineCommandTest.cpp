@@ -619,6 +619,30 @@ TEST_F(TimelineCommandTest, TheGraphHasTheNamesOfTheTimelineAndSilenceOnlyIfAllI
 	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("Dia &amp; logue"));
 }
 
+TEST_F(TimelineCommandTest, AllCommandsKeepThePitchOfClips)
+{
+	Json const warp{{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", 1.5}};
+	WriteTimeline("fast.otio",
+		{Track("Tone", {With(Clip("fast", "tone.wav", 0.0, 2.0), {{"effects", Json::array({warp})}})})});
+	Words const kept{"fast.otio", "--keep-pitch", "--stretch", "omega"};
+	ASSERT_EQ(Run(Join({"render", "-o", "mix.wav"}, kept)).mExitCode, 0);
+	auto const measure = [this](Words const& inWords) {
+		return Json::parse(Run(Join({"loudness", "--json"}, inWords)).mOutput)["inputs"][0]["integratedLufs"];
+	};
+	EXPECT_EQ(measure(kept), measure({"mix.wav"}));
+	EXPECT_NE(measure(kept), measure({"fast.otio"}));
+	auto const write = [this](Words const& inWords, std::string const& inOutput)
+	{
+		EXPECT_EQ(Run(Join(inWords, {"-o", inOutput})).mExitCode, 0);
+		return ReadBytes(mFolder / inOutput);
+	};
+	for (auto const& [command, output] : {std::pair("waveform", "out.svg"), {"graph", "out.dot"}})
+	{
+		EXPECT_NE(write(Join({command}, kept), output), write({command, "fast.otio"}, output));
+	}
+	ExpectRefusal({"loudness", "fast.otio", "--pitch", "2"}, 2, {"--pitch applies only to sound files"});
+}
+
 TEST_F(TimelineCommandTest, TheGraphShortensLongNamesAndNamesWhatWorksForThem)
 {
 	std::string const shown(20, 'a');

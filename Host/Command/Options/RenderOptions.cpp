@@ -90,13 +90,6 @@ Sequence::Resampling RenderOptions::ChooseResampling() const
 									 : Sequence::Resampling::kExact;
 }
 
-StretchEngine RenderOptions::ChooseStretchEngine() const
-{
-	return mStretch == "omega"        ? StretchEngine::kOmega
-		   : mStretch == "rubberband" ? StretchEngine::kRubberBand
-									  : StretchEngine::kScaler;
-}
-
 bool RenderOptions::WantsPage() const
 {
 	std::string const ending = GetLowerEnding(mReport);

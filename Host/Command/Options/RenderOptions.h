@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Sonaro/Types.h"
-#include "SonaroHost/Media/Stretch.h"
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Sequence/Resampling.h"
+#include "StretchOptions.h"
 
 #include <optional>
 #include <string>
@@ -21,8 +21,7 @@ struct RenderOptions
 	std::string mLayout;
 	std::optional<int> mSampleRate;
 	std::string mResampling;
-	bool mKeepsPitch = false;
-	std::string mStretch;
+	StretchOptions mStretch;
 	std::optional<unsigned> mBlockFrames;
 	std::optional<unsigned> mJobs;
 	double mGainDecibels = 0.0;
@@ -40,7 +39,6 @@ struct RenderOptions
 	SonaroHost::OutputContainer ChooseContainer() const;
 	std::optional<SN::AudioChannelLayout> ParseLayout() const;
 	SonaroHost::Sequence::Resampling ChooseResampling() const;
-	SonaroHost::StretchEngine ChooseStretchEngine() const;
 	// Whether the report is a page of HTML, by its name.
 	bool WantsPage() const;
 	// What --strict refuses: missing media, or whatever is not as it should be.

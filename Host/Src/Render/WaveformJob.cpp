@@ -1,5 +1,7 @@
 #include "SonaroHost/Render/WaveformJob.h"
 
+#include "Media/Stretch/StretchedInfo.h"
+#include "Render/StretchChoice.h"
 #include "Sonaro/AudioWaveformQueue.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
@@ -7,6 +9,7 @@
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "SonaroHost/Files/OutputFile.h"
 #include "SonaroHost/Files/OutputPlan.h"
+#include "SonaroHost/Media/AudioFileInspection.h"
 #include "SonaroHost/Render/JobChecks.h"
 #include "SonaroHost/Waveform/PeakWaveformGenerator.h"
 #include "Waveform/WaveformData.h"
@@ -74,13 +77,10 @@ std::future<int> QueueWaveform(std::function<int()> inTask)
 } // namespace
 
 WaveformJob::WaveformJob(WaveformRequest inRequest)
-	: mRequest(std::move(inRequest)),
-	  mSource(AudioFileSource::Open(mRequest.mInput, std::nullopt, mRequest.mStream))
+	: mRequest(std::move(inRequest))
 {
+	Open();
 	OutputPlan{{mRequest.mOutput}, {}, {mRequest.mInput}, {}, mRequest.mReplace}.Check();
-	FrameRange const range = ChooseRange(GetInputInfo(), mRequest.mStart, mRequest.mDuration);
-	mFirstFrame = range.mFirst;
-	mFrames = range.mFrames;
 	ChooseColumns();
 	if (mRequest.mBits != 8 && mRequest.mBits != 16)
 	{
@@ -105,6 +105,35 @@ WaveformJob::WaveformJob(WaveformRequest inRequest)
 		Refuse("a floor of " + FormatNumber(style.mFloorDecibels) +
 			   " dB is out of range; use -1000 up to a value below 0");
 	}
+}
+
+void WaveformJob::Open()
+{
+	auto stretch =
+		ChooseStretch(mRequest.mSpeed, mRequest.mKeepsPitch, mRequest.mSemitones, mRequest.mStretchEngine);
+	if (!stretch && mRequest.mSpeed != 1.0)
+	{
+		// Conversion alone: at a ratio of 1, this engine passes on what it gets.
+		stretch.emplace();
+		stretch->mSpeed = stretch->mPitch = Ratio::FromExactDouble(mRequest.mSpeed);
+		stretch->mEngine = StretchEngine::kOmega;
+	}
+	AudioFileInfo const info = InspectAudioFile(mRequest.mInput, mRequest.mStream);
+	FrameRange const range = ChooseRange(info, mRequest.mStart, mRequest.mDuration);
+	mFirstFrame = range.mFirst;
+	mFrames = range.mFrames;
+	if (stretch)
+	{
+		stretch->mStart = Ratio(range.mFirst);
+		mFrames = stretch->CountFrames(range.mFirst + range.mFrames);
+		mFirstFrame = 0;
+	}
+	if (mFrames < 1)
+	{
+		Refuse(
+			QuotePath(info.mPath) + ": at this speed there is less than one sample to draw; use a lower one");
+	}
+	mSource = AudioFileSource::Open(stretch ? MakeStretched(info, *stretch) : info);
 }
 
 void WaveformJob::ChooseColumns()

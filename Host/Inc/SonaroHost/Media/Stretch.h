@@ -21,6 +21,9 @@ enum class StretchEngine
 	kRubberBand,
 };
 
+// What stretches where nothing else is asked for.
+inline constexpr StretchEngine kDefaultStretchEngine = StretchEngine::kScaler;
+
 // How a file is heard as another recording, at a speed and a pitch of its own.
 //
 // Position  Frame k of the recording stands exactly at the file's frame mStart + k * mSpeed, so that nothing drifts;
@@ -38,7 +41,7 @@ struct Stretch
 	Ratio mSpeed = Ratio(1);
 	// What all frequencies are multiplied by, above 0. The engine may miss it a little.
 	Ratio mPitch = Ratio(1);
-	StretchEngine mEngine = StretchEngine::kScaler;
+	StretchEngine mEngine = kDefaultStretchEngine;
 	// The file's frame at which the recording begins, or a place between two; 0 or above.
 	Ratio mStart;
 

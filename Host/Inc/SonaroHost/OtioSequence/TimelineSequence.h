@@ -27,7 +27,7 @@ struct TimelineOptions
 	Sequence::Resampling mResampling = Sequence::Resampling::kExact;
 	// Whether clips at other speeds keep their pitch where their time warps do not say so.
 	bool mKeepsPitch = false;
-	StretchEngine mStretchEngine = StretchEngine::kScaler;
+	StretchEngine mStretchEngine = kDefaultStretchEngine;
 };
 
 // A timeline as a sequence that a graph can be made of, and what is to be reported about it.

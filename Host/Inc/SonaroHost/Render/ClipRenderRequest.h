@@ -14,7 +14,7 @@
 namespace SonaroHost
 {
 
-// The speeds that a render may be asked for.
+// The speeds that a render or a waveform may be asked for.
 inline constexpr double kLowestSpeed = 0.01;
 inline constexpr double kHighestSpeed = 100.0;
 
@@ -60,7 +60,7 @@ struct ClipRenderRequest : OutputRequest
 	bool mKeepsPitch = false;
 	// By how much the pitch is shifted besides, length staying: at most Stretch::kMostSemitones either way.
 	double mSemitones = 0.0;
-	StretchEngine mStretchEngine = StretchEngine::kScaler;
+	StretchEngine mStretchEngine = kDefaultStretchEngine;
 	// The output's rate; without one it is that of the first input. Inputs of another rate are resampled, pitch and
 	// length staying.
 	std::optional<int> mSampleRate;

@@ -5,6 +5,7 @@
 #include "SonaroHost/Base/RenderProgress.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Media/AudioFileSource.h"
+#include "SonaroHost/Media/Stretch.h"
 #include "SonaroHost/Waveform/Waveform.h"
 #include "SonaroHost/Waveform/WaveformStyle.h"
 
@@ -49,9 +50,15 @@ struct WaveformRequest
 	unsigned mStream = 0;
 	std::filesystem::path mOutput;
 	WaveformFormat mFormat = WaveformFormat::kPng;
+	// In the input, whatever the speed.
 	TimePosition mStart;
 	// The length, at most to the input's end, which is where it ends without one.
 	std::optional<TimePosition> mDuration;
+	// How it is heard, as in a render: see ClipRenderRequest.
+	double mSpeed = 1.0;
+	bool mKeepsPitch = false;
+	double mSemitones = 0.0;
+	StretchEngine mStretchEngine = kDefaultStretchEngine;
 	// One of both at most. A picture is exactly so wide, 1200 pixels without either; data has at most so many
 	// columns, of 256 samples without either.
 	std::optional<std::int64_t> mWidth;
@@ -93,6 +100,8 @@ public:
 		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
 
 private:
+	// Opens the input as it is heard.
+	void Open();
 	void ChooseColumns();
 	SN::InterfaceRef<SN::IAudioGenerator> MakeStream(
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext) const;
@@ -102,7 +111,7 @@ private:
 
 	WaveformRequest mRequest;
 	SN::InterfaceRef<AudioFileSource> mSource;
-	// The range in the input.
+	// The range in what is heard of the input.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mFrames = 0;
 	// The columns of the output.

@@ -1,6 +1,7 @@
 #include "SonaroHost/Render/ProgrammePlan.h"
 
 #include "Media/Stretch/StretchedInfo.h"
+#include "Render/StretchChoice.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
@@ -41,48 +42,6 @@ std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<un
 	std::vector<unsigned> all(inInfo.GetNumChannels());
 	std::iota(all.begin(), all.end(), 0u);
 	return inWanted == all ? std::vector<unsigned>() : inWanted;
-}
-
-void CheckSpeed(double inSpeed)
-{
-	// Written so that what is not a number fails it.
-	if (!(inSpeed >= kLowestSpeed && inSpeed <= kHighestSpeed))
-	{
-		Refuse("a speed of " + FormatNumber(inSpeed) + " is out of range; use 0.01 to 100");
-	}
-}
-
-// How the inputs are stretched; nothing for those that pitch follows in.
-std::optional<Stretch> ChooseStretch(ClipRenderRequest const& inRequest)
-{
-	if (!(std::abs(inRequest.mSemitones) <= Stretch::kMostSemitones))
-	{
-		Refuse(
-			"a pitch of " + FormatNumber(inRequest.mSemitones) + " semitones is out of range; use -24 to 24");
-	}
-	Ratio const speed = Ratio::FromExactDouble(inRequest.mSpeed);
-	Stretch stretch;
-	stretch.mSpeed = speed;
-	stretch.mPitch = Stretch::GetPitchFactor(inRequest.mSemitones);
-	stretch.mEngine = inRequest.mStretchEngine;
-	if (!inRequest.mKeepsPitch)
-	{
-		stretch.mPitch = stretch.mPitch * speed;
-	}
-	CheckIsBuiltIn(inRequest.mStretchEngine);
-	bool const isPlain = inRequest.mKeepsPitch ? stretch.IsPlain() : inRequest.mSemitones == 0.0;
-	if (isPlain)
-	{
-		return std::nullopt;
-	}
-	if (!stretch.IsInRange())
-	{
-		double const factor = stretch.mPitch.ToDouble();
-		Refuse("a speed of " + FormatNumber(inRequest.mSpeed) + " cannot keep its pitch; use " +
-			   FormatNumber(Stretch::kLowestSpeed * factor) + " to " +
-			   FormatNumber(Stretch::kHighestSpeed * factor) + ", or leave out --keep-pitch");
-	}
-	return stretch;
 }
 
 PlannedClip OpenClip(ClipInput const& inInput, std::optional<Stretch> inStretch)
@@ -142,8 +101,8 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	{
 		Refuse("no input given");
 	}
-	CheckSpeed(inRequest.mSpeed);
-	auto const stretch = ChooseStretch(inRequest);
+	auto const stretch = ChooseStretch(
+		inRequest.mSpeed, inRequest.mKeepsPitch, inRequest.mSemitones, inRequest.mStretchEngine);
 	OutputPlan outputs;
 	outputs.mFiles = inRequest.mOtherOutputs;
 	if (!inRequest.mOutput.empty())
