@@ -155,7 +155,7 @@ TEST_F(CommandTest, KeptAndShiftedPitchesReachTheRender)
 	WriteInput();
 	std::vector<Sound> sounds;
 	for (Words const& words : {Words{"--speed", "1.5"}, {"--speed", "1.5", "--keep-pitch"},
-			 {"--speed", "1.5", "--pitch", "2"}, {"--speed", "1.5", "--keep-pitch", "--stretch", "omega"}})
+			 {"--speed", "1.5", "--pitch", "2"}, {"--speed", "1.5", "--keep-pitch", "--stretch", "scaler"}})
 	{
 		ProgramResult const result =
 			Run(Join({"render", "in.wav", "-o", "out.wav", "--report", "report.json"}, words));
@@ -402,7 +402,7 @@ TEST_F(CommandTest, WaveformsAndLoudnessOfOtherSpeedsAndPitchesAreThoseOfTheRend
 	};
 	for (Words const& words : {Words{"--speed", "1.5"}, {"--speed", "0.8", "--keep-pitch", "--start", "0.1"},
 			 {"--pitch", "-3", "--start", "0.2"},
-			 {"--speed", "1.25", "--keep-pitch", "--pitch", "2", "--stretch", "omega"}})
+			 {"--speed", "1.25", "--keep-pitch", "--pitch", "2", "--stretch", "scaler"}})
 	{
 		SCOPED_TRACE(testing::PrintToString(words));
 		Words const part = Join(words, {"--duration", "0.7"});

@@ -95,7 +95,7 @@ TEST_F(MovieCommandTest, MoviesKeepTheirPitchLikeTheSoundInThem)
 			  Path("film.mp4"));
 	ASSERT_EQ(Run({"render", "film.mp4", "-o", "decoded.wav"}).mExitCode, 0);
 	for (Words const& words : {Words{"--speed", "1.25", "--keep-pitch"}, {"--pitch", "2", "--start", "0.5"},
-			 {"--speed", "0.8", "--keep-pitch", "--stretch", "omega", "--reverse"}})
+			 {"--speed", "0.8", "--keep-pitch", "--stretch", "scaler", "--reverse"}})
 	{
 		SCOPED_TRACE(testing::PrintToString(words));
 		ASSERT_EQ(Run(Join({"render", "film.mp4", "-o", "film.wav"}, words)).mExitCode, 0);

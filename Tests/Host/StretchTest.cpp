@@ -18,6 +18,7 @@ constexpr double kToneHertz = 997.0;
 class StretchTest : public ClipRenders
 {
 protected:
+	// By the scaler, which no default may change.
 	ClipRenderRequest MakeRequest(Sound const& inSound, double inSpeed, double inSemitones = 0.0) const
 	{
 		WriteInput(inSound);
@@ -25,6 +26,7 @@ protected:
 		request.mSpeed = inSpeed;
 		request.mKeepsPitch = true;
 		request.mSemitones = inSemitones;
+		request.mStretchEngine = StretchEngine::kScaler;
 		return request;
 	}
 };
@@ -187,6 +189,7 @@ TEST_F(StretchTest, APartIsStretchedLikeAFileThatHoldsNoMore)
 		ClipRenderRequest request = ClipRenders::MakeRequest();
 		request.mSpeed = 0.8;
 		request.mKeepsPitch = true;
+		request.mStretchEngine = StretchEngine::kScaler;
 		request.mInputs[0].mStart = TimePosition::FromSamples(kFirst);
 		Sound const part = Render(request);
 		request.mDirection = RenderDirection::kReverse;

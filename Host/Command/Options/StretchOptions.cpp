@@ -22,7 +22,7 @@ void StretchOptions::AddForAll(CLI::App& ioParser)
 	ioParser
 		.add_option("--stretch", mEngine,
 			"What keeps and shifts pitches: scaler, omega or rubberband, as far as they are built in "
-			"(default: scaler)")
+			"(default: omega)")
 		->option_text("NAME")
 		->check(CLI::IsMember({"scaler", "omega", "rubberband"}));
 }

@@ -21,8 +21,8 @@ enum class StretchEngine
 	kRubberBand,
 };
 
-// What stretches where nothing else is asked for.
-inline constexpr StretchEngine kDefaultStretchEngine = StretchEngine::kScaler;
+// What stretches where nothing else is asked for: what Docs/stretching.md finds best.
+inline constexpr StretchEngine kDefaultStretchEngine = StretchEngine::kOmega;
 
 // How a file is heard as another recording, at a speed and a pitch of its own.
 //
