@@ -51,6 +51,15 @@ dsp::AudioBuffer& PrepareScratch(dsp::AudioBuffer& ioBuffer, unsigned inSamples)
 	return ioBuffer;
 }
 
+// Channels that the item does not have are silent, whatever a resampler makes of their flags.
+void MarkSilentFrom(unsigned long long inFirstChannel, dsp::AudioBuffer& outBuffer)
+{
+	for (unsigned long long channel = inFirstChannel; channel < outBuffer.GetNumChannels(); ++channel)
+	{
+		outBuffer.MarkChannelSilent(channel);
+	}
+}
+
 } // namespace
 
 int TimeAlteredAudioClipTrackItemRenderer::InitFrom(TimeAlteredAudioClipTrackItemSettings const& inSettings)
@@ -289,6 +298,7 @@ void TimeAlteredAudioClipTrackItemRenderer::Convert(
 	if (!mTimeScaler)
 	{
 		mResampler->Process(ioChained, outBuffer, fetched, outBuffer.GetUseSize());
+		MarkSilentFrom(ioChained.GetNumChannels(), outBuffer);
 		return;
 	}
 	dsp::AudioBuffer& input = mResampler ? PrepareScratch(mScalerInput, inScaled) : ioChained;
@@ -318,7 +328,7 @@ void TimeAlteredAudioClipTrackItemRenderer::Preroll(TickTime const& inStartTime,
 void TimeAlteredAudioClipTrackItemRenderer::FillInitialDelay(
 	TickTime const& inStartTime, TickTime const& inDelayTime, bool inReverse, bool inForceCompletion)
 {
-	if (inForceCompletion)
+	if (inForceCompletion && !IsDelayCompensationDisabled())
 	{
 		mGenerator->FillInitialDelay(inStartTime, inDelayTime, inReverse, true);
 	}

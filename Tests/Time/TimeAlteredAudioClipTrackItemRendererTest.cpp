@@ -431,12 +431,29 @@ TEST(TimeAlteredAudioClipTrackItemRenderer, HandsOnDelaysAndSkipsLateProcessorsW
 	EXPECT_FALSE(processor->mCalls.empty());
 	context->SetDelayCompensationDisabled(true);
 	EXPECT_EQ(item->GetDelay(), kTimeZero);
+	source->mCalls.clear();
+	item->FillInitialDelay(At(3), At(5), true, true);
+	EXPECT_TRUE(source->mCalls.empty());
 	item->Reset();
 	processor->mCalls.clear();
 	PullWhole(*item, {.mFrames = 10});
 	EXPECT_EQ(std::count_if(processor->mCalls.begin(), processor->mCalls.end(),
 				  [](Call const& inCall) { return inCall.mName == "Process"; }),
 		0);
+}
+
+TEST(TimeAlteredAudioClipTrackItemRenderer, ChannelsThatItDoesNotHaveAreSilent)
+{
+	ScopedContext const context(kMaxBlock);
+	for (bool const maintainsPitch : {false, true})
+	{
+		auto settings = ItemSetup{.mSpeed = 2.0, .mMaintainPitch = maintainsPitch}.MakeSettings(
+			context, MakeObject<StampingProcessor>());
+		auto const item = GraphFactory().CreateTimeAlteredAudioClipTrackItemRenderer(settings);
+		auto buffer = MakeBuffer(2, kMaxBlock, 5.0f);
+		item->GetAudioData(At(0), buffer, false);
+		EXPECT_TRUE(buffer.IsChannelSilent(1)) << maintainsPitch;
+	}
 }
 
 TEST(TimeAlteredAudioClipTrackItemRenderer, RefusesWhatItCannotPlay)
