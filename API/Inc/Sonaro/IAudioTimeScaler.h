@@ -15,7 +15,8 @@ namespace SN
 // Surplus   What a block makes beyond the outputs that were asked for comes first in the next block, up to 32768 samples
 //           a channel; what goes beyond is lost. Above a ratio of about 5.2 the first block makes more than that, and
 //           loses audio.
-// Level     Follows the input's over the last seven seconds. Outputs lie within -1 and 1.
+// Level     Follows the input's by the variances of both, which go on growing once they hold seven seconds: changes of
+//           the level count less and less. Outputs lie within -1 and 1.
 // Silence   A channel that is flagged, in a block with any input, is flagged in the output, and its audio stands still.
 // Channels  Up to 32; further ones are silent.
 // Length    A thousand million input samples; the output ends there.
