@@ -144,14 +144,16 @@ std::shared_ptr<Sequence::Media const> FileMedia::GetStretched(
 	auto const [place, isNew] = recording.mMedia.try_emplace(used->Find(inUsed.mFirst).mFirst);
 	if (isNew)
 	{
+		Stretch whole = inStretch;
+		whole.mStart = inStretch.mRamp ? inStretch.mStart : Ratio();
 		place->second = std::make_shared<Sequence::Media>(Sequence::Media{inFile.first.filename().string(),
-			static_cast<double>(info.mSampleRate), inStretch.CountFrames(info.mFrames), info.mLayout,
-			[sources = mSources, info, inStretch, used = used, first = inUsed.mFirst](
+			static_cast<double>(info.mSampleRate), whole.CountFrames(info.mFrames), info.mLayout,
+			[sources = mSources, info, whole, used = used, first = inUsed.mFirst](
 				SN::FrameRate const& inCountingRate)
 			{
 				// By now all that is used is known.
 				AudioFileInfo region = info;
-				Stretch stretch = inStretch;
+				Stretch stretch = whole;
 				region.mFramesBefore = used->Find(first).mFirst;
 				if (!stretch.mRamp)
 				{

@@ -37,8 +37,8 @@ public:
 	std::shared_ptr<Sequence::Media const> Get(
 		std::filesystem::path const& inPath, std::filesystem::path const& inShownPath, unsigned inStream = 0);
 
-	// A recording that is made by stretching a file which Get has given, from its start; what is used of it is decoded in
-	// regions, each by itself. inUsed: what a clip plays of it, before any graph is made.
+	// A recording that is made by stretching a file which Get has given: from the file's first frame on, or along a ramp from
+	// Stretch::mStart on. What is used of it is decoded in regions, each by itself. inUsed: what a clip plays of it, before any graph is made.
 	std::shared_ptr<Sequence::Media const> GetStretched(
 		Key const& inFile, Stretch const& inStretch, UsedRegions::Span const& inUsed);
 
