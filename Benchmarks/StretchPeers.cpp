@@ -164,6 +164,28 @@ Sound StretchBySoundTouch(Sound const& inSound, double inRatio)
 #if defined(SONARO_HAS_RUBBERBAND)
 using RubberBand::RubberBandStretcher;
 
+// All output that is there, the first ioDelay samples of it into nowhere.
+void Receive(RubberBandStretcher& ioStretcher, Sound& outOutput, std::size_t& ioDone, std::size_t& ioDelay)
+{
+	Sound dropped(outOutput.size(), std::vector<float>(kBlock));
+	std::vector<float*> outputs(outOutput.size());
+	for (int available = ioStretcher.available(); available > 0 && ioDone < outOutput[0].size();
+		 available = ioStretcher.available())
+	{
+		std::size_t const count = std::min(
+			{static_cast<std::size_t>(available), std::size_t{kBlock}, outOutput[0].size() - ioDone});
+		bool const isDropped = ioDelay > 0;
+		for (std::size_t channel = 0; channel < outputs.size(); ++channel)
+		{
+			outputs[channel] = isDropped ? dropped[channel].data() : outOutput[channel].data() + ioDone;
+		}
+		std::size_t const got =
+			ioStretcher.retrieve(outputs.data(), isDropped ? std::min(count, ioDelay) : count);
+		ioDone += isDropped ? 0 : got;
+		ioDelay -= isDropped ? got : 0;
+	}
+}
+
 // In its real-time mode, as the engine has to work.
 Sound StretchByRubberBand(Sound const& inSound, double inRatio, int inOptions)
 {
@@ -183,9 +205,7 @@ Sound StretchByRubberBand(Sound const& inSound, double inRatio, int inOptions)
 		input[channel].insert(input[channel].end(), inSound[channel].begin(), inSound[channel].end());
 		input[channel].resize(input[channel].size() + 100000);
 	}
-	Sound block(channels, std::vector<float>(kBlock));
 	std::vector<float const*> inputs(channels);
-	std::vector<float*> outputs(channels);
 	std::size_t taken = 0;
 	for (std::size_t done = 0; done < output[0].size() && taken < input[0].size();)
 	{
@@ -197,20 +217,7 @@ Sound StretchByRubberBand(Sound const& inSound, double inRatio, int inOptions)
 		}
 		stretcher.process(inputs.data(), needed, false);
 		taken += needed;
-		for (int available = stretcher.available(); available > 0 && done < output[0].size();
-			 available = stretcher.available())
-		{
-			std::size_t const count =
-				std::min({static_cast<std::size_t>(available), std::size_t{kBlock}, output[0].size() - done});
-			std::size_t const wanted = delay > 0 ? std::min(count, delay) : count;
-			for (std::size_t channel = 0; channel < channels; ++channel)
-			{
-				outputs[channel] = delay > 0 ? block[channel].data() : output[channel].data() + done;
-			}
-			std::size_t const got = stretcher.retrieve(outputs.data(), wanted);
-			done += delay > 0 ? 0 : got;
-			delay -= delay > 0 ? got : 0;
-		}
+		Receive(stretcher, output, done, delay);
 	}
 	return output;
 }
