@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
+#include <numeric>
 #include <utility>
 
 namespace SonaroHost
@@ -112,9 +112,15 @@ std::int64_t RampStretchDecoder::FindEnd() const
 	{
 		return mRecording.mFrames;
 	}
-	auto const frames = std::views::iota(std::int64_t{0}, mRecording.mFrames);
-	return *std::ranges::lower_bound(frames, mFile->GetFrames(), {},
-		[this](std::int64_t inFrame) { return mPositions.Find(mIsBackwards ? -inFrame : inFrame).mWhole; });
+	std::int64_t low = 0;
+	std::int64_t high = mRecording.mFrames;
+	while (low < high)
+	{
+		std::int64_t const middle = std::midpoint(low, high);
+		bool const isBefore = mPositions.Find(mIsBackwards ? -middle : middle).mWhole < mFile->GetFrames();
+		(isBefore ? low : high) = isBefore ? middle + 1 : middle;
+	}
+	return low;
 }
 
 } // namespace SonaroHost
