@@ -6,6 +6,7 @@
 #include "Sequence/Node/ItemContent.h"
 #include "Sonaro/AudioUtilities.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/RateConverter.h"
 
 #include <cmath>
