@@ -4,18 +4,11 @@
 #include "ItemReader.h"
 #include "Otio/Json/Cursor.h"
 #include "Otio/Json/Fields.h"
-#include "Otio/Json/JsonTree.h"
+#include "Otio/Json/JsonFile.h"
 #include "Otio/Json/Schema.h"
 #include "Otio/Mix/MixSettingsReader.h"
 
-#include "SonaroHost/Base/HostError.h"
-
-#include <algorithm>
-#include <cerrno>
-#include <cstdint>
-#include <fstream>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -23,21 +16,6 @@ namespace SonaroHost::Otio
 
 namespace
 {
-
-[[noreturn]] void RefuseAt(
-	std::filesystem::path const& inPath, std::string const& inPlace, std::string const& inWhy)
-{
-	throw HostError(HostError::Kind::kInput, {inPath, inPlace, inWhy, {}});
-}
-
-// "line 3, column 17", both from 1; columns are bytes.
-std::string DescribeOffset(std::string_view inBytes, std::size_t inOffset)
-{
-	std::string_view const before = inBytes.substr(0, inOffset);
-	auto const line = std::ranges::count(before, '\n') + 1;
-	std::size_t const lineStart = before.rfind('\n') == std::string_view::npos ? 0 : before.rfind('\n') + 1;
-	return "line " + std::to_string(line) + ", column " + std::to_string(before.size() - lineStart + 1);
-}
 
 void ReadTracks(Cursor const& inTimeline, Stack& outTracks)
 {
@@ -140,72 +118,19 @@ void ReadRoot(Cursor const& inRoot, Document& outDocument)
 	}
 }
 
-// Anything that is no JSON from its first character on gets a plain word, not that of a parser.
-void CheckIsJson(std::string_view inBytes, std::filesystem::path const& inPath)
-{
-	constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
-	std::string_view const text =
-		inBytes.substr(inBytes.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
-	std::size_t const first = text.find_first_not_of(" \t\r\n");
-	if (first == std::string_view::npos)
-	{
-		RefuseFile(inPath, "is empty");
-	}
-	if (std::string_view("{[\"-0123456789tfn/").find(text[first]) == std::string_view::npos)
-	{
-		RefuseFile(inPath, "is not an OpenTimelineIO file (expected JSON starting with \"{\")");
-	}
-}
-
 } // namespace
 
 Document ReadDocument(std::string_view inBytes, std::filesystem::path const& inPath)
 {
-	if (inBytes.size() > kMaxFileBytes)
-	{
-		RefuseFile(inPath, "is larger than 1 GiB; split the timeline");
-	}
-	CheckIsJson(inBytes, inPath);
-	try
-	{
-		JsonTree const tree(inBytes, kMaxJsonDepth);
-		Findings findings;
-		Document document;
-		ReadRoot(Cursor(tree.GetRoot(), findings), document);
-		document.mNotes = findings.TakeNotes();
-		return document;
-	}
-	catch (JsonError const& error)
-	{
-		RefuseAt(inPath, DescribeOffset(inBytes, error.GetOffset()), error.what());
-	}
-	catch (Refusal const& refusal)
-	{
-		RefuseAt(inPath, refusal.GetPlace(), refusal.what());
-	}
+	Document document;
+	document.mNotes = ReadJson(inBytes, inPath, "an OpenTimelineIO file",
+		[&document](Cursor const& inRoot) { ReadRoot(inRoot, document); });
+	return document;
 }
 
 Document ReadDocumentFile(std::filesystem::path const& inPath)
 {
-	std::error_code error;
-	if (!std::filesystem::is_regular_file(inPath, error))
-	{
-		RefuseFile(inPath, std::filesystem::exists(inPath, error) ? "is not a file" : "does not exist");
-	}
-	std::uintmax_t const size = std::filesystem::file_size(inPath, error);
-	if (error || size > kMaxFileBytes)
-	{
-		RefuseFile(inPath, "is larger than 1 GiB; split the timeline");
-	}
-	std::string bytes(size, '\0');
-	errno = 0;
-	std::ifstream file(inPath, std::ios::binary);
-	if (!file.read(bytes.data(), static_cast<std::streamsize>(size)))
-	{
-		RefuseFile(inPath,
-			"cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : std::string()));
-	}
-	return ReadDocument(bytes, inPath);
+	return ReadDocument(ReadBytes(inPath), inPath);
 }
 
 } // namespace SonaroHost::Otio
