@@ -1,5 +1,8 @@
 #include "SonaroHost/Render/Programme.h"
 
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 
 #include <utility>
@@ -50,6 +53,25 @@ void CheckMedia(Programme const& inProgramme, GraphMedia const& inMedia)
 	if (!damaged.empty())
 	{
 		RefuseFile(damaged.front().mPath, DescribeDamage(damaged.front()), "get a complete copy");
+	}
+}
+
+void CheckEffects(
+	Programme const& inProgramme, Sequence::GraphReport const& inReport, std::int64_t inFirstFrame)
+{
+	for (auto const& effect : inReport.mEffects)
+	{
+		EffectFault::Kind const fault = effect->mFault.load();
+		if (fault == EffectFault::Kind::kNone)
+		{
+			continue;
+		}
+		std::string const where = effect->mPlace.empty() ? "" : " on " + effect->mPlace;
+		throw HostError(HostError::Kind::kInput,
+			{inProgramme.mFile, effect->mOrigin,
+				"the effect " + QuoteName(effect->mName) + where + " " + EffectFault::Describe(fault) +
+					" at " + FormatTime(inFirstFrame, inProgramme.mSampleRate),
+				"remove it, or set it otherwise"});
 	}
 }
 

@@ -33,6 +33,7 @@ std::optional<RangeReport> RenderInOneRun(
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const&)
 	{
 		CheckMedia(inProgramme, *inProgramme.mMedia);
+		CheckEffects(inProgramme, graph.GetReport(), inRender.mRange.mFirstFrame + done);
 		done += ioBlock.GetUseSize();
 		inRender.mSink(ioBlock);
 		if (readAhead && !inRender.mStop.stop_requested())

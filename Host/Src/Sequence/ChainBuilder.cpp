@@ -49,13 +49,7 @@ void ChainBuilder::Add(Fader const& inFader)
 
 void ChainBuilder::Add(Effect const& inEffect)
 {
-	Processor const effect = inEffect.mMake
-								 ? inEffect.mMake(mTools.GetContext(), mTools.GetFrameRate(), mContext.mInput)
-								 : Processor();
-	if (!effect)
-	{
-		Refuse(mContext.mPlace, "the effect " + Quote(inEffect.mName) + " cannot be created");
-	}
+	Processor const effect = MakeEffect(inEffect);
 	std::int64_t const latency = mTools.GetLatency(*effect);
 	if (latency < 0)
 	{
@@ -71,11 +65,33 @@ void ChainBuilder::Add(Effect const& inEffect)
 		mTools.NoteHistory("the effect " + Quote(inEffect.mName) + " of " + mContext.mPlace.Describe() +
 						   " depends on all that came before");
 	}
-	EffectTerms const terms{
-		static_cast<unsigned>(mContext.mInput.size()), mTools.GetContext()->GetMaxBlockSize(), MakeClock()};
+	auto const health = std::make_shared<EffectHealth>(inEffect.mName, mContext.mPlace.Describe(),
+		mContext.mPlace.mOrigin ? *mContext.mPlace.mOrigin : std::string());
+	mTools.NoteEffect(health);
+	EffectTerms const terms{static_cast<unsigned>(mContext.mInput.size()),
+		mTools.GetContext()->GetMaxBlockSize(), MakeClock(), latency, health};
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<EffectStage>(effect, terms));
 	mTools.Label(mBuilt.mProcessors.back(), {NodeLabel::Kind::kEffect, inEffect.mName});
 	mBuilt.mLatency += latency;
+}
+
+Processor ChainBuilder::MakeEffect(Effect const& inEffect) const
+{
+	try
+	{
+		Processor effect = inEffect.mMake
+							   ? inEffect.mMake(mTools.GetContext(), mTools.GetFrameRate(), mContext.mInput)
+							   : Processor();
+		if (effect)
+		{
+			return effect;
+		}
+	}
+	catch (HostError const& error)
+	{
+		Refuse(mContext.mPlace, error.GetParts().mReason, error.GetParts().mRemedy);
+	}
+	Refuse(mContext.mPlace, "the effect " + Quote(inEffect.mName) + " cannot be created");
 }
 
 void ChainBuilder::Add(Send const& inSend)

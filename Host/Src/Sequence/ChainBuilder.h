@@ -77,6 +77,7 @@ private:
 	void Add(Effect const& inEffect);
 	void Add(Send const& inSend);
 	void Add(Meter const& inMeter);
+	Processor MakeEffect(Effect const& inEffect) const;
 	// The clock of the next stage.
 	StageClock MakeClock() const { return {mContext.mTime, mBuilt.mLatency}; }
 	// A number in an export where a parameter has no curve: nothing moves it there.

@@ -60,6 +60,7 @@ SequenceGraph::SequenceGraph(Description const& inDescription,
 	GraphTools tools(inContext, inFrameRate, inView.mLabels);
 	mGenerator = NestBuilder(tools, mReport, inView).BuildOutermost(inDescription, inPrefetcher);
 	mReport.mWhyInOneRun = tools.GetWhyInOneRun();
+	mReport.mEffects = tools.GetEffects();
 }
 
 std::uint64_t CountChannels(Description const& inDescription)

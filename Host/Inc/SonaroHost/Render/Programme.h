@@ -53,4 +53,9 @@ unsigned ChooseBlock(Programme const& inProgramme, unsigned inWanted);
 // where the programme refuses it, was found damaged.
 void CheckMedia(Programme const& inProgramme, GraphMedia const& inMedia);
 
+// Throws a HostError when an effect of a graph has a fault. inFirstFrame: where the block that was rendered last begins in
+// the programme.
+void CheckEffects(
+	Programme const& inProgramme, Sequence::GraphReport const& inReport, std::int64_t inFirstFrame);
+
 } // namespace SonaroHost

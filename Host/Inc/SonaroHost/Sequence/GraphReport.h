@@ -1,7 +1,10 @@
 #pragma once
 
+#include "SonaroHost/Sequence/EffectHealth.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -44,6 +47,8 @@ struct GraphReport
 	// of what was rendered before than is settled at a start, and why, as "the effect 'Reverb' of 'Dialogue' depends on all
 	// that came before". Empty where any start gives the same samples.
 	std::string mWhyInOneRun;
+	// The effects, which go on being written while the graph is rendered.
+	std::vector<std::shared_ptr<EffectHealth const>> mEffects;
 };
 
 } // namespace SonaroHost::Sequence

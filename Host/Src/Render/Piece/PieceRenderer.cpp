@@ -110,6 +110,7 @@ void PieceRenderer::RenderBlocks(
 		mBlock.SetUseSize(static_cast<unsigned>(count));
 		mGraph->GetGenerator()->GetAudioData(getTime(inFirstFrame + done), mBlock, false);
 		CheckMedia(mProgramme, *mMedia);
+		CheckEffects(mProgramme, mGraph->GetReport(), mRender.mRange.mFirstFrame + inFirstFrame + done);
 		outPiece.AddBlock(mBlock);
 		done += count;
 	}

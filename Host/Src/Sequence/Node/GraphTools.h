@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Engine/EngineFactory.h"
 #include "SonaroHost/Sequence/Description.h"
+#include "SonaroHost/Sequence/EffectHealth.h"
 #include "SonaroHost/Sequence/NodeLabels.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -11,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace SonaroHost::Sequence
@@ -78,6 +80,8 @@ public:
 	// Notes what depends on more than a start settles; the first one counts. See GraphReport::mWhyInOneRun.
 	void NoteHistory(std::string const& inWhat);
 	std::string const& GetWhyInOneRun() const { return mWhyInOneRun; }
+	void NoteEffect(std::shared_ptr<EffectHealth const> inEffect) { mEffects.push_back(std::move(inEffect)); }
+	std::vector<std::shared_ptr<EffectHealth const>> const& GetEffects() const { return mEffects; }
 
 	static Identity MakeIdentity();
 
@@ -100,6 +104,7 @@ private:
 	std::map<Media const*, Generator> mStreams;
 	std::vector<FixedPanner> mFixedPanners;
 	std::string mWhyInOneRun;
+	std::vector<std::shared_ptr<EffectHealth const>> mEffects;
 	// The scratch memory by use, level and channels.
 	std::map<std::tuple<ScratchUse, unsigned, std::size_t>, std::shared_ptr<dsp::AudioBuffer>> mScratch;
 };

@@ -1,5 +1,6 @@
 #include "EffectStage.h"
 
+#include "Sonaro/AudioFilterException.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
@@ -15,6 +16,11 @@ EffectStage::EffectStage(SN::InterfaceRef<SN::IAudioProcessor> const& inEffect, 
 	  mLiveParameters(inEffect),
 	  mTerms(inTerms)
 {
+	if (mTerms.mLatency > 0)
+	{
+		mDelay.Init(
+			mTerms.mChannels, static_cast<unsigned>(mTerms.mLatency), std::max(mTerms.mMaxBlockSize, 1u));
+	}
 }
 
 SN::InterfaceRef<SN::IAudioProcessor> EffectStage::Clone(
@@ -22,7 +28,8 @@ SN::InterfaceRef<SN::IAudioProcessor> EffectStage::Clone(
 {
 	return zorvcore::classref::MakeObject<EffectStage>(
 		mEffect->Clone(inFrameRate, inMaxBlockSize, inControlInterval),
-		EffectTerms{mTerms.mChannels, inMaxBlockSize, mTerms.mClock.Clone()});
+		EffectTerms{
+			mTerms.mChannels, inMaxBlockSize, mTerms.mClock.Clone(), mTerms.mLatency, mTerms.mHealth});
 }
 
 void EffectStage::ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const&)
@@ -37,10 +44,46 @@ void EffectStage::ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime cons
 				std::int64_t const count = Prepare(left);
 				window.Assign(ioBuffer, inOffset + static_cast<unsigned>(inRun.mCount - left.mCount));
 				window.SetUseSize(static_cast<unsigned>(count));
-				mEffect->ProcessAudioData(window, mTerms.mClock.ToCurveTime(left.mFirst));
+				Process(window, left.mFirst);
 				left = {left.GetFrame(count), left.mStep, left.mCount - count};
 			}
 		});
+}
+
+void EffectStage::Process(dsp::AudioBuffer& ioBlock, std::int64_t inFrame)
+{
+	if (mHasFault)
+	{
+		if (mTerms.mLatency > 0)
+		{
+			mDelay.Write(ioBlock);
+			mDelay.Read(ioBlock);
+		}
+		return;
+	}
+	try
+	{
+		mEffect->ProcessAudioData(ioBlock, mTerms.mClock.ToCurveTime(inFrame));
+	}
+	catch (SN::AudioFilterException const&)
+	{
+		NoteFault(EffectFault::Kind::kCrash, ioBlock);
+	}
+	catch (EffectFault const& fault)
+	{
+		NoteFault(fault.GetKind(), ioBlock);
+	}
+}
+
+// What the effect had under way is silent.
+void EffectStage::NoteFault(EffectFault::Kind inKind, dsp::AudioBuffer& outBlock)
+{
+	outBlock.Zero();
+	mHasFault = true;
+	if (mTerms.mHealth)
+	{
+		mTerms.mHealth->mFault.store(inKind);
+	}
 }
 
 std::int64_t EffectStage::Prepare(FrameRun const& inRun)

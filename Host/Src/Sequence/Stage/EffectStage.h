@@ -6,8 +6,11 @@
 #include "Sonaro/ILiveAudioParameterOwner.h"
 #include "Sonaro/IParameterOwnerMixin.h"
 #include "Sonaro/Types.h"
+#include "SonaroHost/Sequence/EffectHealth.h"
+#include "zorvaudiodsp/AudioDelayBuffer.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,6 +23,9 @@ struct EffectTerms
 	unsigned mChannels = 0;
 	unsigned mMaxBlockSize = 0;
 	StageClock mClock;
+	std::int64_t mLatency = 0;
+	// Learns of faults.
+	std::shared_ptr<EffectHealth> mHealth = {};
 };
 
 // A host's effect within a chain of the engine: it hears its own layout where the engine's buffer is wider, for a
@@ -28,6 +34,8 @@ struct EffectTerms
 //
 // Parameters  Those of its own are sampled at every 64th frame of the sound, wherever a block begins, and held from
 //             there to the next one in either direction.
+// Faults      An effect that crashes, raises an exception or gives what is not a number is not heard any more: its sound
+//             passes by it, as late as it was.
 class EffectStage final : public SN::Implements<EffectStage, SN::IAudioProcessor,
 							  SN::ILiveAudioParameterOwner, SN::IAudioRenderGraphNodeInfo>
 {
@@ -52,12 +60,17 @@ public:
 private:
 	// How many frames of a run the effect may hear at once, its parameters sampled for them.
 	std::int64_t Prepare(FrameRun const& inRun);
+	void Process(dsp::AudioBuffer& ioBlock, std::int64_t inFrame) SONARO_NONBLOCKING;
+	void NoteFault(EffectFault::Kind inKind, dsp::AudioBuffer& outBlock);
 
 	SN::InterfaceRef<SN::IAudioProcessor> mEffect;
 	// Empty where the effect has none.
 	SN::InterfaceRef<SN::IParameterOwnerMixin> mParameters;
 	SN::InterfaceRef<SN::ILiveAudioParameterOwner> mLiveParameters;
 	EffectTerms mTerms;
+	bool mHasFault = false;
+	// In place of an effect that has a fault and is late.
+	dsp::AudioDelayBuffer mDelay;
 };
 
 } // namespace SonaroHost::Sequence
