@@ -42,6 +42,7 @@ HOST = {
     "Engine": "Base",
     "Automation": "Base",
     "Metering": "Base",
+    "Effects": "Base Engine Automation",
     "Media": "Base Files",
     "Waveform": "Base Files Engine Media",
     "Sequence": "Base Engine Automation Metering Media",

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Effects
+{
+
+// A value of a control that has a name.
+struct ScalePoint
+{
+	float mValue = 0.0f;
+	std::string mLabel;
+};
+
+// A control port through which an effect is set.
+struct Control
+{
+	std::string mSymbol;
+	std::string mName;
+	// The symbol of the unit, as "dB"; empty for none.
+	std::string mUnit;
+	float mDefault = 0.0f;
+	// The range; infinite where the plugin states none.
+	float mMinimum = 0.0f;
+	float mMaximum = 0.0f;
+	bool mIsToggled = false;
+	bool mIsInteger = false;
+	bool mIsEnumeration = false;
+	bool mIsLogarithmic = false;
+	// The default and the range are factors of the sample rate.
+	bool mCountsInRate = false;
+	std::vector<ScalePoint> mScalePoints;
+};
+
+struct Preset
+{
+	std::string mUri;
+	std::string mName;
+};
+
+// What every list of effects shows.
+struct EffectSummary
+{
+	std::string mUri;
+	std::string mName;
+	// The name of its class, as "Compressor Plugin".
+	std::string mClass;
+	std::string mAuthor;
+	// Audio ports, without side chains and optional ones.
+	unsigned mInputs = 0;
+	unsigned mOutputs = 0;
+	// Why it cannot be used as an effect; empty where it can.
+	std::string mWhyUnusable;
+};
+
+// An installed plugin in plain values.
+struct EffectDescription : EffectSummary
+{
+	std::vector<Control> mControls;
+	std::vector<Preset> mPresets;
+	std::vector<std::string> mRequiredFeatures;
+	// Whether it states a latency, which may depend on its controls.
+	bool mReportsLatency = false;
+};
+
+} // namespace SonaroHost::Effects

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "SonaroHost/Automation/AutomationCurve.h"
+
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Effects
+{
+
+// What a control is set to.
+struct ControlSetting
+{
+	std::string mSymbol;
+	// The value where there are no points.
+	double mValue = 0.0;
+	// A course over time. Controls that are toggled or enumerated jump from point to point, whatever the points say;
+	// logarithmic ones run in the logarithm of their value.
+	std::vector<AutomationPoint> mPoints = {};
+};
+
+// How an effect is to be set up. Later ones of these go before earlier ones: the plugin's defaults, the preset, the
+// state, the settings.
+struct EffectSetup
+{
+	std::string mUri;
+	// The name or the URI of a preset; empty for none.
+	std::string mPreset = {};
+	// A state in Turtle, as LV2 hosts save it; empty for none.
+	std::string mState = {};
+	std::vector<ControlSetting> mSettings = {};
+};
+
+} // namespace SonaroHost::Effects

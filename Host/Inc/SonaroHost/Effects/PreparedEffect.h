@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Sonaro/IAudioProcessor.h"
+#include "Sonaro/IAudioRenderContext.h"
+#include "Sonaro/Types.h"
+#include "SonaroHost/Effects/EffectSetup.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Effects
+{
+
+// An effect whose setup was checked against its plugin, ready to be made for any number of graphs.
+//
+// Channels  A plugin works on as many channels as it has ports. One with a single input and output runs once for each
+//           channel of a layout, all at the same settings; a stereo one hears mono on both sides, and the mean of its
+//           sides is what comes out.
+// Latency   What the plugin reports once it has run at its settings, and the block that plugins which want blocks of a
+//           fixed length are buffered for.
+// Threads   Any.
+class PreparedEffect
+{
+public:
+	// inSampleRate: of the graphs, for ranges that depend on it. Throws a HostError of the kind kRequest that names what
+	// is not there: the plugin, a control, a preset; or a feature that the plugin requires and this host lacks.
+	PreparedEffect(EffectSetup const& inSetup, double inSampleRate);
+
+	// The plugin's name.
+	std::string const& GetName() const { return mName; }
+	// What was changed of the setup, as values that were out of range.
+	std::vector<std::string> const& GetRemarks() const { return mRemarks; }
+
+	// Throws a HostError of the kind kRequest when the plugin does not fit so many channels.
+	void CheckChannels(std::size_t inChannels) const;
+
+	// The processor for one graph, in blocks of up to the context's largest. Throws a HostError when the plugin does not
+	// fit the layout or does not start.
+	SN::InterfaceRef<SN::IAudioProcessor> Make(SN::InterfaceRef<SN::IAudioRenderContext> const& inContext,
+		SN::FrameRate const& inFrameRate, SN::AudioChannelLayout const& inLayout) const;
+
+private:
+	struct Plan;
+
+	std::string mName;
+	std::vector<std::string> mRemarks;
+	std::shared_ptr<Plan const> mPlan;
+};
+
+} // namespace SonaroHost::Effects

@@ -1,0 +1,322 @@
+#include "PluginFilter.h"
+
+#include "SonaroHost/Base/EffectFault.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "World.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <utility>
+
+namespace SonaroHost::Effects
+{
+
+namespace
+{
+
+// The length of the blocks of plugins that need a fixed one: a power of two, which is what most of these want.
+constexpr unsigned kFixedFrames = 256;
+
+constexpr std::uint32_t kExponent = 0x7F800000;
+
+// The exponents of what is infinite or not a number have all their bits set.
+std::uint32_t TestInfinite(float inSample)
+{
+	return (std::bit_cast<std::uint32_t>(inSample) & kExponent) == kExponent ? 1 : 0;
+}
+
+// False where some of the samples are not finite.
+bool CopyFinite(float const* inSamples, unsigned inCount, float* outSamples)
+{
+	std::uint32_t found = 0;
+	for (unsigned i = 0; i < inCount; ++i)
+	{
+		found |= TestInfinite(inSamples[i]);
+		outSamples[i] = inSamples[i];
+	}
+	return found == 0;
+}
+
+bool CopyMean(float const* inLeft, float const* inRight, unsigned inCount, float* outSamples)
+{
+	std::uint32_t found = 0;
+	for (unsigned i = 0; i < inCount; ++i)
+	{
+		float const mean = 0.5f * (inLeft[i] + inRight[i]);
+		found |= TestInfinite(mean);
+		outSamples[i] = mean;
+	}
+	return found == 0;
+}
+
+std::string DescribePorts(EffectDescription const& inDescription)
+{
+	return FormatCount(inDescription.mInputs, "audio input") + " and " +
+		   FormatCount(inDescription.mOutputs, "audio output");
+}
+
+} // namespace
+
+ChannelUse ChooseChannelUse(EffectDescription const& inDescription, unsigned inChannels)
+{
+	unsigned const inputs = inDescription.mInputs;
+	unsigned const outputs = inDescription.mOutputs;
+	if (inputs == 1 && outputs == 1)
+	{
+		return ChannelUse::kOneForEach;
+	}
+	if (inputs == inChannels && outputs == inChannels)
+	{
+		return ChannelUse::kDirect;
+	}
+	if (inputs == 2 && outputs == 2 && inChannels == 1)
+	{
+		return ChannelUse::kStereoOnMono;
+	}
+	Refuse("the plugin " + QuoteName(inDescription.mName) + " has " + DescribePorts(inDescription) +
+		   ", which do not fit " + FormatCount(inChannels, "channel"));
+}
+
+PluginFilter::PluginFilter(std::shared_ptr<PluginStart const> inStart, Terms const& inTerms)
+	: mStart(std::move(inStart)),
+	  mTerms(inTerms),
+	  mUse(ChooseChannelUse(mStart->mData->mDescription, inTerms.mChannels)),
+	  mFixedFrames(mStart->mData->mNeedsFixedBlocks ? kFixedFrames : 0),
+	  mParameters(mStart->mValues.size())
+{
+	for (std::size_t i = 0; i < mParameters.size(); ++i)
+	{
+		mParameters[i].store(mStart->mValues[i], std::memory_order_relaxed);
+	}
+	MakeInstances();
+	mLatency = mFixedFrames + MeasureLatency();
+}
+
+void PluginFilter::MakeInstances()
+{
+	World::Lock const lock;
+	mInstances.clear();
+	mInputs.clear();
+	mOutputs.clear();
+	unsigned const count = mUse == ChannelUse::kOneForEach ? mTerms.mChannels : 1;
+	unsigned const ports = mUse == ChannelUse::kOneForEach ? 1 : mStart->mData->mDescription.mInputs;
+	for (unsigned i = 0; i < count; ++i)
+	{
+		PluginInstance& instance = *mInstances.emplace_back(MakeInstance());
+		for (unsigned port = 0; port < ports; ++port)
+		{
+			mInputs.push_back({&instance, port});
+			mOutputs.push_back(instance.GetOutput(port));
+		}
+	}
+	UpdateControls(true);
+}
+
+std::unique_ptr<PluginInstance> PluginFilter::MakeInstance() const
+{
+	unsigned const longest = mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u);
+	auto instance = std::make_unique<PluginInstance>(
+		mStart->mData, PluginFeatures::Settings{mTerms.mSampleRate, mFixedFrames > 0 ? mFixedFrames : 1,
+						   longest, mTerms.mIsRealTime, mFixedFrames > 0});
+	for (auto const& state : mStart->mStates)
+	{
+		instance->Restore(state.get());
+	}
+	return instance;
+}
+
+// Plugins state their latency while they run. One that has run remembers it, so another instance is asked.
+unsigned PluginFilter::MeasureLatency() const
+{
+	if (!mStart->mData->mDescription.mReportsLatency)
+	{
+		return 0;
+	}
+	World::Lock const lock;
+	auto const probe = MakeInstance();
+	for (std::size_t i = 0; i < mParameters.size(); ++i)
+	{
+		probe->SetControl(i, mParameters[i].load(std::memory_order_relaxed));
+	}
+	probe->Activate();
+	probe->Probe(mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u));
+	return probe->GetLatency();
+}
+
+void PluginFilter::SetParameter(unsigned inIndex, float inValue)
+{
+	if (inIndex < mParameters.size())
+	{
+		mParameters[inIndex].store(inValue, std::memory_order_relaxed);
+		mIsEdited.store(true, std::memory_order_release);
+	}
+}
+
+float PluginFilter::GetParameter(unsigned inIndex)
+{
+	return inIndex < mParameters.size() ? mParameters[inIndex].load(std::memory_order_relaxed) : 0.0f;
+}
+
+void PluginFilter::GetParameterText(std::u16string& outText, unsigned inIndex)
+{
+	outText.clear();
+	if (inIndex < mParameters.size())
+	{
+		Control const& control = mStart->mData->mDescription.mControls[inIndex];
+		float const value = GetParameter(inIndex);
+		auto const named = std::ranges::find(control.mScalePoints, value, &ScalePoint::mValue);
+		std::string const text = named != control.mScalePoints.end()
+									 ? named->mLabel
+									 : FormatNumber(static_cast<double>(value)) +
+										   (control.mUnit.empty() ? "" : " " + control.mUnit);
+		outText = std::u16string(text.begin(), text.end());
+	}
+}
+
+void PluginFilter::Clone(SN::InterfaceRef<SN::IAudioFilter>& outFilter, bool inRealTime)
+{
+	auto start = std::make_shared<PluginStart>(*mStart);
+	for (unsigned i = 0; i < mParameters.size(); ++i)
+	{
+		start->mValues[i] = GetParameter(i);
+	}
+	Terms terms = mTerms;
+	terms.mIsRealTime = inRealTime;
+	outFilter = zorvcore::classref::MakeObject<PluginFilter>(std::move(start), terms);
+}
+
+void PluginFilter::Initialize(
+	bool inRealTime, unsigned inMaxFrames, SN::FrameRate const& inFrameRate, unsigned inChannels)
+{
+	Terms const terms{inFrameRate.GetSamplesPerSecond(), inMaxFrames, inChannels, inRealTime};
+	if (!(terms == mTerms))
+	{
+		mUse = ChooseChannelUse(mStart->mData->mDescription, inChannels);
+		mTerms = terms;
+		MakeInstances();
+	}
+	UpdateControls(true);
+	mFilled = 0;
+	for (auto const& instance : mInstances)
+	{
+		instance->Activate();
+	}
+	for (unsigned i = 0; i < mOutputs.size() && mFixedFrames > 0; ++i)
+	{
+		std::fill_n(const_cast<float*>(mOutputs[i]), mFixedFrames, 0.0f);
+	}
+}
+
+void PluginFilter::Shutdown()
+{
+	for (auto const& instance : mInstances)
+	{
+		instance->Deactivate();
+	}
+}
+
+void PluginFilter::UpdateControls(bool inAll)
+{
+	if (!mIsEdited.exchange(false, std::memory_order_acquire) && !inAll)
+	{
+		return;
+	}
+	for (std::size_t i = 0; i < mParameters.size(); ++i)
+	{
+		float const value = mParameters[i].load(std::memory_order_relaxed);
+		for (auto const& instance : mInstances)
+		{
+			instance->SetControl(i, value);
+		}
+	}
+}
+
+void PluginFilter::Process(dsp::AudioBuffer& ioBuffer, SN::TickTime, bool)
+{
+	unsigned const frames = ioBuffer.GetUseSize();
+	FillSilence(ioBuffer);
+	unsigned const longest = mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u);
+	for (unsigned done = 0; done < frames;)
+	{
+		unsigned const count = std::min(frames - done, longest - mFilled);
+		Read(ioBuffer, done, count);
+		if (mFixedFrames == 0)
+		{
+			RunInstances(count);
+		}
+		Write(ioBuffer, done, count);
+		mFilled += mFixedFrames > 0 ? count : 0;
+		if (mFixedFrames > 0 && mFilled == mFixedFrames)
+		{
+			mFilled = 0;
+			RunInstances(mFixedFrames);
+		}
+		done += count;
+	}
+}
+
+// What a flag silences becomes zeros, which all are samples from then on.
+void PluginFilter::FillSilence(dsp::AudioBuffer& ioBuffer) const
+{
+	for (unsigned channel = 0; channel < mTerms.mChannels; ++channel)
+	{
+		if (ioBuffer.IsChannelSilent(channel))
+		{
+			std::fill_n(ioBuffer.GetChannel(channel), ioBuffer.GetUseSize(), 0.0f);
+			ioBuffer.NoteChannelWrite(channel, ioBuffer.GetUseSize());
+		}
+	}
+}
+
+void PluginFilter::Read(dsp::AudioBuffer& inBuffer, unsigned inFirst, unsigned inCount)
+{
+	for (unsigned i = 0; i < mInputs.size(); ++i)
+	{
+		float* const samples = inBuffer.GetChannel(mUse == ChannelUse::kStereoOnMono ? 0 : i) + inFirst;
+		if (mFixedFrames == 0)
+		{
+			mInputs[i].mInstance->ConnectInput(mInputs[i].mIndex, samples);
+		}
+		else
+		{
+			std::copy_n(samples, inCount, mInputs[i].mInstance->GetInput(mInputs[i].mIndex) + mFilled);
+		}
+	}
+}
+
+void PluginFilter::Write(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount) const
+{
+	bool isFinite = true;
+	if (mUse == ChannelUse::kStereoOnMono)
+	{
+		isFinite =
+			CopyMean(mOutputs[0] + mFilled, mOutputs[1] + mFilled, inCount, ioBuffer.GetChannel(0) + inFirst);
+	}
+	else
+	{
+		for (unsigned channel = 0; channel < mOutputs.size(); ++channel)
+		{
+			isFinite &=
+				CopyFinite(mOutputs[channel] + mFilled, inCount, ioBuffer.GetChannel(channel) + inFirst);
+		}
+	}
+	if (!isFinite)
+	{
+		throw EffectFault(EffectFault::Kind::kNotANumber);
+	}
+}
+
+void PluginFilter::RunInstances(unsigned inFrames)
+{
+	UpdateControls(false);
+	for (auto const& instance : mInstances)
+	{
+		instance->Run(inFrames);
+	}
+}
+
+} // namespace SonaroHost::Effects

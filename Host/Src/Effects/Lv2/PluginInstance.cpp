@@ -1,0 +1,217 @@
+#include "PluginInstance.h"
+
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "UridMap.h"
+#include "zorvcore/utility/RunGuarded.h"
+
+#include <lv2/atom/atom.h>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <utility>
+
+namespace SonaroHost::Effects
+{
+
+PluginInstance::PluginInstance(
+	std::shared_ptr<PluginData const> inData, PluginFeatures::Settings const& inSettings)
+	: mData(std::move(inData)),
+	  mSettings(inSettings),
+	  mFeatures(std::make_unique<PluginFeatures>(inSettings)),
+	  mValues(mData->mPorts.size()),
+	  mControlPorts(mData->mDescription.mControls.size()),
+	  mSequenceType(UridMap::Get().Map(LV2_ATOM__Sequence)),
+	  mChunkType(UridMap::Get().Map(LV2_ATOM__Chunk))
+{
+	LilvInstance* instance = nullptr;
+	Guard(
+		[&] { instance = lilv_plugin_instantiate(mData->mPlugin, mSettings.mSampleRate, mFeatures->Get()); });
+	mInstance.reset(instance);
+	if (!mInstance)
+	{
+		throw HostError(HostError::Kind::kInput, "the plugin " + QuoteName(mData->mDescription.mName) + " (" +
+													 mData->mDescription.mUri + ") does not start");
+	}
+	// What was connected stays where it is.
+	mSamples.reserve(mData->mPorts.size());
+	mAtoms.reserve(mData->mPorts.size());
+	for (std::size_t port = 0; port < mData->mPorts.size(); ++port)
+	{
+		lilv_instance_connect_port(mInstance.get(), static_cast<std::uint32_t>(port), MakeMemory(port));
+	}
+	auto const* const worker = static_cast<LV2_Worker_Interface const*>(
+		lilv_instance_get_extension_data(mInstance.get(), LV2_WORKER__interface));
+	mFeatures->GetWorker().Start(lilv_instance_get_handle(mInstance.get()), worker);
+}
+
+PluginInstance::~PluginInstance()
+{
+	if (mIsInRun)
+	{
+		static_cast<void>(mInstance.release());
+		static_cast<void>(mFeatures.release());
+		return;
+	}
+	Deactivate();
+}
+
+template <class Call>
+void PluginInstance::Guard(Call const& inCall)
+{
+	using namespace zorvcore::utility::exceptions;
+	mIsInRun = true;
+	if (RunGuarded(inCall) != kNoMachineException)
+	{
+		throw HostError(HostError::Kind::kInput, "the plugin " + QuoteName(mData->mDescription.mName) + " (" +
+													 mData->mDescription.mUri + ") crashed");
+	}
+	mIsInRun = false;
+}
+
+void* PluginInstance::MakeMemory(std::size_t inPort)
+{
+	Port const& port = mData->mPorts[inPort];
+	switch (port.mKind)
+	{
+	case Port::Kind::kControlIn:
+	case Port::Kind::kControlOut:
+		return MakeValue(inPort);
+	case Port::Kind::kAtomIn:
+	case Port::Kind::kAtomOut:
+		mAtoms.push_back({port.mKind == Port::Kind::kAtomIn,
+			std::vector<std::uint64_t>(port.mBytes / sizeof(std::uint64_t) + 1)});
+		return mAtoms.back().mMemory.data();
+	case Port::Kind::kAudioIn:
+	case Port::Kind::kAudioOut:
+	case Port::Kind::kVoltageIn:
+	case Port::Kind::kVoltageOut:
+		return port.mIsOptional ? nullptr : MakeSamples(inPort);
+	case Port::Kind::kOther:
+		break;
+	}
+	return nullptr;
+}
+
+float* PluginInstance::MakeSamples(std::size_t inPort)
+{
+	Port const& port = mData->mPorts[inPort];
+	bool const isVoltage = port.mKind == Port::Kind::kVoltageIn;
+	float* const samples =
+		mSamples.emplace_back(std::max(mSettings.mMaxFrames, 1u), isVoltage ? port.mDefault : 0.0f).data();
+	if (!port.mIsSideChain && port.mKind == Port::Kind::kAudioIn)
+	{
+		mInputs.push_back({static_cast<std::uint32_t>(inPort), samples, samples});
+	}
+	if (!port.mIsSideChain && port.mKind == Port::Kind::kAudioOut)
+	{
+		mOutputs.push_back(samples);
+	}
+	return samples;
+}
+
+void PluginInstance::ConnectInput(std::size_t inIndex, float* inSamples)
+{
+	Input& input = mInputs[inIndex];
+	if (input.mConnected != inSamples)
+	{
+		input.mConnected = inSamples;
+		lilv_instance_connect_port(mInstance.get(), input.mPort, inSamples);
+	}
+}
+
+float* PluginInstance::MakeValue(std::size_t inPort)
+{
+	Port const& port = mData->mPorts[inPort];
+	float& value = mValues[inPort];
+	value = port.mRole == Port::Role::kFreeWheeling ? (mSettings.mIsRealTime ? 0.0f : 1.0f)
+			: port.mRole == Port::Role::kEnabled    ? 1.0f
+			: port.mKind == Port::Kind::kControlIn  ? port.mDefault
+													: 0.0f;
+	if (port.mControl)
+	{
+		mControlPorts[*port.mControl] = inPort;
+	}
+	if (port.mRole == Port::Role::kLatency && port.mKind == Port::Kind::kControlOut)
+	{
+		mLatency = &value;
+	}
+	return &value;
+}
+
+void PluginInstance::Restore(LilvState const* inState)
+{
+	Guard(
+		[&]
+		{
+			lilv_state_restore(inState, mInstance.get(), nullptr, nullptr, 0, mFeatures->Get());
+			mFeatures->GetWorker().DeliverResponses();
+		});
+}
+
+void PluginInstance::SetControl(std::size_t inControl, float inValue)
+{
+	mValues[mControlPorts[inControl]] = inValue;
+}
+
+void PluginInstance::Activate()
+{
+	if (!mIsActive)
+	{
+		mIsActive = true;
+		Guard([this] { lilv_instance_activate(mInstance.get()); });
+	}
+}
+
+void PluginInstance::Probe(std::uint32_t inFrames)
+{
+	Guard([&] { Run(inFrames); });
+}
+
+void PluginInstance::Deactivate()
+{
+	if (mIsActive && !mIsInRun)
+	{
+		mIsActive = false;
+		lilv_instance_deactivate(mInstance.get());
+	}
+}
+
+// An input has no events, and an output says how much room it has.
+void PluginInstance::ResetAtoms()
+{
+	for (AtomPort& port : mAtoms)
+	{
+		auto const bytes = port.mMemory.size() * sizeof(std::uint64_t);
+		if (port.mIsInput)
+		{
+			new (port.mMemory.data())
+				LV2_Atom_Sequence{{sizeof(LV2_Atom_Sequence_Body), mSequenceType}, {0, 0}};
+		}
+		else
+		{
+			new (port.mMemory.data())
+				LV2_Atom{static_cast<std::uint32_t>(bytes - sizeof(LV2_Atom)), mChunkType};
+		}
+	}
+}
+
+void PluginInstance::Run(std::uint32_t inFrames)
+{
+	ResetAtoms();
+	mIsInRun = true;
+	lilv_instance_run(mInstance.get(), inFrames);
+	mFeatures->GetWorker().DeliverResponses();
+	mIsInRun = false;
+}
+
+unsigned PluginInstance::GetLatency() const
+{
+	// More than any plugin buffers; also a guard against what is not a number.
+	constexpr float kMost = 1 << 24;
+	return mLatency && *mLatency > 0.0f && *mLatency < kMost ? static_cast<unsigned>(std::lround(*mLatency))
+															 : 0;
+}
+
+} // namespace SonaroHost::Effects

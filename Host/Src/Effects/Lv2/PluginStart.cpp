@@ -1,0 +1,166 @@
+#include "PluginStart.h"
+
+#include "Effects/EffectParameter.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "UridMap.h"
+#include "World.h"
+
+#include <lv2/atom/atom.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace SonaroHost::Effects
+{
+
+namespace
+{
+
+template <class T>
+std::optional<double> ReadAs(void const* inValue, std::uint32_t inSize)
+{
+	T value{};
+	if (inSize != sizeof(value))
+	{
+		return std::nullopt;
+	}
+	std::memcpy(&value, inValue, sizeof(value));
+	return static_cast<double>(value);
+}
+
+// A value of a port in whatever type of number it was saved as.
+std::optional<double> ReadNumber(void const* inValue, std::uint32_t inSize, LV2_URID inType)
+{
+	char const* const uri = UridMap::Get().Unmap(inType);
+	std::string_view const type = uri ? uri : "";
+	return type == LV2_ATOM__Float                           ? ReadAs<float>(inValue, inSize)
+		   : type == LV2_ATOM__Double                        ? ReadAs<double>(inValue, inSize)
+		   : type == LV2_ATOM__Int || type == LV2_ATOM__Bool ? ReadAs<std::int32_t>(inValue, inSize)
+		   : type == LV2_ATOM__Long                          ? ReadAs<std::int64_t>(inValue, inSize)
+															 : std::nullopt;
+}
+
+void SetPortValue(
+	char const* inSymbol, void* ioStart, void const* inValue, std::uint32_t inSize, std::uint32_t inType)
+{
+	auto& start = *static_cast<PluginStart*>(ioStart);
+	auto const& controls = start.mData->mDescription.mControls;
+	auto const found = std::ranges::find(controls, inSymbol, &Control::mSymbol);
+	auto const number = ReadNumber(inValue, inSize, inType);
+	if (found != controls.end() && number && std::isfinite(*number))
+	{
+		start.mValues[static_cast<std::size_t>(found - controls.begin())] = static_cast<float>(*number);
+	}
+}
+
+void Take(State inState, PluginStart& ioStart)
+{
+	lilv_state_emit_port_values(inState.get(), &SetPortValue, &ioStart);
+	if (lilv_state_get_num_properties(inState.get()) > 0)
+	{
+		ioStart.mStates.emplace_back(inState.release(), FreeState());
+	}
+}
+
+State LoadFromWorld(LilvNode const* inNode)
+{
+	return State(lilv_state_new_from_world(World::Get().GetLilv(), UridMap::Get().GetMap(), inNode));
+}
+
+std::string FindPreset(EffectDescription const& inDescription, std::string const& inName)
+{
+	auto const& presets = inDescription.mPresets;
+	auto found = std::ranges::find(presets, inName, &Preset::mName);
+	found = found != presets.end() ? found : std::ranges::find(presets, inName, &Preset::mUri);
+	if (found == presets.end())
+	{
+		Refuse("the plugin " + QuoteName(inDescription.mName) + " has no preset " + QuoteName(inName) + "; " +
+			   (presets.empty() ? "it has none"
+								: "\"sonaro effects " + inDescription.mUri + "\" lists those that it has"));
+	}
+	return found->mUri;
+}
+
+void TakePreset(EffectSetup const& inSetup, PluginStart& ioStart)
+{
+	std::string const uri = FindPreset(ioStart.mData->mDescription, inSetup.mPreset);
+	State state = LoadFromWorld(World::Get().MakeUri(uri.c_str()).get());
+	if (!state)
+	{
+		Refuse("the preset " + QuoteName(inSetup.mPreset) + " of the plugin " +
+			   QuoteName(ioStart.mData->mDescription.mName) + " cannot be read");
+	}
+	Take(std::move(state), ioStart);
+}
+
+void TakeText(std::string const& inText, PluginStart& ioStart)
+{
+	State state(lilv_state_new_from_string(World::Get().GetLilv(), UridMap::Get().GetMap(), inText.c_str()));
+	std::string const& uri = ioStart.mData->mDescription.mUri;
+	if (!state || GetUri(lilv_state_get_plugin_uri(state.get())) != uri)
+	{
+		Refuse("the state is not one of the plugin " + QuoteName(ioStart.mData->mDescription.mName) +
+			   " in Turtle; save it with another LV2 host");
+	}
+	Take(std::move(state), ioStart);
+}
+
+void ReadStates(EffectSetup const& inSetup, PluginStart& ioStart)
+{
+	World::Lock const lock;
+	if (ioStart.mData->mLoadsDefaultState)
+	{
+		if (State state = LoadFromWorld(lilv_plugin_get_uri(ioStart.mData->mPlugin)))
+		{
+			Take(std::move(state), ioStart);
+		}
+	}
+	if (!inSetup.mPreset.empty())
+	{
+		TakePreset(inSetup, ioStart);
+	}
+	if (!inSetup.mState.empty())
+	{
+		TakeText(inSetup.mState, ioStart);
+	}
+}
+
+std::shared_ptr<PluginData const> ReadUsablePlugin(std::string const& inUri)
+{
+	auto data = ReadPlugin(inUri);
+	if (!data)
+	{
+		Refuse(
+			"the plugin " + QuoteName(inUri) + " is not installed; \"sonaro effects\" lists those that are");
+	}
+	if (!data->mDescription.mWhyUnusable.empty())
+	{
+		Refuse("the plugin " + QuoteName(data->mDescription.mName) + " (" + inUri +
+			   ") cannot be used: " + data->mDescription.mWhyUnusable);
+	}
+	return data;
+}
+
+} // namespace
+
+std::shared_ptr<PluginStart> MakeStart(EffectSetup const& inSetup, double inSampleRate)
+{
+	auto start = std::make_shared<PluginStart>();
+	start->mData = ReadUsablePlugin(inSetup.mUri);
+	for (Control const& control : start->mData->mDescription.mControls)
+	{
+		ParameterRange const range = ParameterRange::Make(control, inSampleRate);
+		double const scale = control.mCountsInRate ? inSampleRate : 1.0;
+		start->mValues.push_back(range.Limit(static_cast<double>(control.mDefault) * scale));
+	}
+	ReadStates(inSetup, *start);
+	return start;
+}
+
+} // namespace SonaroHost::Effects

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "PluginData.h"
+#include "SonaroHost/Effects/EffectSetup.h"
+
+#include <lilv/lilv.h>
+
+#include <memory>
+#include <vector>
+
+namespace SonaroHost::Effects
+{
+
+// What every instance of one effect of a chain begins with.
+struct PluginStart
+{
+	std::shared_ptr<PluginData const> mData;
+	// One for each control of the description.
+	std::vector<float> mValues;
+	// In their order.
+	std::vector<std::shared_ptr<LilvState const>> mStates;
+};
+
+// The defaults, and over them what the plugin itself begins with, the preset and the state of a setup, without its
+// settings. Throws a HostError of the kind kRequest for a plugin or a preset that is not there, a plugin that cannot be
+// used, and a state that cannot be read.
+std::shared_ptr<PluginStart> MakeStart(EffectSetup const& inSetup, double inSampleRate);
+
+} // namespace SonaroHost::Effects
