@@ -121,6 +121,8 @@ Sequence::GraphView DropOthers(Otio::TrackRow const& inTrack, Otio::TimelineSequ
 	}
 	std::erase_if(ioSequence.mMissing, [&](Otio::MissingMedia const& inMedia)
 		{ return inMedia.mPlace != inTrack.mPlace && !inMedia.mPlace.starts_with(inTrack.mPlace + "/"); });
+	std::erase_if(ioSequence.mNotes,
+		[&](Otio::Note const& inNote) { return !inNote.mPlace.starts_with(inTrack.mPlace + "/"); });
 	return view;
 }
 
@@ -199,7 +201,8 @@ public:
 			std::size_t const track = FindTrack(input.GetTimeline().mTracks, mTrack);
 			view = DropOthers(FindHeard(track, mTrack, sequence), sequence);
 		}
-		WarnOfNotes(sequence.mMissing, {});
+		std::vector<Otio::Note> const effects = Otio::ListMissingEffects(sequence.mNotes);
+		WarnOfNotes(sequence.mMissing, effects);
 		GraphDrawing const drawing =
 			Draw(Otio::MakeProgramme(sequence, input.GetMedia()), view, {mDepth, mShowsAll, nullptr});
 		CheckNodes(drawing, format);
@@ -219,7 +222,7 @@ public:
 				ShowOutput(mOutput) + ": " + FormatCount(drawing.GetNumNodes(), "node") + "\n";
 			FinishAfter(mOutput, [&text] { PrintResult(text); });
 		}
-		return sequence.mMissing.empty() ? kExitSuccess : kExitMissing;
+		return sequence.mMissing.empty() && effects.empty() ? kExitSuccess : kExitMissing;
 	}
 
 	std::string DescribeInputs() const override { return "graph draws timelines (.otio, .otioz, .otiod)"; }

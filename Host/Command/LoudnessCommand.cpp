@@ -179,7 +179,9 @@ private:
 		WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
 		RenderSummary const summary = RunJob(job, job.GetSampleRate(), mIsQuiet);
 		Warn(inInput, summary);
-		if (!job.GetSequence().mMissing.empty() && mExitCode == kExitSuccess)
+		bool const isComplete =
+			job.GetSequence().mMissing.empty() && Otio::ListMissingEffects(job.GetNotes()).empty();
+		if (!isComplete && mExitCode == kExitSuccess)
 		{
 			mExitCode = kExitMissing;
 		}

@@ -65,7 +65,8 @@ int TimelineRender::Run(std::string const& inInput)
 	WarnOfLevels(summary);
 	WarnOfDamage(summary);
 	FinishAfter(mShared.mOutput, [&] { Report(job, inInput, summary); });
-	return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
+	bool const isComplete = job.GetSequence().mMissing.empty() && ListMissingEffects(job.GetNotes()).empty();
+	return isComplete ? kExitSuccess : kExitMissing;
 }
 
 TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) const
@@ -95,14 +96,16 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string const& inInput) const
 {
 	std::size_t const missing = inJob.GetSequence().mMissing.size();
+	std::size_t const effects = ListMissingEffects(inJob.GetNotes()).size();
 	bool const isGuessed = mShared.IsStrictInAll() && HasGuesses(inJob.GetNotes());
-	if (!mShared.IsStrict() || (missing == 0 && !isGuessed))
+	if (!mShared.IsStrict() || (missing == 0 && effects == 0 && !isGuessed))
 	{
 		return;
 	}
 	std::string const reason =
 		missing > 0 ? std::to_string(missing) + (missing == 1 ? " clip has no media" : " clips have no media")
-					: std::string("parts of the timeline were guessed, ignored or not read");
+		: effects > 0 ? std::to_string(effects) + (effects == 1 ? " effect is" : " effects are") + " missing"
+					  : std::string("parts of the timeline were guessed, ignored or not read");
 	WriteRefusal(inJob, inInput, reason);
 	throw HostError(HostError::Kind::kInput, DescribeStrictRefusal(mShared, reason) + "; see the warnings");
 }

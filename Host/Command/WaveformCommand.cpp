@@ -180,9 +180,10 @@ public:
 		{
 			TimelineWaveformRequest const request = MakeTimelineRequest();
 			TimelineWaveformJob job(request);
-			WarnOfNotes(job.GetSequence().mMissing, {});
+			std::vector<Otio::Note> const effects = Otio::ListMissingEffects(job.GetSequence().mNotes);
+			WarnOfNotes(job.GetSequence().mMissing, effects);
 			Report(request, RunJob(job, job.GetSampleRate(), mIsQuiet));
-			return job.GetSequence().mMissing.empty() ? kExitSuccess : kExitMissing;
+			return job.GetSequence().mMissing.empty() && effects.empty() ? kExitSuccess : kExitMissing;
 		}
 		RefuseGroup(GetParser(), kForTimelines, "applies only to timelines (.otio, .otioz, .otiod)");
 		WaveformRequest const request = MakeRequest();

@@ -48,7 +48,7 @@ HOST = {
     "Sequence": "Base Engine Automation Metering Media",
     "Graph": "Base Media Sequence",
     "Otio": "Base Files",
-    "OtioSequence": "Base Files Engine Automation Media Sequence Otio",
+    "OtioSequence": "Base Files Engine Automation Effects Media Sequence Otio",
     "Picture": "Base Files Engine Media Waveform Sequence Otio OtioSequence",
     "Render": "Base Files Engine Automation Metering Media Waveform Sequence Graph Otio OtioSequence Picture",
 }

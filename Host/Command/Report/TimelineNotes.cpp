@@ -28,7 +28,7 @@ constexpr std::size_t kLongestPlace = 400;
 char const* GetKindName(Note::Kind inKind)
 {
 	// In the order of Note::Kind.
-	constexpr char const* kKindNames[] = {"remark", "guess", "ignored", "level not read"};
+	constexpr char const* kKindNames[] = {"remark", "guess", "ignored", "level not read", "missing effect"};
 	return kKindNames[static_cast<std::size_t>(inKind)];
 }
 

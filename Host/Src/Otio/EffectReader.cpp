@@ -5,10 +5,12 @@
 #include "Otio/Levels/ForeignLevelsReader.h"
 #include "Otio/Levels/LevelShapes.h"
 #include "Otio/Mix/MixSettingsReader.h"
+#include "Otio/Mix/PluginReader.h"
 
 #include "SonaroHost/Otio/Limits.h"
 
 #include <cmath>
+#include <memory>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -57,6 +59,18 @@ void TellOfRest(Cursor const& inObject, Effect const& inEffect, EffectLevels con
 		"the effect " + Quote(name) + " (schema " + Quote(inEffect.mSchema) + ") is not rendered");
 }
 
+// Null where there is none.
+std::shared_ptr<PluginEffect const> ReadPlugin(Cursor const& inSonaro)
+{
+	if (!inSonaro.IsObject())
+	{
+		return nullptr;
+	}
+	TellUnknownKeys(inSonaro, {"lv2"});
+	Cursor const plugin(inSonaro, "lv2");
+	return plugin.IsNothing() ? nullptr : std::make_shared<PluginEffect const>(ReadPluginEffect(plugin));
+}
+
 Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRange)
 {
 	inObject.Require(JsonValue::Type::kObject, "an effect");
@@ -81,9 +95,11 @@ Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRang
 		effect.mTimeScalar = 0.0;
 		return effect;
 	}
-	if (effect.mIsEnabled)
+	Cursor const metadata(inObject, "metadata");
+	effect.mPlugin = ReadPlugin(Cursor(metadata, "sonaro"));
+	if (effect.mIsEnabled && !effect.mPlugin)
 	{
-		EffectLevels levels = ReadEffectLevels(Cursor(inObject, "metadata"), inRange);
+		EffectLevels levels = ReadEffectLevels(metadata, inRange);
 		TellOfRest(inObject, effect, levels);
 		effect.mLevels = std::move(levels.mLevels);
 	}

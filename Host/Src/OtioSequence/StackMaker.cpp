@@ -1,5 +1,6 @@
 #include "StackMaker.h"
 
+#include "OtioSequence/Item/ItemEffects.h"
 #include "OtioSequence/Item/ItemFades.h"
 #include "OtioSequence/Survey/Audibility.h"
 #include "TrackMaker.h"
@@ -35,6 +36,10 @@ void StackMaker::AddSubmixes()
 		made.mOrigin = mStack.mPlace;
 		made.mLayout = mLayout;
 		made.mOutput = FindOutput(submix.mOutput);
+		for (auto const& effect : submix.mEffects)
+		{
+			AddEffect(mContext, *effect, mLayout, curveTiming, made.mChain.mStages);
+		}
 		if (auto const gain =
 				submix.mGain ? MakeGain(*submix.mGain, curveTiming) : Sequence::NumberParameter())
 		{
@@ -123,7 +128,7 @@ Sequence::Chain StackMaker::MakeChain(ItemView const& inChild, TrackRow const& i
 	Item const& item = *inChild.mItem;
 	MixSettings const& settings = item.GetSettings();
 	CurveTiming const curveTiming{mContext.mRanges.GetRange(inChild).mLength, GetStart()};
-	Sequence::Chain chain;
+	Sequence::Chain chain{MakeEffects(mContext, item, inRow.mLayout, curveTiming), {}};
 	auto const addSends = [&](bool inIsPreFader)
 	{
 		for (Send const& send : settings.mSends)

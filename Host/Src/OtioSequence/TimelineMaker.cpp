@@ -1,5 +1,6 @@
 #include "SonaroHost/OtioSequence/TimelineMaker.h"
 
+#include "OtioSequence/Item/ItemEffects.h"
 #include "OtioSequence/Item/ItemFades.h"
 #include "OtioSequence/Survey/Audibility.h"
 #include "OtioSequence/Survey/Levels.h"
@@ -11,6 +12,7 @@
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
@@ -167,8 +169,9 @@ private:
 		mResult.mFrames = scope.mGrid.ToFrame(mRange.GetEnd()) - mResult.mFirstFrame;
 		AddStackMarkers();
 		auto description = StackMaker(mContext, mStack, scope, mLayout).Make();
-		description->mMaster.mStages =
-			MakeFaders(mStack, {mRange.mLength, scope.mGrid.ToTicks(mResult.mFirstFrame)});
+		CurveTiming const timing{mRange.mLength, scope.mGrid.ToTicks(mResult.mFirstFrame)};
+		description->mMaster.mStages = MakeEffects(mContext, mStack, mLayout, timing);
+		std::ranges::move(MakeFaders(mStack, timing), std::back_inserter(description->mMaster.mStages));
 		return description;
 	}
 

@@ -1,6 +1,7 @@
 #include "SonaroHost/OtioSequence/TimelineSequence.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace SonaroHost::Otio
 {
@@ -9,6 +10,14 @@ void DropRows(TimelineSequence& ioSequence)
 {
 	ioSequence.mClips = std::vector<ClipRow>();
 	ioSequence.mTracks = std::vector<TrackRow>();
+}
+
+std::vector<Note> ListMissingEffects(std::vector<Note> const& inNotes)
+{
+	std::vector<Note> missing;
+	std::ranges::copy_if(inNotes, std::back_inserter(missing),
+		[](Note const& inNote) { return inNote.mKind == Note::Kind::kMissingEffect; });
+	return missing;
 }
 
 bool HasGuesses(std::vector<Note> const& inNotes)

@@ -5,12 +5,15 @@
 #include "SonaroHost/Otio/RationalTime.h"
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace SonaroHost::Otio
 {
+
+struct PluginEffect;
 
 // A value over time, as a file states it.
 struct Curve
@@ -65,6 +68,8 @@ struct Submix
 	std::string mName;
 	std::optional<Curve> mGain;
 	std::optional<Curve> mPan;
+	// What it runs through before its gain, in their order.
+	std::vector<std::shared_ptr<PluginEffect const>> mEffects;
 	bool mMute = false;
 	// Another submix of the stack; without it the stack's own sum. Outputs form no circle.
 	std::optional<std::string> mOutput;

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Otio/Media.h"
 #include "SonaroHost/Otio/MixSettings.h"
+#include "SonaroHost/Otio/PluginEffect.h"
 #include "SonaroHost/Otio/RationalTime.h"
 
 #include <memory>
@@ -25,7 +26,7 @@ struct Effect
 	{
 		kLinearTimeWarp,
 		kFreezeFrame,
-		// Everything else. It is not rendered, except for its levels.
+		// Everything else. It is rendered by its plugin, and for its levels.
 		kOther,
 	};
 
@@ -40,6 +41,8 @@ struct Effect
 	// kLinearTimeWarp: whether the pitch stays as it is; without it, the render chooses.
 	std::optional<bool> mKeepsPitch;
 	ForeignLevels mLevels;
+	// kOther: the plugin that it is rendered by; null for none.
+	std::shared_ptr<PluginEffect const> mPlugin;
 	std::string mMetadata;
 	std::string mPlace;
 };

@@ -20,6 +20,8 @@ struct Note
 		// A gain, pan, fade, mute, solo or choice of channels of another program, in a form that is not known: what
 		// is heard may be louder, softer or elsewhere than it was made.
 		kLevelNotRead,
+		// An effect that is not heard, since its plugin is not there or cannot do what is asked of it.
+		kMissingEffect,
 	};
 
 	Kind mKind = Kind::kRemark;

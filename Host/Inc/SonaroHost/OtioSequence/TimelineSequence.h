@@ -68,6 +68,9 @@ struct TimelineSequence
 // Frees the rows of tracks and clips: of many clips they take as much memory as a graph.
 void DropRows(TimelineSequence& ioSequence);
 
+// The notes of effects that are not heard since their plugins are missing.
+std::vector<Note> ListMissingEffects(std::vector<Note> const& inNotes);
+
 // Why the programme is not as the timeline means it: whether a note reports something that was guessed or ignored.
 bool HasGuesses(std::vector<Note> const& inNotes);
 

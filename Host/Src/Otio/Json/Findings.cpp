@@ -52,8 +52,8 @@ std::vector<Note> Findings::TakeNotes()
 	}
 	std::ranges::sort(rest, {}, &Note::mText);
 	std::move(rest.begin(), rest.end(), std::back_inserter(mNotes));
-	for (Note::Kind const kind :
-		{Note::Kind::kRemark, Note::Kind::kGuess, Note::Kind::kIgnored, Note::Kind::kLevelNotRead})
+	for (Note::Kind const kind : {Note::Kind::kRemark, Note::Kind::kGuess, Note::Kind::kIgnored,
+			 Note::Kind::kLevelNotRead, Note::Kind::kMissingEffect})
 	{
 		if (std::size_t const count = mUncounted[static_cast<std::size_t>(kind)])
 		{

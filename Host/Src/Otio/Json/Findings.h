@@ -86,7 +86,7 @@ private:
 	// The indices of the notes that TellOnce adds, by their text.
 	std::map<std::string, std::size_t> mOnce;
 	// The notes of each kind that are only counted.
-	std::array<std::size_t, 4> mUncounted{};
+	std::array<std::size_t, 5> mUncounted{};
 };
 
 // Silences the notes of a scope.

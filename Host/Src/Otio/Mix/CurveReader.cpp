@@ -35,6 +35,13 @@ double ReadDecibels(Cursor const& inValue)
 	return isSilence ? kSilentDecibels : ReadNumber(inValue, kLowest, kMaxGainDecibels);
 }
 
+double ReadControlValue(Cursor const& inValue)
+{
+	constexpr double kLargest = std::numeric_limits<float>::max();
+	return inValue.Is(JsonValue::Type::kBool) ? (ReadBool(inValue) ? 1.0 : 0.0)
+											  : ReadNumber(inValue, -kLargest, kLargest);
+}
+
 double ReadPanPosition(Cursor const& inValue)
 {
 	return ReadNumber(inValue, -1.0, 1.0);
@@ -81,6 +88,11 @@ Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadV
 }
 
 } // namespace
+
+Curve ReadControlCurve(Cursor const& inValue)
+{
+	return ReadCurve(inValue, AutomationScale::kLinear, ReadControlValue);
+}
 
 Curve ReadGain(Cursor const& inValue)
 {

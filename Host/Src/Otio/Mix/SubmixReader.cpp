@@ -2,8 +2,10 @@
 
 #include "CurveReader.h"
 #include "Otio/Json/Fields.h"
+#include "PluginReader.h"
 
 #include <limits>
+#include <memory>
 #include <unordered_map>
 #include <utility>
 
@@ -31,11 +33,13 @@ Send ReadSend(Cursor const& inValue)
 Submix ReadSubmix(Cursor const& inValue)
 {
 	inValue.Require(JsonValue::Type::kObject, "an object with \"name\"");
-	TellUnknownKeys(inValue, {"name", "gain", "pan", "mute", "output"});
+	TellUnknownKeys(inValue, {"name", "gain", "pan", "effects", "mute", "output"});
 	Submix submix;
 	submix.mName = ReadName(Cursor(inValue, "name"));
 	submix.mGain = ReadIfThere(Cursor(inValue, "gain"), ReadGain);
 	submix.mPan = ReadIfThere(Cursor(inValue, "pan"), ReadPan);
+	ForEach(Cursor(inValue, "effects"), [&submix](Cursor const& inEffect)
+		{ submix.mEffects.push_back(std::make_shared<PluginEffect const>(ReadPluginEffect(inEffect))); });
 	submix.mMute = ReadIfThere(Cursor(inValue, "mute"), ReadBool).value_or(false);
 	submix.mOutput = ReadIfThere(Cursor(inValue, "output"), ReadName);
 	return submix;

@@ -1,6 +1,7 @@
 #include "ItemMaker.h"
 
 #include "ClipStretch.h"
+#include "ItemEffects.h"
 #include "OtioSequence/Survey/Audibility.h"
 #include "RampRows.h"
 
@@ -10,6 +11,7 @@
 #include "SonaroHost/Otio/Labels.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -151,7 +153,8 @@ void ItemMaker::AddLevels(Item const& inItem, SN::AudioChannelLayout const& inFr
 	Sequence::Chain& outChain)
 {
 	CurveTiming const curveTiming{inLength, SN::kTimeZero};
-	outChain.mStages = MakeFaders(inItem, curveTiming);
+	outChain.mStages = MakeEffects(mContext, inItem, inFrom, curveTiming);
+	std::ranges::move(MakeFaders(inItem, curveTiming), std::back_inserter(outChain.mStages));
 	outChain.mPan = MakePanBetween(mContext, inFrom, mLayout, FindPan(inItem), curveTiming, inItem.mPlace);
 }
 

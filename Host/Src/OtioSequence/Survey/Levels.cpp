@@ -48,13 +48,10 @@ template <class ToValue>
 Sequence::NumberParameter MakeParameter(
 	Curve const& inCurve, CurveTiming const& inTiming, AutomationScale inScale, ToValue const& inToValue)
 {
-	std::vector<AutomationPoint> points;
-	for (Curve::Keyframe const& keyframe : inCurve.mKeyframes)
+	std::vector<AutomationPoint> points = MakePoints(inCurve, inTiming);
+	for (AutomationPoint& point : points)
 	{
-		Ratio const time = ToSeconds(keyframe.mTime);
-		bool const isFraction = inCurve.mTimeUnit == Curve::TimeUnit::kFractionOfLength;
-		points.push_back({AddOnTimeLine(inTiming.mStart, isFraction ? time * inTiming.mLength : time),
-			inToValue(keyframe.mValue), keyframe.mInterpolation});
+		point.mValue = inToValue(point.mValue);
 	}
 	auto const first = static_cast<float>(
 		ToLinear(points.empty() ? inToValue(inCurve.mConstant) : points.front().mValue, inScale));
@@ -79,6 +76,19 @@ bool StaysInTheMiddle(Curve const& inPan)
 }
 
 } // namespace
+
+std::vector<AutomationPoint> MakePoints(Curve const& inCurve, CurveTiming const& inTiming)
+{
+	std::vector<AutomationPoint> points;
+	for (Curve::Keyframe const& keyframe : inCurve.mKeyframes)
+	{
+		Ratio const time = ToSeconds(keyframe.mTime);
+		bool const isFraction = inCurve.mTimeUnit == Curve::TimeUnit::kFractionOfLength;
+		points.push_back({AddOnTimeLine(inTiming.mStart, isFraction ? time * inTiming.mLength : time),
+			keyframe.mValue, keyframe.mInterpolation});
+	}
+	return points;
+}
 
 Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveTiming const& inTiming)
 {

@@ -22,6 +22,9 @@ Sequence::NumberParameter MakeGain(Curve const& inCurve, CurveTiming const& inTi
 // The pan goes from 0, left, to 1, right.
 Sequence::NumberParameter MakePan(Curve const& inCurve, CurveTiming const& inTiming);
 
+// The keyframes of a curve in the time of the chain, with the values that they have; none for a curve that is constant.
+std::vector<AutomationPoint> MakePoints(Curve const& inCurve, CurveTiming const& inTiming);
+
 // All gains of an item: its own, or what others left in its metadata; and those of its effects.
 std::vector<Sequence::Stage> MakeFaders(Item const& inItem, CurveTiming const& inTiming);
 

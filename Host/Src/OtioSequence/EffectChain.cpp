@@ -1,0 +1,20 @@
+#include "SonaroHost/OtioSequence/EffectChain.h"
+
+#include "OtioSequence/Item/ItemEffects.h"
+
+#include "SonaroHost/Otio/PluginEffect.h"
+
+namespace SonaroHost::Otio
+{
+
+std::vector<Effects::EffectSetup> ReadEffectChain(std::filesystem::path const& inPath)
+{
+	std::vector<Effects::EffectSetup> setups;
+	for (PluginEffect const& plugin : ReadEffectFile(inPath))
+	{
+		setups.push_back(MakeSetup(plugin, {Ratio(), SN::kTimeZero}));
+	}
+	return setups;
+}
+
+} // namespace SonaroHost::Otio

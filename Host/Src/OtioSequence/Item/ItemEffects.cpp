@@ -1,0 +1,70 @@
+#include "ItemEffects.h"
+
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/Effects/PreparedEffect.h"
+
+#include <utility>
+
+namespace SonaroHost::Otio
+{
+
+namespace
+{
+
+Sequence::Effect MakeEffect(MakerContext& ioContext, PluginEffect const& inPlugin,
+	SN::AudioChannelLayout const& inLayout, CurveTiming const& inTiming)
+{
+	Effects::PreparedEffect effect(MakeSetup(inPlugin, inTiming), ioContext.mResult.mSampleRate);
+	effect.CheckChannels(inLayout.size());
+	for (std::string const& remark : effect.GetRemarks())
+	{
+		ioContext.Tell(Note::Kind::kRemark, inPlugin.mPlace,
+			"the effect " + QuoteName(effect.GetName()) + ": " + remark);
+	}
+	std::string const name = effect.GetName();
+	return {name, [made = std::move(effect)](auto const&... inGraph) { return made.Make(inGraph...); }};
+}
+
+} // namespace
+
+Effects::EffectSetup MakeSetup(PluginEffect const& inPlugin, CurveTiming const& inTiming)
+{
+	Effects::EffectSetup setup{inPlugin.mUri, inPlugin.mPreset, inPlugin.mState};
+	for (PluginEffect::Control const& control : inPlugin.mControls)
+	{
+		setup.mSettings.push_back(
+			{control.mSymbol, control.mValue.mConstant, MakePoints(control.mValue, inTiming)});
+	}
+	return setup;
+}
+
+void AddEffect(MakerContext& ioContext, PluginEffect const& inPlugin, SN::AudioChannelLayout const& inLayout,
+	CurveTiming const& inTiming, std::vector<Sequence::Stage>& ioStages)
+{
+	try
+	{
+		ioStages.emplace_back(MakeEffect(ioContext, inPlugin, inLayout, inTiming));
+	}
+	catch (HostError const& error)
+	{
+		ioContext.Tell(Note::Kind::kMissingEffect, inPlugin.mPlace,
+			std::string("an effect is bypassed: ") + error.what());
+	}
+}
+
+std::vector<Sequence::Stage> MakeEffects(MakerContext& ioContext, Item const& inItem,
+	SN::AudioChannelLayout const& inLayout, CurveTiming const& inTiming)
+{
+	std::vector<Sequence::Stage> stages;
+	for (Effect const& effect : inItem.mEffects)
+	{
+		if (effect.mIsEnabled && effect.mPlugin)
+		{
+			AddEffect(ioContext, *effect.mPlugin, inLayout, inTiming, stages);
+		}
+	}
+	return stages;
+}
+
+} // namespace SonaroHost::Otio
