@@ -75,6 +75,8 @@ private:
 	CLI::App* mParser;
 };
 
+// "sonaro effects [WHAT]": which plugins are installed.
+std::unique_ptr<Command> MakeEffectsCommand(CLI::App& ioProgram);
 // "sonaro graph INPUT -o OUTPUT": draws the engine's graph of a timeline.
 std::unique_ptr<Command> MakeGraphCommand(CLI::App& ioProgram);
 // "sonaro info INPUT": what a sound file or a timeline is.

@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Effects/EffectLibrary.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Media/NoSoundError.h"
 #include "Terminal/Console.h"
@@ -60,6 +61,14 @@ int RunCommand(Command& ioCommand)
 	return kExitFailure;
 }
 
+std::string DescribeEffects()
+{
+	std::string const libraries = SonaroHost::Effects::DescribeEffectLibraries();
+	return libraries.empty()
+			   ? "not hosted; lilv was not built in with SONARO_WITH_LV2, which needs liblilv-dev"
+			   : "LV2 plugins by " + libraries;
+}
+
 // The version, and what of the optional parts was built in.
 std::string DescribeVersion()
 {
@@ -71,6 +80,7 @@ std::string DescribeVersion()
 				   ? "not read; libav is not installed, or was not built in with SONARO_WITH_LIBAV, which "
 					 "needs libavformat-dev, libavcodec-dev and libswresample-dev"
 				   : "read by " + libraries) +
+		   "\neffects: " + DescribeEffects() +
 		   (hasRubberBand ? "\nstretching: by the Rubber Band Library as well (GPL)" : "");
 }
 
@@ -81,11 +91,13 @@ constexpr char const* kFooter =
 	"  0  Success\n"
 	"  1  An input or output error, or a problem that --strict does not accept\n"
 	"  2  Wrong usage: an option or argument is not valid, by itself or for this input\n"
-	"  3  Media of a timeline are missing: the output is written, with silence in their place; or\n"
-	"     nothing in the timeline is heard: nothing is written\n"
+	"  3  Media or effects of a timeline are missing: the output is written, with silence or without\n"
+	"     the effect in their place; or nothing in the timeline is heard: nothing is written\n"
 	"\n"
 	"Environment:\n"
-	"  TMPDIR  The folder for temporary files, such as the unpacked media of bundles (default: /tmp)";
+	"  LV2_PATH  The folders in which LV2 plugins are looked for, separated by colons (default: the usual "
+	"ones)\n"
+	"  TMPDIR    The folder for temporary files, such as the unpacked media of bundles (default: /tmp)";
 
 bool Print(std::string const& inText)
 {
@@ -116,7 +128,8 @@ int main(int inCount, char** inArguments)
 	program.footer(kFooter);
 
 	std::unique_ptr<Command> const commands[] = {MakeRenderCommand(program), MakeWaveformCommand(program),
-		MakeLoudnessCommand(program), MakeInfoCommand(program), MakeGraphCommand(program)};
+		MakeLoudnessCommand(program), MakeInfoCommand(program), MakeGraphCommand(program),
+		MakeEffectsCommand(program)};
 	try
 	{
 		program.parse(inCount, inArguments);

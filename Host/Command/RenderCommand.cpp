@@ -1,5 +1,6 @@
 #include "Command.h"
 
+#include "Options/EffectOptions.h"
 #include "Options/RenderOptions.h"
 #include "Options/SharedOptions.h"
 #include "Page/PagePictures.h"
@@ -82,10 +83,11 @@ public:
 		AddSoundOptions();
 		AddLevelOptions();
 		AddChannelOptions();
+		mEffects.AddOptions(GetParser());
 		mTimeline.AddOptions();
 		GroupByInput(GetParser(),
 			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--pitch", "--stream",
-				"--channels", "--pan", "--mixdown"},
+				"--channels", "--pan", "--mixdown", "--effect", "--effect-file", "--set", "--preset"},
 			{"--range", "--stems", "--media", "--fades"});
 		GetParser().footer(
 			std::string(kTimesHelp) +
@@ -101,6 +103,7 @@ public:
 			"  sonaro render music.flac -o music.wav --as-playback\n"
 			"  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
 			"  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5\n"
+			"  sonaro render voice.wav -o loud.wav --effect http://lv2plug.in/plugins/eg-amp --set gain=6\n"
 			"  sonaro render edit.otio -o mix.wav --normalize -16 --limit-dbtp -1 --report mix.json\n"
 			"  sonaro render edit.otio -o mix.wav --report mix.html\n"
 			"  sonaro render edit.otio -o stems --stems track --range 01:00:10:00+20");
@@ -227,7 +230,11 @@ private:
 	// Of what is known of them before the render. Whether there was anything to warn of.
 	static bool WarnOfInputs(ClipRenderJob const& inJob)
 	{
-		bool isWarned = false;
+		bool isWarned = !inJob.GetRemarks().empty();
+		for (std::string const& remark : inJob.GetRemarks())
+		{
+			PrintWarning(remark);
+		}
 		for (PlannedClip const& clip : inJob.GetPlan().GetClips())
 		{
 			AudioFileInfo const& info = clip.GetInfo();
@@ -298,6 +305,7 @@ private:
 		request.mSampleRate = mOptions.mSampleRate;
 		request.mResampling = mOptions.ChooseResampling();
 		request.mAsPlayback = mIsPlayback;
+		request.mEffects = mEffects.MakeSetups();
 		return request;
 	}
 
@@ -421,6 +429,7 @@ private:
 	std::vector<std::string> mInputs;
 	RenderOptions mOptions;
 	TimelineRender mTimeline;
+	EffectOptions mEffects;
 	std::vector<std::string> mPositions;
 	std::string mStart;
 	std::string mDuration;

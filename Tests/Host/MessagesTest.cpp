@@ -127,7 +127,8 @@ TEST_F(MessagesTest, AWrongWordNamesTheNearestRightOne)
 		{2, {"inof"}, {"did you mean info?"}},
 		{2, {"edit.otio"}, {"unknown command 'edit.otio' (see sonaro --help)"}},
 		{2, {"--verison"}, {"unknown option '--verison'; did you mean --version?"}},
-		{2, {}, {"no command given; use render, waveform, loudness, info or graph (see sonaro --help)"}},
+		{2, {},
+			{"no command given; use render, waveform, loudness, info, graph or effects (see sonaro --help)"}},
 	});
 }
 

@@ -50,7 +50,7 @@ HOST = {
     "Otio": "Base Files",
     "OtioSequence": "Base Files Engine Automation Effects Media Sequence Otio",
     "Picture": "Base Files Engine Media Waveform Sequence Otio OtioSequence",
-    "Render": "Base Files Engine Automation Metering Media Waveform Sequence Graph Otio OtioSequence Picture",
+    "Render": "Base Files Engine Automation Metering Effects Media Waveform Sequence Graph Otio OtioSequence Picture",
 }
 
 # The rooms of the program, below Host/Command, and which of them each uses. The host is below all.

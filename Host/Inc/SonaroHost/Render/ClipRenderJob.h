@@ -3,6 +3,7 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/Base/OutputFormat.h"
 #include "SonaroHost/Base/RenderProgress.h"
+#include "SonaroHost/Effects/PreparedEffect.h"
 #include "SonaroHost/Render/ClipRenderRequest.h"
 #include "SonaroHost/Render/ProgrammePlan.h"
 #include "SonaroHost/Render/RenderSummary.h"
@@ -10,6 +11,8 @@
 #include <cstdint>
 #include <optional>
 #include <stop_token>
+#include <string>
+#include <vector>
 
 namespace SonaroHost
 {
@@ -29,6 +32,9 @@ public:
 	std::int64_t GetFrames() const { return mPlan.GetFrames(); }
 	int GetSampleRate() const { return mPlan.GetSampleRate(); }
 
+	// What was changed of the request, as settings of effects that were out of range.
+	std::vector<std::string> const& GetRemarks() const { return mRemarks; }
+
 	// Renders on the calling thread and as many as the request allows, with progress after each block. Nothing when asked to stop, or throwing a
 	// HostError: then there is no output, and a file that was there before stays. To be called once.
 	std::optional<RenderSummary> Run(
@@ -38,6 +44,8 @@ private:
 	ClipRenderRequest mRequest;
 	ProgrammePlan mPlan;
 	OutputFormat mFormat;
+	std::vector<Effects::PreparedEffect> mEffects;
+	std::vector<std::string> mRemarks;
 };
 
 } // namespace SonaroHost

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Effects/EffectSetup.h"
 #include "SonaroHost/Engine/LayoutPlan.h"
 #include "SonaroHost/Engine/OfflineRender.h"
 #include "SonaroHost/Media/Stretch.h"
@@ -65,6 +66,8 @@ struct ClipRenderRequest : OutputRequest
 	// length staying.
 	std::optional<int> mSampleRate;
 	Sequence::Resampling mResampling = Sequence::Resampling::kExact;
+	// The whole runs through them, in their order.
+	std::vector<Effects::EffectSetup> mEffects;
 	// Reads the inputs ahead on another thread, as a player does; the samples are the same.
 	bool mAsPlayback = false;
 };

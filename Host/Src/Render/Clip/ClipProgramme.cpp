@@ -195,7 +195,7 @@ private:
 
 } // namespace
 
-Programme MakeProgramme(ProgrammePlan const& inPlan)
+Programme MakeProgramme(ProgrammePlan const& inPlan, std::vector<Effects::PreparedEffect> const& inEffects)
 {
 	auto description = std::make_shared<Sequence::Description>();
 	description->mLayout = inPlan.GetLayout();
@@ -212,6 +212,11 @@ Programme MakeProgramme(ProgrammePlan const& inPlan)
 	for (ClipPart const& part : LayClips(inPlan))
 	{
 		track.mItems.push_back(MakeItem(part, media.at(part.mClip), inPlan));
+	}
+	for (Effects::PreparedEffect const& effect : inEffects)
+	{
+		description->mMaster.mStages.push_back(Sequence::Effect{
+			effect.GetName(), [effect](auto const&... inGraph) { return effect.Make(inGraph...); }});
 	}
 	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {},
 		std::make_shared<ClipMedia>(sources->mSources),

@@ -2,6 +2,7 @@
 
 #include "ClipProgramme.h"
 #include "Render/RenderJob.h"
+#include "SonaroHost/Base/PrintableText.h"
 
 #include <algorithm>
 #include <utility>
@@ -24,7 +25,8 @@ ClipRenderRequest Check(ClipRenderRequest inRequest)
 
 OutputFormat ChooseFormat(ClipRenderRequest const& inRequest, ProgrammePlan const& inPlan)
 {
-	bool const keepsSamples = inPlan.KeepsSamples() && inRequest.mLevels.IsNone();
+	bool const keepsSamples =
+		inPlan.KeepsSamples() && inRequest.mLevels.IsNone() && inRequest.mEffects.empty();
 	bool const needsDither = std::ranges::any_of(inPlan.GetClips(),
 		[&](PlannedClip const& inClip)
 		{
@@ -54,6 +56,14 @@ ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
 	  mPlan(mRequest),
 	  mFormat(ChooseFormat(mRequest, mPlan))
 {
+	for (Effects::EffectSetup const& setup : mRequest.mEffects)
+	{
+		Effects::PreparedEffect const& effect = mEffects.emplace_back(setup, mPlan.GetSampleRate());
+		for (std::string const& remark : effect.GetRemarks())
+		{
+			mRemarks.push_back("the effect " + QuoteName(effect.GetName()) + ": " + remark);
+		}
+	}
 }
 
 std::optional<RenderSummary> ClipRenderJob::Run(
@@ -73,7 +83,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	{
 		plan.mFiles = {{plan.mMix, {}}};
 	}
-	Programme programme = MakeProgramme(mPlan);
+	Programme programme = MakeProgramme(mPlan, mEffects);
 	programme.mRefusesDamage = mRequest.mRefusesDamage;
 	auto summary = RenderJob(std::move(programme), std::move(plan), inProgress, inStop).Run();
 	if (summary && summary->mPlayback)

@@ -1,0 +1,208 @@
+// Runs the real program, as a shell does.
+
+#include "EffectFolders.h"
+#include "Host/ProgramRun.h"
+#include "Host/TimelineJson.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <utility>
+
+namespace SonaroHost::Testing::EffectCommandTest
+{
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr int kRate = 48000;
+
+constexpr char kDelay[] = "urn:sonaro-test:delay";
+constexpr char kFault[] = "urn:sonaro-test:fault";
+constexpr char kControls[] = "urn:sonaro-test:controls";
+
+Json Plugin(std::string const& inUri, Json const& inControls = Json::object())
+{
+	return {{"uri", inUri}, {"controls", inControls}};
+}
+
+// An object with effects that are rendered by plugins.
+Json WithPlugins(Json inObject, std::initializer_list<Json> inPlugins)
+{
+	for (Json const& plugin : inPlugins)
+	{
+		inObject["effects"].push_back(
+			WithSettings({{"OTIO_SCHEMA", "Effect.1"}, {"effect_name", "LV2"}}, {{"lv2", plugin}}));
+	}
+	return inObject;
+}
+
+Json Late(int inFrames)
+{
+	return Plugin(kDelay, {{"frames", inFrames}});
+}
+
+class EffectCommandTest : public ProgramTest
+{
+protected:
+	static void SetUpTestSuite() { FindTestPlugins(); }
+
+	void SetUp() override
+	{
+		Sound sound = MakeSound(2, kRate, 2 * kRate);
+		for (float& sample : sound.mSamples)
+		{
+			sample *= 0.25f;
+		}
+		WriteSound(mFolder / "tone.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+	}
+
+	ProgramResult RenderTimeline(Json const& inTimeline, Words const& inOptions = {})
+	{
+		WriteBytes(mFolder / "edit.otio", inTimeline.dump());
+		return Run(Join({"render", "edit.otio", "-o", "out.wav", "--quiet"}, inOptions));
+	}
+
+	Sound RenderSound(Json const& inTimeline)
+	{
+		ProgramResult const result = RenderTimeline(inTimeline);
+		EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
+		return ReadSound(mFolder / "out.wav");
+	}
+};
+
+TEST_F(EffectCommandTest, ListsAndShowsPlugins)
+{
+	auto const list = Json::parse(Run({"effects", "sonaro-test", "delay", "--json"}).mOutput);
+	ASSERT_EQ(list.size(), 1u);
+	EXPECT_EQ(list[0]["uri"], kDelay);
+	EXPECT_EQ(list[0]["class"], "Delay Plugin");
+	EXPECT_THAT(Run({"effects", "sonaro-test", "--class", "DELAY"}).mOutput,
+		AllOf(HasSubstr("Test Delay"), Not(HasSubstr("Test Sides"))));
+	EXPECT_THAT(Run({"effects", "--all", "demanding"}).mOutput,
+		HasSubstr("unusable: it requires the feature urn:sonaro-test:nowhere"));
+
+	auto const delay = Json::parse(Run({"effects", kDelay, "--json"}).mOutput);
+	EXPECT_EQ(delay["latencySamples"], 100);
+	EXPECT_EQ(delay["controls"][0]["maximum"], 10000);
+	EXPECT_EQ(delay["controls"][0]["isInteger"], true);
+	EXPECT_THAT(Run({"effects", kControls}).mOutput,
+		AllOf(HasSubstr("Test Controls"), HasSubstr("2 in, 2 out"), HasSubstr("Frequency (logarithmic)"),
+			HasSubstr("Presets\n  Low\n")));
+	ExpectRefusal({"effects", "urn:nobody"}, 2, {"\"urn:nobody\" is not installed"});
+}
+
+TEST_F(EffectCommandTest, SettingsBelongToTheEffectBeforeThem)
+{
+	Words const render{"render", "tone.wav", "-o", "out.wav", "--quiet"};
+	auto const getFirst = [&](Words const& inOptions)
+	{
+		ProgramResult const result = Run(Join(render, inOptions));
+		EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
+		return ReadSound(mFolder / "out.wav").mSamples[0];
+	};
+	EXPECT_EQ(getFirst({"--effect", kDelay, "--set", "frames=7", "--effect", kControls, "--set", "switch=1",
+				  "--set", "frequency=33"}),
+		33.0f);
+	EXPECT_EQ(getFirst({"--effect", kControls, "--preset", "Low", "--effect", kDelay}), 20.0f);
+	WriteBytes(mFolder / "chain.json",
+		Json({Late(99),
+				 Plugin(kControls, {{"frequency", {{"keyframes", List({{{"time", 1}, {"value", 5}}})}}}})})
+			.dump());
+	EXPECT_EQ(getFirst({"--effect-file", "chain.json"}), 5.0f);
+	WriteBytes(mFolder / "wrong.json", R"([{"uri": "urn:x", "control": {}}])");
+	for (auto const& [words, code, text] : {
+			 std::tuple(
+				 Words{"--set", "gain=1", "--effect", kDelay}, 2, "--set applies to the effect before it"),
+			 std::tuple(Words{"--effect", kDelay, "--set", "frames"}, 2, "use symbol=value"),
+			 std::tuple(Words{"--effect-file", "wrong.json"}, 1, "'wrong.json', /0/control: "),
+			 std::tuple(Words{"--effect-file", "tone.wav"}, 1, "'tone.wav': is not a file of effects"),
+		 })
+	{
+		ExpectRefusal(Join(render, words), code, {text});
+	}
+}
+
+TEST_F(EffectCommandTest, LatencyIsMadeUpForEverywhereInATimeline)
+{
+	auto const make = [](bool inIsLate)
+	{
+		auto const delay = [inIsLate](Json const& inObject, int inFrames) {
+			return inIsLate ? WithPlugins(inObject, {Late(inFrames), Late(3)}) : inObject;
+		};
+		Json const clip = delay(Clip("A", "tone.wav", 0.25, 0.5), 100);
+		Json const nested = delay(Stack({delay(Track("Inner", {clip}), 1000)}), 333);
+		Json const sending = WithSettings(delay(Track("Sending", {Clip("B", "tone.wav")}), 77),
+			{{"sends", List({{{"to", "room"}, {"gain", -6}}})}, {"gain", -3}});
+		Json timeline = WithSettings(Timeline({Track("Outer", {Gap(0.1), nested}), sending,
+										 Track("Dry", {clip, Clip("C", "tone.wav")})}),
+			{{"layout", "stereo"},
+				{"submixes",
+					List({{{"name", "room"}, {"effects", inIsLate ? List({Late(500)}) : List({})}}})}});
+		timeline["tracks"] = delay(timeline["tracks"], 50);
+		return timeline;
+	};
+	EXPECT_TRUE(SameBits(RenderSound(make(true)), RenderSound(make(false))));
+}
+
+// Times count from the start of the clip, and effects of a clip come before its gain.
+TEST_F(EffectCommandTest, AutomationFollowsTheClip)
+{
+	Json const frequency = {
+		{"keyframes", List({{{"time", 0}, {"value", 10}}, {{"time", 0.5}, {"value", 1000}}})}};
+	Json const clip = WithSettings(
+		WithPlugins(Clip("A", "tone.wav"), {Plugin(kControls, {{"frequency", frequency}, {"switch", true}})}),
+		{{"gain", -20}});
+	Sound const sound = RenderSound(Timeline({Track("T", {Gap(0.5), clip})}));
+	auto const getFrame = [&](double inSeconds)
+	{ return static_cast<std::size_t>(std::llround(inSeconds * kRate)) * 2; };
+	EXPECT_EQ(sound.mSamples[getFrame(0.25)], 0.0f);
+	EXPECT_NEAR(sound.mSamples[getFrame(0.5)], 1.0f, 1e-4f);
+	EXPECT_NEAR(sound.mSamples[getFrame(0.75)], 10.0f, 0.1f);
+	EXPECT_NEAR(sound.mSamples[getFrame(1.25)], 100.0f, 0.01f);
+	EXPECT_NEAR(sound.mSamples[getFrame(1.25) + 1], 0.1f, 1e-5f);
+}
+
+TEST_F(EffectCommandTest, WhatIsMissingIsBypassedAndReported)
+{
+	auto const make = [](std::initializer_list<Json> inPlugins)
+	{ return Timeline({WithPlugins(Track("Voice", {Clip("A", "tone.wav")}), inPlugins)}); };
+	Sound const plain = RenderSound(make({}));
+	ProgramResult const result =
+		RenderTimeline(make({Plugin("urn:nobody"), Plugin(kDelay, {{"speed", 1}}), Late(5)}));
+	EXPECT_EQ(result.mExitCode, 3);
+	EXPECT_THAT(result.mErrors, AllOf(HasSubstr("missing effect: track \"Voice\": an effect is bypassed: the "
+												"plugin \"urn:nobody\" is not installed"),
+									HasSubstr("(/tracks/children/0/effects/0/metadata/sonaro/lv2)"),
+									HasSubstr("\"Test Delay\" has no control \"speed\"; it has frames")));
+	EXPECT_TRUE(SameBits(ReadSound(mFolder / "out.wav"), plain));
+	for (char const* const strict : {"--strict", "--strict=media"})
+	{
+		std::filesystem::remove(mFolder / "out.wav");
+		ProgramResult const refused = RenderTimeline(make({Plugin("urn:nobody")}), {strict});
+		EXPECT_EQ(refused.mExitCode, 1);
+		EXPECT_THAT(refused.mErrors, HasSubstr("1 effect is missing"));
+		EXPECT_THAT(mFolder.List(), ElementsAre("edit.otio", "tone.wav"));
+	}
+	EXPECT_EQ(RenderTimeline(make({Json{{"uri", 1}}})).mExitCode, 1);
+}
+
+TEST_F(EffectCommandTest, AFaultNamesItsPlaceAndTime)
+{
+	Sound sound{1, kRate, std::vector<float>(kRate)};
+	sound.mSamples[kRate / 2] = -1.0f;
+	WriteSound(mFolder / "bad.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+	ProgramResult const result = RenderTimeline(
+		Timeline({Track("Voice", {Gap(0.5), WithPlugins(Clip("A", "bad.wav"), {Plugin(kFault)})})}),
+		{"--block", "100"});
+	EXPECT_EQ(result.mExitCode, 1);
+	EXPECT_THAT(result.mErrors, AllOf(HasSubstr("'edit.otio', /tracks/children/0/children/1: the effect "
+												"\"Test Fault\" on 'A' on 'Voice' gave "
+												"samples that are infinite or not a number at 0:00.998"),
+									Not(HasSubstr("warning"))));
+	EXPECT_THAT(mFolder.List(), ElementsAre("bad.wav", "edit.otio", "tone.wav"));
+}
+
+} // namespace SonaroHost::Testing::EffectCommandTest

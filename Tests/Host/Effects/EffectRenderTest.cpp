@@ -1,0 +1,262 @@
+#include "EffectFolders.h"
+#include "Host/ClipRenders.h"
+#include "SonaroHost/Engine/OfflineRender.h"
+#include "SonaroHost/Engine/RenderContextScope.h"
+#include "SonaroHost/Sequence/FileMedia.h"
+#include "SonaroHost/Sequence/SequenceGraph.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+
+namespace SonaroHost::Testing::EffectRenderTest
+{
+
+using Effects::EffectSetup;
+using testing::HasSubstr;
+
+constexpr int kRate = 48000;
+
+constexpr char kDelay[] = "urn:sonaro-test:delay";
+constexpr char kFault[] = "urn:sonaro-test:fault";
+constexpr char kBlocks[] = "urn:sonaro-test:blocks";
+constexpr char kControls[] = "urn:sonaro-test:controls";
+constexpr char kWorker[] = "urn:sonaro-test:worker";
+constexpr char kSides[] = "urn:sonaro-test:sides";
+constexpr char kAmplifier[] = "http://lv2plug.in/plugins/eg-amp";
+
+AutomationPoint At(double inSeconds, double inValue)
+{
+	return {SN::TickTime::FromTicks(std::llround(inSeconds * zorvmediatypes::kTicksPerSecond)), inValue};
+}
+
+class EffectRenderTest : public ClipRenders
+{
+protected:
+	static void SetUpTestSuite() { FindTestPlugins(); }
+
+	ClipRenderRequest MakeRequest(std::vector<EffectSetup> inEffects) const
+	{
+		ClipRenderRequest request = ClipRenders::MakeRequest();
+		request.mEffects = std::move(inEffects);
+		return request;
+	}
+
+	Sound WriteNoise(int inChannels, std::int64_t inFrames = 20000) const
+	{
+		Sound sound = MakeSound(inChannels, kRate, inFrames);
+		WriteInput(sound);
+		return sound;
+	}
+
+	static Sound Scale(Sound inSound, float inGain)
+	{
+		for (float& sample : inSound.mSamples)
+		{
+			sample *= inGain;
+		}
+		return inSound;
+	}
+};
+
+TEST_F(EffectRenderTest, LatencyIsMadeUpForToTheSample)
+{
+	Sound const sound = WriteNoise(2);
+	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest({{kDelay}})), sound));
+	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest(
+							 {{kDelay, {}, {}, {{"frames", 4999}}}, {kDelay, {}, {}, {{"frames", 0}}}})),
+		sound));
+}
+
+TEST_F(EffectRenderTest, PluginsThatNeedBlocksOfOneLengthGetThem)
+{
+	Sound const sound = WriteNoise(3);
+	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest({{kBlocks}})), Scale(sound, 2.0f)));
+	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest({{kBlocks}, {kDelay}, {kBlocks}})), Scale(sound, 4.0f)));
+}
+
+TEST_F(EffectRenderTest, PortsMeetTheChannels)
+{
+	Sound const mono = WriteNoise(1);
+	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest({{kSides}})), Scale(mono, 2.0f)));
+	Sound stereo = WriteNoise(2);
+	for (std::size_t i = 0; i < stereo.mSamples.size(); i += 2)
+	{
+		stereo.mSamples[i] *= 3.0f;
+	}
+	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest({{kSides}})), stereo));
+	WriteNoise(6);
+	ExpectRefusal(MakeRequest({{kSides}}), "\"Test Sides\" has 2 audio inputs and 2 audio outputs, which do "
+										   "not fit 6 channels");
+}
+
+TEST_F(EffectRenderTest, WorkIsDoneAtOnceInAnExport)
+{
+	Sound const sound = WriteNoise(1, 30);
+	ClipRenderRequest request = MakeRequest({{kWorker}});
+	request.mBlockFrames = 10;
+	Sound expected = sound;
+	for (std::size_t i = 0; i < expected.mSamples.size(); ++i)
+	{
+		expected.mSamples[i] *= static_cast<float>(1 << (i / 10));
+	}
+	EXPECT_TRUE(SameBits(Render(request), expected));
+}
+
+TEST_F(EffectRenderTest, SettingsGoBeforePresetsAndThoseBeforeDefaults)
+{
+	WriteNoise(2, 4);
+	auto const getFirst = [&](EffectSetup const& inSetup)
+	{ return Render(MakeRequest({inSetup})).mSamples[0]; };
+	EXPECT_EQ(getFirst({kControls}), 100.0f);
+	EXPECT_EQ(getFirst({kControls, "Low"}), 20.0f);
+	EXPECT_EQ(getFirst({kControls, "urn:sonaro-test:preset"}), 20.0f);
+	EXPECT_EQ(getFirst({kControls, "Low", {}, {{"frequency", 440.0}}}), 440.0f);
+	constexpr char kState[] = R"(@prefix lv2: <http://lv2plug.in/ns/lv2core#> .
+@prefix pset: <http://lv2plug.in/ns/ext/presets#> .
+<urn:sonaro-test:state> a pset:Preset ; lv2:appliesTo <urn:sonaro-test:controls> ; lv2:port [ lv2:symbol "frequency" ; pset:value 7.0 ] .)";
+	EXPECT_EQ(getFirst({kControls, "Low", kState}), 7.0f);
+}
+
+// A logarithmic control from 10 to 1000 passes 100 half way, and a switch does not move between its points.
+TEST_F(EffectRenderTest, ControlsMoveInTheirOwnScaleByControlBlocks)
+{
+	WriteNoise(2, kRate);
+	ClipRenderRequest const request = MakeRequest({{kControls, {}, {},
+		{{"frequency", 0.0, {At(0.0, 10.0), At(1.0, 1000.0)}},
+			{"switch", 0.0, {At(0.0, 0.0), At(0.5, 1.0)}}}}});
+	Sound const sound = RenderInBlocks(request);
+	for (std::int64_t frame : {0, 63, 64, 12000, 24000, 47999})
+	{
+		auto const index = static_cast<std::size_t>(frame);
+		double const seconds = static_cast<double>(frame / 64 * 64) / kRate;
+		EXPECT_NEAR(sound.mSamples[2 * index], 10.0 * std::pow(100.0, seconds), 0.001) << frame;
+		EXPECT_EQ(sound.mSamples[2 * index + 1], seconds < 0.5 ? 0.0f : 1.0f) << frame;
+	}
+}
+
+TEST_F(EffectRenderTest, WhatIsOutOfRangeIsLimitedWithARemark)
+{
+	WriteNoise(2, 4);
+	ClipRenderRequest const request = MakeRequest({{kControls, {}, {}, {{"frequency", 20000.0}}}});
+	EXPECT_THAT(ClipRenderJob(request).GetRemarks(),
+		testing::ElementsAre(
+			"the effect \"Test Controls\": \"frequency\" is out of range at 20000; using 10000"));
+	EXPECT_EQ(Render(request).mSamples[0], 10000.0f);
+}
+
+TEST_F(EffectRenderTest, WhatIsNotThereIsRefusedByName)
+{
+	WriteNoise(1, 4);
+	std::pair<EffectSetup, char const*> const cases[] = {
+		{{"urn:nobody"}, "\"urn:nobody\" is not installed"},
+		{{"no uri"}, "\"no uri\" is not installed"},
+		{{"urn:sonaro-test:demanding"}, "it requires the feature urn:sonaro-test:nowhere"},
+		{{kDelay, {}, {}, {{"Frames", 1.0}}}, "no control \"Frames\"; it has frames"},
+		{{kDelay, "Loud"}, "no preset \"Loud\"; it has none"},
+		{{kControls, "Loud"}, "\"sonaro effects urn:sonaro-test:controls\" lists those that it has"},
+		{{kControls, {}, "nonsense"}, "the state is not one of the plugin \"Test Controls\""},
+	};
+	for (auto const& [setup, text] : cases)
+	{
+		ExpectRefusal(MakeRequest({setup}), text);
+	}
+}
+
+// A process that goes on after a crash is what the sanitizers are there to prevent.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(SONARO_SANITIZES_UNDEFINED)
+#define SONARO_CAN_CRASH 1
+#endif
+
+TEST_F(EffectRenderTest, AFaultEndsTheRenderWithoutAnOutput)
+{
+	Sound sound = MakeSound(1, kRate, 20000);
+	std::pair<float, char const*> const cases[] = {
+#ifdef SONARO_CAN_CRASH
+		{1.0f, "the effect \"Test Fault\" on 'master' crashed at 0:00.200"},
+#endif
+		{-1.0f, "the effect \"Test Fault\" on 'master' gave samples that are infinite or not a number at "
+				"0:00.200"},
+	};
+	for (auto const& [sample, text] : cases)
+	{
+		sound = Scale(MakeSound(1, kRate, 20000), 0.5f);
+		sound.mSamples[9700] = sample;
+		WriteInput(sound);
+		ClipRenderRequest request = MakeRequest({{kDelay}, {kFault}});
+		request.mBlockFrames = 100;
+		ExpectRefusal(request, text, HostError::Kind::kInput);
+		EXPECT_THAT(mFolder.List(), testing::ElementsAre("in.wav"));
+	}
+}
+
+// A host that goes on hears what passes by the effect, as late as the effect was.
+TEST_F(EffectRenderTest, AFaultBypassesTheEffectFromThenOn)
+{
+	constexpr std::int64_t kFrames = 4000;
+	Sound sound = Scale(MakeSound(1, kRate, kFrames), 0.5f);
+	sound.mSamples[1064] = -1.0f;
+	WriteInput(sound);
+	Effects::PreparedEffect const fault({kFault}, kRate);
+	FileMedia media;
+	Sequence::Description description;
+	description.mLayout = zorvmediatypes::CreateMonoChannelLayout();
+	Sequence::Track& track = description.mTracks.emplace_back();
+	track.mLayout = description.mLayout;
+	track.mChain.mStages.push_back(
+		Sequence::Effect{"Fault", [&fault](auto const&... inGraph) { return fault.Make(inGraph...); }});
+	Sequence::Item& item = track.mItems.emplace_back();
+	item.mEnd = SN::TickTime(kFrames, SN::FrameRate::FromSamplesPerSecond(kRate));
+	item.mContent = Sequence::Clip{media.Get(mFolder / "in.wav", "in.wav"), 0, {}};
+
+	OfflineRange const range{kFrames, SN::FrameRate::FromSamplesPerSecond(kRate), 1, 100};
+	RenderContextScope const context(range.mBlockFrames, item.mEnd, SN::ImmutableString("test"));
+	Sequence::SequenceGraph const graph(description, context.Get(), range.mFrameRate);
+	Sound heard{1, kRate, {}};
+	RenderOffline(graph.GetGenerator(), range,
+		[&heard](dsp::AudioBuffer& ioBlock, SN::TickTime const&)
+		{
+			for (unsigned i = 0; i < ioBlock.GetUseSize(); ++i)
+			{
+				heard.mSamples.push_back(ioBlock.IsChannelSilent(0) ? 0.0f : ioBlock.GetChannel(0)[i]);
+			}
+		},
+		{});
+	EXPECT_TRUE(SameBits(heard.Cut(0, 1000), sound.Cut(0, 1000)));
+	EXPECT_TRUE(SameBits(heard.Cut(1000, 164), Sound{1, kRate, std::vector<float>(164)}));
+	EXPECT_TRUE(SameBits(heard.Cut(1164, 2836), sound.Cut(1164, 2836)));
+	ASSERT_EQ(graph.GetReport().mEffects.size(), 1u);
+	EXPECT_EQ(graph.GetReport().mEffects[0]->mFault.load(), EffectFault::Kind::kNotANumber);
+}
+
+// lv2apply runs a plugin one sample at a time.
+TEST_F(EffectRenderTest, SamplesAreThoseOfAnotherHost)
+{
+	constexpr char kOther[] = "command -v lv2apply > /dev/null";
+	std::pair<EffectSetup, char const*> const cases[] = {
+		{{kAmplifier, {}, {}, {{"gain", -7.5}}}, "-c gain -7.5"},
+		{{"http://drobilla.net/plugins/mda/Overdrive", {}, {}, {{"drive", 0.8}}}, "-c drive 0.8"},
+		{{"http://drobilla.net/plugins/mda/Ambience"}, ""},
+	};
+	for (auto const& [setup, options] : cases)
+	{
+		auto const plugin = Effects::FindEffect(setup.mUri);
+		if (std::system(kOther) != 0 || !plugin)
+		{
+			GTEST_SKIP() << "lv2apply (lilv-utils), lv2-examples or mda-lv2 is not installed";
+		}
+		SCOPED_TRACE(setup.mUri);
+		WriteNoise(static_cast<int>(plugin->mInputs), 3000);
+		std::string const command = "lv2apply -i " + (mFolder / "in.wav").string() + " -o " +
+									(mFolder / "other.wav").string() + " " + options + " " + setup.mUri;
+		ASSERT_EQ(std::system(command.c_str()), 0);
+		ClipRenderRequest request = MakeRequest({setup});
+		request.mBlockFrames = 1;
+		EXPECT_TRUE(SameBits(Render(request), ReadSound(mFolder / "other.wav")));
+	}
+}
+
+} // namespace SonaroHost::Testing::EffectRenderTest
