@@ -83,6 +83,9 @@ public:
 		AddSoundOptions();
 		AddLevelOptions();
 		AddChannelOptions();
+		Add("--tail", mOptions.mTail, "TIME",
+			"Go on after the end for this time, or with auto until effects are below -90 dBFS, at most 30 "
+			"seconds, which takes another pass (default: end at once)");
 		mEffects.AddOptions(GetParser());
 		mTimeline.AddOptions();
 		GroupByInput(GetParser(),

@@ -109,6 +109,10 @@ void RenderOptions::Fill(OutputRequest& outRequest) const
 	outRequest.mGain = ToGain(mGainDecibels);
 	outRequest.mFadeIn = ParseTimeIfGiven("--fade-in", mFadeIn);
 	outRequest.mFadeOut = ParseTimeIfGiven("--fade-out", mFadeOut);
+	if (!mTail.empty())
+	{
+		outRequest.mTail = {mTail == "auto" ? std::nullopt : ParseTimeIfGiven("--tail", mTail)};
+	}
 	outRequest.mLevels = mLevels;
 	outRequest.mMeasuring = !mReport.empty()       ? Measuring::kTracks
 							: mAsJson || !mIsQuiet ? Measuring::kOutput

@@ -27,6 +27,7 @@ struct RenderOptions
 	double mGainDecibels = 0.0;
 	std::string mFadeIn;
 	std::string mFadeOut;
+	std::string mTail;
 	SonaroHost::OutputLevels mLevels;
 	std::string mReport;
 	bool mKeepsOldFile = false;

@@ -2,6 +2,7 @@
 
 #include "Piece/PieceLength.h"
 #include "SonaroHost/Base/HostError.h"
+#include "TailSearch.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <chrono>
@@ -73,8 +74,37 @@ std::optional<RenderSummary> RenderJob::Run()
 	return std::move(mSummary);
 }
 
+bool RenderJob::AddTail()
+{
+	auto const& tail = mPlan.mRequest.mTail;
+	if (!tail)
+	{
+		return true;
+	}
+	auto const getEnd = [](ProgrammeRange const& inRange) { return inRange.mFirstFrame + inRange.mFrames; };
+	ProgrammeRange& mix = mPlan.mMix.mRange;
+	std::int64_t const end = getEnd(mix);
+	if (end < mProgramme.mFrames)
+	{
+		Refuse("a tail follows the end of the programme, but the range ends before it; render to the end");
+	}
+	auto const frames = tail->mLength ? std::optional(tail->mLength->ToSamples(mProgramme.mSampleRate))
+									  : FindTail(mProgramme, MakeRange(mix));
+	for (PlannedFile& planned : mPlan.mFiles)
+	{
+		ProgrammeRange& range = planned.mFile.mRange;
+		range.mFrames += getEnd(range) == end ? frames.value_or(0) : 0;
+	}
+	mix.mFrames += frames.value_or(0);
+	return frames.has_value();
+}
+
 bool RenderJob::RunPasses()
 {
+	if (!AddTail())
+	{
+		return false;
+	}
 	mProgress.mFramesTotal = NeedsMixAlone() ? mPlan.mMix.mRange.mFrames : 0;
 	for (PlannedFile const& planned : mPlan.mFiles)
 	{
@@ -192,18 +222,24 @@ void RenderJob::TakeBlock(Pass const& inPass, dsp::AudioBuffer& ioBlock)
 	}
 }
 
+RangeRender RenderJob::MakeRange(ProgrammeRange const& inRange) const
+{
+	RangeRender render;
+	render.mRange = inRange;
+	render.mBlockFrames = mPlan.mRequest.mBlockFrames;
+	render.mStop = mStop;
+	render.mJobs = mPlan.mRequest.mJobs;
+	render.mPieceFrames = PieceLength::GetForTests();
+	return render;
+}
+
 bool RenderJob::Render(Pass const& inPass)
 {
 	TrackMeters const meters = MakeMeters(inPass);
-	RangeRender render;
-	render.mRange = inPass.mOutput.GetFile().mRange;
-	render.mBlockFrames = mPlan.mRequest.mBlockFrames;
+	RangeRender render = MakeRange(inPass.mOutput.GetFile().mRange);
 	render.mView = MakeView(inPass, meters);
 	render.mReadsAhead = mPlan.mReadsAhead && inPass.mWrites;
-	render.mStop = mStop;
-	render.mJobs = mPlan.mRequest.mJobs;
 	render.mTapGroups = meters.GetGroups();
-	render.mPieceFrames = PieceLength::GetForTests();
 	render.mSink = [&](dsp::AudioBuffer& ioBlock) { TakeBlock(inPass, ioBlock); };
 	auto report = RenderRange(mProgramme, render);
 	if (!report)

@@ -70,12 +70,14 @@ private:
 
 	// Each of them is false when asked to stop.
 	bool RunPasses();
+	bool AddTail();
 	bool MeasureMix();
 	bool Normalize();
 	bool WriteFiles();
 	bool Render(Pass const& inPass);
 
 	TrackMeters MakeMeters(Pass const& inPass) const;
+	RangeRender MakeRange(ProgrammeRange const& inRange) const;
 	// A block of the graph, in which it works.
 	void TakeBlock(Pass const& inPass, dsp::AudioBuffer& ioBlock);
 

@@ -232,6 +232,27 @@ TEST_F(EffectRenderTest, AFaultBypassesTheEffectFromThenOn)
 	EXPECT_EQ(graph.GetReport().mEffects[0]->mFault.load(), EffectFault::Kind::kNotANumber);
 }
 
+TEST_F(EffectRenderTest, ATailIsHeardToItsEnd)
+{
+	Sound sound{1, kRate, std::vector<float>(1000)};
+	sound.mSamples[999] = 0.5f;
+	WriteInput(sound);
+	ClipRenderRequest request = MakeRequest({{"http://drobilla.net/plugins/mda/Delay"}});
+	if (!IsInstalled(request.mEffects[0].mUri))
+	{
+		GTEST_SKIP() << "mda-lv2 is not installed";
+	}
+	request.mLayout.mLayout = zorvmediatypes::CreateStereoChannelLayout();
+	request.mTail = Tail{TimePosition::FromSamples(500)};
+	EXPECT_EQ(Render(request).GetFrames(), 1500);
+	request.mTail = Tail{};
+	Sound const whole = RenderInBlocks(request);
+	EXPECT_GT(whole.GetFrames(), kRate / 10);
+	EXPECT_LT(whole.GetFrames(), 30 * kRate);
+	auto const last = whole.mSamples.end();
+	EXPECT_GT(std::max(std::fabs(last[-1]), std::fabs(last[-2])), 3.1e-5f);
+}
+
 // lv2apply runs a plugin one sample at a time.
 TEST_F(EffectRenderTest, SamplesAreThoseOfAnotherHost)
 {

@@ -39,6 +39,13 @@ enum class Measuring
 	kTracks,
 };
 
+// How far a render goes on beyond the end of its programme, where effects are still heard.
+struct Tail
+{
+	// Without one, until all is below -90 dBFS for two seconds, at most 30 seconds; that takes a pass more.
+	std::optional<TimePosition> mLength;
+};
+
 // What every render is asked, of sound files and of timelines: where it goes, as what, and how loud.
 struct OutputRequest
 {
@@ -60,6 +67,8 @@ struct OutputRequest
 	// the file.
 	std::optional<TimePosition> mFadeIn;
 	std::optional<TimePosition> mFadeOut;
+	// Of all files that end with the programme. Without it they end there.
+	std::optional<Tail> mTail;
 	OutputLevels mLevels;
 	Measuring mMeasuring = Measuring::kNothing;
 	// Whether readings have their series: the loudness over time, in 144 kB for an hour of each.
