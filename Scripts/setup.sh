@@ -10,7 +10,7 @@ packages=(g++ cmake ninja-build ccache pkg-config
 	nlohmann-json3-dev libcli11-dev)
 if [ "${1:-build}" = test ]; then
 	packages+=(clang clang-format clang-tidy libclang-rt-14-dev lld python3 libgtest-dev libgmock-dev libbenchmark-dev libebur128-dev
-		ffmpeg librsvg2-bin lilv-utils lv2-examples mda-lv2)
+		libmysofa-dev ffmpeg librsvg2-bin lilv-utils lv2-examples mda-lv2)
 fi
 
 missing=()
