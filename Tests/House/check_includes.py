@@ -22,6 +22,7 @@ ENGINE = [
     {"API": ["API/Inc/"]},
     {"Core": ["Inc/AudioRender/Core/", "Src/AudioRender/Core/"]},
     {"Algorithm": ["Inc/Panner/Algorithm/"],
+     "Binaural": ["Inc/Panner/Binaural/", "Src/Panner/Binaural/"],
      "Prefetch": ["Inc/Prefetch/", "Src/Prefetch/"],
      "Waveform": ["Inc/Waveform/", "Src/Waveform/"],
      "Resampler": ["Inc/Time/Resampler/", "Src/Time/Resampler/"],

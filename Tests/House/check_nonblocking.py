@@ -10,8 +10,11 @@ import sys
 from pathlib import Path
 
 MARK = "SONARO_NONBLOCKING"
-# Meters of exports alone, whose memory grows with what they hear, and a generator that waits for offline processes.
+# Meters of exports alone, whose memory grows with what they hear, a generator that waits for offline processes, and
+# functions of the same name in an interface of the host's own.
 UNMARKED = {
+    ("Host/Src/Media/Stretch/OmegaStretcher.h", "Process"),
+    ("Host/Src/Media/Stretch/ScalerStretcher.h", "Process"),
     ("Host/Src/Render/Piece/PieceRenderer.cpp", "SetMeterData"),
     ("Host/Src/Render/TrackMeters.h", "SetMeterData"),
     ("Inc/Time/OfflineAudioProcessorAudioGenerator.h", "GetAudioData"),

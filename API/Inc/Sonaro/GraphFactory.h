@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/AudioBinauralizerFactory.h"
 #include "Sonaro/GeneratorSettings.h"
 #include "Sonaro/IAudioGeneratorPrivate.h"
 #include "Sonaro/IAudioMeterSetter.h"
@@ -273,6 +274,18 @@ public:
 	{
 		return Make<IAudioProcessor>("a channel matrix", &ISonaroFactory::CreateAudioChannelMatrixRenderer,
 			inContext, inFrameRate, inMatrix);
+	}
+
+	// Ready for IAudioBinauralizer::Process. It stands beside the graph and needs no context.
+	InterfaceRef<IAudioBinauralizer> CreateAudioBinauralizer(
+		AudioBinauralizerSettings const& inSettings = {}) const
+	{
+		auto const binauralizer = AudioBinauralizerFactory::CreateAudioBinauralizer();
+		binauralizer->Init(inSettings.mSampleRate, inSettings.mMaxFrames);
+		binauralizer->SetOrientation(inSettings.mPitch, inSettings.mYaw, inSettings.mRoll);
+		binauralizer->GetProcessFunction(inSettings.mInputChannels, inSettings.mOutputChannels);
+		binauralizer->SetBypass(inSettings.mBypass);
+		return binauralizer;
 	}
 
 	// For what has no creator here.

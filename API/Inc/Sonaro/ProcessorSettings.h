@@ -89,4 +89,20 @@ struct AudioSendSettings
 	InterfaceRef<IAudioPanProcessor> mPanner = {};
 };
 
+// See IAudioBinauralizer.
+struct AudioBinauralizerSettings
+{
+	// In hertz.
+	unsigned long long mSampleRate = 48000;
+	// The largest block.
+	unsigned mMaxFrames = 512;
+	unsigned long long mInputChannels = 4;
+	unsigned mOutputChannels = 2;
+	// Where the listener's head is turned, in degrees.
+	float mPitch = 0.0f;
+	float mYaw = 0.0f;
+	float mRoll = 0.0f;
+	bool mBypass = false;
+};
+
 } // namespace SN
