@@ -20,7 +20,7 @@ class EarConvolver
 public:
 	static constexpr unsigned kNumInputs = 4;
 	static constexpr unsigned kNumEars = 2;
-	static constexpr unsigned kPartition = 32;
+	static constexpr unsigned kPartition = 64;
 
 	// The taps of each filter, all of one length.
 	using Filters = std::array<std::array<std::vector<float>, kNumInputs>, kNumEars>;
