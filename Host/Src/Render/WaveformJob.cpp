@@ -124,9 +124,8 @@ void WaveformJob::Open()
 	mFrames = range.mFrames;
 	if (stretch)
 	{
-		stretch->mStart = Ratio(range.mFirst);
-		mFrames = stretch->CountFrames(range.mFirst + range.mFrames);
-		mFirstFrame = 0;
+		mFirstFrame = stretch->CountFrames(range.mFirst);
+		mFrames = stretch->CountFrames(range.mFirst + range.mFrames) - mFirstFrame;
 	}
 	if (mFrames < 1)
 	{

@@ -17,7 +17,8 @@ struct PlannedClip
 {
 	// Counts by the programme's rate: nothing is resampled in it.
 	SN::InterfaceRef<AudioFileSource> mSource;
-	// The range in the file, in its own frames. A recording that is stretched begins with it.
+	// The range in the file, in its own frames. A recording that is stretched begins with the file all the same, so that
+	// the range is a cut of the whole.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mSourceFrames = 0;
 	// Channels of the source, in the order of the layout that the plan begins with; empty for all.
@@ -31,7 +32,7 @@ struct PlannedClip
 
 	AudioFileInfo const& GetInfo() const { return mSource->GetInfo(); }
 	// The range in the source.
-	std::int64_t GetFirstFrameOfSource() const { return GetInfo().mStretch ? 0 : mFirstFrame; }
+	std::int64_t GetFirstFrameOfSource() const;
 	std::int64_t GetFramesOfSource() const;
 	bool IsResampled() const { return mReadingSpeed != 1.0 || GetInfo().mStretch; }
 };

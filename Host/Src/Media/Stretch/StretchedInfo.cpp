@@ -24,7 +24,7 @@ AudioFileInfo MakeStretched(AudioFileInfo inFile, Stretch const& inStretch)
 	if (inStretch.mEngine == StretchEngine::kScaler && scaled > Ratio(kMostScaledFrames))
 	{
 		RefuseFile(inFile.mPath, "is longer than the 999000000 samples that the scaler can stretch",
-			"begin closer to its end, cut it into parts, or use --stretch omega");
+			"cut it into parts, or use --stretch omega");
 	}
 	return inFile;
 }

@@ -44,15 +44,11 @@ std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<un
 	return inWanted == all ? std::vector<unsigned>() : inWanted;
 }
 
-PlannedClip OpenClip(ClipInput const& inInput, std::optional<Stretch> inStretch)
+PlannedClip OpenClip(ClipInput const& inInput, std::optional<Stretch> const& inStretch)
 {
 	AudioFileInfo const info = InspectAudioFile(inInput.mPath, inInput.mStream);
 	FrameRange const range = ChooseRange(info, inInput.mStart, inInput.mDuration);
 	PlannedClip clip;
-	if (inStretch)
-	{
-		inStretch->mStart = Ratio(range.mFirst);
-	}
 	clip.mSource = AudioFileSource::Open(inStretch ? MakeStretched(info, *inStretch) : info);
 	clip.mFirstFrame = range.mFirst;
 	clip.mSourceFrames = range.mFrames;
@@ -83,10 +79,17 @@ LayoutPlan MakeLayoutPlan(PlannedClip const& inClip, LayoutRequest const& inRequ
 
 } // namespace
 
+std::int64_t PlannedClip::GetFirstFrameOfSource() const
+{
+	auto const& stretch = GetInfo().mStretch;
+	return stretch ? stretch->CountFrames(mFirstFrame) : mFirstFrame;
+}
+
 std::int64_t PlannedClip::GetFramesOfSource() const
 {
 	auto const& stretch = GetInfo().mStretch;
-	return stretch ? stretch->CountFrames(mFirstFrame + mSourceFrames) : mSourceFrames;
+	return stretch ? stretch->CountFrames(mFirstFrame + mSourceFrames) - GetFirstFrameOfSource()
+				   : mSourceFrames;
 }
 
 ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
