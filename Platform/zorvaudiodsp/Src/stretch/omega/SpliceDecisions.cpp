@@ -19,8 +19,9 @@ void SpliceEngine::Decide()
 	double const off = static_cast<double>(moment.mPlace) - moment.mIdeal;
 	// A stretch that runs ahead of its place must not reach an onset before its time.
 	double const untilOnset = static_cast<double>(moment.mOnset - moment.mPlace) - mLengths.mGuard;
-	if (moment.mOnset != OnsetDetector::kNone && static_cast<double>(moment.mPlace) > moment.mPath + 16.0 &&
-		untilOnset < mLengths.mFade + 2.0 * kStep)
+	if (moment.mOnset != OnsetDetector::kNone &&
+		static_cast<double>(moment.mPlace) > moment.mPath + mLengths.mStep / 4.0 &&
+		untilOnset < mLengths.mFade + 2.0 * mLengths.mStep)
 	{
 		Splice(moment, true);
 		return;
@@ -72,12 +73,12 @@ SpliceEngine::Moment SpliceEngine::LookAhead() const
 bool SpliceEngine::MeetOnset(Moment const& inMoment)
 {
 	double const left = inMoment.mLead - mLengths.mGuard;
-	if (left > mLengths.mOnsetFade + kStep)
+	if (left > mLengths.mOnsetFade + mLengths.mStep)
 	{
 		return false;
 	}
 	// One that is known too late for a fade before it is played late.
-	double const late = std::max(0.0, mLengths.mGuard + 32.0 - inMoment.mLead);
+	double const late = std::max(0.0, mLengths.mGuard + mLengths.mStep / 2.0 - inMoment.mLead);
 	double const off = static_cast<double>(inMoment.mPlace) + mSegment.mFraction - inMoment.mPath + late;
 	if (std::fabs(off) * 2000.0 <= mSampleRate || (late > 0.0 && off > 0.0))
 	{
@@ -104,9 +105,9 @@ void SpliceEngine::Splice(Moment const& inMoment, bool inIsForced)
 	{
 		// At a slower speed, what is played gets to an onset early and goes back before it as often as it has to.
 		highest = mStretch > 1.0 ? std::min(highest, inMoment.mPath) : highest;
-		fade = std::min(fade, std::max(inMoment.mLead - mLengths.mGuard - mLengths.mOnsetFade - kStep, 64.0));
-		fade = std::min(
-			fade, std::max(static_cast<double>(inMoment.mOnset - inMoment.mPlace) - mLengths.mGuard, 64.0));
+		double const untilFade = inMoment.mLead - mLengths.mGuard - mLengths.mOnsetFade - mLengths.mStep;
+		double const untilOnset = static_cast<double>(inMoment.mOnset - inMoment.mPlace) - mLengths.mGuard;
+		fade = std::min(fade, std::max<double>(std::min(untilFade, untilOnset), mLengths.mStep));
 		lowest = std::min(lowest, highest - mLengths.mSearch);
 	}
 	// What has set in is not heard again.
@@ -130,9 +131,19 @@ void SpliceEngine::Splice(Moment const& inMoment, bool inIsForced)
 	range.mHighest = static_cast<std::int64_t>(highest);
 	range.mWanted = std::clamp(static_cast<std::int64_t>(wanted), range.mLowest, range.mHighest);
 	range.mWindow = mLengths.mWindow;
+	range.mDecimation = SpliceSearch::GetDecimation(mSampleRate);
 	SpliceMatch const match = SpliceSearch::Find(mSound, mCoarse, range, mSettings.mPreferAccuracy ? 4 : 2);
 	Fade const chosen = ChooseFade(inMoment, match);
 	StartFade(match.mDistance, chosen.mSimilarity, std::min(fade, chosen.mLength));
+}
+
+// How long the stretch that is gone to stays near its place, in middle samples. By the distance alone, each fade that
+// ends late would make the next one longer, until the source that is kept is too short.
+double SpliceEngine::TimeUntilOff(Moment const& inMoment, SpliceMatch const& inMatch) const
+{
+	double const off = static_cast<double>(inMoment.mPlace) + inMatch.mDistance - inMoment.mIdeal;
+	double const left = GetLimit() + (mStretch > 1.0 ? off : -off);
+	return std::min(left, std::fabs(inMatch.mDistance)) / std::max(std::fabs(1.0 - mStretch), 1e-6);
 }
 
 // Where both stretches are alike for so long, the fade lasts until the next splice is due. Notes of a chord, which have no
@@ -143,9 +154,8 @@ SpliceEngine::Fade SpliceEngine::ChooseFade(Moment const& inMoment, SpliceMatch 
 	{
 		return {static_cast<double>(mLengths.mFade), inMatch.mSimilarity};
 	}
-	double const drift = std::max(std::fabs(1.0 - mStretch), 1e-6);
 	double const length =
-		std::clamp<double>(std::fabs(inMatch.mDistance) / drift, mLengths.mFade, mLengths.mLongestFade);
+		std::clamp<double>(TimeUntilOff(inMoment, inMatch), mLengths.mFade, mLengths.mLongestFade);
 	double const similarity = SpliceSearch::Compare(mSound, inMoment.mPlace,
 		inMoment.mPlace + std::llround(inMatch.mDistance), static_cast<unsigned>(length));
 	return similarity > kAlike ? Fade{length, similarity}
@@ -170,8 +180,9 @@ void SpliceEngine::StartFade(double inDistance, double inSimilarity, double inLe
 		tap = static_cast<float>(static_cast<double>(tap) / sum);
 	}
 	// At high speed, a long fade would take both stretches far from their place.
+	double const shortest = mLengths.mStep / 2.0;
 	double const longest = 4.0 * mLengths.mLongestFade / std::max(4.0, std::fabs(mStretch - 1.0));
-	mFadeLength = static_cast<unsigned>(std::clamp(inLength, 32.0, std::max(longest, 32.0)));
+	mFadeLength = static_cast<unsigned>(std::clamp(inLength, shortest, std::max(longest, shortest)));
 	mFaded = 0;
 	mFadeSimilarity = std::clamp(inSimilarity, 0.0, 1.0);
 }

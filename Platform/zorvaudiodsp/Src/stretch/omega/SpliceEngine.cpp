@@ -74,14 +74,16 @@ SpliceEngine::SpliceEngine(
 	unsigned const behind =
 		reach + static_cast<unsigned>(
 					stretch * (mLengths.mLongFade + kStep + mLengths.mAttack) + mLengths.mLongestFade);
-	unsigned const keep = (mLookAhead + mSlack + behind + 63) / 64 * 64;
+	// A block's input is there as a whole before any of it is played.
+	auto const block = static_cast<unsigned>(std::ceil(mBlockSize * fastest));
+	unsigned const keep = (mLookAhead + mSlack + behind + block + 63) / 64 * 64;
 	unsigned const input = GetInputForBlock(mBlockSize, mLimits.mMinRatio);
 	mSource.Init(mNumChannels, keep, input);
 	mSound.Init(1, keep, input);
-	mCoarse.Init(1, keep / SpliceSearch::kDecimation, 1);
-	auto const block = static_cast<unsigned>(mBlockSize * highest);
+	mCoarse.Init(1, keep / SpliceSearch::GetDecimation(mSampleRate), 1);
+	auto const middle = static_cast<unsigned>(mBlockSize * highest);
 	auto const filter = static_cast<unsigned>(SincTable::ForRates().GetHalfWidth() * highest) + 4;
-	mMiddle.Init(mNumChannels, block + 2 * filter + kStep, kStep);
+	mMiddle.Init(mNumChannels, middle + 2 * filter + kStep, kStep);
 	mOnsets.Init(mSampleRate);
 	for (unsigned channel = 0; channel < mNumChannels; ++channel)
 	{
@@ -96,13 +98,14 @@ void SpliceEngine::SetReach(float inMilliseconds)
 	float const reach = inMilliseconds > 10.0f ? std::min(inMilliseconds, kDefaultReach) : 10.0f;
 	mLengths.mSearch = ToSamples(mSampleRate, 10.0 * static_cast<double>(reach / kDefaultReach));
 	mLengths.mOff = ToSamples(mSampleRate, 25.0 * static_cast<double>(reach / kDefaultReach));
+	mLengths.mStep = std::clamp(ToSamples(mSampleRate, 4.0 / 3.0), 8u, kStep);
 	mLengths.mLeast = std::max(2u, ToSamples(mSampleRate, 2.5));
 	mLengths.mWindow =
 		(ToSamples(mSampleRate, mSettings.mPreferAccuracy ? kAccurateWindow : 22.0) / 32 + 1) * 32;
-	mLengths.mFade = std::max(kStep, ToSamples(mSampleRate, 8.0));
-	mLengths.mLongFade = std::max(kStep, ToSamples(mSampleRate, 30.0));
-	mLengths.mLongestFade = std::max(kStep, ToSamples(mSampleRate, 80.0));
-	mLengths.mOnsetFade = std::max(32u, ToSamples(mSampleRate, 5.0));
+	mLengths.mFade = std::max(mLengths.mStep, ToSamples(mSampleRate, 8.0));
+	mLengths.mLongFade = std::max(mLengths.mStep, ToSamples(mSampleRate, 30.0));
+	mLengths.mLongestFade = std::max(mLengths.mStep, ToSamples(mSampleRate, 80.0));
+	mLengths.mOnsetFade = ToSamples(mSampleRate, 5.0);
 	mLengths.mGuard = ToSamples(mSampleRate, 0.7);
 	mLengths.mAttack = ToSamples(mSampleRate, 8.0);
 }
@@ -240,7 +243,7 @@ void SpliceEngine::TakeInput(float const* const* inInputs, unsigned inNumInput)
 		}
 	}
 	mOnsets.Append(sound, inNumInput);
-	SpliceSearch::Decimate(mSound, mCoarse);
+	SpliceSearch::Decimate(mSound, SpliceSearch::GetDecimation(mSampleRate), mCoarse);
 }
 
 void SpliceEngine::MakeMiddle(std::int64_t inEnd)
@@ -248,11 +251,12 @@ void SpliceEngine::MakeMiddle(std::int64_t inEnd)
 	while (mMiddle.GetEnd() < inEnd)
 	{
 		std::int64_t const position = mMiddle.GetEnd();
-		if (position % kStep == 0 && mFadeLength == 0)
+		if (position % mLengths.mStep == 0 && mFadeLength == 0)
 		{
 			Decide();
 		}
-		std::int64_t count = std::min<std::int64_t>(inEnd - position, kStep - position % kStep);
+		std::int64_t count =
+			std::min<std::int64_t>(inEnd - position, mLengths.mStep - position % mLengths.mStep);
 		if (mFadeLength != 0)
 		{
 			count = std::min<std::int64_t>(count, mFadeLength - mFaded);

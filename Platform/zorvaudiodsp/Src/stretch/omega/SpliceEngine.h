@@ -36,7 +36,7 @@ public:
 	void End() override {}
 
 private:
-	// The middle is decided on and made in steps of this.
+	// The most that the middle is made in at a time.
 	static constexpr unsigned kStep = 64;
 	// Of the filter that reads between samples, and those of them before the place.
 	static constexpr unsigned kTaps = 32;
@@ -59,6 +59,8 @@ private:
 		// How far a splice may go beyond what keeps the place, and how far off it stretches may get.
 		unsigned mSearch = 0;
 		unsigned mOff = 0;
+		// The middle is decided on in steps of this.
+		unsigned mStep = kStep;
 		// The least distance of a splice.
 		unsigned mLeast = 0;
 		unsigned mWindow = 0;
@@ -112,6 +114,7 @@ private:
 	Moment LookAhead() const;
 	bool MeetOnset(Moment const& inMoment);
 	void Splice(Moment const& inMoment, bool inIsForced);
+	double TimeUntilOff(Moment const& inMoment, SpliceMatch const& inMatch) const;
 	Fade ChooseFade(Moment const& inMoment, SpliceMatch const& inMatch) const;
 	void StartFade(double inDistance, double inSimilarity, double inLength);
 
@@ -138,7 +141,7 @@ private:
 	double mAnchorMiddle = 0.0;
 
 	SampleHistory mSource;
-	// The weighted sum of all channels, and that at a quarter of the rate.
+	// The weighted sum of all channels, and that at a lower rate.
 	SampleHistory mSound;
 	SampleHistory mCoarse;
 	OnsetDetector mOnsets;

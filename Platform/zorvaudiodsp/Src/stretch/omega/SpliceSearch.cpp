@@ -144,23 +144,22 @@ struct Places
 	}
 };
 
-std::int64_t DivideDown(std::int64_t inValue)
+std::int64_t DivideDown(std::int64_t inValue, std::int64_t inDivisor)
 {
-	return inValue >= 0 ? inValue / SpliceSearch::kDecimation
-						: -((-inValue + SpliceSearch::kDecimation - 1) / SpliceSearch::kDecimation);
+	return inValue >= 0 ? inValue / inDivisor : -((-inValue + inDivisor - 1) / inDivisor);
 }
 
 // Local maxima of the similarity on the coarse copy, those off what is wanted a little lower.
 Places FindCoarsely(SampleHistory const& inCoarse, SpliceRange const& inRange)
 {
 	Places places;
-	std::int64_t const from = DivideDown(inRange.mFrom);
-	std::int64_t const lowest = from + DivideDown(inRange.mLowest - inRange.mFrom);
-	std::int64_t const highest = from + DivideDown(inRange.mHighest - inRange.mFrom) + 1;
+	std::int64_t const from = DivideDown(inRange.mFrom, inRange.mDecimation);
+	std::int64_t const lowest = from + DivideDown(inRange.mLowest - inRange.mFrom, inRange.mDecimation);
+	std::int64_t const highest = from + DivideDown(inRange.mHighest - inRange.mFrom, inRange.mDecimation) + 1;
 	auto const count = static_cast<int>(highest - lowest + 1);
-	unsigned const window = inRange.mWindow / SpliceSearch::kDecimation / kLanes * kLanes;
+	unsigned const window = inRange.mWindow / inRange.mDecimation / kLanes * kLanes;
 	double const slope = 0.02 / std::max(1, count);
-	std::int64_t const wanted = from + DivideDown(inRange.mWanted - inRange.mFrom);
+	std::int64_t const wanted = from + DivideDown(inRange.mWanted - inRange.mFrom, inRange.mDecimation);
 	double before = -9.0;
 	double last = -9.0;
 	CompareAll(inCoarse.At(0, from), inCoarse.At(0, lowest), count, window,
@@ -184,19 +183,26 @@ Places FindCoarsely(SampleHistory const& inCoarse, SpliceRange const& inRange)
 
 } // namespace
 
-void SpliceSearch::Decimate(SampleHistory const& inSound, SampleHistory& ioCoarse)
+unsigned SpliceSearch::GetDecimation(double inSampleRate)
 {
-	// A low-pass of 16 taps in a cosine's window, which leaves enough of what lies below the eighth part of the rate.
-	static constexpr float kTaps[8] = {0.2221f, 0.1663f, 0.0863f, 0.0238f, -0.0005f, 0.0f, 0.0f, 0.0f};
-	for (std::int64_t position = ioCoarse.GetEnd() * kDecimation; position + 8 <= inSound.GetEnd();
-		 position += kDecimation)
+	return inSampleRate >= 40000.0 ? 4 : inSampleRate >= 16000.0 ? 2 : 1;
+}
+
+void SpliceSearch::Decimate(SampleHistory const& inSound, unsigned inDecimation, SampleHistory& ioCoarse)
+{
+	// Low-passes, from their middles on, which leave enough of what lies below a quarter of the lower rate.
+	static constexpr float kTaps[3][5] = {
+		{1.0f}, {0.5f, 0.25f}, {0.2221f, 0.1663f, 0.0863f, 0.0238f, -0.0005f}};
+	float const* const taps = kTaps[inDecimation / 2];
+	for (std::int64_t position = ioCoarse.GetEnd() * inDecimation; position + 8 <= inSound.GetEnd();
+		 position += inDecimation)
 	{
 		ioCoarse.Extend(1);
 		float const* const samples = inSound.At(0, position);
-		float sum = kTaps[0] * samples[0];
+		float sum = taps[0] * samples[0];
 		for (int k = 1; k < 5; ++k)
 		{
-			sum += kTaps[k] * (samples[-k] + samples[k]);
+			sum += taps[k] * (samples[-k] + samples[k]);
 		}
 		*ioCoarse.At(0, ioCoarse.GetEnd() - 1) = sum;
 	}
@@ -223,7 +229,7 @@ SpliceMatch SpliceSearch::Find(SampleHistory const& inSound, SampleHistory const
 		0.01 / static_cast<double>(std::max<std::int64_t>(1, inRange.mHighest - inRange.mLowest));
 	for (unsigned i = 0; i < inNumPlaces && places.mScores[i] > -2.0; ++i)
 	{
-		std::int64_t const first = inRange.mFrom + places.mPlaces[i] * kDecimation - kFineReach;
+		std::int64_t const first = inRange.mFrom + places.mPlaces[i] * inRange.mDecimation - kFineReach;
 		CompareAll(from, inSound.At(0, first), 2 * kFineReach + 1, window,
 			[&](int inIndex, double inSimilarity)
 			{

@@ -27,21 +27,24 @@ struct SpliceRange
 	std::int64_t mWanted = 0;
 	// How much of the sound after the places is compared, in samples.
 	unsigned mWindow = 0;
+	// By how much the rate of the coarse copy is lower.
+	unsigned mDecimation = 1;
 };
 
 // Finds the place whose sound resembles most that of another one, in three steps: among all places on a copy of the
-// sound at a quarter of the rate, sample by sample around the best of these, and between the samples around the best
+// sound at a lower rate, sample by sample around the best of these, and between the samples around the best
 // one. No allocation.
 class SpliceSearch
 {
 public:
-	static constexpr unsigned kDecimation = 4;
+	// By how much the rate of the coarse copy is lower, 1, 2 or 4: it stays at 8 kHz or more as far as the sound's does.
+	static unsigned GetDecimation(double inSampleRate);
 	// How far beyond the range and its window samples are looked at.
 	static constexpr unsigned kMargin = 48;
 
-	// ioCoarse takes the samples of inSound at a quarter of the rate, as far as they can be known. A sample n of it is
-	// that at 4 n.
-	static void Decimate(SampleHistory const& inSound, SampleHistory& ioCoarse);
+	// ioCoarse takes the samples of inSound at the lower rate, as far as they can be known. A sample n of it is that at
+	// n * inDecimation.
+	static void Decimate(SampleHistory const& inSound, unsigned inDecimation, SampleHistory& ioCoarse);
 
 	// inNumPlaces: how many of the best places of the first step the second one looks at, up to 4.
 	static SpliceMatch Find(SampleHistory const& inSound, SampleHistory const& inCoarse,
