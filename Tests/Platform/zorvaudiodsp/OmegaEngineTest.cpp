@@ -25,16 +25,15 @@ class Player
 public:
 	explicit Player(
 		unsigned inChannels, SampleAt inSource = [](unsigned, long long) { return 0.0f; },
-		OmegaEngineKind inKind = OmegaEngineKind::kSplice)
+		OmegaEngineKind inKind = OmegaEngineKind::kSplice, float inRate = kRate,
+		OmegaLimits const& inLimits = {0.1f, 10.0f, -40.0f, 40.0f})
 		: mSource(std::move(inSource)),
 		  mOutput(inChannels)
 	{
 		OmegaEngine* engine = nullptr;
-		EXPECT_EQ(OmegaEngine::CreateOfKind(
-					  &engine, inKind, kRate, inChannels, kBlock, {0.1f, 10.0f, -40.0f, 40.0f}),
-			0);
+		EXPECT_EQ(OmegaEngine::CreateOfKind(&engine, inKind, inRate, inChannels, kBlock, inLimits), 0);
 		mEngine.reset(engine);
-		mEngine->Begin(kRate, nullptr, 100000);
+		mEngine->Begin(inRate, nullptr, 100000);
 	}
 
 	void Set(float inRatio, float inSemitones = 0.0f)
@@ -254,6 +253,49 @@ TEST(OmegaEngine, KeepsTonesPureAtTheirPitch)
 			// Many splices a second may be off by 0.4 millionths of the frequency together.
 			bool const isFast = ratio < 0.6f && frequency > 5000.0;
 			EXPECT_LT(GetResidue(player.GetOutput()[1], frequency), isFast ? -44.0 : -50.0);
+		}
+	}
+}
+
+// Without room to spare for the source, as at a speed that stays.
+TEST(OmegaEngine, KeepsTonesSmoothUpToTheirEndAtEveryRate)
+{
+	for (float const rate : {8000.0f, 22050.0f, 48000.0f})
+	{
+		for (double const frequency : {60.0, 120.0, 440.0})
+		{
+			for (float const ratio : {0.1f, 0.25f, 0.5f, 0.8f, 2.0f, 10.0f})
+			{
+				SCOPED_TRACE(testing::Message() << rate << ", " << frequency << " Hz, ratio " << ratio);
+				double const angle = 2.0 * std::numbers::pi * frequency / static_cast<double>(rate);
+				auto const steady = static_cast<std::size_t>(rate);
+				auto const length = static_cast<std::size_t>(rate * (1.0f + 0.5f * ratio));
+				auto const end = static_cast<long long>(static_cast<float>(length) / ratio);
+				auto const tone = [&](unsigned, long long inPosition)
+				{
+					return inPosition < end
+							   ? static_cast<float>(0.5 * std::sin(angle * static_cast<double>(inPosition)))
+							   : 0.0f;
+				};
+				OmegaLimits const limits{ratio, ratio, 0.0f, 0.0f};
+				std::mt19937 random(1);
+				Player player(1, tone, OmegaEngineKind::kSplice, rate, limits);
+				Player parts(1, tone, OmegaEngineKind::kSplice, rate, limits);
+				player.Set(ratio);
+				parts.Set(ratio);
+				player.PlayUntil(length);
+				parts.PlayUntil(length, [&] { return random() % kBlock + 1; });
+				std::vector<float> const& output = player.GetOutput()[0];
+				EXPECT_TRUE(SameBits(output, parts.GetOutput()[0]));
+				double step = 0.0;
+				for (std::size_t i = 1; i < steady; ++i)
+				{
+					step = std::max(step, static_cast<double>(std::fabs(output[i] - output[i - 1])));
+				}
+				EXPECT_LT(step, 2.0 * 0.5 * angle);
+				float const lowest = *std::min_element(output.begin(), output.end());
+				EXPECT_LT(std::max(-lowest, *std::max_element(output.begin(), output.end())), 0.51f);
+			}
 		}
 	}
 }

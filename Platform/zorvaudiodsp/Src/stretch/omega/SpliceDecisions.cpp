@@ -184,7 +184,19 @@ void SpliceEngine::StartFade(double inDistance, double inSimilarity, double inLe
 	double const longest = 4.0 * mLengths.mLongestFade / std::max(4.0, std::fabs(mStretch - 1.0));
 	mFadeLength = static_cast<unsigned>(std::clamp(inLength, shortest, std::max(longest, shortest)));
 	mFaded = 0;
-	mFadeSimilarity = std::clamp(inSimilarity, 0.0, 1.0);
+	std::int64_t const place = mMiddle.GetEnd() + mSegment.mOffset;
+	std::int64_t const next = mMiddle.GetEnd() + mNext.mOffset;
+	mFadeSimilarity = IsEndNear(place) || IsEndNear(next) ? 1.0 : std::clamp(inSimilarity, 0.0, 1.0);
+}
+
+// Whether silence follows soon, as after the end of the source: what is alike until then would be raised by a fade that
+// makes up for the part that is not.
+bool SpliceEngine::IsEndNear(std::int64_t inPlace) const
+{
+	unsigned const length = std::max(mLengths.mWindow, mFadeLength);
+	unsigned const silent = mLengths.mStep / 4;
+	float const* const end = mSound.At(0, inPlace + length);
+	return std::all_of(end - silent, end, [](float inSample) { return inSample == 0.0f; });
 }
 
 } // namespace dsp::stretch::omega

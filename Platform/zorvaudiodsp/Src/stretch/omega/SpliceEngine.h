@@ -117,6 +117,7 @@ private:
 	double TimeUntilOff(Moment const& inMoment, SpliceMatch const& inMatch) const;
 	Fade ChooseFade(Moment const& inMoment, SpliceMatch const& inMatch) const;
 	void StartFade(double inDistance, double inSimilarity, double inLength);
+	bool IsEndNear(std::int64_t inPlace) const;
 
 	double mSampleRate;
 	unsigned mNumChannels;
