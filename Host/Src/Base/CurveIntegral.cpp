@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <limits>
 
 namespace SonaroHost
@@ -13,6 +12,10 @@ namespace
 
 using Key = SpeedKey;
 using boost::multiprecision::cpp_int;
+
+// Denominators up to so many bits are found, in numbers that are right to so many bits after the point.
+constexpr unsigned kSimpleBits = 126;
+constexpr unsigned kFineBits = 256;
 
 cpp_int const& GetLargestWhole()
 {
@@ -52,32 +55,29 @@ Exact IntegrateFrom(Key const& inKey, Key const& inNext, Exact const& inPassed)
 	}
 }
 
-// As above, from the first key's position on, which is 0.
-std::vector<Exact> IntegrateFromFirst(std::vector<Key> const& inKeys)
+// The last convergent of a fraction from 0 on whose denominator is at most 2^126.
+Exact FindConvergent(cpp_int inNumerator, cpp_int inDenominator)
 {
-	std::vector<Exact> positions(1);
-	for (std::size_t i = 1; i < inKeys.size(); ++i)
+	static cpp_int const sLargest = cpp_int(1) << kSimpleBits;
+	cpp_int numerator = 1;
+	cpp_int denominator = 0;
+	cpp_int lastNumerator = 0;
+	cpp_int lastDenominator = 1;
+	while (inDenominator != 0)
 	{
-		Exact const length = ToExact(inKeys[i].mTime) - ToExact(inKeys[i - 1].mTime);
-		positions.push_back(positions.back() + IntegrateFrom(inKeys[i - 1], inKeys[i], length));
+		cpp_int const quotient = inNumerator / inDenominator;
+		lastNumerator += quotient * numerator;
+		lastDenominator += quotient * denominator;
+		if (lastDenominator > sLargest)
+		{
+			break;
+		}
+		numerator.swap(lastNumerator);
+		denominator.swap(lastDenominator);
+		inNumerator -= quotient * inDenominator;
+		inNumerator.swap(inDenominator);
 	}
-	return positions;
-}
-
-Exact IntegrateFromFirst(
-	std::vector<Key> const& inKeys, std::vector<Exact> const& inPositions, Ratio const& inTime)
-{
-	auto const next = std::ranges::upper_bound(inKeys, inTime, {}, &Key::mTime);
-	if (next == inKeys.begin() || next == inKeys.end())
-	{
-		bool const isBefore = next == inKeys.begin();
-		Key const& edge = isBefore ? inKeys.front() : inKeys.back();
-		Exact const& position = isBefore ? inPositions.front() : inPositions.back();
-		return position + (ToExact(inTime) - ToExact(edge.mTime)) * ToExact(edge.mSpeed);
-	}
-	Key const& key = *std::prev(next);
-	return inPositions[static_cast<std::size_t>(next - inKeys.begin()) - 1] +
-		   IntegrateFrom(key, *next, ToExact(inTime) - ToExact(key.mTime));
+	return {numerator, denominator};
 }
 
 } // namespace
@@ -108,21 +108,72 @@ Ratio RoundToRatio(Exact const& inNumber)
 	return Ratio(numerator < 0 ? -kSaturated : kSaturated);
 }
 
-std::vector<Exact> IntegrateToKeys(std::vector<Key> const& inKeys)
+CurveIntegral::CurveIntegral(std::vector<Key> const& inKeys)
+	: mKeys(inKeys),
+	  mSums(1)
 {
-	std::vector<Exact> positions = IntegrateFromFirst(inKeys);
-	Exact const start = IntegrateFromFirst(inKeys, positions, Ratio());
-	for (Exact& position : positions)
+	std::vector<Exact> ways;
+	for (std::size_t i = 1; i < mKeys.size(); ++i)
 	{
-		position -= start;
+		Exact const length = ToExact(mKeys[i].mTime) - ToExact(mKeys[i - 1].mTime);
+		ways.push_back(IntegrateFrom(mKeys[i - 1], mKeys[i], length));
+		cpp_int const denominator = boost::multiprecision::denominator(ways.back());
+		mDenominator *= denominator / gcd(denominator, cpp_int(mDenominator % denominator));
 	}
-	return positions;
+	for (Exact const& way : ways)
+	{
+		cpp_int const share = mDenominator / boost::multiprecision::denominator(way);
+		mSums.push_back(mSums.back() + boost::multiprecision::numerator(way) * share);
+	}
+	mOrigin = FindPlace(Ratio());
 }
 
-Exact Integrate(std::vector<Key> const& inKeys, Ratio const& inTime)
+Exact CurveIntegral::Find(Ratio const& inTime) const
 {
-	std::vector<Exact> const positions = IntegrateFromFirst(inKeys);
-	return IntegrateFromFirst(inKeys, positions, inTime) - IntegrateFromFirst(inKeys, positions, Ratio());
+	return Simplify(Subtract(FindPlace(inTime), mOrigin));
+}
+
+Exact CurveIntegral::FindWay(Ratio const& inFrom, Ratio const& inTo) const
+{
+	Fraction const way = Subtract(FindPlace(inTo), FindPlace(inFrom));
+	return {way.mNumerator, way.mDenominator};
+}
+
+Exact CurveIntegral::Simplify(Fraction const& inFraction)
+{
+	cpp_int const& denominator = inFraction.mDenominator;
+	if (msb(denominator) <= kFineBits)
+	{
+		return {inFraction.mNumerator, denominator};
+	}
+	// Lowest terms would take long to find. A fraction with a short denominator is a convergent of its own rounding.
+	cpp_int const numerator = abs(inFraction.mNumerator);
+	cpp_int const rounded = RoundQuotient(numerator << kFineBits, denominator);
+	cpp_int const unit = cpp_int(1) << kFineBits;
+	Exact number = FindConvergent(rounded, unit);
+	bool const isExact = boost::multiprecision::numerator(number) * denominator ==
+						 boost::multiprecision::denominator(number) * numerator;
+	number = isExact ? number : Exact(rounded, unit);
+	return inFraction.mNumerator < 0 ? Exact(-number) : number;
+}
+
+CurveIntegral::Place CurveIntegral::FindPlace(Ratio const& inTime) const
+{
+	auto const next = std::ranges::upper_bound(mKeys, inTime, {}, &Key::mTime);
+	std::size_t const index = next == mKeys.begin() ? 0 : static_cast<std::size_t>(next - mKeys.begin()) - 1;
+	Key const& key = mKeys[index];
+	Exact const passed = ToExact(inTime) - ToExact(key.mTime);
+	bool const isBetween = next != mKeys.begin() && next != mKeys.end();
+	return {index, isBetween ? IntegrateFrom(key, *next, passed) : Exact(passed * ToExact(key.mSpeed))};
+}
+
+CurveIntegral::Fraction CurveIntegral::Subtract(Place const& inTo, Place const& inFrom) const
+{
+	Exact const rest = inTo.mRest - inFrom.mRest;
+	cpp_int const denominator = boost::multiprecision::denominator(rest);
+	cpp_int const way = mSums[inTo.mKey] - mSums[inFrom.mKey];
+	return {way * denominator + boost::multiprecision::numerator(rest) * mDenominator,
+		mDenominator * denominator};
 }
 
 } // namespace SonaroHost

@@ -41,7 +41,7 @@ struct CurvePositions::Maker
 	Maker(SpeedCurve const& inCurve, Settings const& inSettings)
 		: mKeys(inCurve.GetKeys()),
 		  mSettings(inSettings),
-		  mAtKeys(IntegrateToKeys(inCurve.GetKeys()))
+		  mIntegral(inCurve.GetIntegral())
 	{
 	}
 
@@ -61,7 +61,7 @@ struct CurvePositions::Maker
 	{
 		Key const& key = mKeys[inKey];
 		Exact const rate = ToExact(mSettings.mInputRate) / ToExact(mSettings.mOutputRate);
-		Coefficients polynomial{GetPlace(mAtKeys[inKey]), rate * ToExact(key.mSpeed), 0, 0, 0};
+		Coefficients polynomial{GetPlace(mIntegral.FindAtKey(inKey)), rate * ToExact(key.mSpeed), 0, 0, 0};
 		if (inIsBeforeFirst || inKey + 1 == mKeys.size() || key.mInterpolation == Interpolation::kHold)
 		{
 			return polynomial;
@@ -101,7 +101,7 @@ struct CurvePositions::Maker
 
 	std::vector<Key> const& mKeys;
 	Settings const& mSettings;
-	std::vector<Exact> mAtKeys;
+	CurveIntegral const& mIntegral;
 };
 
 CurvePositions::CurvePositions(SpeedCurve const& inCurve, Settings const& inSettings)

@@ -32,7 +32,7 @@ std::vector<Ratio> ListBorders(SpeedCurve const& inCurve, Ratio const& inFrom, R
 CurveTimes::CurveTimes(SpeedCurve const& inCurve, Ratio const& inFrom, Ratio const& inTo)
 {
 	std::vector<Key> const& keys = inCurve.GetKeys();
-	std::vector<Exact> const positions = IntegrateToKeys(inCurve.GetKeys());
+	CurveIntegral const& integral = inCurve.GetIntegral();
 	std::vector<Ratio> const borders = ListBorders(inCurve, inFrom, inTo);
 	for (std::size_t i = 1; i < borders.size(); ++i)
 	{
@@ -42,7 +42,8 @@ CurveTimes::CurveTimes(SpeedCurve const& inCurve, Ratio const& inFrom, Ratio con
 		Key const& key = keys[index];
 		bool const isBetween = next != keys.begin() && next != keys.end();
 		Piece piece{borders[i - 1].ToDouble(), borders[i].ToDouble(), 0.0, 0.0, key.mTime.ToDouble(),
-			positions[index].convert_to<double>(), key.mSpeed.ToDouble(), 0.0, 1.0, Interpolation::kHold};
+			integral.FindAtKey(index).convert_to<double>(), key.mSpeed.ToDouble(), 0.0, 1.0,
+			Interpolation::kHold};
 		if (isBetween)
 		{
 			piece.mRise = (next->mSpeed - key.mSpeed).ToDouble();

@@ -51,7 +51,8 @@ Ratio FindZero(Key const& inKey, Key const& inNext)
 } // namespace
 
 SpeedCurve::SpeedCurve(std::vector<Key> inKeys)
-	: mKeys(std::move(inKeys))
+	: mKeys(std::move(inKeys)),
+	  mIntegral(std::make_shared<CurveIntegral const>(mKeys))
 {
 }
 
@@ -75,12 +76,12 @@ Ratio SpeedCurve::GetSpeed(Ratio const& inTime) const
 
 Ratio SpeedCurve::GetPosition(Ratio const& inTime) const
 {
-	return RoundToRatio(Integrate(mKeys, inTime));
+	return RoundToRatio(mIntegral->Find(inTime));
 }
 
 std::string SpeedCurve::DescribeWay(Ratio const& inFrom, Ratio const& inTo) const
 {
-	return Exact(Integrate(mKeys, inTo) - Integrate(mKeys, inFrom)).str();
+	return mIntegral->FindWay(inFrom, inTo).str();
 }
 
 SpeedCurve::Span SpeedCurve::GetSpeeds(Ratio const& inFrom, Ratio const& inTo) const
@@ -177,22 +178,22 @@ std::vector<SpeedCurve::Span> SpeedCurve::FindStops(Ratio const& inFar) const
 
 SpeedCurve SpeedCurve::MoveBy(Ratio const& inDelay) const
 {
-	SpeedCurve moved = *this;
-	for (Key& key : moved.mKeys)
+	std::vector<Key> keys = mKeys;
+	for (Key& key : keys)
 	{
 		key.mTime += inDelay;
 	}
-	return moved;
+	return SpeedCurve(std::move(keys));
 }
 
 SpeedCurve SpeedCurve::MultiplyBy(Ratio const& inFactor) const
 {
-	SpeedCurve product = *this;
-	for (Key& key : product.mKeys)
+	std::vector<Key> keys = mKeys;
+	for (Key& key : keys)
 	{
 		key.mSpeed = key.mSpeed * inFactor;
 	}
-	return product;
+	return SpeedCurve(std::move(keys));
 }
 
 } // namespace SonaroHost

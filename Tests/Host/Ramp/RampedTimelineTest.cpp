@@ -193,6 +193,26 @@ TEST_F(RampedTimelineTest, OneSpeedIsATimeWarp)
 	}
 }
 
+TEST_F(RampedTimelineTest, AThousandTurnsAreRendered)
+{
+	WriteInput(MakeTone(4.0));
+	Json keys = Json::array();
+	for (int i = 0; i < 1000; ++i)
+	{
+		keys.push_back(Key(i * 0.002, 1.0 - 2.0 * (i % 2)));
+	}
+	Json const clip = WithSettings(Clip("clip", "in.wav", 1.0, 1.998), {{"speed", {{"keyframes", keys}}}});
+	ExpectTone(
+		Render(clip),
+		[](double t)
+		{
+			double const x = std::fmod(t, 0.004);
+			return x < 0.002 ? 1.0005 + x - x * x / 0.002
+							 : 1.0005 - (x - 0.002) + (x - 0.002) * (x - 0.002) / 0.002;
+		},
+		1.0e-5);
+}
+
 // The seconds of a file that reports say are heard, and the frames at which clicks at these seconds are.
 TEST_F(RampedTimelineTest, SecondsAreHeardWhereTheReportSays)
 {

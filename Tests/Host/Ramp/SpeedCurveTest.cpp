@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <numbers>
@@ -90,6 +91,27 @@ TEST(SpeedCurve, PositionsAreTheExactIntegral)
 	EXPECT_EQ(stops[0].mFirst, Ratio(8));
 	EXPECT_EQ(stops[0].mLast, Ratio(9));
 	EXPECT_EQ(kUpAndBack.GetPositions(Ratio(2), Ratio(8)).mLast, Ratio(45, 8));
+}
+
+// Sums of such ways have thousands of digits.
+TEST(SpeedCurve, PositionsStayExactPastManyUnlikeKeys)
+{
+	std::vector<SpeedCurve::Key> keys;
+	constexpr int kPairs = 200;
+	for (int i = 0; i < 2 * kPairs; ++i)
+	{
+		// There and back, at speeds without a common denominator.
+		int const pair = std::min(i, 2 * kPairs - 1 - i);
+		Ratio const speed(1000 + pair, 1'000'003 + 2 * pair);
+		keys.push_back({Ratio(i), i < kPairs ? speed : -speed, kHold});
+	}
+	Ratio const end(2 * kPairs);
+	keys.push_back({end, Ratio(1, 7), kHold});
+	SpeedCurve const curve(keys);
+	EXPECT_GT(curve.DescribeWay(Ratio(), Ratio(kPairs)).size(), 1000u);
+	EXPECT_NEAR(curve.GetPosition(Ratio(kPairs)).ToDouble(), 0.2199, 0.001);
+	EXPECT_EQ(curve.DescribeWay(Ratio(), end + Ratio(1, 3)), "1/21");
+	EXPECT_EQ(curve.GetPosition(end + Ratio(1, 3)), Ratio(1, 21));
 }
 
 TEST(SpeedCurve, AThousandCutsAddUpToTheWhole)

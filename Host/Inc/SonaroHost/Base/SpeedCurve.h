@@ -3,6 +3,7 @@
 #include "SonaroHost/Base/SpeedKey.h"
 
 #include <compare>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,12 +11,14 @@
 namespace SonaroHost
 {
 
+class CurveIntegral;
+
 // A speed that changes over time, and how far it gets.
 //
 // Speed     Seconds of a content that pass in a second: 2 is twice as fast, below 0 backwards. With v and w at two
 //           keys and u from 0 to 1 between them, it is v after hold, v + (w - v) u after linear, and
 //           v + (w - v) (3 u^2 - 2 u^3) after smooth. Before the first key and after the last one it stays.
-// Position  The integral of the speed from time 0 on, worked out in fractions of any length and rounded once, to a Ratio.
+// Position  The integral of the speed from time 0 on, worked out in fractions of any length and rounded to a Ratio.
 // Times     In seconds.
 class SpeedCurve
 {
@@ -53,12 +56,17 @@ public:
 	SpeedCurve MoveBy(Ratio const& inDelay) const;
 	SpeedCurve MultiplyBy(Ratio const& inFactor) const;
 
-	friend auto operator<=>(SpeedCurve const&, SpeedCurve const&) = default;
+	CurveIntegral const& GetIntegral() const { return *mIntegral; }
+
+	friend auto operator<=>(SpeedCurve const& inA, SpeedCurve const& inB) { return inA.mKeys <=> inB.mKeys; }
+	friend bool operator==(SpeedCurve const& inA, SpeedCurve const& inB) { return inA.mKeys == inB.mKeys; }
 
 private:
 	std::vector<Ratio> ListBreaks(Ratio const& inFrom, Ratio const& inTo) const;
 
 	std::vector<Key> mKeys;
+	// That of the keys. Copies share it.
+	std::shared_ptr<CurveIntegral const> mIntegral;
 };
 
 } // namespace SonaroHost
