@@ -76,16 +76,23 @@ struct Described
 std::string DescribeRamp(RampRow const& inRamp, int inSampleRate)
 {
 	constexpr std::size_t kMostMoments = 10;
+	constexpr std::size_t kLongestFraction = 20;
 	std::array<char, 128> text{};
-	std::snprintf(text.data(), text.size(), "speed %.6g to %.6g, %.6g s (%.40s) of the media",
-		inRamp.mLowestSpeed, inRamp.mHighestSpeed, inRamp.mSeconds, inRamp.mExactSeconds.c_str());
+	std::snprintf(text.data(), text.size(), "speed %.6g to %.6g, moves %.6g s", inRamp.mLowestSpeed,
+		inRamp.mHighestSpeed, inRamp.mSeconds);
+	// A long fraction stands in the report.
+	bool const hasFraction = inRamp.mExactSeconds.find('/') != std::string::npos &&
+							 inRamp.mExactSeconds.size() <= kLongestFraction;
+	std::string const exact = hasFraction ? " (exactly " + inRamp.mExactSeconds + " s)" : "";
 	std::string moments;
 	for (std::size_t i = 0; i < std::min(inRamp.mMoments.size(), kMostMoments); ++i)
 	{
-		moments += (i == 0 ? ": its second " : ", ") + std::to_string(inRamp.mMoments[i].mSecond) + " at " +
+		moments += (i == 0 ? "; second " : ", ") + std::to_string(inRamp.mMoments[i].mSecond) +
+				   (i == 0 ? " of the file is heard at " : " at ") +
 				   FormatTime(inRamp.mMoments[i].mFrame, inSampleRate);
 	}
-	return text.data() + moments + (inRamp.mMoments.size() > kMostMoments ? " ..." : "");
+	return text.data() + exact + " through the media" + moments +
+		   (inRamp.mMoments.size() > kMostMoments ? " ..." : "");
 }
 
 std::string DescribeClip(ClipRow const& inClip, int inSampleRate)

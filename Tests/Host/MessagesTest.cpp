@@ -71,6 +71,8 @@ TEST_F(MessagesTest, EveryCommandRefusesWithFilePlaceAndOne)
 			", /tracks/children/0/metadata/sonaro/output: ", "there is no submix 'gone'"},
 		// Found when it is laid out.
 		{Timeline({}).dump(), ", /tracks: ", "has no length"},
+		{Timeline({Track("A1", {Clip("c", "tone.wav", 0.0, 0.3 / kRate)})}).dump(),
+			", /tracks: ", "is shorter than one sample"},
 		// Found when the graph is built.
 		{Timeline({Track("A1", {Gap(kFiftyHours), Clip("c", "tone.wav")})}).dump(),
 			", /tracks/children/0/children/1: ", "track 'A1', item 'c': it ends beyond 50 hours; "},

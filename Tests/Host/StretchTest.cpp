@@ -246,8 +246,11 @@ TEST_F(StretchTest, WhatCannotBeStretchedIsRefused)
 	};
 	constexpr Case kCases[] = {
 		{0.09, 0.0, StretchEngine::kScaler, "a speed of 0.09 cannot keep its pitch; use 0.1 to 10"},
+		{10.0000001, 0.0, StretchEngine::kOmega,
+			"a speed of 10.0000001 cannot keep its pitch; use 0.1 to 10"},
 		{10.1, 0.0, StretchEngine::kScaler, "a speed of 10.1 cannot keep its pitch; use 0.1 to 10"},
-		{15.0, -12.0, StretchEngine::kScaler, "a speed of 15 cannot keep its pitch; use 0.05 to 5"},
+		{15.0, -12.0, StretchEngine::kScaler,
+			"a speed of 15 cannot keep its pitch with a pitch of -12 semitones; use 0.05 to 5"},
 		{1.0, 24.5, StretchEngine::kScaler, "a pitch of 24.5 semitones is out of range; use -24 to 24"},
 		{1.0, std::numeric_limits<double>::quiet_NaN(), StretchEngine::kScaler, "use -24 to 24"},
 	};

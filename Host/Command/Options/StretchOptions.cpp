@@ -18,7 +18,9 @@ void StretchOptions::AddForSoundFiles(CLI::App& ioParser)
 void StretchOptions::AddForAll(CLI::App& ioParser)
 {
 	ioParser.add_flag("--keep-pitch", mKeepsPitch,
-		"Keep the pitch at speeds from 0.1 to 10; in a timeline, that of clips that do not say otherwise");
+		"Keep the pitch at speeds from 0.1 to 10, times the factor of --pitch; in a timeline, that of clips "
+		"that do "
+		"not say otherwise");
 	ioParser
 		.add_option("--stretch", mEngine,
 			"What keeps and shifts pitches: scaler, omega or rubberband, as far as they are built in "

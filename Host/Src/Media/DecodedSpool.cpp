@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <string>
 #include <system_error>
 
@@ -138,11 +139,14 @@ void DecodedSpool::Store(std::int64_t inFrames)
 void DecodedSpool::ThrowLackOfRoom()
 {
 	std::string const reason = std::generic_category().message(errno);
+	std::error_code error;
+	bool const isFolder = std::filesystem::is_directory(GetFolderOfTemporaries(), error);
 	mLacksRoom = true;
 	RefuseFile(mInfo.mPath,
 		"its decoded samples cannot be stored in a temporary file in " + QuotePath(GetFolderOfTemporaries()) +
 			": " + reason,
-		std::string("set TMPDIR to another folder with more space") +
+		std::string(isFolder ? "set TMPDIR to another folder with more space"
+							 : "set TMPDIR to a folder that exists") +
 			(mInfo.mStretch ? "" : ", or convert the file to WAV, which needs none"));
 }
 

@@ -167,6 +167,7 @@ private:
 			TimeMap(mRange.mStart, Ratio(), Ratio(1)), {mRange.mStart, mRange.GetEnd()},
 			{mRange.mStart, mRange.GetEnd()}, {}, 0, mWhySilent};
 		mResult.mFrames = scope.mGrid.ToFrame(mRange.GetEnd()) - mResult.mFirstFrame;
+		mResult.mHasLength = mRange.mLength > Ratio();
 		AddStackMarkers();
 		auto description = StackMaker(mContext, mStack, scope, mLayout).Make();
 		CurveTiming const timing{mRange.mLength, scope.mGrid.ToTicks(mResult.mFirstFrame)};
@@ -180,6 +181,7 @@ private:
 	{
 		Scope const scope = MakeProgrammeScope();
 		mResult.mFrames = scope.mGrid.ToFrame(mRange.mLength);
+		mResult.mHasLength = mRange.mLength > Ratio();
 		auto description = std::make_shared<Sequence::Description>();
 		description->mLayout = mLayout;
 		Sequence::Track track;

@@ -17,11 +17,11 @@ void CheckRanges(double inSpeed, double inSemitones)
 {
 	if (!(inSpeed >= kLowestSpeed && inSpeed <= kHighestSpeed))
 	{
-		Refuse("a speed of " + FormatNumber(inSpeed) + " is out of range; use 0.01 to 100");
+		Refuse("a speed of " + FormatAllDigits(inSpeed) + " is out of range; use 0.01 to 100");
 	}
 	if (!(std::abs(inSemitones) <= Stretch::kMostSemitones))
 	{
-		Refuse("a pitch of " + FormatNumber(inSemitones) + " semitones is out of range; use -24 to 24");
+		Refuse("a pitch of " + FormatAllDigits(inSemitones) + " semitones is out of range; use -24 to 24");
 	}
 }
 
@@ -48,8 +48,9 @@ std::optional<Stretch> ChooseStretch(
 	if (!stretch.IsInRange())
 	{
 		double const factor = stretch.mPitch.ToDouble();
-		Refuse("a speed of " + FormatNumber(inSpeed) + " cannot keep its pitch; use " +
-			   FormatNumber(Stretch::kLowestSpeed * factor) + " to " +
+		Refuse("a speed of " + FormatAllDigits(inSpeed) + " cannot keep its pitch" +
+			   (inSemitones == 0.0 ? "" : " with a pitch of " + FormatAllDigits(inSemitones) + " semitones") +
+			   "; use " + FormatNumber(Stretch::kLowestSpeed * factor) + " to " +
 			   FormatNumber(Stretch::kHighestSpeed * factor) + ", or leave out --keep-pitch");
 	}
 	return stretch;

@@ -338,11 +338,12 @@ TEST_F(RampedTimelineTest, BadSpeedsAreRefusedWithTheirPlace)
 		many.push_back(Key(i, 1.0));
 	}
 	Case const kCases[] = {
-		{{{"keyframes", Json::array()}}, "speed/keyframes: "},
+		{{{"keyframes", Json::array()}},
+			"speed/keyframes: expected an array of at least one keyframe, found an empty"},
 		{{{"keyframes", List({Key(0.0, 1001.0)})}}, "speed/keyframes/0/value: "},
 		{{{"keyframes", List({Key(0.0, 1.0, "cubic")})}},
 			"speed/keyframes/0/interpolation: 'cubic' is not valid"},
-		{{{"keyframes", many}}, "speed/keyframes: 1001 keyframes"},
+		{{{"keyframes", many}}, "speed/keyframes: a speed has 1001 keyframes; use at most 1000"},
 		{"fast", "speed: "},
 	};
 	for (Case const& test : kCases)

@@ -46,6 +46,8 @@ struct TimelineSequence
 	// away by the timeline.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mFrames = 0;
+	// Its exact length is above 0, even where it has no frame.
+	bool mHasLength = false;
 
 	// Why nothing of the programme is heard, such as "2 tracks of kind Video, none of kind Audio". Empty where a clip is
 	// heard, or would be if its media were there; one that its gain alone makes silent counts as heard.

@@ -81,6 +81,10 @@ Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadV
 		});
 	if (curve.mKeyframes.empty())
 	{
+		if (keyframes.Is(JsonValue::Type::kArray))
+		{
+			keyframes.Refuse("expected an array of at least one keyframe, found an empty array");
+		}
 		keyframes.RefuseType("an array of at least one keyframe");
 	}
 	SortKeyframes(curve, keyframes);
@@ -110,8 +114,7 @@ Curve ReadSpeed(Cursor const& inValue)
 	if (curve.mKeyframes.size() > kMaxSpeedKeyframes)
 	{
 		Cursor(inValue, "keyframes")
-			.Refuse(std::to_string(curve.mKeyframes.size()) +
-					" keyframes of a speed is out of range; use at most " +
+			.Refuse("a speed has " + std::to_string(curve.mKeyframes.size()) + " keyframes; use at most " +
 					std::to_string(kMaxSpeedKeyframes));
 	}
 	return curve;

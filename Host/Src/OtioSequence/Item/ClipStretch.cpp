@@ -22,7 +22,7 @@ std::optional<Stretch> ChooseStretch(MakerContext& ioContext, Clip const& inClip
 	{
 		double const factor = stretch.mPitch.ToDouble();
 		ioContext.Tell(Note::Kind::kIgnored, inClip.mPlace,
-			"a speed of " + FormatNumber(stretch.mSpeed.ToDouble()) +
+			"a speed of " + FormatAllDigits(stretch.mSpeed.ToDouble()) +
 				" cannot keep its pitch, which follows the speed; use " +
 				FormatNumber(Stretch::kLowestSpeed * factor) + " to " +
 				FormatNumber(Stretch::kHighestSpeed * factor));

@@ -35,7 +35,10 @@ void CheckHasSound(TimelineSequence const& inSequence)
 	if (inSequence.mFrames == 0)
 	{
 		throw HostError(HostError::Kind::kInput,
-			{inSequence.mFile, inSequence.mPlace, "has no length; there is nothing to render", {}});
+			{inSequence.mFile, inSequence.mPlace,
+				std::string(inSequence.mHasLength ? "is shorter than one sample" : "has no length") +
+					"; there is nothing to render",
+				{}});
 	}
 	if (!inSequence.mWhySilent.empty())
 	{
