@@ -104,6 +104,9 @@ TEST_F(RampedTimelineTest, TonesHaveTheFrequencyOfTheMomentarySpeed)
 		SCOPED_TRACE(rate);
 		Json const clip = Clip("clip", "in.wav", 1.0, 4.0);
 		ExpectTone(
+			Render(Ramped(clip, {Key(0.0, -2.0), Key(4.0, 2.0)})),
+			[](double t) { return 3.0 - 2.0 * t + t * t / 2.0; }, 1.0e-6);
+		ExpectTone(
 			Render(Ramped(clip, {Key(0.0, 1.0), Key(4.0, 2.0)})),
 			[](double t) { return 1.0 + t + t * t / 8.0; }, 1.0e-6);
 		// Times a time warp's factor, up to a key and from another one on.
@@ -191,6 +194,30 @@ TEST_F(RampedTimelineTest, OneSpeedIsATimeWarp)
 		EXPECT_TRUE(SameBits(Render(WithSettings(clip, {{"speed", speed}})), expected));
 		EXPECT_TRUE(SameBits(Render(Ramped(clip, {Key(0.0, speed), Key(1.0, speed, "smooth")})), expected));
 	}
+}
+
+TEST_F(RampedTimelineTest, ReverseRampsBeginWithTheSampleBeforeTheEnd)
+{
+	Sound steps{1, 48000, {}};
+	for (int i = 0; i < 3 * 48000; ++i)
+	{
+		steps.mSamples.push_back(static_cast<float>(i) / 262144.0f);
+	}
+	WriteInput(steps);
+	Json const clip = Clip("clip", "in.wav", 1.0, 1.0);
+	Sound const warped = Render(Warp(clip, -1.0));
+	EXPECT_EQ(warped.mSamples.front(), 95999.0f / 262144.0f);
+	Sound const ramp = Render(Ramped(clip, {Key(0.0, -1.0), Key(1.0, -1.0000001)}));
+	for (std::size_t i = 0; i < 48000; ++i)
+	{
+		ASSERT_NEAR(ramp.mSamples[i], warped.mSamples[i], 1.0e-6f) << i;
+	}
+	auto const& moments = mClips.at(0).mRamp->mMoments;
+	ASSERT_EQ(moments.size(), 1u) << "second 2 is not played";
+	EXPECT_EQ(moments[0].mSecond, 1);
+	EXPECT_EQ(moments[0].mFrame, 47999);
+	Render(Ramped(clip, {Key(0.0, 0.5), Key(1.0, 1.5)}));
+	EXPECT_EQ(mClips.at(0).mRamp->mMoments.size(), 1u) << "second 2 is the end";
 }
 
 TEST_F(RampedTimelineTest, AThousandTurnsAreRendered)

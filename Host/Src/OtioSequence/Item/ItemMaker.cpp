@@ -244,7 +244,7 @@ void ItemMaker::AddContent(Placement const& inPlacement, ItemTiming const& inTim
 				ioItem.mSpeedCurve->MultiplyBy(Ratio(1) / stretch->mSpeed));
 		}
 	}
-	SetContent(std::move(content), first, inTiming.mSpeed < Ratio(), ioItem);
+	SetContent(std::move(content), first, inTiming.mIsBackwards, ioItem);
 }
 
 std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacement, ItemTiming const& inTiming,
@@ -329,7 +329,7 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 		row.mMediaRate = static_cast<int>(mediaRate);
 		row.mFirstMediaSample = ((used.mStart - start) * Ratio::FromDouble(mediaRate)).Round();
 		row.mEndMediaSample = ((used.mEnd - start) * Ratio::FromDouble(mediaRate)).Round();
-		row.mRamp = MakeRampRow(inPlacement, inTiming, mScope, start);
+		row.mRamp = MakeRampRow(inPlacement, inTiming, mScope, {Ratio::FromDouble(mediaRate), start});
 	}
 	mContext.mResult.mClips.push_back(std::move(row));
 }
@@ -407,14 +407,14 @@ Grid ItemMaker::MakeInnerGrid(ItemTiming const& inTiming, NestStart& outStart) c
 	if (isResampled)
 	{
 		// What is read first may lie between two frames, so the frames stand where their own times have them.
-		Ratio const before(inTiming.mSpeed < Ratio() ? 1 : 0);
+		Ratio const before(inTiming.mIsBackwards ? 1 : 0);
 		Ratio const position = inTiming.mFirst * Ratio(rate) - before;
 		std::int64_t const whole = position.Floor();
 		outStart = {std::max<std::int64_t>(whole, 0), position - Ratio(whole)};
 		return {rate, Ratio(whole - outStart.mFrame, rate)};
 	}
 	Grid const grid = Grid::MakeThrough(inTiming.mFirst, rate, outStart.mFrame);
-	if (!(inTiming.mSpeed < Ratio()))
+	if (!inTiming.mIsBackwards)
 	{
 		return grid;
 	}

@@ -32,6 +32,7 @@ ItemTiming MakeTiming(
 		auto const& keys = timing.mCurve->GetKeys();
 		timing.mSpeed =
 			std::ranges::find_if(keys, [](auto const& inKey) { return inKey.mSpeed != Ratio(); })->mSpeed;
+		timing.mIsBackwards = timing.mCurve->GetSpeeds(Ratio(), timing.mRange.mLength).mLast <= Ratio();
 		passed = -timing.mCurve->GetPositions(Ratio(), timing.mRange.mLength).mFirst;
 		timing.mToContent =
 			TimeMap(inPlacement.mStart, std::make_shared<ContentCurve const>(*timing.mCurve,
@@ -39,6 +40,7 @@ ItemTiming MakeTiming(
 	}
 	else
 	{
+		timing.mIsBackwards = timing.mSpeed < Ratio();
 		timing.mToContent = TimeMap(inPlacement.mStart, timing.mRange.mStart + passed, timing.mSpeed);
 	}
 	timing.mContentStart = timing.mRange.mStart + passed;

@@ -33,6 +33,9 @@ struct ItemTiming
 	ExactRange mRange;
 	// Where there is a curve, that of its first key that moves.
 	Ratio mSpeed = Ratio(1);
+	// All of it is played in reverse: the sample before the content's start is heard first, and all others are one
+	// sample earlier, too.
+	bool mIsBackwards = false;
 	// Where the speed changes: all of it, from the item's exact start on.
 	std::shared_ptr<SpeedCurve const> mCurve;
 	// The item's time that is heard at its exact start.

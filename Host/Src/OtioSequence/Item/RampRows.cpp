@@ -29,7 +29,7 @@ std::int64_t ChooseStep(double inSeconds)
 } // namespace
 
 std::optional<RampRow> MakeRampRow(
-	Placement const& inPlacement, ItemTiming const& inTiming, Scope const& inScope, Ratio const& inMediaStart)
+	Placement const& inPlacement, ItemTiming const& inTiming, Scope const& inScope, MediaTime const& inMedia)
 {
 	TimeSpan const visible = TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(inScope.mVisible);
 	if (!inTiming.mCurve || visible.IsEmpty())
@@ -48,14 +48,20 @@ std::optional<RampRow> MakeRampRow(
 	row.mHighestSpeed = speeds.mLast.ToDouble();
 	row.mStepSeconds = ChooseStep(times.GetTotalWay());
 	// The curve's position where the file begins.
-	double const origin = (inMediaStart - inTiming.mContentStart).ToDouble();
+	Ratio const early = inTiming.mIsBackwards ? Ratio(1) / inMedia.mRate : Ratio();
+	double const origin = (inMedia.mStart + early - inTiming.mContentStart).ToDouble();
 	int const rate = inScope.mGrid.GetSampleRate();
+	TimeSpan const programme = inScope.mToProgramme.Map(visible);
 	for (CurveTimes::Passage const& passage :
 		times.ListPassages(origin, static_cast<double>(row.mStepSeconds)))
 	{
 		Ratio const time = inPlacement.mStart + Ratio::FromDouble(passage.mTime);
-		row.mMoments.push_back(
-			{std::llround(passage.mPosition - origin), ToSamples(inScope.mToProgramme.Map(time), rate)});
+		std::int64_t const frame = ToSamples(inScope.mToProgramme.Map(time), rate);
+		// What is reached at the end is not played.
+		if (frame >= ToSamples(programme.mStart, rate) && frame < ToSamples(programme.mEnd, rate))
+		{
+			row.mMoments.push_back({std::llround(passage.mPosition - origin), frame});
+		}
 	}
 	return row;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ItemTiming.h"
+#include "RampStretch.h"
 
 #include "SonaroHost/OtioSequence/TimelineReport.h"
 
@@ -9,8 +9,8 @@
 namespace SonaroHost::Otio
 {
 
-// Nothing for a clip without a ramp of its own. inMediaStart: when in the clip's own time its media begin.
-std::optional<RampRow> MakeRampRow(Placement const& inPlacement, ItemTiming const& inTiming,
-	Scope const& inScope, Ratio const& inMediaStart);
+// Nothing for a clip without a ramp of its own.
+std::optional<RampRow> MakeRampRow(
+	Placement const& inPlacement, ItemTiming const& inTiming, Scope const& inScope, MediaTime const& inMedia);
 
 } // namespace SonaroHost::Otio

@@ -49,7 +49,7 @@ RampStretch PlaceRamp(
 	Stretch const& inStretch, ItemTiming const& inTiming, TimeSpan const& inReach, MediaTime const& inMedia)
 {
 	SpeedCurve const& curve = *inTiming.mCurve;
-	bool const isBackwards = inTiming.mSpeed < Ratio();
+	bool const isBackwards = inTiming.mIsBackwards;
 	TimeSpan const times{inReach.mStart - (isBackwards ? kTailSeconds : kLeadSeconds),
 		inReach.mEnd + (isBackwards ? kLeadSeconds : kTailSeconds)};
 	RampStretch ramp{inStretch, isBackwards ? times.mEnd : times.mStart, isBackwards};
