@@ -7,6 +7,7 @@
 
 #include "SonaroHost/OtioSequence/TimelineSequence.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -20,6 +21,15 @@ struct MakerContext
 	void Tell(Note::Kind inKind, std::string const& inPlace, std::string inText)
 	{
 		mResult.mNotes.push_back({inKind, inPlace, std::move(inText)});
+	}
+	// A note for the whole file, at the first of its places.
+	void TellOnce(Note::Kind inKind, std::string const& inPlace, std::string const& inText)
+	{
+		auto const isSame = [&inText](Note const& inNote) { return inNote.mText == inText; };
+		if (std::ranges::none_of(mResult.mNotes, isSame))
+		{
+			Tell(inKind, inPlace, inText);
+		}
 	}
 
 	TimelineOptions const& mOptions;

@@ -333,6 +333,9 @@ TEST_F(RampedTimelineTest, KeptPitchStaysAndAnyCutGivesTheSameBits)
 		request.mRange = "1.5..4.25";
 		request.mBlockFrames = 1000;
 		EXPECT_TRUE(SameBits(Render(request), whole.Cut(72000, 132000)));
+		auto const remarks =
+			std::ranges::count_if(mNotes, [](auto const& inNote) { return inNote.starts_with("'scaler'"); });
+		EXPECT_EQ(remarks, engine == StretchEngine::kScaler ? 1 : 0);
 	}
 }
 

@@ -79,9 +79,8 @@ std::optional<RampStretch> ChooseRampStretch(MakerContext& ioContext, Clip const
 	stretch.mPitch =
 		Stretch::GetPitchFactor(inClip.GetSettings().mSemitones) * FindFollowedSpeed(inClip, byDefault);
 	// The time scaler has one ratio from start to end.
-	stretch.mEngine = ioContext.mOptions.mStretchEngine == StretchEngine::kScaler
-						  ? StretchEngine::kOmega
-						  : ioContext.mOptions.mStretchEngine;
+	bool const isScaler = ioContext.mOptions.mStretchEngine == StretchEngine::kScaler;
+	stretch.mEngine = isScaler ? StretchEngine::kOmega : ioContext.mOptions.mStretchEngine;
 	SpeedCurve::Span const speeds =
 		FindSpeeds(*inTiming.mCurve, {inReach.mStart - kLeadSeconds, inReach.mEnd + kLeadSeconds});
 	if (!IsInRange(stretch, speeds))
@@ -94,6 +93,12 @@ std::optional<RampStretch> ChooseRampStretch(MakerContext& ioContext, Clip const
 				FormatNumber(Stretch::kLowestSpeed * factor) + " to " +
 				FormatNumber(Stretch::kHighestSpeed * factor) + ", in one direction");
 		return std::nullopt;
+	}
+	if (isScaler)
+	{
+		ioContext.TellOnce(Note::Kind::kRemark, inClip.mPlace,
+			"'scaler' has one speed from start to end, so ramps that keep their pitch are stretched by "
+			"'omega'");
 	}
 	return PlaceRamp(stretch, inTiming, inReach, inMedia);
 }
