@@ -226,6 +226,7 @@ private:
 			return "no plugins found\n";
 		}
 		std::vector<std::vector<std::string>> rows;
+		rows.reserve(inEffects.size());
 		for (EffectSummary const& effect : inEffects)
 		{
 			rows.push_back({effect.mName, effect.mClass, DescribePorts(effect),
