@@ -43,18 +43,16 @@ std::vector<PhaseVocoderVariant> RunnablePhaseVocoderVariants()
 	return sChoice.GetRunnable();
 }
 
-void AnalyseBins(unsigned inSize, unsigned inBins, float const* inSpectrum, float inScale, float inBinHertz,
-	float* ioPhases, float* outMagnitudes, float* outFrequencies)
+void AnalyseBins(BinGrid const& inGrid, float const* inSpectrum, float inScale, float* ioPhases,
+	float* outMagnitudes, float* outFrequencies)
 {
-	sChoice->mAnalyseBins(
-		inSize, inBins, inSpectrum, inScale, inBinHertz, ioPhases, outMagnitudes, outFrequencies);
+	sChoice->mAnalyseBins(inGrid, inSpectrum, inScale, ioPhases, outMagnitudes, outFrequencies);
 }
 
-void SynthesiseBins(unsigned inSize, unsigned inBins, float const* inMagnitudes, float const* inFrequencies,
-	float inBinHertz, float inFrameRate, float* ioPhases, float* outSpectrum)
+void SynthesiseBins(BinGrid const& inGrid, float const* inMagnitudes, float const* inFrequencies,
+	float inFrameRate, float* ioPhases, float* outSpectrum)
 {
-	sChoice->mSynthesiseBins(
-		inSize, inBins, inMagnitudes, inFrequencies, inBinHertz, inFrameRate, ioPhases, outSpectrum);
+	sChoice->mSynthesiseBins(inGrid, inMagnitudes, inFrequencies, inFrameRate, ioPhases, outSpectrum);
 }
 
 void MulAdd(unsigned inCount, float const* inA, float const* inB, float* ioOutput)

@@ -61,8 +61,8 @@ void ScalerAnalysis::MakeBins(ScalerFrame& ioFrame)
 	mRing.AddWindowedTo(mPosition - geometry.mWindowHalf, static_cast<unsigned>(geometry.mWindowLength),
 		ioFrame.mWindows.mAnalysis.Get(), size, spectrum);
 	ioFrame.mForward->Forward(spectrum);
-	zorvaccelerate::utility::AnalyseBins(size, ioFrame.GetInputBins(), spectrum,
-		geometry.mAnalysisFrameRate / kTurn, geometry.mBinFrequency, mPhases.Get(), ioFrame.mMagnitudes.Get(),
+	zorvaccelerate::utility::AnalyseBins({size, ioFrame.GetInputBins(), geometry.mBinFrequency}, spectrum,
+		geometry.mAnalysisFrameRate / kTurn, mPhases.Get(), ioFrame.mMagnitudes.Get(),
 		ioFrame.mFrequencies.Get());
 	mPosition += hop;
 }

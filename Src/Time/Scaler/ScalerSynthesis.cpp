@@ -58,8 +58,8 @@ void ScalerSynthesis::MakeSpectrum(ScalerFrame& ioFrame)
 	unsigned const size = ioFrame.mInverse->GetSize();
 	unsigned const bins = ioFrame.GetOutputBins();
 	float* const spectrum = ioFrame.mResynthesis.Get();
-	zorvaccelerate::utility::SynthesiseBins(size, bins, ioFrame.mMagnitudes.Get(), ioFrame.mFrequencies.Get(),
-		geometry.mBinFrequency, geometry.mSynthesisFrameRate, mPhases.Get(), spectrum);
+	zorvaccelerate::utility::SynthesiseBins({size, bins, geometry.mBinFrequency}, ioFrame.mMagnitudes.Get(),
+		ioFrame.mFrequencies.Get(), geometry.mSynthesisFrameRate, mPhases.Get(), spectrum);
 	// Real and imaginary parts of the bins above.
 	if (2 * bins <= size)
 	{

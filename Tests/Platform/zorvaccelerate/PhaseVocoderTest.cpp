@@ -72,7 +72,7 @@ TEST(PhaseVocoder, AnalysisFollowsTheFormulas)
 			FillOrdinary(bins.mPhases, size / 2 + 1, kHalfTurn, random);
 			std::vector<float> const former = bins.mPhases.Values();
 			std::vector<float> const spectrum = bins.mSpectrum.Values();
-			AnalyseBins(size, numBins, bins.mSpectrum.Data(), 15.0f, 23.4375f, bins.mPhases.Data(),
+			AnalyseBins({size, numBins, 23.4375f}, bins.mSpectrum.Data(), 15.0f, bins.mPhases.Data(),
 				bins.mMagnitudes.Data(), bins.mFrequencies.Data());
 			for (unsigned k = 0; k < numBins; ++k)
 			{
@@ -106,7 +106,7 @@ TEST(PhaseVocoder, SynthesisFollowsTheFormulas)
 			FillOrdinary(bins.mMagnitudes, size / 2 + 1, 1.0f, random);
 			FillOrdinary(bins.mFrequencies, size / 2 + 1, 24000.0f, random);
 			std::vector<float> const former = bins.mPhases.Values();
-			SynthesiseBins(size, size / 2 + 1, bins.mMagnitudes.Data(), bins.mFrequencies.Data(), 23.4375f,
+			SynthesiseBins({size, size / 2 + 1, 23.4375f}, bins.mMagnitudes.Data(), bins.mFrequencies.Data(),
 				134.0f, bins.mPhases.Data(), bins.mSpectrum.Data());
 			for (unsigned k = 0; k <= size / 2; ++k)
 			{
@@ -141,10 +141,10 @@ TEST(PhaseVocoder, EveryVariantGivesTheSameBitsOfBins)
 			Bins bins(size, random);
 			for (unsigned frame = 0; frame < 3; ++frame)
 			{
-				variant.mAnalyseBins(size, size / 2 + 1, bins.mSpectrum.Data(), 15.0f, 23.4375f,
+				variant.mAnalyseBins({size, size / 2 + 1, 23.4375f}, bins.mSpectrum.Data(), 15.0f,
 					bins.mPhases.Data(), bins.mMagnitudes.Data(), bins.mFrequencies.Data());
-				variant.mSynthesiseBins(size, size / 2 + 1, bins.mMagnitudes.Data(), bins.mFrequencies.Data(),
-					23.4375f, 134.0f, bins.mPhases.Data(), bins.mSpectrum.Data());
+				variant.mSynthesiseBins({size, size / 2 + 1, 23.4375f}, bins.mMagnitudes.Data(),
+					bins.mFrequencies.Data(), 134.0f, bins.mPhases.Data(), bins.mSpectrum.Data());
 			}
 			std::vector<float> const actual = bins.Values();
 			expected = expected.empty() ? actual : expected;

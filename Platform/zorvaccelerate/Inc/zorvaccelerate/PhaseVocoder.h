@@ -8,28 +8,39 @@
 namespace zorvaccelerate::utility
 {
 
+// The bins of a transform.
+struct BinGrid
+{
+	// The samples of the transform, N.
+	unsigned mSize = 0;
+	// How many bins are worked out from bin 0 on, at most N / 2 + 1.
+	unsigned mBins = 0;
+	// The distance from bin to bin.
+	float mHertz = 0.0f;
+};
+
 // The spectrum of N samples in the layout of TransformForward: memory for N + 2 numbers, of which the last two are not
 // looked at.
 //
-// For each bin k below inBins, which is at most N / 2 + 1: its magnitude m = sqrt(re * re + im * im), and the frequency
+// For each bin k of the grid: its magnitude m = sqrt(re * re + im * im), and the frequency
 //
-//	inScale * delta + k * inBinHertz
+//	inScale * delta + k * inGrid.mHertz
 //
 // where delta is its phase minus ioPhases[k], moved by a turn into -pi to pi. The phase is kept for the next frame.
 // Where m is 0, delta is 0 and the former phase stays.
-ZORV_API void AnalyseBins(unsigned inSize, unsigned inBins, float const* inSpectrum, float inScale,
-	float inBinHertz, float* ioPhases, float* outMagnitudes, float* outFrequencies);
+ZORV_API void AnalyseBins(BinGrid const& inGrid, float const* inSpectrum, float inScale, float* ioPhases,
+	float* outMagnitudes, float* outFrequencies);
 
-// What bins sound like: for each bin k below inBins, with m its magnitude and f its frequency, ioPhases[k] grows by
-// f - k * inBinHertz, and with
+// What bins sound like: for each bin k of the grid, with m its magnitude and f its frequency, ioPhases[k] grows by
+// f - k * inGrid.mHertz, and with
 //
 //	x = ioPhases[k] * (2 pi) / inFrameRate
 //
-// the bin is m * cos(x) and m * sin(x), written in the layout of TransformForward for inSize samples. Of the bins 0 and
-// inSize / 2, phases and imaginary parts are 0, and the latter are not written. An x beyond a thousand million counts as
+// the bin is m * cos(x) and m * sin(x), written in the layout of TransformForward for N samples. Of the bins 0 and
+// N / 2, phases and imaginary parts are 0, and the latter are not written. An x beyond a thousand million counts as
 // 0.
-ZORV_API void SynthesiseBins(unsigned inSize, unsigned inBins, float const* inMagnitudes,
-	float const* inFrequencies, float inBinHertz, float inFrameRate, float* ioPhases, float* outSpectrum);
+ZORV_API void SynthesiseBins(BinGrid const& inGrid, float const* inMagnitudes, float const* inFrequencies,
+	float inFrameRate, float* ioPhases, float* outSpectrum);
 
 // out = out + a * b
 ZORV_API void MulAdd(unsigned inCount, float const* inA, float const* inB, float* ioOutput);

@@ -11,8 +11,8 @@ namespace zorvaccelerate::utility
 struct PhaseVocoderVariant
 {
 	char const* mName;
-	void (*mAnalyseBins)(unsigned, unsigned, float const*, float, float, float*, float*, float*);
-	void (*mSynthesiseBins)(unsigned, unsigned, float const*, float const*, float, float, float*, float*);
+	void (*mAnalyseBins)(BinGrid const&, float const*, float, float*, float*, float*);
+	void (*mSynthesiseBins)(BinGrid const&, float const*, float const*, float, float*, float*);
 	void (*mMulAdd)(unsigned, float const*, float const*, float*);
 	void (*mUpdateMeans)(unsigned, MeansRun const*);
 };
