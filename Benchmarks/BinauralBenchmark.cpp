@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-#if SONARO_HAS_SPATIALAUDIO && defined(SONARO_KEMAR_MEASUREMENTS)
+#if defined(SONARO_HAS_SPATIALAUDIO) && defined(SONARO_KEMAR_MEASUREMENTS)
 #include <spatialaudio/Ambisonics.h>
 #define SONARO_BENCHMARKS_SPATIALAUDIO 1
 #endif
@@ -62,7 +62,7 @@ BENCHMARK(BM_Binauralizer)
 	->Args({96000, 2})
 	->Unit(benchmark::kMicrosecond);
 
-#if SONARO_BENCHMARKS_SPATIALAUDIO
+#ifdef SONARO_BENCHMARKS_SPATIALAUDIO
 // The argument: whether the field is turned.
 void BM_BinauralizerOfLibspatialaudio(benchmark::State& ioState)
 {
