@@ -65,8 +65,6 @@ private:
 	std::shared_ptr<SelectedCamera> mSelectedCamera;
 	TickTime mContentEnd;
 	bool mPrefetchAllCameras = false;
-	// Channels of the window through which a block that begins before the media is filled.
-	unsigned mWindowChannels = 0;
 	TickTime mMaxDelay;
 };
 

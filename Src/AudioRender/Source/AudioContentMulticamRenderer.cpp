@@ -1,6 +1,6 @@
 #include "AudioRender/Source/AudioContentMulticamRenderer.h"
 
-#include "AudioRender/Core/StackAudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <algorithm>
 
@@ -35,8 +35,7 @@ int AudioContentMulticamRenderer::InitFrom(AudioContentMulticamSettings const& i
 	mSelectedCamera = isLive ? inSettings.mSelectedCamera
 							 : std::make_shared<SelectedCamera>(inSettings.mSelectedCamera->Get());
 	mContentEnd = inSettings.mContentEnd;
-	mWindowChannels = static_cast<unsigned>(GetAudioChannelLayout().size());
-	ReserveStackAudioSubBuffer(mWindowChannels);
+	ReserveStackAudioSubBuffer(static_cast<unsigned>(GetAudioChannelLayout().size()));
 	return result;
 }
 
@@ -52,7 +51,6 @@ InterfaceRef<IAudioGenerator> AudioContentMulticamRenderer::Clone()
 	clone->mTime = mTime;
 	clone->mContentEnd = mContentEnd;
 	clone->mPrefetchAllCameras = mPrefetchAllCameras;
-	clone->mWindowChannels = mWindowChannels;
 	clone->mSelectedCamera = std::make_shared<SelectedCamera>(mSelectedCamera->Get());
 	for (InterfaceRef<IAudioGenerator> const& camera : mCameras)
 	{
@@ -127,8 +125,8 @@ void AudioContentMulticamRenderer::GetAudioData(
 	{
 		return;
 	}
-	ScopedStackAudioSubBuffer const scoped(GetStackAudioSubBuffer(mWindowChannels));
-	dsp::AudioSubBuffer& window = scoped.GetBuffer();
+	// Its own, since the scratch window belongs to whichever renderer of this width is further in.
+	dsp::AudioSubBuffer window;
 	window.Init(inBuffer.GetNumChannels());
 	window.Assign(inBuffer, static_cast<unsigned>(-time.ToFrame32(GetFrameRate())));
 	mCameras[selected]->GetAudioData(kTimeZero, window, inReverse);

@@ -1,7 +1,7 @@
 #include "AudioRender/Source/AudioMediaContentRenderer.h"
 
 #include "AudioRender/Core/CreateNode.h"
-#include "AudioRender/Core/StackAudioBuffer.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
 
 namespace SN
 {
@@ -65,8 +65,8 @@ void AudioMediaContentRenderer::GetAudioData(
 	{
 		return;
 	}
-	ScopedStackAudioSubBuffer const scoped(GetStackAudioSubBuffer(GetNumChannels()));
-	dsp::AudioSubBuffer& window = scoped.GetBuffer();
+	// Its own, since the scratch window belongs to whichever renderer of this width is further in.
+	dsp::AudioSubBuffer window;
 	window.Init(inBuffer.GetNumChannels());
 	window.Assign(inBuffer, static_cast<unsigned>(-time.ToFrame32(GetFrameRate())));
 	mGenerator->GetAudioData(kTimeZero, window, inReverse);

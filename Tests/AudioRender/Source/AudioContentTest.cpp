@@ -106,6 +106,25 @@ TEST(AudioContent, StartsAreHandedOnAsTheyAreAndRangesMapped)
 	EXPECT_EQ(node->Clone(), node);
 }
 
+TEST(AudioContent, ContentWithinContentStartsAtItsOwnPlace)
+{
+	ScopedContext const context;
+	context->SetImmediateRender(true);
+	auto const generator = MakeObject<FakeGenerator>(1u);
+	GraphFactory const factory;
+	auto const content =
+		factory.CreateAudioContentRenderer({context, k48000Hz, k48000Hz, generator, true, At(-3)});
+	auto const camera = std::make_shared<SelectedCamera>();
+	auto const inner = factory.CreateAudioContentMulticamRenderer(
+		{context, k48000Hz, k48000Hz, {content}, camera, true, At(-2)});
+	auto const outer = factory.CreateAudioContentMulticamRenderer(
+		{context, k48000Hz, k48000Hz, {inner}, camera, true, At(-1)});
+	dsp::AudioBuffer buffer = MakeBuffer(1, 8, 5.0f);
+	outer->GetAudioData(kTimeZero, buffer, false);
+	EXPECT_EQ(
+		Heard(buffer), (std::vector<float>{0, 0, 0, 0, 0, 0, PositionSample(0, 0), PositionSample(0, 1)}));
+}
+
 TEST(AudioContent, OneNodeStandsForAKeyAndAPairOfRates)
 {
 	ScopedContext const context;
