@@ -1,5 +1,6 @@
 #include "RampStretchDecoder.h"
 
+#include "OmegaStretcher.h"
 #include "StretchedInfo.h"
 
 #include <algorithm>
@@ -22,102 +23,62 @@ constexpr double kSteeringRoom = 1.05;
 } // namespace
 
 RampStretchDecoder::RampStretchDecoder(AudioFileInfo const& inRecording, std::unique_ptr<SoundDecoder> inFile)
-	: mRecording(inRecording),
-	  mNumChannels(inFile->GetNumChannels()),
+	: BlockStretchDecoder(inRecording, std::move(inFile)),
 	  mPositions(MakeRampPositions(inRecording)),
-	  mIsBackwards(mPositions.IsBackwards(0)),
-	  mDecoder(std::move(inFile))
+	  mIsBackwards(mPositions.IsBackwards(0))
 {
-	CheckIsBuiltIn(inRecording.mStretch->mEngine);
 }
 
-RampStretchDecoder::~RampStretchDecoder() = default;
-
-std::int64_t RampStretchDecoder::Read(float* outSamples, std::int64_t inFrames)
+std::unique_ptr<TimeStretcher> RampStretchDecoder::MakeStretcher()
 {
-	if (!mFile)
-	{
-		Start();
-	}
-	std::int64_t done = 0;
-	while (done < inFrames)
-	{
-		if (mPosition == mMade && mPosition < FindEnd())
-		{
-			Fill();
-		}
-		std::int64_t const count = std::min({inFrames - done, mMade - mPosition, FindEnd() - mPosition});
-		if (count <= 0)
-		{
-			break;
-		}
-		std::int64_t const first = mOutput.GetUseSize() - (mMade - mPosition);
-		for (unsigned channel = 0; channel < mNumChannels; ++channel)
-		{
-			float const* const samples = mOutput.GetChannel(channel) + first;
-			for (std::int64_t i = 0; i < count; ++i)
-			{
-				outSamples[(done + i) * mNumChannels + channel] = samples[i];
-			}
-		}
-		mPosition += count;
-		done += count;
-	}
-	return done;
-}
-
-void RampStretchDecoder::Start()
-{
-	Stretch const& stretch = *mRecording.mStretch;
-	mFile = std::make_unique<ConvertedFile>(
-		std::move(mDecoder), mRecording.mFileFrames, stretch.mStart, stretch.mPitch);
+	Stretch const& stretch = *GetRecording().mStretch;
 	double const pitch = stretch.mPitch.ToDouble();
 	OmegaStretcher::Limits const limits{
 		static_cast<float>(pitch / (Stretch::kHighestSpeed * pitch * kSteeringRoom)),
 		static_cast<float>(pitch / (Stretch::kLowestSpeed * pitch) * kSteeringRoom), kRampBlockFrames};
-	mStretcher = std::make_unique<OmegaStretcher>(stretch.mEngine == StretchEngine::kRubberBand
-													  ? OmegaEngineKind::kRubberBand
-													  : OmegaEngineKind::kSplice,
-		limits, mNumChannels, mRecording.mSampleRate);
-	mInput.Init(mNumChannels, mStretcher->GetLargestInput());
-	mOutput.Init(mNumChannels, mStretcher->GetLargestOutput());
+	auto const kind = stretch.mEngine == StretchEngine::kRubberBand ? OmegaEngineKind::kRubberBand
+																	: OmegaEngineKind::kSplice;
+	auto stretcher =
+		std::make_unique<OmegaStretcher>(kind, limits, GetNumChannels(), GetRecording().mSampleRate);
+	mOmega = stretcher.get();
+	return stretcher;
 }
 
-void RampStretchDecoder::Fill()
+Ratio RampStretchDecoder::GetConversion(TimeStretcher const&) const
 {
-	unsigned const count = mStretcher->GetOutput();
-	double const way = GetPassed(mMade + count) - mPassed;
-	double const ratio = mStretcher->SetRatio(count / std::max(way, 1.0e-3));
-	mInput.SetUseSize(mStretcher->GetInputNeeded());
-	mFile->Read(mInput);
-	mStretcher->Process(mInput, mOutput);
-	mOutput.SetUseSize(count);
+	return GetRecording().mStretch->mPitch;
+}
+
+void RampStretchDecoder::PrepareBlock()
+{
+	unsigned const count = mOmega->GetOutput();
+	double const way = GetPassed(GetPosition() + count) - mPassed;
+	double const ratio = mOmega->SetRatio(count / std::max(way, 1.0e-3));
 	mPassed += count / ratio;
-	mMade += count;
 }
 
 double RampStretchDecoder::GetPassed(std::int64_t inFrame) const
 {
 	CurvePositions::Place const place = mPositions.Find(mIsBackwards ? -inFrame : inFrame);
-	Ratio const& start = mRecording.mStretch->mStart;
-	double const passed = static_cast<double>(place.mWhole - start.Floor()) +
+	Stretch const& stretch = *GetRecording().mStretch;
+	double const passed = static_cast<double>(place.mWhole - stretch.mStart.Floor()) +
 						  std::ldexp(static_cast<double>(place.mFraction), -64) -
-						  (start - Ratio(start.Floor())).ToDouble();
-	return passed / mRecording.mStretch->mPitch.ToDouble();
+						  (stretch.mStart - Ratio(stretch.mStart.Floor())).ToDouble();
+	return passed / stretch.mPitch.ToDouble();
 }
 
-std::int64_t RampStretchDecoder::FindEnd() const
+std::int64_t RampStretchDecoder::FindEnd(std::int64_t inFileFrames) const
 {
-	if (mFile->GetFrames() >= mRecording.mFileFrames)
+	if (inFileFrames >= GetRecording().mFileFrames)
 	{
-		return mRecording.mFrames;
+		return GetRecording().mFrames;
 	}
 	std::int64_t low = 0;
-	std::int64_t high = mRecording.mFrames;
+	std::int64_t high = GetRecording().mFrames;
 	while (low < high)
 	{
 		std::int64_t const middle = std::midpoint(low, high);
-		bool const isBefore = mPositions.Find(mIsBackwards ? -middle : middle).mWhole < mFile->GetFrames();
+		bool const isBefore = mPositions.Find(mIsBackwards ? -middle : middle).mWhole < inFileFrames;
 		(isBefore ? low : high) = isBefore ? middle + 1 : middle;
 	}
 	return low;
