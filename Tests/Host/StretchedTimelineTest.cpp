@@ -1,9 +1,7 @@
 // Clips of timelines that keep their pitch at other speeds.
 
-#include "ClipRenders.h"
 #include "SonaroHost/Media/UsedRegions.h"
-#include "SonaroHost/Render/TimelineRenderJob.h"
-#include "TimelineJson.h"
+#include "TimelineClipRenders.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -29,35 +27,9 @@ Json Warp(Json inItem, double inSpeed, Json const& inKeepsPitch = true)
 	return With(std::move(inItem), {{"effects", List({warp})}});
 }
 
-class StretchedTimelineTest : public ClipRenders
+class StretchedTimelineTest : public TimelineClipRenders
 {
 protected:
-	Otio::TimelineRenderRequest MakeRequest(Json const& inTimeline) const
-	{
-		WriteBytes(mFolder / "edit.otio", inTimeline.dump());
-		Otio::TimelineRenderRequest request;
-		request.mInput = mFolder / "edit.otio";
-		request.mOutput = mFolder / "mix.wav";
-		request.mOptions.mSampleRate = static_cast<int>(kRate);
-		return request;
-	}
-
-	Sound Render(Otio::TimelineRenderRequest const& inRequest)
-	{
-		Otio::TimelineRenderJob job(inRequest);
-		EXPECT_TRUE(job.Run());
-		mClips = job.GetSequence().mClips;
-		mNotes.clear();
-		for (Otio::Note const& note : job.GetNotes())
-		{
-			if (note.mKind == Otio::Note::Kind::kIgnored)
-			{
-				mNotes.push_back(note.mPlace + ": " + note.mText);
-			}
-		}
-		return ReadSound(inRequest.mOutput);
-	}
-
 	// What the renders of sound files make of it.
 	Sound RenderFile(double inSpeed, double inSemitones)
 	{
@@ -67,9 +39,6 @@ protected:
 		request.mSemitones = inSemitones;
 		return ClipRenders::Render(request);
 	}
-
-	std::vector<Otio::ClipRow> mClips;
-	std::vector<std::string> mNotes;
 };
 
 // A second of the clip's own is a whole number of samples of both.
@@ -110,7 +79,7 @@ TEST_F(StretchedTimelineTest, CutsAreTheUncutClipToTheBit)
 		request.mRange = "1.5..2.5";
 		request.mBlockFrames = 1000;
 		EXPECT_TRUE(SameBits(Render(request), uncut.Cut(72000, 48000)));
-		EXPECT_THAT(mNotes, testing::IsEmpty());
+		EXPECT_THAT(mIgnored, testing::IsEmpty());
 	}
 }
 
@@ -163,8 +132,8 @@ TEST_F(StretchedTimelineTest, WhatCannotKeepItsPitchSaysSo)
 	Json const clip = Clip("clip", "in.wav", 0.0, 0.1);
 	Render(MakeRequest(Timeline({Track("A", {Warp(clip, 12.0), Warp(Stack({clip}), 2.0)})})));
 	EXPECT_THAT(
-		mNotes, ElementsAre(HasSubstr("/tracks/children/0/children/0: a speed of 12 cannot keep its pitch"),
-					HasSubstr("/tracks/children/0/children/1: only clips can keep their pitch")));
+		mIgnored, ElementsAre(HasSubstr("/tracks/children/0/children/0: a speed of 12 cannot keep its pitch"),
+					  HasSubstr("/tracks/children/0/children/1: only clips can keep their pitch")));
 }
 
 TEST_F(StretchedTimelineTest, WhatIsFarApartInAFileIsStretchedByItself)

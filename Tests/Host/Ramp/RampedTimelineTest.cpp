@@ -1,8 +1,6 @@
 // Clips and nested sequences of timelines whose speed changes.
 
-#include "Host/ClipRenders.h"
-#include "Host/TimelineJson.h"
-#include "SonaroHost/Render/TimelineRenderJob.h"
+#include "Host/TimelineClipRenders.h"
 
 #include <algorithm>
 #include <cmath>
@@ -49,32 +47,10 @@ Sound MakeTone(double inSeconds, int inSampleRate = 48000)
 	return tone;
 }
 
-class RampedTimelineTest : public ClipRenders
+class RampedTimelineTest : public TimelineClipRenders
 {
 protected:
-	Otio::TimelineRenderRequest MakeRequest(Json const& inTimeline) const
-	{
-		WriteBytes(mFolder / "edit.otio", inTimeline.dump());
-		Otio::TimelineRenderRequest request;
-		request.mInput = mFolder / "edit.otio";
-		request.mOutput = mFolder / "mix.wav";
-		request.mOptions.mSampleRate = static_cast<int>(kRate);
-		return request;
-	}
-
-	Sound Render(Otio::TimelineRenderRequest const& inRequest)
-	{
-		Otio::TimelineRenderJob job(inRequest);
-		EXPECT_TRUE(job.Run());
-		mClips = job.GetSequence().mClips;
-		mNotes.clear();
-		for (Otio::Note const& note : job.GetNotes())
-		{
-			mNotes.push_back(note.mText);
-		}
-		return ReadSound(inRequest.mOutput);
-	}
-
+	using TimelineClipRenders::Render;
 	Sound Render(Json const& inItem) { return Render(MakeRequest(Timeline({Track("A", {inItem})}))); }
 
 	// Expects a tone whose places are given in seconds of the file.
@@ -91,9 +67,6 @@ protected:
 				<< "at " << i;
 		}
 	}
-
-	std::vector<Otio::ClipRow> mClips;
-	std::vector<std::string> mNotes;
 };
 
 TEST_F(RampedTimelineTest, TonesHaveTheFrequencyOfTheMomentarySpeed)
