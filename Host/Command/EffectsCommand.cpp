@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -190,6 +191,7 @@ public:
 			return Show(mWords.front());
 		}
 		std::vector<EffectSummary> effects = ListEffects();
+		CheckClass(effects);
 		std::erase_if(effects, [this](EffectSummary const& inEffect) { return !IsWanted(inEffect); });
 		PrintResult(mAsJson ? ListForMachines(effects) : ListForPeople(effects));
 		return kExitSuccess;
@@ -206,6 +208,28 @@ private:
 		}
 		PrintResult(mAsJson ? DescribeForMachines(*effect) : DescribeForPeople(*effect));
 		return kExitSuccess;
+	}
+
+	// Refuses a class that no plugin has.
+	void CheckClass(std::vector<EffectSummary> const& inEffects) const
+	{
+		std::set<std::string> classes;
+		for (EffectSummary const& effect : inEffects)
+		{
+			classes.insert(effect.mClass);
+		}
+		auto const isWanted = [this](std::string const& inClass) { return Contains(inClass, mClass); };
+		if (classes.empty() || std::ranges::any_of(classes, isWanted))
+		{
+			return;
+		}
+		std::string list;
+		for (std::string const& name : classes)
+		{
+			list += (list.empty() ? "" : ", ") + name;
+		}
+		Refuse("--class: no plugin's class contains " + QuoteName(mClass) +
+			   "; there are: " + MakePrintable(list));
 	}
 
 	bool IsWanted(EffectSummary const& inEffect) const
