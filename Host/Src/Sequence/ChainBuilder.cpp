@@ -63,7 +63,7 @@ void ChainBuilder::Add(Effect const& inEffect)
 	if (effect->HasHistory() && !inEffect.mForgetsAfterLatency)
 	{
 		mTools.NoteHistory("the effect " + Quote(inEffect.mName) + " of " + mContext.mPlace.Describe() +
-						   " depends on all that came before");
+						   " may depend on all that came before");
 	}
 	auto const health = std::make_shared<EffectHealth>(inEffect.mName, mContext.mPlace.Describe(),
 		mContext.mPlace.mOrigin ? *mContext.mPlace.mOrigin : std::string());

@@ -44,7 +44,7 @@ struct GraphReport
 	// instances allows: what leads to each one, as for a track.
 	std::vector<std::string> mOmittedNests;
 	// What keeps the graph from being rendered in pieces by several graphs: the first thing found whose sound depends on more
-	// of what was rendered before than is settled at a start, and why, as "the effect 'Reverb' of 'Dialogue' depends on all
+	// of what was rendered before than is settled at a start, and why, as "the effect 'Reverb' of 'Dialogue' may depend on all
 	// that came before". Empty where any start gives the same samples.
 	std::string mWhyInOneRun;
 	// The effects, which go on being written while the graph is rendered.

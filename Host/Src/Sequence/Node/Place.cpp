@@ -4,6 +4,7 @@
 #include "SonaroHost/Base/PrintableText.h"
 
 #include <cstddef>
+#include <string_view>
 
 namespace SonaroHost::Sequence
 {
@@ -21,8 +22,17 @@ std::string Place::GetPath() const
 	return (mPrefix ? *mPrefix : std::string()) + *mName;
 }
 
+bool Place::IsOutput() const
+{
+	return std::string_view(mKind) == "sequence" && !mItemName && (!mPrefix || mPrefix->empty());
+}
+
 std::string Place::Describe() const
 {
+	if (IsOutput())
+	{
+		return "the output";
+	}
 	std::string const path = GetPath();
 	std::string const track = path.empty() ? "" : Quote(ShortenMiddle(path, kLongestPath));
 	std::string const join = path.empty() ? "" : " on ";
@@ -34,7 +44,9 @@ void Refuse(Place const& inPlace, std::string const& inReason, std::string const
 	std::string const item = inPlace.mItemName ? ", item " + Quote(*inPlace.mItemName) : "";
 	throw HostError(HostError::Kind::kRequest,
 		{{}, inPlace.mOrigin ? *inPlace.mOrigin : std::string(),
-			std::string(inPlace.mKind) + " " + Quote(ShortenMiddle(inPlace.GetPath(), kLongestPath)) + item +
+			(inPlace.IsOutput() ? inPlace.Describe()
+								: std::string(inPlace.mKind) + " " +
+									  Quote(ShortenMiddle(inPlace.GetPath(), kLongestPath)) + item) +
 				": " + inReason,
 			inRemedy});
 }

@@ -9,7 +9,7 @@ namespace SonaroHost::Sequence
 // makes a text of them only when it is asked for one.
 struct Place
 {
-	// "track", "submix" or "master".
+	// "track", "submix" or "sequence".
 	char const* mKind = "";
 	// What leads to the sequence, as "Dialogue / Scene 4 / "; empty for the outermost one.
 	std::string const* mPrefix = nullptr;
@@ -23,6 +23,8 @@ struct Place
 	std::string GetPath() const;
 	// In quotes, with the item where one is meant; for people.
 	std::string Describe() const;
+	// Whether it is the master of the outermost sequence, which people know as the output.
+	bool IsOutput() const;
 	// What leads to a sequence within the item.
 	std::string GetItemPrefix() const { return GetPath() + " / " + *mItemName + " / "; }
 };
