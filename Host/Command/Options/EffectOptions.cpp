@@ -26,8 +26,12 @@ ControlSetting ParseSetting(std::string const& inText)
 	{
 		char const* const end = inText.data() + inText.size();
 		auto const [rest, error] = std::from_chars(inText.data() + equals + 1, end, value);
-		if (error == std::errc() && rest == end && std::isfinite(value))
+		if (error == std::errc() && rest == end)
 		{
+			if (!std::isfinite(value))
+			{
+				SonaroHost::Refuse("--set: the value of '" + inText + "' is not a finite number");
+			}
 			return {inText.substr(0, equals), value};
 		}
 	}

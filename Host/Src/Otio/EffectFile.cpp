@@ -9,6 +9,29 @@
 namespace SonaroHost::Otio
 {
 
+namespace
+{
+
+void CheckTimes(std::vector<PluginEffect> const& inEffects, std::filesystem::path const& inPath)
+{
+	for (PluginEffect const& effect : inEffects)
+	{
+		for (PluginEffect::Control const& control : effect.mControls)
+		{
+			auto const& keyframes = control.mValue.mKeyframes;
+			// They are in the order of time.
+			if (!keyframes.empty() && keyframes.front().mTime.mValue < 0.0)
+			{
+				throw HostError(HostError::Kind::kInput,
+					{inPath, effect.mPlace + "/controls/" + control.mSymbol + "/keyframes",
+						"a keyframe has a negative time", "use times from 0 on, the start of the sound"});
+			}
+		}
+	}
+}
+
+} // namespace
+
 std::vector<PluginEffect> ReadEffectFile(std::filesystem::path const& inPath)
 {
 	std::vector<PluginEffect> effects;
@@ -21,14 +44,20 @@ std::vector<PluginEffect> ReadEffectFile(std::filesystem::path const& inPath)
 				read(inRoot);
 				return;
 			}
-			inRoot.Require(JsonValue::Type::kArray, "an array of effects, or one effect");
+			if (!inRoot.Is(JsonValue::Type::kArray) || inRoot.Get().GetElements().empty())
+			{
+				inRoot.RefuseType("an array of at least one effect, or one effect");
+			}
 			ForEach(inRoot, read);
 		});
-	// Nothing in a file that is for effects alone is left to guess.
+	// Nothing in a file that is for effects alone is left to guess, so what a note says of doing so is cut off.
 	if (!notes.empty())
 	{
-		throw HostError(HostError::Kind::kInput, {inPath, notes.front().mPlace, notes.front().mText, {}});
+		Note const& note = notes.front();
+		throw HostError(HostError::Kind::kInput,
+			{inPath, note.mPlace, note.mText.substr(0, note.mText.find(';')), "correct it or remove it"});
 	}
+	CheckTimes(effects, inPath);
 	return effects;
 }
 

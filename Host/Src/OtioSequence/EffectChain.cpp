@@ -12,7 +12,9 @@ std::vector<Effects::EffectSetup> ReadEffectChain(std::filesystem::path const& i
 	std::vector<Effects::EffectSetup> setups;
 	for (PluginEffect const& plugin : ReadEffectFile(inPath))
 	{
-		setups.push_back(MakeSetup(plugin, {Ratio(), SN::kTimeZero}));
+		Effects::EffectSetup& setup = setups.emplace_back(MakeSetup(plugin, {Ratio(), SN::kTimeZero}));
+		setup.mFile = inPath;
+		setup.mPlace = plugin.mPlace;
 	}
 	return setups;
 }

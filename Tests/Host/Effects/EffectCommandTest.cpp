@@ -92,6 +92,7 @@ TEST_F(EffectCommandTest, ListsAndShowsPlugins)
 		AllOf(HasSubstr("Test Controls"), HasSubstr("2 in, 2 out"), HasSubstr("Frequency (logarithmic)"),
 			HasSubstr("Presets\n  Low\n")));
 	ExpectRefusal({"effects", "urn:nobody"}, 2, {"\"urn:nobody\" is not installed"});
+	ExpectRefusal({"effects", "--class", "nope"}, 2, {"\"nope\"; there are: ", "Delay Plugin"});
 }
 
 TEST_F(EffectCommandTest, SettingsBelongToTheEffectBeforeThem)
@@ -112,16 +113,35 @@ TEST_F(EffectCommandTest, SettingsBelongToTheEffectBeforeThem)
 				 Plugin(kControls, {{"frequency", {{"keyframes", List({{{"time", 1}, {"value", 5}}})}}}})})
 			.dump());
 	EXPECT_EQ(getFirst({"--effect-file", "chain.json"}), 5.0f);
-	WriteBytes(mFolder / "wrong.json", R"([{"uri": "urn:x", "control": {}}])");
-	for (auto const& [words, code, text] : {
-			 std::tuple(
-				 Words{"--set", "gain=1", "--effect", kDelay}, 2, "--set applies to the effect before it"),
-			 std::tuple(Words{"--effect", kDelay, "--set", "frames"}, 2, "use symbol=value"),
-			 std::tuple(Words{"--effect-file", "wrong.json"}, 1, "'wrong.json', /0/control: "),
-			 std::tuple(Words{"--effect-file", "tone.wav"}, 1, "'tone.wav': is not a file of effects"),
+}
+
+// Wrong options end with 2, and all that is wrong in a file with 1.
+TEST_F(EffectCommandTest, WrongEffectsAreRefused)
+{
+	Words const render{"render", "tone.wav", "-o", "out.wav", "--quiet"};
+	for (auto const& [words, text] : {
+			 std::pair(Words{"--set", "gain=1", "--effect", kDelay}, "--set applies to the effect before it"),
+			 std::pair(Words{"--effect", kDelay, "--set", "frames"}, "use symbol=value"),
+			 std::pair(
+				 Words{"--effect", kDelay, "--set", "frames=nan"}, "'frames=nan' is not a finite number"),
+			 std::pair(Words{"--effect", "urn:nobody"}, "\"urn:nobody\" is not installed"),
 		 })
 	{
-		ExpectRefusal(Join(render, words), code, {text});
+		ExpectRefusal(Join(render, words), 2, {text});
+	}
+	Words const file{"--effect-file", "wrong.json"};
+	for (auto const& [content, text] : {
+			 std::pair(R"([{"uri": "urn:x", "control": {}}])", "/0/control: unknown key; correct it"),
+			 std::pair("{}", "/uri: is missing; use the URI of a plugin"),
+			 std::pair("[]", "at least one effect, or one effect, found an empty array"),
+			 std::pair(R"([{"uri": "urn:x", "controls": {"a": {"keyframes": [{"time": -1, "value": 0}]}}}])",
+				 "/0/controls/a/keyframes: a keyframe has a negative time; use times from 0 on"),
+			 std::pair(R"([{"uri": "urn:nobody"}])", "/0: the plugin \"urn:nobody\" is not installed"),
+			 std::pair("RIFF", "'wrong.json': is not a file of effects"),
+		 })
+	{
+		WriteBytes(mFolder / "wrong.json", content);
+		ExpectRefusal(Join(render, file), 1, {"'wrong.json'", text});
 	}
 }
 

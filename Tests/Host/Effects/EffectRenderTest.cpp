@@ -176,9 +176,9 @@ TEST_F(EffectRenderTest, AFaultEndsTheRenderWithoutAnOutput)
 	Sound sound = MakeSound(1, kRate, 20000);
 	std::pair<float, char const*> const cases[] = {
 #ifdef SONARO_CAN_CRASH
-		{1.0f, "the effect \"Test Fault\" on 'master' crashed at 0:00.200"},
+		{1.0f, "the effect \"Test Fault\" on the output crashed at 0:00.200"},
 #endif
-		{-1.0f, "the effect \"Test Fault\" on 'master' gave samples that are infinite or not a number at "
+		{-1.0f, "the effect \"Test Fault\" on the output gave samples that are infinite or not a number at "
 				"0:00.200"},
 	};
 	for (auto const& [sample, text] : cases)

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Automation/AutomationCurve.h"
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,9 @@ struct EffectSetup
 	// A state in Turtle, as LV2 hosts save it; empty for none.
 	std::string mState = {};
 	std::vector<ControlSetting> mSettings = {};
+	// The file that asks for it, and the place in it as a JSON pointer, for messages; empty for none.
+	std::filesystem::path mFile = {};
+	std::string mPlace = {};
 };
 
 } // namespace SonaroHost::Effects

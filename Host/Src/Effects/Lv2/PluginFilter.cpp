@@ -59,6 +59,15 @@ std::string DescribePorts(EffectDescription const& inDescription)
 		   FormatCount(inDescription.mOutputs, "audio output");
 }
 
+// What helps where ports and channels do not fit.
+std::string SuggestFit(unsigned inInputs, unsigned inOutputs)
+{
+	return inInputs == inOutputs
+			   ? "use it where the sound has " + FormatCount(inInputs, "channel") +
+					 ", or a plugin with one input and one output, which runs for each channel"
+			   : "use a plugin with as many inputs as outputs";
+}
+
 } // namespace
 
 ChannelUse ChooseChannelUse(EffectDescription const& inDescription, unsigned inChannels)
@@ -78,7 +87,7 @@ ChannelUse ChooseChannelUse(EffectDescription const& inDescription, unsigned inC
 		return ChannelUse::kStereoOnMono;
 	}
 	Refuse("the plugin " + QuoteName(inDescription.mName) + " has " + DescribePorts(inDescription) +
-		   ", which do not fit " + FormatCount(inChannels, "channel"));
+		   ", which do not fit " + FormatCount(inChannels, "channel") + "; " + SuggestFit(inputs, outputs));
 }
 
 PluginFilter::PluginFilter(std::shared_ptr<PluginStart const> inStart, Terms const& inTerms)

@@ -75,7 +75,9 @@ void Cursor::Refuse(std::string const& inWhy) const
 
 void Cursor::RefuseType(std::string const& inWanted) const
 {
-	Refuse("expected " + inWanted + ", found " + (IsNothing() ? "nothing" : GetTypeName(mValue->GetType())));
+	bool const isEmpty = Is(JsonValue::Type::kArray) && mValue->GetElements().empty();
+	Refuse("expected " + inWanted + ", found " +
+		   (IsNothing() ? "nothing" : (isEmpty ? "an empty array" : GetTypeName(mValue->GetType()))));
 }
 
 void Cursor::Require(JsonValue::Type inType, std::string const& inWanted) const

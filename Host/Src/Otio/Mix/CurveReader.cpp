@@ -81,10 +81,6 @@ Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadV
 		});
 	if (curve.mKeyframes.empty())
 	{
-		if (keyframes.Is(JsonValue::Type::kArray))
-		{
-			keyframes.Refuse("expected an array of at least one keyframe, found an empty array");
-		}
 		keyframes.RefuseType("an array of at least one keyframe");
 	}
 	SortKeyframes(curve, keyframes);

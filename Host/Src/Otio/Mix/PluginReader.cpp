@@ -14,6 +14,17 @@ std::string ReadTextIfThere(Cursor const& inValue)
 	return ReadIfThere(inValue, ReadText).value_or(std::string());
 }
 
+std::string ReadUri(Cursor const& inValue)
+{
+	std::string uri = ReadTextIfThere(inValue);
+	if (uri.empty())
+	{
+		inValue.Refuse(std::string(inValue.IsNothing() ? "is missing" : "is empty") +
+					   "; use the URI of a plugin, as \"sonaro effects\" lists them");
+	}
+	return uri;
+}
+
 std::vector<PluginEffect::Control> ReadControls(Cursor const& inObject)
 {
 	std::vector<PluginEffect::Control> controls;
@@ -42,14 +53,9 @@ PluginEffect ReadPluginEffect(Cursor const& inObject)
 {
 	inObject.Require(JsonValue::Type::kObject, "an object with \"uri\"");
 	TellUnknownKeys(inObject, {"uri", "preset", "state", "controls"});
-	Cursor const uri(inObject, "uri");
 	PluginEffect effect;
 	effect.mPlace = inObject.GetPlace();
-	effect.mUri = ReadText(uri);
-	if (effect.mUri.empty())
-	{
-		uri.Refuse("is empty; use the URI of a plugin, as \"sonaro effects\" lists them");
-	}
+	effect.mUri = ReadUri(Cursor(inObject, "uri"));
 	effect.mPreset = ReadTextIfThere(Cursor(inObject, "preset"));
 	effect.mState = ReadTextIfThere(Cursor(inObject, "state"));
 	effect.mControls = ReadControls(Cursor(inObject, "controls"));

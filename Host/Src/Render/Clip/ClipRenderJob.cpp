@@ -2,6 +2,7 @@
 
 #include "ClipProgramme.h"
 #include "Render/RenderJob.h"
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 
 #include <algorithm>
@@ -49,6 +50,28 @@ PlaybackSummary CountMisses(ProgrammePlan const& inPlan, ReadAheadReport const& 
 	return summary;
 }
 
+// What a file of effects asks for in vain is the file's fault, and otherwise the request's.
+Effects::PreparedEffect PrepareEffect(Effects::EffectSetup const& inSetup, ProgrammePlan const& inPlan)
+{
+	try
+	{
+		Effects::PreparedEffect effect(inSetup, inPlan.GetSampleRate());
+		effect.CheckChannels(inPlan.GetLayout().size());
+		return effect;
+	}
+	catch (HostError const& error)
+	{
+		if (inSetup.mFile.empty() || error.GetKind() != HostError::Kind::kRequest)
+		{
+			throw;
+		}
+		HostError::Parts parts = error.GetParts();
+		parts.mFile = inSetup.mFile;
+		parts.mPlace = inSetup.mPlace;
+		throw HostError(HostError::Kind::kInput, std::move(parts));
+	}
+}
+
 } // namespace
 
 ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
@@ -58,7 +81,7 @@ ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
 {
 	for (Effects::EffectSetup const& setup : mRequest.mEffects)
 	{
-		Effects::PreparedEffect const& effect = mEffects.emplace_back(setup, mPlan.GetSampleRate());
+		Effects::PreparedEffect const& effect = mEffects.emplace_back(PrepareEffect(setup, mPlan));
 		for (std::string const& remark : effect.GetRemarks())
 		{
 			mRemarks.push_back("the effect " + QuoteName(effect.GetName()) + ": " + remark);
