@@ -221,6 +221,15 @@ TEST(AudioBinauralizer, WhatTheInputDoesNotFillIsZero)
 	whole[0].insert(whole[0].end(), wanted[0].begin(), wanted[0].end());
 	whole[1].insert(whole[1].end(), wanted[1].begin(), wanted[1].end());
 	EXPECT_EQ(HeardChannels(output), whole);
+
+	// A mix ends with the largest block.
+	auto const mixing = GraphFactory().CreateAudioBinauralizer({.mMaxFrames = kFrames, .mOutputChannels = 6});
+	dsp::AudioBuffer longer = MakeBuffer(6, 2 * kFrames, kUntouched);
+	mixing->Process(MakeField(), longer);
+	for (std::vector<float> const& channel : HeardChannels(longer))
+	{
+		EXPECT_EQ(std::count(channel.begin() + kFrames, channel.end(), 0.0f), kFrames);
+	}
 }
 
 TEST(AudioBinauralizer, ProcessFunctionKeepsItAliveWhileTheHeadTurns)

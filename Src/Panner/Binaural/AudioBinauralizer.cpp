@@ -21,6 +21,17 @@ unsigned GetStereoChannelCount()
 	return sCount;
 }
 
+void ZeroFrom(dsp::AudioBuffer& ioBuffer, unsigned inFrame)
+{
+	if (inFrame < ioBuffer.GetUseSize())
+	{
+		dsp::AudioSubBuffer rest;
+		rest.Init(ioBuffer.GetNumChannels());
+		rest.Assign(ioBuffer, inFrame);
+		rest.Zero();
+	}
+}
+
 } // namespace
 
 AudioBinauralizer::AudioBinauralizer() = default;
@@ -166,16 +177,11 @@ void AudioBinauralizer::Render(dsp::AudioBuffer const& inInput, dsp::AudioBuffer
 	mEngine->Process(angle, frames, inInput.GetNumChannels(), outOutput.GetNumChannels(),
 		inInput.GetChannels(), target.GetChannels());
 	target.ClearSilenceFlags(dsp::SilenceFlags::First(AmbisonicsBinauralizer::kNumEars));
-	if (frames < target.GetUseSize())
-	{
-		dsp::AudioSubBuffer rest;
-		rest.Init(target.GetNumChannels());
-		rest.Assign(target, frames);
-		rest.Zero();
-	}
+	ZeroFrom(target, frames);
 	if (mOutputMix)
 	{
 		mOutputMix(target, outOutput);
+		ZeroFrom(outOutput, target.GetUseSize());
 	}
 }
 
