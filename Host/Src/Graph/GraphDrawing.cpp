@@ -49,6 +49,7 @@ constexpr KindStyle kKindStyles[] = {
 	{Sequence::NodeLabel::Kind::kMaster, "master", "#f5c8a8"},
 	{Sequence::NodeLabel::Kind::kClip, "clip", "#c6e8c8"},
 	{Sequence::NodeLabel::Kind::kNest, "nested", "#a8dcd4"},
+	{Sequence::NodeLabel::Kind::kMulticam, "multicam", "#9fd8ea"},
 	{Sequence::NodeLabel::Kind::kEffect, "effect", "#f7d4e2"},
 	{Sequence::NodeLabel::Kind::kFader, "fader", "#f4e6a6"},
 	{Sequence::NodeLabel::Kind::kSend, "send to", "#e4d3f2"},
@@ -95,6 +96,7 @@ char const* FindWord(std::string_view inClass)
 		{"AudioStreamRenderer", "samples"}, {"AudioTrackGroupRenderer", "sum"},
 		{"AudioTrackInletRenderer", "input"}, {"ConversionPanner", "layout"},
 		{"ConvertedContent", "converted content"}, {"FadeItem", "fade"}, {"ItemContent", "content"},
+		{"AudioContentMulticamRenderer", "angles"}, {"MulticamContent", "cuts"},
 		{"PanStage", "pan"}};
 	auto const* const found =
 		std::ranges::find(kWords, inClass, [](auto const& inWord) { return inWord.first; });

@@ -4,6 +4,7 @@
 #include "Media/RampConverter.h"
 #include "Sequence/Node/ConvertedContent.h"
 #include "Sequence/Node/ItemContent.h"
+#include "Sequence/Node/MulticamContent.h"
 #include "Sonaro/AudioUtilities.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
@@ -123,6 +124,42 @@ void ItemBuilder::Check(Clip const& inClip) const
 	if (!(media->mSampleRate > 0.0) || !std::isfinite(media->mSampleRate))
 	{
 		Refuse(mContext.mPlace, "the sample rate of " + Quote(media->mName) + " is invalid");
+	}
+}
+
+void ItemBuilder::Check(Multicam const& inMulticam) const
+{
+	std::size_t const count = inMulticam.mAngles.size();
+	auto const checkAngle = [&](std::size_t inAngle)
+	{
+		if (inAngle >= count)
+		{
+			Refuse(mContext.mPlace, "angle index " + std::to_string(inAngle) + " is out of range: there are " +
+										std::to_string(count) + ", counted from 0");
+		}
+	};
+	checkAngle(inMulticam.mFirstAngle);
+	for (auto const& angle : inMulticam.mAngles)
+	{
+		if (!angle)
+		{
+			Refuse(mContext.mPlace, "one of its angles has no sequence");
+		}
+		if (angle->mLayout != inMulticam.mAngles.front()->mLayout)
+		{
+			Refuse(mContext.mPlace, "its angles have different layouts", "use the widest one for all");
+		}
+	}
+	SN::TickTime last = -SN::kTimeMax;
+	for (Multicam::Cut const& cut : inMulticam.mCuts)
+	{
+		checkAngle(cut.mAngle);
+		if (cut.mTime < last || cut.mFade.mLength < SN::kTimeZero)
+		{
+			Refuse(mContext.mPlace, cut.mTime < last ? "its cuts are not in the order of time"
+													 : "a fade of its cuts is shorter than 0");
+		}
+		last = cut.mTime;
 	}
 }
 
@@ -249,6 +286,36 @@ Generator ItemBuilder::MakeGenerator(Clip const& inClip, SN::AudioChannelLayout 
 Generator ItemBuilder::MakeGenerator(Nest const& inNest, SN::AudioChannelLayout const&)
 {
 	return mContext.mBuildNest(inNest, mContext.mPlace);
+}
+
+Generator ItemBuilder::MakeGenerator(Multicam const& inMulticam, SN::AudioChannelLayout const& inLayout)
+{
+	MulticamContent::Settings settings;
+	for (auto const& angle : inMulticam.mAngles)
+	{
+		std::size_t const histories = mTools.CountHistories();
+		Generator const generator = mContext.mBuildNest({angle, inMulticam.mStart}, mContext.mPlace);
+		settings.mAngles.push_back({generator, mTools.CountHistories() > histories});
+	}
+	settings.mCuts = MakeCuts(inMulticam);
+	settings.mSwitch = mTools.GetHeard(inMulticam.mSwitch);
+	settings.mReadsAll = mTools.GetContext()->GetMulticamOption() ||
+						 (inMulticam.mSwitch && !mTools.GetContext()->IsNotTopLevelPlayback());
+	settings.mLayout = inLayout;
+	settings.mFrameRate = mTools.GetFrameRate();
+	settings.mScratch = mTools.GetScratch(GraphTools::ScratchUse::kAngle, inLayout.size());
+	return zorvcore::classref::MakeObject<MulticamContent>(settings);
+}
+
+AngleCuts ItemBuilder::MakeCuts(Multicam const& inMulticam) const
+{
+	AngleCuts cuts(static_cast<int>(inMulticam.mFirstAngle));
+	for (Multicam::Cut const& cut : inMulticam.mCuts)
+	{
+		cuts.Add({mTools.ToFrames(cut.mTime), static_cast<int>(cut.mAngle),
+			mTools.ToFrames(cut.mFade.mLength), cut.mFade.mShape});
+	}
+	return cuts;
 }
 
 } // namespace SonaroHost::Sequence

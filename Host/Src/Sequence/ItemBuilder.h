@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sequence/Node/AngleCuts.h"
 #include "Sequence/Node/GraphTools.h"
 #include "Sequence/Node/Place.h"
 #include "Sequence/Stage/Playhead.h"
@@ -69,18 +70,28 @@ private:
 	}
 	void Check(Clip const& inClip) const;
 	void Check(Nest const& inNest) const;
+	void Check(Multicam const& inMulticam) const;
 	// The content's frames for one of the graph's at the speed 1.
 	Ratio GetRateRatio(Clip const& inClip) const;
 	Ratio GetRateRatio(Nest const&) const { return Ratio(1); }
+	Ratio GetRateRatio(Multicam const&) const { return Ratio(1); }
 	double GetRateFactor(Clip const& inClip) const;
 	double GetRateFactor(Nest const&) const { return 1.0; }
+	double GetRateFactor(Multicam const&) const { return 1.0; }
 	SN::AudioChannelLayout GetLayout(Clip const& inClip) const;
 	SN::AudioChannelLayout GetLayout(Nest const& inNest) const { return inNest.mSequence->mLayout; }
+	SN::AudioChannelLayout GetLayout(Multicam const& inMulticam) const
+	{
+		return inMulticam.mAngles.front()->mLayout;
+	}
 	// The content's frame that is to be heard first at the item's own start.
 	std::int64_t GetFirstFrame(Clip const& inClip) const { return inClip.mFirstFrame; }
 	std::int64_t GetFirstFrame(Nest const& inNest) const { return mTools.ToFrames(inNest.mStart); }
+	std::int64_t GetFirstFrame(Multicam const& inMulticam) const { return mTools.ToFrames(inMulticam.mStart); }
 	Generator MakeGenerator(Clip const& inClip, SN::AudioChannelLayout const& inLayout);
 	Generator MakeGenerator(Nest const& inNest, SN::AudioChannelLayout const& inLayout);
+	Generator MakeGenerator(Multicam const& inMulticam, SN::AudioChannelLayout const& inLayout);
+	AngleCuts MakeCuts(Multicam const& inMulticam) const;
 
 	Generator MakeContent(Item const& inItem, SN::AudioChannelLayout const& inLayout);
 	Generator Convert(

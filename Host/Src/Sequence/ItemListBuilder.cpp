@@ -157,8 +157,10 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 	mContext.mReport.push_back(
 		{mContext.mTrack, inItem.mName, inPlaced.mWhole.mFirst, inPlaced.mWhole.mEnd, built.mLatency});
 
-	bool const isClip = std::holds_alternative<Clip>(inItem.mContent);
-	mTools.Label(built.mGenerator, {isClip ? NodeLabel::Kind::kClip : NodeLabel::Kind::kNest, inItem.mName});
+	// In the order of the kinds of content.
+	constexpr NodeLabel::Kind kKinds[] = {
+		NodeLabel::Kind::kClip, NodeLabel::Kind::kNest, NodeLabel::Kind::kMulticam};
+	mTools.Label(built.mGenerator, {kKinds[inItem.mContent.index()], inItem.mName});
 	SN::InterfaceRef<SN::IAudioTrackRenderableItem> const item = built.mGenerator;
 	Stretch const& body = inPlaced.mBody;
 	item->Init(mTools.ToTime(body.mFirst), mTools.ToTime(body.mEnd), mTools.ToTime(inPlaced.mHeard.mFirst),

@@ -90,10 +90,9 @@ void NestBuilder::CountUses(Description const& inDescription)
 	{
 		for (Item const& item : track.mItems)
 		{
-			Nest const* const nest = std::get_if<Nest>(&item.mContent);
-			if (nest && nest->mSequence)
+			for (Description const* const sequence : ListSequences(item))
 			{
-				CountUses(*nest->mSequence);
+				CountUses(*sequence);
 			}
 		}
 	}

@@ -58,7 +58,7 @@ Generator SequenceBuilder::Build()
 		MakeRenderer(index, plan);
 	}
 	Generator const sequence = zorvcore::classref::MakeObject<SequenceNode>(
-		SequenceNode::Settings{MakeGroup(), mTracks, mPlayhead, mTools.GetFrameRate(),
+		SequenceNode::Settings{MakeGroup(), mTracks, mPlayhead, mDescription.mLayout, mTools.GetFrameRate(),
 			mTools.GetScratch(GraphTools::ScratchUse::kSettling, mDescription.mLayout.size()),
 			mContext.mPrefetcher});
 	mTools.Label(sequence, {NodeLabel::Kind::kSequence, mDescription.mName});

@@ -35,10 +35,11 @@ public:
 			count += track.mLayout.size();
 			for (Item const& item : track.mItems)
 			{
-				Nest const* const nest = std::get_if<Nest>(&item.mContent);
-				std::uint64_t const inner = nest && nest->mSequence ? Get(*nest->mSequence) : 0;
-				// Doubling with each level, it may be more than there are numbers for.
-				count = std::min(count + inner, kMost);
+				for (Description const* const sequence : ListSequences(item))
+				{
+					// Doubling with each level, it may be more than there are numbers for.
+					count = std::min(count + Get(*sequence), kMost);
+				}
 			}
 		}
 		return mCounts[&inDescription] = count;

@@ -58,13 +58,45 @@ struct Fade
 	FadeShape mShape = FadeShape::kLinear;
 };
 
+// The index of the angle that is heard, from 0 on, as a person chooses it while a playback runs. Below 0 the cuts decide;
+// an index that no angle has is silence.
+using AngleSwitch = std::shared_ptr<zorvcore::threads::AtomicIntegral<int>>;
+
+// Sequences that run side by side in one time, one of which is heard at a time: the angles of several cameras. All have the
+// same layout. Only what is heard is rendered, but for angles that have to remember: those with effects whose memory goes
+// beyond their latency run on, so that their reverberation is theirs when they come back.
+struct Multicam
+{
+	struct Cut
+	{
+		// In the angles' time: the first frame of the new angle, to the sample.
+		SN::TickTime mTime;
+		std::size_t mAngle = 0;
+		// From the cut on, the angle before goes out while this one comes in; up to the next cut at most. Without a
+		// length it is a hard cut. Nothing of an angle is heard before its cut.
+		Fade mFade;
+	};
+
+	std::vector<std::shared_ptr<Description const>> mAngles;
+	// The angles' time that is heard first. There is silence before their time 0.
+	SN::TickTime mStart;
+	// The angle before the first cut.
+	std::size_t mFirstAngle = 0;
+	// In the order of time. Of several at one frame, the last one counts.
+	std::vector<Cut> mCuts;
+	// Empty for the cuts alone. Live in the outermost sequence of a playback: it is read once for each block that is asked of
+	// the angles, and a change is a hard cut at the start of the next one, which an item at another speed or with late
+	// effects asks for ahead of what is heard. Elsewhere it stays what it was when the graph was made.
+	AngleSwitch mSwitch;
+};
+
 // What stands on a track. Items of a track are in the order of time and do not overlap.
 struct Item
 {
 	std::string mName;
 	SN::TickTime mStart;
 	SN::TickTime mEnd;
-	std::variant<Clip, Nest> mContent;
+	std::variant<Clip, Nest, Multicam> mContent;
 	// The speed of the content, pitch following: 2 is twice as fast, below 0 backwards, the frame that is heard first
 	// staying the same. 0 is silence. It stands for the simplest fraction that rounds to it.
 	double mSpeed = 1.0;
@@ -153,5 +185,8 @@ struct Description
 	// What of 5.1 is heard in mono and stereo; without it, the engine's own choice.
 	std::optional<SN::AudioChannelMix::MixdownType51> mMixdown;
 };
+
+// The sequences within an item, without those that are missing; none for a clip.
+std::vector<Description const*> ListSequences(Item const& inItem);
 
 } // namespace SonaroHost::Sequence

@@ -21,6 +21,7 @@ struct NodeLabel
 		kMaster,
 		kClip,
 		kNest,
+		kMulticam,
 		kEffect,
 		kFader,
 		kSend,

@@ -59,12 +59,21 @@ private:
 			mItems += track.mItems.size();
 			for (Sequence::Item const& item : track.mItems)
 			{
-				std::visit([this](auto const& inContent) { Add(inContent); }, item.mContent);
+				AddContent(item);
 			}
 		}
 	}
-	void Add(Sequence::Clip const& inClip) { mMedia.insert(inClip.mMedia.get()); }
-	void Add(Sequence::Nest const& inNest) { Add(*inNest.mSequence); }
+	void AddContent(Sequence::Item const& inItem)
+	{
+		if (auto const* const clip = std::get_if<Sequence::Clip>(&inItem.mContent))
+		{
+			mMedia.insert(clip->mMedia.get());
+		}
+		for (Sequence::Description const* const sequence : Sequence::ListSequences(inItem))
+		{
+			Add(*sequence);
+		}
+	}
 
 	std::set<Sequence::Description const*> mSequences;
 	std::set<Sequence::Media const*> mMedia;

@@ -2,7 +2,7 @@
 
 #include "ContentWindow.h"
 #include "ReadingNode.h"
-#include "SequenceNode.h"
+#include "NestNode.h"
 #include "SonaroHost/Media/SampleConverter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -71,7 +71,7 @@ private:
 
 	Settings mSettings;
 	// Empty for a clip.
-	SN::InterfaceRef<SequenceNode> mNest;
+	SN::InterfaceRef<NestNode> mNest;
 	ContentWindow mWindow;
 	// The most frames that the window has room for.
 	std::int64_t mMostFrames;

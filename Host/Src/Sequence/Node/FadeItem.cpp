@@ -8,6 +8,23 @@
 namespace SonaroHost::Sequence
 {
 
+void ApplyFade(FadeRun const& inFade, dsp::AudioBuffer& ioBuffer)
+{
+	std::int64_t const count = ioBuffer.GetUseSize();
+	for (std::int64_t i = 0; i < count && !ioBuffer.IsSilent(); ++i)
+	{
+		float const gain = GetFadeGain(inFade.mShape, inFade.mFirst + inFade.mStep * i, inFade.mFrames);
+		for (unsigned long long channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
+		{
+			if (!ioBuffer.IsChannelSilent(channel))
+			{
+				float& sample = ioBuffer.GetChannel(channel)[i];
+				sample = gain == 0.0f ? 0.0f : sample * gain;
+			}
+		}
+	}
+}
+
 FadeItem::FadeItem(Settings const& inSettings)
 	: Implements({inSettings.mOutgoing.mItem, inSettings.mIncoming.mItem}),
 	  mSettings(inSettings)
@@ -86,22 +103,13 @@ void FadeItem::Read(Side const& inSide, bool inIsIncoming, SN::TickTime const& i
 	}
 	inSide.mItem->GetAudioData(inTime + GetShift(inSide), outBuffer, inReverse);
 	std::int64_t const first = inTime.ToFrame64(mSettings.mFrameRate);
-	std::int64_t const count = outBuffer.GetUseSize();
-	for (std::int64_t i = 0; i < count && !outBuffer.IsSilent(); ++i)
-	{
-		std::int64_t const frame = inReverse ? first + count - 1 - i : first + i;
-		// The frame of the side's own rise, which is turned round where it goes out.
-		std::int64_t const risen = inIsIncoming ? frame : mSettings.mFrames - frame;
-		float const gain = GetFadeGain(inSide.mShape, risen, mSettings.mFrames);
-		for (unsigned long long channel = 0; channel < outBuffer.GetNumChannels(); ++channel)
-		{
-			if (!outBuffer.IsChannelSilent(channel))
-			{
-				float& sample = outBuffer.GetChannel(channel)[i];
-				sample = gain == 0.0f ? 0.0f : sample * gain;
-			}
-		}
-	}
+	std::int64_t const begin = inReverse ? first + outBuffer.GetUseSize() - 1 : first;
+	std::int64_t const step = inReverse ? -1 : 1;
+	// The side's own rise is turned round where it goes out.
+	ApplyFade(inIsIncoming
+				  ? FadeRun{inSide.mShape, mSettings.mFrames, begin, step}
+				  : FadeRun{inSide.mShape, mSettings.mFrames, mSettings.mFrames - begin, -step},
+		outBuffer);
 }
 
 void FadeItem::Init(SN::TickTime const& inStartTime, SN::TickTime const& inEndTime,

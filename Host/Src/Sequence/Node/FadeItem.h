@@ -13,6 +13,18 @@
 namespace SonaroHost::Sequence
 {
 
+// A fade over some frames, from the one of its rise that comes first in a buffer, in steps of 1 or -1.
+struct FadeRun
+{
+	FadeShape mShape = FadeShape::kLinear;
+	std::int64_t mFrames = 0;
+	std::int64_t mFirst = 0;
+	std::int64_t mStep = 1;
+};
+
+// Scales each frame by its place in the fade, so that it is the same in any cut.
+void ApplyFade(FadeRun const& inFade, dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING;
+
 // What stands on a track where one item goes over into another one, or into silence. The gains are worked out for
 // each frame by its place in the fade, so that they are the same in any cut; the engine's own transition carries a
 // progress in single precision along each block.

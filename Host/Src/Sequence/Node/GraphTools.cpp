@@ -97,6 +97,7 @@ MuteSwitch GraphTools::GetHeard(MuteSwitch const& inMute) const
 
 void GraphTools::NoteHistory(std::string const& inWhat)
 {
+	++mHistories;
 	if (mWhyInOneRun.empty())
 	{
 		mWhyInOneRun = inWhat;

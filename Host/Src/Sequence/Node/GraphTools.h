@@ -55,6 +55,7 @@ public:
 		kConversion,
 		kFade,
 		kSettling,
+		kAngle,
 	};
 	std::shared_ptr<dsp::AudioBuffer> GetScratch(ScratchUse inUse, std::size_t inChannels);
 	// Whether parameters may move while the graph is rendered, as in a playback.
@@ -66,7 +67,7 @@ public:
 	{
 		return inParameter && !IsLive() ? inParameter->Detach() : inParameter;
 	}
-	// A track's mute: live where the engine has it so, in the outermost sequence of a playback.
+	// A track's mute, or what switches angles: live where the engine has it so, in the outermost sequence of a playback.
 	MuteSwitch GetHeard(MuteSwitch const& inMute) const;
 
 	// For drawings of the graph.
@@ -80,6 +81,8 @@ public:
 	// Notes what depends on more than a start settles; the first one counts. See GraphReport::mWhyInOneRun.
 	void NoteHistory(std::string const& inWhat);
 	std::string const& GetWhyInOneRun() const { return mWhyInOneRun; }
+	// How many were noted until now.
+	std::size_t CountHistories() const { return mHistories; }
 	void NoteEffect(std::shared_ptr<EffectHealth const> inEffect) { mEffects.push_back(std::move(inEffect)); }
 	std::vector<std::shared_ptr<EffectHealth const>> const& GetEffects() const { return mEffects; }
 
@@ -104,6 +107,7 @@ private:
 	std::map<Media const*, Generator> mStreams;
 	std::vector<FixedPanner> mFixedPanners;
 	std::string mWhyInOneRun;
+	std::size_t mHistories = 0;
 	std::vector<std::shared_ptr<EffectHealth const>> mEffects;
 	// The scratch memory by use, level and channels.
 	std::map<std::tuple<ScratchUse, unsigned, std::size_t>, std::shared_ptr<dsp::AudioBuffer>> mScratch;

@@ -3,7 +3,7 @@
 #include "ConvertedContent.h"
 #include "ReadingNode.h"
 #include "Sequence/Stage/Playhead.h"
-#include "SequenceNode.h"
+#include "NestNode.h"
 
 #include <cstdint>
 #include <memory>
@@ -83,7 +83,7 @@ private:
 	// Empty where the content has the rate of the graph and the speed 1 or -1.
 	SN::InterfaceRef<ConvertedContent> mConverted;
 	// Empty for a clip.
-	SN::InterfaceRef<SequenceNode> mNest;
+	SN::InterfaceRef<NestNode> mNest;
 	std::optional<bool> mHasHistory;
 	bool mIsPrerolled = false;
 	bool mAreFiltersRunning = false;

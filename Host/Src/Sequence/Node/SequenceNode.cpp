@@ -10,7 +10,7 @@ namespace SonaroHost::Sequence
 {
 
 SequenceNode::SequenceNode(Settings const& inSettings)
-	: Implements({inSettings.mGroup}),
+	: Implements(std::vector{inSettings.mGroup}, inSettings.mLayout, inSettings.mFrameRate),
 	  mSettings(inSettings)
 {
 	SN::InterfaceRef<SN::IAudioRenderGraphNodeInfo> const info(mSettings.mGroup);

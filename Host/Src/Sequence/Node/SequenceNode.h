@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ReadingNode.h"
+#include "NestNode.h"
 #include "Sequence/Stage/Playhead.h"
 #include "Sonaro/ICachedAudioGenerator.h"
 #include "Sonaro/Prefetcher.h"
@@ -28,7 +28,7 @@ namespace SonaroHost::Sequence
 //           of its own. So it only holds the tracks and their delay lines, and the tracks are run from here.
 // Threads   One at a time. AccumulatePrefetchRequests may be called by another one. Nothing allocates after the
 //           constructor.
-class SequenceNode final : public SN::Implements<SequenceNode, ReadingNode>
+class SequenceNode final : public SN::Implements<SequenceNode, NestNode>
 {
 public:
 	static constexpr SN::Identifier<SequenceNode> kIdentifier{0x3c1f9be07a5d4e26ull, 0x91d7c04ab8e35f12ull};
@@ -48,6 +48,7 @@ public:
 		Generator mGroup;
 		std::vector<Track> mTracks;
 		std::shared_ptr<Playhead> mPlayhead;
+		SN::AudioChannelLayout mLayout;
 		SN::FrameRate mFrameRate;
 		// What settling renders into: of the sequence's channels and at least one sample.
 		std::shared_ptr<dsp::AudioBuffer> mDiscarded;
@@ -66,13 +67,13 @@ public:
 		SN::TickTime const& inTime, dsp::AudioBuffer& ioBuffer, bool inReverse) SONARO_NONBLOCKING override;
 	void Reset() override;
 
-	// What comes next does not follow what was asked before, wherever it is.
-	void Interrupt() { mNext.reset(); }
-	// For a nested sequence: whether what is around it settles, and in which direction it is played, for what is read
-	// ahead.
-	bool IsUnheard() const { return mSettings.mPlayhead->mIsUnheard; }
-	void SetUnheard(bool inIsUnheard) { mSettings.mPlayhead->mIsUnheard = inIsUnheard; }
-	void SetPrefetchDirection(bool inIsReverse) { mSettings.mPlayhead->mIsPrefetchedInReverse = inIsReverse; }
+	void Interrupt() override { mNext.reset(); }
+	bool IsUnheard() const override { return mSettings.mPlayhead->mIsUnheard; }
+	void SetUnheard(bool inIsUnheard) override { mSettings.mPlayhead->mIsUnheard = inIsUnheard; }
+	void SetPrefetchDirection(bool inIsReverse) override
+	{
+		mSettings.mPlayhead->mIsPrefetchedInReverse = inIsReverse;
+	}
 
 	std::u16string GetNodeName() override { return u"SequenceNode"; }
 
