@@ -142,6 +142,14 @@ std::string DescribeConversions()
 	text += DescribePair(mono, surround) + DescribePair(stereo, surround) + DescribePair(surround, quad) +
 			DescribePair(quad, stereo) + DescribePair(quad, mono) + DescribePair(quad, surround);
 
+	Layout const field{"ambisonic1", zorvmediatypes::CreateAmbisonic1ChannelLayout(), {"W", "Y", "Z", "X"}};
+	text +=
+		"## Sound fields\n\n"
+		"Loudspeakers become plane waves from where they stand, and of a sound field each loudspeaker gets "
+		"what a cardioid microphone hears.\n\n";
+	text += DescribePair(mono, field) + DescribePair(stereo, field) + DescribePair(surround, field) +
+			DescribePair(field, mono) + DescribePair(field, stereo) + DescribePair(field, surround);
+
 	text +=
 		"## By position\n\n"
 		"Used if a layout has channels without speaker positions: channels are copied in their order. From "

@@ -24,7 +24,9 @@ char const* FindPlaceName(AudioChannelDescription inChannel)
 	using Place = AudioChannelDescription;
 	constexpr std::pair<Place, char const*> kNames[] = {{Place::kMono, "mono"}, {Place::kLeft, "left"},
 		{Place::kRight, "right"}, {Place::kCenter, "centre"}, {Place::kLowFrequency, "LFE"},
-		{Place::kLeftSurround, "left surround"}, {Place::kRightSurround, "right surround"}};
+		{Place::kLeftSurround, "left surround"}, {Place::kRightSurround, "right surround"},
+		{Place::kLeftBack, "left back"}, {Place::kRightBack, "right back"}, {Place::kAmbisonicW, "W"},
+		{Place::kAmbisonicY, "Y"}, {Place::kAmbisonicZ, "Z"}, {Place::kAmbisonicX, "X"}};
 	auto const* const found = std::ranges::find(kNames, inChannel, &std::pair<Place, char const*>::first);
 	return found == std::end(kNames) ? nullptr : found->second;
 }
@@ -40,8 +42,9 @@ AudioChannelLayout MakeLayoutOfChannels(unsigned inChannels)
 
 std::optional<AudioChannelLayout> ParseLayout(std::string_view inText)
 {
-	for (AudioChannelLayout const& layout : {zorvmediatypes::CreateMonoChannelLayout(),
-			 zorvmediatypes::CreateStereoChannelLayout(), zorvmediatypes::Create51ChannelLayout()})
+	for (AudioChannelLayout const& layout :
+		{zorvmediatypes::CreateMonoChannelLayout(), zorvmediatypes::CreateStereoChannelLayout(),
+			zorvmediatypes::Create51ChannelLayout(), zorvmediatypes::CreateAmbisonic1ChannelLayout()})
 	{
 		if (inText == GetLayoutName(layout))
 		{
@@ -70,6 +73,10 @@ std::string GetLayoutName(AudioChannelLayout const& inLayout)
 	if (inLayout == zorvmediatypes::Create51ChannelLayout())
 	{
 		return "5.1";
+	}
+	if (inLayout == zorvmediatypes::CreateAmbisonic1ChannelLayout())
+	{
+		return "ambisonic1";
 	}
 	return FormatCount(inLayout.size(), "channel");
 }

@@ -42,6 +42,11 @@ std::optional<SN::PanProcessorType> FindPanner(
 	return isBalance ? std::optional(SN::kPanBalance) : std::nullopt;
 }
 
+bool IsField(SN::AudioChannelLayout const& inLayout)
+{
+	return inLayout == zorvmediatypes::CreateAmbisonic1ChannelLayout();
+}
+
 } // namespace
 
 LayoutPlan::LayoutPlan(SN::AudioChannelLayout const& inInput, LayoutRequest const& inRequest)
@@ -64,6 +69,12 @@ void LayoutPlan::ChooseOutput()
 	{
 		Refuse("a layout of " + std::to_string(mOutput.size()) + " channels is out of range; use 1 to " +
 			   std::to_string(kMaxChannels));
+	}
+	if (IsField(mOutput) && !HasPlaces(mInput) && mInput.size() != mOutput.size())
+	{
+		Refuse("sound of " + GetLayoutName(mInput) +
+			   " cannot become ambisonic1, which has 4 channels, W, Y, Z and X; choose 4 channels, or a "
+			   "layout with speaker positions");
 	}
 }
 
@@ -105,6 +116,10 @@ bool LayoutPlan::KeepsSamples() const
 	{
 		constexpr double kMiddle = 0.5;
 		return mInput == mOutput && *mRequest.mPan == kMiddle;
+	}
+	if (mInput != mOutput && (IsField(mOutput) || IsField(mInput)))
+	{
+		return !HasPlaces(mInput) || !HasPlaces(mOutput);
 	}
 	// Places are folded together where the output has fewer of them; channels without places go by
 	// position.

@@ -21,7 +21,10 @@ constexpr double kSurroundWeight = 1.41;
 double GetWeight(zorvmediatypes::AudioChannelDescription inChannel)
 {
 	using Place = zorvmediatypes::AudioChannelDescription;
-	return inChannel == Place::kLowFrequency                                         ? 0.0
+	// Of a sound field W alone counts: what a microphone hears that hears all directions alike.
+	bool const isUnheard = inChannel == Place::kLowFrequency || inChannel == Place::kAmbisonicY ||
+						   inChannel == Place::kAmbisonicZ || inChannel == Place::kAmbisonicX;
+	return isUnheard                                                                 ? 0.0
 		   : inChannel == Place::kLeftSurround || inChannel == Place::kRightSurround ? kSurroundWeight
 																					 : 1.0;
 }

@@ -19,6 +19,18 @@ AudioChannelLayout Create51ChannelLayout()
 	return {kLeft, kRight, kCenter, kLowFrequency, kLeftSurround, kRightSurround};
 }
 
+AudioChannelLayout Create71ChannelLayout()
+{
+	using enum AudioChannelDescription;
+	return {kLeft, kRight, kCenter, kLowFrequency, kLeftBack, kRightBack, kLeftSurround, kRightSurround};
+}
+
+AudioChannelLayout CreateAmbisonic1ChannelLayout()
+{
+	using enum AudioChannelDescription;
+	return {kAmbisonicW, kAmbisonicY, kAmbisonicZ, kAmbisonicX};
+}
+
 AudioChannelLayout CreateMultichannelLayout(int inChannels)
 {
 	AudioChannelLayout layout;

@@ -19,6 +19,13 @@ enum class AudioChannelDescription : std::uint32_t
 	kLowFrequency = 5,
 	kLeftSurround = 6,
 	kRightSurround = 7,
+	kLeftBack = 8,
+	kRightBack = 9,
+	// Not places but the components of a sound field of the first order; see CreateAmbisonic1ChannelLayout.
+	kAmbisonicW = 0x100,
+	kAmbisonicY = 0x101,
+	kAmbisonicZ = 0x102,
+	kAmbisonicX = 0x103,
 	kDiscrete0 = 0x10000,
 };
 
