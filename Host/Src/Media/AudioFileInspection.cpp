@@ -248,6 +248,11 @@ void SetLayout(AudioFileInfo& ioInfo, AudioFileDecoder const& inDecoder)
 	{
 		ioInfo.mChannelOrder = oggOrder;
 	}
+	if (inDecoder.IsField())
+	{
+		ioInfo.mLayout = zorvmediatypes::CreateAmbisonic1ChannelLayout();
+		ioInfo.mChannelOrder = {0, 2, 3, 1};
+	}
 	if (channels == 6)
 	{
 		auto const order = oggOrder.empty() ? Find51Order(inDecoder.GetHandle()) : oggOrder;
@@ -271,7 +276,8 @@ AudioFileInfo InspectSoundFile(std::filesystem::path const& inPath)
 	SetLayout(info, decoder);
 	info.mContainer = GetFormatName(format.format & SF_FORMAT_TYPEMASK);
 	info.mEncoding = GetFormatName(format.format & SF_FORMAT_SUBMASK);
-	info.mIntegerBits = GetIntegerBits(format.format);
+	// W of a sound field is no integer once it is scaled.
+	info.mIntegerBits = decoder.IsField() ? 0 : GetIntegerBits(format.format);
 	info.mSampleRate = format.samplerate;
 	if (info.mSampleRate < 1)
 	{

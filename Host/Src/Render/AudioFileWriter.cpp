@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numbers>
 #include <string>
 
 namespace SonaroHost
@@ -34,11 +35,16 @@ int GetSampleFormat(OutputSamples inSamples)
 													: SF_FORMAT_FLOAT;
 }
 
-int GetContainerFormat(OutputContainer inContainer, bool inIsLarge, bool inIs51)
+bool IsField(zorvmediatypes::AudioChannelLayout const& inLayout)
+{
+	return inLayout == zorvmediatypes::CreateAmbisonic1ChannelLayout();
+}
+
+int GetContainerFormat(OutputContainer inContainer, bool inIsLarge, bool inIsMarked)
 {
 	if (inContainer == OutputContainer::kWav)
 	{
-		return inIsLarge ? SF_FORMAT_RF64 : inIs51 ? SF_FORMAT_WAVEX : SF_FORMAT_WAV;
+		return inIsLarge ? SF_FORMAT_RF64 : inIsMarked ? SF_FORMAT_WAVEX : SF_FORMAT_WAV;
 	}
 	return inContainer == OutputContainer::kAiff   ? SF_FORMAT_AIFF
 		   : inContainer == OutputContainer::kFlac ? SF_FORMAT_FLAC
@@ -66,9 +72,9 @@ SF_INFO MakeFormat(std::filesystem::path const& inPath, OutputFormat const& inFo
 	SF_INFO info{};
 	info.samplerate = inSampleRate;
 	info.channels = static_cast<int>(channels);
-	info.format =
-		GetSampleFormat(inFormat.mSamples) |
-		GetContainerFormat(inFormat.mContainer, isLarge, inLayout == zorvmediatypes::Create51ChannelLayout());
+	info.format = GetSampleFormat(inFormat.mSamples) |
+				  GetContainerFormat(inFormat.mContainer, isLarge,
+					  inLayout == zorvmediatypes::Create51ChannelLayout() || IsField(inLayout));
 	if (sf_format_check(&info) == SF_FALSE)
 	{
 		RefuseToWrite(inPath, GetName(inFormat.mContainer) + " cannot hold " + std::to_string(channels) +
@@ -153,6 +159,13 @@ AudioFileWriter::AudioFileWriter(std::filesystem::path const& inPath, OutputForm
 		sf_command(file, SFC_SET_CHANNEL_MAP_INFO, map.data(), sizeof map);
 	}
 
+	if (IsField(inLayout) && inFormat.mContainer == OutputContainer::kWav)
+	{
+		sf_command(file, SFC_WAVEX_SET_AMBISONIC, nullptr, SF_AMBISONIC_B_FORMAT);
+		mOrder = {0, 3, 1, 2};
+		mGains = {std::numbers::sqrt2_v<float> / 2.0f, 1.0f, 1.0f, 1.0f};
+	}
+
 	if (inTimeReference && inFormat.mContainer == OutputContainer::kWav)
 	{
 		AddBroadcastExtension(file, *inTimeReference);
@@ -189,12 +202,14 @@ void AudioFileWriter::WritePiece(dsp::AudioBuffer const& inBuffer, unsigned inFi
 {
 	for (unsigned channel = 0; channel < mChannels; ++channel)
 	{
-		bool const isSilent = inBuffer.IsChannelSilent(channel);
-		float const* const samples = isSilent ? nullptr : inBuffer.GetChannel(channel) + inFirst;
+		unsigned const source = mOrder.empty() ? channel : mOrder[channel];
+		float const gain = mGains.empty() ? 1.0f : mGains[channel];
+		bool const isSilent = inBuffer.IsChannelSilent(source);
+		float const* const samples = isSilent ? nullptr : inBuffer.GetChannel(source) + inFirst;
 		std::size_t out = channel;
 		for (unsigned i = 0; i < inFrames; ++i, out += mChannels)
 		{
-			float const sample = samples ? samples[i] : 0.0f;
+			float const sample = samples ? samples[i] * gain : 0.0f;
 			if (mQuantizers.empty())
 			{
 				mFloats[out] = sample;

@@ -24,7 +24,8 @@ namespace SonaroHost
 //
 // Integers  Rounded by SampleQuantizer. Floats go in bit for bit.
 // Size      A WAV beyond 4 GB becomes an RF64, its 64-bit form; an AIFF beyond is refused at the start.
-// Layout    5.1 is marked as such; other layouts of more than two channels have no marks.
+// Layout    5.1 is marked as such. A sound field in a WAV is marked as B-format, which has FuMa's order W, X, Y and Z and W
+//           3 dB softer; elsewhere it is written as it is. Other layouts of more than two channels have no marks.
 class AudioFileWriter
 {
 public:
@@ -62,6 +63,9 @@ private:
 	// One for each channel; none for floats.
 	std::vector<SampleQuantizer> mQuantizers;
 	int mIntegerShift = 0;
+	// The channel of the layout at each place in a frame, and its gain; none where nothing is to be changed.
+	std::vector<unsigned> mOrder;
+	std::vector<float> mGains;
 	std::vector<int> mIntegers;
 	std::vector<float> mFloats;
 };

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <numbers>
 #include <string>
 
 namespace SonaroHost
@@ -24,6 +25,8 @@ constexpr std::int64_t kAlacPacketFrames = 4096;
 
 // 16-bit samples that are read at once, few enough for the first-level cache.
 constexpr std::size_t kShorts = 4096;
+
+constexpr int kFieldChannels = 4;
 
 // From 16-bit samples to floats; a power of two, so that no bit is lost.
 constexpr float kShortScale = 1.0f / 32768.0f;
@@ -66,6 +69,8 @@ AudioFileDecoder::AudioFileDecoder(std::filesystem::path const& inPath)
 	bool const isMpegInWav = (mFormat.format & (SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK)) ==
 							 (SF_FORMAT_WAV | SF_FORMAT_MPEG_LAYER_III);
 	mStatesLength = mStatesLength && mFormat.frames < kLargestLength && !isMpegInWav;
+	mIsField = mFormat.channels == kFieldChannels &&
+			   sf_command(mFile.get(), SFC_WAVEX_GET_AMBISONIC, nullptr, 0) == SF_AMBISONIC_B_FORMAT;
 	if ((mFormat.format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_16)
 	{
 		mShorts.resize(std::max(kShorts, static_cast<std::size_t>(mFormat.channels)));
@@ -108,6 +113,10 @@ std::int64_t AudioFileDecoder::Read(float* outSamples, std::int64_t inFrames)
 			break;
 		}
 		done += count;
+	}
+	for (std::int64_t i = 0; mIsField && i < done; ++i)
+	{
+		outSamples[i * kFieldChannels] *= std::numbers::sqrt2_v<float>;
 	}
 	mPosition += done;
 	return done;

@@ -27,6 +27,9 @@ public:
 
 	// False when the length in GetFormat is a guess or none at all.
 	bool StatesLength() const noexcept { return mStatesLength; }
+	// Whether it says that it is a sound field of the first order: W, X, Y and Z, in the order of FuMa. W, which the file has
+	// 3 dB softer, is read at the scale SN3D; that of the others is the same.
+	bool IsField() const noexcept { return mIsField; }
 
 	unsigned GetNumChannels() const noexcept override { return static_cast<unsigned>(mFormat.channels); }
 	bool IsSeekExact() const noexcept override;
@@ -49,6 +52,7 @@ private:
 	std::unique_ptr<SNDFILE, Closer> mFile;
 	std::int64_t mPosition = 0;
 	bool mStatesLength = true;
+	bool mIsField = false;
 	// Of 16-bit PCM before it is converted; empty for all else.
 	std::vector<short> mShorts;
 };
