@@ -69,6 +69,15 @@ void AmbisonicsBinauralizer::Load(
 	}
 }
 
+// Each transform spans the partition that follows and the one before it.
+unsigned AmbisonicsBinauralizer::GetSettlingFrames(
+	ResponseDescriptor const& inDescriptor, unsigned inSampleRate)
+{
+	static_assert(kTransformFrames == EarConvolver::kPartition);
+	unsigned const taps = std::max(CountTaps(inDescriptor, inSampleRate), 1u);
+	return kTransformFrames * ((taps - 1) / kTransformFrames + 2);
+}
+
 void AmbisonicsBinauralizer::Unload()
 {
 	mConvolver.reset();

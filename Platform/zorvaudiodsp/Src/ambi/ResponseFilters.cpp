@@ -55,11 +55,16 @@ double GetKernel(double inPosition)
 	return std::fabs(inPosition) < kReach ? window * std::sin(kPi * inPosition) / (kPi * inPosition) : 0.0;
 }
 
+std::size_t CountResampled(std::size_t inTaps, double inStep)
+{
+	return static_cast<std::size_t>(std::ceil(static_cast<double>(inTaps) / inStep));
+}
+
 std::vector<double> Resample(std::vector<double> const& inTaps, unsigned inFromRate, unsigned inToRate)
 {
 	double const step = static_cast<double>(inFromRate) / inToRate;
 	double const bandwidth = std::min(1.0, 1.0 / step);
-	std::vector<double> taps(static_cast<std::size_t>(std::ceil(static_cast<double>(inTaps.size()) / step)));
+	std::vector<double> taps(CountResampled(inTaps.size(), step));
 	for (std::size_t i = 0; i < taps.size(); ++i)
 	{
 		for (std::size_t k = 0; k < inTaps.size(); ++k)
@@ -101,6 +106,15 @@ EarConvolver::Filters MakeResponseFilters(ResponseDescriptor const& inDescriptor
 		}
 	}
 	return filters;
+}
+
+unsigned CountTaps(ResponseDescriptor const& inDescriptor, unsigned inSampleRate)
+{
+	ResponseSet const set = FindNearestSet(inDescriptor, inSampleRate).mSet;
+	bool const isResampled = set.mNumTaps > 0 && set.mSampleRate != inSampleRate;
+	return isResampled ? static_cast<unsigned>(CountResampled(
+							 set.mNumTaps, static_cast<double>(set.mSampleRate) / inSampleRate))
+					   : set.mNumTaps;
 }
 
 } // namespace dsp::ambi

@@ -11,4 +11,7 @@ namespace dsp::ambi
 EarConvolver::Filters MakeResponseFilters(ResponseDescriptor const& inDescriptor,
 	float const* const (&inData)[EarConvolver::kNumEars], unsigned inSampleRate);
 
+// How many taps each of these filters has.
+unsigned CountTaps(ResponseDescriptor const& inDescriptor, unsigned inSampleRate);
+
 } // namespace dsp::ambi

@@ -28,6 +28,8 @@ class ZORV_API AmbisonicsBinauralizer
 {
 public:
 	static constexpr unsigned kNumEars = 2;
+	// Blocks of the transforms begin at multiples of so many samples after the start or the last Reset.
+	static constexpr unsigned kTransformFrames = 64;
 
 	// inSampleRate: in hertz. Outside of 1000 to 768000 nothing is ever loaded. inMaxFrames: the largest block that is
 	// planned; longer ones work as well. Throws zorv_exception for any other order, ordering or scale than 1,
@@ -41,6 +43,9 @@ public:
 	// Makes filters of the responses, of which nothing is needed afterwards, and starts anew. Without a set of at least
 	// one tap nothing is loaded.
 	void Load(ResponseDescriptor const& inDescriptor, float const* inLeft, float const* inRight);
+	// How many samples before a sample can change one bit of it, where both starts that are compared have the same
+	// blocks of transforms. inSampleRate: as that of the constructor.
+	static unsigned GetSettlingFrames(ResponseDescriptor const& inDescriptor, unsigned inSampleRate);
 	// From here on both ears hear silence.
 	void Unload();
 	// Forgets what was heard and where the head was. Another rate also unloads.
