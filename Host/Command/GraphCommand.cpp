@@ -1,5 +1,6 @@
 #include "Command.h"
 
+#include "Options/ListenerOptions.h"
 #include "Options/RenderOptions.h"
 #include "Options/SharedOptions.h"
 #include "Report/TimelineNotes.h"
@@ -152,7 +153,8 @@ public:
 			->check(CLI::IsMember({"svg", "png", "dot"}));
 		AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the output file already exists");
 		Add("--rate", mSampleRate, "HZ", "Sample rate of the render in Hz");
-		Add("--layout", mLayout, "NAME", "Layout of the mix: mono, stereo, 5.1 or a number of channels");
+		Add("--layout", mLayout, "NAME",
+			"Layout of the mix: mono, stereo, 5.1, ambisonic1 or a number of channels");
 		Add("--depth", mDepth, "COUNT",
 			"Levels of nesting to draw, from 0; deeper ones become single nodes (default: all)")
 			->check(CLI::Range(0, kMostDepth));
@@ -160,6 +162,7 @@ public:
 			"Draw only this track: its name, or its number from 1, counting tracks of all kinds");
 		AddFlag("--all", mShowsAll, "Also draw silence between items and panners that change nothing");
 		mStretch.AddForAll(GetParser());
+		mListener.AddOptions(GetParser());
 		AddTimelineOptions(GetParser(), mMediaFolders, mFades);
 		AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
 		GetParser().footer("Solid lines carry sound between nodes; dashed lines come from the processors of "
@@ -191,6 +194,7 @@ public:
 		options.mLayout = layout.ParseLayout();
 		options.mFadeShape = ParseFades(mFades);
 		mStretch.Fill(options);
+		options.mListener = mListener.MakeListener();
 		Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
 		OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
 		Otio::TimelineSequence sequence = input.MakeSequence(options);
@@ -236,6 +240,7 @@ private:
 	std::optional<std::size_t> mDepth;
 	std::string mTrack;
 	StretchOptions mStretch;
+	ListenerOptions mListener;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;
 	bool mShowsAll = false;

@@ -1,5 +1,6 @@
 #include "Command.h"
 
+#include "Options/ListenerOptions.h"
 #include "Options/SharedOptions.h"
 #include "Options/StretchOptions.h"
 #include "Report/LoudnessRows.h"
@@ -54,6 +55,7 @@ public:
 		AddStreamOption(GetParser(), mStream);
 		mStretch.AddForSoundFiles(GetParser());
 		mStretch.AddForAll(GetParser());
+		mListener.AddOptions(GetParser());
 		Add("--range", mRange, "RANGE",
 			"Measure only this part of a single timeline, as in \"sonaro render\"");
 		AddTimelineOptions(GetParser(), mMediaFolders, mFades);
@@ -159,6 +161,7 @@ private:
 		input.mStart = ParseTimeIfGiven("--start", mStart).value_or(TimePosition());
 		input.mDuration = ParseTimeIfGiven("--duration", mDuration);
 		mStretch.Fill(request);
+		request.mListener = mListener.MakeListener();
 		ClipRenderJob job(std::move(request));
 		RenderSummary const summary = RunJob(job, job.GetSampleRate(), mIsQuiet);
 		Warn(inInput, summary);
@@ -173,6 +176,7 @@ private:
 		request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 		request.mOptions.mFadeShape = ParseFades(mFades);
 		mStretch.Fill(request.mOptions);
+		request.mOptions.mListener = mListener.MakeListener();
 		request.mRange = mRange;
 		request.mKeepsRows = false;
 		Otio::TimelineRenderJob job(std::move(request));
@@ -250,6 +254,7 @@ private:
 	std::string mDuration;
 	unsigned mStream = 0;
 	StretchOptions mStretch;
+	ListenerOptions mListener;
 	std::string mRange;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;

@@ -103,6 +103,7 @@ public:
 			"  sonaro render talk.wav -o fast.wav --speed 1.25 --keep-pitch\n"
 			"  sonaro render film51.wav -o film.wav --layout stereo --mixdown front-rear\n"
 			"  sonaro render voice.wav -o voice51.wav --layout 5.1 --pan 0.3\n"
+			"  sonaro render film51.wav -o headphones.wav --binaural --yaw 20\n"
 			"  sonaro render music.flac -o music.wav --as-playback\n"
 			"  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
 			"  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5\n"
@@ -202,14 +203,16 @@ private:
 		Add("--channels", mChannels, "LIST",
 			"Channels of a single input to use, from 1, in their new order, like 2,1");
 		Add("--layout", mOptions.mLayout, "NAME",
-			"Output layout: mono, stereo, 5.1, or a number of channels without speaker positions, in order "
-			"(default: the widest layout of the inputs; of a timeline, its own, or stereo)");
+			"Output layout: mono, stereo, 5.1, ambisonic1 (a sound field of the first order), or a number of "
+			"channels without speaker positions, in order; with --binaural, that of the mix (default: the "
+			"widest layout of the inputs; of a timeline, its own, or stereo)");
 		Add("--pan", mPan, "X",
 			"Pan, 0 (left) to 1 (right), 0.5 is the centre; mono becomes stereo (in timelines: -1 to 1)");
 		Add("--mixdown", mMixdown, "NAME",
 			"Channels of 5.1 to mix down to mono or stereo: front, front-rear, front-lfe or all (default: "
 			"front)")
 			->check(CLI::IsMember({"front", "front-rear", "front-lfe", "all"}));
+		mOptions.mListener.AddOptions(GetParser());
 		AddReportOptions();
 	}
 
@@ -307,6 +310,7 @@ private:
 		mOptions.mStretch.Fill(request);
 		request.mSampleRate = mOptions.mSampleRate;
 		request.mResampling = mOptions.ChooseResampling();
+		request.mListener = mOptions.mListener.MakeListener();
 		request.mAsPlayback = mIsPlayback;
 		request.mEffects = mEffects.MakeSetups();
 		return request;

@@ -88,6 +88,7 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mOptions.mFadeShape = ParseFades(mFades);
 	request.mOptions.mResampling = mShared.ChooseResampling();
 	mShared.mStretch.Fill(request.mOptions);
+	request.mOptions.mListener = mShared.mListener.MakeListener();
 	request.mRange = mRange;
 	request.mKeepsRows = !mShared.mReport.empty();
 	return request;

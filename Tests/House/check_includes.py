@@ -42,16 +42,17 @@ HOST = {
     "Files": "Base",
     "Engine": "Base",
     "Automation": "Base",
+    "Binaural": "Base Files",
     "Metering": "Base",
     "Effects": "Base Engine Automation",
     "Media": "Base Files",
     "Waveform": "Base Files Engine Media",
-    "Sequence": "Base Engine Automation Metering Media",
+    "Sequence": "Base Engine Automation Binaural Metering Media",
     "Graph": "Base Media Sequence",
     "Otio": "Base Files",
-    "OtioSequence": "Base Files Engine Automation Effects Media Sequence Otio",
+    "OtioSequence": "Base Files Engine Automation Binaural Effects Media Sequence Otio",
     "Picture": "Base Files Engine Media Waveform Sequence Otio OtioSequence",
-    "Render": "Base Files Engine Automation Metering Effects Media Waveform Sequence Graph Otio OtioSequence Picture",
+    "Render": "Base Files Engine Automation Binaural Metering Effects Media Waveform Sequence Graph Otio OtioSequence Picture",
 }
 
 # The rooms of the program, below Host/Command, and which of them each uses. The host is below all.

@@ -77,7 +77,7 @@ std::optional<SN::AudioChannelLayout> RenderOptions::ParseLayout() const
 	if (!layout)
 	{
 		Refuse("--layout: '" + mLayout +
-			   "' is not a layout; use mono, stereo, 5.1 or a number of channels from 1 to " +
+			   "' is not a layout; use mono, stereo, 5.1, ambisonic1 or a number of channels from 1 to " +
 			   std::to_string(kMaxChannels));
 	}
 	return layout;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ListenerOptions.h"
 #include "Sonaro/Types.h"
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Sequence/Resampling.h"
@@ -22,6 +23,7 @@ struct RenderOptions
 	std::optional<int> mSampleRate;
 	std::string mResampling;
 	StretchOptions mStretch;
+	ListenerOptions mListener;
 	std::optional<unsigned> mBlockFrames;
 	std::optional<unsigned> mJobs;
 	double mGainDecibels = 0.0;

@@ -93,6 +93,7 @@ std::string MakeTooltip(std::string const& inName)
 char const* FindWord(std::string_view inClass)
 {
 	constexpr std::pair<std::string_view, char const*> kWords[] = {{"AudioClipRenderer", "content"},
+		{"BinauralPanner", "ears"},
 		{"AudioStreamRenderer", "samples"}, {"AudioTrackGroupRenderer", "sum"},
 		{"AudioTrackInletRenderer", "input"}, {"ConversionPanner", "layout"},
 		{"ConvertedContent", "converted content"}, {"FadeItem", "fade"}, {"ItemContent", "content"},

@@ -115,7 +115,14 @@ public:
 		mResult.mLayout = mLayout;
 		mRange = mRanges.GetRange(mStack);
 		mNeedsNesting = HasFades(mStack) || FindPan(mStack) || !GetSpeed(mStack).IsPlain();
-		mResult.mDescription = mNeedsNesting ? MakeNested() : MakeDirectly();
+		auto const description = mNeedsNesting ? MakeNested() : MakeDirectly();
+		if (mOptions.mListener)
+		{
+			CheckCanListen(mLayout, mResult.mSampleRate);
+			Sequence::HearWithTwoEars(*mOptions.mListener, *description);
+			mResult.mLayout = description->mLayout;
+		}
+		mResult.mDescription = description;
 		mResult.mWhySilent = FindWhySilent(mStack, mResult);
 		TellGlobalStart();
 		std::ranges::stable_sort(mResult.mMarkers, {}, &MarkerRow::mStart);
@@ -154,9 +161,14 @@ private:
 		{
 			return *ParseLayout(*layout);
 		}
-		return mWhySilent.empty() && mLayouts.GetWidth(mStack).size() == 1
-				   ? zorvmediatypes::CreateMonoChannelLayout()
-				   : zorvmediatypes::CreateStereoChannelLayout();
+		SN::AudioChannelLayout const width =
+			mWhySilent.empty() ? mLayouts.GetWidth(mStack) : SN::AudioChannelLayout();
+		if (mOptions.mListener && !FindField(width).empty())
+		{
+			return width;
+		}
+		return width.size() == 1 ? zorvmediatypes::CreateMonoChannelLayout()
+								 : zorvmediatypes::CreateStereoChannelLayout();
 	}
 
 	// The stack's own range is a stretch of the sequence, and its levels are those of the master.

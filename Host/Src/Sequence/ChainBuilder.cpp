@@ -1,5 +1,6 @@
 #include "ChainBuilder.h"
 
+#include "Sequence/Listening/BinauralPanner.h"
 #include "Sequence/Stage/EffectStage.h"
 #include "Sequence/Stage/LevelStage.h"
 #include "Sequence/Stage/MeterTap.h"
@@ -8,6 +9,8 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Engine/LayoutPlan.h"
 
+#include <cmath>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -32,7 +35,8 @@ BuiltChain ChainBuilder::Build(Chain const& inChain)
 	{
 		Add(Meter{mContext.mTap});
 	}
-	mBuilt.mPanner = MakePanner(mContext.mOutput, inChain.mPan, mLeftGain);
+	mBuilt.mPanner = mContext.mListener ? MakeEars(*mContext.mListener)
+										: MakePanner(mContext.mOutput, inChain.mPan, mLeftGain);
 	return std::move(mBuilt);
 }
 
@@ -142,6 +146,27 @@ ParameterFollower<T> ChainBuilder::Follow(
 Level ChainBuilder::MakeLevel(Fader const& inFader) const
 {
 	return {Follow(inFader.mGain, 1.0f), Follow(inFader.mMute, 0.0f)};
+}
+
+Panner ChainBuilder::MakeEars(Listener const& inListener) const
+{
+	try
+	{
+		CheckCanListen(
+			mContext.mInput, static_cast<int>(std::lround(mTools.GetFrameRate().GetSamplesPerSecond())));
+	}
+	catch (HostError const& error)
+	{
+		Refuse(mContext.mPlace, error.GetParts().mReason, error.GetParts().mRemedy);
+	}
+	// Like parameters, the head keeps still in an export.
+	Listener listener = inListener;
+	if (!mTools.IsLive())
+	{
+		listener.mOrientation = std::make_shared<HeadOrientation>(inListener.GetAngles());
+	}
+	return zorvcore::classref::MakeObject<BinauralPanner>(
+		mContext.mInput, listener, MakeClock(), mTools.GetContext()->GetMaxBlockSize());
 }
 
 Panner ChainBuilder::MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan,

@@ -5,6 +5,7 @@
 #include "Sequence/Stage/LeftGain.h"
 #include "Sequence/Stage/Level.h"
 #include "Sequence/Stage/Playhead.h"
+#include "SonaroHost/Binaural/Listener.h"
 #include "SonaroHost/Sequence/Chain.h"
 #include "SonaroHost/Sequence/Description.h"
 
@@ -39,6 +40,8 @@ struct ChainContext
 	SN::InterfaceRef<SN::IAudioMeterSetter> mTap = {};
 	// Nobody hears an effect that is late while nothing is compensated for, as on an item.
 	bool mDropsLateEffects = false;
+	// Who listens to what comes out, which is then stereo; null for nobody.
+	Listener const* mListener = nullptr;
 };
 
 struct BuiltSend
@@ -85,6 +88,7 @@ private:
 	ParameterFollower<T> Follow(
 		SN::InterfaceRef<AutomationParameter<T>> const& inParameter, float inDefault) const;
 	Level MakeLevel(Fader const& inFader) const;
+	Panner MakeEars(Listener const& inListener) const;
 	Panner MakePanner(SN::AudioChannelLayout const& inOutput, NumberParameter const& inPan,
 		std::shared_ptr<LeftGain> const& inLeftGain);
 

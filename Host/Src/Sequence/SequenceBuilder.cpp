@@ -1,5 +1,6 @@
 #include "SequenceBuilder.h"
 
+#include "Sequence/Listening/BinauralPanner.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 
 #include <utility>
@@ -60,9 +61,15 @@ Generator SequenceBuilder::Build()
 	Generator const sequence = zorvcore::classref::MakeObject<SequenceNode>(
 		SequenceNode::Settings{MakeGroup(), mTracks, mPlayhead, mDescription.mLayout, mTools.GetFrameRate(),
 			mTools.GetScratch(GraphTools::ScratchUse::kSettling, mDescription.mLayout.size()),
-			mContext.mPrefetcher});
+			mContext.mPrefetcher, GetHistoryFrames()});
 	mTools.Label(sequence, {NodeLabel::Kind::kSequence, mDescription.mName});
 	return sequence;
+}
+
+std::int64_t SequenceBuilder::GetHistoryFrames() const
+{
+	auto const& binaural = mDescription.mBinaural;
+	return binaural ? BinauralPanner::GetSettlingFrames(binaural->mListener, mTools.GetFrameRate()) : 0;
 }
 
 // Nothing is asked ahead by the group itself; the sequence asks its tracks.
@@ -104,7 +111,7 @@ void SequenceBuilder::ListNodes()
 	}
 	Node& master = mNodes.emplace_back();
 	master.mName = &sMasterName;
-	master.mLayout = &mDescription.mLayout;
+	master.mLayout = &mDescription.GetMasterLayout();
 	master.mChain = &mDescription.mMaster;
 }
 
@@ -151,6 +158,7 @@ void SequenceBuilder::BuildChain(Node& ioNode)
 		isMaster ? nullptr : &mTargets, {mPlayhead, ioNode.mAhead, mTools.GetFrameRate()}};
 	context.mMute = mTools.GetHeard(ioNode.mMute);
 	context.mTap = FindTap(ioNode);
+	context.mListener = isMaster && mDescription.mBinaural ? &mDescription.mBinaural->mListener : nullptr;
 	if (isMaster && ioNode.mChain->mPan)
 	{
 		Refuse(

@@ -98,6 +98,8 @@ private:
 	void AddToGroup(
 		Generator const& inRenderer, SequenceNode::Settings::Track const& inTrack, std::int64_t inWait);
 	Generator MakeGroup() const;
+	// How many frames of the master must run before its output is right, once all that feeds it is.
+	std::int64_t GetHistoryFrames() const;
 
 	GraphTools& mTools;
 	Description const& mDescription;

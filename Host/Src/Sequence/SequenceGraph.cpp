@@ -2,6 +2,7 @@
 
 #include "NestBuilder.h"
 #include "Sequence/Node/GraphTools.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
 #include <map>
@@ -80,6 +81,12 @@ SN::TickTime GetLength(Description const& inDescription)
 		}
 	}
 	return length;
+}
+
+void HearWithTwoEars(Listener const& inListener, Description& ioDescription)
+{
+	ioDescription.mBinaural = BinauralOutput{
+		inListener, std::exchange(ioDescription.mLayout, zorvmediatypes::CreateStereoChannelLayout())};
 }
 
 } // namespace SonaroHost::Sequence

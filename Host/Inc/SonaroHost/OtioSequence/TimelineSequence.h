@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SonaroHost/Binaural/Listener.h"
 #include "SonaroHost/Media/Stretch.h"
 #include "SonaroHost/Otio/Model.h"
 #include "SonaroHost/Otio/Note.h"
@@ -28,6 +29,9 @@ struct TimelineOptions
 	// Whether clips at other speeds keep their pitch where their time warps do not say so.
 	bool mKeepsPitch = false;
 	StretchEngine mStretchEngine = kDefaultStretchEngine;
+	// Who hears the mix with two ears, so that the output is stereo and mLayout that of the mix around the listener: without
+	// one the timeline's own, and the widest of what is heard where it names none.
+	std::optional<Listener> mListener;
 };
 
 // A timeline as a sequence that a graph can be made of, and what is to be reported about it.
@@ -40,7 +44,7 @@ struct TimelineSequence
 	// The rate at which mDescription is to be rendered: its times are whole frames of this rate.
 	int mSampleRate = 48000;
 	std::shared_ptr<Sequence::Description const> mDescription;
-	// The layout of the programme.
+	// The layout of the programme; that of the mix before a listener's ears is in mDescription.
 	SN::AudioChannelLayout mLayout;
 	// The programme within the description: its first frame, and so many. What else the description holds is cut
 	// away by the timeline.

@@ -28,7 +28,7 @@ public:
 	ProgrammePlan const& GetPlan() const { return mPlan; }
 	// What the output will be.
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
-	SN::AudioChannelLayout const& GetOutputLayout() const { return mPlan.GetLayout(); }
+	SN::AudioChannelLayout GetOutputLayout() const;
 	std::int64_t GetFrames() const { return mPlan.GetFrames(); }
 	int GetSampleRate() const { return mPlan.GetSampleRate(); }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Binaural/Listener.h"
 #include "SonaroHost/Effects/EffectSetup.h"
 #include "SonaroHost/Engine/LayoutPlan.h"
 #include "SonaroHost/Engine/OfflineRender.h"
@@ -68,6 +69,8 @@ struct ClipRenderRequest : OutputRequest
 	Sequence::Resampling mResampling = Sequence::Resampling::kExact;
 	// The whole runs through them, in their order.
 	std::vector<Effects::EffectSetup> mEffects;
+	// Who hears all that with two ears, so that the output is stereo and mLayout the one around the listener.
+	std::optional<Listener> mListener;
 	// Reads the inputs ahead on another thread, as a player does; the samples are the same.
 	bool mAsPlayback = false;
 };

@@ -51,7 +51,10 @@ public:
 	int GetSampleRate() const { return mSampleRate; }
 	SN::FrameRate GetFrameRate() const { return SN::FrameRate::FromSamplesPerSecond(mSampleRate); }
 	std::int64_t GetFrames() const { return mFrames; }
+	// The layout of the mix.
 	SN::AudioChannelLayout const& GetLayout() const { return mClips.front().mLayout.GetOutputLayout(); }
+	// Who hears the mix with two ears.
+	std::optional<Listener> const& GetListener() const { return mListener; }
 	Fades const& GetFades() const { return mFades; }
 	// The clips are reversed and in the order of the reversed programme already.
 	bool IsReversed() const { return mIsReversed; }
@@ -82,6 +85,7 @@ private:
 	double mSemitones = 0.0;
 	Sequence::Resampling mResampling;
 	bool mIsReversed = false;
+	std::optional<Listener> mListener;
 };
 
 } // namespace SonaroHost

@@ -5,6 +5,7 @@
 #include "SonaroHost/Base/FadeShape.h"
 #include "SonaroHost/Base/Ratio.h"
 #include "SonaroHost/Base/SpeedCurve.h"
+#include "SonaroHost/Binaural/Listener.h"
 #include "SonaroHost/Sequence/Chain.h"
 #include "SonaroHost/Sequence/Media.h"
 #include "SonaroHost/Sequence/Resampling.h"
@@ -173,6 +174,14 @@ struct Submix
 	std::string mOrigin;
 };
 
+// What a sequence sounds like to a listener in its middle.
+struct BinauralOutput
+{
+	Listener mListener;
+	// That of the master, whose channels stand around the listener; see FindField.
+	SN::AudioChannelLayout mLayout;
+};
+
 struct Description
 {
 	std::string mName;
@@ -184,9 +193,16 @@ struct Description
 	Chain mMaster;
 	// What of 5.1 is heard in mono and stereo; without it, the engine's own choice.
 	std::optional<SN::AudioChannelMix::MixdownType51> mMixdown;
+	// Where it is set, the master has a layout of its own, and mLayout is stereo, for two ears.
+	std::optional<BinauralOutput> mBinaural;
+
+	SN::AudioChannelLayout const& GetMasterLayout() const { return mBinaural ? mBinaural->mLayout : mLayout; }
 };
 
 // The sequences within an item, without those that are missing; none for a clip.
 std::vector<Description const*> ListSequences(Item const& inItem);
+
+// Lets a listener hear a sequence whose layout was that of its master.
+void HearWithTwoEars(Listener const& inListener, Description& ioDescription);
 
 } // namespace SonaroHost::Sequence

@@ -199,6 +199,10 @@ Programme MakeProgramme(ProgrammePlan const& inPlan, std::vector<Effects::Prepar
 {
 	auto description = std::make_shared<Sequence::Description>();
 	description->mLayout = inPlan.GetLayout();
+	if (auto const& listener = inPlan.GetListener())
+	{
+		Sequence::HearWithTwoEars(*listener, *description);
+	}
 	description->mMixdown = FindMixdown(inPlan);
 	Sequence::Track& track = description->mTracks.emplace_back();
 	track.mLayout = inPlan.GetLayout();

@@ -4,6 +4,7 @@
 #include "Render/RenderJob.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
+#include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
 #include <utility>
@@ -26,8 +27,9 @@ ClipRenderRequest Check(ClipRenderRequest inRequest)
 
 OutputFormat ChooseFormat(ClipRenderRequest const& inRequest, ProgrammePlan const& inPlan)
 {
-	bool const keepsSamples =
-		inPlan.KeepsSamples() && inRequest.mLevels.IsNone() && inRequest.mEffects.empty();
+	bool const keepsSamples = inPlan.KeepsSamples() && inRequest.mLevels.IsNone() &&
+							  inRequest.mEffects.empty() &&
+							  inPlan.GetLayout() != zorvmediatypes::CreateAmbisonic1ChannelLayout();
 	bool const needsDither = std::ranges::any_of(inPlan.GetClips(),
 		[&](PlannedClip const& inClip)
 		{
@@ -89,6 +91,11 @@ ClipRenderJob::ClipRenderJob(ClipRenderRequest inRequest)
 	}
 }
 
+SN::AudioChannelLayout ClipRenderJob::GetOutputLayout() const
+{
+	return mPlan.GetListener() ? zorvmediatypes::CreateStereoChannelLayout() : mPlan.GetLayout();
+}
+
 std::optional<RenderSummary> ClipRenderJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
@@ -98,7 +105,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	bool const goesByBlocks = mPlan.IsResampled() && mRequest.mResampling == Sequence::Resampling::kEngine;
 	plan.mRequest.mBlockFrames = goesByBlocks ? kResampledBlock : mRequest.mBlockFrames;
 	plan.mReadsAhead = mRequest.mAsPlayback;
-	plan.mDropsSignsOfZeros = mPlan.IsResampled();
+	plan.mDropsSignsOfZeros = mPlan.IsResampled() || mPlan.GetListener();
 	plan.mMix.mPath = mRequest.mOutput;
 	plan.mMix.mRange = {0, GetFrames()};
 	plan.mMix.mFades = mPlan.GetFades();

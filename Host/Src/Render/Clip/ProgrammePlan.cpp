@@ -98,7 +98,8 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	  mKeepsPitch(inRequest.mKeepsPitch),
 	  mSemitones(inRequest.mSemitones),
 	  mResampling(inRequest.mResampling),
-	  mIsReversed(inRequest.mDirection == RenderDirection::kReverse)
+	  mIsReversed(inRequest.mDirection == RenderDirection::kReverse),
+	  mListener(inRequest.mListener)
 {
 	if (inRequest.mInputs.empty())
 	{
@@ -121,6 +122,10 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	outputs.Check();
 	ChooseSampleRate(inRequest);
 	ChooseLayouts(inRequest.mLayout);
+	if (mListener)
+	{
+		CheckCanListen(GetLayout(), mSampleRate);
+	}
 	PlaceClips(inRequest);
 	mFades = ChooseFades(inRequest.mFadeIn, inRequest.mFadeOut, mFrames, mSampleRate);
 }
@@ -132,7 +137,7 @@ bool ProgrammePlan::IsResampled() const
 
 bool ProgrammePlan::KeepsSamples() const
 {
-	return mGain == 1.0f && mFades.IsNone() && !IsResampled() &&
+	return mGain == 1.0f && !mListener && mFades.IsNone() && !IsResampled() &&
 		   std::ranges::all_of(
 			   mClips, [](PlannedClip const& inClip) { return inClip.mLayout.KeepsSamples(); });
 }

@@ -218,6 +218,7 @@ RenderPlan TimelineRenderJob::MakePlan() const
 	RenderPlan plan;
 	plan.mRequest = mRequest;
 	plan.mFormat = mFormat;
+	plan.mDropsSignsOfZeros = mRequest.mOptions.mListener.has_value();
 	plan.mMix.mRange = mRange;
 	if (mRequest.mStems != Stems::kMarkers)
 	{

@@ -21,6 +21,7 @@ SequenceNode::SequenceNode(Settings const& inSettings)
 		Settings::Track const& track = mMembers.back().mTrack;
 		mSettlingFrames = std::max({mSettlingFrames, track.mAhead, track.mLatency});
 	}
+	mSettlingFrames += mSettings.mHistoryFrames;
 }
 
 SN::InterfaceRef<SN::IAudioGenerator> SequenceNode::Clone()

@@ -17,7 +17,7 @@ namespace SonaroHost::Sequence
 // One sequence, outermost or nested: it runs the tracks of the engine's group.
 //
 // Settling  What must run before an output is right, this node knows for its own level: as many frames as its tracks
-//           are asked ahead at most. Wherever it is read out of turn it renders them first and throws them away.
+//           are asked ahead at most, and the history of its output. Wherever it is read out of turn it renders them first and throws them away.
 //           Items within do the same for theirs (ItemContent), nested sequences likewise. So a start in the middle,
 //           a seek, a jump of a loop around a nested sequence or the end of a mute need nothing else, and nothing adds
 //           up over the levels.
@@ -54,6 +54,8 @@ public:
 		std::shared_ptr<dsp::AudioBuffer> mDiscarded;
 		// The prefetcher of the outermost sequence in a playback; else null.
 		SN::Prefetcher const* mPrefetcher = nullptr;
+		// How many frames of its tracks the output depends on besides.
+		std::int64_t mHistoryFrames = 0;
 	};
 
 	explicit SequenceNode(Settings const& inSettings);
