@@ -53,6 +53,7 @@ HOST = {
     "OtioSequence": "Base Files Engine Automation Binaural Effects Media Sequence Otio",
     "Picture": "Base Files Engine Media Waveform Sequence Otio OtioSequence",
     "Render": "Base Files Engine Automation Binaural Metering Effects Media Waveform Sequence Graph Otio OtioSequence Picture",
+    "Playback": "Base Files Engine Automation Metering Media Sequence Render",
 }
 
 # The rooms of the program, below Host/Command, and which of them each uses. The host is below all.
