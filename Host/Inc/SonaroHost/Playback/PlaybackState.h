@@ -1,0 +1,29 @@
+#pragma once
+
+#include "SonaroHost/Base/ProgrammeRange.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace SonaroHost::Playback
+{
+
+// What a playback does at one moment.
+struct PlaybackState
+{
+	bool mIsPlaying = false;
+	// The frame of the programme that is heard now: what waits in the ring and in the device comes after it.
+	std::int64_t mFrame = 0;
+	// The length of the programme.
+	std::int64_t mFrames = 0;
+	double mSpeed = 1.0;
+	std::optional<ProgrammeRange> mLoop;
+	// Blocks of the device that were silent, in part or all, since frames came too late, and these frames.
+	std::uint64_t mMisses = 0;
+	std::uint64_t mMissedFrames = 0;
+	// Why it stopped by itself before the end, until it plays again; empty otherwise.
+	std::string mFailure;
+};
+
+} // namespace SonaroHost::Playback

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "SampleRing.h"
+#include "SonaroHost/Playback/OutputDevice.h"
+#include "WakeUp.h"
+
+#include <atomic>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace SonaroHost::Playback
+{
+
+// What a device hears: the frames that a render thread has put into a ring, as far as the ring's gate is open.
+//
+// Gate     Frames from the gate's place on are not heard, however many there are: so the ring is filled before it is
+//          opened, and what is missing there is no miss.
+// Misses   Where frames should be heard that are not there yet, the last one fades to silence over 2 ms. They are heard
+//          late, once a whole block of them is there, fading in over 2 ms. A device block with silence is one miss.
+// Threads  Fill: the device's. Write and the gate: the render thread's. The counts: any.
+class DeviceFeed final : public DeviceClient
+{
+public:
+	// inWakes: the render thread's, for whenever frames were taken; it outlives this.
+	DeviceFeed(DeviceFormat const& inFormat, std::int64_t inFrames, WakeUp& inWakes);
+
+	void Fill(float* outSamples, unsigned inFrames) SONARO_NONBLOCKING override;
+
+	SampleRing& GetRing() { return mRing; }
+	SampleRing const& GetRing() const { return mRing; }
+
+	void Open() { mGate.store(kOpen, std::memory_order_release); }
+	// From a frame on, which is not written yet. Those before it are heard.
+	void CloseAt(std::int64_t inFrame) { mGate.store(inFrame, std::memory_order_release); }
+	// What is after the closed gate was for nothing.
+	void TakeBackUnheard();
+	bool IsOpen() const { return mGate.load(std::memory_order_acquire) == kOpen; }
+
+	// While no device runs: what is before the gate will not be heard.
+	void DropUnheard();
+
+	std::uint64_t CountMisses() const { return mMisses.load(std::memory_order_relaxed); }
+	std::uint64_t CountMissedFrames() const { return mMissedFrames.load(std::memory_order_relaxed); }
+
+	// How many frames of silence the device got since the last one that was heard.
+	std::int64_t CountIdle() const { return mIdle.load(std::memory_order_relaxed); }
+
+private:
+	static constexpr std::int64_t kOpen = std::numeric_limits<std::int64_t>::max();
+
+	// How many frames may be heard, and whether the gate is after them.
+	struct Supply
+	{
+		std::int64_t mFrames = 0;
+		bool mIsClosed = false;
+	};
+
+	Supply FindSupply() const;
+	// So many frames of the ring, fading in while fresh from a miss.
+	void FillHeard(float* outSamples, unsigned inFrames);
+	void FillMissed(float* outSamples, unsigned inFrames);
+	void KeepLast(float const* inSamples, unsigned inFrames);
+
+	SampleRing mRing;
+	WakeUp& mWakes;
+	unsigned mFadeFrames;
+	std::atomic<std::int64_t> mGate{0};
+	std::atomic<std::uint64_t> mMisses{0};
+	std::atomic<std::uint64_t> mMissedFrames{0};
+	std::atomic<std::int64_t> mIdle{0};
+	// The device thread's: the last frame that was heard, how far it has faded out, and how far what comes after a miss
+	// has faded in.
+	std::vector<float> mLast;
+	unsigned mFadedOut = 0;
+	unsigned mFadedIn = 0;
+	bool mIsMissing = false;
+};
+
+} // namespace SonaroHost::Playback

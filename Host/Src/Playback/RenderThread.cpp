@@ -1,0 +1,204 @@
+#include "RenderThread.h"
+
+#include "SonaroHost/Base/HostError.h"
+#include "zorvcore/threads/CurrentThread.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <utility>
+
+namespace SonaroHost::Playback
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+// Whatever happens comes with a wake-up; a loss of the device does not.
+constexpr std::chrono::milliseconds kLongestSleep = 20ms;
+
+// A quarter of what is kept filled, in a power of two.
+unsigned ChoosePlayedBlock(Programme const& inProgramme, std::int64_t inTargetFrames)
+{
+	unsigned frames = 1024;
+	while (frames > 32 && frames * 4 > inTargetFrames)
+	{
+		frames /= 2;
+	}
+	return ChooseBlock(inProgramme, frames);
+}
+
+} // namespace
+
+RenderThread::RenderThread(Programme const& inProgramme, OutputDevice& ioDevice, DeviceFormat const& inFormat,
+	std::int64_t inTargetFrames)
+	: mDevice(ioDevice),
+	  mWakes(std::make_shared<WakeUp>()),
+	  mTargetFrames(inTargetFrames),
+	  mBlockFrames(ChoosePlayedBlock(inProgramme, inTargetFrames)),
+	  mGraph(std::make_unique<PlayedGraph>(inProgramme, mBlockFrames)),
+	  // Room for a fade of 2 ms besides.
+	  mFeed(inFormat, inTargetFrames + mBlockFrames + inFormat.mSampleRate / 100, *mWakes),
+	  mTransport(*mGraph, mFeed, mHistory, mWakes, inTargetFrames),
+	  mFrames(inProgramme.mFrames),
+	  mHeardGraph(mGraph.get())
+{
+	SN::AudioPrefetch::NotifyPrefetchIntervalChanged(SN::TickTime::FromSeconds(1.0));
+	mThread = std::thread([this] { Run(); });
+}
+
+RenderThread::~RenderThread()
+{
+	mIsEnding.store(true, std::memory_order_release);
+	mWakes->Wake();
+	mThread.join();
+}
+
+void RenderThread::Post(Command const& inCommand)
+{
+	{
+		std::lock_guard const lock(mMutex);
+		mCommands.push_back(inCommand);
+		mPosted.fetch_add(1, std::memory_order_release);
+	}
+	mWakes->Wake();
+}
+
+void RenderThread::TakeOver(Programme const& inProgramme)
+{
+	std::lock_guard const lock(mTakingOver);
+	auto next = std::make_unique<PlayedGraph>(inProgramme, mBlockFrames);
+	zorvcore::threads::Gate isDone(false);
+	Post(TakeOverCommand{next.get(), &isDone});
+	isDone.PassThrough();
+	mGraph = std::move(next);
+	mFrames.store(inProgramme.mFrames, std::memory_order_release);
+}
+
+void RenderThread::SetLoop(std::optional<ProgrammeRange> const& inLoop)
+{
+	{
+		std::lock_guard const lock(mMutex);
+		mLoop = inLoop;
+	}
+	Post(LoopCommand{inLoop});
+}
+
+void RenderThread::SetSpeed(double inSpeed)
+{
+	Post(SpeedCommand{PlaySpeed::Make(inSpeed)});
+	mSpeed.store(inSpeed, std::memory_order_release);
+}
+
+bool RenderThread::IsFilled() const
+{
+	std::uint64_t const posted = mPosted.load(std::memory_order_acquire);
+	if (mDone.load(std::memory_order_acquire) != posted)
+	{
+		return false;
+	}
+	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
+	return !mIsPlaying.load(std::memory_order_acquire) || mTargetFrames - filled < mBlockFrames;
+}
+
+PlaybackState RenderThread::GetState() const
+{
+	PlaybackState state;
+	state.mIsPlaying = mIsPlaying.load(std::memory_order_acquire);
+	state.mFrames = mFrames.load(std::memory_order_acquire);
+	state.mFrame = std::clamp<std::int64_t>(FindHeardPlace(), 0, state.mFrames);
+	state.mSpeed = mSpeed.load(std::memory_order_acquire);
+	state.mMisses = mFeed.CountMisses();
+	state.mMissedFrames = mFeed.CountMissedFrames();
+	std::lock_guard const lock(mMutex);
+	state.mLoop = mLoop;
+	state.mFailure = mFailure;
+	return state;
+}
+
+void RenderThread::ClearFailure()
+{
+	std::lock_guard const lock(mMutex);
+	mFailure.clear();
+}
+
+std::int64_t RenderThread::FindHeardPlace() const
+{
+	std::int64_t const onItsWay = std::max<std::int64_t>(mDevice.GetLatencyFrames() - mFeed.CountIdle(), 0);
+	return static_cast<std::int64_t>(mHistory.Find(mFeed.GetRing().CountRead() - onItsWay));
+}
+
+void RenderThread::Run()
+{
+	zorvcore::threads::SetCurrentThreadName("sonaro-play");
+	zorvcore::threads::SetCurrentThreadPriority(zorvcore::threads::ThreadPriority::kUrgent);
+	while (!mIsEnding.load(std::memory_order_acquire))
+	{
+		Work();
+		mWakes->WaitFor(kLongestSleep);
+	}
+}
+
+void RenderThread::Work()
+{
+	try
+	{
+		CheckDevice();
+		TakeCommands();
+		mTransport.Fill();
+	}
+	catch (std::exception const& error)
+	{
+		Fail(error.what());
+	}
+	if (mTakeover.mGraph && !mTransport.Has(*mHeardGraph))
+	{
+		mHeardGraph = std::exchange(mTakeover.mGraph, nullptr);
+		mTakeover.mIsDone->Open();
+	}
+	mIsPlaying.store(mTransport.IsPlaying(), std::memory_order_release);
+	mDone.fetch_add(mTaken.size(), std::memory_order_release);
+	mTaken.clear();
+}
+
+void RenderThread::TakeCommands()
+{
+	if (mPosted.load(std::memory_order_acquire) == mDone.load(std::memory_order_relaxed))
+	{
+		return;
+	}
+	{
+		std::lock_guard const lock(mMutex);
+		mTaken.swap(mCommands);
+	}
+	for (Command const& command : mTaken)
+	{
+		std::visit([this](auto const& inCommand) { Do(inCommand); }, command);
+	}
+}
+
+void RenderThread::Do(TakeOverCommand const& inCommand)
+{
+	mTakeover = inCommand;
+	mTransport.TakeOver(*inCommand.mGraph);
+}
+
+void RenderThread::CheckDevice()
+{
+	auto const loss = mTransport.IsPlaying() ? mDevice.FindLoss() : std::nullopt;
+	if (loss)
+	{
+		Fail(*loss);
+	}
+}
+
+void RenderThread::Fail(std::string const& inReason)
+{
+	mTransport.Halt(FindHeardPlace());
+	std::lock_guard const lock(mMutex);
+	mFailure = inReason;
+}
+
+} // namespace SonaroHost::Playback

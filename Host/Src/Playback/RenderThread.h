@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Command.h"
+#include "Feed/DeviceFeed.h"
+#include "Feed/PlaceHistory.h"
+#include "SonaroHost/Playback/OutputDevice.h"
+#include "SonaroHost/Playback/PlaybackState.h"
+#include "Transport.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace SonaroHost::Playback
+{
+
+// The thread that keeps the ring of a playback filled, and what others see of it.
+//
+// Threads  As Playback.
+class RenderThread
+{
+public:
+	// inTargetFrames: see Transport.
+	RenderThread(Programme const& inProgramme, OutputDevice& ioDevice, DeviceFormat const& inFormat,
+		std::int64_t inTargetFrames);
+	~RenderThread();
+
+	DeviceFeed& GetFeed() { return mFeed; }
+	void Post(Command const& inCommand);
+	// Beside all else.
+	void TakeOver(Programme const& inProgramme);
+	void SetLoop(std::optional<ProgrammeRange> const& inLoop);
+	void SetSpeed(double inSpeed);
+
+	// Whether Post's commands are done and the ring is filled.
+	bool IsFilled() const;
+	PlaybackState GetState() const;
+	// Forgets why it stopped.
+	void ClearFailure();
+
+private:
+	void Run();
+	// One round: commands, and what they lead to.
+	void Work();
+	void TakeCommands();
+	void Do(PlayCommand const&) { mTransport.Play(); }
+	void Do(StopCommand const&) { mTransport.Stop(); }
+	void Do(SeekCommand const& inCommand) { mTransport.Seek(inCommand.mPlace); }
+	void Do(ScrubCommand const& inCommand) { mTransport.Scrub(inCommand.mPlace); }
+	void Do(LoopCommand const& inCommand) { mTransport.SetLoop(inCommand.mLoop); }
+	void Do(SpeedCommand const& inCommand) { mTransport.SetSpeed(inCommand.mSpeed); }
+	void Do(TakeOverCommand const& inCommand);
+	void CheckDevice();
+	void Fail(std::string const& inReason);
+	std::int64_t FindHeardPlace() const;
+
+	OutputDevice& mDevice;
+	std::shared_ptr<WakeUp> mWakes;
+	std::int64_t mTargetFrames;
+	unsigned mBlockFrames;
+	std::unique_ptr<PlayedGraph> mGraph;
+	DeviceFeed mFeed;
+	PlaceHistory mHistory;
+	Transport mTransport;
+
+	std::mutex mTakingOver;
+	mutable std::mutex mMutex;
+	std::vector<Command> mCommands;
+	std::string mFailure;
+	std::optional<ProgrammeRange> mLoop;
+	std::atomic<double> mSpeed{1.0};
+	std::atomic<std::int64_t> mFrames;
+	// Commands that were given, and that are done.
+	std::atomic<std::uint64_t> mPosted{0};
+	std::atomic<std::uint64_t> mDone{0};
+	std::atomic<bool> mIsPlaying{false};
+	std::atomic<bool> mIsEnding{false};
+
+	// The render thread's: commands at work, and a takeover that is not complete, from which graph.
+	std::vector<Command> mTaken;
+	TakeOverCommand mTakeover;
+	PlayedGraph* mHeardGraph;
+	std::thread mThread;
+};
+
+} // namespace SonaroHost::Playback

@@ -1,0 +1,302 @@
+#include "Transport.h"
+
+#include <algorithm>
+
+namespace SonaroHost::Playback
+{
+
+namespace
+{
+
+constexpr int kEndFadesPerSecond = 500;
+constexpr int kGrainFadesPerSecond = 200;
+constexpr double kGrainSeconds = 0.06;
+constexpr int kChecksPerSecond = 10;
+
+// Multiplies frames by gains that inGain gives for each.
+template <class Gain>
+void Shape(dsp::AudioBuffer& ioBuffer, Gain const& inGain)
+{
+	for (unsigned long long channel = 0; channel < ioBuffer.GetNumChannels(); ++channel)
+	{
+		float* const samples = ioBuffer.GetChannel(channel);
+		for (unsigned i = 0; i < ioBuffer.GetUseSize() && !ioBuffer.IsChannelSilent(channel); ++i)
+		{
+			samples[i] *= inGain(i);
+		}
+	}
+}
+
+} // namespace
+
+Transport::Transport(PlayedGraph& ioGraph, DeviceFeed& ioFeed, PlaceHistory& ioHistory,
+	std::shared_ptr<WakeUp> const& inWakes, std::int64_t inTargetFrames)
+	: mFeed(ioFeed),
+	  mHistory(ioHistory),
+	  mTargetFrames(inTargetFrames),
+	  mSampleRate(ioGraph.GetProgramme().mSampleRate),
+	  mStream(ioGraph, inWakes),
+	  mSpeeds(mStream, ioFeed.GetRing().GetChannels(), ioGraph.GetBlockFrames()),
+	  mBlock(ioFeed.GetRing().GetChannels(), ioGraph.GetBlockFrames())
+{
+}
+
+void Transport::Play()
+{
+	if (mMode == Mode::kPlaying)
+	{
+		return;
+	}
+	std::int64_t const place = mMode == Mode::kScrubbing ? mScrubPlace : mPlace;
+	End();
+	mMode = Mode::kPlaying;
+	Begin(place);
+	if (CountLeft() == 0)
+	{
+		Begin(mSpeed.IsReverse() ? GetProgrammeEnd() : 0);
+	}
+}
+
+void Transport::Stop()
+{
+	if (mMode == Mode::kPlaying)
+	{
+		Rest(End());
+	}
+}
+
+void Transport::Seek(std::int64_t inPlace)
+{
+	std::int64_t const place = std::clamp<std::int64_t>(inPlace, 0, GetProgrammeEnd());
+	End();
+	if (mMode == Mode::kPlaying)
+	{
+		Begin(place);
+		return;
+	}
+	Rest(place);
+}
+
+void Transport::SetLoop(std::optional<ProgrammeRange> const& inLoop)
+{
+	mLoop = inLoop;
+	if (mMode == Mode::kPlaying)
+	{
+		mSpeeds.SetLoop(mLoop ? mLoop->mFirstFrame : 0, mLoop ? mLoop->mFirstFrame + mLoop->mFrames : 0);
+	}
+}
+
+void Transport::SetSpeed(PlaySpeed const& inSpeed)
+{
+	mSpeed = inSpeed;
+	if (mMode == Mode::kPlaying)
+	{
+		Begin(End());
+	}
+}
+
+void Transport::Scrub(std::int64_t inPlace)
+{
+	bool const isBackwards = inPlace < (mMode == Mode::kPlaying ? mSpeeds.GetPlace() : mScrubPlace);
+	End();
+	mMode = Mode::kScrubbing;
+	mScrubPlace = inPlace;
+	mGrainDone = 0;
+	PlaySpeed speed;
+	speed.mSpeed = isBackwards ? -1.0 : 1.0;
+	mSpeeds.Begin({isBackwards, 0, 0}, inPlace, speed);
+}
+
+void Transport::Begin(std::int64_t inPlace)
+{
+	std::int64_t const first = mLoop ? mLoop->mFirstFrame : 0;
+	std::int64_t const end = mLoop ? first + mLoop->mFrames : 0;
+	mSpeeds.Begin(PlayOrder::Make(mSpeed.IsReverse(), first, end, inPlace), inPlace, mSpeed);
+}
+
+std::int64_t Transport::End()
+{
+	if (mMode == Mode::kStopped)
+	{
+		return mPlace;
+	}
+	std::int64_t const place = mSpeeds.GetPlace();
+	if (!mFeed.IsOpen())
+	{
+		// The frames that are taken back may begin at another place.
+		std::int64_t const begun = static_cast<std::int64_t>(mHistory.Find(mGate));
+		bool const isBegun = mFeed.GetRing().CountWritten() > mGate;
+		mFeed.TakeBackUnheard();
+		return isBegun ? begun : place;
+	}
+	FadeOut();
+	return place;
+}
+
+void Transport::FadeOut()
+{
+	std::int64_t const fade = std::max(mSampleRate / kEndFadesPerSecond, 1);
+	auto const place = static_cast<double>(mSpeeds.GetPlace());
+	mGate = mFeed.GetRing().CountWritten() + fade;
+	mFeed.CloseAt(mGate);
+	for (std::int64_t done = 0; done < fade; done += mBlock.GetUseSize())
+	{
+		mBlock.SetUseSize(static_cast<unsigned>(std::min<std::int64_t>(fade - done, mBlock.GetCapacity())));
+		mStream.Advance();
+		if (mSpeeds.IsReady(mBlock.GetUseSize()))
+		{
+			mSpeeds.Render(mBlock);
+		}
+		else
+		{
+			mBlock.Zero();
+		}
+		ShapeGrain();
+		Shape(mBlock, [&](unsigned inIndex)
+			{ return static_cast<float>(fade - done - inIndex) / static_cast<float>(fade + 1); });
+		Write(place);
+	}
+}
+
+void Transport::Rest(std::int64_t inPlace)
+{
+	mMode = Mode::kStopped;
+	mPlace = inPlace;
+	mStream.FinishTakeover();
+	mHistory.Note(mFeed.GetRing().CountWritten(), static_cast<double>(inPlace), 0.0);
+}
+
+void Transport::Halt(std::int64_t inPlace)
+{
+	if (mFeed.IsOpen())
+	{
+		mGate = mFeed.GetRing().CountWritten();
+		mFeed.CloseAt(mGate);
+	}
+	mFeed.TakeBackUnheard();
+	Rest(inPlace);
+}
+
+bool Transport::IsFilled() const
+{
+	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
+	return mMode == Mode::kStopped || (mFeed.IsOpen() && mTargetFrames - filled < mBlock.GetCapacity());
+}
+
+void Transport::Fill()
+{
+	if (mMode == Mode::kStopped)
+	{
+		return;
+	}
+	mStream.Advance();
+	for (std::int64_t frames = CountWanted(); frames > 0 && mSpeeds.IsReady(frames); frames = CountWanted())
+	{
+		FillBlock(frames);
+		mStream.Advance();
+	}
+	if (mMode != Mode::kStopped && CountLeft() == 0)
+	{
+		Rest(mMode == Mode::kScrubbing ? mScrubPlace : mSpeeds.GetPlace());
+	}
+	OpenWhenFilled();
+}
+
+std::int64_t Transport::GetGrainFrames() const
+{
+	return std::max<std::int64_t>(static_cast<std::int64_t>(kGrainSeconds * mSampleRate), 1);
+}
+
+std::int64_t Transport::CountLeft() const
+{
+	return mMode == Mode::kScrubbing ? GetGrainFrames() - mGrainDone : mSpeeds.CountLeft();
+}
+
+std::int64_t Transport::CountWanted() const
+{
+	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
+	std::int64_t const block = mBlock.GetCapacity();
+	if (mMode == Mode::kStopped || mTargetFrames - filled < block)
+	{
+		return 0;
+	}
+	// Where blocks end at jumps, the place that is heard is exact; in a short loop there would be too many of them.
+	bool const endsAtJumps = mLoop && mLoop->mFrames >= block;
+	return std::min({block, CountLeft(), endsAtJumps ? mSpeeds.CountToJump() : block});
+}
+
+void Transport::FillBlock(std::int64_t inFrames)
+{
+	auto const place = static_cast<double>(mSpeeds.GetPlace());
+	bool const isLast = inFrames == CountLeft();
+	mBlock.SetUseSize(static_cast<unsigned>(inFrames));
+	mSpeeds.Render(mBlock);
+	ShapeGrain();
+	CheckNowAndThen();
+	isLast ? WriteLast(place) : Write(place);
+}
+
+void Transport::ShapeGrain()
+{
+	if (mMode != Mode::kScrubbing)
+	{
+		return;
+	}
+	std::int64_t const fade = std::max(mSampleRate / kGrainFadesPerSecond, 1);
+	Shape(mBlock,
+		[&](unsigned inIndex)
+		{
+			std::int64_t const frame = mGrainDone + inIndex;
+			std::int64_t const edge =
+				std::clamp<std::int64_t>(std::min(frame + 1, GetGrainFrames() - frame), 0, fade);
+			return static_cast<float>(edge) / static_cast<float>(fade);
+		});
+	mGrainDone += mBlock.GetUseSize();
+}
+
+void Transport::CheckNowAndThen()
+{
+	mFramesToCheck -= mBlock.GetUseSize();
+	if (mFramesToCheck <= 0)
+	{
+		mFramesToCheck = mSampleRate / kChecksPerSecond;
+		mStream.GetGraph().Check(mSpeeds.GetPlace());
+	}
+}
+
+void Transport::Write(double inPlace)
+{
+	SampleRing& ring = mFeed.GetRing();
+	mHistory.Note(ring.CountWritten(), inPlace, mMode == Mode::kPlaying ? mSpeed.mSpeed : 0.0);
+	ring.Write(mBlock);
+}
+
+void Transport::WriteLast(double inPlace)
+{
+	std::int64_t const end = mFeed.GetRing().CountWritten() + mBlock.GetUseSize();
+	bool const isHeard = mFeed.IsOpen();
+	// The gate of a feed that is heard closes before its last frames are there; another one opens after that.
+	if (isHeard)
+	{
+		mFeed.CloseAt(end);
+	}
+	Write(inPlace);
+	if (!isHeard)
+	{
+		mFeed.CloseAt(end);
+	}
+	mGate = end;
+	Rest(mMode == Mode::kScrubbing ? mScrubPlace
+								   : std::clamp<std::int64_t>(mSpeeds.GetPlace(), 0, GetProgrammeEnd()));
+}
+
+void Transport::OpenWhenFilled()
+{
+	std::int64_t const ahead = mFeed.GetRing().CountWritten() - mGate;
+	if (mMode != Mode::kStopped && !mFeed.IsOpen() && ahead >= mTargetFrames / 2)
+	{
+		mFeed.Open();
+	}
+}
+
+} // namespace SonaroHost::Playback

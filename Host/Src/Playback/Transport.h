@@ -1,0 +1,96 @@
+#pragma once
+
+#include "Feed/DeviceFeed.h"
+#include "Feed/PlaceHistory.h"
+#include "SonaroHost/Base/ProgrammeRange.h"
+#include "Stream/SpeedStream.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace SonaroHost::Playback
+{
+
+// What a playback does with its graph and its ring: it keeps the ring filled with what is to be heard.
+//
+// Ends     What is played is always exactly what the programme has there. Where it stops or goes on elsewhere before its
+//          end, what comes next at the old place is heard besides, as it fades out over 2 ms.
+// Starts   Media are read and the ring is filled to a half before anything is heard.
+// Threads  The render thread's. Rendering a block neither allocates nor locks; commands and reading ahead do.
+class Transport
+{
+public:
+	// All outlive it. inTargetFrames: how much of the ring is kept filled; it has room for a block and a fade besides.
+	Transport(PlayedGraph& ioGraph, DeviceFeed& ioFeed, PlaceHistory& ioHistory,
+		std::shared_ptr<WakeUp> const& inWakes, std::int64_t inTargetFrames);
+
+	// At the end of the programme it begins again at the other one.
+	void Play();
+	void Stop();
+	void Seek(std::int64_t inPlace);
+	void SetLoop(std::optional<ProgrammeRange> const& inLoop);
+	void SetSpeed(PlaySpeed const& inSpeed);
+	// Plays a grain of 60 ms from there on, backwards when the last one was later; then it is stopped there.
+	void Scrub(std::int64_t inPlace);
+	void TakeOver(PlayedGraph& ioGraph) { mStream.TakeOver(ioGraph, mMode != Mode::kStopped); }
+	bool Has(PlayedGraph const& inGraph) const { return mStream.Has(inGraph); }
+
+	// Fills the ring as far as it goes. Throws a HostError when media or effects have stopped working.
+	void Fill();
+	// Without a fade, for when nothing more can be rendered or nobody hears it.
+	void Halt(std::int64_t inPlace);
+
+	bool IsPlaying() const { return mMode != Mode::kStopped; }
+	// Whether Fill has nothing to do until the device takes more.
+	bool IsFilled() const;
+
+private:
+	enum class Mode
+	{
+		kStopped,
+		kPlaying,
+		kScrubbing,
+	};
+
+	void Begin(std::int64_t inPlace);
+	// Fades out what is heard, and takes back what is not yet. Returns the place from which it can go on.
+	std::int64_t End();
+	void Rest(std::int64_t inPlace);
+
+	std::int64_t GetProgrammeEnd() const { return mStream.GetGraph().GetProgramme().mFrames; }
+	std::int64_t GetGrainFrames() const;
+	// How many frames are left before it stops by itself, and how many to append now.
+	std::int64_t CountLeft() const;
+	std::int64_t CountWanted() const;
+	// Appends frames that are ready.
+	void FillBlock(std::int64_t inFrames);
+	void FadeOut();
+	void ShapeGrain();
+	void Write(double inPlace);
+	void CheckNowAndThen();
+	// Appends the last frames before it stops by itself.
+	void WriteLast(double inPlace);
+	void OpenWhenFilled();
+
+	DeviceFeed& mFeed;
+	PlaceHistory& mHistory;
+	std::int64_t mTargetFrames;
+	int mSampleRate;
+	PlayStream mStream;
+	SpeedStream mSpeeds;
+	dsp::AudioBuffer mBlock;
+
+	Mode mMode = Mode::kStopped;
+	// While stopped.
+	std::int64_t mPlace = 0;
+	std::optional<ProgrammeRange> mLoop;
+	PlaySpeed mSpeed;
+	std::int64_t mScrubPlace = 0;
+	std::int64_t mGrainDone = 0;
+	std::int64_t mFramesToCheck = 0;
+	// The gate's place while it is closed.
+	std::int64_t mGate = 0;
+};
+
+} // namespace SonaroHost::Playback
