@@ -1,5 +1,6 @@
 #include "RenderReport.h"
 
+#include "EffectRows.h"
 #include "Levels.h"
 #include "MediaRows.h"
 #include "RenderedFileRows.h"
@@ -115,6 +116,7 @@ std::string SummarizeForMachines(std::vector<std::string> const& inInputs, std::
 	}
 	json["clippedSamples"] = file.mClippedSamples;
 	AddOneRun(json, inSummary);
+	json["effects"] = ListEffects(inSummary.mGraph);
 	AddTimes(json, inSummary);
 	return ToText(json);
 }
@@ -139,6 +141,7 @@ Json MakeReport(std::vector<std::string> const& inInputs, ClipRenderJob const& i
 		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), rate)}};
 	AddMix(json, inSummary, inLevels);
 	AddOneRun(json, inSummary);
+	json["effects"] = ListEffects(inSummary.mGraph);
 	if (inRefusal.empty())
 	{
 		AddTimes(json, inSummary);

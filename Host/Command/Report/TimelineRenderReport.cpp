@@ -1,5 +1,6 @@
 #include "TimelineRenderReport.h"
 
+#include "EffectRows.h"
 #include "Levels.h"
 #include "MediaRows.h"
 #include "RenderReport.h"
@@ -66,6 +67,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, Rende
 		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), inJob.GetSampleRate())}};
 	AddMix(json, inSummary, inLevels);
 	AddOneRun(json, inSummary);
+	json["effects"] = ListEffects(inSummary.mGraph);
 	json.update(Json{{"missing", ListMissing(inJob.GetSequence().mMissing)},
 		{"levelsNotRead", CountUnreadLevels(inJob.GetNotes())}, {"notes", ListNotes(inJob.GetNotes())},
 		{"damaged", ListDamaged(inSummary.mDamaged)}, {"elapsedSeconds", inSummary.mElapsedSeconds},

@@ -19,7 +19,7 @@ namespace SonaroHost::Effects
 struct PreparedEffect::Plan
 {
 	std::shared_ptr<PluginStart const> mStart;
-	// One for each control; the curves are null where nothing moves.
+	// One for each control and one for the host's bypass; the curves are null where nothing moves.
 	std::vector<ParameterRange> mRanges;
 	std::vector<std::shared_ptr<AutomationCurve const>> mCurves;
 };
@@ -92,6 +92,41 @@ std::size_t FindControl(EffectDescription const& inDescription, std::string cons
 	return static_cast<std::size_t>(found - controls.begin());
 }
 
+// What enables an effect as a bypass disables it.
+ControlSetting Invert(ControlSetting inBypass)
+{
+	inBypass.mValue = 1.0 - inBypass.mValue;
+	for (AutomationPoint& point : inBypass.mPoints)
+	{
+		point.mValue = 1.0 - point.mValue;
+	}
+	return inBypass;
+}
+
+double GetFirst(ControlSetting const& inSetting)
+{
+	return inSetting.mPoints.empty() ? inSetting.mValue : inSetting.mPoints.front().mValue;
+}
+
+std::shared_ptr<EffectFacts const> CollectFacts(
+	EffectSetup const& inSetup, PluginStart const& inStart, std::vector<ParameterRange> const& inRanges)
+{
+	auto facts = std::make_shared<EffectFacts>();
+	facts->mUri = inSetup.mUri;
+	facts->mPreset = inSetup.mPreset;
+	for (ControlSetting const& setting : inSetup.mSettings)
+	{
+		ParameterRange const& range = inRanges[FindControl(inStart.mData->mDescription, setting.mSymbol)];
+		facts->mSettings.push_back(
+			{setting.mSymbol, static_cast<double>(range.Limit(GetFirst(setting))), setting.mPoints.size()});
+	}
+	if (auto const& bypass = inSetup.mBypass)
+	{
+		facts->mBypass = {{}, GetFirst(*bypass), bypass->mPoints.size()};
+	}
+	return facts;
+}
+
 } // namespace
 
 PreparedEffect::PreparedEffect(EffectSetup const& inSetup, double inSampleRate)
@@ -100,23 +135,60 @@ PreparedEffect::PreparedEffect(EffectSetup const& inSetup, double inSampleRate)
 	EffectDescription const& description = start->mData->mDescription;
 	auto plan = std::make_shared<Plan>();
 	mName = description.mName;
-	plan->mCurves.resize(description.mControls.size());
+	plan->mCurves.resize(description.mControls.size() + 1);
 	for (Control const& control : description.mControls)
 	{
 		plan->mRanges.push_back(ParameterRange::Make(control, inSampleRate));
 	}
+	plan->mRanges.push_back({0.0f, 1.0f, true});
 	for (ControlSetting const& setting : inSetup.mSettings)
 	{
 		std::size_t const index = FindControl(description, setting.mSymbol);
-		Control const& control = description.mControls[index];
-		ParameterRange const& range = plan->mRanges[index];
-		bool const moves = !setting.mPoints.empty();
-		double const first = moves ? setting.mPoints.front().mValue : setting.mValue;
-		start->mValues[index] = range.Limit(Limit(control, range, first, mRemarks));
-		plan->mCurves[index] = moves ? MakeCurve(control, range, setting.mPoints, mRemarks) : nullptr;
+		start->mValues[index] = Take(setting, description.mControls[index], index, *plan);
 	}
+	if (inSetup.mBypass)
+	{
+		TakeBypass(inSetup, *start, *plan);
+	}
+	mFacts = CollectFacts(inSetup, *start, plan->mRanges);
 	plan->mStart = start;
 	mPlan = std::move(plan);
+}
+
+float PreparedEffect::Take(
+	ControlSetting const& inSetting, Control const& inControl, std::size_t inIndex, Plan& ioPlan)
+{
+	ParameterRange const& range = ioPlan.mRanges[inIndex];
+	ioPlan.mCurves[inIndex] =
+		!inSetting.mPoints.empty() ? MakeCurve(inControl, range, inSetting.mPoints, mRemarks) : nullptr;
+	for (AutomationPoint const& point : inSetting.mPoints)
+	{
+		mJumps.push_back(point.mTime);
+	}
+	return range.Limit(Limit(inControl, range, GetFirst(inSetting), mRemarks));
+}
+
+void PreparedEffect::TakeBypass(EffectSetup const& inSetup, PluginStart& ioStart, Plan& ioPlan)
+{
+	EffectDescription const& description = ioStart.mData->mDescription;
+	Control bypass;
+	bypass.mSymbol = "bypass";
+	bypass.mIsToggled = true;
+	if (!ioStart.mData->mEnabled)
+	{
+		ioStart.mHasBypass = true;
+		ioStart.mIsBypassed = Take(*inSetup.mBypass, bypass, description.mControls.size(), ioPlan) > 0.0f;
+		return;
+	}
+	std::size_t const index = *ioStart.mData->mEnabled;
+	Control const& enabled = description.mControls[index];
+	if (std::ranges::find(inSetup.mSettings, enabled.mSymbol, &ControlSetting::mSymbol) !=
+		inSetup.mSettings.end())
+	{
+		Refuse("a bypass and the control " + QuoteName(enabled.mSymbol) + " of the plugin " +
+			   QuoteName(description.mName) + " are the same; set one of them");
+	}
+	ioStart.mValues[index] = Take(Invert(*inSetup.mBypass), enabled, index, ioPlan);
 }
 
 void PreparedEffect::CheckChannels(std::size_t inChannels) const

@@ -12,20 +12,25 @@ namespace SonaroHost::Otio
 namespace
 {
 
+void CheckTimes(Curve const& inCurve, std::string const& inPlace, std::filesystem::path const& inPath)
+{
+	// They are in the order of time.
+	if (!inCurve.mKeyframes.empty() && inCurve.mKeyframes.front().mTime.mValue < 0.0)
+	{
+		throw HostError(
+			HostError::Kind::kInput, {inPath, inPlace + "/keyframes", "a keyframe has a negative time",
+										 "use times from 0 on, the start of the sound"});
+	}
+}
+
 void CheckTimes(std::vector<PluginEffect> const& inEffects, std::filesystem::path const& inPath)
 {
 	for (PluginEffect const& effect : inEffects)
 	{
+		CheckTimes(effect.mBypass.value_or(Curve()), effect.mPlace + "/bypass", inPath);
 		for (PluginEffect::Control const& control : effect.mControls)
 		{
-			auto const& keyframes = control.mValue.mKeyframes;
-			// They are in the order of time.
-			if (!keyframes.empty() && keyframes.front().mTime.mValue < 0.0)
-			{
-				throw HostError(HostError::Kind::kInput,
-					{inPath, effect.mPlace + "/controls/" + control.mSymbol + "/keyframes",
-						"a keyframe has a negative time", "use times from 0 on, the start of the sound"});
-			}
+			CheckTimes(control.mValue, effect.mPlace + "/controls/" + control.mSymbol, inPath);
 		}
 	}
 }

@@ -1,14 +1,88 @@
 #include "SonaroHost/Render/Programme.h"
 
+#include "Effect/BadInput.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 
+#include <algorithm>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace SonaroHost
 {
+
+namespace
+{
+
+struct Fault
+{
+	Sequence::EffectHealth const* mEffect = nullptr;
+	EffectFault::Kind mKind = EffectFault::Kind::kNone;
+	// In the programme: the first wrong frame, or that of a block in which it is.
+	std::int64_t mFrame = 0;
+	bool mIsExact = false;
+};
+
+Fault FindFault(
+	Sequence::EffectHealth const& inEffect, Programme const& inProgramme, std::int64_t inFirstFrame)
+{
+	Fault fault{&inEffect, inEffect.mFault.load(), inFirstFrame, false};
+	if (inEffect.mTime.mIsKnown)
+	{
+		SN::FrameRate const frameRate = inProgramme.GetFrameRate();
+		SN::TickTime const half = SN::TickTime::FromTicks(frameRate.GetTicksPerFrame() / 2);
+		SN::TickTime const time =
+			inEffect.mTime.Map(SN::TickTime::FromTicks(inEffect.mFaultTicks.load())) + half;
+		fault.mFrame = time.ToFrame64(frameRate) - inProgramme.mFirstFrame;
+		fault.mIsExact = EffectFault::HasFrame(fault.mKind);
+	}
+	return fault;
+}
+
+// "at 0:00.201 (sample 9636)".
+std::string DescribeTime(Fault const& inFault, int inSampleRate)
+{
+	std::int64_t const frame = std::max<std::int64_t>(inFault.mFrame, 0);
+	std::string const time = FormatTime(frame, inSampleRate);
+	return inFault.mIsExact ? " at " + time + " (sample " + std::to_string(frame) + ")"
+							: " in the block at " + time;
+}
+
+[[noreturn]] void Throw(Fault const& inFault, Programme const& inProgramme)
+{
+	Sequence::EffectHealth const& effect = *inFault.mEffect;
+	std::string const where = effect.mPlace.empty() ? "" : " on " + effect.mPlace;
+	std::string const time = DescribeTime(inFault, inProgramme.mSampleRate);
+	std::string const name = "the effect " + QuoteName(effect.mName) + where;
+	if (inFault.mKind != EffectFault::Kind::kBadInput)
+	{
+		throw HostError(HostError::Kind::kInput,
+			{inProgramme.mFile, effect.mOrigin, name + " " + EffectFault::Describe(inFault.mKind) + time,
+				"remove it, or set it otherwise"});
+	}
+	std::string const bad = " has samples that are infinite or not a number" + time;
+	SN::FrameRate const frameRate = inProgramme.GetFrameRate();
+	auto const input = FindBadInput(*inProgramme.mDescription, frameRate,
+		SN::TickTime(inProgramme.mFirstFrame + inFault.mFrame, frameRate));
+	if (!input)
+	{
+		throw HostError(
+			HostError::Kind::kInput, {inProgramme.mFile, effect.mOrigin, "what goes into " + name + bad,
+										 "lower the levels before it"});
+	}
+	std::string const clip =
+		input->mItem.empty() || input->mItem == input->mMedia ? "" : "of the clip " + QuoteName(input->mItem);
+	throw HostError(
+		HostError::Kind::kInput, {inProgramme.mFile, input->mOrigin,
+									 "the file " + QuoteName(input->mMedia) + (clip.empty() ? "" : " ") +
+										 clip + bad + ", which goes into " + name,
+									 "repair the file, or leave that part out"});
+}
+
+} // namespace
 
 Sequence::SequenceGraph MakeGraph(Programme const& inProgramme,
 	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, Sequence::GraphView const& inView,
@@ -59,19 +133,17 @@ void CheckMedia(Programme const& inProgramme, GraphMedia const& inMedia)
 void CheckEffects(
 	Programme const& inProgramme, Sequence::GraphReport const& inReport, std::int64_t inFirstFrame)
 {
+	std::vector<Fault> faults;
 	for (auto const& effect : inReport.mEffects)
 	{
-		EffectFault::Kind const fault = effect->mFault.load();
-		if (fault == EffectFault::Kind::kNone)
+		if (effect->mFault.load(std::memory_order_acquire) != EffectFault::Kind::kNone)
 		{
-			continue;
+			faults.push_back(FindFault(*effect, inProgramme, inFirstFrame));
 		}
-		std::string const where = effect->mPlace.empty() ? "" : " on " + effect->mPlace;
-		throw HostError(HostError::Kind::kInput,
-			{inProgramme.mFile, effect->mOrigin,
-				"the effect " + QuoteName(effect->mName) + where + " " + EffectFault::Describe(fault) +
-					" at " + FormatTime(inFirstFrame, inProgramme.mSampleRate),
-				"remove it, or set it otherwise"});
+	}
+	if (!faults.empty())
+	{
+		Throw(*std::ranges::min_element(faults, {}, &Fault::mFrame), inProgramme);
 	}
 }
 

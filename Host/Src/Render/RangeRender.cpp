@@ -1,5 +1,6 @@
 #include "RangeRender.h"
 
+#include "Effect/LatencyGrowth.h"
 #include "Piece/PiecePlan.h"
 #include "Piece/PiecewiseRender.h"
 #include "SonaroHost/Engine/OfflineRender.h"
@@ -30,12 +31,21 @@ std::optional<RangeReport> RenderInOneRun(
 		readAhead.emplace(graph.GetGenerator(), inRange).Advance(0);
 	}
 	std::int64_t done = 0;
+	bool isLate = false;
 	auto const sink = [&](dsp::AudioBuffer& ioBlock, SN::TickTime const&)
 	{
 		CheckMedia(inProgramme, *inProgramme.mMedia);
 		CheckEffects(inProgramme, graph.GetReport(), inRender.mRange.mFirstFrame + done);
 		done += ioBlock.GetUseSize();
-		inRender.mSink(ioBlock);
+		isLate = isLate || HasLateEffect(graph.GetReport());
+		if (isLate && !inProgramme.mSearchesLatency)
+		{
+			throw LatencyGrowth();
+		}
+		if (!isLate)
+		{
+			inRender.mSink(ioBlock);
+		}
 		if (readAhead && !inRender.mStop.stop_requested())
 		{
 			readAhead->Advance(done);
@@ -45,6 +55,10 @@ std::optional<RangeReport> RenderInOneRun(
 		inRender.mStop.stop_requested())
 	{
 		return std::nullopt;
+	}
+	if (isLate)
+	{
+		throw LatencyGrowth();
 	}
 	return RangeReport{graph.TakeReport(), readAhead ? std::optional(readAhead->GetReport()) : std::nullopt};
 }
@@ -57,7 +71,8 @@ std::optional<RangeReport> RenderRange(Programme const& inProgramme, RangeRender
 		static_cast<unsigned>(inProgramme.GetLayout().size()),
 		ChooseBlock(inProgramme, inRender.mBlockFrames)};
 	range.mFirstFrame = inProgramme.mFirstFrame + inRender.mRange.mFirstFrame;
-	bool const canShare = inRender.mJobs > 1 && !inRender.mReadsAhead && inProgramme.mOpenForGraph;
+	bool const canShare = inRender.mJobs > 1 && !inRender.mReadsAhead && inProgramme.mOpenForGraph &&
+						  !inProgramme.mSearchesLatency;
 	if (canShare && IsWorthPieces(inRender, range.mBlockFrames))
 	{
 		PiecewiseReport report = RenderPieces(inProgramme, inRender, range);

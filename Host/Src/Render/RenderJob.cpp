@@ -1,10 +1,12 @@
 #include "RenderJob.h"
 
+#include "Effect/LatencyGrowth.h"
 #include "Piece/PieceLength.h"
 #include "SonaroHost/Base/HostError.h"
 #include "TailSearch.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <deque>
@@ -39,6 +41,18 @@ void DropSignsOfZeros(dsp::AudioBuffer& ioBlock)
 }
 
 } // namespace
+
+std::optional<RenderSummary> RenderFiles(Programme const& inProgramme, RenderPlan const& inPlan,
+	ProgressCallback const& inProgress, std::stop_token const& inStop)
+{
+	return RunUntilLatenciesStay(
+		[&](bool inSearches)
+		{
+			Programme programme = inProgramme;
+			programme.mSearchesLatency = inSearches;
+			return RenderJob(std::move(programme), inPlan, inProgress, inStop).Run();
+		});
+}
 
 RenderJob::RenderJob(
 	Programme inProgramme, RenderPlan inPlan, ProgressCallback inProgress, std::stop_token inStop)
@@ -251,19 +265,36 @@ bool RenderJob::Render(Pass const& inPass)
 	{
 		mSummary.mTracks = meters.GetReadings();
 	}
-	if (inPass.mOnlyTrack.empty())
-	{
-		mSummary.mGraph = std::move(report->mGraph);
-	}
-	else if (mSummary.mGraph.mWhyInOneRun.empty())
-	{
-		mSummary.mGraph.mWhyInOneRun = report->mGraph.mWhyInOneRun;
-	}
+	TakeReport(inPass, std::move(report->mGraph));
 	if (report->mReadAhead)
 	{
 		mSummary.mPlayback.emplace().mReadAhead = *report->mReadAhead;
 	}
 	return true;
+}
+
+// Of stems, what is said of the mix is put together from all.
+void RenderJob::TakeReport(Pass const& inPass, Sequence::GraphReport inReport)
+{
+	if (inPass.mOnlyTrack.empty())
+	{
+		mSummary.mGraph = std::move(inReport);
+		return;
+	}
+	if (mSummary.mGraph.mWhyInOneRun.empty())
+	{
+		mSummary.mGraph.mWhyInOneRun = inReport.mWhyInOneRun;
+	}
+	auto& effects = mSummary.mGraph.mEffects;
+	for (auto const& effect : inReport.mEffects)
+	{
+		auto const isSame = [&effect](auto const& inOther)
+		{ return inOther->mPlace == effect->mPlace && inOther->mFacts == effect->mFacts; };
+		if (std::ranges::none_of(effects, isSame))
+		{
+			effects.push_back(effect);
+		}
+	}
 }
 
 Sequence::GraphView RenderJob::MakeView(Pass const& inPass, TrackMeters const& inMeters) const

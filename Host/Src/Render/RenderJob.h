@@ -44,6 +44,11 @@ struct RenderPlan
 	std::vector<std::string> mOutermostTracks;
 };
 
+// Renders a programme into files, from the start again where the latency of an effect grows. Nothing when asked to stop;
+// otherwise all files have got their names. Throws a HostError: then none has.
+std::optional<RenderSummary> RenderFiles(Programme const& inProgramme, RenderPlan const& inPlan,
+	ProgressCallback const& inProgress, std::stop_token const& inStop);
+
 // Renders a programme into files: which passes it takes, one after the other.
 // TimelineRenderJob says which.
 class RenderJob
@@ -52,7 +57,7 @@ public:
 	RenderJob(Programme inProgramme, RenderPlan inPlan, ProgressCallback inProgress, std::stop_token inStop);
 
 	// Called once. Nothing when asked to stop. Otherwise all files have got their names, after the last was complete.
-	// Throws a HostError: then none has.
+	// Throws a HostError, or a LatencyGrowth: then none has.
 	std::optional<RenderSummary> Run();
 
 private:
@@ -83,6 +88,7 @@ private:
 
 	bool NeedsMixAlone() const;
 	bool MeasuresTracks() const { return mPlan.mRequest.mMeasuring == Measuring::kTracks; }
+	void TakeReport(Pass const& inPass, Sequence::GraphReport inReport);
 	Sequence::GraphView MakeView(Pass const& inPass, TrackMeters const& inMeters) const;
 	// The setup of a pass that only measures the mix.
 	RenderOutput::Setup MakeMeasuringSetup() const;

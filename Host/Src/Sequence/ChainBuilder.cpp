@@ -71,9 +71,13 @@ void ChainBuilder::Add(Effect const& inEffect)
 	}
 	auto const health = std::make_shared<EffectHealth>(inEffect.mName, mContext.mPlace.Describe(),
 		mContext.mPlace.mOrigin ? *mContext.mPlace.mOrigin : std::string());
+	health->mLatencyFrames = latency;
+	health->mTime = mContext.mPlace.mTime;
+	health->mFacts = inEffect.mFacts;
 	mTools.NoteEffect(health);
 	EffectTerms const terms{static_cast<unsigned>(mContext.mInput.size()),
-		mTools.GetContext()->GetMaxBlockSize(), MakeClock(), latency, health};
+		mTools.GetContext()->GetMaxBlockSize(), MakeClock(), latency, health,
+		MakeClock().FindFrames(inEffect.mJumps)};
 	mBuilt.mProcessors.push_back(zorvcore::classref::MakeObject<EffectStage>(effect, terms));
 	mTools.Label(mBuilt.mProcessors.back(), {NodeLabel::Kind::kEffect, inEffect.mName});
 	mBuilt.mLatency += latency;

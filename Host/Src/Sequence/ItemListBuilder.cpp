@@ -16,6 +16,15 @@ std::int64_t GetFarFrame(SN::FrameRate const& inFrameRate)
 	return SN::kTimeMax.ToFrame64(inFrameRate) / 2;
 }
 
+// Of a nested sequence; nobody asks for that of a clip.
+OutermostTime FindInnerTime(Item const& inItem, OutermostTime const& inTime)
+{
+	Nest const* const nest = std::get_if<Nest>(&inItem.mContent);
+	OutermostTime time = nest ? inTime.Into(nest->mStart, inItem.mSpeed) : OutermostTime();
+	time.mIsKnown &= !inItem.mSpeedCurve;
+	return time;
+}
+
 } // namespace
 
 ItemListBuilder::ItemListBuilder(GraphTools& ioTools, Track const& inTrack, ItemListContext const& inContext)
@@ -148,6 +157,8 @@ void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 	Place place = mContext.mPlace;
 	place.mItemName = &inItem.mName;
 	place.mOrigin = &inItem.mOrigin;
+	place.mTime = mContext.mPlace.mTime.From(inItem.mStart);
+	place.mInnerTime = FindInnerTime(inItem, place.mTime);
 	ItemContext const context{place, mTrack.mLayout, mContext.mMixdown,
 		inPlaced.mWhole.mFirst - inPlaced.mHeard.mFirst, mContext.mBuildNest, mContext.mPlayhead,
 		mContext.mJumps,

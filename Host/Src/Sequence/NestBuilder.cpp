@@ -74,7 +74,7 @@ Generator NestBuilder::BuildNest(Nest const& inNest, Place const& inPlace)
 	LevelScope const scope(*mTools.GetContext(), ChooseInstance(description));
 	mPath.push_back(&description);
 	std::string const prefix = inPlace.GetItemPrefix();
-	SequenceContext const context{prefix, mBuildNest, mReport, mView};
+	SequenceContext const context{prefix, mBuildNest, mReport, mView, nullptr, inPlace.mInnerTime};
 	Generator const nest = SequenceBuilder(mTools, description, context).Build();
 	mPath.pop_back();
 	return nest;

@@ -136,7 +136,7 @@ Place SequenceBuilder::GetPlace(Node const& inNode) const
 	char const* const kind = inNode.mKind == Kind::kTrack    ? "track"
 							 : inNode.mKind == Kind::kSubmix ? "submix"
 															 : "sequence";
-	return {kind, &mContext.mPrefix, inNode.mName, nullptr, inNode.mOrigin};
+	return {kind, &mContext.mPrefix, inNode.mName, nullptr, inNode.mOrigin, mContext.mTime};
 }
 
 void SequenceBuilder::CheckLayout(Node const& inNode) const

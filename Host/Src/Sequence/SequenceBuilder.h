@@ -33,6 +33,7 @@ struct SequenceContext
 	GraphView const& mView;
 	// The prefetcher of the outermost sequence in a playback; else null.
 	SN::Prefetcher const* mPrefetcher = nullptr;
+	OutermostTime mTime = {};
 };
 
 // The engine's group of one sequence: a renderer for each track, submix and master, every feeder before what

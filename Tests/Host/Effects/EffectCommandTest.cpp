@@ -220,9 +220,50 @@ TEST_F(EffectCommandTest, AFaultNamesItsPlaceAndTime)
 	EXPECT_EQ(result.mExitCode, 1);
 	EXPECT_THAT(result.mErrors, AllOf(HasSubstr("'edit.otio', /tracks/children/0/children/1: the effect "
 												"\"Test Fault\" on 'A' on 'Voice' gave "
-												"samples that are infinite or not a number at 0:00.998"),
+												"samples that are infinite or not a number at 0:00.999 "
+												"(sample 47936)"),
 									Not(HasSubstr("warning"))));
 	EXPECT_THAT(mFolder.List(), ElementsAre("bad.wav", "edit.otio", "tone.wav"));
+
+	// What is wrong in a file is not blamed on the plugin, and the time is that of the outermost timeline.
+	sound.mSamples[kRate / 2] = NAN;
+	WriteSound(mFolder / "bad.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+	Json const inner = Stack({WithPlugins(Track("Inner", {Gap(0.25), Clip("A", "bad.wav")}), {Late(10)})});
+	ProgramResult const bad = RenderTimeline(
+		Timeline({Track("Other", {Clip("B", "tone.wav")}), Track("Outer", {Gap(0.5), inner})}));
+	EXPECT_EQ(bad.mExitCode, 1);
+	EXPECT_THAT(bad.mErrors,
+		AllOf(
+			HasSubstr("/tracks/children/1/children/1/children/0/children/1: the file \"bad.wav\" of the clip "
+					  "\"A\" has samples that are infinite or not a number at 0:01.250 (sample 60000), which "
+					  "goes into the effect \"Test Delay\" on"),
+			HasSubstr("repair the file")));
+}
+
+TEST_F(EffectCommandTest, ReportsShowEffects)
+{
+	Json const moving = {{"keyframes", List({{{"time", 0}, {"value", 5}}, {{"time", 1}, {"value", 70}}})}};
+	Json effect = Plugin(kDelay, {{"frames", moving}});
+	effect["bypass"] = true;
+	WriteBytes(mFolder / "chain.json", effect.dump());
+	WriteBytes(mFolder / "edit.otio",
+		WithPlugins(Timeline({Track("T", {WithPlugins(Clip("A", "tone.wav"), {effect})})}), {}).dump());
+	for (Words const& words : {Words{"tone.wav", "--effect-file", "chain.json"}, Words{"edit.otio"}})
+	{
+		ProgramResult const result =
+			Run(Join({"render", "-o", "out.wav", "--json", "--report", "r.json"}, words));
+		ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
+		for (std::string const& text : {result.mOutput, ReadBytes(mFolder / "r.json")})
+		{
+			Json const effects = Json::parse(text)["effects"];
+			ASSERT_EQ(effects.size(), 1u);
+			EXPECT_EQ(effects[0]["uri"], kDelay);
+			// The latency that was found to be the largest one.
+			EXPECT_EQ(effects[0]["latencySamples"], 70);
+			EXPECT_EQ(effects[0]["controls"]["frames"], (Json{{"first", 5.0}, {"keyframes", 2}}));
+			EXPECT_EQ(effects[0]["bypass"], true);
+		}
+	}
 }
 
 } // namespace SonaroHost::Testing::EffectCommandTest

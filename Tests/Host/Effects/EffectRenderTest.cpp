@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <tuple>
 #include <utility>
 
 namespace SonaroHost::Testing::EffectRenderTest
@@ -69,6 +70,46 @@ TEST_F(EffectRenderTest, LatencyIsMadeUpForToTheSample)
 	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest(
 							 {{kDelay, {}, {}, {{"frames", 4999}}}, {kDelay, {}, {}, {{"frames", 0}}}})),
 		sound));
+}
+
+// What a falling latency leaves out is heard as it went in, so that a delay comes to nothing at all.
+TEST_F(EffectRenderTest, LatencyThatMovesIsMadeUpForToTheSample)
+{
+	Sound const sound = WriteNoise(2);
+	for (std::vector<AutomationPoint> const& points :
+		{std::vector{At(0.0, 100.0), At(0.1, 5000.0), At(0.2, 20.0)},
+			std::vector{AutomationPoint{SN::kTimeZero, 0.0, Interpolation::kHold}, At(0.0101, 300.0)}})
+	{
+		ClipRenderRequest const request =
+			MakeRequest({{kBlocks}, {kDelay, {}, {}, {{"frames", 0.0, points}}}});
+		EXPECT_TRUE(SameBits(RenderInBlocks(request), Scale(sound, 2.0f)));
+	}
+}
+
+TEST_F(EffectRenderTest, BypassKeepsTheLatencyAndDoesNotClick)
+{
+	Sound const sound = WriteNoise(1);
+	EffectSetup const late{kDelay, {}, {}, {{"frames", 777}}, Effects::ControlSetting{{}, 1.0}};
+	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest({late})), sound));
+	std::vector<AutomationPoint> const points{At(0.0, 0.0), At(0.1001, 1.0), At(0.3, 0.0)};
+	// The mean of the sides doubles what it hears, and so does the plugin with a switch of its own.
+	EffectSetup const doubling{kSides, {}, {}, {}, Effects::ControlSetting{{}, 0.0, points}};
+	EffectSetup const switching{"urn:sonaro-test:switch", {}, {}, {}, doubling.mBypass};
+	Sound const faded = RenderInBlocks(MakeRequest({doubling}));
+	Sound const switched = RenderInBlocks(MakeRequest({switching}));
+	std::int64_t const off = 4805;
+	std::int64_t const on = 14400;
+	constexpr std::int64_t kFade = kRate / 200;
+	for (std::int64_t frame = 0; frame < sound.GetFrames(); ++frame)
+	{
+		auto const index = static_cast<std::size_t>(frame);
+		auto const passed = [frame](std::int64_t inFrom)
+		{ return std::clamp(static_cast<double>(frame + 1 - inFrom) / kFade, 0.0, 1.0); };
+		double const gain = 2.0 - passed(off) + passed(on);
+		ASSERT_NEAR(faded.mSamples[index], gain * sound.mSamples[index], 1e-6) << frame;
+		float const whole = frame >= off && frame < on ? 1.0f : 2.0f;
+		ASSERT_EQ(switched.mSamples[index], whole * sound.mSamples[index]) << frame;
+	}
 }
 
 TEST_F(EffectRenderTest, PluginsThatNeedBlocksOfOneLengthGetThem)
@@ -173,21 +214,24 @@ TEST_F(EffectRenderTest, WhatIsNotThereIsRefusedByName)
 
 TEST_F(EffectRenderTest, AFaultEndsTheRenderWithoutAnOutput)
 {
-	Sound sound = MakeSound(1, kRate, 20000);
-	std::pair<float, char const*> const cases[] = {
+	// Where the wrong sample is heard does not depend on blocks; of a crash no more is known than its block.
+	std::tuple<float, unsigned, char const*> const cases[] = {
 #ifdef SONARO_CAN_CRASH
-		{1.0f, "the effect \"Test Fault\" on the output crashed at 0:00.200"},
+		{1.0f, 100, "the effect \"Test Fault\" on the output crashed in the block at 0:00.201"},
 #endif
-		{-1.0f, "the effect \"Test Fault\" on the output gave samples that are infinite or not a number at "
-				"0:00.200"},
+		{-1.0f, 100, "gave samples that are infinite or not a number at 0:00.201 (sample 9636)"},
+		{-1.0f, 4096, "gave samples that are infinite or not a number at 0:00.201 (sample 9636)"},
+		{INFINITY, 1000,
+			"the file \"in.wav\" has samples that are infinite or not a number at 0:00.202 "
+			"(sample 9700), which goes into the effect \"Test Delay\" on the output"},
 	};
-	for (auto const& [sample, text] : cases)
+	for (auto const& [sample, block, text] : cases)
 	{
-		sound = Scale(MakeSound(1, kRate, 20000), 0.5f);
+		Sound sound = Scale(MakeSound(1, kRate, 20000), 0.5f);
 		sound.mSamples[9700] = sample;
 		WriteInput(sound);
 		ClipRenderRequest request = MakeRequest({{kDelay}, {kFault}});
-		request.mBlockFrames = 100;
+		request.mBlockFrames = block;
 		ExpectRefusal(request, text, HostError::Kind::kInput);
 		EXPECT_THAT(mFolder.List(), testing::ElementsAre("in.wav"));
 	}

@@ -149,6 +149,16 @@ struct Sides final : Plugin
 	}
 };
 
+struct Switch final : Plugin
+{
+	void Run(std::uint32_t inFrames) override
+	{
+		float const gain = *mPorts[2] > 0.0f ? 2.0f : 1.0f;
+		std::transform(
+			mPorts[0], mPorts[0] + inFrames, mPorts[1], [gain](float inIn) { return gain * inIn; });
+	}
+};
+
 template <class T>
 LV2_Handle Make(LV2_Descriptor const*, double, char const*, LV2_Feature const* const* inFeatures)
 {
@@ -208,6 +218,7 @@ LV2_SYMBOL_EXPORT LV2_Descriptor const* lv2_descriptor(std::uint32_t inIndex)
 		Describe("urn:sonaro-test:controls", &Make<Controls>),
 		Describe("urn:sonaro-test:worker", &Make<Worker>, true),
 		Describe("urn:sonaro-test:sides", &Make<Sides>),
+		Describe("urn:sonaro-test:switch", &Make<Switch>),
 		Describe("urn:sonaro-test:demanding", &Make<Sides>),
 	};
 	return inIndex < std::size(kPlugins) ? &kPlugins[inIndex] : nullptr;

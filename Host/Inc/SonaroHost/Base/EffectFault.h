@@ -18,14 +18,19 @@ public:
 		kNotANumber,
 		// It raised an exception.
 		kException,
+		// What comes into it has samples that are infinite or not a number, which is not its fault.
+		kBadInput,
 	};
 
-	explicit EffectFault(Kind inKind)
-		: mKind(inKind)
+	// inFrame: the first frame of the block that is wrong, where that is known.
+	explicit EffectFault(Kind inKind, unsigned inFrame = 0)
+		: mKind(inKind),
+		  mFrame(inFrame)
 	{
 	}
 
 	Kind GetKind() const noexcept { return mKind; }
+	unsigned GetFrame() const noexcept { return mFrame; }
 	char const* what() const noexcept override { return Describe(mKind); }
 
 	// What it did, as "crashed".
@@ -39,14 +44,20 @@ public:
 			return "gave samples that are infinite or not a number";
 		case Kind::kException:
 			return "failed";
+		case Kind::kBadInput:
+			return "was given samples that are infinite or not a number";
 		case Kind::kNone:
 			break;
 		}
 		return "works";
 	}
 
+	// Whether the frame is known, rather than the block alone.
+	static bool HasFrame(Kind inKind) { return inKind == Kind::kNotANumber || inKind == Kind::kBadInput; }
+
 private:
 	Kind mKind;
+	unsigned mFrame;
 };
 
 } // namespace SonaroHost

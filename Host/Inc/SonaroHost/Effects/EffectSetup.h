@@ -3,6 +3,7 @@
 #include "SonaroHost/Automation/AutomationCurve.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ struct EffectSetup
 	// A state in Turtle, as LV2 hosts save it; empty for none.
 	std::string mState = {};
 	std::vector<ControlSetting> mSettings = {};
+	// Whether it is bypassed, 0 or 1; without a symbol. The latency stays.
+	std::optional<ControlSetting> mBypass = {};
 	// The file that asks for it, and the place in it as a JSON pointer, for messages; empty for none.
 	std::filesystem::path mFile = {};
 	std::string mPlace = {};

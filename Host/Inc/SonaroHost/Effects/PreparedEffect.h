@@ -3,6 +3,7 @@
 #include "Sonaro/IAudioProcessor.h"
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/Types.h"
+#include "SonaroHost/Base/EffectFacts.h"
 #include "SonaroHost/Effects/EffectSetup.h"
 
 #include <cstddef>
@@ -13,13 +14,19 @@
 namespace SonaroHost::Effects
 {
 
+struct Control;
+struct PluginStart;
+
 // An effect whose setup was checked against its plugin, ready to be made for any number of graphs.
 //
 // Channels  A plugin works on as many channels as it has ports. One with a single input and output runs once for each
 //           channel of a layout, all at the same settings; a stereo one hears mono on both sides, and the mean of its
 //           sides is what comes out.
 // Latency   What the plugin reports once it has run at its settings, and the block that plugins which want blocks of a
-//           fixed length are buffered for.
+//           fixed length are buffered for. The sound stays in its place when the plugin later reports less. Where it
+//           reports more, the processor's GetDelay grows, and the processors that are made from then on have that latency
+//           from the start.
+// Bypass    By the plugin's own port where it has one; otherwise by a fade to what goes in, as late as the plugin is.
 // Threads   Any.
 class PreparedEffect
 {
@@ -32,6 +39,9 @@ public:
 	std::string const& GetName() const { return mName; }
 	// What was changed of the setup, as values that were out of range.
 	std::vector<std::string> const& GetRemarks() const { return mRemarks; }
+	// The times of all points of the setup, at which parameters may jump.
+	std::vector<SN::TickTime> const& GetJumps() const { return mJumps; }
+	std::shared_ptr<EffectFacts const> const& GetFacts() const { return mFacts; }
 
 	// Throws a HostError of the kind kRequest when the plugin does not fit so many channels.
 	void CheckChannels(std::size_t inChannels) const;
@@ -44,8 +54,14 @@ public:
 private:
 	struct Plan;
 
+	// Keeps the course of a setting; gives its first value.
+	float Take(ControlSetting const& inSetting, Control const& inControl, std::size_t inIndex, Plan& ioPlan);
+	void TakeBypass(EffectSetup const& inSetup, PluginStart& ioStart, Plan& ioPlan);
+
 	std::string mName;
 	std::vector<std::string> mRemarks;
+	std::vector<SN::TickTime> mJumps;
+	std::shared_ptr<EffectFacts const> mFacts;
 	std::shared_ptr<Plan const> mPlan;
 };
 

@@ -3,6 +3,7 @@
 #include "SonaroHost/Otio/MixSettings.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct PluginEffect
 	std::string mPreset;
 	std::string mState;
 	std::vector<Control> mControls;
+	// Whether it is bypassed: 1 or 0.
+	std::optional<Curve> mBypass;
 	// A JSON pointer.
 	std::string mPlace;
 };

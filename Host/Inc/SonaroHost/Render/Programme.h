@@ -35,6 +35,8 @@ struct Programme
 	std::function<std::unique_ptr<GraphMedia>()> mOpenForGraph;
 	// Whether a render of it fails when there are any.
 	bool mRefusesDamage = false;
+	// A pass in which the latency of an effect grows goes on to its end, unheard, to find the largest one.
+	bool mSearchesLatency = false;
 };
 
 // The engine's graph of a programme; inContext, inPrefetcher and inView as SequenceGraph wants them. Throws a HostError
@@ -53,8 +55,8 @@ unsigned ChooseBlock(Programme const& inProgramme, unsigned inWanted);
 // where the programme refuses it, was found damaged.
 void CheckMedia(Programme const& inProgramme, GraphMedia const& inMedia);
 
-// Throws a HostError when an effect of a graph has a fault. inFirstFrame: where the block that was rendered last begins in
-// the programme.
+// Throws a HostError when an effect of a graph has a fault, which names the first one in time, and what it hears where that
+// is to blame. inFirstFrame: where the block that was rendered last begins in the programme.
 void CheckEffects(
 	Programme const& inProgramme, Sequence::GraphReport const& inReport, std::int64_t inFirstFrame);
 

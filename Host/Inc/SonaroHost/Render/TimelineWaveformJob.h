@@ -60,7 +60,8 @@ public:
 
 private:
 	// Renders the programme and hands the waves to the picture; false when asked to stop.
-	bool Hear(TimelinePicture& ioPicture, ProgressCallback const& inProgress, std::stop_token const& inStop);
+	bool Hear(TimelinePicture& ioPicture, bool inSearchesLatency, ProgressCallback const& inProgress,
+		std::stop_token const& inStop);
 
 	TimelineWaveformRequest mRequest;
 	Otio::TimelineInput mInput;

@@ -5,8 +5,10 @@
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/Types.h"
 #include "SonaroHost/Automation/AutomationParameter.h"
+#include "SonaroHost/Base/EffectFacts.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -39,7 +41,7 @@ struct Effect
 {
 	std::string mName;
 	// Called for each graph and each instance of a sequence; makes a new processor each time, for blocks of up to inContext->GetMaxBlockSize(). Its
-	// GetDelay is compensated, so it must be the same for ever.
+	// GetDelay is compensated; EffectHealth says what becomes of one that grows.
 	std::function<SN::InterfaceRef<SN::IAudioProcessor>(
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
 		SN::AudioChannelLayout const& inLayout)>
@@ -47,6 +49,10 @@ struct Effect
 	// Whether its output depends on no more of the past than its latency, as that of a delay: then any start settles it.
 	// Otherwise an effect with a history keeps its sequence from being rendered by several graphs side by side.
 	bool mForgetsAfterLatency = false;
+	// When its parameters jump, in the time of the chain's curves.
+	std::vector<SN::TickTime> mJumps = {};
+	// For reports; null for none.
+	std::shared_ptr<EffectFacts const> mFacts = nullptr;
 };
 
 // Taps the sound at this place towards a submix; the sound itself goes on unchanged.

@@ -152,6 +152,18 @@ Control ReadControl(PortView const& inPort, Ranges const& inRanges, std::size_t 
 	return control;
 }
 
+// Whatever a plugin states of it, it is a switch that is on.
+Control ReadEnabled(PortView const& inPort)
+{
+	Control control;
+	control.mSymbol = GetText(lilv_port_get_symbol(inPort.mPlugin, inPort.mPort));
+	control.mName = TakeText(lilv_port_get_name(inPort.mPlugin, inPort.mPort));
+	control.mMaximum = 1.0f;
+	control.mDefault = 1.0f;
+	control.mIsToggled = true;
+	return control;
+}
+
 // Either the port is marked, or the group that it belongs to.
 bool IsSideChain(PortView const& inPort)
 {
@@ -243,10 +255,13 @@ void ReadPorts(PluginData& ioData)
 		PortView const view{
 			ioData.mPlugin, lilv_plugin_get_port_by_index(ioData.mPlugin, static_cast<std::uint32_t>(index))};
 		Port port = ReadPort(view, ranges, index);
-		if (port.mKind == Kind::kControlIn && port.mRole == Port::Role::kNone)
+		bool const isEnabled = port.mRole == Port::Role::kEnabled;
+		if (port.mKind == Kind::kControlIn && (port.mRole == Port::Role::kNone || isEnabled))
 		{
 			port.mControl = ioData.mDescription.mControls.size();
-			ioData.mDescription.mControls.push_back(ReadControl(view, ranges, index));
+			ioData.mEnabled = isEnabled ? port.mControl : ioData.mEnabled;
+			ioData.mDescription.mControls.push_back(
+				isEnabled ? ReadEnabled(view) : ReadControl(view, ranges, index));
 		}
 		ioData.mDescription.mReportsLatency |= port.mRole == Port::Role::kLatency;
 		ioData.mPorts.push_back(std::move(port));

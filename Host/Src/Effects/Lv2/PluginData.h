@@ -38,7 +38,7 @@ struct Port
 		kLatency,
 		// 1 while it is rendered faster or slower than it is heard.
 		kFreeWheeling,
-		// The plugin's own bypass, which stays off.
+		// The plugin's own bypass: 0 while it is on.
 		kEnabled,
 	};
 
@@ -62,6 +62,8 @@ struct PluginData
 	EffectDescription mDescription;
 	// In the order of their indices.
 	std::vector<Port> mPorts;
+	// Index of the control that is the plugin's own bypass, 0 while it is on.
+	std::optional<std::size_t> mEnabled = std::nullopt;
 	// It runs in blocks of one length only.
 	bool mNeedsFixedBlocks = false;
 	// It has to begin with the state that comes with it.

@@ -1,6 +1,7 @@
 #include "PluginFilter.h"
 
 #include "SonaroHost/Base/EffectFault.h"
+#include "SonaroHost/Base/FiniteSamples.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
@@ -8,7 +9,6 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <utility>
 
@@ -21,36 +21,39 @@ namespace
 // The length of the blocks of plugins that need a fixed one: a power of two, which is what most of these want.
 constexpr unsigned kFixedFrames = 256;
 
-constexpr std::uint32_t kExponent = 0x7F800000;
-
-// The exponents of what is infinite or not a number have all their bits set.
-std::uint32_t TestInfinite(float inSample)
-{
-	return (std::bit_cast<std::uint32_t>(inSample) & kExponent) == kExponent ? 1 : 0;
-}
-
 // False where some of the samples are not finite.
 bool CopyFinite(float const* inSamples, unsigned inCount, float* outSamples)
 {
-	std::uint32_t found = 0;
+	FiniteCheck check;
 	for (unsigned i = 0; i < inCount; ++i)
 	{
-		found |= TestInfinite(inSamples[i]);
+		check.Add(inSamples[i]);
 		outSamples[i] = inSamples[i];
 	}
-	return found == 0;
+	return check.IsFinite();
 }
 
 bool CopyMean(float const* inLeft, float const* inRight, unsigned inCount, float* outSamples)
 {
-	std::uint32_t found = 0;
+	FiniteCheck check;
 	for (unsigned i = 0; i < inCount; ++i)
 	{
 		float const mean = 0.5f * (inLeft[i] + inRight[i]);
-		found |= TestInfinite(mean);
+		check.Add(mean);
 		outSamples[i] = mean;
 	}
-	return found == 0;
+	return check.IsFinite();
+}
+
+// Raises the fault of the first frame that is not finite.
+[[noreturn]] void RaiseNotFinite(dsp::AudioBuffer const& inBuffer, unsigned inFirst, unsigned inCount)
+{
+	std::size_t first = inCount;
+	for (unsigned channel = 0; channel < inBuffer.GetNumChannels(); ++channel)
+	{
+		first = std::min(first, FindNotFinite(inBuffer.GetChannel(channel) + inFirst, inCount));
+	}
+	throw EffectFault(EffectFault::Kind::kNotANumber, inFirst + static_cast<unsigned>(first));
 }
 
 std::string DescribePorts(EffectDescription const& inDescription)
@@ -95,14 +98,27 @@ PluginFilter::PluginFilter(std::shared_ptr<PluginStart const> inStart, Terms con
 	  mTerms(inTerms),
 	  mUse(ChooseChannelUse(mStart->mData->mDescription, inTerms.mChannels)),
 	  mFixedFrames(mStart->mData->mNeedsFixedBlocks ? kFixedFrames : 0),
-	  mParameters(mStart->mValues.size())
+	  mParameters(mStart->mValues.size() + 1)
 {
-	for (std::size_t i = 0; i < mParameters.size(); ++i)
+	for (std::size_t i = 0; i < GetBypassIndex(); ++i)
 	{
 		mParameters[i].store(mStart->mValues[i], std::memory_order_relaxed);
 	}
+	mParameters[GetBypassIndex()].store(mStart->mIsBypassed ? 1.0f : 0.0f, std::memory_order_relaxed);
 	MakeInstances();
-	mLatency = mFixedFrames + MeasureLatency();
+	mLatency = std::max(mFixedFrames + MeasureLatency(), mStart->mFoundLatency->load());
+	mFoundLatency = mLatency;
+	MakeAligned();
+}
+
+void PluginFilter::MakeAligned()
+{
+	bool const isLate = mLatency > 0 && mStart->mData->mDescription.mReportsLatency;
+	if (isLate || mStart->mHasBypass)
+	{
+		unsigned const longest = mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u);
+		mAligned.emplace(AlignedSound::Terms{mTerms.mChannels, mLatency, longest, mTerms.mSampleRate});
+	}
 }
 
 void PluginFilter::MakeInstances()
@@ -147,7 +163,7 @@ unsigned PluginFilter::MeasureLatency() const
 	}
 	World::Lock const lock;
 	auto const probe = MakeInstance();
-	for (std::size_t i = 0; i < mParameters.size(); ++i)
+	for (std::size_t i = 0; i < GetBypassIndex(); ++i)
 	{
 		probe->SetControl(i, mParameters[i].load(std::memory_order_relaxed));
 	}
@@ -173,7 +189,11 @@ float PluginFilter::GetParameter(unsigned inIndex)
 void PluginFilter::GetParameterText(std::u16string& outText, unsigned inIndex)
 {
 	outText.clear();
-	if (inIndex < mParameters.size())
+	if (inIndex == GetBypassIndex())
+	{
+		outText = GetParameter(inIndex) > 0.0f ? u"bypassed" : u"heard";
+	}
+	else if (inIndex < mParameters.size())
 	{
 		Control const& control = mStart->mData->mDescription.mControls[inIndex];
 		float const value = GetParameter(inIndex);
@@ -189,10 +209,11 @@ void PluginFilter::GetParameterText(std::u16string& outText, unsigned inIndex)
 void PluginFilter::Clone(SN::InterfaceRef<SN::IAudioFilter>& outFilter, bool inRealTime)
 {
 	auto start = std::make_shared<PluginStart>(*mStart);
-	for (unsigned i = 0; i < mParameters.size(); ++i)
+	for (unsigned i = 0; i < GetBypassIndex(); ++i)
 	{
 		start->mValues[i] = GetParameter(i);
 	}
+	start->mIsBypassed = GetParameter(static_cast<unsigned>(GetBypassIndex())) > 0.0f;
 	Terms terms = mTerms;
 	terms.mIsRealTime = inRealTime;
 	outFilter = zorvcore::classref::MakeObject<PluginFilter>(std::move(start), terms);
@@ -207,9 +228,15 @@ void PluginFilter::Initialize(
 		mUse = ChooseChannelUse(mStart->mData->mDescription, inChannels);
 		mTerms = terms;
 		MakeInstances();
+		MakeAligned();
+	}
+	if (mAligned)
+	{
+		mAligned->Reset();
 	}
 	UpdateControls(true);
 	mFilled = 0;
+	mRunLatency = mLatency;
 	for (auto const& instance : mInstances)
 	{
 		instance->Activate();
@@ -234,7 +261,11 @@ void PluginFilter::UpdateControls(bool inAll)
 	{
 		return;
 	}
-	for (std::size_t i = 0; i < mParameters.size(); ++i)
+	if (mAligned)
+	{
+		mAligned->SetBypass(mParameters[GetBypassIndex()].load(std::memory_order_relaxed) > 0.0f);
+	}
+	for (std::size_t i = 0; i < GetBypassIndex(); ++i)
 	{
 		float const value = mParameters[i].load(std::memory_order_relaxed);
 		for (auto const& instance : mInstances)
@@ -252,12 +283,21 @@ void PluginFilter::Process(dsp::AudioBuffer& ioBuffer, SN::TickTime, bool)
 	for (unsigned done = 0; done < frames;)
 	{
 		unsigned const count = std::min(frames - done, longest - mFilled);
+		UpdateControls(false);
+		if (mAligned)
+		{
+			mAligned->TakeInput(ioBuffer, done, count);
+		}
 		Read(ioBuffer, done, count);
 		if (mFixedFrames == 0)
 		{
 			RunInstances(count);
 		}
 		Write(ioBuffer, done, count);
+		if (mAligned)
+		{
+			mAligned->TakeOutput(ioBuffer, done, count, mRunLatency);
+		}
 		mFilled += mFixedFrames > 0 ? count : 0;
 		if (mFixedFrames > 0 && mFilled == mFixedFrames)
 		{
@@ -315,16 +355,31 @@ void PluginFilter::Write(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned 
 	}
 	if (!isFinite)
 	{
-		throw EffectFault(EffectFault::Kind::kNotANumber);
+		RaiseNotFinite(ioBuffer, inFirst, inCount);
 	}
 }
 
 void PluginFilter::RunInstances(unsigned inFrames)
 {
-	UpdateControls(false);
 	for (auto const& instance : mInstances)
 	{
 		instance->Run(inFrames);
+	}
+	NoteLatency();
+}
+
+void PluginFilter::NoteLatency()
+{
+	if (!mStart->mData->mDescription.mReportsLatency)
+	{
+		return;
+	}
+	// Instances at the same settings state the same one.
+	mRunLatency = mFixedFrames + mInstances.front()->GetLatency();
+	if (mRunLatency > mFoundLatency)
+	{
+		mFoundLatency = mRunLatency;
+		mStart->mFoundLatency->store(mRunLatency, std::memory_order_relaxed);
 	}
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Effects/AlignedSound.h"
 #include "PluginInstance.h"
 #include "PluginStart.h"
 #include "Sonaro/IAudioFilter.h"
@@ -7,6 +8,7 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,8 +29,9 @@ enum class ChannelUse
 // Throws a HostError of the kind kRequest where they do not fit.
 ChannelUse ChooseChannelUse(EffectDescription const& inDescription, unsigned inChannels);
 
-// A plugin as an effect of the engine. Its parameters are the plugin's controls.
+// A plugin as an effect of the engine. Its parameters are the plugin's controls, and after them the host's own bypass.
 //
+// Latency  What GetLatency gives grows when the plugin comes to state more; what is heard is late by what it was at first.
 // History  Every plugin may have one, since none says that it has not.
 // Errors   What is not a finite number in the output raises an EffectFault.
 class PluginFilter final : public SN::Implements<PluginFilter, SN::IAudioFilter>
@@ -54,7 +57,7 @@ public:
 	}
 	float GetParameter(unsigned inIndex) override;
 	void GetParameterText(std::u16string& outText, unsigned inIndex) override;
-	unsigned GetLatency() SONARO_NONBLOCKING override { return mLatency; }
+	unsigned GetLatency() SONARO_NONBLOCKING override { return mFoundLatency; }
 	void Clone(SN::InterfaceRef<SN::IAudioFilter>& outFilter, bool inRealTime) override;
 	bool HasHistory() override { return true; }
 	void Initialize(bool inRealTime, unsigned inMaxFrames, SN::FrameRate const& inFrameRate,
@@ -79,6 +82,9 @@ private:
 	void MakeInstances();
 	std::unique_ptr<PluginInstance> MakeInstance() const;
 	unsigned MeasureLatency() const;
+	void MakeAligned();
+	void NoteLatency();
+	std::size_t GetBypassIndex() const { return mParameters.size() - 1; }
 	// The parameters that have changed go to the instances.
 	void UpdateControls(bool inAll);
 	void FillSilence(dsp::AudioBuffer& ioBuffer) const;
@@ -97,7 +103,12 @@ private:
 	// The inputs and outputs of the instances, one for each channel; two for stereo on mono.
 	std::vector<Input> mInputs;
 	std::vector<float const*> mOutputs;
+	// In frames: what is planned for, what the last run had, the largest one.
 	unsigned mLatency = 0;
+	unsigned mRunLatency = 0;
+	unsigned mFoundLatency = 0;
+	// Absent for a plugin that needs neither delays nor fades.
+	std::optional<AlignedSound> mAligned;
 	// How much of a fixed block is filled.
 	unsigned mFilled = 0;
 };

@@ -126,7 +126,6 @@ float* PluginInstance::MakeValue(std::size_t inPort)
 	Port const& port = mData->mPorts[inPort];
 	float& value = mValues[inPort];
 	value = port.mRole == Port::Role::kFreeWheeling ? (mSettings.mIsRealTime ? 0.0f : 1.0f)
-			: port.mRole == Port::Role::kEnabled    ? 1.0f
 			: port.mKind == Port::Kind::kControlIn  ? port.mDefault
 													: 0.0f;
 	if (port.mControl)

@@ -53,7 +53,8 @@ void SetPortValue(
 	auto const& controls = start.mData->mDescription.mControls;
 	auto const found = std::ranges::find(controls, inSymbol, &Control::mSymbol);
 	auto const number = ReadNumber(inValue, inSize, inType);
-	if (found != controls.end() && number && std::isfinite(*number))
+	bool const isEnabled = start.mData->mEnabled == static_cast<std::size_t>(found - controls.begin());
+	if (found != controls.end() && !isEnabled && number && std::isfinite(*number))
 	{
 		start.mValues[static_cast<std::size_t>(found - controls.begin())] = static_cast<float>(*number);
 	}

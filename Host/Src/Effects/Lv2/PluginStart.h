@@ -5,6 +5,7 @@
 
 #include <lilv/lilv.h>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -19,6 +20,11 @@ struct PluginStart
 	std::vector<float> mValues;
 	// In their order.
 	std::vector<std::shared_ptr<LilvState const>> mStates;
+	// Whether it begins bypassed by the host, and whether it is ever to be.
+	bool mIsBypassed = false;
+	bool mHasBypass = false;
+	// The largest latency in frames that an instance has stated so far, which the next ones count with.
+	std::shared_ptr<std::atomic<unsigned>> mFoundLatency = std::make_shared<std::atomic<unsigned>>(0);
 };
 
 // The defaults, and over them what the plugin itself begins with, the preset and the state of a setup, without its

@@ -42,6 +42,11 @@ double ReadControlValue(Cursor const& inValue)
 											  : ReadNumber(inValue, -kLargest, kLargest);
 }
 
+double ReadSwitch(Cursor const& inValue)
+{
+	return ReadBool(inValue) ? 1.0 : 0.0;
+}
+
 double ReadPanPosition(Cursor const& inValue)
 {
 	return ReadNumber(inValue, -1.0, 1.0);
@@ -92,6 +97,11 @@ Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadV
 Curve ReadControlCurve(Cursor const& inValue)
 {
 	return ReadCurve(inValue, AutomationScale::kLinear, ReadControlValue);
+}
+
+Curve ReadSwitchCurve(Cursor const& inValue)
+{
+	return ReadCurve(inValue, AutomationScale::kLinear, ReadSwitch);
 }
 
 Curve ReadGain(Cursor const& inValue)

@@ -14,6 +14,8 @@ inline constexpr double kMaxGainDecibels = 100.0;
 
 // What a control of a plugin is set to: a number, or true or false for 1 or 0, or an object with keyframes of these.
 Curve ReadControlCurve(Cursor const& inValue);
+// The same of a switch: true or false, or an object with keyframes of these.
+Curve ReadSwitchCurve(Cursor const& inValue);
 // A gain in decibels and a pan from -1 to 1: a number, or an object with keyframes.
 Curve ReadGain(Cursor const& inValue);
 Curve ReadPan(Cursor const& inValue);

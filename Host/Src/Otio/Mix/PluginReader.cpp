@@ -52,13 +52,14 @@ std::vector<PluginEffect::Control> ReadControls(Cursor const& inObject)
 PluginEffect ReadPluginEffect(Cursor const& inObject)
 {
 	inObject.Require(JsonValue::Type::kObject, "an object with \"uri\"");
-	TellUnknownKeys(inObject, {"uri", "preset", "state", "controls"});
+	TellUnknownKeys(inObject, {"uri", "preset", "state", "controls", "bypass"});
 	PluginEffect effect;
 	effect.mPlace = inObject.GetPlace();
 	effect.mUri = ReadUri(Cursor(inObject, "uri"));
 	effect.mPreset = ReadTextIfThere(Cursor(inObject, "preset"));
 	effect.mState = ReadTextIfThere(Cursor(inObject, "state"));
 	effect.mControls = ReadControls(Cursor(inObject, "controls"));
+	effect.mBypass = ReadIfThere(Cursor(inObject, "bypass"), ReadSwitchCurve);
 	return effect;
 }
 

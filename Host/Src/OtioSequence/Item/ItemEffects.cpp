@@ -22,8 +22,9 @@ Sequence::Effect MakeEffect(MakerContext& ioContext, PluginEffect const& inPlugi
 		ioContext.Tell(Note::Kind::kRemark, inPlugin.mPlace,
 			"the effect " + QuoteName(effect.GetName()) + ": " + remark);
 	}
-	std::string const name = effect.GetName();
-	return {name, [made = std::move(effect)](auto const&... inGraph) { return made.Make(inGraph...); }};
+	Sequence::Effect stage{effect.GetName(), {}, false, effect.GetJumps(), effect.GetFacts()};
+	stage.mMake = [made = std::move(effect)](auto const&... inGraph) { return made.Make(inGraph...); };
+	return stage;
 }
 
 } // namespace
@@ -31,10 +32,16 @@ Sequence::Effect MakeEffect(MakerContext& ioContext, PluginEffect const& inPlugi
 Effects::EffectSetup MakeSetup(PluginEffect const& inPlugin, CurveTiming const& inTiming)
 {
 	Effects::EffectSetup setup{inPlugin.mUri, inPlugin.mPreset, inPlugin.mState};
+	auto const make = [&inTiming](std::string const& inSymbol, Curve const& inCurve) {
+		return Effects::ControlSetting{inSymbol, inCurve.mConstant, MakePoints(inCurve, inTiming)};
+	};
 	for (PluginEffect::Control const& control : inPlugin.mControls)
 	{
-		setup.mSettings.push_back(
-			{control.mSymbol, control.mValue.mConstant, MakePoints(control.mValue, inTiming)});
+		setup.mSettings.push_back(make(control.mSymbol, control.mValue));
+	}
+	if (inPlugin.mBypass)
+	{
+		setup.mBypass = make({}, *inPlugin.mBypass);
 	}
 	return setup;
 }

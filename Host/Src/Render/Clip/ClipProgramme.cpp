@@ -219,8 +219,9 @@ Programme MakeProgramme(ProgrammePlan const& inPlan, std::vector<Effects::Prepar
 	}
 	for (Effects::PreparedEffect const& effect : inEffects)
 	{
-		description->mMaster.mStages.push_back(Sequence::Effect{
-			effect.GetName(), [effect](auto const&... inGraph) { return effect.Make(inGraph...); }});
+		description->mMaster.mStages.push_back(Sequence::Effect{effect.GetName(),
+			[effect](auto const&... inGraph) { return effect.Make(inGraph...); }, false, effect.GetJumps(),
+			effect.GetFacts()});
 	}
 	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {},
 		std::make_shared<ClipMedia>(sources->mSources),

@@ -115,7 +115,7 @@ std::optional<RenderSummary> ClipRenderJob::Run(
 	}
 	Programme programme = MakeProgramme(mPlan, mEffects);
 	programme.mRefusesDamage = mRequest.mRefusesDamage;
-	auto summary = RenderJob(std::move(programme), std::move(plan), inProgress, inStop).Run();
+	auto summary = RenderFiles(programme, plan, inProgress, inStop);
 	if (summary && summary->mPlayback)
 	{
 		summary->mPlayback = CountMisses(mPlan, summary->mPlayback->mReadAhead);

@@ -1,5 +1,7 @@
 #include "PieceRenderer.h"
 
+#include "Render/Effect/LatencyGrowth.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -111,6 +113,10 @@ void PieceRenderer::RenderBlocks(
 		mGraph->GetGenerator()->GetAudioData(getTime(inFirstFrame + done), mBlock, false);
 		CheckMedia(mProgramme, *mMedia);
 		CheckEffects(mProgramme, mGraph->GetReport(), mRender.mRange.mFirstFrame + inFirstFrame + done);
+		if (HasLateEffect(mGraph->GetReport()))
+		{
+			throw LatencyGrowth();
+		}
 		outPiece.AddBlock(mBlock);
 		done += count;
 	}

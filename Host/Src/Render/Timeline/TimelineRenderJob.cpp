@@ -210,7 +210,7 @@ std::optional<RenderSummary> TimelineRenderJob::Run(
 	mInput.DropTimeline();
 	Programme programme = MakeProgramme(mSequence, mInput.GetMedia());
 	programme.mRefusesDamage = mRequest.mRefusesDamage;
-	return RenderJob(std::move(programme), std::move(plan), inProgress, inStop).Run();
+	return RenderFiles(programme, plan, inProgress, inStop);
 }
 
 RenderPlan TimelineRenderJob::MakePlan() const

@@ -1,6 +1,7 @@
 #include "SonaroHost/Render/TimelineWaveformJob.h"
 
 #include "Picture/TimelineWaves.h"
+#include "Render/Effect/LatencyGrowth.h"
 #include "Render/RangeRender.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/OutputFile.h"
@@ -57,7 +58,9 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	{
 		CheckBitmapSize(mRequest.mWidth, height);
 	}
-	if (!Hear(picture, inProgress, inStop))
+	bool const isWhole =
+		RunUntilLatenciesStay([&](bool inSearches) { return Hear(picture, inSearches, inProgress, inStop); });
+	if (!isWhole)
 	{
 		return std::nullopt;
 	}
@@ -78,10 +81,11 @@ std::optional<TimelineWaveformSummary> TimelineWaveformJob::Run(
 	return summary;
 }
 
-bool TimelineWaveformJob::Hear(
-	TimelinePicture& ioPicture, ProgressCallback const& inProgress, std::stop_token const& inStop)
+bool TimelineWaveformJob::Hear(TimelinePicture& ioPicture, bool inSearchesLatency,
+	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
-	Programme const programme = Otio::MakeProgramme(mSequence, mInput.GetMedia());
+	Programme programme = Otio::MakeProgramme(mSequence, mInput.GetMedia());
+	programme.mSearchesLatency = inSearchesLatency;
 	TimelineWaves waves(ioPicture, programme.mFrames, programme.mSampleRate, mRequest.mWidth);
 	RangeRender render;
 	render.mView.mTaps = waves.GetTaps();

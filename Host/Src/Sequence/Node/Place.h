@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SonaroHost/Sequence/OutermostTime.h"
+
 #include <string>
 
 namespace SonaroHost::Sequence
@@ -18,6 +20,10 @@ struct Place
 	std::string const* mItemName = nullptr;
 	// The origin of the item, or of the track; may be null.
 	std::string const* mOrigin = nullptr;
+	// The time of the sequence, or of the item from its start on.
+	OutermostTime mTime = {};
+	// The time of what the item plays.
+	OutermostTime mInnerTime = {};
 
 	// The path in the form "Dialogue / Scene 4 / Boom".
 	std::string GetPath() const;

@@ -1,6 +1,7 @@
 #include "EffectStage.h"
 
 #include "Sonaro/AudioFilterException.h"
+#include "SonaroHost/Base/FiniteSamples.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
@@ -14,7 +15,8 @@ EffectStage::EffectStage(SN::InterfaceRef<SN::IAudioProcessor> const& inEffect, 
 	: mEffect(inEffect),
 	  mParameters(inEffect),
 	  mLiveParameters(inEffect),
-	  mTerms(inTerms)
+	  mTerms(inTerms),
+	  mPlannedDelay(inEffect->GetDelay())
 {
 	if (mTerms.mLatency > 0)
 	{
@@ -28,8 +30,8 @@ SN::InterfaceRef<SN::IAudioProcessor> EffectStage::Clone(
 {
 	return zorvcore::classref::MakeObject<EffectStage>(
 		mEffect->Clone(inFrameRate, inMaxBlockSize, inControlInterval),
-		EffectTerms{
-			mTerms.mChannels, inMaxBlockSize, mTerms.mClock.Clone(), mTerms.mLatency, mTerms.mHealth});
+		EffectTerms{mTerms.mChannels, inMaxBlockSize, mTerms.mClock.Clone(), mTerms.mLatency, mTerms.mHealth,
+			mTerms.mJumps});
 }
 
 void EffectStage::ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime const&)
@@ -44,13 +46,13 @@ void EffectStage::ProcessAudioData(dsp::AudioBuffer& ioBuffer, SN::TickTime cons
 				std::int64_t const count = Prepare(left);
 				window.Assign(ioBuffer, inOffset + static_cast<unsigned>(inRun.mCount - left.mCount));
 				window.SetUseSize(static_cast<unsigned>(count));
-				Process(window, left.mFirst);
+				Process(window, {left.mFirst, left.mStep, count});
 				left = {left.GetFrame(count), left.mStep, left.mCount - count};
 			}
 		});
 }
 
-void EffectStage::Process(dsp::AudioBuffer& ioBlock, std::int64_t inFrame)
+void EffectStage::Process(dsp::AudioBuffer& ioBlock, FrameRun const& inRun)
 {
 	if (mHasFault)
 	{
@@ -61,28 +63,63 @@ void EffectStage::Process(dsp::AudioBuffer& ioBlock, std::int64_t inFrame)
 		}
 		return;
 	}
+	CheckInput(ioBlock, inRun);
 	try
 	{
-		mEffect->ProcessAudioData(ioBlock, mTerms.mClock.ToCurveTime(inFrame));
+		mEffect->ProcessAudioData(ioBlock, mTerms.mClock.ToCurveTime(inRun.mFirst));
+		NoteLatency();
 	}
 	catch (SN::AudioFilterException const&)
 	{
-		NoteFault(EffectFault::Kind::kCrash, ioBlock);
+		TakeFault(EffectFault::Kind::kCrash, inRun.mFirst, ioBlock);
 	}
 	catch (EffectFault const& fault)
 	{
-		NoteFault(fault.GetKind(), ioBlock);
+		TakeFault(fault.GetKind(), inRun.GetFrame(std::int64_t{fault.GetFrame()} - mTerms.mLatency), ioBlock);
+	}
+}
+
+// Effects remember what they hear, and would give such samples for ever.
+void EffectStage::CheckInput(dsp::AudioBuffer& ioBlock, FrameRun const& inRun)
+{
+	auto const count = static_cast<std::size_t>(inRun.mCount);
+	for (unsigned channel = 0; channel < ioBlock.GetNumChannels(); ++channel)
+	{
+		float* const samples = ioBlock.IsChannelSilent(channel) ? nullptr : ioBlock.GetChannel(channel);
+		if (!samples || AreFinite(samples, count))
+		{
+			continue;
+		}
+		auto const first = static_cast<std::int64_t>(FindNotFinite(samples, count));
+		NoteFault(EffectFault::Kind::kBadInput, inRun.GetFrame(first));
+		std::replace_if(
+			samples, samples + count, [](float inSample) { return !AreFinite(&inSample, 1); }, 0.0f);
+	}
+}
+
+void EffectStage::NoteLatency()
+{
+	SN::TickTime const delay = mEffect->GetDelay();
+	if (delay > mPlannedDelay && mTerms.mHealth)
+	{
+		SN::FrameRate const& frameRate = mTerms.mClock.GetFrameRate();
+		mTerms.mHealth->mFoundLatency.store(delay.ToFrame64(frameRate), std::memory_order_relaxed);
 	}
 }
 
 // What the effect had under way is silent.
-void EffectStage::NoteFault(EffectFault::Kind inKind, dsp::AudioBuffer& outBlock)
+void EffectStage::TakeFault(EffectFault::Kind inKind, std::int64_t inFrame, dsp::AudioBuffer& outBlock)
 {
 	outBlock.Zero();
 	mHasFault = true;
+	NoteFault(inKind, inFrame);
+}
+
+void EffectStage::NoteFault(EffectFault::Kind inKind, std::int64_t inFrame)
+{
 	if (mTerms.mHealth)
 	{
-		mTerms.mHealth->mFault.store(inKind);
+		mTerms.mHealth->NoteFault(inKind, mTerms.mClock.ToCurveTime(inFrame));
 	}
 }
 
@@ -94,11 +131,16 @@ std::int64_t EffectStage::Prepare(FrameRun const& inRun)
 		return largest;
 	}
 	constexpr std::int64_t kGrid = kControlInterval;
+	std::int64_t const frame = inRun.mFirst;
 	// The remainder is never negative, also for frames below 0.
-	std::int64_t const within = ((inRun.mFirst % kGrid) + kGrid) % kGrid;
-	mParameters->UpdateControls(mTerms.mClock.ToCurveTime(inRun.mFirst - within));
+	std::int64_t first = frame - ((frame % kGrid) + kGrid) % kGrid;
+	std::int64_t end = first + kGrid;
+	auto const next = std::ranges::upper_bound(mTerms.mJumps, frame);
+	first = next != mTerms.mJumps.begin() ? std::max(first, next[-1]) : first;
+	end = next != mTerms.mJumps.end() ? std::min(end, *next) : end;
+	mParameters->UpdateControls(mTerms.mClock.ToCurveTime(first));
 	bool const moves = mParameters->GetNextInterestingTime(-SN::kTimeMax) != SN::kTimeMax;
-	return moves ? std::min(largest, inRun.mStep > 0 ? kGrid - within : within + 1) : largest;
+	return moves ? std::min(largest, inRun.mStep > 0 ? end - frame : frame - first + 1) : largest;
 }
 
 void EffectStage::Preroll(SN::TickTime const& inTime, bool inReverse)

@@ -59,4 +59,24 @@ SN::TickTime StageClock::ToCurveTime(std::int64_t inFrame) const
 	return mTime.mCurveScale == 1.0 ? time : time * mTime.mCurveScale;
 }
 
+std::vector<std::int64_t> StageClock::FindFrames(std::vector<SN::TickTime> const& inTimes) const
+{
+	std::vector<std::int64_t> frames;
+	for (SN::TickTime const& time : inTimes)
+	{
+		SN::TickTime const unscaled = mTime.mCurveScale == 1.0 ? time : time / mTime.mCurveScale;
+		// Roundings may bring it to a neighbour.
+		std::int64_t frame = mTime.mOrigin + unscaled.ToFrame64(mTime.mFrameRate) - 1;
+		for (int step = 0; step < 3 && ToCurveTime(frame) < time; ++step)
+		{
+			++frame;
+		}
+		frames.push_back(frame);
+	}
+	std::ranges::sort(frames);
+	auto const rest = std::ranges::unique(frames);
+	frames.erase(rest.begin(), rest.end());
+	return frames;
+}
+
 } // namespace SonaroHost::Sequence

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace SonaroHost::Sequence
 {
@@ -109,6 +110,8 @@ public:
 
 	// The time of the chain's curves at a frame.
 	SN::TickTime ToCurveTime(std::int64_t inFrame) const;
+	// The first frames that are not before these times of the curves, each once and in their order.
+	std::vector<std::int64_t> FindFrames(std::vector<SN::TickTime> const& inTimes) const;
 	// Whether what is rendered now does not follow what was heard before.
 	bool IsJumping() const { return mTime.mPlayhead->mIsSettling || mTime.mPlayhead->mIsFresh; }
 	std::uint64_t GetRequest() const { return mTime.mPlayhead->mRequest; }

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace SonaroHost
+{
+
+// What reports say of an effect.
+struct EffectFacts
+{
+	struct Setting
+	{
+		std::string mSymbol;
+		// The value, or the first one of as many points; within its range.
+		double mValue = 0.0;
+		std::size_t mPoints = 0;
+	};
+
+	std::string mUri;
+	// By name or URI; empty for none.
+	std::string mPreset;
+	// What was set, in the order in which it was.
+	std::vector<Setting> mSettings;
+	// Absent where nothing was said of a bypass.
+	std::optional<Setting> mBypass;
+};
+
+} // namespace SonaroHost

@@ -1,0 +1,121 @@
+#include "BadInput.h"
+
+#include "SonaroHost/Base/FiniteSamples.h"
+#include "SonaroHost/Sequence/OutermostTime.h"
+#include "Vexilon/BinaryData.h"
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace SonaroHost
+{
+
+namespace
+{
+
+using Sequence::Item;
+using Sequence::OutermostTime;
+
+// As far as filters of resamplers and crossfades reach beyond a time.
+constexpr double kReachSeconds = 1.0;
+
+class BadInputSearch
+{
+public:
+	BadInputSearch(SN::FrameRate const& inFrameRate, SN::TickTime const& inTime)
+		: mFrameRate(inFrameRate),
+		  mTime(inTime)
+	{
+	}
+
+	std::optional<BadInput> Search(Sequence::Description const& inDescription, OutermostTime const& inTime)
+	{
+		for (Sequence::Track const& track : inDescription.mTracks)
+		{
+			for (Item const& item : track.mItems)
+			{
+				if (auto found = Search(item, inTime.From(item.mStart)))
+				{
+					return found;
+				}
+			}
+		}
+		return std::nullopt;
+	}
+
+private:
+	std::optional<BadInput> Search(Item const& inItem, OutermostTime const& inTime)
+	{
+		SN::TickTime const reach = SN::TickTime::FromSeconds(kReachSeconds);
+		SN::TickTime const ends[] = {inTime.Map(SN::kTimeZero), inTime.Map(inItem.mEnd - inItem.mStart)};
+		if (inTime.mIsKnown &&
+			(mTime + reach < std::min(ends[0], ends[1]) || mTime - reach > std::max(ends[0], ends[1])))
+		{
+			return std::nullopt;
+		}
+		if (auto const* const nest = std::get_if<Sequence::Nest>(&inItem.mContent))
+		{
+			OutermostTime inner = inTime.Into(nest->mStart, inItem.mSpeed);
+			inner.mIsKnown &= !inItem.mSpeedCurve;
+			return nest->mSequence ? Search(*nest->mSequence, inner) : std::nullopt;
+		}
+		auto const& clip = std::get<Sequence::Clip>(inItem.mContent);
+		return IsBad(inItem, clip, inTime)
+				   ? std::optional(BadInput{inItem.mName, inItem.mOrigin, clip.mMedia->mName})
+				   : std::nullopt;
+	}
+
+	// Reads the recording around the place that is heard at the time; all of it where that is not known.
+	bool IsBad(Item const& inItem, Sequence::Clip const& inClip, OutermostTime const& inTime) const
+	{
+		Sequence::Media const& media = *inClip.mMedia;
+		double const speed = inItem.mSpeed * media.mSampleRate;
+		std::int64_t first = 0;
+		std::int64_t end = media.mFrames;
+		if (inTime.mIsKnown && !inItem.mSpeedCurve)
+		{
+			double const seconds = ((mTime - inTime.mStart) / inTime.mScale).GetSeconds();
+			std::int64_t const middle = inClip.mFirstFrame + std::llround(seconds * speed);
+			auto const reach = std::llround(std::abs(speed) * kReachSeconds);
+			first = std::clamp<std::int64_t>(middle - reach, 0, end);
+			end = std::clamp<std::int64_t>(middle + reach, first, end);
+		}
+		return IsBad(media, first, end);
+	}
+
+	bool IsBad(Sequence::Media const& inMedia, std::int64_t inFirst, std::int64_t inEnd) const
+	{
+		constexpr std::int64_t kFrames = 4096;
+		auto const source = inMedia.mOpen(mFrameRate);
+		dsp::AudioBuffer block(static_cast<unsigned>(inMedia.mLayout.size()), kFrames);
+		for (std::int64_t frame = inFirst; source && frame < inEnd; frame += kFrames)
+		{
+			block.SetUseSize(static_cast<unsigned>(std::min(kFrames, inEnd - frame)));
+			source->ReadAudio(VX::BinaryData(), block, SN::TickTime(frame, source->GetFrameRate()), false);
+			for (unsigned channel = 0; channel < block.GetNumChannels(); ++channel)
+			{
+				if (!block.IsChannelSilent(channel) &&
+					!AreFinite(block.GetChannel(channel), block.GetUseSize()))
+				{
+					return true;
+				}
+			}
+		}
+		return false;
+	}
+
+	SN::FrameRate mFrameRate;
+	SN::TickTime mTime;
+};
+
+} // namespace
+
+std::optional<BadInput> FindBadInput(
+	Sequence::Description const& inDescription, SN::FrameRate const& inFrameRate, SN::TickTime const& inTime)
+{
+	return BadInputSearch(inFrameRate, inTime).Search(inDescription, {});
+}
+
+} // namespace SonaroHost
