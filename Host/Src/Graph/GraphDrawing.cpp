@@ -93,12 +93,10 @@ std::string MakeTooltip(std::string const& inName)
 char const* FindWord(std::string_view inClass)
 {
 	constexpr std::pair<std::string_view, char const*> kWords[] = {{"AudioClipRenderer", "content"},
-		{"BinauralPanner", "ears"},
-		{"AudioStreamRenderer", "samples"}, {"AudioTrackGroupRenderer", "sum"},
+		{"BinauralPanner", "ears"}, {"AudioStreamRenderer", "samples"}, {"AudioTrackGroupRenderer", "sum"},
 		{"AudioTrackInletRenderer", "input"}, {"ConversionPanner", "layout"},
 		{"ConvertedContent", "converted content"}, {"FadeItem", "fade"}, {"ItemContent", "content"},
-		{"AudioContentMulticamRenderer", "angles"}, {"MulticamContent", "cuts"},
-		{"PanStage", "pan"}};
+		{"AudioContentMulticamRenderer", "angles"}, {"MulticamContent", "cuts"}, {"PanStage", "pan"}};
 	auto const* const found =
 		std::ranges::find(kWords, inClass, [](auto const& inWord) { return inWord.first; });
 	return found != std::end(kWords) ? found->second : nullptr;

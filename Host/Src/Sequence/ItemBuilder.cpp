@@ -134,8 +134,9 @@ void ItemBuilder::Check(Multicam const& inMulticam) const
 	{
 		if (inAngle >= count)
 		{
-			Refuse(mContext.mPlace, "angle index " + std::to_string(inAngle) + " is out of range: there are " +
-										std::to_string(count) + ", counted from 0");
+			Refuse(mContext.mPlace, "angle index " + std::to_string(inAngle) +
+										" is out of range: there are " + std::to_string(count) +
+										", counted from 0");
 		}
 	};
 	checkAngle(inMulticam.mFirstAngle);

@@ -87,7 +87,10 @@ private:
 	// The content's frame that is to be heard first at the item's own start.
 	std::int64_t GetFirstFrame(Clip const& inClip) const { return inClip.mFirstFrame; }
 	std::int64_t GetFirstFrame(Nest const& inNest) const { return mTools.ToFrames(inNest.mStart); }
-	std::int64_t GetFirstFrame(Multicam const& inMulticam) const { return mTools.ToFrames(inMulticam.mStart); }
+	std::int64_t GetFirstFrame(Multicam const& inMulticam) const
+	{
+		return mTools.ToFrames(inMulticam.mStart);
+	}
 	Generator MakeGenerator(Clip const& inClip, SN::AudioChannelLayout const& inLayout);
 	Generator MakeGenerator(Nest const& inNest, SN::AudioChannelLayout const& inLayout);
 	Generator MakeGenerator(Multicam const& inMulticam, SN::AudioChannelLayout const& inLayout);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ContentWindow.h"
-#include "ReadingNode.h"
 #include "NestNode.h"
+#include "ReadingNode.h"
 #include "SonaroHost/Media/SampleConverter.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 

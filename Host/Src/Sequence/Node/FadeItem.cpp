@@ -106,9 +106,8 @@ void FadeItem::Read(Side const& inSide, bool inIsIncoming, SN::TickTime const& i
 	std::int64_t const begin = inReverse ? first + outBuffer.GetUseSize() - 1 : first;
 	std::int64_t const step = inReverse ? -1 : 1;
 	// The side's own rise is turned round where it goes out.
-	ApplyFade(inIsIncoming
-				  ? FadeRun{inSide.mShape, mSettings.mFrames, begin, step}
-				  : FadeRun{inSide.mShape, mSettings.mFrames, mSettings.mFrames - begin, -step},
+	ApplyFade(inIsIncoming ? FadeRun{inSide.mShape, mSettings.mFrames, begin, step}
+						   : FadeRun{inSide.mShape, mSettings.mFrames, mSettings.mFrames - begin, -step},
 		outBuffer);
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "ConvertedContent.h"
+#include "NestNode.h"
 #include "ReadingNode.h"
 #include "Sequence/Stage/Playhead.h"
-#include "NestNode.h"
 
 #include <cstdint>
 #include <memory>

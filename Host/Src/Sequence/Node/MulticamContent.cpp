@@ -16,7 +16,8 @@ namespace SonaroHost::Sequence
 struct MulticamContent::Player
 {
 	explicit Player(Settings const& inSettings)
-		: mContext(inSettings.mScratch->GetCapacity(), SN::kTimeMax, SN::ImmutableString("multicam"), &mPrefetcher)
+		: mContext(
+			  inSettings.mScratch->GetCapacity(), SN::kTimeMax, SN::ImmutableString("multicam"), &mPrefetcher)
 	{
 		std::vector<Generator> cameras;
 		for (Angle const& angle : inSettings.mAngles)
@@ -100,7 +101,8 @@ void MulticamContent::AccumulatePrefetchRequests(
 		for (int angle = 0; angle < static_cast<int>(mSettings.mAngles.size()); ++angle)
 		{
 			bool const isHeard = angle == run.mAngle || angle == run.mOutgoing;
-			if (!isHeard && (mSettings.mReadsAll || mSettings.mAngles[static_cast<std::size_t>(angle)].mRunsOn))
+			if (!isHeard &&
+				(mSettings.mReadsAll || mSettings.mAngles[static_cast<std::size_t>(angle)].mRunsOn))
 			{
 				ReadAhead(angle, range, SN::AsynchronousPrefetch, inAccumulator);
 			}

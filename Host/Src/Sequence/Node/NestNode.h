@@ -15,7 +15,8 @@ class NestNode : public SN::Implements<NestNode, ReadingNode, SN::IAudioGenerato
 public:
 	static constexpr SN::Identifier<NestNode> kIdentifier{0x58e2b07c94a1d36full, 0xb3460fe87d12c95aull};
 
-	NestNode(std::vector<Generator> inInputs, SN::AudioChannelLayout inLayout, SN::FrameRate const& inFrameRate)
+	NestNode(
+		std::vector<Generator> inInputs, SN::AudioChannelLayout inLayout, SN::FrameRate const& inFrameRate)
 		: Implements(std::move(inInputs)),
 		  mLayout(std::move(inLayout)),
 		  mFrameRate(inFrameRate)
