@@ -100,7 +100,9 @@ std::string DescribeOneRun(RenderSummary const& inFiles)
 	// Who has not waited does not ask why it took so long.
 	constexpr double kLongSeconds = 5.0;
 	std::string const& why = inFiles.mGraph.mWhyInOneRun;
-	return why.empty() || inFiles.mElapsedSeconds < kLongSeconds ? "" : "rendered in one run: " + MakePrintable(why) + "\n";
+	return why.empty() || inFiles.mElapsedSeconds < kLongSeconds
+			   ? ""
+			   : "rendered in one run: " + MakePrintable(why) + "\n";
 }
 
 std::string DescribeNormalizing(RenderSummary const& inFiles)
