@@ -53,10 +53,10 @@ public:
 	virtual void Initialize(
 		bool inRealTime, unsigned inMaxFrames, FrameRate const& inFrameRate, unsigned inChannels) = 0;
 
-	// Processes the UseSize samples of ioBuffer in place: 0 to the longest block, the block that starts at inTime
-	// in track time (in reverse, its lowest time). A flagged channel is silent, whatever its samples; one that is
-	// written has to lose its flag, by AudioBuffer::NoteChannelWrite. inFlag: the context's
-	// GetFilterRenderFlag, the host's own. Not called while bypassed.
+	// Processes the UseSize samples of ioBuffer in place, the block that starts at inTime in track time (in reverse, its
+	// lowest time): 0 samples to the longest block, and in an item that is faster than 1 up to its speed times as
+	// many. A flagged channel is silent, whatever its samples; one that is written has to lose its flag, by
+	// AudioBuffer::NoteChannelWrite. inFlag: the context's GetFilterRenderFlag, the host's own. Not called while bypassed.
 	virtual void Process(dsp::AudioBuffer& ioBuffer, TickTime inTime, bool inFlag) SONARO_NONBLOCKING = 0;
 
 	// Frees what Initialize has made. The effect may be initialized again.

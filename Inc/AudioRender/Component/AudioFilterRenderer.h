@@ -59,6 +59,7 @@ private:
 	void MakeDelay();
 	void ReplaceControls();
 	void Run(dsp::AudioBuffer& ioBuffer, TickTime const& inTime) SONARO_NONBLOCKING;
+	void Delay(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING;
 
 	InterfaceRef<IAudioFilter> mFilter;
 	// Kept initialized beside the first, and asked for whole stretches; may be empty.

@@ -2,11 +2,14 @@
 
 #include "Sonaro/AudioFilterControl.h"
 #include "Sonaro/AudioFilterException.h"
+#include "zorvaudiodsp/AudioSubBuffer.h"
 #include "zorvcore/threads/CurrentThread.h"
 #include "zorvcore/utility/MachineException.h"
 #include "zorvcore/utility/RunGuarded.h"
 
 #include <boost/make_shared.hpp>
+
+#include <algorithm>
 
 namespace SN
 {
@@ -130,8 +133,27 @@ void AudioFilterRenderer::Run(dsp::AudioBuffer& ioBuffer, TickTime const& inTime
 	}
 	else if (mFilter->GetLatency() != 0)
 	{
+		Delay(ioBuffer);
+	}
+}
+
+// The delay takes the largest block at a time; items that are faster than 1 hand over longer ones.
+void AudioFilterRenderer::Delay(dsp::AudioBuffer& ioBuffer)
+{
+	if (ioBuffer.GetUseSize() <= mMaxFrames)
+	{
 		mDelayBuffer.Write(ioBuffer);
 		mDelayBuffer.Read(ioBuffer);
+		return;
+	}
+	for (unsigned first = 0; first < ioBuffer.GetUseSize(); first += mMaxFrames)
+	{
+		dsp::AudioSubBuffer piece;
+		piece.Init(ioBuffer.GetNumChannels());
+		piece.Assign(ioBuffer, first);
+		piece.SetUseSize(std::min(mMaxFrames, piece.GetUseSize()));
+		mDelayBuffer.Write(piece);
+		mDelayBuffer.Read(piece);
 	}
 }
 

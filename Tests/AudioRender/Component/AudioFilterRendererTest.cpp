@@ -90,27 +90,29 @@ long long FindHeard(long long inFrame)
 	return into < 100 ? stale : inFrame - 100;
 }
 
+// In blocks of 64 samples, the largest, and in those of an item that is faster than 1.
 TEST(AudioFilterRenderer, ABypassKeepsTheDelay)
 {
-	ScopedContext const context;
-	auto const bypass = MakeObject<FakeParameter>(
-		[](TickTime const& inTime) { return inTime.ToFrame32(k48000Hz) / 640 % 2 == 1 ? 1.0f : 0.0f; });
-	auto const filter = MakeObject<FakeFilter>(100u);
-	auto const renderer = Make(context, filter, {bypass});
-	EXPECT_EQ(renderer->GetDelay(), At(100));
-	for (long long frame = 0; frame < 2560; frame += 64)
+	for (unsigned const size : {64u, 160u})
 	{
-		dsp::AudioBuffer buffer(2, 64);
-		FillFrom(&PositionSample, 2, At(frame), k48000Hz, buffer);
-		UpdateControls(renderer, frame);
-		renderer->ProcessAudioData(buffer, At(frame));
-		for (unsigned channel = 0; channel < 2; ++channel)
+		SCOPED_TRACE(size);
+		ScopedContext const context(64);
+		auto const bypass = MakeObject<FakeParameter>(
+			[](TickTime const& inTime) { return inTime.ToFrame32(k48000Hz) / 640 % 2 == 1 ? 1.0f : 0.0f; });
+		auto const filter = MakeObject<FakeFilter>(100u);
+		auto const renderer = Make(context, filter, {bypass});
+		EXPECT_EQ(renderer->GetDelay(), At(100));
+		for (long long frame = 0; frame < 2560; frame += size)
 		{
-			auto const heard = Heard(buffer, channel);
-			for (unsigned i = 0; i < 64; ++i)
+			dsp::AudioBuffer buffer(2, size);
+			FillFrom(&PositionSample, 2, At(frame), k48000Hz, buffer);
+			UpdateControls(renderer, frame);
+			renderer->ProcessAudioData(buffer, At(frame));
+			for (unsigned i = 0; i < 2 * size; ++i)
 			{
-				long long const from = FindHeard(frame + i);
-				ASSERT_EQ(heard[i], from < 0 ? 0.0f : PositionSample(channel, from)) << frame + i;
+				long long const from = FindHeard(frame + i / 2);
+				float const wanted = from < 0 ? 0.0f : PositionSample(i % 2, from);
+				ASSERT_EQ(Heard(buffer, i % 2)[i / 2], wanted) << frame + i / 2;
 			}
 		}
 	}
