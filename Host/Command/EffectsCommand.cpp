@@ -191,6 +191,7 @@ public:
 			return Show(mWords.front());
 		}
 		std::vector<EffectSummary> effects = ListEffects();
+		WarnOfUnreadable();
 		CheckClass(effects);
 		std::erase_if(effects, [this](EffectSummary const& inEffect) { return !IsWanted(inEffect); });
 		PrintResult(mAsJson ? ListForMachines(effects) : ListForPeople(effects));
@@ -201,6 +202,7 @@ private:
 	int Show(std::string const& inUri)
 	{
 		auto const effect = FindEffect(inUri);
+		WarnOfUnreadable();
 		if (!effect)
 		{
 			Refuse("the plugin " + QuoteName(inUri) +
@@ -208,6 +210,15 @@ private:
 		}
 		PrintResult(mAsJson ? DescribeForMachines(*effect) : DescribeForPeople(*effect));
 		return kExitSuccess;
+	}
+
+	static void WarnOfUnreadable()
+	{
+		for (std::string const& problem : ListUnreadable())
+		{
+			PrintWarning("a part of the installed plugins cannot be read: " + MakePrintable(problem) +
+						 "; reinstall or remove it");
+		}
 	}
 
 	// Refuses a class that no plugin has.

@@ -21,6 +21,7 @@ void AddFacts(Json& ioJson, EffectFacts const& inFacts)
 	{
 		ioJson["preset"] = inFacts.mPreset;
 	}
+	ioJson["hasOwnBypass"] = inFacts.mHasOwnBypass;
 	ioJson["controls"] = Json::object();
 	for (EffectFacts::Setting const& setting : inFacts.mSettings)
 	{

@@ -30,6 +30,12 @@ std::vector<EffectSummary> ListEffects()
 	return effects;
 }
 
+std::vector<std::string> ListUnreadable()
+{
+	World::Lock const lock;
+	return World::Get().GetProblems();
+}
+
 std::optional<EffectDescription> FindEffect(std::string const& inUri)
 {
 	auto const data = ReadPlugin(inUri);

@@ -47,6 +47,11 @@ std::vector<EffectSummary> ListEffects()
 	RefuseEffects();
 }
 
+std::vector<std::string> ListUnreadable()
+{
+	return {};
+}
+
 std::optional<EffectDescription> FindEffect(std::string const&)
 {
 	RefuseEffects();

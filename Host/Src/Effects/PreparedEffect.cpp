@@ -114,6 +114,7 @@ std::shared_ptr<EffectFacts const> CollectFacts(
 	auto facts = std::make_shared<EffectFacts>();
 	facts->mUri = inSetup.mUri;
 	facts->mPreset = inSetup.mPreset;
+	facts->mHasOwnBypass = inStart.mData->mEnabled.has_value();
 	for (ControlSetting const& setting : inSetup.mSettings)
 	{
 		ParameterRange const& range = inRanges[FindControl(inStart.mData->mDescription, setting.mSymbol)];

@@ -3,6 +3,7 @@
 #include "Effect/LatencyGrowth.h"
 #include "Piece/PieceLength.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/TimePosition.h"
 #include "TailSearch.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
@@ -100,7 +101,10 @@ bool RenderJob::AddTail()
 	std::int64_t const end = getEnd(mix);
 	if (end < mProgramme.mFrames)
 	{
-		Refuse("a tail follows the end of the programme, but the range ends before it; render to the end");
+		int const rate = mProgramme.mSampleRate;
+		Refuse("a tail follows the end of the programme at " + FormatTime(mProgramme.mFrames, rate) +
+			   ", but the range ends before it at " + FormatTime(end, rate) +
+			   "; let the range reach the end, or leave the tail out");
 	}
 	auto const frames = tail->mLength ? std::optional(tail->mLength->ToSamples(mProgramme.mSampleRate))
 									  : FindTail(mProgramme, MakeRange(mix));

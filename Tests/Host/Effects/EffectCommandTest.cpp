@@ -6,7 +6,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 namespace SonaroHost::Testing::EffectCommandTest
@@ -145,6 +147,32 @@ TEST_F(EffectCommandTest, WrongEffectsAreRefused)
 	}
 }
 
+// The messages of libraries do not reach people as they are.
+TEST_F(EffectCommandTest, PluginsThatCannotBeReadAreNamed)
+{
+	std::string const former = std::getenv("LV2_PATH");
+	std::filesystem::create_directories(mFolder / "lv2/syntax.lv2");
+	std::filesystem::create_directories(mFolder / "lv2/binary.lv2");
+	WriteBytes(mFolder / "lv2/syntax.lv2/manifest.ttl", "no turtle");
+	WriteBytes(mFolder / "lv2/binary.lv2/manifest.ttl", R"(@prefix lv2: <http://lv2plug.in/ns/lv2core#> .
+<urn:lost> a lv2:Plugin ; lv2:binary <lost.so> ; <http://usefulinc.com/ns/doap#name> "Lost" ; lv2:port
+[ a lv2:AudioPort , lv2:InputPort ; lv2:index 0 ; lv2:symbol "in" ; lv2:name "In" ] ,
+[ a lv2:AudioPort , lv2:OutputPort ; lv2:index 1 ; lv2:symbol "out" ; lv2:name "Out" ] .)");
+	setenv("LV2_PATH", (former + ":" + (mFolder / "lv2").string()).c_str(), 1);
+	ProgramResult const list = Run({"effects", "urn:lost"});
+	EXPECT_EQ(list.mExitCode, 0);
+	EXPECT_THAT(
+		list.mErrors, AllOf(HasSubstr("sonaro: warning: a part of the installed plugins cannot be read: "),
+						  HasSubstr("syntax.lv2/manifest.ttl:1:"), Not(HasSubstr("lilv"))));
+	EXPECT_EQ(std::ranges::count(list.mErrors, '\n'), 1);
+	ExpectRefusal({"render", "tone.wav", "-o", "out.wav", "--effect", "urn:lost"}, 2,
+		{"\"Lost\" (urn:lost) does not start: Failed to open library ", "lost.so", "; reinstall the plugin"});
+	ProgramResult const edit =
+		RenderTimeline(Timeline({WithPlugins(Track("T", {Clip("A", "tone.wav")}), {Plugin("urn:lost")})}));
+	EXPECT_EQ(edit.mExitCode, 3) << edit.mErrors;
+	setenv("LV2_PATH", former.c_str(), 1);
+}
+
 TEST_F(EffectCommandTest, LatencyIsMadeUpForEverywhereInATimeline)
 {
 	auto const make = [](bool inIsLate)
@@ -238,6 +266,20 @@ TEST_F(EffectCommandTest, AFaultNamesItsPlaceAndTime)
 					  "\"A\" has samples that are infinite or not a number at 0:01.250 (sample 60000), which "
 					  "goes into the effect \"Test Delay\" on"),
 			HasSubstr("repair the file")));
+}
+
+// What is after a range that is cut off is no tail.
+TEST_F(EffectCommandTest, ATailNeedsARangeThatReachesTheEnd)
+{
+	Json const timeline = Timeline({WithPlugins(Track("T", {Clip("A", "tone.wav")}), {Late(4000)})});
+	ProgramResult const cut = RenderTimeline(timeline, {"--range", "0.25+0.5", "--tail", "1"});
+	EXPECT_EQ(cut.mExitCode, 2);
+	EXPECT_THAT(
+		cut.mErrors, HasSubstr("the end of the programme at 0:01.000, but the range ends before it at "
+							   "0:00.750; let the range reach the end"));
+	EXPECT_THAT(mFolder.List(), ElementsAre("edit.otio", "tone.wav"));
+	EXPECT_EQ(RenderTimeline(timeline, {"--range", "0.5+0.5", "--tail", "0.25"}).mExitCode, 0);
+	EXPECT_EQ(ReadSound(mFolder / "out.wav").GetFrames(), kRate * 3 / 4);
 }
 
 TEST_F(EffectCommandTest, ReportsShowEffects)

@@ -26,6 +26,8 @@ struct EffectFacts
 	std::vector<Setting> mSettings;
 	// Absent where nothing was said of a bypass.
 	std::optional<Setting> mBypass;
+	// Whether a bypass is the effect's own work.
+	bool mHasOwnBypass = false;
 };
 
 } // namespace SonaroHost

@@ -20,6 +20,9 @@ std::string DescribeEffectLibraries();
 // All plugins in the order of their names.
 std::vector<EffectSummary> ListEffects();
 
+// What could not be read so far of what is installed, as "/usr/lib/lv2/x.lv2/manifest.ttl:1:6: bad verb".
+std::vector<std::string> ListUnreadable();
+
 // Nothing for a plugin that is not installed.
 std::optional<EffectDescription> FindEffect(std::string const& inUri);
 

@@ -1,5 +1,6 @@
 #include "PluginData.h"
 
+#include "MessageCapture.h"
 #include "PluginFeatures.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "World.h"
@@ -286,6 +287,7 @@ std::shared_ptr<PluginData const> ReadPlugin(std::string const& inUri)
 	{
 		return nullptr;
 	}
+	MessageCapture capture;
 	auto data = std::make_shared<PluginData>();
 	data->mPlugin = plugin;
 	EffectDescription& description = data->mDescription;
@@ -302,6 +304,7 @@ std::shared_ptr<PluginData const> ReadPlugin(std::string const& inUri)
 	Node const defaultState = World::Get().MakeUri(LV2_STATE__loadDefaultState);
 	data->mLoadsDefaultState = lilv_plugin_has_feature(plugin, defaultState.get());
 	description.mWhyUnusable = FindWhyUnusable(*data);
+	World::Get().AddProblems(capture.Take());
 	return data;
 }
 

@@ -1,6 +1,8 @@
 #include "PluginStart.h"
 
 #include "Effects/EffectParameter.h"
+#include "MessageCapture.h"
+#include "PluginInstance.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "UridMap.h"
@@ -21,6 +23,12 @@ namespace SonaroHost::Effects
 
 namespace
 {
+
+// What a library says of a failure, after what failed.
+std::string Explain(std::string const& inMessage)
+{
+	return inMessage.empty() ? inMessage : ": " + MakePrintable(inMessage);
+}
 
 template <class T>
 std::optional<double> ReadAs(void const* inValue, std::uint32_t inSize)
@@ -91,23 +99,26 @@ std::string FindPreset(EffectDescription const& inDescription, std::string const
 void TakePreset(EffectSetup const& inSetup, PluginStart& ioStart)
 {
 	std::string const uri = FindPreset(ioStart.mData->mDescription, inSetup.mPreset);
+	MessageCapture capture;
 	State state = LoadFromWorld(World::Get().MakeUri(uri.c_str()).get());
 	if (!state)
 	{
 		Refuse("the preset " + QuoteName(inSetup.mPreset) + " of the plugin " +
-			   QuoteName(ioStart.mData->mDescription.mName) + " cannot be read");
+			   QuoteName(ioStart.mData->mDescription.mName) + " cannot be read" +
+			   Explain(capture.TakeLast()) + "; reinstall it");
 	}
 	Take(std::move(state), ioStart);
 }
 
 void TakeText(std::string const& inText, PluginStart& ioStart)
 {
+	MessageCapture capture;
 	State state(lilv_state_new_from_string(World::Get().GetLilv(), UridMap::Get().GetMap(), inText.c_str()));
 	std::string const& uri = ioStart.mData->mDescription.mUri;
 	if (!state || GetUri(lilv_state_get_plugin_uri(state.get())) != uri)
 	{
 		Refuse("the state is not one of the plugin " + QuoteName(ioStart.mData->mDescription.mName) +
-			   " in Turtle; save it with another LV2 host");
+			   " in Turtle" + Explain(capture.TakeLast()) + "; save it with another LV2 host");
 	}
 	Take(std::move(state), ioStart);
 }
@@ -137,8 +148,11 @@ std::shared_ptr<PluginData const> ReadUsablePlugin(std::string const& inUri)
 	auto data = ReadPlugin(inUri);
 	if (!data)
 	{
-		Refuse(
-			"the plugin " + QuoteName(inUri) + " is not installed; \"sonaro effects\" lists those that are");
+		World::Lock const lock;
+		auto const& problems = World::Get().GetProblems();
+		Refuse("the plugin " + QuoteName(inUri) +
+			   " is not installed; \"sonaro effects\" lists those that are" +
+			   (problems.empty() ? "" : ", and what cannot be read"));
 	}
 	if (!data->mDescription.mWhyUnusable.empty())
 	{
@@ -146,6 +160,28 @@ std::shared_ptr<PluginData const> ReadUsablePlugin(std::string const& inUri)
 			   ") cannot be used: " + data->mDescription.mWhyUnusable);
 	}
 	return data;
+}
+
+// Starts one instance of each plugin before anything is made of it: what fails then is as good as not there.
+void CheckStarts(std::shared_ptr<PluginData const> const& inData, double inSampleRate)
+{
+	World::Lock const lock;
+	std::string const& uri = inData->mDescription.mUri;
+	if (World::Get().Starts(uri))
+	{
+		return;
+	}
+	MessageCapture capture;
+	try
+	{
+		constexpr unsigned kFrames = 256;
+		PluginInstance(inData, {inSampleRate, kFrames, kFrames, false, inData->mNeedsFixedBlocks});
+	}
+	catch (HostError const& error)
+	{
+		Refuse(error.what() + Explain(capture.TakeLast()) + "; reinstall the plugin");
+	}
+	World::Get().NoteStart(uri);
 }
 
 } // namespace
@@ -160,6 +196,7 @@ std::shared_ptr<PluginStart> MakeStart(EffectSetup const& inSetup, double inSamp
 		double const scale = control.mCountsInRate ? inSampleRate : 1.0;
 		start->mValues.push_back(range.Limit(static_cast<double>(control.mDefault) * scale));
 	}
+	CheckStarts(start->mData, inSampleRate);
 	ReadStates(inSetup, *start);
 	return start;
 }

@@ -1,5 +1,8 @@
 #include "World.h"
 
+#include "MessageCapture.h"
+
+#include <algorithm>
 #include <new>
 
 namespace SonaroHost::Effects
@@ -28,12 +31,24 @@ World::World()
 	{
 		throw std::bad_alloc();
 	}
+	MessageCapture capture;
 	lilv_world_load_all(mWorld);
+	AddProblems(capture.Take());
+}
+
+void World::AddProblems(std::vector<std::string> const& inProblems)
+{
+	for (std::string const& problem : inProblems)
+	{
+		if (std::ranges::find(mProblems, problem) == mProblems.end())
+		{
+			mProblems.push_back(problem);
+		}
+	}
 }
 
 LilvPlugin const* World::Find(std::string const& inUri) const
 {
-	// What is no URI is reported on the error output by lilv.
 	if (inUri.find(':') == std::string::npos)
 	{
 		return nullptr;

@@ -4,7 +4,9 @@
 
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace SonaroHost::Effects
 {
@@ -67,12 +69,21 @@ public:
 	// What is stated of a subject; empty where nothing is.
 	std::string GetText(LilvNode const* inSubject, char const* inPredicate) const;
 
+	// What could not be read of the installed plugins, each once.
+	std::vector<std::string> const& GetProblems() const { return mProblems; }
+	void AddProblems(std::vector<std::string> const& inProblems);
+	// Whether a plugin is known to start.
+	bool Starts(std::string const& inUri) const { return mStarting.contains(inUri); }
+	void NoteStart(std::string const& inUri) { mStarting.insert(inUri); }
+
 private:
 	World();
 	~World() { lilv_world_free(mWorld); }
 
 	std::recursive_mutex mMutex;
 	LilvWorld* mWorld;
+	std::vector<std::string> mProblems;
+	std::set<std::string> mStarting;
 };
 
 } // namespace SonaroHost::Effects
