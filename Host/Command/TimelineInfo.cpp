@@ -166,6 +166,18 @@ std::string ListMarkersForPeople(Described const& inDescribed)
 	return rows.empty() ? "" : "Markers\n" + FormatTable(rows);
 }
 
+std::string ListAnglesForPeople(TimelineSequence const& inSequence)
+{
+	int const rate = inSequence.mSampleRate;
+	std::vector<std::vector<std::string>> rows;
+	for (AngleRow const& angle : inSequence.mAngles)
+	{
+		rows.push_back({FormatTime(angle.mFirstFrame, rate) + " - " + FormatTime(angle.mEndFrame, rate),
+			std::to_string(angle.mAngle), MakePrintable(angle.mName), MakePrintable(angle.mTrack)});
+	}
+	return rows.empty() ? "" : "Angles\n" + FormatTable(rows);
+}
+
 // A column for what media state about their start is there where one of them does.
 std::string ListMediaForPeople(Described const& inDescribed)
 {
@@ -228,8 +240,8 @@ std::string DescribeForPeople(Described const& inDescribed)
 	{
 		text += "  " + DescribeClip(clip, sequence.mSampleRate) + "\n";
 	}
-	return text + ListMarkersForPeople(inDescribed) + ListMediaForPeople(inDescribed) +
-		   ListMissingForPeople(inDescribed);
+	return text + ListAnglesForPeople(sequence) + ListMarkersForPeople(inDescribed) +
+		   ListMediaForPeople(inDescribed) + ListMissingForPeople(inDescribed);
 }
 
 Json ListMediaForMachines(Described const& inDescribed)
@@ -273,6 +285,7 @@ std::string DescribeForMachines(std::string const& inInput, Described const& inD
 		json["tracks"].push_back(DescribeTrack(track));
 	}
 	json["clips"] = ListClips(sequence.mClips);
+	json["angles"] = ListAngles(sequence.mAngles);
 	json["markers"] = ListMarkers(sequence);
 	json["media"] = ListMediaForMachines(inDescribed);
 	json["missing"] = ListMissing(sequence.mMissing);

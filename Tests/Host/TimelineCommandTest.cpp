@@ -619,6 +619,52 @@ TEST_F(TimelineCommandTest, TheGraphHasTheNamesOfTheTimelineAndSilenceOnlyIfAllI
 	EXPECT_THAT(ReadBytes(mFolder / "graph.svg"), HasSubstr("Dia &amp; logue"));
 }
 
+// Which angle is heard when, in samples of the programme, through a cut of the stack and at twice the speed.
+TEST_F(TimelineCommandTest, ReportsListWhichAngleIsHeardWhen)
+{
+	Json scene = WithSettings(Stack({Track("Wide", {Clip("w", "tone.wav", 0.0, 3.0)}),
+								  Track("Close", {Clip("c", "tone.wav", 0.4, 3.0)})}),
+		{{"speed", 2.0},
+			{"multicam", {{"angle", "Close"}, {"fade", 0.1},
+							 {"cuts", List({{{"time", 1.0}, {"angle", 1}}, {{"time", 1.04}, {"angle", 2}},
+										  {{"time", -1}, {"angle", 1}}, {{"time", 0}, {"angle", 2}},
+										  {{"time", 3}, {"angle", 1}}})}}}});
+	scene["name"] = "Scene 4";
+	scene["source_range"] = Range(0.2, 1.0);
+	WriteTimeline("angles.otio", {Track("A1", {Gap(0.4), scene})});
+	ProgramResult const result =
+		Run({"render", "angles.otio", "-o", "out.wav", "--quiet", "--report", "report.json"});
+	ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
+	Json const report = Json::parse(ReadBytes(mFolder / "report.json"));
+	auto const row = [](unsigned inAngle, char const* inName, double inFirst, double inEnd)
+	{
+		return Json{{"angle", inAngle}, {"name", inName}, {"track", "A1 / Scene 4"},
+			{"place", "/tracks/children/0/children/1/children/" + std::to_string(inAngle - 1)},
+			{"firstSample", ToFrames(inFirst)}, {"endSample", ToFrames(inEnd)}};
+	};
+	EXPECT_EQ(report["angles"],
+		List({row(2, "Close", 0.4, 0.9), row(1, "Wide", 0.9, 0.92), row(2, "Close", 0.92, 1.4)}));
+	EXPECT_EQ(Json::parse(Run({"info", "angles.otio", "--json"}).mOutput)["angles"], report["angles"]);
+	EXPECT_THAT(Run({"info", "angles.otio"}).mOutput,
+		HasSubstr("Angles\n  0:00.400 - 0:00.900  2  Close  A1 / Scene 4\n"));
+	std::set<std::string> notes;
+	for (Json const& note : report["notes"])
+	{
+		std::string const place = note["place"];
+		notes.insert(place.substr(place.rfind('/') + 1) + " " + note["kind"].get<std::string>());
+	}
+	EXPECT_EQ(notes, (std::set<std::string>{"1 guess", "2 remark", "4 remark"})) << report["notes"];
+	EXPECT_EQ(Run({"graph", "angles.otio", "-o", "graph.dot"}).mExitCode, 0);
+	for (char const* const text : {"multicam <b>Scene 4</b>", "sequence <b>Close</b>", "angles of Scene 4"})
+	{
+		EXPECT_THAT(ReadBytes(mFolder / "graph.dot"), HasSubstr(text));
+	}
+	EXPECT_EQ(
+		Run({"render", "angles.otio", "-o", "out.wav", "--quiet", "--report", "report.html"}).mExitCode, 0);
+	EXPECT_THAT(
+		ReadBytes(mFolder / "report.html"), HasSubstr("Which angle of multicam stacks is heard when"));
+}
+
 TEST_F(TimelineCommandTest, AllCommandsKeepThePitchOfClips)
 {
 	Json const warp{{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", 1.5}};

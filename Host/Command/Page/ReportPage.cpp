@@ -226,6 +226,20 @@ std::string MakeMarkers(Json const& inReport)
 									 markers, {}));
 }
 
+std::string MakeAngles(Json const& inReport)
+{
+	int const rate = GetRate(inReport);
+	Json const& angles = inReport["angles"];
+	return angles.empty()
+			   ? ""
+			   : MakeSection("angles", "Angles",
+					 MakeTable("Which angle of multicam stacks is heard when",
+						 {TextColumn("Stack", "track"), TimeColumn("From", "firstSample", rate),
+							 TimeColumn("To", "endSample", rate), FixedColumn("Number", "angle", 0),
+							 TextColumn("Angle", "name"), TextColumn("Place", "place")},
+						 angles, {}));
+}
+
 std::string MakeMissing(Json const& inReport)
 {
 	return MakeSection("missing", "Missing media",
@@ -370,8 +384,9 @@ std::string MakeReportPage(Json const& inReport, ReportPictures const& inPicture
 	std::string const sections =
 		MakeSettings(inReport, inPictures) + (isRendered ? MakeWaveform(inPictures) : "") +
 		MakeLoudness(inPictures) + (isRendered ? MakeLevels(inReport) : "") + MakeFiles(inReport) +
-		(isTimeline ? MakeTracks(inReport) + MakeMarkers(inReport) + MakeMissing(inReport)
-					: MakeInputs(inReport)) +
+		(isTimeline
+				? MakeTracks(inReport) + MakeAngles(inReport) + MakeMarkers(inReport) + MakeMissing(inReport)
+				: MakeInputs(inReport)) +
 		MakeDamaged(inReport) + (isTimeline ? MakeNotes(inReport) : "");
 	std::string const name = GetInputName(inReport);
 	Json const& range = inReport["range"];

@@ -168,6 +168,7 @@ Json MakeReport(std::string const& inInput, TimelineRenderJob const& inJob, Rend
 	{
 		AddLatencies(json["clips"], inSummary.mGraph);
 	}
+	json["angles"] = ListAngles(inJob.GetSequence().mAngles);
 	json["markers"] = ListMarkers(inJob.GetSequence());
 	return json;
 }

@@ -81,6 +81,17 @@ Json DescribeTrack(TrackRow const& inTrack)
 	return json;
 }
 
+Json ListAngles(std::vector<AngleRow> const& inAngles)
+{
+	Json list = Json::array();
+	for (AngleRow const& angle : inAngles)
+	{
+		list.push_back({{"angle", angle.mAngle}, {"name", angle.mName}, {"track", angle.mTrack},
+			{"place", angle.mPlace}, {"firstSample", angle.mFirstFrame}, {"endSample", angle.mEndFrame}});
+	}
+	return list;
+}
+
 Json ListMarkers(TimelineSequence const& inSequence)
 {
 	Json list = Json::array();

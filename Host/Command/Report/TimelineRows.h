@@ -12,6 +12,7 @@ namespace SonaroCommand
 // The parts of a laid out timeline as JSON. Samples are those of the programme's rate, from its start on.
 Json ListClips(std::vector<SonaroHost::Otio::ClipRow> const& inClips);
 Json DescribeTrack(SonaroHost::Otio::TrackRow const& inTrack);
+Json ListAngles(std::vector<SonaroHost::Otio::AngleRow> const& inAngles);
 Json ListMarkers(SonaroHost::Otio::TimelineSequence const& inSequence);
 // Rate, length, layout and the label of the first sample.
 Json DescribeProgramme(SonaroHost::Otio::TimelineSequence const& inSequence);

@@ -3,6 +3,7 @@
 #include "ItemReader.h"
 #include "Otio/Json/Fields.h"
 #include "Otio/Json/Schema.h"
+#include "Otio/Mix/MulticamReader.h"
 
 #include "SonaroHost/Otio/Limits.h"
 
@@ -135,6 +136,7 @@ void ReadStack(Cursor const& inObject, std::size_t inDepth, Stack& outStack)
 	TellUnknownKeys(inObject, {"children"}, kItemKeys);
 	ReadItem(inObject, SettingsOwner::kStack, outStack);
 	ReadChildren(inObject, Around::kStack, inDepth, outStack.mChildren);
+	CheckAngles(inObject, outStack);
 	// The outermost stack has the timeline's submixes too.
 	if (inDepth > 0)
 	{

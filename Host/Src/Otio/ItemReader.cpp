@@ -95,7 +95,7 @@ std::shared_ptr<MixSettings const> ShareSettings(MixSettings inSettings)
 						 !settings.mShape && !settings.mLayout && settings.mSubmixes.empty() &&
 						 !settings.mOutput && settings.mSends.empty() && settings.mStream == 0 &&
 						 settings.mSemitones == 0.0 && !settings.mSpeed && !settings.mKeepsPitch &&
-						 settings.mForeign.IsEmpty();
+						 !settings.mMulticam && settings.mForeign.IsEmpty();
 	return isEmpty ? nullptr : std::make_shared<MixSettings const>(std::move(inSettings));
 }
 

@@ -50,4 +50,28 @@ Item const* Composable::AsItem() const
 		mValue);
 }
 
+std::vector<Composable const*> ListAngles(Stack const& inStack)
+{
+	std::vector<Composable const*> angles;
+	for (Composable const& child : inStack.mChildren)
+	{
+		auto const* const track = child.As<Track>();
+		if (child.AsItem() && (!track || track->IsAudio()))
+		{
+			angles.push_back(&child);
+		}
+	}
+	return angles;
+}
+
+std::optional<std::size_t> FindAngle(Stack const& inStack, AngleName const& inName)
+{
+	auto const angles = ListAngles(inStack);
+	auto const named = std::ranges::find_if(
+		angles, [&inName](Composable const* inAngle) { return inAngle->AsItem()->mName == inName.mName; });
+	std::size_t const index =
+		inName.mNumber > 0 ? inName.mNumber - 1 : static_cast<std::size_t>(named - angles.begin());
+	return index < angles.size() ? std::optional(index) : std::nullopt;
+}
+
 } // namespace SonaroHost::Otio

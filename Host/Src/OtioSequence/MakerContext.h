@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -39,9 +40,9 @@ struct MakerContext
 	Layouts& mLayouts;
 	// Notes, rows, markers.
 	TimelineSequence& mResult;
-	// Makes the sequence within a track or a stack. It is called through here, since the makers of items stand below
-	// those of sequences.
-	std::function<std::shared_ptr<Sequence::Description const>(
+	// Makes the sequence within a track or a stack, of a multicam stack that of each angle. It is called through here, since
+	// the makers of items stand below those of sequences.
+	std::function<std::vector<std::shared_ptr<Sequence::Description const>>(
 		ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout)>
 		mMakeNested;
 };

@@ -15,15 +15,45 @@ namespace SonaroHost::Otio
 
 std::shared_ptr<Sequence::Description> StackMaker::Make()
 {
+	Begin();
+	AddChildren([](ItemView const&) {});
+	return std::move(mSequence);
+}
+
+std::vector<std::shared_ptr<Sequence::Description const>> StackMaker::MakeAngles()
+{
+	Begin();
+	Sequence::Description const common = *mSequence;
+	std::vector<std::shared_ptr<Sequence::Description const>> angles;
+	AddChildren(
+		[&](ItemView const& inChild)
+		{
+			if (inChild.mItem && (!inChild.mTrack || inChild.mTrack->IsAudio()))
+			{
+				mSequence->mName = GetLabel(inChild);
+				angles.push_back(mSequence);
+			}
+			mSequence = std::make_shared<Sequence::Description>(common);
+		});
+	return angles;
+}
+
+void StackMaker::Begin()
+{
 	mSequence->mName = mStack.mName;
 	mSequence->mLayout = mLayout;
 	AddSubmixes();
+}
+
+template <class Use>
+void StackMaker::AddChildren(Use const& inUse)
+{
 	auto const silences = FindSilences(mStack);
 	for (std::size_t index = 0; index < silences.size(); ++index)
 	{
 		AddChild(index, mScope.mWhySilent.empty() ? silences[index] : mScope.mWhySilent);
+		inUse(ItemView(mStack.mChildren[index]));
 	}
-	return std::move(mSequence);
 }
 
 void StackMaker::AddSubmixes()
@@ -166,14 +196,19 @@ SN::TickTime StackMaker::GetStart() const
 	return mScope.mGrid.ToTicks(mScope.mGrid.ToFrame(Ratio()));
 }
 
-std::shared_ptr<Sequence::Description const> MakeNestedSequence(MakerContext& ioContext,
+std::vector<std::shared_ptr<Sequence::Description const>> MakeNestedSequences(MakerContext& ioContext,
 	ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
 {
 	if (inItem.mTrack)
 	{
-		return MakeTrackSequence(ioContext, *inItem.mTrack, inScope, inLayout);
+		return {MakeTrackSequence(ioContext, *inItem.mTrack, inScope, inLayout)};
 	}
-	return StackMaker(ioContext, *inItem.mStack, inScope, inLayout).Make();
+	StackMaker maker(ioContext, *inItem.mStack, inScope, inLayout);
+	if (inItem.mStack->GetSettings().mMulticam)
+	{
+		return maker.MakeAngles();
+	}
+	return {maker.Make()};
 }
 
 } // namespace SonaroHost::Otio

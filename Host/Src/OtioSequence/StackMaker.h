@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -25,8 +26,14 @@ public:
 
 	// Leaves the stack's own levels out.
 	std::shared_ptr<Sequence::Description> Make();
+	// A sequence for each angle, of which each has the stack's submixes to itself.
+	std::vector<std::shared_ptr<Sequence::Description const>> MakeAngles();
 
 private:
+	void Begin();
+	// inUse(ItemView) after each child.
+	template <class Use>
+	void AddChildren(Use const& inUse);
 	void AddSubmixes();
 	void AddChild(std::size_t inIndex, std::string const& inWhySilent);
 	TrackRow MakeRow(ItemView const& inChild, std::size_t inIndex, std::string const& inWhySilent) const;
@@ -46,8 +53,8 @@ private:
 	std::shared_ptr<Sequence::Description> mSequence = std::make_shared<Sequence::Description>();
 };
 
-// A sequence of what is in a stack or a track, without its own levels.
-std::shared_ptr<Sequence::Description const> MakeNestedSequence(MakerContext& ioContext,
+// A sequence of what is in a stack or a track, without its own levels; of a multicam stack one for each angle.
+std::vector<std::shared_ptr<Sequence::Description const>> MakeNestedSequences(MakerContext& ioContext,
 	ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout);
 
 } // namespace SonaroHost::Otio

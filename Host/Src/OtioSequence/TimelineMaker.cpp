@@ -2,6 +2,7 @@
 
 #include "OtioSequence/Item/ItemEffects.h"
 #include "OtioSequence/Item/ItemFades.h"
+#include "OtioSequence/Item/MulticamCuts.h"
 #include "OtioSequence/Survey/Audibility.h"
 #include "OtioSequence/Survey/Levels.h"
 #include "StackMaker.h"
@@ -101,7 +102,7 @@ public:
 		  mLayouts(mMedia),
 		  mContext{inOptions, &mStack, mMedia, mRanges, mLayouts, mResult,
 			  [this](ItemView const& inItem, Scope const& inScope, SN::AudioChannelLayout const& inLayout)
-			  { return MakeNestedSequence(mContext, inItem, inScope, inLayout); }}
+			  { return MakeNestedSequences(mContext, inItem, inScope, inLayout); }}
 	{
 	}
 
@@ -114,7 +115,8 @@ public:
 		mLayout = ChooseLayout();
 		mResult.mLayout = mLayout;
 		mRange = mRanges.GetRange(mStack);
-		mNeedsNesting = HasFades(mStack) || FindPan(mStack) || !GetSpeed(mStack).IsPlain();
+		mNeedsNesting =
+			HasFades(mStack) || FindPan(mStack) || !GetSpeed(mStack).IsPlain() || IsMulticam(mStack);
 		auto const description = mNeedsNesting ? MakeNested() : MakeDirectly();
 		if (mOptions.mListener)
 		{

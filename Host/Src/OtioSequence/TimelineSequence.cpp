@@ -10,6 +10,7 @@ void DropRows(TimelineSequence& ioSequence)
 {
 	ioSequence.mClips = std::vector<ClipRow>();
 	ioSequence.mTracks = std::vector<TrackRow>();
+	ioSequence.mAngles = std::vector<AngleRow>();
 }
 
 std::vector<Note> ListMissingEffects(std::vector<Note> const& inNotes)

@@ -154,15 +154,17 @@ private:
 	// inLead: seconds by which a crossfade begins before the item.
 	void AddNest(Sequence::Item const& inItem, double inLead, Window const& inWindow, std::size_t inLane)
 	{
-		auto const* const nest = std::get_if<Sequence::Nest>(&inItem.mContent);
-		if (!nest || inItem.mSpeed == 0.0)
+		auto const sequences = Sequence::ListSequences(inItem);
+		if (sequences.empty() || inItem.mSpeed == 0.0)
 		{
 			return;
 		}
+		auto const* const nest = std::get_if<Sequence::Nest>(&inItem.mContent);
+		SN::TickTime const first = nest ? nest->mStart : std::get<Sequence::Multicam>(inItem.mContent).mStart;
 		double const start = GetSeconds(inItem.mStart);
 		Window inner;
 		inner.mFactor = inWindow.mFactor / inItem.mSpeed;
-		inner.mStart = inWindow.mStart + start * inWindow.mFactor - GetSeconds(nest->mStart) * inner.mFactor;
+		inner.mStart = inWindow.mStart + start * inWindow.mFactor - GetSeconds(first) * inner.mFactor;
 		inner.mVisible = Intersect(inWindow.Map(start, GetSeconds(inItem.mEnd)), inWindow.mVisible);
 		auto const own = Find(inItem.mOrigin);
 		if (own && *own != inLane)
@@ -175,9 +177,9 @@ private:
 			SetClock(inItem.mOrigin, heard);
 		}
 		// Where the speed changes, no factor leads from the times within: tracks there have their names and clips alone.
-		if (!inItem.mSpeedCurve)
+		for (std::size_t index = 0; index < sequences.size() && !inItem.mSpeedCurve; ++index)
 		{
-			Walk(*nest->mSequence, inner, own.value_or(inLane));
+			Walk(*sequences[index], inner, own.value_or(inLane));
 		}
 	}
 

@@ -23,7 +23,7 @@ BuiltChain ChainBuilder::Build(Chain const& inChain)
 	{
 		if (std::holds_alternative<Meter>(stage))
 		{
-			mTools.NoteHistory("a meter of " + mContext.mPlace.Describe() + " hears the whole in one run");
+			mTools.NoteOneRun("a meter of " + mContext.mPlace.Describe() + " hears the whole in one run");
 		}
 		if (&stage == &inChain.mStages.back() && inChain.mPan && !mContext.mTap)
 		{

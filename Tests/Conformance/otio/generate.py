@@ -498,6 +498,65 @@ def mix_cases():
          sonaro={"submixes": [{"name": "room", "mute": True}]}), 500, [[run(0, 500, "a.wav", 0)]])
 
 
+def angles(*children, cuts=(), sonaro=None, stack_range=None, effects=(), **settings):
+    """A multicam stack; a cut is (sample, angle), from the start of its source_range."""
+    fields = {"source_range": stack_range} if stack_range else {}
+    multicam = {"cuts": [{"time": t(sample), "angle": angle} for sample, angle in cuts], **settings}
+    return stack(*children, sonaro={"multicam": multicam, **(sonaro or {})}, effects=list(effects), **fields)
+
+
+def multicam_cases():
+    first = track(clip("a.wav", r(0, 1500)), name="Wide")
+    second = track(clip("b.wav", r(0, 1500)), name="Close")
+    cuts("multicam", "A stack with cuts plays one of its tracks at a time, the first one before the first cut. Times count "
+         "from the start of its source_range, angles from 1 or by name; cuts may be in any order.",
+         [gap(50), angles(first, second, cuts=[(900, "Wide"), (500, 2)], stack_range=r(100, 1000))], 1050,
+         [run(50, 550, "a.wav", 100), run(550, 950, "b.wav", 600), run(950, 1050, "a.wav", 1000)])
+    made = timeline(first, second)
+    made["tracks"]["children"].insert(0, track(clip("stereo.wav", r(0, 1500)), kind="Video"))
+    made["tracks"]["metadata"] = {"sonaro": {"multicam": {"angle": "Close", "cuts": [{"time": t(400), "angle": 1}]}}}
+    case("multicam-timeline", "The outermost stack has angles, too; tracks of pictures are none. \"angle\" is heard "
+         "before the first cut.", made, 1500, [[run(0, 400, "b.wav", 0), run(400, 1500, "a.wav", 400)]])
+    case("multicam-fade", "With a fade, the angle before goes out from the cut on while the new one comes in; a cut can have "
+         "a fade of its own.",
+         timeline(track(angles(first, second, cuts=[(500, 2)], fade=t(100), curve="linear"))), 1500,
+         [[run(0, 500, "a.wav", 0), fading("out", 500, 600, "a.wav", 500, shape="linear"),
+           fading("in", 500, 600, "b.wav", 500, shape="linear"), run(600, 1500, "b.wav", 600)]])
+    cuts("multicam-fade-too-long", "A fade ends at the next cut; that it is shortened is reported.",
+         [angles(first, second, cuts=[(500, 2), (550, 1)], fade=t(100), curve="linear")], 1500,
+         [run(0, 500, "a.wav", 0), fading("out", 500, 550, "a.wav", 500, shape="linear"),
+          fading("in", 500, 550, "b.wav", 500, shape="linear"), fading("out", 550, 650, "b.wav", 550, shape="linear"),
+          fading("in", 550, 650, "a.wav", 550, shape="linear"), run(650, 1500, "a.wav", 650)], warns=True)
+    cuts("multicam-backwards", "A time warp applies to the whole, cuts included: they stand in the time of the content.",
+         [angles(first, second, cuts=[(300, 2)], stack_range=r(0, 1000), effects=[warp(-1)])], 1000,
+         [run(0, 700, "b.wav", 999, step=-1), run(700, 1000, "a.wav", 299, step=-1)])
+    cuts("multicam-twice-as-fast", "At 2 the cut is heard after half its time.",
+         [angles(first, second, cuts=[(600, 2)], stack_range=r(0, 700), effects=[warp(2)])], 700,
+         [run(0, 300, "a.wav", 0, step=2), run(300, 700, "b.wav", 600, step=2)], within=4, unsettled=100)
+    cuts("multicam-missing", "An angle whose media are missing is silent while it is heard; it is reported.",
+         [angles(first, track(clip("gone.wav", r(0, 1500), name="lost")), cuts=[(500, 2), (900, 1)])], 1500,
+         [run(0, 500, "a.wav", 0), run(900, 1500, "a.wav", 900)], missing=["lost"], warns=True)
+    case("multicam-layouts", "Angles have the layout of the widest one: a mono angle is on both sides.",
+         timeline(track(angles(first, track(clip("stereo.wav", r(0, 1500))), cuts=[(500, 2)]))), 1500,
+         [[run(0, 500, "a.wav", 0), run(500, 1500, "stereo.wav", 500)],
+          [run(0, 500, "a.wav", 0), run(500, 1500, "stereo.wav", 500, channel=1)]])
+    sending = track(clip("b.wav", r(0, 1500)), sonaro={"sends": [{"to": "room", "gain": 0}]})
+    cuts("multicam-submixes", "Each angle has the submixes to itself; the levels of the stack are those of the whole.",
+         [angles(first, sending, cuts=[(500, 2)], sonaro={"submixes": [{"name": "room", "gain": -20}], "gain": -20})],
+         1500, [run(0, 500, "a.wav", 0, gain=0.1), run(500, 1500, "b.wav", 500, gain=0.11)])
+    cuts("multicam-transitions", "Transitions within angles stay where they are, cut off where the angle is not heard; the "
+         "stack itself has transitions, under which cuts before its start count.",
+         [clip("b.wav", r(2000, 1000)), transition(100, 100, sonaro={"curve": "linear"}),
+          angles(track(clip("a.wav", r(0, 700)), transition(100, 100, sonaro={"curve": "linear"}),
+                       clip("a.wav", r(3000, 800))), second, cuts=[(-50, 1), (500, 2)], angle=2,
+                 stack_range=r(200, 800))], 1800,
+         [run(0, 900, "b.wav", 2000), fading("out", 900, 1100, "b.wav", 2900, shape="linear"),
+          run(900, 950, "b.wav", 100, fade=["linear", "in", 900, 1100]),
+          run(950, 1100, "a.wav", 150, fade=["linear", "in", 900, 1100]), run(1100, 1400, "a.wav", 300),
+          run(1400, 1500, "a.wav", 600, fade=["linear", "out", 1400, 1600]),
+          run(1400, 1500, "a.wav", 2900, fade=["linear", "in", 1400, 1600]), run(1500, 1800, "b.wav", 700)])
+
+
 def editor_effect(name, *parameters, **more):
     """An effect whose parameters have an identifier, decibels and frames."""
     return {"OTIO_SCHEMA": "Effect.1", "effect_name": "Editor Effect", "metadata": {"Editor_A": {
@@ -656,7 +715,7 @@ def label_cases():
 
 def make_all():
     for define in (cut_cases, nesting_cases, rounding_cases, transition_cases, enabled_cases, speed_cases,
-                   media_cases, mix_cases, level_cases, layout_cases, label_cases):
+                   media_cases, mix_cases, multicam_cases, level_cases, layout_cases, label_cases):
         define()
     files = {"media/" + name: wave_file(name) for name in MEDIA}
     for name, (made, expected) in CASES.items():

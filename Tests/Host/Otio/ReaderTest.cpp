@@ -130,6 +130,7 @@ TEST(OtioReader, RefusalsNameThePlace)
 	std::string const range = clip + "/source_range";
 	std::string const sonaro = clip + "/metadata/sonaro";
 	std::string const submixes = "/metadata/sonaro/submixes";
+	std::string const multicam = "/tracks/metadata/sonaro/multicam";
 	Case const cases[] = {
 		{range + "/duration/value", "-1", "-1 is negative; use 0 or more"},
 		{range + "/duration/rate", "0", "0 is out of range; use 1e-04 to 1e+12"},
@@ -176,6 +177,18 @@ TEST(OtioReader, RefusalsNameThePlace)
 		{submixes + "/2/output", R"("gone")", "there is no submix 'gone'"},
 		{track + "/metadata/sonaro/output", R"("main 2")", "there is no submix 'main 2' in the stack"},
 		{track + "/metadata/sonaro/sends/0/to", R"("a\nb")", R"(there is no submix 'a\x0ab' in the stack)"},
+		{multicam, "[]", "expected an object with \"cuts\", found an empty array"},
+		{multicam, R"({"cuts": {}})", "expected an array, found an object", "/cuts"},
+		{multicam, R"({"cuts": [{"angle": 1}]})", "expected seconds or a RationalTime, found",
+			"/cuts/0/time"},
+		{multicam, R"({"cuts": [{"time": 1}]})",
+			"expected the number of an angle, from 1, or its name, found", "/cuts/0/angle"},
+		{multicam, R"({"cuts": [{"time": 1, "angle": 0}]})", "0 is out of range; use 1 to", "/cuts/0/angle"},
+		{multicam, R"({"cuts": [{"time": 9, "angle": 1}, {"time": 1, "angle": 77}]})",
+			"there is no angle 77; the stack has ", "/cuts/1/angle"},
+		{multicam, R"({"angle": "Roof"})", "there is no angle 'Roof'; the stack has ", "/angle"},
+		{multicam, R"({"fade": -0.1})", "the fade is negative; use 0 or more", "/fade"},
+		{multicam, R"({"curve": "log"})", "'log' is not valid; use", "/curve"},
 		{"/OTIO_SCHEMA", "gone", "has no OTIO_SCHEMA", "/.."},
 		{"/OTIO_SCHEMA", R"("Clip.2")", "has the schema 'Clip.2'; expected a Timeline", "/.."},
 	};
@@ -296,6 +309,11 @@ TEST(OtioReader, SchemasOfTheWildAreUnderstood)
 			Note::Kind::kIgnored, children + "/1: two transitions in a row; the second is ignored"},
 		{"/tracks/markers/0/marked_range", "7", Note::Kind::kIgnored,
 			"/tracks/markers/0/marked_range: expected a TimeRange, found a number; ignored"},
+		{"/tracks/metadata/sonaro/multicam",
+			R"({"cuts": [{"time": 1, "angle": 1}, {"time": 1.0, "angle": 1}]})", Note::Kind::kGuess,
+			"/tracks/metadata/sonaro/multicam/cuts: two cuts have the same time; the last one is used"},
+		{"/metadata/sonaro/multicam", "{}", Note::Kind::kIgnored,
+			"/metadata/sonaro/multicam: this key of metadata.sonaro does not apply"},
 		{"/tracks/metadata/sonaro/layout", R"("mono")", Note::Kind::kGuess,
 			R"(: the timeline and its stack both set "layout" in metadata.sonaro; the timeline's is used)"},
 	};

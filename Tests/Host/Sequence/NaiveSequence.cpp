@@ -396,8 +396,70 @@ private:
 			auto const& media = static_cast<MemoryMedia const&>(*clip->mMedia);
 			return read(*media.mSamples, clip->mChannels, clip->mFirstFrame);
 		}
+		if (auto const* const multicam = std::get_if<Multicam>(&inItem.mContent))
+		{
+			return read(MixAngles(*multicam), {}, mNaive.ToFrame(multicam->mStart));
+		}
 		auto const& nest = std::get<Nest>(inItem.mContent);
 		return read(mNaive.GetNested(*nest.mSequence), {}, mNaive.ToFrame(nest.mStart));
+	}
+
+	// What the cuts leave of all angles.
+	Signal MixAngles(Multicam const& inMulticam)
+	{
+		std::vector<Signal const*> angles;
+		std::size_t frames = 0;
+		for (auto const& angle : inMulticam.mAngles)
+		{
+			angles.push_back(&mNaive.GetNested(*angle));
+			frames = std::max(frames, angles.back()->front().size());
+		}
+		if (!inMulticam.mCuts.empty())
+		{
+			// Also those beyond all angles shorten the fades before them.
+			auto const last = mNaive.ToFrame(inMulticam.mCuts.back().mTime);
+			frames = std::max(frames, static_cast<std::size_t>(std::max<std::int64_t>(last, 0)) + 1);
+		}
+		auto const getSample = [&](std::size_t inAngle, std::size_t inChannel, std::size_t inFrame)
+		{
+			std::vector<double> const& samples = (*angles[inAngle])[inChannel];
+			return inFrame < samples.size() ? samples[inFrame] : 0.0;
+		};
+		std::vector<Multicam::Cut const*> cuts(frames, nullptr);
+		for (Multicam::Cut const& cut : inMulticam.mCuts)
+		{
+			auto const frame = static_cast<std::size_t>(std::max<std::int64_t>(mNaive.ToFrame(cut.mTime), 0));
+			std::fill(cuts.begin() + static_cast<std::ptrdiff_t>(std::min(frame, frames)), cuts.end(), &cut);
+		}
+		auto const getAngle = [&](std::size_t inFrame)
+		{ return cuts[inFrame] ? cuts[inFrame]->mAngle : inMulticam.mFirstAngle; };
+		Signal result(angles.front()->size(), std::vector<double>(frames));
+		for (std::size_t first = 0, end = 0; first < frames; first = end)
+		{
+			while (end < frames && getAngle(end) == getAngle(first))
+			{
+				++end;
+			}
+			// Past the end it would go on.
+			std::int64_t const most =
+				end < frames ? static_cast<std::int64_t>(end - first) : mNaive.ToFrame(SN::kTimeMax);
+			std::int64_t const fade =
+				first > 0 ? std::min(mNaive.ToFrame(cuts[first]->mFade.mLength), most) : 0;
+			for (std::size_t frame = first; frame < end; ++frame)
+			{
+				auto const done = static_cast<std::int64_t>(frame - first);
+				for (std::size_t channel = 0; channel < result.size(); ++channel)
+				{
+					double const sample = getSample(getAngle(frame), channel, frame);
+					result[channel][frame] =
+						done >= fade ? sample
+									 : sample * GetRise(cuts[first]->mFade.mShape, done, fade) +
+										   getSample(getAngle(first - 1), channel, frame) *
+											   GetRise(cuts[first]->mFade.mShape, fade - done, fade);
+				}
+			}
+		}
+		return result;
 	}
 
 	// All at once. The converter itself has tests of its own.

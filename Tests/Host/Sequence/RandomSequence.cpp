@@ -30,6 +30,7 @@ public:
 	explicit Generator(unsigned inSeed)
 		: mRandom(inSeed),
 		  mOtherRandom(inSeed),
+		  mAngleRandom(inSeed),
 		  mIsConverted(inSeed % 4 == 0)
 	{
 		constexpr double kRates[] = {44100.0, 48000.0, 96000.0};
@@ -246,6 +247,7 @@ private:
 			{
 				--ioNests;
 				outItem.mContent = Nest{nested.mSequence, ToRoughTime(Chance(0.3) ? 0 : Below(mFrames))};
+				MakeMulticam(outItem);
 				ioSequence.mDepth = std::max(ioSequence.mDepth, nested.mDepth + 1);
 				return nested.mSequence->mLayout;
 			}
@@ -255,6 +257,50 @@ private:
 		return clip.mChannels.empty()       ? clip.mMedia->mLayout
 			   : clip.mChannels.size() == 1 ? zorvmediatypes::CreateMonoChannelLayout()
 											: zorvmediatypes::CreateStereoChannelLayout();
+	}
+
+	// Makes some of the nested sequences angles beside others. What is random in them leaves all the rest as it is.
+	void MakeMulticam(Item& ioItem)
+	{
+		auto const below = [this](std::int64_t inEnd)
+		{ return static_cast<std::int64_t>(mAngleRandom() % static_cast<std::uint64_t>(inEnd)); };
+		if (below(2) == 0)
+		{
+			return;
+		}
+		auto const nest = std::get<Nest>(ioItem.mContent);
+		Multicam multicam;
+		multicam.mAngles.push_back(nest.mSequence);
+		multicam.mStart = nest.mStart;
+		for (std::int64_t count = below(4); count > 0; --count)
+		{
+			auto angle = std::make_shared<Description>();
+			angle->mName = "angle " + std::to_string(count);
+			angle->mLayout = nest.mSequence->mLayout;
+			Item item;
+			item.mStart = ToTime(below(100));
+			item.mEnd = item.mStart + ToTime(1 + below(mFrames));
+			item.mContent = Clip{mMedia[static_cast<std::size_t>(below(2))], below(200) - 100, {}};
+			Track track;
+			track.mLayout = angle->mLayout;
+			track.mItems = {item};
+			LatentEffect const effect{below(3) == 0 ? below(kMostLatency) : 0, 0.75f};
+			track.mChain.mStages = {Effect{"late", effect, true}};
+			angle->mTracks = {track};
+			multicam.mAngles.push_back(angle);
+		}
+		auto const count = static_cast<std::int64_t>(multicam.mAngles.size());
+		multicam.mFirstAngle = static_cast<std::size_t>(below(count));
+		std::int64_t frame = below(mFrames / 4) - 200;
+		for (std::int64_t left = below(12); left > 0; --left)
+		{
+			SN::TickTime const time =
+				ToTime(frame) + SN::TickTime::FromTicks(mFrameRate.GetTicksPerFrame() / 3);
+			Fade const fade{ToTime(below(2) * below(500)), static_cast<FadeShape>(below(3))};
+			multicam.mCuts.push_back({time, static_cast<std::size_t>(below(count)), fade});
+			frame += below(4) * below(mFrames / 6);
+		}
+		ioItem.mContent = std::move(multicam);
 	}
 
 	// Other speeds, in some sequences. What is random in them leaves all the rest of a sequence as it is without.
@@ -453,8 +499,9 @@ private:
 	}
 
 	std::mt19937_64 mRandom;
-	// For what is converted.
+	// For what is converted, and for multicam items.
 	std::mt19937_64 mOtherRandom;
+	std::mt19937_64 mAngleRandom;
 	bool mIsConverted;
 	std::shared_ptr<PrefetchLedger> mLedger = std::make_shared<PrefetchLedger>();
 	double mSamplesPerSecond = 0.0;

@@ -1,5 +1,6 @@
 #include "SequenceShrinking.h"
 
+#include <algorithm>
 #include <limits>
 #include <map>
 #include <sstream>
@@ -95,32 +96,44 @@ private:
 		}
 		if (auto* const nest = std::get_if<Nest>(&ioItem.mContent))
 		{
-			Nested& seen = mSeen[nest->mSequence];
-			if (!seen)
-			{
-				auto const copy = std::make_shared<Description>(*nest->mSequence);
-				Visit(*copy);
-				seen = copy;
-			}
-			nest->mSequence = seen;
+			VisitNested(nest->mSequence);
 		}
+		if (auto* const multicam = std::get_if<Multicam>(&ioItem.mContent))
+		{
+			EraseOne(multicam->mCuts);
+			std::ranges::for_each(multicam->mAngles, [this](Nested& ioAngle) { VisitNested(ioAngle); });
+		}
+	}
+
+	void VisitNested(Nested& ioSequence)
+	{
+		Nested& seen = mSeen[ioSequence];
+		if (!seen)
+		{
+			auto const copy = std::make_shared<Description>(*ioSequence);
+			Visit(*copy);
+			seen = copy;
+		}
+		ioSequence = seen;
 	}
 
 	std::size_t mLeft;
 	std::map<Nested, Nested> mSeen;
 };
 
-void CollectNested(Description const& inSequence, std::vector<Nested>& ioNested)
+void CollectNested(Description const& inSequence, std::vector<Description const*>& ioNested)
 {
 	for (Track const& track : inSequence.mTracks)
 	{
 		for (Item const& item : track.mItems)
 		{
-			auto const* const nest = std::get_if<Nest>(&item.mContent);
-			if (nest && std::find(ioNested.begin(), ioNested.end(), nest->mSequence) == ioNested.end())
+			for (Description const* const sequence : ListSequences(item))
 			{
-				ioNested.push_back(nest->mSequence);
-				CollectNested(*nest->mSequence, ioNested);
+				if (std::find(ioNested.begin(), ioNested.end(), sequence) == ioNested.end())
+				{
+					ioNested.push_back(sequence);
+					CollectNested(*sequence, ioNested);
+				}
 			}
 		}
 	}
@@ -129,12 +142,13 @@ void CollectNested(Description const& inSequence, std::vector<Nested>& ioNested)
 // The first smaller one that still fails, if any.
 bool ShrinkOnce(Description& ioSequence, std::function<bool(Description const&)> const& inFails)
 {
-	std::vector<Nested> nested;
+	std::vector<Description const*> nested;
 	CollectNested(ioSequence, nested);
-	for (Nested const& one : nested)
+	for (Description const* const one : nested)
 	{
 		if (inFails(*one))
 		{
+			// A copy of its own: what it stands in goes.
 			ioSequence = Description(*one);
 			return true;
 		}

@@ -91,6 +91,38 @@ struct ForeignLevels
 	std::size_t mFirstChannels = 0;
 };
 
+// An angle of a multicam stack, as a file calls it.
+struct AngleName
+{
+	// Its number, from 1 on; 0 where mName is its name.
+	std::size_t mNumber = 0;
+	std::string mName;
+};
+
+struct AngleCut
+{
+	// From the start of the stack as it is cut, in the time of its content.
+	RationalTime mTime;
+	AngleName mAngle;
+	// Instead of that of all cuts.
+	std::optional<RationalTime> mFade;
+	// Where it stands in the file's list.
+	std::size_t mIndex = 0;
+};
+
+// Which of a stack's angles is heard when.
+struct MulticamSettings
+{
+	// Before the first cut.
+	AngleName mFirst;
+	// In the order of time, no two at one.
+	std::vector<AngleCut> mCuts;
+	// How long a cut crossfades from its time on; 0 for hard cuts.
+	RationalTime mFade;
+	// The shape; without one the render chooses.
+	std::optional<FadeShape> mShape;
+};
+
 // How an object is mixed, from its "metadata.sonaro". Which of these it can have depends on its kind;
 // Docs/otio-metadata.schema.json says which.
 struct MixSettings
@@ -117,6 +149,8 @@ struct MixSettings
 	// A layout as ParseLayout reads it.
 	std::optional<std::string> mLayout;
 	std::vector<Submix> mSubmixes;
+	// Null for a stack whose children are heard together.
+	std::shared_ptr<MulticamSettings const> mMulticam;
 	// A submix of the stack that the track stands in; without it the stack's own sum.
 	std::optional<std::string> mOutput;
 	std::vector<Send> mSends;

@@ -5,6 +5,7 @@
 #include "SonaroHost/Otio/PluginEffect.h"
 #include "SonaroHost/Otio/RationalTime.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -141,6 +142,11 @@ struct Composable
 
 	std::variant<Clip, Gap, Transition, Track, Stack> mValue;
 };
+
+// The children of a multicam stack that are its angles: all but tracks of other kinds than Audio.
+std::vector<Composable const*> ListAngles(Stack const& inStack);
+// The index of an angle among them; of several of one name the first one. Nothing where there is none.
+std::optional<std::size_t> FindAngle(Stack const& inStack, AngleName const& inName);
 
 struct Timeline
 {

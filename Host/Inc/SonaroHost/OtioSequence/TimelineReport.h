@@ -98,6 +98,21 @@ struct TrackRow
 	bool mIsAudio = true;
 };
 
+// A stretch of a multicam stack in which one of its angles is heard.
+struct AngleRow
+{
+	// Its number, from 1 on.
+	std::size_t mAngle = 0;
+	std::string mName;
+	// The stack, with the tracks and stacks that it stands in, outermost first; empty for the timeline's own.
+	std::string mTrack;
+	// Of the angle.
+	std::string mPlace;
+	// The frames in which it is visible through what the stack is nested in.
+	std::int64_t mFirstFrame = 0;
+	std::int64_t mEndFrame = 0;
+};
+
 // What a clip is without, against the timeline's will: all of its media, or the part that it asks for.
 struct MissingMedia
 {

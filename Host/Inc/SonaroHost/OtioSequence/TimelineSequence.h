@@ -9,8 +9,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace SonaroHost::Otio
@@ -32,6 +34,8 @@ struct TimelineOptions
 	// Who hears the mix with two ears, so that the output is stereo and mLayout that of the mix around the listener: without
 	// one the timeline's own, and the widest of what is heard where it names none.
 	std::optional<Listener> mListener;
+	// Whether a person can switch the angles of multicam stacks in a playback, which then reads all of them ahead.
+	bool mCanSwitchAngles = false;
 };
 
 // A timeline as a sequence that a graph can be made of, and what is to be reported about it.
@@ -64,6 +68,11 @@ struct TimelineSequence
 	// The rows in the order of the file.
 	std::vector<ClipRow> mClips;
 	std::vector<TrackRow> mTracks;
+	// Those of one stack after the other.
+	std::vector<AngleRow> mAngles;
+	// By the places of multicam stacks, where angles can be switched: below 0 until somebody does. Those of stacks that are the
+	// timeline's own, or that stand right on its tracks, are live in a playback; see Sequence::Multicam.
+	std::map<std::string, Sequence::AngleSwitch> mAngleSwitches;
 	// The markers in the order of time.
 	std::vector<MarkerRow> mMarkers;
 	std::vector<MissingMedia> mMissing;
@@ -71,7 +80,7 @@ struct TimelineSequence
 	std::vector<Note> mNotes;
 };
 
-// Frees the rows of tracks and clips: of many clips they take as much memory as a graph.
+// Frees the rows of tracks, clips and angles: of many clips they take as much memory as a graph.
 void DropRows(TimelineSequence& ioSequence);
 
 // The notes of effects that are not heard since their plugins are missing.

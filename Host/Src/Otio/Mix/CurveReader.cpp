@@ -16,17 +16,6 @@ namespace
 
 constexpr double kSilentDecibels = -std::numeric_limits<double>::infinity();
 
-// Seconds, or a RationalTime.
-RationalTime ReadSecondsOrTime(Cursor const& inValue)
-{
-	if (inValue.Is(JsonValue::Type::kNumber))
-	{
-		return {ReadNumber(inValue, -kMaxSeconds, kMaxSeconds), 1.0};
-	}
-	inValue.Require(JsonValue::Type::kObject, "seconds or a RationalTime");
-	return ReadTime(inValue);
-}
-
 double ReadDecibels(Cursor const& inValue)
 {
 	bool const isSilence =
@@ -93,6 +82,16 @@ Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadV
 }
 
 } // namespace
+
+RationalTime ReadSecondsOrTime(Cursor const& inValue)
+{
+	if (inValue.Is(JsonValue::Type::kNumber))
+	{
+		return {ReadNumber(inValue, -kMaxSeconds, kMaxSeconds), 1.0};
+	}
+	inValue.Require(JsonValue::Type::kObject, "seconds or a RationalTime");
+	return ReadTime(inValue);
+}
 
 Curve ReadControlCurve(Cursor const& inValue)
 {

@@ -1,6 +1,7 @@
 #include "MixSettingsReader.h"
 
 #include "CurveReader.h"
+#include "MulticamReader.h"
 #include "Otio/Json/Fields.h"
 #include "SubmixReader.h"
 
@@ -112,6 +113,7 @@ constexpr Setting kSettings[] = {
 	{"curve", 0U | Owner::kTransition, Set<&MixSettings::mShape, ReadShape>},
 	{"layout", Owner::kTimeline | Owner::kStack, Set<&MixSettings::mLayout, ReadLayout>},
 	{"submixes", Owner::kTimeline | Owner::kStack, Set<&MixSettings::mSubmixes, ReadSubmixes>},
+	{"multicam", 0U | Owner::kStack, Set<&MixSettings::mMulticam, ReadMulticam>},
 	{"output", 0U | Owner::kTrack, Set<&MixSettings::mOutput, ReadName>},
 	{"sends", 0U | Owner::kTrack, Set<&MixSettings::mSends, ReadSends>},
 };
@@ -189,6 +191,7 @@ MixSettings MergeSettings(MixSettings inTimeline, MixSettings const& inStack, Cu
 	Choose(inTimeline.mLayout, inStack.mLayout, "layout", inPlace);
 	Choose(inTimeline.mSubmixes, inStack.mSubmixes, "submixes", inPlace);
 	inTimeline.mSpeed = inStack.mSpeed;
+	inTimeline.mMulticam = inStack.mMulticam;
 	inTimeline.mForeign = inStack.mForeign;
 	return inTimeline;
 }

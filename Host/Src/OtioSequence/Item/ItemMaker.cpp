@@ -2,6 +2,7 @@
 
 #include "ClipStretch.h"
 #include "ItemEffects.h"
+#include "MulticamCuts.h"
 #include "OtioSequence/Survey/Audibility.h"
 #include "RampRows.h"
 
@@ -357,14 +358,25 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 		AddNestRow(item, scope, layout);
 		scope.mDepth += inItem.mStack ? 1 : 0;
 	}
-	auto const description = mContext.mMakeNested(inItem, scope, layout);
-	if (!inWhySilent.empty() || description->mTracks.empty())
+	auto const sequences = mContext.mMakeNested(inItem, scope, layout);
+	bool const isEmpty =
+		std::ranges::all_of(sequences, [](auto const& inSequence) { return inSequence->mTracks.empty(); });
+	if (!inWhySilent.empty() || isEmpty)
 	{
 		return std::nullopt;
 	}
 	CheckWidth(item, layout);
 	Sequence::Item result = MakeItem(inItem, inPlacement, inTiming);
-	result.mContent = Sequence::Nest{description, scope.mGrid.ToTicks(start.mFrame)};
+	if (IsMulticam(inItem))
+	{
+		TimeSpan const used = inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
+		result.mContent = MakeMulticam(
+			mContext, {*inItem.mStack, scope, inTiming.mRange.mStart, used, start.mFrame}, sequences);
+	}
+	else
+	{
+		result.mContent = Sequence::Nest{sequences.front(), scope.mGrid.ToTicks(start.mFrame)};
+	}
 	result.mOffset = start.mOffset;
 	if (inLevelsOn == LevelsOn::kItem)
 	{

@@ -28,8 +28,11 @@ public:
 	// Frames that hear the same: an angle, and within a crossfade the one that goes out.
 	struct Run
 	{
-		std::int64_t mFirst = std::numeric_limits<std::int64_t>::min();
-		std::int64_t mEnd = std::numeric_limits<std::int64_t>::max();
+		// Far beyond all times; differences of such frames stay numbers.
+		static constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max() / 4;
+
+		std::int64_t mFirst = -kFar;
+		std::int64_t mEnd = kFar;
 		int mAngle = kNoAngle;
 		int mOutgoing = kNoAngle;
 		// The crossfade begins with the run.

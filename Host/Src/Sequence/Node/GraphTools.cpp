@@ -95,13 +95,18 @@ MuteSwitch GraphTools::GetHeard(MuteSwitch const& inMute) const
 			   : inMute;
 }
 
-void GraphTools::NoteHistory(std::string const& inWhat)
+void GraphTools::NoteOneRun(std::string const& inWhat)
 {
-	++mHistories;
 	if (mWhyInOneRun.empty())
 	{
 		mWhyInOneRun = inWhat;
 	}
+}
+
+void GraphTools::NoteHistory(std::string const& inWhat)
+{
+	++mHistories;
+	NoteOneRun(inWhat);
 }
 
 Identity GraphTools::MakeIdentity()

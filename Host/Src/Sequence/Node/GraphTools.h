@@ -78,10 +78,12 @@ public:
 			mLabels->Add(inNode, inLabel);
 		}
 	}
-	// Notes what depends on more than a start settles; the first one counts. See GraphReport::mWhyInOneRun.
+	// Notes what wants one run; the first one counts. See GraphReport::mWhyInOneRun.
+	void NoteOneRun(std::string const& inWhat);
+	// The same for sound that depends on more of the past than a start settles.
 	void NoteHistory(std::string const& inWhat);
 	std::string const& GetWhyInOneRun() const { return mWhyInOneRun; }
-	// How many were noted until now.
+	// How many sounds that do were noted until now.
 	std::size_t CountHistories() const { return mHistories; }
 	void NoteEffect(std::shared_ptr<EffectHealth const> inEffect) { mEffects.push_back(std::move(inEffect)); }
 	std::vector<std::shared_ptr<EffectHealth const>> const& GetEffects() const { return mEffects; }
