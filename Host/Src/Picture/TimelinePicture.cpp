@@ -159,8 +159,7 @@ private:
 		{
 			return;
 		}
-		auto const* const nest = std::get_if<Sequence::Nest>(&inItem.mContent);
-		SN::TickTime const first = nest ? nest->mStart : std::get<Sequence::Multicam>(inItem.mContent).mStart;
+		SN::TickTime const first = Sequence::GetSequenceStart(inItem);
 		double const start = GetSeconds(inItem.mStart);
 		Window inner;
 		inner.mFactor = inWindow.mFactor / inItem.mSpeed;

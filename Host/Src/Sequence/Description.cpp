@@ -37,4 +37,11 @@ std::vector<Description const*> ListSequences(Item const& inItem)
 	return std::move(list.mSequences);
 }
 
+SN::TickTime GetSequenceStart(Item const& inItem)
+{
+	auto const* const nest = std::get_if<Nest>(&inItem.mContent);
+	auto const* const multicam = std::get_if<Multicam>(&inItem.mContent);
+	return nest ? nest->mStart : multicam ? multicam->mStart : SN::kTimeZero;
+}
+
 } // namespace SonaroHost::Sequence

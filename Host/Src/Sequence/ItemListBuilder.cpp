@@ -19,8 +19,8 @@ std::int64_t GetFarFrame(SN::FrameRate const& inFrameRate)
 // Of a nested sequence; nobody asks for that of a clip.
 OutermostTime FindInnerTime(Item const& inItem, OutermostTime const& inTime)
 {
-	Nest const* const nest = std::get_if<Nest>(&inItem.mContent);
-	OutermostTime time = nest ? inTime.Into(nest->mStart, inItem.mSpeed) : OutermostTime();
+	bool const isClip = std::holds_alternative<Clip>(inItem.mContent);
+	OutermostTime time = isClip ? OutermostTime() : inTime.Into(GetSequenceStart(inItem), inItem.mSpeed);
 	time.mIsKnown &= !inItem.mSpeedCurve;
 	return time;
 }

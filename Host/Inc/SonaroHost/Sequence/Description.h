@@ -201,6 +201,8 @@ struct Description
 
 // The sequences within an item, without those that are missing; none for a clip.
 std::vector<Description const*> ListSequences(Item const& inItem);
+// The time of these that is heard at the item's start; 0 for a clip.
+SN::TickTime GetSequenceStart(Item const& inItem);
 
 // Lets a listener hear a sequence whose layout was that of its master.
 void HearWithTwoEars(Listener const& inListener, Description& ioDescription);

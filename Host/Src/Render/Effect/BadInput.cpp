@@ -55,16 +55,20 @@ private:
 		{
 			return std::nullopt;
 		}
-		if (auto const* const nest = std::get_if<Sequence::Nest>(&inItem.mContent))
+		if (auto const* const clip = std::get_if<Sequence::Clip>(&inItem.mContent))
 		{
-			OutermostTime inner = inTime.Into(nest->mStart, inItem.mSpeed);
-			inner.mIsKnown &= !inItem.mSpeedCurve;
-			return nest->mSequence ? Search(*nest->mSequence, inner) : std::nullopt;
+			return IsBad(inItem, *clip, inTime)
+					   ? std::optional(BadInput{inItem.mName, inItem.mOrigin, clip->mMedia->mName})
+					   : std::nullopt;
 		}
-		auto const& clip = std::get<Sequence::Clip>(inItem.mContent);
-		return IsBad(inItem, clip, inTime)
-				   ? std::optional(BadInput{inItem.mName, inItem.mOrigin, clip.mMedia->mName})
-				   : std::nullopt;
+		OutermostTime inner = inTime.Into(Sequence::GetSequenceStart(inItem), inItem.mSpeed);
+		inner.mIsKnown &= !inItem.mSpeedCurve;
+		std::optional<BadInput> found;
+		for (Sequence::Description const* const sequence : Sequence::ListSequences(inItem))
+		{
+			found = found ? found : Search(*sequence, inner);
+		}
+		return found;
 	}
 
 	// Reads the recording around the place that is heard at the time; all of it where that is not known.
