@@ -74,8 +74,7 @@ std::vector<std::int64_t> StageClock::FindFrames(std::vector<SN::TickTime> const
 		frames.push_back(frame);
 	}
 	std::ranges::sort(frames);
-	auto const rest = std::ranges::unique(frames);
-	frames.erase(rest.begin(), rest.end());
+	frames.erase(std::unique(frames.begin(), frames.end()), frames.end());
 	return frames;
 }
 
