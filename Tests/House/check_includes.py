@@ -45,6 +45,7 @@ HOST = {
     "Binaural": "Base Files",
     "Metering": "Base",
     "Effects": "Base Engine Automation",
+    "Offline": "Base",
     "Media": "Base Files",
     "Waveform": "Base Files Engine Media",
     "Sequence": "Base Engine Automation Binaural Metering Media",
