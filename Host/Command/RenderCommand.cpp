@@ -1,5 +1,6 @@
 #include "Command.h"
 
+#include "Options/DenoiseOptions.h"
 #include "Options/EffectOptions.h"
 #include "Options/RenderOptions.h"
 #include "Options/SharedOptions.h"
@@ -86,11 +87,13 @@ public:
 		Add("--tail", mOptions.mTail, "TIME",
 			"Go on after the end for this time, or with auto until effects are below -90 dBFS, at most 30 "
 			"seconds, which takes another pass (default: end at once)");
+		mDenoise.AddOptions(GetParser());
 		mEffects.AddOptions(GetParser());
 		mTimeline.AddOptions();
 		GroupByInput(GetParser(),
 			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--pitch", "--stream",
-				"--channels", "--pan", "--mixdown", "--effect", "--effect-file", "--set", "--preset"},
+				"--channels", "--pan", "--mixdown", "--denoise", "--reduction", "--learn", "--effect",
+				"--effect-file", "--set", "--preset"},
 			{"--range", "--stems", "--media", "--fades"});
 		GetParser().footer(
 			std::string(kTimesHelp) +
@@ -107,6 +110,7 @@ public:
 			"  sonaro render music.flac -o music.wav --as-playback\n"
 			"  sonaro render intro.wav talk.flac outro.wav -o show.wav --fade-out 5\n"
 			"  sonaro render talk.wav jingle.wav -o show.wav --at 0 --at 2.5\n"
+			"  sonaro render noisy.wav -o clean.wav --denoise --learn 0.5..2\n"
 			"  sonaro render voice.wav -o loud.wav --effect http://lv2plug.in/plugins/eg-amp --set gain=6\n"
 			"  sonaro render edit.otio -o mix.wav --normalize -16 --limit-dbtp -1 --report mix.json\n"
 			"  sonaro render edit.otio -o mix.wav --report mix.html\n"
@@ -312,6 +316,7 @@ private:
 		request.mResampling = mOptions.ChooseResampling();
 		request.mListener = mOptions.mListener.MakeListener();
 		request.mAsPlayback = mIsPlayback;
+		request.mNoiseReduction = mDenoise.MakeReduction();
 		request.mEffects = mEffects.MakeSetups();
 		return request;
 	}
@@ -436,6 +441,7 @@ private:
 	std::vector<std::string> mInputs;
 	RenderOptions mOptions;
 	TimelineRender mTimeline;
+	DenoiseOptions mDenoise;
 	EffectOptions mEffects;
 	std::vector<std::string> mPositions;
 	std::string mStart;

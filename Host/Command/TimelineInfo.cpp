@@ -7,6 +7,7 @@
 #include "Report/TimelineRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Media/AudioFileInfo.h"
@@ -115,6 +116,10 @@ std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
 		std::array<char, 32> speed{};
 		std::snprintf(speed.data(), speed.size(), ", speed %.6g", inClip.mSpeed);
 		text += std::string(speed.data()) + (inClip.mKeepsPitch ? " with its pitch kept" : "");
+	}
+	if (inClip.mDenoise)
+	{
+		text += ", noise reduced by " + FormatNumber(inClip.mDenoise->mReduction) + " dB";
 	}
 	return text + (inClip.mReason.empty() ? ""
 										  : std::string(", ") + GetName(inClip.mStatus) + ": " +

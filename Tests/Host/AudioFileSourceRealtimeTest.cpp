@@ -1,5 +1,6 @@
 #include "Media.h"
 #include "SonaroHost/Media/AudioFileSource.h"
+#include "SonaroHost/Sequence/FileMedia.h"
 #include "Support/RealtimeGuard.h"
 #include "Vexilon/BinaryData.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -57,6 +58,30 @@ TEST(AudioFileSource, ReadingWhatWasPrefetchedNeitherAllocatesNorLocks)
 	EXPECT_EQ(guard.GetAllocations(), 0);
 	EXPECT_EQ(guard.GetLocks(), 0);
 	EXPECT_GT(source->GetMissCount(), 0u);
+}
+
+TEST(AudioFileSource, ReadingWhatWasPrefetchedWithoutItsNoiseNeitherAllocatesNorLocks)
+{
+	TemporaryFolder const folder;
+	WriteSound(folder / "sound", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, 44100, 50000));
+	FileMedia media;
+	media.Get(folder / "sound", "sound");
+	SN::FrameRate const frameRate = SN::FrameRate::FromSamplesPerSecond(44100);
+	auto const opened = media.GetDenoised({folder / "sound", 0}, {})->mOpen(frameRate);
+	auto const source = SN::InterfaceRef<AudioFileSource>::FromUnknown(opened.GetUnknown());
+	source->PrefetchAudioData(0, SN::TickTime(10000, frameRate), 10000);
+	dsp::AudioBuffer buffer(2, 4096);
+
+	SN::Testing::RealtimeGuard const guard;
+	for (std::int64_t const position : {10000, 12000, 40000})
+	{
+		source->ReadPrefetchedAudio(SN::TickTime(position, frameRate), buffer);
+		source->GetFailure();
+	}
+	EXPECT_EQ(guard.GetAllocations(), 0);
+	EXPECT_EQ(guard.GetLocks(), 0);
+	EXPECT_EQ(source->GetMissCount(), 3u);
+	EXPECT_FALSE(source->GetFailure());
 }
 
 } // namespace SonaroHost::Testing::AudioFileSourceRealtimeTest

@@ -46,14 +46,14 @@ HOST = {
     "Metering": "Base",
     "Effects": "Base Engine Automation",
     "Offline": "Base",
-    "Media": "Base Files",
+    "Media": "Base Files Engine Offline",
     "Waveform": "Base Files Engine Media",
-    "Sequence": "Base Engine Automation Binaural Metering Media",
+    "Sequence": "Base Engine Automation Binaural Metering Offline Media",
     "Graph": "Base Media Sequence",
     "Otio": "Base Files",
-    "OtioSequence": "Base Files Engine Automation Binaural Effects Media Sequence Otio",
+    "OtioSequence": "Base Files Engine Automation Binaural Effects Offline Media Sequence Otio",
     "Picture": "Base Files Engine Media Waveform Sequence Otio OtioSequence",
-    "Render": "Base Files Engine Automation Binaural Metering Effects Media Waveform Sequence Graph Otio OtioSequence Picture",
+    "Render": "Base Files Engine Automation Binaural Metering Effects Offline Media Waveform Sequence Graph Otio OtioSequence Picture",
     "Playback": "Base Files Engine Automation Metering Media Sequence Render",
 }
 

@@ -10,9 +10,10 @@ import sys
 from pathlib import Path
 
 MARK = "SONARO_NONBLOCKING"
-# Meters of exports alone, whose memory grows with what they hear, a generator that waits for offline processes, and
-# functions of the same name in an interface of the host's own.
+# Meters of exports alone, whose memory grows with what they hear, a generator that waits for offline processes and
+# one that decodes for them, and functions of the same name in an interface of the host's own.
 UNMARKED = {
+    ("Host/Src/Media/Denoise/InterleavedFile.h", "GetAudioData"),
     ("Host/Src/Media/Stretch/OmegaStretcher.h", "Process"),
     ("Host/Src/Media/Stretch/ScalerStretcher.h", "Process"),
     ("Host/Src/Render/Piece/PieceRenderer.cpp", "SetMeterData"),

@@ -12,6 +12,16 @@ Json DescribeStart(SonaroHost::MediaStart const& inStart)
 	return json;
 }
 
+Json DescribeDenoise(SonaroHost::Denoise const& inDenoise)
+{
+	Json json{{"uri", SonaroHost::Denoise::kUri}, {"reduction", inDenoise.mReduction}, {"learn", nullptr}};
+	if (auto const& learn = inDenoise.mLearn)
+	{
+		json["learn"] = {{"firstMediaSample", learn->mFirst}, {"endMediaSample", learn->mEnd}};
+	}
+	return json;
+}
+
 Json ListDamage(std::vector<SonaroHost::MediaDamage::Stretch> const& inStretches)
 {
 	Json list = Json::array();

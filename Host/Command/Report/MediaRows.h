@@ -3,6 +3,7 @@
 #include "Json.h"
 #include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/Media/MediaStart.h"
+#include "SonaroHost/Offline/Denoise.h"
 
 #include <vector>
 
@@ -11,6 +12,8 @@ namespace SonaroCommand
 
 // Facts about media as reports have them.
 Json DescribeStart(SonaroHost::MediaStart const& inStart);
+// "learn" is null where the quietest stretches are learned.
+Json DescribeDenoise(SonaroHost::Denoise const& inDenoise);
 Json ListDamage(std::vector<SonaroHost::MediaDamage::Stretch> const& inStretches);
 Json ListDamaged(std::vector<SonaroHost::DamagedMedia> const& inMedia);
 

@@ -74,12 +74,16 @@ Json ListSoundFiles(ProgrammePlan const& inPlan)
 	for (PlannedClip const& clip : inPlan.GetClips())
 	{
 		AudioFileInfo const& info = clip.GetInfo();
-		list.push_back({{"name", info.mPath.filename().string()}, {"status", "heard"},
+		Json& row = list.emplace_back(Json{{"name", info.mPath.filename().string()}, {"status", "heard"},
 			{"firstSample", clip.mPosition}, {"endSample", clip.mPosition + clip.mFrames},
 			{"media", info.mPath.string()}, {"mediaRate", info.mSampleRate},
 			{"firstMediaSample", clip.mFirstFrame}, {"endMediaSample", clip.mFirstFrame + clip.mSourceFrames},
 			{"speed", inPlan.IsReversed() ? -inPlan.GetSpeed() : inPlan.GetSpeed()},
 			{"keepPitch", inPlan.KeepsPitch()}, {"pitch", inPlan.GetSemitones()}});
+		if (info.mDenoise)
+		{
+			row["denoise"] = DescribeDenoise(*info.mDenoise);
+		}
 	}
 	return list;
 }

@@ -1,6 +1,7 @@
 #include "TimelineRows.h"
 
 #include "Levels.h"
+#include "MediaRows.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/OtioSequence/TimelineRange.h"
 
@@ -64,6 +65,10 @@ Json ListClips(std::vector<ClipRow> const& inClips)
 		}
 		json["keepPitch"] = clip.mKeepsPitch;
 		json["pitch"] = clip.mSemitones;
+		if (clip.mDenoise)
+		{
+			json["denoise"] = DescribeDenoise(*clip.mDenoise);
+		}
 		list.push_back(std::move(json));
 	}
 	return list;

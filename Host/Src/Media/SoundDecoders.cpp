@@ -1,5 +1,7 @@
 #include "SoundDecoders.h"
 
+#include "Denoise/DenoisedDecoder.h"
+#include "Denoise/DenoisedInfo.h"
 #include "Movie/Movies.h"
 #include "SoundFile/AudioFileDecoder.h"
 #include "Stretch/RampStretchDecoder.h"
@@ -18,6 +20,11 @@ std::unique_ptr<SoundDecoder> OpenSoundDecoder(AudioFileInfo const& inInfo)
 	if (inInfo.mStretch)
 	{
 		return std::make_unique<StretchedDecoder>(inInfo, OpenSoundDecoder(GetFileOf(inInfo)));
+	}
+	if (inInfo.mDenoise)
+	{
+		return std::make_unique<DenoisedDecoder>(
+			inInfo, [file = GetNoisyFileOf(inInfo)] { return OpenSoundDecoder(file); });
 	}
 	if (inInfo.mMovie)
 	{

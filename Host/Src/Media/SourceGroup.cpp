@@ -9,7 +9,7 @@ namespace SonaroHost
 
 std::shared_ptr<DecodedSpool> SharedSpools::Find(AudioFileInfo const& inInfo, std::int64_t inBlockFrames)
 {
-	std::weak_ptr<DecodedSpool>& known = mSpools[{inInfo.mDamage.get(), inInfo.mStretch}];
+	std::weak_ptr<DecodedSpool>& known = mSpools[{inInfo.mDamage.get(), inInfo.mStretch, inInfo.mDenoise}];
 	auto spool = known.lock();
 	if (!spool)
 	{

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -28,7 +29,9 @@ public:
 
 private:
 	// They live as long as somebody reads them.
-	std::map<std::pair<MediaDamage const*, std::optional<Stretch>>, std::weak_ptr<DecodedSpool>> mSpools;
+	std::map<std::tuple<MediaDamage const*, std::optional<Stretch>, std::optional<Denoise>>,
+		std::weak_ptr<DecodedSpool>>
+		mSpools;
 };
 
 // The sources that one graph has opened. What they find damaged stays theirs until the end of this, and is then added

@@ -4,7 +4,7 @@
 #include "Otio/Json/Schema.h"
 #include "Otio/Levels/ForeignLevelsReader.h"
 #include "Otio/Levels/LevelShapes.h"
-#include "Otio/Mix/MixSettingsReader.h"
+#include "Otio/Mix/DenoiseReader.h"
 #include "Otio/Mix/PluginReader.h"
 
 #include "SonaroHost/Otio/Limits.h"
@@ -59,19 +59,36 @@ void TellOfRest(Cursor const& inObject, Effect const& inEffect, EffectLevels con
 		"the effect " + Quote(name) + " (schema " + Quote(inEffect.mSchema) + ") is not rendered");
 }
 
-// Null where there is none.
-std::shared_ptr<PluginEffect const> ReadPlugin(Cursor const& inSonaro)
+// What the effect is rendered by: a plugin, or the reduction of noise. Others have neither.
+void ReadRenderer(Cursor const& inSonaro, SettingsOwner inOwner, Effect& outEffect)
 {
 	if (!inSonaro.IsObject())
 	{
-		return nullptr;
+		return;
 	}
-	TellUnknownKeys(inSonaro, {"lv2"});
+	TellUnknownKeys(inSonaro, {"lv2", "denoise"});
 	Cursor const plugin(inSonaro, "lv2");
-	return plugin.IsNothing() ? nullptr : std::make_shared<PluginEffect const>(ReadPluginEffect(plugin));
+	Cursor const denoise(inSonaro, "denoise");
+	if (!plugin.IsNothing())
+	{
+		outEffect.mPlugin = std::make_shared<PluginEffect const>(ReadPluginEffect(plugin));
+	}
+	if (denoise.IsNothing())
+	{
+		return;
+	}
+	if (outEffect.mPlugin)
+	{
+		denoise.Refuse("stands beside \"lv2\"; use an effect for each");
+	}
+	if (inOwner != SettingsOwner::kClip)
+	{
+		denoise.Refuse("is for clips only, as it needs their media; move the effect to the clips");
+	}
+	outEffect.mDenoise = std::make_shared<DenoiseEffect const>(ReadDenoiseEffect(denoise));
 }
 
-Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRange)
+Effect ReadEffect(Cursor const& inObject, SettingsOwner inOwner, std::optional<TimeRange> const& inRange)
 {
 	inObject.Require(JsonValue::Type::kObject, "an effect");
 	SchemaKind const kind = ReadSchema(inObject);
@@ -96,8 +113,8 @@ Effect ReadEffect(Cursor const& inObject, std::optional<TimeRange> const& inRang
 		return effect;
 	}
 	Cursor const metadata(inObject, "metadata");
-	effect.mPlugin = ReadPlugin(Cursor(metadata, "sonaro"));
-	if (effect.mIsEnabled && !effect.mPlugin)
+	ReadRenderer(Cursor(metadata, "sonaro"), inOwner, effect);
+	if (effect.mIsEnabled && !effect.mPlugin && !effect.mDenoise)
 	{
 		EffectLevels levels = ReadEffectLevels(metadata, inRange);
 		TellOfRest(inObject, effect, levels);
@@ -154,11 +171,11 @@ Marker ReadMarker(Cursor const& inObject)
 
 } // namespace
 
-void ReadEffects(
-	Cursor const& inList, std::optional<TimeRange> const& inRange, std::vector<Effect>& outEffects)
+void ReadEffects(Cursor const& inList, SettingsOwner inOwner, std::optional<TimeRange> const& inRange,
+	std::vector<Effect>& outEffects)
 {
-	ForEach(inList, [&inRange, &outEffects](Cursor const& inObject)
-		{ outEffects.push_back(ReadEffect(inObject, inRange)); });
+	ForEach(inList,
+		[&](Cursor const& inObject) { outEffects.push_back(ReadEffect(inObject, inOwner, inRange)); });
 }
 
 void ReadMarkers(Cursor const& inList, std::vector<Marker>& outMarkers)

@@ -107,7 +107,7 @@ void ReadItem(Cursor const& inObject, SettingsOwner inOwner, Item& outItem,
 	outItem.mSourceRange = ReadIfThere(Cursor(inObject, "source_range"), ReadRange);
 	outItem.mIsEnabled = ReadEnabled(Cursor(inObject, "enabled"));
 	std::optional<TimeRange> const& range = outItem.mSourceRange ? outItem.mSourceRange : inMediaRange;
-	ReadEffects(Cursor(inObject, "effects"), range, outItem.mEffects);
+	ReadEffects(Cursor(inObject, "effects"), inOwner, range, outItem.mEffects);
 	TellOfLength(inObject, outItem);
 	ReadMarkers(Cursor(inObject, "markers"), outItem.mMarkers);
 	Cursor const metadata(inObject, "metadata");

@@ -67,6 +67,10 @@ std::optional<RangeReport> RenderInOneRun(
 
 std::optional<RangeReport> RenderRange(Programme const& inProgramme, RangeRender const& inRender)
 {
+	if (!inProgramme.mMedia->LearnNoise([](std::int64_t) {}, inRender.mStop))
+	{
+		return std::nullopt;
+	}
 	OfflineRange range{inRender.mRange.mFrames, inProgramme.GetFrameRate(),
 		static_cast<unsigned>(inProgramme.GetLayout().size()),
 		ChooseBlock(inProgramme, inRender.mBlockFrames)};

@@ -119,17 +119,38 @@ bool RenderJob::AddTail()
 
 bool RenderJob::RunPasses()
 {
-	if (!AddTail())
+	if (!LearnNoise() || !AddTail())
 	{
 		return false;
 	}
-	mProgress.mFramesTotal = NeedsMixAlone() ? mPlan.mMix.mRange.mFrames : 0;
+	mProgress.mFramesTotal += NeedsMixAlone() ? mPlan.mMix.mRange.mFrames : 0;
 	for (PlannedFile const& planned : mPlan.mFiles)
 	{
 		mProgress.mFramesTotal += planned.mFile.mRange.mFrames;
 	}
 	return (!NeedsMixAlone() || MeasureMix()) &&
 		   (!mPlan.mRequest.mLevels.mNormalizeLoudness || Normalize()) && WriteFiles();
+}
+
+bool RenderJob::LearnNoise()
+{
+	std::int64_t const frames = mProgramme.mMedia->CountFramesToLearn();
+	mProgress.mFramesTotal = frames;
+	for (PlannedFile const& planned : mPlan.mFiles)
+	{
+		mProgress.mFramesTotal += planned.mFile.mRange.mFrames;
+	}
+	auto const report = [this](std::int64_t inFrames)
+	{
+		mProgress.mFramesDone = inFrames;
+		if (mReport)
+		{
+			mReport(mProgress);
+		}
+	};
+	bool const isLearned = mProgramme.mMedia->LearnNoise(report, mStop);
+	mProgress = {frames, frames};
+	return isLearned;
 }
 
 bool RenderJob::NeedsMixAlone() const

@@ -75,6 +75,7 @@ private:
 
 	// Each of them is false when asked to stop.
 	bool RunPasses();
+	bool LearnNoise();
 	bool AddTail();
 	bool MeasureMix();
 	bool Normalize();

@@ -1,5 +1,7 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
+#include "Media/Denoise/DenoisedInfo.h"
+#include "Media/Denoise/NoiseLearning.h"
 #include "Media/SourceGroup.h"
 #include "Media/Stretch/StretchedInfo.h"
 #include "SonaroHost/Media/AudioFileInspection.h"
@@ -102,10 +104,7 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(
 			AudioFileInfo const info = InspectAudioFile(inPath, inStream);
 			file.mInfo = info;
 			file.mInfo.mPath = inShownPath;
-			file.mMedia = std::make_shared<Sequence::Media>(Sequence::Media{inPath.filename().string(),
-				static_cast<double>(info.mSampleRate), info.mFrames, info.mLayout,
-				[sources = mSources, info](SN::FrameRate const& inCountingRate)
-				{ return sources->Open(info, inCountingRate); }});
+			file.mMedia = MakeMedia(info);
 		}
 		catch (SilentMovieError const& error)
 		{
@@ -128,13 +127,34 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(
 	return file.mMedia;
 }
 
-std::shared_ptr<Sequence::Media const> FileMedia::GetStretched(
-	Key const& inFile, Stretch const& inStretch, UsedRegions::Span const& inUsed)
+std::shared_ptr<Sequence::Media const> FileMedia::MakeMedia(AudioFileInfo const& inInfo) const
+{
+	return std::make_shared<Sequence::Media>(Sequence::Media{inInfo.mPath.filename().string(),
+		static_cast<double>(inInfo.mSampleRate), inInfo.mFrames, inInfo.mLayout,
+		[sources = mSources, info = inInfo](SN::FrameRate const& inCountingRate)
+		{ return sources->Open(info, inCountingRate); }});
+}
+
+std::shared_ptr<Sequence::Media const> FileMedia::GetDenoised(Key const& inFile, Denoise const& inDenoise)
 {
 	File& file = mFiles.at(inFile);
-	AudioFileInfo info = file.mInfo;
+	DenoisedFile& denoised = file.mDenoised[inDenoise];
+	if (!denoised.mMedia)
+	{
+		denoised.mInfo = MakeDenoised(file.mInfo, inDenoise);
+		denoised.mInfo.mPath = inFile.first;
+		denoised.mMedia = MakeMedia(denoised.mInfo);
+	}
+	return denoised.mMedia;
+}
+
+std::shared_ptr<Sequence::Media const> FileMedia::GetStretched(Key const& inFile,
+	std::optional<Denoise> const& inDenoise, Stretch const& inStretch, UsedRegions::Span const& inUsed)
+{
+	File& file = mFiles.at(inFile);
+	AudioFileInfo info = inDenoise ? file.mDenoised.at(*inDenoise).mInfo : file.mInfo;
 	info.mPath = inFile.first;
-	Recording& recording = file.mStretched[inStretch];
+	Recording& recording = file.mStretched[{inDenoise, inStretch}];
 	auto& used = recording.mUsed;
 	if (!used)
 	{
@@ -183,6 +203,37 @@ AudioFileInfo const* FileMedia::FindInfo(
 std::unique_ptr<GraphMedia> FileMedia::OpenForGraph() const
 {
 	return std::make_unique<GroupedMedia>(*this, mSources->OpenGroup());
+}
+
+std::vector<AudioFileInfo const*> FileMedia::ListDenoised() const
+{
+	std::vector<AudioFileInfo const*> list;
+	for (auto const& [key, file] : mFiles)
+	{
+		for (auto const& [denoise, denoised] : file.mDenoised)
+		{
+			list.push_back(&denoised.mInfo);
+		}
+	}
+	return list;
+}
+
+std::int64_t FileMedia::CountFramesToLearn() const
+{
+	return SonaroHost::CountFramesToLearn(ListDenoised());
+}
+
+bool FileMedia::LearnNoise(
+	std::function<void(std::int64_t)> const& inReport, std::stop_token const& inStop) const
+{
+	try
+	{
+		return SonaroHost::LearnNoise(ListDenoised(), inReport, inStop);
+	}
+	catch (HostError const& error)
+	{
+		throw NameAsShown(error);
+	}
 }
 
 std::vector<DamagedMedia> FileMedia::ListDamaged() const

@@ -4,6 +4,8 @@
 #include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/Media/MediaStart.h"
 #include "SonaroHost/Media/Stretch.h"
+#include "SonaroHost/Offline/Denoise.h"
+#include "SonaroHost/Offline/NoiseProfile.h"
 #include "zorvmediatypes/AudioChannelDescription.h"
 
 #include <cstdint>
@@ -64,6 +66,9 @@ struct AudioFileInfo
 	std::shared_ptr<MediaDamage> mDamage = std::make_shared<MediaDamage>();
 	// Where a movie's samples lie; null for sound files.
 	std::shared_ptr<MovieIndex const> mMovie;
+	// Where the noise of the file is reduced, before it is stretched; and what was learned of it, null elsewhere.
+	std::optional<Denoise> mDenoise;
+	std::shared_ptr<SharedNoiseProfile> mNoise;
 	// Where the recording is the file stretched; mFrames and all positions then count its own frames, and mFileFrames
 	// those of the file.
 	std::optional<Stretch> mStretch;

@@ -3,7 +3,10 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MediaDamage.h"
 
+#include <cstdint>
+#include <functional>
 #include <optional>
+#include <stop_token>
 #include <vector>
 
 namespace SonaroHost
@@ -23,6 +26,16 @@ public:
 	virtual std::optional<HostError> FindFailure() const = 0;
 	// What of them was found damaged until now, by the graph where they are one's own.
 	virtual std::vector<DamagedMedia> ListDamaged() const = 0;
+
+	// Frames of media whose noise is to be reduced and has to be learned first.
+	virtual std::int64_t CountFramesToLearn() const { return 0; }
+	// Learns them, which otherwise whoever reads them first has to wait for. inReport: called on this thread with the frames
+	// that are done. False when asked to stop. Throws a HostError.
+	virtual bool LearnNoise(
+		std::function<void(std::int64_t)> const& /*inReport*/, std::stop_token const& /*inStop*/) const
+	{
+		return true;
+	}
 };
 
 } // namespace SonaroHost

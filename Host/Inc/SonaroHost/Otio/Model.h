@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SonaroHost/Otio/DenoiseEffect.h"
 #include "SonaroHost/Otio/Media.h"
 #include "SonaroHost/Otio/MixSettings.h"
 #include "SonaroHost/Otio/PluginEffect.h"
@@ -44,6 +45,8 @@ struct Effect
 	ForeignLevels mLevels;
 	// kOther: the plugin that it is rendered by; null for none.
 	std::shared_ptr<PluginEffect const> mPlugin;
+	// kOther, of clips: how the noise of the media is reduced; null for not at all.
+	std::shared_ptr<DenoiseEffect const> mDenoise;
 	std::string mMetadata;
 	std::string mPlace;
 };

@@ -2,6 +2,7 @@
 
 #include "Sonaro/Types.h"
 #include "SonaroHost/Base/Ratio.h"
+#include "SonaroHost/Offline/Denoise.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -75,6 +76,8 @@ struct ClipRow
 	bool mKeepsPitch = false;
 	// By how much its pitch is shifted besides.
 	double mSemitones = 0.0;
+	// How the noise of its media is reduced.
+	std::optional<Denoise> mDenoise;
 };
 
 // A track, a nested stack or track, or a clip that stands in a stack by itself.

@@ -6,6 +6,7 @@
 #include "SonaroHost/Engine/LayoutPlan.h"
 #include "SonaroHost/Engine/OfflineRender.h"
 #include "SonaroHost/Media/Stretch.h"
+#include "SonaroHost/Offline/Denoise.h"
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Sequence/Resampling.h"
 
@@ -46,6 +47,21 @@ struct ClipInput
 	unsigned mStream = 0;
 };
 
+// The reduction of the noise of inputs.
+struct NoiseReduction
+{
+	// See Denoise.
+	double mReduction = Denoise().mReduction;
+	// Where the noise is learned, for a single input: from a time in the file to another; without it, from the quietest
+	// stretches of each.
+	struct Range
+	{
+		TimePosition mStart;
+		TimePosition mEnd;
+	};
+	std::optional<Range> mLearn;
+};
+
 // Sound files to be rendered into another, one after the other or wherever they are put. There are no tracks to
 // measure, so kTracks means the output.
 struct ClipRenderRequest : OutputRequest
@@ -63,6 +79,8 @@ struct ClipRenderRequest : OutputRequest
 	// By how much the pitch is shifted besides, length staying: at most Stretch::kMostSemitones either way.
 	double mSemitones = 0.0;
 	StretchEngine mStretchEngine = kDefaultStretchEngine;
+	// How the noise of the inputs is reduced, before all else; nothing leaves it as it is.
+	std::optional<NoiseReduction> mNoiseReduction;
 	// The output's rate; without one it is that of the first input. Inputs of another rate are resampled, pitch and
 	// length staying.
 	std::optional<int> mSampleRate;

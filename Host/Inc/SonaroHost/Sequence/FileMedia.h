@@ -6,6 +6,7 @@
 #include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/Media/Stretch.h"
 #include "SonaroHost/Media/UsedRegions.h"
+#include "SonaroHost/Offline/Denoise.h"
 #include "SonaroHost/Sequence/Media.h"
 
 #include <filesystem>
@@ -37,10 +38,15 @@ public:
 	std::shared_ptr<Sequence::Media const> Get(
 		std::filesystem::path const& inPath, std::filesystem::path const& inShownPath, unsigned inStream = 0);
 
-	// A recording that is made by stretching a file which Get has given: from the file's first frame on, or along a ramp from
+	// A file that Get has given, its noise reduced; what is learned of it is shared. Throws a HostError for what cannot be
+	// learned from, the file called by its path for people.
+	std::shared_ptr<Sequence::Media const> GetDenoised(Key const& inFile, Denoise const& inDenoise);
+
+	// A recording that is made by stretching a file which Get or GetDenoised has given: from the file's first frame on, or along a ramp from
 	// Stretch::mStart on. What is used of it is decoded in regions, each by itself. inUsed: what a clip plays of it, before any graph is made.
-	std::shared_ptr<Sequence::Media const> GetStretched(
-		Key const& inFile, Stretch const& inStretch, UsedRegions::Span const& inUsed);
+	// inDenoise: as it was given to GetDenoised; nothing for a file as it is.
+	std::shared_ptr<Sequence::Media const> GetStretched(Key const& inFile,
+		std::optional<Denoise> const& inDenoise, Stretch const& inStretch, UsedRegions::Span const& inUsed);
 
 	// What the file is, by the path that people call it; null for one that is not there or cannot be read.
 	// inStream: as it was given to Get; nothing for the lowest.
@@ -55,6 +61,11 @@ public:
 	// This outlives the result.
 	std::unique_ptr<GraphMedia> OpenForGraph() const;
 
+	// Of the media that GetDenoised has given.
+	std::int64_t CountFramesToLearn() const override;
+	bool LearnNoise(
+		std::function<void(std::int64_t)> const& inReport, std::stop_token const& inStop) const override;
+
 	// The files in which damage was found until now, in the order of their paths.
 	std::vector<DamagedMedia> ListDamaged() const override;
 
@@ -66,9 +77,16 @@ private:
 		std::map<std::int64_t, std::shared_ptr<Sequence::Media const>> mMedia;
 	};
 
+	struct DenoisedFile
+	{
+		std::shared_ptr<Sequence::Media const> mMedia;
+		AudioFileInfo mInfo;
+	};
+
 	struct File
 	{
-		std::map<Stretch, Recording> mStretched;
+		std::map<Denoise, DenoisedFile> mDenoised;
+		std::map<std::pair<std::optional<Denoise>, Stretch>, Recording> mStretched;
 		std::shared_ptr<Sequence::Media const> mMedia;
 		// Its path is the one for people.
 		AudioFileInfo mInfo;
@@ -80,6 +98,8 @@ private:
 	class OpenSources;
 	class GroupedMedia;
 
+	std::shared_ptr<Sequence::Media const> MakeMedia(AudioFileInfo const& inInfo) const;
+	std::vector<AudioFileInfo const*> ListDenoised() const;
 	std::vector<DamagedMedia> ListDamaged(
 		std::function<std::vector<MediaDamage::Stretch>(AudioFileInfo const&)> const& inFind) const;
 	HostError NameAsShown(HostError const& inError) const;

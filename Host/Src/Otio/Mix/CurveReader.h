@@ -3,6 +3,7 @@
 #include "Otio/Json/Cursor.h"
 
 #include "SonaroHost/Otio/MixSettings.h"
+#include "SonaroHost/Otio/RationalTime.h"
 
 #include <cstddef>
 
@@ -12,6 +13,8 @@ namespace SonaroHost::Otio
 // Gains in decibels, minus infinity among them.
 inline constexpr double kMaxGainDecibels = 100.0;
 
+// A time as seconds or as a RationalTime.
+RationalTime ReadSecondsOrTime(Cursor const& inValue);
 // What a control of a plugin is set to: a number, or true or false for 1 or 0, or an object with keyframes of these.
 Curve ReadControlCurve(Cursor const& inValue);
 // The same of a switch: true or false, or an object with keyframes of these.

@@ -321,6 +321,7 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 	row.mKeepsPitch = inState.mKeepsPitch;
 	row.mSemitones = inState.mIsStretched ? inClip.GetSettings().mSemitones : 0.0;
 	row.mMedia = inMedia ? inMedia->mPath : std::filesystem::path();
+	row.mDenoise = inMedia ? inMedia->mDenoise : std::nullopt;
 	if (inMedia && inMedia->mMedia)
 	{
 		double const mediaRate = inMedia->mMedia->mSampleRate;

@@ -19,6 +19,18 @@ ClipMedia MakeMissing(std::filesystem::path inPath, std::string inReason)
 	return media;
 }
 
+Denoise MakeDenoise(DenoiseEffect const& inEffect, double inSampleRate)
+{
+	Ratio const rate = Ratio::FromDouble(inSampleRate);
+	Denoise denoise;
+	denoise.mReduction = inEffect.mReduction.value_or(denoise.mReduction);
+	if (auto const& learn = inEffect.mLearn)
+	{
+		denoise.mLearn = {(ToSeconds(learn->mStart) * rate).Round(), (ToSeconds(learn->mEnd) * rate).Round()};
+	}
+	return denoise;
+}
+
 } // namespace
 
 ClipMedia const& ClipMediaTable::Get(Clip const& inClip)
@@ -56,6 +68,7 @@ ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
 	}
 	if (media.mMedia)
 	{
+		ReduceNoise(inClip, media);
 		ChooseChannels(inClip, media);
 	}
 	else
@@ -66,6 +79,34 @@ ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
 			place + media.mWhySilent + "; the clip is silent"});
 	}
 	return media;
+}
+
+void ClipMediaTable::ReduceNoise(Clip const& inClip, ClipMedia& ioMedia)
+{
+	for (Effect const& effect : inClip.mEffects)
+	{
+		if (!effect.mIsEnabled || !effect.mDenoise)
+		{
+			continue;
+		}
+		if (ioMedia.mDenoise)
+		{
+			mNotes.push_back({Note::Kind::kIgnored, effect.mDenoise->mPlace,
+				"the noise of the clip is reduced by an effect before this one, which is ignored"});
+			continue;
+		}
+		try
+		{
+			Denoise const denoise = MakeDenoise(*effect.mDenoise, ioMedia.mMedia->mSampleRate);
+			ioMedia.mMedia = mFiles.GetDenoised(ioMedia.mFile, denoise);
+			ioMedia.mDenoise = denoise;
+		}
+		catch (HostError const& error)
+		{
+			mNotes.push_back({Note::Kind::kMissingEffect, effect.mDenoise->mPlace,
+				std::string("an effect is bypassed: ") + error.what()});
+		}
+	}
 }
 
 void ClipMediaTable::ChooseChannels(Clip const& inClip, ClipMedia& ioMedia)

@@ -25,6 +25,8 @@ struct ClipMedia
 	std::filesystem::path mPath;
 	// Where FileMedia has it.
 	FileMedia::Key mFile;
+	// How the noise of the file is reduced.
+	std::optional<Denoise> mDenoise;
 	// When the media begin by their own file, in seconds; nothing where that does not say so.
 	std::optional<Ratio> mStart;
 	// The start for people, as the file has it.
@@ -55,11 +57,13 @@ public:
 	std::shared_ptr<Sequence::Media const> GetStretched(
 		ClipMedia const& inMedia, Stretch const& inStretch, UsedRegions::Span const& inUsed)
 	{
-		return mFiles.GetStretched(inMedia.mFile, inStretch, inUsed);
+		return mFiles.GetStretched(inMedia.mFile, inMedia.mDenoise, inStretch, inUsed);
 	}
 
 private:
 	ClipMedia Resolve(Clip const& inClip);
+	// Puts the file without its noise in the place of the file.
+	void ReduceNoise(Clip const& inClip, ClipMedia& ioMedia);
 	void ChooseChannels(Clip const& inClip, ClipMedia& ioMedia);
 	ClipMedia ResolveFile(MediaReference const& inReference, unsigned inStream);
 

@@ -1,5 +1,6 @@
 #include "ClipProgramme.h"
 
+#include "Media/Denoise/NoiseLearning.h"
 #include "Media/SourceGroup.h"
 
 #include <algorithm>
@@ -166,8 +167,27 @@ public:
 		return SonaroHost::ListDamaged(
 			mSources, [](AudioFileInfo const& inInfo) { return inInfo.mDamage->Get(); });
 	}
+	std::int64_t CountFramesToLearn() const override
+	{
+		return SonaroHost::CountFramesToLearn(ListRecordings());
+	}
+	bool LearnNoise(
+		std::function<void(std::int64_t)> const& inReport, std::stop_token const& inStop) const override
+	{
+		return SonaroHost::LearnNoise(ListRecordings(), inReport, inStop);
+	}
 
 private:
+	NoisyRecordings ListRecordings() const
+	{
+		NoisyRecordings recordings;
+		for (auto const& source : mSources)
+		{
+			recordings.push_back(&source->GetInfo());
+		}
+		return recordings;
+	}
+
 	Sources mSources;
 };
 

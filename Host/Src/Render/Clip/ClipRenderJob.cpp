@@ -28,7 +28,7 @@ ClipRenderRequest Check(ClipRenderRequest inRequest)
 OutputFormat ChooseFormat(ClipRenderRequest const& inRequest, ProgrammePlan const& inPlan)
 {
 	bool const keepsSamples = inPlan.KeepsSamples() && inRequest.mLevels.IsNone() &&
-							  inRequest.mEffects.empty() &&
+							  inRequest.mEffects.empty() && !inRequest.mNoiseReduction &&
 							  inPlan.GetLayout() != zorvmediatypes::CreateAmbisonic1ChannelLayout();
 	bool const needsDither = std::ranges::any_of(inPlan.GetClips(),
 		[&](PlannedClip const& inClip)

@@ -1,5 +1,6 @@
 #include "SonaroHost/Render/ProgrammePlan.h"
 
+#include "Media/Denoise/DenoisedInfo.h"
 #include "Media/Stretch/StretchedInfo.h"
 #include "Render/StretchChoice.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
@@ -44,9 +45,25 @@ std::vector<unsigned> ChooseChannels(AudioFileInfo const& inInfo, std::vector<un
 	return inWanted == all ? std::vector<unsigned>() : inWanted;
 }
 
-PlannedClip OpenClip(ClipInput const& inInput, std::optional<Stretch> const& inStretch)
+AudioFileInfo ReduceNoise(AudioFileInfo const& inInfo, NoiseReduction const& inReduction)
 {
-	AudioFileInfo const info = InspectAudioFile(inInput.mPath, inInput.mStream);
+	Denoise denoise{inReduction.mReduction, {}};
+	if (auto const& range = inReduction.mLearn)
+	{
+		denoise.mLearn = {
+			range->mStart.ToSamples(inInfo.mSampleRate), range->mEnd.ToSamples(inInfo.mSampleRate)};
+	}
+	return MakeDenoised(inInfo, denoise);
+}
+
+PlannedClip OpenClip(ClipInput const& inInput, std::optional<NoiseReduction> const& inReduction,
+	std::optional<Stretch> const& inStretch)
+{
+	AudioFileInfo info = InspectAudioFile(inInput.mPath, inInput.mStream);
+	if (inReduction)
+	{
+		info = ReduceNoise(info, *inReduction);
+	}
 	FrameRange const range = ChooseRange(info, inInput.mStart, inInput.mDuration);
 	PlannedClip clip;
 	clip.mSource = AudioFileSource::Open(inStretch ? MakeStretched(info, *inStretch) : info);
@@ -105,6 +122,13 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	{
 		Refuse("no input given");
 	}
+	auto const& reduction = inRequest.mNoiseReduction;
+	if (reduction && reduction->mLearn && inRequest.mInputs.size() > 1)
+	{
+		Refuse(
+			"noise can be learned from a range of a single input only; render the inputs to separate files "
+			"first");
+	}
 	auto const stretch = ChooseStretch(
 		inRequest.mSpeed, inRequest.mKeepsPitch, inRequest.mSemitones, inRequest.mStretchEngine);
 	OutputPlan outputs;
@@ -116,7 +140,7 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	outputs.mReplaces = inRequest.mReplace;
 	for (ClipInput const& input : inRequest.mInputs)
 	{
-		mClips.push_back(OpenClip(input, stretch));
+		mClips.push_back(OpenClip(input, inRequest.mNoiseReduction, stretch));
 		outputs.mInputs.push_back(input.mPath);
 	}
 	outputs.Check();
