@@ -7,10 +7,11 @@ packages=(g++ cmake ninja-build ccache pkg-config
 	libboost-dev libxxhash-dev libcairo2-dev libsndfile1-dev libzip-dev libgraphviz-dev libutf8proc-dev libpango1.0-dev
 	libavcodec-dev libavformat-dev libavutil-dev libswresample-dev
 	liblilv-dev lv2-dev
+	libmysofa-dev libeigen3-dev
 	nlohmann-json3-dev libcli11-dev)
 if [ "${1:-build}" = test ]; then
 	packages+=(clang clang-format clang-tidy libclang-rt-14-dev lld python3 libgtest-dev libgmock-dev libbenchmark-dev libebur128-dev
-		libmysofa-dev ffmpeg librsvg2-bin lilv-utils lv2-examples mda-lv2)
+		ffmpeg librsvg2-bin lilv-utils lv2-examples mda-lv2)
 fi
 
 missing=()

@@ -14,8 +14,8 @@ namespace
 {
 
 // The range of the renderer.
-constexpr int kLowestRate = 1000;
-constexpr int kHighestRate = 768000;
+constexpr int kLowestEarRate = 1000;
+constexpr int kHighestEarRate = 768000;
 
 } // namespace
 
@@ -46,11 +46,11 @@ void CheckCanListen(SN::AudioChannelLayout const& inLayout, int inSampleRate)
 			   " cannot be rendered for two ears, since its channels have no places around the listener; use "
 			   "--layout with mono, stereo, 5.1, ambisonic1 or 8 (7.1)");
 	}
-	if (inSampleRate < kLowestRate || inSampleRate > kHighestRate)
+	if (inSampleRate < kLowestEarRate || inSampleRate > kHighestEarRate)
 	{
 		Refuse("sound for two ears at " + std::to_string(inSampleRate) +
-			   " Hz is out of range; use a sample rate of " + std::to_string(kLowestRate) + " to " +
-			   std::to_string(kHighestRate));
+			   " Hz is out of range; use a sample rate of " + std::to_string(kLowestEarRate) + " to " +
+			   std::to_string(kHighestEarRate));
 	}
 }
 

@@ -25,11 +25,16 @@ TEST(SequenceGraph, PullingNeitherAllocatesNorLocks)
 		bool const isReverse = seed % 3 == 2;
 		SCOPED_TRACE(testing::Message() << "seed " << seed);
 		RandomSequence const random = MakeRandomSequence(seed);
+		Description sequence = *random.mSequence;
+		if (seed % 4 == 1 && !FindField(sequence.mLayout).empty())
+		{
+			HearWithTwoEars({}, sequence);
+		}
 		SN::Prefetcher prefetcher{.mReverse = isReverse};
 		RenderContextScope const context(
 			kBlockFrames, SN::kTimeMax, SN::ImmutableString("test"), isPlayback ? &prefetcher : nullptr);
 		SequenceGraph const graph(
-			*random.mSequence, context.Get(), random.mFrameRate, isPlayback ? &prefetcher : nullptr);
+			sequence, context.Get(), random.mFrameRate, isPlayback ? &prefetcher : nullptr);
 		dsp::AudioBuffer block(graph.GetLayout().size(), kBlockFrames);
 		std::int64_t const first = 0;
 		std::int64_t const end = GetLength(*random.mSequence).ToFrame64(random.mFrameRate);

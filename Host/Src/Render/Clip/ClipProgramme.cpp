@@ -239,7 +239,7 @@ Programme MakeProgramme(ProgrammePlan const& inPlan, std::vector<Effects::Prepar
 	}
 	for (Effects::PreparedEffect const& effect : inEffects)
 	{
-		description->mMaster.mStages.push_back(Sequence::Effect{effect.GetName(),
+		description->mMaster.mStages.emplace_back(Sequence::Effect{effect.GetName(),
 			[effect](auto const&... inGraph) { return effect.Make(inGraph...); }, false, effect.GetJumps(),
 			effect.GetFacts()});
 	}
