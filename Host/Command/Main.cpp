@@ -1,5 +1,7 @@
 #include "Command.h"
+#include "FeatureList.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Binaural/SofaEars.h"
 #include "SonaroHost/Effects/EffectLibrary.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Media/NoSoundError.h"
@@ -69,6 +71,14 @@ std::string DescribeEffects()
 			   : "LV2 plugins by " + libraries;
 }
 
+std::string DescribeListeners()
+{
+	std::string const library = SonaroHost::DescribeSofaLibrary();
+	return library.empty() ? "built-in ears alone; libmysofa was not built in with SONARO_WITH_SOFA, which "
+							 "needs libmysofa-dev and libeigen3-dev"
+						   : "built-in ears, and SOFA files by " + library;
+}
+
 // The version, and what of the optional parts was built in.
 std::string DescribeVersion()
 {
@@ -80,8 +90,25 @@ std::string DescribeVersion()
 				   ? "not read; libav is not installed, or was not built in with SONARO_WITH_LIBAV, which "
 					 "needs libavformat-dev, libavcodec-dev and libswresample-dev"
 				   : "read by " + libraries) +
-		   "\neffects: " + DescribeEffects() +
+		   "\neffects: " + DescribeEffects() + "\nlisteners: " + DescribeListeners() +
 		   (hasRubberBand ? "\nstretching: by the Rubber Band Library as well (GPL)" : "");
+}
+
+// Like the version, the list is printed in place of a command.
+void AddFeaturesFlag(CLI::App& ioProgram, bool& outIsJson)
+{
+	// Options are read in the order in which they are added, whatever their order on the command line.
+	CLI::Option* const json = ioProgram.add_flag("--json", outIsJson, "Print the list of --features as JSON");
+	CLI::Option* const features = ioProgram.add_flag_callback(
+		"--features",
+		[&outIsJson]
+		{
+			std::string text = outIsJson ? ListFeaturesForMachines() : ListFeaturesForPeople();
+			text.pop_back();
+			throw CLI::CallForVersion(text, 0);
+		},
+		"List what this build can do: formats, layouts, optional parts and the versions of libraries");
+	json->needs(features);
 }
 
 constexpr char const* kFooter =
@@ -122,8 +149,10 @@ int main(int inCount, char** inArguments)
 	MakeFailedWritesErrors();
 	StopSignals::Watch();
 	SonaroHost::SilenceMovieLibraries();
+	bool isJson = false;
 	CLI::App program("Renders the sound of timelines and sound files, exact to the sample.", "sonaro");
 	program.set_version_flag("--version", &DescribeVersion);
+	AddFeaturesFlag(program, isJson);
 	program.require_subcommand(1);
 	program.footer(kFooter);
 
