@@ -29,7 +29,7 @@ VALUES = {
     "waveform --theme": "light dark",
     "--scale": "linear db",
     "--stretch": "scaler omega rubberband",
-    "--layout": "mono stereo 5.1",
+    "--layout": "mono stereo 5.1 ambisonic1",
 }
 FOLDERS = {"--media"}
 
@@ -169,7 +169,7 @@ def bash_completion(commands):
     text = ["# Completion of the sonaro command for bash. Written by make-command-documents.py.", "_sonaro()", "{",
             "\tlocal word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}",
             "\tif [ \"$COMP_CWORD\" -eq 1 ]; then",
-            "\t\tCOMPREPLY=($(compgen -W \"" + " ".join(c.command for c in commands) + " --help --version\" -- \"$word\"))",
+            "\t\tCOMPREPLY=($(compgen -W \"" + " ".join(c.command for c in commands) + " --help --version --features --json\" -- \"$word\"))",
             "\t\treturn", "\tfi", "\tcase \"$command $before\" in"]
     for command in commands:
         for option in command.options():

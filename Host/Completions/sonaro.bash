@@ -3,7 +3,7 @@ _sonaro()
 {
 	local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
 	if [ "$COMP_CWORD" -eq 1 ]; then
-		COMPREPLY=($(compgen -W "render waveform loudness info graph effects --help --version" -- "$word"))
+		COMPREPLY=($(compgen -W "render waveform loudness info graph effects --help --version --features --json" -- "$word"))
 		return
 	fi
 	case "$command $before" in
@@ -11,7 +11,7 @@ _sonaro()
 	"render --bits") COMPREPLY=($(compgen -W "16 24 32f" -- "$word")); return ;;
 	"render --dither") COMPREPLY=($(compgen -W "tpdf none" -- "$word")); return ;;
 	"render --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
-	"render --layout") COMPREPLY=($(compgen -W "mono stereo 5.1" -- "$word")); return ;;
+	"render --layout") COMPREPLY=($(compgen -W "mono stereo 5.1 ambisonic1" -- "$word")); return ;;
 	"render --mixdown") COMPREPLY=($(compgen -W "front front-rear front-lfe all" -- "$word")); return ;;
 	"render --stems") COMPREPLY=($(compgen -W "track marker" -- "$word")); return ;;
 	"render --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
@@ -29,7 +29,7 @@ _sonaro()
 	"loudness --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	"info --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"graph --format") COMPREPLY=($(compgen -W "svg png dot" -- "$word")); return ;;
-	"graph --layout") COMPREPLY=($(compgen -W "mono stereo 5.1" -- "$word")); return ;;
+	"graph --layout") COMPREPLY=($(compgen -W "mono stereo 5.1 ambisonic1" -- "$word")); return ;;
 	"graph --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
 	"graph --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"graph --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;

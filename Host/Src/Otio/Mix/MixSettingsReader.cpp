@@ -64,9 +64,10 @@ std::string ReadLayout(Cursor const& inValue)
 								   : ReadText(inValue);
 	if (!ParseLayout(layout))
 	{
-		inValue.Refuse(Quote(layout) +
-					   R"( is not a layout; use "mono", "stereo", "5.1" or a number of channels from 1 to )" +
-					   std::to_string(kMaxChannels));
+		inValue.Refuse(
+			Quote(layout) +
+			R"( is not a layout; use "mono", "stereo", "5.1", "ambisonic1" or a number of channels from 1 to )" +
+			std::to_string(kMaxChannels));
 	}
 	return layout;
 }
