@@ -94,8 +94,8 @@ std::string SummarizeForPeople(std::vector<std::string> const& inInputs, std::st
 	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	return DescribeFormat(ShowOutput(inOutput), inSummary.GetFile(), inSummary, inJob.GetOutputLayout()) +
-		   DescribeInputs(inInputs, inJob.GetPlan()) + DescribePeak(inSummary.GetFile()) +
-		   DescribeNormalizing(inSummary) + DescribeOneRun(inSummary) +
+		   DescribeInputs(inInputs, inJob.GetPlan()) + DescribeBinaural(inJob.GetBinaural()) +
+		   DescribePeak(inSummary.GetFile()) + DescribeNormalizing(inSummary) + DescribeOneRun(inSummary) +
 		   DescribeRealTimeFactor(
 			   GetRealTimeFactor(inSummary.GetFrames(), inSummary.mSampleRate, inSummary.mElapsedSeconds)) +
 		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
@@ -113,6 +113,7 @@ std::string SummarizeForMachines(std::vector<std::string> const& inInputs, std::
 		{"rate", inSummary.mSampleRate}, {"encoding", GetName(inSummary.mFormat.mSamples)},
 		{"dither", inSummary.mFormat.mDither == Dither::kTriangular ? "tpdf" : "none"}, {"peak", file.mPeak},
 		{"peakDbfs", ToDecibels(static_cast<double>(file.mPeak))}};
+	AddBinaural(json, inJob.GetBinaural());
 	if (file.mLoudness)
 	{
 		json["truePeakDbtp"] = GetNumberOrSilence(ToDecibels(file.mLoudness->mTruePeak));
@@ -143,6 +144,7 @@ Json MakeReport(std::vector<std::string> const& inInputs, ClipRenderJob const& i
 						  {"layout", GetLayoutName(inJob.GetOutputLayout())}}},
 		{"range", {{"firstSample", 0}, {"samples", frames}}},
 		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), rate)}};
+	AddBinaural(json["programme"], inJob.GetBinaural());
 	AddMix(json, inSummary, inLevels);
 	AddOneRun(json, inSummary);
 	json["effects"] = ListEffects(inSummary.mGraph);

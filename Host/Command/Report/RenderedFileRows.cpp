@@ -72,6 +72,37 @@ std::string DescribeFormat(std::string const& inShown, RenderedFile const& inFil
 		   (inFiles.mFormat.mDither == Dither::kTriangular ? ", dithered\n" : "\n");
 }
 
+std::string DescribeBinaural(std::optional<Sequence::BinauralOutput> const& inBinaural)
+{
+	if (!inBinaural)
+	{
+		return {};
+	}
+	Listener const& listener = inBinaural->mListener;
+	HeadAngles const head = listener.GetAngles();
+	auto const turned = [](char const* inAxis, float inAngle)
+	{
+		return inAngle == 0.0f ? std::string()
+							   : ", " + std::string(inAxis) + " " +
+									 FormatNumber(static_cast<double>(inAngle)) + " degrees";
+	};
+	return "heard from " + GetLayoutName(inBinaural->mLayout) + " with two ears" +
+		   (listener.mEars ? " of " + QuoteName(listener.mEars->GetName()) : "") + turned("yaw", head.mYaw) +
+		   turned("pitch", head.mPitch) + turned("roll", head.mRoll) + "\n";
+}
+
+void AddBinaural(Json& ioJson, std::optional<Sequence::BinauralOutput> const& inBinaural)
+{
+	if (inBinaural)
+	{
+		Listener const& listener = inBinaural->mListener;
+		HeadAngles const head = listener.GetAngles();
+		ioJson["binaural"] = {{"layout", GetLayoutName(inBinaural->mLayout)},
+			{"listener", listener.mEars ? Json(listener.mEars->GetName()) : Json()}, {"yaw", head.mYaw},
+			{"headPitch", head.mPitch}, {"roll", head.mRoll}};
+	}
+}
+
 std::string DescribePeak(RenderedFile const& inFile)
 {
 	std::string text = "peak " + FormatPeak(inFile.mPeak);

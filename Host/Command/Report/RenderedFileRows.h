@@ -4,6 +4,7 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Render/RenderSummary.h"
+#include "SonaroHost/Sequence/Description.h"
 
 #include <optional>
 #include <string>
@@ -17,12 +18,17 @@ Json ListFiles(
 // The loudness of the mix and how it was normalized, if they are known.
 void AddMix(Json& ioJson, SonaroHost::RenderSummary const& inFiles, SonaroHost::OutputLevels const& inLevels);
 
+// Who hears the mix with two ears, where somebody does.
+void AddBinaural(Json& ioJson, std::optional<SonaroHost::Sequence::BinauralOutput> const& inBinaural);
+
 // What keeps the render from being shared by threads, where something does.
 void AddOneRun(Json& ioJson, SonaroHost::RenderSummary const& inFiles);
 
 // Lines for people, with their ends. inShown: what the file is called.
 std::string DescribeFormat(std::string const& inShown, SonaroHost::RenderedFile const& inFile,
 	SonaroHost::RenderSummary const& inFiles, SN::AudioChannelLayout const& inLayout);
+// Empty where nobody hears it with two ears.
+std::string DescribeBinaural(std::optional<SonaroHost::Sequence::BinauralOutput> const& inBinaural);
 std::string DescribePeak(SonaroHost::RenderedFile const& inFile);
 // Empty where nothing was normalized.
 std::string DescribeNormalizing(SonaroHost::RenderSummary const& inFiles);

@@ -65,6 +65,7 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, Rende
 		{"programme", DescribeProgramme(inJob.GetSequence())},
 		{"range", {{"firstSample", inJob.GetRange().mFirstFrame}, {"samples", inJob.GetRange().mFrames}}},
 		{"outputs", ListFiles(inSummary, inJob.GetOutputLayout(), inJob.GetSampleRate())}};
+	AddBinaural(json["programme"], inJob.GetSequence().mDescription->mBinaural);
 	AddMix(json, inSummary, inLevels);
 	AddOneRun(json, inSummary);
 	json["effects"] = ListEffects(inSummary.mGraph);
@@ -138,7 +139,8 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 					inJob.GetOutputLayout()) +
 				"  " + DescribePeak(file);
 	}
-	text += MakeLoudnessTable(inJob, inSummary) + DescribeNormalizing(inSummary) + DescribeOneRun(inSummary);
+	text += DescribeBinaural(inJob.GetSequence().mDescription->mBinaural) +
+			MakeLoudnessTable(inJob, inSummary) + DescribeNormalizing(inSummary) + DescribeOneRun(inSummary);
 	for (Note const& note : inJob.GetRangeNotes())
 	{
 		text += note.mText + "\n";

@@ -7,6 +7,7 @@
 #include "SonaroHost/Render/ClipRenderRequest.h"
 #include "SonaroHost/Render/ProgrammePlan.h"
 #include "SonaroHost/Render/RenderSummary.h"
+#include "SonaroHost/Sequence/Description.h"
 
 #include <cstdint>
 #include <optional>
@@ -29,6 +30,8 @@ public:
 	// What the output will be.
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
 	SN::AudioChannelLayout GetOutputLayout() const;
+	// Who hears the mix with two ears, and its layout.
+	std::optional<Sequence::BinauralOutput> GetBinaural() const;
 	std::int64_t GetFrames() const { return mPlan.GetFrames(); }
 	int GetSampleRate() const { return mPlan.GetSampleRate(); }
 

@@ -96,6 +96,12 @@ SN::AudioChannelLayout ClipRenderJob::GetOutputLayout() const
 	return mPlan.GetListener() ? zorvmediatypes::CreateStereoChannelLayout() : mPlan.GetLayout();
 }
 
+std::optional<Sequence::BinauralOutput> ClipRenderJob::GetBinaural() const
+{
+	auto const& listener = mPlan.GetListener();
+	return listener ? std::optional(Sequence::BinauralOutput{*listener, mPlan.GetLayout()}) : std::nullopt;
+}
+
 std::optional<RenderSummary> ClipRenderJob::Run(
 	ProgressCallback const& inProgress, std::stop_token const& inStop)
 {
