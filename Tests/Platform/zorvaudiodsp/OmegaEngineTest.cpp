@@ -88,6 +88,23 @@ double ToneAt(double inFrequency, double inPosition)
 	return 0.5 * std::sin(2.0 * std::numbers::pi * inFrequency * inPosition / static_cast<double>(kRate));
 }
 
+// Steady, in equal temperament, in which notes have no period in common, each with another phase between channels.
+SampleAt MakeChord(std::vector<double> inNotes, double inLevel = 0.4, float inRate = kRate)
+{
+	return [=](unsigned inChannel, long long inPosition)
+	{
+		double const place = static_cast<double>(inPosition) * static_cast<double>(kRate / inRate);
+		double sum = 0.0;
+		for (std::size_t i = 0; i < inNotes.size(); ++i)
+		{
+			sum += inLevel * ToneAt(inNotes[i], place + static_cast<double>(inChannel * i) * 9.0);
+		}
+		return static_cast<float>(sum);
+	};
+}
+
+std::vector<double> const kMajor{261.626, 329.628, 391.995, 523.251};
+
 float Noise(unsigned inChannel, long long inPosition)
 {
 	auto bits = static_cast<std::uint64_t>(inPosition * 2 + inChannel + 12345) * 0x9e3779b97f4a7c15ull;
@@ -199,19 +216,22 @@ TEST(OmegaEngine, AnySplitEqualsWhole)
 		float mRatio;
 		float mSemitones;
 	};
-	for (Case const& test :
-		{Case{0.8f, 0.0f}, {1.25f, 0.0f}, {3.0f, 0.0f}, {0.11f, 0.0f}, {1.0f, 5.0f}, {0.5f, 12.0f}})
+	for (SampleAt const& sound : {SampleAt(music), MakeChord(kMajor)})
 	{
-		SCOPED_TRACE(testing::Message() << test.mRatio << ", " << test.mSemitones);
-		std::mt19937 random(1);
-		Player whole(2, music);
-		Player parts(2, music);
-		whole.Set(test.mRatio, test.mSemitones);
-		parts.Set(test.mRatio, test.mSemitones);
-		whole.PlayUntil(60000);
-		parts.PlayUntil(60000, [&] { return random() % kBlock + 1; });
-		EXPECT_TRUE(SameBits(whole.GetOutput()[0], parts.GetOutput()[0]));
-		EXPECT_TRUE(SameBits(whole.GetOutput()[1], parts.GetOutput()[1]));
+		for (Case const& test :
+			{Case{0.8f, 0.0f}, {1.25f, 0.0f}, {3.0f, 0.0f}, {0.11f, 0.0f}, {1.0f, 5.0f}, {0.5f, 12.0f}})
+		{
+			SCOPED_TRACE(testing::Message() << test.mRatio << ", " << test.mSemitones);
+			std::mt19937 random(1);
+			Player whole(2, sound);
+			Player parts(2, sound);
+			whole.Set(test.mRatio, test.mSemitones);
+			parts.Set(test.mRatio, test.mSemitones);
+			whole.PlayUntil(60000);
+			parts.PlayUntil(60000, [&] { return random() % kBlock + 1; });
+			EXPECT_TRUE(SameBits(whole.GetOutput()[0], parts.GetOutput()[0]));
+			EXPECT_TRUE(SameBits(whole.GetOutput()[1], parts.GetOutput()[1]));
+		}
 	}
 }
 
@@ -237,9 +257,9 @@ double GetResidue(std::vector<float> const& inSound, double inFrequency)
 // In two channels of opposite phase, of which a plain sum would be silent.
 TEST(OmegaEngine, KeepsTonesPureAtTheirPitch)
 {
-	for (double const frequency : {100.0, 440.0, 2000.0, 8000.0})
+	for (double const frequency : {50.0, 100.0, 440.0, 2000.0, 8000.0})
 	{
-		for (float const ratio : {0.5f, 0.8f, 1.25f, 2.0f})
+		for (float const ratio : {0.5f, 0.8f, 0.95f, 1.25f, 2.0f})
 		{
 			SCOPED_TRACE(testing::Message() << frequency << " Hz, ratio " << ratio);
 			Player player(2,
@@ -301,7 +321,7 @@ TEST(OmegaEngine, KeepsTonesSmoothUpToTheirEndAtEveryRate)
 }
 
 // What lies within 8 Hz of the frequencies against all the rest, in decibels.
-double GetPurity(std::vector<float> const& inSound, std::vector<double> const& inFrequencies)
+double GetPurity(std::vector<float> const& inSound, std::vector<double> const& inFrequencies, float inRate)
 {
 	constexpr unsigned size = 65536;
 	std::vector<float> spectrum(inSound.end() - size, inSound.end());
@@ -315,7 +335,7 @@ double GetPurity(std::vector<float> const& inSound, std::vector<double> const& i
 	double outside = 0.0;
 	for (unsigned bin = 1; bin < size / 2; ++bin)
 	{
-		double const frequency = bin * static_cast<double>(kRate) / size;
+		double const frequency = bin * static_cast<double>(inRate) / size;
 		bool const isInside = std::any_of(inFrequencies.begin(), inFrequencies.end(),
 			[&](double inFrequency) { return std::fabs(frequency - inFrequency) < 8.0; });
 		(isInside ? inside : outside) += std::pow(static_cast<double>(spectrum[bin]), 2.0) +
@@ -324,26 +344,23 @@ double GetPurity(std::vector<float> const& inSound, std::vector<double> const& i
 	return 10.0 * std::log10(inside / outside);
 }
 
-// In equal temperament, in which the notes of a chord have no period in common.
 TEST(OmegaEngine, KeepsChordsPure)
 {
-	std::vector<double> const chord{261.626, 329.628, 391.995, 523.251};
-	for (float const ratio : {0.8f, 1.25f, 2.0f})
+	std::vector<double> const minor{261.626, 311.127, 391.995, 523.251};
+	for (float const rate : {48000.0f, 44100.0f, 22050.0f, 8000.0f})
 	{
-		SCOPED_TRACE(ratio);
-		Player player(1,
-			[&](unsigned, long long inPosition)
+		for (auto const& chord : {kMajor, minor})
+		{
+			for (float const ratio : {0.5f, 0.8f, 0.95f, 1.25f, 2.0f})
 			{
-				double sum = 0.0;
-				for (double const note : chord)
-				{
-					sum += 0.4 * ToneAt(note, static_cast<double>(inPosition));
-				}
-				return static_cast<float>(sum);
-			});
-		player.Set(ratio);
-		player.PlayUntil(90000);
-		EXPECT_GT(GetPurity(player.GetOutput()[0], chord), 50.0);
+				SCOPED_TRACE(testing::Message() << rate << ", ratio " << ratio);
+				OmegaLimits const limits{ratio, ratio, 0.0f, 0.0f};
+				Player player(1, MakeChord(chord, 0.4, rate), OmegaEngineKind::kSplice, rate, limits);
+				player.Set(ratio);
+				player.PlayUntil(100000);
+				EXPECT_GT(GetPurity(player.GetOutput()[0], chord, rate), 65.0);
+			}
+		}
 	}
 }
 
@@ -371,53 +388,67 @@ TEST(OmegaEngine, ConvertsExactlyAsATapeDoes)
 
 TEST(OmegaEngine, PlaysEachOnsetOnceAndInTime)
 {
-	// A click each 250 milliseconds, over a soft tone.
-	auto const clicks = [](unsigned, long long inPosition)
+	struct Case
 	{
-		float const tone = 0.01f * static_cast<float>(ToneAt(200.0, static_cast<double>(inPosition)));
-		return inPosition > 0 && inPosition % 12000 == 0 ? 1.0f : tone;
+		SampleAt mBackground;
+		long long mSpacing;
 	};
-	for (float const ratio : {0.5f, 0.8f, 1.1f, 1.25f, 2.0f, 4.0f})
+	// Over a soft tone, and over a chord that stays long enough to count as steady.
+	for (Case const& test : {Case{MakeChord({200.0}, 0.01), 12000}, Case{MakeChord(kMajor, 0.02), 48000}})
 	{
-		SCOPED_TRACE(ratio);
-		Player player(1, clicks);
-		player.Set(ratio);
-		player.PlayUntil(120000);
-		std::vector<double> found;
-		for (unsigned i = 0; i < 120000; ++i)
+		auto const clicks = [&](unsigned inChannel, long long inPosition)
 		{
-			if (std::fabs(player.GetOutput()[0][i]) > 0.1f)
+			bool const isClick = inPosition > 0 && inPosition % test.mSpacing == 0;
+			return isClick ? 1.0f : test.mBackground(inChannel, inPosition);
+		};
+		auto const spacing = static_cast<double>(test.mSpacing);
+		for (float const ratio : {0.5f, 0.8f, 1.1f, 1.25f, 2.0f, 4.0f})
+		{
+			SCOPED_TRACE(testing::Message() << test.mSpacing << ", ratio " << ratio);
+			Player player(1, clicks);
+			player.Set(ratio);
+			auto const length = static_cast<std::size_t>(10.0 * spacing);
+			player.PlayUntil(length);
+			std::vector<double> found;
+			for (std::size_t i = 0; i < length; ++i)
 			{
-				found.push_back(i / static_cast<double>(ratio));
+				if (std::fabs(player.GetOutput()[0][i]) > 0.1f)
+				{
+					found.push_back(static_cast<double>(i) / static_cast<double>(ratio));
+				}
 			}
-		}
-		ASSERT_EQ(found.size(), static_cast<std::size_t>(119999.0f / ratio / 12000.0f));
-		for (std::size_t i = 0; i < found.size(); ++i)
-		{
-			// Half a millisecond of the source or of the output.
-			EXPECT_NEAR(found[i], 12000.0 * static_cast<double>(i + 1),
-				26.0 / static_cast<double>(std::min(ratio, 1.0f)));
+			ASSERT_EQ(found.size(), static_cast<std::size_t>(9.999 / static_cast<double>(ratio)));
+			for (std::size_t i = 0; i < found.size(); ++i)
+			{
+				// Half a millisecond of the source or of the output.
+				EXPECT_NEAR(found[i], spacing * static_cast<double>(i + 1),
+					26.0 / static_cast<double>(std::min(ratio, 1.0f)));
+			}
 		}
 	}
 }
 
 TEST(OmegaEngine, CutsAllChannelsAtTheSamePlaces)
 {
-	// The second channel is the first with opposite phase, the third all of it at half the level.
-	Player player(3,
-		[](unsigned inChannel, long long inPosition) {
-			return Noise(0, inPosition / 3) * (inChannel == 0 ? 1.0f : inChannel == 1 ? -1.0f : 0.5f);
-		});
-	for (float const ratio : {0.7f, 1.4f, 0.3f})
+	auto const noise = [](unsigned, long long inPosition) { return Noise(0, inPosition / 3); };
+	for (SampleAt const& sound : {SampleAt(noise), MakeChord(kMajor)})
 	{
-		player.Set(ratio, 3.0f);
-		player.PlayUntil(player.GetOutput()[0].size() + 30000);
-	}
-	Sound const& output = player.GetOutput();
-	for (std::size_t i = 0; i < output[0].size(); ++i)
-	{
-		ASSERT_EQ(output[1][i], -output[0][i]) << i;
-		ASSERT_EQ(output[2][i], 0.5f * output[0][i]) << i;
+		// The second channel is the first with opposite phase, the third all of it at half the level.
+		Player player(3,
+			[&](unsigned inChannel, long long inPosition) {
+				return sound(0, inPosition) * (inChannel == 0 ? 1.0f : inChannel == 1 ? -1.0f : 0.5f);
+			});
+		for (float const ratio : {0.7f, 1.4f, 0.3f})
+		{
+			player.Set(ratio, 3.0f);
+			player.PlayUntil(player.GetOutput()[0].size() + 30000);
+		}
+		Sound const& output = player.GetOutput();
+		for (std::size_t i = 0; i < output[0].size(); ++i)
+		{
+			ASSERT_EQ(output[1][i], -output[0][i]) << i;
+			ASSERT_EQ(output[2][i], 0.5f * output[0][i]) << i;
+		}
 	}
 }
 

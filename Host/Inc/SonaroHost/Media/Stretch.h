@@ -15,7 +15,7 @@ enum class StretchEngine
 {
 	// The engine's time scaler, a phase vocoder.
 	kScaler,
-	// The engine's stretching in the time domain.
+	// The engine's stretching in the time domain, with a phase vocoder for steady chords.
 	kOmega,
 	// Rubber Band.
 	kRubberBand,

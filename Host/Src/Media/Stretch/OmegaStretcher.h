@@ -8,7 +8,7 @@
 namespace SonaroHost
 {
 
-// The engine's stretching in the time domain, or the Rubber Band Library in its place.
+// The engine's stretching by splices and a phase vocoder, or the Rubber Band Library in its place.
 //
 // Ratio  What was asked for, to the bits of a float. It can change before each block, within limits.
 class OmegaStretcher final : public TimeStretcher

@@ -47,6 +47,13 @@ double SpliceEngine::GetLimit() const
 	return std::clamp(std::fabs(1.0 - mStretch) * 0.015 * mSampleRate, 0.16 * reach, reach);
 }
 
+// The end of the source whose onsets are known with blocks of any size.
+std::int64_t SpliceEngine::GetHorizon() const
+{
+	auto const ideal = static_cast<std::int64_t>(IdealAt(mMiddle.GetEnd()));
+	return ideal + mLookAhead - mSlack - static_cast<std::int64_t>(mSampleRate / 400.0);
+}
+
 SpliceEngine::Moment SpliceEngine::LookAhead() const
 {
 	std::int64_t const middle = mMiddle.GetEnd();
@@ -57,9 +64,7 @@ SpliceEngine::Moment SpliceEngine::LookAhead() const
 	// Those that ought to have been played long ago are given up.
 	auto const ideal = static_cast<std::int64_t>(moment.mIdeal);
 	std::int64_t const onset = mOnsets.FindAfter(std::max(moment.mPlace, ideal - mLengths.mOff));
-	// Only what is there with blocks of any size.
-	auto const horizon = ideal + mLookAhead - mSlack - static_cast<std::int64_t>(mSampleRate / 400.0);
-	if (onset < horizon)
+	if (onset < GetHorizon())
 	{
 		moment.mOnset = onset;
 		moment.mLead = (static_cast<double>(onset) - moment.mIdeal) / mStretch;
@@ -94,26 +99,52 @@ bool SpliceEngine::MeetOnset(Moment const& inMoment)
 
 void SpliceEngine::Splice(Moment const& inMoment, bool inIsForced)
 {
+	SpliceRange const range = FindRange(inMoment, inIsForced);
+	if (range.mLowest > range.mHighest)
+	{
+		return;
+	}
+	SpliceMatch const match = SpliceSearch::Find(mSound, mCoarse, range, mSettings.mPreferAccuracy ? 4 : 2);
+	if (match.mSimilarity < kSame && !inIsForced && inMoment.mOnset == OnsetDetector::kNone &&
+		StartTones(inMoment))
+	{
+		return;
+	}
+	double fade = mLengths.mLongestFade;
+	if (inMoment.mOnset != OnsetDetector::kNone)
+	{
+		double const untilOnset = static_cast<double>(inMoment.mOnset - inMoment.mPlace) - mLengths.mGuard;
+		fade = std::min(
+			fade, std::max<double>(std::min(TimeUntilOnsetFade(inMoment), untilOnset), mLengths.mStep));
+	}
+	Fade const chosen = ChooseFade(inMoment, match);
+	StartFade(match.mDistance, chosen.mSimilarity, std::min(fade, chosen.mLength));
+}
+
+// In middle samples, for a moment with an onset.
+double SpliceEngine::TimeUntilOnsetFade(Moment const& inMoment) const
+{
+	return inMoment.mLead - mLengths.mGuard - mLengths.mOnsetFade - mLengths.mStep;
+}
+
+// Where a splice may go to: nowhere if the lowest place is above the highest one.
+SpliceRange SpliceEngine::FindRange(Moment const& inMoment, bool inIsForced) const
+{
 	double const limit = GetLimit();
 	double const target = mStretch == 1.0 ? 0.0 : mStretch > 1.0 ? limit : -limit;
-	double const off = static_cast<double>(inMoment.mPlace) - inMoment.mIdeal;
-	double const wanted = inMoment.mIdeal + target;
-	double lowest = wanted - mLengths.mSearch;
-	double highest = wanted + mLengths.mSearch;
-	double fade = mLengths.mLongestFade;
+	double const reach = mLengths.mOff + mLengths.mSearch;
+	double lowest = inMoment.mIdeal - reach;
+	double highest = inMoment.mIdeal + reach;
 	if (inMoment.mOnset != OnsetDetector::kNone)
 	{
 		// At a slower speed, what is played gets to an onset early and goes back before it as often as it has to.
 		highest = mStretch > 1.0 ? std::min(highest, inMoment.mPath) : highest;
-		double const untilFade = inMoment.mLead - mLengths.mGuard - mLengths.mOnsetFade - mLengths.mStep;
-		double const untilOnset = static_cast<double>(inMoment.mOnset - inMoment.mPlace) - mLengths.mGuard;
-		fade = std::min(fade, std::max<double>(std::min(untilFade, untilOnset), mLengths.mStep));
 		lowest = std::min(lowest, highest - mLengths.mSearch);
 	}
 	// What has set in is not heard again.
 	lowest = std::max(lowest, static_cast<double>(inMoment.mLastOnset + mLengths.mGuard + 1));
 	auto const place = static_cast<double>(inMoment.mPlace);
-	if (off < target && !inIsForced)
+	if (place - inMoment.mIdeal < target && !inIsForced)
 	{
 		lowest = std::max(lowest, place + mLengths.mLeast);
 	}
@@ -121,20 +152,16 @@ void SpliceEngine::Splice(Moment const& inMoment, bool inIsForced)
 	{
 		highest = std::min(highest, place - mLengths.mLeast);
 	}
-	if (lowest > highest)
-	{
-		return;
-	}
 	SpliceRange range;
 	range.mFrom = inMoment.mPlace;
 	range.mLowest = static_cast<std::int64_t>(lowest);
-	range.mHighest = static_cast<std::int64_t>(highest);
-	range.mWanted = std::clamp(static_cast<std::int64_t>(wanted), range.mLowest, range.mHighest);
+	range.mHighest = lowest > highest ? range.mLowest - 1 : static_cast<std::int64_t>(highest);
+	auto const wanted = static_cast<std::int64_t>(inMoment.mIdeal + target);
+	range.mWanted = std::min(std::max(wanted, range.mLowest), range.mHighest);
+	range.mNear = mLengths.mSearch;
 	range.mWindow = mLengths.mWindow;
 	range.mDecimation = SpliceSearch::GetDecimation(mSampleRate);
-	SpliceMatch const match = SpliceSearch::Find(mSound, mCoarse, range, mSettings.mPreferAccuracy ? 4 : 2);
-	Fade const chosen = ChooseFade(inMoment, match);
-	StartFade(match.mDistance, chosen.mSimilarity, std::min(fade, chosen.mLength));
+	return range;
 }
 
 // How long the stretch that is gone to stays near its place, in middle samples. By the distance alone, each fade that

@@ -67,13 +67,18 @@ SpliceEngine::SpliceEngine(
 	double const lowest = std::min(1.0, ToFactor(mLimits.mMinSemitones));
 	double const highest = std::max(1.0, ToFactor(mLimits.mMaxSemitones));
 	mSlack = static_cast<unsigned>((SincTable::ForRates().GetHalfWidth() + 4) * fastest / lowest) + 8;
+	InitTones();
 	unsigned const reach = mLengths.mOff + mLengths.mSearch + SpliceSearch::kMargin;
-	mLookAhead = reach + ToSamples(mSampleRate, kAccurateWindow) + 32 + 2 * mLengths.mLongestFade +
-				 2 * kStep + kTaps + mSlack;
+	unsigned const aheadOfSplices =
+		reach + ToSamples(mSampleRate, kAccurateWindow) + 32 + 2 * mLengths.mLongestFade + 2 * kStep + kTaps;
+	double const aheadOfTones =
+		mTones.GetFrameSize() / 2 * (std::min(fastest / lowest, kFastestTones) + 1.0) + mSampleRate / 400.0;
+	mLookAhead = std::max(aheadOfSplices, static_cast<unsigned>(aheadOfTones) + 3) + mSlack;
 	double const stretch = std::min(fastest / lowest, kLargestStretch);
 	unsigned const behind =
-		reach + static_cast<unsigned>(
-					stretch * (mLengths.mLongFade + kStep + mLengths.mAttack) + mLengths.mLongestFade);
+		reach + std::max(mTones.GetFrameSize() + kTaps,
+					static_cast<unsigned>(
+						stretch * (mLengths.mLongFade + kStep + mLengths.mAttack) + mLengths.mLongestFade));
 	// A block's input is there as a whole before any of it is played.
 	auto const block = static_cast<unsigned>(std::ceil(mBlockSize * fastest));
 	unsigned const keep = (mLookAhead + mSlack + behind + block + 63) / 64 * 64;
@@ -85,17 +90,25 @@ SpliceEngine::SpliceEngine(
 	auto const filter = static_cast<unsigned>(SincTable::ForRates().GetHalfWidth() * highest) + 4;
 	mMiddle.Init(mNumChannels, middle + 2 * filter + kStep, kStep);
 	mOnsets.Init(mSampleRate);
+	SetSourceRemaining(0);
+}
+
+void SpliceEngine::InitTones()
+{
 	for (unsigned channel = 0; channel < mNumChannels; ++channel)
 	{
 		// Unequal, so that a sound of opposite phase in two channels does not vanish from the sum.
 		mChannelWeights.push_back(1.0f / (1.0f + 0.25f * static_cast<float>(channel % 7)));
 	}
-	SetSourceRemaining(0);
+	mTones.Init(mSampleRate, mChannelWeights);
+	mToneSound.Init(1, mTones.GetFrameSize(), mTones.GetFrameSize());
+	mToneCoarse.Init(1, mTones.GetFrameSize(), 1);
 }
 
 void SpliceEngine::SetReach(float inMilliseconds)
 {
 	float const reach = inMilliseconds > 10.0f ? std::min(inMilliseconds, kDefaultReach) : 10.0f;
+	mMayPlayTones = reach >= 30.0f;
 	mLengths.mSearch = ToSamples(mSampleRate, 10.0 * static_cast<double>(reach / kDefaultReach));
 	mLengths.mOff = ToSamples(mSampleRate, 25.0 * static_cast<double>(reach / kDefaultReach));
 	mLengths.mStep = std::clamp(ToSamples(mSampleRate, 4.0 / 3.0), 8u, kStep);
@@ -210,6 +223,8 @@ void SpliceEngine::SetSourceRemaining(unsigned)
 	mOnsets.Reset(mSettings.mOnsetSensitivity);
 	mSegment = Segment{};
 	mFadeLength = 0;
+	mToneFrames = 0;
+	mToneRetry = 0;
 	Anchor();
 }
 
@@ -251,7 +266,11 @@ void SpliceEngine::MakeMiddle(std::int64_t inEnd)
 	while (mMiddle.GetEnd() < inEnd)
 	{
 		std::int64_t const position = mMiddle.GetEnd();
-		if (position % mLengths.mStep == 0 && mFadeLength == 0)
+		if (mFadeLength == 0 && AreTonesPlaying() && position == mToneHopEnd)
+		{
+			ContinueTones();
+		}
+		else if (mFadeLength == 0 && !AreTonesPlaying() && position % mLengths.mStep == 0)
 		{
 			Decide();
 		}
@@ -260,6 +279,10 @@ void SpliceEngine::MakeMiddle(std::int64_t inEnd)
 		if (mFadeLength != 0)
 		{
 			count = std::min<std::int64_t>(count, mFadeLength - mFaded);
+		}
+		else if (AreTonesPlaying())
+		{
+			count = std::min(count, mToneHopEnd - position);
 		}
 		Render(static_cast<unsigned>(count));
 	}
@@ -293,8 +316,10 @@ void SpliceEngine::FillGains(unsigned inCount, float* outGains, float* outFormer
 
 void SpliceEngine::Render(unsigned inCount)
 {
-	std::int64_t const position = mMiddle.GetEnd();
-	KeepWithinHistory(mSegment, inCount);
+	if (!IsToneComplete() || mFadeLength != 0)
+	{
+		KeepWithinHistory(mSegment, inCount);
+	}
 	if (mFadeLength != 0)
 	{
 		KeepWithinHistory(mNext, inCount);
@@ -308,11 +333,11 @@ void SpliceEngine::Render(unsigned inCount)
 	}
 	for (unsigned channel = 0; channel < mNumChannels; ++channel)
 	{
-		float* const middle = mMiddle.At(channel, position);
-		std::array<float, kStep> samples;
-		ReadSegment(mSegment, channel, inCount, middle);
+		float* const middle = mMiddle.At(channel, mMiddle.GetEnd() - inCount);
+		ReadPresent(channel, inCount, middle);
 		if (mFadeLength != 0)
 		{
+			std::array<float, kStep> samples;
 			ReadSegment(mNext, channel, inCount, samples.data());
 			for (unsigned i = 0; i < inCount; ++i)
 			{
@@ -324,21 +349,42 @@ void SpliceEngine::Render(unsigned inCount)
 	{
 		mSegment = mNext;
 		mFadeLength = 0;
+		mToneFrames = 0;
 	}
 }
 
-// Called after the middle has been made longer by inCount.
+// What is played now, without what a fade leads to. This and the next one are called after the middle has been made
+// longer by inCount.
+void SpliceEngine::ReadPresent(unsigned inChannel, unsigned inCount, float* outSamples) const
+{
+	if (!IsToneComplete() || mFadeLength != 0)
+	{
+		ReadSegment(mSegment, inChannel, inCount, outSamples);
+	}
+	if (AreTonesPlaying())
+	{
+		MixTones(inChannel, inCount, outSamples);
+	}
+}
+
 void SpliceEngine::ReadSegment(
 	Segment const& inSegment, unsigned inChannel, unsigned inCount, float* outSamples) const
 {
 	std::int64_t const position = mMiddle.GetEnd() - inCount + inSegment.mOffset;
+	ReadStretch(inSegment, mSource, inChannel, position, inCount, outSamples);
+}
+
+// From inPosition of the source on.
+void SpliceEngine::ReadStretch(Segment const& inSegment, SampleHistory const& inSource, unsigned inChannel,
+	std::int64_t inPosition, unsigned inCount, float* outSamples)
+{
 	if (inSegment.mFraction == 0.0)
 	{
-		std::copy_n(mSource.At(inChannel, position), inCount, outSamples);
+		std::copy_n(inSource.At(inChannel, inPosition), inCount, outSamples);
 		return;
 	}
 	zorvaccelerate::utility::Convolve(
-		inCount, mSource.At(inChannel, position - kTapsBefore), kTaps, inSegment.mTaps.data(), outSamples);
+		inCount, inSource.At(inChannel, inPosition - kTapsBefore), kTaps, inSegment.mTaps.data(), outSamples);
 }
 
 // Brings a stretch back to its place that has got so far off it that its samples are not kept.

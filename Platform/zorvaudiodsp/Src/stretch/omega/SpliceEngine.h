@@ -1,6 +1,7 @@
 #pragma once
 
 #include "stretch/omega/OnsetDetector.h"
+#include "stretch/omega/PhaseVocoder.h"
 #include "stretch/omega/SampleHistory.h"
 #include "zorvaudiodsp/stretch/omega/OmegaEngine.h"
 
@@ -11,9 +12,11 @@ namespace dsp::stretch::omega
 {
 
 struct SpliceMatch;
+struct SpliceRange;
 
 // Plays stretches of the source as they are, and goes on elsewhere whenever they have got too far from their place:
-// where the sound resembles most what would have followed, by a cross-fade. All channels are spliced at once.
+// where the sound resembles most what would have followed, by a cross-fade. All channels are spliced at once. Where no
+// place is quite alike and the sound is steady, as in a chord, a phase vocoder goes on until it changes.
 //
 //	source --> spliced: "middle" --> rate converted by the pitch's factor --> output
 //
@@ -42,6 +45,11 @@ private:
 	static constexpr unsigned kTaps = 32;
 	static constexpr unsigned kTapsBefore = 15;
 
+	// Where the best splice is less similar than this, its notes would be heard detuned.
+	static constexpr double kSame = 0.9995;
+	static constexpr std::int64_t kNoTonePlace = INT64_MIN;
+	// The highest speed for which enough of the source is taken in for frames at their very place.
+	static constexpr double kFastestTones = 2.0;
 	// Stretches that are more similar fade in a straight line, so that their phases move evenly.
 	static constexpr double kAlike = 0.95;
 
@@ -56,7 +64,7 @@ private:
 	// Lengths in samples.
 	struct Lengths
 	{
-		// How far a splice may go beyond what keeps the place, and how far off it stretches may get.
+		// How far from what keeps the place a splice is looked for first, and how far off the place stretches may get.
 		unsigned mSearch = 0;
 		unsigned mOff = 0;
 		// The middle is decided on in steps of this.
@@ -93,6 +101,7 @@ private:
 		double mPath = 0.0;
 	};
 
+	void InitTones();
 	void SetReach(float inMilliseconds);
 	void Anchor();
 	double IdealAt(std::int64_t inMiddle) const;
@@ -104,20 +113,37 @@ private:
 	void MakeMiddle(std::int64_t inEnd);
 	void Render(unsigned inCount);
 	void FillGains(unsigned inCount, float* outGains, float* outFormerGains) const;
+	void ReadPresent(unsigned inChannel, unsigned inCount, float* outSamples) const;
 	void ReadSegment(Segment const& inSegment, unsigned inChannel, unsigned inCount, float* outSamples) const;
+	static void ReadStretch(Segment const& inSegment, SampleHistory const& inSource, unsigned inChannel,
+		std::int64_t inPosition, unsigned inCount, float* outSamples);
 	void KeepWithinHistory(Segment& ioSegment, unsigned inCount) const;
 	void Convert(unsigned inNumOutput, float* const* outOutputs) const;
 	void ConvertSample(double inPlace, unsigned inIndex, float* const* outOutputs) const;
 
 	void Decide();
 	double GetLimit() const;
+	std::int64_t GetHorizon() const;
 	Moment LookAhead() const;
 	bool MeetOnset(Moment const& inMoment);
 	void Splice(Moment const& inMoment, bool inIsForced);
+	double TimeUntilOnsetFade(Moment const& inMoment) const;
+	SpliceRange FindRange(Moment const& inMoment, bool inIsForced) const;
 	double TimeUntilOff(Moment const& inMoment, SpliceMatch const& inMatch) const;
 	Fade ChooseFade(Moment const& inMoment, SpliceMatch const& inMatch) const;
 	void StartFade(double inDistance, double inSimilarity, double inLength);
 	bool IsEndNear(std::int64_t inPlace) const;
+
+	bool AreTonesPlaying() const { return mToneFrames != 0; }
+	bool IsToneComplete() const { return mToneFrames >= PhaseVocoder::kOverlap; }
+	bool StartTones(Moment const& inMoment);
+	std::int64_t FindTonePlace() const;
+	bool IsFreeOfOnsets(std::int64_t inStart, std::int64_t inEnd) const;
+	void ContinueTones();
+	void LeaveTones(Moment const& inMoment, double inLength);
+	SpliceMatch FindAfterTones(Moment const& inMoment);
+	void SumTones();
+	void MixTones(unsigned inChannel, unsigned inCount, float* ioSamples) const;
 
 	double mSampleRate;
 	unsigned mNumChannels;
@@ -153,6 +179,17 @@ private:
 	unsigned mFadeLength = 0;
 	unsigned mFaded = 0;
 	double mFadeSimilarity = 1.0;
+
+	// Steady sound, while there are frames of it. What their coverage lacks of 1 is played from the stretch before them.
+	PhaseVocoder mTones;
+	bool mMayPlayTones = true;
+	unsigned mToneFrames = 0;
+	// In middle samples: the end of the present hop, and the time from which on sound may be found steady again.
+	std::int64_t mToneHopEnd = 0;
+	std::int64_t mToneRetry = 0;
+	// A sum of all channels, and that at a lower rate.
+	SampleHistory mToneSound;
+	SampleHistory mToneCoarse;
 };
 
 } // namespace dsp::stretch::omega

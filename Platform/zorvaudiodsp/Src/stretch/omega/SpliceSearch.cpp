@@ -21,6 +21,8 @@ constexpr unsigned kLanes = 8;
 constexpr unsigned kDistances = 4;
 constexpr int kFineReach = 6;
 constexpr int kSincReach = 16;
+// Of a place near what is wanted that is more similar than this, others are not looked for.
+constexpr double kNearEnough = 0.9;
 
 [[gnu::always_inline]] inline void Load(float const* inSamples, Lanes& outLanes)
 {
@@ -149,34 +151,63 @@ std::int64_t DivideDown(std::int64_t inValue, std::int64_t inDivisor)
 	return inValue >= 0 ? inValue / inDivisor : -((-inValue + inDivisor - 1) / inDivisor);
 }
 
-// Local maxima of the similarity on the coarse copy, those off what is wanted a little lower.
-Places FindCoarsely(SampleHistory const& inCoarse, SpliceRange const& inRange)
+// Far off what is wanted, only what is very similar is worth it: of a low tone, a whole period.
+double Weigh(double inSimilarity, bool inIsFar)
 {
-	Places places;
+	return inIsFar ? 1.0 - 10.0 * (1.0 - inSimilarity) : inSimilarity;
+}
+
+// Takes local maxima of the similarity on the coarse copy, between two places of the stream, those off what is wanted a
+// little lower. What is taken are distances at the lower rate.
+void SearchCoarsely(SampleHistory const& inCoarse, SpliceRange const& inRange, std::int64_t inLowest,
+	std::int64_t inHighest, bool inIsFar, Places& ioPlaces)
+{
 	std::int64_t const from = DivideDown(inRange.mFrom, inRange.mDecimation);
-	std::int64_t const lowest = from + DivideDown(inRange.mLowest - inRange.mFrom, inRange.mDecimation);
-	std::int64_t const highest = from + DivideDown(inRange.mHighest - inRange.mFrom, inRange.mDecimation) + 1;
-	auto const count = static_cast<int>(highest - lowest + 1);
+	std::int64_t const lowest = DivideDown(inLowest - inRange.mFrom, inRange.mDecimation);
+	std::int64_t const highest = DivideDown(inHighest - inRange.mFrom, inRange.mDecimation) + 1;
 	unsigned const window = inRange.mWindow / inRange.mDecimation / kLanes * kLanes;
-	double const slope = 0.02 / std::max(1, count);
-	std::int64_t const wanted = from + DivideDown(inRange.mWanted - inRange.mFrom, inRange.mDecimation);
+	double const slope = 0.01 * inRange.mDecimation / std::max(1.0, static_cast<double>(inRange.mNear));
+	std::int64_t const wanted = DivideDown(inRange.mWanted - inRange.mFrom, inRange.mDecimation);
 	double before = -9.0;
 	double last = -9.0;
-	CompareAll(inCoarse.At(0, from), inCoarse.At(0, lowest), count, window,
+	CompareAll(inRange.mCoarse ? inRange.mCoarse : inCoarse.At(0, from), inCoarse.At(0, from + lowest),
+		static_cast<int>(highest - lowest + 1), window,
 		[&](int inIndex, double inSimilarity)
 		{
-			double const score =
-				inSimilarity - slope * static_cast<double>(std::llabs(lowest + inIndex - wanted));
+			auto const off = static_cast<double>(std::llabs(lowest + inIndex - wanted));
+			double const score = Weigh(inSimilarity, inIsFar) - slope * off;
 			if (last >= before && last > score)
 			{
-				places.Take(lowest + inIndex - 1 - from, last);
+				ioPlaces.Take(lowest + inIndex - 1, last);
 			}
 			before = last;
 			last = score;
 		});
 	if (last >= before)
 	{
-		places.Take(highest - from, last);
+		ioPlaces.Take(highest, last);
+	}
+}
+
+// Far off what is wanted only where nothing near it is alike.
+Places FindCoarsely(SampleHistory const& inCoarse, SpliceRange const& inRange)
+{
+	Places places;
+	std::int64_t const lowest =
+		std::clamp(inRange.mWanted - inRange.mNear, inRange.mLowest, inRange.mHighest);
+	std::int64_t const highest = std::clamp(inRange.mWanted + inRange.mNear, lowest, inRange.mHighest);
+	SearchCoarsely(inCoarse, inRange, lowest, highest, false, places);
+	if (places.mScores[0] > kNearEnough)
+	{
+		return places;
+	}
+	if (inRange.mLowest < lowest)
+	{
+		SearchCoarsely(inCoarse, inRange, inRange.mLowest, lowest, true, places);
+	}
+	if (highest < inRange.mHighest)
+	{
+		SearchCoarsely(inCoarse, inRange, highest, inRange.mHighest, true, places);
 	}
 	return places;
 }
@@ -222,7 +253,7 @@ SpliceMatch SpliceSearch::Find(SampleHistory const& inSound, SampleHistory const
 {
 	Places const places = FindCoarsely(inCoarse, inRange);
 	unsigned const window = inRange.mWindow / kLanes * kLanes;
-	float const* const from = inSound.At(0, inRange.mFrom);
+	float const* const from = inRange.mSound ? inRange.mSound : inSound.At(0, inRange.mFrom);
 	std::int64_t best = inRange.mWanted;
 	double bestScore = -9.0;
 	double const slope =
@@ -234,8 +265,9 @@ SpliceMatch SpliceSearch::Find(SampleHistory const& inSound, SampleHistory const
 			[&](int inIndex, double inSimilarity)
 			{
 				std::int64_t const place = first + inIndex;
+				std::int64_t const off = std::llabs(place - inRange.mWanted);
 				double const score =
-					inSimilarity - slope * static_cast<double>(std::llabs(place - inRange.mWanted));
+					Weigh(inSimilarity, off > inRange.mNear) - slope * static_cast<double>(off);
 				if (score > bestScore && place >= inRange.mLowest && place <= inRange.mHighest)
 				{
 					best = place;

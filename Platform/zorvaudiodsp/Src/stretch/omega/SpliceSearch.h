@@ -25,13 +25,19 @@ struct SpliceRange
 	std::int64_t mHighest = 0;
 	// The best place as far as timing goes: of equal ones, the nearest to it is taken.
 	std::int64_t mWanted = 0;
+	// Places as far from that as this are looked at first, and the others only where none of these is alike.
+	std::int64_t mNear = 0;
 	// How much of the sound after the places is compared, in samples.
 	unsigned mWindow = 0;
 	// By how much the rate of the coarse copy is lower.
 	unsigned mDecimation = 1;
+	// What the places are compared with, and that at the lower rate, in place of the sound at mFrom, which then is a
+	// multiple of the decimation.
+	float const* mSound = nullptr;
+	float const* mCoarse = nullptr;
 };
 
-// Finds the place whose sound resembles most that of another one, in three steps: among all places on a copy of the
+// Finds the place whose sound resembles most that of another one, in three steps: on a copy of the
 // sound at a lower rate, sample by sample around the best of these, and between the samples around the best
 // one. No allocation.
 class SpliceSearch

@@ -8,7 +8,7 @@ namespace dsp::stretch::omega
 
 enum class OmegaEngineKind
 {
-	// Splices in the time domain, always there.
+	// Splices in the time domain, and a phase vocoder for steady sound whose notes splices would detune. Always there.
 	kSplice,
 	// The R3 engine of the Rubber Band Library in its real-time mode, in builds with SONARO_WITH_RUBBERBAND. It may
 	// allocate while it runs, and gives no source back bit for bit at a ratio of 1.
@@ -29,7 +29,8 @@ struct StreamSettings
 {
 	// Not 0: compares more places, and more of the sound after them, for each splice.
 	unsigned char mPreferAccuracy = 0;
-	// How far, in milliseconds, a moment may be heard from its place, about; from 10 to 37.
+	// How far, in milliseconds, a moment may be heard from its place, about; from 10 to 37. Below 30, steady sound is
+	// spliced, too, and the lowest tones are off their pitch.
 	float mReach = 37.0f;
 	// How readily the start of a sound counts as an onset that is neither repeated nor left out: 1 for a rise of
 	// 6 dB, more for smaller rises, 0 for never.
