@@ -95,7 +95,8 @@ scene = item("Stack.1", "The quay", 0, 6, {"gain": -3}, children=[
     track("Wind", [
         clip("Wind", "effect-wind", 0, 3.6),
         transition(0.4, 0.4, {"curve": "equal-power"}),
-        clip("Wind again", "effect-wind", 0.4, 2.8),
+        # It slows down, and its pitch falls.
+        clip("Wind again", "effect-wind", 0.4, 2.8, {"speed": keyframes((0, 1), (2.8, 0.6))}),
     ], {"sends": [{"to": "air", "gain": -6}]}),
     track("Bell", [gap(0.6), clip("Bell", "effect-bell", 0, 2, {"pan": 0.6}), gap(1),
                    clip("Bell, far away", "effect-bell", 0, 2, {"gain": -9, "pan": -0.4})]),
