@@ -66,6 +66,16 @@ std::optional<HostError> SourceGroup::FindFailure() const
 	return std::nullopt;
 }
 
+std::uint64_t SourceGroup::CountMissedFrames() const
+{
+	std::uint64_t frames = 0;
+	for (Opened const& opened : mOpened)
+	{
+		frames += opened.mSource->GetMissedFrames();
+	}
+	return frames;
+}
+
 std::vector<MediaDamage::Stretch> SourceGroup::GetDamage(AudioFileInfo const& inInfo) const
 {
 	MediaDamage damage;

@@ -50,6 +50,7 @@ public:
 	SN::InterfaceRef<AudioFileSource> Open(AudioFileInfo const& inInfo, SN::FrameRate const& inCountingRate);
 
 	std::optional<HostError> FindFailure() const;
+	std::uint64_t CountMissedFrames() const;
 	// What was found in the file of these infos.
 	std::vector<MediaDamage::Stretch> GetDamage(AudioFileInfo const& inInfo) const;
 

@@ -55,8 +55,8 @@ DeviceFormat MakeDeviceFormat(Programme const& inProgramme, PlaybackSettings con
 Playback::Playback(Programme const& inProgramme, OutputDevice& ioDevice, PlaybackSettings const& inSettings)
 	: mDevice(ioDevice),
 	  mFormat(MakeDeviceFormat(inProgramme, inSettings)),
-	  mThread(
-		  std::make_unique<RenderThread>(inProgramme, ioDevice, mFormat, CountAhead(inProgramme, inSettings)))
+	  mThread(std::make_unique<RenderThread>(inProgramme, ioDevice, mFormat,
+		  TransportSettings{CountAhead(inProgramme, inSettings), inSettings.mMeters}))
 {
 	mDevice.Open(mFormat);
 	mDevice.Start(mThread->GetFeed());

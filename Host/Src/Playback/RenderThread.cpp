@@ -33,18 +33,22 @@ unsigned ChoosePlayedBlock(Programme const& inProgramme, std::int64_t inTargetFr
 } // namespace
 
 RenderThread::RenderThread(Programme const& inProgramme, OutputDevice& ioDevice, DeviceFormat const& inFormat,
-	std::int64_t inTargetFrames)
+	TransportSettings const& inSettings)
 	: mDevice(ioDevice),
 	  mWakes(std::make_shared<WakeUp>()),
-	  mTargetFrames(inTargetFrames),
-	  mBlockFrames(ChoosePlayedBlock(inProgramme, inTargetFrames)),
+	  mTargetFrames(inSettings.mTargetFrames),
+	  mBlockFrames(ChoosePlayedBlock(inProgramme, mTargetFrames)),
 	  mGraph(std::make_unique<PlayedGraph>(inProgramme, mBlockFrames)),
 	  // Room for a fade of 2 ms besides.
-	  mFeed(inFormat, inTargetFrames + mBlockFrames + inFormat.mSampleRate / 100, *mWakes),
-	  mTransport(*mGraph, mFeed, mHistory, mWakes, inTargetFrames),
+	  mFeed(inFormat, mTargetFrames + mBlockFrames + inFormat.mSampleRate / 100, *mWakes),
+	  mTransport(*mGraph, mFeed, mHistory, mWakes, inSettings),
 	  mFrames(inProgramme.mFrames),
 	  mHeardGraph(mGraph.get())
 {
+	for (auto const& meter : inSettings.mMeters)
+	{
+		meter->Init(inProgramme.GetFrameRate(), inFormat.mChannels);
+	}
 	SN::AudioPrefetch::NotifyPrefetchIntervalChanged(SN::TickTime::FromSeconds(1.0));
 	mThread = std::thread([this] { Run(); });
 }
@@ -110,8 +114,9 @@ PlaybackState RenderThread::GetState() const
 	state.mFrames = mFrames.load(std::memory_order_acquire);
 	state.mFrame = std::clamp<std::int64_t>(FindHeardPlace(), 0, state.mFrames);
 	state.mSpeed = mSpeed.load(std::memory_order_acquire);
-	state.mMisses = mFeed.CountMisses();
+	state.mMisses = mFeed.CountMisses() + mDevice.CountUnderflows();
 	state.mMissedFrames = mFeed.CountMissedFrames();
+	state.mUnreadFrames = mUnreadFrames.load(std::memory_order_relaxed);
 	std::lock_guard const lock(mMutex);
 	state.mLoop = mLoop;
 	state.mFailure = mFailure;
@@ -158,6 +163,7 @@ void RenderThread::Work()
 		mHeardGraph = std::exchange(mTakeover.mGraph, nullptr);
 		mTakeover.mIsDone->Open();
 	}
+	mUnreadFrames.store(mTransport.CountUnreadFrames(), std::memory_order_relaxed);
 	mIsPlaying.store(mTransport.IsPlaying(), std::memory_order_release);
 	mDone.fetch_add(mTaken.size(), std::memory_order_release);
 	mTaken.clear();

@@ -24,9 +24,8 @@ namespace SonaroHost::Playback
 class RenderThread
 {
 public:
-	// inTargetFrames: see Transport.
 	RenderThread(Programme const& inProgramme, OutputDevice& ioDevice, DeviceFormat const& inFormat,
-		std::int64_t inTargetFrames);
+		TransportSettings const& inSettings);
 	~RenderThread();
 
 	DeviceFeed& GetFeed() { return mFeed; }
@@ -74,6 +73,7 @@ private:
 	std::optional<ProgrammeRange> mLoop;
 	std::atomic<double> mSpeed{1.0};
 	std::atomic<std::int64_t> mFrames;
+	std::atomic<std::uint64_t> mUnreadFrames{0};
 	// Commands that were given, and that are done.
 	std::atomic<std::uint64_t> mPosted{0};
 	std::atomic<std::uint64_t> mDone{0};

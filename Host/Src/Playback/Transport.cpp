@@ -30,10 +30,10 @@ void Shape(dsp::AudioBuffer& ioBuffer, Gain const& inGain)
 } // namespace
 
 Transport::Transport(PlayedGraph& ioGraph, DeviceFeed& ioFeed, PlaceHistory& ioHistory,
-	std::shared_ptr<WakeUp> const& inWakes, std::int64_t inTargetFrames)
+	std::shared_ptr<WakeUp> const& inWakes, TransportSettings const& inSettings)
 	: mFeed(ioFeed),
 	  mHistory(ioHistory),
-	  mTargetFrames(inTargetFrames),
+	  mSettings(inSettings),
 	  mSampleRate(ioGraph.GetProgramme().mSampleRate),
 	  mStream(ioGraph, inWakes),
 	  mSpeeds(mStream, ioFeed.GetRing().GetChannels(), ioGraph.GetBlockFrames()),
@@ -109,6 +109,10 @@ void Transport::Scrub(std::int64_t inPlace)
 
 void Transport::Begin(std::int64_t inPlace)
 {
+	for (auto const& meter : mSettings.mMeters)
+	{
+		meter->Reset();
+	}
 	std::int64_t const first = mLoop ? mLoop->mFirstFrame : 0;
 	std::int64_t const end = mLoop ? first + mLoop->mFrames : 0;
 	mSpeeds.Begin(PlayOrder::Make(mSpeed.IsReverse(), first, end, inPlace), inPlace, mSpeed);
@@ -177,12 +181,6 @@ void Transport::Halt(std::int64_t inPlace)
 	Rest(inPlace);
 }
 
-bool Transport::IsFilled() const
-{
-	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
-	return mMode == Mode::kStopped || (mFeed.IsOpen() && mTargetFrames - filled < mBlock.GetCapacity());
-}
-
 void Transport::Fill()
 {
 	if (mMode == Mode::kStopped)
@@ -216,7 +214,7 @@ std::int64_t Transport::CountWanted() const
 {
 	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
 	std::int64_t const block = mBlock.GetCapacity();
-	if (mMode == Mode::kStopped || mTargetFrames - filled < block)
+	if (mMode == Mode::kStopped || mSettings.mTargetFrames - filled < block)
 	{
 		return 0;
 	}
@@ -260,7 +258,11 @@ void Transport::CheckNowAndThen()
 	if (mFramesToCheck <= 0)
 	{
 		mFramesToCheck = mSampleRate / kChecksPerSecond;
-		mStream.GetGraph().Check(mSpeeds.GetPlace());
+		PlayedGraph const& graph = mStream.GetGraph();
+		mUnreadBefore += mChecked && mChecked != &graph ? mUnread : 0;
+		mUnread = graph.CountUnreadFrames();
+		mChecked = &graph;
+		graph.Check(mSpeeds.GetPlace());
 	}
 }
 
@@ -269,6 +271,12 @@ void Transport::Write(double inPlace)
 	SampleRing& ring = mFeed.GetRing();
 	mHistory.Note(ring.CountWritten(), inPlace, mMode == Mode::kPlaying ? mSpeed.mSpeed : 0.0);
 	ring.Write(mBlock);
+	SN::TickTime const time(
+		static_cast<std::int64_t>(inPlace), SN::FrameRate::FromSamplesPerSecond(mSampleRate));
+	for (auto const& meter : mSettings.mMeters)
+	{
+		meter->SetMeterData(mBlock, time);
+	}
 }
 
 void Transport::WriteLast(double inPlace)
@@ -293,7 +301,7 @@ void Transport::WriteLast(double inPlace)
 void Transport::OpenWhenFilled()
 {
 	std::int64_t const ahead = mFeed.GetRing().CountWritten() - mGate;
-	if (mMode != Mode::kStopped && !mFeed.IsOpen() && ahead >= mTargetFrames / 2)
+	if (mMode != Mode::kStopped && !mFeed.IsOpen() && ahead >= mSettings.mTargetFrames / 2)
 	{
 		mFeed.Open();
 	}

@@ -2,15 +2,25 @@
 
 #include "Feed/DeviceFeed.h"
 #include "Feed/PlaceHistory.h"
+#include "Sonaro/IAudioMeterSetter.h"
 #include "SonaroHost/Base/ProgrammeRange.h"
 #include "Stream/SpeedStream.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace SonaroHost::Playback
 {
+
+struct TransportSettings
+{
+	// How much of the ring is kept filled; it has room for a block and a fade besides.
+	std::int64_t mTargetFrames = 0;
+	// Hear what is put into the ring, and are reset where playing begins anew.
+	std::vector<SN::InterfaceRef<SN::IAudioMeterSetter>> mMeters = {};
+};
 
 // What a playback does with its graph and its ring: it keeps the ring filled with what is to be heard.
 //
@@ -21,9 +31,9 @@ namespace SonaroHost::Playback
 class Transport
 {
 public:
-	// All outlive it. inTargetFrames: how much of the ring is kept filled; it has room for a block and a fade besides.
+	// All outlive it.
 	Transport(PlayedGraph& ioGraph, DeviceFeed& ioFeed, PlaceHistory& ioHistory,
-		std::shared_ptr<WakeUp> const& inWakes, std::int64_t inTargetFrames);
+		std::shared_ptr<WakeUp> const& inWakes, TransportSettings const& inSettings);
 
 	// At the end of the programme it begins again at the other one.
 	void Play();
@@ -42,8 +52,8 @@ public:
 	void Halt(std::int64_t inPlace);
 
 	bool IsPlaying() const { return mMode != Mode::kStopped; }
-	// Whether Fill has nothing to do until the device takes more.
-	bool IsFilled() const;
+	// See PlaybackState.
+	std::uint64_t CountUnreadFrames() const { return mUnreadBefore + mUnread; }
 
 private:
 	enum class Mode
@@ -75,7 +85,7 @@ private:
 
 	DeviceFeed& mFeed;
 	PlaceHistory& mHistory;
-	std::int64_t mTargetFrames;
+	TransportSettings mSettings;
 	int mSampleRate;
 	PlayStream mStream;
 	SpeedStream mSpeeds;
@@ -89,6 +99,10 @@ private:
 	std::int64_t mScrubPlace = 0;
 	std::int64_t mGrainDone = 0;
 	std::int64_t mFramesToCheck = 0;
+	// Of the graph that was checked last, and of those before it.
+	PlayedGraph const* mChecked = nullptr;
+	std::uint64_t mUnread = 0;
+	std::uint64_t mUnreadBefore = 0;
 	// The gate's place while it is closed.
 	std::int64_t mGate = 0;
 };

@@ -75,6 +75,7 @@ public:
 		auto const failure = mGroup->FindFailure();
 		return failure ? std::optional(mMedia.NameAsShown(*failure)) : std::nullopt;
 	}
+	std::uint64_t CountUnreadFrames() const override { return mGroup->CountMissedFrames(); }
 	std::vector<DamagedMedia> ListDamaged() const override
 	{
 		return mMedia.ListDamaged([this](AudioFileInfo const& inInfo) { return mGroup->GetDamage(inInfo); });

@@ -8,7 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <numeric>
+#include <thread>
 #include <utility>
 
 namespace SonaroHost::Playback::Testing
@@ -46,6 +48,24 @@ Frames Deck::Pull(std::int64_t inFrames)
 Frames Deck::PullLate(std::int64_t inFrames)
 {
 	mDevice.Advance(inFrames);
+	return mDevice.TakeCaptured();
+}
+
+Frames Deck::TakeOver(Programme const& inProgramme)
+{
+	std::atomic<bool> isDone = false;
+	std::thread builder(
+		[&]
+		{
+			mPlayback.TakeOver(inProgramme);
+			isDone = true;
+		});
+	while (!isDone)
+	{
+		EXPECT_TRUE(mPlayback.WaitUntilFilled(kPatience));
+		mDevice.Advance(128);
+	}
+	builder.join();
 	return mDevice.TakeCaptured();
 }
 

@@ -50,6 +50,8 @@ public:
 	Frames Pull(std::int64_t inFrames);
 	// Waits for nothing but commands.
 	Frames PullLate(std::int64_t inFrames);
+	// The frames that are heard until another programme has taken over.
+	Frames TakeOver(Programme const& inProgramme);
 	// Stops, and lets go by what is left.
 	void Rest();
 

@@ -26,6 +26,8 @@ public:
 	virtual std::optional<HostError> FindFailure() const = 0;
 	// What of them was found damaged until now, by the graph where they are one's own.
 	virtual std::vector<DamagedMedia> ListDamaged() const = 0;
+	// How many of their frames were silent in a playback until now, since they were not there when they were read.
+	virtual std::uint64_t CountUnreadFrames() const { return 0; }
 
 	// Frames of media whose noise is to be reduced and has to be learned first.
 	virtual std::int64_t CountFramesToLearn() const { return 0; }

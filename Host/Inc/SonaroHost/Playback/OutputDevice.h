@@ -32,7 +32,7 @@ public:
 // Where sound goes: a sound card, a server of sounds, a file or nowhere.
 //
 // Order    Open, then Start and Stop as often as wanted, and Open again for another format or after a loss.
-// Threads  FindLoss and GetLatencyFrames: any. The rest: one at a time, not the device's own.
+// Threads  FindLoss, GetLatencyFrames and CountUnderflows: any. The rest: one at a time, not the device's own.
 class OutputDevice
 {
 public:
@@ -47,6 +47,8 @@ public:
 
 	// How many frames lie between the client and the ear.
 	virtual std::int64_t GetLatencyFrames() const = 0;
+	// How often the device ran dry although its client was never late.
+	virtual std::uint64_t CountUnderflows() const { return 0; }
 	// Why the device stopped by itself since the last Open, as a sentence for people; nothing while it runs.
 	virtual std::optional<std::string> FindLoss() const = 0;
 };

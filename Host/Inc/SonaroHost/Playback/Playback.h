@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sonaro/IAudioMeterSetter.h"
 #include "SonaroHost/Base/ProgrammeRange.h"
 #include "SonaroHost/Playback/OutputDevice.h"
 #include "SonaroHost/Playback/PlaybackState.h"
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace SonaroHost::Playback
 {
@@ -22,6 +24,8 @@ struct PlaybackSettings
 	double mAheadSeconds = 0.02;
 	// What the device is asked for at a time; 0 for a quarter of what is rendered ahead.
 	unsigned mDeviceBlockFrames = 0;
+	// Hear on the render thread what is put into the ring, and are reset where playing begins anew. Their Init is called here.
+	std::vector<SN::InterfaceRef<SN::IAudioMeterSetter>> mMeters = {};
 };
 
 // Plays a programme on a device: the same samples that a render of it writes, bit for bit, wherever it is started, in

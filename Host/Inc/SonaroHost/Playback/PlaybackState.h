@@ -19,9 +19,12 @@ struct PlaybackState
 	std::int64_t mFrames = 0;
 	double mSpeed = 1.0;
 	std::optional<ProgrammeRange> mLoop;
-	// Blocks of the device that were silent, in part or all, since frames came too late, and these frames.
+	// Blocks of the device that were silent, in part or all, since frames came too late, with those
+	// that the device itself lost, and frames of the first kind.
 	std::uint64_t mMisses = 0;
 	std::uint64_t mMissedFrames = 0;
+	// Frames of media that were silent although they were read, since there was no memory to keep them until they were heard.
+	std::uint64_t mUnreadFrames = 0;
 	// Why it stopped by itself before the end, until it plays again; empty otherwise.
 	std::string mFailure;
 };

@@ -75,7 +75,7 @@ std::int64_t PlayedGraph::CountRun(
 
 void PlayedGraph::Check(std::int64_t inPlace) const
 {
-	CheckMedia(mProgramme, mMedia ? *mMedia : *mProgramme.mMedia);
+	CheckMedia(mProgramme, GetMedia());
 	CheckEffects(mProgramme, mGraph.GetReport(), std::clamp<std::int64_t>(inPlace, 0, mProgramme.mFrames));
 }
 

@@ -48,8 +48,11 @@ public:
 
 	// Throws a HostError when media or effects have stopped working.
 	void Check(std::int64_t inPlace) const;
+	// How many frames of media were silent since they were not there when they were played.
+	std::uint64_t CountUnreadFrames() const { return GetMedia().CountUnreadFrames(); }
 
 private:
+	GraphMedia const& GetMedia() const { return mMedia ? *mMedia : *mProgramme.mMedia; }
 	bool IsWithin(PlayOrder const& inOrder, std::int64_t inPlace) const;
 	// Of a frame of the programme.
 	SN::TickTime ToTime(std::int64_t inFrame) const

@@ -1,4 +1,4 @@
-#include "ClipProgramme.h"
+#include "SonaroHost/Render/ClipProgramme.h"
 
 #include "Media/Denoise/NoiseLearning.h"
 #include "Media/SourceGroup.h"
@@ -202,6 +202,7 @@ public:
 	}
 
 	std::optional<HostError> FindFailure() const override { return mGroup->FindFailure(); }
+	std::uint64_t CountUnreadFrames() const override { return mGroup->CountMissedFrames(); }
 	std::vector<DamagedMedia> ListDamaged() const override
 	{
 		return SonaroHost::ListDamaged(

@@ -1,6 +1,6 @@
 #include "SonaroHost/Render/ClipRenderJob.h"
 
-#include "ClipProgramme.h"
+#include "SonaroHost/Render/ClipProgramme.h"
 #include "Render/RenderJob.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
