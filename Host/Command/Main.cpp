@@ -5,6 +5,7 @@
 #include "SonaroHost/Effects/EffectLibrary.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Media/NoSoundError.h"
+#include "SonaroHost/Playback/SoundDevices.h"
 #include "Terminal/Console.h"
 #include "Terminal/OperatingSystem.h"
 #include "Terminal/StopSignals.h"
@@ -79,6 +80,14 @@ std::string DescribeListeners()
 						   : "built-in ears, and SOFA files by " + library;
 }
 
+std::string DescribeDevices()
+{
+	std::string const libraries = SonaroHost::Playback::DescribeSoundLibraries();
+	return libraries.empty() ? "not played on; PortAudio was not built in with SONARO_WITH_PORTAUDIO, which "
+							   "needs portaudio19-dev"
+							 : "played on by " + libraries;
+}
+
 // The version, and what of the optional parts was built in.
 std::string DescribeVersion()
 {
@@ -90,7 +99,8 @@ std::string DescribeVersion()
 				   ? "not read; libav is not installed, or was not built in with SONARO_WITH_LIBAV, which "
 					 "needs libavformat-dev, libavcodec-dev and libswresample-dev"
 				   : "read by " + libraries) +
-		   "\neffects: " + DescribeEffects() + "\nlisteners: " + DescribeListeners() +
+		   "\neffects: " + DescribeEffects() + "\nsound devices: " + DescribeDevices() +
+		   "\nlisteners: " + DescribeListeners() +
 		   (hasRubberBand ? "\nstretching: by the Rubber Band Library as well (GPL)" : "");
 }
 
