@@ -83,6 +83,8 @@ std::unique_ptr<Command> MakeGraphCommand(CLI::App& ioProgram);
 std::unique_ptr<Command> MakeInfoCommand(CLI::App& ioProgram);
 // "sonaro loudness INPUT ...": how loud sound files, movies and timelines are.
 std::unique_ptr<Command> MakeLoudnessCommand(CLI::App& ioProgram);
+// "sonaro play INPUT": plays a sound file, a movie or a timeline.
+std::unique_ptr<Command> MakePlayCommand(CLI::App& ioProgram);
 // "sonaro render INPUT ... -o OUTPUT": renders sound files as the clips of a track, or a timeline.
 std::unique_ptr<Command> MakeRenderCommand(CLI::App& ioProgram);
 // "sonaro waveform INPUT -o OUTPUT": draws the waveform of a sound file or a timeline, or writes it for other programs.

@@ -166,9 +166,9 @@ int main(int inCount, char** inArguments)
 	program.require_subcommand(1);
 	program.footer(kFooter);
 
-	std::unique_ptr<Command> const commands[] = {MakeRenderCommand(program), MakeWaveformCommand(program),
-		MakeLoudnessCommand(program), MakeInfoCommand(program), MakeGraphCommand(program),
-		MakeEffectsCommand(program)};
+	std::unique_ptr<Command> const commands[] = {MakeRenderCommand(program), MakePlayCommand(program),
+		MakeWaveformCommand(program), MakeLoudnessCommand(program), MakeInfoCommand(program),
+		MakeGraphCommand(program), MakeEffectsCommand(program)};
 	try
 	{
 		program.parse(inCount, inArguments);

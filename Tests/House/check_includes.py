@@ -62,6 +62,7 @@ COMMAND = {
     "Terminal": "",
     "Options": "",
     "Report": "Terminal Options",
+    "Play": "Terminal Options Report",
     "Page": "Terminal Options Report",
 }
 

@@ -19,6 +19,11 @@ bool IsErrorOutputTerminal()
 	return isatty(STDERR_FILENO) != 0;
 }
 
+bool AreStandardStreamsTerminal()
+{
+	return isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+}
+
 int GetTerminalWidth()
 {
 	winsize size{};

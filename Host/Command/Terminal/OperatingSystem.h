@@ -6,6 +6,8 @@ namespace SonaroCommand
 // What the command asks of the operating system: nothing else does so, but StopSignals.
 
 bool IsErrorOutputTerminal();
+// Whether the program reads keys from a terminal and shows its output on one.
+bool AreStandardStreamsTerminal();
 
 // Columns of the terminal that the error output goes to; 80 when it does not say.
 int GetTerminalWidth();

@@ -1,0 +1,140 @@
+#include "PlayControls.h"
+
+#include "SonaroHost/Base/HostError.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace SonaroCommand
+{
+
+namespace
+{
+
+constexpr double kStepSeconds = 1.0;
+constexpr double kFarStepSeconds = 10.0;
+constexpr double kGainStepDecibels = 1.0;
+constexpr double kFastestShuttle = 4.0;
+constexpr float kLargestGain = 16.0f;
+
+} // namespace
+
+void PlayControls::Do(PlayAction inAction)
+{
+	SonaroHost::Playback::Playback& playback = mSession.GetPlayback();
+	mMessage.clear();
+	try
+	{
+		switch (inAction)
+		{
+		case PlayAction::kToggle:
+			playback.GetState().mIsPlaying ? playback.Stop() : playback.Play();
+			break;
+		case PlayAction::kBack:
+			return Move(-kStepSeconds);
+		case PlayAction::kForward:
+			return Move(kStepSeconds);
+		case PlayAction::kFarBack:
+			return Move(-kFarStepSeconds);
+		case PlayAction::kFarForward:
+			return Move(kFarStepSeconds);
+		case PlayAction::kHome:
+			playback.Seek(0);
+			break;
+		case PlayAction::kLoopIn:
+			return SetLoopEnd(false);
+		case PlayAction::kLoopOut:
+			return SetLoopEnd(true);
+		case PlayAction::kClearLoop:
+			mLoopFirst.reset();
+			playback.SetLoop(std::nullopt);
+			break;
+		case PlayAction::kPlayBackwards:
+			return Shuttle(-1.0);
+		case PlayAction::kStop:
+			playback.Stop();
+			playback.SetSpeed(1.0);
+			break;
+		case PlayAction::kPlayForwards:
+			return Shuttle(1.0);
+		default:
+			DoWithTrack(inAction);
+		}
+	}
+	catch (SonaroHost::HostError const& error)
+	{
+		mMessage = error.what();
+	}
+}
+
+void PlayControls::Move(double inSeconds)
+{
+	std::int64_t const frame = mSession.GetPlayback().GetState().mFrame;
+	mSession.GetPlayback().Seek(frame + std::llround(inSeconds * mSession.GetSampleRate()));
+}
+
+void PlayControls::SetLoopEnd(bool inIsEnd)
+{
+	SonaroHost::Playback::Playback& playback = mSession.GetPlayback();
+	SonaroHost::Playback::PlaybackState const state = playback.GetState();
+	std::int64_t const first = state.mLoop ? state.mLoop->mFirstFrame : mLoopFirst.value_or(0);
+	std::int64_t const end = state.mLoop ? first + state.mLoop->mFrames : state.mFrames;
+	mLoopFirst = inIsEnd ? first : state.mFrame;
+	std::int64_t const last = inIsEnd ? state.mFrame : end;
+	if (inIsEnd || (state.mLoop && *mLoopFirst < last))
+	{
+		playback.SetLoop(SonaroHost::ProgrammeRange{*mLoopFirst, last - *mLoopFirst});
+	}
+}
+
+void PlayControls::Shuttle(double inDirection)
+{
+	SonaroHost::Playback::Playback& playback = mSession.GetPlayback();
+	SonaroHost::Playback::PlaybackState const state = playback.GetState();
+	bool const isGoing = state.mIsPlaying && state.mSpeed * inDirection > 0.0;
+	double const speed =
+		isGoing ? std::clamp(2.0 * state.mSpeed, -kFastestShuttle, kFastestShuttle) : inDirection;
+	if (speed != state.mSpeed)
+	{
+		playback.SetSpeed(speed);
+	}
+	playback.Play();
+}
+
+void PlayControls::DoWithTrack(PlayAction inAction)
+{
+	SonaroHost::Playback::LiveMix& mix = mSession.GetMix();
+	std::size_t const tracks = mix.CountTracks();
+	if (tracks == 0)
+	{
+		return;
+	}
+	mTrack = std::min(mTrack, tracks - 1);
+	switch (inAction)
+	{
+	case PlayAction::kPreviousTrack:
+		mTrack -= mTrack > 0 ? 1 : 0;
+		break;
+	case PlayAction::kNextTrack:
+		mTrack = std::min(mTrack + 1, tracks - 1);
+		break;
+	case PlayAction::kMute:
+		mix.SetMute(mTrack, !mix.IsMuted(mTrack));
+		break;
+	case PlayAction::kSolo:
+		mix.SetSolo(mTrack, !mix.IsSolo(mTrack));
+		break;
+	default:
+		ChangeGain(inAction == PlayAction::kLouder ? kGainStepDecibels : -kGainStepDecibels);
+	}
+}
+
+void PlayControls::ChangeGain(double inDecibels)
+{
+	constexpr double kDecibelsPerDecade = 20.0;
+	auto const factor = static_cast<float>(std::pow(10.0, inDecibels / kDecibelsPerDecade));
+	SonaroHost::Playback::LiveMix& mix = mSession.GetMix();
+	mix.SetGain(mTrack, std::min(mix.GetGain(mTrack) * factor, kLargestGain));
+}
+
+} // namespace SonaroCommand

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "PlaySession.h"
+
+namespace SonaroCommand
+{
+
+// Whether a screen was built in, and the program has a terminal for it.
+bool CanShowPlayScreen();
+
+// Shows a playback on the terminal, where keys control it, until q or until the process is asked to end.
+void ShowPlayScreen(PlaySession& ioSession, std::string const& inTitle);
+
+} // namespace SonaroCommand
