@@ -1,6 +1,7 @@
 #include "FeatureList.h"
 
 #include "Report/Json.h"
+#include "SonaroHost/Playback/SoundDevices.h"
 #include "SonaroHost/Render/Features.h"
 #include "Terminal/TextTable.h"
 
@@ -26,11 +27,22 @@ std::string Join(std::vector<std::string> const& inTexts)
 	return joined;
 }
 
+// The library's, with the devices that playback adds.
+Features ListAllFeatures()
+{
+	Features features = SonaroHost::ListFeatures();
+	std::string const libraries = SonaroHost::Playback::DescribeSoundLibraries();
+	features.mParts.push_back({"devices", "Sound devices", !libraries.empty(),
+		libraries.empty() ? "not built in with SONARO_WITH_PORTAUDIO, which needs portaudio19-dev"
+						  : libraries});
+	return features;
+}
+
 } // namespace
 
 std::string ListFeaturesForPeople()
 {
-	Features const features = SonaroHost::ListFeatures();
+	Features const features = ListAllFeatures();
 	std::vector<std::vector<std::string>> rows;
 	for (Feature const& part : features.mParts)
 	{
@@ -51,7 +63,7 @@ std::string ListFeaturesForPeople()
 
 std::string ListFeaturesForMachines()
 {
-	Features const features = SonaroHost::ListFeatures();
+	Features const features = ListAllFeatures();
 	Json json{{"version", SONARO_VERSION}};
 	for (Feature const& part : features.mParts)
 	{
