@@ -3,7 +3,7 @@ _sonaro()
 {
 	local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
 	if [ "$COMP_CWORD" -eq 1 ]; then
-		COMPREPLY=($(compgen -W "render waveform loudness info graph effects --help --version --features --json" -- "$word"))
+		COMPREPLY=($(compgen -W "render play waveform loudness info graph effects --help --version --features --json" -- "$word"))
 		return
 	fi
 	case "$command $before" in
@@ -16,6 +16,9 @@ _sonaro()
 	"render --stems") COMPREPLY=($(compgen -W "track marker" -- "$word")); return ;;
 	"render --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"render --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	"play --layout") COMPREPLY=($(compgen -W "mono stereo 5.1 ambisonic1" -- "$word")); return ;;
+	"play --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"play --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	"waveform --format") COMPREPLY=($(compgen -W "png svg json dat" -- "$word")); return ;;
 	"waveform --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
 	"waveform --theme") COMPREPLY=($(compgen -W "light dark" -- "$word")); return ;;
@@ -38,6 +41,7 @@ _sonaro()
 	-*)
 		case "$command" in
 		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --binaural --listener --yaw --head-pitch --roll --report --strict --quiet --json --tail --at --start --duration --reverse --as-playback --speed --pitch --stream --channels --pan --mixdown --denoise --reduction --learn --effect --effect-file --set --preset --range --stems --media --fades" -- "$word")) ;;
+		play) COMPREPLY=($(compgen -W "-h --help --rate --layout --start --loop --speed --device --list-devices --ahead --no-ui --json --stream --media --fades --no-watch" -- "$word")) ;;
 		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --keep-pitch --stretch --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --speed --pitch --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
 		loudness) COMPREPLY=($(compgen -W "-h --help -o --output --no-overwrite --quiet --json --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --start --duration --stream --speed --pitch --range --media --fades" -- "$word")) ;;
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;
