@@ -1,9 +1,9 @@
 #include "SonaroHost/Render/ClipRenderJob.h"
 
-#include "SonaroHost/Render/ClipProgramme.h"
 #include "Render/RenderJob.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
+#include "SonaroHost/Render/ClipProgramme.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
