@@ -6,6 +6,7 @@
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "World.h"
+#include "zorvaccelerate/FiniteSamples.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -22,27 +23,13 @@ namespace
 constexpr unsigned kFixedFrames = 256;
 
 // False where some of the samples are not finite.
-bool CopyFinite(float const* inSamples, unsigned inCount, float* outSamples)
-{
-	FiniteCheck check;
-	for (unsigned i = 0; i < inCount; ++i)
-	{
-		check.Add(inSamples[i]);
-		outSamples[i] = inSamples[i];
-	}
-	return check.IsFinite();
-}
-
 bool CopyMean(float const* inLeft, float const* inRight, unsigned inCount, float* outSamples)
 {
-	FiniteCheck check;
 	for (unsigned i = 0; i < inCount; ++i)
 	{
-		float const mean = 0.5f * (inLeft[i] + inRight[i]);
-		check.Add(mean);
-		outSamples[i] = mean;
+		outSamples[i] = 0.5f * (inLeft[i] + inRight[i]);
 	}
-	return check.IsFinite();
+	return zorvaccelerate::utility::AreFinite(inCount, outSamples);
 }
 
 // Raises the fault of the first frame that is not finite.
@@ -349,8 +336,8 @@ void PluginFilter::Write(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned 
 	{
 		for (unsigned channel = 0; channel < mOutputs.size(); ++channel)
 		{
-			isFinite &=
-				CopyFinite(mOutputs[channel] + mFilled, inCount, ioBuffer.GetChannel(channel) + inFirst);
+			isFinite &= zorvaccelerate::utility::CopyAndTestFinite(
+				inCount, mOutputs[channel] + mFilled, ioBuffer.GetChannel(channel) + inFirst);
 		}
 	}
 	if (!isFinite)

@@ -1,8 +1,8 @@
 #include "BadInput.h"
 
-#include "SonaroHost/Base/FiniteSamples.h"
 #include "SonaroHost/Sequence/OutermostTime.h"
 #include "Vexilon/BinaryData.h"
+#include "zorvaccelerate/FiniteSamples.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -101,7 +101,7 @@ private:
 			for (unsigned channel = 0; channel < block.GetNumChannels(); ++channel)
 			{
 				if (!block.IsChannelSilent(channel) &&
-					!AreFinite(block.GetChannel(channel), block.GetUseSize()))
+					!zorvaccelerate::utility::AreFinite(block.GetUseSize(), block.GetChannel(channel)))
 				{
 					return true;
 				}

@@ -3,10 +3,12 @@
 #include "Sonaro/AudioFilterException.h"
 #include "SonaroHost/Base/FiniteSamples.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
+#include "zorvaccelerate/FiniteSamples.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace SonaroHost::Sequence
 {
@@ -82,18 +84,18 @@ void EffectStage::Process(dsp::AudioBuffer& ioBlock, FrameRun const& inRun)
 // Effects remember what they hear, and would give such samples for ever.
 void EffectStage::CheckInput(dsp::AudioBuffer& ioBlock, FrameRun const& inRun)
 {
-	auto const count = static_cast<std::size_t>(inRun.mCount);
+	auto const count = static_cast<unsigned>(inRun.mCount);
 	for (unsigned channel = 0; channel < ioBlock.GetNumChannels(); ++channel)
 	{
 		float* const samples = ioBlock.IsChannelSilent(channel) ? nullptr : ioBlock.GetChannel(channel);
-		if (!samples || AreFinite(samples, count))
+		if (!samples || zorvaccelerate::utility::AreFinite(count, samples))
 		{
 			continue;
 		}
 		auto const first = static_cast<std::int64_t>(FindNotFinite(samples, count));
 		NoteFault(EffectFault::Kind::kBadInput, inRun.GetFrame(first));
 		std::replace_if(
-			samples, samples + count, [](float inSample) { return !AreFinite(&inSample, 1); }, 0.0f);
+			samples, samples + count, [](float inSample) { return !std::isfinite(inSample); }, 0.0f);
 	}
 }
 
