@@ -118,22 +118,6 @@ TEST(AudioFilterRenderer, ABypassKeepsTheDelay)
 	}
 }
 
-TEST(AudioFilterRenderer, ABypassWithoutDelayDoesNothing)
-{
-	ScopedContext const context;
-	auto const filter = MakeObject<FakeFilter>();
-	auto const renderer = Make(context, filter, ConstantParameters({1.0f}));
-	filter->mRecordsBlocks = true;
-	renderer->Preroll(kTimeZero, false);
-	dsp::AudioBuffer buffer = MakeBuffer(2, 16, 0.5f);
-	buffer.MarkChannelSilent(1);
-	renderer->ProcessAudioData(buffer, kTimeZero);
-	EXPECT_EQ(Heard(buffer), std::vector<float>(16, 0.5f));
-	EXPECT_TRUE(buffer.IsChannelSilent(1));
-	EXPECT_THAT(filter->TakeLog(), testing::IsEmpty());
-	EXPECT_EQ(renderer->GetDelay(), kTimeZero);
-}
-
 TEST(AudioFilterRenderer, TheEffectGetsWhatTheContextSays)
 {
 	Prefetcher prefetcher;
@@ -298,25 +282,6 @@ TEST(AudioFilterRenderer, WithoutAnEffectTheAudioPasses)
 		EXPECT_EQ(one->GetDelay(), kTimeZero);
 		EXPECT_THROW(one->HasHistory(), NullPtrException);
 	}
-}
-
-TEST(AudioFilterRenderer, FlagsGoToTheParametersAndTheHost)
-{
-	Prefetcher prefetcher;
-	auto const context = GraphFactory().CreateAudioRenderContext({
-		.mPrefetchEnabled = true,
-		.mPrefetcher = &prefetcher,
-		.mFilterParamFlag = true,
-	});
-	auto const pending = MakeObject<FakeParameter>(1.0f);
-	pending->mIsPending = true;
-	auto const renderer = Make(context, MakeObject<FakeFilter>(), {pending});
-	EXPECT_THAT(pending->mLog->front(), testing::EndsWith(" flag"));
-	LiveAudioParameterMap map;
-	InterfaceRef<ILiveAudioParameterOwner>(renderer)->CollectLiveParameters(map);
-	ASSERT_EQ(map.size(), 1u);
-	EXPECT_TRUE(map.begin()->second.mActionFlag);
-	context->Clear();
 }
 
 TEST(AudioFilterControl, SetsTheEffectAndReadsItOnce)
