@@ -27,8 +27,15 @@ std::uint64_t Scramble(std::uint64_t inCounter)
 SampleQuantizer::SampleQuantizer(int inBits, Dither inDither, unsigned inChannel)
 	: mScale(std::ldexp(1.0, inBits - 1)),
 	  mDither(inDither),
-	  mRandomState(Scramble(inChannel + 1))
+	  mFirstState(Scramble(inChannel + 1)),
+	  mRandomState(mFirstState)
 {
+}
+
+void SampleQuantizer::SkipTo(std::int64_t inSample)
+{
+	// Each sample takes one step of the counter.
+	mRandomState = mFirstState + static_cast<std::uint64_t>(inSample) * kGoldenStep;
 }
 
 int SampleQuantizer::Quantize(float inSample)

@@ -1,267 +1,77 @@
 #include "SonaroHost/Render/AudioFileWriter.h"
 
-#include "SonaroHost/Base/HostError.h"
+#include "Encoder/AudioEncoder.h"
+
+#include "SonaroHost/Files/OutputFile.h"
 #include "zorvaudiodsp/AudioBuffer.h"
-#include "zorvmediatypes/AudioChannelLayout.h"
-
-#include <sndfile.h>
-
-#include <algorithm>
-#include <array>
-#include <numbers>
-#include <string>
 
 namespace SonaroHost
 {
 
-namespace
+// A file, and what writes into it.
+struct AudioFileWriter::Encoding final : EncoderTarget
 {
-
-// Frames that are interleaved and handed on at a time.
-constexpr unsigned kPieceFrames = 4096;
-
-// The length fields of WAV and AIFF have 32 bits; this leaves room for their headers.
-constexpr std::int64_t kLargestData = 0xffff0000;
-
-[[noreturn]] void RefuseToWrite(std::filesystem::path const& inPath, std::string const& inReason)
-{
-	Refuse("cannot write " + QuotePath(inPath) + ": " + inReason);
-}
-
-int GetSampleFormat(OutputSamples inSamples)
-{
-	return inSamples == OutputSamples::kInteger16   ? SF_FORMAT_PCM_16
-		   : inSamples == OutputSamples::kInteger24 ? SF_FORMAT_PCM_24
-													: SF_FORMAT_FLOAT;
-}
-
-bool IsField(zorvmediatypes::AudioChannelLayout const& inLayout)
-{
-	return inLayout == zorvmediatypes::CreateAmbisonic1ChannelLayout();
-}
-
-int GetContainerFormat(OutputContainer inContainer, bool inIsLarge, bool inIsMarked)
-{
-	if (inContainer == OutputContainer::kWav)
+	Encoding(std::filesystem::path const& inPath, EncoderFormat const& inFormat)
+		: mFile(inPath),
+		  mEncoder(*this, inPath, inFormat)
 	{
-		return inIsLarge ? SF_FORMAT_RF64 : inIsMarked ? SF_FORMAT_WAVEX : SF_FORMAT_WAV;
 	}
-	return inContainer == OutputContainer::kAiff   ? SF_FORMAT_AIFF
-		   : inContainer == OutputContainer::kFlac ? SF_FORMAT_FLAC
-												   : SF_FORMAT_CAF;
-}
 
-SF_INFO MakeFormat(std::filesystem::path const& inPath, OutputFormat const& inFormat, int inSampleRate,
-	zorvmediatypes::AudioChannelLayout const& inLayout, std::int64_t inFrames)
-{
-	auto const channels = static_cast<std::int64_t>(inLayout.size());
-	bool const isLarge = inFrames * channels * GetSampleSize(inFormat.mSamples) > kLargestData;
-	if (inFormat.mContainer == OutputContainer::kFlac && inFormat.mSamples == OutputSamples::kFloat32)
+	std::int64_t Write(void const* inBytes, std::int64_t inCount) override
 	{
-		RefuseToWrite(inPath, "FLAC cannot hold floats; choose 16 or 24 bits, or WAV");
+		return mFile.Write(inBytes, inCount);
 	}
-	if (inFormat.mContainer == OutputContainer::kFlac && channels > 8)
-	{
-		RefuseToWrite(
-			inPath, "FLAC holds at most 8 channels, not " + std::to_string(channels) + "; choose WAV or CAF");
-	}
-	if (inFormat.mContainer == OutputContainer::kAiff && isLarge)
-	{
-		RefuseToWrite(inPath, "AIFF holds at most 4 GB; choose WAV or CAF");
-	}
-	SF_INFO info{};
-	info.samplerate = inSampleRate;
-	info.channels = static_cast<int>(channels);
-	info.format = GetSampleFormat(inFormat.mSamples) |
-				  GetContainerFormat(inFormat.mContainer, isLarge,
-					  inLayout == zorvmediatypes::Create51ChannelLayout() || IsField(inLayout));
-	if (sf_format_check(&info) == SF_FALSE)
-	{
-		RefuseToWrite(inPath, GetName(inFormat.mContainer) + " cannot hold " + std::to_string(channels) +
-								  " channels of " + GetName(inFormat.mSamples) + " at " +
-								  std::to_string(inSampleRate) + " Hz; choose another format");
-	}
-	return info;
-}
+	std::int64_t Read(void* outBytes, std::int64_t inCount) override { return mFile.Read(outBytes, inCount); }
+	std::int64_t Seek(std::int64_t inOffset, int inOrigin) override { return mFile.Seek(inOffset, inOrigin); }
+	std::int64_t Tell() override { return mFile.Tell(); }
+	std::int64_t GetLength() override { return mFile.GetLength(); }
+	void CheckWritten() override { mFile.CheckWritten(); }
 
-SF_VIRTUAL_IO GetCallbacks()
-{
-	SF_VIRTUAL_IO callbacks{};
-	callbacks.get_filelen = [](void* inFile) -> sf_count_t
-	{ return static_cast<OutputFile*>(inFile)->GetLength(); };
-	callbacks.seek = [](sf_count_t inOffset, int inOrigin, void* inFile) -> sf_count_t
-	{ return static_cast<OutputFile*>(inFile)->Seek(inOffset, inOrigin); };
-	callbacks.read = [](void* outBytes, sf_count_t inCount, void* inFile) -> sf_count_t
-	{ return static_cast<OutputFile*>(inFile)->Read(outBytes, inCount); };
-	callbacks.write = [](void const* inBytes, sf_count_t inCount, void* inFile) -> sf_count_t
-	{ return static_cast<OutputFile*>(inFile)->Write(inBytes, inCount); };
-	callbacks.tell = [](void* inFile) -> sf_count_t { return static_cast<OutputFile*>(inFile)->Tell(); };
-	return callbacks;
-}
-
-// The extension as EBU Tech 3285 lays it out, version 1, everything empty but the time reference. libsndfile's own
-// way to make it would add its name and version.
-void AddBroadcastExtension(SNDFILE* ioFile, std::int64_t inTimeReference)
-{
-	constexpr std::size_t kReferenceOffset = 338;
-	constexpr std::size_t kReferenceBytes = 8;
-	constexpr std::size_t kVersionOffset = kReferenceOffset + kReferenceBytes;
-	std::array<unsigned char, 602> bytes{};
-	for (std::size_t i = 0; i < kReferenceBytes; ++i)
-	{
-		bytes[kReferenceOffset + i] =
-			static_cast<unsigned char>(static_cast<std::uint64_t>(inTimeReference) >> (8 * i));
-	}
-	bytes[kVersionOffset] = 1;
-	SF_CHUNK_INFO chunk{};
-	std::copy_n("bext", 4, chunk.id);
-	chunk.id_size = 4;
-	chunk.datalen = static_cast<unsigned>(bytes.size());
-	chunk.data = bytes.data();
-	sf_set_chunk(ioFile, &chunk);
-}
-
-} // namespace
-
-// libsndfile's handle.
-struct AudioFileWriter::Encoder
-{
-	struct Closer
-	{
-		void operator()(SNDFILE* inFile) const { sf_close(inFile); }
-	};
-
-	std::unique_ptr<SNDFILE, Closer> mHandle;
+	OutputFile mFile;
+	AudioEncoder mEncoder;
+	bool mIsComplete = false;
 };
 
 AudioFileWriter::AudioFileWriter(std::filesystem::path const& inPath, OutputFormat const& inFormat,
 	int inSampleRate, zorvmediatypes::AudioChannelLayout const& inLayout, std::int64_t inFrames,
 	std::optional<std::int64_t> inTimeReference)
-	: mFile(inPath),
-	  mChannels(static_cast<unsigned>(inLayout.size())),
-	  mEncoder(std::make_unique<Encoder>())
+	: mEncoding(std::make_unique<Encoding>(
+		  inPath, EncoderFormat{inFormat, inSampleRate, inLayout, inFrames, inTimeReference}))
 {
-	SF_INFO info = MakeFormat(inPath, inFormat, inSampleRate, inLayout, inFrames);
-	SF_VIRTUAL_IO callbacks = GetCallbacks();
-	SNDFILE* const file = sf_open_virtual(&callbacks, SFM_WRITE, &info, &mFile);
-	mEncoder->mHandle.reset(file);
-	mFile.CheckWritten();
-	if (!file)
-	{
-		RefuseToWrite(inPath, sf_strerror(nullptr));
-	}
-	// The chunk of peaks holds the time of writing.
-	sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-	if (inLayout == zorvmediatypes::Create51ChannelLayout())
-	{
-		std::array<int, 6> map{SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER,
-			SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT};
-		sf_command(file, SFC_SET_CHANNEL_MAP_INFO, map.data(), sizeof map);
-	}
-
-	if (IsField(inLayout) && inFormat.mContainer == OutputContainer::kWav)
-	{
-		sf_command(file, SFC_WAVEX_SET_AMBISONIC, nullptr, SF_AMBISONIC_B_FORMAT);
-		mOrder = {0, 3, 1, 2};
-		mGains = {std::numbers::sqrt2_v<float> / 2.0f, 1.0f, 1.0f, 1.0f};
-	}
-
-	if (inTimeReference && inFormat.mContainer == OutputContainer::kWav)
-	{
-		AddBroadcastExtension(file, *inTimeReference);
-	}
-
-	std::size_t const pieceSamples = std::size_t{kPieceFrames} * mChannels;
-	if (int const bits = GetIntegerBits(inFormat.mSamples); bits > 0)
-	{
-		for (unsigned channel = 0; channel < mChannels; ++channel)
-		{
-			mQuantizers.emplace_back(bits, inFormat.mDither, channel);
-		}
-		mIntegerShift = 32 - bits;
-		mIntegers.resize(pieceSamples);
-	}
-	else
-	{
-		mFloats.resize(pieceSamples);
-	}
 }
 
 AudioFileWriter::~AudioFileWriter() = default;
 
 void AudioFileWriter::Write(dsp::AudioBuffer const& inBuffer)
 {
-	for (unsigned first = 0; first < inBuffer.GetUseSize(); first += kPieceFrames)
-	{
-		WritePiece(inBuffer, first, std::min(kPieceFrames, inBuffer.GetUseSize() - first));
-	}
-	mFile.CheckWritten();
-}
-
-void AudioFileWriter::WritePiece(dsp::AudioBuffer const& inBuffer, unsigned inFirst, unsigned inFrames)
-{
-	for (unsigned channel = 0; channel < mChannels; ++channel)
-	{
-		unsigned const source = mOrder.empty() ? channel : mOrder[channel];
-		float const gain = mGains.empty() ? 1.0f : mGains[channel];
-		bool const isSilent = inBuffer.IsChannelSilent(source);
-		float const* const samples = isSilent ? nullptr : inBuffer.GetChannel(source) + inFirst;
-		std::size_t out = channel;
-		for (unsigned i = 0; i < inFrames; ++i, out += mChannels)
-		{
-			float const sample = samples ? samples[i] * gain : 0.0f;
-			if (mQuantizers.empty())
-			{
-				mFloats[out] = sample;
-			}
-			else
-			{
-				// libsndfile takes the upper bits of an integer.
-				mIntegers[out] = mQuantizers[channel].Quantize(sample) * (1 << mIntegerShift);
-			}
-		}
-	}
-	SNDFILE* const file = mEncoder->mHandle.get();
-	sf_count_t const written = mQuantizers.empty() ? sf_writef_float(file, mFloats.data(), inFrames)
-												   : sf_writef_int(file, mIntegers.data(), inFrames);
-	mFile.CheckWritten();
-	if (written != static_cast<sf_count_t>(inFrames))
-	{
-		RefuseOutput("cannot write " + QuotePath(mFile.GetPath()) + ": " + sf_strerror(file));
-	}
-	mFrames += inFrames;
+	mEncoding->mEncoder.Write(inBuffer);
 }
 
 void AudioFileWriter::Complete()
 {
-	if (!mEncoder->mHandle)
+	if (mEncoding->mIsComplete)
 	{
 		return;
 	}
-	// Closing writes the header and what the encoder still holds.
-	int const result = sf_close(mEncoder->mHandle.release());
-	mFile.CheckWritten();
-	if (result != 0)
-	{
-		RefuseOutput("cannot finish " + QuotePath(mFile.GetPath()) + ": " + sf_error_number(result));
-	}
-	mFile.Close();
+	mEncoding->mIsComplete = true;
+	mEncoding->mEncoder.Complete();
+	mEncoding->mFile.Close();
 }
 
 void AudioFileWriter::Finish(bool inReplaces)
 {
 	Complete();
-	mFile.Commit(inReplaces);
+	mEncoding->mFile.Commit(inReplaces);
+}
+
+std::int64_t AudioFileWriter::GetFrames() const
+{
+	return mEncoding->mEncoder.GetFrames();
 }
 
 std::int64_t AudioFileWriter::GetClippedSamples() const
 {
-	std::int64_t count = 0;
-	for (SampleQuantizer const& quantizer : mQuantizers)
-	{
-		count += quantizer.GetClippedSamples();
-	}
-	return count;
+	return mEncoding->mEncoder.GetClippedSamples();
 }
 
 } // namespace SonaroHost

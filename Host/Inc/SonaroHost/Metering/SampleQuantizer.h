@@ -20,6 +20,9 @@ class SampleQuantizer
 public:
 	SampleQuantizer(int inBits, Dither inDither, unsigned inChannel);
 
+	// Goes on as if so many samples had gone before, in a file whose bytes are asked for from its middle.
+	void SkipTo(std::int64_t inSample);
+
 	// The sample as an integer of so many bits.
 	int Quantize(float inSample);
 
@@ -31,6 +34,7 @@ private:
 
 	double mScale;
 	Dither mDither;
+	std::uint64_t mFirstState;
 	std::uint64_t mRandomState;
 	std::int64_t mClippedSamples = 0;
 };

@@ -1,15 +1,12 @@
 #pragma once
 
 #include "SonaroHost/Base/OutputFormat.h"
-#include "SonaroHost/Files/OutputFile.h"
-#include "SonaroHost/Metering/SampleQuantizer.h"
 #include "zorvmediatypes/AudioChannelDescription.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace dsp
 {
@@ -24,8 +21,7 @@ namespace SonaroHost
 //
 // Integers  Rounded by SampleQuantizer. Floats go in bit for bit.
 // Size      A WAV beyond 4 GB becomes an RF64, its 64-bit form; an AIFF beyond is refused at the start.
-// Layout    5.1 is marked as such. A sound field in a WAV is marked as B-format, which has FuMa's order W, X, Y and Z and W
-//           3 dB softer; elsewhere it is written as it is. Other layouts of more than two channels have no marks.
+// Layout    5.1 is marked as such; other layouts of more than two channels have no marks.
 class AudioFileWriter
 {
 public:
@@ -47,27 +43,14 @@ public:
 	// Completes the file and gives it its name, as OutputFile::Commit does.
 	void Finish(bool inReplaces = true);
 
-	std::int64_t GetFrames() const { return mFrames; }
+	std::int64_t GetFrames() const;
 	// How many samples of all channels were clipped; 0 for floats.
 	std::int64_t GetClippedSamples() const;
 
 private:
-	struct Encoder;
+	struct Encoding;
 
-	void WritePiece(dsp::AudioBuffer const& inBuffer, unsigned inFirst, unsigned inFrames);
-
-	OutputFile mFile;
-	unsigned mChannels;
-	std::int64_t mFrames = 0;
-	std::unique_ptr<Encoder> mEncoder;
-	// One for each channel; none for floats.
-	std::vector<SampleQuantizer> mQuantizers;
-	int mIntegerShift = 0;
-	// The channel of the layout at each place in a frame, and its gain; none where nothing is to be changed.
-	std::vector<unsigned> mOrder;
-	std::vector<float> mGains;
-	std::vector<int> mIntegers;
-	std::vector<float> mFloats;
+	std::unique_ptr<Encoding> mEncoding;
 };
 
 } // namespace SonaroHost
