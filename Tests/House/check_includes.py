@@ -55,6 +55,7 @@ HOST = {
     "Picture": "Base Files Engine Media Waveform Sequence Otio OtioSequence",
     "Render": "Base Files Engine Automation Binaural Metering Effects Offline Media Waveform Sequence Graph Otio OtioSequence Picture",
     "Playback": "Base Files Engine Automation Metering Media Sequence Render",
+    "Serve": "Base Files Engine Metering Media Waveform Sequence Otio OtioSequence Render",
 }
 
 # The rooms of the program, below Host/Command, and which of them each uses. The host is below all.
