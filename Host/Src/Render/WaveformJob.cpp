@@ -23,6 +23,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace SonaroHost
@@ -265,6 +266,8 @@ bool WaveformJob::Compute(ProgressCallback const& inProgress, std::stop_token co
 void WaveformJob::Write(OutputFile& ioFile) const
 {
 	auto const width = static_cast<unsigned>(mColumns);
+	auto const write = [&ioFile](std::string_view inBytes)
+	{ ioFile.Write(inBytes.data(), static_cast<std::int64_t>(inBytes.size())); };
 	switch (mRequest.mFormat)
 	{
 	case WaveformFormat::kPng:
@@ -274,10 +277,10 @@ void WaveformJob::Write(OutputFile& ioFile) const
 		WriteWaveformSvg(mWaveform, mRequest.mStyle, width, ioFile);
 		break;
 	case WaveformFormat::kJson:
-		WriteWaveformJson(mWaveform, mRequest.mBits, ioFile);
+		WriteWaveformJson(mWaveform, mRequest.mBits, write);
 		break;
 	case WaveformFormat::kDat:
-		WriteWaveformDat(mWaveform, mRequest.mBits, ioFile);
+		WriteWaveformDat(mWaveform, mRequest.mBits, write);
 		break;
 	}
 }

@@ -180,6 +180,12 @@ std::shared_ptr<MixFile const> ServedTimeline::OpenWave(
 	return mFiles.emplace(inChoice, std::move(file)).first->second;
 }
 
+void ServedTimeline::Hear(TrackChoice const& inChoice, ProgrammeRange const& inRange,
+	MixFile::Clock::time_point inDeadline, std::function<void(dsp::AudioBuffer const& inBlock)> const& inSink)
+{
+	mPool->Render(ListLeftOut(inChoice), inRange, inDeadline, inSink);
+}
+
 std::unique_ptr<MixStream> ServedTimeline::OpenFlac(
 	TrackChoice const& inChoice, ProgrammeRange const& inRange)
 {

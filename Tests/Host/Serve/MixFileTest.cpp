@@ -8,6 +8,7 @@
 #include "SonaroHost/Render/AudioFileWriter.h"
 #include "SonaroHost/Render/TimelineProgramme.h"
 #include "SonaroHost/Render/TimelineRenderJob.h"
+#include "SonaroHost/Serve/PeakStore.h"
 #include "SonaroHost/Serve/ServedTimeline.h"
 #include "SonaroHost/Serve/TooBusyError.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -279,6 +280,44 @@ TEST_F(MixFiles, WhoWaitsForAGraphGivesUpAtTheDeadline)
 	mayGoOn.set_value();
 	other.join();
 	pool.Render({}, {0, 10}, Soon(), ignore);
+}
+
+TEST_F(MixFiles, PeaksAreKeptAndBelongToAState)
+{
+	WriteTimeline("stereo");
+	auto const timeline = std::make_shared<ServedTimeline>(MakeRequest());
+	auto const file = timeline->OpenWave({{}, {1}}, Soon());
+	PeakStore store(mFolder / "cache");
+	auto const peaks = store.Get(timeline, {{}, {1}}, Soon());
+	ASSERT_EQ(peaks->mChannels.size(), 2u);
+	std::int64_t const frames = timeline->GetSequence().mFrames;
+	EXPECT_EQ(peaks->GetNumColumns(), static_cast<std::size_t>((frames + 255) / 256));
+	// Those of the bytes that are served.
+	std::int64_t const samples = frames * 2;
+	std::string const bytes = ReadRange(*file, file->GetLength() - samples * 4, file->GetLength());
+	std::vector<float> sound(static_cast<std::size_t>(samples));
+	std::memcpy(sound.data(), bytes.data(), bytes.size());
+	for (std::size_t column : {std::size_t{0}, std::size_t{90}, peaks->GetNumColumns() - 1})
+	{
+		float highest = -2.0f;
+		for (std::size_t i = column * 512; i < std::min(column * 512 + 512, sound.size()); i += 2)
+		{
+			highest = std::max(highest, sound[i]);
+		}
+		EXPECT_EQ(peaks->GetColumn(0, column).mMaximum, highest) << column;
+	}
+	// Another store reads them from the disk, to the step of 16 bits, and gives the same bytes.
+	EXPECT_EQ(
+		MakePeakDat(*PeakStore(mFolder / "cache").Get(timeline, {{}, {1}}, Soon())), MakePeakDat(*peaks));
+	Waveform const reduced = Reduce(*peaks, 4);
+	EXPECT_EQ(reduced.mSamplesPerColumn, 1024);
+	EXPECT_EQ(reduced.GetColumn(1, 3).mMinimum,
+		std::min({peaks->GetColumn(1, 12).mMinimum, peaks->GetColumn(1, 13).mMinimum,
+			peaks->GetColumn(1, 14).mMinimum, peaks->GetColumn(1, 15).mMinimum}));
+	// A file that is damaged is computed again.
+	WriteBytes(mFolder.Get() / "cache" / (file->GetTag() + ".dat"), "damaged");
+	EXPECT_EQ(
+		MakePeakDat(*PeakStore(mFolder / "cache").Get(timeline, {{}, {1}}, Soon())), MakePeakDat(*peaks));
 }
 
 TEST(FileFrames, SmallFilesHaveTheBytesOfTheWriter)

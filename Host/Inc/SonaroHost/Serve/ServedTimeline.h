@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -15,6 +16,11 @@
 #include <set>
 #include <string>
 #include <vector>
+
+namespace dsp
+{
+class AudioBuffer;
+}
 
 namespace SonaroHost::Serve
 {
@@ -76,6 +82,11 @@ public:
 		TrackChoice const& inChoice, MixFile::Clock::time_point inDeadline);
 	// The range, at most to the end. Throws the same, and one for a layout that FLAC cannot hold.
 	std::unique_ptr<MixStream> OpenFlac(TrackChoice const& inChoice, ProgrammeRange const& inRange);
+
+	// The samples of the range, some at a time. Throws the same.
+	void Hear(TrackChoice const& inChoice, ProgrammeRange const& inRange,
+		MixFile::Clock::time_point inDeadline,
+		std::function<void(dsp::AudioBuffer const& inBlock)> const& inSink);
 
 private:
 	// The timeline with all that graphs need of it.
