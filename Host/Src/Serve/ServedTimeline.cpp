@@ -80,8 +80,9 @@ ServedTimeline::ServedTimeline(ServeRequest inRequest)
 	programme.mOpenForGraph = [content = mContent] { return content->mInput.GetMedia().OpenForGraph(); };
 	auto const warmUp =
 		static_cast<std::int64_t>(std::llround(mRequest.mWarmUpSeconds * programme.mSampleRate));
+	// One more, since waveforms are computed at a low priority and may keep theirs for long.
 	mPool = std::make_shared<GraphPool>(
-		std::move(programme), GraphPool::Limits{std::max(mRequest.mMostGraphs, 1u), warmUp});
+		std::move(programme), GraphPool::Limits{std::max(mRequest.mMostGraphs, 1u) + 1, warmUp});
 }
 
 ServedTimeline::~ServedTimeline() = default;
