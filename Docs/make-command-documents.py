@@ -21,6 +21,7 @@ VALUES = {
     "graph --format": "svg png dot",
     "render --bits": "16 24 32f",
     "waveform --bits": "8 16",
+    "serve --bits": "16 24 32f",
     "--dither": "tpdf none",
     "--mixdown": "front front-rear front-lfe all",
     "--stems": "track marker",
@@ -31,7 +32,7 @@ VALUES = {
     "--stretch": "scaler omega rubberband",
     "--layout": "mono stereo 5.1 ambisonic1",
 }
-FOLDERS = {"--media"}
+FOLDERS = {"--media", "--cache"}
 
 
 class Option:

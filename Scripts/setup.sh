@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(g++ cmake ninja-build ccache pkg-config
 	libboost-dev libxxhash-dev libcairo2-dev libsndfile1-dev libzip-dev libgraphviz-dev libutf8proc-dev libpango1.0-dev
 	libavcodec-dev libavformat-dev libavutil-dev libswresample-dev
-	liblilv-dev lv2-dev portaudio19-dev libncurses-dev
+	liblilv-dev lv2-dev portaudio19-dev libncurses-dev libcpp-httplib-dev
 	libmysofa-dev libeigen3-dev
 	nlohmann-json3-dev libcli11-dev)
 if [ "${1:-build}" = test ]; then

@@ -87,6 +87,8 @@ std::unique_ptr<Command> MakeLoudnessCommand(CLI::App& ioProgram);
 std::unique_ptr<Command> MakePlayCommand(CLI::App& ioProgram);
 // "sonaro render INPUT ... -o OUTPUT": renders sound files as the clips of a track, or a timeline.
 std::unique_ptr<Command> MakeRenderCommand(CLI::App& ioProgram);
+// "sonaro serve INPUT": serves a timeline to browsers.
+std::unique_ptr<Command> MakeServeCommand(CLI::App& ioProgram);
 // "sonaro waveform INPUT -o OUTPUT": draws the waveform of a sound file or a timeline, or writes it for other programs.
 std::unique_ptr<Command> MakeWaveformCommand(CLI::App& ioProgram);
 

@@ -88,6 +88,15 @@ std::string DescribeDevices()
 							 : "played on by " + libraries;
 }
 
+std::string DescribeServing()
+{
+#ifdef SONARO_HTTPLIB_VERSION
+	return "by cpp-httplib " SONARO_HTTPLIB_VERSION;
+#else
+	return "not built in; cpp-httplib is needed with SONARO_WITH_SERVE, from libcpp-httplib-dev";
+#endif
+}
+
 // The version, and what of the optional parts was built in.
 std::string DescribeVersion()
 {
@@ -100,7 +109,7 @@ std::string DescribeVersion()
 					 "needs libavformat-dev, libavcodec-dev and libswresample-dev"
 				   : "read by " + libraries) +
 		   "\neffects: " + DescribeEffects() + "\nsound devices: " + DescribeDevices() +
-		   "\nlisteners: " + DescribeListeners() +
+		   "\nserving: " + DescribeServing() + "\nlisteners: " + DescribeListeners() +
 		   (hasRubberBand ? "\nstretching: by the Rubber Band Library as well (GPL)" : "");
 }
 
@@ -168,7 +177,7 @@ int main(int inCount, char** inArguments)
 
 	std::unique_ptr<Command> const commands[] = {MakeRenderCommand(program), MakePlayCommand(program),
 		MakeWaveformCommand(program), MakeLoudnessCommand(program), MakeInfoCommand(program),
-		MakeGraphCommand(program), MakeEffectsCommand(program)};
+		MakeGraphCommand(program), MakeEffectsCommand(program), MakeServeCommand(program)};
 	try
 	{
 		program.parse(inCount, inArguments);

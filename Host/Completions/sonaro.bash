@@ -36,6 +36,11 @@ _sonaro()
 	"graph --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
 	"graph --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"graph --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	"serve --cache") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"serve --bits") COMPREPLY=($(compgen -W "16 24 32f" -- "$word")); return ;;
+	"serve --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"serve --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	"serve --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
 	esac
 	case "$word" in
 	-*)
@@ -47,6 +52,7 @@ _sonaro()
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;
 		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --all --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --media --fades --quiet" -- "$word")) ;;
 		effects) COMPREPLY=($(compgen -W "-h --help --class --all --json" -- "$word")) ;;
+		serve) COMPREPLY=($(compgen -W "-h --help --port --bind --token --cache --bits --jobs --warm-up --media --fades --keep-pitch --stretch --quiet --json" -- "$word")) ;;
 		esac
 		;;
 	*)

@@ -65,6 +65,7 @@ COMMAND = {
     "Report": "Terminal Options",
     "Play": "Terminal Options Report",
     "Page": "Terminal Options Report",
+    "Serve": "Terminal Report",
 }
 
 # Above everything.

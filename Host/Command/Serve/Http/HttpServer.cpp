@@ -1,0 +1,150 @@
+#include "HttpServer.h"
+
+#include "Connection.h"
+#include "SonaroHost/Base/HostError.h"
+
+#include <sys/socket.h>
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace SonaroCommand::Serve
+{
+
+namespace
+{
+
+constexpr std::size_t kMostConnections = 64;
+constexpr std::size_t kMostWaiting = 128;
+constexpr int kBacklog = 128;
+constexpr int kMostRequestsPerConnection = 1000;
+
+// A thread for each connection up to a limit. Beyond it connections wait, and beyond another the server accepts none.
+class ConnectionQueue final : public httplib::TaskQueue
+{
+public:
+	void enqueue(std::function<void()> inTask) override
+	{
+		std::unique_lock lock(mMutex);
+		mChanged.wait(lock, [this] { return mTasks.size() < kMostWaiting || mIsEnding; });
+		mTasks.push_back(std::move(inTask));
+		if (mTasks.size() > mIdle && mThreads.size() < kMostConnections)
+		{
+			mThreads.emplace_back([this] { Work(); });
+		}
+		mChanged.notify_all();
+	}
+
+	void shutdown() override
+	{
+		{
+			std::lock_guard const lock(mMutex);
+			mIsEnding = true;
+			mChanged.notify_all();
+		}
+		for (std::thread& thread : mThreads)
+		{
+			thread.join();
+		}
+	}
+
+private:
+	void Work()
+	{
+		std::unique_lock lock(mMutex);
+		while (true)
+		{
+			++mIdle;
+			mChanged.wait(lock, [this] { return !mTasks.empty() || mIsEnding; });
+			--mIdle;
+			if (mTasks.empty())
+			{
+				return;
+			}
+			std::function<void()> const task = std::move(mTasks.front());
+			mTasks.pop_front();
+			mChanged.notify_all();
+			lock.unlock();
+			task();
+			lock.lock();
+		}
+	}
+
+	std::mutex mMutex;
+	std::condition_variable mChanged;
+	std::deque<std::function<void()>> mTasks;
+	std::vector<std::thread> mThreads;
+	std::size_t mIdle = 0;
+	bool mIsEnding = false;
+};
+
+} // namespace
+
+HttpServer::HttpServer()
+{
+	new_task_queue = [] { return new ConnectionQueue; };
+	set_payload_max_length(Connection::kMostBodyBytes);
+	set_keep_alive_max_count(kMostRequestsPerConnection);
+	set_tcp_nodelay(true);
+	// The library's own would let another process listen on the same port.
+	set_socket_options(
+		[](socket_t inSocket)
+		{
+			int const isOn = 1;
+			::setsockopt(inSocket, SOL_SOCKET, SO_REUSEADDR, &isOn, sizeof isOn);
+		});
+}
+
+int HttpServer::Bind(std::string const& inHost, int inPort)
+{
+	int const port = inPort == 0 ? bind_to_any_port(inHost) : bind_to_port(inHost, inPort) ? inPort : -1;
+	if (port <= 0)
+	{
+		SonaroHost::RefuseOutput(
+			"cannot listen on port " + std::to_string(inPort) + " of '" + inHost +
+			"': it is in use, or this machine does not have that address; choose another "
+			"--port or --bind");
+	}
+	// More clients may knock at once than the library expects.
+	::listen(svr_sock_, kBacklog);
+	return port;
+}
+
+void HttpServer::Serve()
+{
+	listen_after_bind();
+}
+
+void HttpServer::Stop()
+{
+	mIsEnding = true;
+	stop();
+}
+
+bool HttpServer::process_and_close_socket(socket_t inSocket)
+{
+	Connection connection(inSocket, mIsEnding);
+	for (int left = kMostRequestsPerConnection; left > 0 && connection.ReadHead(); --left)
+	{
+		bool isClosed = false;
+		auto const setRange = [&](httplib::Request& ioRequest)
+		{
+			ioRequest.headers.erase(kRangeHeader);
+			ioRequest.headers.emplace(kRangeHeader, connection.GetRange());
+		};
+		// A request with content is the last, so that none of it is taken for another request.
+		bool const isLast = left == 1 || connection.HasContent();
+		if (!process_request(connection, isLast, isClosed, setRange) || isClosed || isLast)
+		{
+			break;
+		}
+	}
+	return true;
+}
+
+} // namespace SonaroCommand::Serve

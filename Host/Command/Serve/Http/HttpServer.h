@@ -1,0 +1,34 @@
+#pragma once
+
+#include <httplib.h>
+
+#include <atomic>
+#include <string>
+
+namespace SonaroCommand::Serve
+{
+
+// The library's server on connections that keep their limits. A request has its Range as the header kRangeHeader, which no
+// client can set.
+class HttpServer final : public httplib::Server
+{
+public:
+	static constexpr char const* kRangeHeader = "Sonaro-Range";
+
+	HttpServer();
+
+	// Returns the port; inPort 0 for any that is free. Throws a HostError.
+	int Bind(std::string const& inHost, int inPort);
+	// Serves until Stop, and returns once all connections have ended.
+	void Serve();
+	// Any thread.
+	void Stop();
+	std::atomic<bool> const& IsEnding() const { return mIsEnding; }
+
+private:
+	bool process_and_close_socket(socket_t inSocket) override;
+
+	std::atomic<bool> mIsEnding = false;
+};
+
+} // namespace SonaroCommand::Serve

@@ -1,0 +1,300 @@
+// The page: what its parts show and do.
+
+import { Comments } from "./comments.js";
+import { Player } from "./player.js";
+import { fetchPatiently, Timeline } from "./timeline.js";
+import { LOUDNESS_HEIGHT, RULER_HEIGHT, View } from "./view.js";
+
+const find = (id) => document.getElementById(id);
+const player = new Player();
+const view = new View(find("canvas"), find("scroller"), find("spacer"));
+let timeline = null;
+const muted = new Set();
+const soloed = new Set();
+let chosen = 1;
+let loopEdges = { start: null, end: null };
+
+function showProblem(text) {
+	find("problem").textContent = text;
+	find("problem").hidden = !text;
+}
+
+const comments = new Comments(find("comments"), {
+	format: (sample) => timeline.format(sample),
+	seek: (sample) => player.seek(sample),
+	problem: showProblem,
+});
+
+function makeQuery() {
+	const lists = [
+		["mute", muted],
+		["solo", soloed],
+	].filter(([, tracks]) => tracks.size > 0);
+	return lists.length ? "?" + lists.map(([name, tracks]) => `${name}=${[...tracks].sort((a, b) => a - b).join(",")}`).join("&") : "";
+}
+
+function toggle(tracks, number) {
+	if (!tracks.delete(number)) {
+		tracks.add(number);
+	}
+	showHeads();
+	player.setQuery(makeQuery());
+}
+
+function makeHead(track) {
+	const head = document.createElement("div");
+	head.className = "head" + (track.number === chosen ? " chosen" : "");
+	head.setAttribute("role", "group");
+	head.setAttribute("aria-label", "Track " + track.number + ", " + track.track);
+	head.style.height = view.rowHeight() + "px";
+	const label = document.createElement("span");
+	label.className = "label" + (track.isHeard ? "" : " silent");
+	label.textContent = track.track;
+	label.title = track.track + (track.isHeard ? "" : ": " + (track.reason ?? "not heard"));
+	const button = (text, name, tracks) => {
+		const element = document.createElement("button");
+		element.textContent = text;
+		element.setAttribute("aria-label", `${name} ${track.track}`);
+		element.setAttribute("aria-pressed", String(tracks.has(track.number)));
+		element.dataset.track = track.number;
+		element.dataset.action = name.toLowerCase();
+		element.disabled = !track.isHeard;
+		element.addEventListener("click", () => toggle(tracks, track.number));
+		return element;
+	};
+	head.append(label, button("M", "Mute", muted), button("S", "Solo", soloed));
+	head.addEventListener("pointerdown", () => choose(track.number));
+	return head;
+}
+
+function choose(number) {
+	chosen = Math.max(1, Math.min(number, timeline.tracks.length));
+	[...find("heads").querySelectorAll(".head[role]")].forEach((head, index) => head.classList.toggle("chosen", index + 1 === chosen));
+}
+
+function showHeads() {
+	const focused = document.activeElement?.dataset?.track ? { ...document.activeElement.dataset } : null;
+	const gap = (height, text) => {
+		const element = document.createElement("div");
+		element.className = "head";
+		element.style.height = height + "px";
+		const label = document.createElement("span");
+		label.className = "label silent";
+		label.textContent = text;
+		element.append(label);
+		return element;
+	};
+	find("heads").replaceChildren(gap(RULER_HEIGHT, ""), ...timeline.tracks.map(makeHead), gap(LOUDNESS_HEIGHT, "Loudness of the mix"));
+	if (focused) {
+		find("heads").querySelector(`[data-track="${focused.track}"][data-action="${focused.action}"]`)?.focus();
+	}
+}
+
+function showList(id, entries) {
+	find(id).replaceChildren(
+		...entries.map(({ sample, text }) => {
+			const row = document.createElement("li");
+			const label = document.createElement("span");
+			label.className = "text";
+			label.textContent = text;
+			if (sample !== undefined) {
+				const button = document.createElement("button");
+				button.textContent = timeline.format(sample);
+				button.setAttribute("aria-label", `Go to ${timeline.format(sample)}: ${text}`);
+				button.addEventListener("click", () => player.seek(sample));
+				row.append(button);
+			}
+			row.append(label);
+			return row;
+		}),
+	);
+}
+
+function showLists() {
+	const { json } = timeline;
+	showList("markers", json.markers.map((marker) => ({ sample: marker.firstSample, text: marker.name })));
+	showList("clips", json.clips.map((clip) => ({
+		sample: clip.firstSample,
+		text: `${clip.name} on ${clip.track}` + (clip.status === "heard" ? "" : `: ${clip.status}${clip.reason ? ", " + clip.reason : ""}`),
+	})));
+	const notes = json.notes.map((note) => ({ text: note.text ?? JSON.stringify(note) }));
+	if (!json.wave.isExactAnywhere) {
+		notes.unshift({ text: `After a seek, ${json.wave.warmUpSeconds} seconds are rendered first, since ${json.wave.whyNot}.` });
+	}
+	showList("notes", notes);
+	find("notes-box").hidden = notes.length === 0;
+}
+
+async function loadTimeline() {
+	timeline = await Timeline.load();
+	find("name").textContent = timeline.json.file;
+	document.title = timeline.json.file + " - Sonaro";
+	find("canvas").setAttribute("aria-valuemax", String(timeline.samples));
+	for (const tracks of [muted, soloed]) {
+		[...tracks].filter((number) => number > timeline.tracks.length).forEach((number) => tracks.delete(number));
+	}
+	player.query = makeQuery();
+	player.setTimeline(timeline);
+	view.setTimeline(timeline);
+	showHeads();
+	showLists();
+	showProblem(timeline.json.problem ?? "");
+	loadLoudness(timeline.tag);
+}
+
+async function loadLoudness(tag) {
+	const response = await fetchPatiently("loudness.json");
+	if (response.ok && timeline.tag === tag) {
+		view.loudness = await response.json();
+		const lufs = view.loudness.integratedLufs;
+		find("status").textContent = lufs === null ? "" : `Integrated loudness of the mix: ${lufs.toFixed(1)} LUFS`;
+	}
+}
+
+async function loadComments() {
+	await comments.load();
+	view.comments = comments.all;
+}
+
+function listen() {
+	const events = new EventSource("events");
+	events.addEventListener("reload", () => loadTimeline().catch((error) => showProblem(error.message)));
+	events.addEventListener("hello", (event) => timeline && JSON.parse(event.data).tag !== timeline.tag && loadTimeline());
+	events.addEventListener("problem", (event) => showProblem(JSON.parse(event.data).error));
+	events.addEventListener("comments", () => loadComments().catch((error) => showProblem(error.message)));
+	events.addEventListener("progress", (event) => {
+		find("status").textContent = `Measuring the loudness: ${JSON.parse(event.data).percent} %`;
+	});
+}
+
+function setEdge(name) {
+	loopEdges[name] = player.position;
+	applyLoop(true);
+}
+
+function applyLoop(isOn) {
+	const start = loopEdges.start ?? 0;
+	const end = loopEdges.end ?? timeline.samples;
+	const loop = isOn && end - start >= timeline.rate / 20 ? { start, end } : null;
+	player.setLoop(loop);
+	view.loop = loop;
+	find("loop").setAttribute("aria-pressed", String(Boolean(loop)));
+}
+
+const togglePlay = () => (player.isPlaying ? player.pause() : player.play());
+const step = (seconds) => player.seek(player.position + seconds * timeline.rate);
+const keys = {
+	" ": togglePlay,
+	ArrowLeft: (event) => step(event.shiftKey ? -10 : -1),
+	ArrowRight: (event) => step(event.shiftKey ? 10 : 1),
+	Home: () => player.seek(0),
+	End: () => player.seek(timeline.samples),
+	"[": () => setEdge("start"),
+	"]": () => setEdge("end"),
+	l: () => applyLoop(!player.loop),
+	"+": () => zoom(1.5),
+	"=": () => zoom(1.5),
+	"-": () => zoom(1 / 1.5),
+	0: () => view.setZoom(0),
+	ArrowUp: () => choose(chosen - 1),
+	ArrowDown: () => choose(chosen + 1),
+	m: () => toggle(muted, chosen),
+	s: () => toggle(soloed, chosen),
+	c: () => find("comment-text").focus(),
+};
+
+function zoom(factor, fixed = player.position / timeline.rate * view.pixelsPerSecond) {
+	view.setZoom(view.pixelsPerSecond * factor, fixed);
+}
+
+function onKey(event) {
+	const { tagName, type } = event.target;
+	const isText = tagName === "INPUT" && type !== "checkbox";
+	const isPressed = event.key === " " && ["BUTTON", "SUMMARY", "INPUT", "A"].includes(tagName);
+	const action = keys[event.key.length === 1 ? event.key.toLowerCase() : event.key];
+	if (!timeline || isText || isPressed || event.ctrlKey || event.metaKey || event.altKey || !action) {
+		return;
+	}
+	event.preventDefault();
+	action(event);
+}
+
+function enter() {
+	find("play").addEventListener("click", togglePlay);
+	find("home").addEventListener("click", keys.Home);
+	find("loop").addEventListener("click", keys.l);
+	find("zoom-in").addEventListener("click", keys["+"]);
+	find("zoom-out").addEventListener("click", keys["-"]);
+	find("zoom-all").addEventListener("click", keys[0]);
+	find("volume").addEventListener("input", (event) => player.setVolume((event.target.value / 100) ** 2));
+	find("compressed").addEventListener("change", (event) => {
+		player.isCompressed = event.target.checked;
+		player.takeOver();
+	});
+	find("theme").addEventListener("click", () => {
+		const isDark = getComputedStyle(document.documentElement).colorScheme === "dark";
+		document.documentElement.dataset.theme = isDark ? "light" : "dark";
+		localStorage.setItem("sonaro-theme", document.documentElement.dataset.theme);
+	});
+	find("canvas").addEventListener("click", (event) => player.seek(view.sampleAt(event.offsetX)));
+	find("scroller").addEventListener("wheel", (event) => {
+		if (event.ctrlKey) {
+			event.preventDefault();
+			const x = event.clientX - find("scroller").getBoundingClientRect().left;
+			zoom(event.deltaY < 0 ? 1.25 : 0.8, find("scroller").scrollLeft + x);
+		}
+	}, { passive: false });
+	find("comment-form").addEventListener("submit", (event) => {
+		event.preventDefault();
+		const text = find("comment-text");
+		comments.run(() => comments.add(player.position, text.value)).then(() => {
+			view.comments = comments.all;
+			text.value = "";
+		});
+	});
+	window.addEventListener("keydown", onKey);
+	window.addEventListener("resize", () => timeline && view.resize());
+	player.addEventListener("problem", (event) => showProblem(event.detail));
+	player.addEventListener("change", () => {
+		find("play").textContent = player.isPlaying ? "❚❚" : "▶";
+		find("play").setAttribute("aria-label", player.isPlaying ? "Pause" : "Play");
+		find("play").setAttribute("aria-pressed", String(player.isPlaying));
+		const slider = find("canvas");
+		slider.setAttribute("aria-valuenow", String(player.position));
+		slider.setAttribute("aria-valuetext", timeline.format(player.position));
+	});
+}
+
+function drawAll() {
+	if (timeline) {
+		const position = player.update();
+		if (player.isPlaying) {
+			view.follow(position);
+		}
+		const time = timeline.format(position);
+		find("time").textContent = time;
+		find("comment-time").textContent = time;
+		view.draw(position);
+	}
+	requestAnimationFrame(drawAll);
+}
+
+async function begin() {
+	const theme = localStorage.getItem("sonaro-theme");
+	if (theme) {
+		document.documentElement.dataset.theme = theme;
+	}
+	enter();
+	try {
+		await loadTimeline();
+		await loadComments();
+	} catch (error) {
+		showProblem(error.message);
+	}
+	listen();
+	drawAll();
+}
+
+// For tests and for the curious.
+window.sonaro = { player, view, comments };
+begin();

@@ -1,0 +1,18 @@
+# Writes files as a C++ source, for a program that has to be complete by itself.
+# Usage: cmake -DOUTPUT=out.cpp -DFOLDER=folder -DNAMES=a.html,b.js -P EmbedFiles.cmake
+string(REPLACE "," ";" names "${NAMES}")
+set(text "// Made by EmbedFiles.cmake.\n#include \"Serve/PageFiles.h\"\n\n")
+string(APPEND text "namespace SonaroCommand::Serve\n{\n\nnamespace\n{\n\n")
+set(entries "")
+set(index 0)
+foreach(name ${names})
+	file(READ "${FOLDER}/${name}" bytes HEX)
+	string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," bytes "${bytes}")
+	string(APPEND text "constexpr unsigned char kFile${index}[] = {${bytes}0};\n")
+	string(APPEND entries "\t{\"${name}\", {reinterpret_cast<char const*>(kFile${index}), sizeof kFile${index} - 1}},\n")
+	math(EXPR index "${index} + 1")
+endforeach()
+string(APPEND text "\n} // namespace\n\nstd::vector<PageFile> const& GetPageFiles()\n{\n")
+string(APPEND text "\tstatic std::vector<PageFile> const sFiles{\n${entries}\t};\n\treturn sFiles;\n}\n\n")
+string(APPEND text "} // namespace SonaroCommand::Serve\n")
+file(WRITE "${OUTPUT}" "${text}")
