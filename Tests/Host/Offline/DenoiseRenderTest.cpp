@@ -202,7 +202,7 @@ protected:
 		std::filesystem::path const path = mFolder / "in.wav";
 		WriteSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, {1, 8000, std::vector<float>(100)});
 		std::string header = ReadBytes(path).substr(0, 44);
-		for (int byte = 0; byte < 4; ++byte)
+		for (unsigned byte = 0; byte < 4; ++byte)
 		{
 			header[4 + byte] = static_cast<char>((kBytes + 36) >> (8 * byte));
 			header[40 + byte] = static_cast<char>(kBytes >> (8 * byte));
