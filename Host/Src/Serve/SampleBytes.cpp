@@ -7,14 +7,15 @@
 namespace SonaroHost::Serve
 {
 
-SampleBytes::SampleBytes(OutputFormat const& inFormat, unsigned inChannels, std::int64_t inFirstFrame)
-	: mChannels(inChannels),
-	  mSampleSize(GetSampleSize(inFormat.mSamples))
+SampleBytes::SampleBytes(EncoderFormat const& inFormat, std::int64_t inFirstFrame)
+	: mChannels(static_cast<unsigned>(inFormat.mLayout.size())),
+	  mSampleSize(GetSampleSize(inFormat.mFormat.mSamples)),
+	  mPlaces(FindFramePlaces(inFormat))
 {
-	int const bits = GetIntegerBits(inFormat.mSamples);
-	for (unsigned channel = 0; bits > 0 && channel < inChannels; ++channel)
+	int const bits = GetIntegerBits(inFormat.mFormat.mSamples);
+	for (unsigned channel = 0; bits > 0 && channel < mChannels; ++channel)
 	{
-		mQuantizers.emplace_back(bits, inFormat.mDither, channel).SkipTo(inFirstFrame);
+		mQuantizers.emplace_back(bits, inFormat.mFormat.mDither, channel).SkipTo(inFirstFrame);
 	}
 }
 
@@ -26,11 +27,13 @@ void SampleBytes::Append(dsp::AudioBuffer const& inBlock, std::string& ioBytes)
 	ioBytes.resize(start + frames * mChannels * sampleSize);
 	for (unsigned channel = 0; channel < mChannels; ++channel)
 	{
-		float const* const samples = inBlock.IsChannelSilent(channel) ? nullptr : inBlock.GetChannel(channel);
+		unsigned const source = mPlaces.GetChannel(channel);
+		float const gain = mPlaces.GetGain(channel);
+		float const* const samples = inBlock.IsChannelSilent(source) ? nullptr : inBlock.GetChannel(source);
 		char* out = ioBytes.data() + start + channel * sampleSize;
 		for (unsigned i = 0; i < frames; ++i, out += mChannels * sampleSize)
 		{
-			float const sample = samples ? samples[i] : 0.0f;
+			float const sample = samples ? samples[i] * gain : 0.0f;
 			auto const bits = mQuantizers.empty()
 								  ? std::bit_cast<std::uint32_t>(sample)
 								  : static_cast<std::uint32_t>(mQuantizers[channel].Quantize(sample));

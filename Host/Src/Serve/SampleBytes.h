@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SonaroHost/Base/OutputFormat.h"
+#include "Render/Encoder/AudioEncoder.h"
 #include "SonaroHost/Metering/SampleQuantizer.h"
 
 #include <cstdint>
@@ -20,13 +20,14 @@ class SampleBytes
 {
 public:
 	// inFirstFrame: that of the file with which it begins.
-	SampleBytes(OutputFormat const& inFormat, unsigned inChannels, std::int64_t inFirstFrame);
+	SampleBytes(EncoderFormat const& inFormat, std::int64_t inFirstFrame);
 
 	void Append(dsp::AudioBuffer const& inBlock, std::string& ioBytes);
 
 private:
 	unsigned mChannels;
 	int mSampleSize;
+	FramePlaces mPlaces;
 	// One for each channel; none for floats.
 	std::vector<SampleQuantizer> mQuantizers;
 };

@@ -54,7 +54,7 @@ std::string WaveFile::ReadSamples(
 	std::int64_t const frames = (skipped + count + frameBytes - 1) / frameBytes;
 	std::string bytes;
 	bytes.reserve(static_cast<std::size_t>(frames * frameBytes));
-	SampleBytes samples(mFormat.mFormat, channels, first);
+	SampleBytes samples(mFormat, first);
 	mPool->Render(mLeftOut, {first, frames}, inDeadline,
 		[&](dsp::AudioBuffer const& inBlock) { samples.Append(inBlock, bytes); });
 	return bytes.substr(static_cast<std::size_t>(skipped), static_cast<std::size_t>(count));

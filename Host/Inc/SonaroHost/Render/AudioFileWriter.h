@@ -21,7 +21,8 @@ namespace SonaroHost
 //
 // Integers  Rounded by SampleQuantizer. Floats go in bit for bit.
 // Size      A WAV beyond 4 GB becomes an RF64, its 64-bit form; an AIFF beyond is refused at the start.
-// Layout    5.1 is marked as such; other layouts of more than two channels have no marks.
+// Layout    5.1 is marked as such. A sound field in a WAV is marked as B-format, which has FuMa's order W, X, Y and Z and W
+//           3 dB softer; elsewhere it is written as it is. Other layouts of more than two channels have no marks.
 class AudioFileWriter
 {
 public:

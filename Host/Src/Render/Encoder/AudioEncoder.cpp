@@ -72,10 +72,9 @@ SF_INFO MakeFormat(std::filesystem::path const& inPath, EncoderFormat const& inE
 	SF_INFO info{};
 	info.samplerate = inEncoded.mSampleRate;
 	info.channels = static_cast<int>(channels);
-	info.format =
-		GetSampleFormat(format.mSamples) |
-		GetContainerFormat(format.mContainer, isLarge,
-			inEncoded.mLayout == zorvmediatypes::Create51ChannelLayout() || IsField(inEncoded.mLayout));
+	bool const isMarked =
+		inEncoded.mLayout == zorvmediatypes::Create51ChannelLayout() || IsField(inEncoded.mLayout);
+	info.format = GetSampleFormat(format.mSamples) | GetContainerFormat(format.mContainer, isLarge, isMarked);
 	if (sf_format_check(&info) == SF_FALSE)
 	{
 		RefuseToWrite(inPath, GetName(format.mContainer) + " cannot hold " + std::to_string(channels) +
@@ -124,6 +123,15 @@ void AddBroadcastExtension(SNDFILE* ioFile, std::int64_t inTimeReference)
 
 } // namespace
 
+FramePlaces FindFramePlaces(EncoderFormat const& inFormat)
+{
+	if (!IsField(inFormat.mLayout) || inFormat.mFormat.mContainer != OutputContainer::kWav)
+	{
+		return {};
+	}
+	return {{0, 3, 1, 2}, {std::numbers::sqrt2_v<float> / 2.0f, 1.0f, 1.0f, 1.0f}};
+}
+
 // libsndfile's handle.
 struct AudioEncoder::Handle
 {
@@ -140,7 +148,8 @@ AudioEncoder::AudioEncoder(
 	: mTarget(ioTarget),
 	  mPath(inPath),
 	  mChannels(static_cast<unsigned>(inFormat.mLayout.size())),
-	  mHandle(std::make_unique<Handle>())
+	  mHandle(std::make_unique<Handle>()),
+	  mPlaces(FindFramePlaces(inFormat))
 {
 	SF_INFO info = MakeFormat(inPath, inFormat);
 	SF_VIRTUAL_IO callbacks = GetCallbacks();
@@ -160,11 +169,9 @@ AudioEncoder::AudioEncoder(
 		sf_command(file, SFC_SET_CHANNEL_MAP_INFO, map.data(), sizeof map);
 	}
 
-	if (IsField(inFormat.mLayout) && inFormat.mFormat.mContainer == OutputContainer::kWav)
+	if (!mPlaces.mOrder.empty())
 	{
 		sf_command(file, SFC_WAVEX_SET_AMBISONIC, nullptr, SF_AMBISONIC_B_FORMAT);
-		mOrder = {0, 3, 1, 2};
-		mGains = {std::numbers::sqrt2_v<float> / 2.0f, 1.0f, 1.0f, 1.0f};
 	}
 
 	if (inFormat.mTimeReference && inFormat.mFormat.mContainer == OutputContainer::kWav)
@@ -209,8 +216,8 @@ void AudioEncoder::WritePiece(dsp::AudioBuffer const& inBuffer, unsigned inFirst
 {
 	for (unsigned channel = 0; channel < mChannels; ++channel)
 	{
-		unsigned const source = mOrder.empty() ? channel : mOrder[channel];
-		float const gain = mGains.empty() ? 1.0f : mGains[channel];
+		unsigned const source = mPlaces.GetChannel(channel);
+		float const gain = mPlaces.GetGain(channel);
 		bool const isSilent = inBuffer.IsChannelSilent(source);
 		float const* const samples = isSilent ? nullptr : inBuffer.GetChannel(source) + inFirst;
 		std::size_t out = channel;

@@ -45,6 +45,19 @@ struct EncoderFormat
 	std::optional<std::int64_t> mTimeReference;
 };
 
+// How the channels of a layout stand in a frame of a file.
+struct FramePlaces
+{
+	// The channel of the layout at each place, and its gain; none where nothing is to be changed.
+	std::vector<unsigned> mOrder;
+	std::vector<float> mGains;
+
+	unsigned GetChannel(unsigned inPlace) const { return mOrder.empty() ? inPlace : mOrder[inPlace]; }
+	float GetGain(unsigned inPlace) const { return mGains.empty() ? 1.0f : mGains[inPlace]; }
+};
+
+FramePlaces FindFramePlaces(EncoderFormat const& inFormat);
+
 // Makes a sound file of samples, as AudioFileWriter says.
 class AudioEncoder
 {
@@ -78,9 +91,7 @@ private:
 	// One for each channel; none for floats.
 	std::vector<SampleQuantizer> mQuantizers;
 	int mIntegerShift = 0;
-	// The channel of the layout at each place in a frame, and its gain; none where nothing is to be changed.
-	std::vector<unsigned> mOrder;
-	std::vector<float> mGains;
+	FramePlaces mPlaces;
 	std::vector<int> mIntegers;
 	std::vector<float> mFloats;
 };
