@@ -3,7 +3,7 @@ _sonaro()
 {
 	local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
 	if [ "$COMP_CWORD" -eq 1 ]; then
-		COMPREPLY=($(compgen -W "render play waveform loudness info graph effects --help --version --features --json" -- "$word"))
+		COMPREPLY=($(compgen -W "render play waveform loudness info graph effects serve --help --version --features --json" -- "$word"))
 		return
 	fi
 	case "$command $before" in
