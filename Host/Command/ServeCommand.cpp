@@ -27,7 +27,7 @@ constexpr int kHighestPort = 65535;
 constexpr std::size_t kShortestToken = 16;
 constexpr double kLongestWarmUp = 60.0;
 
-// By the XDG Base Directory Specification.
+// Where the XDG base directories put caches.
 std::filesystem::path FindCacheFolder()
 {
 	char const* const cache = std::getenv("XDG_CACHE_HOME");

@@ -22,7 +22,7 @@ namespace
 {
 
 constexpr int kServedVersion = 1;
-// For the graph that tells whether starts are exact.
+// For the graph of which it is asked whether starts are exact.
 constexpr auto kOpenTime = std::chrono::seconds(20);
 
 Json MakeRationalTime(double inSamples, int inRate)
