@@ -90,7 +90,7 @@ std::string FormatLoudness(double inLoudness)
 class PlayScreen
 {
 public:
-	PlayScreen(PlaySession& ioSession, std::string inTitle)
+	PlayScreen(PlaySession& ioSession, std::string const& inTitle)
 		: mSession(ioSession),
 		  mControls(ioSession),
 		  mTitle(SonaroHost::MakePrintable(inTitle))

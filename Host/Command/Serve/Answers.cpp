@@ -133,12 +133,12 @@ void AnswerException(httplib::Response& outResponse, std::exception_ptr inExcept
 }
 
 void AnswerTagged(httplib::Request const& inRequest, httplib::Response& outResponse, std::string const& inTag,
-	std::string inBody, char const* inType)
+	std::string const& inBody, char const* inType)
 {
 	// The library may compress it, which makes other bytes of it.
 	if (!AnswerUnchanged(inRequest, outResponse, inTag, true))
 	{
-		outResponse.set_content(std::move(inBody), inType);
+		outResponse.set_content(inBody, inType);
 	}
 }
 

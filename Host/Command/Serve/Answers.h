@@ -34,7 +34,7 @@ void AnswerException(httplib::Response& outResponse, std::exception_ptr inExcept
 
 // A text that stays the same as long as its tag does; 304 for a client that has it.
 void AnswerTagged(httplib::Request const& inRequest, httplib::Response& outResponse, std::string const& inTag,
-	std::string inBody, char const* inType);
+	std::string const& inBody, char const* inType);
 
 // The bytes that are asked for of the file.
 void AnswerWave(httplib::Request const& inRequest, httplib::Response& outResponse,

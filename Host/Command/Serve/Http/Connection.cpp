@@ -102,7 +102,7 @@ bool Connection::ReadHead()
 		mReceived.append(bytes.data(), static_cast<std::size_t>(count));
 		end = FindHeadEnd(mReceived);
 	}
-	if (end == std::string::npos || end > kMostHeadBytes)
+	if (end > kMostHeadBytes)
 	{
 		Refuse("431 Request Header Fields Too Large");
 		return false;

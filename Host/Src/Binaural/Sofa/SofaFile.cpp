@@ -44,7 +44,7 @@ void CheckIsReadable(std::filesystem::path const& inPath)
 }
 
 // What libmysofa says by a number.
-std::string DescribeError(int inError)
+std::string DescribeSofaError(int inError)
 {
 	switch (inError)
 	{
@@ -97,7 +97,7 @@ void CheckConvention(std::filesystem::path const& inPath, MYSOFA_HRTF& ioFile)
 	}
 	if (int const error = mysofa_check(&ioFile); error != MYSOFA_OK)
 	{
-		RefuseFile(inPath, DescribeError(error), kSofaRemedy);
+		RefuseFile(inPath, DescribeSofaError(error), kSofaRemedy);
 	}
 }
 
@@ -149,8 +149,8 @@ EarMeasurements ReadSofaFile(std::filesystem::path const& inPath)
 	SofaHandle const file(mysofa_load(inPath.c_str(), &error));
 	if (!file || error != MYSOFA_OK)
 	{
-		RefuseFile(
-			inPath, DescribeError(file || error != MYSOFA_OK ? error : MYSOFA_INVALID_FORMAT), kSofaRemedy);
+		RefuseFile(inPath, DescribeSofaError(file || error != MYSOFA_OK ? error : MYSOFA_INVALID_FORMAT),
+			kSofaRemedy);
 	}
 	CheckConvention(inPath, *file);
 	CheckValues(inPath, *file);

@@ -15,7 +15,7 @@ namespace omega = dsp::stretch::omega;
 namespace
 {
 
-constexpr unsigned kBlockFrames = 1024;
+constexpr unsigned kStretchedFrames = 1024;
 
 omega::OmegaEngine* MakeEngine(omega::OmegaEngineKind inKind, OmegaStretcher::Limits const& inLimits,
 	unsigned inChannels, int inSampleRate)
@@ -31,7 +31,7 @@ omega::OmegaEngine* MakeEngine(omega::OmegaEngineKind inKind, OmegaStretcher::Li
 OmegaStretcher::OmegaStretcher(
 	omega::OmegaEngineKind inKind, Ratio const& inRatio, unsigned inChannels, int inSampleRate)
 	: OmegaStretcher(inKind,
-		  {static_cast<float>(inRatio.ToDouble()), static_cast<float>(inRatio.ToDouble()), kBlockFrames},
+		  {static_cast<float>(inRatio.ToDouble()), static_cast<float>(inRatio.ToDouble()), kStretchedFrames},
 		  inChannels, inSampleRate)
 {
 }

@@ -25,8 +25,6 @@ Curve ReadPan(Cursor const& inValue);
 // A factor of the speed, likewise; of keyframes at most kMaxSpeedKeyframes.
 inline constexpr std::size_t kMaxSpeedKeyframes = 1000;
 Curve ReadSpeed(Cursor const& inValue);
-// Seconds, or a RationalTime.
-RationalTime ReadSecondsOrTime(Cursor const& inValue);
 FadeShape ReadShape(Cursor const& inValue);
 Fade ReadFade(Cursor const& inValue);
 

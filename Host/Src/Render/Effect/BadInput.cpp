@@ -91,12 +91,12 @@ private:
 
 	bool IsBad(Sequence::Media const& inMedia, std::int64_t inFirst, std::int64_t inEnd) const
 	{
-		constexpr std::int64_t kFrames = 4096;
+		constexpr std::int64_t kScanFrames = 4096;
 		auto const source = inMedia.mOpen(mFrameRate);
-		dsp::AudioBuffer block(static_cast<unsigned>(inMedia.mLayout.size()), kFrames);
-		for (std::int64_t frame = inFirst; source && frame < inEnd; frame += kFrames)
+		dsp::AudioBuffer block(static_cast<unsigned>(inMedia.mLayout.size()), kScanFrames);
+		for (std::int64_t frame = inFirst; source && frame < inEnd; frame += kScanFrames)
 		{
-			block.SetUseSize(static_cast<unsigned>(std::min(kFrames, inEnd - frame)));
+			block.SetUseSize(static_cast<unsigned>(std::min(kScanFrames, inEnd - frame)));
 			source->ReadAudio(VX::BinaryData(), block, SN::TickTime(frame, source->GetFrameRate()), false);
 			for (unsigned channel = 0; channel < block.GetNumChannels(); ++channel)
 			{

@@ -35,7 +35,7 @@ int GetSampleFormat(OutputSamples inSamples)
 													: SF_FORMAT_FLOAT;
 }
 
-bool IsField(zorvmediatypes::AudioChannelLayout const& inLayout)
+bool IsSoundField(zorvmediatypes::AudioChannelLayout const& inLayout)
 {
 	return inLayout == zorvmediatypes::CreateAmbisonic1ChannelLayout();
 }
@@ -73,7 +73,7 @@ SF_INFO MakeFormat(std::filesystem::path const& inPath, EncoderFormat const& inE
 	info.samplerate = inEncoded.mSampleRate;
 	info.channels = static_cast<int>(channels);
 	bool const isMarked =
-		inEncoded.mLayout == zorvmediatypes::Create51ChannelLayout() || IsField(inEncoded.mLayout);
+		inEncoded.mLayout == zorvmediatypes::Create51ChannelLayout() || IsSoundField(inEncoded.mLayout);
 	info.format = GetSampleFormat(format.mSamples) | GetContainerFormat(format.mContainer, isLarge, isMarked);
 	if (sf_format_check(&info) == SF_FALSE)
 	{
@@ -125,7 +125,7 @@ void AddBroadcastExtension(SNDFILE* ioFile, std::int64_t inTimeReference)
 
 FramePlaces FindFramePlaces(EncoderFormat const& inFormat)
 {
-	if (!IsField(inFormat.mLayout) || inFormat.mFormat.mContainer != OutputContainer::kWav)
+	if (!IsSoundField(inFormat.mLayout) || inFormat.mFormat.mContainer != OutputContainer::kWav)
 	{
 		return {};
 	}

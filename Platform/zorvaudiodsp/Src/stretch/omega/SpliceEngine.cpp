@@ -72,7 +72,7 @@ SpliceEngine::SpliceEngine(
 	unsigned const aheadOfSplices =
 		reach + ToSamples(mSampleRate, kAccurateWindow) + 32 + 2 * mLengths.mLongestFade + 2 * kStep + kTaps;
 	double const aheadOfTones =
-		mTones.GetFrameSize() / 2 * (std::min(fastest / lowest, kFastestTones) + 1.0) + mSampleRate / 400.0;
+		0.5 * mTones.GetFrameSize() * (std::min(fastest / lowest, kFastestTones) + 1.0) + mSampleRate / 400.0;
 	mLookAhead = std::max(aheadOfSplices, static_cast<unsigned>(aheadOfTones) + 3) + mSlack;
 	double const stretch = std::min(fastest / lowest, kLargestStretch);
 	unsigned const behind =
