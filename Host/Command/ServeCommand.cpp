@@ -110,12 +110,12 @@ private:
 			->check(CLI::Range(0.0, kLongestWarmUp));
 	}
 
-	void CheckToken() const
+	void CheckToken()
 	{
 		constexpr char kAllowed[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
 		bool const isValid =
 			mToken.size() >= kShortestToken && mToken.find_first_not_of(kAllowed) == std::string::npos;
-		if (!mToken.empty() && !isValid)
+		if (GetParser().get_option("--token")->count() > 0 && !isValid)
 		{
 			Refuse("--token: a token has 16 characters or more, of A-Z, a-z, 0-9, - and _");
 		}
