@@ -27,7 +27,7 @@ std::string Join(std::vector<std::string> const& inTexts)
 	return joined;
 }
 
-// The library's, with the devices that playback adds.
+// The library's, with the devices of playback and the server.
 Features ListAllFeatures()
 {
 	Features features = SonaroHost::ListFeatures();
@@ -35,6 +35,12 @@ Features ListAllFeatures()
 	features.mParts.push_back({"devices", "Sound devices", !libraries.empty(),
 		libraries.empty() ? "not built in with SONARO_WITH_PORTAUDIO, which needs portaudio19-dev"
 						  : libraries});
+#ifdef SONARO_HTTPLIB_VERSION
+	features.mParts.push_back({"serving", "Serving", true, "cpp-httplib " SONARO_HTTPLIB_VERSION});
+#else
+	features.mParts.push_back(
+		{"serving", "Serving", false, "not built in with SONARO_WITH_SERVE, which needs libcpp-httplib-dev"});
+#endif
 	return features;
 }
 
