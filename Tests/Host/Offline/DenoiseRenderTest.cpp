@@ -130,6 +130,7 @@ TEST_F(DenoiseRenderTest, WhatCannotBeLearnedFromIsRefused)
 	expect(-1.0, 0, 48000, "-1 dB is out of range", HostError::Kind::kRequest);
 	expect(
 		18.0, 0, 48001, "as the file has 0:01.000; choose a range within the file", HostError::Kind::kInput);
+	expect(18.0, 9600, 9600, "ends before it begins; choose an end after", HostError::Kind::kInput);
 	expect(18.0, 9600, 10000, "less than 2048 samples; choose a longer range", HostError::Kind::kInput);
 	expect(18.0, 0, 9600, "in.wav': there is only silence to learn the noise from; choose another range",
 		HostError::Kind::kInput);

@@ -30,6 +30,12 @@ void CheckSpan(AudioFileInfo const& inFile, Denoise::Span const& inSpan)
 			"the noise cannot be learned from " + range + ", as the file has " + format(inFile.mFrames),
 			"choose a range within the file");
 	}
+	if (inSpan.mEnd <= inSpan.mFirst)
+	{
+		RefuseFile(inFile.mPath,
+			"the noise cannot be learned from " + range + ", which ends before it begins",
+			"choose an end after the start");
+	}
 	std::int64_t const shortest = GetShortestLearnSpan(inFile.mSampleRate);
 	if (inSpan.mEnd - inSpan.mFirst < shortest)
 	{
