@@ -196,7 +196,7 @@ public:
 		mStretch.Fill(options);
 		options.mListener = mListener.MakeListener();
 		Otio::TimelineInput input(mInput, {mMediaFolders.begin(), mMediaFolders.end()});
-		OutputPlan{{mOutput}, {}, {mInput}, input.ListMedia(), !mKeepsOldFile}.Check();
+		OutputPlan{{mOutput}, {}, mListener.AddFile({mInput}), input.ListMedia(), !mKeepsOldFile}.Check();
 		Otio::TimelineSequence sequence = input.MakeSequence(options);
 		Otio::CheckHasSound(sequence);
 		Sequence::GraphView view;

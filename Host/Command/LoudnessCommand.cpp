@@ -85,7 +85,8 @@ public:
 		CheckOptions();
 		if (!mOutput.empty())
 		{
-			OutputPlan{{mOutput}, {}, {mInputs.begin(), mInputs.end()}, {}, !mKeepsOldFile}.Check();
+			OutputPlan{{mOutput}, {}, mListener.AddFile({mInputs.begin(), mInputs.end()}), {}, !mKeepsOldFile}
+				.Check();
 			// Only to see that it can be written, before the work begins.
 			OutputFile const file(mOutput);
 		}

@@ -68,9 +68,19 @@ std::optional<Listener> ListenerOptions::MakeListener() const
 	}
 	Listener listener;
 	listener.mEars = mEars.empty() ? nullptr : SonaroHost::ReadSofaEars(mEars);
+	listener.mFile = mEars;
 	listener.mOrientation = std::make_shared<HeadOrientation>(SonaroHost::HeadAngles{
 		CheckAngle("--yaw", mYaw), CheckAngle("--head-pitch", mPitch), CheckAngle("--roll", mRoll)});
 	return listener;
+}
+
+std::vector<std::filesystem::path> ListenerOptions::AddFile(std::vector<std::filesystem::path> inInputs) const
+{
+	if (!mEars.empty())
+	{
+		inInputs.emplace_back(mEars);
+	}
+	return inInputs;
 }
 
 } // namespace SonaroCommand

@@ -4,8 +4,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace SonaroCommand
 {
@@ -19,6 +21,8 @@ public:
 
 	// Nothing without --binaural. Throws a HostError for the other options without it, and for ears that cannot be read.
 	std::optional<SonaroHost::Listener> MakeListener() const;
+	// What outputs must not replace: the inputs, and the file of the ears.
+	std::vector<std::filesystem::path> AddFile(std::vector<std::filesystem::path> inInputs) const;
 
 private:
 	bool mIsBinaural = false;

@@ -1,4 +1,5 @@
 #include "../ProgramRun.h"
+#include "../TimelineJson.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -46,6 +47,32 @@ TEST_F(BinauralCommandTest, RefusesWhatMakesNoSense)
 		{2, {"--json"}, {"--features"}},
 	});
 }
+
+#ifdef SONARO_WITH_SOFA
+TEST_F(BinauralCommandTest, NoOutputReplacesTheListener)
+{
+	std::filesystem::path const kemar = "/usr/share/libmysofa/MIT_KEMAR_normal_pinna.sofa";
+	if (!std::filesystem::exists(kemar))
+	{
+		GTEST_SKIP() << kemar << " is not there";
+	}
+	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, 48000, 4800));
+	WriteBytes(mFolder / "edit.otio", Timeline({Track("A1", {Clip("one", "in.wav", 0.0, 0.1)})}).dump());
+	std::filesystem::copy_file(kemar, mFolder / "me.sofa");
+	std::filesystem::create_symlink("me.sofa", mFolder / "ears.svg");
+	for (Words const& words : {
+			 Words{"render", "in.wav", "-o", "me.sofa", "--format", "wav"},
+			 Words{"render", "in.wav", "-o", "out.wav", "--report", "me.sofa"},
+			 Words{"render", "edit.otio", "-o", "me.sofa", "--format", "wav"},
+			 Words{"loudness", "in.wav", "-o", "ears.svg"},
+			 Words{"graph", "edit.otio", "-o", "ears.svg"},
+		 })
+	{
+		ExpectRefusals({{2, Join(words, {"--binaural", "--listener", "me.sofa"}), {"input"}}});
+	}
+	EXPECT_EQ(ReadBytes(mFolder / "me.sofa"), ReadBytes(kemar));
+}
+#endif
 
 TEST_F(BinauralCommandTest, ListsWhatTheBuildCanDo)
 {

@@ -145,6 +145,8 @@ TEST_F(EffectCommandTest, WrongEffectsAreRefused)
 		WriteBytes(mFolder / "wrong.json", content);
 		ExpectRefusal(Join(render, file), 1, {"'wrong.json'", text});
 	}
+	WriteBytes(mFolder / "wrong.json", List({Plugin(kControls, Json::object())}).dump());
+	ExpectRefusal(Join(render, Join(file, {"--report", "wrong.json"})), 2, {"input"});
 }
 
 // The messages of libraries do not reach people as they are.

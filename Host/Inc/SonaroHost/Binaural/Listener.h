@@ -4,6 +4,7 @@
 #include "SonaroHost/Binaural/Ears.h"
 #include "SonaroHost/Binaural/HeadOrientation.h"
 
+#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct Listener
 	std::shared_ptr<Ears const> mEars;
 	// Live in a playback; an export keeps to what it is when its graph is made. Null for a head that looks to the front.
 	std::shared_ptr<HeadOrientation> mOrientation;
+	// What the ears were read from, which no output may replace; empty for none.
+	std::filesystem::path mFile = {};
 
 	HeadAngles GetAngles() const { return mOrientation ? mOrientation->Get() : HeadAngles(); }
 };

@@ -109,6 +109,27 @@ std::int64_t PlannedClip::GetFramesOfSource() const
 				   : mSourceFrames;
 }
 
+namespace
+{
+
+// The files that a person has made for renders: of listeners, and of effects.
+void AddSettings(ClipRenderRequest const& inRequest, std::vector<std::filesystem::path>& ioFiles)
+{
+	if (inRequest.mListener && !inRequest.mListener->mFile.empty())
+	{
+		ioFiles.push_back(inRequest.mListener->mFile);
+	}
+	for (Effects::EffectSetup const& setup : inRequest.mEffects)
+	{
+		if (!setup.mFile.empty())
+		{
+			ioFiles.push_back(setup.mFile);
+		}
+	}
+}
+
+} // namespace
+
 ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	: mGain(inRequest.mGain),
 	  mSpeed(inRequest.mSpeed),
@@ -143,6 +164,7 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 		mClips.push_back(OpenClip(input, inRequest.mNoiseReduction, stretch));
 		outputs.mInputs.push_back(input.mPath);
 	}
+	AddSettings(inRequest, outputs.mInputs);
 	outputs.Check();
 	ChooseSampleRate(inRequest);
 	ChooseLayouts(inRequest.mLayout);

@@ -191,6 +191,10 @@ void TimelineRenderJob::CheckFiles() const
 	}
 	plan.mFolder = mRequest.mStems != Stems::kNone ? mRequest.mOutput : std::filesystem::path();
 	plan.mInputs = {mRequest.mInput};
+	if (auto const& listener = mRequest.mOptions.mListener; listener && !listener->mFile.empty())
+	{
+		plan.mInputs.push_back(listener->mFile);
+	}
 	plan.mMedia = mInput.ListMedia();
 	plan.mReplaces = mRequest.mReplace;
 	plan.Check();
