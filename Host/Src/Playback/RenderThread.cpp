@@ -104,7 +104,8 @@ bool RenderThread::IsFilled() const
 		return false;
 	}
 	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
-	return !mIsPlaying.load(std::memory_order_acquire) || mTargetFrames - filled < mBlockFrames;
+	bool const isFull = mTargetFrames - filled < mBlockFrames && !mTransport.HasEnoughToOpen();
+	return !mIsPlaying.load(std::memory_order_acquire) || isFull;
 }
 
 PlaybackState RenderThread::GetState() const

@@ -300,8 +300,7 @@ void Transport::WriteLast(double inPlace)
 
 void Transport::OpenWhenFilled()
 {
-	std::int64_t const ahead = mFeed.GetRing().CountWritten() - mGate;
-	if (mMode != Mode::kStopped && !mFeed.IsOpen() && ahead >= mSettings.mTargetFrames / 2)
+	if (mMode != Mode::kStopped && HasEnoughToOpen())
 	{
 		mFeed.Open();
 	}

@@ -52,6 +52,8 @@ public:
 	void Halt(std::int64_t inPlace);
 
 	bool IsPlaying() const { return mMode != Mode::kStopped; }
+	// Whether the gate is closed while enough for opening it is there, which lasts until Fill ends. From any thread.
+	bool HasEnoughToOpen() const { return mFeed.CountBeyondGate() >= mSettings.mTargetFrames / 2; }
 	// See PlaybackState.
 	std::uint64_t CountUnreadFrames() const { return mUnreadBefore + mUnread; }
 

@@ -115,6 +115,13 @@ void DeviceFeed::TakeBackUnheard()
 	mRing.TakeBack(std::min(mRing.CountWritten(), mGate.load(std::memory_order_acquire)));
 }
 
+std::int64_t DeviceFeed::CountBeyondGate() const
+{
+	// The gate first: it opens after the frames beyond it are written.
+	std::int64_t const gate = mGate.load(std::memory_order_acquire);
+	return mRing.CountWritten() - gate;
+}
+
 void DeviceFeed::DropUnheard()
 {
 	mRing.Read(nullptr, FindSupply().mFrames);

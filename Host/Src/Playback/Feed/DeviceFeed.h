@@ -36,6 +36,8 @@ public:
 	// What is after the closed gate was for nothing.
 	void TakeBackUnheard();
 	bool IsOpen() const { return mGate.load(std::memory_order_acquire) == kOpen; }
+	// How many frames are written from the closed gate on; at most 0 while it is open. From any thread.
+	std::int64_t CountBeyondGate() const;
 
 	// While no device runs: what is before the gate will not be heard.
 	void DropUnheard();
