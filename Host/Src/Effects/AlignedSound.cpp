@@ -13,6 +13,7 @@ AlignedSound::AlignedSound(Terms const& inTerms)
 	  mDry(inTerms.mChannels),
 	  mWet(inTerms.mChannels),
 	  mTime(inTerms.mLatency),
+	  mBypass(inTerms.mLatency, inTerms.mMaxFrames),
 	  mFadeFrames(
 		  static_cast<unsigned>(std::max(1L, std::lround(kCurveRamp.GetSeconds() * inTerms.mSampleRate)))),
 	  mFade(mFadeFrames)
@@ -32,6 +33,7 @@ void AlignedSound::Reset()
 	mMoves = false;
 	mHasBegun = false;
 	mTime = mTerms.mLatency;
+	mBypass.Reset();
 }
 
 void AlignedSound::Ring::Write(std::uint64_t inTime, float const* inSamples, std::size_t inCount)
@@ -48,6 +50,7 @@ void AlignedSound::TakeInput(dsp::AudioBuffer& inBuffer, unsigned inFirst, unsig
 	{
 		mDry[channel].Write(mTime, inBuffer.GetChannel(channel) + inFirst, inCount);
 	}
+	mBypass.Mark(mIsBypassed, inCount);
 }
 
 void AlignedSound::TakeOutput(
@@ -62,15 +65,17 @@ void AlignedSound::TakeOutput(
 	{
 		Align(channel, ioBuffer.GetChannel(channel) + inFirst, inCount, latency);
 	}
+	bool const isBypassed = mBypass.IsOn(0, mTerms.mLatency);
 	if (!mHasBegun)
 	{
-		mFade = mIsBypassed ? 0 : mFadeFrames;
+		mFade = isBypassed ? 0 : mFadeFrames;
 		mHasBegun = true;
 	}
-	if (mIsBypassed || mFade != mFadeFrames)
+	if (isBypassed || mFade != mFadeFrames || mBypass.CountSame(mTerms.mLatency, inCount) < inCount)
 	{
 		Fade(ioBuffer, inFirst, inCount);
 	}
+	mBypass.Advance(inCount);
 	mTime += inCount;
 }
 
@@ -111,7 +116,8 @@ void AlignedSound::Fade(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned i
 		float* const samples = ioBuffer.GetChannel(channel) + inFirst;
 		for (unsigned i = 0; i < inCount; ++i)
 		{
-			mFade = mIsBypassed ? std::max(mFade, 1u) - 1 : std::min(mFade + 1, mFadeFrames);
+			mFade =
+				mBypass.IsOn(i, mTerms.mLatency) ? std::max(mFade, 1u) - 1 : std::min(mFade + 1, mFadeFrames);
 			float const dry = mDry[channel].At(mTime + i - mTerms.mLatency);
 			float const part = static_cast<float>(mFade) / static_cast<float>(mFadeFrames);
 			samples[i] = mFade == 0             ? dry

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LateSwitch.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <cstddef>
@@ -14,8 +15,8 @@ namespace SonaroHost::Effects
 //
 // Latency  Each frame that comes out is put where it belongs by the latency of its time: later frames cover earlier ones,
 //          and what an effect leaves out while its latency falls is heard as it went in.
-// Bypass   A straight line over kCurveRamp from one to the other, counted in frames: any cut into blocks gives the same
-//          bits. Where nothing fades and the latency is the planned one, samples pass bit for bit.
+// Bypass   A straight line over kCurveRamp from one to the other, which begins with the frame that went in when the bypass
+//          was set: any cut into blocks gives the same bits. Where nothing fades and the latency is the planned one, samples pass bit for bit.
 // Threads  One at a time. Nothing allocates after the constructor.
 class AlignedSound
 {
@@ -34,7 +35,7 @@ public:
 
 	// Forgets what was heard. The next frames begin with a bypass as it is set by then.
 	void Reset();
-	// From the next frame on.
+	// For the frames that go in from now on.
 	void SetBypass(bool inIsBypassed) { mIsBypassed = inIsBypassed; }
 
 	// The frames that go into the effect, and those that came out of it, in place: the same part of the buffer for both.
@@ -68,6 +69,7 @@ private:
 	// Frames since the last Reset, that of the latency before them included, so that none is negative.
 	std::uint64_t mTime;
 	bool mIsBypassed = false;
+	LateSwitch mBypass;
 	// How much of the effect is heard, from 0 to mFadeFrames.
 	unsigned mFadeFrames;
 	unsigned mFade;

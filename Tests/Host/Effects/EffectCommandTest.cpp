@@ -197,6 +197,37 @@ TEST_F(EffectCommandTest, LatencyIsMadeUpForEverywhereInATimeline)
 	EXPECT_TRUE(SameBits(RenderSound(make(true)), RenderSound(make(false))));
 }
 
+// The time of a keyframe is a time of the sound, on every level and at every speed.
+TEST_F(EffectCommandTest, ABypassKeepsItsTimeWhateverTheLatency)
+{
+	auto const make = [](std::string const& inUri, int inFrames)
+	{
+		auto const bypassed = [&](Json const& inObject, double inFirst, double inSecond)
+		{
+			Json effect = Plugin(inUri, {{"frames", inFrames}});
+			effect["bypass"] = {
+				{"keyframes", List({{{"time", 0}, {"value", false}}, {{"time", inFirst}, {"value", true}},
+								  {{"time", inSecond}, {"value", false}}})}};
+			return WithPlugins(inObject, {effect});
+		};
+		auto const play = [](Json inObject, double inSpeed)
+		{
+			inObject["effects"].push_back({{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", inSpeed}});
+			return inObject;
+		};
+		Json const clip = bypassed(play(Clip("A", "tone.wav", 0.25, 0.5), 1.7), 0.1, 0.1304);
+		Json const nested =
+			play(bypassed(Stack({bypassed(Track("Inner", {clip, clip}), 0.3, 0.7)}), 0.2, 0.21), -1.5);
+		Json timeline = Timeline({bypassed(Track("Outer", {Gap(0.1), nested}), 0.22222, 0.5)});
+		timeline["tracks"] = bypassed(timeline["tracks"], 0.05, 0.4);
+		return timeline;
+	};
+	for (char const* const uri : {"urn:sonaro-test:double", "urn:sonaro-test:switch"})
+	{
+		EXPECT_TRUE(SameBits(RenderSound(make(uri, 987)), RenderSound(make(uri, 0)))) << uri;
+	}
+}
+
 // Times count from the start of the clip, and effects of a clip come before its gain.
 TEST_F(EffectCommandTest, AutomationFollowsTheClip)
 {

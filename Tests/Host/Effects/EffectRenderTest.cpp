@@ -22,11 +22,13 @@ using testing::HasSubstr;
 constexpr int kRate = 48000;
 
 constexpr char kDelay[] = "urn:sonaro-test:delay";
+constexpr char kDouble[] = "urn:sonaro-test:double";
 constexpr char kFault[] = "urn:sonaro-test:fault";
 constexpr char kBlocks[] = "urn:sonaro-test:blocks";
 constexpr char kControls[] = "urn:sonaro-test:controls";
 constexpr char kWorker[] = "urn:sonaro-test:worker";
 constexpr char kSides[] = "urn:sonaro-test:sides";
+constexpr char kSwitch[] = "urn:sonaro-test:switch";
 constexpr char kAmplifier[] = "http://lv2plug.in/plugins/eg-amp";
 
 AutomationPoint At(double inSeconds, double inValue)
@@ -91,24 +93,28 @@ TEST_F(EffectRenderTest, BypassKeepsTheLatencyAndDoesNotClick)
 	Sound const sound = WriteNoise(1);
 	EffectSetup const late{kDelay, {}, {}, {{"frames", 777}}, Effects::ControlSetting{{}, 1.0}};
 	EXPECT_TRUE(SameBits(RenderInBlocks(MakeRequest({late})), sound));
-	std::vector<AutomationPoint> const points{At(0.0, 0.0), At(0.1001, 1.0), At(0.3, 0.0)};
-	// The mean of the sides doubles what it hears, and so does the plugin with a switch of its own.
-	EffectSetup const doubling{kSides, {}, {}, {}, Effects::ControlSetting{{}, 0.0, points}};
-	EffectSetup const switching{"urn:sonaro-test:switch", {}, {}, {}, doubling.mBypass};
-	Sound const faded = RenderInBlocks(MakeRequest({doubling}));
-	Sound const switched = RenderInBlocks(MakeRequest({switching}));
-	std::int64_t const off = 4805;
-	std::int64_t const on = 14400;
-	constexpr std::int64_t kFade = kRate / 200;
-	for (std::int64_t frame = 0; frame < sound.GetFrames(); ++frame)
+	std::vector<AutomationPoint> const points{
+		At(0.0, 0.0), At(0.1001, 1.0), At(0.3, 0.0), At(0.302, 1.0), At(0.31, 0.0)};
+	Effects::ControlSetting const bypass{{}, 0.0, points};
+	// Plugins with and without a switch of their own double what they hear: at once, late, and in blocks.
+	for (EffectSetup const& setup :
+		{EffectSetup{kDouble, {}, {}, {}, bypass}, EffectSetup{kDouble, {}, {}, {{"frames", 999}}, bypass},
+			EffectSetup{kBlocks, {}, {}, {}, bypass}, EffectSetup{kSides, {}, {}, {}, bypass},
+			EffectSetup{kSwitch, {}, {}, {}, bypass},
+			EffectSetup{kSwitch, {}, {}, {{"frames", 999}}, bypass}})
 	{
-		auto const index = static_cast<std::size_t>(frame);
-		auto const passed = [frame](std::int64_t inFrom)
-		{ return std::clamp(static_cast<double>(frame + 1 - inFrom) / kFade, 0.0, 1.0); };
-		double const gain = 2.0 - passed(off) + passed(on);
-		ASSERT_NEAR(faded.mSamples[index], gain * sound.mSamples[index], 1e-6) << frame;
-		float const whole = frame >= off && frame < on ? 1.0f : 2.0f;
-		ASSERT_EQ(switched.mSamples[index], whole * sound.mSamples[index]) << frame;
+		SCOPED_TRACE(setup.mUri);
+		Sound const heard = RenderInBlocks(MakeRequest({setup}));
+		constexpr double kFade = kRate / 200.0;
+		double wet = 1.0;
+		for (std::int64_t frame = 0; frame < sound.GetFrames(); ++frame)
+		{
+			bool const isOn = (frame < 4805 || frame >= 14400) && (frame < 14496 || frame >= 14880);
+			bool const isHard = setup.mUri == kSwitch;
+			wet = isHard ? (isOn ? 1.0 : 0.0) : std::clamp(wet + (isOn ? 1.0 : -1.0) / kFade, 0.0, 1.0);
+			auto const index = static_cast<std::size_t>(frame);
+			ASSERT_NEAR(heard.mSamples[index], (1.0 + wet) * sound.mSamples[index], 1e-6) << frame;
+		}
 	}
 }
 

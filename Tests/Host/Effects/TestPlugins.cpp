@@ -41,22 +41,38 @@ void const* FindFeature(LV2_Feature const* const* inFeatures, char const* inUri)
 	return nullptr;
 }
 
-struct Delay final : Plugin
+// Late by the port 2, which it states at the port 3.
+struct Late : Plugin
 {
 	void Activate() override { mLine.assign(20000, 0.0f); }
-	void Run(std::uint32_t inFrames) override
+	void Process(std::uint32_t inFrames, float inGain)
 	{
 		auto const frames = static_cast<std::size_t>(*mPorts[2]);
 		for (std::uint32_t i = 0; i < inFrames; ++i, ++mPosition)
 		{
 			mLine[mPosition % mLine.size()] = mPorts[0][i];
-			mPorts[1][i] = mLine[(mPosition + mLine.size() - frames) % mLine.size()];
+			mPorts[1][i] = inGain * mLine[(mPosition + mLine.size() - frames) % mLine.size()];
 		}
 		*mPorts[3] = *mPorts[2];
 	}
 
 	std::vector<float> mLine;
 	std::size_t mPosition = 0;
+};
+
+struct Delay final : Late
+{
+	void Run(std::uint32_t inFrames) override { Process(inFrames, 1.0f); }
+};
+
+struct Double final : Late
+{
+	void Run(std::uint32_t inFrames) override { Process(inFrames, 2.0f); }
+};
+
+struct Switch final : Late
+{
+	void Run(std::uint32_t inFrames) override { Process(inFrames, *mPorts[4] > 0.0f ? 2.0f : 1.0f); }
 };
 
 struct Fault final : Plugin
@@ -149,16 +165,6 @@ struct Sides final : Plugin
 	}
 };
 
-struct Switch final : Plugin
-{
-	void Run(std::uint32_t inFrames) override
-	{
-		float const gain = *mPorts[2] > 0.0f ? 2.0f : 1.0f;
-		std::transform(
-			mPorts[0], mPorts[0] + inFrames, mPorts[1], [gain](float inIn) { return gain * inIn; });
-	}
-};
-
 template <class T>
 LV2_Handle Make(LV2_Descriptor const*, double, char const*, LV2_Feature const* const* inFeatures)
 {
@@ -213,6 +219,7 @@ LV2_SYMBOL_EXPORT LV2_Descriptor const* lv2_descriptor(std::uint32_t inIndex)
 {
 	static constexpr LV2_Descriptor kPlugins[] = {
 		Describe("urn:sonaro-test:delay", &Make<Delay>),
+		Describe("urn:sonaro-test:double", &Make<Double>),
 		Describe("urn:sonaro-test:fault", &Make<Fault>),
 		Describe("urn:sonaro-test:blocks", &Make<Blocks>),
 		Describe("urn:sonaro-test:controls", &Make<Controls>),

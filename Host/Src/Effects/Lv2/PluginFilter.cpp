@@ -103,9 +103,18 @@ void PluginFilter::MakeAligned()
 	bool const isLate = mLatency > 0 && mStart->mData->mDescription.mReportsLatency;
 	if (isLate || mStart->mHasBypass)
 	{
-		unsigned const longest = mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u);
-		mAligned.emplace(AlignedSound::Terms{mTerms.mChannels, mLatency, longest, mTerms.mSampleRate});
+		mAligned.emplace(
+			AlignedSound::Terms{mTerms.mChannels, mLatency, GetLongestRun(), mTerms.mSampleRate});
 	}
+	if (mLatency > 0 && mStart->mData->mEnabled)
+	{
+		mEnabled.emplace(mLatency, GetLongestRun());
+	}
+}
+
+unsigned PluginFilter::GetLongestRun() const
+{
+	return mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u);
 }
 
 void PluginFilter::MakeInstances()
@@ -130,10 +139,9 @@ void PluginFilter::MakeInstances()
 
 std::unique_ptr<PluginInstance> PluginFilter::MakeInstance() const
 {
-	unsigned const longest = mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u);
 	auto instance = std::make_unique<PluginInstance>(
 		mStart->mData, PluginFeatures::Settings{mTerms.mSampleRate, mFixedFrames > 0 ? mFixedFrames : 1,
-						   longest, mTerms.mIsRealTime, mFixedFrames > 0});
+						   GetLongestRun(), mTerms.mIsRealTime, mFixedFrames > 0});
 	for (auto const& state : mStart->mStates)
 	{
 		instance->Restore(state.get());
@@ -155,7 +163,7 @@ unsigned PluginFilter::MeasureLatency() const
 		probe->SetControl(i, mParameters[i].load(std::memory_order_relaxed));
 	}
 	probe->Activate();
-	probe->Probe(mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u));
+	probe->Probe(GetLongestRun());
 	return probe->GetLatency();
 }
 
@@ -221,6 +229,10 @@ void PluginFilter::Initialize(
 	{
 		mAligned->Reset();
 	}
+	if (mEnabled)
+	{
+		mEnabled->Reset();
+	}
 	UpdateControls(true);
 	mFilled = 0;
 	mRunLatency = mLatency;
@@ -254,23 +266,46 @@ void PluginFilter::UpdateControls(bool inAll)
 	}
 	for (std::size_t i = 0; i < GetBypassIndex(); ++i)
 	{
-		float const value = mParameters[i].load(std::memory_order_relaxed);
-		for (auto const& instance : mInstances)
+		if (!mEnabled || i != mStart->mData->mEnabled || inAll)
 		{
-			instance->SetControl(i, value);
+			SetControl(i, mParameters[i].load(std::memory_order_relaxed));
 		}
 	}
+}
+
+void PluginFilter::SetControl(std::size_t inIndex, float inValue)
+{
+	for (auto const& instance : mInstances)
+	{
+		instance->SetControl(inIndex, inValue);
+	}
+}
+
+// A plugin switches what it gives out, which belongs to frames that went in before.
+unsigned PluginFilter::SetEnabled(unsigned inCount)
+{
+	if (!mEnabled)
+	{
+		return inCount;
+	}
+	std::size_t const index = *mStart->mData->mEnabled;
+	mEnabled->Mark(mParameters[index].load(std::memory_order_relaxed) > 0.0f, inCount);
+	unsigned const count = mFixedFrames > 0 ? inCount : mEnabled->CountSame(mRunLatency, inCount);
+	// A block of a fixed length runs once it is filled, and is switched as a whole.
+	unsigned const passed = mFixedFrames > 0 ? count : 0;
+	SetControl(index, mEnabled->IsOn(passed, mRunLatency) ? 1.0f : 0.0f);
+	mEnabled->Advance(count);
+	return count;
 }
 
 void PluginFilter::Process(dsp::AudioBuffer& ioBuffer, SN::TickTime, bool)
 {
 	unsigned const frames = ioBuffer.GetUseSize();
 	FillSilence(ioBuffer);
-	unsigned const longest = mFixedFrames > 0 ? mFixedFrames : std::max(mTerms.mMaxFrames, 1u);
 	for (unsigned done = 0; done < frames;)
 	{
-		unsigned const count = std::min(frames - done, longest - mFilled);
 		UpdateControls(false);
+		unsigned const count = SetEnabled(std::min(frames - done, GetLongestRun() - mFilled));
 		if (mAligned)
 		{
 			mAligned->TakeInput(ioBuffer, done, count);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Effects/AlignedSound.h"
+#include "Effects/LateSwitch.h"
 #include "PluginInstance.h"
 #include "PluginStart.h"
 #include "Sonaro/IAudioFilter.h"
@@ -83,10 +84,14 @@ private:
 	std::unique_ptr<PluginInstance> MakeInstance() const;
 	unsigned MeasureLatency() const;
 	void MakeAligned();
+	unsigned GetLongestRun() const;
 	void NoteLatency();
 	std::size_t GetBypassIndex() const { return mParameters.size() - 1; }
 	// The parameters that have changed go to the instances.
 	void UpdateControls(bool inAll);
+	// Sets the plugin's own bypass for its next run, and returns for how many of the next frames, at most.
+	unsigned SetEnabled(unsigned inCount);
+	void SetControl(std::size_t inIndex, float inValue);
 	void FillSilence(dsp::AudioBuffer& ioBuffer) const;
 	void Read(dsp::AudioBuffer& inBuffer, unsigned inFirst, unsigned inCount);
 	void Write(dsp::AudioBuffer& ioBuffer, unsigned inFirst, unsigned inCount) const;
@@ -109,6 +114,8 @@ private:
 	unsigned mFoundLatency = 0;
 	// Absent for a plugin that needs neither delays nor fades.
 	std::optional<AlignedSound> mAligned;
+	// The plugin's own bypass, where the plugin is late.
+	std::optional<LateSwitch> mEnabled;
 	// How much of a fixed block is filled.
 	unsigned mFilled = 0;
 };
