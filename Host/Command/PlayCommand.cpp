@@ -176,7 +176,7 @@ private:
 		{
 			ShowPlayScreen(session, mInput);
 		}
-		return input.IsIncomplete() ? kExitMissing : kExitSuccess;
+		return input.IsIncomplete() || session.HasFault() ? kExitMissing : kExitSuccess;
 	}
 
 	std::string mInput;

@@ -105,18 +105,21 @@ void PlayLines::PrintEvents()
 {
 	for (PlayEvent const& event : mSession.TakeEvents())
 	{
-		bool const isBad = event.mKind == PlayEvent::Kind::kBadReload;
+		using Kind = PlayEvent::Kind;
 		if (mAsJson)
 		{
-			PrintEvent({{"event", isBad ? "reloadFailed" : "reload"}, {"message", event.mText}});
+			PrintEvent({{"event", event.mKind == Kind::kReload      ? "reload"
+								  : event.mKind == Kind::kBadReload ? "reloadFailed"
+																	: "fault"},
+				{"message", event.mText}});
 		}
-		else if (isBad)
+		else if (event.mKind == Kind::kReload)
 		{
-			PrintWarning(event.mText);
+			PrintResult(event.mText + "\n");
 		}
 		else
 		{
-			PrintResult(event.mText + "\n");
+			PrintWarning(event.mText);
 		}
 	}
 }

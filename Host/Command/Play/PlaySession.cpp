@@ -68,6 +68,17 @@ void PlaySession::NoteEvent(PlayEvent inEvent)
 
 std::vector<PlayEvent> PlaySession::TakeEvents()
 {
+	for (std::string& warning : mPlayback->TakeWarnings())
+	{
+		mHasFault = true;
+		NoteEvent({PlayEvent::Kind::kFault, std::move(warning)});
+	}
+	// A latency that moves is not followed with each of its steps.
+	auto const now = std::chrono::steady_clock::now();
+	if (now >= mNextLatency && mPlayback->MakeUpForLatency())
+	{
+		mNextLatency = now + std::chrono::seconds(1);
+	}
 	std::lock_guard const lock(mMutex);
 	return std::exchange(mEvents, {});
 }

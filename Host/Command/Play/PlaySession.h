@@ -6,6 +6,7 @@
 #include "SonaroHost/Playback/LiveMix.h"
 #include "SonaroHost/Playback/Playback.h"
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -23,6 +24,8 @@ struct PlayEvent
 		kReload,
 		// It cannot be played as it is now, and what it was before goes on.
 		kBadReload,
+		// An effect is bypassed from now on, or samples are silent.
+		kFault,
 	};
 
 	Kind mKind = Kind::kReload;
@@ -52,6 +55,8 @@ public:
 	// Reads the timeline anew and lets it take over.
 	void Reload();
 	std::vector<PlayEvent> TakeEvents();
+	// Whether any of these was a fault.
+	bool HasFault() const { return mHasFault; }
 
 private:
 	void NoteEvent(PlayEvent inEvent);
@@ -70,6 +75,8 @@ private:
 	// Of mInput and of the events.
 	mutable std::mutex mMutex;
 	std::vector<PlayEvent> mEvents;
+	bool mHasFault = false;
+	std::chrono::steady_clock::time_point mNextLatency;
 };
 
 } // namespace SonaroCommand

@@ -132,6 +132,16 @@ void Playback::TakeOver(Programme const& inProgramme)
 	mThread->TakeOver(inProgramme);
 }
 
+std::vector<std::string> Playback::TakeWarnings()
+{
+	return mThread->TakeWarnings();
+}
+
+bool Playback::MakeUpForLatency()
+{
+	return mThread->MakeUpForLatency();
+}
+
 PlaybackState Playback::GetState() const
 {
 	return mThread->GetState();

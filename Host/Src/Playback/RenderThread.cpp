@@ -1,5 +1,6 @@
 #include "RenderThread.h"
 
+#include "Render/Effect/LatencyGrowth.h"
 #include "SonaroHost/Base/HostError.h"
 #include "zorvcore/threads/CurrentThread.h"
 
@@ -73,12 +74,50 @@ void RenderThread::Post(Command const& inCommand)
 void RenderThread::TakeOver(Programme const& inProgramme)
 {
 	std::lock_guard const lock(mTakingOver);
+	Replace(inProgramme);
+}
+
+void RenderThread::Replace(Programme const& inProgramme)
+{
 	auto next = std::make_unique<PlayedGraph>(inProgramme, mBlockFrames);
 	zorvcore::threads::Gate isDone(false);
 	Post(TakeOverCommand{next.get(), &isDone});
 	isDone.PassThrough();
 	mGraph = std::move(next);
-	mFrames.store(inProgramme.mFrames, std::memory_order_release);
+	mFrames.store(mGraph->GetProgramme().mFrames, std::memory_order_release);
+	mReported.clear();
+}
+
+bool RenderThread::MakeUpForLatency()
+{
+	std::lock_guard const lock(mTakingOver);
+	bool const isLate = HasLateEffect(mGraph->GetReport());
+	if (isLate)
+	{
+		Replace(mGraph->GetProgramme());
+	}
+	return isLate;
+}
+
+std::vector<std::string> RenderThread::TakeWarnings()
+{
+	using Kind = EffectFault::Kind;
+	std::lock_guard const lock(mTakingOver);
+	std::vector<std::string> warnings;
+	for (auto const& effect : mGraph->GetReport().mEffects)
+	{
+		Kind const fault = effect->mFault.load(std::memory_order_acquire);
+		Kind const reported = std::exchange(mReported[effect], fault);
+		if (fault != reported)
+		{
+			std::int64_t const place = std::clamp<std::int64_t>(FindHeardPlace(), 0, mFrames.load());
+			HostError::Parts parts = DescribeFault(mGraph->GetProgramme(), *effect, place);
+			parts.mRemedy =
+				fault == Kind::kBadInput ? "these samples are silent" : "the effect is bypassed from now on";
+			warnings.emplace_back(HostError(HostError::Kind::kInput, std::move(parts)).what());
+		}
+	}
+	return warnings;
 }
 
 void RenderThread::SetLoop(std::optional<ProgrammeRange> const& inLoop)

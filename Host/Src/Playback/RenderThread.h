@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -32,6 +33,8 @@ public:
 	void Post(Command const& inCommand);
 	// Beside all else.
 	void TakeOver(Programme const& inProgramme);
+	std::vector<std::string> TakeWarnings();
+	bool MakeUpForLatency();
 	void SetLoop(std::optional<ProgrammeRange> const& inLoop);
 	void SetSpeed(double inSpeed);
 
@@ -55,6 +58,8 @@ private:
 	void Do(TakeOverCommand const& inCommand);
 	void CheckDevice();
 	void Fail(std::string const& inReason);
+	// With the lock of what is taken over.
+	void Replace(Programme const& inProgramme);
 	std::int64_t FindHeardPlace() const;
 
 	OutputDevice& mDevice;
@@ -66,7 +71,9 @@ private:
 	PlaceHistory mHistory;
 	Transport mTransport;
 
+	// Of the graph that was made last, and what was said of its effects.
 	std::mutex mTakingOver;
+	std::map<std::shared_ptr<Sequence::EffectHealth const>, EffectFault::Kind> mReported;
 	mutable std::mutex mMutex;
 	std::vector<Command> mCommands;
 	std::string mFailure;

@@ -262,7 +262,7 @@ void Transport::CheckNowAndThen()
 		mUnreadBefore += mChecked && mChecked != &graph ? mUnread : 0;
 		mUnread = graph.CountUnreadFrames();
 		mChecked = &graph;
-		graph.Check(mSpeeds.GetPlace());
+		graph.Check();
 	}
 }
 

@@ -46,7 +46,7 @@ public:
 	void TakeOver(PlayedGraph& ioGraph) { mStream.TakeOver(ioGraph, mMode != Mode::kStopped); }
 	bool Has(PlayedGraph const& inGraph) const { return mStream.Has(inGraph); }
 
-	// Fills the ring as far as it goes. Throws a HostError when media or effects have stopped working.
+	// Fills the ring as far as it goes. Throws a HostError when media have stopped being decoded.
 	void Fill();
 	// Without a fade, for when nothing more can be rendered or nobody hears it.
 	void Halt(std::int64_t inPlace);

@@ -51,7 +51,7 @@ std::string DescribeTime(Fault const& inFault, int inSampleRate)
 							: " in the block at " + time;
 }
 
-[[noreturn]] void Throw(Fault const& inFault, Programme const& inProgramme)
+HostError::Parts Describe(Fault const& inFault, Programme const& inProgramme)
 {
 	Sequence::EffectHealth const& effect = *inFault.mEffect;
 	std::string const where = effect.mPlace.empty() ? "" : " on " + effect.mPlace;
@@ -59,27 +59,26 @@ std::string DescribeTime(Fault const& inFault, int inSampleRate)
 	std::string const name = "the effect " + QuoteName(effect.mName) + where;
 	if (inFault.mKind != EffectFault::Kind::kBadInput)
 	{
-		throw HostError(HostError::Kind::kInput,
-			{inProgramme.mFile, effect.mOrigin, name + " " + EffectFault::Describe(inFault.mKind) + time,
-				"remove it, or set it otherwise"});
+		return {inProgramme.mFile, effect.mOrigin, name + " " + EffectFault::Describe(inFault.mKind) + time,
+			"remove it, or set it otherwise"};
 	}
 	std::string const bad = " has samples that are infinite or not a number" + time;
 	SN::FrameRate const frameRate = inProgramme.GetFrameRate();
+	// A playback goes on reading its own.
+	auto const media = inProgramme.mOpenForGraph ? inProgramme.mOpenForGraph() : nullptr;
 	auto const input = FindBadInput(*inProgramme.mDescription, frameRate,
 		SN::TickTime(inProgramme.mFirstFrame + inFault.mFrame, frameRate));
 	if (!input)
 	{
-		throw HostError(
-			HostError::Kind::kInput, {inProgramme.mFile, effect.mOrigin, "what goes into " + name + bad,
-										 "lower the levels before it"});
+		return {
+			inProgramme.mFile, effect.mOrigin, "what goes into " + name + bad, "lower the levels before it"};
 	}
 	std::string const clip =
 		input->mItem.empty() || input->mItem == input->mMedia ? "" : "of the clip " + QuoteName(input->mItem);
-	throw HostError(
-		HostError::Kind::kInput, {inProgramme.mFile, input->mOrigin,
-									 "the file " + QuoteName(input->mMedia) + (clip.empty() ? "" : " ") +
-										 clip + bad + ", which goes into " + name,
-									 "repair the file, or leave that part out"});
+	return {inProgramme.mFile, input->mOrigin,
+		"the file " + QuoteName(input->mMedia) + (clip.empty() ? "" : " ") + clip + bad +
+			", which goes into " + name,
+		"repair the file, or leave that part out"};
 }
 
 } // namespace
@@ -130,6 +129,12 @@ void CheckMedia(Programme const& inProgramme, GraphMedia const& inMedia)
 	}
 }
 
+HostError::Parts DescribeFault(
+	Programme const& inProgramme, Sequence::EffectHealth const& inEffect, std::int64_t inFirstFrame)
+{
+	return Describe(FindFault(inEffect, inProgramme, inFirstFrame), inProgramme);
+}
+
 void CheckEffects(
 	Programme const& inProgramme, Sequence::GraphReport const& inReport, std::int64_t inFirstFrame)
 {
@@ -143,7 +148,8 @@ void CheckEffects(
 	}
 	if (!faults.empty())
 	{
-		Throw(*std::ranges::min_element(faults, {}, &Fault::mFrame), inProgramme);
+		throw HostError(HostError::Kind::kInput,
+			Describe(*std::ranges::min_element(faults, {}, &Fault::mFrame), inProgramme));
 	}
 }
 

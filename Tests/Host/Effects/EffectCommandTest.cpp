@@ -183,7 +183,13 @@ TEST_F(EffectCommandTest, LatencyIsMadeUpForEverywhereInATimeline)
 			return inIsLate ? WithPlugins(inObject, {Late(inFrames), Late(3)}) : inObject;
 		};
 		Json const clip = delay(Clip("A", "tone.wav", 0.25, 0.5), 100);
-		Json const nested = delay(Stack({delay(Track("Inner", {clip}), 1000)}), 333);
+		Json const moving = {
+			{"keyframes", List({{{"time", 0}, {"value", 5}}, {{"time", 0.1}, {"value", 2000}},
+							  {{"time", 0.2}, {"value", 70}}})}};
+		Json const inner = WithPlugins(delay(Track("Inner", {clip}), 1000),
+			inIsLate ? std::initializer_list<Json>{Plugin(kDelay, {{"frames", moving}})}
+					 : std::initializer_list<Json>{});
+		Json const nested = delay(Stack({inner}), 333);
 		Json const sending = WithSettings(delay(Track("Sending", {Clip("B", "tone.wav")}), 77),
 			{{"sends", List({{{"to", "room"}, {"gain", -6}}})}, {"gain", -3}});
 		Json timeline = WithSettings(Timeline({Track("Outer", {Gap(0.1), nested}), sending,
@@ -299,6 +305,30 @@ TEST_F(EffectCommandTest, AFaultNamesItsPlaceAndTime)
 					  "\"A\" has samples that are infinite or not a number at 0:01.250 (sample 60000), which "
 					  "goes into the effect \"Test Delay\" on"),
 			HasSubstr("repair the file")));
+}
+
+TEST_F(EffectCommandTest, PlayingGoesOnAfterAFaultAndSaysSo)
+{
+	Sound sound = MakeSound(1, kRate, kRate / 2);
+	for (float& sample : sound.mSamples)
+	{
+		sample *= 0.5f;
+	}
+	sound.mSamples[4800] = -1.0f;
+	WriteSound(mFolder / "bad.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, sound);
+	WriteBytes(mFolder / "edit.otio",
+		Timeline({Track("Voice", {WithPlugins(Clip("A", "bad.wav", 0.0, 0.5), {Plugin(kFault)})})}).dump());
+	constexpr char kFaultText[] =
+		"'edit.otio', /tracks/children/0/children/0: the effect \"Test Fault\" on 'A' on 'Voice' gave";
+	ProgramResult const lines = Run({"play", "edit.otio", "--device", "null", "--no-ui"});
+	EXPECT_EQ(lines.mExitCode, 3) << lines.mErrors;
+	EXPECT_THAT(
+		lines.mErrors, AllOf(HasSubstr("warning: "), HasSubstr(kFaultText),
+						   HasSubstr("at 0:00.099 (sample 4736); the effect is bypassed from now on")));
+	ProgramResult const events = Run({"play", "edit.otio", "--device", "null", "--json"});
+	EXPECT_EQ(events.mErrors, "");
+	EXPECT_THAT(events.mOutput, AllOf(HasSubstr("{\"event\":\"fault\",\"message\":\"'edit.otio'"),
+									HasSubstr("\"event\":\"end\""), HasSubstr("\"sample\":24000")));
 }
 
 // What is after a range that is cut off is no tail.

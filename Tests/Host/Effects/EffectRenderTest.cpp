@@ -1,10 +1,5 @@
 #include "EffectFolders.h"
 #include "Host/ClipRenders.h"
-#include "SonaroHost/Engine/OfflineRender.h"
-#include "SonaroHost/Engine/RenderContextScope.h"
-#include "SonaroHost/Sequence/FileMedia.h"
-#include "SonaroHost/Sequence/SequenceGraph.h"
-#include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
@@ -241,45 +236,6 @@ TEST_F(EffectRenderTest, AFaultEndsTheRenderWithoutAnOutput)
 		ExpectRefusal(request, text, HostError::Kind::kInput);
 		EXPECT_THAT(mFolder.List(), testing::ElementsAre("in.wav"));
 	}
-}
-
-// A host that goes on hears what passes by the effect, as late as the effect was.
-TEST_F(EffectRenderTest, AFaultBypassesTheEffectFromThenOn)
-{
-	constexpr std::int64_t kFrames = 4000;
-	Sound sound = Scale(MakeSound(1, kRate, kFrames), 0.5f);
-	sound.mSamples[1064] = -1.0f;
-	WriteInput(sound);
-	Effects::PreparedEffect const fault({kFault}, kRate);
-	FileMedia media;
-	Sequence::Description description;
-	description.mLayout = zorvmediatypes::CreateMonoChannelLayout();
-	Sequence::Track& track = description.mTracks.emplace_back();
-	track.mLayout = description.mLayout;
-	track.mChain.mStages.push_back(
-		Sequence::Effect{"Fault", [&fault](auto const&... inGraph) { return fault.Make(inGraph...); }});
-	Sequence::Item& item = track.mItems.emplace_back();
-	item.mEnd = SN::TickTime(kFrames, SN::FrameRate::FromSamplesPerSecond(kRate));
-	item.mContent = Sequence::Clip{media.Get(mFolder / "in.wav", "in.wav"), 0, {}};
-
-	OfflineRange const range{kFrames, SN::FrameRate::FromSamplesPerSecond(kRate), 1, 100};
-	RenderContextScope const context(range.mBlockFrames, item.mEnd, SN::ImmutableString("test"));
-	Sequence::SequenceGraph const graph(description, context.Get(), range.mFrameRate);
-	Sound heard{1, kRate, {}};
-	RenderOffline(graph.GetGenerator(), range,
-		[&heard](dsp::AudioBuffer& ioBlock, SN::TickTime const&)
-		{
-			for (unsigned i = 0; i < ioBlock.GetUseSize(); ++i)
-			{
-				heard.mSamples.push_back(ioBlock.IsChannelSilent(0) ? 0.0f : ioBlock.GetChannel(0)[i]);
-			}
-		},
-		{});
-	EXPECT_TRUE(SameBits(heard.Cut(0, 1000), sound.Cut(0, 1000)));
-	EXPECT_TRUE(SameBits(heard.Cut(1000, 164), Sound{1, kRate, std::vector<float>(164)}));
-	EXPECT_TRUE(SameBits(heard.Cut(1164, 2836), sound.Cut(1164, 2836)));
-	ASSERT_EQ(graph.GetReport().mEffects.size(), 1u);
-	EXPECT_EQ(graph.GetReport().mEffects[0]->mFault.load(), EffectFault::Kind::kNotANumber);
 }
 
 TEST_F(EffectRenderTest, ATailIsHeardToItsEnd)

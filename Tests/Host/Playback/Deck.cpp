@@ -53,11 +53,16 @@ Frames Deck::PullLate(std::int64_t inFrames)
 
 Frames Deck::TakeOver(Programme const& inProgramme)
 {
+	return PullDuring([&] { mPlayback.TakeOver(inProgramme); });
+}
+
+Frames Deck::PullDuring(std::function<void()> const& inWork)
+{
 	std::atomic<bool> isDone = false;
 	std::thread builder(
 		[&]
 		{
-			mPlayback.TakeOver(inProgramme);
+			inWork();
 			isDone = true;
 		});
 	while (!isDone)

@@ -5,6 +5,7 @@
 #include "SonaroHost/Sequence/Description.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -52,6 +53,8 @@ public:
 	Frames PullLate(std::int64_t inFrames);
 	// The frames that are heard until another programme has taken over.
 	Frames TakeOver(Programme const& inProgramme);
+	// Those that are heard while another thread works.
+	Frames PullDuring(std::function<void()> const& inWork);
 	// Stops, and lets go by what is left.
 	void Rest();
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace SonaroHost::Playback
@@ -36,7 +37,8 @@ struct PlaybackSettings
 // Misses   What comes too late is silence, with a fade of 2 ms, and heard afterwards. See PlaybackState.
 // Failure  A device that is lost, or media that cannot be decoded, stop the playback. Play tries again.
 // Prefetch Reading ahead is measured for the process as a whole: one playback at a time.
-// Threads  Any, one call at a time; GetState and TakeOver may come beside all others. The device's callback neither
+// Threads  Any, one call at a time; GetState, TakeOver, TakeWarnings and MakeUpForLatency
+//          may come beside all others. The device's callback neither
 //          waits, locks nor allocates, nor does rendering a block; between blocks, the render thread takes commands and
 //          asks for media, for which it allocates and takes short locks.
 class Playback
@@ -69,6 +71,13 @@ public:
 	// the one before is gone, so that a thread of its own may wait here. Throws a HostError, and goes on as before, when
 	// there is no such graph or when rate or channels are other ones.
 	void TakeOver(Programme const& inProgramme);
+
+	// What is to be said of effects that have stopped working since the last call, or were given samples that are no
+	// numbers: each once, with name, place and time. They are bypassed from then on, such samples silent.
+	std::vector<std::string> TakeWarnings();
+	// Where an effect has come to report more latency than is made up for: as TakeOver of the same programme, which makes up
+	// for it. False where none has.
+	bool MakeUpForLatency();
 
 	PlaybackState GetState() const;
 

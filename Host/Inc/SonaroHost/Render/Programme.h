@@ -3,6 +3,7 @@
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/Prefetcher.h"
 #include "Sonaro/Types.h"
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/GraphMedia.h"
 #include "SonaroHost/Sequence/Description.h"
 #include "SonaroHost/Sequence/SequenceGraph.h"
@@ -54,6 +55,12 @@ unsigned ChooseBlock(Programme const& inProgramme, unsigned inWanted);
 // Throws a HostError when one of the media, the programme's own or those of one of its graphs, stopped being decoded or,
 // where the programme refuses it, was found damaged.
 void CheckMedia(Programme const& inProgramme, GraphMedia const& inMedia);
+
+// What an error says of an effect of a graph that has a fault: name, place and time, and what it hears where that is to
+// blame, for which media are read. Until then nothing else may be opened for a graph of the programme. inFirstFrame: as
+// below.
+HostError::Parts DescribeFault(
+	Programme const& inProgramme, Sequence::EffectHealth const& inEffect, std::int64_t inFirstFrame);
 
 // Throws a HostError when an effect of a graph has a fault, which names the first one in time, and what it hears where that
 // is to blame. inFirstFrame: where the block that was rendered last begins in the programme.

@@ -30,10 +30,12 @@ struct EffectHealth
 	{
 	}
 
-	// The first fault counts.
+	// The first fault counts, and one of its own more than what it was given.
 	void NoteFault(EffectFault::Kind inKind, SN::TickTime const& inTime)
 	{
-		if (mFault.load(std::memory_order_relaxed) == EffectFault::Kind::kNone)
+		EffectFault::Kind const before = mFault.load(std::memory_order_relaxed);
+		bool const isWorse = before == EffectFault::Kind::kBadInput && inKind != EffectFault::Kind::kBadInput;
+		if (before == EffectFault::Kind::kNone || isWorse)
 		{
 			mFaultTicks.store(inTime.GetTicks(), std::memory_order_relaxed);
 			mFault.store(inKind, std::memory_order_release);

@@ -73,12 +73,6 @@ std::int64_t PlayedGraph::CountRun(
 	return run;
 }
 
-void PlayedGraph::Check(std::int64_t inPlace) const
-{
-	CheckMedia(mProgramme, GetMedia());
-	CheckEffects(mProgramme, mGraph.GetReport(), std::clamp<std::int64_t>(inPlace, 0, mProgramme.mFrames));
-}
-
 bool PlayedGraph::IsWithin(PlayOrder const& inOrder, std::int64_t inPlace) const
 {
 	std::int64_t const frame = inOrder.mIsReverse ? inPlace - 1 : inPlace;

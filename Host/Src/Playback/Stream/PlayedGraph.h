@@ -46,8 +46,10 @@ public:
 	// How far beyond a run what it depends on goes, at most.
 	std::int64_t GetAheadFrames() const { return mAheadFrames; }
 
-	// Throws a HostError when media or effects have stopped working.
-	void Check(std::int64_t inPlace) const;
+	// Throws a HostError when media have stopped being decoded.
+	void Check() const { CheckMedia(mProgramme, GetMedia()); }
+	// What its effects report goes on being written while it is played; any thread reads it.
+	Sequence::GraphReport const& GetReport() const { return mGraph.GetReport(); }
 	// How many frames of media were silent since they were not there when they were played.
 	std::uint64_t CountUnreadFrames() const { return GetMedia().CountUnreadFrames(); }
 
