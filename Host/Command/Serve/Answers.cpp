@@ -166,6 +166,13 @@ void AnswerWave(httplib::Request const& inRequest, httplib::Response& outRespons
 		outResponse.set_header("Content-Range", "bytes */" + std::to_string(length));
 		return;
 	}
+	inFile->CheckRange(range.mFirst, range.mEnd);
+	// What cannot be rendered is refused while there is still a status to say so.
+	auto const first = std::make_shared<std::string>(
+		inRequest.method == "HEAD"
+			? std::string()
+			: inFile->Read(
+				  range.mFirst, std::min(kFirstBytes, range.mEnd - range.mFirst), GetRenderDeadline()));
 	if (range.mKind == ByteRange::Kind::kPart)
 	{
 		outResponse.status = 206;
@@ -173,12 +180,6 @@ void AnswerWave(httplib::Request const& inRequest, httplib::Response& outRespons
 													std::to_string(range.mEnd - 1) + "/" +
 													std::to_string(length));
 	}
-	// What cannot be rendered is refused while there is still a status to say so.
-	auto const first = std::make_shared<std::string>(
-		inRequest.method == "HEAD"
-			? std::string()
-			: inFile->Read(
-				  range.mFirst, std::min(kFirstBytes, range.mEnd - range.mFirst), GetRenderDeadline()));
 	outResponse.set_content_provider(static_cast<std::size_t>(range.mEnd - range.mFirst), "audio/wav",
 		[inFile, range, first](std::size_t inOffset, std::size_t, httplib::DataSink& ioSink)
 		{

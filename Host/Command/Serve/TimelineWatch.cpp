@@ -1,6 +1,7 @@
 #include "TimelineWatch.h"
 
 #include "Report/Json.h"
+#include "Terminal/Console.h"
 
 #include <chrono>
 #include <exception>
@@ -39,7 +40,7 @@ std::shared_ptr<SonaroHost::Serve::ServedTimeline> TimelineWatch::Get() const
 std::string TimelineWatch::GetProblem() const
 {
 	std::lock_guard const lock(mMutex);
-	return mProblem;
+	return mProblem.empty() ? mTimeline->GetProblem() : mProblem;
 }
 
 void TimelineWatch::Watch(std::stop_token const& inStop)
@@ -54,7 +55,19 @@ void TimelineWatch::Watch(std::stop_token const& inStop)
 		{
 			Reload();
 		}
+		ReportProblem();
 	}
+}
+
+void TimelineWatch::ReportProblem()
+{
+	std::string const problem = Get()->GetProblem();
+	if (!problem.empty() && problem != mReported)
+	{
+		PrintWarning(problem);
+		mEvents.Post("problem", MakeLine({{"error", problem}}));
+	}
+	mReported = problem;
 }
 
 void TimelineWatch::Reload()

@@ -23,12 +23,14 @@ public:
 	TimelineWatch(SonaroHost::Serve::ServeRequest inRequest, EventHub& ioEvents);
 
 	std::shared_ptr<SonaroHost::Serve::ServedTimeline> Get() const;
-	// Why the present state cannot be served; empty when it is.
+	// Why the present state of the file cannot be served, or something of it cannot be rendered; empty when all can.
 	std::string GetProblem() const;
 
 private:
 	void Watch(std::stop_token const& inStop);
 	void Reload();
+	// Says once what could not be rendered.
+	void ReportProblem();
 
 	SonaroHost::Serve::ServeRequest mRequest;
 	EventHub& mEvents;
@@ -36,6 +38,8 @@ private:
 	std::condition_variable_any mStopped;
 	std::shared_ptr<SonaroHost::Serve::ServedTimeline> mTimeline;
 	std::string mProblem;
+	// The watching thread's.
+	std::string mReported;
 	std::jthread mThread;
 };
 

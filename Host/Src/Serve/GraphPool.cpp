@@ -1,7 +1,9 @@
 #include "GraphPool.h"
 
+#include "Render/Effect/LatencyGrowth.h"
 #include "Render/Piece/PieceRenderer.h"
 #include "Render/RangeRequest.h"
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Engine/OfflineRender.h"
 #include "SonaroHost/Serve/TooBusyError.h"
 #include "zorvaudiodsp/AudioBuffer.h"
@@ -22,6 +24,8 @@ namespace
 constexpr unsigned kServedBlockFrames = 4096;
 // A graph that was not used for so long has hardly a client who goes on where it stands.
 constexpr auto kIdleTime = std::chrono::seconds(2);
+// Choices of tracks whose failures are remembered.
+constexpr std::size_t kMostFailures = 64;
 
 RangeRender MakeRender(Programme const& inProgramme, LeftOut const& inLeftOut, unsigned inBlockFrames)
 {
@@ -47,8 +51,9 @@ OfflineRange MakeServedRange(Programme const& inProgramme)
 class GraphPool::Slot
 {
 public:
-	explicit Slot(Programme const& inProgramme)
+	Slot(Programme const& inProgramme, std::mutex& ioMaking)
 		: mProgramme(inProgramme),
+		  mMaking(ioMaking),
 		  mRange(MakeServedRange(inProgramme)),
 		  mPiece(mRange.mChannels, mRange.mBlockFrames, 0)
 	{
@@ -57,6 +62,7 @@ public:
 	// Throws a HostError when the graph cannot be made.
 	void MakeGraph(LeftOut const& inLeftOut)
 	{
+		std::lock_guard const lock(mMaking);
 		mRenderer.reset();
 		mBlock.reset();
 		mLeftOut = inLeftOut;
@@ -64,6 +70,15 @@ public:
 		mRenderer.emplace(mProgramme, mRender, mRange);
 	}
 	bool HasGraph() const { return mRenderer.has_value(); }
+	// An effect that has stopped working would stay so.
+	void DropGraph()
+	{
+		std::lock_guard const lock(mMaking);
+		mRenderer.reset();
+		mBlock.reset();
+	}
+	// The first frame of the block that was begun last.
+	std::int64_t GetLastPlace() const { return mLastBlock * mRange.mBlockFrames; }
 
 	Sequence::GraphReport const& GetReport() const { return mRenderer->GetReport(); }
 	bool GoesOnAt(std::int64_t inFrame) const
@@ -105,7 +120,56 @@ private:
 		}
 	}
 
+	// Where the latency of an effect grows, another graph, which makes up for it, renders again what the run began with.
 	void RenderBlock(std::int64_t inBlock, Clock::time_point inDeadline)
+	{
+		mRunStart = mBlock && inBlock == *mBlock + 1 ? mRunStart : inBlock;
+		std::int64_t first = inBlock;
+		for (int growths = 0;;)
+		{
+			try
+			{
+				for (std::int64_t block = first; block <= inBlock; ++block)
+				{
+					RenderOnce(block, inDeadline);
+				}
+				return;
+			}
+			catch (LatencyGrowth const&)
+			{
+				first = mRunStart;
+				if (++growths > 1)
+				{
+					FindLargestLatency(inDeadline);
+				}
+				MakeGraph(mLeftOut);
+			}
+		}
+	}
+
+	// Of the programme from the start of the run on, or of as much as half of the time allows.
+	void FindLargestLatency(Clock::time_point inDeadline)
+	{
+		auto const now = Clock::now();
+		auto const end = now + (inDeadline - now) / 2;
+		MakeGraph(mLeftOut);
+		mProgramme.mSearchesLatency = true;
+		try
+		{
+			for (std::int64_t block = mRunStart;
+				 block * mRange.mBlockFrames < mRange.mFrames && Clock::now() < end; ++block)
+			{
+				RenderOnce(block, inDeadline);
+			}
+		}
+		catch (HostError const&)
+		{
+			// Whoever asks for that place hears of it.
+		}
+		mProgramme.mSearchesLatency = false;
+	}
+
+	void RenderOnce(std::int64_t inBlock, Clock::time_point inDeadline)
 	{
 		if (Clock::now() > inDeadline)
 		{
@@ -114,6 +178,7 @@ private:
 		std::atomic<bool> const isEnding{false};
 		std::int64_t const first = inBlock * mRange.mBlockFrames;
 		mBlock.reset();
+		mLastBlock = inBlock;
 		mPiece.Clear();
 		mRenderer->Render(
 			first, std::min<std::int64_t>(mRange.mBlockFrames, mRange.mFrames - first), isEnding, mPiece);
@@ -141,13 +206,17 @@ private:
 		return count;
 	}
 
-	Programme const& mProgramme;
+	Programme mProgramme;
+	std::mutex& mMaking;
 	OfflineRange mRange;
 	RangeRender mRender;
 	Piece mPiece;
 	std::optional<PieceRenderer> mRenderer;
 	// The number of the block that the piece holds.
 	std::optional<std::int64_t> mBlock;
+	// From where on blocks were rendered without a gap, and the one that was begun last.
+	std::int64_t mRunStart = 0;
+	std::int64_t mLastBlock = 0;
 };
 
 // A slot as long as it is used.
@@ -162,7 +231,6 @@ public:
 		{
 			if (!mSlot.HasGraph() || mSlot.mLeftOut != inLeftOut)
 			{
-				std::lock_guard const lock(mPool.mMaking);
 				mSlot.MakeGraph(inLeftOut);
 			}
 		}
@@ -200,7 +268,44 @@ void GraphPool::Render(
 	LeftOut const& inLeftOut, ProgrammeRange const& inRange, Clock::time_point inDeadline, Sink const& inSink)
 {
 	Loan slot(*this, inLeftOut, inRange.mFirstFrame, inDeadline);
-	slot->Render(inRange, mLimits.mWarmUpFrames, inDeadline, inSink);
+	try
+	{
+		slot->Render(inRange, mLimits.mWarmUpFrames, inDeadline, inSink);
+	}
+	catch (HostError const& error)
+	{
+		slot->DropGraph();
+		NoteFailure(inLeftOut, {slot->GetLastPlace(), error});
+		throw;
+	}
+}
+
+void GraphPool::NoteFailure(LeftOut const& inLeftOut, Failure const& inFailure)
+{
+	std::lock_guard const lock(mMutex);
+	if (mFailures.size() >= kMostFailures)
+	{
+		mFailures.clear();
+	}
+	mFailures.try_emplace(inLeftOut, inFailure);
+	mProblem = mProblem.empty() ? inFailure.mError.what() : mProblem;
+}
+
+void GraphPool::CheckRange(LeftOut const& inLeftOut, ProgrammeRange const& inRange) const
+{
+	std::lock_guard const lock(mMutex);
+	auto const found = mFailures.find(inLeftOut);
+	if (found != mFailures.end() && found->second.mFrame >= inRange.mFirstFrame &&
+		found->second.mFrame - inRange.mFirstFrame < inRange.mFrames)
+	{
+		throw found->second.mError;
+	}
+}
+
+std::string GraphPool::GetProblem() const
+{
+	std::lock_guard const lock(mMutex);
+	return mProblem;
 }
 
 GraphPool::Slot& GraphPool::Borrow(
@@ -233,7 +338,7 @@ GraphPool::Slot* GraphPool::FindFree(LeftOut const& inLeftOut, std::int64_t inFi
 	bool const isIdle = oldest && Clock::now() - oldest->mLastUse > kIdleTime;
 	if (!isIdle && mSlots.size() < mLimits.mMostGraphs)
 	{
-		return mSlots.emplace_back(std::make_unique<Slot>(mProgramme)).get();
+		return mSlots.emplace_back(std::make_unique<Slot>(mProgramme, mMaking)).get();
 	}
 	return oldest ? oldest : FindOldest(nullptr);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/ProgrammeRange.h"
 #include "SonaroHost/Render/Programme.h"
 
@@ -7,6 +8,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -29,6 +31,7 @@ using LeftOut = std::set<std::string>;
 //
 // Start    A stretch anywhere else begins with what the graph settles by itself. Where that does not give the samples of
 //          one run from the start (see FindWhyInOneRun), the warm-up is rendered before it and discarded.
+// Latency  Where that of an effect grows, another graph makes up for it, and renders again from where its run began.
 // Errors   A HostError of the media or an effect; TooBusyError past the deadline.
 // Threads  Any.
 class GraphPool
@@ -57,8 +60,18 @@ public:
 
 	void Render(LeftOut const& inLeftOut, ProgrammeRange const& inRange, Clock::time_point inDeadline,
 		Sink const& inSink);
+	// Throws the HostError of a former Render that failed within the range.
+	void CheckRange(LeftOut const& inLeftOut, ProgrammeRange const& inRange) const;
+	// The first such error in words; empty for none.
+	std::string GetProblem() const;
 
 private:
+	// The block that could not be rendered, by its first frame.
+	struct Failure
+	{
+		std::int64_t mFrame = 0;
+		HostError mError;
+	};
 	class Slot;
 	class Loan;
 
@@ -68,14 +81,17 @@ private:
 	// Of those without these tracks; null for any.
 	Slot* FindOldest(LeftOut const* inLeftOut) const;
 	void GiveBack(Slot& ioSlot);
+	void NoteFailure(LeftOut const& inLeftOut, Failure const& inFailure);
 
 	Programme mProgramme;
 	Limits mLimits;
-	std::mutex mMutex;
+	mutable std::mutex mMutex;
 	std::condition_variable mGivenBack;
-	std::vector<std::unique_ptr<Slot>> mSlots;
+	std::map<LeftOut, Failure> mFailures;
+	std::string mProblem;
 	// Graphs that read the same media are made and freed one at a time.
 	std::mutex mMaking;
+	std::vector<std::unique_ptr<Slot>> mSlots;
 };
 
 } // namespace SonaroHost::Serve

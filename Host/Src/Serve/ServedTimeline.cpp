@@ -181,6 +181,11 @@ std::shared_ptr<MixFile const> ServedTimeline::OpenWave(
 	return mFiles.emplace(inChoice, std::move(file)).first->second;
 }
 
+std::string ServedTimeline::GetProblem() const
+{
+	return mPool->GetProblem();
+}
+
 void ServedTimeline::Hear(TrackChoice const& inChoice, ProgrammeRange const& inRange,
 	MixFile::Clock::time_point inDeadline, std::function<void(dsp::AudioBuffer const& inBlock)> const& inSink)
 {
@@ -204,6 +209,7 @@ std::unique_ptr<MixStream> ServedTimeline::OpenFlac(
 	{
 		Refuse("the range has no sample; the timeline has " + std::to_string(mContent->mSequence.mFrames));
 	}
+	mPool->CheckRange(ListLeftOut(inChoice), {first, frames});
 	return std::make_unique<FlacStream>(
 		mPool, ListLeftOut(inChoice), mContent->MakeFormat(format, {first, frames}), first);
 }

@@ -40,6 +40,16 @@ std::string WaveFile::Read(std::int64_t inOffset, std::int64_t inMost, Clock::ti
 	return cut(mFrame.mTrailer, inOffset - header - mFrame.mSampleBytes);
 }
 
+void WaveFile::CheckRange(std::int64_t inOffset, std::int64_t inEnd) const
+{
+	std::int64_t const frameBytes = std::int64_t{GetSampleSize(mFormat.mFormat.mSamples)} *
+									static_cast<std::int64_t>(mFormat.mLayout.size());
+	auto const header = static_cast<std::int64_t>(mFrame.mHeader.size());
+	std::int64_t const first = std::max<std::int64_t>(inOffset - header, 0) / frameBytes;
+	std::int64_t const end = (std::min(inEnd - header, mFrame.mSampleBytes) + frameBytes - 1) / frameBytes;
+	mPool->CheckRange(mLeftOut, {first, end - first});
+}
+
 std::string WaveFile::ReadSamples(
 	std::int64_t inFirst, std::int64_t inMost, Clock::time_point inDeadline) const
 {

@@ -21,6 +21,7 @@ public:
 	std::string const& GetTag() const override { return mTag; }
 	std::string const& GetWhyInOneRun() const override { return mWhyInOneRun; }
 	double GetWarmUpSeconds() const override;
+	void CheckRange(std::int64_t inOffset, std::int64_t inEnd) const override;
 	std::string Read(std::int64_t inOffset, std::int64_t inMost, Clock::time_point inDeadline) const override;
 
 private:

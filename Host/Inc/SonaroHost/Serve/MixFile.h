@@ -29,6 +29,8 @@ public:
 	virtual std::string const& GetWhyInOneRun() const = 0;
 	virtual double GetWarmUpSeconds() const = 0;
 
+	// Throws the HostError that a former reading of this part met.
+	virtual void CheckRange(std::int64_t inOffset, std::int64_t inEnd) const = 0;
 	// Up to inMost bytes, one at least, from inOffset on, which is below the length; they end with a frame where more
 	// follow. Throws a HostError, or a TooBusyError past the deadline.
 	virtual std::string Read(

@@ -76,6 +76,8 @@ public:
 	std::string const& GetTag() const { return mTag; }
 	// Whether the timeline and its media are still what they were.
 	bool IsCurrent() const;
+	// Why something of it could not be rendered, such as an effect that crashed; empty while all could.
+	std::string GetProblem() const;
 
 	// Throws a HostError of kind kRequest for a track that does not exist, and those of MixFile.
 	std::shared_ptr<MixFile const> OpenWave(

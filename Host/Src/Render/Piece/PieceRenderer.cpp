@@ -113,7 +113,7 @@ void PieceRenderer::RenderBlocks(
 		mGraph->GetGenerator()->GetAudioData(getTime(inFirstFrame + done), mBlock, false);
 		CheckMedia(mProgramme, *mMedia);
 		CheckEffects(mProgramme, mGraph->GetReport(), mRender.mRange.mFirstFrame + inFirstFrame + done);
-		if (HasLateEffect(mGraph->GetReport()))
+		if (HasLateEffect(mGraph->GetReport()) && !mProgramme.mSearchesLatency)
 		{
 			throw LatencyGrowth();
 		}
