@@ -240,6 +240,50 @@ std::string MakeAngles(Json const& inReport)
 						 angles, {}));
 }
 
+// "gain 6, cutoff from 100 by 3 keyframes, bypassed".
+std::string DescribeControls(Json const& inEffect)
+{
+	std::string text;
+	auto const add = [&text](std::string const& inPart) { text += (text.empty() ? "" : ", ") + inPart; };
+	auto const describe = [](Json const& inValue)
+	{
+		return inValue.is_object() ? "from " + FormatNumber(inValue["first"].get<double>()) + " by " +
+										 FormatCount(inValue["keyframes"].get<std::size_t>(), "keyframe")
+			   : inValue.is_string() ? inValue.get<std::string>()
+									 : FormatNumber(inValue.get<double>());
+	};
+	if (inEffect.contains("preset"))
+	{
+		add("preset " + GetText(inEffect, "preset"));
+	}
+	if (auto const controls = inEffect.find("controls"); controls != inEffect.end())
+	{
+		for (auto const& [symbol, value] : controls->items())
+		{
+			add(symbol + " " + describe(value));
+		}
+	}
+	if (auto const bypass = inEffect.find("bypass"); bypass != inEffect.end() && *bypass != false)
+	{
+		add(*bypass == true ? "bypassed" : "bypass " + describe(*bypass));
+	}
+	return text;
+}
+
+std::string MakeEffects(Json const& inReport)
+{
+	auto const effects = inReport.find("effects");
+	return effects == inReport.end() || effects->empty()
+			   ? ""
+			   : MakeSection("effects", "Effects",
+					 MakeTable("Plugins in the order in which they were made",
+						 {TextColumn("Effect", "name"), TextColumn("On", "on"),
+							 {"Controls", DescribeControls},
+							 FixedColumn("Latency, samples", "latencySamples", 0), TextColumn("URI", "uri"),
+							 TextColumn("Place", "place")},
+						 *effects, {}));
+}
+
 std::string MakeMissing(Json const& inReport)
 {
 	return MakeSection("missing", "Missing media",
@@ -387,7 +431,7 @@ std::string MakeReportPage(Json const& inReport, ReportPictures const& inPicture
 		(isTimeline
 				? MakeTracks(inReport) + MakeAngles(inReport) + MakeMarkers(inReport) + MakeMissing(inReport)
 				: MakeInputs(inReport)) +
-		MakeDamaged(inReport) + (isTimeline ? MakeNotes(inReport) : "");
+		MakeEffects(inReport) + MakeDamaged(inReport) + (isTimeline ? MakeNotes(inReport) : "");
 	std::string const name = GetInputName(inReport);
 	Json const& range = inReport["range"];
 	std::string const lead = FormatTime(range["samples"].get<std::int64_t>(), GetRate(inReport)) + ", " +

@@ -135,7 +135,7 @@ void PlayLines::PrintEnd(State const& inState)
 	if (inState.mMisses > 0)
 	{
 		PrintWarning(SonaroHost::FormatCount(inState.mMisses, "block") +
-					 " came too late and had silence in them; raise --ahead");
+					 " came too late, and silence was heard in their place; raise --ahead");
 	}
 	if (inState.mUnreadFrames > 0)
 	{

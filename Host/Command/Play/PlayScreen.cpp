@@ -214,8 +214,31 @@ private:
 							  FormatLoudness(loudness.mShortTerm) + "  integrated " +
 							  FormatLoudness(loudness.mIntegrated) + " LUFS");
 		std::string const& message = inState.mFailure.empty() ? mControls.GetMessage() : inState.mFailure;
-		PrintLine(footer + 1, SonaroHost::MakePrintable(message), A_BOLD);
+		DrawMessage(footer + 1, SonaroHost::MakePrintable(message));
 		PrintLine(footer + 2, kHelp, A_DIM);
+	}
+
+	// A long one covers what is above that line.
+	static void DrawMessage(int inLastLine, std::string const& inText)
+	{
+		auto const columns = static_cast<std::size_t>(std::max(getmaxx(stdscr) - 1, 1));
+		std::vector<std::string> lines;
+		for (std::size_t begin = 0; begin < inText.size();)
+		{
+			std::size_t const space = inText.rfind(' ', begin + columns);
+			bool const isLast = inText.size() - begin <= columns;
+			bool const isSplit = !isLast && space != std::string::npos && space > begin;
+			std::size_t const end = isLast ? inText.size() : isSplit ? space + 1 : begin + columns;
+			lines.push_back(inText.substr(begin, end - begin));
+			begin = end;
+		}
+		int line = inLastLine - static_cast<int>(lines.size()) + 1;
+		for (std::string const& text : lines)
+		{
+			std::string row = text;
+			row.resize(std::max(row.size(), columns), ' ');
+			PrintLine(line++, row, A_BOLD);
+		}
 	}
 
 	static std::string DescribeBar(MeterBar const& inBar)

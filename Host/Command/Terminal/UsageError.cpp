@@ -3,9 +3,11 @@
 #include "SonaroHost/Base/HostError.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -139,12 +141,12 @@ std::string DescribeNoCommand(CLI::App const& inProgram, CLI::ParseError const& 
 }
 
 // "16,24,32f" to words.
-std::vector<std::string> SplitWords(std::string const& inList)
+std::vector<std::string> SplitWords(std::string const& inList, char inSeparator = ',')
 {
 	std::vector<std::string> words;
 	for (std::size_t start = 0; start <= inList.size();)
 	{
-		std::size_t const end = std::min(inList.find(',', start), inList.size());
+		std::size_t const end = std::min(inList.find(inSeparator, start), inList.size());
 		words.push_back(inList.substr(start, end - start));
 		start = end + 1;
 	}
@@ -155,6 +157,26 @@ bool IsWholeNumber(std::string_view inText)
 {
 	std::string_view const digits = inText.substr(inText.starts_with('-') || inText.starts_with('+') ? 1 : 0);
 	return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+bool IsNumber(std::string const& inText)
+{
+	double number = 0.0;
+	auto const [end, error] = std::from_chars(inText.data(), inText.data() + inText.size(), number);
+	return error == std::errc() && end == inText.data() + inText.size();
+}
+
+// "0 to 60.5" for "0.000000 to 60.500000".
+std::string DropZeros(std::string const& inText)
+{
+	std::string text;
+	for (std::string const& word : SplitWords(inText, ' '))
+	{
+		bool const isFraction = word.find('.') != std::string::npos;
+		std::size_t const last = isFraction ? word.find_last_not_of('0') : word.size() - 1;
+		text += (text.empty() ? "" : " ") + word.substr(0, word[last] == '.' ? last : last + 1);
+	}
+	return text;
 }
 
 // Describes a value that a check of the option refuses. The library writes "--bits: 12 not in {16,24,32f}" and
@@ -176,10 +198,12 @@ std::string DescribeRefusedValue(std::string const& inText)
 	{
 		std::size_t const start = colon + 2 + kValue.size();
 		std::string const value = inText.substr(start, range - start);
-		// All such options are whole numbers.
-		return option +
-			   (IsWholeNumber(value) ? value + " is out of range" : "'" + value + "' is not a whole number") +
-			   "; use " + inText.substr(range + kRange.size());
+		std::string const limits = inText.substr(range + kRange.size());
+		bool const isWhole = limits.find('.') == std::string::npos;
+		bool const isNumber = isWhole ? IsWholeNumber(value) : IsNumber(value);
+		char const* const kind = isWhole ? "' is not a whole number" : "' is not a number";
+		return option + (isNumber ? value + " is out of range" : "'" + value + kind) + "; use " +
+			   DropZeros(limits);
 	}
 	std::string const value = inText.substr(colon + 2, set - colon - 2);
 	std::string const list = inText.substr(set + kSet.size(), inText.rfind('}') - set - kSet.size());
