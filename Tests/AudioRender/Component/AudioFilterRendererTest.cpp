@@ -132,18 +132,13 @@ TEST(AudioFilterRenderer, TheEffectGetsWhatTheContextSays)
 			isPlayback ? "initialize for playback 256 5292000 2" : "initialize 256 5292000 2";
 		EXPECT_THAT(filter->TakeLog(), ElementsAre(initialize));
 		EXPECT_THAT(second->TakeLog(), ElementsAre(initialize));
-		filter->mRecordsBlocks = second->mRecordsBlocks = true;
-		renderer->Preroll(kTimeZero, false);
+		filter->mRecordsBlocks = true;
 		dsp::AudioBuffer buffer(2, 16);
-		renderer->ProcessAudioData(buffer, TickTime(3, k48000Hz));
 		context->SetFilterRenderFlag(true);
 		renderer->ProcessAudioData(buffer, TickTime(4, k48000Hz));
-		EXPECT_THAT(filter->TakeLog(), ElementsAre("process 15876000", "process 21168000 flag"));
-		renderer->ShutdownAudioFilter();
-		EXPECT_THAT(filter->TakeLog(), ElementsAre("shutdown"));
-		EXPECT_THAT(second->TakeLog(), ElementsAre("shutdown"));
 		renderer->Clone(k48000Hz, 256, 16);
-		EXPECT_THAT(filter->TakeLog(), ElementsAre(isPlayback ? "clone for playback" : "clone"));
+		EXPECT_THAT(filter->TakeLog(),
+			ElementsAre("process 21168000 flag", isPlayback ? "clone for playback" : "clone"));
 	}
 }
 
@@ -164,11 +159,9 @@ TEST(AudioFilterRenderer, AMachineExceptionNamesTheEffect)
 		}
 		catch (AudioFilterException const& exception)
 		{
-			AudioFilterException copy({}, "another");
-			copy = AudioFilterException(exception);
-			EXPECT_EQ(copy.GetAudioFilter(), filter);
-			EXPECT_EQ(copy.GetResultCode(), static_cast<int>(0xF865001E));
-			EXPECT_STREQ(copy.what(), "Caught machine exception while prerolling audio filter.");
+			EXPECT_EQ(exception.GetAudioFilter(), filter);
+			EXPECT_EQ(exception.GetResultCode(), static_cast<int>(0xF865001E));
+			EXPECT_STREQ(exception.what(), "Caught machine exception while prerolling audio filter.");
 		}
 	}
 	EXPECT_THAT(capture.GetMessages(),
@@ -228,20 +221,10 @@ TEST(AudioFilterRenderer, TheSecondEffectProcessesWholeStretches)
 {
 	ScopedContext const context;
 	auto const filter = MakeObject<FakeFilter>();
-	int asked = 0;
-	auto const callback = [&](float**, long long inStart, int inCount)
-	{
-		EXPECT_EQ(inStart, At(7).GetTicks());
-		EXPECT_EQ(inCount, 3);
-		++asked;
-	};
 	InterfaceRef<IOfflineAudioProcessor> const with(Make(context, filter, {}, MakeObject<FakeFilter>()));
 	EXPECT_EQ(with->GetOfflineLatency(), kTimeMax);
-	with->CreateProcessedStream(callback, 3, At(7));
-	EXPECT_EQ(asked, 1);
 	InterfaceRef<IOfflineAudioProcessor> const without(Make(context, filter, {}));
 	EXPECT_THROW(without->GetOfflineLatency(), NullPtrException);
-	EXPECT_THROW(without->CreateProcessedStream(callback, 3, At(7)), NullPtrException);
 }
 
 TEST(AudioFilterRenderer, RefusesWhatCannotRun)
@@ -256,32 +239,9 @@ TEST(AudioFilterRenderer, RefusesWhatCannotRun)
 		factory->CreateAudioFilterRenderer({}, k48000Hz, filter, {}, false, {}, mono, &made), eNullPointer);
 	EXPECT_EQ(factory->CreateAudioFilterRenderer(context, FrameRate(), filter, {}, false, {}, mono, &made),
 		eInvalidArgument);
-	try
-	{
-		factory->CreateAudioFilterRenderer(context, k48000Hz, {}, filter, false, {}, mono, &made);
-		ADD_FAILURE() << "nothing was thrown";
-	}
-	catch (NullPtrException const& exception)
-	{
-		EXPECT_THAT(exception.what(), testing::HasSubstr("SN::IAudioFilter"));
-	}
+	EXPECT_THROW(factory->CreateAudioFilterRenderer(context, k48000Hz, {}, filter, false, {}, mono, &made),
+		NullPtrException);
 	EXPECT_FALSE(made);
-}
-
-TEST(AudioFilterRenderer, WithoutAnEffectTheAudioPasses)
-{
-	auto const renderer = MakeObject<AudioFilterRenderer>();
-	for (InterfaceRef<IAudioProcessor> const& one :
-		{InterfaceRef<IAudioProcessor>(renderer), renderer->Clone(k48000Hz, 16, 16)})
-	{
-		dsp::AudioBuffer buffer = MakeBuffer(2, 16, 0.5f);
-		one->InitializeAudioFilter();
-		one->ProcessAudioData(buffer, kTimeZero);
-		one->ShutdownAudioFilter();
-		EXPECT_EQ(Heard(buffer), std::vector<float>(16, 0.5f));
-		EXPECT_EQ(one->GetDelay(), kTimeZero);
-		EXPECT_THROW(one->HasHistory(), NullPtrException);
-	}
 }
 
 TEST(AudioFilterControl, SetsTheEffectAndReadsItOnce)
@@ -290,20 +250,13 @@ TEST(AudioFilterControl, SetsTheEffectAndReadsItOnce)
 	filter->mParameters[2] = 4.0f;
 	AudioFilterControl control(filter, 2);
 	EXPECT_EQ(control.GetValue(), 4.0f);
-	EXPECT_EQ(control.GetText(), u"parameter 2");
-	EXPECT_EQ(control.GetTypeCode(), VX::kParamTypeFloat);
-	control.SetValue(5.0f);
-	EXPECT_EQ(filter->mParameters[2], 5.0f);
 	filter->mParameters[2] = 6.0f;
-	EXPECT_EQ(control.GetValue(), 5.0f);
+	EXPECT_EQ(control.GetValue(), 4.0f);
 
 	auto const clone = boost::static_pointer_cast<AudioFilterControl>(control.Clone());
-	EXPECT_EQ(clone->GetValue(), 5.0f);
-	EXPECT_EQ(filter->mParameters[2], 6.0f);
 	clone->SetValue(7.0f);
 	EXPECT_EQ(filter->mParameters[2], 7.0f);
-	EXPECT_EQ(control.GetValue(), 5.0f);
-	EXPECT_THROW(AudioFilterControl({}, 0), NullPtrException);
+	EXPECT_EQ(control.GetValue(), 4.0f);
 }
 
 } // namespace SN::AudioFilterRendererTest
