@@ -70,15 +70,21 @@ std::string DescribeControls(EffectDescription const& inEffect)
 	for (Control const& control : inEffect.mControls)
 	{
 		std::string const kind = DescribeKind(control);
-		rows.push_back({control.mSymbol, DescribeNumber(Scale(control, control.mDefault)),
-			DescribeNumber(Scale(control, control.mMinimum)),
-			DescribeNumber(Scale(control, control.mMaximum)), control.mUnit,
-			control.mName + (kind.empty() ? "" : " (" + kind + ")")});
+		rows.push_back(
+			{control.mSymbol, control.mHasDefault ? DescribeNumber(Scale(control, control.mDefault)) : "",
+				DescribeNumber(Scale(control, control.mMinimum)),
+				DescribeNumber(Scale(control, control.mMaximum)), control.mUnit,
+				control.mName + (kind.empty() ? "" : " (" + kind + ")")});
 		for (ScalePoint const& point : control.mScalePoints)
 		{
 			rows.push_back(
 				{"", FormatNumber(static_cast<double>(point.mValue)), "", "", "", "= " + point.mLabel});
 		}
+	}
+	for (TextParameter const& text : inEffect.mTexts)
+	{
+		rows.push_back(
+			{text.mSymbol, "", "", "", "", text.mName + (text.mIsPath ? " (path of a file)" : " (text)")});
 	}
 	return rows.size() > 1 ? "Controls\n" + FormatTable(rows) : "";
 }
@@ -126,10 +132,12 @@ std::string DescribeForPeople(EffectDescription const& inEffect)
 Json DescribeControl(Control const& inControl)
 {
 	Json json{{"symbol", inControl.mSymbol}, {"name", inControl.mName}, {"unit", inControl.mUnit},
-		{"default", Scale(inControl, inControl.mDefault)}, {"minimum", Scale(inControl, inControl.mMinimum)},
-		{"maximum", Scale(inControl, inControl.mMaximum)}, {"isToggled", inControl.mIsToggled},
-		{"isEnumerated", inControl.mIsEnumeration}, {"isInteger", inControl.mIsInteger},
-		{"isLogarithmic", inControl.mIsLogarithmic}, {"scalePoints", Json::array()}};
+		{"default", inControl.mHasDefault ? Json(Scale(inControl, inControl.mDefault)) : Json()},
+		{"minimum", Scale(inControl, inControl.mMinimum)}, {"maximum", Scale(inControl, inControl.mMaximum)},
+		{"isToggled", inControl.mIsToggled}, {"isEnumerated", inControl.mIsEnumeration},
+		{"isInteger", inControl.mIsInteger}, {"isLogarithmic", inControl.mIsLogarithmic},
+		{"scalePoints", Json::array()}};
+	json["parameter"] = inControl.mParameter.empty() ? Json() : Json(inControl.mParameter);
 	for (ScalePoint const& point : inControl.mScalePoints)
 	{
 		json["scalePoints"].push_back({{"value", point.mValue}, {"label", point.mLabel}});
@@ -154,6 +162,12 @@ std::string DescribeForMachines(EffectDescription const& inEffect)
 	for (Control const& control : inEffect.mControls)
 	{
 		json["controls"].push_back(DescribeControl(control));
+	}
+	json["texts"] = Json::array();
+	for (TextParameter const& text : inEffect.mTexts)
+	{
+		json["texts"].push_back({{"symbol", text.mSymbol}, {"name", text.mName},
+			{"parameter", text.mParameter}, {"isPath", text.mIsPath}});
 	}
 	json["presets"] = Json::array();
 	for (Preset const& preset : inEffect.mPresets)
@@ -185,12 +199,19 @@ public:
 
 	int Run() override
 	{
-		bool const isUri = mWords.size() == 1 && mWords.front().find(':') != std::string::npos;
-		if (isUri)
+		// A word with a colon may be a URI or a part of some.
+		bool const mayBeUri = mWords.size() == 1 && mWords.front().find(':') != std::string::npos;
+		if (mayBeUri && FindEffect(mWords.front()))
 		{
 			return Show(mWords.front());
 		}
 		std::vector<EffectSummary> effects = ListEffects();
+		auto const isInUri = [this](EffectSummary const& inEffect)
+		{ return Contains(inEffect.mUri, mWords.front()); };
+		if (mayBeUri && std::ranges::none_of(effects, isInUri))
+		{
+			return Show(mWords.front());
+		}
 		WarnOfUnreadable();
 		CheckClass(effects);
 		std::erase_if(effects, [this](EffectSummary const& inEffect) { return !IsWanted(inEffect); });

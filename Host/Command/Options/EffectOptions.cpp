@@ -17,25 +17,24 @@ namespace
 using SonaroHost::Effects::ControlSetting;
 using SonaroHost::Effects::EffectSetup;
 
-// "symbol=value".
+// "symbol=value". What is not a number may be the text of a parameter.
 ControlSetting ParseSetting(std::string const& inText)
 {
 	std::size_t const equals = inText.find('=');
-	double value = 0.0;
-	if (equals != std::string::npos && equals > 0)
+	if (equals == std::string::npos || equals == 0)
 	{
-		char const* const end = inText.data() + inText.size();
-		auto const [rest, error] = std::from_chars(inText.data() + equals + 1, end, value);
-		if (error == std::errc() && rest == end)
-		{
-			if (!std::isfinite(value))
-			{
-				SonaroHost::Refuse("--set: the value of '" + inText + "' is not a finite number");
-			}
-			return {inText.substr(0, equals), value};
-		}
+		SonaroHost::Refuse("--set: '" + inText + "' is not a setting; use symbol=value, like gain=-6");
 	}
-	SonaroHost::Refuse("--set: '" + inText + "' is not a setting; use symbol=value, like gain=-6");
+	ControlSetting setting{inText.substr(0, equals)};
+	setting.mText = inText.substr(equals + 1);
+	char const* const end = inText.data() + inText.size();
+	auto const [rest, error] = std::from_chars(inText.data() + equals + 1, end, setting.mValue);
+	setting.mIsText = error != std::errc() || rest != end;
+	if (!setting.mIsText && !std::isfinite(setting.mValue))
+	{
+		SonaroHost::Refuse("--set: the value of '" + inText + "' is not a finite number");
+	}
+	return setting;
 }
 
 EffectSetup& GetLast(std::vector<EffectSetup>& ioSetups, std::string const& inOption)

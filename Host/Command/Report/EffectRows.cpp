@@ -10,8 +10,9 @@ namespace
 
 Json Describe(EffectFacts::Setting const& inSetting)
 {
-	return inSetting.mPoints == 0 ? Json(inSetting.mValue)
-								  : Json{{"first", inSetting.mValue}, {"keyframes", inSetting.mPoints}};
+	return inSetting.mText          ? Json(*inSetting.mText)
+		   : inSetting.mPoints == 0 ? Json(inSetting.mValue)
+									: Json{{"first", inSetting.mValue}, {"keyframes", inSetting.mPoints}};
 }
 
 void AddFacts(Json& ioJson, EffectFacts const& inFacts)

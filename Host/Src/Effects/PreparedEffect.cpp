@@ -11,6 +11,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <optional>
+#include <system_error>
 #include <utility>
 
 namespace SonaroHost::Effects
@@ -70,26 +73,88 @@ std::shared_ptr<AutomationCurve const> MakeCurve(Control const& inControl, Param
 		std::move(inPoints), isLogarithmic ? AutomationScale::kDecibels : AutomationScale::kLinear);
 }
 
+[[noreturn]] void RefuseAt(
+	std::string const& inSymbol, std::string const& inReason, std::string const& inRemedy = {})
+{
+	throw HostError(HostError::Kind::kRequest, {{}, "/controls/" + inSymbol, inReason, inRemedy});
+}
+
 [[noreturn]] void RefuseControl(EffectDescription const& inDescription, std::string const& inSymbol)
 {
 	std::string known;
-	for (Control const& control : inDescription.mControls)
-	{
-		known += (known.empty() ? "" : ", ") + control.mSymbol;
-	}
-	Refuse("the plugin " + QuoteName(inDescription.mName) + " has no control " + QuoteName(inSymbol) +
-		   (known.empty() ? "; it has none" : "; it has " + known));
+	auto const add = [&known](auto const& inControl)
+	{ known += (known.empty() ? "" : ", ") + inControl.mSymbol; };
+	std::ranges::for_each(inDescription.mControls, add);
+	std::ranges::for_each(inDescription.mTexts, add);
+	RefuseAt(inSymbol,
+		"the plugin " + QuoteName(inDescription.mName) + " has no control " + QuoteName(inSymbol),
+		known.empty() ? "it has none" : "it has " + known);
+}
+
+// By the symbol or the URI of a parameter; the size of the list where there is none.
+template <class Named>
+std::size_t Find(std::vector<Named> const& inList, std::string const& inSymbol)
+{
+	auto found = std::ranges::find(inList, inSymbol, &Named::mSymbol);
+	found = found != inList.end() ? found : std::ranges::find(inList, inSymbol, &Named::mParameter);
+	return static_cast<std::size_t>(found - inList.begin());
 }
 
 std::size_t FindControl(EffectDescription const& inDescription, std::string const& inSymbol)
 {
-	auto const& controls = inDescription.mControls;
-	auto const found = std::ranges::find(controls, inSymbol, &Control::mSymbol);
-	if (found == controls.end())
+	std::size_t const index = Find(inDescription.mControls, inSymbol);
+	if (index == inDescription.mControls.size())
 	{
 		RefuseControl(inDescription, inSymbol);
 	}
-	return static_cast<std::size_t>(found - controls.begin());
+	return index;
+}
+
+// Nothing for a number.
+std::optional<std::size_t> FindText(EffectDescription const& inDescription, std::string const& inSymbol)
+{
+	bool const isNumber = Find(inDescription.mControls, inSymbol) < inDescription.mControls.size();
+	std::size_t const index = Find(inDescription.mTexts, inSymbol);
+	return !isNumber && index < inDescription.mTexts.size() ? std::optional(index) : std::nullopt;
+}
+
+void CheckIsNumber(EffectDescription const& inDescription, ControlSetting const& inSetting)
+{
+	if (inSetting.mIsText)
+	{
+		RefuseAt(inSetting.mSymbol, "the control " + QuoteName(inSetting.mSymbol) + " of the plugin " +
+										QuoteName(inDescription.mName) + " takes a number, found " +
+										QuoteName(inSetting.mText.value_or(std::string())));
+	}
+}
+
+// A path that a plugin may open, from whatever folder it does.
+std::string MakeAbsolute(
+	ControlSetting const& inSetting, EffectSetup const& inSetup, std::string const& inName)
+{
+	std::error_code error;
+	std::filesystem::path const path =
+		std::filesystem::absolute(inSetup.mFile.parent_path() / *inSetting.mText, error).lexically_normal();
+	if (error || !std::filesystem::is_regular_file(path, error))
+	{
+		RefuseAt(inSetting.mSymbol, "the file " + QuotePath(path) + " for " + inName + " does not exist");
+	}
+	return path.string();
+}
+
+std::string ReadText(EffectDescription const& inDescription, std::size_t inIndex, EffectSetup const& inSetup,
+	ControlSetting const& inSetting)
+{
+	std::string const name =
+		QuoteName(inSetting.mSymbol) + " of the plugin " + QuoteName(inDescription.mName);
+	bool const isPath = inDescription.mTexts[inIndex].mIsPath;
+	if (!inSetting.mText || !inSetting.mPoints.empty())
+	{
+		RefuseAt(inSetting.mSymbol, "the control " + name + " takes " +
+										(isPath ? "the path of a file" : "a text") +
+										", and no number or keyframes");
+	}
+	return isPath ? MakeAbsolute(inSetting, inSetup, name) : *inSetting.mText;
 }
 
 // What enables an effect as a bypass disables it.
@@ -117,6 +182,11 @@ std::shared_ptr<EffectFacts const> CollectFacts(
 	facts->mHasOwnBypass = inStart.mData->mEnabled.has_value();
 	for (ControlSetting const& setting : inSetup.mSettings)
 	{
+		if (auto const text = FindText(inStart.mData->mDescription, setting.mSymbol))
+		{
+			facts->mSettings.push_back({setting.mSymbol, 0.0, 0, inStart.mTexts.at(*text)});
+			continue;
+		}
 		ParameterRange const& range = inRanges[FindControl(inStart.mData->mDescription, setting.mSymbol)];
 		facts->mSettings.push_back(
 			{setting.mSymbol, static_cast<double>(range.Limit(GetFirst(setting))), setting.mPoints.size()});
@@ -136,6 +206,7 @@ PreparedEffect::PreparedEffect(EffectSetup const& inSetup, double inSampleRate)
 	EffectDescription const& description = start->mData->mDescription;
 	auto plan = std::make_shared<Plan>();
 	mName = description.mName;
+	mRemarks = inSetup.mRemarks;
 	plan->mCurves.resize(description.mControls.size() + 1);
 	for (Control const& control : description.mControls)
 	{
@@ -144,7 +215,14 @@ PreparedEffect::PreparedEffect(EffectSetup const& inSetup, double inSampleRate)
 	plan->mRanges.push_back({0.0f, 1.0f, true});
 	for (ControlSetting const& setting : inSetup.mSettings)
 	{
+		if (auto const text = FindText(description, setting.mSymbol))
+		{
+			start->mTexts[*text] = ReadText(description, *text, inSetup, setting);
+			continue;
+		}
 		std::size_t const index = FindControl(description, setting.mSymbol);
+		CheckIsNumber(description, setting);
+		start->mIsSet[index] = true;
 		start->mValues[index] = Take(setting, description.mControls[index], index, *plan);
 	}
 	if (inSetup.mBypass)

@@ -1,6 +1,7 @@
 #include "Otio/Json/Cursor.h"
 #include "Otio/Json/Fields.h"
 #include "Otio/Json/JsonFile.h"
+#include "Otio/Mix/CurveReader.h"
 #include "Otio/Mix/PluginReader.h"
 #include "SonaroHost/Otio/PluginEffect.h"
 
@@ -11,6 +12,18 @@ namespace SonaroHost::Otio
 
 namespace
 {
+
+// The effect in which a note stands learns of it.
+void Remark(Note const& inNote, std::vector<PluginEffect>& ioEffects)
+{
+	for (PluginEffect& effect : ioEffects)
+	{
+		if (inNote.mPlace.starts_with(effect.mPlace + "/"))
+		{
+			effect.mRemarks.push_back(inNote.mPlace.substr(effect.mPlace.size() + 1) + ": " + inNote.mText);
+		}
+	}
+}
 
 void CheckTimes(Curve const& inCurve, std::string const& inPlace, std::filesystem::path const& inPath)
 {
@@ -55,10 +68,14 @@ std::vector<PluginEffect> ReadEffectFile(std::filesystem::path const& inPath)
 			}
 			ForEach(inRoot, read);
 		});
-	// Nothing in a file that is for effects alone is left to guess, so what a note says of doing so is cut off.
-	if (!notes.empty())
+	for (Note const& note : notes)
 	{
-		Note const& note = notes.front();
+		if (note.mText == kSameTimeNote)
+		{
+			Remark(note, effects);
+			continue;
+		}
+		// Nothing else in a file that is for effects alone is left to guess, so what a note says of doing so is cut off.
 		throw HostError(HostError::Kind::kInput,
 			{inPath, note.mPlace, note.mText.substr(0, note.mText.find(';')), "correct it or remove it"});
 	}

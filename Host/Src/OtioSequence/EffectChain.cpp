@@ -15,6 +15,7 @@ std::vector<Effects::EffectSetup> ReadEffectChain(std::filesystem::path const& i
 		Effects::EffectSetup& setup = setups.emplace_back(MakeSetup(plugin, {Ratio(), SN::kTimeZero}));
 		setup.mFile = inPath;
 		setup.mPlace = plugin.mPlace;
+		setup.mRemarks = plugin.mRemarks;
 	}
 	return setups;
 }

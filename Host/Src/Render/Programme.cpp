@@ -2,7 +2,6 @@
 
 #include "Effect/BadInput.h"
 #include "SonaroHost/Base/HostError.h"
-#include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Engine/RenderContextScope.h"
 
@@ -42,11 +41,12 @@ Fault FindFault(
 	return fault;
 }
 
-// "at 0:00.201 (sample 9636)".
-std::string DescribeTime(Fault const& inFault, int inSampleRate)
+// " at 0:00.201 of the output (sample 9636)".
+std::string DescribeTime(Fault const& inFault, Programme const& inProgramme)
 {
 	std::int64_t const frame = std::max<std::int64_t>(inFault.mFrame, 0);
-	std::string const time = FormatTime(frame, inSampleRate);
+	std::string const time = FormatTime(frame, inProgramme.mSampleRate) +
+							 (inProgramme.mFile.empty() ? " of the output" : " of the timeline");
 	return inFault.mIsExact ? " at " + time + " (sample " + std::to_string(frame) + ")"
 							: " in the block at " + time;
 }
@@ -55,14 +55,14 @@ HostError::Parts Describe(Fault const& inFault, Programme const& inProgramme)
 {
 	Sequence::EffectHealth const& effect = *inFault.mEffect;
 	std::string const where = effect.mPlace.empty() ? "" : " on " + effect.mPlace;
-	std::string const time = DescribeTime(inFault, inProgramme.mSampleRate);
-	std::string const name = "the effect " + QuoteName(effect.mName) + where;
+	std::string const time = DescribeTime(inFault, inProgramme);
+	std::string const name = "the effect " + QuotePath(effect.mName) + where;
 	if (inFault.mKind != EffectFault::Kind::kBadInput)
 	{
 		return {inProgramme.mFile, effect.mOrigin, name + " " + EffectFault::Describe(inFault.mKind) + time,
 			"remove it, or set it otherwise"};
 	}
-	std::string const bad = " has samples that are infinite or not a number" + time;
+	std::string const bad = " has samples that are infinite or not a number";
 	SN::FrameRate const frameRate = inProgramme.GetFrameRate();
 	// A playback goes on reading its own.
 	auto const media = inProgramme.mOpenForGraph ? inProgramme.mOpenForGraph() : nullptr;
@@ -70,14 +70,16 @@ HostError::Parts Describe(Fault const& inFault, Programme const& inProgramme)
 		SN::TickTime(inProgramme.mFirstFrame + inFault.mFrame, frameRate));
 	if (!input)
 	{
-		return {
-			inProgramme.mFile, effect.mOrigin, "what goes into " + name + bad, "lower the levels before it"};
+		return {inProgramme.mFile, effect.mOrigin, "what goes into " + name + bad + time,
+			"lower the levels before it"};
 	}
-	std::string const clip =
-		input->mItem.empty() || input->mItem == input->mMedia ? "" : "of the clip " + QuoteName(input->mItem);
+	std::string const clip = input->mItem.empty() || input->mItem == input->mMedia
+								 ? ""
+								 : " of the clip " + QuotePath(input->mItem);
+	std::string const first =
+		input->mFrame ? "its sample " + std::to_string(*input->mFrame) : "the first one";
 	return {inProgramme.mFile, input->mOrigin,
-		"the file " + QuoteName(input->mMedia) + (clip.empty() ? "" : " ") + clip + bad +
-			", which goes into " + name,
+		"the file " + QuotePath(input->mMedia) + clip + bad + ": " + first + " goes into " + name + time,
 		"repair the file, or leave that part out"};
 }
 

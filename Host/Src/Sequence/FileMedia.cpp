@@ -181,7 +181,8 @@ std::shared_ptr<Sequence::Media const> FileMedia::GetStretched(Key const& inFile
 					stretch.mStart = Ratio(region.mFramesBefore) * stretch.mSpeed;
 				}
 				return sources->Open(MakeStretched(std::move(region), stretch), inCountingRate);
-			}});
+			},
+			false});
 	}
 	return place->second;
 }

@@ -93,6 +93,13 @@ TEST_F(EffectCommandTest, ListsAndShowsPlugins)
 	EXPECT_THAT(Run({"effects", kControls}).mOutput,
 		AllOf(HasSubstr("Test Controls"), HasSubstr("2 in, 2 out"), HasSubstr("Frequency (logarithmic)"),
 			HasSubstr("Presets\n  Low\n")));
+	EXPECT_THAT(Run({"effects", "sonaro-test:para"}).mOutput, HasSubstr("Test Parameters in Blocks"));
+	auto const parameters = Json::parse(Run({"effects", "urn:sonaro-test:parameters", "--json"}).mOutput);
+	EXPECT_EQ(parameters["controls"][1]["parameter"], "urn:sonaro-test:parameters#level");
+	EXPECT_EQ(parameters["controls"][1]["default"], 0.5);
+	EXPECT_EQ(parameters["controls"][1]["maximum"], 9.0);
+	EXPECT_EQ(parameters["texts"][0]["isPath"], true);
+	EXPECT_THAT(Run({"effects", "urn:sonaro-test:parameters"}).mOutput, HasSubstr("File (path of a file)"));
 	ExpectRefusal({"effects", "urn:nobody"}, 2, {"\"urn:nobody\" is not installed"});
 	ExpectRefusal({"effects", "--class", "nope"}, 2, {"\"nope\"; there are: ", "Delay Plugin"});
 }
@@ -110,6 +117,15 @@ TEST_F(EffectCommandTest, SettingsBelongToTheEffectBeforeThem)
 				  "--set", "frequency=33"}),
 		33.0f);
 	EXPECT_EQ(getFirst({"--effect", kControls, "--preset", "Low", "--effect", kDelay}), 20.0f);
+	Json const same = {{"keyframes", List({{{"time", 0}, {"value", 70}}, {{"time", 0}, {"value", 5}}})}};
+	WriteBytes(mFolder / "chain.json", Plugin(kControls, {{"frequency", same}}).dump());
+	EXPECT_EQ(getFirst({"--effect-file", "chain.json"}), 5.0f);
+	WriteBytes(mFolder / "mono.json",
+		Plugin("urn:sonaro-test:parameters", {{"file", "name.txt"}, {"level", 2}}).dump());
+	WriteBytes(mFolder / "name.txt", "A");
+	EXPECT_EQ(getFirst({"--effect-file", "mono.json", "--effect", kDelay}), 65002.0f);
+	EXPECT_EQ(getFirst({"--effect", "urn:sonaro-test:parameters", "--set", "name=12", "--set", "whole=4"}),
+		2040.5f);
 	WriteBytes(mFolder / "chain.json",
 		Json({Late(99),
 				 Plugin(kControls, {{"frequency", {{"keyframes", List({{{"time", 1}, {"value", 5}}})}}}})})
@@ -135,6 +151,11 @@ TEST_F(EffectCommandTest, WrongEffectsAreRefused)
 	for (auto const& [content, text] : {
 			 std::pair(R"([{"uri": "urn:x", "control": {}}])", "/0/control: unknown key; correct it"),
 			 std::pair("{}", "/uri: is missing; use the URI of a plugin"),
+			 std::pair(R"([{"uri": "urn:x", "preset": ""}])", "/0/preset: is empty; use the name"),
+			 std::pair(
+				 R"([{"uri": "urn:x", "bypass": null}])", "/0/bypass: expected true or false, found null"),
+			 std::pair(
+				 R"([{"uri": "urn:sonaro-test:delay", "state": "x"}])", "/0/state: the state is not one of"),
 			 std::pair("[]", "at least one effect, or one effect, found an empty array"),
 			 std::pair(R"([{"uri": "urn:x", "controls": {"a": {"keyframes": [{"time": -1, "value": 0}]}}}])",
 				 "/0/controls/a/keyframes: a keyframe has a negative time; use times from 0 on"),
@@ -285,11 +306,12 @@ TEST_F(EffectCommandTest, AFaultNamesItsPlaceAndTime)
 		Timeline({Track("Voice", {Gap(0.5), WithPlugins(Clip("A", "bad.wav"), {Plugin(kFault)})})}),
 		{"--block", "100"});
 	EXPECT_EQ(result.mExitCode, 1);
-	EXPECT_THAT(result.mErrors, AllOf(HasSubstr("'edit.otio', /tracks/children/0/children/1: the effect "
-												"\"Test Fault\" on 'A' on 'Voice' gave "
-												"samples that are infinite or not a number at 0:00.999 "
-												"(sample 47936)"),
-									Not(HasSubstr("warning"))));
+	EXPECT_THAT(result.mErrors,
+		AllOf(
+			HasSubstr(
+				"'edit.otio', /tracks/children/0/children/1: the effect 'Test Fault' on 'A' on 'Voice' gave "
+				"samples that are infinite or not a number at 0:00.999 of the timeline (sample 47936)"),
+			Not(HasSubstr("warning"))));
 	EXPECT_THAT(mFolder.List(), ElementsAre("bad.wav", "edit.otio", "tone.wav"));
 
 	// What is wrong in a file is not blamed on the plugin, and the time is that of the outermost timeline.
@@ -299,12 +321,11 @@ TEST_F(EffectCommandTest, AFaultNamesItsPlaceAndTime)
 	ProgramResult const bad = RenderTimeline(
 		Timeline({Track("Other", {Clip("B", "tone.wav")}), Track("Outer", {Gap(0.5), inner})}));
 	EXPECT_EQ(bad.mExitCode, 1);
-	EXPECT_THAT(bad.mErrors,
-		AllOf(
-			HasSubstr("/tracks/children/1/children/1/children/0/children/1: the file \"bad.wav\" of the clip "
-					  "\"A\" has samples that are infinite or not a number at 0:01.250 (sample 60000), which "
-					  "goes into the effect \"Test Delay\" on"),
-			HasSubstr("repair the file")));
+	EXPECT_THAT(
+		bad.mErrors, AllOf(HasSubstr("/tracks/children/1/children/1/children/0/children/1: the file "
+									 "'bad.wav' of the clip 'A' has samples that are infinite or not a "
+									 "number: its sample 24000 goes into the effect 'Test Delay' on"),
+						 HasSubstr(" at 0:01.250 of the timeline (sample 60000); repair the file")));
 }
 
 TEST_F(EffectCommandTest, PlayingGoesOnAfterAFaultAndSaysSo)
@@ -319,12 +340,12 @@ TEST_F(EffectCommandTest, PlayingGoesOnAfterAFaultAndSaysSo)
 	WriteBytes(mFolder / "edit.otio",
 		Timeline({Track("Voice", {WithPlugins(Clip("A", "bad.wav", 0.0, 0.5), {Plugin(kFault)})})}).dump());
 	constexpr char kFaultText[] =
-		"'edit.otio', /tracks/children/0/children/0: the effect \"Test Fault\" on 'A' on 'Voice' gave";
+		"'edit.otio', /tracks/children/0/children/0: the effect 'Test Fault' on 'A' on 'Voice' gave";
 	ProgramResult const lines = Run({"play", "edit.otio", "--device", "null", "--no-ui"});
 	EXPECT_EQ(lines.mExitCode, 3) << lines.mErrors;
-	EXPECT_THAT(
-		lines.mErrors, AllOf(HasSubstr("warning: "), HasSubstr(kFaultText),
-						   HasSubstr("at 0:00.099 (sample 4736); the effect is bypassed from now on")));
+	EXPECT_THAT(lines.mErrors,
+		AllOf(HasSubstr("warning: "), HasSubstr(kFaultText),
+			HasSubstr("at 0:00.099 of the timeline (sample 4736); the effect is bypassed from now on")));
 	ProgramResult const events = Run({"play", "edit.otio", "--device", "null", "--json"});
 	EXPECT_EQ(events.mErrors, "");
 	EXPECT_THAT(events.mOutput, AllOf(HasSubstr("{\"event\":\"fault\",\"message\":\"'edit.otio'"),
@@ -358,6 +379,10 @@ TEST_F(EffectCommandTest, ReportsShowEffects)
 		ProgramResult const result =
 			Run(Join({"render", "-o", "out.wav", "--json", "--report", "r.json"}, words));
 		ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
+		EXPECT_EQ(
+			Run(Join({"render", "-o", "out.wav", "--quiet", "--report", "r.html"}, words)).mExitCode, 0);
+		EXPECT_THAT(ReadBytes(mFolder / "r.html"),
+			AllOf(HasSubstr(kDelay), HasSubstr("frames from 5 by 2 keyframes, bypassed")));
 		for (std::string const& text : {result.mOutput, ReadBytes(mFolder / "r.json")})
 		{
 			Json const effects = Json::parse(text)["effects"];

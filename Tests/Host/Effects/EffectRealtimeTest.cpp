@@ -24,9 +24,11 @@ TEST(Effects, ProcessingNeitherAllocatesNorLocks)
 	Effects::EffectSetup moving{"urn:sonaro-test:controls"};
 	moving.mSettings.push_back({"frequency", 0.0,
 		{{SN::kTimeZero, 10.0}, {SN::TickTime::FromTicks(zorvmediatypes::kTicksPerSecond), 99.0}}});
+	Effects::EffectSetup messages{"urn:sonaro-test:parameters"};
+	messages.mSettings.push_back({"level", 0.0, moving.mSettings[0].mPoints});
 	for (Effects::EffectSetup const& setup :
 		{Effects::EffectSetup{"urn:sonaro-test:delay"}, Effects::EffectSetup{"urn:sonaro-test:blocks"},
-			Effects::EffectSetup{"urn:sonaro-test:worker"}, moving})
+			Effects::EffectSetup{"urn:sonaro-test:worker"}, moving, messages})
 	{
 		SCOPED_TRACE(setup.mUri);
 		SN::FrameRate const rate = SN::FrameRate::FromSamplesPerSecond(kRate);

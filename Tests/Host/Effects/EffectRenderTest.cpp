@@ -180,6 +180,31 @@ TEST_F(EffectRenderTest, ControlsMoveInTheirOwnScaleByControlBlocks)
 	}
 }
 
+// At once what was set, and at their samples what moves, also within blocks of one length.
+TEST_F(EffectRenderTest, ParametersAreSetByMessagesAtTheirSamples)
+{
+	WriteNoise(1);
+	std::vector<AutomationPoint> const levels{{SN::kTimeZero, 1.0, Interpolation::kHold}, At(0.1001, 2.0)};
+	std::vector<AutomationPoint> const flags{At(0.0, 0.0), At(0.2002, 1.0)};
+	for (char const* const uri : {"urn:sonaro-test:parameters", "urn:sonaro-test:parameters-in-blocks"})
+	{
+		SCOPED_TRACE(uri);
+		EXPECT_EQ(Render(MakeRequest({{uri}})).mSamples[0], 0.5f);
+		EffectSetup setup{uri, {}, {},
+			{{"level", 0.0, levels}, {"urn:sonaro-test:parameters#flag", 0.0, flags}, {"whole", 3.0}}};
+		setup.mSettings.push_back({"name", 0.0, {}, "abc", true});
+		setup.mSettings.push_back({"file", 0.0, {}, (mFolder / "in.wav").string(), true});
+		Sound const sound = RenderInBlocks(MakeRequest({setup}));
+		// 'R' is the first letter of the file.
+		float const base = 30.0f + 3000.0f + 1000.0f * 'R';
+		for (std::int64_t frame = 0; frame < sound.GetFrames(); ++frame)
+		{
+			float const expected = base + (frame < 4805 ? 1.0f : 2.0f) + (frame < 9610 ? 0.0f : 100.0f);
+			ASSERT_EQ(sound.mSamples[static_cast<std::size_t>(frame)], expected) << frame;
+		}
+	}
+}
+
 TEST_F(EffectRenderTest, WhatIsOutOfRangeIsLimitedWithARemark)
 {
 	WriteNoise(2, 4);
@@ -198,6 +223,13 @@ TEST_F(EffectRenderTest, WhatIsNotThereIsRefusedByName)
 		{{"no uri"}, "\"no uri\" is not installed"},
 		{{"urn:sonaro-test:demanding"}, "it requires the feature urn:sonaro-test:nowhere"},
 		{{kDelay, {}, {}, {{"Frames", 1.0}}}, "no control \"Frames\"; it has frames"},
+		{{"urn:sonaro-test:parameters", {}, {}, {{"size", 1.0}}},
+			"no control \"size\"; it has flag, level, whole, file, name"},
+		{{"urn:sonaro-test:parameters", {}, {}, {{"level", 0.0, {}, "high", true}}},
+			"\"level\" of the plugin \"Test Parameters\" takes a number, found \"high\""},
+		{{"urn:sonaro-test:parameters", {}, {}, {{"name", 1.0}}}, "takes a text, and no number"},
+		{{"urn:sonaro-test:parameters", {}, {}, {{"file", 0.0, {}, "gone.wav", true}}},
+			"gone.wav' for \"file\" of the plugin \"Test Parameters\" does not exist"},
 		{{kDelay, "Loud"}, "no preset \"Loud\"; it has none"},
 		{{kControls, "Loud"}, "\"sonaro effects urn:sonaro-test:controls\" lists those that it has"},
 		{{kControls, {}, "nonsense"}, "the state is not one of the plugin \"Test Controls\""},
@@ -218,13 +250,15 @@ TEST_F(EffectRenderTest, AFaultEndsTheRenderWithoutAnOutput)
 	// Where the wrong sample is heard does not depend on blocks; of a crash no more is known than its block.
 	std::tuple<float, unsigned, char const*> const cases[] = {
 #ifdef SONARO_CAN_CRASH
-		{1.0f, 100, "the effect \"Test Fault\" on the output crashed in the block at 0:00.201"},
+		{1.0f, 100, "the effect 'Test Fault' on the output crashed in the block at 0:00.201 of the output"},
 #endif
-		{-1.0f, 100, "gave samples that are infinite or not a number at 0:00.201 (sample 9636)"},
-		{-1.0f, 4096, "gave samples that are infinite or not a number at 0:00.201 (sample 9636)"},
+		{-1.0f, 100,
+			"gave samples that are infinite or not a number at 0:00.201 of the output (sample 9636)"},
+		{-1.0f, 4096,
+			"gave samples that are infinite or not a number at 0:00.201 of the output (sample 9636)"},
 		{INFINITY, 1000,
-			"the file \"in.wav\" has samples that are infinite or not a number at 0:00.202 "
-			"(sample 9700), which goes into the effect \"Test Delay\" on the output"},
+			"the file 'in.wav' has samples that are infinite or not a number: its sample 9700 goes into the "
+			"effect 'Test Delay' on the output at 0:00.202 of the output (sample 9700)"},
 	};
 	for (auto const& [sample, block, text] : cases)
 	{

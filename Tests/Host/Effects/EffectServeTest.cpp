@@ -95,7 +95,7 @@ TEST_F(EffectServeTest, AFaultIsKnownFromThenOn)
 	std::int64_t const length = file->GetLength();
 	EXPECT_NO_THROW(file->CheckRange(0, length));
 	std::string const text =
-		"/tracks/children/1/children/0: the effect \"Test Fault\" on 'B' on 'Two' gave samples";
+		"/tracks/children/1/children/0: the effect 'Test Fault' on 'B' on 'Two' gave samples";
 	for (int trial = 0; trial < 2; ++trial)
 	{
 		try

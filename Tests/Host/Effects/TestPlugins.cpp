@@ -1,8 +1,11 @@
 // Plugins that do what real ones do seldom, in one binary. TestPlugins.lv2 says what each is for.
 
+#include <lv2/atom/atom.h>
+#include <lv2/atom/util.h>
 #include <lv2/buf-size/buf-size.h>
 #include <lv2/core/lv2.h>
 #include <lv2/options/options.h>
+#include <lv2/patch/patch.h>
 #include <lv2/urid/urid.h>
 #include <lv2/worker/worker.h>
 
@@ -11,7 +14,10 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <limits>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -153,6 +159,66 @@ struct Worker final : Plugin
 	float mGain = 1.0f;
 };
 
+// Each sample is the sum of what messages have set until then: "level", ten times "whole", a hundred times "flag", and a
+// thousand times the length of "name" and the first byte of "file".
+struct Parameters final : Plugin
+{
+	bool Start(LV2_Feature const* const* inFeatures) override
+	{
+		auto const* const map = static_cast<LV2_URID_Map const*>(FindFeature(inFeatures, LV2_URID__map));
+		auto const find = [map](std::string const& inUri) { return map->map(map->handle, inUri.c_str()); };
+		std::string const base = "urn:sonaro-test:parameters#";
+		mProperty = find(LV2_PATCH__property);
+		mValue = find(LV2_PATCH__value);
+		mTaken = {{{find(base + "level"), find(LV2_ATOM__Float)}, {find(base + "whole"), find(LV2_ATOM__Int)},
+			{find(base + "flag"), find(LV2_ATOM__Bool)}, {find(base + "name"), find(LV2_ATOM__String)},
+			{find(base + "file"), find(LV2_ATOM__Path)}}};
+		return true;
+	}
+	void Run(std::uint32_t inFrames) override
+	{
+		std::uint32_t done = 0;
+		LV2_ATOM_SEQUENCE_FOREACH(reinterpret_cast<LV2_Atom_Sequence const*>(mPorts[2]), event)
+		{
+			auto const frame = static_cast<std::uint32_t>(event->time.frames);
+			std::fill(mPorts[1] + done, mPorts[1] + frame, GetSum());
+			done = frame;
+			Take(reinterpret_cast<LV2_Atom_Object const*>(&event->body));
+		}
+		std::fill(mPorts[1] + done, mPorts[1] + inFrames, GetSum());
+	}
+	void Take(LV2_Atom_Object const* inSet)
+	{
+		LV2_Atom_URID const* property = nullptr;
+		LV2_Atom const* value = nullptr;
+		lv2_atom_object_get(inSet, mProperty, &property, mValue, &value, 0);
+		void const* const body = value + 1;
+		auto const is = [&](std::size_t inIndex)
+		{ return mTaken[inIndex] == std::pair(property->body, value->type); };
+		mLevel = is(0) ? *static_cast<float const*>(body) : mLevel;
+		mWhole = is(1) ? *static_cast<std::int32_t const*>(body) : mWhole;
+		mFlag = is(2) ? *static_cast<std::int32_t const*>(body) : mFlag;
+		mLetters = is(3) ? static_cast<int>(std::strlen(static_cast<char const*>(body))) : mLetters;
+		if (is(4))
+		{
+			mByte = std::ifstream(static_cast<char const*>(body)).get();
+		}
+	}
+	float GetSum() const
+	{
+		return mLevel + static_cast<float>(10 * mWhole + 100 * mFlag + 1000 * (mLetters + mByte));
+	}
+
+	LV2_URID mProperty = 0;
+	LV2_URID mValue = 0;
+	std::array<std::pair<LV2_URID, LV2_URID>, 5> mTaken{};
+	float mLevel = 0.5f;
+	std::int32_t mWhole = 0;
+	std::int32_t mFlag = 0;
+	int mLetters = 0;
+	int mByte = 0;
+};
+
 struct Sides final : Plugin
 {
 	void Run(std::uint32_t inFrames) override
@@ -224,6 +290,8 @@ LV2_SYMBOL_EXPORT LV2_Descriptor const* lv2_descriptor(std::uint32_t inIndex)
 		Describe("urn:sonaro-test:blocks", &Make<Blocks>),
 		Describe("urn:sonaro-test:controls", &Make<Controls>),
 		Describe("urn:sonaro-test:worker", &Make<Worker>, true),
+		Describe("urn:sonaro-test:parameters", &Make<Parameters>),
+		Describe("urn:sonaro-test:parameters-in-blocks", &Make<Parameters>),
 		Describe("urn:sonaro-test:sides", &Make<Sides>),
 		Describe("urn:sonaro-test:switch", &Make<Switch>),
 		Describe("urn:sonaro-test:demanding", &Make<Sides>),

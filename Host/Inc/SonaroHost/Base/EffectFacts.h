@@ -17,6 +17,8 @@ struct EffectFacts
 		// The value, or the first one of as many points; within its range.
 		double mValue = 0.0;
 		std::size_t mPoints = 0;
+		// In place of a value.
+		std::optional<std::string> mText = {};
 	};
 
 	std::string mUri;

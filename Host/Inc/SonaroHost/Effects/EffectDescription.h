@@ -13,9 +13,10 @@ struct ScalePoint
 	std::string mLabel;
 };
 
-// A control port through which an effect is set.
+// A control port through which an effect is set, or a parameter that messages set to a number.
 struct Control
 {
+	// That of a parameter may be the end of its URI.
 	std::string mSymbol;
 	std::string mName;
 	// The symbol of the unit, as "dB"; empty for none.
@@ -30,7 +31,20 @@ struct Control
 	bool mIsLogarithmic = false;
 	// The default and the range are factors of the sample rate.
 	bool mCountsInRate = false;
+	// The URI of a parameter; empty for a port.
+	std::string mParameter;
+	// Whether the plugin states the default of a parameter; otherwise that is 0.
+	bool mHasDefault = true;
 	std::vector<ScalePoint> mScalePoints;
+};
+
+// A parameter that messages set to a text or, absolute, the path of a file.
+struct TextParameter
+{
+	std::string mSymbol;
+	std::string mName;
+	std::string mParameter;
+	bool mIsPath = false;
 };
 
 struct Preset
@@ -58,6 +72,7 @@ struct EffectSummary
 struct EffectDescription : EffectSummary
 {
 	std::vector<Control> mControls;
+	std::vector<TextParameter> mTexts;
 	std::vector<Preset> mPresets;
 	std::vector<std::string> mRequiredFeatures;
 	// Whether it states a latency, which may depend on its controls.

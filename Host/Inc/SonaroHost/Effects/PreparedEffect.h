@@ -32,7 +32,8 @@ class PreparedEffect
 {
 public:
 	// inSampleRate: of the graphs, for ranges that depend on it. Throws a HostError of the kind kRequest that names what
-	// is not there: the plugin, a control, a preset; or a feature that the plugin requires and this host lacks.
+	// is not there: the plugin, a control, a preset; or a feature that the plugin requires and this host lacks. Its place is
+	// that within the setup, as "/state".
 	PreparedEffect(EffectSetup const& inSetup, double inSampleRate);
 
 	// The plugin's name.

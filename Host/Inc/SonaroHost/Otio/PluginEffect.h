@@ -19,6 +19,8 @@ struct PluginEffect
 		std::string mSymbol;
 		// In what the control counts in; its keyframes as those of a gain.
 		Curve mValue;
+		// In place of these.
+		std::optional<std::string> mText = {};
 	};
 
 	// Not empty.
@@ -31,6 +33,8 @@ struct PluginEffect
 	std::optional<Curve> mBypass;
 	// A JSON pointer.
 	std::string mPlace;
+	// What was chosen of several meanings, in an effect of a file of effects.
+	std::vector<std::string> mRemarks;
 };
 
 // The effects of a file with a list of such objects, or with one of them. Throws a HostError of kind kInput that names

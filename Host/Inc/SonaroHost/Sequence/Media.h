@@ -22,6 +22,8 @@ struct Media
 	// that rate, and GetFrameRate says so. Called on the thread that builds a graph, at most once for each
 	// graph. Throws a HostError when it cannot.
 	std::function<SN::InterfaceRef<SN::IAudioSource>(SN::FrameRate const& inCountingRate)> mOpen;
+	// Whether its samples are those of the file at the same places, rather than at other ones, as of a stretched recording.
+	bool mIsFile = true;
 };
 
 } // namespace SonaroHost::Sequence

@@ -59,7 +59,7 @@ std::string_view FindMessage(std::string_view inLine)
 }
 
 // A syntax error with its line is followed by the files that cannot be loaded because of it.
-void DropConsequences(std::vector<std::string>& ioMessages)
+void DropHarmless(std::vector<std::string>& ioMessages)
 {
 	auto const isConsequence = [](std::string const& inMessage)
 	{ return inMessage.starts_with("Error loading ") || inMessage.starts_with("Error reading "); };
@@ -67,6 +67,9 @@ void DropConsequences(std::vector<std::string>& ioMessages)
 	{
 		std::erase_if(ioMessages, isConsequence);
 	}
+	// Numbers in a type that lilv does not know are read as texts.
+	std::erase_if(
+		ioMessages, [](std::string const& inMessage) { return inMessage.starts_with("Unknown datatype "); });
 }
 
 } // namespace
@@ -121,7 +124,7 @@ std::vector<std::string> MessageCapture::Take()
 			messages.push_back(message);
 		}
 	}
-	DropConsequences(messages);
+	DropHarmless(messages);
 	return messages;
 }
 

@@ -1,6 +1,7 @@
 #include "PluginData.h"
 
 #include "MessageCapture.h"
+#include "Parameter/ParameterReader.h"
 #include "PluginFeatures.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "World.h"
@@ -17,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -271,6 +273,19 @@ void ReadPorts(PluginData& ioData)
 	ioData.mDescription.mOutputs = CountPorts(ioData.mPorts, Kind::kAudioOut);
 }
 
+// After the controls that are ports.
+void AddParameters(PluginData& ioData)
+{
+	auto list = ReadParameters(ioData.mPlugin);
+	auto& controls = ioData.mDescription.mControls;
+	ioData.mParameterPort = list.mPort;
+	ioData.mParameters.resize(controls.size());
+	std::ranges::move(list.mControls, std::back_inserter(controls));
+	std::ranges::move(list.mParameters, std::back_inserter(ioData.mParameters));
+	ioData.mDescription.mTexts = std::move(list.mTexts);
+	ioData.mTexts = std::move(list.mTextParameters);
+}
+
 bool Requires(EffectDescription const& inDescription, std::string_view inFeature)
 {
 	return std::ranges::find(inDescription.mRequiredFeatures, inFeature) !=
@@ -298,6 +313,7 @@ std::shared_ptr<PluginData const> ReadPlugin(std::string const& inUri)
 	description.mRequiredFeatures = ReadRequiredFeatures(plugin);
 	description.mPresets = ReadPresets(plugin);
 	ReadPorts(*data);
+	AddParameters(*data);
 	data->mNeedsFixedBlocks = Requires(description, LV2_BUF_SIZE__fixedBlockLength) ||
 							  Requires(description, LV2_BUF_SIZE__powerOf2BlockLength) ||
 							  Requires(description, LV2_BUF_SIZE__coarseBlockLength);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Parameter/PluginParameter.h"
 #include "SonaroHost/Effects/EffectDescription.h"
 
 #include <lilv/lilv.h>
@@ -62,6 +63,11 @@ struct PluginData
 	EffectDescription mDescription;
 	// In the order of their indices.
 	std::vector<Port> mPorts;
+	// One for each control and for each text of the description.
+	std::vector<PluginParameter> mParameters;
+	std::vector<PluginParameter> mTexts;
+	// The port that takes messages; absent for a plugin without such parameters.
+	std::optional<std::size_t> mParameterPort = std::nullopt;
 	// Index of the control that is the plugin's own bypass, 0 while it is on.
 	std::optional<std::size_t> mEnabled = std::nullopt;
 	// It runs in blocks of one length only.

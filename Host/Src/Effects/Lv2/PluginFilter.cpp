@@ -146,6 +146,17 @@ std::unique_ptr<PluginInstance> PluginFilter::MakeInstance() const
 	{
 		instance->Restore(state.get());
 	}
+	for (std::size_t control = 0; control < mStart->mIsSet.size(); ++control)
+	{
+		if (mStart->mIsSet[control])
+		{
+			instance->ForgetParameter(control);
+		}
+	}
+	for (auto const& [index, text] : mStart->mTexts)
+	{
+		instance->SetText(index, text);
+	}
 	return instance;
 }
 
@@ -233,12 +244,16 @@ void PluginFilter::Initialize(
 	{
 		mEnabled->Reset();
 	}
-	UpdateControls(true);
 	mFilled = 0;
+	UpdateControls(true);
 	mRunLatency = mLatency;
 	for (auto const& instance : mInstances)
 	{
 		instance->Activate();
+		if (!mStart->mTexts.empty() && mFixedFrames == 0)
+		{
+			instance->TakeMessages();
+		}
 	}
 	for (unsigned i = 0; i < mOutputs.size() && mFixedFrames > 0; ++i)
 	{
@@ -277,7 +292,7 @@ void PluginFilter::SetControl(std::size_t inIndex, float inValue)
 {
 	for (auto const& instance : mInstances)
 	{
-		instance->SetControl(inIndex, inValue);
+		instance->SetControl(inIndex, inValue, mFilled);
 	}
 }
 

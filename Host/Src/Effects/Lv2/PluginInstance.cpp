@@ -9,11 +9,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <new>
 #include <utility>
 
 namespace SonaroHost::Effects
 {
+
+namespace
+{
+
+constexpr float kNothing = std::numeric_limits<float>::quiet_NaN();
+// The room for messages of parameters: several paths, or hundreds of numbers.
+constexpr std::size_t kParameterBytes = 1 << 16;
+
+} // namespace
 
 PluginInstance::PluginInstance(
 	std::shared_ptr<PluginData const> inData, PluginFeatures::Settings const& inSettings)
@@ -43,6 +53,11 @@ PluginInstance::PluginInstance(
 	}
 	auto const* const worker = static_cast<LV2_Worker_Interface const*>(
 		lilv_instance_get_extension_data(mInstance.get(), LV2_WORKER__interface));
+	for (Control const& control : mData->mDescription.mControls)
+	{
+		mWanted.push_back(control.mDefault);
+	}
+	mSent = mWanted;
 	mFeatures->GetWorker().Start(lilv_instance_get_handle(mInstance.get()), worker);
 }
 
@@ -80,9 +95,7 @@ void* PluginInstance::MakeMemory(std::size_t inPort)
 		return MakeValue(inPort);
 	case Port::Kind::kAtomIn:
 	case Port::Kind::kAtomOut:
-		mAtoms.push_back({port.mKind == Port::Kind::kAtomIn,
-			std::vector<std::uint64_t>(port.mBytes / sizeof(std::uint64_t) + 1)});
-		return mAtoms.back().mMemory.data();
+		return MakeAtoms(inPort);
 	case Port::Kind::kAudioIn:
 	case Port::Kind::kAudioOut:
 	case Port::Kind::kVoltageIn:
@@ -92,6 +105,20 @@ void* PluginInstance::MakeMemory(std::size_t inPort)
 		break;
 	}
 	return nullptr;
+}
+
+void* PluginInstance::MakeAtoms(std::size_t inPort)
+{
+	Port const& port = mData->mPorts[inPort];
+	bool const hasParameters = mData->mParameterPort == inPort;
+	std::size_t const bytes = hasParameters ? std::max(port.mBytes, kParameterBytes) : port.mBytes;
+	AtomPort& atoms = mAtoms.emplace_back(AtomPort{inPort, port.mKind == Port::Kind::kAtomIn,
+		std::vector<std::uint64_t>(bytes / sizeof(std::uint64_t) + 1)});
+	if (hasParameters)
+	{
+		mParameterPort.emplace(atoms.mMemory.data(), bytes);
+	}
+	return atoms.mMemory.data();
 }
 
 float* PluginInstance::MakeSamples(std::size_t inPort)
@@ -149,9 +176,52 @@ void PluginInstance::Restore(LilvState const* inState)
 		});
 }
 
-void PluginInstance::SetControl(std::size_t inControl, float inValue)
+void PluginInstance::SetControl(std::size_t inControl, float inValue, std::uint32_t inFrame)
 {
-	mValues[mControlPorts[inControl]] = inValue;
+	PluginParameter const& parameter = mData->mParameters[inControl];
+	if (parameter.mProperty == 0)
+	{
+		mValues[mControlPorts[inControl]] = inValue;
+		return;
+	}
+	mWanted[inControl] = inValue;
+	if (mSent[inControl] != inValue && mParameterPort->Add(inFrame, parameter, static_cast<double>(inValue)))
+	{
+		mSent[inControl] = inValue;
+	}
+}
+
+void PluginInstance::ForgetParameter(std::size_t inControl)
+{
+	mSent[inControl] = kNothing;
+}
+
+void PluginInstance::SetText(std::size_t inText, std::string const& inValue)
+{
+	if (!mParameterPort->Add(0, mData->mTexts[inText], inValue))
+	{
+		Refuse("the text for " + QuoteName(mData->mDescription.mTexts[inText].mSymbol) + " of the plugin " +
+			   QuoteName(mData->mDescription.mName) + " is too long; use a shorter one");
+	}
+}
+
+// Those for which there was no room come in the next run.
+void PluginInstance::ResetParameters()
+{
+	mParameterPort->Clear();
+	for (std::size_t control = 0; control < mWanted.size(); ++control)
+	{
+		float const wanted = mWanted[control];
+		if (mData->mParameters[control].mProperty != 0 && wanted != mSent[control])
+		{
+			SetControl(control, wanted);
+		}
+	}
+}
+
+void PluginInstance::TakeMessages()
+{
+	Guard([&] { Run(0); });
 }
 
 void PluginInstance::Activate()
@@ -183,6 +253,10 @@ void PluginInstance::ResetAtoms()
 	for (AtomPort& port : mAtoms)
 	{
 		auto const bytes = port.mMemory.size() * sizeof(std::uint64_t);
+		if (port.mPort == mData->mParameterPort)
+		{
+			continue;
+		}
 		if (port.mIsInput)
 		{
 			new (port.mMemory.data())
@@ -203,6 +277,10 @@ void PluginInstance::Run(std::uint32_t inFrames)
 	lilv_instance_run(mInstance.get(), inFrames);
 	mFeatures->GetWorker().DeliverResponses();
 	mIsInRun = false;
+	if (mParameterPort)
+	{
+		ResetParameters();
+	}
 }
 
 unsigned PluginInstance::GetLatency() const

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "Parameter/ParameterPort.h"
 #include "PluginData.h"
 #include "PluginFeatures.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace SonaroHost::Effects
@@ -29,11 +32,18 @@ public:
 
 	// What a state holds besides values of ports. Before Activate.
 	void Restore(LilvState const* inState);
-	// By the index of the control in the description.
-	void SetControl(std::size_t inControl, float inValue);
+	// By the index of the control in the description. A parameter that has another value now gets it by a message at that
+	// frame of the next run, which is not before those of former calls.
+	void SetControl(std::size_t inControl, float inValue, std::uint32_t inFrame = 0);
+	// Lets a parameter get its value whatever it was.
+	void ForgetParameter(std::size_t inControl);
+	// By the index of the text, by a message in the next run.
+	void SetText(std::size_t inText, std::string const& inValue);
 	// Forgets what was heard before.
 	void Activate();
 	void Deactivate();
+	// A run without frames, so that what came with messages is there from the first one on.
+	void TakeMessages();
 	// A run over silence, after which the latency is known.
 	void Probe(std::uint32_t inFrames);
 
@@ -57,6 +67,7 @@ private:
 	// The memory of an atom port, in units that are aligned as atoms have to be.
 	struct AtomPort
 	{
+		std::size_t mPort = 0;
 		bool mIsInput = false;
 		std::vector<std::uint64_t> mMemory;
 	};
@@ -73,9 +84,12 @@ private:
 	void Guard(Call const& inCall);
 	// The memory of a port; null for one that stays unconnected.
 	void* MakeMemory(std::size_t inPort);
+	void* MakeAtoms(std::size_t inPort);
 	float* MakeSamples(std::size_t inPort);
 	float* MakeValue(std::size_t inPort);
 	void ResetAtoms();
+	// After a run, when the messages are read.
+	void ResetParameters();
 
 	std::shared_ptr<PluginData const> mData;
 	PluginFeatures::Settings mSettings;
@@ -90,6 +104,10 @@ private:
 	std::vector<Input> mInputs;
 	std::vector<float*> mOutputs;
 	float const* mLatency = nullptr;
+	// What a parameter is to be, and what its last message said, by its control; not-a-number for nothing.
+	std::vector<float> mWanted;
+	std::vector<float> mSent;
+	std::optional<ParameterPort> mParameterPort;
 	LV2_URID mSequenceType;
 	LV2_URID mChunkType;
 	bool mIsActive = false;

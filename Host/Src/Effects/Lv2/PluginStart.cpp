@@ -4,6 +4,7 @@
 #include "MessageCapture.h"
 #include "PluginInstance.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "UridMap.h"
 #include "World.h"
@@ -28,6 +29,11 @@ namespace
 std::string Explain(std::string const& inMessage)
 {
 	return inMessage.empty() ? inMessage : ": " + MakePrintable(inMessage);
+}
+
+[[noreturn]] void RefuseAt(char const* inPlace, std::string const& inReason, std::string const& inRemedy)
+{
+	throw HostError(HostError::Kind::kRequest, {{}, inPlace, inReason, inRemedy});
 }
 
 template <class T>
@@ -89,9 +95,10 @@ std::string FindPreset(EffectDescription const& inDescription, std::string const
 	found = found != presets.end() ? found : std::ranges::find(presets, inName, &Preset::mUri);
 	if (found == presets.end())
 	{
-		Refuse("the plugin " + QuoteName(inDescription.mName) + " has no preset " + QuoteName(inName) + "; " +
-			   (presets.empty() ? "it has none"
-								: "\"sonaro effects " + inDescription.mUri + "\" lists those that it has"));
+		RefuseAt("/preset",
+			"the plugin " + QuoteName(inDescription.mName) + " has no preset " + QuoteName(inName),
+			presets.empty() ? "it has none"
+							: "\"sonaro effects " + inDescription.mUri + "\" lists those that it has");
 	}
 	return found->mUri;
 }
@@ -103,9 +110,11 @@ void TakePreset(EffectSetup const& inSetup, PluginStart& ioStart)
 	State state = LoadFromWorld(World::Get().MakeUri(uri.c_str()).get());
 	if (!state)
 	{
-		Refuse("the preset " + QuoteName(inSetup.mPreset) + " of the plugin " +
-			   QuoteName(ioStart.mData->mDescription.mName) + " cannot be read" +
-			   Explain(capture.TakeLast()) + "; reinstall it");
+		RefuseAt("/preset",
+			"the preset " + QuoteName(inSetup.mPreset) + " of the plugin " +
+				QuoteName(ioStart.mData->mDescription.mName) + " cannot be read" +
+				Explain(capture.TakeLast()),
+			"reinstall the plugin");
 	}
 	Take(std::move(state), ioStart);
 }
@@ -117,8 +126,10 @@ void TakeText(std::string const& inText, PluginStart& ioStart)
 	std::string const& uri = ioStart.mData->mDescription.mUri;
 	if (!state || GetUri(lilv_state_get_plugin_uri(state.get())) != uri)
 	{
-		Refuse("the state is not one of the plugin " + QuoteName(ioStart.mData->mDescription.mName) +
-			   " in Turtle" + Explain(capture.TakeLast()) + "; save it with another LV2 host");
+		RefuseAt("/state",
+			"the state is not one of the plugin " + QuoteName(ioStart.mData->mDescription.mName) +
+				" in Turtle" + Explain(capture.TakeLast()),
+			"save it again in the LV2 host that it comes from, or leave it out");
 	}
 	Take(std::move(state), ioStart);
 }
@@ -162,26 +173,42 @@ std::shared_ptr<PluginData const> ReadUsablePlugin(std::string const& inUri)
 	return data;
 }
 
+std::optional<std::string> FindWhyNotStarting(
+	std::shared_ptr<PluginData const> const& inData, double inSampleRate)
+{
+	try
+	{
+		constexpr unsigned kFrames = 256;
+		PluginInstance(inData, {inSampleRate, kFrames, kFrames, false, inData->mNeedsFixedBlocks});
+		return std::nullopt;
+	}
+	catch (HostError const& error)
+	{
+		return error.what();
+	}
+}
+
 // Starts one instance of each plugin before anything is made of it: what fails then is as good as not there.
 void CheckStarts(std::shared_ptr<PluginData const> const& inData, double inSampleRate)
 {
 	World::Lock const lock;
 	std::string const& uri = inData->mDescription.mUri;
-	if (World::Get().Starts(uri))
+	if (World::Get().Starts(uri, inSampleRate))
 	{
 		return;
 	}
 	MessageCapture capture;
-	try
+	constexpr double kUsualRate = 48000.0;
+	auto const problem = FindWhyNotStarting(inData, inSampleRate);
+	if (!problem)
 	{
-		constexpr unsigned kFrames = 256;
-		PluginInstance(inData, {inSampleRate, kFrames, kFrames, false, inData->mNeedsFixedBlocks});
+		World::Get().NoteStart(uri, inSampleRate);
+		return;
 	}
-	catch (HostError const& error)
-	{
-		Refuse(error.what() + Explain(capture.TakeLast()) + "; reinstall the plugin");
-	}
-	World::Get().NoteStart(uri);
+	bool const isForRate = !FindWhyNotStarting(inData, kUsualRate);
+	std::string const message = Explain(capture.TakeLast());
+	Refuse(*problem + (isForRate ? " at " + FormatNumber(inSampleRate) + " Hz" : message) + "; " +
+		   (isForRate ? "render at a usual sample rate, such as 48000 Hz" : "reinstall the plugin"));
 }
 
 } // namespace
@@ -196,6 +223,7 @@ std::shared_ptr<PluginStart> MakeStart(EffectSetup const& inSetup, double inSamp
 		double const scale = control.mCountsInRate ? inSampleRate : 1.0;
 		start->mValues.push_back(range.Limit(static_cast<double>(control.mDefault) * scale));
 	}
+	start->mIsSet.resize(start->mValues.size());
 	CheckStarts(start->mData, inSampleRate);
 	ReadStates(inSetup, *start);
 	return start;

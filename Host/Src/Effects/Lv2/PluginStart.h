@@ -6,7 +6,10 @@
 #include <lilv/lilv.h>
 
 #include <atomic>
+#include <cstddef>
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace SonaroHost::Effects
@@ -18,6 +21,10 @@ struct PluginStart
 	std::shared_ptr<PluginData const> mData;
 	// One for each control of the description.
 	std::vector<float> mValues;
+	// Whether a parameter among them was set by a setting.
+	std::vector<bool> mIsSet;
+	// By the index of the text in the description.
+	std::map<std::size_t, std::string> mTexts;
 	// In their order.
 	std::vector<std::shared_ptr<LilvState const>> mStates;
 	// Whether it begins bypassed by the host, and whether it is ever to be.

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace SonaroHost::Effects
@@ -72,9 +73,12 @@ public:
 	// What could not be read of the installed plugins, each once.
 	std::vector<std::string> const& GetProblems() const { return mProblems; }
 	void AddProblems(std::vector<std::string> const& inProblems);
-	// Whether a plugin is known to start.
-	bool Starts(std::string const& inUri) const { return mStarting.contains(inUri); }
-	void NoteStart(std::string const& inUri) { mStarting.insert(inUri); }
+	// Whether a plugin is known to start at a sample rate.
+	bool Starts(std::string const& inUri, double inSampleRate) const
+	{
+		return mStarting.contains({inUri, inSampleRate});
+	}
+	void NoteStart(std::string const& inUri, double inSampleRate) { mStarting.emplace(inUri, inSampleRate); }
 
 private:
 	World();
@@ -83,7 +87,7 @@ private:
 	std::recursive_mutex mMutex;
 	LilvWorld* mWorld;
 	std::vector<std::string> mProblems;
-	std::set<std::string> mStarting;
+	std::set<std::pair<std::string, double>> mStarting;
 };
 
 } // namespace SonaroHost::Effects

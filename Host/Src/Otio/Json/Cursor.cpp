@@ -76,8 +76,12 @@ void Cursor::Refuse(std::string const& inWhy) const
 void Cursor::RefuseType(std::string const& inWanted) const
 {
 	bool const isEmpty = Is(JsonValue::Type::kArray) && mValue->GetElements().empty();
+	bool const isAbsent = mValue == &kNothing;
 	Refuse("expected " + inWanted + ", found " +
-		   (IsNothing() ? "nothing" : (isEmpty ? "an empty array" : GetTypeName(mValue->GetType()))));
+		   (isAbsent         ? "nothing"
+			   : IsNothing() ? "null"
+			   : isEmpty     ? "an empty array"
+							 : GetTypeName(mValue->GetType())));
 }
 
 void Cursor::Require(JsonValue::Type inType, std::string const& inWanted) const
@@ -108,8 +112,12 @@ std::string Write(double inNumber)
 	{
 		return std::isnan(inNumber) ? "NaN" : (inNumber < 0.0 ? "-Infinity" : "Infinity");
 	}
+	constexpr double kLongest = 1.0e15;
 	std::array<char, 32> digits{};
-	auto const end = std::to_chars(digits.data(), digits.data() + digits.size(), inNumber).ptr;
+	char* const last = digits.data() + digits.size();
+	bool const isPlain = inNumber == std::nearbyint(inNumber) && std::abs(inNumber) < kLongest;
+	auto const end = isPlain ? std::to_chars(digits.data(), last, inNumber, std::chars_format::fixed).ptr
+							 : std::to_chars(digits.data(), last, inNumber).ptr;
 	return {digits.data(), end};
 }
 

@@ -165,7 +165,7 @@ void SortKeyframes(Curve& ioCurve, Cursor const& inPlace)
 	{
 		if (i + 1 < entries.size() && entries[i].mSeconds == entries[i + 1].mSeconds)
 		{
-			inPlace.Tell(Note::Kind::kGuess, "two keyframes have the same time; the last one is used");
+			inPlace.Tell(Note::Kind::kGuess, kSameTimeNote);
 			continue;
 		}
 		ioCurve.mKeyframes.push_back(entries[i].mKeyframe);

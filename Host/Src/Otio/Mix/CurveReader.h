@@ -28,6 +28,7 @@ Curve ReadSpeed(Cursor const& inValue);
 FadeShape ReadShape(Cursor const& inValue);
 Fade ReadFade(Cursor const& inValue);
 
+inline constexpr char kSameTimeNote[] = "two keyframes have the same time; the last one is used";
 // Puts keyframes into the order of time; of those at one time the last one stays, and a note at inPlace says so.
 void SortKeyframes(Curve& ioCurve, Cursor const& inPlace);
 

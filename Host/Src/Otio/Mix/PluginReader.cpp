@@ -14,6 +14,18 @@ std::string ReadTextIfThere(Cursor const& inValue)
 	return ReadIfThere(inValue, ReadText).value_or(std::string());
 }
 
+// A key that is there and says nothing may have been meant to say something.
+std::string ReadTextOfUse(Cursor const& inObject, char const* inKey, std::string const& inRemedy)
+{
+	Cursor const value(inObject, inKey);
+	std::string text = ReadTextIfThere(value);
+	if (text.empty() && inObject.Get().Find(inKey) != nullptr)
+	{
+		value.Refuse(std::string(value.IsNothing() ? "is null" : "is empty") + "; " + inRemedy);
+	}
+	return text;
+}
+
 std::string ReadUri(Cursor const& inValue)
 {
 	std::string uri = ReadTextIfThere(inValue);
@@ -42,7 +54,16 @@ std::vector<PluginEffect::Control> ReadControls(Cursor const& inObject)
 			value.Tell(Note::Kind::kGuess, "the key appears more than once; the last value is used");
 			continue;
 		}
-		controls.push_back({std::string(member.mKey), ReadControlCurve(value)});
+		PluginEffect::Control& control = controls.emplace_back();
+		control.mSymbol = member.mKey;
+		if (value.Is(JsonValue::Type::kString))
+		{
+			control.mText = ReadText(value);
+		}
+		else
+		{
+			control.mValue = ReadControlCurve(value);
+		}
 	}
 	return controls;
 }
@@ -56,10 +77,15 @@ PluginEffect ReadPluginEffect(Cursor const& inObject)
 	PluginEffect effect;
 	effect.mPlace = inObject.GetPlace();
 	effect.mUri = ReadUri(Cursor(inObject, "uri"));
-	effect.mPreset = ReadTextIfThere(Cursor(inObject, "preset"));
-	effect.mState = ReadTextIfThere(Cursor(inObject, "state"));
+	effect.mPreset =
+		ReadTextOfUse(inObject, "preset", "use the name or the URI of a preset, or leave it out");
+	effect.mState = ReadTextOfUse(inObject, "state", "use a state in Turtle, or leave it out");
 	effect.mControls = ReadControls(Cursor(inObject, "controls"));
-	effect.mBypass = ReadIfThere(Cursor(inObject, "bypass"), ReadSwitchCurve);
+	Cursor const bypass(inObject, "bypass");
+	if (inObject.Get().Find("bypass") != nullptr)
+	{
+		effect.mBypass = ReadSwitchCurve(bypass);
+	}
 	return effect;
 }
 

@@ -38,6 +38,8 @@ Effects::EffectSetup MakeSetup(PluginEffect const& inPlugin, CurveTiming const& 
 	for (PluginEffect::Control const& control : inPlugin.mControls)
 	{
 		setup.mSettings.push_back(make(control.mSymbol, control.mValue));
+		setup.mSettings.back().mText = control.mText;
+		setup.mSettings.back().mIsText = control.mText.has_value();
 	}
 	if (inPlugin.mBypass)
 	{
@@ -55,8 +57,10 @@ void AddEffect(MakerContext& ioContext, PluginEffect const& inPlugin, SN::AudioC
 	}
 	catch (HostError const& error)
 	{
-		ioContext.Tell(Note::Kind::kMissingEffect, inPlugin.mPlace,
-			std::string("an effect is bypassed: ") + error.what());
+		HostError::Parts parts = error.GetParts();
+		std::string const place = inPlugin.mPlace + std::exchange(parts.mPlace, {});
+		ioContext.Tell(Note::Kind::kMissingEffect, place,
+			std::string("an effect is bypassed: ") + HostError(error.GetKind(), std::move(parts)).what());
 	}
 }
 

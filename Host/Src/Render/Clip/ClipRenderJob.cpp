@@ -63,14 +63,14 @@ Effects::PreparedEffect PrepareEffect(Effects::EffectSetup const& inSetup, Progr
 	}
 	catch (HostError const& error)
 	{
-		if (inSetup.mFile.empty() || error.GetKind() != HostError::Kind::kRequest)
+		if (error.GetKind() != HostError::Kind::kRequest)
 		{
 			throw;
 		}
 		HostError::Parts parts = error.GetParts();
 		parts.mFile = inSetup.mFile;
-		parts.mPlace = inSetup.mPlace;
-		throw HostError(HostError::Kind::kInput, std::move(parts));
+		parts.mPlace = inSetup.mFile.empty() ? std::string() : inSetup.mPlace + parts.mPlace;
+		throw HostError(inSetup.mFile.empty() ? error.GetKind() : HostError::Kind::kInput, std::move(parts));
 	}
 }
 

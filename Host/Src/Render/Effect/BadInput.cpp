@@ -2,12 +2,12 @@
 
 #include "SonaroHost/Sequence/OutermostTime.h"
 #include "Vexilon/BinaryData.h"
-#include "zorvaccelerate/FiniteSamples.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 
 namespace SonaroHost
 {
@@ -57,9 +57,10 @@ private:
 		}
 		if (auto const* const clip = std::get_if<Sequence::Clip>(&inItem.mContent))
 		{
-			return IsBad(inItem, *clip, inTime)
-					   ? std::optional(BadInput{inItem.mName, inItem.mOrigin, clip->mMedia->mName})
-					   : std::nullopt;
+			auto const frame = FindBad(inItem, *clip, inTime);
+			return frame ? std::optional(BadInput{inItem.mName, inItem.mOrigin, clip->mMedia->mName,
+							   clip->mMedia->mIsFile ? frame : std::nullopt})
+						 : std::nullopt;
 		}
 		OutermostTime inner = inTime.Into(Sequence::GetSequenceStart(inItem), inItem.mSpeed);
 		inner.mIsKnown &= !inItem.mSpeedCurve;
@@ -71,40 +72,53 @@ private:
 		return found;
 	}
 
-	// Reads the recording around the place that is heard at the time; all of it where that is not known.
-	bool IsBad(Item const& inItem, Sequence::Clip const& inClip, OutermostTime const& inTime) const
+	// Reads the recording around the place that is heard at the time, and finds the nearest one; the first of all where
+	// that is not known.
+	std::optional<std::int64_t> FindBad(
+		Item const& inItem, Sequence::Clip const& inClip, OutermostTime const& inTime) const
 	{
 		Sequence::Media const& media = *inClip.mMedia;
 		double const speed = inItem.mSpeed * media.mSampleRate;
-		std::int64_t first = 0;
-		std::int64_t end = media.mFrames;
-		if (inTime.mIsKnown && !inItem.mSpeedCurve)
+		if (!inTime.mIsKnown || inItem.mSpeedCurve)
 		{
-			double const seconds = ((mTime - inTime.mStart) / inTime.mScale).GetSeconds();
-			std::int64_t const middle = inClip.mFirstFrame + std::llround(seconds * speed);
-			auto const reach = std::llround(std::abs(speed) * kReachSeconds);
-			first = std::clamp<std::int64_t>(middle - reach, 0, end);
-			end = std::clamp<std::int64_t>(middle + reach, first, end);
+			return FindBad(media, 0, media.mFrames, 0);
 		}
-		return IsBad(media, first, end);
+		double const seconds = ((mTime - inTime.mStart) / inTime.mScale).GetSeconds();
+		std::int64_t const middle = inClip.mFirstFrame + std::llround(seconds * speed);
+		auto const reach = std::llround(std::abs(speed) * kReachSeconds);
+		std::int64_t const first = std::clamp<std::int64_t>(middle - reach, 0, media.mFrames);
+		std::int64_t const end = std::clamp<std::int64_t>(middle + reach, first, media.mFrames);
+		return FindBad(media, first, end, middle);
 	}
 
-	bool IsBad(Sequence::Media const& inMedia, std::int64_t inFirst, std::int64_t inEnd) const
+	std::optional<std::int64_t> FindBad(
+		Sequence::Media const& inMedia, std::int64_t inFirst, std::int64_t inEnd, std::int64_t inMiddle) const
 	{
 		constexpr std::int64_t kScanFrames = 4096;
 		auto const source = inMedia.mOpen(mFrameRate);
 		dsp::AudioBuffer block(static_cast<unsigned>(inMedia.mLayout.size()), kScanFrames);
+		std::optional<std::int64_t> nearest;
 		for (std::int64_t frame = inFirst; source && frame < inEnd; frame += kScanFrames)
 		{
 			block.SetUseSize(static_cast<unsigned>(std::min(kScanFrames, inEnd - frame)));
 			source->ReadAudio(VX::BinaryData(), block, SN::TickTime(frame, source->GetFrameRate()), false);
-			for (unsigned channel = 0; channel < block.GetNumChannels(); ++channel)
+			for (std::int64_t index = 0; index < block.GetUseSize(); ++index)
 			{
-				if (!block.IsChannelSilent(channel) &&
-					!zorvaccelerate::utility::AreFinite(block.GetUseSize(), block.GetChannel(channel)))
-				{
-					return true;
-				}
+				std::int64_t const found = frame + index;
+				bool const isNearer = !nearest || std::abs(found - inMiddle) < std::abs(*nearest - inMiddle);
+				nearest = isNearer && IsBad(block, index) ? found : nearest;
+			}
+		}
+		return nearest;
+	}
+
+	static bool IsBad(dsp::AudioBuffer const& inBlock, std::int64_t inIndex)
+	{
+		for (unsigned channel = 0; channel < inBlock.GetNumChannels(); ++channel)
+		{
+			if (!inBlock.IsChannelSilent(channel) && !std::isfinite(inBlock.GetChannel(channel)[inIndex]))
+			{
+				return true;
 			}
 		}
 		return false;
