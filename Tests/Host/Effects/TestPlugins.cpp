@@ -50,6 +50,14 @@ void const* FindFeature(LV2_Feature const* const* inFeatures, char const* inUri)
 // Late by the port 2, which it states at the port 3.
 struct Late : Plugin
 {
+	// Who was never activated cannot be freed, which is no rarity.
+	~Late() override
+	{
+		if (mLine.empty())
+		{
+			*mNowhere = 1;
+		}
+	}
 	void Activate() override { mLine.assign(20000, 0.0f); }
 	void Process(std::uint32_t inFrames, float inGain)
 	{
@@ -64,6 +72,7 @@ struct Late : Plugin
 
 	std::vector<float> mLine;
 	std::size_t mPosition = 0;
+	int volatile* volatile mNowhere = nullptr;
 };
 
 struct Delay final : Late

@@ -63,13 +63,40 @@ PluginInstance::PluginInstance(
 
 PluginInstance::~PluginInstance()
 {
+	if (!mIsInRun)
+	{
+		Free();
+	}
 	if (mIsInRun)
 	{
 		static_cast<void>(mInstance.release());
 		static_cast<void>(mFeatures.release());
-		return;
 	}
-	Deactivate();
+}
+
+void PluginInstance::Free()
+{
+	try
+	{
+		// Some plugins free what only their activation allocates.
+		if (!mWasActive)
+		{
+			Activate();
+		}
+		Guard(
+			[this]
+			{
+				if (mIsActive)
+				{
+					lilv_instance_deactivate(mInstance.get());
+				}
+				mInstance.reset();
+			});
+	}
+	catch (...)
+	{
+		// The guard leaves it marked as one that crashed.
+	}
 }
 
 template <class Call>
@@ -229,6 +256,7 @@ void PluginInstance::Activate()
 	if (!mIsActive)
 	{
 		mIsActive = true;
+		mWasActive = true;
 		Guard([this] { lilv_instance_activate(mInstance.get()); });
 	}
 }

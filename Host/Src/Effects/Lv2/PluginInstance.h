@@ -88,6 +88,7 @@ private:
 	float* MakeSamples(std::size_t inPort);
 	float* MakeValue(std::size_t inPort);
 	void ResetAtoms();
+	void Free();
 	// After a run, when the messages are read.
 	void ResetParameters();
 
@@ -111,6 +112,7 @@ private:
 	LV2_URID mSequenceType;
 	LV2_URID mChunkType;
 	bool mIsActive = false;
+	bool mWasActive = false;
 	bool mIsInRun = false;
 	std::unique_ptr<LilvInstance, FreeInstance> mInstance;
 };
