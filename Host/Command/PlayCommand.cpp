@@ -1,5 +1,6 @@
 #include "Command.h"
 
+#include "Options/ListenerOptions.h"
 #include "Options/SharedOptions.h"
 #include "Play/PlayLines.h"
 #include "Play/PlayScreen.h"
@@ -66,11 +67,14 @@ public:
 			" START and LOOP of timelines are also timecode or names of markers.\n\n"
 			"Keys: space plays and stops; arrows seek by 1 second, with shift by 10; home; i and o set the "
 			"loop, x clears it; j, k and l play backwards, stop and play, faster each time; up and down "
-			"select a track, m mutes it, s is solo, + and - change its gain; q quits\n\n"
+			"select a track, m mutes it, s is solo, + and - change its gain; with --binaural, 4 and 6 turn "
+			"the head to the left and right, 8 and 2 upwards and downwards, 7 and 9 tilt it, 5 faces the "
+			"front; q quits\n\n"
 			"Examples:\n"
 			"  sonaro play edit.otio\n"
 			"  sonaro play edit.otio --start 01:00:10:00 --loop \"Scene 4\"\n"
 			"  sonaro play interview.flac --start 1:02.5 --speed 1.5\n"
+			"  sonaro play film51.wav --binaural\n"
 			"  sonaro play edit.otio --no-ui --json --device null");
 	}
 
@@ -98,8 +102,9 @@ private:
 		Add("--rate", mSampleRate, "HZ", "Sample rate to play at (default: that of the input)")
 			->check(CLI::Range(kLowestSampleRate, kHighestSampleRate));
 		Add("--layout", mLayout, "LAYOUT",
-			"Channel layout to play in: mono, stereo, 5.1 or a number of channels (default: that of the "
-			"input)");
+			"Channel layout to play in: mono, stereo, 5.1, ambisonic1 or a number of channels (default: that "
+			"of the input); with --binaural, that of the mix around the listener");
+		mListener.AddOptions(GetParser());
 	}
 
 	void AddTransportOptions()
@@ -144,9 +149,12 @@ private:
 			request.mTimeline.mLayout = ParseLayout(mLayout);
 			if (!request.mTimeline.mLayout)
 			{
-				Refuse("--layout: '" + mLayout + "' is not a layout; use mono, stereo, 5.1 or 1 to 64");
+				Refuse("--layout: '" + mLayout +
+					   "' is not a layout; use mono, stereo, 5.1, ambisonic1 or a number of channels "
+					   "from 1 to 64, for 7.1 with --binaural 8");
 			}
 		}
+		request.mTimeline.mListener = mListener.MakeListener();
 		return request;
 	}
 
@@ -185,6 +193,7 @@ private:
 	std::string mFades;
 	std::optional<int> mSampleRate;
 	std::string mLayout;
+	ListenerOptions mListener;
 	std::string mStart;
 	std::string mLoop;
 	double mSpeed = 1.0;

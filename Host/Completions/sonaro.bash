@@ -46,7 +46,7 @@ _sonaro()
 	-*)
 		case "$command" in
 		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --binaural --listener --yaw --head-pitch --roll --report --strict --quiet --json --tail --at --start --duration --reverse --as-playback --speed --pitch --stream --channels --pan --mixdown --denoise --reduction --learn --effect --effect-file --set --preset --range --stems --media --fades" -- "$word")) ;;
-		play) COMPREPLY=($(compgen -W "-h --help --rate --layout --start --loop --speed --device --list-devices --ahead --no-ui --json --stream --media --fades --no-watch" -- "$word")) ;;
+		play) COMPREPLY=($(compgen -W "-h --help --rate --layout --binaural --listener --yaw --head-pitch --roll --start --loop --speed --device --list-devices --ahead --no-ui --json --stream --media --fades --no-watch" -- "$word")) ;;
 		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --keep-pitch --stretch --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --speed --pitch --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
 		loudness) COMPREPLY=($(compgen -W "-h --help -o --output --no-overwrite --quiet --json --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --start --duration --stream --speed --pitch --range --media --fades" -- "$word")) ;;
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;

@@ -31,7 +31,7 @@ void DenoiseOptions::AddOptions(CLI::App& ioParser)
 		"over each input to learn the noise");
 	ioParser
 		.add_option("--reduction", mReduction,
-			"With --denoise: by how many dB noise is reduced at most, 0 to 60 (default: 18)")
+			"With --denoise: by how many dB noise is reduced at most, 0 (not at all) to 60 (default: 18)")
 		->option_text("DB")
 		->needs(denoise);
 	ioParser

@@ -1,6 +1,7 @@
 #include "ListenerOptions.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Binaural/SofaEars.h"
 
 #include <cmath>
@@ -23,7 +24,9 @@ float CheckAngle(char const* inOption, std::optional<float> const& inAngle)
 	// Written so that what is not a number fails it.
 	if (!(std::fabs(angle) <= kMostDegrees))
 	{
-		SonaroHost::Refuse(std::string(inOption) + ": an angle is out of range; use -360 to 360 degrees");
+		SonaroHost::Refuse(std::string(inOption) + ": " +
+						   SonaroHost::FormatNumber(static_cast<double>(angle)) +
+						   " is out of range; use -360 to 360 degrees");
 	}
 	return angle;
 }
@@ -37,17 +40,23 @@ void ListenerOptions::AddOptions(CLI::App& ioParser)
 		"from their places around the listener, and the output is stereo");
 	ioParser
 		.add_option("--listener", mEars,
-			"Ears for --binaural: a SOFA file of head-related impulse responses (default: those of the "
-			"KEMAR manikin)")
+			"Ears for --binaural: a SOFA file (AES69) of the convention SimpleFreeFieldHRIR, measured at 8 "
+			"to 384 "
+			"kHz (default: the ears of the KEMAR manikin)")
 		->option_text("FILE");
-	ioParser.add_option("--yaw", mYaw, "For --binaural, degrees by which the head is turned to the left")
+	ioParser
+		.add_option("--yaw", mYaw,
+			"For --binaural, degrees by which the head is turned to the left, -360 to 360 (default: 0)")
 		->option_text("DEGREES");
 	ioParser
-		.add_option("--head-pitch", mPitch, "For --binaural, degrees by which the head is turned upwards")
+		.add_option("--head-pitch", mPitch,
+			"For --binaural, degrees by which the head is turned upwards, -360 to 360 (default: 0)")
 		->option_text("DEGREES");
 	ioParser
-		.add_option(
-			"--roll", mRoll, "For --binaural, degrees by which the head is tilted to the right shoulder")
+		.add_option("--roll", mRoll,
+			"For --binaural, degrees by which the head is tilted to the right shoulder, -360 to 360 "
+			"(default: "
+			"0)")
 		->option_text("DEGREES");
 }
 

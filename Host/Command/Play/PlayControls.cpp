@@ -16,6 +16,35 @@ constexpr double kFarStepSeconds = 10.0;
 constexpr double kGainStepDecibels = 1.0;
 constexpr double kFastestShuttle = 4.0;
 constexpr float kLargestGain = 16.0f;
+constexpr float kHeadStepDegrees = 10.0f;
+
+// By how much an action turns a head; nothing for those of other kinds.
+std::optional<SonaroHost::HeadAngles> FindTurn(PlayAction inAction)
+{
+	switch (inAction)
+	{
+	case PlayAction::kTurnLeft:
+		return SonaroHost::HeadAngles{kHeadStepDegrees, 0.0f, 0.0f};
+	case PlayAction::kTurnRight:
+		return SonaroHost::HeadAngles{-kHeadStepDegrees, 0.0f, 0.0f};
+	case PlayAction::kTurnUp:
+		return SonaroHost::HeadAngles{0.0f, kHeadStepDegrees, 0.0f};
+	case PlayAction::kTurnDown:
+		return SonaroHost::HeadAngles{0.0f, -kHeadStepDegrees, 0.0f};
+	case PlayAction::kTiltLeft:
+		return SonaroHost::HeadAngles{0.0f, 0.0f, -kHeadStepDegrees};
+	case PlayAction::kTiltRight:
+		return SonaroHost::HeadAngles{0.0f, 0.0f, kHeadStepDegrees};
+	default:
+		return std::nullopt;
+	}
+}
+
+// The same angle, from -180 to 180.
+float Wrap(float inDegrees)
+{
+	return std::remainder(inDegrees, 360.0f);
+}
 
 } // namespace
 
@@ -58,7 +87,10 @@ void PlayControls::Do(PlayAction inAction)
 		case PlayAction::kPlayForwards:
 			return Shuttle(1.0);
 		default:
-			DoWithTrack(inAction);
+			if (!DoWithHead(inAction))
+			{
+				DoWithTrack(inAction);
+			}
 		}
 	}
 	catch (SonaroHost::HostError const& error)
@@ -127,6 +159,25 @@ void PlayControls::DoWithTrack(PlayAction inAction)
 	default:
 		ChangeGain(inAction == PlayAction::kLouder ? kGainStepDecibels : -kGainStepDecibels);
 	}
+}
+
+bool PlayControls::DoWithHead(PlayAction inAction)
+{
+	auto const turn = FindTurn(inAction);
+	if (!turn && inAction != PlayAction::kFaceFront)
+	{
+		return false;
+	}
+	SonaroHost::HeadOrientation* const head = mSession.FindHead();
+	if (!head)
+	{
+		mMessage = "the head turns only with --binaural";
+		return true;
+	}
+	SonaroHost::HeadAngles const now = turn ? head->Get() : SonaroHost::HeadAngles();
+	SonaroHost::HeadAngles const by = turn.value_or(SonaroHost::HeadAngles());
+	head->Set({Wrap(now.mYaw + by.mYaw), Wrap(now.mPitch + by.mPitch), Wrap(now.mRoll + by.mRoll)});
+	return true;
 }
 
 void PlayControls::ChangeGain(double inDecibels)

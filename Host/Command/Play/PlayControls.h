@@ -30,6 +30,13 @@ enum class PlayAction
 	kSolo,
 	kLouder,
 	kSofter,
+	kTurnLeft,
+	kTurnRight,
+	kTurnUp,
+	kTurnDown,
+	kTiltLeft,
+	kTiltRight,
+	kFaceFront,
 };
 
 // What the keys of the screen do to a session, and which track is selected.
@@ -55,6 +62,8 @@ private:
 	void Shuttle(double inDirection);
 	void DoWithTrack(PlayAction inAction);
 	void ChangeGain(double inDecibels);
+	// Nothing for actions of other kinds.
+	bool DoWithHead(PlayAction inAction);
 
 	PlaySession& mSession;
 	std::size_t mTrack = 0;

@@ -33,6 +33,8 @@ constexpr int kHeaderLines = 2;
 constexpr int kFooterLines = 3;
 constexpr char const* kHelp =
 	"space play  arrows seek  jkl shuttle  i o x loop  up/down track  m s + - mix  q quit";
+constexpr char const* kHelpWithHead =
+	"space play  arrows seek  jkl shuttle  i o x loop  m s + - mix  4 6 8 2 7 9 5 head  q quit";
 
 // The terminal is the screen's as long as this lives.
 class Curses
@@ -75,6 +77,14 @@ std::optional<PlayAction> FindAction(int inKey)
 		{'s', PlayAction::kSolo},
 		{'+', PlayAction::kLouder},
 		{'-', PlayAction::kSofter},
+		// As they lie on a numeric keypad.
+		{'4', PlayAction::kTurnLeft},
+		{'6', PlayAction::kTurnRight},
+		{'8', PlayAction::kTurnUp},
+		{'2', PlayAction::kTurnDown},
+		{'7', PlayAction::kTiltLeft},
+		{'9', PlayAction::kTiltRight},
+		{'5', PlayAction::kFaceFront},
 	};
 	auto const found = kActions.find(inKey);
 	return found != kActions.end() ? std::optional(found->second) : std::nullopt;
@@ -152,9 +162,24 @@ private:
 			text += "  loop " + mSession.FormatPlace(first) + " to " +
 					mSession.FormatPlace(first + inState.mLoop->mFrames);
 		}
+		text += DescribeHead();
 		text += inState.mMisses > 0 ? "  " + std::to_string(inState.mMisses) + " missed" : "";
 		PrintLine(0, mTitle, A_BOLD);
 		PrintLine(1, text);
+	}
+
+	std::string DescribeHead() const
+	{
+		SonaroHost::HeadOrientation const* const head = mSession.FindHead();
+		if (!head)
+		{
+			return {};
+		}
+		SonaroHost::HeadAngles const angles = head->Get();
+		auto const format = [](float inAngle)
+		{ return SonaroHost::FormatNumber(static_cast<double>(inAngle)); };
+		return "  head yaw " + format(angles.mYaw) + " pitch " + format(angles.mPitch) + " roll " +
+			   format(angles.mRoll);
 	}
 
 	void DrawTracks()
@@ -215,7 +240,7 @@ private:
 							  FormatLoudness(loudness.mIntegrated) + " LUFS");
 		std::string const& message = inState.mFailure.empty() ? mControls.GetMessage() : inState.mFailure;
 		DrawMessage(footer + 1, SonaroHost::MakePrintable(message));
-		PrintLine(footer + 2, kHelp, A_DIM);
+		PrintLine(footer + 2, mSession.FindHead() ? kHelpWithHead : kHelp, A_DIM);
 	}
 
 	// A long one covers what is above that line.

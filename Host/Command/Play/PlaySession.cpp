@@ -23,7 +23,10 @@ PlaySession::PlaySession(
 {
 	// The device stays open as it is, whatever becomes of the timeline.
 	mRequest.mTimeline.mSampleRate = mSampleRate;
-	mRequest.mTimeline.mLayout = mFirst->GetProgramme().GetLayout();
+	if (!mRequest.mTimeline.mListener)
+	{
+		mRequest.mTimeline.mLayout = mFirst->GetProgramme().GetLayout();
+	}
 	auto const mixed = mMix.Prepare(mFirst->GetProgramme());
 	mMix.Adopt(mixed);
 	Playing::PlaybackSettings settings;

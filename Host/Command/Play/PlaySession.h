@@ -48,6 +48,12 @@ public:
 	SonaroHost::Playback::LiveMix& GetMix() { return mMix; }
 	SonaroHost::PeakMeter& GetPeaks() { return *mPeaks; }
 	SonaroHost::LoudnessReading GetLoudness() { return mLoudness->GetReading(); }
+	// Where the head of who listens with two ears is turned, live; null without --binaural.
+	SonaroHost::HeadOrientation* FindHead() const
+	{
+		auto const& listener = mRequest.mTimeline.mListener;
+		return listener ? listener->mOrientation.get() : nullptr;
+	}
 	unsigned CountChannels() const { return mChannels; }
 	int GetSampleRate() const { return mSampleRate; }
 	std::string FormatPlace(std::int64_t inFrame) const;

@@ -78,6 +78,7 @@ void PlayedInput::OpenFile(PlayRequest const& inRequest)
 	request.mInputs.push_back(input);
 	request.mSampleRate = inRequest.mTimeline.mSampleRate;
 	request.mLayout.mLayout = inRequest.mTimeline.mLayout;
+	request.mListener = inRequest.mTimeline.mListener;
 	mProgramme = MakeProgramme(ProgrammePlan(request));
 }
 

@@ -41,7 +41,7 @@ TEST_F(BinauralCommandTest, RefusesWhatMakesNoSense)
 	};
 	ExpectRefusals({
 		{2, render({"--yaw", "10"}), {"--yaw applies only to --binaural"}},
-		{2, render({"--binaural", "--roll", "1000"}), {"--roll", "-360 to 360"}},
+		{2, render({"--binaural", "--roll", "1000"}), {"--roll: 1000 is out of range; use -360 to 360"}},
 		{2, render({"--binaural"}), {"3 channels cannot be rendered for two ears"}},
 		{1, render({"--binaural", "--listener", "no.sofa"}), {"'no.sofa'", "SOFA"}},
 		{2, {"--json"}, {"--features"}},

@@ -57,6 +57,29 @@ TEST_F(PlayCommandTest, WhatADeviceGetsIsTheFileAndTheEventsSayHowItWent)
 	}
 }
 
+TEST_F(PlayCommandTest, TwoEarsHearWhatARenderWrites)
+{
+	WriteBytes(mFolder / "edit.otio", Timeline({Track("Tone", {Clip("clip", "tone.wav", 0.0, 0.3)})}).dump());
+	for (char const* const input : {"tone.wav", "edit.otio"})
+	{
+		Words const ears{input, "--binaural", "--yaw", "70", "--roll", "-10"};
+		ASSERT_EQ(Run(Join({"render", "-o", "ears.wav", "--quiet"}, ears)).mExitCode, 0);
+		ProgramResult const result =
+			Run(Join({"play", "--device", "file:out.wav", "--json", "--ahead", "500"}, ears));
+		ASSERT_EQ(result.mExitCode, 0) << result.mErrors;
+		if (ReadEvents(result).back()["misses"] == 0)
+		{
+			Sound const rendered = ReadSound(mFolder / "ears.wav");
+			Sound const played = ReadSound(mFolder / "out.wav");
+			EXPECT_EQ(played.mChannels, 2u);
+			EXPECT_NE(std::search(played.mSamples.begin(), played.mSamples.end(), rendered.mSamples.begin(),
+						  rendered.mSamples.end()),
+				played.mSamples.end())
+				<< input;
+		}
+	}
+}
+
 TEST_F(PlayCommandTest, AChangeOfTheTimelineIsTakenOver)
 {
 	auto const write = [&](double inStart, char const* inName)
