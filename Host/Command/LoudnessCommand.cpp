@@ -208,7 +208,8 @@ private:
 				{
 					throw;
 				}
-				PrintError(error.what());
+				bool const isNamed = !error.GetParts().mFile.empty();
+				PrintError((isNamed ? "" : QuoteInput(input) + ": ") + error.what());
 				mExitCode = kExitFailure;
 				continue;
 			}

@@ -78,7 +78,7 @@ std::optional<SN::AudioChannelLayout> RenderOptions::ParseLayout() const
 	{
 		Refuse("--layout: '" + mLayout +
 			   "' is not a layout; use mono, stereo, 5.1, ambisonic1 or a number of channels from 1 to " +
-			   std::to_string(kMaxChannels));
+			   std::to_string(kMaxChannels) + ", for 7.1 with --binaural 8");
 	}
 	return layout;
 }

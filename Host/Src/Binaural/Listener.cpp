@@ -44,7 +44,7 @@ void CheckCanListen(SN::AudioChannelLayout const& inLayout, int inSampleRate)
 	{
 		Refuse("sound of " + GetLayoutName(inLayout) +
 			   " cannot be rendered for two ears, since its channels have no places around the listener; use "
-			   "--layout with mono, stereo, 5.1, ambisonic1 or 8 (7.1)");
+			   "--layout with mono, stereo, 5.1, ambisonic1 or, for 7.1, 8");
 	}
 	if (inSampleRate < kLowestEarRate || inSampleRate > kHighestEarRate)
 	{

@@ -35,6 +35,7 @@ TEST_F(BinauralCommandTest, RendersAndMeasuresWhatTheEarsHear)
 TEST_F(BinauralCommandTest, RefusesWhatMakesNoSense)
 {
 	WriteSound(mFolder / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(3, 48000, 4800));
+	WriteSound(mFolder / "fine.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, 48000, 48000));
 	WriteBytes(mFolder / "no.sofa", "no ears");
 	auto const render = [](Words const& inOptions) {
 		return Join({"render", "in.wav", "-o", "out.wav"}, inOptions);
@@ -42,7 +43,10 @@ TEST_F(BinauralCommandTest, RefusesWhatMakesNoSense)
 	ExpectRefusals({
 		{2, render({"--yaw", "10"}), {"--yaw applies only to --binaural"}},
 		{2, render({"--binaural", "--roll", "1000"}), {"--roll: 1000 is out of range; use -360 to 360"}},
-		{2, render({"--binaural"}), {"3 channels cannot be rendered for two ears"}},
+		{2, render({"--binaural"}), {"'in.wav': sound of 3 channels cannot be rendered for two ears"}},
+		{2, {"render", "fine.wav", "in.wav", "-o", "out.wav", "--binaural"},
+			{"'in.wav': sound of 3 channels"}},
+		{1, {"loudness", "fine.wav", "in.wav", "--binaural", "--quiet"}, {"'in.wav': sound of 3 channels"}},
 		{1, render({"--binaural", "--listener", "no.sofa"}), {"'no.sofa'", "SOFA"}},
 		{2, {"--json"}, {"--features"}},
 	});

@@ -225,7 +225,7 @@ TEST_F(BinauralRenderTest, WhatStandsNowhereIsRefused)
 	};
 	Case const cases[] = {
 		{3, "3", kEarRate, "3 channels cannot be rendered for two ears"},
-		{4, "4", kEarRate, "use --layout with mono, stereo, 5.1, ambisonic1 or 8 (7.1)"},
+		{4, "4", kEarRate, "use --layout with mono, stereo, 5.1, ambisonic1 or, for 7.1, 8"},
 		{5, "ambisonic1", kEarRate, "5 channels cannot become ambisonic1, which has 4 channels"},
 		{2, "stereo", 999, "999 Hz is out of range; use a sample rate of 1000 to 768000"},
 	};

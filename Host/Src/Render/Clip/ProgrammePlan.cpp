@@ -94,6 +94,27 @@ LayoutPlan MakeLayoutPlan(PlannedClip const& inClip, LayoutRequest const& inRequ
 	}
 }
 
+// Throws a HostError that names the first input that makes the mix what it is.
+void CheckCanListenTo(
+	std::vector<PlannedClip> const& inClips, LayoutRequest const& inRequest, int inSampleRate)
+{
+	SN::AudioChannelLayout const& mix = inClips.front().mLayout.GetOutputLayout();
+	try
+	{
+		CheckCanListen(mix, inSampleRate);
+	}
+	catch (HostError const& error)
+	{
+		auto const widest = std::ranges::find(inClips, mix, GetSourceLayout);
+		if (inRequest.mLayout || !FindField(mix).empty() || widest == inClips.end())
+		{
+			throw;
+		}
+		HostError::Parts const& parts = error.GetParts();
+		throw HostError(error.GetKind(), {widest->GetInfo().mPath, {}, parts.mReason, parts.mRemedy});
+	}
+}
+
 } // namespace
 
 std::int64_t PlannedClip::GetFirstFrameOfSource() const
@@ -170,7 +191,7 @@ ProgrammePlan::ProgrammePlan(ClipRenderRequest const& inRequest)
 	ChooseLayouts(inRequest.mLayout);
 	if (mListener)
 	{
-		CheckCanListen(GetLayout(), mSampleRate);
+		CheckCanListenTo(mClips, inRequest.mLayout, mSampleRate);
 	}
 	PlaceClips(inRequest);
 	mFades = ChooseFades(inRequest.mFadeIn, inRequest.mFadeOut, mFrames, mSampleRate);
