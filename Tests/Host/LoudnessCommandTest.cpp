@@ -182,6 +182,9 @@ TEST_F(LoudnessCommandTest, WhatCannotBeMeasuredLeavesTheOthers)
 		AllOf(HasSubstr("tone.wav"), HasSubstr(">silent.wav<"), HasSubstr("This input is silent, so"),
 			HasSubstr("This input is too short"), Not(HasSubstr("gone.wav"))));
 
+	EXPECT_THAT(Run({"render", "faulty.wav", "-o", "out.wav", "--quiet"}).mErrors,
+		HasSubstr("2 samples of 'out.wav' are infinite, not a number or above +240 dBFS"));
+
 	Json const list = Measure({"silent.wav", "gone.wav", "tone.wav"}, 1);
 	ASSERT_EQ(list.size(), 2u);
 	EXPECT_EQ(list[0]["integratedLufs"], "-inf");

@@ -155,6 +155,12 @@ void WarnOfLevels(RenderSummary const& inFiles)
 						 "); lower --gain-db, use --limit-dbtp -1, or write floats with --bits 32f");
 		}
 		WarnOfLeftOut(QuotePath(file.mPath), file.mLoudness);
+		if (!file.mLoudness && file.mImplausibleSamples > 0)
+		{
+			PrintWarning(FormatCount(file.mImplausibleSamples, "sample") + " of " + QuotePath(file.mPath) +
+						 (file.mImplausibleSamples == 1 ? " is" : " are") +
+						 " infinite, not a number or above +240 dBFS");
+		}
 	}
 	constexpr double kTolerance = 0.1;
 	if (std::fabs(inFiles.mLoudnessError) > kTolerance)

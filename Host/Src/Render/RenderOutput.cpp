@@ -1,10 +1,11 @@
 #include "RenderOutput.h"
 
-#include "zorvaccelerate/VectorArithmetic.h"
+#include "zorvaccelerate/Metering.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioSubBuffer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace SonaroHost
@@ -81,9 +82,27 @@ void RenderOutput::Write(dsp::AudioBuffer& ioBlock)
 	{
 		if (!ioBlock.IsChannelSilent(channel))
 		{
-			mFile.mPeak = std::max(mFile.mPeak,
-				zorvaccelerate::utility::FindPeak(ioBlock.GetUseSize(), ioBlock.GetChannel(channel)));
+			FindPeak(ioBlock.GetChannel(channel), ioBlock.GetUseSize());
 		}
+	}
+}
+
+void RenderOutput::FindPeak(float const* inSamples, unsigned inFrames)
+{
+	using namespace zorvaccelerate::utility;
+	mPlausible.resize(inFrames);
+	float const largest = CopyPlausible(inFrames, inSamples, mPlausible.data());
+	// A NaN fails this comparison, too.
+	if (largest <= kLargestPlausible)
+	{
+		mFile.mPeak = std::max(mFile.mPeak, largest);
+		return;
+	}
+	for (unsigned i = 0; i < inFrames; ++i)
+	{
+		float const magnitude = std::fabs(inSamples[i]);
+		mFile.mPeak = std::isfinite(magnitude) ? std::max(mFile.mPeak, magnitude) : mFile.mPeak;
+		mFile.mImplausibleSamples += magnitude <= kLargestPlausible ? 0 : 1;
 	}
 }
 
@@ -101,6 +120,7 @@ void RenderOutput::Complete()
 	{
 		mFile.mLoudness = mMeter->GetReadingAtEnd();
 		mFile.mPeak = static_cast<float>(mFile.mLoudness->mPeak);
+		mFile.mImplausibleSamples = mFile.mLoudness->mLeftOutSamples;
 	}
 	if (mWriter)
 	{

@@ -51,12 +51,15 @@ private:
 	// Limits a block and passes on what the limiter releases, which lags behind.
 	void Limit(dsp::AudioBuffer& ioBlock);
 	void Write(dsp::AudioBuffer& ioBlock);
+	// Where no meter does.
+	void FindPeak(float const* inSamples, unsigned inFrames);
 
 	Setup mSetup;
 	RenderedFile mFile;
 	std::optional<AudioFileWriter> mWriter;
 	std::optional<LoudnessMeter> mMeter;
 	std::optional<PeakLimiter> mLimiter;
+	std::vector<float> mPlausible;
 	std::int64_t mFramesAdded = 0;
 	// The limiter's frames that are still to be dropped at the start.
 	std::int64_t mFramesToDrop = 0;

@@ -34,6 +34,8 @@ struct RenderedFile
 	float mPeak = 0.0f;
 	std::int64_t mClippedSamples = 0;
 	std::optional<LoudnessReading> mLoudness;
+	// Samples that are infinite, not a number or above +240 dBFS.
+	std::int64_t mImplausibleSamples = 0;
 	// The least gain of the limiter; 1 where it had nothing to do.
 	double mSmallestLimiterGain = 1.0;
 };
