@@ -12,6 +12,7 @@
 #include "Terminal/UsageError.h"
 #include "zorvaudiodsp/stretch/omega/OmegaEngine.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <new>
@@ -113,21 +114,47 @@ std::string DescribeVersion()
 		   (hasRubberBand ? "\nstretching: by the Rubber Band Library as well (GPL)" : "");
 }
 
-// Like the version, the list is printed in place of a command.
-void AddFeaturesFlag(CLI::App& ioProgram, bool& outIsJson)
+// The list is printed in place of a command.
+struct FeaturesFlag
 {
-	// Options are read in the order in which they are added, whatever their order on the command line.
-	CLI::Option* const json = ioProgram.add_flag("--json", outIsJson, "Print the list of --features as JSON");
-	CLI::Option* const features = ioProgram.add_flag_callback(
-		"--features",
-		[&outIsJson]
+	void Add(CLI::App& ioProgram)
+	{
+		CLI::Option* const features = ioProgram.add_flag("--features", mIsGiven,
+			"List what this build can do: formats, layouts, optional parts and the versions of libraries");
+		ioProgram.add_flag("--json", mIsJson, "Print the list of --features as JSON")->needs(features);
+	}
+
+	bool mIsGiven = false;
+	bool mIsJson = false;
+};
+
+// An empty value is mostly a variable of a script that has none, so it does not pass for an option that is left out.
+void RefuseEmptyValues(CLI::App const& inParser)
+{
+	for (CLI::Option const* const option : inParser.get_options())
+	{
+		if (option->nonpositional() && std::ranges::count(option->results(), "") > 0)
 		{
-			std::string text = outIsJson ? ListFeaturesForMachines() : ListFeaturesForPeople();
-			text.pop_back();
-			throw CLI::CallForVersion(text, 0);
-		},
-		"List what this build can do: formats, layouts, optional parts and the versions of libraries");
-	json->needs(features);
+			throw CLI::ValidationError(
+				option->get_name(), "the value is empty; give one, or leave the option out");
+		}
+	}
+}
+
+// Throws a CLI::ParseError.
+void Parse(CLI::App& ioProgram, FeaturesFlag const& inFeatures, int inCount, char** inArguments)
+{
+	ioProgram.parse(inCount, inArguments);
+	auto const commands = ioProgram.get_subcommands();
+	if (inFeatures.mIsGiven && !commands.empty())
+	{
+		throw CLI::ValidationError("--features", "stands by itself; leave the command out");
+	}
+	if (commands.empty() && !inFeatures.mIsGiven)
+	{
+		throw CLI::RequiredError::Subcommand(1);
+	}
+	std::ranges::for_each(commands, [](CLI::App const* inCommand) { RefuseEmptyValues(*inCommand); });
 }
 
 constexpr char const* kFooter =
@@ -168,11 +195,11 @@ int main(int inCount, char** inArguments)
 	MakeFailedWritesErrors();
 	StopSignals::Watch();
 	SonaroHost::SilenceMovieLibraries();
-	bool isJson = false;
+	FeaturesFlag features;
 	CLI::App program("Renders the sound of timelines and sound files, exact to the sample.", "sonaro");
 	program.set_version_flag("--version", &DescribeVersion);
-	AddFeaturesFlag(program, isJson);
-	program.require_subcommand(1);
+	features.Add(program);
+	program.require_subcommand(0, 1);
 	program.footer(kFooter);
 
 	std::unique_ptr<Command> const commands[] = {MakeRenderCommand(program), MakePlayCommand(program),
@@ -180,7 +207,7 @@ int main(int inCount, char** inArguments)
 		MakeGraphCommand(program), MakeEffectsCommand(program), MakeServeCommand(program)};
 	try
 	{
-		program.parse(inCount, inArguments);
+		Parse(program, features, inCount, inArguments);
 	}
 	catch (CLI::Success const& request)
 	{
@@ -193,6 +220,11 @@ int main(int inCount, char** inArguments)
 	{
 		PrintError(DescribeUsageError(program, error));
 		return kExitUsage;
+	}
+	if (features.mIsGiven)
+	{
+		bool const isPrinted = Print(features.mIsJson ? ListFeaturesForMachines() : ListFeaturesForPeople());
+		return isPrinted ? kExitSuccess : kExitFailure;
 	}
 	for (auto const& command : commands)
 	{

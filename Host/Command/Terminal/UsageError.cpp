@@ -131,7 +131,8 @@ std::string DescribeNoCommand(CLI::App const& inProgram, CLI::ParseError const& 
 	{
 		return std::move(*unknown);
 	}
-	if (inError.get_exit_code() != static_cast<int>(CLI::ExitCodes::RequiredError))
+	auto const code = static_cast<CLI::ExitCodes>(inError.get_exit_code());
+	if (code != CLI::ExitCodes::RequiredError && code != CLI::ExitCodes::ExtrasError)
 	{
 		return inError.what();
 	}

@@ -47,6 +47,12 @@ TEST_F(BinauralCommandTest, RefusesWhatMakesNoSense)
 		{2, {"render", "fine.wav", "in.wav", "-o", "out.wav", "--binaural"},
 			{"'in.wav': sound of 3 channels"}},
 		{1, {"loudness", "fine.wav", "in.wav", "--binaural", "--quiet"}, {"'in.wav': sound of 3 channels"}},
+		{2, render({"--binaural", "--yaw", ""}), {"--yaw: the value is empty; give one"}},
+		{2, render({"--binaural", "--listener="}), {"--listener"}},
+		{2, render({"--denoise", "--learn", ""}), {"--learn: the value is empty"}},
+		{2, {"play", "in.wav", "--device", ""}, {"--device: the value is empty"}},
+		{2, {"--features", "render", "in.wav", "-o", "out.wav"}, {"--features: stands by itself"}},
+		{2, {"--features", "all"}, {"unknown command 'all'"}},
 		{1, render({"--binaural", "--listener", "no.sofa"}), {"'no.sofa'", "SOFA"}},
 		{2, {"--json"}, {"--features"}},
 	});

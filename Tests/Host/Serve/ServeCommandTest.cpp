@@ -273,7 +273,7 @@ TEST_F(ServeCommandTest, WhatIsNotThereOrNotValidIsRefused)
 	Serve({}, talk);
 	ExpectRefusals({{2, {"serve", "edit.otio", "--bind", "0.0.0.0"}, {"lets other machines in; add --token"}},
 		{2, {"serve", "edit.otio", "--token", "short"}, {"16 characters or more"}},
-		{2, {"serve", "edit.otio", "--token", ""}, {"16 characters or more"}},
+		{2, {"serve", "edit.otio", "--token", ""}, {"--token: the value is empty"}},
 		{2, {"serve", "a.wav"}, {"'a.wav' is no timeline"}},
 		{1, {"serve", "gone.otio", "--port", "0"}, {"'gone.otio'"}}});
 }
