@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Passages.h"
 #include "TimeMap.h"
 
 #include "OtioSequence/Survey/Ranges.h"
@@ -7,8 +8,11 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/Otio/RationalTime.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -38,6 +42,13 @@ private:
 	Ratio mOrigin;
 };
 
+// Frames of the programme in which an angle of a multicam stack is heard, its index from 0 on.
+struct AngleStretch
+{
+	Passage mPassage;
+	std::size_t mAngle = 0;
+};
+
 // Where in the timeline a composition is made.
 struct Scope
 {
@@ -53,6 +64,9 @@ struct Scope
 	std::size_t mDepth = 0;
 	// Why nothing of it is heard; then only its rows count.
 	std::string mWhySilent;
+	std::shared_ptr<Hearing const> mHearing;
+	// Of a multicam stack, in the order of the programme; null for others.
+	std::shared_ptr<std::vector<AngleStretch> const> mAngles;
 };
 
 // A time for people, to the millisecond: "1:02:03.500", "-0:00.250".

@@ -1,5 +1,6 @@
 #include "StackMaker.h"
 
+#include "OtioSequence/Item/AngleRows.h"
 #include "OtioSequence/Item/ItemEffects.h"
 #include "OtioSequence/Item/ItemFades.h"
 #include "OtioSequence/Survey/Audibility.h"
@@ -25,6 +26,7 @@ std::vector<std::shared_ptr<Sequence::Description const>> StackMaker::MakeAngles
 	Begin();
 	Sequence::Description const common = *mSequence;
 	std::vector<std::shared_ptr<Sequence::Description const>> angles;
+	mAngle = 0;
 	AddChildren(
 		[&](ItemView const& inChild)
 		{
@@ -32,6 +34,7 @@ std::vector<std::shared_ptr<Sequence::Description const>> StackMaker::MakeAngles
 			{
 				mSequence->mName = GetLabel(inChild);
 				angles.push_back(mSequence);
+				++*mAngle;
 			}
 			mSequence = std::make_shared<Sequence::Description>(common);
 		});
@@ -133,6 +136,10 @@ void StackMaker::AddItems(ItemView const& inChild, std::string const& inWhySilen
 {
 	Scope scope = mScope;
 	scope.mWhySilent = inWhySilent;
+	if (mAngle && mScope.mAngles)
+	{
+		scope.mHearing = std::make_shared<Hearing const>(ListPassages(*mScope.mAngles, *mAngle));
+	}
 	if (IsPlain(inChild))
 	{
 		scope.mTrack = AppendLabel(mScope.mTrack, GetLabel(inChild));

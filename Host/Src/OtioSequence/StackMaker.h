@@ -51,6 +51,8 @@ private:
 	Scope const& mScope;
 	SN::AudioChannelLayout const& mLayout;
 	std::shared_ptr<Sequence::Description> mSequence = std::make_shared<Sequence::Description>();
+	// The index of the angle that the next child is, in a multicam stack.
+	std::optional<std::size_t> mAngle;
 };
 
 // A sequence of what is in a stack or a track, without its own levels; of a multicam stack one for each angle.

@@ -128,6 +128,7 @@ public:
 		mResult.mWhySilent = FindWhySilent(mStack, mResult);
 		TellGlobalStart();
 		std::ranges::stable_sort(mResult.mMarkers, {}, &MarkerRow::mStart);
+		std::ranges::stable_sort(mResult.mAngles, {}, &AngleRow::mFirstFrame);
 		return std::move(mResult);
 	}
 
@@ -179,8 +180,9 @@ private:
 		int const rate = mResult.mSampleRate;
 		Scope scope{Grid::MakeThrough(mRange.mStart, rate, mResult.mFirstFrame),
 			TimeMap(mRange.mStart, Ratio(), Ratio(1)), {mRange.mStart, mRange.GetEnd()},
-			{mRange.mStart, mRange.GetEnd()}, {}, 0, mWhySilent};
+			{mRange.mStart, mRange.GetEnd()}, {}, 0, mWhySilent, {}, {}};
 		mResult.mFrames = scope.mGrid.ToFrame(mRange.GetEnd()) - mResult.mFirstFrame;
+		scope.mHearing = MakeProgrammeHearing();
 		mResult.mHasLength = mRange.mLength > Ratio();
 		AddStackMarkers();
 		auto description = StackMaker(mContext, mStack, scope, mLayout).Make();
@@ -193,8 +195,8 @@ private:
 	// Makes the stack an item on a track, where only items have what the stack wants.
 	std::shared_ptr<Sequence::Description> MakeNested()
 	{
+		mResult.mFrames = ToSamples(mRange.mLength, mResult.mSampleRate);
 		Scope const scope = MakeProgrammeScope();
-		mResult.mFrames = scope.mGrid.ToFrame(mRange.mLength);
 		mResult.mHasLength = mRange.mLength > Ratio();
 		auto description = std::make_shared<Sequence::Description>();
 		description->mLayout = mLayout;
@@ -213,7 +215,13 @@ private:
 	Scope MakeProgrammeScope() const
 	{
 		TimeSpan const whole{Ratio(), mRange.mLength};
-		return {Grid(mResult.mSampleRate, Ratio()), TimeMap(), whole, whole, {}, 0, mWhySilent};
+		return {Grid(mResult.mSampleRate, Ratio()), TimeMap(), whole, whole, {}, 0, mWhySilent,
+			MakeProgrammeHearing(), {}};
+	}
+
+	std::shared_ptr<Hearing const> MakeProgrammeHearing() const
+	{
+		return std::make_shared<Hearing const>(std::vector{Passage{0, mResult.mFrames}});
 	}
 
 	void AddStackMarkers()

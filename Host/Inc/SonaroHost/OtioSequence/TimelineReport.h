@@ -101,7 +101,9 @@ struct TrackRow
 	bool mIsAudio = true;
 };
 
-// A stretch of a multicam stack in which one of its angles is heard.
+// A stretch of the programme in which one of the angles of a multicam stack is heard, crossfades to the stack and from it
+// included. Those of one stack do not overlap: while a cut fades, the new angle counts. Those of stacks that are heard
+// together do, and so do those of a stack within an angle and the angle's.
 struct AngleRow
 {
 	// Its number, from 1 on.
@@ -111,7 +113,7 @@ struct AngleRow
 	std::string mTrack;
 	// Of the angle.
 	std::string mPlace;
-	// The frames in which it is visible through what the stack is nested in.
+	// A time at which the content of the stack passes a cut is brought to the nearest frame, halves up.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mEndFrame = 0;
 };

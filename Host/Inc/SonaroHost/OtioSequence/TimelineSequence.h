@@ -68,7 +68,7 @@ struct TimelineSequence
 	// The rows in the order of the file.
 	std::vector<ClipRow> mClips;
 	std::vector<TrackRow> mTracks;
-	// Those of one stack after the other.
+	// In the order of their first frames; those of a stack before those of stacks within it.
 	std::vector<AngleRow> mAngles;
 	// By the places of multicam stacks, where angles can be switched: below 0 until somebody does. Those of stacks that are the
 	// timeline's own, or that stand right on its tracks, are live in a playback; see Sequence::Multicam.

@@ -1,5 +1,6 @@
 #include "ItemMaker.h"
 
+#include "AngleRows.h"
 #include "ClipStretch.h"
 #include "ItemEffects.h"
 #include "MulticamCuts.h"
@@ -27,6 +28,14 @@ void SetContent(Sequence::Clip inContent, Ratio const& inFirst, bool inIsBackwar
 	inContent.mFirstFrame = inFirst.Round() - (inIsBackwards ? 1 : 0);
 	outItem.mOffset = inFirst - Ratio(inFirst.Round());
 	outItem.mContent = std::move(inContent);
+}
+
+// The times of the sequence at which the direction of an item's content changes.
+std::vector<Ratio> FindTurns(Placement const& inPlacement, ItemTiming const& inTiming)
+{
+	std::vector<Ratio> turns = inTiming.mCurve ? inTiming.mCurve->FindTurns() : std::vector<Ratio>();
+	std::ranges::for_each(turns, [&](Ratio& ioTurn) { ioTurn += inPlacement.mStart; });
+	return turns;
 }
 
 // That from the first moment of a span to the last.
@@ -359,6 +368,7 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 		AddNestRow(item, scope, layout);
 		scope.mDepth += inItem.mStack ? 1 : 0;
 	}
+	std::size_t const row = mContext.mResult.mAngles.size();
 	auto const sequences = mContext.mMakeNested(inItem, scope, layout);
 	bool const isEmpty =
 		std::ranges::all_of(sequences, [](auto const& inSequence) { return inSequence->mTracks.empty(); });
@@ -368,22 +378,30 @@ std::optional<Sequence::Item> ItemMaker::MakeNest(ItemView const& inItem, Placem
 	}
 	CheckWidth(item, layout);
 	Sequence::Item result = MakeItem(inItem, inPlacement, inTiming);
-	if (IsMulticam(inItem))
+	if (scope.mAngles)
 	{
-		TimeSpan const used = inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
-		result.mContent = MakeMulticam(
-			mContext, {*inItem.mStack, scope, inTiming.mRange.mStart, used, start.mFrame}, sequences);
+		AddAngleRows(mContext, *inItem.mStack, scope, row);
 	}
-	else
-	{
-		result.mContent = Sequence::Nest{sequences.front(), scope.mGrid.ToTicks(start.mFrame)};
-	}
+	result.mContent = MakeNestContent(inItem, inPlacement, inTiming, {scope, start.mFrame, sequences});
 	result.mOffset = start.mOffset;
 	if (inLevelsOn == LevelsOn::kItem)
 	{
 		AddLevels(item, layout, inTiming.mRange.mLength, result.mChain);
 	}
 	return result;
+}
+
+decltype(Sequence::Item::mContent) ItemMaker::MakeNestContent(ItemView const& inItem,
+	Placement const& inPlacement, ItemTiming const& inTiming, NestParts const& inParts)
+{
+	if (!IsMulticam(inItem))
+	{
+		return Sequence::Nest{inParts.mSequences.front(), inParts.mScope.mGrid.ToTicks(inParts.mFirstFrame)};
+	}
+	TimeSpan const used = inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
+	return MakeMulticam(mContext,
+		{*inItem.mStack, inParts.mScope, inTiming.mRange.mStart, used, inParts.mFirstFrame},
+		inParts.mSequences);
 }
 
 void ItemMaker::AddNestRow(Item const& inItem, Scope const& inInner, SN::AudioChannelLayout const& inLayout)
@@ -444,15 +462,22 @@ Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlace
 	ItemTiming const& inTiming, std::string const& inWhySilent, NestStart& outStart) const
 {
 	Scope scope{MakeInnerGrid(inTiming, outStart), mScope.mToProgramme.After(inTiming.mToContent.Invert()),
-		{}, {}, mScope.mTrack, mScope.mDepth, inWhySilent};
+		{}, {}, mScope.mTrack, mScope.mDepth, inWhySilent, {}, {}};
 	TimeSpan const own{inPlacement.mStart, inPlacement.mEnd};
 	TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
 	scope.mVisible = inTiming.mToContent.Map(own.Intersect(mScope.mVisible));
 	scope.mNeeded = inTiming.mToContent.Map(reach.Intersect(mScope.mNeeded));
+	scope.mHearing = std::make_shared<Hearing const>(mScope.mHearing,
+		FrameTimes(mScope.mToProgramme.Invert(), mScope.mGrid.GetSampleRate()), reach,
+		FindTurns(inPlacement, inTiming));
 	if (inItem.mItem != mContext.mTimelineStack)
 	{
 		scope.mTrack = AppendLabel(mScope.mTrack, GetLabel(inItem));
 		++scope.mDepth;
+	}
+	if (IsMulticam(inItem) && inWhySilent.empty())
+	{
+		scope.mAngles = FindAngles(*inItem.mStack, inTiming.mRange.mStart, scope);
 	}
 	return scope;
 }

@@ -106,6 +106,15 @@ private:
 		std::int64_t mFrame = 0;
 		Ratio mOffset;
 	};
+	// What is inside, its first frame that is heard, and its sequences.
+	struct NestParts
+	{
+		Scope const& mScope;
+		std::int64_t mFirstFrame;
+		std::vector<std::shared_ptr<Sequence::Description const>> const& mSequences;
+	};
+	decltype(Sequence::Item::mContent) MakeNestContent(ItemView const& inItem, Placement const& inPlacement,
+		ItemTiming const& inTiming, NestParts const& inParts);
 	Grid MakeInnerGrid(ItemTiming const& inTiming, NestStart& outStart) const;
 	Scope MakeInnerScope(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming,
 		std::string const& inWhySilent, NestStart& outStart) const;

@@ -1,7 +1,6 @@
 #include "MulticamCuts.h"
 
 #include <limits>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -33,14 +32,12 @@ public:
 			mContext.mResult.mAngleSwitches.emplace(mPlace.mStack.mPlace, mMade.mSwitch);
 		}
 		mMade.mFirstAngle = FindAngle(mPlace.mStack, mSettings.mFirst).value_or(0);
-		mStart = std::nullopt;
 		mAngle = mMade.mFirstAngle;
 		for (AngleCut const& cut : mSettings.mCuts)
 		{
 			TellOutside(cut);
 			AddCut(cut);
 		}
-		AddRow(std::nullopt);
 		return std::move(mMade);
 	}
 
@@ -60,14 +57,11 @@ private:
 		if (mFadeEnd > frame)
 		{
 			mContext.TellOnce(Note::Kind::kGuess, GetPlace(inCut),
-				"a fade of the cut before this one goes on longer than up to this one; such fades are "
-				"shortened");
+				"the fade of the cut before lasts beyond this cut; such fades are shortened");
 		}
 		mFadeEnd = mGrid.ToFrame(GetTime(inCut) + length);
 		mMade.mCuts.push_back({mGrid.ToTicks(frame), angle,
 			{mGrid.ToTicks(mFadeEnd - frame), mSettings.mShape.value_or(mContext.mOptions.mFadeShape)}});
-		AddRow(mGrid.ToTime(frame));
-		mStart = mGrid.ToTime(frame);
 		mAngle = angle;
 	}
 
@@ -76,13 +70,14 @@ private:
 		if (GetTime(inCut) < mPlace.mUsed.mStart && !std::exchange(mHasToldEarly, true))
 		{
 			mContext.Tell(Note::Kind::kRemark, GetPlace(inCut),
-				"the cut is before the start of the stack; the last one of such cuts is the angle at the "
-				"start");
+				"the cut is before the start of the stack; the last of such cuts says which angle is heard "
+				"at the start");
 		}
 		if (GetTime(inCut) >= mPlace.mUsed.mEnd && !std::exchange(mHasToldLate, true))
 		{
 			mContext.Tell(Note::Kind::kRemark, GetPlace(inCut),
-				"the cut is at or after the end of the stack; nothing of it is heard");
+				"the cut is at or after the end of the stack; it is heard only in a transition after the "
+				"stack");
 		}
 	}
 
@@ -91,34 +86,11 @@ private:
 		return mPlace.mStack.mPlace + "/metadata/sonaro/multicam/cuts/" + std::to_string(inCut.mIndex);
 	}
 
-	// The stretch that ends here, or with all that is visible.
-	void AddRow(std::optional<Ratio> const& inEnd)
-	{
-		Scope const& scope = mPlace.mScope;
-		TimeSpan const visible =
-			TimeSpan{mStart.value_or(scope.mVisible.mStart), inEnd.value_or(scope.mVisible.mEnd)}.Intersect(
-				scope.mVisible);
-		if (visible.IsEmpty())
-		{
-			return;
-		}
-		TimeSpan const heard = scope.mToProgramme.Map(visible);
-		Composable const& angle = *ListAngles(mPlace.mStack)[mAngle];
-		AngleRow const row{mAngle + 1, GetLabel(ItemView(angle)), scope.mTrack, angle.AsItem()->mPlace,
-			ToSamples(heard.mStart, mGrid.GetSampleRate()), ToSamples(heard.mEnd, mGrid.GetSampleRate())};
-		if (row.mFirstFrame < row.mEndFrame)
-		{
-			mContext.mResult.mAngles.push_back(row);
-		}
-	}
-
 	MakerContext& mContext;
 	MulticamPlace const& mPlace;
 	MulticamSettings const& mSettings;
 	Grid const& mGrid;
 	Sequence::Multicam mMade;
-	// Since when the angle is heard; nothing for from the start on.
-	std::optional<Ratio> mStart;
 	std::size_t mAngle = 0;
 	// A note of each kind is enough for a stack.
 	bool mHasToldEarly = false;

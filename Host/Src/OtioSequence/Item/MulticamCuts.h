@@ -24,8 +24,7 @@ struct MulticamPlace
 
 bool IsMulticam(ItemView const& inItem);
 
-// The item's content of sequences of all angles, with the cuts on the grid of the scope. Adds a row for each stretch that
-// is visible.
+// The item's content of sequences of all angles, with the cuts on the grid of the scope.
 Sequence::Multicam MakeMulticam(MakerContext& ioContext, MulticamPlace const& inPlace,
 	std::vector<std::shared_ptr<Sequence::Description const>> inAngles);
 
