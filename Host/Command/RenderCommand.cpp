@@ -391,6 +391,7 @@ private:
 	{
 		WarnOfLevels(inSummary);
 		WarnOfDamage(inSummary);
+		WarnOfUnlearnedNoise(inSummary);
 		if (inSummary.mPlayback)
 		{
 			WarnOfMisses(*inSummary.mPlayback);

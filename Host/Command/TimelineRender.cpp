@@ -64,6 +64,7 @@ int TimelineRender::Run(std::string const& inInput)
 		RunStrictly(job, mShared, [&](std::string const& inReason) { WriteRefusal(job, inInput, inReason); });
 	WarnOfLevels(summary);
 	WarnOfDamage(summary);
+	WarnOfUnlearnedNoise(summary);
 	FinishAfter(mShared.mOutput, [&] { Report(job, inInput, summary); });
 	bool const isComplete = job.GetSequence().mMissing.empty() && ListMissingEffects(job.GetNotes()).empty();
 	return isComplete ? kExitSuccess : kExitMissing;

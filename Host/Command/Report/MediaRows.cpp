@@ -1,5 +1,7 @@
 #include "MediaRows.h"
 
+#include "SonaroHost/Metering/LoudnessMeter.h"
+
 namespace SonaroCommand
 {
 
@@ -20,6 +22,20 @@ Json DescribeDenoise(SonaroHost::Denoise const& inDenoise)
 		json["learn"] = {{"firstMediaSample", learn->mFirst}, {"endMediaSample", learn->mEnd}};
 	}
 	return json;
+}
+
+Json ListLearnedNoise(std::vector<SonaroHost::LearnedNoise> const& inNoises)
+{
+	Json list = Json::array();
+	for (SonaroHost::LearnedNoise const& noise : inNoises)
+	{
+		Json json = DescribeDenoise(noise.mDenoise);
+		json["path"] = noise.mPath.string();
+		json["rate"] = noise.mSampleRate;
+		json["levelDbfs"] = noise.mLevel ? Json(SonaroHost::ToDecibels(*noise.mLevel)) : Json();
+		list.push_back(json);
+	}
+	return list;
 }
 
 Json ListDamage(std::vector<SonaroHost::MediaDamage::Stretch> const& inStretches)

@@ -94,8 +94,9 @@ std::string SummarizeForPeople(std::vector<std::string> const& inInputs, std::st
 	ClipRenderJob const& inJob, RenderSummary const& inSummary)
 {
 	return DescribeFormat(ShowOutput(inOutput), inSummary.GetFile(), inSummary, inJob.GetOutputLayout()) +
-		   DescribeInputs(inInputs, inJob.GetPlan()) + DescribeBinaural(inJob.GetBinaural()) +
-		   DescribePeak(inSummary.GetFile()) + DescribeNormalizing(inSummary) + DescribeOneRun(inSummary) +
+		   DescribeInputs(inInputs, inJob.GetPlan()) + DescribeLearnedNoise(inSummary) +
+		   DescribeBinaural(inJob.GetBinaural()) + DescribePeak(inSummary.GetFile()) +
+		   DescribeNormalizing(inSummary) + DescribeOneRun(inSummary) +
 		   DescribeRealTimeFactor(
 			   GetRealTimeFactor(inSummary.GetFrames(), inSummary.mSampleRate, inSummary.mElapsedSeconds)) +
 		   (inSummary.mPlayback ? DescribePlayback(*inSummary.mPlayback) : "");
@@ -122,6 +123,7 @@ std::string SummarizeForMachines(std::vector<std::string> const& inInputs, std::
 	json["clippedSamples"] = file.mClippedSamples;
 	AddOneRun(json, inSummary);
 	json["effects"] = ListEffects(inSummary.mGraph);
+	json["learnedNoise"] = ListLearnedNoise(inSummary.mLearnedNoise);
 	AddTimes(json, inSummary);
 	return ToText(json);
 }
@@ -157,6 +159,7 @@ Json MakeReport(std::vector<std::string> const& inInputs, ClipRenderJob const& i
 		json["refused"] = inRefusal;
 	}
 	json["damaged"] = ListDamaged(inSummary.mDamaged);
+	json["learnedNoise"] = ListLearnedNoise(inSummary.mLearnedNoise);
 	json["clips"] = ListSoundFiles(inJob.GetPlan());
 	return json;
 }

@@ -170,6 +170,40 @@ void WarnOfLevels(RenderSummary const& inFiles)
 	}
 }
 
+std::string DescribeLearnedNoise(RenderSummary const& inFiles)
+{
+	std::string text;
+	for (LearnedNoise const& noise : inFiles.mLearnedNoise)
+	{
+		if (noise.mLevel)
+		{
+			auto const format = [&](std::int64_t inFrame) { return FormatTime(inFrame, noise.mSampleRate); };
+			auto const& learn = noise.mDenoise.mLearn;
+			text +=
+				"noise of " + FormatFixed(ToDecibels(*noise.mLevel), 1) + " dBFS in " +
+				QuoteInput(noise.mPath) + " reduced by " + FormatNumber(noise.mDenoise.mReduction) +
+				" dB, learned from " +
+				(learn ? format(learn->mFirst) + " to " + format(learn->mEnd) : "its quietest stretches") +
+				"\n";
+		}
+	}
+	return text;
+}
+
+void WarnOfUnlearnedNoise(RenderSummary const& inFiles)
+{
+	for (LearnedNoise const& noise : inFiles.mLearnedNoise)
+	{
+		if (!noise.mLevel)
+		{
+			PrintWarning("no noise could be learned of " + QuoteInput(noise.mPath) +
+						 ", as it is silent or shorter than " +
+						 FormatCount(GetShortestLearnSpan(noise.mSampleRate), "sample") +
+						 "; it stays as it is");
+		}
+	}
+}
+
 void WarnOfDamage(RenderSummary const& inFiles)
 {
 	for (DamagedMedia const& media : inFiles.mDamaged)

@@ -38,6 +38,11 @@ std::string DescribeOneRun(SonaroHost::RenderSummary const& inFiles);
 // Warns of samples that were clipped, and of a loudness that was not reached.
 void WarnOfLevels(SonaroHost::RenderSummary const& inFiles);
 
+// A line for each file whose noise was learned.
+std::string DescribeLearnedNoise(SonaroHost::RenderSummary const& inFiles);
+
+// Warns of files whose noise could not be learned.
+void WarnOfUnlearnedNoise(SonaroHost::RenderSummary const& inFiles);
 // Warns of media in which damage was found.
 void WarnOfDamage(SonaroHost::RenderSummary const& inFiles);
 // Of samples without which the loudness of something was measured; its name in quotes.

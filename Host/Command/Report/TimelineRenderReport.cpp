@@ -71,7 +71,9 @@ Json Summarize(std::string const& inInput, TimelineRenderJob const& inJob, Rende
 	json["effects"] = ListEffects(inSummary.mGraph);
 	json.update(Json{{"missing", ListMissing(inJob.GetSequence().mMissing)},
 		{"levelsNotRead", CountUnreadLevels(inJob.GetNotes())}, {"notes", ListNotes(inJob.GetNotes())},
-		{"damaged", ListDamaged(inSummary.mDamaged)}, {"elapsedSeconds", inSummary.mElapsedSeconds},
+		{"damaged", ListDamaged(inSummary.mDamaged)},
+		{"learnedNoise", ListLearnedNoise(inSummary.mLearnedNoise)},
+		{"elapsedSeconds", inSummary.mElapsedSeconds},
 		{"realTimeFactor",
 			GetRealTimeFactor(inJob.GetRange().mFrames, inJob.GetSampleRate(), inSummary.mElapsedSeconds)}});
 	if (!inRefusal.empty())
@@ -139,7 +141,7 @@ std::string SummarizeForPeople(TimelineRenderJob const& inJob, RenderSummary con
 					inJob.GetOutputLayout()) +
 				"  " + DescribePeak(file);
 	}
-	text += DescribeBinaural(inJob.GetSequence().mDescription->mBinaural) +
+	text += DescribeLearnedNoise(inSummary) + DescribeBinaural(inJob.GetSequence().mDescription->mBinaural) +
 			MakeLoudnessTable(inJob, inSummary) + DescribeNormalizing(inSummary) + DescribeOneRun(inSummary);
 	for (Note const& note : inJob.GetRangeNotes())
 	{

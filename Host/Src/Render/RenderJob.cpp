@@ -84,6 +84,7 @@ std::optional<RenderSummary> RenderJob::Run()
 		return std::nullopt;
 	}
 	mSummary.mDamaged = mProgramme.mMedia->ListDamaged();
+	mSummary.mLearnedNoise = mProgramme.mMedia->ListLearnedNoise();
 	mSummary.mElapsedSeconds =
 		std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 	return std::move(mSummary);

@@ -238,6 +238,16 @@ bool FileMedia::LearnNoise(
 	}
 }
 
+std::vector<LearnedNoise> FileMedia::ListLearnedNoise() const
+{
+	auto list = SonaroHost::ListLearnedNoise(ListDenoised());
+	for (LearnedNoise& learned : list)
+	{
+		learned.mPath = GetShownPath(learned.mPath);
+	}
+	return list;
+}
+
 std::vector<DamagedMedia> FileMedia::ListDamaged() const
 {
 	return ListDamaged([](AudioFileInfo const& inInfo) { return inInfo.mDamage->Get(); });
@@ -260,12 +270,15 @@ std::vector<DamagedMedia> FileMedia::ListDamaged(
 HostError FileMedia::NameAsShown(HostError const& inError) const
 {
 	HostError::Parts parts = inError.GetParts();
-	auto const found = mFiles.lower_bound({parts.mFile, 0});
-	if (found != mFiles.end() && found->first.first == parts.mFile)
-	{
-		parts.mFile = found->second.mInfo.mPath;
-	}
+	parts.mFile = GetShownPath(parts.mFile);
 	return HostError(inError.GetKind(), std::move(parts));
+}
+
+std::filesystem::path const& FileMedia::GetShownPath(std::filesystem::path const& inPath) const
+{
+	auto const found = mFiles.lower_bound({inPath, 0});
+	bool const isKnown = found != mFiles.end() && found->first.first == inPath;
+	return isKnown ? found->second.mInfo.mPath : inPath;
 }
 
 } // namespace SonaroHost

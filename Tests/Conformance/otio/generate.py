@@ -536,6 +536,9 @@ def multicam_cases():
     cuts("multicam-missing", "An angle whose media are missing is silent while it is heard; it is reported.",
          [angles(first, track(clip("gone.wav", r(0, 1500), name="lost")), cuts=[(500, 2), (900, 1)])], 1500,
          [run(0, 500, "a.wav", 0), run(900, 1500, "a.wav", 900)], missing=["lost"], warns=True)
+    cuts("multicam-no-angles", "A multicam stack without angles is silent, like any stack without audio.",
+         [{**angles(cuts=[(100, 2)]), "source_range": r(0, 500)}, clip("a.wav", r(0, 500))], 1000,
+         [run(500, 1000, "a.wav", 0)])
     case("multicam-layouts", "Angles have the layout of the widest one: a mono angle is on both sides.",
          timeline(track(angles(first, track(clip("stereo.wav", r(0, 1500))), cuts=[(500, 2)]))), 1500,
          [[run(0, 500, "a.wav", 0), run(500, 1500, "stereo.wav", 500)],
@@ -555,6 +558,19 @@ def multicam_cases():
           run(950, 1100, "a.wav", 150, fade=["linear", "in", 900, 1100]), run(1100, 1400, "a.wav", 300),
           run(1400, 1500, "a.wav", 600, fade=["linear", "out", 1400, 1600]),
           run(1400, 1500, "a.wav", 2900, fade=["linear", "in", 1400, 1600]), run(1500, 1800, "b.wav", 700)])
+
+
+def denoise_cases():
+    def denoise(**settings):
+        return item("Effect.1", {"effect_name": "sonaro:denoise"}, sonaro={"denoise": settings})
+    cuts("denoise-by-nothing", "A reduction of 0 dB leaves every sample as it is.",
+         [clip("a.wav", r(0, 500), effects=[denoise(reduction=0)]), clip("a.wav", r(500, 500))], 1000,
+         [run(0, 1000, "a.wav", 0)])
+    cuts("denoise-outside", "Where the media have nothing to learn from, the effect is bypassed; it is reported.",
+         [clip("a.wav", r(0, 500), effects=[denoise(learn={"start": t(0), "end": t(4801)})])], 500,
+         [run(0, 500, "a.wav", 0)], warns=True)
+    cuts("denoise-disabled", "A disabled effect is not applied.",
+         [clip("a.wav", r(0, 500), effects=[{**denoise(), "enabled": False}])], 500, [run(0, 500, "a.wav", 0)])
 
 
 def editor_effect(name, *parameters, **more):
@@ -715,7 +731,7 @@ def label_cases():
 
 def make_all():
     for define in (cut_cases, nesting_cases, rounding_cases, transition_cases, enabled_cases, speed_cases,
-                   media_cases, mix_cases, multicam_cases, level_cases, layout_cases, label_cases):
+                   media_cases, mix_cases, multicam_cases, denoise_cases, level_cases, layout_cases, label_cases):
         define()
     files = {"media/" + name: wave_file(name) for name in MEDIA}
     for name, (made, expected) in CASES.items():

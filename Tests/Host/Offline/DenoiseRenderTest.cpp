@@ -10,6 +10,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <random>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -128,13 +129,16 @@ TEST_F(DenoiseRenderTest, WhatCannotBeLearnedFromIsRefused)
 	};
 	expect(60.1, 0, 48000, "a reduction of 60.1 dB is out of range; use 0 to 60", HostError::Kind::kRequest);
 	expect(-1.0, 0, 48000, "-1 dB is out of range", HostError::Kind::kRequest);
-	expect(
-		18.0, 0, 48001, "as the file has 0:01.000; choose a range within the file", HostError::Kind::kInput);
-	expect(18.0, 9600, 9600, "ends before it begins; choose an end after", HostError::Kind::kInput);
-	expect(18.0, 9600, 10000, "less than 2048 samples; choose a longer range", HostError::Kind::kInput);
+	expect(18.0, 0, 48001, "as the file has 0:01.000; choose a range within the file",
+		HostError::Kind::kRequest);
+	expect(18.0, 9600, 9600, "ends before it begins; choose an end after", HostError::Kind::kRequest);
+	expect(18.0, 9600, 10000, "less than 2048 samples; choose a longer range", HostError::Kind::kRequest);
 	expect(18.0, 0, 9600, "in.wav': there is only silence to learn the noise from; choose another range",
 		HostError::Kind::kInput);
 	EXPECT_THAT(mFolder.List(), ElementsAre("in.wav"));
+	WriteInput(Sound{1, 48000, std::vector<float>(10)});
+	expect(18.0, 0, 10, "it has 10 samples, and 2048 are needed; leave its noise as it is",
+		HostError::Kind::kRequest);
 	ClipRenderRequest request = MakeRequest();
 	request.mInputs.push_back(request.mInputs.front());
 	request.mNoiseReduction->mLearn.emplace();
@@ -166,6 +170,32 @@ TEST_F(DenoiseRenderTest, ClipsAreCutsOfTheFileWithoutNoise)
 	EXPECT_TRUE(SameBits(mix.Cut(48000 * 3, 48000 * 3), clean.Cut(48000 * 4, 48000 * 3)));
 	request.mRange = "4.5..5";
 	EXPECT_TRUE(SameBits(Render(request), mix.Cut(216000, 24000)));
+}
+
+TEST_F(DenoiseRenderTest, SummariesHaveTheLevelThatWasLearned)
+{
+	// Noise of a fifth, in one of two channels, and louder in another part.
+	constexpr std::size_t kFrames = 96000;
+	Sound noise{2, 48000, std::vector<float>(2 * kFrames)};
+	std::mt19937 random(5);
+	std::normal_distribution<float> normal(0.0f, 0.2f);
+	for (std::size_t i = 0; i < kFrames; ++i)
+	{
+		noise.mSamples[2 * i] = normal(random) * (i < kFrames / 2 ? 1.0f : 3.0f);
+	}
+	WriteInput(noise);
+	ClipRenderRequest request = MakeRequest();
+	request.mNoiseReduction = {
+		12.0, {{TimePosition::FromSamples(0), TimePosition::FromSamples(kFrames / 2)}}};
+	auto const render = [&request]() { return ClipRenderJob(request).Run().value().mLearnedNoise; };
+	ASSERT_EQ(render().size(), 1u);
+	EXPECT_NEAR(render()[0].mLevel.value(), 0.2, 0.01);
+	request.mNoiseReduction->mLearn.reset();
+	EXPECT_NEAR(render()[0].mLevel.value(), 0.2, 0.01);
+	WriteInput(Sound{1, 48000, std::vector<float>(10, 0.5f)});
+	EXPECT_FALSE(render()[0].mLevel);
+	request.mNoiseReduction->mReduction = 0.0;
+	EXPECT_TRUE(render().empty());
 }
 
 TEST_F(DenoiseRenderTest, TimelinesThatCannotBeMeant)

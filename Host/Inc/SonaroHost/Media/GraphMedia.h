@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MediaDamage.h"
+#include "SonaroHost/Offline/LearnedNoise.h"
 
 #include <cstdint>
 #include <functional>
@@ -38,6 +39,8 @@ public:
 	{
 		return true;
 	}
+	// What was learned until now.
+	virtual std::vector<LearnedNoise> ListLearnedNoise() const { return {}; }
 };
 
 } // namespace SonaroHost

@@ -29,6 +29,8 @@ struct NoiseProfile
 	}
 
 	bool IsSilent() const;
+	// The root mean square in the channel that has most noise.
+	double GetLevel() const;
 
 	unsigned mBins;
 	// One channel after the other.
@@ -45,7 +47,9 @@ public:
 
 	// What inLearn gives when nobody has learned before. When it gives null or throws, the next one learns.
 	Profile Get(std::function<Profile()> const& inLearn);
-	bool IsLearned() const;
+	bool IsLearned() const { return Find() != nullptr; }
+	// Null until somebody has learned.
+	Profile Find() const;
 
 private:
 	mutable std::mutex mMutex;

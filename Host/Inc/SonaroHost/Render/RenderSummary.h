@@ -5,6 +5,7 @@
 #include "SonaroHost/Engine/ReadAhead.h"
 #include "SonaroHost/Media/MediaDamage.h"
 #include "SonaroHost/Metering/LoudnessReading.h"
+#include "SonaroHost/Offline/LearnedNoise.h"
 #include "SonaroHost/Render/Fades.h"
 #include "SonaroHost/Sequence/GraphReport.h"
 
@@ -33,9 +34,9 @@ struct RenderedFile
 	// full scale.
 	float mPeak = 0.0f;
 	std::int64_t mClippedSamples = 0;
-	std::optional<LoudnessReading> mLoudness;
 	// Samples that are infinite, not a number or above +240 dBFS.
 	std::int64_t mImplausibleSamples = 0;
+	std::optional<LoudnessReading> mLoudness;
 	// The least gain of the limiter; 1 where it had nothing to do.
 	double mSmallestLimiterGain = 1.0;
 };
@@ -75,6 +76,8 @@ struct RenderSummary
 	std::optional<PlaybackSummary> mPlayback;
 	// The media in which damage was found.
 	std::vector<DamagedMedia> mDamaged;
+	// The media whose noise was learned, to be reduced.
+	std::vector<LearnedNoise> mLearnedNoise;
 	// What the render took by the clock.
 	double mElapsedSeconds = 0.0;
 };

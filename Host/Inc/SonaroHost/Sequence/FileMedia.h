@@ -65,6 +65,7 @@ public:
 	std::int64_t CountFramesToLearn() const override;
 	bool LearnNoise(
 		std::function<void(std::int64_t)> const& inReport, std::stop_token const& inStop) const override;
+	std::vector<LearnedNoise> ListLearnedNoise() const override;
 
 	// The files in which damage was found until now, in the order of their paths.
 	std::vector<DamagedMedia> ListDamaged() const override;
@@ -103,6 +104,8 @@ private:
 	std::vector<DamagedMedia> ListDamaged(
 		std::function<std::vector<MediaDamage::Stretch>(AudioFileInfo const&)> const& inFind) const;
 	HostError NameAsShown(HostError const& inError) const;
+	// What people call a file; of others the path itself.
+	std::filesystem::path const& GetShownPath(std::filesystem::path const& inPath) const;
 
 	std::map<Key, File> mFiles;
 	// Files by the path for people.

@@ -20,26 +20,39 @@ void CheckReduction(double inReduction)
 	}
 }
 
+// It is the request that does not fit the file.
+[[noreturn]] void RefuseSpan(
+	AudioFileInfo const& inFile, std::string const& inReason, std::string const& inRemedy)
+{
+	throw HostError(HostError::Kind::kRequest, {inFile.mPath, {}, inReason, inRemedy});
+}
+
 void CheckSpan(AudioFileInfo const& inFile, Denoise::Span const& inSpan)
 {
 	auto const format = [&](std::int64_t inFrame) { return FormatTime(inFrame, inFile.mSampleRate); };
 	std::string const range = format(inSpan.mFirst) + " to " + format(inSpan.mEnd);
+	std::int64_t const shortest = GetShortestLearnSpan(inFile.mSampleRate);
+	if (inFile.mFrames < shortest)
+	{
+		RefuseSpan(inFile,
+			"is too short to learn noise from: it has " + FormatCount(inFile.mFrames, "sample") + ", and " +
+				std::to_string(shortest) + " are needed",
+			"leave its noise as it is");
+	}
 	if (inSpan.mFirst < 0 || inSpan.mEnd > inFile.mFrames)
 	{
-		RefuseFile(inFile.mPath,
+		RefuseSpan(inFile,
 			"the noise cannot be learned from " + range + ", as the file has " + format(inFile.mFrames),
 			"choose a range within the file");
 	}
 	if (inSpan.mEnd <= inSpan.mFirst)
 	{
-		RefuseFile(inFile.mPath,
-			"the noise cannot be learned from " + range + ", which ends before it begins",
+		RefuseSpan(inFile, "the noise cannot be learned from " + range + ", which ends before it begins",
 			"choose an end after the start");
 	}
-	std::int64_t const shortest = GetShortestLearnSpan(inFile.mSampleRate);
 	if (inSpan.mEnd - inSpan.mFirst < shortest)
 	{
-		RefuseFile(inFile.mPath,
+		RefuseSpan(inFile,
 			"the noise cannot be learned from " + range + ", which is less than " +
 				FormatCount(shortest, "sample"),
 			"choose a longer range");

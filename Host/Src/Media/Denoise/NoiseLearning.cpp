@@ -86,4 +86,20 @@ bool LearnNoise(NoisyRecordings const& inRecordings, std::function<void(std::int
 	return true;
 }
 
+std::vector<LearnedNoise> ListLearnedNoise(NoisyRecordings const& inRecordings)
+{
+	std::vector<LearnedNoise> list;
+	for (AudioFileInfo const* const recording : inRecordings)
+	{
+		auto const profile = recording->mNoise ? recording->mNoise->Find() : nullptr;
+		if (profile)
+		{
+			std::optional<double> const level =
+				profile->IsSilent() ? std::nullopt : std::optional(profile->GetLevel());
+			list.push_back({recording->mPath, recording->mSampleRate, *recording->mDenoise, level});
+		}
+	}
+	return list;
+}
+
 } // namespace SonaroHost

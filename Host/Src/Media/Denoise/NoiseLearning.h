@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SonaroHost/Media/AudioFileInfo.h"
+#include "SonaroHost/Offline/LearnedNoise.h"
 
 #include <cstdint>
 #include <functional>
@@ -20,5 +21,8 @@ std::int64_t CountFramesToLearn(NoisyRecordings const& inRecordings);
 // with the frames that are done. False when asked to stop. Throws a HostError that names the file.
 bool LearnNoise(NoisyRecordings const& inRecordings, std::function<void(std::int64_t)> const& inReport,
 	std::stop_token const& inStop);
+
+// What was learned of them until now, in their order.
+std::vector<LearnedNoise> ListLearnedNoise(NoisyRecordings const& inRecordings);
 
 } // namespace SonaroHost

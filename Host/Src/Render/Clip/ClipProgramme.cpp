@@ -176,6 +176,10 @@ public:
 	{
 		return SonaroHost::LearnNoise(ListRecordings(), inReport, inStop);
 	}
+	std::vector<LearnedNoise> ListLearnedNoise() const override
+	{
+		return SonaroHost::ListLearnedNoise(ListRecordings());
+	}
 
 private:
 	NoisyRecordings ListRecordings() const
