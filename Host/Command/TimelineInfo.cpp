@@ -111,6 +111,10 @@ std::string DescribeClip(ClipRow const& inClip, int inSampleRate)
 		text += ", " + DescribeRamp(*inClip.mRamp, inSampleRate) +
 				(inClip.mKeepsPitch ? " with its pitch kept" : "");
 	}
+	else if (inClip.mHasChangingSpeed)
+	{
+		text += ", at a changing speed";
+	}
 	else if (inClip.mSpeed != 1.0)
 	{
 		std::array<char, 32> speed{};

@@ -71,6 +71,8 @@ struct ClipRow
 	std::int64_t mEndMediaSample = 0;
 	// All time warps together: media time that passes in a second of the programme's; the mean where that changes.
 	double mSpeed = 1.0;
+	// Whether it changes, by a ramp of its own or of what it is nested in.
+	bool mHasChangingSpeed = false;
 	std::optional<RampRow> mRamp;
 	// Whether a time warp of its own leaves its pitch as it is.
 	bool mKeepsPitch = false;

@@ -326,6 +326,7 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 	row.mFirstFrame = ToSamples(visible.mStart, rate);
 	row.mEndFrame = ToSamples(visible.mEnd, rate);
 	TimeMap const toContent = inTiming.mToContent.After(mScope.mToProgramme.Invert());
+	row.mHasChangingSpeed = !toContent.IsLinear();
 	row.mSpeed = FindMeanSpeed(toContent, visible).ToDouble();
 	row.mKeepsPitch = inState.mKeepsPitch;
 	row.mSemitones = inState.mIsStretched ? inClip.GetSettings().mSemitones : 0.0;
