@@ -291,15 +291,16 @@ private:
 	// Throws a HostError for an option that a timeline has no use for.
 	void CheckOptionsFitTimelines()
 	{
-		constexpr char const* kWhy = "applies only to sound files; a timeline sets this itself";
-		for (char const* const name : {"--start", "--duration"})
+		constexpr char const* kRange = "a timeline sets this itself; use --range to render a part of it";
+		for (auto const& [name, remedy] : {std::pair("--start", kRange), std::pair("--duration", kRange),
+				 std::pair("--as-playback", "sonaro play reads timelines ahead")})
 		{
 			if (GetParser().get_option(name)->count() > 0)
 			{
-				Refuse(std::string(name) + " " + kWhy + "; use --range to render a part of it");
+				Refuse(std::string(name) + " applies only to sound files; " + remedy);
 			}
 		}
-		RefuseGroup(GetParser(), kForSoundFiles, kWhy);
+		RefuseGroup(GetParser(), kForSoundFiles, "applies only to sound files; a timeline sets this itself");
 	}
 
 	// The options as the library takes them; throws a HostError for one that makes no sense.
