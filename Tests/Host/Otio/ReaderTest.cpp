@@ -133,8 +133,8 @@ TEST(OtioReader, RefusalsNameThePlace)
 	std::string const multicam = "/tracks/metadata/sonaro/multicam";
 	Case const cases[] = {
 		{range + "/duration/value", "-1", "-1 is negative; use 0 or more"},
-		{range + "/duration/rate", "0", "0 is out of range; use 1e-04 to 1000000000000"},
-		{range + "/start_time/rate", "-25", "-25 is out of range; use 1e-04"},
+		{range + "/duration/rate", "0", "0 is out of range; use 0.0001 to 1000000000000"},
+		{range + "/start_time/rate", "-25", "-25 is out of range; use 0.0001"},
 		{range + "/start_time/rate", "1e300", "1e+300 is out of range; use"},
 		{range + "/start_time/value", "1e17", "1e+17 at a rate of 25 is out of range; times"},
 		{range + "/start_time/value", "null", "expected a number, found null"},

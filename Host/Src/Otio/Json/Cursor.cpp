@@ -112,12 +112,14 @@ std::string Write(double inNumber)
 	{
 		return std::isnan(inNumber) ? "NaN" : (inNumber < 0.0 ? "-Infinity" : "Infinity");
 	}
-	constexpr double kLongest = 1.0e15;
+	constexpr double kLeastPlain = 1.0e-6;
+	constexpr double kMostPlain = 1.0e15;
+	double const magnitude = std::fabs(inNumber);
+	bool const isPlain = magnitude == 0.0 || (magnitude >= kLeastPlain && magnitude < kMostPlain);
 	std::array<char, 32> digits{};
-	char* const last = digits.data() + digits.size();
-	bool const isPlain = inNumber == std::nearbyint(inNumber) && std::abs(inNumber) < kLongest;
-	auto const end = isPlain ? std::to_chars(digits.data(), last, inNumber, std::chars_format::fixed).ptr
-							 : std::to_chars(digits.data(), last, inNumber).ptr;
+	auto const end = std::to_chars(digits.data(), digits.data() + digits.size(), inNumber,
+		isPlain ? std::chars_format::fixed : std::chars_format::general)
+						 .ptr;
 	return {digits.data(), end};
 }
 
