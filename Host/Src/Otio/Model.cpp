@@ -1,5 +1,7 @@
 #include "SonaroHost/Otio/Model.h"
 
+#include "Files/NameForms.h"
+
 #include <algorithm>
 #include <type_traits>
 
@@ -67,8 +69,14 @@ std::vector<Composable const*> ListAngles(Stack const& inStack)
 std::optional<std::size_t> FindAngle(Stack const& inStack, AngleName const& inName)
 {
 	auto const angles = ListAngles(inStack);
-	auto const named = std::ranges::find_if(
-		angles, [&inName](Composable const* inAngle) { return inAngle->AsItem()->mName == inName.mName; });
+	auto const getName = [](Composable const* inAngle) { return inAngle->AsItem()->mName; };
+	auto named = std::ranges::find(angles, inName.mName, getName);
+	if (named == angles.end() && inName.mNumber == 0)
+	{
+		// The same letters may be written in either form of Unicode.
+		named = std::ranges::find(angles, ComposeName(inName.mName),
+			[&](Composable const* inAngle) { return ComposeName(getName(inAngle)); });
+	}
 	std::size_t const index =
 		inName.mNumber > 0 ? inName.mNumber - 1 : static_cast<std::size_t>(named - angles.begin());
 	return index < angles.size() ? std::optional(index) : std::nullopt;

@@ -148,7 +148,8 @@ struct Composable
 
 // The children of a multicam stack that are its angles: all but tracks of other kinds than Audio.
 std::vector<Composable const*> ListAngles(Stack const& inStack);
-// The index of an angle among them; of several of one name the first one. Nothing where there is none.
+// The index of an angle among them; of several of one name the first one, and where none has it to the byte, one that has
+// it in another form of Unicode. Nothing where there is none.
 std::optional<std::size_t> FindAngle(Stack const& inStack, AngleName const& inName);
 
 struct Timeline

@@ -16,7 +16,8 @@ namespace SonaroHost::Otio
 namespace
 {
 
-constexpr double kMostAngles = 1.0e6;
+// More than any stack has.
+constexpr double kMostAngles = 1.0e9;
 
 AngleName ReadAngle(Cursor const& inValue)
 {
@@ -25,12 +26,13 @@ AngleName ReadAngle(Cursor const& inValue)
 		inValue.Require(JsonValue::Type::kString, "the number of an angle, from 1, or its name");
 		return {0, ReadName(inValue)};
 	}
-	double const number = ReadNumber(inValue, 1.0, kMostAngles);
-	if (number != std::floor(number))
+	double const number = inValue.Get().GetNumber();
+	if (!(number >= 1.0) || number != std::floor(number))
 	{
-		inValue.Refuse(Write(number) + " is not a whole number");
+		inValue.Refuse(
+			Write(number) + " is not the number of an angle; use a whole number from 1 on, or a name");
 	}
-	return {static_cast<std::size_t>(number), {}};
+	return {static_cast<std::size_t>(std::min(number, kMostAngles)), {}};
 }
 
 RationalTime ReadFadeLength(Cursor const& inValue)
@@ -130,8 +132,12 @@ void CheckAngles(Cursor const& inStack, Stack const& inRead)
 	}
 	if (ListAngles(inRead).empty())
 	{
-		throw Refusal(inRead.mPlace + "/metadata/sonaro/multicam",
-			"the stack has no angles; each track of kind Audio, clip, gap or stack in it is one");
+		// Silent, as any stack without audio.
+		inStack.GetFindings().TellOnce(Note::Kind::kRemark,
+			"the stack has no angles and is silent; each track of kind Audio, clip, gap or stack in it is "
+			"one",
+			[&] { return inRead.mPlace + "/metadata/sonaro/multicam"; });
+		return;
 	}
 	CheckAngle(inStack, inRead, multicam->mFirst, "angle");
 	for (AngleCut const& cut : multicam->mCuts)
