@@ -8,8 +8,11 @@
 namespace SN
 {
 
-// Processed audio as it is finished, in order, from an IOfflineAudioProcessor. A worker of the processor's own fills it,
-// and pulls its source meanwhile; when the last reference goes, it ends.
+// Processed audio as it is finished, in order, from an IOfflineAudioProcessor. A worker of the processor's own fills it;
+// when the last reference goes, it ends.
+//
+// Threads  The worker pulls its source only from a call of GetNextBuffer until the future of that call has its outcome, a
+//          value, a failure or a cancellation. At all other times the source is the render thread's alone.
 class SONARO_API IProcessedAudioStream : public virtual Unknown
 {
 public:

@@ -335,6 +335,27 @@ TEST(AmbisonicsBinauralizer, ListensToWhatIsThere)
 	EXPECT_EQ(play(*Make(Listener(0, {kComponents[0]}))), silence);
 }
 
+TEST(AmbisonicsBinauralizer, ForgetsWhatIsNotANumber)
+{
+	Listener const listener(300, {std::begin(kComponents), std::end(kComponents)});
+	Channels field = MakeNoise(4, 2000, 6);
+	Channels const clean = RenderAtRest(listener, field);
+	constexpr unsigned kPlace = 777;
+	field[1][kPlace] = std::numeric_limits<float>::quiet_NaN();
+	Channels const ears = RenderAtRest(listener, field);
+	unsigned const settling = AmbisonicsBinauralizer::GetSettlingFrames(
+		{static_cast<unsigned>(listener.mGains.size()), listener.mGains.data(), 1, &listener.mSet}, kRate);
+	for (unsigned ear = 0; ear < 2; ++ear)
+	{
+		for (unsigned i = 0; i < 2000; ++i)
+		{
+			bool const isAffected = i >= kPlace && i < kPlace + settling;
+			EXPECT_TRUE(isAffected || ears[ear][i] == clean[ear][i]) << i;
+		}
+		EXPECT_TRUE(std::isnan(ears[ear][kPlace]));
+	}
+}
+
 TEST(AmbisonicsBinauralizer, RefusesOtherFields)
 {
 	auto const make = [](unsigned inOrder, unsigned inOrdering, unsigned inScale)
