@@ -198,6 +198,7 @@ TEST_F(MessagesTest, EveryExitCodeOfTheHelpIsMetAndThereIsNoOther)
 
 TEST_F(MessagesTest, OddFilesGetAReasonAndARemedy)
 {
+	WriteBytes(mFolder / "cafe\u0301.otio", " ");
 	WriteBytes(mFolder / "notes.txt", "This is no sound.\n");
 	WriteBytes(mFolder / "empty.otio", " \n");
 	WriteBytes(mFolder / "binary.otio", std::string("\0\1\2", 3));
@@ -220,6 +221,8 @@ TEST_F(MessagesTest, OddFilesGetAReasonAndARemedy)
 		{1, {"render", "notes.txt", "-o", "out.wav"}, {"render" + takes}},
 		{1, {"info", "takes"}, {"info" + takes}},
 		{1, {"info", ""}, {"the name of the input is empty; give the name of a file"}},
+		{1, {"info", "caf\u00e9.otio"},
+			{"does not exist, but a file does whose name is the same in another form"}},
 		{1, {"info", "empty.otio"}, {"'empty.otio': is empty"}},
 		{1, {"info", "binary.otio"}, {"'binary.otio': is not an OpenTimelineIO file"}},
 		{1, {"info", "folder.otioz"},

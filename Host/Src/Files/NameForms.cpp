@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <system_error>
 
 namespace SonaroHost
 {
@@ -33,6 +34,25 @@ std::string ComposeName(std::string_view inName)
 std::string FoldName(std::string_view inName)
 {
 	return Normalize(inName, UTF8PROC_CASEFOLD);
+}
+
+std::string DescribeMissing(std::filesystem::path const& inPath)
+{
+	std::string const name = inPath.filename().native();
+	std::string const composed = ComposeName(name);
+	std::filesystem::path const folder = inPath.has_parent_path() ? inPath.parent_path() : ".";
+	std::error_code error;
+	std::filesystem::directory_iterator entry(folder, error);
+	for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+	{
+		std::string const other = entry->path().filename().native();
+		if (other != name && ComposeName(other) == composed)
+		{
+			return "does not exist, but a file does whose name is the same in another form of Unicode "
+				   "(letters with accents composed or not)";
+		}
+	}
+	return "does not exist";
 }
 
 } // namespace SonaroHost

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -13,5 +14,9 @@ namespace SonaroHost
 std::string ComposeName(std::string_view inName);
 // The same without the case of letters.
 std::string FoldName(std::string_view inName);
+
+// Why a file that is not there cannot be read: "does not exist", and that one does whose name is the same but for the form,
+// which looks alike.
+std::string DescribeMissing(std::filesystem::path const& inPath);
 
 } // namespace SonaroHost

@@ -1,6 +1,7 @@
 #include "SonaroHost/Media/AudioFileInspection.h"
 
 #include "DeclaredAudio.h"
+#include "Files/NameForms.h"
 #include "Movie/Movies.h"
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/TimePosition.h"
@@ -38,7 +39,7 @@ void CheckIsFile(std::filesystem::path const& inPath)
 	std::filesystem::file_status const status = std::filesystem::status(path, error);
 	if (status.type() == std::filesystem::file_type::not_found)
 	{
-		RefuseInput(inPath, "does not exist");
+		RefuseInput(inPath, DescribeMissing(inPath));
 	}
 	if (error)
 	{

@@ -1,5 +1,6 @@
 #include "SofaFile.h"
 
+#include "Files/NameForms.h"
 #include "SonaroHost/Base/HostError.h"
 
 #include <mysofa.h>
@@ -35,7 +36,7 @@ void CheckIsReadable(std::filesystem::path const& inPath)
 	std::error_code error;
 	if (!std::filesystem::exists(inPath, error))
 	{
-		RefuseFile(inPath, "does not exist");
+		RefuseFile(inPath, DescribeMissing(inPath));
 	}
 	if (!std::filesystem::is_regular_file(inPath, error) || !std::ifstream(inPath, std::ios::binary))
 	{

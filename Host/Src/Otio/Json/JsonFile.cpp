@@ -2,6 +2,7 @@
 
 #include "JsonTree.h"
 
+#include "Files/NameForms.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Otio/Limits.h"
 
@@ -82,7 +83,8 @@ std::string ReadBytes(std::filesystem::path const& inPath)
 	std::error_code error;
 	if (!std::filesystem::is_regular_file(inPath, error))
 	{
-		RefuseFile(inPath, std::filesystem::exists(inPath, error) ? "is not a file" : "does not exist");
+		RefuseFile(
+			inPath, std::filesystem::exists(inPath, error) ? "is not a file" : DescribeMissing(inPath));
 	}
 	std::uintmax_t const size = std::filesystem::file_size(inPath, error);
 	if (error || size > kMaxFileBytes)
