@@ -284,6 +284,31 @@ std::string MakeEffects(Json const& inReport)
 						 *effects, {}));
 }
 
+std::string MakeLearnedNoise(Json const& inReport)
+{
+	auto const level = [](Json const& inRow)
+	{
+		Json const& number = inRow["levelDbfs"];
+		return number.is_null() ? std::string("nothing was learned") : FormatFixed(number.get<double>(), 1);
+	};
+	auto const place = [](Json const& inRow)
+	{
+		Json const& learn = inRow["learn"];
+		int const rate = inRow["rate"].get<int>();
+		auto const format = [&](char const* inKey)
+		{ return FormatTime(learn[inKey].get<std::int64_t>(), rate); };
+		return learn.is_null() ? std::string("its quietest stretches")
+							   : format("firstMediaSample") + " to " + format("endMediaSample");
+	};
+	Json const& noises = inReport["learnedNoise"];
+	return noises.empty() ? ""
+						  : MakeSection("noise", "Noise",
+								MakeTable("Noise that was learned and reduced",
+									{TextColumn("File", "path"), {"Learned from", place},
+										{"Level, dBFS", level}, FixedColumn("Reduction, dB", "reduction", 1)},
+									noises, {}));
+}
+
 std::string MakeMissing(Json const& inReport)
 {
 	return MakeSection("missing", "Missing media",
@@ -431,7 +456,8 @@ std::string MakeReportPage(Json const& inReport, ReportPictures const& inPicture
 		(isTimeline
 				? MakeTracks(inReport) + MakeAngles(inReport) + MakeMarkers(inReport) + MakeMissing(inReport)
 				: MakeInputs(inReport)) +
-		MakeEffects(inReport) + MakeDamaged(inReport) + (isTimeline ? MakeNotes(inReport) : "");
+		MakeEffects(inReport) + MakeLearnedNoise(inReport) + MakeDamaged(inReport) +
+		(isTimeline ? MakeNotes(inReport) : "");
 	std::string const name = GetInputName(inReport);
 	Json const& range = inReport["range"];
 	std::string const lead = FormatTime(range["samples"].get<std::int64_t>(), GetRate(inReport)) + ", " +
