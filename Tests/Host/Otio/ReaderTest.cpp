@@ -298,7 +298,7 @@ TEST(OtioReader, SchemasOfTheWildAreUnderstood)
 		{"/tracks/children/0/children/0/effects/0/time_scalar", "0", Note::Kind::kRemark,
 			children + "/0/effects/0/time_scalar: time_scalar is 0; the item is a freeze frame"},
 		{"/tracks/children/0/children/0/reel", "3", Note::Kind::kIgnored,
-			children + "/0/reel: unknown key; ignored"},
+			children + "/0/reel: unknown key"},
 		{"/tracks/children/0/kind", R"("Subtitle")", Note::Kind::kIgnored,
 			"/tracks/children/0/kind: the track is of kind 'Subtitle'; only tracks of kind Audio are heard"},
 		{"/tracks/children/0/metadata/sonaro/curve", R"("linear")", Note::Kind::kIgnored,

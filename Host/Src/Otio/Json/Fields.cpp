@@ -65,7 +65,7 @@ void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_v
 		}
 		if (!isIn(inKnown, member.mKey) && !isIn(inShared, member.mKey))
 		{
-			Cursor(inObject, member).Tell(Note::Kind::kIgnored, "unknown key; ignored");
+			Cursor(inObject, member).Tell(Note::Kind::kIgnored, "unknown key");
 		}
 		else if (repeated.Has(member))
 		{

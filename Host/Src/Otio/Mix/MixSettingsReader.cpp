@@ -162,7 +162,7 @@ MixSettings ReadMixSettings(Cursor const& inMetadata, SettingsOwner inOwner)
 		auto const* const setting = std::ranges::find(kSettings, member.mKey, &Setting::mKey);
 		if (setting == std::end(kSettings))
 		{
-			value.Tell(Note::Kind::kIgnored, "unknown key in metadata.sonaro; ignored");
+			value.Tell(Note::Kind::kIgnored, "unknown key in metadata.sonaro");
 		}
 		else if ((setting->mOwners & static_cast<unsigned>(inOwner)) == 0)
 		{
