@@ -1,6 +1,9 @@
 #include "ReportFile.h"
 
 #include "SonaroHost/Files/OutputFile.h"
+#include "SonaroHost/Files/StandardStreams.h"
+#include "Terminal/Caller.h"
+#include "Terminal/Console.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -11,8 +14,23 @@ namespace SonaroCommand
 
 using SonaroHost::OutputFile;
 
+namespace
+{
+
+// A caller takes what is meant for the standard output.
+bool GoesToCaller(RenderOptions const& inOptions)
+{
+	return FindCaller() && SonaroHost::IsStandardStream(inOptions.mReport);
+}
+
+} // namespace
+
 void CheckReport(RenderOptions const& inOptions, ReportFolder inFolder)
 {
+	if (GoesToCaller(inOptions))
+	{
+		return;
+	}
 	std::filesystem::path const folder = std::filesystem::path(inOptions.mReport).parent_path();
 	bool const isThere = folder.empty() || std::filesystem::is_directory(folder);
 	if (!inOptions.mReport.empty() && (isThere || inFolder == ReportFolder::kIsThere))
@@ -23,6 +41,11 @@ void CheckReport(RenderOptions const& inOptions, ReportFolder inFolder)
 
 void WriteReport(RenderOptions const& inOptions, std::string const& inText)
 {
+	if (GoesToCaller(inOptions))
+	{
+		PrintResult(inText);
+		return;
+	}
 	std::error_code error;
 	std::filesystem::create_directories(std::filesystem::path(inOptions.mReport).parent_path(), error);
 	OutputFile file(inOptions.mReport);

@@ -1,5 +1,6 @@
 #include "Console.h"
 
+#include "Caller.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
@@ -32,11 +33,21 @@ void PrintLine(std::string inText)
 
 void PrintError(std::string const& inMessage)
 {
+	if (Caller* const caller = FindCaller())
+	{
+		caller->TakeError(inMessage);
+		return;
+	}
 	PrintLine("sonaro: " + inMessage);
 }
 
 void PrintWarning(std::string const& inMessage)
 {
+	if (Caller* const caller = FindCaller())
+	{
+		caller->TakeWarning(inMessage);
+		return;
+	}
 	PrintLine("sonaro: warning: " + inMessage);
 }
 
@@ -47,6 +58,10 @@ std::string ShowOutput(std::string const& inPath)
 
 void MakeRoomForOutputs(std::initializer_list<std::string> inPaths)
 {
+	if (FindCaller())
+	{
+		return;
+	}
 	bool const isTaken = std::ranges::any_of(
 		inPaths, [](std::string const& inPath) { return SonaroHost::IsStandardStream(inPath); });
 	sResults = isTaken ? stderr : stdout;
@@ -54,6 +69,11 @@ void MakeRoomForOutputs(std::initializer_list<std::string> inPaths)
 
 void PrintResult(std::string const& inText)
 {
+	if (Caller* const caller = FindCaller())
+	{
+		caller->TakeResult(inText);
+		return;
+	}
 	std::string const text = SonaroHost::MakePrintableLines(inText);
 	errno = 0;
 	bool const isWritten = std::fwrite(text.data(), 1, text.size(), sResults) == text.size();

@@ -7,6 +7,8 @@
 namespace SonaroCommand
 {
 
+// Where a Caller runs the command, it gets what these print.
+
 // Prints one line on the error output, after the program's name.
 void PrintError(std::string const& inMessage);
 void PrintWarning(std::string const& inMessage);

@@ -1,5 +1,6 @@
 #include "ProgressReport.h"
 
+#include "Caller.h"
 #include "OperatingSystem.h"
 #include "SonaroHost/Base/TimePosition.h"
 
@@ -49,7 +50,8 @@ int GetPercent(SonaroHost::RenderProgress const& inProgress)
 } // namespace
 
 ProgressReport::ProgressReport(int inSampleRate, bool inIsQuiet)
-	: mStyle(inIsQuiet                 ? Style::kNone
+	: mCaller(FindCaller()),
+	  mStyle(mCaller || inIsQuiet      ? Style::kNone
 			 : IsErrorOutputTerminal() ? Style::kBar
 									   : Style::kLines),
 	  mSampleRate(inSampleRate),
@@ -68,6 +70,10 @@ ProgressReport::~ProgressReport()
 
 void ProgressReport::Update(SonaroHost::RenderProgress const& inProgress)
 {
+	if (mCaller)
+	{
+		mCaller->Follow(inProgress, mSampleRate);
+	}
 	if (mStyle == Style::kNone)
 	{
 		return;

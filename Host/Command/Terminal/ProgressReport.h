@@ -8,12 +8,14 @@
 namespace SonaroCommand
 {
 
+class Caller;
+
 // Shows on the error output how far a render has come: a bar on a terminal, a line every ten seconds elsewhere. Its
-// end clears the bar.
+// end clears the bar. A Caller, that of the thread which makes it, gets every step instead.
 class ProgressReport
 {
 public:
-	// inIsQuiet: it shows nothing.
+	// inIsQuiet: it shows nothing, but a caller goes on being called.
 	ProgressReport(int inSampleRate, bool inIsQuiet);
 	~ProgressReport();
 	ProgressReport(ProgressReport const&) = delete;
@@ -34,6 +36,7 @@ private:
 		kLines,
 	};
 
+	Caller* mCaller;
 	Style mStyle;
 	int mSampleRate;
 	Clock::time_point mBegin = Clock::now();

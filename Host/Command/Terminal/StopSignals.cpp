@@ -1,5 +1,6 @@
 #include "StopSignals.h"
 
+#include "Caller.h"
 #include "SonaroHost/Files/Temporary.h"
 
 #include <atomic>
@@ -88,11 +89,19 @@ void StopSignals::Watch()
 
 std::stop_token StopSignals::GetToken()
 {
+	if (Caller* const caller = FindCaller())
+	{
+		return caller->GetStop();
+	}
 	return GetSource().get_token();
 }
 
 void StopSignals::EndProcess()
 {
+	if (FindCaller())
+	{
+		throw CommandStopped();
+	}
 	// What the callers of this still have: they do not come to their ends.
 	SonaroHost::Temporary::RemoveAll();
 	EndBy(sSignal);

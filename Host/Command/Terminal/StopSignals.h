@@ -19,10 +19,11 @@ public:
 	// Called once, before there are other threads.
 	static void Watch();
 
-	// Requested by the first of the signals.
+	// Requested by the first of the signals; where a Caller runs the command, by the caller alone.
 	static std::stop_token GetToken();
 
-	// Ends the process by that signal. What the caller began has been cleared away.
+	// Ends the process by that signal, or throws CommandStopped where a Caller runs the command. What was begun has been
+	// cleared away.
 	[[noreturn]] static void EndProcess();
 };
 
