@@ -16,6 +16,7 @@
 #include "SonaroHost/Render/ClipRenderJob.h"
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Render/TimelineRenderJob.h"
+#include "Terminal/Caller.h"
 #include "Terminal/Console.h"
 #include "Terminal/RunJob.h"
 
@@ -174,6 +175,7 @@ private:
 		Otio::TimelineRenderRequest request;
 		FillRequest(request);
 		request.mInput = inInput;
+		request.mText = FindTimelineText(inInput);
 		request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 		request.mOptions.mFadeShape = ParseFades(mFades);
 		mStretch.Fill(request.mOptions);

@@ -11,6 +11,7 @@
 #include "Report/TimelineRenderReport.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "Terminal/Caller.h"
 #include "Terminal/Console.h"
 
 #include <algorithm>
@@ -75,6 +76,7 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	TimelineRenderRequest request;
 	mShared.Fill(request);
 	request.mInput = inInput;
+	request.mText = FindTimelineText(inInput);
 	request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 	if (!mStems.empty() && IsStandardStream(mShared.mOutput))
 	{
@@ -145,6 +147,7 @@ std::string TimelineRender::DescribeReport(TimelineRenderJob const& inJob, std::
 		TimelineRenderRequest const asked = MakeRequest(inInput);
 		TimelineWaveformRequest request;
 		request.mInput = asked.mInput;
+		request.mText = asked.mText;
 		request.mMediaFolders = asked.mMediaFolders;
 		request.mOptions = asked.mOptions;
 		Page::AddTimelineWaveform(std::move(request), mShared.mIsQuiet, pictures);

@@ -10,6 +10,7 @@
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Render/TimelineWaveformJob.h"
 #include "SonaroHost/Render/WaveformJob.h"
+#include "Terminal/Caller.h"
 #include "Terminal/Console.h"
 #include "Terminal/RunJob.h"
 
@@ -272,6 +273,7 @@ private:
 		RefuseGroup(GetParser(), kForSoundFiles,
 			"applies only to sound files; a timeline is drawn whole, its channels merged");
 		TimelineWaveformRequest request;
+		request.mText = FindTimelineText(mInput);
 		request.mInput = mInput;
 		request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 		request.mOutput = mOutput;

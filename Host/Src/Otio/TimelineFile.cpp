@@ -145,13 +145,24 @@ private:
 	std::filesystem::path mFolder;
 };
 
+// Messages would otherwise name files of the working folder without a place.
+std::filesystem::path FindFolder(std::filesystem::path const& inPath)
+{
+	return inPath.has_parent_path() ? inPath.parent_path() : ".";
+}
+
 } // namespace
 
-TimelineFile::TimelineFile(std::filesystem::path const& inPath)
-	: mFolder(inPath.parent_path())
+TimelineFile::TimelineFile(std::filesystem::path const& inPath, std::string const& inText)
+	: mFolder(FindFolder(inPath)),
+	  mShownFolder(mFolder),
+	  mDocument(ReadDocument(inText, inPath))
 {
-	// Otherwise messages would name files of the working folder without a place.
-	mFolder = mFolder.empty() ? "." : mFolder;
+}
+
+TimelineFile::TimelineFile(std::filesystem::path const& inPath)
+	: mFolder(FindFolder(inPath))
+{
 	if (GetLowerEnding(inPath) == ".otioz")
 	{
 		mUnpacked = std::make_unique<TemporaryFolder>();

@@ -97,10 +97,10 @@ bool IsTimelinePath(std::filesystem::path const& inPath)
 	return ending == ".otio" || ending == ".otioz" || ending == ".otiod";
 }
 
-TimelineInput::TimelineInput(
-	std::filesystem::path const& inPath, std::vector<std::filesystem::path> inMediaFolders)
+TimelineInput::TimelineInput(std::filesystem::path const& inPath,
+	std::vector<std::filesystem::path> inMediaFolders, std::shared_ptr<std::string const> const& inText)
 	: mPath(inPath),
-	  mFile(inPath),
+	  mFile(inText ? TimelineFile(inPath, *inText) : TimelineFile(inPath)),
 	  mFinder(mFile.GetFolder(), std::move(inMediaFolders), mFile.GetShownFolder()),
 	  mNotes(mFile.GetDocument().mNotes)
 {

@@ -143,6 +143,57 @@ TEST_F(MixFiles, AnyRangeHasTheBytesOfTheRenderedFile)
 	}
 }
 
+// Of a timeline in memory, and also where the engine's resampling remembers all that came before.
+TEST_F(MixFiles, ReadsGiveTheSamplesOfTheFile)
+{
+	using Sequence::Resampling;
+	constexpr std::int64_t kFrames = 3000;
+	for (auto const& [layout, resampling] : {std::pair("stereo", Resampling::kExact),
+			 std::pair("ambisonic1", Resampling::kExact), std::pair("mono", Resampling::kEngine)})
+	{
+		SCOPED_TRACE(layout);
+		WriteTimeline(layout);
+		ServeRequest request = MakeRequest();
+		request.mOptions.mResampling = resampling;
+		request.mText = std::make_shared<std::string const>(ReadBytes(mFolder / "edit.otio"));
+		request.mWarmUpSeconds = 1e6;
+		Otio::TimelineRenderRequest render = MakeRender({});
+		render.mOptions.mResampling = resampling;
+		ASSERT_TRUE(Otio::TimelineRenderJob(render).Run());
+		std::string const whole = ReadBytes(mFolder / "mix");
+		std::filesystem::remove(mFolder / "edit.otio");
+		ServedTimeline timeline(request);
+		std::size_t const channels = timeline.GetSequence().mLayout.size();
+		std::int64_t const frames = timeline.GetSequence().mFrames;
+		std::size_t const data = whole.find("data") + 8;
+		std::vector<std::vector<float>> samples(channels, std::vector<float>(kFrames));
+		std::vector<float*> planes;
+		for (std::vector<float>& plane : samples)
+		{
+			planes.push_back(plane.data());
+		}
+		for (std::int64_t const first : {std::int64_t{20000}, std::int64_t{23000}, std::int64_t{5001},
+				 std::int64_t{-100}, frames - 100, frames, std::int64_t{-5000}})
+		{
+			timeline.Read({}, {first, kFrames}, Soon(), planes);
+			for (std::int64_t i = 0; i < kFrames; ++i)
+			{
+				for (std::size_t channel = 0; channel < channels; ++channel)
+				{
+					float expected = 0.0f;
+					if (std::int64_t const frame = first + i; frame >= 0 && frame < frames)
+					{
+						std::size_t const place = static_cast<std::size_t>(frame) * channels + channel;
+						std::memcpy(
+							&expected, whole.data() + data + place * sizeof expected, sizeof expected);
+					}
+					ASSERT_EQ(samples[channel][static_cast<std::size_t>(i)], expected) << first << " + " << i;
+				}
+			}
+		}
+	}
+}
+
 TEST_F(MixFiles, ClientsWithDifferentTracksAreServedAtOnce)
 {
 	WriteTimeline("stereo");

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace SonaroHost
 {
@@ -22,6 +23,9 @@ public:
 	// Throws a HostError of kind kInput that says what is wrong with the file, or kOutput when there is no room to
 	// unpack it.
 	explicit TimelineFile(std::filesystem::path const& inPath);
+	// One in memory, the JSON of an .otio file. inPath: where it would lie, from which relative media count and by which
+	// messages call it; nothing is read there.
+	TimelineFile(std::filesystem::path const& inPath, std::string const& inText);
 	~TimelineFile();
 	TimelineFile(TimelineFile&&) noexcept;
 	TimelineFile& operator=(TimelineFile&&) noexcept;

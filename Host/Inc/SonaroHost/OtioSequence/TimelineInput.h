@@ -6,6 +6,8 @@
 #include "SonaroHost/Sequence/FileMedia.h"
 
 #include <filesystem>
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace SonaroHost::Otio
@@ -19,9 +21,11 @@ bool IsTimelinePath(std::filesystem::path const& inPath);
 class TimelineInput
 {
 public:
-	// inMediaFolders: where media are looked for that are not in their place. Throws a HostError.
-	explicit TimelineInput(
-		std::filesystem::path const& inPath, std::vector<std::filesystem::path> inMediaFolders = {});
+	// inMediaFolders: where media are looked for that are not in their place. inText: the timeline's JSON where it is in
+	// memory and inPath is the name that it goes by; see TimelineFile. Throws a HostError.
+	explicit TimelineInput(std::filesystem::path const& inPath,
+		std::vector<std::filesystem::path> inMediaFolders = {},
+		std::shared_ptr<std::string const> const& inText = nullptr);
 
 	// The timeline; the first one where there are several.
 	Timeline const& GetTimeline() const { return mFile.GetDocument().mTimelines.front(); }

@@ -4,6 +4,7 @@
 #include "SonaroHost/Render/OutputRequest.h"
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,8 @@ enum class Stems
 struct TimelineRenderRequest : OutputRequest
 {
 	std::filesystem::path mInput;
+	// The JSON of one in memory; see TimelineInput.
+	std::shared_ptr<std::string const> mText;
 	std::vector<std::filesystem::path> mMediaFolders;
 	TimelineOptions mOptions;
 	// The range as FindRange reads it; empty for all.

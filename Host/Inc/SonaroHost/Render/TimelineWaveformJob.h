@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -20,6 +21,8 @@ namespace SonaroHost
 struct TimelineWaveformRequest
 {
 	std::filesystem::path mInput;
+	// The JSON of one in memory; see TimelineInput.
+	std::shared_ptr<std::string const> mText;
 	std::vector<std::filesystem::path> mMediaFolders;
 	std::filesystem::path mOutput;
 	// A picture.

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ class GraphPool;
 struct ServeRequest
 {
 	std::filesystem::path mInput;
+	// The JSON of one in memory; see TimelineInput.
+	std::shared_ptr<std::string const> mText;
 	std::vector<std::filesystem::path> mMediaFolders;
 	Otio::TimelineOptions mOptions;
 	// Of WAV; FLAC has 24 bits where this has floats.
@@ -89,6 +92,12 @@ public:
 	void Hear(TrackChoice const& inChoice, ProgrammeRange const& inRange,
 		MixFile::Clock::time_point inDeadline,
 		std::function<void(dsp::AudioBuffer const& inBlock)> const& inSink);
+	// Fills as many frames of each channel as the range has, in the order and with the gains of a WAV of floats; silence
+	// where the range lies outside of the programme. inAfterBlock is called now and then. Throws the same, and whatever
+	// inAfterBlock throws.
+	void Read(TrackChoice const& inChoice, ProgrammeRange const& inRange,
+		MixFile::Clock::time_point inDeadline, std::span<float* const> outChannels,
+		std::function<void()> const& inAfterBlock = {});
 
 private:
 	// The timeline with all that graphs need of it.

@@ -81,7 +81,7 @@ std::filesystem::path MakeStemName(
 
 TimelineRenderJob::TimelineRenderJob(TimelineRenderRequest inRequest)
 	: mRequest(std::move(inRequest)),
-	  mInput(mRequest.mInput, mRequest.mMediaFolders)
+	  mInput(mRequest.mInput, mRequest.mMediaFolders, mRequest.mText)
 {
 	CheckNumbers(mRequest);
 	constexpr int kFloats = 0;

@@ -26,7 +26,7 @@ constexpr unsigned kTrackBlockFrames = 2048;
 
 TimelineWaveformJob::TimelineWaveformJob(TimelineWaveformRequest inRequest)
 	: mRequest(std::move(inRequest)),
-	  mInput(mRequest.mInput, mRequest.mMediaFolders),
+	  mInput(mRequest.mInput, mRequest.mMediaFolders, mRequest.mText),
 	  mSequence(mInput.MakeSequence(mRequest.mOptions))
 {
 	OutputPlan{{mRequest.mOutput}, {}, {mRequest.mInput}, mInput.ListMedia(), mRequest.mReplace}.Check();
