@@ -25,7 +25,7 @@ def read_uses():
     roots = include_roots(ROOT)
     uses = {}
     for path in sources(ROOT):
-        if path.startswith(("Benchmarks/", "Examples/", "Docs/")):
+        if path.startswith(("Benchmarks/", "Examples/", "Docs/", "Python/")):
             continue
         room = rooms.find(path)
         users = uses.setdefault(room, set())

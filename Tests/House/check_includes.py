@@ -69,10 +69,10 @@ COMMAND = {
 }
 
 # Above everything.
-TOP = ["Host/Command/", "Benchmarks/", "Examples/", "Docs/Generator/", "Tests/"]
+TOP = ["Host/Command/", "Python/", "Benchmarks/", "Examples/", "Docs/Generator/", "Tests/"]
 
 # Those whose own lines are read. Tests include what they test.
-FOLDERS = ["API", "Inc", "Src", "Platform", "Host", "Benchmarks", "Examples", "Docs/Generator"]
+FOLDERS = ["API", "Inc", "Src", "Platform", "Host", "Python", "Benchmarks", "Examples", "Docs/Generator"]
 INCLUDE_ROOTS = ["API/Inc", "Inc", "Host/Inc", "Host/Src", "Host/Command", "Tests"]
 
 

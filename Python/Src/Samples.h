@@ -1,0 +1,39 @@
+#pragma once
+
+#include "zorvaudiodsp/AudioBuffer.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include <pybind11/numpy.h>
+
+namespace SonaroPython
+{
+
+// Samples of the shape (channels, frames) in one piece of memory.
+using SampleArray = pybind11::array_t<float, pybind11::array::c_style | pybind11::array::forcecast>;
+
+// The channels of an array, as long as it lives.
+std::vector<float const*> GetChannels(SampleArray const& inSamples);
+SampleArray ToArray(std::vector<std::vector<float>> const& inSamples);
+
+// Hands an array on in blocks, without the interpreter's lock. inTake may throw.
+void ForEachBlock(
+	SampleArray const& inSamples, std::function<void(dsp::AudioBuffer const& inBlock)> const& inTake);
+
+// Lets the interpreter hear its signals at times, called by a thread that does not hold its lock. Throws what a handler
+// throws.
+class SignalListener
+{
+public:
+	void operator()();
+
+private:
+	using Clock = std::chrono::steady_clock;
+
+	Clock::time_point mNext = Clock::now() + std::chrono::milliseconds(100);
+};
+
+} // namespace SonaroPython

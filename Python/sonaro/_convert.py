@@ -1,0 +1,43 @@
+"""resample and stretch: arrays at other rates, speeds and pitches."""
+from fractions import Fraction
+
+from . import _sonaro
+from ._arrays import take_rate, take_samples
+from ._errors import UsageError
+
+
+def resample(samples, from_rate, to_rate, *, quality="exact"):
+    """Samples of the shape (channels, frames) at another rate, as a render converts them: output n stands exactly at
+    n * from_rate / to_rate, and nothing is late. Rates are whole numbers or fractions, up to a ratio of 1000.
+
+    quality  "exact", with noise and aliases below -140 dB, or "draft", below -100 dB and faster
+
+    Raises a UsageError.
+    """
+    if quality not in ("exact", "draft"):
+        raise UsageError(f"resample: {quality!r} is no quality; use exact or draft")
+    rates = [Fraction(from_rate), Fraction(to_rate)]
+    if min(rates) <= 0:
+        raise UsageError(f"resample: {from_rate} to {to_rate} Hz are no rates; use numbers above 0")
+    step = rates[0] / rates[1]
+    if max(step.numerator, step.denominator) >= 2**62:
+        raise UsageError("resample: the rates have too many digits; use fractions of whole numbers")
+    array = take_samples(samples, "resample")
+    return _sonaro.resample(array, step.numerator, step.denominator, quality == "draft")
+
+
+def stretch(samples, rate, speed=1.0, *, keep_pitch=True, semitones=0.0, engine="omega"):
+    """Samples of the shape (channels, frames) at another speed and pitch, as "sonaro render" with --speed, --pitch and
+    --keep-pitch gives them.
+
+    speed       0.01 to 100; 2 is half as long. With keep_pitch, 0.1 to 10 times the factor of the pitch
+    keep_pitch  whether the pitch stays, or follows the speed
+    semitones   a shift of the pitch besides, -24 to 24
+    engine      "omega", "scaler" or, where it was built in, "rubberband"
+
+    Raises a UsageError.
+    """
+    if engine not in ("omega", "scaler", "rubberband"):
+        raise UsageError(f"stretch: {engine!r} is no engine; use omega, scaler or rubberband")
+    return _sonaro.stretch(take_samples(samples, "stretch"), take_rate(rate, "stretch"), float(speed), bool(keep_pitch),
+                           float(semitones), engine)
