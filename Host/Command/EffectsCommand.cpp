@@ -205,7 +205,7 @@ public:
 		{
 			return Show(mWords.front());
 		}
-		std::vector<EffectSummary> effects = ListEffects();
+		std::vector<EffectSummary> effects = SonaroHost::Effects::ListEffects();
 		auto const isInUri = [this](EffectSummary const& inEffect)
 		{ return Contains(inEffect.mUri, mWords.front()); };
 		if (mayBeUri && std::ranges::none_of(effects, isInUri))

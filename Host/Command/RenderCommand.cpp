@@ -1,5 +1,6 @@
 #include "Command.h"
 
+#include "Called/ProgrammeRender.h"
 #include "Options/DenoiseOptions.h"
 #include "Options/EffectOptions.h"
 #include "Options/RenderOptions.h"
@@ -15,6 +16,7 @@
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Render/ClipRenderJob.h"
+#include "Terminal/Caller.h"
 #include "Terminal/Console.h"
 #include "Terminal/OperatingSystem.h"
 #include "TimelineRender.h"
@@ -120,6 +122,11 @@ public:
 	int Run() override
 	{
 		mOptions.mJobs = mOptions.mJobs.value_or(std::min(CountUsableCores(), kMostJobs));
+		if (CalledProgramme const* const programme = FindCalledProgramme(mInputs.front()))
+		{
+			RenderCalledProgramme(GetParser(), mOptions, mInputs.front(), *programme);
+			return kExitSuccess;
+		}
 		if (mTimeline.IsMeant(mInputs))
 		{
 			CheckOptionsFitTimelines();

@@ -7,8 +7,9 @@
 namespace SonaroPython
 {
 
-CommandRun::CommandRun(std::vector<std::string> inArguments, Texts inTexts)
+CommandRun::CommandRun(std::vector<std::string> inArguments, Texts inTexts, Programmes inProgrammes)
 	: mTexts(std::move(inTexts)),
+	  mProgrammes(std::move(inProgrammes)),
 	  mThread([this, arguments = std::move(inArguments)]() mutable { Run(std::move(arguments)); })
 {
 }
@@ -51,6 +52,12 @@ void CommandRun::Follow(SonaroHost::RenderProgress const& inProgress, int /*inSa
 {
 	std::lock_guard const lock(mMutex);
 	mProgress = inProgress;
+}
+
+SonaroCommand::CalledProgramme const* CommandRun::FindProgramme(std::string const& inPath)
+{
+	auto const found = mProgrammes.find(inPath);
+	return found == mProgrammes.end() ? nullptr : &found->second->GetProgramme();
 }
 
 std::shared_ptr<std::string const> CommandRun::FindTimelineText(std::string const& inPath)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sequence/OpenSequence.h"
 #include "SonaroHost/Base/RenderProgress.h"
 #include "Terminal/Caller.h"
 
@@ -28,8 +29,11 @@ public:
 	// The JSON of timelines in memory by the paths that stand for them among the arguments.
 	using Texts = std::map<std::string, std::shared_ptr<std::string const>>;
 
+	// Programmes, likewise.
+	using Programmes = std::map<std::string, std::shared_ptr<OpenSequence>>;
+
 	// inArguments: without the program's name.
-	CommandRun(std::vector<std::string> inArguments, Texts inTexts);
+	CommandRun(std::vector<std::string> inArguments, Texts inTexts, Programmes inProgrammes);
 	// Stops it and waits for its end.
 	~CommandRun() override;
 	CommandRun(CommandRun const&) = delete;
@@ -53,12 +57,14 @@ public:
 	void TakeResult(std::string const& inText) override { mOutput += inText; }
 	void Follow(SonaroHost::RenderProgress const& inProgress, int inSampleRate) override;
 	std::stop_token GetStop() override { return mStop.get_token(); }
+	SonaroCommand::CalledProgramme const* FindProgramme(std::string const& inPath) override;
 	std::shared_ptr<std::string const> FindTimelineText(std::string const& inPath) override;
 
 private:
 	void Run(std::vector<std::string> inArguments);
 
 	Texts mTexts;
+	Programmes mProgrammes;
 	std::stop_source mStop;
 	std::mutex mMutex;
 	std::condition_variable mChanged;

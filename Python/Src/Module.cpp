@@ -2,6 +2,7 @@
 #include "Errors.h"
 #include "MeasureBinding.h"
 #include "RunBinding.h"
+#include "Sequence/SequenceBinding.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "TimelineBinding.h"
 
@@ -15,6 +16,7 @@ PYBIND11_MODULE(_sonaro, outModule)
 	SonaroPython::AddErrors(outModule);
 	SonaroPython::AddRun(outModule);
 	SonaroPython::AddTimeline(outModule);
+	SonaroPython::AddSequence(outModule);
 	SonaroPython::AddMeasures(outModule);
 	SonaroPython::AddConversions(outModule);
 }

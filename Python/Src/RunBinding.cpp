@@ -87,14 +87,15 @@ py::object MakeFailure(CommandRun const& inRun)
 // Returns the exit code, what the command printed, its errors and warnings, all as bytes, and why it failed. What a signal's handler or
 // the callback throws ends the command, after which nothing half-written is left, and is thrown on.
 py::tuple Run(std::vector<std::string> const& inArguments, std::map<std::string, std::string> const& inTexts,
-	Cancel const& inCancel, py::object const& inProgress)
+	CommandRun::Programmes const& inProgrammes, Cancel const& inCancel, py::object const& inProgress)
 {
 	CommandRun::Texts texts;
 	for (auto const& [path, text] : inTexts)
 	{
 		texts.emplace(path, std::make_shared<std::string const>(text));
 	}
-	std::unique_ptr<CommandRun, ReleasingDelete> const run(new CommandRun(inArguments, std::move(texts)));
+	std::unique_ptr<CommandRun, ReleasingDelete> const run(
+		new CommandRun(inArguments, std::move(texts), inProgrammes));
 	std::stop_callback const stop(inCancel.GetToken(), [&run] { run->Stop(); });
 	while (!WaitFor(*run))
 	{
@@ -113,7 +114,8 @@ void AddRun(py::module_& ioModule)
 		.def(py::init<>())
 		.def("cancel", &Cancel::Use)
 		.def_property_readonly("cancelled", &Cancel::IsUsed);
-	ioModule.def("run", &Run, py::arg("arguments"), py::arg("texts"), py::arg("cancel"), py::arg("progress"));
+	ioModule.def("run", &Run, py::arg("arguments"), py::arg("texts"), py::arg("programmes"),
+		py::arg("cancel"), py::arg("progress"));
 }
 
 } // namespace SonaroPython

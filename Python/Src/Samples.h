@@ -36,4 +36,20 @@ private:
 	Clock::time_point mNext = Clock::now() + std::chrono::milliseconds(100);
 };
 
+// Reads samples of what has the functions of OpenTimeline. Throws what they throw.
+template <class Programme>
+SampleArray ReadSamples(Programme& ioProgramme, std::int64_t inFirst, std::int64_t inFrames, unsigned inTrack)
+{
+	unsigned const count = ioProgramme.GetNumChannels();
+	SampleArray samples({static_cast<pybind11::ssize_t>(count), static_cast<pybind11::ssize_t>(inFrames)});
+	std::vector<float*> channels(count);
+	for (unsigned channel = 0; channel < count; ++channel)
+	{
+		channels[channel] = samples.mutable_data() + channel * inFrames;
+	}
+	pybind11::gil_scoped_release const release;
+	ioProgramme.Read(inFirst, inFrames, inTrack, channels, SignalListener());
+	return samples;
+}
+
 } // namespace SonaroPython

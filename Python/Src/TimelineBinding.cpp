@@ -26,20 +26,6 @@ std::shared_ptr<OpenTimeline> Open(std::string const& inPath, std::optional<std:
 		OpenTimeline::Settings{inPath, std::move(text), inArguments, inReaders, inWarmUpSeconds});
 }
 
-SampleArray Read(OpenTimeline& ioTimeline, std::int64_t inFirst, std::int64_t inFrames, unsigned inTrack)
-{
-	unsigned const count = ioTimeline.GetNumChannels();
-	SampleArray samples({static_cast<py::ssize_t>(count), static_cast<py::ssize_t>(inFrames)});
-	std::vector<float*> channels(count);
-	for (unsigned channel = 0; channel < count; ++channel)
-	{
-		channels[channel] = samples.mutable_data() + channel * inFrames;
-	}
-	py::gil_scoped_release const release;
-	ioTimeline.Read(inFirst, inFrames, inTrack, channels, SignalListener());
-	return samples;
-}
-
 } // namespace
 
 void AddTimeline(py::module_& ioModule)
@@ -50,7 +36,7 @@ void AddTimeline(py::module_& ioModule)
 		.def_property_readonly("channels", &OpenTimeline::GetNumChannels)
 		.def(
 			"describe", [](OpenTimeline const& inTimeline) { return py::bytes(inTimeline.DescribeAsJson()); })
-		.def("read", &Read, py::arg("start"), py::arg("frames"), py::arg("track"));
+		.def("read", &ReadSamples<OpenTimeline>, py::arg("start"), py::arg("frames"), py::arg("track"));
 }
 
 } // namespace SonaroPython

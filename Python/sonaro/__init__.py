@@ -4,9 +4,12 @@ from ._errors import (Cancelled, EngineError, Error, InputError, NothingHeardErr
                       UsageError)
 from ._measure import LoudnessSeries, Waveform, loudness, waveform
 from ._render import render
+from ._sequence import (Clip, Crossfade, Curve, Cut, Effect, Fade, Fader, Item, Media, Multicam, Nest, OpenSequence, Send,
+                        Sequence, Submix, Track)
 from ._sonaro import Cancel, __version__
 from ._timeline import Note, Timeline, TrackInfo, open  # pylint: disable=redefined-builtin
 
-__all__ = ["Cancel", "Cancelled", "EngineError", "Error", "InputError", "LoudnessSeries", "Note", "NothingHeardError",
-           "OutputError", "SonaroWarning", "Timeline", "TrackInfo", "UsageError", "Waveform", "__version__", "loudness",
-           "open", "render", "resample", "stretch", "waveform"]
+__all__ = ["Cancel", "Cancelled", "Clip", "Crossfade", "Curve", "Cut", "Effect", "EngineError", "Error", "Fade", "Fader",
+           "InputError", "Item", "LoudnessSeries", "Media", "Multicam", "Nest", "Note", "NothingHeardError",
+           "OpenSequence", "OutputError", "Send", "Sequence", "SonaroWarning", "Submix", "Timeline", "Track", "TrackInfo",
+           "UsageError", "Waveform", "__version__", "loudness", "open", "render", "resample", "stretch", "waveform"]

@@ -10,7 +10,9 @@ from . import _sonaro
 from ._arrays import name_layout, take_rate, take_samples
 from ._command import run
 from ._errors import UsageError
-from ._timeline import Timeline, open as open_timeline
+from ._readable import Readable
+from ._sequence import Sequence
+from ._timeline import open as open_timeline
 
 _BLOCK_FRAMES = 65536
 _TIMELINES = (b".otio", b".otioz", b".otiod")
@@ -66,7 +68,8 @@ def loudness(source, rate=None, *, layout=None, base=None, cancel=None, track=No
     """Measures loudness by EBU R 128 (ITU-R BS.1770), and its range by EBU Tech 3342.
 
     source   an array of the shape (channels, frames) with its rate and, where channels are more than their number
-             says, its layout; an open Timeline, with a track for that track alone; or what the command "sonaro
+             says, its layout; an open Timeline or a
+             Sequence, with a track for that track alone; or what the command "sonaro
              loudness" takes: the path of a sound file, a movie or a timeline, or an object with to_json_string()
     options  of paths and objects, those of the command, such as range or start
 
@@ -82,7 +85,9 @@ def loudness(source, rate=None, *, layout=None, base=None, cancel=None, track=No
         return _with_silence(listing["inputs"][0])
     if options or base is not None:
         raise UsageError(f"loudness: {next(iter(options), 'base')} applies only to files")
-    if isinstance(source, Timeline):
+    if isinstance(source, Sequence):
+        source = source.open()
+    if isinstance(source, Readable):
         meter = _sonaro.LoudnessMeter(source.layout.split()[0], source.rate)
         for block in source.blocks(_BLOCK_FRAMES, track):
             meter.add(block)
@@ -115,7 +120,9 @@ def waveform(source, rate=None, *, samples_per_column=256, track=None, base=None
     if _is_path(source) or hasattr(source, "to_json_string"):
         with open_timeline(source, base=base) as timeline:
             return waveform(timeline, samples_per_column=samples_per_column, track=track)
-    if isinstance(source, Timeline):
+    if isinstance(source, Sequence):
+        source = source.open()
+    if isinstance(source, Readable):
         peaks = _sonaro.PeakGatherer(source.channels, samples_per_column)
         for block in source.blocks(_BLOCK_FRAMES, track):
             peaks.add(block)

@@ -13,7 +13,8 @@ def render(timeline, output, *, report=True, base=None, progress=None, cancel=No
     """Renders a timeline, or sound files joined end to end, into a sound file, or a timeline into stems in a folder.
 
     timeline  a path; an object with to_json_string(), such as a timeline of OpenTimelineIO, whose relative media
-              count from the folder base (by default the working folder); or a list of sound files
+              count from the folder base (by default the working folder); a Sequence, with those of the options that
+              it does not set itself; or a list of sound files
     output    the path of the file; it appears once it is complete, and what was there before stays until then
     report    True for all that the command's --report says, with clips, tracks and their loudness; False for the
               summary alone, for which less is measured; a path to write the report there as well, as JSON, or as a page

@@ -63,6 +63,7 @@ COMMAND = {
     "Terminal": "",
     "Options": "",
     "Report": "Terminal Options",
+    "Called": "Terminal Options Report",
     "Play": "Terminal Options Report",
     "Page": "Terminal Options Report",
     "Serve": "Terminal Report",
@@ -73,7 +74,7 @@ TOP = ["Host/Command/", "Python/", "Benchmarks/", "Examples/", "Docs/Generator/"
 
 # Those whose own lines are read. Tests include what they test.
 FOLDERS = ["API", "Inc", "Src", "Platform", "Host", "Python", "Benchmarks", "Examples", "Docs/Generator"]
-INCLUDE_ROOTS = ["API/Inc", "Inc", "Host/Inc", "Host/Src", "Host/Command", "Tests"]
+INCLUDE_ROOTS = ["API/Inc", "Inc", "Host/Inc", "Host/Src", "Host/Command", "Python/Src", "Tests"]
 
 
 class Rooms:

@@ -27,6 +27,11 @@ Caller* FindCaller()
 	return sCaller;
 }
 
+CalledProgramme const* FindCalledProgramme(std::string const& inPath)
+{
+	return sCaller ? sCaller->FindProgramme(inPath) : nullptr;
+}
+
 std::shared_ptr<std::string const> FindTimelineText(std::string const& inPath)
 {
 	return sCaller ? sCaller->FindTimelineText(inPath) : nullptr;

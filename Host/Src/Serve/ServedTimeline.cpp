@@ -2,12 +2,12 @@
 
 #include "FlacStream.h"
 #include "GraphPool.h"
+#include "PlanarRead.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Otio/RationalTime.h"
 #include "SonaroHost/Render/TimelineProgramme.h"
 #include "StateTag.h"
 #include "WaveFile.h"
-#include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,51 +29,6 @@ std::filesystem::path FindContentFile(std::filesystem::path const& inPath)
 	std::error_code error;
 	return std::filesystem::is_directory(inPath, error) ? inPath / "content.otio" : inPath;
 }
-
-// Channels that blocks are put into, in the order of a file.
-class PlanarSamples
-{
-public:
-	// inDropsSigns: of zeros, as renders for a listener do.
-	PlanarSamples(FramePlaces inPlaces, bool inDropsSigns, std::span<float* const> outChannels)
-		: mPlaces(std::move(inPlaces)),
-		  mAdded(inDropsSigns ? 0.0f : -0.0f),
-		  mChannels(outChannels)
-	{
-	}
-
-	void Silence(std::int64_t inFirst, std::int64_t inFrames)
-	{
-		for (float* const channel : mChannels)
-		{
-			std::fill_n(channel + inFirst, inFrames, 0.0f);
-		}
-	}
-
-	void Take(dsp::AudioBuffer const& inBlock, std::int64_t inFirst)
-	{
-		for (unsigned place = 0; place < mChannels.size(); ++place)
-		{
-			unsigned const channel = mPlaces.GetChannel(place);
-			float const gain = mPlaces.GetGain(place);
-			float* const out = mChannels[place] + inFirst;
-			if (inBlock.IsChannelSilent(channel))
-			{
-				std::fill_n(out, inBlock.GetUseSize(), 0.0f);
-				continue;
-			}
-			float const* const samples = inBlock.GetChannel(channel);
-			std::transform(samples, samples + inBlock.GetUseSize(), out,
-				[gain, added = mAdded](float inSample) { return inSample * gain + added; });
-		}
-	}
-
-private:
-	FramePlaces mPlaces;
-	// Nothing, or what turns -0 into 0.
-	float mAdded;
-	std::span<float* const> mChannels;
-};
 
 } // namespace
 
@@ -242,28 +197,10 @@ void ServedTimeline::Read(TrackChoice const& inChoice, ProgrammeRange const& inR
 	MixFile::Clock::time_point inDeadline, std::span<float* const> outChannels,
 	std::function<void()> const& inAfterBlock)
 {
-	std::int64_t const end = inRange.mFirstFrame + inRange.mFrames;
-	std::int64_t const programmeFrames = mContent->mSequence.mFrames;
-	std::int64_t const first = std::clamp<std::int64_t>(inRange.mFirstFrame, 0, programmeFrames);
-	std::int64_t const frames = std::clamp<std::int64_t>(end, first, programmeFrames) - first;
-	std::int64_t done = frames > 0 ? first - inRange.mFirstFrame : inRange.mFrames;
-	PlanarSamples samples(FindFramePlaces(mContent->MakeFormat({}, {0, programmeFrames})),
-		mRequest.mOptions.mListener.has_value(), outChannels);
-	samples.Silence(0, done);
-	if (frames > 0)
-	{
-		Hear(inChoice, {first, frames}, inDeadline,
-			[&](dsp::AudioBuffer const& inBlock)
-			{
-				samples.Take(inBlock, done);
-				done += inBlock.GetUseSize();
-				if (inAfterBlock)
-				{
-					inAfterBlock();
-				}
-			});
-	}
-	samples.Silence(done, inRange.mFrames - done);
+	auto const& sequence = mContent->mSequence;
+	ReadPlanes(*mPool, ListLeftOut(inChoice),
+		{sequence.mLayout, sequence.mFrames, mRequest.mOptions.mListener.has_value(), inRange, inDeadline,
+			outChannels, inAfterBlock});
 }
 
 std::unique_ptr<MixStream> ServedTimeline::OpenFlac(

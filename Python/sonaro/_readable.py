@@ -1,0 +1,83 @@
+"""What is read as an array that is rendered where it is read."""
+from ._errors import Error, UsageError
+
+
+class Readable:
+    """Something that was opened: a timeline or a sequence. Close it, or use it in a with statement, to free its media.
+
+    rate      samples a second
+    frames    samples of each channel; duration, the same in seconds
+    layout    the channels: "mono", "stereo", "5.1", "ambisonic1" ...; channels, their number
+
+    Threads: any; as many read at once as open was asked for.
+    """
+
+    # What the outermost tracks are called, in their order.
+    _track_names = ()
+
+    def __init__(self, opened, name, rate, frames, layout):
+        self._opened = opened
+        self.name = name
+        self.rate = rate
+        self.frames = frames
+        self.duration = frames / rate
+        self.layout = layout
+        self.channels = opened.channels
+
+    def read(self, start, frames, track=None):
+        """The samples from start on as an array of float32 of the shape (channels, frames), those of the file that
+        render writes: any place in any order gives the same bits. Outside of the programme is silence.
+
+        track: the name or number of an outermost track that is heard alone, through the mix; None for all. Raises an
+        Error, and a UsageError for a track that does not exist.
+        """
+        start, frames = int(start), int(frames)
+        if frames < 0 or abs(start) > 2**52 or frames > 2**40:
+            raise UsageError(f"read: {frames} samples from {start} on are no range")
+        opened = self._get()
+        try:
+            return opened.read(start, frames, 0 if track is None else self._number(track))
+        except Error:
+            self._raise_failure(opened)
+            raise
+
+    def blocks(self, size, track=None):
+        """All samples in arrays of so many frames; the last one may be shorter."""
+        size = int(size)
+        if size < 1:
+            raise UsageError(f"blocks: a block of {size} samples is too short; use 1 or more")
+        return (self.read(start, min(size, self.frames - start), track) for start in range(0, self.frames, size))
+
+    def close(self):
+        """Frees media and memory; nothing can be read any more."""
+        self._opened = None
+
+    def _number(self, track):
+        if isinstance(track, str):
+            numbers = [number for number, name in enumerate(self._track_names, 1) if name == track]
+            if len(numbers) != 1:
+                raise UsageError(f"{len(numbers) or 'no'} tracks are called {track!r}; use a number from 1 to "
+                                 f"{len(self._track_names)}")
+            return numbers[0]
+        number = int(getattr(track, "number", track))
+        if not 1 <= number <= len(self._track_names):
+            raise UsageError(f"there is no track {number}; there are {len(self._track_names)}")
+        return number
+
+    def _get(self):
+        if self._opened is None:
+            raise UsageError(f"{self.name!r} was closed; open it again")
+        return self._opened
+
+    def _raise_failure(self, opened):
+        """Raises what code of Python has raised, where that ended a read."""
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+    def __repr__(self):
+        return (f"<sonaro.{type(self).__name__} {self.name!r}: {self.duration:g} s of {self.layout} at "
+                f"{self.rate} Hz>")
