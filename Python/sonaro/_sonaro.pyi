@@ -1,0 +1,9 @@
+__version__: str
+
+class Cancel:
+    """Ends the renders that it was given to, from any thread."""
+
+    def __init__(self) -> None: ...
+    def cancel(self) -> None: ...
+    @property
+    def cancelled(self) -> bool: ...
