@@ -68,8 +68,15 @@ public:
 		mLeftOut = inLeftOut;
 		mRender = MakeRender(mProgramme, inLeftOut, mRange.mBlockFrames);
 		mRenderer.emplace(mProgramme, mRender, mRange);
+		mIsNew = true;
 	}
-	bool HasGraph() const { return mRenderer.has_value(); }
+	// Whether the graph can render these tracks from there on. One that remembers more than a start settles cannot: its
+	// effects would go on with the sound of another place, of which not every plugin is rid when it is activated again.
+	bool CanRender(LeftOut const& inLeftOut, std::int64_t inFirstFrame) const
+	{
+		return mRenderer && mLeftOut == inLeftOut &&
+			   (mIsNew || GoesOnAt(inFirstFrame) || GetReport().mWhyInOneRun.empty());
+	}
 	// An effect that has stopped working would stay so.
 	void DropGraph()
 	{
@@ -184,6 +191,7 @@ private:
 		std::int64_t const first = inBlock * mRange.mBlockFrames;
 		mBlock.reset();
 		mLastBlock = inBlock;
+		mIsNew = false;
 		mPiece.Clear();
 		mRenderer->Render(
 			first, std::min<std::int64_t>(mRange.mBlockFrames, mRange.mFrames - first), isEnding, mPiece);
@@ -217,6 +225,8 @@ private:
 	RangeRender mRender;
 	Piece mPiece;
 	std::optional<PieceRenderer> mRenderer;
+	// Whether it has rendered nothing.
+	bool mIsNew = true;
 	// The number of the block that the piece holds.
 	std::optional<std::int64_t> mBlock;
 	// From where on blocks were rendered without a gap, and the one that was begun last.
@@ -234,7 +244,7 @@ public:
 	{
 		try
 		{
-			if (!mSlot.HasGraph() || mSlot.mLeftOut != inLeftOut)
+			if (!mSlot.CanRender(inLeftOut, inFirstFrame))
 			{
 				mSlot.MakeGraph(inLeftOut);
 			}

@@ -30,7 +30,8 @@ using LeftOut = std::set<std::string>;
 // keeps its place, so that stretches that follow each other are one run, whoever else is served in between.
 //
 // Start    A stretch anywhere else begins with what the graph settles by itself. Where that does not give the samples of
-//          one run from the start (see FindWhyInOneRun), the warm-up is rendered before it and discarded.
+//          one run from the start (see FindWhyInOneRun), the warm-up is rendered before it by a new graph and discarded:
+//          samples depend on the place alone, not on what others heard before.
 // Latency  Where that of an effect grows, another graph makes up for it, and renders again from where its run began.
 // Errors   A HostError of the media or an effect; TooBusyError past the deadline.
 // Threads  Any.

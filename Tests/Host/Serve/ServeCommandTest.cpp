@@ -410,6 +410,33 @@ TEST_F(ServeCommandTest, SlowClientsHoldNobodyUp)
 	Serve({"--jobs", "1"}, talk);
 }
 
+TEST_F(ServeCommandTest, WhatAnEffectHeardElsewhereIsForgotten)
+{
+	Json const echo = {{"OTIO_SCHEMA", "Effect.1"}, {"effect_name", "LV2"},
+		{"metadata", {{"sonaro", {{"lv2", {{"uri", "http://drobilla.net/plugins/mda/Delay"}}}}}}}};
+	Json const track = With(Track("one", {Clip("a", "a.wav", 0.2, 2.6)}), {{"effects", List({echo})}});
+	WriteBytes(mFolder / "edit.otio", Timeline({track}).dump());
+	if (Run({"render", "edit.otio", "-o", "mix.wav", "--quiet"}).mExitCode != 0)
+	{
+		GTEST_SKIP() << "mda-lv2 is not installed";
+	}
+	std::string const whole = ReadBytes(mFolder / "mix.wav");
+	auto const talk = [&](int inPort)
+	{
+		httplib::Client client = MakeClient(inPort);
+		for (std::size_t const first : {900000u, 100000u, 500000u, 20000u})
+		{
+			std::string const range = std::to_string(first) + "-" + std::to_string(first + 49999);
+			auto const part = client.Get("/mix.wav", {{"Range", "bytes=" + range}});
+			ASSERT_TRUE(part);
+			EXPECT_TRUE(part->body == whole.substr(first, 50000)) << range;
+			EXPECT_EQ(part->get_header_value("Sonaro-Warm-Up-Seconds"), "60.000000");
+		}
+	};
+	// The warm-up reaches the start.
+	Serve({"--jobs", "1", "--warm-up", "60"}, talk);
+}
+
 TEST_F(ServeCommandTest, FactsAreThoseOfTheTimeline)
 {
 	auto const talk = [&](int inPort)
