@@ -247,6 +247,10 @@ TEST_F(ServeCommandTest, WhatIsNotThereOrNotValidIsRefused)
 			char const* mStart;
 		};
 		std::string const large(40000, 'x');
+		// More than the buffers of sockets hold: what is not read must not take the answer away.
+		std::string const huge(10 << 20, 'x');
+		std::string const start =
+			"POST /comments HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/json\r\n";
 		for (Raw const& test :
 			{Raw{"GET /" + large + " HTTP/1.1\r\n\r\n", "HTTP/1.1 431"},
 				{"GET / HTTP/1.1\r\nHost: localhost\r\nA: " + large + "\r\n\r\n", "HTTP/1.1 431"},
@@ -260,15 +264,20 @@ TEST_F(ServeCommandTest, WhatIsNotThereOrNotValidIsRefused)
 				{"POST /comments HTTP/1.1\r\nHost: localhost\r\nOrigin: http://evil.example\r\nContent-Type: "
 				 "application/json\r\nContent-Length: 2\r\n\r\n{}",
 					"HTTP/1.1 403"},
-				{"POST /comments HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/json\r\n"
-				 "Content-Length: 99999999\r\n\r\n{}",
-					"HTTP/1.1 413"}})
+				{start + "Content-Length: 10485760\r\n\r\n" + huge, "HTTP/1.1 413"},
+				{start + "Transfer-Encoding: chunked\r\n\r\nA00000\r\n" + huge + "\r\n0\r\n\r\n",
+					"HTTP/1.1 411"},
+				{start + "Content-Encoding: gzip\r\nContent-Length: 2\r\n\r\n{}", "HTTP/1.1 415"}})
 		{
 			RawClient const client(inPort);
 			client.Send(test.mRequest);
-			::usleep(1000);
-			EXPECT_THAT(client.ReadAll(), StartsWith(test.mStart)) << test.mRequest.substr(0, 80);
+			std::string const answer = client.ReadAll();
+			EXPECT_THAT(answer, StartsWith(test.mStart)) << test.mRequest.substr(0, 80);
+			Json const error = Json::parse(answer.substr(answer.find("\r\n\r\n") + 4), nullptr, false);
+			EXPECT_TRUE(error.contains("error")) << answer;
 		}
+		ExpectRefusal({"serve", "edit.otio", "--port", std::to_string(inPort)}, 1,
+			{"cannot listen on port " + std::to_string(inPort), "it is in use"});
 	};
 	Serve({}, talk);
 	ExpectRefusals({{2, {"serve", "edit.otio", "--bind", "0.0.0.0"}, {"lets other machines in; add --token"}},
@@ -297,6 +306,7 @@ TEST_F(ServeCommandTest, ATokenIsAskedForAndBecomesACookie)
 		expect("/timeline.json", {{"Authorization", "Bearer " + token.substr(0, 17)}}, 401);
 		expect("/timeline.json", {{"Authorization", token}}, 401);
 		expect("/timeline.json", {{"Authorization", "Bearer " + token}, {"Host", "any.example"}}, 200);
+		expect("/timeline.json", {{"Authorization", "bEARER  " + token}}, 200);
 		auto const page = client.Get("/?token=" + token);
 		ASSERT_TRUE(page);
 		EXPECT_EQ(page->status, 303);
@@ -334,6 +344,12 @@ TEST_F(ServeCommandTest, CommentsAreKeptAndNeverLost)
 		EXPECT_EQ(marker["name"], "changed");
 		EXPECT_EQ(marker["marked_range"]["start_time"]["value"], 4800.0);
 		EXPECT_EQ(client.Delete("/comments/2", "{}", kJson)->status, 204);
+		// Through a proxy that adds TLS.
+		EXPECT_EQ(client
+					  .Post("/comments", {{"Origin", "https://127.0.0.1:" + std::to_string(inPort)}},
+						  R"({"sample": 7, "text": "proxy"})", kJson)
+					  ->status,
+			201);
 
 		// What another program wrote stays, also where it is more than this one knows.
 		Json file = Json::parse(ReadBytes(path));

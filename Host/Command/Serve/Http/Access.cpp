@@ -20,6 +20,24 @@ std::string_view CutPort(std::string_view inHost)
 	return inHost.substr(0, inHost.find(':'));
 }
 
+// What stands after the name of the scheme, which is written in any case (RFC 9110, section 11.1); empty for other schemes.
+std::string_view CutBearer(std::string_view inField)
+{
+	constexpr std::string_view kScheme = "bearer ";
+	auto const isSame = [](char inA, char inB) { return inA == (inB >= 'A' && inB <= 'Z' ? inB + 32 : inB); };
+	bool const isBearer = inField.size() >= kScheme.size() &&
+						  std::equal(kScheme.begin(), kScheme.end(), inField.begin(), isSame);
+	inField.remove_prefix(isBearer ? kScheme.size() : inField.size());
+	inField.remove_prefix(std::min(inField.find_first_not_of(' '), inField.size()));
+	return inField;
+}
+
+// Whether a page of this server sent it, itself or through a proxy that adds TLS and passes the Host on.
+bool IsOwnOrigin(std::string_view inOrigin, std::string const& inHost)
+{
+	return inOrigin == "http://" + inHost || inOrigin == "https://" + inHost;
+}
+
 std::string_view FindCookie(std::string_view inCookies, std::string const& inName)
 {
 	while (!inCookies.empty())
@@ -89,7 +107,7 @@ int Access::Check(httplib::Request const& inRequest, std::string& outReason) con
 		return 0;
 	}
 	// Pages of other sites cannot send these without asking first, which is not answered.
-	if (inRequest.has_header("Origin") && inRequest.get_header_value("Origin") != "http://" + host)
+	if (inRequest.has_header("Origin") && !IsOwnOrigin(inRequest.get_header_value("Origin"), host))
 	{
 		outReason = "the request comes from another site";
 		return 403;
@@ -99,18 +117,26 @@ int Access::Check(httplib::Request const& inRequest, std::string& outReason) con
 		outReason = "send application/json";
 		return 415;
 	}
+	// The library limits neither of these.
+	if (inRequest.has_header("Content-Encoding"))
+	{
+		outReason = "send the content without a Content-Encoding";
+		return 415;
+	}
+	if (inRequest.has_header("Transfer-Encoding"))
+	{
+		outReason = "send the content with its Content-Length, not in chunks";
+		return 411;
+	}
 	return 0;
 }
 
 bool Access::HasToken(httplib::Request const& inRequest) const
 {
 	std::string const field = inRequest.get_header_value("Authorization");
-	std::string_view bearer = field;
-	constexpr std::string_view kScheme = "Bearer ";
-	bearer.remove_prefix(bearer.starts_with(kScheme) ? kScheme.size() : bearer.size());
 	std::string const cookies = inRequest.get_header_value("Cookie");
 	// All three are compared, whichever is given.
-	bool const isBearer = AreEqualInConstantTime(bearer, mToken);
+	bool const isBearer = AreEqualInConstantTime(CutBearer(field), mToken);
 	bool const isCookie = AreEqualInConstantTime(FindCookie(cookies, mCookieName), mToken);
 	bool const isParameter = AreEqualInConstantTime(inRequest.get_param_value("token"), mToken);
 	return isBearer || isCookie || isParameter;

@@ -1,5 +1,7 @@
 #include "Connection.h"
 
+#include "Report/Json.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -26,6 +28,14 @@ constexpr std::size_t kMostHeadBytes = 16384;
 constexpr auto kIdleTime = std::chrono::seconds(5);
 constexpr auto kRequestTime = std::chrono::seconds(10);
 constexpr auto kStallTime = std::chrono::seconds(20);
+// The same for clients for which others wait.
+constexpr auto kCrowdedRequestTime = std::chrono::seconds(1);
+constexpr auto kCrowdedStallTime = std::chrono::seconds(4);
+constexpr auto kCrowdedRestTime = std::chrono::milliseconds(200);
+// How long and how much is read of a request that is refused. A socket that is closed with unread bytes takes its answer
+// away from the client.
+constexpr auto kRestTime = std::chrono::seconds(2);
+constexpr std::size_t kMostRestBytes = std::size_t{16} << 20;
 // How often a wait looks whether the server ends.
 constexpr auto kWaitStep = std::chrono::milliseconds(200);
 
@@ -65,14 +75,18 @@ void FormatAddress(sockaddr_storage const& inAddress, std::string& outAddress, i
 
 } // namespace
 
-Connection::Connection(socket_t inSocket, std::atomic<bool> const& inIsEnding)
+Connection::Connection(socket_t inSocket, ServerState const& inState)
 	: mSocket(inSocket),
-	  mIsEnding(inIsEnding)
+	  mState(inState)
 {
 }
 
 Connection::~Connection()
 {
+	if (mIsRefused || mHasContent)
+	{
+		ReadRest();
+	}
 	::shutdown(mSocket, SHUT_RDWR);
 	::close(mSocket);
 }
@@ -80,37 +94,42 @@ Connection::~Connection()
 bool Connection::ReadHead()
 {
 	mReceived.erase(0, std::exchange(mRead, 0));
-	mDeadline = Clock::now() + kIdleTime;
+	mBegin = Clock::now();
+	mDeadline = mBegin + kIdleTime;
 	bool hasBegun = !mReceived.empty();
 	std::size_t end = FindHeadEnd(mReceived);
 	while (end == std::string::npos && mReceived.size() <= kMostHeadBytes)
 	{
 		std::array<char, 4096> bytes{};
-		ssize_t const count = Receive(bytes.data(), bytes.size(), mDeadline);
+		ssize_t const count = Receive(bytes.data(), bytes.size(), GetRequestPatience());
 		if (count <= 0)
 		{
-			if (hasBegun && count < 0 && !mIsEnding)
+			if (hasBegun && count < 0 && !mState.mIsEnding)
 			{
-				Refuse("408 Request Timeout");
+				Refuse("408 Request Timeout", "the request did not come in time");
 			}
 			return false;
 		}
 		if (!std::exchange(hasBegun, true))
 		{
-			mDeadline = Clock::now() + kRequestTime;
+			mBegin = Clock::now();
+			mDeadline = mBegin + kRequestTime;
 		}
 		mReceived.append(bytes.data(), static_cast<std::size_t>(count));
 		end = FindHeadEnd(mReceived);
 	}
 	if (end > kMostHeadBytes)
 	{
-		Refuse("431 Request Header Fields Too Large");
+		Refuse("431 Request Header Fields Too Large",
+			"the address and the header fields of a request have at most " + std::to_string(kMostHeadBytes) +
+				" bytes");
 		return false;
 	}
 	TakeFields();
 	if (mIsTooLarge)
 	{
-		Refuse("413 Content Too Large");
+		Refuse("413 Content Too Large",
+			"the content of a request has at most " + std::to_string(kMostBodyBytes) + " bytes");
 	}
 	return !mIsTooLarge;
 }
@@ -136,13 +155,21 @@ void Connection::TakeFields()
 		mReceived.erase(at, next - at);
 		end = FindHeadEnd(mReceived);
 	}
+	mHeadEnd = FindHeadEnd(mReceived);
 }
 
-bool Connection::WaitFor(short inEvents, Clock::time_point inDeadline) const
+Connection::Patience Connection::GetRequestPatience() const
 {
-	while (!mIsEnding)
+	return {mDeadline, mBegin + kCrowdedRequestTime};
+}
+
+bool Connection::WaitFor(short inEvents, Patience const& inPatience) const
+{
+	while (!mState.mIsEnding)
 	{
-		auto const left = std::chrono::ceil<std::chrono::milliseconds>(inDeadline - Clock::now());
+		auto const deadline = mState.mIsCrowded ? std::min(inPatience.mDeadline, inPatience.mCrowdedDeadline)
+												: inPatience.mDeadline;
+		auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
 		if (left.count() <= 0)
 		{
 			return false;
@@ -161,9 +188,9 @@ bool Connection::WaitFor(short inEvents, Clock::time_point inDeadline) const
 	return false;
 }
 
-ssize_t Connection::Receive(char* outBytes, size_t inSize, Clock::time_point inDeadline)
+ssize_t Connection::Receive(char* outBytes, size_t inSize, Patience const& inPatience)
 {
-	while (WaitFor(POLLIN, inDeadline))
+	while (WaitFor(POLLIN, inPatience))
 	{
 		ssize_t const count = ::recv(mSocket, outBytes, inSize, MSG_DONTWAIT);
 		if (count >= 0 || (errno != EAGAIN && errno != EINTR))
@@ -174,22 +201,41 @@ ssize_t Connection::Receive(char* outBytes, size_t inSize, Clock::time_point inD
 	return -1;
 }
 
-void Connection::Refuse(char const* inStatus)
+void Connection::Refuse(char const* inStatus, std::string const& inReason)
 {
-	std::string const text = std::string("HTTP/1.1 ") + inStatus +
-							 "\r\nContent-Length: 0\r\nConnection: close\r\n"
-							 "X-Content-Type-Options: nosniff\r\n\r\n";
+	mIsRefused = true;
+	std::string const body = ToText({{"error", inReason}});
+	std::string const text =
+		std::string("HTTP/1.1 ") + inStatus +
+		"\r\nContent-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) +
+		"\r\nConnection: close\r\nCache-Control: no-store\r\n"
+		"X-Content-Type-Options: nosniff\r\n\r\n" +
+		body;
 	::send(mSocket, text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+}
+
+void Connection::ReadRest()
+{
+	::shutdown(mSocket, SHUT_WR);
+	auto const now = Clock::now();
+	Patience const patience{now + kRestTime, now + kCrowdedRestTime};
+	std::array<char, 16384> bytes{};
+	std::size_t read = 0;
+	for (ssize_t count = 1; count > 0 && read < kMostRestBytes; read += static_cast<std::size_t>(count))
+	{
+		count = std::max<ssize_t>(Receive(bytes.data(), bytes.size(), patience), 0);
+	}
 }
 
 bool Connection::is_readable() const
 {
-	return mRead < mReceived.size() || WaitFor(POLLIN, mDeadline);
+	return mRead < mReceived.size() || WaitFor(POLLIN, GetRequestPatience());
 }
 
 bool Connection::is_writable() const
 {
-	return WaitFor(POLLOUT, Clock::now() + kStallTime);
+	auto const now = Clock::now();
+	return WaitFor(POLLOUT, {now + kStallTime, now + kCrowdedStallTime});
 }
 
 ssize_t Connection::read(char* outBytes, size_t inSize)
@@ -201,7 +247,7 @@ ssize_t Connection::read(char* outBytes, size_t inSize)
 		mRead += count;
 		return static_cast<ssize_t>(count);
 	}
-	return Receive(outBytes, inSize, mDeadline);
+	return Receive(outBytes, inSize, GetRequestPatience());
 }
 
 ssize_t Connection::write(char const* inBytes, size_t inSize)

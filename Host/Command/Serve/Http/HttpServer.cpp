@@ -28,6 +28,12 @@ constexpr int kMostRequestsPerConnection = 1000;
 class ConnectionQueue final : public httplib::TaskQueue
 {
 public:
+	// Keeps in ioState whether connections wait.
+	explicit ConnectionQueue(ServerState& ioState)
+		: mState(ioState)
+	{
+	}
+
 	void enqueue(std::function<void()> inTask) override
 	{
 		std::unique_lock lock(mMutex);
@@ -37,6 +43,7 @@ public:
 		{
 			mThreads.emplace_back([this] { Work(); });
 		}
+		SeeWhoWaits();
 		mChanged.notify_all();
 	}
 
@@ -54,6 +61,9 @@ public:
 	}
 
 private:
+	// Called with the lock.
+	void SeeWhoWaits() { mState.mIsCrowded = mThreads.size() == kMostConnections && mTasks.size() > mIdle; }
+
 	void Work()
 	{
 		std::unique_lock lock(mMutex);
@@ -68,6 +78,7 @@ private:
 			}
 			std::function<void()> const task = std::move(mTasks.front());
 			mTasks.pop_front();
+			SeeWhoWaits();
 			mChanged.notify_all();
 			lock.unlock();
 			task();
@@ -75,6 +86,7 @@ private:
 		}
 	}
 
+	ServerState& mState;
 	std::mutex mMutex;
 	std::condition_variable mChanged;
 	std::deque<std::function<void()>> mTasks;
@@ -87,7 +99,7 @@ private:
 
 HttpServer::HttpServer()
 {
-	new_task_queue = [] { return new ConnectionQueue; };
+	new_task_queue = [this] { return new ConnectionQueue(mState); };
 	set_payload_max_length(Connection::kMostBodyBytes);
 	set_keep_alive_max_count(kMostRequestsPerConnection);
 	set_tcp_nodelay(true);
@@ -122,13 +134,13 @@ void HttpServer::Serve()
 
 void HttpServer::Stop()
 {
-	mIsEnding = true;
+	mState.mIsEnding = true;
 	stop();
 }
 
 bool HttpServer::process_and_close_socket(socket_t inSocket)
 {
-	Connection connection(inSocket, mIsEnding);
+	Connection connection(inSocket, mState);
 	for (int left = kMostRequestsPerConnection; left > 0 && connection.ReadHead(); --left)
 	{
 		bool isClosed = false;
@@ -139,7 +151,8 @@ bool HttpServer::process_and_close_socket(socket_t inSocket)
 		};
 		// A request with content is the last, so that none of it is taken for another request.
 		bool const isLast = left == 1 || connection.HasContent();
-		if (!process_request(connection, isLast, isClosed, setRange) || isClosed || isLast)
+		bool const isAnswered = process_request(connection, isLast, isClosed, setRange);
+		if (!isAnswered || isClosed || isLast || !connection.IsHeadRead())
 		{
 			break;
 		}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ServerState.h"
+
 #include <httplib.h>
 
 #include <atomic>
@@ -23,12 +25,12 @@ public:
 	void Serve();
 	// Any thread.
 	void Stop();
-	std::atomic<bool> const& IsEnding() const { return mIsEnding; }
+	std::atomic<bool> const& IsEnding() const { return mState.mIsEnding; }
 
 private:
 	bool process_and_close_socket(socket_t inSocket) override;
 
-	std::atomic<bool> mIsEnding = false;
+	ServerState mState;
 };
 
 } // namespace SonaroCommand::Serve
