@@ -3,10 +3,17 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/OutputFile.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <chrono>
 #include <fstream>
 #include <sstream>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace SonaroCommand::Serve
@@ -80,6 +87,47 @@ std::filesystem::path MakeCommentPath(std::filesystem::path const& inTimeline)
 
 } // namespace
 
+// Keeps other threads, and other processes that do the same, from a change in between. Where the file system has no locks,
+// threads alone.
+class CommentFile::Lock
+{
+public:
+	explicit Lock(CommentFile& ioFile)
+		: mThreads(ioFile.mMutex),
+		  mFolder(::open((ioFile.mPath.parent_path() / ".").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+	{
+		constexpr int kTrials = 250;
+		constexpr auto kPause = std::chrono::milliseconds(20);
+		for (int trial = 0; mFolder >= 0 && ::flock(mFolder, LOCK_EX | LOCK_NB) != 0; ++trial)
+		{
+			if (errno != EWOULDBLOCK && errno != EINTR)
+			{
+				return;
+			}
+			if (trial == kTrials)
+			{
+				::close(mFolder);
+				SonaroHost::RefuseOutput(SonaroHost::QuotePath(ioFile.mPath) +
+										 " is being changed by another program; try again later");
+			}
+			std::this_thread::sleep_for(kPause);
+		}
+	}
+	~Lock()
+	{
+		if (mFolder >= 0)
+		{
+			::close(mFolder);
+		}
+	}
+	Lock(Lock const&) = delete;
+	Lock& operator=(Lock const&) = delete;
+
+private:
+	std::lock_guard<std::mutex> mThreads;
+	int mFolder;
+};
+
 CommentFile::CommentFile(std::filesystem::path const& inTimeline)
 	: mPath(MakeCommentPath(inTimeline))
 {
@@ -96,7 +144,7 @@ Json CommentFile::List()
 
 Json CommentFile::Add(Json const& inComment)
 {
-	std::lock_guard const lock(mMutex);
+	Lock const lock(*this);
 	Json file = Read();
 	if (file["comments"].size() >= kMostComments)
 	{
@@ -116,7 +164,7 @@ Json CommentFile::Add(Json const& inComment)
 
 std::optional<Json> CommentFile::Change(std::uint64_t inId, Json const& inComment)
 {
-	std::lock_guard const lock(mMutex);
+	Lock const lock(*this);
 	Json file = Read();
 	auto const found = FindComment(file, inId);
 	if (found == file["comments"].end())
@@ -130,7 +178,7 @@ std::optional<Json> CommentFile::Change(std::uint64_t inId, Json const& inCommen
 
 bool CommentFile::Remove(std::uint64_t inId)
 {
-	std::lock_guard const lock(mMutex);
+	Lock const lock(*this);
 	Json file = Read();
 	auto const found = FindComment(file, inId);
 	if (found == file["comments"].end())

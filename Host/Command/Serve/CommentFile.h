@@ -13,7 +13,7 @@ namespace SonaroCommand::Serve
 
 // Comments at samples of a programme, in a JSON file of their own beside the timeline: "edit.otio.comments.json". It is
 // read before each change and replaced as a whole, so that comments of other programs stay; one that cannot be read is
-// left alone.
+// left alone. Several servers of one timeline change it one at a time, by a lock on its folder.
 //
 // Errors   HostErrors: kRequest for a comment that is not valid, kInput for a file that is not, kOutput where it cannot be
 //          written.
@@ -35,6 +35,8 @@ public:
 	bool Remove(std::uint64_t inId);
 
 private:
+	class Lock;
+
 	Json Read() const;
 	void Write(Json const& inFile) const;
 

@@ -367,6 +367,31 @@ TEST_F(ServeCommandTest, CommentsAreKeptAndNeverLost)
 	EXPECT_THAT(mFolder.List(), testing::Not(testing::Contains(testing::EndsWith(".tmp"))));
 }
 
+TEST_F(ServeCommandTest, AFullDiskLosesNoComment)
+{
+	std::filesystem::path const path = mFolder / "edit.otio.comments.json";
+	mStart.mFileSizeLimit = 10000;
+	auto const talk = [&](int inPort)
+	{
+		httplib::Client client = MakeClient(inPort);
+		Json const comment = {{"sample", 1}, {"text", std::string(3000, 'x')}};
+		auto const post = [&] { return client.Post("/comments", comment.dump(), kJson); };
+		for (int i = 0; i < 3; ++i)
+		{
+			EXPECT_EQ(post()->status, 201);
+		}
+		std::string const former = ReadBytes(path);
+		auto const refused = post();
+		EXPECT_EQ(refused->status, 500);
+		EXPECT_THAT(refused->body, HasSubstr("edit.otio.comments.json"));
+		EXPECT_EQ(ReadBytes(path), former);
+		EXPECT_EQ(client.Delete("/comments/1", "{}", kJson)->status, 204);
+		EXPECT_EQ(post()->status, 201);
+	};
+	Serve({}, talk);
+	EXPECT_THAT(mFolder.List(), testing::Not(testing::Contains(testing::EndsWith(".tmp"))));
+}
+
 TEST_F(ServeCommandTest, ChangesAreTakenOverAndBrokenOnesAreNot)
 {
 	auto const talk = [&](int inPort)
