@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -105,8 +106,17 @@ void Routes::Enter(HttpServer& ioServer, Access const& inAccess)
 			outResponse.set_redirect("/", 303);
 			return HttpServer::HandlerResponse::Handled;
 		});
-	ioServer.set_exception_handler([](Request const&, Response& outResponse, std::exception_ptr inException)
-		{ AnswerException(outResponse, std::move(inException)); });
+	ioServer.set_exception_handler(
+		[this](Request const& inRequest, Response& outResponse, std::exception_ptr inException)
+		{
+			AnswerException(outResponse, std::move(inException));
+			// Media that are replaced fail to be read, until the watch has opened them anew.
+			if (outResponse.status == 500 && !inRequest.path.starts_with("/comments") &&
+				!mWatch.Get()->IsCurrent())
+			{
+				AnswerError(outResponse, 503, "the timeline or its media have just changed; try again later");
+			}
+		});
 	ioServer.set_error_handler(
 		[](Request const&, Response& outResponse)
 		{
@@ -181,7 +191,8 @@ void Routes::AnswerTimeline(Request const& inRequest, Response& outResponse)
 	Json json = DescribeTimeline(*timeline);
 	std::string const problem = mWatch.GetProblem();
 	json["problem"] = problem.empty() ? Json() : Json(problem);
-	std::string const tag = timeline->GetTag() + (problem.empty() ? "" : "p");
+	std::string const mark = problem.empty() ? "" : "-" + std::to_string(std::hash<std::string>()(problem));
+	std::string const tag = timeline->GetTag() + mark;
 	AnswerTagged(inRequest, outResponse, tag, ToText(json), kJson);
 }
 

@@ -3,6 +3,7 @@
 #include "Report/Json.h"
 #include "Terminal/Console.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <utility>
@@ -13,7 +14,10 @@ namespace SonaroCommand::Serve
 namespace
 {
 
-constexpr auto kLookTime = std::chrono::milliseconds(500);
+using LookTime = std::chrono::steady_clock::duration;
+constexpr LookTime kLookTime = std::chrono::milliseconds(500);
+// Pauses are so many times as long as an attempt, so that a large timeline that stays broken takes little of a core.
+constexpr int kPauseFactor = 10;
 
 // On one line, as events want it.
 std::string MakeLine(Json const& inJson)
@@ -45,17 +49,36 @@ std::string TimelineWatch::GetProblem() const
 
 void TimelineWatch::Watch(std::stop_token const& inStop)
 {
-	while (!inStop.stop_requested())
+	for (LookTime pause = kLookTime; !inStop.stop_requested();)
 	{
 		{
 			std::unique_lock lock(mMutex);
-			mStopped.wait_for(lock, inStop, kLookTime, [] { return false; });
+			mStopped.wait_for(lock, inStop, pause, [] { return false; });
 		}
-		if (!inStop.stop_requested() && !Get()->IsCurrent())
+		auto const begin = std::chrono::steady_clock::now();
+		if (!inStop.stop_requested())
 		{
-			Reload();
+			Look();
 		}
 		ReportProblem();
+		pause = std::max(kLookTime, kPauseFactor * (std::chrono::steady_clock::now() - begin));
+	}
+}
+
+void TimelineWatch::Look()
+{
+	if (!Get()->IsCurrent())
+	{
+		Reload();
+		return;
+	}
+	std::unique_lock lock(mMutex);
+	if (!std::exchange(mProblem, {}).empty())
+	{
+		// The former state is back, as after a file was moved away for a while.
+		std::string const tag = mTimeline->GetTag();
+		lock.unlock();
+		mEvents.Post("reload", MakeLine({{"tag", tag}}));
 	}
 }
 

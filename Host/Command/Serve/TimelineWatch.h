@@ -28,6 +28,8 @@ public:
 
 private:
 	void Watch(std::stop_token const& inStop);
+	// Compares with the disk, and follows it.
+	void Look();
 	void Reload();
 	// Says once what could not be rendered.
 	void ReportProblem();

@@ -121,11 +121,6 @@ private:
 	{
 		std::int64_t const end = inFirstFrame / mRange.mBlockFrames;
 		std::int64_t block = std::max<std::int64_t>(0, inFirstFrame - inWarmUpFrames) / mRange.mBlockFrames;
-		// What was rendered last may be nearer.
-		if (mBlock && *mBlock < end)
-		{
-			block = std::max(block, *mBlock + 1);
-		}
 		for (; block < end; ++block)
 		{
 			RenderBlock(block, inDeadline);
