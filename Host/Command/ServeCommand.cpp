@@ -1,5 +1,6 @@
 #include "Command.h"
 
+#include "Options/ListenerOptions.h"
 #include "Options/SharedOptions.h"
 #include "Options/StretchOptions.h"
 #include "Serve/ServeSettings.h"
@@ -56,6 +57,7 @@ public:
 		AddSoundOptions();
 		AddTimelineOptions(GetParser(), mMediaFolders, mFades);
 		mStretch.AddForAll(GetParser());
+		mListener.AddOptions(GetParser());
 		AddFlag("--quiet", mIsQuiet, "Print only warnings and errors");
 		AddFlag("--json", mAsJson, "Print the address as JSON");
 		GetParser().footer(
@@ -70,6 +72,7 @@ public:
 			"Examples:\n"
 			"  sonaro serve edit.otio\n"
 			"  sonaro serve edit.otio --port 9000 --bits 24\n"
+			"  sonaro serve edit.otio --binaural\n"
 			"  sonaro serve edit.otio --bind 0.0.0.0 --token \"$(openssl rand -hex 16)\"");
 	}
 
@@ -140,6 +143,7 @@ private:
 		request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 		request.mOptions.mFadeShape = ParseFades(mFades);
 		mStretch.Fill(request.mOptions);
+		request.mOptions.mListener = mListener.MakeListener();
 		request.mFormat.mSamples = mBits == "16"   ? OutputSamples::kInteger16
 								   : mBits == "24" ? OutputSamples::kInteger24
 												   : OutputSamples::kFloat32;
@@ -161,6 +165,7 @@ private:
 	std::optional<unsigned> mJobs;
 	double mWarmUpSeconds = 2.0;
 	StretchOptions mStretch;
+	ListenerOptions mListener;
 	std::vector<std::string> mMediaFolders;
 	std::string mFades;
 	bool mIsQuiet = false;

@@ -52,7 +52,7 @@ _sonaro()
 		info) COMPREPLY=($(compgen -W "-h --help --json --media --stream" -- "$word")) ;;
 		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --all --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --media --fades --quiet" -- "$word")) ;;
 		effects) COMPREPLY=($(compgen -W "-h --help --class --all --json" -- "$word")) ;;
-		serve) COMPREPLY=($(compgen -W "-h --help --port --bind --token --cache --bits --jobs --warm-up --media --fades --keep-pitch --stretch --quiet --json" -- "$word")) ;;
+		serve) COMPREPLY=($(compgen -W "-h --help --port --bind --token --cache --bits --jobs --warm-up --media --fades --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --quiet --json" -- "$word")) ;;
 		esac
 		;;
 	*)

@@ -117,6 +117,13 @@ void ServedTimeline::ReadStates()
 			std::to_string(static_cast<int>(mRequest.mOptions.mResampling)) + " " +
 			std::to_string(static_cast<int>(mRequest.mOptions.mStretchEngine)) +
 			(mRequest.mOptions.mKeepsPitch ? " kept" : ""));
+	if (auto const& listener = mRequest.mOptions.mListener)
+	{
+		HeadAngles const head = listener->GetAngles();
+		tag.Add("ears " + listener->mFile.native() + " " + std::to_string(head.mYaw) + " " +
+				std::to_string(head.mPitch) + " " + std::to_string(head.mRoll));
+		tag.Add(ReadFileState(listener->mFile));
+	}
 	mTag = tag.GetText();
 }
 

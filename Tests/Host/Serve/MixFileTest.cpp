@@ -117,6 +117,9 @@ TEST_F(MixFiles, AnyRangeHasTheBytesOfTheRenderedFile)
 	for (Case const& test : {Case{"stereo", OutputSamples::kFloat32, Dither::kNone},
 			 Case{"5.1", OutputSamples::kInteger24, Dither::kNone},
 			 Case{"mono", OutputSamples::kInteger24, Dither::kTriangular},
+			 // B-format, whose channels have another order and level in the file.
+			 Case{"ambisonic1", OutputSamples::kFloat32, Dither::kNone},
+			 Case{"ambisonic1", OutputSamples::kInteger16, Dither::kTriangular},
 			 Case{"stereo", OutputSamples::kInteger16, Dither::kTriangular}})
 	{
 		SCOPED_TRACE(std::string(test.mLayout) + ", " + GetName(test.mSamples));

@@ -520,4 +520,17 @@ TEST_F(ServeCommandTest, FactsAreThoseOfTheTimeline)
 	Serve({}, talk);
 }
 
+TEST_F(ServeCommandTest, TwoEarsGetTheBytesOfTheRenderedFile)
+{
+	std::string const whole = Render({"--binaural", "--yaw", "30", "--bits", "24"});
+	auto const talk = [&](int inPort)
+	{
+		auto const all = MakeClient(inPort).Get("/mix.wav");
+		EXPECT_TRUE(all && all->body == whole);
+		auto const part = MakeClient(inPort).Get("/mix.wav", {{"Range", "bytes=200000-200999"}});
+		EXPECT_TRUE(part && part->body == whole.substr(200000, 1000));
+	};
+	Serve({"--binaural", "--yaw", "30", "--bits", "24"}, talk);
+}
+
 } // namespace SonaroHost::Testing::ServeCommandTest
