@@ -84,6 +84,7 @@ Json DescribeTimeline(ServedTimeline& ioTimeline)
 		json["tracks"].push_back(std::move(track));
 	}
 	json["clips"] = ListClips(sequence.mClips);
+	json["angles"] = ListAngles(sequence.mAngles);
 	json["markers"] = ListMarkers(sequence);
 	json["missing"] = ListMissing(sequence.mMissing);
 	json["notes"] = ListNotes(ioTimeline.GetNotes());

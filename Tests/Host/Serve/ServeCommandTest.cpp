@@ -76,9 +76,13 @@ protected:
 
 	void WriteTimeline(double inSeconds) const
 	{
-		Json const timeline = Timeline({Track("one", {Clip("a", "a.wav", 0.2, inSeconds)}),
-										   Track("two", {Gap(0.4), Clip("b", "a.wav", 0.0, 1.2)})},
-			{Marker("M", 0.2, 0.6)});
+		Json const cut = {{"time", 0.4}, {"angle", "close"}};
+		Json const cameras = WithSettings(Stack({Track("wide", {Clip("b", "a.wav", 0.0, 1.2)}),
+											  Track("close", {Clip("c", "a.wav", 0.6, 1.2)})}),
+			{{"multicam", {{"cuts", List({cut})}}}});
+		Json const timeline =
+			Timeline({Track("one", {Clip("a", "a.wav", 0.2, inSeconds)}), Track("two", {Gap(0.4), cameras})},
+				{Marker("M", 0.2, 0.6)});
 		WriteBytes(mFolder / "edit.otio", timeline.dump());
 	}
 
@@ -503,6 +507,8 @@ TEST_F(ServeCommandTest, FactsAreThoseOfTheTimeline)
 		Json const timeline = Json::parse(get("/timeline.json"));
 		EXPECT_EQ(timeline["tracks"][1]["number"], 2);
 		EXPECT_EQ(timeline["markers"][0]["firstSample"], 9600);
+		EXPECT_EQ(timeline["angles"][1]["name"], "close");
+		EXPECT_EQ(timeline["angles"][1]["firstSample"], 38400);
 		EXPECT_EQ(timeline["wave"]["isExactAnywhere"], true);
 		Json const report = Json::parse(get("/report.json"));
 		Json const loudness = Json::parse(get("/loudness.json"));

@@ -16,6 +16,8 @@ export class Comments {
 		this.list = list;
 		this.callbacks = callbacks;
 		this.all = [];
+		// The id and the text of the one that is being changed.
+		this.edited = null;
 	}
 
 	async load() {
@@ -25,64 +27,94 @@ export class Comments {
 			throw new Error(json.error);
 		}
 		this.all = json.comments;
+		this.callbacks.changed(this.all);
 		this.show();
 	}
 
-	async add(sample, text) {
-		await send("POST", "comments", { sample, text });
-		await this.load();
+	// Returns whether it was done. What was not is reported.
+	add(sample, text) {
+		return this.run(() => send("POST", "comments", { sample, text }));
 	}
 
+	// A row keeps the focus when the list is made anew.
 	show() {
+		const { id, action } = document.activeElement?.closest("#comments [data-action]")?.dataset ?? {};
 		this.list.replaceChildren(...this.all.map((comment) => this.makeRow(comment)));
+		if (id) {
+			const found = this.list.querySelector(`[data-id="${id}"][data-action="${action}"]`);
+			(found ?? this.callbacks.fallback()).focus({ preventScroll: true });
+		}
 	}
 
 	makeRow(comment) {
 		const row = document.createElement("li");
-		const button = (label, name, action) => {
-			const element = document.createElement("button");
-			element.textContent = label;
+		const make = (tag, action, name) => {
+			const element = document.createElement(tag);
+			element.dataset.id = comment.id;
+			element.dataset.action = action;
 			element.setAttribute("aria-label", name);
-			element.addEventListener("click", action);
+			return element;
+		};
+		const button = (action, label, name, onClick) => {
+			const element = make("button", action, name);
+			element.textContent = label;
+			element.addEventListener("click", onClick);
 			return element;
 		};
 		const time = this.callbacks.format(comment.sample);
-		const text = document.createElement("span");
-		text.className = "text";
-		text.textContent = comment.text;
 		row.append(
-			button(time, `Go to ${time}: ${comment.text}`, () => this.callbacks.seek(comment.sample)),
-			text,
-			button("✎", `Change the comment at ${time}`, () => this.edit(comment, row)),
-			button("✕", `Remove the comment at ${time}`, () => this.run(() => send("DELETE", `comments/${comment.id}`))),
+			button("go", time, `Go to ${time}: ${comment.text}`, () => this.callbacks.seek(comment.sample)),
+			this.edited?.id === comment.id ? this.makeForm(make) : this.makeText(comment),
+			button("edit", "✎", `Change the comment at ${time}`, () => this.edit(comment)),
+			button("remove", "✕", `Remove the comment at ${time}`, () => this.run(() => send("DELETE", `comments/${comment.id}`))),
 		);
 		return row;
 	}
 
-	edit(comment, row) {
+	makeText(comment) {
+		const text = document.createElement("span");
+		text.className = "text";
+		text.textContent = comment.text;
+		return text;
+	}
+
+	makeForm(make) {
 		const form = document.createElement("form");
 		form.className = "text";
-		const input = document.createElement("input");
-		input.value = comment.text;
+		const input = make("input", "text", "Text of the comment");
+		input.value = this.edited.text;
 		input.required = true;
 		input.maxLength = 1000;
-		input.setAttribute("aria-label", "Text of the comment");
 		form.append(input);
-		form.addEventListener("submit", (event) => {
+		form.addEventListener("submit", async (event) => {
 			event.preventDefault();
-			this.run(() => send("PUT", `comments/${comment.id}`, { text: input.value }));
+			const { id } = this.edited;
+			if (await this.run(() => send("PUT", `comments/${id}`, { text: input.value }))) {
+				this.edit(null, id);
+			}
 		});
-		input.addEventListener("keydown", (event) => event.key === "Escape" && this.show());
-		row.querySelector(".text").replaceWith(form);
-		input.focus();
+		input.addEventListener("input", () => (this.edited.text = input.value));
+		input.addEventListener("keydown", (event) => event.key === "Escape" && this.edit(null, this.edited.id));
+		return form;
+	}
+
+	// Begins to change a comment, or ends it.
+	edit(comment, former) {
+		this.edited = comment && { id: comment.id, text: comment.text };
+		this.show();
+		const id = comment?.id ?? former;
+		this.list.querySelector(`[data-id="${id}"][data-action="${comment ? "text" : "edit"}"]`)?.focus();
 	}
 
 	async run(action) {
 		try {
 			await action();
 			await this.load();
+			this.callbacks.problem("");
+			return true;
 		} catch (error) {
 			this.callbacks.problem(error.message);
+			return false;
 		}
 	}
 }

@@ -12,17 +12,26 @@ let timeline = null;
 const muted = new Set();
 const soloed = new Set();
 let chosen = 1;
-let loopEdges = { start: null, end: null };
+const loopEdges = { start: null, end: null };
 
-function showProblem(text) {
-	find("problem").textContent = text;
-	find("problem").hidden = !text;
+// By what they are about, each until it is over.
+const problems = new Map();
+
+function showProblem(about, text) {
+	problems.set(about, text);
+	const all = [...problems.values()].filter(Boolean).join(" · ");
+	if (find("problem").textContent !== all) {
+		find("problem").textContent = all;
+		find("problem").hidden = !all;
+	}
 }
 
 const comments = new Comments(find("comments"), {
+	changed: (all) => view.setComments(all),
+	fallback: () => find("comment-text"),
 	format: (sample) => timeline.format(sample),
 	seek: (sample) => player.seek(sample),
-	problem: showProblem,
+	problem: (text) => showProblem("comments", text),
 });
 
 function makeQuery() {
@@ -34,12 +43,19 @@ function makeQuery() {
 }
 
 function toggle(tracks, number) {
+	if (!timeline.tracks[number - 1].isHeard) {
+		return;
+	}
 	if (!tracks.delete(number)) {
 		tracks.add(number);
 	}
+	announceTrack(number);
 	showHeads();
+	view.touch();
 	player.setQuery(makeQuery());
 }
+
+view.isUnheard = (number) => muted.has(number) || (soloed.size > 0 && !soloed.has(number));
 
 function makeHead(track) {
 	const head = document.createElement("div");
@@ -63,13 +79,25 @@ function makeHead(track) {
 		return element;
 	};
 	head.append(label, button("M", "Mute", muted), button("S", "Solo", soloed));
-	head.addEventListener("pointerdown", () => choose(track.number));
+	head.addEventListener("pointerdown", () => chosen !== track.number && choose(track.number));
 	return head;
 }
 
 function choose(number) {
 	chosen = Math.max(1, Math.min(number, timeline.tracks.length));
-	[...find("heads").querySelectorAll(".head[role]")].forEach((head, index) => head.classList.toggle("chosen", index + 1 === chosen));
+	[...find("heads").querySelectorAll(".head[role]")].forEach((head, index) => {
+		head.classList.toggle("chosen", index + 1 === chosen);
+		if (index + 1 === chosen) {
+			head.scrollIntoView({ block: "nearest" });
+		}
+	});
+	announceTrack(chosen);
+}
+
+// For those who do not see it.
+function announceTrack(number) {
+	const states = [[muted, "muted"], [soloed, "solo"]].filter(([tracks]) => tracks.has(number)).map(([, name]) => name);
+	find("chosen").textContent = [`Track ${number}, ${timeline.tracks[number - 1].track}`, ...states].join(", ");
 }
 
 function showHeads() {
@@ -113,6 +141,8 @@ function showList(id, entries) {
 function showLists() {
 	const { json } = timeline;
 	showList("markers", json.markers.map((marker) => ({ sample: marker.firstSample, text: marker.name })));
+	showList("angles", json.angles.map((angle) => ({ sample: angle.firstSample, text: `${angle.angle}: ${angle.name}` + (angle.track ? ` of ${angle.track}` : "") })));
+	find("angles-box").hidden = json.angles.length === 0;
 	showList("clips", json.clips.map((clip) => ({
 		sample: clip.firstSample,
 		text: `${clip.name} on ${clip.track}` + (clip.status === "heard" ? "" : `: ${clip.status}${clip.reason ? ", " + clip.reason : ""}`),
@@ -138,32 +168,54 @@ async function loadTimeline() {
 	view.setTimeline(timeline);
 	showHeads();
 	showLists();
-	showProblem(timeline.json.problem ?? "");
+	if (player.loop?.end > timeline.samples) {
+		loopEdges.start = Math.min(loopEdges.start ?? 0, timeline.samples);
+		loopEdges.end = timeline.samples;
+		applyLoop(true);
+	}
+	showProblem("timeline", timeline.json.problem ?? "");
 	loadLoudness(timeline.tag);
 }
 
 async function loadLoudness(tag) {
 	const response = await fetchPatiently("loudness.json");
-	if (response.ok && timeline.tag === tag) {
-		view.loudness = await response.json();
-		const lufs = view.loudness.integratedLufs;
-		find("status").textContent = lufs === null ? "" : `Integrated loudness of the mix: ${lufs.toFixed(1)} LUFS`;
+	const json = await response.json();
+	if (timeline.tag !== tag) {
+		return;
 	}
+	if (!response.ok) {
+		find("status").textContent = `The loudness cannot be measured: ${json.error}`;
+		return;
+	}
+	view.setLoudness(json);
+	const lufs = json.integratedLufs;
+	find("status").textContent = lufs === null ? "The mix is silent" : `Integrated loudness of the mix: ${lufs.toFixed(1)} LUFS`;
 }
 
-async function loadComments() {
-	await comments.load();
-	view.comments = comments.all;
-}
+const loadComments = () => comments.run(() => {});
 
 function listen() {
 	const events = new EventSource("events");
-	events.addEventListener("reload", () => loadTimeline().catch((error) => showProblem(error.message)));
-	events.addEventListener("hello", (event) => timeline && JSON.parse(event.data).tag !== timeline.tag && loadTimeline());
-	events.addEventListener("problem", (event) => showProblem(JSON.parse(event.data).error));
-	events.addEventListener("comments", () => loadComments().catch((error) => showProblem(error.message)));
-	events.addEventListener("progress", (event) => {
-		find("status").textContent = `Measuring the loudness: ${JSON.parse(event.data).percent} %`;
+	const on = (name, action) => events.addEventListener(name, (event) => action(JSON.parse(event.data)));
+	const reload = () => loadTimeline().catch((error) => showProblem("timeline", error.message));
+	on("hello", ({ tag }) => {
+		showProblem("server", "");
+		if (tag !== timeline?.tag) {
+			reload();
+		}
+		loadComments();
+	});
+	on("reload", reload);
+	on("problem", ({ error }) => showProblem("timeline", error));
+	on("comments", loadComments);
+	on("progress", ({ percent }) => {
+		find("status").textContent = `Measuring the loudness: ${percent} %`;
+	});
+	events.addEventListener("error", () => {
+		showProblem("server", "The server sends no news of changes. The page goes on asking.");
+		if (events.readyState === EventSource.CLOSED) {
+			setTimeout(listen, 5000);
+		}
 	});
 }
 
@@ -177,7 +229,7 @@ function applyLoop(isOn) {
 	const end = loopEdges.end ?? timeline.samples;
 	const loop = isOn && end - start >= timeline.rate / 20 ? { start, end } : null;
 	player.setLoop(loop);
-	view.loop = loop;
+	view.setLoop(loop);
 	find("loop").setAttribute("aria-pressed", String(Boolean(loop)));
 }
 
@@ -234,6 +286,7 @@ function enter() {
 	find("theme").addEventListener("click", () => {
 		const isDark = getComputedStyle(document.documentElement).colorScheme === "dark";
 		document.documentElement.dataset.theme = isDark ? "light" : "dark";
+		view.touch();
 		localStorage.setItem("sonaro-theme", document.documentElement.dataset.theme);
 	});
 	find("canvas").addEventListener("click", (event) => player.seek(view.sampleAt(event.offsetX)));
@@ -244,18 +297,21 @@ function enter() {
 			zoom(event.deltaY < 0 ? 1.25 : 0.8, find("scroller").scrollLeft + x);
 		}
 	}, { passive: false });
-	find("comment-form").addEventListener("submit", (event) => {
+	find("comment-form").addEventListener("submit", async (event) => {
 		event.preventDefault();
 		const text = find("comment-text");
-		comments.run(() => comments.add(player.position, text.value)).then(() => {
-			view.comments = comments.all;
+		if (await comments.add(player.position, text.value)) {
 			text.value = "";
-		});
+		}
 	});
+	window.matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => view.touch());
 	window.addEventListener("keydown", onKey);
 	window.addEventListener("resize", () => timeline && view.resize());
-	player.addEventListener("problem", (event) => showProblem(event.detail));
+	player.addEventListener("problem", (event) => showProblem("sound", event.detail));
 	player.addEventListener("change", () => {
+		if (player.isPlaying) {
+			showProblem("sound", "");
+		}
 		find("play").textContent = player.isPlaying ? "❚❚" : "▶";
 		find("play").setAttribute("aria-label", player.isPlaying ? "Pause" : "Play");
 		find("play").setAttribute("aria-pressed", String(player.isPlaying));
@@ -285,12 +341,9 @@ async function begin() {
 		document.documentElement.dataset.theme = theme;
 	}
 	enter();
-	try {
-		await loadTimeline();
-		await loadComments();
-	} catch (error) {
-		showProblem(error.message);
-	}
+	await loadTimeline().catch((error) => showProblem("timeline", error.message));
+	performance.mark("shown");
+	loadComments();
 	listen();
 	drawAll();
 }

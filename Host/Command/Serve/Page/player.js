@@ -155,6 +155,7 @@ export class Player extends EventTarget {
 		this.rate = timeline.rate;
 		this.samples = timeline.samples;
 		this.tag = timeline.tag;
+		this.isField = timeline.json.programme.layout === "ambisonic1";
 		this.position = Math.min(this.position, this.samples);
 		this.formats.clear();
 		if (this.context && this.context.sampleRate !== this.rate) {
@@ -308,7 +309,8 @@ export class Player extends EventTarget {
 			const mark = address.includes("?") ? "&" : "?";
 			const response = await fetchPatiently(`${address}${mark}start=${first}&samples=${count}`, { signal });
 			await this.check(response);
-			return this.context.decodeAudioData(await response.arrayBuffer());
+			const buffer = await this.context.decodeAudioData(await response.arrayBuffer());
+			return this.isField ? this.makeStereo(buffer, 1, 1) : buffer;
 		}
 		const format = await this.findFormat(address, signal);
 		const frame = format.channels * format.bytes;
@@ -343,7 +345,22 @@ export class Player extends EventTarget {
 				samples[i] = readSample(view, at, format.bytes);
 			}
 		}
-		return buffer;
+		return this.isField ? this.makeStereo(buffer, 2, Math.SQRT2) : buffer;
+	}
+
+	// A sound field as two cardioids, which point to the left and to the right. WAV has W, X, Y and Z with W 3 dB softer,
+	// FLAC has W, Y, Z and X.
+	makeStereo(field, sideChannel, gain) {
+		const stereo = this.context.createBuffer(2, field.length, field.sampleRate);
+		const pressure = field.getChannelData(0);
+		const side = field.getChannelData(sideChannel);
+		for (const [channel, sign] of [[0, 0.5], [1, -0.5]]) {
+			const samples = stereo.getChannelData(channel);
+			for (let i = 0; i < samples.length; ++i) {
+				samples[i] = 0.5 * gain * pressure[i] + sign * side[i];
+			}
+		}
+		return stereo;
 	}
 
 	fail(error) {

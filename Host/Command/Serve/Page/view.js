@@ -1,6 +1,6 @@
 // Draws the ruler, the tracks and the loudness over what is visible of the programme.
 
-import { fetchPatiently } from "./timeline.js";
+import { fetchInTurn } from "./timeline.js";
 
 export const RULER_HEIGHT = 44;
 export const LOUDNESS_HEIGHT = 84;
@@ -8,6 +8,8 @@ const FINEST = 256;
 const SCALE_STEP = 4;
 const MOST_COLUMNS = 400000;
 const LOWEST_LUFS = -60;
+const LEAST_TICK_PIXELS = 90;
+const RETRY_MILLISECONDS = 3000;
 
 // Minima and maxima of all channels together, of a file of peaks in version 2.
 function readPeaks(view) {
@@ -33,14 +35,42 @@ export class View {
 		this.loudness = null;
 		this.loop = null;
 		this.pixelsPerSecond = 0;
+		this.isUnheard = () => false;
+	}
+
+	// Draws again with the next picture, also where nothing moves.
+	touch() {
+		this.drawn = null;
 	}
 
 	setTimeline(timeline) {
 		this.timeline = timeline;
 		this.peaks.clear();
 		this.loudness = null;
-		this.clips = timeline.tracks.map((track) => timeline.json.clips.filter((clip) => timeline.findTrack(clip.place) === track.number));
+		const byTrack = (rows) => timeline.tracks.map((track) => rows.filter((row) => timeline.findTrack(row.place) === track.number));
+		this.clips = byTrack(timeline.json.clips).map((clips) => clips.sort((a, b) => a.firstSample - b.firstSample));
+		this.angles = byTrack(timeline.json.angles);
+		this.setComments(this.comments);
 		this.resize();
+	}
+
+	setComments(comments) {
+		this.comments = comments;
+		this.flags = [
+			...this.timeline.json.markers.map((marker) => ({ sample: marker.firstSample, text: marker.name, colour: "marker" })),
+			...comments.map((comment) => ({ ...comment, colour: "comment" })),
+		].sort((a, b) => a.sample - b.sample);
+		this.touch();
+	}
+
+	setLoudness(loudness) {
+		this.loudness = loudness;
+		this.touch();
+	}
+
+	setLoop(loop) {
+		this.loop = loop;
+		this.touch();
 	}
 
 	rowHeight() {
@@ -52,13 +82,15 @@ export class View {
 	}
 
 	resize() {
+		const showsAll = this.pixelsPerSecond <= (1.001 * this.width) / this.timeline.seconds;
 		this.width = Math.max(this.scroller.clientWidth, 50);
 		const ratio = window.devicePixelRatio || 1;
 		this.canvas.width = Math.round(this.width * ratio);
 		this.canvas.height = Math.round(this.height * ratio);
 		this.canvas.style.width = this.width + "px";
 		this.canvas.style.height = this.height + "px";
-		this.setZoom(this.pixelsPerSecond);
+		this.setZoom(showsAll ? 0 : this.pixelsPerSecond);
+		this.touch();
 	}
 
 	setZoom(pixelsPerSecond, fixed = this.scroller.scrollLeft + this.width / 2) {
@@ -106,16 +138,23 @@ export class View {
 
 	async fetchPeaks(key, tag) {
 		try {
-			const response = await fetchPatiently(`peaks/${key}.dat`);
+			const response = await fetchInTurn(`peaks/${key}.dat`);
 			if (response.ok && this.timeline.tag === tag) {
 				this.peaks.set(key, readPeaks(new DataView(await response.arrayBuffer())));
+				this.touch();
 			}
 		} catch {
-			this.peaks.delete(key);
+			// The server is away. Asking with each picture would not bring it back.
+			setTimeout(() => this.peaks.delete(key), RETRY_MILLISECONDS);
 		}
 	}
 
 	draw(position) {
+		const state = [position, this.scroller.scrollLeft, this.pixelsPerSecond].join(" ");
+		if (state === this.drawn) {
+			return;
+		}
+		this.drawn = state;
 		const style = getComputedStyle(document.documentElement);
 		this.colour = (name) => style.getPropertyValue("--" + name).trim();
 		const paint = this.canvas.getContext("2d");
@@ -150,33 +189,52 @@ export class View {
 
 	drawRuler() {
 		const { paint, timeline } = this;
-		const steps = [0.04, 0.1, 0.2, 0.5, 1, 2, 5, 10, 30, 60, 120, 300, 600, 1800, 3600];
-		const step = steps.find((seconds) => seconds * this.pixelsPerSecond >= 90) ?? 7200;
-		const first = Math.floor(this.scroller.scrollLeft / this.pixelsPerSecond / step);
-		const last = Math.ceil((this.scroller.scrollLeft + this.width) / this.pixelsPerSecond / step);
-		for (let tick = first; tick <= last; ++tick) {
-			const sample = Math.round(tick * step * timeline.rate);
-			const x = this.xOf(sample);
+		const from = this.scroller.scrollLeft / this.pixelsPerSecond;
+		const to = from + this.width / this.pixelsPerSecond;
+		for (const { seconds, label } of timeline.clock.ticks(from, to, LEAST_TICK_PIXELS / this.pixelsPerSecond)) {
+			const x = seconds * this.pixelsPerSecond - this.scroller.scrollLeft;
 			paint.fillStyle = this.colour("line");
 			paint.fillRect(Math.round(x), 0, 1, this.height - LOUDNESS_HEIGHT);
 			paint.fillStyle = this.colour("faint");
-			paint.fillText(timeline.format(sample), x + 4, 10);
+			paint.fillText(label, x + 4, 10);
 		}
-		const flags = [
-			...timeline.json.markers.map((marker) => ({ sample: marker.firstSample, text: marker.name, colour: "marker" })),
-			...this.comments.map((comment) => ({ ...comment, colour: "comment" })),
-		].sort((a, b) => a.sample - b.sample);
-		flags.forEach((flag, index) => this.drawFlag(flag, this.xOf(flags[index + 1]?.sample ?? Infinity)));
+		this.drawFlags();
 		paint.fillStyle = this.colour("line");
 		paint.fillRect(0, RULER_HEIGHT - 1, this.width, 1);
 	}
 
-	// Its text ends where the next one begins.
-	drawFlag({ sample, text, colour }, next) {
-		const x = this.xOf(sample);
-		if (x > this.width || next < 0) {
-			return;
+	// Those that are seen, one for each pixel.
+	drawFlags() {
+		const { flags } = this;
+		let last = -Infinity;
+		for (let index = this.findFlag(this.sampleAt(-200)); index < flags.length; ++index) {
+			const x = this.xOf(flags[index].sample);
+			if (x > this.width) {
+				return;
+			}
+			if (x - last >= 1) {
+				this.drawFlag(flags[index], x, index + 1 < flags.length ? this.xOf(flags[index + 1].sample) : Infinity);
+				last = x;
+			}
 		}
+	}
+
+	// The first one from a sample on.
+	findFlag(sample) {
+		let first = 0;
+		for (let end = this.flags.length; first < end; ) {
+			const middle = (first + end) >> 1;
+			if (this.flags[middle].sample < sample) {
+				first = middle + 1;
+			} else {
+				end = middle;
+			}
+		}
+		return first;
+	}
+
+	// Its text ends where the next one begins.
+	drawFlag({ text, colour }, x, next) {
 		this.drawLine(x, this.colour(colour), 20);
 		this.paint.fillStyle = this.colour(colour);
 		this.paint.fillRect(Math.round(x), 20, 7, 9);
@@ -208,8 +266,15 @@ export class View {
 			}
 			paint.fillStyle = this.colour(clip.status === "missing" || clip.status === "outside" ? "missing" : "clip");
 			paint.fillRect(x, top + 2, width, height - 5);
+			if (width > 3) {
+				paint.fillStyle = this.colour("edge");
+				paint.fillRect(Math.round(x), top + 2, 1, height - 5);
+			}
 		}
+		paint.globalAlpha = this.isUnheard(track.number) ? 0.35 : 1;
 		this.drawPeaks(track, top, height);
+		paint.globalAlpha = 1;
+		this.angles[index].forEach((angle) => this.drawAngle(angle, top, height));
 		this.clips[index].forEach((clip, at, all) => this.drawName(clip, top, all[at + 1]?.firstSample ?? Infinity));
 		paint.fillStyle = this.colour("line");
 		paint.fillRect(0, top + height - 1, this.width, 1);
@@ -220,6 +285,19 @@ export class View {
 		const end = Math.min(this.xOf(clip.endSample), this.xOf(next), this.width);
 		this.paint.fillStyle = this.colour("text");
 		this.drawText(clip.name + (clip.status === "heard" ? "" : " (" + clip.status + ")"), x, top + 11, end - x - 2);
+	}
+
+	// A bar along the lower edge while the angle is heard.
+	drawAngle(angle, top, height) {
+		const x = this.xOf(angle.firstSample);
+		const end = this.xOf(angle.endSample);
+		if (x > this.width || end < 0) {
+			return;
+		}
+		this.paint.fillStyle = this.colour("marker");
+		this.paint.fillRect(x + 1, top + height - 5, Math.max(1, end - x - 2), 2);
+		const left = Math.max(x, 0) + 4;
+		this.drawText(`${angle.angle}: ${angle.name}`, left, top + height - 13, Math.min(end, this.width) - left - 2);
 	}
 
 	drawPeaks(track, top, height) {
