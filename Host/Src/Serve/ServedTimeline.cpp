@@ -43,7 +43,8 @@ struct ServedTimeline::Content
 
 	EncoderFormat MakeFormat(OutputFormat const& inFormat, ProgrammeRange const& inRange) const
 	{
-		EncoderFormat format{inFormat, mSequence.mSampleRate, mSequence.mLayout, inRange.mFrames, {}};
+		EncoderFormat format{
+			inFormat, mSequence.mSampleRate, mSequence.mLayout, inRange.mFrames, {}, inRange.mFirstFrame};
 		std::int64_t const label =
 			Otio::ToSamples(mSequence.mGlobalStart.value_or(Ratio()), mSequence.mSampleRate) +
 			inRange.mFirstFrame;

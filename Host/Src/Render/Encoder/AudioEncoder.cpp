@@ -184,7 +184,7 @@ AudioEncoder::AudioEncoder(
 	{
 		for (unsigned channel = 0; channel < mChannels; ++channel)
 		{
-			mQuantizers.emplace_back(bits, inFormat.mFormat.mDither, channel);
+			mQuantizers.emplace_back(bits, inFormat.mFormat.mDither, channel).SkipTo(inFormat.mFirstFrame);
 		}
 		mIntegerShift = 32 - bits;
 		mIntegers.resize(pieceSamples);

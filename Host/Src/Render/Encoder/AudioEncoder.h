@@ -43,6 +43,8 @@ struct EncoderFormat
 	std::int64_t mFrames = 0;
 	// See AudioFileWriter.
 	std::optional<std::int64_t> mTimeReference;
+	// Where the samples begin in a longer sound, whose dither they have.
+	std::int64_t mFirstFrame = 0;
 };
 
 // How the channels of a layout stand in a frame of a file.
