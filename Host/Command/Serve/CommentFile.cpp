@@ -57,11 +57,15 @@ void Fill(Json& ioComment, Json const& inGiven)
 	}
 	if (auto const text = inGiven.find("text"); text != inGiven.end())
 	{
-		bool const isText = text->is_string() && !text->get_ref<std::string const&>().empty() &&
-							text->get_ref<std::string const&>().size() <= kMostTextBytes;
+		constexpr char const* kBlanks = " \t\r\n";
+		bool const isText =
+			text->is_string() &&
+			text->get_ref<std::string const&>().find_first_not_of(kBlanks) != std::string::npos &&
+			text->get_ref<std::string const&>().size() <= kMostTextBytes;
 		if (!isText)
 		{
-			Refuse("\"text\" of a comment has 1 to " + std::to_string(kMostTextBytes) + " bytes");
+			Refuse("\"text\" of a comment has 1 to " + std::to_string(kMostTextBytes) +
+				   " bytes that are not all blank");
 		}
 		ioComment["text"] = *text;
 	}

@@ -56,6 +56,10 @@ std::string ReadText(std::filesystem::path const& inPath)
 	std::error_code error;
 	bool const isFolder = std::filesystem::is_directory(inPath, error);
 	std::ifstream file(isFolder ? inPath / "content.otio" : inPath, std::ios::binary);
+	if (!file)
+	{
+		RefuseFile(inPath, "cannot be read", "put it back");
+	}
 	std::ostringstream text;
 	text << file.rdbuf();
 	return text.str();

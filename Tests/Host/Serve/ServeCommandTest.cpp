@@ -332,8 +332,9 @@ TEST_F(ServeCommandTest, CommentsAreKeptAndNeverLost)
 		{ return client.Post("/comments", inBody, kJson)->status; };
 		EXPECT_EQ(post(R"({"sample": 4800, "text": "second"})"), 201);
 		EXPECT_EQ(post(R"({"sample": 100, "text": "first"})"), 201);
-		for (char const* const body : {R"({"sample": -1, "text": "a"})", R"({"sample": 1.5, "text": "a"})",
-				 R"({"sample": 1})", R"({"sample": 1, "text": ""})", R"([])"})
+		for (char const* const body :
+			{R"({"sample": -1, "text": "a"})", R"({"sample": 1.5, "text": "a"})", R"({"sample": 1})",
+				R"({"sample": 1, "text": ""})", R"({"sample": 1, "text": " \n"})", R"([])"})
 		{
 			EXPECT_EQ(post(body), 422) << body;
 		}
