@@ -511,6 +511,10 @@ TEST_F(ServeCommandTest, FactsAreThoseOfTheTimeline)
 		EXPECT_EQ(timeline["angles"][1]["name"], "close");
 		EXPECT_EQ(timeline["angles"][1]["firstSample"], 38400);
 		EXPECT_EQ(timeline["wave"]["isExactAnywhere"], true);
+		// Compressed by gzip alone, since Brotli would take seconds.
+		auto const packed = client.Get("/timeline.json", {{"Accept-Encoding", "br, gzip"}});
+		ASSERT_TRUE(packed);
+		EXPECT_EQ(packed->get_header_value("Content-Encoding"), "gzip");
 		Json const report = Json::parse(get("/report.json"));
 		Json const loudness = Json::parse(get("/loudness.json"));
 		EXPECT_NEAR(

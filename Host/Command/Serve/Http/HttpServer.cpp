@@ -9,6 +9,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -95,6 +96,17 @@ private:
 	bool mIsEnding = false;
 };
 
+// Leaves gzip alone of what the client accepts: the library's Brotli takes seconds for a megabyte.
+void LimitEncodings(httplib::Request& ioRequest)
+{
+	bool const takesGzip = ioRequest.get_header_value("Accept-Encoding").find("gzip") != std::string::npos;
+	ioRequest.headers.erase("Accept-Encoding");
+	if (takesGzip)
+	{
+		ioRequest.headers.emplace("Accept-Encoding", "gzip");
+	}
+}
+
 } // namespace
 
 HttpServer::HttpServer()
@@ -144,14 +156,15 @@ bool HttpServer::process_and_close_socket(socket_t inSocket)
 	for (int left = kMostRequestsPerConnection; left > 0 && connection.ReadHead(); --left)
 	{
 		bool isClosed = false;
-		auto const setRange = [&](httplib::Request& ioRequest)
+		auto const setUp = [&](httplib::Request& ioRequest)
 		{
 			ioRequest.headers.erase(kRangeHeader);
 			ioRequest.headers.emplace(kRangeHeader, connection.GetRange());
+			LimitEncodings(ioRequest);
 		};
 		// A request with content is the last, so that none of it is taken for another request.
 		bool const isLast = left == 1 || connection.HasContent();
-		bool const isAnswered = process_request(connection, isLast, isClosed, setRange);
+		bool const isAnswered = process_request(connection, isLast, isClosed, setUp);
 		if (!isAnswered || isClosed || isLast || !connection.IsHeadRead())
 		{
 			break;
