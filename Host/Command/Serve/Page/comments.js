@@ -11,6 +11,9 @@ async function send(method, address, body) {
 	}
 }
 
+// More rows than that are made only when somebody wants them.
+const MOST_ROWS = 300;
+
 export class Comments {
 	constructor(list, callbacks) {
 		this.list = list;
@@ -18,6 +21,7 @@ export class Comments {
 		this.all = [];
 		// The id and the text of the one that is being changed.
 		this.edited = null;
+		this.showsAll = false;
 	}
 
 	async load() {
@@ -39,11 +43,28 @@ export class Comments {
 	// A row keeps the focus when the list is made anew.
 	show() {
 		const { id, action } = document.activeElement?.closest("#comments [data-action]")?.dataset ?? {};
-		this.list.replaceChildren(...this.all.map((comment) => this.makeRow(comment)));
+		const shown = this.showsAll ? this.all : this.all.slice(0, MOST_ROWS);
+		this.list.replaceChildren(...shown.map((comment) => this.makeRow(comment)));
+		if (shown.length < this.all.length) {
+			this.list.append(this.makeRest(this.all.length - shown.length));
+		}
 		if (id) {
 			const found = this.list.querySelector(`[data-id="${id}"][data-action="${action}"]`);
 			(found ?? this.callbacks.fallback()).focus({ preventScroll: true });
 		}
+	}
+
+	makeRest(count) {
+		const row = document.createElement("li");
+		const button = document.createElement("button");
+		button.textContent = `Show ${count} more`;
+		button.addEventListener("click", () => {
+			this.showsAll = true;
+			this.show();
+			this.list.children[MOST_ROWS].querySelector("button").focus();
+		});
+		row.append(button);
+		return row;
 	}
 
 	makeRow(comment) {

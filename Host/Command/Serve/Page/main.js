@@ -138,15 +138,21 @@ function showList(id, entries) {
 	);
 }
 
+// Thousands of them take long, so that they are listed only where they are seen.
+function showClips() {
+	const clips = find("clips-box").open ? timeline.json.clips : [];
+	showList("clips", clips.map((clip) => ({
+		sample: clip.firstSample,
+		text: `${clip.name} on ${clip.track}` + (clip.status === "heard" ? "" : `: ${clip.status}${clip.reason ? ", " + clip.reason : ""}`),
+	})));
+}
+
 function showLists() {
 	const { json } = timeline;
 	showList("markers", json.markers.map((marker) => ({ sample: marker.firstSample, text: marker.name })));
 	showList("angles", json.angles.map((angle) => ({ sample: angle.firstSample, text: `${angle.angle}: ${angle.name}` + (angle.track ? ` of ${angle.track}` : "") })));
 	find("angles-box").hidden = json.angles.length === 0;
-	showList("clips", json.clips.map((clip) => ({
-		sample: clip.firstSample,
-		text: `${clip.name} on ${clip.track}` + (clip.status === "heard" ? "" : `: ${clip.status}${clip.reason ? ", " + clip.reason : ""}`),
-	})));
+	showClips();
 	const notes = json.notes.map((note) => ({ text: note.text ?? JSON.stringify(note) }));
 	if (!json.wave.isExactAnywhere) {
 		notes.unshift({ text: `After a seek, ${json.wave.warmUpSeconds} seconds are rendered first, since ${json.wave.whyNot}.` });
@@ -304,6 +310,7 @@ function enter() {
 			text.value = "";
 		}
 	});
+	find("clips-box").addEventListener("toggle", () => timeline && showClips());
 	window.matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => view.touch());
 	window.addEventListener("keydown", onKey);
 	window.addEventListener("resize", () => timeline && view.resize());

@@ -111,6 +111,7 @@ export class Timeline {
 		this.rate = json.programme.rate;
 		this.samples = json.programme.samples;
 		this.tracks = json.tracks;
+		this.numbers = new Map(json.tracks.map((track) => [track.place, track.number]));
 		this.tag = json.tag;
 		this.clock = json.timecodeRate ? new Timecode(json.timecodeRate, json.programme.globalStartSeconds ?? 0) : new Minutes();
 	}
@@ -129,8 +130,19 @@ export class Timeline {
 
 	// The number of the outermost track that a place in the file belongs to; 0 for none.
 	findTrack(place) {
-		const found = this.tracks.find((track) => place === track.place || place.startsWith(track.place + "/"));
-		return found ? found.number : 0;
+		for (let part = place; part; part = part.slice(0, part.lastIndexOf("/"))) {
+			if (this.numbers.has(part)) {
+				return this.numbers.get(part);
+			}
+		}
+		return 0;
+	}
+
+	// Lists of rows, one for each track.
+	byTrack(rows) {
+		const lists = this.tracks.map(() => []);
+		rows.forEach((row) => lists[this.findTrack(row.place) - 1]?.push(row));
+		return lists;
 	}
 
 	format(sample) {

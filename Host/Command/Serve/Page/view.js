@@ -28,6 +28,7 @@ function readPeaks(view) {
 export class View {
 	constructor(canvas, scroller, spacer) {
 		this.canvas = canvas;
+		this.layer = document.createElement("canvas");
 		this.scroller = scroller;
 		this.spacer = spacer;
 		this.peaks = new Map();
@@ -40,16 +41,15 @@ export class View {
 
 	// Draws again with the next picture, also where nothing moves.
 	touch() {
-		this.drawn = null;
+		this.drawn = this.still = null;
 	}
 
 	setTimeline(timeline) {
 		this.timeline = timeline;
 		this.peaks.clear();
 		this.loudness = null;
-		const byTrack = (rows) => timeline.tracks.map((track) => rows.filter((row) => timeline.findTrack(row.place) === track.number));
-		this.clips = byTrack(timeline.json.clips).map((clips) => clips.sort((a, b) => a.firstSample - b.firstSample));
-		this.angles = byTrack(timeline.json.angles);
+		this.clips = timeline.byTrack(timeline.json.clips).map((clips) => clips.sort((a, b) => a.firstSample - b.firstSample));
+		this.angles = timeline.byTrack(timeline.json.angles);
 		this.setComments(this.comments);
 		this.resize();
 	}
@@ -85,8 +85,10 @@ export class View {
 		const showsAll = this.pixelsPerSecond <= (1.001 * this.width) / this.timeline.seconds;
 		this.width = Math.max(this.scroller.clientWidth, 50);
 		const ratio = window.devicePixelRatio || 1;
-		this.canvas.width = Math.round(this.width * ratio);
-		this.canvas.height = Math.round(this.height * ratio);
+		for (const canvas of [this.canvas, this.layer]) {
+			canvas.width = Math.round(this.width * ratio);
+			canvas.height = Math.round(this.height * ratio);
+		}
 		this.canvas.style.width = this.width + "px";
 		this.canvas.style.height = this.height + "px";
 		this.setZoom(showsAll ? 0 : this.pixelsPerSecond);
@@ -149,18 +151,41 @@ export class View {
 		}
 	}
 
+	// What does not move is kept as a picture.
 	draw(position) {
-		const state = [position, this.scroller.scrollLeft, this.pixelsPerSecond].join(" ");
+		const still = [this.scroller.scrollLeft, this.pixelsPerSecond].join(" ");
+		const state = position + " " + still;
 		if (state === this.drawn) {
 			return;
 		}
 		this.drawn = state;
-		const style = getComputedStyle(document.documentElement);
-		this.colour = (name) => style.getPropertyValue("--" + name).trim();
-		const paint = this.canvas.getContext("2d");
-		this.paint = paint;
-		const ratio = this.canvas.width / this.width;
+		if (still !== this.still) {
+			this.still = still;
+			this.drawStill();
+		}
+		this.paint = this.begin(this.canvas);
+		this.paint.drawImage(this.layer, 0, 0, this.width, this.height);
+		this.drawLine(this.xOf(position), this.colour("play"), 0, 2);
+	}
+
+	begin(canvas) {
+		const paint = canvas.getContext("2d");
+		const ratio = canvas.width / this.width;
 		paint.setTransform(ratio, 0, 0, ratio, 0, 0);
+		return paint;
+	}
+
+	drawStill() {
+		const style = getComputedStyle(document.documentElement);
+		const colours = new Map();
+		this.colour = (name) => {
+			if (!colours.has(name)) {
+				colours.set(name, style.getPropertyValue("--" + name).trim());
+			}
+			return colours.get(name);
+		};
+		const paint = this.begin(this.layer);
+		this.paint = paint;
 		paint.fillStyle = this.colour("back");
 		paint.fillRect(0, 0, this.width, this.height);
 		paint.font = "12px system-ui, sans-serif";
@@ -169,7 +194,6 @@ export class View {
 		this.drawRuler();
 		this.timeline.tracks.forEach((track, index) => this.drawTrack(track, index));
 		this.drawLoudness();
-		this.drawLine(this.xOf(position), this.colour("play"), 0, 2);
 	}
 
 	drawLine(x, colour, top = 0, width = 1) {
