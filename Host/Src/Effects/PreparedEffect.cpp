@@ -198,6 +198,15 @@ std::shared_ptr<EffectFacts const> CollectFacts(
 	return facts;
 }
 
+std::shared_ptr<LiveControl> MakeLiveControl(
+	Control const& inControl, ParameterRange const& inRange, float inValue, bool inHasCurve)
+{
+	return std::make_shared<LiveControl>(
+		LiveControl::Facts{inControl.mSymbol, inControl.mName, inControl.mUnit, inRange.mMinimum,
+			inRange.mMaximum, inValue, inRange.mIsInteger, inRange.mIsInteger || inControl.mIsEnumeration,
+			inControl.mIsLogarithmic && inRange.mMinimum > 0.0f, inHasCurve});
+}
+
 } // namespace
 
 PreparedEffect::PreparedEffect(EffectSetup const& inSetup, double inSampleRate)
@@ -230,6 +239,11 @@ PreparedEffect::PreparedEffect(EffectSetup const& inSetup, double inSampleRate)
 		TakeBypass(inSetup, *start, *plan);
 	}
 	mFacts = CollectFacts(inSetup, *start, plan->mRanges);
+	for (std::size_t i = 0; i < description.mControls.size(); ++i)
+	{
+		mControls.push_back(MakeLiveControl(
+			description.mControls[i], plan->mRanges[i], start->mValues[i], plan->mCurves[i] != nullptr));
+	}
 	plan->mStart = start;
 	mPlan = std::move(plan);
 }
@@ -287,8 +301,13 @@ SN::InterfaceRef<SN::IAudioProcessor> PreparedEffect::Make(
 	settings.mParams.push_back(AutomationParameter<bool>::Create(false));
 	for (unsigned i = 0; i < mPlan->mRanges.size(); ++i)
 	{
+		ParameterMoves moves{mPlan->mCurves[i], i < mControls.size() ? mControls[i] : nullptr};
+		if (moves.mLive && !inContext->IsPrefetchEnabled())
+		{
+			moves.mLive = std::make_shared<LiveControl>(*moves.mLive);
+		}
 		settings.mParams.push_back(zorvcore::classref::MakeObject<EffectParameter>(
-			EffectParameter::Control(new SN::AudioFilterControl(filter, i)), mPlan->mCurves[i],
+			EffectParameter::Control(new SN::AudioFilterControl(filter, i)), std::move(moves),
 			mPlan->mRanges[i]));
 	}
 	return EngineFactory().CreateAudioFilterRenderer(settings);

@@ -4,6 +4,7 @@
 #include "Sonaro/IAudioRenderContext.h"
 #include "Sonaro/Types.h"
 #include "SonaroHost/Base/EffectFacts.h"
+#include "SonaroHost/Base/LiveControl.h"
 #include "SonaroHost/Effects/EffectSetup.h"
 
 #include <cstddef>
@@ -43,6 +44,8 @@ public:
 	// The times of all points of the setup, at which parameters may jump.
 	std::vector<SN::TickTime> const& GetJumps() const { return mJumps; }
 	std::shared_ptr<EffectFacts const> const& GetFacts() const { return mFacts; }
+	// The plugin's controls, which move the processors of all playbacks.
+	std::vector<std::shared_ptr<LiveControl>> const& GetControls() const { return mControls; }
 
 	// Throws a HostError of the kind kRequest when the plugin does not fit so many channels.
 	void CheckChannels(std::size_t inChannels) const;
@@ -63,6 +66,7 @@ private:
 	std::vector<std::string> mRemarks;
 	std::vector<SN::TickTime> mJumps;
 	std::shared_ptr<EffectFacts const> mFacts;
+	std::vector<std::shared_ptr<LiveControl>> mControls;
 	std::shared_ptr<Plan const> mPlan;
 };
 

@@ -6,6 +6,7 @@
 #include "Sonaro/Types.h"
 #include "SonaroHost/Automation/AutomationParameter.h"
 #include "SonaroHost/Base/EffectFacts.h"
+#include "SonaroHost/Base/LiveControl.h"
 
 #include <functional>
 #include <memory>
@@ -53,6 +54,10 @@ struct Effect
 	std::vector<SN::TickTime> mJumps = {};
 	// For reports; null for none.
 	std::shared_ptr<EffectFacts const> mFacts = nullptr;
+	// What a listener may move of the processors that playbacks have made.
+	std::vector<std::shared_ptr<LiveControl>> mControls = {};
+	// What it was made from: a JSON pointer into a file, for instance; or nothing.
+	std::string mOrigin = {};
 };
 
 // Taps the sound at this place towards a submix; the sound itself goes on unchanged.

@@ -22,7 +22,8 @@ Sequence::Effect MakeEffect(MakerContext& ioContext, PluginEffect const& inPlugi
 		ioContext.Tell(Note::Kind::kRemark, inPlugin.mPlace,
 			"the effect " + QuoteName(effect.GetName()) + ": " + remark);
 	}
-	Sequence::Effect stage{effect.GetName(), {}, false, effect.GetJumps(), effect.GetFacts()};
+	Sequence::Effect stage{effect.GetName(), {}, false, effect.GetJumps(), effect.GetFacts(),
+		effect.GetControls(), inPlugin.mPlace};
 	stage.mMake = [made = std::move(effect)](auto const&... inGraph) { return made.Make(inGraph...); };
 	return stage;
 }

@@ -246,7 +246,7 @@ Programme MakeProgramme(ProgrammePlan const& inPlan, std::vector<Effects::Prepar
 	{
 		description->mMaster.mStages.emplace_back(Sequence::Effect{effect.GetName(),
 			[effect](auto const&... inGraph) { return effect.Make(inGraph...); }, false, effect.GetJumps(),
-			effect.GetFacts()});
+			effect.GetFacts(), effect.GetControls()});
 	}
 	return {description, inPlan.GetSampleRate(), 0, inPlan.GetFrames(), {},
 		std::make_shared<ClipMedia>(sources->mSources),

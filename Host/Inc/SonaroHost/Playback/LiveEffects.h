@@ -1,0 +1,58 @@
+#pragma once
+
+#include "SonaroHost/Base/LiveControl.h"
+#include "SonaroHost/Sequence/Description.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace SonaroHost::Playback
+{
+
+// An effect of a programme, with what a listener may move of it.
+struct LiveEffect
+{
+	// What it was made from, a JSON pointer, or else where it stands in the description, as
+	// "/tracks/1/items/0/effects/2". Several have the same one where a nested sequence is built several times.
+	std::string mId;
+	// For people: the output, track "Dialogue", clip "Take 3".
+	std::string mPlace;
+	std::string mName;
+	std::vector<std::shared_ptr<LiveControl>> mControls;
+
+	// Null for a symbol that it does not have.
+	LiveControl* FindControl(std::string const& inSymbol) const;
+};
+
+// The effects of a programme whose controls are moved while it plays, on its clips, tracks, submixes and output, nested
+// sequences included. What is held goes over to the next programme, to the effect of the same identity and name.
+//
+// Threads  Any.
+class LiveEffects
+{
+public:
+	// Effects with controls: those of the output first, then those of each track, after those of its clips.
+	static std::vector<LiveEffect> Collect(Sequence::Description const& inDescription);
+
+	// A programme that is about to play: what is held of the one before is held of it, too.
+	void Prepare(Sequence::Description const& inDescription) const;
+	// It plays from now on. What was held meanwhile counts.
+	void Adopt(Sequence::Description const& inDescription);
+
+	std::vector<LiveEffect> List() const;
+
+	// Holds a control of all effects of that identity. Throws a HostError where there is none.
+	void Hold(std::string const& inId, std::string const& inSymbol, float inValue);
+	void Release(std::string const& inId, std::string const& inSymbol);
+
+private:
+	std::vector<std::shared_ptr<LiveControl>> Find(
+		std::string const& inId, std::string const& inSymbol) const;
+
+	mutable std::mutex mMutex;
+	std::vector<LiveEffect> mEffects;
+};
+
+} // namespace SonaroHost::Playback
