@@ -55,11 +55,18 @@ DeviceFormat MakeDeviceFormat(Programme const& inProgramme, PlaybackSettings con
 Playback::Playback(Programme const& inProgramme, OutputDevice& ioDevice, PlaybackSettings const& inSettings)
 	: mDevice(ioDevice),
 	  mFormat(MakeDeviceFormat(inProgramme, inSettings)),
-	  mThread(std::make_unique<RenderThread>(inProgramme, ioDevice, mFormat,
-		  TransportSettings{CountAhead(inProgramme, inSettings), inSettings.mMeters}))
+	  mThread(Open(inProgramme, inSettings))
+{
+	mDevice.Start(mThread->GetFeed());
+}
+
+std::unique_ptr<RenderThread> Playback::Open(Programme const& inProgramme, PlaybackSettings const& inSettings)
 {
 	mDevice.Open(mFormat);
-	mDevice.Start(mThread->GetFeed());
+	std::int64_t const ahead =
+		std::max(CountAhead(inProgramme, inSettings), mDevice.GetBurstFrames() + mFormat.mBlockFrames);
+	return std::make_unique<RenderThread>(
+		inProgramme, mDevice, mFormat, TransportSettings{ahead, inSettings.mMeters});
 }
 
 Playback::~Playback()

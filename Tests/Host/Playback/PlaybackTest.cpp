@@ -4,6 +4,7 @@
 #include "Deck.h"
 #include "Host/Refusal.h"
 #include "Host/Sequence/RandomSequence.h"
+#include "Playback/Device/DeviceWatch.h"
 #include "SonaroHost/Media/RateConverter.h"
 #include "Support/Trials.h"
 
@@ -433,6 +434,26 @@ TEST(Playback, ADeviceThatIsLostStopsItAndPlayGoesOnFromWhatWasHeard)
 	EXPECT_EQ(again.back(), static_cast<float>(frame + 256));
 	EXPECT_EQ(deck->GetState().mFailure, "");
 	EXPECT_EQ(deck->GetState().mMisses, 0u);
+}
+
+TEST(DeviceWatch, ADeviceThatAsksForNothingOrHasSleptIsNoticed)
+{
+	DeviceWatch watch;
+	watch.Start(100.0, 0.01);
+	for (double time = 100.0; time < 110.0; time += 0.5)
+	{
+		EXPECT_FALSE(watch.FindGap(time));
+		watch.Note(time);
+	}
+	EXPECT_FALSE(watch.FindGap(111.0));
+	EXPECT_TRUE(watch.FindGap(112.0)) << "it hangs";
+	// It asks again before anybody has looked: the machine has slept.
+	watch.Note(3600.0);
+	watch.Note(3600.01);
+	EXPECT_NEAR(watch.FindGap(3600.02).value_or(0.0), 3490.5, 1e-6);
+	watch.Start(4000.0, 1.0);
+	EXPECT_FALSE(watch.FindGap(4007.0)) << "not as long as a few of its blocks";
+	EXPECT_GE(DeviceWatch::GetTime(), 0.0);
 }
 
 TEST(Playback, AScrubIsAGrainInTheDirectionOfThePointer)

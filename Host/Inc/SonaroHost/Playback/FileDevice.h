@@ -30,7 +30,7 @@ public:
 	std::optional<std::string> FindLoss() const override;
 
 	// Completes the file. Throws a HostError when that fails, or when writing did before.
-	void Finish();
+	void Finish() override;
 
 private:
 	void Take(float const* inSamples, unsigned inFrames) override;

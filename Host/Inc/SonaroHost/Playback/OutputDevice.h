@@ -32,7 +32,7 @@ public:
 // Where sound goes: a sound card, a server of sounds, a file or nowhere.
 //
 // Order    Open, then Start and Stop as often as wanted, and Open again for another format or after a loss.
-// Threads  FindLoss, GetLatencyFrames and CountUnderflows: any. The rest: one at a time, not the device's own.
+// Threads  FindLoss, GetLatencyFrames, GetBurstFrames and CountUnderflows: any. The rest: one at a time, not the device's own.
 class OutputDevice
 {
 public:
@@ -45,12 +45,16 @@ public:
 	// Nobody asks the client any more when it returns. May be called when nothing runs.
 	virtual void Stop() = 0;
 
+	// How many frames it may ask for at once, in one call or several: a block, if it does not say more. Known once it is open.
+	virtual std::int64_t GetBurstFrames() const { return 0; }
 	// How many frames lie between the client and the ear.
 	virtual std::int64_t GetLatencyFrames() const = 0;
 	// How often the device ran dry although its client was never late.
 	virtual std::uint64_t CountUnderflows() const { return 0; }
 	// Why the device stopped by itself since the last Open, as a sentence for people; nothing while it runs.
 	virtual std::optional<std::string> FindLoss() const = 0;
+	// When it is stopped for good: what it keeps of the sound is complete. Throws a HostError when that fails.
+	virtual void Finish() {}
 };
 
 } // namespace SonaroHost::Playback

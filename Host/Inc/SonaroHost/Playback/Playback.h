@@ -21,7 +21,7 @@ class RenderThread;
 struct PlaybackSettings
 {
 	// How much is rendered ahead of what the device has taken, in seconds: from 0.005 to 1. A seek is heard after it.
-	// Two of the device's blocks at least.
+	// At least two of the device's blocks, or as much as it asks for at once and a block.
 	double mAheadSeconds = 0.02;
 	// What the device is asked for at a time; 0 for a quarter of what is rendered ahead.
 	unsigned mDeviceBlockFrames = 0;
@@ -86,6 +86,8 @@ public:
 	bool WaitUntilFilled(std::chrono::milliseconds inLongest) const;
 
 private:
+	// Opens the device, which then says how much it asks for.
+	std::unique_ptr<RenderThread> Open(Programme const& inProgramme, PlaybackSettings const& inSettings);
 	// Gets a device that was lost to run again.
 	void Reopen();
 

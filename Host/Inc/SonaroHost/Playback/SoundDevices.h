@@ -13,7 +13,7 @@ namespace SonaroHost::Playback
 struct SoundDeviceInfo
 {
 	std::string mName;
-	// What drives it, such as "ALSA" or "JACK Audio Connection Kit".
+	// What drives it, such as "ALSA", "JACK" or "PulseAudio, by ALSA".
 	std::string mDriver;
 	unsigned mChannels = 0;
 	// What it runs at by itself, in Hz.
@@ -27,8 +27,8 @@ std::string DescribeSoundLibraries();
 // The devices of the system; none where nothing was built in that could reach them. Threads: one at a time.
 std::vector<SoundDeviceInfo> ListSoundDevices();
 
-// A device by its name: one of the system by its whole name, by its number in the list from 1 on, or by a part of its
-// name that no other one has; the default one for an empty name. "null" is a NullDevice, and "file:PATH" a FileDevice,
+// A device by its name: one of the system by its whole name, by its number in the list from 1 on, or by its driver,
+// where that has one only, or by a part of its name that no other one has; the default one for an empty name. "null" is a NullDevice, and "file:PATH" a FileDevice,
 // both at the speed of real time. Throws a HostError that lists what there is.
 std::unique_ptr<OutputDevice> MakeDevice(std::string const& inName);
 

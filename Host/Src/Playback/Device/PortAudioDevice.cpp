@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace SonaroHost::Playback
 {
@@ -64,9 +66,9 @@ struct PortAudioDevice::Stream
 	Stream(PortAudioDevice& ioDevice, DeviceFormat const& inFormat)
 		: mDevice(ioDevice)
 	{
-		PaDeviceInfo const* const info = Pa_GetDeviceInfo(mDevice.mIndex);
+		PaDeviceInfo const* const info = Pa_GetDeviceInfo(mDevice.mDevice.mIndex);
 		PaStreamParameters output{};
-		output.device = mDevice.mIndex;
+		output.device = mDevice.mDevice.mIndex;
 		output.channelCount = static_cast<int>(inFormat.mChannels);
 		output.sampleFormat = paFloat32;
 		double const block = static_cast<double>(inFormat.mBlockFrames) / inFormat.mSampleRate;
@@ -77,6 +79,8 @@ struct PortAudioDevice::Stream
 		Pa_SetStreamFinishedCallback(mHandle, &Stream::Finish);
 		PaStreamInfo const* const opened = Pa_GetStreamInfo(mHandle);
 		double const latency = opened ? opened->outputLatency : output.suggestedLatency;
+		mDevice.mBurst.store(
+			std::llround(output.suggestedLatency * inFormat.mSampleRate), std::memory_order_relaxed);
 		mDevice.mLatency.store(std::llround(latency * inFormat.mSampleRate), std::memory_order_relaxed);
 	}
 	~Stream()
@@ -96,7 +100,7 @@ struct PortAudioDevice::Stream
 			return;
 		}
 		DeviceFormat const& format = mDevice.mFormat;
-		RefuseOutput("the sound device " + QuoteName(mDevice.mName) + " cannot play " +
+		RefuseOutput("the sound device " + QuoteName(mDevice.mDevice.mInfo.mName) + " cannot play " +
 					 std::to_string(format.mChannels) +
 					 (format.mChannels == 1 ? " channel at " : " channels at ") +
 					 std::to_string(format.mSampleRate) + " Hz: " + Pa_GetErrorText(inError) +
@@ -108,6 +112,7 @@ struct PortAudioDevice::Stream
 		PaStreamCallbackFlags inFlags, void* ioStream)
 	{
 		Stream const& stream = *static_cast<Stream*>(ioStream);
+		stream.mDevice.mWatch.Note(DeviceWatch::GetTime());
 		stream.mClient->Fill(static_cast<float*>(outSamples), static_cast<unsigned>(inFrames));
 		if ((inFlags & paOutputUnderflow) != 0)
 		{
@@ -129,9 +134,9 @@ struct PortAudioDevice::Stream
 	PaStream* mHandle = nullptr;
 };
 
-PortAudioDevice::PortAudioDevice(int inIndex, std::string inName)
-	: mIndex(inIndex),
-	  mName(std::move(inName))
+PortAudioDevice::PortAudioDevice(SystemDevice inDevice)
+	: mLibrary(std::make_unique<PortAudioLibrary>()),
+	  mDevice(std::move(inDevice))
 {
 }
 
@@ -143,9 +148,35 @@ PortAudioDevice::~PortAudioDevice()
 void PortAudioDevice::Open(DeviceFormat const& inFormat)
 {
 	Close();
+	if (mIsGone)
+	{
+		RefuseOutput(Say("went with its sound server; start the server, and then this program again"));
+	}
+	if (mIsLost)
+	{
+		FindAgain();
+	}
 	mFormat = inFormat;
 	mStream = std::make_unique<Stream>(*this, inFormat);
 	mHasEnded.store(false, std::memory_order_release);
+}
+
+void PortAudioDevice::FindAgain()
+{
+	// What drives it is asked anew only when PortAudio begins anew.
+	mLibrary.reset();
+	mLibrary = std::make_unique<PortAudioLibrary>();
+	SoundDeviceInfo const& info = mDevice.mInfo;
+	std::vector<SystemDevice> const devices = ListSystemDevices();
+	auto const found = std::ranges::find_if(devices, [&info](SystemDevice const& inDevice)
+		{ return inDevice.mInfo.mName == info.mName && inDevice.mInfo.mDriver == info.mDriver; });
+	if (found == devices.end())
+	{
+		RefuseOutput("the sound device " + QuoteName(info.mName) +
+					 " is not there any more; connect it, or start its sound server, and play again");
+	}
+	// The names stay: the render thread may read them.
+	mDevice.mIndex = found->mIndex;
 }
 
 void PortAudioDevice::Start(DeviceClient& ioClient)
@@ -153,12 +184,24 @@ void PortAudioDevice::Start(DeviceClient& ioClient)
 	Stop();
 	mStream->mClient = &ioClient;
 	mIsStopping.store(false, std::memory_order_release);
+	mWatch.Start(DeviceWatch::GetTime(), static_cast<double>(mFormat.mBlockFrames) / mFormat.mSampleRate);
 	mStream->Check(Pa_StartStream(mStream->mHandle));
+	mIsStarted.store(true, std::memory_order_release);
+	mIsLost.store(false, std::memory_order_release);
 }
 
 void PortAudioDevice::Stop()
 {
+	mIsLost.store(FindLoss().has_value(), std::memory_order_release);
 	mIsStopping.store(true, std::memory_order_release);
+	bool const wasStarted = mIsStarted.exchange(false, std::memory_order_acq_rel);
+	if (wasStarted && HasServerEnded())
+	{
+		// What is left of it is never asked again.
+		static_cast<void>(mStream.release());
+		static_cast<void>(mLibrary.release());
+		mIsGone = true;
+	}
 	if (mStream && Pa_IsStreamStopped(mStream->mHandle) == 0)
 	{
 		Pa_AbortStream(mStream->mHandle);
@@ -173,10 +216,31 @@ void PortAudioDevice::Close()
 
 std::optional<std::string> PortAudioDevice::FindLoss() const
 {
-	return mHasEnded.load(std::memory_order_acquire)
-			   ? std::optional("the sound device " + QuoteName(mName) +
-							   " has stopped; it was disconnected, or another program changed it")
+	if (mHasEnded.load(std::memory_order_acquire))
+	{
+		return Say("has stopped; it was disconnected, or another program changed it");
+	}
+	if (mIsLost.load(std::memory_order_acquire))
+	{
+		return Say("has stopped and could not be started again");
+	}
+	bool const isStarted = mIsStarted.load(std::memory_order_acquire);
+	auto const gap = isStarted ? mWatch.FindGap(DeviceWatch::GetTime()) : std::nullopt;
+	return gap ? std::optional(Say("has asked for nothing for " + std::to_string(std::lround(*gap)) +
+								   " seconds; the machine slept, or its sound server has stopped"))
 			   : std::nullopt;
+}
+
+bool PortAudioDevice::HasServerEnded() const
+{
+	PaDeviceInfo const* const info = mStream ? Pa_GetDeviceInfo(mDevice.mIndex) : nullptr;
+	PaHostApiInfo const* const driver = info ? Pa_GetHostApiInfo(info->hostApi) : nullptr;
+	return driver && driver->type == paJACK && Pa_IsStreamActive(mStream->mHandle) != 1;
+}
+
+std::string PortAudioDevice::Say(std::string const& inWhat) const
+{
+	return "the sound device " + QuoteName(mDevice.mInfo.mName) + " " + inWhat;
 }
 
 } // namespace SonaroHost::Playback

@@ -3,8 +3,32 @@
 
 #include <portaudio.h>
 
+#include <string_view>
+#include <utility>
+
 namespace SonaroHost::Playback
 {
+
+namespace
+{
+
+// ALSA also reaches sound servers, by devices that are named after them.
+std::string DescribeDriver(std::string_view inDriver, std::string_view inDevice)
+{
+	constexpr std::string_view kJack = "JACK Audio Connection Kit";
+	constexpr std::pair<std::string_view, char const*> kServers[] = {
+		{"pulse", "PulseAudio, by ALSA"}, {"pipewire", "PipeWire, by ALSA"}, {"jack", "JACK, by ALSA"}};
+	for (auto const& [name, driver] : kServers)
+	{
+		if (inDriver == "ALSA" && inDevice == name)
+		{
+			return driver;
+		}
+	}
+	return inDriver == kJack ? "JACK" : std::string(inDriver);
+}
+
+} // namespace
 
 std::string DescribeSoundLibraries()
 {
@@ -33,9 +57,9 @@ std::vector<SystemDevice> ListSystemDevices()
 		if (info.maxOutputChannels > 0)
 		{
 			PaHostApiInfo const* const driver = Pa_GetHostApiInfo(info.hostApi);
-			devices.push_back(
-				{index, {info.name, driver ? driver->name : "", static_cast<unsigned>(info.maxOutputChannels),
-							info.defaultSampleRate, index == Pa_GetDefaultOutputDevice()}});
+			devices.push_back({index, {info.name, DescribeDriver(driver ? driver->name : "", info.name),
+										  static_cast<unsigned>(info.maxOutputChannels),
+										  info.defaultSampleRate, index == Pa_GetDefaultOutputDevice()}});
 		}
 	}
 	return devices;
@@ -43,7 +67,7 @@ std::vector<SystemDevice> ListSystemDevices()
 
 std::unique_ptr<OutputDevice> MakeSystemDevice(SystemDevice const& inDevice)
 {
-	return std::make_unique<PortAudioDevice>(inDevice.mIndex, inDevice.mInfo.mName);
+	return std::make_unique<PortAudioDevice>(inDevice);
 }
 
 } // namespace SonaroHost::Playback

@@ -39,21 +39,29 @@ std::string DescribeChoice(std::vector<SystemDevice> const& inDevices)
 									: "there are " + DescribeChoice(inDevices)));
 }
 
-// The first one that is meant; the end for none, and for a part of several names.
-std::vector<SystemDevice>::const_iterator FindDevice(
-	std::vector<SystemDevice> const& inDevices, std::string const& inName)
+using Devices = std::vector<SystemDevice>;
+
+// The only one; the end where there are several, or none.
+template <class Is>
+Devices::const_iterator FindOnly(Devices const& inDevices, Is const& inIs)
 {
-	auto const find = [&](auto const& inIs)
-	{ return std::find_if(inDevices.begin(), inDevices.end(), inIs); };
-	auto found = find([&](SystemDevice const& inDevice)
+	return std::ranges::count_if(inDevices, inIs) == 1 ? std::ranges::find_if(inDevices, inIs)
+													   : inDevices.end();
+}
+
+// The one that is meant; the end for none.
+Devices::const_iterator FindDevice(Devices const& inDevices, std::string const& inName)
+{
+	auto found = std::ranges::find_if(inDevices, [&](SystemDevice const& inDevice)
 		{ return inName.empty() ? inDevice.mInfo.mIsDefault : inDevice.mInfo.mName == inName; });
 	auto const isNumbered = [&](SystemDevice const& inDevice)
 	{ return inName == std::to_string(&inDevice - inDevices.data() + 1); };
-	found = found == inDevices.end() ? find(isNumbered) : found;
+	found = found == inDevices.end() ? FindOnly(inDevices, isNumbered) : found;
+	auto const isDriven = [&](SystemDevice const& inDevice) { return inDevice.mInfo.mDriver == inName; };
+	found = found == inDevices.end() ? FindOnly(inDevices, isDriven) : found;
 	auto const isPart = [&](SystemDevice const& inDevice)
 	{ return !inName.empty() && inDevice.mInfo.mName.find(inName) != std::string::npos; };
-	bool const isClear = std::count_if(inDevices.begin(), inDevices.end(), isPart) == 1;
-	return found == inDevices.end() && isClear ? find(isPart) : found;
+	return found == inDevices.end() ? FindOnly(inDevices, isPart) : found;
 }
 
 } // namespace
