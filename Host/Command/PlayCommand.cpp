@@ -67,7 +67,8 @@ public:
 			" START and LOOP of timelines are also timecode or names of markers.\n\n"
 			"Keys: space plays and stops; arrows seek by 1 second, with shift by 10; home; i and o set the "
 			"loop, x clears it; j, k and l play backwards, stop and play, faster each time; up and down "
-			"select a track, m mutes it, s is solo, + and - change its gain; with --binaural, 4 and 6 turn "
+			"select a track, m mutes it, s is solo, + and - change its gain; e and E choose a control of an "
+			"effect, [ and ] change it, d lets it go back to the timeline's; with --binaural, 4 and 6 turn "
 			"the head to the left and right, 8 and 2 upwards and downwards, 7 and 9 tilt it, 5 faces the "
 			"front; q quits\n\n"
 			"Examples:\n"
@@ -184,6 +185,8 @@ private:
 		{
 			ShowPlayScreen(session, mInput);
 		}
+		watch.reset();
+		session.Finish();
 		return input.IsIncomplete() || session.HasFault() ? kExitMissing : kExitSuccess;
 	}
 

@@ -86,6 +86,12 @@ void PlayControls::Do(PlayAction inAction)
 			break;
 		case PlayAction::kPlayForwards:
 			return Shuttle(1.0);
+		case PlayAction::kNextControl:
+		case PlayAction::kPreviousControl:
+		case PlayAction::kRaiseControl:
+		case PlayAction::kLowerControl:
+		case PlayAction::kReleaseControl:
+			return DoWithEffect(inAction);
 		default:
 			if (!DoWithHead(inAction))
 			{
@@ -178,6 +184,23 @@ bool PlayControls::DoWithHead(PlayAction inAction)
 	SonaroHost::HeadAngles const by = turn.value_or(SonaroHost::HeadAngles());
 	head->Set({Wrap(now.mYaw + by.mYaw), Wrap(now.mPitch + by.mPitch), Wrap(now.mRoll + by.mRoll)});
 	return true;
+}
+
+void PlayControls::DoWithEffect(PlayAction inAction)
+{
+	switch (inAction)
+	{
+	case PlayAction::kNextControl:
+	case PlayAction::kPreviousControl:
+		mKnob.Choose(inAction == PlayAction::kNextControl);
+		break;
+	case PlayAction::kReleaseControl:
+		mKnob.Release();
+		break;
+	default:
+		mKnob.Turn(inAction == PlayAction::kRaiseControl);
+	}
+	mMessage = mKnob.Describe();
 }
 
 void PlayControls::ChangeGain(double inDecibels)

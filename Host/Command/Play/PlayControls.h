@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EffectKnob.h"
 #include "PlaySession.h"
 
 #include <cstddef>
@@ -37,6 +38,11 @@ enum class PlayAction
 	kTiltLeft,
 	kTiltRight,
 	kFaceFront,
+	kNextControl,
+	kPreviousControl,
+	kRaiseControl,
+	kLowerControl,
+	kReleaseControl,
 };
 
 // What the keys of the screen do to a session, and which track is selected.
@@ -44,7 +50,8 @@ class PlayControls
 {
 public:
 	explicit PlayControls(PlaySession& ioSession)
-		: mSession(ioSession)
+		: mSession(ioSession),
+		  mKnob(ioSession.GetEffects())
 	{
 	}
 
@@ -64,8 +71,11 @@ private:
 	void ChangeGain(double inDecibels);
 	// Nothing for actions of other kinds.
 	bool DoWithHead(PlayAction inAction);
+	// Its message says which control of an effect is chosen, and what it is.
+	void DoWithEffect(PlayAction inAction);
 
 	PlaySession& mSession;
+	EffectKnob mKnob;
 	std::size_t mTrack = 0;
 	// The loop's first place while it has no last one.
 	std::optional<std::int64_t> mLoopFirst;

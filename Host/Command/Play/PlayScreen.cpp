@@ -32,9 +32,10 @@ constexpr int kMillisecondsPerFrame = 50;
 constexpr int kHeaderLines = 2;
 constexpr int kFooterLines = 3;
 constexpr char const* kHelp =
-	"space play  arrows seek  jkl shuttle  i o x loop  up/down track  m s + - mix  q quit";
+	"space play  arrows seek  jkl shuttle  i o x loop  up/down track  m s + - mix  e [ ] d effects  q quit";
 constexpr char const* kHelpWithHead =
-	"space play  arrows seek  jkl shuttle  i o x loop  m s + - mix  4 6 8 2 7 9 5 head  q quit";
+	"space play  arrows seek  jkl shuttle  i o x loop  up/down track  m s + - mix  e [ ] d effects  "
+	"4 6 8 2 7 9 5 head  q quit";
 
 // The terminal is the screen's as long as this lives.
 class Curses
@@ -85,6 +86,11 @@ std::optional<PlayAction> FindAction(int inKey)
 		{'7', PlayAction::kTiltLeft},
 		{'9', PlayAction::kTiltRight},
 		{'5', PlayAction::kFaceFront},
+		{'e', PlayAction::kNextControl},
+		{'E', PlayAction::kPreviousControl},
+		{']', PlayAction::kRaiseControl},
+		{'[', PlayAction::kLowerControl},
+		{'d', PlayAction::kReleaseControl},
 	};
 	auto const found = kActions.find(inKey);
 	return found != kActions.end() ? std::optional(found->second) : std::nullopt;

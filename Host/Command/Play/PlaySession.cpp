@@ -27,8 +27,8 @@ PlaySession::PlaySession(
 	{
 		mRequest.mTimeline.mLayout = mFirst->GetProgramme().GetLayout();
 	}
-	auto const mixed = mMix.Prepare(mFirst->GetProgramme());
-	mMix.Adopt(mixed);
+	auto const mixed = Prepare(*mFirst);
+	Adopt(mixed);
 	Playing::PlaybackSettings settings;
 	settings.mAheadSeconds = inAheadSeconds;
 	settings.mMeters = {mPeaks, mLoudness};
@@ -41,14 +41,32 @@ std::string PlaySession::FormatPlace(std::int64_t inFrame) const
 	return mInput->FormatPlace(inFrame);
 }
 
+Playing::LiveMix::Mixed PlaySession::Prepare(PlayedInput const& inInput) const
+{
+	mEffects.Prepare(*inInput.GetProgramme().mDescription);
+	return mMix.Prepare(inInput.GetProgramme());
+}
+
+void PlaySession::Adopt(Playing::LiveMix::Mixed const& inMixed)
+{
+	mMix.Adopt(inMixed);
+	mEffects.Adopt(*inMixed.GetProgramme().mDescription);
+}
+
+void PlaySession::Finish()
+{
+	mPlayback.reset();
+	mDevice->Finish();
+}
+
 void PlaySession::Reload()
 {
 	try
 	{
 		auto const next = std::make_shared<PlayedInput>(mRequest, PlayedInput::Warnings::kNone);
-		auto const mixed = mMix.Prepare(next->GetProgramme());
+		auto const mixed = Prepare(*next);
 		mPlayback->TakeOver(mixed.GetProgramme());
-		mMix.Adopt(mixed);
+		Adopt(mixed);
 		{
 			std::lock_guard const lock(mMutex);
 			mInput = next;

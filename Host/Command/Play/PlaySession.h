@@ -3,6 +3,7 @@
 #include "PlayedInput.h"
 #include "SonaroHost/Metering/LoudnessMeterSetter.h"
 #include "SonaroHost/Metering/PeakMeter.h"
+#include "SonaroHost/Playback/LiveEffects.h"
 #include "SonaroHost/Playback/LiveMix.h"
 #include "SonaroHost/Playback/Playback.h"
 
@@ -46,6 +47,7 @@ public:
 	PlayedInput const& GetFirstInput() const { return *mFirst; }
 	SonaroHost::Playback::Playback& GetPlayback() { return *mPlayback; }
 	SonaroHost::Playback::LiveMix& GetMix() { return mMix; }
+	SonaroHost::Playback::LiveEffects& GetEffects() { return mEffects; }
 	SonaroHost::PeakMeter& GetPeaks() { return *mPeaks; }
 	SonaroHost::LoudnessReading GetLoudness() { return mLoudness->GetReading(); }
 	// Where the head of who listens with two ears is turned, live; null without --binaural.
@@ -64,7 +66,13 @@ public:
 	// Whether any of these was a fault.
 	bool HasFault() const { return mHasFault; }
 
+	// After all else: ends the playback and completes what the device keeps. Throws a HostError when that fails.
+	void Finish();
+
 private:
+	// Programmes with live levels, whose effects are held as those before.
+	SonaroHost::Playback::LiveMix::Mixed Prepare(PlayedInput const& inInput) const;
+	void Adopt(SonaroHost::Playback::LiveMix::Mixed const& inMixed);
 	void NoteEvent(PlayEvent inEvent);
 
 	PlayRequest mRequest;
@@ -74,6 +82,7 @@ private:
 	unsigned mChannels;
 	int mSampleRate;
 	SonaroHost::Playback::LiveMix mMix;
+	SonaroHost::Playback::LiveEffects mEffects;
 	SN::InterfaceRef<SonaroHost::PeakMeter> mPeaks;
 	SN::InterfaceRef<SonaroHost::LoudnessMeterSetter> mLoudness;
 	std::unique_ptr<SonaroHost::Playback::OutputDevice> mDevice;
