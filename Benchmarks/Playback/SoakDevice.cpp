@@ -1,0 +1,82 @@
+#include "SoakDevice.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace SonaroBenchmarks
+{
+
+namespace
+{
+
+// Converted samples are a little off.
+constexpr float kFull = 0.9999f;
+constexpr double kFastest = 4.5;
+// How far a converter's window mixes both sides of a seam, in frames.
+constexpr double kWindow = 400.0;
+// And how far it goes beyond them, as a share of the step.
+constexpr double kOvershoot = 0.15;
+constexpr std::size_t kMostLoops = 64;
+
+} // namespace
+
+SoakDevice::Counts SoakDevice::GetCounts() const
+{
+	std::lock_guard const lock(mMutex);
+	return mCounts;
+}
+
+void SoakDevice::AddLoop(double inFirst, double inEnd)
+{
+	std::lock_guard const lock(mMutex);
+	mLoops.emplace_back(inFirst, inEnd);
+	if (mLoops.size() > kMostLoops)
+	{
+		mLoops.erase(mLoops.begin());
+	}
+}
+
+void SoakDevice::Take(float const* inSamples, unsigned inFrames)
+{
+	std::lock_guard const lock(mMutex);
+	for (unsigned i = 0; i < inFrames; ++i)
+	{
+		TakeFrame(inSamples[2 * i], inSamples[2 * i + 1]);
+	}
+	mCounts.mFrames += inFrames;
+}
+
+void SoakDevice::TakeFrame(float inPlace, float inLevel)
+{
+	bool const isFull = inLevel >= kFull;
+	mCounts.mSounding += isFull ? 1 : 0;
+	if (isFull && mWasFull)
+	{
+		TakeStep(static_cast<double>(inPlace));
+	}
+	mCounts.mGaps += isFull && mCounts.mIsSilent && mHasBegun ? 1 : 0;
+	mCounts.mIsSilent = isFull ? false : mCounts.mIsSilent || inLevel == 0.0f;
+	mHasBegun = mHasBegun || isFull;
+	mCounts.mLast = isFull ? static_cast<double>(inPlace) : mCounts.mLast;
+	mWasFull = isFull;
+}
+
+void SoakDevice::TakeStep(double inPlace)
+{
+	if (std::abs(inPlace - mCounts.mLast) <= kFastest)
+	{
+		return;
+	}
+	++mCounts.mSeams;
+	double const low = std::min(inPlace, mCounts.mLast);
+	double const high = std::max(inPlace, mCounts.mLast);
+	bool const isKnown = std::ranges::any_of(mLoops,
+		[&](auto const& inLoop)
+		{
+			double const around = kWindow + kOvershoot * (inLoop.second - inLoop.first);
+			return low >= inLoop.first - around && high <= inLoop.second + around;
+		});
+	mCounts.mUnknownSeams += isKnown ? 0 : 1;
+}
+
+} // namespace SonaroBenchmarks
