@@ -122,6 +122,11 @@ void PlayControls::SetLoopEnd(bool inIsEnd)
 	if (inIsEnd || (state.mLoop && *mLoopFirst < last))
 	{
 		playback.SetLoop(SonaroHost::ProgrammeRange{*mLoopFirst, last - *mLoopFirst});
+		// What is heard now is the end already.
+		if (inIsEnd && state.mSpeed > 0.0)
+		{
+			playback.Seek(*mLoopFirst);
+		}
 	}
 }
 

@@ -86,6 +86,17 @@ void RenderThread::Replace(Programme const& inProgramme)
 	mGraph = std::move(next);
 	mFrames.store(mGraph->GetProgramme().mFrames, std::memory_order_release);
 	mReported.clear();
+	LimitLoop(mGraph->GetProgramme().mFrames);
+}
+
+void RenderThread::LimitLoop(std::int64_t inFrames)
+{
+	std::optional<ProgrammeRange> loop = GetState().mLoop;
+	if (loop && loop->mFirstFrame + loop->mFrames > inFrames)
+	{
+		loop->mFrames = inFrames - loop->mFirstFrame;
+		SetLoop(loop->mFrames > 0 ? loop : std::nullopt);
+	}
 }
 
 bool RenderThread::MakeUpForLatency()

@@ -53,9 +53,11 @@ private:
 	void Do(StopCommand const&) { mTransport.Stop(); }
 	void Do(SeekCommand const& inCommand) { mTransport.Seek(inCommand.mPlace); }
 	void Do(ScrubCommand const& inCommand) { mTransport.Scrub(inCommand.mPlace); }
-	void Do(LoopCommand const& inCommand) { mTransport.SetLoop(inCommand.mLoop); }
+	void Do(LoopCommand const& inCommand) { mTransport.SetLoop(inCommand.mLoop, FindHeardPlace()); }
 	void Do(SpeedCommand const& inCommand) { mTransport.SetSpeed(inCommand.mSpeed); }
 	void Do(TakeOverCommand const& inCommand);
+	// Keeps the loop within a programme that has taken over.
+	void LimitLoop(std::int64_t inFrames);
 	void CheckDevice();
 	void Fail(std::string const& inReason);
 	// With the lock of what is taken over.

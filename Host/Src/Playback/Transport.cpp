@@ -77,17 +77,32 @@ void Transport::Seek(std::int64_t inPlace)
 	Rest(place);
 }
 
-void Transport::SetLoop(std::optional<ProgrammeRange> const& inLoop)
+void Transport::SetLoop(std::optional<ProgrammeRange> const& inLoop, std::int64_t inHeard)
 {
 	mLoop = inLoop;
-	if (mMode == Mode::kPlaying)
+	if (mMode == Mode::kPlaying && mLoop && IsBeyondLoop(mSpeeds.GetPlace()) && !IsBeyondLoop(inHeard))
+	{
+		End();
+		Begin(mLoop->mFirstFrame + (mSpeed.IsReverse() ? mLoop->mFrames : 0));
+	}
+	else if (mMode == Mode::kPlaying)
 	{
 		mSpeeds.SetLoop(mLoop ? mLoop->mFirstFrame : 0, mLoop ? mLoop->mFirstFrame + mLoop->mFrames : 0);
 	}
 }
 
+bool Transport::IsBeyondLoop(std::int64_t inPlace) const
+{
+	return mSpeed.IsReverse() ? inPlace <= mLoop->mFirstFrame
+							  : inPlace >= mLoop->mFirstFrame + mLoop->mFrames;
+}
+
 void Transport::SetSpeed(PlaySpeed const& inSpeed)
 {
+	if (inSpeed.mSpeed == mSpeed.mSpeed)
+	{
+		return;
+	}
 	mSpeed = inSpeed;
 	if (mMode == Mode::kPlaying)
 	{
@@ -195,6 +210,9 @@ void Transport::Fill()
 	}
 	if (mMode != Mode::kStopped && CountLeft() == 0)
 	{
+		// A programme that has taken over is over here already: nothing more is missing.
+		mGate = mFeed.GetRing().CountWritten();
+		mFeed.CloseAt(mGate);
 		Rest(mMode == Mode::kScrubbing ? mScrubPlace : mSpeeds.GetPlace());
 	}
 	OpenWhenFilled();

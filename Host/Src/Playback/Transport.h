@@ -25,7 +25,7 @@ struct TransportSettings
 // What a playback does with its graph and its ring: it keeps the ring filled with what is to be heard.
 //
 // Ends     What is played is always exactly what the programme has there. Where it stops or goes on elsewhere before its
-//          end, what comes next at the old place is heard besides, as it fades out over 2 ms.
+//          end, what comes next at the old place is heard for 2 ms more, fading out.
 // Starts   Media are read and the ring is filled to a half before anything is heard.
 // Threads  The render thread's. Rendering a block neither allocates nor locks; commands and reading ahead do.
 class Transport
@@ -39,7 +39,8 @@ public:
 	void Play();
 	void Stop();
 	void Seek(std::int64_t inPlace);
-	void SetLoop(std::optional<ProgrammeRange> const& inLoop);
+	// inHeard: the place that is heard now. A loop whose end lies after it but was passed in what is not heard yet begins at once.
+	void SetLoop(std::optional<ProgrammeRange> const& inLoop, std::int64_t inHeard);
 	void SetSpeed(PlaySpeed const& inSpeed);
 	// Plays a grain of 60 ms from there on, backwards when the last one was later; then it is stopped there.
 	void Scrub(std::int64_t inPlace);
@@ -70,6 +71,8 @@ private:
 	std::int64_t End();
 	void Rest(std::int64_t inPlace);
 
+	// Whether a place lies after the loop, in the direction of playing.
+	bool IsBeyondLoop(std::int64_t inPlace) const;
 	std::int64_t GetProgrammeEnd() const { return mStream.GetGraph().GetProgramme().mFrames; }
 	std::int64_t GetGrainFrames() const;
 	// How many frames are left before it stops by itself, and how many to append now.

@@ -283,6 +283,38 @@ TEST(Playback, ALoopThatIsSetWhilePlayingIsGoneRoundInFromThereOn)
 	EXPECT_EQ(deck->GetState().mMisses, 0u);
 }
 
+TEST(Playback, ALoopThatEndsBetweenWhatIsHeardAndWhatIsRenderedBeginsAtOnce)
+{
+	Deck deck(MakeCountingProgramme(100'000));
+	deck->Seek(20'000);
+	deck->Play();
+	deck.Pull(1024);
+	deck->SetSpeed(1.0);
+	std::int64_t const end = deck->GetState().mFrame + 1;
+	deck->SetLoop(ProgrammeRange{10'000, end - 10'000});
+	Frames const heard = deck.Pull(128 * 12);
+	EXPECT_NE(std::find(heard.begin(), heard.end(), 10'001.0f), heard.end());
+	EXPECT_GT(heard.back(), 10'001.0f);
+	EXPECT_LT(heard.back(), 12'000.0f);
+	EXPECT_EQ(deck->GetState().mMisses, 0u);
+}
+
+TEST(Playback, AShorterProgrammeEndsItWithItsLoopAndWithoutMisses)
+{
+	Deck deck(MakeCountingProgramme(100'000));
+	deck->SetLoop(ProgrammeRange{1000, 90'000});
+	deck->Seek(50'000);
+	deck->Play();
+	deck.Pull(1024);
+	deck.TakeOver(MakeCountingProgramme(20'000));
+	Frames const heard = deck.Pull(4096);
+	EXPECT_EQ(heard.back(), 0.0f);
+	PlaybackState const state = deck->GetState();
+	EXPECT_EQ(state.mMisses, 0u);
+	ASSERT_TRUE(state.mLoop);
+	EXPECT_EQ(state.mLoop->mFrames, 19'000);
+}
+
 TEST(Playback, OtherSpeedsAreTheExportConvertedByExactPositions)
 {
 	constexpr int kFrames = 9000;
