@@ -177,13 +177,10 @@ private:
 		{
 			watch.emplace(inRequest.mInput, [&session] { session.Reload(); });
 		}
-		if (mHasNoScreen || mAsJson || !CanShowPlayScreen())
+		bool const wantsScreen = !mHasNoScreen && !mAsJson && CanShowPlayScreen();
+		if (!wantsScreen || !ShowPlayScreen(session, mInput))
 		{
 			PlayLines(session, mAsJson).Run();
-		}
-		else
-		{
-			ShowPlayScreen(session, mInput);
 		}
 		watch.reset();
 		session.Finish();

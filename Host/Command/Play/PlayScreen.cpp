@@ -16,6 +16,7 @@
 #include <array>
 #include <clocale>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <map>
 #include <optional>
@@ -45,16 +46,37 @@ public:
 	{
 		// Names are UTF-8; numbers stay as they are.
 		std::setlocale(LC_CTYPE, "");
-		initscr();
+		// The library would end the process at a signal in its own way.
+		auto const interrupt = std::signal(SIGINT, SIG_IGN);
+		auto const terminate = std::signal(SIGTERM, SIG_IGN);
+		mScreen = newterm(nullptr, stdout, stdin);
+		std::signal(SIGINT, interrupt);
+		std::signal(SIGTERM, terminate);
+		if (!mScreen)
+		{
+			return;
+		}
 		cbreak();
 		noecho();
 		keypad(stdscr, TRUE);
 		curs_set(0);
 		wtimeout(stdscr, kMillisecondsPerFrame);
 	}
-	~Curses() { endwin(); }
+	~Curses()
+	{
+		if (mScreen)
+		{
+			endwin();
+			delscreen(mScreen);
+		}
+	}
 	Curses(Curses const&) = delete;
 	Curses& operator=(Curses const&) = delete;
+
+	bool IsShown() const { return mScreen != nullptr; }
+
+private:
+	SCREEN* mScreen = nullptr;
 };
 
 std::optional<PlayAction> FindAction(int inKey)
@@ -113,9 +135,13 @@ public:
 	{
 	}
 
-	void Run()
+	bool Run()
 	{
 		Curses const curses;
+		if (!curses.IsShown())
+		{
+			return false;
+		}
 		mSession.GetPlayback().Play();
 		for (int key = 0; key != 'q' && !StopSignals::GetToken().stop_requested(); key = wgetch(stdscr))
 		{
@@ -129,6 +155,7 @@ public:
 			}
 			Draw();
 		}
+		return true;
 	}
 
 private:
@@ -297,9 +324,9 @@ bool CanShowPlayScreen()
 	return AreStandardStreamsTerminal();
 }
 
-void ShowPlayScreen(PlaySession& ioSession, std::string const& inTitle)
+bool ShowPlayScreen(PlaySession& ioSession, std::string const& inTitle)
 {
-	PlayScreen(ioSession, inTitle).Run();
+	return PlayScreen(ioSession, inTitle).Run();
 }
 
 } // namespace SonaroCommand

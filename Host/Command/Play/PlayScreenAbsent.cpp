@@ -8,8 +8,9 @@ bool CanShowPlayScreen()
 	return false;
 }
 
-void ShowPlayScreen(PlaySession&, std::string const&)
+bool ShowPlayScreen(PlaySession&, std::string const&)
 {
+	return false;
 }
 
 } // namespace SonaroCommand

@@ -30,7 +30,8 @@ struct PlaybackSettings
 };
 
 // Plays a programme on a device: the same samples that a render of it writes, bit for bit, wherever it is started, in
-// loops and in reverse, except that playing which is broken off fades out over 2 ms besides.
+// loops and in reverse, except that playing which is broken off is heard for 2 ms more, fading out, and that
+// effects that remember keep their memory.
 //
 // Work     A render thread keeps a ring filled from which the device takes what it plays; media are read ahead by the
 //          prefetch service of the process. Playing begins when the first 100 ms of media were read.
