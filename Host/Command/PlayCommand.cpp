@@ -143,6 +143,7 @@ private:
 					   : "applies only to timelines (.otio, .otioz, .otiod)");
 		request.mMediaFolders.assign(mMediaFolders.begin(), mMediaFolders.end());
 		request.mStream = mStream;
+		request.mOutput = Playback::FindPlayedFile(mDevice);
 		request.mTimeline.mSampleRate = mSampleRate;
 		request.mTimeline.mFadeShape = ParseFades(mFades);
 		if (!mLayout.empty())

@@ -3,6 +3,7 @@
 #include "Report/TimelineNotes.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/TimePosition.h"
+#include "SonaroHost/Files/OutputPlan.h"
 #include "SonaroHost/OtioSequence/TimelineRange.h"
 #include "SonaroHost/Render/ClipProgramme.h"
 #include "SonaroHost/Render/ProgrammePlan.h"
@@ -50,6 +51,11 @@ PlayedInput::PlayedInput(PlayRequest const& inRequest, Warnings inWarnings)
 	else
 	{
 		OpenFile(inRequest);
+	}
+	if (!inRequest.mOutput.empty())
+	{
+		auto const media = mTimeline ? mTimeline->ListMedia() : std::vector<std::filesystem::path>();
+		OutputPlan{{inRequest.mOutput}, {}, {inRequest.mInput}, media}.Check();
 	}
 }
 

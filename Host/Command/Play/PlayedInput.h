@@ -26,6 +26,8 @@ struct PlayRequest
 	SonaroHost::Otio::TimelineOptions mTimeline;
 	// Of a sound file.
 	unsigned mStream = 0;
+	// A file that is played into; empty for none.
+	std::filesystem::path mOutput;
 };
 
 // A sound file or a timeline, ready to be played, with what its times mean. Its programme reads media that it holds.
@@ -41,7 +43,7 @@ public:
 		kNone,
 	};
 
-	// Warns of what was found in a timeline. Throws a HostError.
+	// Warns of what was found in a timeline. Throws a HostError, also where the output would replace what is played.
 	PlayedInput(PlayRequest const& inRequest, Warnings inWarnings);
 
 	SonaroHost::Programme const& GetProgramme() const { return mProgramme; }

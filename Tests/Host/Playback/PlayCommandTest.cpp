@@ -113,6 +113,9 @@ TEST_F(PlayCommandTest, RefusesWhatCannotBePlayed)
 		{2, {"play", "tone.wav", "--device", "null", "--no-watch"}, {"applies only to timelines"}},
 		{1, {"play", "tone.wav", "--device", "no such device"}, {"no sound device"}},
 		{1, {"play", "gone.wav", "--device", "null"}, {"gone.wav"}},
+		{2, {"play", "tone.wav", "--device", "file:tone.wav"}, {"tone.wav"}},
+		{2, {"play", "edit.otio", "--device", "file:edit.otio"}, {"edit.otio"}},
+		{2, {"play", "edit.otio", "--device", "file:./tone.wav"}, {"tone.wav"}},
 	});
 	ProgramResult const list = Run({"play", "--list-devices", "--json"});
 	EXPECT_EQ(list.mExitCode, 0);

@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Playback/OutputDevice.h"
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,5 +32,8 @@ std::vector<SoundDeviceInfo> ListSoundDevices();
 // where that has one only, or by a part of its name that no other one has; the default one for an empty name. "null" is a NullDevice, and "file:PATH" a FileDevice,
 // both at the speed of real time. Throws a HostError that lists what there is.
 std::unique_ptr<OutputDevice> MakeDevice(std::string const& inName);
+
+// The file that the device of that name writes; empty for the others.
+std::filesystem::path FindPlayedFile(std::string const& inName);
 
 } // namespace SonaroHost::Playback

@@ -66,6 +66,11 @@ Devices::const_iterator FindDevice(Devices const& inDevices, std::string const& 
 
 } // namespace
 
+std::filesystem::path FindPlayedFile(std::string const& inName)
+{
+	return inName.rfind(kFilePrefix, 0) == 0 ? inName.substr(std::string(kFilePrefix).size()) : std::string();
+}
+
 std::unique_ptr<OutputDevice> MakeDevice(std::string const& inName)
 {
 	if (inName == "null")
@@ -74,7 +79,7 @@ std::unique_ptr<OutputDevice> MakeDevice(std::string const& inName)
 	}
 	if (inName.rfind(kFilePrefix, 0) == 0)
 	{
-		return std::make_unique<FileDevice>(inName.substr(std::string(kFilePrefix).size()));
+		return std::make_unique<FileDevice>(FindPlayedFile(inName));
 	}
 	std::vector<SystemDevice> const devices = ListSystemDevices();
 	auto const found = FindDevice(devices, inName);
