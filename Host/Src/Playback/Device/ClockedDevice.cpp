@@ -1,5 +1,7 @@
 #include "SonaroHost/Playback/ClockedDevice.h"
 
+#include "zorvcore/threads/CurrentThread.h"
+
 #include <algorithm>
 #include <chrono>
 
@@ -66,6 +68,8 @@ void ClockedDevice::Advance(std::int64_t inFrames)
 
 void ClockedDevice::Run()
 {
+	// As devices' threads are: one that is late would ask for several blocks at once.
+	zorvcore::threads::SetCurrentThreadPriority(zorvcore::threads::ThreadPriority::kUrgent);
 	std::chrono::duration<double> const step(mFormat.mBlockFrames / (mFormat.mSampleRate * mSpeed));
 	auto const period = std::chrono::duration_cast<Clock::duration>(step);
 	Clock::time_point due = Clock::now();
