@@ -63,10 +63,15 @@ Playback::Playback(Programme const& inProgramme, OutputDevice& ioDevice, Playbac
 std::unique_ptr<RenderThread> Playback::Open(Programme const& inProgramme, PlaybackSettings const& inSettings)
 {
 	mDevice.Open(mFormat);
+	// Blocks of the render thread are at most a quarter of what is kept filled: with half as much again, all that the device
+	// asks for at once is always there.
+	std::int64_t const burst = mDevice.GetBurstFrames();
+	std::int64_t const block = mFormat.mBlockFrames;
 	std::int64_t const ahead =
-		std::max(CountAhead(inProgramme, inSettings), mDevice.GetBurstFrames() + mFormat.mBlockFrames);
+		std::max(CountAhead(inProgramme, inSettings), burst + std::max(block, burst / 2));
+	std::int64_t const open = std::max(ahead / 2, std::min(burst, ahead * 3 / 4));
 	return std::make_unique<RenderThread>(
-		inProgramme, mDevice, mFormat, TransportSettings{ahead, inSettings.mMeters});
+		inProgramme, mDevice, mFormat, TransportSettings{ahead, open, inSettings.mMeters});
 }
 
 Playback::~Playback()

@@ -18,6 +18,8 @@ struct TransportSettings
 {
 	// How much of the ring is kept filled; it has room for a block and a fade besides.
 	std::int64_t mTargetFrames = 0;
+	// How much is there before anything is heard, at most three quarters of that.
+	std::int64_t mOpenFrames = 0;
 	// Hear what is put into the ring, and are reset where playing begins anew.
 	std::vector<SN::InterfaceRef<SN::IAudioMeterSetter>> mMeters = {};
 };
@@ -26,7 +28,7 @@ struct TransportSettings
 //
 // Ends     What is played is always exactly what the programme has there. Where it stops or goes on elsewhere before its
 //          end, what comes next at the old place is heard for 2 ms more, fading out.
-// Starts   Media are read and the ring is filled to a half before anything is heard.
+// Starts   Media are read, and half of the ring or as much as the device asks for at once is filled, before anything is heard.
 // Threads  The render thread's. Rendering a block neither allocates nor locks; commands and reading ahead do.
 class Transport
 {
@@ -54,7 +56,7 @@ public:
 
 	bool IsPlaying() const { return mMode != Mode::kStopped; }
 	// Whether the gate is closed while enough for opening it is there, which lasts until Fill ends. From any thread.
-	bool HasEnoughToOpen() const { return mFeed.CountBeyondGate() >= mSettings.mTargetFrames / 2; }
+	bool HasEnoughToOpen() const { return mFeed.CountBeyondGate() >= mSettings.mOpenFrames; }
 	// See PlaybackState.
 	std::uint64_t CountUnreadFrames() const { return mUnreadBefore + mUnread; }
 

@@ -21,7 +21,7 @@ class RenderThread;
 struct PlaybackSettings
 {
 	// How much is rendered ahead of what the device has taken, in seconds: from 0.005 to 1. A seek is heard after it.
-	// At least two of the device's blocks, or as much as it asks for at once and a block.
+	// At least two of the device's blocks, and half as much again as it asks for at once.
 	double mAheadSeconds = 0.02;
 	// What the device is asked for at a time; 0 for a quarter of what is rendered ahead.
 	unsigned mDeviceBlockFrames = 0;
