@@ -232,13 +232,15 @@ std::int64_t Transport::CountWanted() const
 {
 	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
 	std::int64_t const block = mBlock.GetCapacity();
-	if (mMode == Mode::kStopped || mSettings.mTargetFrames - filled < block)
+	std::int64_t const free = mSettings.mTargetFrames - filled;
+	// A shorter block fills the ring where fades and jumps have left it between two blocks.
+	if (mMode == Mode::kStopped || free < std::max<std::int64_t>(block / 4, 1))
 	{
 		return 0;
 	}
 	// Where blocks end at jumps, the place that is heard is exact; in a short loop there would be too many of them.
 	bool const endsAtJumps = mLoop && mLoop->mFrames >= block;
-	return std::min({block, CountLeft(), endsAtJumps ? mSpeeds.CountToJump() : block});
+	return std::min({block, free, CountLeft(), endsAtJumps ? mSpeeds.CountToJump() : block});
 }
 
 void Transport::FillBlock(std::int64_t inFrames)
