@@ -14,6 +14,8 @@ constexpr float kFull = 0.9999f;
 constexpr double kFastest = 4.5;
 // How far a converter's window mixes both sides of a seam, in frames.
 constexpr double kWindow = 400.0;
+// Of converted samples, as a share of them.
+constexpr double kNoise = 2e-6;
 // And how far it goes beyond them, as a share of the step.
 constexpr double kOvershoot = 0.15;
 constexpr std::size_t kMostLoops = 64;
@@ -63,7 +65,7 @@ void SoakDevice::TakeFrame(float inPlace, float inLevel)
 
 void SoakDevice::TakeStep(double inPlace)
 {
-	if (std::abs(inPlace - mCounts.mLast) <= kFastest)
+	if (std::abs(inPlace - mCounts.mLast) <= kFastest + kNoise * inPlace)
 	{
 		return;
 	}
