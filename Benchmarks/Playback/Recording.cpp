@@ -42,6 +42,66 @@ private:
 	std::int64_t mPlace;
 };
 
+// Whether the frames from there on are those of the walk, multiplied by a gain that inGain gives for each step.
+template <class Gain>
+bool IsFade(Frames const& inHeard, std::size_t inFrom, Walk inWalk, Gain const& inGain)
+{
+	for (std::int64_t i = 0; i < kFade; ++i, inWalk.Step())
+	{
+		std::size_t const at = inFrom + static_cast<std::size_t>(i);
+		if (at >= inHeard.size() || !(inHeard[at] == inWalk.Get() * inGain(i)))
+		{
+			return false;
+		}
+	}
+	return true;
+}
+
+float GetGainOfStop(std::int64_t inStep)
+{
+	return static_cast<float>(kFade - inStep) / static_cast<float>(kFade + 1);
+}
+
+bool FadesIn(Frames const& inHeard, std::size_t inFrom, Walk const& inWalk)
+{
+	return IsFade(inHeard, inFrom, inWalk,
+		[](std::int64_t inStep) { return static_cast<float>(inStep) / static_cast<float>(kFade); });
+}
+
+// Goes over a miss, after which it goes on within ten seconds; false where there is none.
+bool PassMiss(Frames const& inHeard, std::size_t& ioAt, Walk& ioWalk, Comparison& ioResult)
+{
+	constexpr std::size_t kLongest = 480000;
+	std::size_t const end = std::min(inHeard.size(), ioAt + kLongest);
+	std::size_t from = ioAt;
+	while (from < end && !FadesIn(inHeard, from, ioWalk))
+	{
+		++from;
+	}
+	if (from == end)
+	{
+		return false;
+	}
+	ioResult.mSilent += static_cast<std::int64_t>(from - ioAt);
+	ioResult.mFaded += kFade;
+	ioAt = from + kFade;
+	for (std::int64_t i = 0; i < kFade; ++i)
+	{
+		ioWalk.Step();
+	}
+	return true;
+}
+
+// As long as the frames are those of the walk.
+void Compare(Frames const& inHeard, std::size_t& ioAt, Walk& ioWalk, Comparison& ioResult)
+{
+	for (; ioAt < inHeard.size() && inHeard[ioAt] == ioWalk.Get(); ++ioAt)
+	{
+		ioWalk.Step();
+		++ioResult.mCompared;
+	}
+}
+
 } // namespace
 
 Frames ReadFrames(std::filesystem::path const& inPath)
@@ -88,15 +148,13 @@ Comparison CompareStarts(Frames const& inHeard, Frames const& inExport, std::vec
 		}
 		result.mWrong += at == inHeard.size() ? 1 : 0;
 		Walk walk(inExport, start);
-		for (; at < inHeard.size() && inHeard[at] == walk.Get(); ++at)
+		do
 		{
-			walk.Step();
-			++result.mCompared;
-		}
+			Compare(inHeard, at, walk, result);
+		} while (!IsFade(inHeard, at, walk, &GetGainOfStop) && PassMiss(inHeard, at, walk, result));
 		for (std::int64_t i = 0; i < kFade && at < inHeard.size(); ++i, ++at)
 		{
-			float const gain = static_cast<float>(kFade - i) / static_cast<float>(kFade + 1);
-			result.mWrong += inHeard[at] == walk.Get() * gain ? 0 : 1;
+			result.mWrong += inHeard[at] == walk.Get() * GetGainOfStop(i) ? 0 : 1;
 			walk.Step();
 			++result.mFaded;
 		}
@@ -116,43 +174,10 @@ Comparison CompareLate(Frames const& inHeard, Frames const& inExport, std::int64
 	for (; at < inHeard.size() && inHeard[at].IsSilent(); ++at)
 	{
 	}
-	auto const fadesIn = [&](std::size_t inFrom, Walk inWalk)
+	do
 	{
-		for (std::int64_t i = 0; i < kFade; ++i, inWalk.Step())
-		{
-			float const gain = static_cast<float>(i) / static_cast<float>(kFade);
-			if (!(inHeard[inFrom + static_cast<std::size_t>(i)] == inWalk.Get() * gain))
-			{
-				return false;
-			}
-		}
-		return true;
-	};
-	while (at < inHeard.size())
-	{
-		if (inHeard[at] == walk.Get())
-		{
-			walk.Step();
-			++at;
-			++result.mCompared;
-			continue;
-		}
-		std::size_t const gap = at;
-		while (at + kFade < inHeard.size() && !fadesIn(at, walk))
-		{
-			++at;
-		}
-		result.mSilent += static_cast<std::int64_t>(at - gap);
-		if (at + kFade >= inHeard.size())
-		{
-			break;
-		}
-		for (std::int64_t i = 0; i < kFade; ++i, ++at)
-		{
-			walk.Step();
-			++result.mFaded;
-		}
-	}
+		Compare(inHeard, at, walk, result);
+	} while (PassMiss(inHeard, at, walk, result));
 	return result;
 }
 

@@ -74,10 +74,10 @@ struct Comparison
 };
 
 // Holds what was heard against an export: from each start on its frames, then as many as fade out over 2 ms, then
-// silence.
+// silence. Where frames came late, they faded out, and in again.
 Comparison CompareStarts(Frames const& inHeard, Frames const& inExport, std::vector<Start> const& inStarts);
 
-// The same of one start in which frames come late: they fade out, and in again.
+// The same of one start that goes on to the end of what was heard.
 Comparison CompareLate(Frames const& inHeard, Frames const& inExport, std::int64_t inPlace);
 
 } // namespace SonaroBenchmarks
