@@ -46,11 +46,21 @@ void DeviceFeed::Fill(float* outSamples, unsigned inFrames)
 	{
 		mFadedOut = 0;
 	}
-	mFadedIn = mIsMissing && isEnough && !supply.mIsClosed ? 0 : mFadedIn;
+	else if (isEnough && heard > 0)
+	{
+		// A miss is over, and with it its fade.
+		mFadedOut = mFadeFrames;
+		mFadedIn = mIsMissing ? 0 : mFadedIn;
+	}
 	mIsMissing = !isEnough;
 	auto const count = static_cast<unsigned>(heard);
 	FillHeard(outSamples, count);
 	FillMissed(outSamples + static_cast<std::size_t>(count) * mRing.GetChannels(), inFrames - count);
+	if (supply.mIsClosed && heard == supply.mFrames)
+	{
+		// What is heard next begins anew.
+		mFadedIn = mFadeFrames;
+	}
 	if (mIsMissing)
 	{
 		mMisses.fetch_add(1, std::memory_order_relaxed);
