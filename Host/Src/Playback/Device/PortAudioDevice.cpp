@@ -12,6 +12,13 @@
 #include <utility>
 #include <vector>
 
+#ifdef __has_feature
+#if __has_feature(address_sanitizer)
+#define SONARO_FINDS_LEAKS
+#include <sanitizer/lsan_interface.h>
+#endif
+#endif
+
 namespace SonaroHost::Playback
 {
 
@@ -48,6 +55,10 @@ void SilenceDrivers()
 
 PortAudioLibrary::PortAudioLibrary()
 {
+#ifdef SONARO_FINDS_LEAKS
+	// ALSA unloads modules that it has tried, and with them the only pointers to what they have made for good.
+	__lsan::ScopedDisabler const ignore;
+#endif
 	SilenceDrivers();
 	if (PaError const error = Pa_Initialize(); error != paNoError)
 	{
