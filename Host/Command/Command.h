@@ -10,6 +10,8 @@
 namespace SonaroCommand
 {
 
+struct JoinedPlan;
+
 // What the program ends with.
 enum ExitCode : int
 {
@@ -81,8 +83,14 @@ std::unique_ptr<Command> MakeEffectsCommand(CLI::App& ioProgram);
 std::unique_ptr<Command> MakeGraphCommand(CLI::App& ioProgram);
 // "sonaro info INPUT": what a sound file or a timeline is.
 std::unique_ptr<Command> MakeInfoCommand(CLI::App& ioProgram);
+// "sonaro join PLAN -o OUTPUT": joins the rendered pieces of a plan.
+std::unique_ptr<Command> MakeJoinCommand(CLI::App& ioProgram);
+// "sonaro render" of a timeline whose pieces are rendered already.
+std::unique_ptr<Command> MakeJoiningCommand(CLI::App& ioProgram, std::shared_ptr<JoinedPlan const> inJoined);
 // "sonaro loudness INPUT ...": how loud sound files, movies and timelines are.
 std::unique_ptr<Command> MakeLoudnessCommand(CLI::App& ioProgram);
+// "sonaro plan INPUT -o PLAN": plans the render of a timeline in pieces.
+std::unique_ptr<Command> MakePlanCommand(CLI::App& ioProgram);
 // "sonaro play INPUT": plays a sound file, a movie or a timeline.
 std::unique_ptr<Command> MakePlayCommand(CLI::App& ioProgram);
 // "sonaro render INPUT ... -o OUTPUT": renders sound files as the clips of a track, or a timeline.

@@ -125,7 +125,8 @@ Program::Program()
 	mParser.require_subcommand(0, 1);
 	mParser.footer(kFooter);
 	for (auto* const make : {&MakeRenderCommand, &MakePlayCommand, &MakeWaveformCommand, &MakeLoudnessCommand,
-			 &MakeInfoCommand, &MakeGraphCommand, &MakeEffectsCommand, &MakeServeCommand})
+			 &MakeInfoCommand, &MakeGraphCommand, &MakeEffectsCommand, &MakeServeCommand, &MakePlanCommand,
+			 &MakeJoinCommand})
 	{
 		mCommands.push_back(make(mParser));
 	}

@@ -7,6 +7,7 @@
 #include "Options/SharedOptions.h"
 #include "Page/PagePictures.h"
 #include "Page/ReportPage.h"
+#include "PlannedRender.h"
 #include "Report/RenderReport.h"
 #include "Report/RenderedFileRows.h"
 #include "Report/ReportFile.h"
@@ -24,8 +25,10 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace SonaroCommand
@@ -60,13 +63,6 @@ std::vector<unsigned> ParseChannels(std::string_view inText)
 	}
 }
 
-// Gives the reason against it. A flag without a value comes as "true".
-std::string CheckStrictness(std::string const& inValue)
-{
-	bool const isKnown = inValue == "true" || inValue == "all" || inValue == RenderOptions::kStrictInMedia;
-	return isKnown ? "" : "'" + inValue + "' is not valid; use --strict=media or --strict=all";
-}
-
 SN::AudioChannelMix::MixdownType51 GetMixdown(std::string const& inName)
 {
 	return inName == "front"        ? SN::AudioChannelMix::kMixdownFront
@@ -84,11 +80,9 @@ public:
 	{
 		AddFileOptions();
 		AddSoundOptions();
-		AddLevelOptions();
+		mOptions.AddLevels(GetParser());
 		AddChannelOptions();
-		Add("--tail", mOptions.mTail, "TIME",
-			"Go on after the end for this time, or with auto until effects are below -90 dBFS, at most 30 "
-			"seconds, which takes another pass (default: end at once)");
+		mOptions.AddTail(GetParser());
 		mDenoise.AddOptions(GetParser());
 		mEffects.AddOptions(GetParser());
 		mTimeline.AddOptions();
@@ -96,7 +90,7 @@ public:
 			{"--at", "--start", "--duration", "--reverse", "--as-playback", "--speed", "--pitch", "--stream",
 				"--channels", "--pan", "--mixdown", "--denoise", "--reduction", "--learn", "--effect",
 				"--effect-file", "--set", "--preset"},
-			{"--range", "--stems", "--media", "--fades"});
+			{"--range", "--stems", "--media", "--fades", "--piece"});
 		GetParser().footer(
 			std::string(kTimesHelp) +
 			"\n\n"
@@ -116,12 +110,21 @@ public:
 			"  sonaro render voice.wav -o loud.wav --effect http://lv2plug.in/plugins/eg-amp --set gain=6\n"
 			"  sonaro render edit.otio -o mix.wav --normalize -16 --limit-dbtp -1 --report mix.json\n"
 			"  sonaro render edit.otio -o mix.wav --report mix.html\n"
+			"  sonaro render --piece plan.json#17 -o piece17.wav\n"
 			"  sonaro render edit.otio -o stems --stems track --range 01:00:10:00+20");
 	}
+
+	// For a timeline whose pieces are rendered already.
+	void Join(std::shared_ptr<JoinedPlan const> inJoined) { mOptions.mJoined = std::move(inJoined); }
 
 	int Run() override
 	{
 		mOptions.mJobs = mOptions.mJobs.value_or(std::min(CountUsableCores(), kMostJobs));
+		if (mIsPiece)
+		{
+			CheckOptionsFitPieces();
+			return RenderPiece(mInputs.front(), mOptions, mTimeline.GetMediaFolders());
+		}
 		if (CalledProgramme const* const programme = FindCalledProgramme(mInputs.front()))
 		{
 			RenderCalledProgramme(GetParser(), mOptions, mInputs.front(), *programme);
@@ -159,15 +162,10 @@ private:
 			"Output file, replaced if it exists and written only if the command succeeds; - is the standard "
 			"output")
 			->required();
-		Add("--format", mOptions.mFormat, "NAME",
-			"Output format: wav, aiff, flac or caf (default: by the ending of OUTPUT)")
-			->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
-		Add("--bits", mOptions.mBits, "BITS",
-			"Sample format: 16, 24 or 32f (float) (default: 32f; for FLAC 24)")
-			->check(CLI::IsMember({"16", "24", "32f"}));
-		Add("--dither", mOptions.mDither, "KIND",
-			"Dither: tpdf or none (default: tpdf if samples are rounded to 16 bits, else none)")
-			->check(CLI::IsMember({"tpdf", "none"}));
+		mOptions.AddFormat(GetParser());
+		AddFlag("--piece", mIsPiece,
+			"INPUT is a piece of a plan of \"sonaro plan\", like plan.json#17; the output is an intermediate file "
+			"for \"sonaro join\"");
 		AddFlag("--no-overwrite", mOptions.mKeepsOldFile, "Fail if an output file already exists");
 	}
 
@@ -176,8 +174,7 @@ private:
 		Add("--start", mStart, "TIME", "Where to start in a single input");
 		Add("--duration", mDuration, "TIME", "How much of a single input to render, at most to its end");
 		AddFlag("--reverse", mIsReverse, "Render in reverse");
-		Add("--block", mOptions.mBlockFrames, "SAMPLES", "Block size in samples, 1 to 262144 (default: 4096)")
-			->check(CLI::Range(1u, kMaxBlockFrames));
+		mOptions.AddBlock(GetParser());
 		Add("--jobs", mOptions.mJobs, "N",
 			"Number of threads, 1 to 256; the output and the report are the same for any number (default: "
 			"one for each core that the process may use)")
@@ -186,26 +183,7 @@ private:
 			"Read ahead on another thread, as during playback, and report misses; the output is the same");
 		mOptions.mStretch.AddForSoundFiles(GetParser());
 		mOptions.mStretch.AddForAll(GetParser());
-		Add("--rate", mOptions.mSampleRate, "HZ",
-			"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first input; "
-			"of a timeline, that of most clips)");
-		Add("--resampling", mOptions.mResampling, "NAME",
-			"How other sample rates and speeds are converted: exact, draft (faster, -100 dB of noise instead "
-			"of -140) or engine (the interpolation of the real-time engine) (default: exact)")
-			->check(CLI::IsMember({"exact", "draft", "engine"}));
-	}
-
-	void AddLevelOptions()
-	{
-		Add("--gain-db", mOptions.mGainDecibels, "DB",
-			"Gain in dB, -200 to 200; cannot be combined with --normalize");
-		Add("--normalize", mOptions.mLevels.mNormalizeLoudness, "LUFS",
-			"Target integrated loudness in LUFS, -70 to 0, such as -16; with stems, that of the mix");
-		Add("--limit-dbtp", mOptions.mLevels.mLimitDecibels, "DB",
-			"Limit true peaks of each file, in dBTP, -60 to 20, such as -1 (default: no limit)");
-		Add("--fade-in", mOptions.mFadeIn, "TIME", "Fade in at the start of each file, linear in amplitude");
-		Add("--fade-out", mOptions.mFadeOut, "TIME",
-			"Fade out at the end of each file, linear in amplitude; the last sample is silent");
+		mOptions.AddRate(GetParser());
 	}
 
 	void AddChannelOptions()
@@ -213,10 +191,7 @@ private:
 		AddStreamOption(GetParser(), mStream);
 		Add("--channels", mChannels, "LIST",
 			"Channels of a single input to use, from 1, in their new order, like 2,1");
-		Add("--layout", mOptions.mLayout, "NAME",
-			"Output layout: mono, stereo, 5.1, ambisonic1 (a sound field of the first order), or a number of "
-			"channels without speaker positions, in order; with --binaural, that of the mix (default: the "
-			"widest layout of the inputs; of a timeline, its own, or stereo)");
+		mOptions.AddLayout(GetParser());
 		Add("--pan", mPan, "X",
 			"Pan, 0 (left) to 1 (right), 0.5 is the centre; mono becomes stereo (in timelines: -1 to 1)");
 		Add("--mixdown", mMixdown, "NAME",
@@ -233,13 +208,7 @@ private:
 			"Write a report of positions, loudness and, for a timeline, its clips, tracks and notes: as "
 			"JSON, or, if FILE ends in .html, as a page with the waveform and the loudness over time; the "
 			"waveform takes another pass");
-		GetParser()
-			.add_flag("--strict", mOptions.mStrict,
-				"Fail with exit code 1, and write only the report, if media of a timeline are missing "
-				"(--strict=media), or also if media are damaged or anything was guessed, ignored or not "
-				"read (--strict or --strict=all). Without it, missing media are rendered as silence, with "
-				"exit code 3, and damaged ones with a warning")
-			->check(CheckStrictness);
+		mOptions.AddStrict(GetParser());
 		AddFlag("--quiet", mOptions.mIsQuiet, "Print only warnings and errors");
 		AddFlag("--json", mOptions.mAsJson, "Print the summary as JSON");
 	}
@@ -292,6 +261,24 @@ private:
 		if (mOptions.mAsJson)
 		{
 			PrintResult(DescribeRefusalForMachines(mInputs, mOptions.mOutput, inJob, inReason));
+		}
+	}
+
+	// Throws a HostError for an option that the plan of a piece has, and for several pieces.
+	void CheckOptionsFitPieces()
+	{
+		static std::set<std::string> const sOwn{
+			"--output", "--piece", "--jobs", "--media", "--no-overwrite", "--quiet", "--json"};
+		for (CLI::Option const* const option : GetParser().get_options())
+		{
+			if (option->nonpositional() && option->count() > 0 && !sOwn.contains(option->get_name()))
+			{
+				Refuse(option->get_name() + " does not apply to a piece, whose plan sets this itself");
+			}
+		}
+		if (mInputs.size() > 1)
+		{
+			Refuse("--piece takes one piece, like plan.json#17; render each by itself");
 		}
 	}
 
@@ -460,6 +447,7 @@ private:
 	std::optional<double> mPan;
 	std::string mMixdown;
 	bool mIsReverse = false;
+	bool mIsPiece = false;
 	bool mIsPlayback = false;
 };
 
@@ -468,6 +456,14 @@ private:
 std::unique_ptr<Command> MakeRenderCommand(CLI::App& ioProgram)
 {
 	return std::make_unique<RenderCommand>(ioProgram);
+}
+
+std::unique_ptr<Command> MakeJoiningCommand(
+	CLI::App& ioProgram, std::shared_ptr<JoinedPlan const> inJoined)
+{
+	auto command = std::make_unique<RenderCommand>(ioProgram);
+	command->Join(std::move(inJoined));
+	return command;
 }
 
 } // namespace SonaroCommand

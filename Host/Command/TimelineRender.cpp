@@ -11,6 +11,7 @@
 #include "Report/TimelineRenderReport.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Render/TimelineFarm.h"
 #include "Terminal/Caller.h"
 #include "Terminal/Console.h"
 
@@ -58,6 +59,10 @@ int TimelineRender::Run(std::string const& inInput)
 {
 	MakeRoomForOutputs({mShared.mOutput, mShared.mReport});
 	TimelineRenderJob job(MakeRequest(inInput));
+	if (mShared.mJoined)
+	{
+		CheckPlan(mShared.mJoined->mPlan, MakeRequest(inInput), job, mShared.mJoined->mProgram);
+	}
 	WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
 	CheckReport(mShared, mStems.empty() ? ReportFolder::kIsThere : ReportFolder::kIsMade);
 	CheckStrictly(job, inInput);
@@ -94,7 +99,13 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mOptions.mListener = mShared.mListener.MakeListener();
 	request.mRange = mRange;
 	request.mKeepsRows = !mShared.mReport.empty();
+	request.mPieces = mShared.mJoined ? mShared.mJoined->mPieces : nullptr;
 	return request;
+}
+
+std::string const& TimelineRender::ShowInput(std::string const& inInput) const
+{
+	return mShared.mJoined ? mShared.mJoined->mPlan.mInput : inInput;
 }
 
 void TimelineRender::CheckStrictly(TimelineRenderJob const& inJob, std::string const& inInput) const
@@ -123,14 +134,14 @@ void TimelineRender::WriteRefusal(
 	}
 	if (mShared.mAsJson)
 	{
-		PrintResult(SummarizeForMachines(inInput, inJob, {}, mShared.mLevels, inReason));
+		PrintResult(SummarizeForMachines(ShowInput(inInput), inJob, {}, mShared.mLevels, inReason));
 	}
 }
 
 std::string TimelineRender::DescribeReport(TimelineRenderJob const& inJob, std::string const& inInput,
 	RenderSummary const& inSummary, std::string const& inRefusal) const
 {
-	Json const report = MakeReport(inInput, inJob, inSummary, mShared.mLevels, inRefusal);
+	Json const report = MakeReport(ShowInput(inInput), inJob, inSummary, mShared.mLevels, inRefusal);
 	if (!mShared.WantsPage())
 	{
 		return ToText(report);
@@ -164,7 +175,7 @@ void TimelineRender::Report(
 	}
 	if (mShared.mAsJson || !mShared.mIsQuiet)
 	{
-		PrintResult(mShared.mAsJson ? SummarizeForMachines(inInput, inJob, inSummary, mShared.mLevels)
+		PrintResult(mShared.mAsJson ? SummarizeForMachines(ShowInput(inInput), inJob, inSummary, mShared.mLevels)
 									: SummarizeForPeople(inJob, inSummary));
 	}
 }

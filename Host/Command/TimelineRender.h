@@ -26,10 +26,15 @@ public:
 	// Gives the program's exit code.
 	int Run(std::string const& inInput);
 
-private:
 	SonaroHost::Otio::TimelineRenderRequest MakeRequest(std::string const& inInput) const;
 	// Throws a HostError when --strict forbids the render, after writing its report.
 	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput) const;
+	// Those of --media.
+	std::vector<std::string> const& GetMediaFolders() const { return mMediaFolders; }
+
+private:
+	// What reports call it.
+	std::string const& ShowInput(std::string const& inInput) const;
 	// The report and the summary for machines, where they are asked for.
 	void WriteRefusal(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
 		std::string const& inReason) const;

@@ -2,15 +2,33 @@
 
 #include "ListenerOptions.h"
 #include "Sonaro/Types.h"
+#include "SonaroHost/Render/FarmPlan.h"
 #include "SonaroHost/Render/OutputRequest.h"
 #include "SonaroHost/Sequence/Resampling.h"
 #include "StretchOptions.h"
 
+#include <CLI/CLI.hpp>
+
+#include <memory>
 #include <optional>
 #include <string>
 
+namespace SonaroHost::Farm
+{
+class PieceSet;
+}
+
 namespace SonaroCommand
 {
+
+// A plan and its pieces.
+struct JoinedPlan
+{
+	SonaroHost::FarmPlan mPlan;
+	// The one that joins them.
+	std::string mProgram;
+	std::shared_ptr<SonaroHost::Farm::PieceSet const> mPieces;
+};
 
 // The options of "sonaro render" that mean the same for sound files and timelines, as they were given.
 struct RenderOptions
@@ -37,6 +55,17 @@ struct RenderOptions
 	bool mAsJson = false;
 	// Empty without it.
 	std::string mStrict;
+	// The plan whose pieces are joined in place of a render; null for a render.
+	std::shared_ptr<JoinedPlan const> mJoined;
+
+	// Those of a timeline's render that a plan may hold, in parts, so that commands list them where they belong.
+	void AddFormat(CLI::App& ioParser);
+	void AddBlock(CLI::App& ioParser);
+	void AddRate(CLI::App& ioParser);
+	void AddLevels(CLI::App& ioParser);
+	void AddLayout(CLI::App& ioParser);
+	void AddTail(CLI::App& ioParser);
+	void AddStrict(CLI::App& ioParser);
 
 	// These throw a HostError for what makes no sense.
 	SonaroHost::OutputContainer ChooseContainer() const;

@@ -1,6 +1,7 @@
 #include "RangeRender.h"
 
 #include "Effect/LatencyGrowth.h"
+#include "Farm/PieceReplay.h"
 #include "Piece/PiecePlan.h"
 #include "Piece/PiecewiseRender.h"
 #include "SonaroHost/Engine/OfflineRender.h"
@@ -67,17 +68,21 @@ std::optional<RangeReport> RenderInOneRun(
 
 std::optional<RangeReport> RenderRange(Programme const& inProgramme, RangeRender const& inRender)
 {
-	if (!inProgramme.mMedia->LearnNoise([](std::int64_t) {}, inRender.mStop))
-	{
-		return std::nullopt;
-	}
 	OfflineRange range{inRender.mRange.mFrames, inProgramme.GetFrameRate(),
 		static_cast<unsigned>(inProgramme.GetLayout().size()),
 		ChooseBlock(inProgramme, inRender.mBlockFrames)};
 	range.mFirstFrame = inProgramme.mFirstFrame + inRender.mRange.mFirstFrame;
+	if (inProgramme.mPieces)
+	{
+		return Farm::ReplayPieces(inProgramme, inRender, range);
+	}
+	if (!inProgramme.mMedia->LearnNoise([](std::int64_t) {}, inRender.mStop))
+	{
+		return std::nullopt;
+	}
 	bool const canShare = inRender.mJobs > 1 && !inRender.mReadsAhead && inProgramme.mOpenForGraph &&
 						  !inProgramme.mSearchesLatency;
-	if (canShare && IsWorthPieces(inRender, range.mBlockFrames))
+	if (inRender.mTakePiece || (canShare && IsWorthPieces(inRender, range.mBlockFrames)))
 	{
 		PiecewiseReport report = RenderPieces(inProgramme, inRender, range);
 		if (report.mIsRendered)

@@ -20,6 +20,8 @@ class AudioBuffer;
 namespace SonaroHost
 {
 
+class Piece;
+
 // One run over a range of a programme.
 struct RangeRender
 {
@@ -31,6 +33,9 @@ struct RangeRender
 	bool mReadsAhead = false;
 	// Gets each block of the range in order and may work in it. One call at a time, each on any of the threads that render.
 	std::function<void(dsp::AudioBuffer& ioBlock)> mSink;
+	// Gets what sink and taps would get in pieces, in order, instead of them; empty for none. What is recorded of taps is
+	// numbered in the order of their origins, and their meters may be null.
+	std::function<void(Piece& ioPiece)> mTakePiece;
 	std::stop_token mStop;
 	// How many threads render, at most; what is heard, and what the sink and the taps get, is the same.
 	unsigned mJobs = 1;

@@ -100,13 +100,7 @@ bool RenderJob::AddTail()
 	auto const getEnd = [](ProgrammeRange const& inRange) { return inRange.mFirstFrame + inRange.mFrames; };
 	ProgrammeRange& mix = mPlan.mMix.mRange;
 	std::int64_t const end = getEnd(mix);
-	if (end < mProgramme.mFrames)
-	{
-		int const rate = mProgramme.mSampleRate;
-		Refuse("a tail follows the end of the programme at " + FormatTime(mProgramme.mFrames, rate) +
-			   ", but the range ends before it at " + FormatTime(end, rate) +
-			   "; let the range reach the end, or leave the tail out");
-	}
+	CheckTail(mProgramme, mix);
 	auto const frames = tail->mLength ? std::optional(tail->mLength->ToSamples(mProgramme.mSampleRate))
 									  : FindTail(mProgramme, MakeRange(mix));
 	for (PlannedFile& planned : mPlan.mFiles)

@@ -1,6 +1,8 @@
 #include "TailSearch.h"
 
 #include "RangeRender.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Base/TimePosition.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
@@ -35,6 +37,18 @@ std::int64_t CountHeard(dsp::AudioBuffer const& inBlock)
 }
 
 } // namespace
+
+void CheckTail(Programme const& inProgramme, ProgrammeRange const& inRange)
+{
+	std::int64_t const end = inRange.mFirstFrame + inRange.mFrames;
+	if (end < inProgramme.mFrames)
+	{
+		int const rate = inProgramme.mSampleRate;
+		Refuse("a tail follows the end of the programme at " + FormatTime(inProgramme.mFrames, rate) +
+			   ", but the range ends before it at " + FormatTime(end, rate) +
+			   "; let the range reach the end, or leave the tail out");
+	}
+}
 
 std::optional<std::int64_t> FindTail(Programme const& inProgramme, RangeRender const& inRender)
 {

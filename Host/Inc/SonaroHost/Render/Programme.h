@@ -16,6 +16,11 @@
 namespace SonaroHost
 {
 
+namespace Farm
+{
+class PieceSet;
+}
+
 // What a render job renders, whether it was made of sound files or of a timeline: a stretch of a sequence.
 struct Programme
 {
@@ -38,6 +43,8 @@ struct Programme
 	bool mRefusesDamage = false;
 	// A pass in which the latency of an effect grows goes on to its end, unheard, to find the largest one.
 	bool mSearchesLatency = false;
+	// Pieces of it that were rendered before and are read instead; null where it is rendered.
+	std::shared_ptr<Farm::PieceSet const> mPieces = nullptr;
 };
 
 // The engine's graph of a programme; inContext, inPrefetcher and inView as SequenceGraph wants them. Throws a HostError

@@ -3,6 +3,7 @@
 #include "SonaroHost/Base/RenderProgress.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "SonaroHost/OtioSequence/TimelineRange.h"
+#include "SonaroHost/Render/Programme.h"
 #include "SonaroHost/Render/RenderSummary.h"
 #include "SonaroHost/Render/TimelineRenderRequest.h"
 
@@ -45,6 +46,9 @@ public:
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
 	SN::AudioChannelLayout const& GetOutputLayout() const { return mSequence.mLayout; }
 	int GetSampleRate() const { return mSequence.mSampleRate; }
+
+	// What is rendered, for those who render parts of it; this outlives it. After Run there is none.
+	Programme OpenProgramme() const;
 
 	// Renders on the calling thread and as many as the request allows, with progress after each block. Nothing when asked to stop, or throwing a
 	// HostError: then there is no output, and files that were there before stay. Several files appear together once all

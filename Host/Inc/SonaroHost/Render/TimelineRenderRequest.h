@@ -8,6 +8,11 @@
 #include <string>
 #include <vector>
 
+namespace SonaroHost::Farm
+{
+class PieceSet;
+}
+
 namespace SonaroHost::Otio
 {
 
@@ -36,6 +41,8 @@ struct TimelineRenderRequest : OutputRequest
 	// Whether the job's sequence keeps its rows of tracks and clips when it runs, for a report. Measuring tracks keeps
 	// them anyway.
 	bool mKeepsRows = true;
+	// The pieces of a plan of it, which are joined in place of a render; see OpenPieces.
+	std::shared_ptr<Farm::PieceSet const> mPieces;
 };
 
 } // namespace SonaroHost::Otio

@@ -1,7 +1,7 @@
 #include "SonaroHost/Render/TimelineRenderJob.h"
 
+#include "Render/Farm/PieceSet.h"
 #include "Render/RenderJob.h"
-
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/OutputPlan.h"
@@ -212,9 +212,19 @@ std::optional<RenderSummary> TimelineRenderJob::Run(
 		DropRows(mSequence);
 	}
 	mInput.DropTimeline();
+	return RenderFiles(OpenProgramme(), plan, inProgress, inStop);
+}
+
+Programme TimelineRenderJob::OpenProgramme() const
+{
 	Programme programme = MakeProgramme(mSequence, mInput.GetMedia());
 	programme.mRefusesDamage = mRequest.mRefusesDamage;
-	return RenderFiles(programme, plan, inProgress, inStop);
+	if (mRequest.mPieces)
+	{
+		programme.mPieces = mRequest.mPieces;
+		programme.mMedia = std::make_shared<Farm::StoredMedia>(mRequest.mPieces);
+	}
+	return programme;
 }
 
 RenderPlan TimelineRenderJob::MakePlan() const

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "SonaroHost/Base/RenderProgress.h"
+#include "SonaroHost/Render/FarmPlan.h"
+#include "SonaroHost/Render/TimelineRenderJob.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+// One render of a timeline by several processes: planned by one, rendered in pieces by any number, joined by one.
+namespace SonaroHost::Otio
+{
+
+// Where a timeline lies for processes in other folders, and what shows that it is the same: a digest of its JSON, or, for
+// an archive, of its ends and its time.
+FileFingerprint TakeTimelineFingerprint(std::filesystem::path const& inPath);
+
+// What a plan is asked for.
+struct FarmRequest
+{
+	// At most.
+	std::size_t mPieces = 1;
+	// Whether reports of tracks are to be possible.
+	bool mHasTracks = false;
+	// See FarmPlan.
+	std::string mProgram;
+	FarmPlan::Options mOptions;
+};
+
+// Cuts the render of a timeline into pieces. inJob: of inRender, which is without stems, and has a tail only of a length that
+// is given. Throws a HostError.
+FarmPlan PlanFarm(TimelineRenderJob const& inJob, TimelineRenderRequest const& inRender,
+	FarmRequest const& inRequest);
+
+// Throws a HostError where the timeline or its media are not what they were when the render was planned, effects are
+// missing that were there, or another program is to do its part. inJob: of inRender.
+void CheckPlan(FarmPlan const& inPlan, TimelineRenderRequest const& inRender, TimelineRenderJob const& inJob,
+	std::string const& inProgram);
+
+// All pieces of a plan. See PieceSet.
+std::shared_ptr<Farm::PieceSet const> OpenPieces(
+	FarmPlan const& inPlan, std::vector<std::filesystem::path> const& inPaths);
+
+// What the render of a piece came to.
+struct PieceSummary
+{
+	ProgrammeRange mRange;
+	double mElapsedSeconds = 0.0;
+};
+
+// Renders a piece of a plan into a file.
+class TimelinePieceJob
+{
+public:
+	// inRender: the planned render, whose output and number of threads are those of the piece. inNumber: from 1 on. Opens the
+	// timeline, and checks it against the plan. Throws a HostError.
+	TimelinePieceJob(TimelineRenderRequest inRender, FarmPlan inPlan, std::size_t inNumber,
+		std::string const& inProgram);
+
+	int GetSampleRate() const { return mPlan.mSampleRate; }
+	std::vector<Note> const& GetNotes() const { return mJob->GetNotes(); }
+	TimelineSequence const& GetSequence() const { return mJob->GetSequence(); }
+
+	// The same as that of TimelineRenderJob.
+	std::optional<PieceSummary> Run(
+		ProgressCallback const& inProgress = {}, std::stop_token const& inStop = {});
+
+private:
+	FarmPiece const& GetPiece() const { return mPlan.mPieces[mNumber - 1]; }
+	std::vector<std::string> ListTaps() const;
+
+	TimelineRenderRequest mRender;
+	FarmPlan mPlan;
+	std::size_t mNumber;
+	std::unique_ptr<TimelineRenderJob> mJob;
+};
+
+} // namespace SonaroHost::Otio

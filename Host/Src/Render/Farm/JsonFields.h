@@ -1,0 +1,91 @@
+#pragma once
+
+#include "SonaroHost/Base/HostError.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+namespace SonaroHost::Farm
+{
+
+// Keys in the order in which they were set.
+using Json = nlohmann::ordered_json;
+
+// Paths may have bytes that are no UTF-8: those become U+FFFD, and such a file is not found again.
+inline std::string ToText(Json const& inJson)
+{
+	return inJson.dump(1, '\t', false, Json::error_handler_t::replace) + "\n";
+}
+
+// A value of a file of JSON that this program wrote, with its place for messages.
+class JsonField
+{
+public:
+	JsonField(std::filesystem::path inFile, std::string inWhat, Json const& inValue, std::string inPlace = {})
+		: mFile(std::move(inFile)),
+		  mWhat(std::move(inWhat)),
+		  mPlace(std::move(inPlace)),
+		  mValue(inValue)
+	{
+	}
+
+	// Throw a HostError that names file and place for what is missing or of another kind.
+	JsonField At(char const* inKey) const
+	{
+		auto const found = mValue.is_object() ? mValue.find(inKey) : mValue.end();
+		if (found == mValue.end())
+		{
+			Refuse(mPlace + "/" + inKey, "is missing");
+		}
+		return {mFile, mWhat, *found, mPlace + "/" + inKey};
+	}
+	JsonField At(std::size_t inIndex) const
+	{
+		return {mFile, mWhat, mValue.at(inIndex), mPlace + "/" + std::to_string(inIndex)};
+	}
+	std::size_t CountItems() const
+	{
+		if (!mValue.is_array())
+		{
+			Refuse(mPlace, "is not a list");
+		}
+		return mValue.size();
+	}
+	template <class T>
+	T Get() const
+	{
+		try
+		{
+			return mValue.get<T>();
+		}
+		catch (Json::exception const&)
+		{
+			Refuse(mPlace, "is of another kind than " + mWhat + " has there");
+		}
+	}
+	template <class T>
+	T Get(char const* inKey) const
+	{
+		return At(inKey).Get<T>();
+	}
+
+	[[noreturn]] void Refuse(std::string const& inPlace, std::string const& inReason) const
+	{
+		throw HostError(HostError::Kind::kInput,
+			{mFile, inPlace, inReason, "take " + mWhat + " as this version of sonaro wrote it"});
+	}
+
+private:
+	std::filesystem::path mFile;
+	// "a plan".
+	std::string mWhat;
+	// A JSON pointer.
+	std::string mPlace;
+	Json const& mValue;
+};
+
+} // namespace SonaroHost::Farm
