@@ -76,10 +76,7 @@ public:
 		return isComplete ? kExitSuccess : kExitMissing;
 	}
 
-	std::string DescribeInputs() const override
-	{
-		return "plan accepts timelines (.otio, .otioz, .otiod)";
-	}
+	std::string DescribeInputs() const override { return "plan accepts timelines (.otio, .otioz, .otiod)"; }
 
 private:
 	void AddOwnOptions()
@@ -94,7 +91,8 @@ private:
 			->required();
 		AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the plan already exists");
 		AddFlag("--track-levels", mHasTracks,
-			"Let pieces carry what the meters of tracks hear, so that \"sonaro join\" can write a report; they "
+			"Let pieces carry what the meters of tracks hear, so that \"sonaro join\" can write a report; "
+			"they "
 			"grow by the tracks that are heard");
 	}
 

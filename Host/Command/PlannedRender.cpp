@@ -59,15 +59,15 @@ std::string DescribePiece(std::string const& inOutput, FarmPlan const& inPlan, s
 {
 	if (inAsJson)
 	{
-		return ToText(Json{{"schema", "sonaro.piece-render"}, {"version", 1}, {"output", inOutput},
-			{"piece", inNumber}, {"pieces", inPlan.mPieces.size()},
-			{"firstSample", inSummary.mRange.mFirstFrame}, {"samples", inSummary.mRange.mFrames},
-			{"elapsedSeconds", inSummary.mElapsedSeconds}});
+		return ToText(
+			Json{{"schema", "sonaro.piece-render"}, {"version", 1}, {"output", inOutput}, {"piece", inNumber},
+				{"pieces", inPlan.mPieces.size()}, {"firstSample", inSummary.mRange.mFirstFrame},
+				{"samples", inSummary.mRange.mFrames}, {"elapsedSeconds", inSummary.mElapsedSeconds}});
 	}
 	int const rate = inPlan.mSampleRate;
 	return MakePrintable(ShowOutput(inOutput)) + ": piece " + std::to_string(inNumber) + " of " +
-		   std::to_string(inPlan.mPieces.size()) + ", " + FormatTime(inSummary.mRange.mFrames, rate) + " from " +
-		   FormatTime(inSummary.mRange.mFirstFrame, rate) + " on\n";
+		   std::to_string(inPlan.mPieces.size()) + ", " + FormatTime(inSummary.mRange.mFrames, rate) +
+		   " from " + FormatTime(inSummary.mRange.mFirstFrame, rate) + " on\n";
 }
 
 } // namespace
@@ -152,7 +152,8 @@ std::string FindTimeline(FarmPlan const& inPlan, std::filesystem::path const& in
 std::string DescribeRenderer()
 {
 	std::string const libraries = DescribeMovieLibraries();
-	return std::string("sonaro " SONARO_VERSION) + (libraries.empty() ? " without movies" : " with " + libraries);
+	return std::string("sonaro " SONARO_VERSION) +
+		   (libraries.empty() ? " without movies" : " with " + libraries);
 }
 
 int RenderPiece(

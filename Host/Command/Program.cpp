@@ -124,9 +124,9 @@ Program::Program()
 	AddFeaturesFlag();
 	mParser.require_subcommand(0, 1);
 	mParser.footer(kFooter);
-	for (auto* const make : {&MakeRenderCommand, &MakePlayCommand, &MakeWaveformCommand, &MakeLoudnessCommand,
-			 &MakeInfoCommand, &MakeGraphCommand, &MakeEffectsCommand, &MakeServeCommand, &MakePlanCommand,
-			 &MakeJoinCommand})
+	for (auto* const make :
+		{&MakeRenderCommand, &MakePlayCommand, &MakeWaveformCommand, &MakeLoudnessCommand, &MakeInfoCommand,
+			&MakeGraphCommand, &MakeEffectsCommand, &MakeServeCommand, &MakePlanCommand, &MakeJoinCommand})
 	{
 		mCommands.push_back(make(mParser));
 	}

@@ -164,7 +164,8 @@ private:
 			->required();
 		mOptions.AddFormat(GetParser());
 		AddFlag("--piece", mIsPiece,
-			"INPUT is a piece of a plan of \"sonaro plan\", like plan.json#17; the output is an intermediate file "
+			"INPUT is a piece of a plan of \"sonaro plan\", like plan.json#17; the output is an intermediate "
+			"file "
 			"for \"sonaro join\"");
 		AddFlag("--no-overwrite", mOptions.mKeepsOldFile, "Fail if an output file already exists");
 	}
@@ -458,8 +459,7 @@ std::unique_ptr<Command> MakeRenderCommand(CLI::App& ioProgram)
 	return std::make_unique<RenderCommand>(ioProgram);
 }
 
-std::unique_ptr<Command> MakeJoiningCommand(
-	CLI::App& ioProgram, std::shared_ptr<JoinedPlan const> inJoined)
+std::unique_ptr<Command> MakeJoiningCommand(CLI::App& ioProgram, std::shared_ptr<JoinedPlan const> inJoined)
 {
 	auto command = std::make_unique<RenderCommand>(ioProgram);
 	command->Join(std::move(inJoined));

@@ -175,8 +175,9 @@ void TimelineRender::Report(
 	}
 	if (mShared.mAsJson || !mShared.mIsQuiet)
 	{
-		PrintResult(mShared.mAsJson ? SummarizeForMachines(ShowInput(inInput), inJob, inSummary, mShared.mLevels)
-									: SummarizeForPeople(inJob, inSummary));
+		PrintResult(mShared.mAsJson
+						? SummarizeForMachines(ShowInput(inInput), inJob, inSummary, mShared.mLevels)
+						: SummarizeForPeople(inJob, inSummary));
 	}
 }
 

@@ -36,7 +36,7 @@ def test_render_has_the_options_of_the_command(command):
     theirs = {name.replace("-", "_") for name in re.findall(r"^\s+(?:-\w,)?--([a-z][a-z-]*)", text, re.MULTILINE)}
     stub = (STUBS / "_render.pyi").read_text()
     ours = set(re.findall(r"^    (\w+):", stub[stub.index("def render"):], re.MULTILINE))
-    assert theirs - {"help", "output", "quiet", "json"} == ours - {"timeline", "output", "base", "progress", "cancel"}
+    assert theirs - {"help", "output", "quiet", "json", "piece"} == ours - {"timeline", "output", "base", "progress", "cancel"}
 
 
 @pytest.mark.skipif(not shutil.which("mypy"), reason="needs mypy")

@@ -6,7 +6,7 @@ from ._command import run
 from ._errors import UsageError
 
 _OWN = {"output": "output", "json": "the result is always data", "quiet": "nothing is printed",
-        "help": "see the documentation"}
+        "help": "see the documentation", "piece": "sonaro.farm renders pieces"}
 
 
 def render(timeline, output, *, report=True, base=None, progress=None, cancel=None, **options):

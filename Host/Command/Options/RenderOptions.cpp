@@ -61,71 +61,93 @@ std::string CheckStrictness(std::string const& inValue)
 
 void RenderOptions::AddFormat(CLI::App& ioParser)
 {
-	ioParser.add_option("--format", mFormat,
-			"Output format: wav, aiff, flac or caf (default: by the ending of OUTPUT)")->option_text("NAME")
-			->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
-	ioParser.add_option("--bits", mBits,
-			"Sample format: 16, 24 or 32f (float) (default: 32f; for FLAC 24)")->option_text("BITS")
-			->check(CLI::IsMember({"16", "24", "32f"}));
-	ioParser.add_option("--dither", mDither,
-			"Dither: tpdf or none (default: tpdf if samples are rounded to 16 bits, else none)")->option_text("KIND")
-			->check(CLI::IsMember({"tpdf", "none"}));
+	ioParser
+		.add_option(
+			"--format", mFormat, "Output format: wav, aiff, flac or caf (default: by the ending of OUTPUT)")
+		->option_text("NAME")
+		->check(CLI::IsMember({"wav", "aiff", "flac", "caf"}, CLI::ignore_case));
+	ioParser.add_option("--bits", mBits, "Sample format: 16, 24 or 32f (float) (default: 32f; for FLAC 24)")
+		->option_text("BITS")
+		->check(CLI::IsMember({"16", "24", "32f"}));
+	ioParser
+		.add_option("--dither", mDither,
+			"Dither: tpdf or none (default: tpdf if samples are rounded to 16 bits, else none)")
+		->option_text("KIND")
+		->check(CLI::IsMember({"tpdf", "none"}));
 }
 
 void RenderOptions::AddBlock(CLI::App& ioParser)
 {
-	ioParser.add_option("--block", mBlockFrames, "Block size in samples, 1 to 262144 (default: 4096)")->option_text("SAMPLES")
-			->check(CLI::Range(1u, kMaxBlockFrames));
+	ioParser.add_option("--block", mBlockFrames, "Block size in samples, 1 to 262144 (default: 4096)")
+		->option_text("SAMPLES")
+		->check(CLI::Range(1u, kMaxBlockFrames));
 }
 
 void RenderOptions::AddRate(CLI::App& ioParser)
 {
-	ioParser.add_option("--rate", mSampleRate,
+	ioParser
+		.add_option("--rate", mSampleRate,
 			"Output sample rate in Hz, 1000 to 768000, timelines from 1 (default: that of the first input; "
-			"of a timeline, that of most clips)")->option_text("HZ");
-	ioParser.add_option("--resampling", mResampling,
+			"of a timeline, that of most clips)")
+		->option_text("HZ");
+	ioParser
+		.add_option("--resampling", mResampling,
 			"How other sample rates and speeds are converted: exact, draft (faster, -100 dB of noise instead "
-			"of -140) or engine (the interpolation of the real-time engine) (default: exact)")->option_text("NAME")
-			->check(CLI::IsMember({"exact", "draft", "engine"}));
+			"of -140) or engine (the interpolation of the real-time engine) (default: exact)")
+		->option_text("NAME")
+		->check(CLI::IsMember({"exact", "draft", "engine"}));
 }
 
 void RenderOptions::AddLevels(CLI::App& ioParser)
 {
-	ioParser.add_option("--gain-db", mGainDecibels,
-			"Gain in dB, -200 to 200; cannot be combined with --normalize")->option_text("DB");
-	ioParser.add_option("--normalize", mLevels.mNormalizeLoudness,
-			"Target integrated loudness in LUFS, -70 to 0, such as -16; with stems, that of the mix")->option_text("LUFS");
-	ioParser.add_option("--limit-dbtp", mLevels.mLimitDecibels,
-			"Limit true peaks of each file, in dBTP, -60 to 20, such as -1 (default: no limit)")->option_text("DB");
-	ioParser.add_option("--fade-in", mFadeIn, "Fade in at the start of each file, linear in amplitude")->option_text("TIME");
-	ioParser.add_option("--fade-out", mFadeOut,
-			"Fade out at the end of each file, linear in amplitude; the last sample is silent")->option_text("TIME");
+	ioParser
+		.add_option(
+			"--gain-db", mGainDecibels, "Gain in dB, -200 to 200; cannot be combined with --normalize")
+		->option_text("DB");
+	ioParser
+		.add_option("--normalize", mLevels.mNormalizeLoudness,
+			"Target integrated loudness in LUFS, -70 to 0, such as -16; with stems, that of the mix")
+		->option_text("LUFS");
+	ioParser
+		.add_option("--limit-dbtp", mLevels.mLimitDecibels,
+			"Limit true peaks of each file, in dBTP, -60 to 20, such as -1 (default: no limit)")
+		->option_text("DB");
+	ioParser.add_option("--fade-in", mFadeIn, "Fade in at the start of each file, linear in amplitude")
+		->option_text("TIME");
+	ioParser
+		.add_option("--fade-out", mFadeOut,
+			"Fade out at the end of each file, linear in amplitude; the last sample is silent")
+		->option_text("TIME");
 }
 
 void RenderOptions::AddLayout(CLI::App& ioParser)
 {
-	ioParser.add_option("--layout", mLayout,
+	ioParser
+		.add_option("--layout", mLayout,
 			"Output layout: mono, stereo, 5.1, ambisonic1 (a sound field of the first order), or a number of "
 			"channels without speaker positions, in order; with --binaural, that of the mix (default: the "
-			"widest layout of the inputs; of a timeline, its own, or stereo)")->option_text("NAME");
+			"widest layout of the inputs; of a timeline, its own, or stereo)")
+		->option_text("NAME");
 }
 
 void RenderOptions::AddTail(CLI::App& ioParser)
 {
-	ioParser.add_option("--tail", mTail,
+	ioParser
+		.add_option("--tail", mTail,
 			"Go on after the end for this time, or with auto until effects are below -90 dBFS, at most 30 "
-			"seconds, which takes another pass (default: end at once)")->option_text("TIME");
+			"seconds, which takes another pass (default: end at once)")
+		->option_text("TIME");
 }
 
 void RenderOptions::AddStrict(CLI::App& ioParser)
 {
-		ioParser
-			.add_flag("--strict", mStrict,
-				"Fail with exit code 1, and write only the report, if media of a timeline are missing "
-				"(--strict=media), or also if media are damaged or anything was guessed, ignored or not "
-				"read (--strict or --strict=all). Without it, missing media are rendered as silence, with "
-				"exit code 3, and damaged ones with a warning")
-			->check(CheckStrictness);
+	ioParser
+		.add_flag("--strict", mStrict,
+			"Fail with exit code 1, and write only the report, if media of a timeline are missing "
+			"(--strict=media), or also if media are damaged or anything was guessed, ignored or not "
+			"read (--strict or --strict=all). Without it, missing media are rendered as silence, with "
+			"exit code 3, and damaged ones with a warning")
+		->check(CheckStrictness);
 }
 
 OutputContainer RenderOptions::ChooseContainer() const

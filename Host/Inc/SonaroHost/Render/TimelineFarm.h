@@ -35,8 +35,8 @@ struct FarmRequest
 
 // Cuts the render of a timeline into pieces. inJob: of inRender, which is without stems, and has a tail only of a length that
 // is given. Throws a HostError.
-FarmPlan PlanFarm(TimelineRenderJob const& inJob, TimelineRenderRequest const& inRender,
-	FarmRequest const& inRequest);
+FarmPlan PlanFarm(
+	TimelineRenderJob const& inJob, TimelineRenderRequest const& inRender, FarmRequest const& inRequest);
 
 // Throws a HostError where the timeline or its media are not what they were when the render was planned, effects are
 // missing that were there, or another program is to do its part. inJob: of inRender.
@@ -60,8 +60,8 @@ class TimelinePieceJob
 public:
 	// inRender: the planned render, whose output and number of threads are those of the piece. inNumber: from 1 on. Opens the
 	// timeline, and checks it against the plan. Throws a HostError.
-	TimelinePieceJob(TimelineRenderRequest inRender, FarmPlan inPlan, std::size_t inNumber,
-		std::string const& inProgram);
+	TimelinePieceJob(
+		TimelineRenderRequest inRender, FarmPlan inPlan, std::size_t inNumber, std::string const& inProgram);
 
 	int GetSampleRate() const { return mPlan.mSampleRate; }
 	std::vector<Note> const& GetNotes() const { return mJob->GetNotes(); }

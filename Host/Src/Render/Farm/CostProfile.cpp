@@ -54,7 +54,8 @@ CostProfile::Steps const& CostProfile::Measure(Sequence::Description const& inDe
 		return entry->second;
 	}
 	Steps steps;
-	double everywhere = 1.0 + GetChainCost(inDescription.mMaster, static_cast<double>(inDescription.mLayout.size()));
+	double everywhere =
+		1.0 + GetChainCost(inDescription.mMaster, static_cast<double>(inDescription.mLayout.size()));
 	for (Sequence::Track const& track : inDescription.mTracks)
 	{
 		auto const channels = static_cast<double>(track.mLayout.size());
@@ -153,11 +154,12 @@ std::vector<FarmPiece> CostProfile::Cut(
 	{
 		double const wanted = costs.back() * static_cast<double>(piece) / static_cast<double>(count);
 		std::int64_t const nearest = std::ranges::lower_bound(costs, wanted) - costs.begin();
-		std::int64_t const end = piece == count ? blocks : std::clamp(nearest, first + 1, blocks - (count - piece));
+		std::int64_t const end =
+			piece == count ? blocks : std::clamp(nearest, first + 1, blocks - (count - piece));
 		std::int64_t const firstFrame = first * inBlockFrames;
-		pieces.push_back({{inRange.mFirstFrame + firstFrame,
-							  std::min(end * inBlockFrames, inRange.mFrames) - firstFrame},
-			costs[static_cast<std::size_t>(end)] - costs[static_cast<std::size_t>(first)]});
+		pieces.push_back(
+			{{inRange.mFirstFrame + firstFrame, std::min(end * inBlockFrames, inRange.mFrames) - firstFrame},
+				costs[static_cast<std::size_t>(end)] - costs[static_cast<std::size_t>(first)]});
 		first = end;
 	}
 	return pieces;

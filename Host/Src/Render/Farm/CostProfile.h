@@ -27,7 +27,8 @@ public:
 
 	// Cuts a range of the programme into so many pieces that cost about the same, fewer where it has not as many blocks.
 	// Pieces begin at whole blocks from the start of the range on.
-	std::vector<FarmPiece> Cut(ProgrammeRange const& inRange, unsigned inBlockFrames, std::size_t inPieces) const;
+	std::vector<FarmPiece> Cut(
+		ProgrammeRange const& inRange, unsigned inBlockFrames, std::size_t inPieces) const;
 
 private:
 	// From this time on, in seconds, it costs so much more.

@@ -39,9 +39,9 @@ void ReadSegments(JsonField const& inField, PieceFacts& outFacts)
 		{
 			inField.Refuse("/segments/" + std::to_string(i), "has not four values");
 		}
-		outFacts.mSegments.push_back({segment.At(std::size_t{0}).Get<std::int64_t>(),
-			segment.At(1).Get<std::string>(), segment.At(2).Get<std::int64_t>(),
-			segment.At(3).Get<std::string>()});
+		outFacts.mSegments.push_back(
+			{segment.At(std::size_t{0}).Get<std::int64_t>(), segment.At(1).Get<std::string>(),
+				segment.At(2).Get<std::int64_t>(), segment.At(3).Get<std::string>()});
 	}
 }
 

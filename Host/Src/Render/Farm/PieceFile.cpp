@@ -123,8 +123,8 @@ private:
 		{
 			bool const isSilent = (record.mSilent >> channel & 1) != 0;
 			flags.Assign(channel, isSilent);
-			channels[channel] = isSilent ? mZeros.data()
-										 : reinterpret_cast<float*>(Skip(record.mFrames * sizeof(float)));
+			channels[channel] =
+				isSilent ? mZeros.data() : reinterpret_cast<float*>(Skip(record.mFrames * sizeof(float)));
 		}
 		dsp::AudioBufferShell shell;
 		shell.Init(record.mChannels);

@@ -31,7 +31,8 @@ public:
 private:
 	PieceFile(std::filesystem::path inPath, PieceFacts inFacts);
 
-	std::vector<char> ReadBytes(std::int64_t inStart, std::int64_t inCount, std::string const& inDigest) const;
+	std::vector<char> ReadBytes(
+		std::int64_t inStart, std::int64_t inCount, std::string const& inDigest) const;
 
 	std::filesystem::path mPath;
 	PieceFacts mFacts;

@@ -45,7 +45,8 @@ private:
 };
 
 // Up to the first sample. The sizes of what is long stand in "ds64".
-std::string MakeHeader(PieceFacts const& inFacts, std::int64_t inFrames, std::int64_t inHeard, std::int64_t inEnd)
+std::string MakeHeader(
+	PieceFacts const& inFacts, std::int64_t inFrames, std::int64_t inHeard, std::int64_t inEnd)
 {
 	std::uint32_t const frameBytes = inFacts.mChannels * static_cast<std::uint32_t>(sizeof(float));
 	auto const rate = static_cast<std::uint32_t>(inFacts.mSampleRate);
@@ -159,8 +160,8 @@ void PieceFileWriter::Take(Piece& ioPiece)
 	mFile.CheckWritten();
 	auto const frames = static_cast<std::int64_t>(mSamples.size() / mFacts.mChannels);
 	auto const heard = static_cast<std::int64_t>(mRecords.size());
-	mFacts.mSegments.push_back({frames, GetDigest(mSamples.data(), bytes), heard,
-		GetDigest(mRecords.data(), mRecords.size())});
+	mFacts.mSegments.push_back(
+		{frames, GetDigest(mSamples.data(), bytes), heard, GetDigest(mRecords.data(), mRecords.size())});
 	mFrames += frames;
 	mHeardBytes += heard;
 	if (mHeard)

@@ -26,7 +26,8 @@ public:
 	// How many it has taken.
 	std::int64_t GetFrames() const { return mFrames; }
 	// Throws a HostError.
-	void Commit(std::vector<DamagedMedia> inDamaged, std::vector<LearnedNoise> inLearnedNoise, bool inReplaces);
+	void Commit(
+		std::vector<DamagedMedia> inDamaged, std::vector<LearnedNoise> inLearnedNoise, bool inReplaces);
 
 private:
 	class HeardWriter;

@@ -34,8 +34,9 @@ std::vector<std::size_t> MatchTaps(PieceSet const& inPieces, RangeRender const& 
 	}
 	if (!numbers.empty() && (taps.size() != numbers.size() || taps.size() != inPieces.GetTaps().size()))
 	{
-		Refuse("the pieces do not carry the levels of tracks, which a report has; plan with --track-levels, or "
-			   "leave the report out");
+		Refuse(
+			"the pieces do not carry the levels of tracks, which a report has; plan with --track-levels, or "
+			"leave the report out");
 	}
 	return numbers.empty() ? std::vector<std::size_t>() : taps;
 }
@@ -45,8 +46,7 @@ Sequence::GraphReport MakeReport(
 	Programme const& inProgramme, RangeRender const& inRender, OfflineRange const& inRange)
 {
 	RenderContextScope const context(inRange.mBlockFrames,
-		SN::TickTime(inRange.mFirstFrame + inRange.mFrames, inRange.mFrameRate),
-		SN::ImmutableString("join"));
+		SN::TickTime(inRange.mFirstFrame + inRange.mFrames, inRange.mFrameRate), SN::ImmutableString("join"));
 	return MakeGraph(inProgramme, context.Get(), inRender.mView).TakeReport();
 }
 

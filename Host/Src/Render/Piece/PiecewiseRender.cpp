@@ -44,8 +44,7 @@ PiecewiseReport RenderPieces(
 	auto const makeMore = [&]
 	{
 		return report.mGraph.mWhyInOneRun.empty()
-				   ? MakeMaker(
-						 std::make_shared<PieceRenderer>(inProgramme, inRender, inRange), plan, inRange)
+				   ? MakeMaker(std::make_shared<PieceRenderer>(inProgramme, inRender, inRange), plan, inRange)
 				   : PieceMaker();
 	};
 	RunPieces(inProgramme, inRender, inRange, plan, MakeMaker(first, plan, inRange), makeMore);

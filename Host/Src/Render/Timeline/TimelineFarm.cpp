@@ -43,7 +43,8 @@ std::vector<FileFingerprint> ListMediaStates(TimelineRenderJob const& inJob, Tim
 }
 
 // What is rendered, with a tail.
-ProgrammeRange FindRange(TimelineRenderJob const& inJob, Programme const& inProgramme, OutputRequest const& inRequest)
+ProgrammeRange FindRange(
+	TimelineRenderJob const& inJob, Programme const& inProgramme, OutputRequest const& inRequest)
 {
 	ProgrammeRange range = inJob.GetRange();
 	if (inRequest.mTail)
@@ -58,7 +59,8 @@ void CheckCanPlan(TimelineRenderRequest const& inRender)
 {
 	if (inRender.mStems != Stems::kNone)
 	{
-		Refuse("--stems cannot be planned, as a plan is that of one file; plan each marker's range by itself, or "
+		Refuse("--stems cannot be planned, as a plan is that of one file; plan each marker's range by "
+			   "itself, or "
 			   "render stems without a plan");
 	}
 	if (inRender.mTail && !inRender.mTail->mLength)
@@ -117,8 +119,8 @@ FarmPlan PlanFarm(
 	plan.mBlockFrames = ChooseBlock(programme, inRender.mBlockFrames);
 	plan.mRange = FindRange(inJob, programme, inRender);
 	plan.mWhyWhole = MakeReport(programme, plan.mBlockFrames).mWhyInOneRun;
-	plan.mPieces = Farm::CostProfile(programme)
-					   .Cut(plan.mRange, plan.mBlockFrames, plan.mWhyWhole.empty() ? inRequest.mPieces : 1);
+	plan.mPieces = Farm::CostProfile(programme).Cut(
+		plan.mRange, plan.mBlockFrames, plan.mWhyWhole.empty() ? inRequest.mPieces : 1);
 	return plan;
 }
 
@@ -127,9 +129,10 @@ void CheckPlan(FarmPlan const& inPlan, TimelineRenderRequest const& inRender, Ti
 {
 	if (inPlan.mProgram != inProgram)
 	{
-		throw HostError(HostError::Kind::kInput,
-			{{}, {}, "the render was planned by another program: by " + inPlan.mProgram + ", and this is " + inProgram,
-				kPlanAgain});
+		throw HostError(HostError::Kind::kInput, {{}, {},
+													 "the render was planned by another program: by " +
+														 inPlan.mProgram + ", and this is " + inProgram,
+													 kPlanAgain});
 	}
 	FileFingerprint const timeline = TakeTimelineFingerprint(inRender.mInput);
 	if (!inPlan.mTimeline.IsSame(timeline))
@@ -148,7 +151,8 @@ void CheckPlan(FarmPlan const& inPlan, TimelineRenderRequest const& inRender, Ti
 	if (!hasEffects || media.size() != inPlan.mMedia.size())
 	{
 		RefuseFile(inRender.mInput,
-			std::string(hasEffects ? "has not the media" : "has not the effects") + " that it had when it was planned",
+			std::string(hasEffects ? "has not the media" : "has not the effects") +
+				" that it had when it was planned",
 			hasEffects ? "give the same --media as the plan, or plan again"
 					   : "install the plugins that the plan found, or plan again");
 	}
@@ -232,8 +236,7 @@ std::optional<PieceSummary> TimelinePieceJob::Run(
 			"the latency of an effect grows while it runs, which pieces cannot make up for; render without a "
 			"plan");
 	}
-	writer.Commit(
-		programme.mMedia->ListDamaged(), programme.mMedia->ListLearnedNoise(), mRender.mReplace);
+	writer.Commit(programme.mMedia->ListDamaged(), programme.mMedia->ListLearnedNoise(), mRender.mReplace);
 	return PieceSummary{
 		facts.mRange, std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
 }

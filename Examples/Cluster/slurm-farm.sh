@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Renders a timeline on a Slurm cluster: a plan, an array job with a task for each piece, and a job that joins them.
+#
+# Usage: slurm-farm.sh TIMELINE OUTPUT PIECES [OPTION ...]
+#
+# Options are those of "sonaro plan", such as --normalize -16. All nodes reach the timeline, its media and the folder of
+# OUTPUT by the same paths. The environment variable SONARO names the program (default: sonaro). The script returns when
+# the output is written, and fails where a piece did. Pieces that are there already are not rendered again: after a node
+# failed, run it once more.
+set -euo pipefail
+
+sonaro=${SONARO:-sonaro}
+timeline=$(realpath "$1")
+output=$(realpath "$2")
+count=$3
+shift 3
+work=$output.pieces
+mkdir -p "$work"
+
+# A plan of the same timeline and options has the same bytes, so that pieces of an earlier run stay valid.
+code=0
+"$sonaro" plan "$timeline" --pieces "$count" -o "$work/plan.json" "$@" || code=$?
+# 3: media are missing, and silent.
+[ "$code" = 0 ] || [ "$code" = 3 ] || exit "$code"
+count=$(grep -c '"piece":' "$work/plan.json")
+
+# Exits with 0, with the error in the log, where the piece is left out: the join names it then.
+cat > "$work/piece.sh" <<SCRIPT
+#!/usr/bin/env bash
+n=\$SLURM_ARRAY_TASK_ID
+[ -e "$work/piece\$n.wav" ] && [ "$work/piece\$n.wav" -nt "$work/plan.json" ] && exit 0
+exec "$sonaro" render --piece "$work/plan.json#\$n" -o "$work/piece\$n.wav" --jobs "\${SLURM_CPUS_PER_TASK:-1}" --quiet
+SCRIPT
+cat > "$work/join.sh" <<SCRIPT
+#!/usr/bin/env bash
+exec "$sonaro" join "$work/plan.json" -o "$output" --pieces-in "$work"
+SCRIPT
+
+array=$(sbatch --parsable --array="1-$count" --output="$work/piece-%a.log" "$work/piece.sh")
+if ! sbatch --wait --dependency="afterany:${array%%;*}" --output="$work/join.log" "$work/join.sh" > "$work/sbatch.log"; then
+	cat "$work"/join.log >&2
+	exit 1
+fi
+cat "$work/join.log"
+rm -r "$work"
