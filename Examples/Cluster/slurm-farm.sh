@@ -19,16 +19,19 @@ mkdir -p "$work"
 
 # A plan of the same timeline and options has the same bytes, so that pieces of an earlier run stay valid.
 code=0
-"$sonaro" plan "$timeline" --pieces "$count" -o "$work/plan.json" "$@" || code=$?
+"$sonaro" plan "$timeline" --pieces "$count" -o "$work/plan.new" "$@" || code=$?
 # 3: media are missing, and silent.
 [ "$code" = 0 ] || [ "$code" = 3 ] || exit "$code"
+if ! cmp -s "$work/plan.new" "$work/plan.json"; then
+	rm -f "$work"/piece*.wav
+fi
+mv "$work/plan.new" "$work/plan.json"
 count=$(grep -c '"piece":' "$work/plan.json")
 
-# Exits with 0, with the error in the log, where the piece is left out: the join names it then.
 cat > "$work/piece.sh" <<SCRIPT
 #!/usr/bin/env bash
 n=\$SLURM_ARRAY_TASK_ID
-[ -e "$work/piece\$n.wav" ] && [ "$work/piece\$n.wav" -nt "$work/plan.json" ] && exit 0
+[ -e "$work/piece\$n.wav" ] && exit 0
 exec "$sonaro" render --piece "$work/plan.json#\$n" -o "$work/piece\$n.wav" --jobs "\${SLURM_CPUS_PER_TASK:-1}" --quiet
 SCRIPT
 cat > "$work/join.sh" <<SCRIPT

@@ -1,0 +1,257 @@
+// Renders in pieces by the program: what is joined is what one render writes, and all that could not be is refused.
+
+#include "Host/ProgramRun.h"
+#include "Host/TimelineJson.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace SonaroHost::Testing::FarmCommandTest
+{
+
+namespace
+{
+
+using testing::HasSubstr;
+
+constexpr int kRate = 48000;
+
+Json Speed(double inFactor)
+{
+	return {{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", inFactor}};
+}
+
+// Clips of other rates and speeds, nests, levels that move, and silence; noise in all of them.
+Json MakeEdit()
+{
+	Json const fade = {{"keyframes", {{{"time", 0.2}, {"value", -30.0}}, {{"time", 3.0}, {"value", 3.0}}}}};
+	Json const nest = With(Stack({Track("inner", {Gap(0.2), Clip("in", "other.wav", 0.1, 1.2)})}),
+		{{"effects", List({Speed(1.25)})}, {"source_range", Range(0.1, 1.3)}});
+	return Timeline(
+		{WithSettings(Track("A1", {Clip("one", "tone.wav", 0.0, 1.0), Gap(0.6), nest}), {{"gain", fade}}),
+			Track("A2", {With(Clip("two", "other.wav", 0.3, 1.6), {{"effects", List({Speed(-0.5)})}})}),
+			WithSettings(Track("A3", {Gap(1.5), Clip("three", "tone.wav", 0.4, 1.5)}), {{"pan", 0.3}})});
+}
+
+class FarmCommand : public ProgramTest
+{
+protected:
+	void SetUp() override
+	{
+		mStart.mFolder = mFolder.Get();
+		WriteSound(mFolder / "tone.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, kRate, 2 * kRate));
+		WriteSound(mFolder / "other.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, MakeSound(1, 44100, 2 * 44100));
+		Write("edit.otio", MakeEdit().dump());
+		std::filesystem::create_directory(mFolder / "pieces");
+	}
+
+	void Write(std::string const& inName, std::string const& inText) const
+	{
+		std::ofstream(mFolder / inName, std::ios::binary) << inText;
+	}
+	std::string Read(std::string const& inName) const
+	{
+		std::ifstream file(mFolder / inName, std::ios::binary);
+		return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+	}
+
+	void Do(Words const& inArguments) const
+	{
+		ProgramResult const result = Run(Join(inArguments, {"--quiet"}));
+		ASSERT_EQ(result.mExitCode, 0) << inArguments.front() << ": " << result.mErrors;
+	}
+	void Plan(int inPieces, Words const& inOptions = {}) const
+	{
+		Do(Join(
+			{"plan", "edit.otio", "--pieces", std::to_string(inPieces), "-o", "plan.json", "--track-levels"},
+			inOptions));
+	}
+	std::size_t CountPieces() const { return Json::parse(Read("plan.json"))["pieces"].size(); }
+	void RenderPieces() const
+	{
+		for (std::size_t piece = 1; piece <= CountPieces(); ++piece)
+		{
+			std::string const number = std::to_string(piece);
+			Do({"render", "--piece", "plan.json#" + number, "-o", "pieces/" + number + ".wav", "--jobs",
+				std::to_string(1 + piece % 3)});
+		}
+	}
+	// A report without what is another for each run.
+	Json ReadReport(std::string const& inName) const
+	{
+		Json report = Json::parse(Read(inName));
+		report.erase("elapsedSeconds");
+		report.erase("realTimeFactor");
+		report["outputs"][0].erase("path");
+		return report;
+	}
+};
+
+TEST_F(FarmCommand, PiecesJoinToTheBytesAndTheReportOfOneRender)
+{
+	Words const cases[] = {
+		{},
+		{"--normalize", "-20", "--limit-dbtp", "-6", "--bits", "16"},
+		{"--gain-db", "-4", "--fade-in", "0.4", "--fade-out", "1.1", "--bits", "24", "--layout", "mono"},
+		{"--rate", "44100", "--resampling", "draft", "--range", "0.31..2.7", "--limit-dbtp", "-20"},
+		{"--binaural", "--yaw", "-30", "--tail", "0.25"},
+		{"--keep-pitch", "--block", "700", "--strict"},
+	};
+	for (Words const& options : cases)
+	{
+		SCOPED_TRACE(testing::PrintToString(options));
+		Do(Join({"render", "edit.otio", "-o", "one.wav", "--report", "one.json"}, options));
+		for (int const pieces : {1, 3, 16})
+		{
+			SCOPED_TRACE(testing::Message() << pieces << " pieces");
+			Plan(pieces, options);
+			EXPECT_EQ(CountPieces(), static_cast<std::size_t>(pieces));
+			RenderPieces();
+			Do({"join", "plan.json", "-o", "joined.wav", "--pieces-in", "pieces", "--report", "joined.json"});
+			EXPECT_TRUE(Read("one.wav") == Read("joined.wav"));
+			EXPECT_EQ(ReadReport("one.json"), ReadReport("joined.json"));
+		}
+	}
+}
+
+TEST_F(FarmCommand, PiecesArePlayableAndSmallWithoutLevelsOfTracks)
+{
+	Plan(2);
+	RenderPieces();
+	auto const withTracks = std::filesystem::file_size(mFolder / "pieces/1.wav");
+	EXPECT_THAT(Run({"info", "pieces/1.wav"}).mOutput, HasSubstr("stereo"));
+	Do({"plan", "edit.otio", "--pieces", "2", "-o", "plan.json"});
+	RenderPieces();
+	EXPECT_LT(2 * std::filesystem::file_size(mFolder / "pieces/1.wav"), withTracks);
+	Do({"join", "plan.json", "-o", "joined.wav", "--pieces-in", "pieces/1.wav", "pieces/2.wav"});
+	Do({"render", "edit.otio", "-o", "one.wav"});
+	EXPECT_TRUE(Read("one.wav") == Read("joined.wav"));
+	ExpectRefusal({"join", "plan.json", "-o", "x.wav", "--pieces-in", "pieces", "--report", "x.json"}, 2,
+		{"--report", "--track-levels"});
+}
+
+TEST_F(FarmCommand, WhatRemembersAllIsOnePieceWithItsReason)
+{
+	Plan(4, {"--resampling", "engine"});
+	Json const plan = Json::parse(Read("plan.json"));
+	EXPECT_EQ(plan["pieces"].size(), 1u);
+	EXPECT_THAT(plan["programme"]["whole"].get<std::string>(), HasSubstr("two"));
+}
+
+TEST_F(FarmCommand, PiecesOfAnotherStateAreRefused)
+{
+	Plan(3);
+	RenderPieces();
+	Words const render{"render", "--piece", "plan.json#2", "-o", "x.wav"};
+	Words const join{"join", "plan.json", "-o", "x.wav", "--pieces-in", "pieces"};
+	auto const expectRefusals = [&](Words const& inTexts)
+	{
+		ExpectRefusal(render, 1, inTexts);
+		ExpectRefusal(join, 1, inTexts);
+	};
+	std::string const plan = Read("plan.json");
+	std::string const edit = Read("edit.otio");
+	Write("edit.otio", edit + " ");
+	expectRefusals({"edit.otio", "is not what", "plan the render again"});
+	Write("edit.otio", edit);
+	auto const time = std::filesystem::last_write_time(mFolder / "other.wav");
+	std::filesystem::last_write_time(mFolder / "other.wav", time + std::chrono::seconds(1));
+	expectRefusals({"other.wav", "is not what", "plan the render again"});
+	std::filesystem::last_write_time(mFolder / "other.wav", time);
+	std::filesystem::rename(mFolder / "other.wav", mFolder / "gone.wav");
+	ExpectRefusal(render, 1, {"other.wav", "is not there"});
+	std::filesystem::rename(mFolder / "gone.wav", mFolder / "other.wav");
+	std::string other = plan;
+	other.replace(other.find("\"sonaro "), 9, "\"sonaro 9");
+	Write("plan.json", other);
+	ExpectRefusal(render, 1, {"was planned by another program", "plan the render again"});
+	ExpectRefusal(join, 1, {"pieces 1 to 3 of 3 are missing", "is a piece of another plan"});
+	Write("plan.json", plan.substr(0, plan.size() / 2));
+	expectRefusals({"plan.json", "is not a plan"});
+	EXPECT_FALSE(std::filesystem::exists(mFolder / "x.wav"));
+}
+
+TEST_F(FarmCommand, MissingAndDamagedPiecesAreNamed)
+{
+	Plan(5);
+	RenderPieces();
+	Words const join{"join", "plan.json", "-o", "x.wav", "--pieces-in", "pieces"};
+	std::string const piece = Read("pieces/2.wav");
+	Write("pieces/2.wav", piece.substr(0, piece.size() - 5));
+	std::filesystem::remove(mFolder / "pieces/4.wav");
+	std::filesystem::remove(mFolder / "pieces/5.wav");
+	ExpectRefusal(join, 1, {"pieces 2 and 4 to 5 of 5 are missing", "pieces/2.wav", "not whole"});
+	std::filesystem::create_directory(mFolder / "more");
+	Do({"render", "--piece", "plan.json#4", "-o", "more/a.wav"});
+	Do({"render", "--piece", "plan.json#5", "-o", "more/b.wav"});
+	// One bit of the samples, of the tracks' records, and of the facts.
+	for (std::size_t const place : {piece.size() / 10, piece.size() / 2, piece.size() - 30})
+	{
+		std::string damaged = piece;
+		damaged[place] = static_cast<char>(damaged[place] ^ 4);
+		Write("pieces/2.wav", damaged);
+		ExpectRefusal(Join(join, {"more", "--report", "x.json"}), 1, {"pieces/2.wav", "damaged"});
+	}
+	ExpectRefusal(Join(join, {"more", "edit.otio"}), 1, {"'edit.otio' is not a piece"});
+	EXPECT_FALSE(std::filesystem::exists(mFolder / "x.wav"));
+	Write("more/c.wav", piece);
+	Do(Join(join, {"more"}));
+}
+
+TEST_F(FarmCommand, WhatCannotBePlannedIsRefused)
+{
+	Plan(2);
+	ExpectRefusals({
+		{2, {"plan", "edit.otio", "--pieces", "2", "-o", "x.json", "--stems", "track"},
+			{"--stems", "one file"}},
+		{2, {"plan", "edit.otio", "--pieces", "2", "-o", "x.json", "--tail", "auto"},
+			{"--tail auto", "time"}},
+		{2, {"plan", "tone.wav", "--pieces", "2", "-o", "x.json"}, {"tone.wav", "is no timeline"}},
+		{2, {"plan", "edit.otio", "--pieces", "2", "-o", "tone.wav"}, {"tone.wav"}},
+		{2, {"render", "--piece", "plan.json#3", "-o", "x.wav"}, {"no piece 3", "1 to 2"}},
+		{2, {"render", "--piece", "plan.json#0", "-o", "x.wav"}, {"no piece 0"}},
+		{2, {"render", "--piece", "plan.json", "-o", "x.wav"}, {"plan.json#17"}},
+		{2, {"render", "--piece", "plan.json#1", "-o", "x.wav", "--normalize", "-16"},
+			{"--normalize", "plan"}},
+		{2, {"render", "--piece", "plan.json#1", "-o", "tone.wav"}, {"tone.wav"}},
+	});
+}
+
+// Whatever the moment, nothing is left that a join takes, and the piece can be rendered after it.
+TEST_F(FarmCommand, AKilledPieceLeavesNothingThatIsJoined)
+{
+	Plan(2);
+	Do({"render", "edit.otio", "-o", "one.wav"});
+	Do({"render", "--piece", "plan.json#1", "-o", "pieces/1.wav"});
+	Words const join{"join", "plan.json", "-o", "x.wav", "--pieces-in", "pieces"};
+	for (int const milliseconds : {2, 8, 15, 25, 40})
+	{
+		auto const kill = [milliseconds](int inProcess)
+		{
+			std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+			::kill(inProcess, SIGKILL);
+		};
+		ProgramResult const killed =
+			Run({"render", "--piece", "plan.json#2", "-o", "pieces/2.wav", "--quiet"}, kill);
+		if (std::filesystem::exists(mFolder / "pieces/2.wav"))
+		{
+			break;
+		}
+		EXPECT_EQ(killed.mSignal, SIGKILL);
+		ExpectRefusal(join, 1, {"piece 2 of 2 is missing"});
+	}
+	Do({"render", "--piece", "plan.json#2", "-o", "pieces/2.wav"});
+	Do(join);
+	EXPECT_TRUE(Read("one.wav") == Read("x.wav"));
+}
+
+} // namespace
+
+} // namespace SonaroHost::Testing::FarmCommandTest
