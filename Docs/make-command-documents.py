@@ -17,11 +17,13 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 # The words that options take, for completion; those for one command alone stand under "command option".
 VALUES = {
     "render --format": "wav aiff flac caf",
+    "plan --format": "wav aiff flac caf",
     "waveform --format": "png svg json dat",
     "graph --format": "svg png dot",
     "render --bits": "16 24 32f",
     "waveform --bits": "8 16",
     "serve --bits": "16 24 32f",
+    "plan --bits": "16 24 32f",
     "--dither": "tpdf none",
     "--mixdown": "front front-rear front-lfe all",
     "--stems": "track marker",
@@ -32,7 +34,7 @@ VALUES = {
     "--stretch": "scaler omega rubberband",
     "--layout": "mono stereo 5.1 ambisonic1",
 }
-FOLDERS = {"--media", "--cache"}
+FOLDERS = {"--media", "--cache", "--pieces-in"}
 
 
 class Option:

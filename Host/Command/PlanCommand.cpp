@@ -58,6 +58,7 @@ public:
 		MakeRoomForOutputs({mOutput});
 		TimelineRenderRequest request = mPlanned.MakeRequest(mInput, mOutput);
 		request.mReplace = !mKeepsOldFile;
+		CheckCanPlan(request);
 		FarmRequest farm;
 		farm.mPieces = mPieces;
 		farm.mHasTracks = mHasTracks;
@@ -86,7 +87,7 @@ private:
 			"Number of pieces, 1 to 100000; fewer where the timeline has not as many blocks")
 			->required()
 			->check(CLI::Range(std::size_t{1}, kMostPieces));
-		Add("-o,--output", mOutput, "PLAN (required)",
+		Add("-o,--output", mOutput, "OUTPUT (required)",
 			"Plan to write, as JSON, replaced if it exists; - is the standard output")
 			->required();
 		AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the plan already exists");

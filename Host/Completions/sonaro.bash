@@ -3,7 +3,7 @@ _sonaro()
 {
 	local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
 	if [ "$COMP_CWORD" -eq 1 ]; then
-		COMPREPLY=($(compgen -W "render play waveform loudness info graph effects serve --help --version --features --json" -- "$word"))
+		COMPREPLY=($(compgen -W "render play waveform loudness info graph effects serve plan join --help --version --features --json" -- "$word"))
 		return
 	fi
 	case "$command $before" in
@@ -41,11 +41,20 @@ _sonaro()
 	"serve --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	"serve --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
 	"serve --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
+	"plan --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"plan --fades") COMPREPLY=($(compgen -W "linear equal-power s-curve" -- "$word")); return ;;
+	"plan --format") COMPREPLY=($(compgen -W "wav aiff flac caf" -- "$word")); return ;;
+	"plan --bits") COMPREPLY=($(compgen -W "16 24 32f" -- "$word")); return ;;
+	"plan --dither") COMPREPLY=($(compgen -W "tpdf none" -- "$word")); return ;;
+	"plan --stretch") COMPREPLY=($(compgen -W "scaler omega rubberband" -- "$word")); return ;;
+	"plan --layout") COMPREPLY=($(compgen -W "mono stereo 5.1 ambisonic1" -- "$word")); return ;;
+	"join --pieces-in") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
+	"join --media") compopt -o filenames; COMPREPLY=($(compgen -d -- "$word")); return ;;
 	esac
 	case "$word" in
 	-*)
 		case "$command" in
-		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --binaural --listener --yaw --head-pitch --roll --report --strict --quiet --json --tail --at --start --duration --reverse --as-playback --speed --pitch --stream --channels --pan --mixdown --denoise --reduction --learn --effect --effect-file --set --preset --range --stems --media --fades" -- "$word")) ;;
+		render) COMPREPLY=($(compgen -W "-h --help -o --output --format --bits --dither --no-overwrite --block --jobs --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --binaural --listener --yaw --head-pitch --roll --report --strict --quiet --json --tail --at --start --duration --reverse --as-playback --speed --pitch --stream --channels --pan --mixdown --denoise --reduction --learn --effect --effect-file --set --preset --piece --range --stems --media --fades" -- "$word")) ;;
 		play) COMPREPLY=($(compgen -W "-h --help --rate --layout --binaural --listener --yaw --head-pitch --roll --start --loop --speed --device --list-devices --ahead --no-ui --json --stream --media --fades --no-watch" -- "$word")) ;;
 		waveform) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --keep-pitch --stretch --width --height --theme --background --wave --rms --scale --floor-db --quiet --json --start --duration --speed --pitch --samples-per-column --stream --channels --bits --media --fades" -- "$word")) ;;
 		loudness) COMPREPLY=($(compgen -W "-h --help -o --output --no-overwrite --quiet --json --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --start --duration --stream --speed --pitch --range --media --fades" -- "$word")) ;;
@@ -53,6 +62,8 @@ _sonaro()
 		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --all --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --media --fades --quiet" -- "$word")) ;;
 		effects) COMPREPLY=($(compgen -W "-h --help --class --all --json" -- "$word")) ;;
 		serve) COMPREPLY=($(compgen -W "-h --help --port --bind --token --cache --bits --jobs --warm-up --media --fades --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --quiet --json" -- "$word")) ;;
+		plan) COMPREPLY=($(compgen -W "-h --help --pieces -o --output --no-overwrite --track-levels --range --media --fades --format --bits --dither --block --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --binaural --listener --yaw --head-pitch --roll --tail --strict --quiet" -- "$word")) ;;
+		join) COMPREPLY=($(compgen -W "-h --help -o --output --pieces-in --media --jobs --report --no-overwrite --quiet --json" -- "$word")) ;;
 		esac
 		;;
 	*)

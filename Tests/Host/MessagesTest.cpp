@@ -130,7 +130,8 @@ TEST_F(MessagesTest, AWrongWordNamesTheNearestRightOne)
 		{2, {"edit.otio"}, {"unknown command 'edit.otio' (see sonaro --help)"}},
 		{2, {"--verison"}, {"unknown option '--verison'; did you mean --version?"}},
 		{2, {},
-			{"no command given; use render, play, waveform, loudness, info, graph, effects, serve, plan or join (see "
+			{"no command given; use render, play, waveform, loudness, info, graph, effects, serve, plan or "
+			 "join (see "
 			 "sonaro --help)"}},
 	});
 }

@@ -33,8 +33,10 @@ struct FarmRequest
 	FarmPlan::Options mOptions;
 };
 
-// Cuts the render of a timeline into pieces. inJob: of inRender, which is without stems, and has a tail only of a length that
-// is given. Throws a HostError.
+// Throws a HostError for a render that cannot be planned: of stems, or with a tail whose length shows when it is rendered.
+void CheckCanPlan(TimelineRenderRequest const& inRender);
+
+// Cuts the render of a timeline into pieces. inJob: of inRender, which passes CheckCanPlan. Throws a HostError.
 FarmPlan PlanFarm(
 	TimelineRenderJob const& inJob, TimelineRenderRequest const& inRender, FarmRequest const& inRequest);
 

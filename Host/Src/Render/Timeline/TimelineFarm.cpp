@@ -55,20 +55,6 @@ ProgrammeRange FindRange(
 	return range;
 }
 
-void CheckCanPlan(TimelineRenderRequest const& inRender)
-{
-	if (inRender.mStems != Stems::kNone)
-	{
-		Refuse("--stems cannot be planned, as a plan is that of one file; plan each marker's range by "
-			   "itself, or "
-			   "render stems without a plan");
-	}
-	if (inRender.mTail && !inRender.mTail->mLength)
-	{
-		Refuse("--tail auto cannot be planned, as its length shows when it is rendered; give a time");
-	}
-}
-
 Sequence::GraphReport MakeReport(Programme const& inProgramme, unsigned inBlockFrames)
 {
 	RenderContextScope const context(inBlockFrames, SN::kTimeMax, SN::ImmutableString("plan"));
@@ -87,6 +73,20 @@ Sequence::GraphReport MakeReport(Programme const& inProgramme, unsigned inBlockF
 }
 
 } // namespace
+
+void CheckCanPlan(TimelineRenderRequest const& inRender)
+{
+	if (inRender.mStems != Stems::kNone)
+	{
+		Refuse("--stems cannot be planned, as a plan is that of one file; plan each marker's range by "
+			   "itself, or "
+			   "render stems without a plan");
+	}
+	if (inRender.mTail && !inRender.mTail->mLength)
+	{
+		Refuse("--tail auto cannot be planned, as its length shows when it is rendered; give a time");
+	}
+}
 
 FileFingerprint TakeTimelineFingerprint(std::filesystem::path const& inPath)
 {
