@@ -12,7 +12,7 @@ packages=(g++ cmake ninja-build ccache pkg-config
 if [ "${1:-build}" = test ]; then
 	packages+=(clang clang-format clang-tidy libclang-rt-14-dev lld python3 libgtest-dev libgmock-dev libbenchmark-dev libebur128-dev
 		ffmpeg librsvg2-bin lilv-utils lv2-examples mda-lv2
-		pybind11-dev python3-dev python3-numpy python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy)
+		pybind11-dev python3-dev python3-distributed python3-numpy python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy)
 fi
 
 missing=()
