@@ -43,8 +43,8 @@ void CheckOptions(CLI::App& ioParser, RenderOptions const& inOptions)
 	}
 }
 
-Json MakeReport(std::string const& inInput, ProgrammeRenderJob const& inJob, RenderSummary const& inSummary,
-	OutputLevels const& inLevels)
+Json MakeProgrammeReport(std::string const& inInput, ProgrammeRenderJob const& inJob,
+	RenderSummary const& inSummary, OutputLevels const& inLevels)
 {
 	Programme const& programme = inJob.GetProgramme();
 	int const rate = inJob.GetSampleRate();
@@ -76,7 +76,7 @@ void RenderCalledProgramme(CLI::App& ioParser, RenderOptions const& inOptions, s
 	RenderSummary const summary = RunStrictly(job, inOptions, [](std::string const&) {});
 	WarnOfLevels(summary);
 	WarnOfDamage(summary);
-	std::string const report = ToText(MakeReport(inInput, job, summary, inOptions.mLevels));
+	std::string const report = ToText(MakeProgrammeReport(inInput, job, summary, inOptions.mLevels));
 	FinishAfter(inOptions.mOutput,
 		[&]
 		{

@@ -51,7 +51,7 @@ bool IsTimeline(std::filesystem::path const& inPath)
 	return extension == ".otio" || extension == ".otioz" || extension == ".otiod";
 }
 
-std::string DescribeMissing(std::filesystem::path const& inPath)
+std::string DescribeAbsence(std::filesystem::path const& inPath)
 {
 	std::error_code error;
 	if (!std::filesystem::exists(inPath, error))
@@ -139,7 +139,7 @@ FoundMedia MediaFinder::Search(std::string_view inUrl) const
 	found.mWhyMissing = isForeign ? "has the scheme " + location.mForeignScheme +
 										", but only local files can be read; copy it to a media folder"
 						: own.empty() ? "does not name a file"
-									  : DescribeMissing(named);
+									  : DescribeAbsence(named);
 	return found;
 }
 

@@ -14,7 +14,7 @@ namespace
 {
 
 // Bytes that are gathered before they are handed on.
-constexpr std::size_t kPiece = 65536;
+constexpr std::size_t kTextPiece = 65536;
 
 int Quantize(float inSample, int inBits)
 {
@@ -41,7 +41,7 @@ void WriteValues(
 			inAppend(ioText, Quantize(column.mMinimum, inBits));
 			inAppend(ioText, Quantize(column.mMaximum, inBits));
 		}
-		if (ioText.size() >= kPiece)
+		if (ioText.size() >= kTextPiece)
 		{
 			flush();
 		}

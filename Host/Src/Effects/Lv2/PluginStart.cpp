@@ -179,7 +179,8 @@ std::optional<std::string> FindWhyNotStarting(
 	try
 	{
 		constexpr unsigned kFrames = 256;
-		PluginInstance(inData, {inSampleRate, kFrames, kFrames, false, inData->mNeedsFixedBlocks});
+		PluginInstance const instance(
+			inData, {inSampleRate, kFrames, kFrames, false, inData->mNeedsFixedBlocks});
 		return std::nullopt;
 	}
 	catch (HostError const& error)
