@@ -144,7 +144,7 @@ def kill_all(folder, rounds, seed):
         worker = folder.start("render", "--piece", f"plan.json#{draw.randint(1, 3)}", "-o",
                               f"pieces/{draw.randint(1, 3)}-{draw.randint(1, 2)}.wav", "--quiet")
         try:
-            worker.communicate(timeout=draw.uniform(0, longest))
+            worker.communicate(timeout=draw.uniform(0, 3 * longest))
         except subprocess.TimeoutExpired:
             worker.kill()
             worker.communicate()

@@ -1,6 +1,6 @@
 #include "Program.h"
 
-#include "FeatureList.h"
+#include "Features/FeatureList.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Binaural/SofaEars.h"
 #include "SonaroHost/Effects/EffectLibrary.h"

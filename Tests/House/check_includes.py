@@ -64,6 +64,7 @@ COMMAND = {
     "Options": "",
     "Report": "Terminal Options",
     "Called": "Terminal Options Report",
+    "Features": "Terminal Report",
     "Play": "Terminal Options Report",
     "Page": "Terminal Options Report",
     "Serve": "Terminal Report",

@@ -79,10 +79,10 @@ public:
 	{
 		try
 		{
-			auto file = PieceFile::Open(inPath);
+			auto const file = PieceFile::Open(inPath);
 			if (file && file->GetFacts().mPlan == mIdentity)
 			{
-				mFound.emplace(file->GetFacts().mNumber, *std::move(file));
+				mFound.emplace(file->GetFacts().mNumber, *file);
 			}
 			else if (file || inIsNamed)
 			{
@@ -199,6 +199,7 @@ std::vector<DamagedMedia> PieceSet::ListDamaged() const
 		}
 	}
 	std::vector<DamagedMedia> list;
+	list.reserve(all.size());
 	for (auto const& [path, found] : all)
 	{
 		list.push_back({path, found.first, found.second.Get()});

@@ -43,7 +43,7 @@ std::vector<FileFingerprint> ListMediaStates(TimelineRenderJob const& inJob, Tim
 }
 
 // What is rendered, with a tail.
-ProgrammeRange FindRange(
+ProgrammeRange AddTail(
 	TimelineRenderJob const& inJob, Programme const& inProgramme, OutputRequest const& inRequest)
 {
 	ProgrammeRange range = inJob.GetRange();
@@ -117,7 +117,7 @@ FarmPlan PlanFarm(
 	plan.mSampleRate = programme.mSampleRate;
 	plan.mChannels = static_cast<unsigned>(programme.GetLayout().size());
 	plan.mBlockFrames = ChooseBlock(programme, inRender.mBlockFrames);
-	plan.mRange = FindRange(inJob, programme, inRender);
+	plan.mRange = AddTail(inJob, programme, inRender);
 	plan.mWhyWhole = MakeReport(programme, plan.mBlockFrames).mWhyInOneRun;
 	plan.mPieces = Farm::CostProfile(programme).Cut(
 		plan.mRange, plan.mBlockFrames, plan.mWhyWhole.empty() ? inRequest.mPieces : 1);
