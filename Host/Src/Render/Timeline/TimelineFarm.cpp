@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <chrono>
 #include <set>
+#include <unordered_set>
 #include <utility>
 
 namespace SonaroHost::Otio
@@ -27,10 +28,11 @@ constexpr char const* kPlanAgain = "plan the render again, and render all pieces
 std::vector<FileFingerprint> ListMediaStates(TimelineRenderJob const& inJob, TimelineOptions const& inOptions)
 {
 	std::vector<FileFingerprint> prints;
-	std::set<std::filesystem::path> known{std::filesystem::path()};
+	// Texts: paths take long to compare, and there may be very many clips.
+	std::unordered_set<std::string> known{std::string()};
 	for (ClipRow const& clip : inJob.GetSequence().mClips)
 	{
-		if (known.insert(clip.mMedia).second)
+		if (known.insert(clip.mMedia.native()).second)
 		{
 			prints.push_back(TakeFingerprint(std::filesystem::absolute(clip.mMedia)));
 		}
