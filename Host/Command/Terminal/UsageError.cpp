@@ -116,6 +116,11 @@ std::optional<std::string> FindUnknownOption(CLI::App const& inParser)
 {
 	for (std::string const& word : inParser.remaining())
 	{
+		// Whatever follows is an input.
+		if (word == "--")
+		{
+			break;
+		}
 		if (word.size() > 1 && word.front() == '-')
 		{
 			return DescribeUnknown("option", word.substr(0, word.find('=')), ListOptions(inParser));
