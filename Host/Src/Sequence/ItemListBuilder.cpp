@@ -143,20 +143,24 @@ void ItemListBuilder::PlaceFades(Item const& inItem, Placed& ioPlaced, bool inHa
 	ioPlaced.mBody.mEnd -= fadeOut;
 }
 
-void ItemListBuilder::RefuseItem(
-	Item const& inItem, std::string const& inReason, std::string const& inRemedy) const
+Place ItemListBuilder::GetPlace(Item const& inItem) const
 {
 	Place place = mContext.mPlace;
 	place.mItemName = &inItem.mName;
+	place.mItemNumber = static_cast<std::size_t>(&inItem - mTrack.mItems.data()) + 1;
 	place.mOrigin = &inItem.mOrigin;
-	Refuse(place, inReason, inRemedy);
+	return place;
+}
+
+void ItemListBuilder::RefuseItem(
+	Item const& inItem, std::string const& inReason, std::string const& inRemedy) const
+{
+	Refuse(GetPlace(inItem), inReason, inRemedy);
 }
 
 void ItemListBuilder::AddItem(Item const& inItem, Placed const& inPlaced)
 {
-	Place place = mContext.mPlace;
-	place.mItemName = &inItem.mName;
-	place.mOrigin = &inItem.mOrigin;
+	Place place = GetPlace(inItem);
 	place.mTime = mContext.mPlace.mTime.From(inItem.mStart);
 	place.mInnerTime = FindInnerTime(inItem, place.mTime);
 	ItemContext const context{place, mTrack.mLayout, mContext.mMixdown,

@@ -80,6 +80,7 @@ private:
 	Placed PlaceItem(Item const& inItem) const;
 	void PlaceCrossfade(Crossfade const& inCrossfade);
 	void PlaceFades(Item const& inItem, Placed& ioPlaced, bool inHasCrossfadeBehind) const;
+	Place GetPlace(Item const& inItem) const;
 	[[noreturn]] void RefuseItem(
 		Item const& inItem, std::string const& inReason, std::string const& inRemedy = {}) const;
 

@@ -87,12 +87,13 @@ Generator SequenceBuilder::MakeGroup() const
 
 void SequenceBuilder::ListNodes()
 {
-	auto const add = [this](Kind inKind, auto const& inTrack)
+	auto const add = [this](Kind inKind, auto const& inTrack, auto const& inAll)
 	{
 		Node& node = mNodes.emplace_back();
 		node.mKind = inKind;
 		node.mName = &inTrack.mName;
 		node.mOrigin = &inTrack.mOrigin;
+		node.mNumber = static_cast<std::size_t>(&inTrack - inAll.data()) + 1;
 		node.mLayout = &inTrack.mLayout;
 		node.mChain = &inTrack.mChain;
 		node.mMute = inTrack.mMute;
@@ -103,11 +104,11 @@ void SequenceBuilder::ListNodes()
 	};
 	for (Track const* const track : mHeard)
 	{
-		add(Kind::kTrack, *track);
+		add(Kind::kTrack, *track, mDescription.mTracks);
 	}
 	for (Submix const& submix : mDescription.mSubmixes)
 	{
-		add(Kind::kSubmix, submix);
+		add(Kind::kSubmix, submix, mDescription.mSubmixes);
 	}
 	Node& master = mNodes.emplace_back();
 	master.mName = &sMasterName;
@@ -136,7 +137,9 @@ Place SequenceBuilder::GetPlace(Node const& inNode) const
 	char const* const kind = inNode.mKind == Kind::kTrack    ? "track"
 							 : inNode.mKind == Kind::kSubmix ? "submix"
 															 : "sequence";
-	return {kind, &mContext.mPrefix, inNode.mName, nullptr, inNode.mOrigin, mContext.mTime};
+	Place place{kind, &mContext.mPrefix, inNode.mName, nullptr, inNode.mOrigin, mContext.mTime};
+	place.mNumber = inNode.mNumber;
+	return place;
 }
 
 void SequenceBuilder::CheckLayout(Node const& inNode) const

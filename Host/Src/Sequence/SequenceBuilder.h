@@ -64,6 +64,8 @@ private:
 		Kind mKind = Kind::kMaster;
 		std::string const* mName = nullptr;
 		std::string const* mOrigin = nullptr;
+		// Among the tracks or the submixes, from 1 on.
+		std::size_t mNumber = 0;
 		SN::AudioChannelLayout const* mLayout = nullptr;
 		Chain const* mChain = nullptr;
 		MuteSwitch mMute;

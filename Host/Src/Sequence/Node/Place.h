@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Sequence/OutermostTime.h"
 
+#include <cstddef>
 #include <string>
 
 namespace SonaroHost::Sequence
@@ -24,6 +25,9 @@ struct Place
 	OutermostTime mTime = {};
 	// The time of what the item plays.
 	OutermostTime mInnerTime = {};
+	// Among their kind, from 1 on, for those without a name; 0 where they have no number.
+	std::size_t mNumber = 0;
+	std::size_t mItemNumber = 0;
 
 	// The path in the form "Dialogue / Scene 4 / Boom".
 	std::string GetPath() const;
@@ -32,11 +36,11 @@ struct Place
 	// Whether it is the master of the outermost sequence, which people know as the output.
 	bool IsOutput() const;
 	// What leads to a sequence within the item.
-	std::string GetItemPrefix() const { return GetPath() + " / " + *mItemName + " / "; }
+	std::string GetItemPrefix() const;
 };
 
-// Throws a HostError of kind kRequest, as "track 'Boom', item 'Scene 4': inReason; inRemedy", whose place is the
-// origin.
+// Throws a HostError of kind kRequest, as "track 'Boom', item 'Scene 4': inReason; inRemedy", or "track 1, item 2: ..."
+// without names. Its place is the origin.
 [[noreturn]] void Refuse(Place const& inPlace, std::string const& inReason, std::string const& inRemedy = {});
 
 // The name for messages: in quotes, on one line.
