@@ -3,6 +3,7 @@
 #include "Cancel.h"
 #include "CommandRun.h"
 #include "Errors.h"
+#include "Samples.h"
 
 #include <chrono>
 #include <functional>
@@ -48,6 +49,7 @@ bool WaitFor(CommandRun& ioRun)
 
 void Listen(CommandRun& ioRun, py::object const& inProgress)
 {
+	SignalListener::ThrowIfEnded();
 	if (PyErr_CheckSignals() != 0)
 	{
 		throw py::error_already_set();
@@ -110,10 +112,12 @@ py::tuple Run(std::vector<std::string> const& inArguments, std::map<std::string,
 
 void AddRun(py::module_& ioModule)
 {
-	py::class_<Cancel, std::shared_ptr<Cancel>>(ioModule, "Cancel")
+	py::class_<Cancel, std::shared_ptr<Cancel>>(
+		ioModule, "Cancel", "Ends the renders that it was given to, from any thread.")
 		.def(py::init<>())
-		.def("cancel", &Cancel::Use)
+		.def("cancel", &Cancel::Use, "Ends them; whatever gets it later ends at once.")
 		.def_property_readonly("cancelled", &Cancel::IsUsed);
+	ioModule.def("end_calls", &SignalListener::EndCalls);
 	ioModule.def("run", &Run, py::arg("arguments"), py::arg("texts"), py::arg("programmes"),
 		py::arg("cancel"), py::arg("progress"));
 }

@@ -1,6 +1,9 @@
 #include "Samples.h"
 
+#include "Terminal/Caller.h"
+
 #include <algorithm>
+#include <atomic>
 
 namespace py = pybind11;
 
@@ -11,6 +14,8 @@ namespace
 {
 
 constexpr py::ssize_t kBlockFrames = 4096;
+
+std::atomic<bool> sHaveCallsEnded{false};
 
 } // namespace
 
@@ -65,11 +70,25 @@ void SignalListener::operator()()
 	{
 		return;
 	}
+	ThrowIfEnded();
 	mNext = now + std::chrono::milliseconds(100);
 	py::gil_scoped_acquire const acquire;
 	if (PyErr_CheckSignals() != 0)
 	{
 		throw py::error_already_set();
+	}
+}
+
+void SignalListener::EndCalls()
+{
+	sHaveCallsEnded = true;
+}
+
+void SignalListener::ThrowIfEnded()
+{
+	if (sHaveCallsEnded)
+	{
+		throw SonaroCommand::CommandStopped();
 	}
 }
 

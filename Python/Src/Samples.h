@@ -25,10 +25,17 @@ void ForEachBlock(
 
 // Lets the interpreter hear its signals at times, called by a thread that does not hold its lock. Throws what a handler
 // throws.
+//
+// Once all calls are to end, it throws a CommandStopped.
 class SignalListener
 {
 public:
 	void operator()();
+
+	// Ends what listens, on all threads. Threads: any.
+	static void EndCalls();
+	// Throws a CommandStopped where calls are to end. Threads: any.
+	static void ThrowIfEnded();
 
 private:
 	using Clock = std::chrono::steady_clock;

@@ -44,7 +44,7 @@ def test_fades_crossfades_and_curves_follow_their_shapes():
     gain = Fader(Curve([(0, 0), (0.5, -20), (1, -200)], scale="decibels"))
     moved = one(Item(Clip(ONES), 0, 2, stages=[gain])).read(0, RATE)[0]
     assert moved[24000] == pytest.approx(0.1, rel=1e-3) and moved[12000] == pytest.approx(10 ** -0.5, rel=1e-3)
-    muted = one(Item(Clip(ONES), 0, 2, stages=[Fader(mute=Curve([(0, 0, "hold"), (1, 1, "hold")]))]))
+    muted = one(Item(Clip(ONES), 0, 2, stages=[Fader(mute=Curve([(0, False), (1, True)]))]))
     assert muted.read(47000, 10).min() == 1 and abs(muted.read(60000, 10)).max() == 0
     panned = Sequence([Track([Item(Clip(ONES), 0, 1)], layout="mono", pan=0.0)]).read(100, 10)
     assert panned[0].min() > 0.9 and abs(panned[1]).max() < 1e-6
@@ -71,6 +71,16 @@ def test_nests_and_angles_are_heard_in_their_time():
     angles = [one(Item(Clip(ONES), 0, 2, stages=[Fader(gain)])) for gain in (0.25, 0.5)]
     cut = one(Item(Multicam(angles, [Cut(0.5, 1), Cut(0.75, 0, Fade(0.01))]), 0, 1)).read(0, RATE)[0]
     assert (cut[:24000] == 0.25).all() and (cut[24000:36000] == 0.5).all() and (cut[36600:] == 0.25).all()
+
+
+def test_a_track_is_read_alone_with_all_that_it_nests():
+    inner = Sequence([Track([Item(Clip(ONES), 0, 1)], layout="mono", stages=[Fader(gain)]) for gain in (1, 2, 4)],
+                     layout="mono")
+    for content in (Nest(inner), Multicam([inner])):
+        outer = Sequence([Track([Item(Clip(ONES), 0, 1)], layout="mono"), Track([Item(content, 0, 1)], layout="mono"),
+                          Track([Item(Nest(one(Item(content, 0, 1))), 0, 1)], layout="mono")], layout="mono")
+        with outer.open() as opened:
+            assert [opened.read(100, 9, track).mean() for track in (1, 2, 3, None)] == [1, 7, 7, 15]
 
 
 def test_speeds_and_rates_are_exact(tmp_path):
@@ -133,7 +143,7 @@ def circle():
 
 
 BAD = [
-    (lambda: one(Item(Clip(ONES), 0, 1, resampling="best")), "track 1 '', item 1: 'best' is not valid; use exact"),
+    (lambda: one(Item(Clip(ONES), 0, 1, resampling="best")), "track 1, item 1: 'best' is not valid; use exact"),
     (lambda: one(Item("song.wav", 0, 1)), "'song.wav' is no content"),
     (lambda: one(Item(Clip("song.wav"), 0, 1)), "'song.wav' is no Media"),
     (lambda: one(Item(Clip(ONES), 0, float("inf"))), "inf is not a finite number"),

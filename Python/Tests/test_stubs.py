@@ -21,6 +21,8 @@ with sonaro.open("edit.otio", rate=48000) as timeline:
     place: str = timeline.notes[0].place
 with sonaro.open(sonaro.Sequence([sonaro.Track([])])) as opened:
     opened.blocks(10)
+sonaro.Sequence().open(readers=2).read(0, 10).sum()
+sonaro.Sequence().read(0, 10).sum()
 series = sonaro.loudness(numpy.zeros(10), 48000)["series"]
 """
 

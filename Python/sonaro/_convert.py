@@ -2,8 +2,10 @@
 from fractions import Fraction
 
 from . import _sonaro
-from ._arrays import take_rate, take_samples
+from ._arrays import take_finite, take_rate
 from ._errors import UsageError
+from ._exit import CALLS
+from ._values import flag, fraction, number, show
 
 
 def resample(samples, from_rate, to_rate, *, quality="exact"):
@@ -16,14 +18,18 @@ def resample(samples, from_rate, to_rate, *, quality="exact"):
     """
     if quality not in ("exact", "draft"):
         raise UsageError(f"resample: {quality!r} is no quality; use exact or draft")
-    rates = [Fraction(from_rate), Fraction(to_rate)]
+    rates = [fraction(from_rate, "resample: from_rate"), fraction(to_rate, "resample: to_rate")]
     if min(rates) <= 0:
         raise UsageError(f"resample: {from_rate} to {to_rate} Hz are no rates; use numbers above 0")
     step = rates[0] / rates[1]
     if max(step.numerator, step.denominator) >= 2**62:
         raise UsageError("resample: the rates have too many digits; use fractions of whole numbers")
-    array = take_samples(samples, "resample")
-    return _sonaro.resample(array, step.numerator, step.denominator, quality == "draft")
+    if not Fraction(1, 1000) <= step <= 1000:
+        raise UsageError(f"resample: {show(from_rate)} to {show(to_rate)} Hz are more than 1000 times apart; resample in "
+                         "steps")
+    array = take_finite(samples, "resample")
+    with CALLS:
+        return _sonaro.resample(array, step.numerator, step.denominator, quality == "draft")
 
 
 def stretch(samples, rate, speed=1.0, *, keep_pitch=True, semitones=0.0, engine="omega"):
@@ -39,5 +45,7 @@ def stretch(samples, rate, speed=1.0, *, keep_pitch=True, semitones=0.0, engine=
     """
     if engine not in ("omega", "scaler", "rubberband"):
         raise UsageError(f"stretch: {engine!r} is no engine; use omega, scaler or rubberband")
-    return _sonaro.stretch(take_samples(samples, "stretch"), take_rate(rate, "stretch"), float(speed), bool(keep_pitch),
-                           float(semitones), engine)
+    array, rate = take_finite(samples, "stretch"), take_rate(rate, "stretch")
+    speed, semitones = number(speed, "stretch: speed"), number(semitones, "stretch: semitones")
+    with CALLS:
+        return _sonaro.stretch(array, rate, speed, flag(keep_pitch, "stretch: keep_pitch"), semitones, engine)

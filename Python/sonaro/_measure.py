@@ -7,12 +7,14 @@ from dataclasses import dataclass
 import numpy
 
 from . import _sonaro
-from ._arrays import name_layout, take_rate, take_samples
+from ._arrays import take_finite, take_layout, take_rate
 from ._command import run
 from ._errors import UsageError
+from ._exit import CALLS
 from ._readable import Readable
 from ._sequence import Sequence
 from ._timeline import open as open_timeline
+from ._values import path, whole
 
 _BLOCK_FRAMES = 65536
 _TIMELINES = (b".otio", b".otioz", b".otiod")
@@ -92,9 +94,11 @@ def loudness(source, rate=None, *, layout=None, base=None, cancel=None, track=No
         for block in source.blocks(_BLOCK_FRAMES, track):
             meter.add(block)
     else:
-        samples = take_samples(source, "loudness")
-        meter = _sonaro.LoudnessMeter(name_layout(layout, samples.shape[0]), take_rate(rate, "loudness"))
-        meter.add(samples)
+        samples = take_finite(source, "loudness")
+        layout = take_layout(layout, samples.shape[0], "loudness")
+        meter = _sonaro.LoudnessMeter(layout, take_rate(rate, "loudness"))
+        with CALLS:
+            meter.add(samples)
     listing, step, series = meter.read()
     reading = json.loads(listing)["inputs"][0]
     del reading["path"]
@@ -110,10 +114,8 @@ def _with_silence(reading):
 def waveform(source, rate=None, *, samples_per_column=256, track=None, base=None):
     """The waveform of an array of the shape (channels, frames) with its rate, of an open Timeline or a timeline, with a
     track for that track alone, or of a sound file or a movie. Returns a Waveform, and raises an Error."""
-    samples_per_column = int(samples_per_column)
-    if not 1 <= samples_per_column <= 2**31:
-        raise UsageError(f"waveform: {samples_per_column} samples a column are out of range; use 1 or more")
-    if _is_path(source) and not os.fsencode(source).rstrip(b"/").lower().endswith(_TIMELINES):
+    samples_per_column = whole(samples_per_column, "waveform: samples_per_column", 1, 2**31)
+    if _is_path(source) and not path(source, "waveform").rstrip(b"/").lower().endswith(_TIMELINES):
         if track is not None:
             raise UsageError("waveform: track applies only to timelines")
         return _of_file(source, samples_per_column)
@@ -127,12 +129,15 @@ def waveform(source, rate=None, *, samples_per_column=256, track=None, base=None
         for block in source.blocks(_BLOCK_FRAMES, track):
             peaks.add(block)
         return Waveform(source.rate, samples_per_column, peaks.finish())
-    samples = take_samples(source, "waveform")
+    samples, rate = take_finite(source, "waveform"), take_rate(rate, "waveform")
     peaks = _sonaro.PeakGatherer(samples.shape[0], samples_per_column)
-    peaks.add(samples)
-    return Waveform(take_rate(rate, "waveform"), samples_per_column, peaks.finish())
+    with CALLS:
+        peaks.add(samples)
+    return Waveform(rate, samples_per_column, peaks.finish())
 
 
-def _of_file(path, samples_per_column):
-    rate, columns = _sonaro.gather_file(os.fsencode(path), samples_per_column)
+def _of_file(source, samples_per_column):
+    file = path(source, "waveform")
+    with CALLS:
+        rate, columns = _sonaro.gather_file(file, samples_per_column)
     return Waveform(rate, samples_per_column, columns)

@@ -1,5 +1,9 @@
 """What is read as an array that is rendered where it is read."""
+import os
+
 from ._errors import Error, UsageError
+from ._exit import CALLS
+from ._values import show, whole
 
 
 class Readable:
@@ -9,7 +13,8 @@ class Readable:
     frames    samples of each channel; duration, the same in seconds
     layout    the channels: "mono", "stereo", "5.1", "ambisonic1" ...; channels, their number
 
-    Threads: any; as many read at once as open was asked for.
+    Threads: any; as many read at once as open was asked for. Processes: the one that opened it; another one, forked
+    from it, opens its own.
     """
 
     # What the outermost tracks are called, in their order.
@@ -17,6 +22,7 @@ class Readable:
 
     def __init__(self, opened, name, rate, frames, layout):
         self._opened = opened
+        self._process = os.getpid()
         self.name = name
         self.rate = rate
         self.frames = frames
@@ -31,21 +37,20 @@ class Readable:
         track: the name or number of an outermost track that is heard alone, through the mix; None for all. Raises an
         Error, and a UsageError for a track that does not exist.
         """
-        start, frames = int(start), int(frames)
-        if frames < 0 or abs(start) > 2**52 or frames > 2**40:
-            raise UsageError(f"read: {frames} samples from {start} on are no range")
+        start = whole(start, "read: start", -2**52, 2**52)
+        frames = whole(frames, "read: frames", 0, 2**40)
         opened = self._get()
+        number = 0 if track is None else self._number(track)
         try:
-            return opened.read(start, frames, 0 if track is None else self._number(track))
+            with CALLS:
+                return opened.read(start, frames, number)
         except Error:
             self._raise_failure(opened)
             raise
 
     def blocks(self, size, track=None):
         """All samples in arrays of so many frames; the last one may be shorter."""
-        size = int(size)
-        if size < 1:
-            raise UsageError(f"blocks: a block of {size} samples is too short; use 1 or more")
+        size = whole(size, "blocks: size", 1, 2**40)
         return (self.read(start, min(size, self.frames - start), track) for start in range(0, self.frames, size))
 
     def close(self):
@@ -59,14 +64,17 @@ class Readable:
                 raise UsageError(f"{len(numbers) or 'no'} tracks are called {track!r}; use a number from 1 to "
                                  f"{len(self._track_names)}")
             return numbers[0]
-        number = int(getattr(track, "number", track))
-        if not 1 <= number <= len(self._track_names):
-            raise UsageError(f"there is no track {number}; there are {len(self._track_names)}")
-        return number
+        number = getattr(track, "number", track)
+        try:
+            return whole(number, "track", 1, len(self._track_names))
+        except UsageError:
+            raise UsageError(f"there is no track {show(number)}; there are {len(self._track_names)}") from None
 
     def _get(self):
         if self._opened is None:
             raise UsageError(f"{self.name!r} was closed; open it again")
+        if self._process != os.getpid():
+            raise UsageError(f"{self.name!r} was opened by another process, which reads its media; open it in this one")
         return self._opened
 
     def _raise_failure(self, opened):

@@ -4,6 +4,7 @@ import os
 
 from ._command import run
 from ._errors import UsageError
+from ._values import path as take_path
 
 _OWN = {"output": "output", "json": "the result is always data", "quiet": "nothing is printed",
         "help": "see the documentation", "piece": "sonaro.farm renders pieces"}
@@ -22,7 +23,7 @@ def render(timeline, output, *, report=True, base=None, progress=None, cancel=No
     progress  called with the samples that are done and those of all passes, about 25 times a second, on this thread;
               what it raises ends the render
     cancel    a Cancel that another thread may use
-    options   those of the command by their names, with underscores: normalize=-16, limit_dbtp=-1, stems="track",
+    options   those of the command, which "sonaro render --help" lists, by their names, with underscores: normalize=-16, limit_dbtp=-1, stems="track",
               no_overwrite=True, media=["a", "b"], range=(start, duration), keep_pitch=True. Numbers of times are
               seconds. A list gives an option once for each of its values. An effect may be a pair of its URI and a
               dict of its controls, in which "preset" stands for the preset.
@@ -36,12 +37,12 @@ def render(timeline, output, *, report=True, base=None, progress=None, cancel=No
     for name, why in _OWN.items():
         if name in options:
             raise TypeError(f"render() has no option {name!r}: {why}")
-    if os.fsencode(output) == b"-":
+    options["output"] = take_path(output, "output")
+    if options["output"] == b"-":
         raise UsageError("'-' would be the standard output; give a path")
-    options["output"] = os.fsencode(output)
     is_kept = not isinstance(report, bool)
     if is_kept:
-        options.update(report=os.fsencode(report), json=True)
+        options.update(report=take_path(report, "report"), json=True)
     elif report:
         options["report"] = b"-"
     else:

@@ -5,54 +5,37 @@ sample of the sequence's rate, each for itself, so that items which meet go on m
 """
 import math
 import os
+import threading
+import weakref
 from dataclasses import dataclass, field
 from fractions import Fraction
 from typing import Any, Dict, List, Optional, Union
 
+import numpy
+from numpy.typing import NDArray
+
 from . import _sonaro
-from ._arrays import name_layout, take_samples
+from ._arrays import check_layout, take_layout, take_samples
 from ._errors import UsageError
+from ._exit import CALLS
 from ._readable import Readable
+from ._values import choose, each, flag, fraction, length, number, path, ratio, show, text, ticks, whole
 
 Time = Union[int, float, Fraction]
 
-_TICKS = 254016000000
 _SHAPES = {"linear": 0, "equal-power": 1, "s-curve": 2}
 _INTERPOLATIONS = {"hold": 0, "linear": 1, "smooth": 2}
 _SCALES = {"linear": 0, "decibels": 1}
 _RESAMPLINGS = {"exact": 0, "draft": 1, "engine": 2}
 _MIXDOWNS = {"front": 1, "front-rear": 2, "front-lfe": 3, "all": 4}
-
-
-def _choose(value, choices, what):
-    try:
-        return choices[value]
-    except (KeyError, TypeError):
-        raise UsageError(f"{what}: {value!r} is not valid; use {', '.join(choices)}") from None
-
-
-def _fraction(value, what):
-    try:
-        return Fraction(value if isinstance(value, (int, Fraction)) else float(value))
-    except (TypeError, ValueError, OverflowError):
-        raise UsageError(f"{what}: {value!r} is not a finite number") from None
-
-
-def _ticks(time, what):
-    ticks = math.floor(_fraction(time, what) * _TICKS + Fraction(1, 2))
-    if abs(ticks) > 360000 * _TICKS:
-        raise UsageError(f"{what}: {time} seconds are out of range; use up to 100 hours")
-    return ticks
-
-
-def _ratio(value, what):
-    """A fraction that has room in 63 bits."""
-    fraction = _fraction(value, what)
-    if fraction.denominator > 2**44:
-        fraction = fraction.limit_denominator(2**40)
-    if abs(fraction.numerator) >= 2**62:
-        raise UsageError(f"{what}: {value} is out of range")
-    return fraction.numerator, fraction.denominator
+# The lowest and the highest value: gains of up to 200 dB, also with the sign turned, and what a float can be.
+_GAIN = (-1e10, 1e10)
+_GAIN_DECIBELS = (-math.inf, 200)
+_PAN = (0, 1)
+_SWITCH = (0, 1)
+_CONTROL = (-3.4e38, 3.4e38)
+_LONGEST_SECONDS = 180000
+_MOST_LEVELS = 64
 
 
 @dataclass
@@ -64,27 +47,79 @@ class Curve:
     points: List[tuple]
     scale: str = "linear"
 
-    def _spec(self, what):
-        points = []
-        for point in self.points:
-            time, value, interpolation = (*point, "linear")[:3] if len(point) in (2, 3) else (None, None, None)
-            points.append((_ticks(time, what), float(value), _choose(interpolation, _INTERPOLATIONS, what)))
+    def _spec(self, what, limits, usual="linear"):
+        points = [self._point(point, f"{what}, point {index} of the curve", limits, usual)
+                  for index, point in enumerate(each(self.points, (list, tuple), f"{what}, points of the curve"), 1)]
         if not points:
             raise UsageError(f"{what}: a curve has to have a point")
-        scale = _choose(self.scale, _SCALES, what)
+        scale = choose(self.scale, _SCALES, what)
+        if scale and limits is not _GAIN:
+            raise UsageError(f"{what}: a curve that is no gain has no decibels; use the scale linear")
         first = min(points)[1]
         return (10 ** (first / 20) if scale else first, points, scale)
 
+    def _point(self, point, what, limits, usual):
+        if len(point) not in (2, 3):
+            raise UsageError(f"{what}: {show(point)} is no point; use (time, value) or (time, value, interpolation)")
+        time, value, interpolation = (*point, usual)[:3]
+        is_silence = self.scale == "decibels" and isinstance(value, float) and value == -math.inf
+        if not is_silence:
+            value = number(value, what, *(_GAIN_DECIBELS if self.scale == "decibels" else limits))
+        if limits is _SWITCH and interpolation != "hold":
+            raise UsageError(f"{what}: a switch holds its value, and cannot be {show(interpolation)}; use hold")
+        return (ticks(time, what), value, choose(interpolation, _INTERPOLATIONS, what))
 
-def _parameter(value, what):
+
+def _parameter(value, what, limits):
     if value is None:
         return None
     if isinstance(value, Curve):
-        return value._spec(what)  # pylint: disable=protected-access
-    return (float(_fraction(value, what)), [], 0)
+        return value._spec(what, limits)  # pylint: disable=protected-access
+    return (number(value, what, *limits), [], 0)
 
 
-@dataclass
+def _switch(value, what):
+    if isinstance(value, Curve):
+        return value._spec(what, _SWITCH, "hold")  # pylint: disable=protected-access
+    return None if value is None else (float(flag(value, what)), [], 0)
+
+
+class _Functions:
+    """The functions that an opened sequence calls. It has them, and the module has weak references, so that the garbage
+    collector sees circles of them."""
+
+    # Whose function is called on a thread.
+    called = threading.local()
+
+    def __init__(self):
+        self._functions = []
+
+    def add(self, function, what, channels):
+        """What the module calls instead."""
+        index = len(self._functions)
+        self._functions.append(function)
+        owner = weakref.ref(self)
+        return lambda start, frames: owner().call(index, start, frames, what, channels)
+
+    def call(self, index, start, frames, what, channels):
+        outer = getattr(self.called, "owners", ())
+        self.called.owners = (*outer, self)
+        try:
+            samples = self._functions[index](start, frames)
+        finally:
+            self.called.owners = outer
+        samples = take_samples(samples, what, is_row_one_channel=False)
+        if samples.shape != (channels, frames):
+            raise UsageError(f"{what}: the function has to return samples of the shape ({channels}, {frames}), and "
+                             f"returned {samples.shape}")
+        return samples
+
+    def refuse_circle(self, name):
+        if self in getattr(self.called, "owners", ()):
+            raise UsageError(f"sequence {name!r}: a function of its media cannot read it; open another one for that")
+
+
+@dataclass(eq=False)
 class Media:
     """A recording that clips are cut from.
 
@@ -105,18 +140,23 @@ class Media:
     name: str = "media"
     stream: int = 0
 
-    def _spec(self):
+    def _spec(self, what, functions):
+        what = f"{what}, media {show(self.name)}"
+        name = text(self.name, f"{what}, name")
         if isinstance(self.samples, (str, bytes, os.PathLike)):
-            return ("file", os.fsencode(self.samples), self.stream)
-        if self.rate is None or not 1 <= self.rate <= 10**7:
-            raise UsageError(f"media {self.name!r}: a rate of {self.rate} is out of range; use 1 to 10000000")
+            return ("file", path(self.samples, what), whole(self.stream, f"{what}, stream", 0, 10**6))
+        if self.rate is None:
+            raise UsageError(f"{what}: a rate of None is out of range; use 1 to 10000000")
+        rate = number(self.rate, f"{what}, rate", 1, 10**7)
         if callable(self.samples):
-            if not self.channels or self.frames is None or not 0 <= self.frames < 2**40:
-                raise UsageError(f"media {self.name!r}: a function has to have channels and frames")
-            layout = name_layout(self.layout, self.channels)
-            return ("function", self.samples, float(self.rate), layout, self.name, int(self.frames))
-        samples = take_samples(self.samples, f"media {self.name!r}")
-        return ("array", samples, float(self.rate), name_layout(self.layout, samples.shape[0]), self.name)
+            if self.channels is None or self.frames is None:
+                raise UsageError(f"{what}: a function has to have channels and frames")
+            channels = whole(self.channels, f"{what}, channels", 1, 64)
+            return ("function", functions.add(self.samples, what, channels), rate,
+                    take_layout(self.layout, channels, what), name,
+                    whole(self.frames, f"{what}, frames", 0, 2**40 - 1))
+        samples = take_samples(self.samples, what)
+        return ("array", samples, rate, take_layout(self.layout, samples.shape[0], what), name)
 
 
 @dataclass
@@ -127,7 +167,7 @@ class Fade:
     shape: str = "linear"
 
     def _spec(self, what):
-        return (_ticks(self.length, what), _choose(self.shape, _SHAPES, what))
+        return (length(self.length, what), choose(self.shape, _SHAPES, what))
 
 
 def _fade(fade, what):
@@ -138,7 +178,7 @@ def _fade(fade, what):
 
 @dataclass
 class Fader:
-    """A gain, linear, and a mute, which silences while it is true (a curve of it holds)."""
+    """A gain, linear, and a mute, which silences while it is true. Points of a curve of it hold."""
 
     gain: Union[float, Curve] = 1.0
     mute: Union[bool, Curve, None] = None
@@ -189,7 +229,7 @@ class Nest:
 @dataclass
 class Cut:
     """To another angle of a Multicam, by its index, at a time of the angles; with a fade, the angle before goes out under
-    the one that comes in."""
+    the one that comes in. At the angles' time 0 there is none before, and no fade."""
 
     time: Time
     angle: int
@@ -271,10 +311,11 @@ class Submix:
 @dataclass
 class Sequence:
     """Tracks and submixes, mixed into a master of a layout and a rate. Nested sequences take the rate of the outermost.
+    A nested sequence is heard as long as its item, and only the duration of the outermost counts.
 
     stages    of the master: faders and effects
     mixdown   what of 5.1 is heard in mono and stereo: "front", "front-rear", "front-lfe", "all"; None for the usual
-    duration  in seconds; None for the end of the last item
+    duration  of the outermost, in seconds, up to 50 hours; None for the end of the last item
     """
 
     tracks: List[Track] = field(default_factory=list)
@@ -286,35 +327,40 @@ class Sequence:
     duration: Optional[Time] = None
     name: str = "sequence"
 
-    def open(self, readers=1):
+    def open(self, readers: int = 1) -> "OpenSequence":
         """The sequence as it is now, for reading, as an OpenSequence; each of the readers renders beside the others.
         Raises an Error for what contradicts itself."""
-        if int(self.rate) != self.rate or not 1 <= self.rate <= 768000:
-            raise UsageError(f"sequence {self.name!r}: a rate of {self.rate} Hz is out of range; use 1 to 768000")
-        if not 1 <= readers <= 256:
-            raise UsageError(f"readers: {readers} is out of range; use 1 to 256")
-        specs = _Specs()
-        specs.add(self)
+        what = f"sequence {show(self.name)}"
+        rate = whole(self.rate, f"{what}, rate", 1, 768000)
+        readers = whole(readers, "readers", 1, 256)
         frames = None
         if self.duration is not None:
-            frames = math.floor(_fraction(self.duration, "duration") * int(self.rate) + Fraction(1, 2))
-            if not 0 <= frames < 2**40:
-                raise UsageError(f"sequence {self.name!r}: a duration of {self.duration} seconds is out of range")
-        opened = _sonaro.OpenSequence(specs.sequences, specs.media, int(self.rate), frames, readers)
-        return OpenSequence(opened, self)
+            number(self.duration, f"{what}, duration", 0, _LONGEST_SECONDS)
+            frames = math.floor(fraction(self.duration, what) * rate + Fraction(1, 2))
+        specs = _Specs()
+        specs.add(self)
+        with CALLS:
+            opened = _sonaro.OpenSequence(specs.sequences, specs.media, rate, frames, readers)
+        return OpenSequence(opened, self, specs.functions)
 
-    def read(self, start, frames, track=None):
+    def read(self, start: int, frames: int, track: Any = None) -> "NDArray[numpy.float32]":
         """The samples at once; open the sequence to read more than once."""
         with self.open() as opened:
             return opened.read(start, frames, track)
 
 
 class OpenSequence(Readable):
-    """A sequence that was opened. What a function of a Media raises ends a read and is raised by it."""
+    """A sequence that was opened. What a function of a Media raises ends a read and is raised by it. Such a function
+    cannot read the sequence that it stands in."""
 
-    def __init__(self, opened, sequence):
+    def __init__(self, opened, sequence, functions):
         super().__init__(opened, sequence.name, int(sequence.rate), opened.frames, opened.layout)
+        self._functions = functions
         self._track_names = tuple(track.name for track in sequence.tracks)
+
+    def _get(self):
+        self._functions.refuse_circle(self.name)
+        return super()._get()
 
     def _raise_failure(self, opened):
         failure = opened.take_failure()
@@ -328,111 +374,159 @@ class _Specs:
     def __init__(self):
         self.sequences = []
         self.media = []
+        self.functions = _Functions()
         self._numbers = {}
         self._media_numbers = {}
         # Objects whose identities are remembered have to live.
         self._open = []
 
-    def add(self, sequence):
-        """The number of a sequence, after those that it nests."""
+    def add(self, sequence, where=""):
+        """The number of a sequence, after those that it nests. where: the way to it, as "track 2, item 1, "; it makes the
+        origins of tracks differ between sequences, by which the engine leaves out tracks."""
         if not isinstance(sequence, Sequence):
-            raise UsageError(f"{sequence!r} is no Sequence")
+            raise UsageError(f"{where}{show(sequence)} is no Sequence")
         if id(sequence) in self._numbers:
             return self._numbers[id(sequence)]
+        what = f"{where}sequence {show(sequence.name)}"
         if any(sequence is other for other in self._open):
-            raise UsageError(f"sequence {sequence.name!r}: it nests itself")
+            raise UsageError(f"{what}: it nests itself")
+        if len(self._open) > _MOST_LEVELS:
+            raise UsageError(f"sequence {show(sequence.name)}: sequences are nested deeper than {_MOST_LEVELS} levels; remove levels, or render "
+                             "the inner ones to separate files")
         self._open.append(sequence)
-        names = {submix.name: number for number, submix in enumerate(sequence.submixes)}
-        if len(names) < len(sequence.submixes):
-            raise UsageError(f"sequence {sequence.name!r}: two submixes have one name")
-        spec = {
-            "name": sequence.name, "layout": str(sequence.layout),
-            "tracks": [self._track(track, f"track {number}", names)
-                       for number, track in enumerate(sequence.tracks, 1)],
-            "submixes": [self._bus(submix, f"submix {number}", names)
-                         for number, submix in enumerate(sequence.submixes, 1)],
-            "stages": self._stages(sequence.stages, f"sequence {sequence.name!r}", None), "pan": None,
-            "mixdown": None if sequence.mixdown is None else _choose(sequence.mixdown, _MIXDOWNS, "mixdown"),
-        }
+        spec = self._sequence(sequence, where, what)
         self._open.pop()
         self.sequences.append(spec)
         self._numbers[id(sequence)] = len(self.sequences) - 1
         return self._numbers[id(sequence)]
 
-    def _bus(self, bus, origin, names):
-        what = f"{origin} {bus.name!r}"
-        return {"name": bus.name, "layout": str(bus.layout), "stages": self._stages(bus.stages, what, names),
-                "pan": _parameter(bus.pan, what), "mute": bool(bus.mute), "origin": origin,
+    def _sequence(self, sequence, where, what):
+        submixes = each(sequence.submixes, Submix, f"{what}, submixes")
+        tracks = each(sequence.tracks, Track, f"{what}, tracks")
+        names = {text(submix.name, f"{what}, name of a submix"): index for index, submix in enumerate(submixes)}
+        if len(names) < len(submixes):
+            raise UsageError(f"{what}: two submixes have one name")
+        return {
+            "name": text(sequence.name, f"{what}, name"), "layout": check_layout(sequence.layout, what),
+            "tracks": [self._track(track, f"{where}track {index}", names) for index, track in enumerate(tracks, 1)],
+            "submixes": [self._bus(submix, f"{where}submix {index}", _call(f"{where}submix {index}", submix.name), names)
+                         for index, submix in enumerate(submixes, 1)],
+            "stages": self._stages(sequence.stages, what, None), "pan": None,
+            "mixdown": None if sequence.mixdown is None else choose(sequence.mixdown, _MIXDOWNS, f"{what}, mixdown"),
+        }
+
+    def _bus(self, bus, origin, what, names):
+        return {"name": text(bus.name, f"{origin}, name"), "layout": check_layout(bus.layout, what),
+                "stages": self._stages(bus.stages, what, names), "pan": _parameter(bus.pan, f"{what}, pan", _PAN),
+                "mute": flag(bus.mute, f"{what}, mute"), "origin": origin,
                 "output": -1 if bus.output is None or bus.output is True else -2 if bus.output is False
                 else self._submix(bus.output, names, what)}
 
     def _track(self, track, origin, names):
-        spec = self._bus(track, origin, names)
-        what = f"{origin} {track.name!r}"
-        spec["items"] = [self._item(item, f"{what}, item {number}") for number, item in enumerate(track.items, 1)]
+        what = _call(origin, track.name)
+        spec = self._bus(track, origin, what, names)
+        spec["items"] = [self._item(item, f"{origin}, item {index}", f"{what}, item {index}")
+                         for index, item in enumerate(each(track.items, Item, f"{what}, items"), 1)]
         spec["crossfades"] = [
-            (int(fade.outgoing), _ticks(fade.before, what), _ticks(fade.after, what),
-             _choose(fade.outgoing_shape, _SHAPES, what), _choose(fade.incoming_shape, _SHAPES, what))
-            for fade in track.crossfades]
+            self._crossfade(fade, f"{what}, crossfade {index}")
+            for index, fade in enumerate(each(track.crossfades, Crossfade, f"{what}, crossfades"), 1)]
         return spec
 
     @staticmethod
+    def _crossfade(fade, what):
+        return (whole(fade.outgoing, f"{what}, outgoing", 0, 2**31), length(fade.before, what),
+                length(fade.after, what), choose(fade.outgoing_shape, _SHAPES, what),
+                choose(fade.incoming_shape, _SHAPES, what))
+
+    @staticmethod
     def _submix(name, names, what):
-        if name not in names:
-            raise UsageError(f"{what}: there is no submix {name!r}")
-        return names[name]
+        number_of = names.get(text(name, f"{what}, name of a submix"))
+        if number_of is None:
+            raise UsageError(f"{what}: there is no submix {show(name)}")
+        return number_of
 
-    def _item(self, item, what):
-        return {"name": item.name, "start": _ticks(item.start, what), "end": _ticks(item.end, what),
-                "content": self._content(item.content, what), "speed": self._speed(item.speed, what),
-                "resampling": _choose(item.resampling, _RESAMPLINGS, what),
-                "stages": self._stages(item.stages, what, None), "pan": _parameter(item.pan, what),
-                "fade_in": _fade(item.fade_in, what), "fade_out": _fade(item.fade_out, what)}
+    def _item(self, item, origin, what):
+        return {"name": text(item.name, f"{what}, name"), "origin": origin,
+                "start": ticks(item.start, f"{what}, start"), "end": ticks(item.end, f"{what}, end"),
+                "content": self._content(item.content, origin, what), "speed": self._speed(item.speed, f"{what}, speed"),
+                "resampling": choose(item.resampling, _RESAMPLINGS, what),
+                "stages": self._stages(item.stages, what, None), "pan": _parameter(item.pan, f"{what}, pan", _PAN),
+                "fade_in": _fade(item.fade_in, f"{what}, fade_in"),
+                "fade_out": _fade(item.fade_out, f"{what}, fade_out")}
 
-    def _content(self, content, what):
+    def _content(self, content, origin, what):
         if isinstance(content, Clip):
-            first = _fraction(content.start, what)
-            whole = math.floor(first)
-            return {"kind": "clip", "media": self._take_media(content.media, what), "first": whole,
-                    "offset": _ratio(first - whole, what), "channels": [int(c) for c in content.channels or []]}
+            first = fraction(content.start, f"{what}, start of the clip")
+            start = whole(math.floor(first), f"{what}, start of the clip", -2**52, 2**52)
+            channels = each([] if content.channels is None else content.channels, object, f"{what}, channels")
+            return {"kind": "clip", "media": self._take_media(content.media, what), "first": start,
+                    "offset": ratio(first - start, what),
+                    "channels": [whole(channel, f"{what}, channels", 0, 63) for channel in channels]}
         if isinstance(content, Nest):
-            return {"kind": "nest", "sequence": self.add(content.sequence), "start": _ticks(content.start, what)}
+            return {"kind": "nest", "sequence": self.add(content.sequence, f"{origin}, "),
+                    "start": ticks(content.start, f"{what}, start of the nest")}
         if isinstance(content, Multicam):
-            return {"kind": "multicam", "angles": [self.add(angle) for angle in content.angles],
-                    "start": _ticks(content.start, what), "first": int(content.first_angle),
-                    "cuts": [(_ticks(cut.time, what), int(cut.angle), _fade(cut.fade, what))
-                             for cut in content.cuts]}
-        raise UsageError(f"{what}: {content!r} is no content; use a Clip, a Nest or a Multicam")
+            return self._multicam(content, origin, what)
+        raise UsageError(f"{what}: {show(content)} is no content; use a Clip, a Nest or a Multicam")
+
+    def _multicam(self, content, origin, what):
+        angles = each(content.angles, Sequence, f"{what}, angles")
+        cuts = each(content.cuts, Cut, f"{what}, cuts")
+        return {"kind": "multicam",
+                "angles": [self.add(angle, f"{origin}, angle {index}, ") for index, angle in enumerate(angles)],
+                "start": ticks(content.start, f"{what}, start of the angles"),
+                "first": whole(content.first_angle, f"{what}, first_angle", 0, 2**31),
+                "cuts": [(ticks(cut.time, f"{what}, time of cut {index}"),
+                          whole(cut.angle, f"{what}, angle of cut {index}", 0, 2**31),
+                          _fade(cut.fade, f"{what}, fade of cut {index}")) for index, cut in enumerate(cuts, 1)]}
 
     def _take_media(self, media, what):
         if not isinstance(media, Media):
-            raise UsageError(f"{what}: {media!r} is no Media")
+            raise UsageError(f"{what}: {show(media)} is no Media")
         if id(media) not in self._media_numbers:
-            self.media.append(media._spec())  # pylint: disable=protected-access
+            self.media.append(media._spec(what, self.functions))  # pylint: disable=protected-access
             self._media_numbers[id(media)] = len(self.media) - 1
         return self._media_numbers[id(media)]
 
     @staticmethod
     def _speed(speed, what):
         if not isinstance(speed, Curve):
-            return float(_fraction(speed, what))
-        speed._spec(what)  # pylint: disable=protected-access
-        keys = sorted(((*point, "linear")[:3] for point in speed.points), key=lambda point: point[0])
-        return [(_ratio(time, what), _ratio(value, what), _choose(interpolation, _INTERPOLATIONS, what))
-                for time, value, interpolation in keys]
+            return number(speed, what)
+        speed._spec(what, _CONTROL)  # pylint: disable=protected-access
+        points = [(*point, "linear")[:3] for point in speed.points]
+        keys = [(ratio(time, what), ratio(value, what), choose(interpolation, _INTERPOLATIONS, what))
+                for time, value, interpolation in points]
+        keys.sort(key=lambda key: Fraction(*key[0]))
+        if len({key[0] for key in keys}) < len(keys):
+            raise UsageError(f"{what}: two points of the curve are at one time; move one of them")
+        return keys
 
     def _stages(self, stages, what, names):
-        return [self._stage(stage, f"{what}, stage {number}", names) for number, stage in enumerate(stages, 1)]
+        return [self._stage(stage, f"{what}, stage {index}", names)
+                for index, stage in enumerate(each(stages, object, f"{what}, stages"), 1)]
 
     def _stage(self, stage, what, names):
         if isinstance(stage, Fader):
-            return ("fader", _parameter(stage.gain, what), _parameter(stage.mute, what))
+            return ("fader", _parameter(stage.gain, what, _GAIN), _switch(stage.mute, f"{what}, mute"))
         if isinstance(stage, Send):
             if names is None:
                 raise UsageError(f"{what}: sends stand on tracks and submixes alone")
-            return ("send", self._submix(stage.to, names, what), _parameter(stage.gain, what),
-                    _parameter(stage.mute, what), _parameter(stage.pan, what))
+            return ("send", self._submix(stage.to, names, what), _parameter(stage.gain, what, _GAIN),
+                    _switch(stage.mute, f"{what}, mute"), _parameter(stage.pan, f"{what}, pan", _PAN))
         if isinstance(stage, Effect):
-            controls = [(symbol, _parameter(value, what)) for symbol, value in stage.controls.items()]
-            return ("effect", stage.uri, stage.preset, controls, _parameter(stage.bypass, what))
-        raise UsageError(f"{what}: {stage!r} is no stage; use a Fader, a Send or an Effect")
+            return self._effect(stage, what)
+        raise UsageError(f"{what}: {show(stage)} is no stage; use a Fader, a Send or an Effect")
+
+    @staticmethod
+    def _effect(stage, what):
+        if not isinstance(stage.controls, dict):
+            raise UsageError(f"{what}: {show(stage.controls)} is no dict of controls")
+        controls = [(text(symbol, f"{what}, name of a control"), _parameter(value, f"{what}, {show(symbol)}", _CONTROL))
+                    for symbol, value in stage.controls.items() if value is not None]
+        return ("effect", text(stage.uri, f"{what}, uri"), text(stage.preset, f"{what}, preset"), controls,
+                _switch(stage.bypass, f"{what}, bypass"), text(what, what))
+
+
+def _call(origin, name):
+    """A track or a submix for messages."""
+    return f"{origin} {show(name)}" if name else origin

@@ -1,14 +1,15 @@
 """open: a timeline as an array that is rendered where it is read."""
 import json
-import os
 from dataclasses import dataclass
 from typing import Optional
 
 from . import _sonaro
 from ._errors import UsageError
+from ._exit import CALLS
 from ._options import make_arguments, take_input
 from ._readable import Readable
 from ._sequence import Sequence
+from ._values import number, whole
 
 
 @dataclass(frozen=True)
@@ -74,9 +75,9 @@ def open(timeline, *, base=None, readers=1, warm_up=None, **options):  # pylint:
         return timeline.open(readers)
     texts = {}
     path = take_input(timeline, base, texts)
-    if not 1 <= readers <= 256:
-        raise UsageError(f"readers: {readers} is out of range; use 1 to 256")
-    if warm_up is not None and not 0 <= warm_up <= 1e6:
-        raise UsageError(f"warm_up: {warm_up} is out of range; use seconds from 0 on, or None")
-    return Timeline(_sonaro.OpenTimeline(os.fsencode(path), texts.get(path), make_arguments(options), readers,
-                                         -1.0 if warm_up is None else float(warm_up)))
+    readers = whole(readers, "readers", 1, 256)
+    settling = -1.0 if warm_up is None else number(warm_up, "warm_up", 0, 1e6)
+    arguments = make_arguments(options)
+    with CALLS:
+        opened = _sonaro.OpenTimeline(path, texts.get(path), arguments, readers, settling)
+    return Timeline(opened)

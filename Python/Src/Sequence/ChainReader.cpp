@@ -1,5 +1,6 @@
 #include "ChainReader.h"
 
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Effects/PreparedEffect.h"
 
 #include <optional>
@@ -56,8 +57,8 @@ Effects::ControlSetting MakeSetting(std::string inSymbol, py::handle const& inPa
 	return {std::move(inSymbol), curve.mValue, std::move(curve.mPoints)};
 }
 
-// ("effect", uri, preset, controls, bypass)
-Sequence::Effect ReadEffect(py::tuple const& inStage, double inSampleRate, std::size_t inChannels)
+// Throws a HostError without the place of the effect.
+Sequence::Effect PrepareEffect(py::tuple const& inStage, double inSampleRate, std::size_t inChannels)
 {
 	Effects::EffectSetup setup{inStage[1].cast<std::string>(), inStage[2].cast<std::string>()};
 	for (py::handle const& item : inStage[3])
@@ -74,6 +75,21 @@ Sequence::Effect ReadEffect(py::tuple const& inStage, double inSampleRate, std::
 	Sequence::Effect stage{effect.GetName(), {}, false, effect.GetJumps(), effect.GetFacts()};
 	stage.mMake = [made = std::move(effect)](auto const&... inGraph) { return made.Make(inGraph...); };
 	return stage;
+}
+
+// ("effect", uri, preset, controls, bypass, place)
+Sequence::Effect ReadEffect(py::tuple const& inStage, double inSampleRate, std::size_t inChannels)
+{
+	try
+	{
+		return PrepareEffect(inStage, inSampleRate, inChannels);
+	}
+	catch (HostError const& error)
+	{
+		HostError::Parts parts = error.GetParts();
+		parts.mPlace = inStage[5].cast<std::string>() + (parts.mPlace.empty() ? "" : ", ") + parts.mPlace;
+		throw HostError(error.GetKind(), std::move(parts));
+	}
 }
 
 Sequence::Stage ReadStage(py::tuple const& inStage, double inSampleRate, std::size_t inChannels)

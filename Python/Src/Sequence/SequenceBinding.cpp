@@ -89,6 +89,14 @@ void AddSequence(py::module_& ioModule)
 			{ return SonaroHost::GetLayoutName(inSequence.GetProgramme().mProgramme.GetLayout()); })
 		.def("read", &ReadSamples<OpenSequence>, py::arg("start"), py::arg("frames"), py::arg("track"))
 		.def("take_failure", &TakeFailure);
+	ioModule.def(
+		"count_channels",
+		[](std::string const& inLayout)
+		{
+			auto const layout = SonaroHost::ParseLayout(inLayout);
+			return layout ? layout->size() : 0;
+		},
+		py::arg("layout"));
 }
 
 } // namespace SonaroPython

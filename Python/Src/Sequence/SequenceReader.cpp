@@ -122,6 +122,7 @@ private:
 	{
 		Sequence::Item item;
 		item.mName = inItem["name"].cast<std::string>();
+		item.mOrigin = inItem["origin"].cast<std::string>();
 		item.mStart = ReadTime(inItem["start"]);
 		item.mEnd = ReadTime(inItem["end"]);
 		ReadContent(py::reinterpret_borrow<py::dict>(inItem["content"]), item);
