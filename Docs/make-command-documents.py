@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the documents of the sonaro command: its man page and the completions for bash and zsh.
+"""Writes the documents of the sonaro command: its man page, the page of its options and the completions for bash and zsh.
 
     Docs/make-command-documents.py PROGRAM            writes them
     Docs/make-command-documents.py PROGRAM --check    only reports the ones that are out of date
@@ -160,6 +160,36 @@ def man_page(main, commands):
     return "\n".join(page) + "\n"
 
 
+def cell(text):
+    return re.sub(r"([|<*_])", r"\\\1", text)
+
+
+def options_table(title, options):
+    rows = [f"| `{', '.join(option.names)}{' ' if option.value else ''}{option.value}` | {cell(option.text)} |"
+            for option in options]
+    return [f"### {title}", "", "| Option | Meaning |", "|---|---|", *rows, ""] if rows else []
+
+
+def footer_markdown(lines):
+    """Sentences as they are, what is indented as a block."""
+    def block(match):
+        return "\n```text\n" + re.sub(r"(?m)^  ", "", match.group(1)).rstrip("\n") + "\n```\n"
+    return re.sub(r"(?m)^((?:  .*\n?)+)", block, "\n".join(lines).strip("\n") + "\n").split("\n") + [""]
+
+
+def options_page(commands):
+    page = ["# Options of the command", "",
+            "What `--help` says, written by `Docs/make-command-documents.py`. [The command](../command.md) says what they are "
+            "for.", ""]
+    for command in commands:
+        page += [f"## sonaro {command.command}", "", command.summary + ".", "", "```text",
+                 f"sonaro {command.command}{command.usage}".rstrip(), "```", ""]
+        page += [line for title, options in [("Arguments", command.entries["Positionals"])] + command.groups()
+                 for line in options_table(f"{command.command}: {title[0].lower() + title[1:]}", options)]
+        page += footer_markdown(command.footer)
+    return re.sub(r"\n{3,}", "\n\n", "\n".join(page)).rstrip("\n") + "\n"
+
+
 def values_of(command, option):
     for name in option.names:
         values = VALUES.get(command.command + " " + name, VALUES.get(name))
@@ -219,6 +249,7 @@ def main():
     commands = [Help(program, option.names[0]) for option in top.entries["Subcommands"]]
     behind = []
     for path, text in ((ROOT / "Docs/sonaro.1", man_page(top, commands)),
+                       (ROOT / "Docs/reference/options.md", options_page(commands)),
                        (ROOT / "Host/Completions/sonaro.bash", bash_completion(commands)),
                        (ROOT / "Host/Completions/_sonaro", zsh_completion(commands))):
         if "--check" not in sys.argv:
