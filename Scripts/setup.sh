@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Sees to it that what the build needs is there. Safe to run again, and quick when nothing is missing.
-# Usage: setup.sh [build | test]    "test" adds what only tests and benchmarks need
+# Usage: setup.sh [build | test | docs]    "test" adds what only tests and benchmarks need; "docs" is what the site needs
 set -euo pipefail
 
 packages=(g++ cmake ninja-build ccache pkg-config
@@ -9,10 +9,14 @@ packages=(g++ cmake ninja-build ccache pkg-config
 	liblilv-dev lv2-dev portaudio19-dev libncurses-dev libcpp-httplib-dev
 	libmysofa-dev libeigen3-dev
 	nlohmann-json3-dev libcli11-dev)
+docs=(doxygen furo python3 python3-breathe python3-myst-parser python3-numpy python3-sphinx)
 if [ "${1:-build}" = test ]; then
 	packages+=(clang clang-format clang-tidy libclang-rt-14-dev lld python3 libgtest-dev libgmock-dev libbenchmark-dev libebur128-dev
 		ffmpeg librsvg2-bin lilv-utils lv2-examples mda-lv2
-		pybind11-dev python3-dev python3-distributed python3-numpy python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy)
+		pybind11-dev python3-dev python3-distributed python3-numpy python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy
+		"${docs[@]}")
+elif [ "${1:-build}" = docs ]; then
+	packages=("${docs[@]}")
 fi
 
 missing=()
