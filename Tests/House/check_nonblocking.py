@@ -16,6 +16,7 @@ UNMARKED = {
     ("Host/Src/Media/Denoise/InterleavedFile.h", "GetAudioData"),
     ("Host/Src/Media/Stretch/OmegaStretcher.h", "Process"),
     ("Host/Src/Media/Stretch/ScalerStretcher.h", "Process"),
+    ("Host/Src/Render/Farm/PieceFileWriter.cpp", "SetMeterData"),
     ("Host/Src/Render/Piece/PieceRenderer.cpp", "SetMeterData"),
     ("Host/Src/Render/TrackMeters.h", "SetMeterData"),
     ("Inc/Time/OfflineAudioProcessorAudioGenerator.h", "GetAudioData"),
