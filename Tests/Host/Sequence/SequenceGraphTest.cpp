@@ -460,6 +460,8 @@ TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
 	auto const own = std::make_shared<Description>(MakeSequence({}));
 	own->mName = "loop";
 	own->mTracks = {MakeTrack({name(MakeNest(own, 0, 100, 0), "itself")})};
+	Track const nameless = name(MakeTrack({clip, name(clip, "")}), "");
+	auto const inner = std::make_shared<Description const>(MakeSequence({nameless}));
 	std::vector<Submix> const circle = {name(MakeSubmix({}, ToSubmix(1)), "hall"),
 		name(MakeSubmix({SendTo(2)}), "plate"), name(MakeSubmix({}, ToSubmix(0)), "drums"),
 		MakeSubmix({}, ToSubmix(2))};
@@ -471,6 +473,9 @@ TEST(SequenceGraph, RefusesWhatContradictsItselfByName)
 		{MakeSequence({MakeTrack({}, {SendTo(1)})}, {MakeSubmix({})}),
 			"track 'track': it sends to submix index 1, but there are 1, counted"},
 		{MakeSequence({MakeTrack({clip, clip})}), "track 'track', item 'take 1': it begins before the end"},
+		{MakeSequence({MakeTrack({}), nameless}), "track 2, item 2: it begins before the end"},
+		{MakeSequence({name(MakeTrack({name(MakeNest(inner, 0, 100, 0), "")}), "")}),
+			"track 'track 1 / item 1 / track 1', item 2: it begins before the end"},
 		{MakeSequence({crossfaded}), "track 'track', item 'take 1': the crossfade at its end extends"},
 		{MakeSequence({faded}), "track 'track', item 'take 1': a fade and a crossfade are at the same end"},
 		{MakeSequence({MakeTrack({fast})}),
