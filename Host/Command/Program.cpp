@@ -86,6 +86,8 @@ constexpr char const* kFooter =
 	"ones)\n"
 	"  TMPDIR    The folder for temporary files, such as the unpacked media of bundles (default: /tmp)";
 
+constexpr char const* kEmptyValue = "the value is empty; give one, or leave the option out";
+
 // An empty value is mostly a variable of a script that has none, so it does not pass for an option that is left out.
 void RefuseEmptyValues(CLI::App const& inParser)
 {
@@ -93,9 +95,20 @@ void RefuseEmptyValues(CLI::App const& inParser)
 	{
 		if (option->nonpositional() && std::ranges::count(option->results(), "") > 0)
 		{
-			throw CLI::ValidationError(
-				option->get_name(), "the value is empty; give one, or leave the option out");
+			throw CLI::ValidationError(option->get_name(), kEmptyValue);
 		}
+	}
+}
+
+// The parser would take the next word for a value that is empty.
+void RefuseEmptyWords(std::vector<std::string> const& inArguments)
+{
+	auto const end = std::ranges::find(inArguments, "--");
+	auto const isEmpty = [](std::string const& inWord)
+	{ return inWord.starts_with("--") && inWord.find('=') == inWord.size() - 1; };
+	if (auto const found = std::find_if(inArguments.begin(), end, isEmpty); found != end)
+	{
+		throw CLI::ValidationError(found->substr(0, found->size() - 1), kEmptyValue);
 	}
 }
 
@@ -142,6 +155,7 @@ void Program::AddFeaturesFlag()
 
 void Program::Parse(std::vector<std::string> inArguments)
 {
+	RefuseEmptyWords(inArguments);
 	// The parser takes them from the end.
 	std::ranges::reverse(inArguments);
 	mParser.parse(std::move(inArguments));

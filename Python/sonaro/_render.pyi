@@ -11,7 +11,7 @@ class HasJson(Protocol):
     def to_json_string(self) -> str: ...
 
 def render(
-    timeline: Union[Path, HasJson, Sequence, List[Path]],
+    timeline: Union[Path, HasJson, Sequence, Several[Path]],
     output: Path,
     *,
     report: Union[bool, Path] = True,

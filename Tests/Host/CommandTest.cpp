@@ -370,6 +370,7 @@ TEST_F(CommandTest, WrongOptionsOfRendersEndWith2AndOneLine)
 			{{"--jobs", "1.5"}, "--jobs: '1.5' is not a whole number; use 1 to 256"},
 			{{"--stream", ""}, "--stream: '' is not a whole number"},
 			{{"--gain-db", ""}, "--gain-db: the value is empty; give one, or leave the option out"},
+			{{"--report=", "--json"}, "--report: the value is empty; give one, or leave the option out"},
 			{{"--gain-db", "loud"}, "--gain-db"},
 			{{"--gain-db", "nan"}, "--gain-db: nan is out of range; use -200 to 200"},
 			{{"--rate", "fast"}, "--rate: 'fast' is not a whole number"},
