@@ -51,7 +51,7 @@ public:
 		}
 		catch (CLI::ParseError const& error)
 		{
-			SonaroHost::Refuse(error.what());
+			SonaroHost::Refuse("open: " + DescribeOptionError(mParser, error));
 		}
 	}
 

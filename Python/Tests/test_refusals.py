@@ -138,6 +138,12 @@ def test_paths_are_refused_before_they_are_used(tmp_path, monkeypatch, timeline,
     assert os.listdir(tmp_path) == []
 
 
+def test_a_sequence_goes_by_itself_and_closed(tmp_path):
+    for inputs, text in (([one(), one()], "by itself"), ([one(), "a.wav"], "by itself"), (one().open(), "open for reads")):
+        with pytest.raises(sonaro.UsageError, match=text):
+            sonaro.render(inputs, tmp_path / "out.wav")
+
+
 @pytest.mark.parametrize("result, text", [(None, "returned None, which is no text"), (b"{}", "which is no text"),
                                           ("\udcff", "half a character")])
 def test_what_is_no_json_is_refused(in_memory, result, text):

@@ -66,9 +66,10 @@ def test_resampling_is_that_of_a_render(sound, tmp_path, rate, quality):
     assert ours.dtype == numpy.float32
     assert (ours == read_wave(tmp_path / "out.wav")).all()
     assert (sonaro.resample(samples[0], RATE, rate, quality=quality) == ours[:1]).all()
+    assert (sonaro.resample(samples, rate, rate, quality=quality) == samples).all()
 
 
-@pytest.mark.parametrize("speed, keep_pitch, semitones", [(1.25, True, 0.0), (0.8, True, 3.0), (1.5, False, 0.0),
+@pytest.mark.parametrize("speed, keep_pitch, semitones", [(1.0, True, 0.0), (1.0, False, 0.0), (1.0, True, 2.0), (1.25, True, 0.0), (0.8, True, 3.0), (1.5, False, 0.0),
                                                           (2.0, False, -5.0)])
 def test_stretching_is_that_of_a_render(sound, tmp_path, speed, keep_pitch, semitones):
     path, samples = sound

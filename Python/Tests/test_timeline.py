@@ -95,7 +95,8 @@ def test_notes_and_errors_have_their_places(media, in_memory):
     assert [entry["clip"] for entry in opened.missing] == ["gone"]
     assert any(note.kind == "ignored" and note.place == "/tracks/children/0/metadata/sonaro/mystery" for note in opened.notes)
     for options, kind, text in (({"layout": "7.2"}, sonaro.UsageError, "--layout: '7.2' is not a layout"),
-                                ({"bits": 16}, sonaro.UsageError, "--bits"),
+                                ({"bits": 16}, sonaro.UsageError, "unknown option '--bits'"),
+                                ({"rate": "x"}, sonaro.UsageError, "--rate: 'x' is not a whole number"),
                                 ({"readers": 0}, sonaro.UsageError, "readers: 0")):
         with pytest.raises(kind, match=text):
             sonaro.open(in_memory(content), base=media, **options)

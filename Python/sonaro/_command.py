@@ -24,6 +24,8 @@ def run(command, inputs, options, *, base=None, progress=None, cancel=None):
     """Runs a command that prints JSON. Returns that, parsed, and the messages of errors that did not end it."""
     if not inputs:
         raise UsageError(f"{command}: there is no input; give one")
+    if len(inputs) > 1 and any(isinstance(entry, Sequence) for entry in inputs):
+        raise UsageError(f"{command}: a sequence goes by itself; nest several in one, or give each a call")
     if cancel is not None and not isinstance(cancel, _sonaro.Cancel):
         raise UsageError(f"cancel: {show(cancel)} is no Cancel")
     if progress is not None and not callable(progress):

@@ -10,7 +10,7 @@ from ._values import flag, fraction, number, show
 
 def resample(samples, from_rate, to_rate, *, quality="exact"):
     """Samples of the shape (channels, frames) at another rate, as a render converts them: output n stands exactly at
-    n * from_rate / to_rate, and nothing is late. Rates are whole numbers or fractions, up to a ratio of 1000.
+    n * from_rate / to_rate, and nothing is late. At the same rate they stay as they are. Rates are whole numbers or fractions, up to a ratio of 1000.
 
     quality  "exact", with noise and aliases below -140 dB, or "draft", below -100 dB and faster
 
@@ -28,6 +28,8 @@ def resample(samples, from_rate, to_rate, *, quality="exact"):
         raise UsageError(f"resample: {show(from_rate)} to {show(to_rate)} Hz are more than 1000 times apart; resample in "
                          "steps")
     array = take_finite(samples, "resample")
+    if step == 1:
+        return array.copy()
     with CALLS:
         return _sonaro.resample(array, step.numerator, step.denominator, quality == "draft")
 
@@ -47,5 +49,8 @@ def stretch(samples, rate, speed=1.0, *, keep_pitch=True, semitones=0.0, engine=
         raise UsageError(f"stretch: {engine!r} is no engine; use omega, scaler or rubberband")
     array, rate = take_finite(samples, "stretch"), take_rate(rate, "stretch")
     speed, semitones = number(speed, "stretch: speed"), number(semitones, "stretch: semitones")
+    keep_pitch = flag(keep_pitch, "stretch: keep_pitch")
+    if speed == 1 and semitones == 0:
+        return array.copy()
     with CALLS:
-        return _sonaro.stretch(array, rate, speed, flag(keep_pitch, "stretch: keep_pitch"), semitones, engine)
+        return _sonaro.stretch(array, rate, speed, keep_pitch, semitones, engine)

@@ -5,6 +5,7 @@ from decimal import Decimal
 import numpy
 
 from ._errors import UsageError
+from ._readable import Readable
 from ._values import path as take_path
 from ._values import show
 
@@ -74,6 +75,8 @@ def take_input(timeline, base, texts):
     if to_json_string is None:
         if base is not None:
             raise UsageError("base: applies only to timelines in memory; media of a file count from its folder")
+        if isinstance(timeline, Readable):
+            raise UsageError(f"{timeline!r} is open for reads; give its path, or the Sequence that was opened")
         path = take_path(timeline, "timeline")
         if path == b"-":
             raise UsageError("'-' would be the standard input; give a path")

@@ -210,8 +210,8 @@ Stage = Union[Fader, Send, Effect]
 
 @dataclass
 class Clip:
-    """A piece of a recording. start: the recording's own sample that is heard first, also a fraction, before its start
-    or beyond its end; channels: those that are heard, in order, from 0 on; None for all."""
+    """A piece of a recording. start: the recording's own sample that is heard first, before its start or beyond its end
+    as well, and a fraction where it is converted to another rate or speed (elsewhere it is rounded); channels: those that are heard, in order, from 0 on; None for all."""
 
     media: Media
     start: Time = 0

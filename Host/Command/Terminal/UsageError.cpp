@@ -258,9 +258,13 @@ std::string DescribeUsageError(CLI::App const& inProgram, CLI::ParseError const&
 	{
 		return DescribeNoCommand(inProgram, inError) + " (see sonaro --help)";
 	}
-	auto const unknown = FindUnknownOption(*chosen.front());
-	return unknown.value_or(DescribeWrongValue(*chosen.front(), inError)) + " (see sonaro " +
-		   chosen.front()->get_name() + " --help)";
+	return DescribeOptionError(*chosen.front(), inError) + " (see sonaro " + chosen.front()->get_name() +
+		   " --help)";
+}
+
+std::string DescribeOptionError(CLI::App const& inParser, CLI::ParseError const& inError)
+{
+	return FindUnknownOption(inParser).value_or(DescribeWrongValue(inParser, inError));
 }
 
 } // namespace SonaroCommand

@@ -12,4 +12,7 @@ namespace SonaroCommand
 // you mean --report?".
 std::string DescribeUsageError(CLI::App const& inProgram, CLI::ParseError const& inError);
 
+// The same for the options of a parser without commands.
+std::string DescribeOptionError(CLI::App const& inParser, CLI::ParseError const& inError);
+
 } // namespace SonaroCommand
