@@ -48,6 +48,8 @@ def test_fades_crossfades_and_curves_follow_their_shapes():
     assert muted.read(47000, 10).min() == 1 and abs(muted.read(60000, 10)).max() == 0
     panned = Sequence([Track([Item(Clip(ONES), 0, 1)], layout="mono", pan=0.0)]).read(100, 10)
     assert panned[0].min() > 0.9 and abs(panned[1]).max() < 1e-6
+    moved = Sequence([Track([Item(Clip(ONES), 0, 2)], layout="mono", pan=Curve([(0, 0), (1, 1)]))]).read(0, RATE)
+    assert moved[0, 100] > 0.9 > 0.1 > moved[1, 100] and moved[0, -100] < 0.1 < 0.9 < moved[1, -100]
 
 
 def test_sends_and_submixes_add_up():

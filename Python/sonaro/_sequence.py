@@ -53,7 +53,7 @@ class Curve:
         if not points:
             raise UsageError(f"{what}: a curve has to have a point")
         scale = choose(self.scale, _SCALES, what)
-        if scale and limits is not _GAIN:
+        if scale and limits != _GAIN:
             raise UsageError(f"{what}: a curve that is no gain has no decibels; use the scale linear")
         first = min(points)[1]
         return (10 ** (first / 20) if scale else first, points, scale)
@@ -65,7 +65,7 @@ class Curve:
         is_silence = self.scale == "decibels" and isinstance(value, float) and value == -math.inf
         if not is_silence:
             value = number(value, what, *(_GAIN_DECIBELS if self.scale == "decibels" else limits))
-        if limits is _SWITCH and interpolation != "hold":
+        if usual == "hold" and interpolation != "hold":
             raise UsageError(f"{what}: a switch holds its value, and cannot be {show(interpolation)}; use hold")
         return (ticks(time, what), value, choose(interpolation, _INTERPOLATIONS, what))
 
