@@ -17,7 +17,7 @@ namespace SonaroHost
 namespace
 {
 
-constexpr std::int64_t kStretchedFrames = 16384;
+constexpr std::int64_t kFramesAtOnce = 16384;
 
 using Channels = std::span<float const* const>;
 using Samples = std::vector<std::vector<float>>;
@@ -81,11 +81,11 @@ AudioFileInfo Describe(std::size_t inChannels, std::int64_t inFrames, int inSamp
 void DecodeAll(SoundDecoder& ioDecoder, std::function<void()> const& inAfterBlock, Samples& outSamples)
 {
 	std::size_t const channels = outSamples.size();
-	std::vector<float> block(static_cast<std::size_t>(kStretchedFrames) * channels);
+	std::vector<float> block(static_cast<std::size_t>(kFramesAtOnce) * channels);
 	auto const frames = static_cast<std::int64_t>(outSamples.front().size());
 	for (std::int64_t done = 0; done < frames;)
 	{
-		std::int64_t const count = ioDecoder.Read(block.data(), std::min(kStretchedFrames, frames - done));
+		std::int64_t const count = ioDecoder.Read(block.data(), std::min(kFramesAtOnce, frames - done));
 		if (count == 0)
 		{
 			return;
@@ -129,9 +129,9 @@ Samples ResampleSamples(Channels inChannels, std::int64_t inFrames, Ratio const&
 	Samples samples = MakeRoom(inChannels.size(), frames);
 	std::vector<std::vector<float>> inputs(inChannels.size());
 	std::vector<SampleConverter::Channel> channels(inChannels.size());
-	for (std::int64_t done = 0; done < frames; done += kStretchedFrames)
+	for (std::int64_t done = 0; done < frames; done += kFramesAtOnce)
 	{
-		std::int64_t const count = std::min(kStretchedFrames, frames - done);
+		std::int64_t const count = std::min(kFramesAtOnce, frames - done);
 		SampleConverter::Span const span = converter.GetInput(done, count);
 		for (std::size_t channel = 0; channel < channels.size(); ++channel)
 		{
