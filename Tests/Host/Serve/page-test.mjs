@@ -53,7 +53,7 @@ function startBrowser() {
 				problems.push(message.params.exceptionDetails.exception?.description ?? message.params.exceptionDetails.text);
 			}
 			if (message.method === "Log.entryAdded" && message.params.entry.level === "error" &&
-				!/503|ERR_CONNECTION_REFUSED|ERR_INCOMPLETE_CHUNKED|ERR_CONNECTION_RESET/.test(message.params.entry.text)) {
+				!/503|ERR_CONNECTION_REFUSED|ERR_INCOMPLETE_CHUNKED|ERR_CONNECTION_RESET|ERR_EMPTY_RESPONSE/.test(message.params.entry.text)) {
 				problems.push(message.params.entry.text + " " + (message.params.entry.url ?? ""));
 			}
 		}
