@@ -18,8 +18,8 @@ using testing::Each;
 using testing::ElementsAre;
 
 constexpr unsigned kBlockFrames = 4;
-// 2 ms are two frames.
-constexpr DeviceFormat kFormat{1000, 1, kBlockFrames};
+// 2 ms are four frames.
+constexpr DeviceFormat kFormat{2000, 1, kBlockFrames};
 
 class Device
 {
@@ -47,10 +47,10 @@ TEST(DeviceFeed, MissesFadeOutAndInAgain)
 	device.Write(7, 1.0f);
 	device.mFeed.Open();
 	EXPECT_THAT(device.Fill(), Each(1.0f));
-	EXPECT_THAT(device.Fill(), ElementsAre(1.0f, 1.0f, 1.0f, 0.5f));
-	EXPECT_THAT(device.Fill(), Each(0.0f));
+	EXPECT_THAT(device.Fill(), ElementsAre(1.0f, 1.0f, 1.0f, 0.75f));
+	EXPECT_THAT(device.Fill(), ElementsAre(0.5f, 0.25f, 0.0f, 0.0f));
 	device.Write(4, 1.0f);
-	EXPECT_THAT(device.Fill(), ElementsAre(0.0f, 0.5f, 1.0f, 1.0f));
+	EXPECT_THAT(device.Fill(), ElementsAre(0.0f, 0.25f, 0.5f, 0.75f));
 	EXPECT_EQ(device.mFeed.CountMisses(), 2u);
 	EXPECT_EQ(device.mFeed.CountMissedFrames(), 5u);
 }
@@ -61,10 +61,10 @@ TEST(DeviceFeed, AnEndAfterAMissIsAsExactAsWithoutOne)
 	device.Write(7, 1.0f);
 	device.mFeed.Open();
 	EXPECT_THAT(device.Fill(), Each(1.0f));
-	EXPECT_THAT(device.Fill(), ElementsAre(1.0f, 1.0f, 1.0f, 0.5f));
+	EXPECT_THAT(device.Fill(), ElementsAre(1.0f, 1.0f, 1.0f, 0.75f));
 	device.mFeed.CloseAt(13);
 	device.Write(6, 1.0f);
-	EXPECT_THAT(device.Fill(), ElementsAre(0.0f, 0.5f, 1.0f, 1.0f));
+	EXPECT_THAT(device.Fill(), ElementsAre(0.0f, 0.25f, 0.5f, 0.75f));
 	EXPECT_THAT(device.Fill(), ElementsAre(1.0f, 1.0f, 0.0f, 0.0f));
 	device.Write(4, 1.0f);
 	device.mFeed.Open();
