@@ -129,7 +129,8 @@ bool PlaybackSoak::Run()
 {
 	auto const mixed = mMix.Prepare(MakeEdit());
 	mMix.Adopt(mixed);
-	mPlayback = std::make_unique<Playback>(mixed.GetProgramme(), mDevice);
+	mPlayback = std::make_unique<Playback>(
+		mixed.GetProgramme(), mDevice, Playing::PlaybackSettings{.mIsRealtime = false});
 	mPlayback->Play();
 	Clock::time_point const start = Clock::now();
 	double const printing = std::max(std::min(60.0, mSeconds / 10.0), 1.0);

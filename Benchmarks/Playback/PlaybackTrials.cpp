@@ -6,6 +6,7 @@
 //   playback_trials first TIMELINE TIMES                  how long it takes until something is heard
 //   playback_trials soak FOLDER SECONDS SPEED             everything at random, on a clock that is so many times as fast
 
+#include "MissWatch.h"
 #include "PlaybackSoak.h"
 #include "Recording.h"
 #include "SlowReads.h"
@@ -109,15 +110,17 @@ bool RunExact(std::string const& inTimeline, std::string const& inExport, double
 	std::optional<Playing::PlaybackState> state;
 	{
 		Playing::Playback playback(input.mProgramme, device, kTight);
+		MissWatch watch(playback);
 		playback.Play();
 		double const pause = inSeconds / (inSeeks + 1.0);
 		std::uniform_real_distribution<double> length(0.5 * pause, 1.5 * pause);
 		for (unsigned i = 0; i < inSeeks; ++i)
 		{
-			std::this_thread::sleep_for(Seconds(length(random)));
+			watch.Pause(length(random));
 			starts.push_back(SeekAtRandom(playback, starts.back(), random));
 		}
-		std::this_thread::sleep_for(Seconds(pause));
+		watch.Pause(pause);
+		watch.Report();
 		playback.Stop();
 		std::this_thread::sleep_for(Seconds(0.2));
 		state = playback.GetState();

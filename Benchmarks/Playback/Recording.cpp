@@ -29,6 +29,13 @@ public:
 		auto const place = static_cast<std::size_t>(mPlace);
 		return place < mExport.size() ? mExport[place] : Frame{};
 	}
+	void Step(std::int64_t inFrames)
+	{
+		for (std::int64_t i = 0; i < inFrames; ++i)
+		{
+			Step();
+		}
+	}
 	void Step()
 	{
 		++mPlace;
@@ -42,14 +49,18 @@ private:
 	std::int64_t mPlace;
 };
 
-// Whether the frames from there on are those of the walk, multiplied by a gain that inGain gives for each step.
-template <class Gain>
-bool IsFade(Frames const& inHeard, std::size_t inFrom, Walk inWalk, Gain const& inGain)
+float GetGainOfStop(std::int64_t inStep)
+{
+	return static_cast<float>(kFade - inStep) / static_cast<float>(kFade + 1);
+}
+
+// Whether the frames from there on are those of the walk, fading out to a stop.
+bool FadesOut(Frames const& inHeard, std::size_t inFrom, Walk inWalk)
 {
 	for (std::int64_t i = 0; i < kFade; ++i, inWalk.Step())
 	{
 		std::size_t const at = inFrom + static_cast<std::size_t>(i);
-		if (at >= inHeard.size() || !(inHeard[at] == inWalk.Get() * inGain(i)))
+		if (at >= inHeard.size() || !(inHeard[at] == inWalk.Get() * GetGainOfStop(i)))
 		{
 			return false;
 		}
@@ -57,15 +68,22 @@ bool IsFade(Frames const& inHeard, std::size_t inFrom, Walk inWalk, Gain const& 
 	return true;
 }
 
-float GetGainOfStop(std::int64_t inStep)
+// Whether the frames from there on are those of the walk, fading in after a miss, until a stop whose fade begins inStop
+// frames later, or earlier below 0, is complete.
+bool FadesIn(Frames const& inHeard, std::size_t inFrom, Walk inWalk, std::int64_t inStop)
 {
-	return static_cast<float>(kFade - inStep) / static_cast<float>(kFade + 1);
-}
-
-bool FadesIn(Frames const& inHeard, std::size_t inFrom, Walk const& inWalk)
-{
-	return IsFade(inHeard, inFrom, inWalk,
-		[](std::int64_t inStep) { return static_cast<float>(inStep) / static_cast<float>(kFade); });
+	std::int64_t const end = std::min(kFade, inStop + kFade);
+	for (std::int64_t i = 0; i < end; ++i, inWalk.Step())
+	{
+		std::size_t const at = inFrom + static_cast<std::size_t>(i);
+		Frame const stopped = inWalk.Get() * (i < inStop ? 1.0f : GetGainOfStop(i - inStop));
+		if (at >= inHeard.size() ||
+			!(inHeard[at] == stopped * (static_cast<float>(i) / static_cast<float>(kFade))))
+		{
+			return false;
+		}
+	}
+	return true;
 }
 
 // Goes over a miss, after which it goes on within ten seconds; false where there is none.
@@ -74,7 +92,7 @@ bool PassMiss(Frames const& inHeard, std::size_t& ioAt, Walk& ioWalk, Comparison
 	constexpr std::size_t kLongest = 480000;
 	std::size_t const end = std::min(inHeard.size(), ioAt + kLongest);
 	std::size_t from = ioAt;
-	while (from < end && !FadesIn(inHeard, from, ioWalk))
+	while (from < end && !FadesIn(inHeard, from, ioWalk, kFade))
 	{
 		++from;
 	}
@@ -85,11 +103,32 @@ bool PassMiss(Frames const& inHeard, std::size_t& ioAt, Walk& ioWalk, Comparison
 	ioResult.mSilent += static_cast<std::int64_t>(from - ioAt);
 	ioResult.mFaded += kFade;
 	ioAt = from + kFade;
-	for (std::int64_t i = 0; i < kFade; ++i)
-	{
-		ioWalk.Step();
-	}
+	ioWalk.Step(kFade);
 	return true;
+}
+
+// Goes over a miss within the last 2 ms before a stop or within its fade; false where there is none.
+bool PassMissAtStop(Frames const& inHeard, std::size_t& ioAt, Walk const& inWalk, Comparison& ioResult)
+{
+	constexpr std::size_t kLongest = 24000;
+	std::size_t const end = std::min(inHeard.size(), ioAt + kLongest);
+	for (std::size_t from = ioAt; from < end; ++from)
+	{
+		for (std::int64_t stop = kFade - 1; stop > -kFade; --stop)
+		{
+			Walk walk = inWalk;
+			walk.Step(std::max<std::int64_t>(-stop, 0));
+			if (inHeard[from].IsSilent() && FadesIn(inHeard, from, walk, stop))
+			{
+				auto const faded = static_cast<std::size_t>(std::min(kFade, stop + kFade));
+				ioResult.mSilent += static_cast<std::int64_t>(from - ioAt);
+				ioResult.mFaded += static_cast<std::int64_t>(faded);
+				ioAt = from + faded;
+				return true;
+			}
+		}
+	}
+	return false;
 }
 
 // As long as the frames are those of the walk.
@@ -151,7 +190,11 @@ Comparison CompareStarts(Frames const& inHeard, Frames const& inExport, std::vec
 		do
 		{
 			Compare(inHeard, at, walk, result);
-		} while (!IsFade(inHeard, at, walk, &GetGainOfStop) && PassMiss(inHeard, at, walk, result));
+		} while (!FadesOut(inHeard, at, walk) && PassMiss(inHeard, at, walk, result));
+		if (!FadesOut(inHeard, at, walk) && PassMissAtStop(inHeard, at, walk, result))
+		{
+			continue;
+		}
 		for (std::int64_t i = 0; i < kFade && at < inHeard.size(); ++i, ++at)
 		{
 			result.mWrong += inHeard[at] == walk.Get() * GetGainOfStop(i) ? 0 : 1;

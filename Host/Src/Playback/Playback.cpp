@@ -70,8 +70,8 @@ std::unique_ptr<RenderThread> Playback::Open(Programme const& inProgramme, Playb
 	std::int64_t const ahead =
 		std::max(CountAhead(inProgramme, inSettings), burst + std::max(block, burst / 2));
 	std::int64_t const open = std::max(ahead / 2, std::min(burst, ahead * 3 / 4));
-	return std::make_unique<RenderThread>(
-		inProgramme, mDevice, mFormat, TransportSettings{ahead, open, inSettings.mMeters});
+	return std::make_unique<RenderThread>(inProgramme, mDevice, mFormat,
+		TransportSettings{ahead, open, inSettings.mMeters}, inSettings.mIsRealtime);
 }
 
 Playback::~Playback()

@@ -34,10 +34,11 @@ unsigned ChoosePlayedBlock(Programme const& inProgramme, std::int64_t inTargetFr
 } // namespace
 
 RenderThread::RenderThread(Programme const& inProgramme, OutputDevice& ioDevice, DeviceFormat const& inFormat,
-	TransportSettings const& inSettings)
+	TransportSettings const& inSettings, bool inIsRealtime)
 	: mDevice(ioDevice),
 	  mWakes(std::make_shared<WakeUp>()),
 	  mTargetFrames(inSettings.mTargetFrames),
+	  mIsRealtime(inIsRealtime),
 	  mBlockFrames(ChoosePlayedBlock(inProgramme, mTargetFrames)),
 	  mGraph(std::make_unique<PlayedGraph>(inProgramme, mBlockFrames)),
 	  // Room for a fade of 2 ms besides.
@@ -189,7 +190,12 @@ std::int64_t RenderThread::FindHeardPlace() const
 void RenderThread::Run()
 {
 	zorvcore::threads::SetCurrentThreadName("sonaro-play");
-	zorvcore::threads::SetCurrentThreadPriority(zorvcore::threads::ThreadPriority::kUrgent);
+	// Below the threads of devices.
+	constexpr int kRealtimePriority = 5;
+	if (!mIsRealtime || !zorvcore::threads::SetCurrentThreadRealtime(kRealtimePriority))
+	{
+		zorvcore::threads::SetCurrentThreadPriority(zorvcore::threads::ThreadPriority::kUrgent);
+	}
 	while (!mIsEnding.load(std::memory_order_acquire))
 	{
 		Work();

@@ -26,7 +26,7 @@ class RenderThread
 {
 public:
 	RenderThread(Programme const& inProgramme, OutputDevice& ioDevice, DeviceFormat const& inFormat,
-		TransportSettings const& inSettings);
+		TransportSettings const& inSettings, bool inIsRealtime);
 	~RenderThread();
 
 	DeviceFeed& GetFeed() { return mFeed; }
@@ -67,6 +67,7 @@ private:
 	OutputDevice& mDevice;
 	std::shared_ptr<WakeUp> mWakes;
 	std::int64_t mTargetFrames;
+	bool mIsRealtime;
 	unsigned mBlockFrames;
 	std::unique_ptr<PlayedGraph> mGraph;
 	DeviceFeed mFeed;

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <numeric>
+#include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -235,6 +236,29 @@ TEST(CurrentThread, OnlyTheFirstThreadIsTheMainThread)
 	std::thread([&other] { other = CurrentThreadIsMainThread(); }).join();
 	EXPECT_FALSE(other);
 	EXPECT_TRUE(CurrentThreadIsMainThread());
+}
+
+TEST(CurrentThread, RealtimeIsThatThreadsAloneWherePermitted)
+{
+	int const before = sched_getscheduler(0);
+	bool isPermitted = false;
+	int policy = 0;
+	int policyOfItsChild = 0;
+	sched_param scheduling{};
+	std::thread(
+		[&]
+		{
+			isPermitted = SetCurrentThreadRealtime(5);
+			policy = sched_getscheduler(0) & ~SCHED_RESET_ON_FORK;
+			sched_getparam(0, &scheduling);
+			std::thread([&] { policyOfItsChild = sched_getscheduler(0); }).join();
+		})
+		.join();
+	EXPECT_EQ(policy, isPermitted ? SCHED_RR : before);
+	EXPECT_EQ(isPermitted, scheduling.sched_priority > 0);
+	EXPECT_LE(scheduling.sched_priority, 5);
+	EXPECT_EQ(policyOfItsChild, before);
+	EXPECT_EQ(sched_getscheduler(0), before);
 }
 
 } // namespace ExecutorTest

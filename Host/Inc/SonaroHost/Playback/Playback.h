@@ -27,6 +27,10 @@ struct PlaybackSettings
 	unsigned mDeviceBlockFrames = 0;
 	// Hear on the render thread what is put into the ring, and are reset where playing begins anew. Their Init is called here.
 	std::vector<SN::InterfaceRef<SN::IAudioMeterSetter>> mMeters = {};
+	// Whether rendering asks the system for real-time scheduling, without which other programs may hold it up by several
+	// milliseconds. Where the process is not permitted any, it runs at a raised priority. Not for simulated devices that
+	// are always busy.
+	bool mIsRealtime = true;
 };
 
 // Plays a programme on a device: the same samples that a render of it writes, bit for bit, wherever it is started, in

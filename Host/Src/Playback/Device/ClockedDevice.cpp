@@ -69,7 +69,11 @@ void ClockedDevice::Advance(std::int64_t inFrames)
 void ClockedDevice::Run()
 {
 	// As devices' threads are: one that is late would ask for several blocks at once.
-	zorvcore::threads::SetCurrentThreadPriority(zorvcore::threads::ThreadPriority::kUrgent);
+	constexpr int kRealtimePriority = 10;
+	if (mSpeed > 1.0 || !zorvcore::threads::SetCurrentThreadRealtime(kRealtimePriority))
+	{
+		zorvcore::threads::SetCurrentThreadPriority(zorvcore::threads::ThreadPriority::kUrgent);
+	}
 	std::chrono::duration<double> const step(mFormat.mBlockFrames / (mFormat.mSampleRate * mSpeed));
 	auto const period = std::chrono::duration_cast<Clock::duration>(step);
 	Clock::time_point due = Clock::now();

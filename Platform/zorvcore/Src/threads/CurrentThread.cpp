@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <pthread.h>
+#include <sched.h>
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -38,6 +39,19 @@ void SetCurrentThreadPriority(ThreadPriority inPriority) noexcept
 	{
 		setpriority(PRIO_PROCESS, thread, processNice);
 	}
+}
+
+bool SetCurrentThreadRealtime(int inPriority) noexcept
+{
+	rlimit limit{};
+	getrlimit(RLIMIT_RTPRIO, &limit);
+	int const most = limit.rlim_cur < rlim_t{99} ? static_cast<int>(limit.rlim_cur) : 99;
+	// A privileged process may exceed its limit.
+	sched_param const wanted{std::clamp(inPriority, 1, 99)};
+	sched_param const allowed{std::clamp(inPriority, 1, std::max(most, 1))};
+	constexpr int kPolicy = SCHED_RR | SCHED_RESET_ON_FORK;
+	return sched_setscheduler(gettid(), kPolicy, &wanted) == 0 ||
+		   sched_setscheduler(gettid(), kPolicy, &allowed) == 0;
 }
 
 } // namespace zorvcore::threads
