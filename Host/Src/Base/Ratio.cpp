@@ -61,15 +61,19 @@ Ratio Approximate(WideRatio const& inRatio)
 	return Ratio(static_cast<std::int64_t>(result), std::int64_t{1} << bits);
 }
 
+bool Fits(WideRatio const& inRatio)
+{
+	return inRatio.mNumerator <= kLargest && inRatio.mNumerator >= -kLargest &&
+		   inRatio.mDenominator <= kLargest;
+}
+
 Ratio ToRatio(WideRatio const& inRatio)
 {
-	WideRatio const reduced = Reduce(inRatio);
-	if (reduced.mNumerator <= kLargest && reduced.mNumerator >= -kLargest && reduced.mDenominator <= kLargest)
-	{
-		return Ratio(
-			static_cast<std::int64_t>(reduced.mNumerator), static_cast<std::int64_t>(reduced.mDenominator));
-	}
-	return Approximate(reduced);
+	// Divisions of 128 bits take ten times as long as those of 64, which nearly all timelines do with.
+	WideRatio const ratio = Fits(inRatio) ? inRatio : Reduce(inRatio);
+	return Fits(ratio) ? Ratio(static_cast<std::int64_t>(ratio.mNumerator),
+							 static_cast<std::int64_t>(ratio.mDenominator))
+					   : Approximate(ratio);
 }
 
 // The best continued fraction p / q of a number from 0 to 1, q up to inLargest, that is within inTolerance.
@@ -107,6 +111,11 @@ std::optional<Ratio> FindSimplest(double inFraction, double inTolerance, std::in
 
 Ratio::Ratio(std::int64_t inNumerator, std::int64_t inDenominator)
 {
+	if (inDenominator == 1)
+	{
+		mNumerator = inNumerator;
+		return;
+	}
 	std::int64_t const divisor = std::gcd(inNumerator, inDenominator) * (inDenominator < 0 ? -1 : 1);
 	mNumerator = inNumerator / divisor;
 	mDenominator = inDenominator / divisor;
@@ -178,17 +187,30 @@ std::int64_t Ratio::Floor() const
 
 Ratio operator+(Ratio const& inA, Ratio const& inB)
 {
+	if (inA.mDenominator == inB.mDenominator)
+	{
+		return ToRatio({Wide{inA.mNumerator} + inB.mNumerator, inA.mDenominator});
+	}
 	return ToRatio({Wide{inA.mNumerator} * inB.mDenominator + Wide{inB.mNumerator} * inA.mDenominator,
 		Wide{inA.mDenominator} * inB.mDenominator});
 }
 
 Ratio operator*(Ratio const& inA, Ratio const& inB)
 {
+	constexpr Ratio kOne(1);
+	if (inA == kOne || inB == kOne)
+	{
+		return inA == kOne ? inB : inA;
+	}
 	return ToRatio({Wide{inA.mNumerator} * inB.mNumerator, Wide{inA.mDenominator} * inB.mDenominator});
 }
 
 Ratio operator/(Ratio const& inA, Ratio const& inB)
 {
+	if (inB == Ratio(1))
+	{
+		return inA;
+	}
 	Wide const sign = inB.mNumerator < 0 ? -1 : 1;
 	return ToRatio({sign * inA.mNumerator * inB.mDenominator, sign * inA.mDenominator * inB.mNumerator});
 }

@@ -57,10 +57,34 @@ ProgrammeRange AddTail(
 	return range;
 }
 
-Sequence::GraphReport MakeReport(Programme const& inProgramme, unsigned inBlockFrames)
+// Whether nothing but clips, levels and pans make up the sound, so that any stretch of it can be rendered by itself.
+bool IsPlain(Sequence::Description const& inDescription)
 {
+	auto const isPlainChain = [](Sequence::Chain const& inChain)
+	{
+		return std::ranges::all_of(inChain.mStages,
+			[](Sequence::Stage const& inStage) { return std::holds_alternative<Sequence::Fader>(inStage); });
+	};
+	auto const isPlainItem = [&](Sequence::Item const& inItem)
+	{
+		return std::holds_alternative<Sequence::Clip>(inItem.mContent) && isPlainChain(inItem.mChain) &&
+			   inItem.mResampling != Sequence::Resampling::kEngine;
+	};
+	auto const isPlainTrack = [&](Sequence::Track const& inTrack)
+	{ return isPlainChain(inTrack.mChain) && std::ranges::all_of(inTrack.mItems, isPlainItem); };
+	return inDescription.mSubmixes.empty() && !inDescription.mBinaural &&
+		   isPlainChain(inDescription.mMaster) && std::ranges::all_of(inDescription.mTracks, isPlainTrack);
+}
+
+std::string FindWhyWhole(Programme const& inProgramme, unsigned inBlockFrames)
+{
+	// A graph of very many clips takes a while to make.
+	if (IsPlain(*inProgramme.mDescription))
+	{
+		return {};
+	}
 	RenderContextScope const context(inBlockFrames, SN::kTimeMax, SN::ImmutableString("plan"));
-	return MakeGraph(inProgramme, context.Get()).TakeReport();
+	return MakeGraph(inProgramme, context.Get()).TakeReport().mWhyInOneRun;
 }
 
 [[noreturn]] void RefuseChange(FileFingerprint const& inBefore, FileFingerprint const& inNow)
@@ -120,7 +144,7 @@ FarmPlan PlanFarm(
 	plan.mChannels = static_cast<unsigned>(programme.GetLayout().size());
 	plan.mBlockFrames = ChooseBlock(programme, inRender.mBlockFrames);
 	plan.mRange = AddTail(inJob, programme, inRender);
-	plan.mWhyWhole = MakeReport(programme, plan.mBlockFrames).mWhyInOneRun;
+	plan.mWhyWhole = FindWhyWhole(programme, plan.mBlockFrames);
 	plan.mPieces = Farm::CostProfile(programme).Cut(
 		plan.mRange, plan.mBlockFrames, plan.mWhyWhole.empty() ? inRequest.mPieces : 1);
 	return plan;
