@@ -6,7 +6,6 @@
 #include <jack/jack.h>
 #include <nlohmann/json.hpp>
 #include <signal.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -146,7 +145,9 @@ protected:
 	// A server of its own, while something is done with its process id. False when it does not run.
 	bool RunServer(std::function<void(int)> const& inAction)
 	{
-		std::string const name = "sonaro-" + std::to_string(getpid());
+		// JACK keeps eight names of servers, those of killed ones too until a server of that name starts again.
+		std::string const name =
+			std::string("sonaro-") + testing::UnitTest::GetInstance()->current_test_info()->name();
 		setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
 		setenv("JACK_NO_START_SERVER", "1", 1);
 		jack_set_error_function([](char const*) {});
@@ -212,12 +213,13 @@ TEST_F(JackTest, AClientGetsWhatAnExportWrites)
 				late = capture.CountLate();
 				heard = capture.Take();
 			}));
-		if (late > 0 || end["misses"] != 0)
+		if (late > 0)
 		{
-			std::cerr << "the machine was too busy: " << late << " late cycles, " << end["misses"]
-					  << " misses\n";
+			std::cerr << "JACK was late in " << late << " of its cycles\n";
 			continue;
 		}
+		// Half a second ahead, nothing is late where JACK is not.
+		ASSERT_EQ(end["misses"], 0);
 		auto const isSound = [](float in) { return in != 0.0f; };
 		auto const first = std::find_if(heard.begin(), heard.end(), isSound);
 		auto const source = std::find_if(exported.mSamples.begin(), exported.mSamples.end(), isSound);
@@ -225,7 +227,7 @@ TEST_F(JackTest, AClientGetsWhatAnExportWrites)
 		EXPECT_TRUE(std::equal(source, exported.mSamples.end(), first));
 		return;
 	}
-	GTEST_SKIP() << "the machine was too busy";
+	GTEST_SKIP() << "JACK itself was late each time";
 }
 
 TEST_F(JackTest, TheEndOfTheServerIsALossThatIsReported)
