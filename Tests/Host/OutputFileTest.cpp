@@ -2,6 +2,9 @@
 #include "Media.h"
 #include "Refusal.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/FileFingerprint.h"
+#include "SonaroHost/Files/WholeFile.h"
+#include "SonaroHost/Render/FarmPlan.h"
 
 #include <gmock/gmock.h>
 
@@ -128,6 +131,22 @@ TEST(OutputFileTest, GoesWhereLinksLeadAndTakesTheLongestNames)
 	EXPECT_TRUE(std::filesystem::exists(folder / longest));
 	std::filesystem::create_symlink("loop", folder / "loop");
 	EXPECT_THROW(OutputFile(folder / "loop"), HostError);
+}
+
+// The first bytes of a process's memory are a file that is there and cannot be read.
+TEST(WholeFile, AReadThatFailsIsNotTheEnd)
+{
+	std::string const unreadable = "/proc/self/mem";
+	std::string const reason = "'" + unreadable + "': cannot be read: Input/output error";
+	EXPECT_EQ(GetRefusalOf([&] { ReadWholeFile(unreadable, "give another"); }), reason + "; give another");
+	EXPECT_EQ(
+		GetRefusalOf([&] { ReadFarmPlan(unreadable); }), reason + "; give the file that sonaro plan wrote");
+	EXPECT_EQ(GetRefusalOf([&] { TakeFingerprint(unreadable); }), reason);
+	EXPECT_EQ(GetRefusalOf([&] { TakeWholeFingerprint(unreadable); }), reason);
+	TemporaryFolder const folder;
+	EXPECT_THAT(GetRefusalOf([&] { GetFileLength(folder / "gone.wav"); }),
+		testing::HasSubstr("gone.wav': cannot be read: No such file"));
+	EXPECT_FALSE(TakeFingerprint(folder / "gone.wav").IsThere());
 }
 
 } // namespace SonaroHost::Testing::OutputFileTest

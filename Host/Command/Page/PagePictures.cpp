@@ -4,12 +4,12 @@
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SonaroHost/Files/Temporary.h"
+#include "SonaroHost/Files/WholeFile.h"
 #include "SonaroHost/Render/WaveformJob.h"
+#include "Terminal/Console.h"
 #include "Terminal/RunJob.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <random>
 #include <set>
@@ -50,8 +50,7 @@ std::filesystem::path MakePictureFolder()
 // What an SVG file holds, from its element on, with a label for those who do not see it.
 std::string ReadPicture(std::filesystem::path const& inPath, std::string const& inLabel)
 {
-	std::ifstream file(inPath, std::ios::binary);
-	std::string const text{std::istreambuf_iterator<char>(file), {}};
+	std::string const text = ReadWholeFile(inPath);
 	std::size_t const start = text.find("<svg ");
 	if (start == std::string::npos)
 	{
@@ -107,6 +106,7 @@ void AddWaveform(Request inRequest, std::string const& inText, bool inIsQuiet, R
 	}
 	catch (HostError const& error)
 	{
+		PrintWarning(std::string("the report has no picture of the waveform: ") + error.what());
 		ioPictures.mWaveformText = std::string("There is no picture: ") + error.what() + ".";
 	}
 }

@@ -32,7 +32,8 @@ void CheckReport(RenderOptions const& inOptions, ReportFolder inFolder)
 		return;
 	}
 	std::filesystem::path const folder = std::filesystem::path(inOptions.mReport).parent_path();
-	bool const isThere = folder.empty() || std::filesystem::is_directory(folder);
+	std::error_code ignored;
+	bool const isThere = folder.empty() || std::filesystem::is_directory(folder, ignored);
 	if (!inOptions.mReport.empty() && (isThere || inFolder == ReportFolder::kIsThere))
 	{
 		OutputFile const file(inOptions.mReport);

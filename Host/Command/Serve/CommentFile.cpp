@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/OutputFile.h"
+#include "SonaroHost/Files/WholeFile.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -10,8 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <fstream>
-#include <sstream>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -206,10 +205,7 @@ Json CommentFile::Read() const
 	{
 		RefuseFile(mPath, "cannot be read as comments", kRemedy);
 	}
-	std::ifstream stream(mPath, std::ios::binary);
-	std::ostringstream text;
-	text << stream.rdbuf();
-	Json file = Json::parse(text.str(), nullptr, false);
+	Json file = Json::parse(SonaroHost::ReadWholeFile(mPath, kRemedy), nullptr, false);
 	bool const isList = file.is_object() && file.contains("comments") && file["comments"].is_array();
 	if (!isList)
 	{

@@ -3,12 +3,11 @@
 #include "Report/TimelineNotes.h"
 #include "Report/TimelineRows.h"
 #include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Files/WholeFile.h"
 #include "SonaroHost/OtioSequence/ProgrammeTimecode.h"
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <system_error>
 
 namespace SonaroCommand::Serve
@@ -55,14 +54,7 @@ std::string ReadText(std::filesystem::path const& inPath)
 {
 	std::error_code error;
 	bool const isFolder = std::filesystem::is_directory(inPath, error);
-	std::ifstream file(isFolder ? inPath / "content.otio" : inPath, std::ios::binary);
-	if (!file)
-	{
-		RefuseFile(inPath, "cannot be read", "put it back");
-	}
-	std::ostringstream text;
-	text << file.rdbuf();
-	return text.str();
+	return SonaroHost::ReadWholeFile(isFolder ? inPath / "content.otio" : inPath, "put it back");
 }
 
 } // namespace

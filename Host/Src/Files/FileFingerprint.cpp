@@ -1,14 +1,31 @@
 #include "SonaroHost/Files/FileFingerprint.h"
 
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/Digest.h"
 #include "SonaroHost/Files/FileState.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
+#include <system_error>
 #include <vector>
 
 namespace SonaroHost
 {
+
+namespace
+{
+
+// A file that cannot be read to its end is not taken for another one.
+void CheckRead(std::ifstream const& inFile, std::filesystem::path const& inPath)
+{
+	if (inFile.bad())
+	{
+		RefuseFile(inPath, "cannot be read: " + std::generic_category().message(errno));
+	}
+}
+
+} // namespace
 
 FileFingerprint TakeFingerprint(std::filesystem::path const& inPath)
 {
@@ -28,6 +45,7 @@ FileFingerprint TakeFingerprint(std::filesystem::path const& inPath)
 	{
 		file.seekg(first);
 		file.read(bytes.data(), kEndBytes);
+		CheckRead(file, inPath);
 		digest.Add(bytes.data(), static_cast<std::size_t>(file.gcount()));
 		file.clear();
 	}
@@ -52,6 +70,7 @@ FileFingerprint TakeWholeFingerprint(std::filesystem::path const& inPath)
 		digest.Add(bytes.data(), static_cast<std::size_t>(file.gcount()));
 		print.mBytes += file.gcount();
 	}
+	CheckRead(file, inPath);
 	print.mDigest = digest.GetText();
 	return print;
 }

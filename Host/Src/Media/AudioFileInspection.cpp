@@ -6,6 +6,7 @@
 #include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/TimePosition.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Files/WholeFile.h"
 #include "SonaroHost/Media/NoSoundError.h"
 #include "SoundFile/AudioFileDecoder.h"
 #include "SoundFile/MpegLengthTag.h"
@@ -79,7 +80,7 @@ void RefuseCutFile(std::filesystem::path const& inPath, std::int64_t inPromised,
 bool CheckFileSize(std::filesystem::path const& inPath)
 {
 	std::filesystem::path const path = GetReadablePath(inPath);
-	auto const size = static_cast<std::int64_t>(std::filesystem::file_size(path));
+	auto const size = GetFileLength(path);
 	if (auto const tag = ReadMpegLengthTag(path); tag && tag->mBytes)
 	{
 		std::int64_t const there = size - tag->mFirstFrame;

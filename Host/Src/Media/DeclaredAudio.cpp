@@ -1,5 +1,7 @@
 #include "DeclaredAudio.h"
 
+#include "SonaroHost/Files/WholeFile.h"
+
 #include <algorithm>
 #include <fstream>
 #include <string>
@@ -23,7 +25,7 @@ class HeaderFile
 public:
 	explicit HeaderFile(std::filesystem::path const& inPath)
 		: mFile(inPath, std::ios::binary),
-		  mLength(static_cast<std::int64_t>(std::filesystem::file_size(inPath)))
+		  mLength(GetFileLength(inPath))
 	{
 	}
 

@@ -163,16 +163,17 @@ TimelineFile::TimelineFile(std::filesystem::path const& inPath, std::string cons
 TimelineFile::TimelineFile(std::filesystem::path const& inPath)
 	: mFolder(FindFolder(inPath))
 {
+	std::error_code error;
 	if (GetLowerEnding(inPath) == ".otioz")
 	{
 		mUnpacked = std::make_unique<TemporaryFolder>();
 		mFolder = mUnpacked->GetPath();
 		mDocument = ReadDocument(Unpacking(inPath, mFolder).Run(), inPath);
 	}
-	else if (std::filesystem::is_directory(inPath))
+	else if (std::filesystem::is_directory(inPath, error))
 	{
 		mFolder = inPath;
-		if (!std::filesystem::exists(inPath / kContent))
+		if (!std::filesystem::exists(inPath / kContent, error) && !error)
 		{
 			RefuseFile(
 				inPath, std::string("is not a timeline bundle: the folder has no \"") + kContent + "\"");

@@ -25,7 +25,7 @@ struct FileFingerprint
 	std::string mDigest;
 };
 
-// Reads the ends of a file, 64 KiB each.
+// Reads the ends of a file, 64 KiB each. Throws a HostError where a read fails.
 // Threads: any.
 FileFingerprint TakeFingerprint(std::filesystem::path const& inPath);
 // Reads all of it; the time is 0, and does not count.

@@ -1,5 +1,7 @@
 #include "StretchedFile.h"
 
+#include "SonaroHost/Files/WholeFile.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -19,7 +21,7 @@ constexpr std::int64_t kTagLength = 128;
 
 StretchedFile::StretchedFile(std::filesystem::path const& inPath)
 	: mFile(inPath, std::ios::binary),
-	  mTrueLength(static_cast<std::int64_t>(std::filesystem::file_size(inPath))),
+	  mTrueLength(GetFileLength(inPath)),
 	  mClaimedLength(mTrueLength * kStretch)
 {
 }

@@ -2,10 +2,9 @@
 
 #include "JsonFields.h"
 #include "SonaroHost/Files/Digest.h"
+#include "SonaroHost/Files/WholeFile.h"
 
 #include <cstdint>
-#include <fstream>
-#include <iterator>
 
 namespace SonaroHost
 {
@@ -151,12 +150,7 @@ std::string ToText(FarmPlan const& inPlan)
 
 FarmPlan ReadFarmPlan(std::filesystem::path const& inPath)
 {
-	std::ifstream file(inPath, std::ios::binary);
-	if (!file)
-	{
-		RefuseFile(inPath, "cannot be read", "give the file that sonaro plan wrote");
-	}
-	std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+	std::string const text = ReadWholeFile(inPath, "give the file that sonaro plan wrote");
 	Json const json = Json::parse(text, nullptr, false);
 	if (!json.is_object())
 	{

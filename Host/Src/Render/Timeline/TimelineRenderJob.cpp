@@ -52,7 +52,8 @@ std::list<Temporary> MakeFolder(std::filesystem::path const& inPath)
 			made.emplace_front(make, Temporary::Removal::kWhileEmpty);
 		}
 	}
-	if (!std::filesystem::is_directory(inPath))
+	std::error_code ignored;
+	if (!std::filesystem::is_directory(inPath, ignored))
 	{
 		RefuseFolder(inPath, "a file has that name; choose another name");
 	}
