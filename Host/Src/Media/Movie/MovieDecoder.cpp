@@ -45,7 +45,7 @@ MovieDecoder::MovieDecoder(std::filesystem::path inPath, std::shared_ptr<MovieIn
 	: mPath(std::move(inPath)),
 	  mIndex(std::move(inIndex)),
 	  mDamage(std::move(inDamage)),
-	  mPacket(Libav().av_packet_alloc())
+	  mPacket(Own(Libav().av_packet_alloc()))
 {
 	Open();
 }

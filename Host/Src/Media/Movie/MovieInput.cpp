@@ -1,6 +1,7 @@
 #include "MovieInput.h"
 
 #include "SonaroHost/Files/StandardStreams.h"
+#include "SonaroHost/Files/WholeFile.h"
 #include "SonaroHost/Media/NoSoundError.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
+#include <new>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -101,7 +103,8 @@ std::string DescribeError(int inError)
 } // namespace
 
 MovieInput::MovieInput(std::filesystem::path const& inPath, MovieEdits inEdits)
-	: mEdits(inEdits)
+	: mPath(inPath),
+	  mEdits(inEdits)
 {
 	std::filesystem::path const path = GetReadablePath(inPath);
 	mFile.reset(std::fopen(path.c_str(), "rb"));
@@ -109,10 +112,15 @@ MovieInput::MovieInput(std::filesystem::path const& inPath, MovieEdits inEdits)
 	{
 		RefuseInput(inPath, "cannot be opened: " + std::generic_category().message(errno));
 	}
-	mLength = static_cast<std::int64_t>(std::filesystem::file_size(path));
+	mLength = GetFileLength(path);
 	auto* const buffer = static_cast<unsigned char*>(Libav().av_malloc(kBufferSize));
-	mBytes.reset(Libav().avio_alloc_context(
-		buffer, kBufferSize, 0, this, &MovieInput::Read, nullptr, &MovieInput::Seek));
+	mBytes.reset(buffer ? Libav().avio_alloc_context(
+							  buffer, kBufferSize, 0, this, &MovieInput::Read, nullptr, &MovieInput::Seek)
+						: nullptr);
+	if (!mBytes)
+	{
+		throw std::bad_alloc();
+	}
 	Open(inPath, Recognise(inPath));
 }
 
@@ -122,6 +130,7 @@ AVInputFormat const* MovieInput::Recognise(std::filesystem::path const& inPath)
 {
 	AVInputFormat const* demuxer = nullptr;
 	int const score = Libav().av_probe_input_buffer2(mBytes.get(), &demuxer, "", nullptr, 0, 0);
+	CheckRead(score);
 	std::string_view const name = demuxer ? GetName(*demuxer) : std::string_view();
 	if (std::ranges::find(kLists, name) != std::end(kLists))
 	{
@@ -139,10 +148,16 @@ AVInputFormat const* MovieInput::Recognise(std::filesystem::path const& inPath)
 
 void MovieInput::Open(std::filesystem::path const& inPath, AVInputFormat const* inDemuxer)
 {
-	AVFormatContext* format = Libav().avformat_alloc_context();
+	auto made = Own(Libav().avformat_alloc_context());
+	made->codec_whitelist = Libav().av_strdup(kDecoders);
+	made->protocol_whitelist = Libav().av_strdup("");
+	// Without lists, everything would be allowed.
+	if (!made->codec_whitelist || !made->protocol_whitelist)
+	{
+		throw std::bad_alloc();
+	}
+	AVFormatContext* format = made.release();
 	format->pb = mBytes.get();
-	format->codec_whitelist = Libav().av_strdup(kDecoders);
-	format->protocol_whitelist = Libav().av_strdup("");
 	format->io_open = [](AVFormatContext*, AVIOContext**, char const*, int, AVDictionary**)
 	{ return AVERROR(EPERM); };
 	AVDictionary* options = nullptr;
@@ -155,6 +170,7 @@ void MovieInput::Open(std::filesystem::path const& inPath, AVInputFormat const* 
 		mFormat.reset(format);
 		error = Libav().avformat_find_stream_info(format, nullptr);
 	}
+	CheckRead(error);
 	if (error < 0)
 	{
 		RefuseInput(inPath,
@@ -245,7 +261,9 @@ bool MovieInput::ReadPacket(AVPacket& outPacket)
 	for (;;)
 	{
 		Libav().av_packet_unref(&outPacket);
-		if (Libav().av_read_frame(mFormat.get(), &outPacket) < 0)
+		int const error = Libav().av_read_frame(mFormat.get(), &outPacket);
+		CheckRead(error);
+		if (error < 0)
 		{
 			return false;
 		}
@@ -258,6 +276,19 @@ bool MovieInput::ReadPacket(AVPacket& outPacket)
 	}
 }
 
+// What cannot be read, or held in memory, is not the end of the movie.
+void MovieInput::CheckRead(int inError) const
+{
+	if (inError == AVERROR(ENOMEM))
+	{
+		throw std::bad_alloc();
+	}
+	if (mReadError != 0)
+	{
+		RefuseInput(mPath, "cannot be read: " + std::generic_category().message(mReadError));
+	}
+}
+
 bool MovieInput::SeekTo(unsigned inStream, std::int64_t inTimestamp)
 {
 	return Libav().av_seek_frame(
@@ -266,8 +297,13 @@ bool MovieInput::SeekTo(unsigned inStream, std::int64_t inTimestamp)
 
 int MovieInput::Read(void* inSelf, std::uint8_t* outBytes, int inCount)
 {
-	std::size_t const count = std::fread(
-		outBytes, 1, static_cast<std::size_t>(inCount), static_cast<MovieInput*>(inSelf)->mFile.get());
+	auto* const self = static_cast<MovieInput*>(inSelf);
+	std::size_t const count = std::fread(outBytes, 1, static_cast<std::size_t>(inCount), self->mFile.get());
+	if (count == 0 && std::ferror(self->mFile.get()) != 0)
+	{
+		self->mReadError = errno;
+		return AVERROR(errno);
+	}
 	return count > 0 ? static_cast<int>(count) : AVERROR_EOF;
 }
 

@@ -41,7 +41,7 @@ public:
 
 	// Only these streams come from ReadPacket; the demuxer skips others where it can.
 	void Choose(std::vector<unsigned> const& inStreams);
-	// False at the end.
+	// False at the end. Throws a HostError where the file cannot be read.
 	bool ReadPacket(AVPacket& outPacket);
 	// To the last packet of the stream at the timestamp or before it, or earlier.
 	bool SeekTo(unsigned inStream, std::int64_t inTimestamp);
@@ -51,9 +51,14 @@ private:
 	static std::int64_t Seek(void* inSelf, std::int64_t inOffset, int inOrigin);
 	AVInputFormat const* Recognise(std::filesystem::path const& inPath);
 	void Open(std::filesystem::path const& inPath, AVInputFormat const* inDemuxer);
+	// Throws where libav ended with such an error for want of memory, or of what is in the file.
+	void CheckRead(int inError) const;
 
+	std::filesystem::path mPath;
 	MovieEdits mEdits;
 	FileHandle mFile;
+	// Why a read failed, a code of the system; 0 while none did.
+	int mReadError = 0;
 	std::int64_t mLength = 0;
 	LibavPointer<AVIOContext> mBytes;
 	LibavPointer<AVFormatContext> mFormat;

@@ -72,7 +72,7 @@ MovieIndex::Stream MakePlan(MovieInput const& inInput, unsigned inStream)
 void FindPacketSamples(std::filesystem::path const& inPath, std::vector<MovieIndex::Stream>& ioPlans)
 {
 	MovieInput input(inPath);
-	LibavPointer<AVPacket> const packet(Libav().av_packet_alloc());
+	LibavPointer<AVPacket> const packet(Own(Libav().av_packet_alloc()));
 	for (MovieIndex::Stream& plan : ioPlans)
 	{
 		AVStream const& stream = input.GetStream(plan.mIndex);
@@ -229,7 +229,7 @@ std::vector<StreamScan> MakeScans(MovieInput const& inInput, MovieIndex& ioIndex
 std::int64_t ReadPackets(MovieInput& ioInput, std::vector<StreamScan>& ioScans, int inSampleRate)
 {
 	LastTimes times(ioInput);
-	LibavPointer<AVPacket> const packet(Libav().av_packet_alloc());
+	LibavPointer<AVPacket> const packet(Own(Libav().av_packet_alloc()));
 	while (ioInput.ReadPacket(*packet))
 	{
 		times.Take(*packet);

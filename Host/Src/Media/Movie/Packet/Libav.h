@@ -9,6 +9,7 @@ extern "C"
 }
 
 #include <memory>
+#include <new>
 #include <string>
 
 namespace SonaroHost
@@ -103,5 +104,16 @@ struct LibavDeleter
 
 template <class Object>
 using LibavPointer = std::unique_ptr<Object, LibavDeleter>;
+
+// Owns what libav has just allocated. Throws where there was no memory for it.
+template <class Object>
+LibavPointer<Object> Own(Object* inAllocated)
+{
+	if (!inAllocated)
+	{
+		throw std::bad_alloc();
+	}
+	return LibavPointer<Object>(inAllocated);
+}
 
 } // namespace SonaroHost

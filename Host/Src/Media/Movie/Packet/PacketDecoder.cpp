@@ -1,20 +1,35 @@
 #include "PacketDecoder.h"
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 #include <string>
 
 namespace SonaroHost
 {
 
+namespace
+{
+
+// Silence in place of a packet is for what is damaged.
+void CheckMemory(int inError)
+{
+	if (inError == AVERROR(ENOMEM))
+	{
+		throw std::bad_alloc();
+	}
+}
+
+} // namespace
+
 PacketDecoder::PacketDecoder(AVStream const& inStream)
 	: mChannels(static_cast<unsigned>(inStream.codecpar->ch_layout.nb_channels)),
 	  mSampleRate(inStream.codecpar->sample_rate),
-	  mFrame(Libav().av_frame_alloc())
+	  mFrame(Own(Libav().av_frame_alloc()))
 {
 	AVCodec const* const codec = Libav().avcodec_find_decoder(inStream.codecpar->codec_id);
 	mCodec.reset(codec ? Libav().avcodec_alloc_context3(codec) : nullptr);
-	if (!mCodec || !mFrame)
+	if (!mCodec)
 	{
 		throw std::runtime_error(
 			"there is no decoder for " + std::string(Libav().avcodec_get_name(inStream.codecpar->codec_id)));
@@ -37,10 +52,12 @@ PacketDecoder::Result PacketDecoder::Decode(AVPacket const* inPacket)
 	mFrames = 0;
 	bool isDamaged = inPacket && (inPacket->flags & AV_PKT_FLAG_CORRUPT) != 0;
 	int error = Libav().avcodec_send_packet(mCodec.get(), inPacket);
+	CheckMemory(error);
 	isDamaged = isDamaged || (error < 0 && error != AVERROR_EOF);
 	while (error >= 0)
 	{
 		error = Libav().avcodec_receive_frame(mCodec.get(), mFrame.get());
+		CheckMemory(error);
 		if (error >= 0)
 		{
 			isDamaged = !Append(*mFrame) || isDamaged;
@@ -73,6 +90,7 @@ bool PacketDecoder::Append(AVFrame const& inFrame)
 		int const error = Libav().swr_alloc_set_opts2(&converter, &layout, AV_SAMPLE_FMT_FLT, mSampleRate,
 			&layout, static_cast<AVSampleFormat>(inFrame.format), mSampleRate, 0, nullptr);
 		mConverter.reset(converter);
+		CheckMemory(error);
 		if (error < 0 || Libav().swr_init(converter) < 0)
 		{
 			return false;
