@@ -1,6 +1,7 @@
 #include "FilePlace.h"
 
 #include "NameForms.h"
+#include "SystemFiles.h"
 
 #include <algorithm>
 #include <string>
@@ -34,11 +35,8 @@ std::string SwapCase(std::string inName)
 // the same, which errs on the safe side.
 bool IgnoresCase(std::filesystem::path const& inFolder)
 {
-	std::error_code error;
-	for (std::filesystem::directory_iterator entry(inFolder, error), end; !error && entry != end;
-		 entry.increment(error))
+	for (std::string const& name : ListNames(inFolder))
 	{
-		std::string const name = entry->path().filename().string();
 		if (std::ranges::any_of(name, HasTwoCases))
 		{
 			auto const number = FindFileNumber(inFolder / name);

@@ -1,5 +1,7 @@
 #include "NameForms.h"
 
+#include "SystemFiles.h"
+
 #include <utf8proc.h>
 
 #include <cstddef>
@@ -41,11 +43,8 @@ std::string DescribeMissing(std::filesystem::path const& inPath)
 	std::string const name = inPath.filename().native();
 	std::string const composed = ComposeName(name);
 	std::filesystem::path const folder = inPath.has_parent_path() ? inPath.parent_path() : ".";
-	std::error_code error;
-	std::filesystem::directory_iterator entry(folder, error);
-	for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+	for (std::string const& other : ListNames(folder))
 	{
-		std::string const other = entry->path().filename().native();
 		if (other != name && ComposeName(other) == composed)
 		{
 			return "does not exist, but a file does whose name is the same in another form of Unicode "

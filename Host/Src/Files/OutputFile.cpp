@@ -62,13 +62,11 @@ void RemoveLeftovers(std::filesystem::path const& inPath)
 {
 	std::string const start = MakeTemporaryStart(inPath);
 	std::filesystem::path const folder = GetFolder(inPath);
-	std::error_code error;
-	for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-		 entry.increment(error))
+	for (std::string const& name : ListNames(folder))
 	{
-		if (IsTemporaryName(entry->path().filename().string(), start))
+		if (IsTemporaryName(name, start))
 		{
-			RemoveUnmarked(entry->path());
+			RemoveUnmarked(folder / name);
 		}
 	}
 }

@@ -8,8 +8,10 @@
 #include <fstream>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <system_error>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/resource.h>
@@ -59,6 +61,25 @@ std::optional<FileNumber> FindFileNumber(std::filesystem::path const& inPath)
 {
 	struct stat status = {};
 	return stat(inPath.c_str(), &status) == 0 ? std::optional(GetNumber(status)) : std::nullopt;
+}
+
+std::vector<std::string> ListNames(std::filesystem::path const& inFolder)
+{
+	struct Closing
+	{
+		void operator()(DIR* inOpened) const { closedir(inOpened); }
+	};
+	std::vector<std::string> names;
+	std::unique_ptr<DIR, Closing> const folder(opendir(inFolder.c_str()));
+	while (dirent const* const entry = folder ? readdir(folder.get()) : nullptr)
+	{
+		std::string_view const name = entry->d_name;
+		if (name != "." && name != "..")
+		{
+			names.emplace_back(name);
+		}
+	}
+	return names;
 }
 
 FileMark::~FileMark()

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace SonaroHost
 {
@@ -25,6 +27,10 @@ struct FileNumber
 
 // Nothing when there is no file, or when it cannot be reached. Links are followed.
 std::optional<FileNumber> FindFileNumber(std::filesystem::path const& inPath);
+
+// The names in a folder, hidden ones too, as far as it can be read, in the order in which the system gives them. The
+// iterator of the C++ library ends the process where there is no memory for it.
+std::vector<std::string> ListNames(std::filesystem::path const& inFolder);
 
 struct FileCloser
 {

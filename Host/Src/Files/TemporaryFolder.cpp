@@ -40,17 +40,16 @@ void RemoveStale(std::filesystem::path const& inParent)
 {
 	std::error_code error;
 	std::vector<std::filesystem::path> found;
-	for (std::filesystem::directory_iterator entry(inParent, error), end; !error && entry != end;
-		 entry.increment(error))
+	for (std::string const& name : ListNames(inParent))
 	{
-		std::error_code ignored;
+		std::filesystem::path const path = inParent / name;
 		bool const isMarked =
-			entry->path().filename().native().starts_with(kPrefix) &&
-			std::filesystem::is_directory(entry->symlink_status(ignored)) &&
-			std::filesystem::is_regular_file(std::filesystem::symlink_status(entry->path() / kMark, ignored));
+			name.starts_with(kPrefix) &&
+			std::filesystem::is_directory(std::filesystem::symlink_status(path, error)) &&
+			std::filesystem::is_regular_file(std::filesystem::symlink_status(path / kMark, error));
 		if (isMarked)
 		{
-			found.push_back(entry->path());
+			found.push_back(path);
 		}
 	}
 	for (std::filesystem::path const& folder : found)

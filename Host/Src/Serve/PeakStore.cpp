@@ -1,5 +1,6 @@
 #include "SonaroHost/Serve/PeakStore.h"
 
+#include "Files/SystemFiles.h"
 #include "Sonaro/AudioWaveformQueue.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/OutputFile.h"
@@ -209,11 +210,11 @@ void PeakStore::Save(std::string const& inTag, Waveform const& inWaveform) const
 void PeakStore::RemoveOldest() const
 {
 	std::vector<std::pair<std::filesystem::file_time_type, std::filesystem::path>> files;
-	for (auto const& entry : std::filesystem::directory_iterator(mFolder))
+	for (std::string const& name : ListNames(mFolder))
 	{
-		if (entry.path().extension() == ".dat")
+		if (std::filesystem::path const path = mFolder / name; path.extension() == ".dat")
 		{
-			files.emplace_back(entry.last_write_time(), entry.path());
+			files.emplace_back(std::filesystem::last_write_time(path), path);
 		}
 	}
 	std::sort(files.begin(), files.end());

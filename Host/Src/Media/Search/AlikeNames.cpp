@@ -51,11 +51,8 @@ AlikeNames::Names const& AlikeNames::List(std::filesystem::path const& inFolder)
 	Names& names = place->second;
 	if (isNew)
 	{
-		std::error_code error;
-		std::filesystem::directory_iterator entry(inFolder, error);
-		for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+		for (std::string const& name : ListNames(inFolder))
 		{
-			std::string const name = entry->path().filename().native();
 			names[FoldName(name)].push_back(name);
 		}
 		for (auto& [key, alike] : names)

@@ -1,5 +1,6 @@
 #include "PieceSet.h"
 
+#include "Files/SystemFiles.h"
 #include "SonaroHost/Base/HostError.h"
 
 #include <algorithm>
@@ -28,12 +29,11 @@ std::vector<std::filesystem::path> ListFiles(std::vector<std::filesystem::path> 
 			continue;
 		}
 		std::set<std::filesystem::path> found;
-		for (std::filesystem::directory_iterator entry(path, error), end; !error && entry != end;
-			 entry.increment(error))
+		for (std::string const& name : ListNames(path))
 		{
-			if (entry->is_regular_file(error))
+			if (std::filesystem::is_regular_file(path / name, error))
 			{
-				found.insert(entry->path());
+				found.insert(path / name);
 			}
 		}
 		files.insert(files.end(), found.begin(), found.end());
