@@ -3,10 +3,12 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "Terminal/Console.h"
+#include "Terminal/LostMemory.h"
 #include "Terminal/OperatingSystem.h"
 #include "Terminal/StopSignals.h"
 
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <vector>
@@ -16,7 +18,7 @@ namespace
 
 using namespace SonaroCommand;
 
-int RunProgram(std::vector<std::string> const& inArguments)
+int RunProgram(int inCount, char** inArguments)
 {
 	// Whatever a command that was asked to stop ends with, it ends by the signal.
 	struct SignalFirst
@@ -31,16 +33,21 @@ int RunProgram(std::vector<std::string> const& inArguments)
 	} const signalFirst;
 	try
 	{
-		return Program().Run(inArguments);
+		SonaroHost::SilenceMovieLibraries();
+		return Program().Run({inArguments + 1, inArguments + inCount});
 	}
 	catch (SonaroHost::HostError const& error)
 	{
 		PrintError(error.what());
 		return GetExitCode(error.GetKind());
 	}
+	catch (std::filesystem::filesystem_error const& error)
+	{
+		PrintError(SonaroHost::QuotePath(error.path1()) + ": " + error.code().message());
+	}
 	catch (std::bad_alloc const&)
 	{
-		PrintError("not enough memory");
+		ReportLostMemory();
 	}
 	catch (std::exception const& error)
 	{
@@ -53,10 +60,10 @@ int RunProgram(std::vector<std::string> const& inArguments)
 
 int main(int inCount, char** inArguments)
 {
+	EndInOrderWithoutMemory();
 	HoldStandardStreams();
 	AllowManyFiles();
 	MakeFailedWritesErrors();
 	StopSignals::Watch();
-	SonaroHost::SilenceMovieLibraries();
-	return RunProgram({inArguments + 1, inArguments + inCount});
+	return RunProgram(inCount, inArguments);
 }

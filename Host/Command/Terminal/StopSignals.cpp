@@ -6,7 +6,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
-#include <system_error>
+#include <exception>
 #include <thread>
 
 namespace SonaroCommand
@@ -78,9 +78,11 @@ void StopSignals::Watch()
 	pthread_sigmask(SIG_BLOCK, &set, nullptr);
 	try
 	{
+		// What the thread must not fail to make.
+		GetSource();
 		std::thread([set] { WaitForSignals(set); }).detach();
 	}
-	catch (std::system_error const&)
+	catch (std::exception const&)
 	{
 		// Without room for a thread, a signal ends the process at once.
 		pthread_sigmask(SIG_UNBLOCK, &set, nullptr);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <new>
 
 namespace SonaroHost
 {
@@ -25,29 +26,47 @@ List& GetList()
 	return *sList;
 }
 
-void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
+// False where something is left.
+bool TryToRemove(std::filesystem::path const& inPath, Temporary::Removal inRemoval)
 {
-	constexpr int kTries = 100;
 	std::error_code error;
 	if (inRemoval == Temporary::Removal::kWhileEmpty)
 	{
 		std::filesystem::remove(inPath, error);
-		return;
+		return true;
 	}
+	auto const find = [&error](std::filesystem::path const& inFound)
+	{ return std::filesystem::symlink_status(inFound, error).type(); };
+	auto const kFolder = std::filesystem::file_type::directory;
 	// Another thread may still be adding files to a folder, or removing it, too. Under another name nobody finds it.
-	std::filesystem::path path = inPath;
-	if (std::filesystem::is_directory(std::filesystem::symlink_status(path, error)))
+	std::filesystem::path moved = inPath;
+	moved += ".removed";
+	if (find(inPath) != kFolder && find(moved) != kFolder)
 	{
-		path += ".removed";
-		std::filesystem::rename(inPath, path, error);
-		path = error ? inPath : path;
+		std::filesystem::remove(inPath, error);
+		return find(inPath) == std::filesystem::file_type::not_found;
 	}
+	std::filesystem::rename(inPath, moved, error);
+	std::filesystem::remove_all(moved, error);
+	std::filesystem::remove_all(inPath, error);
+	return find(inPath) != kFolder && find(moved) != kFolder;
+}
+
+void Remove(std::filesystem::path const& inPath, Temporary::Removal inRemoval) noexcept
+{
+	constexpr int kTries = 100;
 	for (int tries = 0; tries < kTries; ++tries)
 	{
-		std::filesystem::remove_all(path, error);
-		if (!std::filesystem::exists(std::filesystem::symlink_status(path, error)))
+		try
 		{
-			return;
+			if (TryToRemove(inPath, inRemoval))
+			{
+				return;
+			}
+		}
+		catch (std::bad_alloc const&)
+		{
+			// Removing takes memory, which another thread may have freed in the meantime.
 		}
 	}
 }
@@ -66,7 +85,15 @@ Temporary::Temporary(std::function<std::filesystem::path()> const& inMake, Remov
 	List& list = GetList();
 	std::lock_guard const lock(list.mMutex);
 	mPath = inMake();
-	list.mPaths.emplace(mPath, mRemoval);
+	try
+	{
+		list.mPaths.emplace(mPath, mRemoval);
+	}
+	catch (std::bad_alloc const&)
+	{
+		Remove(mPath, mRemoval);
+		throw;
+	}
 }
 
 Temporary::~Temporary()

@@ -1,0 +1,214 @@
+// Lets each allocation of what runs fail once, and counts what is left behind. The replaced operators are the whole
+// program's, shared libraries included.
+
+#include "Media.h"
+#include "SonaroHost/Base/HostError.h"
+#include "SonaroHost/Media/AudioFileReader.h"
+#include "SonaroHost/Otio/Reader.h"
+#include "SonaroHost/OtioSequence/TimelineInput.h"
+#include "SonaroHost/Render/TimelineRenderJob.h"
+#include "TimelineJson.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <new>
+
+namespace
+{
+
+// Counts down to the allocation that fails; below 0 none does.
+std::atomic<std::int64_t> sLeft{-1};
+std::atomic<std::int64_t> sBlocks{0};
+
+bool FailsNow()
+{
+	return sLeft.load(std::memory_order_relaxed) >= 0 && sLeft.fetch_sub(1) == 0;
+}
+
+void* TryToAllocate(std::size_t inSize, std::size_t inAlignment)
+{
+	if (FailsNow())
+	{
+		return nullptr;
+	}
+	std::size_t const size = (inSize + inAlignment - 1) / inAlignment * inAlignment;
+	void* const block = std::aligned_alloc(inAlignment, size == 0 ? inAlignment : size);
+	sBlocks += block ? 1 : 0;
+	return block;
+}
+
+void* Allocate(std::size_t inSize, std::size_t inAlignment = alignof(std::max_align_t))
+{
+	void* const block = TryToAllocate(inSize, inAlignment);
+	if (!block)
+	{
+		throw std::bad_alloc();
+	}
+	return block;
+}
+
+void Free(void* inBlock)
+{
+	sBlocks -= inBlock ? 1 : 0;
+	std::free(inBlock);
+}
+
+} // namespace
+
+void* operator new(std::size_t inSize)
+{
+	return Allocate(inSize);
+}
+
+void* operator new(std::size_t inSize, std::align_val_t inAlignment)
+{
+	return Allocate(inSize, static_cast<std::size_t>(inAlignment));
+}
+
+void* operator new(std::size_t inSize, std::nothrow_t const&) noexcept
+{
+	return TryToAllocate(inSize, alignof(std::max_align_t));
+}
+
+void* operator new[](std::size_t inSize)
+{
+	return Allocate(inSize);
+}
+
+void* operator new[](std::size_t inSize, std::align_val_t inAlignment)
+{
+	return Allocate(inSize, static_cast<std::size_t>(inAlignment));
+}
+
+void operator delete(void* inBlock) noexcept
+{
+	Free(inBlock);
+}
+
+void operator delete(void* inBlock, std::size_t) noexcept
+{
+	Free(inBlock);
+}
+
+void operator delete(void* inBlock, std::align_val_t) noexcept
+{
+	Free(inBlock);
+}
+
+void operator delete(void* inBlock, std::size_t, std::align_val_t) noexcept
+{
+	Free(inBlock);
+}
+
+void operator delete[](void* inBlock) noexcept
+{
+	Free(inBlock);
+}
+
+void operator delete[](void* inBlock, std::size_t) noexcept
+{
+	Free(inBlock);
+}
+
+void operator delete[](void* inBlock, std::align_val_t) noexcept
+{
+	Free(inBlock);
+}
+
+void operator delete[](void* inBlock, std::size_t, std::align_val_t) noexcept
+{
+	Free(inBlock);
+}
+
+namespace SonaroHost::Testing::AllocationFaultsTest
+{
+
+// Runs with one failing allocation after the other until none fails.
+// inCheck: looks at what is left after each.
+void FailEach(
+	std::function<void()> const& inRun, std::function<void()> const& inCheck = [] {})
+{
+	// What is kept for the whole process is made first.
+	inRun();
+	inRun();
+	std::int64_t failures = 0;
+	bool hasFailed = true;
+	for (std::int64_t skipped = 0; hasFailed; ++skipped)
+	{
+		std::int64_t const before = sBlocks;
+		sLeft = skipped;
+		try
+		{
+			inRun();
+		}
+		catch (std::bad_alloc const&)
+		{
+		}
+		hasFailed = sLeft < 0;
+		sLeft = -1;
+		failures += hasFailed ? 1 : 0;
+		ASSERT_EQ(sBlocks - before, 0) << "after allocation " << skipped << " failed";
+		ASSERT_NO_FATAL_FAILURE(inCheck()) << "after allocation " << skipped << " failed";
+	}
+	EXPECT_GT(failures, 10);
+}
+
+class AllocationFaultsTest : public testing::Test
+{
+protected:
+	void SetUp() override
+	{
+		WriteSound(mFolder / "tone.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, 48000, 4800));
+		mTimeline = Timeline(
+			{Track("A1", {Clip("tone", "tone.wav", 0.0, 0.05), Clip("again", "tone.wav", 0.0, 0.04)}),
+				WithSettings(Track("A2", {Clip("other", "tone.wav", 0.02, 0.06)}), {{"gain", -6.0}, {"pan", 0.5}})});
+		WriteBytes(mFolder / "edit.otio", mTimeline.dump());
+	}
+
+	TemporaryFolder mFolder;
+	Json mTimeline;
+};
+
+TEST_F(AllocationFaultsTest, ReadingATimelineLosesNothing)
+{
+	std::string const text = mTimeline.dump();
+	FailEach([&text] { Otio::ReadDocument(text, "edit.otio"); });
+}
+
+TEST_F(AllocationFaultsTest, OpeningAndReadingMediaLosesNothing)
+{
+	std::string const path = (mFolder / "tone.wav").string();
+	FailEach([&path] { AudioFileReader(path).GetBlock(0); });
+}
+
+TEST_F(AllocationFaultsTest, LayingOutATimelineLosesNothing)
+{
+	FailEach([this] { Otio::TimelineInput(mFolder / "edit.otio").MakeSequence(); });
+}
+
+TEST_F(AllocationFaultsTest, RenderingWritesAllOrNothing)
+{
+	Otio::TimelineRenderRequest request;
+	request.mInput = mFolder / "edit.otio";
+	request.mOutput = mFolder / "mix.wav";
+	auto const render = [&request] { Otio::TimelineRenderJob(request).Run(); };
+	render();
+	std::string const whole = ReadBytes(request.mOutput);
+	FailEach(
+		[&]
+		{
+			std::filesystem::remove(request.mOutput);
+			render();
+		},
+		[&]
+		{
+			bool const isThere = std::filesystem::exists(request.mOutput);
+			ASSERT_EQ(mFolder.List().size(), isThere ? 3 : 2) << "temporary files are left";
+			ASSERT_TRUE(!isThere || ReadBytes(request.mOutput) == whole);
+		});
+}
+
+} // namespace SonaroHost::Testing::AllocationFaultsTest
