@@ -150,7 +150,7 @@ void HttpServer::Stop()
 	stop();
 }
 
-bool HttpServer::process_and_close_socket(socket_t inSocket)
+void HttpServer::ServeConnection(socket_t inSocket)
 {
 	Connection connection(inSocket, mState);
 	for (int left = kMostRequestsPerConnection; left > 0 && connection.ReadHead(); --left)
@@ -170,7 +170,6 @@ bool HttpServer::process_and_close_socket(socket_t inSocket)
 			break;
 		}
 	}
-	return true;
 }
 
 } // namespace SonaroCommand::Serve

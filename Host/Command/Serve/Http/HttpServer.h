@@ -23,12 +23,18 @@ public:
 	int Bind(std::string const& inHost, int inPort);
 	// Serves until Stop, and returns once all connections have ended.
 	void Serve();
+	// Answers what comes over a socket until it ends, and closes it. Any thread.
+	void ServeConnection(socket_t inSocket);
 	// Any thread.
 	void Stop();
 	std::atomic<bool> const& IsEnding() const { return mState.mIsEnding; }
 
 private:
-	bool process_and_close_socket(socket_t inSocket) override;
+	bool process_and_close_socket(socket_t inSocket) override
+	{
+		ServeConnection(inSocket);
+		return true;
+	}
 
 	ServerState mState;
 };
