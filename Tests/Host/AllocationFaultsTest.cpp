@@ -164,7 +164,8 @@ protected:
 		WriteSound(mFolder / "tone.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, MakeSound(2, 48000, 4800));
 		mTimeline = Timeline(
 			{Track("A1", {Clip("tone", "tone.wav", 0.0, 0.05), Clip("again", "tone.wav", 0.0, 0.04)}),
-				WithSettings(Track("A2", {Clip("other", "tone.wav", 0.02, 0.06)}), {{"gain", -6.0}, {"pan", 0.5}})});
+				WithSettings(
+					Track("A2", {Clip("other", "tone.wav", 0.02, 0.06)}), {{"gain", -6.0}, {"pan", 0.5}})});
 		WriteBytes(mFolder / "edit.otio", mTimeline.dump());
 	}
 
