@@ -4,6 +4,7 @@
 #include "InterleavedFile.h"
 #include "Media/SoundDecoders.h"
 #include "Media/Stretch/StretchedInfo.h"
+#include "SonaroHost/Base/HostError.h"
 
 #include <atomic>
 #include <chrono>
@@ -53,6 +54,15 @@ bool LearnNoise(AudioFileInfo const& inRecording, std::function<void(std::int64_
 	if (future.GetStatus() == zorvcore::async::FutureStatus::kFailed)
 	{
 		RethrowFor(recording, future.GetException());
+	}
+	// A file that ends early, or whose reads fail, would give the noise of another recording.
+	if (file->GetFrames() < recording.mFrames)
+	{
+		RefuseFile(recording.mPath,
+			"cannot be read at sample " + std::to_string(file->GetFrames()) +
+				", although its header states " + std::to_string(recording.mFrames) +
+				" samples: it is truncated or damaged",
+			"get a complete copy");
 	}
 	return !inStop.stop_requested();
 }
