@@ -122,7 +122,12 @@ private:
 	{
 		std::error_code error;
 		std::filesystem::create_directories(inTarget.parent_path(), error);
-		if (error || std::filesystem::exists(inTarget))
+		bool const isTaken = error == std::errc::not_a_directory || error == std::errc::file_exists;
+		if (error && !isTaken)
+		{
+			RefuseRoom(inEntry, ": " + error.message());
+		}
+		if (isTaken || std::filesystem::exists(inTarget, error))
 		{
 			RefuseFile(mPath, "the entry " + QuotePath(inEntry.mName) +
 								  " conflicts with another entry of the bundle; create the bundle again");
@@ -130,14 +135,21 @@ private:
 		std::ofstream file(inTarget, std::ios::binary);
 		mArchive.Read(inEntry, [&file](char const* inBytes, std::size_t inCount)
 			{ file.write(inBytes, static_cast<std::streamsize>(inCount)); });
-		if (!file.flush())
+		// Some file systems say no earlier that they are full.
+		file.close();
+		if (!file)
 		{
-			throw HostError(HostError::Kind::kOutput,
-				{mPath, {},
-					"the entry " + QuotePath(inEntry.mName) + " cannot be unpacked into " +
-						QuotePath(mFolder.parent_path()),
-					"free some space there, or set TMPDIR to another folder"});
+			RefuseRoom(inEntry, {});
 		}
+	}
+
+	[[noreturn]] void RefuseRoom(ZipArchive::Entry const& inEntry, std::string const& inWhy) const
+	{
+		throw HostError(HostError::Kind::kOutput,
+			{mPath, {},
+				"the entry " + QuotePath(inEntry.mName) + " cannot be unpacked into " +
+					QuotePath(mFolder.parent_path()) + inWhy,
+				"free some space there, or set TMPDIR to another folder"});
 	}
 
 	std::filesystem::path const& mPath;
