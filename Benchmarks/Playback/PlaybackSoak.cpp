@@ -4,6 +4,7 @@
 #include "SonaroHost/Base/OutputFormat.h"
 #include "SonaroHost/Render/AudioFileWriter.h"
 #include "SonaroHost/Render/Programme.h"
+#include "Vexilon/MediaManager.h"
 
 #include <algorithm>
 #include <chrono>
@@ -36,6 +37,19 @@ SN::TickTime ToTime(std::int64_t inFrames)
 	return {inFrames, SN::FrameRate::FromSamplesPerSecond(kRate)};
 }
 
+double GetCachedMegabytes()
+{
+	return static_cast<double>(VX::GetMediaManager()->GetByteCount()) / 1048576.0;
+}
+
+// Of a part of the values: the middle one.
+double FindMedian(std::vector<double> inValues)
+{
+	auto const middle = inValues.begin() + static_cast<std::ptrdiff_t>(inValues.size() / 2);
+	std::nth_element(inValues.begin(), middle, inValues.end());
+	return *middle;
+}
+
 std::int64_t CountEntries(char const* inFolder)
 {
 	std::filesystem::directory_iterator const entries(inFolder);
@@ -56,6 +70,7 @@ Holdings Holdings::Count()
 			holdings.mMegabytes /= 1024.0;
 		}
 	}
+	holdings.mCachedMegabytes = GetCachedMegabytes();
 	holdings.mFiles = CountEntries("/proc/self/fd");
 	holdings.mThreads = CountEntries("/proc/self/task");
 	return holdings;
@@ -127,11 +142,33 @@ Programme PlaybackSoak::MakeEdit()
 
 bool PlaybackSoak::Run()
 {
-	auto const mixed = mMix.Prepare(MakeEdit());
-	mMix.Adopt(mixed);
-	mPlayback = std::make_unique<Playback>(
-		mixed.GetProgramme(), mDevice, Playing::PlaybackSettings{.mIsRealtime = false});
+	// Threads that serve the whole process begin with the first playback.
+	{
+		auto const mixed = mMix.Prepare(MakeEdit());
+		Playback first(mixed.GetProgramme(), mDevice);
+		first.Play();
+		Rest(0.5);
+	}
+	Holdings const before = Holdings::Count();
+	{
+		auto const mixed = mMix.Prepare(MakeEdit());
+		mMix.Adopt(mixed);
+		mPlayback = std::make_unique<Playback>(
+			mixed.GetProgramme(), mDevice, Playing::PlaybackSettings{.mIsRealtime = false});
+	}
 	mPlayback->Play();
+	PlayAtRandom();
+	mPlayback->Stop();
+	Rest(0.2);
+	bool const isGood = Judge();
+	mPlayback.reset();
+	bool const isGivenBack = IsAllGivenBack(before, Holdings::Count());
+	std::filesystem::remove(mFolder / "counting.wav");
+	return isGood && isGivenBack;
+}
+
+void PlaybackSoak::PlayAtRandom()
+{
 	Clock::time_point const start = Clock::now();
 	double const printing = std::max(std::min(60.0, mSeconds / 10.0), 1.0);
 	for (double next = printing; Clock::now() - start < Seconds(mSeconds);)
@@ -146,12 +183,6 @@ bool PlaybackSoak::Run()
 			next += printing;
 		}
 	}
-	mPlayback->Stop();
-	Rest(0.2);
-	bool const isGood = Judge();
-	mPlayback.reset();
-	std::filesystem::remove(mFolder / "counting.wav");
-	return isGood;
 }
 
 void PlaybackSoak::Act()
@@ -184,6 +215,10 @@ void PlaybackSoak::Act()
 	else if (kind < 82)
 	{
 		CheckPlace();
+	}
+	else if (kind < 86)
+	{
+		Purge();
 	}
 	else
 	{
@@ -267,6 +302,17 @@ void PlaybackSoak::ChangeMix()
 	mMix.SetMute(track, Below(2) == 0);
 }
 
+void PlaybackSoak::Purge()
+{
+	auto const manager = VX::GetMediaManager();
+	unsigned long long const budget = manager->GetByteBudget();
+	double const before = GetCachedMegabytes();
+	manager->SetByteBudget(0);
+	mPurgedMegabytes += before - GetCachedMegabytes();
+	manager->SetByteBudget(budget);
+	++mPurges;
+}
+
 void PlaybackSoak::CheckPlace()
 {
 	++mBreaks;
@@ -319,6 +365,7 @@ void PlaybackSoak::Print(double inPassed)
 {
 	mNow = Holdings::Count();
 	mAtFirst = mAtFirst ? mAtFirst : mNow;
+	mMegabytes.push_back(mNow.mMegabytes);
 	SoakDevice::Counts const counts = mDevice.GetCounts();
 	std::printf("%4.0f s: %.2f hours played, %llu actions, %llu misses, %llu gaps of %llu breaks, %.1f MB, "
 				"%lld files, "
@@ -331,25 +378,61 @@ void PlaybackSoak::Print(double inPassed)
 	std::fflush(stdout);
 }
 
+bool PlaybackSoak::IsMemoryFlat() const
+{
+	constexpr double kMargin = 16.0;
+	constexpr double kShortest = 300.0;
+	std::size_t const quarter = mMegabytes.size() / 4;
+	// The caches are not full yet.
+	if (quarter == 0 || mSeconds < kShortest)
+	{
+		return true;
+	}
+	auto const begin = mMegabytes.begin() + static_cast<std::ptrdiff_t>(quarter);
+	double const early = FindMedian({begin, begin + static_cast<std::ptrdiff_t>(quarter)});
+	double const late =
+		FindMedian({mMegabytes.end() - static_cast<std::ptrdiff_t>(quarter), mMegabytes.end()});
+	return late <= 1.1 * early + kMargin;
+}
+
+bool PlaybackSoak::IsAllGivenBack(Holdings const& inBefore, Holdings const& inAfter)
+{
+	std::printf("before and after: %lld and %lld files, %lld and %lld threads, %.1f and %.1f MB\n",
+		static_cast<long long>(inBefore.mFiles), static_cast<long long>(inAfter.mFiles),
+		static_cast<long long>(inBefore.mThreads), static_cast<long long>(inAfter.mThreads),
+		inBefore.mMegabytes, inAfter.mMegabytes);
+	return inAfter.mFiles <= inBefore.mFiles && inAfter.mThreads <= inBefore.mThreads;
+}
+
 bool PlaybackSoak::Judge() const
 {
 	SoakDevice::Counts const counts = mDevice.GetCounts();
 	std::uint64_t const misses = mPlayback->GetState().mMisses;
-	bool const isReported = counts.mGaps <= mBreaks + misses;
+	std::uint64_t const allowed = mBreaks + misses;
+	std::uint64_t const unreported = counts.mGaps - std::min(counts.mGaps, allowed);
 	double const growth = mAtFirst ? mNow.mMegabytes - mAtFirst->mMegabytes : 0.0;
 	bool const isFlat =
 		!mAtFirst || (mNow.mFiles <= mAtFirst->mFiles + 2 && mNow.mThreads <= mAtFirst->mThreads + 1);
 	std::printf(
-		"soak: %.2f hours, %llu actions, %llu edits, %llu losses, %llu seams of loops (%llu unknown), %llu "
-		"places checked (%llu wrong), %llu misses reported, %llu gaps of %llu breaks, %llu hangs, "
-		"%+.1f MB since the first count\n",
+		"soak: %.2f hours, %llu actions, %llu edits, %llu losses, %llu purges of %.0f MB, %llu seams of "
+		"loops "
+		"(%llu unknown), %llu places checked (%llu wrong), %llu misses reported, %llu gaps of %llu breaks, "
+		"%llu misses unreported, %llu hangs, %+.1f MB since the first count%s\n",
 		static_cast<double>(counts.mFrames) / kRate / 3600.0, static_cast<unsigned long long>(mActions),
 		static_cast<unsigned long long>(mEdits), static_cast<unsigned long long>(mLosses),
+		static_cast<unsigned long long>(mPurges), mPurgedMegabytes,
 		static_cast<unsigned long long>(counts.mSeams), static_cast<unsigned long long>(counts.mUnknownSeams),
 		static_cast<unsigned long long>(mPlaces), static_cast<unsigned long long>(mWrongPlaces),
 		static_cast<unsigned long long>(misses), static_cast<unsigned long long>(counts.mGaps),
-		static_cast<unsigned long long>(mBreaks), static_cast<unsigned long long>(mHangs), growth);
-	return isReported && isFlat && counts.mUnknownSeams == 0 && mWrongPlaces == 0 && mHangs == 0;
+		static_cast<unsigned long long>(mBreaks), static_cast<unsigned long long>(unreported),
+		static_cast<unsigned long long>(mHangs), growth, IsMemoryFlat() ? "" : ", memory grows");
+	if (counts.mUnknownSeams > 0)
+	{
+		std::printf(
+			"the last unknown seam leads from %.1f to %.1f\n", counts.mUnknownFrom, counts.mUnknownTo);
+	}
+	return unreported == 0 && isFlat && IsMemoryFlat() && counts.mUnknownSeams == 0 && mWrongPlaces == 0 &&
+		   mHangs == 0;
 }
 
 } // namespace SonaroBenchmarks

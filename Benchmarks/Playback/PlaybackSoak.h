@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <vector>
 
 namespace SonaroBenchmarks
 {
@@ -22,6 +23,8 @@ struct Holdings
 	static Holdings Count();
 
 	double mMegabytes = 0.0;
+	// Of these, the cached media.
+	double mCachedMegabytes = 0.0;
 	std::int64_t mFiles = 0;
 	std::int64_t mThreads = 0;
 };
@@ -34,7 +37,7 @@ public:
 	// inFolder: for its sound, of 130 MB.
 	PlaybackSoak(std::filesystem::path const& inFolder, double inSeconds, double inSpeed);
 
-	// False where something was lost, wrong or growing. Prints counts, each minute and at the end.
+	// False where something was lost, wrong or growing, or is left at the end. Prints counts, each minute and at the end.
 	bool Run();
 
 private:
@@ -50,13 +53,20 @@ private:
 	void Edit();
 	void Lose();
 	void ChangeMix();
+	// Takes all cached media away that nobody reads at the moment.
+	void Purge();
 	// Stops, and holds the place that is shown against what was heard last.
 	void CheckPlace();
 	void Rest(double inSeconds) const;
 	bool AwaitState(std::function<bool(SonaroHost::Playback::PlaybackState const&)> const& inIs) const;
 	std::uint64_t Below(std::uint64_t inEnd) { return mRandom() % inEnd; }
+	void PlayAtRandom();
 	void Print(double inPassed);
 	bool Judge() const;
+	// Whether the memory at the end is what it was after a quarter of the time, but for a tenth and 16 MB.
+	bool IsMemoryFlat() const;
+	// What is there before playback begins and after it has ended is the same.
+	static bool IsAllGivenBack(Holdings const& inBefore, Holdings const& inAfter);
 
 	std::filesystem::path mFolder;
 	double mSeconds;
@@ -76,6 +86,9 @@ private:
 	std::uint64_t mPlaces = 0;
 	std::uint64_t mWrongPlaces = 0;
 	std::uint64_t mHangs = 0;
+	std::uint64_t mPurges = 0;
+	double mPurgedMegabytes = 0.0;
+	std::vector<double> mMegabytes;
 	std::optional<Holdings> mAtFirst;
 	Holdings mNow;
 };

@@ -78,7 +78,12 @@ void SoakDevice::TakeStep(double inPlace)
 			double const around = kWindow + kOvershoot * (inLoop.second - inLoop.first);
 			return low >= inLoop.first - around && high <= inLoop.second + around;
 		});
-	mCounts.mUnknownSeams += isKnown ? 0 : 1;
+	if (!isKnown)
+	{
+		++mCounts.mUnknownSeams;
+		mCounts.mUnknownFrom = mCounts.mLast;
+		mCounts.mUnknownTo = inPlace;
+	}
 }
 
 } // namespace SonaroBenchmarks

@@ -25,6 +25,9 @@ public:
 		// Steps from one place to another without a fade: seams of loops, from their ends to their starts.
 		std::uint64_t mSeams = 0;
 		std::uint64_t mUnknownSeams = 0;
+		// The last one of these.
+		double mUnknownFrom = 0.0;
+		double mUnknownTo = 0.0;
 		// The place after the frame that was heard last, in full; whether there is silence since then.
 		double mLast = 0.0;
 		bool mIsSilent = true;
