@@ -20,7 +20,7 @@ describe() {
 	timelines) echo otio_reader_fuzz -max_len=65536 -dict=Tests/Fuzz/Otio.dict ;;
 	bundles) echo bundle_reader_fuzz -max_len=8192 -dict=Tests/Fuzz/Otio.dict ;;
 	sounds | movies) echo media_reader_fuzz -max_len=20000 -timeout=30 ;;
-	sofa) echo sofa_reader_fuzz -max_len=65536 ;;
+	sofa) echo sofa_reader_fuzz -max_len=1300000 ;;
 	effects) echo effect_reader_fuzz -max_len=4096 -dict=Tests/Fuzz/Otio.dict ;;
 	curves) echo curve_fuzz -max_len=1024 ;;
 	requests) echo request_fuzz -max_len=4096 -dict=Tests/Fuzz/Request.dict -close_fd_mask=0 ;;
@@ -63,6 +63,8 @@ for target in $targets; do
 	corpus=$build/corpora/$target
 	mkdir -p "$corpus"
 	[ ! -d "Tests/Fuzz/Corpus/$target" ] || cp -rn "Tests/Fuzz/Corpus/$target/." "$corpus/"
+	# Ears that were measured come with libmysofa.
+	[ "$target" != sofa ] || cp -n /usr/share/libmysofa/*.sofa "$corpus/" 2> /dev/null || true
 	[ "$target" != timelines ] || $build/Tests/Fuzz/write_otio_seeds "$corpus"
 	log=$build/$target.log
 	status=0
