@@ -1,31 +1,15 @@
 #include "SonaroHost/Files/FileFingerprint.h"
 
-#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/Digest.h"
 #include "SonaroHost/Files/FileState.h"
+#include "SonaroHost/Files/WholeFile.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <fstream>
-#include <system_error>
 #include <vector>
 
 namespace SonaroHost
 {
-
-namespace
-{
-
-// A file that cannot be read to its end is not taken for another one.
-void CheckRead(std::ifstream const& inFile, std::filesystem::path const& inPath)
-{
-	if (inFile.bad())
-	{
-		RefuseFile(inPath, "cannot be read: " + std::generic_category().message(errno));
-	}
-}
-
-} // namespace
 
 FileFingerprint TakeFingerprint(std::filesystem::path const& inPath)
 {

@@ -11,6 +11,18 @@
 namespace SonaroHost
 {
 
+namespace
+{
+
+[[noreturn]] void RefuseRead(std::filesystem::path const& inPath, std::string const& inRemedy)
+{
+	RefuseFile(inPath,
+		"cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : std::string()),
+		inRemedy);
+}
+
+} // namespace
+
 std::string ReadWholeFile(std::filesystem::path const& inPath, std::string const& inRemedy)
 {
 	errno = 0;
@@ -21,13 +33,20 @@ std::string ReadWholeFile(std::filesystem::path const& inPath, std::string const
 	{
 		bytes.append(piece.data(), static_cast<std::size_t>(file.gcount()));
 	}
-	if (!file.is_open() || file.bad())
+	if (!file.is_open())
 	{
-		RefuseFile(inPath,
-			"cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : std::string()),
-			inRemedy);
+		RefuseRead(inPath, inRemedy);
 	}
+	CheckRead(file, inPath, inRemedy);
 	return bytes;
+}
+
+void CheckRead(std::ifstream const& inFile, std::filesystem::path const& inPath, std::string const& inRemedy)
+{
+	if (inFile.bad())
+	{
+		RefuseRead(inPath, inRemedy);
+	}
 }
 
 std::int64_t GetFileLength(std::filesystem::path const& inPath)

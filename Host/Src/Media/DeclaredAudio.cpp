@@ -24,7 +24,8 @@ class HeaderFile
 {
 public:
 	explicit HeaderFile(std::filesystem::path const& inPath)
-		: mFile(inPath, std::ios::binary),
+		: mPath(inPath),
+		  mFile(inPath, std::ios::binary),
 		  mLength(GetFileLength(inPath))
 	{
 	}
@@ -37,6 +38,7 @@ public:
 		mFile.clear();
 		mFile.seekg(inOffset);
 		mFile.read(text.data(), static_cast<std::streamsize>(inLength));
+		CheckRead(mFile, mPath);
 		return text;
 	}
 
@@ -56,6 +58,7 @@ public:
 	}
 
 private:
+	std::filesystem::path mPath;
 	std::ifstream mFile;
 	std::int64_t mLength;
 };

@@ -1,5 +1,7 @@
 #include "MpegLengthTag.h"
 
+#include "SonaroHost/Files/WholeFile.h"
+
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -83,12 +85,14 @@ std::optional<MpegLengthTag> ReadMpegLengthTag(std::filesystem::path const& inPa
 	std::ifstream file(inPath, std::ios::binary);
 	MpegLengthTag tag;
 	tag.mFirstFrame = GetStreamStart(file);
+	CheckRead(file, inPath);
 	file.clear();
 	file.seekg(tag.mFirstFrame);
 
 	// Long enough for every place at which a tag may stand.
 	std::array<std::uint8_t, 64> start{};
 	file.read(reinterpret_cast<char*>(start.data()), static_cast<std::streamsize>(start.size()));
+	CheckRead(file, inPath);
 	FrameHeader const header{start[0], start[1], start[2], start[3]};
 	if (file.gcount() < 4 || !IsFrameHeader(header))
 	{

@@ -1,5 +1,7 @@
 #include "OggChannels.h"
 
+#include "SonaroHost/Files/WholeFile.h"
+
 #include <sndfile.h>
 
 #include <array>
@@ -41,6 +43,7 @@ bool HasOpusPlaces(std::filesystem::path const& inPath)
 	std::array<char, 512> bytes{};
 	std::ifstream file(inPath, std::ios::binary);
 	file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+	CheckRead(file, inPath);
 	std::string_view const page(bytes.data(), bytes.size());
 	std::size_t const header = page.find("OpusHead");
 	return header < page.size() - kFamily && page[header + kFamily] == 1;

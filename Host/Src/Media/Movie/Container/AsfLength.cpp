@@ -1,5 +1,7 @@
 #include "AsfLength.h"
 
+#include "SonaroHost/Files/WholeFile.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <fstream>
@@ -41,6 +43,7 @@ std::optional<std::int64_t> ReadAsfLength(std::filesystem::path const& inPath)
 	std::string header(kLargestAsfHeader, '\0');
 	std::ifstream file(inPath, std::ios::binary);
 	file.read(header.data(), kLargestAsfHeader);
+	CheckRead(file, inPath);
 	header.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
 	std::size_t const found = header.find(kFileProperties);
 	if (found == std::string::npos || header.size() < found + kFlags + 8)

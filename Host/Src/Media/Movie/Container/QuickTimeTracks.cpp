@@ -1,5 +1,7 @@
 #include "QuickTimeTracks.h"
 
+#include "SonaroHost/Files/WholeFile.h"
+
 #include <algorithm>
 #include <fstream>
 #include <string>
@@ -150,14 +152,18 @@ std::string ReadMovieAtom(std::filesystem::path const& inPath)
 		}
 		if (header.compare(4, 4, "moov") == 0 && size < kLargestHeader)
 		{
-			std::string content(size - 8, '\0');
+			// A damaged size takes no more memory than there is in the file.
+			auto const length = static_cast<std::uint64_t>(GetFileLength(inPath));
+			std::string content(std::min(size - 8, length - std::min(length, place + 8)), '\0');
 			file.seekg(static_cast<std::streamoff>(place + 8));
 			file.read(content.data(), static_cast<std::streamsize>(content.size()));
 			content.resize(static_cast<std::size_t>(file.gcount()));
+			CheckRead(file, inPath);
 			return content;
 		}
 		place += size;
 	}
+	CheckRead(file, inPath);
 	return {};
 }
 
