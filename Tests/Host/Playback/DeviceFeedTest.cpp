@@ -7,6 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <random>
+#include <thread>
 #include <vector>
 
 namespace SonaroHost::Playback::Testing::DeviceFeedTest
@@ -70,6 +73,61 @@ TEST(DeviceFeed, AnEndAfterAMissIsAsExactAsWithoutOne)
 	device.mFeed.Open();
 	EXPECT_THAT(device.Fill(), Each(1.0f));
 	EXPECT_EQ(device.mFeed.CountMisses(), 1u);
+}
+
+// The gate opens, closes and opens again while the device looks at it, and meanwhile there is more in the ring than is
+// heard.
+TEST(DeviceFeed, WhatIsTakenBackIsNeverHeard)
+{
+	constexpr float kHeard = 1.0f;
+	constexpr float kTakenBack = 1000.0f;
+	dsp::AudioBuffer heard(1, 1);
+	heard.GetChannel(0)[0] = kHeard;
+	heard.NoteChannelWrite(0, 1);
+	dsp::AudioBuffer takenBack(1, 2 * kBlockFrames);
+	std::fill_n(takenBack.GetChannel(0), 2 * kBlockFrames, kTakenBack);
+	takenBack.NoteChannelWrite(0, 2 * kBlockFrames);
+
+	Device device;
+	std::atomic<bool> isOver{false};
+	std::atomic<int> wrongs{0};
+	std::thread player(
+		[&]
+		{
+			std::vector<float> samples(kBlockFrames);
+			while (!isOver)
+			{
+				device.mFeed.Fill(samples.data(), kBlockFrames);
+				wrongs += static_cast<int>(
+					std::ranges::count_if(samples, [](float inSample) { return inSample > kHeard; }));
+			}
+		});
+	SampleRing& ring = device.mFeed.GetRing();
+	std::mt19937 random(1);
+	auto const linger = [&]
+	{
+		for (auto left = random() % 32; left > 0 && ring.CountRead() >= 0; --left)
+		{
+		}
+	};
+	for (int openings = 0; openings < 20000 && wrongs == 0; ++openings)
+	{
+		while (ring.CountFree() <= 2 * kBlockFrames)
+		{
+			std::this_thread::yield();
+		}
+		ring.Write(heard);
+		device.mFeed.Open();
+		linger();
+		device.mFeed.CloseAt(ring.CountWritten());
+		ring.Write(takenBack);
+		linger();
+		device.mFeed.TakeBackUnheard();
+	}
+	isOver = true;
+	player.join();
+	EXPECT_EQ(wrongs, 0);
+	EXPECT_LE(ring.CountRead(), ring.CountWritten());
 }
 
 } // namespace

@@ -75,8 +75,7 @@ void DeviceFeed::Fill(float* outSamples, unsigned inFrames)
 
 DeviceFeed::Supply DeviceFeed::FindSupply() const
 {
-	// The gate closes before the last frames are written, and opens after the first ones are: seen the same before and
-	// after the frames were counted, it belongs to them. It moves seldom.
+	// G1 to G3. The gate moves seldom.
 	std::int64_t gate = mGate.load(std::memory_order_acquire);
 	std::int64_t written = mRing.CountWritten();
 	while (gate != mGate.load(std::memory_order_acquire))

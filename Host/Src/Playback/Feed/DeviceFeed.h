@@ -18,6 +18,18 @@ namespace SonaroHost::Playback
 //          opened, and what is missing there is no miss.
 // Misses   Where frames should be heard that are not there yet, the last one fades to silence over 2 ms. They are heard
 //          late, once a whole block of them is there, fading in over 2 ms. A device block with silence is one miss.
+//
+// Step  Who       What                                                   Order
+// G1    device    loads the gate                                         acquire
+// G2    device    loads how many frames are written, as C1 of the ring   acquire
+// G3    device    loads the gate again; where it has moved, back to G1   acquire
+// G4    producer  closes the gate at a frame                             release
+// G5    producer  takes back what is written after a closed gate         release
+// G6    producer  opens the gate, with another value each time           release
+//
+// G4 comes before the last frames that are heard, and G6 after the first ones. What G2 has found between two equal looks
+// at the gate belongs to it, since no value of an open gate comes twice.
+//
 // Threads  Fill: the device's. Write and the gate: the render thread's. The counts: any.
 class DeviceFeed final : public DeviceClient
 {
@@ -30,12 +42,12 @@ public:
 	SampleRing& GetRing() { return mRing; }
 	SampleRing const& GetRing() const { return mRing; }
 
-	void Open() { mGate.store(kOpen, std::memory_order_release); }
+	void Open() { mGate.store(kOpen + mOpenings++, std::memory_order_release); }
 	// From a frame on, which is not written yet. Those before it are heard.
 	void CloseAt(std::int64_t inFrame) { mGate.store(inFrame, std::memory_order_release); }
 	// What is after the closed gate was for nothing.
 	void TakeBackUnheard();
-	bool IsOpen() const { return mGate.load(std::memory_order_acquire) == kOpen; }
+	bool IsOpen() const { return mGate.load(std::memory_order_acquire) >= kOpen; }
 	// How many frames are written from the closed gate on; at most 0 while it is open. From any thread.
 	std::int64_t CountBeyondGate() const;
 
@@ -49,7 +61,8 @@ public:
 	std::int64_t CountIdle() const { return mIdle.load(std::memory_order_relaxed); }
 
 private:
-	static constexpr std::int64_t kOpen = std::numeric_limits<std::int64_t>::max();
+	// From here on, which no frame reaches.
+	static constexpr std::int64_t kOpen = std::numeric_limits<std::int64_t>::max() / 2;
 
 	// How many frames may be heard, and whether the gate is after them.
 	struct Supply
@@ -68,6 +81,8 @@ private:
 	WakeUp& mWakes;
 	unsigned mFadeFrames;
 	std::atomic<std::int64_t> mGate{0};
+	// The render thread's: each opening has a value of its own, so that the device sees that the gate was closed meanwhile.
+	std::int64_t mOpenings = 0;
 	std::atomic<std::uint64_t> mMisses{0};
 	std::atomic<std::uint64_t> mMissedFrames{0};
 	std::atomic<std::int64_t> mIdle{0};
