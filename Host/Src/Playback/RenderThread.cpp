@@ -205,16 +205,14 @@ void RenderThread::Run()
 
 void RenderThread::Work()
 {
-	try
-	{
-		CheckDevice();
-		TakeCommands();
-		mTransport.Fill();
-	}
-	catch (std::exception const& error)
-	{
-		Fail(error.what());
-	}
+	Attempt([this] { CheckDevice(); });
+	TakeCommands();
+	Attempt(
+		[this]
+		{
+			StartTakeover();
+			mTransport.Fill();
+		});
 	if (mTakeover.mGraph && !mTransport.Has(*mHeardGraph))
 	{
 		mHeardGraph = std::exchange(mTakeover.mGraph, nullptr);
@@ -238,14 +236,35 @@ void RenderThread::TakeCommands()
 	}
 	for (Command const& command : mTaken)
 	{
-		std::visit([this](auto const& inCommand) { Do(inCommand); }, command);
+		Attempt([&] { std::visit([this](auto const& inCommand) { Do(inCommand); }, command); });
+	}
+}
+
+template <class Action>
+void RenderThread::Attempt(Action const& inAction)
+{
+	try
+	{
+		inAction();
+	}
+	catch (std::exception const& error)
+	{
+		Fail(error.what());
 	}
 }
 
 void RenderThread::Do(TakeOverCommand const& inCommand)
 {
 	mTakeover = inCommand;
-	mTransport.TakeOver(*inCommand.mGraph);
+	StartTakeover();
+}
+
+void RenderThread::StartTakeover()
+{
+	if (mTakeover.mGraph && !mTransport.Has(*mTakeover.mGraph))
+	{
+		mTransport.TakeOver(*mTakeover.mGraph);
+	}
 }
 
 void RenderThread::CheckDevice()

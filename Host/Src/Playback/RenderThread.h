@@ -21,6 +21,18 @@ namespace SonaroHost::Playback
 
 // The thread that keeps the ring of a playback filled, and what others see of it.
 //
+// Step  Who     What
+// M1    others  append a command and count it, under the lock
+// M2    others  wake the thread (N1)
+// M3    others  wait at the gate of a takeover
+// M4    others  ask it to end, and wake it
+// L1    thread  takes all commands, under the lock
+// L2    thread  does them; one that throws takes none of the others along
+// L3    thread  starts a takeover again that has thrown
+// L4    thread  fills the ring
+// L5    thread  opens the gate of a takeover that is complete
+// L6    thread  counts the commands as done, and sleeps until there is news (N2)
+//
 // Threads  As Playback.
 class RenderThread
 {
@@ -49,6 +61,9 @@ private:
 	// One round: commands, and what they lead to.
 	void Work();
 	void TakeCommands();
+	// When it throws, playing stops with the reason, and all else goes on.
+	template <class Action>
+	void Attempt(Action const& inAction);
 	void Do(PlayCommand const&) { mTransport.Play(); }
 	void Do(StopCommand const&) { mTransport.Stop(); }
 	void Do(SeekCommand const& inCommand) { mTransport.Seek(inCommand.mPlace); }
@@ -56,6 +71,8 @@ private:
 	void Do(LoopCommand const& inCommand) { mTransport.SetLoop(inCommand.mLoop, FindHeardPlace()); }
 	void Do(SpeedCommand const& inCommand) { mTransport.SetSpeed(inCommand.mSpeed); }
 	void Do(TakeOverCommand const& inCommand);
+	// Until it has succeeded once: whoever waits for the takeover cannot go on without it.
+	void StartTakeover();
 	// Keeps the loop within a programme that has taken over.
 	void LimitLoop(std::int64_t inFrames);
 	void CheckDevice();

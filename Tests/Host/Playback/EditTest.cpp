@@ -3,12 +3,16 @@
 #include "Deck.h"
 #include "Host/Sequence/RandomSequence.h"
 #include "Support/Trials.h"
+#include "zorvcore/config/InitializerRegistrar.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <random>
+#include <thread>
 
 namespace SonaroHost::Playback::Testing::EditTest
 {
@@ -175,6 +179,42 @@ TEST(Playback, AThousandEditsAreMixturesForTenMillisecondsAndThenWhatAnExportWri
 		EXPECT_EQ(deck->GetState().mMisses, 0u);
 	}
 	EXPECT_GT(changes, edits / 3);
+}
+
+// Nothing can be read ahead while the engine's module is stopped: playing begins with an error each time.
+TEST(Playback, ATakeoverEndsThoughCommandsBeforeItFail)
+{
+	constexpr std::int64_t kFrames = 48000;
+	Deck deck(MakeCountingProgramme(kFrames));
+	deck->Play();
+	deck.Pull(1024);
+	zorvcore::config::StopRegisteredModules();
+	std::atomic<bool> isOver{false};
+	std::thread player(
+		[&]
+		{
+			while (!isOver)
+			{
+				deck->Play();
+				std::this_thread::sleep_for(std::chrono::microseconds(100));
+			}
+		});
+	float gain = 1.0f;
+	for (int i = 0; i < 20; ++i)
+	{
+		gain /= 2.0f;
+		deck->TakeOver(MakeCountingProgramme(kFrames, gain));
+	}
+	isOver = true;
+	player.join();
+	deck.Rest();
+	EXPECT_NE(deck->GetState().mFailure, "");
+	zorvcore::config::StartRegisteredModules();
+
+	deck->Seek(0);
+	deck->Play();
+	Frames const whole = Export(MakeCountingProgramme(kFrames, gain));
+	EXPECT_EQ(deck.Pull(1024), Frames(whole.begin(), whole.begin() + 1024));
 }
 
 } // namespace

@@ -9,6 +9,8 @@ namespace SonaroHost::Playback
 // Lets one thread sleep until another one has news for it. Wake neither locks nor allocates, so that a device may call
 // it.
 //
+// N1 gives news. N2 takes all that there is before the work, so that what comes during the work brings another round.
+//
 // Threads  WaitFor: one. Wake: any.
 class WakeUp
 {
