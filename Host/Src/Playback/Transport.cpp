@@ -187,12 +187,10 @@ void Transport::Rest(std::int64_t inPlace)
 
 void Transport::Halt(std::int64_t inPlace)
 {
-	if (mFeed.IsOpen())
-	{
-		mGate = mFeed.GetRing().CountWritten();
-		mFeed.CloseAt(mGate);
-	}
 	mFeed.TakeBackUnheard();
+	// Also where a fade was broken off: nothing is missing after what is there.
+	mGate = mFeed.GetRing().CountWritten();
+	mFeed.CloseAt(mGate);
 	Rest(inPlace);
 }
 

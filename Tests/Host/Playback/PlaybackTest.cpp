@@ -7,6 +7,7 @@
 #include "Playback/Device/DeviceWatch.h"
 #include "SonaroHost/Media/RateConverter.h"
 #include "Support/Trials.h"
+#include "zorvcore/config/InitializerRegistrar.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -543,6 +544,28 @@ TEST(Playback, RefusesWhatMakesNoSense)
 	{
 		EXPECT_THAT(GetRefusalOf(test.mAction, HostError::Kind::kRequest), testing::HasSubstr(test.mReason));
 	}
+}
+
+// The module stops when the next stretch of media is due in the middle of the fade.
+TEST(Playback, AFadeThatIsBrokenOffLeavesNoMisses)
+{
+	constexpr std::int64_t kNextStretch = 19200;
+	constexpr std::int64_t kAhead = 240;
+	Deck deck(MakeCountingProgramme(2 * 96000));
+	deck->Play();
+	std::int64_t const heard = (kNextStretch - kAhead) / 128 * 128;
+	deck.Pull(heard);
+	ASSERT_TRUE(deck->WaitUntilFilled(std::chrono::seconds(60)));
+	zorvcore::config::StopRegisteredModules();
+	deck->Seek(0);
+	EXPECT_TRUE(deck->WaitUntilFilled(std::chrono::seconds(60)));
+	zorvcore::config::StartRegisteredModules();
+
+	Frames const rest = deck.PullLate(1024);
+	EXPECT_EQ(rest.front(), static_cast<float>(heard + 1));
+	EXPECT_EQ(rest.back(), 0.0f);
+	EXPECT_NE(deck->GetState().mFailure, "");
+	EXPECT_EQ(deck->GetState().mMisses, 0u);
 }
 
 } // namespace
