@@ -23,6 +23,16 @@ namespace SN::AudioPrefetch
 //          without being read, and the marker ends the cancel.
 // Load     Each batch with a time stamp measures the load at its end, a batch that was given up too, so
 //          that its stamp decides whether the next one is read.
+//
+// Q1 to Q3  A batch is appended, under its queue's lock; it is counted; the service is triggered.
+// K1 to K3  A cancel is counted; its marker is appended, under the lock; the service is triggered.
+// S1 to S3  A run: the trigger's mark goes; the front of playback is taken, again and again; where there is
+//           none, that of waveforms.
+// B1 to B4  Each request sees whether the batch is given up; if not, it is read; the batch is counted as
+//           done; its notify is called.
+// E1 to E5  The end: both priorities are cancelled; both queues are closed; the service is triggered once
+//           more, for who is between Q1 and Q3; the executor runs dry and ends; the process forgets the queue.
+//
 // Threads  Any. Sources and notifies are called on the executor's thread alone.
 class AudioPrefetchQueue : public std::enable_shared_from_this<AudioPrefetchQueue>
 {

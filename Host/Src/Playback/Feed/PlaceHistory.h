@@ -13,11 +13,25 @@ namespace SonaroHost::Playback
 // Slots    A slot is written over when so many changes have come after it; an odd stamp says that it is being written.
 //          A reader takes the fields between two loads of the same even stamp. Fields are stored with release and loaded
 //          with acquire, so that neither goes beyond its stamp.
+//
+// Step  Who     What                                             Order
+// H1    writer  stores an odd stamp                              relaxed
+// H2    writer  stores the fields                                release
+// H3    writer  stores the even stamp                            release
+// H4    writer  counts the change                                release
+// F1    reader  loads the count                                  acquire
+// F2    reader  loads the stamp of a change                      acquire
+// F3    reader  loads the fields                                 acquire
+// F4    reader  loads the stamp again, which must be the same    relaxed
+//
+// A field that H2 has stored meanwhile shows F4 the stamp of H1.
+//
 // Threads  Note: one. Find: any. Neither waits for longer than the other takes for one slot.
 class PlaceHistory
 {
 public:
-	// From a frame of the ring on, which is after all those before: the place, and how far it moves with each frame.
+	// From a frame of the ring on: the place, and how far it moves with each frame. It is after all those before, except
+	// those that were taken back.
 	void Note(std::int64_t inFrame, double inPlace, double inSpeed);
 	// The place of a frame; of one that was forgotten or never noted, the earliest one that is known, or 0.
 	double Find(std::int64_t inFrame) const;

@@ -20,6 +20,15 @@ ZORV_API zorvcore::utility::Guid CreateMediaMapIdentifier();
 // absent when made by default, and reports its memory by GetSizeInBytes().
 //
 // Nobody waits: a reader who does not find a payload, or finds it being written or purged, goes without.
+//
+//	Read     R1 TryRead, R2 the payload is used, R3 ReleaseRead
+//	Store    W1 TryWrite, W2 the payload is put in, W3 ReleaseWrite, W4 it is entered with the manager
+//	Purge    P1 TryPurge, P2 the payload is taken out, P3 ReleasePurge; where P1 fails, P4: R1 to R3 with W4 for R2
+//	Discard  D1 TryPurge, D2 it leaves the manager, D3 the payload is taken out, D4 ReleasePurge
+//
+// W4 comes after W3, since a purge in between would find the entry being written and forget it. D2 comes before D4, since
+// another Store may enter it from then on.
+//
 // Threads  Any, after Init.
 template <class T>
 class MediaVector final : public zorvcore::classref::Implements<MediaVector<T>, IMediaMap>
@@ -112,7 +121,7 @@ public:
 			T const dropped = TakePayload(entry);
 			return;
 		}
-		// It is in use: it is entered again while it is held, so that nobody can take it away in between.
+		// P4: it is in use, and is entered again while it is held, so that nobody can take it away in between.
 		Read(inIndex, [&](T const& inPayload) { Enter(inIndex, inPayload.GetSizeInBytes()); });
 	}
 
