@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sees to it that what the build needs is there. Safe to run again, and quick when nothing is missing.
-# Usage: setup.sh [build | test | docs]    "test" adds what only tests and benchmarks need; "docs" is what the site needs
+# Usage: setup.sh [build | test | docs | models]    "test" adds what only tests and benchmarks need; "docs" is what the site
+#     needs, "models" what checks the models of what crosses threads
 set -euo pipefail
 
 packages=(g++ cmake ninja-build ccache pkg-config
@@ -17,6 +18,8 @@ if [ "${1:-build}" = test ]; then
 		"${docs[@]}")
 elif [ "${1:-build}" = docs ]; then
 	packages=("${docs[@]}")
+elif [ "${1:-build}" = models ]; then
+	packages=(gcc libc6-dev spin)
 fi
 
 missing=()
