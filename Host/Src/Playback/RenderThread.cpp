@@ -67,7 +67,11 @@ void RenderThread::Post(Command const& inCommand)
 	{
 		std::lock_guard const lock(mMutex);
 		mCommands.push_back(inCommand);
-		mPosted.fetch_add(1, std::memory_order_release);
+		std::uint64_t const posted = mPosted.fetch_add(1, std::memory_order_release) + 1;
+		if (std::holds_alternative<PlayCommand>(inCommand))
+		{
+			mPlayPosted.store(posted, std::memory_order_release);
+		}
 	}
 	mWakes->Wake();
 }
@@ -162,7 +166,12 @@ bool RenderThread::IsFilled() const
 PlaybackState RenderThread::GetState() const
 {
 	PlaybackState state;
-	state.mIsPlaying = mIsPlaying.load(std::memory_order_acquire);
+	// The order is that of Post and Work: a command that is not done yet is seen as such.
+	std::uint64_t const play = mPlayPosted.load(std::memory_order_acquire);
+	bool const isAskedFor = mDone.load(std::memory_order_acquire) < play;
+	bool const isEndUnheard = mHasEnded.load(std::memory_order_acquire) &&
+							  mFeed.GetRing().CountWritten() > mFeed.GetRing().CountRead();
+	state.mIsPlaying = isAskedFor || isEndUnheard || mIsPlaying.load(std::memory_order_acquire);
 	state.mFrames = mFrames.load(std::memory_order_acquire);
 	state.mFrame = std::clamp<std::int64_t>(FindHeardPlace(), 0, state.mFrames);
 	state.mSpeed = mSpeed.load(std::memory_order_acquire);
@@ -220,6 +229,7 @@ void RenderThread::Work()
 	}
 	mUnreadFrames.store(mTransport.CountUnreadFrames(), std::memory_order_relaxed);
 	mIsPlaying.store(mTransport.IsPlaying(), std::memory_order_release);
+	mHasEnded.store(mTransport.HasEnded(), std::memory_order_release);
 	mDone.fetch_add(mTaken.size(), std::memory_order_release);
 	mTaken.clear();
 }

@@ -104,7 +104,10 @@ private:
 	// Commands that were given, and that are done.
 	std::atomic<std::uint64_t> mPosted{0};
 	std::atomic<std::uint64_t> mDone{0};
+	// How many there were with the last command to play.
+	std::atomic<std::uint64_t> mPlayPosted{0};
 	std::atomic<bool> mIsPlaying{false};
+	std::atomic<bool> mHasEnded{false};
 	std::atomic<bool> mIsEnding{false};
 
 	// The render thread's: commands at work, and a takeover that is not complete, from which graph.

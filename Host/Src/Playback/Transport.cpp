@@ -180,6 +180,7 @@ void Transport::FadeOut()
 void Transport::Rest(std::int64_t inPlace)
 {
 	mMode = Mode::kStopped;
+	mHasEnded = false;
 	mPlace = inPlace;
 	mStream.FinishTakeover();
 	mHistory.Note(mFeed.GetRing().CountWritten(), static_cast<double>(inPlace), 0.0);
@@ -212,6 +213,7 @@ void Transport::Fill()
 		mGate = mFeed.GetRing().CountWritten();
 		mFeed.CloseAt(mGate);
 		Rest(mMode == Mode::kScrubbing ? mScrubPlace : mSpeeds.GetPlace());
+		mHasEnded = true;
 	}
 	OpenWhenFilled();
 }
@@ -314,6 +316,7 @@ void Transport::WriteLast(double inPlace)
 	mGate = end;
 	Rest(mMode == Mode::kScrubbing ? mScrubPlace
 								   : std::clamp<std::int64_t>(mSpeeds.GetPlace(), 0, GetProgrammeEnd()));
+	mHasEnded = true;
 }
 
 void Transport::OpenWhenFilled()

@@ -55,6 +55,8 @@ public:
 	void Halt(std::int64_t inPlace);
 
 	bool IsPlaying() const { return mMode != Mode::kStopped; }
+	// Whether it stopped by itself at the end of what it played, which may not have been heard yet.
+	bool HasEnded() const { return mHasEnded; }
 	// Whether the gate is closed while enough for opening it is there, which lasts until Fill ends. From any thread.
 	bool HasEnoughToOpen() const { return mFeed.CountBeyondGate() >= mSettings.mOpenFrames; }
 	// See PlaybackState.
@@ -99,6 +101,7 @@ private:
 	dsp::AudioBuffer mBlock;
 
 	Mode mMode = Mode::kStopped;
+	bool mHasEnded = false;
 	// While stopped.
 	std::int64_t mPlace = 0;
 	std::optional<ProgrammeRange> mLoop;

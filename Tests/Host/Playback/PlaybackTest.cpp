@@ -243,7 +243,13 @@ TEST(Playback, GoesOnWhereItWasStoppedAndEndsWithTheProgramme)
 	deck->Stop();
 	// Before what was stopped is heard to its end.
 	deck->Play();
-	Frames const rest = deck.Pull(4096);
+	EXPECT_TRUE(deck->GetState().mIsPlaying);
+	Frames rest = deck.Pull(1664);
+	// Its last frames are in the ring.
+	ASSERT_TRUE(deck->WaitUntilFilled(std::chrono::seconds(60)));
+	EXPECT_TRUE(deck->GetState().mIsPlaying);
+	Frames const last = deck.Pull(4096);
+	rest.insert(rest.end(), last.begin(), last.end());
 	heard.insert(heard.end(), rest.begin(), rest.end());
 	EXPECT_FALSE(deck->GetState().mIsPlaying);
 	EXPECT_EQ(deck->GetState().mFrame, kFrames);
@@ -302,8 +308,9 @@ TEST(Playback, ALoopThatEndsBetweenWhatIsHeardAndWhatIsRenderedBeginsAtOnce)
 
 TEST(Playback, AShorterProgrammeEndsItWithItsLoopAndWithoutMisses)
 {
-	Deck deck(MakeCountingProgramme(100'000));
-	deck->SetLoop(ProgrammeRange{1000, 90'000});
+	// So long that it does not come round while the other one is made.
+	Deck deck(MakeCountingProgramme(8'000'000));
+	deck->SetLoop(ProgrammeRange{1000, 7'000'000});
 	deck->Seek(50'000);
 	deck->Play();
 	deck.Pull(1024);

@@ -12,6 +12,7 @@ namespace SonaroHost::Playback
 // What a playback does at one moment.
 struct PlaybackState
 {
+	// From Play until Stop, or until the device has taken the end of the programme.
 	bool mIsPlaying = false;
 	// The frame of the programme that is heard now: what waits in the ring and in the device comes after it.
 	std::int64_t mFrame = 0;
