@@ -32,7 +32,7 @@ build() {
 
 # Runs it, and puts what it says into $work/pan.log. Weak fairness: a thread that can go on does so.
 run() {
-	local options=(-m2000000 -w22)
+	local options=(-m300000 -w22)
 	[ "$1" = safety ] || options+=(-a -f -N "$1")
 	(cd "$work" && ./pan "${options[@]}" > pan.log 2>&1) || true
 }
