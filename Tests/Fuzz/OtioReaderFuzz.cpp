@@ -20,7 +20,7 @@ void Check(bool inHolds)
 	}
 }
 
-void CheckTime(RationalTime const& inTime)
+void CheckTime(Otio::RationalTime const& inTime)
 {
 	Check(inTime.mRate >= Otio::kMinRate && inTime.mRate <= Otio::kMaxRate);
 	auto const seconds = Otio::ToSeconds(inTime).ToDouble();
@@ -93,7 +93,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* inData, std::size_t in
 	catch (HostError const& error)
 	{
 		std::string_view const message = error.what();
-		Check(error.GetKind() == HostError::Kind::kInput && message.starts_with("'fuzz.otio', "));
+		Check(error.GetKind() == HostError::Kind::kInput && message.starts_with("'fuzz.otio'"));
 		Check(message.find('\n') == std::string_view::npos && message.size() < 2000);
 	}
 	return 0;
