@@ -45,11 +45,12 @@ bool sCountsAll = false;
 void* sFrames[kMostFrames];
 int sNumFrames = 0;
 
-// The linker of the system and libraries that call abort or exit by themselves.
-constexpr char const* kEndingLibraries[] = {"ld-linux", "libglib-", "libgobject-", "libgio-", "libgvc.",
-	"libcgraph.", "libgvplugin", "libcdt.", "libpathplan.", "libpango", "libharfbuzz", "libfontconfig",
-	"liblilv", "libserd", "libsord", "libsratom", "libzix", "libjack", "libasound", "libpulse", "libdb-",
-	"libncurses", "libtinfo", "libx264", "libx265"};
+// The linker of the system, and libraries that call abort or exit by themselves or go on without the memory: libsndfile
+// writes headers into none, and libFLAC takes it for the end of a file.
+constexpr char const* kEndingLibraries[] = {"ld-linux", "libsndfile", "libFLAC", "libglib-", "libgobject-",
+	"libgio-", "libgvc.", "libcgraph.", "libgvplugin", "libcdt.", "libpathplan.", "libpango", "libharfbuzz",
+	"libfontconfig", "liblilv", "libserd", "libsord", "libsratom", "libzix", "libjack", "libasound",
+	"libpulse", "libdb-", "libncurses", "libtinfo", "libx264", "libx265"};
 
 bool IsOfEndingLibrary()
 {
