@@ -32,6 +32,14 @@ else()
 	set(SONARO_LIBRARY_TYPE SHARED)
 endif()
 
+# The version of the interface of shared libraries, which their sonames have: while the major version is 0, minor ones may
+# change it, too. CONTRIBUTING.md says what each kind of version promises.
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+	set(SONARO_SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+else()
+	set(SONARO_SOVERSION ${PROJECT_VERSION_MAJOR})
+endif()
+
 # Settings of one of the project's libraries. Symbols are hidden unless a header exports them.
 function(sonaro_configure_library inTarget)
 	target_link_libraries(${inTarget} PRIVATE $<BUILD_INTERFACE:SonaroOptions>)
@@ -43,7 +51,7 @@ function(sonaro_configure_library inTarget)
 		VISIBILITY_INLINES_HIDDEN ON
 		INSTALL_RPATH $ORIGIN
 		VERSION ${PROJECT_VERSION}
-		SOVERSION ${PROJECT_VERSION_MAJOR})
+		SOVERSION ${SONARO_SOVERSION})
 	# Calls within a library stay there, where g++ would otherwise let another library put itself in between.
 	if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
 		target_compile_options(${inTarget} PRIVATE -fno-semantic-interposition)

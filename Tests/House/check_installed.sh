@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs a build into a temporary folder and builds, links and runs the example hosts against it: that of the bare
-# engine through the CMake package and through pkg-config, that of SonaroHost through the package's component.
+# Installs a build into two temporary folders, moves both, and builds, links and runs the example hosts against them: that
+# of the bare engine and that of SonaroHost, each through the CMake package and through pkg-config.
 # Usage: check_installed.sh BUILD_FOLDER EXAMPLES_FOLDER COMPILER
 set -euo pipefail
 build=$1 examples=$2 compiler=$3
@@ -8,12 +8,32 @@ project=$examples/MinimalHost
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-cmake --install "$build" --prefix "$work/installed" > "$work/install.log"
+# What CMake finds is in one folder, what pkg-config finds in another one.
+cmake --install "$build" --prefix "$work/first" > "$work/install.log"
+cmake --install "$build" --prefix "$work/second" --strip >> "$work/install.log"
+mkdir "$work/moved copies"
+mv "$work/first" "$work/moved copies/for CMake"
+mv "$work/second" "$work/moved copies/for pkg-config"
+installed="$work/moved copies/for CMake"
+if grep -rIl "$work\|${build%/}" "$work/moved copies" > "$work/fixed"; then
+	echo "These files name folders that an installed copy may be moved from:"
+	cat "$work/fixed"
+	exit 1
+fi
 
 # configure PROJECT FOLDER [OPTION...]
 configure() {
-	cmake -S "$1" -B "$2" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/installed" \
+	cmake -S "$1" -B "$2" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$installed" \
 		"${@:3}" > "$work/configure.log" 2>&1
+}
+
+libraries=$(dirname "$(dirname "$(find "$work/moved copies/for pkg-config" -name sonaro.pc)")")
+export PKG_CONFIG_PATH="$libraries/pkgconfig"
+# compile MAIN PROGRAM PACKAGE: by the flags of pkg-config, in which it quotes as a shell does
+compile() {
+	local flags
+	eval "flags=($(pkg-config --cflags --libs "$3"))"
+	"$compiler" -std=c++20 "$1" -o "$2" "${flags[@]}" -Wl,-rpath,"$libraries"
 }
 
 # The engine alone asks for nothing that SonaroHost needs, all of which pkg-config finds.
@@ -21,10 +41,7 @@ configure "$project" "$work/package" -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=TRUE
 cmake --build "$work/package"
 "$work/package/minimal_host" "$work/package.wav"
 
-export PKG_CONFIG_PATH="$work/installed/lib/pkgconfig"
-read -ra flags <<< "$(pkg-config --cflags --libs sonaro)"
-"$compiler" -std=c++20 "$project/main.cpp" -o "$work/by-pkg-config" "${flags[@]}" \
-	-Wl,-rpath,"$work/installed/lib"
+compile "$project/main.cpp" "$work/by-pkg-config" sonaro
 "$work/by-pkg-config" "$work/by-pkg-config.wav"
 
 # What the example promises: a tone from 0 to 1 s, one an octave above from 0.5 to 1.5 s, then silence.
@@ -44,10 +61,10 @@ for frame in range(96000):
 EOF
 
 # What follows is there when the host was built.
-if [ ! -x "$work/installed/bin/sonaro" ]; then
+if [ ! -x "$installed/bin/sonaro" ]; then
 	exit 0
 fi
-"$work/installed/bin/sonaro" --version
+"$installed/bin/sonaro" --version
 if configure "$examples/Sequence" "$work/lacking" -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=TRUE; then
 	echo "SonaroHost was found without what it is linked with"
 	exit 1
@@ -56,7 +73,10 @@ configure "$examples/Sequence" "$work/sequence" || { cat "$work/configure.log"; 
 cmake --build "$work/sequence"
 media=$examples/Media
 "$work/sequence/sequence" "$media/dialogue.flac" "$media/dialogue-reply.flac" "$media/music.flac" "$work/sequence.wav"
-"$work/installed/bin/sonaro" render "$media/dialogue.flac" -o "$work/dialogue.wav" --layout stereo > "$work/render.log"
+compile "$examples/Sequence/main.cpp" "$work/sequence-by-pkg-config" sonaro-host
+"$work/sequence-by-pkg-config" "$media/dialogue.flac" "$media/dialogue-reply.flac" "$media/music.flac" "$work/same.wav"
+cmp "$work/sequence.wav" "$work/same.wav"
+"$installed/bin/sonaro" render "$media/dialogue.flac" -o "$work/dialogue.wav" --layout stereo > "$work/render.log"
 
 # What the example promises: the first line alone for 4 s, all ending after 9.5 s, and music to the end.
 python3 - "$work/sequence.wav" "$work/dialogue.wav" <<'EOF'
