@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Sees to it that what the build needs is there. Safe to run again, and quick when nothing is missing.
-# Usage: setup.sh [build | test | docs | models]    "test" adds what only tests and benchmarks need; "docs" is what the site
-#     needs, "models" what checks the models of what crosses threads
+# Usage: setup.sh [build | test | docs | models | packages | abi]    "test" adds what only tests and benchmarks need,
+#     "packages" what making and trying packages of Debian needs, "abi" what comparing interfaces needs; "docs" is what the
+#     site needs, "models" what checks the models of what crosses threads
 set -euo pipefail
 
 packages=(g++ cmake ninja-build ccache pkg-config
@@ -16,6 +17,10 @@ if [ "${1:-build}" = test ]; then
 		ffmpeg librsvg2-bin lilv-utils lv2-examples mda-lv2
 		pybind11-dev python3-dev python3-distributed python3-numpy python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy
 		"${docs[@]}")
+elif [ "${1:-build}" = packages ]; then
+	packages+=(dpkg-dev lintian mmdebstrap pybind11-dev python3-dev)
+elif [ "${1:-build}" = abi ]; then
+	packages+=(abigail-tools xz-utils)
 elif [ "${1:-build}" = docs ]; then
 	packages=("${docs[@]}")
 elif [ "${1:-build}" = models ]; then
