@@ -61,9 +61,11 @@ for record in "$records"/*.abi.xz; do
 		echo "$name: the soname changed from $(get_soname "$before") to $(get_soname "$now"), so that everything may change"
 		renamed=$((renamed + 1))
 	# What is new breaks nothing. What else abidiff reports does, or may.
-	elif ! abidiff --no-added-syms "$before" "$now" > "$build/$name.diff"; then
+	# A file that it cannot read gives no code, but a message.
+	elif ! abidiff --no-added-syms "$before" "$now" > "$build/$name.diff" 2> "$build/$name.errors" ||
+		[ -s "$build/$name.errors" ]; then
 		echo "FAILED: $name changed incompatibly, and its soname is still $(get_soname "$now"):"
-		cat "$build/$name.diff"
+		cat "$build/$name.diff" "$build/$name.errors"
 		broken=$((broken + 1))
 	fi
 done
