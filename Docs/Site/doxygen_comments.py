@@ -1,7 +1,5 @@
-#!/usr/bin/env python3
-"""Prints a header with its comments marked for Doxygen, which calls this for each file. Usage: doxygen_comments.py HEADER"""
+"""Comments of headers, as Doxygen wants them marked."""
 import re
-import sys
 
 from columns import list_columns
 
@@ -33,25 +31,36 @@ def mark(comment, is_of_file):
     return lines + (["@endcode"] if is_code else [])
 
 
-def main():
-    text = open(sys.argv[1], encoding="utf-8").read()
+def read_member(line):
+    """Type and name of a data member that a line declares; those of members that make a pair, such as a start and an end,
+    are the same."""
+    found = re.match(r"^\t+(\w[\w:<>,&* ]*) m([A-Z]\w*)( = .*|\{.*)?;$", line)
+    return found and (found.group(1), re.sub(
+        r"(Start|End|First|Last|Before|After|In|Out|Incoming|Outgoing|Minimum|Maximum|Pitch|Yaw|Roll)(?![a-z])", "", found.group(2)))
+
+
+def mark_header(text):
+    """A header with its comments marked for Doxygen."""
     # Specializations in a namespace that is not defined in these headers, which Doxygen cannot place.
     text = re.sub(r"template <[^>]*>\nstruct std::.*?\n};\n", "", text, flags=re.DOTALL).split("\n")
-    result, comment, indent = [], [], ""
+    result, comment, indent, shared = [], [], "", ([], None)
     for line in text + [""]:
         found = re.match(r"^(\s*)// ?(.*)$", line)
         if found:
             indent = found.group(1)
             comment.append(found.group(2))
             continue
+        marked = []
         if comment:
             # What stands by itself is about the file.
             is_of_file = re.match(r"^(namespace\b|#include\b|$)", line) is not None and not indent
-            marked = mark(comment, is_of_file)
-            result += [f"{indent}/// {row}".rstrip() for row in marked]
-            comment = []
+            marked = [f"{indent}/// {row}".rstrip() for row in mark(comment, is_of_file)]
+            comment, shared = [], (marked, read_member(line))
+        elif read_member(line) and read_member(line) == shared[1]:
+            # A comment counts for all members of a pair right below it.
+            marked = shared[0]
+        else:
+            shared = ([], None)
+        result += marked
         result.append(re.sub(r"(\S.*[,;{])\s+// (.*)$", r"\1 ///< \2", line))
-    print("\n".join(result[:-1]))
-
-
-main()
+    return "\n".join(result[:-1])

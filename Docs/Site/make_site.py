@@ -13,6 +13,8 @@ import subprocess
 import sys
 import xml.etree.ElementTree
 
+from doxygen_comments import mark_header
+
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 # Folders of public headers, each of which gets a page, or a page for each of its rooms.
@@ -34,12 +36,17 @@ def link_sources(tree):
 
 
 def run_doxygen(folder):
-    folder.mkdir()
+    """On copies of the headers, marked here: a filter of Doxygen's would be a process for each of them."""
+    headers = folder / "headers"
+    for path in (path for source in LIBRARIES + ROOMS for path in source.rglob("*.h")):
+        copy = headers / path.relative_to(ROOT)
+        copy.parent.mkdir(parents=True, exist_ok=True)
+        copy.write_text(mark_header(path.read_text()))
+    roots = {headers / source.relative_to(ROOT).parents[source in ROOMS] for source in LIBRARIES + ROOMS}
     settings = (HERE / "Doxyfile").read_text() + f"""
-INPUT = {" ".join(map(str, LIBRARIES + ROOMS))}
+INPUT = {headers}
 OUTPUT_DIRECTORY = {folder}
-INPUT_FILTER = "{sys.executable} -B {HERE / 'doxygen_comments.py'}"
-STRIP_FROM_PATH = {" ".join(str(library.parent) for library in LIBRARIES)} {ROOT / "Host/Inc"}
+STRIP_FROM_PATH = {" ".join(sorted(map(str, roots)))}
 """
     subprocess.run(["doxygen", "-"], input=settings, text=True, check=True)
 
@@ -65,13 +72,19 @@ def read_text(description):
     return "\n\n".join(filter(None, paragraphs))
 
 
+def read_comment(element):
+    """What is said of it; Doxygen takes a comment of one line as the brief description."""
+    parts = (read_text(element.find(f"{kind}description")) for kind in ("brief", "detailed"))
+    return "\n\n".join(filter(None, parts))
+
+
 def describe_function(member):
     """By Sphinx itself, since Breathe does not tell overloads apart in every case."""
     types = [" ".join(" ".join("".join(part.itertext()).split()) for part in (parameter.find("type"), parameter.find("declname"))
                       if part is not None) for parameter in member.iterfind("templateparamlist/param")]
     template = f"template <{', '.join(types)}> " if types else ""
     declaration = member.findtext("definition") + member.findtext("argsstring")
-    return [f"```{{cpp:function}} {template}{declaration}", read_text(member.find("detaileddescription")), "```", ""]
+    return [f"```{{cpp:function}} {template}{declaration}", read_comment(member), "```", ""]
 
 
 def list_headers(folder):
@@ -83,7 +96,10 @@ def list_headers(folder):
         compound = xml.etree.ElementTree.parse(folder / f"{entry.get('refid')}.xml").getroot().find("compounddef")
         name, kind, location = compound.findtext("compoundname"), entry.get("kind"), compound.find("location")
         if kind == "file":
-            texts[location.get("file")] = [read_text(compound.find("detaileddescription")), ""]
+            texts[location.get("file")] = [read_comment(compound), ""]
+            for member in compound.iterfind("sectiondef/memberdef[@kind='typedef']"):
+                others.setdefault(location.get("file"), []).extend(
+                    [f"```{{doxygentypedef}} {member.findtext('name')}", "```", ""])
         # Classes within classes are shown in these.
         elif kind in ("class", "struct") and kinds.get(name.rpartition("::")[0]) not in ("class", "struct"):
             classes.setdefault(location.get("file"), []).extend(
@@ -110,33 +126,38 @@ def write_api_pages(folder, doxygen):
         (folder / f"{str(name).replace('/', '-')}.md").write_text("\n".join(lines))
 
 
-def describe_type(schema):
-    """A schema of a value in words."""
+def describe_type(schema, title=None):
+    """A schema of a value in words. title: of the section that has the keys of the objects in it."""
     if "$ref" in schema:
         name = schema["$ref"].rsplit("/", 1)[-1]
         return f"[{name}](#{name.lower()})"
-    parts = [describe_type(choice) for choice in schema.get("anyOf", []) + schema.get("oneOf", [])]
+    parts = [describe_type(choice, title) for choice in schema.get("anyOf", []) + schema.get("oneOf", [])]
     if "enum" in schema:
         parts += [f"`{json.dumps(value)}`" for value in schema["enum"]]
     elif "const" in schema:
         parts.append(f"`{json.dumps(schema['const'])}`")
     elif "type" in schema:
         kinds = schema["type"] if isinstance(schema["type"], list) else [schema["type"]]
-        text = " or ".join(kinds)
-        if "items" in schema:
-            text += " of " + describe_type(schema["items"])
-        parts.append(text)
+        if "properties" in schema and title:
+            kinds = [f"[{kind}](#{title.lower().replace(' ', '-')})" if kind == "object" else kind for kind in kinds]
+        for kind, key in (("array", "items"), ("object", "additionalProperties")):
+            if isinstance(schema.get(key), dict):
+                kinds = [f"{word} of {describe_type(schema[key], title)}" if word == kind else word for word in kinds]
+        parts.append(" or ".join(kinds))
     limits = [f"{word} {schema[key]}" for key, word in (("minimum", "from"), ("exclusiveMinimum", "above"), ("maximum", "to"),
                                                         ("exclusiveMaximum", "below")) if key in schema]
     return ", or ".join(parts) + (f", {' '.join(limits)}" if limits else "")
 
 
-def list_properties(schema):
+def list_properties(schema, title, definitions):
+    """definitions: what the schema refers to, by name."""
     lines = ["| Key | Value | Meaning |", "|---|---|---|"]
     for key, value in schema["properties"].items():
+        value = {**definitions.get(value.get("$ref", "").rsplit("/", 1)[-1], {}), **value}
         needed = " Required." if key in schema.get("required", []) else ""
         default = f" Default: `{json.dumps(value['default'])}`." if "default" in value else ""
-        lines.append(f"| `{key}` | {describe_type(value)} | {value.get('description', '')}{needed}{default} |")
+        kind = describe_type({"$ref": value["$ref"]} if "$ref" in value else value, f"{title} {key}")
+        lines.append(f"| `{key}` | {kind} | {value.get('description', '')}{needed}{default} |")
     return lines
 
 
@@ -148,15 +169,26 @@ def find_objects(schema):
     return [found for part in below if isinstance(part, dict) for found in find_objects(part)]
 
 
+def describe_objects(schema, title, definitions, level):
+    """Tables of the objects within a schema, and sections of those within these."""
+    lines = []
+    for found in find_objects(schema):
+        lines += [*list_properties(found, title, definitions), ""]
+        for key, value in found["properties"].items():
+            if find_objects(value):
+                lines += [f"{'#' * level} {title} {key}", "", value.get("description", ""), "",
+                          *describe_objects(value, f"{title} {key}", definitions, level + 1)]
+    return lines
+
+
 def write_metadata_page(path):
     schema = json.loads((ROOT / "Docs/otio-metadata.schema.json").read_text())
     lines = ["# Keys of `metadata.sonaro`", "", schema["description"].replace("$defs", "`$defs`"), "",
              "Made from the [schema](../otio-metadata.schema.json). [OpenTimelineIO files](../OTIO.md#mixing-metadatasonaro) "
              "says how they are rendered.", ""]
     for name, part in schema["$defs"].items():
-        lines += [f"## {name}", "", part.get("description", ""), "", f"Value: {describe_type(part)}", ""]
-        for found in find_objects(part):
-            lines += [*list_properties(found), ""]
+        lines += [f"## {name}", "", part.get("description", ""), "", f"Value: {describe_type(part)}", "",
+                  *describe_objects(part, name, schema["$defs"], 3)]
     path.write_text("\n".join(lines))
 
 
