@@ -131,7 +131,7 @@ public:
 			inSettings.mTimeOffset);
 	}
 
-	// As above.
+	// The item gets its place by IAudioTrackRenderableItem::Init.
 	InterfaceRef<IAudioGenerator> CreateTimeAlteredAudioClipTrackItemRenderer(
 		TimeAlteredAudioClipTrackItemSettings const& inSettings) const
 	{
@@ -143,7 +143,7 @@ public:
 			inSettings.mItemEndTime);
 	}
 
-	// As above.
+	// As for a plain item: its place comes by IAudioTrackRenderableItem::Init.
 	InterfaceRef<IAudioGenerator> CreateAudioMixRenderer(AudioMixSettings const& inSettings) const
 	{
 		return Make<IAudioGenerator>("a mix", &ISonaroFactory::CreateAudioMixRenderer, inSettings.mContext,
@@ -151,7 +151,7 @@ public:
 			inSettings.mSecondTimeScale, inSettings.mProcessor);
 	}
 
-	// As above.
+	// As for a plain item: its place comes by IAudioTrackRenderableItem::Init.
 	InterfaceRef<IAudioGenerator> CreateAudioTransitionRenderer(
 		AudioTransitionSettings const& inSettings) const
 	{

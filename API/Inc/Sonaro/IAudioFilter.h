@@ -43,7 +43,7 @@ public:
 	virtual void Clone(InterfaceRef<IAudioFilter>& outFilter, bool inRealTime) = 0;
 
 	// Whether the output depends on what was processed before. It also decides who sets the parameters during a
-	// run. Outside playback at the top level, a node sets those of an effect without history in each control block,
+	// run, and so whether curves reach them. Outside playback at the top level, a node sets those of an effect without history in each control block,
 	// unless it is the copy of a node. All others it sets at Preroll alone, and afterwards they are changed by what
 	// IRenderableAudioComponentParam::UpdateControl does to the parameter's own control, an AudioFilterControl.
 	virtual bool HasHistory() = 0;

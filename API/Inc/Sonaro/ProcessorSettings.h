@@ -39,7 +39,7 @@ struct DirectAudioPanProcessorSettings
 	int mOutputChannels = 2;
 	// Which output channels each input channel may reach.
 	AudioChannelMatrix mMatrix = {};
-	// As above.
+	// Reported with each of the controls by ILiveAudioParameterOwner; its meaning is the host's.
 	bool mActionFlag = false;
 	AudioComponentParams mParams = {};
 };
@@ -51,7 +51,7 @@ struct DefaultMultiChannelAudioPanProcessorSettings
 	FrameRate mFrameRate = {};
 	// Counts when it has an entry for each channel of the smaller layout; otherwise channels go by position.
 	AudioChannelMatrix mMatrix = {};
-	// As above.
+	// Reported with each of the controls by ILiveAudioParameterOwner; its meaning is the host's.
 	bool mActionFlag = false;
 	AudioComponentParams mParams = {};
 	AudioChannelLayout mInputLayout = {};
@@ -67,7 +67,7 @@ struct AudioFilterSettings
 	InterfaceRef<IAudioFilter> mFilter = {};
 	// Kept initialized beside the first, and asked where the effect processes whole stretches; may be empty.
 	InterfaceRef<IAudioFilter> mSecondFilter = {};
-	// As above.
+	// Reported with each of the controls by ILiveAudioParameterOwner; its meaning is the host's.
 	bool mActionFlag = false;
 	// The bypass, then the effect's parameters in its order.
 	AudioComponentParams mParams = {};

@@ -15,9 +15,12 @@ inline constexpr SN::TickTime kCurveRamp = SN::TickTime::FromTicks(1270080000);
 // A gain of this many decibels or fewer, minus infinity among them, is exactly 0.
 inline constexpr double kSilenceDecibels = -144.0;
 
+// A point of a curve.
 struct AutomationPoint
 {
+	// In the time of what has the parameter: of the sequence, or from an item's start on.
 	SN::TickTime mTime;
+	// In the curve's scale: as it is given out, or in decibels.
 	double mValue = 0.0;
 	// How the segment that begins here runs.
 	Interpolation mInterpolation = Interpolation::kLinear;
@@ -48,9 +51,11 @@ public:
 	// Whether every segment holds its value.
 	bool HoldsOnly() const;
 
+	// The index of the segment in which the time is.
 	std::size_t FindSegment(SN::TickTime const& inTime) const;
-	// The first time of the segment and the last one. Those of open ends are the ends of 64 bits.
+	// The first time of the segment; that of an open one is the lowest of 64 bits.
 	SN::TickTime GetSegmentStart(std::size_t inSegment) const;
+	// The last time of the segment; that of an open one is the highest of 64 bits.
 	SN::TickTime GetSegmentEnd(std::size_t inSegment) const;
 
 	// The value at a time, in double precision; 0 without points. inSegment is the time's.

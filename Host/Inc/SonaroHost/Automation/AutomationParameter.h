@@ -22,6 +22,8 @@ namespace SonaroHost
 //
 // Types    T is float, or bool with a curve that holds only: there every value but 0 is true.
 // Edits    SetCurve, ReplaceControl and the control's own SetValue are heard from the next sampling on.
+// Effects  Sampling sets no control. So a curve reaches IAudioFilter::SetParameter only where the engine hands sampled values
+//          on, which IAudioFilter::HasHistory describes: in exports, for effects without history. Others read it by Reading.
 // Caches   ioCache may be null.
 // Threads  UpdateControl, GetNextInterestingTime, HasActionPending and IsEmpty: any number at once, while
 //          others edit; they never wait, lock, allocate or free. The rest: the host's threads.
@@ -39,7 +41,8 @@ public:
 
 	class Reading;
 
-	// A parameter that stays at a value; for one that a host moves, make the control and hand it to the constructor.
+	// A parameter that stays at a value, unless SetCurve gives it a curve; for one that a host moves, make the control and hand
+	// it to the constructor.
 	static SN::InterfaceRef<AutomationParameter> Create(T inValue);
 
 	// Throws a HostError when a boolean parameter gets a curve that moves.

@@ -9,6 +9,7 @@ namespace SonaroHost
 struct ProgrammeRange
 {
 	std::int64_t mFirstFrame = 0;
+	// How many.
 	std::int64_t mFrames = 0;
 };
 

@@ -9,7 +9,9 @@ namespace SonaroHost
 // How far a job has come.
 struct RenderProgress
 {
+	// Frames of all passes that were rendered.
 	std::int64_t mFramesDone = 0;
+	// Frames of all passes that are known to come; it may grow.
 	std::int64_t mFramesTotal = 0;
 };
 

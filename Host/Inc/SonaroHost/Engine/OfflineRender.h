@@ -24,12 +24,15 @@ enum class RenderDirection
 // What of a graph is rendered, and how.
 struct OfflineRange
 {
+	// How many frames of mFrameRate.
 	std::int64_t mFrames = 0;
 	SN::FrameRate mFrameRate;
+	// Of the blocks that are pulled: as many as the graph's layout has.
 	unsigned mChannels = 0;
 	// The frames of a block, at most the context's largest.
 	unsigned mBlockFrames = 0;
 	RenderDirection mDirection = RenderDirection::kForward;
+	// The lowest frame, in either direction.
 	std::int64_t mFirstFrame = 0;
 };
 

@@ -45,7 +45,9 @@ struct AudioFileInfo
 	// Bits of integer samples; 0 for floats and for compressed audio that loses bits.
 	int mIntegerBits = 0;
 
+	// In Hz.
 	int mSampleRate = 0;
+	// The length in frames of that rate.
 	std::int64_t mFrames = 0;
 	// False when the header states no length, so that it was found by decoding or from the file's size.
 	bool mStatesLength = true;

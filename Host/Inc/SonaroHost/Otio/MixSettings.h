@@ -26,10 +26,12 @@ struct Curve
 		kFractionOfLength,
 	};
 
+	// A point of the curve.
 	struct Keyframe
 	{
 		// Time from the start of the item as it is cut, which is time 0 for its parent's ears.
 		RationalTime mTime;
+		// In the curve's scale.
 		double mValue = 0.0;
 		// How the curve runs up to the next keyframe.
 		Interpolation mInterpolation = Interpolation::kLinear;
@@ -47,6 +49,7 @@ struct Curve
 	TimeUnit mTimeUnit = TimeUnit::kTime;
 };
 
+// A fade from silence at an item's start, or to silence at its end.
 struct Fade
 {
 	RationalTime mDuration;
@@ -54,14 +57,17 @@ struct Fade
 	std::optional<FadeShape> mShape;
 };
 
+// A copy of a track's sound.
 struct Send
 {
 	// A submix of the stack that the track stands in.
 	std::string mTo;
 	Curve mGain;
+	// Whether it is taken before the track's gain, rather than between the gain and the pan.
 	bool mIsPreFader = false;
 };
 
+// A sum of tracks and sends of a stack.
 struct Submix
 {
 	// Not empty, and no other submix of the stack has it.
@@ -99,6 +105,7 @@ struct AngleName
 	std::string mName;
 };
 
+// Where another angle begins to be heard.
 struct AngleCut
 {
 	// From the start of the stack as it is cut, in the time of its content.
@@ -129,6 +136,7 @@ struct MixSettings
 {
 	// The gain in decibels.
 	std::optional<Curve> mGain;
+	// From -1 (left) to 1 (right).
 	std::optional<Curve> mPan;
 	std::optional<bool> mMute;
 	std::optional<bool> mSolo;

@@ -22,6 +22,7 @@
 namespace SonaroHost::Otio
 {
 
+// An effect of an item.
 struct Effect
 {
 	enum class Kind
@@ -36,6 +37,7 @@ struct Effect
 	// "Name.version".
 	std::string mSchema;
 	std::string mName;
+	// The file's word for what it is, such as "Volume".
 	std::string mEffectName;
 	bool mIsEnabled = true;
 	// kLinearTimeWarp: media time that passes in a second of the item's; not 0, at most 1000 either way.
@@ -51,6 +53,7 @@ struct Effect
 	std::string mPlace;
 };
 
+// A marked range or moment of an item.
 struct Marker
 {
 	std::string mName;
@@ -80,6 +83,7 @@ struct Item
 	std::string mPlace;
 };
 
+// A piece of a recording.
 struct Clip : Item
 {
 	// The active one, or null for none, which counts as missing.
@@ -132,6 +136,7 @@ struct Stack : Item
 	std::vector<Composable> mChildren;
 };
 
+// What stands on a track or in a stack.
 struct Composable
 {
 	// Null where it is something else.
@@ -152,6 +157,7 @@ std::vector<Composable const*> ListAngles(Stack const& inStack);
 // it in another form of Unicode. Nothing where there is none.
 std::optional<std::size_t> FindAngle(Stack const& inStack, AngleName const& inName);
 
+// The file's outermost object.
 struct Timeline
 {
 	std::string mName;

@@ -16,6 +16,7 @@ struct RationalTime
 	friend bool operator==(RationalTime const&, RationalTime const&) = default;
 };
 
+// A stretch of time as the file states it.
 struct TimeRange
 {
 	RationalTime mStartTime;

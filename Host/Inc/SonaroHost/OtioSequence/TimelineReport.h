@@ -64,6 +64,7 @@ struct ClipRow
 
 	// Empty where there is none.
 	std::filesystem::path mMedia;
+	// Samples a second of the media.
 	int mMediaRate = 0;
 	// The part of the media that sounds meanwhile, in its samples, counted from the file's first one;
 	// the smaller one first, also where it is read backwards. Beyond either end of the file is silence.

@@ -18,6 +18,7 @@
 namespace SonaroHost::Otio
 {
 
+// How a timeline is laid out; the options of the command of these names.
 struct TimelineOptions
 {
 	// The rate. Without one it is that of the most clips' media, and 48000 where there are none.
@@ -50,9 +51,9 @@ struct TimelineSequence
 	std::shared_ptr<Sequence::Description const> mDescription;
 	// The layout of the programme; that of the mix before a listener's ears is in mDescription.
 	SN::AudioChannelLayout mLayout;
-	// The programme within the description: its first frame, and so many. What else the description holds is cut
-	// away by the timeline.
+	// The programme's first frame within the description. What else this holds is cut away by the timeline.
 	std::int64_t mFirstFrame = 0;
+	// How many frames the programme has.
 	std::int64_t mFrames = 0;
 	// Its exact length is above 0, even where it has no frame.
 	bool mHasLength = false;

@@ -12,7 +12,9 @@ namespace SonaroHost::Playback
 // What a device is opened with.
 struct DeviceFormat
 {
+	// In Hz.
 	int mSampleRate = 48000;
+	// How many, interleaved.
 	unsigned mChannels = 2;
 	// The frames that the device asks for at a time, as far as it lets itself be asked.
 	unsigned mBlockFrames = 512;

@@ -18,6 +18,7 @@ namespace SonaroHost::Playback
 
 class RenderThread;
 
+// How a playback is run.
 struct PlaybackSettings
 {
 	// How much is rendered ahead of what the device has taken, in seconds: from 0.005 to 1. A seek is heard after it.

@@ -18,11 +18,12 @@ struct PlaybackState
 	std::int64_t mFrame = 0;
 	// The length of the programme.
 	std::int64_t mFrames = 0;
+	// As it was set; below 0 backwards.
 	double mSpeed = 1.0;
 	std::optional<ProgrammeRange> mLoop;
-	// Blocks of the device that were silent, in part or all, since frames came too late, with those
-	// that the device itself lost, and frames of the first kind.
+	// Blocks of the device that were silent, in part or all, since frames came too late, with those that the device lost.
 	std::uint64_t mMisses = 0;
+	// Frames of the device's blocks that were silent since they came too late, without those that the device lost.
 	std::uint64_t mMissedFrames = 0;
 	// Frames of media that were silent although they were read, since there was no memory to keep them until they were heard.
 	std::uint64_t mUnreadFrames = 0;

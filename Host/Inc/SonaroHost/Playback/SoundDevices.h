@@ -16,6 +16,7 @@ struct SoundDeviceInfo
 	std::string mName;
 	// What drives it, such as "ALSA", "JACK" or "PulseAudio, by ALSA".
 	std::string mDriver;
+	// The most that it plays.
 	unsigned mChannels = 0;
 	// What it runs at by itself, in Hz.
 	double mSampleRate = 0.0;

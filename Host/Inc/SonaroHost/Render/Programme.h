@@ -27,14 +27,17 @@ struct Programme
 	SN::FrameRate GetFrameRate() const { return SN::FrameRate::FromSamplesPerSecond(mSampleRate); }
 	SN::AudioChannelLayout const& GetLayout() const { return mDescription->mLayout; }
 
+	// What is rendered. Never null.
 	std::shared_ptr<Sequence::Description const> mDescription;
+	// Frames a second of the render, in Hz.
 	int mSampleRate = 48000;
-	// The frame of the sequence that is the programme's first, and how many frames it has.
+	// The frame of the sequence that is the programme's first.
 	std::int64_t mFirstFrame = 0;
+	// How many frames it has.
 	std::int64_t mFrames = 0;
 	// The file that the description was made from, which errors in it name; empty where the request says it all.
 	std::filesystem::path mFile;
-	// Asked on the thread that renders.
+	// Never null: without files, an empty FileMedia. Asked on the thread that renders.
 	std::shared_ptr<GraphMedia const> mMedia;
 	// Gives media of their own to the graph that is made next; graphs are made one at a time. Without it, one graph at a time
 	// can be rendered, and it is the media above that are asked.

@@ -33,6 +33,7 @@ struct RenderedFile
 	// The peak of the samples before rounding, as far as they are finite where the loudness is measured; linear, 1 being
 	// full scale.
 	float mPeak = 0.0f;
+	// Samples beyond full scale that rounding has clipped.
 	std::int64_t mClippedSamples = 0;
 	// Samples that are infinite, not a number or above +240 dBFS.
 	std::int64_t mImplausibleSamples = 0;
@@ -45,8 +46,9 @@ struct RenderedFile
 struct PlaybackSummary
 {
 	ReadAheadReport mReadAhead;
-	// Reads that found nothing, and the inputs' samples that are silent instead.
+	// Reads that found nothing.
 	std::uint64_t mMisses = 0;
+	// The inputs' samples that are silent instead.
 	std::uint64_t mMissedFrames = 0;
 	// Those samples, for each input.
 	std::vector<std::uint64_t> mMissedFramesOfInputs;

@@ -72,8 +72,10 @@ struct WaveformRequest
 	bool mReplace = true;
 };
 
+// What a waveform came to.
 struct WaveformSummary
 {
+	// What it shows, in frames of mSampleRate, which is in Hz.
 	std::int64_t mFrames = 0;
 	int mSampleRate = 0;
 	// The size of the output; a picture's columns are its pixels.

@@ -41,8 +41,8 @@ struct Fader
 struct Effect
 {
 	std::string mName;
-	// Called for each graph and each instance of a sequence; makes a new processor each time, for blocks of up to inContext->GetMaxBlockSize(). Its
-	// GetDelay is compensated; EffectHealth says what becomes of one that grows.
+	// Called for each graph and each instance of a sequence; makes a new processor each time, for blocks of up to
+	// inContext->GetMaxBlockSize(). Its GetDelay is compensated; EffectHealth says what becomes of one that grows.
 	std::function<SN::InterfaceRef<SN::IAudioProcessor>(
 		SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
 		SN::AudioChannelLayout const& inLayout)>
@@ -50,11 +50,13 @@ struct Effect
 	// Whether its output depends on no more of the past than its latency, as that of a delay: then any start settles it.
 	// Otherwise an effect with a history keeps its sequence from being rendered by several graphs side by side.
 	bool mForgetsAfterLatency = false;
-	// When its parameters jump, in the time of the chain's curves.
+	// When parameters that the engine sets jump, in the time of the chain's curves: blocks are cut there. Without them, a jump is
+	// heard at the next 64th frame. Empty for an effect that reads its curves by itself.
 	std::vector<SN::TickTime> mJumps = {};
 	// For reports; null for none.
 	std::shared_ptr<EffectFacts const> mFacts = nullptr;
-	// What a listener may move of the processors that playbacks have made.
+	// What a listener may move of the processors that playbacks have made, which ask for LiveControl::GetHeld in each block;
+	// Playback::LiveEffects lists them.
 	std::vector<std::shared_ptr<LiveControl>> mControls = {};
 	// What it was made from: a JSON pointer into a file, for instance; or nothing.
 	std::string mOrigin = {};
@@ -70,16 +72,19 @@ struct Send
 	NumberParameter mPan;
 };
 
+// Hears the sound at its place of a chain, which goes on unchanged.
 struct Meter
 {
-	// Hears the sound at this place. Shared by all instances of a nested sequence that has one.
+	// Shared by all instances of a nested sequence that has one.
 	SN::InterfaceRef<SN::IAudioMeterSetter> mSetter;
 };
 
 using Stage = std::variant<Fader, Effect, Send, Meter>;
 
+// What sound passes through, on an item, a track, a submix or the master.
 struct Chain
 {
+	// In the order of the sound.
 	std::vector<Stage> mStages;
 	// The pan after all stages, where the layout becomes that of the destination; empty for the fixed conversion.
 	NumberParameter mPan;

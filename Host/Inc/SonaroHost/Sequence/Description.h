@@ -50,11 +50,14 @@ struct Clip
 struct Nest
 {
 	std::shared_ptr<Description const> mSequence;
+	// The time of that sequence which is heard at the item's start.
 	SN::TickTime mStart;
 };
 
+// A fade from or to silence.
 struct Fade
 {
+	// In the time of the sequence that has the item; for a cut, in that of the angles. 0 for none.
 	SN::TickTime mLength;
 	FadeShape mShape = FadeShape::kLinear;
 };
@@ -68,10 +71,12 @@ using AngleSwitch = std::shared_ptr<zorvcore::threads::AtomicIntegral<int>>;
 // beyond their latency run on, so that their reverberation is theirs when they come back.
 struct Multicam
 {
+	// Where another angle begins to be heard.
 	struct Cut
 	{
 		// In the angles' time: the first frame of the new angle, to the sample.
 		SN::TickTime mTime;
+		// Index of the new angle.
 		std::size_t mAngle = 0;
 		// From the cut on, the angle before goes out while this one comes in; up to the next cut at most. Without a
 		// length it is a hard cut. Nothing of an angle is heard before its cut.
@@ -94,7 +99,9 @@ struct Multicam
 // What stands on a track. Items of a track are in the order of time and do not overlap.
 struct Item
 {
+	// For messages and reports.
 	std::string mName;
+	// The first frame that is heard, and the one after the last; not below 0, and at most 50 hours.
 	SN::TickTime mStart;
 	SN::TickTime mEnd;
 	std::variant<Clip, Nest, Multicam> mContent;
@@ -128,6 +135,7 @@ struct Crossfade
 	// overlap.
 	SN::TickTime mBefore;
 	SN::TickTime mAfter;
+	// How the gain of each of the two goes, from 1 to 0 and from 0 to 1.
 	FadeShape mOutgoingShape = FadeShape::kLinear;
 	FadeShape mIncomingShape = FadeShape::kLinear;
 };
@@ -148,12 +156,16 @@ struct Output
 	std::size_t mSubmix = 0;
 };
 
+// Items one after the other, with what their sum passes through.
 struct Track
 {
+	// For messages and reports; need not differ from others.
 	std::string mName;
 	// The layout of the items' sound on it.
 	SN::AudioChannelLayout mLayout;
+	// In the order of time, without overlaps.
 	std::vector<Item> mItems;
+	// One at a cut at most.
 	std::vector<Crossfade> mCrossfades;
 	Chain mChain;
 	// Empty for a track that is never muted; live in a playback.
@@ -163,11 +175,15 @@ struct Track
 	std::string mOrigin;
 };
 
+// The sum of what is put out and sent to it.
 struct Submix
 {
+	// For messages and reports.
 	std::string mName;
+	// The layout of the sum; what comes in is converted to it.
 	SN::AudioChannelLayout mLayout;
 	Chain mChain;
+	// As that of a track.
 	MuteSwitch mMute;
 	Output mOutput;
 	// The same as that of an item.
@@ -182,8 +198,11 @@ struct BinauralOutput
 	SN::AudioChannelLayout mLayout;
 };
 
+// A whole sequence: all that is heard, and in which layout. Its length is that of its items (GetLength); what renders it
+// chooses rate and range.
 struct Description
 {
+	// For messages and reports, as in "Scene 4" of what nests it.
 	std::string mName;
 	// The layout of what comes out of it.
 	SN::AudioChannelLayout mLayout;

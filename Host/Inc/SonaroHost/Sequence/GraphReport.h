@@ -11,13 +11,13 @@
 namespace SonaroHost::Sequence
 {
 
-// What became of a description. Frames are those of the graph's rate, in the time of the sequence that holds
-// them.
+// What became of an item. Frames are those of the graph's rate, in the time of the sequence that holds it.
 struct ItemReport
 {
 	// Index of its track in the report.
 	std::size_t mTrack = 0;
 	std::string mName;
+	// Where it is heard: its first frame, and the one after its last.
 	std::int64_t mFirstFrame = 0;
 	std::int64_t mEndFrame = 0;
 	// The latency of its own effects, which is compensated.
@@ -31,11 +31,13 @@ struct TrackReport
 	std::string mPlace;
 	// How far ahead of the sequence's time it is asked.
 	std::int64_t mAheadFrames = 0;
-	// The latency of its effects, and the frames by which its output waits for others.
+	// The latency of its effects.
 	std::int64_t mLatencyFrames = 0;
+	// By how much its output is delayed to meet others.
 	std::int64_t mWaitFrames = 0;
 };
 
+// What became of a description in a graph.
 struct GraphReport
 {
 	std::vector<ItemReport> mItems;

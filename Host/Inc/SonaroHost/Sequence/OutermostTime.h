@@ -11,7 +11,9 @@ struct OutermostTime
 {
 	// Nothing is known where a speed is a curve.
 	bool mIsKnown = true;
+	// Where the time 0 lies.
 	SN::TickTime mStart = SN::kTimeZero;
+	// How much time of the outermost sequence passes in a second; below 0 backwards.
 	double mScale = 1.0;
 
 	SN::TickTime Map(SN::TickTime const& inTime) const { return mStart + inTime * mScale; }

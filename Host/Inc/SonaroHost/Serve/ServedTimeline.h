@@ -28,8 +28,10 @@ namespace SonaroHost::Serve
 
 class GraphPool;
 
+// What is served, and how.
 struct ServeRequest
 {
+	// The timeline: an .otio, .otioz or .otiod file.
 	std::filesystem::path mInput;
 	// The JSON of one in memory; see TimelineInput.
 	std::shared_ptr<std::string const> mText;

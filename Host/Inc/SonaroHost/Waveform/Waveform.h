@@ -12,6 +12,7 @@ struct Waveform
 {
 	static constexpr std::size_t kValuesPerColumn = 3;
 
+	// What a channel has in a column; linear, 1 being full scale.
 	struct Column
 	{
 		float mMinimum = 0.0f;
@@ -29,7 +30,9 @@ struct Waveform
 		return {values[0], values[1], values[2]};
 	}
 
+	// Of the sound, in Hz.
 	int mSampleRate = 0;
+	// The last column may have fewer.
 	std::int64_t mSamplesPerColumn = 0;
 	// The columns of each channel, as in an IAudioWaveformBuffer.
 	std::vector<std::vector<float>> mChannels;
