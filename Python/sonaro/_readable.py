@@ -9,9 +9,12 @@ from ._values import show, whole
 class Readable:
     """Something that was opened: a timeline or a sequence. Close it, or use it in a with statement, to free its media.
 
+    name      what it is called
     rate      samples a second
-    frames    samples of each channel; duration, the same in seconds
-    layout    the channels: "mono", "stereo", "5.1", "ambisonic1" ...; channels, their number
+    frames    samples of each channel
+    duration  the same in seconds
+    layout    the channels: "mono", "stereo", "5.1", "ambisonic1" ...
+    channels  their number
 
     Threads: any; as many read at once as open was asked for. Processes: the one that opened it; another one, forked
     from it, opens its own.
@@ -34,6 +37,7 @@ class Readable:
         """The samples from start on as an array of float32 of the shape (channels, frames), those of the file that
         render writes: any place in any order gives the same bits. Outside of the programme is silence.
 
+        start, frames: in samples of the rate, counted from the first one of the programme.
         track: the name or number of an outermost track that is heard alone, through the mix; None for all. Raises an
         Error, and a UsageError for a track that does not exist.
         """
@@ -49,7 +53,7 @@ class Readable:
             raise
 
     def blocks(self, size, track=None):
-        """All samples in arrays of so many frames; the last one may be shorter."""
+        """All samples in arrays of so many frames, as read gives them; the last one may be shorter."""
         size = whole(size, "blocks: size", 1, 2**40)
         return (self.read(start, min(size, self.frames - start), track) for start in range(0, self.frames, size))
 

@@ -58,8 +58,9 @@ def render_all(folder, client, output=None, *, retries=2, progress=None, table=N
     format    wav, aiff, flac or caf
     options   those of sonaro.render
 
-    Returns a table: a dict for each timeline, in the order of names, with the keys of COLUMNS. A timeline that fails is a
-    row with its error, and the others go on. Loudness is in LUFS, the true peak in dBTP, both of the file.
+    Returns a table: a dict for each timeline, in the order of names, with the keys timeline,
+    output, status ("rendered" or "failed"), seconds (that it took), samples, loudness (in LUFS), true_peak (in dBTP),
+    missing (how many media) and error. A timeline that fails is a row with its error, and the others go on.
     """
     output = os.path.abspath(output or folder)
     names = client.submit(_list_timelines, os.path.abspath(folder), output, pure=False).result()
