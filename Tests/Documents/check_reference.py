@@ -21,12 +21,13 @@ def read_words(text):
 
 
 def list_comments():
-    """The first line of each comment right above what headers declare in a namespace, with its place."""
+    """The first line of each comment right above what headers declare in a namespace, up to the path of a page, which is shown by
+    its title; and its place."""
     for folder in (ROOT / "API/Inc", *(ROOT / "Platform").glob("*/Inc"), ROOT / "Host/Inc"):
         for path in sorted(folder.rglob("*.h")):
             text = path.read_text()
             for comment in re.finditer(r"(?<=\n\n)// (.*)\n(?://.*\n)*(?=[\w\[])(?!namespace|template class|template <>\nstruct std::|extern)", text):
-                yield comment.group(1), f"{path.relative_to(ROOT)}:{text.count(chr(10), 0, comment.start()) + 1}"
+                yield comment.group(1).split("Docs/")[0], f"{path.relative_to(ROOT)}:{text.count(chr(10), 0, comment.start()) + 1}"
 
 
 def list_lost_comments(pages):
