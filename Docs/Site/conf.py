@@ -9,7 +9,7 @@ import xml.etree.ElementTree
 from columns import list_columns
 from docutils import nodes
 from sphinx import addnodes
-from sphinx.domains.cpp import CPPDomain
+from sphinx.domains.cpp import ASTDeclaration, CPPDomain
 from sphinx.transforms import SphinxTransform
 
 ROOT = pathlib.Path(os.environ["SONARO_ROOT"])
@@ -158,6 +158,18 @@ class LinkNames(SphinxTransform):
                                            else nodes.Text(part) for number, part in enumerate(parts)])
 
 
+def remember_ids():
+    """As later versions of Sphinx do: each reference compares the identifiers of all that have its name."""
+    make = ASTDeclaration.get_newest_id
+
+    def get_newest_id(self):
+        if "newest_id" not in vars(self):
+            self.newest_id = make(self)
+        return self.newest_id
+
+    ASTDeclaration.get_newest_id = get_newest_id
+
+
 class SearchedCppDomain(CPPDomain):
     """Without parameters, whose names are noise in a search."""
 
@@ -170,3 +182,4 @@ def setup(app):
     app.connect("autodoc-process-docstring", give_lists)
     app.add_transform(LinkNames)
     app.add_domain(SearchedCppDomain, override=True)
+    remember_ids()

@@ -87,6 +87,25 @@ def describe_function(member):
     return [f"```{{cpp:function}} {template}{declaration}", read_comment(member), "```", ""]
 
 
+def link_compound(folder, refid, part):
+    """A compound, and those that it is shown with: classes within classes."""
+    (part / f"{refid}.xml").symlink_to(folder / f"{refid}.xml")
+    if not refid.startswith("namespace"):
+        for inner in xml.etree.ElementTree.parse(folder / f"{refid}.xml").getroot().iter("innerclass"):
+            link_compound(folder, inner.get("refid"), part)
+
+
+def write_part(folder, index, entry):
+    """An index of one compound in a folder of its own: Breathe goes through all of an index for each directive."""
+    part = folder / "parts" / entry.get("refid")
+    part.mkdir(parents=True)
+    root = xml.etree.ElementTree.Element(index.tag, index.attrib)
+    root.append(entry)
+    xml.etree.ElementTree.ElementTree(root).write(part / "index.xml", encoding="utf-8", xml_declaration=True)
+    link_compound(folder, entry.get("refid"), part)
+    return f":path: {part}"
+
+
 def list_headers(folder):
     """What Doxygen found, by the header it is in: the lines of the page about it, its classes first."""
     index = xml.etree.ElementTree.parse(folder / "index.xml").getroot()
@@ -99,18 +118,19 @@ def list_headers(folder):
             texts[location.get("file")] = [read_comment(compound), ""]
             for member in compound.iterfind("sectiondef/memberdef[@kind='typedef']"):
                 others.setdefault(location.get("file"), []).extend(
-                    [f"```{{doxygentypedef}} {member.findtext('name')}", "```", ""])
+                    [f"```{{doxygentypedef}} {member.findtext('name')}", write_part(folder, index, entry), "```", ""])
         # Classes within classes are shown in these.
         elif kind in ("class", "struct") and kinds.get(name.rpartition("::")[0]) not in ("class", "struct"):
             classes.setdefault(location.get("file"), []).extend(
-                [f"```{{doxygen{kind}}} {name}", ":members:", ":undoc-members:", "```", ""])
+                [f"```{{doxygen{kind}}} {name}", write_part(folder, index, entry), ":members:", ":undoc-members:", "```", ""])
         elif kind == "namespace" and "@" not in name:
+            path = write_part(folder, index, entry)
             for member in compound.iter("memberdef"):
                 lines = others.setdefault(member.find("location").get("file"), [])
                 if member.get("kind") == "function":
                     lines += describe_function(member)
                 elif "<" not in member.findtext("name", "<"):
-                    lines += [f"```{{doxygen{member.get('kind')}}} {name}::{member.findtext('name')}", "```", ""]
+                    lines += [f"```{{doxygen{member.get('kind')}}} {name}::{member.findtext('name')}", path, "```", ""]
     return {path: texts[path] + classes.get(path, []) + others.get(path, []) for path in texts}
 
 
