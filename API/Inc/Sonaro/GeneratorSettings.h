@@ -65,8 +65,9 @@ struct AudioContentSettings
 	FrameRate mMediaFrameRate = {};
 	// The media; required.
 	InterfaceRef<IAudioGenerator> mGenerator = {};
-	// Whether mOffset, the media's time at time 0, counts.
+	// Whether mOffset counts.
 	bool mHasOffset = false;
+	// The media's time at time 0.
 	TickTime mOffset = kTimeZero;
 	// Where the media end; kept for the host.
 	TickTime mContentEnd = kTimeMax;
@@ -87,8 +88,9 @@ struct AudioContentMulticamSettings
 	// The index of the angle that is heard.
 	std::shared_ptr<zorvcore::threads::AtomicIntegral<int, 0>> mSelectedCamera =
 		std::make_shared<zorvcore::threads::AtomicIntegral<int, 0>>();
-	// Whether mOffset, the media's time at time 0, counts.
+	// Whether mOffset counts.
 	bool mHasOffset = false;
+	// The media's time at time 0.
 	TickTime mOffset = kTimeZero;
 	// Where the media end, in their time: with an offset, the end of all that is read ahead.
 	TickTime mContentEnd = kTimeMax;

@@ -24,6 +24,7 @@ struct PrefetchRequest
 	static constexpr int kKindRead = 0;
 	static constexpr int kKindPrepare = 1;
 
+	// kKindRead for samples, kKindPrepare for a source that is to be ready for them.
 	int kind = kKindRead;
 	InterfaceRef<IAsyncAudioSource> source;
 	// The position to read from.

@@ -86,6 +86,7 @@ struct AudioMixSettings
 	// The first generator's time for a unit of the item's.
 	double mFirstTimeScale = 1.0;
 	InterfaceRef<IAudioGenerator> mSecond = {};
+	// The second generator's time for a unit of the item's.
 	double mSecondTimeScale = 1.0;
 	InterfaceRef<IAudioProcessor> mProcessor = {};
 };
@@ -104,6 +105,7 @@ struct AudioTransitionSettings
 	// Where each generator's own time is 0.
 	TickTime mOutgoingStartTime = kTimeZero;
 	TickTime mIncomingStartTime = kTimeZero;
+	// The time of the clips at which the transition begins.
 	TickTime mTransitionStartTime = kTimeZero;
 	// Above 0.
 	TickTime mTransitionDuration = kTimeZero;

@@ -11,11 +11,13 @@ namespace SonaroHost
 // What reports say of an effect.
 struct EffectFacts
 {
+	// What a control was set to.
 	struct Setting
 	{
 		std::string mSymbol;
-		// The value, or the first one of as many points; within its range.
+		// The value, or the first one of a curve; within its range.
 		double mValue = 0.0;
+		// How many points the curve has; 0 without one.
 		std::size_t mPoints = 0;
 		// In place of a value.
 		std::optional<std::string> mText = {};

@@ -18,9 +18,12 @@ namespace SonaroHost
 class LiveControl
 {
 public:
+	// What it controls, and in which range.
 	struct Facts
 	{
+		// By which LiveEffects finds it in its effect.
 		std::string mSymbol;
+		// For people.
 		std::string mName;
 		// The symbol of the unit, as "dB"; empty for none.
 		std::string mUnit;
@@ -33,7 +36,9 @@ public:
 		bool mIsWhole = false;
 		// Whether it jumps from value to value: those of whole numbers, and choices.
 		bool mJumps = false;
+		// Whether equal steps of it are equal ratios, as with frequencies.
 		bool mIsLogarithmic = false;
+		// Whether it moves by a curve while nobody holds it.
 		bool mHasCurve = false;
 	};
 

@@ -47,6 +47,7 @@ struct TextParameter
 	bool mIsPath = false;
 };
 
+// Settings that come with a plugin.
 struct Preset
 {
 	std::string mUri;

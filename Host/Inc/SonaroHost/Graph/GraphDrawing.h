@@ -14,6 +14,7 @@
 namespace SonaroHost
 {
 
+// What a drawing of a graph shows.
 struct GraphDrawingOptions
 {
 	// So many levels of nested sequences are drawn, and what is nested deeper is one node each; all of them without it.

@@ -31,6 +31,7 @@ public:
 	// Steps of a larger magnitude than this are refused.
 	static constexpr std::int64_t kLargestStep = 1000;
 
+	// A place of the input: a frame, and how far after it.
 	struct Position
 	{
 		std::int64_t mFrame = 0;

@@ -30,6 +30,7 @@ enum class PlotPlace
 	kPage,
 };
 
+// In pixels.
 struct PlotSize
 {
 	unsigned mWidth = 960;

@@ -20,6 +20,7 @@ namespace SonaroHost
 class LoudnessSeries
 {
 public:
+	// Where it is loudest, in LUFS.
 	struct Maximum
 	{
 		double mLoudness = LoudnessReading::kSilent;

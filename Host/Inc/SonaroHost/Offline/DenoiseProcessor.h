@@ -32,9 +32,11 @@ public:
 	static constexpr SN::Identifier<DenoiseProcessor> kIdentifier{
 		0x6a0b1f7c52e94d3eull, 0x91c5d8a7403bf26cull};
 
+	// What is processed, and how.
 	struct Settings
 	{
 		Denoise mDenoise;
+		// In Hz.
 		int mSampleRate = 48000;
 		unsigned mChannels = 1;
 		// Frames of the recording; nothing is read beyond them. 0 for as many as a stream lasts.

@@ -14,6 +14,7 @@ namespace SonaroHost::Otio
 // effects. Whether the plugin is there, nobody has asked yet.
 struct PluginEffect
 {
+	// A control and what it is set to.
 	struct Control
 	{
 		std::string mSymbol;

@@ -11,6 +11,7 @@
 namespace SonaroHost::Otio
 {
 
+// What a file says.
 struct Document
 {
 	// One, except for collections. Never empty.

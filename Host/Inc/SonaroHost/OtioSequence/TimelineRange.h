@@ -10,6 +10,7 @@
 namespace SonaroHost::Otio
 {
 
+// A range of a programme, as it was found.
 struct FoundRange
 {
 	ProgrammeRange mRange;

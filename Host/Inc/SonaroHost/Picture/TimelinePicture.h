@@ -14,6 +14,7 @@ namespace SonaroHost
 // What a picture of a timeline shows. Times are in seconds from the start of the programme.
 struct TimelinePicture
 {
+	// From a time to a later one.
 	struct Span
 	{
 		double mStart = 0.0;
@@ -58,6 +59,7 @@ struct TimelinePicture
 		double mFrameSeconds = 0.0;
 	};
 
+	// A track, or what stands in a stack by itself.
 	struct Lane
 	{
 		std::string mName;
@@ -76,6 +78,7 @@ struct TimelinePicture
 		Clock mClock;
 	};
 
+	// A marked moment or range.
 	struct Marker
 	{
 		std::string mName;

@@ -17,6 +17,7 @@ struct Feature
 	std::string mText;
 };
 
+// A library that is used, in the version that runs.
 struct LibraryVersion
 {
 	std::string mName;

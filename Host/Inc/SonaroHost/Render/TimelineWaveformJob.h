@@ -36,10 +36,13 @@ struct TimelineWaveformRequest
 	bool mReplace = true;
 };
 
+// What a picture of a timeline came to.
 struct TimelineWaveformSummary
 {
+	// The programme, in frames of mSampleRate, which is in Hz.
 	std::int64_t mFrames = 0;
 	int mSampleRate = 0;
+	// In pixels.
 	unsigned mHeight = 0;
 	// The bands from the top down: the mix, and each track, with why it is not heard.
 	std::vector<std::string> mBands;

@@ -52,6 +52,7 @@ struct TrackChoice
 {
 	auto operator<=>(TrackChoice const&) const = default;
 
+	// Numbers of tracks that are silent.
 	std::set<unsigned> mMuted;
 	// Where there are any, all others are silent.
 	std::set<unsigned> mSoloed;

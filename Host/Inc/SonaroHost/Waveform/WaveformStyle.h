@@ -13,6 +13,7 @@ inline constexpr std::int64_t kColumnsPerPixel = 16;
 // Pixels in either direction.
 inline constexpr unsigned kMaxPictureSize = 32767;
 
+// A colour with its opacity, each part from 0 to 255.
 struct Colour
 {
 	// "#rrggbb", "#rrggbbaa" or "none", which is transparent. Nothing for any other text.
