@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""The site's reference has every public class of C++ with all comments of headers, and every public name of Python.
+"""The site's reference has every public class of C++ with all comments of headers, every public name of Python and every key of
+the metadata; how-tos link to it.
 
 Usage: check_reference.py FOLDER    as make_site.py has written it
 """
@@ -69,6 +70,8 @@ def main():
     python = (folder / "html/reference/python.html").read_text()
     lacking += sorted(name for name in exported if name != "__version__" and f'id="sonaro.{name}"' not in python)
     lacking += list_lost_comments(pages) + list_lost_keys((folder / "html/reference/metadata.html").read_text())
+    lacking += [f"links from {path.relative_to(folder)}" for path in sorted((folder / "html/howto").glob("*.html"))
+                if not re.search(r'href="\.\./reference/api/[^"]*"[^>]*><code', path.read_text())]
     if lacking or not classes:
         sys.exit(f"The reference lacks {', '.join(lacking)}")
     print(f"The reference has {len(classes)} classes of C++ and {len(exported) - 1} names of Python")
