@@ -74,6 +74,8 @@ public:
 			paths.push_back(folder.empty() ? std::filesystem::path(".") : folder);
 		}
 		joined->mPieces = Otio::OpenPieces(joined->mPlan, paths);
+		joined->mFiles = Otio::ListPieceFiles(*joined->mPieces);
+		joined->mFiles.emplace_back(mPlan);
 		std::vector<std::string> arguments = ListArguments(joined->mPlan);
 		CLI::App program;
 		auto const render = MakeJoiningCommand(program, std::move(joined));

@@ -180,6 +180,7 @@ int RenderPiece(
 	request.mJobs = inShared.mJobs.value_or(1);
 	request.mReplace = !inShared.mKeepsOldFile;
 	request.mOtherOutputs.clear();
+	request.mOtherInputs = {path};
 	TimelinePieceJob job(std::move(request), plan, number, DescribeRenderer());
 	PieceSummary const summary = RunJob(job, job.GetSampleRate(), inShared.mIsQuiet);
 	if (inShared.mAsJson || !inShared.mIsQuiet)

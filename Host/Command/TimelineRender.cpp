@@ -99,7 +99,11 @@ TimelineRenderRequest TimelineRender::MakeRequest(std::string const& inInput) co
 	request.mOptions.mListener = mShared.mListener.MakeListener();
 	request.mRange = mRange;
 	request.mKeepsRows = !mShared.mReport.empty();
-	request.mPieces = mShared.mJoined ? mShared.mJoined->mPieces : nullptr;
+	if (mShared.mJoined)
+	{
+		request.mPieces = mShared.mJoined->mPieces;
+		request.mOtherInputs = mShared.mJoined->mFiles;
+	}
 	return request;
 }
 

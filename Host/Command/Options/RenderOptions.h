@@ -9,9 +9,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace SonaroHost::Farm
 {
@@ -28,6 +30,8 @@ struct JoinedPlan
 	// The one that joins them.
 	std::string mProgram;
 	std::shared_ptr<SonaroHost::Farm::PieceSet const> mPieces;
+	// The files of both, which no output may replace.
+	std::vector<std::filesystem::path> mFiles;
 };
 
 // The options of "sonaro render" that mean the same for sound files and timelines, as they were given.

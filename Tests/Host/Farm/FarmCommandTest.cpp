@@ -201,6 +201,28 @@ TEST_F(FarmCommand, MissingAndDamagedPiecesAreNamed)
 	Do(Join(join, {"more"}));
 }
 
+// By their names, by links, as the report as well, and where a piece is there twice.
+TEST_F(FarmCommand, NoOutputReplacesThePlanOrAPiece)
+{
+	Plan(2);
+	RenderPieces();
+	Write("pieces/copy.wav", Read("pieces/1.wav"));
+	std::filesystem::create_symlink("pieces/2.wav", mFolder / "link.wav");
+	std::filesystem::create_symlink("plan.json", mFolder / "plan.wav");
+	std::string const inputs = Read("plan.json") + Read("pieces/1.wav") + Read("pieces/2.wav");
+	Words const join{"join", "plan.json", "--pieces-in", "pieces", "-o"};
+	ExpectRefusals({
+		{2, Join(join, {"pieces/1.wav"}), {"pieces/1.wav", "is the input itself"}},
+		{2, Join(join, {"pieces/copy.wav"}), {"pieces/copy.wav", "is the input itself"}},
+		{2, Join(join, {"link.wav"}), {"link.wav", "is the input itself"}},
+		{2, Join(join, {"x.wav", "--report", "pieces/../pieces/2.wav"}), {"2.wav", "is the input itself"}},
+		{2, Join(join, {"x.wav", "--report", "plan.json"}), {"plan.json", "is the input itself"}},
+		{2, {"render", "--piece", "plan.json#1", "-o", "plan.json"}, {"plan.json", "is the input itself"}},
+		{2, {"render", "--piece", "plan.json#1", "-o", "plan.wav"}, {"plan.wav", "is the input itself"}},
+	});
+	EXPECT_TRUE(inputs == Read("plan.json") + Read("pieces/1.wav") + Read("pieces/2.wav"));
+}
+
 TEST_F(FarmCommand, WhatCannotBePlannedIsRefused)
 {
 	Plan(2);

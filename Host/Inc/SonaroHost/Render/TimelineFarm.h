@@ -49,6 +49,9 @@ void CheckPlan(FarmPlan const& inPlan, TimelineRenderRequest const& inRender, Ti
 std::shared_ptr<Farm::PieceSet const> OpenPieces(
 	FarmPlan const& inPlan, std::vector<std::filesystem::path> const& inPaths);
 
+// The files of pieces, those that are there twice too.
+std::vector<std::filesystem::path> const& ListPieceFiles(Farm::PieceSet const& inPieces);
+
 // What the render of a piece came to.
 struct PieceSummary
 {

@@ -43,6 +43,8 @@ struct TimelineRenderRequest : OutputRequest
 	bool mKeepsRows = true;
 	// The pieces of a plan of it, which are joined in place of a render; see OpenPieces.
 	std::shared_ptr<Farm::PieceSet const> mPieces;
+	// Files that the caller reads besides, such as a plan, which no output may replace.
+	std::vector<std::filesystem::path> mOtherInputs;
 };
 
 } // namespace SonaroHost::Otio

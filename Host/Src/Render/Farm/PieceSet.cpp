@@ -82,6 +82,7 @@ public:
 			auto const file = PieceFile::Open(inPath);
 			if (file && file->GetFacts().mPlan == mIdentity)
 			{
+				mPaths.push_back(inPath);
 				mFound.emplace(file->GetFacts().mNumber, *file);
 			}
 			else if (file || inIsNamed)
@@ -94,6 +95,8 @@ public:
 			Note(error.what());
 		}
 	}
+
+	std::vector<std::filesystem::path> const& GetPaths() const { return mPaths; }
 
 	// Throws a HostError that names what is missing.
 	std::vector<PieceFile> Take()
@@ -125,6 +128,7 @@ private:
 	FarmPlan const& mPlan;
 	std::string mIdentity;
 	std::map<std::size_t, PieceFile> mFound;
+	std::vector<std::filesystem::path> mPaths;
 	std::string mNotes;
 	std::size_t mNumNotes = 0;
 };
@@ -157,6 +161,7 @@ PieceSet::PieceSet(FarmPlan const& inPlan, std::vector<std::filesystem::path> co
 		search.Look(path, std::ranges::find(inPaths, path) != inPaths.end());
 	}
 	mFiles = search.Take();
+	mPaths = search.GetPaths();
 	for (std::size_t file = 0; file < mFiles.size(); ++file)
 	{
 		CheckPiece(mFiles[file], inPlan);

@@ -25,6 +25,8 @@ public:
 	PieceSet(FarmPlan const& inPlan, std::vector<std::filesystem::path> const& inPaths);
 
 	ProgrammeRange const& GetRange() const { return mRange; }
+	// All files of pieces of the plan that were found.
+	std::vector<std::filesystem::path> const& GetPaths() const { return mPaths; }
 	std::size_t CountSegments() const { return mSegments.size(); }
 	// The tracks whose meters' hearings the pieces carry, by their origins.
 	std::vector<std::string> const& GetTaps() const { return mFiles.front().GetFacts().mTaps; }
@@ -51,6 +53,7 @@ private:
 	ProgrammeRange mRange;
 	// In the order of the plan.
 	std::vector<PieceFile> mFiles;
+	std::vector<std::filesystem::path> mPaths;
 	std::vector<Place> mSegments;
 };
 

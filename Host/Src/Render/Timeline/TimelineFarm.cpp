@@ -190,6 +190,11 @@ std::shared_ptr<Farm::PieceSet const> OpenPieces(
 	return std::make_shared<Farm::PieceSet>(inPlan, inPaths);
 }
 
+std::vector<std::filesystem::path> const& ListPieceFiles(Farm::PieceSet const& inPieces)
+{
+	return inPieces.GetPaths();
+}
+
 TimelinePieceJob::TimelinePieceJob(
 	TimelineRenderRequest inRender, FarmPlan inPlan, std::size_t inNumber, std::string const& inProgram)
 	: mRender(std::move(inRender)),

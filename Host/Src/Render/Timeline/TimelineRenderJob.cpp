@@ -191,7 +191,8 @@ void TimelineRenderJob::CheckFiles() const
 		}
 	}
 	plan.mFolder = mRequest.mStems != Stems::kNone ? mRequest.mOutput : std::filesystem::path();
-	plan.mInputs = {mRequest.mInput};
+	plan.mInputs = mRequest.mOtherInputs;
+	plan.mInputs.push_back(mRequest.mInput);
 	if (auto const& listener = mRequest.mOptions.mListener; listener && !listener->mFile.empty())
 	{
 		plan.mInputs.push_back(listener->mFile);
