@@ -174,6 +174,57 @@ TEST_F(FarmCommand, PiecesOfAnotherStateAreRefused)
 	EXPECT_FALSE(std::filesystem::exists(mFolder / "x.wav"));
 }
 
+// Whatever is changed in a plan by hand, no piece of it is rendered.
+TEST_F(FarmCommand, NumbersThatAreNotThoseOfTheTimelineAreRefused)
+{
+	Plan(3);
+	Json const plan = Json::parse(Read("plan.json"));
+	std::pair<char const*, Json> const cases[] = {
+		{"/programme/rate", 0},
+		{"/programme/rate", 32000},
+		{"/programme/rate", std::int64_t{1} << 40},
+		{"/programme/channels", 0},
+		{"/programme/channels", 1},
+		{"/programme/channels", -1},
+		{"/programme/block", 0},
+		{"/programme/block", 2.5},
+		{"/programme/block", std::int64_t{1} << 40},
+		{"/programme/block", 2048},
+		{"/programme/firstSample", -4096},
+		{"/programme/samples", 0},
+		{"/pieces/2/samples", std::int64_t{1} << 62},
+		{"/pieces/2", plan["pieces"][1]},
+		{"/timeline/path", ""},
+		{"/options", {{{"option", "--stems"}, {"values", {"track"}}}}},
+	};
+	std::vector<RefusedWords> refused;
+	auto const add = [&](Json const& inPlan, std::string const& inPlace)
+	{
+		std::string const name = std::to_string(refused.size()) + ".json";
+		Write(name, inPlan.dump());
+		refused.push_back(
+			{1, {"render", "--piece", name + "#1", "-o", "x.wav"}, {"'" + name + "', " + inPlace}});
+	};
+	for (auto const& [place, value] : cases)
+	{
+		Json edited = plan;
+		edited[Json::json_pointer(place)] = value;
+		add(edited, place);
+	}
+	// A programme that is shorter than the timeline, with pieces that fit it; and pieces off the blocks.
+	Json shorter = plan;
+	shorter["pieces"].erase(2);
+	shorter["programme"]["samples"] = plan["pieces"][2]["firstSample"];
+	add(shorter, "/programme/samples");
+	Json shifted = plan;
+	shifted["pieces"][0]["samples"] = plan["pieces"][0]["samples"].get<int>() + 1;
+	shifted["pieces"][1]["firstSample"] = plan["pieces"][1]["firstSample"].get<int>() + 1;
+	shifted["pieces"][1]["samples"] = plan["pieces"][1]["samples"].get<int>() - 1;
+	add(shifted, "/pieces/1");
+	ExpectRefusals(refused);
+	EXPECT_FALSE(std::filesystem::exists(mFolder / "x.wav"));
+}
+
 TEST_F(FarmCommand, MissingAndDamagedPiecesAreNamed)
 {
 	Plan(5);

@@ -28,6 +28,8 @@ struct FarmPlan
 	// Options and their values as a command line has them: "--normalize" and "-16".
 	using Options = std::vector<std::pair<std::string, std::vector<std::string>>>;
 
+	// The file that it was read from, for messages; empty for one that was made.
+	std::filesystem::path mPath;
 	// The program that pieces have to be rendered and joined by, with its version.
 	std::string mProgram;
 	// The timeline as the report calls it, and where it lies.
@@ -56,6 +58,8 @@ struct FarmPlan
 std::string ToText(FarmPlan const& inPlan);
 // Throws a HostError that names the file and the place in it.
 FarmPlan ReadFarmPlan(std::filesystem::path const& inPath);
+// Throws a HostError that names the plan's file and a place in it, a JSON pointer.
+[[noreturn]] void RefusePlan(FarmPlan const& inPlan, std::string const& inPlace, std::string const& inReason);
 // What pieces know their plan by: a digest of all of it.
 std::string GetIdentity(FarmPlan const& inPlan);
 

@@ -1,10 +1,13 @@
 #include "SonaroHost/Render/FarmPlan.h"
 
 #include "JsonFields.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Files/Digest.h"
 #include "SonaroHost/Files/WholeFile.h"
+#include "SonaroHost/Render/OutputRequest.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace SonaroHost
 {
@@ -16,8 +19,12 @@ using Farm::Json;
 using Farm::JsonField;
 
 constexpr char const* kSchema = "sonaro.plan";
+constexpr char const* kWhat = "a plan";
 // One more for any change that a reader would stumble over.
 constexpr int kVersion = 1;
+// Far more than any programme has, and sums of two are still exact.
+constexpr std::int64_t kMostFrames = std::int64_t{1} << 52;
+constexpr std::int64_t kHighestRate = 768000;
 
 Json Describe(FileFingerprint const& inPrint)
 {
@@ -34,6 +41,10 @@ Json Describe(FileFingerprint const& inPrint)
 FileFingerprint ReadFingerprint(JsonField const& inField)
 {
 	FileFingerprint print{inField.Get<std::string>("path"), -1, 0, {}};
+	if (print.mPath.empty())
+	{
+		inField.At("path").Refuse("is empty");
+	}
 	if (inField.Get<Json>().contains("digest"))
 	{
 		print.mBytes = inField.Get<std::int64_t>("bytes");
@@ -50,7 +61,7 @@ Json Describe(ProgrammeRange const& inRange)
 
 ProgrammeRange ReadRange(JsonField const& inField)
 {
-	return {inField.Get<std::int64_t>("firstSample"), inField.Get<std::int64_t>("samples")};
+	return {inField.GetWhole("firstSample", 0, kMostFrames), inField.GetWhole("samples", 1, kMostFrames)};
 }
 
 Json ListPieces(FarmPlan const& inPlan)
@@ -71,8 +82,12 @@ void ReadOptions(JsonField const& inField, FarmPlan::Options& outOptions)
 	for (std::size_t i = 0; i < inField.CountItems(); ++i)
 	{
 		JsonField const option = inField.At(i);
-		outOptions.emplace_back(
-			option.Get<std::string>("option"), option.Get<std::vector<std::string>>("values"));
+		auto name = option.Get<std::string>("option");
+		if (name == "--stems")
+		{
+			inField.Refuse("/options/" + std::to_string(i), "is --stems, but a plan is that of one file");
+		}
+		outOptions.emplace_back(std::move(name), option.Get<std::vector<std::string>>("values"));
 	}
 }
 
@@ -83,16 +98,29 @@ void ReadPieces(JsonField const& inField, FarmPlan& ioPlan)
 	for (std::size_t i = 0; i < inField.CountItems(); ++i)
 	{
 		FarmPiece const piece{ReadRange(inField.At(i)), inField.At(i).Get<double>("cost")};
-		if (piece.mRange.mFirstFrame != end || piece.mRange.mFrames < 1)
+		std::string const place = "/pieces/" + std::to_string(i);
+		if (piece.mRange.mFirstFrame != end)
 		{
-			inField.Refuse("/pieces/" + std::to_string(i), "does not begin where the piece before ends");
+			inField.Refuse(place, "does not begin where the piece before ends");
+		}
+		if ((end - ioPlan.mRange.mFirstFrame) % ioPlan.mBlockFrames != 0)
+		{
+			inField.Refuse(place, "does not begin at a block of the programme");
 		}
 		end += piece.mRange.mFrames;
+		if (end > ioPlan.mRange.mFirstFrame + ioPlan.mRange.mFrames)
+		{
+			inField.Refuse(place, "ends after the programme");
+		}
 		ioPlan.mPieces.push_back(piece);
 	}
 	if (end != ioPlan.mRange.mFirstFrame + ioPlan.mRange.mFrames || ioPlan.mPieces.empty())
 	{
 		inField.Refuse("/pieces", "does not make up the programme");
+	}
+	if (!ioPlan.mWhyWhole.empty() && ioPlan.mPieces.size() > 1)
+	{
+		inField.Refuse("/pieces", "has more than the one piece that such a programme has");
 	}
 }
 
@@ -108,9 +136,9 @@ FarmPlan ReadPlan(JsonField const& inField)
 	plan.mTimeline = ReadFingerprint(inField.At("timeline"));
 	ReadOptions(inField.At("options"), plan.mOptions);
 	JsonField const programme = inField.At("programme");
-	plan.mSampleRate = programme.Get<int>("rate");
-	plan.mChannels = programme.Get<unsigned>("channels");
-	plan.mBlockFrames = programme.Get<unsigned>("block");
+	plan.mSampleRate = static_cast<int>(programme.GetWhole("rate", 1, kHighestRate));
+	plan.mChannels = static_cast<unsigned>(programme.GetWhole("channels", 1, kMaxChannels));
+	plan.mBlockFrames = static_cast<unsigned>(programme.GetWhole("block", 1, kMaxBlockFrames));
 	plan.mHasTracks = programme.Get<bool>("tracks");
 	plan.mRange = ReadRange(programme);
 	plan.mMissingEffects = programme.Get<std::size_t>("missingEffects");
@@ -156,7 +184,14 @@ FarmPlan ReadFarmPlan(std::filesystem::path const& inPath)
 	{
 		RefuseFile(inPath, "is not a plan", "give the file that sonaro plan wrote");
 	}
-	return ReadPlan({inPath, "a plan", json});
+	FarmPlan plan = ReadPlan({inPath, kWhat, json});
+	plan.mPath = inPath;
+	return plan;
+}
+
+void RefusePlan(FarmPlan const& inPlan, std::string const& inPlace, std::string const& inReason)
+{
+	JsonField(inPlan.mPath, kWhat, Json()).Refuse(inPlace, inReason);
 }
 
 std::string GetIdentity(FarmPlan const& inPlan)

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -71,6 +72,23 @@ public:
 	T Get(char const* inKey) const
 	{
 		return At(inKey).Get<T>();
+	}
+
+	// Throws a HostError that names file and place.
+	[[noreturn]] void Refuse(std::string const& inReason) const { Refuse(mPlace, inReason); }
+
+	// A whole number from inLeast to inMost.
+	std::int64_t GetWhole(char const* inKey, std::int64_t inLeast, std::int64_t inMost) const
+	{
+		JsonField const field = At(inKey);
+		bool const isWhole = field.mValue.is_number_integer();
+		auto const number = isWhole ? field.Get<std::int64_t>() : 0;
+		if (!isWhole || number < inLeast || number > inMost)
+		{
+			Refuse(field.mPlace,
+				"is not a whole number from " + std::to_string(inLeast) + " to " + std::to_string(inMost));
+		}
+		return number;
 	}
 
 	[[noreturn]] void Refuse(std::string const& inPlace, std::string const& inReason) const

@@ -12,7 +12,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <set>
+#include <tuple>
 #include <unordered_set>
 #include <utility>
 
@@ -87,6 +89,30 @@ std::string FindWhyWhole(Programme const& inProgramme, unsigned inBlockFrames)
 	return MakeGraph(inProgramme, context.Get()).TakeReport().mWhyInOneRun;
 }
 
+// That the plan has the programme of the timeline, as pieces are written and cut by it.
+void CheckProgramme(
+	FarmPlan const& inPlan, TimelineRenderRequest const& inRender, TimelineRenderJob const& inJob)
+{
+	Programme const programme = inJob.OpenProgramme();
+	ProgrammeRange const range = AddTail(inJob, programme, inRender);
+	std::tuple<char const*, std::int64_t, std::int64_t> const numbers[] = {
+		{"rate", inPlan.mSampleRate, programme.mSampleRate},
+		{"channels", inPlan.mChannels, programme.GetLayout().size()},
+		{"block", inPlan.mBlockFrames, ChooseBlock(programme, inRender.mBlockFrames)},
+		{"firstSample", inPlan.mRange.mFirstFrame, range.mFirstFrame},
+		{"samples", inPlan.mRange.mFrames, range.mFrames},
+	};
+	for (auto const& [name, planned, rendered] : numbers)
+	{
+		if (planned != rendered)
+		{
+			RefusePlan(inPlan, std::string("/programme/") + name,
+				"is " + std::to_string(planned) + ", but that of the timeline is " +
+					std::to_string(rendered));
+		}
+	}
+}
+
 [[noreturn]] void RefuseChange(FileFingerprint const& inBefore, FileFingerprint const& inNow)
 {
 	std::string const path = QuotePath(inBefore.mPath);
@@ -153,6 +179,7 @@ FarmPlan PlanFarm(
 void CheckPlan(FarmPlan const& inPlan, TimelineRenderRequest const& inRender, TimelineRenderJob const& inJob,
 	std::string const& inProgram)
 {
+	CheckCanPlan(inRender);
 	if (inPlan.mProgram != inProgram)
 	{
 		throw HostError(HostError::Kind::kInput, {{}, {},
@@ -182,6 +209,7 @@ void CheckPlan(FarmPlan const& inPlan, TimelineRenderRequest const& inRender, Ti
 			hasEffects ? "give the same --media as the plan, or plan again"
 					   : "install the plugins that the plan found, or plan again");
 	}
+	CheckProgramme(inPlan, inRender, inJob);
 }
 
 std::shared_ptr<Farm::PieceSet const> OpenPieces(
