@@ -76,7 +76,7 @@ public:
 		joined->mPieces = Otio::OpenPieces(joined->mPlan, paths);
 		joined->mFiles = Otio::ListPieceFiles(*joined->mPieces);
 		joined->mFiles.emplace_back(mPlan);
-		std::vector<std::string> arguments = ListArguments(joined->mPlan);
+		std::vector<std::string> arguments = ListRenderArguments(joined->mPlan);
 		CLI::App program;
 		auto const render = MakeJoiningCommand(program, std::move(joined));
 		std::ranges::reverse(arguments);
@@ -96,7 +96,7 @@ public:
 
 private:
 	// Those of the render that would write the same.
-	std::vector<std::string> ListArguments(FarmPlan const& inPlan) const
+	std::vector<std::string> ListRenderArguments(FarmPlan const& inPlan) const
 	{
 		std::vector<std::string> arguments{"render", FindTimeline(inPlan, mPlan), "--output=" + mOutput};
 		auto const add = [&](char const* inName, std::string const& inValue)
@@ -105,7 +105,7 @@ private:
 		{
 			add("--media", media);
 		}
-		std::ranges::copy(ToArguments(inPlan.mOptions), std::back_inserter(arguments));
+		std::ranges::copy(ListArguments(inPlan, mMediaFolders), std::back_inserter(arguments));
 		if (mJobs)
 		{
 			add("--jobs", std::to_string(*mJobs));

@@ -38,6 +38,19 @@ bool NamesFile(std::string const& inOption)
 	return inOption == "--media" || inOption == "--listener";
 }
 
+// Of a folder of media: that of the machine that planned need not be on this one.
+bool IsThere(std::string const& inFolder, bool inWarns)
+{
+	std::error_code error;
+	bool const isThere = std::filesystem::is_directory(inFolder, error);
+	if (!isThere && inWarns)
+	{
+		PrintWarning("the plan's media folder " + QuotePath(inFolder) +
+					 " is not there and is not searched; give another one with --media if media are missing");
+	}
+	return isThere;
+}
+
 // "plan.json#17" in its parts.
 std::pair<std::string, std::size_t> SplitPiece(std::string const& inPiece)
 {
@@ -123,14 +136,17 @@ TimelineRenderRequest PlannedRender::MakeRequest(
 }
 
 // Values are joined to their options, as some begin with a dash.
-std::vector<std::string> ToArguments(FarmPlan::Options const& inOptions)
+std::vector<std::string> ListArguments(FarmPlan const& inPlan, std::vector<std::string> const& inMediaFolders)
 {
 	std::vector<std::string> arguments;
-	for (auto const& [name, values] : inOptions)
+	for (auto const& [name, values] : inPlan.mOptions)
 	{
 		for (std::string const& value : values)
 		{
-			arguments.push_back(std::string(name).append("=").append(value));
+			if (name != "--media" || IsThere(value, inMediaFolders.empty()))
+			{
+				arguments.push_back(std::string(name).append("=").append(value));
+			}
 		}
 	}
 	return arguments;
@@ -140,13 +156,13 @@ std::string FindTimeline(FarmPlan const& inPlan, std::filesystem::path const& in
 {
 	std::error_code error;
 	std::filesystem::path const& place = inPlan.mTimeline.mPath;
-	if (std::filesystem::absolute(inPlan.mInput, error) == place)
-	{
-		return inPlan.mInput;
-	}
 	std::filesystem::path const beside = inPlanPath.parent_path() / place.filename();
-	bool const isBeside = !std::filesystem::exists(place, error) && std::filesystem::exists(beside, error);
-	return isBeside ? beside.string() : place.string();
+	if (!std::filesystem::exists(place, error) && std::filesystem::exists(beside, error))
+	{
+		return beside.string();
+	}
+	bool const isAsGiven = std::filesystem::absolute(inPlan.mInput, error) == place;
+	return isAsGiven ? inPlan.mInput : place.string();
 }
 
 std::string DescribeRenderer()
@@ -164,7 +180,7 @@ int RenderPiece(
 	CLI::App parser;
 	PlannedRender planned(parser);
 	planned.AddOptions();
-	std::vector<std::string> arguments = ToArguments(plan.mOptions);
+	std::vector<std::string> arguments = ListArguments(plan, inMediaFolders);
 	std::ranges::reverse(arguments);
 	try
 	{

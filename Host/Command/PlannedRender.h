@@ -36,8 +36,10 @@ private:
 	TimelineRender mTimeline;
 };
 
-// Options of a plan as arguments of a command.
-std::vector<std::string> ToArguments(SonaroHost::FarmPlan::Options const& inOptions);
+// Options of a plan as arguments of a command, without media folders that are not there: of these it warns where the
+// command was given none itself, by inMediaFolders.
+std::vector<std::string> ListArguments(
+	SonaroHost::FarmPlan const& inPlan, std::vector<std::string> const& inMediaFolders);
 
 // Where a plan's timeline lies: as it was given, where that is the same file here, or at its place, or beside the plan.
 std::string FindTimeline(SonaroHost::FarmPlan const& inPlan, std::filesystem::path const& inPlanPath);

@@ -19,6 +19,7 @@ namespace SonaroHost::Testing::FarmCommandTest
 namespace
 {
 
+using testing::AllOf;
 using testing::HasSubstr;
 
 constexpr int kRate = 48000;
@@ -223,6 +224,36 @@ TEST_F(FarmCommand, NumbersThatAreNotThoseOfTheTimelineAreRefused)
 	add(shifted, "/pieces/1");
 	ExpectRefusals(refused);
 	EXPECT_FALSE(std::filesystem::exists(mFolder / "x.wav"));
+}
+
+// Planned in one place with a folder of media, rendered in another with one of another name.
+TEST_F(FarmCommand, PlansMoveWithTheirTimelines)
+{
+	std::filesystem::create_directories(mFolder / "here/media");
+	for (char const* const name : {"tone.wav", "other.wav"})
+	{
+		std::filesystem::rename(mFolder / name, mFolder / "here/media" / name);
+	}
+	for (std::string const& input : {std::string("here/edit.otio"), (mFolder / "here/edit.otio").string()})
+	{
+		SCOPED_TRACE(input);
+		std::filesystem::rename(mFolder / "edit.otio", mFolder / "here/edit.otio");
+		Do({"plan", input, "--pieces", "2", "-o", "plan.json", "--media", "here/media"});
+		Do({"render", input, "-o", "one.wav", "--media", "here/media"});
+		std::filesystem::rename(mFolder / "here/edit.otio", mFolder / "edit.otio");
+		std::filesystem::rename(mFolder / "here/media", mFolder / "there");
+		ProgramResult const lost = Run({"render", "--piece", "plan.json#1", "-o", "x.wav"});
+		EXPECT_EQ(lost.mExitCode, 1);
+		EXPECT_THAT(lost.mErrors, AllOf(HasSubstr("media' is not there and is not searched"),
+									  HasSubstr("tone.wav': is not there")));
+		for (std::string const& piece : {std::string("1"), std::string("2")})
+		{
+			Do({"render", "--piece", "plan.json#" + piece, "-o", piece + ".wav", "--media", "there"});
+		}
+		Do({"join", "plan.json", "-o", "joined.wav", "--media", "there"});
+		EXPECT_TRUE(Read("one.wav") == Read("joined.wav"));
+		std::filesystem::rename(mFolder / "there", mFolder / "here/media");
+	}
 }
 
 TEST_F(FarmCommand, MissingAndDamagedPiecesAreNamed)
