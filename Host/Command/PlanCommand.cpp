@@ -56,8 +56,7 @@ public:
 			Refuse(QuotePath(mInput) + " is no timeline; plan accepts .otio, .otioz and .otiod");
 		}
 		MakeRoomForOutputs({mOutput});
-		TimelineRenderRequest request = mPlanned.MakeRequest(mInput, mOutput);
-		request.mReplace = !mKeepsOldFile;
+		TimelineRenderRequest request = MakeRequest();
 		CheckCanPlan(request);
 		FarmRequest farm;
 		farm.mPieces = mPieces;
@@ -90,11 +89,32 @@ private:
 		Add("-o,--output", mOutput, "OUTPUT (required)",
 			"Plan to write, as JSON, replaced if it exists; - is the standard output")
 			->required();
-		AddFlag("--no-overwrite", mKeepsOldFile, "Fail if the plan already exists");
+		Add("--join-output", mJoinOutput, "FILE",
+			"File that \"sonaro join\" is to write: its format and its place are checked now, before any "
+			"piece is rendered; it is no part of the plan");
+		AddFlag("--no-overwrite", mKeepsOldFile,
+			"Fail if the plan, or the file of --join-output, already exists");
 		AddFlag("--track-levels", mHasTracks,
 			"Let pieces carry what the meters of tracks hear, so that \"sonaro join\" can write a report; "
 			"they "
 			"grow by the tracks that are heard");
+	}
+
+	// With the file of the join, its format and place are checked together with those of the plan.
+	TimelineRenderRequest MakeRequest()
+	{
+		if (!mJoinOutput.empty())
+		{
+			mPlanned.SetOutput(mJoinOutput);
+		}
+		TimelineRenderRequest request =
+			mPlanned.MakeRequest(mInput, mJoinOutput.empty() ? mOutput : mJoinOutput);
+		if (!mJoinOutput.empty())
+		{
+			request.mOtherOutputs.emplace_back(mOutput);
+		}
+		request.mReplace = !mKeepsOldFile;
+		return request;
 	}
 
 	void Write(std::string const& inText) const
@@ -125,6 +145,7 @@ private:
 	std::string mInput;
 	std::size_t mPieces = 1;
 	std::string mOutput;
+	std::string mJoinOutput;
 	bool mKeepsOldFile = false;
 	bool mHasTracks = false;
 	bool mIsQuiet = false;

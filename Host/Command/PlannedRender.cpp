@@ -28,8 +28,8 @@ namespace
 // Options of commands that are no part of a plan.
 bool IsPlanned(CLI::Option const& inOption)
 {
-	static std::set<std::string> const sOthers{
-		"--help", "--output", "--pieces", "--track-levels", "--no-overwrite", "--quiet", "--json"};
+	static std::set<std::string> const sOthers{"--help", "--output", "--join-output", "--pieces",
+		"--track-levels", "--no-overwrite", "--quiet", "--json"};
 	return inOption.nonpositional() && inOption.count() > 0 && !sOthers.contains(inOption.get_name());
 }
 

@@ -28,6 +28,8 @@ public:
 	// Of what renders with them into a file. Throws a HostError.
 	SonaroHost::Otio::TimelineRenderRequest MakeRequest(
 		std::string const& inInput, std::filesystem::path const& inOutput) const;
+	// Lets requests be those of what is joined into that file.
+	void SetOutput(std::string const& inOutput) { mOptions.mOutput = inOutput; }
 	TimelineRender const& GetTimeline() const { return mTimeline; }
 
 private:

@@ -160,7 +160,7 @@ OutputContainer RenderOptions::ChooseContainer() const
 	if (!container)
 	{
 		Refuse("cannot choose a format from the name " + QuotePath(mOutput) +
-			   "; end it in .wav, .aiff, .flac or .caf, or use --format");
+			   "; end it in .wav, .aiff, .flac or .caf, or " + (mJoined ? "plan with" : "use") + " --format");
 	}
 	return *container;
 }

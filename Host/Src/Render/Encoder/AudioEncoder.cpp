@@ -123,6 +123,11 @@ void AddBroadcastExtension(SNDFILE* ioFile, std::int64_t inTimeReference)
 
 } // namespace
 
+void CheckFormat(std::filesystem::path const& inPath, EncoderFormat const& inFormat)
+{
+	MakeFormat(inPath, inFormat);
+}
+
 FramePlaces FindFramePlaces(EncoderFormat const& inFormat)
 {
 	if (!IsSoundField(inFormat.mLayout) || inFormat.mFormat.mContainer != OutputContainer::kWav)

@@ -60,6 +60,9 @@ struct FramePlaces
 
 FramePlaces FindFramePlaces(EncoderFormat const& inFormat);
 
+// Throws a HostError, which calls the target inPath, for what no file of the format's kind can hold.
+void CheckFormat(std::filesystem::path const& inPath, EncoderFormat const& inFormat);
+
 // Makes a sound file of samples, as AudioFileWriter says.
 class AudioEncoder
 {

@@ -1,5 +1,6 @@
 #include "SonaroHost/Render/TimelineRenderJob.h"
 
+#include "Render/Encoder/AudioEncoder.h"
 #include "Render/Farm/PieceSet.h"
 #include "Render/RenderJob.h"
 #include "SonaroHost/Base/HostError.h"
@@ -188,6 +189,12 @@ void TimelineRenderJob::CheckFiles() const
 		if (!planned.mFile.mPath.empty())
 		{
 			plan.mFiles.push_back(planned.mFile.mPath);
+			EncoderFormat encoded;
+			encoded.mFormat = mFormat;
+			encoded.mSampleRate = GetSampleRate();
+			encoded.mLayout = mSequence.mLayout;
+			encoded.mFrames = planned.mFile.mRange.mFrames;
+			CheckFormat(planned.mFile.mPath, encoded);
 		}
 	}
 	plan.mFolder = mRequest.mStems != Stems::kNone ? mRequest.mOutput : std::filesystem::path();
