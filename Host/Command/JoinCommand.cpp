@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -67,13 +68,7 @@ public:
 			Refuse("--report: the pieces of " + QuotePath(mPlan) +
 				   " do not carry the levels of tracks; plan with --track-levels, or leave the report out");
 		}
-		std::filesystem::path const folder = std::filesystem::path(mPlan).parent_path();
-		std::vector<std::filesystem::path> paths(mPieces.begin(), mPieces.end());
-		if (paths.empty())
-		{
-			paths.push_back(folder.empty() ? std::filesystem::path(".") : folder);
-		}
-		joined->mPieces = Otio::OpenPieces(joined->mPlan, paths);
+		joined->mPieces = Otio::OpenPieces(joined->mPlan, ListPlacesOfPieces());
 		joined->mFiles = Otio::ListPieceFiles(*joined->mPieces);
 		joined->mFiles.emplace_back(mPlan);
 		std::vector<std::string> arguments = ListRenderArguments(joined->mPlan);
@@ -95,6 +90,26 @@ public:
 	std::string DescribeInputs() const override { return "join accepts plans of sonaro plan"; }
 
 private:
+	std::vector<std::filesystem::path> ListPlacesOfPieces() const
+	{
+		std::vector<std::filesystem::path> paths(mPieces.begin(), mPieces.end());
+		for (std::filesystem::path const& path : paths)
+		{
+			std::error_code error;
+			if (!std::filesystem::exists(path, error))
+			{
+				Refuse("--pieces-in: " + QuotePath(path) +
+					   " does not exist; give folders with pieces, or their files");
+			}
+		}
+		if (paths.empty())
+		{
+			std::filesystem::path const folder = std::filesystem::path(mPlan).parent_path();
+			paths.push_back(folder.empty() ? std::filesystem::path(".") : folder);
+		}
+		return paths;
+	}
+
 	// Those of the render that would write the same.
 	std::vector<std::string> ListRenderArguments(FarmPlan const& inPlan) const
 	{

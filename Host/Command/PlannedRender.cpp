@@ -59,7 +59,7 @@ std::pair<std::string, std::size_t> SplitPiece(std::string const& inPiece)
 	char const* const end = inPiece.data() + inPiece.size();
 	char const* const digits = mark == std::string::npos ? end : inPiece.data() + mark + 1;
 	auto const [rest, error] = std::from_chars(digits, end, number);
-	if (digits == end || rest != end || error != std::errc())
+	if (mark == 0 || digits == end || rest != end || error != std::errc())
 	{
 		Refuse("--piece: " + QuotePath(inPiece) +
 			   " does not name a piece; give the plan and a number from 1 on, like plan.json#17");

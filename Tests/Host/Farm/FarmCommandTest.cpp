@@ -308,6 +308,8 @@ TEST_F(FarmCommand, NoOutputReplacesThePlanOrAPiece)
 TEST_F(FarmCommand, WhatCannotBePlannedIsRefused)
 {
 	Plan(2);
+	RenderPieces();
+	Write("old.wav", "old");
 	ExpectRefusals({
 		{2, {"plan", "edit.otio", "--pieces", "2", "-o", "x.json", "--stems", "track"},
 			{"--stems", "one file"}},
@@ -315,6 +317,22 @@ TEST_F(FarmCommand, WhatCannotBePlannedIsRefused)
 			{"--tail auto", "time"}},
 		{2, {"plan", "tone.wav", "--pieces", "2", "-o", "x.json"}, {"tone.wav", "is no timeline"}},
 		{2, {"plan", "edit.otio", "--pieces", "2", "-o", "tone.wav"}, {"tone.wav"}},
+		{2, {"plan", "edit.otio", "--pieces", "2", "-o", "x.json", "--join-output", "x.xyz"},
+			{"x.xyz", "use --format"}},
+		{2, {"plan", "edit.otio", "--pieces", "2", "-o", "x.json", "--join-output", "tone.wav"},
+			{"tone.wav", "media file"}},
+		{2,
+			{"plan", "edit.otio", "--pieces", "2", "-o", "x.json", "--join-output", "x.flac", "--bits",
+				"32f"},
+			{"x.flac", "FLAC cannot hold floats"}},
+		{1,
+			{"plan", "edit.otio", "--pieces", "2", "-o", "x.json", "--join-output", "old.wav",
+				"--no-overwrite"},
+			{"old.wav", "already exists"}},
+		{2, {"join", "plan.json", "-o", "x.xyz", "--pieces-in", "pieces"}, {"x.xyz", "plan with --format"}},
+		{2, {"join", "plan.json", "-o", "x.wav", "--pieces-in", "nowhere"}, {"'nowhere' does not exist"}},
+		{2, {"render", "--piece", "#1", "-o", "x.wav"}, {"plan.json#17"}},
+		{1, {"render", "--piece", ".#1", "-o", "x.wav"}, {"'.'", "sonaro plan wrote"}},
 		{2, {"render", "--piece", "plan.json#3", "-o", "x.wav"}, {"no piece 3", "1 to 2"}},
 		{2, {"render", "--piece", "plan.json#0", "-o", "x.wav"}, {"no piece 0"}},
 		{2, {"render", "--piece", "plan.json", "-o", "x.wav"}, {"plan.json#17"}},

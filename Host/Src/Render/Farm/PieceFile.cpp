@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <string>
@@ -144,6 +145,10 @@ private:
 std::optional<PieceFile> PieceFile::Open(std::filesystem::path const& inPath)
 {
 	std::ifstream file(inPath, std::ios::binary);
+	if (!file.is_open())
+	{
+		RefuseFile(inPath, "cannot be read: " + std::generic_category().message(errno));
+	}
 	std::array<char, kHeaderBytes> header{};
 	bool const isPiece = file.read(header.data(), kHeaderBytes) &&
 						 std::memcmp(header.data(), "RF64", 4) == 0 &&
