@@ -281,6 +281,14 @@ TEST_F(FarmCommand, MissingAndDamagedPiecesAreNamed)
 	EXPECT_FALSE(std::filesystem::exists(mFolder / "x.wav"));
 	Write("more/c.wav", piece);
 	Do(Join(join, {"more"}));
+	// A copy whose samples are damaged stands in the way of none that is not, whichever is found first.
+	std::string damaged = piece;
+	damaged[piece.size() / 10] ^= 4;
+	Write("more/0.wav", damaged);
+	Write("more/d.wav", damaged);
+	std::filesystem::remove(mFolder / "pieces/2.wav");
+	std::filesystem::remove(mFolder / "x.wav");
+	Do(Join(join, {"more"}));
 }
 
 // By their names, by links, as the report as well, and where a piece is there twice.

@@ -144,6 +144,7 @@ private:
 
 std::optional<PieceFile> PieceFile::Open(std::filesystem::path const& inPath)
 {
+	errno = 0;
 	std::ifstream file(inPath, std::ios::binary);
 	if (!file.is_open())
 	{
@@ -206,6 +207,23 @@ std::vector<char> PieceFile::ReadBytes(
 		RefuseDamage(mPath, "damaged");
 	}
 	return bytes;
+}
+
+bool PieceFile::IsUndamaged() const
+try
+{
+	std::int64_t const frameBytes = std::int64_t{mFacts.mChannels} * static_cast<std::int64_t>(sizeof(float));
+	for (std::size_t i = 0; i < mFacts.mSegments.size(); ++i)
+	{
+		PieceFacts::Segment const& segment = mFacts.mSegments[i];
+		ReadBytes(mSamplesStarts[i], segment.mFrames * frameBytes, segment.mDigest);
+		ReadBytes(mHeardStarts[i], segment.mHeardBytes, segment.mHeardDigest);
+	}
+	return true;
+}
+catch (HostError const&)
+{
+	return false;
 }
 
 void PieceFile::Read(std::size_t inSegment, std::vector<std::size_t> const& inTaps, Piece& outPiece) const

@@ -24,6 +24,8 @@ public:
 	std::filesystem::path const& GetPath() const { return mPath; }
 	PieceFacts const& GetFacts() const { return mFacts; }
 
+	// Whether all of its samples and records are as they were written. Reads them.
+	bool IsUndamaged() const;
 	// Reads a segment into a piece that was cleared. inTaps: which tap of the piece each of the file's is; empty for none
 	// at all. Throws a HostError that names the file where it is damaged.
 	void Read(std::size_t inSegment, std::vector<std::size_t> const& inTaps, Piece& outPiece) const;

@@ -83,7 +83,7 @@ public:
 			if (file && file->GetFacts().mPlan == mIdentity)
 			{
 				mPaths.push_back(inPath);
-				mFound.emplace(file->GetFacts().mNumber, *file);
+				Keep(*file);
 			}
 			else if (file || inIsNamed)
 			{
@@ -119,6 +119,16 @@ public:
 	}
 
 private:
+	// Of several files of one piece the first that is undamaged counts. Damage of samples shows only when they are read.
+	void Keep(PieceFile const& inFile)
+	{
+		auto const [known, isNew] = mFound.try_emplace(inFile.GetFacts().mNumber, inFile);
+		if (!isNew && !known->second.IsUndamaged())
+		{
+			known->second = inFile;
+		}
+	}
+
 	void Note(std::string const& inText)
 	{
 		++mNumNotes;

@@ -20,7 +20,7 @@ class PieceSet
 {
 public:
 	// inPaths: files, and folders in which all files are looked at. What belongs to another plan is left alone; of several
-	// files of one piece the first that is whole counts. Throws a HostError that names pieces that are missing, and files
+	// files of one piece the first that is undamaged counts. Throws a HostError that names pieces that are missing, and files
 	// that are damaged or of other plans.
 	PieceSet(FarmPlan const& inPlan, std::vector<std::filesystem::path> const& inPaths);
 
