@@ -105,7 +105,8 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(
 			AudioFileInfo const info = InspectAudioFile(inPath, inStream);
 			file.mInfo = info;
 			file.mInfo.mPath = inShownPath;
-			file.mMedia = MakeMedia(info);
+			constexpr bool kIsDenoised = false;
+			file.mMedia = MakeMedia(info, kIsDenoised);
 		}
 		catch (SilentMovieError const& error)
 		{
@@ -128,12 +129,14 @@ std::shared_ptr<Sequence::Media const> FileMedia::Get(
 	return file.mMedia;
 }
 
-std::shared_ptr<Sequence::Media const> FileMedia::MakeMedia(AudioFileInfo const& inInfo) const
+std::shared_ptr<Sequence::Media const> FileMedia::MakeMedia(
+	AudioFileInfo const& inInfo, bool inIsDenoised) const
 {
 	return std::make_shared<Sequence::Media>(Sequence::Media{inInfo.mPath.filename().string(),
 		static_cast<double>(inInfo.mSampleRate), inInfo.mFrames, inInfo.mLayout,
 		[sources = mSources, info = inInfo](SN::FrameRate const& inCountingRate)
-		{ return sources->Open(info, inCountingRate); }});
+		{ return sources->Open(info, inCountingRate); },
+		true, inIsDenoised});
 }
 
 std::shared_ptr<Sequence::Media const> FileMedia::GetDenoised(Key const& inFile, Denoise const& inDenoise)
@@ -144,7 +147,8 @@ std::shared_ptr<Sequence::Media const> FileMedia::GetDenoised(Key const& inFile,
 	{
 		denoised.mInfo = MakeDenoised(file.mInfo, inDenoise);
 		denoised.mInfo.mPath = inFile.first;
-		denoised.mMedia = MakeMedia(denoised.mInfo);
+		constexpr bool kIsDenoised = true;
+		denoised.mMedia = MakeMedia(denoised.mInfo, kIsDenoised);
 	}
 	return denoised.mMedia;
 }
@@ -182,7 +186,7 @@ std::shared_ptr<Sequence::Media const> FileMedia::GetStretched(Key const& inFile
 				}
 				return sources->Open(MakeStretched(std::move(region), stretch), inCountingRate);
 			},
-			false});
+			false, inDenoise.has_value()});
 	}
 	return place->second;
 }

@@ -108,6 +108,20 @@ TEST(CostProfile, NestedSequencesCostWhatTheyHold)
 	EXPECT_LT(seconds, 80.0);
 }
 
+TEST(CostProfile, NoiseReductionIsCounted)
+{
+	auto const getCost = [](bool inIsDenoised)
+	{
+		auto const description = MakeDense(1);
+		auto& clip = std::get<Sequence::Clip>(description->mTracks[0].mItems[0].mContent);
+		auto media = std::make_shared<Sequence::Media>(*clip.mMedia);
+		media->mIsDenoised = inIsDenoised;
+		clip.mMedia = media;
+		return Cut(description, 1)[0].mCost;
+	};
+	EXPECT_GT(getCost(true), 5.0 * getCost(false));
+}
+
 } // namespace
 
 } // namespace SonaroHost::Testing::CostProfileTest

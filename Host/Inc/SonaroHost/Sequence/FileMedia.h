@@ -99,7 +99,7 @@ private:
 	class OpenSources;
 	class GroupedMedia;
 
-	std::shared_ptr<Sequence::Media const> MakeMedia(AudioFileInfo const& inInfo) const;
+	std::shared_ptr<Sequence::Media const> MakeMedia(AudioFileInfo const& inInfo, bool inIsDenoised) const;
 	std::vector<AudioFileInfo const*> ListDenoised() const;
 	std::vector<DamagedMedia> ListDamaged(
 		std::function<std::vector<MediaDamage::Stretch>(AudioFileInfo const&)> const& inFind) const;

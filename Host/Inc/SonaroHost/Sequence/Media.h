@@ -27,6 +27,8 @@ struct Media
 	// Whether its samples are those of the file at the same places, rather than at other ones, as of a stretched recording, or
 	// of no file. Messages then name places in it, and plans of pieces count what has to be made as more costly.
 	bool mIsFile = true;
+	// Whether its noise is reduced while it is read.
+	bool mIsDenoised = false;
 };
 
 } // namespace SonaroHost::Sequence

@@ -12,6 +12,8 @@ namespace
 
 constexpr double kResampling = 6.0;
 constexpr double kPreparing = 40.0;
+// Measured beside resampling; it is more where several tracks read one file at different places.
+constexpr double kDenoising = 25.0;
 constexpr double kEffect = 5.0;
 constexpr double kStage = 0.2;
 constexpr double kTrack = 0.1;
@@ -104,7 +106,8 @@ double CostProfile::GetClipCost(Sequence::Clip const& inClip, Sequence::Item con
 	double const rate = inClip.mMedia->mSampleRate * GetSpeed(inItem) / mSampleRate;
 	bool const isResampled = IsResampled(inItem) || inClip.mMedia->mSampleRate != mSampleRate;
 	return channels *
-		   (rate + (isResampled ? kResampling : 0.0) + (inClip.mMedia->mIsFile ? 0.0 : kPreparing));
+		   (rate + (isResampled ? kResampling : 0.0) + (inClip.mMedia->mIsFile ? 0.0 : kPreparing) +
+			   (inClip.mMedia->mIsDenoised ? kDenoising * rate : 0.0));
 }
 
 // A sequence that is heard backwards costs what it costs forwards, from the same time on.
