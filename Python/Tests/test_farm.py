@@ -2,7 +2,9 @@
 import csv
 import json
 import os
+import shutil
 import signal
+import time
 
 import pytest
 import sonaro
@@ -71,10 +73,69 @@ def test_all_of_a_folder_come_in_one_table(client, media, tmp_path):
     assert sorted(path.name for path in (tmp_path / "mixes").iterdir()) == ["edit1.flac", "edit2.flac"]
 
 
-def test_errors_and_options_are_those_of_the_command(client, media, tmp_path):
+def test_errors_come_before_the_work_and_leave_nothing(client, media, tmp_path):
     edit = write(media, "error.otio", timeline([track("a", [clip("c", "b.wav", 0, 500)])]))
-    with pytest.raises(sonaro.UsageError, match="--stems cannot be planned"):
-        farm.render(edit, tmp_path / "x.wav", client, retries=0, stems="track")
+    (tmp_path / "old.wav").write_bytes(b"old")
+    begun = []
+    for kind, text, output, options in [
+            (sonaro.UsageError, "--stems", "x.wav", {"stems": "track"}),
+            (sonaro.UsageError, "'pieces'|pieces: 0", "x.wav", {"pieces": 0}),
+            (sonaro.UsageError, "'cancel'", "x.wav", {"cancel": sonaro.Cancel()}),
+            (sonaro.UsageError, "is the input itself", edit, {"format": "wav"}),
+            (sonaro.UsageError, "media file", media / "b.wav", {}),
+            (sonaro.UsageError, "x.xyz", "x.xyz", {}),
+            (sonaro.UsageError, "floats", "x.flac", {"bits": "32f"}),
+            (sonaro.OutputError, "already exists", "old.wav", {"no_overwrite": True}),
+            (sonaro.OutputError, "create it first", "none/x.wav", {})]:
+        with pytest.raises(kind, match=text):
+            farm.render(edit, tmp_path / output, client, progress=lambda *done: begun.append(done), **options)
     with pytest.raises(sonaro.InputError, match="none.otio"):
-        farm.render(media / "none.otio", tmp_path / "x.wav", client, retries=0)
-    assert not list(tmp_path.iterdir())
+        farm.render(media / "none.otio", tmp_path / "x.wav", client)
+    assert [path.name for path in tmp_path.iterdir()] == ["old.wav"] and not begun
+    assert (tmp_path / "old.wav").read_bytes() == b"old"
+
+
+def test_folders_of_pieces_go_and_warnings_come_here(client, media, tmp_path):
+    clips = [clip("c", "b.wav", 0, 500), clip("d", "no.wav", 0, 500)]
+    edit = write(media, "lack.otio", timeline([track("a", clips)]))
+    with pytest.warns(sonaro.SonaroWarning, match="no.wav") as warned:
+        report = farm.render(edit, tmp_path / "x.wav", client, pieces=2, folder=tmp_path / "new" / "deep")
+    assert len(warned) == 1 and len(report["missing"]) == 1
+    assert [path.name for path in tmp_path.iterdir()] == ["x.wav"]
+
+
+def test_what_ends_the_call_ends_the_work(client, media, tmp_path):
+    for number in range(40):
+        write(tmp_path, f"edit{number}.otio", timeline([track("a", [clip("c", "c.wav", 0, 2900)] * 20)]))
+
+    def stop(*_):
+        raise KeyboardInterrupt
+    with pytest.raises(KeyboardInterrupt):
+        farm.render_all(tmp_path, client, tmp_path / "mixes", media=[media], progress=stop)
+    deadline = time.monotonic() + 60
+    while any(client.processing().values()) and time.monotonic() < deadline:
+        time.sleep(0.1)
+    time.sleep(0.3)
+    assert len(list((tmp_path / "mixes").glob("*.wav"))) < 20
+
+
+def test_no_output_of_a_folder_replaces_what_another_timeline_reads(client, media, tmp_path):
+    write(tmp_path, "scene.otio", timeline([track("a", [clip("c", str(media / "b.wav"), 0, 500)])]))
+    write(tmp_path, "uses.otio", timeline([track("a", [clip("c", "scene.wav", 0, 500)])]))
+    shutil.copy(media / "b.wav", tmp_path / "scene.wav")
+    before = (tmp_path / "scene.wav").read_bytes()
+    with pytest.raises(sonaro.UsageError, match="scene.wav.*uses.otio"):
+        farm.render_all(tmp_path, client)
+    with pytest.raises(sonaro.UsageError, match="uses.otio"):
+        farm.render_all(tmp_path, client, tmp_path / "mixes", table=tmp_path / "uses.otio")
+    assert (tmp_path / "scene.wav").read_bytes() == before
+    for kind, folder, options in [
+            (sonaro.InputError, tmp_path / "none", {}),
+            (sonaro.OutputError, tmp_path, {"output": tmp_path / "scene.wav"}),
+            (sonaro.OutputError, tmp_path, {"output": tmp_path / "mixes", "table": tmp_path / "none" / "x.csv"}),
+            (sonaro.UsageError, tmp_path, {"output": tmp_path / "mixes", "nonsense": 3}),
+            (sonaro.UsageError, tmp_path, {"output": tmp_path / "mixes", "normalize": 5}),
+            (sonaro.UsageError, tmp_path, {"output": tmp_path / "mixes", "report": "r.json"})]:
+        with pytest.raises(kind):
+            farm.render_all(folder, client, **options)
+    assert not list((tmp_path / "mixes").iterdir())

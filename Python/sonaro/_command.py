@@ -20,8 +20,11 @@ def _take(entry, base, texts, opened):
     return take_input(entry, base, texts)
 
 
-def run(command, inputs, options, *, base=None, progress=None, cancel=None):
-    """Runs a command that prints JSON. Returns that, parsed, and the messages of errors that did not end it."""
+def run(command, inputs, options, *, base=None, progress=None, cancel=None, warn=None):
+    """Runs a command that prints JSON. Returns that, parsed, and the messages of errors that did not end it.
+
+    warn  called with the text of each warning in place of a SonaroWarning
+    """
     if not inputs:
         raise UsageError(f"{command}: there is no input; give one")
     if len(inputs) > 1 and any(isinstance(entry, Sequence) for entry in inputs):
@@ -39,6 +42,9 @@ def run(command, inputs, options, *, base=None, progress=None, cancel=None):
         _, output, errors, notes, error = _sonaro.run(arguments, texts, programmes, cancel or _sonaro.Cancel(), progress)
     report = json.loads(output) if output else None
     for note in notes:
+        if warn is not None:
+            warn(note.decode("utf-8", "replace"))
+            continue
         try:
             # The caller of render and its like.
             warnings.warn(note.decode("utf-8", "replace"), SonaroWarning, stacklevel=3)
