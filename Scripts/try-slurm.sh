@@ -98,6 +98,21 @@ if SONARO=$work/failing Examples/Cluster/slurm-farm.sh "$edit" "$work/again.wav"
 	exit 1
 fi
 grep -q "piece 3 of 6 is missing" "$work/errors"
+# Another piece is damaged meanwhile: the join names it, and the next run renders it again.
+printf x | dd of="$work/again.wav.pieces/piece1.wav" bs=1 seek=20000 conv=notrunc status=none
+if SONARO=$program Examples/Cluster/slurm-farm.sh "$edit" "$work/again.wav" 6 "${options[@]}" 2> "$work/errors"; then
+	echo "a damaged piece went unnoticed" >&2
+	exit 1
+fi
+grep -q "piece1.wav': is a piece that is damaged" "$work/errors"
 SONARO=$program Examples/Cluster/slurm-farm.sh "$edit" "$work/again.wav" 6 "${options[@]}"
 cmp "$work/one.wav" "$work/again.wav"
-echo "an array job of 6 pieces and their join gave the bytes of one render in $seconds s; so did one after a lost piece, which was named"
+
+# Missing media are silent, and the exit code says so.
+sed 's/"target_url": "[^"]*"/"target_url": "nowhere.wav"/2' "$edit" > "$work/media/lacking.otio"
+code=0
+SONARO=$program Examples/Cluster/slurm-farm.sh "$work/media/lacking.otio" "$work/lacking.wav" 2 || code=$?
+[ "$code" = 3 ]
+[ -e "$work/lacking.wav" ]
+[ ! -e "$work/lacking.wav.pieces" ]
+echo "an array job of 6 pieces and their join gave the bytes of one render in $seconds s; so did one after a lost and a damaged piece, which were named"

@@ -9,9 +9,10 @@ Without --scheduler, a cluster of processes on this machine does it, by default 
 import argparse
 import os
 import pathlib
+import sys
 
 from distributed import Client, LocalCluster
-from sonaro import farm
+from sonaro import Error, farm
 
 
 def show(done, total, row=None):
@@ -36,8 +37,13 @@ def main():
                 print(f"{row['status']:8} {row['output']}  {row['error'] or row['loudness']}")
         else:
             report = farm.render(arguments.input, arguments.output, client, progress=show, **options)
-            print(f"{report['outputs'][0]['path']}: {report['outputs'][0]['integratedLufs']:.1f} LUFS")
+            # Of silence it is the text "-inf".
+            loudness = float(report["outputs"][0]["integratedLufs"])
+            print(f"{report['outputs'][0]['path']}: {loudness:.1f} LUFS")
 
 
 if __name__ == "__main__":
-    main()
+    try:
+        main()
+    except (Error, OSError) as error:
+        sys.exit(f"dask_farm.py: {error}")
