@@ -19,12 +19,12 @@ using Farm::Json;
 using Farm::JsonField;
 
 constexpr char const* kSchema = "sonaro.plan";
-constexpr char const* kWhat = "a plan";
+constexpr char const* kPlanKind = "a plan";
 // One more for any change that a reader would stumble over.
 constexpr int kVersion = 1;
 // Far more than any programme has, and sums of two are still exact.
-constexpr std::int64_t kMostFrames = std::int64_t{1} << 52;
-constexpr std::int64_t kHighestRate = 768000;
+constexpr std::int64_t kMostPlannedFrames = std::int64_t{1} << 52;
+constexpr std::int64_t kHighestPlannedRate = 768000;
 
 Json Describe(FileFingerprint const& inPrint)
 {
@@ -61,7 +61,8 @@ Json Describe(ProgrammeRange const& inRange)
 
 ProgrammeRange ReadRange(JsonField const& inField)
 {
-	return {inField.GetWhole("firstSample", 0, kMostFrames), inField.GetWhole("samples", 1, kMostFrames)};
+	return {inField.GetWhole("firstSample", 0, kMostPlannedFrames),
+		inField.GetWhole("samples", 1, kMostPlannedFrames)};
 }
 
 Json ListPieces(FarmPlan const& inPlan)
@@ -136,7 +137,7 @@ FarmPlan ReadPlan(JsonField const& inField)
 	plan.mTimeline = ReadFingerprint(inField.At("timeline"));
 	ReadOptions(inField.At("options"), plan.mOptions);
 	JsonField const programme = inField.At("programme");
-	plan.mSampleRate = static_cast<int>(programme.GetWhole("rate", 1, kHighestRate));
+	plan.mSampleRate = static_cast<int>(programme.GetWhole("rate", 1, kHighestPlannedRate));
 	plan.mChannels = static_cast<unsigned>(programme.GetWhole("channels", 1, kMaxChannels));
 	plan.mBlockFrames = static_cast<unsigned>(programme.GetWhole("block", 1, kMaxBlockFrames));
 	plan.mHasTracks = programme.Get<bool>("tracks");
@@ -184,14 +185,14 @@ FarmPlan ReadFarmPlan(std::filesystem::path const& inPath)
 	{
 		RefuseFile(inPath, "is not a plan", "give the file that sonaro plan wrote");
 	}
-	FarmPlan plan = ReadPlan({inPath, kWhat, json});
+	FarmPlan plan = ReadPlan({inPath, kPlanKind, json});
 	plan.mPath = inPath;
 	return plan;
 }
 
 void RefusePlan(FarmPlan const& inPlan, std::string const& inPlace, std::string const& inReason)
 {
-	JsonField(inPlan.mPath, kWhat, Json()).Refuse(inPlace, inReason);
+	JsonField(inPlan.mPath, kPlanKind, Json()).Refuse(inPlace, inReason);
 }
 
 std::string GetIdentity(FarmPlan const& inPlan)
