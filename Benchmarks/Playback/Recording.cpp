@@ -54,6 +54,11 @@ float GetGainOfStop(std::int64_t inStep)
 	return static_cast<float>(kFade - inStep) / static_cast<float>(kFade + 1);
 }
 
+float GetGainOfMiss(std::int64_t inStep)
+{
+	return 1.0f - static_cast<float>(std::min(inStep, kFade)) / static_cast<float>(kFade);
+}
+
 // Whether the frames from there on are those of the walk, fading out to a stop.
 bool FadesOut(Frames const& inHeard, std::size_t inFrom, Walk inWalk)
 {
@@ -68,17 +73,21 @@ bool FadesOut(Frames const& inHeard, std::size_t inFrom, Walk inWalk)
 	return true;
 }
 
-// Whether the frames from there on are those of the walk, fading in after a miss, until a stop whose fade begins inStop
-// frames later, or earlier below 0, is complete.
-bool FadesIn(Frames const& inHeard, std::size_t inFrom, Walk inWalk, std::int64_t inStop)
+// Whether the frames from there on are those of the walk, fading in after a miss from inMissed on, whose own fade may go
+// on meanwhile, until a stop whose fade begins inStop frames later, or earlier below 0, is complete.
+bool FadesIn(
+	Frames const& inHeard, std::size_t inMissed, std::size_t inFrom, Walk inWalk, std::int64_t inStop)
 {
+	Frame const last = inMissed > 0 ? inHeard[inMissed - 1] : Frame{};
+	auto const faded = static_cast<std::int64_t>(inFrom - inMissed);
 	std::int64_t const end = std::min(kFade, inStop + kFade);
 	for (std::int64_t i = 0; i < end; ++i, inWalk.Step())
 	{
 		std::size_t const at = inFrom + static_cast<std::size_t>(i);
 		Frame const stopped = inWalk.Get() * (i < inStop ? 1.0f : GetGainOfStop(i - inStop));
-		if (at >= inHeard.size() ||
-			!(inHeard[at] == stopped * (static_cast<float>(i) / static_cast<float>(kFade))))
+		Frame const joined = stopped * (static_cast<float>(i) / static_cast<float>(kFade)) +
+							 last * GetGainOfMiss(faded + i + 1);
+		if (at >= inHeard.size() || !(inHeard[at] == joined))
 		{
 			return false;
 		}
@@ -92,7 +101,7 @@ bool PassMiss(Frames const& inHeard, std::size_t& ioAt, Walk& ioWalk, Comparison
 	constexpr std::size_t kLongest = 480000;
 	std::size_t const end = std::min(inHeard.size(), ioAt + kLongest);
 	std::size_t from = ioAt;
-	while (from < end && !FadesIn(inHeard, from, ioWalk, kFade))
+	while (from < end && !FadesIn(inHeard, ioAt, from, ioWalk, kFade))
 	{
 		++from;
 	}
@@ -116,9 +125,15 @@ bool PassMissAtStop(Frames const& inHeard, std::size_t& ioAt, Walk const& inWalk
 	{
 		for (std::int64_t stop = kFade - 1; stop > -kFade; --stop)
 		{
+			// So much of the stop's fade was heard before the miss.
+			auto const before = static_cast<std::size_t>(std::max<std::int64_t>(-stop, 0));
+			if (from < ioAt + before)
+			{
+				continue;
+			}
 			Walk walk = inWalk;
-			walk.Step(std::max<std::int64_t>(-stop, 0));
-			if (inHeard[from].IsSilent() && FadesIn(inHeard, from, walk, stop))
+			walk.Step(static_cast<std::int64_t>(before));
+			if (FadesIn(inHeard, ioAt + before, from, walk, stop))
 			{
 				auto const faded = static_cast<std::size_t>(std::min(kFade, stop + kFade));
 				ioResult.mSilent += static_cast<std::int64_t>(from - ioAt);

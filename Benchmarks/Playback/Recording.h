@@ -21,6 +21,7 @@ struct Frame
 	bool operator==(Frame const&) const = default;
 	bool IsSilent() const { return *this == Frame{}; }
 	Frame operator*(float inGain) const { return {mLeft * inGain, mRight * inGain}; }
+	Frame operator+(Frame const& inOther) const { return {mLeft + inOther.mLeft, mRight + inOther.mRight}; }
 };
 using Frames = std::vector<Frame>;
 

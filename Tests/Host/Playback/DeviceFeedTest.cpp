@@ -67,7 +67,8 @@ TEST(DeviceFeed, AnEndAfterAMissIsAsExactAsWithoutOne)
 	EXPECT_THAT(device.Fill(), ElementsAre(1.0f, 1.0f, 1.0f, 0.75f));
 	device.mFeed.CloseAt(13);
 	device.Write(6, 1.0f);
-	EXPECT_THAT(device.Fill(), ElementsAre(0.0f, 0.25f, 0.5f, 0.75f));
+	// What fades in joins what still fades out.
+	EXPECT_THAT(device.Fill(), ElementsAre(0.5f, 0.5f, 0.5f, 0.75f));
 	EXPECT_THAT(device.Fill(), ElementsAre(1.0f, 1.0f, 0.0f, 0.0f));
 	device.Write(4, 1.0f);
 	device.mFeed.Open();

@@ -31,6 +31,7 @@ DeviceFeed::DeviceFeed(DeviceFormat const& inFormat, std::int64_t inFrames, Wake
 	  mWakes(inWakes),
 	  mFadeFrames(static_cast<unsigned>(std::max(inFormat.mSampleRate / kMissFadesPerSecond, 1))),
 	  mLast(inFormat.mChannels),
+	  mFading(inFormat.mChannels),
 	  mFadedOut(mFadeFrames),
 	  mFadedIn(mFadeFrames)
 {
@@ -42,19 +43,16 @@ void DeviceFeed::Fill(float* outSamples, unsigned inFrames)
 	bool const isEnough = supply.mIsClosed || supply.mFrames >= inFrames;
 	// After a miss it waits for a whole block, so that it does not stutter.
 	std::int64_t const heard = mIsMissing && !isEnough ? 0 : std::min<std::int64_t>(supply.mFrames, inFrames);
-	if (!mIsMissing && !isEnough)
-	{
-		mFadedOut = 0;
-	}
-	else if (isEnough && heard > 0)
-	{
-		// A miss is over, and with it its fade.
-		mFadedOut = mFadeFrames;
-		mFadedIn = mIsMissing ? 0 : mFadedIn;
-	}
+	bool const isMissBegun = !mIsMissing && !isEnough;
+	mFadedIn = mIsMissing && heard > 0 ? 0 : mFadedIn;
 	mIsMissing = !isEnough;
 	auto const count = static_cast<unsigned>(heard);
 	FillHeard(outSamples, count);
+	if (isMissBegun)
+	{
+		mFadedOut = 0;
+		std::ranges::copy(mLast, mFading.begin());
+	}
 	FillMissed(outSamples + static_cast<std::size_t>(count) * mRing.GetChannels(), inFrames - count);
 	if (supply.mIsClosed && heard == supply.mFrames)
 	{
@@ -93,19 +91,27 @@ void DeviceFeed::FillHeard(float* outSamples, unsigned inFrames)
 	unsigned const fading = std::min(inFrames, mFadeFrames - mFadedIn);
 	Ramp(outSamples, mLast.size(), fading, mFadedIn, mFadeFrames);
 	mFadedIn += fading;
+	// A short miss may be over before its fade is.
+	AddFading(outSamples, std::min(inFrames, mFadeFrames - mFadedOut));
 	KeepLast(outSamples, inFrames);
 }
 
 void DeviceFeed::FillMissed(float* outSamples, unsigned inFrames)
 {
-	std::size_t const channels = mLast.size();
+	std::fill_n(outSamples, inFrames * mLast.size(), 0.0f);
+	AddFading(outSamples, std::min(inFrames, mFadeFrames - mFadedOut));
+}
+
+void DeviceFeed::AddFading(float* ioSamples, unsigned inFrames)
+{
+	std::size_t const channels = mFading.size();
 	for (unsigned i = 0; i < inFrames; ++i)
 	{
-		mFadedOut = std::min(mFadedOut + 1, mFadeFrames);
+		++mFadedOut;
 		float const gain = 1.0f - static_cast<float>(mFadedOut) / static_cast<float>(mFadeFrames);
 		for (std::size_t channel = 0; channel < channels; ++channel)
 		{
-			outSamples[i * channels + channel] = mLast[channel] * gain;
+			ioSamples[i * channels + channel] += mFading[channel] * gain;
 		}
 	}
 }

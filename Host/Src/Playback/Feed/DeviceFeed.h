@@ -17,7 +17,8 @@ namespace SonaroHost::Playback
 // Gate     Frames from the gate's place on are not heard, however many there are: so the ring is filled before it is
 //          opened, and what is missing there is no miss.
 // Misses   Where frames should be heard that are not there yet, the last one fades to silence over 2 ms. They are heard
-//          late, once a whole block of them is there, fading in over 2 ms. A device block with silence is one miss.
+//          late, once a whole block of them is there, fading in over 2 ms; after a miss of less than 2 ms, the fades cross.
+//          A device block with silence is one miss.
 //
 // Step  Who       What                                                   Order
 // G1    device    loads the gate                                         acquire
@@ -72,9 +73,11 @@ private:
 	};
 
 	Supply FindSupply() const;
-	// So many frames of the ring, fading in while fresh from a miss.
+	// So many frames of the ring, fading in while fresh from a miss, whose own fade goes on meanwhile.
 	void FillHeard(float* outSamples, unsigned inFrames);
 	void FillMissed(float* outSamples, unsigned inFrames);
+	// Adds so many frames of what fades out for a miss.
+	void AddFading(float* ioSamples, unsigned inFrames);
 	void KeepLast(float const* inSamples, unsigned inFrames);
 
 	SampleRing mRing;
@@ -86,9 +89,10 @@ private:
 	std::atomic<std::uint64_t> mMisses{0};
 	std::atomic<std::uint64_t> mMissedFrames{0};
 	std::atomic<std::int64_t> mIdle{0};
-	// The device thread's: the last frame that was heard, how far it has faded out, and how far what comes after a miss
-	// has faded in.
+	// The device thread's: the last frame that was heard, the one that fades out for a miss, how far it has done so, and how
+	// far what comes after the miss has faded in.
 	std::vector<float> mLast;
+	std::vector<float> mFading;
 	unsigned mFadedOut = 0;
 	unsigned mFadedIn = 0;
 	bool mIsMissing = false;
