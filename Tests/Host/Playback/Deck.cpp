@@ -31,7 +31,9 @@ public:
 } // namespace
 
 Deck::Deck(Programme const& inProgramme)
-	: mPlayback(inProgramme, mDevice, {.mAheadSeconds = 0.005, .mDeviceBlockFrames = 128})
+	// A real-time thread comes before the one that asks for blocks, so that hardly anything would be late.
+	: mPlayback(
+		  inProgramme, mDevice, {.mAheadSeconds = 0.005, .mDeviceBlockFrames = 128, .mIsRealtime = false})
 {
 }
 
