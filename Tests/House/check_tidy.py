@@ -24,12 +24,13 @@ def list_commands(root, build):
 
 
 def join_groups(commands, folder):
-    """One command for all groups of a target; other sources keep their own."""
-    groups = {}
+    """One command for up to five groups of a target, so that no processor waits for the largest; other sources keep their own."""
+    targets = {}
     for command in commands:
         target = os.path.dirname(command["file"]) if "/Unity/" in command["file"] else command["file"]
-        groups.setdefault(target, []).append(command)
-    for number, joined in enumerate(groups.values()):
+        targets.setdefault(target, []).append(command)
+    groups = [target[first:first + 5] for target in targets.values() for first in range(0, len(target), 5)]
+    for number, joined in enumerate(groups):
         command = dict(joined[0])
         if len(joined) > 1:
             file = os.path.join(folder, f"target_{number}.cxx")
