@@ -169,9 +169,7 @@ PlaybackState RenderThread::GetState() const
 	// The order is that of Post and Work: a command that is not done yet is seen as such.
 	std::uint64_t const play = mPlayPosted.load(std::memory_order_acquire);
 	bool const isAskedFor = mDone.load(std::memory_order_acquire) < play;
-	bool const isEndUnheard = mHasEnded.load(std::memory_order_acquire) &&
-							  mFeed.GetRing().CountWritten() > mFeed.GetRing().CountRead();
-	state.mIsPlaying = isAskedFor || isEndUnheard || mIsPlaying.load(std::memory_order_acquire);
+	state.mIsPlaying = isAskedFor || IsEndUnheard() || mIsPlaying.load(std::memory_order_acquire);
 	state.mFrames = mFrames.load(std::memory_order_acquire);
 	state.mFrame = std::clamp<std::int64_t>(FindHeardPlace(), 0, state.mFrames);
 	state.mSpeed = mSpeed.load(std::memory_order_acquire);
@@ -182,6 +180,12 @@ PlaybackState RenderThread::GetState() const
 	state.mLoop = mLoop;
 	state.mFailure = mFailure;
 	return state;
+}
+
+bool RenderThread::IsEndUnheard() const
+{
+	return mHasEnded.load(std::memory_order_acquire) &&
+		   mFeed.GetRing().CountWritten() > mFeed.GetRing().CountRead();
 }
 
 void RenderThread::ClearFailure()
@@ -279,7 +283,8 @@ void RenderThread::StartTakeover()
 
 void RenderThread::CheckDevice()
 {
-	auto const loss = mTransport.IsPlaying() ? mDevice.FindLoss() : std::nullopt;
+	// Nobody would ever hear the end that is in the ring.
+	auto const loss = mTransport.IsPlaying() || IsEndUnheard() ? mDevice.FindLoss() : std::nullopt;
 	if (loss)
 	{
 		Fail(*loss);

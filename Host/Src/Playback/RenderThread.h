@@ -80,6 +80,8 @@ private:
 	// With the lock of what is taken over.
 	void Replace(Programme const& inProgramme);
 	std::int64_t FindHeardPlace() const;
+	// Whether it stopped at the end of the programme, of which the device has yet to take a part.
+	bool IsEndUnheard() const;
 
 	OutputDevice& mDevice;
 	std::shared_ptr<WakeUp> mWakes;

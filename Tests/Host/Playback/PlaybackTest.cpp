@@ -6,6 +6,7 @@
 #include "Host/Sequence/RandomSequence.h"
 #include "Playback/Device/DeviceWatch.h"
 #include "SonaroHost/Media/RateConverter.h"
+#include "SonaroHost/Playback/NullDevice.h"
 #include "Support/Trials.h"
 #include "zorvcore/config/InitializerRegistrar.h"
 
@@ -555,6 +556,22 @@ TEST(Playback, RefusesWhatMakesNoSense)
 	{
 		EXPECT_THAT(GetRefusalOf(test.mAction, HostError::Kind::kRequest), testing::HasSubstr(test.mReason));
 	}
+}
+
+TEST(Playback, ADeviceThatIsLostBeforeTheEndWasHeardEndsIt)
+{
+	NullDevice device(0.0);
+	Playback playback(MakeCountingProgramme(100), device, {.mAheadSeconds = 0.02, .mDeviceBlockFrames = 128});
+	playback.Play();
+	ASSERT_TRUE(playback.WaitUntilFilled(std::chrono::seconds(60)));
+	ASSERT_TRUE(playback.GetState().mIsPlaying);
+	device.Lose();
+	for (int tries = 0; tries < 6000 && playback.GetState().mIsPlaying; ++tries)
+	{
+		std::this_thread::sleep_for(std::chrono::milliseconds(10));
+	}
+	EXPECT_FALSE(playback.GetState().mIsPlaying);
+	EXPECT_NE(playback.GetState().mFailure, "");
 }
 
 // The module stops when the next stretch of media is due in the middle of the fade.
