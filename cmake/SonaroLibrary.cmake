@@ -59,7 +59,7 @@ function(sonaro_configure_library inTarget)
 endfunction()
 
 # Headers that most sources of a target include, parsed once for all of them. Sources name what they use all the
-# same; a build with SONARO_PRECOMPILE=tests, as that of the thread sanitizer, tells when one does not.
+# same; a build with SONARO_PRECOMPILE=tests, as that of the thread sanitizer, fails when one does not.
 #
 #   sonaro_precompile(target <header> ...)
 function(sonaro_precompile inTarget)
@@ -105,9 +105,12 @@ function(sonaro_add_test inName)
 	endif()
 	# A compiler takes up to a gigabyte for sixteen sources, and has others beside it.
 	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF UNITY_BUILD_BATCH_SIZE 16)
-	# A compiler takes precompiled headers of the same level of optimisation only.
-	if(NOT SONARO_PRECOMPILE STREQUAL none AND NOT arg_OPTIMIZED)
-		target_precompile_headers(${inName} REUSE_FROM SonaroTestHeaders)
+	if(NOT SONARO_PRECOMPILE STREQUAL none)
+		set(headers SonaroTestHeaders)
+		if(arg_OPTIMIZED)
+			set(headers SonaroOptimizedTestHeaders)
+		endif()
+		target_precompile_headers(${inName} REUSE_FROM ${headers})
 	endif()
 	if(arg_ONE_THREAD AND SONARO_SANITIZE MATCHES thread)
 		set_target_properties(${inName} PROPERTIES EXCLUDE_FROM_ALL ON)
