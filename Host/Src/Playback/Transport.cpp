@@ -1,6 +1,7 @@
 #include "Transport.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace SonaroHost::Playback
 {
@@ -12,6 +13,7 @@ constexpr int kEndFadesPerSecond = 500;
 constexpr int kGrainFadesPerSecond = 200;
 constexpr double kGrainSeconds = 0.06;
 constexpr int kChecksPerSecond = 10;
+constexpr int kSecondsInVain = 2;
 
 // Multiplies frames by gains that inGain gives for each.
 template <class Gain>
@@ -124,6 +126,7 @@ void Transport::Scrub(std::int64_t inPlace)
 
 void Transport::Begin(std::int64_t inPlace)
 {
+	mIsReadAgain = false;
 	for (auto const& meter : mSettings.mMeters)
 	{
 		meter->Reset();
@@ -248,10 +251,31 @@ void Transport::FillBlock(std::int64_t inFrames)
 	auto const place = static_cast<double>(mSpeeds.GetPlace());
 	bool const isLast = inFrames == CountLeft();
 	mBlock.SetUseSize(static_cast<unsigned>(inFrames));
-	mSpeeds.Render(mBlock);
+	if (!RenderBlock())
+	{
+		return;
+	}
 	ShapeGrain();
 	CheckNowAndThen();
 	isLast ? WriteLast(place) : Write(place);
+}
+
+bool Transport::RenderBlock()
+{
+	PlayedGraph const& graph = mStream.GetGraph();
+	std::uint64_t const before = graph.CountUnreadFrames();
+	mSpeeds.Render(mBlock);
+	std::uint64_t const unread = graph.CountUnreadFrames() - before;
+	bool const isReadAgain = std::exchange(mIsReadAgain, false);
+	mFramesInVain = std::max<std::int64_t>(mFramesInVain - mBlock.GetUseSize(), 0);
+	if (unread == 0)
+	{
+		return true;
+	}
+	mFramesInVain = isReadAgain ? kSecondsInVain * std::int64_t{mSampleRate} : mFramesInVain;
+	mIsReadAgain = mFramesInVain == 0 && mSpeeds.TakeBackLast();
+	mUnread += mIsReadAgain ? 0 : unread;
+	return !mIsReadAgain;
 }
 
 void Transport::ShapeGrain()
@@ -278,11 +302,7 @@ void Transport::CheckNowAndThen()
 	if (mFramesToCheck <= 0)
 	{
 		mFramesToCheck = mSampleRate / kChecksPerSecond;
-		PlayedGraph const& graph = mStream.GetGraph();
-		mUnreadBefore += mChecked && mChecked != &graph ? mUnread : 0;
-		mUnread = graph.CountUnreadFrames();
-		mChecked = &graph;
-		graph.Check();
+		mStream.GetGraph().Check();
 	}
 }
 

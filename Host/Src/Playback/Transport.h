@@ -28,6 +28,8 @@ struct TransportSettings
 //
 // Ends     What is played is always exactly what the programme has there. Where it stops or goes on elsewhere before its
 //          end, what comes next at the old place is heard for 2 ms more, fading out.
+// Media    What was read ahead can be taken out of memory before it is played, when others need that. Then it is read again,
+//          and what comes too late is a miss. Where that does not help, its silence is played and counted for a while.
 // Starts   Media are read, and half of the ring or as much as the device asks for at once is filled, before anything is heard.
 // Threads  The render thread's. Rendering a block neither allocates nor locks; commands and reading ahead do.
 class Transport
@@ -60,7 +62,7 @@ public:
 	// Whether the gate is closed while enough for opening it is there, which lasts until Fill ends. From any thread.
 	bool HasEnoughToOpen() const { return mFeed.CountBeyondGate() >= mSettings.mOpenFrames; }
 	// See PlaybackState.
-	std::uint64_t CountUnreadFrames() const { return mUnreadBefore + mUnread; }
+	std::uint64_t CountUnreadFrames() const { return mUnread; }
 
 private:
 	enum class Mode
@@ -82,8 +84,10 @@ private:
 	// How many frames are left before it stops by itself, and how many to append now.
 	std::int64_t CountLeft() const;
 	std::int64_t CountWanted() const;
-	// Appends frames that are ready.
+	// Appends frames that are ready. Those whose media were taken out of memory meanwhile are read again first.
 	void FillBlock(std::int64_t inFrames);
+	// Renders a block, and counts what was not there. False when it has to be read again.
+	bool RenderBlock();
 	void FadeOut();
 	void ShapeGrain();
 	void Write(double inPlace);
@@ -109,10 +113,10 @@ private:
 	std::int64_t mScrubPlace = 0;
 	std::int64_t mGrainDone = 0;
 	std::int64_t mFramesToCheck = 0;
-	// Of the graph that was checked last, and of those before it.
-	PlayedGraph const* mChecked = nullptr;
 	std::uint64_t mUnread = 0;
-	std::uint64_t mUnreadBefore = 0;
+	// Whether the next block is one that was read again, and for how many frames none is, since that was in vain.
+	bool mIsReadAgain = false;
+	std::int64_t mFramesInVain = 0;
 	// The gate's place while it is closed.
 	std::int64_t mGate = 0;
 };

@@ -121,6 +121,38 @@ TEST_F(FilePlayback, WithoutMemoryForMediaTheirSilenceIsReported)
 	EXPECT_GT(deck->GetState().mUnreadFrames, 0u);
 }
 
+TEST_F(FilePlayback, MediaThatAreTakenOutOfMemoryAreReadAgainAndHeard)
+{
+	ProgrammePlan const plan(MakeInputs());
+	for (double const speed : {1.0, -1.0, 1.37})
+	{
+		SCOPED_TRACE(speed);
+		auto const play = [&](bool inIsPurged)
+		{
+			constexpr std::int64_t kBlocks = 40;
+			Deck deck(MakeProgramme(plan));
+			deck->Seek(60'000);
+			deck->SetSpeed(speed);
+			deck->Play();
+			Frames heard;
+			for (std::int64_t block = 0; block < kBlocks; ++block)
+			{
+				std::optional<ByteBudget> none;
+				if (inIsPurged && block % 10 == 7)
+				{
+					none.emplace(0);
+				}
+				none.reset();
+				Frames const more = deck.Pull(1280);
+				heard.insert(heard.end(), more.begin(), more.end());
+			}
+			EXPECT_EQ(deck->GetState().mUnreadFrames, 0u);
+			return heard;
+		};
+		EXPECT_EQ(play(true), play(false));
+	}
+}
+
 TEST_F(FilePlayback, MediaThatCannotBeDecodedStopItAndAreNamed)
 {
 	ClipRenderRequest request = MakeRequest("in.flac");

@@ -101,6 +101,26 @@ void PlayStream::Render(dsp::AudioBuffer& ioBuffer)
 	}
 }
 
+void PlayStream::Mark()
+{
+	mMarkedPlace = mPlace;
+	mMarkedNextPlayed = mNextPlayed;
+	mMarkedReader = IsFading() ? nullptr : mCurrent.get();
+}
+
+bool PlayStream::Return()
+{
+	if (mMarkedReader != mCurrent.get() || IsFading())
+	{
+		return false;
+	}
+	mPlace = mMarkedPlace;
+	mPlayed = 0;
+	mNextPlayed = mMarkedNextPlayed;
+	mCurrent->Begin(mOrder, mPlace);
+	return true;
+}
+
 void PlayStream::RenderRun(std::int64_t inPlace, dsp::AudioBuffer& ioBuffer)
 {
 	GetGraph().Render(mOrder, inPlace, ioBuffer);

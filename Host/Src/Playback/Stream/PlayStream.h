@@ -39,6 +39,12 @@ public:
 	// The next frames, UseSize of them, at most a block.
 	void Render(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING;
 
+	// Keeps the place that Return goes back to.
+	void Mark();
+	// Back to the mark: what comes after it is read again before it is rendered. False, and nothing happens, where a graph
+	// has begun or ended taking over since then.
+	bool Return();
+
 	// Of the programme's rate and layout, and with blocks that are as long. It takes over as soon as possible, in
 	// place of one that waits already; inIsHeard: otherwise at once.
 	void TakeOver(PlayedGraph& ioGraph, bool inIsHeard);
@@ -62,6 +68,10 @@ private:
 	// Frames since either reader began.
 	std::int64_t mPlayed = 0;
 	std::int64_t mNextPlayed = 0;
+	// At the mark: the place, mNextPlayed, and the reader; null during a takeover.
+	std::int64_t mMarkedPlace = 0;
+	std::int64_t mMarkedNextPlayed = 0;
+	OrderReader const* mMarkedReader = nullptr;
 	std::int64_t mFadeFrames;
 	// How many frames of the crossfade were rendered; all outside of one.
 	std::int64_t mFaded;

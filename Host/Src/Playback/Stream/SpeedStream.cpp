@@ -77,6 +77,9 @@ bool SpeedStream::IsReady(std::int64_t inFrames) const
 void SpeedStream::Render(dsp::AudioBuffer& ioBuffer)
 {
 	std::int64_t const frames = ioBuffer.GetUseSize();
+	mStream.Mark();
+	mEndBefore = mEnd;
+	mOutputsBefore = mOutputs;
 	if (!mSpeed.mConverter)
 	{
 		mStream.Render(ioBuffer);
@@ -94,6 +97,17 @@ void SpeedStream::Render(dsp::AudioBuffer& ioBuffer)
 	mSpeed.mConverter->Convert(mOutputs, ioBuffer.GetUseSize(), mChannels);
 	ioBuffer.NoteBufferWrite(0, ioBuffer.GetUseSize());
 	mOutputs += frames;
+}
+
+bool SpeedStream::TakeBackLast()
+{
+	if (!mStream.Return())
+	{
+		return false;
+	}
+	mEnd = mEndBefore;
+	mOutputs = mOutputsBefore;
+	return true;
 }
 
 void SpeedStream::Keep(std::int64_t inFirst)

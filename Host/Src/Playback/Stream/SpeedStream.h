@@ -43,6 +43,9 @@ public:
 	// Whether so many frames, at most a block, can be rendered.
 	bool IsReady(std::int64_t inFrames) const;
 	void Render(dsp::AudioBuffer& ioBuffer) SONARO_NONBLOCKING;
+	// Takes back what was rendered last, and has its media read again: the same frames come next. False where that cannot
+	// be, see PlayStream.
+	bool TakeBackLast();
 
 	// The place that is played next.
 	std::int64_t GetPlace() const;
@@ -73,6 +76,9 @@ private:
 	std::int64_t mCapacity = 0;
 	std::int64_t mFirst = 0;
 	std::int64_t mEnd = 0;
+	// Before what was rendered last.
+	std::int64_t mEndBefore = 0;
+	std::int64_t mOutputsBefore = 0;
 	dsp::AudioBuffer mScratch;
 	std::vector<SampleConverter::Channel> mChannels;
 };
