@@ -18,8 +18,12 @@ void PlaceHistory::Note(std::int64_t inFrame, double inPlace, double inSpeed)
 double PlaceHistory::Find(std::int64_t inFrame) const
 {
 	Change change;
-	for (std::uint64_t index = mCount.load(std::memory_order_acquire); index > 0 && Read(index - 1, change);
-		 --index)
+	std::uint64_t count = mCount.load(std::memory_order_acquire);
+	while (count > 0 && !Read(count - 1, change))
+	{
+		count = mCount.load(std::memory_order_acquire);
+	}
+	for (std::uint64_t index = count; index > 0 && Read(index - 1, change); --index)
 	{
 		if (change.mFrame <= inFrame)
 		{

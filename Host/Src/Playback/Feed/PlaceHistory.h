@@ -24,9 +24,10 @@ namespace SonaroHost::Playback
 // F3    reader  loads the fields                                 acquire
 // F4    reader  loads the stamp again, which must be the same    relaxed
 //
+// Where even the change that F1 has counted last is written over, as after a reader has slept, it begins again with F1.
 // A field that H2 has stored meanwhile shows F4 the stamp of H1.
 //
-// Threads  Note: one. Find: any. Neither waits for longer than the other takes for one slot.
+// Threads  Note: one, which waits for nobody. Find: any; it begins again only when all slots were written meanwhile.
 class PlaceHistory
 {
 public:
