@@ -6,6 +6,9 @@
 #include "SonaroHost/Media/AudioFileReader.h"
 #include "SonaroHost/Otio/Reader.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
+#include "SonaroHost/Playback/NullDevice.h"
+#include "SonaroHost/Playback/Playback.h"
+#include "SonaroHost/Render/TimelineProgramme.h"
 #include "SonaroHost/Render/TimelineRenderJob.h"
 #include "TimelineJson.h"
 
@@ -15,17 +18,21 @@
 #include <cstdlib>
 #include <functional>
 #include <new>
+#include <set>
 
 namespace
 {
 
 // Counts down to the allocation that fails; below 0 none does.
 std::atomic<std::int64_t> sLeft{-1};
+// The same for one thread.
+thread_local std::int64_t sLeftHere = -1;
 std::atomic<std::int64_t> sBlocks{0};
 
 bool FailsNow()
 {
-	return sLeft.load(std::memory_order_relaxed) >= 0 && sLeft.fetch_sub(1) == 0;
+	bool const isHere = sLeftHere >= 0 && sLeftHere-- == 0;
+	return isHere || (sLeft.load(std::memory_order_relaxed) >= 0 && sLeft.fetch_sub(1) == 0);
 }
 
 void* TryToAllocate(std::size_t inSize, std::size_t inAlignment)
@@ -213,6 +220,49 @@ TEST_F(AllocationFaultsTest, RenderingWritesAllOrNothing)
 			ASSERT_EQ(mFolder.List().size(), isThere ? 3 : 2) << "temporary files are left";
 			ASSERT_TRUE(!isThere || ReadBytes(request.mOutput) == whole);
 		});
+}
+
+// Media that fail while they are played, and one allocation of the render thread after that.
+class MediaThatFail final : public GraphMedia
+{
+public:
+	explicit MediaThatFail(std::int64_t inSkipped)
+		: mSkipped(inSkipped)
+	{
+	}
+
+	std::optional<HostError> FindFailure() const override
+	{
+		std::optional<HostError> failure(HostError(
+			HostError::Kind::kInput, {"tone.wav", {}, "has become unreadable while it was played", {}}));
+		sLeftHere = mSkipped;
+		return failure;
+	}
+	std::vector<DamagedMedia> ListDamaged() const override { return {}; }
+
+private:
+	std::int64_t mSkipped;
+};
+
+TEST_F(AllocationFaultsTest, APlaybackThatFailsWithoutMemoryStopsWithAReason)
+{
+	Otio::TimelineInput input(mFolder / "edit.otio");
+	Otio::TimelineSequence const sequence = input.MakeSequence();
+	std::set<std::string> reasons;
+	for (std::int64_t skipped = 0; skipped < 10; ++skipped)
+	{
+		Programme programme = Otio::MakeProgramme(sequence, input.GetMedia());
+		programme.mOpenForGraph = [skipped] { return std::make_unique<MediaThatFail>(skipped); };
+		Playback::NullDevice device(0.0);
+		Playback::Playback playback(programme, device, {});
+		playback.Play();
+		ASSERT_TRUE(playback.WaitUntilFilled(std::chrono::seconds(60)));
+		EXPECT_FALSE(playback.GetState().mIsPlaying);
+		reasons.insert(playback.GetState().mFailure);
+	}
+	EXPECT_FALSE(reasons.contains(""));
+	EXPECT_TRUE(reasons.contains("out of memory"));
+	EXPECT_GT(reasons.size(), 1u) << "the last ones have enough of it";
 }
 
 } // namespace SonaroHost::Testing::AllocationFaultsTest

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <new>
 #include <utility>
 
 namespace SonaroHost::Playback
@@ -263,7 +264,9 @@ void RenderThread::Attempt(Action const& inAction)
 	}
 	catch (std::exception const& error)
 	{
-		Fail(error.what());
+		// The device still takes what is in the ring.
+		mTransport.Halt();
+		NoteFailure(error.what());
 	}
 }
 
@@ -287,15 +290,23 @@ void RenderThread::CheckDevice()
 	auto const loss = mTransport.IsPlaying() || IsEndUnheard() ? mDevice.FindLoss() : std::nullopt;
 	if (loss)
 	{
-		Fail(*loss);
+		mTransport.HaltAt(FindHeardPlace());
+		NoteFailure(loss->c_str());
 	}
 }
 
-void RenderThread::Fail(std::string const& inReason)
+void RenderThread::NoteFailure(char const* inReason)
 {
-	mTransport.Halt(FindHeardPlace());
 	std::lock_guard const lock(mMutex);
-	mFailure = inReason;
+	try
+	{
+		mFailure = inReason;
+	}
+	catch (std::bad_alloc const&)
+	{
+		// Short enough for a string that has allocated nothing.
+		mFailure = "out of memory";
+	}
 }
 
 } // namespace SonaroHost::Playback

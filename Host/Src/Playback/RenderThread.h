@@ -76,7 +76,8 @@ private:
 	// Keeps the loop within a programme that has taken over.
 	void LimitLoop(std::int64_t inFrames);
 	void CheckDevice();
-	void Fail(std::string const& inReason);
+	// Also where there is no memory left for it.
+	void NoteFailure(char const* inReason);
 	// With the lock of what is taken over.
 	void Replace(Programme const& inProgramme);
 	std::int64_t FindHeardPlace() const;

@@ -189,7 +189,13 @@ void Transport::Rest(std::int64_t inPlace)
 	mHistory.Note(mFeed.GetRing().CountWritten(), static_cast<double>(inPlace), 0.0);
 }
 
-void Transport::Halt(std::int64_t inPlace)
+void Transport::Halt()
+{
+	mFeed.TakeBackUnheard();
+	HaltAt(static_cast<std::int64_t>(mHistory.Find(mFeed.GetRing().CountWritten())));
+}
+
+void Transport::HaltAt(std::int64_t inPlace)
 {
 	mFeed.TakeBackUnheard();
 	// Also where a fade was broken off: nothing is missing after what is there.

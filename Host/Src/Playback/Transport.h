@@ -53,8 +53,10 @@ public:
 
 	// Fills the ring as far as it goes. Throws a HostError when media have stopped being decoded.
 	void Fill();
-	// Without a fade, for when nothing more can be rendered or nobody hears it.
-	void Halt(std::int64_t inPlace);
+	// Without a fade, for when nothing more can be rendered: what is in the ring is still heard, and it goes on after that.
+	void Halt();
+	// The same when nobody hears the ring any more, and it goes on elsewhere.
+	void HaltAt(std::int64_t inPlace);
 
 	bool IsPlaying() const { return mMode != Mode::kStopped; }
 	// Whether it stopped by itself at the end of what it played, which may not have been heard yet.

@@ -574,6 +574,31 @@ TEST(Playback, ADeviceThatIsLostBeforeTheEndWasHeardEndsIt)
 	EXPECT_NE(playback.GetState().mFailure, "");
 }
 
+// The module stops when the next stretch of media is due.
+TEST(Playback, AfterAFailureItGoesOnWithTheFirstFrameThatWasNotHeard)
+{
+	constexpr std::int64_t kNextStretch = 19200;
+	Deck deck(MakeCountingProgramme(2 * 96000));
+	deck->Play();
+	Frames heard = deck.Pull(kNextStretch / 2);
+	ASSERT_TRUE(deck->WaitUntilFilled(std::chrono::seconds(60)));
+	zorvcore::config::StopRegisteredModules();
+	while (deck->GetState().mIsPlaying)
+	{
+		Frames const more = deck.Pull(128);
+		heard.insert(heard.end(), more.begin(), more.end());
+	}
+	zorvcore::config::StartRegisteredModules();
+	Frames const rest = deck.PullLate(1024);
+	heard.insert(heard.end(), rest.begin(), rest.end());
+	EXPECT_NE(deck->GetState().mFailure, "");
+
+	float const last = *std::ranges::max_element(heard);
+	EXPECT_GT(last, static_cast<float>(kNextStretch / 2));
+	deck->Play();
+	EXPECT_EQ(deck.Pull(128).front(), last + 1.0f);
+}
+
 // The module stops when the next stretch of media is due in the middle of the fade.
 TEST(Playback, AFadeThatIsBrokenOffLeavesNoMisses)
 {
