@@ -6,6 +6,7 @@
 #include "SonaroHost/Files/OutputFile.h"
 #include "SonaroHost/Serve/TooBusyError.h"
 #include "SonaroHost/Waveform/PeakColumn.h"
+#include "StateTag.h"
 #include "Waveform/WaveformData.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
@@ -31,6 +32,17 @@ constexpr auto kPeakPatience = std::chrono::minutes(10);
 constexpr std::size_t kMostEntries = 64;
 constexpr std::size_t kMostPeakFiles = 500;
 constexpr int kPeakBits = 16;
+
+// Of a file: after its peaks stands this digest of them and of its name.
+constexpr std::size_t kDigestBytes = 32;
+
+std::string MakeDigest(std::string const& inTag, std::string const& inBytes)
+{
+	StateTag digest;
+	digest.Add(inTag);
+	digest.Add(inBytes);
+	return digest.GetText();
+}
 
 // Gathers columns of all channels while blocks come.
 class ColumnGatherer
@@ -182,9 +194,17 @@ std::shared_ptr<Waveform const> PeakStore::Compute(
 std::shared_ptr<Waveform const> PeakStore::Load(std::string const& inTag) const
 {
 	std::ifstream file(mFolder / (inTag + ".dat"), std::ios::binary);
-	std::ostringstream bytes;
-	bytes << file.rdbuf();
-	auto waveform = ReadWaveformDat(bytes.str());
+	std::ostringstream text;
+	text << file.rdbuf();
+	std::string bytes = text.str();
+	std::size_t const length = bytes.size() - std::min(bytes.size(), kDigestBytes);
+	std::string const digest = bytes.substr(length);
+	bytes.resize(length);
+	if (digest != MakeDigest(inTag, bytes))
+	{
+		return nullptr;
+	}
+	auto waveform = ReadWaveformDat(bytes);
 	return waveform && waveform->mSamplesPerColumn == kSamplesPerColumn
 			   ? std::make_shared<Waveform const>(std::move(*waveform))
 			   : nullptr;
@@ -195,7 +215,8 @@ void PeakStore::Save(std::string const& inTag, Waveform const& inWaveform) const
 	try
 	{
 		std::filesystem::create_directories(mFolder);
-		std::string const bytes = MakePeakDat(inWaveform);
+		std::string bytes = MakePeakDat(inWaveform);
+		bytes += MakeDigest(inTag, bytes);
 		OutputFile file(mFolder / (inTag + ".dat"));
 		file.Write(bytes.data(), static_cast<std::int64_t>(bytes.size()));
 		file.Commit();

@@ -372,10 +372,19 @@ TEST_F(MixFiles, PeaksAreKeptAndBelongToAState)
 	EXPECT_EQ(reduced.GetColumn(1, 3).mMinimum,
 		std::min({peaks->GetColumn(1, 12).mMinimum, peaks->GetColumn(1, 13).mMinimum,
 			peaks->GetColumn(1, 14).mMinimum, peaks->GetColumn(1, 15).mMinimum}));
-	// A file that is damaged is computed again.
-	WriteBytes(mFolder.Get() / "cache" / (file->GetTag() + ".dat"), "damaged");
-	EXPECT_EQ(
-		MakePeakDat(*PeakStore(mFolder / "cache").Get(timeline, {{}, {1}}, Soon())), MakePeakDat(*peaks));
+	// A file that is damaged is computed again, and replaced.
+	std::filesystem::path const kept = mFolder.Get() / "cache" / (file->GetTag() + ".dat");
+	std::string const whole = ReadBytes(kept);
+	std::string flipped = whole;
+	flipped[whole.size() / 2] ^= 0x10;
+	for (std::string const& damaged : {std::string("damaged"), std::string(), flipped,
+			 whole.substr(0, whole.size() - 1), MakePeakDat(*peaks)})
+	{
+		WriteBytes(kept, damaged);
+		EXPECT_EQ(
+			MakePeakDat(*PeakStore(mFolder / "cache").Get(timeline, {{}, {1}}, Soon())), MakePeakDat(*peaks));
+		EXPECT_TRUE(ReadBytes(kept) == whole);
+	}
 }
 
 TEST(FileFrames, SmallFilesHaveTheBytesOfTheWriter)

@@ -26,7 +26,7 @@ public:
 	static constexpr std::int64_t kSamplesPerColumn = 256;
 
 	// inFolder: where they are kept, made when it is needed; without a folder that can be written, they are computed anew
-	// by each process.
+	// by each process. Files there that are not whole, or not as they were written, are replaced.
 	explicit PeakStore(std::filesystem::path inFolder);
 	// Ends what is being computed.
 	~PeakStore();
