@@ -22,6 +22,9 @@ public:
 	// Opens the timeline. Throws a HostError.
 	explicit Routes(ServeSettings const& inSettings);
 
+	// Why waveforms cannot be kept on the disk; empty where they can.
+	std::string FindCacheObstacle() const { return mPeaks.FindObstacle(); }
+
 	// As it is now.
 	std::shared_ptr<SonaroHost::Serve::ServedTimeline> GetTimeline() const { return mWatch.Get(); }
 

@@ -4,6 +4,7 @@
 #include "Report/TimelineNotes.h"
 #include "Routes.h"
 #include "ServeSettings.h"
+#include "SonaroHost/Base/HostError.h"
 #include "Terminal/Console.h"
 #include "Terminal/StopSignals.h"
 
@@ -36,6 +37,15 @@ void WarnOfTimeline(SonaroHost::Serve::ServedTimeline const& inTimeline)
 	WarnOfNotes(inTimeline.GetSequence().mMissing, inTimeline.GetNotes());
 }
 
+void WarnOfCache(std::filesystem::path const& inFolder, std::string const& inObstacle)
+{
+	if (!inObstacle.empty())
+	{
+		PrintWarning("waveforms are not kept in " + SonaroHost::QuotePath(inFolder) + ": " + inObstacle +
+					 "; choose a folder that can be written with --cache, or make room there");
+	}
+}
+
 } // namespace
 
 int RunServer(ServeSettings const& inSettings)
@@ -43,6 +53,7 @@ int RunServer(ServeSettings const& inSettings)
 	HttpServer server;
 	Routes routes(inSettings);
 	WarnOfTimeline(*routes.GetTimeline());
+	WarnOfCache(inSettings.mCacheFolder, routes.FindCacheObstacle());
 	int const port = server.Bind(inSettings.mHost, inSettings.mPort);
 	routes.Enter(server, Access(inSettings.mToken, port));
 	Announce(inSettings, port);

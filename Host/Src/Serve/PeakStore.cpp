@@ -228,6 +228,30 @@ void PeakStore::Save(std::string const& inTag, Waveform const& inWaveform) const
 	}
 }
 
+std::string PeakStore::FindObstacle() const
+{
+	// As much as the smallest files take.
+	constexpr std::size_t kProbeBytes = 4096;
+	std::error_code error;
+	std::filesystem::create_directories(mFolder, error);
+	if (error)
+	{
+		return "it cannot be made: " + error.message();
+	}
+	try
+	{
+		std::string const bytes(kProbeBytes, '\0');
+		OutputFile file(mFolder / "probe");
+		file.Write(bytes.data(), static_cast<std::int64_t>(bytes.size()));
+		file.Close();
+		return {};
+	}
+	catch (std::exception const& failure)
+	{
+		return failure.what();
+	}
+}
+
 void PeakStore::RemoveOldest() const
 {
 	std::vector<std::pair<std::filesystem::file_time_type, std::filesystem::path>> files;

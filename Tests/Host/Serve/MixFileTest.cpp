@@ -385,6 +385,8 @@ TEST_F(MixFiles, PeaksAreKeptAndBelongToAState)
 			MakePeakDat(*PeakStore(mFolder / "cache").Get(timeline, {{}, {1}}, Soon())), MakePeakDat(*peaks));
 		EXPECT_TRUE(ReadBytes(kept) == whole);
 	}
+	EXPECT_EQ(store.FindObstacle(), "");
+	EXPECT_NE(PeakStore(mFolder / "a.wav").FindObstacle(), "");
 }
 
 TEST(FileFrames, SmallFilesHaveTheBytesOfTheWriter)

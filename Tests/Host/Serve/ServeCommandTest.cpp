@@ -86,8 +86,8 @@ protected:
 		WriteBytes(mFolder / "edit.otio", timeline.dump());
 	}
 
-	// Runs the server, on a port that is free, while inTalk talks to it.
-	void Serve(Words const& inOptions, std::function<void(int inPort)> const& inTalk)
+	// Runs the server, on a port that is free, while inTalk talks to it. Returns what it prints as errors.
+	std::string Serve(Words const& inOptions, std::function<void(int inPort)> const& inTalk)
 	{
 		std::filesystem::path const output = mFolder / "address.json";
 		WriteBytes(output, "");
@@ -113,6 +113,7 @@ protected:
 		ProgramResult const result = Run(
 			Join({"serve", "edit.otio", "--port", "0", "--json", "--cache", "cache"}, inOptions), meanwhile);
 		EXPECT_EQ(result.mSignal, SIGTERM) << result.mErrors;
+		return result.mErrors;
 	}
 
 	std::string Render(Words const& inOptions = {})
@@ -395,6 +396,26 @@ TEST_F(ServeCommandTest, AFullDiskLosesNoComment)
 	};
 	Serve({}, talk);
 	EXPECT_THAT(mFolder.List(), testing::Not(testing::Contains(testing::EndsWith(".tmp"))));
+}
+
+TEST_F(ServeCommandTest, ACacheThatCannotBeWrittenIsReportedAndDoneWithout)
+{
+	auto const talk = [](int inPort)
+	{
+		auto const peaks = MakeClient(inPort).Get("/peaks/mix/256.dat");
+		EXPECT_TRUE(peaks && peaks->status == 200);
+	};
+	EXPECT_EQ(Serve({}, talk), "");
+	std::filesystem::remove_all(mFolder / "cache");
+	WriteBytes(mFolder / "cache", "a file");
+	EXPECT_THAT(
+		Serve({}, talk), testing::AllOf(HasSubstr("not kept in 'cache': "), HasSubstr("with --cache")));
+	// As if the disk was full.
+	std::filesystem::remove(mFolder / "cache");
+	mStart.mFileSizeLimit = 2000;
+	EXPECT_THAT(
+		Serve({}, talk), testing::AllOf(HasSubstr("not kept in 'cache': "), HasSubstr("make room there")));
+	EXPECT_TRUE(std::filesystem::is_empty(mFolder / "cache"));
 }
 
 TEST_F(ServeCommandTest, ChangesAreTakenOverAndBrokenOnesAreNot)

@@ -33,6 +33,9 @@ public:
 	PeakStore(PeakStore const&) = delete;
 	PeakStore& operator=(PeakStore const&) = delete;
 
+	// Tries to write into the folder. Why nothing can be kept there, and empty where it can.
+	std::string FindObstacle() const;
+
 	// In the finest scale. Throws a TooBusyError when it is not there by the deadline, while it goes on being computed;
 	// a HostError when it cannot be.
 	std::shared_ptr<Waveform const> Get(std::shared_ptr<ServedTimeline> const& inTimeline,
