@@ -97,10 +97,6 @@ void AnswerError(httplib::Response& outResponse, int inStatus, std::string const
 	{
 		outResponse.set_header("WWW-Authenticate", "Bearer");
 	}
-	if (inStatus == 405)
-	{
-		outResponse.set_header("Allow", "GET, HEAD, POST, PUT, DELETE");
-	}
 }
 
 void AnswerException(httplib::Response& outResponse, std::exception_ptr inException)

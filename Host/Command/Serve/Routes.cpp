@@ -25,6 +25,7 @@ namespace
 constexpr auto kPatience = std::chrono::seconds(10);
 constexpr auto kHeartbeat = std::chrono::seconds(15);
 constexpr auto kEventStep = std::chrono::milliseconds(200);
+constexpr char kNothing[] = "there is nothing of that name";
 constexpr char kJson[] = "application/json";
 constexpr std::int64_t kMostSamplesPerPixel = std::int64_t{1} << 24;
 
@@ -54,6 +55,33 @@ Json ParseComment(std::string const& inBody)
 		throw RefusedRequest{400, "the content is no valid JSON"};
 	}
 	return json;
+}
+
+// Whether a request goes no further, and is answered already.
+bool RefuseRequest(HttpServer const& inServer, Access const& inAccess, httplib::Request const& inRequest,
+	httplib::Response& outResponse)
+{
+	std::string reason;
+	int status = inAccess.Check(inRequest, reason);
+	std::string const methods = status == 0 ? inServer.ListMethods(inRequest.path) : std::string();
+	if (status == 0 && methods.empty())
+	{
+		status = 404;
+		reason = kNothing;
+	}
+	else if (status == 0 && methods.find(inRequest.method) == std::string::npos)
+	{
+		status = 405;
+		reason = "this address takes " + methods;
+		outResponse.set_header("Allow", methods);
+	}
+	bool const isChange = inRequest.method != "GET" && inRequest.method != "HEAD";
+	status = status == 0 && isChange ? Access::CheckChange(inRequest, reason) : status;
+	if (status != 0)
+	{
+		AnswerError(outResponse, status, reason);
+	}
+	return status != 0;
 }
 
 // What a comment that is not valid is refused with.
@@ -88,12 +116,10 @@ void Routes::Enter(HttpServer& ioServer, Access const& inAccess)
 {
 	ioServer.set_default_headers(MakeSafetyHeaders());
 	ioServer.set_pre_routing_handler(
-		[inAccess](Request const& inRequest, Response& outResponse)
+		[inAccess, &ioServer](Request const& inRequest, Response& outResponse)
 		{
-			std::string reason;
-			if (int const status = inAccess.Check(inRequest, reason); status != 0)
+			if (RefuseRequest(ioServer, inAccess, inRequest, outResponse))
 			{
-				AnswerError(outResponse, status, reason);
 				return HttpServer::HandlerResponse::Handled;
 			}
 			std::string const cookie = inAccess.MakeCookie(inRequest);
@@ -123,7 +149,7 @@ void Routes::Enter(HttpServer& ioServer, Access const& inAccess)
 			if (outResponse.body.empty())
 			{
 				AnswerError(outResponse, outResponse.status,
-					outResponse.status == 404 ? "there is nothing of that name" : "the request is not valid");
+					outResponse.status == 404 ? kNothing : "the request is not valid");
 			}
 		});
 	EnterSound(ioServer);
@@ -134,15 +160,15 @@ void Routes::Enter(HttpServer& ioServer, Access const& inAccess)
 
 void Routes::EnterSound(HttpServer& ioServer)
 {
-	ioServer.Get("/mix\\.wav",
+	ioServer.Enter("GET", "/mix\\.wav",
 		[this](Request const& inRequest, Response& outResponse)
 		{
 			AnswerWave(inRequest, outResponse,
 				mWatch.Get()->OpenWave(ReadTrackChoice(inRequest), GetRenderDeadline()));
 		});
-	ioServer.Get("/mix\\.flac",
+	ioServer.Enter("GET", "/mix\\.flac",
 		[this](Request const& inRequest, Response& outResponse) { AnswerFlac(inRequest, outResponse); });
-	ioServer.Get("/track/(\\d{1,9})\\.wav",
+	ioServer.Enter("GET", "/track/(\\d{1,9})\\.wav",
 		[this](Request const& inRequest, Response& outResponse) { AnswerTrack(inRequest, outResponse); });
 }
 
@@ -165,13 +191,13 @@ void Routes::AnswerTrack(Request const& inRequest, Response& outResponse)
 
 void Routes::EnterFacts(HttpServer& ioServer)
 {
-	ioServer.Get("/timeline\\.json",
+	ioServer.Enter("GET", "/timeline\\.json",
 		[this](Request const& inRequest, Response& outResponse) { AnswerTimeline(inRequest, outResponse); });
-	ioServer.Get("/peaks/(mix|\\d{1,9})/(\\d{1,9})\\.(dat|json)",
+	ioServer.Enter("GET", "/peaks/(mix|\\d{1,9})/(\\d{1,9})\\.(dat|json)",
 		[this](Request const& inRequest, Response& outResponse) { AnswerPeaks(inRequest, outResponse); });
 	auto const enter = [&](char const* inPath, std::string Analysis::Texts::*inText)
 	{
-		ioServer.Get(inPath,
+		ioServer.Enter("GET", inPath,
 			[this, inText](Request const& inRequest, Response& outResponse)
 			{
 				auto const timeline = mWatch.Get();
@@ -181,7 +207,7 @@ void Routes::EnterFacts(HttpServer& ioServer)
 	};
 	enter("/report\\.json", &Analysis::Texts::mReport);
 	enter("/loudness\\.json", &Analysis::Texts::mLoudness);
-	ioServer.Get("/events",
+	ioServer.Enter("GET", "/events",
 		[this, &ioServer](Request const&, Response& outResponse) { AnswerEvents(ioServer, outResponse); });
 }
 
@@ -257,16 +283,16 @@ void Routes::PostComments()
 
 void Routes::EnterComments(HttpServer& ioServer)
 {
-	ioServer.Get(
-		"/comments\\.json", [this](Request const&, Response& outResponse) { AnswerComments(outResponse); });
-	ioServer.Get("/comments\\.otio",
+	ioServer.Enter("GET", "/comments\\.json",
+		[this](Request const&, Response& outResponse) { AnswerComments(outResponse); });
+	ioServer.Enter("GET", "/comments\\.otio",
 		[this](Request const&, Response& outResponse)
 		{
 			outResponse.set_header("Cache-Control", "no-store");
 			outResponse.set_header("Content-Disposition", "attachment; filename=\"comments.otio\"");
 			outResponse.set_content(MakeTimelineWithMarkers(*mWatch.Get(), mComments.List()), kJson);
 		});
-	ioServer.Post("/comments",
+	ioServer.Enter("POST", "/comments",
 		[this](Request const& inRequest, Response& outResponse)
 		{
 			Json const given = ParseComment(inRequest.body);
@@ -275,7 +301,7 @@ void Routes::EnterComments(HttpServer& ioServer)
 			outResponse.set_content(ToText(comment), kJson);
 			PostComments();
 		});
-	ioServer.Put("/comments/(\\d{1,18})",
+	ioServer.Enter("PUT", "/comments/(\\d{1,18})",
 		[this](Request const& inRequest, Response& outResponse)
 		{
 			Json const given = ParseComment(inRequest.body);
@@ -288,7 +314,7 @@ void Routes::EnterComments(HttpServer& ioServer)
 			outResponse.set_content(ToText(*comment), kJson);
 			PostComments();
 		});
-	ioServer.Delete("/comments/(\\d{1,18})",
+	ioServer.Enter("DELETE", "/comments/(\\d{1,18})",
 		[this](Request const& inRequest, Response& outResponse)
 		{
 			if (!mComments.Remove(ParseNumber(inRequest.matches[1].str(), "comment")))
@@ -309,7 +335,7 @@ void Routes::EnterPage(HttpServer& ioServer)
 		{ AnswerTagged(inRequest, outResponse, tag, std::string(file.mBytes), FindType(file.mName)); };
 		std::string pattern = "/" + file.mName;
 		pattern.replace(pattern.find('.'), 1, "\\.");
-		ioServer.Get(file.mName == "index.html" ? "/" : pattern, answer);
+		ioServer.Enter("GET", file.mName == "index.html" ? "/" : pattern, answer);
 	}
 }
 

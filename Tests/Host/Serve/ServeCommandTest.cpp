@@ -292,6 +292,38 @@ TEST_F(ServeCommandTest, WhatIsNotThereOrNotValidIsRefused)
 		{1, {"serve", "gone.otio", "--port", "0"}, {"'gone.otio'"}}});
 }
 
+TEST_F(ServeCommandTest, AMethodThatAPathDoesNotTakeIsRefusedWithThoseThatItTakes)
+{
+	auto const talk = [&](int inPort)
+	{
+		struct Case
+		{
+			char const* mMethod;
+			char const* mPath;
+			int mStatus;
+			char const* mAllow;
+		};
+		for (Case const& test :
+			{Case{"POST", "/mix.wav", 405, "GET, HEAD"}, {"DELETE", "/track/1.wav", 405, "GET, HEAD"},
+				{"PUT", "/", 405, "GET, HEAD"}, {"OPTIONS", "/events", 405, "GET, HEAD"},
+				{"POST", "/comments.json", 405, "GET, HEAD"}, {"GET", "/comments", 405, "POST"},
+				{"HEAD", "/comments", 405, "POST"}, {"PATCH", "/comments", 405, "POST"},
+				{"POST", "/comments/1", 405, "PUT, DELETE"}, {"GET", "/comments/1", 405, "PUT, DELETE"},
+				{"POST", "/nowhere", 404, ""}, {"PATCH", "/nowhere", 404, ""}, {"POST", "/comments", 415, ""},
+				{"HEAD", "/mix.wav", 200, ""}})
+		{
+			httplib::Request request;
+			request.method = test.mMethod;
+			request.path = test.mPath;
+			auto const answer = MakeClient(inPort).send(request);
+			ASSERT_TRUE(answer);
+			EXPECT_EQ(answer->status, test.mStatus) << test.mMethod << " " << test.mPath;
+			EXPECT_EQ(answer->get_header_value("Allow"), test.mAllow) << test.mMethod << " " << test.mPath;
+		}
+	};
+	Serve({}, talk);
+}
+
 TEST_F(ServeCommandTest, ATokenIsAskedForAndBecomesACookie)
 {
 	auto const talk = [&](int inPort)

@@ -1,7 +1,6 @@
 #include "Access.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace SonaroCommand::Serve
@@ -96,17 +95,13 @@ int Access::Check(httplib::Request const& inRequest, std::string& outReason) con
 		outReason = "the token is missing or wrong; add ?token=TOKEN to the address of the page";
 		return 401;
 	}
-	constexpr std::array<std::string_view, 5> kMethods{"GET", "HEAD", "POST", "PUT", "DELETE"};
-	if (std::ranges::find(kMethods, inRequest.method) == kMethods.end())
-	{
-		outReason = "the method is not supported";
-		return 405;
-	}
-	if (inRequest.method == "GET" || inRequest.method == "HEAD")
-	{
-		return 0;
-	}
+	return 0;
+}
+
+int Access::CheckChange(httplib::Request const& inRequest, std::string& outReason)
+{
 	// Pages of other sites cannot send these without asking first, which is not answered.
+	std::string const host = inRequest.get_header_value("Host");
 	if (inRequest.has_header("Origin") && !IsOwnOrigin(inRequest.get_header_value("Origin"), host))
 	{
 		outReason = "the request comes from another site";

@@ -22,8 +22,10 @@ public:
 	// inToken: empty for none.
 	Access(std::string inToken, int inPort);
 
-	// 0 when the request may be answered, otherwise the status that refuses it, with the reason.
+	// 0 when the client may ask, otherwise the status that refuses it, with the reason.
 	int Check(httplib::Request const& inRequest, std::string& outReason) const;
+	// The same of a request that changes something: of where it comes from, and of its content.
+	static int CheckChange(httplib::Request const& inRequest, std::string& outReason);
 
 	// The cookie for a request that gives the token in its address; empty for others.
 	std::string MakeCookie(httplib::Request const& inRequest) const;

@@ -124,6 +124,29 @@ HttpServer::HttpServer()
 		});
 }
 
+void HttpServer::Enter(std::string const& inMethod, std::string const& inPattern, Handler inHandler)
+{
+	mRoutes.push_back({inMethod, std::regex(inPattern)});
+	inMethod == "POST"     ? Post(inPattern, std::move(inHandler))
+	: inMethod == "PUT"    ? Put(inPattern, std::move(inHandler))
+	: inMethod == "DELETE" ? Delete(inPattern, std::move(inHandler))
+						   : Get(inPattern, std::move(inHandler));
+}
+
+std::string HttpServer::ListMethods(std::string const& inPath) const
+{
+	std::string methods;
+	for (Route const& route : mRoutes)
+	{
+		if (std::regex_match(inPath, route.mPattern))
+		{
+			methods += (methods.empty() ? "" : ", ") + route.mMethod;
+			methods += route.mMethod == "GET" ? ", HEAD" : "";
+		}
+	}
+	return methods;
+}
+
 int HttpServer::Bind(std::string const& inHost, int inPort)
 {
 	int const port = inPort == 0 ? bind_to_any_port(inHost) : bind_to_port(inHost, inPort) ? inPort : -1;

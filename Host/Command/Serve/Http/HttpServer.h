@@ -5,7 +5,9 @@
 #include <httplib.h>
 
 #include <atomic>
+#include <regex>
 #include <string>
+#include <vector>
 
 namespace SonaroCommand::Serve
 {
@@ -18,6 +20,11 @@ public:
 	static constexpr char const* kRangeHeader = "Sonaro-Range";
 
 	HttpServer();
+
+	// As the library's, for paths that match all of a pattern. Before Serve.
+	void Enter(std::string const& inMethod, std::string const& inPattern, Handler inHandler);
+	// What the header Allow says of a path: "GET, HEAD"; empty where there is nothing of that name.
+	std::string ListMethods(std::string const& inPath) const;
 
 	// Returns the port; inPort 0 for any that is free. Throws a HostError.
 	int Bind(std::string const& inHost, int inPort);
@@ -36,7 +43,14 @@ private:
 		return true;
 	}
 
+	struct Route
+	{
+		std::string mMethod;
+		std::regex mPattern;
+	};
+
 	ServerState mState;
+	std::vector<Route> mRoutes;
 };
 
 } // namespace SonaroCommand::Serve
