@@ -80,7 +80,7 @@ PlaybackSoak::PlaybackSoak(std::filesystem::path const& inFolder, double inSecon
 	: mFolder(inFolder),
 	  mSeconds(inSeconds),
 	  mSpeed(inSpeed),
-	  mDevice(inSpeed)
+	  mDevice(inSpeed, static_cast<double>(kFrames))
 {
 	std::filesystem::path const path = inFolder / "counting.wav";
 	WriteSound(path);
@@ -228,18 +228,27 @@ void PlaybackSoak::Act()
 	if (!mPlayback->GetState().mIsPlaying)
 	{
 		++mBreaks;
+		mDevice.NoteCommand("play");
 		mPlayback->Play();
 	}
 }
 
-void PlaybackSoak::Seek()
+void PlaybackSoak::SeekTo(std::int64_t inPlace)
 {
 	++mBreaks;
-	mPlayback->Seek(static_cast<std::int64_t>(Below(static_cast<std::uint64_t>(kFrames))));
+	mDevice.NoteCommand("seek " + std::to_string(inPlace));
+	mPlayback->Seek(inPlace);
+}
+
+void PlaybackSoak::Seek()
+{
+	SeekTo(static_cast<std::int64_t>(Below(static_cast<std::uint64_t>(kFrames))));
 	if (Below(8) == 0)
 	{
 		mBreaks += 2;
-		mPlayback->Scrub(static_cast<std::int64_t>(Below(static_cast<std::uint64_t>(kFrames))));
+		auto const place = static_cast<std::int64_t>(Below(static_cast<std::uint64_t>(kFrames)));
+		mDevice.NoteCommand("scrub " + std::to_string(place));
+		mPlayback->Scrub(place);
 		mPlayback->Play();
 	}
 }
@@ -248,6 +257,7 @@ void PlaybackSoak::ChangeLoop()
 {
 	if (Below(3) == 0)
 	{
+		mDevice.NoteCommand("no loop");
 		mPlayback->SetLoop(std::nullopt);
 		return;
 	}
@@ -256,9 +266,9 @@ void PlaybackSoak::ChangeLoop()
 	loop.mFrames = 1 + static_cast<std::int64_t>(Below(2 * kRate));
 	mDevice.AddLoop(
 		static_cast<double>(loop.mFirstFrame), static_cast<double>(loop.mFirstFrame + loop.mFrames));
+	mDevice.NoteCommand("loop " + std::to_string(loop.mFirstFrame) + " for " + std::to_string(loop.mFrames));
 	mPlayback->SetLoop(loop);
-	++mBreaks;
-	mPlayback->Seek(loop.mFirstFrame);
+	SeekTo(loop.mFirstFrame);
 }
 
 void PlaybackSoak::ChangeSpeed()
@@ -266,12 +276,14 @@ void PlaybackSoak::ChangeSpeed()
 	constexpr double kSpeeds[] = {1.0, 1.0, 1.0, -1.0, 0.5, 2.0, -2.0, 1.5, 4.0, -4.0};
 	mPlaySpeed = kSpeeds[Below(std::size(kSpeeds))];
 	++mBreaks;
+	mDevice.NoteCommand("speed " + std::to_string(mPlaySpeed));
 	mPlayback->SetSpeed(mPlaySpeed);
 }
 
 void PlaybackSoak::Pause()
 {
 	++mBreaks;
+	mDevice.NoteCommand("pause");
 	mPlayback->Stop();
 	Rest(0.01 * static_cast<double>(Below(3)));
 	mPlayback->Play();
@@ -280,6 +292,7 @@ void PlaybackSoak::Pause()
 void PlaybackSoak::Edit()
 {
 	++mEdits;
+	mDevice.NoteCommand("edit");
 	auto const mixed = mMix.Prepare(MakeEdit());
 	mPlayback->TakeOver(mixed.GetProgramme());
 	mMix.Adopt(mixed);
@@ -289,6 +302,7 @@ void PlaybackSoak::Lose()
 {
 	++mLosses;
 	++mBreaks;
+	mDevice.NoteCommand("loss");
 	mDevice.Lose();
 	mHangs += AwaitState([](auto const& inState) { return !inState.mIsPlaying; }) ? 0 : 1;
 	mPlayback->Play();
@@ -307,6 +321,7 @@ void PlaybackSoak::Purge()
 	auto const manager = VX::GetMediaManager();
 	unsigned long long const budget = manager->GetByteBudget();
 	double const before = GetCachedMegabytes();
+	mDevice.NoteCommand("purge");
 	manager->SetByteBudget(0);
 	mPurgedMegabytes += before - GetCachedMegabytes();
 	manager->SetByteBudget(budget);
@@ -315,10 +330,10 @@ void PlaybackSoak::Purge()
 
 void PlaybackSoak::CheckPlace()
 {
-	++mBreaks;
+	mDevice.NoteCommand("check, no loop, speed 1");
 	mPlayback->SetLoop(std::nullopt);
 	mPlayback->SetSpeed(mPlaySpeed = 1.0);
-	mPlayback->Seek(static_cast<std::int64_t>(Below(static_cast<std::uint64_t>(kFrames / 2))));
+	SeekTo(static_cast<std::int64_t>(Below(static_cast<std::uint64_t>(kFrames / 2))));
 	mPlayback->Play();
 	std::int64_t const before = mDevice.GetCounts().mSounding;
 	std::uint64_t const misses = mPlayback->GetState().mMisses;
@@ -416,16 +431,19 @@ bool PlaybackSoak::Judge() const
 	std::printf(
 		"soak: %.2f hours, %llu actions, %llu edits, %llu losses, %llu purges of %.0f MB, %llu seams of "
 		"loops "
-		"(%llu unknown), %llu places checked (%llu wrong), %llu misses reported, %llu gaps of %llu breaks, "
+		"(%llu unknown), %llu places checked (%llu wrong), %llu misses reported, %llu frames unread, %llu "
+		"gaps of %llu breaks, "
 		"%llu misses unreported, %llu hangs, %+.1f MB since the first count%s\n",
 		static_cast<double>(counts.mFrames) / kRate / 3600.0, static_cast<unsigned long long>(mActions),
 		static_cast<unsigned long long>(mEdits), static_cast<unsigned long long>(mLosses),
 		static_cast<unsigned long long>(mPurges), mPurgedMegabytes,
 		static_cast<unsigned long long>(counts.mSeams), static_cast<unsigned long long>(counts.mUnknownSeams),
 		static_cast<unsigned long long>(mPlaces), static_cast<unsigned long long>(mWrongPlaces),
-		static_cast<unsigned long long>(misses), static_cast<unsigned long long>(counts.mGaps),
-		static_cast<unsigned long long>(mBreaks), static_cast<unsigned long long>(unreported),
-		static_cast<unsigned long long>(mHangs), growth, IsMemoryFlat() ? "" : ", memory grows");
+		static_cast<unsigned long long>(misses),
+		static_cast<unsigned long long>(mPlayback->GetState().mUnreadFrames),
+		static_cast<unsigned long long>(counts.mGaps), static_cast<unsigned long long>(mBreaks),
+		static_cast<unsigned long long>(unreported), static_cast<unsigned long long>(mHangs), growth,
+		IsMemoryFlat() ? "" : ", memory grows");
 	if (counts.mUnknownSeams > 0)
 	{
 		std::printf(

@@ -47,6 +47,7 @@ private:
 	SonaroHost::Programme MakeEdit();
 	void Act();
 	void Seek();
+	void SeekTo(std::int64_t inPlace);
 	void ChangeLoop();
 	void ChangeSpeed();
 	void Pause();
