@@ -67,6 +67,12 @@ bool Fits(WideRatio const& inRatio)
 		   inRatio.mDenominator <= kLargest;
 }
 
+// Halves up; inA has 64 bits, and inB is above 0.
+std::int64_t RoundQuotient(Wide inA, Wide inB)
+{
+	return static_cast<std::int64_t>(FloorDivide(2 * inA + inB, 2 * inB));
+}
+
 Ratio ToRatio(WideRatio const& inRatio)
 {
 	// Divisions of 128 bits take ten times as long as those of 64, which nearly all timelines do with.
@@ -116,7 +122,9 @@ Ratio::Ratio(std::int64_t inNumerator, std::int64_t inDenominator)
 		mNumerator = inNumerator;
 		return;
 	}
-	std::int64_t const divisor = std::gcd(inNumerator, inDenominator) * (inDenominator < 0 ? -1 : 1);
+	// One division makes both numbers small, where the steps of a greatest common divisor go bit by bit.
+	std::int64_t const rest = inDenominator == -1 ? 0 : inNumerator % inDenominator;
+	std::int64_t const divisor = std::gcd(rest, inDenominator) * (inDenominator < 0 ? -1 : 1);
 	mNumerator = inNumerator / divisor;
 	mDenominator = inDenominator / divisor;
 }
@@ -176,8 +184,18 @@ Ratio Ratio::FromExactDouble(double inValue)
 
 std::int64_t Ratio::Round() const
 {
-	Wide const doubled = 2 * Wide{mNumerator} + mDenominator;
-	return static_cast<std::int64_t>(FloorDivide(doubled, 2 * Wide{mDenominator}));
+	if (mDenominator == 1)
+	{
+		return mNumerator;
+	}
+	return RoundQuotient(mNumerator, mDenominator);
+}
+
+std::int64_t Ratio::RoundTimes(std::int64_t inFactor) const
+{
+	Wide const numerator = Wide{mNumerator} * inFactor;
+	return Fits(WideRatio{numerator, mDenominator}) ? RoundQuotient(numerator, mDenominator)
+													: (*this * Ratio(inFactor)).Round();
 }
 
 std::int64_t Ratio::Floor() const
@@ -187,6 +205,11 @@ std::int64_t Ratio::Floor() const
 
 Ratio operator+(Ratio const& inA, Ratio const& inB)
 {
+	constexpr Ratio kZero(0);
+	if (inA == kZero || inB == kZero)
+	{
+		return inA == kZero ? inB : inA;
+	}
 	if (inA.mDenominator == inB.mDenominator)
 	{
 		return ToRatio({Wide{inA.mNumerator} + inB.mNumerator, inA.mDenominator});

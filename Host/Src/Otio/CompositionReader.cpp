@@ -7,6 +7,7 @@
 
 #include "SonaroHost/Otio/Limits.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -107,7 +108,11 @@ void ReadChildren(
 		inObject.Refuse("stacks and tracks are nested more than " + std::to_string(kMaxCompositionDepth) +
 						" levels deep; flatten the timeline");
 	}
-	ForEach(Cursor(inObject, "children"), [inAround, inDepth, &outChildren](Cursor const& inChild)
+	Cursor const children(inObject, "children");
+	// What is refused at its first child has not taken the memory of all.
+	constexpr std::size_t kMostAtOnce = 10000;
+	outChildren.reserve(std::min(children.Get().GetElements().size(), kMostAtOnce));
+	ForEach(children, [inAround, inDepth, &outChildren](Cursor const& inChild)
 		{ ReadChild(inChild, inAround, inDepth + 1, outChildren); });
 }
 

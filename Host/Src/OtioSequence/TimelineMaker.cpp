@@ -17,6 +17,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
@@ -89,6 +90,21 @@ private:
 	int mBest = 0;
 };
 
+// At any depth.
+std::size_t CountClips(std::vector<Composable> const& inChildren)
+{
+	std::size_t count = 0;
+	for (Composable const& child : inChildren)
+	{
+		Track const* const track = child.As<Track>();
+		Stack const* const stack = child.As<Stack>();
+		count += child.As<Clip>() ? 1 : 0;
+		count += track ? CountClips(track->mChildren) : 0;
+		count += stack ? CountClips(stack->mChildren) : 0;
+	}
+	return count;
+}
+
 class Maker
 {
 public:
@@ -109,6 +125,9 @@ public:
 	TimelineSequence Make()
 	{
 		CheckOptions();
+		std::size_t const clips = CountClips(mStack.mChildren);
+		mMedia.Reserve(clips);
+		mResult.mClips.reserve(clips);
 		mResult.mPlace = mStack.mPlace;
 		mResult.mSampleRate = ChooseRate();
 		mWhySilent = FindSilence(mStack);

@@ -11,12 +11,14 @@ void TrackMaker::Make(Sequence::Track& ioTrack)
 {
 	ListSlots();
 	std::vector<std::optional<Sequence::Item>> items;
+	items.reserve(mSlots.size());
 	for (Slot const& slot : mSlots)
 	{
 		items.push_back(slot.IsMaterial() ? ItemMaker(mContext, mScope, ioTrack.mLayout)
 												.Make(slot.mView, slot.mPlacement, ItemMaker::LevelsOn::kItem)
 										  : std::nullopt);
 	}
+	ioTrack.mItems.reserve(mSlots.size());
 	for (std::size_t index = 0; index < mSlots.size(); ++index)
 	{
 		// One that is silent is there all the same where the other one of a crossfade is heard.
@@ -30,7 +32,7 @@ void TrackMaker::Make(Sequence::Track& ioTrack)
 				ioTrack);
 			continue;
 		}
-		AddItem(index, items[index], ioTrack);
+		AddItem(index, std::move(items[index]), ioTrack);
 	}
 }
 
@@ -43,6 +45,7 @@ void TrackMaker::ListSlots()
 	};
 	std::vector<Joint> joints;
 	Ratio time;
+	mSlots.reserve(mTrack.mChildren.size());
 	for (Composable const& child : mTrack.mChildren)
 	{
 		if (Transition const* const transition = child.As<Transition>())

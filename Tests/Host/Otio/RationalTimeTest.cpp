@@ -126,6 +126,23 @@ TEST(OtioRationalTime, ArithmeticBeyondSixtyThreeBitsRoundsToTheNearest)
 	}
 }
 
+TEST(OtioRationalTime, RoundedProductsAreThoseOfTheProduct)
+{
+	std::mt19937_64 random(12);
+	for (unsigned i = 0; i < SN::Testing::GetNumTrials(2000); ++i)
+	{
+		auto const draw = [&random] { return static_cast<std::int64_t>(random() >> (1 + random() % 62)); };
+		Ratio const ratio(draw() * (random() % 2 == 0 ? 1 : -1), draw() + 1);
+		std::int64_t const factor = random() % 2 == 0 ? 48000 : draw();
+		ASSERT_EQ(ratio.RoundTimes(factor), (ratio * Ratio(factor)).Round())
+			<< ratio.ToDouble() << " " << factor;
+	}
+	for (std::int64_t const half : {-3, -1, 1, 3})
+	{
+		EXPECT_EQ(Ratio(half, 96000).RoundTimes(48000), (half + 1) / 2);
+	}
+}
+
 TEST(OtioRationalTime, AnyDoubleBecomesANearRatio)
 {
 	std::mt19937_64 random(3);

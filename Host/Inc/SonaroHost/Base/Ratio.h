@@ -35,8 +35,11 @@ public:
 	std::int64_t GetDenominator() const { return mDenominator; }
 	double ToDouble() const { return static_cast<double>(mNumerator) / static_cast<double>(mDenominator); }
 
-	// The nearest whole number, halves up. The other goes down, for negative numbers too.
+	// The nearest whole number, halves up.
 	std::int64_t Round() const;
+	// That of the fraction times a factor, which takes no greatest common divisor.
+	std::int64_t RoundTimes(std::int64_t inFactor) const;
+	// The whole number below, for negative numbers too.
 	std::int64_t Floor() const;
 
 	friend Ratio operator+(Ratio const& inA, Ratio const& inB);

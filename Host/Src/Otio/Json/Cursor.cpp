@@ -2,6 +2,7 @@
 
 #include "SonaroHost/Base/PrintableText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -14,6 +15,43 @@ namespace
 {
 
 constexpr JsonValue kNothing{};
+constexpr std::size_t kLongestKey = 80;
+
+// Nearly all keys stand in a place as they are.
+bool IsPlainKey(std::string_view inKey)
+{
+	auto const isPlain = [](char inCharacter)
+	{
+		return (inCharacter >= 'a' && inCharacter <= 'z') || (inCharacter >= 'A' && inCharacter <= 'Z') ||
+			   inCharacter == '_';
+	};
+	return inKey.size() <= kLongestKey && std::ranges::all_of(inKey, isPlain);
+}
+
+// As RFC 6901 and a line of text want it, and no longer than kLongestKey.
+void AppendKey(std::string_view inKey, std::string& ioPlace)
+{
+	if (IsPlainKey(inKey))
+	{
+		ioPlace += inKey;
+		return;
+	}
+	std::string_view const key = CutText(inKey, kLongestKey);
+	std::string escaped;
+	for (char const character : key)
+	{
+		escaped += character == '~' ? "~0" : (character == '/' ? "~1" : std::string(1, character));
+	}
+	ioPlace += MakePrintable(escaped);
+	ioPlace += key.size() < inKey.size() ? "..." : "";
+}
+
+void AppendIndex(std::size_t inIndex, std::string& ioPlace)
+{
+	std::array<char, 20> digits{};
+	auto const end = std::to_chars(digits.data(), digits.data() + digits.size(), inIndex).ptr;
+	ioPlace.append(digits.data(), end);
+}
 
 } // namespace
 
@@ -50,22 +88,14 @@ void Cursor::AppendPlace(std::string& ioPlace) const
 	{
 		return;
 	}
-	constexpr std::size_t kLongestKey = 80;
 	mAround->AppendPlace(ioPlace);
 	ioPlace += '/';
 	if (mAround->Is(JsonValue::Type::kArray))
 	{
-		ioPlace += std::to_string(mIndex);
+		AppendIndex(mIndex, ioPlace);
 		return;
 	}
-	std::string_view const key = CutText(mKey, kLongestKey);
-	std::string escaped;
-	for (char const character : key)
-	{
-		escaped += character == '~' ? "~0" : (character == '/' ? "~1" : std::string(1, character));
-	}
-	ioPlace += MakePrintable(escaped);
-	ioPlace += key.size() < mKey.size() ? "..." : "";
+	AppendKey(mKey, ioPlace);
 }
 
 void Cursor::Refuse(std::string const& inWhy) const

@@ -48,7 +48,13 @@ RepeatedKeys::RepeatedKeys(JsonValue const& inObject)
 
 bool RepeatedKeys::Has(JsonMember const& inMember) const
 {
-	return &inMember.mValue != (mLast.empty() ? mObject.Find(inMember.mKey) : mLast.at(inMember.mKey));
+	if (!mLast.empty())
+	{
+		return &inMember.mValue != mLast.at(inMember.mKey);
+	}
+	JsonMember const* const end = mObject.GetMembers().data() + mObject.GetMembers().size();
+	return std::any_of(
+		&inMember + 1, end, [&inMember](JsonMember const& inLater) { return inLater.mKey == inMember.mKey; });
 }
 
 void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_view> inKnown,

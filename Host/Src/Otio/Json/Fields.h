@@ -21,6 +21,7 @@ class RepeatedKeys
 public:
 	explicit RepeatedKeys(JsonValue const& inObject);
 
+	// inMember: one of the object's.
 	bool Has(JsonMember const& inMember) const;
 
 private:

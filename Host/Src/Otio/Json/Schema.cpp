@@ -58,6 +58,13 @@ KnownSchema const* FindSchema(std::string_view inName)
 	return nullptr;
 }
 
+// The name as it is today, with the newest version.
+std::string NameNewest(KnownSchema const& inSchema)
+{
+	std::string_view const name = inSchema.mPresentName.empty() ? inSchema.mName : inSchema.mPresentName;
+	return std::string(name) + "." + std::to_string(inSchema.mNewestVersion);
+}
+
 // Gives less than 1 for what is no version.
 int ParseVersion(std::string_view inDigits)
 {
@@ -83,17 +90,15 @@ SchemaKind ReadSchema(Cursor const& inObject)
 		return SchemaKind::kUnknown;
 	}
 	int const version = point == std::string_view::npos ? 0 : ParseVersion(label.substr(point + 1));
-	std::string_view const name = schema->mPresentName.empty() ? schema->mName : schema->mPresentName;
-	auto const newest = std::string(name) + "." + std::to_string(schema->mNewestVersion);
 	if (version < 1)
 	{
-		inObject.Tell(
-			Note::Kind::kGuess, "the schema " + Quote(label) + " has no version; treating it as " + newest);
+		inObject.Tell(Note::Kind::kGuess,
+			"the schema " + Quote(label) + " has no version; treating it as " + NameNewest(*schema));
 	}
 	else if (version > schema->mNewestVersion)
 	{
 		inObject.Tell(Note::Kind::kGuess,
-			"the schema " + Quote(label) + " is newer than supported; treating it as " + newest);
+			"the schema " + Quote(label) + " is newer than supported; treating it as " + NameNewest(*schema));
 	}
 	else if (!schema->mPresentName.empty())
 	{

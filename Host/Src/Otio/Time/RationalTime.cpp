@@ -46,7 +46,7 @@ Ratio ToSeconds(RationalTime const& inTime)
 
 std::int64_t ToSamples(Ratio const& inSeconds, int inSampleRate)
 {
-	return (inSeconds * Ratio(inSampleRate)).Round();
+	return inSeconds.RoundTimes(inSampleRate);
 }
 
 } // namespace SonaroHost::Otio

@@ -29,24 +29,23 @@ Ratio FindLargestSpeed(ItemTiming const& inTiming)
 
 } // namespace
 
-bool ContentChecks::IsOutside(
-	Placement const& inPlacement, ItemTiming const& inTiming, TimeSpan const& inContent) const
+bool ContentChecks::IsOutside(ItemTiming const& inTiming, TimeSpan const& inContent)
 {
-	return inTiming.mToContent.Map(GetReach(inPlacement, mGrid)).Intersect(inContent).IsEmpty();
+	return inTiming.mReachInContent.Intersect(inContent).IsEmpty();
 }
 
 void ContentChecks::CheckReach(
 	Item const& inItem, Placement const& inPlacement, ItemTiming const& inTiming, Content const& inContent)
 {
-	auto const findShortage = [&](TimeSpan const& inTimes)
+	auto const findShortage = [&](TimeSpan const& inUsed)
 	{
-		TimeSpan const used = inTiming.mToContent.Map(inTimes);
-		Ratio const before = inContent.mSpan.mStart - used.mStart;
-		Ratio const behind = used.mEnd - inContent.mSpan.mEnd;
+		Ratio const before = inContent.mSpan.mStart - inUsed.mStart;
+		Ratio const behind = inUsed.mEnd - inContent.mSpan.mEnd;
 		return (std::max(before, behind) * inContent.mRate).Round();
 	};
-	std::int64_t const lacking = findShortage({inPlacement.mStart, inPlacement.mEnd});
-	std::int64_t const lackingHandle = findShortage(GetReach(inPlacement, mGrid));
+	std::int64_t const lacking =
+		findShortage(inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd}));
+	std::int64_t const lackingHandle = findShortage(inTiming.mReachInContent);
 	if (lacking > 0)
 	{
 		bool const isUsual =

@@ -22,15 +22,14 @@ struct Content
 class ContentChecks
 {
 public:
-	// Both outlive this object.
-	ContentChecks(MakerContext& ioContext, Grid const& inGrid)
-		: mContext(ioContext),
-		  mGrid(inGrid)
+	// Outlives this object.
+	explicit ContentChecks(MakerContext& ioContext)
+		: mContext(ioContext)
 	{
 	}
 
 	// Whether it hears nothing of its content, transitions and all.
-	bool IsOutside(Placement const& inPlacement, ItemTiming const& inTiming, TimeSpan const& inContent) const;
+	static bool IsOutside(ItemTiming const& inTiming, TimeSpan const& inContent);
 	// Takes notes of the parts that its content lacks.
 	void CheckReach(Item const& inItem, Placement const& inPlacement, ItemTiming const& inTiming,
 		Content const& inContent);
@@ -40,7 +39,6 @@ public:
 
 private:
 	MakerContext& mContext;
-	Grid const& mGrid;
 };
 
 } // namespace SonaroHost::Otio

@@ -60,7 +60,7 @@ std::optional<Sequence::Item> ItemMaker::Make(
 	}
 	ItemTiming const timing = MakeTiming(inItem, inPlacement, mContext.mRanges, mScope.mGrid);
 	AddMarkers(inItem, inPlacement, timing);
-	if (whySilent.empty() && GetReach(inPlacement, mScope.mGrid).Intersect(mScope.mNeeded).IsEmpty())
+	if (whySilent.empty() && timing.mReach.Intersect(mScope.mNeeded).IsEmpty())
 	{
 		whySilent = "it is trimmed off by its parent track or stack, or has zero length";
 	}
@@ -137,6 +137,10 @@ Sequence::Item ItemMaker::MakeItem(
 
 void ItemMaker::AddMarkers(ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming)
 {
+	if (inItem.mItem->mMarkers.empty())
+	{
+		return;
+	}
 	TimeSpan const visible = TimeSpan{inPlacement.mStart, inPlacement.mEnd}.Intersect(mScope.mVisible);
 	TimeSpan const heard = inTiming.mToContent.Map(visible);
 	TimeMap const toSequence = inTiming.mToContent.Invert();
@@ -198,7 +202,7 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	ClipStretches stretches;
 	if (inWhySilent.empty())
 	{
-		TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
+		TimeSpan const& reach = inTiming.mReach;
 		stretches.mRamp = ChooseRampStretch(mContext, inClip, inTiming,
 			{reach.mStart - inPlacement.mStart, reach.mEnd - inPlacement.mStart},
 			{Ratio::FromDouble(media->mMedia->mSampleRate), mediaStart});
@@ -219,7 +223,7 @@ std::optional<Sequence::Item> ItemMaker::MakeClip(Clip const& inClip, Placement 
 	}
 	Sequence::Item item = MakeItem(inClip, inPlacement, inTiming);
 	AddContent(inPlacement, inTiming, {*media, mediaStart}, stretches, item);
-	SN::AudioChannelLayout const& layout = mContext.mLayouts.GetLayout(inClip);
+	SN::AudioChannelLayout const& layout = media->mLayout;
 	CheckWidth(inClip, layout);
 	if (inLevelsOn == LevelsOn::kItem)
 	{
@@ -244,8 +248,8 @@ void ItemMaker::AddContent(Placement const& inPlacement, ItemTiming const& inTim
 	}
 	else if (auto const& stretch = inStretches.mConstant)
 	{
-		TimeSpan const reach = inTiming.mToContent.Map(GetReach(inPlacement, mScope.mGrid));
-		content.mMedia = GetStretched(mContext, *stretch, inMedia.mMedia, reach, inMedia.mStart);
+		content.mMedia =
+			GetStretched(mContext, *stretch, inMedia.mMedia, inTiming.mReachInContent, inMedia.mStart);
 		first = first / stretch->mSpeed;
 		ioItem.mSpeed = (inTiming.mSpeed / stretch->mSpeed).ToDouble();
 		if (ioItem.mSpeedCurve)
@@ -264,7 +268,7 @@ std::string ItemMaker::CheckClip(Clip const& inClip, Placement const& inPlacemen
 	Ratio const rate = Ratio::FromDouble(file.mSampleRate);
 	Content const content{{inMedia.mStart, inMedia.mStart + Ratio(file.mFrames) / rate}, rate, "media", true};
 	std::string whySilent;
-	if (mChecks.IsOutside(inPlacement, inTiming, content.mSpan))
+	if (ContentChecks::IsOutside(inTiming, content.mSpan))
 	{
 		outStatus = ClipRow::Status::kOutside;
 		TimeSpan const wanted = inTiming.mToContent.Map(TimeSpan{inPlacement.mStart, inPlacement.mEnd});
@@ -297,7 +301,7 @@ Ratio ItemMaker::ChooseMediaStart(
 	auto const fits = [&](Ratio const& inStart)
 	{ return inStart <= wanted.mStart && wanted.mEnd <= inStart + length; };
 	auto const isOutside = [&](Ratio const& inStart) {
-		return mChecks.IsOutside(inPlacement, inTiming, {inStart, inStart + length});
+		return ContentChecks::IsOutside(inTiming, {inStart, inStart + length});
 	};
 	Ratio const start = *inMedia.mStart;
 	if (fits(Ratio()) || (!fits(start) && (isOutside(start) || !isOutside(Ratio()))))
@@ -339,8 +343,8 @@ void ItemMaker::AddClipRow(Clip const& inClip, Placement const& inPlacement, Ite
 			toContent.Map(TimeSpan{Ratio(row.mFirstFrame, rate), Ratio(row.mEndFrame, rate)});
 		Ratio const& start = inState.mMediaStart;
 		row.mMediaRate = static_cast<int>(mediaRate);
-		row.mFirstMediaSample = ((used.mStart - start) * Ratio::FromDouble(mediaRate)).Round();
-		row.mEndMediaSample = ((used.mEnd - start) * Ratio::FromDouble(mediaRate)).Round();
+		row.mFirstMediaSample = (used.mStart - start).RoundTimes(row.mMediaRate);
+		row.mEndMediaSample = (used.mEnd - start).RoundTimes(row.mMediaRate);
 		row.mRamp = MakeRampRow(inPlacement, inTiming, mScope, {Ratio::FromDouble(mediaRate), start});
 	}
 	mContext.mResult.mClips.push_back(std::move(row));
@@ -416,7 +420,7 @@ std::string ItemMaker::CheckNest(
 	ItemView const& inItem, Placement const& inPlacement, ItemTiming const& inTiming)
 {
 	TimeSpan const content{Ratio(), mContext.mRanges.GetContentLength(inItem)};
-	if (!content.IsEmpty() && mChecks.IsOutside(inPlacement, inTiming, content))
+	if (!content.IsEmpty() && ContentChecks::IsOutside(inTiming, content))
 	{
 		mContext.Tell(Note::Kind::kIgnored, inItem.mItem->mPlace,
 			"the range lies outside its content; the item is silent; correct its source_range");
@@ -465,7 +469,7 @@ Scope ItemMaker::MakeInnerScope(ItemView const& inItem, Placement const& inPlace
 	Scope scope{MakeInnerGrid(inTiming, outStart), mScope.mToProgramme.After(inTiming.mToContent.Invert()),
 		{}, {}, mScope.mTrack, mScope.mDepth, inWhySilent, {}, {}};
 	TimeSpan const own{inPlacement.mStart, inPlacement.mEnd};
-	TimeSpan const reach = GetReach(inPlacement, mScope.mGrid);
+	TimeSpan const& reach = inTiming.mReach;
 	scope.mVisible = inTiming.mToContent.Map(own.Intersect(mScope.mVisible));
 	scope.mNeeded = inTiming.mToContent.Map(reach.Intersect(mScope.mNeeded));
 	scope.mHearing = std::make_shared<Hearing const>(mScope.mHearing,

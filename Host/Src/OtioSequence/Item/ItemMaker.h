@@ -31,7 +31,7 @@ public:
 		: mContext(ioContext),
 		  mScope(inScope),
 		  mLayout(inLayout),
-		  mChecks(ioContext, inScope.mGrid)
+		  mChecks(ioContext)
 	{
 	}
 

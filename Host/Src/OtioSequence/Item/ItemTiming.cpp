@@ -11,12 +11,6 @@ Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const&
 	return {inStart, end, inGrid.ToFrame(inStart), inGrid.ToFrame(end), 0, 0};
 }
 
-TimeSpan GetReach(Placement const& inPlacement, Grid const& inGrid)
-{
-	return {inGrid.ToTime(inPlacement.mFirstFrame - inPlacement.mFramesBefore),
-		inGrid.ToTime(inPlacement.mEndFrame + inPlacement.mFramesAfter)};
-}
-
 ItemTiming MakeTiming(
 	ItemView const& inItem, Placement const& inPlacement, Ranges& ioRanges, Grid const& inGrid)
 {
@@ -43,6 +37,9 @@ ItemTiming MakeTiming(
 		timing.mIsBackwards = timing.mSpeed < Ratio();
 		timing.mToContent = TimeMap(inPlacement.mStart, timing.mRange.mStart + passed, timing.mSpeed);
 	}
+	timing.mReach = {inGrid.ToTime(inPlacement.mFirstFrame - inPlacement.mFramesBefore),
+		inGrid.ToTime(inPlacement.mEndFrame + inPlacement.mFramesAfter)};
+	timing.mReachInContent = timing.mToContent.Map(timing.mReach);
 	timing.mContentStart = timing.mRange.mStart + passed;
 	timing.mFirst = timing.mToContent.Map(inGrid.ToTime(inPlacement.mFirstFrame));
 	return timing;

@@ -24,9 +24,6 @@ struct Placement
 
 Placement MakePlacement(Ratio const& inStart, Ratio const& inLength, Grid const& inGrid);
 
-// Frames from the sequence's time on that the item is asked for, crossfades among them.
-TimeSpan GetReach(Placement const& inPlacement, Grid const& inGrid);
-
 // How the item's own time passes in that of the sequence.
 struct ItemTiming
 {
@@ -42,10 +39,14 @@ struct ItemTiming
 	Ratio mContentStart;
 	// Maps the sequence's time to the item's.
 	TimeMap mToContent;
+	// The frames that the item is asked for, crossfades among them, in the sequence's time, and in its own.
+	TimeSpan mReach;
+	TimeSpan mReachInContent;
 	// The item's time at its first frame.
 	Ratio mFirst;
 };
 
+// inPlacement: with its crossfades.
 ItemTiming MakeTiming(
 	ItemView const& inItem, Placement const& inPlacement, Ranges& ioRanges, Grid const& inGrid);
 

@@ -1,8 +1,12 @@
 #include "ClipMedia.h"
 
 #include "Media/MovieFile.h"
+#include "SonaroHost/Base/ChannelLayouts.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/NoSoundError.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace SonaroHost::Otio
 {
@@ -10,13 +14,38 @@ namespace SonaroHost::Otio
 namespace
 {
 
-ClipMedia MakeMissing(std::filesystem::path inPath, std::string inReason)
+ClipMedia MakeSilent(std::filesystem::path inPath, std::string inReason, bool inIsMissing)
 {
 	ClipMedia media;
 	media.mPath = std::move(inPath);
 	media.mWhySilent = std::move(inReason);
-	media.mIsMissing = true;
+	media.mIsMissing = inIsMissing;
 	return media;
+}
+
+// Of a clip without a file.
+ClipMedia DescribeSilence(MediaReference const* inReference)
+{
+	switch (inReference ? inReference->mKind : MediaReference::Kind::kMissing)
+	{
+	case MediaReference::Kind::kUnknown:
+		return MakeSilent({}, "media of schema " + inReference->mSchema + " cannot be read", true);
+	case MediaReference::Kind::kGenerator:
+		return MakeSilent({}, "generators are not rendered", false);
+	case MediaReference::Kind::kImageSequence:
+		return MakeSilent({}, "image sequences have no sound", false);
+	default:
+		return MakeSilent({}, "the clip has no media", true);
+	}
+}
+
+// Whether a clip has all of its file, and as it is.
+bool TakesWhole(Clip const& inClip)
+{
+	MixSettings const& settings = inClip.GetSettings();
+	return settings.mChannels.empty() && settings.mForeign.mFirstChannels == 0 &&
+		   std::ranges::none_of(
+			   inClip.mEffects, [](Effect const& inEffect) { return inEffect.mDenoise != nullptr; });
 }
 
 Denoise MakeDenoise(DenoiseEffect const& inEffect, double inSampleRate)
@@ -40,43 +69,21 @@ ClipMedia const& ClipMediaTable::Get(Clip const& inClip)
 	{
 		place->second = Resolve(inClip);
 	}
-	return place->second;
+	return *place->second;
 }
 
-ClipMedia ClipMediaTable::Resolve(Clip const& inClip)
+std::shared_ptr<ClipMedia const> ClipMediaTable::Resolve(Clip const& inClip)
 {
 	MediaReference const* const reference = inClip.FindActiveMedia();
-	MediaReference::Kind const kind = reference ? reference->mKind : MediaReference::Kind::kMissing;
-	ClipMedia media;
-	switch (kind)
+	std::shared_ptr<ClipMedia const> media = reference && reference->mKind == MediaReference::Kind::kExternal
+												 ? ResolveFile(inClip, *reference)
+												 : std::make_shared<ClipMedia>(DescribeSilence(reference));
+	if (!media->mMedia)
 	{
-	case MediaReference::Kind::kExternal:
-		media = ResolveFile(*reference, inClip.GetSettings().mStream);
-		break;
-	case MediaReference::Kind::kMissing:
-		media = MakeMissing({}, "the clip has no media");
-		break;
-	case MediaReference::Kind::kUnknown:
-		media = MakeMissing({}, "media of schema " + reference->mSchema + " cannot be read");
-		break;
-	case MediaReference::Kind::kGenerator:
-		media.mWhySilent = "generators are not rendered";
-		break;
-	case MediaReference::Kind::kImageSequence:
-		media.mWhySilent = "image sequences have no sound";
-		break;
-	}
-	if (media.mMedia)
-	{
-		ReduceNoise(inClip, media);
-		ChooseChannels(inClip, media);
-	}
-	else
-	{
-		std::string const place = media.mPath.empty() ? std::string() : QuotePath(media.mPath) + " ";
-		mNotes.push_back({media.mIsMissing ? Note::Kind::kIgnored : Note::Kind::kRemark,
+		std::string const place = media->mPath.empty() ? std::string() : QuotePath(media->mPath) + " ";
+		mNotes.push_back({media->mIsMissing ? Note::Kind::kIgnored : Note::Kind::kRemark,
 			reference ? reference->mPlace : inClip.mPlace,
-			place + media.mWhySilent + "; the clip is silent"});
+			place + media->mWhySilent + "; the clip is silent"});
 	}
 	return media;
 }
@@ -132,61 +139,79 @@ void ClipMediaTable::ChooseChannels(Clip const& inClip, ClipMedia& ioMedia)
 		}
 		ioMedia.mChannels.push_back(channel - 1);
 	}
+	if (!ioMedia.mChannels.empty())
+	{
+		ioMedia.mLayout = MakeLayoutOfChannels(static_cast<unsigned>(ioMedia.mChannels.size()));
+	}
 }
 
-ClipMedia ClipMediaTable::ResolveFile(MediaReference const& inReference, unsigned inStream)
+std::shared_ptr<ClipMedia const> ClipMediaTable::ResolveFile(
+	Clip const& inClip, MediaReference const& inReference)
 {
-	auto const [place, isNew] = mOpened.try_emplace({inReference.mTargetUrl, inStream});
+	unsigned const stream = inClip.GetSettings().mStream;
+	auto const [place, isNew] = mOpened[inReference.mTargetUrl].try_emplace(stream);
+	File& file = place->second;
 	if (isNew)
 	{
-		place->second = Open(inReference.mTargetUrl, inStream);
+		file = Open(inReference.mTargetUrl, stream);
+		file.mWhole = std::make_shared<ClipMedia>(TakeWhole(file));
 	}
-	FoundMedia const& found = place->second.mFound;
-	if (place->second.mIsSilent)
+	if (!file.mWhole->mMedia)
 	{
-		ClipMedia silence;
-		silence.mPath = found.mShownPath;
-		silence.mWhySilent = found.mWhyMissing;
-		return silence;
+		return file.mWhole;
 	}
-	if (!found.IsFound())
+	TellOfFile(file, inReference.mPlace);
+	if (TakesWhole(inClip))
 	{
-		return MakeMissing(found.mShownPath, found.mWhyMissing);
+		return file.mWhole;
 	}
-	if (!found.mRemark.empty())
-	{
-		mNotes.push_back(
-			{found.mIsGuess ? Note::Kind::kGuess : Note::Kind::kRemark, inReference.mPlace, found.mRemark});
-	}
-	ClipMedia media;
-	media.mPath = found.mShownPath;
-	media.mMedia = place->second.mMedia;
-	media.mFile = {found.mPath, place->second.mStream};
-	DescribeFile(place->second, inReference.mPlace, media);
+	auto media = std::make_shared<ClipMedia>(*file.mWhole);
+	ReduceNoise(inClip, *media);
+	ChooseChannels(inClip, *media);
 	return media;
 }
 
-void ClipMediaTable::DescribeFile(File const& inFile, std::string const& inPlace, ClipMedia& ioMedia)
+ClipMedia ClipMediaTable::TakeWhole(File const& inFile)
 {
-	AudioFileInfo const* const info = mFiles.FindInfo(inFile.mFound.mShownPath, inFile.mStream);
-	if (!info)
+	FoundMedia const& found = inFile.mFound;
+	if (!inFile.mMedia)
+	{
+		return MakeSilent(found.mShownPath, found.mWhyMissing, !inFile.mIsSilent);
+	}
+	ClipMedia media;
+	media.mPath = found.mShownPath;
+	media.mMedia = inFile.mMedia;
+	media.mFile = {found.mPath, inFile.mStream};
+	media.mLayout = inFile.mMedia->mLayout;
+	if (inFile.mInfo && inFile.mInfo->mStart)
+	{
+		auto const& start = inFile.mInfo->mStart;
+		media.mStart = Ratio(start->mUnits) * Ratio(start->mRateDivisor, start->mRate);
+		media.mStartText = start->mText;
+	}
+	return media;
+}
+
+void ClipMediaTable::TellOfFile(File const& inFile, std::string const& inPlace)
+{
+	FoundMedia const& found = inFile.mFound;
+	if (!found.mRemark.empty())
+	{
+		mNotes.push_back({found.mIsGuess ? Note::Kind::kGuess : Note::Kind::kRemark, inPlace, found.mRemark});
+	}
+	if (!inFile.mInfo)
 	{
 		return;
 	}
-	if (auto const& start = info->mStart)
+	for (std::string const& remark : inFile.mInfo->mRemarks)
 	{
-		ioMedia.mStart = Ratio(start->mUnits) * Ratio(start->mRateDivisor, start->mRate);
-		ioMedia.mStartText = start->mText;
+		mNotes.push_back({Note::Kind::kRemark, inPlace, QuotePath(found.mShownPath) + ": " + remark});
 	}
-	for (std::string const& remark : info->mRemarks)
+	if (auto stretches = inFile.mInfo->mDamage->Get(); !stretches.empty())
 	{
-		mNotes.push_back({Note::Kind::kRemark, inPlace, QuotePath(ioMedia.mPath) + ": " + remark});
-	}
-	DamagedMedia const damaged{ioMedia.mPath, info->mSampleRate, info->mDamage->Get()};
-	if (!damaged.mStretches.empty())
-	{
+		DamagedMedia const damaged{found.mShownPath, inFile.mInfo->mSampleRate, std::move(stretches)};
 		mNotes.push_back(
-			{Note::Kind::kIgnored, inPlace, QuotePath(ioMedia.mPath) + " " + DescribeDamage(damaged)});
+			{Note::Kind::kIgnored, inPlace, QuotePath(found.mShownPath) + " " + DescribeDamage(damaged)});
 	}
 }
 
@@ -233,6 +258,7 @@ void ClipMediaTable::Read(File& ioFile)
 	try
 	{
 		ioFile.mMedia = mFiles.Get(found.mPath, found.mShownPath, ioFile.mStream);
+		ioFile.mInfo = mFiles.FindInfo(found.mShownPath, ioFile.mStream);
 	}
 	catch (SilentMovieError const& error)
 	{

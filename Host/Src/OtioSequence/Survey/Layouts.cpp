@@ -11,21 +11,31 @@
 namespace SonaroHost::Otio
 {
 
+namespace
+{
+
+// Copies only what is wider: there are very many clips.
+void Widen(SN::AudioChannelLayout const& inLayout, SN::AudioChannelLayout& ioWidth)
+{
+	if (inLayout.size() > ioWidth.size())
+	{
+		ioWidth = inLayout;
+	}
+}
+
+} // namespace
+
 SN::AudioChannelLayout const& Layouts::GetLayout(Clip const& inClip)
 {
-	auto const [place, isNew] = mClips.try_emplace(&inClip);
-	ClipMedia const& media = mMedia.Get(inClip);
-	if (isNew && media.mMedia)
-	{
-		place->second = media.mChannels.empty()
-							? media.mMedia->mLayout
-							: MakeLayoutOfChannels(static_cast<unsigned>(media.mChannels.size()));
-	}
-	return place->second;
+	return mMedia.Get(inClip).mLayout;
 }
 
 SN::AudioChannelLayout const& Layouts::GetInnerWidth(ItemView const& inItem)
 {
+	if (inItem.mClip)
+	{
+		return GetLayout(*inItem.mClip);
+	}
 	auto found = mWidths.find(inItem.mItem);
 	if (found == mWidths.end())
 	{
@@ -34,25 +44,25 @@ SN::AudioChannelLayout const& Layouts::GetInnerWidth(ItemView const& inItem)
 	return found->second;
 }
 
-SN::AudioChannelLayout Layouts::GetWidth(ItemView const& inItem)
+SN::AudioChannelLayout const& Layouts::GetWidth(ItemView const& inItem)
 {
+	static SN::AudioChannelLayout const stereo = zorvmediatypes::CreateStereoChannelLayout();
 	SN::AudioChannelLayout const& inner = GetInnerWidth(inItem);
-	return inner.size() == 1 && FindPan(*inItem.mItem) ? zorvmediatypes::CreateStereoChannelLayout() : inner;
+	return inner.size() == 1 && FindPan(*inItem.mItem) ? stereo : inner;
 }
 
 SN::AudioChannelLayout Layouts::FindWidth(ItemView const& inItem)
 {
 	SN::AudioChannelLayout width;
-	if (inItem.mClip)
-	{
-		return GetLayout(*inItem.mClip);
-	}
 	if (inItem.mTrack && inItem.mTrack->IsAudio())
 	{
 		for (Composable const& child : inItem.mTrack->mChildren)
 		{
 			Item const* const item = child.AsItem();
-			width = item && FindSilence(*item).empty() ? Choose(width, GetWidth(child)) : width;
+			if (item && FindSilence(*item).empty())
+			{
+				Widen(GetWidth(child), width);
+			}
 		}
 	}
 	if (inItem.mStack && inItem.mItem->GetSettings().mLayout)
@@ -64,8 +74,10 @@ SN::AudioChannelLayout Layouts::FindWidth(ItemView const& inItem)
 		auto const silences = FindSilences(*inItem.mStack);
 		for (std::size_t index = 0; index < silences.size(); ++index)
 		{
-			width =
-				silences[index].empty() ? Choose(width, GetWidth(inItem.mStack->mChildren[index])) : width;
+			if (silences[index].empty())
+			{
+				Widen(GetWidth(inItem.mStack->mChildren[index]), width);
+			}
 		}
 		for (Submix const& submix : inItem.mItem->GetSettings().mSubmixes)
 		{
@@ -73,12 +85,6 @@ SN::AudioChannelLayout Layouts::FindWidth(ItemView const& inItem)
 		}
 	}
 	return width;
-}
-
-SN::AudioChannelLayout const& Layouts::Choose(
-	SN::AudioChannelLayout const& inA, SN::AudioChannelLayout const& inB)
-{
-	return inB.size() > inA.size() ? inB : inA;
 }
 
 SN::AudioChannelLayout const& Layouts::Limit(

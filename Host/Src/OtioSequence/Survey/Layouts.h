@@ -25,11 +25,8 @@ public:
 	SN::AudioChannelLayout const& GetLayout(Clip const& inClip);
 	// The layout that an item's sound wants: before any pan of its own, and after it. Both are empty where nothing is heard.
 	SN::AudioChannelLayout const& GetInnerWidth(ItemView const& inItem);
-	SN::AudioChannelLayout GetWidth(ItemView const& inItem);
+	SN::AudioChannelLayout const& GetWidth(ItemView const& inItem);
 
-	// The wider one of two.
-	static SN::AudioChannelLayout const& Choose(
-		SN::AudioChannelLayout const& inA, SN::AudioChannelLayout const& inB);
 	// inLayout as far as it is no wider than inLimit, and inLimit for none.
 	static SN::AudioChannelLayout const& Limit(
 		SN::AudioChannelLayout const& inLayout, SN::AudioChannelLayout const& inLimit);
@@ -40,8 +37,8 @@ private:
 	SN::AudioChannelLayout FindWidth(ItemView const& inItem);
 
 	ClipMediaTable& mMedia;
+	// Of compositions.
 	std::unordered_map<Item const*, SN::AudioChannelLayout> mWidths;
-	std::unordered_map<Clip const*, SN::AudioChannelLayout> mClips;
 };
 
 } // namespace SonaroHost::Otio
