@@ -7,12 +7,15 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace SonaroHost::Otio
 {
 
 namespace
 {
+
+constexpr std::string_view kSchemaKey = "OTIO_SCHEMA";
 
 // Refuses what is no object of the schema, or of none.
 void CheckObject(Cursor const& inValue, SchemaKind inKind, char const* inName)
@@ -65,7 +68,7 @@ void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_v
 	RepeatedKeys const repeated(inObject.Get());
 	for (JsonMember const& member : inObject.Get().GetMembers())
 	{
-		if (member.mKey == "OTIO_SCHEMA")
+		if (member.mKey == kSchemaKey)
 		{
 			continue;
 		}
@@ -78,6 +81,27 @@ void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_v
 			Cursor(inObject, member)
 				.Tell(Note::Kind::kGuess, "the key appears more than once; the last value is used");
 		}
+	}
+}
+
+void CheckKeys(Cursor const& inObject, std::initializer_list<std::string_view> inNeeded,
+	std::initializer_list<std::string_view> inOthers)
+{
+	std::vector<std::string_view> const others(inOthers);
+	TellUnknownKeys(inObject, inNeeded, others);
+	auto const isUnknown = [&](JsonMember const& inMember)
+	{
+		return inMember.mKey != kSchemaKey && std::ranges::find(inNeeded, inMember.mKey) == inNeeded.end() &&
+			   std::ranges::find(others, inMember.mKey) == others.end();
+	};
+	auto const absent = std::ranges::find_if(
+		inNeeded, [&inObject](std::string_view inKey) { return inObject.Get().Find(inKey) == nullptr; });
+	std::span<JsonMember const> const members = inObject.Get().GetMembers();
+	auto const unknown = std::ranges::find_if(members, isUnknown);
+	if (absent != inNeeded.end() && unknown != members.end())
+	{
+		Cursor(inObject, *unknown)
+			.Refuse("unknown key, while \"" + std::string(*absent) + "\" is missing; correct it");
 	}
 }
 

@@ -34,6 +34,11 @@ private:
 void TellUnknownKeys(Cursor const& inObject, std::initializer_list<std::string_view> inKnown,
 	std::span<std::string_view const> inShared = {});
 
+// The same, of an object that has to have keys. Where one of them is absent and another key is unknown, the object is
+// refused at the unknown one, which was probably meant to be it.
+void CheckKeys(Cursor const& inObject, std::initializer_list<std::string_view> inNeeded,
+	std::initializer_list<std::string_view> inOthers);
+
 // A name or a label: anything but a text is noted and gives an empty one, which nothing gives too.
 std::string ReadLabel(Cursor const& inValue);
 

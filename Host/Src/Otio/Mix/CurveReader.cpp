@@ -63,12 +63,12 @@ Curve ReadCurve(Cursor const& inValue, AutomationScale inScale, double (*inReadV
 		curve.mConstant = inReadValue(inValue);
 		return curve;
 	}
-	TellUnknownKeys(inValue, {"keyframes"});
+	CheckKeys(inValue, {"keyframes"}, {});
 	Cursor const keyframes(inValue, "keyframes");
 	ForEach(keyframes,
 		[&curve, inReadValue](Cursor const& inKeyframe)
 		{
-			TellUnknownKeys(inKeyframe, {"time", "value", "interpolation"});
+			CheckKeys(inKeyframe, {"time", "value"}, {"interpolation"});
 			curve.mKeyframes.push_back(
 				{ReadSecondsOrTime(Cursor(inKeyframe, "time")), inReadValue(Cursor(inKeyframe, "value")),
 					ReadInterpolation(Cursor(inKeyframe, "interpolation"))});
@@ -135,7 +135,7 @@ FadeShape ReadShape(Cursor const& inValue)
 Fade ReadFade(Cursor const& inValue)
 {
 	inValue.Require(JsonValue::Type::kObject, "an object with \"duration\"");
-	TellUnknownKeys(inValue, {"duration", "curve"});
+	CheckKeys(inValue, {"duration"}, {"curve"});
 	Cursor const duration(inValue, "duration");
 	Fade fade;
 	fade.mDuration = ReadSecondsOrTime(duration);

@@ -15,7 +15,7 @@ constexpr double kMostReduction = 60.0;
 DenoiseEffect::Range ReadLearnRange(Cursor const& inObject)
 {
 	inObject.Require(JsonValue::Type::kObject, "an object with \"start\" and \"end\"");
-	TellUnknownKeys(inObject, {"start", "end"});
+	CheckKeys(inObject, {"start", "end"}, {});
 	Cursor const start(inObject, "start");
 	DenoiseEffect::Range range{ReadSecondsOrTime(start), ReadSecondsOrTime(Cursor(inObject, "end"))};
 	if (ToSeconds(range.mStart) < Ratio())

@@ -48,7 +48,7 @@ RationalTime ReadFadeLength(Cursor const& inValue)
 AngleCut ReadCut(Cursor const& inValue, std::size_t inIndex)
 {
 	inValue.Require(JsonValue::Type::kObject, "an object with \"time\" and \"angle\"");
-	TellUnknownKeys(inValue, {"time", "angle", "fade"});
+	CheckKeys(inValue, {"time", "angle"}, {"fade"});
 	return {ReadSecondsOrTime(Cursor(inValue, "time")), ReadAngle(Cursor(inValue, "angle")),
 		ReadIfThere(Cursor(inValue, "fade"), ReadFadeLength), inIndex};
 }

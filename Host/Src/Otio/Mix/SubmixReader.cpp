@@ -18,7 +18,7 @@ namespace
 Send ReadSend(Cursor const& inValue)
 {
 	inValue.Require(JsonValue::Type::kObject, "an object with \"to\", the submix to send to");
-	TellUnknownKeys(inValue, {"to", "gain", "pre_fader"});
+	CheckKeys(inValue, {"to"}, {"gain", "pre_fader"});
 	Send send;
 	send.mTo = ReadName(Cursor(inValue, "to"));
 	send.mGain.mScale = AutomationScale::kDecibels;
@@ -33,7 +33,7 @@ Send ReadSend(Cursor const& inValue)
 Submix ReadSubmix(Cursor const& inValue)
 {
 	inValue.Require(JsonValue::Type::kObject, "an object with \"name\"");
-	TellUnknownKeys(inValue, {"name", "gain", "pan", "effects", "mute", "output"});
+	CheckKeys(inValue, {"name"}, {"gain", "pan", "effects", "mute", "output"});
 	Submix submix;
 	submix.mName = ReadName(Cursor(inValue, "name"));
 	submix.mGain = ReadIfThere(Cursor(inValue, "gain"), ReadGain);
