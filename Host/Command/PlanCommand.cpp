@@ -1,6 +1,7 @@
 #include "Command.h"
 
 #include "PlannedRender.h"
+#include "Report/ReportFile.h"
 #include "Report/TimelineNotes.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
@@ -55,7 +56,7 @@ public:
 		{
 			Refuse(QuotePath(mInput) + " is no timeline; plan accepts .otio, .otioz and .otiod");
 		}
-		MakeRoomForOutputs({mOutput});
+		MakeRoomForOutputs({mOutput, mReport});
 		TimelineRenderRequest request = MakeRequest();
 		CheckCanPlan(request);
 		FarmRequest farm;
@@ -65,6 +66,7 @@ public:
 		farm.mOptions = mPlanned.ListOptions();
 		TimelineRenderJob const job(request);
 		WarnOfNotes(job.GetSequence().mMissing, job.GetNotes());
+		CheckReport(mPlanned.GetOptions(), ReportFolder::kIsThere);
 		mPlanned.GetTimeline().CheckStrictly(job, mInput);
 		FarmPlan const plan = PlanFarm(job, request, farm);
 		Write(ToText(plan));
@@ -94,6 +96,10 @@ private:
 			"piece is rendered; it is no part of the plan");
 		AddFlag("--no-overwrite", mKeepsOldFile,
 			"Fail if the plan, or the file of --join-output, already exists");
+		Add("--report", mReport, "FILE",
+			"Report to write, as JSON, or as a page if its name ends in .html, if --strict refuses the "
+			"render; "
+			"without that none is written");
 		AddFlag("--track-levels", mHasTracks,
 			"Let pieces carry what the meters of tracks hear, so that \"sonaro join\" can write a report; "
 			"they "
@@ -103,6 +109,7 @@ private:
 	// With the file of the join, its format and place are checked together with those of the plan.
 	TimelineRenderRequest MakeRequest()
 	{
+		mPlanned.SetReport(mReport);
 		if (!mJoinOutput.empty())
 		{
 			mPlanned.SetOutput(mJoinOutput);
@@ -146,6 +153,7 @@ private:
 	std::size_t mPieces = 1;
 	std::string mOutput;
 	std::string mJoinOutput;
+	std::string mReport;
 	bool mKeepsOldFile = false;
 	bool mHasTracks = false;
 	bool mIsQuiet = false;

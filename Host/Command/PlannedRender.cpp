@@ -3,12 +3,13 @@
 #include "Command.h"
 #include "Options/SharedOptions.h"
 #include "Report/Json.h"
+#include "Report/ReportFile.h"
+#include "Report/StrictRender.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Media/MovieLibraries.h"
 #include "SonaroHost/Render/TimelineFarm.h"
 #include "Terminal/Console.h"
-#include "Terminal/RunJob.h"
 
 #include <algorithm>
 #include <charconv>
@@ -29,7 +30,7 @@ namespace
 bool IsPlanned(CLI::Option const& inOption)
 {
 	static std::set<std::string> const sOthers{"--help", "--output", "--join-output", "--pieces",
-		"--track-levels", "--no-overwrite", "--quiet", "--json"};
+		"--track-levels", "--report", "--no-overwrite", "--quiet", "--json"};
 	return inOption.nonpositional() && inOption.count() > 0 && !sOthers.contains(inOption.get_name());
 }
 
@@ -191,14 +192,24 @@ int RenderPiece(
 		RefuseFile(path, "has options that this program does not know: " + std::string(error.what()),
 			"take the plan as sonaro plan wrote it");
 	}
-	TimelineRenderRequest request = planned.MakeRequest(FindTimeline(plan, path), inShared.mOutput);
+	planned.SetReport(inShared.mReport);
+	planned.SetQuiet(inShared.mIsQuiet);
+	std::string const input = FindTimeline(plan, path);
+	TimelineRenderRequest request = planned.MakeRequest(input, inShared.mOutput);
 	request.mMediaFolders.insert(request.mMediaFolders.begin(), inMediaFolders.begin(), inMediaFolders.end());
 	request.mJobs = inShared.mJobs.value_or(1);
 	request.mReplace = !inShared.mKeepsOldFile;
 	request.mOtherOutputs.clear();
+	if (!inShared.mReport.empty())
+	{
+		request.mOtherOutputs.emplace_back(inShared.mReport);
+	}
 	request.mOtherInputs = {path};
 	TimelinePieceJob job(std::move(request), plan, number, DescribeRenderer());
-	PieceSummary const summary = RunJob(job, job.GetSampleRate(), inShared.mIsQuiet);
+	CheckReport(inShared, ReportFolder::kIsThere);
+	PieceSummary const summary = RunStrictly(job, planned.GetOptions(),
+		[&](std::string const& inReason)
+		{ planned.GetTimeline().WriteRefusal(job.GetJob(), input, inReason); });
 	if (inShared.mAsJson || !inShared.mIsQuiet)
 	{
 		PrintResult(DescribePiece(inShared.mOutput, plan, number, summary, inShared.mAsJson));

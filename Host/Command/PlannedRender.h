@@ -30,6 +30,10 @@ public:
 		std::string const& inInput, std::filesystem::path const& inOutput) const;
 	// Lets requests be those of what is joined into that file.
 	void SetOutput(std::string const& inOutput) { mOptions.mOutput = inOutput; }
+	// Where a refusal by --strict is reported; empty for nowhere.
+	void SetReport(std::string const& inReport) { mOptions.mReport = inReport; }
+	void SetQuiet(bool inIsQuiet) { mOptions.mIsQuiet = inIsQuiet; }
+	RenderOptions const& GetOptions() const { return mOptions; }
 	TimelineRender const& GetTimeline() const { return mTimeline; }
 
 private:

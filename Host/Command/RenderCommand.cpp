@@ -269,7 +269,7 @@ private:
 	void CheckOptionsFitPieces()
 	{
 		static std::set<std::string> const sOwn{
-			"--output", "--piece", "--jobs", "--media", "--no-overwrite", "--quiet", "--json"};
+			"--output", "--piece", "--jobs", "--media", "--report", "--no-overwrite", "--quiet", "--json"};
 		for (CLI::Option const* const option : GetParser().get_options())
 		{
 			if (option->nonpositional() && option->count() > 0 && !sOwn.contains(option->get_name()))

@@ -29,15 +29,15 @@ public:
 	SonaroHost::Otio::TimelineRenderRequest MakeRequest(std::string const& inInput) const;
 	// Throws a HostError when --strict forbids the render, after writing its report.
 	void CheckStrictly(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput) const;
+	// The report and the summary for machines, where they are asked for.
+	void WriteRefusal(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
+		std::string const& inReason) const;
 	// Those of --media.
 	std::vector<std::string> const& GetMediaFolders() const { return mMediaFolders; }
 
 private:
 	// What reports call it.
 	std::string const& ShowInput(std::string const& inInput) const;
-	// The report and the summary for machines, where they are asked for.
-	void WriteRefusal(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
-		std::string const& inReason) const;
 	// What --report writes. inRefusal: why the render is refused; empty for one that is not.
 	std::string DescribeReport(SonaroHost::Otio::TimelineRenderJob const& inJob, std::string const& inInput,
 		SonaroHost::RenderSummary const& inSummary, std::string const& inRefusal) const;

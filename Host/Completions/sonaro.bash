@@ -62,7 +62,7 @@ _sonaro()
 		graph) COMPREPLY=($(compgen -W "-h --help -o --output --format --no-overwrite --rate --layout --depth --track --all --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --media --fades --quiet" -- "$word")) ;;
 		effects) COMPREPLY=($(compgen -W "-h --help --class --all --json" -- "$word")) ;;
 		serve) COMPREPLY=($(compgen -W "-h --help --port --bind --token --cache --bits --jobs --warm-up --media --fades --keep-pitch --stretch --binaural --listener --yaw --head-pitch --roll --quiet --json" -- "$word")) ;;
-		plan) COMPREPLY=($(compgen -W "-h --help --pieces -o --output --join-output --no-overwrite --track-levels --range --media --fades --format --bits --dither --block --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --binaural --listener --yaw --head-pitch --roll --tail --strict --quiet" -- "$word")) ;;
+		plan) COMPREPLY=($(compgen -W "-h --help --pieces -o --output --join-output --no-overwrite --report --track-levels --range --media --fades --format --bits --dither --block --keep-pitch --stretch --rate --resampling --gain-db --normalize --limit-dbtp --fade-in --fade-out --layout --binaural --listener --yaw --head-pitch --roll --tail --strict --quiet" -- "$word")) ;;
 		join) COMPREPLY=($(compgen -W "-h --help -o --output --pieces-in --media --jobs --report --no-overwrite --quiet --json" -- "$word")) ;;
 		esac
 		;;

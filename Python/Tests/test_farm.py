@@ -5,6 +5,7 @@ import os
 import shutil
 import signal
 import time
+import warnings
 
 import pytest
 import sonaro
@@ -102,6 +103,24 @@ def test_folders_of_pieces_go_and_warnings_come_here(client, media, tmp_path):
         report = farm.render(edit, tmp_path / "x.wav", client, pieces=2, folder=tmp_path / "new" / "deep")
     assert len(warned) == 1 and len(report["missing"]) == 1
     assert [path.name for path in tmp_path.iterdir()] == ["x.wav"]
+
+
+@pytest.mark.parametrize("medium, reason", [("gone.wav", "1 clip has no media"), ("damaged.flac", "truncated or damaged")])
+def test_what_strict_refuses_is_reported_as_by_one_render(client, media, tmp_path, medium, reason):
+    sound = write(media, "sound.otio", timeline([track("a", [clip("c", "b.wav", 0, 2900)])]))
+    sonaro.render(sound, media / "damaged.flac")
+    data = bytearray((media / "damaged.flac").read_bytes())
+    data[len(data) // 2:len(data) // 2 + 5000] = bytes(5000)
+    (media / "damaged.flac").write_bytes(data)
+    edit = write(media, "strict.otio", timeline([track("a", [clip("c", medium, 0, 2900)])]))
+    with pytest.raises(sonaro.InputError) as ours:
+        farm.render(str(edit), tmp_path / "farm.wav", client, pieces=1, strict=True, report=tmp_path / "farm.json")
+    with warnings.catch_warnings(), pytest.raises(sonaro.InputError) as theirs:
+        warnings.simplefilter("ignore")
+        sonaro.render(str(edit), tmp_path / "one.wav", strict=True)
+    assert reason in ours.value.report["refused"] and str(ours.value) == str(theirs.value)
+    assert ours.value.report == theirs.value.report == json.loads((tmp_path / "farm.json").read_text())
+    assert [path.name for path in tmp_path.iterdir()] == ["farm.json"]
 
 
 def test_what_ends_the_call_ends_the_work(client, media, tmp_path):

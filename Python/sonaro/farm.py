@@ -44,7 +44,8 @@ def render(timeline, output, client, *, pieces=None, report=True, folder=None, r
     progress  called with the pieces that are done and all of them; what it raises ends the render
     options   those of the command "sonaro plan" by their names, as of sonaro.render, and no_overwrite
 
-    Returns the report as sonaro.render does, and warns as it does. Raises an Error; that of strict has no report.
+    Returns the report as sonaro.render does, and warns as it does. Raises an Error; that of strict has the report, and
+    writes it where report is a path.
     """
     _refuse("render", options, _OWN)
     threads = _count_threads(client)
@@ -260,9 +261,22 @@ def _plan(job):
     if job["report"] is not False:
         options["track_levels"] = True
     # The join warns of the same.
-    run("plan", [job["timeline"]], options, warn=lambda _: None)
+    _run_strictly(job, "plan", [job["timeline"]], options, warn=lambda _: None)
     with open(_get_plan(job), encoding="utf-8") as file:
         return len(json.load(file)["pieces"])
+
+
+def _run_strictly(job, command, inputs, options, **others):
+    """Runs a command that reports only what strict refuses. The error has that report, which is written as well where
+    the caller wants a file."""
+    try:
+        run(command, inputs, {**options, "report": "-"}, **others)
+    except InputError as error:
+        if error.report is not None and not isinstance(job["report"], bool):
+            # Only the command can write a page.
+            with contextlib.suppress(InputError):
+                run(command, inputs, {**options, "report": os.path.abspath(job["report"])}, warn=lambda _: None)
+        raise
 
 
 def _get_media(job):
@@ -271,8 +285,8 @@ def _get_media(job):
 
 def _render_piece(job, number):
     piece = os.path.join(job["folder"], f"piece{number}.wav")
-    run("render", [f"{_get_plan(job)}#{number}"],
-        {"piece": True, "output": piece, "jobs": 1, "json": True, "quiet": True, **_get_media(job)})
+    _run_strictly(job, "render", [f"{_get_plan(job)}#{number}"],
+                  {"piece": True, "output": piece, "jobs": 1, "quiet": True, **_get_media(job)})
 
 
 def _join(job):

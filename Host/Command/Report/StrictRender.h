@@ -20,8 +20,7 @@ inline std::string DescribeStrictRefusal(RenderOptions const& inOptions, std::st
 // Runs a job as RunJob does. When --strict was given and the job fails since an input is not in order, such as damaged
 // media, inWriteRefusal gets the reason, before the HostError is thrown on.
 template <class Job, class WriteRefusal>
-SonaroHost::RenderSummary RunStrictly(
-	Job& ioJob, RenderOptions const& inOptions, WriteRefusal const& inWriteRefusal)
+auto RunStrictly(Job& ioJob, RenderOptions const& inOptions, WriteRefusal const& inWriteRefusal)
 {
 	using SonaroHost::HostError;
 	try

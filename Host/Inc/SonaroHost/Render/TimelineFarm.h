@@ -69,8 +69,8 @@ public:
 		TimelineRenderRequest inRender, FarmPlan inPlan, std::size_t inNumber, std::string const& inProgram);
 
 	int GetSampleRate() const { return mPlan.mSampleRate; }
-	std::vector<Note> const& GetNotes() const { return mJob->GetNotes(); }
-	TimelineSequence const& GetSequence() const { return mJob->GetSequence(); }
+	// The render of which this is a piece.
+	TimelineRenderJob const& GetJob() const { return *mJob; }
 
 	// The same as that of TimelineRenderJob.
 	std::optional<PieceSummary> Run(
