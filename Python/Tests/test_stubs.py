@@ -1,4 +1,5 @@
 """The stubs say what the package takes: the options of the command, and the types."""
+import ast
 import pathlib
 import re
 import shutil
@@ -41,11 +42,16 @@ def test_render_has_the_options_of_the_command(command):
     assert theirs - {"help", "output", "quiet", "json", "piece"} == ours - {"timeline", "output", "base", "progress", "cancel"}
 
 
+def test_the_syntax_is_that_of_the_oldest_python():
+    for path in [*STUBS.glob("*.py"), *STUBS.glob("*.pyi")]:
+        ast.parse(path.read_text(encoding="utf-8"), str(path), feature_version=(3, 9))
+
+
 @pytest.mark.skipif(not shutil.which("mypy"), reason="needs mypy")
-@pytest.mark.parametrize("code, count", [(USE, 0), (USE + WRONG, 3)])
-def test_types_are_checked(tmp_path, code, count):
+@pytest.mark.parametrize("code, count, version", [(USE, 0, sys.version_info[1]), (USE + WRONG, 3, 9)])
+def test_types_are_checked(tmp_path, code, count, version):
     (tmp_path / "use.py").write_text(code)
-    done = subprocess.run(["mypy", "--strict", "--python-version", f"3.{sys.version_info[1]}", "--cache-dir",
+    done = subprocess.run(["mypy", "--strict", "--python-version", f"3.{version}", "--cache-dir",
                            tmp_path / "cache", tmp_path / "use.py"], capture_output=True, text=True, check=False,
                           cwd=tmp_path, env={"MYPYPATH": str(STUBS.parent), "PATH": "/usr/bin:/bin"})
     errors = [line for line in done.stdout.splitlines() if "use.py" in line and "error" in line]
