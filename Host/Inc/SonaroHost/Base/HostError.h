@@ -40,6 +40,7 @@ public:
 	// One whose message has a reason alone.
 	HostError(Kind inKind, std::string const& inReason);
 
+	// What the error is about, which decides the exit code of the command.
 	Kind GetKind() const noexcept { return mKind; }
 	Parts const& GetParts() const noexcept { return mParts; }
 

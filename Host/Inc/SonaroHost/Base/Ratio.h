@@ -30,9 +30,11 @@ public:
 	// speeds, of which 100 hours are counted. Magnitudes from 2^-30 to 2^30, and 0; others as FromDouble.
 	static Ratio FromExactDouble(double inValue);
 
+	// The numerator, which has the sign.
 	std::int64_t GetNumerator() const { return mNumerator; }
 	// The denominator, above 0.
 	std::int64_t GetDenominator() const { return mDenominator; }
+	// The nearest double of the quotient of both, each rounded to a double first.
 	double ToDouble() const { return static_cast<double>(mNumerator) / static_cast<double>(mDenominator); }
 
 	// The nearest whole number, halves up.

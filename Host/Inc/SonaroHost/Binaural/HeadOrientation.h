@@ -11,8 +11,11 @@ struct HeadAngles
 {
 	bool operator==(HeadAngles const&) const = default;
 
+	// Degrees to the left, about the vertical axis.
 	float mYaw = 0.0f;
+	// Degrees upwards.
 	float mPitch = 0.0f;
+	// Degrees to the right shoulder.
 	float mRoll = 0.0f;
 };
 

@@ -35,7 +35,9 @@ public:
 	// From now on the tracks are those of that programme, which plays or is about to. What is set meanwhile counts, too.
 	void Adopt(Mixed const& inMixed);
 
+	// How many tracks the outermost sequence has.
 	std::size_t CountTracks() const;
+	// The track's name; it need not differ from others.
 	std::string GetName(std::size_t inTrack) const;
 
 	// Linear, 0 or more; 1 at first.

@@ -32,7 +32,9 @@ public:
 	SN::AudioChannelLayout GetOutputLayout() const;
 	// Who hears the mix with two ears, and its layout.
 	std::optional<Sequence::BinauralOutput> GetBinaural() const;
+	// How long the output is, in its frames.
 	std::int64_t GetFrames() const { return mPlan.GetFrames(); }
+	// Frames a second of the output, in Hz.
 	int GetSampleRate() const { return mPlan.GetSampleRate(); }
 
 	// What was changed of the request, as settings of effects that were out of range.

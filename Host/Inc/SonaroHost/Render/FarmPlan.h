@@ -42,7 +42,9 @@ struct FarmPlan
 	Options mOptions;
 	// Whether pieces carry what the meters of tracks hear.
 	bool mHasTracks = false;
+	// Frames a second of the render, in Hz.
 	int mSampleRate = 0;
+	// The channels of the render, 1 to 64.
 	unsigned mChannels = 0;
 	// Pieces begin at multiples of so many frames from the start of the range on.
 	unsigned mBlockFrames = 0;

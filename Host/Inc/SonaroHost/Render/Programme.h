@@ -24,7 +24,9 @@ class PieceSet;
 // What a render job renders, whether it was made of sound files or of a timeline: a stretch of a sequence.
 struct Programme
 {
+	// mSampleRate as the engine's type.
 	SN::FrameRate GetFrameRate() const { return SN::FrameRate::FromSamplesPerSecond(mSampleRate); }
+	// The layout of what comes out.
 	SN::AudioChannelLayout const& GetLayout() const { return mDescription->mLayout; }
 
 	// What is rendered. Never null.

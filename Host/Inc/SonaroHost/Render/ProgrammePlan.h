@@ -50,20 +50,25 @@ public:
 	// The rate of the output.
 	int GetSampleRate() const { return mSampleRate; }
 	SN::FrameRate GetFrameRate() const { return SN::FrameRate::FromSamplesPerSecond(mSampleRate); }
+	// How long the output is, in its frames.
 	std::int64_t GetFrames() const { return mFrames; }
 	// The layout of the mix.
 	SN::AudioChannelLayout const& GetLayout() const { return mClips.front().mLayout.GetOutputLayout(); }
 	// Who hears the mix with two ears.
 	std::optional<Listener> const& GetListener() const { return mListener; }
+	// Those at the ends of the output.
 	Fades const& GetFades() const { return mFades; }
 	// The clips are reversed and in the order of the reversed programme already.
 	bool IsReversed() const { return mIsReversed; }
+	// The gain of the whole, linear.
 	float GetGain() const { return mGain; }
 	// The speed of the whole, as it was asked for.
 	double GetSpeed() const { return mSpeed; }
+	// Whether that speed leaves the pitch as it is.
 	bool KeepsPitch() const { return mKeepsPitch; }
 	// By how much the pitch is shifted besides.
 	double GetSemitones() const { return mSemitones; }
+	// Whether any clip is converted from another rate or speed.
 	bool IsResampled() const;
 	Sequence::Resampling GetResampling() const { return mResampling; }
 	// Each sample of the output is one of an input or zero.

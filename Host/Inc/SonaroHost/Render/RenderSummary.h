@@ -21,6 +21,7 @@ namespace SonaroHost
 // A file that a render writes: as planned, and what came of it.
 struct RenderedFile
 {
+	// Where it was written; empty where nothing was.
 	std::filesystem::path mPath;
 	// The name of the track or marker; empty for the mix.
 	std::string mName;
@@ -37,6 +38,7 @@ struct RenderedFile
 	std::int64_t mClippedSamples = 0;
 	// Samples that are infinite, not a number or above +240 dBFS.
 	std::int64_t mImplausibleSamples = 0;
+	// The loudness of what was written, where it was measured.
 	std::optional<LoudnessReading> mLoudness;
 	// The least gain of the limiter; 1 where it had nothing to do.
 	double mSmallestLimiterGain = 1.0;
@@ -59,10 +61,14 @@ struct RenderSummary
 {
 	// The first file; of a render without stems the only one.
 	RenderedFile const& GetFile() const { return mFiles.front(); }
+	// The frames of that file.
 	std::int64_t GetFrames() const { return GetFile().mRange.mFrames; }
 
+	// Frames a second of all files, in Hz.
 	int mSampleRate = 0;
+	// The format of all files.
 	OutputFormat mFormat;
+	// One, or one for each stem.
 	std::vector<RenderedFile> mFiles;
 	// The reading of the mix in the range, before it is normalized and limited; when it was measured.
 	std::optional<LoudnessReading> mMix;
@@ -75,6 +81,7 @@ struct RenderSummary
 	std::vector<std::optional<LoudnessReading>> mTracks;
 	// The graph of the mix.
 	Sequence::GraphReport mGraph;
+	// Nothing for a render that was not run as a playback.
 	std::optional<PlaybackSummary> mPlayback;
 	// The media in which damage was found.
 	std::vector<DamagedMedia> mDamaged;

@@ -55,7 +55,9 @@ std::vector<std::filesystem::path> const& ListPieceFiles(Farm::PieceSet const& i
 // What the render of a piece came to.
 struct PieceSummary
 {
+	// The frames of the programme that are in the piece.
 	ProgrammeRange mRange;
+	// What the piece took by the clock.
 	double mElapsedSeconds = 0.0;
 };
 
@@ -68,6 +70,7 @@ public:
 	TimelinePieceJob(
 		TimelineRenderRequest inRender, FarmPlan inPlan, std::size_t inNumber, std::string const& inProgram);
 
+	// Frames a second of the render, in Hz.
 	int GetSampleRate() const { return mPlan.mSampleRate; }
 	// The render of which this is a piece.
 	TimelineRenderJob const& GetJob() const { return *mJob; }

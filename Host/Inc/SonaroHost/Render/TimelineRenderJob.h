@@ -42,9 +42,13 @@ public:
 	std::vector<Note> const& GetNotes() const { return mNotes; }
 	// Notes of the range alone: how it was understood.
 	std::vector<Note> const& GetRangeNotes() const { return mRangeNotes; }
+	// What is rendered of the programme, in its frames.
 	ProgrammeRange const& GetRange() const { return mRange; }
+	// The container and the samples of what is written.
 	OutputFormat const& GetOutputFormat() const { return mFormat; }
+	// The channels of what is written.
 	SN::AudioChannelLayout const& GetOutputLayout() const { return mSequence.mLayout; }
+	// Frames a second of what is written, in Hz.
 	int GetSampleRate() const { return mSequence.mSampleRate; }
 
 	// What is rendered, for those who render parts of it; this outlives it. After Run there is none.

@@ -30,13 +30,17 @@ enum class Stems
 // A timeline that is to be rendered into sound files.
 struct TimelineRenderRequest : OutputRequest
 {
+	// The timeline: .otio, .otioz or .otiod.
 	std::filesystem::path mInput;
 	// The JSON of one in memory; see TimelineInput.
 	std::shared_ptr<std::string const> mText;
+	// Folders that are searched for media that are not at their own paths, in this order.
 	std::vector<std::filesystem::path> mMediaFolders;
+	// How it is laid out: rate, layout, speeds, listener.
 	TimelineOptions mOptions;
 	// The range as FindRange reads it; empty for all.
 	std::string mRange;
+	// With stems, mOutput is a folder.
 	Stems mStems = Stems::kNone;
 	// Whether the job's sequence keeps its rows of tracks and clips when it runs, for a report. Measuring tracks keeps
 	// them anyway.

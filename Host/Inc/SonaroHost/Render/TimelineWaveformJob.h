@@ -20,10 +20,12 @@ namespace SonaroHost
 // A timeline whose waveform is wanted, as a picture.
 struct TimelineWaveformRequest
 {
+	// The timeline: .otio, .otioz or .otiod.
 	std::filesystem::path mInput;
 	// The JSON of one in memory; see TimelineInput.
 	std::shared_ptr<std::string const> mText;
 	std::vector<std::filesystem::path> mMediaFolders;
+	// Where the picture is written.
 	std::filesystem::path mOutput;
 	// A picture.
 	WaveformFormat mFormat = WaveformFormat::kPng;
@@ -33,6 +35,7 @@ struct TimelineWaveformRequest
 	// Without a height it grows with the bands, which are 28 to 80 pixels high.
 	std::optional<unsigned> mHeight;
 	WaveformStyle mStyle;
+	// Whether a file that is there is replaced.
 	bool mReplace = true;
 };
 

@@ -45,6 +45,7 @@ enum class WaveformChannels
 // A sound file whose waveform is wanted.
 struct WaveformRequest
 {
+	// A sound file or a movie.
 	std::filesystem::path mInput;
 	// Which audio stream of a movie, from 1; 0 for all, one after the other.
 	unsigned mStream = 0;
@@ -57,6 +58,7 @@ struct WaveformRequest
 	// How it is heard, as in a render: see ClipRenderRequest.
 	double mSpeed = 1.0;
 	bool mKeepsPitch = false;
+	// By how many semitones the pitch is shifted.
 	double mSemitones = 0.0;
 	StretchEngine mStretchEngine = kDefaultStretchEngine;
 	// One of both at most. A picture is exactly so wide, 1200 pixels without either; data has at most so many

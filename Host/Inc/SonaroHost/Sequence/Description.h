@@ -39,6 +39,7 @@ using MuteSwitch = std::shared_ptr<zorvcore::threads::AtomicIntegral<int>>;
 // A piece of a recording.
 struct Clip
 {
+	// What it is cut from.
 	std::shared_ptr<Media const> mMedia;
 	// The recording's frame that is heard first; also before its start and beyond its end, where silence is.
 	std::int64_t mFirstFrame = 0;
@@ -49,6 +50,7 @@ struct Clip
 // A stretch of another sequence, from a time of it on.
 struct Nest
 {
+	// The sequence of which a stretch is heard.
 	std::shared_ptr<Description const> mSequence;
 	// The time of that sequence which is heard at the item's start.
 	SN::TickTime mStart;
@@ -59,6 +61,7 @@ struct Fade
 {
 	// In the time of the sequence that has the item; for a cut, in that of the angles. 0 for none.
 	SN::TickTime mLength;
+	// How the gain goes from 0 to 1, or back.
 	FadeShape mShape = FadeShape::kLinear;
 };
 
@@ -83,6 +86,7 @@ struct Multicam
 		Fade mFade;
 	};
 
+	// One for each angle, by its index.
 	std::vector<std::shared_ptr<Description const>> mAngles;
 	// The angles' time that is heard first. There is silence before their time 0.
 	SN::TickTime mStart;
@@ -104,6 +108,7 @@ struct Item
 	// The first frame that is heard, and the one after the last; not below 0, and at most 50 hours.
 	SN::TickTime mStart;
 	SN::TickTime mEnd;
+	// What is heard of what.
 	std::variant<Clip, Nest, Multicam> mContent;
 	// The speed of the content, pitch following: 2 is twice as fast, below 0 backwards, the frame that is heard first
 	// staying the same. 0 is silence. It stands for the simplest fraction that rounds to it.
@@ -151,6 +156,7 @@ struct Output
 		kNone,
 	};
 
+	// To the sum of the sequence, to a submix, or nowhere.
 	Kind mKind = Kind::kMaster;
 	// Index, for kSubmix.
 	std::size_t mSubmix = 0;
@@ -193,6 +199,7 @@ struct Submix
 // What a sequence sounds like to a listener in its middle.
 struct BinauralOutput
 {
+	// The ears, and the head that may be turned.
 	Listener mListener;
 	// That of the master, whose channels stand around the listener; see FindField.
 	SN::AudioChannelLayout mLayout;
@@ -206,7 +213,9 @@ struct Description
 	std::string mName;
 	// The layout of what comes out of it.
 	SN::AudioChannelLayout mLayout;
+	// They are heard together, in any order.
 	std::vector<Track> mTracks;
+	// Their outputs form no circle.
 	std::vector<Submix> mSubmixes;
 	// No sends and no pan.
 	Chain mMaster;
@@ -215,6 +224,7 @@ struct Description
 	// Where it is set, the master has a layout of its own, and mLayout is stereo, for two ears.
 	std::optional<BinauralOutput> mBinaural;
 
+	// The layout of the sum, which for a listener is that of the field around the head.
 	SN::AudioChannelLayout const& GetMasterLayout() const { return mBinaural ? mBinaural->mLayout : mLayout; }
 };
 

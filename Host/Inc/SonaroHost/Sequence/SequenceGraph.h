@@ -47,8 +47,10 @@ public:
 		SN::Prefetcher const* inPrefetcher = nullptr, GraphView const& inView = {});
 
 	SN::InterfaceRef<SN::IAudioGenerator> const& GetGenerator() const { return mGenerator; }
+	// The layout of what the generator gives.
 	SN::AudioChannelLayout const& GetLayout() const { return mLayout; }
 
+	// What the graph has to say of its tracks, effects and latencies.
 	GraphReport const& GetReport() const { return mReport; }
 	// Hands the report over; it is empty afterwards.
 	GraphReport TakeReport() { return std::move(mReport); }

@@ -15,8 +15,11 @@ struct Waveform
 	// What a channel has in a column; linear, 1 being full scale.
 	struct Column
 	{
+		// The lowest sample.
 		float mMinimum = 0.0f;
+		// The highest sample.
 		float mMaximum = 0.0f;
+		// The root of the mean square.
 		float mRms = 0.0f;
 	};
 
