@@ -6,6 +6,7 @@
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/ZeroBufferAccordingToSilenceFlags.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -54,8 +55,8 @@ private:
 		{
 			constexpr float kQuarterTurn = 0.5f * VX::kPi;
 			mLfeX = GetX();
-			mLfeLeftGain = std::cos(kQuarterTurn * mLfeX);
-			mLfeRightGain = std::sin(kQuarterTurn * mLfeX);
+			mLfeLeftGain = zorvcore::math::Cos(kQuarterTurn * mLfeX);
+			mLfeRightGain = zorvcore::math::Sin(kQuarterTurn * mLfeX);
 		}
 		return {inInput.GetChannel(0), inInput.GetChannel(1), mLfeLeftGain, mLfeRightGain};
 	}

@@ -6,6 +6,7 @@
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Files/StandardStreams.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <cmath>
 
@@ -47,7 +48,7 @@ float ToGain(double inDecibels)
 	{
 		Refuse("--gain-db: " + FormatNumber(inDecibels) + " is out of range; use -200 to 200");
 	}
-	return inDecibels == 0.0 ? 1.0f : static_cast<float>(std::pow(10.0, inDecibels / 20.0));
+	return inDecibels == 0.0 ? 1.0f : static_cast<float>(zorvcore::math::Exp10(inDecibels / 20.0));
 }
 
 // Gives the reason against it. A flag without a value comes as "true".

@@ -1,5 +1,7 @@
 #include "EffectKnob.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -35,7 +37,7 @@ float Turned(LiveControl::Facts const& inFacts, float inValue, bool inUp)
 {
 	if (inFacts.mIsLogarithmic && inValue > 0.0f)
 	{
-		float const factor = std::pow(inFacts.mMaximum / inFacts.mMinimum, 1.0f / kStepsOfRange);
+		float const factor = zorvcore::math::Pow(inFacts.mMaximum / inFacts.mMinimum, 1.0f / kStepsOfRange);
 		return inUp ? inValue * factor : inValue / factor;
 	}
 	float const step = FindStep(inFacts, inValue);

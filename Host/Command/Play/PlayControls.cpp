@@ -1,6 +1,7 @@
 #include "PlayControls.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -211,7 +212,7 @@ void PlayControls::DoWithEffect(PlayAction inAction)
 void PlayControls::ChangeGain(double inDecibels)
 {
 	constexpr double kDecibelsPerDecade = 20.0;
-	auto const factor = static_cast<float>(std::pow(10.0, inDecibels / kDecibelsPerDecade));
+	auto const factor = static_cast<float>(zorvcore::math::Exp10(inDecibels / kDecibelsPerDecade));
 	SonaroHost::Playback::LiveMix& mix = mSession.GetMix();
 	mix.SetGain(mTrack, std::min(mix.GetGain(mTrack) * factor, kLargestGain));
 }

@@ -1,6 +1,7 @@
 #include "Levels.h"
 
 #include "SonaroHost/Metering/LoudnessMeter.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <array>
 #include <cmath>
@@ -12,7 +13,7 @@ namespace SonaroCommand
 std::string FormatFixed(double inNumber, int inDigits)
 {
 	// What rounds to zero from below is shown without a sign.
-	double const shown = std::fabs(inNumber) < 0.5 * std::pow(10.0, -inDigits) ? 0.0 : inNumber;
+	double const shown = std::fabs(inNumber) < 0.5 * zorvcore::math::Exp10(-inDigits) ? 0.0 : inNumber;
 	std::array<char, 32> text{};
 	std::snprintf(text.data(), text.size(), "%.*f", inDigits, shown);
 	return text.data();

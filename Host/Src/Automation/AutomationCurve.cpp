@@ -1,6 +1,7 @@
 #include "SonaroHost/Automation/AutomationCurve.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,7 +24,7 @@ namespace
 double ToGain(double inDecibels)
 {
 	constexpr double kDecibelsPerDecade = 20.0;
-	return inDecibels <= kSilenceDecibels ? 0.0 : std::pow(10.0, inDecibels / kDecibelsPerDecade);
+	return inDecibels <= kSilenceDecibels ? 0.0 : zorvcore::math::Exp10(inDecibels / kDecibelsPerDecade);
 }
 
 double GetTicksBetween(SN::TickTime const& inBegin, SN::TickTime const& inEnd)

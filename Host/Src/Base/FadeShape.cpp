@@ -1,5 +1,7 @@
 #include "SonaroHost/Base/FadeShape.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <cmath>
 #include <numbers>
 
@@ -22,7 +24,7 @@ double GetFadeGain(FadeShape inShape, double inProgress)
 	case FadeShape::kLinear:
 		return inProgress;
 	case FadeShape::kEqualPower:
-		return std::sin(inProgress * std::numbers::pi / 2.0);
+		return zorvcore::math::Sin(inProgress * std::numbers::pi / 2.0);
 	case FadeShape::kSCurve:
 		return inProgress * inProgress * (3.0 - 2.0 * inProgress);
 	}

@@ -42,8 +42,14 @@ Ratio FindZero(Key const& inKey, Key const& inNext)
 	{
 		return risen;
 	}
-	// The root of 3 u^2 - 2 u^3 = r between 0 and 1, by the formula for three real roots.
-	double const place = 0.5 - std::sin(std::asin(1.0 - 2.0 * risen.ToDouble()) / 3.0);
+	// The root of 3 u^2 - 2 u^3 = r between 0 and 1, halving the interval.
+	double const target = risen.ToDouble();
+	double place = 0.0;
+	for (double step = 0.5; step > 0x1p-50; step /= 2.0)
+	{
+		double const middle = place + step;
+		place = middle * middle * (3.0 - 2.0 * middle) <= target ? middle : place;
+	}
 	constexpr std::int64_t kParts = std::int64_t{1} << 40;
 	return {std::llround(place * static_cast<double>(kParts)), kParts};
 }

@@ -1,6 +1,7 @@
 #include "EffectParameter.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -93,7 +94,7 @@ float EffectParameter::Mix(float inTarget) const
 		static_cast<double>(mRampLeft.GetTicks()) / static_cast<double>(kCurveRamp.GetTicks()));
 	if (mMoves.mLive->GetFacts().mIsLogarithmic && mRampFrom > 0.0f && inTarget > 0.0f)
 	{
-		return inTarget * std::pow(mRampFrom / inTarget, left);
+		return inTarget * zorvcore::math::Pow(mRampFrom / inTarget, left);
 	}
 	return inTarget + (mRampFrom - inTarget) * left;
 }

@@ -8,6 +8,7 @@
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Base/PrintableText.h"
 #include "SonaroHost/Engine/EngineFactory.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -53,7 +54,7 @@ double Limit(Control const& inControl, ParameterRange const& inRange, double inV
 // A decibel is a scale of its own for what runs in its logarithm: only the ratio of two values counts there.
 double ToDecibels(double inValue)
 {
-	return 20.0 * std::log10(inValue);
+	return 20.0 * zorvcore::math::Log10(inValue);
 }
 
 std::shared_ptr<AutomationCurve const> MakeCurve(Control const& inControl, ParameterRange const& inRange,

@@ -4,6 +4,7 @@
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
 #include "SonaroHost/Media/RateConverter.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,7 +28,7 @@ constexpr std::int64_t kFarSeconds = std::int64_t{1} << 42;
 
 Ratio GetFilterStep(std::size_t inFilter)
 {
-	double const step = std::exp2(static_cast<double>(inFilter) / kFiltersPerOctave);
+	double const step = zorvcore::math::Exp2(static_cast<double>(inFilter) / kFiltersPerOctave);
 	return {std::llround(step * static_cast<double>(kStepParts)), kStepParts};
 }
 

@@ -1,5 +1,7 @@
 #include "RateTable.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <cmath>
 #include <compare>
@@ -77,7 +79,7 @@ public:
 			return 0.0;
 		}
 		double const angle = std::numbers::pi * mCutoff * inDistance;
-		double const sinc = angle == 0.0 ? 1.0 : std::sin(angle) / angle;
+		double const sinc = angle == 0.0 ? 1.0 : zorvcore::math::Sin(angle) / angle;
 		return mTop * sinc * GetBessel(mBeta * std::sqrt(1.0 - place * place));
 	}
 

@@ -1,5 +1,7 @@
 #include "KWeighting.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <cmath>
 #include <numbers>
 
@@ -22,7 +24,7 @@ constexpr double kHighPassQ = 0.5003270373238773;
 struct Poles
 {
 	Poles(double inHertz, double inQ, double inSampleRate)
-		: mTangent(std::tan(std::numbers::pi * inHertz / inSampleRate)),
+		: mTangent(zorvcore::math::Tan(std::numbers::pi * inHertz / inSampleRate)),
 		  mDenominator(1.0 + mTangent / inQ + mTangent * mTangent),
 		  mPull(4.0 * mTangent * mTangent / mDenominator),
 		  mLoss(2.0 * mTangent / inQ / mDenominator)
@@ -54,8 +56,8 @@ KWeighting::KWeighting(double inSampleRate)
 		return;
 	}
 	Poles const shelf(kShelfHertz, kShelfQ, inSampleRate);
-	double const high = std::pow(10.0, kShelfDecibels / 20.0);
-	double const middle = std::pow(high, kShelfExponent) * shelf.mTangent / kShelfQ;
+	double const high = zorvcore::math::Exp10(kShelfDecibels / 20.0);
+	double const middle = zorvcore::math::Pow(high, kShelfExponent) * shelf.mTangent / kShelfQ;
 	double const squared = shelf.mTangent * shelf.mTangent;
 	// The numerator is first + second / z + third / z^2, in whose terms the section's output is
 	// first * x + (2 * first + second - first * (pull + loss)) * d + (first + second + third - first * pull) * v.

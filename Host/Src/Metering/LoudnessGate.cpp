@@ -1,6 +1,7 @@
 #include "LoudnessGate.h"
 
 #include "SonaroHost/Metering/LoudnessReading.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,12 +26,12 @@ constexpr std::size_t kClasses = 10000;
 
 double ToLoudness(double inPower)
 {
-	return inPower > 0.0 ? kOffset + 10.0 * std::log10(inPower) : LoudnessReading::kSilent;
+	return inPower > 0.0 ? kOffset + 10.0 * zorvcore::math::Log10(inPower) : LoudnessReading::kSilent;
 }
 
 double ToPower(double inLoudness)
 {
-	return std::pow(10.0, (inLoudness - kOffset) / 10.0);
+	return zorvcore::math::Exp10((inLoudness - kOffset) / 10.0);
 }
 
 LoudnessGate::LoudnessGate(LoudnessMemory inMemory)

@@ -8,6 +8,7 @@
 #include "WeightedProgramme.h"
 #include "zorvaccelerate/Metering.h"
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <array>
@@ -45,7 +46,7 @@ std::optional<InterpolationTaps> MakeTaps(double inSampleRate)
 
 double ToDecibels(double inAmplitude)
 {
-	return 20.0 * std::log10(inAmplitude);
+	return 20.0 * zorvcore::math::Log10(inAmplitude);
 }
 
 struct LoudnessMeter::Measure

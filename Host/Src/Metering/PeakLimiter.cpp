@@ -2,6 +2,7 @@
 
 #include "TruePeakTaps.h"
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -141,7 +142,7 @@ constexpr double kMargin = 0.9999;
 FrameLimiter::FrameLimiter(unsigned inChannels, int inSampleRate, double inLimit)
 	: mPeaks(inChannels, inSampleRate),
 	  mLimit(inLimit * kMargin),
-	  mRecovery(std::exp(-1.0 / (kRecoverySeconds * inSampleRate))),
+	  mRecovery(zorvcore::math::Exp(-1.0 / (kRecoverySeconds * inSampleRate))),
 	  mChannels(inChannels)
 {
 	auto const lookAhead = static_cast<std::size_t>(std::ceil(kLookAheadSeconds * inSampleRate)) + 1;
@@ -151,7 +152,7 @@ FrameLimiter::FrameLimiter(unsigned inChannels, int inSampleRate, double inLimit
 	{
 		double const turn =
 			2.0 * std::numbers::pi * static_cast<double>(i + 1) / static_cast<double>(lookAhead + 1);
-		mWeights.push_back(1.0 - std::cos(turn));
+		mWeights.push_back(1.0 - zorvcore::math::Cos(turn));
 		sum += mWeights.back();
 	}
 	for (double& weight : mWeights)

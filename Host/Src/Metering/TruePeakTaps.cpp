@@ -1,5 +1,7 @@
 #include "TruePeakTaps.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -20,9 +22,9 @@ double GetTap(std::size_t inIndex, std::size_t inFactor)
 	constexpr double kMiddle = (kTruePeakTaps - 1) / 2.0;
 	double const angle =
 		std::numbers::pi * (static_cast<double>(inIndex) - kMiddle) / static_cast<double>(inFactor);
-	double const sinc = angle == 0.0 ? 1.0 : std::sin(angle) / angle;
+	double const sinc = angle == 0.0 ? 1.0 : zorvcore::math::Sin(angle) / angle;
 	double const turn = 2.0 * std::numbers::pi * static_cast<double>(inIndex) / (kTruePeakTaps - 1);
-	return sinc * 0.5 * (1.0 - std::cos(turn));
+	return sinc * 0.5 * (1.0 - zorvcore::math::Cos(turn));
 }
 
 double SumMagnitudes(Taps const& inTaps)

@@ -1,5 +1,7 @@
 #include "NoiseReducer.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -28,7 +30,7 @@ NoiseReducer::NoiseReducer(std::shared_ptr<NoiseProfile const> inProfile, double
 	  mRead(std::move(inRead)),
 	  mTransform(mGrid),
 	  mDecision(std::move(inProfile), inRecording.mChannels,
-		  static_cast<float>(std::pow(10.0, -inReduction / 20.0))),
+		  static_cast<float>(zorvcore::math::Exp10(-inReduction / 20.0))),
 	  mLanes(inRecording.mChannels),
 	  mPower(std::size_t{inRecording.mChannels} * mGrid.GetBins()),
 	  mGains(3, std::vector<float>(mGrid.GetBins())),

@@ -1,6 +1,7 @@
 #include "SpectralGrid.h"
 
 #include "SonaroHost/Offline/Denoise.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <bit>
@@ -48,7 +49,7 @@ SpectralTransform::SpectralTransform(SpectralGrid const& inGrid)
 	double const step = std::numbers::pi / inGrid.mSize;
 	for (unsigned i = 0; i < inGrid.mSize; ++i)
 	{
-		mWindow[i] = static_cast<float>(level * std::sin(step * (i + 0.5)));
+		mWindow[i] = static_cast<float>(level * zorvcore::math::Sin(step * (i + 0.5)));
 	}
 }
 

@@ -1,6 +1,7 @@
 #include "SonaroHost/Picture/PictureColours.h"
 
 #include "SonaroHost/Base/PrintableText.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -75,7 +76,7 @@ double GetLuminance(Colour const& inColour)
 	auto const linear = [](std::uint8_t inPart)
 	{
 		double const part = inPart / 255.0;
-		return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+		return part <= 0.04045 ? part / 12.92 : zorvcore::math::Pow((part + 0.055) / 1.055, 2.4);
 	};
 	return 0.2126 * linear(inColour.mRed) + 0.7152 * linear(inColour.mGreen) +
 		   0.0722 * linear(inColour.mBlue);

@@ -6,6 +6,7 @@
 #include "SonaroHost/Base/TimePosition.h"
 #include "TailSearch.h"
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <chrono>
@@ -24,7 +25,7 @@ constexpr int kMostLimitedPasses = 6;
 
 double ToAmplitude(double inDecibels)
 {
-	return std::pow(10.0, inDecibels / 20.0);
+	return zorvcore::math::Exp10(inDecibels / 20.0);
 }
 
 // Makes every zero a positive one. A fader that is closed gives silence for a whole block of it, and the samples'

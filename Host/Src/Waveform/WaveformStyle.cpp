@@ -1,5 +1,7 @@
 #include "SonaroHost/Waveform/WaveformStyle.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -52,7 +54,7 @@ double ScaleAmplitude(double inSample, WaveformStyle const& inStyle)
 	{
 		return sample;
 	}
-	double const decibels = 20.0 * std::log10(std::abs(sample));
+	double const decibels = 20.0 * zorvcore::math::Log10(std::abs(sample));
 	return std::copysign(std::max(0.0, 1.0 - decibels / inStyle.mFloorDecibels), sample);
 }
 

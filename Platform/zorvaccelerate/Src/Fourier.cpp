@@ -11,6 +11,7 @@
 
 #define KERNEL_FILE "FourierKernels.inc"
 #include "CompileForEachLevel.inc"
+#include "zorvcore/math/Elementary.h"
 
 namespace zorvaccelerate::utility
 {
@@ -29,8 +30,8 @@ float* FillTurns(unsigned inPoints, unsigned inStride, float* outTurns)
 		{
 			double const angle = 2.0 * std::numbers::pi * (turn + 1) * part * inStride / inPoints;
 			std::size_t const cosine = isShared ? 6 * i + 2 * turn : 2 * turn * count + i;
-			outTurns[cosine] = static_cast<float>(std::cos(angle));
-			outTurns[cosine + (isShared ? 1 : count)] = static_cast<float>(-std::sin(angle));
+			outTurns[cosine] = static_cast<float>(zorvcore::math::Cos(angle));
+			outTurns[cosine + (isShared ? 1 : count)] = static_cast<float>(-zorvcore::math::Sin(angle));
 		}
 	}
 	return outTurns + 6 * count;
@@ -65,8 +66,8 @@ void FillFourierTable(unsigned inSize, float* outTable)
 	for (unsigned k = 0; k < quarter; ++k)
 	{
 		double const angle = 2.0 * std::numbers::pi * k / inSize;
-		table[k] = static_cast<float>(std::cos(angle));
-		table[quarter + k] = static_cast<float>(std::sin(angle));
+		table[k] = static_cast<float>(zorvcore::math::Cos(angle));
+		table[quarter + k] = static_cast<float>(zorvcore::math::Sin(angle));
 	}
 }
 

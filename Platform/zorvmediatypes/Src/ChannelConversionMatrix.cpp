@@ -1,5 +1,6 @@
 #include "zorvmediatypes/ChannelConversionMatrix.h"
 
+#include "zorvcore/math/Elementary.h"
 #include "zorvmediatypes/AudioChannelLayout.h"
 
 #include <algorithm>
@@ -68,7 +69,7 @@ double FindAzimuth(AudioChannelDescription inPlace, AudioChannelLayout const& in
 FieldGains GetPlaneWave(double inAzimuth)
 {
 	double const angle = inAzimuth * (std::numbers::pi / 180.0);
-	return {1.0, std::sin(angle), std::cos(angle)};
+	return {1.0, zorvcore::math::Sin(angle), zorvcore::math::Cos(angle)};
 }
 
 void EncodeField(AudioChannelLayout const& inLayout, ChannelConversionMatrix& outMatrix)

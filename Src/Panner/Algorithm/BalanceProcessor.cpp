@@ -1,6 +1,7 @@
 #include "Panner/Algorithm/BalanceProcessor.h"
 
 #include "Vexilon/Constants.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,7 +16,7 @@ namespace
 float GetScale(double inShare)
 {
 	constexpr auto kPi = static_cast<double>(VX::kPi);
-	return std::sin(static_cast<float>((kPi + kPi) * 0.5 * inShare));
+	return zorvcore::math::Sin(static_cast<float>((kPi + kPi) * 0.5 * inShare));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "Vexilon/Constants.h"
 #include "zorvaccelerate/ChannelMixing.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <cmath>
 #include <cstdint>
@@ -24,11 +25,11 @@ void LowFrequencyFilter::Init(FrameRate const& inFrameRate)
 		ticks == std::numeric_limits<std::int64_t>::max() ? 0.0 : 254016000000.0 / static_cast<double>(ticks);
 	double const turns = kCutOffHertz / rate;
 	auto const w = static_cast<float>((turns + turns) * static_cast<double>(VX::kPi));
-	auto const alpha = static_cast<float>(std::sin(static_cast<double>(w)) * VX::kSqrt2Over264);
+	auto const alpha = static_cast<float>(zorvcore::math::Sin(static_cast<double>(w)) * VX::kSqrt2Over264);
 
 	*this = LowFrequencyFilter();
 	mA2 = (1.0f - alpha) / (alpha + 1.0f);
-	mA1 = static_cast<float>((static_cast<double>(mA2) + 1.0) * std::cos(static_cast<double>(w)));
+	mA1 = static_cast<float>((static_cast<double>(mA2) + 1.0) * zorvcore::math::Cos(static_cast<double>(w)));
 	mB = (mA2 + 1.0f - mA1) * 0.25f;
 }
 

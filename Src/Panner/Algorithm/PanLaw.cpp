@@ -1,6 +1,7 @@
 #include "Panner/Algorithm/PanLaw.h"
 
 #include "Vexilon/Constants.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,14 +20,14 @@ constexpr float kHalfPi = 0.5f * kPi;
 struct SurroundShares
 {
 	explicit SurroundShares(SurroundPosition const& inPosition)
-		: mFront(std::cos(kHalfPi * inPosition.mY)),
-		  mRear(std::sin(kHalfPi * inPosition.mY)),
-		  mCenter(std::sin(kHalfPi * inPosition.mCenter)),
-		  mSides(std::cos(kHalfPi * inPosition.mCenter)),
+		: mFront(zorvcore::math::Cos(kHalfPi * inPosition.mY)),
+		  mRear(zorvcore::math::Sin(kHalfPi * inPosition.mY)),
+		  mCenter(zorvcore::math::Sin(kHalfPi * inPosition.mCenter)),
+		  mSides(zorvcore::math::Cos(kHalfPi * inPosition.mCenter)),
 		  mFarLeft(std::max(0.0f, 1.0f - 2.0f * inPosition.mX)),
 		  mFarRight(std::max(0.0f, 1.0f - 2.0f * (1.0f - inPosition.mX))),
-		  mTowardsMiddle(
-			  inPosition.mX > 0.5f ? std::cos((inPosition.mX - 0.5f) * kPi) : std::sin(inPosition.mX * kPi))
+		  mTowardsMiddle(inPosition.mX > 0.5f ? zorvcore::math::Cos((inPosition.mX - 0.5f) * kPi)
+											  : zorvcore::math::Sin(inPosition.mX * kPi))
 	{
 	}
 
@@ -34,7 +35,7 @@ struct SurroundShares
 	// middle of its half, which the centre channel cannot take.
 	float GetSide(float inShare, float inFar) const
 	{
-		return std::sin(kHalfPi * ((inShare - inFar) * mSides + inFar)) * mFront;
+		return zorvcore::math::Sin(kHalfPi * ((inShare - inFar) * mSides + inFar)) * mFront;
 	}
 	float GetCenter() const { return mTowardsMiddle * mFront * mCenter; }
 
@@ -53,7 +54,7 @@ struct SurroundShares
 StereoGains GetEqualPowerGains(float inPan)
 {
 	float const angle = (kPi + kPi) * 0.25f * inPan;
-	return {std::cos(angle), std::sin(angle)};
+	return {zorvcore::math::Cos(angle), zorvcore::math::Sin(angle)};
 }
 
 StereoGains GetSideKeepingGains(float inPan)
@@ -65,9 +66,9 @@ StereoGains GetSideKeepingGains(float inPan)
 	}
 	if (inPan < 0.5f)
 	{
-		return {1.0f, std::sin(kAngle * inPan)};
+		return {1.0f, zorvcore::math::Sin(kAngle * inPan)};
 	}
-	return {std::sin(kAngle * (1.0f - inPan)), 1.0f};
+	return {zorvcore::math::Sin(kAngle * (1.0f - inPan)), 1.0f};
 }
 
 SurroundGains GetMonoSurroundGains(SurroundPosition const& inPosition)
@@ -78,8 +79,8 @@ SurroundGains GetMonoSurroundGains(SurroundPosition const& inPosition)
 		.mLeft = shares.GetSide(1.0f - x, shares.mFarLeft),
 		.mRight = shares.GetSide(x, shares.mFarRight),
 		.mCenter = shares.GetCenter(),
-		.mLeftSurround = std::cos(kHalfPi * x) * shares.mRear,
-		.mRightSurround = std::sin(kHalfPi * x) * shares.mRear,
+		.mLeftSurround = zorvcore::math::Cos(kHalfPi * x) * shares.mRear,
+		.mRightSurround = zorvcore::math::Sin(kHalfPi * x) * shares.mRear,
 	};
 }
 

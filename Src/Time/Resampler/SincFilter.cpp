@@ -1,6 +1,7 @@
 #include "Time/Resampler/SincFilter.h"
 
 #include "Vexilon/Constants.h"
+#include "zorvcore/math/Elementary.h"
 #include "zorvcore/threads/RecursiveMutex.h"
 
 #include <algorithm>
@@ -91,7 +92,7 @@ std::vector<float> SincFilter::Design(int inLength, int inCutoffDivisor, int inO
 	// The outermost elements stay zero.
 	for (int i = 1; i < half; ++i)
 	{
-		double const sinc = std::sin(pi * i / divisor) * divisor / (i * pi);
+		double const sinc = zorvcore::math::Sin(pi * i / divisor) * divisor / (i * pi);
 		centre[i] = static_cast<float>(KaiserWindow(i, inLength) * sinc);
 		centre[-i] = centre[i];
 	}

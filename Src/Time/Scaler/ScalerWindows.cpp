@@ -2,6 +2,7 @@
 
 #include "Time/Scaler/ScalerGeometry.h"
 #include "zorvaccelerate/VectorArithmetic.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <cmath>
 #include <numbers>
@@ -21,7 +22,7 @@ AlignedSamples MakeSquaredCosine(int inHalf)
 	centre[0] = 1.0f;
 	for (int i = 1; i <= inHalf; ++i)
 	{
-		double const cosine = std::cos(i * std::numbers::pi / (2.0 * inHalf));
+		double const cosine = zorvcore::math::Cos(i * std::numbers::pi / (2.0 * inHalf));
 		centre[i] = static_cast<float>(cosine * cosine);
 		centre[-i] = centre[i];
 	}
@@ -36,7 +37,7 @@ void MultiplySinc(int inHalf, int inWidth, AlignedSamples& ioWindow)
 	for (int i = 1; i <= inHalf; ++i)
 	{
 		float const index = static_cast<float>(i);
-		float const sinc = std::sin(index * kSinglePi / width) * width / (index * kSinglePi);
+		float const sinc = zorvcore::math::Sin(index * kSinglePi / width) * width / (index * kSinglePi);
 		centre[i] *= sinc;
 		centre[-i] *= sinc;
 	}

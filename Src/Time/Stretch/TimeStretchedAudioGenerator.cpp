@@ -7,6 +7,7 @@
 #include "zorvaudiodsp/ZeroBufferAccordingToSilenceFlags.h"
 #include "zorvcore/config/Exceptions.h"
 #include "zorvcore/debug/TypeName.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,7 +24,7 @@ using zorvcore::threads::ScopedRecursiveLock;
 // The pitch that follows a ratio, as on a tape.
 float ToSemitones(float inRatio)
 {
-	return 12.0f * std::log(1.0f / inRatio) / std::log(2.0f);
+	return 12.0f * zorvcore::math::Log(1.0f / inRatio) / zorvcore::math::Log(2.0f);
 }
 
 } // namespace

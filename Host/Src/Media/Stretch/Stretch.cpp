@@ -1,5 +1,7 @@
 #include "SonaroHost/Media/Stretch.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -10,7 +12,7 @@ Ratio Stretch::GetPitchFactor(double inSemitones)
 {
 	// A rate of conversion with few digits needs few tables.
 	constexpr std::int64_t kParts = std::int64_t{1} << 18;
-	double const factor = std::exp2(inSemitones / 12.0);
+	double const factor = zorvcore::math::Exp2(inSemitones / 12.0);
 	return {std::llround(factor * static_cast<double>(kParts)), kParts};
 }
 

@@ -3,6 +3,7 @@
 #include "Otio/Mix/CurveReader.h"
 
 #include "SonaroHost/Otio/Limits.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -72,7 +73,7 @@ bool ApplyToGain(Cursor const& inLevel, bool inIsDecibels, LevelUnit inUnit, Cur
 	ioCurve.mScale = AutomationScale::kLinear;
 	if (inUnit == LevelUnit::kLinear)
 	{
-		return smallest >= 0.0 && largest <= std::pow(10.0, kMaxGainDecibels / 20.0);
+		return smallest >= 0.0 && largest <= zorvcore::math::Exp10(kMaxGainDecibels / 20.0);
 	}
 	return largest > 0.0 && largest <= kMaxLinear &&
 		   Guess(inLevel, "a gain without a unit, from 0 to 4, is taken as a linear factor (1 is 0 dB)");

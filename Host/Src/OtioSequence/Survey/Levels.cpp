@@ -1,5 +1,7 @@
 #include "Levels.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -33,7 +35,7 @@ double ToLinear(double inGain, AutomationScale inScale)
 	{
 		return inGain;
 	}
-	return inGain <= kSilenceDecibels ? 0.0 : std::pow(10.0, inGain / 20.0);
+	return inGain <= kSilenceDecibels ? 0.0 : zorvcore::math::Exp10(inGain / 20.0);
 }
 
 // What is beyond every use is brought to where it can be counted with.

@@ -2,6 +2,7 @@
 
 #include "FrameGains.h"
 #include "Level.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <numbers>
@@ -27,10 +28,11 @@ PanStage::Gains PanStage::GetGains(float inPan) const
 	if (IsMono())
 	{
 		double const angle = kHalfTurn / 2.0 * pan;
-		return {pan == 1.0 ? 0.0f : static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle))};
+		return {pan == 1.0 ? 0.0f : static_cast<float>(zorvcore::math::Cos(angle)),
+			static_cast<float>(zorvcore::math::Sin(angle))};
 	}
-	return {pan <= kMiddle ? 1.0f : static_cast<float>(std::sin(kHalfTurn * (1.0 - pan))),
-		pan >= kMiddle ? 1.0f : static_cast<float>(std::sin(kHalfTurn * pan))};
+	return {pan <= kMiddle ? 1.0f : static_cast<float>(zorvcore::math::Sin(kHalfTurn * (1.0 - pan))),
+		pan >= kMiddle ? 1.0f : static_cast<float>(zorvcore::math::Sin(kHalfTurn * pan))};
 }
 
 PanStage::Gains const& PanStage::GetGainsAtRest(float inPan)

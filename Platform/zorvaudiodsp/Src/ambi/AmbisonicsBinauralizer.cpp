@@ -5,6 +5,7 @@
 #include "zorvaccelerate/ChannelMixing.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvcore/config/Exceptions.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,7 +35,7 @@ CosineSine GetCosineSine(float inAngle, bool inDegrees)
 {
 	double const finite = std::isfinite(inAngle) ? inAngle : 0.0;
 	double const angle = inDegrees ? finite * (std::numbers::pi / 180.0) : finite;
-	return {std::cos(angle), std::sin(angle)};
+	return {zorvcore::math::Cos(angle), zorvcore::math::Sin(angle)};
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "ambi/ResponseFilters.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -32,7 +34,8 @@ FoundSet FindNearestSet(ResponseDescriptor const& inDescriptor, unsigned inSampl
 		ResponseSet const& set = inDescriptor.mSets[i];
 		if (set.mSampleRate > 0 && set.mNumTaps > 0)
 		{
-			double const distance = std::fabs(std::log(static_cast<double>(set.mSampleRate) / inSampleRate));
+			double const distance =
+				std::fabs(zorvcore::math::Log(static_cast<double>(set.mSampleRate) / inSampleRate));
 			if (distance < least)
 			{
 				least = distance;
@@ -51,8 +54,10 @@ double GetKernel(double inPosition)
 	{
 		return 1.0;
 	}
-	double const window = 0.5 + 0.5 * std::cos(kPi * inPosition / kReach);
-	return std::fabs(inPosition) < kReach ? window * std::sin(kPi * inPosition) / (kPi * inPosition) : 0.0;
+	double const window = 0.5 + 0.5 * zorvcore::math::Cos(kPi * inPosition / kReach);
+	return std::fabs(inPosition) < kReach
+			   ? window * zorvcore::math::Sin(kPi * inPosition) / (kPi * inPosition)
+			   : 0.0;
 }
 
 std::size_t CountResampled(std::size_t inTaps, double inStep)

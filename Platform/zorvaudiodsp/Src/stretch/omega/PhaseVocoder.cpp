@@ -1,6 +1,7 @@
 #include "stretch/omega/PhaseVocoder.h"
 
 #include "stretch/omega/SampleHistory.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <bit>
@@ -28,7 +29,8 @@ std::vector<float> MakeBlackmanWindow(unsigned inSize)
 	for (unsigned i = 0; i < inSize; ++i)
 	{
 		double const phase = 2.0 * std::numbers::pi * i / inSize;
-		window[i] = static_cast<float>(0.42 - 0.5 * std::cos(phase) + 0.08 * std::cos(2.0 * phase));
+		window[i] = static_cast<float>(
+			0.42 - 0.5 * zorvcore::math::Cos(phase) + 0.08 * zorvcore::math::Cos(2.0 * phase));
 	}
 	return window;
 }
@@ -38,7 +40,8 @@ std::vector<float> MakeHannWindow(unsigned inSize, double inScale)
 	std::vector<float> window(inSize);
 	for (unsigned i = 0; i < inSize; ++i)
 	{
-		window[i] = static_cast<float>(inScale * (0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * i / inSize)));
+		window[i] = static_cast<float>(
+			inScale * (0.5 - 0.5 * zorvcore::math::Cos(2.0 * std::numbers::pi * i / inSize)));
 	}
 	return window;
 }

@@ -1,5 +1,7 @@
 #include "stretch/omega/RubberBandEngine.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -87,7 +89,7 @@ void RubberBandEngine::Start()
 	mIsStarted = true;
 	mStretcher.reset();
 	mStretcher.setTimeRatio(static_cast<double>(mRatio));
-	mStretcher.setPitchScale(std::exp2(static_cast<double>(mSemitones) / 12.0));
+	mStretcher.setPitchScale(zorvcore::math::Exp2(static_cast<double>(mSemitones) / 12.0));
 	std::fill(mScratch.begin(), mScratch.end(), 0.0f);
 	std::fill(mInputPointers.begin(), mInputPointers.end(), mScratch.data());
 	mHalfWindow = mStretcher.getPreferredStartPad();
@@ -131,7 +133,7 @@ void RubberBandEngine::Process(unsigned inNumOutput, float const* const* inInput
 	{
 		Start();
 	}
-	mStretcher.setPitchScale(std::exp2(static_cast<double>(mSemitones) / 12.0));
+	mStretcher.setPitchScale(zorvcore::math::Exp2(static_cast<double>(mSemitones) / 12.0));
 	Steer();
 	Retrieve(numOutput, outOutputs);
 	mSourceDone = GetSourceAt(numOutput);

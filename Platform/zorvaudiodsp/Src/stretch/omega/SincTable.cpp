@@ -1,5 +1,7 @@
 #include "stretch/omega/SincTable.h"
 
+#include "zorvcore/math/Elementary.h"
+
 #include <cmath>
 #include <numbers>
 
@@ -35,7 +37,7 @@ SincTable::SincTable(unsigned inHalfWidth, double inCutoff, double inBeta)
 		double const distance = static_cast<double>(i) / kPointsPerSample;
 		double const place = distance / inHalfWidth;
 		double const angle = std::numbers::pi * inCutoff * distance;
-		double const sinc = i == 0 ? inCutoff : inCutoff * std::sin(angle) / angle;
+		double const sinc = i == 0 ? inCutoff : inCutoff * zorvcore::math::Sin(angle) / angle;
 		mPoints.push_back(
 			static_cast<float>(sinc * Bessel(inBeta * std::sqrt(1.0 - place * place)) / Bessel(inBeta)));
 	}

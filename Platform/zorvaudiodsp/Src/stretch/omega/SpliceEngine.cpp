@@ -4,6 +4,7 @@
 #include "stretch/omega/SpliceSearch.h"
 #include "zorvaccelerate/VectorArithmetic.h"
 #include "zorvaudiodsp/AudioBuffer.h"
+#include "zorvcore/math/Elementary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,7 +30,7 @@ unsigned ToSamples(double inSampleRate, double inMilliseconds)
 
 double ToFactor(float inSemitones)
 {
-	return std::exp2(static_cast<double>(inSemitones) / 12.0);
+	return zorvcore::math::Exp2(static_cast<double>(inSemitones) / 12.0);
 }
 
 // A fade's rise from 0 to 1, at 4096 points.
@@ -38,7 +39,8 @@ std::array<float, 4096> MakeFade()
 	std::array<float, 4096> fade{};
 	for (unsigned i = 0; i < fade.size(); ++i)
 	{
-		double const sine = std::sin((i + 0.5) / static_cast<double>(fade.size()) * std::numbers::pi / 2.0);
+		double const sine =
+			zorvcore::math::Sin((i + 0.5) / static_cast<double>(fade.size()) * std::numbers::pi / 2.0);
 		fade[i] = static_cast<float>(sine * sine);
 	}
 	return fade;
