@@ -5,7 +5,6 @@
 #include "Support/Threads.h"
 
 #include <cstdlib>
-#include <unistd.h>
 
 namespace AsyncDestructionTest
 {

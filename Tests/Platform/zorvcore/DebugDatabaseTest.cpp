@@ -118,12 +118,21 @@ TEST(CachedDebugInteger, NoReaderIsLeftWithAnOldValue)
 	EXPECT_EQ(value.Get(), kChanges);
 }
 
+void SetEnvironment(char const* inName, char const* inValue)
+{
+#ifdef _WIN32
+	_putenv_s(inName, inValue);
+#else
+	setenv(inName, inValue, 1);
+#endif
+}
+
 TEST(DebugDatabaseDeathTest, TheProcessWideOneComesFromTheEnvironment)
 {
 	testing::FLAGS_gtest_death_test_style = "threadsafe";
 	EXPECT_EXIT(
 		{
-			setenv("ZORV_DEBUG_DATABASE", "first=1;second=two", 1);
+			SetEnvironment("ZORV_DEBUG_DATABASE", "first=1;second=two");
 			std::exit(DebugDatabase::Instance().GetEntry("second", "") == "two" ? 0 : 1);
 		},
 		testing::ExitedWithCode(0), "");

@@ -8,14 +8,18 @@
 #include <filesystem>
 #include <fstream>
 #include <numeric>
+
+#ifdef __linux__
 #include <sched.h>
-#include <sys/resource.h>
-#include <unistd.h>
+#endif
 
 namespace ExecutorTest
 {
 
 using namespace zorvcore::threads;
+
+// Where threads and their names are files.
+#ifdef __linux__
 
 bool ThreadExists(std::string const& inName)
 {
@@ -40,6 +44,8 @@ TEST(AsyncThreadedExecutor, TheThreadStartsWithTheFirstTaskUnderTheFirst15BytesO
 	executor->Stop();
 	EXPECT_TRUE(existed);
 }
+
+#endif
 
 TEST(AsyncThreadedExecutor, OneThreadRunsTasksInOrder)
 {
@@ -238,6 +244,8 @@ TEST(CurrentThread, OnlyTheFirstThreadIsTheMainThread)
 	EXPECT_TRUE(CurrentThreadIsMainThread());
 }
 
+#ifdef __linux__
+
 TEST(CurrentThread, RealtimeIsThatThreadsAloneWherePermitted)
 {
 	int const before = sched_getscheduler(0);
@@ -260,5 +268,7 @@ TEST(CurrentThread, RealtimeIsThatThreadsAloneWherePermitted)
 	EXPECT_EQ(policyOfItsChild, before);
 	EXPECT_EQ(sched_getscheduler(0), before);
 }
+
+#endif
 
 } // namespace ExecutorTest

@@ -4,12 +4,17 @@
 
 #include <array>
 #include <cfenv>
-#include <csignal>
 #include <cstdlib>
+#include <thread>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <csignal>
 #include <pthread.h>
 #include <sys/mman.h>
-#include <thread>
 #include <unistd.h>
+#endif
 
 namespace RunGuardedTest
 {
@@ -34,6 +39,8 @@ void RunNonsense()
 	__builtin_trap();
 }
 
+#ifndef _WIN32
+
 // A page of a file that has none.
 void ReadBeyondTheFile()
 {
@@ -44,22 +51,37 @@ void ReadBeyondTheFile()
 	static_cast<void>(*mapped);
 }
 
+#endif
+
 struct Fault
 {
-	int mSignal;
+	unsigned mCode;
 	void (*mCause)();
 };
+#ifdef _WIN32
+constexpr unsigned kAccessFault = EXCEPTION_ACCESS_VIOLATION;
+constexpr unsigned kDivisionFault = EXCEPTION_INT_DIVIDE_BY_ZERO;
+constexpr unsigned kInstructionFault = EXCEPTION_ILLEGAL_INSTRUCTION;
+#else
+constexpr unsigned kAccessFault = SIGSEGV;
+constexpr unsigned kDivisionFault = SIGFPE;
+#ifdef __aarch64__
+constexpr unsigned kInstructionFault = SIGTRAP;
+#else
+constexpr unsigned kInstructionFault = SIGILL;
+#endif
+#endif
 constexpr Fault kFaults[] = {
-	{SIGSEGV, &ReadNothing},
+	{kAccessFault, &ReadNothing},
+	{kInstructionFault, &RunNonsense},
+#ifndef _WIN32
 	{SIGBUS, &ReadBeyondTheFile},
-	{SIGFPE, &DivideByZero},
-	{SIGILL, &RunNonsense},
+#endif
+// Other processors give a number for it.
+#ifdef __x86_64__
+	{kDivisionFault, &DivideByZero},
+#endif
 };
-
-unsigned Code(int inSignal)
-{
-	return static_cast<unsigned>(inSignal);
-}
 
 // A second time as well: nothing is left blocked, and nothing is used up.
 TEST(RunGuarded, SurvivesEveryFaultEveryTime)
@@ -68,7 +90,7 @@ TEST(RunGuarded, SurvivesEveryFaultEveryTime)
 	{
 		for (Fault const& fault : kFaults)
 		{
-			EXPECT_EQ(RunGuarded(fault.mCause), Code(fault.mSignal));
+			EXPECT_EQ(RunGuarded(fault.mCause), fault.mCode);
 			EXPECT_EQ(RunGuarded([] {}), kNoMachineException);
 		}
 	}
@@ -80,11 +102,11 @@ TEST(RunGuarded, ThreadsFaultApart)
 	{
 		for (int i = 0; i < 300; ++i)
 		{
-			EXPECT_EQ(RunGuarded(inFault.mCause), Code(inFault.mSignal));
+			EXPECT_EQ(RunGuarded(inFault.mCause), inFault.mCode);
 		}
 	};
 	std::thread first(fault, kFaults[0]);
-	std::thread second(fault, kFaults[3]);
+	std::thread second(fault, kFaults[1]);
 	first.join();
 	second.join();
 }
@@ -95,22 +117,18 @@ TEST(RunGuarded, TheInnermostGuardEnds)
 	unsigned const outer = RunGuarded(
 		[&]
 		{
-			EXPECT_EQ(RunGuarded(&ReadNothing), Code(SIGSEGV));
+			EXPECT_EQ(RunGuarded(&ReadNothing), kAccessFault);
 			EXPECT_THROW(RunGuarded([] { throw std::runtime_error("C++"); }), std::runtime_error);
 			trace.push_back(1);
 			RunNonsense();
 			trace.push_back(2);
 		});
-	EXPECT_EQ(outer, Code(SIGILL));
+	EXPECT_EQ(outer, kInstructionFault);
 	EXPECT_THAT(trace, testing::ElementsAre(1));
 }
 
-TEST(RunGuarded, TheThreadIsAsItWas)
+TEST(RunGuarded, TheFloatingPointModeIsAsItWas)
 {
-	sigset_t blocked;
-	sigemptyset(&blocked);
-	sigaddset(&blocked, SIGUSR1);
-	pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
 	std::fesetround(FE_UPWARD);
 	EXPECT_EQ(RunGuarded(
 				  []
@@ -118,9 +136,20 @@ TEST(RunGuarded, TheThreadIsAsItWas)
 					  std::fesetround(FE_DOWNWARD);
 					  ReadNothing();
 				  }),
-		Code(SIGSEGV));
+		kAccessFault);
 	EXPECT_EQ(std::fegetround(), FE_UPWARD);
 	std::fesetround(FE_TONEAREST);
+}
+
+#ifndef _WIN32
+
+TEST(RunGuarded, TheSignalMaskIsAsItWas)
+{
+	sigset_t blocked;
+	sigemptyset(&blocked);
+	sigaddset(&blocked, SIGUSR1);
+	pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+	EXPECT_EQ(RunGuarded(&ReadNothing), kAccessFault);
 	sigset_t mask;
 	pthread_sigmask(SIG_UNBLOCK, &blocked, &mask);
 	EXPECT_TRUE(sigismember(&mask, SIGUSR1));
@@ -145,7 +174,7 @@ TEST(RunGuarded, SurvivesAnOverflowOnAnAlternateStack)
 			ASSERT_EQ(sigaltstack(&alternate, &former), 0);
 			for (int time = 0; time < 2; ++time)
 			{
-				EXPECT_EQ(RunGuarded([] { Overflow(0); }), Code(SIGSEGV));
+				EXPECT_EQ(RunGuarded([] { Overflow(0); }), kAccessFault);
 			}
 			sigaltstack(&former, nullptr);
 		});
@@ -183,6 +212,8 @@ void SetReportingFormer()
 	sigaction(SIGSEGV, &action, nullptr);
 }
 
+#endif
+
 // Children start from the beginning, so that no guard is installed before theirs.
 class RunGuardedDeathTest : public testing::Test
 {
@@ -190,13 +221,15 @@ protected:
 	RunGuardedDeathTest() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
 };
 
+#ifndef _WIN32
+
 TEST_F(RunGuardedDeathTest, WhatIsNoGuardsGoesToTheFormerHandler)
 {
 	EXPECT_EXIT(
 		{
 			SetReportingFormer();
 			if (RunGuarded([] { raise(SIGSEGV); }) == kNoMachineException &&
-				RunGuarded(&ReadNothing) == Code(SIGSEGV))
+				RunGuarded(&ReadNothing) == kAccessFault)
 			{
 				ReadNothing();
 			}
@@ -218,6 +251,8 @@ TEST_F(RunGuardedDeathTest, WhatIsNoGuardsGoesToTheFormerHandler)
 		},
 		testing::KilledBySignal(SIGSEGV), "^$");
 }
+
+#endif
 
 // A sanitizer's handler of accesses is a former one, too.
 #ifdef __has_feature

@@ -1,116 +1,18 @@
 #include "zorvcore/utility/RunGuarded.h"
 
-#ifdef _WIN32
+#include "FloatMode.h"
 
-#include <windows.h>
-
-namespace zorvcore::utility::exceptions
-{
-
-namespace
-{
-
-// C++ exceptions, breakpoints and overflows of the stack are not for a guard.
-bool IsMachineException(unsigned inCode)
-{
-	switch (inCode)
-	{
-	case EXCEPTION_ACCESS_VIOLATION:
-	case EXCEPTION_ARRAY_BOUNDS_EXCEEDED:
-	case EXCEPTION_DATATYPE_MISALIGNMENT:
-	case EXCEPTION_FLT_DENORMAL_OPERAND:
-	case EXCEPTION_FLT_DIVIDE_BY_ZERO:
-	case EXCEPTION_FLT_INEXACT_RESULT:
-	case EXCEPTION_FLT_INVALID_OPERATION:
-	case EXCEPTION_FLT_OVERFLOW:
-	case EXCEPTION_FLT_UNDERFLOW:
-	case EXCEPTION_ILLEGAL_INSTRUCTION:
-	case EXCEPTION_INT_DIVIDE_BY_ZERO:
-	case EXCEPTION_INT_OVERFLOW:
-	case EXCEPTION_IN_PAGE_ERROR:
-	case EXCEPTION_PRIV_INSTRUCTION:
-		return true;
-	default:
-		return false;
-	}
-}
-
-} // namespace
-
-void InstallGuards()
-{
-}
-
-unsigned detail::RunGuarded(void (*inCall)(void*), void* inContext)
-{
-	unsigned code = kNoMachineException;
-	__try
-	{
-		inCall(inContext);
-	}
-	__except (
-		IsMachineException(code = GetExceptionCode()) ? EXCEPTION_EXECUTE_HANDLER : EXCEPTION_CONTINUE_SEARCH)
-	{
-		return code;
-	}
-	return kNoMachineException;
-}
-
-} // namespace zorvcore::utility::exceptions
-
-#else
-
-#include <cfenv>
 #include <csetjmp>
 #include <csignal>
 #include <cstddef>
 #include <iterator>
 #include <pthread.h>
-#ifdef __x86_64__
-#include <xmmintrin.h>
-#endif
 
 namespace zorvcore::utility::exceptions
 {
 
 namespace
 {
-
-// Rounding, flushing and traps of the thread's arithmetic. The kernel runs a signal handler with the default, and a
-// jump out of it keeps that.
-class FloatMode
-{
-public:
-#ifdef __x86_64__
-	// The two control words; the rest of the environment takes as long to save as ten guards.
-	void Save()
-	{
-		mVectorControl = _mm_getcsr();
-		asm volatile("fnstcw %0" : "=m"(mControl));
-	}
-	void Restore() const
-	{
-		_mm_setcsr(mVectorControl);
-		asm volatile("fldcw %0" : : "m"(mControl));
-	}
-
-private:
-	unsigned mVectorControl;
-	unsigned short mControl;
-#else
-	void Save()
-	{
-		std::fegetenv(&mEnvironment);
-	}
-	void Restore() const
-	{
-		std::fesetenv(&mEnvironment);
-	}
-
-private:
-	std::fenv_t mEnvironment;
-#endif
-};
 
 // One guard that is active, on the stack of its thread.
 struct Guard
@@ -124,7 +26,12 @@ struct Guard
 // The handler reads it, which must not allocate the thread's storage of a library that was loaded late.
 [[gnu::tls_model("initial-exec")]] constinit thread_local Guard* sInnermost = nullptr;
 
+#ifdef __aarch64__
+// There, compilers end what cannot go on by a breakpoint.
+constexpr int kSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP};
+#else
 constexpr int kSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL};
+#endif
 
 // What handled the signals before, in the order of kSignals. Written before its handler is replaced.
 struct sigaction sFormer[std::size(kSignals)];
@@ -246,5 +153,3 @@ unsigned detail::RunGuarded(void (*inCall)(void*), void* inContext)
 }
 
 } // namespace zorvcore::utility::exceptions
-
-#endif

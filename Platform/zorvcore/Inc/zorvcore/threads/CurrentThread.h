@@ -19,7 +19,8 @@ ZORV_API void SetCurrentThreadPriority(ThreadPriority inPriority) noexcept;
 // Lets the calling thread run before all that are not real-time, in turns with those of the same priority, from 1 to 99
 // (SCHED_RR). For threads that mostly wait and must not come late by a few milliseconds, as others of normal priority may
 // finish their turn before even an urgent one. Threads that it makes do not inherit this. The priority is lowered to the
-// process's limit (RLIMIT_RTPRIO); false, and nothing has changed, where that is 0.
+// process's limit (RLIMIT_RTPRIO); false, and nothing has changed, where that is 0. On Windows all priorities are the
+// same, "time critical".
 ZORV_API bool SetCurrentThreadRealtime(int inPriority) noexcept;
 
 } // namespace zorvcore::threads

@@ -18,13 +18,14 @@ ZORV_API unsigned RunGuarded(void (*inCall)(void*), void* inContext);
 
 } // namespace detail
 
-// Installs the handlers that RunGuarded needs, once for the process: of SIGSEGV, SIGBUS, SIGFPE and SIGILL on POSIX,
-// none on Windows. Later calls do nothing. For those who must not make system calls when they first guard
+// Installs the handlers that RunGuarded needs, once for the process: of SIGSEGV, SIGBUS, SIGFPE and SIGILL on POSIX, and
+// there of SIGTRAP on ARM, where compilers trap by it; a vectored one on Windows, none with Microsoft's compiler. Later calls do nothing. For those who must not make system calls when they first guard
 // something.
 ZORV_API void InstallGuards();
 
 // Calls inCall(), which is somebody else's code, and survives its machine exceptions: accesses to memory that is not
-// there, divisions by zero, invalid instructions. Returns kNoMachineException, or after a machine exception its code:
+// there, divisions by zero where the processor
+// refuses them, invalid instructions. Returns kNoMachineException, or after a machine exception its code:
 // the number of the signal on POSIX, the code of the structured exception on Windows.
 //
 // State      What inCall had under way is left as it stood: no destructor runs, locks stay locked, memory is lost. The
