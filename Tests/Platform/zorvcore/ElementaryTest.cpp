@@ -31,7 +31,7 @@ constexpr Function kFunctions[] = {
 	{"sine near 0", &Sin, [](long double x) { return std::sin(x); }, -1e-3, 1e-3},
 	{"sine, many turns", &Sin, [](long double x) { return std::sin(x); }, -99999.0, 99999.0},
 	{"cosine", &Cos, [](long double x) { return std::cos(x); }, -7.0, 7.0},
-	{"tangent", &Tan, [](long double x) { return std::tan(x); }, -1.5, 1.5, 1.6},
+	{"tangent", &Tan, [](long double x) { return std::tan(x); }, -1.5, 1.5, 3.0},
 	{"exp", &Exp, [](long double x) { return std::exp(x); }, -700.0, 700.0},
 	{"exp near 0", &Exp, [](long double x) { return std::exp(x); }, -0.01, 0.01},
 	{"exp2", &Exp2, [](long double x) { return std::exp2(x); }, -20.0, 20.0},
