@@ -1,6 +1,7 @@
 #include "PieceFileWriter.h"
 
 #include "FactsText.h"
+#include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/Digest.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 
