@@ -3,7 +3,9 @@
 #include "DoubleDouble.h"
 
 #include <array>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace zorvcore::math
@@ -16,6 +18,8 @@ namespace
 constexpr DoubleDouble kPi{3.141592653589793116, 1.224646799147353207e-16};
 constexpr DoubleDouble kLn2{0.69314718055994528623, 2.319046813846299558e-17};
 constexpr DoubleDouble kLn10{2.302585092994045901, -2.170756223382249351e-16};
+
+constexpr DoubleDouble kPerLn10 = DoubleDouble{1.0} / kLn10;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -62,6 +66,26 @@ constexpr std::array<SineAndCosine, kStepsInTurn> MakeSines()
 }
 
 constexpr auto kSines = MakeSines();
+
+// Angles of i / kStepsInRadian, a little beyond a quarter of a turn.
+constexpr int kStepsInRadian = 128;
+constexpr int kQuarterSteps = 206;
+
+constexpr std::array<SineAndCosine, kQuarterSteps + 1> MakeQuarter()
+{
+	std::array<SineAndCosine, kQuarterSteps + 1> table{};
+	SineAndCosine const step = SumSeries({1.0 / kStepsInRadian});
+	SineAndCosine turned{{}, {1.0, 0.0}};
+	for (SineAndCosine& entry : table)
+	{
+		entry = turned;
+		turned = {entry.mSine * step.mCosine + entry.mCosine * step.mSine,
+			entry.mCosine * step.mCosine + -(entry.mSine * step.mSine)};
+	}
+	return table;
+}
+
+constexpr auto kQuarter = MakeQuarter();
 
 // 2^(i / kStepsInOctave).
 constexpr int kStepsInOctave = 128;
@@ -163,8 +187,58 @@ private:
 
 constexpr StepSize kAngleStep({kPi.mHigh * 2.0 / kStepsInTurn, kPi.mLow * 2.0 / kStepsInTurn},
 	{-2.994769809718339666e-33 * 2.0 / kStepsInTurn});
-constexpr StepSize kExponentStep(
-	{kLn2.mHigh / kStepsInOctave, kLn2.mLow / kStepsInOctave}, {5.707708438416212066e-34 / kStepsInOctave});
+
+// Of a quarter of a turn, which gains of fades and panners are within: the first angle is below the second.
+struct NearAngle
+{
+	SineAndCosine const& mBase;
+	double mRest;
+	// Its sine less itself, and its cosine less 1.
+	double mSine;
+	double mCosine;
+};
+
+// inAngle: from 0 to the table's end. What is left after the nearest entry is exact and at most 1/256.
+NearAngle FindNear(double inAngle)
+{
+	double const step = RoundToWhole(inAngle * kStepsInRadian);
+	double const r = inAngle - step * (1.0 / kStepsInRadian);
+	double const square = r * r;
+	return {kQuarter[static_cast<unsigned>(step)], r, r * square * (-1.0 / 6.0 + square * (1.0 / 120.0)),
+		square * (-0.5 + square * (1.0 / 24.0 - square * (1.0 / 720.0)))};
+}
+
+// inAngle: from 1/8 to the table's end. Smaller sines would be less exact.
+double GetNearSine(double inAngle)
+{
+	NearAngle const near = FindNear(inAngle);
+	SineAndCosine const& base = near.mBase;
+	double const turned = base.mCosine.mHigh * near.mRest;
+	return base.mSine.mHigh +
+		   (turned + (base.mSine.mLow + base.mCosine.mHigh * near.mSine + base.mSine.mHigh * near.mCosine));
+}
+
+// inAngle: from 0 to 1.4. Smaller cosines would be less exact.
+double GetNearCosine(double inAngle)
+{
+	NearAngle const near = FindNear(inAngle);
+	SineAndCosine const& base = near.mBase;
+	double const turned = base.mSine.mHigh * near.mRest;
+	return base.mCosine.mHigh -
+		   (turned - (base.mCosine.mLow - base.mSine.mHigh * near.mSine + base.mCosine.mHigh * near.mCosine));
+}
+
+// inAngle: at most 1/8. Taylor's series.
+double GetSmallSine(double inAngle)
+{
+	double const square = inAngle * inAngle;
+	return inAngle +
+		   inAngle * square *
+			   (-1.0 / 6.0 +
+				   square *
+					   (1.0 / 120.0 + square * (-1.0 / 5040.0 +
+												   square * (1.0 / 362880.0 - square * (1.0 / 39916800.0)))));
+}
 
 // inAngle: finite. The sine of the angle and of what lies inQuarters quarters of a turn after it.
 double GetSine(double inAngle, int inQuarters)
@@ -178,9 +252,10 @@ double GetSine(double inAngle, int inQuarters)
 	double const square = r * r;
 	// sin(r) - r and cos(r) - 1.
 	double const sine =
-		r * square * (-1.0 / 6.0 + square * (1.0 / 120.0 + square * (-1.0 / 5040.0 + square / 362880.0)));
+		r * square *
+		(-1.0 / 6.0 + square * (1.0 / 120.0 + square * (-1.0 / 5040.0 + square * (1.0 / 362880.0))));
 	double const cosine =
-		square * (-0.5 + square * (1.0 / 24.0 + square * (-1.0 / 720.0 + square / 40320.0)));
+		square * (-0.5 + square * (1.0 / 24.0 + square * (-1.0 / 720.0 + square * (1.0 / 40320.0))));
 	DoubleDouble const product = MultiplyExactly(base.mCosine.mHigh, r);
 	DoubleDouble const sum = AddExactly(base.mSine.mHigh, product.mHigh);
 	double const small = base.mSine.mLow + product.mLow + base.mCosine.mLow * r +
@@ -188,35 +263,65 @@ double GetSine(double inAngle, int inQuarters)
 	return sum.mHigh + (sum.mLow + small);
 }
 
-// The power of e of a number, from -746 to 710, and of a small one that is added to it.
-double GetPower(DoubleDouble const& inExponent)
+// A base, by the step of which the power is 1 / kStepsInOctave of an octave, and its natural logarithm.
+struct Base
 {
-	Steps const steps = kExponentStep.Count(inExponent.mHigh);
-	double const r = steps.mRest.mHigh;
-	// exp(r) - 1 - r.
-	double const curved =
-		r * r *
-		(1.0 / 2.0 + r * (1.0 / 6.0 + r * (1.0 / 24.0 + r * (1.0 / 120.0 + r * (1.0 / 720.0 + r / 5040.0)))));
-	int const octave = (steps.mCount & ~(kStepsInOctave - 1)) / kStepsInOctave;
-	DoubleDouble const& base = kPowers[static_cast<unsigned>(steps.mCount - octave * kStepsInOctave)];
-	double const rest = steps.mRest.mLow + inExponent.mLow;
-	double const small = rest + rest * r + curved;
-	DoubleDouble const product = MultiplyExactly(base.mHigh, r);
-	DoubleDouble const sum = AddOrdered(base.mHigh, product.mHigh);
-	double const low = sum.mLow + (product.mLow + base.mLow + base.mHigh * small + base.mLow * r);
-	return std::ldexp(sum.mHigh + low, octave);
+	StepSize mStep;
+	double mLogarithm;
+	// Between which powers are neither 0 nor infinity.
+	double mLeast;
+	double mMost;
+};
+
+constexpr DoubleDouble kSteps{static_cast<double>(kStepsInOctave)};
+constexpr Base kBaseE{
+	StepSize(kLn2 / kSteps, {5.707708438416212066e-34 / kStepsInOctave}), 1.0, -746.0, 710.0};
+constexpr Base kBase2{StepSize({1.0 / kStepsInOctave}, {}), kLn2.mHigh, -1076.0, 1024.0};
+constexpr Base kBase10{StepSize(kLn2 / kLn10 / kSteps, {}), kLn10.mHigh, -324.0, 309.0};
+
+// inValue: not far from 1.
+double Scale(double inValue, int inOctave)
+{
+	constexpr int kBias = 1023;
+	constexpr int kMantissa = 52;
+	if (inOctave <= -kBias || inOctave > kBias)
+	{
+		return std::ldexp(inValue, inOctave);
+	}
+	return inValue * std::bit_cast<double>(static_cast<std::uint64_t>(inOctave + kBias) << kMantissa);
 }
 
-// inExponent: what mHigh is far beyond the ends is 0 or infinity.
-double GetAnyPower(DoubleDouble const& inExponent)
+// inExponent: from the least to the most; inLow is added to it.
+double GetPower(Base const& inBase, double inExponent, double inLow)
 {
-	constexpr double kLeast = -746.0;
-	constexpr double kMost = 710.0;
-	if (!(inExponent.mHigh >= kLeast))
+	Steps const steps = inBase.mStep.Count(inExponent);
+	double const r = steps.mRest.mHigh * inBase.mLogarithm + (steps.mRest.mLow * inBase.mLogarithm + inLow);
+	// exp(r) - 1 - r.
+	double const curved =
+		r * r * (1.0 / 2.0 + r * (1.0 / 6.0 + r * (1.0 / 24.0 + r * (1.0 / 120.0 + r * (1.0 / 720.0)))));
+	int const octave = (steps.mCount & ~(kStepsInOctave - 1)) / kStepsInOctave;
+	DoubleDouble const& base = kPowers[static_cast<unsigned>(steps.mCount - octave * kStepsInOctave)];
+	// All but the first is below 1/256 of it, and its roundings are as small.
+	return Scale(base.mHigh + (base.mHigh * (r + curved) + base.mLow), octave);
+}
+
+double GetAnyPower(Base const& inBase, double inExponent, double inLow = 0.0)
+{
+	if (!(inExponent >= inBase.mLeast))
 	{
-		return std::isnan(inExponent.mHigh) ? inExponent.mHigh : 0.0;
+		return std::isnan(inExponent) ? inExponent : 0.0;
 	}
-	return inExponent.mHigh > kMost ? kInfinity : GetPower(inExponent);
+	return inExponent > inBase.mMost ? kInfinity : GetPower(inBase, inExponent, inLow);
+}
+
+// What is divided is exact, and so is the sum in two numbers.
+DoubleDouble DivideBySum(double inNumber, double inA, double inB)
+{
+	DoubleDouble const sum = AddExactly(inA, inB);
+	double const first = inNumber / sum.mHigh;
+	DoubleDouble const product = MultiplyExactly(first, sum.mHigh);
+	double const rest = ((inNumber - product.mHigh) - product.mLow) - first * sum.mLow;
+	return {first, rest / sum.mHigh};
 }
 
 // inValue: finite and above 0.
@@ -232,11 +337,10 @@ DoubleDouble GetLogarithm(double inValue)
 	}
 	auto const index = static_cast<int>(RoundToWhole(part * kStepsInUnit));
 	double const near = static_cast<double>(index) / kStepsInUnit;
-	// Both differences and sums are exact in so many bits.
-	DoubleDouble const f = DoubleDouble{part - near} / AddExactly(part, near);
+	DoubleDouble const f = DivideBySum(part - near, part, near);
 	double const square = f.mHigh * f.mHigh;
-	double const curved =
-		2.0 * f.mHigh * square * (1.0 / 3.0 + square * (1.0 / 5.0 + square * (1.0 / 7.0 + square / 9.0)));
+	double const curved = 2.0 * f.mHigh * square *
+						  (1.0 / 3.0 + square * (1.0 / 5.0 + square * (1.0 / 7.0 + square * (1.0 / 9.0))));
 	DoubleDouble const base =
 		DoubleDouble{static_cast<double>(octave)} * kLn2 + kLogarithms[static_cast<unsigned>(index)];
 	return base + (DoubleDouble{2.0 * f.mHigh, 2.0 * f.mLow} + DoubleDouble{curved});
@@ -257,15 +361,29 @@ bool HasLogarithm(double inValue)
 
 double Sin(double inAngle) noexcept
 {
-	if (inAngle == 0.0)
+	constexpr double kSmall = 0.125;
+	constexpr double kMost = static_cast<double>(kQuarterSteps) / kStepsInRadian;
+	double const size = std::abs(inAngle);
+	if (size <= kSmall)
 	{
-		return inAngle;
+		// The sign of 0 stays.
+		return inAngle == 0.0 ? inAngle : GetSmallSine(inAngle);
+	}
+	if (size <= kMost)
+	{
+		return std::copysign(GetNearSine(size), inAngle);
 	}
 	return std::isfinite(inAngle) ? GetSine(inAngle, 0) : kNaN;
 }
 
 double Cos(double inAngle) noexcept
 {
+	constexpr double kMost = 1.4;
+	double const size = std::abs(inAngle);
+	if (size <= kMost)
+	{
+		return GetNearCosine(size);
+	}
 	return std::isfinite(inAngle) ? GetSine(inAngle, 1) : kNaN;
 }
 
@@ -286,19 +404,17 @@ float Cos(float inAngle) noexcept
 
 double Exp(double inExponent) noexcept
 {
-	return GetAnyPower({inExponent});
+	return GetAnyPower(kBaseE, inExponent);
 }
 
 double Exp2(double inExponent) noexcept
 {
-	bool const isFar = !(std::abs(inExponent) <= 1100.0);
-	return GetAnyPower(isFar ? DoubleDouble{inExponent} : DoubleDouble{inExponent} * kLn2);
+	return GetAnyPower(kBase2, inExponent);
 }
 
 double Exp10(double inExponent) noexcept
 {
-	bool const isFar = !(std::abs(inExponent) <= 400.0);
-	return GetAnyPower(isFar ? DoubleDouble{inExponent * kLn10.mHigh} : DoubleDouble{inExponent} * kLn10);
+	return GetAnyPower(kBase10, inExponent);
 }
 
 double Pow(double inBase, double inExponent) noexcept
@@ -310,12 +426,13 @@ double Pow(double inBase, double inExponent) noexcept
 	if (!HasLogarithm(inBase) || !std::isfinite(inExponent))
 	{
 		// What the logarithm says of 0 and infinity.
-		return GetAnyPower({GetEdgeLogarithm(inBase) * inExponent});
+		return GetAnyPower(kBaseE, GetEdgeLogarithm(inBase) * inExponent);
 	}
 	DoubleDouble const logarithm = GetLogarithm(inBase);
 	double const rough = logarithm.mHigh * inExponent;
 	bool const isFar = !(std::abs(rough) <= 800.0);
-	return GetAnyPower(isFar ? DoubleDouble{rough} : logarithm * DoubleDouble{inExponent});
+	DoubleDouble const exponent = isFar ? DoubleDouble{rough} : logarithm * DoubleDouble{inExponent};
+	return GetAnyPower(kBaseE, exponent.mHigh, exponent.mLow);
 }
 
 float Pow(float inBase, float inExponent) noexcept
@@ -330,7 +447,7 @@ double Log(double inValue) noexcept
 
 double Log10(double inValue) noexcept
 {
-	return HasLogarithm(inValue) ? (GetLogarithm(inValue) / kLn10).mHigh : GetEdgeLogarithm(inValue);
+	return HasLogarithm(inValue) ? (GetLogarithm(inValue) * kPerLn10).mHigh : GetEdgeLogarithm(inValue);
 }
 
 float Log(float inValue) noexcept

@@ -5,7 +5,7 @@
 // Elementary functions whose results are the same bits with every compiler, on every processor and on every system, which
 // those of the C library are not. They are made of additions, multiplications and divisions in double precision alone.
 //
-// Error    Below 0.51 units in the last place, that of Tan below 3, within the ranges below; single precision is worked
+// Error    Below 0.52 units in the last place, that of Tan below 3, within the ranges below; single precision is worked
 //          out in double precision and rounded. Most results are therefore the nearest numbers there are.
 // Special  Not-a-number and infinity, overflow and underflow as in the C library, without errno.
 // Threads  Any; nothing allocates, waits or locks.
