@@ -73,7 +73,9 @@ Signal MakeWindow(int inHalf, int inWidth)
 		{
 			float const index = static_cast<float>(i);
 			float const width = static_cast<float>(inWidth);
-			value *= std::sin(index * 3.1415927f / width) * width / (index * 3.1415927f);
+			// The nearest number to the sine, which sines in single precision are not on all systems.
+			auto const sine = static_cast<float>(std::sin(static_cast<double>(index * 3.1415927f / width)));
+			value *= sine * width / (index * 3.1415927f);
 		}
 		window.push_back(i == 0 ? 1.0f : value);
 	}
