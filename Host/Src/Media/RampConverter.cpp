@@ -42,7 +42,8 @@ double GetLowestBlended()
 
 RampConverter::RampConverter(
 	SpeedCurve const& inCurve, CurvePositions::Settings const& inPositions, RateQuality inQuality)
-	: mPositions(inCurve, inPositions)
+	: mPositions(inCurve, inPositions),
+	  mLowestBlended(GetLowestBlended())
 {
 	if (mPositions.GetLargestStep() > static_cast<double>(RateConverter::kLargestStep))
 	{
@@ -69,7 +70,7 @@ void RampConverter::AddFilters(RateQuality inQuality)
 	{
 		add();
 	}
-	if (largest > GetLowestBlended())
+	if (largest > mLowestBlended)
 	{
 		add();
 	}
@@ -91,12 +92,12 @@ RampConverter::Blend RampConverter::FindBlend(double inStep) const
 {
 	// Below the step of a filter, the next one takes its place by and by.
 	double const step = std::min(inStep, mPositions.GetLargestStep());
-	if (step <= GetLowestBlended())
+	if (step <= mLowestBlended)
 	{
 		return {};
 	}
 	auto const filter = std::ranges::lower_bound(mFilters, step, {}, &Filter::mStep);
-	double const low = filter == mFilters.begin() ? GetLowestBlended() : std::prev(filter)->mStep;
+	double const low = filter == mFilters.begin() ? mLowestBlended : std::prev(filter)->mStep;
 	return {static_cast<std::size_t>(filter - mFilters.begin()),
 		static_cast<float>((step - low) / (filter->mStep - low))};
 }

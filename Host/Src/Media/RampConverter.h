@@ -82,6 +82,7 @@ private:
 	void FadeAtStops(std::int64_t inFirst, unsigned inCount, std::span<Channel const> inChannels) const;
 
 	CurvePositions mPositions;
+	double mLowestBlended;
 	// At least the first, for steps up to 1.
 	std::vector<Filter> mFilters;
 	std::vector<Stop> mStops;

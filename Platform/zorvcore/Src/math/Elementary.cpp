@@ -263,6 +263,33 @@ double GetSine(double inAngle, int inQuarters)
 	return sum.mHigh + (sum.mLow + small);
 }
 
+// Taylor's series, in pairs, for single precision.
+
+// inAngle: at most 1.6.
+float GetQuarterSine(float inAngle)
+{
+	double const x = static_cast<double>(inAngle);
+	double const z = x * x;
+	double const square = z * z;
+	double const low = (1.0 - z * (1.0 / 6.0)) + square * (1.0 / 120.0 - z * (1.0 / 5040.0));
+	double const high = (1.0 / 362880.0 - z * (1.0 / 39916800.0)) +
+						square * (1.0 / 6227020800.0 - z * (1.0 / 1307674368000.0));
+	return static_cast<float>(x * (low + square * square * high));
+}
+
+// inAngle: at most 1.4; smaller cosines would be less exact.
+float GetQuarterCosine(float inAngle)
+{
+	double const x = static_cast<double>(inAngle);
+	double const z = x * x;
+	double const square = z * z;
+	double const low = (1.0 - z * (1.0 / 2.0)) + square * (1.0 / 24.0 - z * (1.0 / 720.0));
+	double const high =
+		(1.0 / 40320.0 - z * (1.0 / 3628800.0)) +
+		square * (1.0 / 479001600.0 - z * (1.0 / 87178291200.0 - z * (1.0 / 20922789888000.0)));
+	return static_cast<float>(low + square * square * high);
+}
+
 // A base, by the step of which the power is 1 / kStepsInOctave of an octave, and its natural logarithm.
 struct Base
 {
@@ -394,12 +421,16 @@ double Tan(double inAngle) noexcept
 
 float Sin(float inAngle) noexcept
 {
-	return static_cast<float>(Sin(static_cast<double>(inAngle)));
+	constexpr float kMost = 1.6f;
+	return std::abs(inAngle) <= kMost ? GetQuarterSine(inAngle)
+									  : static_cast<float>(Sin(static_cast<double>(inAngle)));
 }
 
 float Cos(float inAngle) noexcept
 {
-	return static_cast<float>(Cos(static_cast<double>(inAngle)));
+	constexpr float kMost = 1.4f;
+	return std::abs(inAngle) <= kMost ? GetQuarterCosine(inAngle)
+									  : static_cast<float>(Cos(static_cast<double>(inAngle)));
 }
 
 double Exp(double inExponent) noexcept
