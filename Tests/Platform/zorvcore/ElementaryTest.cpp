@@ -76,7 +76,7 @@ TEST(Elementary, ResultsAreWithinTheErrorsThatTheHeaderGives)
 	}
 }
 
-// In single precision: as near as the C library's in double precision after rounding, but for ties.
+// The bound leaves room for halves, which the C library's own roundings decide.
 TEST(Elementary, SinglePrecisionIsTheNearest)
 {
 	std::mt19937 random(9);
