@@ -151,7 +151,10 @@ run_aarch64() {
 	configure aarch64 --toolchain cmake/toolchains/aarch64-linux.cmake -DSONARO_TARGET_TREE="$tree" \
 		-DSONARO_HOST_FILES=OFF -DSONARO_PRECOMPILE=none &&
 		build aarch64 digest "${companionTests[@]}" engine_tests host_core_tests || return 1
+	# Tests of how a process dies run their program again, which the system cannot without an emulator.
+	export GTEST_FILTER=-*DeathTest*
 	run_tests aarch64 "qemu-aarch64 -L $tree" "${companionTests[@]}" engine_tests host_core_tests
+	unset GTEST_FILTER
 	compare aarch64 qemu-aarch64 -L "$tree" "$work/aarch64/Tests/Digest/digest"
 }
 

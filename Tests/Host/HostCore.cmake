@@ -29,6 +29,7 @@ sonaro_add_test(host_core_tests OPTIMIZED
 		Sequence/RandomSequenceTest.cpp
 		Sequence/SequenceGraphTest.cpp
 		TimePositionTest.cpp
+		Sound.cpp
 		TimeTransformsTest.cpp
 	LIBRARIES SonaroSequenceTestSupport)
 target_include_directories(host_core_tests PRIVATE ${PROJECT_SOURCE_DIR}/Host/Src)

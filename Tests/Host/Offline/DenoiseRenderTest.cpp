@@ -1,6 +1,7 @@
 // The reduction of noise in renders of sound files and of timelines.
 
 #include "Host/ClipRenders.h"
+#include "Host/Media.h"
 #include "Host/ProgramRun.h"
 #include "Host/TimelineJson.h"
 #include "NoisySpeech.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Host/Media.h"
+#include "Host/Sound.h"
 
 #include <cstdint>
 #include <vector>
