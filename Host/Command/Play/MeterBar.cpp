@@ -18,6 +18,13 @@ constexpr std::chrono::milliseconds kHold(1500);
 
 } // namespace
 
+double RoundToTenths(double inLevel)
+{
+	constexpr double kTenths = 10.0;
+	// Adding 0 takes the sign from a negative one.
+	return std::round(inLevel * kTenths) / kTenths + 0.0;
+}
+
 void MeterBar::Update(float inPeak, Clock::time_point inNow)
 {
 	double const level = std::max(SonaroHost::ToDecibels(static_cast<double>(inPeak)), kFloor);
@@ -50,7 +57,7 @@ std::string MeterBar::Draw(std::size_t inColumns) const
 std::string MeterBar::DescribeHeld() const
 {
 	std::array<char, 16> text{};
-	std::snprintf(text.data(), text.size(), "%6.1f", mHeld);
+	std::snprintf(text.data(), text.size(), "%6.1f", RoundToTenths(mHeld));
 	return mHeld > kFloor ? text.data() : "     -";
 }
 

@@ -6,6 +6,9 @@
 namespace SonaroCommand
 {
 
+// A level as it is shown, to a tenth: what is rounded to 0 has no sign.
+double RoundToTenths(double inLevel);
+
 // A meter in text, from -60 dBFS to full scale: it rises at once and falls by 20 dB a second, and its highest level is
 // held for one and a half seconds.
 class MeterBar

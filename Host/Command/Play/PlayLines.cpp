@@ -1,5 +1,6 @@
 #include "PlayLines.h"
 
+#include "MeterBar.h"
 #include "Report/Json.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Base/NumberText.h"
@@ -29,8 +30,7 @@ void PrintEvent(Json const& inEvent)
 
 std::string FormatLevel(double inLevel, char const* inUnit)
 {
-	constexpr double kTenths = 10.0;
-	return std::isfinite(inLevel) ? SonaroHost::FormatNumber(std::round(inLevel * kTenths) / kTenths) + inUnit
+	return std::isfinite(inLevel) ? SonaroHost::FormatNumber(RoundToTenths(inLevel)) + inUnit
 								  : std::string("silent");
 }
 

@@ -121,7 +121,7 @@ std::optional<PlayAction> FindAction(int inKey)
 std::string FormatLoudness(double inLoudness)
 {
 	std::array<char, 16> text{};
-	std::snprintf(text.data(), text.size(), "%.1f", inLoudness);
+	std::snprintf(text.data(), text.size(), "%.1f", RoundToTenths(inLoudness));
 	return std::isfinite(inLoudness) ? text.data() : "-";
 }
 
@@ -245,9 +245,9 @@ private:
 		name = name.empty() ? "Track " + std::to_string(inTrack + 1) : name;
 		name = std::string(SonaroHost::CutText(name, kNameColumns));
 		name.resize(std::max(name.size(), kNameColumns), ' ');
+		double const level = RoundToTenths(SonaroHost::ToDecibels(static_cast<double>(mix.GetGain(inTrack))));
 		std::array<char, 16> gain{};
-		std::snprintf(gain.data(), gain.size(), "%+6.1f",
-			SonaroHost::ToDecibels(static_cast<double>(mix.GetGain(inTrack))));
+		std::snprintf(gain.data(), gain.size(), level == 0.0 ? "%6.1f" : "%+6.1f", level);
 		return name + (mix.IsMuted(inTrack) ? " M" : "  ") + (mix.IsSolo(inTrack) ? "S " : "  ") +
 			   gain.data() + " dB " + DescribeBar(mTrackBars[inTrack]);
 	}
