@@ -126,8 +126,7 @@ private:
 		AddFlag("--list-devices", mListsDevices, "List the sound devices, the default one with *, and end");
 		Add("--ahead", mAheadMilliseconds, "MS",
 			"Milliseconds that are rendered ahead, 5 to 1000; more survive longer interruptions, fewer "
-			"answer sooner (default: 20)")
-			->check(CLI::Range(5.0, 1000.0));
+			"answer sooner (default: 20)");
 		AddFlag("--no-ui", mHasNoScreen,
 			"Print a line each second instead of showing a screen; so it is without a terminal");
 		AddFlag("--json", mAsJson, "Print events as JSON, one in each line; implies --no-ui");
@@ -135,6 +134,10 @@ private:
 
 	PlayRequest MakeRequest()
 	{
+		if (!(mAheadMilliseconds >= 5.0 && mAheadMilliseconds <= 1000.0))
+		{
+			Refuse("--ahead: " + FormatNumber(mAheadMilliseconds) + " ms is out of range; use 5 to 1000 ms");
+		}
 		PlayRequest request;
 		request.mInput = mInput;
 		bool const isTimeline = request.IsTimeline();

@@ -25,7 +25,7 @@ std::int64_t CountAhead(Programme const& inProgramme, PlaybackSettings const& in
 	// Written so that what is not a number fails it.
 	if (!(ahead >= kLeastAhead && ahead <= kMostAhead))
 	{
-		Refuse("rendering " + FormatNumber(ahead) + " seconds ahead is out of range; use 0.005 to 1");
+		Refuse("rendering " + FormatNumber(ahead) + " seconds ahead is out of range; use 0.005 to 1 second");
 	}
 	if (inSettings.mDeviceBlockFrames > kLargestDeviceBlock)
 	{

@@ -106,6 +106,10 @@ TEST_F(PlayCommandTest, RefusesWhatCannotBePlayed)
 	ExpectRefusals({
 		{2, {"play"}, {"INPUT is missing"}},
 		{2, {"play", "tone.wav", "--device", "null", "--speed", "9"}, {"a speed of 9 is out of range"}},
+		{2, {"play", "tone.wav", "--device", "null", "--ahead", "1"},
+			{"--ahead: 1 ms is out of range; use 5 to 1000 ms"}},
+		{2, {"play", "tone.wav", "--device", "null", "--ahead", "0.02"},
+			{"--ahead: 0.02 ms is out of range"}},
 		{2, {"play", "tone.wav", "--device", "null", "--loop", "3"}, {"is not a range"}},
 		{2, {"play", "tone.wav", "--device", "null", "--loop", "0.2..0.1"}, {"has no length"}},
 		{2, {"play", "tone.wav", "--device", "null", "--start", "later"}, {"'later' is not a time"}},

@@ -549,7 +549,7 @@ TEST(Playback, RefusesWhatMakesNoSense)
 			 deck->SetLoop(ProgrammeRange{-1, 10});
 		 },
 			"not within the programme"},
-		{[&] { Playback(programme, other, {.mAheadSeconds = 0.001}); }, "use 0.005 to 1"},
+		{[&] { Playback(programme, other, {.mAheadSeconds = 0.001}); }, "use 0.005 to 1 second"},
 		{[&] { Playback(programme, other, {.mDeviceBlockFrames = 20'000}); }, "at most 16384"},
 	};
 	for (Case const& test : cases)
