@@ -13,6 +13,8 @@ constexpr int kEndFadesPerSecond = 500;
 constexpr int kGrainFadesPerSecond = 200;
 constexpr double kGrainSeconds = 0.06;
 constexpr int kChecksPerSecond = 10;
+// How often a block is read again, as it may be purged again meanwhile, and for how long none is after that.
+constexpr unsigned kMostReads = 3;
 constexpr int kSecondsInVain = 2;
 
 // Multiplies frames by gains that inGain gives for each.
@@ -126,7 +128,7 @@ void Transport::Scrub(std::int64_t inPlace)
 
 void Transport::Begin(std::int64_t inPlace)
 {
-	mIsReadAgain = false;
+	mReadsAgain = 0;
 	for (auto const& meter : mSettings.mMeters)
 	{
 		meter->Reset();
@@ -272,16 +274,20 @@ bool Transport::RenderBlock()
 	std::uint64_t const before = graph.CountUnreadFrames();
 	mSpeeds.Render(mBlock);
 	std::uint64_t const unread = graph.CountUnreadFrames() - before;
-	bool const isReadAgain = std::exchange(mIsReadAgain, false);
+	unsigned const reads = std::exchange(mReadsAgain, 0);
 	mFramesInVain = std::max<std::int64_t>(mFramesInVain - mBlock.GetUseSize(), 0);
 	if (unread == 0)
 	{
 		return true;
 	}
-	mFramesInVain = isReadAgain ? kSecondsInVain * std::int64_t{mSampleRate} : mFramesInVain;
-	mIsReadAgain = mFramesInVain == 0 && mSpeeds.TakeBackLast();
-	mUnread += mIsReadAgain ? 0 : unread;
-	return !mIsReadAgain;
+	mFramesInVain = reads == kMostReads ? kSecondsInVain * std::int64_t{mSampleRate} : mFramesInVain;
+	if (mFramesInVain == 0 && mSpeeds.TakeBackLast())
+	{
+		mReadsAgain = reads + 1;
+		return false;
+	}
+	mUnread += unread;
+	return true;
 }
 
 void Transport::ShapeGrain()

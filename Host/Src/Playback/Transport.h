@@ -116,8 +116,8 @@ private:
 	std::int64_t mGrainDone = 0;
 	std::int64_t mFramesToCheck = 0;
 	std::uint64_t mUnread = 0;
-	// Whether the next block is one that was read again, and for how many frames none is, since that was in vain.
-	bool mIsReadAgain = false;
+	// How often the next block was read again, and for how many frames none is, since that was in vain.
+	unsigned mReadsAgain = 0;
 	std::int64_t mFramesInVain = 0;
 	// The gate's place while it is closed.
 	std::int64_t mGate = 0;
