@@ -160,7 +160,7 @@ bool RenderThread::IsFilled() const
 		return false;
 	}
 	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
-	bool const isFull = mTargetFrames - filled < mBlockFrames && !mTransport.HasEnoughToOpen();
+	bool const isFull = filled >= mTargetFrames && !mTransport.HasEnoughToOpen();
 	return !mIsPlaying.load(std::memory_order_acquire) || isFull;
 }
 

@@ -243,12 +243,12 @@ std::int64_t Transport::CountWanted() const
 {
 	std::int64_t const filled = mFeed.GetRing().CountWritten() - mFeed.GetRing().CountRead();
 	std::int64_t const block = mBlock.GetCapacity();
-	std::int64_t const free = mSettings.mTargetFrames - filled;
-	// A shorter block fills the ring where fades and jumps have left it between two blocks.
-	if (mMode == Mode::kStopped || free < std::max<std::int64_t>(block / 4, 1))
+	if (mMode == Mode::kStopped || filled >= mSettings.mTargetFrames)
 	{
 		return 0;
 	}
+	// A shorter block fills the ring where fades and jumps have left it between two blocks, but none that is very short.
+	std::int64_t const free = mSettings.mTargetFrames - filled + std::max<std::int64_t>(block / 4, 1);
 	// Where blocks end at jumps, the place that is heard is exact; in a short loop there would be too many of them.
 	bool const endsAtJumps = mLoop && mLoop->mFrames >= block;
 	return std::min({block, free, CountLeft(), endsAtJumps ? mSpeeds.CountToJump() : block});

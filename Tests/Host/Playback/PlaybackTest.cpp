@@ -415,6 +415,26 @@ TEST(Playback, WhatComesTooLateIsSilenceWithFadesAndIsCountedAndHeardAfterwards)
 	EXPECT_LE(steepest(heard), *std::max_element(heard.begin(), heard.end()) / 90.0f);
 }
 
+TEST(Playback, ADeviceMayTakeAllThatIsAheadAtOnce)
+{
+	// The second one leaves a rest that is shorter than a quarter of the render thread's blocks.
+	for (unsigned const block : {480u, 402u})
+	{
+		CaptureDevice device;
+		Playback playback(MakeCountingProgramme(100'000), device,
+			{.mAheadSeconds = 2.0 * block / 48000.0, .mDeviceBlockFrames = block, .mIsRealtime = false});
+		playback.Play();
+		for (int i = 0; i < 20; ++i)
+		{
+			ASSERT_TRUE(playback.WaitUntilFilled(std::chrono::seconds(60)));
+			device.Advance(block);
+			ASSERT_TRUE(playback.WaitUntilFilled(std::chrono::seconds(60)));
+			device.Advance(2 * static_cast<std::int64_t>(block));
+			ASSERT_EQ(playback.GetState().mMissedFrames, 0u) << "with blocks of " << block;
+		}
+	}
+}
+
 TEST(Playback, AnotherGraphTakesOverWithinTenMillisecondsAndTheOneBeforeIsGone)
 {
 	constexpr std::int64_t kFrames = 400'000;
