@@ -2,12 +2,16 @@
 """Asks "sonaro serve" for random ranges, many clients at once, and compares them with the file that "sonaro render" writes.
 
 Usage: try-serving.py [REQUESTS [CLIENTS]] [--program PROGRAM] [--seed SEED]
+       try-serving.py --slow [--program PROGRAM]
        try-serving.py --first-byte [--hours HOURS] [--tracks TRACKS] [--program PROGRAM] [--seed SEED]
 
 The timeline is made for it: levels that move, pans, transitions, nests at other speeds, reverse, stretched and pitched
 clips, a ramp, a multicam, sends and, where plugins are installed, effects whose past can be settled. A second server
 plays a reverb (an effect whose past cannot), with a warm-up that reaches the start. Ends with a line of counts: how many
 answers differ, and the memory and the threads of the server after a tenth of the requests and after all.
+
+--slow connects clients that write or read a byte a second, few of them and then as many as are served at once, and looks
+after which times they are dropped, and how long others wait meanwhile. It takes a minute.
 
 --first-byte measures how long the first byte of sound takes at random places of a long timeline of many tracks, which
 takes 500 MB in TMPDIR: the times of a request of the page, from connecting on, in milliseconds.
@@ -19,6 +23,7 @@ import json
 import os
 import random
 import signal
+import socket
 import struct
 import subprocess
 import sys
@@ -234,6 +239,82 @@ def try_bytes(program, requests, clients, seed):
         return 1 if wrong else 0
 
 
+class SlowClient:
+    """Sends a request, or a part of one, and then writes or reads a byte each time that it is asked to."""
+
+    def __init__(self, server, request):
+        self.socket = socket.socket()
+        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
+        self.socket.connect(("127.0.0.1", server.port))
+        self.socket.settimeout(60)
+        self.socket.sendall(request)
+        self.begin = time.monotonic()
+        self.isWriting = not request.endswith(b"\r\n\r\n")
+        self.answer = b""
+        self.seconds = None
+
+    def step(self):
+        """Notes when an answer to an unfinished request comes."""
+        if not self.isWriting:
+            self.answer += self.socket.recv(1)
+        elif self.seconds is None:
+            try:
+                self.socket.send(b"x")
+                self.answer += self.socket.recv(4096, socket.MSG_DONTWAIT)
+            except BlockingIOError:
+                return
+            except OSError:
+                pass
+            self.seconds = time.monotonic() - self.begin
+
+    def read_rest(self):
+        try:
+            while piece := self.socket.recv(65536):
+                self.answer += piece
+        except ConnectionResetError:
+            pass
+        return self.answer
+
+
+def be_slow(clients, seconds, step=1.0):
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        for client in clients:
+            client.step()
+        time.sleep(step)
+
+
+def try_slow_clients(program):
+    most = 64
+    asking, reading = b"GET /mix", b"GET /mix.wav HTTP/1.1\r\nHost: localhost\r\n\r\n"
+    with tempfile.TemporaryDirectory(prefix="sonaro-serving-") as folder:
+        timeline = make_varied_timeline(folder, [])
+        mix = os.path.join(folder, "mix.wav")
+        subprocess.run([program, "render", timeline, "-o", mix, "--quiet"], check=True)
+        length = os.path.getsize(mix)
+        server = Server(program, timeline, folder)
+        writers = [SlowClient(server, asking) for _ in range(4)]
+        readers = [SlowClient(server, reading) for _ in range(4)]
+        be_slow(writers + readers, 30)
+        late = sum(1 for client in writers if not client.answer.startswith(b"HTTP/1.1 408") or client.seconds > 13)
+        whole = sum(1 for client in readers if len(client.read_rest()) >= length)
+        crowd = [SlowClient(server, request) for request in (asking, reading) for _ in range(most // 2)]
+        slow = threading.Thread(target=be_slow, args=(crowd, 8, 0.1))
+        slow.start()
+        time.sleep(0.5)
+        begin = time.monotonic()
+        refused = sum(1 for _ in range(20) if len(get_part(server.connect(), 0, 1000)) != 1000)
+        waited = time.monotonic() - begin
+        slow.join()
+        memory, threads = server.state()
+        server.stop()
+        seconds = max(client.seconds or 0 for client in writers)
+        print(f"slow clients: {late} of 4 unfinished requests without 408 in time ({seconds:.1f} s), {whole} of 4 readers got all of "
+              f"{length} bytes; beside {most}, 20 requests took {waited:.1f} s, {refused} were refused; memory {memory // 1024} MB, "
+              f"threads {threads}")
+        return 1 if late or whole or refused or waited > 8 else 0
+
+
 def time_first_bytes(server, length, count, chance):
     """Milliseconds from connecting on, sorted."""
     times = []
@@ -288,6 +369,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("requests", nargs="?", type=int, default=10000)
     parser.add_argument("clients", nargs="?", type=int, default=16)
+    parser.add_argument("--slow", action="store_true")
     parser.add_argument("--first-byte", action="store_true")
     parser.add_argument("--hours", type=float, default=2)
     parser.add_argument("--tracks", type=int, default=64)
@@ -296,6 +378,8 @@ def main():
     words = parser.parse_args()
     if words.first_byte:
         return measure_first_byte(words.program, words.hours, words.tracks, words.seed)
+    if words.slow:
+        return try_slow_clients(words.program)
     return try_bytes(words.program, words.requests, words.clients, words.seed)
 
 

@@ -11,10 +11,13 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <fstream>
 #include <random>
+#include <set>
 #include <thread>
 
 namespace SonaroHost::Testing::ServeCommandTest
@@ -31,9 +34,14 @@ constexpr char kJson[] = "application/json";
 class RawClient
 {
 public:
-	explicit RawClient(int inPort)
+	// inBuffer: how much of an answer may wait to be read; 0 for what the system chooses.
+	explicit RawClient(int inPort, int inBuffer = 0)
 		: mSocket(::socket(AF_INET, SOCK_STREAM, 0))
 	{
+		if (inBuffer > 0)
+		{
+			EXPECT_EQ(::setsockopt(mSocket, SOL_SOCKET, SO_RCVBUF, &inBuffer, sizeof inBuffer), 0);
+		}
 		sockaddr_in address{};
 		address.sin_family = AF_INET;
 		address.sin_port = htons(static_cast<std::uint16_t>(inPort));
@@ -48,6 +56,16 @@ public:
 	{
 		EXPECT_EQ(
 			::send(mSocket, inText.data(), inText.size(), MSG_NOSIGNAL), static_cast<ssize_t>(inText.size()));
+	}
+	// One byte more, if the server still takes it.
+	void Trickle() const { ::send(mSocket, "x", 1, MSG_NOSIGNAL | MSG_DONTWAIT); }
+	// What is there, at most so many bytes.
+	std::string ReadSome(std::size_t inMost) const
+	{
+		std::string text(inMost, '\0');
+		ssize_t const count = ::recv(mSocket, text.data(), text.size(), MSG_DONTWAIT);
+		text.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+		return text;
 	}
 	// What comes until the server closes.
 	std::string ReadAll() const
@@ -89,7 +107,7 @@ protected:
 	// Runs the server, on a port that is free, while inTalk talks to it. Returns what it prints as errors.
 	std::string Serve(Words const& inOptions, std::function<void(int inPort)> const& inTalk)
 	{
-		std::filesystem::path const output = mFolder / "address.json";
+		std::filesystem::path const output = mFolder / ("address" + std::to_string(++mServers) + ".json");
 		WriteBytes(output, "");
 		mStart.mOutputFile = output.string();
 		auto const meanwhile = [&](int inProcess)
@@ -115,6 +133,8 @@ protected:
 		EXPECT_EQ(result.mSignal, SIGTERM) << result.mErrors;
 		return result.mErrors;
 	}
+
+	int mServers = 0;
 
 	std::string Render(Words const& inOptions = {})
 	{
@@ -514,6 +534,89 @@ TEST_F(ServeCommandTest, SlowClientsHoldNobodyUp)
 		EXPECT_TRUE(all && all->body == whole);
 	};
 	Serve({"--jobs", "1"}, talk);
+}
+
+// As many as are served at once write and read a byte now and then; they are dropped for those who wait.
+TEST_F(ServeCommandTest, TooManySlowClientsGiveWayToOthers)
+{
+	constexpr int kMostConnections = 64;
+	constexpr int kSmallBuffer = 4096;
+	std::string const whole = Render();
+	auto const talk = [&](int inPort)
+	{
+		std::vector<std::unique_ptr<RawClient>> asking;
+		std::vector<std::unique_ptr<RawClient>> reading;
+		for (int i = 0; i < kMostConnections / 2; ++i)
+		{
+			asking.push_back(std::make_unique<RawClient>(inPort));
+			asking.back()->Send("GET /mix");
+			reading.push_back(std::make_unique<RawClient>(inPort, kSmallBuffer));
+			reading.back()->Send("GET /mix.wav HTTP/1.1\r\nHost: localhost\r\n\r\n");
+		}
+		std::atomic<bool> isOver = false;
+		std::thread slow(
+			[&]
+			{
+				for (; !isOver; std::this_thread::sleep_for(std::chrono::milliseconds(100)))
+				{
+					std::ranges::for_each(asking, [](auto const& inClient) { inClient->Trickle(); });
+					std::ranges::for_each(reading, [](auto const& inClient) { inClient->ReadSome(1); });
+				}
+			});
+		std::vector<std::thread> others;
+		for (int i = 0; i < 20; ++i)
+		{
+			others.emplace_back(
+				[&]
+				{
+					auto const all = MakeClient(inPort).Get("/mix.wav");
+					EXPECT_TRUE(all && all->body == whole);
+				});
+		}
+		std::ranges::for_each(others, &std::thread::join);
+		isOver = true;
+		slow.join();
+		auto const isDropped = [](auto const& inClient)
+		{ return inClient->ReadSome(100).starts_with("HTTP/1.1 408"); };
+		EXPECT_GT(std::ranges::count_if(asking, isDropped), 0);
+	};
+	Serve({}, talk);
+}
+
+TEST_F(ServeCommandTest, TwoServersOfOneTimelineLoseNoComment)
+{
+	constexpr int kThreads = 4;
+	constexpr int kComments = 15;
+	auto const list = [](int inPort)
+	{ return Json::parse(MakeClient(inPort).Get("/comments.json")->body)["comments"]; };
+	auto const talk = [&](int inFirst, int inSecond)
+	{
+		std::vector<std::thread> writers;
+		for (int thread = 0; thread < kThreads; ++thread)
+		{
+			writers.emplace_back(
+				[&, thread]
+				{
+					httplib::Client client = MakeClient(thread % 2 == 0 ? inFirst : inSecond);
+					for (int i = 0; i < kComments; ++i)
+					{
+						Json const comment = {{"sample", i}, {"text", std::to_string(thread)}};
+						auto const answer = client.Post("/comments", comment.dump(), kJson);
+						EXPECT_TRUE(answer && answer->status == 201);
+					}
+				});
+		}
+		std::ranges::for_each(writers, &std::thread::join);
+		Json const comments = list(inFirst);
+		EXPECT_EQ(comments, list(inSecond));
+		std::set<std::uint64_t> ids;
+		for (Json const& comment : comments)
+		{
+			ids.insert(comment["id"].get<std::uint64_t>());
+		}
+		EXPECT_EQ(ids.size(), std::size_t{kThreads * kComments});
+	};
+	Serve({}, [&](int inFirst) { Serve({}, [&](int inSecond) { talk(inFirst, inSecond); }); });
 }
 
 TEST_F(ServeCommandTest, WhatAnEffectHeardElsewhereIsForgotten)
