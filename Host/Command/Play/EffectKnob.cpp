@@ -99,6 +99,16 @@ void EffectKnob::Release()
 	}
 }
 
+void EffectKnob::ToggleBypass()
+{
+	auto const choices = List();
+	if (mIsChosen && mIndex < choices.size() && choices[mIndex].mEffect.FindBypass())
+	{
+		SonaroHost::Playback::LiveEffect const& effect = choices[mIndex].mEffect;
+		mEffects.SetBypass(effect.mId, !effect.IsBypassed());
+	}
+}
+
 std::string EffectKnob::Describe() const
 {
 	auto const choices = List();
@@ -116,7 +126,8 @@ std::string EffectKnob::Describe() const
 	std::string const value =
 		facts.mHasCurve && !control.GetHeld() ? "by its curve" : FormatValue(GetValue(control));
 	std::string const unit = facts.mUnit.empty() ? "" : " " + facts.mUnit;
-	return choice.mEffect.mName + " of " + choice.mEffect.mPlace + ": " + facts.mName + " " + value + unit +
+	return choice.mEffect.mName + " of " + choice.mEffect.mPlace +
+		   (choice.mEffect.IsBypassed() ? ", bypassed: " : ": ") + facts.mName + " " + value + unit +
 		   (control.GetHeld() ? ", held" : "");
 }
 

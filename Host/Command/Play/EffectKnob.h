@@ -24,7 +24,9 @@ public:
 	void Turn(bool inUp);
 	// Back to what the timeline says.
 	void Release();
-	// Compressor of track "Dialogue": Threshold -20 dB, held; what is missing where there is none.
+	// Bypasses the effect of the control, or has it heard again.
+	void ToggleBypass();
+	// Compressor of track "Dialogue", bypassed: Threshold -20 dB, held; what is missing where there is none.
 	std::string Describe() const;
 
 private:

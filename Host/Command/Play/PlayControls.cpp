@@ -92,6 +92,7 @@ void PlayControls::Do(PlayAction inAction)
 		case PlayAction::kRaiseControl:
 		case PlayAction::kLowerControl:
 		case PlayAction::kReleaseControl:
+		case PlayAction::kToggleBypass:
 			return DoWithEffect(inAction);
 		default:
 			if (!DoWithHead(inAction))
@@ -202,6 +203,9 @@ void PlayControls::DoWithEffect(PlayAction inAction)
 		break;
 	case PlayAction::kReleaseControl:
 		mKnob.Release();
+		break;
+	case PlayAction::kToggleBypass:
+		mKnob.ToggleBypass();
 		break;
 	default:
 		mKnob.Turn(inAction == PlayAction::kRaiseControl);

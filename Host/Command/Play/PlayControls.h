@@ -43,6 +43,7 @@ enum class PlayAction
 	kRaiseControl,
 	kLowerControl,
 	kReleaseControl,
+	kToggleBypass,
 };
 
 // What the keys of the screen do to a session, and which track is selected.

@@ -33,9 +33,9 @@ constexpr int kMillisecondsPerFrame = 50;
 constexpr int kHeaderLines = 2;
 constexpr int kFooterLines = 3;
 constexpr char const* kHelp =
-	"space play  arrows seek  jkl shuttle  i o x loop  up/down track  m s + - mix  e [ ] d effects  q quit";
+	"space play  arrows seek  jkl shuttle  i o x loop  up/down track  m s + - mix  e [ ] d b effects  q quit";
 constexpr char const* kHelpWithHead =
-	"space play  arrows seek  jkl shuttle  i o x loop  up/down track  m s + - mix  e [ ] d effects  "
+	"space play  arrows seek  jkl shuttle  i o x loop  up/down track  m s + - mix  e [ ] d b effects  "
 	"4 6 8 2 7 9 5 head  q quit";
 
 // The terminal is the screen's as long as this lives.
@@ -113,6 +113,7 @@ std::optional<PlayAction> FindAction(int inKey)
 		{']', PlayAction::kRaiseControl},
 		{'[', PlayAction::kLowerControl},
 		{'d', PlayAction::kReleaseControl},
+		{'b', PlayAction::kToggleBypass},
 	};
 	auto const found = kActions.find(inKey);
 	return found != kActions.end() ? std::optional(found->second) : std::nullopt;

@@ -200,12 +200,25 @@ std::shared_ptr<EffectFacts const> CollectFacts(
 }
 
 std::shared_ptr<LiveControl> MakeLiveControl(
-	Control const& inControl, ParameterRange const& inRange, float inValue, bool inHasCurve)
+	Control const& inControl, ParameterRange const& inRange, float inValue, bool inHasCurve, bool inEnables)
 {
 	return std::make_shared<LiveControl>(
 		LiveControl::Facts{inControl.mSymbol, inControl.mName, inControl.mUnit, inRange.mMinimum,
 			inRange.mMaximum, inValue, inRange.mIsInteger, inRange.mIsInteger || inControl.mIsEnumeration,
-			inControl.mIsLogarithmic && inRange.mMinimum > 0.0f, inHasCurve});
+			inControl.mIsLogarithmic && inRange.mMinimum > 0.0f, inHasCurve, inEnables});
+}
+
+// Of the host, for an effect without one of its own.
+std::shared_ptr<LiveControl> MakeLiveBypass(bool inIsBypassed, bool inHasCurve)
+{
+	LiveControl::Facts facts;
+	facts.mSymbol = LiveControl::kBypassSymbol;
+	facts.mName = "Bypass";
+	facts.mValue = inIsBypassed ? 1.0f : 0.0f;
+	facts.mIsWhole = true;
+	facts.mJumps = true;
+	facts.mHasCurve = inHasCurve;
+	return std::make_shared<LiveControl>(facts);
 }
 
 } // namespace
@@ -240,13 +253,24 @@ PreparedEffect::PreparedEffect(EffectSetup const& inSetup, double inSampleRate)
 		TakeBypass(inSetup, *start, *plan);
 	}
 	mFacts = CollectFacts(inSetup, *start, plan->mRanges);
-	for (std::size_t i = 0; i < description.mControls.size(); ++i)
-	{
-		mControls.push_back(MakeLiveControl(
-			description.mControls[i], plan->mRanges[i], start->mValues[i], plan->mCurves[i] != nullptr));
-	}
+	MakeLiveControls(*start, *plan);
 	plan->mStart = start;
 	mPlan = std::move(plan);
+}
+
+void PreparedEffect::MakeLiveControls(PluginStart const& inStart, Plan const& inPlan)
+{
+	std::vector<Control> const& controls = inStart.mData->mDescription.mControls;
+	for (std::size_t i = 0; i < controls.size(); ++i)
+	{
+		bool const hasCurve = inPlan.mCurves[i] != nullptr;
+		mControls.push_back(MakeLiveControl(
+			controls[i], inPlan.mRanges[i], inStart.mValues[i], hasCurve, inStart.mData->mEnabled == i));
+	}
+	if (!inStart.mData->mEnabled)
+	{
+		mControls.push_back(MakeLiveBypass(inStart.mIsBypassed, inPlan.mCurves.back() != nullptr));
+	}
 }
 
 float PreparedEffect::Take(
@@ -290,20 +314,34 @@ void PreparedEffect::CheckChannels(std::size_t inChannels) const
 	ChooseChannelUse(mPlan->mStart->mData->mDescription, static_cast<unsigned>(inChannels));
 }
 
+std::shared_ptr<PluginStart const> PreparedEffect::ChooseStart(bool inIsLive) const
+{
+	bool const mayBypass = !mPlan->mStart->mData->mEnabled && (inIsLive || mControls.back()->GetHeld());
+	if (mPlan->mStart->mHasBypass || !mayBypass)
+	{
+		return mPlan->mStart;
+	}
+	auto start = std::make_shared<PluginStart>(*mPlan->mStart);
+	start->mHasBypass = true;
+	return start;
+}
+
 SN::InterfaceRef<SN::IAudioProcessor> PreparedEffect::Make(
 	SN::InterfaceRef<SN::IAudioRenderContext> const& inContext, SN::FrameRate const& inFrameRate,
 	SN::AudioChannelLayout const& inLayout) const
 {
-	SN::InterfaceRef<SN::IAudioFilter> const filter = zorvcore::classref::MakeObject<PluginFilter>(
-		mPlan->mStart, PluginFilter::Terms{inFrameRate.GetSamplesPerSecond(), inContext->GetMaxBlockSize(),
-						   static_cast<unsigned>(inLayout.size()), inContext->IsPrefetchEnabled()});
+	bool const isLive = inContext->IsPrefetchEnabled();
+	SN::InterfaceRef<SN::IAudioFilter> const filter =
+		zorvcore::classref::MakeObject<PluginFilter>(ChooseStart(isLive),
+			PluginFilter::Terms{inFrameRate.GetSamplesPerSecond(), inContext->GetMaxBlockSize(),
+				static_cast<unsigned>(inLayout.size()), isLive});
 	SN::AudioFilterSettings settings{.mContext = inContext, .mFrameRate = inFrameRate, .mFilter = filter};
 	settings.mChannelLayout = inLayout;
 	settings.mParams.push_back(AutomationParameter<bool>::Create(false));
 	for (unsigned i = 0; i < mPlan->mRanges.size(); ++i)
 	{
 		ParameterMoves moves{mPlan->mCurves[i], i < mControls.size() ? mControls[i] : nullptr};
-		if (moves.mLive && !inContext->IsPrefetchEnabled())
+		if (moves.mLive && !isLive)
 		{
 			moves.mLive = std::make_shared<LiveControl>(*moves.mLive);
 		}

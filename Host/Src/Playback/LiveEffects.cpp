@@ -107,6 +107,24 @@ LiveControl* LiveEffect::FindControl(std::string const& inSymbol) const
 	return found != mControls.end() ? found->get() : nullptr;
 }
 
+std::shared_ptr<LiveControl> LiveEffect::FindBypass() const
+{
+	auto const found = std::ranges::find_if(mControls,
+		[](auto const& inControl)
+		{
+			LiveControl::Facts const& facts = inControl->GetFacts();
+			return facts.mEnables || facts.mSymbol == LiveControl::kBypassSymbol;
+		});
+	return found != mControls.end() ? *found : nullptr;
+}
+
+bool LiveEffect::IsBypassed() const
+{
+	auto const control = FindBypass();
+	bool const isOn = control && control->GetHeld().value_or(control->GetFacts().mValue) > 0.0f;
+	return control && isOn != control->GetFacts().mEnables;
+}
+
 std::vector<LiveEffect> LiveEffects::Collect(Sequence::Description const& inDescription)
 {
 	Collection collection;
@@ -161,6 +179,26 @@ void LiveEffects::Hold(std::string const& inId, std::string const& inSymbol, flo
 	for (auto const& control : Find(inId, inSymbol))
 	{
 		control->Hold(inValue);
+	}
+}
+
+void LiveEffects::SetBypass(std::string const& inId, bool inIsBypassed)
+{
+	bool isThere = false;
+	std::lock_guard const lock(mMutex);
+	for (LiveEffect const& effect : mEffects)
+	{
+		auto const control = effect.mId == inId ? effect.FindBypass() : nullptr;
+		if (control)
+		{
+			control->Hold(inIsBypassed != control->GetFacts().mEnables ? 1.0f : 0.0f);
+			isThere = true;
+		}
+	}
+	if (!isThere)
+	{
+		Refuse(
+			"there is no effect that can be bypassed at " + QuoteName(inId) + "; choose one that is listed");
 	}
 }
 

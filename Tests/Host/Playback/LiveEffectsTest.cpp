@@ -107,6 +107,44 @@ TEST_F(LiveEffectsTest, AHeldControlIsReachedInAStraightLineAndLetGoOf)
 		testing::HasSubstr("no effect with the control \"volume\""));
 }
 
+TEST_F(LiveEffectsTest, ABypassIsCrossfadedAndStaysForTheNextProgramme)
+{
+	Programme const programme = MakeNested();
+	LiveEffects effects;
+	effects.Adopt(*programme.mDescription);
+	Deck deck(programme);
+	deck->Play();
+	EXPECT_EQ(Listen(deck), 100.0f);
+	for (bool const isBypassed : {true, false, true})
+	{
+		effects.SetBypass(kId, isBypassed);
+		EXPECT_EQ(effects.List()[0].IsBypassed(), isBypassed);
+		Frames const heard = deck.Pull(kSettled);
+		float steepest = 0.0f;
+		for (std::size_t i = 2; i < heard.size(); i += 2)
+		{
+			steepest = std::max(steepest, std::abs(heard[i] - heard[i - 2]));
+		}
+		// In a straight line over the 240 frames of 5 ms, to the silence that goes in.
+		EXPECT_NEAR(steepest, 100.0f / 240.0f, 1e-3f);
+		EXPECT_EQ(heard.end()[-2], isBypassed ? 0.0f : 100.0f);
+	}
+	// Of what is made while it is held: an export, and the next programme.
+	Frames const exported = Export(programme);
+	EXPECT_TRUE(std::ranges::all_of(exported, [](float inSample) { return inSample == 0.0f; }));
+	Programme const next = MakeNested();
+	effects.Prepare(*next.mDescription);
+	Frames const heard = deck.TakeOver(next);
+	effects.Adopt(*next.mDescription);
+	EXPECT_TRUE(std::ranges::all_of(heard, [](float inSample) { return inSample == 0.0f; }));
+	EXPECT_TRUE(effects.List()[0].IsBypassed());
+	effects.Release(kId, LiveControl::kBypassSymbol);
+	EXPECT_EQ(Listen(deck), 100.0f);
+	EXPECT_THAT(SonaroHost::Testing::GetRefusalOf(
+					[&] { effects.SetBypass("/nowhere", true); }, HostError::Kind::kRequest),
+		testing::HasSubstr("no effect that can be bypassed at \"/nowhere\""));
+}
+
 TEST_F(LiveEffectsTest, ACurveGoesOnWhereItIsLetGoOf)
 {
 	Effects::EffectSetup setup{"urn:sonaro-test:controls"};

@@ -18,6 +18,9 @@ namespace SonaroHost
 class LiveControl
 {
 public:
+	// The symbol of the host's own bypass of an effect, which no effect has: 1 while it is bypassed.
+	static constexpr char const* kBypassSymbol = "sonaro:bypass";
+
 	// What it controls, and in which range.
 	struct Facts
 	{
@@ -40,6 +43,8 @@ public:
 		bool mIsLogarithmic = false;
 		// Whether it moves by a curve while nobody holds it.
 		bool mHasCurve = false;
+		// Whether it is the effect's own way of being bypassed: 0 while it is.
+		bool mEnables = false;
 	};
 
 	explicit LiveControl(Facts inFacts)

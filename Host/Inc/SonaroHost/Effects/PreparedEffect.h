@@ -44,7 +44,8 @@ public:
 	// The times of all points of the setup, at which parameters may jump.
 	std::vector<SN::TickTime> const& GetJumps() const { return mJumps; }
 	std::shared_ptr<EffectFacts const> const& GetFacts() const { return mFacts; }
-	// The plugin's controls, which move the processors of all playbacks.
+	// The plugin's controls, and the host's bypass for one that has none of its own. They move the processors of all
+	// playbacks.
 	std::vector<std::shared_ptr<LiveControl>> const& GetControls() const { return mControls; }
 
 	// Throws a HostError of the kind kRequest when the plugin does not fit so many channels.
@@ -61,6 +62,9 @@ private:
 	// Keeps the course of a setting; gives its first value.
 	float Take(ControlSetting const& inSetting, Control const& inControl, std::size_t inIndex, Plan& ioPlan);
 	void TakeBypass(EffectSetup const& inSetup, PluginStart& ioStart, Plan& ioPlan);
+	void MakeLiveControls(PluginStart const& inStart, Plan const& inPlan);
+	// With the host's bypass where a graph may need it.
+	std::shared_ptr<PluginStart const> ChooseStart(bool inIsLive) const;
 
 	std::string mName;
 	std::vector<std::string> mRemarks;

@@ -24,6 +24,10 @@ struct LiveEffect
 
 	// Null for a symbol that it does not have.
 	LiveControl* FindControl(std::string const& inSymbol) const;
+	// The control that bypasses it: the host's or its own. Null for none.
+	std::shared_ptr<LiveControl> FindBypass() const;
+	// As it is held, or else as it was set up; at the start, where it has a curve.
+	bool IsBypassed() const;
 };
 
 // The effects of a programme whose controls are moved while it plays, on its clips, tracks, submixes and output, nested
@@ -46,6 +50,9 @@ public:
 	// Holds a control of all effects of that identity. Throws a HostError where there is none.
 	void Hold(std::string const& inId, std::string const& inSymbol, float inValue);
 	void Release(std::string const& inId, std::string const& inSymbol);
+	// Bypasses all effects of that identity, or has them heard, from the next block on: in a straight line over 5 ms, or as
+	// those do it that have a bypass of their own. Their latency stays. Release, of the control that bypasses, ends it.
+	void SetBypass(std::string const& inId, bool inIsBypassed);
 
 private:
 	std::vector<std::shared_ptr<LiveControl>> Find(
