@@ -11,6 +11,5 @@
 #define ZORV_API __attribute__((visibility("default")))
 #endif
 
-// Files and hashes are made of memory as it lies, and were never tried in another order of bytes.
 static_assert(std::endian::native == std::endian::little,
-	"Sonaro is made for processors that store the lowest byte of a number first; this is another one");
+	"Sonaro's files and hashes are memory as it lies, with the lowest byte of a number first");
