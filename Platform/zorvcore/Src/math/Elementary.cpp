@@ -56,7 +56,7 @@ constexpr std::array<SineAndCosine, kStepsInTurn> MakeSines()
 	for (unsigned i = 0; i < kQuarter; ++i)
 	{
 		SineAndCosine const first =
-			SumSeries(kPi * DoubleDouble{static_cast<double>(i) / (kStepsInTurn / 2)});
+			SumSeries(kPi * DoubleDouble{static_cast<double>(i) / (0.5 * kStepsInTurn)});
 		table[i] = first;
 		table[i + kQuarter] = {first.mCosine, -first.mSine};
 		table[i + 2 * kQuarter] = {-first.mSine, -first.mCosine};
