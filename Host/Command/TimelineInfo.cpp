@@ -179,6 +179,7 @@ std::string ListAnglesForPeople(TimelineSequence const& inSequence)
 {
 	int const rate = inSequence.mSampleRate;
 	std::vector<std::vector<std::string>> rows;
+	rows.reserve(inSequence.mAngles.size());
 	for (AngleRow const& angle : inSequence.mAngles)
 	{
 		rows.push_back({FormatTime(angle.mFirstFrame, rate) + " - " + FormatTime(angle.mEndFrame, rate),

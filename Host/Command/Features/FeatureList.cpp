@@ -50,12 +50,14 @@ std::string ListFeaturesForPeople()
 {
 	Features const features = ListAllFeatures();
 	std::vector<std::vector<std::string>> rows;
+	rows.reserve(features.mParts.size());
 	for (Feature const& part : features.mParts)
 	{
 		rows.push_back({part.mTitle, part.mIsThere ? "yes" : "no", part.mText});
 	}
 	std::string text = "sonaro " SONARO_VERSION "\n" + FormatTable(rows);
 	std::vector<std::string> libraries;
+	libraries.reserve(features.mLibraries.size());
 	for (LibraryVersion const& library : features.mLibraries)
 	{
 		libraries.push_back(library.mName + " " + library.mVersion);

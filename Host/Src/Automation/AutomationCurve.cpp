@@ -153,6 +153,7 @@ bool AutomationCurve::IsConstant(SN::TickTime const& inFirst, SN::TickTime const
 AutomationCurve AutomationCurve::MakeSwitch() const
 {
 	std::vector<AutomationPoint> points;
+	points.reserve(mNodes.size());
 	for (Node const& node : mNodes)
 	{
 		points.push_back({node.mTime, ToOutput(node.mValue) != 0.0 ? 1.0 : 0.0, Interpolation::kHold});

@@ -65,6 +65,7 @@ TrackMeters::TrackMeters(std::vector<PlannedTrack> const& inTracks, int inSample
 std::vector<std::optional<LoudnessReading>> TrackMeters::GetReadings() const
 {
 	std::vector<std::optional<LoudnessReading>> readings;
+	readings.reserve(mMeters.size());
 	for (SN::InterfaceRef<ProgrammeMeter> const& meter : mMeters)
 	{
 		readings.push_back(meter ? meter->GetReading() : std::nullopt);

@@ -34,6 +34,7 @@ public:
 	std::vector<Variant> GetRunnable() const
 	{
 		std::vector<Variant> runnable;
+		runnable.reserve(CountRunnable());
 		for (std::size_t level = 0; level < CountRunnable(); ++level)
 		{
 			runnable.push_back(*mVariants[level]);

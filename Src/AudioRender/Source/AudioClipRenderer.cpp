@@ -250,6 +250,7 @@ void AudioClipRenderer::RunIntoScratch(
 std::vector<InterfaceRef<UnknownBase>> AudioClipRenderer::GetInputNodes()
 {
 	std::vector<InterfaceRef<UnknownBase>> nodes;
+	nodes.reserve(mInputs.size());
 	for (Input const& input : mInputs)
 	{
 		nodes.push_back(input.mGenerator);

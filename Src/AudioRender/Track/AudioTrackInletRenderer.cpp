@@ -47,6 +47,7 @@ InterfaceRef<IAudioGenerator> AudioTrackInletRenderer::Clone()
 	auto const clone = StartClone(*this);
 	clone->mChannels = mChannels;
 	std::vector<InterfaceRef<UnknownBase>> nodes;
+	nodes.reserve(mInputs.size());
 	for (Input const& input : mInputs)
 	{
 		nodes.push_back(CloneInput(input));

@@ -155,6 +155,7 @@ void SortKeyframes(Curve& ioCurve, Cursor const& inPlace)
 		Curve::Keyframe mKeyframe;
 	};
 	std::vector<Entry> entries;
+	entries.reserve(ioCurve.mKeyframes.size());
 	for (Curve::Keyframe const& keyframe : ioCurve.mKeyframes)
 	{
 		entries.push_back({ToSeconds(keyframe.mTime), keyframe});

@@ -129,6 +129,7 @@ PieceFileWriter::PieceFileWriter(std::filesystem::path const& inPath, PieceFacts
 		mHeard = std::make_unique<OutputFile>(GetHeardPath(mFile.GetPath()));
 	}
 	std::vector<SN::InterfaceRef<SN::IAudioMeterSetter>> writers;
+	writers.reserve(mFacts.mTaps.size());
 	for (std::uint32_t tap = 0; tap < mFacts.mTaps.size(); ++tap)
 	{
 		writers.push_back(zorvcore::classref::MakeObject<HeardWriter>(tap, mRecords));
