@@ -35,7 +35,7 @@ Guid KeyframeBase::Hash(void const* inValue, std::size_t inSize) const
 	zorvcore::utility::UpdateHashState(state, kSalt, sizeof(kSalt) - 1);
 	update(static_cast<std::uint32_t>(GetTypeCode()));
 	zorvcore::utility::UpdateHashState(state, inValue, inSize);
-	update(static_cast<std::int64_t>(mTime.GetTicks()));
+	update(mTime.GetTicks());
 	update(mIncomingKind);
 	update(mOutgoingKind);
 	update(mIncomingTangent);

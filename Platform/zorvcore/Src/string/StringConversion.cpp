@@ -157,7 +157,7 @@ std::string UTF16to8(std::u16string_view inText)
 		}
 		else
 		{
-			AppendUTF8(IsHighSurrogate(unit) || IsLowSurrogate(unit) ? kReplacement : unit, result);
+			AppendUTF8(IsHighSurrogate(unit) || IsLowSurrogate(unit) ? kReplacement : char32_t{unit}, result);
 		}
 	}
 	return result;

@@ -97,7 +97,7 @@ struct LibavDeleter
 	void operator()(SwrContext* inContext) const { Libav().swr_free(&inContext); }
 	void operator()(AVIOContext* inContext) const
 	{
-		Libav().av_freep(&inContext->buffer);
+		Libav().av_freep(static_cast<void*>(&inContext->buffer));
 		Libav().avio_context_free(&inContext);
 	}
 };

@@ -347,7 +347,12 @@ void SpliceEngine::Render(unsigned inCount)
 			}
 		}
 	}
-	if (mFadeLength != 0 && (mFaded += inCount) == mFadeLength)
+	if (mFadeLength == 0)
+	{
+		return;
+	}
+	mFaded += inCount;
+	if (mFaded == mFadeLength)
 	{
 		mSegment = mNext;
 		mFadeLength = 0;
