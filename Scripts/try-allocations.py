@@ -11,11 +11,12 @@ the program says that there is no memory and ends at once; such places are liste
 - ends by itself with exit code 0, 1 or 3, by no signal,
 - gives the same output as without a failure, where the code is 0,
 - and otherwise says why in a line, writes no output, or the whole one, and leaves no temporary file,
-- leaves no more blocks behind than a run without a failure, and its inputs as they were.
+- leaves no blocks behind that a run without a failure does not leave, and its inputs as they were.
 
 Ends with a line of counts; the exit code says whether all runs were good.
 """
 import argparse
+import collections
 import os
 import re
 import shutil
@@ -25,6 +26,23 @@ import tempfile
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "Tests", "Faults"))
 import faults  # noqa: E402
+
+
+LIBRARY = "liballocationfaults.so"
+
+
+def read_live(path):
+    """The frames of each block that was never freed, by the innermost one that is not of the library."""
+    blocks = collections.defaultdict(list)
+    frames = []
+    for line in open(path, encoding="utf-8") if os.path.exists(path) else []:
+        frame = line.split("[")[0].strip()
+        if frame and LIBRARY not in frame:
+            frames.append(frame)
+        elif not frame:
+            blocks[frames[0] if frames else ""].append(frames)
+            frames = []
+    return blocks
 
 
 class Trials:
@@ -37,18 +55,19 @@ class Trials:
         self.inputs = faults.read_tree(os.path.join(folder, "in"))
 
     def run(self, case, kind, number):
-        log = os.path.join(self.folder, "log")
-        if os.path.exists(log):
-            os.remove(log)
+        log, live = (os.path.join(self.folder, name) for name in ("log", "live"))
+        for path in (log, live):
+            if os.path.exists(path):
+                os.remove(path)
         for name in ("out", "tmp"):
             faults.clear(os.path.join(self.folder, name))
         code, output, text = faults.run(case.words, self.folder, {
             "LD_PRELOAD": self.library, "SONARO_FAIL_AT": str(number), "SONARO_FAIL_KIND": kind, "SONARO_FAIL_LOG": log,
-            "TMPDIR": os.path.join(self.folder, "tmp")})
+            "SONARO_LIVE_LOG": live, "TMPDIR": os.path.join(self.folder, "tmp")})
         lines = open(log, encoding="utf-8").read().splitlines() if os.path.exists(log) else []
         count, blocks, state = lines[0].split(" ", 2) if lines else (0, 0, "unknown")
         return {"code": code, "output": b"" if case.is_timed else output, "text": text, "count": int(count),
-                "blocks": int(blocks), "state": state, "place": lines[1:],
+                "blocks": int(blocks), "state": state, "place": lines[1:], "live": read_live(live),
                 "files": faults.read_tree(os.path.join(self.folder, "out")),
                 "left": faults.read_tree(os.path.join(self.folder, "tmp"))}
 
@@ -65,14 +84,19 @@ class Trials:
         isReported = code in (0, 3) and "warning" in result["text"]
         if any(whole["files"].get(name) != digest for name, digest in result["files"].items()) and not isReported:
             return "writes another output"
-        if result["blocks"] > whole["blocks"]:
-            return f"leaves {result['blocks'] - whole['blocks']} blocks"
+        left = self.list_leaks(result, whole)
+        if left:
+            return f"leaves {len(left)} blocks"
         if code == 0:
             isSame = result["files"] == whole["files"] and result["output"] == whole["output"]
             return "" if isSame or result["text"].strip() else "loses output without a word"
         if not re.match(r"sonaro: \S", result["text"].splitlines()[-1] if result["text"].strip() else ""):
             return "says nothing"
         return ""
+
+    def list_leaks(self, result, whole):
+        """The frames of the blocks that a run left, and that one without a failure does not leave."""
+        return [frames for place, blocks in result["live"].items() for frames in blocks[len(whole["live"].get(place, [])):]]
 
     def describe(self, place):
         """Names of the program's functions in a list of frames."""
@@ -88,7 +112,9 @@ class Trials:
     def try_case(self, case, kind, most):
         whole = self.run(case, kind, 0)
         # Threads that serve the whole process may end before it or not.
-        whole["blocks"] = max(whole["blocks"], *(self.run(case, kind, 0)["blocks"] for _ in range(4)))
+        for other in (self.run(case, kind, 0) for _ in range(4)):
+            for place, blocks in other["live"].items():
+                whole["live"][place] = max(whole["live"][place], blocks, key=len)
         if whole["code"] != 0:
             raise SystemExit(f"{case.name}: ends with {whole['code']} without a failure: {whole['text']}")
         # What all commands begin with is tried once.
@@ -110,13 +136,18 @@ class Trials:
             if result["blocks"] < 0 and not wrong:
                 self.counts["at once"] += 1
                 names = self.describe(result["place"])
-                self.ended.setdefault(names[0] if names else "unknown", number)
+                own = [name for name in names if not re.match(r"(\S+ )?(std::|operator |__gnu_cxx::)", name)]
+                self.ended.setdefault((own or names or ["unknown"])[0], number)
             if wrong:
                 bad += 1
                 said = result["text"].strip().splitlines()
                 print(f"{case.name}: allocation {number} ({kind}): {wrong}: {said[-1] if said else ''}", flush=True)
                 for line in self.describe(result["place"]):
                     print("    " + line)
+                for frames in self.list_leaks(result, whole)[:3] if "blocks" in wrong else []:
+                    print("  left, from")
+                    for line in self.describe(frames):
+                        print("    " + line)
         if faults.read_tree(os.path.join(self.folder, "in")) != self.inputs:
             print(f"{case.name}: an input has changed")
             bad += 1
@@ -135,7 +166,7 @@ def main():
     faults.PROGRAM = os.path.abspath(options.program)
     folder = tempfile.mkdtemp(prefix="sonaro-allocations-")
     try:
-        library = os.path.join(folder, "liballocationfaults.so")
+        library = os.path.join(folder, LIBRARY)
         subprocess.run([os.environ.get("CXX", "c++"), "-std=c++20", "-O1", "-fPIC", "-shared", "-o", library,
                         os.path.join(faults.ROOT, "Tests", "Faults", "AllocationFaults.cpp"), "-ldl"], check=True)
         faults.make_inputs(folder)

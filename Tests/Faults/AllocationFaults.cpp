@@ -6,6 +6,8 @@
 //                   when there is no memory are passed over
 // SONARO_FAIL_LOG   the file that gets, at the end, one line: how many allocations there were, how many blocks of operator
 //                   new were never freed (-1 where the program ended at once), and "failed", "passed over" or "none"; and where the failure was
+// SONARO_LIVE_LOG   the file that gets, at the end, the places where the blocks of operator new were taken that were never
+//                   freed: a line for each frame from the innermost one on, and an empty one after each block
 
 #include <dlfcn.h>
 #include <execinfo.h>
@@ -20,6 +22,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <sched.h>
 
 extern "C"
 {
@@ -34,6 +37,9 @@ namespace
 {
 
 constexpr int kMostFrames = 48;
+// Of the place where a block was taken.
+constexpr int kMostLiveFrames = 16;
+constexpr std::size_t kMostLiveBlocks = std::size_t{1} << 18;
 
 std::atomic<bool> sCounts{false};
 std::atomic<std::uint64_t> sAllocations{0};
@@ -44,6 +50,86 @@ std::uint64_t sFailAt = 0;
 bool sCountsAll = false;
 void* sFrames[kMostFrames];
 int sNumFrames = 0;
+
+struct LiveBlock
+{
+	void* mBlock = nullptr;
+	int mNumFrames = 0;
+	void* mFrames[kMostLiveFrames];
+};
+
+// By addresses; blocks beyond its room are left out.
+LiveBlock sLiveBlocks[kMostLiveBlocks];
+std::atomic_flag sLiveLock = ATOMIC_FLAG_INIT;
+bool sListsLive = false;
+
+class LiveLock
+{
+public:
+	LiveLock()
+	{
+		while (sLiveLock.test_and_set(std::memory_order_acquire))
+		{
+			::sched_yield();
+		}
+	}
+	~LiveLock() { sLiveLock.clear(std::memory_order_release); }
+};
+
+// Marks a place that was in use, after which others may follow.
+void* GetFreed()
+{
+	return sLiveBlocks;
+}
+
+LiveBlock* FindLive(void* inBlock, bool inAdds)
+{
+	constexpr std::uintptr_t kSpread = 0x9e3779b97f4a7c15u;
+	std::size_t const first = (reinterpret_cast<std::uintptr_t>(inBlock) * kSpread) >> 40;
+	for (std::size_t i = 0; i < kMostLiveBlocks; ++i)
+	{
+		LiveBlock& live = sLiveBlocks[(first + i) % kMostLiveBlocks];
+		if (live.mBlock == inBlock || (inAdds && (!live.mBlock || live.mBlock == GetFreed())))
+		{
+			return &live;
+		}
+		if (!live.mBlock)
+		{
+			return nullptr;
+		}
+	}
+	return nullptr;
+}
+
+void NoteLive(void* inBlock)
+{
+	if (!sListsLive || !inBlock)
+	{
+		return;
+	}
+	void* frames[kMostLiveFrames];
+	int const count = ::backtrace(frames, kMostLiveFrames);
+	LiveLock const lock;
+	if (LiveBlock* const live = FindLive(inBlock, true))
+	{
+		live->mBlock = inBlock;
+		live->mNumFrames = count;
+		std::memcpy(live->mFrames, frames, sizeof frames);
+	}
+}
+
+void ForgetLive(void* inBlock)
+{
+	if (!sListsLive || !inBlock)
+	{
+		return;
+	}
+	LiveLock const lock;
+	if (LiveBlock* const live = FindLive(inBlock, false))
+	{
+		live->mBlock = GetFreed();
+	}
+}
 
 // The linker of the system, and libraries that call abort or exit by themselves or go on without the memory: libsndfile
 // writes headers into none, and libFLAC takes it for the end of a file.
@@ -93,10 +179,30 @@ void WriteLog(std::int64_t inBlocks)
 	::close(file);
 }
 
+void ListLive()
+{
+	char const* const path = std::getenv("SONARO_LIVE_LOG");
+	int const file = path && sListsLive ? ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0644) : -1;
+	for (LiveBlock const& live : sLiveBlocks)
+	{
+		if (file < 0)
+		{
+			return;
+		}
+		if (live.mBlock && live.mBlock != GetFreed())
+		{
+			::backtrace_symbols_fd(live.mFrames, live.mNumFrames, file);
+			[[maybe_unused]] auto const written = ::write(file, "\n", 1);
+		}
+	}
+	::close(file);
+}
+
 // Whether this allocation is the one.
 bool Fails()
 {
-	thread_local bool tIsInside = false;
+	// In the room that each thread has from its start: making more would allocate, and so lead here again.
+	__attribute__((tls_model("initial-exec"))) thread_local bool tIsInside = false;
 	if (!sCounts || tIsInside || ++sAllocations != sFailAt)
 	{
 		return false;
@@ -120,6 +226,7 @@ void* NewOrNull(std::size_t inSize, std::size_t inAlignment)
 	void* const block = inAlignment > alignof(std::max_align_t) ? __libc_memalign(inAlignment, inSize)
 																: __libc_malloc(inSize == 0 ? 1 : inSize);
 	sLiveNews += block ? 1 : 0;
+	NoteLive(block);
 	return block;
 }
 
@@ -136,6 +243,7 @@ void* New(std::size_t inSize, std::size_t inAlignment = 0)
 void Delete(void* inBlock)
 {
 	sLiveNews -= inBlock ? 1 : 0;
+	ForgetLive(inBlock);
 	__libc_free(inBlock);
 }
 
@@ -158,6 +266,7 @@ int CountedMain(int inCount, char** inArguments, char** inEnvironment)
 	// The first call loads a library.
 	::backtrace(sFrames, kMostFrames);
 	sNumFrames = 0;
+	sListsLive = std::getenv("SONARO_LIVE_LOG") != nullptr;
 	sCounts = true;
 	return sMain(inCount, inArguments, inEnvironment);
 }
@@ -169,6 +278,7 @@ __attribute__((destructor)) static void WriteLogAtEnd()
 {
 	sCounts = false;
 	WriteLog(sLiveNews);
+	ListLive();
 }
 
 extern "C"
@@ -213,6 +323,50 @@ extern "C"
 		return *outBlock ? 0 : ENOMEM;
 	}
 }
+
+// In the place of the program's own stores of small blocks, which keep what they once had. So each block can fail, and
+// those that are not given back show.
+namespace zorvcore::allocator
+{
+
+class SmallBlockAllocator
+{
+public:
+	static void* Allocate(std::size_t inSize);
+	static void Dispose(void* inBlock, std::size_t inSize) noexcept;
+};
+
+class MemoryRecycler
+{
+public:
+	static void* Allocate(std::size_t inSize, std::size_t& outActualSize);
+	static void Recycle(void* inBlock, std::size_t inSize) noexcept;
+};
+
+void* SmallBlockAllocator::Allocate(std::size_t inSize)
+{
+	return New(inSize);
+}
+
+void SmallBlockAllocator::Dispose(void* inBlock, std::size_t) noexcept
+{
+	Delete(inBlock);
+}
+
+void* MemoryRecycler::Allocate(std::size_t inSize, std::size_t& outActualSize)
+{
+	constexpr std::size_t kAlignment = 16;
+	std::size_t const count = (inSize == 0 ? 1 : inSize) / kAlignment + 1;
+	outActualSize = inSize > SIZE_MAX - kAlignment ? inSize : count * kAlignment;
+	return New(outActualSize);
+}
+
+void MemoryRecycler::Recycle(void* inBlock, std::size_t) noexcept
+{
+	Delete(inBlock);
+}
+
+} // namespace zorvcore::allocator
 
 void* operator new(std::size_t inSize)
 {

@@ -50,7 +50,7 @@ def list_cases(folder):
         Case("piece", ["render", "--piece", "in/Plan/plan.json#2", "-o", "out/2.piece", "--quiet"], ["2.piece"]),
         Case("join", ["join", "in/Plan/plan.json", "-o", "out/joined.wav", "--quiet", "--pieces-in", "in/Plan"],
              ["joined.wav"]),
-        Case("play", ["play", "in/Media/dialogue.flac", "--device", "null", "--no-ui", "--json", "--start", "1.9"], is_timed=True),
+        Case("play", ["play", "in/Media/dialogue.flac", "--device", "null", "--no-ui", "--json", "--start", "5.3"], is_timed=True),
     ]
     if os.path.exists(os.path.join(folder, "in", "tone.mp4")):
         cases.append(Case("movie", ["render", "in/tone.mp4", "-o", "out/movie.wav", "--quiet"], ["movie.wav"]))
