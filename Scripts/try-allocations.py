@@ -65,9 +65,10 @@ class Trials:
             "LD_PRELOAD": self.library, "SONARO_FAIL_AT": str(number), "SONARO_FAIL_KIND": kind, "SONARO_FAIL_LOG": log,
             "SONARO_LIVE_LOG": live, "TMPDIR": os.path.join(self.folder, "tmp")})
         lines = open(log, encoding="utf-8").read().splitlines() if os.path.exists(log) else []
-        count, blocks, state = lines[0].split(" ", 2) if lines else (0, 0, "unknown")
+        crash = lines.index("crashed") if "crashed" in lines else len(lines)
+        count, blocks, state = lines[0].split(" ", 2) if crash > 0 else (0, 0, "unknown")
         return {"code": code, "output": b"" if case.is_timed else output, "text": text, "count": int(count),
-                "blocks": int(blocks), "state": state, "place": lines[1:], "live": read_live(live),
+                "blocks": int(blocks), "state": state, "place": lines[1:crash], "crash": lines[crash + 1:], "live": read_live(live),
                 "files": faults.read_tree(os.path.join(self.folder, "out")),
                 "left": faults.read_tree(os.path.join(self.folder, "tmp"))}
 
@@ -144,6 +145,8 @@ class Trials:
                 print(f"{case.name}: allocation {number} ({kind}): {wrong}: {said[-1] if said else ''}", flush=True)
                 for line in self.describe(result["place"]):
                     print("    " + line)
+                for line in self.describe(result["crash"]):
+                    print("  crashed in " + line)
                 for frames in self.list_leaks(result, whole)[:3] if "blocks" in wrong else []:
                     print("  left, from")
                     for line in self.describe(frames):

@@ -5,7 +5,8 @@
 // SONARO_FAIL_KIND  "new" for those by operator new; "all" for those of C as well, where libraries that end the process
 //                   when there is no memory are passed over
 // SONARO_FAIL_LOG   the file that gets, at the end, one line: how many allocations there were, how many blocks of operator
-//                   new were never freed (-1 where the program ended at once), and "failed", "passed over" or "none"; and where the failure was
+//                   new were never freed (-1 where the program ended at once), and "failed", "passed over" or "none"; and where the failure was.
+//                   A crash adds a line "crashed", and where it was
 // SONARO_LIVE_LOG   the file that gets, at the end, the places where the blocks of operator new were taken that were never
 //                   freed: a line for each frame from the innermost one on, and an empty one after each block
 
@@ -16,6 +17,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -198,6 +200,38 @@ void ListLive()
 	::close(file);
 }
 
+void EndByCrash(int inSignal)
+{
+	void* frames[kMostFrames];
+	int const count = ::backtrace(frames, kMostFrames);
+	char const* const path = std::getenv("SONARO_FAIL_LOG");
+	int const file = path ? ::open(path, O_WRONLY | O_CREAT | O_APPEND, 0644) : -1;
+	constexpr char kCrashed[] = "crashed\n";
+	if (file >= 0 && ::write(file, kCrashed, sizeof kCrashed - 1) > 0)
+	{
+		::backtrace_symbols_fd(frames, count, file);
+	}
+	std::signal(inSignal, SIG_DFL);
+	std::raise(inSignal);
+}
+
+// On a stack of its own, as that of the main thread may be used up.
+void WatchForCrashes()
+{
+	static char sStack[65536];
+	stack_t stack = {};
+	stack.ss_sp = sStack;
+	stack.ss_size = sizeof sStack;
+	::sigaltstack(&stack, nullptr);
+	struct sigaction action = {};
+	action.sa_handler = &EndByCrash;
+	action.sa_flags = SA_ONSTACK;
+	for (int const signal : {SIGSEGV, SIGBUS, SIGABRT})
+	{
+		::sigaction(signal, &action, nullptr);
+	}
+}
+
 // Whether this allocation is the one.
 bool Fails()
 {
@@ -267,6 +301,7 @@ int CountedMain(int inCount, char** inArguments, char** inEnvironment)
 	::backtrace(sFrames, kMostFrames);
 	sNumFrames = 0;
 	sListsLive = std::getenv("SONARO_LIVE_LOG") != nullptr;
+	WatchForCrashes();
 	sCounts = true;
 	return sMain(inCount, inArguments, inEnvironment);
 }
