@@ -6,7 +6,8 @@ Usage: try-allocations.py [MOST [NAME...]] [--program PROGRAM] [--keep]
 MOST is how many allocations of each command and kind are tried, 500 by default, 0 for all of them: those at the start
 and then evenly spread ones. NAMEs choose commands. An allocation by operator new fails in one run, and one of any kind in
 another; libraries that end the process when there is no memory are passed over. Where a library lets nothing be thrown,
-the program says that there is no memory and ends at once; such places are listed. A run is good when it
+the program says that there is no memory and ends at once; such places are listed, and so are libraries that leave blocks.
+A run is good when it
 
 - ends by itself with exit code 0, 1 or 3, by no signal,
 - gives the same output as without a failure, where the code is 0,
@@ -29,6 +30,11 @@ import faults  # noqa: E402
 
 
 LIBRARY = "liballocationfaults.so"
+# Functions of libraries that leave memory when an allocation in them fails, by patterns of their names, with the reasons.
+LEAVING = {
+    r"nlohmann::.*::basic_json\(std::initializer_list":
+        "nlohmann-json: the constructor from a braced list has made the object before it throws, and nobody destroys it",
+}
 
 
 def read_live(path):
@@ -49,8 +55,9 @@ class Trials:
     def __init__(self, folder, library):
         self.folder = folder
         self.library = library
-        self.counts = {"runs": 0, "failed": 0, "passed over": 0, "survived": 0, "at once": 0, "bad": 0}
+        self.counts = {"runs": 0, "failed": 0, "passed over": 0, "survived": 0, "at once": 0, "left by libraries": 0, "bad": 0}
         self.ended = {}
+        self.leaving = {}
         self.begin = {}
         self.inputs = faults.read_tree(os.path.join(folder, "in"))
 
@@ -107,8 +114,19 @@ class Trials:
             offset = re.search(r"\+(0x[0-9a-f]+)\)", frame)
             if offset and not os.path.basename(path).startswith(("libc.", "liballocation")):
                 named = subprocess.run(["addr2line", "-Cfpe", path, offset[1]], capture_output=True, text=True, check=False)
-                names.append(named.stdout.strip()[:160])
+                names.append(named.stdout.strip())
         return names
+
+    def find_leaving(self, result, whole):
+        """The reason why a library has left all that a run left; empty where it has not."""
+        place = self.describe(result["place"])
+        for pattern, reason in LEAVING.items():
+            inside = [i for i, name in enumerate(place) if re.search(pattern, name)]
+            # What called the library has made the parts of what is left.
+            caller = place[inside[-1] + 1] if inside and inside[-1] + 1 < len(place) else None
+            if caller and all(caller in self.describe(frames) for frames in self.list_leaks(result, whole)):
+                return reason
+        return ""
 
     def try_case(self, case, kind, most):
         whole = self.run(case, kind, 0)
@@ -130,6 +148,11 @@ class Trials:
                 if wrong.startswith("leaves") and wrong.endswith("blocks"):
                     result = self.run(case, kind, number)
                     wrong = self.judge(result, whole)
+            reason = self.find_leaving(result, whole) if wrong.startswith("leaves") and wrong.endswith("blocks") else ""
+            if reason:
+                self.counts["left by libraries"] += 1
+                self.leaving.setdefault(reason, f"allocation {number} of {case.name}, {kind}")
+                wrong = ""
             self.counts["runs"] += 1
             self.counts["failed"] += result["state"] == "failed"
             self.counts["passed over"] += result["state"] == "passed over"
@@ -144,13 +167,13 @@ class Trials:
                 said = result["text"].strip().splitlines()
                 print(f"{case.name}: allocation {number} ({kind}): {wrong}: {said[-1] if said else ''}", flush=True)
                 for line in self.describe(result["place"]):
-                    print("    " + line)
+                    print("    " + line[:160])
                 for line in self.describe(result["crash"]):
-                    print("  crashed in " + line)
+                    print("  crashed in " + line[:160])
                 for frames in self.list_leaks(result, whole)[:3] if "blocks" in wrong else []:
                     print("  left, from")
                     for line in self.describe(frames):
-                        print("    " + line)
+                        print("    " + line[:160])
         if faults.read_tree(os.path.join(self.folder, "in")) != self.inputs:
             print(f"{case.name}: an input has changed")
             bad += 1
@@ -183,10 +206,12 @@ def main():
             shutil.rmtree(folder, ignore_errors=True)
     counts = trials.counts
     for place, number in sorted(trials.ended.items()):
-        print(f"ended at once: {place} (allocation {number})")
+        print(f"ended at once: {place[:160]} (allocation {number})")
+    for reason, example in sorted(trials.leaving.items()):
+        print(f"left by a library: {reason} ({example})")
     print(f"allocations: {len(cases)} commands, {counts['runs']} runs, {counts['failed']} allocations failed "
           f"({counts['survived']} without harm, {counts['at once']} ended at once), {counts['passed over']} of libraries passed over, "
-          f"{counts['bad']} bad")
+          f"{counts['left by libraries']} left blocks of libraries, {counts['bad']} bad")
     return 1 if counts["bad"] else 0
 
 
