@@ -68,10 +68,11 @@ void TryAutomation(FuzzedDataProvider& ioBytes)
 		}
 	}
 	AutomationCurve const curve(points, scale);
+	AutomationCurve const whetherHeard = curve.MakeSwitch();
 	for (SN::TickTime const& time : times)
 	{
 		RequireCurve(curve, time);
-		RequireCurve(curve.MakeSwitch(), time);
+		RequireCurve(whetherHeard, time);
 	}
 }
 

@@ -10,11 +10,13 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cctype>
 #include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <thread>
+#include <utility>
 
 using namespace SonaroFuzzing;
 using namespace SonaroCommand::Serve;
@@ -88,14 +90,56 @@ bool AsksForEvents(std::string_view inRequest)
 std::string ReadAll(int inSocket)
 {
 	std::string answer;
-	std::array<char, 65536> bytes{};
+	static std::array<char, 65536> sBytes{};
 	for (ssize_t count = 1; count > 0;)
 	{
-		count = ::read(inSocket, bytes.data(), bytes.size());
-		answer.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+		count = ::read(inSocket, sBytes.data(), sBytes.size());
+		answer.append(sBytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
 	}
 	return answer;
 }
+
+// Reads answers on a thread of its own, one for all of them: making one takes longer than an answer.
+class AnswerReader
+{
+public:
+	AnswerReader()
+	{
+		std::thread([this] { Work(); }).detach();
+	}
+
+	void Begin(int inSocket)
+	{
+		mSocket = inSocket;
+		mSocket.notify_all();
+	}
+
+	std::string Take()
+	{
+		for (int socket = mSocket; socket != kNone; socket = mSocket)
+		{
+			mSocket.wait(socket);
+		}
+		return std::move(mAnswer);
+	}
+
+private:
+	static constexpr int kNone = -1;
+
+	void Work()
+	{
+		while (true)
+		{
+			mSocket.wait(kNone);
+			mAnswer = ReadAll(mSocket);
+			mSocket = kNone;
+			mSocket.notify_all();
+		}
+	}
+
+	std::atomic<int> mSocket{kNone};
+	std::string mAnswer;
+};
 
 } // namespace
 
@@ -106,6 +150,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* inData, std::size_t in
 		std::signal(SIGPIPE, SIG_IGN);
 		return std::make_unique<Served>();
 	}();
+	// Its thread lasts as long as the process.
+	static auto* const sReader = new AnswerReader;
 	std::string_view const request = AsText(inData, inSize);
 	if (inSize > kMostBytes || AsksForEvents(request))
 	{
@@ -121,10 +167,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* inData, std::size_t in
 	Require(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) == 0);
 	Require(::send(ends[0], request.data(), request.size(), 0) == static_cast<ssize_t>(request.size()));
 	::shutdown(ends[0], SHUT_WR);
-	std::string answer;
-	std::thread reader([&] { answer = ReadAll(ends[0]); });
+	sReader->Begin(ends[0]);
 	sServed->mServer.ServeConnection(ends[1]);
-	reader.join();
+	std::string const answer = sReader->Take();
 	::close(ends[0]);
 	// Whatever comes is answered, and nothing of it is taken for a fault of the server.
 	Require(answer.empty() || answer.starts_with("HTTP/1.1 "));
