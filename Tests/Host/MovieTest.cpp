@@ -570,6 +570,18 @@ TEST_F(Movies, WhatADecoderRefusesIsRefusedWithTheFile)
 			HasSubstr("a.m4a"), HasSubstr("it cannot be decoded: the decoder for alac refuses it")));
 }
 
+TEST_F(Movies, PacketsOfImpossibleSizesAreRefusedWithTheFile)
+{
+	RunFfmpeg("-i " + Write(MakeSound(1, 48000, kFrames)) + " -c:a aac " + Path("a.mp4"));
+	std::string movie = ReadBytes(mFolder / "a.mp4");
+	// Of the third packet, in the table of sizes.
+	constexpr std::size_t kPlace = 4 + 12 + 2 * 4;
+	movie.replace(movie.rfind("stsz") + kPlace, 4, std::string("\x20\0\x02\x29", 4));
+	WriteBytes(mFolder / "a.mp4", movie);
+	EXPECT_THAT(GetRefusalOf([&] { InspectAudioFile(mFolder / "a.mp4"); }),
+		testing::AllOf(HasSubstr("a.mp4"), HasSubstr("get a complete copy")));
+}
+
 TEST_F(Movies, ListsOfOtherFilesAreRefused)
 {
 	std::string const path = Write(MakeIndexSound(1, 48000, kFrames), "a.wav");

@@ -113,12 +113,13 @@ MovieInput::MovieInput(std::filesystem::path const& inPath, MovieEdits inEdits)
 		RefuseInput(inPath, "cannot be opened: " + std::generic_category().message(errno));
 	}
 	mLength = GetFileLength(path);
-	auto* const buffer = static_cast<unsigned char*>(Libav().av_malloc(kBufferSize));
+	auto* buffer = static_cast<unsigned char*>(Libav().av_malloc(kBufferSize));
 	mBytes.reset(buffer ? Libav().avio_alloc_context(
 							  buffer, kBufferSize, 0, this, &MovieInput::Read, nullptr, &MovieInput::Seek)
 						: nullptr);
 	if (!mBytes)
 	{
+		Libav().av_freep(&buffer);
 		throw std::bad_alloc();
 	}
 	Open(inPath, Recognise(inPath));
@@ -279,9 +280,11 @@ bool MovieInput::ReadPacket(AVPacket& outPacket)
 // What cannot be read, or held in memory, is not the end of the movie.
 void MovieInput::CheckRead(int inError) const
 {
+	// Sizes that damage has made huge end so as well, and then memory is not what is missing.
 	if (inError == AVERROR(ENOMEM))
 	{
-		throw std::bad_alloc();
+		RefuseInput(mPath, "cannot be read: it asks for more memory than there is, as damaged movies do",
+			"get a complete copy, or end other programs");
 	}
 	if (mReadError != 0)
 	{
