@@ -4,6 +4,10 @@
 #include "Support/Common.h"
 #include "zorvaccelerate/ResamplingVariants.h"
 
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
 namespace zorvaccelerate::utility::ResamplingTest
 {
 
@@ -168,6 +172,20 @@ TEST(Resampling, EveryVariantInterpolatesSamplesAlike)
 	}
 }
 
+// A product and a sum, rounded once. The C library of Windows rounds its fma more than once. The product is exact in
+// double precision; the sum is rounded to odd there (Boldo and Melquiond, 2008).
+float AddFused(float inFirst, float inSecond, float inAddend)
+{
+	double const product = static_cast<double>(inFirst) * static_cast<double>(inSecond);
+	double const addend = static_cast<double>(inAddend);
+	double const sum = product + addend;
+	double const part = sum - product;
+	double const error = (product - (sum - part)) + (addend - part);
+	bool const isExact = !std::isfinite(sum) || error == 0.0;
+	bool const isOdd = (std::bit_cast<std::uint64_t>(sum) & 1u) != 0;
+	return static_cast<float>(isExact || isOdd ? sum : std::nextafter(sum, std::copysign(HUGE_VAL, error)));
+}
+
 // As FilterPlaces and FilterBetweenRows for one output.
 float AddFromBothEnds(unsigned inTaps, FilterPlace const& inPlace, bool inIsBetween,
 	std::vector<float> const& inTable, std::vector<float> const& inSamples)
@@ -182,7 +200,7 @@ float AddFromBothEnds(unsigned inTaps, FilterPlace const& inPlace, bool inIsBetw
 		{
 			coefficient = Rounded(Rounded(coefficient * inPlace.mFraction) + row[rank * inTaps]);
 		}
-		ioSum = std::fma(coefficient, inSamples[inPlace.mSample + inTap], ioSum);
+		ioSum = AddFused(coefficient, inSamples[inPlace.mSample + inTap], ioSum);
 	};
 	for (unsigned tap = 0; tap < inTaps / 2; ++tap)
 	{
