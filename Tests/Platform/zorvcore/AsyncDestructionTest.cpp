@@ -4,6 +4,7 @@
 #include "Support/Common.h"
 #include "Support/Threads.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace AsyncDestructionTest
@@ -66,7 +67,7 @@ bool sHandOverAtTheEnd = false;
 
 void Print(std::string_view inText)
 {
-	[[maybe_unused]] auto const written = write(STDERR_FILENO, inText.data(), inText.size());
+	std::fwrite(inText.data(), 1, inText.size(), stderr);
 }
 
 __attribute__((destructor)) void HandOverAtTheEnd()
