@@ -103,6 +103,10 @@ function(sonaro_add_test inName)
 	if(NOT arg_OPTIMIZED)
 		target_link_libraries(${inName} PRIVATE SonaroTestOptions)
 	endif()
+	# What is not optimised has more functions than an object of the default kind has room for.
+	if(MINGW)
+		target_compile_options(${inName} PRIVATE -Wa,-mbig-obj)
+	endif()
 	# A compiler takes up to a gigabyte for sixteen sources, and has others beside it.
 	set_target_properties(${inName} PROPERTIES CXX_EXTENSIONS OFF UNITY_BUILD_BATCH_SIZE 16)
 	if(NOT SONARO_PRECOMPILE STREQUAL none)
