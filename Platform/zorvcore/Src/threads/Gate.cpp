@@ -1,5 +1,7 @@
 #include "zorvcore/threads/Gate.h"
 
+#include <algorithm>
+
 namespace zorvcore::threads
 {
 
@@ -30,8 +32,15 @@ void Gate::PassThrough()
 
 bool Gate::PassThroughUntil(std::chrono::steady_clock::time_point inTime)
 {
+	// Where the system waits by another clock, times at the ends of their range would overflow.
+	using Clock = std::chrono::steady_clock;
+	constexpr Clock::duration kLongestWait = std::chrono::hours(1);
 	std::unique_lock lock(mMutex);
-	return mOpened.wait_until(lock, inTime, [this] { return mOpen; });
+	for (auto now = Clock::now(); !mOpen && now < inTime; now = Clock::now())
+	{
+		mOpened.wait_for(lock, std::min(inTime - now, kLongestWait));
+	}
+	return mOpen;
 }
 
 } // namespace zorvcore::threads
