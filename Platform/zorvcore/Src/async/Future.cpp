@@ -1,5 +1,7 @@
 #include "zorvcore/async/Future.h"
 
+#include "../threads/WaitUntil.h"
+
 namespace zorvcore::async
 {
 
@@ -41,7 +43,7 @@ std::exception_ptr detail::FutureState::GetException() const
 bool detail::FutureState::WaitUntil(std::chrono::steady_clock::time_point inTime) const
 {
 	std::unique_lock lock(mMutex);
-	return mChanged.wait_until(lock, inTime, [this] { return mStatus != FutureStatus::kNotReady; });
+	return threads::WaitUntil(mChanged, lock, inTime, [this] { return mStatus != FutureStatus::kNotReady; });
 }
 
 bool detail::FutureState::Fail(std::exception_ptr inException)

@@ -1,6 +1,6 @@
 #include "zorvcore/threads/Gate.h"
 
-#include <algorithm>
+#include "WaitUntil.h"
 
 namespace zorvcore::threads
 {
@@ -32,15 +32,8 @@ void Gate::PassThrough()
 
 bool Gate::PassThroughUntil(std::chrono::steady_clock::time_point inTime)
 {
-	// Where the system waits by another clock, times at the ends of their range would overflow.
-	using Clock = std::chrono::steady_clock;
-	constexpr Clock::duration kLongestWait = std::chrono::hours(1);
 	std::unique_lock lock(mMutex);
-	for (auto now = Clock::now(); !mOpen && now < inTime; now = Clock::now())
-	{
-		mOpened.wait_for(lock, std::min(inTime - now, kLongestWait));
-	}
-	return mOpen;
+	return WaitUntil(mOpened, lock, inTime, [this] { return mOpen; });
 }
 
 } // namespace zorvcore::threads
