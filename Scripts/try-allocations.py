@@ -194,7 +194,9 @@ def main():
     try:
         library = os.path.join(folder, LIBRARY)
         subprocess.run([os.environ.get("CXX", "c++"), "-std=c++20", "-O1", "-fPIC", "-shared", "-o", library,
-                        os.path.join(faults.ROOT, "Tests", "Faults", "AllocationFaults.cpp"), "-ldl"], check=True)
+                        os.path.join(faults.ROOT, "Tests", "Faults", "AllocationFaults.cpp"), "-ldl",
+                        # It counts what is left after all other libraries have ended.
+                        "-Wl,-z,initfirst"], check=True)
         faults.make_inputs(folder)
         trials = Trials(folder, library)
         cases = [case for case in faults.list_cases(folder) if not options.names or case.name in options.names]
