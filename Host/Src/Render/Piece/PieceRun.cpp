@@ -11,7 +11,6 @@
 #include <mutex>
 #include <stop_token>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -77,9 +76,9 @@ public:
 				{
 					threads.emplace_back([this, &inMakeMore] { Help(inMakeMore); });
 				}
-				catch (std::system_error const&)
+				catch (std::exception const&)
 				{
-					// There are as many threads as the system allows.
+					// There are as many threads as the system and the memory allow. Those without makers wait for this one.
 					break;
 				}
 			}
