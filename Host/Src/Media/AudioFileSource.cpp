@@ -4,6 +4,7 @@
 #include "zorvaudiodsp/AudioBuffer.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace SonaroHost
@@ -247,8 +248,10 @@ void AudioFileSource::Fail(std::exception const& inReason)
 	if (!HasFailed())
 	{
 		auto const* const known = dynamic_cast<HostError const*>(&inReason);
-		mFailure =
-			known ? *known : HostError(HostError::Kind::kInput, {GetInfo().mPath, {}, inReason.what(), {}});
+		bool const lacksMemory = dynamic_cast<std::bad_alloc const*>(&inReason) != nullptr;
+		char const* const reason =
+			lacksMemory ? "cannot be read: there is not enough memory" : inReason.what();
+		mFailure = known ? *known : HostError(HostError::Kind::kInput, {GetInfo().mPath, {}, reason, {}});
 		mHasFailed.store(true, std::memory_order_release);
 	}
 }

@@ -21,6 +21,9 @@ using namespace std::chrono_literals;
 // Whatever happens comes with a wake-up; a loss of the device does not.
 constexpr std::chrono::milliseconds kLongestSleep = 20ms;
 
+// Short enough for a string that has allocated nothing.
+constexpr char const* kNoMemory = "out of memory";
+
 // A quarter of what is kept filled, in a power of two.
 unsigned ChoosePlayedBlock(Programme const& inProgramme, std::int64_t inTargetFrames)
 {
@@ -266,7 +269,7 @@ void RenderThread::Attempt(Action const& inAction)
 	{
 		// The device still takes what is in the ring.
 		mTransport.Halt();
-		NoteFailure(error.what());
+		NoteFailure(dynamic_cast<std::bad_alloc const*>(&error) ? kNoMemory : error.what());
 	}
 }
 
@@ -304,8 +307,7 @@ void RenderThread::NoteFailure(char const* inReason)
 	}
 	catch (std::bad_alloc const&)
 	{
-		// Short enough for a string that has allocated nothing.
-		mFailure = "out of memory";
+		mFailure = kNoMemory;
 	}
 }
 
