@@ -115,11 +115,11 @@ void OrderReader::TakeRead()
 
 void OrderReader::Ask()
 {
-	Stretch stretch{mNextPlace, ChooseStretch(), {}};
-	Request(stretch);
-	mAsked += stretch.mFrames;
-	mNextPlace = mOrder.Move(mNextPlace, stretch.mFrames);
-	mPending.push_back(std::move(stretch));
+	// Stands among what is given up in the end before the engine has it.
+	mPending.push_back({mNextPlace, ChooseStretch(), {}});
+	Request(mPending.back());
+	mAsked += mPending.back().mFrames;
+	mNextPlace = mOrder.Move(mNextPlace, mPending.back().mFrames);
 }
 
 std::int64_t OrderReader::ChooseStretch() const
