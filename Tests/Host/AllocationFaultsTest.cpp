@@ -2,12 +2,15 @@
 // program's, shared libraries included.
 
 #include "Media.h"
+#include "Render/Piece/PieceRun.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Media/AudioFileReader.h"
+#include "SonaroHost/Media/AudioFileSource.h"
 #include "SonaroHost/Otio/Reader.h"
 #include "SonaroHost/OtioSequence/TimelineInput.h"
 #include "SonaroHost/Playback/NullDevice.h"
 #include "SonaroHost/Playback/Playback.h"
+#include "SonaroHost/Render/TimelineFarm.h"
 #include "SonaroHost/Render/TimelineProgramme.h"
 #include "SonaroHost/Render/TimelineRenderJob.h"
 #include "TimelineJson.h"
@@ -179,6 +182,26 @@ protected:
 		WriteBytes(mFolder / "edit.otio", mTimeline.dump());
 	}
 
+	// Fails each allocation of what writes a file.
+	void WriteAllOrNothing(std::filesystem::path const& inOutput, std::function<void()> const& inWrite)
+	{
+		std::size_t const inputs = mFolder.List().size();
+		inWrite();
+		std::string const whole = ReadBytes(inOutput);
+		FailEach(
+			[&]
+			{
+				std::filesystem::remove(inOutput);
+				inWrite();
+			},
+			[&]
+			{
+				bool const isThere = std::filesystem::exists(inOutput);
+				ASSERT_EQ(mFolder.List().size(), isThere ? inputs + 1 : inputs) << "temporary files are left";
+				ASSERT_TRUE(!isThere || ReadBytes(inOutput) == whole);
+			});
+	}
+
 	TemporaryFolder mFolder;
 	Json mTimeline;
 };
@@ -205,21 +228,82 @@ TEST_F(AllocationFaultsTest, RenderingWritesAllOrNothing)
 	Otio::TimelineRenderRequest request;
 	request.mInput = mFolder / "edit.otio";
 	request.mOutput = mFolder / "mix.wav";
-	auto const render = [&request] { Otio::TimelineRenderJob(request).Run(); };
-	render();
-	std::string const whole = ReadBytes(request.mOutput);
-	FailEach(
+	WriteAllOrNothing(request.mOutput, [&request] { Otio::TimelineRenderJob(request).Run(); });
+}
+
+// On two threads, whose allocations come in any order.
+TEST_F(AllocationFaultsTest, JoiningPiecesWritesAllOrNothing)
+{
+	Otio::TimelineRenderRequest request;
+	request.mInput = mFolder / "edit.otio";
+	request.mBlockFrames = 256;
+	FarmPlan const plan = Otio::PlanFarm(Otio::TimelineRenderJob(request), request, {2, false, "sonaro", {}});
+	ASSERT_EQ(plan.mPieces.size(), 2u);
+	for (std::size_t number : {1, 2})
+	{
+		Otio::TimelineRenderRequest piece = request;
+		piece.mOutput = mFolder / (std::to_string(number) + ".piece");
+		ASSERT_TRUE(Otio::TimelinePieceJob(piece, plan, number, "sonaro").Run());
+	}
+	request.mOutput = mFolder / "mix.wav";
+	request.mJobs = 2;
+	// Done before, as the library of JSON that makes a plan's text leaves blocks where it fails.
+	request.mPieces = Otio::OpenPieces(plan, {mFolder / "1.piece", mFolder / "2.piece"});
+	WriteAllOrNothing(request.mOutput,
 		[&]
 		{
-			std::filesystem::remove(request.mOutput);
-			render();
-		},
-		[&]
-		{
-			bool const isThere = std::filesystem::exists(request.mOutput);
-			ASSERT_EQ(mFolder.List().size(), isThere ? 3 : 2) << "temporary files are left";
-			ASSERT_TRUE(!isThere || ReadBytes(request.mOutput) == whole);
+			try
+			{
+				Otio::TimelineRenderJob(request).Run();
+			}
+			catch (HostError const&)
+			{
+				// Streams make an error in reading of it.
+			}
 		});
+}
+
+TEST_F(AllocationFaultsTest, MediaWithoutMemoryFailByTheirName)
+{
+	auto const source = AudioFileSource::Open(mFolder / "tone.wav");
+	sLeftHere = 0;
+	source->PrefetchAudioData(0, SN::TickTime(), 4800);
+	sLeftHere = -1;
+	ASSERT_TRUE(source->GetFailure());
+	EXPECT_THAT(source->GetFailure()->what(),
+		testing::AllOf(testing::HasSubstr("tone.wav"), testing::HasSubstr("not enough memory")));
+}
+
+// Threads without makers wait for the calling one, which has to come to its work whatever it could not allocate before.
+TEST_F(AllocationFaultsTest, PiecesEndWithoutMemoryForThreads)
+{
+	constexpr std::size_t kPieces = 4;
+	PiecePlan plan;
+	plan.mJobs = 4;
+	plan.mPieces = kPieces;
+	plan.mPieceFrames = 16;
+	OfflineRange const range{kPieces * 16, SN::FrameRate::FromSamplesPerSecond(48000), 1, 16};
+	std::size_t taken = 0;
+	RangeRender render;
+	render.mTakePiece = [&taken](Piece&) { ++taken; };
+	PieceMaker const make = [](std::size_t, std::atomic<bool> const&, Piece& outPiece)
+	{ outPiece.BeginBlock(); };
+	auto const lackMaker = []() -> PieceMaker { throw std::bad_alloc(); };
+	for (std::int64_t skipped = 0; skipped < 60; ++skipped)
+	{
+		taken = 0;
+		sLeftHere = skipped;
+		try
+		{
+			RunPieces({}, render, range, plan, make, lackMaker);
+		}
+		catch (std::bad_alloc const&)
+		{
+			taken = kPieces;
+		}
+		sLeftHere = -1;
+		ASSERT_EQ(taken, kPieces) << "after allocation " << skipped << " failed";
+	}
 }
 
 // Media that fail while they are played, and one allocation of the render thread after that.
@@ -262,6 +346,7 @@ TEST_F(AllocationFaultsTest, APlaybackThatFailsWithoutMemoryStopsWithAReason)
 	}
 	EXPECT_FALSE(reasons.contains(""));
 	EXPECT_TRUE(reasons.contains("out of memory"));
+	EXPECT_FALSE(reasons.contains("std::bad_alloc"));
 	EXPECT_GT(reasons.size(), 1u) << "the last ones have enough of it";
 }
 
