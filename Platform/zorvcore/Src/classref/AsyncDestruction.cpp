@@ -1,5 +1,6 @@
 #include "zorvcore/classref/AsyncDestruction.h"
 
+#include "../threads/ProcessEnd.h"
 #include "zorvcore/debug/Assert.h"
 #include "zorvcore/threads/AsyncThreadedExecutor.h"
 
@@ -39,8 +40,7 @@ class Destroyer
 public:
 	static Destroyer& Instance()
 	{
-		static auto& destroyer = *new Destroyer;
-		sInstance.store(&destroyer, std::memory_order_release);
+		static auto& destroyer = Create();
 		return destroyer;
 	}
 
@@ -90,6 +90,16 @@ public:
 	}
 
 private:
+	// Its thread ends when the process ends or the library goes. What is handed over later, by statics that live longer, is
+	// destroyed by its caller.
+	static Destroyer& Create()
+	{
+		auto& destroyer = *new Destroyer;
+		sInstance.store(&destroyer, std::memory_order_release);
+		threads::CallAtProcessEnd([] { InstanceIfUsed()->End(); });
+		return destroyer;
+	}
+
 	void DestroyNext()
 	{
 		sOnThread = true;
@@ -118,21 +128,6 @@ private:
 
 constinit std::atomic<Destroyer*> Destroyer::sInstance{nullptr};
 thread_local bool Destroyer::sOnThread = false;
-
-// Ends the thread when the process ends or the library goes. What is handed over later, by statics that
-// live longer, is destroyed by its caller.
-struct DestroyerEnd
-{
-	~DestroyerEnd()
-	{
-		if (Destroyer* const destroyer = Destroyer::InstanceIfUsed())
-		{
-			destroyer->End();
-		}
-	}
-};
-
-DestroyerEnd sDestroyerEnd;
 
 } // namespace
 
