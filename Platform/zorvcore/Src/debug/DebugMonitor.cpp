@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <exception>
-#include <fstream>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -200,21 +199,6 @@ void SetDebugMonitorEnabled(std::string_view inName, bool inEnabled)
 	{
 		monitor->mEnabled = inEnabled;
 	}
-}
-
-bool IsDebuggerAttached()
-{
-	std::ifstream status("/proc/self/status");
-	std::string key;
-	while (status >> key)
-	{
-		if (key == "TracerPid:")
-		{
-			long tracer = 0;
-			return status >> tracer && tracer != 0;
-		}
-	}
-	return false;
 }
 
 } // namespace zorvcore::debug
