@@ -16,6 +16,7 @@ sonaro_add_test(host_core_tests OPTIMIZED
 		LoudnessMeterTest.cpp
 		Offline/DenoiseProcessorTest.cpp
 		Offline/NoisySpeech.cpp
+		PathTextTest.cpp
 		PeakLimiterTest.cpp
 		PublishedStateTest.cpp
 		Ramp/SpeedCurveTest.cpp

@@ -57,7 +57,7 @@ void RefuseOutput(std::string const& inReason)
 std::string QuotePath(std::filesystem::path const& inPath)
 {
 	std::string quoted = "'";
-	quoted += MakePrintable(inPath.string());
+	quoted += MakePrintable(GetPathText(inPath));
 	return quoted + "'";
 }
 

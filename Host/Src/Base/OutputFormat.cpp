@@ -30,7 +30,7 @@ std::optional<OutputContainer> FindContainer(std::string_view inName)
 
 std::optional<OutputContainer> FindContainerByEnding(std::filesystem::path const& inPath)
 {
-	std::string const ending = inPath.extension().string();
+	std::string const ending = GetPathText(inPath.extension());
 	return ending.empty() ? std::nullopt : FindContainer(std::string_view(ending).substr(1));
 }
 

@@ -1,8 +1,11 @@
 #include "SonaroHost/Base/PrintableText.h"
 
+#include "zorvcore/string/StringConversion.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <type_traits>
 
 namespace SonaroHost
 {
@@ -71,6 +74,20 @@ void AppendEscape(char inKind, unsigned inDigits, std::uint32_t inCode, std::str
 	}
 }
 
+// Paths of the system, whose own conversions throw where a surrogate is alone.
+template <class Text>
+std::string ToUTF8(Text const& inText)
+{
+	if constexpr (std::is_same_v<Text, std::string>)
+	{
+		return inText;
+	}
+	else
+	{
+		return zorvcore::string::UTF16to8(std::u16string(inText.begin(), inText.end()));
+	}
+}
+
 std::string Escape(std::string_view inText, bool inKeepsLines)
 {
 	std::string text;
@@ -119,6 +136,11 @@ std::string QuoteName(std::string_view inName)
 	return quoted + "\"";
 }
 
+std::string GetPathText(std::filesystem::path const& inPath)
+{
+	return ToUTF8(inPath.native());
+}
+
 std::string ToLower(std::string inText)
 {
 	std::transform(inText.begin(), inText.end(), inText.begin(),
@@ -128,7 +150,7 @@ std::string ToLower(std::string inText)
 
 std::string GetLowerEnding(std::filesystem::path const& inPath)
 {
-	return ToLower(inPath.extension().string());
+	return ToLower(GetPathText(inPath.extension()));
 }
 
 std::string_view CutText(std::string_view inText, std::size_t inLongest)

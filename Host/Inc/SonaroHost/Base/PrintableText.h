@@ -19,6 +19,10 @@ std::string MakePrintableLines(std::string_view inText);
 // A name within a message, printable and in double quotes.
 std::string QuoteName(std::string_view inName);
 
+// A path as text: its bytes as they are, or UTF-8 where the system has paths of UTF-16. Surrogates without their partner
+// become U+FFFD.
+std::string GetPathText(std::filesystem::path const& inPath);
+
 // The text with the letters A to Z in lower case.
 std::string ToLower(std::string inText);
 // The ending of a file's name in lower case, with its dot; empty for none.
