@@ -1,13 +1,13 @@
 #include "SonaroHost/Automation/AutomationParameter.h"
 
 #include "SonaroHost/Base/HostError.h"
+#include "Support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <atomic>
 #include <functional>
-#include <latch>
 #include <memory>
 #include <random>
 #include <thread>
@@ -195,13 +195,13 @@ TEST(AutomationParameter, ReadersFindWhatWasPublishedWhileAWriterEdits)
 	constexpr int kEdits = 20000;
 	auto const parameter = AutomationParameter<float>::Create(0.0f);
 	std::atomic<bool> isDone{false};
-	std::latch begin(3);
+	SN::Testing::StartLine begin(3);
 	std::array<int, 2> wrong{};
 	auto const read = [&](int& outWrong)
 	{
 		FloatCache cache;
 		float last = 0.0f;
-		begin.arrive_and_wait();
+		begin.Wait();
 		while (!isDone.load())
 		{
 			VX::Keyframe<float> keyframe;
@@ -217,7 +217,7 @@ TEST(AutomationParameter, ReadersFindWhatWasPublishedWhileAWriterEdits)
 	};
 	std::thread first(read, std::ref(wrong[0]));
 	std::thread second(read, std::ref(wrong[1]));
-	begin.arrive_and_wait();
+	begin.Wait();
 	for (int i = 1; i <= kEdits; ++i)
 	{
 		Edit(*parameter, static_cast<float>(i));

@@ -1,11 +1,12 @@
 #include "SonaroHost/Automation/PublishedState.h"
 
+#include "Support/Threads.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
 #include <atomic>
 #include <cstddef>
-#include <latch>
 #include <memory>
 #include <thread>
 
@@ -53,14 +54,14 @@ TEST(PublishedState, NoReaderSeesADeadStateAndNoneOutlivesItsReaders)
 	}
 	PublishedState<State> published(std::make_unique<State const>(0u));
 	std::atomic<bool> isDone{false};
-	std::latch begin(2);
+	SN::Testing::StartLine begin(2);
 	unsigned dead = 0;
 	unsigned backwards = 0;
 	std::thread reader(
 		[&]
 		{
 			unsigned last = 0;
-			begin.arrive_and_wait();
+			begin.Wait();
 			while (!isDone.load())
 			{
 				PublishedState<State>::Reader const state(published);
@@ -70,7 +71,7 @@ TEST(PublishedState, NoReaderSeesADeadStateAndNoneOutlivesItsReaders)
 				last = index;
 			}
 		});
-	begin.arrive_and_wait();
+	begin.Wait();
 	for (unsigned i = 1; i <= kEdits; ++i)
 	{
 		published.Replace([i](State const&) { return std::make_unique<State const>(i); });

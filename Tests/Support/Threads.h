@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -20,5 +21,26 @@ inline void RunOnThreads(unsigned inCount, std::function<void(unsigned)> const& 
 		thread.join();
 	}
 }
+
+// Lets so many threads go on once all of them have come. The latch of libstdc++ may wait for ever on Windows.
+class StartLine
+{
+public:
+	explicit StartLine(unsigned inCount)
+		: mMissing(inCount)
+	{
+	}
+	void Wait()
+	{
+		--mMissing;
+		while (mMissing.load() != 0)
+		{
+			std::this_thread::yield();
+		}
+	}
+
+private:
+	std::atomic<unsigned> mMissing;
+};
 
 } // namespace SN::Testing
