@@ -266,6 +266,10 @@ TEST_F(FarmCommand, MissingAndDamagedPiecesAreNamed)
 	std::filesystem::remove(mFolder / "pieces/4.wav");
 	std::filesystem::remove(mFolder / "pieces/5.wav");
 	ExpectRefusal(join, 1, {"pieces 2 and 4 to 5 of 5 are missing", "pieces/2.wav", "not whole"});
+	// The first page of memory is never there, and so reading this fails.
+	std::filesystem::create_symlink("/proc/self/mem", mFolder / "pieces/6.wav");
+	ExpectRefusal(join, 1, {"pieces 2 and 4 to 5 of 5 are missing", "pieces/6.wav", "cannot be read"});
+	std::filesystem::remove(mFolder / "pieces/6.wav");
 	std::filesystem::create_directory(mFolder / "more");
 	Do({"render", "--piece", "plan.json#4", "-o", "more/a.wav"});
 	Do({"render", "--piece", "plan.json#5", "-o", "more/b.wav"});

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 namespace SonaroHost::Farm
@@ -61,12 +62,16 @@ public:
 	{
 		try
 		{
-			return mValue.get<T>();
+			if (Holds<T>())
+			{
+				return mValue.get<T>();
+			}
 		}
 		catch (Json::exception const&)
 		{
-			Refuse(mPlace, "is of another kind than " + mWhat + " has there");
+			// Refused below.
 		}
+		Refuse(mPlace, "is of another kind than " + mWhat + " has there");
 	}
 	template <class T>
 	T Get(char const* inKey) const
@@ -98,6 +103,19 @@ public:
 	}
 
 private:
+	// The library would convert numbers of all kinds and sizes.
+	template <class T>
+	bool Holds() const
+	{
+		if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>)
+		{
+			return mValue.is_number_unsigned()
+					   ? std::in_range<T>(mValue.get<std::uint64_t>())
+					   : mValue.is_number_integer() && std::in_range<T>(mValue.get<std::int64_t>());
+		}
+		return true;
+	}
+
 	std::filesystem::path mFile;
 	// "a plan".
 	std::string mWhat;
