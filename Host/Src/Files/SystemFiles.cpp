@@ -65,12 +65,20 @@ std::optional<FileNumber> FindFileNumber(std::filesystem::path const& inPath)
 
 std::vector<std::string> ListNames(std::filesystem::path const& inFolder)
 {
+	std::error_code error;
+	return ListNames(inFolder, error);
+}
+
+std::vector<std::string> ListNames(std::filesystem::path const& inFolder, std::error_code& outError)
+{
 	struct Closing
 	{
 		void operator()(DIR* inOpened) const { closedir(inOpened); }
 	};
 	std::vector<std::string> names;
 	std::unique_ptr<DIR, Closing> const folder(opendir(inFolder.c_str()));
+	// Only this shows whether a list ends or breaks off.
+	errno = folder ? 0 : errno;
 	while (dirent const* const entry = folder ? readdir(folder.get()) : nullptr)
 	{
 		std::string_view const name = entry->d_name;
@@ -78,7 +86,9 @@ std::vector<std::string> ListNames(std::filesystem::path const& inFolder)
 		{
 			names.emplace_back(name);
 		}
+		errno = 0;
 	}
+	outError = std::error_code(errno, std::generic_category());
 	return names;
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace SonaroHost
@@ -31,6 +32,8 @@ std::optional<FileNumber> FindFileNumber(std::filesystem::path const& inPath);
 // The names in a folder, hidden ones too, as far as it can be read, in the order in which the system gives them. The
 // iterator of the C++ library ends the process where there is no memory for it.
 std::vector<std::string> ListNames(std::filesystem::path const& inFolder);
+// The same; outError: what kept the folder from being read to its end, nothing where it was.
+std::vector<std::string> ListNames(std::filesystem::path const& inFolder, std::error_code& outError);
 
 struct FileCloser
 {

@@ -3,6 +3,7 @@
 #include "FactsText.h"
 #include "SonaroHost/Base/HostError.h"
 #include "SonaroHost/Files/Digest.h"
+#include "SonaroHost/Files/WholeFile.h"
 #include "zorvaudiodsp/AudioBuffer.h"
 #include "zorvaudiodsp/AudioBufferShell.h"
 
@@ -154,6 +155,7 @@ std::optional<PieceFile> PieceFile::Open(std::filesystem::path const& inPath)
 	bool const isPiece = file.read(header.data(), kHeaderBytes) &&
 						 std::memcmp(header.data(), "RF64", 4) == 0 &&
 						 std::memcmp(header.data() + kHeardNamePlace, kHeardChunk, 4) == 0;
+	CheckRead(file, inPath);
 	if (!isPiece)
 	{
 		return std::nullopt;
@@ -171,6 +173,7 @@ std::optional<PieceFile> PieceFile::Open(std::filesystem::path const& inPath)
 	std::string text(static_cast<std::size_t>(size - place), ' ');
 	file.seekg(place);
 	file.read(text.data(), static_cast<std::streamsize>(text.size()));
+	CheckRead(file, inPath);
 	return PieceFile(inPath, ReadFacts(inPath, text));
 }
 

@@ -29,7 +29,13 @@ std::vector<std::filesystem::path> ListFiles(std::vector<std::filesystem::path> 
 			continue;
 		}
 		std::set<std::filesystem::path> found;
-		for (std::string const& name : ListNames(path))
+		std::error_code listError;
+		std::vector<std::string> const names = ListNames(path, listError);
+		if (listError)
+		{
+			RefuseFile(path, "cannot be searched for pieces: " + listError.message(), "make it readable");
+		}
+		for (std::string const& name : names)
 		{
 			if (std::filesystem::is_regular_file(path / name, error))
 			{
