@@ -175,12 +175,27 @@ TEST_F(FarmCommand, PiecesOfAnotherStateAreRefused)
 	EXPECT_FALSE(std::filesystem::exists(mFolder / "x.wav"));
 }
 
+// The state of a file does not show that the disk below it fails, which would make pieces silent.
+TEST_F(FarmCommand, MediaThatCannotBeReadAnyMoreAreRefused)
+{
+	Write("other.wav", "no sound");
+	ASSERT_EQ(Run({"plan", "edit.otio", "--pieces", "2", "-o", "plan.json", "--quiet"}).mExitCode, 3);
+	Json plan = Json::parse(Read("plan.json"));
+	ASSERT_EQ(plan["programme"]["missingClips"], 2);
+	plan["programme"]["missingClips"] = 0;
+	Write("plan.json", plan.dump());
+	ExpectRefusal({"render", "--piece", "plan.json#1", "-o", "x.wav"}, 1,
+		{"other.wav", "cannot be read", "plan the render again"});
+}
+
 // Whatever is changed in a plan by hand, no piece of it is rendered.
 TEST_F(FarmCommand, NumbersThatAreNotThoseOfTheTimelineAreRefused)
 {
 	Plan(3);
 	Json const plan = Json::parse(Read("plan.json"));
 	std::pair<char const*, Json> const cases[] = {
+		{"/version", 4.4e127},
+		{"/programme/missingEffects", -1},
 		{"/programme/rate", 0},
 		{"/programme/rate", 32000},
 		{"/programme/rate", std::int64_t{1} << 40},

@@ -37,6 +37,8 @@ struct FarmPlan
 	FileFingerprint mTimeline;
 	// Media in the order in which the timeline's clips name them, those that are not there too.
 	std::vector<FileFingerprint> mMedia;
+	// How many clips of the timeline are silent, since their media are missing or cannot be read.
+	std::size_t mMissingClips = 0;
 	// How many effects of the timeline are not heard, since there are no plugins for them.
 	std::size_t mMissingEffects = 0;
 	Options mOptions;

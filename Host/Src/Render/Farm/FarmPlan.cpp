@@ -142,6 +142,7 @@ FarmPlan ReadPlan(JsonField const& inField)
 	plan.mBlockFrames = static_cast<unsigned>(programme.GetWhole("block", 1, kMaxBlockFrames));
 	plan.mHasTracks = programme.Get<bool>("tracks");
 	plan.mRange = ReadRange(programme);
+	plan.mMissingClips = programme.Get<std::size_t>("missingClips");
 	plan.mMissingEffects = programme.Get<std::size_t>("missingEffects");
 	plan.mWhyWhole = programme.Get<std::string>("whole");
 	JsonField const media = inField.At("media");
@@ -165,7 +166,7 @@ std::string ToText(FarmPlan const& inPlan)
 	}
 	Json programme = Describe(inPlan.mRange);
 	programme.update(Json{{"rate", inPlan.mSampleRate}, {"channels", inPlan.mChannels},
-		{"block", inPlan.mBlockFrames}, {"tracks", inPlan.mHasTracks},
+		{"block", inPlan.mBlockFrames}, {"tracks", inPlan.mHasTracks}, {"missingClips", inPlan.mMissingClips},
 		{"missingEffects", inPlan.mMissingEffects}, {"whole", inPlan.mWhyWhole}});
 	json["programme"] = std::move(programme);
 	json["pieces"] = ListPieces(inPlan);

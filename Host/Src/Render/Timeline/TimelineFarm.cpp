@@ -113,6 +113,21 @@ void CheckProgramme(
 	}
 }
 
+// That clips are heard which were heard when the render was planned. Media that cannot be read, as of a disk that fails, may
+// have the state that they had.
+void CheckMissing(FarmPlan const& inPlan, TimelineRenderJob const& inJob)
+{
+	std::vector<MissingMedia> const& missing = inJob.GetSequence().mMissing;
+	if (missing.size() > inPlan.mMissingClips)
+	{
+		RefuseFile(missing.front().mPath,
+			"is missing or cannot be read, as media of " + std::to_string(missing.size()) +
+				" clips; when the render was planned, it was " + std::to_string(inPlan.mMissingClips) + ": " +
+				missing.front().mReason,
+			kPlanAgain);
+	}
+}
+
 [[noreturn]] void RefuseChange(FileFingerprint const& inBefore, FileFingerprint const& inNow)
 {
 	std::string const path = QuotePath(inBefore.mPath);
@@ -164,6 +179,7 @@ FarmPlan PlanFarm(
 	plan.mInput = inRender.mInput.string();
 	plan.mTimeline = TakeTimelineFingerprint(inRender.mInput);
 	Programme const programme = inJob.OpenProgramme();
+	plan.mMissingClips = inJob.GetSequence().mMissing.size();
 	plan.mMissingEffects = ListMissingEffects(inJob.GetNotes()).size();
 	plan.mMedia = ListMediaStates(inJob, inRender.mOptions);
 	plan.mSampleRate = programme.mSampleRate;
@@ -209,6 +225,7 @@ void CheckPlan(FarmPlan const& inPlan, TimelineRenderRequest const& inRender, Ti
 			hasEffects ? "give the same --media as the plan, or plan again"
 					   : "install the plugins that the plan found, or plan again");
 	}
+	CheckMissing(inPlan, inJob);
 	CheckProgramme(inPlan, inRender, inJob);
 }
 
