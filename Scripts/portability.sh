@@ -13,7 +13,8 @@ mkdir -p "$work"
 suite=$(. /etc/os-release && echo "${VERSION_CODENAME:-bookworm}")
 mirror=http://deb.debian.org/debian
 
-companionTests=(zorvcore_tests zorvmediatypes_tests zorvaccelerate_tests zorvaudiodsp_tests vexilon_tests)
+libraryTests=(zorvcore_tests zorvmediatypes_tests zorvaccelerate_tests zorvaudiodsp_tests vexilon_tests
+	engine_tests resampler_tests)
 
 systems=0 tests=0 failures=0 equal=0 different=0
 fail() {
@@ -116,8 +117,8 @@ run_variants() {
 run_clang() {
 	install clang lld || return 1
 	configure clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld -DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld &&
-		build clang digest "${companionTests[@]}" engine_tests || return 1
-	run_tests clang "" "${companionTests[@]}" engine_tests
+		build clang digest "${libraryTests[@]}" || return 1
+	run_tests clang "" "${libraryTests[@]}"
 	compare clang "$work/clang/Tests/Digest/digest"
 }
 
@@ -135,8 +136,8 @@ run_libcxx() {
 	configure libcxx --toolchain cmake/toolchains/x86_64-linux-libc++.cmake -DSONARO_LIBCXX="$work/libc++/usr/lib/llvm-22" \
 		-DSONARO_HOST_FILES=OFF -DSONARO_GOOGLETEST_SOURCE=/usr/src/googletest -DSONARO_WARNINGS_AS_ERRORS=OFF \
 		-DSONARO_PRECOMPILE=none &&
-		build libcxx digest "${companionTests[@]}" engine_tests host_core_tests || return 1
-	run_tests libcxx "" "${companionTests[@]}" engine_tests host_core_tests
+		build libcxx digest "${libraryTests[@]}" host_core_tests || return 1
+	run_tests libcxx "" "${libraryTests[@]}" host_core_tests
 	compare libcxx "$work/libcxx/Tests/Digest/digest"
 }
 
@@ -150,10 +151,10 @@ run_aarch64() {
 	fi
 	configure aarch64 --toolchain cmake/toolchains/aarch64-linux.cmake -DSONARO_TARGET_TREE="$tree" \
 		-DSONARO_HOST_FILES=OFF -DSONARO_PRECOMPILE=none &&
-		build aarch64 digest "${companionTests[@]}" engine_tests host_core_tests || return 1
+		build aarch64 digest "${libraryTests[@]}" host_core_tests || return 1
 	# Tests of how a process dies run their program again, which the system cannot without an emulator.
 	export GTEST_FILTER=-*DeathTest*
-	run_tests aarch64 "qemu-aarch64 -L $tree" "${companionTests[@]}" engine_tests host_core_tests
+	run_tests aarch64 "qemu-aarch64 -L $tree" "${libraryTests[@]}" host_core_tests
 	unset GTEST_FILTER
 	compare aarch64 qemu-aarch64 -L "$tree" "$work/aarch64/Tests/Digest/digest"
 }
@@ -162,7 +163,7 @@ run_windows() {
 	install g++-mingw-w64-x86-64-posix wine64 wine && make_headers || return 1
 	configure windows --toolchain cmake/toolchains/x86_64-windows.cmake -DSONARO_TARGET_TREE="$work/headers" \
 		-DSONARO_HOST_FILES=OFF -DSONARO_GOOGLETEST_SOURCE=/usr/src/googletest -DSONARO_PRECOMPILE=none &&
-		build windows digest "${companionTests[@]}" engine_tests host_core_tests || return 1
+		build windows digest "${libraryTests[@]}" host_core_tests || return 1
 	local wine
 	wine=$(command -v wine64 || command -v wine || echo /usr/lib/wine/wine64)
 	# The debugger, which tests of how a process dies would start, takes minutes.
@@ -171,7 +172,7 @@ run_windows() {
 	local libraries
 	libraries="$(dirname "$(x86_64-w64-mingw32-g++-posix -print-file-name=libstdc++-6.dll)");/usr/x86_64-w64-mingw32/lib"
 	export WINEPATH=$libraries
-	run_tests windows "$wine" "${companionTests[@]}" engine_tests host_core_tests
+	run_tests windows "$wine" "${libraryTests[@]}" host_core_tests
 	compare windows "$wine" "$work/windows/bin/digest.exe"
 }
 
