@@ -239,7 +239,7 @@ TEST_F(AllocationFaultsTest, JoiningPiecesWritesAllOrNothing)
 	request.mBlockFrames = 256;
 	FarmPlan const plan = Otio::PlanFarm(Otio::TimelineRenderJob(request), request, {2, false, "sonaro", {}});
 	ASSERT_EQ(plan.mPieces.size(), 2u);
-	for (std::size_t number : {1, 2})
+	for (std::size_t const number : {std::size_t(1), std::size_t(2)})
 	{
 		Otio::TimelineRenderRequest piece = request;
 		piece.mOutput = mFolder / (std::to_string(number) + ".piece");
