@@ -119,7 +119,7 @@ MovieInput::MovieInput(std::filesystem::path const& inPath, MovieEdits inEdits)
 						: nullptr);
 	if (!mBytes)
 	{
-		Libav().av_freep(&buffer);
+		Libav().av_freep(static_cast<void*>(&buffer));
 		throw std::bad_alloc();
 	}
 	Open(inPath, Recognise(inPath));
