@@ -59,7 +59,8 @@ public:
 	}
 
 private:
-	// The distributions of the standard library differ from one to the next.
+	// The distributions of the standard library differ from one to the next. So do compilers in which argument or
+	// operand they evaluate first: each statement draws from one stream once, or in an order that the language sets.
 	std::int64_t Below(std::int64_t inEnd)
 	{
 		return static_cast<std::int64_t>(mRandom() % static_cast<std::uint64_t>(inEnd));
@@ -296,9 +297,11 @@ private:
 		{
 			SN::TickTime const time =
 				ToTime(frame) + SN::TickTime::FromTicks(mFrameRate.GetTicksPerFrame() / 3);
-			Fade const fade{ToTime(below(2) * below(500)), static_cast<FadeShape>(below(3))};
+			std::int64_t const length = below(500);
+			Fade const fade{ToTime(below(2) * length), static_cast<FadeShape>(below(3))};
 			multicam.mCuts.push_back({time, static_cast<std::size_t>(below(count)), fade});
-			frame += below(4) * below(mFrames / 6);
+			std::int64_t const step = below(mFrames / 6);
+			frame += below(4) * step;
 		}
 		ioItem.mContent = std::move(multicam);
 	}
@@ -313,7 +316,8 @@ private:
 		{
 			return;
 		}
-		ioItem.mOffset = Ratio(below(9) - 4, 1 + below(4));
+		std::int64_t const divisor = 1 + below(4);
+		ioItem.mOffset = Ratio(below(9) - 4, divisor);
 		ioItem.mResampling = below(3) == 0 ? Resampling::kDraft : Resampling::kExact;
 		ioItem.mSpeed = below(3) == 0 ? kSpeeds[below(8)] : ioItem.mSpeed;
 		if (below(4) != 0)
