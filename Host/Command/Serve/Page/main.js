@@ -335,8 +335,11 @@ function drawAll() {
 			view.follow(position);
 		}
 		const time = timeline.format(position);
-		find("time").textContent = time;
-		find("comment-time").textContent = time;
+		// A text that is set again is laid out again.
+		if (find("time").textContent !== time) {
+			find("time").textContent = time;
+			find("comment-time").textContent = time;
+		}
 		view.draw(position);
 	}
 	requestAnimationFrame(drawAll);
