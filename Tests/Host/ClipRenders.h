@@ -41,7 +41,8 @@ protected:
 	Sound RenderInBlocks(ClipRenderRequest inRequest) const
 	{
 		Sound const whole = Render(inRequest);
-		for (unsigned const block : {SN::Testing::kSmallestBlock, 7u, 256u, 1000u, kMaxBlockFrames})
+		for (unsigned const block :
+			{SN::Testing::kSmallestBlock, SN::Testing::kSmallBlock, 256u, 1000u, kMaxBlockFrames})
 		{
 			inRequest.mBlockFrames = block;
 			EXPECT_TRUE(SameBits(Render(inRequest), whole)) << "blocks of " << block;

@@ -16,7 +16,8 @@ constexpr unsigned GetNumTrials(unsigned inCount)
 #endif
 }
 
-// The smallest block that whole renders are cut into: one frame, or a few under sanitizers, where a pull is dear.
-constexpr unsigned kSmallestBlock = GetNumTrials(2) == 2 ? 1 : 5;
+// The smallest blocks that whole renders are cut into: a frame and a few, or more under sanitizers, where a pull is dear.
+constexpr unsigned kSmallestBlock = GetNumTrials(2) == 2 ? 1 : 29;
+constexpr unsigned kSmallBlock = GetNumTrials(2) == 2 ? 7 : 61;
 
 } // namespace SN::Testing

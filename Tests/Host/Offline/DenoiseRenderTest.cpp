@@ -77,15 +77,16 @@ TEST_F(DenoiseRenderTest, AnyBlocksThreadsAndRangesGiveTheSameBits)
 		int mFormat;
 		int mChannels;
 	};
+	constexpr std::int64_t kFrames = 150000;
 	// Files that can be entered anywhere, and one that cannot.
 	Case const cases[] = {{"wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, 6},
 		{"flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 1}, {"vorbis", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 2}};
 	for (Case const& test : cases)
 	{
 		SCOPED_TRACE(test.mName);
-		WriteSound(mFolder / "in.wav", test.mFormat, MakeSound(test.mChannels, 48000, 300000));
+		WriteSound(mFolder / "in.wav", test.mFormat, MakeSound(test.mChannels, 48000, kFrames));
 		ClipRenderRequest request = MakeRequest();
-		request.mNoiseReduction->mLearn = {TimePosition::FromSamples(5000), TimePosition::FromSamples(90000)};
+		request.mNoiseReduction->mLearn = {TimePosition::FromSamples(5000), TimePosition::FromSamples(60000)};
 		Sound const whole = Render(request);
 		request.mBlockFrames = 1000;
 		request.mJobs = 3;
@@ -93,8 +94,8 @@ TEST_F(DenoiseRenderTest, AnyBlocksThreadsAndRangesGiveTheSameBits)
 		request.mDirection = RenderDirection::kReverse;
 		EXPECT_TRUE(SameBits(Render(request).Reversed(), whole));
 		request.mDirection = RenderDirection::kForward;
-		request.mInputs[0].mStart = TimePosition::FromSamples(123456);
-		EXPECT_TRUE(SameBits(Render(request), whole.Cut(123456, 300000 - 123456)));
+		request.mInputs[0].mStart = TimePosition::FromSamples(83456);
+		EXPECT_TRUE(SameBits(Render(request), whole.Cut(83456, kFrames - 83456)));
 	}
 }
 
