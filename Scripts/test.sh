@@ -6,6 +6,9 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 Scripts/setup.sh test
 
+# ccache goes by what compilers say that they have read, and does not preprocess each source first.
+export CCACHE_DEPEND=1
+
 presets=("$@")
 [ ${#presets[@]} -gt 0 ] || presets=(asan tsan release)
 mkdir -p build

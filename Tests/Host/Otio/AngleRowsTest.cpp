@@ -268,7 +268,7 @@ Model::Angles FindInRows(std::vector<AngleRow> const& inRows, std::int64_t inFra
 
 TEST(AngleRows, AreWhatIsHeardAtEachSample)
 {
-	constexpr unsigned kTimelines = SN::Testing::GetNumTrials(300);
+	constexpr unsigned kTimelines = SN::Testing::GetNumTrials(200);
 	std::size_t compared = 0;
 	std::size_t nested = 0;
 	for (unsigned seed = 1; seed <= kTimelines; ++seed)

@@ -578,7 +578,7 @@ unsigned GetSetting(char const* inName, unsigned inDefault)
 // SONARO_SEQUENCE_SEEDS of them from SONARO_FIRST_SEED on, each in every way, where these are set.
 TEST(RandomSequence, PlaysAsDescribedInEveryWay)
 {
-	unsigned const seeds = GetSetting("SONARO_SEQUENCE_SEEDS", SN::Testing::GetNumTrials(120));
+	unsigned const seeds = GetSetting("SONARO_SEQUENCE_SEEDS", SN::Testing::GetNumTrials(96));
 	unsigned const first = GetSetting("SONARO_FIRST_SEED", 1);
 	bool const triesAll = std::getenv("SONARO_SEQUENCE_SEEDS") != nullptr;
 	for (unsigned seed = first; seed < first + seeds; ++seed)
