@@ -8,6 +8,8 @@ set(SONARO_CLANG clang++-22 CACHE STRING "The compiler, of the same version")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES SONARO_LIBCXX SONARO_CLANG)
 
 set(CMAKE_CXX_COMPILER ${SONARO_CLANG})
+# The sources of GoogleTest ask for a compiler of C too, which is linked with the same options.
+string(REPLACE "clang++" "clang" CMAKE_C_COMPILER "${SONARO_CLANG}")
 # Boost still names what the standard has removed since.
 set(CMAKE_CXX_FLAGS_INIT
 	"-nostdinc++ -isystem ${SONARO_LIBCXX}/include/c++/v1 -D_LIBCPP_ENABLE_CXX17_REMOVED_UNARY_BINARY_FUNCTION")
