@@ -3,7 +3,8 @@
 # build by g++ for this machine. Missing packages are installed with apt-get, as root; none is removed for them.
 # Usage: portability.sh [variants | clang | libc++ | aarch64 | windows ...]    all of them by default
 #
-# SONARO_JOBS: how many compilers run at a time; as many as there are processors by default.
+# SONARO_JOBS: how many compilers, and processes of one test program, run at a time; as many as there are processors by
+# default.
 # SONARO_PORTABILITY: the folder for builds and libraries, build/portability by default.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -61,20 +62,39 @@ build() {
 		{ grep -E "error|FAILED" "$work/$name.log" | tail -n 20 >&2; return 1; }
 }
 
-# run_tests name emulator test ...: each program by itself, counted by what it says.
+# run_shard name test emulator index: one of as many shares of a program's tests as there are jobs.
+run_shard() {
+	local program
+	program=$(find "$work/$1" \( -name "$2" -o -name "$2.exe" \) -type f | head -n 1)
+	[ -n "$program" ] && cd "$(dirname "$program")" || return 1
+	# shellcheck disable=SC2086 # The emulator and its options are several words.
+	GTEST_TOTAL_SHARDS=$jobs GTEST_SHARD_INDEX=$4 timeout 3600 $3 "$program" --gtest_brief=1
+}
+
+# count pattern file: the number that the pattern's last match has.
+count() {
+	sed -n "s/$1/\1/p" "$2" | tail -n 1 | grep . || echo 0
+}
+
+# run_tests name emulator test ...: each program by itself, in several processes, counted by what they say.
 run_tests() {
-	local name=$1 emulator=$2 passed=0 failed=0 program log
+	local name=$1 emulator=$2 passed=0 failed=0 test index log processes
 	shift 2
 	for test in "$@"; do
-		program=$(find "$work/$name" \( -name "$test" -o -name "$test.exe" \) -type f | head -n 1)
-		log=$work/$name.$test.log
-		# shellcheck disable=SC2086 # The emulator and its options are several words.
-		if [ -z "$program" ] || ! (cd "$(dirname "$program")" && timeout 3600 $emulator "$program" --gtest_brief=1) > "$log" 2>&1; then
-			fail "$name: $test failed, see $log"
-			grep -aE "^\[  FAILED  \]" "$log" | sed 's/\r//' | sort -u | head -n 20 >&2
-		fi
-		passed=$((passed + $(sed -n 's/^\[  PASSED  \] \([0-9]*\) test.*/\1/p' "$log" | tail -n 1 | grep . || echo 0)))
-		failed=$((failed + $(sed -n 's/^ *\([0-9]*\) FAILED TEST.*/\1/p' "$log" | tail -n 1 | grep . || echo 0)))
+		processes=()
+		for ((index = 0; index < jobs; index++)); do
+			run_shard "$name" "$test" "$emulator" "$index" > "$work/$name.$test.$index.log" 2>&1 &
+			processes+=($!)
+		done
+		for ((index = 0; index < jobs; index++)); do
+			log=$work/$name.$test.$index.log
+			if ! wait "${processes[index]}"; then
+				fail "$name: $test failed, see $log"
+				grep -aE "^\[  FAILED  \]" "$log" | sed 's/\r//' | sort -u | head -n 20 >&2
+			fi
+			passed=$((passed + $(count '^\[  PASSED  \] \([0-9]*\) test.*' "$log")))
+			failed=$((failed + $(count '^ *\([0-9]*\) FAILED TEST.*' "$log")))
+		done
 	done
 	tests=$((tests + passed))
 	echo "$name: $passed tests passed, $failed failed"
