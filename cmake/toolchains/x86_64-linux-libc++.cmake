@@ -13,6 +13,8 @@ string(REPLACE "clang++" "clang" CMAKE_C_COMPILER "${SONARO_CLANG}")
 # Boost still names what the standard has removed since.
 set(CMAKE_CXX_FLAGS_INIT
 	"-nostdinc++ -isystem ${SONARO_LIBCXX}/include/c++/v1 -D_LIBCPP_ENABLE_CXX17_REMOVED_UNARY_BINARY_FUNCTION")
-set(linkFlags "-nostdlib++ -L${SONARO_LIBCXX}/lib -Wl,-rpath,${SONARO_LIBCXX}/lib -lc++ -lc++abi")
+set(linkFlags "-nostdlib++ -L${SONARO_LIBCXX}/lib -Wl,-rpath,${SONARO_LIBCXX}/lib")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${linkFlags}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${linkFlags}")
+# After all others, since these may be archives.
+set(CMAKE_CXX_STANDARD_LIBRARIES_INIT "-lc++ -lc++abi")
