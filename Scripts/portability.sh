@@ -169,8 +169,9 @@ run_aarch64() {
 			--include=libc6-dev,libstdc++-12-dev,libboost-dev,libxxhash-dev,libgtest-dev,libgmock-dev \
 			"$suite" "$tree.part" $mirror && mv "$tree.part" "$tree" || return 1
 	fi
+	# Emulation is as slow as sanitizers are.
 	configure aarch64 --toolchain cmake/toolchains/aarch64-linux.cmake -DSONARO_TARGET_TREE="$tree" \
-		-DSONARO_HOST_FILES=OFF -DSONARO_PRECOMPILE=none &&
+		-DSONARO_HOST_FILES=OFF -DSONARO_PRECOMPILE=none -DSONARO_FEWER_TRIALS=8 &&
 		build aarch64 digest "${libraryTests[@]}" host_core_tests || return 1
 	# Tests of how a process dies run their program again, which the system cannot without an emulator.
 	export GTEST_FILTER=-*DeathTest*
