@@ -8,12 +8,17 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 namespace SonaroHost::Testing::OutputFileTest
 {
 
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
@@ -131,6 +136,23 @@ TEST(OutputFileTest, GoesWhereLinksLeadAndTakesTheLongestNames)
 	EXPECT_TRUE(std::filesystem::exists(folder / longest));
 	std::filesystem::create_symlink("loop", folder / "loop");
 	EXPECT_THROW(OutputFile(folder / "loop"), HostError);
+}
+
+TEST(OutputFileTest, LeavesNothingWhereItMayNotOpenAllFilesThatItNeeds)
+{
+	TemporaryFolder const folder;
+	rlimit before{};
+	ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+	int const free = dup(STDOUT_FILENO);
+	ASSERT_GE(free, 0);
+	close(free);
+	rlimit const one{static_cast<rlim_t>(free) + 1, before.rlim_max};
+	ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &one), 0);
+	std::string const refusal =
+		GetRefusalOf([&] { OutputFile(folder / "mix.wav"); }, HostError::Kind::kOutput);
+	setrlimit(RLIMIT_NOFILE, &before);
+	EXPECT_THAT(refusal, AllOf(HasSubstr("mix.wav"), HasSubstr("Too many open files")));
+	EXPECT_THAT(folder.List(), IsEmpty());
 }
 
 // The first bytes of a process's memory are a file that is there and cannot be read.

@@ -118,7 +118,16 @@ FileHandle FileMark::Make(std::filesystem::path const& inPath)
 	}
 	// The mark belongs to both descriptors, and so outlives the handle.
 	mDescriptor = fcntl(made, F_DUPFD_CLOEXEC, 0);
-	return Open(made);
+	FileHandle file(mDescriptor < 0 ? nullptr : fdopen(made, "w+b"));
+	if (!file)
+	{
+		int const error = errno;
+		unlink(inPath.c_str());
+		close(made);
+		Release();
+		errno = error;
+	}
+	return file;
 }
 
 void FileMark::Release()
