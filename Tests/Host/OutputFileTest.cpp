@@ -155,6 +155,23 @@ TEST(OutputFileTest, LeavesNothingWhereItMayNotOpenAllFilesThatItNeeds)
 	EXPECT_THAT(folder.List(), IsEmpty());
 }
 
+TEST(OutputFileTest, NoticesThatItWasShortened)
+{
+	TemporaryFolder const folder;
+	WriteBytes(folder / "mix.wav", "old");
+	{
+		OutputFile file(folder / "mix.wav");
+		Write(file, "0123456789");
+		file.Seek(0, SEEK_SET);
+		std::filesystem::resize_file(folder / folder.List().front(), 5);
+		Write(file, "abc");
+		std::string const refusal = GetRefusalOf([&file] { file.Commit(); }, HostError::Kind::kOutput);
+		EXPECT_THAT(refusal, AllOf(HasSubstr("mix.wav"), HasSubstr("shortened")));
+	}
+	EXPECT_THAT(folder.List(), ElementsAre("mix.wav"));
+	EXPECT_EQ(ReadBytes(folder / "mix.wav"), "old");
+}
+
 // The first bytes of a process's memory are a file that is there and cannot be read.
 TEST(WholeFile, AReadThatFailsIsNotTheEnd)
 {

@@ -6,6 +6,7 @@
 #include "SonaroHost/Files/StandardStreams.h"
 #include "SystemFiles.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <random>
 #include <string>
@@ -143,6 +144,7 @@ std::int64_t OutputFile::Write(void const* inBytes, std::int64_t inCount)
 	errno = 0;
 	std::size_t const count = std::fwrite(inBytes, 1, static_cast<std::size_t>(inCount), mFile.get());
 	NoteFailure(static_cast<std::int64_t>(count) != inCount);
+	mWrittenEnd = std::max(mWrittenEnd, Tell());
 	return static_cast<std::int64_t>(count);
 }
 
@@ -189,6 +191,7 @@ void OutputFile::Close()
 	errno = 0;
 	NoteFailure(std::fflush(mFile.get()) != 0);
 	CheckWritten();
+	CheckLength();
 	if (IsStandardStream(mPath))
 	{
 		return;
@@ -196,6 +199,15 @@ void OutputFile::Close()
 	errno = 0;
 	NoteFailure(std::fclose(mFile.release()) != 0);
 	CheckWritten();
+}
+
+void OutputFile::CheckLength()
+{
+	if (GetFileLength(mFile.get()) < mWrittenEnd)
+	{
+		RefuseWriting(
+			mPath, "another program has shortened it while it was being written; run the command again");
+	}
 }
 
 void OutputFile::Commit(bool inReplaces)

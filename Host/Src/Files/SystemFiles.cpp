@@ -206,6 +206,12 @@ bool CopyRest(std::FILE* ioFrom, std::FILE* outTo)
 	return true;
 }
 
+std::int64_t GetFileLength(std::FILE* inFile)
+{
+	struct stat status = {};
+	return fstat(fileno(inFile), &status) == 0 ? static_cast<std::int64_t>(status.st_size) : -1;
+}
+
 std::filesystem::path GetPathOfOpenFile(std::FILE* inFile)
 {
 	return "/proc/self/fd/" + std::to_string(fileno(inFile));

@@ -76,6 +76,9 @@ std::uint64_t GetAddressRoom();
 // reading did, the file itself says.
 bool CopyRest(std::FILE* ioFrom, std::FILE* outTo);
 
+// In bytes, without what has not been flushed; -1 where it cannot be found out.
+std::int64_t GetFileLength(std::FILE* inFile);
+
 // The file by which it can be opened again, as often as needed, as long as it is open.
 std::filesystem::path GetPathOfOpenFile(std::FILE* inFile);
 

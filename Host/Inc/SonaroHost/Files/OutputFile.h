@@ -62,6 +62,8 @@ private:
 	// Returns its path.
 	std::filesystem::path MakeTemporary();
 	void CopyToStandardOutput();
+	// Nobody else may have shortened it.
+	void CheckLength();
 	[[noreturn]] void ThrowFailure(int inError) const;
 	void NoteFailure(bool inFailed);
 
@@ -71,6 +73,8 @@ private:
 	// None for the standard output.
 	std::optional<Temporary> mTemporary;
 	std::unique_ptr<std::FILE, Closer> mFile;
+	// How far it has been written, in bytes from its start.
+	std::int64_t mWrittenEnd = 0;
 	// The system's number of the first error.
 	int mError = 0;
 };
