@@ -165,7 +165,8 @@ std::string TimelineRender::DescribeReport(TimelineRenderJob const& inJob, std::
 		request.mText = asked.mText;
 		request.mMediaFolders = asked.mMediaFolders;
 		request.mOptions = asked.mOptions;
-		Page::AddTimelineWaveform(std::move(request), mShared.mIsQuiet, pictures);
+		Page::AddTimelineWaveform(
+			std::move(request), inJob.GetSequence().mMissing, mShared.mIsQuiet, pictures);
 	}
 	return Page::MakeReportPage(report, pictures);
 }

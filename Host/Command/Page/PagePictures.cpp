@@ -9,6 +9,7 @@
 #include "Terminal/Console.h"
 #include "Terminal/RunJob.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <random>
@@ -77,9 +78,29 @@ std::string AddBands(std::string inText, Summary const& inSummary)
 	return inText;
 }
 
-// Runs a job that draws into a file. inRequest: without the file.
+bool IsIn(std::vector<Otio::MissingMedia> const& inList, Otio::MissingMedia const& inMedia)
+{
+	return std::any_of(inList.begin(), inList.end(),
+		[&inMedia](Otio::MissingMedia const& inOther)
+		{ return inOther.mTrack == inMedia.mTrack && inOther.mPlace == inMedia.mPlace; });
+}
+
+// Refuses to draw as missing what was heard.
+void CheckMissing(Otio::TimelineSequence const& inDrawn, std::vector<Otio::MissingMedia> const& inMissing)
+{
+	for (Otio::MissingMedia const& media : inDrawn.mMissing)
+	{
+		if (!IsIn(inMissing, media))
+		{
+			throw HostError(HostError::Kind::kInput, QuotePath(media.mPath) + ": " + media.mReason);
+		}
+	}
+}
+
+// Runs a job that draws into a file. inRequest: without the file. inMissing: media that were missing already.
 template <class Job, class Request>
-void AddWaveform(Request inRequest, std::string const& inText, bool inIsQuiet, ReportPictures& ioPictures)
+void AddWaveform(Request inRequest, std::string const& inText, bool inIsQuiet, ReportPictures& ioPictures,
+	std::vector<Otio::MissingMedia> const& inMissing = {})
 {
 	try
 	{
@@ -91,8 +112,9 @@ void AddWaveform(Request inRequest, std::string const& inText, bool inIsQuiet, R
 		std::filesystem::path const path = inRequest.mOutput;
 		Job job(std::move(inRequest));
 		int rate = 0;
-		if constexpr (requires { job.GetSampleRate(); })
+		if constexpr (requires { job.GetSequence(); })
 		{
+			CheckMissing(job.GetSequence(), inMissing);
 			rate = job.GetSampleRate();
 		}
 		else
@@ -190,10 +212,11 @@ void AddFileWaveform(std::string const& inPath, bool inIsQuiet, ReportPictures& 
 		std::move(request), "Waveform of " + inPath + ", a band for each channel", inIsQuiet, ioPictures);
 }
 
-void AddTimelineWaveform(TimelineWaveformRequest inRequest, bool inIsQuiet, ReportPictures& ioPictures)
+void AddTimelineWaveform(TimelineWaveformRequest inRequest, std::vector<Otio::MissingMedia> const& inMissing,
+	bool inIsQuiet, ReportPictures& ioPictures)
 {
 	AddWaveform<TimelineWaveformJob>(
-		std::move(inRequest), "Waveform of the whole timeline", inIsQuiet, ioPictures);
+		std::move(inRequest), "Waveform of the whole timeline", inIsQuiet, ioPictures, inMissing);
 }
 
 } // namespace SonaroCommand::Page

@@ -21,8 +21,8 @@ ReportPictures MakePictures(CLI::App const& inParser, std::optional<double> cons
 // These add a waveform: of a sound file that was written, or of a whole timeline, which is rendered once more. Where
 // there can be none, the reason takes its place. They end the process when it is asked to end.
 void AddFileWaveform(std::string const& inPath, bool inIsQuiet, ReportPictures& ioPictures);
-// inRequest: without an output.
-void AddTimelineWaveform(
-	SonaroHost::TimelineWaveformRequest inRequest, bool inIsQuiet, ReportPictures& ioPictures);
+// inRequest: without an output. inMissing: media that were missing when the timeline was rendered.
+void AddTimelineWaveform(SonaroHost::TimelineWaveformRequest inRequest,
+	std::vector<SonaroHost::Otio::MissingMedia> const& inMissing, bool inIsQuiet, ReportPictures& ioPictures);
 
 } // namespace SonaroCommand::Page
