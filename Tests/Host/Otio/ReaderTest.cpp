@@ -215,7 +215,7 @@ TEST(OtioReader, NoJsonIsRefusedWithLineAndColumn)
 		{"\x7f", "'edit.otio': is not an OpenTimelineIO file"},
 		{"{\n\t\"a\": }", "'edit.otio', line 2, column 7: syntax error"},
 		{"{} {}", "line 1, column 4: syntax error"},
-		{"{\"a\": 1e999}", "line 1, column 11: number overflow"},
+		{"{\"a\": 1e999}", "line 1, column 11: number overflow: numbers go up to"},
 		{"{\"a\": \"\xff\"}", "line 1, column 8: syntax error"},
 		{"{\"a\": NaNny}",
 			"line 1, column 11: syntax error while parsing object - invalid literal; expected"},

@@ -243,6 +243,11 @@ bool JsonTreeBuilder::parse_error(
 		}
 	}
 	mError = reason;
+	// The number itself can be as long as the file.
+	if (mError.starts_with("number overflow"))
+	{
+		mError = "number overflow: numbers go up to 1.8e308";
+	}
 	// What was read last can be as long as the file, and hold a stand-in for a literal.
 	if (std::size_t const token = mError.find("; last read: "); token != std::string::npos)
 	{
