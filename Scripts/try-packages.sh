@@ -57,6 +57,23 @@ gunzip -c /usr/share/man/man1/sonaro.1.gz | grep -q '^\.TH SONARO'
 bash -n /usr/share/bash-completion/completions/sonaro
 ok "man page and completions"
 
+python3 - <<'PYTHON'
+import glob
+import os
+import re
+import sys
+
+lost = []
+for page in glob.glob("/usr/share/doc/sonaro/**/*.md", recursive=True):
+    with open(page, encoding="utf-8") as file:
+        links = re.findall(r"\]\(([^)#\s]+)(?:#[^)]*)?\)", file.read())
+    lost += [f"{page}: {link}" for link in links
+             if "://" not in link and not os.path.exists(os.path.join(os.path.dirname(page), link))]
+if lost:
+    sys.exit("There is no file for these links:\n" + "\n".join(lost))
+PYTHON
+ok "links between the documents that are installed lead to files"
+
 # The README's example, as it stands there: the blocks after the words "CMakeLists.txt" and "main.cpp".
 mkdir first
 for file in CMakeLists.txt main.cpp; do
