@@ -203,7 +203,9 @@ void OutputFile::Close()
 
 void OutputFile::CheckLength()
 {
-	if (GetFileLength(mFile.get()) < mWrittenEnd)
+	// Some file systems do not know the length of a file without a name.
+	std::int64_t const length = GetFileLength(mFile.get());
+	if (length >= 0 && length < mWrittenEnd)
 	{
 		RefuseWriting(
 			mPath, "another program has shortened it while it was being written; run the command again");
