@@ -138,6 +138,8 @@ TEST(OutputFileTest, GoesWhereLinksLeadAndTakesTheLongestNames)
 	EXPECT_THROW(OutputFile(folder / "loop"), HostError);
 }
 
+// The sanitizer of undefined behaviour reads memory through pipes, for which there are no descriptors left.
+#ifndef SONARO_SANITIZES_UNDEFINED
 TEST(OutputFileTest, LeavesNothingWhereItMayNotOpenAllFilesThatItNeeds)
 {
 	TemporaryFolder const folder;
@@ -154,6 +156,7 @@ TEST(OutputFileTest, LeavesNothingWhereItMayNotOpenAllFilesThatItNeeds)
 	EXPECT_THAT(refusal, AllOf(HasSubstr("mix.wav"), HasSubstr("Too many open files")));
 	EXPECT_THAT(folder.List(), IsEmpty());
 }
+#endif
 
 TEST(OutputFileTest, NoticesThatItWasShortened)
 {
