@@ -5,8 +5,8 @@
 namespace SN::Testing
 {
 
-// How many of so many random trials are made: fewer under sanitizers, which make each several times as slow. What they
-// look for shows in the first few; results are compared in all of the trials by builds without sanitizers.
+// How many of so many random trials are made: fewer under sanitizers and on emulated processors, where each is several
+// times as slow. What these look for shows in the first few; results are compared in all of the trials by other builds.
 constexpr unsigned GetNumTrials(unsigned inCount)
 {
 #ifdef SONARO_FEWER_TRIALS
@@ -16,7 +16,7 @@ constexpr unsigned GetNumTrials(unsigned inCount)
 #endif
 }
 
-// The smallest blocks that whole renders are cut into: a frame and a few, or more under sanitizers, where a pull is dear.
+// The smallest blocks that whole renders are cut into: a frame and a few, or more where a pull is dear.
 constexpr unsigned kSmallestBlock = GetNumTrials(2) == 2 ? 1 : 29;
 constexpr unsigned kSmallBlock = GetNumTrials(2) == 2 ? 7 : 61;
 
